@@ -1,0 +1,1 @@
+#include "kestrel/autocli/CliDispatcherHelpFormatter.h"

@@ -1,0 +1,1 @@
+#include "autocli/EchoGuard.h"

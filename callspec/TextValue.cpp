@@ -1,0 +1,1 @@
+#include "callspec/TextValue.h"

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "kestrel/Export.h"
+#include "kestrel/autocli/Formatter.h"
+
+namespace Kestrel::AutoCli {
+
+class KESTREL_API XmlFormatter : public Formatter {
+ public:
+  XmlFormatter();
+  ~XmlFormatter() override;
+  void Format(const std::shared_ptr<CallSpec::Output>& output, FormatParameters& params,
+              DisplayContext& display, std::ostream& out) override;
+  void Format(std::shared_ptr<MetaObj::MetaObject> value, std::ostream& out, int level);
+};
+KESTREL_API std::string SantizeString(std::string text);
+
+}  // namespace Kestrel::AutoCli

@@ -1,0 +1,1 @@
+#include "kestrel/platform/TessaLibs.h"

@@ -1,0 +1,1 @@
+#include "kestrel/platform/Zoluser.h"
