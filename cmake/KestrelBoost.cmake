@@ -1,0 +1,9 @@
+# Interface target with what the library needs of Boost: the headers, and Boost.Regex. Since 1.76
+# Boost.Regex is headers alone; before, it has a shared library.
+add_library(kestrel_boost INTERFACE)
+find_package(Boost 1.71 REQUIRED)
+target_link_libraries(kestrel_boost INTERFACE Boost::headers)
+if(Boost_VERSION VERSION_LESS 1.76)
+  find_package(Boost ${Boost_VERSION} EXACT REQUIRED COMPONENTS regex)
+  target_link_libraries(kestrel_boost INTERFACE Boost::regex)
+endif()

@@ -1,0 +1,53 @@
+# What `cmake --install` puts where. Components: library, development, tool.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS kestrel EXPORT KestrelTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library
+          NAMELINK_COMPONENT development
+  FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+
+# The tool finds its library beside itself, wherever the tree is moved to.
+file(RELATIVE_PATH from_bin_to_lib ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+set_target_properties(vexil PROPERTIES INSTALL_RPATH "$ORIGIN/${from_bin_to_lib}")
+install(TARGETS vexil RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tool)
+
+# An empty source folder name makes empty folders: the tool reports one that is missing.
+install(DIRECTORY DESTINATION ${KESTREL_PLUGIN_INSTALL_DIR}/ext COMPONENT tool)
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/Kestrel)
+configure_package_config_file(
+  cmake/KestrelConfig.cmake.in ${PROJECT_BINARY_DIR}/KestrelConfig.cmake
+  INSTALL_DESTINATION ${package_dir}
+  NO_SET_AND_CHECK_MACRO)
+write_basic_package_version_file(
+  ${PROJECT_BINARY_DIR}/KestrelConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(EXPORT KestrelTargets
+  NAMESPACE Kestrel:: DESTINATION ${package_dir} COMPONENT development)
+install(FILES ${PROJECT_BINARY_DIR}/KestrelConfig.cmake
+              ${PROJECT_BINARY_DIR}/KestrelConfigVersion.cmake
+  DESTINATION ${package_dir} COMPONENT development)
+
+set(pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+cmake_path(ABSOLUTE_PATH pkgconfig_dir BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX}
+           OUTPUT_VARIABLE full_pkgconfig_dir)
+file(RELATIVE_PATH from_pkgconfig_to_prefix ${full_pkgconfig_dir} ${CMAKE_INSTALL_PREFIX})
+configure_file(cmake/kestrel.pc.in ${PROJECT_BINARY_DIR}/kestrel.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/kestrel.pc
+  DESTINATION ${pkgconfig_dir} COMPONENT development)
+
+set(installed_plugin_dir ${CMAKE_INSTALL_PREFIX}/${KESTREL_PLUGIN_INSTALL_DIR})
+if(NOT KESTREL_PLUGIN_DIR STREQUAL installed_plugin_dir)
+  message(STATUS "The tool looks for plug-ins in ${KESTREL_PLUGIN_DIR} (KESTREL_PLUGIN_DIR), "
+                 "but they are installed to ${installed_plugin_dir}")
+endif()
+
+# An installed tree inside the build tree: what ./run starts, and what the end-to-end and the
+# consumer tests look at.
+set(KESTREL_STAGE_DIR ${PROJECT_BINARY_DIR}/stage)
+get_property(plugins GLOBAL PROPERTY KESTREL_PLUGINS)
+add_custom_target(stage ALL
+  COMMAND ${CMAKE_COMMAND} -DBUILD=${PROJECT_BINARY_DIR} -DSTAGE=${KESTREL_STAGE_DIR}
+          -P ${PROJECT_SOURCE_DIR}/cmake/KestrelStage.cmake
+  COMMENT "Staging the installed tree"
+  VERBATIM)
+add_dependencies(stage kestrel vexil ${plugins})

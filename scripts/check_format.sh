@@ -1,0 +1,9 @@
+#!/usr/bin/env bash
+# Whether every C++ file is laid out as .clang-format says; `--fix` lays them out.
+set -euo pipefail
+
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+mode=(--dry-run --Werror)
+[[ ${1:-} != --fix ]] || mode=(-i)
+find . -path ./build -prune -o \( -name '*.cpp' -o -name '*.h' \) -print0 |
+  xargs -0 clang-format "${mode[@]}"

@@ -1,0 +1,12 @@
+#!/usr/bin/env bash
+# Whether shellcheck finds nothing in the scripts of this project.
+set -euo pipefail
+
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+mapfile -t scripts < <(
+  echo run
+  echo test
+  echo .ci/run
+  find . -path ./build -prune -o \( -name '*.sh' -o -name '*.bash' \) -print | sort
+)
+shellcheck --external-sources "${scripts[@]}"

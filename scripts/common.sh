@@ -1,0 +1,114 @@
+# shellcheck shell=bash
+# What ./run, ./test and .ci/run share. Sourced from the project's root folder.
+
+say() { printf '%s\n' "$*" >&2; }
+
+fail() {
+  say "$*"
+  exit 1
+}
+
+# The packages of the given groups that are not there, one a line.
+missing_packages() {
+  local group package tool
+  while read -r group package tool _; do
+    case " $* " in *" $group "*) ;; *) continue ;; esac
+    if [[ $tool != - ]]; then
+      command -v "$tool" >/dev/null || echo "$package"
+    elif command -v dpkg-query >/dev/null; then
+      dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed ||
+        echo "$package"
+    fi
+  done < <(grep -v '^#' scripts/packages.txt)
+}
+
+package_purpose() {
+  awk -v package="$1" '$2 == package { $1 = $2 = $3 = ""; print substr($0, 4); exit }' \
+    scripts/packages.txt
+}
+
+# How to start apt-get as root; empty words when this already is root.
+root_prefix() {
+  if [[ $EUID -eq 0 ]]; then
+    return 0
+  elif command -v sudo >/dev/null && sudo -n true 2>/dev/null; then
+    echo "sudo -n"
+  elif command -v sudo >/dev/null && [[ -t 0 && -t 2 ]]; then
+    echo "sudo"
+  else
+    return 1
+  fi
+}
+
+# Installs the given packages with what they need, and changes nothing that is installed: when apt
+# could do it only by upgrading or removing something, nothing is done.
+apt_install() {
+  local as_root=$1 log plan conflicts
+  shift
+  log=$(mktemp)
+  plan=$(mktemp)
+  # shellcheck disable=SC2086 # the prefix is empty or words of a command
+  {
+    $as_root apt-get -qq update >"$log" 2>&1 </dev/null ||
+      say "apt-get update failed; going on with the package lists that are there."
+    if ! LC_ALL=C apt-get -s --no-install-recommends --no-remove install "$@" >"$plan" 2>&1; then
+      cat "$plan" >&2
+      fail "apt cannot install: $*"
+    fi
+    conflicts=$(awk '$1 == "Remv" || ($1 == "Inst" && $3 ~ /^\[/) { print "  " $2 }' "$plan")
+    if [[ -n $conflicts ]]; then
+      say "Installing $* would upgrade or remove packages that are installed:"
+      say "$conflicts"
+      fail "Nothing was changed. Install what is missing by hand, then start again."
+    fi
+    if ! $as_root env DEBIAN_FRONTEND=noninteractive apt-get -y -q --no-install-recommends \
+      --no-remove -o DPkg::Lock::Timeout=300 install "$@" >"$log" 2>&1 </dev/null; then
+      tail -n 30 "$log" >&2
+      fail "apt could not install: $*"
+    fi
+  }
+  rm -f "$log" "$plan"
+}
+
+# Makes sure that the packages of the given groups are there; says what it installs, and why.
+ensure_packages() {
+  local missing package as_root
+  mapfile -t missing < <(missing_packages "$@")
+  [[ ${#missing[@]} -gt 0 ]] || return 0
+
+  say "Missing from this machine:"
+  for package in "${missing[@]}"; do
+    say "  $package: $(package_purpose "$package")"
+  done
+  if ! command -v apt-get >/dev/null || ! as_root=$(root_prefix); then
+    fail "They cannot be installed from here. As root: apt-get install ${missing[*]}"
+  fi
+  say "Installing them with apt ..."
+  apt_install "$as_root" "${missing[@]}"
+}
+
+# Runs a command with its output in a log file; shows the end of it only when the command fails.
+quietly() {
+  local log=$1
+  shift
+  if ! "$@" >"$log" 2>&1 </dev/null; then
+    tail -n 60 "$log" >&2
+    fail "Failed: $* (the whole output is in $log)"
+  fi
+}
+
+# Configures the build tree of a preset and builds targets in it (all when none are named), with
+# progress on a terminal and silence elsewhere.
+build_preset() {
+  local preset=$1 tree=build/$1
+  shift
+  mkdir -p "$tree"
+  quietly "$tree/configure.log" cmake --preset "$preset"
+  if [[ -t 2 ]]; then
+    NINJA_STATUS="[%f/%t] " cmake --build "$tree" ${1:+--target "$@"} >&2 </dev/null ||
+      fail "The build in $tree failed."
+    printf '\r\033[K' >&2
+  else
+    quietly "$tree/build.log" cmake --build "$tree" ${1:+--target "$@"}
+  fi
+}

@@ -1,0 +1,21 @@
+#include "kestrel/Version.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+TEST(VersionTest, TextHoldsTheThreeNumbers) {
+  EXPECT_EQ(std::to_string(KESTREL_VERSION_MAJOR) + "." + std::to_string(KESTREL_VERSION_MINOR) +
+                "." + std::to_string(KESTREL_VERSION_PATCH),
+            KESTREL_VERSION_STRING);
+}
+
+TEST(VersionTest, OneNumberHoldsTheThreeNumbers) {
+  EXPECT_EQ(KESTREL_VERSION / 10000, KESTREL_VERSION_MAJOR);
+  EXPECT_EQ(KESTREL_VERSION / 100 % 100, KESTREL_VERSION_MINOR);
+  EXPECT_EQ(KESTREL_VERSION % 100, KESTREL_VERSION_PATCH);
+}
+
+}  // namespace
