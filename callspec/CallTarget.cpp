@@ -1,1 +1,7 @@
 #include "kestrel/callspec/CallTarget.h"
+
+namespace Kestrel::CallSpec {
+
+CallTarget::~CallTarget() = default;
+
+}  // namespace Kestrel::CallSpec

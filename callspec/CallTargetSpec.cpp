@@ -1,1 +1,7 @@
 #include "kestrel/callspec/CallTargetSpec.h"
+
+namespace Kestrel::CallSpec {
+
+CallTargetSpec::~CallTargetSpec() = default;
+
+}  // namespace Kestrel::CallSpec

@@ -1,1 +1,127 @@
 #include "kestrel/callspec/InputSpec.h"
+
+#include <algorithm>
+
+#include "callspec/ErrorReport.h"
+#include "callspec/ParameterLookup.h"
+#include "kestrel/KestrelException.h"
+#include "kestrel/callspec/Input.h"
+
+namespace Kestrel::CallSpec {
+
+namespace {
+
+constexpr std::size_t kShortestName = 2;
+constexpr const char* kHelp = "help";
+
+}  // namespace
+
+std::shared_ptr<InputSpec> InputSpec::New() { return std::make_shared<InputSpec>(FactoryFlag()); }
+
+InputSpec::InputSpec(FactoryFlag) {}
+
+InputSpec::~InputSpec() = default;
+
+void InputSpec::AddParameter(const std::shared_ptr<ParameterSpec>& spec) {
+  if (!spec) {
+    throw KestrelException("Null parameter specification passed to AddParameter");
+  }
+  CheckNames(*spec);
+  if (parameters_.empty() && spec->GetName() != kHelp) {
+    parameters_.reserve(2);  // most commands get the help parameter besides
+  }
+  parameters_.insert(LowerBound(parameters_, spec->GetName()), spec);
+}
+
+const std::vector<std::shared_ptr<ParameterSpec>>& InputSpec::GetParameters() const {
+  return parameters_;
+}
+
+void InputSpec::SetContextSupported(const std::string& name) { contexts_.insert(name); }
+
+bool InputSpec::IsContextSupported(const std::string& name) const {
+  return contexts_.count(name) != 0;
+}
+
+bool InputSpec::Validate(const std::shared_ptr<Input>& input,
+                         const std::shared_ptr<Output>& output) const {
+  if (!input) {
+    throw KestrelException("Null input passed to Validate");
+  }
+  if (input->HasParameter(kHelp)) {
+    return true;
+  }
+  const bool areGivenValid = ValidateGiven(*input, output);
+  const bool areRequiredGiven = ValidateRequired(*input, output);
+  return areGivenValid && areRequiredGiven;
+}
+
+// Of all clashes the one that comes first in the order of names is told.
+void InputSpec::CheckNames(const ParameterSpec& spec) const {
+  const std::string& name = spec.GetName();
+  if (name.size() < kShortestName) {
+    throw KestrelException("Parameter name must be at least 2 characters");
+  }
+  const auto place = LowerBound(parameters_, name);
+  const bool isTaken = place != parameters_.end() && (*place)->GetName() == name;
+  CheckShortName(spec, isTaken ? place : parameters_.end());
+  if (isTaken) {
+    throw KestrelException("Found a duplicate paramater specification for parameter named '" +
+                           name + "'");
+  }
+}
+
+// Asks each parameter before `end`: a short name may be set after its parameter was added.
+void InputSpec::CheckShortName(
+    const ParameterSpec& spec,
+    std::vector<std::shared_ptr<ParameterSpec>>::const_iterator end) const {
+  const std::string& shortName = spec.GetShortName();
+  if (shortName.empty()) {
+    return;
+  }
+  const auto other = std::find_if(parameters_.begin(), end, [&](const auto& declared) {
+    return declared->GetShortName() == shortName;
+  });
+  if (other != end) {
+    throw KestrelException("Invalid short name specified for --" + spec.GetName() +
+                           ". The short name -" + shortName + " is already used for --" +
+                           (*other)->GetName());
+  }
+}
+
+// Both lists are in the same order, so they are walked side by side.
+bool InputSpec::ValidateGiven(const Input& input, const std::shared_ptr<Output>& output) const {
+  bool isValid = true;
+  auto spec = parameters_.begin();
+  for (const auto& [name, values] : input.GetParameters()) {
+    while (spec != parameters_.end() && (*spec)->GetName() < name) {
+      ++spec;
+    }
+    if (spec == parameters_.end() || (*spec)->GetName() != name) {
+      ReportError(output, "Unknown parameter : " + name);
+      isValid = false;
+    } else if (!(*spec)->Validate(values, output)) {
+      isValid = false;
+    }
+  }
+  return isValid;
+}
+
+bool InputSpec::ValidateRequired(const Input& input, const std::shared_ptr<Output>& output) const {
+  bool isValid = true;
+  auto given = input.GetParameters().begin();
+  const auto end = input.GetParameters().end();
+  for (const auto& spec : parameters_) {
+    while (given != end && given->first < spec->GetName()) {
+      ++given;
+    }
+    const bool isGiven = given != end && given->first == spec->GetName();
+    if (!isGiven && spec->IsRequired()) {
+      ReportError(output, "Missing required parameter --" + spec->GetName());
+      isValid = false;
+    }
+  }
+  return isValid;
+}
+
+}  // namespace Kestrel::CallSpec

@@ -8,10 +8,15 @@
 
 namespace Kestrel::CallSpec {
 
+/// Something that declares what a call of it takes and gives.
 class KESTREL_API CallTargetSpec {
  public:
   virtual ~CallTargetSpec();
+
+  /// The declared parameters.
   virtual std::shared_ptr<InputSpec> GetInputSpec() = 0;
+
+  /// The declared shape of the result.
   virtual std::shared_ptr<OutputSpec> GetOutputSpec() = 0;
 };
 

@@ -1,0 +1,21 @@
+#include "callspec/ParameterLookup.h"
+
+#include <algorithm>
+
+namespace Kestrel::CallSpec {
+
+SortedParameters::const_iterator LowerBound(const SortedParameters& parameters,
+                                            const std::string& name) {
+  return std::lower_bound(parameters.begin(), parameters.end(), name,
+                          [](const std::shared_ptr<ParameterSpec>& spec, const std::string& text) {
+                            return spec->GetName() < text;
+                          });
+}
+
+const ParameterSpec* FindParameter(const SortedParameters& parameters, const std::string& name) {
+  const auto position = LowerBound(parameters, name);
+  const bool isFound = position != parameters.end() && (*position)->GetName() == name;
+  return isFound ? position->get() : nullptr;
+}
+
+}  // namespace Kestrel::CallSpec
