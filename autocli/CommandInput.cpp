@@ -1,1 +1,32 @@
 #include "kestrel/autocli/CommandInput.h"
+
+namespace Kestrel::AutoCli {
+
+std::shared_ptr<CommandInput> CommandInput::New() {
+  return std::make_shared<CommandInput>(FactoryFlag());
+}
+
+CommandInput::CommandInput(FactoryFlag) {}
+
+CommandInput::~CommandInput() = default;
+
+void CommandInput::SetDispatcher(const std::string& dispatcher) { dispatcher_ = dispatcher; }
+
+const std::string& CommandInput::GetDispatcher() const { return dispatcher_; }
+
+void CommandInput::SetCommandPath(const std::list<std::string>& path) { commandPath_ = path; }
+
+const std::list<std::string>& CommandInput::GetCommandPath() const { return commandPath_; }
+
+std::string CommandInput::GetCommandPathString() const {
+  std::string text;
+  const char* separator = "";
+  for (const std::string& name : commandPath_) {
+    text += separator;
+    text += name;
+    separator = " ";
+  }
+  return text;
+}
+
+}  // namespace Kestrel::AutoCli

@@ -9,18 +9,39 @@
 
 namespace Kestrel::AutoCli {
 
+/// The input of a command's call: it also knows the dispatcher that runs the call, and the path
+/// that led to the command.
 class KESTREL_API CommandInput : public CallSpec::Input {
+  struct FactoryFlag {  // private, so only New can construct
+    explicit FactoryFlag() = default;
+  };
+
  public:
-  ~CommandInput() override;
+  /// Makes an empty input, with an empty dispatcher name and an empty path.
   static std::shared_ptr<CommandInput> New();
+
+  explicit CommandInput(FactoryFlag flag);
+  ~CommandInput() override;
+
+  /// Sets the name of the dispatcher, as the user typed it.
   void SetDispatcher(const std::string& dispatcher);
+
+  /// The name of the dispatcher. The reference lives as long as this object.
   const std::string& GetDispatcher() const;
+
+  /// Replaces the path by a copy of `path`: the names of the namespaces from the root on, then that
+  /// of the command.
   void SetCommandPath(const std::list<std::string>& path);
+
+  /// The path. The reference lives as long as this object.
   const std::list<std::string>& GetCommandPath() const;
+
+  /// The elements of the path with one blank between them.
   std::string GetCommandPathString() const;
 
  private:
-  CommandInput();
+  std::string dispatcher_;
+  std::list<std::string> commandPath_;
 };
 
 }  // namespace Kestrel::AutoCli

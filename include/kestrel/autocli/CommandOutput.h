@@ -8,15 +8,27 @@
 
 namespace Kestrel::AutoCli {
 
+/// The output of a command's call. It can also carry its own text once it has been rendered.
 class KESTREL_API CommandOutput : public CallSpec::Output {
+  struct FactoryFlag {  // private, so only New can construct
+    explicit FactoryFlag() = default;
+  };
+
  public:
-  ~CommandOutput() override;
+  /// Makes an empty output with an empty rendered text.
   static std::shared_ptr<CommandOutput> New();
+
+  explicit CommandOutput(FactoryFlag flag);
+  ~CommandOutput() override;
+
+  /// Replaces the rendered text.
   void SetFormattedString(const std::string& text);
+
+  /// The rendered text. The reference lives as long as this object.
   const std::string& GetFormattedString() const;
 
  private:
-  CommandOutput();
+  std::string formattedString_;
 };
 
 }  // namespace Kestrel::AutoCli
