@@ -4,7 +4,8 @@ include(CMakePackageConfigHelpers)
 install(TARGETS kestrel EXPORT KestrelTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library
           NAMELINK_COMPONENT development
-  FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+  FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
+  INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 # The tool finds its library beside itself, wherever the tree is moved to.
 file(RELATIVE_PATH from_bin_to_lib ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
@@ -30,7 +31,8 @@ install(FILES ${PROJECT_BINARY_DIR}/KestrelConfig.cmake
 set(pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 cmake_path(ABSOLUTE_PATH pkgconfig_dir BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX}
            OUTPUT_VARIABLE full_pkgconfig_dir)
-file(RELATIVE_PATH from_pkgconfig_to_prefix ${full_pkgconfig_dir} ${CMAKE_INSTALL_PREFIX})
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${full_pkgconfig_dir}
+           OUTPUT_VARIABLE from_pkgconfig_to_prefix)
 configure_file(cmake/kestrel.pc.in ${PROJECT_BINARY_DIR}/kestrel.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/kestrel.pc
   DESTINATION ${pkgconfig_dir} COMPONENT development)

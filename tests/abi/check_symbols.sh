@@ -1,0 +1,32 @@
+#!/usr/bin/env bash
+# check_symbols.sh LIBRARY: whether the library exports what exported_symbols.txt lists, and nothing
+# but its own names. `check_symbols.sh --update LIBRARY` writes the list anew; that diff is reviewed
+# as a change of the interface.
+#
+# Inline functions and instantiations of templates (weak symbols) are left out: every user of a
+# header makes their own, and which of them the compiler keeps depends on how it optimises.
+set -euo pipefail
+
+update=false
+[[ $1 != --update ]] || { update=true && shift; }
+library=$1
+list=$(dirname "${BASH_SOURCE[0]}")/exported_symbols.txt
+ours='^((vtable|VTT|typeinfo|typeinfo name) for )?Kestrel::|^Panic\('
+
+symbols=$(nm --dynamic --demangle --defined-only "$library" |
+  sed -n 's/^[0-9a-f]* [TBDRGSV] //p' | LC_ALL=C sort -u)
+
+foreign=$(grep -vE "$ours|^(vtable|typeinfo|typeinfo name) for (std|boost|__gnu_cxx)::" <<<"$symbols" || true)
+if [[ -n $foreign ]]; then
+  echo "The library exports names that are not its own:" >&2
+  echo "$foreign" >&2
+  exit 1
+fi
+
+exported=$(grep -E "$ours" <<<"$symbols")
+if $update; then
+  echo "$exported" >"$list"
+elif ! diff -u --label listed --label exported "$list" <(echo "$exported") >&2; then
+  echo "If the change is wanted: tests/abi/check_symbols.sh --update $library" >&2
+  exit 1
+fi

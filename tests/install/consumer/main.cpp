@@ -1,0 +1,29 @@
+#include <kestrel/Version.h>
+#include <kestrel/kestrel.h>
+
+#include <iostream>
+
+namespace {
+
+void PrintRecord() {
+  auto record = Kestrel::MetaObj::MetaStruct::New("Greeting");
+  record->SetField("Text", "hello");
+  record->SetField("Times", 3);
+  std::cout << record->ToString() << "\n";
+}
+
+void PrintRefusal() {
+  try {
+    Kestrel::MetaObj::MetaStruct::New("not a name");
+  } catch (const Kestrel::KestrelException& refusal) {
+    std::cout << "refused: " << refusal.what() << "\n";
+  }
+}
+
+}  // namespace
+
+int main() {
+  std::cout << "built against " << KESTREL_VERSION_STRING << "\n";
+  PrintRecord();
+  PrintRefusal();
+}
