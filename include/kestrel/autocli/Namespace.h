@@ -1,14 +1,28 @@
 #pragma once
 
+#include <memory>
+
 #include "kestrel/Export.h"
 #include "kestrel/autocli/NamespaceNode.h"
 
 namespace Kestrel::AutoCli {
 
+/// An inner node of the command tree: a word of a command's path that groups what is below it.
+///
+/// One whose parent is gone keeps working for look-ups below it; `GetPath`, `GetPathString` and
+/// `GetDispatcher` throw KestrelException then, as they do before it is registered.
 class KESTREL_API Namespace : public NamespaceNode {
+  struct FactoryFlag {  // private, so only New can construct
+    explicit FactoryFlag() = default;
+  };
+
  public:
-  ~Namespace() override;
+  /// Makes a namespace without name, description, parent and children.
   static std::shared_ptr<Namespace> New();
+
+  explicit Namespace(FactoryFlag flag);
+  ~Namespace() override;
+
   std::shared_ptr<NamespaceNode> GetThis() override;
   NodeType GetType() override;
   Dispatcher* GetDispatcher() override;
@@ -16,7 +30,11 @@ class KESTREL_API Namespace : public NamespaceNode {
   std::shared_ptr<NamespaceNode> GetParent() override;
 
  protected:
+  /// For derived classes, which bring a factory of their own.
   Namespace();
+
+ private:
+  std::weak_ptr<NamespaceNode> parent_;
 };
 
 }  // namespace Kestrel::AutoCli

@@ -1,24 +1,50 @@
 #pragma once
 
+#include <list>
+#include <memory>
+#include <string>
+
 #include "kestrel/Export.h"
 #include "kestrel/autocli/Namespace.h"
 
 namespace Kestrel::AutoCli {
 
+/// The top of one dispatcher's command tree: no name, no parent, an empty path.
+///
+/// The dispatcher owns its root and must outlive every other owner of it, because the root points
+/// back to the dispatcher without owning it.
 class KESTREL_API RootNamespace : public Namespace {
+  struct FactoryFlag {  // private, so only New can construct
+    explicit FactoryFlag() = default;
+  };
+
  public:
-  ~RootNamespace() override;
+  /// Makes the root of `dispatcher`, which may be null and is not owned.
   static std::shared_ptr<RootNamespace> New(Dispatcher* dispatcher);
+
+  RootNamespace(Dispatcher* dispatcher, FactoryFlag flag);
+  ~RootNamespace() override;
+
   std::shared_ptr<NamespaceNode> GetThis() override;
   NodeType GetType() override;
+
+  /// Always empty; never throws.
   std::list<std::string> GetPath() override;
+
+  /// Always empty; never throws.
   std::string GetPathString(char separator) override;
+
+  /// The dispatcher given to `New`; never throws.
   Dispatcher* GetDispatcher() override;
+
+  /// Always throws KestrelException.
   void SetParent(std::shared_ptr<NamespaceNode> parent) override;
+
+  /// Always null.
   std::shared_ptr<NamespaceNode> GetParent() override;
 
  private:
-  explicit RootNamespace(Dispatcher* dispatcher);
+  Dispatcher* dispatcher_;
 };
 
 }  // namespace Kestrel::AutoCli

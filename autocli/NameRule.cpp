@@ -1,0 +1,39 @@
+#include "autocli/NameRule.h"
+
+#include <string>
+
+#include "kestrel/autocli/Util.h"
+
+// The rule is the regular expression "([a-z0-9]+[A-Z0-9]{0,1})+", matched in full. Matching it by
+// backtracking takes exponential time on a long name that ends badly, so it stands here in its
+// equal form: ASCII letters and digits only, at least one, the first not an upper-case letter,
+// never two upper-case letters in a row.
+
+namespace Kestrel::AutoCli {
+
+namespace {
+
+bool IsLowerOrDigit(char c) { return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9'); }
+
+bool IsUpper(char c) { return c >= 'A' && c <= 'Z'; }
+
+}  // namespace
+
+bool MatchesNameRule(std::string_view name) {
+  bool upperMayFollow = false;
+  for (const char c : name) {
+    if (IsLowerOrDigit(c)) {
+      upperMayFollow = true;
+      continue;
+    }
+    if (!IsUpper(c) || !upperMayFollow) {
+      return false;
+    }
+    upperMayFollow = false;
+  }
+  return !name.empty();
+}
+
+bool AutoCli_IsValidName(const std::string& name) { return MatchesNameRule(name); }
+
+}  // namespace Kestrel::AutoCli
