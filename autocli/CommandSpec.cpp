@@ -1,1 +1,216 @@
 #include "kestrel/autocli/CommandSpec.h"
+
+#include "kestrel/KestrelException.h"
+#include "kestrel/autocli/CommandInput.h"
+#include "kestrel/callspec/InputSpec.h"
+#include "kestrel/callspec/Output.h"
+#include "kestrel/callspec/OutputSpec.h"
+#include "kestrel/callspec/ParameterSpec.h"
+#include "kestrel/metaobj/MetaList.h"
+#include "kestrel/metaobj/MetaStruct.h"
+
+namespace Kestrel::AutoCli {
+
+using CallSpec::Input;
+using CallSpec::InputSpec;
+using CallSpec::Output;
+using CallSpec::OutputSpec;
+using CallSpec::ParameterSpec;
+using CallSpec::ParameterType;
+using MetaObj::MetaList;
+using MetaObj::MetaStruct;
+using MetaObj::MetaType;
+
+namespace {
+
+constexpr const char* kNoChildren = "'. Commands cannot have sub-commands or sub-namespaces.";
+
+const char* TextOrEmpty(const char* text) { return text != nullptr ? text : ""; }
+
+std::string NotFoundMessage(const std::string& name, const std::string& path) {
+  return "Unable to find a namespace or command with the name '" + name + "' on the command '" +
+         path + kNoChildren;
+}
+
+std::string JoinWords(const std::list<std::string>& words) {
+  std::string text;
+  for (const std::string& word : words) {
+    if (&word != &words.front()) {
+      text += ' ';
+    }
+    text += word;
+  }
+  return text;
+}
+
+std::shared_ptr<ParameterSpec> MakeHelpParameter() {
+  std::shared_ptr<ParameterSpec> help = ParameterSpec::New("help", ParameterType::Bool);
+  help->SetShortName("h");
+  help->SetDescription("Show the help message.");
+  help->SetRequired(false);
+  return help;
+}
+
+std::shared_ptr<MetaStruct> MakeParameterRecord(const std::string& name,
+                                                const std::string& shortName,
+                                                const std::string& description, bool required,
+                                                bool secret) {
+  std::shared_ptr<MetaStruct> record = MetaStruct::New("VexilCommandParameter");
+  record->SetField("Name", name);
+  record->SetField("Short Name", shortName);
+  record->SetField("Description", description);
+  record->SetField("Required", required);
+  record->SetField("Secret", secret);
+  return record;
+}
+
+std::shared_ptr<MetaList> MakeParameterList(const InputSpec& spec) {
+  std::shared_ptr<MetaList> list =
+      MetaList::New(MetaType::Struct, MakeParameterRecord("", "", "", false, false));
+  for (const std::shared_ptr<ParameterSpec>& parameter : spec.GetParameters()) {
+    list->Add(MakeParameterRecord(parameter->GetName(), parameter->GetShortName(),
+                                  parameter->GetDescription(true), parameter->IsRequired(),
+                                  parameter->IsSecret()));
+  }
+  return list;
+}
+
+std::shared_ptr<MetaStruct> MakeExampleRecord(const std::string& description,
+                                              const std::string& syntax) {
+  std::shared_ptr<MetaStruct> record = MetaStruct::New("VexilCommandExample");
+  record->SetField("Description", description);
+  record->SetField("Syntax", syntax);
+  return record;
+}
+
+}  // namespace
+
+CommandSpec::CommandSpec() = default;
+
+CommandSpec::~CommandSpec() = default;
+
+std::shared_ptr<InputSpec> CommandSpec::GetInputSpec() {
+  if (inputSpec_ != nullptr) {
+    return inputSpec_;
+  }
+  std::shared_ptr<InputSpec> spec = GetInputSpecInternal();
+  if (spec == nullptr) {
+    throw KestrelException("The command '" + GetName() + "' has no input specification.");
+  }
+  // Kept before help is added: a command with a "help" of its own throws once and then keeps it.
+  inputSpec_ = std::move(spec);
+  inputSpec_->AddParameter(MakeHelpParameter());
+  return inputSpec_;
+}
+
+std::shared_ptr<OutputSpec> CommandSpec::GetOutputSpec() {
+  if (outputSpec_ != nullptr) {
+    return outputSpec_;
+  }
+  std::shared_ptr<OutputSpec> spec = GetOutputSpecInternal();
+  if (spec == nullptr) {
+    throw KestrelException("The command '" + GetName() + "' has no output specification.");
+  }
+  outputSpec_ = std::move(spec);
+  return outputSpec_;
+}
+
+std::shared_ptr<NamespaceNode> CommandSpec::GetThis() { return shared_from_this(); }
+
+bool CommandSpec::HasNamespaceNode(const std::string& /*name*/) { return false; }
+
+std::shared_ptr<NamespaceNode> CommandSpec::GetNamespaceNode(const std::string& name) {
+  throw KestrelException(NotFoundMessage(name, GetPathString(' ')));
+}
+
+void CommandSpec::RegisterNamespaceNode(std::shared_ptr<NamespaceNode> /*node*/, std::string name) {
+  throw KestrelException("Attempt to register a command or namespace '" + name + "' on command '" +
+                         GetPathString(' ') + kNoChildren);
+}
+
+void CommandSpec::RegisterNamespaceNode(std::shared_ptr<NamespaceNode> node, const char* name) {
+  RegisterNamespaceNode(std::move(node), std::string(TextOrEmpty(name)));
+}
+
+std::shared_ptr<NamespaceNode> CommandSpec::ResolveNode(std::list<std::string>& path) {
+  throw KestrelException(NotFoundMessage(JoinWords(path), GetPathString(' ')));
+}
+
+Dispatcher* CommandSpec::GetDispatcher() {
+  const std::shared_ptr<NamespaceNode> parent = GetParent();
+  if (parent == nullptr) {
+    throw KestrelException("Invalid state for command with name '" + GetName() +
+                           "'. No parent node has been set.");
+  }
+  return parent->GetDispatcher();
+}
+
+void CommandSpec::SetParent(std::shared_ptr<NamespaceNode> parent) { parent_ = parent; }
+
+std::shared_ptr<NamespaceNode> CommandSpec::GetParent() { return parent_.lock(); }
+
+NodeType CommandSpec::GetType() { return NodeType::Command; }
+
+void CommandSpec::AddExample(std::string arguments, std::string description) {
+  examples_.emplace_back(std::move(arguments), std::move(description));
+}
+
+void CommandSpec::AddExample(const char* arguments, const char* description) {
+  examples_.emplace_back(TextOrEmpty(arguments), TextOrEmpty(description));
+}
+
+const std::vector<std::pair<std::string, std::string>>& CommandSpec::GetExamples() const {
+  return examples_;
+}
+
+void CommandSpec::SetDefaultOutputFormatter(std::string name) {
+  defaultFormatParameters_.SetFormatter(std::move(name));
+}
+
+void CommandSpec::SetDefaultOutputFormatter(const char* name) {
+  defaultFormatParameters_.SetFormatter(std::string(TextOrEmpty(name)));
+}
+
+void CommandSpec::SetDefaultOutputParameter(std::string name, std::string value) {
+  defaultFormatParameters_.SetParameter(std::move(name), std::move(value));
+}
+
+void CommandSpec::SetDefaultOutputParameter(const char* name, const char* value) {
+  SetDefaultOutputParameter(std::string(TextOrEmpty(name)), std::string(TextOrEmpty(value)));
+}
+
+FormatParameters CommandSpec::GetDefaultOutputFormatParameters() const {
+  return defaultFormatParameters_;
+}
+
+void CommandSpec::GenerateHelpOutput(const std::shared_ptr<Input>& input,
+                                     const std::shared_ptr<Output>& output) {
+  const std::shared_ptr<MetaStruct> help = MetaStruct::New("VexilCommandHelp");
+  std::string prefix;
+  if (const auto* const commandInput = dynamic_cast<const CommandInput*>(input.get())) {
+    const std::string path = commandInput->GetCommandPathString();
+    help->SetField("Dispatcher", commandInput->GetDispatcher());
+    help->SetField("Path", path);
+    prefix = commandInput->GetDispatcher() + " " + path;
+  }
+  help->SetField("Description", GetDescription());
+  help->SetField("Param List", MakeParameterList(*GetInputSpec()));
+
+  const std::shared_ptr<MetaList> examples =
+      MetaList::New(MetaType::Struct, MakeExampleRecord("", ""));
+  for (const auto& [arguments, description] : examples_) {
+    examples->Add(MakeExampleRecord(description + " :", "# " + prefix + " " + arguments));
+  }
+  help->SetField("Example List", examples);
+
+  output->SetRootObject(help);
+  output->SetOutputType(Output::Help);
+}
+
+void CommandSpec::AddMetaData(const std::string& name, const std::string& value) {
+  metaData_[name] = value;
+}
+
+const std::map<std::string, std::string>& CommandSpec::GetMetaData() const { return metaData_; }
+
+}  // namespace Kestrel::AutoCli
