@@ -1,1 +1,80 @@
 #include "kestrel/autocli/SharedLibraryPlugin.h"
+
+#include <dlfcn.h>
+#include <sys/stat.h>
+
+#include <utility>
+
+#include "kestrel/KestrelException.h"
+
+namespace Kestrel::AutoCli {
+
+namespace {
+
+constexpr const char* kEntryPoint = "AutoCli_RegisterNamespaces";
+
+std::string LoaderError() {
+  const char* const text = dlerror();
+  return text != nullptr ? text : "(null)";
+}
+
+// A FIFO or a device would block the loader. A path without "/" is the loader's to search, and
+// what is not there is the loader's to report.
+bool IsKnownNotToBeAFile(const std::string& path) {
+  struct stat status = {};
+  return path.find('/') != std::string::npos && stat(path.c_str(), &status) == 0 &&
+         !S_ISREG(status.st_mode);
+}
+
+}  // namespace
+
+void SharedLibraryPlugin::LibraryCloser::operator()(void* handle) const { dlclose(handle); }
+
+std::shared_ptr<SharedLibraryPlugin> SharedLibraryPlugin::New(const std::string& path) {
+  return std::make_shared<SharedLibraryPlugin>(path, FactoryFlag());
+}
+
+SharedLibraryPlugin::SharedLibraryPlugin(const std::string& path, FactoryFlag /*flag*/)
+    : path_(path) {}
+
+SharedLibraryPlugin::~SharedLibraryPlugin() = default;
+
+void SharedLibraryPlugin::Initialize() {
+  if (IsKnownNotToBeAFile(path_)) {
+    throw KestrelException("Unable to load plugin from " + path_ + " : not a regular file");
+  }
+  LibraryHandle handle(dlopen(path_.c_str(), RTLD_LAZY | RTLD_GLOBAL));
+  if (handle == nullptr) {
+    throw KestrelException("Unable to load plugin from " + path_ + " : " + LoaderError());
+  }
+  dlerror();  // Drops a text that an earlier call of someone else left behind.
+  void* const symbol = dlsym(handle.get(), kEntryPoint);
+  if (symbol == nullptr) {
+    // Closing the handle would overwrite the loader's text, so the message is made first.
+    throw KestrelException("Unable to get plugin registration point from " + path_ + " : " +
+                           LoaderError());
+  }
+  handle_ = std::move(handle);
+  registerFunction_ = reinterpret_cast<RegisterFunction>(symbol);
+}
+
+const std::string& SharedLibraryPlugin::GetName() const { return path_; }
+
+void SharedLibraryPlugin::RegisterNamespaces(std::shared_ptr<Namespace> root) {
+  if (registerFunction_ != nullptr) {
+    registerFunction_(std::move(root));
+  }
+}
+
+bool SharedLibraryPlugin::HasFormatter(const std::string& /*name*/) { return false; }
+
+std::shared_ptr<Formatter> SharedLibraryPlugin::GetFormatter(const std::string& /*name*/) {
+  return nullptr;
+}
+
+const std::vector<std::shared_ptr<Formatter>>& SharedLibraryPlugin::GetFormatters() {
+  static const std::vector<std::shared_ptr<Formatter>> none;
+  return none;
+}
+
+}  // namespace Kestrel::AutoCli
