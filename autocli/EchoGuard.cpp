@@ -1,1 +1,174 @@
+// A signal that ends or stops the process arrives at Interrupt, which gives the terminal back, puts
+// the disposition from before in place and raises the signal again. Whoever survives that (stopped
+// and continued, or ended up in a handler of the program's own) comes back and hides the typing
+// again. A process that a signal stopped which nobody can catch arrives at Resume alone.
+
 #include "autocli/EchoGuard.h"
+
+#include <errno.h>
+#include <signal.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstddef>
+#include <utility>
+
+namespace Kestrel::AutoCli {
+
+namespace {
+
+// A broken pipe is among them because writing the prompt can raise it.
+constexpr std::array<int, 7> kSignals = {SIGHUP,  SIGINT,  SIGQUIT, SIGPIPE,
+                                         SIGTERM, SIGTSTP, SIGCONT};
+
+// What the signal handlers work with; written while none of them is installed.
+struct Terminal {
+  termios shown;
+  termios hidden;
+  const char* prompt;
+  std::size_t promptSize;
+  std::array<struct sigaction, kSignals.size()> previous;
+};
+
+Terminal terminal;
+volatile sig_atomic_t isGuarded = 0;
+volatile sig_atomic_t isHidden = 0;
+volatile sig_atomic_t isPassingOn = 0;
+
+// The modes of a terminal belong to the process group in its foreground.
+bool IsInForeground() {
+  const pid_t foreground = tcgetpgrp(STDIN_FILENO);
+  return foreground == -1 || foreground == getpgrp();
+}
+
+void Show() {
+  if (IsInForeground()) {
+    tcsetattr(STDIN_FILENO, TCSANOW, &terminal.shown);
+  }
+  isHidden = 0;
+}
+
+void HideAndPrompt() {
+  if (!IsInForeground()) {
+    return;
+  }
+  tcsetattr(STDIN_FILENO, TCSANOW, &terminal.hidden);
+  isHidden = 1;
+  const char* text = terminal.prompt;
+  std::size_t left = terminal.promptSize;
+  while (left > 0) {
+    const ssize_t written = write(STDOUT_FILENO, text, left);
+    if (written <= 0) {
+      return;
+    }
+    text += written;
+    left -= static_cast<std::size_t>(written);
+  }
+}
+
+void Interrupt(int signal);
+void Resume(int signal);
+
+struct sigaction MakeAction(int signal) {
+  struct sigaction action = {};
+  action.sa_handler = signal == SIGCONT ? Resume : Interrupt;
+  action.sa_flags = SA_RESTART;
+  sigemptyset(&action.sa_mask);
+  return action;
+}
+
+struct sigaction& GetPrevious(int signal) {
+  std::size_t i = 0;
+  while (kSignals[i] != signal) {
+    ++i;
+  }
+  return terminal.previous[i];
+}
+
+// Lets `signal` act as it would have without the guard.
+void PassOn(int signal) {
+  sigset_t only;
+  sigset_t before;
+  sigemptyset(&only);
+  sigaddset(&only, signal);
+  sigaction(signal, &GetPrevious(signal), nullptr);
+  raise(signal);
+  sigprocmask(SIG_UNBLOCK, &only, &before);
+  sigprocmask(SIG_SETMASK, &before, nullptr);
+  const struct sigaction own = MakeAction(signal);
+  sigaction(signal, &own, &GetPrevious(signal));
+}
+
+// Typing is hidden only once this handler is in place again, for the next signal may be near.
+void Interrupt(int signal) {
+  const int error = errno;
+  const sig_atomic_t wasPassingOn = isPassingOn;
+  Show();
+  isPassingOn = 1;
+  PassOn(signal);
+  isPassingOn = wasPassingOn;
+  if (isGuarded && !isHidden && !isPassingOn) {
+    HideAndPrompt();
+  }
+  errno = error;
+}
+
+void Resume(int signal) {
+  const int error = errno;
+  if (GetPrevious(signal).sa_handler != SIG_DFL) {
+    PassOn(signal);
+  }
+  if (isGuarded && !isPassingOn) {
+    HideAndPrompt();
+  }
+  errno = error;
+}
+
+// An ignored signal stays ignored.
+void InstallHandlers() {
+  for (const int signal : kSignals) {
+    sigaction(signal, nullptr, &GetPrevious(signal));
+  }
+  for (const int signal : kSignals) {
+    if (GetPrevious(signal).sa_handler != SIG_IGN) {
+      const struct sigaction own = MakeAction(signal);
+      sigaction(signal, &own, nullptr);
+    }
+  }
+}
+
+void RemoveHandlers() {
+  for (const int signal : kSignals) {
+    sigaction(signal, &GetPrevious(signal), nullptr);
+  }
+}
+
+}  // namespace
+
+EchoGuard::EchoGuard(std::string prompt)
+    : prompt_(std::move(prompt)), isTerminal_(tcgetattr(STDIN_FILENO, &terminal.shown) == 0) {
+  if (!isTerminal_) {
+    return;
+  }
+  terminal.hidden = terminal.shown;
+  terminal.hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+  terminal.prompt = prompt_.data();
+  // A prompt that went elsewhere does not vanish when the process stops.
+  terminal.promptSize = isatty(STDOUT_FILENO) ? prompt_.size() : 0;
+  InstallHandlers();
+  isGuarded = 1;
+  isHidden = 1;
+  tcsetattr(STDIN_FILENO, TCSANOW, &terminal.hidden);
+}
+
+EchoGuard::~EchoGuard() {
+  if (!isTerminal_) {
+    return;
+  }
+  isGuarded = 0;
+  tcsetattr(STDIN_FILENO, TCSANOW, &terminal.shown);
+  RemoveHandlers();
+}
+
+}  // namespace Kestrel::AutoCli
