@@ -1,1 +1,380 @@
+// The grammar of one token (letters and digits are ASCII, "byte" is any byte at all):
+//
+//   option = "-" letter | "--" name | "--" name "=" byte {byte}
+//   name   = letter (letter | digit | "-") {letter | digit | "-"}
+//
+// and of one line:
+//
+//   line   = {option [word]} {word} {option [word]} {word}
+//            dispatcher      path   command         extra words, an error
+//
+// A word is any token that is no option. An option takes the word after it as its value unless it
+// carries one behind "=".
+
 #include "kestrel/autocli/OptionParser.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <iostream>
+
+#include "autocli/EchoGuard.h"
+#include "kestrel/callspec/ParameterSpec.h"
+
+namespace Kestrel::AutoCli {
+
+namespace {
+
+using Pairs = std::vector<std::pair<std::string, std::string>>;
+
+bool IsBlank(char c) { return c == ' ' || c == '\t'; }
+
+bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+
+bool IsNameCharacter(char c) { return IsLetter(c) || (c >= '0' && c <= '9') || c == '-'; }
+
+bool IsShortOption(const std::string& token) {
+  return token.size() == 2 && token[0] == '-' && IsLetter(token[1]);
+}
+
+// Where the name of a long option ends, or 0 when the token does not begin with one.
+std::size_t FindLongNameEnd(const std::string& token) {
+  if (token.size() < 4 || token[0] != '-' || token[1] != '-' || !IsLetter(token[2])) {
+    return 0;
+  }
+  std::size_t end = 3;
+  while (end < token.size() && IsNameCharacter(token[end])) {
+    ++end;
+  }
+  return end > 3 ? end : 0;
+}
+
+// Whether any of the eight bytes at `text` is a double quote or below it, as both blanks are.
+bool MayEndToken(const char* text) {
+  constexpr std::uint64_t kOnes = 0x0101010101010101;
+  constexpr std::uint64_t kHighBits = 0x8080808080808080;
+  std::uint64_t bytes;
+  std::memcpy(&bytes, text, sizeof bytes);
+  return ((bytes - kOnes * ('"' + 1)) & ~bytes & kHighBits) != 0;
+}
+
+// The next blank outside quotes from `position` on, or the end; `inQuotes` follows the quotes.
+std::size_t FindTokenEnd(const std::string& line, std::size_t position, bool& inQuotes) {
+  const std::size_t size = line.size();
+  for (;; ++position) {
+    while (position + 8 <= size && !MayEndToken(line.data() + position)) {
+      position += 8;
+    }
+    while (position<size&& static_cast<unsigned char>(line[position])> '"') {
+      ++position;
+    }
+    if (position == size || (IsBlank(line[position]) && !inQuotes)) {
+      return position;
+    }
+    if (line[position] == '"') {
+      inQuotes = !inQuotes;
+    }
+  }
+}
+
+std::string CutWithoutQuotes(const std::string& line, std::size_t start, std::size_t end) {
+  std::string token(line, start, end - start);
+  token.erase(std::remove(token.begin(), token.end(), '"'), token.end());
+  return token;
+}
+
+std::vector<std::string> SplitLine(const std::string& line) {
+  const std::size_t size = line.size();
+  std::size_t start = 0;
+  std::size_t position = 0;
+  bool inQuotes = false;
+  // Each leading blank moves the start one place on, wherever the start is by then: quotes before
+  // it do not, so that the line `"" x` has the token ` x`.
+  for (; position < size && (line[position] == '"' || IsBlank(line[position])); ++position) {
+    if (line[position] == '"') {
+      inQuotes = !inQuotes;
+    } else {
+      ++start;
+    }
+  }
+  if (position < size && line[position] == '#') {
+    return {};
+  }
+  std::vector<std::string> tokens;
+  while ((position = FindTokenEnd(line, position, inQuotes)) < size) {
+    tokens.push_back(CutWithoutQuotes(line, start, position));
+    while (position < size && IsBlank(line[position])) {
+      ++position;
+    }
+    start = position;
+  }
+  std::string last = CutWithoutQuotes(line, start, size);
+  if (!last.empty()) {
+    tokens.push_back(std::move(last));
+  }
+  return tokens;
+}
+
+// The first declared parameter whose long or short name is `name`, null if there is none. Long
+// names have at least two characters and are declared in ascending order, short names have one.
+const CallSpec::ParameterSpec* FindDeclared(const CallSpec::InputSpec& spec,
+                                            const std::string& name) {
+  const auto& declared = spec.GetParameters();
+  if (name.size() == 1) {
+    const auto found =
+        std::find_if(declared.begin(), declared.end(),
+                     [&name](const auto& parameter) { return parameter->GetShortName() == name; });
+    return found == declared.end() ? nullptr : found->get();
+  }
+  const auto found = std::lower_bound(
+      declared.begin(), declared.end(), name,
+      [](const auto& parameter, const std::string& text) { return parameter->GetName() < text; });
+  return found == declared.end() || (*found)->GetName() != name ? nullptr : found->get();
+}
+
+std::vector<std::string> GetValues(const Pairs& pairs, const std::string& name) {
+  std::vector<std::string> values;
+  for (const auto& [given, value] : pairs) {
+    if (given == name) {
+      values.push_back(value);
+    }
+  }
+  return values;
+}
+
+bool HasName(const Pairs& pairs, const std::string& name) {
+  return std::any_of(pairs.begin(), pairs.end(),
+                     [&name](const auto& pair) { return pair.first == name; });
+}
+
+void AppendPairs(const Pairs& pairs, std::string& text) {
+  for (const auto& [name, value] : pairs) {
+    text += "\n   --" + name + " = '" + value + "'";
+  }
+}
+
+// An end of input met by an earlier prompt is forgotten first: a terminal can go on after it.
+std::string ReadLine() {
+  std::clearerr(stdin);
+  std::cin.clear();
+  std::string line;
+  std::getline(std::cin, line);
+  return line;
+}
+
+// Echo is off before the prompt shows, so that nothing typed in answer to it can be seen.
+std::string ReadSecret(const std::string& prompt) {
+  const EchoGuard guard(prompt);
+  std::cout << prompt << std::flush;
+  return ReadLine();
+}
+
+}  // namespace
+
+OptionParser::OptionParser() : OptionParser("vexil") {}
+
+OptionParser::OptionParser(const std::string& dispatcher) : dispatcher_(dispatcher) {}
+
+void OptionParser::ParseArgv(int argc, const char* const* argv) {
+  if (argc < 1 || argv[0] == nullptr) {
+    return;
+  }
+  dispatcher_ = argv[0];
+  std::vector<std::string> tokens;
+  for (int i = 1; i < argc && argv[i] != nullptr; ++i) {
+    tokens.emplace_back(argv[i]);
+  }
+  ParseVector(std::move(tokens));
+}
+
+void OptionParser::ParseVector(std::vector<std::string> tokens) {
+  std::stack<std::string> stack;
+  for (auto token = tokens.rbegin(); token != tokens.rend(); ++token) {
+    stack.push(std::move(*token));
+  }
+  ParseStack(std::move(stack));
+}
+
+bool OptionParser::ParseString(const std::string& line) {
+  std::vector<std::string> tokens = SplitLine(line);
+  if (tokens.empty()) {
+    return true;
+  }
+  ParseVector(std::move(tokens));
+  return false;
+}
+
+void OptionParser::ParseStack(std::stack<std::string> tokens) {
+  if (tokens.empty()) {
+    return;
+  }
+  // What the command declares is not asked here: these options are the dispatcher's.
+  dispatcherParameters_ = ParseRun(tokens, nullptr);
+  path_ = ParsePath(tokens);
+  remaining_ = std::move(tokens);
+}
+
+void OptionParser::SetInputSpec(std::shared_ptr<CallSpec::InputSpec> spec) {
+  inputSpec_ = std::move(spec);
+}
+
+void OptionParser::ProcessCommandArguments() {
+  if (remaining_.empty()) {
+    return;
+  }
+  commandParameters_ = ParseParameters(remaining_);
+  ReportExtraArguments();
+}
+
+void OptionParser::ReportExtraArguments() {
+  if (remaining_.empty()) {
+    return;
+  }
+  std::string message = "Found Extra non-parameter arguments at the end of input: ";
+  for (; !remaining_.empty(); remaining_.pop()) {
+    message += "'" + remaining_.top() + "' ";
+  }
+  errors_.push_back(std::move(message));
+}
+
+const Pairs& OptionParser::GetCommandParameters() {
+  ProcessCommandArguments();
+  return commandParameters_;
+}
+
+std::vector<std::string> OptionParser::GetCommandParameter(const std::string& name) {
+  return GetValues(GetCommandParameters(), name);
+}
+
+bool OptionParser::HasCommandParameter(const std::string& name) {
+  return HasName(GetCommandParameters(), name);
+}
+
+const Pairs& OptionParser::GetDispatcherParameters() const { return dispatcherParameters_; }
+
+std::vector<std::string> OptionParser::GetDispatcherParameter(const std::string& name) const {
+  return GetValues(dispatcherParameters_, name);
+}
+
+bool OptionParser::HasDispatcherParameter(const std::string& name) const {
+  return HasName(dispatcherParameters_, name);
+}
+
+const std::string& OptionParser::GetDispatcher() const { return dispatcher_; }
+
+const std::list<std::string>& OptionParser::GetCommandPath() const { return path_; }
+
+const std::list<std::string>& OptionParser::GetNamespaces() const { return path_; }
+
+const std::vector<std::string>& OptionParser::GetParseErrors() const { return errors_; }
+
+bool OptionParser::IsParsed() const { return parsed_; }
+
+std::string OptionParser::ToString() {
+  std::string text = parsed_ ? "Parsed: 1" : "Parsed: 0";
+  text += "\nDispatcher: " + dispatcher_;
+  text += "\nErrors: ";
+  for (const std::string& error : errors_) {
+    text += "\n   " + error;
+  }
+  text += "\nPath: ";
+  for (const std::string& word : path_) {
+    text += "'" + word + "'";
+  }
+  text += "\nDispatch Params: ";
+  AppendPairs(dispatcherParameters_, text);
+  text += "\nCommand Params: ";
+  AppendPairs(GetCommandParameters(), text);
+  text += "\n";
+  return text;
+}
+
+std::string OptionParser::GetSilentString() {
+  const EchoGuard guard("");
+  return ReadLine();
+}
+
+bool OptionParser::IsParameter(const std::string& token) const {
+  if (IsShortOption(token)) {
+    return true;
+  }
+  const std::size_t end = FindLongNameEnd(token);
+  if (end == 0) {
+    return false;
+  }
+  return end == token.size() || (token[end] == '=' && end + 1 < token.size());
+}
+
+bool OptionParser::ParseParameter(const std::string& token, std::string& name, std::string& value) {
+  if (!IsParameter(token)) {
+    errors_.push_back("Attempt to parse option failed.  Input was : " + token);
+    return false;
+  }
+  if (IsShortOption(token)) {
+    name.assign(token, 1, 1);
+    value.clear();
+    return false;
+  }
+  const std::size_t end = FindLongNameEnd(token);
+  name.assign(token, 2, end - 2);
+  if (end == token.size()) {
+    value.clear();
+    return false;
+  }
+  value.assign(token, end + 1);
+  return true;
+}
+
+std::list<std::string> OptionParser::ParsePath(std::stack<std::string>& tokens) {
+  std::list<std::string> words;
+  for (; !tokens.empty() && !IsParameter(tokens.top()); tokens.pop()) {
+    words.push_back(std::move(tokens.top()));
+  }
+  return words;
+}
+
+Pairs OptionParser::ParseParameters(std::stack<std::string>& tokens) {
+  return ParseRun(tokens, inputSpec_.get());
+}
+
+Pairs OptionParser::ParseRun(std::stack<std::string>& tokens, const CallSpec::InputSpec* spec) {
+  Pairs pairs;
+  while (!tokens.empty() && IsParameter(tokens.top())) {
+    const std::string token = std::move(tokens.top());
+    tokens.pop();
+    std::string name;
+    std::string value;
+    if (!ParseParameter(token, name, value)) {
+      if (!tokens.empty() && !IsParameter(tokens.top())) {
+        value = std::move(tokens.top());
+        tokens.pop();
+      } else {
+        value = GetMissingValue(token, name, spec);
+      }
+    }
+    pairs.emplace_back(std::move(name), std::move(value));
+  }
+  return pairs;
+}
+
+std::string OptionParser::GetMissingValue(const std::string& token, const std::string& name,
+                                          const CallSpec::InputSpec* spec) {
+  const CallSpec::ParameterSpec* declared = spec == nullptr ? nullptr : FindDeclared(*spec, name);
+  if (declared == nullptr) {
+    return {};
+  }
+  if (declared->IsSecret()) {
+    std::string secret = ReadSecret("Enter value for '" + declared->GetName() + "': ");
+    std::cout << '\n';
+    return secret;
+  }
+  // Help needs no value under either of its names, whatever type it is declared with.
+  if (declared->GetType() != CallSpec::ParameterType::Flag && declared->GetName() != "help") {
+    errors_.push_back(token + " must have value");
+  }
+  return {};
+}
+
+}  // namespace Kestrel::AutoCli
