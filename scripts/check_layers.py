@@ -26,7 +26,8 @@ LAYERS = [
     ("contract", "callspec", ""),
     ("text", "autocli",
      "Util DisplayContext FormatParameters FormatterParam Formatter "
-     "ChildProcess FileDescriptor NameRule"),
+     "ChildProcess FileDescriptor NameRule "
+     "TextPieces TextWriter EscapeTable FitText PrintfFormat FieldStyle ValueView"),
     ("call", "autocli", "OptionParser CommandInput CommandOutput EchoGuard"),
     ("tree", "autocli",
      "NodeType NamespaceNode Namespace RootNamespace CommandSpec Command"),
@@ -37,7 +38,7 @@ LAYERS = [
      "Plugin PluginEntryPoint SharedLibraryPlugin InternalPlugin CommandList "
      "XmlUtil XmlDocument XmlValue XmlValueReader LeadingInteger TemplateText "
      "ExtensionCommand XmlPlugin"),
-    ("dispatch", "autocli", "PluginFiles Dispatcher CliDispatcher"),
+    ("dispatch", "autocli", "Dispatcher CliDispatcher"),
 ]
 RANK = {name: rank for rank, (name, _, _) in enumerate(LAYERS)}
 CLASS_LAYER = {stem: name for name, _, stems in LAYERS for stem in stems.split()}

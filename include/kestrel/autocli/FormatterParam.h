@@ -2,13 +2,17 @@
 
 #include <string>
 
-#include "kestrel/Export.h"
-
 namespace Kestrel::AutoCli {
 
+/// One parameter that a formatter documents.
 struct FormatterParam {
+  /// The key as documented, e.g. "fields:<TypeName>".
   std::string name;
+
+  /// What the key does, for people.
   std::string description;
+
+  /// Set by the table formatter's "fields:<TypeName>" alone; handed out, never read.
   bool flag = false;
 };
 

@@ -8,19 +8,50 @@
 #include "kestrel/autocli/FormatParameters.h"
 #include "kestrel/metaobj/MetaObject.h"
 
+/// Reports a state that must not be and ends the process by `abort`: "panic: " and the text of
+/// the printf-style `format`, at most 255 characters, on standard error.
 [[noreturn]] KESTREL_API void Panic(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
 namespace Kestrel::AutoCli {
 
+/// Told of each finished shell command: its final command line and its wait status.
 using CommandExecListener = void (*)(const std::string& commandLine, int status);
+
+/// Makes the option that names a resource pool for a child process.
 using ChildRpZolOptionMaker = std::string (*)(int id);
+
+/// Whether `name` may stand in the command tree: ASCII letters and digits, at least one, the first
+/// not upper-case, no two upper-case letters in a row.
 KESTREL_API bool AutoCli_IsValidName(const std::string& name);
+
+/// The text of one field of a structure of type `typeName`.
+///
+/// That is the value's `ToString()`, or what the parameter "printf:<typeName>.<fieldName>" makes
+/// of it, and then a blank and the parameter "units:<typeName>.<fieldName>" where it is present. A
+/// null `value` gives "NULL Object" alone.
+///
+/// The printf format may hold text, "%%", "%m" and one conversion of the value (or several of the
+/// form "%1$.."): d, i, o, u, x, X or c for an integer or a boolean, s for a string. The result is
+/// cut at the length of the format + the length of the plain text + 64 bytes. Any other format
+/// gives an error text in place of the value, without units. A structure or a list becomes empty.
 KESTREL_API std::string AutoCli_FormatField(const std::string& typeName,
                                             const std::string& fieldName,
                                             std::shared_ptr<MetaObj::MetaObject> value,
                                             FormatParameters& params);
+
+/// Writes `text` to `out`, fitted between the columns `indent` and `width`. A byte fills a column.
+///
+/// A line begins with a margin of `indent` blanks, at least one; `skipFirstIndent` leaves it out
+/// of the first line, which something is already written on. A text longer than `width - indent`
+/// is broken at blanks; each word, the first of a line too, takes one column more than it has
+/// bytes, and a word longer than a line overruns. A broken line ends with `wrapChar`, or with a
+/// blank when that is 0. When `width` is not greater than `indent`, nothing is broken. `endLine`
+/// ends the last line too. `splitLines` fits each line of `text` by itself; an empty text then
+/// writes nothing at all, not even a line end.
 KESTREL_API void AutoCli_FitString(const int& indent, const int& width, const std::string& text,
                                    bool skipFirstIndent, std::ostream& out, bool endLine,
                                    char wrapChar, bool splitLines);
+
 KESTREL_API int AutoCli_ShellCmd(const std::string& commandLine, std::string& output,
                                  const std::string& stdinData);
 KESTREL_API int AutoCli_ShellCmdWithOprUsername(const std::string& commandLine,

@@ -1,0 +1,66 @@
+#include "autocli/FieldStyle.h"
+
+#include <cstddef>
+#include <cstring>
+#include <string_view>
+
+namespace Kestrel::AutoCli {
+
+namespace {
+
+constexpr std::string_view kPrintfPrefix = "printf:";
+constexpr std::string_view kUnitsPrefix = "units:";
+constexpr std::size_t kMaxErrorText = 255;
+
+bool HasKeyWithPrefix(const FormatParameters& params, std::string_view prefix) {
+  const auto& parameters = params.GetParameters();
+  const auto found = parameters.lower_bound(std::string(prefix));
+  return found != parameters.end() && found->first.compare(0, prefix.size(), prefix) == 0;
+}
+
+const std::string* FindParameter(const FormatParameters& params, const std::string& key) {
+  const auto& parameters = params.GetParameters();
+  const auto found = parameters.find(key);
+  return found == parameters.end() ? nullptr : &found->second;
+}
+
+std::string DescribeError(int error) {
+  char buffer[kMaxErrorText + 1] = "";
+  return std::string(strerror_r(error, buffer, sizeof buffer)).substr(0, kMaxErrorText);
+}
+
+}  // namespace
+
+bool FieldStyle::IsUsedBy(const FormatParameters& params) {
+  return HasKeyWithPrefix(params, kPrintfPrefix) || HasKeyWithPrefix(params, kUnitsPrefix);
+}
+
+FieldStyle::FieldStyle(const std::string& typeName, const std::string& fieldName,
+                       const FormatParameters& params) {
+  const std::string qualifier = typeName + "." + fieldName;
+  printfKey_ = std::string(kPrintfPrefix) + qualifier;
+  if (const std::string* format = FindParameter(params, printfKey_)) {
+    format_.emplace(*format);
+  }
+  units_ = FindParameter(params, std::string(kUnitsPrefix) + qualifier);
+}
+
+std::string FieldStyle::MakeText(const MetaObj::MetaObject* value) const {
+  if (value == nullptr) {
+    return "NULL Object";
+  }
+  std::string text;
+  if (!format_.has_value()) {
+    text = value->ToString();
+  } else if (const int error = format_->Print(*value, text); error != 0) {
+    return "Error while handling formatting parameter " + printfKey_ +
+           ".  Unable to format field: " + DescribeError(error);
+  }
+  if (units_ != nullptr) {
+    text += ' ';
+    text += *units_;
+  }
+  return text;
+}
+
+}  // namespace Kestrel::AutoCli

@@ -1,0 +1,299 @@
+// format     := { text | "%%" | conversion }
+// conversion := "%" [ "1$" ] { flag } [ number ] [ "." [ number ] ] [ modifier ] letter
+// flag       := "-" | "+" | " " | "#" | "0" | "'" | "I"
+// modifier   := "hh" | "h" | "l" | "ll" | "q" | "L" | "j" | "z" | "t"
+// letter     := "d" | "i" | "o" | "u" | "x" | "X" | "c" | "s" | "m"
+//
+// Each conversion is printed by itself with the argument cast to what it reads. Width and precision
+// are first lowered to what can still be seen: the text is cut at a limit, so blanks and zeros
+// beyond it would cost time and change nothing.
+
+#include "autocli/PrintfFormat.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdarg>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cwchar>
+#include <utility>
+
+#include "autocli/ValueView.h"
+#include "kestrel/metaobj/MetaBool.h"
+#include "kestrel/metaobj/MetaInt.h"
+#include "kestrel/metaobj/MetaString.h"
+
+namespace Kestrel::AutoCli {
+
+namespace {
+
+constexpr std::size_t kSlack = 64;
+constexpr long kTooLarge = static_cast<long>(INT_MAX) + 1;
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+bool IsOneOf(char c, std::string_view set) { return set.find(c) != std::string_view::npos; }
+
+/// What "%.." is about to print: an integer, or a text when that is not null.
+struct Argument {
+  long number = 0;
+  const char* text = nullptr;
+};
+
+int PrintTo(char* buffer, std::size_t size, const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"  // Put together here, from checked pieces.
+  const int length = std::vsnprintf(buffer, size, format, arguments);
+#pragma GCC diagnostic pop
+  va_end(arguments);
+  return length;
+}
+
+int PrintSigned(char* buffer, std::size_t size, const char* format, const std::string& modifier,
+                long number) {
+  if (modifier.empty() || modifier[0] == 'h') {
+    return PrintTo(buffer, size, format, static_cast<int>(number));
+  }
+  return PrintTo(buffer, size, format, number);
+}
+
+int PrintUnsigned(char* buffer, std::size_t size, const char* format, const std::string& modifier,
+                  long number) {
+  if (modifier.empty() || modifier[0] == 'h') {
+    return PrintTo(buffer, size, format, static_cast<unsigned int>(number));
+  }
+  return PrintTo(buffer, size, format, static_cast<unsigned long>(number));
+}
+
+int PrintCharacter(char* buffer, std::size_t size, const char* format, const std::string& modifier,
+                   long number) {
+  if (modifier == "l" || modifier == "ll" || modifier == "q" || modifier == "L") {
+    return PrintTo(buffer, size, format, static_cast<std::wint_t>(number));
+  }
+  return PrintTo(buffer, size, format, static_cast<int>(number));
+}
+
+}  // namespace
+
+class PrintfFormat::Parser {
+ public:
+  explicit Parser(std::string_view format) : rest_(format) {}
+
+  /// Fills `pieces`; false when the format is not one that we print.
+  bool Parse(std::vector<Piece>& pieces) {
+    Piece piece;
+    while (!rest_.empty()) {
+      if (!TakeLiteral(piece.literal)) {
+        if (!TakeConversion(piece)) {
+          return false;
+        }
+        pieces.push_back(std::exchange(piece, Piece()));
+      }
+    }
+    pieces.push_back(std::move(piece));
+    return plainCount_ == 0 || (plainCount_ == 1 && positionalCount_ == 0);
+  }
+
+ private:
+  bool TakeLiteral(std::string& literal) {
+    if (rest_.substr(0, 2) == "%%") {
+      literal += '%';
+      rest_.remove_prefix(2);
+      return true;
+    }
+    const std::size_t length = std::min(rest_.find('%'), rest_.size());
+    literal += rest_.substr(0, length);
+    rest_.remove_prefix(length);
+    return length > 0;
+  }
+
+  bool TakeConversion(Piece& piece) {
+    rest_.remove_prefix(1);
+    const bool isPositional = TakePosition();
+    piece.flags = TakeWhile("-+ #0'I");
+    piece.width = TakeNumber(-1);
+    if (!rest_.empty() && rest_[0] == '.') {
+      rest_.remove_prefix(1);
+      piece.precision = TakeNumber(0);
+    }
+    piece.modifier = TakeWhile("hlqLjzt");
+    if (rest_.empty()) {
+      return false;
+    }
+    piece.conversion = rest_[0];
+    rest_.remove_prefix(1);
+    if (piece.conversion == 'm') {
+      return !isPositional && piece.modifier.empty();
+    }
+    ++(isPositional ? positionalCount_ : plainCount_);
+    return IsKnown(piece);
+  }
+
+  bool TakePosition() {
+    if (rest_.substr(0, 2) != "1$") {
+      return false;
+    }
+    rest_.remove_prefix(2);
+    return true;
+  }
+
+  std::string TakeWhile(std::string_view set) {
+    const std::size_t length = std::min(rest_.find_first_not_of(set), rest_.size());
+    std::string taken(rest_.substr(0, length));
+    rest_.remove_prefix(length);
+    return taken;
+  }
+
+  /// The number that follows, at most kTooLarge; `absent` when there is none.
+  long TakeNumber(long absent) {
+    if (rest_.empty() || !IsDigit(rest_[0])) {
+      return absent;
+    }
+    long number = 0;
+    while (!rest_.empty() && IsDigit(rest_[0])) {
+      number = std::min(number * 10 + (rest_[0] - '0'), kTooLarge);
+      rest_.remove_prefix(1);
+    }
+    return number;
+  }
+
+  static bool IsKnown(const Piece& piece) {
+    if (piece.conversion == 's') {
+      return piece.modifier.empty();
+    }
+    static constexpr std::string_view kModifiers[] = {"",  "hh", "h", "l", "ll",
+                                                      "q", "L",  "j", "z", "t"};
+    return IsOneOf(piece.conversion, "diouxXc") &&
+           std::find(std::begin(kModifiers), std::end(kModifiers), piece.modifier) !=
+               std::end(kModifiers);
+  }
+
+  std::string_view rest_;
+  int plainCount_ = 0;
+  int positionalCount_ = 0;
+};
+
+/// Prints one value: the pieces in order, until one fails.
+class PrintfFormat::Printer {
+ public:
+  /// `limit` is the most bytes of the result, `textSize` the length of the value's plain text.
+  Printer(const Argument& argument, std::size_t limit, std::size_t textSize, std::string& text)
+      : argument_(argument), limit_(limit), textSize_(textSize), text_(text), errno_(errno) {}
+
+  int Print(const Piece& piece) {
+    text_.append(piece.literal, 0, Room());
+    if (piece.conversion == 0) {
+      return 0;
+    }
+    const std::string format = MakeFormat(piece);
+    const std::size_t place = text_.size();
+    const std::size_t room = Room() + 1;
+    text_.resize(place + room);
+    errno = errno_;  // "%m" prints the error of the caller's last call.
+    const int length = PrintPiece(&text_[place], room, format.c_str(), piece);
+    if (length < 0) {
+      return errno;
+    }
+    text_.resize(place + std::min(static_cast<std::size_t>(length), room - 1));
+    return 0;
+  }
+
+ private:
+  std::size_t Room() const { return limit_ - text_.size(); }
+
+  std::string MakeFormat(const Piece& piece) const {
+    long width = piece.width;
+    long precision = piece.precision;
+    const long visible = static_cast<long>(limit_ + 1 + kSlack);
+    if (precision > visible) {
+      // The zeros that a number does not get must not become blanks.
+      if (IsOneOf(piece.conversion, "diouxX")) {
+        width = std::max(width - (precision - visible), std::min(width, 0L));
+      }
+      precision = visible;
+    }
+    width = std::min(width, 2 * visible + static_cast<long>(textSize_));
+    std::string format = "%" + piece.flags;
+    if (width >= 0) {
+      format += std::to_string(width);
+    }
+    if (precision >= 0) {
+      format += "." + std::to_string(precision);
+    }
+    return format + piece.modifier + piece.conversion;
+  }
+
+  int PrintPiece(char* buffer, std::size_t size, const char* format, const Piece& piece) const {
+    switch (piece.conversion) {
+      case 'm':
+        return PrintTo(buffer, size, format);
+      case 's':
+        return PrintTo(buffer, size, format, argument_.text);
+      case 'c':
+        return PrintCharacter(buffer, size, format, piece.modifier, argument_.number);
+      case 'd':
+      case 'i':
+        return PrintSigned(buffer, size, format, piece.modifier, argument_.number);
+      default:
+        return PrintUnsigned(buffer, size, format, piece.modifier, argument_.number);
+    }
+  }
+
+  const Argument argument_;
+  const std::size_t limit_;
+  const std::size_t textSize_;
+  std::string& text_;
+  const int errno_;
+};
+
+PrintfFormat::PrintfFormat(const std::string& format) : size_(format.size()) {
+  isValid_ = Parser(format.c_str()).Parse(pieces_);
+}
+
+int PrintfFormat::Print(const MetaObj::MetaObject& value, std::string& text) const {
+  text.clear();
+  const std::string plain = value.ToString();
+  Argument argument;
+  if (const auto* number = ViewAs<MetaObj::MetaInt>(&value)) {
+    argument.number = number->GetValue();
+  } else if (const auto* boolean = ViewAs<MetaObj::MetaBool>(&value)) {
+    argument.number = boolean->GetValue() ? 1 : 0;
+  } else if (const auto* string = ViewAs<MetaObj::MetaString>(&value)) {
+    argument.text = string->GetValue().c_str();
+  } else {
+    return 0;
+  }
+  if (!Fits(argument.text != nullptr)) {
+    return EINVAL;
+  }
+  if (HasOverflow()) {
+    return EOVERFLOW;
+  }
+  Printer printer(argument, size_ + plain.size() + kSlack, plain.size(), text);
+  for (const Piece& piece : pieces_) {
+    if (const int error = printer.Print(piece); error != 0) {
+      return error;
+    }
+  }
+  text.resize(std::min(text.find('\0'), text.size()));
+  return 0;
+}
+
+bool PrintfFormat::Fits(bool isText) const {
+  return isValid_ && std::all_of(pieces_.begin(), pieces_.end(), [isText](const Piece& piece) {
+           return piece.conversion == 0 || piece.conversion == 'm' ||
+                  (piece.conversion == 's') == isText;
+         });
+}
+
+bool PrintfFormat::HasOverflow() const {
+  return std::any_of(pieces_.begin(), pieces_.end(), [](const Piece& piece) {
+    return std::max(piece.width, piece.precision) >= kTooLarge;
+  });
+}
+
+}  // namespace Kestrel::AutoCli

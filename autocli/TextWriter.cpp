@@ -1,0 +1,83 @@
+#include "autocli/TextWriter.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace Kestrel::AutoCli {
+
+TextWriter::TextWriter(std::ostream& out) : out_(out), failed_(!out.good()) {}
+
+TextWriter::~TextWriter() {
+  if (settled_ && used_ == 0) {
+    return;
+  }
+  try {
+    Finish();
+  } catch (...) {
+    // Another exception is on its way; the stream's own state keeps the failure.
+  }
+}
+
+void TextWriter::AppendEscaped(std::string_view text, const EscapeTable& table) {
+  const char* run = text.data();
+  const char* const end = run + text.size();
+  for (const char* at = run; at != end; ++at) {
+    if (table.IsMarked(*at)) {
+      Append(std::string_view(run, static_cast<std::size_t>(at - run)));
+      Append(table.Get(*at));
+      run = at + 1;
+    }
+  }
+  Append(std::string_view(run, static_cast<std::size_t>(end - run)));
+}
+
+void TextWriter::HandOn() {
+  settled_ = true;
+  Send();
+}
+
+void TextWriter::Finish() {
+  HandOn();
+  if (!failed_) {
+    out_.flush();
+  }
+}
+
+void TextWriter::AppendLong(std::string_view text) {
+  Send();
+  if (text.size() >= kCapacity) {
+    WriteOut(text);
+    return;
+  }
+  std::memcpy(buffer_, text.data(), text.size());
+  used_ = text.size();
+}
+
+void TextWriter::RepeatLong(char byte, std::size_t count) {
+  while (count > 0 && !failed_) {
+    if (used_ == kCapacity) {
+      Send();
+    }
+    const std::size_t step = std::min(count, kCapacity - used_);
+    std::memset(buffer_ + used_, byte, step);
+    used_ += step;
+    count -= step;
+  }
+}
+
+void TextWriter::Send() {
+  // Counted as gone before it is written: a stream that throws must not see it a second time.
+  WriteOut(std::string_view(buffer_, std::exchange(used_, 0)));
+}
+
+void TextWriter::WriteOut(std::string_view text) {
+  if (failed_ || text.empty()) {
+    return;
+  }
+  failed_ = true;  // Should the stream throw, it has failed.
+  out_.width(0);
+  out_.write(text.data(), static_cast<std::streamsize>(text.size()));
+  failed_ = !out_.good();
+}
+
+}  // namespace Kestrel::AutoCli

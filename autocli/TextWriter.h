@@ -1,0 +1,116 @@
+#pragma once
+
+#include <charconv>
+#include <cstddef>
+#include <cstring>
+#include <ostream>
+#include <string_view>
+
+#include "autocli/EscapeTable.h"
+
+namespace Kestrel::AutoCli {
+
+/// Composes text in one buffer and hands it to a stream in large pieces.
+///
+/// The stream's width, fill, flags and locale do not change a byte: nothing is written through its
+/// formatting operators. A writer ends by `Finish` or `HandOn`; one that is left by an exception
+/// still hands on what was composed, so that the reader sees how far the work came. Once the
+/// stream has failed, all further text is dropped; long walks ask `HasFailed` now and then.
+///
+/// The buffer is inside the object, which belongs on the stack and must not be part of a recursion.
+class TextWriter {
+ public:
+  /// Writes to `out`, which must outlive the writer. No one else writes to it meanwhile.
+  explicit TextWriter(std::ostream& out);
+
+  /// Hands on and flushes what an exception left behind; what the stream throws now is dropped.
+  ~TextWriter();
+
+  TextWriter(const TextWriter&) = delete;
+  TextWriter& operator=(const TextWriter&) = delete;
+
+  void Append(char byte) {
+    if (used_ == kCapacity) {
+      Send();
+    }
+    buffer_[used_++] = byte;
+  }
+
+  void Append(std::string_view text) {
+    if (text.size() > kCapacity - used_) {
+      AppendLong(text);
+      return;
+    }
+    std::memcpy(buffer_ + used_, text.data(), text.size());
+    used_ += text.size();
+  }
+
+  /// The number in decimal, with a sign when it is negative.
+  void AppendInt(long value) {
+    char* const place = Reserve(kMaxIntLength);
+    used_ +=
+        static_cast<std::size_t>(std::to_chars(place, place + kMaxIntLength, value).ptr - place);
+  }
+
+  void Repeat(char byte, std::size_t count) {
+    if (count > kCapacity || count > kCapacity - used_) {  // the first for the compiler alone
+      RepeatLong(byte, count);
+      return;
+    }
+    std::memset(buffer_ + used_, byte, count);
+    used_ += count;
+  }
+
+  /// The text, and blanks up to `width` bytes; a longer text is not cut.
+  void AppendLeft(std::string_view text, std::size_t width) {
+    Append(text);
+    if (text.size() < width) {
+      Repeat(' ', width - text.size());
+    }
+  }
+
+  /// The text behind blanks, `width` bytes in all; a longer text is not cut.
+  void AppendRight(std::string_view text, std::size_t width) {
+    if (text.size() < width) {
+      Repeat(' ', width - text.size());
+    }
+    Append(text);
+  }
+
+  /// The text with each byte that `table` marks replaced.
+  void AppendEscaped(std::string_view text, const EscapeTable& table);
+
+  /// Hands on what was composed, without flushing the stream; the writer may go on.
+  void HandOn();
+
+  /// Hands on what was composed and flushes the stream: the one flush of a formatter.
+  void Finish();
+
+  /// Whether the stream refuses further text. Known after a buffer was handed on.
+  bool HasFailed() const { return failed_; }
+
+ private:
+  static constexpr std::size_t kCapacity = 32 * 1024;
+  static constexpr std::size_t kMaxIntLength = 20;
+
+  /// A place for `count` bytes, at most kCapacity, behind the text.
+  char* Reserve(std::size_t count) {
+    if (count > kCapacity - used_) {
+      Send();
+    }
+    return buffer_ + used_;
+  }
+
+  void AppendLong(std::string_view text);
+  void RepeatLong(char byte, std::size_t count);
+  void Send();
+  void WriteOut(std::string_view text);
+
+  std::ostream& out_;
+  std::size_t used_ = 0;
+  bool failed_;
+  bool settled_ = false;
+  char buffer_[kCapacity];
+};
+
+}  // namespace Kestrel::AutoCli

@@ -1,0 +1,236 @@
+#include "autocli/TextWriter.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <iomanip>
+#include <ios>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+
+#include "support/LimitedBuffer.h"
+
+namespace Kestrel::AutoCli {
+namespace {
+
+using ::Kestrel::Testing::LimitedBuffer;
+
+constexpr std::size_t kUnlimited = static_cast<std::size_t>(-1);
+
+template <typename Work>
+std::string Write(const Work& work) {
+  std::ostringstream out;
+  TextWriter writer(out);
+  work(writer);
+  writer.Finish();
+  return out.str();
+}
+
+TEST(TextWriterTest, AppendsTextsBytesAndNumbers) {
+  EXPECT_EQ(Write([](TextWriter& writer) {
+              writer.Append("text");
+              writer.Append('\0');
+              writer.Append("");
+              writer.AppendInt(0);
+              writer.AppendInt(LONG_MIN);
+              writer.AppendInt(LONG_MAX);
+            }),
+            std::string("text\0", 5) + "0-92233720368547758089223372036854775807");
+}
+
+TEST(TextWriterTest, PadsToAWidthAndNeverCuts) {
+  EXPECT_EQ(Write([](TextWriter& writer) {
+              writer.AppendLeft("ab", 4);
+              writer.Append('|');
+              writer.AppendRight("ab", 4);
+              writer.Append('|');
+              writer.AppendLeft("abcd", 4);
+              writer.AppendRight("abcde", 4);
+            }),
+            "ab  |  ab|abcdabcde");
+}
+
+TEST(TextWriterTest, RepeatsAByte) {
+  EXPECT_EQ(Write([](TextWriter& writer) {
+              writer.Repeat('-', 0);
+              writer.Repeat('-', 3);
+              writer.Repeat('=', 100000);
+            }),
+            "---" + std::string(100000, '='));
+}
+
+TEST(TextWriterTest, TextsOfEverySizeCrossTheEndOfTheBuffer) {
+  for (const std::size_t size : {1u, 7u, 32767u, 32768u, 32769u, 100000u}) {
+    const std::string text(size, 'x');
+    std::string expected;
+    const std::string written = Write([&](TextWriter& writer) {
+      for (int i = 0; i < 40000 && expected.size() < 200000; ++i) {
+        writer.Append(text);
+        writer.Append('.');
+        writer.AppendInt(i);
+        writer.Repeat('_', 3);
+        expected += text + "." + std::to_string(i) + "___";
+      }
+    });
+    EXPECT_EQ(written, expected) << size;
+  }
+}
+
+TEST(TextWriterTest, EscapesMarkedBytesAndCopiesTheRest) {
+  static constexpr EscapeTable kTable = [] {
+    EscapeTable table;
+    table.Set('<', "&lt;").Set('"', "\\\"").Set(0, "NUL").Set(0xff, "\\u00ff7");
+    return table;
+  }();
+  EXPECT_EQ(Write([](TextWriter& writer) {
+              writer.AppendEscaped("", kTable);
+              writer.AppendEscaped("plain", kTable);
+              writer.AppendEscaped("<a<<b\"", kTable);
+              writer.AppendEscaped(std::string_view("\0\xff\xfe", 3), kTable);
+            }),
+            "plain&lt;a&lt;&lt;b\\\"NUL\\u00ff7\xfe");
+  EXPECT_TRUE(kTable.IsMarked('\xff'));
+  EXPECT_FALSE(kTable.IsMarked('a'));
+  EXPECT_EQ(kTable.Get('a'), "");
+}
+
+TEST(TextWriterTest, EscapesTextsLongerThanTheBuffer) {
+  static constexpr EscapeTable kTable = EscapeTable().Set('x', "yyyyyyy");
+  EXPECT_EQ(Write([](TextWriter& writer) {
+              writer.AppendEscaped(std::string(20000, 'x') + std::string(50000, 'z'), kTable);
+            }),
+            std::string(140000, 'y') + std::string(50000, 'z'));
+}
+
+TEST(TextWriterTest, IsBlindToTheStateOfTheStream) {
+  std::ostringstream out;
+  out << std::hex << std::showpos << std::setw(20) << std::setfill('*') << std::right;
+  TextWriter writer(out);
+  writer.AppendInt(255);
+  writer.AppendLeft("a", 3);
+  writer.Append('|');
+  writer.Finish();
+  EXPECT_EQ(out.str(), "255a  |");
+  EXPECT_EQ(out.width(), 0);
+}
+
+TEST(TextWriterTest, HandsOnInLargePiecesAndFlushesOnceAtTheEnd) {
+  LimitedBuffer buffer(kUnlimited);
+  std::ostream out(&buffer);
+  TextWriter writer(out);
+  for (int i = 0; i < 100000; ++i) {
+    writer.Append("line\n");
+  }
+  EXPECT_EQ(buffer.GetFlushes(), 0);
+  writer.Finish();
+  EXPECT_EQ(buffer.GetFlushes(), 1);
+  EXPECT_EQ(buffer.GetText().size(), 500000u);
+}
+
+TEST(TextWriterTest, HandsOnWithoutFlushingWhenOthersGoOnWriting) {
+  LimitedBuffer buffer(kUnlimited);
+  std::ostream out(&buffer);
+  {
+    TextWriter writer(out);
+    writer.Append("one ");
+    writer.HandOn();
+    out << "two ";
+    writer.Append("three");
+    writer.HandOn();
+  }
+  EXPECT_EQ(buffer.GetText(), "one two three");
+  EXPECT_EQ(buffer.GetFlushes(), 0);
+}
+
+TEST(TextWriterTest, WhatWasComposedReachesTheStreamWhenAnExceptionLeaves) {
+  LimitedBuffer buffer(kUnlimited);
+  std::ostream out(&buffer);
+  EXPECT_THROW(
+      {
+        TextWriter writer(out);
+        writer.Append("so far");
+        throw std::runtime_error("stop");
+      },
+      std::runtime_error);
+  EXPECT_EQ(buffer.GetText(), "so far");
+  EXPECT_EQ(buffer.GetFlushes(), 1);
+}
+
+TEST(TextWriterTest, TextBehindAHandOverIsNotLostToAnException) {
+  LimitedBuffer buffer(kUnlimited);
+  std::ostream out(&buffer);
+  EXPECT_THROW(
+      {
+        TextWriter writer(out);
+        writer.Append("one ");
+        writer.HandOn();
+        writer.Append("two");
+        throw std::runtime_error("stop");
+      },
+      std::runtime_error);
+  EXPECT_EQ(buffer.GetText(), "one two");
+}
+
+TEST(TextWriterTest, StopsWritingToAStreamThatFailed) {
+  LimitedBuffer buffer(40000);
+  std::ostream out(&buffer);
+  TextWriter writer(out);
+  EXPECT_FALSE(writer.HasFailed());
+  std::size_t rows = 0;
+  while (!writer.HasFailed()) {
+    writer.Append("0123456789");
+    ++rows;
+  }
+  writer.Repeat('x', kUnlimited);
+  writer.Append(std::string(100000, 'y'));
+  writer.Finish();
+  EXPECT_LT(rows, 10000u);
+  EXPECT_EQ(buffer.GetText().size(), 40000u);
+  EXPECT_EQ(buffer.GetRefusals(), 1);
+  EXPECT_EQ(buffer.GetFlushes(), 0);
+}
+
+TEST(TextWriterTest, WritesNothingToAStreamThatHadFailedBefore) {
+  std::ostringstream out;
+  out.setstate(std::ios_base::badbit);
+  TextWriter writer(out);
+  EXPECT_TRUE(writer.HasFailed());
+  writer.Append(std::string(100000, 'x'));
+  writer.Finish();
+  EXPECT_EQ(out.str(), "");
+}
+
+TEST(TextWriterTest, TheStreamsExceptionPassesOnceAndNothingIsWrittenTwice) {
+  LimitedBuffer buffer(5);
+  std::ostream out(&buffer);
+  out.exceptions(std::ios_base::badbit);
+  EXPECT_THROW(
+      {
+        TextWriter writer(out);
+        writer.Append("0123456789");
+        writer.Finish();
+      },
+      std::ios_base::failure);
+  EXPECT_EQ(buffer.GetText(), "01234");
+  EXPECT_EQ(buffer.GetRefusals(), 1);
+}
+
+TEST(TextWriterTest, AnExceptionOfTheStreamStaysInsideTheDestructor) {
+  LimitedBuffer buffer(5);
+  std::ostream out(&buffer);
+  out.exceptions(std::ios_base::badbit);
+  EXPECT_THROW(
+      {
+        TextWriter writer(out);
+        writer.Append("0123456789");
+        throw std::runtime_error("the first");
+      },
+      std::runtime_error);
+  EXPECT_EQ(buffer.GetText(), "01234");
+  EXPECT_TRUE(out.bad());
+}
+
+}  // namespace
+}  // namespace Kestrel::AutoCli

@@ -1,0 +1,280 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <iomanip>
+#include <ios>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "kestrel/autocli/Util.h"
+
+namespace Kestrel::AutoCli {
+namespace {
+
+struct Arguments {
+  int indent = 0;
+  int width = 80;
+  std::string text;
+  bool skipFirstIndent = false;
+  bool endLine = false;
+  char wrapChar = 0;
+  bool splitLines = false;
+};
+
+std::string Fit(const Arguments& a) {
+  std::ostringstream out;
+  AutoCli_FitString(a.indent, a.width, a.text, a.skipFirstIndent, out, a.endLine, a.wrapChar,
+                    a.splitLines);
+  return out.str();
+}
+
+/// The same, word by word and without regard to time.
+class SlowModel {
+ public:
+  static std::string Fit(const Arguments& a) {
+    SlowModel model;
+    a.splitLines ? model.FitLines(a) : model.FitOne(a);
+    return model.out_;
+  }
+
+ private:
+  static std::vector<std::string> Split(const std::string& text, char separator) {
+    std::vector<std::string> pieces(1);
+    for (const char c : text) {
+      if (c == separator) {
+        pieces.emplace_back();
+      } else {
+        pieces.back() += c;
+      }
+    }
+    if (pieces.back().empty()) {
+      pieces.pop_back();
+    }
+    return pieces;
+  }
+
+  void FitLines(Arguments a) {
+    bool hasWritten = false;
+    for (const std::string& line : Split(a.text, '\n')) {
+      if (!a.endLine && hasWritten) {
+        out_ += "\n";
+      }
+      a.text = line;
+      FitOne(a);
+      a.skipFirstIndent = false;
+      hasWritten = true;
+    }
+  }
+
+  void FitOne(const Arguments& a) {
+    if (!a.skipFirstIndent) {
+      Margin(a);
+    }
+    if (a.width <= a.indent || static_cast<long>(a.text.size()) <= a.width - a.indent) {
+      out_ += a.text;
+    } else {
+      FitWords(a);
+    }
+    if (a.endLine) {
+      out_ += "\n";
+    }
+  }
+
+  void FitWords(const Arguments& a) {
+    const long available = a.width - a.indent;
+    long remaining = available;
+    bool isFirst = true;
+    for (const std::string& word : Split(a.text, ' ')) {
+      const long cost = static_cast<long>(word.size()) + 1;
+      remaining -= cost;
+      if (remaining < 0) {
+        out_ += a.wrapChar == 0 ? ' ' : a.wrapChar;
+        out_ += "\n";
+        Margin(a);
+        remaining = available - cost;
+      } else if (!isFirst) {
+        out_ += " ";
+      }
+      out_ += word;
+      isFirst = false;
+    }
+  }
+
+  void Margin(const Arguments& a) {
+    std::ostringstream margin;
+    margin << std::setw(a.indent) << ' ';
+    out_ += margin.str();
+  }
+
+  std::string out_;
+};
+
+TEST(UtilFitStringTest, WritesATextThatFitsBehindItsMargin) {
+  EXPECT_EQ(Fit({4, 20, "short"}), "    short");
+}
+
+TEST(UtilFitStringTest, WritesOneBlankForAMarginOfNothing) {
+  EXPECT_EQ(Fit({0, 20, "short"}), " short");
+  EXPECT_EQ(Fit({-3, 20, "short"}), " short");
+  EXPECT_EQ(Fit({1, 20, "short"}), " short");
+}
+
+TEST(UtilFitStringTest, LeavesTheFirstMarginOut) {
+  EXPECT_EQ(Fit({4, 20, "short", true}), "short");
+  EXPECT_EQ(Fit({4, 20, "aaaa bbbb cccc dddd", true}), "aaaa bbbb cccc \n    dddd");
+}
+
+TEST(UtilFitStringTest, EndsTheLastLineOnRequest) {
+  EXPECT_EQ(Fit({4, 20, "short", false, true}), "    short\n");
+  EXPECT_EQ(Fit({4, 20, "", false, true}), "    \n");
+}
+
+TEST(UtilFitStringTest, BreaksAtBlanksAndLeavesOneBehind) {
+  EXPECT_EQ(Fit({4, 20, "aaaa bbbb cccc dddd"}), "    aaaa bbbb cccc \n    dddd");
+}
+
+TEST(UtilFitStringTest, EndsABrokenLineWithTheWrapCharacter) {
+  EXPECT_EQ(Fit({4, 20, "aaaa bbbb cccc dddd", false, true, '\\'}),
+            "    aaaa bbbb cccc\\\n    dddd\n");
+}
+
+TEST(UtilFitStringTest, TakesATextOfExactlyTheWidth) {
+  EXPECT_EQ(Fit({4, 20, "aaaa bbbb cccc d"}), "    aaaa bbbb cccc d");
+  EXPECT_EQ(Fit({4, 20, "aaaa bbbb cccc dd"}), "    aaaa bbbb cccc \n    dd");
+}
+
+TEST(UtilFitStringTest, ChargesAColumnForEachWordTheFirstOneToo) {
+  // Nine bytes of words in a line of ten would fit without that column.
+  EXPECT_EQ(Fit({0, 10, "aaaa bbbbb cc"}), " aaaa \n bbbbb cc");
+  EXPECT_EQ(Fit({0, 10, "aaaa bbbb ccc"}), " aaaa bbbb \n ccc");
+}
+
+TEST(UtilFitStringTest, BreaksOffAFirstWordThatIsTooLong) {
+  EXPECT_EQ(Fit({2, 8, "aaaaaa bb"}), "   \n  aaaaaa \n  bb");
+  EXPECT_EQ(Fit({2, 8, "aaaaaaaaaa"}), "   \n  aaaaaaaaaa");
+  EXPECT_EQ(Fit({2, 8, "aaaaaaaaaa", true, false, '+'}), "+\n  aaaaaaaaaa");
+  EXPECT_EQ(Fit({2, 8, "aaaaa bb"}), "  aaaaa \n  bb");
+}
+
+TEST(UtilFitStringTest, NeverBreaksAWord) {
+  EXPECT_EQ(Fit({2, 8, "a bbbbbbbbbbbb c"}), "  a \n  bbbbbbbbbbbb \n  c");
+}
+
+TEST(UtilFitStringTest, KeepsTheBlanksBetweenWords) {
+  EXPECT_EQ(Fit({1, 9, "a  b   c"}), " a  b   c");
+  EXPECT_EQ(Fit({1, 9, "a  b    c"}), " a  b    \n c");
+  EXPECT_EQ(Fit({1, 9, " a bbbbbbb"}), "  a \n bbbbbbb");
+}
+
+TEST(UtilFitStringTest, DropsTheLastBlankOfABrokenText) {
+  EXPECT_EQ(Fit({1, 9, "aaaa bbbb "}), " aaaa \n bbbb");
+  EXPECT_EQ(Fit({1, 9, "aaaa bb  "}), " aaaa bb \n ");
+  EXPECT_EQ(Fit({1, 9, "aaaa bb "}), " aaaa bb ");
+}
+
+TEST(UtilFitStringTest, BreaksNothingWithoutColumns) {
+  const std::string text = "aaaa bbbb cccc\ndddd ";
+  EXPECT_EQ(Fit({4, 4, text}), "    " + text);
+  EXPECT_EQ(Fit({9, 4, text}), "         " + text);
+  EXPECT_EQ(Fit({4, 0, text, false, true}), "    " + text + "\n");
+  EXPECT_EQ(Fit({4, -1, text, true}), text);
+  EXPECT_EQ(Fit({0, 0, text}), " " + text);
+  EXPECT_EQ(Fit({4, 4, "aaaa bbbb\ncccc ", false, true, 0, true}), "    aaaa bbbb\n    cccc \n");
+}
+
+TEST(UtilFitStringTest, TakesALineBreakAsAnOrdinaryByteWhenLinesAreNotSplit) {
+  EXPECT_EQ(Fit({2, 9, "aa\nbb cc dd"}), "  aa\nbb \n  cc dd");
+}
+
+TEST(UtilFitStringTest, FitsEachLineByItself) {
+  EXPECT_EQ(Fit({2, 10, "one\ntwo three four\n\nfive", false, true, 0, true}),
+            "  one\n  two \n  three \n  four\n  \n  five\n");
+}
+
+TEST(UtilFitStringTest, LeavesTheMarginOutOfTheFirstLineOnly) {
+  EXPECT_EQ(Fit({2, 10, "one\ntwo", true, true, 0, true}), "one\n  two\n");
+}
+
+TEST(UtilFitStringTest, JoinsLinesBySingleBreaksWhenTheLastIsNotEnded) {
+  EXPECT_EQ(Fit({2, 10, "one\ntwo\nthree", false, false, 0, true}), "  one\n  two\n  three");
+}
+
+TEST(UtilFitStringTest, WritesNothingForAnEmptyTextSplitIntoLines) {
+  EXPECT_EQ(Fit({4, 20, "", false, true, 0, true}), "");
+  EXPECT_EQ(Fit({4, 20, "", true, false, 0, true}), "");
+}
+
+TEST(UtilFitStringTest, AFinalLineBreakMakesNoFurtherLine) {
+  EXPECT_EQ(Fit({2, 20, "one\n", false, true, 0, true}), "  one\n");
+  EXPECT_EQ(Fit({2, 20, "one\n", false, false, 0, true}), "  one");
+  EXPECT_EQ(Fit({2, 20, "\n", false, true, 0, true}), "  \n");
+  EXPECT_EQ(Fit({2, 20, "\n\n", false, true, 0, true}), "  \n  \n");
+}
+
+TEST(UtilFitStringTest, CountsBytes) {
+  EXPECT_EQ(Fit({0, 6, "\xc3\xa9\xc3\xa9 \xc3\xa9"}), " \xc3\xa9\xc3\xa9 \n \xc3\xa9");
+  EXPECT_EQ(Fit({0, 80, std::string("a\0b", 3)}), std::string(" a\0b", 4));
+}
+
+TEST(UtilFitStringTest, TakesTheGreatestWidths) {
+  EXPECT_EQ(Fit({-2147483647, 2147483647, "aa bb"}), " aa bb");
+  EXPECT_EQ(Fit({2147483647, -2147483647, "aa bb", true}), "aa bb");
+}
+
+TEST(UtilFitStringTest, IsBlindToTheStateOfTheStream) {
+  std::ostringstream out;
+  out << std::hex << std::showbase << std::setw(20) << std::setfill('*') << std::right;
+  AutoCli_FitString(4, 20, "aaaa bbbb cccc dddd", false, out, true, 0, false);
+  EXPECT_EQ(out.str(), "    aaaa bbbb cccc \n    dddd\n");
+  EXPECT_EQ(out.width(), 0);
+  EXPECT_EQ(out.fill(), '*');
+  EXPECT_EQ(out.flags() & std::ios_base::basefield, std::ios_base::hex);
+  EXPECT_EQ(out.flags() & std::ios_base::adjustfield, std::ios_base::right);
+}
+
+TEST(UtilFitStringTest, EqualsTheSlowModelOnRandomTexts) {
+  const unsigned seed = 20240607;
+  SCOPED_TRACE("seed " + std::to_string(seed));
+  std::mt19937 random(seed);
+  const auto pick = [&random](int from, int to) {
+    return std::uniform_int_distribution<int>(from, to)(random);
+  };
+  const std::string alphabet = "abcd    \n";
+  for (int round = 0; round < 100000; ++round) {
+    Arguments a;
+    a.indent = pick(-2, 12);
+    a.width = pick(0, 3) == 0 ? pick(-1, 4) : pick(0, 40);
+    const int length = pick(0, 7) == 0 ? pick(0, 3) : pick(0, 60);
+    const int letters = pick(0, 1) == 0 ? 5 : static_cast<int>(alphabet.size());
+    for (int i = 0; i < length; ++i) {
+      a.text += alphabet[static_cast<std::size_t>(pick(0, letters - 1))];
+    }
+    a.skipFirstIndent = pick(0, 1) == 1;
+    a.endLine = pick(0, 1) == 1;
+    a.wrapChar = pick(0, 1) == 1 ? '\\' : '\0';
+    a.splitLines = pick(0, 1) == 1;
+    ASSERT_EQ(Fit(a), SlowModel::Fit(a))
+        << "round " << round << " indent " << a.indent << " width " << a.width << " text '"
+        << a.text << "' flags " << a.skipFirstIndent << a.endLine << a.splitLines;
+  }
+}
+
+TEST(UtilFitStringTest, FitsTenMegabytesInOnePass) {
+  std::string words;
+  for (int i = 0; i < 1000000; ++i) {
+    words += "nine bytes";
+    words.back() = ' ';
+  }
+  const std::string fitted = Fit({8, 80, words, false, true, 0, true});
+  EXPECT_GT(fitted.size(), words.size());
+  const std::string oneWord(10 * 1024 * 1024, 'x');
+  EXPECT_EQ(Fit({8, 80, oneWord, true, false, '+'}), "+\n        " + oneWord);
+  EXPECT_EQ(Fit({8, 2000000000, words}).size(), words.size() + 8);
+  // 200,000 lines of five empty words, four blanks in each; a break is a blank, '\n' and a margin.
+  EXPECT_EQ(Fit({0, 5, std::string(1000000, ' ')}).size(), 1u + 200000 * 4 + 199999 * 3);
+}
+
+}  // namespace
+}  // namespace Kestrel::AutoCli

@@ -1,0 +1,328 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <memory>
+#include <string>
+
+#include "kestrel/autocli/FormatParameters.h"
+#include "kestrel/autocli/Util.h"
+#include "kestrel/metaobj/MetaBool.h"
+#include "kestrel/metaobj/MetaInt.h"
+#include "kestrel/metaobj/MetaList.h"
+#include "kestrel/metaobj/MetaString.h"
+#include "kestrel/metaobj/MetaStruct.h"
+
+namespace Kestrel::AutoCli {
+namespace {
+
+using MetaObj::MetaBool;
+using MetaObj::MetaInt;
+using MetaObj::MetaList;
+using MetaObj::MetaObject;
+using MetaObj::MetaString;
+using MetaObj::MetaStruct;
+using MetaObj::MetaType;
+using Value = std::shared_ptr<MetaObject>;
+
+const char kError[] =
+    "Error while handling formatting parameter printf:T.F.  Unable to format field: ";
+
+/// Announces a kind whose class it is not.
+class LyingValue : public MetaObject {
+ public:
+  explicit LyingValue(MetaType type) : MetaObject(type) {}
+  std::string ToString() const override { return "a lie"; }
+};
+
+std::string Print(const Value& value, const std::string& format) {
+  FormatParameters params;
+  params.SetParameter("printf:T.F", format);
+  return AutoCli_FormatField("T", "F", value, params);
+}
+
+std::string PrintInt(long value, const std::string& format) {
+  return Print(MetaInt::New(value), format);
+}
+
+std::string PrintString(const std::string& value, const std::string& format) {
+  return Print(MetaString::New(value), format);
+}
+
+std::string Invalid() { return kError + std::string("Invalid argument"); }
+
+Value MakeStruct() {
+  const auto record = MetaStruct::New("Inner");
+  record->SetField("a", 1);
+  return record;
+}
+
+TEST(UtilFormatFieldTest, WithoutParametersTheTextIsToString) {
+  FormatParameters params;
+  EXPECT_EQ(AutoCli_FormatField("T", "F", MetaInt::New(-512), params), "-512");
+  EXPECT_EQ(AutoCli_FormatField("T", "F", MetaBool::New(true), params), "true");
+  EXPECT_EQ(AutoCli_FormatField("T", "F", MetaString::New("text"), params), "text");
+  EXPECT_EQ(AutoCli_FormatField("T", "F", MakeStruct(), params), "{'a' => '1', }");
+}
+
+TEST(UtilFormatFieldTest, ANullValueIsPrintedWithoutUnitsAndPrintf) {
+  FormatParameters params;
+  params.SetParameter("units:T.F", "MB");
+  params.SetParameter("printf:T.F", "%n");
+  EXPECT_EQ(AutoCli_FormatField("T", "F", nullptr, params), "NULL Object");
+}
+
+TEST(UtilFormatFieldTest, UnitsFollowAfterOneBlank) {
+  FormatParameters params;
+  params.SetParameter("units:T.F", "Mb");
+  EXPECT_EQ(AutoCli_FormatField("T", "F", MetaInt::New(512), params), "512 Mb");
+  EXPECT_EQ(AutoCli_FormatField("T", "F", MakeStruct(), params), "{'a' => '1', } Mb");
+}
+
+TEST(UtilFormatFieldTest, EmptyUnitsStillGiveTheBlank) {
+  FormatParameters params;
+  params.SetParameter("units:T.F", "");
+  EXPECT_EQ(AutoCli_FormatField("T", "F", MetaInt::New(512), params), "512 ");
+}
+
+TEST(UtilFormatFieldTest, PrintfAndUnitsWorkTogether) {
+  FormatParameters params;
+  params.SetParameter("printf:T.F", "%04ld");
+  params.SetParameter("units:T.F", "MB");
+  EXPECT_EQ(AutoCli_FormatField("T", "F", MetaInt::New(5), params), "0005 MB");
+}
+
+TEST(UtilFormatFieldTest, OnlyTheKeyOfThatTypeAndFieldJoinedByAStopCounts) {
+  FormatParameters params;
+  params.SetParameter("units:T:F", "colon");
+  params.SetParameter("units:U.F", "other type");
+  params.SetParameter("units:T.G", "other field");
+  params.SetParameter("units:t.f", "other case");
+  params.SetParameter("printf:T", "%d");
+  params.SetParameter("printf:T.FF", "%d");
+  EXPECT_EQ(AutoCli_FormatField("T", "F", MetaInt::New(512), params), "512");
+}
+
+TEST(UtilFormatFieldTest, PrintfOnAStructureOrAListBlanksTheField) {
+  FormatParameters params;
+  params.SetParameter("printf:T.F", "%d");
+  const auto list = MetaList::New(MetaType::Int);
+  list->Add(1);
+  EXPECT_EQ(AutoCli_FormatField("T", "F", MakeStruct(), params), "");
+  EXPECT_EQ(AutoCli_FormatField("T", "F", list, params), "");
+  params.SetParameter("units:T.F", "MB");
+  EXPECT_EQ(AutoCli_FormatField("T", "F", MakeStruct(), params), " MB");
+  EXPECT_EQ(AutoCli_FormatField("T", "F", list, params), " MB");
+}
+
+TEST(UtilFormatFieldTest, PrintfOnAStructureIsNotReadAtAll) {
+  EXPECT_EQ(Print(MakeStruct(), "%n%s%99999999999d"), "");
+}
+
+TEST(UtilFormatFieldTest, AKindThatLiesIsPrintedAsIsAndBlankedByPrintf) {
+  for (const MetaType type : {MetaType::Int, MetaType::Bool, MetaType::String, MetaType::Struct}) {
+    FormatParameters params;
+    const auto value = std::make_shared<LyingValue>(type);
+    EXPECT_EQ(AutoCli_FormatField("T", "F", value, params), "a lie");
+    EXPECT_EQ(Print(value, "%d"), "");
+    EXPECT_EQ(Print(value, "%s"), "");
+  }
+}
+
+TEST(UtilFormatFieldTest, AFormatWithoutConversionReplacesTheText) {
+  EXPECT_EQ(PrintInt(5, "text"), "text");
+  EXPECT_EQ(PrintString("x", "text"), "text");
+  EXPECT_EQ(PrintInt(5, ""), "");
+  EXPECT_EQ(PrintInt(5, "100%%"), "100%");
+  EXPECT_EQ(PrintInt(5, "%%%d%%"), "%5%");
+  EXPECT_EQ(PrintInt(5, "%%d"), "%d");
+}
+
+TEST(UtilFormatFieldTest, IntegersTakeEveryIntegerConversion) {
+  EXPECT_EQ(PrintInt(42, "<%ld>"), "<42>");
+  EXPECT_EQ(PrintInt(-42, "%li"), "-42");
+  EXPECT_EQ(PrintInt(8, "%lo"), "10");
+  EXPECT_EQ(PrintInt(-1, "%lu"), "18446744073709551615");
+  EXPECT_EQ(PrintInt(255, "%lx"), "ff");
+  EXPECT_EQ(PrintInt(255, "%lX"), "FF");
+  EXPECT_EQ(PrintInt('A', "%c"), "A");
+  EXPECT_EQ(PrintInt('A', "%lc"), "A");
+  EXPECT_EQ(PrintInt(LONG_MIN, "%ld"), "-9223372036854775808");
+}
+
+TEST(UtilFormatFieldTest, IntegersTakeEveryLengthModifier) {
+  const long value = 0x123456789abcdef0;
+  EXPECT_EQ(PrintInt(value, "%hhx"), "f0");
+  EXPECT_EQ(PrintInt(value, "%hx"), "def0");
+  EXPECT_EQ(PrintInt(value, "%x"), "9abcdef0");
+  for (const char* format : {"%lx", "%llx", "%qx", "%Lx", "%jx", "%zx", "%tx"}) {
+    EXPECT_EQ(PrintInt(value, format), "123456789abcdef0") << format;
+  }
+  EXPECT_EQ(PrintInt(200, "%hhd"), "-56");
+  EXPECT_EQ(PrintInt(40000, "%hd"), "-25536");
+  for (const char* format : {"%ld", "%lld", "%qd", "%Ld", "%jd", "%zd", "%td"}) {
+    EXPECT_EQ(PrintInt(-5000000000, format), "-5000000000") << format;
+  }
+  for (const char* format :
+       {"%c", "%hhc", "%hc", "%lc", "%llc", "%qc", "%Lc", "%jc", "%zc", "%tc"}) {
+    EXPECT_EQ(PrintInt('A', format), "A") << format;
+  }
+}
+
+TEST(UtilFormatFieldTest, PlainDKeepsTheLow32Bits) {
+  EXPECT_EQ(PrintInt(0x100000005, "%d"), "5");
+  EXPECT_EQ(PrintInt(0xffffffff, "%d"), "-1");
+  EXPECT_EQ(PrintInt(-1, "%u"), "4294967295");
+}
+
+TEST(UtilFormatFieldTest, FlagsWidthAndPrecisionWork) {
+  EXPECT_EQ(PrintInt(5, "[%5ld]"), "[    5]");
+  EXPECT_EQ(PrintInt(5, "[%-5ld]"), "[5    ]");
+  EXPECT_EQ(PrintInt(5, "[%+ld]"), "[+5]");
+  EXPECT_EQ(PrintInt(5, "[% ld]"), "[ 5]");
+  EXPECT_EQ(PrintInt(255, "[%#lx]"), "[0xff]");
+  EXPECT_EQ(PrintInt(5, "[%'ld]"), "[5]");
+  EXPECT_EQ(PrintInt(5, "[%Ild]"), "[5]");
+  EXPECT_EQ(PrintInt(5, "[%8.3ld]"), "[     005]");
+  EXPECT_EQ(PrintInt(0, "[%.ld]"), "[]");
+  EXPECT_EQ(PrintInt(5, "[%-+08ld]"), "[+5      ]");
+  EXPECT_EQ(PrintString("abcdef", "[%8s]"), "[  abcdef]");
+  EXPECT_EQ(PrintString("abcdef", "[%-8.3s]"), "[abc     ]");
+  EXPECT_EQ(PrintString("abcdef", "[%.0s]"), "[]");
+}
+
+TEST(UtilFormatFieldTest, BooleansArePrintedAsNumbers) {
+  EXPECT_EQ(Print(MetaBool::New(true), "%d"), "1");
+  EXPECT_EQ(Print(MetaBool::New(false), "%d"), "0");
+  EXPECT_EQ(Print(MetaBool::New(true), "%5ld"), "    1");
+  EXPECT_EQ(Print(MetaBool::New(true), "%hhu"), "1");
+}
+
+TEST(UtilFormatFieldTest, StringsTakeS) {
+  EXPECT_EQ(PrintString("text", "<%s>"), "<text>");
+  EXPECT_EQ(PrintString("", "<%s>"), "<>");
+  EXPECT_EQ(PrintString("100%d %n", "<%s>"), "<100%d %n>");
+}
+
+TEST(UtilFormatFieldTest, AnArgumentMayBeNamedRepeatedly) {
+  EXPECT_EQ(PrintInt(255, "%1$ld = %1$#lx"), "255 = 0xff");
+  EXPECT_EQ(PrintInt(-1, "%1$hhu %1$lu"), "255 18446744073709551615");
+  EXPECT_EQ(PrintString("ab", "%1$s%1$s %%"), "abab %");
+}
+
+TEST(UtilFormatFieldTest, MPrintsTheErrorOfTheCallersLastCall) {
+  FormatParameters params;
+  params.SetParameter("printf:T.F", "%ld: %m");
+  const auto value = MetaInt::New(7);
+  errno = ENOENT;
+  EXPECT_EQ(AutoCli_FormatField("T", "F", value, params), "7: No such file or directory");
+  params.SetParameter("printf:T.F", "%28m");
+  errno = ENOENT;
+  EXPECT_EQ(AutoCli_FormatField("T", "F", value, params), "   No such file or directory");
+}
+
+TEST(UtilFormatFieldTest, WhatDoesNotFitTheValueIsAnErrorInItsPlace) {
+  const char* const formats[] = {"%s",   "%5$d",    "%2$d", "%1$d%d", "%d%1$d", "%d%d",  "%*d",
+                                 "%.*d", "%1$*1$d", "%n",   "%1$n",   "%p",     "%f",    "%e",
+                                 "%g",   "%a",      "%S",   "%C",     "%ls",    "%y",    "%",
+                                 "%5",   "%l",      "%5.",  "abc%",   "%hhhd",  "%lhd",  "%.-5d",
+                                 "%d%n", "%5%",     "%1$m", "%lm",    "%$d",    "%01$d", "%ld%s"};
+  for (const char* format : formats) {
+    EXPECT_EQ(PrintInt(5, format), Invalid()) << format;
+    EXPECT_EQ(Print(MetaBool::New(true), format), Invalid()) << format;
+  }
+  for (const char* format : {"%d", "%c", "%ls", "%hs", "%S", "%s%s", "%*s", "%2$s", "%n", "%s%n",
+                             "%p", "%1$s%s", "%", "%s%"}) {
+    EXPECT_EQ(PrintString("text", format), Invalid()) << format;
+  }
+}
+
+TEST(UtilFormatFieldTest, AnErrorTextHasNoUnits) {
+  FormatParameters params;
+  params.SetParameter("printf:Disk.Size", "%s");
+  params.SetParameter("units:Disk.Size", "MB");
+  EXPECT_EQ(AutoCli_FormatField("Disk", "Size", MetaInt::New(5), params),
+            "Error while handling formatting parameter printf:Disk.Size.  Unable to format field: "
+            "Invalid argument");
+}
+
+TEST(UtilFormatFieldTest, AWideCharacterWithoutAByteFormIsTheSystemsError) {
+  EXPECT_EQ(PrintInt(0x20ac, "%lc"), kError + std::string(std::strerror(EILSEQ)));
+}
+
+TEST(UtilFormatFieldTest, WidthsAndPrecisionsBeyondAnIntAreTheSystemsOverflow) {
+  const std::string overflow = kError + std::string(std::strerror(EOVERFLOW));
+  for (const char* format : {"%2147483648d", "%.2147483648d", "%99999999999999999999999d",
+                             "x%.99999999999999999999999ld", "%-2147483648m"}) {
+    EXPECT_EQ(PrintInt(5, format), overflow) << format;
+  }
+  EXPECT_EQ(PrintString("x", "%2147483648s"), overflow);
+}
+
+TEST(UtilFormatFieldTest, AFormatThatDoesNotFitComesBeforeAnOverflow) {
+  EXPECT_EQ(PrintInt(5, "%2147483648d%n"), Invalid());
+}
+
+TEST(UtilFormatFieldTest, TheTextIsCutBehindFormatAndValueAnd64Bytes) {
+  EXPECT_EQ(PrintInt(5, "%100d"), std::string(5 + 1 + 64, ' '));
+  EXPECT_EQ(PrintInt(5, "%-100d"), "5" + std::string(6 + 1 + 64 - 1, ' '));
+  EXPECT_EQ(PrintInt(5, "%0100d"), std::string(6 + 1 + 64, '0'));
+  EXPECT_EQ(PrintInt(-5, "%.100d"), "-" + std::string(6 + 2 + 64 - 1, '0'));
+  EXPECT_EQ(PrintString("abc", "%100s"), std::string(5 + 3 + 64, ' '));
+  EXPECT_EQ(PrintInt(5, "%70d"), std::string(4 + 1 + 64, ' '));
+  EXPECT_EQ(PrintInt(5, "%69d"), std::string(68, ' ') + "5");
+}
+
+TEST(UtilFormatFieldTest, RepeatedConversionsShareOneLimit) {
+  const std::string text(100, 'x');
+  const std::string format = "%1$s-%1$s-%1$s";
+  EXPECT_EQ(PrintString(text, format),
+            (text + "-" + text + "-" + text).substr(0, format.size() + text.size() + 64));
+}
+
+TEST(UtilFormatFieldTest, LiteralTextIsNotCut) {
+  const std::string literal(5000, 'x');
+  EXPECT_EQ(PrintInt(5, literal + "%ld"), literal + "5");
+}
+
+TEST(UtilFormatFieldTest, HugeWidthsAndPrecisionsCostNothing) {
+  EXPECT_EQ(PrintInt(5, "%2000000000d"), std::string(12 + 1 + 64, ' '));
+  EXPECT_EQ(PrintInt(5, "%.1000000000d"), std::string(13 + 1 + 64, '0'));
+  EXPECT_EQ(PrintInt(5, "%2147483647d"), std::string(12 + 1 + 64, ' '));
+  EXPECT_EQ(PrintString("abc", "%.2147483647s"), "abc");
+  EXPECT_EQ(PrintString("abc", "%-2000000000.2000000000s"), "abc" + std::string(24 + 64, ' '));
+}
+
+TEST(UtilFormatFieldTest, WidthAndPrecisionAreLoweredTogether) {
+  EXPECT_EQ(PrintInt(5, "%2000.2000d"), std::string(11 + 1 + 64, '0'));
+  EXPECT_EQ(PrintInt(5, "%2003.2000d"), "   " + std::string(11 + 1 + 64 - 3, '0'));
+  EXPECT_EQ(PrintInt(5, "%100000.5000d"), std::string(13 + 1 + 64, ' '));
+  EXPECT_EQ(PrintInt(5, "%1000.100000d"), std::string(13 + 1 + 64, '0'));
+  EXPECT_EQ(PrintInt('A', "%5.5000c"), "    A");
+}
+
+TEST(UtilFormatFieldTest, ANulByteEndsTheText) {
+  EXPECT_EQ(PrintString(std::string("ab\0cd", 5), "<%s>"), "<ab>");
+  EXPECT_EQ(PrintInt(0, "a%cb"), "a");
+  EXPECT_EQ(PrintInt(5, std::string("a%db\0%n", 7)), "a5b");
+}
+
+TEST(UtilFormatFieldTest, AValueOfAHundredThousandBytesIsPrintedWhole) {
+  const std::string text(100000, 'x');
+  EXPECT_EQ(PrintString(text, "<%s>"), "<" + text + ">");
+  FormatParameters params;
+  EXPECT_EQ(AutoCli_FormatField("T", "F", MetaString::New(text), params), text);
+}
+
+TEST(UtilFormatFieldTest, TheParametersStayAsTheyAre) {
+  FormatParameters params;
+  params.SetParameter("printf:T.F", "%ld");
+  AutoCli_FormatField("T", "F", MetaInt::New(5), params);
+  AutoCli_FormatField("T", "G", MetaInt::New(5), params);
+  EXPECT_EQ(params.GetParameters().size(), 1u);
+}
+
+}  // namespace
+}  // namespace Kestrel::AutoCli
