@@ -1,0 +1,7 @@
+#include "plugins/host/HostPlugin.h"
+
+namespace Kestrel::Host {
+
+void RegisterStorage(const std::shared_ptr<AutoCli::Namespace>&) {}
+
+}  // namespace Kestrel::Host
