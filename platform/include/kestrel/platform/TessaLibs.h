@@ -2,11 +2,21 @@
 
 #include <sys/types.h>
 
+/// What the host's base library offers to this one, under the host's own names.
+
 extern "C" {
-bool Unicode_IsBufferValid(const void* buffer, ssize_t length,
-                           int encoding);  // length -1 = NUL-terminated; encoding 0 = UTF-8
-char* Unicode_EscapeBuffer(
-    const void* buffer, ssize_t length,
-    int encoding);  // malloc'ed; every byte that is not part of valid UTF-8 becomes \xHH
+
+/// Whether `length` bytes are valid text. A length of -1 means up to the first NUL.
+/// Encoding 0 is UTF-8.
+bool Unicode_IsBufferValid(const void* buffer, ssize_t length, int encoding);
+
+/// A copy of `length` bytes, -1 as above, with every byte that is no part of valid text made
+/// readable. Ended by a NUL and released with `free`; null when memory is short.
+char* Unicode_EscapeBuffer(const void* buffer, ssize_t length, int encoding);
+
+/// Prepares the feature state of this process.
 void FeatureState_InitDeltaMode(void);
+
+/// How often FeatureState_InitDeltaMode was called: the stand-in alone offers it, for tests.
+unsigned long FeatureState_CountInitCalls(void);
 }
