@@ -1,1 +1,487 @@
 #include "kestrel/metaobj/MetaStruct.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "kestrel/KestrelException.h"
+#include "kestrel/metaobj/MetaBool.h"
+#include "kestrel/metaobj/MetaInt.h"
+#include "kestrel/metaobj/MetaList.h"
+#include "kestrel/metaobj/MetaString.h"
+#include "metaobj/FieldCursor.h"
+#include "metaobj/FieldLayout.h"
+#include "metaobj/NestedRelease.h"
+#include "metaobj/ShapeComparison.h"
+#include "metaobj/SlabAllocator.h"
+#include "metaobj/ValueText.h"
+
+namespace Kestrel::MetaObj {
+
+namespace {
+
+constexpr std::size_t kReservedPerField = 15;
+
+std::string_view View(const char* text) { return text == nullptr ? std::string_view() : text; }
+
+bool IsLetterOrDigit(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+}
+
+// Open to every text; the refusal in SetField waits for a stricter rule.
+bool AcceptsFieldName(std::string_view) { return true; }
+
+template <typename Values>
+std::shared_ptr<MetaObject> ListOf(MetaType kind, Values&& values) {
+  std::shared_ptr<MetaList> list = MetaList::New(kind);
+  list->AddAll(std::forward<Values>(values));
+  return list;
+}
+
+const std::string& CheckedStructName(const std::string& name) {
+  if (!IsValidStructName(name)) {
+    throw KestrelException("Invalid name specified for MetaStruct: " + name);
+  }
+  return name;
+}
+
+}  // namespace
+
+const std::string MetaStruct::_docEmpty;
+const std::string MetaStruct::_docMissingStaticString = "Documentation missing";
+
+bool IsValidStructName(const std::string& name) {
+  return !name.empty() && std::all_of(name.begin(), name.end(), IsLetterOrDigit);
+}
+
+bool IsValidFieldName(const std::string& name) { return AcceptsFieldName(name); }
+
+MetaStruct::Field::Field(const std::shared_ptr<MetaObject>& fieldValue,
+                         const std::string& fieldDocumentation)
+    : value(fieldValue), documentation(fieldDocumentation) {}
+
+MetaStruct::Field::Field(Field&& other) = default;
+
+MetaStruct::Field& MetaStruct::Field::operator=(Field&& other) = default;
+
+MetaStruct::MetaStruct(const std::string& typeName, FactoryFlag flag)
+    : MetaObject(MetaType::Struct, flag), layout_(FieldLayout::Root(typeName).Detach()) {}
+
+MetaStruct::MetaStruct(const std::shared_ptr<MetaStruct>& definition, FactoryFlag flag)
+    : MetaObject(MetaType::Struct, flag),
+      layout_(definition->layout_->GetRoot().Detach()),
+      definition_(definition) {}
+
+MetaStruct::~MetaStruct() {
+  if (hasOwnIndex_) {
+    for (auto& [name, field] : overflow_->fields) {
+      ReleaseNested(std::move(field.value));
+    }
+  } else {
+    std::shared_ptr<MetaObject>* const slots = Slots();
+    for (std::size_t position = layout_->Count(); position > 0; --position) {
+      ReleaseNested(std::move(slots[position - 1]));
+    }
+  }
+  ReleaseNested(std::move(definition_));
+  LayoutRef::Attach(layout_);
+}
+
+std::shared_ptr<MetaStruct> MetaStruct::New(const std::string& typeName) {
+  return MakeInSlab<MetaStruct>(CheckedStructName(typeName), FactoryFlag());
+}
+
+std::shared_ptr<MetaStruct> MetaStruct::New(std::string&& typeName) {
+  return MakeInSlab<MetaStruct>(CheckedStructName(typeName), FactoryFlag());
+}
+
+std::shared_ptr<MetaStruct> MetaStruct::New(const char* typeName) {
+  return New(std::string(View(typeName)));
+}
+
+std::shared_ptr<MetaStruct> MetaStruct::New(const std::shared_ptr<MetaStruct>& definition) {
+  if (definition == nullptr) {
+    throw KestrelException("Invalid NULL structure definition for MetaStruct");
+  }
+  definition->LockStructure();
+  return MakeInSlab<MetaStruct>(definition, FactoryFlag());
+}
+
+void MetaStruct::SetField(const std::string& name, const std::shared_ptr<MetaObject>& value,
+                          const std::string& documentation) {
+  Store(name, std::shared_ptr<MetaObject>(value), documentation);
+}
+
+void MetaStruct::SetField(const std::string& name, const std::shared_ptr<MetaObject>& value) {
+  Store(name, std::shared_ptr<MetaObject>(value), {});
+}
+
+void MetaStruct::SetField(const std::string& name, const std::shared_ptr<MetaStruct>& value) {
+  Store(name, value, {});
+}
+
+void MetaStruct::SetField(const std::string& name, const std::shared_ptr<MetaList>& value) {
+  Store(name, value, {});
+}
+
+void MetaStruct::SetField(const std::string& name, const std::shared_ptr<MetaInt>& value) {
+  Store(name, value, {});
+}
+
+void MetaStruct::SetField(const std::string& name, const std::shared_ptr<MetaBool>& value) {
+  Store(name, value, {});
+}
+
+void MetaStruct::SetField(const std::string& name, const std::shared_ptr<MetaString>& value) {
+  Store(name, value, {});
+}
+
+void MetaStruct::SetField(const std::string& name, long value) {
+  Store(name, MetaInt::New(value), {});
+}
+
+void MetaStruct::SetField(const std::string& name, int value) {
+  Store(name, MetaInt::New(value), {});
+}
+
+void MetaStruct::SetField(const std::string& name, bool value) {
+  Store(name, MetaBool::New(value), {});
+}
+
+void MetaStruct::SetField(const std::string& name, const std::string& value) {
+  Store(name, MetaString::New(value), {});
+}
+
+void MetaStruct::SetField(const std::string& name, std::string&& value) {
+  Store(name, MetaString::New(std::move(value)), {});
+}
+
+void MetaStruct::SetField(const std::string& name, const char* value) {
+  Store(name, MetaString::New(value), {});
+}
+
+void MetaStruct::SetField(const std::string& name, const std::vector<std::string>& value) {
+  Store(name, ListOf(MetaType::String, value), {});
+}
+
+void MetaStruct::SetField(const std::string& name, std::vector<std::string>&& value) {
+  Store(name, ListOf(MetaType::String, std::move(value)), {});
+}
+
+void MetaStruct::SetField(const std::string& name, const std::vector<long>& value) {
+  Store(name, ListOf(MetaType::Int, value), {});
+}
+
+void MetaStruct::SetField(const std::string& name, const std::vector<bool>& value) {
+  Store(name, ListOf(MetaType::Bool, value), {});
+}
+
+void MetaStruct::SetField(const std::string& name, std::nullptr_t) { Store(name, nullptr, {}); }
+
+void MetaStruct::SetField(const char* name, const std::shared_ptr<MetaObject>& value) {
+  Store(View(name), std::shared_ptr<MetaObject>(value), {});
+}
+
+void MetaStruct::SetField(const char* name, const std::shared_ptr<MetaStruct>& value) {
+  Store(View(name), value, {});
+}
+
+void MetaStruct::SetField(const char* name, const std::shared_ptr<MetaList>& value) {
+  Store(View(name), value, {});
+}
+
+void MetaStruct::SetField(const char* name, const std::shared_ptr<MetaInt>& value) {
+  Store(View(name), value, {});
+}
+
+void MetaStruct::SetField(const char* name, const std::shared_ptr<MetaBool>& value) {
+  Store(View(name), value, {});
+}
+
+void MetaStruct::SetField(const char* name, const std::shared_ptr<MetaString>& value) {
+  Store(View(name), value, {});
+}
+
+void MetaStruct::SetField(const char* name, long value) {
+  Store(View(name), MetaInt::New(value), {});
+}
+
+void MetaStruct::SetField(const char* name, int value) {
+  Store(View(name), MetaInt::New(value), {});
+}
+
+void MetaStruct::SetField(const char* name, bool value) {
+  Store(View(name), MetaBool::New(value), {});
+}
+
+void MetaStruct::SetField(const char* name, const std::string& value) {
+  Store(View(name), MetaString::New(value), {});
+}
+
+void MetaStruct::SetField(const char* name, std::string&& value) {
+  Store(View(name), MetaString::New(std::move(value)), {});
+}
+
+void MetaStruct::SetField(const char* name, const char* value) {
+  Store(View(name), MetaString::New(value), {});
+}
+
+void MetaStruct::SetField(const char* name, const std::vector<std::string>& value) {
+  Store(View(name), ListOf(MetaType::String, value), {});
+}
+
+void MetaStruct::SetField(const char* name, std::vector<std::string>&& value) {
+  Store(View(name), ListOf(MetaType::String, std::move(value)), {});
+}
+
+void MetaStruct::SetField(const char* name, const std::vector<long>& value) {
+  Store(View(name), ListOf(MetaType::Int, value), {});
+}
+
+void MetaStruct::SetField(const char* name, const std::vector<bool>& value) {
+  Store(View(name), ListOf(MetaType::Bool, value), {});
+}
+
+void MetaStruct::SetField(const char* name, std::nullptr_t) { Store(View(name), nullptr, {}); }
+
+std::shared_ptr<MetaObject> MetaStruct::GetField(const std::string& name) const {
+  const std::shared_ptr<MetaObject>* const value = Find(name);
+  return value == nullptr ? nullptr : *value;
+}
+
+bool MetaStruct::HasField(const std::string& name) const { return Find(name) != nullptr; }
+
+MetaType MetaStruct::GetFieldType(const std::string& name) const {
+  const std::shared_ptr<MetaObject>* const value = Find(name);
+  if (value == nullptr) {
+    throw 1;  // A bare int: callers that probe unknown names catch this type.
+  }
+  return (*value)->GetType();
+}
+
+const std::string& MetaStruct::GetFieldDocumentation(const std::string& name) const {
+  const std::string* const documentation = FindDocumentation(name);
+  if (documentation == nullptr) {
+    throw KestrelException("Field " + name + " is not present in the structure " + GetTypeName());
+  }
+  return documentation->empty() ? _docMissingStaticString : *documentation;
+}
+
+std::vector<std::string> MetaStruct::GetFieldNames() const {
+  std::vector<std::string> names;
+  FieldCursor field(*this);
+  names.reserve(field.CountLeft());
+  for (; !field.AtEnd(); field.Next()) {
+    names.push_back(field.Name());
+  }
+  return names;
+}
+
+void MetaStruct::RemoveField(const std::string& name) {
+  if (locked_) {
+    throw KestrelException("Structure is locked, unable to remove fields");
+  }
+  if (hasOwnIndex_) {
+    return RemoveOwn(name);
+  }
+  const std::size_t position = layout_->Find(name);
+  if (position == FieldLayout::kNotFound) {
+    return;
+  }
+  LayoutRef shorter = layout_->Without(position);
+  if (!shorter) {
+    UseOwnIndex();
+    return RemoveOwn(name);
+  }
+  const std::shared_ptr<MetaObject> removed = TakeSlot(position);
+  UseLayout(shorter.Detach());
+}
+
+const std::string& MetaStruct::GetTypeName() const { return layout_->TypeName(); }
+
+void MetaStruct::LockStructure() { locked_ = true; }
+
+bool MetaStruct::HasStructureDefinition() const { return definition_ != nullptr; }
+
+std::shared_ptr<MetaStruct> MetaStruct::GetStructureDefinition() const { return definition_; }
+
+bool MetaStruct::MatchesStructureDefinition() const {
+  return definition_ == nullptr || IsSameStructure(definition_, nullptr);
+}
+
+bool MetaStruct::IsSameStructure(const std::shared_ptr<MetaObject>& other,
+                                 std::vector<std::string>* errors) const {
+  return (other != nullptr && IsSurelySameShape(*this, *other)) ||
+         IsSameShape(*this, other, errors);
+}
+
+std::string MetaStruct::ToString() const {
+  std::string text;
+  text.reserve(kReservedPerField * FieldCursor(*this).CountLeft());
+  AppendText(*this, text);
+  return text;
+}
+
+void MetaStruct::Store(std::string_view name, std::shared_ptr<MetaObject>&& value,
+                       std::string_view documentation) {
+  if (value == nullptr) {
+    throw KestrelException("Invalid NULL value was assigned to the field " + std::string(name) +
+                           " in the structure " + GetTypeName());
+  }
+  if (!AcceptsFieldName(name)) {
+    throw KestrelException("Unable to set new field " + std::string(name) + " on structure " +
+                           GetTypeName() +
+                           ", because the field name contains invalid character. Can only be "
+                           "alphanumeric characters and '_'");
+  }
+  if (hasOwnIndex_) {
+    return StoreOwn(name, std::move(value), documentation);
+  }
+  const std::size_t position = layout_->Find(name);
+  if (position != FieldLayout::kNotFound) {
+    return Replace(position, std::move(value), documentation);
+  }
+  CheckNewField(name);
+  Append(name, std::move(value), documentation);
+}
+
+// A field that is there already needs no such check: a definition keeps its fields for good.
+void MetaStruct::CheckNewField(std::string_view name) const {
+  if (locked_) {
+    throw KestrelException("Unable to set new field " + std::string(name) +
+                           " on structure. Structure has been locked");
+  }
+  if (definition_ != nullptr && definition_->Find(name) == nullptr) {
+    throw KestrelException("Unable to set new field " + std::string(name) +
+                           " on structure.  The field does not match the Structure definition "
+                           "for this MetaStruct.");
+  }
+}
+
+void MetaStruct::Append(std::string_view name, std::shared_ptr<MetaObject>&& value,
+                        std::string_view documentation) {
+  FieldLayout::Step next = layout_->With(name, documentation);
+  if (next.layout) {
+    InsertSlot(next.position, std::move(value));
+    return UseLayout(next.layout.Detach());
+  }
+  const LayoutRef kept(layout_);  // the texts may be this layout's own
+  UseOwnIndex();
+  StoreOwn(name, std::move(value), documentation);
+}
+
+void MetaStruct::Replace(std::size_t position, std::shared_ptr<MetaObject>&& value,
+                         std::string_view documentation) {
+  LayoutRef next = layout_->WithDocumentation(position, documentation);
+  if (next) {
+    Slots()[position].swap(value);
+    return UseLayout(next.Detach());
+  }
+  const LayoutRef kept(layout_);
+  UseOwnIndex();
+  StoreOwn(kept->At(position).name, std::move(value), documentation);
+}
+
+void MetaStruct::StoreOwn(std::string_view name, std::shared_ptr<MetaObject>&& value,
+                          std::string_view documentation) {
+  Field field(value, std::string(documentation));
+  const auto known = overflow_->fields.find(name);
+  if (known != overflow_->fields.end()) {
+    known->second = std::move(field);
+    return;
+  }
+  CheckNewField(name);
+  overflow_->fields.emplace(name, std::move(field));
+}
+
+void MetaStruct::RemoveOwn(std::string_view name) {
+  const auto field = overflow_->fields.find(name);
+  if (field != overflow_->fields.end()) {
+    overflow_->fields.erase(field);
+  }
+}
+
+const std::shared_ptr<MetaObject>* MetaStruct::Find(std::string_view name) const {
+  if (!hasOwnIndex_) {
+    const std::size_t position = layout_->Find(name);
+    return position == FieldLayout::kNotFound ? nullptr : Slots() + position;
+  }
+  const auto field = overflow_->fields.find(name);
+  return field == overflow_->fields.end() ? nullptr : &field->second.value;
+}
+
+const std::string* MetaStruct::FindDocumentation(std::string_view name) const {
+  if (!hasOwnIndex_) {
+    const std::size_t position = layout_->Find(name);
+    return position == FieldLayout::kNotFound ? nullptr : &layout_->At(position).documentation;
+  }
+  const auto field = overflow_->fields.find(name);
+  return field == overflow_->fields.end() ? nullptr : &field->second.documentation;
+}
+
+const std::shared_ptr<MetaObject>* MetaStruct::Slots() const {
+  const bool isSpilled = overflow_ != nullptr && !overflow_->slots.empty();
+  return isSpilled ? overflow_->slots.data() : inline_.data();
+}
+
+std::shared_ptr<MetaObject>* MetaStruct::Slots() {
+  return const_cast<std::shared_ptr<MetaObject>*>(std::as_const(*this).Slots());
+}
+
+void MetaStruct::InsertSlot(std::size_t position, std::shared_ptr<MetaObject>&& value) {
+  const std::size_t count = layout_->Count();
+  if (count < kInlineSlots && overflow_ == nullptr) {
+    inline_[count] = std::move(value);
+  } else {
+    SpillSlots();
+    overflow_->slots.push_back(std::move(value));
+  }
+  std::shared_ptr<MetaObject>* const slots = Slots();
+  for (std::size_t place = count; place > position; --place) {
+    slots[place].swap(slots[place - 1]);
+  }
+}
+
+std::shared_ptr<MetaObject> MetaStruct::TakeSlot(std::size_t position) {
+  std::shared_ptr<MetaObject>* const slots = Slots();
+  std::shared_ptr<MetaObject> taken = std::move(slots[position]);
+  for (std::size_t place = position + 1; place < layout_->Count(); ++place) {
+    slots[place].swap(slots[place - 1]);
+  }
+  if (overflow_ != nullptr && !overflow_->slots.empty()) {
+    overflow_->slots.pop_back();
+  }
+  return taken;
+}
+
+// Moves the values from the slots inside to as many outside, unless they stand there already.
+void MetaStruct::SpillSlots() {
+  if (overflow_ == nullptr) {
+    overflow_ = std::make_unique<Overflow>();
+  }
+  std::vector<std::shared_ptr<MetaObject>>& slots = overflow_->slots;
+  if (slots.empty()) {
+    slots.reserve(2 * kInlineSlots);
+    const auto first = inline_.begin();
+    const auto last = first + static_cast<std::ptrdiff_t>(layout_->Count());
+    slots.assign(std::make_move_iterator(first), std::make_move_iterator(last));
+  }
+}
+
+void MetaStruct::UseOwnIndex() {
+  auto own = std::make_unique<Overflow>();
+  for (FieldCursor field(*this); !field.AtEnd(); field.Next()) {
+    own->fields.emplace_hint(own->fields.end(), field.Name(),
+                             Field(field.Value(), field.Documentation()));
+  }
+  overflow_ = std::move(own);
+  inline_.fill(nullptr);
+  hasOwnIndex_ = true;
+  UseLayout(layout_->GetRoot().Detach());
+}
+
+void MetaStruct::UseLayout(const FieldLayout* counted) {
+  LayoutRef::Attach(std::exchange(layout_, counted));
+}
+
+}  // namespace Kestrel::MetaObj

@@ -9,18 +9,38 @@
 
 namespace Kestrel {
 
+/// The one exception of the library: a mistake of a programmer or a plug-in, told in one text.
+///
+/// Thrown by value, caught by reference, across the boundaries of shared objects too.
 class KESTREL_API KestrelException : public std::exception {
  public:
+  /// Keeps `message`, which may be whatever a `std::string` can be made from; a null
+  /// `const char*` counts as the empty text.
   template <typename T,
             typename = std::enable_if_t<std::is_constructible<std::string, T&&>::value &&
                                         !std::is_base_of<KestrelException, std::decay_t<T>>::value>>
-  explicit KestrelException(T&& message) : message_(std::forward<T>(message)) {}
+  explicit KestrelException(T&& message) : message_(Text(std::forward<T>(message))) {}
+
   KestrelException(const KestrelException& other);
   KestrelException& operator=(const KestrelException& other);
-  ~KestrelException() override;  // out of line: one type_info for library and plug-ins
+
+  /// Defined in the library, so that library, programs and plug-ins share one type.
+  ~KestrelException() override;
+
+  /// The message, ended by a NUL; it lives as long as this exception.
   const char* what() const noexcept override;
 
  private:
+  template <typename T>
+  static std::string Text(T&& message) {
+    if constexpr (std::is_convertible_v<T&&, const char*>) {
+      const char* const characters = message;
+      return characters == nullptr ? std::string() : std::string(characters);
+    } else {
+      return std::string(std::forward<T>(message));
+    }
+  }
+
   std::string message_;
 };
 

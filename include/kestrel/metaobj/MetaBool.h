@@ -5,14 +5,26 @@
 
 namespace Kestrel::MetaObj {
 
+/// A boolean. Two shared instances stand for all; making one allocates nothing.
 class KESTREL_API MetaBool : public MetaObject {
  public:
   MetaBool(bool value, FactoryFlag flag);
+
+  /// The shared false. The reference stays valid until the library is unloaded.
   static const std::shared_ptr<MetaBool>& New();
+
+  /// The shared true or false. The reference stays valid until the library is unloaded.
   static const std::shared_ptr<MetaBool>& New(bool value);
-  bool GetValue() const;
+
+  bool GetValue() const { return value_; }
+
+  /// "true" or "false".
   std::string ToString() const override;
+
+  /// Builds the shared instances unless they stand already; returns true.
   static bool Init();
+
+  /// What `Init()` returned when the library was loaded.
   static bool _sInitialized;
 
  private:

@@ -5,17 +5,31 @@
 
 namespace Kestrel::MetaObj {
 
+/// A signed 64-bit integer. The values -1 to 20 are shared instances.
 class KESTREL_API MetaInt : public MetaObject {
  public:
   MetaInt(long value, FactoryFlag flag);
+
+  /// The shared 0. The reference stays valid until the library is unloaded.
   static const std::shared_ptr<MetaInt>& New();
+
+  /// An owner of the shared instance for -1 to 20, of a fresh instance for any other value.
   static std::shared_ptr<MetaInt> New(long value);
-  long GetValue() const;
+
+  long GetValue() const { return value_; }
+
+  /// The value in decimal digits, with a leading '-' when it is negative.
   std::string ToString() const override;
+
+  /// Builds the shared instances unless they stand already; returns true.
   static bool Init();
+
+  /// What `Init()` returned when the library was loaded.
   static bool _sInitialized;
 
  private:
+  static const std::shared_ptr<MetaInt>& Shared(long value);
+
   long value_;
 };
 

@@ -10,26 +10,56 @@
 
 namespace Kestrel::MetaObj {
 
+/// The kind of a value. The numbers are fixed.
 enum MetaType : std::int32_t { Int = 0, Bool = 1, String = 2, Struct = 3, List = 4 };
+
+/// The display name of a kind: "Int", "Bool", "String", "Struct" or "List"; the empty text for a
+/// number that names no kind. The reference stays valid until the library is unloaded.
 KESTREL_API const std::string& MetaTypeString(const MetaType& type);
+
+/// The base of all values: a kind, a comparison of shapes, a text.
+///
+/// Values are made by the static `New` operations of the five value classes alone and are held by
+/// shared ownership. A scalar never changes; a structure or list is filled by one thread and only
+/// read once it has been handed on. A value that contains itself, however far down, must not be
+/// made: comparing or printing it would never end.
 class KESTREL_API MetaObject {
  public:
-  class FactoryFlag;  // completed in the class; explicit private constructor, friends are the five
-                      // value classes
+  /// The pass-key of the value classes' constructors; only those classes can make one.
+  class FactoryFlag;
+
+  /// Whether `other` has the shape of this value. For a scalar: whether both are of one scalar
+  /// kind; the values are not compared. Never throws for a mismatch: one text per problem is
+  /// appended to `errors` unless that is null. A scalar differs from a null `other`, silently.
   virtual bool IsSameStructure(const std::shared_ptr<MetaObject>& other,
                                std::vector<std::string>* errors) const;
+
+  /// The value as text.
   virtual std::string ToString() const = 0;
+
   virtual ~MetaObject();
-  MetaType GetType() const;
+
+  /// The kind, fixed when the value was made.
+  MetaType GetType() const { return type_; }
 
  protected:
-  explicit MetaObject(MetaType type);  // reachable for test doubles ("a kind that lies")
+  /// For values that are not of the five classes.
+  explicit MetaObject(MetaType type);
+
+  /// For the five value classes, which alone have a flag to pass.
+  MetaObject(MetaType type, FactoryFlag flag);
+
   MetaObject(const MetaObject&) = delete;
   MetaObject& operator=(const MetaObject&) = delete;
 
  private:
+  friend class ValueAccess;
+
   MetaType type_;
+  bool isValueClass_;  // made with a flag, so the kind tells the class
 };
+
+/// See MetaObject.
 class MetaObject::FactoryFlag {
   explicit FactoryFlag() {}
   friend class MetaBool;
@@ -38,6 +68,8 @@ class MetaObject::FactoryFlag {
   friend class MetaStruct;
   friend class MetaList;
 };
+
+/// Writes the text of `object` (its `ToString()`) to `out`.
 KESTREL_API std::ostream& operator<<(std::ostream& out, const MetaObject& object);
 
 }  // namespace Kestrel::MetaObj

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "kestrel/metaobj/MetaStruct.h"
+#include "metaobj/FieldLayout.h"
+
+namespace Kestrel::MetaObj {
+
+/// What a structure keeps outside of itself, because it has more fields than slots.
+struct MetaStruct::Overflow {
+  std::vector<std::shared_ptr<MetaObject>> slots;    // all slots, while a layout names the fields
+  std::map<std::string, Field, std::less<>> fields;  // all fields, once it has its own index
+};
+
+/// Walks the fields of a structure in the byte order of their names, without copying a name or
+/// owning a value. The structure must stay as it is meanwhile.
+class FieldCursor {
+ public:
+  explicit FieldCursor(const MetaStruct& record);
+
+  bool AtEnd() const { return left_ == 0; }
+
+  /// How many fields there are from the present one on, that one included.
+  std::size_t CountLeft() const { return left_; }
+
+  void Next();
+
+  const std::string& Name() const { return text_ ? (*text_)->name : own_->first; }
+
+  /// The documentation text, empty when the field has none.
+  const std::string& Documentation() const;
+
+  const std::shared_ptr<MetaObject>& Value() const { return text_ ? *slot_ : own_->second.value; }
+
+ private:
+  using OwnFields = std::map<std::string, MetaStruct::Field, std::less<>>;
+
+  std::size_t left_;
+  const std::shared_ptr<const FieldText>* text_ = nullptr;  // null with an own index
+  const std::shared_ptr<MetaObject>* slot_ = nullptr;
+  OwnFields::const_iterator own_;
+};
+
+inline FieldCursor::FieldCursor(const MetaStruct& record) {
+  if (record.hasOwnIndex_) {
+    left_ = record.overflow_->fields.size();
+    own_ = record.overflow_->fields.begin();
+    return;
+  }
+  left_ = record.layout_->Count();
+  text_ = left_ == 0 ? nullptr : record.layout_->Texts();
+  slot_ = record.Slots();
+}
+
+inline void FieldCursor::Next() {
+  --left_;
+  if (text_ == nullptr) {
+    ++own_;
+    return;
+  }
+  ++text_;
+  ++slot_;
+}
+
+inline const std::string& FieldCursor::Documentation() const {
+  return text_ ? (*text_)->documentation : own_->second.documentation;
+}
+
+}  // namespace Kestrel::MetaObj

@@ -1,0 +1,168 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+// A layout is what records of one shape have in common: the type name, the names of the fields in
+// byte order and their documentation texts. A record keeps its values in slots, in the order of
+// its layout's fields. There is one layout per shape; a record that gains a field finds its next
+// layout by a transition from the one that it has, without looking at the other fields.
+//
+// A layout lives as long as a record or another layout uses it: each layout owns those that lead
+// to it, the way forward is kept by plain pointers that a dying layout takes back. The number of
+// layouts is bounded, so are the fields of one, the length of a name and the transitions of one
+// layout: a record beyond a bound keeps its fields in an index of its own.
+//
+// While the process has one thread, counting and looking up is free of locked operations.
+namespace Kestrel::MetaObj {
+
+class FieldLayout;
+
+/// The name and the documentation text of a field, shared by the layouts that have the field.
+struct FieldText {
+  std::string name;
+  std::string documentation;
+};
+
+/// A counted owner of a layout, or of none.
+class LayoutRef {
+ public:
+  LayoutRef() = default;
+  /// Owns `layout` beside its present owners.
+  explicit LayoutRef(const FieldLayout* layout);
+  LayoutRef(const LayoutRef& other) : LayoutRef(other.layout_) {}
+  LayoutRef(LayoutRef&& other) noexcept : layout_(std::exchange(other.layout_, nullptr)) {}
+  LayoutRef& operator=(LayoutRef other) noexcept {
+    std::swap(layout_, other.layout_);
+    return *this;
+  }
+  ~LayoutRef();
+
+  /// An owner from what `Detach` gave away.
+  static LayoutRef Attach(const FieldLayout* layout);
+  /// Gives the ownership away.
+  const FieldLayout* Detach() { return std::exchange(layout_, nullptr); }
+
+  const FieldLayout* Get() const { return layout_; }
+  const FieldLayout* operator->() const { return layout_; }
+  explicit operator bool() const { return layout_ != nullptr; }
+
+ private:
+  const FieldLayout* layout_ = nullptr;
+};
+
+class FieldLayout {
+ public:
+  static constexpr std::size_t kMostFields = 64;
+  static constexpr std::size_t kLongestName = 255;
+  static constexpr std::size_t kMostLayouts = 4096;
+  static constexpr std::size_t kMostTransitions = 8;
+  static constexpr std::size_t kNotFound = static_cast<std::size_t>(-1);
+
+  /// Where a new field leads: the layout that has it, and its place there. No layout when the
+  /// field would pass a bound.
+  struct Step {
+    LayoutRef layout;
+    std::size_t position;
+  };
+
+  /// The layout of a record of this type without fields; always there.
+  static LayoutRef Root(const std::string& typeName);
+
+  /// The layout with one more field; this layout has none of that name.
+  Step With(std::string_view name, std::string_view documentation) const;
+
+  /// The layout with another documentation text for one field, or none.
+  LayoutRef WithDocumentation(std::size_t position, std::string_view documentation) const;
+
+  /// The layout without one of the fields, or none.
+  LayoutRef Without(std::size_t position) const;
+
+  /// The layout without fields from which this one descends.
+  LayoutRef GetRoot() const { return LayoutRef(root_ ? root_.Get() : this); }
+
+  /// One text for all layouts of a type: it lives as long as any of them.
+  const std::string& TypeName() const { return root_ ? root_->typeName_ : typeName_; }
+
+  std::size_t Count() const { return texts_.size(); }
+
+  /// The place of the field of that name, or kNotFound.
+  std::size_t Find(std::string_view name) const;
+
+  const FieldText& At(std::size_t position) const { return *texts_[position]; }
+
+  /// The fields' texts, `Count()` of them in the byte order of the names.
+  const std::shared_ptr<const FieldText>* Texts() const { return texts_.data(); }
+
+  /// Whether both have fields of the same names, whatever their types and documentation.
+  bool HasSameNames(const FieldLayout& other) const;
+
+  /// How many layouts are shared by shape at the moment, at most kMostLayouts.
+  static std::size_t CountShared();
+
+  FieldLayout(const FieldLayout&) = delete;
+  FieldLayout& operator=(const FieldLayout&) = delete;
+
+ private:
+  friend class LayoutRef;
+  friend struct LayoutTable;
+
+  using Texts_ = std::vector<std::shared_ptr<const FieldText>>;
+
+  struct Transition {
+    std::uint32_t signature;
+    std::uint32_t position;
+    FieldLayout* next;
+  };
+
+  explicit FieldLayout(const std::string& typeName);
+  FieldLayout(const LayoutRef& root, Texts_&& texts);
+  ~FieldLayout();
+
+  static std::uint32_t Signature(std::string_view name);
+
+  const Transition* FindTransition(std::string_view name, std::string_view documentation) const;
+  void AddTransition(FieldLayout* next, std::size_t position) const;
+  void RemoveTransition(const FieldLayout* next) const;
+  LayoutRef Sibling(Texts_&& texts) const;
+
+  void Share() const;
+  void Release() const;
+  bool ReleaseOneOfMany() const;
+
+  mutable std::atomic<std::size_t> owners_{0};
+  const LayoutRef root_;        // none in a root
+  const std::string typeName_;  // of a root only
+  const Texts_ texts_;
+  std::vector<std::uint32_t> signatures_;
+  std::size_t hash_;
+  bool isShared_ = false;
+  mutable std::vector<Transition> transitions_;
+  std::vector<LayoutRef> origins_;
+};
+
+inline LayoutRef::LayoutRef(const FieldLayout* layout) : layout_(layout) {
+  if (layout_ != nullptr) {
+    layout_->Share();
+  }
+}
+
+inline LayoutRef::~LayoutRef() {
+  if (layout_ != nullptr) {
+    layout_->Release();
+  }
+}
+
+inline LayoutRef LayoutRef::Attach(const FieldLayout* layout) {
+  LayoutRef ref;
+  ref.layout_ = layout;
+  return ref;
+}
+
+}  // namespace Kestrel::MetaObj

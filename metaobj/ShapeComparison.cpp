@@ -1,0 +1,231 @@
+#include "metaobj/ShapeComparison.h"
+
+#include <utility>
+
+#include "metaobj/FieldCursor.h"
+#include "metaobj/ValueAccess.h"
+
+namespace Kestrel::MetaObj {
+
+namespace {
+
+// How deep the quick look goes before it leaves a pair to the exact comparison.
+constexpr unsigned kQuickDepth = 8;
+
+bool IsSurelySame(const MetaObject& mine, const MetaObject& other, unsigned depth);
+
+bool IsSurelySameRecord(const MetaStruct& mine, const MetaStruct& other, unsigned depth) {
+  const FieldLayout* const layout = ValueAccess::Layout(mine);
+  const FieldLayout* const otherLayout = ValueAccess::Layout(other);
+  if (layout == nullptr || otherLayout == nullptr ||
+      layout->TypeName() != otherLayout->TypeName() || !layout->HasSameNames(*otherLayout)) {
+    return false;
+  }
+  const std::shared_ptr<MetaObject>* slot = ValueAccess::Slots(mine);
+  const std::shared_ptr<MetaObject>* otherSlot = ValueAccess::Slots(other);
+  for (std::size_t left = layout->Count(); left > 0; --left, ++slot, ++otherSlot) {
+    if (!IsSurelySame(**slot, **otherSlot, depth)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool IsSurelySameList(const MetaList& mine, const MetaList& other, unsigned depth) {
+  const std::shared_ptr<MetaStruct>& structure = ValueAccess::Structure(mine);
+  const std::shared_ptr<MetaStruct>& otherStructure = ValueAccess::Structure(other);
+  if (mine.GetListType() != other.GetListType()) {
+    return false;
+  }
+  return structure == nullptr || otherStructure == nullptr || structure == otherStructure ||
+         IsSurelySameRecord(*structure, *otherStructure, depth);
+}
+
+bool IsSurelySame(const MetaObject& mine, const MetaObject& other, unsigned depth) {
+  if (mine.GetType() != other.GetType() || !ValueAccess::IsValueClass(mine) ||
+      !ValueAccess::IsValueClass(other)) {
+    return false;
+  }
+  if (mine.GetType() < MetaType::Struct) {
+    return true;
+  }
+  if (depth == 0) {
+    return false;
+  }
+  return mine.GetType() == MetaType::Struct
+             ? IsSurelySameRecord(static_cast<const MetaStruct&>(mine),
+                                  static_cast<const MetaStruct&>(other), depth - 1)
+             : IsSurelySameList(static_cast<const MetaList&>(mine),
+                                static_cast<const MetaList&>(other), depth - 1);
+}
+
+// The exact comparison. Each pair of structures that is being walked is a level; a pair that
+// differs makes every level above it differ at the field where it stands.
+class ShapeComparison {
+ public:
+  explicit ShapeComparison(std::vector<std::string>* errors) : errors_(errors) {}
+
+  bool Compare(const MetaObject& mine, const std::shared_ptr<MetaObject>& other) {
+    Answer answer = Open(mine, other);
+    while (!levels_.empty()) {
+      answer = answer == Answer::Different ? FailField() : Continue();
+    }
+    return answer == Answer::Same;
+  }
+
+ private:
+  enum class Answer { Same, Different, Opened };
+
+  struct Level {
+    FieldCursor fields;
+    FieldCursor otherFields;
+    bool isSame;    // as far as the walk has come
+    bool isOfList;  // the declared structures of two lists
+    bool hasBegun = false;
+  };
+
+  Answer Open(const MetaObject& mine, const std::shared_ptr<MetaObject>& other) {
+    if (const MetaStruct* const record = ValueAccess::AsStruct(mine)) {
+      return OpenRecord(*record, other.get());
+    }
+    if (const MetaList* const list = ValueAccess::AsList(mine)) {
+      return OpenList(*list, other.get());
+    }
+    return mine.IsSameStructure(other, errors_) ? Answer::Same : Answer::Different;
+  }
+
+  Answer OpenRecord(const MetaStruct& mine, const MetaObject* other) {
+    if (other == nullptr) {
+      Tell("Invalid NULL input to MetaStruct validation.");
+      return Answer::Same;
+    }
+    if (other->GetType() != mine.GetType()) {
+      TellKinds("Type Mismatch in MetaStruct Validation: Expected type ", mine, " got type ",
+                *other);
+      return Answer::Different;
+    }
+    const MetaStruct* const record = ValueAccess::AsStruct(*other);
+    if (record == nullptr) {
+      Tell("Unable to cast to MetaStruct, runtime error?");
+      return Answer::Different;
+    }
+    return OpenFields(mine, *record, false);
+  }
+
+  Answer OpenFields(const MetaStruct& mine, const MetaStruct& other, bool isOfList) {
+    if (errors_ != nullptr && mine.GetTypeName() != other.GetTypeName()) {
+      Tell("Type names do not match.");
+    }
+    const FieldCursor fields(mine);
+    const FieldCursor otherFields(other);
+    const bool isSame = fields.CountLeft() == otherFields.CountLeft();
+    if (!isSame) {
+      TellCounts(fields.CountLeft(), otherFields.CountLeft());
+    }
+    levels_.push_back({fields, otherFields, isSame, isOfList});
+    return Answer::Opened;
+  }
+
+  Answer OpenList(const MetaList& mine, const MetaObject* other) {
+    if (other == nullptr) {
+      Tell("Mismatch on structure, NULL comparison");
+      return Answer::Different;
+    }
+    if (other->GetType() != mine.GetType()) {
+      TellKinds("Type mismatch!  Was expecting a ", mine, ", but got a ", *other);
+      return Answer::Different;
+    }
+    const MetaList* const list = ValueAccess::AsList(*other);
+    if (list == nullptr || list->GetListType() != mine.GetListType()) {
+      Tell("Mismatch on list type");
+      return Answer::Different;
+    }
+    const MetaStruct* const structure = ValueAccess::Structure(mine).get();
+    const MetaStruct* const otherStructure = ValueAccess::Structure(*list).get();
+    if (structure == nullptr || otherStructure == nullptr) {
+      return Answer::Same;
+    }
+    return OpenFields(*structure, *otherStructure, true);
+  }
+
+  // Compares the next field of the innermost level, or ends the level.
+  Answer Continue() {
+    Level& level = levels_.back();
+    if (level.hasBegun) {
+      level.fields.Next();
+    }
+    level.hasBegun = true;
+    if (level.fields.AtEnd()) {
+      return Close(level.isSame);
+    }
+    const std::string& name = level.fields.Name();
+    while (!level.otherFields.AtEnd() && level.otherFields.Name() < name) {
+      level.otherFields.Next();
+    }
+    if (level.otherFields.AtEnd() || level.otherFields.Name() != name) {
+      TellField("Missing field in input: ", name);
+      return Close(false);
+    }
+    const std::shared_ptr<MetaObject>& mine = level.fields.Value();
+    const std::shared_ptr<MetaObject>& other = level.otherFields.Value();
+    return mine->GetType() == other->GetType() ? Open(*mine, other) : Answer::Different;
+  }
+
+  // Ends the innermost level because the values of its present field differ.
+  Answer FailField() {
+    TellField("Type mismatch on field: ", levels_.back().fields.Name());
+    return Close(false);
+  }
+
+  Answer Close(bool isSame) {
+    const bool isOfList = levels_.back().isOfList;
+    levels_.pop_back();
+    if (!isSame && isOfList) {
+      Tell("List type mismatch list and input");
+    }
+    return isSame ? Answer::Same : Answer::Different;
+  }
+
+  void Tell(const char* text) {
+    if (errors_ != nullptr) {
+      errors_->emplace_back(text);
+    }
+  }
+
+  void TellField(const char* text, const std::string& name) {
+    if (errors_ != nullptr) {
+      errors_->push_back(text + name);
+    }
+  }
+
+  void TellKinds(const char* before, const MetaObject& mine, const char* between,
+                 const MetaObject& other) {
+    if (errors_ != nullptr) {
+      errors_->push_back(before + MetaTypeString(mine.GetType()) + between +
+                         MetaTypeString(other.GetType()));
+    }
+  }
+
+  void TellCounts(std::size_t expected, std::size_t found) {
+    if (errors_ != nullptr) {
+      errors_->push_back("Mismatch on number of fields set in struct. Expected " +
+                         std::to_string(expected) + " found " + std::to_string(found));
+    }
+  }
+
+  std::vector<std::string>* const errors_;
+  std::vector<Level> levels_;
+};
+
+}  // namespace
+
+bool IsSameShape(const MetaObject& mine, const std::shared_ptr<MetaObject>& other,
+                 std::vector<std::string>* errors) {
+  return ShapeComparison(errors).Compare(mine, other);
+}
+
+bool IsSurelySameShape(const MetaObject& mine, const MetaObject& other) {
+  return IsSurelySame(mine, other, kQuickDepth);
+}
+
+}  // namespace Kestrel::MetaObj

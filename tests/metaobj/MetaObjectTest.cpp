@@ -1,0 +1,153 @@
+#include "kestrel/metaobj/MetaObject.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "kestrel/metaobj/MetaBool.h"
+#include "kestrel/metaobj/MetaInt.h"
+#include "kestrel/metaobj/MetaList.h"
+#include "kestrel/metaobj/MetaString.h"
+#include "kestrel/metaobj/MetaStruct.h"
+
+namespace {
+
+using namespace Kestrel::MetaObj;  // NOLINT: the names under test
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// A value of none of the five classes, with the kind that it is told.
+class OtherValue : public MetaObject {
+ public:
+  explicit OtherValue(MetaType type) : MetaObject(type) {}
+  std::string ToString() const override { return "other"; }
+};
+
+TEST(MetaObjectTest, NumbersItsKinds) {
+  EXPECT_EQ(MetaType::Int, 0);
+  EXPECT_EQ(MetaType::Bool, 1);
+  EXPECT_EQ(MetaType::String, 2);
+  EXPECT_EQ(MetaType::Struct, 3);
+  EXPECT_EQ(MetaType::List, 4);
+  EXPECT_EQ(sizeof(MetaType), 4u);
+}
+
+TEST(MetaObjectTest, NamesItsKinds) {
+  EXPECT_EQ(MetaTypeString(MetaType::Int), "Int");
+  EXPECT_EQ(MetaTypeString(MetaType::Bool), "Bool");
+  EXPECT_EQ(MetaTypeString(MetaType::String), "String");
+  EXPECT_EQ(MetaTypeString(MetaType::Struct), "Struct");
+  EXPECT_EQ(MetaTypeString(MetaType::List), "List");
+}
+
+TEST(MetaObjectTest, NamesNoOtherKind) {
+  EXPECT_EQ(MetaTypeString(static_cast<MetaType>(5)), "");
+  EXPECT_EQ(MetaTypeString(static_cast<MetaType>(-1)), "");
+  EXPECT_EQ(MetaTypeString(static_cast<MetaType>(2147483647)), "");
+}
+
+TEST(MetaObjectTest, GivesTheSameNameObjectEachTime) {
+  EXPECT_EQ(&MetaTypeString(MetaType::Int), &MetaTypeString(MetaType::Int));
+  EXPECT_EQ(&MetaTypeString(static_cast<MetaType>(5)), &MetaTypeString(static_cast<MetaType>(6)));
+}
+
+TEST(MetaObjectTest, KnowsTheKindOfEachClass) {
+  EXPECT_EQ(MetaInt::New(7)->GetType(), MetaType::Int);
+  EXPECT_EQ(MetaBool::New(true)->GetType(), MetaType::Bool);
+  EXPECT_EQ(MetaString::New("x")->GetType(), MetaType::String);
+  EXPECT_EQ(MetaStruct::New("X")->GetType(), MetaType::Struct);
+  EXPECT_EQ(MetaList::New(MetaType::Int)->GetType(), MetaType::List);
+}
+
+TEST(MetaObjectTest, ScalarsOfOneKindMatchWhateverTheirValues) {
+  std::vector<std::string> errors;
+  EXPECT_TRUE(MetaInt::New(1)->IsSameStructure(MetaInt::New(99), &errors));
+  EXPECT_TRUE(MetaBool::New(true)->IsSameStructure(MetaBool::New(false), &errors));
+  EXPECT_TRUE(MetaString::New("a")->IsSameStructure(MetaString::New(), &errors));
+  EXPECT_THAT(errors, IsEmpty());
+}
+
+TEST(MetaObjectTest, ScalarsOfTwoKindsDiffer) {
+  std::vector<std::string> errors;
+  EXPECT_FALSE(MetaBool::New(true)->IsSameStructure(MetaInt::New(1), &errors));
+  EXPECT_THAT(errors, ElementsAre("Type mismatch in structure.  Expecting Bool got Int"));
+}
+
+TEST(MetaObjectTest, AScalarDiffersFromAStructureAndAList) {
+  std::vector<std::string> errors;
+  EXPECT_FALSE(MetaInt::New(1)->IsSameStructure(MetaStruct::New("X"), &errors));
+  EXPECT_FALSE(MetaString::New("1")->IsSameStructure(MetaList::New(MetaType::Int), &errors));
+  EXPECT_THAT(errors, ElementsAre("Type mismatch in structure.  Expecting Int got Struct",
+                                  "Type mismatch in structure.  Expecting String got List"));
+}
+
+TEST(MetaObjectTest, KeepsEarlierErrors) {
+  std::vector<std::string> errors = {"earlier"};
+  EXPECT_FALSE(MetaInt::New(1)->IsSameStructure(MetaString::New("1"), &errors));
+  EXPECT_THAT(errors,
+              ElementsAre("earlier", "Type mismatch in structure.  Expecting Int got String"));
+}
+
+TEST(MetaObjectTest, ComparesWithoutAVector) {
+  EXPECT_FALSE(MetaInt::New(1)->IsSameStructure(MetaString::New("1"), nullptr));
+  EXPECT_TRUE(MetaInt::New(1)->IsSameStructure(MetaInt::New(2), nullptr));
+}
+
+TEST(MetaObjectTest, AScalarDiffersSilentlyFromNull) {
+  std::vector<std::string> errors;
+  EXPECT_FALSE(MetaInt::New(1)->IsSameStructure(nullptr, &errors));
+  EXPECT_FALSE(MetaBool::New(true)->IsSameStructure(nullptr, nullptr));
+  EXPECT_THAT(errors, IsEmpty());
+}
+
+TEST(MetaObjectTest, TheBaseComparisonServesNoStructureAndNoList) {
+  std::vector<std::string> errors;
+  const auto structLike = std::make_shared<OtherValue>(MetaType::Struct);
+  const auto listLike = std::make_shared<OtherValue>(MetaType::List);
+  const auto unknown = std::make_shared<OtherValue>(static_cast<MetaType>(5));
+  EXPECT_FALSE(structLike->IsSameStructure(structLike, &errors));
+  EXPECT_FALSE(listLike->IsSameStructure(listLike, &errors));
+  EXPECT_FALSE(unknown->IsSameStructure(unknown, &errors));
+  EXPECT_THAT(errors, ElementsAre("Type mismatch in structure.  Expecting Struct got Struct",
+                                  "Type mismatch in structure.  Expecting List got List",
+                                  "Type mismatch in structure.  Expecting  got "));
+}
+
+TEST(MetaObjectTest, AScalarTrustsAKind) {
+  EXPECT_TRUE(
+      MetaInt::New(1)->IsSameStructure(std::make_shared<OtherValue>(MetaType::Int), nullptr));
+}
+
+TEST(MetaObjectTest, IsWrittenToAStreamAsItsText) {
+  std::ostringstream out;
+  std::ostream& result = out << *MetaInt::New(-5) << ' ' << *MetaBool::New(true) << ' '
+                             << OtherValue(MetaType::List);
+  EXPECT_EQ(out.str(), "-5 true other");
+  EXPECT_EQ(&result, &out);
+}
+
+TEST(MetaObjectTest, RunsTheDestructorOfTheWholeValue) {
+  const auto inner = MetaInt::New(100);
+  MetaObject* bare = nullptr;
+  {
+    auto record = MetaStruct::New("X");
+    record->SetField("a", inner);
+    std::shared_ptr<MetaObject> base = std::move(record);
+    bare = base.get();
+    EXPECT_EQ(inner.use_count(), 2);
+  }
+  EXPECT_NE(bare, nullptr);
+  EXPECT_EQ(inner.use_count(), 1);
+}
+
+TEST(MetaObjectTest, ItsSlotsStandInTheirFixedOrder) {
+  // Plug-ins built earlier call by slot: comparison, text, then destruction.
+  using Slot = std::string (*)(const MetaObject*);
+  const auto value = MetaInt::New(12345);
+  const void* const* const slots = *reinterpret_cast<const void* const* const*>(value.get());
+  const Slot second = reinterpret_cast<Slot>(const_cast<void*>(slots[1]));
+  EXPECT_EQ(second(value.get()), "12345");
+}
+
+}  // namespace
