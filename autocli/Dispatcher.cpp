@@ -1,1 +1,261 @@
 #include "kestrel/autocli/Dispatcher.h"
+
+#include <algorithm>
+#include <iostream>
+#include <iterator>
+#include <list>
+#include <optional>
+#include <utility>
+
+#include "autocli/PluginFiles.h"
+#include "kestrel/KestrelException.h"
+#include "kestrel/autocli/InternalPlugin.h"
+#include "kestrel/autocli/SharedLibraryPlugin.h"
+#include "kestrel/callspec/InputSpec.h"
+#include "kestrel/platform/TessaLibs.h"
+
+namespace Kestrel::AutoCli {
+
+namespace {
+
+constexpr const char* kDefaultDirectory = KESTREL_PLUGIN_DIR;
+
+// A line in one piece, so that it stays whole among the lines of other processes.
+void Report(std::string line) {
+  line += '\n';
+  std::cerr << line;
+}
+
+// Null for a file that is no plug-in.
+std::shared_ptr<Plugin> MakePlugin(const std::string& path) {
+  switch (KindOfPluginFile(path)) {
+    case PluginFileKind::SharedLibrary:
+      return SharedLibraryPlugin::New(path);
+    case PluginFileKind::Descriptor:
+    case PluginFileKind::Other:
+      break;
+  }
+  return nullptr;
+}
+
+// Whether code goes out of memory with the plug-in.
+bool UnmapsCode(const std::shared_ptr<Plugin>& plugin) {
+  return dynamic_cast<const SharedLibraryPlugin*>(plugin.get()) != nullptr;
+}
+
+std::string RegistrationError(const std::string& plugin, const std::string& cause) {
+  return "Error while trying to register the plugin " + plugin + " " + cause +
+         " The functionality in " + plugin + " will not be available until this issue is resolved.";
+}
+
+}  // namespace
+
+Dispatcher::Dispatcher() {
+  FeatureState_InitDeltaMode();
+  const std::shared_ptr<Plugin> internal = InternalPlugin::New();
+  root_ = RootNamespace::New(this);
+  internal->Initialize();
+  RegisterPlugin(internal);
+}
+
+Dispatcher::~Dispatcher() = default;
+
+std::shared_ptr<RootNamespace> Dispatcher::GetRootNamespace() const { return root_; }
+
+void Dispatcher::AddPlugin(const std::string& path) {
+  const std::shared_ptr<Plugin> plugin = MakePlugin(path);
+  if (plugin == nullptr) {
+    return;
+  }
+  plugin->Initialize();
+  RegisterPlugin(plugin);
+}
+
+void Dispatcher::AddExternalDirectory(const std::string& dir) {
+  AddExternalDirectoryInt(dir + "/lib64", false);
+  AddExternalDirectoryInt(dir, true);
+}
+
+void Dispatcher::AddExternalDirectoryInt(const std::string& dir, bool reportMissing) {
+  const std::optional<std::vector<std::string>> paths = ListDirectory(dir);
+  if (!paths.has_value()) {
+    if (reportMissing) {
+      Report("Unable to open directory " + dir + " for plugin registration");
+    }
+    return;
+  }
+  for (const std::string& path : *paths) {
+    try {
+      AddPlugin(path);
+    } catch (const KestrelException& error) {
+      Report("Error loading plugin " + path + " skipping.  Error was: " + error.what());
+    }
+  }
+}
+
+void Dispatcher::AddDefaultDirectories() {
+  const std::string dir = kDefaultDirectory;
+  AddExternalDirectory(dir);
+  AddExternalDirectory(dir + "/ext");
+}
+
+void Dispatcher::RegisterPlugin(std::shared_ptr<Plugin> plugin) {
+  if (plugin == nullptr) {
+    throw KestrelException("Null plugin passed to RegisterPlugin");
+  }
+  // Kept from here on, whatever happens: what it puts in the tree before it fails stays there and
+  // runs its code, and so does an exception of a class of its own.
+  const bool unmapsCode = UnmapsCode(plugin);
+  if (unmapsCode) {
+    retained_.push_back(plugin);
+  }
+  RegisterNamespacesOf(*plugin);
+  RegisterFormattersOf(plugin);
+  plugins_.push_back(plugin);
+  if (unmapsCode) {
+    // Mostly the last one, but its entry point may have loaded other plug-ins, which failed.
+    const auto place = std::find(retained_.rbegin(), retained_.rend(), plugin);
+    retained_.erase(std::next(place).base());
+  }
+}
+
+void Dispatcher::RegisterNamespacesOf(Plugin& plugin) {
+  try {
+    plugin.RegisterNamespaces(root_);
+  } catch (const KestrelException& error) {
+    throw KestrelException(RegistrationError(plugin.GetName(), error.what()));
+  }
+}
+
+// All names are looked up before any is recorded.
+void Dispatcher::RegisterFormattersOf(const std::shared_ptr<Plugin>& plugin) {
+  std::vector<std::string> names;
+  for (const std::shared_ptr<Formatter>& formatter : plugin->GetFormatters()) {
+    if (formatter == nullptr) {
+      continue;
+    }
+    const auto owner = formatterOwners_.find(formatter->GetName());
+    if (owner != formatterOwners_.end()) {
+      // Two blanks on either side: scripts match this text.
+      throw KestrelException(RegistrationError(
+          plugin->GetName(), " this plugin has a formatter " + formatter->GetName() +
+                                 " that was already registered from the plugin " +
+                                 owner->second->GetName() + " "));
+    }
+    names.push_back(formatter->GetName());
+  }
+  for (std::string& name : names) {
+    formatterOwners_[std::move(name)] = plugin;
+  }
+}
+
+void Dispatcher::ResetRegistrations() {
+  std::copy_if(plugins_.begin(), plugins_.end(), std::back_inserter(retained_), UnmapsCode);
+  plugins_.clear();
+}
+
+std::vector<std::string> Dispatcher::GetPluginNames() const {
+  std::vector<std::string> names;
+  names.reserve(plugins_.size());
+  for (const std::shared_ptr<Plugin>& plugin : plugins_) {
+    names.push_back(plugin->GetName());
+  }
+  return names;
+}
+
+bool Dispatcher::HasFormatter(const std::string& name) const {
+  const auto owner = formatterOwners_.find(name);
+  return owner != formatterOwners_.end() && owner->second->HasFormatter(name);
+}
+
+std::shared_ptr<Formatter> Dispatcher::GetFormatter(const std::string& name) const {
+  const auto owner = formatterOwners_.find(name);
+  if (owner == formatterOwners_.end() || !owner->second->HasFormatter(name)) {
+    return nullptr;
+  }
+  return owner->second->GetFormatter(name);
+}
+
+std::vector<std::shared_ptr<Formatter>> Dispatcher::GetFormatters() const {
+  std::vector<std::shared_ptr<Formatter>> formatters;
+  formatters.reserve(formatterOwners_.size());
+  for (const auto& [name, owner] : formatterOwners_) {
+    std::shared_ptr<Formatter> formatter = owner->GetFormatter(name);
+    if (formatter != nullptr) {
+      formatters.push_back(std::move(formatter));
+    }
+  }
+  return formatters;
+}
+
+std::shared_ptr<Command> Dispatcher::GetCommand(std::shared_ptr<CommandInput> input,
+                                                std::shared_ptr<CommandOutput> output) {
+  std::list<std::string> path = input->GetCommandPath();
+  std::shared_ptr<NamespaceNode> node;
+  try {
+    node = root_->ResolveNode(path);
+  } catch (const KestrelException& error) {
+    output->AddErrorMessage(error.what());
+  }
+  if (node == nullptr) {
+    output->AddErrorMessage("Unable to find command");
+    return nullptr;
+  }
+  if (node->GetType() != NodeType::Command) {
+    output->AddErrorMessage("Path refers to a namespace, not a command.");
+    return nullptr;
+  }
+  return std::dynamic_pointer_cast<Command>(node);
+}
+
+bool Dispatcher::ExecuteCommand(std::shared_ptr<CommandInput> input,
+                                std::shared_ptr<CommandOutput> output) {
+  const std::shared_ptr<Command> command = GetCommand(input, output);
+  if (command == nullptr) {
+    return false;
+  }
+  const std::shared_ptr<CallSpec::InputSpec> spec = command->GetInputSpec();
+  input->SetInputSpec(spec);
+
+  // Some objections leave the result true; they stop the call all the same.
+  const std::size_t errorsBefore = output->GetErrors().size();
+  const bool isValid = spec->Validate(input, output);
+  if (isValid && output->GetErrors().size() == errorsBefore) {
+    command->Execute(input, output);
+  } else if (!output->HasError() && output->GetRootObject() == nullptr) {
+    // Checked on this branch only; a command that has run is trusted.
+    output->AddErrorMessage(
+        "Command output has no root object nor error messages.  This is a problem with the command "
+        "and should be repaired.");
+  }
+  return !output->HasError();
+}
+
+FormatParameters Dispatcher::GetDefaultOutputFormatParameters(
+    std::shared_ptr<CommandInput> input, std::shared_ptr<CommandOutput> output) {
+  const std::shared_ptr<Command> command = GetCommand(std::move(input), std::move(output));
+  return command != nullptr ? command->GetDefaultOutputFormatParameters() : FormatParameters();
+}
+
+bool Dispatcher::FormatOutput(const std::shared_ptr<CallSpec::Output>& output,
+                              FormatParameters& params, DisplayContext& display,
+                              std::ostream& out) {
+  const std::string& name = params.GetFormatter();
+  if (name.empty()) {
+    return true;
+  }
+  const std::shared_ptr<Formatter> formatter = GetFormatter(name);
+  if (formatter == nullptr) {
+    output->AddErrorMessage("Unable to find requested formatter: " + name);
+    return false;
+  }
+  try {
+    formatter->Format(output, params, display, out);
+  } catch (const KestrelException& error) {
+    output->AddErrorMessage(error.what());
+    return false;
+  }
+  return true;
+}
+
+}  // namespace Kestrel::AutoCli

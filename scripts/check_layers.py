@@ -38,7 +38,7 @@ LAYERS = [
      "Plugin PluginEntryPoint SharedLibraryPlugin InternalPlugin CommandList "
      "XmlUtil XmlDocument XmlValue XmlValueReader LeadingInteger TemplateText "
      "ExtensionCommand XmlPlugin"),
-    ("dispatch", "autocli", "Dispatcher CliDispatcher"),
+    ("dispatch", "autocli", "PluginFiles Dispatcher CliDispatcher"),
 ]
 RANK = {name: rank for rank, (name, _, _) in enumerate(LAYERS)}
 CLASS_LAYER = {stem: name for name, _, stems in LAYERS for stem in stems.split()}

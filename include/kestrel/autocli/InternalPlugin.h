@@ -1,23 +1,45 @@
 #pragma once
 
+#include <memory>
+#include <string>
+#include <vector>
+
 #include "kestrel/Export.h"
 #include "kestrel/autocli/Plugin.h"
 
 namespace Kestrel::AutoCli {
 
+/// The plug-in that is built into the library, named "Internal": the built-in formatters, and the
+/// command `vexil command list`. Every dispatcher makes one and registers it first.
 class KESTREL_API InternalPlugin : public Plugin {
+  struct FactoryFlag {  // private, so only New can construct
+    explicit FactoryFlag() = default;
+  };
+
  public:
-  ~InternalPlugin() override;
+  /// Makes a plug-in without formatters.
   static std::shared_ptr<InternalPlugin> New();
+
+  explicit InternalPlugin(FactoryFlag flag);
+  ~InternalPlugin() override;
+
+  /// Makes the formatters: "table", "simple", "commandhelp", in this order. To be called once.
   void Initialize() override;
+
   const std::string& GetName() const override;
+
+  /// Registers the namespaces `vexil` and `command` and the command `list` below `root`.
+  /// Throws KestrelException when `root` has a child `vexil` already.
   void RegisterNamespaces(std::shared_ptr<Namespace> root) override;
+
   bool HasFormatter(const std::string& name) override;
   std::shared_ptr<Formatter> GetFormatter(const std::string& name) override;
   const std::vector<std::shared_ptr<Formatter>>& GetFormatters() override;
 
  private:
-  InternalPlugin();
+  static const std::string& _name;
+
+  std::vector<std::shared_ptr<Formatter>> formatters_;
 };
 
 }  // namespace Kestrel::AutoCli

@@ -1,0 +1,149 @@
+#!/usr/bin/env python3
+"""Runs the examples of the guides and compares what they print.
+
+    check_examples.py [--update] --tool TOOL [--plugin-dir DIR] PAGE...
+
+An example is a fenced block marked `console`: lines that begin with "$ " are commands, "> " carries
+one on, and what follows is what it prints on both streams, in the order written. A line "..." stands
+for any lines. After a command that fails, the block shows it as a last line "[exit status N]".
+
+In the block the words `vexil` and `./run` start TOOL: `vexil` without plug-ins, `./run` with those
+of DIR. The commands of one page run in order, in one empty folder. A block marked `console host`
+prints what differs from host to host: of it, only success and the first line are compared, blanks
+apart. A block marked `cpp file=PATH` must stand in that file of the project, line for line.
+
+--update writes what the commands print now into the pages instead of comparing.
+"""
+
+import argparse
+import os
+import re
+import stat
+import subprocess
+import sys
+import tempfile
+
+ROOT = os.path.normpath(os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
+FENCE = re.compile(r"^```(console|cpp)([^\n]*)\n(.*?)^```$", re.MULTILINE | re.DOTALL)
+
+
+class Workplace:
+    """An empty folder with the two ways of starting the tool."""
+
+    def __init__(self, folder, tool, plugin_dir):
+        self.folder = folder
+        bin_dir = os.path.join(folder, ".bin")
+        os.mkdir(bin_dir)
+        plugins = f' --plugin-dir "{plugin_dir}"' if plugin_dir else ""
+        self._script(os.path.join(bin_dir, "vexil"), f'exec -a vexil "{tool}" "$@"')
+        self._script(os.path.join(folder, "run"), f'exec -a vexil "{tool}"{plugins} "$@"')
+        self.environment = {
+            "HOME": folder, "LANG": "C", "PATH": bin_dir + ":/usr/sbin:/usr/bin:/sbin:/bin"}
+
+    @staticmethod
+    def _script(path, line):
+        with open(path, "w", encoding="utf-8") as file:
+            file.write("#!/bin/bash\n" + line + "\n")
+        os.chmod(path, os.stat(path).st_mode | stat.S_IXUSR)
+
+    def run(self, command):
+        """What the command prints, and its exit status as a last line unless that is 0."""
+        done = subprocess.run(["bash", "-c", command], cwd=self.folder, env=self.environment,
+                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                              stderr=subprocess.STDOUT, timeout=60, check=False)
+        lines = done.stdout.decode("utf-8", "replace").splitlines()
+        return lines + ([f"[exit status {done.returncode}]"] if done.returncode else [])
+
+
+def commands_of(block):
+    """Pairs of a command's lines as written and the lines that it is said to print."""
+    pairs = []
+    for line in block.splitlines():
+        if line.startswith("$ "):
+            pairs.append(([line], []))
+        elif line.startswith("> ") and pairs and not pairs[-1][1]:
+            pairs[-1][0].append(line)
+        elif pairs:
+            pairs[-1][1].append(line)
+    return pairs
+
+
+def matches(expected, printed):
+    """Whether the lines are the same, "..." standing for any number of lines."""
+    pattern = "".join(r"(?:.*\n)*?" if line == "..." else re.escape(line.rstrip()) + r"\n"
+                      for line in expected)
+    return re.fullmatch(pattern, "".join(line.rstrip() + "\n" for line in printed)) is not None
+
+
+def matches_on_any_host(expected, printed):
+    return (bool(expected) and bool(printed) and not printed[-1].startswith("[exit status ")
+            and expected[0].split() == printed[0].split())
+
+
+class Page:
+    def __init__(self, path, workplace):
+        self.path = path
+        self.workplace = workplace
+        self.problems = []
+        self.examples = 0
+        with open(path, encoding="utf-8") as file:
+            self.text = file.read()
+
+    def check(self):
+        """The page's text with what the commands print now."""
+        return FENCE.sub(self._check_block, self.text)
+
+    def _check_block(self, fence):
+        kind, info, block = fence.groups()
+        self.examples += 1
+        if kind == "console":
+            return f"```{kind}{info}\n{self._run_block(block, info.strip() == 'host')}```"
+        source = re.search(r"file=(\S+)", info)
+        if source and block not in self._source(source.group(1)):
+            self.problems.append(f"{self.path}: a block is not what {source.group(1)} holds")
+        return fence.group(0)
+
+    @staticmethod
+    def _source(path):
+        with open(os.path.join(ROOT, path), encoding="utf-8") as file:
+            return file.read()
+
+    def _run_block(self, block, any_host):
+        result = ""
+        for written, expected in commands_of(block):
+            printed = self.workplace.run("\n".join(line[2:] for line in written))
+            agrees = matches_on_any_host if any_host else matches
+            if not agrees(expected, printed):
+                self.problems.append("\n".join(
+                    [f"{self.path}: {written[0]}", "expected:"] + expected +
+                    ["printed:"] + printed))
+            kept = expected if agrees(expected, printed) else printed
+            result += "".join(line.rstrip() + "\n" for line in written + kept)
+        return result
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--update", action="store_true")
+    parser.add_argument("--tool", required=True)
+    parser.add_argument("--plugin-dir")
+    parser.add_argument("pages", nargs="+")
+    arguments = parser.parse_args()
+
+    failed = False
+    for path in arguments.pages:
+        with tempfile.TemporaryDirectory() as folder:
+            page = Page(path, Workplace(folder, os.path.abspath(arguments.tool),
+                                        arguments.plugin_dir))
+            text = page.check()
+        if arguments.update:
+            with open(path, "w", encoding="utf-8") as file:
+                file.write(text)
+        else:
+            failed = failed or bool(page.problems) or page.examples == 0
+            print("\n".join(page.problems + [f"{path}: {page.examples} examples"]))
+    return 1 if failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
