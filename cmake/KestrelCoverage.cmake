@@ -1,6 +1,6 @@
 # Interface target that records which lines and branches run; empty unless KESTREL_COVERAGE is on.
 add_library(kestrel_coverage INTERFACE)
 if(KESTREL_COVERAGE)
-  target_compile_options(kestrel_coverage INTERFACE --coverage -fprofile-update=atomic)
+  target_compile_options(kestrel_coverage INTERFACE --coverage)
   target_link_options(kestrel_coverage INTERFACE --coverage)
 endif()
