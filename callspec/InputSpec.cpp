@@ -18,7 +18,7 @@ constexpr const char* kHelp = "help";
 
 std::shared_ptr<InputSpec> InputSpec::New() { return std::make_shared<InputSpec>(FactoryFlag()); }
 
-InputSpec::InputSpec(FactoryFlag) {}
+InputSpec::InputSpec(FactoryFlag) : isListed_(false) {}
 
 InputSpec::~InputSpec() = default;
 
@@ -27,14 +27,21 @@ void InputSpec::AddParameter(const std::shared_ptr<ParameterSpec>& spec) {
     throw KestrelException("Null parameter specification passed to AddParameter");
   }
   CheckNames(*spec);
-  if (parameters_.empty() && spec->GetName() != kHelp) {
-    parameters_.reserve(2);  // most commands get the help parameter besides
+  declared_.emplace(spec->GetName(), spec);
+  if (isListed_) {
+    listed_.insert(LowerBound(listed_, spec->GetName()), spec);
   }
-  parameters_.insert(LowerBound(parameters_, spec->GetName()), spec);
 }
 
 const std::vector<std::shared_ptr<ParameterSpec>>& InputSpec::GetParameters() const {
-  return parameters_;
+  if (!isListed_) {
+    listed_.reserve(declared_.size());
+    for (const auto& entry : declared_) {
+      listed_.push_back(entry.second);
+    }
+    isListed_ = true;
+  }
+  return listed_;
 }
 
 void InputSpec::SetContextSupported(const std::string& name) { contexts_.insert(name); }
@@ -62,42 +69,41 @@ void InputSpec::CheckNames(const ParameterSpec& spec) const {
   if (name.size() < kShortestName) {
     throw KestrelException("Parameter name must be at least 2 characters");
   }
-  const auto place = LowerBound(parameters_, name);
-  const bool isTaken = place != parameters_.end() && (*place)->GetName() == name;
-  CheckShortName(spec, isTaken ? place : parameters_.end());
-  if (isTaken) {
+  const auto duplicate = declared_.find(name);
+  CheckShortName(spec, duplicate);
+  if (duplicate != declared_.end()) {
     throw KestrelException("Found a duplicate paramater specification for parameter named '" +
                            name + "'");
   }
 }
 
 // Asks each parameter before `end`: a short name may be set after its parameter was added.
-void InputSpec::CheckShortName(
-    const ParameterSpec& spec,
-    std::vector<std::shared_ptr<ParameterSpec>>::const_iterator end) const {
+void InputSpec::CheckShortName(const ParameterSpec& spec,
+                               DeclaredParameters::const_iterator end) const {
   const std::string& shortName = spec.GetShortName();
   if (shortName.empty()) {
     return;
   }
-  const auto other = std::find_if(parameters_.begin(), end, [&](const auto& declared) {
-    return declared->GetShortName() == shortName;
+  const auto other = std::find_if(declared_.begin(), end, [&](const auto& declared) {
+    return declared.second->GetShortName() == shortName;
   });
   if (other != end) {
     throw KestrelException("Invalid short name specified for --" + spec.GetName() +
                            ". The short name -" + shortName + " is already used for --" +
-                           (*other)->GetName());
+                           other->second->GetName());
   }
 }
 
 // Both lists are in the same order, so they are walked side by side.
 bool InputSpec::ValidateGiven(const Input& input, const std::shared_ptr<Output>& output) const {
   bool isValid = true;
-  auto spec = parameters_.begin();
+  auto spec = GetParameters().begin();
+  const auto end = GetParameters().end();
   for (const auto& [name, values] : input.GetParameters()) {
-    while (spec != parameters_.end() && (*spec)->GetName() < name) {
+    while (spec != end && (*spec)->GetName() < name) {
       ++spec;
     }
-    if (spec == parameters_.end() || (*spec)->GetName() != name) {
+    if (spec == end || (*spec)->GetName() != name) {
       ReportError(output, "Unknown parameter : " + name);
       isValid = false;
     } else if (!(*spec)->Validate(values, output)) {
@@ -111,7 +117,7 @@ bool InputSpec::ValidateRequired(const Input& input, const std::shared_ptr<Outpu
   bool isValid = true;
   auto given = input.GetParameters().begin();
   const auto end = input.GetParameters().end();
-  for (const auto& spec : parameters_) {
+  for (const auto& spec : GetParameters()) {
     while (given != end && given->first < spec->GetName()) {
       ++given;
     }

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <map>
 #include <memory>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "kestrel/Export.h"
@@ -55,13 +57,19 @@ class KESTREL_API InputSpec {
   bool Validate(const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) const;
 
  private:
+  // By name; the text of a key is that of its parameter.
+  using DeclaredParameters = std::map<std::string_view, std::shared_ptr<ParameterSpec>>;
+
   void CheckNames(const ParameterSpec& spec) const;
-  void CheckShortName(const ParameterSpec& spec,
-                      std::vector<std::shared_ptr<ParameterSpec>>::const_iterator end) const;
+  void CheckShortName(const ParameterSpec& spec, DeclaredParameters::const_iterator end) const;
   bool ValidateGiven(const Input& input, const std::shared_ptr<Output>& output) const;
   bool ValidateRequired(const Input& input, const std::shared_ptr<Output>& output) const;
 
-  std::vector<std::shared_ptr<ParameterSpec>> parameters_;
+  DeclaredParameters declared_;
+  // The same as a list. It is made when it is first asked for, and kept in step from then on, since
+  // its reader may hold on to it: until then an addition moves no other parameter.
+  mutable std::vector<std::shared_ptr<ParameterSpec>> listed_;
+  mutable bool isListed_;
   std::set<std::string> contexts_;
 };
 
