@@ -1,1 +1,318 @@
 #include "kestrel/autocli/TableFormatter.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <ios>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "autocli/FieldSlot.h"
+#include "autocli/FieldStyle.h"
+#include "autocli/FitText.h"
+#include "autocli/PlainText.h"
+#include "autocli/TextWriter.h"
+#include "autocli/ValueView.h"
+#include "kestrel/KestrelException.h"
+
+namespace Kestrel::AutoCli {
+
+using MetaObj::MetaList;
+using MetaObj::MetaObject;
+using MetaObj::MetaStruct;
+using MetaObj::MetaType;
+
+namespace {
+
+constexpr std::size_t kGap = 2;  // blanks between two columns
+
+std::string Trim(const std::string& text) {
+  static constexpr char kBlanks[] = " \t\f\v\n\r";
+  const std::size_t first = text.find_first_not_of(kBlanks);
+  if (first == std::string::npos) {
+    return std::string();
+  }
+  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+}
+
+/// A field name, or several that lead through nested structures, joined by '.'.
+class FieldPath {
+ public:
+  explicit FieldPath(const std::string& path) {
+    for (std::size_t start = 0; start <= path.size();) {
+      const std::size_t end = std::min(path.find('.', start), path.size());
+      steps_.emplace_back(path.substr(start, end - start));
+      start = end + 1;
+    }
+  }
+
+  /// The value at the end of the path. A step that names nothing is passed over, unless it is the
+  /// last one: scripts rely on it. Nothing is found behind a value that is no structure.
+  const std::shared_ptr<MetaObject>* Find(const MetaStruct& record) {
+    const MetaStruct* current = &record;
+    const std::shared_ptr<MetaObject>* value = nullptr;
+    for (FieldSlot& step : steps_) {
+      value = current == nullptr ? nullptr : step.Find(*current);
+      if (value != nullptr && steps_.size() > 1) {
+        current = ViewAs<MetaStruct>(value->get());
+      }
+    }
+    return value;
+  }
+
+ private:
+  std::vector<FieldSlot> steps_;
+};
+
+struct Column {
+  explicit Column(std::string columnName)
+      : name(std::move(columnName)), path(name), width(name.size() + kGap) {}
+
+  std::string name;
+  FieldPath path;
+  FieldStyle style;
+  std::size_t width;       // the gap included
+  bool isWrapped = false;  // fitted to the screen instead of padded
+};
+
+std::vector<std::string> ChooseFields(const MetaStruct& structure, const FormatParameters& params) {
+  for (const std::string& key :
+       {"fields:" + structure.GetTypeName(), std::string("fields"), std::string("table-columns")}) {
+    if (params.HasParameter(key)) {
+      return params.GetParameterAsList(key);
+    }
+  }
+  return structure.GetFieldNames();
+}
+
+bool ShowsHeader(const FormatParameters& params) {
+  const std::string& choice = params.GetParameter("show-header");
+  return (choice.empty() ? params.GetParameter("table-header") : choice) != "false";
+}
+
+/// One table on its way to the stream: measured first, then written.
+class Table {
+ public:
+  Table(const MetaList& list, const MetaStruct& structure, const FormatParameters& params,
+        std::size_t displayWidth, TextWriter& writer)
+      : list_(list),
+        params_(params),
+        displayWidth_(displayWidth),
+        isStyled_(FieldStyle::IsUsedBy(params)),
+        writer_(writer) {
+    for (const std::string& name : ChooseFields(structure, params)) {
+      columns_.emplace_back(Trim(name));
+    }
+  }
+
+  /// Widens each column to its longest text; writes what is wrong and gives false when the table
+  /// cannot be printed.
+  bool Measure() {
+    for (const auto& element : list_.GetObjects()) {
+      const auto* record = ViewAs<MetaStruct>(element.get());
+      if (record == nullptr) {
+        writer_.Append("Error: Unexpected type, unable to get struct from list\n");
+        return false;
+      }
+      if (!MeasureRow(*record)) {
+        return false;
+      }
+    }
+    return true;
+  }
+
+  void Write() {
+    if (ShowsHeader(params_) && !columns_.empty()) {
+      WriteHeader();
+    }
+    SetUpWrapping();
+    for (const auto& element : list_.GetObjects()) {
+      if (writer_.HasFailed() || !WriteRow(static_cast<const MetaStruct&>(*element))) {
+        return;
+      }
+    }
+  }
+
+ private:
+  bool MeasureRow(const MetaStruct& record) {
+    SelectStyles(record);
+    for (Column& column : columns_) {
+      const auto* value = column.path.Find(record);
+      if (value == nullptr) {
+        writer_.Append("Error: Unknown field in field list: ");
+        writer_.Append(column.name);
+        writer_.Append('\n');
+        return false;
+      }
+      column.width = std::max(column.width, MakeText(column, **value).size() + kGap);
+    }
+    return true;
+  }
+
+  /// Looks the columns' styles up for the type of `record`, once for rows of one type.
+  void SelectStyles(const MetaStruct& record) {
+    if (!isStyled_ || record.GetTypeName() == styledType_) {
+      return;
+    }
+    styledType_ = record.GetTypeName();
+    for (Column& column : columns_) {
+      column.style = FieldStyle(styledType_, column.name, params_);
+    }
+  }
+
+  std::string_view MakeText(const Column& column, const MetaObject& value) {
+    if (column.style.IsPlain()) {
+      return plain_.Of(value);
+    }
+    styled_ = column.style.MakeText(&value);
+    return styled_;
+  }
+
+  bool IsLast(const Column& column) const { return &column == &columns_.back(); }
+
+  void WriteHeader() {
+    for (const Column& column : columns_) {
+      writer_.AppendLeft(column.name, IsLast(column) ? 0 : column.width);
+    }
+    writer_.Append('\n');
+    if (params_.GetParameter("header-line") == "false") {
+      return;
+    }
+    for (const Column& column : columns_) {
+      if (IsLast(column)) {
+        writer_.Repeat('-', column.name.size());
+      } else {
+        writer_.Repeat('-', column.width - kGap);
+        writer_.Repeat(' ', kGap);
+      }
+    }
+    writer_.Append('\n');
+  }
+
+  /// Wrapped are the columns that have the last one's name, where the others leave room for it.
+  void SetUpWrapping() {
+    if (params_.GetParameter("wrap-last") != "true" || displayWidth_ == 0 || columns_.empty()) {
+      return;
+    }
+    const std::string& lastName = columns_.back().name;
+    std::size_t indent = 0;
+    for (const Column& column : columns_) {
+      indent += column.name == lastName ? 0 : column.width;
+    }
+    if (indent == 0 || indent + lastName.size() > displayWidth_) {
+      return;
+    }
+    wrapIndent_ = static_cast<int>(indent);
+    for (Column& column : columns_) {
+      column.isWrapped = column.name == lastName;
+    }
+  }
+
+  bool WriteRow(const MetaStruct& record) {
+    SelectStyles(record);
+    for (Column& column : columns_) {
+      const auto* value = column.path.Find(record);
+      if (value == nullptr) {
+        writer_.Append("Unknown column ");
+        writer_.Append(column.name);
+        return false;
+      }
+      WriteCell(column, **value);
+    }
+    writer_.Append('\n');
+    return true;
+  }
+
+  void WriteCell(const Column& column, const MetaObject& value) {
+    if (column.isWrapped) {
+      // The value as it is: neither units nor printf apply to a wrapped column.
+      const FitRules rules{wrapIndent_, static_cast<int>(displayWidth_), true, false, 0, true};
+      FitText(plain_.Of(value), rules, writer_);
+      return;
+    }
+    const std::string_view text = MakeText(column, value);
+    if (value.GetType() == MetaType::Int) {
+      writer_.AppendRight(text, column.width - kGap);
+      writer_.Repeat(' ', kGap);
+    } else {
+      writer_.AppendLeft(text, IsLast(column) ? 0 : column.width);
+    }
+  }
+
+  const MetaList& list_;
+  const FormatParameters& params_;
+  const std::size_t displayWidth_;
+  const bool isStyled_;
+  TextWriter& writer_;
+  std::vector<Column> columns_;
+  int wrapIndent_ = 0;
+  std::string styledType_;
+  PlainText plain_;
+  std::string styled_;
+};
+
+}  // namespace
+
+TableFormatter::TableFormatter() : Formatter("table") {
+  description =
+      "Print a list of structs as a table, with each row being one entry in the list and each "
+      "column being a field of the structure.";
+  params.reserve(6);
+  params.push_back({"fields:<TypeName>",
+                    "The list of fields and the order in which to print them for the type named in "
+                    "<TypeName>",
+                    true});
+  params.push_back(
+      {"show-header", "Optionally disable showing column headers by passing the 'false' value"});
+  params.push_back({"wrap-last", "If 'true' wrap the last column to the width of the terminal."});
+  params.push_back({"units:<TypeName>.<FieldName>",
+                    "Use the given 'units' value as a suffix for a given field.  For example "
+                    "specifying \"units:ScsiDeviceList.Size\" = \"Mb\" would append the string "
+                    "'Mb' to the end of a field"});
+  // The example is that of the units: people have quoted this text.
+  params.push_back({"printf:<TypeName>.<FieldName>",
+                    "Use the given 'printf' formatting string for printing a value.  This uses "
+                    "standard printf syntax to format and print a Value.  For example specifying "
+                    "\"units:ScsiDeviceList.Size\" = \"Mb\" would append the string 'Mb' to the "
+                    "end of a field"});
+  // Spelled so: scripts match this text.
+  params.push_back({"header-line",
+                    "Optionally remove the line of '-' characters after the header.  By default "
+                    "this paramter is assumed to be true.  Setting it to 'false' will remove the "
+                    "line.  This parameter only has meaning if 'show-header' is also true"});
+}
+
+TableFormatter::~TableFormatter() = default;
+
+void TableFormatter::Format(const std::shared_ptr<CallSpec::Output>& output,
+                            FormatParameters& parameters, DisplayContext& display,
+                            std::ostream& out) {
+  const std::shared_ptr<MetaObject> root = output->GetRootObject();
+  const auto* list = ViewAs<MetaList>(root.get());
+  if (list == nullptr || list->GetListType() != MetaType::Struct) {
+    throw KestrelException(
+        "Error: Unexpected type for output, formatter, table, expected a List of structs");
+  }
+  const std::shared_ptr<MetaStruct> structure = list->GetListStructure();
+  if (structure == nullptr) {
+    if (list->GetCount() > 0) {
+      throw KestrelException("Error: Unable to get structure type from list output.");
+    }
+    return;
+  }
+  TextWriter writer(out);
+  Table table(*list, *structure, parameters, display.width, writer);
+  if (table.Measure()) {
+    out.setf(std::ios_base::left, std::ios_base::adjustfield);
+    table.Write();
+  }
+  writer.Finish();
+}
+
+std::shared_ptr<MetaObject> GetSubField(std::shared_ptr<MetaStruct> record,
+                                        const std::string& path) {
+  const auto* value = record == nullptr ? nullptr : FieldPath(path).Find(*record);
+  return value == nullptr ? nullptr : *value;
+}
+
+}  // namespace Kestrel::AutoCli

@@ -27,13 +27,13 @@ LAYERS = [
     ("text", "autocli",
      "Util DisplayContext FormatParameters FormatterParam Formatter "
      "ChildProcess FileDescriptor NameRule "
-     "TextPieces TextWriter EscapeTable FitText PrintfFormat FieldStyle ValueView"),
+     "TextPieces TextWriter EscapeTable FitText PrintfFormat FieldStyle FieldSlot ValueView PlainText"),
     ("call", "autocli", "OptionParser CommandInput CommandOutput EchoGuard"),
     ("tree", "autocli",
      "NodeType NamespaceNode Namespace RootNamespace CommandSpec Command"),
     ("format", "autocli",
      "TableFormatter SimpleFormatter XmlFormatter JsonFormatter PythonFormatter "
-     "CommandHelpFormatter CliDispatcherHelpFormatter"),
+     "CommandHelpFormatter CliDispatcherHelpFormatter HeaderMarker"),
     ("extend", "autocli",
      "Plugin PluginEntryPoint SharedLibraryPlugin InternalPlugin CommandList "
      "XmlUtil XmlDocument XmlValue XmlValueReader LeadingInteger TemplateText "

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "kestrel/metaobj/MetaStruct.h"
+#include "metaobj/FieldLayout.h"
+#include "metaobj/ValueAccess.h"
+
+namespace Kestrel::AutoCli {
+
+/// Finds the field of one name in any number of structures; those of one layout, one after the
+/// other, cost one look-up together.
+class FieldSlot {
+ public:
+  explicit FieldSlot(std::string name) : name_(std::move(name)) {}
+
+  const std::string& GetName() const { return name_; }
+
+  /// The field's value, null when the structure has none of that name. The pointer holds while the
+  /// structure stays as it is.
+  const std::shared_ptr<MetaObj::MetaObject>* Find(const MetaObj::MetaStruct& record) {
+    const MetaObj::FieldLayout* const layout = MetaObj::ValueAccess::Layout(record);
+    if (layout == nullptr) {
+      return MetaObj::ValueAccess::Find(record, name_);
+    }
+    if (layout != layout_.Get()) {
+      layout_ = MetaObj::LayoutRef(layout);
+      position_ = layout->Find(name_);
+    }
+    return position_ == MetaObj::FieldLayout::kNotFound
+               ? nullptr
+               : MetaObj::ValueAccess::Slots(record) + position_;
+  }
+
+ private:
+  std::string name_;
+  MetaObj::LayoutRef layout_;  // owned, so that no other can come to stand at its address
+  std::size_t position_ = 0;
+};
+
+}  // namespace Kestrel::AutoCli
