@@ -1,0 +1,252 @@
+#include "kestrel/autocli/SharedLibraryPlugin.h"
+
+#include <dlfcn.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <list>
+#include <memory>
+#include <string>
+#include <type_traits>
+
+#include "kestrel/KestrelException.h"
+#include "kestrel/autocli/Command.h"
+#include "kestrel/autocli/RootNamespace.h"
+#include "kestrel/callspec/Input.h"
+#include "kestrel/callspec/Output.h"
+#include "kestrel/metaobj/MetaObject.h"
+#include "support/ScopedTempDir.h"
+#include "support/TestPlugins.h"
+
+namespace Kestrel::AutoCli {
+namespace {
+
+using Testing::CopyTestPlugin;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::IsEmpty;
+using Testing::IsLoaded;
+using Testing::ScopedTempDir;
+using Testing::TestPluginPath;
+using testing::ThrowsMessage;
+
+static_assert(!std::is_copy_constructible<SharedLibraryPlugin>::value,
+              "one owner closes the shared object");
+
+// What the loader has to say about `path`.
+std::string LoaderErrorFor(const std::string& path) {
+  if (void* const handle = dlopen(path.c_str(), RTLD_LAZY)) {
+    dlclose(handle);
+    return "no error";
+  }
+  return dlerror();
+}
+
+TEST(SharedLibraryPluginTest, ItsNameIsExactlyThePathItWasMadeWith) {
+  for (const char* path : {"/some/where/x.so", "./a//b.so", "x", ""}) {
+    EXPECT_EQ(SharedLibraryPlugin::New(path)->GetName(), path);
+  }
+}
+
+TEST(SharedLibraryPluginTest, NewOpensNothing) {
+  const std::string path = TestPluginPath("EchoPlugin");
+  const std::shared_ptr<SharedLibraryPlugin> plugin = SharedLibraryPlugin::New(path);
+  EXPECT_FALSE(IsLoaded(path));
+}
+
+TEST(SharedLibraryPluginTest, TheSharedObjectStaysLoadedAsLongAsThePlugin) {
+  const std::string path = TestPluginPath("EchoPlugin");
+  std::shared_ptr<SharedLibraryPlugin> plugin = SharedLibraryPlugin::New(path);
+  plugin->Initialize();
+  EXPECT_TRUE(IsLoaded(path));
+  plugin.reset();
+  EXPECT_FALSE(IsLoaded(path));
+}
+
+TEST(SharedLibraryPluginTest, RegistersItsNamespacesBelowTheRoot) {
+  const std::shared_ptr<SharedLibraryPlugin> plugin =
+      SharedLibraryPlugin::New(TestPluginPath("EchoPlugin"));
+  plugin->Initialize();
+  const std::shared_ptr<RootNamespace> root = RootNamespace::New(nullptr);
+  plugin->RegisterNamespaces(root);
+
+  std::list<std::string> path{"echo", "say"};
+  EXPECT_EQ(root->ResolveNode(path)->GetType(), NodeType::Command);
+  EXPECT_EQ(root->GetNamespaceNode("echo")->GetDescription(), "Answers of a plug-in.");
+}
+
+TEST(SharedLibraryPluginTest, BeforeInitializeItRegistersNothing) {
+  const std::shared_ptr<RootNamespace> root = RootNamespace::New(nullptr);
+  SharedLibraryPlugin::New(TestPluginPath("EchoPlugin"))->RegisterNamespaces(root);
+  EXPECT_THAT(root->GetNamespaceNodeNames(), IsEmpty());
+}
+
+TEST(SharedLibraryPluginTest, AfterAFailedInitializeItRegistersNothing) {
+  const std::shared_ptr<SharedLibraryPlugin> plugin =
+      SharedLibraryPlugin::New(TestPluginPath("NoEntryPoint"));
+  EXPECT_THROW(plugin->Initialize(), KestrelException);
+  const std::shared_ptr<RootNamespace> root = RootNamespace::New(nullptr);
+  plugin->RegisterNamespaces(root);
+  EXPECT_THAT(root->GetNamespaceNodeNames(), IsEmpty());
+}
+
+TEST(SharedLibraryPluginTest, CanBeInitializedAgain) {
+  const std::string path = TestPluginPath("EchoPlugin");
+  std::shared_ptr<SharedLibraryPlugin> plugin = SharedLibraryPlugin::New(path);
+  plugin->Initialize();
+  plugin->Initialize();
+  const std::shared_ptr<RootNamespace> root = RootNamespace::New(nullptr);
+  plugin->RegisterNamespaces(root);
+  EXPECT_THAT(root->GetNamespaceNodeNames(), ElementsAre("echo"));
+}
+
+TEST(SharedLibraryPluginTest, HasNoFormatters) {
+  const std::shared_ptr<SharedLibraryPlugin> plugin = SharedLibraryPlugin::New("x.so");
+  EXPECT_FALSE(plugin->HasFormatter("table"));
+  EXPECT_FALSE(plugin->HasFormatter(""));
+  EXPECT_EQ(plugin->GetFormatter("table"), nullptr);
+  EXPECT_THAT(plugin->GetFormatters(), IsEmpty());
+  EXPECT_EQ(&plugin->GetFormatters(), &SharedLibraryPlugin::New("y.so")->GetFormatters());
+}
+
+TEST(SharedLibraryPluginTest, ATextFileIsRefusedWithTheLoadersText) {
+  const ScopedTempDir dir;
+  const std::string path = dir.Write("x.so", std::string(1000, 'x'));
+  const std::string expected = "Unable to load plugin from " + path + " : " + LoaderErrorFor(path);
+  EXPECT_THAT(expected, EndsWith("invalid ELF header"));
+  EXPECT_THAT([&] { SharedLibraryPlugin::New(path)->Initialize(); },
+              ThrowsMessage<KestrelException>(expected));
+}
+
+TEST(SharedLibraryPluginTest, AMissingFileIsRefusedWithTheLoadersText) {
+  const ScopedTempDir dir;
+  const std::string path = dir.GetPath("missing.so");
+  EXPECT_THAT([&] { SharedLibraryPlugin::New(path)->Initialize(); },
+              ThrowsMessage<KestrelException>(
+                  "Unable to load plugin from " + path + " : " + path +
+                  ": cannot open shared object file: No such file or directory"));
+}
+
+TEST(SharedLibraryPluginTest, ASharedObjectWithoutTheEntryPointIsRefusedAndClosed) {
+  const std::string path = TestPluginPath("NoEntryPoint");
+  EXPECT_THAT([&] { SharedLibraryPlugin::New(path)->Initialize(); },
+              ThrowsMessage<KestrelException>("Unable to get plugin registration point from " +
+                                              path + " : " + path +
+                                              ": undefined symbol: AutoCli_RegisterNamespaces"));
+  EXPECT_FALSE(IsLoaded(path));
+}
+
+TEST(SharedLibraryPluginTest, AnEntryPointAtNullIsRefusedWithoutALoadersText) {
+  const std::string path = TestPluginPath("NullEntryPoint");
+  // A text that an earlier call left behind must not show up.
+  EXPECT_EQ(dlsym(RTLD_DEFAULT, "Kestrel_NoSuchSymbol"), nullptr);
+  EXPECT_THAT([&] { SharedLibraryPlugin::New(path)->Initialize(); },
+              ThrowsMessage<KestrelException>("Unable to get plugin registration point from " +
+                                              path + " : (null)"));
+  EXPECT_FALSE(IsLoaded(path));
+}
+
+// --- what is no regular file ---
+
+std::string NotAFileMessage(const std::string& path) {
+  return "Unable to load plugin from " + path + " : not a regular file";
+}
+
+TEST(SharedLibraryPluginTest, AFifoIsRefusedUnopened) {
+  const ScopedTempDir dir;
+  const std::string path = dir.GetPath("x.so");
+  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+  EXPECT_THAT([&] { SharedLibraryPlugin::New(path)->Initialize(); },
+              ThrowsMessage<KestrelException>(NotAFileMessage(path)));
+}
+
+TEST(SharedLibraryPluginTest, ADirectoryIsRefused) {
+  const ScopedTempDir dir;
+  const std::string path = dir.MakeDirectory("x.so");
+  EXPECT_THAT([&] { SharedLibraryPlugin::New(path)->Initialize(); },
+              ThrowsMessage<KestrelException>(NotAFileMessage(path)));
+}
+
+TEST(SharedLibraryPluginTest, ADeviceBehindALinkIsRefused) {
+  const ScopedTempDir dir;
+  const std::string path = dir.GetPath("x.so");
+  std::filesystem::create_symlink("/dev/zero", path);
+  EXPECT_THAT([&] { SharedLibraryPlugin::New(path)->Initialize(); },
+              ThrowsMessage<KestrelException>(NotAFileMessage(path)));
+}
+
+TEST(SharedLibraryPluginTest, ALinkToASharedObjectIsLoaded) {
+  const ScopedTempDir dir;
+  const std::string path = dir.GetPath("x.so");
+  std::filesystem::create_symlink(TestPluginPath("EchoPlugin"), path);
+  const std::shared_ptr<SharedLibraryPlugin> plugin = SharedLibraryPlugin::New(path);
+  plugin->Initialize();
+  EXPECT_TRUE(IsLoaded(path));
+}
+
+// Changes the folder of this process for as long as it lives.
+class ScopedWorkingDirectory {
+ public:
+  explicit ScopedWorkingDirectory(const std::string& dir)
+      : previous_(std::filesystem::current_path()) {
+    std::filesystem::current_path(dir);
+  }
+  ~ScopedWorkingDirectory() { std::filesystem::current_path(previous_); }
+  ScopedWorkingDirectory(const ScopedWorkingDirectory&) = delete;
+  ScopedWorkingDirectory& operator=(const ScopedWorkingDirectory&) = delete;
+
+ private:
+  std::filesystem::path previous_;
+};
+
+TEST(SharedLibraryPluginTest, APathWithoutSlashIsLeftToTheLoaderToSearch) {
+  const ScopedTempDir dir;
+  CopyTestPlugin("EchoPlugin", dir.GetPath("here.so"));
+  dir.MakeDirectory("folder.so");
+  const ScopedWorkingDirectory inDir(dir.GetPath());
+  for (const char* name : {"here.so", "folder.so"}) {
+    EXPECT_THAT([&] { SharedLibraryPlugin::New(name)->Initialize(); },
+                ThrowsMessage<KestrelException>(
+                    std::string("Unable to load plugin from ") + name + " : " + name +
+                    ": cannot open shared object file: No such file or directory"));
+  }
+  SharedLibraryPlugin::New("./here.so")->Initialize();
+  EXPECT_THAT([] { SharedLibraryPlugin::New("./folder.so")->Initialize(); },
+              ThrowsMessage<KestrelException>(NotAFileMessage("./folder.so")));
+}
+
+// --- how symbols are bound ---
+
+TEST(SharedLibraryPluginTest, SymbolsAreBoundLazilyAndOpenToLaterPlugins) {
+  // The borrower opens although nothing offers the function that it calls.
+  const std::shared_ptr<SharedLibraryPlugin> borrower =
+      SharedLibraryPlugin::New(TestPluginPath("BorrowerPlugin"));
+  borrower->Initialize();
+  const std::shared_ptr<SharedLibraryPlugin> lender =
+      SharedLibraryPlugin::New(TestPluginPath("LenderPlugin"));
+  lender->Initialize();
+
+  const std::shared_ptr<RootNamespace> root = RootNamespace::New(nullptr);
+  borrower->RegisterNamespaces(root);
+  const auto command = std::dynamic_pointer_cast<Command>(root->GetNamespaceNode("borrower"));
+  const std::shared_ptr<CallSpec::Output> output = CallSpec::Output::New();
+  command->Execute(CallSpec::Input::New(), output);
+  EXPECT_EQ(output->GetRootObject()->ToString(), "a text on loan");
+}
+
+// --- an entry point that throws ---
+
+TEST(SharedLibraryPluginTest, AnExceptionOfTheEntryPointPasses) {
+  const std::shared_ptr<SharedLibraryPlugin> plugin =
+      SharedLibraryPlugin::New(TestPluginPath("ThrowingPluginKestrelException"));
+  plugin->Initialize();
+  const std::shared_ptr<RootNamespace> root = RootNamespace::New(nullptr);
+  EXPECT_THAT([&] { plugin->RegisterNamespaces(root); },
+              ThrowsMessage<KestrelException>("the plug-in has no fuel"));
+  EXPECT_THAT(root->GetNamespaceNodeNames(), ElementsAre("throwing"));
+}
+
+}  // namespace
+}  // namespace Kestrel::AutoCli

@@ -1,0 +1,11 @@
+// Offers a function to plug-ins that are loaded later.
+
+#include <kestrel/autocli/PluginEntryPoint.h>
+
+extern "C" KESTREL_API const char* LentText();
+
+const char* LentText() { return "a text on loan"; }
+
+void AutoCli_RegisterNamespaces(std::shared_ptr<Kestrel::AutoCli::Namespace> root) {
+  root->SubNamespace("lender");
+}

@@ -1,0 +1,7 @@
+// A shared object that is no plug-in.
+
+#include <kestrel/Export.h>
+
+extern "C" KESTREL_API int SomethingElse();
+
+int SomethingElse() { return 1; }

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <functional>
+#include <initializer_list>
+#include <memory>
+#include <string>
+
+#include "kestrel/autocli/Command.h"
+#include "kestrel/autocli/CommandInput.h"
+#include "kestrel/autocli/NamespaceNode.h"
+
+namespace Kestrel::Testing {
+
+/// A command whose parameters, declared result and work a test sets. At first it takes no
+/// parameter, declares a text, and answers "done".
+class SampleCommand : public AutoCli::Command {
+ public:
+  using Work = std::function<void(const std::shared_ptr<CallSpec::Input>&,
+                                  const std::shared_ptr<CallSpec::Output>&)>;
+
+  SampleCommand();
+  ~SampleCommand() override;
+
+  std::shared_ptr<CallSpec::InputSpec> GetInputSpecInternal() override;
+  std::shared_ptr<CallSpec::OutputSpec> GetOutputSpecInternal() override;
+  void ExecuteInternal(const std::shared_ptr<CallSpec::Input>& input,
+                       const std::shared_ptr<CallSpec::Output>& output) override;
+
+  std::shared_ptr<CallSpec::InputSpec> inputSpec;
+  std::shared_ptr<CallSpec::OutputSpec> outputSpec;
+  Work work;
+
+  /// How often each operation was called.
+  int inputSpecCalls = 0;
+  int outputSpecCalls = 0;
+  int executions = 0;
+};
+
+/// A command that answers with `text`.
+std::shared_ptr<SampleCommand> MakeAnsweringCommand(const std::string& text);
+
+/// A command that throws `std::runtime_error(text)`.
+std::shared_ptr<SampleCommand> MakeThrowingCommand(const std::string& text);
+
+/// A command that declares a text and answers with an integer.
+std::shared_ptr<SampleCommand> MakeLyingCommand();
+
+/// Registers `command` below `root` under the names in `path`, making the namespaces it needs.
+void RegisterAt(const std::shared_ptr<AutoCli::NamespaceNode>& root,
+                std::initializer_list<const char*> path,
+                const std::shared_ptr<AutoCli::NamespaceNode>& command);
+
+/// The input of a command line of the tool "vexil" that consists of the names in `path`.
+std::shared_ptr<AutoCli::CommandInput> MakeCommandInput(std::initializer_list<const char*> path);
+
+}  // namespace Kestrel::Testing
