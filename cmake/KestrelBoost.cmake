@@ -1,5 +1,8 @@
 # Interface target with what the library needs of Boost: the headers, and Boost.Regex. Since 1.76
 # Boost.Regex is headers alone; before, it has a shared library.
+if(POLICY CMP0167)
+  cmake_policy(SET CMP0167 NEW)  # Boost's own package file, not CMake's search
+endif()
 add_library(kestrel_boost INTERFACE)
 find_package(Boost 1.71 REQUIRED)
 target_link_libraries(kestrel_boost INTERFACE Boost::headers)
