@@ -14,7 +14,9 @@ namespace Kestrel::Host {
 namespace {
 
 constexpr std::string_view kBlanks = " \t\r\n";
-constexpr std::size_t kReadSize = 1 << 16;
+// More processors, nodes or the like than any kernel can number.
+constexpr long kLongestRange = 1 << 16;
+constexpr std::size_t kFirstReadSize = 1 << 12;
 
 class Descriptor {
  public:
@@ -23,9 +25,11 @@ class Descriptor {
   Descriptor(const Descriptor&) = delete;
   Descriptor& operator=(const Descriptor&) = delete;
   ~Descriptor() {
+    const int error = errno;  // the caller's reason, which closing must not replace
     if (IsOpen()) {
       ::close(number_);
     }
+    errno = error;
   }
 
   bool IsOpen() const { return number_ >= 0; }
@@ -56,6 +60,24 @@ void AppendEscaped(std::string& text, unsigned char byte) {
   text += kDigits[byte & 0xf];
 }
 
+std::string EscapeControls(std::string_view text, std::string_view kept) {
+  std::string safe;
+  safe.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(text[i]);
+    if (IsControl(byte) && kept.find(text[i]) == std::string_view::npos) {
+      AppendEscaped(safe, byte);
+    } else if (i + 1 < text.size() &&
+               IsControlPair(byte, static_cast<unsigned char>(text[i + 1]))) {
+      AppendEscaped(safe, byte);
+      AppendEscaped(safe, static_cast<unsigned char>(text[++i]));
+    } else {
+      safe += text[i];
+    }
+  }
+  return safe;
+}
+
 }  // namespace
 
 const char* const kProc = "/proc";
@@ -66,17 +88,20 @@ std::optional<std::string> ReadFile(const std::string& path) {
   if (!file.IsOpen()) {
     return std::nullopt;
   }
-  std::string text;
+  std::string text(kFirstReadSize, '\0');
+  std::size_t size = 0;
   for (;;) {
-    const std::size_t size = text.size();
-    text.resize(size + kReadSize);
-    const ssize_t count = file.Read(&text[size], kReadSize);
-    text.resize(size + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    const ssize_t count = file.Read(&text[size], text.size() - size);
     if (count < 0 && size == 0) {
       return std::nullopt;
     }
     if (count <= 0) {
+      text.resize(size);
       return text;
+    }
+    size += static_cast<std::size_t>(count);
+    if (size == text.size()) {
+      text.resize(2 * size);
     }
   }
 }
@@ -139,6 +164,22 @@ std::string_view Trim(std::string_view text) {
   return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
+std::vector<long> ParseNumberList(std::string_view text) {
+  std::vector<long> numbers;
+  for (const std::string_view piece : Split(Trim(text), ',')) {
+    const std::size_t dash = piece.find('-', 1);
+    const auto first = ParseNumber(piece.substr(0, dash));
+    const auto last = dash == std::string_view::npos ? first : ParseNumber(piece.substr(dash + 1));
+    if (!first || !last || *last - *first >= kLongestRange) {
+      continue;
+    }
+    for (long number = *first; number <= *last; ++number) {
+      numbers.push_back(number);
+    }
+  }
+  return numbers;
+}
+
 std::vector<std::string_view> Split(std::string_view text, char separator) {
   std::vector<std::string_view> pieces;
   for (;;) {
@@ -171,21 +212,11 @@ std::vector<std::string_view> SplitLines(std::string_view text) {
 }
 
 std::shared_ptr<MetaObj::MetaString> OutsideText(std::string_view text) {
-  std::string safe;
-  safe.reserve(text.size());
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const auto byte = static_cast<unsigned char>(text[i]);
-    if (IsControl(byte)) {
-      AppendEscaped(safe, byte);
-    } else if (i + 1 < text.size() &&
-               IsControlPair(byte, static_cast<unsigned char>(text[i + 1]))) {
-      AppendEscaped(safe, byte);
-      AppendEscaped(safe, static_cast<unsigned char>(text[++i]));
-    } else {
-      safe += text[i];
-    }
-  }
-  return MetaObj::MetaString::NewUtf8WithEscapes(std::move(safe));
+  return MetaObj::MetaString::NewUtf8WithEscapes(EscapeControls(text, ""));
+}
+
+std::shared_ptr<MetaObj::MetaString> OutsideLines(std::string_view text) {
+  return MetaObj::MetaString::NewUtf8WithEscapes(EscapeControls(text, "\t\n"));
 }
 
 }  // namespace Kestrel::Host

@@ -33,6 +33,10 @@ std::optional<std::string> ReadLink(const std::string& path);
 /// beyond 64 bits.
 std::optional<long> ParseNumber(std::string_view text);
 
+/// The numbers of a list like "0-3,8", as the kernel writes sets of processors; pieces that are
+/// none are passed over.
+std::vector<long> ParseNumberList(std::string_view text);
+
 /// `text` without blanks and line ends at both ends.
 std::string_view Trim(std::string_view text);
 
@@ -48,5 +52,8 @@ std::vector<std::string_view> SplitLines(std::string_view text);
 /// Text from outside as a value that is safe to print: control characters and bytes that are no
 /// UTF-8 are written as \xHH.
 std::shared_ptr<MetaObj::MetaString> OutsideText(std::string_view text);
+
+/// The same for a text of several lines: tabs and line ends stay.
+std::shared_ptr<MetaObj::MetaString> OutsideLines(std::string_view text);
 
 }  // namespace Kestrel::Host
