@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace Kestrel::Testing {
+
+/// Standard output of a shell command in the C locale. Fails the test when the command fails or is
+/// not there.
+std::string Witness(const std::string& command);
+
+/// The lines of the output, without an empty last one.
+std::vector<std::string> WitnessLines(const std::string& command);
+
+/// The words of a text between runs of blanks; with a limit, the last one is all the rest.
+std::vector<std::string> WordsIn(const std::string& text, std::size_t limit = 0);
+
+}  // namespace Kestrel::Testing
