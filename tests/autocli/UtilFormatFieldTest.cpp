@@ -14,10 +14,12 @@
 #include "kestrel/metaobj/MetaList.h"
 #include "kestrel/metaobj/MetaString.h"
 #include "kestrel/metaobj/MetaStruct.h"
+#include "support/SampleValues.h"
 
 namespace Kestrel::AutoCli {
 namespace {
 
+using ::Kestrel::Testing::LyingValue;
 using MetaObj::MetaBool;
 using MetaObj::MetaInt;
 using MetaObj::MetaList;
@@ -29,13 +31,6 @@ using Value = std::shared_ptr<MetaObject>;
 
 const char kError[] =
     "Error while handling formatting parameter printf:T.F.  Unable to format field: ";
-
-/// Announces a kind whose class it is not.
-class LyingValue : public MetaObject {
- public:
-  explicit LyingValue(MetaType type) : MetaObject(type) {}
-  std::string ToString() const override { return "a lie"; }
-};
 
 std::string Print(const Value& value, const std::string& format) {
   FormatParameters params;

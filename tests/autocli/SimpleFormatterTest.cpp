@@ -1,0 +1,709 @@
+#include "kestrel/autocli/SimpleFormatter.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <iomanip>
+#include <ios>
+#include <random>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "kestrel/autocli/Util.h"
+#include "kestrel/metaobj/MetaBool.h"
+#include "kestrel/metaobj/MetaInt.h"
+#include "kestrel/metaobj/MetaList.h"
+#include "kestrel/metaobj/MetaString.h"
+#include "kestrel/metaobj/MetaStruct.h"
+#include "support/Golden.h"
+#include "support/LimitedBuffer.h"
+#include "support/SampleValues.h"
+
+namespace Kestrel::AutoCli {
+namespace {
+
+using namespace ::Kestrel::Testing;  // NOLINT: helpers of these tests
+using MetaObj::MetaBool;
+using MetaObj::MetaInt;
+using MetaObj::MetaList;
+using MetaObj::MetaObject;
+using MetaObj::MetaString;
+using MetaObj::MetaStruct;
+using MetaObj::MetaType;
+using ::testing::ThrowsMessage;
+using Parameters = std::initializer_list<std::pair<const char*, const char*>>;
+
+std::string Print(const std::shared_ptr<MetaObject>& root, Parameters parameters = {}) {
+  SimpleFormatter formatter;
+  return FormatToText(formatter, root, parameters);
+}
+
+std::string PrintAt(int level, const std::shared_ptr<MetaObject>& value) {
+  SimpleFormatter formatter;
+  FormatParameters params;
+  std::ostringstream out;
+  formatter.Format(value, params, out, level);
+  return out.str();
+}
+
+std::shared_ptr<MetaStruct> MakeRecord(
+    std::initializer_list<std::pair<const char*, const char*>> fields) {
+  auto record = MetaStruct::New("Row");
+  for (const auto& [name, value] : fields) {
+    record->SetField(name, value);
+  }
+  return record;
+}
+
+TEST(SimpleFormatterTest, DocumentsItself) {
+  const SimpleFormatter formatter;
+  EXPECT_EQ(formatter.GetName(), "simple");
+  EXPECT_EQ(formatter.GetDescription(),
+            "Print a representation of any item to the screen. This can be any type, but this "
+            "formatter excels at printing structs and lists of structs.");
+}
+
+TEST(SimpleFormatterTest, DocumentsFiveParametersInOrder) {
+  const SimpleFormatter formatter;
+  const auto& params = formatter.GetParams();
+  ASSERT_EQ(params.size(), 5u);
+  EXPECT_EQ(params[0].name, "header:<TypeName>");
+  EXPECT_EQ(
+      params[0].description,
+      "When printing a struct type, prefix the output of the struct with the given text string and "
+      "then indent all the struct fields below this text.  The TypeName value can be determined "
+      "from the raw or xml output for a command.  For this field a special variable substitution "
+      "is available in the value of this format paramter.  If the value contains a string "
+      "%<Field>% then this formatter will do token substitution and replace the value of "
+      "%<Field>% with the given value of the field in <TypeName>.  Note this can only be a scalar "
+      "type (int, bool, string) and must exactly match one of the fields in the struct "
+      "<TypeName>.  Example: 'header:ScsiDeviceList' = 'SCSI Device %Device Name%' will result in "
+      "a header of 'SCSI Device naa.XXXX'.  Note only one %<Field>% tag is supported.  To disable "
+      "the display of the header the special value <NONE> can be used");
+  EXPECT_EQ(params[1].name, "fields:<TypeName>");
+  EXPECT_EQ(params[1].description,
+            "When printing a struct use the set of fields given in this parameter.  This allows "
+            "the ordering and filtering of the fields printed for a given struct. If no "
+            "':<TypeName>' is given then then all structs encounted in the output will attempt to "
+            "use these fields.  This provides a reasonable default and compatible output with "
+            "other formatters");
+  EXPECT_EQ(params[2].name, "units:<TypeName>.<FieldName>");
+  EXPECT_EQ(params[2].description,
+            "When printing a struct use the given 'units' value as a suffix for a given field.  "
+            "For example specifying \"units:ScsiDeviceList:Size\" = \"Mb\" would append the string "
+            "'Mb' to the end of a field");
+  EXPECT_EQ(params[3].name, "printf:<TypeName>.<FieldName>");
+  EXPECT_EQ(params[3].description,
+            "When printing a struct use the given 'printf' formatting string for printing the "
+            "value.  This uses standard printf syntax to print a given field.  For example "
+            "specifying \"units:ScsiDeviceList.Size\" = \"Mb\" would append the string 'Mb' to the "
+            "end of a field");
+  EXPECT_EQ(params[4].name, "align-fields");
+  EXPECT_EQ(params[4].description,
+            "When printing a struct left align all of the fields values so they all start at the "
+            "same column");
+  for (const FormatterParam& param : params) {
+    EXPECT_FALSE(param.flag) << param.name;
+  }
+}
+
+TEST(SimpleFormatterTest, IndentsThreeBlanksALevel) {
+  EXPECT_EQ(GetIndent(-1), "");
+  EXPECT_EQ(GetIndent(0), "");
+  EXPECT_EQ(GetIndent(1), "   ");
+  EXPECT_EQ(GetIndent(4), "            ");
+}
+
+TEST(SimpleFormatterTest, PrintsAScalarOnALine) {
+  EXPECT_EQ(Print(MetaBool::New(true)), "true\n");
+  EXPECT_EQ(Print(MetaBool::New(false)), "false\n");
+  EXPECT_EQ(Print(MetaInt::New(-512)), "-512\n");
+  EXPECT_EQ(Print(MetaString::New("two words")), "two words\n");
+  EXPECT_EQ(Print(MetaString::New("")), "\n");
+}
+
+TEST(SimpleFormatterTest, IndentsNoScalar) { EXPECT_EQ(PrintAt(3, MetaInt::New(7)), "7\n"); }
+
+TEST(SimpleFormatterTest, PrintsNothingForNull) {
+  EXPECT_EQ(Print(nullptr), "");
+  EXPECT_EQ(PrintAt(0, nullptr), "");
+}
+
+TEST(SimpleFormatterTest, TellsOfAKindThatLies) {
+  const auto print = [](MetaType type) { return Print(std::make_shared<LyingValue>(type)); };
+  EXPECT_EQ(print(MetaType::Bool), "Error reading a bool\n");
+  EXPECT_EQ(print(MetaType::Int), "Error reading a int\n");
+  EXPECT_EQ(print(MetaType::String), "Error reading a string\n");
+  EXPECT_EQ(print(MetaType::Struct), "Error reading a struct from output.\n");
+  EXPECT_EQ(print(MetaType::List), "Error reading a List\n");
+  EXPECT_EQ(print(static_cast<MetaType>(5)), "");
+}
+
+TEST(SimpleFormatterTest, TellsOfAFieldWhoseKindLies) {
+  const auto record = MetaStruct::New("Row");
+  record->SetField("a", std::make_shared<LyingValue>(MetaType::Struct));
+  record->SetField("b", std::make_shared<LyingValue>(MetaType::List));
+  record->SetField("c", std::make_shared<LyingValue>(MetaType::Int));
+  record->SetField("d", std::make_shared<LyingValue>(static_cast<MetaType>(5)));
+  EXPECT_EQ(Print(record),
+            "Row:\n"
+            "   a: \nError reading a struct from output.\n"
+            "   b: Error reading a List\n"
+            "   c: a lie\n"
+            "   d: a lie\n");
+}
+
+TEST(SimpleFormatterTest, TellsOfAStructureOrListThatIsNull) {
+  SimpleFormatter formatter;
+  FormatParameters params;
+  std::ostringstream out;
+  formatter.FormatStruct(nullptr, params, out, 2);
+  formatter.FormatList(nullptr, params, out, 2);
+  EXPECT_EQ(out.str(), "Error reading a struct from output.\nError reading a List\n");
+}
+
+TEST(SimpleFormatterTest, PrintsAStructureAtLevelZeroWithoutEmptyLine) {
+  EXPECT_EQ(Print(MakeDisk("a", 10)), "Disk:\n   Name: a\n   Size: 10\n");
+}
+
+TEST(SimpleFormatterTest, PrintsAnEmptyStructureAsItsHeader) {
+  EXPECT_EQ(Print(MetaStruct::New("Empty")), "Empty:\n");
+}
+
+TEST(SimpleFormatterTest, PrintsAListOfStructuresBetweenEmptyLines) {
+  EXPECT_EQ(Print(MakeDisks({{"a", 10}, {"b", 20}})),
+            "\n"
+            "Disk:\n"
+            "   Name: a\n"
+            "   Size: 10\n"
+            "\n"
+            "Disk:\n"
+            "   Name: b\n"
+            "   Size: 20\n"
+            "\n");
+}
+
+TEST(SimpleFormatterTest, PrintsAnEmptyListOfStructuresAsALineEnd) {
+  EXPECT_EQ(Print(MakeDisks({})), "\n");
+}
+
+TEST(SimpleFormatterTest, PrintsAListOfScalarsOnALine) {
+  const auto texts = MetaList::New(MetaType::String);
+  EXPECT_EQ(Print(texts), "\n");
+  texts->AddAll(std::vector<std::string>{"one", "", "two words"});
+  EXPECT_EQ(Print(texts), "one, , two words\n");
+  const auto numbers = MetaList::New(MetaType::Int);
+  numbers->AddAll(std::vector<long>{-1, 2, 30});
+  numbers->Add(std::shared_ptr<MetaObject>(std::make_shared<LyingValue>(MetaType::Int)));
+  EXPECT_EQ(Print(numbers), numbers->ToString() + "\n");
+  const auto flags = MetaList::New(MetaType::Bool);
+  flags->AddAll(std::vector<bool>{true, false});
+  EXPECT_EQ(PrintAt(5, flags), "true, false\n");
+}
+
+TEST(SimpleFormatterTest, IndentsNestedValues) {
+  const auto inner = MakeRecord({{"x", "deep"}});
+  const auto texts = MetaList::New(MetaType::String);
+  texts->AddAll(std::vector<std::string>{"one", "two"});
+  const auto record = MetaStruct::New("Outer");
+  record->SetField("list", MakeDisks({{"a", 1}}));
+  record->SetField("record", inner);
+  record->SetField("texts", texts);
+  record->SetField("value", true);
+  EXPECT_EQ(Print(record),
+            "Outer:\n"
+            "   list: \n"
+            "         Disk:\n"
+            "            Name: a\n"
+            "            Size: 1\n"
+            "\n"
+            "   record: \n"
+            "      Row:\n"
+            "         x: deep\n"
+            "   texts: one, two\n"
+            "   value: true\n");
+}
+
+TEST(SimpleFormatterTest, PrintsAtTheLevelThatIsAskedFor) {
+  const std::string atTwo = "      Disk:\n         Name: a\n         Size: 1\n";
+  EXPECT_EQ(PrintAt(2, MakeDisk("a", 1)), atTwo);
+  EXPECT_EQ(PrintAt(1, MakeDisks({{"a", 1}})), "\n" + atTwo + "\n");
+  EXPECT_EQ(PrintAt(-4, MakeDisk("a", 1)), "Disk:\n   Name: a\n   Size: 1\n");
+  SimpleFormatter formatter;
+  FormatParameters params;
+  std::ostringstream out;
+  formatter.FormatStruct(MakeDisk("a", 1), params, out, 2);
+  EXPECT_EQ(out.str(), atTwo);
+  out.str("");
+  formatter.FormatList(MakeDisks({{"a", 1}}), params, out, 1);
+  EXPECT_EQ(out.str(), "\n" + atTwo + "\n");
+}
+
+TEST(SimpleFormatterTest, ChoosesAndOrdersFields) {
+  const auto record = MakeRecord({{"a", "1"}, {"b", "2"}, {"c", "3"}});
+  EXPECT_EQ(Print(record, {{"fields:Row", "c,a"}, {"fields", "b"}}), "Row:\n   c: 3\n   a: 1\n");
+  EXPECT_EQ(Print(record, {{"fields", "b"}, {"fields:Other", "a"}}), "Row:\n   b: 2\n");
+  EXPECT_EQ(Print(record, {{"fields:Row", ""}, {"fields", "b"}}), "Row:\n");
+  EXPECT_EQ(Print(record, {{"fields", "a,a,"}}), "Row:\n   a: 1\n   a: 1\n");
+}
+
+TEST(SimpleFormatterTest, TheBareListCountsForNestedStructuresToo) {
+  const auto record = MetaStruct::New("Outer");
+  record->SetField("inner", MakeRecord({{"inner", "x"}, {"other", "y"}}));
+  record->SetField("other", "z");
+  EXPECT_EQ(Print(record, {{"fields", "inner"}}),
+            "Outer:\n   inner: \n      Row:\n         inner: x\n");
+}
+
+TEST(SimpleFormatterTest, AnUnknownFieldEndsItsStructure) {
+  EXPECT_EQ(Print(MakeDisk("a", 10), {{"fields:Disk", "Size,Nope,Name"}}),
+            "Disk:\n   Size: 10\nError getting field Nope\n");
+}
+
+TEST(SimpleFormatterTest, AnUnknownFieldEndsItsOwnStructureOnly) {
+  const auto record = MetaStruct::New("Outer");
+  record->SetField("disk", MakeDisk("a", 1));
+  record->SetField("last", "z");
+  EXPECT_EQ(Print(record, {{"fields:Disk", "Nope,Name"}}),
+            "Outer:\n   disk: \n      Disk:\nError getting field Nope\n   last: z\n");
+  EXPECT_EQ(Print(MakeDisks({{"a", 1}, {"b", 2}}), {{"fields", "Nope"}}),
+            "\nDisk:\nError getting field Nope\n\nDisk:\nError getting field Nope\n\n");
+}
+
+TEST(SimpleFormatterTest, DoesNotTrimFieldNames) {
+  EXPECT_EQ(Print(MakeDisk("a", 1), {{"fields", "Name, Size"}}),
+            "Disk:\n   Name: a\nError getting field  Size\n");
+  EXPECT_EQ(Print(MakeDisk("a", 1), {{"fields", "Name,,Size"}}),
+            "Disk:\n   Name: a\nError getting field \n");
+}
+
+TEST(SimpleFormatterTest, AlignsFieldsOnRequest) {
+  const auto record = MakeRecord({{"a", "1"}, {"long-name", "2"}});
+  EXPECT_EQ(Print(record, {{"align-fields", "true"}}), "Row:\n   a        : 1\n   long-name: 2\n");
+  EXPECT_EQ(Print(record, {{"align-fields", "True"}}), "Row:\n   a: 1\n   long-name: 2\n");
+  EXPECT_EQ(Print(record, {{"align-fields", ""}}), "Row:\n   a: 1\n   long-name: 2\n");
+}
+
+TEST(SimpleFormatterTest, AlignsToTheLongestNameOfTheListEvenIfUnknown) {
+  EXPECT_EQ(Print(MakeDisk("a", 1), {{"align-fields", "true"}, {"fields", "Name,no-such-field"}}),
+            "Disk:\n   Name         : a\nError getting field no-such-field\n");
+}
+
+TEST(SimpleFormatterTest, AlignsBeforeNestedValuesToo) {
+  const auto record = MetaStruct::New("Outer");
+  record->SetField("a", MakeRecord({{"x", "1"}}));
+  record->SetField("list", std::vector<long>{1, 2});
+  EXPECT_EQ(Print(record, {{"align-fields", "true"}}),
+            "Outer:\n   a   : \n      Row:\n         x: 1\n   list: 1, 2\n");
+}
+
+TEST(SimpleFormatterTest, TakesTheHeaderFromTheParameters) {
+  EXPECT_EQ(Print(MakeDisk("a", 1), {{"header:Disk", "A disk"}, {"fields", "Name"}}),
+            "A disk:\n   Name: a\n");
+  EXPECT_EQ(Print(MakeDisk("a", 1), {{"header:Row", "A row"}, {"header", "x"}, {"fields", "Name"}}),
+            "Disk:\n   Name: a\n");
+  EXPECT_EQ(Print(MakeDisk("a", 1), {{"header:Disk", ""}, {"fields", "Name"}}), ":\n   Name: a\n");
+}
+
+TEST(SimpleFormatterTest, LeavesTheHeaderOutOnRequest) {
+  EXPECT_EQ(Print(MakeDisk("a", 1), {{"header:Disk", "<NONE>"}}), "   Name: a\n   Size: 1\n");
+  EXPECT_EQ(Print(MakeDisk("a", 1), {{"header:Disk", "<none>"}, {"fields", "Name"}}),
+            "<none>:\n   Name: a\n");
+  EXPECT_EQ(Print(MakeDisk("<NONE>", 1), {{"header:Disk", "%Name%"}, {"fields", "Size"}}),
+            "   Size: 1\n");
+}
+
+std::string PrintHeader(const char* header) {
+  const auto record = MakeRecord({{"Name", "disk1"}, {"Note", "%Name%"}, {"Size", "5"}});
+  const std::string text = Print(record, {{"header:Row", header}, {"fields", ""}});
+  return text.substr(0, text.size() - 2);
+}
+
+TEST(SimpleFormatterTest, PutsTheTextOfAFieldIntoTheHeader) {
+  EXPECT_EQ(PrintHeader("Disk %Name% here"), "Disk disk1 here");
+  EXPECT_EQ(PrintHeader("%Name%"), "disk1");
+}
+
+TEST(SimpleFormatterTest, PutsInTheLastOfSeveralMarkers) {
+  EXPECT_EQ(PrintHeader("%Name% of %Size%"), "%Name% of 5");
+}
+
+TEST(SimpleFormatterTest, PutsInEveryOccurrenceOfTheMarker) {
+  EXPECT_EQ(PrintHeader("%Size% %Name% %Size%"), "5 %Name% 5");
+}
+
+TEST(SimpleFormatterTest, DoesNotLookIntoTheTextThatItPutIn) {
+  EXPECT_EQ(PrintHeader("%Note%%Note%"), "%Name%%Name%");
+}
+
+TEST(SimpleFormatterTest, LeavesAHeaderWithoutSuchAFieldAsItIs) {
+  EXPECT_EQ(PrintHeader("%Nope%"), "%Nope%");
+  EXPECT_EQ(PrintHeader("%Name% 100%"), "%Name% 100%");
+  EXPECT_EQ(PrintHeader("100% sure"), "100% sure");
+  EXPECT_EQ(PrintHeader("%%"), "%%");
+  EXPECT_EQ(PrintHeader("%name%"), "%name%");
+}
+
+TEST(SimpleFormatterTest, PutsEveryKindOfFieldIntoTheHeader) {
+  const auto record = MetaStruct::New("Row");
+  record->SetField("flag", true);
+  record->SetField("list", std::vector<long>{1, 2});
+  record->SetField("record", MakeDisk("a", 1));
+  const auto print = [&record](const char* header) {
+    return Print(record, {{"header:Row", header}, {"fields", ""}});
+  };
+  EXPECT_EQ(print("%flag%"), "true:\n");
+  EXPECT_EQ(print("%list%"), "1, 2:\n");
+  EXPECT_EQ(print("%record%"), "{'Name' => 'a', 'Size' => '1', }:\n");
+}
+
+TEST(SimpleFormatterTest, FillsTheHeaderAnewForEachElement) {
+  EXPECT_EQ(
+      Print(MakeDisks({{"a", 1}, {"b", 2}}), {{"header:Disk", "Disk %Name%"}, {"fields", "Size"}}),
+      "\nDisk a:\n   Size: 1\n\nDisk b:\n   Size: 2\n\n");
+}
+
+TEST(SimpleFormatterTest, AppliesUnitsAndFormatsToScalarFields) {
+  EXPECT_EQ(Print(MakeDisk("a", 512), {{"units:Disk.Size", "Mb"}, {"printf:Disk.Name", "<%s>"}}),
+            "Disk:\n   Name: <a>\n   Size: 512 Mb\n");
+  EXPECT_EQ(
+      Print(MakeDisk("a", 512), {{"printf:Disk.Size", "%s"}, {"fields", "Size"}}),
+      "Disk:\n   Size: Error while handling formatting parameter printf:Disk.Size.  Unable to "
+      "format field: Invalid argument\n");
+}
+
+TEST(SimpleFormatterTest, AppliesNoUnitsToStructuresAndLists) {
+  const auto record = MetaStruct::New("Outer");
+  record->SetField("list", std::vector<long>{1, 2});
+  record->SetField("record", MakeRecord({{"x", "1"}}));
+  EXPECT_EQ(Print(record, {{"units:Outer.list", "Mb"}, {"printf:Outer.record", "%s"}}),
+            "Outer:\n   list: 1, 2\n   record: \n      Row:\n         x: 1\n");
+}
+
+TEST(SimpleFormatterTest, LooksUnitsUpByTheTypeOfEachElement) {
+  const auto list = MakeDisks({{"a", 1}});
+  const auto other = MetaStruct::New("Floppy");
+  other->SetField("Name", "b");
+  other->SetField("Size", 2);
+  list->Add(other);
+  list->Add(MakeDisk("c", 3));
+  EXPECT_EQ(Print(list, {{"units:Disk.Size", "MB"}, {"header:Floppy", "<NONE>"}}),
+            "\nDisk:\n   Name: a\n   Size: 1 MB\n"
+            "\n   Name: b\n   Size: 2\n"
+            "\nDisk:\n   Name: c\n   Size: 3 MB\n\n");
+}
+
+TEST(SimpleFormatterTest, PrintsStructuresOfManyShapesInTurn) {
+  const auto outer = MetaStruct::New("Outer");
+  std::string expected = "Outer:\n";
+  for (int i = 0; i < 30; ++i) {
+    const std::string number = std::to_string(10 + i % 15);
+    const auto inner = MetaStruct::New("Shape" + number);
+    inner->SetField("f" + number, i);
+    outer->SetField("field" + std::to_string(100 + i), inner);
+    expected += "   field" + std::to_string(100 + i) + ": \n      Shape" + number +
+                ":\n         f" + number + ": " + std::to_string(i) + "\n";
+  }
+  EXPECT_EQ(Print(outer), expected);
+}
+
+TEST(SimpleFormatterTest, IsBlindToTheStateOfTheStream) {
+  SimpleFormatter formatter;
+  FormatParameters params = MakeParameters({{"align-fields", "true"}});
+  DisplayContext display;
+  std::ostringstream out;
+  out << std::hex << std::showpos << std::setw(20) << std::setfill('*') << std::right;
+  formatter.Format(MakeOutput(MakeDisk("a", 255)), params, display, out);
+  EXPECT_EQ(out.str(), "Disk:\n   Name: a\n   Size: 255\n");
+  EXPECT_EQ(out.flags() & std::ios_base::adjustfield, std::ios_base::right);
+}
+
+TEST(SimpleFormatterTest, FlushesOnceAtTheEnd) {
+  LimitedBuffer buffer(1000000);
+  std::ostream out(&buffer);
+  SimpleFormatter formatter;
+  FormatParameters params;
+  DisplayContext display;
+  formatter.Format(MakeOutput(MakeMounts()), params, display, out);
+  EXPECT_EQ(buffer.GetFlushes(), 1);
+}
+
+TEST(SimpleFormatterTest, WhatWasPrintedStaysWhenAnExceptionLeaves) {
+  const auto record = MetaStruct::New("Row");
+  record->SetField("a", "fine");
+  record->SetField("b", std::make_shared<ActingValue>(
+                            []() -> std::string { throw std::runtime_error("broken"); }));
+  SimpleFormatter formatter;
+  FormatParameters params;
+  std::ostringstream out;
+  EXPECT_THAT([&] { formatter.Format(record, params, out, 0); },
+              ThrowsMessage<std::runtime_error>("broken"));
+  EXPECT_EQ(out.str(), "Row:\n   a: fine\n   b: ");
+}
+
+TEST(SimpleFormatterTest, EndsSoonWhenTheStreamFails) {
+  int asked = 0;
+  const auto row = MetaStruct::New("Row");
+  row->SetField("a", std::make_shared<ActingValue>([&asked] {
+                  ++asked;
+                  return std::string(100, 'x');
+                }));
+  const auto list = MakeList({row});
+  for (int i = 0; i < 100000; ++i) {
+    list->Add(row);
+  }
+  LimitedBuffer buffer(1000);
+  std::ostream out(&buffer);
+  SimpleFormatter formatter;
+  FormatParameters params;
+  DisplayContext display;
+  formatter.Format(MakeOutput(list), params, display, out);
+  EXPECT_TRUE(out.bad());
+  EXPECT_EQ(buffer.GetText().size(), 1000u);
+  EXPECT_LT(asked, 1000);
+}
+
+TEST(SimpleFormatterTest, PrintsAMillionElements) {
+  const auto disk = MakeDisk("a", 5);
+  const auto list = MakeList({disk});
+  list->Reserve(1000000);
+  for (int i = 1; i < 1000000; ++i) {
+    list->Add(disk);
+  }
+  const std::string row = "\nDisk:\n   Name: a\n   Size: 5\n";
+  const std::string text = Print(list);
+  ASSERT_EQ(text.size(), 1000000 * row.size() + 1);
+  EXPECT_EQ(text.substr(text.size() - row.size() - 1), row + "\n");
+}
+
+TEST(SimpleFormatterTest, PrintsAMillionScalars) {
+  const auto list = MetaList::New(MetaType::Int);
+  for (int i = 0; i < 1000000; ++i) {
+    list->Add(7);
+  }
+  EXPECT_EQ(Print(list).size(), 3u * 1000000 - 2 + 1);
+}
+
+TEST(SimpleFormatterTest, PrintsAStructureOfAHundredThousandFields) {
+  const auto record = MetaStruct::New("Row");
+  for (int i = 0; i < 100000; ++i) {
+    record->SetField("f" + std::to_string(i), i);
+  }
+  const std::string text = Print(record, {{"align-fields", "true"}});
+  EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 100001);
+  EXPECT_EQ(text.substr(0, 41), "Row:\n   f0    : 0\n   f1    : 1\n   f10   :");
+}
+
+TEST(SimpleFormatterTest, PrintsNamesAndValuesOfAHundredThousandBytes) {
+  const std::string name(100000, 'n');
+  const std::string value(100000, 'v');
+  const auto record = MetaStruct::New("Row");
+  record->SetField(name, value);
+  EXPECT_EQ(Print(record), "Row:\n   " + name + ": " + value + "\n");
+}
+
+/// Counts lines and bytes without keeping them.
+class CountingBuffer : public std::streambuf {
+ public:
+  std::size_t bytes = 0;
+  std::size_t lines = 0;
+
+ protected:
+  std::streamsize xsputn(const char* data, std::streamsize size) override {
+    bytes += static_cast<std::size_t>(size);
+    lines += static_cast<std::size_t>(std::count(data, data + size, '\n'));
+    return size;
+  }
+};
+
+TEST(SimpleFormatterTest, PrintsStructuresNestedTenThousandDeep) {
+  CountingBuffer buffer;
+  std::ostream out(&buffer);
+  SimpleFormatter formatter;
+  FormatParameters params;
+  DisplayContext display;
+  formatter.Format(MakeOutput(MakeNested(10000)), params, display, out);
+  EXPECT_EQ(buffer.lines, 3u * 10000 - 1);
+  // Each level is indented by six blanks more than the one around it.
+  EXPECT_GT(buffer.bytes, 6u * 10000 * 9999 / 2 * 3);
+}
+
+TEST(SimpleFormatterTest, PrintsMounts) {
+  EXPECT_THAT(Print(MakeMounts()), MatchesGolden("simple/mounts"));
+  EXPECT_THAT(Print(MakeMounts(), {{"align-fields", "true"},
+                                   {"header:Mount", "%Device%"},
+                                   {"header:Usage", "<NONE>"},
+                                   {"fields:Mount", "Path,Usage,Options,Note,Read Only"},
+                                   {"units:Usage.Free", "KB"},
+                                   {"printf:Usage.Used", "%08ld"}}),
+              MatchesGolden("simple/styled"));
+}
+
+TEST(SimpleFormatterTest, LooksTheSameAtEveryWidth) {
+  SimpleFormatter formatter;
+  const std::string plain = Print(MakeMounts());
+  for (const int width : {40, 80, 200}) {
+    EXPECT_EQ(FormatToText(formatter, MakeMounts(), {}, width), plain) << width;
+  }
+}
+
+/// The same text by plain recursion and without regard to time.
+class SlowModel {
+ public:
+  explicit SlowModel(FormatParameters& params) : params_(params) {}
+
+  std::string Print(const std::shared_ptr<MetaObject>& root) {
+    Value(root, std::dynamic_pointer_cast<MetaList>(root) != nullptr ? -1 : 0);
+    return out_;
+  }
+
+ private:
+  void Value(const std::shared_ptr<MetaObject>& value, int level) {
+    if (const auto record = std::dynamic_pointer_cast<MetaStruct>(value)) {
+      Struct(*record, level);
+    } else if (const auto list = std::dynamic_pointer_cast<MetaList>(value)) {
+      List(*list, level);
+    } else {
+      out_ += value->ToString() + "\n";
+    }
+  }
+
+  void List(const MetaList& list, int level) {
+    if (list.GetListType() != MetaType::Struct) {
+      out_ += list.ToString() + "\n";
+      return;
+    }
+    for (const auto& element : list.GetObjects()) {
+      out_ += "\n";
+      Value(element, level + 1);
+    }
+    out_ += "\n";
+  }
+
+  void Struct(const MetaStruct& record, int level) {
+    const std::string& type = record.GetTypeName();
+    const std::vector<std::string> names =
+        params_.HasParameter("fields:" + type) ? params_.GetParameterAsList("fields:" + type)
+        : params_.HasParameter("fields")       ? params_.GetParameterAsList("fields")
+                                               : record.GetFieldNames();
+    std::size_t aligned = 0;
+    for (const std::string& name : names) {
+      aligned = std::max(aligned, name.size());
+    }
+    if (params_.GetParameter("align-fields") != "true") {
+      aligned = 0;
+    }
+    const std::string header =
+        params_.HasParameter("header:" + type) ? params_.GetParameter("header:" + type) : type;
+    if (header != "<NONE>") {
+      out_ += GetIndent(level) + header + ":\n";
+    }
+    for (const std::string& name : names) {
+      const auto value = record.GetField(name);
+      if (value == nullptr) {
+        out_ += "Error getting field " + name + "\n";
+        return;
+      }
+      std::ostringstream padded;
+      padded << std::left << std::setw(static_cast<int>(aligned)) << name;
+      out_ += GetIndent(level) + "   " + padded.str() + ": ";
+      Field(type, name, value, level + 2);
+    }
+  }
+
+  void Field(const std::string& type, const std::string& name,
+             const std::shared_ptr<MetaObject>& value, int level) {
+    if (value->GetType() == MetaType::Struct) {
+      out_ += "\n";
+      Value(value, level);
+    } else if (value->GetType() == MetaType::List) {
+      Value(value, level);
+    } else {
+      out_ += AutoCli_FormatField(type, name, value, params_) + "\n";
+    }
+  }
+
+  FormatParameters& params_;
+  std::string out_;
+};
+
+class RandomValues {
+ public:
+  explicit RandomValues(unsigned seed) : random_(seed) {}
+
+  int Pick(int from, int to) { return std::uniform_int_distribution<int>(from, to)(random_); }
+
+  std::shared_ptr<MetaObject> Make(int depth) {
+    switch (Pick(depth > 3 ? 2 : 0, 5)) {
+      case 0:
+        return MakeStruct(depth);
+      case 1: {
+        const auto shape = MakeStruct(depth + 1);
+        const auto list = MetaList::New(MetaType::Struct, shape);
+        for (int i = Pick(0, 3); i > 0; --i) {
+          list->Add(shape);
+        }
+        return list;
+      }
+      case 2: {
+        const auto list = MetaList::New(MetaType::Int);
+        list->AddAll(std::vector<long>(static_cast<std::size_t>(Pick(0, 3)), Pick(-5, 50)));
+        return list;
+      }
+      case 3:
+        return MetaInt::New(Pick(-1000, 1000));
+      case 4:
+        return MetaBool::New(Pick(0, 1) == 1);
+      default:
+        return MetaString::New(std::string(static_cast<std::size_t>(Pick(0, 5)), 'x'));
+    }
+  }
+
+  FormatParameters MakeParams() {
+    FormatParameters params;
+    const char* const optional[][2] = {
+        {"align-fields", "true"}, {"fields:A", "f0,f1"},  {"fields", "f2,f0,f1"},
+        {"header:A", "<NONE>"},   {"header:B", "Header"}, {"units:A.f0", "MB"},
+        {"printf:B.f0", "%5ld"},  {"printf:C.f1", "%s"},  {"units:C.f1", "KB"}};
+    for (const auto& [key, value] : optional) {
+      if (Pick(0, 4) == 0) {
+        params.SetParameter(key, value);
+      }
+    }
+    return params;
+  }
+
+ private:
+  std::shared_ptr<MetaObject> MakeStruct(int depth) {
+    const auto record = MetaStruct::New(std::string(1, static_cast<char>('A' + Pick(0, 2))));
+    for (int i = 0, end = Pick(0, 5); i < end; ++i) {
+      record->SetField(
+          "f" + std::string(static_cast<std::size_t>(i / 3), 'o') + std::to_string(i % 3),
+          Make(depth + 1));
+    }
+    return record;
+  }
+
+  std::mt19937 random_;
+};
+
+TEST(SimpleFormatterTest, EqualsTheSlowModelOnRandomValues) {
+  const unsigned seed = 5309;
+  SCOPED_TRACE("seed " + std::to_string(seed));
+  RandomValues values(seed);
+  for (int round = 0; round < 10000; ++round) {
+    const auto root = values.Make(0);
+    FormatParameters params = values.MakeParams();
+    SimpleFormatter formatter;
+    DisplayContext display;
+    std::ostringstream out;
+    formatter.Format(MakeOutput(root), params, display, out);
+    ASSERT_EQ(out.str(), SlowModel(params).Print(root)) << "round " << round;
+  }
+}
+
+}  // namespace
+}  // namespace Kestrel::AutoCli
