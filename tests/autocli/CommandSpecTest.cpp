@@ -139,6 +139,19 @@ TEST_F(CommandSpecTest, ResolvingNoWordsThrowsToo) {
                   "ip list'. Commands cannot have sub-commands or sub-namespaces."));
 }
 
+TEST_F(CommandSpecTest, ResolvingManyWordsNamesThemAll) {
+  std::list<std::string> path(100000, "word");
+  std::string words = "word";
+  for (std::size_t i = 1; i < path.size(); ++i) {
+    words += " word";
+  }
+  EXPECT_THAT([&] { command_->ResolveNode(path); },
+              ThrowsMessage<KestrelException>(
+                  "Unable to find a namespace or command with the name '" + words +
+                  "' on the command 'network ip list'. Commands cannot have sub-commands or "
+                  "sub-namespaces."));
+}
+
 TEST_F(CommandSpecTest, SubNamespaceOfTheParentReturnsTheCommand) {
   EXPECT_EQ(root_->SubNamespace("network")->SubNamespace("ip")->SubNamespace("list"), command_);
 }

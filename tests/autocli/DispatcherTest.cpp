@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -367,6 +368,51 @@ TEST_F(DispatcherTest, AMissingDirectoryIsReportedOnRequestOnly) {
   EXPECT_EQ(err.GetText(), "");
   dispatcher_.AddExternalDirectoryInt(missing, true);
   EXPECT_EQ(err.GetText(), "Unable to open directory " + missing + " for plugin registration\n");
+}
+
+// Standard error is a socket that keeps the borders of what is written, for as long as it lives.
+class WrittenPieces {
+ public:
+  WrittenPieces() : original_(dup(STDERR_FILENO)) {
+    EXPECT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends_), 0);
+    dup2(ends_[0], STDERR_FILENO);
+  }
+  ~WrittenPieces() {
+    dup2(original_, STDERR_FILENO);
+    close(original_);
+    close(ends_[0]);
+    close(ends_[1]);
+  }
+  WrittenPieces(const WrittenPieces&) = delete;
+  WrittenPieces& operator=(const WrittenPieces&) = delete;
+
+  // The next piece, empty when nothing more was written.
+  std::string Next() {
+    char piece[4096];
+    const ssize_t length = recv(ends_[1], piece, sizeof piece, MSG_DONTWAIT);
+    return length > 0 ? std::string(piece, static_cast<std::size_t>(length)) : std::string();
+  }
+
+ private:
+  int original_;
+  int ends_[2];
+};
+
+TEST_F(DispatcherTest, EachReportIsWrittenInOnePiece) {
+  const ScopedTempDir dir;
+  const std::string text = dir.Write("a.so", "a text");
+  WrittenPieces pieces;
+  dispatcher_.AddExternalDirectoryInt(dir.GetPath("missing"), true);
+  dispatcher_.AddExternalDirectoryInt(dir.GetPath(), true);
+  const std::string missing = pieces.Next();
+  const std::string broken = pieces.Next();
+  const std::string rest = pieces.Next();
+  EXPECT_EQ(missing,
+            "Unable to open directory " + dir.GetPath("missing") + " for plugin registration\n");
+  EXPECT_EQ(broken, "Error loading plugin " + text +
+                        " skipping.  Error was: Unable to load plugin from " + text + " : " + text +
+                        ": file too short\n");
+  EXPECT_EQ(rest, "");
 }
 
 TEST_F(DispatcherTest, AFileInPlaceOfADirectoryIsReportedAsMissing) {

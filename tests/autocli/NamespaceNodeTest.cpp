@@ -420,6 +420,23 @@ TEST_F(NamespaceNodeTest, ServesAHundredThousandChildren) {
   EXPECT_EQ(root_->ResolveNode(path)->GetName(), "child99999");
 }
 
+TEST_F(NamespaceNodeTest, ServesNamesOfAMillionBytes) {
+  const std::string name(1000000, 'n');
+  const std::shared_ptr<NamespaceNode> node = list_->SubNamespace(name);
+  Words path{"network", "ip", "list", name};
+  EXPECT_EQ(root_->ResolveNode(path), node);
+  EXPECT_EQ(node->GetPathString(' '), "network ip list " + name);
+}
+
+TEST_F(NamespaceNodeTest, ServesPathsOfAHundredThousandWords) {
+  Words path{"network", "ip", "list"};
+  path.resize(100000, "word");
+  EXPECT_THAT([&] { root_->ResolveNode(path); },
+              ThrowsMessage<KestrelException>("Unable to find a command or namespace with the name "
+                                              "'word' in namespace network ip list"));
+  EXPECT_EQ(path.size(), 99996U);
+}
+
 // --- against a model ---
 
 // A tree as a plain map from the joined path to the joined paths of the children.
@@ -450,6 +467,7 @@ void ExpectSameTree(const std::shared_ptr<NamespaceNode>& node, const std::strin
 TEST(NamespaceNodeModelTest, RandomTreesWalkAndResolveLikeAMap) {
   const unsigned seed = std::random_device{}();
   SCOPED_TRACE("seed " + std::to_string(seed));
+  RecordProperty("seed", std::to_string(seed));
   std::mt19937 random(seed);
   const std::vector<std::string> names = {"a", "b", "aB", "a1", "list", "zeta", "9x"};
 

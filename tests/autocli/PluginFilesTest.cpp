@@ -5,7 +5,9 @@
 #include <sys/stat.h>
 
 #include <boost/regex.hpp>
+#include <cstddef>
 #include <filesystem>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <vector>
@@ -83,6 +85,20 @@ TEST(PluginFilesTest, EntriesOfEveryTypeAreListedInByteOrder) {
               Optional(ElementsAre(at + "...", at + ".hidden.xml", at + "B.so", at + "a.xml",
                                    at + "b.so", at + "fifo", at + "folder", at + "link",
                                    at + "notes.txt", at + "\xc3\xa4")));
+}
+
+// How many descriptors this process has open, the one that counts them included.
+std::ptrdiff_t CountDescriptors() {
+  const std::filesystem::directory_iterator begin("/proc/self/fd");
+  return std::distance(begin, std::filesystem::directory_iterator());
+}
+
+TEST(PluginFilesTest, TheDirectoryIsClosedAgain) {
+  const ScopedTempDir dir;
+  dir.Write("x.so", "");
+  const std::ptrdiff_t before = CountDescriptors();
+  EXPECT_TRUE(ListDirectory(dir.GetPath()).has_value());
+  EXPECT_EQ(CountDescriptors(), before);
 }
 
 TEST(PluginFilesTest, PathsBeginWithTheDirectoryAsItIsGiven) {
