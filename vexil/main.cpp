@@ -1,7 +1,55 @@
+#include <errno.h>
+#include <fcntl.h>
+#include <string.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+#include <string>
+
 #include "kestrel/autocli/CliDispatcher.h"
 
+namespace {
+
+void Report(const std::string& line) { std::cerr << line + "\n"; }
+
+// A closed standard stream would pass its number to the first file or socket that is opened, and
+// with it what was meant for the stream. Opened the wrong way round, the descriptor stays useless.
+void OccupyStandardDescriptors() {
+  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(descriptor, F_GETFD) == -1) {
+      open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    }
+  }
+}
+
+// The last word on every way out, whoever calls exit: a caller must not take cut output for all.
+void CheckStandardOutput() {
+  errno = 0;
+  std::cout.flush();
+  const bool isWritten = std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && std::cout.good();
+  if (isWritten) {
+    return;
+  }
+  const std::string reason = errno == 0 ? "" : std::string(": ") + strerror(errno);
+  Report("Unable to write to standard output" + reason);
+  _exit(EXIT_FAILURE);
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
+  OccupyStandardDescriptors();
+  std::atexit(CheckStandardOutput);
+  // Outside the try block: an exception may be of a class whose code a plug-in brought along.
   Kestrel::AutoCli::CliDispatcher dispatcher;
-  dispatcher.AddDefaultDirectories();
-  dispatcher.HandleArgvInput(argc, argv);
+  try {
+    dispatcher.AddDefaultDirectories();
+    dispatcher.HandleArgvInput(argc, argv);
+  } catch (const std::exception& error) {
+    Report(error.what());
+  }
+  return EXIT_FAILURE;
 }
