@@ -1,0 +1,35 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace Kestrel::Host {
+
+/// How full a file system is, in bytes and in inodes.
+struct FilesystemUsage {
+  std::uint64_t size = 0;
+  std::uint64_t free = 0;
+  std::uint64_t available = 0;  ///< What is free for everyone; the rest is kept for the superuser.
+  std::uint64_t inodes = 0;
+  std::uint64_t freeInodes = 0;
+};
+
+/// What came of asking one file system.
+struct FilesystemAnswer {
+  /// 0 with a valid usage, ETIMEDOUT when the file system kept silent, else the system's error.
+  int error = 0;
+  FilesystemUsage usage;
+};
+
+/// Asks the file system at each path how full it is and returns an answer for each, in their order.
+///
+/// A file system on a server that went away can hold up whoever asks it for ever, so that a child
+/// process does the asking. One that is silent for a moment no longer holds up the others: a
+/// further child goes on behind it. After `deadline` its answer is no longer awaited, so that the
+/// call takes that long and a moment for each silent file system at most.
+std::vector<FilesystemAnswer> ProbeFilesystems(const std::vector<std::string>& paths,
+                                               std::chrono::milliseconds deadline);
+
+}  // namespace Kestrel::Host

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <kestrel/callspec/Input.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace Kestrel::Host {
+
+/// The values that a parameter was given, of which a record has to show one. A parameter that was
+/// not given lets every record pass.
+template <typename Value>
+class ValueFilter {
+ public:
+  ValueFilter(const CallSpec::Input& input, const char* parameter);
+
+  bool IsGiven() const { return !values_.empty(); }
+
+  bool Accepts(const Value& value) const {
+    return values_.empty() || std::find(values_.begin(), values_.end(), value) != values_.end();
+  }
+
+  /// Whether one of the values is accepted.
+  bool AcceptsOneOf(const std::vector<Value>& values) const {
+    return values_.empty() || std::any_of(values.begin(), values.end(),
+                                          [this](const Value& value) { return Accepts(value); });
+  }
+
+ private:
+  std::vector<Value> values_;
+};
+
+template <>
+inline ValueFilter<std::string>::ValueFilter(const CallSpec::Input& input, const char* parameter) {
+  input.GetParameterList(parameter, values_);
+}
+
+template <>
+inline ValueFilter<long>::ValueFilter(const CallSpec::Input& input, const char* parameter) {
+  input.GetParameterIntList(parameter, values_);
+}
+
+template <>
+inline ValueFilter<bool>::ValueFilter(const CallSpec::Input& input, const char* parameter) {
+  input.GetParameterBoolList(parameter, values_);
+}
+
+using TextFilter = ValueFilter<std::string>;
+using NumberFilter = ValueFilter<long>;
+using TruthFilter = ValueFilter<bool>;
+
+}  // namespace Kestrel::Host

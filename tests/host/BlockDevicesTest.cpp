@@ -1,0 +1,198 @@
+#include "plugins/host/BlockDevices.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/sysmacros.h>
+
+#include <algorithm>
+
+#include "support/ScopedTempDir.h"
+
+namespace Kestrel::Host {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+DeviceProperties NoProperties(dev_t) { return {}; }
+
+/// A made-up /sys with one device after the other.
+class SysTree {
+ public:
+  SysTree& Device(const std::string& folder, const std::string& number, const std::string& size) {
+    current_ = "block/" + folder;
+    return Attribute("dev", number + "\n").Attribute("size", size + "\n");
+  }
+  SysTree& Attribute(const std::string& name, const std::string& text) {
+    folder_.Write(current_ + "/" + name, text);
+    return *this;
+  }
+  SysTree& Slave(const std::string& name) {
+    folder_.MakeDirectory(current_ + "/slaves/" + name);
+    return *this;
+  }
+  std::vector<BlockDevice> Read(const std::vector<Mount>& mounts = {},
+                                const PropertyReader& properties = NoProperties) const {
+    return ReadBlockDevices(folder_.GetPath(), properties, mounts);
+  }
+
+ private:
+  Testing::ScopedTempDir folder_;
+  std::string current_;
+};
+
+Mount MakeMount(dev_t device, const std::string& source, const std::string& target) {
+  Mount mount;
+  mount.device = device;
+  mount.source = source;
+  mount.target = target;
+  return mount;
+}
+
+TEST(BlockDevicesTest, ReadsADiskAndItsParts) {
+  SysTree tree;
+  tree.Device("sda", "8:0", "2048")
+      .Attribute("ro", "1\n")
+      .Attribute("removable", "1\n")
+      .Attribute("queue/rotational", "1\n")
+      .Attribute("queue/logical_block_size", "4096\n")
+      .Attribute("device/model", "Fast Disk       \n")
+      .Device("sda/sda2", "8:2", "1000")
+      .Attribute("partition", "2\n")
+      .Device("sda/sda1", "8:1", "24")
+      .Attribute("partition", "1\n")
+      .Device("sda/notapart", "8:9", "24");
+  const auto devices = tree.Read();
+  ASSERT_EQ(devices.size(), 3u);
+  EXPECT_EQ(devices[0].name, "sda");
+  EXPECT_EQ(devices[0].kind, "disk");
+  EXPECT_EQ(devices[0].number, makedev(8, 0));
+  EXPECT_EQ(devices[0].size, 2048 * 512);
+  EXPECT_EQ(devices[0].sectorSize, 4096);
+  EXPECT_TRUE(devices[0].isReadOnly);
+  EXPECT_TRUE(devices[0].isRemovable);
+  EXPECT_TRUE(devices[0].isRotational);
+  EXPECT_EQ(devices[0].model, "Fast Disk");
+  EXPECT_THAT(devices[0].parents, IsEmpty());
+  EXPECT_EQ(devices[1].name, "sda1");
+  EXPECT_EQ(devices[1].kind, "part");
+  EXPECT_EQ(devices[1].size, 24 * 512);
+  EXPECT_EQ(devices[1].sectorSize, 4096);
+  EXPECT_FALSE(devices[1].isReadOnly);
+  EXPECT_TRUE(devices[1].isRemovable);
+  EXPECT_TRUE(devices[1].isRotational);
+  EXPECT_THAT(devices[1].parents, ElementsAre("sda"));
+  EXPECT_EQ(devices[2].name, "sda2");
+}
+
+struct KindCase {
+  const char* folder;
+  const char* attribute;
+  const char* text;
+  const char* kind;
+};
+
+class BlockDeviceKindTest : public ::testing::TestWithParam<KindCase> {};
+
+TEST_P(BlockDeviceKindTest, IsTold) {
+  SysTree tree;
+  tree.Device(GetParam().folder, "8:0", "1").Attribute(GetParam().attribute, GetParam().text);
+  const auto devices = tree.Read();
+  ASSERT_EQ(devices.size(), 1u);
+  EXPECT_EQ(devices[0].kind, GetParam().kind);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, BlockDeviceKindTest,
+    ::testing::Values(KindCase{"sr0", "device/type", "5\n", "rom"},
+                      KindCase{"sdb", "device/type", "0\n", "disk"},
+                      KindCase{"nvme0n1", "device/type", "what\n", "disk"},
+                      KindCase{"loop7", "loop/backing_file", "/file\n", "loop"},
+                      KindCase{"md0", "md/level", "raid1\n", "raid1"},
+                      KindCase{"md1", "ro", "0\n", "md"},
+                      KindCase{"dm-0", "dm/uuid", "LVM-abc\n", "lvm"},
+                      KindCase{"dm-1", "dm/uuid", "CRYPT-LUKS2-abc\n", "crypt"},
+                      KindCase{"dm-2", "dm/uuid", "part1-mpath-abc\n", "part"},
+                      KindCase{"dm-3", "dm/uuid", "mpath-abc\n", "mpath"},
+                      KindCase{"dm-4", "dm/uuid", "\n", "dm"}),
+    [](const auto& row) {
+      std::string name = row.param.folder;
+      name.erase(std::remove(name.begin(), name.end(), '-'), name.end());
+      return name;
+    });
+
+TEST(BlockDevicesTest, AVolumeLiesOnItsSlaves) {
+  SysTree tree;
+  tree.Device("dm-0", "253:0", "8").Slave("sdb1").Slave("cciss!c0d0");
+  const auto devices = tree.Read();
+  ASSERT_EQ(devices.size(), 1u);
+  EXPECT_THAT(devices[0].parents, ElementsAre("cciss/c0d0", "sdb1"));
+}
+
+TEST(BlockDevicesTest, ASlashInANameIsRestored) {
+  SysTree tree;
+  tree.Device("cciss!c0d0", "104:0", "8");
+  EXPECT_EQ(tree.Read().at(0).name, "cciss/c0d0");
+}
+
+TEST(BlockDevicesTest, ADeviceWhoseFilesAreGoneIsLeftOut) {
+  SysTree tree;
+  tree.Device("sda", "8:0", "1")
+      .Device("sdb", "", "1")
+      .Device("sdc", "8:32", "")
+      .Device("sdd", "8", "1")
+      .Device("sde", "8:x", "1")
+      .Device("sda/sda1", "", "")
+      .Attribute("partition", "1\n");
+  const auto devices = tree.Read();
+  ASSERT_EQ(devices.size(), 1u);
+  EXPECT_EQ(devices[0].name, "sda");
+}
+
+TEST(BlockDevicesTest, WithoutTheFolderThereAreNone) {
+  EXPECT_THAT(ReadBlockDevices("/nonexistent", NoProperties, {}), IsEmpty());
+}
+
+TEST(BlockDevicesTest, AnAbsurdSizeStaysInRange) {
+  SysTree tree;
+  tree.Device("sda", "8:0", "9223372036854775807").Device("sdb", "8:16", "-5");
+  const auto devices = tree.Read();
+  ASSERT_EQ(devices.size(), 2u);
+  EXPECT_EQ(devices[0].size, 9223372036854775807 / 512 * 512);
+  EXPECT_EQ(devices[1].size, 0);
+}
+
+TEST(BlockDevicesTest, FindsMountPointsByNumberAndByName) {
+  SysTree tree;
+  tree.Device("sda", "8:0", "1").Device("dm-0", "253:0", "1").Attribute("dm/name", "vg-root\n");
+  const auto devices = tree.Read({MakeMount(makedev(8, 0), "none", "/z"),
+                                  MakeMount(makedev(0, 40), "/dev/sda", "/b"),
+                                  MakeMount(makedev(0, 41), "/dev/mapper/vg-root", "/"),
+                                  MakeMount(makedev(0, 42), "/dev/mapper/", "/none"),
+                                  MakeMount(makedev(0, 43), "tmpfs", "/tmp")});
+  ASSERT_EQ(devices.size(), 2u);
+  EXPECT_THAT(devices[0].mountPoints, ElementsAre("/"));
+  EXPECT_THAT(devices[1].mountPoints, ElementsAre("/b", "/z"));
+}
+
+TEST(BlockDevicesTest, TheDeviceManagerTellsWhatIsWrittenOnADevice) {
+  SysTree tree;
+  tree.Device("sda", "8:0", "1");
+  const auto devices = tree.Read({}, [](dev_t number) -> DeviceProperties {
+    EXPECT_EQ(number, makedev(8, 0));
+    return {{"ID_FS_TYPE", "ext4"},
+            {"ID_FS_LABEL_ENC", "My\\x20Disk\\x5cx\\xg0\\x2"},
+            {"ID_FS_UUID_ENC", "12-34"}};
+  });
+  ASSERT_EQ(devices.size(), 1u);
+  EXPECT_EQ(devices[0].filesystem, "ext4");
+  EXPECT_EQ(devices[0].label, "My Disk\\x\\xg0\\x2");
+  EXPECT_EQ(devices[0].uuid, "12-34");
+}
+
+TEST(BlockDevicesTest, ADeviceThatIsNoneHasNoProperties) {
+  EXPECT_THAT(ReadDeviceProperties(makedev(4095, 1048575)), IsEmpty());
+}
+
+}  // namespace
+}  // namespace Kestrel::Host

@@ -1,0 +1,33 @@
+// A statvfs that never answers for the paths in KESTREL_SILENT_PATHS, ends the process for those in
+// KESTREL_DEADLY_PATHS (each a list divided by ':'), and is libc's own for all others.
+
+#include <dlfcn.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <string>
+
+namespace {
+
+bool Lists(const char* variable, const char* path) {
+  const char* const paths = std::getenv(variable);
+  return paths != nullptr &&
+         (std::string(":") + paths + ":").find(std::string(":") + path + ":") != std::string::npos;
+}
+
+}  // namespace
+
+extern "C" __attribute__((visibility("default"))) int statvfs(const char* path,
+                                                              struct statvfs* usage) noexcept {
+  if (Lists("KESTREL_DEADLY_PATHS", path)) {
+    std::raise(SIGKILL);
+  }
+  while (Lists("KESTREL_SILENT_PATHS", path)) {
+    ::pause();
+  }
+  using Function = int (*)(const char*, struct statvfs*);
+  static const auto next = reinterpret_cast<Function>(::dlsym(RTLD_NEXT, "statvfs"));
+  return next(path, usage);
+}
