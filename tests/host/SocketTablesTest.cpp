@@ -1,0 +1,201 @@
+#include "plugins/host/SocketTables.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <kestrel/KestrelException.h>
+#include <unistd.h>
+
+#include "support/ScopedTempDir.h"
+
+namespace Kestrel::Host {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::Pair;
+using ::testing::ThrowsMessage;
+
+constexpr const char* kHeader =
+    "  sl  local_address rem_address   st tx_queue rx_queue tr tm->when retrnsmt   uid  timeout "
+    "inode\n";
+constexpr const char* kListener =
+    "   0: 0100007F:0016 00000000:0000 0A 00000000:00000003 00:00000000 00000000  1000        0 "
+    "12345 1 0000000000000000 100 0 0 10 0\n";
+constexpr const char* kConnection =
+    "  11: 050200C0:C001 090200C0:01BB 01 0000000A:0000000B 02:000A7214 00000000     0        0 "
+    "777 2 0000000000000000 20 4 30 10 -1\n";
+
+TEST(SocketTablesTest, ReadsInternetSockets) {
+  const auto sockets =
+      ParseInternetSockets(std::string(kHeader) + kListener + kConnection, "tcp", 4);
+  ASSERT_EQ(sockets.size(), 2u);
+  EXPECT_EQ(sockets[0].protocol, "tcp");
+  EXPECT_EQ(sockets[0].type, "stream");
+  EXPECT_EQ(sockets[0].family, 4);
+  EXPECT_EQ(sockets[0].state, "listen");
+  EXPECT_EQ(sockets[0].local.ToText(), "127.0.0.1:22");
+  EXPECT_EQ(sockets[0].remote.ToText(), "0.0.0.0:*");
+  EXPECT_EQ(sockets[0].receiveQueue, 3);
+  EXPECT_EQ(sockets[0].userId, 1000);
+  EXPECT_EQ(sockets[0].inode, 12345);
+  EXPECT_EQ(sockets[1].state, "established");
+  EXPECT_EQ(sockets[1].local.address, "192.0.2.5");
+  EXPECT_EQ(sockets[1].local.port, 49153);
+  EXPECT_EQ(sockets[1].remote.address, "192.0.2.9");
+  EXPECT_EQ(sockets[1].remote.port, 443);
+  EXPECT_EQ(sockets[1].sendQueue, 10);
+  EXPECT_EQ(sockets[1].receiveQueue, 11);
+}
+
+TEST(SocketTablesTest, ReadsInternetSocketsOfVersion6) {
+  const auto sockets = ParseInternetSockets(
+      "   0: 00000000000000000000000001000000:0035 B80D0120000000000000000002000000:0000 07 "
+      "00000000:00000000 00:00000000 00000000     0        0 9 2 0 0\n",
+      "udp", 6);
+  ASSERT_EQ(sockets.size(), 1u);
+  EXPECT_EQ(sockets[0].type, "datagram");
+  EXPECT_EQ(sockets[0].state, "unconnected");
+  EXPECT_EQ(sockets[0].local.ToText(), "[::1]:53");
+  EXPECT_EQ(sockets[0].remote.ToText(), "[2001:db8::2]:*");
+}
+
+TEST(SocketTablesTest, StatesHaveNames) {
+  const std::vector<std::string> names = {
+      "unknown",    "established", "syn-sent",     "syn-received", "fin-wait-1",
+      "fin-wait-2", "time-wait",   "closed",       "close-wait",   "last-ack",
+      "listen",     "closing",     "syn-received", "unknown"};
+  const std::string digits = "0123456789ABCD";
+  for (std::size_t state = 0; state < names.size(); ++state) {
+    std::string line = kListener;
+    line.replace(line.find(" 0A "), 4, std::string(" 0") + digits[state] + " ");
+    EXPECT_EQ(ParseInternetSockets(line, "tcp", 4).at(0).state, names[state]);
+  }
+}
+
+TEST(SocketTablesTest, EveryShorterLineIsReadWithoutHarm) {
+  const std::string line = kListener;
+  const std::size_t needed = line.find("12345") + 1;
+  for (std::size_t size = 0; size < line.size(); ++size) {
+    const std::string part(line, 0, size);
+    EXPECT_EQ(ParseInternetSockets(part, "tcp", 4).size(), size >= needed ? 1u : 0u) << size;
+  }
+}
+
+struct DamageCase {
+  const char* name;
+  const char* from;
+  const char* to;
+};
+
+class DamagedSocketTest : public ::testing::TestWithParam<DamageCase> {};
+
+TEST_P(DamagedSocketTest, IsLeftOut) {
+  std::string line = kListener;
+  line.replace(line.find(GetParam().from), std::string(GetParam().from).size(), GetParam().to);
+  EXPECT_THAT(ParseInternetSockets(line, "tcp", 4), IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Damages, DamagedSocketTest,
+    ::testing::Values(DamageCase{"AddressTooShort", "0100007F:0016", "0100007:0016"},
+                      DamageCase{"AddressNoNumber", "0100007F:0016", "010000xF:0016"},
+                      DamageCase{"NoColon", "0100007F:0016", "0100007F0016"},
+                      DamageCase{"PortNoNumber", "0100007F:0016", "0100007F:zz"},
+                      DamageCase{"RemoteEnd", "00000000:0000", "0:0"},
+                      DamageCase{"State", " 0A ", " zz "},
+                      DamageCase{"Queues", "00000000:00000003", "0000000000000003"},
+                      DamageCase{"SendQueue", "00000000:00000003", "x:00000003"},
+                      DamageCase{"ReceiveQueue", "00000000:00000003", "00000000:x"},
+                      DamageCase{"User", " 1000 ", " root "}, DamageCase{"Inode", "12345", "1x"}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+constexpr const char* kLocalHeader = "Num       RefCount Protocol Flags    Type St Inode Path\n";
+
+TEST(SocketTablesTest, ReadsLocalSockets) {
+  const auto sockets =
+      ParseLocalSockets(std::string(kLocalHeader) +
+                        "0000000000000000: 00000002 00000000 00010000 0001 01 11 /run/one two\n"
+                        "ffff9d1b5d2a3000: 00000003 00000000 00000000 0002 01 12\n"
+                        "0000000000000000: 00000003 00000000 00000000 0005 03    13 @abstract\n"
+                        "0000000000000000: 00000003 00000000 00000000 0009 02 14\n"
+                        "0000000000000000: 00000003 00000000 00000000 0001 04 15\n"
+                        "0000000000000000: 00000003 00000000 00000000 0001 09 16\n");
+  ASSERT_EQ(sockets.size(), 6u);
+  EXPECT_EQ(sockets[0].protocol, "unix");
+  EXPECT_EQ(sockets[0].type, "stream");
+  EXPECT_EQ(sockets[0].state, "listen");
+  EXPECT_EQ(sockets[0].family, 0);
+  EXPECT_EQ(sockets[0].path, "/run/one two");
+  EXPECT_EQ(sockets[0].inode, 11);
+  EXPECT_EQ(sockets[0].userId, -1);
+  EXPECT_EQ(sockets[0].local.ToText(), "");
+  EXPECT_EQ(sockets[1].type, "datagram");
+  EXPECT_EQ(sockets[1].state, "unconnected");
+  EXPECT_EQ(sockets[1].path, "");
+  EXPECT_EQ(sockets[2].type, "seqpacket");
+  EXPECT_EQ(sockets[2].state, "connected");
+  EXPECT_EQ(sockets[2].path, "@abstract");
+  EXPECT_EQ(sockets[3].type, "9");
+  EXPECT_EQ(sockets[3].state, "connecting");
+  EXPECT_EQ(sockets[4].state, "disconnecting");
+  EXPECT_EQ(sockets[5].state, "unknown");
+}
+
+TEST(SocketTablesTest, APathMayHoldLineBreaks) {
+  const auto sockets =
+      ParseLocalSockets(std::string(kLocalHeader) +
+                        "0000000000000000: 00000002 00000000 00010000 0001 01 11 /run/a\nb c\n\nd\n"
+                        "0000000000000000: 00000002 00000000 00010000 0001 01 12 /run/e\n");
+  ASSERT_EQ(sockets.size(), 2u);
+  EXPECT_EQ(sockets[0].path, "/run/a\nb c\n\nd");
+  EXPECT_EQ(sockets[1].path, "/run/e");
+}
+
+TEST(SocketTablesTest, EmptyTablesHoldNothing) {
+  EXPECT_THAT(ParseInternetSockets("", "tcp", 4), IsEmpty());
+  EXPECT_THAT(ParseInternetSockets(kHeader, "tcp", 4), IsEmpty());
+  EXPECT_THAT(ParseLocalSockets(""), IsEmpty());
+  EXPECT_THAT(ParseLocalSockets(kLocalHeader), IsEmpty());
+}
+
+TEST(SocketTablesTest, ReadsTheTablesThatAreThere) {
+  const Testing::ScopedTempDir folder;
+  folder.Write("tcp", std::string(kHeader) + kListener);
+  folder.Write("unix", std::string(kLocalHeader) +
+                           "0000000000000000: 00000002 00000000 00000000 0001 01 11\n");
+  const auto sockets = ReadSockets(folder.GetPath());
+  ASSERT_EQ(sockets.size(), 2u);
+  EXPECT_EQ(sockets[0].protocol, "tcp");
+  EXPECT_EQ(sockets[1].protocol, "unix");
+}
+
+TEST(SocketTablesTest, WithoutAnyTableThereIsAnError) {
+  EXPECT_THAT([] { ReadSockets("/nonexistent/net"); },
+              ThrowsMessage<KestrelException>(
+                  "Unable to read any table of connections in /nonexistent/net"));
+}
+
+TEST(SocketTablesTest, FindsTheProcessesThatHoldASocket) {
+  const Testing::ScopedTempDir folder;
+  const auto link = [&folder](const std::string& process, const char* number, const char* target) {
+    const std::string path = folder.MakeDirectory(process + "/fd") + "/" + number;
+    ASSERT_EQ(::symlink(target, path.c_str()), 0);
+  };
+  link("20", "0", "/dev/null");
+  link("20", "3", "socket:[777]");
+  link("20", "4", "socket:[777]");
+  link("100", "3", "socket:[777]");
+  link("100", "5", "socket:[12]");
+  link("100", "6", "socket:[x]");
+  link("100", "7", "socket:[5");
+  link("self", "3", "socket:[999]");
+  EXPECT_THAT(ReadSocketHolders(folder.GetPath()),
+              ElementsAre(Pair(12, ElementsAre(100)), Pair(777, ElementsAre(20, 100))));
+}
+
+TEST(SocketTablesTest, WithoutProcessesNobodyHoldsASocket) {
+  EXPECT_THAT(ReadSocketHolders("/nonexistent"), IsEmpty());
+}
+
+}  // namespace
+}  // namespace Kestrel::Host
