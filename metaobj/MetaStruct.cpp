@@ -28,6 +28,12 @@ bool IsLetterOrDigit(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
 }
 
+// Serves before this file's static members do; the member only mirrors it.
+const std::string& MissingDocumentation() {
+  static const std::string text = "Documentation missing";
+  return text;
+}
+
 // Open to every text; the refusal in SetField waits for a stricter rule.
 bool AcceptsFieldName(std::string_view) { return true; }
 
@@ -48,7 +54,7 @@ const std::string& CheckedStructName(const std::string& name) {
 }  // namespace
 
 const std::string MetaStruct::_docEmpty;
-const std::string MetaStruct::_docMissingStaticString = "Documentation missing";
+const std::string MetaStruct::_docMissingStaticString = MissingDocumentation();
 
 bool IsValidStructName(const std::string& name) {
   return !name.empty() && std::all_of(name.begin(), name.end(), IsLetterOrDigit);
@@ -264,7 +270,7 @@ const std::string& MetaStruct::GetFieldDocumentation(const std::string& name) co
   if (documentation == nullptr) {
     throw KestrelException("Field " + name + " is not present in the structure " + GetTypeName());
   }
-  return documentation->empty() ? _docMissingStaticString : *documentation;
+  return documentation->empty() ? MissingDocumentation() : *documentation;
 }
 
 std::vector<std::string> MetaStruct::GetFieldNames() const {
@@ -385,13 +391,16 @@ void MetaStruct::Replace(std::size_t position, std::shared_ptr<MetaObject>&& val
 void MetaStruct::StoreOwn(std::string_view name, std::shared_ptr<MetaObject>&& value,
                           std::string_view documentation) {
   Field field(value, std::string(documentation));
-  const auto known = overflow_->fields.find(name);
-  if (known != overflow_->fields.end()) {
-    known->second = std::move(field);
+  auto& fields = overflow_->fields;
+  // Names often come in their order: then there is nothing to look for.
+  const bool isLast = fields.empty() || fields.rbegin()->first < name;
+  const auto place = isLast ? fields.end() : fields.lower_bound(name);
+  if (place != fields.end() && place->first == name) {
+    place->second = std::move(field);
     return;
   }
   CheckNewField(name);
-  overflow_->fields.emplace(name, std::move(field));
+  fields.emplace_hint(place, name, std::move(field));
 }
 
 void MetaStruct::RemoveOwn(std::string_view name) {

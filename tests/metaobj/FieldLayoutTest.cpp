@@ -1,15 +1,303 @@
 #include "metaobj/FieldLayout.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <thread>
+
+#include "kestrel/metaobj/MetaInt.h"
+#include "kestrel/metaobj/MetaStruct.h"
+#include "metaobj/FieldCursor.h"
+#include "metaobj/ValueAccess.h"
 
 namespace {
 
 using namespace Kestrel::MetaObj;  // NOLINT: the names under test
+using testing::ElementsAre;
+
+LayoutRef LayoutOf(const std::vector<std::string>& names) {
+  LayoutRef layout = FieldLayout::Root("Rec");
+  for (const std::string& name : names) {
+    layout = layout->With(name, "").layout;
+  }
+  return layout;
+}
+
+std::vector<std::string> NamesOf(const LayoutRef& layout) {
+  std::vector<std::string> names;
+  for (std::size_t position = 0; position < layout->Count(); ++position) {
+    names.push_back(layout->At(position).name);
+  }
+  return names;
+}
+
+TEST(FieldLayoutTest, HasOneRootForEachType) {
+  const LayoutRef one = FieldLayout::Root("One");
+  const LayoutRef two = FieldLayout::Root("Two");
+  EXPECT_EQ(FieldLayout::Root("One").Get(), one.Get());
+  EXPECT_EQ(FieldLayout::Root("Two").Get(), two.Get());
+  EXPECT_NE(one.Get(), two.Get());
+  EXPECT_EQ(one->TypeName(), "One");
+  EXPECT_EQ(one->Count(), 0u);
+  EXPECT_EQ(one->GetRoot().Get(), one.Get());
+}
 
 TEST(FieldLayoutTest, IsSharedByShape) {
-  const LayoutRef one = FieldLayout::Root("Rec")->With("a", "").layout->With("b", "").layout;
-  const LayoutRef other = FieldLayout::Root("Rec")->With("b", "").layout->With("a", "").layout;
-  EXPECT_EQ(one.Get(), other.Get());
+  const LayoutRef kept = LayoutOf({"a", "b"});
+  EXPECT_EQ(LayoutOf({"a", "b"}).Get(), kept.Get());
+}
+
+TEST(FieldLayoutTest, IsSharedWhateverTheOrderOfTheFields) {
+  const LayoutRef kept = LayoutOf({"a", "b", "c"});
+  EXPECT_EQ(LayoutOf({"c", "b", "a"}).Get(), kept.Get());
+  EXPECT_EQ(LayoutOf({"b", "c", "a"}).Get(), kept.Get());
+  EXPECT_THAT(NamesOf(kept), ElementsAre("a", "b", "c"));
+}
+
+TEST(FieldLayoutTest, DiffersByTypeNamesAndDocumentation) {
+  const LayoutRef root = FieldLayout::Root("Rec");
+  const LayoutRef plain = root->With("a", "").layout;
+  const LayoutRef documented = root->With("a", "text").layout;
+  const LayoutRef otherName = root->With("b", "").layout;
+  const LayoutRef otherType = FieldLayout::Root("Other")->With("a", "").layout;
+  EXPECT_NE(plain.Get(), documented.Get());
+  EXPECT_NE(plain.Get(), otherName.Get());
+  EXPECT_NE(plain.Get(), otherType.Get());
+  EXPECT_TRUE(plain->HasSameNames(*documented.Get()));
+  EXPECT_TRUE(plain->HasSameNames(*otherType.Get()));
+  EXPECT_FALSE(plain->HasSameNames(*otherName.Get()));
+  EXPECT_FALSE(plain->HasSameNames(*root.Get()));
+}
+
+TEST(FieldLayoutTest, TellsWhereAFieldCameToStand) {
+  const LayoutRef layout = LayoutOf({"b", "d"});
+  EXPECT_EQ(layout->With("a", "").position, 0u);
+  EXPECT_EQ(layout->With("c", "").position, 1u);
+  const FieldLayout::Step first = layout->With("e", "");
+  const FieldLayout::Step second = layout->With("e", "");
+  EXPECT_EQ(first.position, 2u);
+  EXPECT_EQ(second.position, 2u);
+  EXPECT_EQ(first.layout.Get(), second.layout.Get());
+}
+
+TEST(FieldLayoutTest, FindsItsFields) {
+  const LayoutRef layout = LayoutOf({"", "a", "ab", "abc"});
+  EXPECT_EQ(layout->Find(""), 0u);
+  EXPECT_EQ(layout->Find("ab"), 2u);
+  EXPECT_EQ(layout->Find("b"), FieldLayout::kNotFound);
+  EXPECT_EQ(layout->Find(std::string(256 + 2, 'a')), FieldLayout::kNotFound);
+}
+
+TEST(FieldLayoutTest, ChangesADocumentationText) {
+  const LayoutRef layout = LayoutOf({"a", "b"});
+  const LayoutRef documented = layout->WithDocumentation(1, "text");
+  EXPECT_EQ(documented->At(1).documentation, "text");
+  EXPECT_EQ(layout->At(1).documentation, "");
+  EXPECT_EQ(documented->WithDocumentation(1, "").Get(), layout.Get());
+  EXPECT_EQ(documented->WithDocumentation(1, "text").Get(), documented.Get());
+}
+
+TEST(FieldLayoutTest, LosesAField) {
+  const LayoutRef layout = LayoutOf({"a", "b", "c"});
+  const LayoutRef shorter = layout->Without(1);
+  EXPECT_THAT(NamesOf(shorter), ElementsAre("a", "c"));
+  EXPECT_EQ(LayoutOf({"a", "c"}).Get(), shorter.Get());
+  EXPECT_EQ(shorter->Without(0)->Without(0).Get(), FieldLayout::Root("Rec").Get());
+}
+
+TEST(FieldLayoutTest, LivesAsLongAsItIsUsed) {
+  const std::size_t before = FieldLayout::CountShared();
+  {
+    const LayoutRef one = LayoutOf({"a", "b", "c"});
+    EXPECT_EQ(FieldLayout::CountShared(), before + 4);
+    const LayoutRef other = LayoutOf({"c"});
+    EXPECT_EQ(FieldLayout::CountShared(), before + 5);
+  }
+  EXPECT_EQ(FieldLayout::CountShared(), before);
+}
+
+TEST(FieldLayoutTest, LeavesNoWayToADeadLayout) {
+  const LayoutRef kept = LayoutOf({"a"});
+  const std::size_t before = FieldLayout::CountShared();
+  for (int round = 0; round < 100; ++round) {
+    const LayoutRef passing = kept->With("b" + std::to_string(round % 3), "").layout;
+    EXPECT_EQ(FieldLayout::CountShared(), before + 1);
+  }
+  EXPECT_EQ(FieldLayout::CountShared(), before);
+}
+
+TEST(FieldLayoutTest, TakesMoreFieldsThanItHasTransitions) {
+  const LayoutRef root = FieldLayout::Root("Rec");
+  std::vector<LayoutRef> next;
+  for (std::size_t field = 0; field < 3 * FieldLayout::kMostTransitions; ++field) {
+    next.push_back(root->With("f" + std::to_string(field), "").layout);
+  }
+  for (std::size_t field = 0; field < next.size(); ++field) {
+    EXPECT_EQ(root->With("f" + std::to_string(field), "").layout.Get(), next[field].Get());
+  }
+}
+
+TEST(FieldLayoutTest, TakesSoManyFieldsAndNoMore) {
+  LayoutRef layout = FieldLayout::Root("Rec");
+  for (std::size_t field = 0; field < FieldLayout::kMostFields; ++field) {
+    layout = layout->With("f" + std::to_string(field), "").layout;
+    ASSERT_TRUE(layout);
+  }
+  EXPECT_FALSE(layout->With("one more", "").layout);
+}
+
+TEST(FieldLayoutTest, TakesNamesOfSoManyBytesAndNoMore) {
+  const LayoutRef root = FieldLayout::Root("Rec");
+  EXPECT_TRUE(root->With(std::string(FieldLayout::kLongestName, 'n'), "").layout);
+  EXPECT_FALSE(root->With(std::string(FieldLayout::kLongestName + 1, 'n'), "").layout);
+}
+
+TEST(FieldLayoutTest, CopiesAndMovesItsOwners) {
+  LayoutRef one = LayoutOf({"a"});
+  const FieldLayout* const layout = one.Get();
+  LayoutRef copy = one;
+  LayoutRef moved = std::move(one);
+  EXPECT_FALSE(one);
+  EXPECT_EQ(copy.Get(), layout);
+  copy = FieldLayout::Root("Rec");
+  EXPECT_EQ(LayoutRef::Attach(moved.Detach()).Get(), layout);
+}
+
+// --- Records and layouts
+
+TEST(FieldLayoutTest, ServesRecordsOfOneShape) {
+  const auto one = MetaStruct::New("Rec");
+  const auto other = MetaStruct::New("Rec");
+  one->SetField("a", 1);
+  one->SetField("b", 2);
+  other->SetField("b", "text");
+  other->SetField("a", true);
+  EXPECT_EQ(ValueAccess::Layout(*one), ValueAccess::Layout(*other));
+  other->RemoveField("b");
+  EXPECT_NE(ValueAccess::Layout(*one), ValueAccess::Layout(*other));
+}
+
+TEST(FieldLayoutTest, ServesRecordsOfADefinition) {
+  const auto definition = MetaStruct::New("Rec");
+  definition->SetField("a", 1);
+  const auto record = MetaStruct::New(definition);
+  record->SetField("a", 2);
+  EXPECT_EQ(ValueAccess::Layout(*record), ValueAccess::Layout(*definition));
+}
+
+TEST(FieldLayoutTest, DiesWithItsLastRecord) {
+  const std::size_t before = FieldLayout::CountShared();
+  {
+    const auto one = MetaStruct::New("Rec");
+    const auto other = MetaStruct::New("Rec");
+    one->SetField("a", 1);
+    other->SetField("b", 1);
+    EXPECT_EQ(FieldLayout::CountShared(), before + 3);
+  }
+  EXPECT_EQ(FieldLayout::CountShared(), before);
+}
+
+TEST(FieldLayoutTest, GivesWayToAnIndexOfOwnBeyondItsBounds) {
+  const std::size_t before = FieldLayout::CountShared();
+  const auto record = MetaStruct::New("Rec");
+  for (std::size_t field = 0; field < FieldLayout::kMostFields; ++field) {
+    record->SetField("f" + std::to_string(field), 1);
+  }
+  EXPECT_NE(ValueAccess::Layout(*record), nullptr);
+  record->SetField("one more", 1);
+  EXPECT_EQ(ValueAccess::Layout(*record), nullptr);
+  EXPECT_EQ(FieldLayout::CountShared(), before + 1);
+  EXPECT_EQ(record->GetFieldNames().size(), FieldLayout::kMostFields + 1);
+}
+
+TEST(FieldLayoutTest, CannotFillMemoryWithNames) {
+  const std::size_t before = FieldLayout::CountShared();
+  std::vector<std::shared_ptr<MetaStruct>> records;
+  for (std::size_t each = 0; each < 2 * FieldLayout::kMostLayouts; ++each) {
+    const std::string name = std::to_string(each);
+    records.push_back(MetaStruct::New("T" + name));
+    records.back()->SetField(name, MetaInt::New(1), "doc " + name);
+    ASSERT_LE(FieldLayout::CountShared(), FieldLayout::kMostLayouts);
+  }
+  EXPECT_EQ(FieldLayout::CountShared(), FieldLayout::kMostLayouts);
+  for (std::size_t each = 0; each < records.size(); ++each) {
+    const std::string name = std::to_string(each);
+    ASSERT_EQ(records[each]->GetTypeName(), "T" + name);
+    ASSERT_EQ(records[each]->ToString(), "{'" + name + "' => '1', }");
+    ASSERT_EQ(records[each]->GetFieldDocumentation(name), "doc " + name);
+  }
+  // Without room for one more layout, records go over to an index of their own.
+  records[0]->SetField("0", 2);
+  EXPECT_EQ(records[0]->GetFieldDocumentation("0"), "Documentation missing");
+  EXPECT_EQ(ValueAccess::Layout(*records[0]), nullptr);
+  records[1]->SetField("more", 3);
+  EXPECT_EQ(records[1]->ToString(), "{'1' => '1', 'more' => '3', }");
+  EXPECT_TRUE(MetaStruct::New("T0")->IsSameStructure(MetaStruct::New("T0"), nullptr));
+  records.clear();
+  EXPECT_EQ(FieldLayout::CountShared(), before);
+}
+
+TEST(FieldLayoutTest, RemovesAFieldThoughThereIsNoRoomForALayout) {
+  const auto record = MetaStruct::New("Rec");
+  record->SetField("a", 1);
+  record->SetField("b", 2);
+  record->SetField("c", 3);
+  std::vector<LayoutRef> others;
+  while (FieldLayout::CountShared() < FieldLayout::kMostLayouts) {
+    others.push_back(FieldLayout::Root(std::to_string(others.size())));
+  }
+  record->RemoveField("a");
+  EXPECT_EQ(ValueAccess::Layout(*record), nullptr);
+  EXPECT_EQ(record->ToString(), "{'b' => '2', 'c' => '3', }");
+}
+
+TEST(FieldLayoutTest, LetsACursorWalkBothForms) {
+  for (const int more : {0, 100}) {
+    const auto record = MetaStruct::New("Rec");
+    record->SetField("b", MetaInt::New(2), "doc");
+    record->SetField("a", 1);
+    for (int field = 0; field < more; ++field) {
+      record->SetField("z" + std::to_string(field), 0);
+    }
+    FieldCursor field(*record);
+    EXPECT_EQ(field.CountLeft(), static_cast<std::size_t>(more) + 2);
+    EXPECT_EQ(field.Name(), "a");
+    EXPECT_EQ(field.Documentation(), "");
+    field.Next();
+    EXPECT_EQ(field.Name(), "b");
+    EXPECT_EQ(field.Documentation(), "doc");
+    EXPECT_EQ(field.Value().get(), ValueAccess::Find(*record, "b")->get());
+    field.Next();
+    EXPECT_EQ(field.AtEnd(), more == 0);
+  }
+}
+
+// The library starts no thread, but a program around it may.
+TEST(FieldLayoutTest, IsSafeAmongThreads) {
+  const std::size_t before = FieldLayout::CountShared();
+  const auto work = [] {
+    for (int round = 0; round < 2000; ++round) {
+      const auto record = MetaStruct::New("Rec");
+      record->SetField("a" + std::to_string(round % 5), round);
+      record->SetField("b", round);
+      const auto copy = MetaStruct::New(record);
+      copy->SetField("b", 1);
+    }
+  };
+  std::thread one(work);
+  std::thread other(work);
+  one.join();
+  other.join();
+  EXPECT_EQ(FieldLayout::CountShared(), before);
+}
+
+TEST(FieldLayoutTest, DiesInAnotherThread) {
+  const std::size_t before = FieldLayout::CountShared();
+  auto record = MetaStruct::New("Rec");
+  record->SetField("a", 1000);
+  std::thread other([&record] { record.reset(); });
+  other.join();
+  EXPECT_EQ(FieldLayout::CountShared(), before);
 }
 
 }  // namespace

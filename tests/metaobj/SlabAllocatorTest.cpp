@@ -1,0 +1,109 @@
+#include "metaobj/SlabAllocator.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using Kestrel::MetaObj::MakeInSlab;
+using Kestrel::MetaObj::Slab;
+using Kestrel::MetaObj::SlabAllocator;
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kHasSlabs = false;
+#else
+constexpr bool kHasSlabs = true;
+#endif
+
+TEST(SlabAllocatorTest, GivesBlocksThatDoNotOverlap) {
+  struct Block {
+    unsigned char* bytes;
+    std::size_t size;
+  };
+  std::vector<Block> blocks;
+  for (std::size_t round = 0; round < 3000; ++round) {
+    const std::size_t size = 1 + round * 7 % Slab::kLargestBlock;
+    blocks.push_back({static_cast<unsigned char*>(Slab::Allocate(size)), size});
+    std::memset(blocks.back().bytes, static_cast<int>(round % 251), size);
+  }
+  for (std::size_t round = 0; round < blocks.size(); ++round) {
+    const Block& block = blocks[round];
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block.bytes) % Slab::kGranule, 0u);
+    EXPECT_TRUE(std::all_of(block.bytes, block.bytes + block.size,
+                            [round](unsigned char byte) { return byte == round % 251; }));
+    Slab::Free(block.bytes, block.size);
+  }
+}
+
+TEST(SlabAllocatorTest, GivesAFreedBlockAgainForItsSize) {
+  if (!kHasSlabs) {
+    GTEST_SKIP() << "the address sanitizer keeps freed blocks back";
+  }
+  void* const block = Slab::Allocate(40);
+  Slab::Free(block, 40);
+  void* const larger = Slab::Allocate(48);
+  void* const again = Slab::Allocate(33);
+  EXPECT_NE(larger, block);
+  EXPECT_EQ(again, block);
+  Slab::Free(again, 33);
+  Slab::Free(larger, 48);
+}
+
+TEST(SlabAllocatorTest, ServesAllInstancesAlike) {
+  EXPECT_TRUE(SlabAllocator<int>() == SlabAllocator<double>());
+  EXPECT_FALSE(SlabAllocator<int>() != SlabAllocator<double>());
+}
+
+TEST(SlabAllocatorTest, PassesOnWhatDoesNotFit) {
+  SlabAllocator<long> several;
+  long* const three = several.allocate(3);
+  three[2] = 5;
+  several.deallocate(three, 3);
+  struct Large {
+    std::array<char, Slab::kLargestBlock + 1> bytes;
+  };
+  const std::shared_ptr<Large> large = MakeInSlab<Large>();
+  large->bytes.back() = 'x';
+  struct alignas(64) Aligned {
+    char byte;
+  };
+  const std::shared_ptr<Aligned> aligned = MakeInSlab<Aligned>();
+  EXPECT_EQ(reinterpret_cast<std::uintptr_t>(aligned.get()) % 64, 0u);
+}
+
+TEST(SlabAllocatorTest, MakesSharedOwners) {
+  const std::shared_ptr<std::vector<int>> value = MakeInSlab<std::vector<int>>(3, 7);
+  EXPECT_EQ(*value, (std::vector<int>{7, 7, 7}));
+  EXPECT_EQ(value.use_count(), 1);
+}
+
+TEST(SlabAllocatorTest, TakesABlockBackInAnotherThread) {
+  constexpr int kBlocks = 1000;
+  std::vector<std::shared_ptr<long>> values;
+  for (int each = 0; each < kBlocks; ++each) {
+    values.push_back(MakeInSlab<long>(each));
+  }
+  std::vector<std::shared_ptr<long>> others;
+  std::thread other([&] {
+    values.clear();
+    for (int each = 0; each < kBlocks; ++each) {
+      others.push_back(MakeInSlab<long>(-each));
+    }
+  });
+  other.join();
+  for (int each = 0; each < kBlocks; ++each) {
+    values.push_back(MakeInSlab<long>(each));
+  }
+  for (std::size_t each = 0; each < values.size(); ++each) {
+    EXPECT_EQ(*values[each], static_cast<long>(each));
+    EXPECT_EQ(*others[each], -static_cast<long>(each));
+  }
+}
+
+}  // namespace
