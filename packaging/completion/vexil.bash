@@ -1,0 +1,71 @@
+# shellcheck shell=bash
+# Completion of vexil's command lines in bash: dispatcher options, the words of the path, and the
+# options of the command that the path leads to. All of it is asked of the tool itself.
+
+_vexil_dispatcher_options='--plugin-dir --plugin --formatter --format-param --screen-width --input
+  --help'
+
+# Every command as a line of words: its path. Arguments: the tool and its dispatcher options.
+_vexil_commands() {
+  "$@" --formatter table --format-param show-header=false \
+    --format-param fields=Namespace,Command vexil command list 2>/dev/null | tr '.' ' '
+}
+
+# The words that may stand next, after a path. Arguments: the path; standard input: all commands.
+_vexil_next_words() {
+  awk -v path="$*" 'BEGIN { count = split(path, words, " ") }
+    {
+      for (i = 1; i <= count; ++i) if ($i != words[i]) next
+      if (NF > count) print $(count + 1)
+    }' | sort -u
+}
+
+# Splits the line up to the cursor as the tool does: `front` becomes the tool with its options that
+# load plug-ins, `path` the words, `behind` whether an option stands behind them, and `pending` the
+# option that still takes the next word as its value.
+_vexil_split() {
+  local i word
+  front=("${COMP_WORDS[0]}") path=() behind=false pending=
+  for ((i = 1; i < COMP_CWORD; ++i)); do
+    word=${COMP_WORDS[i]}
+    if [[ $word == -* && $word != *=* ]]; then
+      pending=$word
+      [[ ${#path[@]} -eq 0 ]] || behind=true
+    elif [[ $word == = ]]; then
+      continue # bash cuts --name=value into three words
+    elif [[ -n $pending ]]; then
+      [[ $pending != --plugin && $pending != --plugin-dir ]] || front+=("$pending" "$word")
+      pending=
+    elif ! $behind; then
+      path+=("$word")
+    fi
+  done
+}
+
+_vexil() {
+  local front path behind pending current=${COMP_WORDS[COMP_CWORD]} choices=
+  COMPREPLY=()
+  _vexil_split
+  [[ $current != = ]] || current=
+
+  if [[ -n $pending && $current != -* ]]; then
+    case $pending in
+      --plugin | --plugin-dir | --input) mapfile -t COMPREPLY < <(compgen -f -- "$current") ;;
+      --formatter)
+        mapfile -t COMPREPLY < <(compgen -W 'table simple xml json python' -- "$current")
+        ;;
+    esac
+    return
+  fi
+
+  if [[ $current != -* ]]; then
+    $behind || choices=$(_vexil_commands "${front[@]}" | _vexil_next_words "${path[@]}")
+  elif [[ ${#path[@]} -eq 0 ]]; then
+    choices=$_vexil_dispatcher_options
+  else
+    choices=$("${front[@]}" "${path[@]}" --help 2>/dev/null | grep -oE -- '--[a-z0-9-]+' | sort -u)
+  fi
+  mapfile -t COMPREPLY < <(compgen -W "$choices" -- "$current")
+}
+
+complete -F _vexil vexil
