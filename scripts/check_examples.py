@@ -1,16 +1,17 @@
 #!/usr/bin/env python3
 """Runs the examples of the guides and compares what they print.
 
-    check_examples.py [--update] --tool TOOL [--plugin-dir DIR] PAGE...
+    check_examples.py [--update] --tool TOOL [--plugin-dir DIR] [--program FILE]... PAGE...
 
 An example is a fenced block marked `console`: lines that begin with "$ " are commands, "> " carries
-one on, and what follows is what it prints on both streams, in the order written. A line "..." stands
-for any lines. After a command that fails, the block shows it as a last line "[exit status N]".
+one on, and what follows is what it prints on both streams, blanks at the ends of lines aside. A
+line "..." stands for any lines. When a command fails, "[exit status N]" is its last line.
 
 In the block the words `vexil` and `./run` start TOOL: `vexil` without plug-ins, `./run` with those
-of DIR. The commands of one page run in order, in one empty folder. A block marked `console host`
-prints what differs from host to host: of it, only success and the first line are compared, blanks
-apart. A block marked `cpp file=PATH` must stand in that file of the project, line for line.
+of DIR. Each FILE can be called by its name. The commands of one page run in order, in one empty
+folder. A block marked `console host` prints what differs from host to host: of it, only the exit
+status and the first line are compared, blanks aside. A block marked `cpp file=PATH` must stand in
+that file of the project, line for line.
 
 --update writes what the commands print now into the pages instead of comparing.
 """
@@ -30,13 +31,15 @@ FENCE = re.compile(r"^```(console|cpp)([^\n]*)\n(.*?)^```$", re.MULTILINE | re.D
 class Workplace:
     """An empty folder with the two ways of starting the tool."""
 
-    def __init__(self, folder, tool, plugin_dir):
+    def __init__(self, folder, tool, plugin_dir, programs):
         self.folder = folder
         bin_dir = os.path.join(folder, ".bin")
         os.mkdir(bin_dir)
         plugins = f' --plugin-dir "{plugin_dir}"' if plugin_dir else ""
         self._script(os.path.join(bin_dir, "vexil"), f'exec -a vexil "{tool}" "$@"')
         self._script(os.path.join(folder, "run"), f'exec -a vexil "{tool}"{plugins} "$@"')
+        for program in programs:
+            os.symlink(os.path.abspath(program), os.path.join(bin_dir, os.path.basename(program)))
         self.environment = {
             "HOME": folder, "LANG": "C", "PATH": bin_dir + ":/usr/sbin:/usr/bin:/sbin:/bin"}
 
@@ -61,7 +64,7 @@ def commands_of(block):
     for line in block.splitlines():
         if line.startswith("$ "):
             pairs.append(([line], []))
-        elif line.startswith("> ") and pairs and not pairs[-1][1]:
+        elif line.startswith(">") and pairs and not pairs[-1][1]:
             pairs[-1][0].append(line)
         elif pairs:
             pairs[-1][1].append(line)
@@ -76,8 +79,10 @@ def matches(expected, printed):
 
 
 def matches_on_any_host(expected, printed):
-    return (bool(expected) and bool(printed) and not printed[-1].startswith("[exit status ")
-            and expected[0].split() == printed[0].split())
+    def outline(lines):
+        status = lines[-1] if lines[-1].startswith("[exit status ") else "[exit status 0]"
+        return lines[0].split(), status
+    return bool(expected) and bool(printed) and outline(expected) == outline(printed)
 
 
 class Page:
@@ -127,6 +132,7 @@ def main():
     parser.add_argument("--update", action="store_true")
     parser.add_argument("--tool", required=True)
     parser.add_argument("--plugin-dir")
+    parser.add_argument("--program", action="append", default=[])
     parser.add_argument("pages", nargs="+")
     arguments = parser.parse_args()
 
@@ -134,7 +140,7 @@ def main():
     for path in arguments.pages:
         with tempfile.TemporaryDirectory() as folder:
             page = Page(path, Workplace(folder, os.path.abspath(arguments.tool),
-                                        arguments.plugin_dir))
+                                        arguments.plugin_dir, arguments.program))
             text = page.check()
         if arguments.update:
             with open(path, "w", encoding="utf-8") as file:
