@@ -61,16 +61,24 @@ void FillNumbers(Process& process, const std::vector<std::string_view>& words) {
   process.residentMemory = NumberAt(words, kResidentPages) * (pageSize / kBytesPerKib);
 }
 
-// The second number of the line "Uid:" is the one by which rights are judged.
-std::optional<uid_t> ParseUser(std::string_view status) {
+// Fills in what "status" tells better: by whose rights the process acts, which is the second number
+// of "Uid:", and its memory, which "stat" tells from counters that lag behind.
+bool FillStatus(Process& process, std::string_view status) {
+  bool hasUser = false;
   for (const std::string_view line : SplitLines(status)) {
     const auto words = SplitWords(line);
-    if (words.size() >= 3 && words[0] == "Uid:") {
-      const auto user = ParseNumber(words[2]);
-      return user ? std::optional<uid_t>(static_cast<uid_t>(*user)) : std::nullopt;
+    if (words.size() < 3) {
+      continue;
+    }
+    const auto user = words[0] == "Uid:" ? ParseNumber(words[2]) : std::nullopt;
+    if (user) {
+      process.user = static_cast<uid_t>(*user);
+      hasUser = true;
+    } else if (words[0] == "VmRSS:") {
+      process.residentMemory = ParseNumber(words[1]).value_or(process.residentMemory);
     }
   }
-  return std::nullopt;
+  return hasUser;
 }
 
 // Each argument ends in a NUL; a process that overwrote its arguments may have left many.
@@ -112,11 +120,9 @@ std::optional<Process> ReadProcess(const std::string& proc, long id) {
     return std::nullopt;
   }
   auto process = ParseProcess(*stat);
-  const auto user = ParseUser(*status);
-  if (!process || !user) {
+  if (!process || !FillStatus(*process, *status)) {
     return std::nullopt;
   }
-  process->user = *user;
   process->command = JoinArguments(std::move(*arguments));
   return process;
 }
