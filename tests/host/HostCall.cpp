@@ -87,6 +87,15 @@ std::string TextOf(const std::shared_ptr<MetaStruct>& record, const std::string&
   return value->ToString();
 }
 
+std::vector<std::string> FieldOf(const std::vector<std::shared_ptr<MetaStruct>>& records,
+                                 const std::string& field) {
+  std::vector<std::string> texts;
+  for (const auto& record : records) {
+    texts.push_back(TextOf(record, field));
+  }
+  return texts;
+}
+
 long NumberOf(const std::shared_ptr<MetaStruct>& record, const std::string& field) {
   const auto number =
       record == nullptr ? nullptr : std::dynamic_pointer_cast<MetaInt>(record->GetField(field));

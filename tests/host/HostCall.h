@@ -37,6 +37,9 @@ AutoCli::Dispatcher& GetHostDispatcher();
 
 /// The text or number of a field as a text; fails the test when there is no such field.
 std::string TextOf(const std::shared_ptr<MetaObj::MetaStruct>& record, const std::string& field);
+/// The same of many records.
+std::vector<std::string> FieldOf(const std::vector<std::shared_ptr<MetaObj::MetaStruct>>& records,
+                                 const std::string& field);
 /// A number; fails the test when the field is none.
 long NumberOf(const std::shared_ptr<MetaObj::MetaStruct>& record, const std::string& field);
 

@@ -1,0 +1,40 @@
+#include "plugins/host/ClockText.h"
+
+#include <gtest/gtest.h>
+
+#include <ctime>
+#include <limits>
+
+#include "support/ScopedEnvironment.h"
+
+namespace Kestrel::Host {
+namespace {
+
+TEST(ClockTextTest, WritesMomentsInTheZoneOfTheMachine) {
+  {
+    const Testing::ScopedEnvironment zone("TZ", "XYZ-5:30");
+    ::tzset();
+    EXPECT_EQ(MomentText(1700000000), "2023-11-15 03:43:20");
+  }
+  ::tzset();
+  {
+    const Testing::ScopedEnvironment zone("TZ", "UTC0");
+    ::tzset();
+    EXPECT_EQ(MomentText(0), "1970-01-01 00:00:00");
+    EXPECT_EQ(MomentText(std::numeric_limits<std::time_t>::max()), "");
+  }
+  ::tzset();
+}
+
+TEST(ClockTextTest, WritesSpansWithDaysInFront) {
+  EXPECT_EQ(SpanText(0), "00:00:00");
+  EXPECT_EQ(SpanText(59), "00:00:59");
+  EXPECT_EQ(SpanText(3661), "01:01:01");
+  EXPECT_EQ(SpanText(86399), "23:59:59");
+  EXPECT_EQ(SpanText(86400), "1-00:00:00");
+  EXPECT_EQ(SpanText(1000 * 86400 + 5), "1000-00:00:05");
+  EXPECT_EQ(SpanText(-1), "00:00:00");
+}
+
+}  // namespace
+}  // namespace Kestrel::Host

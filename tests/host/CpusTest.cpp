@@ -1,0 +1,90 @@
+#include "plugins/host/Cpus.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "kestrel/KestrelException.h"
+#include "support/ScopedTempDir.h"
+
+namespace Kestrel::Host {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using Testing::ScopedTempDir;
+using ::testing::ThrowsMessage;
+
+constexpr char kTwoProcessors[] =
+    "processor\t: 0\nvendor_id\t: Maker\nmodel name\t: Model A\ncpu MHz\t\t: 2596.146\n\n"
+    "processor\t: 1\nvendor_id\t: Maker\nmodel name\t: Model: B\ncpu MHz\t\t: 800\n\n";
+
+TEST(CpusTest, ReadsProcessorsAndWhereTheyBelong) {
+  const ScopedTempDir root;
+  root.Write("proc/cpuinfo", kTwoProcessors);
+  const std::string cpu = "sys/devices/system/cpu";
+  root.Write(cpu + "/present", "0-2\n");
+  root.Write(cpu + "/online", "0-1\n");
+  root.Write(cpu + "/cpu1/topology/physical_package_id", "3\n");
+  root.Write(cpu + "/cpu1/topology/core_id", "4\n");
+  root.Write(cpu + "/cpu1/topology/thread_siblings_list", "0-1\n");
+  root.MakeDirectory(cpu + "/cpu1/node7");
+  root.MakeDirectory(cpu + "/cpu1/nodes");
+  const auto cpus = ReadCpus(root.GetPath("proc"), root.GetPath("sys"));
+  ASSERT_EQ(cpus.size(), 3u);
+  EXPECT_TRUE(cpus[1].isOnline);
+  EXPECT_EQ(cpus[1].number, 1);
+  EXPECT_EQ(cpus[1].node, 7);
+  EXPECT_EQ(cpus[1].socket, 3);
+  EXPECT_EQ(cpus[1].core, 4);
+  EXPECT_THAT(cpus[1].siblings, ElementsAre(0, 1));
+  EXPECT_EQ(cpus[1].vendor, "Maker");
+  EXPECT_EQ(cpus[1].model, "Model: B");
+  EXPECT_EQ(cpus[1].frequency, 800);
+  EXPECT_EQ(cpus[0].frequency, 2596);
+  EXPECT_FALSE(cpus[2].isOnline);
+  EXPECT_EQ(cpus[2].socket, -1);
+  EXPECT_EQ(cpus[2].model, "");
+  EXPECT_THAT(cpus[2].siblings, IsEmpty());
+}
+
+TEST(CpusTest, DoesWithoutDevices) {
+  const ScopedTempDir proc;
+  proc.Write("cpuinfo", kTwoProcessors);
+  const auto cpus = ReadCpus(proc.GetPath(), "/nowhere");
+  ASSERT_EQ(cpus.size(), 2u);
+  EXPECT_TRUE(cpus[1].isOnline);
+  EXPECT_EQ(cpus[1].model, "Model: B");
+  EXPECT_EQ(cpus[1].core, -1);
+}
+
+TEST(CpusTest, DoesWithoutCpuinfo) {
+  const ScopedTempDir sys;
+  sys.Write("devices/system/cpu/present", "0\n");
+  sys.Write("devices/system/cpu/online", "0\n");
+  const auto cpus = ReadCpus("/nowhere", sys.GetPath());
+  ASSERT_EQ(cpus.size(), 1u);
+  EXPECT_TRUE(cpus[0].isOnline);
+  EXPECT_EQ(cpus[0].model, "");
+  EXPECT_EQ(cpus[0].frequency, -1);
+}
+
+TEST(CpusTest, PassesOverLinesThatMakeNoSense) {
+  const ScopedTempDir proc;
+  proc.Write("cpuinfo",
+             "model name : before any\nno colon\nprocessor : x\nmodel name : lost\n"
+             "processor : 5\nmodel name : kept\ncpu MHz : fast\n");
+  const auto cpus = ReadCpus(proc.GetPath(), "/nowhere");
+  ASSERT_EQ(cpus.size(), 1u);
+  EXPECT_EQ(cpus[0].number, 5);
+  EXPECT_EQ(cpus[0].model, "kept");
+  EXPECT_EQ(cpus[0].frequency, -1);
+}
+
+TEST(CpusTest, SaysWhenThereIsNone) {
+  EXPECT_THAT([] { ReadCpus("/nowhere", "/sysless"); },
+              ThrowsMessage<KestrelException>("Unable to find any processor in "
+                                              "/sysless/devices/system/cpu and /nowhere/cpuinfo"));
+}
+
+}  // namespace
+}  // namespace Kestrel::Host

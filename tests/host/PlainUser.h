@@ -1,0 +1,31 @@
+#pragma once
+
+#include <unistd.h>
+
+#include "gtest/gtest.h"
+
+namespace Kestrel::Testing {
+
+/// Takes root's rights from this process for as long as it lives; another user has none to lose.
+class PlainUser {
+ public:
+  PlainUser() : user_(::geteuid()) {
+    if (user_ == 0) {
+      EXPECT_EQ(::seteuid(kNobody), 0);
+    }
+  }
+  PlainUser(const PlainUser&) = delete;
+  PlainUser& operator=(const PlainUser&) = delete;
+  ~PlainUser() {
+    if (user_ == 0) {
+      EXPECT_EQ(::seteuid(user_), 0);
+    }
+  }
+
+ private:
+  static constexpr uid_t kNobody = 65534;
+
+  uid_t user_;
+};
+
+}  // namespace Kestrel::Testing

@@ -1,0 +1,188 @@
+#include "plugins/host/Processes.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/sysmacros.h>
+#include <unistd.h>
+
+#include "kestrel/KestrelException.h"
+#include "support/ScopedTempDir.h"
+
+namespace Kestrel::Host {
+namespace {
+
+using ::testing::ElementsAre;
+using Testing::ScopedTempDir;
+using ::testing::ThrowsMessage;
+
+// What follows the name: parent 7, terminal 34818, 300 and 45 ticks, nice -5, 3 threads, started
+// at tick 9000, 2 MiB addressed, 5 pages held.
+const std::string kNumbers =
+    " S 7 42 42 34818 42 4194304 1 2 3 4 300 45 6 7 20 -5 3 0 9000 2097152 5 18446744073709551615 "
+    "1 1 0 0 0 0 0 0 0 0 0 17 1 0 0 0 0 0 0 0 0 0 0 0 0 0\n";
+
+void WriteProcess(const ScopedTempDir& proc, const std::string& id, const std::string& name,
+                  const std::string& arguments) {
+  proc.Write(id + "/stat", id + " (" + name + ")" + kNumbers);
+  proc.Write(id + "/status", "Name:\tx\nUmask:\t0022\nUid:\t1000\t33\t1000\t1000\nGid:\t1\t1\n");
+  proc.Write(id + "/cmdline", arguments);
+}
+
+TEST(ProcessesTest, ReadsWhatTheKernelTells) {
+  const auto process = ParseProcess("42 (cat)" + kNumbers);
+  ASSERT_TRUE(process);
+  EXPECT_EQ(process->id, 42);
+  EXPECT_EQ(process->parentId, 7);
+  EXPECT_EQ(process->name, "cat");
+  EXPECT_EQ(process->state, 'S');
+  EXPECT_FALSE(process->isKernelThread);
+  EXPECT_EQ(process->threads, 3);
+  EXPECT_EQ(process->nice, -5);
+  EXPECT_EQ(process->virtualMemory, 2048);
+  EXPECT_EQ(process->residentMemory, 5 * ::sysconf(_SC_PAGESIZE) / 1024);
+  EXPECT_EQ(process->processorTicks, 345);
+  EXPECT_EQ(process->startTicks, 9000);
+  EXPECT_EQ(process->terminal, 34818);
+}
+
+TEST(ProcessesTest, TakesAnyBytesWithinTheParenthesesAsTheName) {
+  for (const std::string name :
+       {"", " ", "a b", "(", ")", ") S 1 1", "a\nb", "((x))", "\xff\xfe"}) {
+    const auto process = ParseProcess("42 (" + name + ")" + kNumbers);
+    ASSERT_TRUE(process) << name;
+    EXPECT_EQ(process->name, name);
+    EXPECT_EQ(process->parentId, 7) << name;
+  }
+}
+
+TEST(ProcessesTest, RefusesWhatIsNoProcess) {
+  for (const std::string& text :
+       {std::string(), std::string("42"), std::string("42 (cat"), std::string("42 )cat("),
+        std::string("42 (cat)"), std::string("42 (cat) S 1 2 3"), "x (cat)" + kNumbers,
+        " (cat)" + kNumbers, "42 (cat) SS" + kNumbers.substr(2)}) {
+    EXPECT_FALSE(ParseProcess(text)) << text;
+  }
+}
+
+TEST(ProcessesTest, KnowsThreadsOfTheKernel) {
+  const auto process = ParseProcess(
+      "2 (kthreadd) S 0 0 0 0 -1 2129984 0 0 0 0 0 2 0 0 20 0 1 0 5 0 0 18446744073709551615\n");
+  ASSERT_TRUE(process);
+  EXPECT_TRUE(process->isKernelThread);
+}
+
+TEST(ProcessesTest, CountsANumberThatMakesNoSenseAsZero) {
+  std::string numbers = kNumbers;
+  numbers.replace(numbers.find("2097152"), 7, "99999999999999999999");
+  const auto process = ParseProcess("42 (cat)" + numbers);
+  ASSERT_TRUE(process);
+  EXPECT_EQ(process->virtualMemory, 0);
+  EXPECT_EQ(process->startTicks, 9000);
+}
+
+TEST(ProcessesTest, ReadsOneProcessFromItsFolder) {
+  const ScopedTempDir proc;
+  WriteProcess(proc, "42", "cat", std::string("cat\0-n\0file\0", 12));
+  const auto process = ReadProcess(proc.GetPath(), 42);
+  ASSERT_TRUE(process);
+  EXPECT_EQ(process->user, 33u) << "the effective one";
+  EXPECT_EQ(process->command, "cat -n file");
+}
+
+TEST(ProcessesTest, JoinsArgumentsHoweverTheyWereOverwritten) {
+  const ScopedTempDir proc;
+  const std::pair<std::string, std::string> cases[] = {
+      {"", ""},
+      {std::string(3, '\0'), ""},
+      {"no end", "no end"},
+      {std::string("title\0\0\0\0", 9), "title"},
+      {std::string("a\0\0b\0", 5), "a  b"},
+  };
+  for (const auto& [arguments, expected] : cases) {
+    WriteProcess(proc, "42", "cat", arguments);
+    const auto process = ReadProcess(proc.GetPath(), 42);
+    ASSERT_TRUE(process) << expected;
+    EXPECT_EQ(process->command, expected);
+  }
+}
+
+TEST(ProcessesTest, LeavesOutAProcessThatVanishesHalfWay) {
+  for (const char* const gone : {"stat", "status", "cmdline"}) {
+    const ScopedTempDir proc;
+    WriteProcess(proc, "1", "init", "");
+    WriteProcess(proc, "42", "cat", "");
+    ASSERT_EQ(::unlink(proc.GetPath(std::string("42/") + gone).c_str()), 0);
+    const auto processes = ReadProcesses(proc.GetPath());
+    ASSERT_EQ(processes.size(), 1u) << gone;
+    EXPECT_EQ(processes[0].id, 1);
+  }
+}
+
+TEST(ProcessesTest, TakesTheMemoryThatIsToldBest) {
+  const ScopedTempDir proc;
+  WriteProcess(proc, "42", "cat", "");
+  EXPECT_EQ(ReadProcess(proc.GetPath(), 42)->residentMemory, 5 * ::sysconf(_SC_PAGESIZE) / 1024);
+  proc.Write("42/status", "Uid:\t1\t1\t1\t1\nVmRSS:\t    1234 kB\n");
+  EXPECT_EQ(ReadProcess(proc.GetPath(), 42)->residentMemory, 1234);
+}
+
+TEST(ProcessesTest, LeavesOutAProcessWithoutUser) {
+  const ScopedTempDir proc;
+  WriteProcess(proc, "1", "init", "");
+  WriteProcess(proc, "42", "cat", "");
+  for (const char* const status : {"", "Uid:\n", "Uid:\t1\n", "Uid:\t1\tx\t1\t1\n"}) {
+    proc.Write("42/status", status);
+    EXPECT_EQ(ReadProcesses(proc.GetPath()).size(), 1u) << status;
+  }
+}
+
+TEST(ProcessesTest, ListsProcessesByNumberAndNothingElse) {
+  const ScopedTempDir proc;
+  for (const char* const id : {"10", "9", "100"}) {
+    WriteProcess(proc, id, "cat", "");
+  }
+  proc.Write("self/stat", "10 (cat)" + kNumbers);
+  proc.Write("uptime", "1 1\n");
+  proc.MakeDirectory("77");
+  std::vector<long> ids;
+  for (const Process& process : ReadProcesses(proc.GetPath())) {
+    ids.push_back(process.id);
+  }
+  EXPECT_THAT(ids, ElementsAre(9, 10, 100));
+}
+
+TEST(ProcessesTest, SaysWhenThereIsNoProcessAtAll) {
+  EXPECT_THAT([] { ReadProcesses("/nowhere"); },
+              ThrowsMessage<KestrelException>("Unable to find any process in /nowhere"));
+}
+
+TEST(ProcessesTest, HasAWordForEachState) {
+  EXPECT_STREQ(StateWord('R'), "running");
+  EXPECT_STREQ(StateWord('S'), "sleeping");
+  EXPECT_STREQ(StateWord('D'), "waiting");
+  EXPECT_STREQ(StateWord('T'), "stopped");
+  EXPECT_STREQ(StateWord('t'), "traced");
+  EXPECT_STREQ(StateWord('Z'), "zombie");
+  EXPECT_STREQ(StateWord('I'), "idle");
+  EXPECT_STREQ(StateWord('P'), "parked");
+  EXPECT_STREQ(StateWord('X'), "dead");
+  EXPECT_STREQ(StateWord('?'), "unknown");
+}
+
+TEST(ProcessesTest, NamesTerminals) {
+  const ScopedTempDir sys;
+  sys.MakeDirectory("dev/char");
+  ASSERT_EQ(::symlink("../../devices/virtual/tty/hvc0", sys.GetPath("dev/char/229:0").c_str()), 0);
+  const auto name = [&sys](unsigned major, unsigned minor) {
+    return TerminalName(static_cast<long>(::gnu_dev_makedev(major, minor)), sys.GetPath());
+  };
+  EXPECT_EQ(TerminalName(0, sys.GetPath()), "");
+  EXPECT_EQ(name(136, 3), "pts/3");
+  EXPECT_EQ(name(137, 4), "pts/260");
+  EXPECT_EQ(name(143, 255), "pts/2047");
+  EXPECT_EQ(name(229, 0), "hvc0");
+  EXPECT_EQ(name(4, 64), "4:64");
+}
+
+}  // namespace
+}  // namespace Kestrel::Host

@@ -1,0 +1,100 @@
+#include "plugins/host/SystemFigures.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "kestrel/KestrelException.h"
+#include "support/ScopedTempDir.h"
+
+namespace Kestrel::Host {
+namespace {
+
+using ::testing::HasSubstr;
+using Testing::ScopedTempDir;
+using ::testing::ThrowsMessage;
+
+TEST(SystemFiguresTest, ReadsTheUptimeWithoutPartsOfASecond) {
+  const ScopedTempDir proc;
+  proc.Write("uptime", "86399.99 123.45\n");
+  EXPECT_EQ(ReadUptime(proc.GetPath()).seconds, 86399);
+  EXPECT_EQ(ReadUptime(proc.GetPath()).idleSeconds, 123);
+}
+
+TEST(SystemFiguresTest, ReadsTheLoad) {
+  const ScopedTempDir proc;
+  proc.Write("loadavg", "0.46 12.00 0.32 2/95 25897\n");
+  const Load load = ReadLoad(proc.GetPath());
+  EXPECT_EQ(load.oneMinute, "0.46");
+  EXPECT_EQ(load.fiveMinutes, "12.00");
+  EXPECT_EQ(load.fifteenMinutes, "0.32");
+  EXPECT_EQ(load.running, 2);
+  EXPECT_EQ(load.tasks, 95);
+}
+
+TEST(SystemFiguresTest, ReadsTheMemory) {
+  const ScopedTempDir proc;
+  proc.Write("meminfo",
+             "MemTotal:       1000 kB\nMemFree:  200 kB\nMemAvailable:  700 kB\nBuffers: 10 kB\n"
+             "Cached: 400 kB\nSwapCached: 3 kB\nSwapTotal: 50 kB\nSwapFree: 20 kB\nShmem: 5 kB\n"
+             "SReclaimable: 40 kB\nHugePages_Total: 0\n");
+  const Memory memory = ReadMemory(proc.GetPath());
+  EXPECT_EQ(memory.total, 1000);
+  EXPECT_EQ(memory.free, 200);
+  EXPECT_EQ(memory.available, 700);
+  EXPECT_EQ(memory.shared, 5);
+  EXPECT_EQ(memory.buffers, 10);
+  EXPECT_EQ(memory.cached, 440);
+  EXPECT_EQ(memory.swapTotal, 50);
+  EXPECT_EQ(memory.swapFree, 20);
+}
+
+TEST(SystemFiguresTest, DoesWithWhatOldKernelsTellOfMemory) {
+  const ScopedTempDir proc;
+  proc.Write("meminfo", "MemTotal: 1000 kB\nMemFree: 200 kB\nBuffers:\n");
+  const Memory memory = ReadMemory(proc.GetPath());
+  EXPECT_EQ(memory.available, 200);
+  EXPECT_EQ(memory.buffers, 0);
+  EXPECT_EQ(memory.swapTotal, 0);
+}
+
+TEST(SystemFiguresTest, ReadsWhenTheMachineStarted) {
+  const ScopedTempDir proc;
+  proc.Write("stat", "cpu  1 2 3\nintr 5 6\nbtime 1700000000\nprocesses 7\n");
+  EXPECT_EQ(ReadStartMoment(proc.GetPath()), 1700000000);
+}
+
+TEST(SystemFiguresTest, SaysWhichFileIsMissing) {
+  const auto message = [](const char* file) {
+    return std::string("Unable to read /nowhere/") + file + ": No such file or directory";
+  };
+  EXPECT_THAT([] { ReadUptime("/nowhere"); }, ThrowsMessage<KestrelException>(message("uptime")));
+  EXPECT_THAT([] { ReadLoad("/nowhere"); }, ThrowsMessage<KestrelException>(message("loadavg")));
+  EXPECT_THAT([] { ReadMemory("/nowhere"); }, ThrowsMessage<KestrelException>(message("meminfo")));
+  EXPECT_THAT([] { ReadStartMoment("/nowhere"); },
+              ThrowsMessage<KestrelException>(message("stat")));
+}
+
+TEST(SystemFiguresTest, SaysWhichFileMakesNoSense) {
+  const ScopedTempDir proc;
+  const auto refuses = [&proc](const char* file, const char* text, auto read) {
+    proc.Write(file, text);
+    EXPECT_THAT([&] { read(proc.GetPath()); },
+                ThrowsMessage<KestrelException>("Unable to understand " + proc.GetPath(file)))
+        << text;
+  };
+  for (const char* const text : {"", "1.5", "x 1", "1 y", ". ."}) {
+    refuses("uptime", text, ReadUptime);
+  }
+  for (const char* const text : {"", "1 2 3", "1 2 3 4", "1 2 3 x/4", "1 2 3 4/y", "1 2 3 4/5/6"}) {
+    refuses("loadavg", text, ReadLoad);
+  }
+  for (const char* const text : {"", "MemTotal: 5 kB\n", "MemFree: 5 kB\n", "MemTotal: x kB\n"}) {
+    refuses("meminfo", text, ReadMemory);
+  }
+  for (const char* const text : {"", "cpu 1\n", "btime x\n", "btime\n"}) {
+    refuses("stat", text, ReadStartMoment);
+  }
+}
+
+}  // namespace
+}  // namespace Kestrel::Host
