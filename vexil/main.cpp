@@ -1,6 +1,4 @@
-#include <errno.h>
 #include <fcntl.h>
-#include <string.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -27,15 +25,12 @@ void OccupyStandardDescriptors() {
 
 // The last word on every way out, whoever calls exit: a caller must not take cut output for all.
 void CheckStandardOutput() {
-  errno = 0;
   std::cout.flush();
   const bool isWritten = std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && std::cout.good();
-  if (isWritten) {
-    return;
+  if (!isWritten) {
+    Report("Unable to write to standard output");
+    _exit(EXIT_FAILURE);
   }
-  const std::string reason = errno == 0 ? "" : std::string(": ") + strerror(errno);
-  Report("Unable to write to standard output" + reason);
-  _exit(EXIT_FAILURE);
 }
 
 }  // namespace
