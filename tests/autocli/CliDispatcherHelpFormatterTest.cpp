@@ -15,12 +15,14 @@
 #include "kestrel/metaobj/MetaList.h"
 #include "kestrel/metaobj/MetaString.h"
 #include "kestrel/metaobj/MetaStruct.h"
+#include "support/Golden.h"
 
 namespace Kestrel::AutoCli {
 
 namespace {
 
 using CallSpec::Output;
+using Kestrel::Testing::MatchesGolden;
 using MetaObj::MetaInt;
 using MetaObj::MetaList;
 using MetaObj::MetaString;
@@ -130,6 +132,19 @@ TEST(CliDispatcherHelpFormatterTest, ListsAnUnknownTypeInNeitherTable) {
                                                                          {"c", "d", "command"},
                                                                          {"e", "f", "Namespaces"},
                                                                          {"g", "h", ""}})));
+}
+
+TEST(CliDispatcherHelpFormatterTest, LooksAsItShouldAtEachWidth) {
+  const auto listing = MakeListing(
+      {"network"},
+      {{"ip", "Commands about the addresses of this machine, of either family", "Namespace"},
+       {"interface", "", "Namespace"},
+       {"counter", "Show what went in and out", "Command"},
+       {"reset", "Forget what went in and out of an interface, or of all of them", "Command"},
+       {"odd", "Neither of the two", "Unknown"}});
+  for (const std::uint16_t width : {0, 40, 80, 200}) {
+    EXPECT_THAT(Format(listing, width), MatchesGolden("clihelp/listing-" + std::to_string(width)));
+  }
 }
 
 TEST(CliDispatcherHelpFormatterTest, WrapsTheDescriptionToTheWidth) {

@@ -499,7 +499,8 @@ TEST_F(CliDispatcherTest, PrintChildrenLeavesTheListingAsTheRootObject) {
   command->SetDescription("Says something.");
   Handle({"try", "say"});
   EXPECT_EQ(
-      "{'Dispatcher' => 'tool', 'NamespaceNodes' => '{'Description' => 'Says something.', 'Name' => "
+      "{'Dispatcher' => 'tool', 'NamespaceNodes' => '{'Description' => 'Says something.', 'Name' "
+      "=> "
       "'say', 'Type' => 'Command', }', 'Path' => 'try', }",
       List(root->GetNamespaceNode("try"))->ToString());
   const auto listing = List(root);
