@@ -146,6 +146,11 @@ VexilRun& VexilRun::CalledAs(const std::string& name) {
   return *this;
 }
 
+VexilRun& VexilRun::CalledByNoName() {
+  name_.reset();
+  return *this;
+}
+
 VexilRun& VexilRun::WithOutputTo(const std::string& path) {
   outputPath_ = path;
   return *this;
@@ -210,7 +215,10 @@ void VexilRun::ExecWith(int input, int output, int error) const {
     }
   }
   signal(SIGPIPE, ignoresBrokenPipes_ ? SIG_IGN : SIG_DFL);
-  std::vector<char*> words = {const_cast<char*>(name_.c_str())};
+  std::vector<char*> words;
+  if (name_) {
+    words.push_back(const_cast<char*>(name_->c_str()));
+  }
   for (const std::string& argument : arguments_) {
     words.push_back(const_cast<char*>(argument.c_str()));
   }

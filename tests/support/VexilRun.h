@@ -40,6 +40,9 @@ class VexilRun {
   /// The name to call the tool by, its argv[0].
   VexilRun& CalledAs(const std::string& name);
 
+  /// The tool gets an argument vector without any argument, not even its name.
+  VexilRun& CalledByNoName();
+
   /// The file that standard output goes to; `VexilResult::out` is then empty.
   VexilRun& WithOutputTo(const std::string& path);
 
@@ -63,7 +66,7 @@ class VexilRun {
   [[noreturn]] void ExecWith(int input, int output, int error) const;
 
   std::vector<std::string> arguments_;
-  std::string name_ = "vexil";
+  std::optional<std::string> name_ = "vexil";
   std::string input_;
   std::map<std::string, std::optional<std::string>> environment_;
   std::string directory_;

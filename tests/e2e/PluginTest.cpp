@@ -1,0 +1,141 @@
+#include <gmock/gmock.h>
+#include <signal.h>
+
+#include <filesystem>
+#include <string>
+
+#include "e2e/Plugins.h"
+#include "support/ScopedTempDir.h"
+#include "support/VexilRun.h"
+
+namespace Kestrel::Testing {
+
+namespace {
+
+using ::testing::HasSubstr;
+
+const std::string kUntilResolved = " will not be available until this issue is resolved.";
+
+TEST(PluginTest, APluginNamedOnTheCommandLineOffersItsCommands) {
+  const VexilResult result =
+      VexilRun({"--plugin", GetPluginPath("EchoPlugin"), "echo", "say", "-t", "hello"}).Run();
+  EXPECT_EQ("hello\n", result.out);
+  EXPECT_EQ("", result.err);
+  EXPECT_EQ(0, result.status);
+}
+
+TEST(PluginTest, AFolderOffersThePluginsInItAndInItsSubfolder) {
+  const ScopedTempDir folder;
+  folder.MakeDirectory("lib64");
+  const auto copy = [&folder](const char* plugin, const char* name) {
+    std::filesystem::copy_file(GetPluginPath(plugin), folder.GetPath(name));
+  };
+  copy("EchoPlugin", "lib64/echo.so");
+  copy("TryPlugin", "try.so");
+  folder.Write("notes.txt", "no plug-in");
+  for (const char* word : {"echo", "try"}) {
+    const VexilResult result =
+        VexilRun({"--plugin-dir", folder.GetPath(), word, "say", "-t", "hello"}).Run();
+    EXPECT_EQ("hello\n", result.out);
+    EXPECT_EQ("", result.err);
+    EXPECT_EQ(0, result.status);
+  }
+}
+
+TEST(PluginTest, AMissingFileIsToldAndTheCommandRuns) {
+  const VexilResult result = VexilRun({"--plugin=/nosuch/plugin.so", "--plugin",
+                                       GetPluginPath("EchoPlugin"), "echo", "say", "-t", "hello"})
+                                 .Run();
+  EXPECT_EQ("hello\n", result.out);
+  EXPECT_EQ(
+      "Unable to load plugin /nosuch/plugin.so: Unable to load plugin from /nosuch/plugin.so : "
+      "/nosuch/plugin.so: cannot open shared object file: No such file or directory\n",
+      result.err);
+  EXPECT_EQ(0, result.status);
+}
+
+TEST(PluginTest, AMissingFolderIsToldAndTheCommandRuns) {
+  const VexilResult result =
+      VexilRun({"--plugin-dir", "/nosuch", "vexil", "command", "list"}).Run();
+  EXPECT_THAT(result.out, HasSubstr("List all of the vexil commands."));
+  EXPECT_EQ("Unable to open directory /nosuch for plugin registration\n", result.err);
+  EXPECT_EQ(0, result.status);
+}
+
+TEST(PluginTest, AFileThatIsNoPluginIsPassedOver) {
+  const ScopedTempDir folder;
+  const std::string notes = folder.Write("notes.txt", "no plug-in");
+  const VexilResult result = VexilRun({"--plugin", notes, "vexil", "command", "list"}).Run();
+  EXPECT_EQ("", result.err);
+  EXPECT_EQ(0, result.status);
+}
+
+TEST(PluginTest, APluginWithoutItsEntryPointIsTold) {
+  const std::string path = GetPluginPath("NoEntryPoint");
+  const VexilResult result = VexilRun({"--plugin", path, "vexil", "command", "list"}).Run();
+  EXPECT_THAT(result.out, HasSubstr("List all of the vexil commands."));
+  EXPECT_EQ("Unable to load plugin " + path + ": Unable to get plugin registration point from " +
+                path + " : " + path + ": undefined symbol: AutoCli_RegisterNamespaces\n",
+            result.err);
+  EXPECT_EQ(0, result.status);
+}
+
+TEST(PluginTest, APluginThatRegistersATakenNameIsToldAndWhatItAddedWorks) {
+  const std::string path = GetPluginPath("DuplicatePlugin");
+  const VexilResult result = VexilRun({"--plugin", path, "duplicate", "early"}).Run();
+  EXPECT_EQ("before the duplicate\n", result.out);
+  EXPECT_EQ("Unable to load plugin " + path + ": Error while trying to register the plugin " +
+                path +
+                " Duplicate registration in namespace  attempt to register two objects with name "
+                "vexil The functionality in " +
+                path + kUntilResolved + "\n",
+            result.err);
+  EXPECT_EQ(0, result.status);
+}
+
+TEST(PluginTest, APluginThatThrowsItsOwnMessageIsToldAndWhatItAddedWorks) {
+  const std::string path = GetPluginPath("ThrowingPluginKestrelException");
+  const VexilResult result = VexilRun({"--plugin", path, "throwing", "early"}).Run();
+  EXPECT_EQ("before the throw\n", result.out);
+  EXPECT_EQ("Unable to load plugin " + path + ": Error while trying to register the plugin " +
+                path + " the plug-in has no fuel The functionality in " + path + kUntilResolved +
+                "\n",
+            result.err);
+  EXPECT_EQ(0, result.status);
+}
+
+TEST(PluginTest, APluginInAFolderThatThrowsIsToldAndTheNextOneLoads) {
+  const ScopedTempDir folder;
+  const std::string broken = folder.GetPath("a.so");
+  std::filesystem::copy_file(GetPluginPath("ThrowingPluginKestrelException"), broken);
+  std::filesystem::copy_file(GetPluginPath("EchoPlugin"), folder.GetPath("b.so"));
+  const VexilResult result =
+      VexilRun({"--plugin-dir", folder.GetPath(), "echo", "say", "-t", "hello"}).Run();
+  EXPECT_EQ("hello\n", result.out);
+  EXPECT_EQ("Error loading plugin " + broken +
+                " skipping.  Error was: Error while trying to register the plugin " + broken +
+                " the plug-in has no fuel The functionality in " + broken + kUntilResolved + "\n",
+            result.err);
+  EXPECT_EQ(0, result.status);
+}
+
+TEST(PluginTest, AnotherExceptionOfAPluginEndsTheToolWithItsText) {
+  const VexilResult result = VexilRun({"--plugin", GetPluginPath("ThrowingPluginStandardException"),
+                                       "vexil", "command", "list"})
+                                 .Run();
+  EXPECT_EQ("", result.out);
+  EXPECT_EQ("the plug-in has no oil\n", result.err);
+  EXPECT_EQ(1, result.status);
+}
+
+TEST(PluginTest, SomethingThrownThatIsNoExceptionAbortsTheTool) {
+  const VexilResult result =
+      VexilRun({"--plugin", GetPluginPath("ThrowingPluginOwnObject"), "vexil", "command", "list"})
+          .Run();
+  EXPECT_EQ("", result.out);
+  EXPECT_EQ(SIGABRT, result.signal);
+}
+
+}  // namespace
+
+}  // namespace Kestrel::Testing
