@@ -2,8 +2,11 @@
 
 #include "kestrel/autocli/CommandHelpFormatter.h"
 #include "kestrel/autocli/CommandList.h"
+#include "kestrel/autocli/JsonFormatter.h"
+#include "kestrel/autocli/PythonFormatter.h"
 #include "kestrel/autocli/SimpleFormatter.h"
 #include "kestrel/autocli/TableFormatter.h"
+#include "kestrel/autocli/XmlFormatter.h"
 
 namespace Kestrel::AutoCli {
 
@@ -28,9 +31,12 @@ InternalPlugin::InternalPlugin(FactoryFlag /*flag*/) {}
 InternalPlugin::~InternalPlugin() = default;
 
 void InternalPlugin::Initialize() {
-  formatters_.reserve(3);
+  formatters_.reserve(6);
   formatters_.push_back(std::make_shared<TableFormatter>());
   formatters_.push_back(std::make_shared<SimpleFormatter>());
+  formatters_.push_back(std::make_shared<XmlFormatter>());
+  formatters_.push_back(std::make_shared<PythonFormatter>());
+  formatters_.push_back(std::make_shared<JsonFormatter>());
   formatters_.push_back(std::make_shared<CommandHelpFormatter>());
 }
 

@@ -11,28 +11,21 @@
 #include "autocli/FieldSlot.h"
 #include "autocli/FieldStyle.h"
 #include "autocli/HeaderMarker.h"
+#include "autocli/Indent.h"
 #include "autocli/PlainText.h"
 #include "autocli/TextWriter.h"
 #include "autocli/ValueView.h"
 
 namespace Kestrel::AutoCli {
 
-using MetaObj::MetaBool;
-using MetaObj::MetaInt;
 using MetaObj::MetaList;
 using MetaObj::MetaObject;
-using MetaObj::MetaString;
 using MetaObj::MetaStruct;
 using MetaObj::MetaType;
 
 namespace {
 
-constexpr std::size_t kIndentStep = 3;
 constexpr std::string_view kNoHeader = "<NONE>";
-
-std::size_t IndentOf(long level) {
-  return level < 1 ? 0 : kIndentStep * static_cast<std::size_t>(level);
-}
 
 /// The first line of a structure, which may hold the text of one of its fields.
 class Header {
@@ -187,11 +180,11 @@ class Walk {
     }
     switch (value->GetType()) {
       case MetaType::Bool:
-        return PrintScalar(ViewAs<MetaBool>(value.get()), "Error reading a bool");
       case MetaType::Int:
-        return PrintScalar(ViewAs<MetaInt>(value.get()), "Error reading a int");
       case MetaType::String:
-        return PrintScalar(ViewAs<MetaString>(value.get()), "Error reading a string");
+        return PrintLine(MetaObj::ValueAccess::IsScalarClass(*value)
+                             ? plain_.Of(*value)
+                             : MisreadText(value->GetType()));
       case MetaType::Struct:
         return OpenStruct(Own<MetaStruct>(value), level);
       case MetaType::List:
@@ -205,10 +198,6 @@ class Walk {
     return view == nullptr ? nullptr : std::shared_ptr<const Class>(value, view);
   }
 
-  void PrintScalar(const MetaObject* value, std::string_view error) {
-    PrintLine(value == nullptr ? error : plain_.Of(*value));
-  }
-
   void PrintLine(std::string_view text) {
     writer_.Append(text);
     writer_.Append('\n');
@@ -216,7 +205,7 @@ class Walk {
 
   void OpenStruct(std::shared_ptr<const MetaStruct> record, long level) {
     if (record == nullptr) {
-      PrintLine("Error reading a struct from output.");
+      PrintLine(MisreadText(MetaType::Struct));
       return;
     }
     std::shared_ptr<Plan> plan = plans_.Get(*record);
@@ -230,7 +219,7 @@ class Walk {
 
   void OpenList(std::shared_ptr<const MetaList> list, long level) {
     if (list == nullptr) {
-      PrintLine("Error reading a List");
+      PrintLine(MisreadText(MetaType::List));
       return;
     }
     if (list->GetListType() == MetaType::Struct || list->GetListType() == MetaType::List) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string_view>
+
 #include "kestrel/metaobj/MetaBool.h"
 #include "kestrel/metaobj/MetaInt.h"
 #include "kestrel/metaobj/MetaList.h"
@@ -30,6 +32,30 @@ const Class* ViewAs(const MetaObj::MetaObject* value) {
                  MetaObj::ValueAccess::IsValueClass(*value)
              ? static_cast<const Class*>(value)
              : nullptr;
+}
+
+/// What formatters write in place of a value that announces `kind` and is not of that class; empty
+/// for a number that names no kind.
+inline std::string_view MisreadText(MetaObj::MetaType kind) {
+  switch (kind) {
+    case MetaObj::MetaType::Bool:
+      return "Error reading a bool";
+    case MetaObj::MetaType::Int:
+      return "Error reading a int";
+    case MetaObj::MetaType::String:
+      return "Error reading a string";
+    case MetaObj::MetaType::Struct:
+      return "Error reading a struct from output.";
+    case MetaObj::MetaType::List:
+      return "Error reading a List";
+  }
+  return "";
+}
+
+/// As above for a value that no class fits; `otherText` when it is null or of no known kind.
+inline std::string_view MisreadText(const MetaObj::MetaObject* value, std::string_view otherText) {
+  const std::string_view text = value == nullptr ? "" : MisreadText(value->GetType());
+  return text.empty() ? otherText : text;
 }
 
 }  // namespace Kestrel::AutoCli

@@ -33,7 +33,7 @@ LAYERS = [
      "NodeType NamespaceNode Namespace RootNamespace CommandSpec Command"),
     ("format", "autocli",
      "TableFormatter SimpleFormatter XmlFormatter JsonFormatter PythonFormatter "
-     "CommandHelpFormatter CliDispatcherHelpFormatter HeaderMarker"),
+     "CommandHelpFormatter CliDispatcherHelpFormatter HeaderMarker FieldPrefixes ValueWalk Indent"),
     ("extend", "autocli",
      "Plugin PluginEntryPoint SharedLibraryPlugin InternalPlugin CommandList "
      "XmlUtil XmlDocument XmlValue XmlValueReader LeadingInteger TemplateText "

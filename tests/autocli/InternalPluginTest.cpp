@@ -43,7 +43,8 @@ TEST(InternalPluginTest, HasNoFormattersBeforeInitialize) {
 TEST(InternalPluginTest, ListsItsFormattersInAFixedOrder) {
   const std::shared_ptr<InternalPlugin> plugin = InternalPlugin::New();
   plugin->Initialize();
-  EXPECT_THAT(FormatterNames(*plugin), ElementsAre("table", "simple", "commandhelp"));
+  EXPECT_THAT(FormatterNames(*plugin),
+              ElementsAre("table", "simple", "xml", "python", "json", "commandhelp"));
 }
 
 TEST(InternalPluginTest, FindsAFormatterByItsExactName) {

@@ -23,7 +23,8 @@ class KESTREL_API InternalPlugin : public Plugin {
   explicit InternalPlugin(FactoryFlag flag);
   ~InternalPlugin() override;
 
-  /// Makes the formatters: "table", "simple", "commandhelp", in this order. To be called once.
+  /// Makes the formatters: "table", "simple", "xml", "python", "json", "commandhelp", in this
+  /// order. To be called once.
   void Initialize() override;
 
   const std::string& GetName() const override;

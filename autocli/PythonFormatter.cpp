@@ -1,0 +1,99 @@
+#include "kestrel/autocli/PythonFormatter.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "autocli/EscapeTable.h"
+#include "autocli/TextWriter.h"
+#include "autocli/ValueView.h"
+#include "autocli/ValueWalk.h"
+#include "kestrel/KestrelException.h"
+
+namespace Kestrel::AutoCli {
+
+using MetaObj::MetaList;
+using MetaObj::MetaObject;
+using MetaObj::MetaStruct;
+
+namespace {
+
+constexpr long kRootLevel = 2;
+
+// So few on purpose: what reads this text relies on all other bytes standing as they are.
+constexpr EscapeTable kPythonEscapes = EscapeTable().Set('"', "\\\"").Set('\n', "\\n");
+
+class PythonPrinter {
+ public:
+  static constexpr long kFieldStep = 2;
+  static constexpr long kElementStep = 2;
+
+  // The name stands as it is: no byte of a name is escaped.
+  static std::string FieldPrefix(const std::string& name, long /*level*/) {
+    return '"' + name + "\": ";
+  }
+
+  explicit PythonPrinter(TextWriter& out) : out_(out) {}
+
+  void Bool(bool value, long /*level*/) { out_.Append(value ? "True" : "False"); }
+  void Int(long value, long /*level*/) { out_.AppendInt(value); }
+
+  void String(const std::string& value, long /*level*/) {
+    out_.Append("\"\"\"");
+    out_.AppendEscaped(value, kPythonEscapes);
+    out_.Append("\"\"\"");
+  }
+
+  void Misread(const MetaObject* value) {
+    if (value == nullptr) {
+      throw KestrelException("Invalid MetaObject passed to Format in PythonFormatter");
+    }
+    out_.Append(MisreadText(value, "Unknown data type"));
+    out_.Append('\n');
+  }
+
+  void BeginStruct(const MetaStruct& /*record*/, long /*level*/) { out_.Append('{'); }
+  void EndField(bool /*isLast*/, long /*level*/) { out_.Append(", "); }
+  void EndStruct(long /*level*/) { out_.Append('}'); }
+
+  void BeginList(const MetaList& /*list*/, long /*level*/) { out_.Append('['); }
+  void BeginElement(long /*level*/) {}
+  void EndElement(bool /*isLast*/, long /*level*/) { out_.Append(", "); }
+  void EndList(long /*level*/) { out_.Append(']'); }
+
+ private:
+  TextWriter& out_;
+};
+
+void Print(const MetaObject* value, TextWriter& out, long level) {
+  PythonPrinter printer(out);
+  ValueWalk<PythonPrinter>(printer, out).Run(value, level);
+}
+
+}  // namespace
+
+PythonFormatter::PythonFormatter() : Formatter("python") {
+  description = "Print the output as Python syntax suitable for eval().";
+}
+
+PythonFormatter::~PythonFormatter() = default;
+
+void PythonFormatter::Format(const std::shared_ptr<CallSpec::Output>& output,
+                             FormatParameters& /*parameters*/, DisplayContext& /*display*/,
+                             std::ostream& out) {
+  TextWriter writer(out);
+  Print(output->GetRootObject().get(), writer, kRootLevel);
+  writer.Append('\n');
+  writer.Finish();
+}
+
+void PythonFormatter::Format(std::shared_ptr<MetaObject> value, std::ostream& out, int level) {
+  TextWriter writer(out);
+  Print(value.get(), writer, level);
+  writer.Finish();
+}
+
+bool PythonFormatter::IsAllAscii(const std::string& text) {
+  return std::none_of(text.begin(), text.end(), [](char byte) { return (byte & 0x80) != 0; });
+}
+
+}  // namespace Kestrel::AutoCli
