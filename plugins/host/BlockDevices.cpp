@@ -1,12 +1,10 @@
 #include "plugins/host/BlockDevices.h"
 
-#include <libudev.h>
 #include <sys/sysmacros.h>
 
 #include <algorithm>
 #include <cctype>
 #include <limits>
-#include <memory>
 #include <optional>
 #include <string_view>
 
@@ -17,11 +15,6 @@ namespace {
 
 // The kernel counts in sectors of this size, whatever the device's own are.
 constexpr long kSizeUnit = 512;
-
-struct Unreference {
-  void operator()(udev* context) const { udev_unref(context); }
-  void operator()(udev_device* device) const { udev_device_unref(device); }
-};
 
 std::string ReadLine(const std::string& path) {
   const auto text = ReadFile(path);
@@ -207,18 +200,15 @@ std::vector<BlockDevice> ReadBlockDevices(const std::string& sysFolder,
   return devices;
 }
 
-DeviceProperties ReadDeviceProperties(dev_t device) {
+DeviceProperties ReadDeviceProperties(dev_t device, const std::string& folder) {
   DeviceProperties properties;
-  const std::unique_ptr<udev, Unreference> context(udev_new());
-  const std::unique_ptr<udev_device, Unreference> found(
-      context == nullptr ? nullptr : udev_device_new_from_devnum(context.get(), 'b', device));
-  if (found == nullptr) {
-    return properties;
-  }
-  udev_list_entry* entry = nullptr;
-  udev_list_entry_foreach(entry, udev_device_get_properties_list_entry(found.get())) {
-    const char* const value = udev_list_entry_get_value(entry);
-    properties[udev_list_entry_get_name(entry)] = value == nullptr ? "" : value;
+  const auto text =
+      ReadFile(folder + "/b" + std::to_string(major(device)) + ":" + std::to_string(minor(device)));
+  for (const std::string_view line : SplitLines(text.value_or(std::string()))) {
+    const std::size_t equals = line.find('=');
+    if (StartsWith(line, "E:") && equals != std::string_view::npos) {
+      properties[std::string(line.substr(2, equals - 2))] = line.substr(equals + 1);
+    }
   }
   return properties;
 }

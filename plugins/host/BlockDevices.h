@@ -41,7 +41,8 @@ std::vector<BlockDevice> ReadBlockDevices(const std::string& sysFolder,
                                           const PropertyReader& readProperties,
                                           const std::vector<Mount>& mounts);
 
-/// Asks the running device manager; no properties where there is none.
-DeviceProperties ReadDeviceProperties(dev_t device);
+/// What the device manager noted of a device in `folder`: one file a device, with a line
+/// "E:NAME=VALUE" for each property. No properties where there is no such file.
+DeviceProperties ReadDeviceProperties(dev_t device, const std::string& folder = "/run/udev/data");
 
 }  // namespace Kestrel::Host

@@ -1,55 +1,106 @@
 #include "plugins/host/MountTable.h"
 
-#include <libmount/libmount.h>
+#include <sys/sysmacros.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <map>
-#include <memory>
+#include <optional>
 #include <set>
+#include <string_view>
 #include <unordered_map>
+#include <utility>
 
 #include "kestrel/KestrelException.h"
+#include "plugins/host/DataSource.h"
 
 namespace Kestrel::Host {
 namespace {
 
-struct Unreference {
-  void operator()(libmnt_table* table) const { mnt_unref_table(table); }
-  void operator()(libmnt_iter* iterator) const { mnt_free_iter(iterator); }
-};
-
-std::string Text(const char* text) { return text == nullptr ? std::string() : text; }
-
-// An option is "name" or "name=value"; commas within double quotes belong to the value.
-std::vector<std::string> SplitOptions(const char* options) {
-  std::vector<std::string> split;
-  std::string rest = Text(options);
-  char* next = rest.data();
-  char* name = nullptr;
-  std::size_t nameSize = 0;
-  char* value = nullptr;
-  std::size_t valueSize = 0;
-  while (mnt_optstr_next_option(&next, &name, &nameSize, &value, &valueSize) == 0) {
-    const char* const end = value == nullptr ? name + nameSize : value + valueSize;
-    split.emplace_back(name, static_cast<std::size_t>(end - name));
+// A byte that would break a column is written as a backslash and three octal digits.
+std::string Unescape(std::string_view text) {
+  const auto isOctal = [&](std::size_t index) { return text[index] >= '0' && text[index] <= '7'; };
+  std::string plain;
+  for (std::size_t index = 0; index < text.size(); ++index) {
+    const bool isEscape = text[index] == '\\' && index + 3 < text.size() && isOctal(index + 1) &&
+                          isOctal(index + 2) && isOctal(index + 3);
+    if (!isEscape) {
+      plain += text[index];
+      continue;
+    }
+    plain += static_cast<char>((text[index + 1] - '0') * 64 + (text[index + 2] - '0') * 8 +
+                               (text[index + 3] - '0'));
+    index += 3;
   }
-  return split;
+  return plain;
 }
 
-Mount ToMount(libmnt_fs* entry) {
+// Cuts the first option off: "name" or "name=value"; commas within double quotes belong to the
+// value.
+std::string_view TakeOption(std::string_view& options) {
+  bool isQuoted = false;
+  std::size_t end = 0;
+  for (; end < options.size() && (isQuoted || options[end] != ','); ++end) {
+    isQuoted = isQuoted != (options[end] == '"');
+  }
+  const std::string_view option = options.substr(0, end);
+  options.remove_prefix(std::min(end + 1, options.size()));
+  return option;
+}
+
+// The options of the mount, and behind them those of the file system. Whether something can be
+// written is said by both, and refused when either refuses.
+std::vector<std::string> MergeOptions(const std::string& ofMount, const std::string& ofFilesystem) {
+  std::vector<std::string> merged = {"rw"};
+  const auto append = [&merged](std::string_view options) {
+    while (!options.empty()) {
+      const std::string_view option = TakeOption(options);
+      if (option == "ro") {
+        merged[0] = "ro";
+      } else if (option != "rw") {
+        merged.emplace_back(option);
+      }
+    }
+  };
+  append(ofMount);
+  if (ofFilesystem != ofMount) {
+    append(ofFilesystem);
+  }
+  return merged;
+}
+
+std::optional<dev_t> ParseDevice(std::string_view text) {
+  const auto numbers = Split(text, ':');
+  const auto major = ParseNumber(numbers[0]);
+  const auto minor = ParseNumber(numbers.back());
+  if (numbers.size() != 2 || !major || !minor) {
+    return std::nullopt;
+  }
+  return makedev(static_cast<unsigned>(*major), static_cast<unsigned>(*minor));
+}
+
+// ID PARENT MAJOR:MINOR ROOT TARGET OPTIONS {TAG} "-" TYPE SOURCE OPTIONS
+std::optional<Mount> ParseMount(std::string_view line) {
+  const std::vector<std::string_view> columns = Split(line, ' ');
+  const auto dash = std::find(columns.begin(), columns.end(), "-");
+  if (dash - columns.begin() < 6 || columns.end() - dash < 4) {
+    return std::nullopt;
+  }
+  const auto id = ParseNumber(columns[0]);
+  const auto parentId = ParseNumber(columns[1]);
+  const auto device = ParseDevice(columns[2]);
+  if (!id || !parentId || !device) {
+    return std::nullopt;
+  }
   Mount mount;
-  mount.id = mnt_fs_get_id(entry);
-  mount.parentId = mnt_fs_get_parent_id(entry);
-  mount.device = mnt_fs_get_devno(entry);
-  mount.source = Text(mnt_fs_get_source(entry));
-  mount.target = Text(mnt_fs_get_target(entry));
-  mount.type = Text(mnt_fs_get_fstype(entry));
-  mount.root = Text(mnt_fs_get_root(entry));
-  mount.options = SplitOptions(mnt_fs_get_options(entry));
-  mount.isPseudo = mnt_fs_is_pseudofs(entry) != 0;
-  mount.isNetwork = mnt_fs_is_netfs(entry) != 0;
+  mount.id = *id;
+  mount.parentId = *parentId;
+  mount.device = *device;
+  mount.root = Unescape(columns[3]);
+  mount.target = Unescape(columns[4]);
+  mount.type = Unescape(dash[1]);
+  mount.source = Unescape(dash[2]);
+  mount.options = MergeOptions(Unescape(columns[5]), Unescape(dash[3]));
   return mount;
 }
 
@@ -134,20 +185,15 @@ bool Mount::HasOption(const std::string& option) const {
 }
 
 std::vector<Mount> ReadMounts(const std::string& path) {
-  const std::unique_ptr<libmnt_table, Unreference> table(mnt_new_table());
-  const std::unique_ptr<libmnt_iter, Unreference> iterator(mnt_new_iter(MNT_ITER_FORWARD));
-  if (table == nullptr || iterator == nullptr) {
-    throw std::bad_alloc();
-  }
-  const int status = mnt_table_parse_file(table.get(), path.c_str());
-  if (status != 0) {
-    throw KestrelException("Unable to read the mounts in " + path + ": " +
-                           std::strerror(status < 0 ? -status : EINVAL));
+  const std::optional<std::string> text = ReadFile(path);
+  if (!text.has_value()) {
+    throw KestrelException("Unable to read the mounts in " + path + ": " + std::strerror(errno));
   }
   std::vector<Mount> mounts;
-  libmnt_fs* entry = nullptr;
-  while (mnt_table_next_fs(table.get(), iterator.get(), &entry) == 0) {
-    mounts.push_back(ToMount(entry));
+  for (const std::string_view line : SplitLines(*text)) {
+    if (std::optional<Mount> mount = ParseMount(line)) {
+      mounts.push_back(std::move(*mount));
+    }
   }
   HiddenMounts(mounts).Mark();
   return mounts;

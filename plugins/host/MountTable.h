@@ -16,9 +16,7 @@ struct Mount {
   std::string target;  ///< The directory that it is mounted on.
   std::string type;
   std::string root;  ///< Which folder of the file system is mounted; "/" for all of it.
-  std::vector<std::string> options;
-  bool isPseudo = false;  ///< Whether it keeps nothing: proc, sysfs, tmpfs, ...
-  bool isNetwork = false;
+  std::vector<std::string> options;  ///< "ro" or "rw", then the mount's and the file system's.
   bool isHidden = false;  ///< Whether another mount lies over it, so that no path leads to it.
 
   bool HasOption(const std::string& option) const;

@@ -121,7 +121,8 @@ class StorageDeviceList final : public HostCommand {
     const TruthFilter removable(input, "removable");
     const bool isEverythingListed = input.IsFlagSet("all");
     const auto list = Shape().NewList();
-    for (const BlockDevice& device : ReadBlockDevices(kSys, ReadDeviceProperties, ReadMounts())) {
+    const auto readProperties = [](dev_t device) { return ReadDeviceProperties(device); };
+    for (const BlockDevice& device : ReadBlockDevices(kSys, readProperties, ReadMounts())) {
       if ((isEverythingListed || device.size > 0) && names.Accepts(device.name) &&
           kinds.Accepts(device.kind) && readOnly.Accepts(device.isReadOnly) &&
           removable.Accepts(device.isRemovable) &&

@@ -13,6 +13,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::Pair;
 
 DeviceProperties NoProperties(dev_t) { return {}; }
 
@@ -188,6 +189,13 @@ TEST(BlockDevicesTest, TheDeviceManagerTellsWhatIsWrittenOnADevice) {
   EXPECT_EQ(devices[0].filesystem, "ext4");
   EXPECT_EQ(devices[0].label, "My Disk\\x\\xg0\\x2");
   EXPECT_EQ(devices[0].uuid, "12-34");
+}
+
+TEST(BlockDevicesTest, ReadsWhatTheDeviceManagerNoted) {
+  const Testing::ScopedTempDir folder;
+  folder.Write("b8:1", "S:disk/by-label/a\nE:ID_FS_TYPE=ext4\nE:ID_FS_LABEL_ENC=a=b\nE:\n");
+  EXPECT_THAT(ReadDeviceProperties(makedev(8, 1), folder.GetPath()),
+              ElementsAre(Pair("ID_FS_LABEL_ENC", "a=b"), Pair("ID_FS_TYPE", "ext4")));
 }
 
 TEST(BlockDevicesTest, ADeviceThatIsNoneHasNoProperties) {

@@ -43,8 +43,6 @@ TEST(MountTableTest, ReadsEveryColumn) {
   EXPECT_EQ(mounts[0].type, "ext3");
   EXPECT_EQ(mounts[0].source, "/dev/sdz9");
   EXPECT_THAT(mounts[0].options, ElementsAre("rw", "noatime", "errors=continue"));
-  EXPECT_FALSE(mounts[0].isPseudo);
-  EXPECT_TRUE(mounts[1].isPseudo);
   EXPECT_TRUE(mounts[1].HasOption("ro"));
   EXPECT_FALSE(mounts[1].HasOption("r"));
 }
@@ -69,10 +67,15 @@ TEST(MountTableTest, KeepsCommasInQuotedOptions) {
   EXPECT_THAT(mounts[0].options, ElementsAre("rw", "context=\"a:b,c\"", "x", "size=4k"));
 }
 
-TEST(MountTableTest, TellsNetworkFileSystems) {
-  const auto mounts = Read("36 35 0:50 / /srv rw - nfs4 server:/export rw\n");
-  ASSERT_EQ(mounts.size(), 1u);
-  EXPECT_TRUE(mounts[0].isNetwork);
+TEST(MountTableTest, IsReadOnlyWhenTheMountOrTheFileSystemIs) {
+  const auto mounts = Read(
+      "36 35 98:3 / /a ro,noexec - ext3 none rw,quota\n"
+      "37 35 98:3 / /b rw,noexec - ext3 none ro\n"
+      "38 35 98:3 / /c rw,noexec - ext3 none rw,noexec\n");
+  ASSERT_EQ(mounts.size(), 3u);
+  EXPECT_THAT(mounts[0].options, ElementsAre("ro", "noexec", "quota"));
+  EXPECT_THAT(mounts[1].options, ElementsAre("ro", "noexec"));
+  EXPECT_THAT(mounts[2].options, ElementsAre("rw", "noexec"));
 }
 
 TEST(MountTableTest, LeavesOutADamagedLine) {
