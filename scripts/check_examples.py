@@ -1,15 +1,16 @@
 #!/usr/bin/env python3
 """Runs the examples of the guides and compares what they print.
 
-    check_examples.py [--update] --tool TOOL [--plugin-dir DIR] [--program FILE]... PAGE...
+    check_examples.py [--update] --tool TOOL [--plugin-dir DIR] [--program FILE]...
+                      [--link NAME=PATH]... PAGE...
 
 An example is a fenced block marked `console`: lines that begin with "$ " are commands, "> " carries
 one on, and what follows is what it prints on both streams, blanks at the ends of lines aside. A
 line "..." stands for any lines. When a command fails, "[exit status N]" is its last line.
 
 In the block the words `vexil` and `./run` start TOOL: `vexil` without plug-ins, `./run` with those
-of DIR. Each FILE can be called by its name. The commands of one page run in order, in one empty
-folder. A block marked `console host` prints what differs from host to host: of it, only the exit
+of DIR. Each FILE can be called by its name. The commands of one page run in order, in one folder
+that is empty but for the links to each PATH. A block marked `console host` prints what differs from host to host: of it, only the exit
 status and the first line are compared, blanks aside. A block marked `cpp file=PATH` must stand in
 that file of the project, line for line.
 
@@ -31,7 +32,7 @@ FENCE = re.compile(r"^```(console|cpp)([^\n]*)\n(.*?)^```$", re.MULTILINE | re.D
 class Workplace:
     """An empty folder with the two ways of starting the tool."""
 
-    def __init__(self, folder, tool, plugin_dir, programs):
+    def __init__(self, folder, tool, plugin_dir, programs, links):
         self.folder = folder
         bin_dir = os.path.join(folder, ".bin")
         os.mkdir(bin_dir)
@@ -40,6 +41,9 @@ class Workplace:
         self._script(os.path.join(folder, "run"), f'exec -a vexil "{tool}"{plugins} "$@"')
         for program in programs:
             os.symlink(os.path.abspath(program), os.path.join(bin_dir, os.path.basename(program)))
+        for link in links:
+            name, target = link.split("=", 1)
+            os.symlink(os.path.abspath(target), os.path.join(folder, name))
         self.environment = {
             "HOME": folder, "LANG": "C", "PATH": bin_dir + ":/usr/sbin:/usr/bin:/sbin:/bin"}
 
@@ -133,6 +137,7 @@ def main():
     parser.add_argument("--tool", required=True)
     parser.add_argument("--plugin-dir")
     parser.add_argument("--program", action="append", default=[])
+    parser.add_argument("--link", action="append", default=[])
     parser.add_argument("pages", nargs="+")
     arguments = parser.parse_args()
 
@@ -140,7 +145,7 @@ def main():
     for path in arguments.pages:
         with tempfile.TemporaryDirectory() as folder:
             page = Page(path, Workplace(folder, os.path.abspath(arguments.tool),
-                                        arguments.plugin_dir, arguments.program))
+                                        arguments.plugin_dir, arguments.program, arguments.link))
             text = page.check()
         if arguments.update:
             with open(path, "w", encoding="utf-8") as file:

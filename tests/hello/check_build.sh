@@ -1,0 +1,40 @@
+#!/usr/bin/env bash
+# check_build.sh SOURCE STAGE WORK: the steps of the guide, against a copy of the installed tree: a
+# folder of one's own, configured, built, installed, and found by the tool.
+set -euo pipefail
+
+source=$1 stage=$2 work=$3
+
+rm -rf "$work"
+mkdir -p "$work"
+cp -a "$stage" "$work/prefix"
+cp -a "$source" "$work/hello"
+cd "$work"
+
+if ! {
+  cmake -S hello -B build -DCMAKE_PREFIX_PATH="$work/prefix" -DCMAKE_BUILD_TYPE=Release \
+    -DCMAKE_CXX_FLAGS=-Werror -DCMAKE_SHARED_LINKER_FLAGS=-Wl,-z,defs &&
+    cmake --build build && cmake --install build --prefix "$work/installed"
+} >build.log 2>&1; then
+  cat build.log >&2
+  exit 1
+fi
+
+expected="Greeting:
+   Text: Hello, Ada!
+   Bytes: 11"
+printed=$(prefix/bin/vexil --plugin-dir "$work/installed/lib/norvane/vexil" \
+  hello greet --name Ada --loud 2>errors)
+if [[ $printed != "$expected" || -s errors ]]; then
+  printf 'expected: %s\nbut got: %s\n' "$expected" "$printed" >&2
+  cat errors >&2
+  exit 1
+fi
+
+# Nothing but the entry point is to be seen from outside: no name of one plug-in can meet another's.
+names=$(nm --dynamic --defined-only --extern-only installed/lib/norvane/vexil/hello.so |
+  awk '$2 != "W" && $2 != "V" && $2 != "u" { print $3 }')
+if [[ $names != AutoCli_RegisterNamespaces ]]; then
+  printf 'The plug-in shows more than its entry point:\n%s\n' "$names" >&2
+  exit 1
+fi

@@ -1,0 +1,35 @@
+#!/usr/bin/env python3
+"""check_guide.py GUIDE FOLDER: whether the guide quotes the files of the example plug-in whole.
+
+The blocks marked `cpp`, one after the other, must be FOLDER/Hello.cpp, and those marked `cmake`
+FOLDER/CMakeLists.txt, byte for byte.
+"""
+
+import difflib
+import os
+import re
+import sys
+
+
+def quoted(guide, language):
+    blocks = re.findall(rf"^```{language}\b[^\n]*\n(.*?)^```$", guide, re.MULTILINE | re.DOTALL)
+    return "".join(blocks)
+
+
+def main(guide_path, folder):
+    with open(guide_path, encoding="utf-8") as file:
+        guide = file.read()
+    differs = False
+    for language, name in (("cpp", "Hello.cpp"), ("cmake", "CMakeLists.txt")):
+        path = os.path.join(folder, name)
+        with open(path, encoding="utf-8") as file:
+            text = file.read()
+        lines = list(difflib.unified_diff(text.splitlines(), quoted(guide, language).splitlines(),
+                                          path, guide_path, lineterm=""))
+        differs = differs or bool(lines) or quoted(guide, language) != text
+        print("\n".join(lines or [f"{path}: quoted whole"]))
+    return 1 if differs else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))
