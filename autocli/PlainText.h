@@ -14,22 +14,46 @@ class PlainText {
  public:
   /// The text of `value`; it lives as long as the value and this object, until the next call.
   std::string_view Of(const MetaObj::MetaObject& value) {
-    if (const auto* text = ViewAs<MetaObj::MetaString>(&value)) {
-      return text->GetValue();
+    if (!MetaObj::ValueAccess::IsScalarClass(value)) {
+      text_ = value.ToString();
+      return text_;
     }
-    if (const auto* number = ViewAs<MetaObj::MetaInt>(&value)) {
-      const char* const end =
-          std::to_chars(digits_, digits_ + sizeof digits_, number->GetValue()).ptr;
-      return {digits_, static_cast<std::size_t>(end - digits_)};
+    switch (value.GetType()) {
+      case MetaObj::MetaType::Int:
+        return PrintNumber(static_cast<const MetaObj::MetaInt&>(value).GetValue());
+      case MetaObj::MetaType::Bool:
+        return static_cast<const MetaObj::MetaBool&>(value).GetValue() ? "true" : "false";
+      default:
+        return static_cast<const MetaObj::MetaString&>(value).GetValue();
     }
-    if (const auto* boolean = ViewAs<MetaObj::MetaBool>(&value)) {
-      return boolean->GetValue() ? "true" : "false";
-    }
-    text_ = value.ToString();
-    return text_;
+  }
+
+  /// The length of that text.
+  std::size_t Measure(const MetaObj::MetaObject& value) {
+    const auto* number = ViewAs<MetaObj::MetaInt>(&value);
+    return number == nullptr ? Of(value).size() : CountDigits(number->GetValue());
   }
 
  private:
+  /// The digits of `number` and its sign.
+  static std::size_t CountDigits(long number) {
+    auto rest = static_cast<unsigned long>(number);
+    std::size_t count = 1;
+    if (number < 0) {
+      rest = 0 - rest;
+      ++count;
+    }
+    for (; rest >= 10000; rest /= 10000) {
+      count += 4;
+    }
+    return count + (rest >= 10 ? 1 : 0) + (rest >= 100 ? 1 : 0) + (rest >= 1000 ? 1 : 0);
+  }
+
+  std::string_view PrintNumber(long number) {
+    const char* const end = std::to_chars(digits_, digits_ + sizeof digits_, number).ptr;
+    return {digits_, static_cast<std::size_t>(end - digits_)};
+  }
+
   char digits_[20];
   std::string text_;
 };

@@ -70,7 +70,7 @@ class Header {
 struct Plan {
   struct Line {
     FieldSlot field;
-    std::string label;  // the name, padded, and ": "
+    std::string label;  // the first blanks, the name, padded, and ": "
     FieldStyle style;
   };
 
@@ -106,8 +106,8 @@ Plan::Plan(const MetaStruct& record, const FormatParameters& params)
   const bool isStyled = FieldStyle::IsUsedBy(params);
   lines.reserve(names.size());
   for (const std::string& name : names) {
-    std::string label = name;
-    label.resize(std::max(name.size(), aligned), ' ');
+    std::string label = std::string(kIndentStep, ' ') + name;
+    label.resize(kIndentStep + std::max(name.size(), aligned), ' ');
     lines.push_back({FieldSlot(name), label + ": ",
                      isStyled ? FieldStyle(record.GetTypeName(), name, params) : FieldStyle()});
   }
@@ -139,22 +139,23 @@ class PlanCache {
   std::size_t next_ = 0;
 };
 
-/// Prints a value and all that it holds, without recursion: values nest deeper than stacks.
+/// Prints a value and all that it holds, without recursion: values nest deeper than stacks. The
+/// caller owns the value and with it all that is in it.
 class Walk {
  public:
   Walk(const FormatParameters& params, TextWriter& writer) : plans_(params), writer_(writer) {}
 
-  void PrintValue(const std::shared_ptr<MetaObject>& value, long level) {
+  void PrintValue(const MetaObject* value, long level) {
     OpenValue(value, level);
     Run();
   }
 
-  void PrintStruct(const std::shared_ptr<MetaStruct>& record, long level) {
+  void PrintStruct(const MetaStruct* record, long level) {
     OpenStruct(record, level);
     Run();
   }
 
-  void PrintList(const std::shared_ptr<MetaList>& list, long level) {
+  void PrintList(const MetaList* list, long level) {
     OpenList(list, level);
     Run();
   }
@@ -162,7 +163,7 @@ class Walk {
  private:
   /// A structure or a list that is being printed.
   struct Frame {
-    std::shared_ptr<const MetaObject> value;
+    const MetaObject* value;
     std::shared_ptr<Plan> plan;  // null for a list
     long level;
     std::size_t next;
@@ -170,11 +171,11 @@ class Walk {
 
   void Run() {
     while (!open_.empty() && !writer_.HasFailed()) {
-      open_.back().plan == nullptr ? PrintNextElement() : PrintNextField();
+      open_.back().plan == nullptr ? PrintElements() : PrintFields();
     }
   }
 
-  void OpenValue(const std::shared_ptr<MetaObject>& value, long level) {
+  void OpenValue(const MetaObject* value, long level) {
     if (value == nullptr) {
       return;
     }
@@ -186,16 +187,10 @@ class Walk {
                              ? plain_.Of(*value)
                              : MisreadText(value->GetType()));
       case MetaType::Struct:
-        return OpenStruct(Own<MetaStruct>(value), level);
+        return OpenStruct(ViewAs<MetaStruct>(value), level);
       case MetaType::List:
-        return OpenList(Own<MetaList>(value), level);
+        return OpenList(ViewAs<MetaList>(value), level);
     }
-  }
-
-  template <typename Class>
-  static std::shared_ptr<const Class> Own(const std::shared_ptr<MetaObject>& value) {
-    const auto* view = ViewAs<Class>(value.get());
-    return view == nullptr ? nullptr : std::shared_ptr<const Class>(value, view);
   }
 
   void PrintLine(std::string_view text) {
@@ -203,7 +198,7 @@ class Walk {
     writer_.Append('\n');
   }
 
-  void OpenStruct(std::shared_ptr<const MetaStruct> record, long level) {
+  void OpenStruct(const MetaStruct* record, long level) {
     if (record == nullptr) {
       PrintLine(MisreadText(MetaType::Struct));
       return;
@@ -214,16 +209,16 @@ class Walk {
       writer_.Append(header);
       writer_.Append(":\n");
     }
-    open_.push_back({std::move(record), std::move(plan), level, 0});
+    open_.push_back({record, std::move(plan), level, 0});
   }
 
-  void OpenList(std::shared_ptr<const MetaList> list, long level) {
+  void OpenList(const MetaList* list, long level) {
     if (list == nullptr) {
       PrintLine(MisreadText(MetaType::List));
       return;
     }
     if (list->GetListType() == MetaType::Struct || list->GetListType() == MetaType::List) {
-      open_.push_back({std::move(list), nullptr, level, 0});
+      open_.push_back({list, nullptr, level, 0});
       return;
     }
     std::string_view separator;
@@ -235,48 +230,57 @@ class Walk {
     writer_.Append('\n');
   }
 
-  void PrintNextElement() {
-    Frame& frame = open_.back();
-    const auto& elements = static_cast<const MetaList&>(*frame.value).GetObjects();
-    writer_.Append('\n');
-    if (frame.next == elements.size()) {
-      open_.pop_back();
-      return;
+  /// Prints elements until one of them was opened or none is left.
+  void PrintElements() {
+    const std::size_t depth = open_.size();
+    while (open_.size() == depth) {
+      Frame& frame = open_.back();
+      const auto& elements = static_cast<const MetaList&>(*frame.value).GetObjects();
+      writer_.Append('\n');
+      if (frame.next == elements.size()) {
+        open_.pop_back();
+        return;
+      }
+      OpenValue(elements[frame.next++].get(), frame.level + 1);
     }
-    OpenValue(elements[frame.next++], frame.level + 1);
   }
 
-  void PrintNextField() {
-    Frame& frame = open_.back();
-    if (frame.next == frame.plan->lines.size()) {
-      open_.pop_back();
-      return;
+  /// Prints fields until the value of one was opened or none is left.
+  void PrintFields() {
+    const std::size_t depth = open_.size();
+    Plan& plan = *open_.back().plan;
+    const auto& record = static_cast<const MetaStruct&>(*open_.back().value);
+    const long level = open_.back().level;
+    const std::size_t indent = IndentOf(level);
+    for (std::size_t next = open_.back().next; next < plan.lines.size(); ++next) {
+      Plan::Line& line = plan.lines[next];
+      const auto* value = line.field.Find(record);
+      if (value == nullptr) {
+        // The fields behind an unknown one are not printed.
+        writer_.Append("Error getting field ");
+        PrintLine(line.field.GetName());
+        break;
+      }
+      writer_.Repeat(' ', indent);
+      writer_.Append(line.label);
+      open_.back().next = next + 1;
+      PrintFieldValue(**value, line.style, level + 2);
+      if (open_.size() != depth) {
+        return;
+      }
     }
-    Plan::Line& line = frame.plan->lines[frame.next++];
-    const auto* value = line.field.Find(static_cast<const MetaStruct&>(*frame.value));
-    if (value == nullptr) {
-      // The fields behind an unknown one are not printed.
-      writer_.Append("Error getting field ");
-      PrintLine(line.field.GetName());
-      open_.pop_back();
-      return;
-    }
-    writer_.Repeat(' ', IndentOf(frame.level) + kIndentStep);
-    writer_.Append(line.label);
-    PrintFieldValue(*value, line.style, frame.level + 2);
+    open_.pop_back();
   }
 
-  void PrintFieldValue(const std::shared_ptr<MetaObject>& value, const FieldStyle& style,
-                       long level) {
-    switch (value->GetType()) {
+  void PrintFieldValue(const MetaObject& value, const FieldStyle& style, long level) {
+    switch (value.GetType()) {
       case MetaType::Struct:
         writer_.Append('\n');
-        return OpenStruct(Own<MetaStruct>(value), level);
+        return OpenStruct(ViewAs<MetaStruct>(&value), level);
       case MetaType::List:
-        return OpenList(Own<MetaList>(value), level);
+        return OpenList(ViewAs<MetaList>(&value), level);
       default:
-        return style.IsPlain() ? PrintLine(plain_.Of(*value))
-                               : PrintLine(style.MakeText(value.get()));
+        return style.IsPlain() ? PrintLine(plain_.Of(value)) : PrintLine(style.MakeText(&value));
     }
   }
 
@@ -337,21 +341,21 @@ void SimpleFormatter::Format(const std::shared_ptr<CallSpec::Output>& output,
 void SimpleFormatter::Format(std::shared_ptr<MetaObject> value, FormatParameters& parameters,
                              std::ostream& out, int level) {
   TextWriter writer(out);
-  Walk(parameters, writer).PrintValue(value, level);
+  Walk(parameters, writer).PrintValue(value.get(), level);
   writer.Finish();
 }
 
 void SimpleFormatter::FormatStruct(std::shared_ptr<MetaStruct> record, FormatParameters& parameters,
                                    std::ostream& out, int level) {
   TextWriter writer(out);
-  Walk(parameters, writer).PrintStruct(record, level);
+  Walk(parameters, writer).PrintStruct(record.get(), level);
   writer.Finish();
 }
 
 void SimpleFormatter::FormatList(std::shared_ptr<MetaList> list, FormatParameters& parameters,
                                  std::ostream& out, int level) {
   TextWriter writer(out);
-  Walk(parameters, writer).PrintList(list, level);
+  Walk(parameters, writer).PrintList(list.get(), level);
   writer.Finish();
 }
 

@@ -38,30 +38,34 @@ std::string Trim(const std::string& text) {
 /// A field name, or several that lead through nested structures, joined by '.'.
 class FieldPath {
  public:
-  explicit FieldPath(const std::string& path) {
-    for (std::size_t start = 0; start <= path.size();) {
-      const std::size_t end = std::min(path.find('.', start), path.size());
-      steps_.emplace_back(path.substr(start, end - start));
-      start = end + 1;
+  explicit FieldPath(const std::string& path) : first_(path.substr(0, path.find('.'))) {
+    for (std::size_t start = path.find('.'); start != std::string::npos;) {
+      const std::size_t end = path.find('.', ++start);
+      rest_.emplace_back(path.substr(start, end - start));
+      start = end;
     }
   }
 
   /// The value at the end of the path. A step that names nothing is passed over, unless it is the
   /// last one: scripts rely on it. Nothing is found behind a value that is no structure.
   const std::shared_ptr<MetaObject>* Find(const MetaStruct& record) {
+    const std::shared_ptr<MetaObject>* const value = first_.Find(record);
+    return rest_.empty() ? value : FindRest(record, value);
+  }
+
+ private:
+  const std::shared_ptr<MetaObject>* FindRest(const MetaStruct& record,
+                                              const std::shared_ptr<MetaObject>* value) {
     const MetaStruct* current = &record;
-    const std::shared_ptr<MetaObject>* value = nullptr;
-    for (FieldSlot& step : steps_) {
+    for (FieldSlot& step : rest_) {
+      current = value == nullptr ? current : ViewAs<MetaStruct>(value->get());
       value = current == nullptr ? nullptr : step.Find(*current);
-      if (value != nullptr && steps_.size() > 1) {
-        current = ViewAs<MetaStruct>(value->get());
-      }
     }
     return value;
   }
 
- private:
-  std::vector<FieldSlot> steps_;
+  FieldSlot first_;
+  std::vector<FieldSlot> rest_;
 };
 
 struct Column {
@@ -144,7 +148,7 @@ class Table {
         writer_.Append('\n');
         return false;
       }
-      column.width = std::max(column.width, MakeText(column, **value).size() + kGap);
+      column.width = std::max(column.width, MeasureText(column, **value) + kGap);
     }
     return true;
   }
@@ -158,6 +162,10 @@ class Table {
     for (Column& column : columns_) {
       column.style = FieldStyle(styledType_, column.name, params_);
     }
+  }
+
+  std::size_t MeasureText(const Column& column, const MetaObject& value) {
+    return column.style.IsPlain() ? plain_.Measure(value) : column.style.MakeText(&value).size();
   }
 
   std::string_view MakeText(const Column& column, const MetaObject& value) {

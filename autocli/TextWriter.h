@@ -41,7 +41,7 @@ class TextWriter {
       AppendLong(text);
       return;
     }
-    std::memcpy(buffer_ + used_, text.data(), text.size());
+    Copy(buffer_ + used_, text.data(), text.size());
     used_ += text.size();
   }
 
@@ -53,11 +53,12 @@ class TextWriter {
   }
 
   void Repeat(char byte, std::size_t count) {
-    if (count > kCapacity || count > kCapacity - used_) {  // the first for the compiler alone
+    if (count > kSlack || count > kCapacity - used_) {
       RepeatLong(byte, count);
       return;
     }
-    std::memset(buffer_ + used_, byte, count);
+    // The bytes beyond `count` are overwritten or never sent; a fixed size needs no call.
+    std::memset(buffer_ + used_, byte, kSlack);
     used_ += count;
   }
 
@@ -91,7 +92,36 @@ class TextWriter {
 
  private:
   static constexpr std::size_t kCapacity = 32 * 1024;
+  static constexpr std::size_t kSlack = 32;
   static constexpr std::size_t kMaxIntLength = 20;
+
+  /// As memcpy, but without a call for texts as short as names and numbers are.
+  static void Copy(char* to, const char* from, std::size_t size) {
+    if (size > 32) {
+      std::memcpy(to, from, size);
+    } else if (size >= 16) {
+      CopyEnds<16>(to, from, size);
+    } else if (size >= 8) {
+      CopyEnds<8>(to, from, size);
+    } else if (size >= 4) {
+      CopyEnds<4>(to, from, size);
+    } else if (size > 0) {
+      to[0] = from[0];
+      to[size / 2] = from[size / 2];
+      to[size - 1] = from[size - 1];
+    }
+  }
+
+  /// Copies `size` bytes, `Half` to twice as many, as two blocks that may overlap.
+  template <std::size_t Half>
+  static void CopyEnds(char* to, const char* from, std::size_t size) {
+    char first[Half];
+    char last[Half];
+    std::memcpy(first, from, Half);
+    std::memcpy(last, from + size - Half, Half);
+    std::memcpy(to, first, Half);
+    std::memcpy(to + size - Half, last, Half);
+  }
 
   /// A place for `count` bytes, at most kCapacity, behind the text.
   char* Reserve(std::size_t count) {
@@ -110,7 +140,7 @@ class TextWriter {
   std::size_t used_ = 0;
   bool failed_;
   bool settled_ = false;
-  char buffer_[kCapacity];
+  char buffer_[kCapacity + kSlack];
 };
 
 }  // namespace Kestrel::AutoCli

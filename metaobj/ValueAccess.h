@@ -6,6 +6,7 @@
 #include "kestrel/metaobj/MetaList.h"
 #include "kestrel/metaobj/MetaObject.h"
 #include "kestrel/metaobj/MetaStruct.h"
+#include "metaobj/FieldCursor.h"
 #include "metaobj/FieldLayout.h"
 
 namespace Kestrel::MetaObj {
@@ -49,7 +50,9 @@ class ValueAccess {
 
   /// The values of a record with a layout, in the layout's order.
   static const std::shared_ptr<MetaObject>* Slots(const MetaStruct& record) {
-    return record.Slots();
+    const MetaStruct::Overflow* const overflow = record.overflow_.get();
+    return overflow != nullptr && !overflow->slots.empty() ? overflow->slots.data()
+                                                           : record.inline_.data();
   }
 
   /// The declared structure of a list, without a new owner.

@@ -61,6 +61,27 @@ TEST(TextWriterTest, RepeatsAByte) {
             "---" + std::string(100000, '='));
 }
 
+TEST(TextWriterTest, CopiesAndRepeatsEveryShortLength) {
+  std::string source;
+  for (int i = 0; i < 100; ++i) {
+    source += static_cast<char>(' ' + i % 90);
+  }
+  // Begun so close to the end of the buffer that some lengths still fit and some do not.
+  for (const std::size_t start : {0u, 32768u - 70u, 32768u - 20u, 32768u}) {
+    for (std::size_t length = 0; length <= source.size(); ++length) {
+      const std::string head(start, 'h');
+      ASSERT_EQ(Write([&](TextWriter& writer) {
+                  writer.Append(head);
+                  writer.Append(std::string_view(source).substr(0, length));
+                  writer.Repeat('=', length);
+                  writer.Append('.');
+                }),
+                head + source.substr(0, length) + std::string(length, '=') + ".")
+          << "start " << start << " length " << length;
+    }
+  }
+}
+
 TEST(TextWriterTest, TextsOfEverySizeCrossTheEndOfTheBuffer) {
   for (const std::size_t size : {1u, 7u, 32767u, 32768u, 32769u, 100000u}) {
     const std::string text(size, 'x');

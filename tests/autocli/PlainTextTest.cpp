@@ -1,0 +1,51 @@
+#include "autocli/PlainText.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <memory>
+#include <vector>
+
+#include "support/SampleValues.h"
+
+namespace Kestrel::AutoCli {
+namespace {
+
+using MetaObj::MetaBool;
+using MetaObj::MetaInt;
+using MetaObj::MetaObject;
+using MetaObj::MetaString;
+using MetaObj::MetaType;
+
+void ExpectToString(const std::shared_ptr<MetaObject>& value) {
+  PlainText plain;
+  EXPECT_EQ(plain.Of(*value), value->ToString());
+  EXPECT_EQ(plain.Measure(*value), value->ToString().size());
+}
+
+TEST(PlainTextTest, IsWhatToStringGives) {
+  ExpectToString(MetaBool::New(false));
+  ExpectToString(MetaBool::New(true));
+  ExpectToString(MetaString::New(""));
+  ExpectToString(MetaString::New(std::string("a\0b", 3)));
+  ExpectToString(Testing::MakeDisk("disk1", 512));
+  ExpectToString(Testing::MakeDisks({{"a", 1}, {"b", 2}}));
+  for (const MetaType type : {MetaType::Int, MetaType::Bool, MetaType::String, MetaType::Struct}) {
+    ExpectToString(std::make_shared<Testing::LyingValue>(type));
+  }
+}
+
+TEST(PlainTextTest, IsWhatToStringGivesForNumbersOfEveryLength) {
+  ExpectToString(MetaInt::New(0));
+  ExpectToString(MetaInt::New(LONG_MIN));
+  ExpectToString(MetaInt::New(LONG_MAX));
+  for (long power = 1; power <= LONG_MAX / 10; power *= 10) {
+    for (const long number : {power - 1, power, power + 1, power * 5}) {
+      ExpectToString(MetaInt::New(number));
+      ExpectToString(MetaInt::New(-number));
+    }
+  }
+}
+
+}  // namespace
+}  // namespace Kestrel::AutoCli
