@@ -1,6 +1,6 @@
-#include "kestrel/platform/AuditTls.h"
-
 #include <map>
+
+#include "kestrel/platform/AuditTls.h"
 
 namespace AuditTls {
 
