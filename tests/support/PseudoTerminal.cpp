@@ -5,6 +5,7 @@
 #include <poll.h>
 #include <pty.h>
 #include <signal.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <sys/ioctl.h>
 #include <sys/wait.h>
@@ -84,6 +85,7 @@ void PseudoTerminal::Start(const std::function<int()>& work) {
   const std::array<int, 2> orders = MakePipe();
   changes_ = changes[1];
   orders_ = orders[0];
+  fflush(nullptr);
   leader_ = fork();
   if (leader_ == 0) {
     Lead(work);
@@ -112,7 +114,8 @@ void PseudoTerminal::Lead(const std::function<int()>& work) {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
       dup2(terminal_, stream);
     }
-    _exit(work());
+    // Not _exit: the end of a process writes what a coverage run counted.
+    exit(work());
   }
   setpgid(child, child);
   Tell(changes_, child);
