@@ -81,7 +81,9 @@ std::size_t FindTokenEnd(const std::string& line, std::size_t position, bool& in
 
 std::string CutWithoutQuotes(const std::string& line, std::size_t start, std::size_t end) {
   std::string token(line, start, end - start);
-  token.erase(std::remove(token.begin(), token.end(), '"'), token.end());
+  if (token.find('"') != std::string::npos) {
+    token.erase(std::remove(token.begin(), token.end(), '"'), token.end());
+  }
   return token;
 }
 
@@ -190,11 +192,14 @@ void OptionParser::ParseArgv(int argc, const char* const* argv) {
 }
 
 void OptionParser::ParseVector(std::vector<std::string> tokens) {
-  std::stack<std::string> stack;
-  for (auto token = tokens.rbegin(); token != tokens.rend(); ++token) {
-    stack.push(std::move(*token));
+  if (tokens.empty()) {
+    return;
   }
-  ParseStack(std::move(stack));
+  TokenQueue queue{std::move(tokens)};
+  // What the command declares is not asked here: these options are the dispatcher's.
+  dispatcherParameters_ = TakeOptions(queue, nullptr);
+  path_ = TakeWords(queue);
+  remaining_ = std::move(queue);
 }
 
 bool OptionParser::ParseString(const std::string& line) {
@@ -207,13 +212,12 @@ bool OptionParser::ParseString(const std::string& line) {
 }
 
 void OptionParser::ParseStack(std::stack<std::string> tokens) {
-  if (tokens.empty()) {
-    return;
+  std::vector<std::string> fromTheLeft;
+  fromTheLeft.reserve(tokens.size());
+  for (; !tokens.empty(); tokens.pop()) {
+    fromTheLeft.push_back(std::move(tokens.top()));
   }
-  // What the command declares is not asked here: these options are the dispatcher's.
-  dispatcherParameters_ = ParseRun(tokens, nullptr);
-  path_ = ParsePath(tokens);
-  remaining_ = std::move(tokens);
+  ParseVector(std::move(fromTheLeft));
 }
 
 void OptionParser::SetInputSpec(std::shared_ptr<CallSpec::InputSpec> spec) {
@@ -224,7 +228,7 @@ void OptionParser::ProcessCommandArguments() {
   if (remaining_.empty()) {
     return;
   }
-  commandParameters_ = ParseParameters(remaining_);
+  commandParameters_ = TakeOptions(remaining_, inputSpec_.get());
   ReportExtraArguments();
 }
 
@@ -328,6 +332,15 @@ bool OptionParser::ParseParameter(const std::string& token, std::string& name, s
 }
 
 std::list<std::string> OptionParser::ParsePath(std::stack<std::string>& tokens) {
+  return TakeWords(tokens);
+}
+
+Pairs OptionParser::ParseParameters(std::stack<std::string>& tokens) {
+  return TakeOptions(tokens, inputSpec_.get());
+}
+
+template <typename Tokens>
+std::list<std::string> OptionParser::TakeWords(Tokens& tokens) const {
   std::list<std::string> words;
   for (; !tokens.empty() && !IsParameter(tokens.top()); tokens.pop()) {
     words.push_back(std::move(tokens.top()));
@@ -335,11 +348,8 @@ std::list<std::string> OptionParser::ParsePath(std::stack<std::string>& tokens) 
   return words;
 }
 
-Pairs OptionParser::ParseParameters(std::stack<std::string>& tokens) {
-  return ParseRun(tokens, inputSpec_.get());
-}
-
-Pairs OptionParser::ParseRun(std::stack<std::string>& tokens, const CallSpec::InputSpec* spec) {
+template <typename Tokens>
+Pairs OptionParser::TakeOptions(Tokens& tokens, const CallSpec::InputSpec* spec) {
   Pairs pairs;
   while (!tokens.empty() && IsParameter(tokens.top())) {
     const std::string token = std::move(tokens.top());

@@ -98,6 +98,15 @@ TEST(OptionParserTest, ParseArgvCutsAWholeCommandLine) {
   EXPECT_THAT(parser.GetParseErrors(), IsEmpty());
 }
 
+TEST(OptionParserTest, NamesOfOneLetterBehindTwoDashesAreWordsInACommandLineToo) {
+  OptionParser parser = Parse({"ns1", "ns2", "cmd", "--a=1", "-b", "2", "--c"});
+  EXPECT_THAT(parser.GetDispatcherParameters(), IsEmpty());
+  EXPECT_THAT(parser.GetCommandPath(), ElementsAre("ns1", "ns2", "cmd", "--a=1"));
+  EXPECT_THAT(parser.GetCommandParameters(), ElementsAre(Pair("b", "2")));
+  EXPECT_THAT(parser.GetParseErrors(),
+              ElementsAre("Found Extra non-parameter arguments at the end of input: '--c' "));
+}
+
 TEST(OptionParserTest, ParseArgvOfTheNameAloneParsesNothing) {
   const char* const argv[] = {"tool", nullptr};
   OptionParser parser;

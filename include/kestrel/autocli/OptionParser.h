@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <list>
 #include <memory>
 #include <stack>
@@ -128,7 +129,20 @@ class KESTREL_API OptionParser {
  private:
   using Pairs = std::vector<std::pair<std::string, std::string>>;
 
-  Pairs ParseRun(std::stack<std::string>& tokens, const CallSpec::InputSpec* spec);
+  // Reads like a stack whose top is the leftmost token, but leaves the tokens where they are.
+  struct TokenQueue {
+    bool empty() const { return next == tokens.size(); }
+    std::string& top() { return tokens[next]; }
+    void pop() { ++next; }
+
+    std::vector<std::string> tokens;
+    std::size_t next = 0;
+  };
+
+  template <typename Tokens>
+  std::list<std::string> TakeWords(Tokens& tokens) const;
+  template <typename Tokens>
+  Pairs TakeOptions(Tokens& tokens, const CallSpec::InputSpec* spec);
   std::string GetMissingValue(const std::string& token, const std::string& name,
                               const CallSpec::InputSpec* spec);
   void ReportExtraArguments();
@@ -139,7 +153,7 @@ class KESTREL_API OptionParser {
   std::list<std::string> path_;
   Pairs dispatcherParameters_;
   Pairs commandParameters_;
-  std::stack<std::string> remaining_;
+  TokenQueue remaining_;
   std::shared_ptr<CallSpec::InputSpec> inputSpec_;
 };
 
