@@ -260,6 +260,21 @@ TEST(EchoGuardTest, AProcessThatGoesOnInTheBackgroundLeavesTheTerminalAlone) {
   EXPECT_EQ(0, terminal.WaitForEnd());
 }
 
+TEST(EchoGuardTest, AProcessThatEndsInTheBackgroundLeavesTheTerminalAlone) {
+  PseudoTerminal terminal;
+  terminal.Start(AskForSecret);
+  terminal.ReadUntil("Prompt: ");
+  terminal.Send(SIGSTOP);
+  ASSERT_TRUE(terminal.WaitUntilStopped());
+  terminal.SetEcho(false);
+  terminal.Send(SIGTERM);
+  terminal.ContinueInBackground();
+  const int status = terminal.WaitForEnd();
+  EXPECT_TRUE(WIFSIGNALED(status));
+  EXPECT_EQ(SIGTERM, WTERMSIG(status));
+  EXPECT_FALSE(terminal.IsEchoOn());
+}
+
 TEST(EchoGuardTest, TheProgramsOwnHandlerLearnsThatTheProcessGoesOn) {
   PseudoTerminal terminal;
   terminal.Start([] {
