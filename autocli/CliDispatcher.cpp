@@ -101,6 +101,17 @@ void SetFormatParameters(const OptionParser& parser, FormatParameters& params,
   }
 }
 
+// Takes over what the command line gives the command, or what is wrong with it.
+void AddParameters(OptionParser& parser, CommandInput& input, Output& output) {
+  // The parameters come first: processing them adds to the errors.
+  for (const auto& [name, value] : parser.GetCommandParameters()) {
+    input.AddParameter(name, value);
+  }
+  for (const std::string& error : parser.GetParseErrors()) {
+    output.AddErrorMessage(error);
+  }
+}
+
 const char* GetTypeName(NodeType type) {
   switch (type) {
     case NodeType::Namespace:
@@ -236,18 +247,8 @@ bool CliDispatcher::RunCommand(const std::shared_ptr<NamespaceNode>& node, Optio
   if (const auto command = std::dynamic_pointer_cast<CommandSpec>(node); command != nullptr) {
     parser.SetInputSpec(command->GetInputSpec());
   }
-  // Asked for first: processing them adds to the errors.
-  const auto& parameters = parser.GetCommandParameters();
-  for (const std::string& error : parser.GetParseErrors()) {
-    output->AddErrorMessage(error);
-  }
-  bool isDone = false;
-  if (!output->HasError()) {
-    for (const auto& [name, value] : parameters) {
-      input->AddParameter(name, value);
-    }
-    isDone = ExecuteCommand(input, output);
-  }
+  AddParameters(parser, *input, *output);
+  const bool isDone = !output->HasError() && ExecuteCommand(input, output);
   if (output->HasError()) {
     PrintError(output);
     return false;
