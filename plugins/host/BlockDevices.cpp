@@ -202,9 +202,10 @@ std::vector<BlockDevice> ReadBlockDevices(const std::string& sysFolder,
 
 DeviceProperties ReadDeviceProperties(dev_t device, const std::string& folder) {
   DeviceProperties properties;
-  const auto text =
-      ReadFile(folder + "/b" + std::to_string(major(device)) + ":" + std::to_string(minor(device)));
-  for (const std::string_view line : SplitLines(text.value_or(std::string()))) {
+  const std::string name = std::to_string(major(device)) + ":" + std::to_string(minor(device));
+  // The lines are views into the text, which must outlive the walk.
+  const std::string text = ReadFile(folder + "/b" + name).value_or(std::string());
+  for (const std::string_view line : SplitLines(text)) {
     const std::size_t equals = line.find('=');
     if (StartsWith(line, "E:") && equals != std::string_view::npos) {
       properties[std::string(line.substr(2, equals - 2))] = line.substr(equals + 1);

@@ -193,7 +193,7 @@ TEST(BlockDevicesTest, TheDeviceManagerTellsWhatIsWrittenOnADevice) {
 
 TEST(BlockDevicesTest, ReadsWhatTheDeviceManagerNoted) {
   const Testing::ScopedTempDir folder;
-  folder.Write("b8:1", "S:disk/by-label/a\nE:ID_FS_TYPE=ext4\nE:ID_FS_LABEL_ENC=a=b\nE:\n");
+  folder.Write("b8:1", "E:ID_FS_TYPE=ext4\nS:disk/by-label/a\nE:ID_FS_LABEL_ENC=a=b\nE:\n");
   EXPECT_THAT(ReadDeviceProperties(makedev(8, 1), folder.GetPath()),
               ElementsAre(Pair("ID_FS_LABEL_ENC", "a=b"), Pair("ID_FS_TYPE", "ext4")));
 }
