@@ -18,7 +18,6 @@ namespace {
 
 // More than the largest datagram that the kernel fills for one dump.
 constexpr std::size_t kDatagramSize = 1 << 17;
-constexpr time_t kAnswerSeconds = 5;
 // A table that changes while it is dumped is asked for again; a busy one is taken as it comes.
 constexpr int kAttempts = 5;
 
@@ -28,13 +27,15 @@ constexpr int kAttempts = 5;
 
 class NetlinkSocket {
  public:
-  explicit NetlinkSocket(const std::string& what)
+  NetlinkSocket(const std::string& what, std::chrono::milliseconds deadline)
       : what_(what), socket_(::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_ROUTE)) {
     if (socket_ < 0) {
       ThrowSystemError(what_, errno);
     }
-    const timeval deadline = {kAnswerSeconds, 0};
-    ::setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &deadline, sizeof(deadline));
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(deadline);
+    const std::chrono::microseconds rest = deadline - seconds;
+    const timeval limit = {seconds.count(), rest.count()};
+    ::setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof(limit));
   }
   NetlinkSocket(const NetlinkSocket&) = delete;
   NetlinkSocket& operator=(const NetlinkSocket&) = delete;
@@ -174,8 +175,9 @@ void ForEachNetlinkMessage(std::string_view bytes,
   }
 }
 
-std::string DumpNetlink(std::uint16_t request, const std::string& what) {
-  const NetlinkSocket socket(what);
+std::string DumpNetlink(std::uint16_t request, const std::string& what,
+                        std::chrono::milliseconds deadline) {
+  const NetlinkSocket socket(what, deadline);
   std::vector<char> buffer(kDatagramSize);
   std::string collected;
   for (std::uint32_t attempt = 1; attempt <= kAttempts; ++attempt) {

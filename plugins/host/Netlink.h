@@ -2,6 +2,7 @@
 
 #include <linux/netlink.h>
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -56,9 +57,9 @@ void ForEachNetlinkMessage(std::string_view bytes,
 
 /// Asks the kernel's routing tables for everything of one kind (RTM_GETLINK, RTM_GETADDR, ...) and
 /// returns the messages of its answer one after the other. `what` names the things in the plural,
-/// for messages. Throws KestrelException when the kernel refuses or does not answer within some
-/// seconds.
-std::string DumpNetlink(std::uint16_t request, const std::string& what);
+/// for messages. Throws KestrelException when the kernel refuses or keeps silent for `deadline`.
+std::string DumpNetlink(std::uint16_t request, const std::string& what,
+                        std::chrono::milliseconds deadline = std::chrono::seconds(5));
 
 /// An IPv4 or IPv6 address of 4 or 16 bytes as text; empty for any other number of bytes.
 std::string AddressText(std::string_view bytes);

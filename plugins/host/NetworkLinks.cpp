@@ -215,7 +215,13 @@ std::vector<NetworkLink> ReadLinks() {
 }
 
 std::vector<NetworkAddress> ReadAddresses() {
-  return ParseAddresses(DumpNetlink(RTM_GETADDR, "network addresses"));
+  std::vector<NetworkAddress> addresses =
+      ParseAddresses(DumpNetlink(RTM_GETADDR, "network addresses"));
+  std::stable_sort(addresses.begin(), addresses.end(),
+                   [](const NetworkAddress& left, const NetworkAddress& right) {
+                     return left.interfaceIndex < right.interfaceIndex;
+                   });
+  return addresses;
 }
 
 std::vector<std::string> LinkFlagNames(unsigned flags) { return BitNames(kLinkFlags, flags); }

@@ -56,7 +56,8 @@ std::vector<NetworkAddress> ParseAddresses(std::string_view answer);
 
 /// The host's interfaces, ascending by index. Throws KestrelException when the kernel refuses.
 std::vector<NetworkLink> ReadLinks();
-/// The host's addresses. Throws KestrelException when the kernel refuses.
+/// The host's addresses, ascending by the index of their interface. Throws KestrelException when
+/// the kernel refuses.
 std::vector<NetworkAddress> ReadAddresses();
 
 /// The names of an interface's flags, such as "UP" and "BROADCAST", in the order of their bits.

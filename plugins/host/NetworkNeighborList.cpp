@@ -17,8 +17,7 @@ const RecordShape& Shape() {
           .Text("Interface", "The interface behind which it lives.")
           .Text("MAC Address", "Its link-layer address; empty while it is not known.")
           .Text("State", "What is known of it: reachable, stale, failed and others.")
-          .Truth("Router", "Whether it says that it passes packets on.")
-          .Truth("Proxy", "Whether this machine answers in its place.");
+          .Truth("Router", "Whether it says that it passes packets on.");
   return shape;
 }
 
@@ -31,7 +30,6 @@ std::shared_ptr<MetaObj::MetaStruct> ToRecord(const NetworkNeighbor& neighbor,
   record->SetField("MAC Address", neighbor.linkAddress);
   record->SetField("State", neighbor.state);
   record->SetField("Router", neighbor.isRouter);
-  record->SetField("Proxy", neighbor.isProxy);
   return record;
 }
 

@@ -145,7 +145,6 @@ NetworkNeighbor ParseNeighbor(const ndmsg& fixed, const NetlinkAttributes& attri
   neighbor.linkAddress = LinkAddressText(attributes.Get(NDA_LLADDR));
   neighbor.state = NameOf(kStates, fixed.ndm_state);
   neighbor.isRouter = (fixed.ndm_flags & NTF_ROUTER) != 0;
-  neighbor.isProxy = (fixed.ndm_flags & NTF_PROXY) != 0;
   return neighbor;
 }
 

@@ -41,7 +41,6 @@ struct NetworkNeighbor {
   std::string linkAddress;  ///< Empty while it is not known.
   std::string state;        ///< "reachable", "stale", ...
   bool isRouter = false;
-  bool isProxy = false;
 };
 
 /// The IPv4 and IPv6 neighbors in an answer to RTM_GETNEIGH.

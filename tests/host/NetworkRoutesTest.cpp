@@ -153,7 +153,6 @@ TEST(NetworkNeighborsTest, ReadsEveryAttribute) {
   EXPECT_EQ(neighbor.linkAddress, "02:00:00:00:00:09");
   EXPECT_EQ(neighbor.state, "reachable");
   EXPECT_TRUE(neighbor.isRouter);
-  EXPECT_FALSE(neighbor.isProxy);
 }
 
 TEST(NetworkNeighborsTest, StatesHaveNames) {
@@ -164,7 +163,7 @@ TEST(NetworkNeighborsTest, StatesHaveNames) {
   EXPECT_EQ(OnlyNeighbor(NUD_PROBE, 0, "").state, "probe");
   EXPECT_EQ(OnlyNeighbor(NUD_FAILED, 0, "").state, "failed");
   EXPECT_EQ(OnlyNeighbor(NUD_NOARP, 0, "").state, "noarp");
-  EXPECT_EQ(OnlyNeighbor(NUD_PERMANENT, NTF_PROXY, "").state, "permanent");
+  EXPECT_EQ(OnlyNeighbor(NUD_PERMANENT, 0, "").state, "permanent");
   EXPECT_EQ(OnlyNeighbor(3, 0, "").state, "3");
 }
 
