@@ -199,6 +199,13 @@ TEST(HostPluginTest, EveryCommandThatNeedsNoParameterAnswersInItsDeclaredShape) 
   EXPECT_GE(called, 11u);
 }
 
+TEST(HostPluginTest, ACommandWithoutInputSaysSo) {
+  const auto output = CallSpec::Output::New();
+  GetCommands().at("system uptime get")->Execute(nullptr, output);
+  EXPECT_THAT(output->GetErrors(),
+              ::testing::ElementsAre("Error on command get : The command needs an input"));
+}
+
 TEST(HostPluginTest, HeadersOfTablesFitAScreenOf80Columns) {
   for (const auto& [path, command] : GetCommands()) {
     const auto& parameters = command->GetInputSpec()->GetParameters();

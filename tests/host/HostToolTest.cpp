@@ -1,7 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
+#include <unistd.h>
+#include <utmpx.h>
 
+#include <cstdlib>
+#include <cstring>
 #include <string>
 
 #include "host/Witness.h"
@@ -189,6 +193,91 @@ TEST(HostToolTest, WrapsTheLastColumnToTheScreen) {
       HostRun({"--screen-width=70", "system", "cpu", "list", "--number=0"}).Run();
   EXPECT_EQ(result.status, 0);
   EXPECT_THAT(result.out, StartsWith("Number  Online  Node  Socket  Core  Siblings  Frequency  "));
+}
+
+// --- a machine that is made up in a mount namespace of its own
+
+bool CanMakeUpAMachine() { return ::system("unshare --mount true 2>/dev/null") == 0; }
+
+// What a command prints on a machine that `setUp`, lines of the shell, makes up.
+std::string PrintElsewhere(const std::string& setUp, const std::string& command) {
+  return Witness("unshare --mount sh -ec '" + setUp + "\n" + command + "'");
+}
+
+const std::string kTool = std::string(KESTREL_HOST_TOOL) + " " + kPlugin + " ";
+
+TEST(HostToolTest, ListsTheSessionsThatWhoLists) {
+  if (!CanMakeUpAMachine()) {
+    GTEST_SKIP() << "a machine can be made up by root alone";
+  }
+  utmpx record = {};
+  record.ut_type = USER_PROCESS;
+  record.ut_pid = ::getpid();
+  record.ut_tv.tv_sec = 1700000100;
+  std::strcpy(record.ut_user, "anna");
+  std::strcpy(record.ut_line, "pts/0");
+  std::strcpy(record.ut_host, "203.0.113.9");
+  const ScopedTempDir folder;
+  const std::string records = folder.Write(
+      "utmp", std::string_view(reinterpret_cast<const char*>(&record), sizeof(record)));
+  const std::string setUp = "mount -t tmpfs none /run; cp " + records + " /run/utmp";
+  const auto who = WordsIn(PrintElsewhere(setUp, "LC_ALL=C who --ips"));
+  ASSERT_EQ(who.size(), 6u);
+  const std::string moment = WordsIn(Witness("date -d @1700000100 \"+%F %T|%b %d %H:%M\""), 1)[0];
+  EXPECT_EQ(moment.substr(moment.find('|') + 1), who[2] + " " + who[3] + " " + who[4] + "\n");
+  EXPECT_EQ(PrintElsewhere(setUp, kTool + "--formatter=simple system session list --user=anna"),
+            "\nSession:\n   User: " + who[0] + "\n   Terminal: " + who[1] +
+                "\n   Started: " + moment.substr(0, moment.find('|')) +
+                "\n   Process: " + std::to_string(::getpid()) + "\n   Host: 203.0.113.9\n\n");
+}
+
+TEST(HostToolTest, ListsTheModulesOfAnotherMachine) {
+  if (!CanMakeUpAMachine()) {
+    GTEST_SKIP() << "a machine can be made up by root alone";
+  }
+  const ScopedTempDir folder;
+  const std::string modules = folder.Write("modules",
+                                           "snd_timer 49152 2 snd_seq,snd_pcm, Live 0x0\n"
+                                           "loop 40960 0 - Live 0x0\n");
+  const std::string setUp = "mount --bind " + folder.GetPath() + " /proc";
+  EXPECT_EQ(PrintElsewhere(setUp, kTool + "system module list"),
+            "Name       Size     References  State  Used By\n"
+            "---------  -------  ----------  -----  -------\n"
+            "loop       40960 B           0  Live   \n"
+            "snd_timer  49152 B           2  Live   snd_seq, snd_pcm\n");
+  EXPECT_EQ(PrintElsewhere(setUp, kTool + "system module list --unused"),
+            "Name  Size     References  State  Used By\n"
+            "----  -------  ----------  -----  -------\n"
+            "loop  40960 B           0  Live   \n");
+  EXPECT_EQ(PrintElsewhere(setUp, kTool + "system module check --name=snd-timer"), "true\n");
+}
+
+TEST(HostToolTest, SaysWhatAMachineWithoutProcLacks) {
+  if (!CanMakeUpAMachine()) {
+    GTEST_SKIP() << "a machine can be made up by root alone";
+  }
+  const auto print = [](const std::string& command) {
+    return PrintElsewhere("mount -t tmpfs none /proc; mount -t tmpfs none /sys",
+                          kTool + command + " 2>&1 || true");
+  };
+  const std::string missing = ": No such file or directory\n";
+  EXPECT_EQ(print("system load get"),
+            "Errors: \nError on command system load get : Unable to read /proc/loadavg" + missing);
+  EXPECT_EQ(print("system uptime get"),
+            "Errors: \nError on command system uptime get : Unable to read /proc/uptime" + missing);
+  EXPECT_EQ(
+      print("system memory get"),
+      "Errors: \nError on command system memory get : Unable to read /proc/meminfo" + missing);
+  EXPECT_EQ(print("system process list"),
+            "Errors: \nError on command system process list : Unable to read /proc/stat" + missing);
+  EXPECT_EQ(print("system cpu list"),
+            "Errors: \nError on command system cpu list : Unable to find any processor in "
+            "/sys/devices/system/cpu and /proc/cpuinfo\n");
+  EXPECT_EQ(print("system parameter get --name=vm.swappiness"),
+            "Errors: \nError on command system parameter get : There is no parameter "
+            "'vm.swappiness'\n");
+  EXPECT_EQ(print("system parameter list"), "Name  Value\n----  -----\n");
+  EXPECT_THAT(print("system version get"), HasSubstr("   Kernel      : Linux\n"));
 }
 
 }  // namespace

@@ -64,6 +64,18 @@ TEST(ProcessesTest, RefusesWhatIsNoProcess) {
   }
 }
 
+TEST(ProcessesTest, TakesATextThatIsCutAnywhere) {
+  const std::string text = "42 (a (b) c)" + kNumbers;
+  std::size_t accepted = 0;
+  for (std::size_t size = 0; size <= text.size(); ++size) {
+    const auto process = ParseProcess(text.substr(0, size));
+    accepted += process.has_value();
+    EXPECT_EQ(process.has_value() && process->parentId != 7, false) << size;
+  }
+  EXPECT_GT(accepted, 0u);
+  EXPECT_LT(accepted, text.size() / 2);
+}
+
 TEST(ProcessesTest, KnowsThreadsOfTheKernel) {
   const auto process = ParseProcess(
       "2 (kthreadd) S 0 0 0 0 -1 2129984 0 0 0 0 0 2 0 0 20 0 1 0 5 0 0 18446744073709551615\n");
