@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "kestrel/metaobj/MetaStruct.h"
+#include "metaobj/FieldCursor.h"
 #include "metaobj/FieldLayout.h"
 #include "metaobj/ValueAccess.h"
 
@@ -39,6 +40,31 @@ class FieldSlot {
   std::string name_;
   MetaObj::LayoutRef layout_;  // owned, so that no other can come to stand at its address
   std::size_t position_ = 0;
+};
+
+/// Finds many fields of one structure, those of a large one in a single walk when they are asked
+/// for in the order of their names. The structure must stay as it is meanwhile.
+class FieldFinder {
+ public:
+  explicit FieldFinder(const MetaObj::MetaStruct& record)
+      : record_(record),
+        hasLayout_(MetaObj::ValueAccess::Layout(record) != nullptr),
+        cursor_(record) {}
+
+  /// As `field.Find`.
+  const std::shared_ptr<MetaObj::MetaObject>* Find(FieldSlot& field) {
+    if (hasLayout_ || cursor_.AtEnd() || cursor_.Name() != field.GetName()) {
+      return field.Find(record_);
+    }
+    const std::shared_ptr<MetaObj::MetaObject>* const value = &cursor_.Value();
+    cursor_.Next();
+    return value;
+  }
+
+ private:
+  const MetaObj::MetaStruct& record_;
+  const bool hasLayout_;
+  MetaObj::FieldCursor cursor_;
 };
 
 }  // namespace Kestrel::AutoCli

@@ -1,5 +1,7 @@
 #include "kestrel/autocli/FormatParameters.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <string_view>
 #include <utility>
 
@@ -53,8 +55,10 @@ void FormatParameters::OverrideValues(const FormatParameters& other) {
 }
 
 std::vector<std::string> FormatParameters::GetParameterAsList(const std::string& key) const {
+  const std::string& value = GetParameter(key);
   std::vector<std::string> list;
-  TextPieces pieces(GetParameter(key), ',');
+  list.reserve(1 + static_cast<std::size_t>(std::count(value.begin(), value.end(), ',')));
+  TextPieces pieces(value, ',');
   for (std::string_view piece; pieces.Next(piece);) {
     list.emplace_back(piece);
   }

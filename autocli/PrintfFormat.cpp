@@ -17,6 +17,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <cwchar>
 #include <utility>
 
@@ -180,9 +181,13 @@ class PrintfFormat::Parser {
 /// Prints one value: the pieces in order, until one fails.
 class PrintfFormat::Printer {
  public:
-  /// `limit` is the most bytes of the result, `textSize` the length of the value's plain text.
-  Printer(const Argument& argument, std::size_t limit, std::size_t textSize, std::string& text)
-      : argument_(argument), limit_(limit), textSize_(textSize), text_(text), errno_(errno) {}
+  /// `limit` is the most bytes of the result.
+  Printer(const Argument& argument, std::size_t limit, std::string& text)
+      : argument_(argument),
+        textSize_(argument.text == nullptr ? 0 : static_cast<long>(std::strlen(argument.text))),
+        limit_(limit),
+        text_(text),
+        errno_(errno) {}
 
   int Print(const Piece& piece) {
     text_.append(piece.literal, 0, Room());
@@ -190,44 +195,56 @@ class PrintfFormat::Printer {
       return 0;
     }
     const std::string format = MakeFormat(piece);
-    const std::size_t place = text_.size();
-    const std::size_t room = Room() + 1;
-    text_.resize(place + room);
-    errno = errno_;  // "%m" prints the error of the caller's last call.
-    const int length = PrintPiece(&text_[place], room, format.c_str(), piece);
+    const int length = PrintPiece(scratch_, sizeof scratch_, format.c_str(), piece);
     if (length < 0) {
       return errno;
     }
-    text_.resize(place + std::min(static_cast<std::size_t>(length), room - 1));
+    const std::size_t size = std::min(static_cast<std::size_t>(length), Room());
+    const std::size_t place = text_.size();
+    if (size < sizeof scratch_) {
+      text_.append(scratch_, size);
+      return 0;
+    }
+    text_.resize(place + size + 1);
+    PrintPiece(&text_[place], size + 1, format.c_str(), piece);
+    text_.resize(place + size);
     return 0;
   }
 
  private:
   std::size_t Room() const { return limit_ - text_.size(); }
 
+  /// The conversion, its numbers lowered to what the room that is left can show. The blanks in
+  /// front of a shortened body stay as many as they were.
   std::string MakeFormat(const Piece& piece) const {
+    const long visible = static_cast<long>(Room() + 1 + kSlack);
+    const long body = FindBodySize(piece);
     long width = piece.width;
     long precision = piece.precision;
-    const long visible = static_cast<long>(limit_ + 1 + kSlack);
-    if (precision > visible) {
-      // The zeros that a number does not get must not become blanks.
-      if (IsOneOf(piece.conversion, "diouxX")) {
-        width = std::max(width - (precision - visible), std::min(width, 0L));
-      }
+    if (body > visible) {
+      width = width < 0 ? width : std::max(width - (body - visible), 0L);
       precision = visible;
     }
-    width = std::min(width, 2 * visible + static_cast<long>(textSize_));
     std::string format = "%" + piece.flags;
     if (width >= 0) {
-      format += std::to_string(width);
+      format += std::to_string(std::min(width, 2 * visible));
     }
     if (precision >= 0) {
-      format += "." + std::to_string(precision);
+      format += "." + std::to_string(std::min(precision, visible));
     }
     return format + piece.modifier + piece.conversion;
   }
 
+  /// How many bytes the argument takes, where that can be many.
+  long FindBodySize(const Piece& piece) const {
+    if (piece.conversion == 's') {
+      return piece.precision < 0 ? textSize_ : std::min(textSize_, piece.precision);
+    }
+    return IsOneOf(piece.conversion, "diouxX") ? piece.precision : 0;
+  }
+
   int PrintPiece(char* buffer, std::size_t size, const char* format, const Piece& piece) const {
+    errno = errno_;  // "%m" prints the error of the caller's last call.
     switch (piece.conversion) {
       case 'm':
         return PrintTo(buffer, size, format);
@@ -244,10 +261,11 @@ class PrintfFormat::Printer {
   }
 
   const Argument argument_;
+  const long textSize_;
   const std::size_t limit_;
-  const std::size_t textSize_;
   std::string& text_;
   const int errno_;
+  char scratch_[128];
 };
 
 PrintfFormat::PrintfFormat(const std::string& format) : size_(format.size()) {
@@ -273,7 +291,7 @@ int PrintfFormat::Print(const MetaObj::MetaObject& value, std::string& text) con
   if (HasOverflow()) {
     return EOVERFLOW;
   }
-  Printer printer(argument, size_ + plain.size() + kSlack, plain.size(), text);
+  Printer printer(argument, size_ + plain.size() + kSlack, text);
   for (const Piece& piece : pieces_) {
     if (const int error = printer.Print(piece); error != 0) {
       return error;

@@ -70,8 +70,8 @@ class Header {
 struct Plan {
   struct Line {
     FieldSlot field;
-    std::string label;  // the first blanks, the name, padded, and ": "
-    FieldStyle style;
+    std::string label;                  // the first blanks, the name, padded, and ": "
+    std::unique_ptr<FieldStyle> style;  // null when values are printed as they are
   };
 
   Plan(const MetaStruct& record, const FormatParameters& params);
@@ -108,8 +108,12 @@ Plan::Plan(const MetaStruct& record, const FormatParameters& params)
   for (const std::string& name : names) {
     std::string label = std::string(kIndentStep, ' ') + name;
     label.resize(kIndentStep + std::max(name.size(), aligned), ' ');
-    lines.push_back({FieldSlot(name), label + ": ",
-                     isStyled ? FieldStyle(record.GetTypeName(), name, params) : FieldStyle()});
+    std::unique_ptr<FieldStyle> style;
+    if (isStyled) {
+      style = std::make_unique<FieldStyle>(record.GetTypeName(), name, params);
+      style = style->IsPlain() ? nullptr : std::move(style);
+    }
+    lines.push_back({FieldSlot(name), label + ": ", std::move(style)});
   }
 }
 
@@ -249,12 +253,12 @@ class Walk {
   void PrintFields() {
     const std::size_t depth = open_.size();
     Plan& plan = *open_.back().plan;
-    const auto& record = static_cast<const MetaStruct&>(*open_.back().value);
+    FieldFinder finder(static_cast<const MetaStruct&>(*open_.back().value));
     const long level = open_.back().level;
     const std::size_t indent = IndentOf(level);
     for (std::size_t next = open_.back().next; next < plan.lines.size(); ++next) {
       Plan::Line& line = plan.lines[next];
-      const auto* value = line.field.Find(record);
+      const auto* value = finder.Find(line.field);
       if (value == nullptr) {
         // The fields behind an unknown one are not printed.
         writer_.Append("Error getting field ");
@@ -264,7 +268,7 @@ class Walk {
       writer_.Repeat(' ', indent);
       writer_.Append(line.label);
       open_.back().next = next + 1;
-      PrintFieldValue(**value, line.style, level + 2);
+      PrintFieldValue(**value, line.style.get(), level + 2);
       if (open_.size() != depth) {
         return;
       }
@@ -272,7 +276,7 @@ class Walk {
     open_.pop_back();
   }
 
-  void PrintFieldValue(const MetaObject& value, const FieldStyle& style, long level) {
+  void PrintFieldValue(const MetaObject& value, const FieldStyle* style, long level) {
     switch (value.GetType()) {
       case MetaType::Struct:
         writer_.Append('\n');
@@ -280,7 +284,7 @@ class Walk {
       case MetaType::List:
         return OpenList(ViewAs<MetaList>(&value), level);
       default:
-        return style.IsPlain() ? PrintLine(plain_.Of(value)) : PrintLine(style.MakeText(&value));
+        return style == nullptr ? PrintLine(plain_.Of(value)) : PrintLine(style->MakeText(&value));
     }
   }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <ios>
+#include <memory>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -38,26 +39,39 @@ std::string Trim(const std::string& text) {
 /// A field name, or several that lead through nested structures, joined by '.'.
 class FieldPath {
  public:
-  explicit FieldPath(const std::string& path) : first_(path.substr(0, path.find('.'))) {
-    for (std::size_t start = path.find('.'); start != std::string::npos;) {
+  explicit FieldPath(std::string path) : first_(path.substr(0, path.find('.'))) {
+    if (path.size() == first_.GetName().size()) {
+      return;
+    }
+    rest_ = std::make_unique<Rest>();
+    for (std::size_t start = first_.GetName().size(); start != std::string::npos;) {
       const std::size_t end = path.find('.', ++start);
-      rest_.emplace_back(path.substr(start, end - start));
+      rest_->steps.emplace_back(path.substr(start, end - start));
       start = end;
     }
+    rest_->path = std::move(path);
   }
+
+  const std::string& GetText() const { return rest_ == nullptr ? first_.GetName() : rest_->path; }
 
   /// The value at the end of the path. A step that names nothing is passed over, unless it is the
   /// last one: scripts rely on it. Nothing is found behind a value that is no structure.
-  const std::shared_ptr<MetaObject>* Find(const MetaStruct& record) {
-    const std::shared_ptr<MetaObject>* const value = first_.Find(record);
-    return rest_.empty() ? value : FindRest(record, value);
+  const std::shared_ptr<MetaObject>* Find(const MetaStruct& record, FieldFinder& finder) {
+    const std::shared_ptr<MetaObject>* const value = finder.Find(first_);
+    return rest_ == nullptr ? value : FindRest(record, value);
   }
 
  private:
+  /// Kept apart: most paths are one name, and there may be very many of them.
+  struct Rest {
+    std::string path;
+    std::vector<FieldSlot> steps;
+  };
+
   const std::shared_ptr<MetaObject>* FindRest(const MetaStruct& record,
                                               const std::shared_ptr<MetaObject>* value) {
     const MetaStruct* current = &record;
-    for (FieldSlot& step : rest_) {
+    for (FieldSlot& step : rest_->steps) {
       current = value == nullptr ? current : ViewAs<MetaStruct>(value->get());
       value = current == nullptr ? nullptr : step.Find(*current);
     }
@@ -65,16 +79,15 @@ class FieldPath {
   }
 
   FieldSlot first_;
-  std::vector<FieldSlot> rest_;
+  std::unique_ptr<Rest> rest_;
 };
 
 struct Column {
-  explicit Column(std::string columnName)
-      : name(std::move(columnName)), path(name), width(name.size() + kGap) {}
+  explicit Column(std::string name) : path(std::move(name)), width(GetName().size() + kGap) {}
 
-  std::string name;
+  const std::string& GetName() const { return path.GetText(); }
+
   FieldPath path;
-  FieldStyle style;
   std::size_t width;       // the gap included
   bool isWrapped = false;  // fitted to the screen instead of padded
 };
@@ -104,7 +117,9 @@ class Table {
         displayWidth_(displayWidth),
         isStyled_(FieldStyle::IsUsedBy(params)),
         writer_(writer) {
-    for (const std::string& name : ChooseFields(structure, params)) {
+    const std::vector<std::string> names = ChooseFields(structure, params);
+    columns_.reserve(names.size());
+    for (const std::string& name : names) {
       columns_.emplace_back(Trim(name));
     }
   }
@@ -140,11 +155,12 @@ class Table {
  private:
   bool MeasureRow(const MetaStruct& record) {
     SelectStyles(record);
+    FieldFinder finder(record);
     for (Column& column : columns_) {
-      const auto* value = column.path.Find(record);
+      const auto* value = column.path.Find(record, finder);
       if (value == nullptr) {
         writer_.Append("Error: Unknown field in field list: ");
-        writer_.Append(column.name);
+        writer_.Append(column.GetName());
         writer_.Append('\n');
         return false;
       }
@@ -159,20 +175,32 @@ class Table {
       return;
     }
     styledType_ = record.GetTypeName();
-    for (Column& column : columns_) {
-      column.style = FieldStyle(styledType_, column.name, params_);
+    styles_.clear();
+    for (const Column& column : columns_) {
+      styles_.emplace_back(styledType_, column.GetName(), params_);
     }
+  }
+
+  /// The style of a column for the row at hand; null when values are printed as they are.
+  const FieldStyle* FindStyle(const Column& column) const {
+    if (!isStyled_) {
+      return nullptr;
+    }
+    const FieldStyle& style = styles_[static_cast<std::size_t>(&column - columns_.data())];
+    return style.IsPlain() ? nullptr : &style;
   }
 
   std::size_t MeasureText(const Column& column, const MetaObject& value) {
-    return column.style.IsPlain() ? plain_.Measure(value) : column.style.MakeText(&value).size();
+    const FieldStyle* const style = FindStyle(column);
+    return style == nullptr ? plain_.Measure(value) : style->MakeText(&value).size();
   }
 
   std::string_view MakeText(const Column& column, const MetaObject& value) {
-    if (column.style.IsPlain()) {
+    const FieldStyle* const style = FindStyle(column);
+    if (style == nullptr) {
       return plain_.Of(value);
     }
-    styled_ = column.style.MakeText(&value);
+    styled_ = style->MakeText(&value);
     return styled_;
   }
 
@@ -180,7 +208,7 @@ class Table {
 
   void WriteHeader() {
     for (const Column& column : columns_) {
-      writer_.AppendLeft(column.name, IsLast(column) ? 0 : column.width);
+      writer_.AppendLeft(column.GetName(), IsLast(column) ? 0 : column.width);
     }
     writer_.Append('\n');
     if (params_.GetParameter("header-line") == "false") {
@@ -188,7 +216,7 @@ class Table {
     }
     for (const Column& column : columns_) {
       if (IsLast(column)) {
-        writer_.Repeat('-', column.name.size());
+        writer_.Repeat('-', column.GetName().size());
       } else {
         writer_.Repeat('-', column.width - kGap);
         writer_.Repeat(' ', kGap);
@@ -202,27 +230,28 @@ class Table {
     if (params_.GetParameter("wrap-last") != "true" || displayWidth_ == 0 || columns_.empty()) {
       return;
     }
-    const std::string& lastName = columns_.back().name;
+    const std::string& lastName = columns_.back().GetName();
     std::size_t indent = 0;
     for (const Column& column : columns_) {
-      indent += column.name == lastName ? 0 : column.width;
+      indent += column.GetName() == lastName ? 0 : column.width;
     }
     if (indent == 0 || indent + lastName.size() > displayWidth_) {
       return;
     }
     wrapIndent_ = static_cast<int>(indent);
     for (Column& column : columns_) {
-      column.isWrapped = column.name == lastName;
+      column.isWrapped = column.GetName() == lastName;
     }
   }
 
   bool WriteRow(const MetaStruct& record) {
     SelectStyles(record);
+    FieldFinder finder(record);
     for (Column& column : columns_) {
-      const auto* value = column.path.Find(record);
+      const auto* value = column.path.Find(record, finder);
       if (value == nullptr) {
         writer_.Append("Unknown column ");
-        writer_.Append(column.name);
+        writer_.Append(column.GetName());
         return false;
       }
       WriteCell(column, **value);
@@ -255,6 +284,7 @@ class Table {
   std::vector<Column> columns_;
   int wrapIndent_ = 0;
   std::string styledType_;
+  std::vector<FieldStyle> styles_;  // one per column, when there are styles at all
   PlainText plain_;
   std::string styled_;
 };
@@ -319,7 +349,11 @@ void TableFormatter::Format(const std::shared_ptr<CallSpec::Output>& output,
 
 std::shared_ptr<MetaObject> GetSubField(std::shared_ptr<MetaStruct> record,
                                         const std::string& path) {
-  const auto* value = record == nullptr ? nullptr : FieldPath(path).Find(*record);
+  if (record == nullptr) {
+    return nullptr;
+  }
+  FieldFinder finder(*record);
+  const auto* value = FieldPath(path).Find(*record, finder);
   return value == nullptr ? nullptr : *value;
 }
 

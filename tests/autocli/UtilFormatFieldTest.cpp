@@ -3,9 +3,12 @@
 
 #include <cerrno>
 #include <climits>
+#include <cstdio>
 #include <cstring>
 #include <memory>
+#include <random>
 #include <string>
+#include <vector>
 
 #include "kestrel/autocli/FormatParameters.h"
 #include "kestrel/autocli/Util.h"
@@ -296,6 +299,92 @@ TEST(UtilFormatFieldTest, WidthAndPrecisionAreLoweredTogether) {
   EXPECT_EQ(PrintInt(5, "%100000.5000d"), std::string(13 + 1 + 64, ' '));
   EXPECT_EQ(PrintInt(5, "%1000.100000d"), std::string(13 + 1 + 64, '0'));
   EXPECT_EQ(PrintInt('A', "%5.5000c"), "    A");
+}
+
+TEST(UtilFormatFieldTest, ManyConversionsOfALongTextCostNoMoreThanTheirOutput) {
+  const std::string text(100000, 'x');
+  std::string format;
+  for (int i = 0; i < 20000; ++i) {
+    format += "%1$s%1$99999s";
+  }
+  EXPECT_EQ(PrintString(text, format), std::string(format.size() + text.size() + 64, 'x'));
+  format.clear();
+  for (int i = 0; i < 20000; ++i) {
+    format += "%1$099999ld%1$.99999ld";
+  }
+  EXPECT_EQ(PrintInt(0, format), std::string(format.size() + 1 + 64, '0'));
+}
+
+/// What the system's own function makes of a format that is known to fit.
+template <typename Argument>
+std::string SystemPrint(const std::string& format, std::size_t textSize, Argument argument) {
+  std::vector<char> buffer(format.size() + textSize + 65);
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+  std::snprintf(buffer.data(), buffer.size(), format.c_str(), argument);
+#pragma GCC diagnostic pop
+  return buffer.data();
+}
+
+/// Formats of one conversion, or of several that all name the same argument.
+class RandomFormats {
+ public:
+  explicit RandomFormats(unsigned seed) : random_(seed) {}
+
+  int Pick(int from, int to) { return std::uniform_int_distribution<int>(from, to)(random_); }
+
+  std::string Make(const std::string& flags, const std::vector<std::string>& letters) {
+    const int conversions = Pick(0, 3);
+    std::string format;
+    for (int i = 0; i < conversions; ++i) {
+      format += MakeLiteral() + (conversions > 1 ? "%1$" : "%");
+      for (int count = Pick(0, 2); count > 0; --count) {
+        format += flags[static_cast<std::size_t>(Pick(0, static_cast<int>(flags.size()) - 1))];
+      }
+      format += MakeNumber("");
+      format += MakeNumber(".");
+      format += letters[static_cast<std::size_t>(Pick(0, static_cast<int>(letters.size()) - 1))];
+    }
+    return format + MakeLiteral();
+  }
+
+ private:
+  std::string MakeLiteral() {
+    static const char* const kLiterals[] = {"", "", "text ", "%%", " %% "};
+    return kLiterals[Pick(0, 4)];
+  }
+
+  std::string MakeNumber(const std::string& start) {
+    switch (Pick(0, 4)) {
+      case 0:
+        return start + std::to_string(Pick(1, 30));
+      case 1:
+        return start + std::to_string(Pick(30, 5000));
+      default:
+        return "";
+    }
+  }
+
+  std::mt19937 random_;
+};
+
+TEST(UtilFormatFieldTest, EqualsTheSystemsPrintfOnRandomFormatsThatFit) {
+  const unsigned seed = 61;
+  SCOPED_TRACE("seed " + std::to_string(seed));
+  RandomFormats formats(seed);
+  for (int round = 0; round < 50000; ++round) {
+    const long number =
+        formats.Pick(0, 3) == 0 ? LONG_MIN + formats.Pick(0, 9) : formats.Pick(-100000, 100000);
+    const std::string integers = formats.Make("-+ #0", {"ld", "li", "lu", "lo", "lx", "lX"});
+    ASSERT_EQ(PrintInt(number, integers),
+              SystemPrint(integers, std::to_string(number).size(), number))
+        << integers << " of " << number;
+    const std::string text(static_cast<std::size_t>(formats.Pick(0, 1) * formats.Pick(0, 3000)),
+                           'x');
+    const std::string strings = formats.Make("-", {"s"});
+    ASSERT_EQ(PrintString(text, strings), SystemPrint(strings, text.size(), text.c_str()))
+        << strings << " of " << text.size() << " bytes";
+  }
 }
 
 TEST(UtilFormatFieldTest, ANulByteEndsTheText) {
