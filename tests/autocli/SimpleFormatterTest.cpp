@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <iomanip>
 #include <ios>
 #include <random>
@@ -514,7 +515,12 @@ class CountingBuffer : public std::streambuf {
  protected:
   std::streamsize xsputn(const char* data, std::streamsize size) override {
     bytes += static_cast<std::size_t>(size);
-    lines += static_cast<std::size_t>(std::count(data, data + size, '\n'));
+    const char* const end = data + size;
+    while (data != end) {
+      const void* const found = std::memchr(data, '\n', static_cast<std::size_t>(end - data));
+      lines += found == nullptr ? 0 : 1;
+      data = found == nullptr ? end : static_cast<const char*>(found) + 1;
+    }
     return size;
   }
 };

@@ -372,7 +372,7 @@ TEST(UtilFormatFieldTest, EqualsTheSystemsPrintfOnRandomFormatsThatFit) {
   const unsigned seed = 61;
   SCOPED_TRACE("seed " + std::to_string(seed));
   RandomFormats formats(seed);
-  for (int round = 0; round < 50000; ++round) {
+  for (int round = 0; round < 20000; ++round) {
     const long number =
         formats.Pick(0, 3) == 0 ? LONG_MIN + formats.Pick(0, 9) : formats.Pick(-100000, 100000);
     const std::string integers = formats.Make("-+ #0", {"ld", "li", "lu", "lo", "lx", "lX"});
