@@ -498,6 +498,25 @@ TEST(SimpleFormatterTest, PrintsAStructureOfAHundredThousandFields) {
   EXPECT_EQ(text.substr(0, 41), "Row:\n   f0    : 0\n   f1    : 1\n   f10   :");
 }
 
+TEST(SimpleFormatterTest, FindsTheFieldsOfALargeStructureInAnyOrder) {
+  const auto record = MetaStruct::New("Row");
+  for (int i = 100; i < 300; ++i) {
+    record->SetField("f" + std::to_string(i), i);
+  }
+  record->SetField("f101", MakeDisk("a", 1));
+  EXPECT_EQ(Print(record, {{"fields:Row", "f100,f101,f102,f250,f120,nope"}}),
+            "Row:\n"
+            "   f100: 100\n"
+            "   f101: \n"
+            "      Disk:\n"
+            "         Name: a\n"
+            "         Size: 1\n"
+            "   f102: 102\n"
+            "   f250: 250\n"
+            "   f120: 120\n"
+            "Error getting field nope\n");
+}
+
 TEST(SimpleFormatterTest, PrintsNamesAndValuesOfAHundredThousandBytes) {
   const std::string name(100000, 'n');
   const std::string value(100000, 'v');

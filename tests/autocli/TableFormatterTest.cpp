@@ -572,6 +572,23 @@ TEST(TableFormatterTest, PrintsAStructureOfAHundredThousandFields) {
   EXPECT_THAT(text, StartsWith("f0  f1  f10  f100  f1000  f10000  f10001  "));
 }
 
+TEST(TableFormatterTest, FindsTheFieldsOfALargeStructureInAnyOrder) {
+  const auto row = MetaStruct::New("Row");
+  for (int i = 100; i < 300; ++i) {
+    row->SetField("f" + std::to_string(i), i);
+  }
+  const auto outer = MetaStruct::New("Outer");
+  outer->SetField("in", row);
+  EXPECT_EQ(Print(MakeList({row}), {{"fields", "f100,f101,f250,f120,f102"}, {"show-header", "no"}}),
+            "f100  f101  f250  f120  f102\n"
+            "----  ----  ----  ----  ----\n"
+            " 100   101   250   120   102  \n");
+  EXPECT_EQ(Print(MakeList({outer}), {{"fields", "in.f299,in.f100"}, {"show-header", "false"}}),
+            "    299      100  \n");
+  EXPECT_EQ(Print(MakeList({row}), {{"fields", "f100,nope,f101"}}),
+            "Error: Unknown field in field list: nope\n");
+}
+
 TEST(TableFormatterTest, PrintsNamesAndValuesOfAHundredThousandBytes) {
   const std::string name(100000, 'n');
   const std::string value(100001, 'v');

@@ -9,9 +9,12 @@
 #include <vector>
 
 #include "kestrel/autocli/Util.h"
+#include "support/LimitedBuffer.h"
 
 namespace Kestrel::AutoCli {
 namespace {
+
+using ::Kestrel::Testing::LimitedBuffer;
 
 struct Arguments {
   int indent = 0;
@@ -232,6 +235,22 @@ TEST(UtilFitStringTest, IsBlindToTheStateOfTheStream) {
   EXPECT_EQ(out.fill(), '*');
   EXPECT_EQ(out.flags() & std::ios_base::basefield, std::ios_base::hex);
   EXPECT_EQ(out.flags() & std::ios_base::adjustfield, std::ios_base::right);
+}
+
+TEST(UtilFitStringTest, StopsAtAStreamThatFails) {
+  std::string text;
+  for (int i = 0; i < 1000000; ++i) {
+    text += i % 10 == 0 ? "line\n" : "words ";
+  }
+  for (const bool splitLines : {false, true}) {
+    // A margin so wide that writing it for every line would take minutes.
+    LimitedBuffer buffer(1000000);
+    std::ostream out(&buffer);
+    AutoCli_FitString(1000000, 1000020, text, true, out, true, 0, splitLines);
+    EXPECT_TRUE(out.bad());
+    EXPECT_EQ(buffer.GetText().size(), 1000000u);
+    EXPECT_EQ(buffer.GetRefusals(), 1);
+  }
 }
 
 TEST(UtilFitStringTest, EqualsTheSlowModelOnRandomTexts) {
