@@ -9,6 +9,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
 
@@ -16,6 +17,7 @@ namespace Kestrel::Testing {
 namespace {
 
 constexpr int kFailed = 1;
+constexpr int kNoInterfaces = 99;
 constexpr int kNotAllowed = 100;  // and the error number above it
 
 bool WriteFile(const char* path, const std::string& text) {
@@ -57,6 +59,12 @@ bool Enter(int namespaces) {
   ::_exit(testing::Test::HasFailure() ? kFailed : 0);
 }
 
+bool CanMakeInterfaces() {
+  return std::system(
+             "(ip link add probe0 type veth peer name probe1 && ip link add probe2 type bridge &&"
+             " ip link delete probe0 && ip link delete probe2) > /dev/null 2>&1") == 0;
+}
+
 }  // namespace
 
 std::string RunInNamespaces(int namespaces, const std::function<void()>& body) {
@@ -71,8 +79,20 @@ std::string RunInNamespaces(int namespaces, const std::function<void()>& body) {
     return std::string("This machine allows no namespaces of our own: ") +
            std::strerror(WEXITSTATUS(status) - kNotAllowed);
   }
+  if (WIFEXITED(status) && WEXITSTATUS(status) == kNoInterfaces) {
+    return "This machine makes no interfaces of the kinds veth and bridge";
+  }
   EXPECT_EQ(status, 0) << "The child in its own namespaces failed";
   return std::string();
+}
+
+std::string RunInOwnNetwork(const std::function<void()>& body) {
+  return RunInNamespaces(CLONE_NEWNET, [&body] {
+    if (!CanMakeInterfaces()) {
+      ::_exit(kNoInterfaces);
+    }
+    body();
+  });
 }
 
 }  // namespace Kestrel::Testing

@@ -11,4 +11,8 @@ namespace Kestrel::Testing {
 /// then.
 std::string RunInNamespaces(int namespaces, const std::function<void()>& body);
 
+/// The same with a network of its own, where the test may make interfaces of the kinds veth and
+/// bridge.
+std::string RunInOwnNetwork(const std::function<void()>& body);
+
 }  // namespace Kestrel::Testing

@@ -91,9 +91,9 @@ void MakeNeighbors() {
 }
 
 // Runs the body in a network of its own, or skips the test and says why.
-#define IN_OWN_NETWORK(body)                                                               \
-  if (const std::string refusal = RunInNamespaces(CLONE_NEWNET, body); !refusal.empty()) { \
-    GTEST_SKIP() << refusal;                                                               \
+#define IN_OWN_NETWORK(body)                                                 \
+  if (const std::string refusal = RunInOwnNetwork(body); !refusal.empty()) { \
+    GTEST_SKIP() << refusal;                                                 \
   }
 
 std::vector<Json> Entries(const Json& list) {

@@ -158,21 +158,22 @@ TEST(StorageMountListTest, FiltersChooseAmongTheMounts) {
     const ScopedTempDir folder;
     Mount("one", folder.MakeDirectory("one"), "tmpfs", MS_NOEXEC);
     Mount("two", folder.MakeDirectory("two"), "tmpfs", MS_RDONLY);
-    Mount("three", folder.MakeDirectory("three"), "proc", MS_NODEV);
+    Mount("three", folder.MakeDirectory("three"), "ramfs", MS_NODEV);
     const auto sources = [&folder](const Parameters& more) {
       Parameters parameters = {{"below", folder.GetPath() + "/"}};
       parameters.insert(parameters.end(), more.begin(), more.end());
       return CallColumn("storage mount list", "Source", parameters);
     };
     EXPECT_THAT(sources({}), ElementsAre("one", "two", "three"));
-    EXPECT_THAT(sources({{"type", "proc"}}), ElementsAre("three"));
-    EXPECT_THAT(sources({{"type", "proc"}, {"type", "tmpfs"}}), ElementsAre("one", "two", "three"));
+    EXPECT_THAT(sources({{"type", "ramfs"}}), ElementsAre("three"));
+    EXPECT_THAT(sources({{"type", "ramfs"}, {"type", "tmpfs"}}),
+                ElementsAre("one", "two", "three"));
     EXPECT_THAT(sources({{"type", "ext9"}}), IsEmpty());
     EXPECT_THAT(sources({{"option", "noexec"}}), ElementsAre("one"));
     EXPECT_THAT(sources({{"option", "noexec"}, {"option", "ro"}}), ElementsAre("one", "two"));
     EXPECT_THAT(sources({{"read-only", "yes"}}), ElementsAre("two"));
     EXPECT_THAT(sources({{"read-only", "no"}}), ElementsAre("one", "three"));
-    EXPECT_THAT(sources({{"t", "proc"}, {"o", "ro"}}), IsEmpty());
+    EXPECT_THAT(sources({{"t", "ramfs"}, {"o", "ro"}}), IsEmpty());
     EXPECT_THAT(CallColumn("storage mount list", "Source", {{"below", folder.GetPath("on")}}),
                 IsEmpty());
     for (const char* name : {"one", "two", "three"}) {
