@@ -5,6 +5,7 @@
 
 #include <utility>
 
+#include "autocli/SharedObjectFile.h"
 #include "kestrel/KestrelException.h"
 
 namespace Kestrel::AutoCli {
@@ -18,12 +19,13 @@ std::string LoaderError() {
   return text != nullptr ? text : "(null)";
 }
 
-// A FIFO or a device would block the loader. A path without "/" is the loader's to search, and
-// what is not there is the loader's to report.
+// A path without "/" is the loader's to search.
+bool HasFolder(const std::string& path) { return path.find('/') != std::string::npos; }
+
+// A FIFO or a device would block the loader. What is not there is the loader's to report.
 bool IsKnownNotToBeAFile(const std::string& path) {
   struct stat status = {};
-  return path.find('/') != std::string::npos && stat(path.c_str(), &status) == 0 &&
-         !S_ISREG(status.st_mode);
+  return HasFolder(path) && stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
 }
 
 }  // namespace
@@ -42,6 +44,10 @@ SharedLibraryPlugin::~SharedLibraryPlugin() = default;
 void SharedLibraryPlugin::Initialize() {
   if (IsKnownNotToBeAFile(path_)) {
     throw KestrelException("Unable to load plugin from " + path_ + " : not a regular file");
+  }
+  if (HasFolder(path_) && IsSharedObjectCutShort(path_)) {
+    throw KestrelException("Unable to load plugin from " + path_ + " : " + path_ +
+                           ": file too short");
   }
   LibraryHandle handle(dlopen(path_.c_str(), RTLD_LAZY | RTLD_GLOBAL));
   if (handle == nullptr) {

@@ -5,7 +5,10 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <cstddef>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <list>
 #include <memory>
 #include <string>
@@ -146,6 +149,24 @@ TEST(SharedLibraryPluginTest, AnEntryPointAtNullIsRefusedWithoutALoadersText) {
               ThrowsMessage<KestrelException>("Unable to get plugin registration point from " +
                                               path + " : (null)"));
   EXPECT_FALSE(IsLoaded(path));
+}
+
+// --- what is not whole ---
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
+
+TEST(SharedLibraryPluginTest, ASharedObjectThatWasCutShortIsRefused) {
+  const ScopedTempDir dir;
+  const std::string whole = ReadFile(TestPluginPath("EchoPlugin"));
+  for (const std::size_t size : {std::size_t{64}, std::size_t{100}, std::size_t{4096}}) {
+    const std::string path = dir.Write(std::to_string(size) + ".so", whole.substr(0, size));
+    EXPECT_THAT([&] { SharedLibraryPlugin::New(path)->Initialize(); },
+                ThrowsMessage<KestrelException>("Unable to load plugin from " + path + " : " +
+                                                path + ": file too short"));
+  }
 }
 
 // --- what is no regular file ---

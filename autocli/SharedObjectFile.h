@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+namespace Kestrel::AutoCli {
+
+/// Whether `path` is a shared object that ends before the last of what it says it is made of, as a
+/// copy does that ran out of room. The loader maps such a file without a look at its size and is
+/// then ended by SIGBUS. False for everything else, also for what cannot be read at all.
+bool IsSharedObjectCutShort(const std::string& path);
+
+}  // namespace Kestrel::AutoCli
