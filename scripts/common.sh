@@ -102,6 +102,11 @@ quietly() {
 build_preset() {
   local preset=$1 tree=build/$1
   shift
+  # A tree that was configured at another place knows only that.
+  if [[ -e $tree/CMakeCache.txt ]] &&
+    ! grep -qxF "CMAKE_HOME_DIRECTORY:INTERNAL=$PWD" "$tree/CMakeCache.txt"; then
+    find "$tree" -mindepth 1 -maxdepth 1 ! -name lock ! -name started -exec rm -rf {} +
+  fi
   mkdir -p "$tree"
   quietly "$tree/configure.log" cmake --preset "$preset"
   if [[ -t 2 ]]; then
