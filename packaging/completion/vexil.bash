@@ -8,7 +8,7 @@ _vexil_dispatcher_options='--plugin-dir --plugin --formatter --format-param --sc
 # Every command as a line of words: its path. Arguments: the tool and its dispatcher options.
 _vexil_commands() {
   "$@" --formatter table --format-param show-header=false \
-    --format-param fields=Namespace,Command vexil command list 2>/dev/null | tr '.' ' '
+    --format-param fields:VexilCommand=Namespace,Command vexil command list 2>/dev/null | tr '.' ' '
 }
 
 # The words that may stand next, after a path. Arguments: the path; standard input: all commands.

@@ -1,0 +1,44 @@
+#!/usr/bin/env bash
+# check_completion.sh STAGE: what bash offers for unfinished command lines of the installed tool.
+set -euo pipefail
+
+stage=$1
+PATH=$stage/bin:$PATH
+plugins=$stage/lib/norvane/vexil
+# shellcheck source=packaging/completion/vexil.bash
+source "$stage/share/bash-completion/completions/vexil"
+failures=0
+
+# expect "OFFERS" WORD...: the offers for the line vexil WORD..., the cursor behind the last word.
+expect() {
+  local offers=$1
+  shift
+  COMP_WORDS=(vexil "$@")
+  COMP_CWORD=$#
+  COMPREPLY=()
+  _vexil
+  if [[ ${COMPREPLY[*]} != "$offers" ]]; then
+    echo "vexil $*: expected '$offers', but got '${COMPREPLY[*]}'" >&2
+    failures=$((failures + 1))
+  fi
+}
+
+expect "vexil" ""
+expect "vexil" v
+expect "" x
+expect "command" vexil ""
+expect "list" vexil command l
+expect "" vexil command list ""
+expect "" vexil nosuch ""
+expect "--command-filter --description-filter --help --namespace-filter" vexil command list -
+expect "--namespace-filter" vexil command list --command-filter x --n
+expect "" vexil command list --command-filter ""
+expect "--plugin-dir --plugin" --plug
+expect "table" --formatter t
+expect "json" --formatter = j
+expect "vexil" --formatter simple v
+expect "vexil" --formatter = simple v
+expect "network storage system vexil" --plugin-dir "$plugins" ""
+expect "list" --plugin-dir = "$plugins" storage mount ""
+
+exit $((failures > 0))

@@ -1,0 +1,48 @@
+#!/usr/bin/env bash
+# check_packages.sh BUILD WORK: makes the Debian packages of a build tree and looks into them.
+set -euo pipefail
+
+build=$1 work=$2
+
+fail() {
+  printf '%s\n' "$*" >&2
+  exit 1
+}
+
+# package NAME: the file of the package, which must be there once.
+package() {
+  local files=("$work/$1"_[0-9]*_*.deb)
+  [[ ${#files[@]} -eq 1 && -e ${files[0]} ]] || fail "no package $1 in $work"
+  echo "${files[0]}"
+}
+
+# holds NAME PATTERN...: a path of the package matches each pattern.
+holds() {
+  local name=$1 paths pattern
+  shift
+  paths=$(dpkg-deb --contents "$(package "$name")" | awk '{ print $6 }')
+  for pattern in "$@"; do
+    grep -qxE -- "\.$pattern" <<<"$paths" || fail "$name lacks $pattern:"$'\n'"$paths"
+  done
+}
+
+# depends NAME PATTERN
+depends() {
+  local line
+  line=$(dpkg-deb --field "$(package "$1")" Depends)
+  grep -qE -- "$2" <<<"$line" || fail "$1 does not depend on $2, but on: $line"
+}
+
+rm -rf "$work"
+mkdir -p "$work"
+cpack --config "$build/CPackConfig.cmake" -D CPACK_PACKAGING_INSTALL_PREFIX=/usr -B "$work" \
+  >"$work/log" 2>&1 || fail "cpack fails:"$'\n'"$(<"$work/log")"
+
+holds libkestrel '/usr/lib/.*libkestrel\.so\.[0-9]+' '/usr/lib/.*libkestrel\.so\.[0-9.]+'
+holds libkestrel-dev '/usr/lib/.*libkestrel\.so' '/usr/include/kestrel/kestrel\.h' \
+  '/usr/lib/.*KestrelConfig\.cmake' '/usr/lib/.*/kestrel\.pc'
+holds vexil '/usr/bin/vexil' '/usr/lib/norvane/vexil/ext/' '/usr/lib/norvane/vexil/host\.so' \
+  '/usr/share/bash-completion/completions/vexil'
+depends libkestrel-dev '^libkestrel \(= '
+depends vexil 'libkestrel \(= '
+depends libkestrel 'libc6'
