@@ -42,7 +42,7 @@ class ValueWalk {
   void Run(const MetaObj::MetaObject* value, long level) {
     Open(value, level);
     while (!open_.empty() && !out_.HasFailed()) {
-      std::visit([this](auto& inside) { Step(inside); }, open_.back());
+      std::visit([this](auto& inside) { this->Step(inside); }, open_.back());
     }
   }
 

@@ -57,6 +57,7 @@ std::vector<std::string> ReadGroups(const Account& account) {
   }
   ids.resize(static_cast<std::size_t>(count));
   std::vector<std::string> names;
+  names.reserve(ids.size());
   for (const gid_t id : ids) {
     names.push_back(GroupName(id));
   }

@@ -179,6 +179,7 @@ class StorageFilesystemList final : public HostCommand {
   static std::vector<Filesystem> Ask(const std::vector<Mount>& mounts,
                                      std::chrono::milliseconds timeout) {
     std::vector<std::string> paths;
+    paths.reserve(mounts.size());
     for (const Mount& mount : mounts) {
       paths.push_back(mount.target);
     }

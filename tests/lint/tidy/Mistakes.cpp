@@ -12,20 +12,9 @@ namespace {
 
 #define TWICE(x) x + x  // bugprone-macro-parentheses
 
-int BranchClone(int value) {
-  if (value == 1) {
-    return 4;
-  } else if (value == 2) {
-    return 4;
-  }
-  return TWICE(value);
-}
-
 struct ExceptionEscape {
   ~ExceptionEscape() { throw std::runtime_error("out of a destructor"); }
 };
-
-long ImplicitWidening(int rows, int columns) { return rows * columns; }
 
 double IntegerDivision(int part, int whole) {
   double ratio = part / whole;
@@ -94,14 +83,6 @@ std::size_t ForRangeCopy(const std::vector<std::string>& texts) {
   return length;
 }
 
-std::string InefficientConcatenation(const std::vector<std::string>& texts) {
-  std::string all;
-  for (const std::string& text : texts) {
-    all = all + text;
-  }
-  return all;
-}
-
 std::vector<int> InefficientVector(int count) {
   std::vector<int> values;
   for (int i = 0; i < count; ++i) {
@@ -110,7 +91,7 @@ std::vector<int> InefficientVector(int count) {
   return values;
 }
 
-int MoveConstArgument(const int value) { return std::move(value); }
+std::string MoveConstArgument(const std::string& text) { return std::move(text); }
 
 std::size_t CopyInitialization(const std::vector<std::string>& texts) {
   const std::string first = texts.front();
@@ -130,11 +111,6 @@ int ElseAfterReturn(int value) {
     value = -value;
   }
   return value;
-}
-
-const int* QualifiedAuto(const std::vector<int>& values) {
-  auto data = values.data();
-  return data;
 }
 
 std::string RedundantCStr(const std::string& text) { return std::string(text.c_str()); }
