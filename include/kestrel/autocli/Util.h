@@ -17,7 +17,7 @@ namespace Kestrel::AutoCli {
 /// Told of each finished shell command: its final command line and its wait status.
 using CommandExecListener = void (*)(const std::string& commandLine, int status);
 
-/// Makes the option that names a resource pool for a child process.
+/// Makes one extra argument for the shell that runs a command; empty for none.
 using ChildRpZolOptionMaker = std::string (*)(int id);
 
 /// Whether `name` may stand in the command tree: ASCII letters and digits, at least one, the first
@@ -52,13 +52,30 @@ KESTREL_API void AutoCli_FitString(const int& indent, const int& width, const st
                                    bool skipFirstIndent, std::ostream& out, bool endLine,
                                    char wrapChar, bool splitLines);
 
+/// Runs `commandLine` by /bin/sh, with `stdinData` as its whole standard input, and appends what it
+/// writes to its standard output to `output`, until every process that holds it has closed it. Its
+/// standard error is this process's. Input and output flow at the same time; any amount is fine.
+///
+/// Returns the wait status, as `waitpid` gives it: a command that fails is no failure here. Throws
+/// KestrelException when it cannot be started, fed, read or waited for; an error while reading
+/// keeps what was read before it. Every descriptor is closed on every path.
 KESTREL_API int AutoCli_ShellCmd(const std::string& commandLine, std::string& output,
                                  const std::string& stdinData);
+
+/// As AutoCli_ShellCmd, with the environment variable OPR_USERNAME set to `userName` for the
+/// command; an empty name leaves the command line as it is.
 KESTREL_API int AutoCli_ShellCmdWithOprUsername(const std::string& commandLine,
                                                 const std::string& userName, std::string& output,
                                                 const std::string& stdinData);
+
+/// Installs what is told of every shell command, or removes it (null). One for the process.
 KESTREL_API void SetCommandExecListener(CommandExecListener listener);
+
+/// Installs what makes the extra argument of every shell, or removes it (null). One for the
+/// process.
 KESTREL_API void SetChildRpZolOptionMaker(ChildRpZolOptionMaker maker);
+
+/// What the installed maker makes of `id`; empty when none is installed.
 KESTREL_API std::string MakeChildRpZolOption(int id);
 
 }  // namespace Kestrel::AutoCli

@@ -1,0 +1,323 @@
+#include "autocli/ChildProcess.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/time.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "autocli/FileDescriptor.h"
+#include "kestrel/KestrelException.h"
+#include "support/ScopedTempDir.h"
+
+namespace Kestrel::AutoCli {
+namespace {
+
+using Testing::ScopedTempDir;
+using testing::ThrowsMessage;
+
+int RunShell(const std::string& commandLine, std::string& output,
+             const std::string& stdinData = "") {
+  return RunChildProcess({"/bin/sh", "-c", commandLine}, commandLine, output, stdinData);
+}
+
+std::string OutputOf(const std::string& commandLine, const std::string& stdinData = "") {
+  std::string output;
+  RunShell(commandLine, output, stdinData);
+  return output;
+}
+
+int CountOpenDescriptors() {
+  const std::filesystem::directory_iterator open("/proc/self/fd");
+  return static_cast<int>(std::distance(begin(open), end(open)));
+}
+
+bool HasChildren() {
+  siginfo_t info;
+  return waitid(P_ALL, 0, &info, WEXITED | WNOHANG | WNOWAIT) == 0;
+}
+
+/// Fails the test when a call has left a descriptor open or a child unreaped.
+class LeavesNothing {
+ public:
+  LeavesNothing() : open_(CountOpenDescriptors()) {}
+  ~LeavesNothing() {
+    EXPECT_EQ(CountOpenDescriptors(), open_);
+    EXPECT_FALSE(HasChildren());
+  }
+
+ private:
+  int open_;
+};
+
+TEST(FileDescriptorTest, ClosesWhatItOwnsOnce) {
+  const LeavesNothing nothing;
+  FileDescriptor first(open("/dev/null", O_RDONLY));
+  EXPECT_TRUE(first.IsOpen());
+  FileDescriptor second(std::move(first));
+  EXPECT_FALSE(first.IsOpen());
+  EXPECT_TRUE(second.IsOpen());
+  first = std::move(second);
+  EXPECT_FALSE(second.IsOpen());
+  FileDescriptor& same = first;
+  first = std::move(same);
+  EXPECT_TRUE(first.IsOpen());
+  first = FileDescriptor(open("/dev/zero", O_RDONLY));
+  first.Close();
+  first.Close();
+  EXPECT_FALSE(first.IsOpen());
+}
+
+TEST(ChildProcessTest, MovesMuchDataBothWaysAtOnce) {
+  const LeavesNothing nothing;
+  std::string data;
+  while (data.size() < 5000000) {
+    data += std::to_string(data.size()) + '\n';
+  }
+  EXPECT_EQ(OutputOf("cat", data), data);
+}
+
+TEST(ChildProcessTest, AChildThatPrintsBeforeItReadsDoesNotBlock) {
+  const LeavesNothing nothing;
+  const std::string data(1000000, 'x');
+  std::string output;
+  EXPECT_EQ(RunShell("head -c 3000000 /dev/zero; cat", output, data), 0);
+  EXPECT_EQ(output.size(), 4000000u);
+}
+
+TEST(ChildProcessTest, AChildThatClosesItsOutputMayGoOnReading) {
+  const LeavesNothing nothing;
+  std::string output;
+  EXPECT_EQ(RunShell("echo a; exec >&-; cat >/dev/null; exit 4", output, std::string(1000000, 'x')),
+            4 << 8);
+  EXPECT_EQ(output, "a\n");
+}
+
+TEST(ChildProcessTest, AChildThatClosesItsInputFailsTheWrite) {
+  const LeavesNothing nothing;
+  std::string output = "before";
+  EXPECT_THAT(
+      [&] { RunShell("echo lost; exec <&-; echo lost", output, std::string(1000000, 'x')); },
+      ThrowsMessage<KestrelException>("Unable to write to sub-process: Broken pipe"));
+  EXPECT_EQ(output, "before");
+  while (HasChildren()) {  // it may end after the call; a later one takes it in
+    OutputOf("exit 0");
+  }
+}
+
+TEST(ChildProcessTest, AChildThatNeverReadsMayBeFedWhatAPipeHolds) {
+  const LeavesNothing nothing;
+  EXPECT_EQ(OutputOf("echo a", std::string(1000, 'x')), "a\n");
+}
+
+TEST(ChildProcessTest, ABrokenPipeLeavesSignalsAsTheyWere) {
+  const LeavesNothing nothing;
+  sigset_t before;
+  sigset_t after;
+  pthread_sigmask(SIG_BLOCK, nullptr, &before);
+  std::string output;
+  EXPECT_THROW(RunShell("exec <&-", output, std::string(1000000, 'x')), KestrelException);
+  pthread_sigmask(SIG_BLOCK, nullptr, &after);
+  EXPECT_EQ(sigismember(&before, SIGPIPE), 0);
+  EXPECT_EQ(sigismember(&after, SIGPIPE), 0);
+  sigset_t pending;
+  sigpending(&pending);
+  EXPECT_EQ(sigismember(&pending, SIGPIPE), 0);
+  while (HasChildren()) {
+    OutputOf("exit 0");
+  }
+}
+
+TEST(ChildProcessTest, ASignalThatWasPendingBeforeStaysSo) {
+  sigset_t sigpipe;
+  sigemptyset(&sigpipe);
+  sigaddset(&sigpipe, SIGPIPE);
+  pthread_sigmask(SIG_BLOCK, &sigpipe, nullptr);
+  raise(SIGPIPE);
+  EXPECT_EQ(OutputOf("cat", "x"), "x");
+  sigset_t pending;
+  sigpending(&pending);
+  EXPECT_EQ(sigismember(&pending, SIGPIPE), 1);
+  const timespec noWait = {0, 0};
+  EXPECT_EQ(sigtimedwait(&sigpipe, nullptr, &noWait), SIGPIPE);
+  pthread_sigmask(SIG_UNBLOCK, &sigpipe, nullptr);
+}
+
+TEST(ChildProcessTest, TheChildHasNothingOfTheSignalsOfItsParent) {
+  sigset_t all;
+  sigset_t before;
+  sigfillset(&all);
+  pthread_sigmask(SIG_BLOCK, &all, &before);
+  const auto ignored = signal(SIGPIPE, SIG_IGN);
+  const std::string blocked = OutputOf("sed -n 's/^SigBlk:.//p' /proc/self/status");
+  const std::string ignoring = OutputOf("sed -n 's/^SigIgn:.//p' /proc/self/status");
+  signal(SIGPIPE, ignored);
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  EXPECT_EQ(blocked, "0000000000000000\n");
+  EXPECT_EQ(std::stoull(ignoring, nullptr, 16) & (1u << (SIGPIPE - 1)), 0u) << ignoring;
+}
+
+TEST(ChildProcessTest, TheChildHasThreeDescriptors) {
+  const FileDescriptor other(open("/dev/null", O_RDONLY));  // without close-on-exec
+  EXPECT_EQ(OutputOf("ls /proc/$$/fd; :"), "0\n1\n2\n");
+}
+
+TEST(ChildProcessTest, OutputIsReadUntilABackgroundProcessClosesIt) {
+  const LeavesNothing nothing;
+  EXPECT_EQ(OutputOf("(sleep 0.3; echo late) & echo early"), "early\nlate\n");
+}
+
+TEST(ChildProcessTest, ASignalEndsNoCall) {
+  struct sigaction action = {};
+  struct sigaction before;
+  action.sa_handler = [](int) {};
+  sigaction(SIGALRM, &action, &before);  // without SA_RESTART
+  itimerval every = {{0, 2000}, {0, 2000}};
+  setitimer(ITIMER_REAL, &every, nullptr);
+  const std::string data(2000000, 'x');
+  std::string output;
+  const int status = RunShell("sleep 0.1; cat; exec >&-; sleep 0.1; exit 5", output, data);
+  every = {};
+  setitimer(ITIMER_REAL, &every, nullptr);
+  sigaction(SIGALRM, &before, nullptr);
+  EXPECT_EQ(status, 5 << 8);
+  EXPECT_EQ(output, data);
+}
+
+TEST(ChildProcessTest, AWaitThatFailsIsReported) {
+  std::string output;
+  const auto before = signal(SIGCHLD, SIG_IGN);  // children vanish without a status then
+  EXPECT_THAT(
+      [&] { RunShell("echo out", output); },
+      ThrowsMessage<KestrelException>("Error waiting for process 'echo out': No child processes"));
+  signal(SIGCHLD, before);
+  EXPECT_EQ(output, "out\n");
+}
+
+TEST(ChildProcessTest, AProgramThatCannotBeStartedIsReported) {
+  const LeavesNothing nothing;
+  const ScopedTempDir folder;
+  const std::string text = folder.Write("text", "not a program\n");
+  const auto start = [](const std::string& path) {
+    std::string output;
+    RunChildProcess({path}, "the line", output, "");
+  };
+  EXPECT_THAT([&] { start("/no/such/program"); },
+              ThrowsMessage<KestrelException>(
+                  "Failed to call process 'the line': No such file or directory"));
+  EXPECT_THAT([&] { start(text); }, ThrowsMessage<KestrelException>(
+                                        "Failed to call process 'the line': Permission denied"));
+  std::filesystem::permissions(text, std::filesystem::perms::owner_all);
+  EXPECT_THAT([&] { start(text); }, ThrowsMessage<KestrelException>(
+                                        "Failed to call process 'the line': Exec format error"));
+}
+
+/// Lets this process open no descriptor from `limit` on while it lives.
+class DescriptorLimit {
+ public:
+  explicit DescriptorLimit(int limit) {
+    getrlimit(RLIMIT_NOFILE, &before_);
+    rlimit limited = before_;
+    limited.rlim_cur = static_cast<rlim_t>(limit);
+    setrlimit(RLIMIT_NOFILE, &limited);
+  }
+  ~DescriptorLimit() { setrlimit(RLIMIT_NOFILE, &before_); }
+
+ private:
+  rlimit before_;
+};
+
+int FirstFreeDescriptor() {
+  const FileDescriptor next(dup(STDIN_FILENO));
+  return next.Get();
+}
+
+TEST(ChildProcessTest, RunningOutOfDescriptorsIsReported) {
+  const LeavesNothing nothing;
+  const auto failsWith = [](int free) {
+    const DescriptorLimit limit(FirstFreeDescriptor() + free);
+    std::string output;
+    try {
+      RunShell("echo out", output);
+    } catch (const KestrelException& error) {
+      return std::string(error.what());
+    }
+    return output;
+  };
+  EXPECT_EQ(failsWith(0), "Can't create input pipe: Too many open files");
+  EXPECT_EQ(failsWith(1), "Can't create input pipe: Too many open files");
+  EXPECT_EQ(failsWith(2), "Can't create output pipe: Too many open files");
+  EXPECT_EQ(failsWith(3), "Can't create output pipe: Too many open files");
+  EXPECT_EQ(failsWith(4), "out\n");
+}
+
+/// What `act` exits with in a process of its own.
+template <typename Act>
+int ExitStatusOf(Act act) {
+  const pid_t child = fork();
+  if (child == 0) {
+    _exit(act());
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST(ChildProcessTest, RunsWithoutStandardStreams) {
+  for (int closed = 0; closed < 8; ++closed) {
+    EXPECT_EQ(ExitStatusOf([closed] {
+                for (int fd = 0; fd < 3; ++fd) {
+                  if ((closed & (1 << fd)) != 0) {
+                    close(fd);
+                  }
+                }
+                return OutputOf("cat; echo b; exec 2>/dev/null; echo c >&2", "a\n") == "a\nb\n" ? 17
+                                                                                                : 1;
+              }),
+              17)
+        << closed;
+  }
+}
+
+TEST(ChildProcessTest, WithoutStandardStreamsItMayRunOutOfDescriptorsToo) {
+  const auto messageIs = [](int free, const std::string& expected) {
+    return ExitStatusOf([&] {
+      for (int i = 0; i < 3; ++i) {
+        dup(STDIN_FILENO);
+      }
+      const int first = FirstFreeDescriptor();
+      close(STDIN_FILENO);
+      close(STDOUT_FILENO);
+      const DescriptorLimit limit(first + free);
+      try {
+        OutputOf("exit 0");
+      } catch (const KestrelException& error) {
+        return error.what() == expected ? 17 : 1;
+      }
+      return 2;
+    });
+  };
+  EXPECT_EQ(messageIs(0, "Can't create input pipe: Too many open files"), 17);
+  EXPECT_EQ(messageIs(1, "Can't create input pipe: Too many open files"), 17);
+  EXPECT_EQ(messageIs(2, "Can't create output pipe: Too many open files"), 17);
+}
+
+TEST(ChildProcessTest, ManyRunsLeaveNothingBehind) {
+  const LeavesNothing nothing;
+  const int runs = std::getenv("KESTREL_CAMPAIGN") != nullptr ? 10000 : 500;
+  for (int i = 0; i < runs; ++i) {
+    ASSERT_EQ(OutputOf("cat", std::to_string(i)), std::to_string(i));
+  }
+}
+
+}  // namespace
+}  // namespace Kestrel::AutoCli
