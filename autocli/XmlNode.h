@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstring>
+
+#include "autocli/XmlDocument.h"
+
+namespace Kestrel::AutoCli {
+
+/// The name of a node; a CDATA section has none.
+inline const char* NameOf(const xmlNode* node) {
+  return node->name == nullptr ? "" : AsChars(node->name);
+}
+
+inline bool IsNamed(const xmlNode* node, const char* name) {
+  return std::strcmp(NameOf(node), name) == 0;
+}
+
+/// Whether a node is what stands between the elements of a document, and is passed over there.
+inline bool IsTextOrComment(const xmlNode* node) {
+  return node->type == XML_TEXT_NODE || node->type == XML_CDATA_SECTION_NODE ||
+         node->type == XML_COMMENT_NODE;
+}
+
+}  // namespace Kestrel::AutoCli

@@ -1,0 +1,156 @@
+#include "kestrel/autocli/XmlUtil.h"
+
+#include <climits>
+
+#include "autocli/XmlDocument.h"
+#include "autocli/XmlNode.h"
+#include "autocli/XmlValue.h"
+#include "autocli/XmlValueReader.h"
+#include "kestrel/KestrelException.h"
+
+namespace Kestrel::AutoCli {
+
+using MetaObj::MetaList;
+using MetaObj::MetaObject;
+using MetaObj::MetaStruct;
+
+namespace {
+
+bool IsFieldElement(const xmlNode* node) {
+  return node->type == XML_ELEMENT_NODE && IsNamed(node, "field");
+}
+
+const xmlNode* FirstValueAt(const xmlNode* node) {
+  while (node != nullptr && IsTextOrComment(node)) {
+    node = node->next;
+  }
+  return node;
+}
+
+/// The value of a document whose tree stands ready. Null when its root holds no value element.
+std::shared_ptr<MetaObject> BuildFromRoot(const xmlNode* root) {
+  const xmlNode* value = FirstValueAt(root->children);
+  return value == nullptr ? nullptr : XmlUtil_BuildMetaObject(value);
+}
+
+std::shared_ptr<MetaObject> ParseThroughTree(const std::string& text) {
+  const XmlDocument document(
+      xmlReadMemory(text.data(), static_cast<int>(text.size()), "STDOUT", nullptr, 0));
+  if (document == nullptr) {
+    return nullptr;
+  }
+  const xmlNode* root = xmlDocGetRootElement(document.get());
+  if (root == nullptr) {
+    throw KestrelException(
+        "Error parsing command output.  Unable to find a properly formatted output tag as the "
+        "document root");
+  }
+  try {
+    return BuildFromRoot(root);
+  } catch (const KestrelException& error) {
+    throw UnbuildableXmlOutput(error);
+  }
+}
+
+}  // namespace
+
+std::string XmlUtil_ExtractAttribute(const xmlNode* node, const std::string& name) {
+  const XmlText value(xmlGetProp(node, AsXmlChars(name.c_str())));
+  return value == nullptr ? std::string() : std::string(AsChars(value.get()));
+}
+
+std::string XmlUtil_GetContent(const xmlNode* node) {
+  const xmlChar* content = nullptr;
+  for (const xmlNode* child = node->children; child != nullptr; child = child->next) {
+    if (child->content != nullptr) {
+      content = child->content;  // the last one wins, comments included
+    }
+  }
+  return content == nullptr ? std::string() : std::string(AsChars(content));
+}
+
+std::string XmlUtil_GetContentForChildByTag(const xmlNode* node, const std::string& tag) {
+  std::string content;
+  for (const xmlNode* child = node->children; child != nullptr; child = child->next) {
+    if (tag != NameOf(child)) {
+      continue;
+    }
+    // Judged by the text gathered so far: an empty first match is let pass.
+    if (!content.empty()) {
+      throw KestrelException("Illegal Duplicate tags found.  The tag " + tag +
+                             " was expected only once, but was found multiple times.");
+    }
+    content = XmlUtil_GetContent(child);
+  }
+  return content;
+}
+
+xmlNode* XmlUtil_FindChildNode(const xmlNode* node, const std::string& name) {
+  xmlNode* found = nullptr;
+  for (xmlNode* child = node->children; child != nullptr; child = child->next) {
+    if (name != NameOf(child)) {
+      continue;
+    }
+    if (found != nullptr) {
+      throw KestrelException("More than one instance of " + name + " found, expected only one.");
+    }
+    found = child;
+  }
+  return found;
+}
+
+std::shared_ptr<MetaObject> XmlUtil_BuildMetaObject(const xmlNode* node) {
+  switch (ParseXmlValueTag(NameOf(node))) {
+    case XmlValueTag::List:
+      return BuildMetaList(node);
+    case XmlValueTag::Structure:
+      return BuildMetaStruct(node);
+    case XmlValueTag::Int:
+      return MakeXmlInt(XmlUtil_GetContent(node));
+    case XmlValueTag::Bool:
+      return MakeXmlBool(XmlUtil_GetContent(node));
+    case XmlValueTag::String:
+      return MakeXmlString(XmlUtil_GetContent(node));
+  }
+  return nullptr;
+}
+
+std::shared_ptr<MetaStruct> BuildMetaStruct(const xmlNode* node) {
+  auto record = MetaStruct::New(XmlUtil_ExtractAttribute(node, "typeName"));
+  for (const xmlNode* child = node->children; child != nullptr; child = child->next) {
+    if (!IsFieldElement(child)) {
+      continue;
+    }
+    const std::string name = XmlUtil_ExtractAttribute(child, "name");
+    if (name.empty()) {
+      throw KestrelException(kFieldWithoutName);
+    }
+    const xmlNode* value = FirstValueAt(child->children);
+    if (value != nullptr) {
+      record->SetField(name, XmlUtil_BuildMetaObject(value));
+    }
+  }
+  return record;
+}
+
+std::shared_ptr<MetaList> BuildMetaList(const xmlNode* node) {
+  XmlListBuilder list(XmlUtil_ExtractAttribute(node, "type"));
+  const xmlNode* element = FirstValueAt(node->children);
+  for (; element != nullptr; element = FirstValueAt(element->next)) {
+    list.Add(XmlUtil_BuildMetaObject(element));
+  }
+  return list.Finish();
+}
+
+std::shared_ptr<MetaObject> XmlUtil_ParseXmlOutput(const std::string& text) {
+  if (text.size() > INT_MAX) {
+    return nullptr;
+  }
+  std::shared_ptr<MetaObject> value;
+  if (ReadXmlValue(text, value)) {
+    return value;
+  }
+  return ParseThroughTree(text);
+}
+
+}  // namespace Kestrel::AutoCli

@@ -1,0 +1,130 @@
+#include "autocli/XmlValue.h"
+
+#include <cstring>
+#include <utility>
+
+#include "autocli/LeadingInteger.h"
+#include "kestrel/metaobj/MetaBool.h"
+#include "kestrel/metaobj/MetaInt.h"
+#include "kestrel/metaobj/MetaString.h"
+#include "kestrel/metaobj/MetaStruct.h"
+
+namespace Kestrel::AutoCli {
+
+using MetaObj::MetaList;
+using MetaObj::MetaObject;
+using MetaObj::MetaStruct;
+using MetaObj::MetaType;
+
+namespace {
+
+MetaType ParseListType(const std::string& word) {
+  if (word == "string") {
+    return MetaType::String;
+  }
+  if (word == "int") {
+    return MetaType::Int;
+  }
+  if (word == "bool") {
+    return MetaType::Bool;
+  }
+  if (word == "structure") {
+    return MetaType::Struct;
+  }
+  if (word == "list") {
+    return MetaType::List;
+  }
+  throw KestrelException(
+      "Invalid list type attribute.  Must be one of [string, int, bool, structure, list]");
+}
+
+/// A structure of the same shape and values. A list locks what declares its shape, and an element
+/// must stay as open as it was built.
+std::shared_ptr<MetaObject> CopyOfStruct(const std::shared_ptr<MetaObject>& value) {
+  const auto record = std::dynamic_pointer_cast<MetaStruct>(value);
+  if (record == nullptr) {
+    return value;
+  }
+  auto copy = MetaStruct::New(record->GetTypeName());
+  for (const std::string& name : record->GetFieldNames()) {
+    copy->SetField(name, record->GetField(name));
+  }
+  return copy;
+}
+
+}  // namespace
+
+KestrelException UnbuildableXmlOutput(const KestrelException& cause) {
+  return KestrelException(
+      std::string("Error parsing command output.  Unable to build a proper metaobject from output "
+                  "tag.  output must contain properly formatted tags of type bool, int, string, "
+                  "structure and list. Error was : ") +
+      cause.what());
+}
+
+XmlValueTag ParseXmlValueTag(const char* name) {
+  if (std::strcmp(name, "text") == 0) {
+    throw KestrelException("Trying to make a meta object from a text field");
+  }
+  if (std::strcmp(name, "comment") == 0) {
+    throw KestrelException("Trying to make a meta object from a comment");
+  }
+  if (std::strcmp(name, "list") == 0) {
+    return XmlValueTag::List;
+  }
+  if (std::strcmp(name, "structure") == 0) {
+    return XmlValueTag::Structure;
+  }
+  if (std::strcmp(name, "int") == 0) {
+    return XmlValueTag::Int;
+  }
+  if (std::strcmp(name, "bool") == 0) {
+    return XmlValueTag::Bool;
+  }
+  if (std::strcmp(name, "string") == 0) {
+    return XmlValueTag::String;
+  }
+  throw KestrelException(std::string("Unable to make a MetaObject from a node with tag '") + name +
+                         "'");
+}
+
+std::shared_ptr<MetaObject> MakeXmlInt(const std::string& content) {
+  if (content.empty()) {
+    return MetaObj::MetaInt::New();
+  }
+  std::int64_t value = 0;
+  if (!ReadLeadingInteger(content, value)) {
+    throw KestrelException("Unable to read an int value from: '" + content + "'");
+  }
+  return MetaObj::MetaInt::New(value);
+}
+
+std::shared_ptr<MetaObject> MakeXmlBool(const std::string& content) {
+  return MetaObj::MetaBool::New(content != "false" && content != "f" && content != "0");
+}
+
+std::shared_ptr<MetaObject> MakeXmlString(std::string content) {
+  return MetaObj::MetaString::NewUtf8WithEscapes(std::move(content));
+}
+
+XmlListBuilder::XmlListBuilder(const std::string& typeWord) : kind_(ParseListType(typeWord)) {
+  if (kind_ != MetaType::Struct && kind_ != MetaType::List) {
+    list_ = MetaList::New(kind_);
+  }
+}
+
+void XmlListBuilder::Add(const std::shared_ptr<MetaObject>& element) {
+  if (list_ == nullptr) {
+    list_ = MetaList::New(kind_, CopyOfStruct(element));
+  }
+  list_->Add(element);
+}
+
+std::shared_ptr<MetaList> XmlListBuilder::Finish() {
+  if (list_ == nullptr) {
+    list_ = MetaList::New(kind_, nullptr);
+  }
+  return list_;
+}
+
+}  // namespace Kestrel::AutoCli

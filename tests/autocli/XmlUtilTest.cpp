@@ -1,0 +1,518 @@
+#include "kestrel/autocli/XmlUtil.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <libxml/parser.h>
+#include <libxml/tree.h>
+#include <unistd.h>
+
+#include <ctime>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "kestrel/KestrelException.h"
+#include "kestrel/metaobj/MetaInt.h"
+#include "support/DescribeValue.h"
+#include "support/StreamCapture.h"
+
+namespace Kestrel::AutoCli {
+namespace {
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::ThrowsMessage;
+
+using MetaObj::MetaList;
+using MetaObj::MetaObject;
+using MetaObj::MetaStruct;
+using Testing::DescribeValue;
+using Testing::StreamCapture;
+
+/// A parsed document, for the functions that take its nodes.
+class Tree {
+ public:
+  explicit Tree(std::string_view text)
+      : document_(xmlReadMemory(text.data(), static_cast<int>(text.size()), "test", nullptr, 0),
+                  &xmlFreeDoc) {}
+
+  xmlNode* GetRoot() const { return xmlDocGetRootElement(document_.get()); }
+  /// The child of the root at that position, texts and comments counted.
+  xmlNode* GetChild(int position) const {
+    xmlNode* child = GetRoot()->children;
+    for (; position > 0; --position) {
+      child = child->next;
+    }
+    return child;
+  }
+
+ private:
+  std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)> document_;
+};
+
+/// What a value document gives: its value described, or the message that refuses it.
+std::string ResultOf(const std::string& text) {
+  try {
+    return DescribeValue(XmlUtil_ParseXmlOutput(text));
+  } catch (const KestrelException& error) {
+    return std::string("throws ") + error.what();
+  }
+}
+
+/// The same for the single value element `text`, through the functions on nodes.
+std::string BuildOf(const std::string& text) {
+  const Tree tree(text);
+  try {
+    return DescribeValue(XmlUtil_BuildMetaObject(tree.GetRoot()));
+  } catch (const KestrelException& error) {
+    return std::string("throws ") + error.what();
+  }
+}
+
+constexpr const char* kUnbuildable =
+    "throws Error parsing command output.  Unable to build a proper metaobject from output tag.  "
+    "output must contain properly formatted tags of type bool, int, string, structure and list. "
+    "Error was : ";
+
+std::string Unbuildable(const std::string& cause) { return kUnbuildable + cause; }
+
+std::string Repeat(std::string_view text, int count) {
+  std::string repeated;
+  for (int i = 0; i < count; ++i) {
+    repeated += text;
+  }
+  return repeated;
+}
+
+TEST(XmlUtilTest, ExtractAttributeGivesTheValueOrNothing) {
+  const Tree tree("<a one='1' none='' text='&lt;&#65;&quot; &amp;' xmlns:p='urn:p' p:other='o'/>");
+  EXPECT_EQ(XmlUtil_ExtractAttribute(tree.GetRoot(), "one"), "1");
+  EXPECT_EQ(XmlUtil_ExtractAttribute(tree.GetRoot(), "none"), "");
+  EXPECT_EQ(XmlUtil_ExtractAttribute(tree.GetRoot(), "missing"), "");
+  EXPECT_EQ(XmlUtil_ExtractAttribute(tree.GetRoot(), "One"), "");
+  EXPECT_EQ(XmlUtil_ExtractAttribute(tree.GetRoot(), "text"), "<A\" &");
+  EXPECT_EQ(XmlUtil_ExtractAttribute(tree.GetRoot(), "other"), "o");
+}
+
+TEST(XmlUtilTest, ExtractAttributeOfANodeThatHasNoneIsEmpty) {
+  const Tree tree("<a>text</a>");
+  EXPECT_EQ(XmlUtil_ExtractAttribute(tree.GetChild(0), "one"), "");
+}
+
+TEST(XmlUtilTest, GetContentIsTheLastChildThatCarriesText) {
+  struct Case {
+    const char* text;
+    const char* content;
+  };
+  for (const Case& each : std::vector<Case>{
+           {"<a/>", ""},
+           {"<a>  b \n</a>", "  b \n"},
+           {"<a>ab<!--x--></a>", "x"},
+           {"<a>a<b/>c</a>", "c"},
+           {"<a>a<b>inner</b></a>", "a"},
+           {"<a><!--x-->a</a>", "a"},
+           {"<a>a<!----></a>", ""},
+           {"<a>a<![CDATA[<b>]]></a>", "<b>"},
+           {"<a><![CDATA[<b>]]>a</a>", "a"},
+           {"<a>a<?pi data?></a>", "data"},
+           {"<a>a<?pi?></a>", "a"},
+           {"<a>&lt;&amp;&gt;&quot;&apos;&#65;&#x42;</a>", "<&>\"'AB"},
+       }) {
+    EXPECT_EQ(XmlUtil_GetContent(Tree(each.text).GetRoot()), each.content) << each.text;
+  }
+}
+
+TEST(XmlUtilTest, GetContentCountsAnEntityThatIsNotReplaced) {
+  const Tree tree("<!DOCTYPE a [<!ENTITY e 'entity text'>]><a>a&e;</a>");
+  EXPECT_EQ(XmlUtil_GetContent(tree.GetRoot()), "entity text");
+}
+
+TEST(XmlUtilTest, GetContentForChildByTagFindsTheOnlyChild) {
+  const Tree tree("<a> <b>1</b><c>2<!--3--></c><B>4</B></a>");
+  EXPECT_EQ(XmlUtil_GetContentForChildByTag(tree.GetRoot(), "b"), "1");
+  EXPECT_EQ(XmlUtil_GetContentForChildByTag(tree.GetRoot(), "c"), "3");
+  EXPECT_EQ(XmlUtil_GetContentForChildByTag(tree.GetRoot(), "d"), "");
+}
+
+TEST(XmlUtilTest, GetContentForChildByTagRefusesDuplicates) {
+  const Tree tree("<a><b>1</b><b/></a>");
+  EXPECT_THAT([&] { XmlUtil_GetContentForChildByTag(tree.GetRoot(), "b"); },
+              ThrowsMessage<KestrelException>(
+                  "Illegal Duplicate tags found.  The tag b was expected only once, but was found "
+                  "multiple times."));
+}
+
+TEST(XmlUtilTest, GetContentForChildByTagLetsEmptyFirstMatchesPass) {
+  EXPECT_EQ(XmlUtil_GetContentForChildByTag(Tree("<a><b/><b/><b>2</b></a>").GetRoot(), "b"), "2");
+  EXPECT_EQ(XmlUtil_GetContentForChildByTag(Tree("<a><b/><b></b></a>").GetRoot(), "b"), "");
+  EXPECT_THROW(XmlUtil_GetContentForChildByTag(Tree("<a><b/><b>2</b><b/></a>").GetRoot(), "b"),
+               KestrelException);
+}
+
+TEST(XmlUtilTest, GetContentForChildByTagPassesOverASectionWithoutName) {
+  EXPECT_EQ(XmlUtil_GetContentForChildByTag(Tree("<a><![CDATA[x]]><b>1</b></a>").GetRoot(), "b"),
+            "1");
+}
+
+TEST(XmlUtilTest, FindChildNodeGivesTheOnlyOneOrNull) {
+  const Tree tree("<a>text<![CDATA[x]]><b/><c/></a>");
+  EXPECT_EQ(XmlUtil_FindChildNode(tree.GetRoot(), "c"), tree.GetChild(3));
+  EXPECT_EQ(XmlUtil_FindChildNode(tree.GetRoot(), "d"), nullptr);
+}
+
+TEST(XmlUtilTest, FindChildNodeRefusesASecondOne) {
+  const Tree tree("<a><b/>text<b/></a>");
+  EXPECT_THAT(
+      [&] { XmlUtil_FindChildNode(tree.GetRoot(), "b"); },
+      ThrowsMessage<KestrelException>("More than one instance of b found, expected only one."));
+}
+
+TEST(XmlUtilTest, BuildsNothingFromATextOrAComment) {
+  const Tree tree("<a>text<!--comment--><text/><comment/><![CDATA[x]]></a>");
+  const char* const ofText = "Trying to make a meta object from a text field";
+  const char* const ofComment = "Trying to make a meta object from a comment";
+  EXPECT_THAT([&] { XmlUtil_BuildMetaObject(tree.GetChild(0)); },
+              ThrowsMessage<KestrelException>(ofText));
+  EXPECT_THAT([&] { XmlUtil_BuildMetaObject(tree.GetChild(1)); },
+              ThrowsMessage<KestrelException>(ofComment));
+  // Elements are told by their name, too.
+  EXPECT_THAT([&] { XmlUtil_BuildMetaObject(tree.GetChild(2)); },
+              ThrowsMessage<KestrelException>(ofText));
+  EXPECT_THAT([&] { XmlUtil_BuildMetaObject(tree.GetChild(3)); },
+              ThrowsMessage<KestrelException>(ofComment));
+  EXPECT_THAT(
+      [&] { XmlUtil_BuildMetaObject(tree.GetChild(4)); },
+      ThrowsMessage<KestrelException>("Unable to make a MetaObject from a node with tag ''"));
+}
+
+TEST(XmlUtilTest, BuildStructAndBuildListTakeTheirElements) {
+  const Tree tree(
+      "<a><structure typeName='Disk'><field name='Name'><string>sda</string></field></structure>"
+      "<list type='int'><int>1</int></list></a>");
+  const std::shared_ptr<MetaStruct> record = BuildMetaStruct(tree.GetChild(0));
+  EXPECT_EQ(DescribeValue(record), "structure Disk {Name: string 'sda'}");
+  const std::shared_ptr<MetaList> list = BuildMetaList(tree.GetChild(1));
+  EXPECT_EQ(DescribeValue(list), "list of Int [int 1]");
+}
+
+struct ValueCase {
+  const char* name;
+  std::string text;
+  std::string result;
+};
+
+// Each value element is read by itself from a tree, and in a document of its own.
+class XmlValueTest : public testing::TestWithParam<ValueCase> {};
+
+TEST_P(XmlValueTest, IsBuilt) {
+  const bool throws = GetParam().result.rfind("throws ", 0) == 0;
+  EXPECT_EQ(BuildOf(GetParam().text), GetParam().result);
+  EXPECT_EQ(ResultOf("<output>" + GetParam().text + "</output>"),
+            throws ? Unbuildable(GetParam().result.substr(7)) : GetParam().result);
+}
+
+std::string NameOf(const testing::TestParamInfo<ValueCase>& info) { return info.param.name; }
+
+std::string UnknownTag(const std::string& tag) {
+  return "throws Unable to make a MetaObject from a node with tag '" + tag + "'";
+}
+
+std::string UnreadableInt(const std::string& text) {
+  return "throws Unable to read an int value from: '" + text + "'";
+}
+
+constexpr const char* kBadListType =
+    "throws Invalid list type attribute.  Must be one of [string, int, bool, structure, list]";
+constexpr const char* kNoFieldName =
+    "throws Invalid <field> tag found.  <field> requires a 'name' attribute.";
+constexpr const char* kNoListOfLists = "throws Struct type expected for list.";
+
+INSTANTIATE_TEST_SUITE_P(
+    Scalars, XmlValueTest,
+    testing::Values(
+        ValueCase{"StringIsNotTrimmed", "<string>  a b\n</string>", "string '  a b\n'"},
+        ValueCase{"StringEmpty", "<string/>", "string ''"},
+        ValueCase{"StringLastTextWins", "<string>a<b/>c</string>", "string 'c'"},
+        ValueCase{"StringCommentCounts", "<string>ab<!--x--></string>", "string 'x'"},
+        ValueCase{"StringCDataCounts", "<string>ab<![CDATA[x&y]]></string>", "string 'x&y'"},
+        ValueCase{"StringAttributesDoNotMatter", "<string name='x'>a</string>", "string 'a'"},
+        ValueCase{"IntInBlanks", "<int> 42 </int>", "int 42"},
+        ValueCase{"IntEmpty", "<int></int>", "int 0"},
+        ValueCase{"IntNegative", "<int>-7</int>", "int -7"},
+        ValueCase{"IntPlus", "<int>+7</int>", "int 7"},
+        ValueCase{"IntZeros", "<int>007</int>", "int 7"},
+        ValueCase{"IntTrailingText", "<int>12abc</int>", "int 12"},
+        ValueCase{"IntHexIsZero", "<int>0x10</int>", "int 0"},
+        ValueCase{"IntFraction", "<int>3.9</int>", "int 3"},
+        ValueCase{"IntLineEndsBefore", "<int>\n\t 5\n</int>", "int 5"},
+        ValueCase{"IntHighest", "<int>9223372036854775807</int>", "int 9223372036854775807"},
+        ValueCase{"IntLowest", "<int>-9223372036854775808</int>", "int -9223372036854775808"},
+        ValueCase{"IntTooHigh", "<int>9223372036854775808</int>",
+                  UnreadableInt("9223372036854775808")},
+        ValueCase{"IntTooLow", "<int>-9223372036854775809</int>",
+                  UnreadableInt("-9223372036854775809")},
+        ValueCase{"IntWord", "<int>x</int>", UnreadableInt("x")},
+        ValueCase{"IntBlanksOnly", "<int>  </int>", UnreadableInt("  ")},
+        ValueCase{"IntSignsOnly", "<int>+-1</int>", UnreadableInt("+-1")},
+        ValueCase{"IntSignAndBlank", "<int>- 1</int>", UnreadableInt("- 1")},
+        ValueCase{"BoolWordFalse", "<bool>false</bool>", "bool false"},
+        ValueCase{"BoolLetterF", "<bool>f</bool>", "bool false"},
+        ValueCase{"BoolZero", "<bool>0</bool>", "bool false"},
+        ValueCase{"BoolYes", "<bool>yes</bool>", "bool true"},
+        ValueCase{"BoolEmpty", "<bool/>", "bool true"},
+        ValueCase{"BoolCapitalised", "<bool>False</bool>", "bool true"},
+        ValueCase{"BoolUpperCase", "<bool>FALSE</bool>", "bool true"},
+        ValueCase{"BoolBlankBehind", "<bool>false </bool>", "bool true"},
+        ValueCase{"BoolNo", "<bool>no</bool>", "bool true"},
+        ValueCase{"UnknownTag", "<integer>1</integer>", UnknownTag("integer")},
+        ValueCase{"UnknownBoolean", "<boolean>1</boolean>", UnknownTag("boolean")},
+        ValueCase{"TagInOtherCase", "<String>a</String>", UnknownTag("String")},
+        ValueCase{"FieldOutsideAStructure", "<field name='a'/>", UnknownTag("field")}),
+    NameOf);
+
+INSTANTIATE_TEST_SUITE_P(
+    Structures, XmlValueTest,
+    testing::Values(
+        ValueCase{"Empty", "<structure typeName='Disk'/>", "structure Disk {}"},
+        ValueCase{"NoTypeName", "<structure/>", "throws Invalid name specified for MetaStruct: "},
+        ValueCase{"BadTypeName", "<structure typeName='My_Disk'/>",
+                  "throws Invalid name specified for MetaStruct: My_Disk"},
+        ValueCase{"FieldsInNameOrder",
+                  "<structure typeName='D'> <field name='B'><int>1</int></field>\n"
+                  "<!-- c --><field name='A'> <!-- c --> <bool>f</bool> </field></structure>",
+                  "structure D {A: bool false, B: int 1}"},
+        ValueCase{"FurtherValuesInAFieldAreIgnored",
+                  "<structure typeName='D'><field name='A'><int>1</int><int>x</int><z/></field>"
+                  "</structure>",
+                  "structure D {A: int 1}"},
+        ValueCase{"OtherChildrenAreIgnored",
+                  "<structure typeName='D'><int>x</int><Field name='A'/>text<?field name='A'?>"
+                  "</structure>",
+                  "structure D {}"},
+        ValueCase{"AFieldWithoutValueIsAbsent",
+                  "<structure typeName='D'><field name='A'/><field name='B'> text <!-- c -->"
+                  "<![CDATA[x]]></field></structure>",
+                  "structure D {}"},
+        ValueCase{"AFieldWithoutNameThrows",
+                  "<structure typeName='D'><field><int>1</int></field></structure>", kNoFieldName},
+        ValueCase{"AFieldWithEmptyNameThrowsBeforeItsValue",
+                  "<structure typeName='D'><field name=''><int>x</int></field></structure>",
+                  kNoFieldName},
+        ValueCase{"ALaterFieldReplaces",
+                  "<structure typeName='D'><field name='A'><int>1</int></field><field name='A'>"
+                  "<string>a</string></field></structure>",
+                  "structure D {A: string 'a'}"},
+        ValueCase{"Nested",
+                  "<structure typeName='D'><field name='A'><structure typeName='E'><field "
+                  "name='B'><list type='bool'><bool/></list></field></structure></field>"
+                  "</structure>",
+                  "structure D {A: structure E {B: list of Bool [bool true]}}"},
+        ValueCase{"BadValueInAField",
+                  "<structure typeName='D'><field name='A'><z/></field></structure>",
+                  UnknownTag("z")},
+        ValueCase{"TypeNameIsCheckedBeforeTheFields",
+                  "<structure typeName='-'><field/></structure>",
+                  "throws Invalid name specified for MetaStruct: -"}),
+    NameOf);
+
+INSTANTIATE_TEST_SUITE_P(
+    Lists, XmlValueTest,
+    testing::Values(
+        ValueCase{"EmptyString", "<list type='string'/>", "list of String []"},
+        ValueCase{"EmptyInt", "<list type='int'/>", "list of Int []"},
+        ValueCase{"EmptyBool", "<list type='bool'> <!-- c --> </list>", "list of Bool []"},
+        ValueCase{"EmptyStructure", "<list type='structure'> text </list>", "list of Struct []"},
+        ValueCase{"EmptyList", "<list type='list'/>", kNoListOfLists},
+        ValueCase{"Elements", "<list type='int'> <int>1</int><!-- c --><int>2</int>x</list>",
+                  "list of Int [int 1, int 2]"},
+        ValueCase{"NoType", "<list><int>x</int></list>", kBadListType},
+        ValueCase{"LongTypeWord", "<list type='integer'/>", kBadListType},
+        ValueCase{"LongBoolWord", "<list type='boolean'/>", kBadListType},
+        ValueCase{"TypeInOtherCase", "<list type='Int'/>", kBadListType},
+        ValueCase{"WrongKind", "<list type='int'><int>1</int><string>a</string></list>",
+                  "throws Invalid type specificed in MetaList.  Expected object of type Int got "
+                  "object of type String"},
+        ValueCase{"BadElement", "<list type='int'><int>1</int><z/></list>", UnknownTag("z")},
+        ValueCase{"Structures",
+                  "<list type='structure'><structure typeName='D'><field name='A'><int>1</int>"
+                  "</field></structure><structure typeName='D'><field name='A'><int>2</int></field>"
+                  "</structure></list>",
+                  "list of Struct [structure D {A: int 1}, structure D {A: int 2}]"},
+        ValueCase{"StructuresOfAnotherShape",
+                  "<list type='structure'><structure typeName='D'><field name='A'><int>1</int>"
+                  "</field></structure><structure typeName='D'><field name='A'><bool/></field>"
+                  "</structure></list>",
+                  "throws Invalid structure detected by MetaList::Add.  Type Errors were: (2) : "
+                  "Type mismatch on field: A, There was an error adding an item to this list.  "
+                  "The item being added did not match the declared structure of this list, so it "
+                  "was not added., "},
+        ValueCase{"StructureListOfScalars", "<list type='structure'><int>1</int></list>",
+                  "throws Invalid type specificed in MetaList.  Expected object of type Struct got "
+                  "object of type Int"},
+        ValueCase{"ListOfLists", "<list type='list'><list type='int'/></list>", kNoListOfLists},
+        ValueCase{"ListOfListsWithABadFirstChild", "<list type='list'><int>x</int></list>",
+                  UnreadableInt("x")}),
+    NameOf);
+
+struct DocumentCase {
+  const char* name;
+  std::string text;
+  std::string result;
+};
+
+class XmlOutputTest : public testing::TestWithParam<DocumentCase> {};
+
+TEST_P(XmlOutputTest, IsRead) {
+  const StreamCapture diagnostics(STDERR_FILENO);
+  EXPECT_EQ(ResultOf(GetParam().text), GetParam().result);
+}
+
+std::string DocumentName(const testing::TestParamInfo<DocumentCase>& info) {
+  return info.param.name;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Documents, XmlOutputTest,
+    testing::Values(
+        DocumentCase{"TheFirstValueIsTheResult",
+                     "<output><!-- c --><string>a</string><int>1</int></output>", "string 'a'"},
+        DocumentCase{"WhatFollowsTheFirstValueIsIgnored",
+                     "<output><string>a</string><int>x</int><z/></output>", "string 'a'"},
+        DocumentCase{"AnyRootWillDo", "<result-of.anything><int>1</int></result-of.anything>",
+                     "int 1"},
+        DocumentCase{"TheRootMayBeNamedAsAValue", "<int><string>a</string></int>", "string 'a'"},
+        DocumentCase{"EmptyRoot", "<output/>", "null"},
+        DocumentCase{"BlankRoot", "<output>   </output>", "null"},
+        DocumentCase{"RootWithoutElements", "<output> a <!-- c --><![CDATA[<int/>]]></output>",
+                     "null"},
+        DocumentCase{"BadListType", "<output><list type=\"integer\"/></output>",
+                     Unbuildable("Invalid list type attribute.  Must be one of [string, int, bool, "
+                                 "structure, list]")},
+        DocumentCase{"UnreadableInt", "<output><int>x</int></output>",
+                     Unbuildable("Unable to read an int value from: 'x'")},
+        DocumentCase{"AnElementNamedText", "<output><text/></output>",
+                     Unbuildable("Trying to make a meta object from a text field")},
+        DocumentCase{"AnElementNamedComment", "<output><comment/></output>",
+                     Unbuildable("Trying to make a meta object from a comment")},
+        DocumentCase{"AProcessingInstruction", "<output><?pi data?><int>1</int></output>",
+                     Unbuildable("Unable to make a MetaObject from a node with tag 'pi'")},
+        DocumentCase{"MetaDataOfAnotherVocabulary", "<output><meta-data/><root/></output>",
+                     Unbuildable("Unable to make a MetaObject from a node with tag 'meta-data'")},
+        DocumentCase{"ADeclaration", "<?xml version='1.0' encoding='UTF-8'?>\n<o><int>1</int></o>",
+                     "int 1"},
+        DocumentCase{"AByteOrderMark", "\xEF\xBB\xBF<o><int>1</int></o>", "int 1"},
+        DocumentCase{"Latin1",
+                     "<?xml version='1.0' encoding='ISO-8859-1'?><o><string>\xE4</string></o>",
+                     "string '\xC3\xA4'"},
+        DocumentCase{"ADocumentType", "<!DOCTYPE o [<!ENTITY e 'x'>]><o><string>a&e;</string></o>",
+                     "string 'x'"},
+        DocumentCase{"AnEntityAmongTheElements",
+                     "<!DOCTYPE o [<!ENTITY e 'x'>]><o>&e;<string>a</string></o>",
+                     Unbuildable("Unable to make a MetaObject from a node with tag 'e'")},
+        DocumentCase{"ANulByteBehindTheRoot", std::string("<o><int>1</int></o>\0x", 21), "int 1"},
+        DocumentCase{"AKnownPrefixDoesNotCount", "<p:o xmlns:p='urn:p'><p:int>1</p:int></p:o>",
+                     "int 1"},
+        DocumentCase{"AnUnknownPrefixBelongsToTheName", "<o><p:int>1</p:int></o>",
+                     Unbuildable("Unable to make a MetaObject from a node with tag 'p:int'")}),
+    DocumentName);
+
+INSTANTIATE_TEST_SUITE_P(
+    NotWellFormed, XmlOutputTest,
+    testing::Values(DocumentCase{"NoBytes", "", "null"}, DocumentCase{"BlanksOnly", "  \n", "null"},
+                    DocumentCase{"PlainText", "done", "null"},
+                    DocumentCase{"Unclosed", "<output>", "null"},
+                    DocumentCase{"MismatchedTags", "<output><int>1</string></output>", "null"},
+                    DocumentCase{"TrailingGarbage", "<output><int>1</int></output>x", "null"},
+                    DocumentCase{"TwoRoots", "<o><int>1</int></o><o/>", "null"},
+                    DocumentCase{"LeadingLine", "note\n<o><int>1</int></o>", "null"},
+                    DocumentCase{"LeadingBlankBeforeADeclaration",
+                                 " <?xml version='1.0'?><o><int>1</int></o>", "null"},
+                    DocumentCase{"UnknownEntity", "<o><string>&nbsp;</string></o>", "null"},
+                    DocumentCase{"InvalidUtf8", "<o><string>\xC3\x28</string></o>", "null"},
+                    DocumentCase{"ControlCharacter", "<o><string>\x01</string></o>", "null"},
+                    // The fault in the text comes before any in the value, wherever each stands.
+                    DocumentCase{"UnbuildableAndThenNotWellFormed", "<o><int>x</int>", "null"},
+                    DocumentCase{"BadListAndThenNotWellFormed", "<o><list type='x'/></p>", "null"},
+                    DocumentCase{"NulByte", std::string("<o><string>a\0b</string></o>", 28),
+                                 "null"}),
+    DocumentName);
+
+TEST(XmlUtilTest, ValuesOfADocumentAreNotLocked) {
+  const std::shared_ptr<MetaObject> value = XmlUtil_ParseXmlOutput(
+      "<o><list type='structure'><structure typeName='D'><field name='A'><int>1</int></field>"
+      "</structure></list></o>");
+  const auto list = std::dynamic_pointer_cast<MetaList>(value);
+  ASSERT_EQ(list->GetCount(), 1u);
+  const auto element = std::dynamic_pointer_cast<MetaStruct>((*list)[0]);
+  EXPECT_NO_THROW(element->SetField("B", 2));
+  EXPECT_THAT([&] { list->GetListStructure()->SetField("B", 2); },
+              ThrowsMessage<KestrelException>(
+                  "Unable to set new field B on structure. Structure has been locked"));
+}
+
+TEST(XmlUtilTest, AFieldOfADocumentHasNoDocumentation) {
+  const auto record = std::dynamic_pointer_cast<MetaStruct>(XmlUtil_ParseXmlOutput(
+      "<o><structure typeName='D'><field name='A'><int>1</int></field></structure></o>"));
+  EXPECT_EQ(record->GetFieldDocumentation("A"), "Documentation missing");
+}
+
+TEST(XmlUtilTest, AListWithoutFirstElementDeclaresNoStructure) {
+  const auto list = std::dynamic_pointer_cast<MetaList>(
+      XmlUtil_ParseXmlOutput("<o><list type='structure'/></o>"));
+  EXPECT_THAT([&] { list->Add(MetaStruct::New("D")); },
+              ThrowsMessage<KestrelException>(
+                  "Invalid structure detected by MetaList::Add.  Type Errors were: (1) : List "
+                  "created with NULL structure.  No items can be added to this list., "));
+}
+
+TEST(XmlUtilTest, AMalformedTextIsReportedOnceOnStandardError) {
+  StreamCapture diagnostics(STDERR_FILENO);
+  EXPECT_EQ(XmlUtil_ParseXmlOutput("<output><int>1</output>"), nullptr);
+  EXPECT_EQ(diagnostics.GetText(),
+            "STDOUT:1: parser error : Opening and ending tag mismatch: int line 1 and output\n"
+            "<output><int>1</output>\n"
+            "                       ^\n"
+            "STDOUT:1: parser error : Premature end of data in tag output line 1\n"
+            "<output><int>1</output>\n"
+            "                       ^\n");
+}
+
+TEST(XmlUtilTest, AWellFormedTextIsReadInSilence) {
+  StreamCapture diagnostics(STDERR_FILENO);
+  EXPECT_NE(XmlUtil_ParseXmlOutput("<output><int>1</int></output>"), nullptr);
+  EXPECT_THROW(XmlUtil_ParseXmlOutput("<output><int>x</int></output>"), KestrelException);
+  EXPECT_THAT(diagnostics.GetText(), IsEmpty());
+}
+
+/// `depth` lists of structures, each in the first structure of the one around it.
+std::string NestedLists(int depth) {
+  return "<output>" +
+         Repeat("<list type='structure'><structure typeName='D'><field name='A'>", depth) +
+         "<int>1</int>" + Repeat("</field></structure></list>", depth) + "</output>";
+}
+
+// Were each first element built twice, 80 levels would take 2^80 steps.
+TEST(XmlUtilTest, ANestedFirstElementIsBuiltOnce) {
+  std::string expected = "int 1";
+  for (int i = 0; i < 80; ++i) {
+    expected = "list of Struct [structure D {A: " + expected + "}]";
+  }
+  EXPECT_EQ(ResultOf(NestedLists(80)), expected);
+  const std::string value = NestedLists(80);
+  EXPECT_EQ(BuildOf(value.substr(8, value.size() - 17)), expected);
+}
+
+TEST(XmlUtilTest, ADocumentIsAtMost257ElementsDeep) {
+  StreamCapture diagnostics(STDERR_FILENO);
+  const auto nested = [](int depth) {
+    return "<o><string/>" + Repeat("<a>", depth - 1) + Repeat("</a>", depth - 1) + "</o>";
+  };
+  EXPECT_EQ(ResultOf(nested(257)), "string ''");
+  EXPECT_THAT(diagnostics.GetText(), IsEmpty());
+  EXPECT_EQ(ResultOf(nested(258)), "null");
+  EXPECT_THAT(diagnostics.GetText(), HasSubstr("Excessive depth in document: 256 use"));
+}
+
+}  // namespace
+}  // namespace Kestrel::AutoCli
