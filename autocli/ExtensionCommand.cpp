@@ -1,0 +1,292 @@
+#include "kestrel/autocli/ExtensionCommand.h"
+
+#include <sys/wait.h>
+#include <syslog.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "autocli/TemplateText.h"
+#include "kestrel/KestrelException.h"
+#include "kestrel/autocli/Util.h"
+#include "kestrel/autocli/XmlUtil.h"
+
+namespace Kestrel::AutoCli {
+
+using CallSpec::Input;
+using CallSpec::InputSpec;
+using CallSpec::Output;
+using CallSpec::OutputSpec;
+
+namespace {
+
+constexpr char kSingleQuote = '\'';
+constexpr char kDoubleQuote = '"';
+
+std::string InDoubleQuotes(const std::string& text) { return kDoubleQuote + text + kDoubleQuote; }
+
+/// Puts the values of one parameter after another into a template.
+class Substitution {
+ public:
+  Substitution(const std::string& text, const Input& input, bool forStdin)
+      : text_(text), input_(input), forStdin_(forStdin) {}
+
+  void Apply(const std::string& name) {
+    ApplyValue(name);
+    text_.KeepConditionals(name);
+    ApplyList(name);
+    ApplyMultiList(name);
+  }
+
+  void Finish() { text_.RemoveConditionals(); }
+  const std::string& GetText() const { return text_.GetText(); }
+
+ private:
+  void ApplyValue(const std::string& name) {
+    const std::optional<TemplateText::ValuePlace> place = text_.FindValue(name);
+    if (!place.has_value()) {
+      return;
+    }
+    const std::string& value = input_.GetParameter(name);
+    if (forStdin_) {
+      text_.InsertValue(name, value);
+    } else if (*place == TemplateText::ValuePlace::InSingleQuotes) {
+      text_.InsertValue(name, ExtensionCommand::SanitizeChar(Carried(value), kSingleQuote));
+    } else {
+      text_.InsertValue(name, ExtensionCommand::SanitizeInput(Carried(value)));
+    }
+  }
+
+  void ApplyList(const std::string& name) {
+    const std::optional<TemplateText::ListForm> form = text_.FindList(name);
+    if (!form.has_value()) {
+      return;
+    }
+    std::string value = Join(ListOf(name), form->separator);
+    if (!forStdin_) {
+      value = ExtensionCommand::SanitizeInput(Carried(value));
+    }
+    text_.InsertList(name, form->isQuoted ? InDoubleQuotes(value) : value);
+  }
+
+  void ApplyMultiList(const std::string& name) {
+    const std::optional<TemplateText::MultiListForm> form = text_.FindMultiList(name);
+    if (!form.has_value()) {
+      return;
+    }
+    MarkedText values;
+    for (const std::string& value : ListOf(name)) {
+      values.AppendTemplate(" ");
+      values.Append(form->prefix);
+      values.AppendTemplate(" ");
+      values.AppendValue(ListItem(value, form->isQuoted));
+    }
+    text_.InsertMultiList(name, values);
+  }
+
+  std::string ListItem(const std::string& value, bool isQuoted) const {
+    if (forStdin_) {
+      return isQuoted ? InDoubleQuotes(value) : value;
+    }
+    if (isQuoted) {
+      // Inside its quotes the shell still expands "$", backquotes and a final backslash.
+      return InDoubleQuotes(ExtensionCommand::SanitizeChar(Carried(value), kDoubleQuote));
+    }
+    return ExtensionCommand::SanitizeInput(Carried(value));
+  }
+
+  std::vector<std::string> ListOf(const std::string& name) const {
+    std::vector<std::string> values;
+    input_.GetParameterList(name, values);
+    return values;
+  }
+
+  static std::string Join(const std::vector<std::string>& values, const std::string& separator) {
+    std::string joined;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+      joined += i == 0 ? std::string() : separator;
+      joined += values[i];
+    }
+    return joined;
+  }
+
+  /// A command line ends at its first NUL, which would cut off the quote that closes a value.
+  static std::string Carried(const std::string& value) {
+    return ExtensionCommand::SanitizeChar(value, '\0');
+  }
+
+  TemplateText text_;
+  const Input& input_;
+  const bool forStdin_;
+};
+
+/// A call without input gives no parameter.
+const Input& InputOrNone(const std::shared_ptr<Input>& input) {
+  static const std::shared_ptr<Input> none = Input::New();
+  return input == nullptr ? *none : *input;
+}
+
+/// Adds the lines "ERROR:" that `text` begins with to the messages of `output`.
+void TakeErrorLines(std::string_view text, Output& output) {
+  constexpr std::string_view kPrefix = "ERROR:";
+  while (text.substr(0, kPrefix.size()) == kPrefix) {
+    text.remove_prefix(kPrefix.size());
+    const std::size_t end = std::min(text.find('\n'), text.size());
+    output.AddErrorMessage(std::string(text.substr(0, end)));
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+}
+
+void ReportNoData(const std::string& commandLine, int status, Output& output) {
+  // The first letter of the third line is U+0435, and the number tells whether the child ended by
+  // itself, not its exit code: scripts match this text.
+  const std::string message =
+      "Got no data from process.\nCommand " + InDoubleQuotes(commandLine) +
+      "\n\xD0\xB5xited with error code: " + std::to_string(WIFEXITED(status) ? 1 : 0);
+  syslog(LOG_ERR, "%s", message.c_str());
+  output.AddErrorMessage(message);
+}
+
+void SetResult(const std::string& text, Output& output) {
+  try {
+    const std::shared_ptr<MetaObj::MetaObject> value = XmlUtil_ParseXmlOutput(text);
+    if (value != nullptr) {
+      output.SetRootObject(value);
+    }
+  } catch (const KestrelException& error) {
+    output.AddErrorMessage(std::string("Unable to parse output of Extension Command: ") +
+                           error.what());
+  }
+}
+
+}  // namespace
+
+std::shared_ptr<ExtensionCommand> ExtensionCommand::New() {
+  return std::make_shared<ExtensionCommand>(ConstructionKey());
+}
+
+ExtensionCommand::ExtensionCommand(ConstructionKey) {}
+ExtensionCommand::~ExtensionCommand() = default;
+
+void ExtensionCommand::SetInputSpec(const std::shared_ptr<InputSpec>& spec) {
+  declaredInput_ = spec;
+}
+
+void ExtensionCommand::SetOutputSpec(const std::shared_ptr<OutputSpec>& spec) {
+  declaredOutput_ = spec;
+}
+
+void ExtensionCommand::SetExecuteCommand(const std::string& commandTemplate) {
+  executeTemplate_ = commandTemplate;
+}
+
+void ExtensionCommand::SetStdin(const std::string& stdinTemplate) {
+  stdinTemplate_ = stdinTemplate;
+}
+
+std::shared_ptr<InputSpec> ExtensionCommand::GetInputSpecInternal() {
+  if (declaredInput_ == nullptr) {
+    throw KestrelException(
+        "Request for NULL InputSpec.  Extension command is incomplete and will not work");
+  }
+  return declaredInput_;
+}
+
+std::shared_ptr<OutputSpec> ExtensionCommand::GetOutputSpecInternal() {
+  if (declaredOutput_ == nullptr) {
+    throw KestrelException(
+        "Request for NULL OutputSpec.  Extension command is incomplete and will not work");
+  }
+  return declaredOutput_;
+}
+
+void ExtensionCommand::ExecuteInternal(const std::shared_ptr<Input>& input,
+                                       const std::shared_ptr<Output>& output) {
+  const bool hasLocale = std::getenv("LANG") != nullptr;
+  std::string commandLine = SubstituteInput(input, false);
+  if (!hasLocale) {
+    commandLine.insert(0, "LANG=en_US.UTF-8 ");
+  }
+  const std::string stdinData = SubstituteInput(input, true);
+
+  std::string result;
+  int status;
+  if (GetInputSpecInternal()->IsContextSupported("user")) {
+    const std::string& user = InputOrNone(input).GetContext("user");
+    status = AutoCli_ShellCmdWithOprUsername(commandLine, user, result, stdinData);
+  } else {
+    status = AutoCli_ShellCmd(commandLine, result, stdinData);
+  }
+
+  if (result.empty()) {
+    ReportNoData(commandLine, status, *output);
+  } else {
+    TakeErrorLines(result, *output);
+  }
+  if (!output->HasError()) {
+    SetResult(result, *output);
+  }
+}
+
+std::string ExtensionCommand::SubstituteInput(const std::shared_ptr<Input>& input, bool forStdin) {
+  const std::string& text = forStdin ? stdinTemplate_ : executeTemplate_;
+  if (text.find('$') == std::string::npos) {
+    return text;
+  }
+  const Input& given = InputOrNone(input);
+  Substitution substitution(text, given, forStdin);
+  for (const auto& parameter : GetInputSpecInternal()->GetParameters()) {
+    if (given.HasParameter(parameter->GetName())) {
+      substitution.Apply(parameter->GetName());
+    }
+  }
+  substitution.Finish();
+  return substitution.GetText();
+}
+
+std::string ExtensionCommand::SanitizeInput(const std::string& value) {
+  std::string safe;
+  safe.reserve(value.size() + 16);
+  for (const char c : value) {
+    if (isBadChar(c)) {
+      safe += '\\';
+    }
+    safe += c;
+  }
+  return safe;
+}
+
+std::string ExtensionCommand::SanitizeChar(const std::string& value, char c) {
+  std::string kept = value;
+  kept.erase(std::remove(kept.begin(), kept.end(), c), kept.end());
+  return kept;
+}
+
+bool ExtensionCommand::isBadChar(char c) {
+  constexpr std::string_view kBadChars = "\n!\"$&'()*;<>\\^`|";
+  return kBadChars.find(c) != std::string_view::npos;
+}
+
+std::size_t ExtensionCommand::FindPairedTokenSize(const char* text, std::size_t position,
+                                                  std::size_t length, char open, char close) {
+  if (position >= length || text[position] != open) {
+    return 0;
+  }
+  std::size_t depth = 1;
+  for (std::size_t i = position + 1; i < length; ++i) {
+    if (text[i] == close) {
+      --depth;
+    } else if (text[i] == open) {
+      ++depth;
+    }
+    if (depth == 0) {
+      return i - position + 1;
+    }
+  }
+  return 0;
+}
+
+}  // namespace Kestrel::AutoCli

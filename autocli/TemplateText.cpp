@@ -1,0 +1,395 @@
+// Markers, NAME being the name of a parameter:
+//
+//   $val{NAME}
+//   $if{NAME,TEXT}                       TEXT: one byte or more, to the first "}" after that byte
+//   $list{NAME,'C',FLAG}                 C: one byte or none; FLAG: true or false
+//   $multilist{NAME,PREFIX,FLAG}         PREFIX: one byte or more, to the first ",FLAG}" after it
+//
+// A marker begins with a "$" of the template; one that a value brought in begins none.
+
+#include "autocli/TemplateText.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace Kestrel::AutoCli {
+namespace {
+
+constexpr std::size_t kNone = std::string::npos;
+
+/// One occurrence of a marker: its extent, and that of the part that varies.
+struct Marker {
+  std::size_t begin = 0;
+  std::size_t end = 0;
+  std::size_t partBegin = 0;
+  std::size_t partEnd = 0;
+  bool flag = false;
+};
+
+bool Continues(const std::string& text, std::size_t position, std::string_view with) {
+  return text.compare(position, with.size(), with) == 0;
+}
+
+/// The next place from `position` on where `opening`, which begins with "$", stands.
+std::size_t FindOpening(const MarkedText& text, const std::string& opening, std::size_t position) {
+  position = text.Bytes().find(opening, position);
+  while (position != kNone && text.IsFromValue(position)) {
+    position = text.Bytes().find(opening, position + 1);
+  }
+  return position;
+}
+
+/// Reads "true}" or "false}" at `position`. Returns the position after it, or none.
+std::size_t ReadFlag(const std::string& text, std::size_t position, bool& flag) {
+  constexpr std::string_view kTrue = "true}";
+  constexpr std::string_view kFalse = "false}";
+  if (Continues(text, position, kTrue)) {
+    flag = true;
+    return position + kTrue.size();
+  }
+  if (Continues(text, position, kFalse)) {
+    flag = false;
+    return position + kFalse.size();
+  }
+  return kNone;
+}
+
+/// The kinds of marker: each knows how its occurrences open, and reads one behind its opening.
+/// `Read` returns false when the text behind the opening does not complete the marker; where a
+/// kind is unbounded, no later opening can be complete then either. An opening that ends behind
+/// `LastOpeningEnd` is never complete.
+class ValueMarker {
+ public:
+  static constexpr bool kIsUnbounded = false;
+  static std::string Opening(const std::string& name) { return "$val{" + name + "}"; }
+  static std::size_t LastOpeningEnd(const std::string& text) { return text.size(); }
+  static bool Read(const std::string&, std::size_t position, Marker& marker) {
+    marker.end = position;
+    return true;
+  }
+};
+
+class ConditionalMarker {
+ public:
+  static constexpr bool kIsUnbounded = true;
+  static std::string Opening(const std::string& name) { return "$if{" + name + ","; }
+  static bool Read(const std::string& text, std::size_t position, Marker& marker) {
+    const std::size_t brace = text.find('}', position + 1);
+    marker.partBegin = position;
+    marker.partEnd = brace;
+    marker.end = brace + 1;
+    return brace != kNone;
+  }
+};
+
+class ListMarker {
+ public:
+  static constexpr bool kIsUnbounded = false;
+  static std::string Opening(const std::string& name) { return "$list{" + name + ",'"; }
+  static std::size_t LastOpeningEnd(const std::string& text) { return text.size(); }
+  static bool Read(const std::string& text, std::size_t position, Marker& marker) {
+    // The separator is tried with one byte first, so that it can itself be a quote.
+    return ReadWith(text, position, 1, marker) || ReadWith(text, position, 0, marker);
+  }
+
+ private:
+  static bool ReadWith(const std::string& text, std::size_t position, std::size_t length,
+                       Marker& marker) {
+    constexpr std::string_view kAfterSeparator = "',";
+    if (position + length > text.size() || !Continues(text, position + length, kAfterSeparator)) {
+      return false;
+    }
+    marker.partBegin = position;
+    marker.partEnd = position + length;
+    marker.end = ReadFlag(text, marker.partEnd + kAfterSeparator.size(), marker.flag);
+    return marker.end != kNone;
+  }
+};
+
+class MultiListMarker {
+ public:
+  static constexpr bool kIsUnbounded = true;
+  static std::string Opening(const std::string& name) { return "$multilist{" + name + ","; }
+  static std::size_t LastOpeningEnd(const std::string& text) {
+    const std::size_t isTrue = text.rfind(",true}");
+    const std::size_t isFalse = text.rfind(",false}");
+    if (isTrue == kNone || isFalse == kNone) {
+      return LastPrefixByte(std::min(isTrue, isFalse));
+    }
+    return LastPrefixByte(std::max(isTrue, isFalse));
+  }
+  static bool Read(const std::string& text, std::size_t position, Marker& marker) {
+    marker.partBegin = position;
+    for (std::size_t comma = text.find(',', position + 1); comma != kNone;
+         comma = text.find(',', comma + 1)) {
+      marker.end = ReadFlag(text, comma + 1, marker.flag);
+      if (marker.end != kNone) {
+        marker.partEnd = comma;
+        return true;
+      }
+    }
+    return false;
+  }
+
+ private:
+  /// A prefix has one byte at least before the comma that ends it.
+  static std::size_t LastPrefixByte(std::size_t comma) {
+    return comma == kNone || comma == 0 ? 0 : comma - 1;
+  }
+};
+
+/// The occurrences of a kind of marker for one parameter, from left to right.
+template <typename Kind>
+class Occurrences {
+ public:
+  Occurrences(const MarkedText& text, const std::string& name)
+      : text_(text), opening_(Kind::Opening(name)) {}
+
+  /// Moves on to the next occurrence that begins at `position` or later.
+  bool Next(std::size_t position, Marker& marker) const {
+    for (std::size_t begin = FindOpening(text_, opening_, position); begin != kNone;
+         begin = FindOpening(text_, opening_, begin + 1)) {
+      marker.begin = begin;
+      if (Kind::Read(text_.Bytes(), begin + opening_.size(), marker)) {
+        return true;
+      }
+      if (Kind::kIsUnbounded) {
+        return false;
+      }
+    }
+    return false;
+  }
+
+  /// The rightmost occurrence, whether or not another one, begun before it, runs across it.
+  std::optional<Marker> Last() const {
+    std::size_t end = Kind::LastOpeningEnd(text_.Bytes());
+    while (end >= opening_.size()) {
+      const std::size_t begin = text_.Bytes().rfind(opening_, end - opening_.size());
+      if (begin == kNone) {
+        break;
+      }
+      Marker marker;
+      marker.begin = begin;
+      if (!text_.IsFromValue(begin) && Kind::Read(text_.Bytes(), begin + opening_.size(), marker)) {
+        return marker;
+      }
+      end = begin + opening_.size() - 1;
+    }
+    return std::nullopt;
+  }
+
+ private:
+  const MarkedText& text_;
+  const std::string opening_;
+};
+
+/// Puts what `replacement` says of an occurrence in its place, for each of them.
+template <typename Kind, typename Replacement>
+void ReplaceAll(MarkedText& text, const std::string& name, Replacement replacement) {
+  const Occurrences<Kind> occurrences(text, name);
+  MarkedText replaced;
+  std::size_t done = 0;
+  Marker marker;
+  while (occurrences.Next(done, marker)) {
+    replaced.Append(text, done, marker.begin - done);
+    replacement(marker, replaced);
+    done = marker.end;
+  }
+  if (done != 0) {
+    replaced.Append(text, done, text.Size() - done);
+    text = std::move(replaced);
+  }
+}
+
+/// For each "{" of the template the position of its "}", or none where it is not closed.
+std::vector<std::size_t> PairBraces(const MarkedText& text) {
+  std::vector<std::size_t> pairs(text.Size(), kNone);
+  std::vector<std::size_t> open;
+  for (std::size_t i = 0; i < text.Size(); ++i) {
+    if (text.IsFromValue(i)) {
+      continue;
+    }
+    if (text.Bytes()[i] == '{') {
+      open.push_back(i);
+    } else if (text.Bytes()[i] == '}' && !open.empty()) {
+      pairs[open.back()] = i;
+      open.pop_back();
+    }
+  }
+  return pairs;
+}
+
+bool IsNameByte(char c) { return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-'; }
+
+/// The position of the comma behind a name that begins at `position`, or none.
+std::size_t CommaAfterName(const std::string& text, std::size_t position) {
+  const std::size_t begin = position;
+  while (position < text.size() && IsNameByte(text[position])) {
+    ++position;
+  }
+  return position > begin && position < text.size() && text[position] == ',' ? position : kNone;
+}
+
+/// One walk over a text that leaves out the conditionals it meets.
+///
+/// A conditional runs from a "$" to the end of a balanced block that follows it with no "$" in
+/// between; its own brace need not be the block's. What is kept knows its last "$" at any time.
+class ConditionalRemoval {
+ public:
+  explicit ConditionalRemoval(const MarkedText& text) : text_(text), pairs_(PairBraces(text)) {}
+
+  /// Walks the text. False when nothing was left out.
+  bool Run() {
+    bool removed = false;
+    std::size_t position = text_.Bytes().find('{');
+    while (position != kNone) {
+      KeepUntil(position);
+      const std::size_t close = pairs_[position];
+      const std::size_t after = close == kNone ? position + 1 : close + 1;
+      if (close != kNone && LastDollarOpensConditional(position, close)) {
+        kept_.RemoveLast(kept_.Size() - dollars_.back().position);
+        dollars_.pop_back();
+        copied_ = after;
+        removed = true;
+      }
+      position = text_.Bytes().find('{', after);
+    }
+    KeepUntil(text_.Size());
+    return removed;
+  }
+
+  MarkedText& GetKept() { return kept_; }
+
+ private:
+  struct Dollar {
+    std::size_t position;
+    std::optional<bool> opens;  // whether a conditional's name and comma follow in the kept text
+  };
+
+  void KeepUntil(std::size_t end) {
+    const std::size_t begin = kept_.Size();
+    kept_.Append(text_, copied_, end - copied_);
+    copied_ = end;
+    for (std::size_t i = kept_.Bytes().find('$', begin); i != kNone;
+         i = kept_.Bytes().find('$', i + 1)) {
+      dollars_.push_back({i, std::nullopt});
+    }
+  }
+
+  /// Whether the text from the last "$" to the end of the block at `open` is a conditional.
+  bool LastDollarOpensConditional(std::size_t open, std::size_t close) {
+    if (dollars_.empty()) {
+      return false;
+    }
+    Dollar& dollar = dollars_.back();
+    if (kept_.IsFromValue(dollar.position) ||
+        !Continues(kept_.Bytes(), dollar.position, kConditional)) {
+      return false;
+    }
+    const std::size_t brace = dollar.position + kConditional.size();
+    if (brace == kept_.Size()) {
+      const std::size_t comma = CommaAfterName(text_.Bytes(), open + 1);
+      return comma != kNone && comma + 1 < close;
+    }
+    if (!dollar.opens.has_value()) {
+      dollar.opens = kept_.Bytes()[brace] == '{' && !kept_.IsFromValue(brace) &&
+                     CommaAfterName(kept_.Bytes(), brace + 1) != kNone;
+    }
+    return *dollar.opens;
+  }
+
+  static constexpr std::string_view kConditional = "$if";
+
+  const MarkedText& text_;
+  const std::vector<std::size_t> pairs_;
+  MarkedText kept_;
+  std::vector<Dollar> dollars_;
+  std::size_t copied_ = 0;
+};
+
+}  // namespace
+
+void MarkedText::AppendTemplate(std::string_view text) {
+  bytes_.append(text);
+  fromValue_.append(text.size(), '\0');
+}
+
+void MarkedText::AppendValue(std::string_view text) {
+  bytes_.append(text);
+  fromValue_.append(text.size(), '\1');
+}
+
+void MarkedText::Append(const MarkedText& other, std::size_t position, std::size_t length) {
+  bytes_.append(other.bytes_, position, length);
+  fromValue_.append(other.fromValue_, position, length);
+}
+
+void MarkedText::RemoveLast(std::size_t length) {
+  bytes_.resize(bytes_.size() - length);
+  fromValue_.resize(bytes_.size());
+}
+
+std::optional<TemplateText::ValuePlace> TemplateText::FindValue(const std::string& name) const {
+  const std::optional<Marker> last = Occurrences<ValueMarker>(text_, name).Last();
+  if (!last.has_value()) {
+    return std::nullopt;
+  }
+  const std::string& text = text_.Bytes();
+  const bool isQuoted = last->begin > 0 && text[last->begin - 1] == '\'' &&
+                        last->end < text.size() && text[last->end] == '\'';
+  return isQuoted ? ValuePlace::InSingleQuotes : ValuePlace::Bare;
+}
+
+void TemplateText::InsertValue(const std::string& name, std::string_view value) {
+  ReplaceAll<ValueMarker>(text_, name,
+                          [&](const Marker&, MarkedText& out) { out.AppendValue(value); });
+}
+
+void TemplateText::KeepConditionals(const std::string& name) {
+  ReplaceAll<ConditionalMarker>(text_, name, [&](const Marker& marker, MarkedText& out) {
+    out.Append(text_, marker.partBegin, marker.partEnd - marker.partBegin);
+  });
+}
+
+std::optional<TemplateText::ListForm> TemplateText::FindList(const std::string& name) const {
+  const std::optional<Marker> last = Occurrences<ListMarker>(text_, name).Last();
+  if (!last.has_value()) {
+    return std::nullopt;
+  }
+  return ListForm{text_.Bytes().substr(last->partBegin, last->partEnd - last->partBegin),
+                  last->flag};
+}
+
+void TemplateText::InsertList(const std::string& name, std::string_view value) {
+  ReplaceAll<ListMarker>(text_, name,
+                         [&](const Marker&, MarkedText& out) { out.AppendValue(value); });
+}
+
+std::optional<TemplateText::MultiListForm> TemplateText::FindMultiList(
+    const std::string& name) const {
+  const std::optional<Marker> last = Occurrences<MultiListMarker>(text_, name).Last();
+  if (!last.has_value()) {
+    return std::nullopt;
+  }
+  MultiListForm form{MarkedText(), last->flag};
+  form.prefix.Append(text_, last->partBegin, last->partEnd - last->partBegin);
+  return form;
+}
+
+void TemplateText::InsertMultiList(const std::string& name, const MarkedText& values) {
+  ReplaceAll<MultiListMarker>(text_, name,
+                              [&](const Marker&, MarkedText& out) { out.Append(values); });
+}
+
+void TemplateText::RemoveConditionals() {
+  // What one walk leaves out can lay open what it passed over; one that removes nothing is the end.
+  bool removed = text_.Bytes().find("$if{") != kNone;
+  while (removed) {
+    ConditionalRemoval walk(text_);
+    removed = walk.Run();
+    text_ = std::move(walk.GetKept());
+  }
+}
+
+}  // namespace Kestrel::AutoCli
