@@ -11,6 +11,7 @@
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/InternalPlugin.h"
 #include "kestrel/autocli/SharedLibraryPlugin.h"
+#include "kestrel/autocli/XmlPlugin.h"
 #include "kestrel/callspec/InputSpec.h"
 #include "kestrel/platform/TessaLibs.h"
 
@@ -32,6 +33,7 @@ std::shared_ptr<Plugin> MakePlugin(const std::string& path) {
     case PluginFileKind::SharedLibrary:
       return SharedLibraryPlugin::New(path);
     case PluginFileKind::Descriptor:
+      return XmlPlugin::New(path);
     case PluginFileKind::Other:
       break;
   }

@@ -36,7 +36,7 @@ LAYERS = [
      "CommandHelpFormatter CliDispatcherHelpFormatter HeaderMarker FieldPrefixes ValueWalk Indent"),
     ("extend", "autocli",
      "Plugin PluginEntryPoint SharedLibraryPlugin InternalPlugin CommandList "
-     "XmlUtil XmlDocument XmlValue XmlValueReader LeadingInteger TemplateText "
+     "XmlUtil XmlDocument XmlNode XmlValue XmlValueReader LeadingInteger TemplateText "
      "ExtensionCommand XmlPlugin"),
     ("dispatch", "autocli", "PluginFiles Dispatcher CliDispatcher"),
 ]
