@@ -104,6 +104,20 @@ std::optional<Mount> ParseMount(std::string_view line) {
   return mount;
 }
 
+// A kernel that mounted its root by itself calls the device /dev/root, which is no file.
+void NameRootDevice(const std::string& sysFolder, Mount& mount) {
+  if (mount.source != "/dev/root") {
+    return;
+  }
+  const auto folder = ReadLink(sysFolder + "/dev/block/" + std::to_string(major(mount.device)) +
+                               ":" + std::to_string(minor(mount.device)));
+  if (folder) {
+    std::string name = folder->substr(folder->rfind('/') + 1);
+    std::replace(name.begin(), name.end(), '!', '/');
+    mount.source = "/dev/" + name;
+  }
+}
+
 // Finds the mounts that no path leads to any more. A path steps from a mount to another one at the
 // first place on its way where one is attached, and at the root of a mount that is covered whole it
 // steps on at once.
@@ -184,7 +198,7 @@ bool Mount::HasOption(const std::string& option) const {
   return std::find(options.begin(), options.end(), option) != options.end();
 }
 
-std::vector<Mount> ReadMounts(const std::string& path) {
+std::vector<Mount> ReadMounts(const std::string& path, const std::string& sysFolder) {
   const std::optional<std::string> text = ReadFile(path);
   if (!text.has_value()) {
     throw KestrelException("Unable to read the mounts in " + path + ": " + std::strerror(errno));
@@ -194,6 +208,9 @@ std::vector<Mount> ReadMounts(const std::string& path) {
     if (std::optional<Mount> mount = ParseMount(line)) {
       mounts.push_back(std::move(*mount));
     }
+  }
+  for (Mount& mount : mounts) {
+    NameRootDevice(sysFolder, mount);
   }
   HiddenMounts(mounts).Mark();
   return mounts;

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "plugins/host/DataSource.h"
+
 namespace Kestrel::Host {
 
 /// One mounted file system, as seen from the root directory of this process.
@@ -22,8 +24,10 @@ struct Mount {
   bool HasOption(const std::string& option) const;
 };
 
-/// The mounts in a file in the form of /proc/self/mountinfo, in its order. A line that is damaged
-/// is left out. Throws KestrelException when the file cannot be read.
-std::vector<Mount> ReadMounts(const std::string& path = "/proc/self/mountinfo");
+/// The mounts, with devices named as below `sysFolder`, in a file in the form of
+/// /proc/self/mountinfo, in its order. A line that is damaged is left out. Throws KestrelException
+/// when the file cannot be read.
+std::vector<Mount> ReadMounts(const std::string& path = "/proc/self/mountinfo",
+                              const std::string& sysFolder = kSys);
 
 }  // namespace Kestrel::Host

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <kestrel/KestrelException.h>
 #include <sys/sysmacros.h>
+#include <unistd.h>
 
 #include "support/ScopedTempDir.h"
 
@@ -76,6 +77,24 @@ TEST(MountTableTest, IsReadOnlyWhenTheMountOrTheFileSystemIs) {
   EXPECT_THAT(mounts[0].options, ElementsAre("ro", "noexec", "quota"));
   EXPECT_THAT(mounts[1].options, ElementsAre("ro", "noexec"));
   EXPECT_THAT(mounts[2].options, ElementsAre("rw", "noexec"));
+}
+
+TEST(MountTableTest, TheDeviceOfTheRootIsCalledByItsName) {
+  const Testing::ScopedTempDir folder;
+  const std::string table = folder.Write("mountinfo",
+                                         "1 0 8:1 / / rw - ext4 /dev/root rw\n"
+                                         "2 1 8:2 / /a rw - ext4 /dev/root rw\n"
+                                         "3 1 8:3 / /b rw - ext4 /dev/root rw\n"
+                                         "4 1 8:1 / /c rw - ext4 /dev/x rw\n");
+  const std::string links = folder.MakeDirectory("sys/dev/block");
+  ASSERT_EQ(::symlink("../../devices/sda/sda1", (links + "/8:1").c_str()), 0);
+  ASSERT_EQ(::symlink("../../devices/cciss!c0d0", (links + "/8:2").c_str()), 0);
+  const auto mounts = ReadMounts(table, folder.GetPath("sys"));
+  ASSERT_EQ(mounts.size(), 4u);
+  EXPECT_EQ(mounts[0].source, "/dev/sda1");
+  EXPECT_EQ(mounts[1].source, "/dev/cciss/c0d0");
+  EXPECT_EQ(mounts[2].source, "/dev/root");
+  EXPECT_EQ(mounts[3].source, "/dev/x");
 }
 
 TEST(MountTableTest, LeavesOutADamagedLine) {
