@@ -1,0 +1,82 @@
+#!/usr/bin/env python3
+"""Holds the text of many values in all formats against a second rendering and foreign readers.
+
+    check_trees.py --program WRITE_TREES [--samples] [--seed SEED] [--count COUNT]
+
+The values are random, or with --samples those of the golden files. A tree is named after its seed:
+`--seed N --count 1` looks at it alone. Without options there are 1,000 trees, always the same ones;
+with KESTREL_CAMPAIGN=1 in the environment 10,000 new ones.
+"""
+
+import argparse
+import os
+import shutil
+import subprocess
+import sys
+
+import reading
+import rendering
+import values
+
+MOST_PROBLEMS = 10
+LEAST_SHARE = 0.2  # of the random trees that each reader must be able to read
+
+
+def problems_of_rendering(cases):
+    for case in cases:
+        for formatter, render in rendering.RENDERERS.items():
+            try:
+                text, thrown = render(case.root, case.params, case.width)
+            except rendering.OutsideContract:
+                continue
+            if (text, thrown.encode()) != case.printed[formatter]:
+                yield (f"{case.name} as {formatter}, {case.params}, width {case.width}\n"
+                       f"  expected {text!r} {thrown}\n  printed  {case.printed[formatter]!r}")
+
+
+def problems_of_reading(cases, least_share):
+    for name, reader in reading.READERS.items():
+        if reader.program and not shutil.which(reader.program):
+            print(f"{name} is not installed and reads nothing")
+            continue
+        readable = [case for case in cases if reader.can_read(case)]
+        print(f"{name} reads {len(readable)} of {len(cases)}")
+        if len(readable) < least_share * len(cases):
+            yield f"{name}: too few to tell"
+        for problem in reader.check(readable):
+            yield f"{name}: {problem}"
+
+
+def choose_trees(arguments):
+    """The arguments of the program, and which trees they are for people."""
+    if arguments.samples:
+        return ["samples"], "the samples"
+    is_campaign = os.environ.get("KESTREL_CAMPAIGN") == "1"
+    fresh = int.from_bytes(os.urandom(4), "big") if is_campaign else 1
+    seed = fresh if arguments.seed is None else arguments.seed
+    count = arguments.count or (10000 if is_campaign else 1000)
+    return [str(seed), str(count)], f"{count} trees from seed {seed}"
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--program", required=True)
+    parser.add_argument("--samples", action="store_true")
+    parser.add_argument("--seed", type=int)
+    parser.add_argument("--count", type=int)
+    arguments = parser.parse_args()
+
+    choice, description = choose_trees(arguments)
+    print(description)
+    done = subprocess.run([arguments.program, *choice], stdout=subprocess.PIPE, check=True)
+    cases = list(values.read_cases(done.stdout, list(rendering.RENDERERS)))
+    problems = list(problems_of_rendering(cases))
+    problems += problems_of_reading(cases, LEAST_SHARE if len(cases) >= 1000 else 0)
+    for problem in problems[:MOST_PROBLEMS]:
+        print(problem)
+    print(f"{len(cases)} values, {len(problems)} problems")
+    return 1 if problems or not cases else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

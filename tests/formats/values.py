@@ -1,0 +1,101 @@
+"""Values of commands, as the program kestrel_write_trees writes them (its source has the notation).
+
+A boolean and an integer are Python's own, a string is `bytes`, nothing is None.
+"""
+
+import collections
+
+KINDS = ["Int", "Bool", "String", "Struct", "List"]
+
+Lie = collections.namedtuple("Lie", "kind text")  # claims a kind; `kind` is its name or None
+Record = collections.namedtuple("Record", "type_name fields")  # `fields`: pairs in order of names
+Values = collections.namedtuple("Values", "kind items shape")  # a list; `shape`: see Shape
+Shape = collections.namedtuple("Shape", "type_name names")  # the declared structure of a list
+
+Case = collections.namedtuple("Case", "name width params root printed")
+
+
+def kind_name(number):
+    return KINDS[number] if 0 <= number < len(KINDS) else None
+
+
+def kind_of(value):
+    """The name of the kind that the value announces; None when that is no kind."""
+    if isinstance(value, Lie):
+        return value.kind
+    kinds = {bool: "Bool", int: "Int", bytes: "String", Record: "Struct", Values: "List"}
+    return kinds[type(value)]
+
+
+class Reader:
+    def __init__(self, data):
+        self.data = data
+        self.at = 0
+
+    def at_end(self):
+        return self.at == len(self.data)
+
+    def _until(self, mark):
+        end = self.data.index(mark, self.at)
+        text = self.data[self.at:end]
+        self.at = end + 1
+        return text
+
+    def number(self):
+        return int(self._until(b","))
+
+    def netstring(self):
+        size = int(self._until(b":"))
+        text = self.data[self.at:self.at + size]
+        self.at += size
+        if self.data[self.at:self.at + 1] != b",":
+            raise ValueError("a netstring without end")
+        self.at += 1
+        return text
+
+    def value(self):
+        kind = self.data[self.at:self.at + 1]
+        self.at += 1
+        return {b"n": lambda: None, b"b": self._boolean, b"i": self.number, b"s": self.netstring,
+                b"x": lambda: Lie(kind_name(self.number()), self.netstring()),
+                b"r": self._record, b"l": self._scalars, b"t": self._structures}[kind]()
+
+    def _boolean(self):
+        self.at += 1
+        return self.data[self.at - 1:self.at] == b"1"
+
+    def _record(self):
+        type_name = self.netstring()
+        fields = {}
+        for _ in range(self.number()):
+            name = self.netstring()
+            fields[name] = self.value()
+        return Record(type_name, sorted(fields.items()))
+
+    def _scalars(self):
+        kind = kind_name(self.number())
+        return Values(kind, [self.value() for _ in range(self.number())], None)
+
+    def _structures(self):
+        has_shape = self.data[self.at:self.at + 1] == b"r"
+        self.at += 1
+        shape = None
+        if has_shape:
+            type_name = self.netstring()
+            shape = Shape(type_name, sorted(self.netstring() for _ in range(self.number())))
+        return Values("Struct", [self.value() for _ in range(self.number())], shape)
+
+
+def read_cases(data, formatters):
+    """The cases in what the program wrote; `formatters` are the names in its order."""
+    reader = Reader(data)
+    while not reader.at_end():
+        name = reader.netstring().decode()
+        width = int(reader.netstring())
+        params = {}
+        for _ in range(int(reader.netstring())):
+            key = reader.netstring()
+            params[key] = reader.netstring()
+        root = Reader(reader.netstring()).value()
+        printed = {formatter: (reader.netstring(), reader.netstring()) for formatter in formatters}
+        yield Case(name, width, params, root, printed)
