@@ -35,7 +35,7 @@ LAYERS = [
      "TableFormatter SimpleFormatter XmlFormatter JsonFormatter PythonFormatter "
      "CommandHelpFormatter CliDispatcherHelpFormatter HeaderMarker FieldPrefixes ValueWalk Indent"),
     ("extend", "autocli",
-     "Plugin PluginEntryPoint SharedLibraryPlugin InternalPlugin CommandList "
+     "Plugin PluginEntryPoint SharedObjectFile SharedLibraryPlugin InternalPlugin CommandList "
      "XmlUtil XmlDocument XmlNode XmlValue XmlValueReader LeadingInteger TemplateText "
      "ExtensionCommand XmlPlugin"),
     ("dispatch", "autocli", "PluginFiles Dispatcher CliDispatcher"),
