@@ -7,6 +7,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
@@ -205,7 +206,14 @@ bool CliDispatcher::ReadInput(const std::vector<std::string>& names) {
   }
   const std::string& name = names[0];
   if (name == "STDIN") {
-    return ParseStreamInput(std::cin);
+    std::clearerr(stdin);
+    const bool result = ParseStreamInput(std::cin);
+    // The stream takes a read that fails for the end of the lines.
+    if (std::ferror(stdin) != 0) {
+      Report("Unable to read standard input");
+      return false;
+    }
+    return result;
   }
   std::ifstream file(name);
   // A folder can be opened, but the first look at it fails.

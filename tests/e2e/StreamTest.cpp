@@ -130,6 +130,13 @@ TEST(StreamTest, AFolderIsTold) {
   EXPECT_EQ(1, result.status);
 }
 
+TEST(StreamTest, StandardInputThatCannotBeReadIsTold) {
+  const VexilResult result = VexilRun({"--input", "STDIN"}).WithoutDescriptor(0).Run();
+  EXPECT_EQ("", result.out);
+  EXPECT_EQ("Unable to read standard input\n", result.err);
+  EXPECT_EQ(1, result.status);
+}
+
 TEST(StreamTest, TwoInputsAreTold) {
   const VexilResult result =
       VexilRun({"--input=STDIN", "--input=STDIN"}).WithInput("vexil\n").Run();
