@@ -36,6 +36,7 @@ class SystemFileChecksum final : public HostCommand {
         .Short("k")
         .Required()
         .Secret()
+        .Matching(".+")  // A key that nobody typed would still make a checksum.
         .AddTo(spec);
     Parameter("bits", CallSpec::Int,
               "The length of the checksum, one of %ENUM%; 256 without this parameter.")

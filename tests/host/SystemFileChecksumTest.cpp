@@ -47,6 +47,9 @@ TEST(SystemFileChecksumTest, RefusesOtherValues) {
   EXPECT_THAT(errors({{"file", "/etc/hostname"}, {"key", "k"}, {"bits", "128"}}),
               ElementsAre("Invalid data constraint for parameter 'bits'. Expected a single value "
                           "from the set [256, 384, 512]"));
+  EXPECT_THAT(errors({{"file", "/etc/hostname"}, {"key", ""}}),
+              ElementsAre("Invalid data constraint for parameter 'key'. Value does not match the "
+                          "expected regular expression (.+)"));
   EXPECT_THAT(errors({{"file", "/nowhere"}, {"key", "k"}}),
               ElementsAre("Error on command system file checksum : Unable to read /nowhere: No "
                           "such file or directory"));
