@@ -3,6 +3,8 @@
 #
 # The folder is a fixed part of the tool's interface, so it never follows CMAKE_INSTALL_LIBDIR.
 set(KESTREL_PLUGIN_INSTALL_DIR "lib/norvane/vexil")
+# Where descriptors and their scripts stand in the build tree, for tests.
+set(KESTREL_BUILD_DESCRIPTOR_DIR ${PROJECT_BINARY_DIR}/plugins/descriptors)
 
 function(kestrel_add_plugin name)
   add_library(${name} MODULE ${ARGN})
@@ -12,4 +14,34 @@ function(kestrel_add_plugin name)
   target_link_libraries(${name} PRIVATE Kestrel::Kestrel kestrel_warnings kestrel_sanitizers)
   install(TARGETS ${name} LIBRARY DESTINATION ${KESTREL_PLUGIN_INSTALL_DIR} COMPONENT tool)
   set_property(GLOBAL APPEND PROPERTY KESTREL_PLUGINS ${name})
+endfunction()
+
+# kestrel_add_scripts(FILE...): executables that descriptors start. They stand in one folder, in the
+# build tree as in the installed one.
+function(kestrel_add_scripts)
+  foreach(script IN LISTS ARGN)
+    configure_file(${script} ${KESTREL_BUILD_DESCRIPTOR_DIR}/scripts/${script} COPYONLY)
+  endforeach()
+  install(PROGRAMS ${ARGN} DESTINATION ${KESTREL_PLUGIN_INSTALL_DIR}/scripts COMPONENT tool)
+endfunction()
+
+# kestrel_add_descriptors(NAME...): XML plug-ins made of NAME.xml.in, once with the scripts of the
+# build tree and once with those of the installed one. A shell line cannot know where its descriptor
+# stands, so the folder of the scripts is written into it, as text of XML in single quotes.
+function(kestrel_configure_descriptor name script_dir output)
+  string(REPLACE "'" "'\\''" KESTREL_SCRIPT_DIR "${script_dir}")
+  string(REPLACE "&" "&amp;" KESTREL_SCRIPT_DIR "${KESTREL_SCRIPT_DIR}")
+  string(REPLACE "<" "&lt;" KESTREL_SCRIPT_DIR "${KESTREL_SCRIPT_DIR}")
+  configure_file(${name}.xml.in ${output} @ONLY)
+endfunction()
+
+function(kestrel_add_descriptors)
+  set(installed_dir ${CMAKE_INSTALL_PREFIX}/${KESTREL_PLUGIN_INSTALL_DIR})
+  foreach(name IN LISTS ARGN)
+    kestrel_configure_descriptor(${name} ${KESTREL_BUILD_DESCRIPTOR_DIR}/scripts
+                                 ${KESTREL_BUILD_DESCRIPTOR_DIR}/${name}.xml)
+    set(installed ${CMAKE_CURRENT_BINARY_DIR}/installed/${name}.xml)
+    kestrel_configure_descriptor(${name} ${installed_dir}/scripts ${installed})
+    install(FILES ${installed} DESTINATION ${KESTREL_PLUGIN_INSTALL_DIR} COMPONENT tool)
+  endforeach()
 endfunction()

@@ -1,0 +1,26 @@
+#!/bin/sh
+# list-usage.sh DIRECTORY [--depth=N] [--all]: how much space the folders in a folder take.
+here=${0%/*}
+# shellcheck source=plugins/shell/common.sh
+. "$here/common.sh"
+
+directory=$1
+shift
+depth=1
+files=
+for option in "$@"; do
+  case $option in
+    --depth=*) depth=$(integer "${option#--depth=}") ;;
+    --all) files=--all ;;
+  esac
+done
+
+need du coreutils
+[ -d "$directory" ] || fail "$directory is no directory"
+# Folders that may not be read are left out; du complains of each and goes on.
+du --null --block-size=1K --one-file-system --max-depth="$depth" ${files:+"$files"} \
+  -- "$directory" >"$work/usage" 2>"$work/complaint" || [ -s "$work/usage" ] ||
+  fail "$(complaint du)"
+# "SIZE<tab>PATH<nul>" becomes two fields, each ended by a NUL; the largest come first.
+sort -z -r -n "$work/usage" | sed -z 's/\t/\x00/' >"$work/data"
+document -z list DiskUsage Size:int Path:string

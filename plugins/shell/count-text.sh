@@ -1,0 +1,11 @@
+#!/bin/sh
+# count-text.sh: counts its standard input.
+here=${0%/*}
+# shellcheck source=plugins/shell/common.sh
+. "$here/common.sh"
+
+need wc coreutils
+gather wc -l -w -c
+awk -v OFS='\t' '{ print $1, $2, $3 }' "$work/data" >"$work/counts"
+mv "$work/counts" "$work/data"
+document structure TextCount Lines:int Words:int Bytes:int

@@ -1,0 +1,20 @@
+#!/bin/sh
+# hash-password.sh [--salt=TEXT]: hashes the password on its standard input.
+#
+# The password stands in no file and in no argument: only this shell and openssl hold it.
+here=${0%/*}
+# shellcheck source=plugins/shell/common.sh
+. "$here/common.sh"
+
+salt=
+case ${1-} in --salt=*) salt=${1#--salt=} ;; esac
+IFS= read -r password || :
+if read -r more || [ -n "$more" ]; then fail "A password has one line"; fi
+[ -n "$password" ] || fail "The password is empty"
+[ "$(printf '%s' "$password" | wc -c)" -le 256 ] || fail "The password is longer than 256 bytes"
+
+need openssl openssl
+printf '%s\n' "$password" |
+  openssl passwd -6 -stdin ${salt:+-salt "$salt"} >"$work/data" 2>"$work/complaint" ||
+  fail "$(complaint openssl)"
+document string

@@ -1,0 +1,8 @@
+#!/bin/sh
+# list-log.sh [--unit=NAME] [--file=PATH] [--since=TIME] [--level=N] [--lines=N]
+here=${0%/*}
+# shellcheck source=plugins/shell/common.sh
+. "$here/common.sh"
+
+gather perl "$here/list-log.pl" "$@"
+document -z list LogLine Time:string Level:int Source:string Text:string

@@ -1,0 +1,13 @@
+#!/bin/sh
+# resolve-name.sh NAME
+here=${0%/*}
+# shellcheck source=plugins/shell/common.sh
+. "$here/common.sh"
+
+need getent libc-bin
+getent ahosts "$1" >"$work/answer" || fail "There is no address for the name $1"
+awk -v OFS='\t' '!($1 in seen) {
+  seen[$1] = 1
+  print $1, (index($1, ":") ? "IPv6" : "IPv4")
+}' "$work/answer" >"$work/data"
+document list ResolvedAddress Address:string Family:string
