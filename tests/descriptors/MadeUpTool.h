@@ -1,0 +1,26 @@
+#pragma once
+
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "support/ScopedEnvironment.h"
+#include "support/ScopedTempDir.h"
+
+namespace Kestrel::Testing {
+
+/// A tool that stands in front of those of the host, for as long as it lives.
+class MadeUpTool {
+ public:
+  MadeUpTool(const std::string& name, const std::string& script)
+      : path_("PATH", folder_.GetPath() + ":" + std::getenv("PATH")) {
+    ::chmod(folder_.Write(name, "#!/bin/sh\n" + script).c_str(), 0755);
+  }
+
+ private:
+  ScopedTempDir folder_;
+  ScopedEnvironment path_;
+};
+
+}  // namespace Kestrel::Testing
