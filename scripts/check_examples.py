@@ -12,7 +12,9 @@ In the block the words `vexil` and `./run` start TOOL: `vexil` without plug-ins,
 of DIR. Each FILE can be called by its name. The commands of one page run in order, in one folder
 that is empty but for the links to each PATH. A block marked `console host` prints what differs from host to host: of it, only the exit
 status and the first line are compared, blanks aside. A block marked `cpp file=PATH` must stand in
-that file of the project, line for line.
+that file of the project, line for line; so must one marked `xml file=PATH`, and all of these on a
+page must make up the whole file. A block marked `xml save=NAME` or `sh save=NAME` is put into the
+folder of the commands as an executable file of that name.
 
 --update writes what the commands print now into the pages instead of comparing.
 """
@@ -26,7 +28,7 @@ import sys
 import tempfile
 
 ROOT = os.path.normpath(os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
-FENCE = re.compile(r"^```(console|cpp)([^\n]*)\n(.*?)^```$", re.MULTILINE | re.DOTALL)
+FENCE = re.compile(r"^```(console|cpp|sh|xml)([^\n]*)\n(.*?)^```$", re.MULTILINE | re.DOTALL)
 
 
 class Workplace:
@@ -47,10 +49,16 @@ class Workplace:
         self.environment = {
             "HOME": folder, "LANG": "C", "PATH": bin_dir + ":/usr/sbin:/usr/bin:/sbin:/bin"}
 
+    def save(self, name, text):
+        self._executable(os.path.join(self.folder, name), text)
+
+    def _script(self, path, line):
+        self._executable(path, "#!/bin/bash\n" + line + "\n")
+
     @staticmethod
-    def _script(path, line):
+    def _executable(path, text):
         with open(path, "w", encoding="utf-8") as file:
-            file.write("#!/bin/bash\n" + line + "\n")
+            file.write(text)
         os.chmod(path, os.stat(path).st_mode | stat.S_IXUSR)
 
     def run(self, command):
@@ -95,12 +103,17 @@ class Page:
         self.workplace = workplace
         self.problems = []
         self.examples = 0
+        self.quoted = {}
         with open(path, encoding="utf-8") as file:
             self.text = file.read()
 
     def check(self):
         """The page's text with what the commands print now."""
-        return FENCE.sub(self._check_block, self.text)
+        text = FENCE.sub(self._check_block, self.text)
+        for source, quoted in self.quoted.items():
+            if quoted != self._source(source):
+                self.problems.append(f"{self.path}: the blocks do not make up {source}")
+        return text
 
     def _check_block(self, fence):
         kind, info, block = fence.groups()
@@ -110,6 +123,11 @@ class Page:
         source = re.search(r"file=(\S+)", info)
         if source and block not in self._source(source.group(1)):
             self.problems.append(f"{self.path}: a block is not what {source.group(1)} holds")
+        if source and kind == "xml":
+            self.quoted[source.group(1)] = self.quoted.get(source.group(1), "") + block
+        saved = re.search(r"save=(\S+)", info)
+        if saved:
+            self.workplace.save(saved.group(1), block)
         return fence.group(0)
 
     @staticmethod
