@@ -8,6 +8,7 @@
 #include <libxml/parserInternals.h>
 #include <strings.h>
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -31,7 +32,6 @@ namespace {
 constexpr const char* kDocumentName = "STDOUT";
 /// The tree refuses a text that it puts together from pieces beyond this many bytes.
 constexpr std::size_t kLongestJoinedText = 10000000;
-constexpr std::ptrdiff_t kLongestAttribute = 2000000 - 1;
 
 /// Holds the parser's diagnostics back until it is known whether a second reading prints its own.
 class HeldDiagnostics {
@@ -80,18 +80,17 @@ class Attributes {
     for (int i = 0; i < count_; ++i) {
       const xmlChar** entry = entries_ + 5 * i;
       if (!HasUnknownPrefix(entry) && std::strcmp(AsChars(entry[0]), name) == 0) {
-        return std::string(AsChars(entry[3]), AsChars(entry[4]));
+        return Decode(
+            std::string_view(AsChars(entry[3]), static_cast<std::size_t>(entry[4] - entry[3])));
       }
     }
     return std::string();
   }
 
-  /// Whether one of them names its element, which only a tree can check, or is so long that the
-  /// tree, which reads a "&" in five bytes, might refuse it.
-  bool NeedTree() const {
+  /// Whether one of them names its element, which only a tree can check.
+  bool HasXmlId() const {
     for (int i = 0; i < count_; ++i) {
-      const xmlChar** entry = entries_ + 5 * i;
-      if (IsXmlId(entry) || entry[4] - entry[3] > kLongestAttribute) {
+      if (IsXmlId(entries_ + 5 * i)) {
         return true;
       }
     }
@@ -102,6 +101,18 @@ class Attributes {
   static bool IsXmlId(const xmlChar** entry) {
     return entry[1] != nullptr && std::strcmp(AsChars(entry[1]), "xml") == 0 &&
            std::strcmp(AsChars(entry[0]), "id") == 0;
+  }
+
+  /// The parser hands a "&" over as a reference, the only one that is left in a value: a document
+  /// without a type has no entities of its own.
+  static std::string Decode(std::string_view value) {
+    constexpr std::string_view kReference = "#38;";
+    std::string decoded;
+    for (std::size_t end = value.find('&'); end != std::string_view::npos; end = value.find('&')) {
+      decoded.append(value.substr(0, end + 1));
+      value.remove_prefix(std::min(end + 1 + kReference.size(), value.size()));
+    }
+    return decoded.append(value);
   }
 
   static bool HasUnknownPrefix(const xmlChar** entry) {
@@ -130,7 +141,7 @@ class XmlValueReader {
  public:
   void StartElement(const char* name, const Attributes& attributes) {
     last_ = LastNode::None;
-    if (attributes.NeedTree()) {
+    if (attributes.HasXmlId()) {
       needsTree_ = true;
     }
     if (done_) {
@@ -335,8 +346,6 @@ class ValueParser {
       return;
     }
     xmlCtxtUseOptions(parser_.get(), 0);
-    // Attribute values come decoded then; a document without a type has no entities of its own.
-    parser_->replaceEntities = 1;
     parser_->_private = this;
     parser_->input->filename = reinterpret_cast<char*>(xmlStrdup(AsXmlChars(kDocumentName)));
     LeadEventsHere(*parser_->sax);

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdlib>
+#include <iterator>
+#include <random>
+#include <string>
+#include <string_view>
+
+namespace Kestrel::Testing {
+
+/// The number of rounds of a test with made-up input: `full` in a campaign, when the environment
+/// has KESTREL_CAMPAIGN, else `ordinary`.
+inline int Rounds(int ordinary, int full) {
+  return std::getenv("KESTREL_CAMPAIGN") == nullptr ? ordinary : full;
+}
+
+/// Chance, another one in each run. KESTREL_SEED repeats the run with that seed.
+class Random {
+ public:
+  Random() : Random(ChooseSeed()) {}
+  explicit Random(unsigned seed) : seed_(seed), engine_(seed) {}
+
+  /// How to repeat the run, for a failure's message.
+  std::string HowToRepeat() const { return "repeat with KESTREL_SEED=" + std::to_string(seed_); }
+
+  /// A number from 0 to `end` - 1; `end` is at least 1.
+  std::size_t Below(std::size_t end) { return engine_() % end; }
+
+  /// True in `percent` of 100 cases.
+  bool Chance(unsigned percent) { return Below(100) < percent; }
+
+  /// One of the elements of `choices`.
+  template <typename Choices>
+  const auto& Pick(const Choices& choices) {
+    return std::data(choices)[Below(std::size(choices))];
+  }
+
+  /// A text of at most `length` bytes out of `alphabet`.
+  std::string Text(std::string_view alphabet, std::size_t length) {
+    std::string text(Below(length + 1), '\0');
+    for (char& c : text) {
+      c = Pick(alphabet);
+    }
+    return text;
+  }
+
+ private:
+  static unsigned ChooseSeed() {
+    const char* const given = std::getenv("KESTREL_SEED");
+    return given == nullptr ? std::random_device()()
+                            : static_cast<unsigned>(std::strtoul(given, nullptr, 10));
+  }
+
+  unsigned seed_;
+  std::mt19937_64 engine_;
+};
+
+}  // namespace Kestrel::Testing
