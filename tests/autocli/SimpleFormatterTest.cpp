@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <iomanip>
 #include <ios>
 #include <random>
@@ -19,6 +18,7 @@
 #include "kestrel/metaobj/MetaList.h"
 #include "kestrel/metaobj/MetaString.h"
 #include "kestrel/metaobj/MetaStruct.h"
+#include "support/CountingBuffer.h"
 #include "support/Golden.h"
 #include "support/LimitedBuffer.h"
 #include "support/SampleValues.h"
@@ -524,25 +524,6 @@ TEST(SimpleFormatterTest, PrintsNamesAndValuesOfAHundredThousandBytes) {
   record->SetField(name, value);
   EXPECT_EQ(Print(record), "Row:\n   " + name + ": " + value + "\n");
 }
-
-/// Counts lines and bytes without keeping them.
-class CountingBuffer : public std::streambuf {
- public:
-  std::size_t bytes = 0;
-  std::size_t lines = 0;
-
- protected:
-  std::streamsize xsputn(const char* data, std::streamsize size) override {
-    bytes += static_cast<std::size_t>(size);
-    const char* const end = data + size;
-    while (data != end) {
-      const void* const found = std::memchr(data, '\n', static_cast<std::size_t>(end - data));
-      lines += found == nullptr ? 0 : 1;
-      data = found == nullptr ? end : static_cast<const char*>(found) + 1;
-    }
-    return size;
-  }
-};
 
 TEST(SimpleFormatterTest, PrintsStructuresNestedTenThousandDeep) {
   CountingBuffer buffer;

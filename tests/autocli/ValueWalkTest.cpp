@@ -1,0 +1,144 @@
+#include "autocli/ValueWalk.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <ostream>
+#include <sstream>
+#include <string>
+
+#include "autocli/TextWriter.h"
+#include "kestrel/metaobj/MetaBool.h"
+#include "kestrel/metaobj/MetaInt.h"
+#include "kestrel/metaobj/MetaList.h"
+#include "kestrel/metaobj/MetaString.h"
+#include "kestrel/metaobj/MetaStruct.h"
+#include "support/LimitedBuffer.h"
+#include "support/SampleValues.h"
+
+namespace Kestrel::AutoCli {
+namespace {
+
+using namespace ::Kestrel::Testing;  // NOLINT: helpers of these tests
+using MetaObj::MetaBool;
+using MetaObj::MetaInt;
+using MetaObj::MetaList;
+using MetaObj::MetaObject;
+using MetaObj::MetaString;
+using MetaObj::MetaStruct;
+using MetaObj::MetaType;
+
+/// Writes down where it is led.
+class TracePrinter {
+ public:
+  static constexpr long kFieldStep = 10;
+  static constexpr long kElementStep = 100;
+
+  static std::string FieldPrefix(const std::string& name, long level) {
+    return name + "@" + std::to_string(level) + "=";
+  }
+
+  explicit TracePrinter(TextWriter& out) : out_(out) {}
+
+  void Bool(bool value, long level) { Note(value ? "true" : "false", level); }
+  void Int(long value, long level) { Note(std::to_string(value), level); }
+  void String(const std::string& value, long level) { Note("'" + value + "'", level); }
+  void Misread(const MetaObject* value) { out_.Append(value == nullptr ? "null " : "misread "); }
+
+  void BeginStruct(const MetaStruct& record, long level) {
+    Note(record.GetTypeName() + "{", level);
+  }
+  void EndField(bool isLast, long level) { Note(isLast ? ";last" : ";", level); }
+  void EndStruct(long level) { Note("}", level); }
+  void BeginList(const MetaList&, long level) { Note("[", level); }
+  void BeginElement(long level) { Note("-", level); }
+  void EndElement(bool isLast, long level) { Note(isLast ? ",last" : ",", level); }
+  void EndList(long level) { Note("]", level); }
+
+  int notes = 0;
+
+ private:
+  void Note(const std::string& text, long level) {
+    ++notes;
+    out_.Append(text + "@" + std::to_string(level) + " ");
+  }
+
+  TextWriter& out_;
+};
+
+std::string Trace(const std::shared_ptr<MetaObject>& value, long level) {
+  std::ostringstream out;
+  TextWriter writer(out);
+  TracePrinter printer(writer);
+  ValueWalk<TracePrinter>(printer, writer).Run(value.get(), level);
+  writer.Finish();
+  return out.str();
+}
+
+TEST(ValueWalkTest, PrintsAScalarAtItsLevel) {
+  EXPECT_EQ(Trace(MetaBool::New(true), 1), "true@1 ");
+  EXPECT_EQ(Trace(MetaInt::New(-7), -3), "-7@-3 ");
+  EXPECT_EQ(Trace(MetaString::New("x"), 0), "'x'@0 ");
+}
+
+TEST(ValueWalkTest, TellsWhatIsNotOfTheClassOfItsKind) {
+  EXPECT_EQ(Trace(nullptr, 1), "null ");
+  for (int kind = -1; kind < 6; ++kind) {
+    EXPECT_EQ(Trace(std::make_shared<LyingValue>(static_cast<MetaType>(kind)), 1), "misread ");
+  }
+}
+
+TEST(ValueWalkTest, EndsAnEmptyStructureOrListAtOnce) {
+  EXPECT_EQ(Trace(MetaStruct::New("Row"), 1), "Row{@1 }@1 ");
+  EXPECT_EQ(Trace(MetaList::New(MetaType::Int), 1), "[@1 ]@1 ");
+}
+
+TEST(ValueWalkTest, PrintsFieldsAndElementsDeeperThanWhatHoldsThem) {
+  const auto record = MetaStruct::New("Row");
+  record->SetField("b", 1);
+  record->SetField("a", true);
+  EXPECT_EQ(Trace(record, 1), "Row{@1 a@1=true@11 ;@1 b@1=1@11 ;last@1 }@1 ");
+  const auto list = MetaList::New(MetaType::Int);
+  list->Add(1);
+  list->Add(2);
+  EXPECT_EQ(Trace(list, 1), "[@1 -@1 1@101 ,@1 -@1 2@101 ,last@1 ]@1 ");
+}
+
+TEST(ValueWalkTest, GoesOnBehindWhatEnds) {
+  const auto inner = MetaStruct::New("Inner");
+  const auto record = MetaStruct::New("Row");
+  record->SetField("a", MakeList({inner}));
+  record->SetField("b", inner);
+  record->SetField("c", std::make_shared<LyingValue>(MetaType::List));
+  EXPECT_EQ(Trace(record, 0),
+            "Row{@0 a@0=[@10 -@10 Inner{@110 }@110 ,last@10 ]@10 ;@0 "
+            "b@0=Inner{@10 }@10 ;@0 c@0=misread ;last@0 }@0 ");
+}
+
+TEST(ValueWalkTest, PrintsWideRecordsLikeNarrowOnes) {
+  const auto record = MetaStruct::New("Row");
+  std::string expected = "Row{@1 ";
+  for (int i = 100; i < 200; ++i) {
+    const std::string name = "f" + std::to_string(i);
+    record->SetField(name, i);
+    expected += name + "@1=" + std::to_string(i) + "@11 ;" + (i == 199 ? "last" : "") + "@1 ";
+  }
+  EXPECT_EQ(Trace(record, 1), expected + "}@1 ");
+}
+
+TEST(ValueWalkTest, GoesNoFurtherOnceTheStreamHasFailed) {
+  const auto list = MetaList::New(MetaType::Int);
+  for (int i = 0; i < 1000000; ++i) {
+    list->Add(i);
+  }
+  LimitedBuffer buffer(10);
+  std::ostream out(&buffer);
+  TextWriter writer(out);
+  TracePrinter printer(writer);
+  ValueWalk<TracePrinter>(printer, writer).Run(list.get(), 0);
+  EXPECT_EQ(buffer.GetText().size(), 10u);
+  EXPECT_LT(printer.notes, 20000);
+}
+
+}  // namespace
+}  // namespace Kestrel::AutoCli

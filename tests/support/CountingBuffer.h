@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+#include <streambuf>
+
+namespace Kestrel::Testing {
+
+/// Takes any amount of text and keeps its size alone.
+class CountingBuffer : public std::streambuf {
+ public:
+  std::size_t bytes = 0;
+  std::size_t lines = 0;
+
+ protected:
+  std::streamsize xsputn(const char* data, std::streamsize size) override {
+    bytes += static_cast<std::size_t>(size);
+    const char* const end = data + size;
+    while (data != end) {
+      const void* const found = std::memchr(data, '\n', static_cast<std::size_t>(end - data));
+      lines += found == nullptr ? 0 : 1;
+      data = found == nullptr ? end : static_cast<const char*>(found) + 1;
+    }
+    return size;
+  }
+};
+
+}  // namespace Kestrel::Testing
