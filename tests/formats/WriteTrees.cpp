@@ -1,4 +1,4 @@
-// write_trees SEED COUNT | write_trees samples
+// kestrel_write_trees SEED COUNT | kestrel_write_trees samples | kestrel_write_trees bytes
 //
 // Writes values and what each formatter makes of them, for a check in another language. All is
 // made of netstrings, "<length>:<bytes>,". A value is written so:
@@ -129,6 +129,20 @@ void WriteSamples() {
   }
 }
 
+/// Each byte between two letters, once in a text and once in the name of a field.
+void WriteBytes() {
+  for (int byte = 0; byte < 256; ++byte) {
+    const std::string text = {'a', static_cast<char>(byte), 'b'};
+    const auto record = [](const std::string& name, const std::string& value) {
+      auto made = MetaStruct::New("Row");
+      made->SetField(name, value);
+      return made;
+    };
+    Write({"text " + std::to_string(byte), record("Text", text), {}}, 0);
+    Write({"name " + std::to_string(byte), record(text, "x"), {}}, 0);
+  }
+}
+
 void WriteRandom(std::uint64_t seed, std::uint64_t count) {
   for (std::uint64_t tree = seed; tree < seed + count; ++tree) {
     RandomTree random(tree);
@@ -144,11 +158,13 @@ void WriteRandom(std::uint64_t seed, std::uint64_t count) {
 int main(int argc, char** argv) {
   if (argc == 2 && std::string(argv[1]) == "samples") {
     Kestrel::Testing::WriteSamples();
+  } else if (argc == 2 && std::string(argv[1]) == "bytes") {
+    Kestrel::Testing::WriteBytes();
   } else if (argc == 3) {
     Kestrel::Testing::WriteRandom(std::strtoull(argv[1], nullptr, 10),
                                   std::strtoull(argv[2], nullptr, 10));
   } else {
-    std::cerr << "usage: write_trees SEED COUNT | write_trees samples\n";
+    std::cerr << "usage: kestrel_write_trees SEED COUNT | samples | bytes\n";
     return 2;
   }
   return std::cout.flush() ? 0 : 1;
