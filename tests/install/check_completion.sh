@@ -38,7 +38,7 @@ expect "table" --formatter t
 expect "json" --formatter = j
 expect "vexil" --formatter simple v
 expect "vexil" --formatter = simple v
-expect "network storage system vexil" --plugin-dir "$plugins" ""
+expect "storage" --plugin-dir "$plugins" stor
 expect "list" --plugin-dir = "$plugins" storage mount ""
 
 exit $((failures > 0))
