@@ -1,0 +1,162 @@
+// How long each formatter takes for rows of five fields, into a string and into nothing, beside
+// what a programmer would write by hand with stream operators.
+
+#include <benchmark/benchmark.h>
+
+#include <fstream>
+#include <iomanip>
+#include <memory>
+#include <sstream>
+
+#include "benchmarks/Records.h"
+#include "kestrel/autocli/JsonFormatter.h"
+#include "kestrel/autocli/PythonFormatter.h"
+#include "kestrel/autocli/SimpleFormatter.h"
+#include "kestrel/autocli/TableFormatter.h"
+#include "kestrel/autocli/XmlFormatter.h"
+#include "kestrel/callspec/Output.h"
+#include "kestrel/metaobj/MetaList.h"
+#include "kestrel/metaobj/MetaStruct.h"
+
+#ifdef KESTREL_HAS_RAPIDJSON
+#include <rapidjson/prettywriter.h>
+#include <rapidjson/stringbuffer.h>
+#endif
+
+namespace Kestrel::Benchmarks {
+namespace {
+
+using MetaObj::MetaList;
+using MetaObj::MetaStruct;
+using MetaObj::MetaType;
+
+std::shared_ptr<MetaStruct> MakeStruct(const Record& record) {
+  auto made = MetaStruct::New("Record");
+  made->SetField("Name", record.name);
+  made->SetField("Size", record.size);
+  made->SetField("Enabled", record.isEnabled);
+  made->SetField("Path", record.path);
+  made->SetField("Count", record.count);
+  return made;
+}
+
+std::shared_ptr<CallSpec::Output> MakeOutput(std::size_t count) {
+  const auto list = MetaList::New(MetaType::Struct, MakeStruct(Record()));
+  for (const Record& record : MakeRecords(count)) {
+    list->Add(MakeStruct(record));
+  }
+  const auto output = CallSpec::Output::New();
+  output->SetRootObject(list);
+  return output;
+}
+
+template <typename Print>
+void IntoString(benchmark::State& state, const Print& print) {
+  std::size_t bytes = 0;
+  for (auto _ : state) {
+    std::ostringstream out;
+    print(out);
+    bytes = out.str().size();
+  }
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(bytes));
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+template <typename Print>
+void IntoNothing(benchmark::State& state, const Print& print) {
+  std::ofstream out("/dev/null");
+  for (auto _ : state) {
+    print(out);
+    out.flush();
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+template <typename Formatter>
+auto Printing(const std::shared_ptr<CallSpec::Output>& output) {
+  return [output](std::ostream& out) {
+    AutoCli::FormatParameters params;
+    AutoCli::DisplayContext display;
+    Formatter().Format(output, params, display, out);
+  };
+}
+
+template <typename Formatter>
+void BM_FormatIntoString(benchmark::State& state) {
+  IntoString(state, Printing<Formatter>(MakeOutput(static_cast<std::size_t>(state.range(0)))));
+}
+
+template <typename Formatter>
+void BM_FormatIntoNothing(benchmark::State& state) {
+  IntoNothing(state, Printing<Formatter>(MakeOutput(static_cast<std::size_t>(state.range(0)))));
+}
+
+/// The table that `ostream << setw` gives, straight from plain records.
+auto PrintingByStream(std::size_t count) {
+  return [records = MakeRecords(count)](std::ostream& out) {
+    for (const Record& record : records) {
+      out << std::left << std::setw(14) << record.name << std::right << std::setw(20) << record.size
+          << "  " << std::left << std::setw(9) << (record.isEnabled ? "true" : "false")
+          << std::setw(42) << record.path << record.count << '\n';
+    }
+  };
+}
+
+void BM_StreamIntoString(benchmark::State& state) {
+  IntoString(state, PrintingByStream(static_cast<std::size_t>(state.range(0))));
+}
+
+void BM_StreamIntoNothing(benchmark::State& state) {
+  IntoNothing(state, PrintingByStream(static_cast<std::size_t>(state.range(0))));
+}
+
+#ifdef KESTREL_HAS_RAPIDJSON
+/// The same rows by another writer of JSON, indented by three.
+auto PrintingByRapidJson(std::size_t count) {
+  return [records = MakeRecords(count)](std::ostream& out) {
+    rapidjson::StringBuffer buffer;
+    rapidjson::PrettyWriter<rapidjson::StringBuffer> writer(buffer);
+    writer.SetIndent(' ', 3);
+    writer.StartArray();
+    for (const Record& record : records) {
+      writer.StartObject();
+      writer.Key("Count");
+      writer.Int(record.count);
+      writer.Key("Enabled");
+      writer.Bool(record.isEnabled);
+      writer.Key("Name");
+      writer.String(record.name.c_str(), static_cast<rapidjson::SizeType>(record.name.size()));
+      writer.Key("Path");
+      writer.String(record.path.c_str(), static_cast<rapidjson::SizeType>(record.path.size()));
+      writer.Key("Size");
+      writer.Int64(record.size);
+      writer.EndObject();
+    }
+    writer.EndArray();
+    out.write(buffer.GetString(), static_cast<std::streamsize>(buffer.GetSize()));
+  };
+}
+
+void BM_RapidJsonIntoString(benchmark::State& state) {
+  IntoString(state, PrintingByRapidJson(static_cast<std::size_t>(state.range(0))));
+}
+BENCHMARK(BM_RapidJsonIntoString)->Arg(1000)->Arg(100000);
+#endif
+
+void Sizes(benchmark::internal::Benchmark* bench) { bench->Arg(1000)->Arg(100000); }
+
+BENCHMARK_TEMPLATE(BM_FormatIntoString, AutoCli::TableFormatter)->Apply(Sizes);
+BENCHMARK_TEMPLATE(BM_FormatIntoNothing, AutoCli::TableFormatter)->Apply(Sizes);
+BENCHMARK(BM_StreamIntoString)->Apply(Sizes);
+BENCHMARK(BM_StreamIntoNothing)->Apply(Sizes);
+BENCHMARK_TEMPLATE(BM_FormatIntoString, AutoCli::SimpleFormatter)->Apply(Sizes);
+BENCHMARK_TEMPLATE(BM_FormatIntoNothing, AutoCli::SimpleFormatter)->Apply(Sizes);
+BENCHMARK_TEMPLATE(BM_FormatIntoString, AutoCli::XmlFormatter)->Apply(Sizes);
+BENCHMARK_TEMPLATE(BM_FormatIntoNothing, AutoCli::XmlFormatter)->Apply(Sizes);
+BENCHMARK_TEMPLATE(BM_FormatIntoString, AutoCli::JsonFormatter)->Apply(Sizes);
+BENCHMARK_TEMPLATE(BM_FormatIntoNothing, AutoCli::JsonFormatter)->Apply(Sizes);
+BENCHMARK_TEMPLATE(BM_FormatIntoString, AutoCli::PythonFormatter)->Apply(Sizes);
+BENCHMARK_TEMPLATE(BM_FormatIntoNothing, AutoCli::PythonFormatter)->Apply(Sizes);
+
+}  // namespace
+}  // namespace Kestrel::Benchmarks

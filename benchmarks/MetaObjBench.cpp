@@ -1,0 +1,265 @@
+#include <benchmark/benchmark.h>
+#include <kestrel/metaobj/MetaBool.h>
+#include <kestrel/metaobj/MetaInt.h>
+#include <kestrel/metaobj/MetaList.h>
+#include <kestrel/metaobj/MetaString.h>
+#include <kestrel/metaobj/MetaStruct.h>
+
+#ifdef KESTREL_HAS_RAPIDJSON
+#include <rapidjson/document.h>
+#endif
+
+#include <ctime>
+#include <map>
+#include <memory>
+#include <variant>
+
+#include "benchmarks/FreshProcess.h"
+#include "benchmarks/Records.h"
+
+// What does it cost to build a list of records, to hold it, to look fields up and to let go of it,
+// beside what a user might pick instead and beside plain members.
+
+namespace {
+
+using Kestrel::Benchmarks::Cost;
+using Kestrel::Benchmarks::HeapBytes;
+using Kestrel::Benchmarks::InFreshProcess;
+using Kestrel::Benchmarks::MakeRecords;
+using Kestrel::Benchmarks::Record;
+using namespace Kestrel::MetaObj;  // NOLINT: the names under test
+
+struct Names {
+  std::string name = "Name";
+  std::string size = "Size";
+  std::string isEnabled = "Enabled";
+  std::string path = "Path";
+  std::string count = "Count";
+};
+
+// --- The contenders: each builds all records, and adds up what it finds in them
+
+class MetaRecords {
+ public:
+  void Build(const std::vector<Record>& records) {
+    const auto shape = MetaStruct::New("Disk");
+    Fill(*shape, records[0]);
+    list_ = MetaList::New(MetaType::Struct, shape);
+    for (const Record& record : records) {
+      auto value = MetaStruct::New("Disk");
+      Fill(*value, record);
+      list_->Add(value);
+    }
+  }
+
+  long LookUp(std::size_t index, const Names& names) const {
+    const auto& record = static_cast<const MetaStruct&>(*list_->GetObjects()[index]);
+    const auto name = record.GetField(names.name);
+    const auto size = record.GetField(names.size);
+    const auto isEnabled = record.GetField(names.isEnabled);
+    const auto path = record.GetField(names.path);
+    const auto count = record.GetField(names.count);
+    return static_cast<long>(static_cast<const MetaString&>(*name).GetValue().size() +
+                             static_cast<const MetaString&>(*path).GetValue().size()) +
+           static_cast<const MetaInt&>(*size).GetValue() +
+           static_cast<const MetaInt&>(*count).GetValue() +
+           (static_cast<const MetaBool&>(*isEnabled).GetValue() ? 1 : 0);
+  }
+
+  std::string Print() const { return list_->ToString(); }
+
+ private:
+  static void Fill(MetaStruct& value, const Record& record) {
+    value.SetField("Name", record.name);
+    value.SetField("Size", record.size);
+    value.SetField("Enabled", record.isEnabled);
+    value.SetField("Path", record.path);
+    value.SetField("Count", record.count);
+  }
+
+  std::shared_ptr<MetaList> list_;
+};
+
+class PlainRecords {
+ public:
+  void Build(const std::vector<Record>& records) {
+    for (const Record& record : records) {
+      records_.push_back(record);
+    }
+  }
+
+  long LookUp(std::size_t index, const Names&) const {
+    const Record& record = records_[index];
+    return static_cast<long>(record.name.size() + record.path.size()) + record.size + record.count +
+           (record.isEnabled ? 1 : 0);
+  }
+
+ private:
+  std::vector<Record> records_;
+};
+
+class MapRecords {
+ public:
+  void Build(const std::vector<Record>& records) {
+    for (const Record& record : records) {
+      std::map<std::string, Value> value;
+      value["Name"] = record.name;
+      value["Size"] = record.size;
+      value["Enabled"] = record.isEnabled;
+      value["Path"] = record.path;
+      value["Count"] = static_cast<long>(record.count);
+      records_.push_back(std::move(value));
+    }
+  }
+
+  long LookUp(std::size_t index, const Names& names) const {
+    const auto& record = records_[index];
+    return static_cast<long>(std::get<std::string>(record.find(names.name)->second).size() +
+                             std::get<std::string>(record.find(names.path)->second).size()) +
+           std::get<long>(record.find(names.size)->second) +
+           std::get<long>(record.find(names.count)->second) +
+           (std::get<bool>(record.find(names.isEnabled)->second) ? 1 : 0);
+  }
+
+ private:
+  using Value = std::variant<bool, long, std::string>;
+  std::vector<std::map<std::string, Value>> records_;
+};
+
+#ifdef KESTREL_HAS_RAPIDJSON
+
+// Names and texts are copied, as the values under test copy them.
+template <typename Allocator>
+class RapidRecords {
+ public:
+  void Build(const std::vector<Record>& records) {
+    document_ = std::make_unique<Document>();
+    document_->SetArray();
+    Allocator& allocator = document_->GetAllocator();
+    for (const Record& record : records) {
+      Value value(rapidjson::kObjectType);
+      value.AddMember(Text("Name"), Text(record.name), allocator);
+      value.AddMember(Text("Size"), Value(static_cast<std::int64_t>(record.size)), allocator);
+      value.AddMember(Text("Enabled"), Value(record.isEnabled), allocator);
+      value.AddMember(Text("Path"), Text(record.path), allocator);
+      value.AddMember(Text("Count"), Value(record.count), allocator);
+      document_->PushBack(value, allocator);
+    }
+  }
+
+  long LookUp(std::size_t index, const Names& names) const {
+    const Value& record = (*document_)[static_cast<rapidjson::SizeType>(index)];
+    return static_cast<long>(Find(record, names.name).GetStringLength() +
+                             Find(record, names.path).GetStringLength()) +
+           Find(record, names.size).GetInt64() + Find(record, names.count).GetInt() +
+           (Find(record, names.isEnabled).GetBool() ? 1 : 0);
+  }
+
+ private:
+  using Document = rapidjson::GenericDocument<rapidjson::UTF8<>, Allocator>;
+  using Value = typename Document::ValueType;
+
+  static const Value& Find(const Value& record, const std::string& name) {
+    const Value key(rapidjson::StringRef(name.data(), name.size()));
+    return record.FindMember(key)->value;
+  }
+
+  Value Text(const std::string& text) {
+    return Value(text.data(), static_cast<rapidjson::SizeType>(text.size()),
+                 document_->GetAllocator());
+  }
+
+  std::unique_ptr<Document> document_;
+};
+
+using RapidPoolRecords = RapidRecords<rapidjson::MemoryPoolAllocator<>>;
+using RapidHeapRecords = RapidRecords<rapidjson::CrtAllocator>;
+
+#endif
+
+// --- The questions
+
+// Time of this process alone, so that a busy machine disturbs less; the kernel's part included.
+double Now() {
+  timespec now;
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
+
+template <typename Contender>
+Cost BuildAndDestroy(const std::vector<Record>& records) {
+  Cost cost;
+  auto contender = std::make_unique<Contender>();
+  const double before = HeapBytes();
+  const double start = Now();
+  contender->Build(records);
+  cost.buildSeconds = Now() - start;
+  cost.heapBytes = HeapBytes() - before;
+  const double middle = Now();
+  contender.reset();
+  cost.destroySeconds = Now() - middle;
+  return cost;
+}
+
+template <typename Contender>
+void BM_RecordsBuild(benchmark::State& state) {
+  const std::vector<Record> records = MakeRecords(static_cast<std::size_t>(state.range(0)));
+  Cost cost;
+  for (auto _ : state) {
+    cost = InFreshProcess([&records] { return BuildAndDestroy<Contender>(records); });
+    state.SetIterationTime(cost.buildSeconds);
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+  state.counters["bytes"] = cost.heapBytes / static_cast<double>(state.range(0));
+}
+
+template <typename Contender>
+void BM_RecordsDestroy(benchmark::State& state) {
+  const std::vector<Record> records = MakeRecords(static_cast<std::size_t>(state.range(0)));
+  for (auto _ : state) {
+    const Cost cost = InFreshProcess([&records] { return BuildAndDestroy<Contender>(records); });
+    state.SetIterationTime(cost.destroySeconds);
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+template <typename Contender>
+void BM_RecordsLookUp(benchmark::State& state) {
+  const std::vector<Record> records = MakeRecords(static_cast<std::size_t>(state.range(0)));
+  Contender contender;
+  contender.Build(records);
+  const Names names;
+  for (auto _ : state) {
+    long sum = 0;
+    for (std::size_t index = 0; index < records.size(); ++index) {
+      sum += contender.LookUp(index, names);
+    }
+    benchmark::DoNotOptimize(sum);
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+void BM_RecordsPrint(benchmark::State& state) {
+  MetaRecords contender;
+  contender.Build(MakeRecords(static_cast<std::size_t>(state.range(0))));
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(contender.Print());
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+#define KESTREL_ASK_OF(contender)                                                      \
+  BENCHMARK(BM_RecordsBuild<contender>)->Arg(100000)->Arg(1000000)->UseManualTime();   \
+  BENCHMARK(BM_RecordsDestroy<contender>)->Arg(100000)->Arg(1000000)->UseManualTime(); \
+  BENCHMARK(BM_RecordsLookUp<contender>)->Arg(1000)->Arg(100000)
+
+KESTREL_ASK_OF(MetaRecords);
+KESTREL_ASK_OF(PlainRecords);
+KESTREL_ASK_OF(MapRecords);
+#ifdef KESTREL_HAS_RAPIDJSON
+KESTREL_ASK_OF(RapidPoolRecords);
+KESTREL_ASK_OF(RapidHeapRecords);
+#endif
+BENCHMARK(BM_RecordsPrint)->Arg(100000);
+
+}  // namespace
