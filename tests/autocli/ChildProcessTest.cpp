@@ -9,7 +9,6 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <cstdlib>
 #include <filesystem>
 #include <iterator>
 #include <string>
@@ -17,6 +16,7 @@
 
 #include "autocli/FileDescriptor.h"
 #include "kestrel/KestrelException.h"
+#include "support/Random.h"
 #include "support/ScopedTempDir.h"
 
 namespace Kestrel::AutoCli {
@@ -39,6 +39,11 @@ std::string OutputOf(const std::string& commandLine, const std::string& stdinDat
 int CountOpenDescriptors() {
   const std::filesystem::directory_iterator open("/proc/self/fd");
   return static_cast<int>(std::distance(begin(open), end(open)));
+}
+
+int FirstFreeDescriptor() {
+  const FileDescriptor next(dup(STDIN_FILENO));
+  return next.Get();
 }
 
 bool HasChildren() {
@@ -114,9 +119,20 @@ TEST(ChildProcessTest, AChildThatClosesItsInputFailsTheWrite) {
   }
 }
 
-TEST(ChildProcessTest, AChildThatNeverReadsMayBeFedWhatAPipeHolds) {
+TEST(ChildProcessTest, AChildMayLeaveTheRestOfItsInput) {
   const LeavesNothing nothing;
-  EXPECT_EQ(OutputOf("echo a", std::string(1000, 'x')), "a\n");
+  EXPECT_EQ(OutputOf("head -c 1", std::string(1000, 'x')), "x");
+}
+
+TEST(ChildProcessTest, AChildThatNeverReadsIsWaitedFor) {
+  const LeavesNothing nothing;
+  EXPECT_EQ(OutputOf("sleep 0.2; echo a", ""), "a\n");
+  std::string output;
+  EXPECT_THAT([&] { RunShell("sleep 0.2; echo a", output, std::string(1000000, 'x')); },
+              ThrowsMessage<KestrelException>("Unable to write to sub-process: Broken pipe"));
+  while (HasChildren()) {
+    OutputOf("exit 0");
+  }
 }
 
 TEST(ChildProcessTest, ABrokenPipeLeavesSignalsAsTheyWere) {
@@ -193,6 +209,63 @@ TEST(ChildProcessTest, ASignalEndsNoCall) {
   EXPECT_EQ(output, data);
 }
 
+/// Acts when a child sends this process SIGALRM; the call that it interrupts is not resumed.
+class Interruption {
+ public:
+  explicit Interruption(void (*act)(int)) {
+    struct sigaction action = {};
+    action.sa_handler = act;
+    sigaction(SIGALRM, &action, &before_);  // without SA_RESTART
+  }
+  ~Interruption() { sigaction(SIGALRM, &before_, nullptr); }
+
+ private:
+  struct sigaction before_;
+};
+
+int outputPipe = -1;  // the end of a child's output pipe that the library reads
+
+TEST(ChildProcessTest, AReadThatFailsKeepsWhatCameBefore) {
+  const int first = FirstFreeDescriptor();
+  outputPipe = first + 2;
+  const auto readFails = [](const std::string& commandLine, const std::string& stdinData) {
+    const Interruption interruption([](int) { close(outputPipe); });
+    std::string output = "before ";
+    EXPECT_THAT(
+        [&] { RunShell(commandLine, output, stdinData); },
+        ThrowsMessage<KestrelException>("Unable to read from sub-process: Bad file descriptor"));
+    EXPECT_EQ(output, "before begun\n");
+  };
+  readFails("echo begun; sleep 0.3; kill -ALRM $PPID; sleep 0.1", "");
+  readFails("echo begun; sleep 0.3; kill -ALRM $PPID; sleep 0.1; cat >/dev/null",
+            std::string(1000000, 'x'));
+  while (HasChildren()) {
+    OutputOf("exit 0");
+  }
+  EXPECT_EQ(FirstFreeDescriptor(), first);
+}
+
+TEST(ChildProcessTest, ASystemThatRefusesToWaitFailsTheWrite) {
+  rlimit before;
+  getrlimit(RLIMIT_NOFILE, &before);
+  const Interruption interruption([](int) {
+    rlimit one;  // a wait for two descriptors is one too many then
+    getrlimit(RLIMIT_NOFILE, &one);
+    one.rlim_cur = 1;
+    setrlimit(RLIMIT_NOFILE, &one);
+  });
+  std::string output;
+  EXPECT_THAT(
+      [&] {
+        RunShell("kill -ALRM $PPID; sleep 0.1; cat >/dev/null", output, std::string(1000000, 'x'));
+      },
+      ThrowsMessage<KestrelException>("Unable to write to sub-process: Invalid argument"));
+  setrlimit(RLIMIT_NOFILE, &before);
+  while (HasChildren()) {
+    OutputOf("exit 0");
+  }
+}
+
 TEST(ChildProcessTest, AWaitThatFailsIsReported) {
   std::string output;
   const auto before = signal(SIGCHLD, SIG_IGN);  // children vanish without a status then
@@ -235,11 +308,6 @@ class DescriptorLimit {
  private:
   rlimit before_;
 };
-
-int FirstFreeDescriptor() {
-  const FileDescriptor next(dup(STDIN_FILENO));
-  return next.Get();
-}
 
 TEST(ChildProcessTest, RunningOutOfDescriptorsIsReported) {
   const LeavesNothing nothing;
@@ -313,7 +381,7 @@ TEST(ChildProcessTest, WithoutStandardStreamsItMayRunOutOfDescriptorsToo) {
 
 TEST(ChildProcessTest, ManyRunsLeaveNothingBehind) {
   const LeavesNothing nothing;
-  const int runs = std::getenv("KESTREL_CAMPAIGN") != nullptr ? 10000 : 500;
+  const int runs = Testing::Rounds(500, 10000);
   for (int i = 0; i < runs; ++i) {
     ASSERT_EQ(OutputOf("cat", std::to_string(i)), std::to_string(i));
   }

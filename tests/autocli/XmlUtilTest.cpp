@@ -6,7 +6,7 @@
 #include <libxml/tree.h>
 #include <unistd.h>
 
-#include <ctime>
+#include <climits>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -15,6 +15,7 @@
 #include "kestrel/KestrelException.h"
 #include "kestrel/metaobj/MetaInt.h"
 #include "support/DescribeValue.h"
+#include "support/Random.h"
 #include "support/StreamCapture.h"
 
 namespace Kestrel::AutoCli {
@@ -501,6 +502,44 @@ TEST(XmlUtilTest, ANestedFirstElementIsBuiltOnce) {
   EXPECT_EQ(ResultOf(NestedLists(80)), expected);
   const std::string value = NestedLists(80);
   EXPECT_EQ(BuildOf(value.substr(8, value.size() - 17)), expected);
+}
+
+TEST(XmlUtilTest, ReadsAMillionElements) {
+  const auto list = std::dynamic_pointer_cast<MetaList>(XmlUtil_ParseXmlOutput(
+      "<o><list type='int'>" + Repeat("<int>12</int>", 999999) + "<int>13</int></list></o>"));
+  ASSERT_EQ(list->GetCount(), 1000000u);
+  EXPECT_EQ(DescribeValue(list->GetItem(0)), "int 12");
+  EXPECT_EQ(DescribeValue(list->GetItem(999999)), "int 13");
+}
+
+TEST(XmlUtilTest, ReadsManyFieldsAndManyStructures) {
+  std::string fields;
+  for (int i = 0; i < 100000; ++i) {
+    fields +=
+        "<field name='f" + std::to_string(i) + "'><int>" + std::to_string(i) + "</int></field>";
+  }
+  const auto record = std::dynamic_pointer_cast<MetaStruct>(
+      XmlUtil_ParseXmlOutput("<o><structure typeName='S'>" + fields + "</structure></o>"));
+  EXPECT_EQ(record->GetFieldNames().size(), 100000u);
+  EXPECT_EQ(DescribeValue(record->GetField("f77777")), "int 77777");
+  const auto list = std::dynamic_pointer_cast<MetaList>(XmlUtil_ParseXmlOutput(
+      "<o><list type='structure'>" +
+      Repeat("<structure typeName='S'><field name='a'><string>x</string></field></structure>",
+             100000) +
+      "</list></o>"));
+  EXPECT_EQ(list->GetCount(), 100000u);
+}
+
+TEST(XmlUtilTest, ATextTooLongForTheParserIsNoDocument) {
+  if (Testing::Rounds(0, 1) == 0) {
+    GTEST_SKIP() << "takes two gigabytes: part of a campaign only";
+  }
+  std::string text(static_cast<std::size_t>(INT_MAX) + 1, ' ');
+  text.replace(0, 8, "<o><int>");
+  text.replace(text.size() - 10, 10, "</int></o>");
+  StreamCapture diagnostics(STDERR_FILENO);
+  EXPECT_EQ(XmlUtil_ParseXmlOutput(text), nullptr);
+  EXPECT_THAT(diagnostics.GetText(), IsEmpty());
 }
 
 TEST(XmlUtilTest, ADocumentIsAtMost257ElementsDeep) {
