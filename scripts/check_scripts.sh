@@ -3,13 +3,9 @@
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-mapfile -t scripts < <(
-  echo run
-  echo test
-  echo .ci/run
-  find . -path ./build -prune -o \( -name '*.sh' -o -name '*.bash' \) -print | sort
-)
-shellcheck --external-sources "${scripts[@]}"
+find run test .ci/run . -path ./build -prune -o \
+  \( -path run -o -path test -o -path .ci/run -o -name '*.sh' -o -name '*.bash' \) -print0 |
+  sort -zu | xargs -0 shellcheck --external-sources
 for program in plugins/shell/value-document plugins/shell/*.pl; do
   perl -c "$program" 2>&1 | sed '/ syntax OK$/d'
 done

@@ -11,7 +11,7 @@ fail() {
 # The packages of the given groups that are not there, one a line.
 missing_packages() {
   local group package tool
-  while read -r group package tool _; do
+  grep -v '^#' scripts/packages.txt | while read -r group package tool _; do
     case " $* " in *" $group "*) ;; *) continue ;; esac
     if [[ $tool != - ]]; then
       command -v "$tool" >/dev/null || echo "$package"
@@ -19,7 +19,7 @@ missing_packages() {
       dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed ||
         echo "$package"
     fi
-  done < <(grep -v '^#' scripts/packages.txt)
+  done
 }
 
 package_purpose() {
@@ -72,9 +72,10 @@ apt_install() {
 
 # Makes sure that the packages of the given groups are there; says what it installs, and why.
 ensure_packages() {
-  local missing package as_root
-  mapfile -t missing < <(missing_packages "$@")
-  [[ ${#missing[@]} -gt 0 ]] || return 0
+  local names missing package as_root
+  names=$(missing_packages "$@")
+  [[ -n $names ]] || return 0
+  mapfile -t missing <<<"$names"
 
   say "Missing from this machine:"
   for package in "${missing[@]}"; do
