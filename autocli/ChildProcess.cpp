@@ -152,6 +152,7 @@ class SigpipeBlock {
 pid_t Start(const std::vector<std::string>& arguments, const std::string& commandLine,
             const Pipe& input, const Pipe& output) {
   std::vector<const char*> argv;
+  argv.reserve(arguments.size() + 1);
   for (const std::string& argument : arguments) {
     argv.push_back(argument.c_str());
   }
