@@ -14,15 +14,15 @@ namespace Kestrel::AutoCli {
 
 /// The kind that values of the class `Class` announce.
 template <typename Class>
-constexpr MetaObj::MetaType kKindOf = MetaObj::MetaType::Int;
+inline constexpr MetaObj::MetaType kKindOf = MetaObj::MetaType::Int;
 template <>
-constexpr MetaObj::MetaType kKindOf<MetaObj::MetaBool> = MetaObj::MetaType::Bool;
+inline constexpr MetaObj::MetaType kKindOf<MetaObj::MetaBool> = MetaObj::MetaType::Bool;
 template <>
-constexpr MetaObj::MetaType kKindOf<MetaObj::MetaString> = MetaObj::MetaType::String;
+inline constexpr MetaObj::MetaType kKindOf<MetaObj::MetaString> = MetaObj::MetaType::String;
 template <>
-constexpr MetaObj::MetaType kKindOf<MetaObj::MetaStruct> = MetaObj::MetaType::Struct;
+inline constexpr MetaObj::MetaType kKindOf<MetaObj::MetaStruct> = MetaObj::MetaType::Struct;
 template <>
-constexpr MetaObj::MetaType kKindOf<MetaObj::MetaList> = MetaObj::MetaType::List;
+inline constexpr MetaObj::MetaType kKindOf<MetaObj::MetaList> = MetaObj::MetaType::List;
 
 /// `value` as one of the five value classes, or null when it is null or of another class, whatever
 /// kind it announces.
