@@ -10,6 +10,7 @@
 #include <csignal>
 #include <cstring>
 #include <ctime>
+#include <utility>
 
 #include "autocli/FileDescriptor.h"
 #include "kestrel/KestrelException.h"
@@ -188,6 +189,15 @@ bool ReadChunk(const FileDescriptor& from, std::string& received) {
   return count > 0;
 }
 
+/// Appends `received` to `output`, without a copy where that holds nothing yet.
+void HandOver(std::string& received, std::string& output) {
+  if (output.empty()) {
+    output.swap(received);
+  } else {
+    output += received;
+  }
+}
+
 /// Writes as much of `data` from `written` on as the pipe takes, and moves `written` on.
 void WriteChunk(const FileDescriptor& to, const std::string& data, std::size_t& written) {
   const ssize_t count = write(to.Get(), data.data() + written, data.size() - written);
@@ -247,11 +257,11 @@ int RunChildProcess(const std::vector<std::string>& arguments, const std::string
       outputIsOpen = ReadChunk(result.readEnd, received);
     }
   } catch (const ReadFailure& failure) {
-    output += received;
+    HandOver(received, output);
     throw KestrelException(failure.what());
   }
   result.readEnd.Close();
-  output += received;
+  HandOver(received, output);
   return child.Wait(commandLine);
 }
 

@@ -1,7 +1,8 @@
 // A stack of open elements follows the parser's events; every value is complete when its element
 // ends, and is handed to the element around it. The first value in the root ends the building; the
 // rest is only checked for being well-formed. What goes wrong in the building is kept back until
-// the document has proved well-formed.
+// the document has proved well-formed. Only a document that the parser takes without a word is read
+// so: for any other the diagnostics, too, are those of a reading through a tree.
 
 #include "autocli/XmlValueReader.h"
 
@@ -9,8 +10,6 @@
 #include <strings.h>
 
 #include <algorithm>
-#include <cstdarg>
-#include <cstdio>
 #include <cstring>
 #include <exception>
 #include <optional>
@@ -29,44 +28,62 @@ using MetaObj::MetaStruct;
 
 namespace {
 
-constexpr const char* kDocumentName = "STDOUT";
 /// The tree refuses a text that it puts together from pieces beyond this many bytes.
 constexpr std::size_t kLongestJoinedText = 10000000;
 
-/// Holds the parser's diagnostics back until it is known whether a second reading prints its own.
-class HeldDiagnostics {
+/// Keeps the parser silent and notes whether it had anything to say.
+class SilencedDiagnostics {
  public:
-  HeldDiagnostics() : handler_(xmlGenericError), context_(xmlGenericErrorContext) {
-    xmlSetGenericErrorFunc(this, Collect);
+  SilencedDiagnostics() : handler_(xmlGenericError), context_(xmlGenericErrorContext) {
+    xmlSetGenericErrorFunc(this, Note);
   }
-  HeldDiagnostics(const HeldDiagnostics&) = delete;
-  HeldDiagnostics& operator=(const HeldDiagnostics&) = delete;
-  ~HeldDiagnostics() { Restore(); }
+  SilencedDiagnostics(const SilencedDiagnostics&) = delete;
+  SilencedDiagnostics& operator=(const SilencedDiagnostics&) = delete;
+  ~SilencedDiagnostics() { xmlSetGenericErrorFunc(context_, handler_); }
 
-  void Print() const {
-    Restore();  // the handler looks up its context by itself
-    if (!text_.empty()) {
-      handler_(context_, "%s", text_.c_str());
-    }
-  }
+  bool IsEmpty() const { return isEmpty_; }
 
  private:
-  __attribute__((format(printf, 2, 3))) static void Collect(void* self, const char* format, ...) {
-    std::va_list arguments;
-    va_start(arguments, format);
-    char* line = nullptr;
-    if (vasprintf(&line, format, arguments) >= 0) {
-      static_cast<HeldDiagnostics*>(self)->text_ += line;
-      std::free(line);
-    }
-    va_end(arguments);
+  static void Note(void* self, const char*, ...) {
+    static_cast<SilencedDiagnostics*>(self)->isEmpty_ = false;
   }
 
-  void Restore() const { xmlSetGenericErrorFunc(context_, handler_); }
+  const xmlGenericErrorFunc handler_;
+  void* const context_;
+  bool isEmpty_ = true;
+};
 
-  xmlGenericErrorFunc handler_;
-  void* context_;
-  std::string text_;
+/// The names that mean something, as the parser's dictionary keeps them: it hands over each name as
+/// the one copy that it has of it, so that pointers are compared instead of texts.
+struct Names {
+  explicit Names(xmlDict* dictionary)
+      : field(Find(dictionary, "field")),
+        list(Find(dictionary, "list")),
+        structure(Find(dictionary, "structure")),
+        integer(Find(dictionary, "int")),
+        boolean(Find(dictionary, "bool")),
+        string(Find(dictionary, "string")),
+        name(Find(dictionary, "name")),
+        type(Find(dictionary, "type")),
+        typeName(Find(dictionary, "typeName")),
+        xml(Find(dictionary, "xml")),
+        id(Find(dictionary, "id")) {}
+
+  static const xmlChar* Find(xmlDict* dictionary, const char* text) {
+    return xmlDictLookup(dictionary, AsXmlChars(text), -1);
+  }
+
+  const xmlChar* const field;
+  const xmlChar* const list;
+  const xmlChar* const structure;
+  const xmlChar* const integer;
+  const xmlChar* const boolean;
+  const xmlChar* const string;
+  const xmlChar* const name;
+  const xmlChar* const type;
+  const xmlChar* const typeName;
+  const xmlChar* const xml;
+  const xmlChar* const id;
 };
 
 /// The attributes of a start tag, as the parser hands them over: five entries each.
@@ -75,22 +92,30 @@ class Attributes {
   Attributes() = default;
   Attributes(const xmlChar** entries, int count) : entries_(entries), count_(count) {}
 
-  /// The value of the first attribute of that local name; empty when there is none.
-  std::string Get(const char* name) const {
+  /// Puts the value of the first attribute of that local name into `value`, or nothing.
+  void Get(const xmlChar* name, std::string& value) const {
+    value.clear();
     for (int i = 0; i < count_; ++i) {
       const xmlChar** entry = entries_ + 5 * i;
-      if (!HasUnknownPrefix(entry) && std::strcmp(AsChars(entry[0]), name) == 0) {
-        return Decode(
-            std::string_view(AsChars(entry[3]), static_cast<std::size_t>(entry[4] - entry[3])));
+      if (entry[0] == name) {
+        Decode(std::string_view(AsChars(entry[3]), static_cast<std::size_t>(entry[4] - entry[3])),
+               value);
+        return;
       }
     }
-    return std::string();
+  }
+
+  std::string Get(const xmlChar* name) const {
+    std::string value;
+    Get(name, value);
+    return value;
   }
 
   /// Whether one of them names its element, which only a tree can check.
-  bool HasXmlId() const {
+  bool HasXmlId(const Names& names) const {
     for (int i = 0; i < count_; ++i) {
-      if (IsXmlId(entries_ + 5 * i)) {
+      const xmlChar** entry = entries_ + 5 * i;
+      if (entry[1] == names.xml && entry[0] == names.id) {
         return true;
       }
     }
@@ -98,64 +123,53 @@ class Attributes {
   }
 
  private:
-  static bool IsXmlId(const xmlChar** entry) {
-    return entry[1] != nullptr && std::strcmp(AsChars(entry[1]), "xml") == 0 &&
-           std::strcmp(AsChars(entry[0]), "id") == 0;
-  }
-
   /// The parser hands a "&" over as a reference, the only one that is left in a value: a document
   /// without a type has no entities of its own.
-  static std::string Decode(std::string_view value) {
+  static void Decode(std::string_view value, std::string& decoded) {
     constexpr std::string_view kReference = "#38;";
-    std::string decoded;
     for (std::size_t end = value.find('&'); end != std::string_view::npos; end = value.find('&')) {
       decoded.append(value.substr(0, end + 1));
       value.remove_prefix(std::min(end + 1 + kReference.size(), value.size()));
     }
-    return decoded.append(value);
-  }
-
-  static bool HasUnknownPrefix(const xmlChar** entry) {
-    return entry[1] != nullptr && entry[2] == nullptr;
+    decoded.append(value);
   }
 
   const xmlChar** entries_ = nullptr;
   int count_ = 0;
 };
 
-/// One open element that the value is being built from.
+/// One open element that holds values. Its object serves the next element of the same depth, too.
 struct OpenElement {
-  enum class Kind { Root, Field, Structure, List, Scalar };
+  enum class Kind { Root, Field, Structure, List };
 
-  explicit OpenElement(Kind openKind) : kind(openKind) {}
-
-  Kind kind;
-  XmlValueTag scalar = XmlValueTag::String;
+  Kind kind = Kind::Root;
   bool hasValue = false;  // a field's
-  std::string text;       // a field's name or a scalar's content
+  std::string name;       // a field's
   std::shared_ptr<MetaStruct> record;
   std::optional<XmlListBuilder> list;
 };
 
 class XmlValueReader {
  public:
-  void StartElement(const char* name, const Attributes& attributes) {
+  explicit XmlValueReader(xmlDict* dictionary) : names_(dictionary) {}
+
+  void StartElement(const xmlChar* name, const Attributes& attributes) {
     last_ = LastNode::None;
-    if (attributes.HasXmlId()) {
+    if (attributes.HasXmlId(names_)) {
       needsTree_ = true;
     }
     if (done_) {
       return;
     }
-    if (ignoredDepth_ > 0) {
+    if (ignoredDepth_ > 0 || scalar_.has_value()) {
       ++ignoredDepth_;
       return;
     }
-    if (open_.empty()) {
-      open_.emplace_back(OpenElement::Kind::Root);
+    if (depth_ == 0) {
+      Open(OpenElement::Kind::Root);
       return;
     }
-    StartInside(open_.back(), name, attributes);
+    StartInside(Innermost(), name, attributes);
   }
 
   void EndElement() {
@@ -175,27 +189,25 @@ class XmlValueReader {
 
   void Comment(const char* text) {
     last_ = LastNode::Other;
-    if (OpenElement* scalar = OpenScalar()) {
-      scalar->text = text;
+    if (TakesContent()) {
+      content_ = text;
     }
   }
 
   /// `data` is null where the instruction has none.
-  void ProcessingInstruction(const char* target, const char* data) {
+  void ProcessingInstruction(const xmlChar* target, const char* data) {
     last_ = LastNode::Other;
-    if (done_ || ignoredDepth_ > 0 || open_.empty()) {
-      return;
-    }
-    if (OpenElement* scalar = OpenScalar()) {
+    if (TakesContent()) {
       if (data != nullptr) {
-        scalar->text = data;
+        content_ = data;
       }
       return;
     }
-    if (AwaitsValue(open_.back())) {
-      StartValue(target, Attributes());
-      EndOpen();
+    if (done_ || ignoredDepth_ > 0 || depth_ == 0 || !AwaitsValue(Innermost())) {
+      return;
     }
+    StartValue(target, Attributes());
+    EndOpen();
   }
 
   /// Nothing more is built, whatever comes.
@@ -219,48 +231,70 @@ class XmlValueReader {
     }
   }
 
-  void StartInside(const OpenElement& parent, const char* name, const Attributes& attributes) {
+  OpenElement& Innermost() { return open_[depth_ - 1]; }
+
+  OpenElement& Open(OpenElement::Kind kind) {
+    if (depth_ == open_.size()) {
+      open_.emplace_back();
+    }
+    OpenElement& opened = open_[depth_++];
+    opened.kind = kind;
+    opened.hasValue = false;
+    return opened;
+  }
+
+  void StartInside(const OpenElement& parent, const xmlChar* name, const Attributes& attributes) {
     if (AwaitsValue(parent)) {
       StartValue(name, attributes);
-      return;
-    }
-    if (parent.kind == OpenElement::Kind::Structure && std::strcmp(name, "field") == 0) {
+    } else if (parent.kind == OpenElement::Kind::Structure && name == names_.field) {
       StartField(attributes);
-      return;
+    } else {
+      ignoredDepth_ = 1;
     }
-    ignoredDepth_ = 1;
   }
 
   void StartField(const Attributes& attributes) {
-    OpenElement field(OpenElement::Kind::Field);
-    field.text = attributes.Get("name");
-    if (field.text.empty()) {
+    OpenElement& field = Open(OpenElement::Kind::Field);
+    attributes.Get(names_.name, field.name);
+    if (field.name.empty()) {
       throw KestrelException(kFieldWithoutName);
     }
-    open_.push_back(std::move(field));
   }
 
-  void StartValue(const char* name, const Attributes& attributes) {
-    const XmlValueTag tag = ParseXmlValueTag(name);
+  void StartValue(const xmlChar* name, const Attributes& attributes) {
+    const XmlValueTag tag = FindTag(name);
     if (tag == XmlValueTag::List) {
-      OpenElement list(OpenElement::Kind::List);
-      list.list.emplace(attributes.Get("type"));
-      open_.push_back(std::move(list));
-      return;
+      Open(OpenElement::Kind::List).list.emplace(attributes.Get(names_.type));
+    } else if (tag == XmlValueTag::Structure) {
+      Open(OpenElement::Kind::Structure).record = MetaStruct::New(attributes.Get(names_.typeName));
+    } else {
+      scalar_ = tag;
+      content_.clear();
     }
-    if (tag == XmlValueTag::Structure) {
-      OpenElement structure(OpenElement::Kind::Structure);
-      structure.record = MetaStruct::New(attributes.Get("typeName"));
-      open_.push_back(std::move(structure));
-      return;
+  }
+
+  XmlValueTag FindTag(const xmlChar* name) const {
+    if (name == names_.string) {
+      return XmlValueTag::String;
     }
-    open_.emplace_back(OpenElement::Kind::Scalar);
-    open_.back().scalar = tag;
+    if (name == names_.integer) {
+      return XmlValueTag::Int;
+    }
+    if (name == names_.boolean) {
+      return XmlValueTag::Bool;
+    }
+    if (name == names_.structure) {
+      return XmlValueTag::Structure;
+    }
+    return ParseXmlValueTag(AsChars(name));
   }
 
   void EndOpen() {
-    OpenElement ended = std::move(open_.back());
-    open_.pop_back();
+    if (scalar_.has_value()) {
+      return EndScalar();
+    }
+    OpenElement& ended = Innermost();
+    --depth_;
     switch (ended.kind) {
       case OpenElement::Kind::Root:
         done_ = true;
@@ -268,46 +302,40 @@ class XmlValueReader {
       case OpenElement::Kind::Field:
         return;
       case OpenElement::Kind::Structure:
-        return Complete(ended.record);
+        return Complete(std::move(ended.record));
       case OpenElement::Kind::List:
         return Complete(ended.list->Finish());
-      case OpenElement::Kind::Scalar:
-        return Complete(MakeScalar(ended));
     }
   }
 
-  static std::shared_ptr<MetaObject> MakeScalar(OpenElement& element) {
-    if (element.scalar == XmlValueTag::Int) {
-      return MakeXmlInt(element.text);
+  void EndScalar() {
+    const XmlValueTag tag = *scalar_;
+    scalar_.reset();
+    if (tag == XmlValueTag::Int) {
+      Complete(MakeXmlInt(content_));
+    } else if (tag == XmlValueTag::Bool) {
+      Complete(MakeXmlBool(content_));
+    } else {
+      Complete(MakeXmlString(std::move(content_)));
     }
-    if (element.scalar == XmlValueTag::Bool) {
-      return MakeXmlBool(element.text);
-    }
-    return MakeXmlString(std::move(element.text));
   }
 
   /// Hands a finished value to the element that it stands in.
   void Complete(const std::shared_ptr<MetaObject>& value) {
-    OpenElement& parent = open_.back();
+    OpenElement& parent = Innermost();
     if (parent.kind == OpenElement::Kind::List) {
       parent.list->Add(value);
-      return;
-    }
-    if (parent.kind == OpenElement::Kind::Field) {
+    } else if (parent.kind == OpenElement::Kind::Field) {
       parent.hasValue = true;
-      open_[open_.size() - 2].record->SetField(parent.text, value);
-      return;
+      open_[depth_ - 2].record->SetField(parent.name, value);
+    } else {
+      value_ = value;
+      done_ = true;
     }
-    value_ = value;
-    done_ = true;
   }
 
-  /// The innermost scalar, when a text would become its content now; else null.
-  OpenElement* OpenScalar() {
-    const bool isOpen = !done_ && ignoredDepth_ == 0 && !open_.empty() &&
-                        open_.back().kind == OpenElement::Kind::Scalar;
-    return isOpen ? &open_.back() : nullptr;
-  }
+  /// Whether a text would become the content of a scalar now.
+  bool TakesContent() const { return scalar_.has_value() && ignoredDepth_ == 0 && !done_; }
 
   /// Pieces that follow each other directly are one text; any other text replaces the one before.
   void Join(LastNode kind, const char* text, std::size_t length) {
@@ -317,18 +345,20 @@ class XmlValueReader {
     if (continues && joinedLength_ > kLongestJoinedText) {
       needsTree_ = true;
     }
-    OpenElement* scalar = OpenScalar();
-    if (scalar == nullptr) {
+    if (!TakesContent()) {
       return;
     }
-    if (continues) {
-      scalar->text.append(text, length);
-    } else {
-      scalar->text.assign(text, length);
+    if (!continues) {
+      content_.clear();
     }
+    content_.append(text, length);
   }
 
-  std::vector<OpenElement> open_;
+  const Names names_;
+  std::vector<OpenElement> open_;  // the outermost first; `depth_` of them are in use
+  std::size_t depth_ = 0;
+  std::optional<XmlValueTag> scalar_;  // the scalar within the innermost of them
+  std::string content_;
   std::shared_ptr<MetaObject> value_;
   std::size_t joinedLength_ = 0;
   int ignoredDepth_ = 0;
@@ -337,18 +367,42 @@ class XmlValueReader {
   bool needsTree_ = false;
 };
 
+/// What is left of a text that a parser reads.
+int ReadText(void* left, char* buffer, int length) {
+  auto* text = static_cast<std::string_view*>(left);
+  const std::size_t count = text->copy(buffer, static_cast<std::size_t>(length));
+  text->remove_prefix(count);
+  return static_cast<int>(count);
+}
+
+/// A parser that takes in `text` piece by piece, else set up as `xmlReadMemory` does; null when
+/// there is nothing to read.
+XmlParser MakeParser(std::string_view& text) {
+  XmlParser parser(text.empty() ? nullptr : xmlNewParserCtxt());
+  if (parser == nullptr) {
+    return parser;
+  }
+  xmlParserInputBuffer* buffer =
+      xmlParserInputBufferCreateIO(ReadText, nullptr, &text, XML_CHAR_ENCODING_NONE);
+  xmlParserInput* input = xmlNewIOInputStream(parser.get(), buffer, XML_CHAR_ENCODING_NONE);
+  if (input == nullptr) {
+    xmlFreeParserInputBuffer(buffer);
+    return nullptr;
+  }
+  inputPush(parser.get(), input);
+  xmlCtxtUseOptions(parser.get(), 0);
+  return parser;
+}
+
 /// The parser with its events led into a reader. No exception passes through the parser's frames.
 class ValueParser {
  public:
-  explicit ValueParser(const std::string& text)
-      : parser_(xmlCreateMemoryParserCtxt(text.data(), static_cast<int>(text.size()))) {
-    if (parser_ == nullptr) {
-      return;
+  explicit ValueParser(const std::string& text) : text_(text), parser_(MakeParser(text_)) {
+    if (parser_ != nullptr) {
+      reader_.emplace(parser_->dict);
+      parser_->_private = this;
+      LeadEventsHere(*parser_->sax);
     }
-    xmlCtxtUseOptions(parser_.get(), 0);
-    parser_->_private = this;
-    parser_->input->filename = reinterpret_cast<char*>(xmlStrdup(AsXmlChars(kDocumentName)));
-    LeadEventsHere(*parser_->sax);
   }
 
   void Parse() {
@@ -357,20 +411,20 @@ class ValueParser {
     }
   }
 
-  bool NeedsTree() const { return reader_.NeedsTree(); }
+  /// Whether the document is well-formed and what was built of it is what a tree would give.
+  bool IsRead() const {
+    return parser_ != nullptr && parser_->wellFormed != 0 && !reader_->NeedsTree();
+  }
 
-  /// The value of the parsed document; null when it is not well-formed or has none.
-  std::shared_ptr<MetaObject> GetValue() const {
+  /// The value of the document that was read; null when it has none.
+  const std::shared_ptr<MetaObject>& GetValue() const {
     if (failure_ != nullptr) {
       std::rethrow_exception(failure_);
-    }
-    if (parser_ == nullptr || !parser_->wellFormed) {
-      return nullptr;
     }
     if (refusal_.has_value()) {
       throw UnbuildableXmlOutput(*refusal_);
     }
-    return reader_.GetValue();
+    return reader_->GetValue();
   }
 
  private:
@@ -378,32 +432,24 @@ class ValueParser {
   static void Lead(void* parser, Event event) {
     auto* self = static_cast<ValueParser*>(static_cast<xmlParserCtxt*>(parser)->_private);
     try {
-      event(self->reader_);
+      event(*self->reader_);
     } catch (const KestrelException& error) {
       self->refusal_ = error;
-      self->reader_.Stop();
+      self->reader_->Stop();
     } catch (...) {
       self->failure_ = std::current_exception();
-      self->reader_.Stop();
+      self->reader_->Stop();
     }
-    if (self->reader_.NeedsTree()) {
+    if (self->reader_->NeedsTree()) {
       xmlStopParser(self->parser_.get());
     }
   }
 
   static void LeadEventsHere(xmlSAXHandler& handler) {
-    handler.startElementNs = [](void* parser, const xmlChar* name, const xmlChar* prefix,
-                                const xmlChar* uri, int, const xmlChar**, int count, int,
-                                const xmlChar** entries) {
-      Lead(parser, [&](XmlValueReader& reader) {
-        if (prefix != nullptr && uri == nullptr) {
-          // Without its namespace, the prefix stays part of the name.
-          const std::string fullName = std::string(AsChars(prefix)) + ":" + AsChars(name);
-          reader.StartElement(fullName.c_str(), Attributes(entries, count));
-          return;
-        }
-        reader.StartElement(AsChars(name), Attributes(entries, count));
-      });
+    handler.startElementNs = [](void* parser, const xmlChar* name, const xmlChar*, const xmlChar*,
+                                int, const xmlChar**, int count, int, const xmlChar** entries) {
+      Lead(parser,
+           [&](XmlValueReader& reader) { reader.StartElement(name, Attributes(entries, count)); });
     };
     handler.endElementNs = [](void* parser, const xmlChar*, const xmlChar*, const xmlChar*) {
       Lead(parser, [](XmlValueReader& reader) { reader.EndElement(); });
@@ -424,13 +470,14 @@ class ValueParser {
     };
     handler.processingInstruction = [](void* parser, const xmlChar* target, const xmlChar* data) {
       Lead(parser, [&](XmlValueReader& reader) {
-        reader.ProcessingInstruction(AsChars(target), data == nullptr ? nullptr : AsChars(data));
+        reader.ProcessingInstruction(target, data == nullptr ? nullptr : AsChars(data));
       });
     };
   }
 
+  std::string_view text_;
   XmlParser parser_;
-  XmlValueReader reader_;
+  std::optional<XmlValueReader> reader_;
   std::optional<KestrelException> refusal_;
   std::exception_ptr failure_;
 };
@@ -500,13 +547,12 @@ bool ReadXmlValue(const std::string& text, std::shared_ptr<MetaObject>& value) {
   if (xmlStructuredError != nullptr || !IsPlainlyEncoded(text) || HasDocumentType(text)) {
     return false;
   }
-  const HeldDiagnostics diagnostics;
+  SilencedDiagnostics diagnostics;
   ValueParser parser(text);
   parser.Parse();
-  if (parser.NeedsTree()) {
+  if (!parser.IsRead() || !diagnostics.IsEmpty()) {
     return false;
   }
-  diagnostics.Print();
   value = parser.GetValue();
   return true;
 }

@@ -299,8 +299,10 @@ class DocumentMaker {
   }
 
   void AddFiller() {
-    constexpr std::string_view kFillers[] = {" ",     "\n  ", "<!-- c -->", "text", "<![CDATA[x]]>",
-                                             "&#32;", "&e;",  "<?pi d?>"};
+    constexpr std::string_view kFillers[] = {
+        " ",           "\n  ",     "<!-- c -->",   "text",    "<![CDATA[x]]>", "&#32;",
+        "&e;",         "<?pi d?>", "<?string d?>", "<?int?>", "<?list?>",      "<?structure d?>",
+        "<?field d?>", "<?text?>"};
     while (random_.Chance(25)) {
       text_ += random_.Chance(90) ? kFillers[random_.Below(4)] : random_.Pick(kFillers);
     }
@@ -429,7 +431,7 @@ TEST(XmlValueReaderTest, ReadsMadeUpDocumentsAsATreeDoes) {
     }
     onEvents += ExpectSameReading(text) == Road::Events ? 1 : 0;
   }
-  EXPECT_GT(onEvents, rounds / 2);
+  EXPECT_GT(onEvents, rounds / 5);
 }
 
 TEST(XmlValueReaderTest, MadeUpDocumentsGiveEveryKindOfResult) {
@@ -629,12 +631,15 @@ TEST(XmlValueReaderTest, ReadsManyErrorsAsATreeDoes) {
   ExpectSameReading("<o>" + Repeat("<a b='1' b='2'>", 100) + "</o>");
 }
 
-TEST(XmlValueReaderTest, ADocumentTypeLeavesTheReadingToATree) {
+TEST(XmlValueReaderTest, LeavesTheUnusualToATree) {
   std::shared_ptr<MetaObject> value;
   EXPECT_TRUE(ReadXmlValue("<?xml version='1.0'?><!-- <!DOCTYPE o> --><o/>", value));
   EXPECT_FALSE(ReadXmlValue("<?xml version='1.0'?><!-- c --> <!DOCTYPE o><o/>", value));
   EXPECT_FALSE(ReadXmlValue("<?xml version='1.0' encoding='latin1'?><o/>", value));
   EXPECT_FALSE(ReadXmlValue("<o xml:id='a'/>", value));
+  EXPECT_FALSE(ReadXmlValue("<o><a></o>", value));
+  EXPECT_FALSE(ReadXmlValue("<o><p:a/></o>", value));
+  EXPECT_FALSE(ReadXmlValue("", value));
   EXPECT_FALSE(ReadXmlValue(Widen("<o/>", 2, true), value));
 }
 
