@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstring>
+#include <string_view>
 
 #include "autocli/XmlDocument.h"
 
@@ -11,8 +11,10 @@ inline const char* NameOf(const xmlNode* node) {
   return node->name == nullptr ? "" : AsChars(node->name);
 }
 
-inline bool IsNamed(const xmlNode* node, const char* name) {
-  return std::strcmp(NameOf(node), name) == 0;
+inline bool IsNamed(const xmlNode* node, std::string_view name) {
+  const char* const own = NameOf(node);
+  // Most nodes asked are told apart by their first byte.
+  return own[0] == (name.empty() ? '\0' : name[0]) && own == name;
 }
 
 /// Whether a node is what stands between the elements of a document, and is passed over there.

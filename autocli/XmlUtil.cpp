@@ -72,7 +72,7 @@ std::string XmlUtil_GetContent(const xmlNode* node) {
 std::string XmlUtil_GetContentForChildByTag(const xmlNode* node, const std::string& tag) {
   std::string content;
   for (const xmlNode* child = node->children; child != nullptr; child = child->next) {
-    if (tag != NameOf(child)) {
+    if (!IsNamed(child, tag)) {
       continue;
     }
     // Judged by the text gathered so far: an empty first match is let pass.
@@ -88,7 +88,7 @@ std::string XmlUtil_GetContentForChildByTag(const xmlNode* node, const std::stri
 xmlNode* XmlUtil_FindChildNode(const xmlNode* node, const std::string& name) {
   xmlNode* found = nullptr;
   for (xmlNode* child = node->children; child != nullptr; child = child->next) {
-    if (name != NameOf(child)) {
+    if (!IsNamed(child, name)) {
       continue;
     }
     if (found != nullptr) {
