@@ -18,6 +18,12 @@
 #include "kestrel/metaobj/MetaList.h"
 #include "kestrel/metaobj/MetaStruct.h"
 
+#ifdef KESTREL_HAS_NLOHMANN_JSON
+#include <nlohmann/json.hpp>
+#endif
+#ifdef KESTREL_HAS_PUGIXML
+#include <pugixml.hpp>
+#endif
 #ifdef KESTREL_HAS_RAPIDJSON
 #include <rapidjson/prettywriter.h>
 #include <rapidjson/stringbuffer.h>
@@ -49,6 +55,8 @@ std::shared_ptr<CallSpec::Output> MakeOutput(std::size_t count) {
   output->SetRootObject(list);
   return output;
 }
+
+void Sizes(benchmark::internal::Benchmark* bench) { bench->Arg(1000)->Arg(100000)->Arg(1000000); }
 
 template <typename Print>
 void IntoString(benchmark::State& state, const Print& print) {
@@ -140,10 +148,66 @@ auto PrintingByRapidJson(std::size_t count) {
 void BM_RapidJsonIntoString(benchmark::State& state) {
   IntoString(state, PrintingByRapidJson(static_cast<std::size_t>(state.range(0))));
 }
-BENCHMARK(BM_RapidJsonIntoString)->Arg(1000)->Arg(100000);
+
+void BM_RapidJsonIntoNothing(benchmark::State& state) {
+  IntoNothing(state, PrintingByRapidJson(static_cast<std::size_t>(state.range(0))));
+}
+BENCHMARK(BM_RapidJsonIntoString)->Apply(Sizes);
+BENCHMARK(BM_RapidJsonIntoNothing)->Apply(Sizes);
 #endif
 
-void Sizes(benchmark::internal::Benchmark* bench) { bench->Arg(1000)->Arg(100000); }
+#ifdef KESTREL_HAS_NLOHMANN_JSON
+/// The same rows from a tree of values, as a formatter has them.
+auto PrintingByNlohmannJson(std::size_t count) {
+  nlohmann::json list = nlohmann::json::array();
+  for (const Record& record : MakeRecords(count)) {
+    list.push_back({{"Name", record.name},
+                    {"Size", record.size},
+                    {"Enabled", record.isEnabled},
+                    {"Path", record.path},
+                    {"Count", record.count}});
+  }
+  return [list](std::ostream& out) { out << list.dump(3); };
+}
+
+void BM_NlohmannJsonIntoString(benchmark::State& state) {
+  IntoString(state, PrintingByNlohmannJson(static_cast<std::size_t>(state.range(0))));
+}
+BENCHMARK(BM_NlohmannJsonIntoString)->Apply(Sizes);
+#endif
+
+#ifdef KESTREL_HAS_PUGIXML
+/// The elements that the xml formatter prints, from a tree of them.
+auto PrintingByPugixml(std::size_t count) {
+  const auto document = std::make_shared<pugi::xml_document>();
+  pugi::xml_node list = document->append_child("output").append_child("list");
+  for (const Record& record : MakeRecords(count)) {
+    pugi::xml_node structure = list.append_child("structure");
+    structure.append_attribute("typeName") = "Record";
+    const auto append = [&structure](const char* name, const char* kind, const std::string& text) {
+      pugi::xml_node field = structure.append_child("field");
+      field.append_attribute("name") = name;
+      field.append_child(kind).text() = text.c_str();
+    };
+    append("Count", "integer", std::to_string(record.count));
+    append("Enabled", "boolean", record.isEnabled ? "true" : "false");
+    append("Name", "string", record.name);
+    append("Path", "string", record.path);
+    append("Size", "integer", std::to_string(record.size));
+  }
+  return [document](std::ostream& out) { document->save(out, "   "); };
+}
+
+void BM_PugixmlIntoString(benchmark::State& state) {
+  IntoString(state, PrintingByPugixml(static_cast<std::size_t>(state.range(0))));
+}
+
+void BM_PugixmlIntoNothing(benchmark::State& state) {
+  IntoNothing(state, PrintingByPugixml(static_cast<std::size_t>(state.range(0))));
+}
+BENCHMARK(BM_PugixmlIntoString)->Apply(Sizes);
+BENCHMARK(BM_PugixmlIntoNothing)->Apply(Sizes);
+#endif
 
 BENCHMARK_TEMPLATE(BM_FormatIntoString, AutoCli::TableFormatter)->Apply(Sizes);
 BENCHMARK_TEMPLATE(BM_FormatIntoNothing, AutoCli::TableFormatter)->Apply(Sizes);
