@@ -92,10 +92,10 @@ std::optional<std::string> ReadFile(const std::string& path) {
   std::size_t size = 0;
   for (;;) {
     const ssize_t count = file.Read(&text[size], text.size() - size);
-    if (count < 0 && size == 0) {
+    if (count < 0) {
       return std::nullopt;
     }
-    if (count <= 0) {
+    if (count == 0) {
       text.resize(size);
       return text;
     }
@@ -129,6 +129,12 @@ std::vector<std::string> ListFolder(const std::string& path) {
   ::closedir(folder);
   std::sort(names.begin(), names.end());
   return names;
+}
+
+void RequireEntries(const std::string& folder) {
+  if (ListFolder(folder).empty()) {
+    throw KestrelException("Unable to read " + folder + ": nothing is there");
+  }
 }
 
 std::optional<std::string> ReadLink(const std::string& path) {

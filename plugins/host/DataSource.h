@@ -15,8 +15,8 @@ namespace Kestrel::Host {
 extern const char* const kProc;
 extern const char* const kSys;
 
-/// The whole text of a file, as far as it can be read; nothing when it cannot be opened or its
-/// first byte cannot be read. `errno` then tells why.
+/// The whole text of a file; nothing when it cannot be opened or not be read to its end. `errno`
+/// then tells why.
 std::optional<std::string> ReadFile(const std::string& path);
 
 /// The same for a file that must be there. Throws KestrelException with the path and the system's
@@ -25,6 +25,10 @@ std::string ReadNeededFile(const std::string& path);
 
 /// The names in a folder but "." and "..", in byte order; none when it cannot be read.
 std::vector<std::string> ListFolder(const std::string& path);
+
+/// Throws KestrelException when a folder of the kernel is missing or empty: then nothing is mounted
+/// there, and a list made from it would only look as if there were nothing to list.
+void RequireEntries(const std::string& folder);
 
 /// Where a symbolic link leads; nothing when it is none or cannot be read.
 std::optional<std::string> ReadLink(const std::string& path);

@@ -48,7 +48,12 @@ std::vector<KernelModule> ParseModules(std::string_view text) {
 }
 
 std::vector<KernelModule> ReadModules(const std::string& proc) {
-  auto modules = ParseModules(ReadFile(proc + "/modules").value_or(std::string()));
+  const auto text = ReadFile(proc + "/modules");
+  if (!text) {
+    RequireEntries(proc);
+    return {};
+  }
+  auto modules = ParseModules(*text);
   std::sort(
       modules.begin(), modules.end(),
       [](const KernelModule& left, const KernelModule& right) { return left.name < right.name; });

@@ -18,7 +18,8 @@ struct KernelModule {
 /// The modules of a text like that of "modules" in /proc, in its order; broken lines are left out.
 std::vector<KernelModule> ParseModules(std::string_view text);
 
-/// The loaded modules by name; none where the kernel has no loadable modules.
+/// The loaded modules by name; none where the kernel has no loadable modules. Throws
+/// KestrelException where the kernel's files are hidden.
 std::vector<KernelModule> ReadModules(const std::string& proc);
 
 /// Whether a module is loaded or part of the kernel itself. A '-' in its name is the same as a '_'.

@@ -174,7 +174,11 @@ class ParameterWalk {
 const char* const kParameterNamePattern = "[^./]+([./][^./]+)*";
 
 std::vector<KernelParameter> ReadParameters(const std::string& proc, const std::string& prefix) {
-  return ParameterWalk(proc + "/sys/", RelativePath(prefix)).Run();
+  auto parameters = ParameterWalk(proc + "/sys/", RelativePath(prefix)).Run();
+  if (parameters.empty()) {
+    RequireEntries(proc + "/sys");
+  }
+  return parameters;
 }
 
 std::string ReadParameter(const std::string& proc, const std::string& name) {

@@ -17,7 +17,8 @@ struct KernelParameter {
 extern const char* const kParameterNamePattern;
 
 /// The parameters whose names start with `prefix` (whole parts of a name, or empty for all), by
-/// name. Those that may not be read are left out.
+/// name. Those that may not be read are left out. Throws KestrelException where the kernel's files
+/// are hidden.
 std::vector<KernelParameter> ReadParameters(const std::string& proc, const std::string& prefix);
 
 /// The parameter's value. `name` separates its parts by '.' or by '/'; the first one that occurs

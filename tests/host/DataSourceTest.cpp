@@ -2,12 +2,32 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
 
 #include "kestrel/KestrelException.h"
 #include "support/ScopedTempDir.h"
+
+namespace {
+
+// How many reads of this program still succeed; none fails while it is negative.
+int readsUntilFailure = -1;
+
+}  // namespace
+
+// Stands before the C library's, so that a read can fail in the middle of a file.
+extern "C" ssize_t read(int file, void* buffer, size_t size) {
+  if (readsUntilFailure == 0) {
+    errno = EIO;
+    return -1;
+  }
+  if (readsUntilFailure > 0) {
+    --readsUntilFailure;
+  }
+  return ::syscall(SYS_read, file, buffer, size);
+}
 
 namespace Kestrel::Host {
 namespace {
@@ -16,6 +36,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Optional;
 using Testing::ScopedTempDir;
+using ::testing::SizeIs;
 using ::testing::ThrowsMessage;
 
 TEST(DataSourceTest, ReadsAFileOfAnySizeToItsEnd) {
@@ -32,6 +53,20 @@ TEST(DataSourceTest, ReadsNothingFromWhatIsNoFile) {
   EXPECT_EQ(errno, ENOENT);
   EXPECT_EQ(ReadFile(folder.GetPath()), std::nullopt);
   EXPECT_EQ(errno, EISDIR);
+}
+
+TEST(DataSourceTest, APartOfAFileIsNotTheFile) {
+  const ScopedTempDir folder;
+  const std::string path = folder.Write("file", std::string(10'000, 'x'));
+  ASSERT_THAT(ReadFile(path), Optional(SizeIs(10'000)));
+  for (int good = 0; good < 3; ++good) {
+    readsUntilFailure = good;
+    const auto text = ReadFile(path);
+    const int error = errno;
+    readsUntilFailure = -1;
+    EXPECT_EQ(text, std::nullopt) << good;
+    EXPECT_EQ(error, EIO) << good;
+  }
 }
 
 TEST(DataSourceTest, SaysWhyANeededFileCannotBeRead) {

@@ -8,6 +8,7 @@
 #include <cstdlib>
 
 #include "host/Witness.h"
+#include "kestrel/KestrelException.h"
 #include "support/ScopedTempDir.h"
 
 namespace Kestrel::Host {
@@ -16,6 +17,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using Testing::ScopedTempDir;
+using ::testing::ThrowsMessage;
 using Testing::WordsIn;
 
 constexpr char kModules[] =
@@ -122,7 +124,18 @@ TEST(KernelModulesTest, AgreesWithLsmodAboutAMadeUpMachine) {
 }
 
 TEST(KernelModulesTest, ListsNoneWhereThereCanBeNone) {
-  EXPECT_THAT(ReadModules("/nowhere"), IsEmpty());
+  const ScopedTempDir proc;
+  proc.Write("version", "a kernel without loadable modules");
+  EXPECT_THAT(ReadModules(proc.GetPath()), IsEmpty());
+}
+
+TEST(KernelModulesTest, HiddenModulesAreNotTakenForNone) {
+  const ScopedTempDir proc;
+  EXPECT_THAT(
+      [&proc] { ReadModules(proc.GetPath()); },
+      ThrowsMessage<KestrelException>("Unable to read " + proc.GetPath() + ": nothing is there"));
+  EXPECT_THAT([] { ReadModules("/nowhere"); },
+              ThrowsMessage<KestrelException>("Unable to read /nowhere: nothing is there"));
 }
 
 TEST(KernelModulesTest, FindsModulesThatAreLoadedOrPartOfTheKernel) {

@@ -70,8 +70,17 @@ TEST_F(KernelParametersTest, EndsWhereALinkLeadsBack) {
   EXPECT_EQ(NamesUnder("").size(), 5u);
 }
 
-TEST_F(KernelParametersTest, ListsNothingWithoutParameters) {
-  EXPECT_THAT(ReadParameters("/nowhere", ""), IsEmpty());
+TEST_F(KernelParametersTest, ListsNothingUnderANameThatIsNoGroup) {
+  EXPECT_THAT(ReadParameters(proc_.GetPath(), "nowhere"), IsEmpty());
+}
+
+TEST(HiddenKernelParametersTest, AreNotTakenForNone) {
+  const ScopedTempDir proc;
+  const auto read = [&proc] { ReadParameters(proc.GetPath(), ""); };
+  const std::string message = "Unable to read " + proc.GetPath("sys") + ": nothing is there";
+  EXPECT_THAT(read, ThrowsMessage<KestrelException>(message));
+  proc.MakeDirectory("sys");
+  EXPECT_THAT(read, ThrowsMessage<KestrelException>(message));
 }
 
 TEST_F(KernelParametersTest, ReadsByEitherSpelling) {
