@@ -245,9 +245,26 @@ TEST(ChildProcessTest, AReadThatFailsKeepsWhatCameBefore) {
   EXPECT_EQ(FirstFreeDescriptor(), first);
 }
 
+/// Gives this process the limit of descriptors back that it had, whatever was set meanwhile.
+class DescriptorLimit {
+ public:
+  DescriptorLimit() { getrlimit(RLIMIT_NOFILE, &before_); }
+
+  /// No descriptor from `limit` on can be opened until then.
+  explicit DescriptorLimit(int limit) : DescriptorLimit() {
+    rlimit limited = before_;
+    limited.rlim_cur = static_cast<rlim_t>(limit);
+    setrlimit(RLIMIT_NOFILE, &limited);
+  }
+  DescriptorLimit(const DescriptorLimit&) = delete;
+  DescriptorLimit& operator=(const DescriptorLimit&) = delete;
+  ~DescriptorLimit() { setrlimit(RLIMIT_NOFILE, &before_); }
+
+ private:
+  rlimit before_;
+};
+
 TEST(ChildProcessTest, ASystemThatRefusesToWaitFailsTheWrite) {
-  rlimit before;
-  getrlimit(RLIMIT_NOFILE, &before);
   const Interruption interruption([](int) {
     rlimit one;  // a wait for two descriptors is one too many then
     getrlimit(RLIMIT_NOFILE, &one);
@@ -257,10 +274,10 @@ TEST(ChildProcessTest, ASystemThatRefusesToWaitFailsTheWrite) {
   std::string output;
   EXPECT_THAT(
       [&] {
+        const DescriptorLimit before;  // back before the exception is looked at
         RunShell("kill -ALRM $PPID; sleep 0.1; cat >/dev/null", output, std::string(1000000, 'x'));
       },
       ThrowsMessage<KestrelException>("Unable to write to sub-process: Invalid argument"));
-  setrlimit(RLIMIT_NOFILE, &before);
   while (HasChildren()) {
     OutputOf("exit 0");
   }
@@ -293,21 +310,6 @@ TEST(ChildProcessTest, AProgramThatCannotBeStartedIsReported) {
   EXPECT_THAT([&] { start(text); }, ThrowsMessage<KestrelException>(
                                         "Failed to call process 'the line': Exec format error"));
 }
-
-/// Lets this process open no descriptor from `limit` on while it lives.
-class DescriptorLimit {
- public:
-  explicit DescriptorLimit(int limit) {
-    getrlimit(RLIMIT_NOFILE, &before_);
-    rlimit limited = before_;
-    limited.rlim_cur = static_cast<rlim_t>(limit);
-    setrlimit(RLIMIT_NOFILE, &limited);
-  }
-  ~DescriptorLimit() { setrlimit(RLIMIT_NOFILE, &before_); }
-
- private:
-  rlimit before_;
-};
 
 TEST(ChildProcessTest, RunningOutOfDescriptorsIsReported) {
   const LeavesNothing nothing;
