@@ -16,6 +16,13 @@ using MetaObj::MetaStruct;
 
 namespace {
 
+/// An entity that is not replaced has the declarations of its document as children, and those of
+/// elements and attributes keep something else where a node keeps its text.
+bool CarriesContent(const xmlNode* node) {
+  return node->type != XML_ELEMENT_DECL && node->type != XML_ATTRIBUTE_DECL &&
+         node->content != nullptr;
+}
+
 bool IsFieldElement(const xmlNode* node) {
   return node->type == XML_ELEMENT_NODE && IsNamed(node, "field");
 }
@@ -62,7 +69,7 @@ std::string XmlUtil_ExtractAttribute(const xmlNode* node, const std::string& nam
 std::string XmlUtil_GetContent(const xmlNode* node) {
   const xmlChar* content = nullptr;
   for (const xmlNode* child = node->children; child != nullptr; child = child->next) {
-    if (child->content != nullptr) {
+    if (CarriesContent(child)) {
       content = child->content;  // the last one wins, comments included
     }
   }

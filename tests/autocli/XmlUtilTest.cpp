@@ -129,6 +129,15 @@ TEST(XmlUtilTest, GetContentCountsAnEntityThatIsNotReplaced) {
   EXPECT_EQ(XmlUtil_GetContent(tree.GetRoot()), "entity text");
 }
 
+TEST(XmlUtilTest, GetContentOfAnEntityPassesOverTheDeclarationsBesideIt) {
+  for (const char* declaration :
+       {"", "<!ATTLIST a b CDATA #IMPLIED>", "<!ELEMENT a (b)>", "<!NOTATION a SYSTEM 'n'>"}) {
+    const Tree tree("<!DOCTYPE a [<!ENTITY e 'entity text'>" + std::string(declaration) +
+                    "]><a>&e;</a>");
+    EXPECT_EQ(XmlUtil_GetContent(tree.GetChild(0)), "entity text") << declaration;
+  }
+}
+
 TEST(XmlUtilTest, GetContentForChildByTagFindsTheOnlyChild) {
   const Tree tree("<a> <b>1</b><c>2<!--3--></c><B>4</B></a>");
   EXPECT_EQ(XmlUtil_GetContentForChildByTag(tree.GetRoot(), "b"), "1");
@@ -411,6 +420,10 @@ INSTANTIATE_TEST_SUITE_P(
         DocumentCase{"AnEntityAmongTheElements",
                      "<!DOCTYPE o [<!ENTITY e 'x'>]><o>&e;<string>a</string></o>",
                      Unbuildable("Unable to make a MetaObject from a node with tag 'e'")},
+        DocumentCase{"AnEntityNamedAsAValue",
+                     "<!DOCTYPE o [<!ENTITY string 'x'><!ATTLIST a b CDATA #IMPLIED>]><o>&string;"
+                     "</o>",
+                     "string 'x'"},
         DocumentCase{"ANulByteBehindTheRoot", std::string("<o><int>1</int></o>\0x", 21), "int 1"},
         DocumentCase{"AKnownPrefixDoesNotCount", "<p:o xmlns:p='urn:p'><p:int>1</p:int></p:o>",
                      "int 1"},
