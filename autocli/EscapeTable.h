@@ -3,20 +3,26 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 namespace Kestrel::AutoCli {
 
-/// What stands in place of each byte when a text is escaped; made at compile time.
+/// What stands for each byte when a text is escaped; made at compile time.
 class EscapeTable {
  public:
-  /// The longest replacement of one byte.
+  /// The longest text that stands for one byte.
   static constexpr std::size_t kMaxLength = 7;
 
-  /// No byte is replaced.
-  constexpr EscapeTable() = default;
+  /// Each byte stands for itself.
+  constexpr EscapeTable() {
+    for (std::size_t byte = 0; byte < texts_.size(); ++byte) {
+      texts_[byte][0] = static_cast<char>(byte);
+      lengths_[byte] = 1;
+    }
+  }
 
-  /// Replaces `byte` by `text`, of 1 to kMaxLength bytes.
+  /// Replaces `byte` by `text`, of 2 to kMaxLength bytes: a byte that stays is told by its length.
   constexpr EscapeTable& Set(unsigned char byte, std::string_view text) {
     lengths_[byte] = static_cast<std::uint8_t>(text.size());
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -25,18 +31,54 @@ class EscapeTable {
     return *this;
   }
 
-  constexpr bool IsMarked(char byte) const {
-    return lengths_[static_cast<unsigned char>(byte)] != 0;
+  /// The length of the escaped text.
+  std::size_t Measure(std::string_view text) const {
+    std::size_t length = 0;
+    for (const char byte : text) {
+      length += lengths_[static_cast<unsigned char>(byte)];
+    }
+    return length;
   }
 
-  /// The replacement of `byte`; empty when the byte stays as it is.
-  constexpr std::string_view Get(char byte) const {
-    const auto index = static_cast<unsigned char>(byte);
-    return {texts_[index].data(), lengths_[index]};
+  /// Puts the escaped text to `place`, where kMaxLength bytes behind its end may be overwritten
+  /// too; gives its end.
+  char* Escape(std::string_view text, char* place) const {
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    for (; static_cast<std::size_t>(end - at) >= kGroup; at += kGroup) {
+      if (IsPlain(at)) {
+        std::memcpy(place, at, kGroup);
+        place += kGroup;
+      } else {
+        place = Put(at, kGroup, place);
+      }
+    }
+    return Put(at, static_cast<std::size_t>(end - at), place);
   }
 
  private:
-  // Lengths stand apart from the texts: the scan for the next marked byte reads them alone.
+  // Most groups of this size hold nothing to replace.
+  static constexpr std::size_t kGroup = 8;
+
+  /// Whether the kGroup bytes all stand for themselves.
+  bool IsPlain(const char* bytes) const {
+    unsigned lengths = 0;
+    for (std::size_t i = 0; i < kGroup; ++i) {
+      lengths |= lengths_[static_cast<unsigned char>(bytes[i])];
+    }
+    return lengths == 1;
+  }
+
+  /// No branch depends on a byte, so that none is guessed wrong.
+  char* Put(const char* bytes, std::size_t count, char* place) const {
+    for (std::size_t i = 0; i < count; ++i) {
+      const auto index = static_cast<unsigned char>(bytes[i]);
+      std::memcpy(place, texts_[index].data(), kMaxLength + 1);
+      place += lengths_[index];
+    }
+    return place;
+  }
+
   std::array<std::uint8_t, 256> lengths_{};
   std::array<std::array<char, kMaxLength + 1>, 256> texts_{};
 };

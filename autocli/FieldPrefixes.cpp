@@ -49,7 +49,7 @@ void FieldPrefixes::AddEntry(const MetaObj::FieldLayout* layout, long level) {
   std::vector<std::string> texts;
   texts.reserve(layout->Count());
   for (std::size_t i = 0; i < layout->Count(); ++i) {
-    texts.push_back(make_(layout->At(i).name, level));
+    texts.push_back(make_(layout->At(i).name, i == 0, level));
   }
   lastUsed_ = entries_.size();
   entries_.push_back({layout, level, std::move(texts)});

@@ -13,8 +13,9 @@ namespace Kestrel::AutoCli {
 /// share a layout and stand at one level. Lives for one call; the records stay as they are.
 class FieldPrefixes {
  public:
-  /// Makes the text before a field of that name in a record at that level.
-  using Make = std::string (*)(const std::string& name, long level);
+  /// Makes the text before a field of that name, the first one or another, in a record at that
+  /// level.
+  using Make = std::string (*)(const std::string& name, bool isFirst, long level);
 
   explicit FieldPrefixes(Make make) : make_(make) {}
 

@@ -46,8 +46,9 @@ class JsonPrinter {
   static constexpr long kElementStep = 3;
 
   // The name stands as it is: no byte of a name is escaped.
-  static std::string FieldPrefix(const std::string& name, long level) {
-    return std::string(IndentOf(level) + kIndentStep, ' ') + '"' + name + "\": ";
+  static std::string FieldPrefix(const std::string& name, bool isFirst, long level) {
+    return (isFirst ? "" : ",\n") + std::string(IndentOf(level) + kIndentStep, ' ') + '"' + name +
+           "\": ";
   }
 
   explicit JsonPrinter(TextWriter& out) : out_(out) {}
@@ -67,13 +68,15 @@ class JsonPrinter {
   }
 
   void BeginStruct(const MetaStruct& /*record*/, long level) { Open(level, "{\n"); }
-  void EndField(bool isLast, long /*level*/) { out_.Append(isLast ? "\n" : ",\n"); }
-  void EndStruct(long level) { Close(level, '}'); }
+  void EndStruct(bool isEmpty, long level) { Close(isEmpty, level, '}'); }
 
   void BeginList(const MetaList& /*list*/, long level) { Open(level, "[\n"); }
-  void BeginElement(long level) { out_.Repeat(' ', IndentOf(level)); }
-  void EndElement(bool isLast, long /*level*/) { out_.Append(isLast ? "\n" : ", \n"); }
-  void EndList(long level) { Close(level, ']'); }
+  void BeginElement(bool isFirst, long level) {
+    out_.Append(isFirst ? "" : ", \n");
+    out_.Repeat(' ', IndentOf(level));
+  }
+
+  void EndList(bool isEmpty, long level) { Close(isEmpty, level, ']'); }
 
  private:
   void Open(long level, std::string_view bracket) {
@@ -82,7 +85,8 @@ class JsonPrinter {
     out_.Append(bracket);
   }
 
-  void Close(long level, char bracket) {
+  void Close(bool isEmpty, long level, char bracket) {
+    out_.Append(isEmpty ? "" : "\n");
     out_.Repeat(' ', IndentOf(level));
     out_.Append(bracket);
   }

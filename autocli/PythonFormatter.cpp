@@ -28,8 +28,8 @@ class PythonPrinter {
   static constexpr long kElementStep = 2;
 
   // The name stands as it is: no byte of a name is escaped.
-  static std::string FieldPrefix(const std::string& name, long /*level*/) {
-    return '"' + name + "\": ";
+  static std::string FieldPrefix(const std::string& name, bool isFirst, long /*level*/) {
+    return (isFirst ? "\"" : ", \"") + name + "\": ";
   }
 
   explicit PythonPrinter(TextWriter& out) : out_(out) {}
@@ -52,13 +52,11 @@ class PythonPrinter {
   }
 
   void BeginStruct(const MetaStruct& /*record*/, long /*level*/) { out_.Append('{'); }
-  void EndField(bool /*isLast*/, long /*level*/) { out_.Append(", "); }
-  void EndStruct(long /*level*/) { out_.Append('}'); }
+  void EndStruct(bool isEmpty, long /*level*/) { out_.Append(isEmpty ? "}" : ", }"); }
 
   void BeginList(const MetaList& /*list*/, long /*level*/) { out_.Append('['); }
-  void BeginElement(long /*level*/) {}
-  void EndElement(bool /*isLast*/, long /*level*/) { out_.Append(", "); }
-  void EndList(long /*level*/) { out_.Append(']'); }
+  void BeginElement(bool isFirst, long /*level*/) { out_.Append(isFirst ? "" : ", "); }
+  void EndList(bool isEmpty, long /*level*/) { out_.Append(isEmpty ? "]" : ", ]"); }
 
  private:
   TextWriter& out_;

@@ -19,16 +19,12 @@ TextWriter::~TextWriter() {
 }
 
 void TextWriter::AppendEscaped(std::string_view text, const EscapeTable& table) {
-  const char* run = text.data();
-  const char* const end = run + text.size();
-  for (const char* at = run; at != end; ++at) {
-    if (table.IsMarked(*at)) {
-      Append(std::string_view(run, static_cast<std::size_t>(at - run)));
-      Append(table.Get(*at));
-      run = at + 1;
-    }
+  while (!text.empty() && !failed_) {
+    const std::string_view part = text.substr(0, kEscapedAtOnce);
+    char* const place = Reserve((part.size() + 1) * EscapeTable::kMaxLength);
+    used_ = static_cast<std::size_t>(table.Escape(part, place) - buffer_);
+    text.remove_prefix(part.size());
   }
-  Append(std::string_view(run, static_cast<std::size_t>(end - run)));
 }
 
 void TextWriter::HandOn() {

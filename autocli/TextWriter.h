@@ -78,7 +78,7 @@ class TextWriter {
     Append(text);
   }
 
-  /// The text with each byte that `table` marks replaced.
+  /// The text with what `table` has for each byte.
   void AppendEscaped(std::string_view text, const EscapeTable& table);
 
   /// Hands on what was composed, without flushing the stream; the writer may go on.
@@ -94,6 +94,7 @@ class TextWriter {
   static constexpr std::size_t kCapacity = 32 * 1024;
   static constexpr std::size_t kSlack = 32;
   static constexpr std::size_t kMaxIntLength = 20;
+  static constexpr std::size_t kEscapedAtOnce = 1024;
 
   /// As memcpy, but without a call for texts as short as names and numbers are.
   static void Copy(char* to, const char* from, std::size_t size) {

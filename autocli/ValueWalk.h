@@ -8,6 +8,7 @@
 
 #include "autocli/FieldPrefixes.h"
 #include "autocli/TextWriter.h"
+#include "autocli/ValueView.h"
 #include "kestrel/metaobj/MetaBool.h"
 #include "kestrel/metaobj/MetaInt.h"
 #include "kestrel/metaobj/MetaList.h"
@@ -26,11 +27,13 @@ namespace Kestrel::AutoCli {
 ///   void Bool(bool, long level);  void Int(long, long level);
 ///   void String(const std::string&, long level);
 ///   void Misread(const MetaObject*);    a value that is null or not of the class of its kind
-///   void BeginStruct(const MetaStruct&, long level);  void EndStruct(long level);
-///   void BeginList(const MetaList&, long level);      void EndList(long level);
-///   void EndField(bool isLast, long level);
-///   void BeginElement(long level);      void EndElement(bool isLast, long level);
-///   static std::string FieldPrefix(const std::string& name, long level);  the text before a field
+///   void BeginStruct(const MetaStruct&, long level);
+///   void EndStruct(bool isEmpty, long level);      ends the last field too
+///   void BeginList(const MetaList&, long level);
+///   void BeginElement(bool isFirst, long level);   ends the element before too
+///   void EndList(bool isEmpty, long level);        ends the last element too
+///   static std::string FieldPrefix(const std::string& name, bool isFirst, long level);
+///                                       the text before a field, and the end of the one before
 ///   static constexpr long kFieldStep, kElementStep;   how much deeper fields and elements stand
 template <typename Printer>
 class ValueWalk {
@@ -40,7 +43,10 @@ class ValueWalk {
 
   /// Prints `value`, which stays as it is meanwhile.
   void Run(const MetaObj::MetaObject* value, long level) {
-    Open(value, level);
+    if (!HoldsMore(value)) {
+      return Print(value, level);
+    }
+    Open(*value, level);
     while (!open_.empty() && !out_.HasFailed()) {
       std::visit([this](auto& inside) { this->Step(inside); }, open_.back());
     }
@@ -50,7 +56,7 @@ class ValueWalk {
   struct InStruct {
     MetaObj::FieldCursor fields;
     const std::string* prefix;  // of the next field; null when prefixes are made one at a time
-    bool hasBegun;
+    bool isEmpty;               // so far
     long level;
   };
   struct InList {
@@ -59,76 +65,78 @@ class ValueWalk {
     long level;
   };
 
-  /// Prints a scalar, or the beginning of what holds more.
-  void Open(const MetaObj::MetaObject* value, long level) {
-    if (value == nullptr || !MetaObj::ValueAccess::IsValueClass(*value)) {
-      return printer_.Misread(value);
-    }
-    switch (value->GetType()) {
-      case MetaObj::MetaType::Bool:
-        return printer_.Bool(static_cast<const MetaObj::MetaBool*>(value)->GetValue(), level);
-      case MetaObj::MetaType::Int:
-        return printer_.Int(static_cast<const MetaObj::MetaInt*>(value)->GetValue(), level);
-      case MetaObj::MetaType::String:
-        return printer_.String(static_cast<const MetaObj::MetaString*>(value)->GetValue(), level);
-      case MetaObj::MetaType::Struct:
-        return OpenStruct(*static_cast<const MetaObj::MetaStruct*>(value), level);
-      case MetaObj::MetaType::List:
-        return OpenList(*static_cast<const MetaObj::MetaList*>(value), level);
+  static bool HoldsMore(const MetaObj::MetaObject* value) {
+    return value != nullptr && MetaObj::ValueAccess::IsValueClass(*value) &&
+           !MetaObj::ValueAccess::IsScalarClass(*value);
+  }
+
+  /// Prints a scalar, or what is in its place.
+  void Print(const MetaObj::MetaObject* value, long level) {
+    if (const auto* const text = ViewAs<MetaObj::MetaString>(value)) {
+      printer_.String(text->GetValue(), level);
+    } else if (const auto* const number = ViewAs<MetaObj::MetaInt>(value)) {
+      printer_.Int(number->GetValue(), level);
+    } else if (const auto* const boolean = ViewAs<MetaObj::MetaBool>(value)) {
+      printer_.Bool(boolean->GetValue(), level);
+    } else {
+      printer_.Misread(value);
     }
   }
 
-  void OpenStruct(const MetaObj::MetaStruct& record, long level) {
+  /// Prints the beginning of a structure or a list.
+  void Open(const MetaObj::MetaObject& value, long level) {
+    if (const auto* const list = MetaObj::ValueAccess::AsList(value)) {
+      printer_.BeginList(*list, level);
+      open_.push_back(InList{&list->GetObjects(), 0, level});
+      return;
+    }
+    const auto& record = static_cast<const MetaObj::MetaStruct&>(value);
     printer_.BeginStruct(record, level);
     open_.push_back(
-        InStruct{MetaObj::FieldCursor(record), prefixes_.Find(record, level), false, level});
+        InStruct{MetaObj::FieldCursor(record), prefixes_.Find(record, level), true, level});
   }
 
-  void OpenList(const MetaObj::MetaList& list, long level) {
-    printer_.BeginList(list, level);
-    open_.push_back(InList{&list.GetObjects(), 0, level});
-  }
-
-  /// Ends the field before, if there is one, and begins the next one or ends the structure.
+  /// Prints fields up to the next one that holds more, or to the end.
   void Step(InStruct& inside) {
-    const bool isAtEnd = inside.fields.AtEnd();
-    if (inside.hasBegun) {
-      printer_.EndField(isAtEnd, inside.level);
+    while (!inside.fields.AtEnd() && !out_.HasFailed()) {
+      BeginField(inside);
+      const MetaObj::MetaObject* const value = inside.fields.Value().get();
+      inside.fields.Next();
+      const long level = inside.level + Printer::kFieldStep;
+      if (HoldsMore(value)) {
+        return Open(*value, level);  // and `inside` may have moved
+      }
+      Print(value, level);
     }
-    if (isAtEnd) {
-      printer_.EndStruct(inside.level);
-      return open_.pop_back();
-    }
-    inside.hasBegun = true;
-    BeginField(inside);
-    const MetaObj::MetaObject* const value = inside.fields.Value().get();
-    inside.fields.Next();
-    Open(value, inside.level + Printer::kFieldStep);  // `inside` may move
+    printer_.EndStruct(inside.isEmpty, inside.level);
+    open_.pop_back();
   }
 
   void BeginField(InStruct& inside) {
     if (inside.prefix == nullptr) {
-      out_.Append(Printer::FieldPrefix(inside.fields.Name(), inside.level));
-      return;
+      out_.Append(Printer::FieldPrefix(inside.fields.Name(), inside.isEmpty, inside.level));
+    } else {
+      out_.Append(*inside.prefix);
+      ++inside.prefix;
     }
-    out_.Append(*inside.prefix);
-    ++inside.prefix;
+    inside.isEmpty = false;
   }
 
   /// As above, for a list and its elements.
   void Step(InList& inside) {
-    const bool isAtEnd = inside.next == inside.elements->size();
-    if (inside.next > 0) {
-      printer_.EndElement(isAtEnd, inside.level);
+    const auto& elements = *inside.elements;
+    while (inside.next < elements.size() && !out_.HasFailed()) {
+      printer_.BeginElement(inside.next == 0, inside.level);
+      const MetaObj::MetaObject* const element = elements[inside.next].get();
+      ++inside.next;
+      const long level = inside.level + Printer::kElementStep;
+      if (HoldsMore(element)) {
+        return Open(*element, level);  // and `inside` may have moved
+      }
+      Print(element, level);
     }
-    if (isAtEnd) {
-      printer_.EndList(inside.level);
-      return open_.pop_back();
-    }
-    printer_.BeginElement(inside.level);
-    const MetaObj::MetaObject* const element = (*inside.elements)[inside.next].get();
-    ++inside.next;
-    Open(element, inside.level + Printer::kElementStep);  // `inside` may move
+    printer_.EndList(elements.empty(), inside.level);
+    open_.pop_back();
   }
 
   Printer& printer_;

@@ -1,5 +1,7 @@
 #include "kestrel/autocli/XmlFormatter.h"
 
+#include <cstddef>
+#include <string>
 #include <string_view>
 
 #include "autocli/EscapeTable.h"
@@ -51,9 +53,10 @@ class XmlPrinter {
   static constexpr long kFieldStep = 2;
   static constexpr long kElementStep = 2;
 
-  static std::string FieldPrefix(const std::string& name, long level) {
-    return std::string(IndentOf(level) + kIndentStep, ' ') + "<field name=\"" +
-           SantizeString(name) + "\">\n";
+  static std::string FieldPrefix(const std::string& name, bool isFirst, long level) {
+    const std::string indent(IndentOf(level) + kIndentStep, ' ');
+    const std::string start = indent + "<field name=\"" + SantizeString(name) + "\">\n";
+    return isFirst ? start : indent + "</field>\n" + start;
   }
 
   explicit XmlPrinter(TextWriter& out) : out_(out) {}
@@ -89,12 +92,13 @@ class XmlPrinter {
     out_.Append("\">\n");
   }
 
-  void EndField(bool /*isLast*/, long level) {
-    out_.Repeat(' ', IndentOf(level) + kIndentStep);
-    out_.Append("</field>\n");
+  void EndStruct(bool isEmpty, long level) {
+    if (!isEmpty) {
+      out_.Repeat(' ', IndentOf(level) + kIndentStep);
+      out_.Append("</field>\n");
+    }
+    PrintLine(level, "</structure>");
   }
-
-  void EndStruct(long level) { PrintLine(level, "</structure>"); }
 
   void BeginList(const MetaList& list, long level) {
     Begin(level, "<list type=\"");
@@ -102,9 +106,8 @@ class XmlPrinter {
     out_.Append("\">\n");
   }
 
-  void BeginElement(long /*level*/) {}
-  void EndElement(bool /*isLast*/, long /*level*/) {}
-  void EndList(long level) { PrintLine(level, "</list>"); }
+  void BeginElement(bool /*isFirst*/, long /*level*/) {}
+  void EndList(bool /*isEmpty*/, long level) { PrintLine(level, "</list>"); }
 
  private:
   void Begin(long level, std::string_view text) {
@@ -176,11 +179,9 @@ void XmlFormatter::Format(std::shared_ptr<MetaObject> value, std::ostream& out, 
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is plug-ins' to rely on.
 std::string SantizeString(std::string text) {
-  std::string safe;
-  safe.reserve(text.size());
-  for (const char byte : text) {
-    kXmlEscapes.IsMarked(byte) ? safe += kXmlEscapes.Get(byte) : safe += byte;
-  }
+  std::string safe(kXmlEscapes.Measure(text) + EscapeTable::kMaxLength, '\0');
+  const char* const end = kXmlEscapes.Escape(text, safe.data());
+  safe.resize(static_cast<std::size_t>(end - safe.data()));
   return safe;
 }
 

@@ -13,8 +13,8 @@ namespace {
 
 using MetaObj::MetaStruct;
 
-std::string MakeText(const std::string& name, long level) {
-  return name + "@" + std::to_string(level);
+std::string MakeText(const std::string& name, bool isFirst, long level) {
+  return (isFirst ? "first " : "") + name + "@" + std::to_string(level);
 }
 
 std::shared_ptr<MetaStruct> MakeRecord(const std::string& typeName, int fields = 2) {
@@ -29,7 +29,7 @@ TEST(FieldPrefixesTest, MakesTheTextsInTheOrderOfTheFields) {
   FieldPrefixes prefixes(MakeText);
   const std::string* const texts = prefixes.Find(*MakeRecord("Row", 3), 4);
   ASSERT_NE(texts, nullptr);
-  EXPECT_EQ(texts[0], "f0@4");
+  EXPECT_EQ(texts[0], "first f0@4");
   EXPECT_EQ(texts[1], "f1@4");
   EXPECT_EQ(texts[2], "f2@4");
 }

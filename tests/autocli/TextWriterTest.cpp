@@ -112,9 +112,22 @@ TEST(TextWriterTest, EscapesMarkedBytesAndCopiesTheRest) {
               writer.AppendEscaped(std::string_view("\0\xff\xfe", 3), kTable);
             }),
             "plain&lt;a&lt;&lt;b\\\"NUL\\u00ff7\xfe");
-  EXPECT_TRUE(kTable.IsMarked('\xff'));
-  EXPECT_FALSE(kTable.IsMarked('a'));
-  EXPECT_EQ(kTable.Get('a'), "");
+  EXPECT_EQ(kTable.Measure(""), 0u);
+  EXPECT_EQ(kTable.Measure("plain"), 5u);
+  EXPECT_EQ(kTable.Measure("<\xff\xfe"), 4u + 7u + 1u);
+}
+
+TEST(TextWriterTest, EscapesAtEveryPlaceOfATextOfAnyLength) {
+  static constexpr EscapeTable kTable = EscapeTable().Set('<', "&lt;");
+  for (std::size_t size = 1; size < 40; ++size) {
+    for (std::size_t at = 0; at < size; ++at) {
+      const std::string before(at, 'a');
+      const std::string behind(size - at - 1, 'b');
+      const std::string written =
+          Write([&](TextWriter& writer) { writer.AppendEscaped(before + "<" + behind, kTable); });
+      EXPECT_EQ(written, before + "&lt;" + behind);
+    }
+  }
 }
 
 TEST(TextWriterTest, EscapesTextsLongerThanTheBuffer) {

@@ -34,8 +34,8 @@ class TracePrinter {
   static constexpr long kFieldStep = 10;
   static constexpr long kElementStep = 100;
 
-  static std::string FieldPrefix(const std::string& name, long level) {
-    return name + "@" + std::to_string(level) + "=";
+  static std::string FieldPrefix(const std::string& name, bool isFirst, long level) {
+    return (isFirst ? "" : ";") + name + "@" + std::to_string(level) + "=";
   }
 
   explicit TracePrinter(TextWriter& out) : out_(out) {}
@@ -48,12 +48,10 @@ class TracePrinter {
   void BeginStruct(const MetaStruct& record, long level) {
     Note(record.GetTypeName() + "{", level);
   }
-  void EndField(bool isLast, long level) { Note(isLast ? ";last" : ";", level); }
-  void EndStruct(long level) { Note("}", level); }
+  void EndStruct(bool isEmpty, long level) { Note(isEmpty ? "}" : ";}", level); }
   void BeginList(const MetaList&, long level) { Note("[", level); }
-  void BeginElement(long level) { Note("-", level); }
-  void EndElement(bool isLast, long level) { Note(isLast ? ",last" : ",", level); }
-  void EndList(long level) { Note("]", level); }
+  void BeginElement(bool isFirst, long level) { Note(isFirst ? "-" : ",-", level); }
+  void EndList(bool isEmpty, long level) { Note(isEmpty ? "]" : ",]", level); }
 
   int notes = 0;
 
@@ -97,11 +95,11 @@ TEST(ValueWalkTest, PrintsFieldsAndElementsDeeperThanWhatHoldsThem) {
   const auto record = MetaStruct::New("Row");
   record->SetField("b", 1);
   record->SetField("a", true);
-  EXPECT_EQ(Trace(record, 1), "Row{@1 a@1=true@11 ;@1 b@1=1@11 ;last@1 }@1 ");
+  EXPECT_EQ(Trace(record, 1), "Row{@1 a@1=true@11 ;b@1=1@11 ;}@1 ");
   const auto list = MetaList::New(MetaType::Int);
   list->Add(1);
   list->Add(2);
-  EXPECT_EQ(Trace(list, 1), "[@1 -@1 1@101 ,@1 -@1 2@101 ,last@1 ]@1 ");
+  EXPECT_EQ(Trace(list, 1), "[@1 -@1 1@101 ,-@1 2@101 ,]@1 ");
 }
 
 TEST(ValueWalkTest, GoesOnBehindWhatEnds) {
@@ -111,8 +109,7 @@ TEST(ValueWalkTest, GoesOnBehindWhatEnds) {
   record->SetField("b", inner);
   record->SetField("c", std::make_shared<LyingValue>(MetaType::List));
   EXPECT_EQ(Trace(record, 0),
-            "Row{@0 a@0=[@10 -@10 Inner{@110 }@110 ,last@10 ]@10 ;@0 "
-            "b@0=Inner{@10 }@10 ;@0 c@0=misread ;last@0 }@0 ");
+            "Row{@0 a@0=[@10 -@10 Inner{@110 }@110 ,]@10 ;b@0=Inner{@10 }@10 ;c@0=misread ;}@0 ");
 }
 
 TEST(ValueWalkTest, PrintsWideRecordsLikeNarrowOnes) {
@@ -121,9 +118,9 @@ TEST(ValueWalkTest, PrintsWideRecordsLikeNarrowOnes) {
   for (int i = 100; i < 200; ++i) {
     const std::string name = "f" + std::to_string(i);
     record->SetField(name, i);
-    expected += name + "@1=" + std::to_string(i) + "@11 ;" + (i == 199 ? "last" : "") + "@1 ";
+    expected += (i == 100 ? "" : ";") + name + "@1=" + std::to_string(i) + "@11 ";
   }
-  EXPECT_EQ(Trace(record, 1), expected + "}@1 ");
+  EXPECT_EQ(Trace(record, 1), expected + ";}@1 ");
 }
 
 TEST(ValueWalkTest, GoesNoFurtherOnceTheStreamHasFailed) {

@@ -336,6 +336,17 @@ TEST(XmlFormatterTest, SantizeStringLeavesAllOtherBytes) {
   }
 }
 
+TEST(XmlFormatterTest, SantizeStringTakesTextsOfEveryLength) {
+  for (std::size_t size = 1; size < 40; ++size) {
+    for (std::size_t at = 0; at < size; ++at) {
+      const std::string before(at, 'a');
+      const std::string behind(size - at - 1, 'b');
+      EXPECT_EQ(SantizeString(before + "%" + behind), before + "&#37;" + behind);
+    }
+  }
+  EXPECT_EQ(SantizeString(std::string(100000, 'a') + "'"), std::string(100000, 'a') + "&apos;");
+}
+
 /// The six replacements as they are told: one after the other, each over the whole text.
 std::string ReplaceOneByOne(std::string text) {
   const std::pair<const char*, const char*> steps[] = {{"&", "&amp;"},   {"<", "&lt;"},
