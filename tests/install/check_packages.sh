@@ -40,9 +40,11 @@ cpack --config "$build/CPackConfig.cmake" -D CPACK_PACKAGING_INSTALL_PREFIX=/usr
 
 holds libkestrel '/usr/lib/.*libkestrel\.so\.[0-9]+' '/usr/lib/.*libkestrel\.so\.[0-9.]+'
 holds libkestrel-dev '/usr/lib/.*libkestrel\.so' '/usr/include/kestrel/kestrel\.h' \
-  '/usr/lib/.*KestrelConfig\.cmake' '/usr/lib/.*/kestrel\.pc'
+  '/usr/lib/.*KestrelConfig\.cmake' '/usr/lib/.*/kestrel\.pc' \
+  '/usr/share/man/man3/vexil-plugin\.3'
 holds vexil '/usr/bin/vexil' '/usr/lib/norvane/vexil/ext/' '/usr/lib/norvane/vexil/host\.so' \
-  '/usr/share/bash-completion/completions/vexil'
+  '/usr/share/bash-completion/completions/vexil' \
+  '/usr/share/man/man1/vexil\.1' '/usr/share/man/man5/vexil-plugin\.5'
 depends libkestrel-dev '^libkestrel \(= '
 depends vexil 'libkestrel \(= '
 depends libkestrel 'libc6'

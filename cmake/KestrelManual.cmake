@@ -1,0 +1,12 @@
+# The manual pages, with the version and the folder of plug-ins of this build.
+function(kestrel_add_manual_page page component)
+  cmake_path(GET page EXTENSION LAST_ONLY extension)
+  string(SUBSTRING ${extension} 1 -1 section)
+  configure_file(docs/man/${page} ${PROJECT_BINARY_DIR}/man/${page} @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/man/${page}
+    DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section} COMPONENT ${component})
+endfunction()
+
+kestrel_add_manual_page(vexil.1 tool)
+kestrel_add_manual_page(vexil-plugin.5 tool)
+kestrel_add_manual_page(vexil-plugin.3 development)
