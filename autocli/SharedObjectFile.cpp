@@ -18,16 +18,32 @@ namespace {
 using FileHeader = ElfW(Ehdr);
 using SegmentHeader = ElfW(Phdr);
 
-constexpr unsigned char kClass = sizeof(void*) == 8 ? ELFCLASS64 : ELFCLASS32;
+// How the header of each file begins that this program's loader takes.
+constexpr unsigned char kIdentity[EI_OSABI] = {
+    ELFMAG0,
+    ELFMAG1,
+    ELFMAG2,
+    ELFMAG3,
+    sizeof(void*) == 8 ? ELFCLASS64 : ELFCLASS32,
+    __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__ ? ELFDATA2LSB : ELFDATA2MSB,
+    EV_CURRENT};
 
 bool ReadAt(std::ifstream& file, std::uint64_t place, void* data, std::size_t size) {
   file.seekg(static_cast<std::streamoff>(place));
   return static_cast<bool>(file.read(static_cast<char*>(data), static_cast<std::streamsize>(size)));
 }
 
-/// Whether this program's loader would go on behind the header.
+bool IsForLoader(const unsigned char (&identity)[EI_NIDENT]) {
+  const bool isGnu = identity[EI_OSABI] == ELFOSABI_GNU;
+  return std::memcmp(identity, kIdentity, sizeof kIdentity) == 0 &&
+         (isGnu || (identity[EI_OSABI] == ELFOSABI_SYSV && identity[EI_ABIVERSION] == 0)) &&
+         std::all_of(identity + EI_PAD, identity + EI_NIDENT, [](auto byte) { return byte == 0; });
+}
+
+/// Whether this program's loader would go on behind the header. Where it would not, it has a text
+/// of its own for that.
 bool IsForLoader(const FileHeader& header) {
-  return std::memcmp(header.e_ident, ELFMAG, SELFMAG) == 0 && header.e_ident[EI_CLASS] == kClass &&
+  return IsForLoader(header.e_ident) && header.e_version == EV_CURRENT && header.e_type == ET_DYN &&
          header.e_phentsize == sizeof(SegmentHeader);
 }
 
@@ -47,7 +63,7 @@ bool IsSharedObjectCutShort(const std::string& path) {
   }
   std::vector<SegmentHeader> segments(header.e_phnum);
   if (!ReadAt(file, header.e_phoff, segments.data(), segments.size() * sizeof(SegmentHeader))) {
-    return true;
+    return false;
   }
   return std::any_of(segments.begin(), segments.end(), [end](const SegmentHeader& segment) {
     return EndsBehind(segment, static_cast<std::uint64_t>(end));

@@ -1,6 +1,7 @@
 #include "kestrel/autocli/SharedLibraryPlugin.h"
 
 #include <dlfcn.h>
+#include <elf.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -161,11 +162,25 @@ std::string ReadFile(const std::string& path) {
 TEST(SharedLibraryPluginTest, ASharedObjectThatWasCutShortIsRefused) {
   const ScopedTempDir dir;
   const std::string whole = ReadFile(TestPluginPath("EchoPlugin"));
-  for (const std::size_t size : {std::size_t{64}, std::size_t{100}, std::size_t{4096}}) {
+  for (const std::size_t size : {std::size_t{1000}, std::size_t{4096}, whole.size() / 4}) {
     const std::string path = dir.Write(std::to_string(size) + ".so", whole.substr(0, size));
     EXPECT_THAT([&] { SharedLibraryPlugin::New(path)->Initialize(); },
                 ThrowsMessage<KestrelException>("Unable to load plugin from " + path + " : " +
                                                 path + ": file too short"));
+  }
+}
+
+TEST(SharedLibraryPluginTest, WhatTheLoaderSeesForItselfIsToldInItsWords) {
+  const ScopedTempDir dir;
+  const std::string whole = ReadFile(TestPluginPath("EchoPlugin"));
+  std::string odd = whole.substr(0, 4096);
+  odd[EI_PAD] = 1;
+  for (const std::string& path :
+       {dir.Write("1.so", whole.substr(0, 1)), dir.Write("64.so", whole.substr(0, 64)),
+        dir.Write("100.so", whole.substr(0, 100)), dir.Write("odd.so", odd)}) {
+    EXPECT_THAT([&] { SharedLibraryPlugin::New(path)->Initialize(); },
+                ThrowsMessage<KestrelException>("Unable to load plugin from " + path + " : " +
+                                                LoaderErrorFor(path)));
   }
 }
 

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <fstream>
 #include <string>
 
 #include "support/ScopedTempDir.h"
@@ -18,19 +19,24 @@ using Testing::ScopedTempDir;
 
 constexpr std::size_t kSegmentPlace = sizeof(ElfW(Ehdr));
 constexpr std::size_t kHeaders = kSegmentPlace + sizeof(ElfW(Phdr));
-constexpr unsigned char kClass = sizeof(void*) == 8 ? ELFCLASS64 : ELFCLASS32;
-
 struct Segment {
   std::uint32_t type = PT_LOAD;
   std::uint64_t offset = 0;
   std::uint64_t size = 0;
 };
 
+/// The header of this very program, which the loader has taken.
+ElfW(Ehdr) ReadOwnHeader() {
+  ElfW(Ehdr) header = {};
+  std::ifstream("/proc/self/exe", std::ios::binary)
+      .read(reinterpret_cast<char*>(&header), sizeof header);
+  return header;
+}
+
 /// A shared object of one segment that has `size` bytes.
 std::string MakeObject(const Segment& segment, std::size_t size) {
-  ElfW(Ehdr) header = {};
-  std::memcpy(header.e_ident, ELFMAG, SELFMAG);
-  header.e_ident[EI_CLASS] = kClass;
+  ElfW(Ehdr) header = ReadOwnHeader();
+  header.e_type = ET_DYN;
   header.e_phoff = kSegmentPlace;
   header.e_phentsize = sizeof(ElfW(Phdr));
   header.e_phnum = 1;
@@ -67,21 +73,40 @@ TEST(SharedObjectFileTest, OnlyWhatIsLoadedCounts) {
   EXPECT_FALSE(IsCutShort(MakeObject({PT_NOTE, 0, 5000}, 1000)));
 }
 
-TEST(SharedObjectFileTest, TheTableOfSegmentsMustBeThere) {
-  EXPECT_TRUE(IsCutShort(MakeObject({PT_LOAD, 0, 0}, kHeaders - 1)));
-  EXPECT_FALSE(IsCutShort(MakeObject({PT_LOAD, 0, 0}, kHeaders)));
+TEST(SharedObjectFileTest, AFileThatEndsWithinItsHeadersIsTheLoadersToReport) {
+  EXPECT_FALSE(IsCutShort(MakeObject({PT_LOAD, 0, 5000}, sizeof(ElfW(Ehdr)) - 1)));
+  EXPECT_FALSE(IsCutShort(MakeObject({PT_LOAD, 0, 5000}, kSegmentPlace)));
+  EXPECT_FALSE(IsCutShort(MakeObject({PT_LOAD, 0, 5000}, kHeaders - 1)));
+  EXPECT_TRUE(IsCutShort(MakeObject({PT_LOAD, 0, 5000}, kHeaders)));
 }
 
 TEST(SharedObjectFileTest, WhatIsNoSharedObjectIsTheLoadersToReport) {
   EXPECT_FALSE(IsCutShort(""));
   EXPECT_FALSE(IsCutShort(ELFMAG));
   EXPECT_FALSE(IsCutShort(std::string(1000, 'x')));
-  std::string foreign = MakeObject({PT_LOAD, 0, 1001}, 1000);
-  foreign[EI_CLASS] = ELFCLASSNONE;
-  EXPECT_FALSE(IsCutShort(foreign));
-  std::string odd = MakeObject({PT_LOAD, 0, 1001}, 1000);
-  odd[offsetof(ElfW(Ehdr), e_phentsize)] = 1;
-  EXPECT_FALSE(IsCutShort(odd));
+}
+
+TEST(SharedObjectFileTest, AHeaderThatTheLoaderRefusesIsItsToReport) {
+  const std::string cut = MakeObject({PT_LOAD, 0, 1001}, 1000);
+  for (const std::size_t place :
+       {std::size_t{EI_MAG0}, std::size_t{EI_CLASS}, std::size_t{EI_DATA}, std::size_t{EI_VERSION},
+        std::size_t{EI_OSABI}, std::size_t{EI_PAD}, std::size_t{EI_NIDENT - 1},
+        offsetof(ElfW(Ehdr), e_type), offsetof(ElfW(Ehdr), e_version),
+        offsetof(ElfW(Ehdr), e_phentsize)}) {
+    std::string refused = cut;
+    refused[place] = 99;
+    EXPECT_FALSE(IsCutShort(refused)) << place;
+  }
+}
+
+TEST(SharedObjectFileTest, TheLoaderTakesTwoKindsOfInterface) {
+  std::string cut = MakeObject({PT_LOAD, 0, 1001}, 1000);
+  cut[EI_OSABI] = ELFOSABI_SYSV;
+  EXPECT_TRUE(IsCutShort(cut));
+  cut[EI_ABIVERSION] = 1;
+  EXPECT_FALSE(IsCutShort(cut));
+  cut[EI_OSABI] = ELFOSABI_GNU;
+  EXPECT_TRUE(IsCutShort(cut));
 }
 
 TEST(SharedObjectFileTest, WhatCannotBeReadIsTheLoadersToReport) {
