@@ -113,6 +113,33 @@ void AddParameters(OptionParser& parser, CommandInput& input, Output& output) {
   }
 }
 
+// A read that fails ends the lines like the end of the input does, but what is lost with it must
+// not pass for handled. std::cin is bad only after a line that memory could not hold.
+bool ReadStandardInput(CliDispatcher& dispatcher) {
+  std::clearerr(stdin);
+  const bool result = dispatcher.ParseStreamInput(std::cin);
+  if (std::ferror(stdin) == 0 && !std::cin.bad()) {
+    return result;
+  }
+  Report("Unable to read standard input");
+  return false;
+}
+
+bool ReadFile(CliDispatcher& dispatcher, const std::string& name) {
+  std::ifstream file(name);
+  // A folder can be opened, but the first look at it fails.
+  if (!file || (file.peek(), file.bad())) {
+    Report("Unable to open file " + name);
+    return false;
+  }
+  const bool result = dispatcher.ParseStreamInput(file);
+  if (!file.bad()) {
+    return result;
+  }
+  Report("Unable to read file " + name);
+  return false;
+}
+
 const char* GetTypeName(NodeType type) {
   switch (type) {
     case NodeType::Namespace:
@@ -204,24 +231,7 @@ bool CliDispatcher::ReadInput(const std::vector<std::string>& names) {
     Report("Only one --input dispatch parameter is allowed");
     return false;
   }
-  const std::string& name = names[0];
-  if (name == "STDIN") {
-    std::clearerr(stdin);
-    const bool result = ParseStreamInput(std::cin);
-    // The stream takes a read that fails for the end of the lines.
-    if (std::ferror(stdin) != 0) {
-      Report("Unable to read standard input");
-      return false;
-    }
-    return result;
-  }
-  std::ifstream file(name);
-  // A folder can be opened, but the first look at it fails.
-  if (!file || (file.peek(), file.bad())) {
-    Report("Unable to open file " + name);
-    return false;
-  }
-  return ParseStreamInput(file);
+  return names[0] == "STDIN" ? ReadStandardInput(*this) : ReadFile(*this, names[0]);
 }
 
 bool CliDispatcher::HandlePath(OptionParser& parser, const FormatParameters& choices,

@@ -1,15 +1,19 @@
 #include "kestrel/autocli/CliDispatcher.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <iostream>
 #include <list>
 #include <memory>
+#include <new>
 #include <sstream>
 #include <stdexcept>
+#include <streambuf>
 #include <string>
 #include <utility>
 #include <vector>
@@ -348,6 +352,13 @@ TEST_F(CliDispatcherTest, PrintsTheErrorsOfACommandThatFails) {
   EXPECT_EQ("Errors: \nError on command try say : no fuel\n", handled.err);
 }
 
+TEST_F(CliDispatcherTest, ACommandThatFailsLeavesTheFormatterUnasked) {
+  command->work = [](const auto&, const auto& output) { output->AddErrorMessage("no fuel"); };
+  const Handled handled = Handle({"--formatter=nosuch", "try", "say"});
+  EXPECT_FALSE(handled.result);
+  EXPECT_EQ("Errors: \nno fuel\n", handled.err);
+}
+
 TEST_F(CliDispatcherTest, PrintsTheHelpPageOfACommandWhateverElseIsWrong) {
   command->SetDescription("Says something.");
   const Handled handled = Handle({"try", "say", "--other=1", "--help"});
@@ -480,6 +491,17 @@ TEST_F(CliDispatcherTest, ANamespaceIsListed) {
       "say   Says something.\n"
       "\n",
       handled.out);
+}
+
+TEST_F(CliDispatcherTest, ANamespaceIsListedWhateverParametersFollowIt) {
+  const Handled plain = Handle({"try"});
+  for (const Tokens& tokens : {Tokens{"try", "--help"}, Tokens{"try", "-h"},
+                               Tokens{"try", "--name", "x", "y"}, Tokens{"try", "--password"}}) {
+    const Handled handled = Handle(tokens);
+    EXPECT_FALSE(handled.result);
+    EXPECT_EQ(plain.out, handled.out);
+    EXPECT_EQ("", handled.err);
+  }
 }
 
 TEST_F(CliDispatcherTest, AnUnknownOptionDoesNotShowInAListing) {
@@ -816,6 +838,76 @@ TEST_F(CliDispatcherTest, InputFromAFolderOrFromNowhereIsAnError) {
   const Handled empty = Handle({"--input"});
   EXPECT_FALSE(empty.result);
   EXPECT_EQ("Unable to open file \n", empty.err);
+}
+
+// From here on every read from `descriptor` fails.
+void BreakReads(int descriptor) {
+  const int unreadable = open("/dev/null", O_WRONLY);
+  dup2(unreadable, descriptor);
+  close(unreadable);
+}
+
+// The descriptor that this process holds `path` open with.
+int FindDescriptor(const std::string& path) {
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code isGone;
+    if (std::filesystem::read_symlink(entry.path(), isGone) == path) {
+      return std::stoi(entry.path().filename());
+    }
+  }
+  throw std::runtime_error("Nobody holds " + path);
+}
+
+// A line that runs a command, and more behind it than one read brings.
+const std::string kLongLines = "try say\n" + std::string(100000, '#') + "\ntry say\n";
+
+TEST_F(CliDispatcherTest, AFileThatBreaksOffIsAnErrorWhateverItsLastLineGave) {
+  const ScopedTempDir folder;
+  const std::string file = folder.Write("lines", kLongLines);
+  command->work = [&file](const auto&, const auto& output) {
+    BreakReads(FindDescriptor(file));
+    output->SetRootObject(MetaString::New("done"));
+  };
+  const Handled handled = Handle({"--input", file});
+  EXPECT_FALSE(handled.result);
+  EXPECT_EQ("done\n", handled.out);
+  EXPECT_EQ("Unable to read file " + file + "\n", handled.err);
+}
+
+TEST_F(CliDispatcherTest, StandardInputThatBreaksOffIsAnErrorWhateverItsLastLineGave) {
+  command->work = [](const auto&, const auto& output) {
+    BreakReads(STDIN_FILENO);
+    output->SetRootObject(MetaString::New("done"));
+  };
+  const ScopedInput in(kLongLines);
+  const Handled handled = Handle({"--input", "STDIN"});
+  EXPECT_FALSE(handled.result);
+  EXPECT_EQ("done\n", handled.out);
+  EXPECT_EQ("Unable to read standard input\n", handled.err);
+}
+
+// Gives one line; the next one is more than memory holds.
+class OverlongInput : public std::streambuf {
+ public:
+  OverlongInput() : original_(std::cin.rdbuf(this)) {
+    setg(line_, line_, line_ + sizeof line_ - 1);
+  }
+  ~OverlongInput() override { std::cin.rdbuf(original_); }
+
+ protected:
+  int_type underflow() override { throw std::bad_alloc(); }
+
+ private:
+  char line_[9] = "try say\n";
+  std::streambuf* original_;
+};
+
+TEST_F(CliDispatcherTest, ALineThatMemoryDoesNotHoldIsAnError) {
+  const OverlongInput in;
+  const Handled handled = Handle({"--input", "STDIN"});
+  EXPECT_FALSE(handled.result);
+  EXPECT_EQ("done\n", handled.out);
+  EXPECT_EQ("Unable to read standard input\n", handled.err);
 }
 
 TEST_F(CliDispatcherTest, AnEmptyFileIsAllRight) {
