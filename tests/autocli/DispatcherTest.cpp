@@ -360,6 +360,27 @@ TEST_F(DispatcherTest, ADirectoryIsLoadedInByteOrderAndOtherFilesAreIgnored) {
   EXPECT_EQ(Run({"b"}), "b");
 }
 
+// A descriptor that adds one namespace.
+std::string MakeDescriptor(const std::string& name) {
+  return "<x><version>1.0.0</version><namespaces><namespace path='" + name +
+         "'><description>Added.</description></namespace></namespaces></x>";
+}
+
+TEST_F(DispatcherTest, DescriptorsAndSharedObjectsAreLoadedInOneByteOrder) {
+  const ScopedTempDir dir;
+  CopyTestPlugin("NamedAfterFilePlugin", dir.GetPath("b.so"));
+  dir.Write("a.xml", MakeDescriptor("a"));
+  dir.Write("notes.txt", "not a plug-in");
+  dir.Write(".hidden.xml", MakeDescriptor("hidden"));
+  StreamCapture err(STDERR_FILENO);
+  dispatcher_.AddExternalDirectoryInt(dir.GetPath(), true);
+  EXPECT_EQ(err.GetText(), "");
+  EXPECT_THAT(dispatcher_.GetPluginNames(), ElementsAre("Internal", dir.GetPath(".hidden.xml"),
+                                                        dir.GetPath("a.xml"), dir.GetPath("b.so")));
+  EXPECT_THAT(dispatcher_.GetRootNamespace()->GetNamespaceNodeNames(),
+              ElementsAre("a", "b", "hidden", "vexil"));
+}
+
 TEST_F(DispatcherTest, AMissingDirectoryIsReportedOnRequestOnly) {
   const ScopedTempDir dir;
   const std::string missing = dir.GetPath("missing");
