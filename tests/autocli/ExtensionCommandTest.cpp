@@ -2,8 +2,10 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <syslog.h>
 #include <unistd.h>
 
+#include <cstdarg>
 #include <initializer_list>
 #include <memory>
 #include <string>
@@ -24,6 +26,21 @@
 #include "support/SampleCommands.h"
 #include "support/ScopedEnvironment.h"
 #include "support/StreamCapture.h"
+
+namespace {
+
+std::string lastLogEntry;
+
+}  // namespace
+
+/// Stands in for the system log in the whole program, which the library asks first: keeps the
+/// priority, the format and its one argument of the last entry.
+[[gnu::visibility("default")]] void syslog(int priority, const char* format, ...) {
+  std::va_list arguments;
+  va_start(arguments, format);
+  lastLogEntry = std::to_string(priority) + " " + format + " " + va_arg(arguments, const char*);
+  va_end(arguments);
+}
 
 namespace Kestrel::AutoCli {
 namespace {
@@ -307,6 +324,33 @@ INSTANTIATE_TEST_SUITE_P(
                          "c -i\\; 1"}),
     NameOf);
 
+// Of one parameter: the value first, then the condition, the list, and the list of words.
+INSTANTIATE_TEST_SUITE_P(
+    Order, SubstitutionTest,
+    testing::Values(
+        SubstitutionCase{"ValInItsCondition", "c $if{aa,a=$val{aa}}", {{"aa", "1"}}, "c a=1"},
+        SubstitutionCase{"ListInItsCondition",
+                         "c $if{items,$list{items,',',false}}",
+                         {{"items", "1"}, {"items", "2"}},
+                         "c 1,2"},
+        SubstitutionCase{"ListCutByItsCondition",
+                         "c $if{items,$list{items,',',false} x}",
+                         {{"items", "1"}},
+                         "c $list{items,',',false x}"},
+        SubstitutionCase{"MultiListInItsCondition",
+                         "c$if{items,$multilist{items,-i,false}}",
+                         {{"items", "1"}},
+                         "c -i 1"},
+        SubstitutionCase{"ListInAPrefix",
+                         "c$multilist{items,$list{items,':',false},false}",
+                         {{"items", "1"}, {"items", "2"}},
+                         "c 1:2 1 1:2 2"},
+        SubstitutionCase{"ConditionInAPrefix",
+                         "c$multilist{items,$if{items,-i},false}",
+                         {{"items", "1"}},
+                         "c -i 1"}),
+    NameOf);
+
 // What a value brings in is text, whatever it looks like.
 INSTANTIATE_TEST_SUITE_P(
     MarkersInValues, SubstitutionTest,
@@ -422,6 +466,33 @@ TEST(ExtensionCommandTest, AChildThatPrintsNothingIsReported) {
 TEST(ExtensionCommandTest, TheReportShowsTheCommandLineWithItsLanguage) {
   const ScopedEnvironment language("LANG", std::nullopt);
   EXPECT_THAT(Execute("exit 3")->GetErrors(), ElementsAre(NoData("LANG=en_US.UTF-8 exit 3", 1)));
+}
+
+TEST(ExtensionCommandTest, TheReportGoesToTheSystemLogToo) {
+  const ScopedEnvironment language("LANG", "C");
+  lastLogEntry.clear();
+  Execute(": '$val{aa}'", {{"aa", "100%s"}});
+  EXPECT_EQ(lastLogEntry, std::to_string(LOG_ERR) + " %s " + NoData(": '100%s'", 1));
+  lastLogEntry.clear();
+  Execute("echo ERROR:full");
+  EXPECT_EQ(lastLogEntry, "");
+}
+
+std::string lastCommandLine;
+
+TEST(ExtensionCommandTest, AListenerHearsTheCommandLineWithItsLanguageAndItsUser) {
+  const ScopedEnvironment language("LANG", std::nullopt);
+  SetCommandExecListener(
+      [](const std::string& commandLine, int) { lastCommandLine = commandLine; });
+  Execute("exit $val{aa}", {{"aa", "3"}});
+  EXPECT_EQ(lastCommandLine, "LANG=en_US.UTF-8 exit 3");
+  const auto command = MakeCommand("exit 3");
+  command->GetInputSpecInternal()->SetContextSupported("user");
+  const auto input = MakeInput(*command, {});
+  input->SetContext("user", "o'neil");
+  command->ExecuteInternal(input, Output::New());
+  EXPECT_EQ(lastCommandLine, "OPR_USERNAME='o'\\''neil' LANG=en_US.UTF-8 exit 3");
+  SetCommandExecListener(nullptr);
 }
 
 TEST(ExtensionCommandTest, LeadingErrorLinesBecomeMessages) {

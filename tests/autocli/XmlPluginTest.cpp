@@ -695,6 +695,34 @@ TEST(XmlPluginTest, MakesNoParents) {
   EXPECT_THAT(root->GetNamespaceNodeNames(), ElementsAre("disk"));
 }
 
+TEST(XmlPluginTest, LooksForWhatIsTakenBeforeItLooksForParents) {
+  const auto root = MakeTakenTree();
+  EXPECT_EQ(RegistrationFault(Extension("<namespaces>" + NamespaceElement("net.local", "L.") +
+                                        NamespaceElement("disk", "Other.") + "</namespaces>"),
+                              root),
+            "Duplicate top-level namespaces must have the same description: disk");
+}
+
+TEST(XmlPluginTest, ReportsTheFirstPathThatIsTaken) {
+  const auto root = MakeTakenTree();
+  EXPECT_EQ(RegistrationFault(Extension("<commands>" + CommandParts().At("disk.list") +
+                                        "</commands><namespaces>" +
+                                        NamespaceElement("disk", "Other.") + "</namespaces>"),
+                              root),
+            "Duplicate top-level namespaces must have the same description: disk");
+}
+
+TEST(XmlPluginTest, KeepsWhatItReadBeforeAFault) {
+  const DescriptorFile file(Extension("<namespaces>" + NamespaceElement("disk", "D.") +
+                                      "</namespaces><commands>" + CommandParts().At("disk.get") +
+                                      "<command/></commands>"));
+  const auto plugin = XmlPlugin::New(file.GetPath());
+  EXPECT_THROW(plugin->Initialize(), KestrelException);
+  const auto root = RootNamespace::New(nullptr);
+  plugin->RegisterNamespaces(root);
+  EXPECT_THAT(root->GetNamespaceNode("disk")->GetNamespaceNodeNames(), ElementsAre("get"));
+}
+
 TEST(XmlPluginTest, ReportsABadNameWhenItRegisters) {
   const auto root = RootNamespace::New(nullptr);
   EXPECT_EQ(RegistrationFault(OneNamespace("Disk", "D."), root),
