@@ -18,6 +18,8 @@ import os
 import re
 import sys
 
+from problem_report import report
+
 # From the top: a file may include its own layer and those above. The classes of autocli/ are
 # told apart by name; what stands in metaobj/ and callspec/ is one layer each.
 LAYERS = [
@@ -185,13 +187,5 @@ def problems(root):
     yield from header_cycles(tree)
 
 
-def main(arguments):
-    root = arguments[1] if len(arguments) > 1 else os.path.join(os.path.dirname(__file__), "..")
-    found = list(problems(root))
-    for problem in found:
-        print(problem)
-    return 1 if found else 0
-
-
 if __name__ == "__main__":
-    sys.exit(main(sys.argv))
+    sys.exit(report(problems, sys.argv))

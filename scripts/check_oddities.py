@@ -12,6 +12,8 @@ import os
 import re
 import sys
 
+from problem_report import report
+
 PAGES = "docs/decisions/*.md"
 TABLES = "docs/decisions/deliberate-oddities.md"
 DEFINITION = re.compile(r"\bTEST(?:_F|_P)?\(\s*(\w+),\s*(\w+)\s*\)")
@@ -48,13 +50,5 @@ def problems(root):
         yield f"{TABLES}: no test in the row {row}"
 
 
-def main(arguments):
-    root = arguments[1] if len(arguments) > 1 else os.path.join(os.path.dirname(__file__), "..")
-    found = list(problems(root))
-    for problem in found:
-        print(problem)
-    return 1 if found else 0
-
-
 if __name__ == "__main__":
-    sys.exit(main(sys.argv))
+    sys.exit(report(problems, sys.argv))

@@ -12,6 +12,8 @@ import os
 import re
 import sys
 
+from problem_report import report
+
 # kestrel.h alone brings what a program needs; these are asked for by name.
 BY_NAME_ONLY = {
     "kestrel/Version.h",
@@ -54,13 +56,5 @@ def problems(root):
             yield f"kestrel.h does not bring {header}"
 
 
-def main(arguments):
-    root = arguments[1] if len(arguments) > 1 else os.path.join(os.path.dirname(__file__), "..")
-    found = list(problems(root))
-    for problem in found:
-        print(problem)
-    return 1 if found else 0
-
-
 if __name__ == "__main__":
-    sys.exit(main(sys.argv))
+    sys.exit(report(problems, sys.argv))

@@ -454,21 +454,7 @@ class OddNode : public NamespaceNode {
 TEST_F(CliDispatcherTest, WithoutWordsTheRootIsListed) {
   const Handled handled = Handle(Tokens{});
   EXPECT_FALSE(handled.result);
-  EXPECT_EQ(
-      "Usage: tool [disp options] <namespaces> <command>\n"
-      "\n"
-      "For help please run tool --help\n"
-      "\n"
-      "Available Namespaces: \n"
-      "\n"
-      "try    \n"
-      "vexil  Commands that operate on the vexil system itself allowing users to get additional "
-      "information.\n"
-      "\n"
-      "Available Commands: \n"
-      "\n"
-      "\n",
-      handled.out);
+  EXPECT_EQ(kRootListing, handled.out);
   EXPECT_EQ("", handled.err);
 }
 
