@@ -16,6 +16,7 @@
 #include <utility>
 #include <vector>
 
+#include "autocli/Report.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/CliDispatcherHelpFormatter.h"
 #include "kestrel/metaobj/MetaList.h"
@@ -44,9 +45,6 @@ void Print(const std::string& text) {
   std::cout.write(text.data(), static_cast<std::streamsize>(text.size()));
   std::cout.flush();
 }
-
-// A message in one piece, so that it stays whole among the messages of other processes.
-void Report(const std::string& line) { std::cerr << line + "\n"; }
 
 std::string GetAuditUser() {
   const char* user = std::getenv("OPR_USERNAME");

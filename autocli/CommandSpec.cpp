@@ -1,5 +1,6 @@
 #include "kestrel/autocli/CommandSpec.h"
 
+#include "callspec/TextValue.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/CommandInput.h"
 #include "kestrel/callspec/InputSpec.h"
@@ -17,6 +18,7 @@ using CallSpec::Output;
 using CallSpec::OutputSpec;
 using CallSpec::ParameterSpec;
 using CallSpec::ParameterType;
+using CallSpec::TextOrEmpty;
 using MetaObj::MetaList;
 using MetaObj::MetaStruct;
 using MetaObj::MetaType;
@@ -24,8 +26,6 @@ using MetaObj::MetaType;
 namespace {
 
 constexpr const char* kNoChildren = "'. Commands cannot have sub-commands or sub-namespaces.";
-
-const char* TextOrEmpty(const char* text) { return text != nullptr ? text : ""; }
 
 std::string NotFoundMessage(const std::string& name, const std::string& path) {
   return "Unable to find a namespace or command with the name '" + name + "' on the command '" +
@@ -129,7 +129,7 @@ void CommandSpec::RegisterNamespaceNode(std::shared_ptr<NamespaceNode> /*node*/,
 }
 
 void CommandSpec::RegisterNamespaceNode(std::shared_ptr<NamespaceNode> node, const char* name) {
-  RegisterNamespaceNode(std::move(node), std::string(TextOrEmpty(name)));
+  RegisterNamespaceNode(std::move(node), TextOrEmpty(name));
 }
 
 std::shared_ptr<NamespaceNode> CommandSpec::ResolveNode(std::list<std::string>& path) {
@@ -156,7 +156,7 @@ void CommandSpec::AddExample(std::string arguments, std::string description) {
 }
 
 void CommandSpec::AddExample(const char* arguments, const char* description) {
-  examples_.emplace_back(TextOrEmpty(arguments), TextOrEmpty(description));
+  AddExample(TextOrEmpty(arguments), TextOrEmpty(description));
 }
 
 const std::vector<std::pair<std::string, std::string>>& CommandSpec::GetExamples() const {
@@ -168,7 +168,7 @@ void CommandSpec::SetDefaultOutputFormatter(std::string name) {
 }
 
 void CommandSpec::SetDefaultOutputFormatter(const char* name) {
-  defaultFormatParameters_.SetFormatter(std::string(TextOrEmpty(name)));
+  defaultFormatParameters_.SetFormatter(name);
 }
 
 void CommandSpec::SetDefaultOutputParameter(std::string name, std::string value) {
@@ -176,7 +176,7 @@ void CommandSpec::SetDefaultOutputParameter(std::string name, std::string value)
 }
 
 void CommandSpec::SetDefaultOutputParameter(const char* name, const char* value) {
-  SetDefaultOutputParameter(std::string(TextOrEmpty(name)), std::string(TextOrEmpty(value)));
+  defaultFormatParameters_.SetParameter(name, value);
 }
 
 FormatParameters CommandSpec::GetDefaultOutputFormatParameters() const {

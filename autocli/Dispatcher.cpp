@@ -1,13 +1,13 @@
 #include "kestrel/autocli/Dispatcher.h"
 
 #include <algorithm>
-#include <iostream>
 #include <iterator>
 #include <list>
 #include <optional>
 #include <utility>
 
 #include "autocli/PluginFiles.h"
+#include "autocli/Report.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/InternalPlugin.h"
 #include "kestrel/autocli/SharedLibraryPlugin.h"
@@ -20,12 +20,6 @@ namespace Kestrel::AutoCli {
 namespace {
 
 constexpr const char* kDefaultDirectory = KESTREL_PLUGIN_DIR;
-
-// A line in one piece, so that it stays whole among the lines of other processes.
-void Report(std::string line) {
-  line += '\n';
-  std::cerr << line;
-}
 
 // Null for a file that is no plug-in.
 std::shared_ptr<Plugin> MakePlugin(const std::string& path) {

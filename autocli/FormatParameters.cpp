@@ -6,14 +6,11 @@
 #include <utility>
 
 #include "autocli/TextPieces.h"
+#include "callspec/TextValue.h"
 
 namespace Kestrel::AutoCli {
 
-namespace {
-
-std::string TextOrEmpty(const char* text) { return text == nullptr ? std::string() : text; }
-
-}  // namespace
+using CallSpec::TextOrEmpty;
 
 FormatParameters::FormatParameters() = default;
 

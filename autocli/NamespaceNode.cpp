@@ -2,17 +2,14 @@
 
 #include <utility>
 
+#include "callspec/TextValue.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/Namespace.h"
 #include "kestrel/autocli/Util.h"
 
 namespace Kestrel::AutoCli {
 
-namespace {
-
-std::string TextOrEmpty(const char* text) { return text != nullptr ? text : ""; }
-
-}  // namespace
+using CallSpec::TextOrEmpty;
 
 NamespaceNode::NamespaceNode() = default;
 

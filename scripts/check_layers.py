@@ -40,7 +40,7 @@ LAYERS = [
      "Plugin PluginEntryPoint SharedObjectFile SharedLibraryPlugin InternalPlugin CommandList "
      "XmlUtil XmlDocument XmlNode XmlValue XmlValueReader LeadingInteger TemplateText "
      "ExtensionCommand XmlPlugin"),
-    ("dispatch", "autocli", "PluginFiles Dispatcher CliDispatcher"),
+    ("dispatch", "autocli", "Report PluginFiles Dispatcher CliDispatcher"),
 ]
 RANK = {name: rank for rank, (name, _, _) in enumerate(LAYERS)}
 CLASS_LAYER = {stem: name for name, _, stems in LAYERS for stem in stems.split()}

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <ios>
 #include <iostream>
 #include <string>
 
@@ -11,7 +12,11 @@
 
 namespace {
 
-void Report(const std::string& line) { std::cerr << line + "\n"; }
+// Unpadded, whatever width somebody left on the stream.
+void Report(std::string line) {
+  line += '\n';
+  std::cerr.write(line.data(), static_cast<std::streamsize>(line.size()));
+}
 
 // A closed standard stream would pass its number to the first file or socket that is opened, and
 // with it what was meant for the stream. Opened the wrong way round, the descriptor stays useless.

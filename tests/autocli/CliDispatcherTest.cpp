@@ -734,6 +734,18 @@ TEST_F(CliDispatcherTest, PrintErrorPrintsNothingWithoutErrors) {
   EXPECT_EQ("Errors: \n\nsecond\n", err.GetText());
 }
 
+TEST_F(CliDispatcherTest, MessagesAreBlindToTheStateOfTheStream) {
+  StreamCapture err(STDERR_FILENO);
+  const auto output = CommandOutput::New();
+  output->AddErrorMessage("only");
+  std::cerr.width(40);
+  dispatcher.PrintError(output);
+  dispatcher.AddExternalDirectory("/nosuch");
+  std::cerr.width(0);
+  EXPECT_EQ("Errors: \nonly\nUnable to open directory /nosuch for plugin registration\n",
+            err.GetText());
+}
+
 // Streams.
 
 TEST_F(CliDispatcherTest, AStreamIsHandledLineByLine) {
