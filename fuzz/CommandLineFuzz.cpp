@@ -1,0 +1,223 @@
+// Input: the arguments of the tool, one a line.
+//
+// The whole road from the arguments to the printed text, with the built-in plug-in and a command
+// that takes every kind of parameter. A word that leads nowhere throws our exception and prints
+// nothing; a line that went well has no messages; what is printed has a bounded size.
+
+#include <cstddef>
+#include <cstdint>
+#include <iostream>
+#include <list>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "FuzzInput.h"
+#include "Property.h"
+#include "kestrel/KestrelException.h"
+#include "kestrel/autocli/CliDispatcher.h"
+#include "kestrel/autocli/Command.h"
+#include "kestrel/autocli/OptionParser.h"
+#include "kestrel/callspec/Input.h"
+#include "kestrel/callspec/InputSpec.h"
+#include "kestrel/callspec/Output.h"
+#include "kestrel/callspec/OutputSpec.h"
+#include "kestrel/callspec/ParameterConstraint.h"
+#include "kestrel/callspec/ParameterSpec.h"
+#include "kestrel/metaobj/MetaList.h"
+#include "kestrel/metaobj/MetaStruct.h"
+
+namespace Kestrel::Fuzz {
+namespace {
+
+using AutoCli::CliDispatcher;
+using AutoCli::Command;
+using AutoCli::OptionParser;
+using CallSpec::Input;
+using CallSpec::InputSpec;
+using CallSpec::Output;
+using CallSpec::OutputSpec;
+using CallSpec::ParameterConstraint;
+using CallSpec::ParameterConstraintType;
+using CallSpec::ParameterSpec;
+using CallSpec::ParameterType;
+using MetaObj::MetaList;
+using MetaObj::MetaStruct;
+using MetaObj::MetaType;
+
+// A table repeats a column for each mention of its field, so its size grows with the square of the
+// input's, and with the width of the screen.
+constexpr std::size_t kMaxInput = 2048;
+constexpr std::size_t kMaxOutput = 64U << 20U;
+
+std::shared_ptr<MetaStruct> MakeRow(const std::string& name,
+                                    const std::vector<std::string>& values) {
+  const std::shared_ptr<MetaStruct> row = MetaStruct::New("Given");
+  row->SetField("Name", name);
+  row->SetField("Count", static_cast<long>(values.size()));
+  row->SetField("Last", values.empty() ? std::string() : values.back());
+  row->SetField("Empty", values.empty() || values.back().empty());
+  row->SetField("Values", values);
+  return row;
+}
+
+// Answers with the parameters that it was given.
+class EchoCommand : public Command {
+ public:
+  EchoCommand() {
+    SetDescription("Tells what it was given.");
+    SetDefaultOutputFormatter("table");
+    SetDefaultOutputParameter("fields:Given", "Name,Count,Last");
+    AddExample("--text a --number 1", "Gives two parameters");
+  }
+
+  std::shared_ptr<InputSpec> GetInputSpecInternal() override {
+    auto spec = InputSpec::New();
+    // No secret: it would be read from the standard input of this program.
+    Declare(*spec, "text", ParameterType::String, "t");
+    Declare(*spec, "number", ParameterType::Int, "n")->SetConstraint(MakeRange());
+    Declare(*spec, "truth", ParameterType::Bool, "b");
+    Declare(*spec, "flag", ParameterType::Flag, "f");
+    Declare(*spec, "word", ParameterType::StringList, "w")->SetConstraint(MakeWords());
+    Declare(*spec, "numbers", ParameterType::IntList, "");
+    Declare(*spec, "truths", ParameterType::BoolList, "");
+    Declare(*spec, "pattern", ParameterType::String, "p")->SetConstraint(MakePattern());
+    return spec;
+  }
+
+  std::shared_ptr<OutputSpec> GetOutputSpecInternal() override {
+    auto spec = OutputSpec::New();
+    spec->SetRootObject(MetaList::New(MetaType::Struct, MakeRow("", {})));
+    return spec;
+  }
+
+  void ExecuteInternal(const std::shared_ptr<Input>& input,
+                       const std::shared_ptr<Output>& output) override {
+    const std::shared_ptr<MetaList> rows = MetaList::New(MetaType::Struct, MakeRow("", {}));
+    for (const auto& [name, values] : input->GetParameters()) {
+      rows->Add(MakeRow(name, values));
+    }
+    output->SetRootObject(rows);
+  }
+
+ private:
+  static std::shared_ptr<ParameterSpec> Declare(InputSpec& spec, const char* name,
+                                                ParameterType type, const std::string& shortName) {
+    std::shared_ptr<ParameterSpec> parameter = ParameterSpec::New(name, type);
+    parameter->SetRequired(false);
+    parameter->SetDescription("One of %REGEX% %ENUM% %FULLENUM%");
+    if (!shortName.empty()) {
+      parameter->SetShortName(shortName);
+    }
+    spec.AddParameter(parameter);
+    return parameter;
+  }
+
+  static std::shared_ptr<ParameterConstraint> MakeRange() {
+    auto range = ParameterConstraint::New(ParameterConstraintType::IntRange);
+    range->SetIntRange(-5, 5);
+    return range;
+  }
+
+  static std::shared_ptr<ParameterConstraint> MakeWords() {
+    auto words = ParameterConstraint::New(ParameterConstraintType::StringEnum);
+    words->AddStringEnum("one", "the first");
+    words->AddStringEnum("two");
+    return words;
+  }
+
+  static std::shared_ptr<ParameterConstraint> MakePattern() {
+    auto pattern = ParameterConstraint::New(ParameterConstraintType::StringRegex);
+    pattern->SetStringRegex("[a-c]+\\d*");
+    return pattern;
+  }
+};
+
+// Keeps what a stream is given, for as long as it lives.
+class Captured {
+ public:
+  explicit Captured(std::ostream& stream) : stream_(stream), old_(stream.rdbuf(text_.rdbuf())) {}
+  ~Captured() { stream_.rdbuf(old_); }
+  Captured(const Captured&) = delete;
+  Captured& operator=(const Captured&) = delete;
+
+  std::string GetText() const { return text_.str(); }
+
+ private:
+  std::ostringstream text_;
+  std::ostream& stream_;
+  std::streambuf* const old_;
+};
+
+// What ends the process, loads a plug-in or reads another file has no place in a fuzz target.
+bool LeavesTheProcess(const OptionParser& parser) {
+  for (const char* option : {"h", "help", "plugin", "plugin-dir", "input"}) {
+    if (parser.HasDispatcherParameter(option)) {
+      return true;
+    }
+  }
+  return false;
+}
+
+bool LeadsSomewhere(CliDispatcher& dispatcher, const OptionParser& parser) {
+  try {
+    std::list<std::string> path = parser.GetCommandPath();
+    return path.empty() || dispatcher.GetRootNamespace()->ResolveNode(path) != nullptr;
+  } catch (const KestrelException&) {
+    return false;
+  }
+}
+
+void RequireHandles(CliDispatcher& dispatcher, OptionParser& parser) {
+  const bool leadsSomewhere = LeadsSomewhere(dispatcher, parser);
+  const Captured out(std::cout);
+  const Captured messages(std::cerr);
+  bool isDone = false;
+  bool hasThrown = false;
+  try {
+    isDone = dispatcher.HandleOptions(parser, true);
+  } catch (const KestrelException&) {
+    hasThrown = true;
+  }
+  const std::string text = out.GetText();
+  const std::string errors = messages.GetText();
+  Require(leadsSomewhere || hasThrown, "a word that leads nowhere throws");
+  Require(leadsSomewhere || (text.empty() && errors.empty()), "and prints nothing");
+  Require(!isDone || errors.empty(), "what went well has no messages");
+  Require(errors.empty() || errors.compare(0, 9, "Errors: \n") == 0, "messages have their heading");
+  Require(text.size() + errors.size() <= kMaxOutput, "what is printed has a bounded size");
+}
+
+CliDispatcher& GetDispatcher() {
+  // Lives as long as the process: it must not be a static object.
+  static CliDispatcher* const dispatcher = [] {
+    auto* const made = new CliDispatcher();
+    made->GetRootNamespace()->SubNamespace("sample")->RegisterNamespaceNode(
+        std::make_shared<EchoCommand>(), "echo");
+    return made;
+  }();
+  return *dispatcher;
+}
+
+}  // namespace
+}  // namespace Kestrel::Fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace Kestrel::Fuzz;
+  if (size > kMaxInput) {
+    return 0;
+  }
+  FuzzInput input(data, size);
+  // The last line's width would count for this one otherwise.
+  std::vector<std::string> tokens = {"--screen-width=80"};
+  while (!input.IsEmpty()) {
+    tokens.emplace_back(input.TakeLine());
+  }
+  OptionParser parser;
+  parser.ParseVector(tokens);
+  if (!LeavesTheProcess(parser)) {
+    RequireHandles(GetDispatcher(), parser);
+  }
+  return 0;
+}

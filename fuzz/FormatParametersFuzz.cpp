@@ -1,0 +1,125 @@
+// Input: a list's text; the kind of a value (i, b or s) with the value behind it; a printf format;
+// and units, each a line.
+//
+// The pieces of a list make the list again. A formatted value has a bounded size, and is what the
+// system's own printf makes of a format that is let through.
+
+#include "kestrel/autocli/FormatParameters.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "FuzzInput.h"
+#include "Printed.h"
+#include "Property.h"
+#include "kestrel/autocli/Util.h"
+#include "kestrel/metaobj/MetaBool.h"
+#include "kestrel/metaobj/MetaInt.h"
+#include "kestrel/metaobj/MetaString.h"
+
+namespace Kestrel::Fuzz {
+namespace {
+
+using AutoCli::AutoCli_FormatField;
+using AutoCli::FormatParameters;
+using MetaObj::MetaBool;
+using MetaObj::MetaInt;
+using MetaObj::MetaString;
+using MetaObj::MetaType;
+
+void RequireListReadsBack(const std::string& text) {
+  FormatParameters params;
+  params.SetParameter("fields:Type", text);
+  std::string joined;
+  bool isFirst = true;
+  for (const std::string& piece : params.GetParameterAsList("fields:Type")) {
+    Require(piece.find(',') == std::string::npos, "a comma separates");
+    joined += isFirst ? piece : "," + piece;
+    isFirst = false;
+  }
+  // An empty piece at the end is dropped; it may be the only one besides another empty piece.
+  Require(joined == text || joined + "," == text, "the pieces of a list make the list");
+}
+
+Value MakeValue(const std::string& text) {
+  const std::string rest = text.empty() ? text : text.substr(1);
+  switch (text.empty() ? 's' : text[0]) {
+    case 'i':
+      return MetaInt::New(std::strtol(rest.c_str(), nullptr, 10));
+    case 'b':
+      return MetaBool::New(!rest.empty());
+    default:
+      return MetaString::New(rest);
+  }
+}
+
+// Formats whose result the system's printf takes too long to make, or makes of the argument's last
+// mention rather than of each.
+bool IsForPrintf(std::string_view format) {
+  int digits = 0;
+  for (const char c : format) {
+    digits = c >= '0' && c <= '9' ? digits + 1 : 0;
+    if (digits > 4) {
+      return false;
+    }
+  }
+  return format.find("1$") == format.rfind("1$");
+}
+
+// With what a call of printf passes for the value's kind.
+std::string PrintWithSystem(const std::string& format, const MetaObj::MetaObject& value) {
+  std::string buffer(format.size() + value.ToString().size() + 65, '\0');
+  errno = 0;
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"  // The library has let it through.
+  if (const auto* text = dynamic_cast<const MetaString*>(&value)) {
+    std::snprintf(&buffer[0], buffer.size(), format.c_str(), text->GetValue().c_str());
+  } else if (const auto* number = dynamic_cast<const MetaInt*>(&value)) {
+    std::snprintf(&buffer[0], buffer.size(), format.c_str(), number->GetValue());
+  } else if (const auto* boolean = dynamic_cast<const MetaBool*>(&value)) {
+    std::snprintf(&buffer[0], buffer.size(), format.c_str(), boolean->GetValue() ? 1L : 0L);
+  }
+#pragma GCC diagnostic pop
+  return buffer.c_str();
+}
+
+void RequireFormatsField(const Value& value, const std::string& format, const std::string& units) {
+  FormatParameters params;
+  params.SetParameter("printf:Type.Field", format);
+  errno = 0;
+  const std::string text = AutoCli_FormatField("Type", "Field", value, params);
+  constexpr std::string_view kError =
+      "Error while handling formatting parameter printf:Type.Field.  Unable to format field: ";
+  const bool isRefused = text.compare(0, kError.size(), kError) == 0;
+  const std::size_t limit =
+      isRefused ? kError.size() + 255 : format.size() + value->ToString().size() + 64;
+  Require(text.size() <= limit, "a formatted value has a bounded size");
+  if (!isRefused && IsForPrintf(format)) {
+    RequireEqual(text, PrintWithSystem(format, *value), "a value is printed as printf does");
+  }
+
+  params.SetParameter("units:Type.Field", units);
+  errno = 0;
+  RequireEqual(AutoCli_FormatField("Type", "Field", value, params),
+               isRefused ? text : text + " " + units, "units follow a value, and no error");
+}
+
+}  // namespace
+}  // namespace Kestrel::Fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace Kestrel::Fuzz;
+  FuzzInput input(data, size);
+  RequireListReadsBack(input.TakeText());
+  const Value value = MakeValue(input.TakeText());
+  const std::string format = input.TakeText();
+  RequireFormatsField(value, format, input.TakeText());
+  return 0;
+}

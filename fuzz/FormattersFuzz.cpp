@@ -1,0 +1,173 @@
+// Input: a formatter's name; a width; format parameters "key=value", a line each, up to an empty
+// line; then a value, a line for each of its parts:
+//
+//   i NUMBER    b or B (false or true)    s TEXT
+//   { TYPE      a structure; its fields follow, each a line with the name and then a value
+//   [ KIND      a list of i, b, s or {; its elements follow
+//   }           ends the structure or list
+//
+// Every formatter prints every value, or refuses it with our exception; json and xml read back.
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "FuzzInput.h"
+#include "Printed.h"
+#include "Property.h"
+#include "kestrel/KestrelException.h"
+#include "kestrel/autocli/InternalPlugin.h"
+#include "kestrel/metaobj/MetaBool.h"
+#include "kestrel/metaobj/MetaInt.h"
+#include "kestrel/metaobj/MetaList.h"
+#include "kestrel/metaobj/MetaString.h"
+#include "kestrel/metaobj/MetaStruct.h"
+
+namespace Kestrel::Fuzz {
+namespace {
+
+using AutoCli::FormatParameters;
+using AutoCli::InternalPlugin;
+using MetaObj::MetaBool;
+using MetaObj::MetaInt;
+using MetaObj::MetaList;
+using MetaObj::MetaString;
+using MetaObj::MetaStruct;
+using MetaObj::MetaType;
+
+// The parser of xml counts up to 256 elements within each other; a level of ours takes two.
+constexpr int kMaxDepth = 100;
+
+// A screen is at most that wide; a wider column would only cost time.
+constexpr int kMaxWidth = 9999;
+
+// A table repeats a column for each mention of its field, so its size grows with the square of the
+// input's, and a wide screen's with the width.
+constexpr std::size_t kMaxInput = 2048;
+constexpr std::size_t kMaxOutput = 64U << 20U;
+
+class ValueReader {
+ public:
+  explicit ValueReader(FuzzInput& input) : input_(input) {}
+
+  /// The next value, null for one that ends a structure or list.
+  Value Read(int depth) {
+    const std::string line = depth > kMaxDepth ? "}" : input_.TakeText();
+    const std::string text = line.size() > 2 ? line.substr(2) : "";
+    switch (line.empty() ? '}' : line[0]) {
+      case 'i':
+        return MetaInt::New(std::strtol(text.c_str(), nullptr, 10));
+      case 'b':
+        return MetaBool::New(false);
+      case 'B':
+        return MetaBool::New(true);
+      case '{':
+        return ReadStruct(text, depth);
+      case '[':
+        return ReadList(text.empty() ? 's' : text[0], depth);
+      case '}':
+        return nullptr;
+      default:
+        return MetaString::NewUtf8WithEscapes(std::string(text));
+    }
+  }
+
+ private:
+  Value ReadStruct(const std::string& type, int depth) {
+    const bool isNamed = MetaObj::IsValidStructName(type);
+    const std::shared_ptr<MetaStruct> record = MetaStruct::New(isNamed ? type : "Type");
+    for (std::string name = input_.TakeText(); !name.empty() && name != "}";
+         name = input_.TakeText()) {
+      const Value value = Read(depth + 1);
+      if (value != nullptr) {
+        record->SetField(name, value);
+      }
+    }
+    return record;
+  }
+
+  static MetaType KindOf(char letter) {
+    switch (letter) {
+      case 'i':
+        return MetaType::Int;
+      case 'b':
+        return MetaType::Bool;
+      case '{':
+        return MetaType::Struct;
+      default:
+        return MetaType::String;
+    }
+  }
+
+  Value ReadList(char letter, int depth) {
+    const MetaType kind = KindOf(letter);
+    std::shared_ptr<MetaList> list = kind == MetaType::Struct ? nullptr : MetaList::New(kind);
+    for (Value element = Read(depth + 1); element != nullptr; element = Read(depth + 1)) {
+      if (list == nullptr && element->GetType() != kind) {
+        continue;
+      }
+      if (list == nullptr) {
+        list = MetaList::New(kind, element);
+      }
+      if (list->Validate(element, nullptr)) {
+        list->Add(element);
+      }
+    }
+    return list != nullptr ? list : MetaList::New(kind, nullptr);
+  }
+
+  FuzzInput& input_;
+};
+
+FormatParameters TakeParameters(FuzzInput& input) {
+  FormatParameters params;
+  for (std::string line = input.TakeText(); !line.empty(); line = input.TakeText()) {
+    const std::size_t equals = line.find('=');
+    if (equals != std::string::npos) {
+      params.SetParameter(line.substr(0, equals), line.substr(equals + 1));
+    }
+  }
+  return params;
+}
+
+std::shared_ptr<InternalPlugin> MakePlugin() {
+  const std::shared_ptr<InternalPlugin> plugin = InternalPlugin::New();
+  plugin->Initialize();
+  return plugin;
+}
+
+}  // namespace
+}  // namespace Kestrel::Fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace Kestrel::Fuzz;
+  if (size > kMaxInput) {
+    return 0;
+  }
+  static const std::shared_ptr<InternalPlugin> plugin = MakePlugin();
+  FuzzInput input(data, size);
+  const std::string name = input.TakeText();
+  const int width = input.TakeNumber(0, kMaxWidth);
+  const FormatParameters params = TakeParameters(input);
+  const Value value = ValueReader(input).Read(0);
+  if (value == nullptr) {
+    return 0;
+  }
+  for (const auto& formatter : plugin->GetFormatters()) {
+    if (formatter->GetName() != name) {
+      continue;
+    }
+    try {
+      Require(Print(*formatter, value, params, width).size() <= kMaxOutput,
+              "what is printed has a bounded size");
+    } catch (const Kestrel::KestrelException&) {
+      // Some formatters print some shapes only.
+    }
+  }
+  RequireJsonReadsBack(value);
+  RequireXmlReadsBack(value);
+  return 0;
+}

@@ -1,0 +1,79 @@
+// Runs a fuzz target on files: each argument is one, or a folder of them. Files whose names begin
+// with a full stop are passed over. Exit status 1 when there was nothing to run or to read.
+
+#include <unistd.h>
+
+#include <csignal>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <string>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Which input was running when the process was ended.
+const char* runningInput = "";
+
+// Called within a signal: nothing that allocates.
+void NameRunningInput(int signal) {
+  constexpr char kPrefix[] = "Failed on the input ";
+  [[maybe_unused]] ssize_t written = write(STDERR_FILENO, kPrefix, sizeof kPrefix - 1);
+  written = write(STDERR_FILENO, runningInput, std::strlen(runningInput));
+  written = write(STDERR_FILENO, "\n", 1);
+  std::signal(signal, SIG_DFL);
+  std::raise(signal);
+}
+
+std::set<fs::path> FindInputs(int argc, char** argv) {
+  std::set<fs::path> inputs;
+  for (int i = 1; i < argc; ++i) {
+    if (!fs::is_directory(argv[i])) {
+      inputs.insert(argv[i]);
+      continue;
+    }
+    for (const fs::directory_entry& entry : fs::directory_iterator(argv[i])) {
+      if (entry.path().filename().string().front() != '.') {
+        inputs.insert(entry.path());
+      }
+    }
+  }
+  return inputs;
+}
+
+bool Replay(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  const std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+  if (!file.is_open() || file.bad()) {
+    std::fprintf(stderr, "Unable to read %s\n", path.c_str());
+    return false;
+  }
+  runningInput = path.c_str();
+  LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+  runningInput = "";
+  return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  for (const int signal : {SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL}) {
+    std::signal(signal, NameRunningInput);
+  }
+  bool wereAllRead = true;
+  const std::set<fs::path> inputs = FindInputs(argc, argv);
+  for (const fs::path& input : inputs) {
+    wereAllRead = Replay(input.string()) && wereAllRead;
+  }
+  std::printf("%zu inputs replayed\n", inputs.size());
+  return wereAllRead && !inputs.empty() ? 0 : 1;
+}

@@ -1,0 +1,113 @@
+// Input: one line of a stream, as it is.
+//
+// The parser's tokens are those of a slow reader that goes byte by byte, and a line of the tokens
+// in quotes is read as the same.
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "FuzzInput.h"
+#include "Property.h"
+#include "kestrel/autocli/OptionParser.h"
+
+namespace Kestrel::Fuzz {
+namespace {
+
+using AutoCli::OptionParser;
+
+bool IsBlank(char c) { return c == ' ' || c == '\t'; }
+
+std::string WithoutQuotes(std::string text) {
+  text.erase(std::remove(text.begin(), text.end(), '"'), text.end());
+  return text;
+}
+
+// One state, one byte at a time.
+class SlowLine {
+ public:
+  explicit SlowLine(const std::string& line) : line_(line) {
+    for (std::size_t i = 0; i < line.size() && !isComment_; ++i) {
+      Handle(line[i], i);
+    }
+    const std::string last = WithoutQuotes(line.substr(std::min(start_, line.size())));
+    if (!isComment_ && !last.empty()) {
+      tokens_.push_back(last);
+    }
+  }
+
+  const std::vector<std::string>& GetTokens() const { return tokens_; }
+
+ private:
+  void Handle(char c, std::size_t position) {
+    if (isBetween_ && IsBlank(c)) {
+      start_ = position + 1;
+      return;
+    }
+    isBetween_ = false;
+    if (c == '"') {
+      isQuoted_ = !isQuoted_;
+    } else if (!IsBlank(c)) {
+      isComment_ = !hasBegun_ && c == '#';
+      hasBegun_ = true;
+    } else if (!hasBegun_) {
+      ++start_;
+    } else if (!isQuoted_) {
+      tokens_.push_back(WithoutQuotes(line_.substr(start_, position - start_)));
+      start_ = position + 1;
+      isBetween_ = true;
+    }
+  }
+
+  const std::string& line_;
+  std::vector<std::string> tokens_;
+  std::size_t start_ = 0;
+  bool isQuoted_ = false;
+  bool hasBegun_ = false;
+  bool isBetween_ = false;  // behind the blank that ended a token
+  bool isComment_ = false;
+};
+
+std::string Dump(const std::vector<std::string>& tokens) {
+  OptionParser parser;
+  parser.ParseVector(tokens);
+  return parser.ToString();
+}
+
+// A first token that is empty, begins with a blank or begins a comment cannot be written so: what
+// stands in front of the first token counts towards it.
+bool CanBeQuoted(const std::vector<std::string>& tokens) {
+  const std::string& first = tokens.front();
+  return !first.empty() && first[0] != '#' && !IsBlank(first[0]) && !tokens.back().empty();
+}
+
+std::string Quoted(const std::vector<std::string>& tokens) {
+  std::string line;
+  for (const std::string& token : tokens) {
+    line += "\"" + token + "\" ";
+  }
+  return line;
+}
+
+}  // namespace
+}  // namespace Kestrel::Fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace Kestrel::Fuzz;
+  const std::string line = FuzzInput(data, size).TakeRest();
+  const std::vector<std::string> tokens = SlowLine(line).GetTokens();
+
+  OptionParser parser;
+  Require(parser.ParseString(line) == tokens.empty(), "a line is skipped when it has no token");
+  RequireEqual(parser.ToString(), Dump(tokens), "a line has the tokens that it shows");
+
+  if (!tokens.empty() && CanBeQuoted(tokens)) {
+    OptionParser again;
+    again.ParseString(Quoted(tokens));
+    RequireEqual(again.ToString(), Dump(tokens), "tokens in quotes read back");
+  }
+  return 0;
+}

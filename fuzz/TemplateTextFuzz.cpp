@@ -1,0 +1,169 @@
+// Input: a value of the parameter "aa" and two of the list "li", a line each; then the template.
+//
+// A value is only text: a template is filled with values as it is filled with stand-ins that mean
+// nothing, and each stand-in is then replaced by its value, made safe in one of the two ways.
+
+#include <cctype>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "FuzzInput.h"
+#include "Property.h"
+#include "kestrel/KestrelException.h"
+#include "kestrel/autocli/ExtensionCommand.h"
+#include "kestrel/callspec/Input.h"
+#include "kestrel/callspec/InputSpec.h"
+#include "kestrel/callspec/OutputSpec.h"
+
+namespace Kestrel::Fuzz {
+namespace {
+
+using AutoCli::ExtensionCommand;
+using CallSpec::Input;
+using CallSpec::InputSpec;
+using CallSpec::ParameterSpec;
+using CallSpec::ParameterType;
+
+constexpr std::size_t kNone = std::string::npos;
+
+// One marker in the prefix of another multiplies the text, so a longer input tells of memory alone.
+constexpr std::size_t kMaxInput = 4096;
+
+struct Values {
+  std::string scalar;
+  std::vector<std::string> list;
+};
+
+// Bytes that begin, end and separate nothing in a template.
+const Values kStandIns = {"\1", {"\2", "\3"}};
+
+const std::shared_ptr<InputSpec>& GetInputSpec() {
+  static const std::shared_ptr<InputSpec> spec = [] {
+    auto made = InputSpec::New();
+    made->AddParameter(ParameterSpec::New("aa", ParameterType::String));
+    made->AddParameter(ParameterSpec::New("ff", ParameterType::Flag));
+    made->AddParameter(ParameterSpec::New("li", ParameterType::StringList));
+    made->AddParameter(ParameterSpec::New("zz", ParameterType::String));  // never given
+    return made;
+  }();
+  return spec;
+}
+
+// The filled template; nothing when a marker does not fit its parameter's type.
+std::optional<std::string> Fill(const std::string& text, const Values& values, bool forStdin) {
+  const std::shared_ptr<ExtensionCommand> command = ExtensionCommand::New();
+  command->SetInputSpec(GetInputSpec());
+  command->SetExecuteCommand(text);
+  command->SetStdin(text);
+  const std::shared_ptr<Input> input = Input::New();
+  input->SetInputSpec(GetInputSpec());
+  input->AddParameter("aa", values.scalar);
+  input->AddParameter("ff", "");
+  input->AddParameter("li", values.list);
+  try {
+    return command->SubstituteInput(input, forStdin);
+  } catch (const KestrelException&) {
+    return std::nullopt;
+  }
+}
+
+bool HasAnyOf(const Values& values, const char* bytes) {
+  return (values.scalar + values.list[0] + values.list[1]).find_first_of(bytes) != kNone;
+}
+
+// Whether values can only stand where text does: behind the comma of a conditional or outside of
+// markers. Elsewhere a value may complete the template's own marker, as authors are told.
+bool KeepsValuesApart(std::string_view text) {
+  for (std::size_t dollar = text.find('$'); dollar != kNone; dollar = text.find('$', dollar + 1)) {
+    std::size_t end = dollar + 1;
+    while (end < text.size() && std::isalpha(static_cast<unsigned char>(text[end])) != 0) {
+      ++end;
+    }
+    const bool isConditional = text.substr(dollar, end - dollar) == "$if";
+    if (end < text.size() && text[end] == '{') {
+      end = text.find_first_of(isConditional ? "$,}" : "$}", end);
+    }
+    if (end < text.size() && text[end] == '$') {
+      return false;
+    }
+  }
+  return true;
+}
+
+// Values with braces count for the end of a conditional's text, and their "$" for its beginning.
+bool IsOnlyText(const std::string& text, const Values& values) {
+  return text.find_first_of("\1\2\3") == kNone && KeepsValuesApart(text) &&
+         (text.find("$if") == kNone || !HasAnyOf(values, "{}$"));
+}
+
+std::vector<std::string> WaysToWrite(const std::string& value, char quote, bool forStdin) {
+  if (forStdin) {
+    return {value};
+  }
+  const std::string carried = ExtensionCommand::SanitizeChar(value, '\0');
+  return {ExtensionCommand::SanitizeInput(carried), ExtensionCommand::SanitizeChar(carried, quote)};
+}
+
+std::vector<std::string> WaysToWrite(char standIn, const Values& values, bool forStdin) {
+  switch (standIn) {
+    case '\1':
+      return WaysToWrite(values.scalar, '\'', forStdin);
+    case '\2':
+    case '\3':
+      return WaysToWrite(values.list[standIn == '\2' ? 0 : 1], '"', forStdin);
+    default:
+      return {std::string(1, standIn)};
+  }
+}
+
+// Whether `text` is `pattern` with a value, written in one way or the other, for each stand-in.
+bool Matches(std::string_view text, std::string_view pattern, const Values& values, bool forStdin) {
+  std::set<std::size_t> ends = {0};
+  for (const char c : pattern) {
+    std::set<std::size_t> next;
+    for (const std::string& written : WaysToWrite(c, values, forStdin)) {
+      for (const std::size_t end : ends) {
+        if (text.substr(end, written.size()) == written) {
+          next.insert(end + written.size());
+        }
+      }
+    }
+    ends = std::move(next);
+  }
+  return ends.count(text.size()) != 0;
+}
+
+}  // namespace
+}  // namespace Kestrel::Fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace Kestrel::Fuzz;
+  if (size > kMaxInput) {
+    return 0;
+  }
+  FuzzInput input(data, size);
+  Values values;
+  values.scalar = input.TakeText();
+  values.list = {input.TakeText(), input.TakeText()};
+  const std::string text = input.TakeRest();
+
+  for (const bool forStdin : {false, true}) {
+    const std::optional<std::string> filled = Fill(text, values, forStdin);
+    if (text.find('$') == std::string::npos) {
+      Require(filled == text, "a template without a marker stays as it is");
+    }
+    if (!IsOnlyText(text, values)) {
+      continue;
+    }
+    const std::optional<std::string> pattern = Fill(text, kStandIns, forStdin);
+    Require(filled.has_value() == pattern.has_value(), "a value decides over no marker");
+    Require(!filled || Matches(*filled, *pattern, values, forStdin), "a value is only text");
+  }
+  return 0;
+}

@@ -1,0 +1,157 @@
+// Input: a plug-in descriptor.
+//
+// A descriptor is refused with its path, or everything that it declares can be found, described,
+// checked and put into templates. No command is run: its line would be the input's.
+
+#include "kestrel/autocli/XmlPlugin.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <list>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "FuzzInput.h"
+#include "MemoryFile.h"
+#include "Printed.h"
+#include "Property.h"
+#include "SilentXml.h"
+#include "kestrel/KestrelException.h"
+#include "kestrel/autocli/CommandHelpFormatter.h"
+#include "kestrel/autocli/CommandInput.h"
+#include "kestrel/autocli/CommandOutput.h"
+#include "kestrel/autocli/ExtensionCommand.h"
+#include "kestrel/autocli/RootNamespace.h"
+#include "kestrel/callspec/ParameterConstraint.h"
+
+namespace Kestrel::Fuzz {
+namespace {
+
+using AutoCli::CommandInput;
+using AutoCli::CommandOutput;
+using AutoCli::ExtensionCommand;
+using AutoCli::NamespaceNode;
+using AutoCli::NodeType;
+using AutoCli::RootNamespace;
+using AutoCli::XmlPlugin;
+using CallSpec::InputSpec;
+using CallSpec::ParameterConstraintType;
+using CallSpec::ParameterSpec;
+
+bool BeginsWith(std::string_view text, std::string_view start) {
+  return text.substr(0, start.size()) == start;
+}
+
+// The plug-in of the descriptor, null when it is refused.
+std::shared_ptr<XmlPlugin> Load(const std::string& path) {
+  const std::shared_ptr<XmlPlugin> plugin = XmlPlugin::New(path);
+  try {
+    plugin->Initialize();
+    return plugin;
+  } catch (const KestrelException& error) {
+    Require(BeginsWith(error.what(), "Unable to handle XML Plugin " + path +
+                                         ".  There was an error while parsing: "),
+            "a refused descriptor is named");
+    return nullptr;
+  }
+}
+
+// A user's expression may be none: that one exception is not ours.
+bool HasExpression(const ParameterSpec& parameter) {
+  const auto& constraint = parameter.GetConstraint();
+  return constraint != nullptr && constraint->GetType() == ParameterConstraintType::StringRegex;
+}
+
+void RequireChecksValues(ParameterSpec& parameter) {
+  const std::shared_ptr<CommandOutput> output = CommandOutput::New();
+  for (const char* value : {"", "1", "true", "aaaaaaaaaaaaaaaaaaaaaaaaaaaaaa!"}) {
+    try {
+      const bool isValid = parameter.Validate({value}, output);
+      Require(isValid || output->HasError(), "a refused value is told of");
+    } catch (const KestrelException&) {
+    } catch (const std::exception&) {
+      Require(HasExpression(parameter), "only a user's expression brings its own exceptions");
+    }
+  }
+}
+
+std::shared_ptr<CommandInput> MakeInput(const std::shared_ptr<InputSpec>& spec) {
+  auto input = CommandInput::New();
+  input->SetDispatcher("vexil");
+  input->SetInputSpec(spec);
+  for (const auto& parameter : spec->GetParameters()) {
+    input->AddParameter(parameter->GetName(), "it's $val{x}");
+  }
+  return input;
+}
+
+void Substitute(ExtensionCommand& command, const std::shared_ptr<CommandInput>& input) {
+  for (const bool forStdin : {false, true}) {
+    try {
+      command.SubstituteInput(input, forStdin);
+    } catch (const KestrelException&) {
+      // A marker that does not fit its parameter's type.
+    }
+  }
+}
+
+void RequireUsable(ExtensionCommand& command) {
+  std::shared_ptr<InputSpec> spec;
+  try {
+    spec = command.GetInputSpec();
+  } catch (const KestrelException& error) {
+    Require(BeginsWith(error.what(), "Found a duplicate paramater "),
+            "only a help of its own spoils a command");
+    return;
+  }
+  for (const auto& parameter : spec->GetParameters()) {
+    RequireChecksValues(*parameter);
+  }
+  const std::shared_ptr<CommandInput> input = MakeInput(spec);
+  Substitute(command, input);
+
+  const std::shared_ptr<CommandOutput> help = CommandOutput::New();
+  command.GenerateHelpOutput(input, help);
+  RequireJsonReadsBack(help->GetRootObject());
+  AutoCli::CommandHelpFormatter formatter;
+  Require(!Print(formatter, help->GetRootObject(), {}, 80).empty(), "a command has a help page");
+}
+
+void RequireUsable(const std::shared_ptr<NamespaceNode>& root,
+                   const std::shared_ptr<NamespaceNode>& node) {
+  if (node != root) {
+    std::list<std::string> path = node->GetPath();
+    Require(root->ResolveNode(path) == node, "a node is found at its path");
+  }
+  if (node->GetType() == NodeType::Command) {
+    RequireUsable(dynamic_cast<ExtensionCommand&>(*node));
+    return;
+  }
+  for (const std::shared_ptr<NamespaceNode>& child : node->GetNamespaceNodes()) {
+    RequireUsable(root, child);
+  }
+}
+
+}  // namespace
+}  // namespace Kestrel::Fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace Kestrel::Fuzz;
+  SilenceXml();
+  static const MemoryFile file;
+  file.Write(FuzzInput(data, size).TakeRest());
+  const std::shared_ptr<XmlPlugin> plugin = Load(file.GetPath());
+  if (plugin == nullptr) {
+    return 0;
+  }
+  const std::shared_ptr<RootNamespace> root = RootNamespace::New(nullptr);
+  try {
+    plugin->RegisterNamespaces(root);
+  } catch (const Kestrel::KestrelException&) {
+    // What was inserted before the fault stays, and works.
+  }
+  RequireUsable(root, root);
+  return 0;
+}

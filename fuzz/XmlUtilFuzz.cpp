@@ -1,0 +1,89 @@
+// Input: a value document, as a command prints it.
+//
+// The reader gives what the document's tree gives; a value that is read can be printed and read
+// again.
+
+#include "kestrel/autocli/XmlUtil.h"
+
+#include <libxml/parser.h>
+#include <libxml/tree.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <sstream>
+#include <string>
+
+#include "FuzzInput.h"
+#include "Printed.h"
+#include "Property.h"
+#include "SilentXml.h"
+#include "kestrel/KestrelException.h"
+#include "kestrel/autocli/XmlFormatter.h"
+
+namespace Kestrel::Fuzz {
+namespace {
+
+// What reading comes to: a value, none, or an exception.
+struct Outcome {
+  std::string text;
+  Value value;
+};
+
+template <typename Read>
+Outcome OutcomeOf(Read read) {
+  try {
+    const Value value = read();
+    if (value == nullptr) {
+      return {"no value", nullptr};
+    }
+    std::ostringstream out;
+    AutoCli::XmlFormatter().Format(value, out, 0);
+    return {out.str(), value};
+  } catch (const KestrelException& error) {
+    return {std::string("throws ") + error.what(), nullptr};
+  }
+}
+
+bool IsTextOrComment(const xmlNode& node) {
+  return node.type == XML_TEXT_NODE || node.type == XML_CDATA_SECTION_NODE ||
+         node.type == XML_COMMENT_NODE;
+}
+
+Value ReadTree(const std::string& text) {
+  const std::unique_ptr<xmlDoc, void (*)(xmlDoc*)> document(
+      xmlReadMemory(text.data(), static_cast<int>(text.size()), "STDOUT", nullptr, 0), xmlFreeDoc);
+  if (document == nullptr) {
+    return nullptr;
+  }
+  const xmlNode* node = xmlDocGetRootElement(document.get())->children;
+  while (node != nullptr && IsTextOrComment(*node)) {
+    node = node->next;
+  }
+  try {
+    return node == nullptr ? nullptr : AutoCli::XmlUtil_BuildMetaObject(node);
+  } catch (const KestrelException& error) {
+    throw KestrelException(
+        std::string("Error parsing command output.  Unable to build a proper metaobject from "
+                    "output tag.  output must contain properly formatted tags of type bool, int, "
+                    "string, structure and list. Error was : ") +
+        error.what());
+  }
+}
+
+}  // namespace
+}  // namespace Kestrel::Fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace Kestrel::Fuzz;
+  SilenceXml();
+  const std::string text = FuzzInput(data, size).TakeRest();
+  const Outcome read = OutcomeOf([&] { return Kestrel::AutoCli::XmlUtil_ParseXmlOutput(text); });
+  RequireEqual(read.text, OutcomeOf([&] { return ReadTree(text); }).text,
+               "a document is read as its tree is");
+  if (read.value != nullptr) {
+    RequireJsonReadsBack(read.value);
+    RequireXmlReadsBack(read.value);
+  }
+  return 0;
+}

@@ -1,0 +1,27 @@
+#!/bin/sh
+# replay_self_check.sh PROGRAM: whether the replay passes good inputs, and fails for a bad one, for
+# one that is missing and for a folder without any.
+set -u
+
+replay=$1
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+mkdir "$folder/empty" "$folder/good" "$folder/bad"
+touch "$folder/empty/.gitkeep" "$folder/good/nothing"
+echo fine >"$folder/good/word"
+echo fault >"$folder/bad/word"
+
+complain() {
+  echo "replay_self_check: $*" >&2
+  exit 1
+}
+
+"$replay" "$folder/good" "$folder/empty" >"$folder/out" || complain "refuses good inputs"
+grep -qx "2 inputs replayed" "$folder/out" || complain "does not count inputs"
+"$replay" "$folder/good" "$folder/bad" 2>"$folder/errors" && complain "passes a bad input"
+grep -qx "Does not hold: an input is fine" "$folder/errors" || complain "does not tell the claim"
+grep -qx "Failed on the input $folder/bad/word" "$folder/errors" || complain "names no input"
+"$replay" "$folder/empty" && complain "passes an empty folder"
+"$replay" "$folder/good" "$folder/missing" 2>"$folder/errors" && complain "passes a missing file"
+grep -qx "Unable to read $folder/missing" "$folder/errors" || complain "names no missing file"
+exit 0
