@@ -16,11 +16,10 @@ using MetaObj::MetaStruct;
 
 namespace {
 
-/// An entity that is not replaced has the declarations of its document as children, and those of
-/// elements and attributes keep something else where a node keeps its text.
-bool CarriesContent(const xmlNode* node) {
-  return node->type != XML_ELEMENT_DECL && node->type != XML_ATTRIBUTE_DECL &&
-         node->content != nullptr;
+/// The child behind `child`, or null. An entity that is not replaced has its declaration as its
+/// only child, and behind that stand the other declarations of its document.
+const xmlNode* NextChild(const xmlNode* node, const xmlNode* child) {
+  return child == node->last ? nullptr : child->next;
 }
 
 bool IsFieldElement(const xmlNode* node) {
@@ -68,8 +67,8 @@ std::string XmlUtil_ExtractAttribute(const xmlNode* node, const std::string& nam
 
 std::string XmlUtil_GetContent(const xmlNode* node) {
   const xmlChar* content = nullptr;
-  for (const xmlNode* child = node->children; child != nullptr; child = child->next) {
-    if (CarriesContent(child)) {
+  for (const xmlNode* child = node->children; child != nullptr; child = NextChild(node, child)) {
+    if (child->content != nullptr) {
       content = child->content;  // the last one wins, comments included
     }
   }

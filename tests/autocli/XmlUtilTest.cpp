@@ -130,8 +130,8 @@ TEST(XmlUtilTest, GetContentCountsAnEntityThatIsNotReplaced) {
 }
 
 TEST(XmlUtilTest, GetContentOfAnEntityPassesOverTheDeclarationsBesideIt) {
-  for (const char* declaration :
-       {"", "<!ATTLIST a b CDATA #IMPLIED>", "<!ELEMENT a (b)>", "<!NOTATION a SYSTEM 'n'>"}) {
+  for (const char* declaration : {"", "<!ATTLIST a b CDATA #IMPLIED>", "<!ELEMENT a (b)>",
+                                  "<!NOTATION a SYSTEM 'n'>", "<!ENTITY f 'another'>"}) {
     const Tree tree("<!DOCTYPE a [<!ENTITY e 'entity text'>" + std::string(declaration) +
                     "]><a>&e;</a>");
     EXPECT_EQ(XmlUtil_GetContent(tree.GetChild(0)), "entity text") << declaration;
@@ -523,6 +523,19 @@ TEST(XmlUtilTest, ReadsAMillionElements) {
   ASSERT_EQ(list->GetCount(), 1000000u);
   EXPECT_EQ(DescribeValue(list->GetItem(0)), "int 12");
   EXPECT_EQ(DescribeValue(list->GetItem(999999)), "int 13");
+}
+
+// Were all declarations looked at for each value, this would take minutes.
+TEST(XmlUtilTest, ReadsManyEntitiesAmongManyDeclarations) {
+  std::string declarations = "<!ENTITY string 'x'>";
+  for (int i = 0; i < 20000; ++i) {
+    declarations += "<!ENTITY e" + std::to_string(i) + " 'y'>";
+  }
+  const auto list = std::dynamic_pointer_cast<MetaList>(
+      XmlUtil_ParseXmlOutput("<!DOCTYPE o [" + declarations + "]><o><list type='string'>" +
+                             Repeat("&string;", 20000) + "</list></o>"));
+  ASSERT_EQ(list->GetCount(), 20000u);
+  EXPECT_EQ(DescribeValue(list->GetItem(19999)), "string 'x'");
 }
 
 TEST(XmlUtilTest, ReadsManyFieldsAndManyStructures) {
