@@ -18,6 +18,13 @@ void Report(std::string line) {
   std::cerr.write(line.data(), static_cast<std::streamsize>(line.size()));
 }
 
+// A plug-in may have made the streams throw; on the way out nobody is left to catch that, and what
+// goes to the one flushes the other.
+void ForbidExceptions() {
+  std::cout.exceptions(std::ios_base::goodbit);
+  std::cerr.exceptions(std::ios_base::goodbit);
+}
+
 // A closed standard stream would pass its number to the first file or socket that is opened, and
 // with it what was meant for the stream. Opened the wrong way round, the descriptor stays useless.
 void OccupyStandardDescriptors() {
@@ -30,6 +37,7 @@ void OccupyStandardDescriptors() {
 
 // The last word on every way out, whoever calls exit: a caller must not take cut output for all.
 void CheckStandardOutput() {
+  ForbidExceptions();
   std::cout.flush();
   const bool isWritten = std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && std::cout.good();
   if (!isWritten) {
@@ -49,6 +57,7 @@ int main(int argc, char** argv) {
     dispatcher.AddDefaultDirectories();
     dispatcher.HandleArgvInput(argc, argv);
   } catch (const std::exception& error) {
+    ForbidExceptions();
     Report(error.what());
   }
   return EXIT_FAILURE;

@@ -63,6 +63,13 @@ TEST(ExitStatusTest, AFullDiskIsToldWhenAPluginEndsTheProcess) {
   EXPECT_EQ(0, written.status);
 }
 
+TEST(ExitStatusTest, AFullDiskIsToldWhenAPluginMakesStandardOutputThrow) {
+  const VexilResult result = Try({"try", "demand"}).WithOutputTo("/dev/full").Run();
+  EXPECT_THAT(result.err, EndsWith("\nUnable to write to standard output\n"));
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ("demanded\n", Try({"try", "demand"}).Run().out);
+}
+
 TEST(ExitStatusTest, AFullDiskIsToldBehindTheExceptionThatEndsTheTool) {
   const VexilResult result = VexilRun({"--input=STDIN"})
                                  .WithInput("vexil command list\nnosuch\n")

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <ios>
 #include <iostream>
 #include <memory>
 #include <stdexcept>
@@ -139,6 +140,11 @@ std::string Quit(const Input&) {
   std::exit(0);
 }
 
+std::string DemandExceptions(const Input&) {
+  std::cout.exceptions(std::ios_base::badbit | std::ios_base::failbit);
+  return "demanded";
+}
+
 std::string Fail(const Input&) { throw std::runtime_error("no fuel"); }
 
 void AddDeepNamespaces(const std::shared_ptr<Namespace>& root) {
@@ -172,6 +178,8 @@ void AutoCli_RegisterNamespaces(std::shared_ptr<Namespace> root) {
   space->RegisterNamespaceNode(MakeTextCommand("Writes on its own.", {}, WriteItself), "write");
   space->RegisterNamespaceNode(MakeTextCommand("Ends the process.", {}, Quit), "quit");
   space->RegisterNamespaceNode(MakeTextCommand("Fails.", {}, Fail), "fail");
+  space->RegisterNamespaceNode(
+      MakeTextCommand("Makes standard output throw.", {}, DemandExceptions), "demand");
   root->RegisterNamespaceNode(space, "try");
   AddDeepNamespaces(root);
 }
