@@ -18,6 +18,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <ios>
 #include <iostream>
 
 #include "autocli/EchoGuard.h"
@@ -169,7 +170,7 @@ std::string ReadLine() {
 // Echo is off before the prompt shows, so that nothing typed in answer to it can be seen.
 std::string ReadSecret(const std::string& prompt) {
   const EchoGuard guard(prompt);
-  std::cout << prompt << std::flush;
+  std::cout.write(prompt.data(), static_cast<std::streamsize>(prompt.size())).flush();
   return ReadLine();
 }
 
@@ -377,7 +378,7 @@ std::string OptionParser::GetMissingValue(const std::string& token, const std::s
   }
   if (declared->IsSecret()) {
     std::string secret = ReadSecret("Enter value for '" + declared->GetName() + "': ");
-    std::cout << '\n';
+    std::cout.put('\n');
     return secret;
   }
   // Help needs no value under either of its names, whatever type it is declared with.

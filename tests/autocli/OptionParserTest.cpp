@@ -459,6 +459,17 @@ TEST(OptionParserTest, WhatWasWrittenBeforeThePromptStandsBeforeIt) {
   EXPECT_EQ("before Enter value for 'password': \n", out.GetText());
 }
 
+TEST(OptionParserTest, ThePromptIsBlindToTheStateOfTheStream) {
+  OptionParser parser = Parse({"ns", "cmd", "--password"});
+  parser.SetInputSpec(MakeSpec());
+  StreamCapture out(STDOUT_FILENO);
+  ScopedInput in("x\n");
+  std::cout.width(60);
+  parser.ProcessCommandArguments();
+  std::cout.width(0);
+  EXPECT_EQ("Enter value for 'password': \n", out.GetText());
+}
+
 TEST(OptionParserTest, GetSilentStringReadsOneLineAndWritesNothing) {
   OptionParser parser;
   StreamCapture out(STDOUT_FILENO);
