@@ -36,7 +36,7 @@ class KESTREL_API Dispatcher {
   std::shared_ptr<RootNamespace> GetRootNamespace() const;
 
   /// Loads and registers the plug-in in the file `path`, whose suffix tells its kind: ".so" is a
-  /// shared object; any other file is passed over in silence.
+  /// shared object, ".xml" a descriptor; any other file is passed over in silence.
   /// Throws KestrelException when the plug-in cannot be loaded or registered; whatever else its
   /// entry point throws passes.
   void AddPlugin(const std::string& path);

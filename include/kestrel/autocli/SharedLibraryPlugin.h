@@ -34,7 +34,8 @@ class KESTREL_API SharedLibraryPlugin : public Plugin {
   /// Opens the file, with its symbols bound lazily and open to later plug-ins, and finds the entry
   /// point. A path without "/" is searched for as the system's loader searches for libraries.
   /// Throws KestrelException with the loader's text when either fails, and when a path with "/"
-  /// leads to something that is no regular file; nothing stays open then.
+  /// leads to something that is no regular file, or to one that was cut short, which the loader
+  /// would not survive; nothing stays open then.
   void Initialize() override;
 
   const std::string& GetName() const override;
