@@ -84,7 +84,7 @@ void CliDispatcherHelpFormatter::Format(const std::shared_ptr<CallSpec::Output>&
 bool CliDispatcherHelpFormatter::ExtractString(const std::string& field,
                                                std::shared_ptr<MetaStruct> record,
                                                std::string& value) {
-  const auto text = record->HasField(field)
+  const auto text = record != nullptr && record->HasField(field)
                         ? std::dynamic_pointer_cast<MetaString>(record->GetField(field))
                         : nullptr;
   value = text == nullptr ? "<" + field + ">" : text->GetValue();

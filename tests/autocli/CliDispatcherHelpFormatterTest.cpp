@@ -292,6 +292,9 @@ TEST(CliDispatcherHelpFormatterTest, ExtractStringFallsBackToTheNameOfTheField) 
     EXPECT_FALSE(CliDispatcherHelpFormatter().ExtractString(field, record, value));
     EXPECT_EQ("<" + std::string(field) + ">", value);
   }
+  std::string value = "old";
+  EXPECT_FALSE(CliDispatcherHelpFormatter().ExtractString("Name", nullptr, value));
+  EXPECT_EQ("<Name>", value);
 }
 
 }  // namespace

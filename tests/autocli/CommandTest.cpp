@@ -108,6 +108,16 @@ TEST_F(CommandTest, HelpIsGivenWhateverItsValueIs) {
   EXPECT_EQ(Run(std::make_shared<SampleCommand>())->GetOutputType(), Output::Help);
 }
 
+TEST_F(CommandTest, HelpThatCannotBeGivenIsAnError) {
+  const auto command = std::make_shared<SampleCommand>();
+  command->inputSpec = nullptr;
+  input_->AddParameter("help", "");
+  EXPECT_THAT(Run(command)->GetErrors(),
+              ElementsAre("Error on command network ip list : The command 'list' has no input "
+                          "specification."));
+  EXPECT_EQ(command->executions, 0);
+}
+
 TEST_F(CommandTest, TheHelpIsNotCheckedAgainstTheDeclaredOutput) {
   const std::shared_ptr<SampleCommand> command = MakeLyingCommand();
   input_->AddParameter("help", "");

@@ -27,8 +27,8 @@ class KESTREL_API CliDispatcherHelpFormatter : public Formatter {
   void Format(const std::shared_ptr<CallSpec::Output>& output, FormatParameters& params,
               DisplayContext& display, std::ostream& out) override;
 
-  /// Takes the text of a string field of `record`. Without such a field `value` becomes the field's
-  /// name in angle brackets, and the result is false.
+  /// Takes the text of a string field of `record`. Without such a field, or without a record,
+  /// `value` becomes the field's name in angle brackets, and the result is false.
   bool ExtractString(const std::string& field, std::shared_ptr<MetaObj::MetaStruct> record,
                      std::string& value);
 
