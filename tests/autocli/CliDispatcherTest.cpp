@@ -849,7 +849,7 @@ void BreakReads(int descriptor) {
 int FindDescriptor(const std::string& path) {
   for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
     std::error_code isGone;
-    if (std::filesystem::read_symlink(entry.path(), isGone) == path) {
+    if (std::filesystem::equivalent(entry.path(), path, isGone)) {
       return std::stoi(entry.path().filename());
     }
   }
