@@ -10,6 +10,7 @@
 #include "autocli/TemplateText.h"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 #include <vector>
 
@@ -37,6 +38,24 @@ std::size_t FindOpening(const MarkedText& text, const std::string& opening, std:
   while (position != kNone && text.IsFromValue(position)) {
     position = text.Bytes().find(opening, position + 1);
   }
+  return position;
+}
+
+/// The last `c` before `end`, or none. Unlike a backward search for a longer text, it looks at many
+/// bytes at once.
+std::size_t FindLast(const std::string& text, char c, std::size_t end) {
+  const void* const found = memrchr(text.data(), c, end);
+  return found == nullptr ? kNone
+                          : static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
+}
+
+/// The last place where `opening`, which begins with "$", ends at `end` or before.
+std::size_t FindLastOpening(const MarkedText& text, const std::string& opening, std::size_t end) {
+  std::size_t position = end < opening.size() ? 0 : end - opening.size() + 1;
+  do {
+    position = FindLast(text.Bytes(), '$', position);
+  } while (position != kNone &&
+           (text.IsFromValue(position) || !Continues(text.Bytes(), position, opening)));
   return position;
 }
 
@@ -112,12 +131,13 @@ class MultiListMarker {
   static constexpr bool kIsUnbounded = true;
   static std::string Opening(const std::string& name) { return "$multilist{" + name + ","; }
   static std::size_t LastOpeningEnd(const std::string& text) {
-    const std::size_t isTrue = text.rfind(",true}");
-    const std::size_t isFalse = text.rfind(",false}");
-    if (isTrue == kNone || isFalse == kNone) {
-      return LastPrefixByte(std::min(isTrue, isFalse));
+    bool flag = false;
+    std::size_t comma = FindLast(text, ',', text.size());
+    while (comma != kNone && ReadFlag(text, comma + 1, flag) == kNone) {
+      comma = FindLast(text, ',', comma);
     }
-    return LastPrefixByte(std::max(isTrue, isFalse));
+    // A prefix has one byte at least before the comma that ends it.
+    return comma == kNone || comma == 0 ? 0 : comma - 1;
   }
   static bool Read(const std::string& text, std::size_t position, Marker& marker) {
     marker.partBegin = position;
@@ -130,12 +150,6 @@ class MultiListMarker {
       }
     }
     return false;
-  }
-
- private:
-  /// A prefix has one byte at least before the comma that ends it.
-  static std::size_t LastPrefixByte(std::size_t comma) {
-    return comma == kNone || comma == 0 ? 0 : comma - 1;
   }
 };
 
@@ -164,17 +178,12 @@ class Occurrences {
   /// The rightmost occurrence, whether or not another one, begun before it, runs across it.
   std::optional<Marker> Last() const {
     std::size_t end = Kind::LastOpeningEnd(text_.Bytes());
-    while (end >= opening_.size()) {
-      const std::size_t begin = text_.Bytes().rfind(opening_, end - opening_.size());
-      if (begin == kNone) {
-        break;
-      }
-      Marker marker;
-      marker.begin = begin;
-      if (!text_.IsFromValue(begin) && Kind::Read(text_.Bytes(), begin + opening_.size(), marker)) {
+    Marker marker;
+    while ((marker.begin = FindLastOpening(text_, opening_, end)) != kNone) {
+      if (Kind::Read(text_.Bytes(), marker.begin + opening_.size(), marker)) {
         return marker;
       }
-      end = begin + opening_.size() - 1;
+      end = marker.begin + opening_.size() - 1;
     }
     return std::nullopt;
   }
