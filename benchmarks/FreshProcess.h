@@ -4,11 +4,12 @@
 
 namespace Kestrel::Benchmarks {
 
-/// What one piece of work took: building what it makes, and letting go of it.
+/// What one piece of work took: building what it makes, letting go of it, and the memory for it.
 struct Cost {
   double buildSeconds = 0;
   double destroySeconds = 0;
   double heapBytes = 0;
+  double peakBytes = 0;
 };
 
 /// Runs `work` in a process of its own, so that no memory is warm from an earlier round, and gives

@@ -1,0 +1,83 @@
+// What does a shell command cost beside a bare posix_spawn of the same shell, in a process that
+// holds little or much memory.
+
+#include <benchmark/benchmark.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include "kestrel/autocli/Util.h"
+
+extern char** environ;
+
+namespace Kestrel::Benchmarks {
+namespace {
+
+constexpr const char* kCommand = "echo done";
+
+/// Memory that is there, not merely promised.
+class HeldMemory {
+ public:
+  explicit HeldMemory(std::int64_t mebibytes)
+      : size_(static_cast<std::size_t>(mebibytes) << 20), bytes_(new char[size_]) {
+    std::memset(bytes_.get(), 1, size_);
+  }
+
+ private:
+  const std::size_t size_;
+  const std::unique_ptr<char[]> bytes_;
+};
+
+void RunWithLibrary(std::string& output) { AutoCli::AutoCli_ShellCmd(kCommand, output, ""); }
+
+/// The least that gives the output of a command: one pipe, one read after the other.
+void RunWithBareSpawn(std::string& output) {
+  int ends[2];
+  if (pipe(ends) != 0) {
+    throw std::runtime_error("pipe failed");
+  }
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
+  posix_spawn_file_actions_addclose(&actions, ends[0]);
+  posix_spawn_file_actions_addclose(&actions, ends[1]);
+  const char* const argv[] = {"sh", "-c", kCommand, nullptr};
+  pid_t child = 0;
+  const int error =
+      posix_spawn(&child, "/bin/sh", &actions, nullptr, const_cast<char* const*>(argv), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  close(ends[1]);
+  char chunk[4096];
+  ssize_t count = 0;
+  while (error == 0 && (count = read(ends[0], chunk, sizeof chunk)) > 0) {
+    output.append(chunk, static_cast<std::size_t>(count));
+  }
+  close(ends[0]);
+  int status = 0;
+  if (error != 0 || waitpid(child, &status, 0) != child) {
+    throw std::runtime_error("posix_spawn failed");
+  }
+}
+
+template <void (*run)(std::string&)>
+void BM_ShellCommand(benchmark::State& state) {
+  const HeldMemory held(state.range(0));
+  for (auto _ : state) {
+    std::string output;
+    run(output);
+    if (output != "done\n") {
+      state.SkipWithError("the command printed something else");
+      break;
+    }
+  }
+}
+BENCHMARK(BM_ShellCommand<RunWithLibrary>)->Arg(0)->Arg(64)->Arg(1024)->UseRealTime();
+BENCHMARK(BM_ShellCommand<RunWithBareSpawn>)->Arg(0)->Arg(64)->Arg(1024)->UseRealTime();
+
+}  // namespace
+}  // namespace Kestrel::Benchmarks

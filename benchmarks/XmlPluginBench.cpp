@@ -1,0 +1,147 @@
+// What does it cost to load descriptors of ten commands each, beside a mere reading of the files.
+
+#include "kestrel/autocli/XmlPlugin.h"
+
+#include <benchmark/benchmark.h>
+#include <libxml/parser.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "kestrel/autocli/Namespace.h"
+
+namespace Kestrel::Benchmarks {
+namespace {
+
+using AutoCli::Namespace;
+using AutoCli::XmlPlugin;
+
+constexpr const char* kCommand = R"(
+      <description>List what the store holds, those of one owner or all.</description>
+      <meta-data>
+        <meta-data-entry name="changes-host">false</meta-data-entry>
+      </meta-data>
+      <input-spec>
+        <parameter name="owner" shortname="o" type="string-list" required="false">
+          <description>List what belongs to one of these owners only; %REGEX%.</description>
+          <constraint type="regex">
+            <regex>[a-z][a-z0-9-]*</regex>
+          </constraint>
+        </parameter>
+        <parameter name="state" shortname="s" type="string" required="true">
+          <description>List volumes in this state only, one of %ENUM%.</description>
+          <constraint type="stringenum">
+            <enum>
+              <enum-value value="online"/>
+              <enum-value value="offline"/>
+              <enum-value value="any"/>
+            </enum>
+          </constraint>
+        </parameter>
+        <parameter name="limit" type="int" required="false">
+          <description>The most rows, from %MIN% to %MAX%.</description>
+          <constraint type="range">
+            <range min="1" max="1000"/>
+          </constraint>
+        </parameter>
+      </input-spec>
+      <output-spec>
+        <list type="structure">
+          <structure typeName="Volume">
+            <field name="Name"><string/></field>
+            <field name="Size"><int/></field>
+            <field name="Enabled"><bool/></field>
+            <field name="Path"><string/></field>
+          </structure>
+        </list>
+      </output-spec>
+      <format-parameters>
+        <formatter>table</formatter>
+        <format-parameter name="fields:Volume">Name,Size,Path</format-parameter>
+        <format-parameter name="units:Volume.Size">KiB</format-parameter>
+      </format-parameters>
+      <execute>list-volumes --state='$val{state}'$if{owner, --owner=$list{owner,',',true}}</execute>
+    </command>
+)";
+
+std::string MakeDescriptor(const std::string& name) {
+  std::string text =
+      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<vexil-plugin>\n  <version>1.0.0</version>\n"
+      "  <namespaces>\n    <namespace path=\"" +
+      name +
+      "\">\n      <description>Volumes.</description>\n    </namespace>\n  </namespaces>\n"
+      "  <commands>\n";
+  for (int i = 0; i < 10; ++i) {
+    text += "    <command path=\"" + name + ".list" + std::to_string(i) + "\">" + kCommand;
+  }
+  return text + "  </commands>\n</vexil-plugin>\n";
+}
+
+/// A folder of descriptors, each with a namespace of its own, while the object lives.
+class DescriptorFolder {
+ public:
+  explicit DescriptorFolder(std::int64_t count) {
+    std::string path = std::filesystem::temp_directory_path() / "kestrel-XXXXXX";
+    path_ = mkdtemp(path.data());
+    for (std::int64_t i = 0; i < count; ++i) {
+      const std::string name = "store" + std::to_string(i);
+      files_.push_back(path_ + "/" + name + ".xml");
+      std::ofstream(files_.back()) << MakeDescriptor(name);
+    }
+  }
+  DescriptorFolder(const DescriptorFolder&) = delete;
+  DescriptorFolder& operator=(const DescriptorFolder&) = delete;
+  ~DescriptorFolder() { std::filesystem::remove_all(path_); }
+
+  const std::vector<std::string>& GetFiles() const { return files_; }
+
+ private:
+  std::string path_;
+  std::vector<std::string> files_;
+};
+
+/// What is done to each file, between a state at its beginning and that state's end.
+class Trees {
+ public:
+  static void Take(const std::string& path) { xmlFreeDoc(xmlReadFile(path.c_str(), nullptr, 0)); }
+};
+
+class Plugins {
+ public:
+  static void Take(const std::string& path) { XmlPlugin::New(path)->Initialize(); }
+};
+
+class RegisteredPlugins {
+ public:
+  void Take(const std::string& path) {
+    plugins_.push_back(XmlPlugin::New(path));
+    plugins_.back()->Initialize();
+    plugins_.back()->RegisterNamespaces(root_);
+  }
+
+ private:
+  const std::shared_ptr<Namespace> root_ = Namespace::New();
+  std::vector<std::shared_ptr<XmlPlugin>> plugins_;
+};
+
+template <typename Contender>
+void BM_DescriptorsTake(benchmark::State& state) {
+  const DescriptorFolder folder(state.range(0));
+  for (auto _ : state) {
+    Contender contender;
+    for (const std::string& file : folder.GetFiles()) {
+      contender.Take(file);
+    }
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(BM_DescriptorsTake<Plugins>)->RangeMultiplier(10)->Range(1, 1000);
+BENCHMARK(BM_DescriptorsTake<RegisteredPlugins>)->RangeMultiplier(10)->Range(1, 1000);
+BENCHMARK(BM_DescriptorsTake<Trees>)->RangeMultiplier(10)->Range(1, 1000);
+
+}  // namespace
+}  // namespace Kestrel::Benchmarks
