@@ -3,6 +3,7 @@
 // A value is only text: a template is filled with values as it is filled with stand-ins that mean
 // nothing, and each stand-in is then replaced by its value, made safe in one of the two ways.
 
+#include <algorithm>
 #include <cctype>
 #include <cstddef>
 #include <cstdint>
@@ -102,12 +103,27 @@ bool IsOnlyText(const std::string& text, const Values& values) {
          (text.find("$if") == kNone || !HasAnyOf(values, "{}$"));
 }
 
+std::string Escaped(const std::string& value) {
+  std::string escaped;
+  for (const char c : value) {
+    escaped += std::string_view("\n!\"$&'()*;<>\\^`|").find(c) == kNone ? "" : "\\";
+    escaped += c;
+  }
+  return escaped;
+}
+
+std::string Without(std::string value, char c) {
+  value.erase(std::remove(value.begin(), value.end(), c), value.end());
+  return value;
+}
+
+// A value for the shell is escaped, or loses the quote that encloses it; no command line has a NUL.
 std::vector<std::string> WaysToWrite(const std::string& value, char quote, bool forStdin) {
   if (forStdin) {
     return {value};
   }
-  const std::string carried = ExtensionCommand::SanitizeChar(value, '\0');
-  return {ExtensionCommand::SanitizeInput(carried), ExtensionCommand::SanitizeChar(carried, quote)};
+  const std::string carried = Without(value, '\0');
+  return {Escaped(carried), Without(carried, quote)};
 }
 
 std::vector<std::string> WaysToWrite(char standIn, const Values& values, bool forStdin) {
