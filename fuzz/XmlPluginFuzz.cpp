@@ -5,6 +5,9 @@
 
 #include "kestrel/autocli/XmlPlugin.h"
 
+#include <libxml/parser.h>
+#include <libxml/tree.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <exception>
@@ -17,7 +20,7 @@
 #include "MemoryFile.h"
 #include "Printed.h"
 #include "Property.h"
-#include "SilentXml.h"
+#include "XmlMessages.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/CommandHelpFormatter.h"
 #include "kestrel/autocli/CommandInput.h"
@@ -134,24 +137,79 @@ void RequireUsable(const std::shared_ptr<NamespaceNode>& root,
   }
 }
 
+bool IsNamed(const xmlNode& node, std::string_view name) {
+  return node.name != nullptr && reinterpret_cast<const char*>(node.name) == name;
+}
+
+std::string GetPathOf(xmlNode* node) {
+  const std::unique_ptr<xmlChar, void (*)(void*)> path(
+      xmlGetProp(node, reinterpret_cast<const xmlChar*>("path")), xmlFree);
+  return path == nullptr ? std::string() : reinterpret_cast<const char*>(path.get());
+}
+
+std::list<std::string> SplitAtStops(const std::string& path) {
+  std::list<std::string> words(1);
+  for (const char c : path) {
+    if (c == '.') {
+      words.emplace_back();
+    } else {
+      words.back() += c;
+    }
+  }
+  if (words.back().empty()) {
+    words.pop_back();
+  }
+  return words;
+}
+
+// Each element in the lists of that name has its node in the tree.
+void RequireRegistered(xmlNode* descriptor, const char* listName, const char* elementName,
+                       NodeType type, const std::shared_ptr<NamespaceNode>& root) {
+  for (xmlNode* list = descriptor->children; list != nullptr; list = list->next) {
+    for (xmlNode* element = list->children; IsNamed(*list, listName) && element != nullptr;
+         element = element->next) {
+      if (IsNamed(*element, elementName)) {
+        std::list<std::string> words = SplitAtStops(GetPathOf(element));
+        Require(root->ResolveNode(words)->GetType() == type, "what is declared is registered");
+      }
+    }
+  }
+}
+
+void RequireRegistered(const std::string& text, const std::shared_ptr<NamespaceNode>& root) {
+  const std::unique_ptr<xmlDoc, void (*)(xmlDoc*)> document(
+      xmlReadMemory(text.data(), static_cast<int>(text.size()), "fuzz", nullptr, 0), xmlFreeDoc);
+  xmlNode* const descriptor = xmlDocGetRootElement(document.get());
+  RequireRegistered(descriptor, "namespaces", "namespace", NodeType::Namespace, root);
+  RequireRegistered(descriptor, "commands", "command", NodeType::Command, root);
+}
+
+// False when the descriptor does not fit into the tree; what was inserted before stays, and works.
+bool Register(XmlPlugin& plugin, const std::shared_ptr<RootNamespace>& root) {
+  try {
+    plugin.RegisterNamespaces(root);
+    return true;
+  } catch (const KestrelException&) {
+    return false;
+  }
+}
+
 }  // namespace
 }  // namespace Kestrel::Fuzz
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace Kestrel::Fuzz;
-  SilenceXml();
+  const XmlMessages messages;
+  const std::string text = FuzzInput(data, size).TakeRest();
   static const MemoryFile file;
-  file.Write(FuzzInput(data, size).TakeRest());
+  file.Write(text);
   const std::shared_ptr<XmlPlugin> plugin = Load(file.GetPath());
-  if (plugin == nullptr) {
-    return 0;
+  if (plugin != nullptr) {
+    const std::shared_ptr<RootNamespace> root = RootNamespace::New(nullptr);
+    if (Register(*plugin, root)) {
+      RequireRegistered(text, root);
+    }
+    RequireUsable(root, root);
   }
-  const std::shared_ptr<RootNamespace> root = RootNamespace::New(nullptr);
-  try {
-    plugin->RegisterNamespaces(root);
-  } catch (const Kestrel::KestrelException&) {
-    // What was inserted before the fault stays, and works.
-  }
-  RequireUsable(root, root);
   return 0;
 }

@@ -1,7 +1,7 @@
 // Input: a value document, as a command prints it.
 //
-// The reader gives what the document's tree gives; a value that is read can be printed and read
-// again.
+// The reader gives what the document's tree gives, and the parser says the same of it; a value that
+// is read can be printed and read again.
 
 #include "kestrel/autocli/XmlUtil.h"
 
@@ -17,14 +17,14 @@
 #include "FuzzInput.h"
 #include "Printed.h"
 #include "Property.h"
-#include "SilentXml.h"
+#include "XmlMessages.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/XmlFormatter.h"
 
 namespace Kestrel::Fuzz {
 namespace {
 
-// What reading comes to: a value, none, or an exception.
+// What reading comes to: a value, none, or an exception, with what the parser said before.
 struct Outcome {
   std::string text;
   Value value;
@@ -32,16 +32,17 @@ struct Outcome {
 
 template <typename Read>
 Outcome OutcomeOf(Read read) {
+  const XmlMessages messages;
   try {
     const Value value = read();
     if (value == nullptr) {
-      return {"no value", nullptr};
+      return {messages.GetText() + "no value", nullptr};
     }
     std::ostringstream out;
     AutoCli::XmlFormatter().Format(value, out, 0);
-    return {out.str(), value};
+    return {messages.GetText() + out.str(), value};
   } catch (const KestrelException& error) {
-    return {std::string("throws ") + error.what(), nullptr};
+    return {messages.GetText() + "throws " + error.what(), nullptr};
   }
 }
 
@@ -76,12 +77,12 @@ Value ReadTree(const std::string& text) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace Kestrel::Fuzz;
-  SilenceXml();
   const std::string text = FuzzInput(data, size).TakeRest();
   const Outcome read = OutcomeOf([&] { return Kestrel::AutoCli::XmlUtil_ParseXmlOutput(text); });
   RequireEqual(read.text, OutcomeOf([&] { return ReadTree(text); }).text,
                "a document is read as its tree is");
   if (read.value != nullptr) {
+    const XmlMessages messages;
     RequireJsonReadsBack(read.value);
     RequireXmlReadsBack(read.value);
   }
