@@ -449,6 +449,15 @@ TEST(ExtensionCommandTest, WithoutALanguageTheChildGetsOne) {
   EXPECT_EQ(DescribeValue(output->GetRootObject()), "string 'en_US.UTF-8'");
 }
 
+TEST(ExtensionCommandTest, WithoutALanguageACompoundCommandNeedsASimpleOneBeforeIt) {
+  const ScopedEnvironment language("LANG", std::nullopt);
+  const StreamCapture diagnostics(STDERR_FILENO);
+  const std::string compound = "if true; then echo '<o><int>1</int></o>'; fi";
+  EXPECT_THAT(Execute(compound)->GetErrors(),
+              ElementsAre(NoData("LANG=en_US.UTF-8 " + compound, 1)));
+  EXPECT_EQ(DescribeValue(Execute(":; " + compound)->GetRootObject()), "int 1");
+}
+
 TEST(ExtensionCommandTest, AnEmptyLanguageIsOne) {
   const ScopedEnvironment language("LANG", "");
   EXPECT_THAT(Execute("exit 3")->GetErrors(), ElementsAre(NoData("exit 3", 1)));

@@ -28,8 +28,8 @@ class KESTREL_API JsonFormatter : public Formatter {
               DisplayContext& display, std::ostream& out) override;
 
   /// Writes one value, null included, without a line end after it, and flushes the stream. `level`
-  /// is the indentation of its brackets; a level below 1 has none. Fields stand two levels deeper
-  /// than their structure, elements three levels deeper than their list.
+  /// is the indentation of its brackets; a level below 1 has none. The value of a field stands two
+  /// levels deeper than its structure, an element three levels deeper than its list.
   void Format(std::shared_ptr<MetaObj::MetaObject> value, std::ostream& out, int level);
 };
 
