@@ -16,6 +16,7 @@
 #include "kestrel/metaobj/MetaInt.h"
 #include "support/DescribeValue.h"
 #include "support/Random.h"
+#include "support/ScopedTempDir.h"
 #include "support/StreamCapture.h"
 
 namespace Kestrel::AutoCli {
@@ -566,6 +567,22 @@ TEST(XmlUtilTest, ATextTooLongForTheParserIsNoDocument) {
   StreamCapture diagnostics(STDERR_FILENO);
   EXPECT_EQ(XmlUtil_ParseXmlOutput(text), nullptr);
   EXPECT_THAT(diagnostics.GetText(), IsEmpty());
+}
+
+TEST(XmlUtilTest, NothingIsReadFromOtherFiles) {
+  const Testing::ScopedTempDir folder;
+  const std::string secret = folder.Write("secret", "secret");
+  const std::string types = folder.Write("types", "<!ATTLIST list type CDATA 'int'>");
+  const std::string noType = Unbuildable(
+      "Invalid list type attribute.  Must be one of [string, int, bool, structure, list]");
+  EXPECT_EQ(
+      ResultOf("<!DOCTYPE o [<!ENTITY e SYSTEM '" + secret + "'>]><o><string>a&e;</string></o>"),
+      "string 'a'");
+  EXPECT_EQ(ResultOf("<!DOCTYPE o SYSTEM '" + types + "'><o><list/></o>"), noType);
+  EXPECT_EQ(ResultOf("<!DOCTYPE o [<!ENTITY % p SYSTEM '" + types + "'>%p;]><o><list/></o>"),
+            noType);
+  EXPECT_EQ(ResultOf("<!DOCTYPE o [<!ATTLIST list type CDATA 'int'>]><o><list/></o>"),
+            "list of Int []");
 }
 
 TEST(XmlUtilTest, ADocumentIsAtMost257ElementsDeep) {
