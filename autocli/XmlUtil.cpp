@@ -26,6 +26,14 @@ bool IsFieldElement(const xmlNode* node) {
   return node->type == XML_ELEMENT_NODE && IsNamed(node, "field");
 }
 
+/// Whether an attribute's value stands in the tree as one text, which needs no copy in between. Not
+/// so when it is empty, has references, or is a default of the document's type.
+bool IsOneText(const xmlAttr& attribute) {
+  const xmlNode* value = attribute.type == XML_ATTRIBUTE_NODE ? attribute.children : nullptr;
+  return value != nullptr && value->next == nullptr && value->type == XML_TEXT_NODE &&
+         value->content != nullptr;
+}
+
 const xmlNode* FirstValueAt(const xmlNode* node) {
   while (node != nullptr && IsTextOrComment(node)) {
     node = node->next;
@@ -61,6 +69,13 @@ std::shared_ptr<MetaObject> ParseThroughTree(const std::string& text) {
 }  // namespace
 
 std::string XmlUtil_ExtractAttribute(const xmlNode* node, const std::string& name) {
+  const xmlAttr* attribute = xmlHasProp(node, AsXmlChars(name.c_str()));
+  if (attribute == nullptr) {
+    return std::string();
+  }
+  if (IsOneText(*attribute)) {
+    return AsChars(attribute->children->content);
+  }
   const XmlText value(xmlGetProp(node, AsXmlChars(name.c_str())));
   return value == nullptr ? std::string() : std::string(AsChars(value.get()));
 }

@@ -97,6 +97,16 @@ TEST(XmlUtilTest, ExtractAttributeGivesTheValueOrNothing) {
   EXPECT_EQ(XmlUtil_ExtractAttribute(tree.GetRoot(), "other"), "o");
 }
 
+TEST(XmlUtilTest, ExtractAttributeKnowsTheDocumentType) {
+  const Tree tree(
+      "<!DOCTYPE a [<!ENTITY e 'x'><!ATTLIST a default CDATA 'a default'>]>"
+      "<a entity='1&e;2' only='&e;' character='a&#38;b'/>");
+  EXPECT_EQ(XmlUtil_ExtractAttribute(tree.GetRoot(), "entity"), "1x2");
+  EXPECT_EQ(XmlUtil_ExtractAttribute(tree.GetRoot(), "only"), "x");
+  EXPECT_EQ(XmlUtil_ExtractAttribute(tree.GetRoot(), "character"), "a&b");
+  EXPECT_EQ(XmlUtil_ExtractAttribute(tree.GetRoot(), "default"), "a default");
+}
+
 TEST(XmlUtilTest, ExtractAttributeOfANodeThatHasNoneIsEmpty) {
   const Tree tree("<a>text</a>");
   EXPECT_EQ(XmlUtil_ExtractAttribute(tree.GetChild(0), "one"), "");
