@@ -8,6 +8,7 @@ namespace Kestrel::MetaObj {
 /// A boolean. Two shared instances stand for all; making one allocates nothing.
 class KESTREL_API MetaBool : public MetaObject {
  public:
+  /// For `New` alone, which can make the flag.
   MetaBool(bool value, FactoryFlag flag);
 
   /// The shared false. The reference stays valid until the library is unloaded.
@@ -16,6 +17,7 @@ class KESTREL_API MetaBool : public MetaObject {
   /// The shared true or false. The reference stays valid until the library is unloaded.
   static const std::shared_ptr<MetaBool>& New(bool value);
 
+  /// The value.
   bool GetValue() const { return value_; }
 
   /// "true" or "false".

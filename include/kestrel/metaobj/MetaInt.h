@@ -8,6 +8,7 @@ namespace Kestrel::MetaObj {
 /// A signed 64-bit integer. The values -1 to 20 are shared instances.
 class KESTREL_API MetaInt : public MetaObject {
  public:
+  /// For `New` alone, which can make the flag.
   MetaInt(long value, FactoryFlag flag);
 
   /// The shared 0. The reference stays valid until the library is unloaded.
@@ -16,6 +17,7 @@ class KESTREL_API MetaInt : public MetaObject {
   /// An owner of the shared instance for -1 to 20, of a fresh instance for any other value.
   static std::shared_ptr<MetaInt> New(long value);
 
+  /// The value.
   long GetValue() const { return value_; }
 
   /// The value in decimal digits, with a leading '-' when it is negative.

@@ -19,6 +19,7 @@ class MetaStruct;
 /// lists. Elements are shared with whoever else holds them.
 class KESTREL_API MetaList : public MetaObject {
  public:
+  /// For `New` alone, which can make the flag.
   MetaList(MetaType elementKind, FactoryFlag flag);
   MetaList(MetaType elementKind, std::shared_ptr<MetaStruct>&& structure, FactoryFlag flag);
   ~MetaList() override;
@@ -67,12 +68,13 @@ class KESTREL_API MetaList : public MetaObject {
   /// The kind of the elements.
   MetaType GetListType() const { return elementKind_; }
 
-  /// The declared structure, empty for a list of scalars.
+  /// An owner of the declared structure, empty for a list of scalars and for one made without.
   std::shared_ptr<MetaStruct> GetListStructure() const;
 
   /// All elements; the reference lives as long as this object and follows its changes.
   const std::vector<std::shared_ptr<MetaObject>>& GetObjects() const { return items_; }
 
+  /// How many elements there are.
   std::size_t GetCount() const { return items_.size(); }
 
   /// The element at `index`, which must be below GetCount(): there is no check.

@@ -9,6 +9,7 @@ namespace Kestrel::MetaObj {
 /// instance.
 class KESTREL_API MetaString : public MetaObject {
  public:
+  /// For `New` alone, which can make the flag.
   MetaString(std::string&& value, FactoryFlag flag);
 
   /// The shared empty string. The reference stays valid until the library is unloaded.

@@ -40,6 +40,7 @@ class KESTREL_API MetaStruct : public MetaObject {
     std::string documentation;
   };
 
+  /// For `New` alone, which can make the flag.
   MetaStruct(const std::string& typeName, FactoryFlag flag);
   MetaStruct(const std::shared_ptr<MetaStruct>& definition, FactoryFlag flag);
   ~MetaStruct() override;
@@ -106,6 +107,7 @@ class KESTREL_API MetaStruct : public MetaObject {
   /// An owner of the field's value, empty when there is no such field.
   std::shared_ptr<MetaObject> GetField(const std::string& name) const;
 
+  /// Whether there is a field of that name.
   bool HasField(const std::string& name) const;
 
   /// The kind of the field's value. Throws the `int` 1, and no KestrelException, when there is no
@@ -129,9 +131,10 @@ class KESTREL_API MetaStruct : public MetaObject {
   /// From now on no field can be added or removed; values may still be replaced. For good.
   void LockStructure();
 
+  /// Whether the structure is bound to a definition.
   bool HasStructureDefinition() const;
 
-  /// The definition, empty when there is none.
+  /// An owner of the definition, empty when there is none.
   std::shared_ptr<MetaStruct> GetStructureDefinition() const;
 
   /// Whether this structure has the shape of its definition; true when there is none.
