@@ -61,6 +61,8 @@ bool MayEndToken(const char* text) {
   return ((bytes - kOnes * ('"' + 1)) & ~bytes & kHighBits) != 0;
 }
 
+bool IsAboveQuote(char c) { return static_cast<unsigned char>(c) > '"'; }
+
 // The next blank outside quotes from `position` on, or the end; `inQuotes` follows the quotes.
 std::size_t FindTokenEnd(const std::string& line, std::size_t position, bool& inQuotes) {
   const std::size_t size = line.size();
@@ -68,7 +70,7 @@ std::size_t FindTokenEnd(const std::string& line, std::size_t position, bool& in
     while (position + 8 <= size && !MayEndToken(line.data() + position)) {
       position += 8;
     }
-    while (position<size&& static_cast<unsigned char>(line[position])> '"') {
+    while (position < size && IsAboveQuote(line[position])) {
       ++position;
     }
     if (position == size || (IsBlank(line[position]) && !inQuotes)) {
@@ -88,20 +90,27 @@ std::string CutWithoutQuotes(const std::string& line, std::size_t start, std::si
   return token;
 }
 
+// Passes over blanks and quotes to where the first token begins. Each blank moves `start` one place
+// on, wherever it is by then: quotes do not, so that the line `"" x` has the token ` x`.
+std::size_t FindFirstToken(const std::string& line, std::size_t& start, bool& inQuotes) {
+  std::size_t position = 0;
+  for (; position < line.size(); ++position) {
+    if (line[position] == '"') {
+      inQuotes = !inQuotes;
+    } else if (IsBlank(line[position])) {
+      ++start;
+    } else {
+      break;
+    }
+  }
+  return position;
+}
+
 std::vector<std::string> SplitLine(const std::string& line) {
   const std::size_t size = line.size();
   std::size_t start = 0;
-  std::size_t position = 0;
   bool inQuotes = false;
-  // Each leading blank moves the start one place on, wherever the start is by then: quotes before
-  // it do not, so that the line `"" x` has the token ` x`.
-  for (; position < size && (line[position] == '"' || IsBlank(line[position])); ++position) {
-    if (line[position] == '"') {
-      inQuotes = !inQuotes;
-    } else {
-      ++start;
-    }
-  }
+  std::size_t position = FindFirstToken(line, start, inQuotes);
   if (position < size && line[position] == '#') {
     return {};
   }
