@@ -98,6 +98,17 @@ TEST(OptionParserTest, ParseArgvCutsAWholeCommandLine) {
   EXPECT_THAT(parser.GetParseErrors(), IsEmpty());
 }
 
+TEST(OptionParserTest, ParametersBehindThePathAreNoneOfTheDispatchers) {
+  const char* const argv[] = {"tool", "ns1", "ns2", "cmd", "--aa=1", "-b", "2", "--cc"};
+  OptionParser parser;
+  parser.ParseArgv(8, argv);
+  EXPECT_THAT(parser.GetDispatcherParameters(), IsEmpty());
+  EXPECT_THAT(parser.GetCommandPath(), ElementsAre("ns1", "ns2", "cmd"));
+  EXPECT_THAT(parser.GetCommandParameters(),
+              ElementsAre(Pair("aa", "1"), Pair("b", "2"), Pair("cc", "")));
+  EXPECT_THAT(parser.GetParseErrors(), IsEmpty());
+}
+
 TEST(OptionParserTest, NamesOfOneLetterBehindTwoDashesAreWordsInACommandLineToo) {
   OptionParser parser = Parse({"ns1", "ns2", "cmd", "--a=1", "-b", "2", "--c"});
   EXPECT_THAT(parser.GetDispatcherParameters(), IsEmpty());

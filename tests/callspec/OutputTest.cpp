@@ -90,6 +90,7 @@ TEST(OutputTest, KeepsMessagesInTheOrderAdded) {
   output->AddErrorMessage(copied);
   output->AddErrorMessage("literal");
   output->AddErrorMessage(std::move(moved));
+  EXPECT_TRUE(output->HasError());
   EXPECT_THAT(output->GetErrors(), ElementsAre("copied", "literal", "moved"));
   EXPECT_EQ(copied, "copied");
 }

@@ -341,6 +341,12 @@ TEST(ParameterSpecTest, TooManyValuesGiveAMessageAndATrueResult) {
   }
 }
 
+TEST(ParameterSpecTest, TooManyGoodBooleansGiveAMessageAndATrueResult) {
+  const Verdict verdict = Validate(Spec(Bool), {"y", "n"});
+  EXPECT_TRUE(verdict.isValid);
+  EXPECT_THAT(verdict.errors, ElementsAre(kManyValues));
+}
+
 TEST(ParameterSpecTest, AListTypeTakesManyValues) {
   ExpectValid(Spec(StringList), {"a", "", "b"});
   ExpectValid(Spec(IntList), {"1", "-2", " 3"});
@@ -533,6 +539,17 @@ TEST(ParameterSpecTest, AMarkerWithinAnInsertedTextIsReplacedToo) {
   EXPECT_EQ(regex->GetDescription(true),
             "a string matching the regular expression %ENUM% a string matching the regular "
             "expression %ENUM%");
+}
+
+TEST(ParameterSpecTest, TheFullMarkerComesAfterTheOthers) {
+  const auto constraint = ParameterConstraint::New(StringEnum);
+  constraint->AddStringEnum("%FULLENUM%", "a marker for a value");
+  const auto spec = Spec(String);
+  spec->SetConstraint(constraint);
+  spec->SetDescription("%ENUM%");
+  EXPECT_EQ(spec->GetDescription(true), "[\n    %FULLENUM%: a marker for a value\n]");
+  spec->SetDescription("%REGEX%");
+  EXPECT_EQ(spec->GetDescription(true), "[\n    %FULLENUM%: a marker for a value\n]");
 }
 
 TEST(ParameterSpecTest, AnInsertedMarkerOfAnEarlierKindStays) {

@@ -438,7 +438,8 @@ TEST(MetaListTest, ValidatesNoNull) {
   Errors errors;
   EXPECT_FALSE(MetaList::New(MetaType::Int)->Validate(nullptr, &errors));
   EXPECT_FALSE(MetaList::New(MetaType::Int)->Validate(nullptr, nullptr));
-  EXPECT_THAT(errors, ElementsAre("Invalid NULL input"));
+  EXPECT_FALSE(MetaList::New(MetaType::Struct, nullptr)->Validate(nullptr, &errors));
+  EXPECT_THAT(errors, ElementsAre("Invalid NULL input", "Invalid NULL input"));
 }
 
 TEST(MetaListTest, ValidatesNoOtherKind) {
