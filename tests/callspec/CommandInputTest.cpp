@@ -72,6 +72,7 @@ TEST(CommandInputTest, JoinsThePathByOneBlank) {
 TEST(CommandInputTest, IsAnInput) {
   EXPECT_TRUE((std::is_base_of<CallSpec::Input, CommandInput>::value));
   EXPECT_FALSE(std::is_copy_constructible<CommandInput>::value);
+  EXPECT_FALSE(std::is_default_constructible<CommandInput>::value);
   const auto command = CommandInput::New();
   const std::shared_ptr<CallSpec::Input> input = command;
   input->AddParameter("name", "value");

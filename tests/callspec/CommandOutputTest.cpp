@@ -33,6 +33,7 @@ TEST(CommandOutputTest, KeepsTheRenderedText) {
 TEST(CommandOutputTest, IsAnOutput) {
   EXPECT_TRUE((std::is_base_of<CallSpec::Output, CommandOutput>::value));
   EXPECT_FALSE(std::is_copy_constructible<CommandOutput>::value);
+  EXPECT_FALSE(std::is_default_constructible<CommandOutput>::value);
   const auto command = CommandOutput::New();
   const std::shared_ptr<CallSpec::Output> output = command;
   output->AddErrorMessage("message");

@@ -112,6 +112,7 @@ TEST(InputSpecTest, IsEmptyAtFirst) {
 
 TEST(InputSpecTest, IsAPlainClassThatCannotBeCopied) {
   EXPECT_FALSE(std::is_polymorphic<InputSpec>::value);
+  EXPECT_FALSE((std::is_constructible<InputSpec>::value));
   EXPECT_FALSE(std::is_copy_constructible<InputSpec>::value);
   EXPECT_FALSE(std::is_copy_assignable<InputSpec>::value);
 }

@@ -64,6 +64,7 @@ TEST(InputTest, IsEmptyAtFirst) {
 
 TEST(InputTest, CanBeUsedThroughItsBaseAndNotCopied) {
   EXPECT_TRUE(std::has_virtual_destructor<Input>::value);
+  EXPECT_FALSE(std::is_default_constructible<Input>::value);
   EXPECT_FALSE(std::is_copy_constructible<Input>::value);
   EXPECT_FALSE(std::is_copy_assignable<Input>::value);
 }

@@ -63,6 +63,7 @@ TEST(OutputSpecTest, IsEmptyAtFirst) {
 
 TEST(OutputSpecTest, IsAPlainClassThatCannotBeCopied) {
   EXPECT_FALSE(std::is_polymorphic<OutputSpec>::value);
+  EXPECT_FALSE((std::is_constructible<OutputSpec>::value));
   EXPECT_FALSE(std::is_copy_constructible<OutputSpec>::value);
   EXPECT_FALSE(std::is_copy_assignable<OutputSpec>::value);
 }

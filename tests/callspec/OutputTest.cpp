@@ -123,7 +123,8 @@ TEST(OutputTest, KeepsABytewiseMessage) {
   EXPECT_EQ(output->GetErrors().front(), std::string("a\0b\xff", 4));
 }
 
-TEST(OutputTest, CannotBeCopied) {
+TEST(OutputTest, IsMadeByItsFactoryAloneAndCannotBeCopied) {
+  EXPECT_FALSE(std::is_default_constructible<Output>::value);
   EXPECT_FALSE(std::is_copy_constructible<Output>::value);
   EXPECT_FALSE(std::is_copy_assignable<Output>::value);
   EXPECT_TRUE(std::has_virtual_destructor<Output>::value);

@@ -104,6 +104,7 @@ TEST(ParameterConstraintTest, IsEmptyAtFirst) {
 
 TEST(ParameterConstraintTest, IsAPlainClassThatCannotBeCopied) {
   EXPECT_FALSE(std::is_polymorphic<ParameterConstraint>::value);
+  EXPECT_FALSE((std::is_constructible<ParameterConstraint, ParameterConstraintType>::value));
   EXPECT_FALSE(std::is_copy_constructible<ParameterConstraint>::value);
   EXPECT_FALSE(std::is_copy_assignable<ParameterConstraint>::value);
 }

@@ -116,6 +116,7 @@ TEST(ParameterSpecTest, IsRequiredAndBareAtFirst) {
 
 TEST(ParameterSpecTest, IsAPlainClassThatCannotBeCopied) {
   EXPECT_FALSE(std::is_polymorphic<ParameterSpec>::value);
+  EXPECT_FALSE((std::is_constructible<ParameterSpec, const char*, ParameterType>::value));
   EXPECT_FALSE(std::is_copy_constructible<ParameterSpec>::value);
   EXPECT_FALSE(std::is_copy_assignable<ParameterSpec>::value);
 }

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
+#include <type_traits>
+#include <utility>
 
 #include "kestrel/metaobj/MetaBool.h"
 #include "kestrel/metaobj/MetaInt.h"
@@ -23,6 +25,44 @@ class OtherValue : public MetaObject {
   explicit OtherValue(MetaType type) : MetaObject(type) {}
   std::string ToString() const override { return "other"; }
 };
+
+// Asked while static objects are made, when other sources' static members may not stand yet.
+const std::string kTextAtStart = MetaTypeString(MetaType::List) + MetaInt::New(20)->ToString() +
+                                 MetaBool::New(true)->ToString() + MetaString::New()->ToString() +
+                                 MetaStruct::New("Early")->ToString();
+
+TEST(MetaObjectTest, ServesStaticObjects) { EXPECT_EQ(kTextAtStart, "List20true{}"); }
+
+// Whether braces in the place of the flag make a value, past its factory.
+template <typename Value, typename Argument, typename = void>
+struct IsMadeByBraces : std::false_type {};
+template <typename Value, typename Argument>
+struct IsMadeByBraces<Value, Argument, std::void_t<decltype(Value(std::declval<Argument>(), {}))>>
+    : std::true_type {};
+
+TEST(MetaObjectTest, OnlyTheFactoriesMakeValues) {
+  EXPECT_FALSE(std::is_default_constructible_v<MetaObject::FactoryFlag>);
+  EXPECT_FALSE((std::is_constructible_v<MetaBool, bool>));
+  EXPECT_FALSE((std::is_constructible_v<MetaInt, long>));
+  EXPECT_FALSE((std::is_constructible_v<MetaString, std::string>));
+  EXPECT_FALSE((std::is_constructible_v<MetaStruct, std::string>));
+  EXPECT_FALSE((std::is_constructible_v<MetaStruct, std::shared_ptr<MetaStruct>>));
+  EXPECT_FALSE((std::is_constructible_v<MetaList, MetaType>));
+  EXPECT_FALSE((IsMadeByBraces<MetaBool, bool>::value));
+  EXPECT_FALSE((IsMadeByBraces<MetaInt, long>::value));
+  EXPECT_FALSE((IsMadeByBraces<MetaString, std::string>::value));
+  EXPECT_FALSE((IsMadeByBraces<MetaStruct, const std::string&>::value));
+  EXPECT_FALSE((IsMadeByBraces<MetaList, MetaType>::value));
+}
+
+TEST(MetaObjectTest, IsAbstractAndNoValueCanBeCopied) {
+  EXPECT_TRUE(std::is_abstract_v<MetaObject>);
+  EXPECT_FALSE(std::is_copy_constructible_v<MetaBool> || std::is_copy_assignable_v<MetaBool>);
+  EXPECT_FALSE(std::is_copy_constructible_v<MetaInt> || std::is_copy_assignable_v<MetaInt>);
+  EXPECT_FALSE(std::is_copy_constructible_v<MetaString> || std::is_copy_assignable_v<MetaString>);
+  EXPECT_FALSE(std::is_copy_constructible_v<MetaStruct> || std::is_copy_assignable_v<MetaStruct>);
+  EXPECT_FALSE(std::is_copy_constructible_v<MetaList> || std::is_copy_assignable_v<MetaList>);
+}
 
 TEST(MetaObjectTest, NumbersItsKinds) {
   EXPECT_EQ(MetaType::Int, 0);

@@ -7,6 +7,8 @@
 #include <map>
 #include <numeric>
 #include <random>
+#include <type_traits>
+#include <utility>
 
 #include "kestrel/KestrelException.h"
 #include "kestrel/metaobj/MetaBool.h"
@@ -140,6 +142,28 @@ TEST(MetaStructTest, KeepsItsTypeNameInOnePlace) {
   }
   EXPECT_EQ(&record->GetTypeName(), &name);
   EXPECT_EQ(name, "Rec");
+}
+
+TEST(MetaStructTest, AFieldHoldsAValueAndADocumentation) {
+  const std::shared_ptr<MetaObject> value = MetaInt::New(100);
+  const MetaStruct::Field field(value, "what it is");
+  EXPECT_EQ(field.value, value);
+  EXPECT_EQ(field.documentation, "what it is");
+}
+
+TEST(MetaStructTest, AFieldIsMovedAndNeverCopied) {
+  const std::shared_ptr<MetaObject> value = MetaInt::New(100);
+  MetaStruct::Field first(value, "what it is");
+  MetaStruct::Field second(std::move(first));
+  EXPECT_EQ(second.value, value);
+  EXPECT_EQ(second.documentation, "what it is");
+  MetaStruct::Field third(MetaInt::New(200), "another");
+  third = std::move(second);
+  EXPECT_EQ(third.value, value);
+  EXPECT_EQ(third.documentation, "what it is");
+  EXPECT_EQ(value.use_count(), 2);
+  EXPECT_FALSE(std::is_copy_constructible_v<MetaStruct::Field>);
+  EXPECT_FALSE(std::is_copy_assignable_v<MetaStruct::Field>);
 }
 
 // --- Storing: the forms of SetField
