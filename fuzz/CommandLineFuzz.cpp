@@ -46,10 +46,10 @@ using MetaObj::MetaList;
 using MetaObj::MetaStruct;
 using MetaObj::MetaType;
 
-// A table repeats a column for each mention of its field, so its size grows with the square of the
-// input's, and with the width of the screen.
+// Each byte of the input can bring a line of its own, or a column, indented as far as the bytes
+// before it ask for: what is printed grows with the square of the input, and no faster.
 constexpr std::size_t kMaxInput = 2048;
-constexpr std::size_t kMaxOutput = 64U << 20U;
+constexpr std::size_t kMaxOutput = kMaxInput * kMaxInput;
 
 std::shared_ptr<MetaStruct> MakeRow(const std::string& name,
                                     const std::vector<std::string>& values) {

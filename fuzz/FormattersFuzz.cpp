@@ -44,10 +44,10 @@ constexpr int kMaxDepth = 100;
 // A screen is at most that wide; a wider column would only cost time.
 constexpr int kMaxWidth = 9999;
 
-// A table repeats a column for each mention of its field, so its size grows with the square of the
-// input's, and a wide screen's with the width.
+// Each byte of the input can bring a line of its own, or a column, indented as far as the bytes
+// before it ask for: what is printed grows with the square of the input, and no faster.
 constexpr std::size_t kMaxInput = 2048;
-constexpr std::size_t kMaxOutput = 64U << 20U;
+constexpr std::size_t kMaxOutput = kMaxInput * kMaxInput;
 
 class ValueReader {
  public:

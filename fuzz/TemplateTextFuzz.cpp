@@ -78,21 +78,35 @@ bool HasAnyOf(const Values& values, const char* bytes) {
   return (values.scalar + values.list[0] + values.list[1]).find_first_of(bytes) != kNone;
 }
 
+// Where the marker that begins with `dollar` stops taking text: behind its name, or its name and
+// comma, a conditional takes any.
+std::size_t FindMarkerEnd(std::string_view text, std::size_t dollar) {
+  std::size_t end = dollar + 1;
+  while (end < text.size() && std::isalpha(static_cast<unsigned char>(text[end])) != 0) {
+    ++end;
+  }
+  if (end == text.size() || text[end] != '{') {
+    return end;
+  }
+  const std::string_view kind = text.substr(dollar, end - dollar);
+  if (kind == "$if") {
+    return text.find_first_of(",}", end);
+  }
+  if (kind == "$multilist") {
+    return std::min(text.find(",true}", end), text.find(",false}", end));
+  }
+  return text.find('}', end);
+}
+
 // Whether values can only stand where text does: behind the comma of a conditional or outside of
 // markers. Elsewhere a value may complete the template's own marker, as authors are told.
 bool KeepsValuesApart(std::string_view text) {
-  for (std::size_t dollar = text.find('$'); dollar != kNone; dollar = text.find('$', dollar + 1)) {
-    std::size_t end = dollar + 1;
-    while (end < text.size() && std::isalpha(static_cast<unsigned char>(text[end])) != 0) {
-      ++end;
-    }
-    const bool isConditional = text.substr(dollar, end - dollar) == "$if";
-    if (end < text.size() && text[end] == '{') {
-      end = text.find_first_of(isConditional ? "$,}" : "$}", end);
-    }
-    if (end < text.size() && text[end] == '$') {
+  for (std::size_t dollar = text.find('$'); dollar != kNone;) {
+    const std::size_t next = text.find('$', dollar + 1);
+    if (next != kNone && next <= FindMarkerEnd(text, dollar)) {
       return false;
     }
+    dollar = next;
   }
   return true;
 }
