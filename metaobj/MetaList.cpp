@@ -45,10 +45,8 @@ MetaList::MetaList(MetaType elementKind, std::shared_ptr<MetaStruct>&& structure
       structure_(std::move(structure)) {}
 
 MetaList::~MetaList() {
-  for (std::shared_ptr<MetaObject>& item : items_) {
-    ReleaseNested(std::move(item));
-  }
-  ReleaseNested(std::move(structure_));
+  ReleaseNested(std::move(items_));
+  ReleaseNested(std::shared_ptr<MetaObject>(std::move(structure_)));
 }
 
 std::shared_ptr<MetaList> MetaList::New(MetaType elementKind) {

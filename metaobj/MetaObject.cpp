@@ -18,10 +18,6 @@ const std::string& MetaTypeString(const MetaType& type) {
 
 MetaObject::MetaObject(MetaType type) : type_(type), isValueClass_(false) {}
 
-MetaObject::MetaObject(MetaType type, FactoryFlag) : type_(type), isValueClass_(true) {}
-
-MetaObject::~MetaObject() = default;
-
 bool MetaObject::IsSameStructure(const std::shared_ptr<MetaObject>& other,
                                  std::vector<std::string>* errors) const {
   if (other == nullptr) {

@@ -89,7 +89,9 @@ MetaStruct::~MetaStruct() {
       ReleaseNested(std::move(slots[position - 1]));
     }
   }
-  ReleaseNested(std::move(definition_));
+  if (definition_ != nullptr) {
+    ReleaseContainer(std::move(definition_));
+  }
   LayoutRef::Attach(layout_);
 }
 

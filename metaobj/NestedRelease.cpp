@@ -1,7 +1,6 @@
 #include "metaobj/NestedRelease.h"
 
-#include <utility>
-#include <vector>
+#include <new>
 
 namespace Kestrel::MetaObj {
 
@@ -14,48 +13,66 @@ constexpr unsigned kDeepest = 32;
 thread_local unsigned depth __attribute__((tls_model("initial-exec"))) = 0;
 thread_local Values* waiting __attribute__((tls_model("initial-exec"))) = nullptr;
 
-void ReleaseNow(std::shared_ptr<MetaObject>&& value) {
-  ++depth;
-  value.reset();
-  --depth;
-}
-
-void ReleaseOutermost(std::shared_ptr<MetaObject>&& value) {
-  Values values;
-  waiting = &values;
-  ReleaseNow(std::move(value));
-  while (!values.empty()) {
-    std::shared_ptr<MetaObject> next = std::move(values.back());
-    values.pop_back();
-    ReleaseNow(std::move(next));
+// The time in which one structure or list lets go of what it held, on the stack of its destructor.
+class ReleaseScope {
+ public:
+  ReleaseScope() {
+    if (depth++ == 0) {
+      waiting = &values_;
+    }
   }
-  waiting = nullptr;
-}
 
-// Without memory to wait in, a value goes at once, deep as the stack may be.
-void ReleaseLater(std::shared_ptr<MetaObject>&& value) {
-  try {
-    waiting->emplace_back();
-    waiting->back() = std::move(value);
-  } catch (const std::bad_alloc&) {
+  ~ReleaseScope() {
+    if (depth == 1) {
+      ReleaseWaiting();
+      waiting = nullptr;
+    }
+    --depth;
+  }
+
+  ReleaseScope(const ReleaseScope&) = delete;
+  ReleaseScope& operator=(const ReleaseScope&) = delete;
+
+  void Release(std::shared_ptr<MetaObject>&& value) {
+    if (depth > kDeepest && MakesWait(std::move(value))) {
+      return;
+    }
     value.reset();
   }
-}
+
+ private:
+  void ReleaseWaiting() {
+    while (!values_.empty()) {
+      const std::shared_ptr<MetaObject> next = std::move(values_.back());
+      values_.pop_back();
+    }
+  }
+
+  // False without memory to wait in: then the value goes at once, deep as the stack may be.
+  static bool MakesWait(std::shared_ptr<MetaObject>&& value) {
+    try {
+      waiting->emplace_back();
+    } catch (const std::bad_alloc&) {
+      return false;
+    }
+    waiting->back() = std::move(value);
+    return true;
+  }
+
+  Values values_;  // what waits, in the outermost scope
+};
 
 }  // namespace
 
-void ReleaseNested(std::shared_ptr<MetaObject>&& value) noexcept {
-  if (value == nullptr || value->GetType() < MetaType::Struct) {
-    value.reset();
-    return;
+void ReleaseNested(Values&& values) noexcept {
+  ReleaseScope scope;
+  for (std::shared_ptr<MetaObject>& value : values) {
+    scope.Release(std::move(value));
   }
-  if (depth == 0) {
-    return ReleaseOutermost(std::move(value));
-  }
-  if (depth < kDeepest) {
-    return ReleaseNow(std::move(value));
-  }
-  ReleaseLater(std::move(value));
+}
+
+void ReleaseContainer(std::shared_ptr<MetaObject>&& value) noexcept {
+  ReleaseScope().Release(std::move(value));
 }
 
 }  // namespace Kestrel::MetaObj

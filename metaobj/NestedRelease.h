@@ -1,13 +1,27 @@
 #pragma once
 
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include "kestrel/metaobj/MetaObject.h"
 
+// Structures and lists let go of what they held by these. However deep values nest in one another,
+// the stack stays shallow: beyond some depth a value waits until the outermost one is done.
 namespace Kestrel::MetaObj {
 
-/// Lets go of a value that a structure or list held. However deep values nest in one another, the
-/// stack stays shallow: beyond some depth a value waits until the outermost one is done.
-void ReleaseNested(std::shared_ptr<MetaObject>&& value) noexcept;
+/// Lets go of the elements of a list.
+void ReleaseNested(std::vector<std::shared_ptr<MetaObject>>&& values) noexcept;
+
+/// ReleaseNested for one structure or list.
+void ReleaseContainer(std::shared_ptr<MetaObject>&& value) noexcept;
+
+/// Lets go of one value.
+inline void ReleaseNested(std::shared_ptr<MetaObject>&& value) noexcept {
+  if (value != nullptr && value->GetType() >= MetaType::Struct) {
+    return ReleaseContainer(std::move(value));
+  }
+  value.reset();
+}
 
 }  // namespace Kestrel::MetaObj

@@ -51,6 +51,12 @@ class SlabAllocator {
     std::allocator<T>().deallocate(block, count);
   }
 
+  /// A value was made as what it is, so its destructor needs no look at its class.
+  template <typename U>
+  void destroy(U* value) noexcept {
+    value->U::~U();
+  }
+
  private:
   static constexpr bool kFits = sizeof(T) <= Slab::kLargestBlock && alignof(T) <= Slab::kGranule;
 };

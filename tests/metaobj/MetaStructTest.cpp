@@ -1129,6 +1129,49 @@ TEST(MetaStructTest, DestroysAChainOfDefinitionsOnAFlatStack) {
   EXPECT_TRUE(first.expired());
 }
 
+TEST(MetaStructTest, LetsGoOfAllValuesAtEachDepth) {
+  constexpr int kLevels = 100;
+  const auto held = MetaInt::New(1000);
+  auto record = MetaStruct::New("Rec");
+  for (int level = 0; level < kLevels; ++level) {
+    const auto list = MetaList::New(MetaType::Int);
+    list->Add(held);
+    auto outer = MetaStruct::New("Rec");
+    outer->SetField("first", held);
+    outer->SetField("in", record);
+    outer->SetField("last", list);
+    record = std::move(outer);
+  }
+  EXPECT_EQ(held.use_count(), 2 * kLevels + 1);
+  record.reset();
+  EXPECT_EQ(held.use_count(), 1);
+}
+
+// A value whose end is the end of a value that no other knows.
+class KeeperOfAnother : public OtherValue {
+ public:
+  explicit KeeperOfAnother(std::shared_ptr<MetaObject>& kept)
+      : OtherValue(MetaType::String), kept_(kept) {}
+  ~KeeperOfAnother() override { kept_.reset(); }
+
+ private:
+  std::shared_ptr<MetaObject>& kept_;
+};
+
+TEST(MetaStructTest, DestroysAValueThatDestroysAnother) {
+  std::shared_ptr<MetaObject> kept = Nested(kDeep, true);
+  const std::weak_ptr<MetaObject> watched = kept;
+  auto record = MetaStruct::New("Rec");
+  record->SetField("keeper", std::make_shared<KeeperOfAnother>(kept));
+  for (int level = 0; level < 100; ++level) {
+    auto outer = MetaStruct::New("Rec");
+    outer->SetField("in", record);
+    record = std::move(outer);
+  }
+  record.reset();
+  EXPECT_TRUE(watched.expired());
+}
+
 TEST(MetaStructTest, LetsGoOfADeepValueThatItReplaces) {
   const auto record = MetaStruct::New("Rec");
   auto deep = Nested(20 * kDeep, false);

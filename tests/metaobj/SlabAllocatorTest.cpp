@@ -83,6 +83,21 @@ TEST(SlabAllocatorTest, MakesSharedOwners) {
   EXPECT_EQ(value.use_count(), 1);
 }
 
+TEST(SlabAllocatorTest, DestroysAValueAsWhatItWasMade) {
+  struct Base {
+    virtual ~Base() = default;
+  };
+  struct Derived : Base {
+    explicit Derived(const std::shared_ptr<int>& shared) : owner(shared) {}
+    std::shared_ptr<int> owner;
+  };
+  const auto held = std::make_shared<int>(1);
+  std::shared_ptr<Base> value = MakeInSlab<Derived>(held);
+  EXPECT_EQ(held.use_count(), 2);
+  value.reset();
+  EXPECT_EQ(held.use_count(), 1);
+}
+
 TEST(SlabAllocatorTest, TakesABlockBackInAnotherThread) {
   constexpr int kBlocks = 1000;
   std::vector<std::shared_ptr<long>> values;

@@ -37,7 +37,8 @@ class KESTREL_API MetaObject {
   /// The value as text.
   virtual std::string ToString() const = 0;
 
-  virtual ~MetaObject();
+  /// Empty and here, so that letting go of a scalar costs no call.
+  virtual ~MetaObject() = default;
 
   /// The kind, fixed when the value was made.
   MetaType GetType() const { return type_; }
@@ -68,6 +69,8 @@ class MetaObject::FactoryFlag {
   friend class MetaStruct;
   friend class MetaList;
 };
+
+inline MetaObject::MetaObject(MetaType type, FactoryFlag) : type_(type), isValueClass_(true) {}
 
 /// Writes the text of `object` (its `ToString()`) to `out`.
 KESTREL_API std::ostream& operator<<(std::ostream& out, const MetaObject& object);
