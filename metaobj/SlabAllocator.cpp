@@ -1,6 +1,10 @@
 #include "metaobj/SlabAllocator.h"
 
+#include <sys/mman.h>
+
 #include <algorithm>
+#include <cerrno>
+#include <cstdint>
 
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer)
@@ -24,7 +28,8 @@ void Slab::Free(void* block, std::size_t) noexcept { ::operator delete(block); }
 namespace {
 
 constexpr std::size_t kFirstChunk = 16 * 1024;
-constexpr std::size_t kLargestChunk = 1024 * 1024;
+constexpr std::size_t kLargestChunk = 256 * 1024;
+constexpr std::size_t kPage = 4096;
 constexpr std::size_t kClasses = Slab::kLargestBlock / Slab::kGranule;
 
 struct FreeBlock {
@@ -44,11 +49,28 @@ thread_local ThreadBlocks blocks __attribute__((tls_model("initial-exec")));
 
 std::size_t ClassOf(std::size_t size) { return (size - 1) / Slab::kGranule; }
 
+// Has the system put memory behind a chunk in one go, as it will soon be full: a fault for each of
+// its pages would cost more than the values that come to stand there. A system that does not know
+// how will do it page by page.
+void Populate([[maybe_unused]] char* chunk, [[maybe_unused]] std::size_t size) {
+#ifdef MADV_POPULATE_WRITE
+  const int errorBefore = errno;
+  char* const firstPage = chunk + kPage - reinterpret_cast<std::uintptr_t>(chunk) % kPage;
+  madvise(firstPage, size - kPage, MADV_POPULATE_WRITE);
+  errno = errorBefore;
+#endif
+}
+
+// Each chunk is twice as large as the one before, until they are large enough. Only those are
+// populated, so that a program with few values pays for what it uses.
 void StartChunk() {
   const std::size_t size = std::clamp(blocks.chunkSize * 2, kFirstChunk, kLargestChunk);
   blocks.next = static_cast<char*>(::operator new(size));
   blocks.end = blocks.next + size;
   blocks.chunkSize = size;
+  if (size == kLargestChunk) {
+    Populate(blocks.next, size);
+  }
 }
 
 void* Cut(std::size_t size) {

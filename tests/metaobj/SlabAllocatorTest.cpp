@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <thread>
@@ -53,6 +54,20 @@ TEST(SlabAllocatorTest, GivesAFreedBlockAgainForItsSize) {
   EXPECT_EQ(again, block);
   Slab::Free(again, 33);
   Slab::Free(larger, 48);
+}
+
+// Enough for several of the largest chunks; the system's help with those is nobody's business.
+TEST(SlabAllocatorTest, LeavesTheErrorNumberAlone) {
+  constexpr std::size_t kBlocks = 8 * 1024;
+  std::vector<void*> blocks;
+  errno = ENOTTY;
+  for (std::size_t each = 0; each < kBlocks; ++each) {
+    blocks.push_back(Slab::Allocate(Slab::kLargestBlock));
+  }
+  EXPECT_EQ(errno, ENOTTY);
+  for (void* const block : blocks) {
+    Slab::Free(block, Slab::kLargestBlock);
+  }
 }
 
 TEST(SlabAllocatorTest, ServesAllInstancesAlike) {
