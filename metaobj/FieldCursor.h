@@ -17,6 +17,19 @@ struct MetaStruct::Overflow {
   std::map<std::string, Field, std::less<>> fields;  // all fields, once it has its own index
 };
 
+inline const std::shared_ptr<MetaObject>* MetaStruct::Slots() const {
+  const bool isOutside = overflow_ != nullptr && !overflow_->slots.empty();
+  return isOutside ? overflow_->slots.data() : inline_.data();
+}
+
+inline const std::shared_ptr<MetaObject>* MetaStruct::Find(const FieldName& name) const {
+  if (hasOwnIndex_) {
+    return FindOwn(name.Text());
+  }
+  const std::size_t position = layout_->Find(name);
+  return position == FieldLayout::kNotFound ? nullptr : Slots() + position;
+}
+
 /// Walks the fields of a structure in the byte order of their names, without copying a name or
 /// owning a value. The structure must stay as it is meanwhile.
 class FieldCursor {

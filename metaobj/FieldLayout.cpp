@@ -1,7 +1,5 @@
 #include "metaobj/FieldLayout.h"
 
-#include <sys/single_threaded.h>
-
 #include <algorithm>
 #include <cstring>
 #include <functional>
@@ -123,23 +121,23 @@ LayoutRef FieldLayout::Root(const std::string& typeName) {
   return entered;
 }
 
-FieldLayout::Step FieldLayout::With(std::string_view name, std::string_view documentation) const {
+FieldLayout::Step FieldLayout::With(const FieldName& name, std::string_view documentation) const {
   const TableLock lock;
   if (const Transition* const known = FindTransition(name, documentation)) {
     return {LayoutRef(known->next), known->position};
   }
-  if (Count() >= kMostFields || name.size() > kLongestName) {
+  if (Count() >= kMostFields || name.Text().size() > kLongestName) {
     return {};
   }
   const auto place = std::lower_bound(
-      texts_.begin(), texts_.end(), name,
+      texts_.begin(), texts_.end(), name.Text(),
       [](const auto& text, std::string_view sought) { return text->name < sought; });
   const std::size_t position = static_cast<std::size_t>(place - texts_.begin());
   Texts_ texts;
   texts.reserve(Count() + 1);
   texts.assign(texts_.begin(), place);
   texts.push_back(
-      std::make_shared<FieldText>(FieldText{std::string(name), std::string(documentation)}));
+      std::make_shared<FieldText>(FieldText{std::string(name.Text()), std::string(documentation)}));
   texts.insert(texts.end(), place, texts_.end());
   LayoutRef next = Sibling(std::move(texts));
   if (next) {
@@ -168,22 +166,8 @@ LayoutRef FieldLayout::Without(std::size_t position) const {
   return Sibling(std::move(texts));
 }
 
-std::size_t FieldLayout::Find(std::string_view name) const {
-  const std::uint32_t signature = Signature(name);
-  for (std::size_t position = 0; position < signatures_.size(); ++position) {
-    if (signatures_[position] == signature && texts_[position]->name == name) {
-      return position;
-    }
-  }
-  return kNotFound;
-}
-
 bool FieldLayout::HasSameNames(const FieldLayout& other) const {
-  return this == &other || (signatures_ == other.signatures_ &&
-                            std::equal(texts_.begin(), texts_.end(), other.texts_.begin(),
-                                       other.texts_.end(), [](const auto& left, const auto& right) {
-                                         return left->name == right->name;
-                                       }));
+  return this == &other || names_ == other.names_;
 }
 
 std::size_t FieldLayout::CountShared() {
@@ -196,9 +180,9 @@ FieldLayout::FieldLayout(const std::string& typeName)
 
 FieldLayout::FieldLayout(const LayoutRef& root, Texts_&& texts)
     : root_(root), texts_(std::move(texts)), hash_(root->hash_) {
-  signatures_.reserve(texts_.size());
+  names_.reserve(texts_.size());
   for (const std::shared_ptr<const FieldText>& text : texts_) {
-    signatures_.push_back(Signature(text->name));
+    names_.emplace_back(text->name);
     hash_ += HashOf(*text);
   }
 }
@@ -212,30 +196,9 @@ FieldLayout::~FieldLayout() {
   }
 }
 
-// The length and three bytes of a name tell nearly all names of one record apart.
-std::uint32_t FieldLayout::Signature(std::string_view name) {
-  if (name.empty()) {
-    return 0;
-  }
-  const auto byte = [name](std::size_t index) {
-    return static_cast<std::uint32_t>(static_cast<unsigned char>(name[index]));
-  };
-  return static_cast<std::uint32_t>(name.size()) << 24 | byte(0) << 16 |
-         byte(name.size() / 2) << 8 | byte(name.size() - 1);
-}
-
-const FieldLayout::Transition* FieldLayout::FindTransition(std::string_view name,
-                                                           std::string_view documentation) const {
-  const std::uint32_t signature = Signature(name);
-  for (const Transition& each : transitions_) {
-    if (each.signature == signature) {
-      const FieldText& added = each.next->At(each.position);
-      if (added.name == name && added.documentation == documentation) {
-        return &each;
-      }
-    }
-  }
-  return nullptr;
+std::size_t FieldLayout::FindLong(std::string_view name) const {
+  const auto place = std::find(names_.begin(), names_.end(), FieldName(name));
+  return place == names_.end() ? kNotFound : static_cast<std::size_t>(place - names_.begin());
 }
 
 void FieldLayout::AddTransition(FieldLayout* next, std::size_t position) const {
@@ -243,7 +206,7 @@ void FieldLayout::AddTransition(FieldLayout* next, std::size_t position) const {
     return;
   }
   next->origins_.reserve(next->origins_.size() + 1);
-  transitions_.push_back({next->signatures_[position], static_cast<std::uint32_t>(position), next});
+  transitions_.push_back({next->names_[position], &next->At(position), next, position});
   next->origins_.emplace_back(this);
 }
 
@@ -269,37 +232,18 @@ LayoutRef FieldLayout::Sibling(Texts_&& texts) const {
   return table.Enter(fresh.release());
 }
 
-void FieldLayout::Share() const {
-  if (__libc_single_threaded) {
-    owners_.store(owners_.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
-    return;
+// The last owner goes under the lock, where nobody can find the layout meanwhile.
+void FieldLayout::ReleaseAmongThreads() const {
+  std::size_t owners = owners_.load(std::memory_order_relaxed);
+  while (owners > 1) {
+    if (owners_.compare_exchange_weak(owners, owners - 1, std::memory_order_acq_rel)) {
+      return;
+    }
   }
-  owners_.fetch_add(1, std::memory_order_relaxed);
-}
-
-void FieldLayout::Release() const {
-  if (ReleaseOneOfMany()) {
-    return;
-  }
-  // The last owner goes under the lock, where nobody can find the layout meanwhile.
   const TableLock lock;
   if (owners_.fetch_sub(1, std::memory_order_acq_rel) == 1) {
     delete this;
   }
-}
-
-bool FieldLayout::ReleaseOneOfMany() const {
-  std::size_t owners = owners_.load(std::memory_order_relaxed);
-  if (__libc_single_threaded) {
-    owners_.store(owners - (owners > 1 ? 1 : 0), std::memory_order_relaxed);
-    return owners > 1;
-  }
-  while (owners > 1) {
-    if (owners_.compare_exchange_weak(owners, owners - 1, std::memory_order_acq_rel)) {
-      return true;
-    }
-  }
-  return false;
 }
 
 }  // namespace Kestrel::MetaObj

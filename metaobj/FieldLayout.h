@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/single_threaded.h>
+
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -8,6 +10,8 @@
 #include <string_view>
 #include <utility>
 #include <vector>
+
+#include "metaobj/FieldName.h"
 
 // A layout is what records of one shape have in common: the type name, the names of the fields in
 // byte order and their documentation texts. A record keeps its values in slots, in the order of
@@ -69,14 +73,14 @@ class FieldLayout {
   /// field would pass a bound.
   struct Step {
     LayoutRef layout;
-    std::size_t position;
+    std::size_t position = 0;
   };
 
   /// The layout of a record of this type without fields; always there.
   static LayoutRef Root(const std::string& typeName);
 
   /// The layout with one more field; this layout has none of that name.
-  Step With(std::string_view name, std::string_view documentation) const;
+  Step With(const FieldName& name, std::string_view documentation) const;
 
   /// The layout with another documentation text for one field, or none.
   LayoutRef WithDocumentation(std::size_t position, std::string_view documentation) const;
@@ -93,7 +97,8 @@ class FieldLayout {
   std::size_t Count() const { return texts_.size(); }
 
   /// The place of the field of that name, or kNotFound.
-  std::size_t Find(std::string_view name) const;
+  std::size_t Find(const FieldName& name) const;
+  std::size_t Find(std::string_view name) const { return Find(FieldName(name)); }
 
   const FieldText& At(std::size_t position) const { return *texts_[position]; }
 
@@ -116,36 +121,52 @@ class FieldLayout {
   using Texts_ = std::vector<std::shared_ptr<const FieldText>>;
 
   struct Transition {
-    std::uint32_t signature;
-    std::uint32_t position;
+    FieldName name;
+    const FieldText* text;
     FieldLayout* next;
+    std::size_t position;
   };
 
   explicit FieldLayout(const std::string& typeName);
   FieldLayout(const LayoutRef& root, Texts_&& texts);
   ~FieldLayout();
 
-  static std::uint32_t Signature(std::string_view name);
-
-  const Transition* FindTransition(std::string_view name, std::string_view documentation) const;
+  std::size_t FindLong(std::string_view name) const;
+  const Transition* FindTransition(const FieldName& name, std::string_view documentation) const;
   void AddTransition(FieldLayout* next, std::size_t position) const;
   void RemoveTransition(const FieldLayout* next) const;
   LayoutRef Sibling(Texts_&& texts) const;
 
   void Share() const;
   void Release() const;
-  bool ReleaseOneOfMany() const;
+  void ReleaseAmongThreads() const;
 
   mutable std::atomic<std::size_t> owners_{0};
   const LayoutRef root_;        // none in a root
   const std::string typeName_;  // of a root only
   const Texts_ texts_;
-  std::vector<std::uint32_t> signatures_;
+  std::vector<FieldName> names_;  // of the texts
   std::size_t hash_;
   bool isShared_ = false;
   mutable std::vector<Transition> transitions_;
   std::vector<LayoutRef> origins_;
 };
+
+inline void FieldLayout::Share() const {
+  if (__libc_single_threaded) {
+    owners_.store(owners_.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+    return;
+  }
+  owners_.fetch_add(1, std::memory_order_relaxed);
+}
+
+inline void FieldLayout::Release() const {
+  const std::size_t owners = owners_.load(std::memory_order_relaxed);
+  if (!__libc_single_threaded || owners == 1) {
+    return ReleaseAmongThreads();
+  }
+  owners_.store(owners - 1, std::memory_order_relaxed);
+}
 
 inline LayoutRef::LayoutRef(const FieldLayout* layout) : layout_(layout) {
   if (layout_ != nullptr) {
@@ -163,6 +184,28 @@ inline LayoutRef LayoutRef::Attach(const FieldLayout* layout) {
   LayoutRef ref;
   ref.layout_ = layout;
   return ref;
+}
+
+inline const FieldLayout::Transition* FieldLayout::FindTransition(
+    const FieldName& name, std::string_view documentation) const {
+  for (const Transition& each : transitions_) {
+    if (each.name == name && each.text->documentation == documentation) {
+      return &each;
+    }
+  }
+  return nullptr;
+}
+
+inline std::size_t FieldLayout::Find(const FieldName& name) const {
+  if (!name.IsShort()) {
+    return FindLong(name.Text());
+  }
+  for (const FieldName& each : names_) {
+    if (each.HasSameNumbers(name)) {
+      return static_cast<std::size_t>(&each - names_.data());
+    }
+  }
+  return kNotFound;
 }
 
 }  // namespace Kestrel::MetaObj

@@ -253,14 +253,16 @@ void MetaStruct::SetField(const char* name, const std::vector<bool>& value) {
 void MetaStruct::SetField(const char* name, std::nullptr_t) { Store(View(name), nullptr, {}); }
 
 std::shared_ptr<MetaObject> MetaStruct::GetField(const std::string& name) const {
-  const std::shared_ptr<MetaObject>* const value = Find(name);
+  const std::shared_ptr<MetaObject>* const value = Find(FieldName(name));
   return value == nullptr ? nullptr : *value;
 }
 
-bool MetaStruct::HasField(const std::string& name) const { return Find(name) != nullptr; }
+bool MetaStruct::HasField(const std::string& name) const {
+  return Find(FieldName(name)) != nullptr;
+}
 
 MetaType MetaStruct::GetFieldType(const std::string& name) const {
-  const std::shared_ptr<MetaObject>* const value = Find(name);
+  const std::shared_ptr<MetaObject>* const value = Find(FieldName(name));
   if (value == nullptr) {
     throw 1;  // A bare int: callers that probe unknown names catch this type.
   }
@@ -268,7 +270,7 @@ MetaType MetaStruct::GetFieldType(const std::string& name) const {
 }
 
 const std::string& MetaStruct::GetFieldDocumentation(const std::string& name) const {
-  const std::string* const documentation = FindDocumentation(name);
+  const std::string* const documentation = FindDocumentation(FieldName(name));
   if (documentation == nullptr) {
     throw KestrelException("Field " + name + " is not present in the structure " + GetTypeName());
   }
@@ -292,7 +294,7 @@ void MetaStruct::RemoveField(const std::string& name) {
   if (hasOwnIndex_) {
     return RemoveOwn(name);
   }
-  const std::size_t position = layout_->Find(name);
+  const std::size_t position = layout_->Find(FieldName(name));
   if (position == FieldLayout::kNotFound) {
     return;
   }
@@ -359,7 +361,7 @@ void MetaStruct::CheckNewField(std::string_view name) const {
     throw KestrelException("Unable to set new field " + std::string(name) +
                            " on structure. Structure has been locked");
   }
-  if (definition_ != nullptr && definition_->Find(name) == nullptr) {
+  if (definition_ != nullptr && definition_->Find(FieldName(name)) == nullptr) {
     throw KestrelException("Unable to set new field " + std::string(name) +
                            " on structure.  The field does not match the Structure definition "
                            "for this MetaStruct.");
@@ -368,7 +370,7 @@ void MetaStruct::CheckNewField(std::string_view name) const {
 
 void MetaStruct::Append(std::string_view name, std::shared_ptr<MetaObject>&& value,
                         std::string_view documentation) {
-  FieldLayout::Step next = layout_->With(name, documentation);
+  FieldLayout::Step next = layout_->With(FieldName(name), documentation);
   if (next.layout) {
     InsertSlot(next.position, std::move(value));
     return UseLayout(next.layout.Detach());
@@ -412,27 +414,20 @@ void MetaStruct::RemoveOwn(std::string_view name) {
   }
 }
 
-const std::shared_ptr<MetaObject>* MetaStruct::Find(std::string_view name) const {
-  if (!hasOwnIndex_) {
-    const std::size_t position = layout_->Find(name);
-    return position == FieldLayout::kNotFound ? nullptr : Slots() + position;
-  }
+// Apart, so that the way of the small records stays short.
+[[gnu::noinline]] const std::shared_ptr<MetaObject>* MetaStruct::FindOwn(
+    std::string_view name) const {
   const auto field = overflow_->fields.find(name);
   return field == overflow_->fields.end() ? nullptr : &field->second.value;
 }
 
-const std::string* MetaStruct::FindDocumentation(std::string_view name) const {
+const std::string* MetaStruct::FindDocumentation(const FieldName& name) const {
   if (!hasOwnIndex_) {
     const std::size_t position = layout_->Find(name);
     return position == FieldLayout::kNotFound ? nullptr : &layout_->At(position).documentation;
   }
-  const auto field = overflow_->fields.find(name);
+  const auto field = overflow_->fields.find(name.Text());
   return field == overflow_->fields.end() ? nullptr : &field->second.documentation;
-}
-
-const std::shared_ptr<MetaObject>* MetaStruct::Slots() const {
-  const bool isSpilled = overflow_ != nullptr && !overflow_->slots.empty();
-  return isSpilled ? overflow_->slots.data() : inline_.data();
 }
 
 std::shared_ptr<MetaObject>* MetaStruct::Slots() {

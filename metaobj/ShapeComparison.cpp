@@ -14,11 +14,15 @@ constexpr unsigned kQuickDepth = 8;
 
 bool IsSurelySame(const MetaObject& mine, const MetaObject& other, unsigned depth);
 
+bool HasSameTexts(const FieldLayout& mine, const FieldLayout& other) {
+  return mine.TypeName() == other.TypeName() && mine.HasSameNames(other);
+}
+
 bool IsSurelySameRecord(const MetaStruct& mine, const MetaStruct& other, unsigned depth) {
   const FieldLayout* const layout = ValueAccess::Layout(mine);
   const FieldLayout* const otherLayout = ValueAccess::Layout(other);
   if (layout == nullptr || otherLayout == nullptr ||
-      layout->TypeName() != otherLayout->TypeName() || !layout->HasSameNames(*otherLayout)) {
+      (layout != otherLayout && !HasSameTexts(*layout, *otherLayout))) {
     return false;
   }
   const std::shared_ptr<MetaObject>* slot = ValueAccess::Slots(mine);

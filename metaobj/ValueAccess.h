@@ -39,7 +39,7 @@ class ValueAccess {
 
   /// The field's value, null when there is no such field.
   static const std::shared_ptr<MetaObject>* Find(const MetaStruct& record, std::string_view name) {
-    return record.Find(name);
+    return record.Find(FieldName(name));
   }
 
   /// The layout that the record shares with its like, null when it has an index of its own.

@@ -18,7 +18,7 @@ using testing::ElementsAre;
 LayoutRef LayoutOf(const std::vector<std::string>& names) {
   LayoutRef layout = FieldLayout::Root("Rec");
   for (const std::string& name : names) {
-    layout = layout->With(name, "").layout;
+    layout = layout->With(FieldName(name), "").layout;
   }
   return layout;
 }
@@ -56,10 +56,10 @@ TEST(FieldLayoutTest, IsSharedWhateverTheOrderOfTheFields) {
 
 TEST(FieldLayoutTest, DiffersByTypeNamesAndDocumentation) {
   const LayoutRef root = FieldLayout::Root("Rec");
-  const LayoutRef plain = root->With("a", "").layout;
-  const LayoutRef documented = root->With("a", "text").layout;
-  const LayoutRef otherName = root->With("b", "").layout;
-  const LayoutRef otherType = FieldLayout::Root("Other")->With("a", "").layout;
+  const LayoutRef plain = root->With(FieldName("a"), "").layout;
+  const LayoutRef documented = root->With(FieldName("a"), "text").layout;
+  const LayoutRef otherName = root->With(FieldName("b"), "").layout;
+  const LayoutRef otherType = FieldLayout::Root("Other")->With(FieldName("a"), "").layout;
   EXPECT_NE(plain.Get(), documented.Get());
   EXPECT_NE(plain.Get(), otherName.Get());
   EXPECT_NE(plain.Get(), otherType.Get());
@@ -71,10 +71,10 @@ TEST(FieldLayoutTest, DiffersByTypeNamesAndDocumentation) {
 
 TEST(FieldLayoutTest, TellsWhereAFieldCameToStand) {
   const LayoutRef layout = LayoutOf({"b", "d"});
-  EXPECT_EQ(layout->With("a", "").position, 0u);
-  EXPECT_EQ(layout->With("c", "").position, 1u);
-  const FieldLayout::Step first = layout->With("e", "");
-  const FieldLayout::Step second = layout->With("e", "");
+  EXPECT_EQ(layout->With(FieldName("a"), "").position, 0u);
+  EXPECT_EQ(layout->With(FieldName("c"), "").position, 1u);
+  const FieldLayout::Step first = layout->With(FieldName("e"), "");
+  const FieldLayout::Step second = layout->With(FieldName("e"), "");
   EXPECT_EQ(first.position, 2u);
   EXPECT_EQ(second.position, 2u);
   EXPECT_EQ(first.layout.Get(), second.layout.Get());
@@ -82,10 +82,19 @@ TEST(FieldLayoutTest, TellsWhereAFieldCameToStand) {
 
 TEST(FieldLayoutTest, FindsItsFields) {
   const LayoutRef layout = LayoutOf({"", "a", "ab", "abc"});
-  EXPECT_EQ(layout->Find(""), 0u);
-  EXPECT_EQ(layout->Find("ab"), 2u);
-  EXPECT_EQ(layout->Find("b"), FieldLayout::kNotFound);
-  EXPECT_EQ(layout->Find(std::string(256 + 2, 'a')), FieldLayout::kNotFound);
+  EXPECT_EQ(layout->Find(FieldName("")), 0u);
+  EXPECT_EQ(layout->Find(FieldName("ab")), 2u);
+  EXPECT_EQ(layout->Find(FieldName("b")), FieldLayout::kNotFound);
+  EXPECT_EQ(layout->Find(FieldName(std::string(256 + 2, 'a'))), FieldLayout::kNotFound);
+}
+
+TEST(FieldLayoutTest, FindsFieldsOfLongNames) {
+  const std::string start = "a name of many";
+  const LayoutRef layout = LayoutOf({start + " 1 bytes", start + " 2 bytes", start});
+  EXPECT_EQ(layout->Find(start), 0u);
+  EXPECT_EQ(layout->Find(start + " 1 bytes"), 1u);
+  EXPECT_EQ(layout->Find(start + " 2 bytes"), 2u);
+  EXPECT_EQ(layout->Find(start + " 3 bytes"), FieldLayout::kNotFound);
 }
 
 TEST(FieldLayoutTest, ChangesADocumentationText) {
@@ -120,7 +129,7 @@ TEST(FieldLayoutTest, LeavesNoWayToADeadLayout) {
   const LayoutRef kept = LayoutOf({"a"});
   const std::size_t before = FieldLayout::CountShared();
   for (int round = 0; round < 100; ++round) {
-    const LayoutRef passing = kept->With("b" + std::to_string(round % 3), "").layout;
+    const LayoutRef passing = kept->With(FieldName("b" + std::to_string(round % 3)), "").layout;
     EXPECT_EQ(FieldLayout::CountShared(), before + 1);
   }
   EXPECT_EQ(FieldLayout::CountShared(), before);
@@ -130,26 +139,27 @@ TEST(FieldLayoutTest, TakesMoreFieldsThanItHasTransitions) {
   const LayoutRef root = FieldLayout::Root("Rec");
   std::vector<LayoutRef> next;
   for (std::size_t field = 0; field < 3 * FieldLayout::kMostTransitions; ++field) {
-    next.push_back(root->With("f" + std::to_string(field), "").layout);
+    next.push_back(root->With(FieldName("f" + std::to_string(field)), "").layout);
   }
   for (std::size_t field = 0; field < next.size(); ++field) {
-    EXPECT_EQ(root->With("f" + std::to_string(field), "").layout.Get(), next[field].Get());
+    EXPECT_EQ(root->With(FieldName("f" + std::to_string(field)), "").layout.Get(),
+              next[field].Get());
   }
 }
 
 TEST(FieldLayoutTest, TakesSoManyFieldsAndNoMore) {
   LayoutRef layout = FieldLayout::Root("Rec");
   for (std::size_t field = 0; field < FieldLayout::kMostFields; ++field) {
-    layout = layout->With("f" + std::to_string(field), "").layout;
+    layout = layout->With(FieldName("f" + std::to_string(field)), "").layout;
     ASSERT_TRUE(layout);
   }
-  EXPECT_FALSE(layout->With("one more", "").layout);
+  EXPECT_FALSE(layout->With(FieldName("one more"), "").layout);
 }
 
 TEST(FieldLayoutTest, TakesNamesOfSoManyBytesAndNoMore) {
   const LayoutRef root = FieldLayout::Root("Rec");
-  EXPECT_TRUE(root->With(std::string(FieldLayout::kLongestName, 'n'), "").layout);
-  EXPECT_FALSE(root->With(std::string(FieldLayout::kLongestName + 1, 'n'), "").layout);
+  EXPECT_TRUE(root->With(FieldName(std::string(FieldLayout::kLongestName, 'n')), "").layout);
+  EXPECT_FALSE(root->With(FieldName(std::string(FieldLayout::kLongestName + 1, 'n')), "").layout);
 }
 
 TEST(FieldLayoutTest, CopiesAndMovesItsOwners) {

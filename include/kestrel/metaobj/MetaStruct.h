@@ -10,6 +10,7 @@
 namespace Kestrel::MetaObj {
 
 class FieldLayout;
+class FieldName;
 class MetaBool;
 class MetaInt;
 class MetaString;
@@ -172,8 +173,9 @@ class KESTREL_API MetaStruct : public MetaObject {
                 std::string_view documentation);
   void RemoveOwn(std::string_view name);
 
-  const std::shared_ptr<MetaObject>* Find(std::string_view name) const;
-  const std::string* FindDocumentation(std::string_view name) const;
+  const std::shared_ptr<MetaObject>* Find(const FieldName& name) const;
+  const std::shared_ptr<MetaObject>* FindOwn(std::string_view name) const;
+  const std::string* FindDocumentation(const FieldName& name) const;
   const std::shared_ptr<MetaObject>* Slots() const;
   std::shared_ptr<MetaObject>* Slots();
   void InsertSlot(std::size_t position, std::shared_ptr<MetaObject>&& value);

@@ -1,0 +1,63 @@
+#include "metaobj/FieldName.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+using Kestrel::MetaObj::FieldName;
+
+// All texts of up to `longest` bytes over a few that are easily confused.
+std::vector<std::string> TextsUpTo(std::size_t longest) {
+  std::vector<std::string> texts = {""};
+  for (std::size_t next = 0; next < texts.size(); ++next) {
+    const std::string text = texts[next];
+    if (text.size() == longest) {
+      break;
+    }
+    for (const char byte : {'\0', 'a', '\xff'}) {
+      texts.push_back(text + byte);
+    }
+  }
+  return texts;
+}
+
+TEST(FieldNameTest, ComparesShortTextsAsTheyAre) {
+  const std::vector<std::string> texts = TextsUpTo(5);
+  ASSERT_EQ(texts.size(), 364u);
+  for (const std::string& left : texts) {
+    for (const std::string& right : texts) {
+      ASSERT_EQ(FieldName(left) == FieldName(right), left == right);
+      ASSERT_EQ(FieldName(left).HasSameNumbers(FieldName(right)), left == right);
+    }
+  }
+}
+
+TEST(FieldNameTest, LooksAtEachByte) {
+  for (std::size_t size = 1; size <= 40; ++size) {
+    const std::string text(size, 'n');
+    EXPECT_TRUE(FieldName(text) == FieldName(std::string(text)));
+    EXPECT_TRUE(FieldName(text) != FieldName(text + 'n'));
+    for (std::size_t place = 0; place < size; ++place) {
+      std::string other = text;
+      other[place] = 'm';
+      EXPECT_TRUE(FieldName(text) != FieldName(other)) << size << ", " << place;
+    }
+  }
+}
+
+TEST(FieldNameTest, KnowsWhetherItsNumbersTellAll) {
+  EXPECT_TRUE(FieldName(std::string(16, 'n')).IsShort());
+  EXPECT_FALSE(FieldName(std::string(17, 'n')).IsShort());
+  EXPECT_TRUE(FieldName("12345678x12345678").HasSameNumbers(FieldName("12345678y12345678")));
+}
+
+TEST(FieldNameTest, GivesItsTextBack) {
+  const std::string text = "a name";
+  EXPECT_EQ(FieldName(text).Text().data(), text.data());
+  EXPECT_EQ(FieldName(text).Text(), text);
+}
+
+}  // namespace
