@@ -21,7 +21,7 @@ struct LayoutTable {
   }
 
   FieldLayout* Find(std::size_t hash, const FieldLayout* root, const FieldLayout::Texts_& texts);
-  FieldLayout* FindRoot(std::size_t hash, const std::string& typeName);
+  FieldLayout* FindRoot(std::size_t hash, std::string_view typeName);
   LayoutRef Enter(FieldLayout* layout);
   void Remove(const FieldLayout* layout);
 };
@@ -76,7 +76,7 @@ FieldLayout* LayoutTable::Find(std::size_t hash, const FieldLayout* root,
   return nullptr;
 }
 
-FieldLayout* LayoutTable::FindRoot(std::size_t hash, const std::string& typeName) {
+FieldLayout* LayoutTable::FindRoot(std::size_t hash, std::string_view typeName) {
   const auto [first, last] = shared.equal_range(hash);
   for (auto each = first; each != last; ++each) {
     if (!each->second->root_ && each->second->typeName_ == typeName) {
@@ -102,12 +102,9 @@ void LayoutTable::Remove(const FieldLayout* layout) {
       std::find_if(first, last, [layout](const auto& each) { return each.second == layout; }));
 }
 
-LayoutRef FieldLayout::Root(const std::string& typeName) {
+LayoutRef FieldLayout::Root(std::string_view typeName) {
   const TableLock lock;
   LayoutTable& table = LayoutTable::Get();
-  if (table.newestRoot != nullptr && table.newestRoot->typeName_ == typeName) {
-    return LayoutRef(table.newestRoot);
-  }
   if (FieldLayout* const known = table.FindRoot(HashOf(typeName), typeName)) {
     table.newestRoot = known;
     return LayoutRef(known);
@@ -119,6 +116,12 @@ LayoutRef FieldLayout::Root(const std::string& typeName) {
   LayoutRef entered = table.Enter(fresh);
   table.newestRoot = fresh;
   return entered;
+}
+
+LayoutRef FieldLayout::NewestRoot(std::string_view typeName) {
+  const TableLock lock;
+  const FieldLayout* const newest = LayoutTable::Get().newestRoot;
+  return LayoutRef(newest != nullptr && newest->typeName_ == typeName ? newest : nullptr);
 }
 
 FieldLayout::Step FieldLayout::With(const FieldName& name, std::string_view documentation) const {
@@ -175,7 +178,7 @@ std::size_t FieldLayout::CountShared() {
   return LayoutTable::Get().shared.size();
 }
 
-FieldLayout::FieldLayout(const std::string& typeName)
+FieldLayout::FieldLayout(std::string_view typeName)
     : typeName_(typeName), hash_(HashOf(typeName)) {}
 
 FieldLayout::FieldLayout(const LayoutRef& root, Texts_&& texts)

@@ -76,11 +76,26 @@ class FieldLayout {
     std::size_t position = 0;
   };
 
+  /// A step that a record has taken, as long as its layout lives.
+  struct Transition {
+    FieldName name;
+    const FieldText* text;
+    FieldLayout* next;
+    std::size_t position;
+  };
+
   /// The layout of a record of this type without fields; always there.
-  static LayoutRef Root(const std::string& typeName);
+  static LayoutRef Root(std::string_view typeName);
+
+  /// The same, but none when it is not the newest one: a quick look for records in a row.
+  static LayoutRef NewestRoot(std::string_view typeName);
 
   /// The layout with one more field; this layout has none of that name.
   Step With(const FieldName& name, std::string_view documentation) const;
+
+  /// The same for a step that a record has taken before, else null: a quick look for records that
+  /// are built alike. Where there is such a step, there is no field of that name yet.
+  const Transition* KnownStep(const FieldName& name, std::string_view documentation) const;
 
   /// The layout with another documentation text for one field, or none.
   LayoutRef WithDocumentation(std::size_t position, std::string_view documentation) const;
@@ -120,14 +135,7 @@ class FieldLayout {
 
   using Texts_ = std::vector<std::shared_ptr<const FieldText>>;
 
-  struct Transition {
-    FieldName name;
-    const FieldText* text;
-    FieldLayout* next;
-    std::size_t position;
-  };
-
-  explicit FieldLayout(const std::string& typeName);
+  explicit FieldLayout(std::string_view typeName);
   FieldLayout(const LayoutRef& root, Texts_&& texts);
   ~FieldLayout();
 
@@ -194,6 +202,12 @@ inline const FieldLayout::Transition* FieldLayout::FindTransition(
     }
   }
   return nullptr;
+}
+
+// Among threads a layout may be about to die: With looks again, under the lock.
+inline const FieldLayout::Transition* FieldLayout::KnownStep(const FieldName& name,
+                                                             std::string_view documentation) const {
+  return __libc_single_threaded ? FindTransition(name, documentation) : nullptr;
 }
 
 inline std::size_t FieldLayout::Find(const FieldName& name) const {

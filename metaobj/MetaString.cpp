@@ -31,6 +31,9 @@ bool MetaString::_sInitialized = MetaString::Init();
 MetaString::MetaString(std::string&& value, FactoryFlag flag)
     : MetaObject(MetaType::String, flag), value_(std::move(value)) {}
 
+MetaString::MetaString(std::string_view value, FactoryFlag flag)
+    : MetaObject(MetaType::String, flag), value_(value) {}
+
 const std::shared_ptr<MetaString>& MetaString::New() {
   static const std::shared_ptr<MetaString> instance =
       MakeInSlab<MetaString>(std::string(), FactoryFlag());
@@ -44,12 +47,14 @@ std::shared_ptr<MetaString> MetaString::New(std::string&& value) {
   return MakeInSlab<MetaString>(std::move(value), FactoryFlag());
 }
 
-std::shared_ptr<MetaString> MetaString::New(const std::string& value) {
-  return New(std::string(value));
-}
+std::shared_ptr<MetaString> MetaString::New(const std::string& value) { return Copy(value); }
 
 std::shared_ptr<MetaString> MetaString::New(const char* value) {
-  return value == nullptr ? New() : New(std::string(value));
+  return value == nullptr ? New() : Copy(value);
+}
+
+std::shared_ptr<MetaString> MetaString::Copy(std::string_view value) {
+  return value.empty() ? New() : MakeInSlab<MetaString>(value, FactoryFlag());
 }
 
 std::shared_ptr<MetaString> MetaString::NewUtf8WithEscapes(std::string&& value) {

@@ -37,6 +37,27 @@ const std::string& MissingDocumentation() {
 // Open to every text; the refusal in SetField waits for a stricter rule.
 bool AcceptsFieldName(std::string_view) { return true; }
 
+std::string NullValueText(std::string_view field, const std::string& type) {
+  return "Invalid NULL value was assigned to the field " + std::string(field) +
+         " in the structure " + type;
+}
+
+std::string BadNameText(std::string_view field, const std::string& type) {
+  return "Unable to set new field " + std::string(field) + " on structure " + type +
+         ", because the field name contains invalid character. Can only be alphanumeric "
+         "characters and '_'";
+}
+
+std::string LockedText(std::string_view field) {
+  return "Unable to set new field " + std::string(field) +
+         " on structure. Structure has been locked";
+}
+
+std::string NotInDefinitionText(std::string_view field) {
+  return "Unable to set new field " + std::string(field) +
+         " on structure.  The field does not match the Structure definition for this MetaStruct.";
+}
+
 template <typename Values>
 std::shared_ptr<MetaObject> ListOf(MetaType kind, Values&& values) {
   std::shared_ptr<MetaList> list = MetaList::New(kind);
@@ -44,11 +65,8 @@ std::shared_ptr<MetaObject> ListOf(MetaType kind, Values&& values) {
   return list;
 }
 
-const std::string& CheckedStructName(const std::string& name) {
-  if (!IsValidStructName(name)) {
-    throw KestrelException("Invalid name specified for MetaStruct: " + name);
-  }
-  return name;
+bool IsStructName(std::string_view name) {
+  return !name.empty() && std::all_of(name.begin(), name.end(), IsLetterOrDigit);
 }
 
 }  // namespace
@@ -56,9 +74,7 @@ const std::string& CheckedStructName(const std::string& name) {
 const std::string MetaStruct::_docEmpty;
 const std::string MetaStruct::_docMissingStaticString = MissingDocumentation();
 
-bool IsValidStructName(const std::string& name) {
-  return !name.empty() && std::all_of(name.begin(), name.end(), IsLetterOrDigit);
-}
+bool IsValidStructName(const std::string& name) { return IsStructName(name); }
 
 bool IsValidFieldName(const std::string& name) { return AcceptsFieldName(name); }
 
@@ -71,12 +87,15 @@ MetaStruct::Field::Field(Field&& other) = default;
 MetaStruct::Field& MetaStruct::Field::operator=(Field&& other) = default;
 
 MetaStruct::MetaStruct(const std::string& typeName, FactoryFlag flag)
-    : MetaObject(MetaType::Struct, flag), layout_(FieldLayout::Root(typeName).Detach()) {}
+    : MetaStruct(FieldLayout::Root(typeName), flag) {}
 
 MetaStruct::MetaStruct(const std::shared_ptr<MetaStruct>& definition, FactoryFlag flag)
-    : MetaObject(MetaType::Struct, flag),
-      layout_(definition->layout_->GetRoot().Detach()),
-      definition_(definition) {}
+    : MetaStruct(definition->layout_->GetRoot(), flag) {
+  definition_ = definition;
+}
+
+MetaStruct::MetaStruct(LayoutRef&& layout, FactoryFlag flag)
+    : MetaObject(MetaType::Struct, flag), layout_(layout.Detach()) {}
 
 MetaStruct::~MetaStruct() {
   if (hasOwnIndex_) {
@@ -95,16 +114,21 @@ MetaStruct::~MetaStruct() {
   LayoutRef::Attach(layout_);
 }
 
-std::shared_ptr<MetaStruct> MetaStruct::New(const std::string& typeName) {
-  return MakeInSlab<MetaStruct>(CheckedStructName(typeName), FactoryFlag());
-}
+std::shared_ptr<MetaStruct> MetaStruct::New(const std::string& typeName) { return Make(typeName); }
 
-std::shared_ptr<MetaStruct> MetaStruct::New(std::string&& typeName) {
-  return MakeInSlab<MetaStruct>(CheckedStructName(typeName), FactoryFlag());
-}
+std::shared_ptr<MetaStruct> MetaStruct::New(std::string&& typeName) { return Make(typeName); }
 
-std::shared_ptr<MetaStruct> MetaStruct::New(const char* typeName) {
-  return New(std::string(View(typeName)));
+std::shared_ptr<MetaStruct> MetaStruct::New(const char* typeName) { return Make(View(typeName)); }
+
+std::shared_ptr<MetaStruct> MetaStruct::Make(std::string_view typeName) {
+  LayoutRef layout = FieldLayout::NewestRoot(typeName);
+  if (!layout) {
+    if (!IsStructName(typeName)) {
+      throw KestrelException("Invalid name specified for MetaStruct: " + std::string(typeName));
+    }
+    layout = FieldLayout::Root(typeName);
+  }
+  return MakeInSlab<MetaStruct>(std::move(layout), FactoryFlag());
 }
 
 std::shared_ptr<MetaStruct> MetaStruct::New(const std::shared_ptr<MetaStruct>& definition) {
@@ -304,7 +328,7 @@ void MetaStruct::RemoveField(const std::string& name) {
     return RemoveOwn(name);
   }
   const std::shared_ptr<MetaObject> removed = TakeSlot(position);
-  UseLayout(shorter.Detach());
+  UseLayout(std::move(shorter));
 }
 
 const std::string& MetaStruct::GetTypeName() const { return layout_->TypeName(); }
@@ -334,62 +358,58 @@ std::string MetaStruct::ToString() const {
 
 void MetaStruct::Store(std::string_view name, std::shared_ptr<MetaObject>&& value,
                        std::string_view documentation) {
-  if (value == nullptr) {
-    throw KestrelException("Invalid NULL value was assigned to the field " + std::string(name) +
-                           " in the structure " + GetTypeName());
-  }
-  if (!AcceptsFieldName(name)) {
-    throw KestrelException("Unable to set new field " + std::string(name) + " on structure " +
-                           GetTypeName() +
-                           ", because the field name contains invalid character. Can only be "
-                           "alphanumeric characters and '_'");
-  }
+  CheckValue(name, value);
   if (hasOwnIndex_) {
     return StoreOwn(name, std::move(value), documentation);
   }
-  const std::size_t position = layout_->Find(name);
-  if (position != FieldLayout::kNotFound) {
-    return Replace(position, std::move(value), documentation);
+  const FieldLayout::Transition* const known = layout_->KnownStep(FieldName(name), documentation);
+  if (known == nullptr) {
+    return StoreSlowly(name, std::move(value), documentation);
   }
   CheckNewField(name);
-  Append(name, std::move(value), documentation);
+  LayoutRef next(known->next);
+  InsertSlot(known->position, std::move(value));
+  UseLayout(std::move(next));
 }
 
-// A field that is there already needs no such check: a definition keeps its fields for good.
-void MetaStruct::CheckNewField(std::string_view name) const {
-  if (locked_) {
-    throw KestrelException("Unable to set new field " + std::string(name) +
-                           " on structure. Structure has been locked");
-  }
-  if (definition_ != nullptr && definition_->Find(FieldName(name)) == nullptr) {
-    throw KestrelException("Unable to set new field " + std::string(name) +
-                           " on structure.  The field does not match the Structure definition "
-                           "for this MetaStruct.");
-  }
-}
-
-void MetaStruct::Append(std::string_view name, std::shared_ptr<MetaObject>&& value,
-                        std::string_view documentation) {
-  FieldLayout::Step next = layout_->With(FieldName(name), documentation);
-  if (next.layout) {
-    InsertSlot(next.position, std::move(value));
-    return UseLayout(next.layout.Detach());
-  }
+// Replaces the value, takes a step that nobody has taken before, or gives the layouts up.
+void MetaStruct::StoreSlowly(std::string_view name, std::shared_ptr<MetaObject>&& value,
+                             std::string_view documentation) {
   const LayoutRef kept(layout_);  // the texts may be this layout's own
+  const std::size_t position = layout_->Find(name);
+  if (position != FieldLayout::kNotFound) {
+    if (LayoutRef next = layout_->WithDocumentation(position, documentation)) {
+      Slots()[position].swap(value);
+      return UseLayout(std::move(next));
+    }
+  } else {
+    CheckNewField(name);
+    if (FieldLayout::Step next = layout_->With(FieldName(name), documentation); next.layout) {
+      InsertSlot(next.position, std::move(value));
+      return UseLayout(std::move(next.layout));
+    }
+  }
   UseOwnIndex();
   StoreOwn(name, std::move(value), documentation);
 }
 
-void MetaStruct::Replace(std::size_t position, std::shared_ptr<MetaObject>&& value,
-                         std::string_view documentation) {
-  LayoutRef next = layout_->WithDocumentation(position, documentation);
-  if (next) {
-    Slots()[position].swap(value);
-    return UseLayout(next.Detach());
+void MetaStruct::CheckValue(std::string_view name, const std::shared_ptr<MetaObject>& value) const {
+  if (value == nullptr) {
+    throw KestrelException(NullValueText(name, GetTypeName()));
   }
-  const LayoutRef kept(layout_);
-  UseOwnIndex();
-  StoreOwn(kept->At(position).name, std::move(value), documentation);
+  if (!AcceptsFieldName(name)) {
+    throw KestrelException(BadNameText(name, GetTypeName()));
+  }
+}
+
+// A field that is there already needs no such check: a definition keeps its fields for good.
+inline void MetaStruct::CheckNewField(std::string_view name) const {
+  if (locked_) {
+    throw KestrelException(LockedText(name));
+  }
+  if (definition_ != nullptr && definition_->Find(FieldName(name)) == nullptr) {
+    throw KestrelException(NotInDefinitionText(name));
+  }
 }
 
 void MetaStruct::StoreOwn(std::string_view name, std::shared_ptr<MetaObject>&& value,
@@ -436,13 +456,11 @@ std::shared_ptr<MetaObject>* MetaStruct::Slots() {
 
 void MetaStruct::InsertSlot(std::size_t position, std::shared_ptr<MetaObject>&& value) {
   const std::size_t count = layout_->Count();
-  if (count < kInlineSlots && overflow_ == nullptr) {
-    inline_[count] = std::move(value);
-  } else {
-    SpillSlots();
-    overflow_->slots.push_back(std::move(value));
+  std::shared_ptr<MetaObject>* slots = inline_.data();
+  if (count == kInlineSlots || overflow_ != nullptr) {
+    slots = AddOuterSlot();
   }
-  std::shared_ptr<MetaObject>* const slots = Slots();
+  slots[count] = std::move(value);
   for (std::size_t place = count; place > position; --place) {
     slots[place].swap(slots[place - 1]);
   }
@@ -460,8 +478,8 @@ std::shared_ptr<MetaObject> MetaStruct::TakeSlot(std::size_t position) {
   return taken;
 }
 
-// Moves the values from the slots inside to as many outside, unless they stand there already.
-void MetaStruct::SpillSlots() {
+// Adds an empty slot outside; the values move there from inside unless they stand there already.
+std::shared_ptr<MetaObject>* MetaStruct::AddOuterSlot() {
   if (overflow_ == nullptr) {
     overflow_ = std::make_unique<Overflow>();
   }
@@ -472,6 +490,8 @@ void MetaStruct::SpillSlots() {
     const auto last = first + static_cast<std::ptrdiff_t>(layout_->Count());
     slots.assign(std::make_move_iterator(first), std::make_move_iterator(last));
   }
+  slots.emplace_back();
+  return slots.data();
 }
 
 void MetaStruct::UseOwnIndex() {
@@ -483,11 +503,11 @@ void MetaStruct::UseOwnIndex() {
   overflow_ = std::move(own);
   inline_.fill(nullptr);
   hasOwnIndex_ = true;
-  UseLayout(layout_->GetRoot().Detach());
+  UseLayout(layout_->GetRoot());
 }
 
-void MetaStruct::UseLayout(const FieldLayout* counted) {
-  LayoutRef::Attach(std::exchange(layout_, counted));
+void MetaStruct::UseLayout(LayoutRef&& layout) {
+  LayoutRef::Attach(std::exchange(layout_, layout.Detach()));
 }
 
 }  // namespace Kestrel::MetaObj

@@ -80,6 +80,32 @@ TEST(FieldLayoutTest, TellsWhereAFieldCameToStand) {
   EXPECT_EQ(first.layout.Get(), second.layout.Get());
 }
 
+TEST(FieldLayoutTest, KnowsTheStepsThatWereTaken) {
+  const LayoutRef layout = LayoutOf({"b", "d"});
+  EXPECT_EQ(layout->KnownStep(FieldName("c"), ""), nullptr);
+  {
+    const FieldLayout::Step taken = layout->With(FieldName("c"), "text");
+    const FieldLayout::Transition* const known = layout->KnownStep(FieldName("c"), "text");
+    ASSERT_NE(known, nullptr);
+    EXPECT_EQ(known->next, taken.layout.Get());
+    EXPECT_EQ(known->position, 1u);
+    EXPECT_EQ(layout->KnownStep(FieldName("c"), ""), nullptr);
+    EXPECT_EQ(layout->KnownStep(FieldName("b"), "text"), nullptr);
+  }
+  EXPECT_EQ(layout->KnownStep(FieldName("c"), "text"), nullptr);
+}
+
+TEST(FieldLayoutTest, KnowsTheNewestRoot) {
+  const LayoutRef one = FieldLayout::Root("One");
+  EXPECT_EQ(FieldLayout::NewestRoot("One").Get(), one.Get());
+  {
+    const LayoutRef two = FieldLayout::Root("Two");
+    EXPECT_FALSE(FieldLayout::NewestRoot("One"));
+    EXPECT_EQ(FieldLayout::NewestRoot("Two").Get(), two.Get());
+  }
+  EXPECT_FALSE(FieldLayout::NewestRoot("Two"));
+}
+
 TEST(FieldLayoutTest, FindsItsFields) {
   const LayoutRef layout = LayoutOf({"", "a", "ab", "abc"});
   EXPECT_EQ(layout->Find(FieldName("")), 0u);

@@ -396,6 +396,26 @@ TEST(MetaStructTest, RefusesANewFieldWhenLocked) {
   EXPECT_THAT(record->GetFieldNames(), ElementsAre("a"));
 }
 
+// Records that are built alike take a short way; it leads past no check.
+TEST(MetaStructTest, RefusesWhatItsLikeMayHave) {
+  const auto like = RecordOf({"a", "b"});
+  const auto bound = MetaStruct::New(RecordOf({"a"}));
+  bound->SetField("a", 1);
+  EXPECT_THAT([&] { bound->SetField("b", 1); },
+              ThrowsMessage<KestrelException>(
+                  "Unable to set new field b on structure.  The field does not match the "
+                  "Structure definition for this MetaStruct."));
+  bound->LockStructure();
+  EXPECT_THAT([&] { bound->SetField("b", 1); },
+              ThrowsMessage<KestrelException>(
+                  "Unable to set new field b on structure. Structure has been locked"));
+  EXPECT_THAT([&] { bound->SetField("b", nullptr); },
+              ThrowsMessage<KestrelException>(
+                  "Invalid NULL value was assigned to the field b in the structure Rec"));
+  EXPECT_THAT(bound->GetFieldNames(), ElementsAre("a"));
+  EXPECT_THAT(like->GetFieldNames(), ElementsAre("a", "b"));
+}
+
 TEST(MetaStructTest, SpeaksOfTheLockBeforeTheDefinition) {
   const auto record = MetaStruct::New(RecordOf({"a"}));
   record->LockStructure();

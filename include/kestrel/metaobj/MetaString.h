@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string_view>
+
 #include "kestrel/Export.h"
 #include "kestrel/metaobj/MetaObject.h"
 
@@ -11,6 +13,7 @@ class KESTREL_API MetaString : public MetaObject {
  public:
   /// For `New` alone, which can make the flag.
   MetaString(std::string&& value, FactoryFlag flag);
+  MetaString(std::string_view value, FactoryFlag flag);
 
   /// The shared empty string. The reference stays valid until the library is unloaded.
   static const std::shared_ptr<MetaString>& New();
@@ -40,6 +43,8 @@ class KESTREL_API MetaString : public MetaObject {
   static bool _sInitialized;
 
  private:
+  static std::shared_ptr<MetaString> Copy(std::string_view value);
+
   std::string value_;
 };
 

@@ -11,6 +11,7 @@ namespace Kestrel::MetaObj {
 
 class FieldLayout;
 class FieldName;
+class LayoutRef;
 class MetaBool;
 class MetaInt;
 class MetaString;
@@ -44,6 +45,7 @@ class KESTREL_API MetaStruct : public MetaObject {
   /// For `New` alone, which can make the flag.
   MetaStruct(const std::string& typeName, FactoryFlag flag);
   MetaStruct(const std::shared_ptr<MetaStruct>& definition, FactoryFlag flag);
+  MetaStruct(LayoutRef&& layout, FactoryFlag flag);
   ~MetaStruct() override;
 
   /// An empty, unlocked structure without definition.
@@ -162,16 +164,17 @@ class KESTREL_API MetaStruct : public MetaObject {
 
   static constexpr std::size_t kInlineSlots = 6;
 
+  static std::shared_ptr<MetaStruct> Make(std::string_view typeName);
+
   void Store(std::string_view name, std::shared_ptr<MetaObject>&& value,
              std::string_view documentation);
-  void CheckNewField(std::string_view name) const;
-  void Append(std::string_view name, std::shared_ptr<MetaObject>&& value,
-              std::string_view documentation);
-  void Replace(std::size_t position, std::shared_ptr<MetaObject>&& value,
-               std::string_view documentation);
+  void StoreSlowly(std::string_view name, std::shared_ptr<MetaObject>&& value,
+                   std::string_view documentation);
   void StoreOwn(std::string_view name, std::shared_ptr<MetaObject>&& value,
                 std::string_view documentation);
   void RemoveOwn(std::string_view name);
+  void CheckValue(std::string_view name, const std::shared_ptr<MetaObject>& value) const;
+  void CheckNewField(std::string_view name) const;
 
   const std::shared_ptr<MetaObject>* Find(const FieldName& name) const;
   const std::shared_ptr<MetaObject>* FindOwn(std::string_view name) const;
@@ -180,9 +183,9 @@ class KESTREL_API MetaStruct : public MetaObject {
   std::shared_ptr<MetaObject>* Slots();
   void InsertSlot(std::size_t position, std::shared_ptr<MetaObject>&& value);
   std::shared_ptr<MetaObject> TakeSlot(std::size_t position);
-  void SpillSlots();
+  std::shared_ptr<MetaObject>* AddOuterSlot();
   void UseOwnIndex();
-  void UseLayout(const FieldLayout* counted);
+  void UseLayout(LayoutRef&& layout);
 
   bool locked_ = false;
   bool hasOwnIndex_ = false;
