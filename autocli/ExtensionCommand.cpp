@@ -5,10 +5,12 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <optional>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "autocli/TemplateParts.h"
 #include "autocli/TemplateText.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/Util.h"
@@ -28,40 +30,51 @@ constexpr char kDoubleQuote = '"';
 
 std::string InDoubleQuotes(const std::string& text) { return kDoubleQuote + text + kDoubleQuote; }
 
-/// Puts the values of one parameter after another into a template.
+/// Puts the values of parameters into a template.
 class Substitution {
  public:
-  Substitution(const std::string& text, const Input& input, bool forStdin)
-      : text_(text), input_(input), forStdin_(forStdin) {}
+  Substitution(const Input& input, bool forStdin) : input_(input), forStdin_(forStdin) {}
 
-  void Apply(const std::string& name) {
-    ApplyValue(name);
-    text_.KeepConditionals(name);
-    ApplyList(name);
-    ApplyMultiList(name);
+  /// The template with the parameters of these names put in, one after the other.
+  TemplateText Apply(const std::string& text, const std::vector<std::string>& names) const {
+    const auto apply = [this](TemplateText& part, const std::string& name) { Apply(part, name); };
+    if (names.size() > 1) {
+      if (std::optional<TemplateText> done = ApplyInParts(text, names, apply)) {
+        return *std::move(done);
+      }
+    }
+    TemplateText whole(text);
+    for (const std::string& name : names) {
+      Apply(whole, name);
+    }
+    return whole;
   }
 
-  void Finish() { text_.RemoveConditionals(); }
-  const std::string& GetText() const { return text_.GetText(); }
-
  private:
-  void ApplyValue(const std::string& name) {
-    const std::optional<TemplateText::ValuePlace> place = text_.FindValue(name);
+  void Apply(TemplateText& text, const std::string& name) const {
+    ApplyValue(text, name);
+    text.KeepConditionals(name);
+    ApplyList(text, name);
+    ApplyMultiList(text, name);
+  }
+
+  void ApplyValue(TemplateText& text, const std::string& name) const {
+    const std::optional<TemplateText::ValuePlace> place = text.FindValue(name);
     if (!place.has_value()) {
       return;
     }
     const std::string& value = input_.GetParameter(name);
     if (forStdin_) {
-      text_.InsertValue(name, value);
+      text.InsertValue(name, value);
     } else if (*place == TemplateText::ValuePlace::InSingleQuotes) {
-      text_.InsertValue(name, ExtensionCommand::SanitizeChar(Carried(value), kSingleQuote));
+      text.InsertValue(name, ExtensionCommand::SanitizeChar(Carried(value), kSingleQuote));
     } else {
-      text_.InsertValue(name, ExtensionCommand::SanitizeInput(Carried(value)));
+      text.InsertValue(name, ExtensionCommand::SanitizeInput(Carried(value)));
     }
   }
 
-  void ApplyList(const std::string& name) {
-    const std::optional<TemplateText::ListForm> form = text_.FindList(name);
+  void ApplyList(TemplateText& text, const std::string& name) const {
+    const std::optional<TemplateText::ListForm> form = text.FindList(name);
     if (!form.has_value()) {
       return;
     }
@@ -69,11 +82,11 @@ class Substitution {
     if (!forStdin_) {
       value = ExtensionCommand::SanitizeInput(Carried(value));
     }
-    text_.InsertList(name, form->isQuoted ? InDoubleQuotes(value) : value);
+    text.InsertList(name, form->isQuoted ? InDoubleQuotes(value) : value);
   }
 
-  void ApplyMultiList(const std::string& name) {
-    const std::optional<TemplateText::MultiListForm> form = text_.FindMultiList(name);
+  void ApplyMultiList(TemplateText& text, const std::string& name) const {
+    const std::optional<TemplateText::MultiListForm> form = text.FindMultiList(name);
     if (!form.has_value()) {
       return;
     }
@@ -84,7 +97,7 @@ class Substitution {
       values.AppendTemplate(" ");
       values.AppendValue(ListItem(value, form->isQuoted));
     }
-    text_.InsertMultiList(name, values);
+    text.InsertMultiList(name, values);
   }
 
   std::string ListItem(const std::string& value, bool isQuoted) const {
@@ -118,7 +131,6 @@ class Substitution {
     return ExtensionCommand::SanitizeChar(value, '\0');
   }
 
-  TemplateText text_;
   const Input& input_;
   const bool forStdin_;
 };
@@ -237,14 +249,15 @@ std::string ExtensionCommand::SubstituteInput(const std::shared_ptr<Input>& inpu
     return text;
   }
   const Input& given = InputOrNone(input);
-  Substitution substitution(text, given, forStdin);
+  std::vector<std::string> names;
   for (const auto& parameter : GetInputSpecInternal()->GetParameters()) {
     if (given.HasParameter(parameter->GetName())) {
-      substitution.Apply(parameter->GetName());
+      names.push_back(parameter->GetName());
     }
   }
-  substitution.Finish();
-  return substitution.GetText();
+  TemplateText substituted = Substitution(given, forStdin).Apply(text, names);
+  substituted.RemoveConditionals();
+  return substituted.GetText();
 }
 
 std::string ExtensionCommand::SanitizeInput(const std::string& value) {

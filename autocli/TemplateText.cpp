@@ -229,8 +229,6 @@ std::vector<std::size_t> PairBraces(const MarkedText& text) {
   return pairs;
 }
 
-bool IsNameByte(char c) { return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-'; }
-
 /// The position of the comma behind a name that begins at `position`, or none.
 std::size_t CommaAfterName(const std::string& text, std::size_t position) {
   const std::size_t begin = position;

@@ -4,8 +4,14 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace Kestrel::AutoCli {
+
+/// Whether a parameter's name may hold the byte.
+inline bool IsNameByte(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-';
+}
 
 /// A text that remembers of each byte whether it came from a value. What a value holds is never
 /// read as a marker of the template language.
@@ -37,6 +43,7 @@ class MarkedText {
 class TemplateText {
  public:
   explicit TemplateText(std::string_view text) : text_(text) {}
+  explicit TemplateText(MarkedText text) : text_(std::move(text)) {}
 
   enum class ValuePlace { Bare, InSingleQuotes };
   /// Where the last `$val{name}` stands; nothing when there is none.
@@ -67,6 +74,7 @@ class TemplateText {
   void RemoveConditionals();
 
   const std::string& GetText() const { return text_.Bytes(); }
+  const MarkedText& GetMarkedText() const { return text_; }
 
  private:
   MarkedText text_;

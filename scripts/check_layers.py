@@ -39,7 +39,7 @@ LAYERS = [
     ("extend", "autocli",
      "Plugin PluginEntryPoint SharedObjectFile SharedLibraryPlugin InternalPlugin CommandList "
      "XmlUtil XmlDocument XmlNode XmlValue XmlValueReader LeadingInteger TemplateText "
-     "ExtensionCommand XmlPlugin"),
+     "TemplateParts ExtensionCommand XmlPlugin"),
     ("dispatch", "autocli", "Report PluginFiles Dispatcher CliDispatcher"),
 ]
 RANK = {name: rank for rank, (name, _, _) in enumerate(LAYERS)}

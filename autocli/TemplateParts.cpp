@@ -1,0 +1,165 @@
+// A part holds the markers of one parameter, and a parameter stands in one part alone. A cut stands
+// where no marker can run across and where no marker's neighbour is: outside of braces, behind a
+// blank or between two conditionals.
+//
+// Two things would still join what was cut: a marker that did not end within its part, and one that
+// the text of a parameter and its neighbours have grown into. Both leave an opening behind that
+// names a parameter; a text without any is the text that the whole template would have become.
+
+#include "autocli/TemplateParts.h"
+
+#include <cstddef>
+#include <unordered_map>
+#include <utility>
+
+namespace Kestrel::AutoCli {
+
+namespace {
+
+constexpr std::size_t kNoPart = std::string::npos;
+
+/// The name behind the opening of a marker that stands at `position`; empty when none does.
+std::string_view NameAt(std::string_view text, std::size_t position) {
+  for (const std::string_view opening : {"$val{", "$if{", "$list{", "$multilist{"}) {
+    if (text.compare(position, opening.size(), opening) == 0) {
+      text.remove_prefix(position + opening.size());
+      std::size_t length = 0;
+      while (length < text.size() && IsNameByte(text[length])) {
+        ++length;
+      }
+      return text.substr(0, length);
+    }
+  }
+  return {};
+}
+
+/// Whether a marker opens in the text for one of the parameters that `isMeant` names.
+template <typename IsMeant>
+bool HasOpening(const MarkedText& text, IsMeant isMeant) {
+  const std::string& bytes = text.Bytes();
+  for (std::size_t i = bytes.find('$'); i != std::string::npos; i = bytes.find('$', i + 1)) {
+    if (!text.IsFromValue(i) && isMeant(NameAt(bytes, i))) {
+      return true;
+    }
+  }
+  return false;
+}
+
+/// Tells where a text can be cut, while it is passed byte by byte.
+class CutFinder {
+ public:
+  explicit CutFinder(std::string_view text) : text_(text) {}
+
+  void Pass(std::size_t position) {
+    const char c = text_[position];
+    if (c == '{') {
+      isConditional_ = depth_ == 0 ? IsAt("$if{", position - 3) : isConditional_;
+      ++depth_;
+    } else if (c == '}' && depth_ > 0) {
+      --depth_;
+      if (depth_ == 0 && isConditional_ && IsAt("$if{", position + 1)) {
+        last_ = position + 1;
+      }
+    } else if (depth_ == 0 && (c == ' ' || c == '\n')) {
+      last_ = position + 1;
+    }
+  }
+
+  /// The last place for a cut; 0 when there was none.
+  std::size_t GetLast() const { return last_; }
+
+ private:
+  bool IsAt(std::string_view what, std::size_t position) const {
+    return position < text_.size() && text_.compare(position, what.size(), what) == 0;
+  }
+
+  const std::string_view text_;
+  std::size_t last_ = 0;
+  std::size_t depth_ = 0;
+  bool isConditional_ = false;  // whether the outermost open brace is that of a conditional
+};
+
+class TemplateParts {
+ public:
+  explicit TemplateParts(const std::vector<std::string>& names) {
+    for (const std::string& name : names) {
+      partOf_.emplace(name, kNoPart);
+    }
+  }
+
+  /// False when the text cannot be cut so that the parameters are apart.
+  bool Cut(std::string_view text) {
+    CutFinder cuts(text);
+    std::size_t begin = 0;
+    std::size_t lastMarker = 0;
+    auto owner = partOf_.end();
+    for (std::size_t i = 0; i < text.size(); ++i) {
+      const auto named = text[i] == '$' ? partOf_.find(NameAt(text, i)) : partOf_.end();
+      if (named != partOf_.end()) {
+        if (owner != partOf_.end() && named != owner) {
+          if (cuts.GetLast() <= lastMarker) {
+            return false;
+          }
+          parts_.emplace_back(text.substr(begin, cuts.GetLast() - begin));
+          begin = cuts.GetLast();
+        }
+        if (named != owner && named->second != kNoPart) {
+          return false;
+        }
+        owner = named;
+        owner->second = parts_.size();
+        lastMarker = i;
+      }
+      cuts.Pass(i);
+    }
+    parts_.emplace_back(text.substr(begin));
+    return true;
+  }
+
+  /// The part with the parameter's markers; null when it has none.
+  TemplateText* Find(const std::string& name) {
+    const std::size_t part = partOf_.at(name);
+    return part == kNoPart ? nullptr : &parts_[part];
+  }
+
+  /// All parts as one text. Nothing when a marker opens in it.
+  std::optional<TemplateText> Join() const {
+    MarkedText joined;
+    for (const TemplateText& part : parts_) {
+      joined.Append(part.GetMarkedText());
+    }
+    if (HasOpening(joined, [&](std::string_view name) { return partOf_.count(name) != 0; })) {
+      return std::nullopt;
+    }
+    return TemplateText(std::move(joined));
+  }
+
+ private:
+  std::unordered_map<std::string_view, std::size_t> partOf_;
+  std::vector<TemplateText> parts_;
+};
+
+}  // namespace
+
+std::optional<TemplateText> ApplyInParts(
+    std::string_view text, const std::vector<std::string>& names,
+    const std::function<void(TemplateText& part, const std::string& name)>& apply) {
+  TemplateParts parts(names);
+  if (!parts.Cut(text)) {
+    return std::nullopt;
+  }
+  for (const std::string& name : names) {
+    TemplateText* const part = parts.Find(name);
+    if (part == nullptr) {
+      continue;
+    }
+    apply(*part, name);
+    // Before the next one: that could find what this one would have taken from it.
+    if (HasOpening(part->GetMarkedText(), [&](std::string_view own) { return own == name; })) {
+      return std::nullopt;
+    }
+  }
+  return parts.Join();
+}
+
+}  // namespace Kestrel::AutoCli
