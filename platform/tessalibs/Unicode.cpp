@@ -1,4 +1,5 @@
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -50,8 +51,25 @@ Sequence SequenceOf(Byte lead) {
   return {0, 0, 0};
 }
 
-// The length of the valid sequence that the bytes begin with, 0 when they begin with none.
+// Most texts are ASCII, so that much is looked at at once.
+constexpr std::size_t kGroup = sizeof(std::uint64_t);
+constexpr std::uint64_t kHighBits = 0x8080808080808080;
+
+bool BeginsWithAsciiGroup(Bytes bytes) {
+  if (bytes.count < kGroup) {
+    return false;
+  }
+  std::uint64_t group = 0;
+  std::memcpy(&group, bytes.first, kGroup);
+  return (group & kHighBits) == 0;
+}
+
+// The length of a group of ASCII bytes or of the valid sequence that the bytes begin with, 0 when
+// they begin with neither.
 std::size_t ValidLength(Bytes bytes) {
+  if (BeginsWithAsciiGroup(bytes)) {
+    return kGroup;
+  }
   if (bytes.first[0] < 0x80) {
     return 1;
   }

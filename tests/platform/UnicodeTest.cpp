@@ -191,6 +191,22 @@ TEST(UnicodeTest, EscapesBadBytesAndLeavesTheRestAlone) {
   EXPECT_EQ(Escape("plain\ttext\x01\x7F"), "plain\ttext\x01\x7F");
 }
 
+TEST(UnicodeTest, FindsWhatIsNotAsciiAtEveryPlaceOfATextOfEveryLength) {
+  for (std::size_t size = 1; size < 40; ++size) {
+    for (std::size_t at = 0; at < size; ++at) {
+      const std::string before(at, '\x7F');
+      const std::string behind(size - at - 1, '\x01');
+      EXPECT_TRUE(IsValid(before + "x" + behind));
+      EXPECT_TRUE(IsValid(before + "\xC3\xBC" + behind));
+      EXPECT_EQ(Escape(before + "\xC3\xBC" + behind), before + "\xC3\xBC" + behind);
+      EXPECT_EQ(Escape(before + "\xFF" + behind), before + "\\xff" + behind);
+      for (const char* const bad : {"\x80", "\xC3", "\xFF"}) {
+        EXPECT_FALSE(IsValid(before + bad + behind)) << size << " bytes, bad at " << at;
+      }
+    }
+  }
+}
+
 TEST(UnicodeTest, EndsAtTheNulWhenNoLengthIsGiven) {
   const char bytes[] = "good\0\xFF";
   EXPECT_TRUE(Unicode_IsBufferValid(bytes, -1, 0));
