@@ -53,42 +53,39 @@ class JsonPrinter {
 
   explicit JsonPrinter(TextWriter& out) : out_(out) {}
 
-  void Bool(bool value, long /*level*/) { out_.Append(value ? "true" : "false"); }
-  void Int(long value, long /*level*/) { out_.AppendInt(value); }
-
-  void String(const std::string& value, long /*level*/) {
-    out_.Append('"');
-    out_.AppendEscaped(value, kJsonEscapes);
-    out_.Append('"');
+  void Bool(std::string_view before, bool value, long /*level*/) {
+    out_.AppendAll(before, std::string_view(value ? "true" : "false"));
+  }
+  void Int(std::string_view before, long value, long /*level*/) {
+    out_.AppendAll(before, Decimal{value});
+  }
+  void String(std::string_view before, const std::string& value, long /*level*/) {
+    out_.AppendAll(before, '"', Escaped{value, kJsonEscapes}, '"');
+  }
+  void Misread(std::string_view before, const MetaObject* value) {
+    out_.AppendAll(before, MisreadText(value, "Unknown data type"), '\n');
   }
 
-  void Misread(const MetaObject* value) {
-    out_.Append(MisreadText(value, "Unknown data type"));
-    out_.Append('\n');
+  void BeginStruct(std::string_view before, const MetaStruct& /*record*/, long level) {
+    Open(before, level, '{');
   }
-
-  void BeginStruct(const MetaStruct& /*record*/, long level) { Open(level, "{\n"); }
   void EndStruct(bool isEmpty, long level) { Close(isEmpty, level, '}'); }
 
-  void BeginList(const MetaList& /*list*/, long level) { Open(level, "[\n"); }
-  void BeginElement(bool isFirst, long level) {
-    out_.Append(isFirst ? "" : ", \n");
-    out_.Repeat(' ', IndentOf(level));
+  void BeginList(std::string_view before, const MetaList& /*list*/, long level) {
+    Open(before, level, '[');
   }
-
+  void BeginElement(bool isFirst, long level) {
+    out_.AppendAll(std::string_view(isFirst ? "" : ", \n"), Blanks{IndentOf(level)});
+  }
   void EndList(bool isEmpty, long level) { Close(isEmpty, level, ']'); }
 
  private:
-  void Open(long level, std::string_view bracket) {
-    out_.Append('\n');
-    out_.Repeat(' ', IndentOf(level));
-    out_.Append(bracket);
+  void Open(std::string_view before, long level, char bracket) {
+    out_.AppendAll(before, '\n', Blanks{IndentOf(level)}, bracket, '\n');
   }
 
   void Close(bool isEmpty, long level, char bracket) {
-    out_.Append(isEmpty ? "" : "\n");
-    out_.Repeat(' ', IndentOf(level));
-    out_.Append(bracket);
+    out_.AppendAll(std::string_view(isEmpty ? "" : "\n"), Blanks{IndentOf(level)}, bracket);
   }
 
   TextWriter& out_;

@@ -34,29 +34,39 @@ class PythonPrinter {
 
   explicit PythonPrinter(TextWriter& out) : out_(out) {}
 
-  void Bool(bool value, long /*level*/) { out_.Append(value ? "True" : "False"); }
-  void Int(long value, long /*level*/) { out_.AppendInt(value); }
-
-  void String(const std::string& value, long /*level*/) {
-    out_.Append("\"\"\"");
-    out_.AppendEscaped(value, kPythonEscapes);
-    out_.Append("\"\"\"");
+  void Bool(std::string_view before, bool value, long /*level*/) {
+    out_.AppendAll(before, std::string_view(value ? "True" : "False"));
   }
-
-  void Misread(const MetaObject* value) {
+  void Int(std::string_view before, long value, long /*level*/) {
+    out_.AppendAll(before, Decimal{value});
+  }
+  void String(std::string_view before, const std::string& value, long /*level*/) {
+    out_.AppendAll(before, "\"\"\"", Escaped{value, kPythonEscapes}, "\"\"\"");
+  }
+  void Misread(std::string_view before, const MetaObject* value) {
+    out_.Append(before);
     if (value == nullptr) {
       throw KestrelException("Invalid MetaObject passed to Format in PythonFormatter");
     }
-    out_.Append(MisreadText(value, "Unknown data type"));
-    out_.Append('\n');
+    out_.AppendAll(MisreadText(value, "Unknown data type"), '\n');
   }
 
-  void BeginStruct(const MetaStruct& /*record*/, long /*level*/) { out_.Append('{'); }
-  void EndStruct(bool isEmpty, long /*level*/) { out_.Append(isEmpty ? "}" : ", }"); }
+  void BeginStruct(std::string_view before, const MetaStruct& /*record*/, long /*level*/) {
+    out_.AppendAll(before, '{');
+  }
+  void EndStruct(bool isEmpty, long /*level*/) {
+    out_.Append(std::string_view(isEmpty ? "}" : ", }"));
+  }
 
-  void BeginList(const MetaList& /*list*/, long /*level*/) { out_.Append('['); }
-  void BeginElement(bool isFirst, long /*level*/) { out_.Append(isFirst ? "" : ", "); }
-  void EndList(bool isEmpty, long /*level*/) { out_.Append(isEmpty ? "]" : ", ]"); }
+  void BeginList(std::string_view before, const MetaList& /*list*/, long /*level*/) {
+    out_.AppendAll(before, '[');
+  }
+  void BeginElement(bool isFirst, long /*level*/) {
+    out_.Append(std::string_view(isFirst ? "" : ", "));
+  }
+  void EndList(bool isEmpty, long /*level*/) {
+    out_.Append(std::string_view(isEmpty ? "]" : ", ]"));
+  }
 
  private:
   TextWriter& out_;

@@ -18,12 +18,12 @@ TextWriter::~TextWriter() {
   }
 }
 
-void TextWriter::AppendEscaped(std::string_view text, const EscapeTable& table) {
-  while (!text.empty() && !failed_) {
-    const std::string_view part = text.substr(0, kEscapedAtOnce);
-    char* const place = Reserve((part.size() + 1) * EscapeTable::kMaxLength);
-    used_ = static_cast<std::size_t>(table.Escape(part, place) - buffer_);
-    text.remove_prefix(part.size());
+void TextWriter::AppendOne(const Escaped& escaped) {
+  std::string_view rest = escaped.text;
+  while (!rest.empty() && !failed_) {
+    const Escaped part{rest.substr(0, kEscapedAtOnce), escaped.table};
+    used_ = static_cast<std::size_t>(Put(part, Reserve(MostBytes(part))) - buffer_);
+    rest.remove_prefix(part.text.size());
   }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <charconv>
 #include <cstddef>
 #include <cstring>
@@ -9,6 +10,20 @@
 #include "autocli/EscapeTable.h"
 
 namespace Kestrel::AutoCli {
+
+/// What a writer makes text of, beside texts and bytes: so many blanks,
+struct Blanks {
+  std::size_t count;
+};
+/// a number in decimal, with a sign when it is negative,
+struct Decimal {
+  long value;
+};
+/// and a text with what the table has for each byte.
+struct Escaped {
+  std::string_view text;
+  const EscapeTable& table;
+};
 
 /// Composes text in one buffer and hands it to a stream in large pieces.
 ///
@@ -45,11 +60,17 @@ class TextWriter {
     used_ += text.size();
   }
 
-  /// The number in decimal, with a sign when it is negative.
-  void AppendInt(long value) {
-    char* const place = Reserve(kMaxIntLength);
-    used_ +=
-        static_cast<std::size_t>(std::to_chars(place, place + kMaxIntLength, value).ptr - place);
+  /// Texts, bytes, Blanks, Decimals and Escaped texts one behind the other, for the price of one:
+  /// whether there is room is asked once, and the place goes from one to the next in a register.
+  template <typename... Pieces>
+  void AppendAll(const Pieces&... pieces) {
+    if ((MostBytes(pieces) + ...) > kCapacity - used_) {
+      (AppendOne(pieces), ...);
+      return;
+    }
+    char* place = buffer_ + used_;
+    ((place = Put(pieces, place)), ...);
+    used_ = static_cast<std::size_t>(place - buffer_);
   }
 
   void Repeat(char byte, std::size_t count) {
@@ -77,9 +98,6 @@ class TextWriter {
     }
     Append(text);
   }
-
-  /// The text with what `table` has for each byte.
-  void AppendEscaped(std::string_view text, const EscapeTable& table);
 
   /// Hands on what was composed, without flushing the stream; the writer may go on.
   void HandOn();
@@ -123,6 +141,47 @@ class TextWriter {
     std::memcpy(to, first, Half);
     std::memcpy(to + size - Half, last, Half);
   }
+
+  /// How many bytes the piece takes at most; those of the slack may be overwritten besides.
+  static std::size_t MostBytes(char /*byte*/) { return 1; }
+  static std::size_t MostBytes(std::string_view text) { return text.size(); }
+  static std::size_t MostBytes(Blanks blanks) { return std::min(blanks.count, kCapacity + 1); }
+  static std::size_t MostBytes(Decimal /*number*/) { return kMaxIntLength; }
+  static std::size_t MostBytes(const Escaped& escaped) {
+    return escaped.text.size() * EscapeTable::kMaxLength;
+  }
+
+  /// Puts the piece to `place`, where there is room for it, and gives its end.
+  static char* Put(char byte, char* place) {
+    *place = byte;
+    return place + 1;
+  }
+  static char* Put(std::string_view text, char* place) {
+    Copy(place, text.data(), text.size());
+    return place + text.size();
+  }
+  static char* Put(Blanks blanks, char* place) {
+    if (blanks.count <= kSlack) {
+      std::memset(place, ' ', kSlack);
+    } else {
+      std::memset(place, ' ', blanks.count);
+    }
+    return place + blanks.count;
+  }
+  static char* Put(Decimal number, char* place) {
+    return std::to_chars(place, place + kMaxIntLength, number.value).ptr;
+  }
+  static char* Put(const Escaped& escaped, char* place) {
+    return escaped.table.Escape(escaped.text, place);
+  }
+
+  void AppendOne(char byte) { Append(byte); }
+  void AppendOne(std::string_view text) { Append(text); }
+  void AppendOne(Blanks blanks) { Repeat(' ', blanks.count); }
+  void AppendOne(Decimal number) {
+    used_ = static_cast<std::size_t>(Put(number, Reserve(kMaxIntLength)) - buffer_);
+  }
+  void AppendOne(const Escaped& escaped);
 
   /// A place for `count` bytes, at most kCapacity, behind the text.
   char* Reserve(std::size_t count) {

@@ -20,6 +20,8 @@ using MetaObj::MetaType;
 namespace {
 
 constexpr std::string_view kNamespaceUri = "urn:norvane:vexil:output:1.0";
+constexpr std::string_view kUnsupportedText =
+    "Error Only simple int, bool, string and struct output supported";
 constexpr long kRootLevel = 2;
 
 constexpr EscapeTable kXmlEscapes = EscapeTable()
@@ -61,65 +63,52 @@ class XmlPrinter {
 
   explicit XmlPrinter(TextWriter& out) : out_(out) {}
 
-  void Bool(bool value, long level) {
-    PrintLine(level, value ? "<boolean>true</boolean>" : "<boolean>false</boolean>");
+  void Bool(std::string_view before, bool value, long level) {
+    out_.AppendAll(
+        before, Blanks{IndentOf(level)},
+        std::string_view(value ? "<boolean>true</boolean>\n" : "<boolean>false</boolean>\n"));
   }
 
-  void Int(long value, long level) {
-    Begin(level, "<integer>");
-    out_.AppendInt(value);
-    out_.Append("</integer>\n");
+  void Int(std::string_view before, long value, long level) {
+    out_.AppendAll(before, Blanks{IndentOf(level)}, "<integer>", Decimal{value}, "</integer>\n");
   }
 
-  void String(const std::string& value, long level) {
-    Begin(level, "<string>");
-    out_.AppendEscaped(value, kXmlEscapes);
-    out_.Append("</string>\n");
+  void String(std::string_view before, const std::string& value, long level) {
+    out_.AppendAll(before, Blanks{IndentOf(level)}, "<string>", Escaped{value, kXmlEscapes},
+                   "</string>\n");
   }
 
-  void Misread(const MetaObject* value) {
-    if (value != nullptr && value->GetType() == MetaType::Bool) {
-      // A comment, as no other of these texts: scripts match them.
-      return PrintLine(0, "<!-- Error reading a bool -->");
-    }
-    PrintLine(
-        0, MisreadText(value, "Error Only simple int, bool, string and struct output supported"));
+  void Misread(std::string_view before, const MetaObject* value) {
+    // A comment, as no other of these texts: scripts match them.
+    const bool isBool = value != nullptr && value->GetType() == MetaType::Bool;
+    out_.AppendAll(before,
+                   isBool ? "<!-- Error reading a bool -->" : MisreadText(value, kUnsupportedText),
+                   '\n');
   }
 
-  void BeginStruct(const MetaStruct& record, long level) {
-    Begin(level, "<structure typeName=\"");
-    out_.AppendEscaped(record.GetTypeName(), kXmlEscapes);
-    out_.Append("\">\n");
+  void BeginStruct(std::string_view before, const MetaStruct& record, long level) {
+    out_.AppendAll(before, Blanks{IndentOf(level)}, "<structure typeName=\"",
+                   Escaped{record.GetTypeName(), kXmlEscapes}, "\">\n");
   }
 
   void EndStruct(bool isEmpty, long level) {
     if (!isEmpty) {
-      out_.Repeat(' ', IndentOf(level) + kIndentStep);
-      out_.Append("</field>\n");
+      out_.AppendAll(Blanks{IndentOf(level) + kIndentStep}, "</field>\n");
     }
-    PrintLine(level, "</structure>");
+    out_.AppendAll(Blanks{IndentOf(level)}, "</structure>\n");
   }
 
-  void BeginList(const MetaList& list, long level) {
-    Begin(level, "<list type=\"");
-    out_.Append(ListTypeWord(list.GetListType()));
-    out_.Append("\">\n");
+  void BeginList(std::string_view before, const MetaList& list, long level) {
+    out_.AppendAll(before, Blanks{IndentOf(level)}, "<list type=\"",
+                   ListTypeWord(list.GetListType()), "\">\n");
   }
 
   void BeginElement(bool /*isFirst*/, long /*level*/) {}
-  void EndList(bool /*isEmpty*/, long level) { PrintLine(level, "</list>"); }
+  void EndList(bool /*isEmpty*/, long level) {
+    out_.AppendAll(Blanks{IndentOf(level)}, "</list>\n");
+  }
 
  private:
-  void Begin(long level, std::string_view text) {
-    out_.Repeat(' ', IndentOf(level));
-    out_.Append(text);
-  }
-
-  void PrintLine(long level, std::string_view text) {
-    Begin(level, text);
-    out_.Append('\n');
-  }
-
   TextWriter& out_;
 };
 
@@ -131,11 +120,8 @@ void Print(const MetaObject* value, TextWriter& out, long level) {
 void PrintMetaData(const FormatParameters& params, TextWriter& out) {
   out.Append("   <meta-data>\n");
   for (const auto& [key, value] : params.GetParameters()) {
-    out.Append("      <meta-data-field name=\"");
-    out.AppendEscaped(key, kXmlEscapes);
-    out.Append("\" value=\"");
-    out.AppendEscaped(value, kXmlEscapes);
-    out.Append("\"/>\n");
+    out.AppendAll("      <meta-data-field name=\"", Escaped{key, kXmlEscapes}, "\" value=\"",
+                  Escaped{value, kXmlEscapes}, "\"/>\n");
   }
   out.Append("   </meta-data>\n");
 }
@@ -157,13 +143,10 @@ void XmlFormatter::Format(const std::shared_ptr<CallSpec::Output>& output,
   writer.Append("<?xml version=\"1.0\"?>\n");
   if (parameters.HasParameter("stylesheet")) {
     // Written as it is: whoever names the stylesheet answers for its characters.
-    writer.Append("<?xml-stylesheet type=\"text/xsl\" href=\"");
-    writer.Append(parameters.GetParameter("stylesheet"));
-    writer.Append("\"?>\n");
+    writer.AppendAll("<?xml-stylesheet type=\"text/xsl\" href=\"",
+                     parameters.GetParameter("stylesheet"), "\"?>\n");
   }
-  writer.Append("<output xmlns:vexil=\"");
-  writer.Append(kNamespaceUri);
-  writer.Append("\">\n");
+  writer.AppendAll("<output xmlns:vexil=\"", kNamespaceUri, "\">\n");
   PrintMetaData(parameters, writer);
   writer.Append("   <root>\n");
   Print(output->GetRootObject().get(), writer, kRootLevel);

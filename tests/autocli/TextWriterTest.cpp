@@ -33,9 +33,9 @@ TEST(TextWriterTest, AppendsTextsBytesAndNumbers) {
               writer.Append("text");
               writer.Append('\0');
               writer.Append("");
-              writer.AppendInt(0);
-              writer.AppendInt(LONG_MIN);
-              writer.AppendInt(LONG_MAX);
+              writer.AppendAll(Decimal{0});
+              writer.AppendAll(Decimal{LONG_MIN});
+              writer.AppendAll(Decimal{LONG_MAX});
             }),
             std::string("text\0", 5) + "0-92233720368547758089223372036854775807");
 }
@@ -90,13 +90,53 @@ TEST(TextWriterTest, TextsOfEverySizeCrossTheEndOfTheBuffer) {
       for (int i = 0; i < 40000 && expected.size() < 200000; ++i) {
         writer.Append(text);
         writer.Append('.');
-        writer.AppendInt(i);
+        writer.AppendAll(Decimal{i});
         writer.Repeat('_', 3);
         expected += text + "." + std::to_string(i) + "___";
       }
     });
     EXPECT_EQ(written, expected) << size;
   }
+}
+
+TEST(TextWriterTest, AppendsPiecesOneBehindTheOther) {
+  static constexpr EscapeTable kTable = EscapeTable().Set('<', "&lt;");
+  EXPECT_EQ(Write([](TextWriter& writer) {
+              writer.AppendAll("a", '\0', Blanks{0}, Decimal{LONG_MIN}, std::string("b"));
+              writer.AppendAll(Escaped{"<c", kTable}, Blanks{3}, Decimal{7}, "");
+              writer.AppendAll(Blanks{100});
+            }),
+            std::string("a\0-9223372036854775808b&lt;c   7", 32) + std::string(100, ' '));
+}
+
+TEST(TextWriterTest, PiecesOfEverySizeCrossTheEndOfTheBuffer) {
+  static constexpr EscapeTable kTable = EscapeTable().Set('<', "&lt;");
+  for (std::size_t start = 32768 - 150; start <= 32768; ++start) {
+    for (const std::size_t size : {0u, 1u, 31u, 32u, 33u, 70u}) {
+      const std::string head(start, 'h');
+      const std::string text(size, '<');
+      std::string escaped;
+      for (std::size_t i = 0; i < size; ++i) {
+        escaped += "&lt;";
+      }
+      ASSERT_EQ(Write([&](TextWriter& writer) {
+                  writer.Append(head);
+                  writer.AppendAll(text, '.', Blanks{size}, Decimal{-12345}, Escaped{text, kTable});
+                  writer.Append('.');
+                }),
+                head + text + "." + std::string(size, ' ') + "-12345" + escaped + ".")
+          << "start " << start << " size " << size;
+    }
+  }
+}
+
+TEST(TextWriterTest, PiecesLongerThanTheBufferAreWrittenWhole) {
+  static constexpr EscapeTable kTable = EscapeTable().Set('<', "&lt;");
+  const std::string text(40000, 'x');
+  EXPECT_EQ(Write([&](TextWriter& writer) {
+              writer.AppendAll("a", text, Escaped{text, kTable}, Blanks{70000}, Decimal{1});
+            }),
+            "a" + text + text + std::string(70000, ' ') + "1");
 }
 
 TEST(TextWriterTest, EscapesMarkedBytesAndCopiesTheRest) {
@@ -106,10 +146,10 @@ TEST(TextWriterTest, EscapesMarkedBytesAndCopiesTheRest) {
     return table;
   }();
   EXPECT_EQ(Write([](TextWriter& writer) {
-              writer.AppendEscaped("", kTable);
-              writer.AppendEscaped("plain", kTable);
-              writer.AppendEscaped("<a<<b\"", kTable);
-              writer.AppendEscaped(std::string_view("\0\xff\xfe", 3), kTable);
+              writer.AppendAll(Escaped{"", kTable});
+              writer.AppendAll(Escaped{"plain", kTable});
+              writer.AppendAll(Escaped{"<a<<b\"", kTable});
+              writer.AppendAll(Escaped{std::string_view("\0\xff\xfe", 3), kTable});
             }),
             "plain&lt;a&lt;&lt;b\\\"NUL\\u00ff7\xfe");
   EXPECT_EQ(kTable.Measure(""), 0u);
@@ -123,8 +163,9 @@ TEST(TextWriterTest, EscapesAtEveryPlaceOfATextOfAnyLength) {
     for (std::size_t at = 0; at < size; ++at) {
       const std::string before(at, 'a');
       const std::string behind(size - at - 1, 'b');
-      const std::string written =
-          Write([&](TextWriter& writer) { writer.AppendEscaped(before + "<" + behind, kTable); });
+      const std::string written = Write([&](TextWriter& writer) {
+        writer.AppendAll(Escaped{before + "<" + behind, kTable});
+      });
       EXPECT_EQ(written, before + "&lt;" + behind);
     }
   }
@@ -133,7 +174,7 @@ TEST(TextWriterTest, EscapesAtEveryPlaceOfATextOfAnyLength) {
 TEST(TextWriterTest, EscapesTextsLongerThanTheBuffer) {
   static constexpr EscapeTable kTable = EscapeTable().Set('x', "yyyyyyy");
   EXPECT_EQ(Write([](TextWriter& writer) {
-              writer.AppendEscaped(std::string(20000, 'x') + std::string(50000, 'z'), kTable);
+              writer.AppendAll(Escaped{std::string(20000, 'x') + std::string(50000, 'z'), kTable});
             }),
             std::string(140000, 'y') + std::string(50000, 'z'));
 }
@@ -142,7 +183,7 @@ TEST(TextWriterTest, IsBlindToTheStateOfTheStream) {
   std::ostringstream out;
   out << std::hex << std::showpos << std::setw(20) << std::setfill('*') << std::right;
   TextWriter writer(out);
-  writer.AppendInt(255);
+  writer.AppendAll(Decimal{255});
   writer.AppendLeft("a", 3);
   writer.Append('|');
   writer.Finish();
@@ -218,6 +259,7 @@ TEST(TextWriterTest, StopsWritingToAStreamThatFailed) {
     ++rows;
   }
   writer.Repeat('x', kUnlimited);
+  writer.AppendAll("x", Blanks{kUnlimited}, "y");
   writer.Append(std::string(100000, 'y'));
   writer.Finish();
   EXPECT_LT(rows, 10000u);

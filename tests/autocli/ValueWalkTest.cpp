@@ -6,6 +6,7 @@
 #include <ostream>
 #include <sstream>
 #include <string>
+#include <string_view>
 
 #include "autocli/TextWriter.h"
 #include "kestrel/metaobj/MetaBool.h"
@@ -40,25 +41,33 @@ class TracePrinter {
 
   explicit TracePrinter(TextWriter& out) : out_(out) {}
 
-  void Bool(bool value, long level) { Note(value ? "true" : "false", level); }
-  void Int(long value, long level) { Note(std::to_string(value), level); }
-  void String(const std::string& value, long level) { Note("'" + value + "'", level); }
-  void Misread(const MetaObject* value) { out_.Append(value == nullptr ? "null " : "misread "); }
-
-  void BeginStruct(const MetaStruct& record, long level) {
-    Note(record.GetTypeName() + "{", level);
+  void Bool(std::string_view before, bool value, long level) {
+    Note(before, value ? "true" : "false", level);
   }
-  void EndStruct(bool isEmpty, long level) { Note(isEmpty ? "}" : ";}", level); }
-  void BeginList(const MetaList&, long level) { Note("[", level); }
-  void BeginElement(bool isFirst, long level) { Note(isFirst ? "-" : ",-", level); }
-  void EndList(bool isEmpty, long level) { Note(isEmpty ? "]" : ",]", level); }
+  void Int(std::string_view before, long value, long level) {
+    Note(before, std::to_string(value), level);
+  }
+  void String(std::string_view before, const std::string& value, long level) {
+    Note(before, "'" + value + "'", level);
+  }
+  void Misread(std::string_view before, const MetaObject* value) {
+    out_.AppendAll(before, std::string(value == nullptr ? "null " : "misread "));
+  }
+
+  void BeginStruct(std::string_view before, const MetaStruct& record, long level) {
+    Note(before, record.GetTypeName() + "{", level);
+  }
+  void EndStruct(bool isEmpty, long level) { Note("", isEmpty ? "}" : ";}", level); }
+  void BeginList(std::string_view before, const MetaList&, long level) { Note(before, "[", level); }
+  void BeginElement(bool isFirst, long level) { Note("", isFirst ? "-" : ",-", level); }
+  void EndList(bool isEmpty, long level) { Note("", isEmpty ? "]" : ",]", level); }
 
   int notes = 0;
 
  private:
-  void Note(const std::string& text, long level) {
+  void Note(std::string_view before, const std::string& text, long level) {
     ++notes;
-    out_.Append(text + "@" + std::to_string(level) + " ");
+    out_.Append(std::string(before) + text + "@" + std::to_string(level) + " ");
   }
 
   TextWriter& out_;
