@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "autocli/TextWriter.h"
 #include "autocli/ValueView.h"
 
 namespace Kestrel::AutoCli {
@@ -31,24 +32,10 @@ class PlainText {
   /// The length of that text.
   std::size_t Measure(const MetaObj::MetaObject& value) {
     const auto* number = ViewAs<MetaObj::MetaInt>(&value);
-    return number == nullptr ? Of(value).size() : CountDigits(number->GetValue());
+    return number == nullptr ? Of(value).size() : TextWriter::Measure(Decimal{number->GetValue()});
   }
 
  private:
-  /// The digits of `number` and its sign.
-  static std::size_t CountDigits(long number) {
-    auto rest = static_cast<unsigned long>(number);
-    std::size_t count = 1;
-    if (number < 0) {
-      rest = 0 - rest;
-      ++count;
-    }
-    for (; rest >= 10000; rest /= 10000) {
-      count += 4;
-    }
-    return count + (rest >= 10 ? 1 : 0) + (rest >= 100 ? 1 : 0) + (rest >= 1000 ? 1 : 0);
-  }
-
   std::string_view PrintNumber(long number) {
     const char* const end = std::to_chars(digits_, digits_ + sizeof digits_, number).ptr;
     return {digits_, static_cast<std::size_t>(end - digits_)};

@@ -70,13 +70,20 @@ class Header {
 struct Plan {
   struct Line {
     FieldSlot field;
+    std::size_t slot;                   // where the structures of the layout hold it, if they do
     std::string label;                  // the first blanks, the name, padded, and ": "
     std::unique_ptr<FieldStyle> style;  // null when values are printed as they are
+
+    /// The field's value in a structure of the layout, null when that has no such field.
+    const std::shared_ptr<MetaObject>* FindInSlot(const MetaStruct& record) const {
+      return slot == MetaObj::FieldLayout::kNotFound ? nullptr
+                                                     : MetaObj::ValueAccess::Slots(record) + slot;
+    }
   };
 
   Plan(const MetaStruct& record, const FormatParameters& params);
 
-  MetaObj::LayoutRef layout;
+  MetaObj::LayoutRef layout;  // none of structures that share none
   Header header;
   std::vector<Line> lines;
 };
@@ -113,7 +120,8 @@ Plan::Plan(const MetaStruct& record, const FormatParameters& params)
       style = std::make_unique<FieldStyle>(record.GetTypeName(), name, params);
       style = style->IsPlain() ? nullptr : std::move(style);
     }
-    lines.push_back({FieldSlot(name), label + ": ", std::move(style)});
+    const std::size_t slot = layout ? layout->Find(name) : MetaObj::FieldLayout::kNotFound;
+    lines.push_back({FieldSlot(name), slot, label + ": ", std::move(style)});
   }
 }
 
@@ -122,25 +130,25 @@ class PlanCache {
  public:
   explicit PlanCache(const FormatParameters& params) : params_(params) {}
 
-  std::shared_ptr<Plan> Get(const MetaStruct& record) {
+  /// The plan for `record`; the reference is good until the next call.
+  const std::shared_ptr<Plan>& Get(const MetaStruct& record) {
     const MetaObj::FieldLayout* const layout = MetaObj::ValueAccess::Layout(record);
     if (layout == nullptr) {
-      return std::make_shared<Plan>(record, params_);
+      return single_ = std::make_shared<Plan>(record, params_);
     }
     for (const std::shared_ptr<Plan>& plan : plans_) {
       if (plan != nullptr && plan->layout.Get() == layout) {
         return plan;
       }
     }
-    std::shared_ptr<Plan>& place = plans_[next_++ % plans_.size()];
-    place = std::make_shared<Plan>(record, params_);
-    return place;
+    return plans_[next_++ % plans_.size()] = std::make_shared<Plan>(record, params_);
   }
 
  private:
   const FormatParameters& params_;
   std::array<std::shared_ptr<Plan>, 8> plans_;
   std::size_t next_ = 0;
+  std::shared_ptr<Plan> single_;
 };
 
 /// Prints a value and all that it holds, without recursion: values nest deeper than stacks. The
@@ -175,7 +183,7 @@ class Walk {
 
   void Run() {
     while (!open_.empty() && !writer_.HasFailed()) {
-      open_.back().plan == nullptr ? PrintElements() : PrintFields();
+      open_.back().plan == nullptr ? PrintElements() : GoOnWithFields();
     }
   }
 
@@ -197,23 +205,35 @@ class Walk {
     }
   }
 
-  void PrintLine(std::string_view text) {
-    writer_.Append(text);
-    writer_.Append('\n');
+  void PrintLine(std::string_view text) { writer_.AppendAll(text, '\n'); }
+
+  /// Prints a structure up to the field behind which more is to be opened. One without such a
+  /// field, as most are, is printed whole and needs no place on the stack.
+  void OpenStruct(const MetaStruct* record, long level) {
+    for (const MetaObject* inner = nullptr;; record = ViewAs<MetaStruct>(inner)) {
+      if (record == nullptr) {
+        return PrintLine(MisreadText(MetaType::Struct));
+      }
+      const std::shared_ptr<Plan>& plan = plans_.Get(*record);
+      PrintHeader(*plan, *record, level);
+      std::size_t next = 0;
+      inner = PrintFields(*record, *plan, level, next);
+      if (inner == nullptr) {
+        return;
+      }
+      open_.push_back({record, plan, level, next});
+      level += 2;
+      if (inner->GetType() == MetaType::List) {
+        return OpenList(ViewAs<MetaList>(inner), level);
+      }
+    }
   }
 
-  void OpenStruct(const MetaStruct* record, long level) {
-    if (record == nullptr) {
-      PrintLine(MisreadText(MetaType::Struct));
-      return;
+  void PrintHeader(Plan& plan, const MetaStruct& record, long level) {
+    const std::string_view header = plan.header.Of(record);
+    if (header != kNoHeader) {
+      writer_.AppendAll(Blanks{IndentOf(level)}, header, ":\n");
     }
-    std::shared_ptr<Plan> plan = plans_.Get(*record);
-    if (const std::string_view header = plan->header.Of(*record); header != kNoHeader) {
-      writer_.Repeat(' ', IndentOf(level));
-      writer_.Append(header);
-      writer_.Append(":\n");
-    }
-    open_.push_back({record, std::move(plan), level, 0});
   }
 
   void OpenList(const MetaList* list, long level) {
@@ -227,6 +247,9 @@ class Walk {
     }
     std::string_view separator;
     for (const auto& element : list->GetObjects()) {
+      if (writer_.HasFailed()) {
+        return;
+      }
       writer_.Append(separator);
       writer_.Append(plain_.Of(*element));
       separator = ", ";
@@ -234,10 +257,10 @@ class Walk {
     writer_.Append('\n');
   }
 
-  /// Prints elements until one of them was opened or none is left.
+  /// Prints elements until one of them is to be gone on with or none is left.
   void PrintElements() {
     const std::size_t depth = open_.size();
-    while (open_.size() == depth) {
+    while (open_.size() == depth && !writer_.HasFailed()) {
       Frame& frame = open_.back();
       const auto& elements = static_cast<const MetaList&>(*frame.value).GetObjects();
       writer_.Append('\n');
@@ -249,42 +272,65 @@ class Walk {
     }
   }
 
-  /// Prints fields until the value of one was opened or none is left.
-  void PrintFields() {
-    const std::size_t depth = open_.size();
-    Plan& plan = *open_.back().plan;
-    FieldFinder finder(static_cast<const MetaStruct&>(*open_.back().value));
-    const long level = open_.back().level;
-    const std::size_t indent = IndentOf(level);
-    for (std::size_t next = open_.back().next; next < plan.lines.size(); ++next) {
-      Plan::Line& line = plan.lines[next];
-      const auto* value = finder.Find(line.field);
-      if (value == nullptr) {
-        // The fields behind an unknown one are not printed.
-        writer_.Append("Error getting field ");
-        PrintLine(line.field.GetName());
-        break;
-      }
-      writer_.Repeat(' ', indent);
-      writer_.Append(line.label);
-      open_.back().next = next + 1;
-      PrintFieldValue(**value, line.style.get(), level + 2);
-      if (open_.size() != depth) {
-        return;
-      }
-    }
-    open_.pop_back();
+  void GoOnWithFields() {
+    Frame& frame = open_.back();
+    const long level = frame.level + 2;
+    const auto& record = static_cast<const MetaStruct&>(*frame.value);
+    const MetaObject* const inner = PrintFields(record, *frame.plan, frame.level, frame.next);
+    inner == nullptr ? open_.pop_back() : OpenValue(inner, level);
   }
 
-  void PrintFieldValue(const MetaObject& value, const FieldStyle* style, long level) {
-    switch (value.GetType()) {
-      case MetaType::Struct:
-        writer_.Append('\n');
-        return OpenStruct(ViewAs<MetaStruct>(&value), level);
-      case MetaType::List:
-        return OpenList(ViewAs<MetaList>(&value), level);
-      default:
-        return style == nullptr ? PrintLine(plain_.Of(value)) : PrintLine(style->MakeText(&value));
+  /// Prints fields from the line `next` on, up to the first that is a structure or a list, which
+  /// it gives, or to the end. The label of what it gives is printed.
+  const MetaObject* PrintFields(const MetaStruct& record, Plan& plan, long level,
+                                std::size_t& next) {
+    if (plan.layout) {
+      return PrintLines(plan, level, next, [&record, &plan](Plan::Line& line) {
+        // A value of a foreign class may change the structure as its text is made.
+        return MetaObj::ValueAccess::Layout(record) == plan.layout.Get() ? line.FindInSlot(record)
+                                                                         : line.field.Find(record);
+      });
+    }
+    FieldFinder finder(record);
+    return PrintLines(plan, level, next,
+                      [&finder](Plan::Line& line) { return finder.Find(line.field); });
+  }
+
+  template <typename Find>
+  const MetaObject* PrintLines(Plan& plan, long level, std::size_t& next, const Find& find) {
+    const Blanks indent{IndentOf(level)};
+    while (next < plan.lines.size() && !writer_.HasFailed()) {
+      Plan::Line& line = plan.lines[next++];
+      const std::shared_ptr<MetaObject>* const value = find(line);
+      if (value == nullptr) {
+        // The fields behind an unknown one are not printed.
+        writer_.AppendAll("Error getting field ", line.field.GetName(), '\n');
+        return nullptr;
+      }
+      switch ((*value)->GetType()) {
+        case MetaType::Struct:
+          writer_.AppendAll(indent, line.label, '\n');
+          return value->get();
+        case MetaType::List:
+          writer_.AppendAll(indent, line.label);
+          return value->get();
+        default:
+          PrintField(indent, line, **value);
+      }
+    }
+    return nullptr;
+  }
+
+  /// Prints a field whose value stands on its line.
+  void PrintField(Blanks indent, const Plan::Line& line, const MetaObject& value) {
+    if (line.style != nullptr || !MetaObj::ValueAccess::IsScalarClass(value)) {
+      // The label first: a value that throws when it is asked for its text leaves it behind.
+      writer_.AppendAll(indent, line.label);
+      PrintLine(line.style == nullptr ? value.ToString() : line.style->MakeText(&value));
+    } else if (const auto* const number = ViewAs<MetaObj::MetaInt>(&value)) {
+      writer_.AppendAll(indent, line.label, Decimal{number->GetValue()}, '\n');
+    } else {
+      writer_.AppendAll(indent, line.label, plain_.Of(value), '\n');
     }
   }
 

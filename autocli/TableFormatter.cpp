@@ -18,6 +18,7 @@
 
 namespace Kestrel::AutoCli {
 
+using MetaObj::MetaInt;
 using MetaObj::MetaList;
 using MetaObj::MetaObject;
 using MetaObj::MetaStruct;
@@ -25,7 +26,8 @@ using MetaObj::MetaType;
 
 namespace {
 
-constexpr std::size_t kGap = 2;  // blanks between two columns
+constexpr std::string_view kGapText = "  ";  // between two columns
+constexpr std::size_t kGap = kGapText.size();
 
 std::string Trim(const std::string& text) {
   static constexpr char kBlanks[] = " \t\f\v\n\r";
@@ -53,6 +55,9 @@ class FieldPath {
   }
 
   const std::string& GetText() const { return rest_ == nullptr ? first_.GetName() : rest_->path; }
+
+  /// Whether the path names a field of the structure itself.
+  bool IsOneName() const { return rest_ == nullptr; }
 
   /// The value at the end of the path. A step that names nothing is passed over, unless it is the
   /// last one: scripts rely on it. Nothing is found behind a value that is no structure.
@@ -88,6 +93,7 @@ struct Column {
   const std::string& GetName() const { return path.GetText(); }
 
   FieldPath path;
+  std::size_t slot = 0;    // where the rows of the layout at hand hold the field
   std::size_t width;       // the gap included
   bool isWrapped = false;  // fitted to the screen instead of padded
 };
@@ -154,19 +160,58 @@ class Table {
 
  private:
   bool MeasureRow(const MetaStruct& record) {
-    SelectStyles(record);
-    FieldFinder finder(record);
-    for (Column& column : columns_) {
-      const auto* value = column.path.Find(record, finder);
-      if (value == nullptr) {
-        writer_.Append("Error: Unknown field in field list: ");
-        writer_.Append(column.GetName());
-        writer_.Append('\n');
-        return false;
-      }
-      column.width = std::max(column.width, MeasureText(column, **value) + kGap);
+    const Column* const missing = ForEachCell(record, [this](Column& column, const auto& value) {
+      column.width = std::max(column.width, MeasureText(column, value) + kGap);
+    });
+    if (missing != nullptr) {
+      writer_.AppendAll("Error: Unknown field in field list: ", missing->GetName(), '\n');
     }
-    return true;
+    return missing == nullptr;
+  }
+
+  /// Gives each column with its value in the row to `use`, up to the first column that the row
+  /// lacks; gives that one, null when there is none.
+  template <typename Use>
+  const Column* ForEachCell(const MetaStruct& record, const Use& use) {
+    SelectStyles(record);
+    auto column = columns_.begin();
+    if (SelectSlots(record)) {
+      const std::shared_ptr<MetaObject>* const slots = MetaObj::ValueAccess::Slots(record);
+      // Not behind a value that may change the row as its text is made, as a foreign class may.
+      for (bool isSafe = true; isSafe && column != columns_.end(); ++column) {
+        const MetaObject& value = *slots[column->slot];
+        isSafe = MetaObj::ValueAccess::IsScalarClass(value);
+        use(*column, value);
+      }
+    }
+    if (column == columns_.end()) {
+      return nullptr;
+    }
+    FieldFinder finder(record);
+    for (; column != columns_.end(); ++column) {
+      const std::shared_ptr<MetaObject>* const value = column->path.Find(record, finder);
+      if (value == nullptr) {
+        return &*column;
+      }
+      use(*column, **value);
+    }
+    return nullptr;
+  }
+
+  /// Finds the columns' slots in the layout of `record`, once for rows of one layout; false when
+  /// not all columns are fields of it.
+  bool SelectSlots(const MetaStruct& record) {
+    const MetaObj::FieldLayout* const layout = MetaObj::ValueAccess::Layout(record);
+    if (layout == nullptr || layout == layout_.Get()) {
+      return layout != nullptr && hasSlots_;
+    }
+    // Owned, so that no other can come to stand at its address.
+    layout_ = MetaObj::LayoutRef(layout);
+    hasSlots_ = std::all_of(columns_.begin(), columns_.end(), [layout](Column& column) {
+      column.slot = layout->Find(column.GetName());
+      return column.slot != MetaObj::FieldLayout::kNotFound && column.path.IsOneName();
+    });
+    return hasSlots_;
   }
 
   /// Looks the columns' styles up for the type of `record`, once for rows of one type.
@@ -195,8 +240,7 @@ class Table {
     return style == nullptr ? plain_.Measure(value) : style->MakeText(&value).size();
   }
 
-  std::string_view MakeText(const Column& column, const MetaObject& value) {
-    const FieldStyle* const style = FindStyle(column);
+  std::string_view MakeText(const FieldStyle* style, const MetaObject& value) {
     if (style == nullptr) {
       return plain_.Of(value);
     }
@@ -245,16 +289,11 @@ class Table {
   }
 
   bool WriteRow(const MetaStruct& record) {
-    SelectStyles(record);
-    FieldFinder finder(record);
-    for (Column& column : columns_) {
-      const auto* value = column.path.Find(record, finder);
-      if (value == nullptr) {
-        writer_.Append("Unknown column ");
-        writer_.Append(column.GetName());
-        return false;
-      }
-      WriteCell(column, **value);
+    const Column* const missing = ForEachCell(
+        record, [this](Column& column, const auto& value) { WriteCell(column, value); });
+    if (missing != nullptr) {
+      writer_.AppendAll("Unknown column ", missing->GetName());
+      return false;
     }
     writer_.Append('\n');
     return true;
@@ -267,13 +306,28 @@ class Table {
       FitText(plain_.Of(value), rules, writer_);
       return;
     }
-    const std::string_view text = MakeText(column, value);
-    if (value.GetType() == MetaType::Int) {
-      writer_.AppendRight(text, column.width - kGap);
-      writer_.Repeat(' ', kGap);
-    } else {
-      writer_.AppendLeft(text, IsLast(column) ? 0 : column.width);
+    const FieldStyle* const style = FindStyle(column);
+    const auto* const number = style == nullptr ? ViewAs<MetaInt>(&value) : nullptr;
+    if (number != nullptr) {
+      // Not by way of its text: what was just written byte by byte is slow to read as a block.
+      return WriteNumber(column, Decimal{number->GetValue()});
     }
+    const std::string_view text = MakeText(style, value);
+    if (value.GetType() == MetaType::Int) {
+      writer_.AppendAll(Fill(column.width - kGap, text.size()), text, kGapText);
+    } else {
+      writer_.AppendAll(text, Fill(IsLast(column) ? 0 : column.width, text.size()));
+    }
+  }
+
+  void WriteNumber(const Column& column, Decimal number) {
+    const std::size_t size = TextWriter::Measure(number);
+    writer_.AppendAll(Fill(column.width - kGap, size), number, kGapText);
+  }
+
+  /// The blanks beside a text of that size; none when it is wider, as one may be that changed.
+  static Blanks Fill(std::size_t width, std::size_t size) {
+    return Blanks{width > size ? width - size : 0};
   }
 
   const MetaList& list_;
@@ -282,6 +336,8 @@ class Table {
   const bool isStyled_;
   TextWriter& writer_;
   std::vector<Column> columns_;
+  MetaObj::LayoutRef layout_;  // of the last row that had one
+  bool hasSlots_ = false;      // whether all columns are fields of that layout
   int wrapIndent_ = 0;
   std::string styledType_;
   std::vector<FieldStyle> styles_;  // one per column, when there are styles at all

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstddef>
 #include <cstring>
@@ -73,6 +74,17 @@ class TextWriter {
     used_ = static_cast<std::size_t>(place - buffer_);
   }
 
+  /// The length of the number's text, without making it.
+  static std::size_t Measure(Decimal number) {
+    const bool isNegative = number.value < 0;
+    const auto value = static_cast<unsigned long>(number.value);
+    const unsigned long rest = isNegative ? 0 - value : value;
+    // A number of n bits has n * log10(2) digits, or one more.
+    const int bits = 64 - __builtin_clzl(rest | 1);
+    const auto digits = static_cast<std::size_t>(bits * 1233 >> 12);
+    return digits + (rest >= kPowersOfTen[digits] ? 1 : 0) + (isNegative ? 1 : 0);
+  }
+
   void Repeat(char byte, std::size_t count) {
     if (count > kSlack || count > kCapacity - used_) {
       RepeatLong(byte, count);
@@ -91,14 +103,6 @@ class TextWriter {
     }
   }
 
-  /// The text behind blanks, `width` bytes in all; a longer text is not cut.
-  void AppendRight(std::string_view text, std::size_t width) {
-    if (text.size() < width) {
-      Repeat(' ', width - text.size());
-    }
-    Append(text);
-  }
-
   /// Hands on what was composed, without flushing the stream; the writer may go on.
   void HandOn();
 
@@ -113,6 +117,15 @@ class TextWriter {
   static constexpr std::size_t kSlack = 32;
   static constexpr std::size_t kMaxIntLength = 20;
   static constexpr std::size_t kEscapedAtOnce = 1024;
+
+  // The first is 0 instead of 1, so that 0 has a digit too.
+  static constexpr std::array<unsigned long, 20> kPowersOfTen = [] {
+    std::array<unsigned long, 20> powers{};
+    for (unsigned long power = 10, i = 1; i < powers.size(); ++i, power *= 10) {
+      powers[i] = power;
+    }
+    return powers;
+  }();
 
   /// As memcpy, but without a call for texts as short as names and numbers are.
   static void Copy(char* to, const char* from, std::size_t size) {

@@ -45,6 +45,12 @@ TEST(PlainTextTest, IsWhatToStringGivesForNumbersOfEveryLength) {
       ExpectToString(MetaInt::New(-number));
     }
   }
+  for (int bit = 0; bit < 63; ++bit) {
+    for (const long number : {(1L << bit) - 1, 1L << bit, (1L << bit) + 1}) {
+      ExpectToString(MetaInt::New(number));
+      ExpectToString(MetaInt::New(-number));
+    }
+  }
 }
 
 }  // namespace

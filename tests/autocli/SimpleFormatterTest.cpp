@@ -432,6 +432,18 @@ TEST(SimpleFormatterTest, FlushesOnceAtTheEnd) {
   EXPECT_EQ(buffer.GetFlushes(), 1);
 }
 
+TEST(SimpleFormatterTest, AFieldThatGoesWhileItIsPrintedIsUnknown) {
+  const auto row = MetaStruct::New("Row");
+  const std::weak_ptr<MetaStruct> weak = row;
+  row->SetField("a", std::make_shared<ActingValue>([weak] {
+                  weak.lock()->RemoveField("b");
+                  return std::string("text");
+                }));
+  row->SetField("b", "gone");
+  row->SetField("c", "left");
+  EXPECT_EQ(Print(row), "Row:\n   a: text\nError getting field b\n");
+}
+
 TEST(SimpleFormatterTest, WhatWasPrintedStaysWhenAnExceptionLeaves) {
   const auto record = MetaStruct::New("Row");
   record->SetField("a", "fine");

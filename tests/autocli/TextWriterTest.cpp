@@ -44,12 +44,10 @@ TEST(TextWriterTest, PadsToAWidthAndNeverCuts) {
   EXPECT_EQ(Write([](TextWriter& writer) {
               writer.AppendLeft("ab", 4);
               writer.Append('|');
-              writer.AppendRight("ab", 4);
-              writer.Append('|');
               writer.AppendLeft("abcd", 4);
-              writer.AppendRight("abcde", 4);
+              writer.AppendLeft("abcde", 4);
             }),
-            "ab  |  ab|abcdabcde");
+            "ab  |abcdabcde");
 }
 
 TEST(TextWriterTest, RepeatsAByte) {
