@@ -9,37 +9,14 @@
 #include <string>
 #include <vector>
 
-#include "kestrel/metaobj/MetaBool.h"
-#include "kestrel/metaobj/MetaInt.h"
-#include "kestrel/metaobj/MetaList.h"
-#include "kestrel/metaobj/MetaString.h"
-#include "kestrel/metaobj/MetaStruct.h"
-#include "support/SampleValues.h"
+#include "support/FormatterFixture.h"
 
 namespace Kestrel::AutoCli {
 namespace {
 
 using namespace ::Kestrel::Testing;  // NOLINT: helpers of these tests
-using MetaObj::MetaBool;
-using MetaObj::MetaInt;
-using MetaObj::MetaList;
-using MetaObj::MetaObject;
-using MetaObj::MetaString;
-using MetaObj::MetaStruct;
-using MetaObj::MetaType;
-using Parameters = std::initializer_list<std::pair<const char*, const char*>>;
 
-std::string Print(const std::shared_ptr<MetaObject>& root, Parameters parameters = {}) {
-  JsonFormatter formatter;
-  return FormatToText(formatter, root, parameters);
-}
-
-std::string PrintAt(int level, const std::shared_ptr<MetaObject>& value) {
-  JsonFormatter formatter;
-  std::ostringstream out;
-  formatter.Format(value, out, level);
-  return out.str();
-}
+class JsonFormatterTest : public FormatterFixture<JsonFormatter> {};
 
 std::shared_ptr<MetaList> MakeNumbers(const std::vector<long>& numbers) {
   auto list = MetaList::New(MetaType::Int);
@@ -47,14 +24,14 @@ std::shared_ptr<MetaList> MakeNumbers(const std::vector<long>& numbers) {
   return list;
 }
 
-TEST(JsonFormatterTest, DocumentsItself) {
+TEST_F(JsonFormatterTest, DocumentsItself) {
   const JsonFormatter formatter;
   EXPECT_EQ(formatter.GetName(), "json");
   EXPECT_EQ(formatter.GetDescription(), "Print the output as JSON.");
   EXPECT_TRUE(formatter.GetParams().empty());
 }
 
-TEST(JsonFormatterTest, PrintsAScalarOnALineOfItsOwn) {
+TEST_F(JsonFormatterTest, PrintsAScalarOnALineOfItsOwn) {
   EXPECT_EQ(Print(MetaBool::New(true)), "true\n");
   EXPECT_EQ(Print(MetaBool::New(false)), "false\n");
   EXPECT_EQ(Print(MetaInt::New(-5)), "-5\n");
@@ -62,12 +39,12 @@ TEST(JsonFormatterTest, PrintsAScalarOnALineOfItsOwn) {
   EXPECT_EQ(Print(MetaString::New("")), "\"\"\n");
 }
 
-TEST(JsonFormatterTest, PrintsTheLimitsOfIntegers) {
+TEST_F(JsonFormatterTest, PrintsTheLimitsOfIntegers) {
   EXPECT_EQ(Print(MetaInt::New(std::numeric_limits<long>::max())), "9223372036854775807\n");
   EXPECT_EQ(Print(MetaInt::New(std::numeric_limits<long>::min())), "-9223372036854775808\n");
 }
 
-TEST(JsonFormatterTest, EscapesATextByteByByte) {
+TEST_F(JsonFormatterTest, EscapesATextByteByByte) {
   EXPECT_EQ(Print(MetaString::New("a\tb\"c/d")), "\"a\\tb\\\"c\\/d\"\n");
   EXPECT_EQ(Print(MetaString::New("\\")), "\"\\\\\"\n");
   EXPECT_EQ(Print(MetaString::New("\b\t\n\f\r")), "\"\\b\\t\\n\\f\\r\"\n");
@@ -105,7 +82,7 @@ std::string EscapeByte(int byte) {
   return text;
 }
 
-TEST(JsonFormatterTest, EscapesEachOfAllBytes) {
+TEST_F(JsonFormatterTest, EscapesEachOfAllBytes) {
   for (int byte = 0; byte < 256; ++byte) {
     EXPECT_EQ(PrintAt(0, MetaString::New(std::string(2, static_cast<char>(byte)))),
               '"' + EscapeByte(byte) + EscapeByte(byte) + '"')
@@ -113,20 +90,20 @@ TEST(JsonFormatterTest, EscapesEachOfAllBytes) {
   }
 }
 
-TEST(JsonFormatterTest, PrintsAStructureBehindAnEmptyLine) {
+TEST_F(JsonFormatterTest, PrintsAStructureBehindAnEmptyLine) {
   const auto record = MetaStruct::New("Row");
   record->SetField("b", "x");
   record->SetField("a", 1);
   EXPECT_EQ(Print(record), "\n{\n   \"a\": 1,\n   \"b\": \"x\"\n}\n");
 }
 
-TEST(JsonFormatterTest, PrintsEmptyStructuresAndLists) {
+TEST_F(JsonFormatterTest, PrintsEmptyStructuresAndLists) {
   EXPECT_EQ(Print(MetaStruct::New("Empty")), "\n{\n}\n");
   EXPECT_EQ(Print(MetaList::New(MetaType::Int)), "\n[\n]\n");
   EXPECT_EQ(Print(MakeDisks({})), "\n[\n]\n");
 }
 
-TEST(JsonFormatterTest, PrintsAListOfScalarsALineEach) {
+TEST_F(JsonFormatterTest, PrintsAListOfScalarsALineEach) {
   EXPECT_EQ(Print(MakeNumbers({1, 2})), "\n[\n1, \n2\n]\n");
   const auto texts = MetaList::New(MetaType::String);
   texts->AddAll(std::vector<std::string>{"", "x/"});
@@ -136,7 +113,7 @@ TEST(JsonFormatterTest, PrintsAListOfScalarsALineEach) {
   EXPECT_EQ(Print(flags), "\n[\ntrue, \nfalse\n]\n");
 }
 
-TEST(JsonFormatterTest, PrintsStructuresOfAListBehindALineOfTheListsIndentation) {
+TEST_F(JsonFormatterTest, PrintsStructuresOfAListBehindALineOfTheListsIndentation) {
   EXPECT_EQ(Print(MakeDisks({{"a", 1}, {"b", 2}})),
             "\n"
             "[\n"
@@ -162,7 +139,7 @@ TEST(JsonFormatterTest, PrintsStructuresOfAListBehindALineOfTheListsIndentation)
             "   ]");
 }
 
-TEST(JsonFormatterTest, PrintsNestedValuesBehindTheNameOfTheirField) {
+TEST_F(JsonFormatterTest, PrintsNestedValuesBehindTheNameOfTheirField) {
   const auto inner = MetaStruct::New("Inner");
   inner->SetField("x", MakeNumbers({7, 8}));
   inner->SetField("y", MetaStruct::New("Empty"));
@@ -196,7 +173,7 @@ TEST(JsonFormatterTest, PrintsNestedValuesBehindTheNameOfTheirField) {
             "}\n");
 }
 
-TEST(JsonFormatterTest, IndentsThreeBlanksALevelAndNoneBelowLevelOne) {
+TEST_F(JsonFormatterTest, IndentsThreeBlanksALevelAndNoneBelowLevelOne) {
   const auto record = MetaStruct::New("Row");
   record->SetField("a", 1);
   EXPECT_EQ(PrintAt(2, record), "\n      {\n         \"a\": 1\n      }");
@@ -205,13 +182,13 @@ TEST(JsonFormatterTest, IndentsThreeBlanksALevelAndNoneBelowLevelOne) {
   EXPECT_EQ(PrintAt(2, MetaInt::New(1)), "1");
 }
 
-TEST(JsonFormatterTest, DoesNotEscapeFieldNames) {
+TEST_F(JsonFormatterTest, DoesNotEscapeFieldNames) {
   const auto record = MetaStruct::New("Row");
   record->SetField("a/b \"c\" \\ \xc3\xa4\n", 1);
   EXPECT_EQ(Print(record), "\n{\n   \"a/b \"c\" \\ \xc3\xa4\n\": 1\n}\n");
 }
 
-TEST(JsonFormatterTest, IgnoresAllParameters) {
+TEST_F(JsonFormatterTest, IgnoresAllParameters) {
   EXPECT_EQ(Print(MakeDisk("a", 1), {{"fields:Disk", "Name"},
                                      {"fields", "Name"},
                                      {"printf:Disk.Size", "%5ld"},
@@ -220,7 +197,7 @@ TEST(JsonFormatterTest, IgnoresAllParameters) {
             "\n{\n   \"Name\": \"a\",\n   \"Size\": 1\n}\n");
 }
 
-TEST(JsonFormatterTest, TellsOfAKindThatLies) {
+TEST_F(JsonFormatterTest, TellsOfAKindThatLies) {
   const auto print = [](MetaType type) { return PrintAt(2, std::make_shared<LyingValue>(type)); };
   EXPECT_EQ(print(MetaType::Bool), "Error reading a bool\n");
   EXPECT_EQ(print(MetaType::Int), "Error reading a int\n");
@@ -230,21 +207,18 @@ TEST(JsonFormatterTest, TellsOfAKindThatLies) {
   EXPECT_EQ(Print(std::make_shared<LyingValue>(MetaType::Int)), "Error reading a int\n\n");
 }
 
-TEST(JsonFormatterTest, TellsOfAnUnknownKindAndOfNull) {
+TEST_F(JsonFormatterTest, TellsOfAnUnknownKindAndOfNull) {
   EXPECT_EQ(PrintAt(2, std::make_shared<LyingValue>(static_cast<MetaType>(-1))),
             "Unknown data type\n");
   EXPECT_EQ(PrintAt(2, nullptr), "Unknown data type\n");
-  JsonFormatter formatter;
-  FormatParameters params;
-  DisplayContext display;
   std::ostringstream out;
   const auto output = CallSpec::Output::New();
-  formatter.Format(output, params, display, out);
+  Format(output, out);
   EXPECT_EQ(out.str(), "Unknown data type\n\n");
   EXPECT_FALSE(output->HasError());
 }
 
-TEST(JsonFormatterTest, GoesOnBehindABadFieldOrElement) {
+TEST_F(JsonFormatterTest, GoesOnBehindABadFieldOrElement) {
   const auto record = MetaStruct::New("Row");
   record->SetField("a", std::make_shared<LyingValue>(MetaType::Struct));
   record->SetField("b", 1);

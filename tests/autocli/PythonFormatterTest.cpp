@@ -10,47 +10,24 @@
 #include <vector>
 
 #include "kestrel/KestrelException.h"
-#include "kestrel/metaobj/MetaBool.h"
-#include "kestrel/metaobj/MetaInt.h"
-#include "kestrel/metaobj/MetaList.h"
-#include "kestrel/metaobj/MetaString.h"
-#include "kestrel/metaobj/MetaStruct.h"
-#include "support/SampleValues.h"
+#include "support/FormatterFixture.h"
 
 namespace Kestrel::AutoCli {
 namespace {
 
 using namespace ::Kestrel::Testing;  // NOLINT: helpers of these tests
-using MetaObj::MetaBool;
-using MetaObj::MetaInt;
-using MetaObj::MetaList;
-using MetaObj::MetaObject;
-using MetaObj::MetaString;
-using MetaObj::MetaStruct;
-using MetaObj::MetaType;
 using ::testing::ThrowsMessage;
-using Parameters = std::initializer_list<std::pair<const char*, const char*>>;
 
-std::string Print(const std::shared_ptr<MetaObject>& root, Parameters parameters = {}) {
-  PythonFormatter formatter;
-  return FormatToText(formatter, root, parameters);
-}
+class PythonFormatterTest : public FormatterFixture<PythonFormatter> {};
 
-std::string PrintAt(int level, const std::shared_ptr<MetaObject>& value) {
-  PythonFormatter formatter;
-  std::ostringstream out;
-  formatter.Format(value, out, level);
-  return out.str();
-}
-
-TEST(PythonFormatterTest, DocumentsItself) {
+TEST_F(PythonFormatterTest, DocumentsItself) {
   const PythonFormatter formatter;
   EXPECT_EQ(formatter.GetName(), "python");
   EXPECT_EQ(formatter.GetDescription(), "Print the output as Python syntax suitable for eval().");
   EXPECT_TRUE(formatter.GetParams().empty());
 }
 
-TEST(PythonFormatterTest, PrintsAScalarOnALineOfItsOwn) {
+TEST_F(PythonFormatterTest, PrintsAScalarOnALineOfItsOwn) {
   EXPECT_EQ(Print(MetaBool::New(true)), "True\n");
   EXPECT_EQ(Print(MetaBool::New(false)), "False\n");
   EXPECT_EQ(Print(MetaInt::New(-5)), "-5\n");
@@ -58,24 +35,24 @@ TEST(PythonFormatterTest, PrintsAScalarOnALineOfItsOwn) {
   EXPECT_EQ(Print(MetaString::New("")), "\"\"\"\"\"\"\n");
 }
 
-TEST(PythonFormatterTest, PrintsTheLimitsOfIntegers) {
+TEST_F(PythonFormatterTest, PrintsTheLimitsOfIntegers) {
   EXPECT_EQ(Print(MetaInt::New(std::numeric_limits<long>::max())), "9223372036854775807\n");
   EXPECT_EQ(Print(MetaInt::New(std::numeric_limits<long>::min())), "-9223372036854775808\n");
 }
 
-TEST(PythonFormatterTest, EscapesQuotesAndNewlinesInATextAndNothingElse) {
+TEST_F(PythonFormatterTest, EscapesQuotesAndNewlinesInATextAndNothingElse) {
   EXPECT_EQ(Print(MetaString::New("a\"\nb")), "\"\"\"a\\\"\\nb\"\"\"\n");
   EXPECT_EQ(Print(MetaString::New("a\"")), "\"\"\"a\\\"\"\"\"\n");
   EXPECT_EQ(Print(MetaString::New("\"\"\"")), "\"\"\"\\\"\\\"\\\"\"\"\"\n");
   EXPECT_EQ(Print(MetaString::New("'\\\r\t/\xc3\xa4\xff")), "\"\"\"'\\\r\t/\xc3\xa4\xff\"\"\"\n");
 }
 
-TEST(PythonFormatterTest, LeavesABackslashBeforeTheClosingQuotes) {
+TEST_F(PythonFormatterTest, LeavesABackslashBeforeTheClosingQuotes) {
   EXPECT_EQ(Print(MetaString::New("a\\")), "\"\"\"a\\\"\"\"\n");
   EXPECT_EQ(Print(MetaString::New("\\\"")), "\"\"\"\\\\\"\"\"\"\n");
 }
 
-TEST(PythonFormatterTest, LeavesAllOtherBytes) {
+TEST_F(PythonFormatterTest, LeavesAllOtherBytes) {
   for (int byte = 0; byte < 256; ++byte) {
     const std::string text(1, static_cast<char>(byte));
     const std::string expected = byte == '"' ? "\\\"" : byte == '\n' ? "\\n" : text;
@@ -83,14 +60,14 @@ TEST(PythonFormatterTest, LeavesAllOtherBytes) {
   }
 }
 
-TEST(PythonFormatterTest, PrintsAStructureWithASeparatorBehindEachField) {
+TEST_F(PythonFormatterTest, PrintsAStructureWithASeparatorBehindEachField) {
   const auto disk = MetaStruct::New("Disk");
   disk->SetField("Size", 512);
   disk->SetField("Name", "disk1");
   EXPECT_EQ(Print(disk), "{\"Name\": \"\"\"disk1\"\"\", \"Size\": 512, }\n");
 }
 
-TEST(PythonFormatterTest, PrintsAListWithASeparatorBehindEachElement) {
+TEST_F(PythonFormatterTest, PrintsAListWithASeparatorBehindEachElement) {
   const auto flags = MetaList::New(MetaType::Bool);
   flags->AddAll(std::vector<bool>{true, false});
   EXPECT_EQ(Print(flags), "[True, False, ]\n");
@@ -104,13 +81,13 @@ TEST(PythonFormatterTest, PrintsAListWithASeparatorBehindEachElement) {
             "[{\"Name\": \"\"\"disk1\"\"\", \"Size\": 512, }, ]\n");
 }
 
-TEST(PythonFormatterTest, PrintsEmptyStructuresAndLists) {
+TEST_F(PythonFormatterTest, PrintsEmptyStructuresAndLists) {
   EXPECT_EQ(Print(MetaStruct::New("Empty")), "{}\n");
   EXPECT_EQ(Print(MetaList::New(MetaType::Int)), "[]\n");
   EXPECT_EQ(Print(MakeDisks({})), "[]\n");
 }
 
-TEST(PythonFormatterTest, PrintsNestedValuesOnTheSameLine) {
+TEST_F(PythonFormatterTest, PrintsNestedValuesOnTheSameLine) {
   const auto inner = MetaStruct::New("Inner");
   inner->SetField("x", std::vector<long>{7, 8});
   inner->SetField("y", MetaStruct::New("Empty"));
@@ -123,20 +100,20 @@ TEST(PythonFormatterTest, PrintsNestedValuesOnTheSameLine) {
             "\"Size\": 2, }, ], \"inner\": {\"x\": [7, 8, ], \"y\": {}, }, \"last\": True, }\n");
 }
 
-TEST(PythonFormatterTest, TheLevelDoesNotChangeTheText) {
+TEST_F(PythonFormatterTest, TheLevelDoesNotChangeTheText) {
   const std::string text = PrintAt(2, MakeDisks({{"a", 1}}));
   EXPECT_EQ(text, "[{\"Name\": \"\"\"a\"\"\", \"Size\": 1, }, ]");
   EXPECT_EQ(PrintAt(-5, MakeDisks({{"a", 1}})), text);
   EXPECT_EQ(PrintAt(1000, MakeDisks({{"a", 1}})), text);
 }
 
-TEST(PythonFormatterTest, DoesNotEscapeFieldNames) {
+TEST_F(PythonFormatterTest, DoesNotEscapeFieldNames) {
   const auto record = MetaStruct::New("Row");
   record->SetField("a \"b\" \\ \xc3\xa4\n", 1);
   EXPECT_EQ(Print(record), "{\"a \"b\" \\ \xc3\xa4\n\": 1, }\n");
 }
 
-TEST(PythonFormatterTest, IgnoresAllParameters) {
+TEST_F(PythonFormatterTest, IgnoresAllParameters) {
   EXPECT_EQ(Print(MakeDisk("a", 1), {{"fields:Disk", "Name"},
                                      {"fields", "Name"},
                                      {"printf:Disk.Size", "%5ld"},
@@ -145,7 +122,7 @@ TEST(PythonFormatterTest, IgnoresAllParameters) {
             "{\"Name\": \"\"\"a\"\"\", \"Size\": 1, }\n");
 }
 
-TEST(PythonFormatterTest, TellsOfAKindThatLies) {
+TEST_F(PythonFormatterTest, TellsOfAKindThatLies) {
   const auto print = [](MetaType type) { return PrintAt(2, std::make_shared<LyingValue>(type)); };
   EXPECT_EQ(print(MetaType::Bool), "Error reading a bool\n");
   EXPECT_EQ(print(MetaType::Int), "Error reading a int\n");
@@ -156,7 +133,7 @@ TEST(PythonFormatterTest, TellsOfAKindThatLies) {
   EXPECT_EQ(Print(std::make_shared<LyingValue>(MetaType::Int)), "Error reading a int\n\n");
 }
 
-TEST(PythonFormatterTest, GoesOnBehindABadFieldOrElement) {
+TEST_F(PythonFormatterTest, GoesOnBehindABadFieldOrElement) {
   const auto record = MetaStruct::New("Row");
   record->SetField("a", std::make_shared<LyingValue>(MetaType::List));
   record->SetField("b", 1);
@@ -167,20 +144,16 @@ TEST(PythonFormatterTest, GoesOnBehindABadFieldOrElement) {
   EXPECT_EQ(Print(numbers), "[Error reading a int\n, 2, ]\n");
 }
 
-TEST(PythonFormatterTest, ThrowsForNull) {
+TEST_F(PythonFormatterTest, ThrowsForNull) {
   const char* const message = "Invalid MetaObject passed to Format in PythonFormatter";
   EXPECT_THAT([] { PrintAt(2, nullptr); }, ThrowsMessage<KestrelException>(message));
-  PythonFormatter formatter;
-  FormatParameters params;
-  DisplayContext display;
   std::ostringstream out;
   const auto output = CallSpec::Output::New();
-  EXPECT_THAT([&] { formatter.Format(output, params, display, out); },
-              ThrowsMessage<KestrelException>(message));
+  EXPECT_THAT([&] { Format(output, out); }, ThrowsMessage<KestrelException>(message));
   EXPECT_EQ(out.str(), "");
 }
 
-TEST(PythonFormatterTest, IsAllAsciiLooksAtTheHighBitOfEachByte) {
+TEST_F(PythonFormatterTest, IsAllAsciiLooksAtTheHighBitOfEachByte) {
   EXPECT_TRUE(PythonFormatter::IsAllAscii(""));
   for (int byte = 0; byte < 256; ++byte) {
     const std::string text = {'a', static_cast<char>(byte), 'b'};

@@ -13,53 +13,35 @@
 #include <vector>
 
 #include "kestrel/autocli/Util.h"
-#include "kestrel/metaobj/MetaBool.h"
-#include "kestrel/metaobj/MetaInt.h"
-#include "kestrel/metaobj/MetaList.h"
-#include "kestrel/metaobj/MetaString.h"
-#include "kestrel/metaobj/MetaStruct.h"
 #include "support/CountingBuffer.h"
+#include "support/FormatterFixture.h"
 #include "support/Golden.h"
 #include "support/LimitedBuffer.h"
-#include "support/SampleValues.h"
 
 namespace Kestrel::AutoCli {
 namespace {
 
 using namespace ::Kestrel::Testing;  // NOLINT: helpers of these tests
-using MetaObj::MetaBool;
-using MetaObj::MetaInt;
-using MetaObj::MetaList;
-using MetaObj::MetaObject;
-using MetaObj::MetaString;
-using MetaObj::MetaStruct;
-using MetaObj::MetaType;
 using ::testing::ThrowsMessage;
-using Parameters = std::initializer_list<std::pair<const char*, const char*>>;
 
-std::string Print(const std::shared_ptr<MetaObject>& root, Parameters parameters = {}) {
-  SimpleFormatter formatter;
-  return FormatToText(formatter, root, parameters);
-}
-
-std::string PrintAt(int level, const std::shared_ptr<MetaObject>& value) {
-  SimpleFormatter formatter;
-  FormatParameters params;
-  std::ostringstream out;
-  formatter.Format(value, params, out, level);
-  return out.str();
-}
-
-std::shared_ptr<MetaStruct> MakeRecord(
-    std::initializer_list<std::pair<const char*, const char*>> fields) {
-  auto record = MetaStruct::New("Row");
-  for (const auto& [name, value] : fields) {
-    record->SetField(name, value);
+class SimpleFormatterTest : public FormatterFixture<SimpleFormatter> {
+ protected:
+  static std::string PrintAt(int level, const std::shared_ptr<MetaObject>& value) {
+    SimpleFormatter formatter;
+    FormatParameters params;
+    std::ostringstream out;
+    formatter.Format(value, params, out, level);
+    return out.str();
   }
-  return record;
-}
 
-TEST(SimpleFormatterTest, DocumentsItself) {
+  static std::string PrintHeader(const char* header) {
+    const auto record = MakeRecord({{"Name", "disk1"}, {"Note", "%Name%"}, {"Size", "5"}});
+    const std::string text = Print(record, {{"header:Row", header}, {"fields", ""}});
+    return text.substr(0, text.size() - 2);
+  }
+};
+
+TEST_F(SimpleFormatterTest, DocumentsItself) {
   const SimpleFormatter formatter;
   EXPECT_EQ(formatter.GetName(), "simple");
   EXPECT_EQ(formatter.GetDescription(),
@@ -67,7 +49,7 @@ TEST(SimpleFormatterTest, DocumentsItself) {
             "formatter excels at printing structs and lists of structs.");
 }
 
-TEST(SimpleFormatterTest, DocumentsFiveParametersInOrder) {
+TEST_F(SimpleFormatterTest, DocumentsFiveParametersInOrder) {
   const SimpleFormatter formatter;
   const auto& params = formatter.GetParams();
   ASSERT_EQ(params.size(), 5u);
@@ -111,14 +93,14 @@ TEST(SimpleFormatterTest, DocumentsFiveParametersInOrder) {
   }
 }
 
-TEST(SimpleFormatterTest, IndentsThreeBlanksALevel) {
+TEST_F(SimpleFormatterTest, IndentsThreeBlanksALevel) {
   EXPECT_EQ(GetIndent(-1), "");
   EXPECT_EQ(GetIndent(0), "");
   EXPECT_EQ(GetIndent(1), "   ");
   EXPECT_EQ(GetIndent(4), "            ");
 }
 
-TEST(SimpleFormatterTest, PrintsAScalarOnALine) {
+TEST_F(SimpleFormatterTest, PrintsAScalarOnALine) {
   EXPECT_EQ(Print(MetaBool::New(true)), "true\n");
   EXPECT_EQ(Print(MetaBool::New(false)), "false\n");
   EXPECT_EQ(Print(MetaInt::New(-512)), "-512\n");
@@ -126,14 +108,14 @@ TEST(SimpleFormatterTest, PrintsAScalarOnALine) {
   EXPECT_EQ(Print(MetaString::New("")), "\n");
 }
 
-TEST(SimpleFormatterTest, IndentsNoScalar) { EXPECT_EQ(PrintAt(3, MetaInt::New(7)), "7\n"); }
+TEST_F(SimpleFormatterTest, IndentsNoScalar) { EXPECT_EQ(PrintAt(3, MetaInt::New(7)), "7\n"); }
 
-TEST(SimpleFormatterTest, PrintsNothingForNull) {
+TEST_F(SimpleFormatterTest, PrintsNothingForNull) {
   EXPECT_EQ(Print(nullptr), "");
   EXPECT_EQ(PrintAt(0, nullptr), "");
 }
 
-TEST(SimpleFormatterTest, TellsOfAKindThatLies) {
+TEST_F(SimpleFormatterTest, TellsOfAKindThatLies) {
   const auto print = [](MetaType type) { return Print(std::make_shared<LyingValue>(type)); };
   EXPECT_EQ(print(MetaType::Bool), "Error reading a bool\n");
   EXPECT_EQ(print(MetaType::Int), "Error reading a int\n");
@@ -143,7 +125,7 @@ TEST(SimpleFormatterTest, TellsOfAKindThatLies) {
   EXPECT_EQ(print(static_cast<MetaType>(5)), "");
 }
 
-TEST(SimpleFormatterTest, TellsOfAFieldWhoseKindLies) {
+TEST_F(SimpleFormatterTest, TellsOfAFieldWhoseKindLies) {
   const auto record = MetaStruct::New("Row");
   record->SetField("a", std::make_shared<LyingValue>(MetaType::Struct));
   record->SetField("b", std::make_shared<LyingValue>(MetaType::List));
@@ -157,7 +139,7 @@ TEST(SimpleFormatterTest, TellsOfAFieldWhoseKindLies) {
             "   d: a lie\n");
 }
 
-TEST(SimpleFormatterTest, TellsOfAStructureOrListThatIsNull) {
+TEST_F(SimpleFormatterTest, TellsOfAStructureOrListThatIsNull) {
   SimpleFormatter formatter;
   FormatParameters params;
   std::ostringstream out;
@@ -166,15 +148,15 @@ TEST(SimpleFormatterTest, TellsOfAStructureOrListThatIsNull) {
   EXPECT_EQ(out.str(), "Error reading a struct from output.\nError reading a List\n");
 }
 
-TEST(SimpleFormatterTest, PrintsAStructureAtLevelZeroWithoutEmptyLine) {
+TEST_F(SimpleFormatterTest, PrintsAStructureAtLevelZeroWithoutEmptyLine) {
   EXPECT_EQ(Print(MakeDisk("a", 10)), "Disk:\n   Name: a\n   Size: 10\n");
 }
 
-TEST(SimpleFormatterTest, PrintsAnEmptyStructureAsItsHeader) {
+TEST_F(SimpleFormatterTest, PrintsAnEmptyStructureAsItsHeader) {
   EXPECT_EQ(Print(MetaStruct::New("Empty")), "Empty:\n");
 }
 
-TEST(SimpleFormatterTest, PrintsAListOfStructuresBetweenEmptyLines) {
+TEST_F(SimpleFormatterTest, PrintsAListOfStructuresBetweenEmptyLines) {
   EXPECT_EQ(Print(MakeDisks({{"a", 10}, {"b", 20}})),
             "\n"
             "Disk:\n"
@@ -187,11 +169,11 @@ TEST(SimpleFormatterTest, PrintsAListOfStructuresBetweenEmptyLines) {
             "\n");
 }
 
-TEST(SimpleFormatterTest, PrintsAnEmptyListOfStructuresAsALineEnd) {
+TEST_F(SimpleFormatterTest, PrintsAnEmptyListOfStructuresAsALineEnd) {
   EXPECT_EQ(Print(MakeDisks({})), "\n");
 }
 
-TEST(SimpleFormatterTest, PrintsAListOfScalarsOnALine) {
+TEST_F(SimpleFormatterTest, PrintsAListOfScalarsOnALine) {
   const auto texts = MetaList::New(MetaType::String);
   EXPECT_EQ(Print(texts), "\n");
   texts->AddAll(std::vector<std::string>{"one", "", "two words"});
@@ -205,7 +187,7 @@ TEST(SimpleFormatterTest, PrintsAListOfScalarsOnALine) {
   EXPECT_EQ(PrintAt(5, flags), "true, false\n");
 }
 
-TEST(SimpleFormatterTest, IndentsNestedValues) {
+TEST_F(SimpleFormatterTest, IndentsNestedValues) {
   const auto inner = MakeRecord({{"x", "deep"}});
   const auto texts = MetaList::New(MetaType::String);
   texts->AddAll(std::vector<std::string>{"one", "two"});
@@ -228,7 +210,7 @@ TEST(SimpleFormatterTest, IndentsNestedValues) {
             "   value: true\n");
 }
 
-TEST(SimpleFormatterTest, PrintsAtTheLevelThatIsAskedFor) {
+TEST_F(SimpleFormatterTest, PrintsAtTheLevelThatIsAskedFor) {
   const std::string atTwo = "      Disk:\n         Name: a\n         Size: 1\n";
   EXPECT_EQ(PrintAt(2, MakeDisk("a", 1)), atTwo);
   EXPECT_EQ(PrintAt(1, MakeDisks({{"a", 1}})), "\n" + atTwo + "\n");
@@ -243,7 +225,7 @@ TEST(SimpleFormatterTest, PrintsAtTheLevelThatIsAskedFor) {
   EXPECT_EQ(out.str(), "\n" + atTwo + "\n");
 }
 
-TEST(SimpleFormatterTest, ChoosesAndOrdersFields) {
+TEST_F(SimpleFormatterTest, ChoosesAndOrdersFields) {
   const auto record = MakeRecord({{"a", "1"}, {"b", "2"}, {"c", "3"}});
   EXPECT_EQ(Print(record, {{"fields:Row", "c,a"}, {"fields", "b"}}), "Row:\n   c: 3\n   a: 1\n");
   EXPECT_EQ(Print(record, {{"fields", "b"}, {"fields:Other", "a"}}), "Row:\n   b: 2\n");
@@ -251,7 +233,7 @@ TEST(SimpleFormatterTest, ChoosesAndOrdersFields) {
   EXPECT_EQ(Print(record, {{"fields", "a,a,"}}), "Row:\n   a: 1\n   a: 1\n");
 }
 
-TEST(SimpleFormatterTest, TheBareListCountsForNestedStructuresToo) {
+TEST_F(SimpleFormatterTest, TheBareListCountsForNestedStructuresToo) {
   const auto record = MetaStruct::New("Outer");
   record->SetField("inner", MakeRecord({{"inner", "x"}, {"other", "y"}}));
   record->SetField("other", "z");
@@ -259,12 +241,12 @@ TEST(SimpleFormatterTest, TheBareListCountsForNestedStructuresToo) {
             "Outer:\n   inner: \n      Row:\n         inner: x\n");
 }
 
-TEST(SimpleFormatterTest, AnUnknownFieldEndsItsStructure) {
+TEST_F(SimpleFormatterTest, AnUnknownFieldEndsItsStructure) {
   EXPECT_EQ(Print(MakeDisk("a", 10), {{"fields:Disk", "Size,Nope,Name"}}),
             "Disk:\n   Size: 10\nError getting field Nope\n");
 }
 
-TEST(SimpleFormatterTest, AnUnknownFieldEndsItsOwnStructureOnly) {
+TEST_F(SimpleFormatterTest, AnUnknownFieldEndsItsOwnStructureOnly) {
   const auto record = MetaStruct::New("Outer");
   record->SetField("disk", MakeDisk("a", 1));
   record->SetField("last", "z");
@@ -274,26 +256,26 @@ TEST(SimpleFormatterTest, AnUnknownFieldEndsItsOwnStructureOnly) {
             "\nDisk:\nError getting field Nope\n\nDisk:\nError getting field Nope\n\n");
 }
 
-TEST(SimpleFormatterTest, DoesNotTrimFieldNames) {
+TEST_F(SimpleFormatterTest, DoesNotTrimFieldNames) {
   EXPECT_EQ(Print(MakeDisk("a", 1), {{"fields", "Name, Size"}}),
             "Disk:\n   Name: a\nError getting field  Size\n");
   EXPECT_EQ(Print(MakeDisk("a", 1), {{"fields", "Name,,Size"}}),
             "Disk:\n   Name: a\nError getting field \n");
 }
 
-TEST(SimpleFormatterTest, AlignsFieldsOnRequest) {
+TEST_F(SimpleFormatterTest, AlignsFieldsOnRequest) {
   const auto record = MakeRecord({{"a", "1"}, {"long-name", "2"}});
   EXPECT_EQ(Print(record, {{"align-fields", "true"}}), "Row:\n   a        : 1\n   long-name: 2\n");
   EXPECT_EQ(Print(record, {{"align-fields", "True"}}), "Row:\n   a: 1\n   long-name: 2\n");
   EXPECT_EQ(Print(record, {{"align-fields", ""}}), "Row:\n   a: 1\n   long-name: 2\n");
 }
 
-TEST(SimpleFormatterTest, AlignsToTheLongestNameOfTheListEvenIfUnknown) {
+TEST_F(SimpleFormatterTest, AlignsToTheLongestNameOfTheListEvenIfUnknown) {
   EXPECT_EQ(Print(MakeDisk("a", 1), {{"align-fields", "true"}, {"fields", "Name,no-such-field"}}),
             "Disk:\n   Name         : a\nError getting field no-such-field\n");
 }
 
-TEST(SimpleFormatterTest, AlignsBeforeNestedValuesToo) {
+TEST_F(SimpleFormatterTest, AlignsBeforeNestedValuesToo) {
   const auto record = MetaStruct::New("Outer");
   record->SetField("a", MakeRecord({{"x", "1"}}));
   record->SetField("list", std::vector<long>{1, 2});
@@ -301,7 +283,7 @@ TEST(SimpleFormatterTest, AlignsBeforeNestedValuesToo) {
             "Outer:\n   a   : \n      Row:\n         x: 1\n   list: 1, 2\n");
 }
 
-TEST(SimpleFormatterTest, TakesTheHeaderFromTheParameters) {
+TEST_F(SimpleFormatterTest, TakesTheHeaderFromTheParameters) {
   EXPECT_EQ(Print(MakeDisk("a", 1), {{"header:Disk", "A disk"}, {"fields", "Name"}}),
             "A disk:\n   Name: a\n");
   EXPECT_EQ(Print(MakeDisk("a", 1), {{"header:Row", "A row"}, {"header", "x"}, {"fields", "Name"}}),
@@ -309,7 +291,7 @@ TEST(SimpleFormatterTest, TakesTheHeaderFromTheParameters) {
   EXPECT_EQ(Print(MakeDisk("a", 1), {{"header:Disk", ""}, {"fields", "Name"}}), ":\n   Name: a\n");
 }
 
-TEST(SimpleFormatterTest, LeavesTheHeaderOutOnRequest) {
+TEST_F(SimpleFormatterTest, LeavesTheHeaderOutOnRequest) {
   EXPECT_EQ(Print(MakeDisk("a", 1), {{"header:Disk", "<NONE>"}}), "   Name: a\n   Size: 1\n");
   EXPECT_EQ(Print(MakeDisk("a", 1), {{"header:Disk", "<none>"}, {"fields", "Name"}}),
             "<none>:\n   Name: a\n");
@@ -317,30 +299,24 @@ TEST(SimpleFormatterTest, LeavesTheHeaderOutOnRequest) {
             "   Size: 1\n");
 }
 
-std::string PrintHeader(const char* header) {
-  const auto record = MakeRecord({{"Name", "disk1"}, {"Note", "%Name%"}, {"Size", "5"}});
-  const std::string text = Print(record, {{"header:Row", header}, {"fields", ""}});
-  return text.substr(0, text.size() - 2);
-}
-
-TEST(SimpleFormatterTest, PutsTheTextOfAFieldIntoTheHeader) {
+TEST_F(SimpleFormatterTest, PutsTheTextOfAFieldIntoTheHeader) {
   EXPECT_EQ(PrintHeader("Disk %Name% here"), "Disk disk1 here");
   EXPECT_EQ(PrintHeader("%Name%"), "disk1");
 }
 
-TEST(SimpleFormatterTest, PutsInTheLastOfSeveralMarkers) {
+TEST_F(SimpleFormatterTest, PutsInTheLastOfSeveralMarkers) {
   EXPECT_EQ(PrintHeader("%Name% of %Size%"), "%Name% of 5");
 }
 
-TEST(SimpleFormatterTest, PutsInEveryOccurrenceOfTheMarker) {
+TEST_F(SimpleFormatterTest, PutsInEveryOccurrenceOfTheMarker) {
   EXPECT_EQ(PrintHeader("%Size% %Name% %Size%"), "5 %Name% 5");
 }
 
-TEST(SimpleFormatterTest, DoesNotLookIntoTheTextThatItPutIn) {
+TEST_F(SimpleFormatterTest, DoesNotLookIntoTheTextThatItPutIn) {
   EXPECT_EQ(PrintHeader("%Note%%Note%"), "%Name%%Name%");
 }
 
-TEST(SimpleFormatterTest, LeavesAHeaderWithoutSuchAFieldAsItIs) {
+TEST_F(SimpleFormatterTest, LeavesAHeaderWithoutSuchAFieldAsItIs) {
   EXPECT_EQ(PrintHeader("%Nope%"), "%Nope%");
   EXPECT_EQ(PrintHeader("%Name% 100%"), "%Name% 100%");
   EXPECT_EQ(PrintHeader("100% sure"), "100% sure");
@@ -348,7 +324,7 @@ TEST(SimpleFormatterTest, LeavesAHeaderWithoutSuchAFieldAsItIs) {
   EXPECT_EQ(PrintHeader("%name%"), "%name%");
 }
 
-TEST(SimpleFormatterTest, PutsEveryKindOfFieldIntoTheHeader) {
+TEST_F(SimpleFormatterTest, PutsEveryKindOfFieldIntoTheHeader) {
   const auto record = MetaStruct::New("Row");
   record->SetField("flag", true);
   record->SetField("list", std::vector<long>{1, 2});
@@ -361,13 +337,13 @@ TEST(SimpleFormatterTest, PutsEveryKindOfFieldIntoTheHeader) {
   EXPECT_EQ(print("%record%"), "{'Name' => 'a', 'Size' => '1', }:\n");
 }
 
-TEST(SimpleFormatterTest, FillsTheHeaderAnewForEachElement) {
+TEST_F(SimpleFormatterTest, FillsTheHeaderAnewForEachElement) {
   EXPECT_EQ(
       Print(MakeDisks({{"a", 1}, {"b", 2}}), {{"header:Disk", "Disk %Name%"}, {"fields", "Size"}}),
       "\nDisk a:\n   Size: 1\n\nDisk b:\n   Size: 2\n\n");
 }
 
-TEST(SimpleFormatterTest, AppliesUnitsAndFormatsToScalarFields) {
+TEST_F(SimpleFormatterTest, AppliesUnitsAndFormatsToScalarFields) {
   EXPECT_EQ(Print(MakeDisk("a", 512), {{"units:Disk.Size", "Mb"}, {"printf:Disk.Name", "<%s>"}}),
             "Disk:\n   Name: <a>\n   Size: 512 Mb\n");
   EXPECT_EQ(
@@ -376,7 +352,7 @@ TEST(SimpleFormatterTest, AppliesUnitsAndFormatsToScalarFields) {
       "format field: Invalid argument\n");
 }
 
-TEST(SimpleFormatterTest, AppliesNoUnitsToStructuresAndLists) {
+TEST_F(SimpleFormatterTest, AppliesNoUnitsToStructuresAndLists) {
   const auto record = MetaStruct::New("Outer");
   record->SetField("list", std::vector<long>{1, 2});
   record->SetField("record", MakeRecord({{"x", "1"}}));
@@ -384,7 +360,7 @@ TEST(SimpleFormatterTest, AppliesNoUnitsToStructuresAndLists) {
             "Outer:\n   list: 1, 2\n   record: \n      Row:\n         x: 1\n");
 }
 
-TEST(SimpleFormatterTest, LooksUnitsUpByTheTypeOfEachElement) {
+TEST_F(SimpleFormatterTest, LooksUnitsUpByTheTypeOfEachElement) {
   const auto list = MakeDisks({{"a", 1}});
   const auto other = MetaStruct::New("Floppy");
   other->SetField("Name", "b");
@@ -397,7 +373,7 @@ TEST(SimpleFormatterTest, LooksUnitsUpByTheTypeOfEachElement) {
             "\nDisk:\n   Name: c\n   Size: 3 MB\n\n");
 }
 
-TEST(SimpleFormatterTest, PrintsStructuresOfManyShapesInTurn) {
+TEST_F(SimpleFormatterTest, PrintsStructuresOfManyShapesInTurn) {
   const auto outer = MetaStruct::New("Outer");
   std::string expected = "Outer:\n";
   for (int i = 0; i < 30; ++i) {
@@ -411,28 +387,22 @@ TEST(SimpleFormatterTest, PrintsStructuresOfManyShapesInTurn) {
   EXPECT_EQ(Print(outer), expected);
 }
 
-TEST(SimpleFormatterTest, IsBlindToTheStateOfTheStream) {
-  SimpleFormatter formatter;
-  FormatParameters params = MakeParameters({{"align-fields", "true"}});
-  DisplayContext display;
+TEST_F(SimpleFormatterTest, IsBlindToTheStateOfTheStream) {
   std::ostringstream out;
   out << std::hex << std::showpos << std::setw(20) << std::setfill('*') << std::right;
-  formatter.Format(MakeOutput(MakeDisk("a", 255)), params, display, out);
+  Format(MakeOutput(MakeDisk("a", 255)), out, {{"align-fields", "true"}});
   EXPECT_EQ(out.str(), "Disk:\n   Name: a\n   Size: 255\n");
   EXPECT_EQ(out.flags() & std::ios_base::adjustfield, std::ios_base::right);
 }
 
-TEST(SimpleFormatterTest, FlushesOnceAtTheEnd) {
+TEST_F(SimpleFormatterTest, FlushesOnceAtTheEnd) {
   LimitedBuffer buffer(1000000);
   std::ostream out(&buffer);
-  SimpleFormatter formatter;
-  FormatParameters params;
-  DisplayContext display;
-  formatter.Format(MakeOutput(MakeMounts()), params, display, out);
+  Format(MakeOutput(MakeMounts()), out);
   EXPECT_EQ(buffer.GetFlushes(), 1);
 }
 
-TEST(SimpleFormatterTest, AFieldThatGoesWhileItIsPrintedIsUnknown) {
+TEST_F(SimpleFormatterTest, AFieldThatGoesWhileItIsPrintedIsUnknown) {
   const auto row = MetaStruct::New("Row");
   const std::weak_ptr<MetaStruct> weak = row;
   row->SetField("a", std::make_shared<ActingValue>([weak] {
@@ -444,7 +414,7 @@ TEST(SimpleFormatterTest, AFieldThatGoesWhileItIsPrintedIsUnknown) {
   EXPECT_EQ(Print(row), "Row:\n   a: text\nError getting field b\n");
 }
 
-TEST(SimpleFormatterTest, WhatWasPrintedStaysWhenAnExceptionLeaves) {
+TEST_F(SimpleFormatterTest, WhatWasPrintedStaysWhenAnExceptionLeaves) {
   const auto record = MetaStruct::New("Row");
   record->SetField("a", "fine");
   record->SetField("b", std::make_shared<ActingValue>(
@@ -457,7 +427,7 @@ TEST(SimpleFormatterTest, WhatWasPrintedStaysWhenAnExceptionLeaves) {
   EXPECT_EQ(out.str(), "Row:\n   a: fine\n   b: ");
 }
 
-TEST(SimpleFormatterTest, EndsSoonWhenTheStreamFails) {
+TEST_F(SimpleFormatterTest, EndsSoonWhenTheStreamFails) {
   int asked = 0;
   const auto row = MetaStruct::New("Row");
   row->SetField("a", std::make_shared<ActingValue>([&asked] {
@@ -470,16 +440,13 @@ TEST(SimpleFormatterTest, EndsSoonWhenTheStreamFails) {
   }
   LimitedBuffer buffer(1000);
   std::ostream out(&buffer);
-  SimpleFormatter formatter;
-  FormatParameters params;
-  DisplayContext display;
-  formatter.Format(MakeOutput(list), params, display, out);
+  Format(MakeOutput(list), out);
   EXPECT_TRUE(out.bad());
   EXPECT_EQ(buffer.GetText().size(), 1000u);
   EXPECT_LT(asked, 1000);
 }
 
-TEST(SimpleFormatterTest, PrintsAMillionElements) {
+TEST_F(SimpleFormatterTest, PrintsAMillionElements) {
   const auto disk = MakeDisk("a", 5);
   const auto list = MakeList({disk});
   list->Reserve(1000000);
@@ -492,7 +459,7 @@ TEST(SimpleFormatterTest, PrintsAMillionElements) {
   EXPECT_EQ(text.substr(text.size() - row.size() - 1), row + "\n");
 }
 
-TEST(SimpleFormatterTest, PrintsAMillionScalars) {
+TEST_F(SimpleFormatterTest, PrintsAMillionScalars) {
   const auto list = MetaList::New(MetaType::Int);
   for (int i = 0; i < 1000000; ++i) {
     list->Add(7);
@@ -500,7 +467,7 @@ TEST(SimpleFormatterTest, PrintsAMillionScalars) {
   EXPECT_EQ(Print(list).size(), 3u * 1000000 - 2 + 1);
 }
 
-TEST(SimpleFormatterTest, PrintsAStructureOfAHundredThousandFields) {
+TEST_F(SimpleFormatterTest, PrintsAStructureOfAHundredThousandFields) {
   const auto record = MetaStruct::New("Row");
   for (int i = 0; i < 100000; ++i) {
     record->SetField("f" + std::to_string(i), i);
@@ -510,7 +477,7 @@ TEST(SimpleFormatterTest, PrintsAStructureOfAHundredThousandFields) {
   EXPECT_EQ(text.substr(0, 41), "Row:\n   f0    : 0\n   f1    : 1\n   f10   :");
 }
 
-TEST(SimpleFormatterTest, FindsTheFieldsOfALargeStructureInAnyOrder) {
+TEST_F(SimpleFormatterTest, FindsTheFieldsOfALargeStructureInAnyOrder) {
   const auto record = MetaStruct::New("Row");
   for (int i = 100; i < 300; ++i) {
     record->SetField("f" + std::to_string(i), i);
@@ -529,7 +496,7 @@ TEST(SimpleFormatterTest, FindsTheFieldsOfALargeStructureInAnyOrder) {
             "Error getting field nope\n");
 }
 
-TEST(SimpleFormatterTest, PrintsNamesAndValuesOfAHundredThousandBytes) {
+TEST_F(SimpleFormatterTest, PrintsNamesAndValuesOfAHundredThousandBytes) {
   const std::string name(100000, 'n');
   const std::string value(100000, 'v');
   const auto record = MetaStruct::New("Row");
@@ -537,19 +504,16 @@ TEST(SimpleFormatterTest, PrintsNamesAndValuesOfAHundredThousandBytes) {
   EXPECT_EQ(Print(record), "Row:\n   " + name + ": " + value + "\n");
 }
 
-TEST(SimpleFormatterTest, PrintsStructuresNestedTenThousandDeep) {
+TEST_F(SimpleFormatterTest, PrintsStructuresNestedTenThousandDeep) {
   CountingBuffer buffer;
   std::ostream out(&buffer);
-  SimpleFormatter formatter;
-  FormatParameters params;
-  DisplayContext display;
-  formatter.Format(MakeOutput(MakeNested(10000)), params, display, out);
+  Format(MakeOutput(MakeNested(10000)), out);
   EXPECT_EQ(buffer.lines, 3u * 10000 - 1);
   // Each level is indented by six blanks more than the one around it.
   EXPECT_GT(buffer.bytes, 6u * 10000 * 9999 / 2 * 3);
 }
 
-TEST(SimpleFormatterTest, PrintsMounts) {
+TEST_F(SimpleFormatterTest, PrintsMounts) {
   EXPECT_THAT(Print(MakeMounts()), MatchesGolden("simple/mounts"));
   EXPECT_THAT(Print(MakeMounts(), {{"align-fields", "true"},
                                    {"header:Mount", "%Device%"},
@@ -560,7 +524,7 @@ TEST(SimpleFormatterTest, PrintsMounts) {
               MatchesGolden("simple/styled"));
 }
 
-TEST(SimpleFormatterTest, LooksTheSameAtEveryWidth) {
+TEST_F(SimpleFormatterTest, LooksTheSameAtEveryWidth) {
   SimpleFormatter formatter;
   const std::string plain = Print(MakeMounts());
   for (const int width : {40, 80, 200}) {
@@ -708,7 +672,7 @@ class RandomValues {
   std::mt19937 random_;
 };
 
-TEST(SimpleFormatterTest, EqualsTheSlowModelOnRandomValues) {
+TEST_F(SimpleFormatterTest, EqualsTheSlowModelOnRandomValues) {
   const unsigned seed = 5309;
   SCOPED_TRACE("seed " + std::to_string(seed));
   RandomValues values(seed);

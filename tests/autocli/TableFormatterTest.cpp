@@ -15,44 +15,22 @@
 
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/Util.h"
-#include "kestrel/metaobj/MetaInt.h"
-#include "kestrel/metaobj/MetaList.h"
-#include "kestrel/metaobj/MetaString.h"
-#include "kestrel/metaobj/MetaStruct.h"
+#include "support/FormatterFixture.h"
 #include "support/Golden.h"
 #include "support/LimitedBuffer.h"
-#include "support/SampleValues.h"
 
 namespace Kestrel::AutoCli {
 namespace {
 
 using namespace ::Kestrel::Testing;  // NOLINT: helpers of these tests
-using MetaObj::MetaInt;
-using MetaObj::MetaList;
-using MetaObj::MetaObject;
-using MetaObj::MetaString;
-using MetaObj::MetaStruct;
-using MetaObj::MetaType;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
 using ::testing::ThrowsMessage;
-using Parameters = std::initializer_list<std::pair<const char*, const char*>>;
 
-std::string Print(const std::shared_ptr<MetaObject>& root, Parameters parameters = {},
-                  int width = 0) {
-  TableFormatter formatter;
-  return FormatToText(formatter, root, parameters, width);
-}
+class TableFormatterTest : public FormatterFixture<TableFormatter> {};
 
-/// One row "Row" with the fields of `values`, in the declared order of columns.
-std::shared_ptr<MetaList> MakeRow(
-    std::initializer_list<std::pair<const char*, const char*>> values) {
-  const auto row = MetaStruct::New("Row");
-  for (const auto& [name, value] : values) {
-    row->SetField(name, value);
-  }
-  return MakeList({row});
-}
+/// One row "Row" with these fields.
+std::shared_ptr<MetaList> MakeRow(Parameters fields) { return MakeList({MakeRecord(fields)}); }
 
 const char kTwoDisks[] =
     "Name   Size\n"
@@ -62,7 +40,7 @@ const char kTwoDisks[] =
 
 std::shared_ptr<MetaList> TwoDisks() { return MakeDisks({{"disk1", 512}, {"d2", 4096}}); }
 
-TEST(TableFormatterTest, DocumentsItself) {
+TEST_F(TableFormatterTest, DocumentsItself) {
   const TableFormatter formatter;
   EXPECT_EQ(formatter.GetName(), "table");
   EXPECT_EQ(formatter.GetDescription(),
@@ -70,7 +48,7 @@ TEST(TableFormatterTest, DocumentsItself) {
             "each column being a field of the structure.");
 }
 
-TEST(TableFormatterTest, DocumentsSixParametersInOrder) {
+TEST_F(TableFormatterTest, DocumentsSixParametersInOrder) {
   const TableFormatter formatter;
   const auto& params = formatter.GetParams();
   ASSERT_EQ(params.size(), 6u);
@@ -104,11 +82,11 @@ TEST(TableFormatterTest, DocumentsSixParametersInOrder) {
   }
 }
 
-TEST(TableFormatterTest, PrintsARowPerElementAndAColumnPerField) {
+TEST_F(TableFormatterTest, PrintsARowPerElementAndAColumnPerField) {
   EXPECT_EQ(Print(TwoDisks()), kTwoDisks);
 }
 
-TEST(TableFormatterTest, RefusesARootThatIsNoListOfStructures) {
+TEST_F(TableFormatterTest, RefusesARootThatIsNoListOfStructures) {
   const auto scalars = MetaList::New(MetaType::Int);
   scalars->Add(1);
   const std::shared_ptr<MetaObject> roots[] = {nullptr,
@@ -118,12 +96,9 @@ TEST(TableFormatterTest, RefusesARootThatIsNoListOfStructures) {
                                                MetaList::New(MetaType::String),
                                                std::make_shared<LyingValue>(MetaType::List)};
   for (const auto& root : roots) {
-    TableFormatter formatter;
-    FormatParameters params;
-    DisplayContext display;
     std::ostringstream out;
     EXPECT_THAT(
-        [&] { formatter.Format(MakeOutput(root), params, display, out); },
+        [&] { Format(MakeOutput(root), out); },
         ThrowsMessage<KestrelException>(
             "Error: Unexpected type for output, formatter, table, expected a List of structs"));
     EXPECT_EQ(out.str(), "");
@@ -131,15 +106,15 @@ TEST(TableFormatterTest, RefusesARootThatIsNoListOfStructures) {
   }
 }
 
-TEST(TableFormatterTest, PrintsNothingForAnEmptyListWithoutStructure) {
+TEST_F(TableFormatterTest, PrintsNothingForAnEmptyListWithoutStructure) {
   EXPECT_EQ(Print(MetaList::New(MetaType::Struct, nullptr)), "");
 }
 
-TEST(TableFormatterTest, PrintsHeaderAndLineForAnEmptyListWithStructure) {
+TEST_F(TableFormatterTest, PrintsHeaderAndLineForAnEmptyListWithStructure) {
   EXPECT_EQ(Print(MakeDisks({})), "Name  Size\n----  ----\n");
 }
 
-TEST(TableFormatterTest, TakesTheFirstColumnListThatIsPresent) {
+TEST_F(TableFormatterTest, TakesTheFirstColumnListThatIsPresent) {
   const auto row = MakeRow({{"a", "1"}, {"b", "2"}, {"c", "3"}, {"d", "4"}});
   const Parameters all = {{"fields:Row", "a"}, {"fields", "b"}, {"table-columns", "c"}};
   EXPECT_EQ(Print(row, all), "a\n-\n1\n");
@@ -149,11 +124,11 @@ TEST(TableFormatterTest, TakesTheFirstColumnListThatIsPresent) {
   EXPECT_EQ(Print(row), "a  b  c  d\n-  -  -  -\n1  2  3  4\n");
 }
 
-TEST(TableFormatterTest, AnEmptyColumnListCountsAsPresent) {
+TEST_F(TableFormatterTest, AnEmptyColumnListCountsAsPresent) {
   EXPECT_EQ(Print(TwoDisks(), {{"fields:Disk", ""}, {"fields", "Name"}}), "\n\n");
 }
 
-TEST(TableFormatterTest, PrintsColumnsInTheOrderOfTheirListAndTrimsTheNames) {
+TEST_F(TableFormatterTest, PrintsColumnsInTheOrderOfTheirListAndTrimsTheNames) {
   EXPECT_EQ(Print(TwoDisks(), {{"fields:Disk", " Size , Name "}}),
             "Size  Name\n"
             "----  ----\n"
@@ -163,22 +138,22 @@ TEST(TableFormatterTest, PrintsColumnsInTheOrderOfTheirListAndTrimsTheNames) {
             "Name\n----\ndisk1\nd2\n");
 }
 
-TEST(TableFormatterTest, TrimsTheNamesOfTheStructuresFieldsToo) {
+TEST_F(TableFormatterTest, TrimsTheNamesOfTheStructuresFieldsToo) {
   EXPECT_EQ(Print(MakeRow({{" padded ", "x"}})), "Error: Unknown field in field list: padded\n");
 }
 
-TEST(TableFormatterTest, DropsTheEmptyNameBehindATrailingCommaOnly) {
+TEST_F(TableFormatterTest, DropsTheEmptyNameBehindATrailingCommaOnly) {
   EXPECT_EQ(Print(TwoDisks(), {{"fields", "Name,"}}), "Name\n----\ndisk1\nd2\n");
   EXPECT_EQ(Print(TwoDisks(), {{"fields", "Name,,Size"}}),
             "Error: Unknown field in field list: \n");
   EXPECT_EQ(Print(TwoDisks(), {{"fields", "Name, "}}), "Error: Unknown field in field list: \n");
 }
 
-TEST(TableFormatterTest, AFieldWithoutNameIsAColumnLikeOthers) {
+TEST_F(TableFormatterTest, AFieldWithoutNameIsAColumnLikeOthers) {
   EXPECT_EQ(Print(MakeRow({{"", "v"}, {"b", "w"}})), "   b\n-  -\nv  w\n");
 }
 
-TEST(TableFormatterTest, ShowsTheHeaderUnlessTheChoiceIsExactlyFalse) {
+TEST_F(TableFormatterTest, ShowsTheHeaderUnlessTheChoiceIsExactlyFalse) {
   const std::string body = "disk1   512  \nd2     4096  \n";
   EXPECT_EQ(Print(TwoDisks(), {{"show-header", "false"}}), body);
   EXPECT_EQ(Print(TwoDisks(), {{"table-header", "false"}}), body);
@@ -189,7 +164,7 @@ TEST(TableFormatterTest, ShowsTheHeaderUnlessTheChoiceIsExactlyFalse) {
   EXPECT_EQ(Print(TwoDisks(), {{"show-header", "False"}}), kTwoDisks);
 }
 
-TEST(TableFormatterTest, LeavesTheLineOutWhenTheChoiceIsExactlyFalse) {
+TEST_F(TableFormatterTest, LeavesTheLineOutWhenTheChoiceIsExactlyFalse) {
   EXPECT_EQ(Print(TwoDisks(), {{"header-line", "false"}}),
             "Name   Size\ndisk1   512  \nd2     4096  \n");
   EXPECT_EQ(Print(TwoDisks(), {{"header-line", "FALSE"}}), kTwoDisks);
@@ -198,7 +173,7 @@ TEST(TableFormatterTest, LeavesTheLineOutWhenTheChoiceIsExactlyFalse) {
             "disk1   512  \nd2     4096  \n");
 }
 
-TEST(TableFormatterTest, AlignsIntegersToTheRightAndAllElseToTheLeft) {
+TEST_F(TableFormatterTest, AlignsIntegersToTheRightAndAllElseToTheLeft) {
   const auto row = MetaStruct::New("Row");
   row->SetField("Flag", true);
   row->SetField("Integer", -42);
@@ -211,17 +186,17 @@ TEST(TableFormatterTest, AlignsIntegersToTheRightAndAllElseToTheLeft) {
             "true      -42  1, 2  {'Name' => 'a', 'Size' => '1', }  text\n");
 }
 
-TEST(TableFormatterTest, FollowsAnIntegerByTwoBlanksInTheLastColumnToo) {
+TEST_F(TableFormatterTest, FollowsAnIntegerByTwoBlanksInTheLastColumnToo) {
   EXPECT_EQ(Print(TwoDisks(), {{"fields", "Size"}}), "Size\n----\n 512  \n4096  \n");
 }
 
-TEST(TableFormatterTest, AKindThatLiesIsAlignedByItsKind) {
+TEST_F(TableFormatterTest, AKindThatLiesIsAlignedByItsKind) {
   const auto row = MetaStruct::New("Row");
   row->SetField("wide column", std::make_shared<LyingValue>(MetaType::Int));
   EXPECT_EQ(Print(MakeList({row})), "wide column\n-----------\n      a lie  \n");
 }
 
-TEST(TableFormatterTest, FormatsAndUnitsWidenAColumn) {
+TEST_F(TableFormatterTest, FormatsAndUnitsWidenAColumn) {
   EXPECT_EQ(Print(TwoDisks(), {{"units:Disk.Size", "MB"}, {"printf:Disk.Size", "%06ld"}}),
             "Name   Size\n"
             "-----  ----\n"
@@ -234,20 +209,20 @@ TEST(TableFormatterTest, FormatsAndUnitsWidenAColumn) {
             "d2 unit     4096  \n");
 }
 
-TEST(TableFormatterTest, PrintsTheErrorOfAFormatInItsCell) {
+TEST_F(TableFormatterTest, PrintsTheErrorOfAFormatInItsCell) {
   EXPECT_EQ(Print(MakeDisks({{"a", 1}}), {{"printf:Disk.Size", "%s"}, {"show-header", "false"}}),
             "a     Error while handling formatting parameter printf:Disk.Size.  Unable to format "
             "field: Invalid argument  \n");
 }
 
-TEST(TableFormatterTest, BlanksAStructureThatHasAFormat) {
+TEST_F(TableFormatterTest, BlanksAStructureThatHasAFormat) {
   const auto row = MetaStruct::New("Row");
   row->SetField("a", MakeDisk("x", 1));
   row->SetField("b", "y");
   EXPECT_EQ(Print(MakeList({row}), {{"printf:Row.a", "%d"}}), "a  b\n-  -\n   y\n");
 }
 
-TEST(TableFormatterTest, LooksFormatsUpByTheTypeOfEachElement) {
+TEST_F(TableFormatterTest, LooksFormatsUpByTheTypeOfEachElement) {
   const auto list = MakeDisks({{"a", 1}});
   const auto other = MetaStruct::New("Floppy");
   other->SetField("Name", "b");
@@ -262,7 +237,7 @@ TEST(TableFormatterTest, LooksFormatsUpByTheTypeOfEachElement) {
       "c     3 MB  \n");
 }
 
-TEST(TableFormatterTest, LooksUnitsOfAPathUpByTheWholePath) {
+TEST_F(TableFormatterTest, LooksUnitsOfAPathUpByTheWholePath) {
   const auto row = MetaStruct::New("Row");
   row->SetField("in", MakeDisk("x", 7));
   EXPECT_EQ(Print(MakeList({row}),
@@ -270,7 +245,7 @@ TEST(TableFormatterTest, LooksUnitsOfAPathUpByTheWholePath) {
             "in.Size\n-------\n   7 MB  \n");
 }
 
-TEST(TableFormatterTest, PrintsElementsOfSeveralLayouts) {
+TEST_F(TableFormatterTest, PrintsElementsOfSeveralLayouts) {
   const auto list = MetaList::New(MetaType::Struct, MakeDisk("", 0));
   for (int i = 0; i < 6; ++i) {
     const auto disk = MakeDisk("disk" + std::to_string(i), i);
@@ -288,23 +263,20 @@ TEST(TableFormatterTest, PrintsElementsOfSeveralLayouts) {
             "documented     5  \n");
 }
 
-TEST(TableFormatterTest, AnUnknownColumnGivesAnErrorLineInPlaceOfTheTable) {
+TEST_F(TableFormatterTest, AnUnknownColumnGivesAnErrorLineInPlaceOfTheTable) {
   EXPECT_EQ(Print(TwoDisks(), {{"fields", "Name,Nope,Neither"}}),
             "Error: Unknown field in field list: Nope\n");
   EXPECT_EQ(Print(MakeDisks({}), {{"fields", "Nope"}}), "Nope\n----\n");
 }
 
-TEST(TableFormatterTest, AnUnknownColumnLeavesTheAlignmentOfTheStream) {
-  TableFormatter formatter;
-  FormatParameters params = MakeParameters({{"fields", "Nope"}});
-  DisplayContext display;
+TEST_F(TableFormatterTest, AnUnknownColumnLeavesTheAlignmentOfTheStream) {
   std::ostringstream out;
   out << std::right;
-  formatter.Format(MakeOutput(TwoDisks()), params, display, out);
+  Format(MakeOutput(TwoDisks()), out, {{"fields", "Nope"}});
   EXPECT_EQ(out.flags() & std::ios_base::adjustfield, std::ios_base::right);
 }
 
-TEST(TableFormatterTest, AColumnThatGoesWhileItIsPrintedEndsTheTable) {
+TEST_F(TableFormatterTest, AColumnThatGoesWhileItIsPrintedEndsTheTable) {
   const auto row = MetaStruct::New("Row");
   int asked = 0;
   const std::weak_ptr<MetaStruct> weak = row;
@@ -324,7 +296,7 @@ TEST(TableFormatterTest, AColumnThatGoesWhileItIsPrintedEndsTheTable) {
   EXPECT_EQ(Print(list, {{"show-header", "false"}}), "text  gone\ntext  Unknown column b");
 }
 
-TEST(TableFormatterTest, ResolvesAPathThroughNestedStructures) {
+TEST_F(TableFormatterTest, ResolvesAPathThroughNestedStructures) {
   const auto inner = MetaStruct::New("Inner");
   inner->SetField("b", "deep");
   const auto row = MetaStruct::New("Row");
@@ -332,11 +304,11 @@ TEST(TableFormatterTest, ResolvesAPathThroughNestedStructures) {
   EXPECT_EQ(Print(MakeList({row}), {{"fields", "a.b"}}), "a.b\n---\ndeep\n");
 }
 
-TEST(TableFormatterTest, AFieldNameWithAStopIsReadAsAPath) {
+TEST_F(TableFormatterTest, AFieldNameWithAStopIsReadAsAPath) {
   EXPECT_EQ(Print(MakeRow({{"a.b", "x"}})), "Error: Unknown field in field list: a.b\n");
 }
 
-TEST(TableFormatterTest, ColumnsOfOneNameShareTheirWidth) {
+TEST_F(TableFormatterTest, ColumnsOfOneNameShareTheirWidth) {
   EXPECT_EQ(Print(TwoDisks(), {{"fields", "Name,Size,Name"}}),
             "Name   Size  Name\n"
             "-----  ----  ----\n"
@@ -344,7 +316,7 @@ TEST(TableFormatterTest, ColumnsOfOneNameShareTheirWidth) {
             "d2     4096  d2\n");
 }
 
-TEST(TableFormatterTest, WrapsTheLastColumnUnderItself) {
+TEST_F(TableFormatterTest, WrapsTheLastColumnUnderItself) {
   const auto rows = MakeRow({{"a", "first"}, {"b", "some words that do not fit"}});
   EXPECT_EQ(Print(rows, {{"wrap-last", "true"}}, 20),
             "a      b\n"
@@ -354,7 +326,7 @@ TEST(TableFormatterTest, WrapsTheLastColumnUnderItself) {
             "       fit\n");
 }
 
-TEST(TableFormatterTest, WrapsOnlyWhenAskedExactlyAndOnAScreen) {
+TEST_F(TableFormatterTest, WrapsOnlyWhenAskedExactlyAndOnAScreen) {
   const auto rows = MakeRow({{"a", "first"}, {"b", "some words that do not fit"}});
   const std::string plain = "a      b\n-----  -\nfirst  some words that do not fit\n";
   EXPECT_EQ(Print(rows, {{"wrap-last", "true"}}, 0), plain);
@@ -363,7 +335,7 @@ TEST(TableFormatterTest, WrapsOnlyWhenAskedExactlyAndOnAScreen) {
   EXPECT_EQ(Print(rows, {}, 20), plain);
 }
 
-TEST(TableFormatterTest, DoesNotWrapWithoutRoomForTheLastName) {
+TEST_F(TableFormatterTest, DoesNotWrapWithoutRoomForTheLastName) {
   const auto rows = MakeRow({{"a", "first"}, {"bcd", "some words"}});
   EXPECT_EQ(Print(rows, {{"wrap-last", "true"}, {"show-header", "false"}}, 9),
             "first  some words\n");
@@ -371,12 +343,12 @@ TEST(TableFormatterTest, DoesNotWrapWithoutRoomForTheLastName) {
             "first   \n       some \n       words\n");
 }
 
-TEST(TableFormatterTest, DoesNotWrapASingleColumn) {
+TEST_F(TableFormatterTest, DoesNotWrapASingleColumn) {
   EXPECT_EQ(Print(MakeRow({{"a", "some words"}}), {{"wrap-last", "true"}}, 5),
             "a\n-\nsome words\n");
 }
 
-TEST(TableFormatterTest, WrapsTheRawValueWithoutUnitsAndFormat) {
+TEST_F(TableFormatterTest, WrapsTheRawValueWithoutUnitsAndFormat) {
   const auto rows = MakeRow({{"a", "x"}, {"b", "some words"}});
   EXPECT_EQ(Print(rows,
                   {{"wrap-last", "true"},
@@ -389,19 +361,19 @@ TEST(TableFormatterTest, WrapsTheRawValueWithoutUnitsAndFormat) {
             "a     1\n");
 }
 
-TEST(TableFormatterTest, WrapsEachLineOfAValueByItself) {
+TEST_F(TableFormatterTest, WrapsEachLineOfAValueByItself) {
   EXPECT_EQ(Print(MakeRow({{"a", "x"}, {"b", "one\ntwo three\n"}}),
                   {{"wrap-last", "true"}, {"show-header", "false"}}, 10),
             "x  one\n   two \n   three\n");
 }
 
-TEST(TableFormatterTest, AnEmptyWrappedValueLeavesNothing) {
+TEST_F(TableFormatterTest, AnEmptyWrappedValueLeavesNothing) {
   EXPECT_EQ(Print(MakeRow({{"a", "x"}, {"b", ""}}),
                   {{"wrap-last", "true"}, {"show-header", "false"}}, 10),
             "x  \n");
 }
 
-TEST(TableFormatterTest, WrapsEveryColumnOfTheLastOnesName) {
+TEST_F(TableFormatterTest, WrapsEveryColumnOfTheLastOnesName) {
   const auto rows = MakeRow({{"a", "x"}, {"b", "one two"}});
   EXPECT_EQ(Print(rows, {{"fields", "b,a,b"}, {"wrap-last", "true"}, {"show-header", "false"}}, 8),
             "one \n   twox  one \n   two\n");
@@ -409,7 +381,7 @@ TEST(TableFormatterTest, WrapsEveryColumnOfTheLastOnesName) {
             "one two  one two\n");
 }
 
-TEST(TableFormatterTest, GetSubFieldFindsAField) {
+TEST_F(TableFormatterTest, GetSubFieldFindsAField) {
   const auto disk = MakeDisk("disk1", 512);
   EXPECT_EQ(GetSubField(disk, "Name"), disk->GetField("Name"));
   EXPECT_EQ(GetSubField(disk, "Nope"), nullptr);
@@ -417,7 +389,7 @@ TEST(TableFormatterTest, GetSubFieldFindsAField) {
   EXPECT_EQ(GetSubField(nullptr, "Name"), nullptr);
 }
 
-TEST(TableFormatterTest, GetSubFieldWalksAPath) {
+TEST_F(TableFormatterTest, GetSubFieldWalksAPath) {
   const auto inner = MetaStruct::New("Inner");
   inner->SetField("b", "deep");
   inner->SetField("", "nameless");
@@ -438,56 +410,47 @@ TEST(TableFormatterTest, GetSubFieldWalksAPath) {
   EXPECT_EQ(text("."), "nothing");
 }
 
-TEST(TableFormatterTest, GetSubFieldFindsNothingBehindAScalar) {
+TEST_F(TableFormatterTest, GetSubFieldFindsNothingBehindAScalar) {
   EXPECT_EQ(GetSubField(MakeDisk("a", 1), "Name.Size"), nullptr);
   EXPECT_EQ(GetSubField(MakeDisk("a", 1), "Name.Size.Name"), nullptr);
 }
 
-TEST(TableFormatterTest, IsBlindToTheStateOfTheStreamAndLeavesItLeftAligned) {
-  TableFormatter formatter;
-  FormatParameters params;
-  DisplayContext display;
+TEST_F(TableFormatterTest, IsBlindToTheStateOfTheStreamAndLeavesItLeftAligned) {
   std::ostringstream out;
   out << std::hex << std::showpos << std::setw(20) << std::setfill('*') << std::right;
-  formatter.Format(MakeOutput(TwoDisks()), params, display, out);
+  Format(MakeOutput(TwoDisks()), out);
   EXPECT_EQ(out.str(), kTwoDisks);
   EXPECT_EQ(out.flags() & std::ios_base::adjustfield, std::ios_base::left);
   EXPECT_EQ(out.flags() & std::ios_base::basefield, std::ios_base::hex);
   EXPECT_EQ(out.fill(), '*');
 }
 
-TEST(TableFormatterTest, FlushesOnceAtTheEnd) {
+TEST_F(TableFormatterTest, FlushesOnceAtTheEnd) {
   LimitedBuffer buffer(1000000);
   std::ostream out(&buffer);
-  TableFormatter formatter;
-  FormatParameters params;
-  DisplayContext display;
-  formatter.Format(MakeOutput(TwoDisks()), params, display, out);
+  Format(MakeOutput(TwoDisks()), out);
   EXPECT_EQ(buffer.GetText(), kTwoDisks);
   EXPECT_EQ(buffer.GetFlushes(), 1);
 }
 
-TEST(TableFormatterTest, OneFormatterServesManyCalls) {
+TEST_F(TableFormatterTest, OneFormatterServesManyCalls) {
   TableFormatter formatter;
   EXPECT_EQ(FormatToText(formatter, TwoDisks(), {{"fields", "Name"}}), "Name\n----\ndisk1\nd2\n");
   EXPECT_EQ(FormatToText(formatter, TwoDisks()), kTwoDisks);
 }
 
-TEST(TableFormatterTest, AnExceptionWhileMeasuringLeavesNothing) {
+TEST_F(TableFormatterTest, AnExceptionWhileMeasuringLeavesNothing) {
   const auto row = MetaStruct::New("Row");
   row->SetField("a", "fine");
   row->SetField("b", std::make_shared<ActingValue>(
                          []() -> std::string { throw std::runtime_error("broken"); }));
-  TableFormatter formatter;
-  FormatParameters params;
-  DisplayContext display;
   std::ostringstream out;
-  EXPECT_THAT([&] { formatter.Format(MakeOutput(MakeList({row})), params, display, out); },
+  EXPECT_THAT([&] { Format(MakeOutput(MakeList({row})), out); },
               ThrowsMessage<std::runtime_error>("broken"));
   EXPECT_EQ(out.str(), "");
 }
 
-TEST(TableFormatterTest, WhatWasPrintedStaysWhenAnExceptionLeaves) {
+TEST_F(TableFormatterTest, WhatWasPrintedStaysWhenAnExceptionLeaves) {
   int asked = 0;
   const auto row = MetaStruct::New("Row");
   row->SetField("a", "fine");
@@ -497,20 +460,17 @@ TEST(TableFormatterTest, WhatWasPrintedStaysWhenAnExceptionLeaves) {
                   }
                   return "text";
                 }));
-  TableFormatter formatter;
-  FormatParameters params;
-  DisplayContext display;
   std::ostringstream out;
   EXPECT_THAT(
       [&] {
-        formatter.Format(MakeOutput(MakeList({row, row})), params, display, out);
+        Format(MakeOutput(MakeList({row, row})), out);
       },
       ThrowsMessage<std::runtime_error>("broken"));
   EXPECT_EQ(out.str(), "a     b\n----  -\nfine  text\nfine  ");
   EXPECT_EQ(out.flags() & std::ios_base::adjustfield, std::ios_base::left);
 }
 
-TEST(TableFormatterTest, EndsSoonWhenTheStreamFails) {
+TEST_F(TableFormatterTest, EndsSoonWhenTheStreamFails) {
   int asked = 0;
   const auto row = MetaStruct::New("Row");
   row->SetField("a", std::make_shared<ActingValue>([&asked] {
@@ -524,16 +484,13 @@ TEST(TableFormatterTest, EndsSoonWhenTheStreamFails) {
   }
   LimitedBuffer buffer(1000);
   std::ostream out(&buffer);
-  TableFormatter formatter;
-  FormatParameters params;
-  DisplayContext display;
-  formatter.Format(MakeOutput(list), params, display, out);
+  Format(MakeOutput(list), out);
   EXPECT_TRUE(out.bad());
   EXPECT_EQ(buffer.GetText().size(), 1000u);
   EXPECT_LT(asked, rows + 1000);
 }
 
-TEST(TableFormatterTest, PrintsAMillionRows) {
+TEST_F(TableFormatterTest, PrintsAMillionRows) {
   const auto list = MakeDisks({});
   const auto disk = MakeDisk("disk", 512);
   list->Reserve(1000000);
@@ -545,7 +502,7 @@ TEST(TableFormatterTest, PrintsAMillionRows) {
   EXPECT_EQ(text.substr(text.size() - 26), "disk   512  \ndisk   512  \n");
 }
 
-TEST(TableFormatterTest, PrintsAHundredThousandColumns) {
+TEST_F(TableFormatterTest, PrintsAHundredThousandColumns) {
   std::string columns;
   for (int i = 0; i < 100000; ++i) {
     columns += i % 2 == 0 ? "Name," : "Size,";
@@ -562,7 +519,7 @@ TEST(TableFormatterTest, PrintsAHundredThousandColumns) {
   EXPECT_THAT(out.str(), StartsWith("disk  5 MB  disk  5 MB  "));
 }
 
-TEST(TableFormatterTest, PrintsAStructureOfAHundredThousandFields) {
+TEST_F(TableFormatterTest, PrintsAStructureOfAHundredThousandFields) {
   const auto row = MetaStruct::New("Row");
   for (int i = 0; i < 100000; ++i) {
     row->SetField("f" + std::to_string(i), i);
@@ -572,7 +529,7 @@ TEST(TableFormatterTest, PrintsAStructureOfAHundredThousandFields) {
   EXPECT_THAT(text, StartsWith("f0  f1  f10  f100  f1000  f10000  f10001  "));
 }
 
-TEST(TableFormatterTest, FindsTheFieldsOfALargeStructureInAnyOrder) {
+TEST_F(TableFormatterTest, FindsTheFieldsOfALargeStructureInAnyOrder) {
   const auto row = MetaStruct::New("Row");
   for (int i = 100; i < 300; ++i) {
     row->SetField("f" + std::to_string(i), i);
@@ -589,7 +546,7 @@ TEST(TableFormatterTest, FindsTheFieldsOfALargeStructureInAnyOrder) {
             "Error: Unknown field in field list: nope\n");
 }
 
-TEST(TableFormatterTest, PrintsNamesAndValuesOfAHundredThousandBytes) {
+TEST_F(TableFormatterTest, PrintsNamesAndValuesOfAHundredThousandBytes) {
   const std::string name(100000, 'n');
   const std::string value(100001, 'v');
   const auto row = MetaStruct::New("Row");
@@ -599,7 +556,7 @@ TEST(TableFormatterTest, PrintsNamesAndValuesOfAHundredThousandBytes) {
             name + "   z\n" + std::string(100001, '-') + "  -\n" + value + "  1  \n");
 }
 
-TEST(TableFormatterTest, LooksTheSameAtEveryWidthUnlessItWraps) {
+TEST_F(TableFormatterTest, LooksTheSameAtEveryWidthUnlessItWraps) {
   const std::string plain = Print(MakeMounts());
   EXPECT_THAT(plain, MatchesGolden("table/mounts"));
   for (const int width : {1, 40, 80, 200, 65535}) {
@@ -607,7 +564,7 @@ TEST(TableFormatterTest, LooksTheSameAtEveryWidthUnlessItWraps) {
   }
 }
 
-TEST(TableFormatterTest, WrapsMountsByTheWidth) {
+TEST_F(TableFormatterTest, WrapsMountsByTheWidth) {
   const Parameters parameters = {
       {"fields", "Path,Usage.Used,Note"}, {"wrap-last", "true"}, {"units:Mount.Usage.Used", "MB"}};
   for (const int width : {0, 40, 80, 200}) {
@@ -616,7 +573,7 @@ TEST(TableFormatterTest, WrapsMountsByTheWidth) {
   }
 }
 
-TEST(TableFormatterTest, PrintsMountsWithFormatsAndWithoutHeader) {
+TEST_F(TableFormatterTest, PrintsMountsWithFormatsAndWithoutHeader) {
   EXPECT_THAT(Print(MakeMounts(), {{"fields:Mount", "Device,Read Only,Usage.Free,Options"},
                                    {"printf:Mount.Device", "%-.9s|"},
                                    {"printf:Mount.Read Only", "%d"},
@@ -807,7 +764,7 @@ class RandomTables {
   std::mt19937 random_;
 };
 
-TEST(TableFormatterTest, EqualsTheSlowTableOnRandomRecords) {
+TEST_F(TableFormatterTest, EqualsTheSlowTableOnRandomRecords) {
   const unsigned seed = 77001;
   SCOPED_TRACE("seed " + std::to_string(seed));
   RandomTables tables(seed);

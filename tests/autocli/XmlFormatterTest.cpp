@@ -8,54 +8,32 @@
 #include <string>
 #include <vector>
 
-#include "kestrel/metaobj/MetaBool.h"
-#include "kestrel/metaobj/MetaInt.h"
-#include "kestrel/metaobj/MetaList.h"
-#include "kestrel/metaobj/MetaString.h"
-#include "kestrel/metaobj/MetaStruct.h"
-#include "support/SampleValues.h"
+#include "support/FormatterFixture.h"
 
 namespace Kestrel::AutoCli {
 namespace {
 
 using namespace ::Kestrel::Testing;  // NOLINT: helpers of these tests
-using MetaObj::MetaBool;
-using MetaObj::MetaInt;
-using MetaObj::MetaList;
-using MetaObj::MetaObject;
-using MetaObj::MetaString;
-using MetaObj::MetaStruct;
-using MetaObj::MetaType;
-using Parameters = std::initializer_list<std::pair<const char*, const char*>>;
 
-std::string Print(const std::shared_ptr<MetaObject>& root, Parameters parameters = {}) {
-  XmlFormatter formatter;
-  return FormatToText(formatter, root, parameters);
-}
+class XmlFormatterTest : public FormatterFixture<XmlFormatter> {
+ protected:
+  /// What stands between the tags of the root element's `root`.
+  static std::string PrintRoot(const std::shared_ptr<MetaObject>& root) {
+    const std::string before =
+        "<?xml version=\"1.0\"?>\n"
+        "<output xmlns:vexil=\"urn:norvane:vexil:output:1.0\">\n"
+        "   <meta-data>\n"
+        "   </meta-data>\n"
+        "   <root>\n";
+    const std::string after = "   </root>\n</output>\n";
+    const std::string text = Print(root);
+    EXPECT_EQ(text.substr(0, before.size()), before);
+    EXPECT_EQ(text.substr(text.size() - after.size()), after);
+    return text.substr(before.size(), text.size() - before.size() - after.size());
+  }
+};
 
-std::string PrintAt(int level, const std::shared_ptr<MetaObject>& value) {
-  XmlFormatter formatter;
-  std::ostringstream out;
-  formatter.Format(value, out, level);
-  return out.str();
-}
-
-/// What stands between the tags of the root element's `root`.
-std::string PrintRoot(const std::shared_ptr<MetaObject>& root) {
-  const std::string before =
-      "<?xml version=\"1.0\"?>\n"
-      "<output xmlns:vexil=\"urn:norvane:vexil:output:1.0\">\n"
-      "   <meta-data>\n"
-      "   </meta-data>\n"
-      "   <root>\n";
-  const std::string after = "   </root>\n</output>\n";
-  const std::string text = Print(root);
-  EXPECT_EQ(text.substr(0, before.size()), before);
-  EXPECT_EQ(text.substr(text.size() - after.size()), after);
-  return text.substr(before.size(), text.size() - before.size() - after.size());
-}
-
-TEST(XmlFormatterTest, DocumentsItself) {
+TEST_F(XmlFormatterTest, DocumentsItself) {
   const XmlFormatter formatter;
   EXPECT_EQ(formatter.GetName(), "xml");
   EXPECT_EQ(formatter.GetDescription(),
@@ -67,7 +45,7 @@ TEST(XmlFormatterTest, DocumentsItself) {
   EXPECT_FALSE(formatter.GetParams()[0].flag);
 }
 
-TEST(XmlFormatterTest, WritesADocumentAroundTheValue) {
+TEST_F(XmlFormatterTest, WritesADocumentAroundTheValue) {
   EXPECT_EQ(Print(MetaInt::New(7)),
             "<?xml version=\"1.0\"?>\n"
             "<output xmlns:vexil=\"urn:norvane:vexil:output:1.0\">\n"
@@ -79,7 +57,7 @@ TEST(XmlFormatterTest, WritesADocumentAroundTheValue) {
             "</output>\n");
 }
 
-TEST(XmlFormatterTest, NamesTheStylesheetInTheSecondLine) {
+TEST_F(XmlFormatterTest, NamesTheStylesheetInTheSecondLine) {
   EXPECT_EQ(Print(MetaInt::New(7), {{"stylesheet", "a.xsl"}}),
             "<?xml version=\"1.0\"?>\n"
             "<?xml-stylesheet type=\"text/xsl\" href=\"a.xsl\"?>\n"
@@ -93,20 +71,20 @@ TEST(XmlFormatterTest, NamesTheStylesheetInTheSecondLine) {
             "</output>\n");
 }
 
-TEST(XmlFormatterTest, EscapesTheStylesheetInTheMetaDataAlone) {
+TEST_F(XmlFormatterTest, EscapesTheStylesheetInTheMetaDataAlone) {
   const std::string text = Print(MetaInt::New(7), {{"stylesheet", "x\"y&z%"}});
   EXPECT_NE(text.find("\n<?xml-stylesheet type=\"text/xsl\" href=\"x\"y&z%\"?>\n<output "),
             std::string::npos);
   EXPECT_NE(text.find("name=\"stylesheet\" value=\"x&quot;y&amp;z&#37;\"/>\n"), std::string::npos);
 }
 
-TEST(XmlFormatterTest, AnEmptyStylesheetIsOneToo) {
+TEST_F(XmlFormatterTest, AnEmptyStylesheetIsOneToo) {
   EXPECT_NE(Print(MetaInt::New(7), {{"stylesheet", ""}})
                 .find("\n<?xml-stylesheet type=\"text/xsl\" href=\"\"?>\n<output "),
             std::string::npos);
 }
 
-TEST(XmlFormatterTest, ListsAllParametersInTheOrderOfTheirKeys) {
+TEST_F(XmlFormatterTest, ListsAllParametersInTheOrderOfTheirKeys) {
   const std::string text = Print(
       MetaInt::New(7), {{"units:A.b", "5 < 6"}, {"printf:A.b", "%5ld"}, {"Z", ""}, {"a'b", "\"&"}});
   EXPECT_NE(text.find("   <meta-data>\n"
@@ -118,7 +96,7 @@ TEST(XmlFormatterTest, ListsAllParametersInTheOrderOfTheirKeys) {
             std::string::npos);
 }
 
-TEST(XmlFormatterTest, TheNameOfTheFormatterIsNoMetaData) {
+TEST_F(XmlFormatterTest, TheNameOfTheFormatterIsNoMetaData) {
   FormatParameters params;
   params.SetFormatter("xml");
   params.SetParameter("key", "value");
@@ -132,7 +110,7 @@ TEST(XmlFormatterTest, TheNameOfTheFormatterIsNoMetaData) {
             std::string::npos);
 }
 
-TEST(XmlFormatterTest, AppliesNoParametersToFields) {
+TEST_F(XmlFormatterTest, AppliesNoParametersToFields) {
   EXPECT_NE(
       Print(MakeDisk("a", 1),
             {{"printf:Disk.Size", "%5ld"}, {"units:Disk.Size", "MB"}, {"fields:Disk", "Name"}})
@@ -140,7 +118,7 @@ TEST(XmlFormatterTest, AppliesNoParametersToFields) {
       std::string::npos);
 }
 
-TEST(XmlFormatterTest, PrintsScalars) {
+TEST_F(XmlFormatterTest, PrintsScalars) {
   EXPECT_EQ(PrintRoot(MetaBool::New(true)), "      <boolean>true</boolean>\n");
   EXPECT_EQ(PrintRoot(MetaBool::New(false)), "      <boolean>false</boolean>\n");
   EXPECT_EQ(PrintRoot(MetaInt::New(-5)), "      <integer>-5</integer>\n");
@@ -148,14 +126,14 @@ TEST(XmlFormatterTest, PrintsScalars) {
   EXPECT_EQ(PrintRoot(MetaString::New("")), "      <string></string>\n");
 }
 
-TEST(XmlFormatterTest, PrintsTheLimitsOfIntegers) {
+TEST_F(XmlFormatterTest, PrintsTheLimitsOfIntegers) {
   EXPECT_EQ(PrintAt(0, MetaInt::New(std::numeric_limits<long>::max())),
             "<integer>9223372036854775807</integer>\n");
   EXPECT_EQ(PrintAt(0, MetaInt::New(std::numeric_limits<long>::min())),
             "<integer>-9223372036854775808</integer>\n");
 }
 
-TEST(XmlFormatterTest, EscapesSixCharactersInATextAndNoOther) {
+TEST_F(XmlFormatterTest, EscapesSixCharactersInATextAndNoOther) {
   EXPECT_EQ(PrintAt(0, MetaString::New("100%")), "<string>100&#37;</string>\n");
   EXPECT_EQ(PrintAt(0, MetaString::New("<a href=\"x\">&'%</a>")),
             "<string>&lt;a href=&quot;x&quot;&gt;&amp;&apos;&#37;&lt;/a&gt;</string>\n");
@@ -165,7 +143,7 @@ TEST(XmlFormatterTest, EscapesSixCharactersInATextAndNoOther) {
             std::string("<string>a\0b</string>\n", 21));
 }
 
-TEST(XmlFormatterTest, PrintsAStructureWithItsFieldsInOrder) {
+TEST_F(XmlFormatterTest, PrintsAStructureWithItsFieldsInOrder) {
   const auto disk = MetaStruct::New("Disk");
   disk->SetField("Size", 512);
   disk->SetField("Name", "a<b");
@@ -180,7 +158,7 @@ TEST(XmlFormatterTest, PrintsAStructureWithItsFieldsInOrder) {
             "      </structure>\n");
 }
 
-TEST(XmlFormatterTest, EscapesFieldNames) {
+TEST_F(XmlFormatterTest, EscapesFieldNames) {
   const auto record = MetaStruct::New("Row");
   record->SetField("100% <of> \"a\" & 'b'", true);
   EXPECT_EQ(PrintAt(0, record),
@@ -191,12 +169,12 @@ TEST(XmlFormatterTest, EscapesFieldNames) {
             "</structure>\n");
 }
 
-TEST(XmlFormatterTest, PrintsAnEmptyStructure) {
+TEST_F(XmlFormatterTest, PrintsAnEmptyStructure) {
   EXPECT_EQ(PrintRoot(MetaStruct::New("Empty")),
             "      <structure typeName=\"Empty\">\n      </structure>\n");
 }
 
-TEST(XmlFormatterTest, PrintsListsWithTheWordOfTheirKind) {
+TEST_F(XmlFormatterTest, PrintsListsWithTheWordOfTheirKind) {
   EXPECT_EQ(PrintRoot(MetaList::New(MetaType::Int)),
             "      <list type=\"integer\">\n      </list>\n");
   EXPECT_EQ(PrintAt(0, MetaList::New(MetaType::Bool)), "<list type=\"boolean\">\n</list>\n");
@@ -204,7 +182,7 @@ TEST(XmlFormatterTest, PrintsListsWithTheWordOfTheirKind) {
   EXPECT_EQ(PrintAt(0, MakeDisks({})), "<list type=\"structure\">\n</list>\n");
 }
 
-TEST(XmlFormatterTest, PrintsTheElementsOfAListTwoLevelsDeeper) {
+TEST_F(XmlFormatterTest, PrintsTheElementsOfAListTwoLevelsDeeper) {
   const auto numbers = MetaList::New(MetaType::Int);
   numbers->AddAll(std::vector<long>{1, -2});
   EXPECT_EQ(PrintRoot(numbers),
@@ -227,7 +205,7 @@ TEST(XmlFormatterTest, PrintsTheElementsOfAListTwoLevelsDeeper) {
             "</list>\n");
 }
 
-TEST(XmlFormatterTest, PrintsStructuresInListsInStructures) {
+TEST_F(XmlFormatterTest, PrintsStructuresInListsInStructures) {
   const auto record = MetaStruct::New("Outer");
   record->SetField("disks", MakeDisks({{"a", 1}, {"b", 2}}));
   record->SetField("inner", MetaStruct::New("Inner"));
@@ -260,7 +238,7 @@ TEST(XmlFormatterTest, PrintsStructuresInListsInStructures) {
             "</structure>\n");
 }
 
-TEST(XmlFormatterTest, IndentsThreeBlanksALevelAndNoneBelowLevelOne) {
+TEST_F(XmlFormatterTest, IndentsThreeBlanksALevelAndNoneBelowLevelOne) {
   EXPECT_EQ(PrintAt(3, MetaInt::New(1)), "         <integer>1</integer>\n");
   EXPECT_EQ(PrintAt(0, MetaInt::New(1)), "<integer>1</integer>\n");
   EXPECT_EQ(PrintAt(-7, MetaInt::New(1)), "<integer>1</integer>\n");
@@ -274,7 +252,7 @@ TEST(XmlFormatterTest, IndentsThreeBlanksALevelAndNoneBelowLevelOne) {
             "</structure>\n");
 }
 
-TEST(XmlFormatterTest, TellsOfAKindThatLies) {
+TEST_F(XmlFormatterTest, TellsOfAKindThatLies) {
   const auto print = [](MetaType type) { return PrintAt(2, std::make_shared<LyingValue>(type)); };
   EXPECT_EQ(print(MetaType::Bool), "<!-- Error reading a bool -->\n");
   EXPECT_EQ(print(MetaType::Int), "Error reading a int\n");
@@ -283,20 +261,17 @@ TEST(XmlFormatterTest, TellsOfAKindThatLies) {
   EXPECT_EQ(print(MetaType::List), "Error reading a List\n");
 }
 
-TEST(XmlFormatterTest, TellsOfAnUnknownKindAndOfNull) {
+TEST_F(XmlFormatterTest, TellsOfAnUnknownKindAndOfNull) {
   const char* const text = "Error Only simple int, bool, string and struct output supported\n";
   EXPECT_EQ(PrintAt(2, std::make_shared<LyingValue>(static_cast<MetaType>(5))), text);
   EXPECT_EQ(PrintAt(2, nullptr), text);
 }
 
-TEST(XmlFormatterTest, WritesTheDocumentAroundABadRootToo) {
+TEST_F(XmlFormatterTest, WritesTheDocumentAroundABadRootToo) {
   EXPECT_EQ(PrintRoot(std::make_shared<LyingValue>(MetaType::Int)), "Error reading a int\n");
-  XmlFormatter formatter;
-  FormatParameters params;
-  DisplayContext display;
   std::ostringstream out;
   const auto output = CallSpec::Output::New();
-  formatter.Format(output, params, display, out);
+  Format(output, out);
   EXPECT_NE(out.str().find("   <root>\n"
                            "Error Only simple int, bool, string and struct output supported\n"
                            "   </root>\n"
@@ -305,7 +280,7 @@ TEST(XmlFormatterTest, WritesTheDocumentAroundABadRootToo) {
   EXPECT_FALSE(output->HasError());
 }
 
-TEST(XmlFormatterTest, GoesOnBehindABadField) {
+TEST_F(XmlFormatterTest, GoesOnBehindABadField) {
   const auto record = MetaStruct::New("Row");
   record->SetField("a", std::make_shared<LyingValue>(MetaType::Bool));
   record->SetField("b", 1);
@@ -320,7 +295,7 @@ TEST(XmlFormatterTest, GoesOnBehindABadField) {
             "</structure>\n");
 }
 
-TEST(XmlFormatterTest, SantizeStringReplacesEachCharacterOnce) {
+TEST_F(XmlFormatterTest, SantizeStringReplacesEachCharacterOnce) {
   EXPECT_EQ(SantizeString(""), "");
   EXPECT_EQ(SantizeString("plain"), "plain");
   EXPECT_EQ(SantizeString("&<>%\"'"), "&amp;&lt;&gt;&#37;&quot;&apos;");
@@ -328,7 +303,7 @@ TEST(XmlFormatterTest, SantizeStringReplacesEachCharacterOnce) {
   EXPECT_EQ(SantizeString("&&&"), "&amp;&amp;&amp;");
 }
 
-TEST(XmlFormatterTest, SantizeStringLeavesAllOtherBytes) {
+TEST_F(XmlFormatterTest, SantizeStringLeavesAllOtherBytes) {
   for (int byte = 0; byte < 256; ++byte) {
     const std::string text(1, static_cast<char>(byte));
     const bool isSpecial = byte != 0 && std::string("&<>%\"'").find(text) != std::string::npos;
@@ -336,7 +311,7 @@ TEST(XmlFormatterTest, SantizeStringLeavesAllOtherBytes) {
   }
 }
 
-TEST(XmlFormatterTest, SantizeStringTakesTextsOfEveryLength) {
+TEST_F(XmlFormatterTest, SantizeStringTakesTextsOfEveryLength) {
   for (std::size_t size = 1; size < 40; ++size) {
     for (std::size_t at = 0; at < size; ++at) {
       const std::string before(at, 'a');
@@ -361,7 +336,7 @@ std::string ReplaceOneByOne(std::string text) {
   return text;
 }
 
-TEST(XmlFormatterTest, SantizeStringEqualsSixReplacementsInOrderOnAllShortTexts) {
+TEST_F(XmlFormatterTest, SantizeStringEqualsSixReplacementsInOrderOnAllShortTexts) {
   const std::string alphabet = "&<>%\"'a;#";
   std::vector<std::string> texts = {""};
   for (std::size_t i = 0; i < texts.size(); ++i) {

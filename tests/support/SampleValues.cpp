@@ -21,6 +21,15 @@ ActingValue::ActingValue(std::function<std::string()> act)
 
 std::string ActingValue::ToString() const { return act_(); }
 
+std::shared_ptr<MetaStruct> MakeRecord(
+    std::initializer_list<std::pair<const char*, const char*>> fields) {
+  auto record = MetaStruct::New("Row");
+  for (const auto& [name, value] : fields) {
+    record->SetField(name, value);
+  }
+  return record;
+}
+
 std::shared_ptr<MetaStruct> MakeDisk(const std::string& name, long size) {
   auto disk = MetaStruct::New("Disk");
   disk->SetField("Name", name);

@@ -35,6 +35,10 @@ class ActingValue : public MetaObj::MetaObject {
   std::function<std::string()> act_;
 };
 
+/// A structure of type "Row" whose fields are these texts.
+std::shared_ptr<MetaObj::MetaStruct> MakeRecord(
+    std::initializer_list<std::pair<const char*, const char*>> fields);
+
 /// A structure of type "Disk" with the fields Name and Size.
 std::shared_ptr<MetaObj::MetaStruct> MakeDisk(const std::string& name, long size);
 

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+#include <memory>
+#include <ostream>
+#include <sstream>
+#include <string>
+#include <utility>
+
+#include "kestrel/autocli/DisplayContext.h"
+#include "kestrel/autocli/FormatParameters.h"
+#include "kestrel/callspec/Output.h"
+#include "kestrel/metaobj/MetaBool.h"
+#include "kestrel/metaobj/MetaInt.h"
+#include "kestrel/metaobj/MetaList.h"
+#include "kestrel/metaobj/MetaObject.h"
+#include "kestrel/metaobj/MetaString.h"
+#include "kestrel/metaobj/MetaStruct.h"
+#include "support/SampleValues.h"
+
+namespace Kestrel::Testing {
+
+using MetaObj::MetaBool;
+using MetaObj::MetaInt;
+using MetaObj::MetaList;
+using MetaObj::MetaObject;
+using MetaObj::MetaString;
+using MetaObj::MetaStruct;
+using MetaObj::MetaType;
+
+using Parameters = std::initializer_list<std::pair<const char*, const char*>>;
+
+/// What the suites of the formatters have in common: the ways to the text of a value.
+template <typename Formatter>
+class FormatterFixture : public ::testing::Test {
+ protected:
+  /// What is written for a root value.
+  static std::string Print(const std::shared_ptr<MetaObject>& root, Parameters parameters = {},
+                           int width = 0) {
+    Formatter formatter;
+    return FormatToText(formatter, root, parameters, width);
+  }
+
+  /// What is written for a value at a level of nesting, where the formatter offers that.
+  static std::string PrintAt(int level, const std::shared_ptr<MetaObject>& value) {
+    Formatter formatter;
+    std::ostringstream out;
+    formatter.Format(value, out, level);
+    return out.str();
+  }
+
+  /// Writes a call's output to `out`.
+  static void Format(const std::shared_ptr<CallSpec::Output>& output, std::ostream& out,
+                     Parameters parameters = {}) {
+    Formatter formatter;
+    AutoCli::FormatParameters params = MakeParameters(parameters);
+    AutoCli::DisplayContext display;
+    formatter.Format(output, params, display, out);
+  }
+};
+
+}  // namespace Kestrel::Testing
