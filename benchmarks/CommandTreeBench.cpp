@@ -1,0 +1,257 @@
+// What one call costs in a large tree of commands, beside a parser of command lines that a program
+// would have of its own.
+
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <list>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#ifdef KESTREL_HAS_CLI11
+#include <CLI/CLI.hpp>
+#endif
+
+#include "kestrel/autocli/Command.h"
+#include "kestrel/autocli/CommandInput.h"
+#include "kestrel/autocli/CommandOutput.h"
+#include "kestrel/autocli/Dispatcher.h"
+#include "kestrel/autocli/Namespace.h"
+#include "kestrel/autocli/OptionParser.h"
+#include "kestrel/autocli/RootNamespace.h"
+#include "kestrel/callspec/InputSpec.h"
+#include "kestrel/callspec/OutputSpec.h"
+#include "kestrel/metaobj/MetaBool.h"
+
+namespace Kestrel::Benchmarks {
+namespace {
+
+using AutoCli::CommandInput;
+using AutoCli::CommandOutput;
+using AutoCli::OptionParser;
+using CallSpec::InputSpec;
+using CallSpec::OutputSpec;
+using CallSpec::ParameterSpec;
+using CallSpec::ParameterType;
+
+constexpr std::size_t kParameters = 20;
+constexpr int kCommandsOfANamespace = 100;
+
+std::string ParameterName(std::size_t index) { return "parameter-" + std::to_string(index); }
+std::string NamespaceName(int index) { return "namespace" + std::to_string(index); }
+std::string CommandName(int index) { return "command" + std::to_string(index); }
+
+/// Twenty optional parameters, texts and integers, and nothing to do.
+class IdleCommand : public AutoCli::Command {
+ public:
+  std::shared_ptr<InputSpec> GetInputSpecInternal() override {
+    auto spec = InputSpec::New();
+    for (std::size_t i = 0; i < kParameters; ++i) {
+      auto parameter = ParameterSpec::New(ParameterName(i),
+                                          i % 2 == 0 ? ParameterType::String : ParameterType::Int);
+      parameter->SetRequired(false);
+      spec->AddParameter(parameter);
+    }
+    return spec;
+  }
+
+  std::shared_ptr<OutputSpec> GetOutputSpecInternal() override {
+    auto spec = OutputSpec::New();
+    spec->SetRootObject(MetaObj::MetaBool::New(true));
+    return spec;
+  }
+
+  void ExecuteInternal(const std::shared_ptr<CallSpec::Input>& /*input*/,
+                       const std::shared_ptr<CallSpec::Output>& output) override {
+    output->SetRootObject(MetaObj::MetaBool::New(true));
+  }
+};
+
+void AddCommands(AutoCli::Dispatcher& dispatcher, int commands) {
+  for (int i = 0; i < commands; ++i) {
+    dispatcher.GetRootNamespace()
+        ->SubNamespace(NamespaceName(i / kCommandsOfANamespace))
+        ->RegisterNamespaceNode(std::make_shared<IdleCommand>(), CommandName(i));
+  }
+}
+
+/// The words of a call of the command in the middle with all its parameters, the tool's name first.
+std::vector<std::string> MakeCall(int commands) {
+  const int middle = commands / 2;
+  std::vector<std::string> words = {"tool", NamespaceName(middle / kCommandsOfANamespace),
+                                    CommandName(middle)};
+  for (std::size_t i = 0; i < kParameters; ++i) {
+    words.push_back("--" + ParameterName(i) + "=" + std::to_string(1000 + i));
+  }
+  return words;
+}
+
+std::vector<const char*> PointersTo(const std::vector<std::string>& words) {
+  std::vector<const char*> pointers;
+  for (const std::string& word : words) {
+    pointers.push_back(word.c_str());
+  }
+  return pointers;
+}
+
+bool Call(AutoCli::Dispatcher& dispatcher, const std::vector<const char*>& argv) {
+  OptionParser parser;
+  parser.ParseArgv(static_cast<int>(argv.size()), argv.data());
+  std::list<std::string> path = parser.GetCommandPath();
+  const auto command =
+      std::dynamic_pointer_cast<AutoCli::Command>(dispatcher.GetRootNamespace()->ResolveNode(path));
+  parser.SetInputSpec(command->GetInputSpec());
+  const auto input = CommandInput::New();
+  input->SetDispatcher(parser.GetDispatcher());
+  input->SetCommandPath(parser.GetCommandPath());
+  for (const auto& [name, value] : parser.GetCommandParameters()) {
+    input->AddParameter(name, value);
+  }
+  const auto output = CommandOutput::New();
+  return dispatcher.ExecuteCommand(input, output) && !output->HasError();
+}
+
+void BM_CommandCall(benchmark::State& state) {
+  AutoCli::Dispatcher dispatcher;
+  AddCommands(dispatcher, static_cast<int>(state.range(0)));
+  const auto words = MakeCall(static_cast<int>(state.range(0)));
+  const auto argv = PointersTo(words);
+  for (auto _ : state) {
+    if (!Call(dispatcher, argv)) {
+      state.SkipWithError("the call failed");
+      break;
+    }
+  }
+}
+BENCHMARK(BM_CommandCall)->Arg(20)->Arg(10000);
+
+#ifdef KESTREL_HAS_CLI11
+struct Cli11Values {
+  std::vector<std::string> texts = std::vector<std::string>(kParameters);
+  std::vector<std::int64_t> numbers = std::vector<std::int64_t>(kParameters);
+};
+
+/// The same tree; only the command that is called has its options, which favours this side.
+std::unique_ptr<CLI::App> MakeCli11Tree(int commands, Cli11Values& values) {
+  auto app = std::make_unique<CLI::App>();
+  CLI::App* group = nullptr;
+  CLI::App* called = nullptr;
+  for (int i = 0; i < commands; ++i) {
+    if (i % kCommandsOfANamespace == 0) {
+      group = app->add_subcommand(NamespaceName(i / kCommandsOfANamespace));
+    }
+    CLI::App* const command = group->add_subcommand(CommandName(i));
+    called = i == commands / 2 ? command : called;
+  }
+  for (std::size_t i = 0; i < kParameters; ++i) {
+    const std::string name = "--" + ParameterName(i);
+    if (i % 2 == 0) {
+      called->add_option(name, values.texts[i]);
+    } else {
+      called->add_option(name, values.numbers[i]);
+    }
+  }
+  return app;
+}
+
+/// A tree serves one call only: the second would first have to forget what the first one left.
+void BM_CommandCallCli11(benchmark::State& state) {
+  const int commands = static_cast<int>(state.range(0));
+  const auto words = MakeCall(commands);
+  const auto argv = PointersTo(words);
+  for (auto _ : state) {
+    state.PauseTiming();
+    Cli11Values values;
+    auto app = MakeCli11Tree(commands, values);
+    state.ResumeTiming();
+    app->parse(static_cast<int>(argv.size()), argv.data());
+    benchmark::DoNotOptimize(values);
+    state.PauseTiming();
+    app.reset();
+    state.ResumeTiming();
+  }
+}
+BENCHMARK(BM_CommandCallCli11)->Arg(20)->Arg(10000);
+#endif
+
+// How a call grows with what it is given; one word of a name says what the size counts.
+
+void BM_InputSpecAddParameters(benchmark::State& state) {
+  std::vector<std::shared_ptr<ParameterSpec>> parameters;
+  for (std::size_t i = 0; i < static_cast<std::size_t>(state.range(0)); ++i) {
+    parameters.push_back(ParameterSpec::New(ParameterName(i), ParameterType::String));
+  }
+  for (auto _ : state) {
+    const auto spec = InputSpec::New();
+    for (const auto& parameter : parameters) {
+      spec->AddParameter(parameter);
+    }
+    benchmark::DoNotOptimize(spec);
+  }
+}
+BENCHMARK(BM_InputSpecAddParameters)->RangeMultiplier(4)->Range(1 << 10, 1 << 14);
+
+void BM_InputSpecValidateListValues(benchmark::State& state) {
+  const auto spec = InputSpec::New();
+  spec->AddParameter(ParameterSpec::New("values", ParameterType::IntList));
+  const auto input = CallSpec::Input::New();
+  for (int i = 0; i < state.range(0); ++i) {
+    input->AddParameter("values", std::to_string(i));
+  }
+  input->SetInputSpec(spec);
+  for (auto _ : state) {
+    const auto output = CallSpec::Output::New();
+    benchmark::DoNotOptimize(spec->Validate(input, output));
+  }
+}
+BENCHMARK(BM_InputSpecValidateListValues)->RangeMultiplier(8)->Range(1 << 10, 1 << 20);
+
+void BM_InputSpecValidateErrors(benchmark::State& state) {
+  const auto spec = InputSpec::New();
+  spec->AddParameter(ParameterSpec::New("values", ParameterType::IntList));
+  const auto input = CallSpec::Input::New();
+  for (int i = 0; i < state.range(0); ++i) {
+    input->AddParameter("values", "no number");
+  }
+  input->SetInputSpec(spec);
+  for (auto _ : state) {
+    const auto output = CallSpec::Output::New();
+    spec->Validate(input, output);
+    benchmark::DoNotOptimize(output->GetErrors().size());
+  }
+}
+BENCHMARK(BM_InputSpecValidateErrors)->RangeMultiplier(8)->Range(1 << 10, 1 << 20);
+
+void BM_NamespaceAddChildren(benchmark::State& state) {
+  std::vector<std::string> names;
+  for (int i = 0; i < state.range(0); ++i) {
+    names.push_back(NamespaceName(i));
+  }
+  for (auto _ : state) {
+    AutoCli::Dispatcher dispatcher;
+    const auto root = dispatcher.GetRootNamespace();
+    for (const std::string& name : names) {
+      root->SubNamespace(name);
+    }
+    benchmark::DoNotOptimize(root);
+  }
+}
+BENCHMARK(BM_NamespaceAddChildren)->RangeMultiplier(8)->Range(1 << 10, 1 << 16);
+
+void BM_OptionParserTokens(benchmark::State& state) {
+  std::string line = "command";
+  for (std::size_t i = 0; i < static_cast<std::size_t>(state.range(0)); ++i) {
+    line += " --" + ParameterName(i) + "=value";
+  }
+  for (auto _ : state) {
+    OptionParser parser;
+    parser.ParseString(line);
+    benchmark::DoNotOptimize(parser.GetCommandParameters().size());
+  }
+}
+BENCHMARK(BM_OptionParserTokens)->RangeMultiplier(8)->Range(1 << 10, 1 << 19);
+
+}  // namespace
+}  // namespace Kestrel::Benchmarks

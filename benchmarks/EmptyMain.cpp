@@ -1,0 +1,2 @@
+// The least that a process can cost.
+int main() { return 0; }

@@ -1,0 +1,55 @@
+#!/usr/bin/env python3
+"""Tells how the time of each benchmark grows with its size.
+
+    growth.py RESULT.json...
+
+Reads what --benchmark_out wrote. For every benchmark with at least two sizes it prints the range
+of sizes and the exponent of the power law through the median times, by least squares: 1.00 means
+that doubling the work doubles the time.
+"""
+
+import json
+import math
+import re
+import statistics
+import sys
+
+NAME = re.compile(r"^(?P<family>.*?)/(?P<size>\d+)(?P<rest>(?:/[^/]*)*)$")
+TO_SECONDS = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}
+
+
+def times_by_family(results):
+    """{family: {size: [seconds, ...]}} of single runs; what was skipped is left out."""
+    families = {}
+    for run in results["benchmarks"]:
+        match = NAME.match(run["run_name"])
+        if match is None or run.get("run_type") == "aggregate" or run.get("error_occurred"):
+            continue
+        family = match["family"] + re.sub(r"/(repeats|iterations|min_time|manual_time):?[^/]*", "",
+                                          match["rest"])
+        measured = "real_time" if "manual_time" in match["rest"] else "cpu_time"
+        seconds = run[measured] * TO_SECONDS[run["time_unit"]]
+        families.setdefault(family, {}).setdefault(int(match["size"]), []).append(seconds)
+    return families
+
+
+def exponent(times):
+    """The slope of the line through (log size, log median time)."""
+    points = [(math.log(size), math.log(statistics.median(runs))) for size, runs in times.items()]
+    return statistics.linear_regression(*zip(*points)).slope
+
+
+def main(arguments):
+    if len(arguments) < 2:
+        sys.exit("Usage: growth.py RESULT.json...")
+    print("| benchmark | from | to | exponent |\n|---|--:|--:|--:|")
+    for path in arguments[1:]:
+        with open(path, encoding="utf-8") as file:
+            families = times_by_family(json.load(file))
+        for family, times in families.items():
+            if len(times) > 1:
+                print(f"| {family} | {min(times)} | {max(times)} | {exponent(times):.2f} |")
+
+
+if __name__ == "__main__":
+    main(sys.argv)
