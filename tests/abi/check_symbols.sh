@@ -26,6 +26,17 @@ if [[ -n $foreign ]]; then
   exit 1
 fi
 
+# A public constant that a program holds a copy of is that copy for the library too.
+constants=$(nm --dynamic --defined-only "$library" | awk '$2 ~ /^[BDG]$/ { print $3 }')
+bound=$(readelf --relocs --wide "$library" | awk 'NF >= 5 { sub(/@.*/, "", $5); print $5 }')
+[[ -n $constants ]] || { echo "The library exports no constant at all." >&2 && exit 1; }
+for constant in $constants; do
+  if ! grep -qxF "$constant" <<<"$bound"; then
+    echo "$(c++filt "$constant") is bound within the library: see cmake/replaceable.list" >&2
+    exit 1
+  fi
+done
+
 exported=$(grep -E "$ours" <<<"$symbols")
 if $update; then
   echo "$exported" >"$list"
