@@ -17,6 +17,7 @@
 #include "autocli/FileDescriptor.h"
 #include "kestrel/KestrelException.h"
 #include "support/Random.h"
+#include "support/Sanitizer.h"
 #include "support/ScopedTempDir.h"
 
 namespace Kestrel::AutoCli {
@@ -265,6 +266,9 @@ class DescriptorLimit {
 };
 
 TEST(ChildProcessTest, ASystemThatRefusesToWaitFailsTheWrite) {
+  if (Testing::kIsSanitized) {
+    GTEST_SKIP() << "the sanitizer needs descriptors of its own";
+  }
   const Interruption interruption([](int) {
     rlimit one;  // a wait for two descriptors is one too many then
     getrlimit(RLIMIT_NOFILE, &one);
@@ -312,6 +316,9 @@ TEST(ChildProcessTest, AProgramThatCannotBeStartedIsReported) {
 }
 
 TEST(ChildProcessTest, RunningOutOfDescriptorsIsReported) {
+  if (Testing::kIsSanitized) {
+    GTEST_SKIP() << "the sanitizer needs descriptors of its own";
+  }
   const LeavesNothing nothing;
   const auto failsWith = [](int free) {
     const DescriptorLimit limit(FirstFreeDescriptor() + free);
@@ -359,6 +366,9 @@ TEST(ChildProcessTest, RunsWithoutStandardStreams) {
 }
 
 TEST(ChildProcessTest, WithoutStandardStreamsItMayRunOutOfDescriptorsToo) {
+  if (Testing::kIsSanitized) {
+    GTEST_SKIP() << "the sanitizer needs descriptors of its own";
+  }
   const auto messageIs = [](int free, const std::string& expected) {
     return ExitStatusOf([&] {
       for (int i = 0; i < 3; ++i) {

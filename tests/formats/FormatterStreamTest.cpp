@@ -21,6 +21,7 @@
 #include "support/CountingBuffer.h"
 #include "support/LimitedBuffer.h"
 #include "support/SampleValues.h"
+#include "support/Sanitizer.h"
 
 namespace Kestrel::Testing {
 namespace {
@@ -174,9 +175,9 @@ int CountOfManyRows() {
 }
 
 TEST_P(FormatterStreamTest, NeedsNoMemoryForMoreRows) {
-#ifdef __SANITIZE_ADDRESS__
-  GTEST_SKIP() << "the sanitizer keeps what is freed";
-#endif
+  if (Testing::kIsSanitized) {
+    GTEST_SKIP() << "the sanitizer keeps what is freed";
+  }
   const int count = CountOfManyRows();
   const auto rows = MakeRows(count);
   CountingBuffer buffer;

@@ -248,6 +248,10 @@ TEST(NetworkInterfaceTest, FiltersChooseAmongTheInterfaces) {
   IN_OWN_NETWORK([] {
     MakeNetwork();
     Configure("ip link set outside down");
+    // The kernel tells the other end of it a moment later.
+    Configure(
+        "for i in $(seq 200); do ip link show inside | grep -q LOWERLAYERDOWN && exit 0; "
+        "sleep 0.05; done; exit 1");
     const auto names = [](const Parameters& parameters) {
       return CallColumn("network interface list", "Name", parameters);
     };
