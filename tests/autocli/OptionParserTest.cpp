@@ -3,16 +3,15 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <iostream>
 #include <memory>
-#include <random>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "kestrel/callspec/InputSpec.h"
 #include "kestrel/callspec/ParameterSpec.h"
+#include "support/Random.h"
 #include "support/StreamCapture.h"
 
 namespace Kestrel::AutoCli {
@@ -715,16 +714,13 @@ TEST(OptionParserTest, AgreesWithTheModelOnRandomTokens) {
       "-h",      "-ab",   "-1",   "--x",   "--device",    "--force", "--no",      "a=b",
       "--no==",  "--no=", "-d=1", "--x=1", "--force=yes", "-\n",     "two words", "--device=a b",
       "--he\nlp"};
-  const unsigned seed = std::random_device()();
-  SCOPED_TRACE("seed " + std::to_string(seed));
-  std::cout << "seed " << seed << '\n';
-  std::mt19937 random(seed);
+  Testing::Random random;
+  SCOPED_TRACE(random.HowToRepeat());
   const auto spec = MakeSpec();
-  const int rounds = std::getenv("KESTREL_CAMPAIGN") == nullptr ? 20000 : 2000000;
-  for (int round = 0; round < rounds; ++round) {
-    Tokens tokens(random() % 12);
+  for (int rounds = Testing::Rounds(20000, 2000000); rounds > 0; --rounds) {
+    Tokens tokens(random.Below(12));
     for (std::string& token : tokens) {
-      token = vocabulary[random() % vocabulary.size()];
+      token = random.Pick(vocabulary);
     }
     const Model model = MakeModel(tokens);
     OptionParser parser = Parse(tokens);

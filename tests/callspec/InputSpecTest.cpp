@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <map>
 #include <memory>
-#include <random>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -19,6 +18,7 @@
 #include "kestrel/callspec/Output.h"
 #include "kestrel/callspec/ParameterConstraint.h"
 #include "kestrel/callspec/ParameterSpec.h"
+#include "support/Random.h"
 
 namespace Kestrel::CallSpec {
 namespace {
@@ -223,10 +223,8 @@ TEST(InputSpecTest, ANullParameterIsRefused) {
 }
 
 TEST(InputSpecTest, AgreesWithAWalkOnRandomAdditions) {
-  const unsigned seed = std::random_device()();
-  SCOPED_TRACE("seed " + std::to_string(seed));
-  RecordProperty("seed", std::to_string(seed));
-  std::mt19937 random(seed);
+  Testing::Random random;
+  SCOPED_TRACE(random.HowToRepeat());
   // The rule itself: each existing parameter in order of names, its name first.
   const auto refusal = [](const std::vector<std::shared_ptr<ParameterSpec>>& existing,
                           const ParameterSpec& added) -> std::string {
@@ -246,16 +244,16 @@ TEST(InputSpecTest, AgreesWithAWalkOnRandomAdditions) {
     return "";
   };
   const auto anyOf = [&random](const std::string& letters) {
-    return std::string(1, letters[random() % letters.size()]);
+    return std::string(1, random.Pick(letters));
   };
-  for (int round = 0; round < 500; ++round) {
+  for (int rounds = Testing::Rounds(500, 50000); rounds > 0; --rounds) {
     const auto spec = InputSpec::New();
     for (int addition = 0; addition < 20; ++addition) {
       std::string name = anyOf("ab0-");
-      while (random() % 4 != 0) {
+      while (!random.Chance(25)) {
         name += anyOf("ab0-");
       }
-      const auto parameter = Parameter(name, random() % 2 == 0 ? anyOf("abcABC0") : "");
+      const auto parameter = Parameter(name, random.Chance(50) ? anyOf("abcABC0") : "");
       const std::string expected = refusal(spec->GetParameters(), *parameter);
       std::string message;
       try {
@@ -406,23 +404,21 @@ TEST(InputSpecTest, AMessageWithoutAnOutputThrows) {
 }
 
 TEST(InputSpecTest, AgreesWithSearchesOnRandomInputs) {
-  const unsigned seed = std::random_device()();
-  SCOPED_TRACE("seed " + std::to_string(seed));
-  RecordProperty("seed", std::to_string(seed));
-  std::mt19937 random(seed);
+  Testing::Random random;
+  SCOPED_TRACE(random.HowToRepeat());
   const std::vector<std::string> pool = {"aa", "ab", "b0", "bb", "c-", "cc", "dd", "zz"};
-  for (int round = 0; round < 2000; ++round) {
+  for (int rounds = Testing::Rounds(2000, 200000); rounds > 0; --rounds) {
     std::map<std::string, bool> declared;  // and whether it is required
     std::set<std::string> given;
     const auto spec = InputSpec::New();
     const auto input = Input::New();
     std::vector<std::string> expected;
     for (const std::string& name : pool) {
-      if (random() % 2 == 0) {
-        declared[name] = random() % 2 == 0;
+      if (random.Chance(50)) {
+        declared[name] = random.Chance(50);
         spec->AddParameter(declared[name] ? Parameter(name) : Optional(name));
       }
-      if (random() % 2 == 0) {
+      if (random.Chance(50)) {
         given.insert(name);
         input->AddParameter(name, "value");
       }

@@ -7,9 +7,10 @@
 #include <cstdlib>
 #include <limits>
 #include <optional>
-#include <random>
 #include <string>
 #include <vector>
+
+#include "support/Random.h"
 
 namespace Kestrel::CallSpec {
 namespace {
@@ -157,27 +158,21 @@ TEST(TextValueTest, IntegersAgreeWithStrtollOnEveryByteAroundADigit) {
 }
 
 TEST(TextValueTest, IntegersAgreeWithStrtollOnRandomTexts) {
-  const unsigned seed = std::random_device()();
-  SCOPED_TRACE("seed " + std::to_string(seed));
-  RecordProperty("seed", std::to_string(seed));
-  std::mt19937 random(seed);
+  Testing::Random random;
+  SCOPED_TRACE(random.HowToRepeat());
   const std::string alphabet = "0123456789012345678901234567890123456789+- \tx\0"s;
-  for (int round = 0; round < 100000; ++round) {
-    std::string text;
-    for (std::size_t length = random() % 24; length > 0; --length) {
-      text += alphabet[random() % alphabet.size()];
-    }
+  for (int rounds = Testing::Rounds(100000, 10000000); rounds > 0; --rounds) {
+    const std::string text = random.Text(alphabet, 23);
     ASSERT_EQ(Read(text), ReadByStrtoll(text)) << testing::PrintToString(text);
   }
 }
 
 TEST(TextValueTest, EveryPrintedIntegerReadsBack) {
-  const unsigned seed = std::random_device()();
-  SCOPED_TRACE("seed " + std::to_string(seed));
-  RecordProperty("seed", std::to_string(seed));
-  std::mt19937_64 random(seed);
-  for (int round = 0; round < 100000; ++round) {
-    const auto number = static_cast<std::int64_t>(random() >> (random() % 64));
+  Testing::Random random;
+  SCOPED_TRACE(random.HowToRepeat());
+  for (int rounds = Testing::Rounds(100000, 10000000); rounds > 0; --rounds) {
+    const std::size_t bits = random.Below(std::numeric_limits<std::size_t>::max());
+    const auto number = static_cast<std::int64_t>(bits >> (1 + random.Below(63)));
     ASSERT_EQ(Read(std::to_string(number)), number);
     ASSERT_EQ(Read(std::to_string(-number)), -number);
   }

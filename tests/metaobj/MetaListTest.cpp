@@ -8,11 +8,13 @@
 #include "kestrel/metaobj/MetaInt.h"
 #include "kestrel/metaobj/MetaString.h"
 #include "kestrel/metaobj/MetaStruct.h"
+#include "support/SampleValues.h"
 
 namespace {
 
 using namespace Kestrel::MetaObj;  // NOLINT: the names under test
 using Kestrel::KestrelException;
+using Kestrel::Testing::LyingValue;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::ThrowsMessage;
@@ -29,13 +31,6 @@ constexpr char kNotTheStructure[] =
     "declared structure of this list, so it was not added.";
 constexpr char kNoStructure[] =
     "List created with NULL structure.  No items can be added to this list.";
-
-// A value of none of the five classes, with the kind that it is told.
-class OtherValue : public MetaObject {
- public:
-  explicit OtherValue(MetaType type) : MetaObject(type) {}
-  std::string ToString() const override { return "other"; }
-};
 
 std::shared_ptr<MetaStruct> RecordOf(const std::vector<std::string>& names) {
   auto record = MetaStruct::New("Rec");
@@ -130,7 +125,7 @@ TEST(MetaListTest, TakesAnObjectThatIsAStructure) {
 TEST(MetaListTest, TakesEveryOtherObjectForNone) {
   const std::shared_ptr<MetaObject> number = MetaInt::New(1);
   const std::shared_ptr<MetaObject> none;
-  const std::shared_ptr<MetaObject> liar = std::make_shared<OtherValue>(MetaType::Struct);
+  const std::shared_ptr<MetaObject> liar = std::make_shared<LyingValue>(MetaType::Struct);
   const std::shared_ptr<MetaStruct> noStructure;
   EXPECT_EQ(MetaList::New(MetaType::Struct, number)->GetListStructure(), nullptr);
   EXPECT_EQ(MetaList::New(MetaType::Struct, none)->GetListStructure(), nullptr);
@@ -280,7 +275,7 @@ TEST(MetaListTest, RefusesEveryStructureWithoutOneOfItsOwn) {
 
 TEST(MetaListTest, RefusesAKindThatLies) {
   const auto list = MetaList::New(MetaType::Struct, RecordOf({}));
-  EXPECT_THAT([&] { list->Add(std::make_shared<OtherValue>(MetaType::Struct)); },
+  EXPECT_THAT([&] { list->Add(std::make_shared<LyingValue>(MetaType::Struct)); },
               ThrowsMessage<KestrelException>(
                   "Invalid structure detected by MetaList::Add.  Type Errors were: (2) : Unable to "
                   "cast to MetaStruct, runtime error?, " +
@@ -314,8 +309,8 @@ TEST(MetaListTest, TakesUndocumentedRecordsOfADocumentedStructure) {
 
 TEST(MetaListTest, TakesValuesOfOtherClassesByTheirKind) {
   const auto list = MetaList::New(MetaType::Int);
-  list->Add(std::make_shared<OtherValue>(MetaType::Int));
-  EXPECT_EQ(list->ToString(), "other");
+  list->Add(std::make_shared<LyingValue>(MetaType::Int));
+  EXPECT_EQ(list->ToString(), "a lie");
 }
 
 TEST(MetaListTest, AddsVectors) {
@@ -499,7 +494,7 @@ TEST(MetaListTest, DiffersFromOtherKinds) {
 
 TEST(MetaListTest, DiffersFromAKindThatLies) {
   Errors errors;
-  const auto liar = std::make_shared<OtherValue>(MetaType::List);
+  const auto liar = std::make_shared<LyingValue>(MetaType::List);
   EXPECT_FALSE(Numbers({})->IsSameStructure(liar, &errors));
   EXPECT_THAT(errors, ElementsAre("Mismatch on list type"));
 }

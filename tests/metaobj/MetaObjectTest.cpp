@@ -12,19 +12,14 @@
 #include "kestrel/metaobj/MetaList.h"
 #include "kestrel/metaobj/MetaString.h"
 #include "kestrel/metaobj/MetaStruct.h"
+#include "support/SampleValues.h"
 
 namespace {
 
 using namespace Kestrel::MetaObj;  // NOLINT: the names under test
+using Kestrel::Testing::LyingValue;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-// A value of none of the five classes, with the kind that it is told.
-class OtherValue : public MetaObject {
- public:
-  explicit OtherValue(MetaType type) : MetaObject(type) {}
-  std::string ToString() const override { return "other"; }
-};
 
 // Asked while static objects are made, when other sources' static members may not stand yet.
 const std::string kTextAtStart = MetaTypeString(MetaType::List) + MetaInt::New(20)->ToString() +
@@ -143,9 +138,9 @@ TEST(MetaObjectTest, AScalarDiffersSilentlyFromNull) {
 
 TEST(MetaObjectTest, TheBaseComparisonServesNoStructureAndNoList) {
   std::vector<std::string> errors;
-  const auto structLike = std::make_shared<OtherValue>(MetaType::Struct);
-  const auto listLike = std::make_shared<OtherValue>(MetaType::List);
-  const auto unknown = std::make_shared<OtherValue>(static_cast<MetaType>(5));
+  const auto structLike = std::make_shared<LyingValue>(MetaType::Struct);
+  const auto listLike = std::make_shared<LyingValue>(MetaType::List);
+  const auto unknown = std::make_shared<LyingValue>(static_cast<MetaType>(5));
   EXPECT_FALSE(structLike->IsSameStructure(structLike, &errors));
   EXPECT_FALSE(listLike->IsSameStructure(listLike, &errors));
   EXPECT_FALSE(unknown->IsSameStructure(unknown, &errors));
@@ -156,14 +151,14 @@ TEST(MetaObjectTest, TheBaseComparisonServesNoStructureAndNoList) {
 
 TEST(MetaObjectTest, AScalarTrustsAKind) {
   EXPECT_TRUE(
-      MetaInt::New(1)->IsSameStructure(std::make_shared<OtherValue>(MetaType::Int), nullptr));
+      MetaInt::New(1)->IsSameStructure(std::make_shared<LyingValue>(MetaType::Int), nullptr));
 }
 
 TEST(MetaObjectTest, IsWrittenToAStreamAsItsText) {
   std::ostringstream out;
   std::ostream& result = out << *MetaInt::New(-5) << ' ' << *MetaBool::New(true) << ' '
-                             << OtherValue(MetaType::List);
-  EXPECT_EQ(out.str(), "-5 true other");
+                             << LyingValue(MetaType::List);
+  EXPECT_EQ(out.str(), "-5 true a lie");
   EXPECT_EQ(&result, &out);
 }
 

@@ -2,7 +2,6 @@
 
 #include <map>
 #include <memory>
-#include <random>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,11 +11,14 @@
 #include "kestrel/metaobj/MetaInt.h"
 #include "kestrel/metaobj/MetaString.h"
 #include "kestrel/metaobj/MetaStruct.h"
+#include "support/Random.h"
 
 namespace {
 
 using namespace Kestrel::MetaObj;  // NOLINT: the names under test
 using Kestrel::KestrelException;
+using Kestrel::Testing::Random;
+using Kestrel::Testing::Rounds;
 
 using Value = std::shared_ptr<MetaObject>;
 
@@ -91,7 +93,7 @@ std::string MessageOf(const Call& call) {
 // common, and changes a plain form of each alike.
 class Walk {
  public:
-  explicit Walk(unsigned seed) : random_(seed) {}
+  explicit Walk(Random& random) : random_(random) {}
 
   void Step() {
     if (pairs_.size() < 3 || Pick(200) == 0) {
@@ -119,7 +121,7 @@ class Walk {
   }
 
  private:
-  unsigned Pick(std::size_t count) { return static_cast<unsigned>(random_() % count); }
+  unsigned Pick(std::size_t count) { return static_cast<unsigned>(random_.Below(count)); }
 
   // Few names mostly, so that they meet again; now and then one that is longer than usual.
   std::string Name() {
@@ -207,15 +209,15 @@ class Walk {
     EXPECT_EQ(pair.record->MatchesStructureDefinition(), pair.plain->MatchesDefinition());
   }
 
-  std::mt19937 random_;
+  Random& random_;
   std::vector<Pair> pairs_;
 };
 
 TEST(MetaStructModelTest, ManyStructuresBehaveAsTheirPlainForms) {
-  const unsigned seed = std::random_device()();
-  SCOPED_TRACE("seed " + std::to_string(seed));
-  Walk walk(seed);
-  for (int step = 0; step < 40000 && !HasFailure(); ++step) {
+  Random random;
+  SCOPED_TRACE(random.HowToRepeat());
+  Walk walk(random);
+  for (int steps = Rounds(40000, 4000000); steps > 0 && !HasFailure(); --steps) {
     walk.Step();
   }
 }

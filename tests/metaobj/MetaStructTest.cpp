@@ -15,28 +15,26 @@
 #include "kestrel/metaobj/MetaInt.h"
 #include "kestrel/metaobj/MetaList.h"
 #include "kestrel/metaobj/MetaString.h"
+#include "support/Random.h"
+#include "support/SampleValues.h"
 
 namespace {
 
 using namespace Kestrel::MetaObj;  // NOLINT: the names under test
 using Kestrel::KestrelException;
+using Kestrel::Testing::LyingValue;
+using Kestrel::Testing::Random;
+using Kestrel::Testing::Rounds;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::ThrowsMessage;
 
 using Errors = std::vector<std::string>;
 
-// A value of none of the five classes, with the kind that it is told.
-class OtherValue : public MetaObject {
- public:
-  explicit OtherValue(MetaType type) : MetaObject(type) {}
-  std::string ToString() const override { return "other"; }
-};
-
 // A scalar that matches nothing and says so.
-class Stranger : public OtherValue {
+class Stranger : public LyingValue {
  public:
-  using OtherValue::OtherValue;
+  using LyingValue::LyingValue;
   bool IsSameStructure(const std::shared_ptr<MetaObject>&,
                        std::vector<std::string>* errors) const override {
     if (errors != nullptr) {
@@ -201,7 +199,7 @@ TEST(MetaStructTest, StoresObjectsAsGiven) {
   ExpectStoredAsGiven(MetaInt::New(100));
   ExpectStoredAsGiven(MetaBool::New(true));
   ExpectStoredAsGiven(MetaString::New("x"));
-  ExpectStoredAsGiven(std::make_shared<OtherValue>(MetaType::Int));
+  ExpectStoredAsGiven(std::make_shared<LyingValue>(MetaType::Int));
 }
 
 TEST(MetaStructTest, MakesObjectsOfNumbers) {
@@ -549,10 +547,10 @@ TEST(MetaStructTest, PrintsNestedValues) {
   record->SetField("inner", inner);
   record->SetField("list", list);
   record->SetField("none", std::vector<long>());
-  record->SetField("odd", std::make_shared<OtherValue>(MetaType::Struct));
+  record->SetField("odd", std::make_shared<LyingValue>(MetaType::Struct));
   EXPECT_EQ(record->ToString(),
             "{'inner' => '{'x' => 'true', }', 'list' => '{'x' => 'true', }, {'x' => 'true', }', "
-            "'none' => '', 'odd' => 'other', }");
+            "'none' => '', 'odd' => 'a lie', }");
 }
 
 // --- Removing
@@ -678,7 +676,7 @@ TEST(MetaStructTest, DiffersFromOtherKinds) {
 
 TEST(MetaStructTest, DiffersFromAKindThatLies) {
   Errors errors;
-  const auto liar = std::make_shared<OtherValue>(MetaType::Struct);
+  const auto liar = std::make_shared<LyingValue>(MetaType::Struct);
   EXPECT_FALSE(RecordOf({})->IsSameStructure(liar, &errors));
   EXPECT_FALSE(RecordOf({})->IsSameStructure(liar, nullptr));
   EXPECT_THAT(errors, ElementsAre("Unable to cast to MetaStruct, runtime error?"));
@@ -810,7 +808,7 @@ TEST(MetaStructTest, FindsALyingKindInAField) {
   const auto one = MetaStruct::New("Rec");
   const auto other = MetaStruct::New("Rec");
   one->SetField("a", MetaStruct::New("Inner"));
-  other->SetField("a", std::make_shared<OtherValue>(MetaType::Struct));
+  other->SetField("a", std::make_shared<LyingValue>(MetaType::Struct));
   Errors errors;
   EXPECT_FALSE(one->IsSameStructure(other, &errors));
   EXPECT_THAT(errors, ElementsAre("Unable to cast to MetaStruct, runtime error?",
@@ -994,20 +992,19 @@ void ExpectSame(const MetaStruct& record, const Model& model) {
   ASSERT_EQ(record.ToString(), text + "}");
 }
 
-void RunAgainstModel(unsigned seed, unsigned poolSize) {
-  SCOPED_TRACE("seed " + std::to_string(seed) + ", names " + std::to_string(poolSize));
-  std::mt19937 random(seed);
+void RunAgainstModel(Random& random, std::size_t poolSize) {
+  SCOPED_TRACE("names " + std::to_string(poolSize));
   const auto record = MetaStruct::New("Rec");
   Model model;
   for (int step = 0; step < 400; ++step) {
-    const unsigned pick = static_cast<unsigned>(random() % poolSize);
+    const std::size_t pick = random.Below(poolSize);
     // Every eleventh name is longer than layouts take.
     const std::string name = std::to_string(pick) + std::string(pick % 11 == 10 ? 300 : 0, 'n');
-    if (random() % 4 == 0) {
+    if (random.Chance(25)) {
       record->RemoveField(name);
       model.erase(name);
     } else {
-      const ModelField field = {std::to_string(step), random() % 3 == 0 ? "doc" : ""};
+      const ModelField field = {std::to_string(step), random.Chance(33) ? "doc" : ""};
       record->SetField(name, MetaString::New(field.text), field.documentation);
       model[name] = field;
     }
@@ -1019,13 +1016,11 @@ void RunAgainstModel(unsigned seed, unsigned poolSize) {
 }
 
 TEST(MetaStructTest, BehavesAsAnOrderedMapWould) {
-  const unsigned firstSeed = std::random_device()();
-  for (unsigned round = 0; round < 20; ++round) {
-    for (const unsigned poolSize : {5u, 9u, 40u, 150u}) {
-      RunAgainstModel(firstSeed + round, poolSize);
-      if (HasFatalFailure()) {
-        return;
-      }
+  Random random;
+  SCOPED_TRACE(random.HowToRepeat());
+  for (int rounds = Rounds(20, 2000); rounds > 0; --rounds) {
+    for (const std::size_t poolSize : {5, 9, 40, 150}) {
+      ASSERT_NO_FATAL_FAILURE(RunAgainstModel(random, poolSize));
     }
   }
 }
@@ -1168,10 +1163,10 @@ TEST(MetaStructTest, LetsGoOfAllValuesAtEachDepth) {
 }
 
 // A value whose end is the end of a value that no other knows.
-class KeeperOfAnother : public OtherValue {
+class KeeperOfAnother : public LyingValue {
  public:
   explicit KeeperOfAnother(std::shared_ptr<MetaObject>& kept)
-      : OtherValue(MetaType::String), kept_(kept) {}
+      : LyingValue(MetaType::String), kept_(kept) {}
   ~KeeperOfAnother() override { kept_.reset(); }
 
  private:
