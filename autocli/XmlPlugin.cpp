@@ -113,20 +113,20 @@ void CheckParameter(const ParameterElement& parameter) {
                            "[string, string-list, bool, bool-list, int, int-list]");
   }
   // Spelled so from here on: scripts match these texts.
-  const std::string prefix = "Unable to parse Input Paramter " + parameter.name;
+  const auto refuse = [&parameter](const std::string& reason) {
+    throw KestrelException("Unable to parse Input Paramter " + parameter.name + reason);
+  };
   if (!IsBooleanWord(parameter.required)) {
-    throw KestrelException(prefix +
-                           ". Missing or invalid 'required', must be one of ['true', 'false']");
+    refuse(". Missing or invalid 'required', must be one of ['true', 'false']");
   }
   if (parameter.description.empty()) {
-    throw KestrelException(prefix + ". Missing command description");
+    refuse(". Missing command description");
   }
   if (!IsBooleanWord(parameter.secret)) {
-    throw KestrelException(prefix + ". Invalid 'secret', must be one of ['true', 'false']");
+    refuse(". Invalid 'secret', must be one of ['true', 'false']");
   }
   if (parameter.secret == "true" && parameter.type != "string") {
-    throw KestrelException(prefix + ". Invalid type " + parameter.type +
-                           " for secret, must be 'string'");
+    refuse(". Invalid type " + parameter.type + " for secret, must be 'string'");
   }
 }
 
