@@ -12,7 +12,8 @@
 #include <algorithm>
 #include <cstring>
 #include <utility>
-#include <vector>
+
+#include "autocli/ConditionalRemoval.h"
 
 namespace Kestrel::AutoCli {
 namespace {
@@ -211,131 +212,7 @@ void ReplaceAll(MarkedText& text, const std::string& name, Replacement replaceme
   }
 }
 
-/// For each "{" of the template the position of its "}", or none where it is not closed.
-std::vector<std::size_t> PairBraces(const MarkedText& text) {
-  std::vector<std::size_t> pairs(text.Size(), kNone);
-  std::vector<std::size_t> open;
-  for (std::size_t i = 0; i < text.Size(); ++i) {
-    if (text.IsFromValue(i)) {
-      continue;
-    }
-    if (text.Bytes()[i] == '{') {
-      open.push_back(i);
-    } else if (text.Bytes()[i] == '}' && !open.empty()) {
-      pairs[open.back()] = i;
-      open.pop_back();
-    }
-  }
-  return pairs;
-}
-
-/// The position of the comma behind a name that begins at `position`, or none.
-std::size_t CommaAfterName(const std::string& text, std::size_t position) {
-  const std::size_t begin = position;
-  while (position < text.size() && IsNameByte(text[position])) {
-    ++position;
-  }
-  return position > begin && position < text.size() && text[position] == ',' ? position : kNone;
-}
-
-/// One walk over a text that leaves out the conditionals it meets.
-///
-/// A conditional runs from a "$" to the end of a balanced block that follows it with no "$" in
-/// between; its own brace need not be the block's. What is kept knows its last "$" at any time.
-class ConditionalRemoval {
- public:
-  explicit ConditionalRemoval(const MarkedText& text) : text_(text), pairs_(PairBraces(text)) {}
-
-  /// Walks the text. False when nothing was left out.
-  bool Run() {
-    bool removed = false;
-    std::size_t position = text_.Bytes().find('{');
-    while (position != kNone) {
-      KeepUntil(position);
-      const std::size_t close = pairs_[position];
-      const std::size_t after = close == kNone ? position + 1 : close + 1;
-      if (close != kNone && LastDollarOpensConditional(position, close)) {
-        kept_.RemoveLast(kept_.Size() - dollars_.back().position);
-        dollars_.pop_back();
-        copied_ = after;
-        removed = true;
-      }
-      position = text_.Bytes().find('{', after);
-    }
-    KeepUntil(text_.Size());
-    return removed;
-  }
-
-  MarkedText& GetKept() { return kept_; }
-
- private:
-  struct Dollar {
-    std::size_t position;
-    std::optional<bool> opens;  // whether a conditional's name and comma follow in the kept text
-  };
-
-  void KeepUntil(std::size_t end) {
-    const std::size_t begin = kept_.Size();
-    kept_.Append(text_, copied_, end - copied_);
-    copied_ = end;
-    for (std::size_t i = kept_.Bytes().find('$', begin); i != kNone;
-         i = kept_.Bytes().find('$', i + 1)) {
-      dollars_.push_back({i, std::nullopt});
-    }
-  }
-
-  /// Whether the text from the last "$" to the end of the block at `open` is a conditional.
-  bool LastDollarOpensConditional(std::size_t open, std::size_t close) {
-    if (dollars_.empty()) {
-      return false;
-    }
-    Dollar& dollar = dollars_.back();
-    if (kept_.IsFromValue(dollar.position) ||
-        !Continues(kept_.Bytes(), dollar.position, kConditional)) {
-      return false;
-    }
-    const std::size_t brace = dollar.position + kConditional.size();
-    if (brace == kept_.Size()) {
-      const std::size_t comma = CommaAfterName(text_.Bytes(), open + 1);
-      return comma != kNone && comma + 1 < close;
-    }
-    if (!dollar.opens.has_value()) {
-      dollar.opens = kept_.Bytes()[brace] == '{' && !kept_.IsFromValue(brace) &&
-                     CommaAfterName(kept_.Bytes(), brace + 1) != kNone;
-    }
-    return *dollar.opens;
-  }
-
-  static constexpr std::string_view kConditional = "$if";
-
-  const MarkedText& text_;
-  const std::vector<std::size_t> pairs_;
-  MarkedText kept_;
-  std::vector<Dollar> dollars_;
-  std::size_t copied_ = 0;
-};
-
 }  // namespace
-
-void MarkedText::AppendTemplate(std::string_view text) {
-  bytes_.append(text);
-  fromValue_.append(text.size(), '\0');
-}
-
-void MarkedText::AppendValue(std::string_view text) {
-  bytes_.append(text);
-  fromValue_.append(text.size(), '\1');
-}
-
-void MarkedText::Append(const MarkedText& other, std::size_t position, std::size_t length) {
-  bytes_.append(other.bytes_, position, length);
-  fromValue_.append(other.fromValue_, position, length);
-}
-
-void MarkedText::RemoveLast(std::size_t length) {
-  bytes_.resize(bytes_.size() - length);
-  fromValue_.resize(bytes_.size());
-}
 
 std::optional<TemplateText::ValuePlace> TemplateText::FindValue(const std::string& name) const {
   const std::optional<Marker> last = Occurrences<ValueMarker>(text_, name).Last();
@@ -390,12 +267,8 @@ void TemplateText::InsertMultiList(const std::string& name, const MarkedText& va
 }
 
 void TemplateText::RemoveConditionals() {
-  // What one walk leaves out can lay open what it passed over; one that removes nothing is the end.
-  bool removed = text_.Bytes().find("$if{") != kNone;
-  while (removed) {
-    ConditionalRemoval walk(text_);
-    removed = walk.Run();
-    text_ = std::move(walk.GetKept());
+  if (text_.Bytes().find("$if{") != kNone) {
+    text_ = WithoutConditionals(text_);
   }
 }
 

@@ -38,8 +38,8 @@ LAYERS = [
      "CommandHelpFormatter CliDispatcherHelpFormatter HeaderMarker FieldPrefixes ValueWalk Indent"),
     ("extend", "autocli",
      "Plugin PluginEntryPoint SharedObjectFile SharedLibraryPlugin InternalPlugin CommandList "
-     "XmlUtil XmlDocument XmlNode XmlValue XmlValueReader LeadingInteger TemplateText "
-     "TemplateParts ExtensionCommand XmlPlugin"),
+     "XmlUtil XmlDocument XmlNode XmlValue XmlValueReader LeadingInteger MarkedText TemplateText "
+     "TemplateParts ConditionalRemoval ExtensionCommand XmlPlugin"),
     ("dispatch", "autocli", "Report PluginFiles Dispatcher CliDispatcher"),
 ]
 RANK = {name: rank for rank, (name, _, _) in enumerate(LAYERS)}

@@ -52,7 +52,21 @@ TEST(TemplateTextTest, WalksAgainAfterARemoval) {
   EXPECT_EQ(Cleaned("{ $if{x,y} $if{a,b} } {c}"), "{  ");
 }
 
-TEST(TemplateTextTest, WhatARemovalJoinsIsOneText) { EXPECT_EQ(Cleaned("$i$if{a,b}f{c,d}e"), "e"); }
+TEST(TemplateTextTest, WalksAgainThroughEachBlockThatARemovalOpens) {
+  EXPECT_EQ(Cleaned("{ { { $if{a,b} } {c} $if{a,b} } {c} $if{a,b} } {c}"), "{ { {   ");
+  EXPECT_EQ(Cleaned("{ {q} $if{x,y} {r} $if{a,b} } {c}"), "{ {q}  {r} ");
+  EXPECT_EQ(Cleaned("{ $if{x,y} $if{a,b} } {c} ${d} {e}"), "{   ${d} {e}");
+}
+
+TEST(TemplateTextTest, ABlockThatLosesItsEndMayFindAnotherOne) {
+  EXPECT_EQ(Cleaned("{ $if{x,y} $if{a,b} } {c} } e"), "{ $if{x,y}  } e");
+  EXPECT_EQ(Cleaned("{ { $if{x,y} $if{a,b} } } {c} } e"), "{ { $if{x,y}  } e");
+}
+
+TEST(TemplateTextTest, WhatARemovalJoinsIsOneText) {
+  EXPECT_EQ(Cleaned("$i$if{a,b}f{c,d}e"), "e");
+  EXPECT_EQ(Cleaned("$if{a$if{x,y},b {c}"), "");
+}
 
 constexpr const char* kScalars[] = {"aa", "ab", "c-1", "zz"};
 constexpr const char* kLists[] = {"li", "lj"};
@@ -305,6 +319,26 @@ TEST(TemplateTextTest, AllShortTemplatesAreCleanedAsTheModelSays) {
   }
 }
 
+// Blocks that lose their ends, one in the other and one after the other.
+TEST(TemplateTextTest, MadeUpBlocksAreCleanedAsTheModelSays) {
+  constexpr std::string_view kPieces[] = {
+      "{", "}",     " }",     "{c}",      "${d}",     "{ ",       "$",  "b",     "$if",
+      ",", "$if{a", "$if{a,", "$if{a,b}", "$if{a,} ", "$if{a,b}", "$i", "f{c,d}"};
+  constexpr std::string_view kLosses[] = {" $if{a,b} } {c}", " $if{a,b $if{c,d} } }{c}{c}",
+                                          " $if{a,b} $if{c,d} } {c}"};
+  Random random;
+  SCOPED_TRACE(random.HowToRepeat());
+  const auto spec = InputSpec::New();
+  const auto input = Input::New();
+  for (int i = Rounds(5000, 500000); i > 0 && !HasFailure(); --i) {
+    std::string text;
+    for (std::size_t left = random.Below(25); left > 0; --left) {
+      text += random.Chance(70) ? random.Pick(kPieces) : random.Pick(kLosses);
+    }
+    EXPECT_EQ(Cleaned(text), ModelOfSubstitution(text, *spec, *input, false)) << text;
+  }
+}
+
 /// A value full of what would be a marker in a template. It begins and ends with a letter, so that
 /// it changes nothing for its neighbours.
 std::string MakeMarkerValue(Random& random, bool withClosingBraces) {
@@ -412,6 +446,14 @@ std::string Repeat(std::string_view text, std::size_t size) {
   return repeated;
 }
 
+/// As many blocks in one another, each of which loses its end.
+std::string OpenedOneAfterTheOther(std::size_t size) {
+  constexpr std::string_view kBegin = "{ ";
+  constexpr std::string_view kLoss = " $if{a,b} } {c} ${d}";
+  const std::size_t levels = size / (kBegin.size() + kLoss.size());
+  return Repeat(kBegin, levels * kBegin.size()) + Repeat(kLoss, levels * kLoss.size());
+}
+
 // Were any of them not linear, this would take hours.
 TEST(TemplateTextTest, HostileTemplatesOfAMegabyteAreScannedOnce) {
   constexpr std::size_t kSize = 1000000;
@@ -442,6 +484,11 @@ TEST(TemplateTextTest, HostileTemplatesOfAMegabyteAreScannedOnce) {
                                   Repeat("$if{zz,", kSize / 2) + Repeat("}", kSize / 2),
                                   Repeat("$if{zz,", kSize / 2) + Repeat("{c}", kSize / 2),
                                   Repeat("$if{zz}", kSize),
+                                  OpenedOneAfterTheOther(kSize),
+                                  OpenedOneAfterTheOther(kSize / 2) + Repeat("{", kSize / 2),
+                                  OpenedOneAfterTheOther(kSize / 2) + Repeat("{c}", kSize / 2),
+                                  Repeat("}", kSize / 2) + OpenedOneAfterTheOther(kSize / 2),
+                                  OpenedOneAfterTheOther(kSize / 2) + Repeat("}", kSize / 2),
                                   "$if{zz,x}" + Repeat("$if{", kSize),
                                   "$if{" + name + Repeat("{c}", kSize / 2),
                                   "$if{zz,x}$" + Repeat("{c}", kSize),

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace Kestrel::AutoCli {
+
+/// Whether a parameter's name may hold the byte.
+inline bool IsNameByte(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-';
+}
+
+/// A text that remembers of each byte whether it came from a value. What a value holds is never
+/// read as a marker of the template language.
+class MarkedText {
+ public:
+  MarkedText() = default;
+  explicit MarkedText(std::string_view text) { AppendTemplate(text); }
+
+  void AppendTemplate(std::string_view text) { Append(text, '\0'); }
+  void AppendValue(std::string_view text) { Append(text, '\1'); }
+
+  void Append(const MarkedText& other, std::size_t position, std::size_t length) {
+    bytes_.append(other.bytes_, position, length);
+    fromValue_.append(other.fromValue_, position, length);
+  }
+  void Append(const MarkedText& other) { Append(other, 0, other.Size()); }
+
+  const std::string& Bytes() const { return bytes_; }
+  std::size_t Size() const { return bytes_.size(); }
+  bool IsFromValue(std::size_t position) const { return fromValue_[position] != '\0'; }
+
+ private:
+  void Append(std::string_view text, char fromValue) {
+    bytes_.append(text);
+    fromValue_.append(text.size(), fromValue);
+  }
+
+  std::string bytes_;
+  std::string fromValue_;  // one byte each: 0 or 1
+};
+
+}  // namespace Kestrel::AutoCli
