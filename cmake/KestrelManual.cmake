@@ -1,4 +1,5 @@
-# The manual pages, with the version and the folder of plug-ins of this build.
+# The manual pages, with the version and the folder of plug-ins of this build; and the reference of
+# the public headers.
 function(kestrel_add_manual_page page component)
   cmake_path(GET page EXTENSION LAST_ONLY extension)
   string(SUBSTRING ${extension} 1 -1 section)
@@ -10,3 +11,12 @@ endfunction()
 kestrel_add_manual_page(vexil.1 tool)
 kestrel_add_manual_page(vexil-plugin.5 tool)
 kestrel_add_manual_page(vexil-plugin.3 development)
+
+find_package(Doxygen QUIET)
+if(DOXYGEN_FOUND)
+  configure_file(docs/Doxyfile.in ${PROJECT_BINARY_DIR}/Doxyfile @ONLY)
+  add_custom_target(reference
+    COMMAND Doxygen::doxygen ${PROJECT_BINARY_DIR}/Doxyfile
+    COMMENT "Writing the reference of the public headers to ${PROJECT_BINARY_DIR}/reference"
+    VERBATIM)
+endif()

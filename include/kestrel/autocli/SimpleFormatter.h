@@ -16,7 +16,7 @@ namespace Kestrel::AutoCli {
 /// a header line and a line per field, a list its elements, each behind an empty line.
 ///
 /// The parameters "fields:<TypeName>" or "fields" choose a structure's fields, whose names are not
-/// trimmed; "header:<TypeName>" sets its header, in which the last %<Field>% becomes the text of
+/// trimmed; "header:<TypeName>" sets its header, in which the last "%<Field>%" becomes the text of
 /// that field, and "<NONE>" leaves it out; "align-fields" = "true" pads the names to one length.
 ///
 /// Nothing is thrown for a bad value: a text in its place tells what is wrong. Values may nest as
