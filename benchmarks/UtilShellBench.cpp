@@ -23,8 +23,8 @@ constexpr const char* kCommand = "echo done";
 /// Memory that is there, not merely promised.
 class HeldMemory {
  public:
-  explicit HeldMemory(std::int64_t mebibytes)
-      : size_(static_cast<std::size_t>(mebibytes) << 20), bytes_(new char[size_]) {
+  explicit HeldMemory(std::int64_t kibibytes)
+      : size_(static_cast<std::size_t>(kibibytes) << 10), bytes_(new char[size_]) {
     std::memset(bytes_.get(), 1, size_);
   }
 
@@ -76,8 +76,8 @@ void BM_ShellCommand(benchmark::State& state) {
     }
   }
 }
-BENCHMARK(BM_ShellCommand<RunWithLibrary>)->Arg(0)->Arg(64)->Arg(1024)->UseRealTime();
-BENCHMARK(BM_ShellCommand<RunWithBareSpawn>)->Arg(0)->Arg(64)->Arg(1024)->UseRealTime();
+BENCHMARK(BM_ShellCommand<RunWithLibrary>)->Arg(0)->Arg(64 << 10)->Arg(1 << 20)->UseRealTime();
+BENCHMARK(BM_ShellCommand<RunWithBareSpawn>)->Arg(0)->Arg(64 << 10)->Arg(1 << 20)->UseRealTime();
 
 }  // namespace
 }  // namespace Kestrel::Benchmarks
