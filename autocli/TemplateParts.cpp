@@ -1,6 +1,6 @@
 // A part holds the markers of one parameter, and a parameter stands in one part alone. A cut stands
 // where no marker can run across and where no marker's neighbour is: outside of braces, behind a
-// blank or between two conditionals.
+// byte that no opening and no quotes are made of, or between two conditionals.
 //
 // Two things would still join what was cut: a marker that did not end within its part, and one that
 // the text of a parameter and its neighbours have grown into. Both leave an opening behind that
@@ -17,6 +17,7 @@ namespace Kestrel::AutoCli {
 namespace {
 
 constexpr std::size_t kNoPart = std::string::npos;
+constexpr std::string_view kSeparators = " \n\t\",/:;<=>|";
 
 /// The name behind the opening of a marker that stands at `position`; empty when none does.
 std::string_view NameAt(std::string_view text, std::size_t position) {
@@ -60,7 +61,7 @@ class CutFinder {
       if (depth_ == 0 && isConditional_ && IsAt("$if{", position + 1)) {
         last_ = position + 1;
       }
-    } else if (depth_ == 0 && (c == ' ' || c == '\n')) {
+    } else if (depth_ == 0 && kSeparators.find(c) != std::string_view::npos) {
       last_ = position + 1;
     }
   }

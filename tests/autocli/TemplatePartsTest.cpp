@@ -69,9 +69,10 @@ std::vector<std::string> PartsOf(const std::string& text, const std::vector<std:
   return parts;
 }
 
-TEST(TemplatePartsTest, CutsBehindBlanksAndBetweenConditionals) {
+TEST(TemplatePartsTest, CutsBehindSeparatorsAndBetweenConditionals) {
   EXPECT_THAT(PartsOf("c $val{aa} --b '$val{bb}'\nx $list{cc,' ',true} y", {"aa", "bb", "cc"}),
               ElementsAre("c $val{aa} --b ", "'$val{bb}'\nx ", "$list{cc,' ',true} y"));
+  EXPECT_THAT(PartsOf("$val{aa}:$val{bb}", {"aa", "bb"}), ElementsAre("$val{aa}:", "$val{bb}"));
   EXPECT_THAT(PartsOf("c$if{aa,a '$val{aa}'}$if{bb,b}$if{zz,z}", {"aa", "bb"}),
               ElementsAre("c$if{aa,a '$val{aa}'}", "$if{bb,b}$if{zz,z}"));
   EXPECT_THAT(PartsOf("$val{aa} $val{aa} $multilist{bb,-x y,true}", {"bb", "aa"}),
@@ -86,9 +87,10 @@ TEST(TemplatePartsTest, AParameterWithoutMarkersHasNoPart) {
 TEST(TemplatePartsTest, RefusesParametersThatStandTogether) {
   const Values values = {{"aa", "1"}, {"bb", "2"}};
   for (const char* text :
-       {"$val{aa}$val{bb}", "$val{aa}:$val{bb}", "$if{aa,x $val{bb}}", "$if{aa,x}$val{bb}",
-        "{ $val{aa} $val{bb} }", "$val{aa} $val{bb} $val{aa}", "$val{aa", "{ $val{aa} $val{bb}",
-        "$if{aa,} $if{bb,x}", "$multilist{aa,x} $val{bb} ,true}", "$list{aa,'x',yes} $val{bb}"}) {
+       {"$val{aa}$val{bb}", "$val{aa}x$val{bb}", "$val{aa}'$val{bb}", "$if{aa,x $val{bb}}",
+        "$if{aa,x}$val{bb}", "{ $val{aa} $val{bb} }", "$val{aa} $val{bb} $val{aa}", "$val{aa",
+        "{ $val{aa} $val{bb}", "$if{aa,} $if{bb,x}", "$multilist{aa,x} $val{bb} ,true}",
+        "$list{aa,'x',yes} $val{bb}"}) {
     EXPECT_EQ(InParts(text, values), std::nullopt) << text;
   }
 }
@@ -129,7 +131,11 @@ std::string MakeText(Random& random, const std::vector<std::string_view>& pieces
 }
 
 TEST(TemplatePartsTest, GivesWhatTheWholeGives) {
-  const std::vector<std::string_view> pieces = {" ",
+  const std::vector<std::string_view> pieces = {":",
+                                                "=",
+                                                "\"",
+                                                "/",
+                                                " ",
                                                 " ",
                                                 "\n",
                                                 "'",
