@@ -4,17 +4,22 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "kestrel/metaobj/MetaStruct.h"
 #include "metaobj/FieldLayout.h"
+#include "metaobj/SlabAllocator.h"
 
 namespace Kestrel::MetaObj {
 
 /// What a structure keeps outside of itself, because it has more fields than slots.
 struct MetaStruct::Overflow {
-  std::vector<std::shared_ptr<MetaObject>> slots;    // all slots, while a layout names the fields
-  std::map<std::string, Field, std::less<>> fields;  // all fields, once it has its own index
+  using Fields =
+      std::map<std::string, Field, std::less<>, SlabAllocator<std::pair<const std::string, Field>>>;
+
+  std::vector<std::shared_ptr<MetaObject>> slots;  // all slots, while a layout names the fields
+  Fields fields;                                   // all fields, once it has its own index
 };
 
 inline const std::shared_ptr<MetaObject>* MetaStruct::Slots() const {
@@ -51,12 +56,10 @@ class FieldCursor {
   const std::shared_ptr<MetaObject>& Value() const { return text_ ? *slot_ : own_->second.value; }
 
  private:
-  using OwnFields = std::map<std::string, MetaStruct::Field, std::less<>>;
-
   std::size_t left_;
   const std::shared_ptr<const FieldText>* text_ = nullptr;  // null with an own index
   const std::shared_ptr<MetaObject>* slot_ = nullptr;
-  OwnFields::const_iterator own_;
+  MetaStruct::Overflow::Fields::const_iterator own_;
 };
 
 inline FieldCursor::FieldCursor(const MetaStruct& record) {
