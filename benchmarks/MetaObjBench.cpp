@@ -248,9 +248,13 @@ void BM_RecordsPrint(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
-#define KESTREL_ASK_OF(contender)                                                      \
-  BENCHMARK(BM_RecordsBuild<contender>)->Arg(100000)->Arg(1000000)->UseManualTime();   \
-  BENCHMARK(BM_RecordsDestroy<contender>)->Arg(100000)->Arg(1000000)->UseManualTime(); \
+void Sizes(benchmark::internal::Benchmark* asked) {
+  asked->Arg(1000)->Arg(100000)->Arg(1000000)->UseManualTime();
+}
+
+#define KESTREL_ASK_OF(contender)                        \
+  BENCHMARK(BM_RecordsBuild<contender>)->Apply(Sizes);   \
+  BENCHMARK(BM_RecordsDestroy<contender>)->Apply(Sizes); \
   BENCHMARK(BM_RecordsLookUp<contender>)->Arg(1000)->Arg(100000)
 
 KESTREL_ASK_OF(MetaRecords);
@@ -260,6 +264,6 @@ KESTREL_ASK_OF(MapRecords);
 KESTREL_ASK_OF(RapidPoolRecords);
 KESTREL_ASK_OF(RapidHeapRecords);
 #endif
-BENCHMARK(BM_RecordsPrint)->Arg(100000);
+BENCHMARK(BM_RecordsPrint)->Arg(1000)->Arg(100000);
 
 }  // namespace

@@ -5,7 +5,8 @@
 
 Reads what --benchmark_out wrote. For every benchmark with at least two sizes it prints the range
 of sizes and the exponent of the power law through the median times, by least squares: 1.00 means
-that doubling the work doubles the time.
+that doubling the work doubles the time. Where the work is something else than the size, such as the
+bytes that come out, a benchmark says so by a counter "work".
 """
 
 import json
@@ -19,7 +20,7 @@ TO_SECONDS = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}
 
 
 def times_by_family(results):
-    """{family: {size: [seconds, ...]}} of single runs; what was skipped is left out."""
+    """{family: {work: [seconds, ...]}} of single runs; what was skipped is left out."""
     families = {}
     for run in results["benchmarks"]:
         match = NAME.match(run["run_name"])
@@ -29,13 +30,14 @@ def times_by_family(results):
                                           match["rest"])
         measured = "real_time" if "manual_time" in match["rest"] else "cpu_time"
         seconds = run[measured] * TO_SECONDS[run["time_unit"]]
-        families.setdefault(family, {}).setdefault(int(match["size"]), []).append(seconds)
+        work = int(run.get("work", match["size"]))
+        families.setdefault(family, {}).setdefault(work, []).append(seconds)
     return families
 
 
 def exponent(times):
-    """The slope of the line through (log size, log median time)."""
-    points = [(math.log(size), math.log(statistics.median(runs))) for size, runs in times.items()]
+    """The slope of the line through (log work, log median time)."""
+    points = [(math.log(work), math.log(statistics.median(runs))) for work, runs in times.items()]
     return statistics.linear_regression(*zip(*points)).slope
 
 
