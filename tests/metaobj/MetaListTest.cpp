@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "kestrel/KestrelException.h"
 #include "kestrel/metaobj/MetaBool.h"
 #include "kestrel/metaobj/MetaInt.h"
@@ -345,13 +347,30 @@ TEST(MetaListTest, RefusesVectorsOfAnotherKind) {
   EXPECT_EQ(list->GetCount(), 0u);
 }
 
-TEST(MetaListTest, ReallocatesAtMostOnceForAVector) {
+TEST(MetaListTest, ReallocatesNothingForAVectorThatHasRoom) {
   const auto list = Numbers({1, 2, 3});
   list->EnsureCapacity(1000);
   const auto* const elements = list->GetObjects().data();
   list->AddAll(std::vector<long>(1000, 7));
   EXPECT_EQ(list->GetObjects().data(), elements);
   EXPECT_EQ(list->GetCount(), 1003u);
+}
+
+// Room is made for all values before the first is added, so it is there although none was taken.
+template <typename Values>
+void ExpectRoomBeforeTheFirst(MetaType kind, Values&& values) {
+  const auto list = MetaList::New(kind);
+  EXPECT_THROW(list->AddAll(std::forward<Values>(values)), KestrelException);
+  EXPECT_EQ(list->GetCount(), 0u);
+  EXPECT_GE(list->GetObjects().capacity(), 1000u);
+}
+
+TEST(MetaListTest, MakesRoomForAWholeVectorFirst) {
+  const std::vector<std::string> strings(1000, "text");
+  ExpectRoomBeforeTheFirst(MetaType::Int, std::vector<bool>(1000, true));
+  ExpectRoomBeforeTheFirst(MetaType::Bool, std::vector<long>(1000, 7));
+  ExpectRoomBeforeTheFirst(MetaType::Int, strings);
+  ExpectRoomBeforeTheFirst(MetaType::Int, std::vector<std::string>(strings));
 }
 
 // --- Reading and removing
