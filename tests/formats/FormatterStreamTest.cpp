@@ -5,7 +5,6 @@
 
 #include <array>
 #include <csignal>
-#include <cstdlib>
 #include <fstream>
 #include <iomanip>
 #include <ios>
@@ -20,6 +19,7 @@
 #include "kestrel/metaobj/MetaStruct.h"
 #include "support/CountingBuffer.h"
 #include "support/LimitedBuffer.h"
+#include "support/Random.h"
 #include "support/SampleValues.h"
 #include "support/Sanitizer.h"
 
@@ -169,16 +169,11 @@ long PeakMemory() {
   return usage.ru_maxrss;
 }
 
-int CountOfManyRows() {
-  const char* const campaign = std::getenv("KESTREL_CAMPAIGN");
-  return campaign != nullptr && std::string(campaign) == "1" ? 1000000 : 100000;
-}
-
 TEST_P(FormatterStreamTest, NeedsNoMemoryForMoreRows) {
   if (Testing::kIsSanitized) {
     GTEST_SKIP() << "the sanitizer keeps what is freed";
   }
-  const int count = CountOfManyRows();
+  const int count = Testing::Rounds(100000, 1000000);
   const auto rows = MakeRows(count);
   CountingBuffer buffer;
   std::ostream out(&buffer);
