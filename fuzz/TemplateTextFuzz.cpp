@@ -93,7 +93,9 @@ std::size_t FindMarkerEnd(std::string_view text, std::size_t dollar) {
     return text.find_first_of(",}", end);
   }
   if (kind == "$multilist") {
-    return std::min(text.find(",true}", end), text.find(",false}", end));
+    // Behind the name and a byte at least of the prefix.
+    const std::size_t begin = std::min(text.find(',', end), text.size() - 1) + 2;
+    return std::min(text.find(",true}", begin), text.find(",false}", begin));
   }
   return text.find('}', end);
 }
