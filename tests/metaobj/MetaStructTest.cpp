@@ -217,17 +217,16 @@ TEST(MetaStructTest, MakesObjectsOfBooleans) {
 TEST(MetaStructTest, MakesObjectsOfStrings) {
   ExpectKindAndText(std::string("text"), MetaType::String, "text");
   const auto record = MetaStruct::New("Rec");
-  const std::string name = "n";
+  const std::string name = "by a string";
   const std::string lasting = "lasting";
   const char* const pointed = "pointed";
   record->SetField(name, lasting);
-  EXPECT_EQ(record->GetField("n")->ToString(), "lasting");
-  record->SetField("n", lasting);
-  EXPECT_EQ(record->GetField("n")->ToString(), "lasting");
+  record->SetField("by a literal", lasting);
+  EXPECT_EQ(record->ToString(), "{'by a literal' => 'lasting', 'by a string' => 'lasting', }");
   record->SetField(name, pointed);
-  EXPECT_EQ(record->GetField("n")->ToString(), "pointed");
-  record->SetField("n", pointed);
-  EXPECT_EQ(record->GetField("n")->ToString(), "pointed");
+  record->SetField("by a literal", pointed);
+  EXPECT_EQ(record->ToString(), "{'by a literal' => 'pointed', 'by a string' => 'pointed', }");
+  EXPECT_EQ(lasting, "lasting");
 }
 
 TEST(MetaStructTest, MakesAStringOfALiteralAndNoBoolean) {
@@ -581,6 +580,16 @@ TEST(MetaStructTest, LetsGoOfARemovedValue) {
   const auto value = MetaInt::New(100);
   const auto record = MetaStruct::New("Rec");
   record->SetField("a", value);
+  EXPECT_EQ(value.use_count(), 2);
+  record->RemoveField("a");
+  EXPECT_EQ(value.use_count(), 1);
+}
+
+TEST(MetaStructTest, LetsGoOfARemovedValueThoughALongNameCameMeanwhile) {
+  const auto value = MetaInt::New(100);
+  const auto record = MetaStruct::New("Rec");
+  record->SetField("a", value);
+  record->SetField(std::string(300, 'n'), 1);
   EXPECT_EQ(value.use_count(), 2);
   record->RemoveField("a");
   EXPECT_EQ(value.use_count(), 1);
