@@ -51,10 +51,10 @@ class FieldFinder {
         hasLayout_(MetaObj::ValueAccess::Layout(record) != nullptr),
         cursor_(record) {}
 
-  /// As `field.Find`.
-  const std::shared_ptr<MetaObj::MetaObject>* Find(FieldSlot& field) {
-    if (hasLayout_ || cursor_.AtEnd() || cursor_.Name() != field.GetName()) {
-      return field.Find(record_);
+  /// The field's value, null when the structure has none of that name.
+  const std::shared_ptr<MetaObj::MetaObject>* Find(const std::string& name) {
+    if (hasLayout_ || cursor_.AtEnd() || cursor_.Name() != name) {
+      return MetaObj::ValueAccess::Find(record_, name);
     }
     const std::shared_ptr<MetaObj::MetaObject>* const value = &cursor_.Value();
     cursor_.Next();

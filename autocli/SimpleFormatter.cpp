@@ -69,7 +69,7 @@ class Header {
 /// How the structures of one shape are printed, found out once for all of them.
 struct Plan {
   struct Line {
-    FieldSlot field;
+    std::string name;
     std::size_t slot;                   // where the structures of the layout hold it, if they do
     std::string label;                  // the first blanks, the name, padded, and ": "
     std::unique_ptr<FieldStyle> style;  // null when values are printed as they are
@@ -121,7 +121,7 @@ Plan::Plan(const MetaStruct& record, const FormatParameters& params)
       style = style->IsPlain() ? nullptr : std::move(style);
     }
     const std::size_t slot = layout ? layout->Find(name) : MetaObj::FieldLayout::kNotFound;
-    lines.push_back({FieldSlot(name), slot, label + ": ", std::move(style)});
+    lines.push_back({name, slot, label + ": ", std::move(style)});
   }
 }
 
@@ -285,26 +285,27 @@ class Walk {
   const MetaObject* PrintFields(const MetaStruct& record, Plan& plan, long level,
                                 std::size_t& next) {
     if (plan.layout) {
-      return PrintLines(plan, level, next, [&record, &plan](Plan::Line& line) {
+      return PrintLines(plan, level, next, [&record, &plan](const Plan::Line& line) {
         // A value of a foreign class may change the structure as its text is made.
-        return MetaObj::ValueAccess::Layout(record) == plan.layout.Get() ? line.FindInSlot(record)
-                                                                         : line.field.Find(record);
+        return MetaObj::ValueAccess::Layout(record) == plan.layout.Get()
+                   ? line.FindInSlot(record)
+                   : MetaObj::ValueAccess::Find(record, line.name);
       });
     }
     FieldFinder finder(record);
     return PrintLines(plan, level, next,
-                      [&finder](Plan::Line& line) { return finder.Find(line.field); });
+                      [&finder](const Plan::Line& line) { return finder.Find(line.name); });
   }
 
   template <typename Find>
   const MetaObject* PrintLines(Plan& plan, long level, std::size_t& next, const Find& find) {
     const Blanks indent{IndentOf(level)};
     while (next < plan.lines.size() && !writer_.HasFailed()) {
-      Plan::Line& line = plan.lines[next++];
+      const Plan::Line& line = plan.lines[next++];
       const std::shared_ptr<MetaObject>* const value = find(line);
       if (value == nullptr) {
         // The fields behind an unknown one are not printed.
-        writer_.AppendAll("Error getting field ", line.field.GetName(), '\n');
+        writer_.AppendAll("Error getting field ", line.name, '\n');
         return nullptr;
       }
       switch ((*value)->GetType()) {

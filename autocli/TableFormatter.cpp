@@ -29,52 +29,54 @@ namespace {
 constexpr std::string_view kGapText = "  ";  // between two columns
 constexpr std::size_t kGap = kGapText.size();
 
-std::string Trim(const std::string& text) {
-  static constexpr char kBlanks[] = " \t\f\v\n\r";
+std::string Trim(std::string_view text) {
+  static constexpr std::string_view kBlanks = " \t\f\v\n\r";
   const std::size_t first = text.find_first_not_of(kBlanks);
-  if (first == std::string::npos) {
+  if (first == std::string_view::npos) {
     return std::string();
   }
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+  return std::string(text.substr(first, text.find_last_not_of(kBlanks) - first + 1));
 }
 
 /// A field name, or several that lead through nested structures, joined by '.'.
 class FieldPath {
  public:
-  explicit FieldPath(std::string path) : first_(path.substr(0, path.find('.'))) {
-    if (path.size() == first_.GetName().size()) {
+  explicit FieldPath(std::string path) : text_(std::move(path)) {
+    std::size_t end = text_.find('.');
+    if (end == std::string::npos) {
       return;
     }
     rest_ = std::make_unique<Rest>();
-    for (std::size_t start = first_.GetName().size(); start != std::string::npos;) {
-      const std::size_t end = path.find('.', ++start);
-      rest_->steps.emplace_back(path.substr(start, end - start));
-      start = end;
+    rest_->first = text_.substr(0, end);
+    while (end != std::string::npos) {
+      const std::size_t start = end + 1;
+      end = text_.find('.', start);
+      rest_->steps.emplace_back(text_.substr(start, end - start));
     }
-    rest_->path = std::move(path);
   }
 
-  const std::string& GetText() const { return rest_ == nullptr ? first_.GetName() : rest_->path; }
+  const std::string& GetText() const { return text_; }
 
-  /// Whether the path names a field of the structure itself.
-  bool IsOneName() const { return rest_ == nullptr; }
+  /// The field of the structure itself with which the path begins.
+  const std::string& GetFirst() const { return rest_ == nullptr ? text_ : rest_->first; }
 
-  /// The value at the end of the path. A step that names nothing is passed over, unless it is the
-  /// last one: scripts rely on it. Nothing is found behind a value that is no structure.
-  const std::shared_ptr<MetaObject>* Find(const MetaStruct& record, FieldFinder& finder) {
-    const std::shared_ptr<MetaObject>* const value = finder.Find(first_);
-    return rest_ == nullptr ? value : FindRest(record, value);
+  /// The value at the end of the path, `first` being that of its first field in `record`; null when
+  /// there is none. A step that names nothing is passed over, unless it is the last one: scripts
+  /// rely on it. Nothing is found behind a value that is no structure.
+  const std::shared_ptr<MetaObject>* Follow(const MetaStruct& record,
+                                            const std::shared_ptr<MetaObject>* first) {
+    return rest_ == nullptr ? first : FollowRest(record, first);
   }
 
  private:
   /// Kept apart: most paths are one name, and there may be very many of them.
   struct Rest {
-    std::string path;
+    std::string first;
     std::vector<FieldSlot> steps;
   };
 
-  const std::shared_ptr<MetaObject>* FindRest(const MetaStruct& record,
-                                              const std::shared_ptr<MetaObject>* value) {
+  const std::shared_ptr<MetaObject>* FollowRest(const MetaStruct& record,
+                                                const std::shared_ptr<MetaObject>* value) {
     const MetaStruct* current = &record;
     for (FieldSlot& step : rest_->steps) {
       current = value == nullptr ? current : ViewAs<MetaStruct>(value->get());
@@ -83,7 +85,7 @@ class FieldPath {
     return value;
   }
 
-  FieldSlot first_;
+  std::string text_;
   std::unique_ptr<Rest> rest_;
 };
 
@@ -92,20 +94,31 @@ struct Column {
 
   const std::string& GetName() const { return path.GetText(); }
 
+  bool HasSlot() const { return slot != MetaObj::FieldLayout::kNotFound; }
+
   FieldPath path;
-  std::size_t slot = 0;    // where the rows of the layout at hand hold the field
-  std::size_t width;       // the gap included
+  std::size_t slot = 0;  // where rows of the layout at hand hold the path's first field, if they do
+  std::size_t width;     // the gap included
   bool isWrapped = false;  // fitted to the screen instead of padded
 };
 
-std::vector<std::string> ChooseFields(const MetaStruct& structure, const FormatParameters& params) {
+std::vector<Column> ChooseColumns(const MetaStruct& structure, const FormatParameters& params) {
+  std::vector<Column> columns;
   for (const std::string& key :
        {"fields:" + structure.GetTypeName(), std::string("fields"), std::string("table-columns")}) {
     if (params.HasParameter(key)) {
-      return params.GetParameterAsList(key);
+      for (const std::string& name : params.GetParameterAsList(key)) {
+        columns.emplace_back(Trim(name));
+      }
+      return columns;
     }
   }
-  return structure.GetFieldNames();
+  MetaObj::FieldCursor fields(structure);
+  columns.reserve(fields.CountLeft());
+  for (; !fields.AtEnd(); fields.Next()) {
+    columns.emplace_back(Trim(fields.Name()));
+  }
+  return columns;
 }
 
 bool ShowsHeader(const FormatParameters& params) {
@@ -122,13 +135,8 @@ class Table {
         params_(params),
         displayWidth_(displayWidth),
         isStyled_(FieldStyle::IsUsedBy(params)),
-        writer_(writer) {
-    const std::vector<std::string> names = ChooseFields(structure, params);
-    columns_.reserve(names.size());
-    for (const std::string& name : names) {
-      columns_.emplace_back(Trim(name));
-    }
-  }
+        writer_(writer),
+        columns_(ChooseColumns(structure, params)) {}
 
   /// Widens each column to its longest text; writes what is wrong and gives false when the table
   /// cannot be printed.
@@ -179,9 +187,13 @@ class Table {
       const std::shared_ptr<MetaObject>* const slots = MetaObj::ValueAccess::Slots(record);
       // Not behind a value that may change the row as its text is made, as a foreign class may.
       for (bool isSafe = true; isSafe && column != columns_.end(); ++column) {
-        const MetaObject& value = *slots[column->slot];
-        isSafe = MetaObj::ValueAccess::IsScalarClass(value);
-        use(*column, value);
+        const auto* const first = column->HasSlot() ? slots + column->slot : nullptr;
+        const auto* const value = column->path.Follow(record, first);
+        if (value == nullptr) {
+          return &*column;
+        }
+        isSafe = MetaObj::ValueAccess::IsScalarClass(**value);
+        use(*column, **value);
       }
     }
     if (column == columns_.end()) {
@@ -189,7 +201,7 @@ class Table {
     }
     FieldFinder finder(record);
     for (; column != columns_.end(); ++column) {
-      const std::shared_ptr<MetaObject>* const value = column->path.Find(record, finder);
+      const auto* const value = column->path.Follow(record, finder.Find(column->path.GetFirst()));
       if (value == nullptr) {
         return &*column;
       }
@@ -199,19 +211,18 @@ class Table {
   }
 
   /// Finds the columns' slots in the layout of `record`, once for rows of one layout; false when
-  /// not all columns are fields of it.
+  /// the row shares no layout.
   bool SelectSlots(const MetaStruct& record) {
     const MetaObj::FieldLayout* const layout = MetaObj::ValueAccess::Layout(record);
     if (layout == nullptr || layout == layout_.Get()) {
-      return layout != nullptr && hasSlots_;
+      return layout != nullptr;
     }
     // Owned, so that no other can come to stand at its address.
     layout_ = MetaObj::LayoutRef(layout);
-    hasSlots_ = std::all_of(columns_.begin(), columns_.end(), [layout](Column& column) {
-      column.slot = layout->Find(column.GetName());
-      return column.slot != MetaObj::FieldLayout::kNotFound && column.path.IsOneName();
-    });
-    return hasSlots_;
+    for (Column& column : columns_) {
+      column.slot = layout->Find(column.path.GetFirst());
+    }
+    return true;
   }
 
   /// Looks the columns' styles up for the type of `record`, once for rows of one type.
@@ -337,7 +348,6 @@ class Table {
   TextWriter& writer_;
   std::vector<Column> columns_;
   MetaObj::LayoutRef layout_;  // of the last row that had one
-  bool hasSlots_ = false;      // whether all columns are fields of that layout
   int wrapIndent_ = 0;
   std::string styledType_;
   std::vector<FieldStyle> styles_;  // one per column, when there are styles at all
@@ -408,8 +418,9 @@ std::shared_ptr<MetaObject> GetSubField(std::shared_ptr<MetaStruct> record,
   if (record == nullptr) {
     return nullptr;
   }
-  FieldFinder finder(*record);
-  const auto* value = FieldPath(path).Find(*record, finder);
+  FieldPath steps(path);
+  const auto* const first = MetaObj::ValueAccess::Find(*record, steps.GetFirst());
+  const auto* const value = steps.Follow(*record, first);
   return value == nullptr ? nullptr : *value;
 }
 
