@@ -14,7 +14,10 @@
 #include "kestrel/autocli/DisplayContext.h"
 #include "kestrel/autocli/FormatParameters.h"
 #include "kestrel/autocli/JsonFormatter.h"
+#include "kestrel/autocli/PythonFormatter.h"
 #include "kestrel/autocli/SimpleFormatter.h"
+#include "kestrel/autocli/TableFormatter.h"
+#include "kestrel/autocli/Util.h"
 #include "kestrel/autocli/XmlFormatter.h"
 #include "kestrel/callspec/Output.h"
 #include "kestrel/metaobj/MetaInt.h"
@@ -136,11 +139,11 @@ class ByteCount : public std::streambuf {
   std::size_t count_ = 0;
 };
 
-// Indentation makes the output of n levels n squared long, so the work is the bytes of output.
+// Prints a value again and again; gives the bytes that come out each time.
 template <typename Formatter>
-void BM_GrowthDepthOfOutput(benchmark::State& state) {
+std::size_t Print(benchmark::State& state, const std::shared_ptr<MetaObject>& root) {
   const auto output = CallSpec::Output::New();
-  output->SetRootObject(MakeNested(state.range(0)));
+  output->SetRootObject(root);
   Formatter formatter;
   AutoCli::FormatParameters parameters;
   AutoCli::DisplayContext display{};
@@ -151,7 +154,42 @@ void BM_GrowthDepthOfOutput(benchmark::State& state) {
     formatter.Format(output, parameters, display, out);
     bytes = count.Count();
   }
-  SetWork(state, bytes);
+  return bytes;
+}
+
+// Indentation makes the output of n levels n squared long, so the work is the bytes of output.
+template <typename Formatter>
+void BM_GrowthDepthOfOutput(benchmark::State& state) {
+  SetWork(state, Print<Formatter>(state, MakeNested(state.range(0))));
+}
+
+void BM_GrowthColumnsOfATable(benchmark::State& state) {
+  const std::vector<std::string> names = MakeNames(static_cast<std::size_t>(state.range(0)));
+  const auto row = MetaStruct::New("Record");
+  for (const std::string& name : names) {
+    row->SetField(name, 5);
+  }
+  const auto list = MetaList::New(MetaType::Struct, row);
+  list->Add(row);
+  Print<AutoCli::TableFormatter>(state, list);
+  SetWork(state, names.size());
+}
+
+// Words of 0 to 11 bytes, on a screen of 80 columns.
+void BM_GrowthTextToFit(benchmark::State& state) {
+  const auto size = static_cast<std::size_t>(state.range(0));
+  std::string text;
+  for (std::size_t word = 0; text.size() < size; ++word) {
+    text.append(word * 7919 % 12, 'w').append(1, ' ');
+  }
+  text.resize(size);
+  for (auto _ : state) {
+    ByteCount count;
+    std::ostream out(&count);
+    AutoCli::AutoCli_FitString(8, 80, text, false, out, true, 0, false);
+    benchmark::DoNotOptimize(count.Count());
+  }
+  SetWork(state, size);
 }
 
 void ToAMillion(benchmark::internal::Benchmark* asked) {
@@ -170,6 +208,9 @@ BENCHMARK(BM_GrowthDepthOfValues)->Apply(ToTenThousand);
 BENCHMARK_TEMPLATE(BM_GrowthDepthOfOutput, AutoCli::SimpleFormatter)->Apply(ToTenThousand);
 BENCHMARK_TEMPLATE(BM_GrowthDepthOfOutput, AutoCli::XmlFormatter)->Apply(ToTenThousand);
 BENCHMARK_TEMPLATE(BM_GrowthDepthOfOutput, AutoCli::JsonFormatter)->Apply(ToTenThousand);
+BENCHMARK_TEMPLATE(BM_GrowthDepthOfOutput, AutoCli::PythonFormatter)->Apply(ToTenThousand);
+BENCHMARK(BM_GrowthColumnsOfATable)->Apply(ToAMillion);
+BENCHMARK(BM_GrowthTextToFit)->Apply(ToAMillion);
 
 }  // namespace
 }  // namespace Kestrel::Benchmarks
