@@ -46,7 +46,9 @@ MetaList::MetaList(MetaType elementKind, std::shared_ptr<MetaStruct>&& structure
 
 MetaList::~MetaList() {
   ReleaseNested(std::move(items_));
-  ReleaseNested(std::shared_ptr<MetaObject>(std::move(structure_)));
+  if (structure_ != nullptr) {
+    ReleaseContainer(std::move(structure_));
+  }
 }
 
 std::shared_ptr<MetaList> MetaList::New(MetaType elementKind) {

@@ -100,12 +100,12 @@ MetaStruct::MetaStruct(LayoutRef&& layout, FactoryFlag flag)
 MetaStruct::~MetaStruct() {
   if (hasOwnIndex_) {
     for (auto& [name, field] : overflow_->fields) {
-      ReleaseNested(std::move(field.value));
+      ReleaseNested(field.value);
     }
   } else {
     std::shared_ptr<MetaObject>* const slots = Slots();
     for (std::size_t position = layout_->Count(); position > 0; --position) {
-      ReleaseNested(std::move(slots[position - 1]));
+      ReleaseNested(slots[position - 1]);
     }
   }
   if (definition_ != nullptr) {

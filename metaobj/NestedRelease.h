@@ -16,12 +16,12 @@ void ReleaseNested(std::vector<std::shared_ptr<MetaObject>>&& values) noexcept;
 /// ReleaseNested for one structure or list.
 void ReleaseContainer(std::shared_ptr<MetaObject>&& value) noexcept;
 
-/// Lets go of one value.
-inline void ReleaseNested(std::shared_ptr<MetaObject>&& value) noexcept {
-  if (value != nullptr && value->GetType() >= MetaType::Struct) {
-    return ReleaseContainer(std::move(value));
+/// Lets go of one value if it is a structure or list; what is neither nests nothing and may go
+/// with its owner.
+inline void ReleaseNested(std::shared_ptr<MetaObject>& value) noexcept {
+  if (value->GetType() >= MetaType::Struct) {
+    ReleaseContainer(std::move(value));
   }
-  value.reset();
 }
 
 }  // namespace Kestrel::MetaObj
