@@ -452,13 +452,14 @@ std::shared_ptr<InputSpec> ExtractInputSpec(const xmlNode* node) {
 }
 
 void ExtractInputParam(const xmlNode* node, const std::shared_ptr<InputSpec>& inputSpec) {
-  const ParameterElement element(node);
+  ParameterElement element(node);
   CheckParameter(element);
-  auto parameter = ParameterSpec::New(element.name, FindParameterType(element.type)->type);
+  auto parameter =
+      ParameterSpec::New(std::move(element.name), FindParameterType(element.type)->type);
   if (!element.shortName.empty()) {
-    parameter->SetShortName(element.shortName);
+    parameter->SetShortName(std::move(element.shortName));
   }
-  parameter->SetDescription(element.description);
+  parameter->SetDescription(std::move(element.description));
   parameter->SetRequired(element.required == "true");
   if (element.secret == "true") {
     parameter->SetSecret(true);
