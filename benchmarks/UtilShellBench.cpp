@@ -3,6 +3,7 @@
 
 #include <benchmark/benchmark.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -64,9 +65,25 @@ void RunWithBareSpawn(std::string& output) {
   }
 }
 
+/// The time that this process and the children waited for have spent on processors.
+double CpuSeconds() {
+  double seconds = 0;
+  for (const auto who : {RUSAGE_SELF, RUSAGE_CHILDREN}) {
+    rusage usage;
+    getrusage(who, &usage);
+    for (const timeval& part : {usage.ru_utime, usage.ru_stime}) {
+      seconds += static_cast<double>(part.tv_sec) + static_cast<double>(part.tv_usec) * 1e-6;
+    }
+  }
+  return seconds;
+}
+
+/// Reports the time until the output is there, and what it took of processors, the child's
+/// included.
 template <void (*run)(std::string&)>
 void BM_ShellCommand(benchmark::State& state) {
   const HeldMemory held(state.range(0));
+  const double before = CpuSeconds();
   for (auto _ : state) {
     std::string output;
     run(output);
@@ -75,6 +92,8 @@ void BM_ShellCommand(benchmark::State& state) {
       break;
     }
   }
+  state.counters["cpu"] =
+      benchmark::Counter(CpuSeconds() - before, benchmark::Counter::kAvgIterations);
 }
 BENCHMARK(BM_ShellCommand<RunWithLibrary>)->Arg(0)->Arg(64 << 10)->Arg(1 << 20)->UseRealTime();
 BENCHMARK(BM_ShellCommand<RunWithBareSpawn>)->Arg(0)->Arg(64 << 10)->Arg(1 << 20)->UseRealTime();
