@@ -64,12 +64,18 @@ class ConditionalRemoval {
  private:
   // --- Tokens
 
+  bool IsTokenAt(std::size_t position) const {
+    const char c = text_.Bytes()[position];
+    return c == '$' || ((c == '{' || c == '}') && !text_.IsFromValue(position));
+  }
+
   void ReadTokens() {
     const std::string& bytes = text_.Bytes();
+    tokens_.reserve(static_cast<std::size_t>(std::count_if(
+        bytes.begin(), bytes.end(), [](char c) { return c == '$' || c == '{' || c == '}'; })));
     std::size_t dollar = kNone;
     for (std::size_t i = 0; i < bytes.size(); ++i) {
-      const bool isBrace = bytes[i] == '{' || bytes[i] == '}';
-      if (isBrace ? text_.IsFromValue(i) : bytes[i] != '$') {
+      if (!IsTokenAt(i)) {
         continue;
       }
       Token token;
