@@ -124,7 +124,7 @@ class Expressions {
   const std::shared_ptr<InputSpec> spec_;
 };
 
-// --- The question
+// --- The questions
 
 template <typename Contender>
 void BM_TemplateSubstitute(benchmark::State& state) {
@@ -140,6 +140,35 @@ void BM_TemplateSubstitute(benchmark::State& state) {
   }
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
 }
+/// Blocks in one another: what is left out at the end of one lays open what is left out of the
+/// next.
+std::string MakeNest(std::int64_t size) {
+  constexpr std::int64_t kBytesOfALevel = 16;
+  std::string text;
+  for (std::int64_t level = size / kBytesOfALevel; level > 0; --level) {
+    text += "{ ";
+  }
+  for (std::int64_t level = size / kBytesOfALevel; level > 0; --level) {
+    text += "$if{no,x} } {}";
+  }
+  return text;
+}
+
+void BM_TemplateNestedConditionals(benchmark::State& state) {
+  const auto spec = MakeInputSpec();
+  const auto input = MakeInput(spec);
+  const std::string text = MakeNest(state.range(0));
+  const OneScan contender(text, spec);
+  if (contender.Substitute(input).find('$') != std::string::npos) {
+    return state.SkipWithError("a conditional was left");
+  }
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(contender.Substitute(input));
+  }
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
+}
+BENCHMARK(BM_TemplateNestedConditionals)->RangeMultiplier(10)->Range(1000, 1000000);
+
 BENCHMARK(BM_TemplateSubstitute<OneScan>)->Arg(100)->RangeMultiplier(10)->Range(1000, 1000000);
 BENCHMARK(BM_TemplateSubstitute<Expressions>)->Arg(100)->RangeMultiplier(10)->Range(1000, 1000000);
 
