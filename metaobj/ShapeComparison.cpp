@@ -1,5 +1,6 @@
 #include "metaobj/ShapeComparison.h"
 
+#include <deque>
 #include <utility>
 
 #include "metaobj/FieldCursor.h"
@@ -218,7 +219,7 @@ class ShapeComparison {
   }
 
   std::vector<std::string>* const errors_;
-  std::vector<Level> levels_;
+  std::deque<Level> levels_;  // in pieces, so never copied
 };
 
 }  // namespace

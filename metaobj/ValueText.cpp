@@ -1,5 +1,6 @@
 #include "metaobj/ValueText.h"
 
+#include <deque>
 #include <variant>
 #include <vector>
 
@@ -74,7 +75,7 @@ class ValueText {
   }
 
   std::string& text_;
-  std::vector<std::variant<StructLevel, ListLevel>> levels_;
+  std::deque<std::variant<StructLevel, ListLevel>> levels_;  // in pieces, so never copied
 };
 
 }  // namespace
