@@ -17,15 +17,16 @@ using MetaObj::MetaStruct;
 
 namespace {
 
-constexpr long kRootLevel = 2;
+// All on one line: no level changes the text, so the prefixes of one serve for all.
+constexpr long kLevel = 0;
 
 // So few on purpose: what reads this text relies on all other bytes standing as they are.
 constexpr EscapeTable kPythonEscapes = EscapeTable().Set('"', "\\\"").Set('\n', "\\n");
 
 class PythonPrinter {
  public:
-  static constexpr long kFieldStep = 2;
-  static constexpr long kElementStep = 2;
+  static constexpr long kFieldStep = 0;
+  static constexpr long kElementStep = 0;
 
   // The name stands as it is: no byte of a name is escaped.
   static std::string FieldPrefix(const std::string& name, bool isFirst, long /*level*/) {
@@ -72,9 +73,9 @@ class PythonPrinter {
   TextWriter& out_;
 };
 
-void Print(const MetaObject* value, TextWriter& out, long level) {
+void Print(const MetaObject* value, TextWriter& out) {
   PythonPrinter printer(out);
-  ValueWalk<PythonPrinter>(printer, out).Run(value, level);
+  ValueWalk<PythonPrinter>(printer, out).Run(value, kLevel);
 }
 
 }  // namespace
@@ -89,14 +90,14 @@ void PythonFormatter::Format(const std::shared_ptr<CallSpec::Output>& output,
                              FormatParameters& /*parameters*/, DisplayContext& /*display*/,
                              std::ostream& out) {
   TextWriter writer(out);
-  Print(output->GetRootObject().get(), writer, kRootLevel);
+  Print(output->GetRootObject().get(), writer);
   writer.Append('\n');
   writer.Finish();
 }
 
-void PythonFormatter::Format(std::shared_ptr<MetaObject> value, std::ostream& out, int level) {
+void PythonFormatter::Format(std::shared_ptr<MetaObject> value, std::ostream& out, int /*level*/) {
   TextWriter writer(out);
-  Print(value.get(), writer, level);
+  Print(value.get(), writer);
   writer.Finish();
 }
 
