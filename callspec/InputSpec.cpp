@@ -27,6 +27,9 @@ void InputSpec::AddParameter(const std::shared_ptr<ParameterSpec>& spec) {
     throw KestrelException("Null parameter specification passed to AddParameter");
   }
   CheckNames(*spec);
+  if (isListed_) {
+    listed_.reserve(listed_.size() + 1);  // what may fail comes before the first change
+  }
   declared_.emplace(spec->GetName(), spec);
   if (isListed_) {
     listed_.insert(LowerBound(listed_, spec->GetName()), spec);
