@@ -10,109 +10,21 @@
 
 #include "kestrel/autocli/Util.h"
 #include "support/LimitedBuffer.h"
+#include "support/SlowFitString.h"
 
 namespace Kestrel::AutoCli {
 namespace {
 
+using ::Kestrel::Testing::FitArguments;
+using ::Kestrel::Testing::FitSlowly;
 using ::Kestrel::Testing::LimitedBuffer;
 
-struct Arguments {
-  int indent = 0;
-  int width = 80;
-  std::string text;
-  bool skipFirstIndent = false;
-  bool endLine = false;
-  char wrapChar = 0;
-  bool splitLines = false;
-};
-
-std::string Fit(const Arguments& a) {
+std::string Fit(const FitArguments& a) {
   std::ostringstream out;
   AutoCli_FitString(a.indent, a.width, a.text, a.skipFirstIndent, out, a.endLine, a.wrapChar,
                     a.splitLines);
   return out.str();
 }
-
-/// The same, word by word and without regard to time.
-class SlowModel {
- public:
-  static std::string Fit(const Arguments& a) {
-    SlowModel model;
-    a.splitLines ? model.FitLines(a) : model.FitOne(a);
-    return model.out_;
-  }
-
- private:
-  static std::vector<std::string> Split(const std::string& text, char separator) {
-    std::vector<std::string> pieces(1);
-    for (const char c : text) {
-      if (c == separator) {
-        pieces.emplace_back();
-      } else {
-        pieces.back() += c;
-      }
-    }
-    if (pieces.back().empty()) {
-      pieces.pop_back();
-    }
-    return pieces;
-  }
-
-  void FitLines(Arguments a) {
-    bool hasWritten = false;
-    for (const std::string& line : Split(a.text, '\n')) {
-      if (!a.endLine && hasWritten) {
-        out_ += "\n";
-      }
-      a.text = line;
-      FitOne(a);
-      a.skipFirstIndent = false;
-      hasWritten = true;
-    }
-  }
-
-  void FitOne(const Arguments& a) {
-    if (!a.skipFirstIndent) {
-      Margin(a);
-    }
-    if (a.width <= a.indent || static_cast<long>(a.text.size()) <= a.width - a.indent) {
-      out_ += a.text;
-    } else {
-      FitWords(a);
-    }
-    if (a.endLine) {
-      out_ += "\n";
-    }
-  }
-
-  void FitWords(const Arguments& a) {
-    const long available = a.width - a.indent;
-    long remaining = available;
-    bool isFirst = true;
-    for (const std::string& word : Split(a.text, ' ')) {
-      const long cost = static_cast<long>(word.size()) + 1;
-      remaining -= cost;
-      if (remaining < 0) {
-        out_ += a.wrapChar == 0 ? ' ' : a.wrapChar;
-        out_ += "\n";
-        Margin(a);
-        remaining = available - cost;
-      } else if (!isFirst) {
-        out_ += " ";
-      }
-      out_ += word;
-      isFirst = false;
-    }
-  }
-
-  void Margin(const Arguments& a) {
-    std::ostringstream margin;
-    margin << std::setw(a.indent) << ' ';
-    out_ += margin.str();
-  }
-
-  std::string out_;
-};
 
 TEST(UtilFitStringTest, WritesATextThatFitsBehindItsMargin) {
   EXPECT_EQ(Fit({4, 20, "short"}), "    short");
@@ -262,7 +174,7 @@ TEST(UtilFitStringTest, EqualsTheSlowModelOnRandomTexts) {
   };
   const std::string alphabet = "abcd    \n";
   for (int round = 0; round < 100000; ++round) {
-    Arguments a;
+    FitArguments a;
     a.indent = pick(-2, 12);
     a.width = pick(0, 3) == 0 ? pick(-1, 4) : pick(0, 40);
     const int length = pick(0, 7) == 0 ? pick(0, 3) : pick(0, 60);
@@ -274,7 +186,7 @@ TEST(UtilFitStringTest, EqualsTheSlowModelOnRandomTexts) {
     a.endLine = pick(0, 1) == 1;
     a.wrapChar = pick(0, 1) == 1 ? '\\' : '\0';
     a.splitLines = pick(0, 1) == 1;
-    ASSERT_EQ(Fit(a), SlowModel::Fit(a))
+    ASSERT_EQ(Fit(a), FitSlowly(a))
         << "round " << round << " indent " << a.indent << " width " << a.width << " text '"
         << a.text << "' flags " << a.skipFirstIndent << a.endLine << a.splitLines;
   }

@@ -15,6 +15,7 @@
 
 #include "kestrel/KestrelException.h"
 #include "kestrel/callspec/Output.h"
+#include "support/SampleConstraints.h"
 
 namespace Kestrel::CallSpec {
 namespace {
@@ -23,6 +24,9 @@ using std::string_literals::operator""s;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
+using Testing::Range;
+using Testing::Regex;
+using Testing::Strings;
 using testing::ThrowsMessage;
 
 constexpr std::int64_t kMin = std::numeric_limits<std::int64_t>::min();
@@ -40,31 +44,11 @@ Bounds BoundsOf(const ParameterConstraint& constraint) {
   return {min, max};
 }
 
-std::shared_ptr<ParameterConstraint> Range(std::int64_t min, std::int64_t max) {
-  const auto constraint = ParameterConstraint::New(IntRange);
-  constraint->SetIntRange(min, max);
-  return constraint;
-}
-
 std::shared_ptr<ParameterConstraint> Integers(const std::vector<std::int64_t>& values) {
   const auto constraint = ParameterConstraint::New(IntEnum);
   for (const std::int64_t value : values) {
     constraint->AddIntEnum(value);
   }
-  return constraint;
-}
-
-std::shared_ptr<ParameterConstraint> Strings(const std::vector<std::string>& values) {
-  const auto constraint = ParameterConstraint::New(StringEnum);
-  for (const std::string& value : values) {
-    constraint->AddStringEnum(value);
-  }
-  return constraint;
-}
-
-std::shared_ptr<ParameterConstraint> Regex(const std::string& text) {
-  const auto constraint = ParameterConstraint::New(StringRegex);
-  constraint->SetStringRegex(text);
   return constraint;
 }
 

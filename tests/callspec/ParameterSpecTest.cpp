@@ -15,6 +15,7 @@
 #include "kestrel/KestrelException.h"
 #include "kestrel/callspec/Output.h"
 #include "kestrel/callspec/ParameterConstraint.h"
+#include "support/SampleConstraints.h"
 
 namespace Kestrel::CallSpec {
 namespace {
@@ -22,6 +23,9 @@ namespace {
 using std::string_literals::operator""s;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using Testing::Range;
+using Testing::Regex;
+using Testing::Strings;
 using testing::ThrowsMessage;
 
 const std::vector<ParameterType> kAllTypes = {String,     Int,     Bool,    Flag,
@@ -43,26 +47,6 @@ constexpr const char* kManyValues =
 
 std::shared_ptr<ParameterSpec> Spec(ParameterType type) {
   return ParameterSpec::New("given", type);
-}
-
-std::shared_ptr<ParameterConstraint> Range(std::int64_t min, std::int64_t max) {
-  const auto constraint = ParameterConstraint::New(IntRange);
-  constraint->SetIntRange(min, max);
-  return constraint;
-}
-
-std::shared_ptr<ParameterConstraint> Strings(const std::vector<std::string>& values) {
-  const auto constraint = ParameterConstraint::New(StringEnum);
-  for (const std::string& value : values) {
-    constraint->AddStringEnum(value);
-  }
-  return constraint;
-}
-
-std::shared_ptr<ParameterConstraint> Regex(const std::string& text) {
-  const auto constraint = ParameterConstraint::New(StringRegex);
-  constraint->SetStringRegex(text);
-  return constraint;
 }
 
 struct Verdict {
