@@ -7,7 +7,6 @@
 #include <list>
 #include <map>
 #include <memory>
-#include <random>
 #include <string>
 #include <utility>
 #include <vector>
@@ -16,6 +15,7 @@
 #include "kestrel/autocli/Namespace.h"
 #include "kestrel/autocli/RootNamespace.h"
 #include "kestrel/autocli/Util.h"
+#include "support/Random.h"
 
 namespace Kestrel::AutoCli {
 namespace {
@@ -465,10 +465,8 @@ void ExpectSameTree(const std::shared_ptr<NamespaceNode>& node, const std::strin
 }
 
 TEST(NamespaceNodeModelTest, RandomTreesWalkAndResolveLikeAMap) {
-  const unsigned seed = std::random_device{}();
-  SCOPED_TRACE("seed " + std::to_string(seed));
-  RecordProperty("seed", std::to_string(seed));
-  std::mt19937 random(seed);
+  Testing::Random random;
+  SCOPED_TRACE(random.HowToRepeat());
   const std::vector<std::string> names = {"a", "b", "aB", "a1", "list", "zeta", "9x"};
 
   for (int round = 0; round < 20; ++round) {
@@ -476,13 +474,13 @@ TEST(NamespaceNodeModelTest, RandomTreesWalkAndResolveLikeAMap) {
     Model model{{"", {}}};
     for (int step = 0; step < 200; ++step) {
       // Walks a random path of at most four words; makes what is missing, or expects to miss it.
-      const bool make = random() % 3 != 0;
+      const bool make = random.Below(3) != 0;
       std::string path;
       std::shared_ptr<NamespaceNode> node = root;
       Words words;
       bool known = true;
-      for (unsigned length = 1 + random() % 4; length > 0; --length) {
-        const std::string& name = names[random() % names.size()];
+      for (std::size_t length = 1 + random.Below(4); length > 0; --length) {
+        const std::string& name = random.Pick(names);
         const std::string parent = path;
         path += (path.empty() ? "" : " ") + name;
         words.push_back(name);

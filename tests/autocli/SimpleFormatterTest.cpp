@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <iomanip>
 #include <ios>
-#include <random>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -17,6 +16,7 @@
 #include "support/FormatterFixture.h"
 #include "support/Golden.h"
 #include "support/LimitedBuffer.h"
+#include "support/Random.h"
 
 namespace Kestrel::AutoCli {
 namespace {
@@ -614,9 +614,9 @@ class SlowModel {
 
 class RandomValues {
  public:
-  explicit RandomValues(unsigned seed) : random_(seed) {}
+  int Pick(int from, int to) { return random_.Between(from, to); }
 
-  int Pick(int from, int to) { return std::uniform_int_distribution<int>(from, to)(random_); }
+  std::string HowToRepeat() const { return random_.HowToRepeat(); }
 
   std::shared_ptr<MetaObject> Make(int depth) {
     switch (Pick(depth > 3 ? 2 : 0, 5)) {
@@ -669,13 +669,12 @@ class RandomValues {
     return record;
   }
 
-  std::mt19937 random_;
+  Testing::Random random_;
 };
 
 TEST_F(SimpleFormatterTest, EqualsTheSlowModelOnRandomValues) {
-  const unsigned seed = 5309;
-  SCOPED_TRACE("seed " + std::to_string(seed));
-  RandomValues values(seed);
+  RandomValues values;
+  SCOPED_TRACE(values.HowToRepeat());
   for (int round = 0; round < 10000; ++round) {
     const auto root = values.Make(0);
     FormatParameters params = values.MakeParams();

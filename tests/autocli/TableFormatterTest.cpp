@@ -7,7 +7,6 @@
 #include <iomanip>
 #include <ios>
 #include <map>
-#include <random>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -18,6 +17,7 @@
 #include "support/FormatterFixture.h"
 #include "support/Golden.h"
 #include "support/LimitedBuffer.h"
+#include "support/Random.h"
 
 namespace Kestrel::AutoCli {
 namespace {
@@ -700,9 +700,9 @@ class SlowTable {
 
 class RandomTables {
  public:
-  explicit RandomTables(unsigned seed) : random_(seed) {}
+  int Pick(int from, int to) { return random_.Between(from, to); }
 
-  int Pick(int from, int to) { return std::uniform_int_distribution<int>(from, to)(random_); }
+  std::string HowToRepeat() const { return random_.HowToRepeat(); }
 
   std::shared_ptr<MetaList> MakeRows() {
     const int rows = Pick(0, 5);
@@ -761,13 +761,12 @@ class RandomTables {
     return columns;
   }
 
-  std::mt19937 random_;
+  Testing::Random random_;
 };
 
 TEST_F(TableFormatterTest, EqualsTheSlowTableOnRandomRecords) {
-  const unsigned seed = 77001;
-  SCOPED_TRACE("seed " + std::to_string(seed));
-  RandomTables tables(seed);
+  RandomTables tables;
+  SCOPED_TRACE(tables.HowToRepeat());
   for (int round = 0; round < 10000; ++round) {
     const auto rows = tables.MakeRows();
     FormatParameters params = tables.MakeParams();

@@ -3,13 +3,13 @@
 
 #include <iomanip>
 #include <ios>
-#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "kestrel/autocli/Util.h"
 #include "support/LimitedBuffer.h"
+#include "support/Random.h"
 #include "support/SlowFitString.h"
 
 namespace Kestrel::AutoCli {
@@ -166,12 +166,9 @@ TEST(UtilFitStringTest, StopsAtAStreamThatFails) {
 }
 
 TEST(UtilFitStringTest, EqualsTheSlowModelOnRandomTexts) {
-  const unsigned seed = 20240607;
-  SCOPED_TRACE("seed " + std::to_string(seed));
-  std::mt19937 random(seed);
-  const auto pick = [&random](int from, int to) {
-    return std::uniform_int_distribution<int>(from, to)(random);
-  };
+  Testing::Random random;
+  SCOPED_TRACE(random.HowToRepeat());
+  const auto pick = [&random](int from, int to) { return random.Between(from, to); };
   const std::string alphabet = "abcd    \n";
   for (int round = 0; round < 100000; ++round) {
     FitArguments a;

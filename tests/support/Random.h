@@ -27,6 +27,11 @@ class Random {
   /// A number from 0 to `end` - 1; `end` is at least 1.
   std::size_t Below(std::size_t end) { return engine_() % end; }
 
+  /// A number from `first` to `last`, which is not less.
+  int Between(int first, int last) {
+    return first + static_cast<int>(Below(static_cast<std::size_t>(last - first) + 1));
+  }
+
   /// True in `percent` of 100 cases.
   bool Chance(unsigned percent) { return Below(100) < percent; }
 
