@@ -62,7 +62,7 @@ class ConditionalRemoval {
   }
 
  private:
-  // --- Tokens
+  // Tokens.
 
   bool IsTokenAt(std::size_t position) const {
     const char c = text_.Bytes()[position];
@@ -113,7 +113,7 @@ class ConditionalRemoval {
     return tokens_[index].dollar = Follow(tokens_[index].dollar, &Token::dollar);
   }
 
-  // --- Blocks
+  // Blocks.
 
   void PairAll() {
     std::vector<std::size_t> open;
@@ -173,7 +173,7 @@ class ConditionalRemoval {
     return close;
   }
 
-  // --- Walks
+  // Walks.
 
   void Walk() {
     std::vector<Stretch> stretches;
@@ -242,7 +242,7 @@ class ConditionalRemoval {
     }
   }
 
-  // --- Conditionals
+  // Conditionals.
 
   /// Goes over the bytes of the text that are left, beginning behind a "$".
   class Reader {

@@ -37,7 +37,7 @@ struct Names {
   std::string count = "Count";
 };
 
-// --- The contenders: each builds all records, and adds up what it finds in them
+// The contenders: each builds all records, and adds up what it finds in them.
 
 class MetaRecords {
  public:
@@ -177,7 +177,7 @@ using RapidHeapRecords = RapidRecords<rapidjson::CrtAllocator>;
 
 #endif
 
-// --- The questions
+// The questions.
 
 // Time of this process alone, so that a busy machine disturbs less; the kernel's part included.
 double Now() {

@@ -73,7 +73,7 @@ class DrainedPipe {
   int descriptor_;
 };
 
-// --- The contenders
+// The contenders.
 
 template <typename Formatter>
 struct MetaRows {
@@ -133,7 +133,7 @@ struct RapidRows {
 };
 #endif
 
-// --- The question
+// The question.
 
 // Time of this process alone, so that a busy machine disturbs less; the kernel's part included.
 double Now() {

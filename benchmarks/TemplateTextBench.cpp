@@ -52,7 +52,7 @@ std::shared_ptr<Input> MakeInput(const std::shared_ptr<InputSpec>& spec) {
   return input;
 }
 
-// --- The contenders
+// The contenders.
 
 class OneScan {
  public:
@@ -124,7 +124,7 @@ class Expressions {
   const std::shared_ptr<InputSpec> spec_;
 };
 
-// --- The questions
+// The questions.
 
 template <typename Contender>
 void BM_TemplateSubstitute(benchmark::State& state) {

@@ -27,7 +27,7 @@
 namespace Kestrel::Benchmarks {
 namespace {
 
-// --- The contenders: each reads a document and holds what it made of it
+// The contenders: each reads a document and holds what it made of it.
 
 class OurValue {
  public:
@@ -149,7 +149,7 @@ class TagsByMemchr {
   std::size_t count_ = 0;
 };
 
-// --- The questions
+// The questions.
 
 template <typename Contender>
 void BM_ValueDocumentRead(benchmark::State& state) {

@@ -161,7 +161,7 @@ TEST_F(CommandListTest, ServesManyNamespacesOfOneCommandEach) {
   EXPECT_EQ(List().size(), kCount + 1);
 }
 
-// --- what it declares ---
+// What it declares.
 
 TEST_F(CommandListTest, HasADescriptionAndDefaultsForItsFormat) {
   const std::shared_ptr<CommandList> command = CommandList::New(dispatcher_.GetRootNamespace());

@@ -69,7 +69,7 @@ class CommandSpecTest : public testing::Test {
   std::shared_ptr<SampleCommand> command_ = std::make_shared<SampleCommand>();
 };
 
-// --- as a node ---
+// As a node.
 
 TEST_F(CommandSpecTest, IsANodeOfTheKindCommand) {
   EXPECT_EQ(command_->GetType(), NodeType::Command);
@@ -190,7 +190,7 @@ TEST_F(CommandSpecTest, SetParentReplacesAnEarlierParent) {
   EXPECT_EQ(command_->GetParent(), nullptr);
 }
 
-// --- specifications ---
+// Specifications.
 
 TEST_F(CommandSpecTest, GetInputSpecAddsHelpOnceAndReturnsTheSameObject) {
   command_->inputSpec->AddParameter(OptionalParameter("device", ParameterType::String));
@@ -252,7 +252,7 @@ TEST_F(CommandSpecTest, SpecificationsMustNotBeNull) {
   EXPECT_THAT(ParameterNames(*command_->GetInputSpec()), ElementsAre("help"));
 }
 
-// --- examples, defaults, meta-data ---
+// Examples, defaults, meta-data.
 
 TEST_F(CommandSpecTest, ExamplesStayInTheOrderAdded) {
   EXPECT_THAT(command_->GetExamples(), IsEmpty());
@@ -300,7 +300,7 @@ TEST_F(CommandSpecTest, OfMetaDataTheLastValueOfANameWins) {
   EXPECT_THAT(command_->GetMetaData(), ElementsAre(Pair("level", "3"), Pair("owner", "two")));
 }
 
-// --- help ---
+// Help.
 
 class CommandSpecHelpTest : public CommandSpecTest {
  protected:

@@ -87,7 +87,7 @@ TEST_F(CommandTest, RunsThroughTheInterfaceOfACallTarget) {
   EXPECT_EQ(output->GetRootObject()->ToString(), "by interface");
 }
 
-// --- help ---
+// Help.
 
 TEST_F(CommandTest, HelpIsGivenInsteadOfTheWorkEvenWhenRequiredParametersAreMissing) {
   const std::shared_ptr<SampleCommand> command = MakeThrowingCommand("never called");
@@ -125,7 +125,7 @@ TEST_F(CommandTest, TheHelpIsNotCheckedAgainstTheDeclaredOutput) {
   EXPECT_EQ(command->outputSpecCalls, 0);
 }
 
-// --- exceptions ---
+// Exceptions.
 
 TEST_F(CommandTest, AStandardExceptionBecomesTheOnlyError) {
   const std::shared_ptr<SampleCommand> command = MakeThrowingCommand("boom");
@@ -183,7 +183,7 @@ TEST_F(CommandTest, ExceptionsOfOtherKindsPass) {
   EXPECT_THROW(Run(command), int);
 }
 
-// --- the result ---
+// The result.
 
 TEST_F(CommandTest, AnErrorOfTheWorkSparesItsResultTheCheck) {
   const std::shared_ptr<SampleCommand> command = MakeLyingCommand();

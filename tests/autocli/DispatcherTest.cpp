@@ -132,7 +132,7 @@ class DispatcherTest : public testing::Test {
   Dispatcher dispatcher_;
 };
 
-// --- construction ---
+// Construction.
 
 TEST_F(DispatcherTest, StartsWithARootThatPointsBack) {
   const std::shared_ptr<RootNamespace> root = dispatcher_.GetRootNamespace();
@@ -155,7 +155,7 @@ TEST_F(DispatcherTest, CommandsReachTheirDispatcher) {
   EXPECT_EQ(command->GetDispatcher(), &dispatcher_);
 }
 
-// --- one file ---
+// One file.
 
 TEST_F(DispatcherTest, AddPluginLoadsASharedObject) {
   const std::string path = TestPluginPath("EchoPlugin");
@@ -197,7 +197,7 @@ TEST_F(DispatcherTest, AddPluginLetsAFailedRegistrationPassWithItsContext) {
   EXPECT_THAT(dispatcher_.GetPluginNames(), ElementsAre("Internal"));
 }
 
-// --- plug-ins that fail, and their code ---
+// Plug-ins that fail, and their code.
 
 struct FailingPlugin {
   const char* name;
@@ -342,7 +342,7 @@ TEST_F(DispatcherTest, AnEntryPointMaySurviveTheFailureOfAnotherPlugin) {
   EXPECT_FALSE(IsLoaded(outer));
 }
 
-// --- directories ---
+// Directories.
 
 TEST_F(DispatcherTest, ADirectoryIsLoadedInByteOrderAndOtherFilesAreIgnored) {
   const ScopedTempDir dir;
@@ -541,7 +541,7 @@ TEST_F(DispatcherTest, LoadsAThousandSharedObjects) {
   EXPECT_EQ(Run({"p999"}), "p999");
 }
 
-// --- registration and formatters ---
+// Registration and formatters.
 
 TEST_F(DispatcherTest, RegisterPluginHandsOutTheRootAndDoesNotInitialize) {
   const auto plugin = std::make_shared<SamplePlugin>("Sample");
@@ -641,7 +641,7 @@ TEST_F(DispatcherTest, AFailedRegistrationIsToldBeforeAFormatterWhoseNameIsTaken
                   "functionality in Second will not be available until this issue is resolved."));
 }
 
-// --- finding a command ---
+// Finding a command.
 
 TEST_F(DispatcherTest, GetCommandFindsTheCommandAndLeavesTheInputAsItIs) {
   const std::shared_ptr<SampleCommand> command = MakeAnsweringCommand("here");
@@ -698,7 +698,7 @@ TEST_F(DispatcherTest, ANodeOfTheKindCommandThatIsNoneGivesNoMessage) {
   EXPECT_THAT(output_->GetErrors(), IsEmpty());
 }
 
-// --- running a command ---
+// Running a command.
 
 std::shared_ptr<SampleCommand> MakeDeletingCommand() {
   std::shared_ptr<SampleCommand> command = MakeAnsweringCommand("deleted");
@@ -803,7 +803,7 @@ TEST_F(DispatcherTest, WithoutCommandTheDefaultFormatParametersAreEmpty) {
                   "Unable to find command"));
 }
 
-// --- formatting ---
+// Formatting.
 
 class DispatcherFormatTest : public DispatcherTest {
  protected:

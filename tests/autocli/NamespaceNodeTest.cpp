@@ -40,7 +40,7 @@ class NamespaceNodeTest : public testing::Test {
   std::shared_ptr<NamespaceNode> list_ = ip_->SubNamespace("list");
 };
 
-// --- names ---
+// Names.
 
 struct NameCase {
   const char* label;
@@ -112,7 +112,7 @@ TEST_F(NamespaceNodeTest, DescriptionIsTakenAsItIs) {
   EXPECT_EQ(ip_->GetDescription(), "");
 }
 
-// --- registration ---
+// Registration.
 
 TEST_F(NamespaceNodeTest, RegisteringGivesTheNodeItsNameAndItsParent) {
   const std::shared_ptr<Namespace> node = Namespace::New();
@@ -248,7 +248,7 @@ TEST_F(NamespaceNodeTest, RegisteringElsewhereChangesTheParentAndKeepsTheOldEntr
   EXPECT_EQ(ip_->GetNamespaceNode("list"), list_);
 }
 
-// --- look-ups ---
+// Look-ups.
 
 TEST_F(NamespaceNodeTest, ChildrenAreListedInByteOrderOfTheirNames) {
   const std::shared_ptr<Namespace> node = Namespace::New();
@@ -297,7 +297,7 @@ TEST_F(NamespaceNodeTest, SubNamespaceWithAnInvalidNameAddsNothing) {
   EXPECT_THAT(root_->GetNamespaceNodeNames(), ElementsAre("network"));
 }
 
-// --- paths ---
+// Paths.
 
 TEST_F(NamespaceNodeTest, PathsStartBelowTheRoot) {
   EXPECT_THAT(network_->GetPath(), ElementsAre("network"));
@@ -320,7 +320,7 @@ TEST_F(NamespaceNodeTest, PathsNeedAParentAllTheWayUp) {
                                       "name 'top' No parent node has been set"));
 }
 
-// --- resolution ---
+// Resolution.
 
 TEST_F(NamespaceNodeTest, ResolvingLeavesTheWordsAsTheyWere) {
   Words path{"network", "ip", "list"};
@@ -368,7 +368,7 @@ TEST_F(NamespaceNodeTest, ResolvingAnEmptyWordFindsNothing) {
                   "Unable to find a command or namespace with the name '' in namespace network"));
 }
 
-// --- lifetime ---
+// Lifetime.
 
 TEST_F(NamespaceNodeTest, ParentsOwnTheirChildren) {
   const std::weak_ptr<NamespaceNode> list = list_;
@@ -389,7 +389,7 @@ TEST_F(NamespaceNodeTest, ChildrenDoNotKeepTheirParentAlive) {
   EXPECT_EQ(ip_->GetNamespaceNode("list"), list_);
 }
 
-// --- hostile sizes ---
+// Hostile sizes.
 
 TEST_F(NamespaceNodeTest, ServesNamespacesThousandsDeep) {
   constexpr int kDepth = 5000;
@@ -437,7 +437,7 @@ TEST_F(NamespaceNodeTest, ServesPathsOfAHundredThousandWords) {
   EXPECT_EQ(path.size(), 99996U);
 }
 
-// --- against a model ---
+// Against a model.
 
 // A tree as a plain map from the joined path to the joined paths of the children.
 using Model = std::map<std::string, std::vector<std::string>>;

@@ -152,7 +152,7 @@ TEST(SharedLibraryPluginTest, AnEntryPointAtNullIsRefusedWithoutALoadersText) {
   EXPECT_FALSE(IsLoaded(path));
 }
 
-// --- what is not whole ---
+// What is not whole.
 
 std::string ReadFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
@@ -184,7 +184,7 @@ TEST(SharedLibraryPluginTest, WhatTheLoaderSeesForItselfIsToldInItsWords) {
   }
 }
 
-// --- what is no regular file ---
+// What is no regular file.
 
 std::string NotAFileMessage(const std::string& path) {
   return "Unable to load plugin from " + path + " : not a regular file";
@@ -253,7 +253,7 @@ TEST(SharedLibraryPluginTest, APathWithoutSlashIsLeftToTheLoaderToSearch) {
               ThrowsMessage<KestrelException>(NotAFileMessage("./folder.so")));
 }
 
-// --- how symbols are bound ---
+// How symbols are bound.
 
 TEST(SharedLibraryPluginTest, SymbolsAreBoundLazilyAndOpenToLaterPlugins) {
   // The borrower opens although nothing offers the function that it calls.
@@ -272,7 +272,7 @@ TEST(SharedLibraryPluginTest, SymbolsAreBoundLazilyAndOpenToLaterPlugins) {
   EXPECT_EQ(output->GetRootObject()->ToString(), "a text on loan");
 }
 
-// --- an entry point that throws ---
+// An entry point that throws.
 
 TEST(SharedLibraryPluginTest, AnExceptionOfTheEntryPointPasses) {
   const std::shared_ptr<SharedLibraryPlugin> plugin =

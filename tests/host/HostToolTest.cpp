@@ -196,7 +196,7 @@ TEST(HostToolTest, WrapsTheLastColumnToTheScreen) {
   EXPECT_THAT(result.out, StartsWith("Number  Online  Node  Socket  Core  Siblings  Frequency  "));
 }
 
-// --- a machine that is made up in a mount namespace of its own
+// A machine that is made up in a mount namespace of its own.
 
 bool CanMakeUpAMachine() { return ::system("unshare --mount true 2>/dev/null") == 0; }
 

@@ -50,7 +50,7 @@ void ExpectBetween(long value, long before, long after, long room, const std::st
   EXPECT_LE(value, std::max(before, after) + room) << what;
 }
 
-// --- figures of the machine
+// Figures of the machine.
 
 TEST(SystemVersionGetTest, AgreesWithUname) {
   const Record record = CallHost("system version get").GetRecord();
@@ -157,7 +157,7 @@ TEST(SystemMemoryGetTest, PrintsFiguresWithUnits) {
   EXPECT_THAT(text, HasSubstr(" KiB\n"));
 }
 
-// --- processors
+// Processors.
 
 TEST(SystemCpuListTest, AgreesWithLscpu) {
   std::vector<std::string> expected;
@@ -253,7 +253,7 @@ TEST(SystemCpuCountTest, AgreesWithGetconf) {
             WitnessLine("lscpu --all --parse=CPU | grep -vc '^#'") + "\n");
 }
 
-// --- processes
+// Processes.
 
 // A process of the test's own, which waits until it is killed.
 class ScopedProcess {
@@ -546,7 +546,7 @@ TEST(SystemProcessListTest, PrintsATableThatFitsTheScreen) {
                                             "[0-9:-]+ +still\n"));
 }
 
-// --- parameters of the kernel
+// Parameters of the kernel.
 
 TEST(SystemParameterListTest, AgreesWithSysctl) {
   for (const char* const group : {"vm", "kernel.random", "net.ipv4.conf.lo", "fs"}) {
@@ -688,7 +688,7 @@ TEST(SystemParameterSetTest, NeedsNameAndValue) {
       ElementsAre("Missing required parameter --name", "Missing required parameter --value"));
 }
 
-// --- people
+// People.
 
 TEST(SystemAccountListTest, AgreesWithGetent) {
   std::vector<std::string> expected =

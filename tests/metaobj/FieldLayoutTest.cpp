@@ -199,7 +199,7 @@ TEST(FieldLayoutTest, CopiesAndMovesItsOwners) {
   EXPECT_EQ(LayoutRef::Attach(moved.Detach()).Get(), layout);
 }
 
-// --- Records and layouts
+// Records and layouts.
 
 TEST(FieldLayoutTest, ServesRecordsOfOneShape) {
   const auto one = MetaStruct::New("Rec");

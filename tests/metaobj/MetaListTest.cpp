@@ -48,7 +48,7 @@ std::shared_ptr<MetaList> Numbers(const std::vector<long>& values) {
   return list;
 }
 
-// --- Factories
+// Factories.
 
 TEST(MetaListTest, StartsEmpty) {
   for (const MetaType kind : {MetaType::Int, MetaType::Bool, MetaType::String}) {
@@ -136,7 +136,7 @@ TEST(MetaListTest, TakesEveryOtherObjectForNone) {
   EXPECT_EQ(MetaList::New(MetaType::Struct, nullptr)->GetListStructure(), nullptr);
 }
 
-// --- Adding
+// Adding.
 
 TEST(MetaListTest, SharesItsElements) {
   const auto number = MetaInt::New(100);
@@ -373,7 +373,7 @@ TEST(MetaListTest, MakesRoomForAWholeVectorFirst) {
   ExpectRoomBeforeTheFirst(MetaType::Int, std::vector<std::string>(strings));
 }
 
-// --- Reading and removing
+// Reading and removing.
 
 TEST(MetaListTest, GivesItsElementsByIndex) {
   const auto list = Numbers({1, 2, 3});
@@ -446,7 +446,7 @@ TEST(MetaListTest, StaysLinearOverManySmallVectors) {
   EXPECT_LT(moves, 40u);
 }
 
-// --- Validate
+// Validate.
 
 TEST(MetaListTest, ValidatesNoNull) {
   Errors errors;
@@ -495,7 +495,7 @@ TEST(MetaListTest, ReportsAnotherTypeNameThoughItValidates) {
   EXPECT_THAT(errors, ElementsAre("Type names do not match."));
 }
 
-// --- Comparison
+// Comparison.
 
 TEST(MetaListTest, DiffersFromNull) {
   Errors errors;
@@ -561,7 +561,7 @@ TEST(MetaListTest, ReportsAnotherTypeNameAndMatches) {
   EXPECT_THAT(errors, ElementsAre("Type names do not match."));
 }
 
-// --- Printing and hostile sizes
+// Printing and hostile sizes.
 
 TEST(MetaListTest, PrintsItsElementsWithoutBrackets) {
   EXPECT_EQ(Numbers({1, 2, 3})->ToString(), "1, 2, 3");

@@ -52,7 +52,7 @@ std::shared_ptr<MetaStruct> RecordOf(const std::vector<std::string>& names) {
   return record;
 }
 
-// --- Names and factories
+// Names and factories.
 
 TEST(MetaStructTest, AcceptsNamesOfLettersAndDigits) {
   for (const char* const name : {"Abc123", "a", "Z", "0", "9az09AZ"}) {
@@ -164,7 +164,7 @@ TEST(MetaStructTest, AFieldIsMovedAndNeverCopied) {
   EXPECT_FALSE(std::is_copy_assignable_v<MetaStruct::Field>);
 }
 
-// --- Storing: the forms of SetField
+// Storing: the forms of SetField.
 
 // Sets one field twice, once under each form of the name, and gives both values.
 template <typename Value>
@@ -319,7 +319,7 @@ TEST(MetaStructTest, FindsNoDocumentationInAnEmptyOne) {
   EXPECT_EQ(record->GetFieldDocumentation("b"), "Documentation missing");
 }
 
-// --- Refusals of SetField
+// Refusals of SetField.
 
 constexpr char kNullMessage[] =
     "Invalid NULL value was assigned to the field a in the structure Rec";
@@ -455,7 +455,7 @@ TEST(MetaStructTest, TellsWholeNamesWithTheirNulInRefusals) {
   }
 }
 
-// --- Reading
+// Reading.
 
 TEST(MetaStructTest, ListsItsFieldsInByteOrder) {
   EXPECT_THAT(RecordOf({"zeta", "alpha", "Beta"})->GetFieldNames(),
@@ -552,7 +552,7 @@ TEST(MetaStructTest, PrintsNestedValues) {
             "'none' => '', 'odd' => 'a lie', }");
 }
 
-// --- Removing
+// Removing.
 
 TEST(MetaStructTest, RemovesAField) {
   const auto record = RecordOf({"a", "b", "c"});
@@ -610,7 +610,7 @@ TEST(MetaStructTest, RefusesToRemoveAnUnknownFieldWhenLocked) {
               ThrowsMessage<KestrelException>("Structure is locked, unable to remove fields"));
 }
 
-// --- Definitions
+// Definitions.
 
 TEST(MetaStructTest, KeepsAndLocksItsDefinition) {
   const auto definition = RecordOf({"a", "b"});
@@ -663,7 +663,7 @@ TEST(MetaStructTest, RefusesANullDefinition) {
               ThrowsMessage<KestrelException>("Invalid NULL structure definition for MetaStruct"));
 }
 
-// --- Comparison
+// Comparison.
 
 TEST(MetaStructTest, MatchesNull) {
   Errors errors;
@@ -824,7 +824,7 @@ TEST(MetaStructTest, FindsALyingKindInAField) {
                                   "Type mismatch on field: a"));
 }
 
-// --- One behaviour, however many fields there are
+// One behaviour, however many fields there are.
 
 class MetaStructOfSizeTest : public testing::TestWithParam<int> {
  protected:
@@ -978,7 +978,7 @@ INSTANTIATE_TEST_SUITE_P(Sizes, MetaStructOfSizeTest,
                          testing::Values(0, 4, 5, 6, 7, 11, 12, 61, 62, 63, 64, 65, 66, 200),
                          SizeName);
 
-// --- Against a model
+// Against a model.
 
 struct ModelField {
   std::string text;
@@ -1034,7 +1034,7 @@ TEST(MetaStructTest, BehavesAsAnOrderedMapWould) {
   }
 }
 
-// --- Hostile sizes
+// Hostile sizes.
 
 void ExpectToTakeFields(const std::vector<int>& order) {
   const auto record = MetaStruct::New("Rec");
