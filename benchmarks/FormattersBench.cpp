@@ -22,8 +22,6 @@
 #include "kestrel/autocli/TableFormatter.h"
 #include "kestrel/autocli/XmlFormatter.h"
 #include "kestrel/callspec/Output.h"
-#include "kestrel/metaobj/MetaList.h"
-#include "kestrel/metaobj/MetaStruct.h"
 
 #ifdef KESTREL_HAS_NLOHMANN_JSON
 #include <nlohmann/json.hpp>
@@ -39,27 +37,9 @@
 namespace Kestrel::Benchmarks {
 namespace {
 
-using MetaObj::MetaList;
-using MetaObj::MetaStruct;
-using MetaObj::MetaType;
-
-std::shared_ptr<MetaStruct> MakeStruct(const Record& record) {
-  auto made = MetaStruct::New("Record");
-  made->SetField("Name", record.name);
-  made->SetField("Size", record.size);
-  made->SetField("Enabled", record.isEnabled);
-  made->SetField("Path", record.path);
-  made->SetField("Count", record.count);
-  return made;
-}
-
 std::shared_ptr<CallSpec::Output> MakeOutput(std::size_t count) {
-  const auto list = MetaList::New(MetaType::Struct, MakeStruct(Record()));
-  for (const Record& record : MakeRecords(count)) {
-    list->Add(MakeStruct(record));
-  }
   const auto output = CallSpec::Output::New();
-  output->SetRootObject(list);
+  output->SetRootObject(MakeList(MakeRecords(count)));
   return output;
 }
 

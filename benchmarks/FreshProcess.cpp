@@ -2,6 +2,7 @@
 
 #include <malloc.h>
 #include <sys/wait.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <stdexcept>
@@ -36,6 +37,12 @@ Cost InFreshProcess(const std::function<Cost()>& work) {
 double HeapBytes() {
   const struct mallinfo2 heap = mallinfo2();
   return static_cast<double>(heap.uordblks + heap.hblkhd);
+}
+
+double ProcessSeconds() {
+  timespec now;
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
 
 }  // namespace Kestrel::Benchmarks

@@ -19,4 +19,8 @@ Cost InFreshProcess(const std::function<Cost()>& work);
 /// The bytes that the heap has handed out and not taken back.
 double HeapBytes();
 
+/// The processor time of this process alone in seconds, the kernel's part included, so that a busy
+/// machine disturbs less.
+double ProcessSeconds();
+
 }  // namespace Kestrel::Benchmarks

@@ -9,7 +9,6 @@
 #include <rapidjson/document.h>
 #endif
 
-#include <ctime>
 #include <map>
 #include <memory>
 #include <variant>
@@ -25,7 +24,9 @@ namespace {
 using Kestrel::Benchmarks::Cost;
 using Kestrel::Benchmarks::HeapBytes;
 using Kestrel::Benchmarks::InFreshProcess;
+using Kestrel::Benchmarks::MakeList;
 using Kestrel::Benchmarks::MakeRecords;
+using Kestrel::Benchmarks::ProcessSeconds;
 using Kestrel::Benchmarks::Record;
 using namespace Kestrel::MetaObj;  // NOLINT: the names under test
 
@@ -41,16 +42,7 @@ struct Names {
 
 class MetaRecords {
  public:
-  void Build(const std::vector<Record>& records) {
-    const auto shape = MetaStruct::New("Disk");
-    Fill(*shape, records[0]);
-    list_ = MetaList::New(MetaType::Struct, shape);
-    for (const Record& record : records) {
-      auto value = MetaStruct::New("Disk");
-      Fill(*value, record);
-      list_->Add(value);
-    }
-  }
+  void Build(const std::vector<Record>& records) { list_ = MakeList(records); }
 
   long LookUp(std::size_t index, const Names& names) const {
     const auto& record = static_cast<const MetaStruct&>(*list_->GetObjects()[index]);
@@ -69,14 +61,6 @@ class MetaRecords {
   std::string Print() const { return list_->ToString(); }
 
  private:
-  static void Fill(MetaStruct& value, const Record& record) {
-    value.SetField("Name", record.name);
-    value.SetField("Size", record.size);
-    value.SetField("Enabled", record.isEnabled);
-    value.SetField("Path", record.path);
-    value.SetField("Count", record.count);
-  }
-
   std::shared_ptr<MetaList> list_;
 };
 
@@ -179,25 +163,18 @@ using RapidHeapRecords = RapidRecords<rapidjson::CrtAllocator>;
 
 // The questions.
 
-// Time of this process alone, so that a busy machine disturbs less; the kernel's part included.
-double Now() {
-  timespec now;
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
-}
-
 template <typename Contender>
 Cost BuildAndDestroy(const std::vector<Record>& records) {
   Cost cost;
   auto contender = std::make_unique<Contender>();
   const double before = HeapBytes();
-  const double start = Now();
+  const double start = ProcessSeconds();
   contender->Build(records);
-  cost.buildSeconds = Now() - start;
+  cost.buildSeconds = ProcessSeconds() - start;
   cost.heapBytes = HeapBytes() - before;
-  const double middle = Now();
+  const double middle = ProcessSeconds();
   contender.reset();
-  cost.destroySeconds = Now() - middle;
+  cost.destroySeconds = ProcessSeconds() - middle;
   return cost;
 }
 

@@ -7,7 +7,6 @@
 
 #include <array>
 #include <cstdio>
-#include <ctime>
 #include <fstream>
 #include <memory>
 #include <stdexcept>
@@ -23,7 +22,6 @@
 #include "kestrel/autocli/XmlFormatter.h"
 #include "kestrel/callspec/Output.h"
 #include "kestrel/metaobj/MetaList.h"
-#include "kestrel/metaobj/MetaStruct.h"
 
 #ifdef KESTREL_HAS_RAPIDJSON
 #include <rapidjson/document.h>
@@ -33,10 +31,6 @@
 
 namespace Kestrel::Benchmarks {
 namespace {
-
-using MetaObj::MetaList;
-using MetaObj::MetaStruct;
-using MetaObj::MetaType;
 
 /// A pipe whose other end is read by a process of its own, until the pipe is closed.
 class DrainedPipe {
@@ -78,26 +72,12 @@ class DrainedPipe {
 template <typename Formatter>
 struct MetaRows {
   static void BuildAndPrint(const std::vector<Record>& records, const std::string& path) {
-    const auto list = MetaList::New(MetaType::Struct, MakeStruct(records[0]));
-    for (const Record& record : records) {
-      list->Add(MakeStruct(record));
-    }
     const auto output = CallSpec::Output::New();
-    output->SetRootObject(list);
+    output->SetRootObject(MakeList(records));
     std::ofstream out(path);
     AutoCli::FormatParameters params;
     AutoCli::DisplayContext display;
     Formatter().Format(output, params, display, out);
-  }
-
-  static std::shared_ptr<MetaStruct> MakeStruct(const Record& record) {
-    auto made = MetaStruct::New("Record");
-    made->SetField("Name", record.name);
-    made->SetField("Size", record.size);
-    made->SetField("Enabled", record.isEnabled);
-    made->SetField("Path", record.path);
-    made->SetField("Count", record.count);
-    return made;
   }
 };
 
@@ -135,13 +115,6 @@ struct RapidRows {
 
 // The question.
 
-// Time of this process alone, so that a busy machine disturbs less; the kernel's part included.
-double Now() {
-  timespec now;
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
-}
-
 template <typename Contender>
 void BM_BuildAndPrintToPipe(benchmark::State& state) {
   const std::vector<Record> records = MakeRecords(static_cast<std::size_t>(state.range(0)));
@@ -149,9 +122,9 @@ void BM_BuildAndPrintToPipe(benchmark::State& state) {
     const Cost cost = InFreshProcess([&records] {
       const DrainedPipe drained;
       Cost spent;
-      const double start = Now();
+      const double start = ProcessSeconds();
       Contender::BuildAndPrint(records, drained.GetPath());
-      spent.buildSeconds = Now() - start;
+      spent.buildSeconds = ProcessSeconds() - start;
       return spent;
     });
     state.SetIterationTime(cost.buildSeconds);

@@ -2,7 +2,25 @@
 
 #include <cstdio>
 
+#include "kestrel/metaobj/MetaStruct.h"
+
 namespace Kestrel::Benchmarks {
+namespace {
+
+using MetaObj::MetaList;
+using MetaObj::MetaStruct;
+
+std::shared_ptr<MetaStruct> MakeStruct(const Record& record) {
+  auto made = MetaStruct::New("Record");
+  made->SetField("Name", record.name);
+  made->SetField("Size", record.size);
+  made->SetField("Enabled", record.isEnabled);
+  made->SetField("Path", record.path);
+  made->SetField("Count", record.count);
+  return made;
+}
+
+}  // namespace
 
 std::vector<Record> MakeRecords(std::size_t count) {
   std::vector<Record> records(count);
@@ -20,6 +38,14 @@ std::vector<Record> MakeRecords(std::size_t count) {
     record.count = static_cast<int>(index % 25);
   }
   return records;
+}
+
+std::shared_ptr<MetaList> MakeList(const std::vector<Record>& records) {
+  auto list = MetaList::New(MetaObj::MetaType::Struct, MakeStruct(records[0]));
+  for (const Record& record : records) {
+    list->Add(MakeStruct(record));
+  }
+  return list;
 }
 
 }  // namespace Kestrel::Benchmarks

@@ -1,8 +1,11 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <vector>
+
+#include "kestrel/metaobj/MetaList.h"
 
 namespace Kestrel::Benchmarks {
 
@@ -17,5 +20,8 @@ struct Record {
 
 /// So many rows, the same in each run.
 std::vector<Record> MakeRecords(std::size_t count);
+
+/// The rows as a list of structures of their own type; there is at least one.
+std::shared_ptr<MetaObj::MetaList> MakeList(const std::vector<Record>& records);
 
 }  // namespace Kestrel::Benchmarks
