@@ -16,7 +16,7 @@
 #include <utility>
 #include <vector>
 
-#include "autocli/Report.h"
+#include "autocli/text/Report.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/CliDispatcherHelpFormatter.h"
 #include "kestrel/metaobj/MetaList.h"

@@ -5,9 +5,9 @@
 #include <ios>
 #include <string_view>
 
-#include "autocli/FitText.h"
-#include "autocli/TextWriter.h"
 #include "autocli/ValueView.h"
+#include "autocli/text/FitText.h"
+#include "autocli/text/TextWriter.h"
 #include "kestrel/KestrelException.h"
 
 namespace Kestrel::AutoCli {

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "autocli/PluginFiles.h"
-#include "autocli/Report.h"
+#include "autocli/text/Report.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/InternalPlugin.h"
 #include "kestrel/autocli/SharedLibraryPlugin.h"

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <utility>
 
-#include "autocli/TextPieces.h"
+#include "autocli/text/TextPieces.h"
 #include "callspec/TextValue.h"
 
 namespace Kestrel::AutoCli {

@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "autocli/TextWriter.h"
 #include "autocli/ValueView.h"
+#include "autocli/text/TextWriter.h"
 
 namespace Kestrel::AutoCli {
 

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <string_view>
 
-#include "autocli/EscapeTable.h"
-#include "autocli/TextWriter.h"
 #include "autocli/ValueView.h"
 #include "autocli/ValueWalk.h"
+#include "autocli/text/EscapeTable.h"
+#include "autocli/text/TextWriter.h"
 #include "kestrel/KestrelException.h"
 
 namespace Kestrel::AutoCli {

@@ -13,8 +13,8 @@
 #include "autocli/HeaderMarker.h"
 #include "autocli/Indent.h"
 #include "autocli/PlainText.h"
-#include "autocli/TextWriter.h"
 #include "autocli/ValueView.h"
+#include "autocli/text/TextWriter.h"
 
 namespace Kestrel::AutoCli {
 

@@ -10,10 +10,10 @@
 
 #include "autocli/FieldSlot.h"
 #include "autocli/FieldStyle.h"
-#include "autocli/FitText.h"
 #include "autocli/PlainText.h"
-#include "autocli/TextWriter.h"
 #include "autocli/ValueView.h"
+#include "autocli/text/FitText.h"
+#include "autocli/text/TextWriter.h"
 #include "kestrel/KestrelException.h"
 
 namespace Kestrel::AutoCli {

@@ -8,8 +8,8 @@
 
 #include "autocli/ChildProcess.h"
 #include "autocli/FieldStyle.h"
-#include "autocli/FitText.h"
-#include "autocli/TextWriter.h"
+#include "autocli/text/FitText.h"
+#include "autocli/text/TextWriter.h"
 
 void Panic(const char* format, ...) {
   static char message[256];

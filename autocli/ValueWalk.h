@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "autocli/FieldPrefixes.h"
-#include "autocli/TextWriter.h"
 #include "autocli/ValueView.h"
+#include "autocli/text/TextWriter.h"
 #include "kestrel/metaobj/MetaBool.h"
 #include "kestrel/metaobj/MetaInt.h"
 #include "kestrel/metaobj/MetaList.h"

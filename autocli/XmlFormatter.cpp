@@ -4,11 +4,11 @@
 #include <string>
 #include <string_view>
 
-#include "autocli/EscapeTable.h"
 #include "autocli/Indent.h"
-#include "autocli/TextWriter.h"
 #include "autocli/ValueView.h"
 #include "autocli/ValueWalk.h"
+#include "autocli/text/EscapeTable.h"
+#include "autocli/text/TextWriter.h"
 
 namespace Kestrel::AutoCli {
 

@@ -6,9 +6,9 @@
 #include <cstdint>
 #include <utility>
 
-#include "autocli/LeadingInteger.h"
 #include "autocli/XmlDocument.h"
 #include "autocli/XmlNode.h"
+#include "autocli/text/LeadingInteger.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/XmlUtil.h"
 

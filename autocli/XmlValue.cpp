@@ -3,7 +3,7 @@
 #include <cstring>
 #include <utility>
 
-#include "autocli/LeadingInteger.h"
+#include "autocli/text/LeadingInteger.h"
 #include "kestrel/metaobj/MetaBool.h"
 #include "kestrel/metaobj/MetaInt.h"
 #include "kestrel/metaobj/MetaString.h"

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "autocli/TextWriter.h"
+#include "autocli/text/TextWriter.h"
 #include "kestrel/metaobj/MetaBool.h"
 #include "kestrel/metaobj/MetaInt.h"
 #include "kestrel/metaobj/MetaList.h"

@@ -1,4 +1,4 @@
-#include "autocli/TextPieces.h"
+#include "autocli/text/TextPieces.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "autocli/TextWriter.h"
+#include "autocli/text/TextWriter.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -6,14 +6,14 @@
 // broken off too when it does not fit, which leaves an empty first line behind. Since the words of
 // one line stand in the text as they are printed, a line is found and written as a single run.
 
-#include "autocli/FitText.h"
+#include "autocli/text/FitText.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
-#include "autocli/TextPieces.h"
-#include "autocli/TextWriter.h"
+#include "autocli/text/TextPieces.h"
+#include "autocli/text/TextWriter.h"
 
 namespace Kestrel::AutoCli {
 

@@ -8,7 +8,7 @@
 #include <ostream>
 #include <string_view>
 
-#include "autocli/EscapeTable.h"
+#include "autocli/text/EscapeTable.h"
 
 namespace Kestrel::AutoCli {
 

@@ -1,4 +1,4 @@
-#include "autocli/LeadingInteger.h"
+#include "autocli/text/LeadingInteger.h"
 
 #include <gtest/gtest.h>
 
