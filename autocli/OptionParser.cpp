@@ -21,7 +21,7 @@
 #include <ios>
 #include <iostream>
 
-#include "autocli/EchoGuard.h"
+#include "autocli/process/EchoGuard.h"
 #include "kestrel/callspec/ParameterSpec.h"
 
 namespace Kestrel::AutoCli {

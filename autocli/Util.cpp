@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "autocli/ChildProcess.h"
 #include "autocli/FieldStyle.h"
+#include "autocli/process/ChildProcess.h"
 #include "autocli/text/FitText.h"
 #include "autocli/text/TextWriter.h"
 

@@ -1,4 +1,4 @@
-#include "autocli/EchoGuard.h"
+#include "autocli/process/EchoGuard.h"
 
 #include <gtest/gtest.h>
 #include <signal.h>

@@ -1,4 +1,4 @@
-#include "autocli/ChildProcess.h"
+#include "autocli/process/ChildProcess.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -12,7 +12,7 @@
 #include <ctime>
 #include <utility>
 
-#include "autocli/FileDescriptor.h"
+#include "autocli/process/FileDescriptor.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/platform/Zoluser.h"
 

@@ -1,4 +1,4 @@
-#include "autocli/ChildProcess.h"
+#include "autocli/process/ChildProcess.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-#include "autocli/FileDescriptor.h"
+#include "autocli/process/FileDescriptor.h"
 #include "kestrel/KestrelException.h"
 #include "support/Random.h"
 #include "support/Sanitizer.h"

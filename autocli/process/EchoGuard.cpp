@@ -3,7 +3,7 @@
 // and continued, or ended up in a handler of the program's own) comes back and hides the typing
 // again. A process that a signal stopped which nobody can catch arrives at Resume alone.
 
-#include "autocli/EchoGuard.h"
+#include "autocli/process/EchoGuard.h"
 
 #include <errno.h>
 #include <signal.h>
