@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "autocli/FieldStyle.h"
+#include "autocli/formatters/FieldStyle.h"
 #include "autocli/process/ChildProcess.h"
 #include "autocli/text/FitText.h"
 #include "autocli/text/TextWriter.h"

@@ -5,7 +5,7 @@
 #include <ios>
 #include <string_view>
 
-#include "autocli/ValueView.h"
+#include "autocli/formatters/ValueView.h"
 #include "autocli/text/FitText.h"
 #include "autocli/text/TextWriter.h"
 #include "kestrel/KestrelException.h"

@@ -1,4 +1,4 @@
-#include "autocli/PlainText.h"
+#include "autocli/formatters/PlainText.h"
 
 #include <gtest/gtest.h>
 

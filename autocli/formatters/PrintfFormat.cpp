@@ -8,7 +8,7 @@
 // are first lowered to what can still be seen: the text is cut at a limit, so blanks and zeros
 // beyond it would cost time and change nothing.
 
-#include "autocli/PrintfFormat.h"
+#include "autocli/formatters/PrintfFormat.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -21,7 +21,7 @@
 #include <cwchar>
 #include <utility>
 
-#include "autocli/ValueView.h"
+#include "autocli/formatters/ValueView.h"
 #include "kestrel/metaobj/MetaBool.h"
 #include "kestrel/metaobj/MetaInt.h"
 #include "kestrel/metaobj/MetaString.h"

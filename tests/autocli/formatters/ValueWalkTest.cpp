@@ -1,4 +1,4 @@
-#include "autocli/ValueWalk.h"
+#include "autocli/formatters/ValueWalk.h"
 
 #include <gtest/gtest.h>
 

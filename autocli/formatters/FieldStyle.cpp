@@ -1,4 +1,4 @@
-#include "autocli/FieldStyle.h"
+#include "autocli/formatters/FieldStyle.h"
 
 #include <cstddef>
 #include <cstring>

@@ -8,10 +8,10 @@
 #include <utility>
 #include <vector>
 
-#include "autocli/FieldSlot.h"
-#include "autocli/FieldStyle.h"
-#include "autocli/PlainText.h"
-#include "autocli/ValueView.h"
+#include "autocli/formatters/FieldSlot.h"
+#include "autocli/formatters/FieldStyle.h"
+#include "autocli/formatters/PlainText.h"
+#include "autocli/formatters/ValueView.h"
 #include "autocli/text/FitText.h"
 #include "autocli/text/TextWriter.h"
 #include "kestrel/KestrelException.h"

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "autocli/PrintfFormat.h"
+#include "autocli/formatters/PrintfFormat.h"
 #include "kestrel/autocli/FormatParameters.h"
 #include "kestrel/metaobj/MetaObject.h"
 

@@ -1,4 +1,4 @@
-#include "autocli/HeaderMarker.h"
+#include "autocli/formatters/HeaderMarker.h"
 
 #include <gtest/gtest.h>
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <string_view>
 
-#include "autocli/ValueView.h"
-#include "autocli/ValueWalk.h"
+#include "autocli/formatters/ValueView.h"
+#include "autocli/formatters/ValueWalk.h"
 #include "autocli/text/EscapeTable.h"
 #include "autocli/text/TextWriter.h"
 #include "kestrel/KestrelException.h"

@@ -2,9 +2,9 @@
 
 #include <string_view>
 
-#include "autocli/Indent.h"
-#include "autocli/ValueView.h"
-#include "autocli/ValueWalk.h"
+#include "autocli/formatters/Indent.h"
+#include "autocli/formatters/ValueView.h"
+#include "autocli/formatters/ValueWalk.h"
 #include "autocli/text/EscapeTable.h"
 #include "autocli/text/TextWriter.h"
 

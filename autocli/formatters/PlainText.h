@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "autocli/ValueView.h"
+#include "autocli/formatters/ValueView.h"
 #include "autocli/text/TextWriter.h"
 
 namespace Kestrel::AutoCli {

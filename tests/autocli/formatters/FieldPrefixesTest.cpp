@@ -1,4 +1,4 @@
-#include "autocli/FieldPrefixes.h"
+#include "autocli/formatters/FieldPrefixes.h"
 
 #include <gtest/gtest.h>
 

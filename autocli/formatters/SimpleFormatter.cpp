@@ -8,12 +8,12 @@
 #include <utility>
 #include <vector>
 
-#include "autocli/FieldSlot.h"
-#include "autocli/FieldStyle.h"
-#include "autocli/HeaderMarker.h"
-#include "autocli/Indent.h"
-#include "autocli/PlainText.h"
-#include "autocli/ValueView.h"
+#include "autocli/formatters/FieldSlot.h"
+#include "autocli/formatters/FieldStyle.h"
+#include "autocli/formatters/HeaderMarker.h"
+#include "autocli/formatters/Indent.h"
+#include "autocli/formatters/PlainText.h"
+#include "autocli/formatters/ValueView.h"
 #include "autocli/text/TextWriter.h"
 
 namespace Kestrel::AutoCli {

@@ -8,8 +8,8 @@
 #include <variant>
 #include <vector>
 
-#include "autocli/FieldPrefixes.h"
-#include "autocli/ValueView.h"
+#include "autocli/formatters/FieldPrefixes.h"
+#include "autocli/formatters/ValueView.h"
 #include "autocli/text/TextWriter.h"
 #include "kestrel/metaobj/MetaBool.h"
 #include "kestrel/metaobj/MetaInt.h"
