@@ -1,4 +1,4 @@
-#include "autocli/NameRule.h"
+#include "autocli/tree/NameRule.h"
 
 #include <gtest/gtest.h>
 
