@@ -6,7 +6,7 @@
 #include <optional>
 #include <utility>
 
-#include "autocli/PluginFiles.h"
+#include "autocli/plugins/PluginFiles.h"
 #include "autocli/text/Report.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/InternalPlugin.h"

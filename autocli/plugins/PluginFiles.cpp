@@ -1,4 +1,4 @@
-#include "autocli/PluginFiles.h"
+#include "autocli/plugins/PluginFiles.h"
 
 #include <dirent.h>
 

@@ -5,7 +5,7 @@
 
 #include <utility>
 
-#include "autocli/SharedObjectFile.h"
+#include "autocli/plugins/SharedObjectFile.h"
 #include "kestrel/KestrelException.h"
 
 namespace Kestrel::AutoCli {

@@ -1,4 +1,4 @@
-#include "autocli/SharedObjectFile.h"
+#include "autocli/plugins/SharedObjectFile.h"
 
 #include <elf.h>
 #include <gtest/gtest.h>
