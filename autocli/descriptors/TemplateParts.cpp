@@ -6,7 +6,7 @@
 // the text of a parameter and its neighbours have grown into. Both leave an opening behind that
 // names a parameter; a text without any is the text that the whole template would have become.
 
-#include "autocli/TemplateParts.h"
+#include "autocli/descriptors/TemplateParts.h"
 
 #include <cstddef>
 #include <unordered_map>

@@ -1,4 +1,4 @@
-#include "autocli/TemplateParts.h"
+#include "autocli/descriptors/TemplateParts.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

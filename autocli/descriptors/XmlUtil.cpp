@@ -2,10 +2,10 @@
 
 #include <climits>
 
-#include "autocli/XmlDocument.h"
-#include "autocli/XmlNode.h"
-#include "autocli/XmlValue.h"
-#include "autocli/XmlValueReader.h"
+#include "autocli/descriptors/XmlDocument.h"
+#include "autocli/descriptors/XmlNode.h"
+#include "autocli/descriptors/XmlValue.h"
+#include "autocli/descriptors/XmlValueReader.h"
 #include "kestrel/KestrelException.h"
 
 namespace Kestrel::AutoCli {

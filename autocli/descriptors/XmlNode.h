@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "autocli/XmlDocument.h"
+#include "autocli/descriptors/XmlDocument.h"
 
 namespace Kestrel::AutoCli {
 

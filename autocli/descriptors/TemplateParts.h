@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "autocli/TemplateText.h"
+#include "autocli/descriptors/TemplateText.h"
 
 namespace Kestrel::AutoCli {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "autocli/MarkedText.h"
+#include "autocli/descriptors/MarkedText.h"
 
 namespace Kestrel::AutoCli {
 

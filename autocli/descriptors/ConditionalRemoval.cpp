@@ -9,7 +9,7 @@
 // it finds what the walk before found. So it goes only where a block has lost its end, and on from
 // there to the first place that looks as it did.
 
-#include "autocli/ConditionalRemoval.h"
+#include "autocli/descriptors/ConditionalRemoval.h"
 
 #include <algorithm>
 #include <optional>

@@ -7,13 +7,13 @@
 //
 // A marker begins with a "$" of the template; one that a value brought in begins none.
 
-#include "autocli/TemplateText.h"
+#include "autocli/descriptors/TemplateText.h"
 
 #include <algorithm>
 #include <cstring>
 #include <utility>
 
-#include "autocli/ConditionalRemoval.h"
+#include "autocli/descriptors/ConditionalRemoval.h"
 
 namespace Kestrel::AutoCli {
 namespace {

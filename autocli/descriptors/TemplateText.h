@@ -5,7 +5,7 @@
 #include <string_view>
 #include <utility>
 
-#include "autocli/MarkedText.h"
+#include "autocli/descriptors/MarkedText.h"
 
 namespace Kestrel::AutoCli {
 

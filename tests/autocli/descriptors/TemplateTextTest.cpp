@@ -1,7 +1,7 @@
 // The scanner is compared with a slow model that follows the rules of the template language word by
 // word, with regular expressions.
 
-#include "autocli/TemplateText.h"
+#include "autocli/descriptors/TemplateText.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 // the tree that `xmlReadMemory` makes: not in the value, not in the message of an exception, not in
 // the parser's diagnostics.
 
-#include "autocli/XmlValueReader.h"
+#include "autocli/descriptors/XmlValueReader.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -17,9 +17,9 @@
 #include <string_view>
 #include <vector>
 
-#include "autocli/XmlDocument.h"
-#include "autocli/XmlNode.h"
-#include "autocli/XmlValue.h"
+#include "autocli/descriptors/XmlDocument.h"
+#include "autocli/descriptors/XmlNode.h"
+#include "autocli/descriptors/XmlValue.h"
 #include "kestrel/autocli/XmlUtil.h"
 #include "support/DescribeValue.h"
 #include "support/Random.h"

@@ -1,4 +1,4 @@
-#include "autocli/XmlValue.h"
+#include "autocli/descriptors/XmlValue.h"
 
 #include <cstring>
 #include <utility>

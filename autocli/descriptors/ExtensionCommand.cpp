@@ -10,8 +10,8 @@
 #include <utility>
 #include <vector>
 
-#include "autocli/TemplateParts.h"
-#include "autocli/TemplateText.h"
+#include "autocli/descriptors/TemplateParts.h"
+#include "autocli/descriptors/TemplateText.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/Util.h"
 #include "kestrel/autocli/XmlUtil.h"

@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <utility>
 
-#include "autocli/XmlDocument.h"
-#include "autocli/XmlNode.h"
+#include "autocli/descriptors/XmlDocument.h"
+#include "autocli/descriptors/XmlNode.h"
 #include "autocli/text/LeadingInteger.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/XmlUtil.h"

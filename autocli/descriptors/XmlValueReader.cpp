@@ -4,7 +4,7 @@
 // the document has proved well-formed. Only a document that the parser takes without a word is read
 // so: for any other the diagnostics, too, are those of a reading through a tree.
 
-#include "autocli/XmlValueReader.h"
+#include "autocli/descriptors/XmlValueReader.h"
 
 #include <libxml/parserInternals.h>
 #include <strings.h>
@@ -17,8 +17,8 @@
 #include <utility>
 #include <vector>
 
-#include "autocli/XmlDocument.h"
-#include "autocli/XmlValue.h"
+#include "autocli/descriptors/XmlDocument.h"
+#include "autocli/descriptors/XmlValue.h"
 #include "kestrel/metaobj/MetaStruct.h"
 
 namespace Kestrel::AutoCli {
