@@ -28,7 +28,7 @@ LAYERS = [
     ("contract", "callspec", ""),
     ("text", "autocli",
      "Util DisplayContext FormatParameters FormatterParam Formatter "
-     "ChildProcess FileDescriptor NameRule "
+     "ChildProcess FileDescriptor NameRule Panic ShellCommand "
      "TextPieces TextWriter EscapeTable FitText PrintfFormat FieldStyle FieldSlot ValueView PlainText"),
     ("call", "autocli", "OptionParser CommandInput CommandOutput EchoGuard"),
     ("tree", "autocli",

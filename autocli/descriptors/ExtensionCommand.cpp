@@ -12,8 +12,8 @@
 
 #include "autocli/descriptors/TemplateParts.h"
 #include "autocli/descriptors/TemplateText.h"
+#include "autocli/process/ShellCommand.h"
 #include "kestrel/KestrelException.h"
-#include "kestrel/autocli/Util.h"
 #include "kestrel/autocli/XmlUtil.h"
 
 namespace Kestrel::AutoCli {
@@ -224,14 +224,10 @@ void ExtensionCommand::ExecuteInternal(const std::shared_ptr<Input>& input,
   }
   const std::string stdinData = SubstituteInput(input, true);
 
+  const bool takesUser = GetInputSpecInternal()->IsContextSupported("user");
+  const std::string user = takesUser ? InputOrNone(input).GetContext("user") : std::string();
   std::string result;
-  int status;
-  if (GetInputSpecInternal()->IsContextSupported("user")) {
-    const std::string& user = InputOrNone(input).GetContext("user");
-    status = AutoCli_ShellCmdWithOprUsername(commandLine, user, result, stdinData);
-  } else {
-    status = AutoCli_ShellCmd(commandLine, result, stdinData);
-  }
+  const int status = RunShellCommand(commandLine, user, result, stdinData);
 
   if (result.empty()) {
     ReportNoData(commandLine, status, *output);

@@ -4,6 +4,8 @@
 #include <cstring>
 #include <string_view>
 
+#include "kestrel/autocli/Util.h"
+
 namespace Kestrel::AutoCli {
 
 namespace {
@@ -61,6 +63,14 @@ std::string FieldStyle::MakeText(const MetaObj::MetaObject* value) const {
     text += *units_;
   }
   return text;
+}
+
+std::string AutoCli_FormatField(const std::string& typeName, const std::string& fieldName,
+                                std::shared_ptr<MetaObj::MetaObject> value,
+                                FormatParameters& params) {
+  const bool isStyled = value != nullptr && FieldStyle::IsUsedBy(params);
+  const FieldStyle style = isStyled ? FieldStyle(typeName, fieldName, params) : FieldStyle();
+  return style.MakeText(value.get());
 }
 
 }  // namespace Kestrel::AutoCli

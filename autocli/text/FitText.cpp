@@ -14,6 +14,7 @@
 
 #include "autocli/text/TextPieces.h"
 #include "autocli/text/TextWriter.h"
+#include "kestrel/autocli/Util.h"
 
 namespace Kestrel::AutoCli {
 
@@ -97,6 +98,14 @@ void FitText(std::string_view text, const FitRules& rules, TextWriter& writer) {
     }
     FitLine(line, lineRules, writer);
   }
+}
+
+void AutoCli_FitString(const int& indent, const int& width, const std::string& text,
+                       bool skipFirstIndent, std::ostream& out, bool endLine, char wrapChar,
+                       bool splitLines) {
+  TextWriter writer(out);
+  FitText(text, {indent, width, skipFirstIndent, endLine, wrapChar, splitLines}, writer);
+  writer.HandOn();
 }
 
 }  // namespace Kestrel::AutoCli

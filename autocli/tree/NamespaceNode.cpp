@@ -2,10 +2,10 @@
 
 #include <utility>
 
+#include "autocli/tree/NameRule.h"
 #include "callspec/TextValue.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/Namespace.h"
-#include "kestrel/autocli/Util.h"
 
 namespace Kestrel::AutoCli {
 
@@ -118,7 +118,7 @@ std::shared_ptr<NamespaceNode> NamespaceNode::SubNamespace(const std::string& na
 const std::string& NamespaceNode::GetName() const { return name_; }
 
 void NamespaceNode::SetName(const std::string& name) {
-  if (!AutoCli_IsValidName(name)) {
+  if (!MatchesNameRule(name)) {
     throw KestrelException(
         "Invalid name for namespace '" + name +
         "', must be a name consisting of letters and numbers and must conform to 'camel' casing.");

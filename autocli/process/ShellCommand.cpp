@@ -1,25 +1,10 @@
-#include "kestrel/autocli/Util.h"
+#include "autocli/process/ShellCommand.h"
 
-#include <cstdarg>
-#include <cstdio>
-#include <cstdlib>
 #include <utility>
 #include <vector>
 
-#include "autocli/formatters/FieldStyle.h"
 #include "autocli/process/ChildProcess.h"
-#include "autocli/text/FitText.h"
-#include "autocli/text/TextWriter.h"
-
-void Panic(const char* format, ...) {
-  static char message[256];
-  std::va_list arguments;
-  va_start(arguments, format);
-  std::vsnprintf(message, sizeof(message), format, arguments);
-  va_end(arguments);
-  std::fprintf(stderr, "panic: %s", message);
-  std::abort();
-}
+#include "kestrel/autocli/Util.h"
 
 namespace Kestrel::AutoCli {
 
@@ -43,20 +28,13 @@ std::string InsideSingleQuotes(const std::string& text) {
 
 }  // namespace
 
-std::string AutoCli_FormatField(const std::string& typeName, const std::string& fieldName,
-                                std::shared_ptr<MetaObj::MetaObject> value,
-                                FormatParameters& params) {
-  const bool isStyled = value != nullptr && FieldStyle::IsUsedBy(params);
-  const FieldStyle style = isStyled ? FieldStyle(typeName, fieldName, params) : FieldStyle();
-  return style.MakeText(value.get());
-}
-
-void AutoCli_FitString(const int& indent, const int& width, const std::string& text,
-                       bool skipFirstIndent, std::ostream& out, bool endLine, char wrapChar,
-                       bool splitLines) {
-  TextWriter writer(out);
-  FitText(text, {indent, width, skipFirstIndent, endLine, wrapChar, splitLines}, writer);
-  writer.HandOn();
+int RunShellCommand(const std::string& commandLine, const std::string& userName,
+                    std::string& output, const std::string& stdinData) {
+  if (userName.empty()) {
+    return AutoCli_ShellCmd(commandLine, output, stdinData);
+  }
+  return AutoCli_ShellCmd("OPR_USERNAME='" + InsideSingleQuotes(userName) + "' " + commandLine,
+                          output, stdinData);
 }
 
 int AutoCli_ShellCmd(const std::string& commandLine, std::string& output,
@@ -76,11 +54,7 @@ int AutoCli_ShellCmd(const std::string& commandLine, std::string& output,
 
 int AutoCli_ShellCmdWithOprUsername(const std::string& commandLine, const std::string& userName,
                                     std::string& output, const std::string& stdinData) {
-  if (userName.empty()) {
-    return AutoCli_ShellCmd(commandLine, output, stdinData);
-  }
-  return AutoCli_ShellCmd("OPR_USERNAME='" + InsideSingleQuotes(userName) + "' " + commandLine,
-                          output, stdinData);
+  return RunShellCommand(commandLine, userName, output, stdinData);
 }
 
 void SetCommandExecListener(CommandExecListener listener) { commandExecListener = listener; }

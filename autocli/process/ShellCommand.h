@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+namespace Kestrel::AutoCli {
+
+/// Runs `commandLine` by /bin/sh; see AutoCli_ShellCmdWithOprUsername, whose arguments these are.
+/// An empty `userName` leaves the command line as it is.
+int RunShellCommand(const std::string& commandLine, const std::string& userName,
+                    std::string& output, const std::string& stdinData);
+
+}  // namespace Kestrel::AutoCli
