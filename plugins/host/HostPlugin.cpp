@@ -1,6 +1,10 @@
-#include "plugins/host/HostPlugin.h"
+// The entry point of host.so, the plug-in with the commands of the machine that it runs on.
 
 #include <kestrel/autocli/PluginEntryPoint.h>
+
+#include "plugins/host/network/NetworkCommands.h"
+#include "plugins/host/storage/StorageCommands.h"
+#include "plugins/host/system/SystemCommands.h"
 
 void AutoCli_RegisterNamespaces(std::shared_ptr<Kestrel::AutoCli::Namespace> root) {
   Kestrel::Host::RegisterSystem(root);

@@ -1,4 +1,4 @@
-#include "plugins/host/Accounts.h"
+#include "plugins/host/system/Accounts.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

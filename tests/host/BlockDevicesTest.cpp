@@ -1,4 +1,4 @@
-#include "plugins/host/BlockDevices.h"
+#include "plugins/host/storage/BlockDevices.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "plugins/host/ClockText.h"
+#include "plugins/host/system/ClockText.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "plugins/host/Cpus.h"
+#include "plugins/host/system/Cpus.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

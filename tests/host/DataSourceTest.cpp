@@ -1,4 +1,4 @@
-#include "plugins/host/DataSource.h"
+#include "plugins/host/frame/DataSource.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

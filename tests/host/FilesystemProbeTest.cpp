@@ -1,4 +1,4 @@
-#include "plugins/host/FilesystemProbe.h"
+#include "plugins/host/storage/FilesystemProbe.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -10,7 +10,7 @@
 #include <cerrno>
 #include <csignal>
 
-#include "plugins/host/DataSource.h"
+#include "plugins/host/frame/DataSource.h"
 #include "support/ScopedEnvironment.h"
 #include "support/ScopedTempDir.h"
 

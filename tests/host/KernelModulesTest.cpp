@@ -1,4 +1,4 @@
-#include "plugins/host/KernelModules.h"
+#include "plugins/host/system/KernelModules.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

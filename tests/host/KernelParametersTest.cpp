@@ -1,4 +1,4 @@
-#include "plugins/host/KernelParameters.h"
+#include "plugins/host/system/KernelParameters.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "plugins/host/KeyedChecksum.h"
+#include "plugins/host/system/KeyedChecksum.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "plugins/host/MountTable.h"
+#include "plugins/host/storage/MountTable.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "plugins/host/Netlink.h"
+#include "plugins/host/network/Netlink.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -24,7 +24,7 @@
 #include "host/Rows.h"
 #include "host/Witness.h"
 #include "kestrel/KestrelException.h"
-#include "plugins/host/Netlink.h"
+#include "plugins/host/network/Netlink.h"
 
 // The commands below "network" but for connections, against what ip and /sys say.
 namespace Kestrel::Testing {

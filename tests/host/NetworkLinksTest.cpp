@@ -1,4 +1,4 @@
-#include "plugins/host/NetworkLinks.h"
+#include "plugins/host/network/NetworkLinks.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "plugins/host/NetworkRoutes.h"
+#include "plugins/host/network/NetworkRoutes.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "plugins/host/OsRelease.h"
+#include "plugins/host/system/OsRelease.h"
 
 #include <gtest/gtest.h>
 

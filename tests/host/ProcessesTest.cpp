@@ -1,4 +1,4 @@
-#include "plugins/host/Processes.h"
+#include "plugins/host/system/Processes.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "plugins/host/Sessions.h"
+#include "plugins/host/system/Sessions.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "plugins/host/SocketTables.h"
+#include "plugins/host/network/SocketTables.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "plugins/host/SystemFigures.h"
+#include "plugins/host/system/SystemFigures.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "plugins/host/TextPattern.h"
+#include "plugins/host/frame/TextPattern.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

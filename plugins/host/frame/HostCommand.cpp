@@ -1,0 +1,68 @@
+#include "plugins/host/frame/HostCommand.h"
+
+#include <kestrel/KestrelException.h>
+
+#include <string>
+
+namespace Kestrel::Host {
+
+HostCommand::HostCommand(const char* description) { SetDescription(description); }
+
+HostCommand::~HostCommand() = default;
+
+std::shared_ptr<CallSpec::InputSpec> HostCommand::GetInputSpecInternal() {
+  auto spec = CallSpec::InputSpec::New();
+  DeclareParameters(*spec);
+  return spec;
+}
+
+std::shared_ptr<CallSpec::OutputSpec> HostCommand::GetOutputSpecInternal() {
+  auto spec = CallSpec::OutputSpec::New();
+  DeclareResult(*spec);
+  return spec;
+}
+
+void HostCommand::ExecuteInternal(const std::shared_ptr<CallSpec::Input>& input,
+                                  const std::shared_ptr<CallSpec::Output>& output) {
+  if (input == nullptr) {
+    throw KestrelException("The command needs an input");
+  }
+  Run(*input, *output);
+}
+
+void HostCommand::ShowAsTable(const char* typeName, const char* columns,
+                              std::initializer_list<FormatParameter> parameters) {
+  SetFormat("table", parameters);
+  SetDefaultOutputParameter(std::string("fields:") + typeName, columns);
+}
+
+void HostCommand::ShowAsLines(const char* typeName, const char* fields,
+                              std::initializer_list<FormatParameter> parameters) {
+  SetFormat("simple", parameters);
+  SetDefaultOutputParameter("align-fields", "true");
+  SetDefaultOutputParameter(std::string("fields:") + typeName, fields);
+}
+
+void HostCommand::ShowAsValue() { SetFormat("simple", {}); }
+
+void HostCommand::DeclareParameters(CallSpec::InputSpec&) const {}
+
+void HostCommand::SetFormat(const char* formatter,
+                            std::initializer_list<FormatParameter> parameters) {
+  SetDefaultOutputFormatter(formatter);
+  for (const FormatParameter& parameter : parameters) {
+    SetDefaultOutputParameter(parameter.name, parameter.value);
+  }
+}
+
+std::shared_ptr<AutoCli::NamespaceNode> AddNamespace(
+    const std::shared_ptr<AutoCli::NamespaceNode>& parent, const char* name,
+    const char* description) {
+  auto node = parent->SubNamespace(name);
+  if (node->GetDescription().empty()) {
+    node->SetDescription(description);
+  }
+  return node;
+}
+
+}  // namespace Kestrel::Host

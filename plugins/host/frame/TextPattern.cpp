@@ -1,0 +1,33 @@
+#include "plugins/host/frame/TextPattern.h"
+
+#include <kestrel/KestrelException.h>
+
+#include <boost/regex.hpp>
+#include <stdexcept>
+
+namespace Kestrel::Host {
+
+struct TextPattern::Compiled {
+  boost::regex regex;
+};
+
+TextPattern::TextPattern(const std::string& expression) : expression_(expression) {
+  try {
+    compiled_ = std::make_unique<const Compiled>(Compiled{boost::regex(expression)});
+  } catch (const std::runtime_error& error) {
+    throw KestrelException("'" + expression + "' is not a regular expression: " + error.what());
+  }
+}
+
+TextPattern::~TextPattern() = default;
+
+bool TextPattern::IsIn(const std::string& text) const {
+  try {
+    return boost::regex_search(text, compiled_->regex);
+  } catch (const std::runtime_error&) {
+    throw KestrelException("The regular expression '" + expression_ +
+                           "' is too costly to look for");
+  }
+}
+
+}  // namespace Kestrel::Host

@@ -1,0 +1,227 @@
+#include "plugins/host/network/Netlink.h"
+
+#include <arpa/inet.h>
+#include <linux/rtnetlink.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+#include "kestrel/KestrelException.h"
+
+namespace Kestrel::Host {
+namespace {
+
+// More than the largest datagram that the kernel fills for one dump.
+constexpr std::size_t kDatagramSize = 1 << 17;
+// A table that changes while it is dumped is asked for again; a busy one is taken as it comes.
+constexpr int kAttempts = 5;
+
+[[noreturn]] void ThrowSystemError(const std::string& what, int error) {
+  throw KestrelException("Unable to ask the kernel for its " + what + ": " + std::strerror(error));
+}
+
+class NetlinkSocket {
+ public:
+  NetlinkSocket(const std::string& what, std::chrono::milliseconds deadline)
+      : what_(what), socket_(::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_ROUTE)) {
+    if (socket_ < 0) {
+      ThrowSystemError(what_, errno);
+    }
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(deadline);
+    const std::chrono::microseconds rest = deadline - seconds;
+    const timeval limit = {seconds.count(), rest.count()};
+    ::setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof(limit));
+  }
+  NetlinkSocket(const NetlinkSocket&) = delete;
+  NetlinkSocket& operator=(const NetlinkSocket&) = delete;
+  ~NetlinkSocket() { ::close(socket_); }
+
+  void Send(std::uint16_t request, std::uint32_t sequence) const {
+    struct {
+      nlmsghdr header;
+      rtgenmsg family;
+    } message = {};
+    message.header.nlmsg_len = NLMSG_LENGTH(sizeof(message.family));
+    message.header.nlmsg_type = request;
+    message.header.nlmsg_flags = NLM_F_REQUEST | NLM_F_DUMP;
+    message.header.nlmsg_seq = sequence;
+    message.family.rtgen_family = AF_UNSPEC;
+    if (::send(socket_, &message, sizeof(message), 0) < 0) {
+      ThrowSystemError(what_, errno);
+    }
+  }
+
+  std::string_view Receive(std::vector<char>& buffer) const {
+    ssize_t size = 0;
+    do {
+      size = ::recv(socket_, buffer.data(), buffer.size(), MSG_TRUNC);
+    } while (size < 0 && errno == EINTR);
+    if (size < 0) {
+      ThrowSystemError(what_, errno == EAGAIN ? ETIMEDOUT : errno);
+    }
+    if (static_cast<std::size_t>(size) > buffer.size()) {
+      ThrowSystemError(what_, EMSGSIZE);
+    }
+    return std::string_view(buffer.data(), static_cast<std::size_t>(size));
+  }
+
+ private:
+  const std::string& what_;
+  int socket_;
+};
+
+std::size_t Align(std::size_t size, std::size_t to) { return (size + to - 1) / to * to; }
+
+// What a datagram says about the dump that it belongs to.
+struct DumpProgress {
+  bool isDone = false;
+  bool isInterrupted = false;
+};
+
+int ErrorNumber(std::string_view body) {
+  std::int32_t error = 0;
+  if (body.size() >= sizeof(error)) {
+    body.copy(reinterpret_cast<char*>(&error), sizeof(error));
+  }
+  return error < 0 ? -error : error;
+}
+
+void CollectDatagram(std::string_view datagram, std::uint32_t sequence, const std::string& what,
+                     std::string& collected, DumpProgress& progress) {
+  while (datagram.size() >= sizeof(nlmsghdr)) {
+    nlmsghdr header;
+    datagram.copy(reinterpret_cast<char*>(&header), sizeof(header));
+    if (header.nlmsg_len < sizeof(header) || header.nlmsg_len > datagram.size()) {
+      return;
+    }
+    const std::string_view message = datagram.substr(0, header.nlmsg_len);
+    datagram.remove_prefix(std::min(datagram.size(), Align(header.nlmsg_len, NLMSG_ALIGNTO)));
+    if (header.nlmsg_seq != sequence) {
+      continue;  // the rest of an earlier dump that was given up
+    }
+    progress.isInterrupted |= (header.nlmsg_flags & NLM_F_DUMP_INTR) != 0;
+    if (header.nlmsg_type == NLMSG_DONE) {
+      progress.isDone = true;
+      return;
+    }
+    if (header.nlmsg_type == NLMSG_ERROR) {
+      ThrowSystemError(what, ErrorNumber(message.substr(sizeof(header))));
+    }
+    collected.append(message);
+    collected.resize(Align(collected.size(), NLMSG_ALIGNTO));
+  }
+}
+
+}  // namespace
+
+NetlinkAttributes::NetlinkAttributes(std::string_view bytes) {
+  while (bytes.size() >= sizeof(nlattr)) {
+    nlattr header;
+    bytes.copy(reinterpret_cast<char*>(&header), sizeof(header));
+    if (header.nla_len < sizeof(header) || header.nla_len > bytes.size()) {
+      return;
+    }
+    attributes_.emplace_back(header.nla_type & NLA_TYPE_MASK,
+                             bytes.substr(sizeof(header), header.nla_len - sizeof(header)));
+    bytes.remove_prefix(std::min(bytes.size(), Align(header.nla_len, NLA_ALIGNTO)));
+  }
+}
+
+bool NetlinkAttributes::Has(unsigned type) const {
+  return std::any_of(attributes_.begin(), attributes_.end(),
+                     [type](const auto& attribute) { return attribute.first == type; });
+}
+
+std::string_view NetlinkAttributes::Get(unsigned type) const {
+  const auto found =
+      std::find_if(attributes_.rbegin(), attributes_.rend(),
+                   [type](const auto& attribute) { return attribute.first == type; });
+  return found == attributes_.rend() ? std::string_view() : found->second;
+}
+
+std::uint32_t NetlinkAttributes::GetNumber(unsigned type) const {
+  std::uint32_t number = 0;
+  const std::string_view bytes = Get(type);
+  if (bytes.size() >= sizeof(number)) {
+    bytes.copy(reinterpret_cast<char*>(&number), sizeof(number));
+  }
+  return number;
+}
+
+std::string NetlinkAttributes::GetText(unsigned type) const {
+  const std::string_view bytes = Get(type);
+  return std::string(bytes.substr(0, bytes.find('\0')));
+}
+
+NetlinkAttributes NetlinkMessage::GetAttributes(std::size_t fixedSize) const {
+  return NetlinkAttributes(body.substr(std::min(body.size(), Align(fixedSize, NLMSG_ALIGNTO))));
+}
+
+void ForEachNetlinkMessage(std::string_view bytes,
+                           const std::function<void(const NetlinkMessage&)>& visit) {
+  while (bytes.size() >= sizeof(nlmsghdr)) {
+    nlmsghdr header;
+    bytes.copy(reinterpret_cast<char*>(&header), sizeof(header));
+    if (header.nlmsg_len < sizeof(header) || header.nlmsg_len > bytes.size()) {
+      return;
+    }
+    visit({header.nlmsg_type, bytes.substr(sizeof(header), header.nlmsg_len - sizeof(header))});
+    bytes.remove_prefix(std::min(bytes.size(), Align(header.nlmsg_len, NLMSG_ALIGNTO)));
+  }
+}
+
+std::string DumpNetlink(std::uint16_t request, const std::string& what,
+                        std::chrono::milliseconds deadline) {
+  const NetlinkSocket socket(what, deadline);
+  std::vector<char> buffer(kDatagramSize);
+  std::string collected;
+  for (std::uint32_t attempt = 1; attempt <= kAttempts; ++attempt) {
+    collected.clear();
+    DumpProgress progress;
+    socket.Send(request, attempt);
+    while (!progress.isDone) {
+      CollectDatagram(socket.Receive(buffer), attempt, what, collected, progress);
+    }
+    if (!progress.isInterrupted) {
+      break;
+    }
+  }
+  return collected;
+}
+
+std::string AddressText(std::string_view bytes) {
+  std::array<char, INET6_ADDRSTRLEN> text = {};
+  if (bytes.size() != 4 && bytes.size() != 16) {
+    return std::string();
+  }
+  ::inet_ntop(bytes.size() == 4 ? AF_INET : AF_INET6, bytes.data(), text.data(), text.size());
+  return text.data();
+}
+
+std::string LinkAddressText(std::string_view bytes) {
+  static constexpr char kDigits[] = "0123456789abcdef";
+  std::string text;
+  for (const char byte : bytes) {
+    const unsigned value = static_cast<unsigned char>(byte);
+    if (!text.empty()) {
+      text += ':';
+    }
+    text += kDigits[value >> 4];
+    text += kDigits[value & 15];
+  }
+  return text;
+}
+
+long FamilyNumber(unsigned family) {
+  if (family == AF_INET) {
+    return 4;
+  }
+  return family == AF_INET6 ? 6 : 0;
+}
+
+}  // namespace Kestrel::Host

@@ -1,0 +1,67 @@
+#include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/ValueFilter.h"
+#include "plugins/host/network/NetworkAddressShape.h"
+#include "plugins/host/network/NetworkCommands.h"
+#include "plugins/host/network/NetworkLinks.h"
+#include "plugins/host/network/NetworkParameters.h"
+
+namespace Kestrel::Host {
+namespace {
+
+class NetworkAddressList final : public HostCommand {
+ public:
+  NetworkAddressList() : HostCommand("List the addresses of the network interfaces.") {
+    ShowAsTable("NetworkAddress", "Interface,Address,Prefix Length,Scope,Flags",
+                {{"wrap-last", "true"}});
+    AddExample("", "List every address");
+    AddExample("--interface eth0 --family 6", "List the IPv6 addresses of one interface");
+    AddExample("--scope global", "List the addresses that others can reach");
+  }
+
+ private:
+  void DeclareParameters(CallSpec::InputSpec& spec) const override {
+    AddFamilyParameter(spec);
+    AddInterfaceParameter(spec);
+    Parameter("scope", CallSpec::StringList, "List addresses of this scope only:%FULLENUM%")
+        .Short("s")
+        .OneOf({{"global", "valid everywhere"},
+                {"site", "valid within the site"},
+                {"link", "valid among the neighbors on the link"},
+                {"host", "valid on this machine"}})
+        .AddTo(spec);
+    Parameter("prefix-length", CallSpec::Int,
+              "List addresses with this prefix length only; %ENUM%.")
+        .Short("p")
+        .Between(0, 128)
+        .AddTo(spec);
+  }
+
+  void DeclareResult(CallSpec::OutputSpec& spec) const override {
+    NetworkAddressShape().DeclareList(spec, "The addresses, interface by interface.");
+  }
+
+  void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
+    const NumberFilter families(input, "family");
+    const NumberFilter prefixLengths(input, "prefix-length");
+    const TextFilter interfaces(input, "interface");
+    const TextFilter scopes(input, "scope");
+    const auto linkNames = LinkNames(ReadLinks());
+    const auto list = NetworkAddressShape().NewList();
+    for (const NetworkAddress& address : ReadAddresses()) {
+      if (families.Accepts(address.family) && prefixLengths.Accepts(address.prefixLength) &&
+          scopes.Accepts(address.scope) &&
+          interfaces.Accepts(LinkName(linkNames, address.interfaceIndex))) {
+        list->Add(ToRecord(address, linkNames));
+      }
+    }
+    output.SetRootObject(list);
+  }
+};
+
+}  // namespace
+
+std::shared_ptr<AutoCli::Command> NewNetworkAddressList() {
+  return std::make_shared<NetworkAddressList>();
+}
+
+}  // namespace Kestrel::Host

@@ -1,0 +1,24 @@
+#include "plugins/host/network/NetworkCommands.h"
+
+#include "plugins/host/frame/HostCommand.h"
+
+namespace Kestrel::Host {
+
+void RegisterNetwork(const std::shared_ptr<AutoCli::Namespace>& root) {
+  const auto network = AddNamespace(root, "network", "Interfaces, addresses, routes, connections.");
+  AddNamespace(network, "address", "The addresses of the interfaces.")
+      ->RegisterNamespaceNode(NewNetworkAddressList(), "list");
+  AddNamespace(network, "connection", "Connections and sockets that wait for one.")
+      ->RegisterNamespaceNode(NewNetworkConnectionList(), "list");
+  AddNamespace(network, "counter", "What the interfaces have carried.")
+      ->RegisterNamespaceNode(NewNetworkCounterList(), "list");
+  const auto interface = AddNamespace(network, "interface", "The network interfaces.");
+  interface->RegisterNamespaceNode(NewNetworkInterfaceGet(), "get");
+  interface->RegisterNamespaceNode(NewNetworkInterfaceList(), "list");
+  AddNamespace(network, "neighbor", "Which link-layer addresses the neighbors have.")
+      ->RegisterNamespaceNode(NewNetworkNeighborList(), "list");
+  AddNamespace(network, "route", "Where packets are sent.")
+      ->RegisterNamespaceNode(NewNetworkRouteList(), "list");
+}
+
+}  // namespace Kestrel::Host

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <kestrel/autocli/Command.h>
+#include <kestrel/autocli/Namespace.h>
+
+#include <memory>
+
+namespace Kestrel::Host {
+
+/// Adds "network" and the commands below it: interfaces, addresses, routes and connections.
+void RegisterNetwork(const std::shared_ptr<AutoCli::Namespace>& root);
+
+// The commands below "network", each in the file of its name.
+std::shared_ptr<AutoCli::Command> NewNetworkAddressList();
+std::shared_ptr<AutoCli::Command> NewNetworkConnectionList();
+std::shared_ptr<AutoCli::Command> NewNetworkCounterList();
+std::shared_ptr<AutoCli::Command> NewNetworkInterfaceGet();
+std::shared_ptr<AutoCli::Command> NewNetworkInterfaceList();
+std::shared_ptr<AutoCli::Command> NewNetworkNeighborList();
+std::shared_ptr<AutoCli::Command> NewNetworkRouteList();
+
+}  // namespace Kestrel::Host

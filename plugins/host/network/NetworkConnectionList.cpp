@@ -1,0 +1,142 @@
+#include <map>
+#include <string>
+#include <vector>
+
+#include "plugins/host/frame/DataSource.h"
+#include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/ValueFilter.h"
+#include "plugins/host/network/NetworkCommands.h"
+#include "plugins/host/network/NetworkParameters.h"
+#include "plugins/host/network/SocketTables.h"
+
+namespace Kestrel::Host {
+namespace {
+
+using Holders = std::map<long, std::vector<long>>;
+
+const RecordShape& Shape() {
+  static const RecordShape shape =
+      RecordShape("NetworkConnection")
+          .Text("Protocol", "tcp, udp or unix, for sockets of this machine's own.")
+          .Text("Type", "What the socket carries: stream, datagram or seqpacket.")
+          .Number("Family", "The version of the Internet protocol: 4 or 6; 0 for unix.")
+          .Text("State", "The state of the connection: listen, established and others.")
+          .Text("Local", "This end, with its port; a path for unix.")
+          .Text("Local Address", "The address of this end; empty for unix.")
+          .Number("Local Port", "The port of this end; 0 for unix.")
+          .Text("Remote", "The other end, with its port; empty for unix.")
+          .Text("Remote Address", "The address of the other end; empty for unix.")
+          .Number("Remote Port", "The port of the other end; 0 while there is none.")
+          .Number("Receive Queue", "How many bytes have come and were not read.")
+          .Number("Send Queue", "How many bytes were sent and not acknowledged.")
+          .Number("User Id", "The user who made the socket; -1 for unix.")
+          .Number("Inode", "The socket's number; 0 once no process holds it.")
+          .Numbers("Processes", "The processes that hold it, where they were asked for.");
+  return shape;
+}
+
+std::shared_ptr<MetaObj::MetaStruct> ToRecord(const SocketEntry& socket, const Holders& holders) {
+  const bool isLocal = socket.protocol == "unix";
+  const auto found = holders.find(socket.inode);
+  auto record = Shape().NewRecord();
+  record->SetField("Protocol", socket.protocol);
+  record->SetField("Type", socket.type);
+  record->SetField("Family", socket.family);
+  record->SetField("State", socket.state);
+  record->SetField("Local", OutsideText(isLocal ? socket.path : socket.local.ToText()));
+  record->SetField("Local Address", socket.local.address);
+  record->SetField("Local Port", socket.local.port);
+  record->SetField("Remote", socket.remote.ToText());
+  record->SetField("Remote Address", socket.remote.address);
+  record->SetField("Remote Port", socket.remote.port);
+  record->SetField("Receive Queue", socket.receiveQueue);
+  record->SetField("Send Queue", socket.sendQueue);
+  record->SetField("User Id", socket.userId);
+  record->SetField("Inode", socket.inode);
+  record->SetField("Processes", found == holders.end() ? std::vector<long>() : found->second);
+  return record;
+}
+
+class NetworkConnectionList final : public HostCommand {
+ public:
+  NetworkConnectionList() : HostCommand("List connections and sockets that wait for one.") {
+    ShowAsTable("NetworkConnection", "Protocol,State,Local,Remote,Processes",
+                {{"wrap-last", "true"}});
+    AddExample("--state listen --processes", "List what waits for connections, and who does");
+    AddExample("--protocol tcp --port 22 --port 443", "List what goes through two ports");
+    AddExample("--protocol unix", "List the sockets of this machine's own");
+  }
+
+ private:
+  void DeclareParameters(CallSpec::InputSpec& spec) const override {
+    AddFamilyParameter(spec);
+    Parameter("protocol", CallSpec::StringList,
+              "List this protocol only; tcp and udp unless given:%FULLENUM%")
+        .Short("p")
+        .OneOf({{"tcp", "streams between machines"},
+                {"udp", "datagrams between machines"},
+                {"unix", "sockets of this machine's own"}})
+        .AddTo(spec);
+    Parameter("state", CallSpec::StringList, "List sockets in this state only:%FULLENUM%")
+        .Short("s")
+        .OneOf({{"listen", "waits for connections"},
+                {"established", "is connected"},
+                {"unconnected", "has no other end"},
+                {"connected", "is connected (unix)"},
+                {"connecting", "is about to be connected (unix)"},
+                {"disconnecting", "is about to be closed (unix)"},
+                {"syn-sent", "has asked for a connection"},
+                {"syn-received", "was asked for a connection"},
+                {"fin-wait-1", "has said that it sends no more"},
+                {"fin-wait-2", "sends no more, the other end still may"},
+                {"close-wait", "the other end sends no more"},
+                {"last-ack", "waits for the last word of the other end"},
+                {"closing", "both ends say that they send no more"},
+                {"time-wait", "is over, late packets are waited for"},
+                {"closed", "is over"}})
+        .AddTo(spec);
+    Parameter("port", CallSpec::IntList, "List sockets only with this port at either end; %ENUM%.")
+        .Short("P")
+        .Between(1, 65535)
+        .AddTo(spec);
+    Parameter("all", CallSpec::Flag, "List every protocol.").Short("a").AddTo(spec);
+    Parameter("processes", CallSpec::Flag,
+              "Look for the processes that hold each socket; those of other users are found by "
+              "the superuser only.")
+        .Short("w")
+        .AddTo(spec);
+  }
+
+  void DeclareResult(CallSpec::OutputSpec& spec) const override {
+    Shape().DeclareList(spec, "The sockets, protocol by protocol.");
+  }
+
+  void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
+    const NumberFilter families(input, "family");
+    const NumberFilter ports(input, "port");
+    const TextFilter protocols(input, "protocol");
+    const TextFilter states(input, "state");
+    const bool isEverythingListed = input.IsFlagSet("all");
+    const std::string proc = kProc;
+    const Holders holders = input.IsFlagSet("processes") ? ReadSocketHolders(proc) : Holders();
+    const auto list = Shape().NewList();
+    for (const SocketEntry& socket : ReadSockets(proc + "/net")) {
+      const bool isProtocolChosen =
+          protocols.IsGiven() ? protocols.Accepts(socket.protocol) : socket.protocol != "unix";
+      if ((isEverythingListed || isProtocolChosen) && families.Accepts(socket.family) &&
+          states.Accepts(socket.state) &&
+          ports.AcceptsOneOf({socket.local.port, socket.remote.port})) {
+        list->Add(ToRecord(socket, holders));
+      }
+    }
+    output.SetRootObject(list);
+  }
+};
+
+}  // namespace
+
+std::shared_ptr<AutoCli::Command> NewNetworkConnectionList() {
+  return std::make_shared<NetworkConnectionList>();
+}
+
+}  // namespace Kestrel::Host

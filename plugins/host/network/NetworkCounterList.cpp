@@ -1,0 +1,90 @@
+#include "plugins/host/frame/DataSource.h"
+#include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/ValueFilter.h"
+#include "plugins/host/network/NetworkCommands.h"
+#include "plugins/host/network/NetworkLinks.h"
+#include "plugins/host/network/NetworkParameters.h"
+
+namespace Kestrel::Host {
+namespace {
+
+const RecordShape& Shape() {
+  static const RecordShape shape =
+      RecordShape("NetworkCounter")
+          .Text("Interface", "The interface.")
+          .Number("RX Bytes", "How many bytes it received.")
+          .Number("RX Packets", "How many packets it received.")
+          .Number("RX Errors", "How many damaged packets it received.")
+          .Number("RX Dropped", "How many received packets were given up.")
+          .Number("TX Bytes", "How many bytes it sent.")
+          .Number("TX Packets", "How many packets it sent.")
+          .Number("TX Errors", "How many packets it failed to send.")
+          .Number("TX Dropped", "How many packets to send were given up.");
+  return shape;
+}
+
+std::shared_ptr<MetaObj::MetaStruct> ToRecord(const NetworkLink& link) {
+  auto record = Shape().NewRecord();
+  record->SetField("Interface", OutsideText(link.name));
+  record->SetField("RX Bytes", link.received.bytes);
+  record->SetField("RX Packets", link.received.packets);
+  record->SetField("RX Errors", link.received.errors);
+  record->SetField("RX Dropped", link.received.dropped);
+  record->SetField("TX Bytes", link.transmitted.bytes);
+  record->SetField("TX Packets", link.transmitted.packets);
+  record->SetField("TX Errors", link.transmitted.errors);
+  record->SetField("TX Dropped", link.transmitted.dropped);
+  return record;
+}
+
+bool HasTrouble(const LinkTraffic& traffic) { return traffic.errors > 0 || traffic.dropped > 0; }
+
+class NetworkCounterList final : public HostCommand {
+ public:
+  NetworkCounterList() : HostCommand("List what the network interfaces have carried.") {
+    ShowAsTable("NetworkCounter",
+                "Interface,RX Bytes,RX Packets,RX Errors,TX Bytes,TX Packets,TX Errors");
+    AddExample("", "List the counters of every interface");
+    AddExample("--active", "Leave out the interfaces that have carried nothing");
+    AddExample("--trouble", "List the interfaces that lost packets");
+  }
+
+ private:
+  void DeclareParameters(CallSpec::InputSpec& spec) const override {
+    AddInterfaceParameter(spec);
+    Parameter("active", CallSpec::Flag, "List interfaces only that have carried packets.")
+        .Short("a")
+        .AddTo(spec);
+    Parameter("trouble", CallSpec::Flag, "List interfaces only that have damaged or lost packets.")
+        .Short("t")
+        .AddTo(spec);
+  }
+
+  void DeclareResult(CallSpec::OutputSpec& spec) const override {
+    Shape().DeclareList(spec, "The counters since each interface was made, by its number.");
+  }
+
+  void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
+    const TextFilter interfaces(input, "interface");
+    const bool mustBeActive = input.IsFlagSet("active");
+    const bool mustHaveTrouble = input.IsFlagSet("trouble");
+    const auto list = Shape().NewList();
+    for (const NetworkLink& link : ReadLinks()) {
+      const bool isActive = link.received.packets > 0 || link.transmitted.packets > 0;
+      const bool hasTrouble = HasTrouble(link.received) || HasTrouble(link.transmitted);
+      if (interfaces.Accepts(link.name) && (isActive || !mustBeActive) &&
+          (hasTrouble || !mustHaveTrouble)) {
+        list->Add(ToRecord(link));
+      }
+    }
+    output.SetRootObject(list);
+  }
+};
+
+}  // namespace
+
+std::shared_ptr<AutoCli::Command> NewNetworkCounterList() {
+  return std::make_shared<NetworkCounterList>();
+}
+
+}  // namespace Kestrel::Host

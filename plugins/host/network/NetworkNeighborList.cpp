@@ -1,0 +1,97 @@
+#include "plugins/host/frame/DataSource.h"
+#include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/ValueFilter.h"
+#include "plugins/host/network/NetworkCommands.h"
+#include "plugins/host/network/NetworkLinks.h"
+#include "plugins/host/network/NetworkParameters.h"
+#include "plugins/host/network/NetworkRoutes.h"
+
+namespace Kestrel::Host {
+namespace {
+
+const RecordShape& Shape() {
+  static const RecordShape shape =
+      RecordShape("NetworkNeighbor")
+          .Text("Address", "The neighbor's IPv4 or IPv6 address.")
+          .Number("Family", "The version of the Internet protocol: 4 or 6.")
+          .Text("Interface", "The interface behind which it lives.")
+          .Text("MAC Address", "Its link-layer address; empty while it is not known.")
+          .Text("State", "What is known of it: reachable, stale, failed and others.")
+          .Truth("Router", "Whether it says that it passes packets on.");
+  return shape;
+}
+
+std::shared_ptr<MetaObj::MetaStruct> ToRecord(const NetworkNeighbor& neighbor,
+                                              const std::map<long, std::string>& links) {
+  auto record = Shape().NewRecord();
+  record->SetField("Address", neighbor.address);
+  record->SetField("Family", neighbor.family);
+  record->SetField("Interface", OutsideText(LinkName(links, neighbor.interfaceIndex)));
+  record->SetField("MAC Address", neighbor.linkAddress);
+  record->SetField("State", neighbor.state);
+  record->SetField("Router", neighbor.isRouter);
+  return record;
+}
+
+class NetworkNeighborList final : public HostCommand {
+ public:
+  NetworkNeighborList() : HostCommand("List the link-layer addresses of the neighbors.") {
+    ShowAsTable("NetworkNeighbor", "Address,Interface,MAC Address,State");
+    AddExample("", "List the neighbors that the kernel has asked for");
+    AddExample("--state failed --state incomplete", "List the neighbors that do not answer");
+    AddExample("--all --family 4", "List every IPv4 neighbor, also those that need no asking");
+  }
+
+ private:
+  void DeclareParameters(CallSpec::InputSpec& spec) const override {
+    AddFamilyParameter(spec);
+    AddInterfaceParameter(spec);
+    Parameter("state", CallSpec::StringList, "List neighbors in this state only:%FULLENUM%")
+        .Short("s")
+        .OneOf({{"none", "nothing has happened yet"},
+                {"incomplete", "was asked and has not answered yet"},
+                {"reachable", "has answered lately"},
+                {"stale", "has not answered lately, nor been asked"},
+                {"delay", "is about to be asked again"},
+                {"probe", "is being asked again"},
+                {"failed", "does not answer"},
+                {"noarp", "needs no asking"},
+                {"permanent", "was set by the administrator"}})
+        .AddTo(spec);
+    Parameter("all", CallSpec::Flag,
+              "List also neighbors that need no asking (noarp) or were not asked (none).")
+        .Short("a")
+        .AddTo(spec);
+  }
+
+  void DeclareResult(CallSpec::OutputSpec& spec) const override {
+    Shape().DeclareList(spec, "The neighbors, in the kernel's order.");
+  }
+
+  void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
+    const NumberFilter families(input, "family");
+    const TextFilter interfaces(input, "interface");
+    const TextFilter states(input, "state");
+    // A state that is asked for by name is listed whatever it is.
+    const bool isEverythingListed = input.IsFlagSet("all") || states.IsGiven();
+    const auto links = LinkNames(ReadLinks());
+    const auto list = Shape().NewList();
+    for (const NetworkNeighbor& neighbor : ReadNeighbors()) {
+      const bool wasAsked = neighbor.state != "noarp" && neighbor.state != "none";
+      if ((isEverythingListed || wasAsked) && families.Accepts(neighbor.family) &&
+          states.Accepts(neighbor.state) &&
+          interfaces.Accepts(LinkName(links, neighbor.interfaceIndex))) {
+        list->Add(ToRecord(neighbor, links));
+      }
+    }
+    output.SetRootObject(list);
+  }
+};
+
+}  // namespace
+
+std::shared_ptr<AutoCli::Command> NewNetworkNeighborList() {
+  return std::make_shared<NetworkNeighborList>();
+}
+
+}  // namespace Kestrel::Host

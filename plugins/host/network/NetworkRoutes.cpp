@@ -1,0 +1,185 @@
+#include "plugins/host/network/NetworkRoutes.h"
+
+#include <linux/neighbour.h>
+#include <linux/rtnetlink.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cstddef>
+
+#include "plugins/host/network/Netlink.h"
+#include "plugins/host/network/NetworkLinks.h"
+
+namespace Kestrel::Host {
+namespace {
+
+struct NumberName {
+  unsigned number;
+  const char* name;
+};
+
+constexpr NumberName kProtocols[] = {
+    {RTPROT_UNSPEC, "none"},
+    {RTPROT_REDIRECT, "redirect"},
+    {RTPROT_KERNEL, "kernel"},
+    {RTPROT_BOOT, "boot"},
+    {RTPROT_STATIC, "static"},
+    {RTPROT_GATED, "gated"},
+    {RTPROT_RA, "ra"},
+    {RTPROT_MRT, "mrt"},
+    {RTPROT_ZEBRA, "zebra"},
+    {RTPROT_BIRD, "bird"},
+    {RTPROT_DNROUTED, "dnrouted"},
+    {RTPROT_XORP, "xorp"},
+    {RTPROT_NTK, "ntk"},
+    {RTPROT_DHCP, "dhcp"},
+    {RTPROT_MROUTED, "mrouted"},
+    {RTPROT_KEEPALIVED, "keepalived"},
+    {RTPROT_BABEL, "babel"},
+    {RTPROT_BGP, "bgp"},
+    {RTPROT_ISIS, "isis"},
+    {RTPROT_OSPF, "ospf"},
+    {RTPROT_RIP, "rip"},
+    {RTPROT_EIGRP, "eigrp"},
+};
+
+constexpr NumberName kTypes[] = {
+    {RTN_UNSPEC, "none"},
+    {RTN_UNICAST, "unicast"},
+    {RTN_LOCAL, "local"},
+    {RTN_BROADCAST, "broadcast"},
+    {RTN_ANYCAST, "anycast"},
+    {RTN_MULTICAST, "multicast"},
+    {RTN_BLACKHOLE, "blackhole"},
+    {RTN_UNREACHABLE, "unreachable"},
+    {RTN_PROHIBIT, "prohibit"},
+    {RTN_THROW, "throw"},
+    {RTN_NAT, "nat"},
+    {RTN_XRESOLVE, "xresolve"},
+};
+
+constexpr NumberName kStates[] = {
+    {NUD_NONE, "none"},     {NUD_INCOMPLETE, "incomplete"}, {NUD_REACHABLE, "reachable"},
+    {NUD_STALE, "stale"},   {NUD_DELAY, "delay"},           {NUD_PROBE, "probe"},
+    {NUD_FAILED, "failed"}, {NUD_NOARP, "noarp"},           {NUD_PERMANENT, "permanent"},
+};
+
+template <std::size_t Count>
+std::string NameOf(const NumberName (&names)[Count], unsigned number) {
+  const auto* found =
+      std::find_if(std::begin(names), std::end(names),
+                   [number](const NumberName& entry) { return entry.number == number; });
+  return found == std::end(names) ? std::to_string(number) : found->name;
+}
+
+// A gateway of the route's own address family, or of another one, whose number then stands before
+// it.
+std::string GatewayText(const NetlinkAttributes& attributes) {
+  if (attributes.Has(RTA_GATEWAY)) {
+    return AddressText(attributes.Get(RTA_GATEWAY));
+  }
+  const std::string_view via = attributes.Get(RTA_VIA);
+  constexpr std::size_t kFamilySize = sizeof(rtvia::rtvia_family);
+  return via.size() > kFamilySize ? AddressText(via.substr(kFamilySize)) : std::string();
+}
+
+std::vector<NextHop> ParseNextHops(std::string_view bytes) {
+  std::vector<NextHop> nextHops;
+  while (bytes.size() >= sizeof(rtnexthop)) {
+    rtnexthop fixed;
+    bytes.copy(reinterpret_cast<char*>(&fixed), sizeof(fixed));
+    if (fixed.rtnh_len < sizeof(fixed) || fixed.rtnh_len > bytes.size()) {
+      break;
+    }
+    const NetlinkAttributes attributes(bytes.substr(sizeof(fixed), fixed.rtnh_len - sizeof(fixed)));
+    nextHops.push_back({GatewayText(attributes), fixed.rtnh_ifindex, fixed.rtnh_hops + 1L});
+    bytes.remove_prefix(std::min<std::size_t>(bytes.size(), RTNH_ALIGN(fixed.rtnh_len)));
+  }
+  return nextHops;
+}
+
+std::vector<NextHop> RouteNextHops(const NetlinkAttributes& attributes) {
+  if (attributes.Has(RTA_MULTIPATH)) {
+    return ParseNextHops(attributes.Get(RTA_MULTIPATH));
+  }
+  NextHop only;
+  only.gateway = GatewayText(attributes);
+  only.interfaceIndex = attributes.GetNumber(RTA_OIF);
+  if (only.gateway.empty() && only.interfaceIndex == 0) {
+    return {};
+  }
+  return {only};
+}
+
+// An address without bytes stands for every address.
+std::string DestinationText(const rtmsg& fixed, std::string_view bytes) {
+  if (!bytes.empty()) {
+    return AddressText(bytes);
+  }
+  if (fixed.rtm_dst_len == 0) {
+    return "default";
+  }
+  return fixed.rtm_family == AF_INET ? "0.0.0.0" : "::";
+}
+
+NetworkRoute ParseRoute(const rtmsg& fixed, const NetlinkAttributes& attributes) {
+  NetworkRoute route;
+  route.family = FamilyNumber(fixed.rtm_family);
+  route.destination = DestinationText(fixed, attributes.Get(RTA_DST));
+  route.prefixLength = fixed.rtm_dst_len;
+  route.source = AddressText(attributes.Get(RTA_PREFSRC));
+  route.protocol = NameOf(kProtocols, fixed.rtm_protocol);
+  route.scope = ScopeName(fixed.rtm_scope);
+  route.type = NameOf(kTypes, fixed.rtm_type);
+  route.table = attributes.Has(RTA_TABLE) ? attributes.GetNumber(RTA_TABLE) : fixed.rtm_table;
+  route.metric = attributes.GetNumber(RTA_PRIORITY);
+  route.nextHops = RouteNextHops(attributes);
+  return route;
+}
+
+NetworkNeighbor ParseNeighbor(const ndmsg& fixed, const NetlinkAttributes& attributes) {
+  NetworkNeighbor neighbor;
+  neighbor.family = FamilyNumber(fixed.ndm_family);
+  neighbor.interfaceIndex = fixed.ndm_ifindex;
+  neighbor.address = AddressText(attributes.Get(NDA_DST));
+  neighbor.linkAddress = LinkAddressText(attributes.Get(NDA_LLADDR));
+  neighbor.state = NameOf(kStates, fixed.ndm_state);
+  neighbor.isRouter = (fixed.ndm_flags & NTF_ROUTER) != 0;
+  return neighbor;
+}
+
+}  // namespace
+
+std::vector<NetworkRoute> ParseRoutes(std::string_view answer) {
+  std::vector<NetworkRoute> routes;
+  ForEachNetlinkMessage(answer, [&routes](const NetlinkMessage& message) {
+    rtmsg fixed;
+    if (message.type == RTM_NEWROUTE && message.Read(fixed) &&
+        FamilyNumber(fixed.rtm_family) != 0 && (fixed.rtm_flags & RTM_F_CLONED) == 0) {
+      routes.push_back(ParseRoute(fixed, message.GetAttributes(sizeof(fixed))));
+    }
+  });
+  return routes;
+}
+
+std::vector<NetworkRoute> ReadRoutes() {
+  return ParseRoutes(DumpNetlink(RTM_GETROUTE, "network routes"));
+}
+
+std::vector<NetworkNeighbor> ParseNeighbors(std::string_view answer) {
+  std::vector<NetworkNeighbor> neighbors;
+  ForEachNetlinkMessage(answer, [&neighbors](const NetlinkMessage& message) {
+    ndmsg fixed;
+    if (message.type == RTM_NEWNEIGH && message.Read(fixed) &&
+        FamilyNumber(fixed.ndm_family) != 0) {
+      neighbors.push_back(ParseNeighbor(fixed, message.GetAttributes(sizeof(fixed))));
+    }
+  });
+  return neighbors;
+}
+
+std::vector<NetworkNeighbor> ReadNeighbors() {
+  return ParseNeighbors(DumpNetlink(RTM_GETNEIGH, "network neighbors"));
+}
+
+}  // namespace Kestrel::Host

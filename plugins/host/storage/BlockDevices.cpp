@@ -1,0 +1,217 @@
+#include "plugins/host/storage/BlockDevices.h"
+
+#include <sys/sysmacros.h>
+
+#include <algorithm>
+#include <cctype>
+#include <limits>
+#include <optional>
+#include <string_view>
+
+#include "plugins/host/frame/DataSource.h"
+
+namespace Kestrel::Host {
+namespace {
+
+// The kernel counts in sectors of this size, whatever the device's own are.
+constexpr long kSizeUnit = 512;
+
+std::string ReadLine(const std::string& path) {
+  const auto text = ReadFile(path);
+  return text ? std::string(Trim(*text)) : std::string();
+}
+
+long ReadNumber(const std::string& path, long otherwise = 0) {
+  return ParseNumber(ReadLine(path)).value_or(otherwise);
+}
+
+bool StartsWith(std::string_view text, std::string_view start) {
+  return text.substr(0, start.size()) == start;
+}
+
+// A folder below /sys cannot hold the '/' that some names have.
+std::string DeviceName(std::string folderName) {
+  std::replace(folderName.begin(), folderName.end(), '!', '/');
+  return folderName;
+}
+
+std::optional<dev_t> ReadDeviceNumber(const std::string& path) {
+  const std::string text = ReadLine(path);
+  const auto numbers = Split(text, ':');
+  if (numbers.size() != 2) {
+    return std::nullopt;
+  }
+  const auto major = ParseNumber(numbers[0]);
+  const auto minor = ParseNumber(numbers[1]);
+  if (!major || !minor) {
+    return std::nullopt;
+  }
+  return makedev(static_cast<unsigned>(*major), static_cast<unsigned>(*minor));
+}
+
+// The mapper's identifier begins with the owner of the volume, "LVM-..." or "CRYPT-LUKS2-...".
+std::string MappedKind(const std::string& folder) {
+  const std::string identifier = ReadLine(folder + "/dm/uuid");
+  std::string owner = identifier.substr(0, identifier.find('-'));
+  for (char& letter : owner) {
+    letter = static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
+  }
+  if (owner.empty()) {
+    return "dm";
+  }
+  return StartsWith(owner, "part") ? "part" : owner;
+}
+
+std::string DiskKind(const std::string& folder, const std::string& name) {
+  constexpr long kScsiRom = 5;
+  if (StartsWith(name, "dm-")) {
+    return MappedKind(folder);
+  }
+  if (StartsWith(name, "loop")) {
+    return "loop";
+  }
+  if (StartsWith(name, "md")) {
+    const std::string level = ReadLine(folder + "/md/level");
+    return level.empty() ? "md" : level;
+  }
+  return ReadNumber(folder + "/device/type") == kScsiRom ? "rom" : "disk";
+}
+
+std::vector<std::string> UnderlyingDevices(const std::string& folder) {
+  std::vector<std::string> names = ListFolder(folder + "/slaves");
+  std::transform(names.begin(), names.end(), names.begin(), DeviceName);
+  return names;
+}
+
+long SizeInBytes(long units) {
+  constexpr long kMost = std::numeric_limits<long>::max() / kSizeUnit;
+  return std::clamp(units, 0L, kMost) * kSizeUnit;
+}
+
+// Reads what a disk and a part of one have in common.
+std::optional<BlockDevice> ReadDevice(const std::string& folder, const std::string& folderName) {
+  const auto number = ReadDeviceNumber(folder + "/dev");
+  const auto size = ParseNumber(ReadLine(folder + "/size"));
+  if (!number || !size) {
+    return std::nullopt;
+  }
+  BlockDevice device;
+  device.name = DeviceName(folderName);
+  device.number = *number;
+  device.size = SizeInBytes(*size);
+  device.isReadOnly = ReadNumber(folder + "/ro") != 0;
+  return device;
+}
+
+std::optional<BlockDevice> ReadDisk(const std::string& folder, const std::string& folderName) {
+  auto disk = ReadDevice(folder, folderName);
+  if (disk) {
+    disk->kind = DiskKind(folder, folderName);
+    disk->mappedName = ReadLine(folder + "/dm/name");
+    disk->sectorSize = ReadNumber(folder + "/queue/logical_block_size", kSizeUnit);
+    disk->isRemovable = ReadNumber(folder + "/removable") != 0;
+    disk->isRotational = ReadNumber(folder + "/queue/rotational") != 0;
+    disk->model = ReadLine(folder + "/device/model");
+    disk->parents = UnderlyingDevices(folder);
+  }
+  return disk;
+}
+
+void AppendParts(const std::string& folder, const BlockDevice& disk,
+                 std::vector<BlockDevice>& devices) {
+  for (const std::string& name : ListFolder(folder)) {
+    const std::string partFolder = folder + "/" + name;
+    if (!ReadFile(partFolder + "/partition")) {
+      continue;
+    }
+    auto part = ReadDevice(partFolder, name);
+    if (!part) {
+      continue;
+    }
+    part->kind = "part";
+    part->sectorSize = disk.sectorSize;
+    part->isRemovable = disk.isRemovable;
+    part->isRotational = disk.isRotational;
+    part->parents = {disk.name};
+    devices.push_back(std::move(*part));
+  }
+}
+
+// Some file systems are mounted under a number of their own; those name the device as source.
+bool LiesOn(const Mount& mount, const BlockDevice& device) {
+  return mount.device == device.number || mount.source == "/dev/" + device.name ||
+         (!device.mappedName.empty() && mount.source == "/dev/mapper/" + device.mappedName);
+}
+
+void SetMountPoints(const std::vector<Mount>& mounts, BlockDevice& device) {
+  for (const Mount& mount : mounts) {
+    if (LiesOn(mount, device)) {
+      device.mountPoints.push_back(mount.target);
+    }
+  }
+  std::sort(device.mountPoints.begin(), device.mountPoints.end());
+}
+
+std::string Property(const DeviceProperties& properties, const char* name) {
+  const auto found = properties.find(name);
+  return found == properties.end() ? std::string() : found->second;
+}
+
+// A property may hold any character of a label, as \x20 where it would break the manager's lines.
+std::string DecodeProperty(const std::string& text) {
+  std::string decoded;
+  for (std::size_t index = 0; index < text.size(); ++index) {
+    const bool isEscape = text.compare(index, 2, "\\x") == 0 && index + 3 < text.size() &&
+                          std::isxdigit(static_cast<unsigned char>(text[index + 2])) != 0 &&
+                          std::isxdigit(static_cast<unsigned char>(text[index + 3])) != 0;
+    if (!isEscape) {
+      decoded += text[index];
+      continue;
+    }
+    decoded += static_cast<char>(std::stoi(text.substr(index + 2, 2), nullptr, 16));
+    index += 3;
+  }
+  return decoded;
+}
+
+void SetContent(const DeviceProperties& properties, BlockDevice& device) {
+  device.filesystem = Property(properties, "ID_FS_TYPE");
+  device.label = DecodeProperty(Property(properties, "ID_FS_LABEL_ENC"));
+  device.uuid = DecodeProperty(Property(properties, "ID_FS_UUID_ENC"));
+}
+
+}  // namespace
+
+std::vector<BlockDevice> ReadBlockDevices(const std::string& sysFolder,
+                                          const PropertyReader& readProperties,
+                                          const std::vector<Mount>& mounts) {
+  std::vector<BlockDevice> devices;
+  for (const std::string& name : ListFolder(sysFolder + "/block")) {
+    const std::string folder = sysFolder + "/block/" + name;
+    if (auto disk = ReadDisk(folder, name)) {
+      devices.push_back(*disk);
+      AppendParts(folder, *disk, devices);
+    }
+  }
+  for (BlockDevice& device : devices) {
+    SetMountPoints(mounts, device);
+    SetContent(readProperties(device.number), device);
+  }
+  return devices;
+}
+
+DeviceProperties ReadDeviceProperties(dev_t device, const std::string& folder) {
+  DeviceProperties properties;
+  const std::string name = std::to_string(major(device)) + ":" + std::to_string(minor(device));
+  // The lines are views into the text, which must outlive the walk.
+  const std::string text = ReadFile(folder + "/b" + name).value_or(std::string());
+  for (const std::string_view line : SplitLines(text)) {
+    const std::size_t equals = line.find('=');
+    if (StartsWith(line, "E:") && equals != std::string_view::npos) {
+      properties[std::string(line.substr(2, equals - 2))] = line.substr(equals + 1);
+    }
+  }
+  return properties;
+}
+
+}  // namespace Kestrel::Host

@@ -1,0 +1,219 @@
+#include "plugins/host/storage/MountTable.h"
+
+#include <sys/sysmacros.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <optional>
+#include <set>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+
+#include "kestrel/KestrelException.h"
+#include "plugins/host/frame/DataSource.h"
+
+namespace Kestrel::Host {
+namespace {
+
+// A byte that would break a column is written as a backslash and three octal digits.
+std::string Unescape(std::string_view text) {
+  const auto isOctal = [&](std::size_t index) { return text[index] >= '0' && text[index] <= '7'; };
+  std::string plain;
+  for (std::size_t index = 0; index < text.size(); ++index) {
+    const bool isEscape = text[index] == '\\' && index + 3 < text.size() && isOctal(index + 1) &&
+                          isOctal(index + 2) && isOctal(index + 3);
+    if (!isEscape) {
+      plain += text[index];
+      continue;
+    }
+    plain += static_cast<char>((text[index + 1] - '0') * 64 + (text[index + 2] - '0') * 8 +
+                               (text[index + 3] - '0'));
+    index += 3;
+  }
+  return plain;
+}
+
+// Cuts the first option off: "name" or "name=value"; commas within double quotes belong to the
+// value.
+std::string_view TakeOption(std::string_view& options) {
+  bool isQuoted = false;
+  std::size_t end = 0;
+  for (; end < options.size() && (isQuoted || options[end] != ','); ++end) {
+    isQuoted = isQuoted != (options[end] == '"');
+  }
+  const std::string_view option = options.substr(0, end);
+  options.remove_prefix(std::min(end + 1, options.size()));
+  return option;
+}
+
+// The options of the mount, and behind them those of the file system. Whether something can be
+// written is said by both, and refused when either refuses.
+std::vector<std::string> MergeOptions(const std::string& ofMount, const std::string& ofFilesystem) {
+  std::vector<std::string> merged = {"rw"};
+  const auto append = [&merged](std::string_view options) {
+    while (!options.empty()) {
+      const std::string_view option = TakeOption(options);
+      if (option == "ro") {
+        merged[0] = "ro";
+      } else if (option != "rw") {
+        merged.emplace_back(option);
+      }
+    }
+  };
+  append(ofMount);
+  if (ofFilesystem != ofMount) {
+    append(ofFilesystem);
+  }
+  return merged;
+}
+
+std::optional<dev_t> ParseDevice(std::string_view text) {
+  const auto numbers = Split(text, ':');
+  const auto major = ParseNumber(numbers[0]);
+  const auto minor = ParseNumber(numbers.back());
+  if (numbers.size() != 2 || !major || !minor) {
+    return std::nullopt;
+  }
+  return makedev(static_cast<unsigned>(*major), static_cast<unsigned>(*minor));
+}
+
+// ID PARENT MAJOR:MINOR ROOT TARGET OPTIONS {TAG} "-" TYPE SOURCE OPTIONS
+std::optional<Mount> ParseMount(std::string_view line) {
+  const std::vector<std::string_view> columns = Split(line, ' ');
+  const auto dash = std::find(columns.begin(), columns.end(), "-");
+  if (dash - columns.begin() < 6 || columns.end() - dash < 4) {
+    return std::nullopt;
+  }
+  const auto id = ParseNumber(columns[0]);
+  const auto parentId = ParseNumber(columns[1]);
+  const auto device = ParseDevice(columns[2]);
+  if (!id || !parentId || !device) {
+    return std::nullopt;
+  }
+  Mount mount;
+  mount.id = *id;
+  mount.parentId = *parentId;
+  mount.device = *device;
+  mount.root = Unescape(columns[3]);
+  mount.target = Unescape(columns[4]);
+  mount.type = Unescape(dash[1]);
+  mount.source = Unescape(dash[2]);
+  mount.options = MergeOptions(Unescape(columns[5]), Unescape(dash[3]));
+  return mount;
+}
+
+// A kernel that mounted its root by itself calls the device /dev/root, which is no file.
+void NameRootDevice(const std::string& sysFolder, Mount& mount) {
+  if (mount.source != "/dev/root") {
+    return;
+  }
+  const auto folder = ReadLink(sysFolder + "/dev/block/" + std::to_string(major(mount.device)) +
+                               ":" + std::to_string(minor(mount.device)));
+  if (folder) {
+    std::string name = folder->substr(folder->rfind('/') + 1);
+    std::replace(name.begin(), name.end(), '!', '/');
+    mount.source = "/dev/" + name;
+  }
+}
+
+// Finds the mounts that no path leads to any more. A path steps from a mount to another one at the
+// first place on its way where one is attached, and at the root of a mount that is covered whole it
+// steps on at once.
+class HiddenMounts {
+ public:
+  explicit HiddenMounts(std::vector<Mount>& mounts) : mounts_(mounts) {
+    for (std::size_t index = 0; index < mounts_.size(); ++index) {
+      byId_.emplace(mounts_[index].id, index);
+      if (mounts_[index].parentId != mounts_[index].id) {
+        attached_[mounts_[index].parentId].insert(mounts_[index].target);
+      }
+    }
+  }
+
+  void Mark() {
+    covered_.assign(mounts_.size(), Answer::Unknown);
+    for (std::size_t index = 0; index < mounts_.size(); ++index) {
+      Mount& mount = mounts_[index];
+      mount.isHidden = IsAttached(mount.id, mount.target) || IsCovered(index);
+    }
+  }
+
+ private:
+  enum class Answer { Unknown, No, Yes };
+
+  bool IsAttached(long parentId, const std::string& target) const {
+    const auto found = attached_.find(parentId);
+    return found != attached_.end() && found->second.count(target) != 0;
+  }
+
+  // Whether another mount with the same parent lies on the way to this one's target.
+  bool IsPassedBy(const Mount& mount) const {
+    const std::string& target = mount.target;
+    for (std::size_t slash = target.rfind('/'); slash != std::string::npos && target.size() > 1;
+         slash = target.rfind('/', slash - 1)) {
+      if (IsAttached(mount.parentId, slash == 0 ? "/" : target.substr(0, slash))) {
+        return true;
+      }
+      if (slash == 0) {
+        break;
+      }
+    }
+    return false;
+  }
+
+  // Walks up to the first mount with a known answer, and hands the answer down the same way. A
+  // parent that is not listed ends the walk, and so does a circle in a damaged file.
+  bool IsCovered(std::size_t index) {
+    std::vector<std::size_t> way;
+    Answer answer = Answer::No;
+    for (auto at = byId_.find(mounts_[index].id); at != byId_.end();
+         at = byId_.find(mounts_[at->second].parentId)) {
+      if (covered_[at->second] != Answer::Unknown) {
+        answer = covered_[at->second];
+        break;
+      }
+      covered_[at->second] = Answer::No;
+      way.push_back(at->second);
+    }
+    for (auto step = way.rbegin(); step != way.rend(); ++step) {
+      if (answer == Answer::No && IsPassedBy(mounts_[*step])) {
+        answer = Answer::Yes;
+      }
+      covered_[*step] = answer;
+    }
+    return answer == Answer::Yes;
+  }
+
+  std::vector<Mount>& mounts_;
+  std::vector<Answer> covered_;
+  std::unordered_map<long, std::size_t> byId_;
+  std::unordered_map<long, std::set<std::string>> attached_;
+};
+
+}  // namespace
+
+bool Mount::HasOption(const std::string& option) const {
+  return std::find(options.begin(), options.end(), option) != options.end();
+}
+
+std::vector<Mount> ReadMounts(const std::string& path, const std::string& sysFolder) {
+  const std::optional<std::string> text = ReadFile(path);
+  if (!text.has_value()) {
+    throw KestrelException("Unable to read the mounts in " + path + ": " + std::strerror(errno));
+  }
+  std::vector<Mount> mounts;
+  for (const std::string_view line : SplitLines(*text)) {
+    if (std::optional<Mount> mount = ParseMount(line)) {
+      mounts.push_back(std::move(*mount));
+    }
+  }
+  for (Mount& mount : mounts) {
+    NameRootDevice(sysFolder, mount);
+  }
+  HiddenMounts(mounts).Mark();
+  return mounts;
+}
+
+}  // namespace Kestrel::Host

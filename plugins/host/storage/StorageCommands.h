@@ -1,0 +1,18 @@
+#pragma once
+
+#include <kestrel/autocli/Command.h>
+#include <kestrel/autocli/Namespace.h>
+
+#include <memory>
+
+namespace Kestrel::Host {
+
+/// Adds "storage" and the commands below it: devices, file systems and mounts.
+void RegisterStorage(const std::shared_ptr<AutoCli::Namespace>& root);
+
+// The commands below "storage", each in the file of its name.
+std::shared_ptr<AutoCli::Command> NewStorageDeviceList();
+std::shared_ptr<AutoCli::Command> NewStorageFilesystemList();
+std::shared_ptr<AutoCli::Command> NewStorageMountList();
+
+}  // namespace Kestrel::Host

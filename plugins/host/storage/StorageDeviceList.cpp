@@ -1,0 +1,143 @@
+#include <sys/sysmacros.h>
+
+#include <string>
+
+#include "plugins/host/frame/DataSource.h"
+#include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/ValueFilter.h"
+#include "plugins/host/frame/ValueList.h"
+#include "plugins/host/storage/BlockDevices.h"
+#include "plugins/host/storage/MountTable.h"
+#include "plugins/host/storage/StorageCommands.h"
+
+namespace Kestrel::Host {
+namespace {
+
+constexpr long kMebibyte = 1 << 20;
+
+const RecordShape& Shape() {
+  static const RecordShape shape =
+      RecordShape("StorageDevice")
+          .Text("Name", "The device's name below /dev.")
+          .Text("Kind",
+                "What it is: disk, part of a disk, rom, loop (over a file), or the kind of volume, "
+                "such as lvm, crypt or raid1.")
+          .Text("Number", "The device's number, as major:minor.")
+          .Number("Size", "What it holds, in MiB, rounded down.")
+          .Number("Size Bytes", "What it holds, in bytes.")
+          .Number("Sector Size", "The smallest piece that it reads or writes, in bytes.")
+          .Truth("Read Only", "Whether it cannot be written to.")
+          .Truth("Removable", "Whether its medium can be taken out.")
+          .Truth("Rotational", "Whether its medium turns, as that of a hard disk does.")
+          .Text("Model", "The model as the device tells it; empty when it does not.")
+          .Texts("Parents", "The devices that it lies on; none for a disk.")
+          .Text("Filesystem",
+                "The type of what is written on it; empty where no device manager knows.")
+          .Text("Label", "The label of what is written on it.")
+          .Text("UUID", "The identifier of what is written on it.")
+          .Texts("Mount Points", "The directories that it is mounted on.");
+  return shape;
+}
+
+std::shared_ptr<MetaObj::MetaStruct> ToRecord(const BlockDevice& device) {
+  auto record = Shape().NewRecord();
+  record->SetField("Name", OutsideText(device.name));
+  record->SetField("Kind", OutsideText(device.kind));
+  record->SetField(
+      "Number", std::to_string(major(device.number)) + ":" + std::to_string(minor(device.number)));
+  record->SetField("Size", device.size / kMebibyte);
+  record->SetField("Size Bytes", device.size);
+  record->SetField("Sector Size", device.sectorSize);
+  record->SetField("Read Only", device.isReadOnly);
+  record->SetField("Removable", device.isRemovable);
+  record->SetField("Rotational", device.isRotational);
+  record->SetField("Model", OutsideText(device.model));
+  record->SetField("Parents", OutsideTexts(device.parents));
+  record->SetField("Filesystem", OutsideText(device.filesystem));
+  record->SetField("Label", OutsideText(device.label));
+  record->SetField("UUID", OutsideText(device.uuid));
+  record->SetField("Mount Points", OutsideTexts(device.mountPoints));
+  return record;
+}
+
+class StorageDeviceList final : public HostCommand {
+ public:
+  StorageDeviceList() : HostCommand("List the block devices: disks, parts and volumes.") {
+    ShowAsTable("StorageDevice", "Name,Kind,Size,Read Only,Filesystem,Mount Points",
+                {{"units:StorageDevice.Size", "MiB"}, {"wrap-last", "true"}});
+    AddExample("", "List the devices that hold something");
+    AddExample("--kind disk --removable false", "List the disks that are built in");
+    AddExample("--device sda --device sda1", "List two devices by name");
+  }
+
+ private:
+  void DeclareParameters(CallSpec::InputSpec& spec) const override {
+    Parameter("device", CallSpec::StringList,
+              "List the device of this name only, without /dev/ before it; %REGEX%.")
+        .Short("d")
+        .Matching("[a-zA-Z0-9][a-zA-Z0-9/._:+-]*")
+        .AddTo(spec);
+    Parameter("kind", CallSpec::StringList, "List devices of this kind only:%FULLENUM%")
+        .Short("k")
+        .OneOf({{"disk", "a whole disk"},
+                {"part", "a part of a disk"},
+                {"rom", "a drive for discs"},
+                {"loop", "a file that serves as a device"},
+                {"lvm", "a logical volume"},
+                {"crypt", "an encrypted volume"},
+                {"mpath", "a disk behind several paths"},
+                {"dm", "another mapped volume"},
+                {"raid0", "a striped array"},
+                {"raid1", "a mirrored array"},
+                {"raid4", "an array with one disk of parity"},
+                {"raid5", "an array with spread parity"},
+                {"raid6", "an array with double parity"},
+                {"raid10", "a striped array of mirrors"},
+                {"linear", "an array of disks in a row"}})
+        .AddTo(spec);
+    Parameter("minimum-size", CallSpec::Int, "List devices of at least this size in MiB; %ENUM%.")
+        .Short("m")
+        .Between(0, 1L << 40)
+        .AddTo(spec);
+    Parameter("read-only", CallSpec::Bool,
+              "List devices that are read-only (true) or that are not (false).")
+        .Short("r")
+        .AddTo(spec);
+    Parameter("removable", CallSpec::Bool,
+              "List devices that are removable (true) or that are not (false).")
+        .Short("R")
+        .AddTo(spec);
+    Parameter("all", CallSpec::Flag, "List also devices that hold nothing.").Short("a").AddTo(spec);
+  }
+
+  void DeclareResult(CallSpec::OutputSpec& spec) const override {
+    Shape().DeclareList(spec, "The block devices by name, each disk ahead of its parts.");
+  }
+
+  void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
+    const TextFilter names(input, "device");
+    const TextFilter kinds(input, "kind");
+    const TruthFilter readOnly(input, "read-only");
+    const TruthFilter removable(input, "removable");
+    const bool isEverythingListed = input.IsFlagSet("all");
+    const auto list = Shape().NewList();
+    const auto readProperties = [](dev_t device) { return ReadDeviceProperties(device); };
+    for (const BlockDevice& device : ReadBlockDevices(kSys, readProperties, ReadMounts())) {
+      if ((isEverythingListed || device.size > 0) && names.Accepts(device.name) &&
+          kinds.Accepts(device.kind) && readOnly.Accepts(device.isReadOnly) &&
+          removable.Accepts(device.isRemovable) &&
+          device.size / kMebibyte >= input.GetParameterInt("minimum-size")) {
+        list->Add(ToRecord(device));
+      }
+    }
+    output.SetRootObject(list);
+  }
+};
+
+}  // namespace
+
+std::shared_ptr<AutoCli::Command> NewStorageDeviceList() {
+  return std::make_shared<StorageDeviceList>();
+}
+
+}  // namespace Kestrel::Host

@@ -1,0 +1,87 @@
+#include "plugins/host/system/Accounts.h"
+
+#include <grp.h>
+#include <pwd.h>
+
+#include <algorithm>
+#include <string_view>
+
+namespace Kestrel::Host {
+namespace {
+
+// Shells that answer and end, whatever their folder.
+constexpr std::string_view kRefusingShells[] = {"nologin", "false", "true",
+                                                "sync",    "halt",  "shutdown"};
+
+// The part of the entry's description that is the person's name.
+std::string FullName(const char* description) {
+  const std::string_view text = description == nullptr ? "" : description;
+  return std::string(text.substr(0, text.find(',')));
+}
+
+Account MakeAccount(const passwd& entry) {
+  Account account;
+  account.name = entry.pw_name;
+  account.id = entry.pw_uid;
+  account.groupId = entry.pw_gid;
+  account.fullName = FullName(entry.pw_gecos);
+  account.home = entry.pw_dir;
+  account.shell = entry.pw_shell;
+  return account;
+}
+
+}  // namespace
+
+std::vector<Account> ReadAccounts() {
+  std::vector<Account> accounts;
+  ::setpwent();
+  while (const passwd* const entry = ::getpwent()) {
+    accounts.push_back(MakeAccount(*entry));
+  }
+  ::endpwent();
+  return accounts;
+}
+
+std::optional<Account> FindAccount(const std::string& name) {
+  const passwd* const entry = ::getpwnam(name.c_str());
+  return entry == nullptr ? std::nullopt : std::optional<Account>(MakeAccount(*entry));
+}
+
+std::vector<std::string> ReadGroups(const Account& account) {
+  std::vector<gid_t> ids(64);
+  int count = static_cast<int>(ids.size());
+  while (::getgrouplist(account.name.c_str(), account.groupId, ids.data(), &count) < 0) {
+    // The count now tells what is needed; a service that does not tell gets twice as much.
+    count = std::max(count, 2 * static_cast<int>(ids.size()));
+    ids.resize(static_cast<std::size_t>(count));
+  }
+  ids.resize(static_cast<std::size_t>(count));
+  std::vector<std::string> names;
+  names.reserve(ids.size());
+  for (const gid_t id : ids) {
+    names.push_back(GroupName(id));
+  }
+  return names;
+}
+
+bool IsLoginShell(const std::string& shell) {
+  const std::string_view program = std::string_view(shell).substr(shell.rfind('/') + 1);
+  return std::find(std::begin(kRefusingShells), std::end(kRefusingShells), program) ==
+         std::end(kRefusingShells);
+}
+
+const std::string& UserNames::Get(uid_t id) {
+  const auto [place, isNew] = names_.try_emplace(id);
+  if (isNew) {
+    const passwd* const entry = ::getpwuid(id);
+    place->second = entry == nullptr ? std::to_string(id) : entry->pw_name;
+  }
+  return place->second;
+}
+
+std::string GroupName(gid_t id) {
+  const group* const entry = ::getgrgid(id);
+  return entry == nullptr ? std::to_string(id) : entry->gr_name;
+}
+
+}  // namespace Kestrel::Host

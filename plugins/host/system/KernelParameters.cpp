@@ -1,0 +1,213 @@
+#include "plugins/host/system/KernelParameters.h"
+
+#include <fcntl.h>
+#include <kestrel/KestrelException.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "plugins/host/frame/DataSource.h"
+
+namespace Kestrel::Host {
+namespace {
+
+std::string SwapSeparators(std::string name) {
+  for (char& letter : name) {
+    letter = letter == '.' ? '/' : letter == '/' ? '.' : letter;
+  }
+  return name;
+}
+
+// "net.ipv4.conf.eth0/1.mtu" and "net/ipv4/conf/eth0.1/mtu" are the same parameter.
+std::string RelativePath(const std::string& name) {
+  const std::size_t separator = name.find_first_of("./");
+  const bool isPath = separator != std::string::npos && name[separator] == '/';
+  return isPath ? name : SwapSeparators(name);
+}
+
+// A name comes from the user: nothing in it may lead out of the folder of parameters.
+bool IsInside(const std::string& relative) {
+  const auto parts = Split(relative, '/');
+  return std::none_of(
+             parts.begin(), parts.end(),
+             [](std::string_view part) { return part.empty() || part == "." || part == ".."; }) &&
+         relative.find('\0') == std::string::npos;
+}
+
+std::string PathOf(const std::string& proc, const std::string& name) {
+  const std::string relative = RelativePath(name);
+  if (!IsInside(relative)) {
+    throw KestrelException("There is no parameter '" + name + "'");
+  }
+  return proc + "/sys/" + relative;
+}
+
+std::string WithoutLineEnd(std::string text) {
+  if (!text.empty() && text.back() == '\n') {
+    text.pop_back();
+  }
+  return text;
+}
+
+[[noreturn]] void ThrowReadError(const std::string& name, int error) {
+  switch (error) {
+    case ENOENT:
+    case ENOTDIR:
+      throw KestrelException("There is no parameter '" + name + "'");
+    case EISDIR:
+      throw KestrelException("'" + name + "' is a group of parameters");
+    case EACCES:
+    case EPERM:
+      throw KestrelException("You do not have the right to read the parameter '" + name + "'");
+    default:
+      throw KestrelException("Unable to read the parameter '" + name +
+                             "': " + std::strerror(error));
+  }
+}
+
+[[noreturn]] void ThrowWriteError(const std::string& name, const std::string& value, int error) {
+  switch (error) {
+    case EACCES:
+    case EPERM:
+      throw KestrelException("You do not have the right to change the parameter '" + name +
+                             "'; only root does, and some parameters nobody may change");
+    case EROFS:
+      throw KestrelException("The parameter '" + name +
+                             "' cannot be changed from here: " + std::strerror(error));
+    case EINVAL:
+    case ERANGE:
+    case E2BIG:
+      throw KestrelException("The kernel refuses the value '" + value + "' for the parameter '" +
+                             name + "': " + std::strerror(error));
+    default:
+      throw KestrelException("Unable to change the parameter '" + name +
+                             "': " + std::strerror(error));
+  }
+}
+
+// The kernel takes a value from one write, so a part of it is a failure.
+int WriteAtOnce(const std::string& path, const std::string& text) {
+  const int file = ::open(path.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC | O_NOCTTY);
+  if (file < 0) {
+    return errno;
+  }
+  ssize_t count = 0;
+  do {
+    count = ::write(file, text.data(), text.size());
+  } while (count < 0 && errno == EINTR);
+  const int error = count < 0 ? errno : static_cast<std::size_t>(count) < text.size() ? E2BIG : 0;
+  const int closeError = ::close(file) == 0 ? 0 : errno;
+  return error != 0 ? error : closeError;
+}
+
+bool StartsWith(const std::string& text, const std::string& start) {
+  return text.compare(0, start.size(), start) == 0;
+}
+
+// Whether `relative` is `prefix` or lies below it.
+bool IsBelow(const std::string& relative, const std::string& prefix) {
+  return prefix.empty() || (StartsWith(relative, prefix) &&
+                            (relative.size() == prefix.size() || relative[prefix.size()] == '/'));
+}
+
+class ParameterWalk {
+ public:
+  ParameterWalk(std::string root, std::string prefix)
+      : root_(std::move(root)), prefix_(std::move(prefix)) {}
+
+  std::vector<KernelParameter> Run() {
+    Visit("");
+    std::sort(found_.begin(), found_.end(),
+              [](const KernelParameter& left, const KernelParameter& right) {
+                return left.name < right.name;
+              });
+    return std::move(found_);
+  }
+
+ private:
+  // Links are passed over, so that a walk always ends.
+  void Visit(const std::string& relative) {
+    struct stat status = {};
+    if (::lstat((root_ + relative).c_str(), &status) != 0) {
+      return;
+    }
+    if (S_ISREG(status.st_mode)) {
+      AddFile(relative, status.st_mode);
+    } else if (S_ISDIR(status.st_mode)) {
+      for (const std::string& name : ListFolder(root_ + relative)) {
+        VisitChild(relative.empty() ? name : relative + "/" + name);
+      }
+    }
+  }
+
+  void VisitChild(const std::string& relative) {
+    if (IsBelow(relative, prefix_) || IsBelow(prefix_, relative)) {
+      Visit(relative);
+    }
+  }
+
+  void AddFile(const std::string& relative, mode_t mode) {
+    if (!IsBelow(relative, prefix_) || (mode & (S_IRUSR | S_IRGRP | S_IROTH)) == 0) {
+      return;
+    }
+    auto text = ReadFile(root_ + relative);
+    if (!text) {
+      return;
+    }
+    KernelParameter parameter;
+    parameter.name = SwapSeparators(relative);
+    parameter.value = WithoutLineEnd(std::move(*text));
+    parameter.isWritable = (mode & (S_IWUSR | S_IWGRP | S_IWOTH)) != 0;
+    found_.push_back(std::move(parameter));
+  }
+
+  std::string root_;
+  std::string prefix_;
+  std::vector<KernelParameter> found_;
+};
+
+}  // namespace
+
+const char* const kParameterNamePattern = "[^./]+([./][^./]+)*";
+
+std::vector<KernelParameter> ReadParameters(const std::string& proc, const std::string& prefix) {
+  auto parameters = ParameterWalk(proc + "/sys/", RelativePath(prefix)).Run();
+  if (parameters.empty()) {
+    RequireEntries(proc + "/sys");
+  }
+  return parameters;
+}
+
+std::string ReadParameter(const std::string& proc, const std::string& name) {
+  auto text = ReadFile(PathOf(proc, name));
+  if (!text) {
+    ThrowReadError(name, errno);
+  }
+  return WithoutLineEnd(std::move(*text));
+}
+
+void WriteParameter(const std::string& proc, const std::string& name, const std::string& value) {
+  const std::string path = PathOf(proc, name);
+  struct stat status = {};
+  if (::stat(path.c_str(), &status) != 0) {
+    ThrowReadError(name, errno);
+  }
+  if (S_ISDIR(status.st_mode)) {
+    ThrowReadError(name, EISDIR);
+  }
+  const int error = WriteAtOnce(path, value + "\n");
+  if (error != 0) {
+    ThrowWriteError(name, value, error);
+  }
+}
+
+std::string OnOneLine(std::string value) {
+  std::replace(value.begin(), value.end(), '\t', ' ');
+  std::replace(value.begin(), value.end(), '\n', ' ');
+  return value;
+}
+
+}  // namespace Kestrel::Host

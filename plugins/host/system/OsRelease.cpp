@@ -1,0 +1,53 @@
+#include "plugins/host/system/OsRelease.h"
+
+#include "plugins/host/frame/DataSource.h"
+
+namespace Kestrel::Host {
+namespace {
+
+// Quotes are dropped; a backslash keeps the next character, but within single quotes it is one
+// itself.
+std::string Unquote(std::string_view text) {
+  std::string value;
+  char quote = '\0';
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char letter = text[i];
+    if (letter == '\\' && quote != '\'' && i + 1 < text.size()) {
+      value += text[++i];
+    } else if (letter == quote) {
+      quote = '\0';
+    } else if (quote == '\0' && (letter == '"' || letter == '\'')) {
+      quote = letter;
+    } else {
+      value += letter;
+    }
+  }
+  return value;
+}
+
+}  // namespace
+
+std::string ParseOsRelease(std::string_view text, std::string_view key) {
+  std::string value;
+  for (const std::string_view untrimmed : SplitLines(text)) {
+    const std::string_view line = Trim(untrimmed);
+    if (line.size() > key.size() && line.substr(0, key.size()) == key && line[key.size()] == '=') {
+      value = Unquote(line.substr(key.size() + 1));
+    }
+  }
+  return value;
+}
+
+std::string ReadDistributionName(const std::string& root) {
+  auto text = ReadFile(root + "/etc/os-release");
+  if (!text) {
+    text = ReadFile(root + "/usr/lib/os-release");
+  }
+  if (!text) {
+    return {};
+  }
+  std::string name = ParseOsRelease(*text, "PRETTY_NAME");
+  return name.empty() ? ParseOsRelease(*text, "NAME") : name;
+}
+
+}  // namespace Kestrel::Host

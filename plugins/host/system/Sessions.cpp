@@ -1,0 +1,93 @@
+#include "plugins/host/system/Sessions.h"
+
+#include <signal.h>
+#include <unistd.h>
+#include <utmpx.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "plugins/host/frame/DataSource.h"
+#include "plugins/host/system/OsRelease.h"
+
+namespace Kestrel::Host {
+namespace {
+
+constexpr long kMicrosecond = 1000000;
+
+// The texts of a record fill their place and then have no NUL at the end.
+template <std::size_t Size>
+std::string TextOf(const char (&field)[Size]) {
+  return std::string(field, ::strnlen(field, Size));
+}
+
+bool IsAlive(long process) {
+  return process > 0 && (::kill(static_cast<pid_t>(process), 0) == 0 || errno == EPERM);
+}
+
+Session MakeSession(const utmpx& record) {
+  Session session;
+  session.user = TextOf(record.ut_user);
+  session.terminal = TextOf(record.ut_line);
+  session.host = TextOf(record.ut_host);
+  session.process = record.ut_pid;
+  session.start = record.ut_tv.tv_sec;
+  return session;
+}
+
+Session ParseSession(std::string_view text) {
+  Session session;
+  session.user = ParseOsRelease(text, "USER");
+  session.terminal = ParseOsRelease(text, "TTY");
+  session.host = ParseOsRelease(text, "REMOTE_HOST");
+  session.process = ParseNumber(ParseOsRelease(text, "LEADER")).value_or(0);
+  session.start = ParseNumber(ParseOsRelease(text, "REALTIME")).value_or(0) / kMicrosecond;
+  return session;
+}
+
+}  // namespace
+
+const char* const kSessionRecords = "/run/utmp";
+const char* const kSessionFolder = "/run/systemd/sessions";
+
+std::vector<Session> ReadSessionRecords(const std::string& path, bool onlyAlive) {
+  std::vector<Session> sessions;
+  ::utmpxname(path.c_str());
+  ::setutxent();
+  while (const utmpx* const record = ::getutxent()) {
+    if (record->ut_type == USER_PROCESS && record->ut_user[0] != '\0' &&
+        (!onlyAlive || IsAlive(record->ut_pid))) {
+      sessions.push_back(MakeSession(*record));
+    }
+  }
+  ::endutxent();
+  return sessions;
+}
+
+std::vector<Session> ReadSessionFolder(const std::string& path) {
+  std::vector<Session> sessions;
+  for (const std::string& name : ListFolder(path)) {
+    const auto text = ReadFile(path + "/" + name);
+    if (!text || ParseOsRelease(*text, "CLASS") != "user") {
+      continue;
+    }
+    Session session = ParseSession(*text);
+    if (!session.user.empty()) {
+      sessions.push_back(std::move(session));
+    }
+  }
+  return sessions;
+}
+
+std::vector<Session> ReadSessions() {
+  const bool hasRecords = ::access(kSessionRecords, R_OK) == 0;
+  auto sessions =
+      hasRecords ? ReadSessionRecords(kSessionRecords, true) : ReadSessionFolder(kSessionFolder);
+  std::stable_sort(sessions.begin(), sessions.end(), [](const Session& left, const Session& right) {
+    return left.start < right.start;
+  });
+  return sessions;
+}
+
+}  // namespace Kestrel::Host

@@ -1,0 +1,57 @@
+#include "plugins/host/system/SystemCommands.h"
+
+#include "plugins/host/frame/HostCommand.h"
+
+namespace Kestrel::Host {
+namespace {
+
+using Node = std::shared_ptr<AutoCli::NamespaceNode>;
+
+void RegisterFigures(const Node& system) {
+  AddNamespace(system, "version", "The versions of the kernel and the distribution.")
+      ->RegisterNamespaceNode(NewSystemVersionGet(), "get");
+  AddNamespace(system, "uptime", "The time since the start of the machine.")
+      ->RegisterNamespaceNode(NewSystemUptimeGet(), "get");
+  AddNamespace(system, "load", "The work that the machine has.")
+      ->RegisterNamespaceNode(NewSystemLoadGet(), "get");
+  AddNamespace(system, "memory", "The memory of the machine.")
+      ->RegisterNamespaceNode(NewSystemMemoryGet(), "get");
+  const Node cpu = AddNamespace(system, "cpu", "The processors of the machine.");
+  cpu->RegisterNamespaceNode(NewSystemCpuCount(), "count");
+  cpu->RegisterNamespaceNode(NewSystemCpuList(), "list");
+}
+
+void RegisterKernel(const Node& system) {
+  const Node module = AddNamespace(system, "module", "The modules of the kernel.");
+  module->RegisterNamespaceNode(NewSystemModuleCheck(), "check");
+  module->RegisterNamespaceNode(NewSystemModuleList(), "list");
+  const Node parameter = AddNamespace(system, "parameter", "The parameters of the kernel.");
+  parameter->RegisterNamespaceNode(NewSystemParameterGet(), "get");
+  parameter->RegisterNamespaceNode(NewSystemParameterList(), "list");
+  parameter->RegisterNamespaceNode(NewSystemParameterSet(), "set");
+  AddNamespace(system, "process", "The processes of the machine.")
+      ->RegisterNamespaceNode(NewSystemProcessList(), "list");
+}
+
+void RegisterPeople(const Node& system) {
+  const Node account = AddNamespace(system, "account", "The accounts of users.");
+  account->RegisterNamespaceNode(NewSystemAccountGroups(), "groups");
+  account->RegisterNamespaceNode(NewSystemAccountList(), "list");
+  AddNamespace(system, "session", "The people who are logged in.")
+      ->RegisterNamespaceNode(NewSystemSessionList(), "list");
+}
+
+}  // namespace
+
+void RegisterSystem(const std::shared_ptr<AutoCli::Namespace>& root) {
+  const Node system = AddNamespace(root, "system", "The machine, its kernel and its processes.");
+  RegisterFigures(system);
+  RegisterKernel(system);
+  RegisterPeople(system);
+#ifdef KESTREL_HOST_HAS_NETTLE
+  AddNamespace(system, "file", "The files of the machine.")
+      ->RegisterNamespaceNode(NewSystemFileChecksum(), "checksum");
+#endif
+}
+
+}  // namespace Kestrel::Host

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <kestrel/autocli/Command.h>
+#include <kestrel/autocli/Namespace.h>
+
+#include <memory>
+
+namespace Kestrel::Host {
+
+/// Adds "system" and the commands below it: the machine, its kernel, processes and users.
+void RegisterSystem(const std::shared_ptr<AutoCli::Namespace>& root);
+
+// The commands below "system", each in the file of its name. NewSystemFileChecksum is there only
+// where the library for it is.
+std::shared_ptr<AutoCli::Command> NewSystemAccountGroups();
+std::shared_ptr<AutoCli::Command> NewSystemAccountList();
+std::shared_ptr<AutoCli::Command> NewSystemCpuCount();
+std::shared_ptr<AutoCli::Command> NewSystemCpuList();
+std::shared_ptr<AutoCli::Command> NewSystemFileChecksum();
+std::shared_ptr<AutoCli::Command> NewSystemLoadGet();
+std::shared_ptr<AutoCli::Command> NewSystemMemoryGet();
+std::shared_ptr<AutoCli::Command> NewSystemModuleCheck();
+std::shared_ptr<AutoCli::Command> NewSystemModuleList();
+std::shared_ptr<AutoCli::Command> NewSystemParameterGet();
+std::shared_ptr<AutoCli::Command> NewSystemParameterList();
+std::shared_ptr<AutoCli::Command> NewSystemParameterSet();
+std::shared_ptr<AutoCli::Command> NewSystemProcessList();
+std::shared_ptr<AutoCli::Command> NewSystemSessionList();
+std::shared_ptr<AutoCli::Command> NewSystemUptimeGet();
+std::shared_ptr<AutoCli::Command> NewSystemVersionGet();
+
+}  // namespace Kestrel::Host

@@ -1,0 +1,77 @@
+#include "plugins/host/frame/DataSource.h"
+#include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/system/KeyedChecksum.h"
+#include "plugins/host/system/SystemCommands.h"
+
+namespace Kestrel::Host {
+namespace {
+
+constexpr std::int64_t kDefaultBits = 256;
+
+const RecordShape& Shape() {
+  static const RecordShape shape = RecordShape("FileChecksum")
+                                       .Text("File", "The path of the file as it was given.")
+                                       .Number("Size", "Its size in bytes.")
+                                       .Text("Algorithm", "How the checksum was made.")
+                                       .Text("Checksum", "The checksum in hexadecimal digits.");
+  return shape;
+}
+
+class SystemFileChecksum final : public HostCommand {
+ public:
+  SystemFileChecksum()
+      : HostCommand("Make checksums of files that only someone with the key can make.") {
+    ShowAsTable("FileChecksum", "Checksum,File");
+    AddExample("--file=/etc/hostname --key", "Make the checksum with a key that is typed unseen");
+    AddExample("--file=/etc/hostname --bits=512 --key", "Make a longer one");
+  }
+
+ private:
+  void DeclareParameters(CallSpec::InputSpec& spec) const override {
+    Parameter("file", CallSpec::StringList, "The path of a file; give it once for each file.")
+        .Short("f")
+        .Required()
+        .AddTo(spec);
+    Parameter("key", CallSpec::String, "The secret key.")
+        .Short("k")
+        .Required()
+        .Secret()
+        .Matching(".+")  // A key that nobody typed would still make a checksum.
+        .AddTo(spec);
+    Parameter("bits", CallSpec::Int,
+              "The length of the checksum, one of %ENUM%; 256 without this parameter.")
+        .Short("b")
+        .OneOf({256, 384, 512})
+        .AddTo(spec);
+  }
+
+  void DeclareResult(CallSpec::OutputSpec& spec) const override {
+    Shape().DeclareList(spec, "The checksums in the order of the files given.");
+  }
+
+  void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
+    std::vector<std::string> files;
+    input.GetParameterList("file", files);
+    const std::int64_t bits =
+        input.HasParameter("bits") ? input.GetParameterInt("bits") : kDefaultBits;
+    const auto list = Shape().NewList();
+    for (const std::string& file : files) {
+      const KeyedChecksum checksum = ChecksumFile(file, input.GetParameter("key"), bits);
+      auto record = Shape().NewRecord();
+      record->SetField("File", OutsideText(file));
+      record->SetField("Size", checksum.size);
+      record->SetField("Algorithm", "HMAC-SHA" + std::to_string(bits));
+      record->SetField("Checksum", checksum.digits);
+      list->Add(record);
+    }
+    output.SetRootObject(list);
+  }
+};
+
+}  // namespace
+
+std::shared_ptr<AutoCli::Command> NewSystemFileChecksum() {
+  return std::make_shared<SystemFileChecksum>();
+}
+
+}  // namespace Kestrel::Host

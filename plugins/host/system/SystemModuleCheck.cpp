@@ -1,0 +1,45 @@
+#include <kestrel/metaobj/MetaBool.h>
+
+#include "plugins/host/frame/DataSource.h"
+#include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/system/KernelModules.h"
+#include "plugins/host/system/SystemCommands.h"
+
+namespace Kestrel::Host {
+namespace {
+
+class SystemModuleCheck final : public HostCommand {
+ public:
+  SystemModuleCheck()
+      : HostCommand("Tell whether a module is loaded or part of the kernel itself.") {
+    ShowAsValue();
+    AddExample("--name=loop", "Tell whether files can serve as devices");
+  }
+
+ private:
+  void DeclareParameters(CallSpec::InputSpec& spec) const override {
+    Parameter("name", CallSpec::String, "The name of the module, %REGEX%.")
+        .Short("n")
+        .Required()
+        .Matching("[A-Za-z0-9_-]+")
+        .AddTo(spec);
+  }
+
+  void DeclareResult(CallSpec::OutputSpec& spec) const override {
+    spec.SetRootObject(MetaObj::MetaBool::New());
+    spec.SetDescription("Whether the kernel has the module.");
+  }
+
+  void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
+    output.SetRootObject(
+        MetaObj::MetaBool::New(HasModule(kProc, kSys, input.GetParameter("name"))));
+  }
+};
+
+}  // namespace
+
+std::shared_ptr<AutoCli::Command> NewSystemModuleCheck() {
+  return std::make_shared<SystemModuleCheck>();
+}
+
+}  // namespace Kestrel::Host

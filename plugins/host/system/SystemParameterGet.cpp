@@ -1,0 +1,44 @@
+#include <kestrel/metaobj/MetaString.h>
+
+#include "plugins/host/frame/DataSource.h"
+#include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/system/KernelParameters.h"
+#include "plugins/host/system/SystemCommands.h"
+
+namespace Kestrel::Host {
+namespace {
+
+class SystemParameterGet final : public HostCommand {
+ public:
+  SystemParameterGet() : HostCommand("Show the value of a parameter of the running kernel.") {
+    ShowAsValue();
+    AddExample("--name=kernel.hostname", "Show the name of the machine");
+    AddExample("--name=net/ipv4/conf/lo/forwarding", "Name a parameter by its file");
+  }
+
+ private:
+  void DeclareParameters(CallSpec::InputSpec& spec) const override {
+    Parameter("name", CallSpec::String, "The name of the parameter, like vm.swappiness.")
+        .Short("n")
+        .Required()
+        .Matching(kParameterNamePattern)
+        .AddTo(spec);
+  }
+
+  void DeclareResult(CallSpec::OutputSpec& spec) const override {
+    spec.SetRootObject(MetaObj::MetaString::New());
+    spec.SetDescription("The value as the kernel writes it.");
+  }
+
+  void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
+    output.SetRootObject(OutsideLines(ReadParameter(kProc, input.GetParameter("name"))));
+  }
+};
+
+}  // namespace
+
+std::shared_ptr<AutoCli::Command> NewSystemParameterGet() {
+  return std::make_shared<SystemParameterGet>();
+}
+
+}  // namespace Kestrel::Host
