@@ -1,7 +1,7 @@
 #!/bin/sh
 # list-usage.sh DIRECTORY [--depth=N] [--all]: how much space the folders in a folder take.
 here=${0%/*}
-# shellcheck source=plugins/shell/common.sh
+# shellcheck source=plugins/shell-common/common.sh
 . "$here/common.sh"
 
 directory=$1

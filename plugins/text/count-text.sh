@@ -1,7 +1,7 @@
 #!/bin/sh
 # count-text.sh: counts its standard input.
 here=${0%/*}
-# shellcheck source=plugins/shell/common.sh
+# shellcheck source=plugins/shell-common/common.sh
 . "$here/common.sh"
 
 need wc coreutils

@@ -1,7 +1,7 @@
 #!/bin/sh
 # show-package.sh NAME
 here=${0%/*}
-# shellcheck source=plugins/shell/common.sh
+# shellcheck source=plugins/shell-common/common.sh
 . "$here/common.sh"
 
 need dpkg-query dpkg

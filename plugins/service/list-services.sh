@@ -4,7 +4,7 @@
 # Where the service manager runs, it is asked; elsewhere the scripts in /etc/init.d are.
 # SYSTEMD_DIR names another folder that tells of the manager, INIT_DIR another one of scripts.
 here=${0%/*}
-# shellcheck source=plugins/shell/common.sh
+# shellcheck source=plugins/shell-common/common.sh
 . "$here/common.sh"
 
 state=

@@ -1,7 +1,7 @@
 #!/bin/sh
 # list-packages.sh [--state=STATE] [--manual=BOOL,...] [--name PATTERN]...
 here=${0%/*}
-# shellcheck source=plugins/shell/common.sh
+# shellcheck source=plugins/shell-common/common.sh
 . "$here/common.sh"
 
 state=installed

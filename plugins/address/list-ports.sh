@@ -1,7 +1,7 @@
 #!/bin/sh
 # list-ports.sh NUMBER...
 here=${0%/*}
-# shellcheck source=plugins/shell/common.sh
+# shellcheck source=plugins/shell-common/common.sh
 . "$here/common.sh"
 
 need getent libc-bin

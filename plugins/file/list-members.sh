@@ -1,7 +1,7 @@
 #!/bin/sh
 # list-members.sh ARCHIVE [--member NAME]...
 here=${0%/*}
-# shellcheck source=plugins/shell/common.sh
+# shellcheck source=plugins/shell-common/common.sh
 . "$here/common.sh"
 
 archive=$1

@@ -1,7 +1,7 @@
 #!/bin/sh
 # list-log.sh [--unit=NAME] [--file=PATH] [--since=TIME] [--level=N] [--lines=N]
 here=${0%/*}
-# shellcheck source=plugins/shell/common.sh
+# shellcheck source=plugins/shell-common/common.sh
 . "$here/common.sh"
 
 gather perl "$here/list-log.pl" "$@"

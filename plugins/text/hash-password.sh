@@ -3,7 +3,7 @@
 #
 # The password stands in no file and in no argument: only this shell and openssl hold it.
 here=${0%/*}
-# shellcheck source=plugins/shell/common.sh
+# shellcheck source=plugins/shell-common/common.sh
 . "$here/common.sh"
 
 salt=

@@ -1,7 +1,7 @@
 #!/bin/sh
 # check-address.sh ADDRESS [--count=N] [--family=4|6]
 here=${0%/*}
-# shellcheck source=plugins/shell/common.sh
+# shellcheck source=plugins/shell-common/common.sh
 . "$here/common.sh"
 
 address=$1

@@ -3,7 +3,7 @@
 #
 # CRONTAB_DIR names another folder with one file a user than the system's.
 here=${0%/*}
-# shellcheck source=plugins/shell/common.sh
+# shellcheck source=plugins/shell-common/common.sh
 . "$here/common.sh"
 
 folder=${CRONTAB_DIR:-/var/spool/cron/crontabs}

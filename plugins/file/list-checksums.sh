@@ -1,7 +1,7 @@
 #!/bin/sh
 # list-checksums.sh [--algorithm=NAME] [--file PATH]...
 here=${0%/*}
-# shellcheck source=plugins/shell/common.sh
+# shellcheck source=plugins/shell-common/common.sh
 . "$here/common.sh"
 
 algorithm=sha256
