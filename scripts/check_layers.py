@@ -1,17 +1,20 @@
 #!/usr/bin/env python3
-"""Checks that includes point only upwards in the table of layers.
+"""Checks that includes follow the order of the folders.
 
     check_layers.py [ROOT]
 
+A folder is a layer. A file may include its own folder and the folders before it in the list below.
 Reports, one a line, every include that
 
-- leads from a layer to one below it,
+- leads from a folder to a later one, or to one beside it,
 - is part of a cycle of headers,
-- is reserved for other layers (libxml2, the loader, the host's libraries, ...),
+- is reserved for other folders (libxml2, the loader, the host's libraries, ...),
 - brings more than the standard library into a public header,
-- brings a private header into the tool or a plug-in, or the umbrella header into the library,
+- brings a private header into the tool or a plug-in,
+- brings a header for users into the library: kestrel.h, or Util.h into a source that does not
+  define one of its functions,
 
-and every file of the library that the table does not know. Exit status 1 when there was one.
+and every C++ file that is in none of the folders. Exit status 1 when there was one.
 """
 
 import os
@@ -20,41 +23,60 @@ import sys
 
 from problem_report import report
 
-# From the top: a file may include its own layer and those above. The classes of autocli/ are
-# told apart by name; what stands in metaobj/ and callspec/ is one layer each.
+# From the bottom to the top of the road. Folders on one line are beside each other: none of them
+# may include another.
 LAYERS = [
-    ("base", "", "Export KestrelException Version"),
-    ("values", "metaobj", ""),
-    ("contract", "callspec", ""),
-    ("text", "autocli",
-     "Util DisplayContext FormatParameters FormatterParam Formatter "
-     "ChildProcess FileDescriptor NameRule Panic ShellCommand "
-     "TextPieces TextWriter EscapeTable FitText PrintfFormat FieldStyle FieldSlot ValueView PlainText"),
-    ("call", "autocli", "OptionParser CommandInput CommandOutput EchoGuard"),
-    ("tree", "autocli",
-     "NodeType NamespaceNode Namespace RootNamespace CommandSpec Command"),
-    ("format", "autocli",
-     "TableFormatter SimpleFormatter XmlFormatter JsonFormatter PythonFormatter "
-     "CommandHelpFormatter CliDispatcherHelpFormatter HeaderMarker FieldPrefixes ValueWalk Indent"),
-    ("extend", "autocli",
-     "Plugin PluginEntryPoint SharedObjectFile SharedLibraryPlugin InternalPlugin CommandList "
-     "XmlUtil XmlDocument XmlNode XmlValue XmlValueReader LeadingInteger MarkedText TemplateText "
-     "TemplateParts ConditionalRemoval ExtensionCommand XmlPlugin"),
-    ("dispatch", "autocli", "Report PluginFiles Dispatcher CliDispatcher"),
+    ["platform"],
+    ["metaobj"],
+    ["callspec"],
+    ["autocli/text"],
+    ["autocli/process"],
+    ["autocli/formatters"],
+    ["autocli/tree"],
+    ["autocli/plugins"],
+    ["autocli/descriptors"],
+    ["autocli/dispatch"],
+    ["vexil"],
+    ["plugins/hello"],
+    ["plugins/host/frame"],
+    ["plugins/host/system", "plugins/host/storage", "plugins/host/network"],
+    ["plugins/host"],
 ]
-RANK = {name: rank for rank, (name, _, _) in enumerate(LAYERS)}
-CLASS_LAYER = {stem: name for name, _, stems in LAYERS for stem in stems.split()}
-FOLDER_LAYER = {folder: name for name, folder, stems in LAYERS if folder and not stems}
+RANK = {folder: rank for rank, folders in enumerate(LAYERS) for folder in folders}
+LIBRARY = [folder for folder in RANK if not folder.startswith(("plugins/", "vexil"))]
 
-# Includes that are not for everybody, by the start of their text.
+PUBLIC = "include/kestrel/"
+# A public header belongs to the folder of its source. One without a source belongs to the highest
+# folder that it includes; these include nothing that shows where they belong.
+HEADERS_WITHOUT_A_SOURCE = {
+    "include/kestrel/Export.h": "metaobj",
+    "include/kestrel/Version.h.in": "metaobj",
+    "include/kestrel/autocli/DisplayContext.h": "autocli/formatters",
+    "include/kestrel/autocli/FormatterParam.h": "autocli/formatters",
+}
+
+# Headers for users, each with the only sources of the library that may include it.
+FOR_USERS = {
+    "include/kestrel/kestrel.h": [],
+    # It gathers functions of several folders; these define them.
+    "include/kestrel/autocli/Util.h": [
+        "autocli/text/FitText.cpp",
+        "autocli/text/Panic.cpp",
+        "autocli/process/ShellCommand.cpp",
+        "autocli/formatters/FieldStyle.cpp",
+        "autocli/tree/NameRule.cpp",
+    ],
+}
+
+# Includes that only some folders of the library may use, by the start of their text.
 RESERVED = {
-    "kestrel/platform/TessaLibs.h": ["values", "dispatch"],
-    "kestrel/platform/Zoluser.h": ["text"],
-    "kestrel/platform/AuditTls.h": ["dispatch"],
-    "libxml/": ["extend"],
-    "dlfcn.h": ["extend"],
-    "termios.h": ["call"],
-    "sys/ioctl.h": ["dispatch"],
+    "kestrel/platform/TessaLibs.h": ["metaobj", "autocli/dispatch"],
+    "kestrel/platform/Zoluser.h": ["autocli/process"],
+    "kestrel/platform/AuditTls.h": ["autocli/dispatch"],
+    "libxml/": ["autocli/descriptors"],
+    "dlfcn.h": ["autocli/plugins"],
+    "termios.h": ["autocli/process"],
+    "sys/ioctl.h": ["autocli/dispatch"],
 }
 
 STANDARD_HEADERS = set("""
@@ -67,29 +89,18 @@ STANDARD_HEADERS = set("""
     string_view strstream system_error thread tuple type_traits typeindex typeinfo unordered_map
     unordered_set utility valarray variant vector""".split())
 
-LIBRARY_FOLDERS = ["include/kestrel", "metaobj", "callspec", "autocli"]
-CLIENT_FOLDERS = ["plugins", "vexil"]
-UMBRELLA = "include/kestrel/kestrel.h"
+SOURCE_FOLDERS = ["include/kestrel", "platform", "metaobj", "callspec", "autocli", "vexil", "plugins"]
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*[<"]([^>"\n]+)[>"]', re.MULTILINE)
 
 
-def sources_below(root, folders):
-    """The C++ files below the folders, as sorted paths relative to the root."""
+def sources_below(root):
+    """The C++ files of the project, as sorted paths relative to the root."""
     found = []
-    for folder in folders:
+    for folder in SOURCE_FOLDERS:
         for directory, _, names in os.walk(os.path.join(root, folder)):
             found += [os.path.relpath(os.path.join(directory, name), root)
                       for name in names if name.endswith((".h", ".h.in", ".cpp"))]
     return sorted(found)
-
-
-def layer_of(path):
-    """The name of the layer that a file of the library belongs to, None when there is none."""
-    folder, name = os.path.split(path)
-    stem = name.split(".")[0]
-    if stem in CLASS_LAYER:
-        return CLASS_LAYER[stem]
-    return FOLDER_LAYER.get(os.path.basename(folder))
 
 
 class Tree:
@@ -98,63 +109,103 @@ class Tree:
 
     def __init__(self, root):
         self.root = root
-        self.library = sources_below(root, LIBRARY_FOLDERS)
-        self.clients = sources_below(root, CLIENT_FOLDERS)
-        self.files = set(self.library + self.clients)
-        self.includes = {path: self._read(path) for path in sorted(self.files)}
+        self.files = sources_below(root)
+        known = set(self.files)
+        self.includes = {path: self._read(path, known) for path in self.files}
+        self._layers = {}
+        self._sources = {path: os.path.dirname(path) for path in self.files
+                         if path.endswith(".cpp")}
 
-    def _read(self, path):
+    def _read(self, path, known):
         with open(os.path.join(self.root, path), encoding="utf-8") as file:
-            return [(text, self._resolve(path, text)) for text in INCLUDE.findall(file.read())]
+            return [(text, resolve(path, text, known)) for text in INCLUDE.findall(file.read())]
 
-    def _resolve(self, path, text):
-        beside = os.path.normpath(os.path.join(os.path.dirname(path), text))
-        for candidate in ("include/" + text, "include/" + text + ".in", text, beside):
-            if candidate in self.files:
-                return candidate
+    def layer_of(self, path):
+        """The folder that a file belongs to, None when it belongs to none."""
+        if path not in self._layers:
+            self._layers[path] = None  # for headers that include each other
+            self._layers[path] = self._find_layer(path)
+        return self._layers[path]
+
+    def _find_layer(self, path):
+        if path.startswith("platform/"):
+            return "platform"
+        if not path.startswith(PUBLIC):
+            folder = os.path.dirname(path)
+            return folder if folder in RANK else None
+        if path in HEADERS_WITHOUT_A_SOURCE:
+            return HEADERS_WITHOUT_A_SOURCE[path]
+        return self._folder_of_source(path) or self._highest_included(path)
+
+    def _folder_of_source(self, header):
+        stem = os.path.basename(header).split(".")[0]
+        names = os.path.dirname(header)[len(PUBLIC):] or "metaobj"
+        for source, folder in self._sources.items():
+            if os.path.basename(source) == stem + ".cpp" and folder.split("/")[0] == names:
+                return folder
         return None
 
+    def _highest_included(self, header):
+        layers = [self.layer_of(target) for _, target in self.includes[header] if target]
+        return max((layer for layer in layers if layer), key=RANK.get, default=None)
 
-def library_problems(tree):
-    for path in tree.library:
-        if path == UMBRELLA:
-            continue
-        layer = layer_of(path)
-        if layer is None:
-            yield f"{path}: no layer of the table in scripts/check_layers.py holds this file"
-            continue
-        for text, target in tree.includes[path]:
-            yield from (f"{path}: {problem}" for problem in edge_problems(layer, text, target))
-            if path.startswith("include/"):
-                yield from public_header_problems(path, text, target)
+    def is_library(self, path):
+        return path.startswith(PUBLIC) or self.layer_of(path) in LIBRARY
 
 
-def edge_problems(layer, text, target):
-    """What is wrong with one include of a file in the layer."""
-    if target == UMBRELLA:
-        yield "includes the umbrella header, which is for users"
-    elif target is not None:
-        target_layer = layer_of(target)
-        if target_layer is not None and RANK[target_layer] > RANK[layer]:
-            yield f'includes "{text}": layer {layer} may not use {target_layer}'
+def resolve(path, text, known):
+    """The project's file that an include names, None for any other header."""
+    beside = os.path.normpath(os.path.join(os.path.dirname(path), text))
+    for candidate in ("include/" + text, "include/" + text + ".in", "platform/include/" + text,
+                      text, beside):
+        if candidate in known:
+            return candidate
+    return None
+
+
+def problems_of_file(tree, path):
+    if path in FOR_USERS:
+        return
+    layer = tree.layer_of(path)
+    if layer is None:
+        yield f"{path}: is in none of the folders of scripts/check_layers.py"
+        return
+    for text, target in tree.includes[path]:
+        if target is not None:
+            yield from order_problems(tree, path, text, target)
+        if tree.is_library(path):
+            yield from library_problems(tree, path, text, target)
+        elif is_private(tree, target):
+            yield f"{path}: includes {text}, which is private to the library"
+
+
+def order_problems(tree, path, text, target):
+    layer, other = tree.layer_of(path), tree.layer_of(target)
+    if target in FOR_USERS or other is None or other == layer:
+        return
+    if RANK[other] == RANK[layer]:
+        yield f'{path}: includes "{text}": {layer} may not use {other}, which is beside it'
+    elif RANK[other] > RANK[layer]:
+        yield f'{path}: includes "{text}": {layer} may not use {other}, which is above it'
+
+
+def library_problems(tree, path, text, target):
+    """What is wrong with an include of a file of the library."""
+    if path not in FOR_USERS.get(target, [path]):
+        yield f"{path}: includes {text}, which is for users"
     for start, layers in RESERVED.items():
-        if text.startswith(start) and layer not in layers:
-            yield f"includes {text}, which is reserved for: {', '.join(layers)}"
-
-
-def public_header_problems(path, text, target):
+        if text.startswith(start) and tree.layer_of(path) not in layers + ["platform"]:
+            yield f"{path}: includes {text}, which is reserved for: {', '.join(layers)}"
+    if not path.startswith(PUBLIC):
+        return
     if target is None and text not in STANDARD_HEADERS:
         yield f"{path}: a public header includes {text}, which is not of the standard library"
-    elif target is not None and not target.startswith("include/"):
+    elif target is not None and not target.startswith(PUBLIC):
         yield f"{path}: a public header includes the private {text}"
 
 
-def client_problems(tree):
-    for path in tree.clients:
-        for text, target in tree.includes[path]:
-            private = target in tree.library and not target.startswith("include/")
-            if private or text.startswith("kestrel/platform/"):
-                yield f"{path}: includes {text}, which is private to the library"
+def is_private(tree, target):
+    return target is not None and not target.startswith(PUBLIC) and tree.is_library(target)
 
 
 def header_cycles(tree):
@@ -173,17 +224,17 @@ def header_cycles(tree):
                 yield from visit(target, trail + [target])
         state[path] = "done"
 
-    for path in sorted(tree.includes):
+    for path in tree.files:
         if not path.endswith(".cpp") and path not in state:
             yield from visit(path, [path])
 
 
 def problems(root):
     tree = Tree(root)
-    if not tree.library:
+    if not any(tree.is_library(path) for path in tree.files):
         yield f"{root}: no sources of the library found"
-    yield from library_problems(tree)
-    yield from client_problems(tree)
+    for path in tree.files:
+        yield from problems_of_file(tree, path)
     yield from header_cycles(tree)
 
 

@@ -18,11 +18,12 @@ class CheckLayersTest(unittest.TestCase):
                     file.write(text)
             return list(check_layers.problems(root))
 
-    def test_accepts_its_own_layer_and_those_above(self):
+    def test_accepts_its_own_folder_and_those_before(self):
         self.assertEqual([], self.problems_of({
             "include/kestrel/Export.h": "",
             "include/kestrel/metaobj/MetaInt.h": '#include <string>\n#include "kestrel/Export.h"\n',
             "include/kestrel/callspec/Input.h": "",
+            "metaobj/MetaInt.cpp": "",
             "callspec/Input.cpp": '#include "kestrel/callspec/Input.h"\n'
                                   '#include <boost/regex.hpp>\n'
                                   '#include "callspec/TextValue.h"\n'
@@ -30,39 +31,77 @@ class CheckLayersTest(unittest.TestCase):
             "callspec/TextValue.h": "",
         }))
 
-    def test_refuses_an_include_of_a_layer_below(self):
+    def test_refuses_an_include_of_a_later_folder(self):
         self.assertEqual(
             ['metaobj/MetaInt.cpp: includes "kestrel/callspec/Input.h": '
-             'layer values may not use contract'],
+             'metaobj may not use callspec, which is above it'],
             self.problems_of({
                 "include/kestrel/callspec/Input.h": "",
+                "callspec/Input.cpp": "",
                 "metaobj/MetaInt.cpp": '#include "kestrel/callspec/Input.h"\n',
             }))
 
-    def test_tells_the_classes_of_autocli_apart(self):
+    def test_finds_the_folder_of_a_public_header_by_its_source(self):
         self.assertEqual(
-            ['autocli/TableFormatter.cpp: includes "kestrel/autocli/Dispatcher.h": '
-             'layer format may not use dispatch'],
+            ['autocli/formatters/TableFormatter.cpp: includes "kestrel/autocli/Dispatcher.h": '
+             'autocli/formatters may not use autocli/dispatch, which is above it'],
             self.problems_of({
                 "include/kestrel/autocli/Dispatcher.h": "",
                 "include/kestrel/autocli/Formatter.h": "",
-                "autocli/TableFormatter.cpp": '#include "kestrel/autocli/Formatter.h"\n'
-                                              '#include "kestrel/autocli/Dispatcher.h"\n',
+                "autocli/dispatch/Dispatcher.cpp": "",
+                "autocli/formatters/Formatter.cpp": "",
+                "autocli/formatters/TableFormatter.cpp":
+                    '#include "kestrel/autocli/Formatter.h"\n'
+                    '#include "kestrel/autocli/Dispatcher.h"\n',
             }))
+
+    def test_puts_a_public_header_without_a_source_into_the_highest_folder_that_it_includes(self):
+        self.assertEqual(
+            ['autocli/formatters/Formatter.cpp: includes "kestrel/autocli/PluginEntryPoint.h": '
+             'autocli/formatters may not use autocli/tree, which is above it'],
+            self.problems_of({
+                "include/kestrel/Export.h": "",
+                "include/kestrel/autocli/Namespace.h": "",
+                "include/kestrel/autocli/PluginEntryPoint.h":
+                    '#include "kestrel/Export.h"\n#include "kestrel/autocli/Namespace.h"\n',
+                "autocli/tree/Namespace.cpp": "",
+                "autocli/formatters/Formatter.cpp":
+                    '#include "kestrel/autocli/PluginEntryPoint.h"\n',
+            }))
+
+    def test_refuses_a_public_header_that_shows_no_folder(self):
+        self.assertEqual(
+            ["include/kestrel/autocli/Stray.h: is in none of the folders of "
+             "scripts/check_layers.py"],
+            self.problems_of({"include/kestrel/autocli/Stray.h": ""}))
 
     def test_sees_a_private_header_named_by_its_own_folder(self):
         self.assertEqual(
-            ['callspec/TextValue.h: includes "../autocli/EchoGuard.h": '
-             'layer contract may not use call'],
+            ['callspec/TextValue.h: includes "../autocli/process/EchoGuard.h": '
+             'callspec may not use autocli/process, which is above it'],
             self.problems_of({
-                "autocli/EchoGuard.h": "",
-                "callspec/TextValue.h": '#include "../autocli/EchoGuard.h"\n',
+                "autocli/process/EchoGuard.h": "",
+                "callspec/TextValue.h": '#include "../autocli/process/EchoGuard.h"\n',
             }))
 
-    def test_refuses_a_file_that_no_layer_holds(self):
+    def test_refuses_a_file_in_no_folder_of_the_list(self):
         self.assertEqual(
-            ["autocli/Stray.cpp: no layer of the table in scripts/check_layers.py holds this file"],
-            self.problems_of({"autocli/Stray.cpp": ""}))
+            ["autocli/Stray.cpp: is in none of the folders of scripts/check_layers.py"],
+            self.problems_of({"autocli/Stray.cpp": "", "metaobj/MetaInt.cpp": ""}))
+
+    def test_keeps_the_areas_of_the_host_plugin_apart(self):
+        self.assertEqual(
+            ['plugins/host/frame/Parameter.cpp: includes "plugins/host/system/Cpus.h": '
+             'plugins/host/frame may not use plugins/host/system, which is above it',
+             'plugins/host/network/Netlink.cpp: includes "plugins/host/system/Cpus.h": '
+             'plugins/host/network may not use plugins/host/system, which is beside it'],
+            self.problems_of({
+                "metaobj/MetaInt.cpp": "",
+                "plugins/host/HostPlugin.cpp": '#include "plugins/host/system/Cpus.h"\n',
+                "plugins/host/frame/Parameter.cpp": '#include "plugins/host/system/Cpus.h"\n',
+                "plugins/host/network/Netlink.cpp": '#include "plugins/host/system/Cpus.h"\n',
+                "plugins/host/system/Cpus.h": "",
+            }))
 
     def test_refuses_a_cycle_of_headers(self):
         self.assertEqual(
@@ -71,6 +110,8 @@ class CheckLayersTest(unittest.TestCase):
             self.problems_of({
                 "include/kestrel/metaobj/MetaList.h": '#include "kestrel/metaobj/MetaStruct.h"\n',
                 "include/kestrel/metaobj/MetaStruct.h": '#include "kestrel/metaobj/MetaList.h"\n',
+                "metaobj/MetaList.cpp": "",
+                "metaobj/MetaStruct.cpp": "",
             }))
 
     def test_accepts_sources_that_include_each_others_headers(self):
@@ -81,14 +122,15 @@ class CheckLayersTest(unittest.TestCase):
             "metaobj/MetaStruct.cpp": '#include "kestrel/metaobj/MetaList.h"\n',
         }))
 
-    def test_reserves_the_hosts_headers_for_their_layers(self):
+    def test_reserves_the_hosts_headers_for_their_folders(self):
         self.assertEqual(
-            ["autocli/Util.cpp: includes libxml/tree.h, which is reserved for: extend",
-             "callspec/Input.cpp: includes termios.h, which is reserved for: call"],
+            ["autocli/text/Panic.cpp: includes libxml/tree.h, "
+             "which is reserved for: autocli/descriptors",
+             "callspec/Input.cpp: includes termios.h, which is reserved for: autocli/process"],
             self.problems_of({
-                "autocli/EchoGuard.cpp": "#include <termios.h>\n",
-                "autocli/Util.cpp": "#include <libxml/tree.h>\n",
-                "autocli/XmlUtil.cpp": "#include <libxml/tree.h>\n",
+                "autocli/process/EchoGuard.cpp": "#include <termios.h>\n",
+                "autocli/text/Panic.cpp": "#include <libxml/tree.h>\n",
+                "autocli/descriptors/XmlUtil.cpp": "#include <libxml/tree.h>\n",
                 "callspec/Input.cpp": "#  include <termios.h>\n",
             }))
 
@@ -105,11 +147,16 @@ class CheckLayersTest(unittest.TestCase):
                                                     "#include <vector>\n",
             }))
 
-    def test_keeps_the_umbrella_header_out_of_the_library(self):
+    def test_keeps_headers_for_users_out_of_the_library(self):
         self.assertEqual(
-            ["callspec/Input.cpp: includes the umbrella header, which is for users"],
+            ["autocli/tree/NamespaceNode.cpp: includes kestrel/autocli/Util.h, "
+             "which is for users",
+             "callspec/Input.cpp: includes kestrel/kestrel.h, which is for users"],
             self.problems_of({
-                "include/kestrel/kestrel.h": "",
+                "include/kestrel/kestrel.h": '#include "kestrel/autocli/Util.h"\n',
+                "include/kestrel/autocli/Util.h": "",
+                "autocli/text/Panic.cpp": '#include "kestrel/autocli/Util.h"\n',
+                "autocli/tree/NamespaceNode.cpp": '#include "kestrel/autocli/Util.h"\n',
                 "callspec/Input.cpp": '#include "kestrel/kestrel.h"\n',
                 "plugins/hello/Hello.cpp": "#include <kestrel/kestrel.h>\n",
             }))
@@ -118,13 +165,15 @@ class CheckLayersTest(unittest.TestCase):
         self.assertEqual(
             ["plugins/hello/Hello.cpp: includes kestrel/platform/Zoluser.h, "
              "which is private to the library",
-             "vexil/main.cpp: includes autocli/EchoGuard.h, which is private to the library"],
+             "vexil/main.cpp: includes autocli/process/EchoGuard.h, "
+             "which is private to the library"],
             self.problems_of({
-                "autocli/EchoGuard.h": "",
+                "autocli/process/EchoGuard.h": "",
+                "platform/include/kestrel/platform/Zoluser.h": "",
                 "plugins/hello/Hello.cpp": "#include <kestrel/platform/Zoluser.h>\n"
                                            '#include "Hello.h"\n',
                 "plugins/hello/Hello.h": "",
-                "vexil/main.cpp": '#include "autocli/EchoGuard.h"\n',
+                "vexil/main.cpp": '#include "autocli/process/EchoGuard.h"\n',
             }))
 
     def test_reports_a_folder_without_sources(self):

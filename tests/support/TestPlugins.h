@@ -4,7 +4,7 @@
 
 namespace Kestrel::Testing {
 
-/// The absolute path of one of the shared objects in tests/plugins, named without its suffix.
+/// The absolute path of one of the shared objects in tests/modules, named without its suffix.
 std::string TestPluginPath(const std::string& name);
 
 /// Copies that shared object to `path`, so that the loader takes it for another one.

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "autocli/formatters/results/ResultValues.h"
+#include "kestrel/autocli/Formatter.h"
+
+namespace Kestrel::Testing {
+
+/// The formatters that print results of commands.
+const std::vector<std::string>& ResultFormatterNames();
+
+/// The built-in formatter of that name.
+std::shared_ptr<AutoCli::Formatter> MakeFormatter(const std::string& name);
+
+/// What came of formatting a value.
+struct Printed {
+  std::string text;
+  std::string thrown;  // the message of a KestrelException, empty when there was none
+};
+
+/// Formats the value for a screen of that width.
+Printed PrintResult(AutoCli::Formatter& formatter, const ResultValue& value, unsigned width = 0);
+
+}  // namespace Kestrel::Testing

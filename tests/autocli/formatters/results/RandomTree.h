@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "autocli/formatters/results/ResultValues.h"
+#include "kestrel/metaobj/MetaList.h"
+#include "kestrel/metaobj/MetaObject.h"
+#include "kestrel/metaobj/MetaStruct.h"
+
+namespace Kestrel::Testing {
+
+/// Makes random values of every shape that a command may give, the same ones for the same seed on
+/// every host.
+class RandomTree {
+ public:
+  explicit RandomTree(std::uint64_t seed) : random_(seed) {}
+
+  /// A value with parameters for some of its fields. Its name tells how it was made.
+  ResultValue Make();
+
+  /// A width of the screen: often none, else a narrow or a wide one.
+  unsigned MakeWidth();
+
+ private:
+  /// How wild texts and names are: words; all of UTF-8; any bytes.
+  enum Wildness { Tame, Utf8, Wild };
+
+  std::uint64_t Pick(std::uint64_t count) { return random_() % count; }
+  bool OneIn(std::uint64_t count) { return Pick(count) == 0; }
+
+  std::shared_ptr<MetaObj::MetaObject> MakeRoot();
+  std::shared_ptr<MetaObj::MetaObject> MakeValue(int depth);
+  std::shared_ptr<MetaObj::MetaObject> MakeScalar();
+  std::shared_ptr<MetaObj::MetaStruct> MakeStruct(int depth, std::uint64_t mostFields);
+  std::shared_ptr<MetaObj::MetaStruct> MakeChain(std::uint64_t length);
+  std::shared_ptr<MetaObj::MetaList> MakeScalars();
+  std::shared_ptr<MetaObj::MetaList> MakeStructs(const std::shared_ptr<MetaObj::MetaStruct>& shape);
+
+  /// Another value of the same shape.
+  std::shared_ptr<MetaObj::MetaObject> MakeLike(const std::shared_ptr<MetaObj::MetaObject>& value);
+  std::shared_ptr<MetaObj::MetaStruct> MakeLike(const MetaObj::MetaStruct& record);
+
+  long MakeNumber();
+  std::string MakeText();
+  std::string MakeWord();
+  std::string MakeName();
+  void AddCharacter(std::string& text);
+  void AddCodePoint(std::string& text, std::uint32_t point);
+  AutoCli::FormatParameters MakeParams();
+
+  std::mt19937_64 random_;
+  Wildness wildness_ = Tame;
+  bool lies_ = false;
+};
+
+}  // namespace Kestrel::Testing

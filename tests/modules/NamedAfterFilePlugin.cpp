@@ -1,0 +1,30 @@
+// Registers one command under the name of the file that the plug-in was loaded from, so that
+// copies of it can be told apart.
+
+#include <dlfcn.h>
+#include <kestrel/autocli/PluginEntryPoint.h>
+
+#include "modules/AnswerCommand.h"
+
+namespace {
+
+// The letters and digits of the file's name up to its last dot.
+std::string FileName() {
+  Dl_info info = {};
+  dladdr(reinterpret_cast<void*>(&FileName), &info);
+  const std::string path = info.dli_fname;
+  const std::string::size_type start = path.rfind('/') + 1;
+  std::string name;
+  for (const char c : path.substr(start, path.rfind('.') - start)) {
+    if (c != '.') {
+      name += c;
+    }
+  }
+  return name;
+}
+
+}  // namespace
+
+void AutoCli_RegisterNamespaces(std::shared_ptr<Kestrel::AutoCli::Namespace> root) {
+  root->RegisterNamespaceNode(std::make_shared<AnswerCommand>(FileName()), FileName());
+}

@@ -1,0 +1,32 @@
+// Registers a command and then throws; KESTREL_THROW_AS names the function that does.
+
+#include <kestrel/autocli/PluginEntryPoint.h>
+
+#include <stdexcept>
+
+#include "modules/AnswerCommand.h"
+
+namespace {
+
+// An exception of a class that goes out of memory with the plug-in.
+class Own {
+ public:
+  virtual ~Own() = default;
+};
+
+// Each built plug-in uses one of the three.
+[[maybe_unused]] void KestrelException() {
+  throw Kestrel::KestrelException("the plug-in has no fuel");
+}
+
+[[maybe_unused]] void StandardException() { throw std::runtime_error("the plug-in has no oil"); }
+
+[[maybe_unused]] void OwnObject() { throw Own(); }
+
+}  // namespace
+
+void AutoCli_RegisterNamespaces(std::shared_ptr<Kestrel::AutoCli::Namespace> root) {
+  root->SubNamespace("throwing")
+      ->RegisterNamespaceNode(std::make_shared<AnswerCommand>("before the throw"), "early");
+  KESTREL_THROW_AS();
+}

@@ -1,0 +1,254 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <set>
+#include <sstream>
+#include <string>
+
+#include "kestrel/autocli/OptionParser.h"
+#include "kestrel/callspec/ParameterSpec.h"
+#include "plugins/host/HostCall.h"
+#include "support/StreamCapture.h"
+
+// What holds for every command of the plug-in, whatever its area.
+namespace Kestrel::Testing {
+namespace {
+
+using AutoCli::Command;
+using AutoCli::NamespaceNode;
+using AutoCli::NodeType;
+using MetaObj::MetaList;
+using MetaObj::MetaObject;
+using MetaObj::MetaStruct;
+using MetaObj::MetaType;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::StartsWith;
+
+void VisitNodes(const std::shared_ptr<NamespaceNode>& node,
+                const std::function<void(const std::shared_ptr<NamespaceNode>&)>& visit) {
+  for (const auto& child : node->GetNamespaceNodes()) {
+    visit(child);
+    VisitNodes(child, visit);
+  }
+}
+
+const std::vector<std::string> kAreas = {"system", "storage", "network"};
+
+// The plug-in's nodes below the root, by the path with blanks.
+std::map<std::string, std::shared_ptr<NamespaceNode>> GetNodes() {
+  std::map<std::string, std::shared_ptr<NamespaceNode>> nodes;
+  const auto root = GetHostDispatcher().GetRootNamespace();
+  for (const std::string& area : kAreas) {
+    if (const auto node = root->GetNamespaceNode(area)) {
+      nodes[area] = node;
+      VisitNodes(node, [&nodes](const auto& child) { nodes[child->GetPathString(' ')] = child; });
+    }
+  }
+  return nodes;
+}
+
+std::map<std::string, std::shared_ptr<Command>> GetCommands() {
+  std::map<std::string, std::shared_ptr<Command>> commands;
+  for (const auto& [path, node] : GetNodes()) {
+    if (node->GetType() == NodeType::Command) {
+      commands[path] = std::dynamic_pointer_cast<Command>(node);
+    }
+  }
+  return commands;
+}
+
+// The structures that a declared result is made of, by type name.
+void CollectShapes(const std::shared_ptr<MetaObject>& object,
+                   std::map<std::string, std::shared_ptr<MetaStruct>>& shapes) {
+  if (const auto record = std::dynamic_pointer_cast<MetaStruct>(object)) {
+    shapes[record->GetTypeName()] = record;
+    for (const std::string& field : record->GetFieldNames()) {
+      CollectShapes(record->GetField(field), shapes);
+    }
+  } else if (const auto list = std::dynamic_pointer_cast<MetaList>(object)) {
+    CollectShapes(list->GetListStructure(), shapes);
+  }
+}
+
+std::map<std::string, std::shared_ptr<MetaStruct>> GetShapes(Command& command) {
+  std::map<std::string, std::shared_ptr<MetaStruct>> shapes;
+  CollectShapes(command.GetOutputSpec()->GetRootObject(), shapes);
+  return shapes;
+}
+
+// The type name in a key like "fields:Type" or "units:Type.Field", and the field, empty for none.
+std::pair<std::string, std::string> SplitKey(const std::string& key) {
+  const std::string qualifier = key.substr(key.find(':') + 1);
+  const std::size_t point = qualifier.find('.');
+  return {qualifier.substr(0, point),
+          point == std::string::npos ? "" : qualifier.substr(point + 1)};
+}
+
+TEST(HostPluginTest, EveryNodeIsDescribed) {
+  const auto nodes = GetNodes();
+  EXPECT_EQ(nodes.count("system process list"), 1u);
+  for (const auto& [path, node] : nodes) {
+    EXPECT_THAT(node->GetDescription(), Not(IsEmpty())) << path;
+    EXPECT_EQ(node->GetDescription().back(), '.') << path;
+  }
+}
+
+TEST(HostPluginTest, EveryResultAndEveryFieldIsDocumented) {
+  for (const auto& [path, command] : GetCommands()) {
+    EXPECT_NE(command->GetOutputSpec()->GetDescription(), "Documentation missing") << path;
+    for (const auto& [type, shape] : GetShapes(*command)) {
+      for (const std::string& field : shape->GetFieldNames()) {
+        EXPECT_NE(shape->GetFieldDocumentation(field), "Documentation missing")
+            << path << ": " << type << "." << field;
+      }
+    }
+  }
+}
+
+TEST(HostPluginTest, EveryParameterHasADescriptionWithoutLooseMarkers) {
+  for (const auto& [path, command] : GetCommands()) {
+    for (const auto& parameter : command->GetInputSpec()->GetParameters()) {
+      const std::string text = parameter->GetDescription(true);
+      EXPECT_THAT(text, Not(IsEmpty())) << path << " --" << parameter->GetName();
+      EXPECT_THAT(text, Not(HasSubstr("%"))) << path << " --" << parameter->GetName();
+      EXPECT_EQ(parameter->GetShortName().size(), 1u) << path << " --" << parameter->GetName();
+    }
+  }
+}
+
+TEST(HostPluginTest, DefaultFormatsNameWhatIsThere) {
+  for (const auto& [path, command] : GetCommands()) {
+    const auto format = command->GetDefaultOutputFormatParameters();
+    EXPECT_TRUE(GetHostDispatcher().HasFormatter(format.GetFormatter())) << path;
+    const auto shapes = GetShapes(*command);
+    for (const auto& [key, value] : format.GetParameters()) {
+      if (key.find(':') == std::string::npos) {
+        EXPECT_TRUE(key == "wrap-last" || key == "align-fields" || key == "show-header") << key;
+        continue;
+      }
+      const auto [type, field] = SplitKey(key);
+      ASSERT_EQ(shapes.count(type), 1u) << path << ": " << key;
+      EXPECT_TRUE(field.empty() || shapes.at(type)->HasField(field)) << path << ": " << key;
+      if (key.rfind("fields:", 0) == 0) {
+        for (const std::string& name : format.GetParameterAsList(key)) {
+          EXPECT_TRUE(shapes.at(type)->HasField(name)) << path << ": " << name;
+        }
+      }
+    }
+  }
+}
+
+TEST(HostPluginTest, EveryExampleIsAValidCall) {
+  for (const auto& [path, command] : GetCommands()) {
+    EXPECT_THAT(command->GetExamples(), Not(IsEmpty())) << path;
+    for (const auto& [arguments, description] : command->GetExamples()) {
+      EXPECT_THAT(description, Not(IsEmpty())) << path;
+      const ScopedInput secrets("secret\n");
+      const StreamCapture prompt(STDOUT_FILENO);
+      AutoCli::OptionParser parser;
+      parser.ParseString(path + " " + arguments);
+      parser.SetInputSpec(command->GetInputSpec());
+      auto input = CallSpec::Input::New();
+      for (const auto& [name, values] : parser.GetCommandParameters()) {
+        input->AddParameter(name, values);
+      }
+      EXPECT_THAT(parser.GetParseErrors(), IsEmpty()) << path << " " << arguments;
+      input->SetInputSpec(command->GetInputSpec());
+      const auto output = CallSpec::Output::New();
+      command->GetInputSpec()->Validate(input, output);
+      EXPECT_THAT(output->GetErrors(), IsEmpty()) << path << " " << arguments;
+    }
+  }
+}
+
+TEST(HostPluginTest, EveryCommandHasAHelpPage) {
+  for (const auto& [path, command] : GetCommands()) {
+    const HostResult help = CallHost(path, {{"help", ""}});
+    ASSERT_THAT(help.GetErrors(), IsEmpty()) << path;
+    EXPECT_EQ(help.output->GetOutputType(), CallSpec::Output::Help) << path;
+    AutoCli::FormatParameters format;
+    format.SetFormatter("commandhelp");
+    AutoCli::DisplayContext display;
+    display.width = 80;
+    std::ostringstream page;
+    EXPECT_TRUE(GetHostDispatcher().FormatOutput(help.output, format, display, page)) << path;
+    EXPECT_THAT(page.str(), StartsWith("Usage: vexil " + path + " <options>\n")) << path;
+    EXPECT_THAT(page.str(), HasSubstr("# vexil " + path)) << path;
+    for (const auto& parameter : command->GetInputSpec()->GetParameters()) {
+      EXPECT_THAT(page.str(), HasSubstr("--" + parameter->GetName())) << path;
+    }
+  }
+}
+
+TEST(HostPluginTest, EveryCommandThatNeedsNoParameterAnswersInItsDeclaredShape) {
+  std::size_t called = 0;
+  for (const auto& [path, command] : GetCommands()) {
+    const auto& parameters = command->GetInputSpec()->GetParameters();
+    const bool isReady = std::none_of(parameters.begin(), parameters.end(),
+                                      [](const auto& spec) { return spec->IsRequired(); });
+    if (isReady) {
+      const HostResult result = CallHost(path);
+      EXPECT_THAT(result.GetErrors(), IsEmpty()) << path;
+      EXPECT_NE(result.output->GetRootObject(), nullptr) << path;
+      ++called;
+    }
+  }
+  EXPECT_GE(called, 11u);
+}
+
+TEST(HostPluginTest, ACommandWithoutInputSaysSo) {
+  const auto output = CallSpec::Output::New();
+  GetCommands().at("system uptime get")->Execute(nullptr, output);
+  EXPECT_THAT(output->GetErrors(),
+              ::testing::ElementsAre("Error on command get : The command needs an input"));
+}
+
+TEST(HostPluginTest, HeadersOfTablesFitAScreenOf80Columns) {
+  for (const auto& [path, command] : GetCommands()) {
+    const auto& parameters = command->GetInputSpec()->GetParameters();
+    const bool isReady = std::none_of(parameters.begin(), parameters.end(),
+                                      [](const auto& spec) { return spec->IsRequired(); });
+    if (isReady && command->GetDefaultOutputFormatParameters().GetFormatter() == "table") {
+      const std::string text = PrintHost(path, {}, 80);
+      EXPECT_LE(text.find('\n'), 80u) << path;
+    }
+  }
+}
+
+TEST(HostPluginTest, CommandsUseEveryKindOfParameterConstraintAndResult) {
+  std::set<int> types;
+  std::set<int> constraints;
+  std::set<MetaType> results;
+  std::set<MetaType> elements;
+  bool hasSecret = false;
+  bool hasFullEnumeration = false;
+  for (const auto& [path, command] : GetCommands()) {
+    for (const auto& parameter : command->GetInputSpec()->GetParameters()) {
+      types.insert(parameter->GetType());
+      hasSecret |= parameter->IsSecret();
+      hasFullEnumeration |=
+          parameter->GetDescription(false).find("%FULLENUM%") != std::string::npos;
+      if (parameter->GetConstraint() != nullptr) {
+        constraints.insert(parameter->GetConstraint()->GetType());
+      }
+    }
+    const auto root = command->GetOutputSpec()->GetRootObject();
+    results.insert(root->GetType());
+    if (const auto list = std::dynamic_pointer_cast<MetaList>(root)) {
+      elements.insert(list->GetListType());
+    }
+  }
+  EXPECT_EQ(types, (std::set<int>{0, 1, 2, 3, 4, 5, 6}));
+  EXPECT_EQ(constraints, (std::set<int>{1, 2, 3, 4}));
+  EXPECT_EQ(results, (std::set<MetaType>{MetaType::Int, MetaType::Bool, MetaType::String,
+                                         MetaType::Struct, MetaType::List}));
+  EXPECT_EQ(elements, (std::set<MetaType>{MetaType::String, MetaType::Struct}));
+  EXPECT_TRUE(hasSecret);
+  EXPECT_TRUE(hasFullEnumeration);
+}
+
+}  // namespace
+}  // namespace Kestrel::Testing

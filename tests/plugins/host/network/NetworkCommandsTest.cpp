@@ -1,0 +1,788 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <linux/audit.h>
+#include <linux/filter.h>
+#include <linux/netlink.h>
+#include <linux/rtnetlink.h>
+#include <linux/seccomp.h>
+#include <netinet/in.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <set>
+
+#include "kestrel/KestrelException.h"
+#include "plugins/host/HostCall.h"
+#include "plugins/host/JsonWitness.h"
+#include "plugins/host/Rows.h"
+#include "plugins/host/network/Namespaces.h"
+#include "plugins/host/network/Netlink.h"
+#include "support/Witness.h"
+
+// The commands below "network" but for connections, against what ip and /sys say.
+namespace Kestrel::Testing {
+namespace {
+
+using MetaObj::MetaStruct;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::ThrowsMessage;
+using ::testing::UnorderedElementsAre;
+
+void Configure(const std::string& commands) { Witness("set -e; " + commands); }
+
+// A small network of our own: two interfaces wired to each other, one of them in a bridge.
+void MakeNetwork() {
+  Configure(
+      "ip link set lo up;"
+      "ip link add inside address 02:00:00:00:00:01 type veth peer name outside"
+      "  address 02:00:00:00:00:02;"
+      "ip link add bridge0 address 02:00:00:00:00:03 type bridge;"
+      "ip link set outside master bridge0 mtu 1400 alias 'to the lab';"
+      "ip link set inside txqueuelen 77 promisc on;"
+      "for name in inside outside bridge0; do ip link set $name addrgenmode none; done;"
+      "ip link set inside up; ip link set outside up; ip link set bridge0 up");
+}
+
+void MakeAddresses() {
+  Configure(
+      "ip address add 192.0.2.5/24 brd + label inside:one dev inside;"
+      "ip address add 192.0.2.6/24 dev inside;"
+      "ip address add 198.51.100.1 peer 198.51.100.2/32 dev bridge0;"
+      "ip address add 203.0.113.1/25 dev bridge0 scope site valid_lft 5000 preferred_lft 4000;"
+      "ip address add 2001:db8::5/64 dev inside nodad noprefixroute;"
+      "ip address add 2001:db8:1::6/112 dev bridge0 nodad preferred_lft 0");
+}
+
+void MakeRoutes() {
+  Configure(
+      "ip route add default via 192.0.2.1 dev inside metric 50 src 192.0.2.6;"
+      "ip route add 10.1.0.0/16 proto static scope link dev inside;"
+      "ip route add 10.2.0.0/16 nexthop via 192.0.2.2 dev inside weight 3"
+      "  nexthop via 203.0.113.9 dev bridge0;"
+      "ip route add 10.3.0.7/32 via 192.0.2.1 table 1000 proto dhcp;"
+      "ip route add 10.5.0.0/16 via inet6 2001:db8:1::9 dev bridge0;"
+      "ip route add blackhole 10.4.0.0/16;"
+      "ip route add unreachable 10.6.0.0/16 metric 9;"
+      "ip route add prohibit 10.7.0.0/16;"
+      "ip route add throw 10.8.0.0/16;"
+      "ip -6 route add default via 2001:db8:1::1 dev bridge0 metric 20;"
+      "ip -6 route add 2001:db8:9::/48 dev inside proto 200;"
+      "ip -6 route add 2001:db8:8::/48 nexthop via 2001:db8:1::7 dev bridge0 weight 2"
+      "  nexthop via 2001:db8:1::8 dev bridge0;"
+      "ip -6 route add unreachable 2001:db8:7::/48");
+}
+
+void MakeNeighbors() {
+  Configure(
+      "ip neighbor add 192.0.2.77 lladdr 02:00:00:00:00:77 dev inside nud permanent;"
+      "ip neighbor add 192.0.2.78 lladdr 02:00:00:00:00:78 dev inside nud noarp;"
+      "ip neighbor add 192.0.2.79 lladdr 02:00:00:00:00:79 dev inside nud stale;"
+      "ip neighbor add 2001:db8::77 lladdr 02:00:00:00:01:77 dev inside nud permanent router");
+}
+
+// Runs the body in a network of its own, or skips the test and says why.
+#define IN_OWN_NETWORK(body)                                                 \
+  if (const std::string refusal = RunInOwnNetwork(body); !refusal.empty()) { \
+    GTEST_SKIP() << refusal;                                                 \
+  }
+
+std::vector<Json> Entries(const Json& list) {
+  std::vector<Json> entries;
+  for (const auto& [key, entry] : list) {
+    entries.push_back(entry);
+  }
+  return entries;
+}
+
+std::string PrefixLength(bool isVersion6, const std::string& destination) {
+  const std::size_t slash = destination.find('/');
+  if (slash != std::string::npos) {
+    return destination.substr(slash + 1);
+  }
+  if (destination == "default") {
+    return "0";
+  }
+  return isVersion6 ? "128" : "32";
+}
+
+// ---- network interface list, get and network counter list
+
+// Flags that ip makes up, or leaves out, on its own.
+std::vector<std::string> CommonFlags(std::vector<std::string> flags) {
+  for (const char* name : {"NO-CARRIER", "M-DOWN", "RUNNING"}) {
+    flags.erase(std::remove(flags.begin(), flags.end(), name), flags.end());
+  }
+  return Sorted(flags);
+}
+
+std::string StatisticOf(const Json& link, const std::string& path) {
+  return link.get<std::string>("stats64." + path);
+}
+
+Row IpLinkRow(const Json& link) {
+  const auto flags = MemberTexts(link, "flags");
+  const bool isUp = std::find(flags.begin(), flags.end(), "UP") != flags.end();
+  return {{"Name", MemberText(link, "ifname")},
+          {"Index", MemberText(link, "ifindex")},
+          {"Alias", MemberText(link, "ifalias")},
+          {"State", MemberText(link, "operstate")},
+          {"Up", isUp ? "true" : "false"},
+          {"Type", MemberText(link, "link_type")},
+          {"Kind", link.get<std::string>("linkinfo.info_kind", "")},
+          {"MTU", MemberText(link, "mtu")},
+          {"MAC Address", MemberText(link, "address")},
+          {"Broadcast", MemberText(link, "broadcast")},
+          {"Flags", Joined(CommonFlags(flags))},
+          {"Master", MemberText(link, "master")},
+          {"Queueing", MemberText(link, "qdisc")},
+          {"Queue Length", MemberText(link, "txqlen", "0")}};
+}
+
+std::vector<Json> IpLinks() {
+  return Entries(JsonWitness("ip -json -details -statistics link show"));
+}
+
+std::vector<Row> IpLinkRows() {
+  std::vector<Row> rows;
+  for (const Json& link : IpLinks()) {
+    rows.push_back(IpLinkRow(link));
+  }
+  return rows;
+}
+
+std::vector<Row> InterfaceDetailRows() {
+  std::vector<Row> rows;
+  for (const Row& interface : CallRows("network interface list")) {
+    const auto record =
+        CallHost("network interface get", {{"interface", interface.at("Name")}}).GetRecord();
+    if (record == nullptr) {
+      continue;  // it went away, and the witness will show it
+    }
+    Row row = ToRow(*record);
+    for (const char* name : {"Received", "Transmitted", "Addresses"}) {
+      row.erase(name);
+    }
+    std::vector<std::string> flags;
+    for (std::string& flag : WordsIn(row["Flags"])) {
+      flags.push_back(flag.substr(0, flag.find(',')));
+    }
+    const bool isRunning = std::find(flags.begin(), flags.end(), "RUNNING") != flags.end();
+    EXPECT_EQ(isRunning, row["State"] == "UP" || row["State"] == "UNKNOWN") << row["Name"];
+    row["Flags"] = Joined(CommonFlags(flags));
+    rows.push_back(row);
+  }
+  return rows;
+}
+
+const std::vector<std::string> kListedFields = {"Name", "Index", "State", "Up",
+                                                "Type", "Kind",  "MTU",   "MAC Address"};
+
+std::vector<Row> IpAddressTexts() {
+  std::vector<Row> rows;
+  for (const Json& link : Entries(JsonWitness("ip -json address show"))) {
+    std::vector<std::string> addresses;
+    for (const Json& address : Entries(link.get_child("addr_info"))) {
+      addresses.push_back(MemberText(address, "local") + "/" + MemberText(address, "prefixlen"));
+    }
+    rows.push_back(
+        {{"Name", MemberText(link, "ifname")}, {"Addresses", Joined(Sorted(addresses))}});
+  }
+  return rows;
+}
+
+std::vector<Row> ListedAddressTexts() {
+  std::vector<Row> rows;
+  for (const Row& row : CallRows("network interface list")) {
+    std::vector<std::string> addresses;
+    for (const std::string& word : WordsIn(row.at("Addresses"))) {
+      addresses.push_back(word.substr(0, word.find(',')));
+    }
+    rows.push_back({{"Name", row.at("Name")}, {"Addresses", Joined(Sorted(addresses))}});
+  }
+  return rows;
+}
+
+void ExpectInterfacesAsIpSays() {
+  const Agreement details = Compare(InterfaceDetailRows, IpLinkRows);
+  EXPECT_THAT(details.witness, Not(IsEmpty()));
+  EXPECT_EQ(details.command, details.witness);
+  const Agreement list =
+      Compare([] { return OnlyFields(CallRows("network interface list"), kListedFields); },
+              [] { return OnlyFields(IpLinkRows(), kListedFields); });
+  EXPECT_EQ(list.command, list.witness);
+  const Agreement addresses = Compare(ListedAddressTexts, IpAddressTexts);
+  EXPECT_EQ(addresses.command, addresses.witness);
+}
+
+TEST(NetworkInterfaceTest, SaysWhatIpSays) { ExpectInterfacesAsIpSays(); }
+
+TEST(NetworkInterfaceTest, SaysWhatIpSaysOfANetworkOfOurOwn) {
+  IN_OWN_NETWORK([] {
+    MakeNetwork();
+    MakeAddresses();
+    ExpectInterfacesAsIpSays();
+    const Row outside =
+        ToRow(*CallHost("network interface get", {{"interface", "outside"}}).GetRecord());
+    EXPECT_EQ(outside.at("Master"), "bridge0");
+    EXPECT_EQ(outside.at("Kind"), "veth");
+    EXPECT_EQ(outside.at("MTU"), "1400");
+    EXPECT_EQ(outside.at("Alias"), "to the lab");
+    EXPECT_EQ(outside.at("MAC Address"), "02:00:00:00:00:02");
+    const Row inside = ToRow(*CallHost("network interface get", {{"i", "inside"}}).GetRecord());
+    EXPECT_EQ(inside.at("Queue Length"), "77");
+    EXPECT_THAT(inside.at("Flags"), ::testing::HasSubstr("PROMISC"));
+  });
+}
+
+TEST(NetworkInterfaceTest, FiltersChooseAmongTheInterfaces) {
+  IN_OWN_NETWORK([] {
+    MakeNetwork();
+    Configure("ip link set outside down");
+    // The kernel tells the other end of it a moment later.
+    Configure(
+        "for i in $(seq 200); do ip link show inside | grep -q LOWERLAYERDOWN && exit 0; "
+        "sleep 0.05; done; exit 1");
+    const auto names = [](const Parameters& parameters) {
+      return CallColumn("network interface list", "Name", parameters);
+    };
+    EXPECT_THAT(names({{"interface", "lo"}, {"interface", "inside"}, {"interface", "none"}}),
+                UnorderedElementsAre("lo", "inside"));
+    EXPECT_THAT(names({{"up", "false"}}), Contains("outside"));
+    EXPECT_THAT(names({{"up", "false"}}), Not(Contains("inside")));
+    EXPECT_THAT(names({{"up", "true"}}), Contains("inside"));
+    EXPECT_THAT(names({{"up", "true"}}), Not(Contains("outside")));
+    EXPECT_EQ(names({{"up", "true"}, {"up", "n"}}), names({}));
+    EXPECT_THAT(names({{"state", "DOWN"}}), Contains("outside"));
+    EXPECT_THAT(names({{"state", "DOWN"}}), Not(Contains("lo")));
+    EXPECT_THAT(names({{"state", "UNKNOWN"}}), Contains("lo"));
+    EXPECT_THAT(names({{"u", "1"}, {"s", "LOWERLAYERDOWN"}}), ElementsAre("inside"));
+  });
+}
+
+TEST(NetworkInterfaceTest, AnInterfaceThatDoesNotExistIsAnError) {
+  EXPECT_THAT(CallHost("network interface get", {{"interface", "no-such0"}}).GetErrors(),
+              ElementsAre("There is no network interface named 'no-such0'"));
+}
+
+TEST(NetworkInterfaceTest, RefusesNamesStatesAndTruthsThatCannotBe) {
+  EXPECT_THAT(CallHost("network interface get").GetErrors(),
+              ElementsAre("Missing required parameter --interface"));
+  EXPECT_THAT(CallHost("network interface get", {{"interface", "a/b"}}).GetErrors(),
+              ElementsAre("Invalid data constraint for parameter 'interface'. Value does not match "
+                          "the expected regular expression ([^/\\s]{1,15})"));
+  EXPECT_THAT(
+      CallHost("network interface get", {{"interface", "a"}, {"interface", "b"}}).GetErrors(),
+      ElementsAre("Found multiple values for interface this parameter can only accept a "
+                  "single value."));
+  EXPECT_THAT(CallHost("network interface list", {{"interface", "sixteen-letters0"}}).GetErrors(),
+              ElementsAre("Invalid data constraint for parameter 'interface'. Value does not match "
+                          "the expected regular expression ([^/\\s]{1,15})"));
+  EXPECT_THAT(
+      CallHost("network interface list", {{"state", "up"}}).GetErrors(),
+      ElementsAre("Invalid data constraint for parameter 'state'. Expected a single value from the "
+                  "set [UP, DOWN, LOWERLAYERDOWN, DORMANT, TESTING, NOTPRESENT, UNKNOWN] got "
+                  "'up'"));
+  EXPECT_THAT(CallHost("network interface list", {{"up", "TRUE"}}).GetErrors(),
+              ElementsAre("Invalid data 'TRUE' for parameter up expected one of [1, 0, y, n, true, "
+                          "false, True, False, yes, no, t, f, T, F]"));
+}
+
+// Field of a counter's record to where ip shows it.
+const std::map<std::string, std::string> kCounters = {
+    {"RX Bytes", "rx.bytes"},     {"RX Packets", "rx.packets"}, {"RX Errors", "rx.errors"},
+    {"RX Dropped", "rx.dropped"}, {"TX Bytes", "tx.bytes"},     {"TX Packets", "tx.packets"},
+    {"TX Errors", "tx.errors"},   {"TX Dropped", "tx.dropped"}};
+
+// Sends it over the loopback interface to a port that nobody listens at.
+void SendDatagram(const std::string& text) {
+  const int sender = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+  sockaddr_in place = {};
+  place.sin_family = AF_INET;
+  place.sin_port = htons(9);
+  place.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  EXPECT_EQ(::sendto(sender, text.data(), text.size(), 0, reinterpret_cast<sockaddr*>(&place),
+                     sizeof(place)),
+            static_cast<ssize_t>(text.size()));
+  ::close(sender);
+}
+
+// Counters only grow, so what the command says lies between what ip says before and after.
+TEST(NetworkCounterListTest, LiesBetweenWhatIpSaysBeforeAndAfter) {
+  const auto before = IpLinks();
+  const auto rows = CallRows("network counter list");
+  const auto after = IpLinks();
+  ASSERT_EQ(rows.size(), before.size());
+  ASSERT_EQ(rows.size(), after.size());
+  for (std::size_t index = 0; index < rows.size(); ++index) {
+    const Row& row = rows[index];
+    ASSERT_EQ(row.at("Interface"), MemberText(before[index], "ifname"));
+    for (const auto& [field, path] : kCounters) {
+      EXPECT_GE(std::stol(row.at(field)), std::stol(StatisticOf(before[index], path))) << field;
+      EXPECT_LE(std::stol(row.at(field)), std::stol(StatisticOf(after[index], path))) << field;
+    }
+  }
+}
+
+TEST(NetworkCounterListTest, LiesBetweenWhatTheKernelsFilesSayBeforeAndAfter) {
+  const auto read = [](const std::string& interface, const char* name) {
+    return std::stol(Witness("cat /sys/class/net/" + interface + "/statistics/" + name +
+                             " 2>/dev/null || echo -1"));
+  };
+  for (const auto& interface : CallColumn("network counter list", "Interface")) {
+    const long before = read(interface, "rx_bytes");
+    if (before < 0) {
+      continue;  // seen in this network, but not in the one that /sys was mounted in
+    }
+    const Row row = CallRows("network counter list", {{"interface", interface}}).at(0);
+    EXPECT_GE(std::stol(row.at("RX Bytes")), before);
+    EXPECT_LE(std::stol(row.at("RX Bytes")), read(interface, "rx_bytes"));
+  }
+}
+
+TEST(NetworkCounterListTest, CountsWhatGoesThroughANetworkOfOurOwn) {
+  IN_OWN_NETWORK([] {
+    Configure("ip link set lo up");
+    const auto active = [] {
+      return CallColumn("network counter list", "Interface", {{"active", ""}});
+    };
+    EXPECT_THAT(active(), IsEmpty());
+    EXPECT_THAT(CallColumn("network counter list", "Interface", {{"trouble", ""}}), IsEmpty());
+    SendDatagram("hello\n");
+    EXPECT_THAT(active(), ElementsAre("lo"));
+    const Row row = CallRows("network counter list", {{"i", "lo"}, {"a", ""}}).at(0);
+    // A datagram with six bytes, and the message that nobody took it.
+    EXPECT_EQ(row.at("TX Packets"), "2");
+    EXPECT_EQ(row.at("RX Packets"), "2");
+    EXPECT_EQ(row.at("TX Bytes"), StatisticOf(IpLinks().at(0), "tx.bytes"));
+    const auto record = CallHost("network interface get", {{"interface", "lo"}}).GetRecord();
+    const auto received = std::dynamic_pointer_cast<MetaStruct>(record->GetField("Received"));
+    ASSERT_NE(received, nullptr);
+    EXPECT_EQ(
+        ToRow(*received),
+        (Row{{"Bytes", row.at("RX Bytes")}, {"Packets", "2"}, {"Errors", "0"}, {"Dropped", "0"}}));
+  });
+}
+
+// ---- network address list
+
+// What ip writes as a member of its own for each flag.
+const std::vector<std::string> kAddressFlags = {
+    "deprecated", "dadfailed", "dynamic",      "home",      "mngtmpaddr",
+    "nodad",      "autojoin",  "optimistic",   "secondary", "stable-privacy",
+    "temporary",  "tentative", "noprefixroute"};
+
+std::string IpLifetime(const Json& address, const std::string& member) {
+  const std::string seconds = MemberText(address, member);
+  return seconds == "4294967295" ? "-1" : seconds;
+}
+
+std::vector<Row> IpAddressRows() {
+  std::vector<Row> rows;
+  for (const Json& link : Entries(JsonWitness("ip -json address show"))) {
+    for (const Json& address : Entries(link.get_child("addr_info"))) {
+      std::vector<std::string> flags;
+      for (const std::string& flag : kAddressFlags) {
+        if (address.find(flag) != address.not_found()) {
+          flags.push_back(flag);
+        }
+      }
+      rows.push_back({{"Interface", MemberText(link, "ifname")},
+                      {"Family", MemberText(address, "family") == "inet" ? "4" : "6"},
+                      {"Address", MemberText(address, "local")},
+                      {"Prefix Length", MemberText(address, "prefixlen")},
+                      {"Peer", MemberText(address, "address")},
+                      {"Broadcast", MemberText(address, "broadcast")},
+                      {"Scope", MemberText(address, "scope")},
+                      {"Label", MemberText(address, "label")},
+                      {"Valid Seconds", IpLifetime(address, "valid_life_time")},
+                      {"Preferred Seconds", IpLifetime(address, "preferred_life_time")},
+                      {"Flags", Joined(Sorted(flags))}});
+    }
+  }
+  return rows;
+}
+
+std::vector<Row> WithSortedFlags(std::vector<Row> rows) {
+  for (Row& row : rows) {
+    std::vector<std::string> flags;
+    for (const std::string& word : WordsIn(row.at("Flags"))) {
+      flags.push_back(word.substr(0, word.find(',')));
+    }
+    row["Flags"] = Joined(Sorted(flags));
+  }
+  return rows;
+}
+
+void ExpectAddressesAsIpSays() {
+  const Agreement agreement =
+      Compare([] { return WithSortedFlags(CallRows("network address list")); }, IpAddressRows);
+  EXPECT_THAT(agreement.witness, Not(IsEmpty()));
+  EXPECT_EQ(agreement.command, agreement.witness);
+}
+
+TEST(NetworkAddressListTest, SaysWhatIpSays) { ExpectAddressesAsIpSays(); }
+
+TEST(NetworkAddressListTest, SaysWhatIpSaysOfANetworkOfOurOwn) {
+  IN_OWN_NETWORK([] {
+    MakeNetwork();
+    MakeAddresses();
+    ExpectAddressesAsIpSays();
+    EXPECT_THAT(CallColumn("network address list", "Peer", {{"interface", "bridge0"}}),
+                Contains("198.51.100.2"));
+    EXPECT_THAT(CallColumn("network address list", "Label", {{"interface", "inside"}}),
+                Contains("inside:one"));
+  });
+}
+
+TEST(NetworkAddressListTest, AnInterfaceShowsItsAddressesAsRecords) {
+  IN_OWN_NETWORK([] {
+    MakeNetwork();
+    MakeAddresses();
+    const auto record = CallHost("network interface get", {{"interface", "inside"}}).GetRecord();
+    const auto list = std::dynamic_pointer_cast<MetaObj::MetaList>(record->GetField("Addresses"));
+    ASSERT_NE(list, nullptr);
+    std::vector<Row> rows;
+    for (const auto& address : list->GetObjects()) {
+      rows.push_back(ToRow(dynamic_cast<const MetaStruct&>(*address)));
+    }
+    EXPECT_EQ(rows, CallRows("network address list", {{"interface", "inside"}}));
+  });
+}
+
+TEST(NetworkAddressListTest, FiltersChooseAmongTheAddresses) {
+  IN_OWN_NETWORK([] {
+    MakeNetwork();
+    MakeAddresses();
+    const auto all = CallRows("network address list");
+    const auto expect = [&all](const Parameters& parameters,
+                               const std::function<bool(const Row&)>& filter) {
+      const auto expected = Filter(all, filter);
+      EXPECT_THAT(expected, Not(IsEmpty()));
+      EXPECT_LT(expected.size(), all.size());
+      EXPECT_EQ(CallRows("network address list", parameters), expected);
+    };
+    expect({{"family", "4"}}, [](const Row& row) { return row.at("Family") == "4"; });
+    expect({{"f", "6"}}, [](const Row& row) { return row.at("Family") == "6"; });
+    expect({{"interface", "lo"}, {"interface", "inside"}}, [](const Row& row) {
+      return row.at("Interface") == "lo" || row.at("Interface") == "inside";
+    });
+    expect({{"scope", "host"}, {"scope", "site"}},
+           [](const Row& row) { return row.at("Scope") == "host" || row.at("Scope") == "site"; });
+    expect({{"prefix-length", "24"}},
+           [](const Row& row) { return row.at("Prefix Length") == "24"; });
+    expect({{"p", "128"}, {"f", "6"}},
+           [](const Row& row) { return row.at("Prefix Length") == "128"; });
+    EXPECT_THAT(CallRows("network address list", {{"prefix-length", "0"}}), IsEmpty());
+  });
+}
+
+TEST(NetworkAddressListTest, RefusesFamiliesScopesAndLengthsThatCannotBe) {
+  EXPECT_THAT(CallHost("network address list", {{"family", "5"}}).GetErrors(),
+              ElementsAre("Invalid data constraint for parameter 'family'. Expected a single value "
+                          "from the set [4, 6]"));
+  EXPECT_THAT(CallHost("network address list", {{"family", "ipv4"}}).GetErrors(),
+              ElementsAre("Invalid data 'ipv4' for parameter family expected type Integer"));
+  EXPECT_THAT(CallHost("network address list", {{"scope", "world"}}).GetErrors(),
+              ElementsAre("Invalid data constraint for parameter 'scope'. Expected a single value "
+                          "from the set [global, site, link, host] got 'world'"));
+  EXPECT_THAT(CallHost("network address list", {{"prefix-length", "129"}}).GetErrors(),
+              ElementsAre("Invalid data constraint for parameter 'prefix-length'. Expected integer "
+                          "in the range 0-128"));
+}
+
+// ---- network route list
+
+std::string TableNumber(const std::string& name) {
+  const std::map<std::string, std::string> numbers = {
+      {"", "254"}, {"main", "254"}, {"default", "253"}, {"local", "255"}};
+  const auto found = numbers.find(name);
+  return found == numbers.end() ? name : found->second;
+}
+
+std::string IpGateway(const Json& hop) {
+  return MemberText(hop, "gateway", hop.get<std::string>("via.host", ""));
+}
+
+std::vector<Row> IpNextHops(const Json& route) {
+  std::vector<Row> hops;
+  const auto list = route.find("nexthops");
+  if (list == route.not_found()) {
+    if (route.find("dev") != route.not_found() || !IpGateway(route).empty()) {
+      hops.push_back({{"Gateway", IpGateway(route)},
+                      {"Interface", MemberText(route, "dev")},
+                      {"Weight", "1"}});
+    }
+    return hops;
+  }
+  for (const Json& hop : Entries(list->second)) {
+    hops.push_back({{"Gateway", IpGateway(hop)},
+                    {"Interface", MemberText(hop, "dev")},
+                    {"Weight", MemberText(hop, "weight", "1")}});
+  }
+  return hops;
+}
+
+std::string TextOfHops(const std::vector<Row>& hops) {
+  std::string text;
+  for (const Row& hop : hops) {
+    text += hop.at("Gateway") + " " + hop.at("Interface") + " " + hop.at("Weight") + "; ";
+  }
+  return text;
+}
+
+Row IpRouteRow(const Json& route, bool isVersion6) {
+  const std::string destination = MemberText(route, "dst");
+  const std::string length = PrefixLength(isVersion6, destination);
+  const bool hasLength = destination == "default" || destination.find('/') != std::string::npos;
+  const auto hops = IpNextHops(route);
+  return {{"Destination", hasLength ? destination : destination + "/" + length},
+          {"Family", isVersion6 ? "6" : "4"},
+          {"Prefix Length", length},
+          {"Gateway", hops.empty() ? "" : hops.front().at("Gateway")},
+          {"Interface", hops.empty() ? "" : hops.front().at("Interface")},
+          {"Next Hops", TextOfHops(hops)},
+          {"Protocol", MemberText(route, "protocol")},
+          {"Scope", MemberText(route, "scope")},
+          {"Type", MemberText(route, "type")},
+          {"Source", MemberText(route, "prefsrc")},
+          {"Metric", MemberText(route, "metric", "0")},
+          {"Table", TableNumber(MemberText(route, "table"))}};
+}
+
+std::vector<Row> IpRouteRows() {
+  std::vector<Row> rows;
+  for (const bool isVersion6 : {false, true}) {
+    const std::string family = isVersion6 ? "-6" : "-4";
+    for (const Json& route :
+         Entries(JsonWitness("ip " + family + " -json -details route show table all"))) {
+      rows.push_back(IpRouteRow(route, isVersion6));
+    }
+  }
+  return rows;
+}
+
+std::vector<Row> RouteRows(const Parameters& parameters) {
+  std::vector<Row> rows;
+  for (const auto& record : CallHost("network route list", parameters).GetRecords()) {
+    Row row = ToRow(*record);
+    std::vector<Row> hops;
+    const auto list = std::dynamic_pointer_cast<MetaObj::MetaList>(record->GetField("Next Hops"));
+    for (const auto& hop : list->GetObjects()) {
+      hops.push_back(ToRow(dynamic_cast<const MetaStruct&>(*hop)));
+    }
+    row["Next Hops"] = TextOfHops(hops);
+    rows.push_back(row);
+  }
+  return rows;
+}
+
+std::vector<Row> SortedRows(std::vector<Row> rows) {
+  std::sort(rows.begin(), rows.end());
+  return rows;
+}
+
+void ExpectRoutesAsIpSays() {
+  const Agreement agreement = Compare(
+      [] {
+        return SortedRows(RouteRows({{"all", ""}}));
+      },
+      [] { return SortedRows(IpRouteRows()); });
+  EXPECT_EQ(agreement.command, agreement.witness);
+}
+
+TEST(NetworkRouteListTest, SaysWhatIpSays) { ExpectRoutesAsIpSays(); }
+
+TEST(NetworkRouteListTest, SaysWhatIpSaysOfANetworkOfOurOwn) {
+  IN_OWN_NETWORK([] {
+    MakeNetwork();
+    MakeAddresses();
+    MakeRoutes();
+    ExpectRoutesAsIpSays();
+    const auto destinations = CallColumn("network route list", "Destination");
+    EXPECT_THAT(destinations, Contains("default"));
+    EXPECT_THAT(destinations, Contains("10.2.0.0/16"));
+    EXPECT_THAT(destinations, Not(Contains("10.3.0.7/32")));
+  });
+}
+
+TEST(NetworkRouteListTest, FiltersChooseAmongTheRoutes) {
+  IN_OWN_NETWORK([] {
+    MakeNetwork();
+    MakeAddresses();
+    MakeRoutes();
+    const auto all = RouteRows({{"all", ""}});
+    const auto expect = [&all](const Parameters& parameters,
+                               const std::function<bool(const Row&)>& filter) {
+      const auto expected = Filter(all, filter);
+      EXPECT_THAT(expected, Not(IsEmpty()));
+      EXPECT_LT(expected.size(), all.size());
+      EXPECT_EQ(RouteRows(parameters), expected);
+    };
+    const auto isMain = [](const Row& row) { return row.at("Table") == "254"; };
+    expect({}, isMain);
+    expect({{"table", "1000"}}, [](const Row& row) { return row.at("Table") == "1000"; });
+    expect({{"t", "1000"}, {"t", "254"}},
+           [](const Row& row) { return row.at("Table") == "1000" || row.at("Table") == "254"; });
+    expect({{"family", "6"}},
+           [isMain](const Row& row) { return isMain(row) && row.at("Family") == "6"; });
+    // A route with several ways is found by each of its interfaces.
+    expect({{"interface", "bridge0"}}, [isMain](const Row& row) {
+      return isMain(row) && row.at("Next Hops").find(" bridge0 ") != std::string::npos;
+    });
+    EXPECT_THAT(RouteRows({{"interface", "none"}}), IsEmpty());
+  });
+}
+
+TEST(NetworkRouteListTest, RefusesTablesThatCannotBe) {
+  EXPECT_THAT(CallHost("network route list", {{"table", "0"}, {"table", "main"}}).GetErrors(),
+              ElementsAre("Invalid data constraint for parameter 'table'. Expected integer in the "
+                          "range 1-4294967295",
+                          "Invalid data 'main' for parameter table expected type Integer"));
+}
+
+// ---- network neighbor list
+
+std::string LowerCase(std::string text) {
+  for (char& letter : text) {
+    letter = static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
+  }
+  return text;
+}
+
+std::vector<Row> IpNeighborRows(const std::string& arguments) {
+  std::vector<Row> rows;
+  for (const Json& neighbor : Entries(JsonWitness("ip -json neighbor show " + arguments))) {
+    const std::string address = MemberText(neighbor, "dst");
+    const auto states = MemberTexts(neighbor, "state");
+    rows.push_back(
+        {{"Address", address},
+         {"Family", address.find(':') == std::string::npos ? "4" : "6"},
+         {"Interface", MemberText(neighbor, "dev")},
+         {"MAC Address", MemberText(neighbor, "lladdr")},
+         {"State", states.empty() ? "none" : LowerCase(states.front())},
+         {"Router", neighbor.find("router") == neighbor.not_found() ? "false" : "true"}});
+  }
+  return SortedRows(rows);
+}
+
+void ExpectNeighborsAsIpSays() {
+  const Agreement all = Compare(
+      [] {
+        return SortedRows(CallRows("network neighbor list", {{"all", ""}}));
+      },
+      [] { return IpNeighborRows("nud all"); });
+  EXPECT_EQ(all.command, all.witness);
+  const Agreement some = Compare([] { return SortedRows(CallRows("network neighbor list")); },
+                                 [] { return IpNeighborRows(""); });
+  EXPECT_EQ(some.command, some.witness);
+}
+
+TEST(NetworkNeighborListTest, SaysWhatIpSays) { ExpectNeighborsAsIpSays(); }
+
+TEST(NetworkNeighborListTest, SaysWhatIpSaysOfANetworkOfOurOwn) {
+  IN_OWN_NETWORK([] {
+    MakeNetwork();
+    MakeAddresses();
+    MakeNeighbors();
+    ExpectNeighborsAsIpSays();
+  });
+}
+
+TEST(NetworkNeighborListTest, FiltersChooseAmongTheNeighbors) {
+  IN_OWN_NETWORK([] {
+    MakeNetwork();
+    MakeAddresses();
+    MakeNeighbors();
+    const auto addresses = [](Parameters parameters) {
+      parameters.emplace_back("interface", "inside");
+      return Sorted(CallColumn("network neighbor list", "Address", parameters));
+    };
+    EXPECT_THAT(addresses({{"state", "permanent"}}), ElementsAre("192.0.2.77", "2001:db8::77"));
+    EXPECT_THAT(addresses({{"state", "permanent"}, {"family", "4"}}), ElementsAre("192.0.2.77"));
+    EXPECT_THAT(addresses({{"state", "noarp"}, {"f", "4"}}), Contains("192.0.2.78"));
+    EXPECT_THAT(addresses({{"s", "stale"}}), Contains("192.0.2.79"));
+    EXPECT_THAT(addresses({}), Not(Contains("192.0.2.78")));
+    EXPECT_THAT(addresses({{"all", ""}}), Contains("192.0.2.78"));
+    EXPECT_THAT(CallRows("network neighbor list", {{"interface", "none"}}), IsEmpty());
+  });
+}
+
+TEST(NetworkNeighborListTest, RefusesStatesThatCannotBe) {
+  EXPECT_THAT(CallHost("network neighbor list", {{"state", "REACHABLE"}}).GetErrors(),
+              ElementsAre("Invalid data constraint for parameter 'state'. Expected a single value "
+                          "from the set [none, incomplete, reachable, stale, delay, probe, failed, "
+                          "noarp, permanent] got 'REACHABLE'"));
+}
+
+// ---- where the kernel does not answer
+
+// Makes a system call with that first argument (any for -1) give this error, or for 0 do nothing.
+void Forbid(long call, long argument, unsigned error) {
+  const std::array<sock_filter, 7> program = {{
+      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<unsigned>(call), 0, 4),
+      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, args)),
+      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<unsigned>(argument), 0,
+               static_cast<unsigned char>(argument < 0 ? 0 : 1)),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | error),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+  }};
+  const sock_fprog filter = {program.size(), const_cast<sock_filter*>(program.data())};
+  ASSERT_EQ(::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), 0);
+  ASSERT_EQ(::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter), 0);
+}
+
+TEST(NetworkRefusalTest, WithoutTheRightToAskThereIsAMessage) {
+  const std::string refusal = RunInNamespaces(0, [] {
+    CallHost("network interface list");
+    Forbid(SYS_socket, AF_NETLINK, EPERM);
+    const std::map<std::string, std::string> things = {{"address", "network interfaces"},
+                                                       {"counter", "network interfaces"},
+                                                       {"interface", "network addresses"},
+                                                       {"neighbor", "network interfaces"},
+                                                       {"route", "network interfaces"}};
+    for (const auto& [object, thing] : things) {
+      const std::string path = "network " + object + " list";
+      EXPECT_THAT(CallHost(path).GetErrors(),
+                  ElementsAre("Error on command " + path + " : Unable to ask the kernel for its " +
+                              thing + ": Operation not permitted"));
+    }
+  });
+  EXPECT_EQ(refusal, "");
+}
+
+TEST(NetworkRefusalTest, AKernelThatKeepsSilentIsGivenUp) {
+  const std::string refusal = RunInNamespaces(0, [] {
+    Forbid(SYS_sendto, -1, 0);
+    EXPECT_THAT([] { Host::DumpNetlink(RTM_GETLINK, "wishes", std::chrono::milliseconds(100)); },
+                ThrowsMessage<KestrelException>(
+                    "Unable to ask the kernel for its wishes: Connection timed out"));
+  });
+  EXPECT_EQ(refusal, "");
+}
+
+TEST(NetworkRefusalTest, TheKernelsFoldersAreNotNeeded) {
+  const std::string refusal = RunInNamespaces(CLONE_NEWNS, [] {
+    const auto before = CallColumn("network interface list", "Name");
+    ASSERT_EQ(::mount("none", "/sys", "tmpfs", 0, nullptr), 0);
+    EXPECT_EQ(CallColumn("network interface list", "Name"), before);
+    EXPECT_EQ(CallColumn("network counter list", "Interface"), before);
+  });
+  if (!refusal.empty()) {
+    GTEST_SKIP() << refusal;
+  }
+}
+
+}  // namespace
+}  // namespace Kestrel::Testing

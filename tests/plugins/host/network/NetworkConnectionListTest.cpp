@@ -1,0 +1,406 @@
+#include <arpa/inet.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "plugins/host/HostCall.h"
+#include "plugins/host/Rows.h"
+#include "plugins/host/network/Namespaces.h"
+#include "support/ScopedTempDir.h"
+#include "support/Witness.h"
+
+// `network connection list` against ss and against sockets of our own.
+namespace Kestrel::Testing {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::UnorderedElementsAre;
+
+constexpr const char* kCommand = "network connection list";
+
+/// A socket that closes itself.
+class Socket {
+ public:
+  Socket(int family, int type) : number_(::socket(family, type, 0)) {
+    EXPECT_GE(number_, 0) << std::strerror(errno);
+  }
+  explicit Socket(int number) : number_(number) {}
+  Socket(const Socket&) = delete;
+  Socket& operator=(const Socket&) = delete;
+  ~Socket() { ::close(number_); }
+
+  int Get() const { return number_; }
+
+  std::string GetInode() const {
+    struct stat status = {};
+    EXPECT_EQ(::fstat(number_, &status), 0);
+    return std::to_string(status.st_ino);
+  }
+
+  Socket& Bind(const std::string& address, unsigned short port) {
+    Fill(address, port);
+    EXPECT_EQ(::bind(number_, &place_.any, size_), 0) << std::strerror(errno);
+    return *this;
+  }
+  Socket& BindPath(const std::string& path) {
+    sockaddr_un local = {};
+    local.sun_family = AF_UNIX;
+    path.copy(local.sun_path, sizeof(local.sun_path) - 1);
+    const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + path.size());
+    EXPECT_EQ(::bind(number_, reinterpret_cast<sockaddr*>(&local), size), 0)
+        << std::strerror(errno);
+    return *this;
+  }
+  Socket& Listen() {
+    EXPECT_EQ(::listen(number_, 5), 0);
+    return *this;
+  }
+  Socket& Connect(const std::string& address, unsigned short port) {
+    Fill(address, port);
+    EXPECT_EQ(::connect(number_, &place_.any, size_), 0) << std::strerror(errno);
+    return *this;
+  }
+  int Accept() const { return ::accept(number_, nullptr, nullptr); }
+
+ private:
+  void Fill(const std::string& address, unsigned short port) {
+    std::memset(&place_, 0, sizeof(place_));
+    if (address.find(':') == std::string::npos) {
+      place_.v4.sin_family = AF_INET;
+      place_.v4.sin_port = htons(port);
+      ::inet_pton(AF_INET, address.c_str(), &place_.v4.sin_addr);
+      size_ = sizeof(place_.v4);
+    } else {
+      place_.v6.sin6_family = AF_INET6;
+      place_.v6.sin6_port = htons(port);
+      ::inet_pton(AF_INET6, address.c_str(), &place_.v6.sin6_addr);
+      size_ = sizeof(place_.v6);
+    }
+  }
+
+  int number_;
+  socklen_t size_ = 0;
+  union {
+    sockaddr any;
+    sockaddr_in v4;
+    sockaddr_in6 v6;
+  } place_ = {};
+};
+
+Row RowOf(const std::string& inode, const Parameters& parameters) {
+  for (const Row& row : CallRows(kCommand, parameters)) {
+    if (row.at("Inode") == inode) {
+      return row;
+    }
+  }
+  ADD_FAILURE() << "No socket " << inode;
+  return {};
+}
+
+TEST(NetworkConnectionListTest, ListsBothEndsOfAConnection) {
+  const std::string refusal = RunInNamespaces(CLONE_NEWNET, [] {
+    Witness("ip link set lo up");
+    Socket listener(AF_INET, SOCK_STREAM);
+    listener.Bind("127.0.0.1", 8080).Listen();
+    Socket client(AF_INET, SOCK_STREAM);
+    client.Bind("127.0.0.2", 9090).Connect("127.0.0.1", 8080);
+    EXPECT_EQ(RowOf(listener.GetInode(), {}).at("Receive Queue"), "1");
+    const Socket server(listener.Accept());
+    ASSERT_EQ(::send(client.Get(), "hello", 5, 0), 5);
+
+    const std::string user = std::to_string(::getuid());
+    EXPECT_EQ(RowOf(listener.GetInode(), {}), (Row{{"Protocol", "tcp"},
+                                                   {"Type", "stream"},
+                                                   {"Family", "4"},
+                                                   {"State", "listen"},
+                                                   {"Local", "127.0.0.1:8080"},
+                                                   {"Local Address", "127.0.0.1"},
+                                                   {"Local Port", "8080"},
+                                                   {"Remote", "0.0.0.0:*"},
+                                                   {"Remote Address", "0.0.0.0"},
+                                                   {"Remote Port", "0"},
+                                                   {"Receive Queue", "0"},
+                                                   {"Send Queue", "0"},
+                                                   {"User Id", user},
+                                                   {"Inode", listener.GetInode()},
+                                                   {"Processes", ""}}));
+    EXPECT_EQ(RowOf(server.GetInode(), {{"processes", ""}}),
+              (Row{{"Protocol", "tcp"},
+                   {"Type", "stream"},
+                   {"Family", "4"},
+                   {"State", "established"},
+                   {"Local", "127.0.0.1:8080"},
+                   {"Local Address", "127.0.0.1"},
+                   {"Local Port", "8080"},
+                   {"Remote", "127.0.0.2:9090"},
+                   {"Remote Address", "127.0.0.2"},
+                   {"Remote Port", "9090"},
+                   {"Receive Queue", "5"},
+                   {"Send Queue", "0"},
+                   {"User Id", user},
+                   {"Inode", server.GetInode()},
+                   {"Processes", std::to_string(::getpid())}}));
+  });
+  if (!refusal.empty()) {
+    GTEST_SKIP() << refusal;
+  }
+}
+
+// ---- against ss
+
+// ss names the states by short words of its own.
+std::string StateName(const std::string& protocol, const std::string& word) {
+  const std::map<std::string, std::string> names = {
+      {"ESTAB", protocol == "unix" ? "connected" : "established"},
+      {"LISTEN", "listen"},
+      {"UNCONN", protocol == "tcp" ? "closed" : "unconnected"},
+      {"TIME-WAIT", "time-wait"},
+      {"CLOSE-WAIT", "close-wait"},
+      {"FIN-WAIT-2", "fin-wait-2"},
+      {"SYN-SENT", "syn-sent"}};
+  const auto found = names.find(word);
+  return found == names.end() ? word : found->second;
+}
+
+std::string Attribute(const std::vector<std::string>& words, const std::string& name) {
+  for (const std::string& word : words) {
+    if (word.rfind(name, 0) == 0) {
+      return word.substr(name.size());
+    }
+  }
+  return "0";
+}
+
+// The rows of ss -H -n -t -u -a -e; a listening socket's queues mean something else there.
+std::vector<Row> SsInternetRows() {
+  std::vector<Row> rows;
+  for (const std::string& line : WitnessLines("ss -H -O -n -t -u -a -e")) {
+    const std::vector<std::string> words = WordsIn(line);
+    const bool isListening = words.at(1) == "LISTEN";
+    // Any address of both families is a plain star there.
+    const auto end = [](const std::string& text) {
+      return text.rfind("*:", 0) == 0 ? "[::]" + text.substr(1) : text;
+    };
+    rows.push_back({{"Protocol", words.at(0)},
+                    {"State", StateName(words.at(0), words.at(1))},
+                    {"Receive Queue", isListening ? "" : words.at(2)},
+                    {"Send Queue", isListening ? "" : words.at(3)},
+                    {"Local", end(words.at(4))},
+                    {"Remote", end(words.at(5))},
+                    {"User Id", Attribute(words, "uid:")},
+                    {"Inode", Attribute(words, "ino:")}});
+  }
+  std::sort(rows.begin(), rows.end());
+  return rows;
+}
+
+std::vector<Row> ListedInternetRows() {
+  std::vector<Row> rows = OnlyFields(
+      CallRows(kCommand),
+      {"Protocol", "State", "Receive Queue", "Send Queue", "Local", "Remote", "User Id", "Inode"});
+  for (Row& row : rows) {
+    if (row.at("State") == "listen") {
+      row["Receive Queue"].clear();
+      row["Send Queue"].clear();
+    }
+  }
+  std::sort(rows.begin(), rows.end());
+  return rows;
+}
+
+TEST(NetworkConnectionListTest, SaysWhatSsSaysOfInternetSockets) {
+  const std::string refusal = RunInNamespaces(CLONE_NEWNET, [] {
+    Witness("ip link set lo up");
+    Socket four(AF_INET, SOCK_STREAM);
+    four.Bind("127.0.0.1", 1001).Listen();
+    Socket six(AF_INET6, SOCK_STREAM);
+    six.Bind("::1", 1002).Listen();
+    Socket both(AF_INET6, SOCK_STREAM);
+    both.Bind("::", 1003).Listen();
+    Socket mapped(AF_INET, SOCK_STREAM);
+    mapped.Connect("127.0.0.1", 1003);
+    const Socket mappedServer(both.Accept());
+    Socket client(AF_INET6, SOCK_STREAM);
+    client.Connect("::1", 1002);
+    const Socket server(six.Accept());
+    ASSERT_EQ(::send(client.Get(), "abc", 3, 0), 3);
+    ASSERT_EQ(::shutdown(server.Get(), SHUT_WR), 0);
+    Socket datagrams(AF_INET, SOCK_DGRAM);
+    datagrams.Bind("0.0.0.0", 1004);
+    Socket sender(AF_INET, SOCK_DGRAM);
+    sender.Connect("127.0.0.1", 1004);
+    Socket datagrams6(AF_INET6, SOCK_DGRAM);
+    datagrams6.Bind("::1", 1005);
+    {
+      Socket over(AF_INET, SOCK_STREAM);
+      over.Connect("127.0.0.1", 1001);
+    }
+    const Socket closed(four.Accept());
+
+    const Agreement agreement = Compare(ListedInternetRows, SsInternetRows);
+    EXPECT_EQ(agreement.witness.size(), 12u);
+    EXPECT_EQ(agreement.command, agreement.witness);
+  });
+  if (!refusal.empty()) {
+    GTEST_SKIP() << refusal;
+  }
+}
+
+TEST(NetworkConnectionListTest, ListsSocketsOfThisMachinesOwn) {
+  const ScopedTempDir folder;
+  const Parameters parameters = {{"protocol", "unix"}, {"processes", ""}};
+  Socket stream(AF_UNIX, SOCK_STREAM);
+  stream.BindPath(folder.GetPath("a blank\nand lines")).Listen();
+  Socket packets(AF_UNIX, SOCK_SEQPACKET);
+  packets.BindPath(std::string("\0hidden", 7));
+  int pair[2];
+  ASSERT_EQ(::socketpair(AF_UNIX, SOCK_DGRAM, 0, pair), 0);
+  const Socket one(pair[0]);
+  const Socket two(pair[1]);
+  const auto expected = [](const char* type, const char* state, const std::string& path,
+                           const Socket& socket) {
+    return Row{{"Protocol", "unix"},
+               {"Type", type},
+               {"Family", "0"},
+               {"State", state},
+               {"Local", path},
+               {"Local Address", ""},
+               {"Local Port", "0"},
+               {"Remote", ""},
+               {"Remote Address", ""},
+               {"Remote Port", "0"},
+               {"Receive Queue", "0"},
+               {"Send Queue", "0"},
+               {"User Id", "-1"},
+               {"Inode", socket.GetInode()},
+               {"Processes", std::to_string(::getpid())}};
+  };
+  EXPECT_EQ(RowOf(stream.GetInode(), parameters),
+            expected("stream", "listen", folder.GetPath("a blank\\x0aand lines"), stream));
+  EXPECT_EQ(RowOf(packets.GetInode(), parameters),
+            expected("seqpacket", "unconnected", "@hidden", packets));
+  EXPECT_EQ(RowOf(one.GetInode(), parameters), expected("datagram", "connected", "", one));
+  EXPECT_EQ(RowOf(two.GetInode(), parameters).at("State"), "connected");
+}
+
+std::vector<Row> SsLocalRows() {
+  std::vector<Row> rows;
+  const std::map<std::string, std::string> types = {
+      {"u_str", "stream"}, {"u_dgr", "datagram"}, {"u_seq", "seqpacket"}};
+  for (const std::string& line : WitnessLines("ss -H -O -n -x -a")) {
+    const std::vector<std::string> words = WordsIn(line);
+    rows.push_back({{"Inode", words.at(5)},
+                    {"Type", types.at(words.at(0))},
+                    {"State", StateName("unix", words.at(1))},
+                    {"Local", words.at(4) == "*" ? "" : words.at(4)}});
+  }
+  std::sort(rows.begin(), rows.end());
+  return rows;
+}
+
+TEST(NetworkConnectionListTest, SaysWhatSsSaysOfSocketsOfThisMachinesOwn) {
+  const std::string refusal = RunInNamespaces(CLONE_NEWNET, [] {
+    const ScopedTempDir folder;
+    Socket stream(AF_UNIX, SOCK_STREAM);
+    stream.BindPath(folder.GetPath("stream")).Listen();
+    Socket datagrams(AF_UNIX, SOCK_DGRAM);
+    datagrams.BindPath(folder.GetPath("datagrams"));
+    int pair[2];
+    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET, 0, pair), 0);
+    const Socket one(pair[0]);
+    const Socket two(pair[1]);
+    const Agreement agreement = Compare(
+        [] {
+          std::vector<Row> rows = OnlyFields(CallRows(kCommand, {{"protocol", "unix"}}),
+                                             {"Inode", "Type", "State", "Local"});
+          std::sort(rows.begin(), rows.end());
+          return rows;
+        },
+        SsLocalRows);
+    EXPECT_EQ(agreement.witness.size(), 4u);
+    EXPECT_EQ(agreement.command, agreement.witness);
+  });
+  if (!refusal.empty()) {
+    GTEST_SKIP() << refusal;
+  }
+}
+
+TEST(NetworkConnectionListTest, FiltersChooseAmongTheSockets) {
+  const std::string refusal = RunInNamespaces(CLONE_NEWNET, [] {
+    Witness("ip link set lo up");
+    Socket four(AF_INET, SOCK_STREAM);
+    four.Bind("127.0.0.1", 1001).Listen();
+    Socket six(AF_INET6, SOCK_DGRAM);
+    six.Bind("::1", 1002);
+    Socket client(AF_INET, SOCK_STREAM);
+    client.Bind("127.0.0.1", 1003).Connect("127.0.0.1", 1001);
+    Socket local(AF_UNIX, SOCK_STREAM);
+    local.BindPath(std::string("\0mine", 5));
+    const Socket server(four.Accept());
+    const auto ends = [](const Parameters& parameters) {
+      return CallColumn(kCommand, "Local", parameters);
+    };
+    const std::string listening = "127.0.0.1:1001";
+    EXPECT_THAT(ends({}),
+                UnorderedElementsAre(listening, listening, "127.0.0.1:1003", "[::1]:1002"));
+    EXPECT_THAT(ends({{"protocol", "udp"}}), ElementsAre("[::1]:1002"));
+    EXPECT_THAT(ends({{"p", "unix"}, {"p", "udp"}}), UnorderedElementsAre("[::1]:1002", "@mine"));
+    EXPECT_THAT(ends({{"all", ""}}), UnorderedElementsAre(listening, listening, "127.0.0.1:1003",
+                                                          "[::1]:1002", "@mine"));
+    EXPECT_THAT(ends({{"family", "6"}}), ElementsAre("[::1]:1002"));
+    EXPECT_THAT(ends({{"state", "listen"}}), ElementsAre(listening));
+    EXPECT_THAT(ends({{"s", "listen"}, {"s", "unconnected"}}),
+                UnorderedElementsAre(listening, "[::1]:1002"));
+    EXPECT_THAT(ends({{"port", "1003"}}), UnorderedElementsAre(listening, "127.0.0.1:1003"));
+    EXPECT_THAT(ends({{"P", "1002"}, {"P", "1003"}}),
+                UnorderedElementsAre(listening, "127.0.0.1:1003", "[::1]:1002"));
+    EXPECT_THAT(ends({{"port", "9"}}), IsEmpty());
+  });
+  if (!refusal.empty()) {
+    GTEST_SKIP() << refusal;
+  }
+}
+
+TEST(NetworkConnectionListTest, WithoutTheKernelsTablesThereIsAMessage) {
+  const std::string refusal = RunInNamespaces(CLONE_NEWNS, [] {
+    CallHost(kCommand);  // loads the plug-in while /proc is there
+    ASSERT_EQ(::mount("none", "/proc", "tmpfs", 0, nullptr), 0);
+    EXPECT_THAT(CallHost(kCommand).GetErrors(),
+                ElementsAre("Error on command network connection list : Unable to read any table "
+                            "of connections in /proc/net"));
+  });
+  if (!refusal.empty()) {
+    GTEST_SKIP() << refusal;
+  }
+}
+
+TEST(NetworkConnectionListTest, RefusesPortsProtocolsAndStatesThatCannotBe) {
+  EXPECT_THAT(CallHost(kCommand, {{"port", "0"}, {"port", "65536"}}).GetErrors(),
+              ElementsAre("Invalid data constraint for parameter 'port'. Expected integer in the "
+                          "range 1-65535",
+                          "Invalid data constraint for parameter 'port'. Expected integer in the "
+                          "range 1-65535"));
+  EXPECT_THAT(CallHost(kCommand, {{"protocol", "icmp"}}).GetErrors(),
+              ElementsAre("Invalid data constraint for parameter 'protocol'. Expected a single "
+                          "value from the set [tcp, udp, unix] got 'icmp'"));
+  EXPECT_THAT(
+      CallHost(kCommand, {{"state", "open"}}).GetErrors(),
+      ElementsAre("Invalid data constraint for parameter 'state'. Expected a single value from the "
+                  "set [listen, established, unconnected, connected, connecting, disconnecting, "
+                  "syn-sent, syn-received, fin-wait-1, fin-wait-2, close-wait, last-ack, closing, "
+                  "time-wait, closed] got 'open'"));
+}
+
+}  // namespace
+}  // namespace Kestrel::Testing

@@ -1,0 +1,157 @@
+#include "plugins/host/system/KernelModules.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "kestrel/KestrelException.h"
+#include "support/ScopedTempDir.h"
+#include "support/Witness.h"
+
+namespace Kestrel::Host {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using Testing::ScopedTempDir;
+using ::testing::ThrowsMessage;
+using Testing::WordsIn;
+
+constexpr char kModules[] =
+    "snd_timer 49152 2 snd_seq,snd_pcm, Live 0x0000000000000000\n"
+    "loop 40960 0 - Live 0x0000000000000000 (OE)\n"
+    "broken\n"
+    "odd x 0 - Live 0x0\n"
+    "fixed 8192 1 [permanent], Live 0x0000000000000000\n"
+    "kept 4096 - - Loading 0x0000000000000000\n";
+
+TEST(KernelModulesTest, ReadsModules) {
+  const auto modules = ParseModules(kModules);
+  ASSERT_EQ(modules.size(), 4u);
+  EXPECT_EQ(modules[0].name, "snd_timer");
+  EXPECT_EQ(modules[0].size, 49152);
+  EXPECT_EQ(modules[0].references, 2);
+  EXPECT_THAT(modules[0].users, ElementsAre("snd_seq", "snd_pcm"));
+  EXPECT_EQ(modules[0].state, "Live");
+  EXPECT_EQ(modules[1].references, 0);
+  EXPECT_THAT(modules[1].users, IsEmpty());
+  EXPECT_THAT(modules[2].users, IsEmpty());
+  EXPECT_EQ(modules[3].references, -1);
+  EXPECT_EQ(modules[3].state, "Loading");
+}
+
+TEST(KernelModulesTest, ListsModulesByName) {
+  const ScopedTempDir proc;
+  proc.Write("modules", kModules);
+  std::vector<std::string> names;
+  for (const KernelModule& module : ReadModules(proc.GetPath())) {
+    names.push_back(module.name);
+  }
+  EXPECT_THAT(names, ElementsAre("fixed", "kept", "loop", "snd_timer"));
+}
+
+// One line for each module: name, size, references and its users in order.
+std::vector<std::string> LinesOf(const std::vector<KernelModule>& modules) {
+  std::vector<std::string> lines;
+  for (const KernelModule& module : modules) {
+    std::vector<std::string> users = module.users;
+    std::sort(users.begin(), users.end());
+    std::string line =
+        module.name + " " + std::to_string(module.size) + " " + std::to_string(module.references);
+    for (std::size_t i = 0; i < users.size(); ++i) {
+      line += (i == 0 ? " " : ",") + users[i];
+    }
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+std::vector<std::string> LinesOfLsmod(const std::string& command) {
+  std::vector<std::string> lines;
+  for (const std::string& line : Testing::WitnessLines(command)) {
+    std::string joined;
+    for (const std::string& word : WordsIn(line)) {
+      joined += (joined.empty() ? "" : " ") + word;
+    }
+    lines.push_back(joined);
+  }
+  lines.erase(lines.begin());  // the headings
+  std::sort(lines.begin(), lines.end());
+  return lines;
+}
+
+TEST(KernelModulesTest, AgreesWithLsmodAboutThisMachine) {
+  if (::access("/proc/modules", R_OK) != 0) {
+    EXPECT_THAT(ReadModules("/proc"), IsEmpty());
+    return;
+  }
+  EXPECT_EQ(LinesOf(ReadModules("/proc")), LinesOfLsmod("lsmod"));
+}
+
+// A machine whose kernel has modules, made up in a place of its own.
+constexpr char kLsmodElsewhere[] = R"(unshare --mount sh -ec '
+  modules=$(cat "$0")
+  mount -t tmpfs none /sys
+  add() {
+    name=$1
+    mkdir -p "/sys/module/$name/holders"
+    echo "$2" >"/sys/module/$name/refcnt"
+    shift 2
+    for holder; do mkdir "/sys/module/$name/holders/$holder"; done
+  }
+  add snd_timer 2 snd_seq snd_pcm
+  add loop 0
+  add snd_pcm 0
+  add snd_seq 1
+  mount -t tmpfs none /proc
+  echo "$modules" >/proc/modules
+  lsmod' )";
+
+TEST(KernelModulesTest, AgreesWithLsmodAboutAMadeUpMachine) {
+  if (::system("unshare --mount true 2>/dev/null") != 0) {
+    GTEST_SKIP() << "a machine can be made up by root alone";
+  }
+  const ScopedTempDir proc;
+  const std::string path = proc.Write("modules",
+                                      "snd_timer 49152 2 snd_seq,snd_pcm, Live 0x0\n"
+                                      "loop 40960 0 - Live 0x0\n"
+                                      "snd_pcm 8192 0 - Live 0x0\n"
+                                      "snd_seq 12288 1 - Live 0x0\n");
+  EXPECT_EQ(LinesOf(ReadModules(proc.GetPath())), LinesOfLsmod(kLsmodElsewhere + path));
+}
+
+TEST(KernelModulesTest, ListsNoneWhereThereCanBeNone) {
+  const ScopedTempDir proc;
+  proc.Write("version", "a kernel without loadable modules");
+  EXPECT_THAT(ReadModules(proc.GetPath()), IsEmpty());
+}
+
+TEST(KernelModulesTest, HiddenModulesAreNotTakenForNone) {
+  const ScopedTempDir proc;
+  EXPECT_THAT(
+      [&proc] { ReadModules(proc.GetPath()); },
+      ThrowsMessage<KestrelException>("Unable to read " + proc.GetPath() + ": nothing is there"));
+  EXPECT_THAT([] { ReadModules("/nowhere"); },
+              ThrowsMessage<KestrelException>("Unable to read /nowhere: nothing is there"));
+}
+
+TEST(KernelModulesTest, FindsModulesThatAreLoadedOrPartOfTheKernel) {
+  const ScopedTempDir root;
+  root.Write("proc/modules", kModules);
+  root.MakeDirectory("sys/module/built_in");
+  root.Write("sys/module/file", "");
+  const auto has = [&root](const char* name) {
+    return HasModule(root.GetPath("proc"), root.GetPath("sys"), name);
+  };
+  EXPECT_TRUE(has("snd_timer"));
+  EXPECT_TRUE(has("snd-timer"));
+  EXPECT_TRUE(has("built-in"));
+  EXPECT_FALSE(has("snd"));
+  EXPECT_FALSE(has("file"));
+}
+
+}  // namespace
+}  // namespace Kestrel::Host

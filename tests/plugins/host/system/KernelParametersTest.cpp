@@ -1,0 +1,169 @@
+#include "plugins/host/system/KernelParameters.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "kestrel/KestrelException.h"
+#include "plugins/host/PlainUser.h"
+#include "support/ScopedTempDir.h"
+
+namespace Kestrel::Host {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using Testing::PlainUser;
+using Testing::ScopedTempDir;
+using ::testing::ThrowsMessage;
+
+class KernelParametersTest : public ::testing::Test {
+ protected:
+  KernelParametersTest() {
+    proc_.Write("sys/vm/swappiness", "60\n");
+    proc_.Write("sys/vm/overcommit_memory", "0\n");
+    proc_.Write("sys/vmx/other", "1\n");
+    proc_.Write("sys/net/ipv4/conf/eth0.1/mtu", "1500\n");
+    proc_.Write("sys/net/ipv4/tcp_mem", "1\t2\t3\n");
+    ::chmod(proc_.GetPath("sys/vm/overcommit_memory").c_str(), 0444);
+    proc_.Write("sys/vm/drop_caches", "");
+    ::chmod(proc_.GetPath("sys/vm/drop_caches").c_str(), 0200);
+  }
+
+  std::vector<std::string> NamesUnder(const std::string& prefix) const {
+    std::vector<std::string> names;
+    for (const KernelParameter& parameter : ReadParameters(proc_.GetPath(), prefix)) {
+      names.push_back(parameter.name);
+    }
+    return names;
+  }
+
+  ScopedTempDir proc_;
+};
+
+TEST_F(KernelParametersTest, ListsThoseThatMayBeReadByName) {
+  EXPECT_THAT(NamesUnder(""), ElementsAre("net.ipv4.conf.eth0/1.mtu", "net.ipv4.tcp_mem",
+                                          "vm.overcommit_memory", "vm.swappiness", "vmx.other"));
+}
+
+TEST_F(KernelParametersTest, ListsWholePartsOfANameOnly) {
+  EXPECT_THAT(NamesUnder("vm"), ElementsAre("vm.overcommit_memory", "vm.swappiness"));
+  EXPECT_THAT(NamesUnder("vm.swappiness"), ElementsAre("vm.swappiness"));
+  EXPECT_THAT(NamesUnder("net/ipv4/conf/eth0.1"), ElementsAre("net.ipv4.conf.eth0/1.mtu"));
+  EXPECT_THAT(NamesUnder("net.ipv4.conf.eth0/1"), ElementsAre("net.ipv4.conf.eth0/1.mtu"));
+  EXPECT_THAT(NamesUnder("v"), IsEmpty());
+  EXPECT_THAT(NamesUnder("vm.swappiness.more"), IsEmpty());
+}
+
+TEST_F(KernelParametersTest, TellsValueAndWhetherItCanBeChanged) {
+  const auto parameters = ReadParameters(proc_.GetPath(), "vm");
+  ASSERT_EQ(parameters.size(), 2u);
+  EXPECT_EQ(parameters[0].value, "0");
+  EXPECT_FALSE(parameters[0].isWritable);
+  EXPECT_EQ(parameters[1].value, "60");
+  EXPECT_TRUE(parameters[1].isWritable);
+}
+
+TEST_F(KernelParametersTest, EndsWhereALinkLeadsBack) {
+  ASSERT_EQ(::symlink("..", proc_.GetPath("sys/vm/loop").c_str()), 0);
+  EXPECT_EQ(NamesUnder("").size(), 5u);
+}
+
+TEST_F(KernelParametersTest, ListsNothingUnderANameThatIsNoGroup) {
+  EXPECT_THAT(ReadParameters(proc_.GetPath(), "nowhere"), IsEmpty());
+}
+
+TEST(HiddenKernelParametersTest, AreNotTakenForNone) {
+  const ScopedTempDir proc;
+  const auto read = [&proc] { ReadParameters(proc.GetPath(), ""); };
+  const std::string message = "Unable to read " + proc.GetPath("sys") + ": nothing is there";
+  EXPECT_THAT(read, ThrowsMessage<KestrelException>(message));
+  proc.MakeDirectory("sys");
+  EXPECT_THAT(read, ThrowsMessage<KestrelException>(message));
+}
+
+TEST_F(KernelParametersTest, ReadsByEitherSpelling) {
+  EXPECT_EQ(ReadParameter(proc_.GetPath(), "vm.swappiness"), "60");
+  EXPECT_EQ(ReadParameter(proc_.GetPath(), "vm/swappiness"), "60");
+  EXPECT_EQ(ReadParameter(proc_.GetPath(), "net.ipv4.conf.eth0/1.mtu"), "1500");
+  EXPECT_EQ(ReadParameter(proc_.GetPath(), "net/ipv4/conf/eth0.1/mtu"), "1500");
+  EXPECT_EQ(ReadParameter(proc_.GetPath(), "net.ipv4.tcp_mem"), "1\t2\t3");
+}
+
+TEST_F(KernelParametersTest, SaysWhyAParameterCannotBeRead) {
+  const std::string proc = proc_.GetPath();
+  EXPECT_THAT([&] { ReadParameter(proc, "vm.nope"); },
+              ThrowsMessage<KestrelException>("There is no parameter 'vm.nope'"));
+  EXPECT_THAT([&] { ReadParameter(proc, "vm.swappiness.more"); },
+              ThrowsMessage<KestrelException>("There is no parameter 'vm.swappiness.more'"));
+  EXPECT_THAT([&] { ReadParameter(proc, "vm"); },
+              ThrowsMessage<KestrelException>("'vm' is a group of parameters"));
+}
+
+TEST_F(KernelParametersTest, NeverLeavesTheFolderOfParameters) {
+  proc_.Write("secret", "s\n");
+  const std::string proc = proc_.GetPath();
+  for (const std::string name : {"../secret", "vm/../../secret", "vm/../swappiness", "/secret", "",
+                                 "vm//swappiness", "./vm/swappiness", "///secret"}) {
+    EXPECT_THAT([&] { ReadParameter(proc, name); },
+                ThrowsMessage<KestrelException>("There is no parameter '" + name + "'"));
+    EXPECT_THAT([&] { WriteParameter(proc, name, "x"); },
+                ThrowsMessage<KestrelException>("There is no parameter '" + name + "'"));
+  }
+  EXPECT_EQ(proc_.Read("secret"), "s\n");
+}
+
+TEST_F(KernelParametersTest, WritesTheValueAsOneLine) {
+  WriteParameter(proc_.GetPath(), "vm.swappiness", "10");
+  EXPECT_EQ(proc_.Read("sys/vm/swappiness"), "10\n");
+  WriteParameter(proc_.GetPath(), "net/ipv4/tcp_mem", "4 5 6");
+  EXPECT_EQ(proc_.Read("sys/net/ipv4/tcp_mem"), "4 5 6\n");
+}
+
+TEST_F(KernelParametersTest, WritesNothingNew) {
+  const std::string proc = proc_.GetPath();
+  EXPECT_THAT([&] { WriteParameter(proc, "vm.nope", "1"); },
+              ThrowsMessage<KestrelException>("There is no parameter 'vm.nope'"));
+  EXPECT_NE(::access(proc_.GetPath("sys/vm/nope").c_str(), F_OK), 0);
+  EXPECT_THAT([&] { WriteParameter(proc, "vm", "1"); },
+              ThrowsMessage<KestrelException>("'vm' is a group of parameters"));
+}
+
+TEST_F(KernelParametersTest, NeedsTheRightToReadAndToChange) {
+  ::chmod(proc_.GetPath().c_str(), 0755);
+  const std::string proc = proc_.GetPath();
+  const PlainUser user;
+  EXPECT_THAT([&] { ReadParameter(proc, "vm.drop_caches"); },
+              ThrowsMessage<KestrelException>(
+                  "You do not have the right to read the parameter 'vm.drop_caches'"));
+  EXPECT_THAT([&] { WriteParameter(proc, "vm.overcommit_memory", "1"); },
+              ThrowsMessage<KestrelException>(
+                  "You do not have the right to change the parameter 'vm.overcommit_memory'; only "
+                  "root does, and some parameters nobody may change"));
+}
+
+// The file of a full device stands for a kernel that takes no byte.
+TEST_F(KernelParametersTest, PassesOnWhatTheKernelSays) {
+  ASSERT_EQ(::symlink("/dev/full", proc_.GetPath("sys/full").c_str()), 0);
+  EXPECT_THAT([this] { WriteParameter(proc_.GetPath(), "full", "1"); },
+              ThrowsMessage<KestrelException>(
+                  "Unable to change the parameter 'full': No space left on device"));
+}
+
+TEST_F(KernelParametersTest, RepeatsAValueThatTheKernelRefuses) {
+  if (::access("/proc/sys/vm/swappiness", W_OK) != 0) {
+    GTEST_SKIP() << "nobody may change a parameter here";
+  }
+  EXPECT_THAT([] { WriteParameter("/proc", "vm.swappiness", "many"); },
+              ThrowsMessage<KestrelException>("The kernel refuses the value 'many' for the "
+                                              "parameter 'vm.swappiness': Invalid argument"));
+}
+
+TEST(KernelParameterTextTest, PutsAValueOnOneLine) {
+  EXPECT_EQ(OnOneLine("1\t2\n3"), "1 2 3");
+  EXPECT_EQ(OnOneLine(""), "");
+}
+
+}  // namespace
+}  // namespace Kestrel::Host

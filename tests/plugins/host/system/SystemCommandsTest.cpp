@@ -1,0 +1,785 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <string>
+
+#include "plugins/host/HostCall.h"
+#include "plugins/host/PlainUser.h"
+#include "support/ScopedTempDir.h"
+#include "support/Witness.h"
+
+// The commands below "system" against what other programs say of the same machine. What changes
+// between two looks is bracketed: a witness before and one after.
+namespace Kestrel::Testing {
+namespace {
+
+using MetaObj::MetaStruct;
+using ::testing::AllOf;
+using ::testing::AnyOf;
+using ::testing::Contains;
+using ::testing::Each;
+using ::testing::ElementsAre;
+using ::testing::Ge;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Le;
+using ::testing::Not;
+using Record = std::shared_ptr<MetaStruct>;
+
+std::string WitnessLine(const std::string& command) {
+  std::string text = Witness(command);
+  while (!text.empty() && text.back() == '\n') {
+    text.pop_back();
+  }
+  return text;
+}
+
+long WitnessNumber(const std::string& command) { return std::stol(WitnessLine(command)); }
+
+// Between both, with room for what the witness rounds.
+void ExpectBetween(long value, long before, long after, long room, const std::string& what) {
+  EXPECT_GE(value, std::min(before, after) - room) << what;
+  EXPECT_LE(value, std::max(before, after) + room) << what;
+}
+
+// Figures of the machine.
+
+TEST(SystemVersionGetTest, AgreesWithUname) {
+  const Record record = CallHost("system version get").GetRecord();
+  EXPECT_EQ(TextOf(record, "Host Name"), WitnessLine("uname -n"));
+  EXPECT_EQ(TextOf(record, "Kernel"), WitnessLine("uname -s"));
+  EXPECT_EQ(TextOf(record, "Release"), WitnessLine("uname -r"));
+  EXPECT_EQ(TextOf(record, "Build"), WitnessLine("uname -v"));
+  EXPECT_EQ(TextOf(record, "Architecture"), WitnessLine("uname -m"));
+  EXPECT_EQ(TextOf(record, "Distribution"), WitnessLine(". /etc/os-release; echo $PRETTY_NAME"));
+}
+
+TEST(SystemUptimeGetTest, AgreesWithUptime) {
+  const char* const seconds = "cut -d. -f1 /proc/uptime";
+  const char* const idle = "cut -d' ' -f2 /proc/uptime | cut -d. -f1";
+  const long before = WitnessNumber(seconds);
+  const long idleBefore = WitnessNumber(idle);
+  const Record record = CallHost("system uptime get").GetRecord();
+  ExpectBetween(NumberOf(record, "Seconds"), before, WitnessNumber(seconds), 0, "Seconds");
+  ExpectBetween(NumberOf(record, "Idle Seconds"), idleBefore, WitnessNumber(idle), 0, "Idle");
+  // Both compute the start, from clocks that may differ by a part of a second.
+  const long started = WitnessNumber("date -d \"$(uptime -s)\" +%s");
+  const long own = WitnessNumber("date -d '" + TextOf(record, "Started") + "' +%s");
+  ExpectBetween(own, started, started, 1, "Started");
+}
+
+TEST(SystemUptimeGetTest, WritesTheSameTimeTwice) {
+  const Record record = CallHost("system uptime get").GetRecord();
+  const long seconds = NumberOf(record, "Seconds");
+  const std::string expected =
+      WitnessLine("s=" + std::to_string(seconds) +
+                  "; [ $s -lt 86400 ] || printf '%d-' $((s / 86400)); "
+                  "printf '%02d:%02d:%02d' $((s % 86400 / 3600)) $((s % 3600 / 60)) $((s % 60))");
+  EXPECT_EQ(TextOf(record, "Up"), expected);
+}
+
+TEST(SystemLoadGetTest, IsOneOfTheLoadsAroundIt) {
+  const auto before = WordsIn(Witness("cat /proc/loadavg"));
+  const Record record = CallHost("system load get").GetRecord();
+  const auto after = WordsIn(Witness("cat /proc/loadavg"));
+  EXPECT_THAT(TextOf(record, "One Minute"), AnyOf(before[0], after[0]));
+  EXPECT_THAT(TextOf(record, "Five Minutes"), AnyOf(before[1], after[1]));
+  EXPECT_THAT(TextOf(record, "Fifteen Minutes"), AnyOf(before[2], after[2]));
+  EXPECT_GE(NumberOf(record, "Running"), 1);
+  // Others start and end tasks meanwhile.
+  const auto tasks = [](const std::string& word) {
+    return std::stol(word.substr(word.find('/') + 1));
+  };
+  ExpectBetween(NumberOf(record, "Tasks"), tasks(before[3]), tasks(after[3]), 200, "Tasks");
+}
+
+TEST(SystemLoadGetTest, AgreesWithUptime) {
+  // The kernel counts anew every five seconds; a second try falls within one such span.
+  for (int attempt = 0;; ++attempt) {
+    const Record record = CallHost("system load get").GetRecord();
+    const std::string own = TextOf(record, "One Minute") + ", " + TextOf(record, "Five Minutes") +
+                            ", " + TextOf(record, "Fifteen Minutes");
+    const std::string other = WitnessLine("uptime | sed 's/.*average: //'");
+    if (own == other || attempt == 3) {
+      EXPECT_EQ(own, other);
+      return;
+    }
+  }
+}
+
+TEST(SystemMemoryGetTest, AgreesWithFree) {
+  const auto look = [] {
+    std::map<std::string, long> figures;
+    const auto lines = WitnessLines("free --kibi --wide");
+    const auto physical = WordsIn(lines[1]);
+    const char* const names[] = {"Total",   "Used",   "Free",     "Shared",
+                                 "Buffers", "Cached", "Available"};
+    for (std::size_t i = 0; i < 7; ++i) {
+      figures[names[i]] = std::stol(physical[i + 1]);
+    }
+    const auto swap = WordsIn(lines[2]);
+    figures["Swap Total"] = std::stol(swap[1]);
+    figures["Swap Used"] = std::stol(swap[2]);
+    figures["Swap Free"] = std::stol(swap[3]);
+    return figures;
+  };
+  const auto before = look();
+  const Record record = CallHost("system memory get").GetRecord();
+  const auto after = look();
+  const auto physical = std::dynamic_pointer_cast<MetaStruct>(record->GetField("Physical"));
+  const auto swap = std::dynamic_pointer_cast<MetaStruct>(record->GetField("Swap"));
+  // Others take and give memory between the looks: up to 512 MiB are theirs.
+  constexpr long kRoom = 512 * 1024;
+  EXPECT_EQ(NumberOf(physical, "Total"), before.at("Total"));
+  for (const char* const name : {"Used", "Free", "Shared", "Buffers", "Cached", "Available"}) {
+    ExpectBetween(NumberOf(physical, name), before.at(name), after.at(name), kRoom, name);
+  }
+  EXPECT_EQ(NumberOf(physical, "Used"),
+            NumberOf(physical, "Total") - NumberOf(physical, "Available"));
+  EXPECT_EQ(NumberOf(swap, "Total"), before.at("Swap Total"));
+  ExpectBetween(NumberOf(swap, "Used"), before.at("Swap Used"), after.at("Swap Used"), kRoom,
+                "Used");
+  ExpectBetween(NumberOf(swap, "Free"), before.at("Swap Free"), after.at("Swap Free"), kRoom,
+                "Free");
+}
+
+TEST(SystemMemoryGetTest, PrintsFiguresWithUnits) {
+  const std::string text = PrintHost("system memory get", {}, 80);
+  EXPECT_THAT(text, HasSubstr("SystemMemory:\n   Physical: \n         Total    : "));
+  EXPECT_THAT(text, HasSubstr(" KiB\n"));
+}
+
+// Processors.
+
+TEST(SystemCpuListTest, AgreesWithLscpu) {
+  std::vector<std::string> expected;
+  for (const std::string& line :
+       WitnessLines("lscpu --all --parse=CPU,ONLINE,NODE,SOCKET,CORE | grep -v '^#'")) {
+    expected.push_back(line);
+  }
+  std::vector<std::string> found;
+  for (const Record& record : CallHost("system cpu list").GetRecords()) {
+    const auto known = [&record](const char* field) {
+      const long number = NumberOf(record, field);
+      return number < 0 ? std::string() : std::to_string(number);
+    };
+    found.push_back(TextOf(record, "Number") + "," +
+                    (TextOf(record, "Online") == "true" ? "Y" : "N") + "," + known("Node") + "," +
+                    known("Socket") + "," + known("Core"));
+  }
+  EXPECT_EQ(found, expected);
+}
+
+TEST(SystemCpuListTest, AgreesWithLscpuAboutTheModel) {
+  const auto value = [](const std::string& name) {
+    return WitnessLine("lscpu | sed -n 's/^" + name + ": *//p' | head -1");
+  };
+  for (const Record& record : CallHost("system cpu list").GetRecords()) {
+    EXPECT_EQ(TextOf(record, "Model"), value("Model name"));
+    EXPECT_EQ(TextOf(record, "Vendor"), value("Vendor ID"));
+  }
+}
+
+TEST(SystemCpuListTest, AgreesWithLscpuAboutSiblings) {
+  // The processors of each core of each socket.
+  std::map<std::string, std::string> siblings;
+  std::map<std::string, std::string> cores;
+  for (const std::string& line :
+       WitnessLines("lscpu --online --parse=CPU,CORE,SOCKET | grep -v '^#'")) {
+    const std::string cpu = line.substr(0, line.find(','));
+    const std::string core = line.substr(line.find(','));
+    cores[cpu] = core;
+    siblings[core] += (siblings[core].empty() ? "" : ", ") + cpu;
+  }
+  for (const Record& record : CallHost("system cpu list", {{"online", "true"}}).GetRecords()) {
+    EXPECT_EQ(TextOf(record, "Siblings"), siblings[cores[TextOf(record, "Number")]]);
+  }
+}
+
+TEST(SystemCpuListTest, IsAsFastAsTheKernelSays) {
+  const std::string look = "sed -n 's/^cpu MHz[^0-9]*\\([0-9]*\\).*/\\1/p' /proc/cpuinfo";
+  const auto before = WitnessLines(look);
+  const auto records = CallHost("system cpu list", {{"online", "true"}}).GetRecords();
+  const auto after = WitnessLines(look);
+  if (before.empty()) {
+    EXPECT_THAT(FieldOf(records, "Frequency"), Each("-1")) << "not every kernel tells";
+    return;
+  }
+  ASSERT_EQ(records.size(), before.size());
+  for (std::size_t i = 0; i < records.size(); ++i) {
+    // It may have been another one between the looks, within what processors can do.
+    ExpectBetween(NumberOf(records[i], "Frequency"), std::stol(before[i]), std::stol(after[i]),
+                  before[i] == after[i] ? 1 : 1000, "Frequency");
+  }
+}
+
+TEST(SystemCpuListTest, FiltersByNumberAndState) {
+  const auto numbers = [](const Parameters& parameters) {
+    return FieldOf(CallHost("system cpu list", parameters).GetRecords(), "Number");
+  };
+  EXPECT_THAT(numbers({{"number", "0"}}), ElementsAre("0"));
+  EXPECT_THAT(numbers({{"number", "65535"}}), IsEmpty());
+  EXPECT_EQ(numbers({{"online", "yes"}, {"online", "no"}}), numbers({}));
+  EXPECT_EQ(numbers({{"online", "true"}}).size(),
+            static_cast<std::size_t>(WitnessNumber("nproc --all")));
+  EXPECT_THAT(numbers({{"number", "0"}, {"online", "f"}}), IsEmpty());
+}
+
+TEST(SystemCpuListTest, RefusesOtherValues) {
+  EXPECT_THAT(CallHost("system cpu list", {{"number", "-1"}}).GetErrors(),
+              ElementsAre("Invalid data constraint for parameter 'number'. Expected integer in the "
+                          "range 0-65536"));
+  EXPECT_THAT(CallHost("system cpu list", {{"number", "x"}}).GetErrors(),
+              ElementsAre("Invalid data 'x' for parameter number expected type Integer"));
+  EXPECT_THAT(CallHost("system cpu list", {{"online", "maybe"}}).GetErrors(),
+              ElementsAre("Invalid data 'maybe' for parameter online expected one of [1, 0, y, n, "
+                          "true, false, True, False, yes, no, t, f, T, F]"));
+}
+
+TEST(SystemCpuCountTest, AgreesWithGetconf) {
+  EXPECT_EQ(CallHost("system cpu count").output->GetRootObject()->ToString(),
+            WitnessLine("getconf _NPROCESSORS_ONLN"));
+  EXPECT_EQ(CallHost("system cpu count", {{"all", ""}}).output->GetRootObject()->ToString(),
+            WitnessLine("lscpu --all --parse=CPU | grep -vc '^#'"));
+  EXPECT_EQ(PrintHost("system cpu count", {{"a", ""}}, 80),
+            WitnessLine("lscpu --all --parse=CPU | grep -vc '^#'") + "\n");
+}
+
+// Processes.
+
+// A process of the test's own, which waits until it is killed.
+class ScopedProcess {
+ public:
+  explicit ScopedProcess(const std::string& name, bool isZombie = false) {
+    int ready[2];
+    EXPECT_EQ(::pipe(ready), 0);
+    id_ = ::fork();
+    if (id_ == 0) {
+      ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+      ::prctl(PR_SET_NAME, name.c_str());
+      ::close(ready[0]);
+      ::close(ready[1]);
+      while (!isZombie) {
+        ::pause();
+      }
+      ::_exit(0);
+    }
+    ::close(ready[1]);
+    char byte = 0;
+    EXPECT_EQ(::read(ready[0], &byte, 1), 0) << "the end of the pipe tells that the name is set";
+    ::close(ready[0]);
+    if (isZombie) {
+      siginfo_t info = {};
+      EXPECT_EQ(::waitid(P_PID, static_cast<id_t>(id_), &info, WEXITED | WNOWAIT), 0);
+    }
+  }
+  ScopedProcess(const ScopedProcess&) = delete;
+  ScopedProcess& operator=(const ScopedProcess&) = delete;
+  ~ScopedProcess() {
+    ::kill(id_, SIGKILL);
+    ::waitpid(id_, nullptr, 0);
+  }
+
+  // Ends by itself when the process does not, since the test then fails anyway.
+  void WaitUntilItSleeps() const {
+    for (int i = 0; i < 500 && WitnessLine("ps -p " + GetId() + " -o s=") != "S"; ++i) {
+      ::usleep(10000);
+    }
+  }
+
+  std::string GetId() const { return std::to_string(id_); }
+  pid_t GetNumber() const { return id_; }
+
+ private:
+  pid_t id_ = -1;
+};
+
+Record FindProcess(const std::string& id) {
+  const auto records = CallHost("system process list", {{"id", id}}).GetRecords();
+  EXPECT_EQ(records.size(), 1u) << id;
+  return records.empty() ? nullptr : records[0];
+}
+
+// What ps says of each process, by number.
+std::map<std::string, std::vector<std::string>> LookAtProcesses() {
+  std::map<std::string, std::vector<std::string>> processes;
+  for (const std::string& line :
+       WitnessLines("ps -e -ww -o pid=,ppid=,euser:40=,nlwp=,ni=,vsz=,rss=,cputimes=,comm=")) {
+    const auto words = WordsIn(line, 9);
+    processes[words[0]] = words;
+  }
+  return processes;
+}
+
+TEST(SystemProcessListTest, AgreesWithPsAboutEveryProcess) {
+  const auto before = LookAtProcesses();
+  const auto records = CallHost("system process list").GetRecords();
+  const auto after = LookAtProcesses();
+  std::size_t compared = 0;
+  std::set<std::string> found;
+  for (const Record& record : records) {
+    const std::string id = TextOf(record, "Id");
+    found.insert(id);
+    const auto first = before.find(id);
+    const auto second = after.find(id);
+    if (first == before.end() || second == after.end() || first->second[8] != second->second[8]) {
+      continue;  // came, went or became another program meanwhile
+    }
+    const auto isEither = [&](std::size_t column, const char* field) {
+      EXPECT_THAT(TextOf(record, field), AnyOf(first->second[column], second->second[column]))
+          << id << " " << field;
+    };
+    const auto isBetween = [&](std::size_t column, const char* field, long room) {
+      ExpectBetween(NumberOf(record, field), std::stol(first->second[column]),
+                    std::stol(second->second[column]), room, id + " " + field);
+    };
+    isEither(1, "Parent");
+    isEither(2, "User");
+    isBetween(3, "Threads", 4);
+    if (first->second[4] != "-") {  // ps keeps the number of a task in real time to itself
+      isEither(4, "Nice");
+    }
+    isBetween(7, "Seconds", 1);
+    // A compiler beside the tests takes memory and gives it back between two looks.
+    if (first->second[5] == second->second[5]) {
+      isBetween(5, "Virtual", 64 * 1024);
+      isBetween(6, "Resident", 64 * 1024);
+    }
+    ++compared;
+  }
+  EXPECT_GT(compared, 5u);
+  // None that was there all the time is missing.
+  for (const auto& [id, words] : before) {
+    EXPECT_TRUE(after.count(id) == 0 || found.count(id) == 1) << id << " " << words[8];
+  }
+}
+
+TEST(SystemProcessListTest, AgreesWithPsAboutAProcessThatDoesNotChange) {
+  const ScopedProcess process("still");
+  const std::string id = process.GetId();
+  process.WaitUntilItSleeps();
+  const Record record = FindProcess(id);
+  const auto ps = [&id](const std::string& column) {
+    return WitnessLine("ps -ww -p " + id + " -o " + column + "=");
+  };
+  const auto number = [&ps](const std::string& column) { return std::stol(ps(column)); };
+  EXPECT_EQ(NumberOf(record, "Parent"), number("ppid"));
+  EXPECT_EQ(TextOf(record, "User"), WordsIn(ps("euser:40"))[0]);
+  EXPECT_EQ(TextOf(record, "State"), "sleeping");
+  EXPECT_EQ(ps("s"), "S");
+  EXPECT_EQ(NumberOf(record, "Threads"), number("nlwp"));
+  EXPECT_EQ(NumberOf(record, "Nice"), number("ni"));
+  EXPECT_EQ(NumberOf(record, "Virtual"), number("vsz"));
+  EXPECT_EQ(NumberOf(record, "Resident"), number("rss"));
+  EXPECT_EQ(TextOf(record, "Time"), ps("time"));
+  EXPECT_EQ(NumberOf(record, "Seconds"), number("cputimes"));
+  EXPECT_EQ(TextOf(record, "Name"), ps("comm"));
+  EXPECT_EQ(TextOf(record, "Command"), ps("args"));
+  EXPECT_EQ(TextOf(record, "Kernel"), "false");
+  const std::string terminal = TextOf(record, "Terminal");
+  EXPECT_EQ(terminal.empty() ? "?" : terminal, WordsIn(ps("tty"))[0]);
+  // ps takes the start of the machine from another clock.
+  const long started = WitnessNumber("date -d \"$(ps -p " + id + " -o lstart=)\" +%s");
+  ExpectBetween(WitnessNumber("date -d '" + TextOf(record, "Started") + "' +%s"), started, started,
+                1, "Started");
+}
+
+TEST(SystemProcessListTest, ShowsNamesOfAnyBytesSafely) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"a b", "a b"},
+      {"a) S (b", "a) S (b"},
+      {"a\nb", "a\\x0ab"},
+      {"\xff\xfe", "\\xff\\xfe"},
+      {"\x1b[31m", "\\x1b[31m"},
+      {"caf\xc3\xa9", "caf\xc3\xa9"},
+  };
+  for (const auto& [name, expected] : cases) {
+    const ScopedProcess process(name);
+    EXPECT_EQ(TextOf(FindProcess(process.GetId()), "Name"), expected);
+  }
+}
+
+TEST(SystemProcessListTest, TellsStates) {
+  EXPECT_EQ(TextOf(FindProcess(std::to_string(::getpid())), "State"), "running");
+  const ScopedProcess zombie("late", true);
+  const Record record = FindProcess(zombie.GetId());
+  EXPECT_EQ(TextOf(record, "State"), "zombie");
+  EXPECT_EQ(TextOf(record, "Command"), "[late]");
+  const ScopedProcess stopped("halt");
+  ::kill(stopped.GetNumber(), SIGSTOP);
+  ASSERT_EQ(::waitpid(stopped.GetNumber(), nullptr, WUNTRACED), stopped.GetNumber());
+  EXPECT_EQ(TextOf(FindProcess(stopped.GetId()), "State"), "stopped");
+  const auto states =
+      FieldOf(CallHost("system process list", {{"state", "zombie"}, {"s", "stopped"}}).GetRecords(),
+              "State");
+  EXPECT_THAT(states, AllOf(Contains("zombie"), Contains("stopped"),
+                            Each(AnyOf(std::string("zombie"), std::string("stopped")))));
+}
+
+TEST(SystemProcessListTest, FiltersByUserNameOrNumber) {
+  const auto ids = [](const Parameters& parameters) {
+    return FieldOf(CallHost("system process list", parameters).GetRecords(), "Id");
+  };
+  const std::string self = std::to_string(::getpid());
+  const std::string user = WitnessLine("id -un");
+  EXPECT_THAT(ids({{"user", user}}), Contains(self));
+  EXPECT_THAT(ids({{"u", std::to_string(::geteuid())}}), Contains(self));
+  EXPECT_THAT(ids({{"user", "no such user"}}), IsEmpty());
+  EXPECT_THAT(ids({{"user", "no such user"}, {"user", user}}), Contains(self));
+  EXPECT_THAT(FieldOf(CallHost("system process list", {{"user", user}}).GetRecords(), "User"),
+              Each(user));
+}
+
+TEST(SystemProcessListTest, FiltersByRegularExpression) {
+  const ScopedProcess process("kestrel.odd");
+  const auto ids = [](const Parameters& parameters) {
+    return FieldOf(CallHost("system process list", parameters).GetRecords(), "Id");
+  };
+  EXPECT_THAT(ids({{"name", "^kestrel\\.odd$"}}), ElementsAre(process.GetId()));
+  EXPECT_THAT(ids({{"name", "trel.o"}}), Contains(process.GetId()));
+  EXPECT_THAT(ids({{"name", "^odd"}}), IsEmpty());
+  // The command line is still that of the test.
+  EXPECT_THAT(ids({{"name", "kestrel_host_tests"}}), Not(Contains(process.GetId())));
+  EXPECT_THAT(ids({{"name", "kestrel_host_tests"}, {"full", ""}}), Contains(process.GetId()));
+  EXPECT_THAT(CallHost("system process list", {{"name", "(a"}}).GetErrors(),
+              ElementsAre(HasSubstr("Error on command system process list : '(a' is not a regular "
+                                    "expression: ")));
+}
+
+TEST(SystemProcessListTest, FiltersByMemory) {
+  const auto records = CallHost("system process list", {{"min-memory", "1000"}}).GetRecords();
+  EXPECT_THAT(records, Not(IsEmpty()));
+  for (const Record& record : records) {
+    EXPECT_GE(NumberOf(record, "Resident"), 1000);
+  }
+  EXPECT_THAT(CallHost("system process list", {{"min-memory", "1125899906842624"}}).GetRecords(),
+              IsEmpty());
+}
+
+TEST(SystemProcessListTest, LeavesOutThreadsOfTheKernelWhenTold) {
+  const auto kernel = [](const Parameters& parameters) {
+    return FieldOf(CallHost("system process list", parameters).GetRecords(), "Kernel");
+  };
+  EXPECT_THAT(kernel({{"kernel-threads", "false"}}), Each("false"));
+  if (WitnessNumber("ps --ppid 2 -o pid= | wc -l") > 0) {
+    EXPECT_THAT(kernel({}), Contains("true"));
+    EXPECT_THAT(kernel({{"kernel-threads", "true"}}), Contains("true"));
+  }
+}
+
+TEST(SystemProcessListTest, Sorts) {
+  const auto numbers = [](const char* order, const char* field) {
+    std::vector<long> values;
+    for (const Record& record : CallHost("system process list", {{"sort", order}}).GetRecords()) {
+      values.push_back(NumberOf(record, field));
+    }
+    return values;
+  };
+  const auto ids = numbers("id", "Id");
+  EXPECT_TRUE(std::is_sorted(ids.begin(), ids.end()));
+  const auto memory = numbers("memory", "Resident");
+  EXPECT_TRUE(std::is_sorted(memory.rbegin(), memory.rend()));
+  const auto time = numbers("time", "Seconds");
+  EXPECT_TRUE(std::is_sorted(time.rbegin(), time.rend()));
+  const auto names =
+      FieldOf(CallHost("system process list", {{"sort", "name"}}).GetRecords(), "Name");
+  EXPECT_TRUE(std::is_sorted(names.begin(), names.end()));
+}
+
+TEST(SystemProcessListTest, RefusesOtherValues) {
+  const auto errors = [](const Parameters& parameters) {
+    return CallHost("system process list", parameters).GetErrors();
+  };
+  EXPECT_THAT(errors({{"state", "lazy"}}),
+              ElementsAre("Invalid data constraint for parameter 'state'. Expected a single value "
+                          "from the set [running, sleeping, waiting, stopped, traced, zombie, "
+                          "idle] got 'lazy'"));
+  EXPECT_THAT(errors({{"sort", "size"}}),
+              ElementsAre("Invalid data constraint for parameter 'sort'. Expected a single value "
+                          "from the set [id, memory, name, time] got 'size'"));
+  EXPECT_THAT(errors({{"min-memory", "-1"}}),
+              ElementsAre("Invalid data constraint for parameter 'min-memory'. Expected integer in "
+                          "the range 0-1125899906842624"));
+  EXPECT_THAT(errors({{"id", "0"}}),
+              ElementsAre("Invalid data constraint for parameter 'id'. Expected integer in the "
+                          "range 1-4194304"));
+  EXPECT_THAT(errors({{"full", "x"}}),
+              ElementsAre("Invalid data 'x' for parameter full.  This parameter is a flag and "
+                          "cannot accept any values. "));
+}
+
+TEST(SystemProcessListTest, SurvivesProcessesThatVanishWhileTheyAreListed) {
+  const pid_t storm = ::fork();
+  if (storm == 0) {
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    ::signal(SIGCHLD, SIG_IGN);
+    for (;;) {
+      if (::fork() == 0) {
+        ::_exit(0);
+      }
+    }
+  }
+  for (int i = 0; i < 20; ++i) {
+    const HostResult result = CallHost("system process list");
+    EXPECT_THAT(result.GetErrors(), IsEmpty());
+    EXPECT_THAT(FieldOf(result.GetRecords(), "Id"), Contains(std::to_string(::getpid())));
+  }
+  ::kill(storm, SIGKILL);
+  ::waitpid(storm, nullptr, 0);
+}
+
+TEST(SystemProcessListTest, PrintsATableThatFitsTheScreen) {
+  const ScopedProcess process("still");
+  process.WaitUntilItSleeps();
+  const std::string text = PrintHost("system process list", {{"id", process.GetId()}}, 80);
+  EXPECT_THAT(text, ::testing::MatchesRegex("Id +Parent +User +State +Resident +Time +Name\n"
+                                            "-+ +-+ +-+ +-+ +-+ +-+ +----\n"
+                                            " *[0-9]+ +[0-9]+ +[^ ]+ +sleeping +[0-9]+ KiB +"
+                                            "[0-9:-]+ +still\n"));
+}
+
+// Parameters of the kernel.
+
+TEST(SystemParameterListTest, AgreesWithSysctl) {
+  for (const char* const group : {"vm", "kernel.random", "net.ipv4.conf.lo", "fs"}) {
+    const std::string command = std::string("sysctl ") + group + " 2>/dev/null; true";
+    const auto before = WitnessLines(command);
+    std::vector<std::string> found;
+    for (const Record& record :
+         CallHost("system parameter list", {{"under", group}}).GetRecords()) {
+      if (TextOf(record, "Value").empty()) {
+        continue;  // sysctl keeps those to itself
+      }
+      found.push_back(TextOf(record, "Name") + " = " + TextOf(record, "Value"));
+    }
+    const auto after = WitnessLines(command);
+    std::set<std::string> expected;
+    for (const auto* const lines : {&before, &after}) {
+      for (std::string line : *lines) {
+        std::replace(line.begin(), line.end(), '\t', ' ');
+        expected.insert(line);
+      }
+    }
+    const auto name = [](const std::string& line) { return line.substr(0, line.find(" = ")); };
+    std::vector<std::string> names;
+    for (const std::string& line : found) {
+      names.push_back(name(line));
+    }
+    std::set<std::string> expectedNames;
+    for (const std::string& line : expected) {
+      expectedNames.insert(name(line));
+    }
+    EXPECT_EQ(std::set<std::string>(names.begin(), names.end()), expectedNames) << group;
+    std::size_t equal = 0;
+    for (const std::string& line : found) {
+      equal += expected.count(line);
+    }
+    // Counters and random numbers differ at each look; all else is one of both.
+    EXPECT_GE(equal + 4, found.size()) << group;
+  }
+}
+
+TEST(SystemParameterListTest, FiltersByExpressionAndByWhatCanBeChanged) {
+  const auto names = [](const Parameters& parameters) {
+    return FieldOf(CallHost("system parameter list", parameters).GetRecords(), "Name");
+  };
+  EXPECT_THAT(names({{"name", "^vm\\.swappiness$"}}), ElementsAre("vm.swappiness"));
+  EXPECT_THAT(names({{"under", "vm"}, {"name", "dirty"}}),
+              AllOf(Contains("vm.dirty_ratio"), Each(HasSubstr("dirty"))));
+  const auto writable = names({{"under", "kernel"}, {"writable", ""}});
+  EXPECT_THAT(writable, Contains("kernel.domainname"));
+  EXPECT_THAT(writable, Not(Contains("kernel.osrelease")));
+  EXPECT_THAT(names({{"under", "kernel"}}), Contains("kernel.osrelease"));
+  EXPECT_THAT(FieldOf(CallHost("system parameter list", {{"w", ""}}).GetRecords(), "Writable"),
+              Each("true"));
+}
+
+TEST(SystemParameterGetTest, AgreesWithSysctl) {
+  for (const char* const name : {"kernel.osrelease", "kernel.hostname", "net.ipv4.tcp_rmem",
+                                 "vm.swappiness", "net/ipv4/conf/lo/mtu", "kernel.printk"}) {
+    const HostResult result = CallHost("system parameter get", {{"name", name}});
+    if (::access(
+            (std::string("/proc/sys/") + WitnessLine(std::string("echo ") + name + " | tr . /"))
+                .c_str(),
+            F_OK) != 0) {
+      EXPECT_THAT(result.GetErrors(), ElementsAre(HasSubstr("There is no parameter")));
+      continue;
+    }
+    EXPECT_EQ(result.output->GetRootObject()->ToString(),
+              WitnessLine(std::string("sysctl -n ") + name));
+  }
+}
+
+TEST(SystemParameterGetTest, SaysWhatIsWrong) {
+  const auto errors = [](const Parameters& parameters) {
+    return CallHost("system parameter get", parameters).GetErrors();
+  };
+  EXPECT_THAT(errors({{"name", "vm.no_such"}}),
+              ElementsAre("Error on command system parameter get : There is no parameter "
+                          "'vm.no_such'"));
+  EXPECT_THAT(errors({{"name", "vm"}}),
+              ElementsAre("Error on command system parameter get : 'vm' is a group of parameters"));
+  EXPECT_THAT(errors({{"name", "../secret"}}),
+              ElementsAre("Invalid data constraint for parameter 'name'. Value does not match the "
+                          "expected regular expression ([^./]+([./][^./]+)*)"));
+  EXPECT_THAT(errors({}), ElementsAre("Missing required parameter --name"));
+}
+
+TEST(SystemParameterSetTest, GivesTheValueThatItHad) {
+  if (::access("/proc/sys/vm/swappiness", W_OK) != 0) {
+    GTEST_SKIP() << "nobody may change a parameter here";
+  }
+  const std::string value = WitnessLine("sysctl -n vm.swappiness");
+  const Record record =
+      CallHost("system parameter set", {{"name", "vm.swappiness"}, {"value", value}}).GetRecord();
+  EXPECT_EQ(TextOf(record, "Name"), "vm.swappiness");
+  EXPECT_EQ(TextOf(record, "Before"), value);
+  EXPECT_EQ(TextOf(record, "After"), value);
+  EXPECT_EQ(PrintHost("system parameter set", {{"n", "vm.swappiness"}, {"v", value}}, 80),
+            "vm.swappiness:\n   Before: " + value + "\n   After : " + value + "\n");
+}
+
+TEST(SystemParameterSetTest, ChangesTheValueAsSysctlSees) {
+  const char* const file = "/proc/sys/vm/stat_interval";
+  if (::access(file, W_OK) != 0) {
+    GTEST_SKIP() << "nobody may change a parameter here";
+  }
+  const std::string value = WitnessLine("sysctl -n vm.stat_interval");
+  const std::string other = std::to_string(std::stol(value) + 1);
+  const Record record =
+      CallHost("system parameter set", {{"name", "vm.stat_interval"}, {"value", other}})
+          .GetRecord();
+  EXPECT_EQ(WitnessLine("sysctl -n vm.stat_interval"), other);
+  EXPECT_EQ(TextOf(record, "Before"), value);
+  EXPECT_EQ(TextOf(record, "After"), other);
+  CallHost("system parameter set", {{"name", "vm.stat_interval"}, {"value", value}});
+  EXPECT_EQ(WitnessLine("sysctl -n vm.stat_interval"), value);
+}
+
+TEST(SystemParameterSetTest, RefusesInWordsWithoutTheRight) {
+  const std::string value = WitnessLine("sysctl -n vm.swappiness");
+  CallHost("system uptime get");  // loads the plug-in, which the plain user may not be able to read
+  HostResult result;
+  {
+    const PlainUser user;
+    result = CallHost("system parameter set", {{"name", "vm.swappiness"}, {"value", "1"}});
+  }
+  EXPECT_THAT(
+      result.GetErrors(),
+      ElementsAre(AnyOf(
+          std::string("Error on command system parameter set : You do not have the right to change "
+                      "the parameter 'vm.swappiness'; only root does, and some parameters nobody "
+                      "may change"),
+          std::string("Error on command system parameter set : The parameter 'vm.swappiness' "
+                      "cannot be changed from here: Read-only file system"))));
+  EXPECT_EQ(WitnessLine("sysctl -n vm.swappiness"), value);
+}
+
+TEST(SystemParameterSetTest, NeedsNameAndValue) {
+  EXPECT_THAT(
+      CallHost("system parameter set").GetErrors(),
+      ElementsAre("Missing required parameter --name", "Missing required parameter --value"));
+}
+
+// People.
+
+TEST(SystemAccountListTest, AgreesWithGetent) {
+  std::vector<std::string> expected =
+      WitnessLines("getent passwd | sed 's/,[^:]*//' | cut -d: -f1,3-");
+  std::vector<std::string> found;
+  for (const Record& record : CallHost("system account list").GetRecords()) {
+    found.push_back(TextOf(record, "Name") + ":" + TextOf(record, "User Id") + ":" +
+                    TextOf(record, "Group Id") + ":" + TextOf(record, "Full Name") + ":" +
+                    TextOf(record, "Home") + ":" + TextOf(record, "Shell"));
+    EXPECT_EQ(TextOf(record, "Group"),
+              WitnessLine("getent group " + TextOf(record, "Group Id") + " | cut -d: -f1"));
+  }
+  EXPECT_EQ(found, expected);
+}
+
+TEST(SystemAccountListTest, Filters) {
+  const auto names = [](const Parameters& parameters) {
+    return FieldOf(CallHost("system account list", parameters).GetRecords(), "Name");
+  };
+  EXPECT_THAT(names({{"name", "root"}}), ElementsAre("root"));
+  EXPECT_THAT(names({{"name", "nobody"}, {"n", "root"}}), ElementsAre("root", "nobody"));
+  EXPECT_THAT(names({{"name", "no such"}}), IsEmpty());
+  EXPECT_THAT(names({{"min-id", "65534"}}), AllOf(Contains("nobody"), Not(Contains("root"))));
+  EXPECT_THAT(names({{"min-id", "4294967295"}}), IsEmpty());
+  EXPECT_THAT(names({{"login", ""}}), Not(Contains("nobody")));
+  EXPECT_THAT(FieldOf(CallHost("system account list", {{"l", ""}}).GetRecords(), "Login"),
+              Each("true"));
+  EXPECT_THAT(CallHost("system account list", {{"min-id", "4294967296"}}).GetErrors(),
+              ElementsAre("Invalid data constraint for parameter 'min-id'. Expected integer in the "
+                          "range 0-4294967295"));
+}
+
+TEST(SystemAccountGroupsTest, AgreesWithId) {
+  for (const std::string& name : WitnessLines("getent passwd | cut -d: -f1")) {
+    const auto list = CallHost("system account groups", {{"name", name}}).GetList();
+    std::string groups;
+    for (const auto& group : list->GetObjects()) {
+      groups += (groups.empty() ? "" : " ") + group->ToString();
+    }
+    EXPECT_EQ(groups, WitnessLine("id -Gn " + name)) << name;
+  }
+}
+
+TEST(SystemAccountGroupsTest, SaysWhenThereIsNoSuchAccount) {
+  EXPECT_THAT(CallHost("system account groups", {{"name", "no such"}}).GetErrors(),
+              ElementsAre("There is no account 'no such'"));
+}
+
+TEST(SystemSessionListTest, AgreesWithWho) {
+  if (::access("/run/utmp", R_OK) != 0) {
+    // Without login records the sessions are those of the login service.
+    const auto expected = WitnessLines(
+        "for s in /run/systemd/sessions/*; do [ ! -f $s ] || sed -n 's/^USER=//p' $s; done");
+    EXPECT_THAT(FieldOf(CallHost("system session list").GetRecords(), "User"),
+                ::testing::UnorderedElementsAreArray(expected));
+    return;
+  }
+  std::vector<std::string> found;
+  for (const Record& record : CallHost("system session list").GetRecords()) {
+    found.push_back(TextOf(record, "User") + " " + TextOf(record, "Terminal"));
+  }
+  EXPECT_THAT(
+      found, ::testing::UnorderedElementsAreArray(WitnessLines("who | awk '{print $1 \" \" $2}'")));
+}
+
+TEST(SystemSessionListTest, FiltersByUser) {
+  EXPECT_THAT(CallHost("system session list", {{"user", "no such"}}).GetRecords(), IsEmpty());
+}
+
+TEST(SystemModuleListTest, ListsWhatTheKernelLists) {
+  const auto expected =
+      WitnessLines("[ ! -e /proc/modules ] || cut -d' ' -f1 /proc/modules | LC_ALL=C sort");
+  EXPECT_EQ(FieldOf(CallHost("system module list").GetRecords(), "Name"), expected);
+  for (const Record& record : CallHost("system module list", {{"unused", ""}}).GetRecords()) {
+    EXPECT_EQ(NumberOf(record, "References"), 0);
+  }
+}
+
+TEST(SystemModuleCheckTest, FindsPartsOfTheKernel) {
+  const auto check = [](const std::string& name) {
+    return CallHost("system module check", {{"name", name}}).output->GetRootObject()->ToString();
+  };
+  for (const std::string& name : WitnessLines("ls /sys/module | head -5")) {
+    EXPECT_EQ(check(name), "true") << name;
+  }
+  EXPECT_EQ(check("no-such-module"), "false");
+  EXPECT_THAT(CallHost("system module check", {{"name", "../x"}}).GetErrors(),
+              ElementsAre("Invalid data constraint for parameter 'name'. Value does not match the "
+                          "expected regular expression ([A-Za-z0-9_-]+)"));
+}
+
+}  // namespace
+}  // namespace Kestrel::Testing

@@ -1,0 +1,137 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "plugins/shell-common/DescriptorCall.h"
+
+// Values that a constraint of a shipped descriptor refuses: no script is started.
+namespace Kestrel::Testing {
+namespace {
+
+using ::testing::ElementsAre;
+
+struct Refusal {
+  const char* name;
+  const char* command;
+  Parameters parameters;
+  std::string message;
+};
+
+void PrintTo(const Refusal& refusal, std::ostream* out) { *out << refusal.name; }
+
+std::string Regex(const std::string& parameter, const std::string& regex) {
+  return "Invalid data constraint for parameter '" + parameter +
+         "'. Value does not match the expected regular expression (" + regex + ")";
+}
+
+std::string Range(const std::string& parameter, const std::string& range) {
+  return "Invalid data constraint for parameter '" + parameter +
+         "'. Expected integer in the range " + range;
+}
+
+std::string OneOf(const std::string& parameter, const std::string& rest) {
+  return "Invalid data constraint for parameter '" + parameter +
+         "'. Expected a single value from the set " + rest;
+}
+
+class DescriptorRefusalTest : public ::testing::TestWithParam<Refusal> {};
+
+TEST_P(DescriptorRefusalTest, IsTold) {
+  EXPECT_THAT(CallErrors(GetParam().command, GetParam().parameters),
+              ElementsAre(GetParam().message));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Values, DescriptorRefusalTest,
+    ::testing::Values(
+        Refusal{"CheckedAddress",
+                "address check",
+                {{"address", "-f"}},
+                Regex("address", "[A-Za-z0-9:][A-Za-z0-9.:_%-]*")},
+        Refusal{
+            "Count", "address check", {{"address", "a"}, {"count", "21"}}, Range("count", "1-20")},
+        Refusal{"Family",
+                "address check",
+                {{"address", "a"}, {"family", "5"}},
+                OneOf("family", "[4, 6]")},
+        Refusal{"ResolvedName",
+                "address resolve",
+                {{"name", "-a"}},
+                Regex("name", "[A-Za-z0-9_:][A-Za-z0-9._:-]*")},
+        Refusal{"Port", "address ports", {{"number", "65536"}}, Range("number", "0-65535")},
+        Refusal{
+            "CrontabUser", "crontab list", {{"user", "a/b"}}, Regex("user", "[a-z_][a-z0-9_-]*")},
+        Refusal{
+            "Folder", "disk usage list", {{"directory", "/it's"}}, Regex("directory", "/[^']*")},
+        Refusal{"RelativeFolder",
+                "disk usage list",
+                {{"directory", "etc"}},
+                Regex("directory", "/[^']*")},
+        Refusal{"Depth",
+                "disk usage list",
+                {{"directory", "/"}, {"depth", "-1"}},
+                Range("depth", "0-20")},
+        Refusal{"CheckedFile",
+                "file checksum",
+                {{"file", "a b"}},
+                Regex("file", "[^\\s?\\[\\]~#*{}]+")},
+        Refusal{"Algorithm",
+                "file checksum",
+                {{"file", "a"}, {"algorithm", "crc"}},
+                OneOf("algorithm", "[md5, sha1, sha256, sha512] got 'crc'")},
+        Refusal{"Archive", "file members", {{"archive", "a.tar"}}, Regex("archive", "/[^']*")},
+        Refusal{"Member",
+                "file members",
+                {{"archive", "/a"}, {"member", "$(b)"}},
+                Regex("member", "[A-Za-z0-9_./-]+")},
+        Refusal{
+            "Unit", "log list", {{"unit", "-a"}}, Regex("unit", "[A-Za-z0-9][A-Za-z0-9_.@:-]*")},
+        Refusal{"LogFile", "log list", {{"file", "/a}b"}}, Regex("file", "/[^'}]*")},
+        Refusal{"Since",
+                "log list",
+                {{"since", "yesterday"}},
+                Regex("since", "[0-9]{4}-[0-9]{2}-[0-9]{2}( [0-9]{2}:[0-9]{2}(:[0-9]{2})?)?")},
+        Refusal{"Level", "log list", {{"level", "8"}}, OneOf("level", "[0, 1, 2, 3, 4, 5, 6, 7]")},
+        Refusal{"Lines", "log list", {{"lines", "0"}}, Range("lines", "1-100000")},
+        Refusal{
+            "PackagePattern", "package list", {{"name", "a?"}}, Regex("name", "[a-z0-9+.:*-]+")},
+        Refusal{"PackageState",
+                "package list",
+                {{"state", "new"}},
+                OneOf("state", "[installed, config-files, half-installed, any] got 'new'")},
+        Refusal{"PackageMark",
+                "package list",
+                {{"manual", "maybe"}},
+                "Invalid data 'maybe' for parameter manual expected one of [1, 0, y, n, true, "
+                "false, True, "
+                "False, yes, no, t, f, T, F]"},
+        Refusal{"PackageToGet",
+                "package get",
+                {{"name", "--version"}},
+                Regex("name", "[a-z0-9][a-z0-9+.:-]*")},
+        Refusal{"PackageWithFiles",
+                "package files",
+                {{"name", "*"}},
+                Regex("name", "[a-z0-9][a-z0-9+.:-]*")},
+        Refusal{"PackageToCheck",
+                "package check",
+                {{"name", "A"}},
+                Regex("name", "[a-z0-9][a-z0-9+.:-]*")},
+        Refusal{"ServiceState",
+                "service list",
+                {{"state", "up"}},
+                OneOf("state", "[running, stopped, failed, unknown] got 'up'")},
+        Refusal{
+            "ServiceName", "service list", {{"name", "a}b"}}, Regex("name", "[A-Za-z0-9_.@:-]+")},
+        Refusal{"ServiceToGet",
+                "service get",
+                {{"name", "a b"}},
+                Regex("name", "[A-Za-z0-9][A-Za-z0-9_.@:-]*")},
+        Refusal{"Salt",
+                "text hash",
+                {{"password", "x"}, {"salt", "a$b"}},
+                Regex("salt", "[A-Za-z0-9./]{1,16}")},
+        Refusal{"NoLine", "text count", {}, "Missing required parameter --line"}),
+    [](const auto& each) { return std::string(each.param.name); });
+
+}  // namespace
+}  // namespace Kestrel::Testing

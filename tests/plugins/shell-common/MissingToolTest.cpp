@@ -1,0 +1,118 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "plugins/shell-common/DescriptorCall.h"
+#include "support/ScopedEnvironment.h"
+#include "support/ScopedTempDir.h"
+#include "support/Witness.h"
+
+// What a script says when something that it needs is not there.
+namespace Kestrel::Testing {
+namespace {
+
+using ::testing::ElementsAre;
+
+struct MissingTool {
+  const char* tool;
+  const char* package;
+  const char* command;
+  Parameters parameters;
+};
+
+void PrintTo(const MissingTool& missing, std::ostream* out) {
+  *out << missing.command << " without " << missing.tool;
+}
+
+class MissingToolTest : public ::testing::TestWithParam<MissingTool> {
+ protected:
+  /// A folder with every tool of the scripts but one.
+  MissingToolTest() {
+    for (const char* const name :
+         {"apt-mark",   "awk",       "cat",    "dpkg-query", "du",      "getent",  "grep", "head",
+          "journalctl", "md5sum",    "mktemp", "mv",         "openssl", "perl",    "ping", "rm",
+          "sed",        "sha256sum", "sort",   "systemctl",  "tar",     "timeout", "wc"}) {
+      const std::string path = Witness("command -v " + std::string(name) + " || :");
+      if (name != std::string(GetParam().tool) && !path.empty()) {
+        const std::string target = path.substr(0, path.size() - 1);
+        EXPECT_EQ(::symlink(target.c_str(), tools_.GetPath(name).c_str()), 0) << target;
+      }
+    }
+  }
+
+  const ScopedTempDir tools_;
+};
+
+TEST_P(MissingToolTest, IsNamed) {
+  const ScopedEnvironment scripts("SYSTEMD_DIR", "/nosuch");
+  const ScopedEnvironment path("PATH", tools_.GetPath());
+  EXPECT_THAT(CallErrors(GetParam().command, GetParam().parameters),
+              ElementsAre("This command needs the tool " + std::string(GetParam().tool) +
+                          " (package " + GetParam().package + "), which is not installed"));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Tools, MissingToolTest,
+    ::testing::Values(
+        // What every script needs.
+        MissingTool{"awk", "mawk", "text count", {{"line", "x"}}},
+        MissingTool{"cat", "coreutils", "text count", {{"line", "x"}}},
+        MissingTool{"head", "coreutils", "text count", {{"line", "x"}}},
+        MissingTool{"mktemp", "coreutils", "text count", {{"line", "x"}}},
+        MissingTool{"mv", "coreutils", "text count", {{"line", "x"}}},
+        MissingTool{"perl", "perl-base", "text count", {{"line", "x"}}},
+        MissingTool{"rm", "coreutils", "text count", {{"line", "x"}}},
+        MissingTool{"sed", "sed", "text count", {{"line", "x"}}},
+        MissingTool{"sort", "coreutils", "text count", {{"line", "x"}}},
+        // What one of them needs.
+        MissingTool{"apt-mark", "apt", "package list", {}},
+        MissingTool{"dpkg-query", "dpkg", "package list", {}},
+        MissingTool{"dpkg-query", "dpkg", "package get", {{"name", "bash"}}},
+        MissingTool{"dpkg-query", "dpkg", "package files", {{"name", "bash"}}},
+        MissingTool{"dpkg-query", "dpkg", "package check", {{"name", "bash"}}},
+        MissingTool{"du", "coreutils", "disk usage list", {{"directory", "/"}}},
+        MissingTool{"getent", "libc-bin", "address resolve", {{"name", "localhost"}}},
+        MissingTool{"getent", "libc-bin", "address ports", {{"number", "22"}}},
+        MissingTool{"ping", "iputils-ping", "address check", {{"address", "localhost"}}},
+        MissingTool{"sha256sum", "coreutils", "file checksum", {{"file", "/etc/passwd"}}},
+        MissingTool{"md5sum", "coreutils", "file checksum", {{"file", "/x"}, {"algorithm", "md5"}}},
+        MissingTool{"tar", "tar", "file members", {{"archive", "/x"}}},
+        MissingTool{"grep", "grep", "service list", {}},
+        MissingTool{"timeout", "coreutils", "service list", {}},
+        MissingTool{"journalctl", "systemd", "log list", {}},
+        MissingTool{"wc", "coreutils", "text count", {{"line", "x"}}},
+        MissingTool{"openssl", "openssl", "text hash", {{"password", "x"}}}),
+    [](const auto& each) {
+      std::string name = std::string(each.param.command) + " without " + each.param.tool;
+      for (char& letter : name) {
+        letter = letter == ' ' || letter == '-' ? '_' : letter;
+      }
+      return name;
+    });
+
+TEST(ScriptFaultTest, TellsThatThereIsNoRoomForItsWork) {
+  const ScopedEnvironment folder("TMPDIR", "/nosuch");
+  EXPECT_THAT(CallErrors("package check", {{"name", "bash"}}),
+              ElementsAre("No temporary folder can be made in /nosuch"));
+}
+
+TEST(ScriptFaultTest, LeavesNothingBehind) {
+  const ScopedTempDir work;
+  const ScopedEnvironment folder("TMPDIR", work.GetPath());
+  CallText("package check", {{"name", "bash"}});
+  CallErrors("package get", {{"name", "no-such-package"}});
+  // A reader that goes away early.
+  Witness("'" + ScriptPath("list-packages.sh") + "' </dev/null 2>&1 | head -c 1");
+  EXPECT_EQ(Witness("ls -A '" + work.GetPath() + "'"), "");
+}
+
+TEST(ScriptFaultTest, TellsOfWhatNobodyForesaw) {
+  const ScopedTempDir tools;
+  Witness("cd '" + tools.GetPath() + "' && printf '#!/bin/sh\\nexit 1\\n' >awk && chmod +x awk");
+  const ScopedEnvironment path("PATH", tools.GetPath() + ":/usr/bin:/bin");
+  EXPECT_THAT(CallErrors("package check", {{"name", "bash"}}),
+              ElementsAre("check-package.sh failed; standard error may tell why"));
+}
+
+}  // namespace
+}  // namespace Kestrel::Testing
