@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // How long a command line is on its way, without the start of a process.
 
 #include <benchmark/benchmark.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What one call costs in a large tree of commands, beside a parser of command lines that a program
 // would have of its own.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // How long each formatter takes for rows of five fields, into a string and into nothing, beside
 // what a programmer would write by hand with stream operators, beside other libraries, and beside
 // the mere copying of its text, cut in ready pieces.

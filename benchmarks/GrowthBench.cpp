@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // How the time grows with the work: doubling the one should double the other and no more.
 
 #include <benchmark/benchmark.h>

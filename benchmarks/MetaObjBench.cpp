@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include <benchmark/benchmark.h>
 #include <kestrel/metaobj/MetaBool.h>
 #include <kestrel/metaobj/MetaInt.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What does it cost to build rows of five fields and to print them to a pipe, in a process of its
 // own, beside another library that does both. The one who reads the pipe is not counted.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The least that loading plug-ins can cost: opens each file given, finds its entry point, calls it.
 
 #include <dlfcn.h>

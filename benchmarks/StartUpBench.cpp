@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What whole processes cost: the tool beside programs that do less, in processor time.
 
 #include <benchmark/benchmark.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What does it cost to put parameters into a template, beside the same done with expressions.
 
 #include <benchmark/benchmark.h>

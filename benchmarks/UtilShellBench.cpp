@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What does a shell command cost beside a bare posix_spawn of the same shell, in a process that
 // holds little or much memory.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What does it cost to load descriptors of ten commands each, beside a mere reading of the files.
 
 #include "kestrel/autocli/XmlPlugin.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What does it cost to read a value document, in time and in memory, beside a tree of it, a parser
 // that fills plain members, another library, and a mere look at each tag.
 

@@ -1,4 +1,6 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
 """Tells how the time of each benchmark grows with its size.
 
     growth.py RESULT.json...

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
 # Interface target with what the library needs of Boost: the headers, and Boost.Regex. Since 1.76
 # Boost.Regex is headers alone; before, it has a shared library.
 if(POLICY CMP0167)

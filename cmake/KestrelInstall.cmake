@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
 # What `cmake --install` puts where. Components: library, development, tool.
 include(CMakePackageConfigHelpers)
 

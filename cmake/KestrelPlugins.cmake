@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
 # kestrel_add_plugin(NAME SOURCE...): a shared-library plug-in NAME.so, built against the public
 # headers as anyone's is, and installed where the tool looks by default.
 #

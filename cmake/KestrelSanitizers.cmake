@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
 # Interface target with the sanitizers of KESTREL_SANITIZERS, and with KESTREL_FUZZ what tells a fuzzer
 # which edges run; empty when nothing is asked for.
 add_library(kestrel_sanitizers INTERFACE)

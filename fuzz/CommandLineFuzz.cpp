@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Input: the arguments of the tool, one a line.
 //
 // The whole road from the arguments to the printed text, with the built-in plug-in and a command

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Input: indent, width, flags (letters s, e and l), the character at a break, each a line; then the
 // text.
 //

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Input: a list's text; the kind of a value (i, b or s) with the value behind it; a printf format;
 // and units, each a line.
 //

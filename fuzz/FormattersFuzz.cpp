@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Input: a formatter's name; a width; format parameters "key=value", a line each, up to an empty
 // line; then a value, a line for each of its parts:
 //

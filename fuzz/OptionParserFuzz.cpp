@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Input: one token a line.
 //
 // The parser reads what a slow reader reads, and what it makes of a command line, written as a

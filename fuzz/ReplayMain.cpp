@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Runs a fuzz target on files: each argument is one, or a folder of them. Files whose names begin
 // with a full stop are passed over. Exit status 1 when there was nothing to run or to read.
 

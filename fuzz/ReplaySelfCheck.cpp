@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A target that refuses the input "fault": replay_self_check.sh looks at what the replay makes of
 // it.
 

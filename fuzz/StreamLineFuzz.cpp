@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Input: one line of a stream, as it is.
 //
 // The parser's tokens are those of a slow reader that goes byte by byte, and a line of the tokens

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Input: a value of the parameter "aa" and two of the list "li", a line each; then the template.
 //
 // A value is only text: a template is filled with values as it is filled with stand-ins that mean

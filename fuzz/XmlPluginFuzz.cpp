@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Input: a plug-in descriptor.
 //
 // A descriptor is refused with its path, or everything that it declares can be found, described,

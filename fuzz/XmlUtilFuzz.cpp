@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Input: a value document, as a command prints it.
 //
 // The reader gives what the document's tree gives, and the parser says the same of it; a value that

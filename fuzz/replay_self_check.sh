@@ -1,4 +1,7 @@
 #!/bin/sh
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
 # replay_self_check.sh PROGRAM: whether the replay passes good inputs, and fails for a bad one, for
 # one that is missing and for a folder without any.
 set -u

@@ -1,4 +1,6 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
 """Runs the examples of the guides and compares what they print.
 
     check_examples.py [--update] --tool TOOL [--plugin-dir DIR] [--program FILE]...
@@ -10,11 +12,12 @@ line "..." stands for any lines. When a command fails, "[exit status N]" is its 
 
 In the block the words `vexil` and `./run` start TOOL: `vexil` without plug-ins, `./run` with those
 of DIR. Each FILE can be called by its name. The commands of one page run in order, in one folder
-that is empty but for the links to each PATH. A block marked `console host` prints what differs from host to host: of it, only the exit
-status and the first line are compared, blanks aside. A block marked `cpp file=PATH` must stand in
-that file of the project, line for line; so must one marked `xml file=PATH`, and all of these on a
-page must make up the whole file. A block marked `xml save=NAME` or `sh save=NAME` is put into the
-folder of the commands as an executable file of that name.
+that is empty but for the links to each PATH. A block marked `console host` prints what differs from
+host to host: of it, only the exit status and the first line are compared, ignoring spaces. A block
+marked `cpp file=PATH` must be in that file of the project, line for line; so must one marked
+`xml file=PATH`, and all of these on a page must make up the whole file but for the lines of its
+licence. A block marked `xml save=NAME` or `sh save=NAME` is put into the folder of the commands as
+an executable file of that name.
 
 --update writes what the commands print now into the pages instead of comparing.
 """
@@ -28,6 +31,7 @@ import sys
 import tempfile
 
 ROOT = os.path.normpath(os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
+LICENCE = re.compile(r"^<!-- SPDX-.*\n", re.MULTILINE)
 FENCE = re.compile(r"^```(console|cpp|sh|xml)([^\n]*)\n(.*?)^```$", re.MULTILINE | re.DOTALL)
 
 
@@ -133,7 +137,7 @@ class Page:
     @staticmethod
     def _source(path):
         with open(os.path.join(ROOT, path), encoding="utf-8") as file:
-            return file.read()
+            return LICENCE.sub("", file.read())
 
     def _run_block(self, block, any_host):
         result = ""

@@ -1,4 +1,7 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
 # Whether every C++ file is laid out as .clang-format says; `--fix` lays them out.
 set -euo pipefail
 

@@ -1,4 +1,6 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
 """Checks that every test named in docs/decisions exists.
 
     check_oddities.py [ROOT]

@@ -1,4 +1,7 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
 # Whether shellcheck finds nothing in the scripts of this project, and perl no fault in its own.
 set -euo pipefail
 

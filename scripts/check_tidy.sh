@@ -1,4 +1,7 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
 # Whether each check of .clang-tidy notices the mistake that tests/lint/tidy makes for it.
 set -euo pipefail
 

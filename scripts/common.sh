@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
 # shellcheck shell=bash
 # What ./run, ./test and .ci/run share. Sourced from the project's root folder.
 

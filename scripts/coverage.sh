@@ -1,4 +1,7 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
 # coverage.sh TREE: what the tests that ran in a coverage build reached of the library's sources.
 #
 # Prints the totals, leaves the lines that were missed in TREE/coverage.txt, and fails below the

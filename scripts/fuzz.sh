@@ -1,4 +1,7 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
 # fuzz.sh [SECONDS] [TARGET...]: lets libFuzzer look for inputs that break what fuzz/ asserts.
 #
 # Each target (all of them when none is named) runs for SECONDS, 60 by default, one after the other.

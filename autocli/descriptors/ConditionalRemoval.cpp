@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What goes is told by walks over the text, one after the other until one leaves nothing out.
 //
 // A walk looks at each "{" from left to right. It steps into a block that is not closed. It leaves

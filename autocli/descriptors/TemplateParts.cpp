@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A part holds the markers of one parameter, and a parameter stands in one part alone. A cut stands
 // where no marker can run across and where no marker's neighbour is: outside of braces, behind a
 // byte that no opening and no quotes are made of, or between two conditionals.

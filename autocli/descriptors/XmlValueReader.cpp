@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A stack of open elements follows the parser's events; every value is complete when its element
 // ends, and is handed to the element around it. The first value in the root ends the building; the
 // rest is only checked for being well-formed. What goes wrong in the building is kept back until

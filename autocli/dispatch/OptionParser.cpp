@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The grammar of one token (letters and digits are ASCII, "byte" is any byte at all):
 //
 //   option = "-" letter | "--" name | "--" name "=" byte {byte}

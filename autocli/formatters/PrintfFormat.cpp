@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // format     := { text | "%%" | conversion }
 // conversion := "%" [ "1$" ] { flag } [ number ] [ "." [ number ] ] [ modifier ] letter
 // flag       := "-" | "+" | " " | "#" | "0" | "'" | "I"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A signal that ends or stops the process arrives at Interrupt, which gives the terminal back, puts
 // the disposition from before in place and raises the signal again. Whoever survives that (stopped
 // and continued, or ended up in a handler of the program's own) comes back and hides the typing

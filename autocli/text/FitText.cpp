@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // How a text too long for its columns is broken:
 //
 // Words end at single blanks, so two blanks in a row hold an empty word between them; the text's

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "kestrel/autocli/CommandInput.h"
 
 namespace Kestrel::AutoCli {

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A program with a management command line of its own: docs/embedding.md explains it.
 #include <kestrel/kestrel.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 #pragma once
 
 /// Marks what the shared library offers to programs and plug-ins; all else stays hidden in it.

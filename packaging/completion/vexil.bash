@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
 # shellcheck shell=bash
 # Completion of vexil's command lines in bash: dispatcher options, the words of the path, and the
 # options of the command that the path leads to. All of it is asked of the tool itself.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Starts a child with posix_spawn, so that the cost does not grow with the size of the parent and
 // a program that cannot be executed is reported as a status.
 

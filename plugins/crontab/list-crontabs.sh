@@ -1,4 +1,7 @@
 #!/bin/sh
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
 # list-crontabs.sh [--users=NAME,...]
 #
 # CRONTAB_DIR names another folder with one file a user than the system's.

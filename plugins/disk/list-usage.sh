@@ -1,4 +1,7 @@
 #!/bin/sh
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
 # list-usage.sh DIRECTORY [--depth=N] [--all]: how much space the folders in a folder take.
 here=${0%/*}
 # shellcheck source=plugins/shell-common/common.sh

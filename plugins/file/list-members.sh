@@ -1,4 +1,7 @@
 #!/bin/sh
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
 # list-members.sh ARCHIVE [--member NAME]...
 here=${0%/*}
 # shellcheck source=plugins/shell-common/common.sh

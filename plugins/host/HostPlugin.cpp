@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The entry point of host.so, the plug-in with the commands of the machine that it runs on.
 
 #include <kestrel/autocli/PluginEntryPoint.h>

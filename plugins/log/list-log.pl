@@ -1,4 +1,7 @@
 #!/usr/bin/perl
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
 # list-log.pl [--unit=NAME] [--file=PATH] [--since=TIME] [--level=N] [--lines=N]
 #
 # Prints time, level, source and text of each line, each ended by a NUL. Lines of a file have a time

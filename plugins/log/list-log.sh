@@ -1,4 +1,7 @@
 #!/bin/sh
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
 # list-log.sh [--unit=NAME] [--file=PATH] [--since=TIME] [--level=N] [--lines=N]
 here=${0%/*}
 # shellcheck source=plugins/shell-common/common.sh

@@ -1,4 +1,7 @@
 #!/bin/sh
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
 # list-packages.sh [--state=STATE] [--manual=BOOL,...] [--name PATTERN]...
 here=${0%/*}
 # shellcheck source=plugins/shell-common/common.sh

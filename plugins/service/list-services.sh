@@ -1,4 +1,7 @@
 #!/bin/sh
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
 # list-services.sh [--state=STATE] [--name=TEXT] | --only=NAME
 #
 # Where the service manager runs, it is asked; elsewhere the scripts in /etc/init.d are.

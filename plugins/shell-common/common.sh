@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
 # shellcheck shell=sh
 # What the scripts of the descriptors share. Sourced with "here" set to the folder of the scripts.
 #

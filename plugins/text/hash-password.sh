@@ -1,4 +1,7 @@
 #!/bin/sh
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
 # hash-password.sh [--salt=TEXT]: hashes the password on its standard input.
 #
 # The password stands in no file and in no argument: only this shell and openssl hold it.

@@ -1,4 +1,7 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
 # check_symbols.sh LIBRARY: whether the library exports what exported_symbols.txt lists, and nothing
 # but its own names. `check_symbols.sh --update LIBRARY` writes the list anew; that diff is reviewed
 # as a change of the interface.

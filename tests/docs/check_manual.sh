@@ -1,4 +1,7 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
 # check_manual.sh STAGE VERSION: reads the installed manual pages, and holds them to the tool.
 set -euo pipefail
 

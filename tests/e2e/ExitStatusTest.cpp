@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // How the tool ends, above all when its output cannot be written.
 
 #include <gmock/gmock.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Commands that the end-to-end tests run: each lets one side of the tool be seen from outside.
 
 #include <fcntl.h>

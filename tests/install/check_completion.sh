@@ -1,4 +1,7 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
 # check_completion.sh STAGE: what bash offers for unfinished command lines of the installed tool.
 set -euo pipefail
 

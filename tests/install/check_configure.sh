@@ -1,4 +1,7 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
 # check_configure.sh SOURCE WORK: what the library is linked with under the options that choose it.
 # Nothing is compiled; the commands that the build would run are looked at.
 set -euo pipefail

@@ -1,4 +1,7 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
 # check_install.sh cmake|pkg-config STAGE WORK: builds the consumer's program and plug-in against a
 # copy of the installed tree alone, and runs them.
 #

@@ -1,4 +1,7 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
 # check_packages.sh BUILD WORK: makes the Debian packages of a build tree and looks into them.
 set -euo pipefail
 

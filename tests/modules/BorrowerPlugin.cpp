@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Calls a function that another plug-in offers, and only when its command runs.
 
 #include <kestrel/autocli/PluginEntryPoint.h>

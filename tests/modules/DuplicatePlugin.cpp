@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Registers a command, and then a namespace whose name the built-in plug-in has taken.
 
 #include <kestrel/autocli/PluginEntryPoint.h>

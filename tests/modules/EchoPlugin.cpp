@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Registers one namespace with a command that answers with the text it is given.
 
 #include <kestrel/autocli/PluginEntryPoint.h>

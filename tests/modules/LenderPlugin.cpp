@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Offers a function to plug-ins that are loaded later.
 
 #include <kestrel/autocli/PluginEntryPoint.h>

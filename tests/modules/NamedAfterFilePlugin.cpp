@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Registers one command under the name of the file that the plug-in was loaded from, so that
 // copies of it can be told apart.
 

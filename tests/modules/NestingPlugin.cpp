@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Has its dispatcher load another plug-in, named by an environment variable, while it is being
 // registered itself.
 

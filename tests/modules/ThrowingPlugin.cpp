@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Registers a command and then throws; KESTREL_THROW_AS names the function that does.
 
 #include <kestrel/autocli/PluginEntryPoint.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The tables below /proc/net have one line for each socket, in columns that blanks divide.
 //
 //   tcp, udp:  "0: 0100007F:0050 00000000:0000 0A 00000000:00000000 00:00000000 00000000 0 0 1234

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "plugins/host/system/SystemCommands.h"
 
 #include "plugins/host/frame/HostCommand.h"

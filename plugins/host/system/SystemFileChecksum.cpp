@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "plugins/host/frame/DataSource.h"
 #include "plugins/host/frame/HostCommand.h"
 #include "plugins/host/system/KeyedChecksum.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What values become in the hands of the real shell. A model derives the words of a command line
 // from the template language's rules for values and the shell's rules for words; the shell must
 // see exactly these, and run nothing besides.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The scanner is compared with a slow model that follows the rules of the template language word by
 // word, with regular expressions.
 

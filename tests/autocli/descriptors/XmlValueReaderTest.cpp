@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The reader that follows the parser's events must not differ in anything from a reading through
 // the tree that `xmlReadMemory` makes: not in the value, not in the message of an exception, not in
 // the parser's diagnostics.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the audit library is told, which only a program can see that holds the library's objects.
 
 #include <gmock/gmock.h>

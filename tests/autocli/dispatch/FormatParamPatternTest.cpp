@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The scanner of --format-param against the regular expression that it stands for.
 
 #include <gtest/gtest.h>

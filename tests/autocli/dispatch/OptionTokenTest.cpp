@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The parser's scanners against the regular expressions that they stand for.
 
 #include <gtest/gtest.h>

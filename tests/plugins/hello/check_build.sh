@@ -1,4 +1,7 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
 # check_build.sh SOURCE STAGE WORK: the steps of the guide, against a copy of the installed tree: a
 # folder of one's own, configured, built, installed, and found by the tool.
 set -euo pipefail

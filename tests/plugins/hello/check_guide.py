@@ -1,8 +1,10 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
 """check_guide.py GUIDE FOLDER: whether the guide quotes the files of the example plug-in whole.
 
 The blocks marked `cpp`, one after the other, must be FOLDER/Hello.cpp, and those marked `cmake`
-FOLDER/CMakeLists.txt, byte for byte.
+FOLDER/CMakeLists.txt, byte for byte but for the lines of the licence.
 """
 
 import difflib
@@ -16,6 +18,10 @@ def quoted(guide, language):
     return "".join(blocks)
 
 
+def without_licence(text):
+    return re.sub(r"^(?:(?://|#) SPDX-.*\n)+\n?", "", text)
+
+
 def main(guide_path, folder):
     with open(guide_path, encoding="utf-8") as file:
         guide = file.read()
@@ -23,7 +29,7 @@ def main(guide_path, folder):
     for language, name in (("cpp", "Hello.cpp"), ("cmake", "CMakeLists.txt")):
         path = os.path.join(folder, name)
         with open(path, encoding="utf-8") as file:
-            text = file.read()
+            text = without_licence(file.read())
         lines = list(difflib.unified_diff(text.splitlines(), quoted(guide, language).splitlines(),
                                           path, guide_path, lineterm=""))
         differs = differs or bool(lines) or quoted(guide, language) != text

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // kestrel_write_trees SEED COUNT | kestrel_write_trees samples | kestrel_write_trees bytes
 //
 // Writes values and what each formatter makes of them, for a check in another language. All is

@@ -1,4 +1,6 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
 """Holds the guide's list of bytes that do not come back against what readers make of each byte.
 
     check_bytes.py --program WRITE_TREES GUIDE

@@ -1,4 +1,6 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
 """Holds the text of many values in all formats against a second rendering and foreign readers.
 
     check_trees.py --program WRITE_TREES [--samples] [--seed SEED] [--count COUNT]

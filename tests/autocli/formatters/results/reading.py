@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+
 """What foreign programs read from the text of a value, and what can be read back at all.
 
 Each reader names the formatter whose text it reads, and the program that must be installed for it.

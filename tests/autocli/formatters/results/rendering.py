@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+
 """The text of a value in each format, made a second time and apart from the library.
 
 Each function takes the root value, the parameters and the width of the screen; it gives the text

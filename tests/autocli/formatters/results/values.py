@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+
 """Values of commands, as the program kestrel_write_trees writes them (its source has the notation).
 
 A boolean and an integer are Python's own, a string is `bytes`, nothing is None.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A statvfs that never answers for the paths in KESTREL_SILENT_PATHS, ends the process for those in
 // KESTREL_DEADLY_PATHS (each a list divided by ':'), and is libc's own for all others.
 
