@@ -41,7 +41,7 @@ LAYERS = [
     ["vexil"],
     ["plugins/hello"],
     ["plugins/host/frame"],
-    ["plugins/host/system", "plugins/host/storage", "plugins/host/network"],
+    ["plugins/host/system", "plugins/host/storage", "plugins/host/network", "plugins/host/log"],
     ["plugins/host"],
 ]
 RANK = {folder: rank for rank, folders in enumerate(LAYERS) for folder in folders}

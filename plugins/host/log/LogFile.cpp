@@ -1,0 +1,137 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "plugins/host/log/LogFile.h"
+
+#include <fcntl.h>
+#include <kestrel/KestrelException.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+namespace Kestrel::Host {
+namespace {
+
+constexpr std::size_t kBlockSize = std::size_t{64} << 10;
+
+[[noreturn]] void Fail(const std::string& path, const std::string& reason) {
+  throw KestrelException("Unable to read " + path + ": " + reason);
+}
+
+[[noreturn]] void FailWithSystemText(const std::string& path) { Fail(path, std::strerror(errno)); }
+
+// Before the file is opened, so that no device notices.
+void RequireRegularFile(const std::string& path) {
+  struct stat status = {};
+  if (::stat(path.c_str(), &status) != 0) {
+    FailWithSystemText(path);
+  }
+  if (S_ISDIR(status.st_mode)) {
+    Fail(path, std::strerror(EISDIR));
+  }
+  if (!S_ISREG(status.st_mode)) {
+    Fail(path, "Not a regular file");
+  }
+}
+
+// Should the path lead to a pipe by now, it is not waited for.
+int Open(const std::string& path) {
+  RequireRegularFile(path);
+  const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
+  if (descriptor < 0) {
+    FailWithSystemText(path);
+  }
+  return descriptor;
+}
+
+std::uint64_t SizeOf(int descriptor) {
+  struct stat status = {};
+  return ::fstat(descriptor, &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+}
+
+// The position of the last newline in the first `size` bytes, else npos.
+std::size_t FindLastNewline(const std::string& text, std::size_t size) {
+  const void* const found = ::memrchr(text.data(), '\n', size);
+  return found == nullptr ? std::string::npos
+                          : static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
+}
+
+}  // namespace
+
+LogFile::LogFile(const std::string& path)
+    : path_(path),
+      descriptor_(Open(path)),
+      offset_(SizeOf(descriptor_)),
+      hasFirstLine_(offset_ > 0) {}
+
+LogFile::~LogFile() { ::close(descriptor_); }
+
+std::optional<std::string_view> LogFile::PreviousLine() {
+  if (!isStarted_) {
+    Start();
+  }
+  std::size_t unsearched = end_;
+  for (;;) {
+    const std::size_t newline = FindLastNewline(buffer_, unsearched);
+    if (newline != std::string::npos) {
+      const std::size_t first = newline + 1;
+      const std::string_view line(buffer_.data() + first, std::exchange(end_, newline) - first);
+      return line;
+    }
+    if (offset_ == 0) {
+      break;
+    }
+    unsearched = ReadBlockBefore();
+  }
+  if (!std::exchange(hasFirstLine_, false)) {
+    return std::nullopt;
+  }
+  return std::string_view(buffer_.data(), std::exchange(end_, 0));
+}
+
+void LogFile::Start() {
+  isStarted_ = true;
+  if (offset_ > 0) {
+    ReadBlockBefore();
+    // This newline ends the last line, and does not start another.
+    end_ -= buffer_[end_ - 1] == '\n' ? 1 : 0;
+  }
+}
+
+// Returns how many bytes are new, at the start of the buffer. Blocks grow with a line that goes
+// over several of them, so that its bytes are moved a few times only.
+std::size_t LogFile::ReadBlockBefore() {
+  if (end_ > kMaxLineSize) {
+    Fail(path_, "A line is longer than " + std::to_string(kMaxLineSize >> 20) + " MiB");
+  }
+  const auto size =
+      static_cast<std::size_t>(std::min<std::uint64_t>(offset_, std::max(kBlockSize, end_)));
+  buffer_.resize(end_);
+  buffer_.insert(0, size, '\0');
+  ReadAt(buffer_.data(), size, offset_ - size);
+  offset_ -= size;
+  end_ += size;
+  return size;
+}
+
+void LogFile::ReadAt(char* buffer, std::size_t size, std::uint64_t offset) const {
+  while (size > 0) {
+    const ssize_t count = ::pread(descriptor_, buffer, size, static_cast<off_t>(offset));
+    if (count == 0) {
+      Fail(path_, "It became shorter while it was read");
+    }
+    if (count < 0 && errno != EINTR) {
+      FailWithSystemText(path_);
+    }
+    const auto advance = static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+    buffer += advance;
+    size -= advance;
+    offset += advance;
+  }
+}
+
+}  // namespace Kestrel::Host

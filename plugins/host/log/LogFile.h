@@ -1,0 +1,50 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace Kestrel::Host {
+
+/// The lines of a file, from its last one to its first, read block by block: whoever wants a few
+/// lines of a long log reads the end of it only.
+///
+/// What is written to the file after it was opened does not count. A last line without its newline
+/// is a line like the others.
+class LogFile {
+ public:
+  /// A longer line is refused: no log has one, and it would have to be held whole.
+  static constexpr std::size_t kMaxLineSize = std::size_t{64} << 20;
+
+  /// Throws KestrelException with the system's text when the file cannot be opened, and when it is
+  /// no regular file; pipes and devices are not waited for.
+  explicit LogFile(const std::string& path);
+  ~LogFile();
+  LogFile(const LogFile&) = delete;
+  LogFile& operator=(const LogFile&) = delete;
+
+  /// The line before the one that was returned last, without its newline, until the next call;
+  /// nothing before the first line. Throws KestrelException when the file cannot be read, became
+  /// shorter in the meantime, or has a line of more than kMaxLineSize.
+  std::optional<std::string_view> PreviousLine();
+
+ private:
+  void Start();
+  std::size_t ReadBlockBefore();
+  void ReadAt(char* buffer, std::size_t size, std::uint64_t offset) const;
+
+  std::string path_;
+  int descriptor_;
+  std::uint64_t offset_;  // in the file, of the first byte of buffer_
+  std::string buffer_;
+  std::size_t end_ = 0;  // of what has not been returned, in buffer_
+  bool isStarted_ = false;
+  bool hasFirstLine_;  // which has no newline before it, and has not been returned
+};
+
+}  // namespace Kestrel::Host

@@ -1,0 +1,120 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "plugins/host/log/LogLevel.h"
+
+#include <algorithm>
+
+namespace Kestrel::Host {
+namespace {
+
+struct LevelWord {
+  std::string_view word;
+  int level;
+};
+
+constexpr const char* kLevelNames[] = {"emerg",   "alert",  "crit", "err",
+                                       "warning", "notice", "info", "debug"};
+
+// What people write for a level besides its name.
+constexpr LevelWord kOtherNames[] = {{"emergency", 0}, {"panic", 0}, {"critical", 2},
+                                     {"error", 3},     {"warn", 4},  {"informational", 6}};
+
+// The words of a line that show its level.
+constexpr LevelWord kTellingWords[] = {
+    {"emerg", 0},   {"emergency", 0}, {"panic", 0}, {"alert", 1},  {"crit", 2},    {"critical", 2},
+    {"fatal", 2},   {"err", 3},       {"error", 3}, {"failed", 3}, {"failure", 3}, {"warn", 4},
+    {"warning", 4}, {"notice", 5},    {"info", 6},  {"debug", 7}};
+constexpr std::size_t kShortestTelling = 3;
+constexpr std::size_t kLongestTelling = 9;
+
+// The priority of a message has three digits at most: 8 times the facility, plus the level.
+constexpr std::size_t kMaxPriorityDigits = 3;
+constexpr int kLevelsPerFacility = 8;
+
+bool IsDigit(char letter) { return letter >= '0' && letter <= '9'; }
+
+// Independent of the locale, which would cost a call for each letter of a log.
+char ToLower(char letter) {
+  return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
+bool IsWordLetter(char letter) {
+  const char lower = ToLower(letter);
+  return (lower >= 'a' && lower <= 'z') || IsDigit(letter) || letter == '_';
+}
+
+bool EqualsInAnyCase(std::string_view text, std::string_view lowerCase) {
+  return std::equal(text.begin(), text.end(), lowerCase.begin(), lowerCase.end(),
+                    [](char letter, char lower) { return ToLower(letter) == lower; });
+}
+
+int LevelOfWord(std::string_view word) {
+  if (word.size() >= kShortestTelling && word.size() <= kLongestTelling) {
+    for (const LevelWord& telling : kTellingWords) {
+      if (EqualsInAnyCase(word, telling.word)) {
+        return telling.level;
+      }
+    }
+  }
+  return kLowestLevel + 1;
+}
+
+int MostUrgentWord(std::string_view line) {
+  int level = kLowestLevel + 1;
+  const char* letter = line.data();
+  const char* const end = letter + line.size();
+  while (letter != end) {
+    const char* const first = std::find_if(letter, end, IsWordLetter);
+    letter = std::find_if_not(first, end, IsWordLetter);
+    const std::string_view word(first, static_cast<std::size_t>(letter - first));
+    level = std::min(level, LevelOfWord(word));
+  }
+  return level;
+}
+
+}  // namespace
+
+const char* LevelName(int level) { return kLevelNames[std::clamp(level, 0, kLowestLevel)]; }
+
+std::optional<int> ParseLevel(std::string_view text) {
+  if (text.size() == 1 && text[0] >= '0' && text[0] <= '0' + kLowestLevel) {
+    return text[0] - '0';
+  }
+  for (int level = 0; level <= kLowestLevel; ++level) {
+    if (EqualsInAnyCase(text, kLevelNames[level])) {
+      return level;
+    }
+  }
+  for (const LevelWord& other : kOtherNames) {
+    if (EqualsInAnyCase(text, other.word)) {
+      return other.level;
+    }
+  }
+  return std::nullopt;
+}
+
+std::optional<LinePriority> ReadPriority(std::string_view line) {
+  if (line.empty() || line[0] != '<') {
+    return std::nullopt;
+  }
+  int number = 0;
+  std::size_t size = 1;
+  for (; size < line.size() && size <= kMaxPriorityDigits && IsDigit(line[size]); ++size) {
+    number = 10 * number + (line[size] - '0');
+  }
+  if (size == 1 || size == line.size() || line[size] != '>') {
+    return std::nullopt;
+  }
+  return LinePriority{number % kLevelsPerFacility, number / kLevelsPerFacility, size + 1};
+}
+
+int GuessLevel(std::string_view line) {
+  if (const auto priority = ReadPriority(line)) {
+    return priority->level;
+  }
+  const int level = MostUrgentWord(line);
+  return level > kLowestLevel ? kInfoLevel : level;
+}
+
+}  // namespace Kestrel::Host

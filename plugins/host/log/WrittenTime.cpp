@@ -1,0 +1,320 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "plugins/host/log/WrittenTime.h"
+
+#include <algorithm>
+
+namespace Kestrel::Host {
+namespace {
+
+constexpr std::string_view kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                        "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+constexpr std::string_view kWeekdays[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+// Longer names of zones are none that date(1) prints.
+constexpr std::size_t kMaxZoneLetters = 5;
+constexpr int kMaxOffsetHours = 15;
+// For a text without a year: one that has every day.
+constexpr int kLeapYear = 2000;
+
+bool IsDigit(char letter) { return letter >= '0' && letter <= '9'; }
+bool IsUpper(char letter) { return letter >= 'A' && letter <= 'Z'; }
+bool IsLetter(char letter) { return IsUpper(letter) || (letter >= 'a' && letter <= 'z'); }
+
+bool StartsWithDigit(std::string_view text) { return !text.empty() && IsDigit(text[0]); }
+
+// Whether the text goes on where a number or a word has to end.
+bool GoesOn(std::string_view text) {
+  return !text.empty() && (IsDigit(text[0]) || IsLetter(text[0]));
+}
+
+bool Take(std::string_view& text, char letter) {
+  if (text.empty() || text[0] != letter) {
+    return false;
+  }
+  text.remove_prefix(1);
+  return true;
+}
+
+bool Take(std::string_view& text, std::string_view word) {
+  if (text.substr(0, word.size()) != word) {
+    return false;
+  }
+  text.remove_prefix(word.size());
+  return true;
+}
+
+bool TakeSpaces(std::string_view& text) {
+  const std::size_t count = std::min(text.find_first_not_of(' '), text.size());
+  text.remove_prefix(count);
+  return count > 0;
+}
+
+bool TakeDigits(std::string_view& text, std::size_t count, int& number) {
+  if (text.size() < count) {
+    return false;
+  }
+  int value = 0;
+  for (const char letter : text.substr(0, count)) {
+    if (!IsDigit(letter)) {
+      return false;
+    }
+    value = 10 * value + (letter - '0');
+  }
+  text.remove_prefix(count);
+  number = value;
+  return true;
+}
+
+bool TakeMonthName(std::string_view& text, int& month) {
+  for (std::size_t index = 0; index < 12; ++index) {
+    if (Take(text, kMonths[index])) {
+      month = static_cast<int>(index) + 1;
+      return true;
+    }
+  }
+  return false;
+}
+
+bool TakeWeekday(std::string_view& text) {
+  for (const std::string_view weekday : kWeekdays) {
+    if (Take(text, weekday)) {
+      return true;
+    }
+  }
+  return false;
+}
+
+// A day of one or two digits.
+bool TakeShortDay(std::string_view& text, int& day) {
+  return TakeDigits(text, 2, day) || TakeDigits(text, 1, day);
+}
+
+void TakeFraction(std::string_view& text) {
+  if (text.size() > 1 && (text[0] == '.' || text[0] == ',') && IsDigit(text[1])) {
+    text.remove_prefix(1);
+    while (StartsWithDigit(text)) {
+      text.remove_prefix(1);
+    }
+  }
+}
+
+// Hours, minutes and seconds, with colons between them.
+bool TakeClock(std::string_view& text, CivilTime& time) {
+  if (!TakeDigits(text, 2, time.hour) || !Take(text, ':') || !TakeDigits(text, 2, time.minute) ||
+      !Take(text, ':') || !TakeDigits(text, 2, time.second)) {
+    return false;
+  }
+  TakeFraction(text);
+  return !StartsWithDigit(text);
+}
+
+// The same, of which the seconds may be left out.
+bool TakeShortClock(std::string_view& text, CivilTime& time) {
+  std::string_view rest = text;
+  if (TakeClock(rest, time)) {
+    text = rest;
+    return true;
+  }
+  time.second = 0;
+  return TakeDigits(text, 2, time.hour) && Take(text, ':') && TakeDigits(text, 2, time.minute) &&
+         (text.empty() || text[0] != ':') && (!GoesOn(text) || text[0] == 'Z');
+}
+
+// Sign, hours and minutes, which may be left out unless they are needed.
+std::optional<std::int64_t> TakeNumericOffset(std::string_view& text, bool needsMinutes) {
+  if (text.empty() || (text[0] != '+' && text[0] != '-')) {
+    return std::nullopt;
+  }
+  std::string_view rest = text.substr(1);
+  int hours = 0;
+  int minutes = 0;
+  if (!TakeDigits(rest, 2, hours)) {
+    return std::nullopt;
+  }
+  const bool hasColon = Take(rest, ':');
+  const bool hasMinutes = TakeDigits(rest, 2, minutes);
+  if (((hasColon || needsMinutes) && !hasMinutes) || GoesOn(rest)) {
+    return std::nullopt;
+  }
+  if (hours > kMaxOffsetHours || minutes > 59) {
+    return std::nullopt;
+  }
+  const int sign = text[0] == '-' ? -1 : 1;
+  text = rest;
+  return sign * (hours * 3600 + minutes * 60);
+}
+
+// A word for UTC, not the start of another one.
+bool TakeUtcWord(std::string_view& text, std::string_view word) {
+  std::string_view rest = text;
+  if (!Take(rest, word) || GoesOn(rest)) {
+    return false;
+  }
+  text = rest;
+  return true;
+}
+
+// After a space the short forms are not offsets: "10:00:00 -5 degrees".
+std::optional<std::int64_t> TakeOffset(std::string_view& text) {
+  std::string_view rest = text;
+  const bool isApart = Take(rest, ' ');
+  const bool isUtc = TakeUtcWord(rest, "UTC") || TakeUtcWord(rest, "GMT") ||
+                     (!isApart && (TakeUtcWord(rest, "Z") || TakeUtcWord(rest, "z")));
+  const std::optional<std::int64_t> offset = isUtc ? 0 : TakeNumericOffset(rest, isApart);
+  if (offset) {
+    text = rest;
+  }
+  return offset;
+}
+
+// 2026-11-22 or 2026/11/22.
+bool TakeDate(std::string_view& text, CivilTime& time) {
+  if (!TakeDigits(text, 4, time.year) || text.empty()) {
+    return false;
+  }
+  const char separator = text[0];
+  return (separator == '-' || separator == '/') && Take(text, separator) &&
+         TakeDigits(text, 2, time.month) && Take(text, separator) && TakeDigits(text, 2, time.day);
+}
+
+// The space or the letter between date and time, with a digit after it.
+bool TakeClockStart(std::string_view& text) {
+  return (Take(text, 'T') || Take(text, 't') || TakeSpaces(text)) && StartsWithDigit(text);
+}
+
+// 20261122T100000.
+bool TakeBasicTime(std::string_view& text, CivilTime& time) {
+  if (!TakeDigits(text, 4, time.year) || !TakeDigits(text, 2, time.month) ||
+      !TakeDigits(text, 2, time.day) || !Take(text, 'T') || !TakeDigits(text, 2, time.hour) ||
+      !TakeDigits(text, 2, time.minute) || !TakeDigits(text, 2, time.second)) {
+    return false;
+  }
+  TakeFraction(text);
+  return !StartsWithDigit(text);
+}
+
+// Reads with `read`, and leaves `text` as it was when that fails or there is no such day or time.
+template <typename Read>
+std::optional<WrittenTime> TakeTime(std::string_view& text, Read read) {
+  std::string_view rest = text;
+  WrittenTime written;
+  if (!read(rest, written) || !IsValid(written.time)) {
+    return std::nullopt;
+  }
+  text = rest;
+  return written;
+}
+
+bool ReadExtendedTime(std::string_view& text, WrittenTime& written) {
+  if (!TakeDate(text, written.time)) {
+    return false;
+  }
+  std::string_view rest = text;
+  WrittenTime withClock = written;
+  if (!TakeClockStart(rest) || !TakeShortClock(rest, withClock.time)) {
+    written.hasClock = false;
+    return !GoesOn(text) && (text.empty() || (text[0] != '-' && text[0] != '/'));
+  }
+  withClock.offset = TakeOffset(rest);
+  written = withClock;
+  text = rest;
+  return true;
+}
+
+bool ReadSyslogTime(std::string_view& text, WrittenTime& written) {
+  CivilTime& time = written.time;
+  if (!TakeMonthName(text, time.month) || !TakeSpaces(text) || !TakeShortDay(text, time.day) ||
+      !TakeSpaces(text)) {
+    return false;
+  }
+  std::string_view rest = text;
+  written.hasYear = TakeDigits(rest, 4, time.year) && TakeSpaces(rest);
+  if (written.hasYear) {
+    text = rest;
+  } else {
+    time.year = kLeapYear;
+  }
+  return TakeClock(text, time);
+}
+
+// The zone stands before the year.
+bool TakeZoneName(std::string_view& text, WrittenTime& written) {
+  std::size_t size = 0;
+  while (size < text.size() && IsUpper(text[size])) {
+    ++size;
+  }
+  if (size > kMaxZoneLetters) {
+    return false;
+  }
+  const std::string_view name = text.substr(0, size);
+  if (name == "UTC" || name == "GMT") {
+    written.offset = 0;
+  }
+  text.remove_prefix(size);
+  return size == 0 || TakeSpaces(text);
+}
+
+bool ReadDateTime(std::string_view& text, WrittenTime& written) {
+  CivilTime& time = written.time;
+  return TakeWeekday(text) && TakeSpaces(text) && TakeMonthName(text, time.month) &&
+         TakeSpaces(text) && TakeShortDay(text, time.day) && TakeSpaces(text) &&
+         TakeClock(text, time) && TakeSpaces(text) && TakeZoneName(text, written) &&
+         TakeDigits(text, 4, time.year) && !GoesOn(text);
+}
+
+bool ReadCommonLogTime(std::string_view& text, WrittenTime& written) {
+  CivilTime& time = written.time;
+  if (!TakeDigits(text, 2, time.day) || !Take(text, '/') || !TakeMonthName(text, time.month) ||
+      !Take(text, '/') || !TakeDigits(text, 4, time.year) || !Take(text, ':') ||
+      !TakeClock(text, time)) {
+    return false;
+  }
+  written.offset = TakeOffset(text);
+  return true;
+}
+
+bool ReadLetterTime(std::string_view& text, WrittenTime& written) {
+  CivilTime& time = written.time;
+  written.hasYear = false;
+  time.year = kLeapYear;
+  if (text.empty() || !IsUpper(text[0])) {
+    return false;
+  }
+  text.remove_prefix(1);
+  return TakeDigits(text, 2, time.month) && TakeDigits(text, 2, time.day) && TakeSpaces(text) &&
+         TakeClock(text, time);
+}
+
+}  // namespace
+
+std::optional<WrittenTime> TakeIsoTime(std::string_view& text) {
+  if (const auto written = TakeTime(text, ReadExtendedTime)) {
+    return written;
+  }
+  return TakeTime(text, [](std::string_view& rest, WrittenTime& written) {
+    if (!TakeBasicTime(rest, written.time)) {
+      return false;
+    }
+    written.offset = TakeOffset(rest);
+    return true;
+  });
+}
+
+std::optional<WrittenTime> TakeSyslogTime(std::string_view& text) {
+  return TakeTime(text, ReadSyslogTime);
+}
+
+std::optional<WrittenTime> TakeDateTime(std::string_view& text) {
+  return TakeTime(text, ReadDateTime);
+}
+
+std::optional<WrittenTime> TakeCommonLogTime(std::string_view& text) {
+  return TakeTime(text, ReadCommonLogTime);
+}
+
+std::optional<WrittenTime> TakeLetterTime(std::string_view& text) {
+  return TakeTime(text, ReadLetterTime);
+}
+
+}  // namespace Kestrel::Host
