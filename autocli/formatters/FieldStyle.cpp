@@ -3,10 +3,9 @@
 
 #include "autocli/formatters/FieldStyle.h"
 
-#include <cstddef>
-#include <cstring>
 #include <string_view>
 
+#include "autocli/text/SystemError.h"
 #include "kestrel/autocli/Util.h"
 
 namespace Kestrel::AutoCli {
@@ -15,7 +14,6 @@ namespace {
 
 constexpr std::string_view kPrintfPrefix = "printf:";
 constexpr std::string_view kUnitsPrefix = "units:";
-constexpr std::size_t kMaxErrorText = 255;
 
 bool HasKeyWithPrefix(const FormatParameters& params, std::string_view prefix) {
   const auto& parameters = params.GetParameters();
@@ -27,11 +25,6 @@ const std::string* FindParameter(const FormatParameters& params, const std::stri
   const auto& parameters = params.GetParameters();
   const auto found = parameters.find(key);
   return found == parameters.end() ? nullptr : &found->second;
-}
-
-std::string DescribeError(int error) {
-  char buffer[kMaxErrorText + 1] = "";
-  return std::string(strerror_r(error, buffer, sizeof buffer)).substr(0, kMaxErrorText);
 }
 
 }  // namespace
@@ -59,7 +52,7 @@ std::string FieldStyle::MakeText(const MetaObj::MetaObject* value) const {
     text = value->ToString();
   } else if (const int error = format_->Print(*value, text); error != 0) {
     return "Error while handling formatting parameter " + printfKey_ +
-           ".  Unable to format field: " + DescribeError(error);
+           ".  Unable to format field: " + SystemErrorText(error);
   }
   if (units_ != nullptr) {
     text += ' ';
