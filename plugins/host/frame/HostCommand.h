@@ -14,7 +14,7 @@
 #include <memory>
 
 #include "plugins/host/frame/Parameter.h"
-#include "plugins/host/frame/RecordShape.h"
+#include "plugins/host/frame/StructShape.h"
 
 namespace Kestrel::Host {
 

@@ -11,8 +11,8 @@
 
 namespace Kestrel::Host {
 
-/// The values that a parameter was given, of which a record has to show one. A parameter that was
-/// not given lets every record pass.
+/// The values that the user gave for a parameter. A row is listed when it has one of them, or when
+/// none was given.
 template <typename Value>
 class ValueFilter {
  public:
@@ -24,8 +24,8 @@ class ValueFilter {
     return values_.empty() || std::find(values_.begin(), values_.end(), value) != values_.end();
   }
 
-  /// Whether one of the values is accepted.
-  bool AcceptsOneOf(const std::vector<Value>& values) const {
+  /// Whether at least one of `values` is accepted.
+  bool AcceptsAnyOf(const std::vector<Value>& values) const {
     return values_.empty() || std::any_of(values.begin(), values.end(),
                                           [this](const Value& value) { return Accepts(value); });
   }
@@ -49,8 +49,8 @@ inline ValueFilter<bool>::ValueFilter(const CallSpec::Input& input, const char* 
   input.GetParameterBoolList(parameter, values_);
 }
 
-using TextFilter = ValueFilter<std::string>;
-using NumberFilter = ValueFilter<long>;
-using TruthFilter = ValueFilter<bool>;
+using StringFilter = ValueFilter<std::string>;
+using IntFilter = ValueFilter<long>;
+using BoolFilter = ValueFilter<bool>;
 
 }  // namespace Kestrel::Host

@@ -4,17 +4,20 @@
 #include "plugins/host/network/Netlink.h"
 
 #include <arpa/inet.h>
+#include <kestrel/KestrelException.h>
 #include <linux/rtnetlink.h>
 #include <sys/socket.h>
 #include <sys/time.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
+#include <limits>
 
-#include "kestrel/KestrelException.h"
+#include "plugins/host/frame/FileDescriptor.h"
+#include "plugins/host/frame/HexDigits.h"
 
 namespace Kestrel::Host {
 namespace {
@@ -22,7 +25,7 @@ namespace {
 // More than the largest datagram that the kernel fills for one dump.
 constexpr std::size_t kDatagramSize = 1 << 17;
 // A table that changes while it is dumped is asked for again; a busy one is taken as it comes.
-constexpr int kAttempts = 5;
+constexpr int kMaxAttempts = 5;
 
 [[noreturn]] void ThrowSystemError(const std::string& what, int error) {
   throw KestrelException("Unable to ask the kernel for its " + what + ": " + std::strerror(error));
@@ -32,17 +35,14 @@ class NetlinkSocket {
  public:
   NetlinkSocket(const std::string& what, std::chrono::milliseconds deadline)
       : what_(what), socket_(::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_ROUTE)) {
-    if (socket_ < 0) {
+    if (!socket_.IsOpen()) {
       ThrowSystemError(what_, errno);
     }
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(deadline);
     const std::chrono::microseconds rest = deadline - seconds;
     const timeval limit = {seconds.count(), rest.count()};
-    ::setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof(limit));
+    ::setsockopt(socket_.Get(), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof(limit));
   }
-  NetlinkSocket(const NetlinkSocket&) = delete;
-  NetlinkSocket& operator=(const NetlinkSocket&) = delete;
-  ~NetlinkSocket() { ::close(socket_); }
 
   void Send(std::uint16_t request, std::uint32_t sequence) const {
     struct {
@@ -54,7 +54,7 @@ class NetlinkSocket {
     message.header.nlmsg_flags = NLM_F_REQUEST | NLM_F_DUMP;
     message.header.nlmsg_seq = sequence;
     message.family.rtgen_family = AF_UNSPEC;
-    if (::send(socket_, &message, sizeof(message), 0) < 0) {
+    if (::send(socket_.Get(), &message, sizeof(message), 0) < 0) {
       ThrowSystemError(what_, errno);
     }
   }
@@ -62,7 +62,7 @@ class NetlinkSocket {
   std::string_view Receive(std::vector<char>& buffer) const {
     ssize_t size = 0;
     do {
-      size = ::recv(socket_, buffer.data(), buffer.size(), MSG_TRUNC);
+      size = ::recv(socket_.Get(), buffer.data(), buffer.size(), MSG_TRUNC);
     } while (size < 0 && errno == EINTR);
     if (size < 0) {
       ThrowSystemError(what_, errno == EAGAIN ? ETIMEDOUT : errno);
@@ -75,7 +75,7 @@ class NetlinkSocket {
 
  private:
   const std::string& what_;
-  int socket_;
+  FileDescriptor socket_;
 };
 
 std::size_t Align(std::size_t size, std::size_t to) { return (size + to - 1) / to * to; }
@@ -91,7 +91,7 @@ int ErrorNumber(std::string_view body) {
   if (body.size() >= sizeof(error)) {
     body.copy(reinterpret_cast<char*>(&error), sizeof(error));
   }
-  return error < 0 ? -error : error;
+  return std::abs(std::max(error, -std::numeric_limits<std::int32_t>::max()));
 }
 
 void CollectDatagram(std::string_view datagram, std::uint32_t sequence, const std::string& what,
@@ -183,7 +183,7 @@ std::string DumpNetlink(std::uint16_t request, const std::string& what,
   const NetlinkSocket socket(what, deadline);
   std::vector<char> buffer(kDatagramSize);
   std::string collected;
-  for (std::uint32_t attempt = 1; attempt <= kAttempts; ++attempt) {
+  for (std::uint32_t attempt = 1; attempt <= kMaxAttempts; ++attempt) {
     collected.clear();
     DumpProgress progress;
     socket.Send(request, attempt);
@@ -197,7 +197,7 @@ std::string DumpNetlink(std::uint16_t request, const std::string& what,
   return collected;
 }
 
-std::string AddressText(std::string_view bytes) {
+std::string FormatAddress(std::string_view bytes) {
   std::array<char, INET6_ADDRSTRLEN> text = {};
   if (bytes.size() != 4 && bytes.size() != 16) {
     return std::string();
@@ -206,16 +206,13 @@ std::string AddressText(std::string_view bytes) {
   return text.data();
 }
 
-std::string LinkAddressText(std::string_view bytes) {
-  static constexpr char kDigits[] = "0123456789abcdef";
+std::string FormatLinkAddress(std::string_view bytes) {
   std::string text;
   for (const char byte : bytes) {
-    const unsigned value = static_cast<unsigned char>(byte);
     if (!text.empty()) {
       text += ':';
     }
-    text += kDigits[value >> 4];
-    text += kDigits[value & 15];
+    AppendHexDigits(static_cast<unsigned char>(byte), text);
   }
   return text;
 }

@@ -65,9 +65,9 @@ std::string DumpNetlink(std::uint16_t request, const std::string& what,
                         std::chrono::milliseconds deadline = std::chrono::seconds(5));
 
 /// An IPv4 or IPv6 address of 4 or 16 bytes as text; empty for any other number of bytes.
-std::string AddressText(std::string_view bytes);
+std::string FormatAddress(std::string_view bytes);
 /// A link-layer address as pairs of hexadecimal digits joined by ':'; empty for no bytes.
-std::string LinkAddressText(std::string_view bytes);
+std::string FormatLinkAddress(std::string_view bytes);
 /// 4 for AF_INET, 6 for AF_INET6, 0 for every other address family.
 long FamilyNumber(unsigned family);
 

@@ -44,17 +44,17 @@ class NetworkAddressList final : public HostCommand {
   }
 
   void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
-    const NumberFilter families(input, "family");
-    const NumberFilter prefixLengths(input, "prefix-length");
-    const TextFilter interfaces(input, "interface");
-    const TextFilter scopes(input, "scope");
+    const IntFilter families(input, "family");
+    const IntFilter prefixLengths(input, "prefix-length");
+    const StringFilter interfaces(input, "interface");
+    const StringFilter scopes(input, "scope");
     const auto linkNames = LinkNames(ReadLinks());
     const auto list = NetworkAddressShape().NewList();
     for (const NetworkAddress& address : ReadAddresses()) {
       if (families.Accepts(address.family) && prefixLengths.Accepts(address.prefixLength) &&
           scopes.Accepts(address.scope) &&
           interfaces.Accepts(LinkName(linkNames, address.interfaceIndex))) {
-        list->Add(ToRecord(address, linkNames));
+        list->Add(ToStruct(address, linkNames));
       }
     }
     output.SetRootObject(list);

@@ -9,19 +9,19 @@
 #include <memory>
 #include <string>
 
-#include "plugins/host/frame/RecordShape.h"
+#include "plugins/host/frame/StructShape.h"
 #include "plugins/host/network/NetworkLinks.h"
 
 namespace Kestrel::Host {
 
 /// The declared fields of a "NetworkAddress".
-const RecordShape& NetworkAddressShape();
+const StructShape& NetworkAddressShape();
 
 /// An address as such a record; `linkNames` are the names of the interfaces by index.
-std::shared_ptr<MetaObj::MetaStruct> ToRecord(const NetworkAddress& address,
+std::shared_ptr<MetaObj::MetaStruct> ToStruct(const NetworkAddress& address,
                                               const std::map<long, std::string>& linkNames);
 
 /// The address with its prefix length, as in "127.0.0.1/8".
-std::string PrefixText(const NetworkAddress& address);
+std::string FormatPrefix(const NetworkAddress& address);
 
 }  // namespace Kestrel::Host

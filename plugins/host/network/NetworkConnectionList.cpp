@@ -5,8 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "plugins/host/frame/DataSource.h"
 #include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/network/NetworkCommands.h"
 #include "plugins/host/network/NetworkParameters.h"
@@ -15,49 +16,49 @@
 namespace Kestrel::Host {
 namespace {
 
-using Holders = std::map<long, std::vector<long>>;
+using Owners = std::map<long, std::vector<long>>;
 
-const RecordShape& Shape() {
-  static const RecordShape shape =
-      RecordShape("NetworkConnection")
-          .Text("Protocol", "tcp, udp or unix, for sockets of this machine's own.")
-          .Text("Type", "What the socket carries: stream, datagram or seqpacket.")
-          .Number("Family", "The version of the Internet protocol: 4 or 6; 0 for unix.")
-          .Text("State", "The state of the connection: listen, established and others.")
-          .Text("Local", "This end, with its port; a path for unix.")
-          .Text("Local Address", "The address of this end; empty for unix.")
-          .Number("Local Port", "The port of this end; 0 for unix.")
-          .Text("Remote", "The other end, with its port; empty for unix.")
-          .Text("Remote Address", "The address of the other end; empty for unix.")
-          .Number("Remote Port", "The port of the other end; 0 while there is none.")
-          .Number("Receive Queue", "How many bytes have come and were not read.")
-          .Number("Send Queue", "How many bytes were sent and not acknowledged.")
-          .Number("User Id", "The user who made the socket; -1 for unix.")
-          .Number("Inode", "The socket's number; 0 once no process holds it.")
-          .Numbers("Processes", "The processes that hold it, where they were asked for.");
+const StructShape& Shape() {
+  static const StructShape shape =
+      StructShape("NetworkConnection")
+          .String("Protocol", "tcp, udp or unix, for sockets of this machine's own.")
+          .String("Type", "What the socket carries: stream, datagram or seqpacket.")
+          .Int("Family", "The version of the Internet protocol: 4 or 6; 0 for unix.")
+          .String("State", "The state of the connection: listen, established and others.")
+          .String("Local", "This end, with its port; a path for unix.")
+          .String("Local Address", "The address of this end; empty for unix.")
+          .Int("Local Port", "The port of this end; 0 for unix.")
+          .String("Remote", "The other end, with its port; empty for unix.")
+          .String("Remote Address", "The address of the other end; empty for unix.")
+          .Int("Remote Port", "The port of the other end; 0 while there is none.")
+          .Int("Receive Queue", "How many bytes have come and were not read.")
+          .Int("Send Queue", "How many bytes were sent and not acknowledged.")
+          .Int("User Id", "The user who made the socket; -1 for unix.")
+          .Int("Inode", "The socket's number; 0 once no process holds it.")
+          .Ints("Processes", "The processes that hold it, where they were asked for.");
   return shape;
 }
 
-std::shared_ptr<MetaObj::MetaStruct> ToRecord(const SocketEntry& socket, const Holders& holders) {
-  const bool isLocal = socket.protocol == "unix";
-  const auto found = holders.find(socket.inode);
-  auto record = Shape().NewRecord();
-  record->SetField("Protocol", socket.protocol);
-  record->SetField("Type", socket.type);
-  record->SetField("Family", socket.family);
-  record->SetField("State", socket.state);
-  record->SetField("Local", OutsideText(isLocal ? socket.path : socket.local.ToText()));
-  record->SetField("Local Address", socket.local.address);
-  record->SetField("Local Port", socket.local.port);
-  record->SetField("Remote", socket.remote.ToText());
-  record->SetField("Remote Address", socket.remote.address);
-  record->SetField("Remote Port", socket.remote.port);
-  record->SetField("Receive Queue", socket.receiveQueue);
-  record->SetField("Send Queue", socket.sendQueue);
-  record->SetField("User Id", socket.userId);
-  record->SetField("Inode", socket.inode);
-  record->SetField("Processes", found == holders.end() ? std::vector<long>() : found->second);
-  return record;
+std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Socket& socket, const Owners& owners) {
+  const bool isUnix = socket.protocol == "unix";
+  const auto found = owners.find(socket.inode);
+  auto result = Shape().NewStruct();
+  result->SetField("Protocol", socket.protocol);
+  result->SetField("Type", socket.type);
+  result->SetField("Family", socket.family);
+  result->SetField("State", socket.state);
+  result->SetField("Local", SanitizedText(isUnix ? socket.path : socket.local.ToText()));
+  result->SetField("Local Address", socket.local.address);
+  result->SetField("Local Port", socket.local.port);
+  result->SetField("Remote", socket.remote.ToText());
+  result->SetField("Remote Address", socket.remote.address);
+  result->SetField("Remote Port", socket.remote.port);
+  result->SetField("Receive Queue", socket.receiveQueue);
+  result->SetField("Send Queue", socket.sendQueue);
+  result->SetField("User Id", socket.userId);
+  result->SetField("Inode", socket.inode);
+  result->SetField("Processes", found == owners.end() ? std::vector<long>() : found->second);
+  return result;
 }
 
 class NetworkConnectionList final : public HostCommand {
@@ -115,21 +116,21 @@ class NetworkConnectionList final : public HostCommand {
   }
 
   void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
-    const NumberFilter families(input, "family");
-    const NumberFilter ports(input, "port");
-    const TextFilter protocols(input, "protocol");
-    const TextFilter states(input, "state");
+    const IntFilter families(input, "family");
+    const IntFilter ports(input, "port");
+    const StringFilter protocols(input, "protocol");
+    const StringFilter states(input, "state");
     const bool isEverythingListed = input.IsFlagSet("all");
     const std::string proc = kProc;
-    const Holders holders = input.IsFlagSet("processes") ? ReadSocketHolders(proc) : Holders();
+    const Owners owners = input.IsFlagSet("processes") ? ReadSocketOwners(proc) : Owners();
     const auto list = Shape().NewList();
-    for (const SocketEntry& socket : ReadSockets(proc + "/net")) {
+    for (const Socket& socket : ReadSockets(proc + "/net")) {
       const bool isProtocolChosen =
           protocols.IsGiven() ? protocols.Accepts(socket.protocol) : socket.protocol != "unix";
       if ((isEverythingListed || isProtocolChosen) && families.Accepts(socket.family) &&
           states.Accepts(socket.state) &&
-          ports.AcceptsOneOf({socket.local.port, socket.remote.port})) {
-        list->Add(ToRecord(socket, holders));
+          ports.AcceptsAnyOf({socket.local.port, socket.remote.port})) {
+        list->Add(ToStruct(socket, owners));
       }
     }
     output.SetRootObject(list);

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "plugins/host/frame/DataSource.h"
 #include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/network/NetworkCommands.h"
 #include "plugins/host/network/NetworkLinks.h"
@@ -11,33 +11,33 @@
 namespace Kestrel::Host {
 namespace {
 
-const RecordShape& Shape() {
-  static const RecordShape shape =
-      RecordShape("NetworkCounter")
-          .Text("Interface", "The interface.")
-          .Number("RX Bytes", "How many bytes it received.")
-          .Number("RX Packets", "How many packets it received.")
-          .Number("RX Errors", "How many damaged packets it received.")
-          .Number("RX Dropped", "How many received packets were given up.")
-          .Number("TX Bytes", "How many bytes it sent.")
-          .Number("TX Packets", "How many packets it sent.")
-          .Number("TX Errors", "How many packets it failed to send.")
-          .Number("TX Dropped", "How many packets to send were given up.");
+const StructShape& Shape() {
+  static const StructShape shape =
+      StructShape("NetworkCounter")
+          .String("Interface", "The interface.")
+          .Int("RX Bytes", "How many bytes it received.")
+          .Int("RX Packets", "How many packets it received.")
+          .Int("RX Errors", "How many damaged packets it received.")
+          .Int("RX Dropped", "How many received packets were given up.")
+          .Int("TX Bytes", "How many bytes it sent.")
+          .Int("TX Packets", "How many packets it sent.")
+          .Int("TX Errors", "How many packets it failed to send.")
+          .Int("TX Dropped", "How many packets to send were given up.");
   return shape;
 }
 
-std::shared_ptr<MetaObj::MetaStruct> ToRecord(const NetworkLink& link) {
-  auto record = Shape().NewRecord();
-  record->SetField("Interface", OutsideText(link.name));
-  record->SetField("RX Bytes", link.received.bytes);
-  record->SetField("RX Packets", link.received.packets);
-  record->SetField("RX Errors", link.received.errors);
-  record->SetField("RX Dropped", link.received.dropped);
-  record->SetField("TX Bytes", link.transmitted.bytes);
-  record->SetField("TX Packets", link.transmitted.packets);
-  record->SetField("TX Errors", link.transmitted.errors);
-  record->SetField("TX Dropped", link.transmitted.dropped);
-  return record;
+std::shared_ptr<MetaObj::MetaStruct> ToStruct(const NetworkLink& link) {
+  auto result = Shape().NewStruct();
+  result->SetField("Interface", SanitizedText(link.name));
+  result->SetField("RX Bytes", link.received.bytes);
+  result->SetField("RX Packets", link.received.packets);
+  result->SetField("RX Errors", link.received.errors);
+  result->SetField("RX Dropped", link.received.dropped);
+  result->SetField("TX Bytes", link.transmitted.bytes);
+  result->SetField("TX Packets", link.transmitted.packets);
+  result->SetField("TX Errors", link.transmitted.errors);
+  result->SetField("TX Dropped", link.transmitted.dropped);
+  return result;
 }
 
 bool HasTrouble(const LinkTraffic& traffic) { return traffic.errors > 0 || traffic.dropped > 0; }
@@ -68,7 +68,7 @@ class NetworkCounterList final : public HostCommand {
   }
 
   void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
-    const TextFilter interfaces(input, "interface");
+    const StringFilter interfaces(input, "interface");
     const bool mustBeActive = input.IsFlagSet("active");
     const bool mustHaveTrouble = input.IsFlagSet("trouble");
     const auto list = Shape().NewList();
@@ -77,7 +77,7 @@ class NetworkCounterList final : public HostCommand {
       const bool hasTrouble = HasTrouble(link.received) || HasTrouble(link.transmitted);
       if (interfaces.Accepts(link.name) && (isActive || !mustBeActive) &&
           (hasTrouble || !mustHaveTrouble)) {
-        list->Add(ToRecord(link));
+        list->Add(ToStruct(link));
       }
     }
     output.SetRootObject(list);

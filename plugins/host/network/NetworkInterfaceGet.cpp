@@ -2,61 +2,55 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <kestrel/KestrelException.h>
-#include <net/if.h>
 
 #include <algorithm>
 #include <string>
 #include <vector>
 
-#include "plugins/host/frame/DataSource.h"
 #include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/network/NetworkAddressShape.h"
 #include "plugins/host/network/NetworkCommands.h"
+#include "plugins/host/network/NetworkInterfaceFields.h"
 #include "plugins/host/network/NetworkLinks.h"
 #include "plugins/host/network/NetworkParameters.h"
 
 namespace Kestrel::Host {
 namespace {
 
-const RecordShape& TrafficShape() {
-  static const RecordShape shape = RecordShape("NetworkTraffic")
-                                       .Number("Bytes", "How many bytes it carried.")
-                                       .Number("Packets", "How many packets it carried.")
-                                       .Number("Errors", "How many packets were damaged.")
-                                       .Number("Dropped", "How many packets were given up.");
+const StructShape& TrafficShape() {
+  static const StructShape shape = StructShape("NetworkTraffic")
+                                       .Int("Bytes", "How many bytes it carried.")
+                                       .Int("Packets", "How many packets it carried.")
+                                       .Int("Errors", "How many packets were damaged.")
+                                       .Int("Dropped", "How many packets were given up.");
   return shape;
 }
 
-const RecordShape& Shape() {
-  static const RecordShape shape =
-      RecordShape("NetworkInterfaceDetails")
-          .Text("Name", "The interface's name.")
-          .Text("Alias", "What the administrator calls it; empty for nothing.")
-          .Number("Index", "The interface's number.")
-          .Text("State", "Whether it can carry packets: UP, DOWN, UNKNOWN and others.")
-          .Truth("Up", "Whether the administrator has it switched on.")
-          .Text("Type", "The kind of its link: ether, loopback and others.")
-          .Text("Kind", "The kind of a virtual interface: veth, bridge and others; else empty.")
-          .Number("MTU", "The largest packet that it carries, in bytes.")
-          .Text("MAC Address", "Its link-layer address; empty for none.")
-          .Text("Broadcast", "The link-layer address that reaches every neighbor.")
-          .Texts("Flags", "What is true of it, such as BROADCAST or PROMISC.")
-          .Text("Master", "The bridge or bond that it belongs to; empty for none.")
-          .Text("Queueing", "How packets queue up that wait to be sent.")
-          .Number("Queue Length", "How many packets may wait to be sent.")
-          .Records("Addresses", NetworkAddressShape(), "Its addresses.")
-          .Record("Received", TrafficShape(), "What it has received since it was made.")
-          .Record("Transmitted", TrafficShape(), "What it has sent since it was made.");
+const StructShape& Shape() {
+  static const StructShape shape =
+      StructShape("NetworkInterfaceDetails")
+          .String("Name", "The interface's name.")
+          .String("Alias", "What the administrator calls it; empty for nothing.")
+          .With(DeclareInterfaceFields)
+          .String("Broadcast", "The link-layer address that reaches every neighbor.")
+          .Strings("Flags", "What is true of it, such as BROADCAST or PROMISC.")
+          .String("Master", "The bridge or bond that it belongs to; empty for none.")
+          .String("Queueing", "How packets queue up that wait to be sent.")
+          .Int("Queue Length", "How many packets may wait to be sent.")
+          .Structs("Addresses", NetworkAddressShape(), "Its addresses.")
+          .Struct("Received", TrafficShape(), "What it has received since it was made.")
+          .Struct("Transmitted", TrafficShape(), "What it has sent since it was made.");
   return shape;
 }
 
-std::shared_ptr<MetaObj::MetaStruct> ToRecord(const LinkTraffic& traffic) {
-  auto record = TrafficShape().NewRecord();
-  record->SetField("Bytes", traffic.bytes);
-  record->SetField("Packets", traffic.packets);
-  record->SetField("Errors", traffic.errors);
-  record->SetField("Dropped", traffic.dropped);
-  return record;
+std::shared_ptr<MetaObj::MetaStruct> ToStruct(const LinkTraffic& traffic) {
+  auto result = TrafficShape().NewStruct();
+  result->SetField("Bytes", traffic.bytes);
+  result->SetField("Packets", traffic.packets);
+  result->SetField("Errors", traffic.errors);
+  result->SetField("Dropped", traffic.dropped);
+  return result;
 }
 
 std::shared_ptr<MetaObj::MetaList> AddressList(const NetworkLink& link,
@@ -64,33 +58,27 @@ std::shared_ptr<MetaObj::MetaList> AddressList(const NetworkLink& link,
   auto list = NetworkAddressShape().NewList();
   for (const NetworkAddress& address : ReadAddresses()) {
     if (address.interfaceIndex == link.index) {
-      list->Add(Host::ToRecord(address, linkNames));
+      list->Add(Host::ToStruct(address, linkNames));
     }
   }
   return list;
 }
 
-std::shared_ptr<MetaObj::MetaStruct> ToRecord(const NetworkLink& link,
+std::shared_ptr<MetaObj::MetaStruct> ToStruct(const NetworkLink& link,
                                               const std::map<long, std::string>& linkNames) {
-  auto record = Shape().NewRecord();
-  record->SetField("Name", OutsideText(link.name));
-  record->SetField("Alias", OutsideText(link.alias));
-  record->SetField("Index", link.index);
-  record->SetField("State", link.state);
-  record->SetField("Up", (link.flags & IFF_UP) != 0);
-  record->SetField("Type", link.type);
-  record->SetField("Kind", OutsideText(link.kind));
-  record->SetField("MTU", link.mtu);
-  record->SetField("MAC Address", link.address);
-  record->SetField("Broadcast", link.broadcast);
-  record->SetField("Flags", LinkFlagNames(link.flags));
-  record->SetField("Master", OutsideText(LinkName(linkNames, link.masterIndex)));
-  record->SetField("Queueing", OutsideText(link.queueing));
-  record->SetField("Queue Length", link.queueLength);
-  record->SetField("Addresses", AddressList(link, linkNames));
-  record->SetField("Received", ToRecord(link.received));
-  record->SetField("Transmitted", ToRecord(link.transmitted));
-  return record;
+  auto result = Shape().NewStruct();
+  result->SetField("Name", SanitizedText(link.name));
+  result->SetField("Alias", SanitizedText(link.alias));
+  SetInterfaceFields(link, *result);
+  result->SetField("Broadcast", link.broadcast);
+  result->SetField("Flags", LinkFlagNames(link.flags));
+  result->SetField("Master", SanitizedText(LinkName(linkNames, link.masterIndex)));
+  result->SetField("Queueing", SanitizedText(link.queueing));
+  result->SetField("Queue Length", link.queueLength);
+  result->SetField("Addresses", AddressList(link, linkNames));
+  result->SetField("Received", ToStruct(link.received));
+  result->SetField("Transmitted", ToStruct(link.transmitted));
+  return result;
 }
 
 class NetworkInterfaceGet final : public HostCommand {
@@ -118,7 +106,7 @@ class NetworkInterfaceGet final : public HostCommand {
   }
 
   void DeclareResult(CallSpec::OutputSpec& spec) const override {
-    Shape().DeclareRecord(spec, "The interface with its addresses and what it has carried.");
+    Shape().DeclareStruct(spec, "The interface with its addresses and what it has carried.");
   }
 
   void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
@@ -130,7 +118,7 @@ class NetworkInterfaceGet final : public HostCommand {
       output.AddErrorMessage("There is no network interface named '" + name + "'");
       return;
     }
-    output.SetRootObject(ToRecord(*found, LinkNames(links)));
+    output.SetRootObject(ToStruct(*found, LinkNames(links)));
   }
 };
 

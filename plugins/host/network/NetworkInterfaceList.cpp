@@ -1,57 +1,44 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include <net/if.h>
-
 #include <map>
 #include <string>
 #include <vector>
 
-#include "plugins/host/frame/DataSource.h"
 #include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/network/NetworkAddressShape.h"
 #include "plugins/host/network/NetworkCommands.h"
+#include "plugins/host/network/NetworkInterfaceFields.h"
 #include "plugins/host/network/NetworkLinks.h"
 #include "plugins/host/network/NetworkParameters.h"
 
 namespace Kestrel::Host {
 namespace {
 
-const RecordShape& Shape() {
-  static const RecordShape shape =
-      RecordShape("NetworkInterface")
-          .Text("Name", "The interface's name.")
-          .Number("Index", "The interface's number.")
-          .Text("State", "Whether it can carry packets: UP, DOWN, UNKNOWN and others.")
-          .Truth("Up", "Whether the administrator has it switched on.")
-          .Text("Type", "The kind of its link: ether, loopback and others.")
-          .Text("Kind", "The kind of a virtual interface: veth, bridge and others; else empty.")
-          .Number("MTU", "The largest packet that it carries, in bytes.")
-          .Text("MAC Address", "Its link-layer address; empty for none.")
-          .Texts("Addresses", "Its addresses with their prefix lengths.");
+const StructShape& Shape() {
+  static const StructShape shape =
+      StructShape("NetworkInterface")
+          .String("Name", "The interface's name.")
+          .With(DeclareInterfaceFields)
+          .Strings("Addresses", "Its addresses with their prefix lengths.");
   return shape;
 }
 
-std::shared_ptr<MetaObj::MetaStruct> ToRecord(const NetworkLink& link,
+std::shared_ptr<MetaObj::MetaStruct> ToStruct(const NetworkLink& link,
                                               const std::vector<std::string>& addresses) {
-  auto record = Shape().NewRecord();
-  record->SetField("Name", OutsideText(link.name));
-  record->SetField("Index", link.index);
-  record->SetField("State", link.state);
-  record->SetField("Up", (link.flags & IFF_UP) != 0);
-  record->SetField("Type", link.type);
-  record->SetField("Kind", OutsideText(link.kind));
-  record->SetField("MTU", link.mtu);
-  record->SetField("MAC Address", link.address);
-  record->SetField("Addresses", addresses);
-  return record;
+  auto result = Shape().NewStruct();
+  result->SetField("Name", SanitizedText(link.name));
+  SetInterfaceFields(link, *result);
+  result->SetField("Addresses", addresses);
+  return result;
 }
 
 std::map<long, std::vector<std::string>> PrefixesByLink() {
   std::map<long, std::vector<std::string>> prefixes;
   for (const NetworkAddress& address : ReadAddresses()) {
-    prefixes[address.interfaceIndex].push_back(PrefixText(address));
+    prefixes[address.interfaceIndex].push_back(FormatPrefix(address));
   }
   return prefixes;
 }
@@ -90,15 +77,15 @@ class NetworkInterfaceList final : public HostCommand {
   }
 
   void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
-    const TextFilter interfaces(input, "interface");
-    const TextFilter states(input, "state");
-    const TruthFilter up(input, "up");
+    const StringFilter interfaces(input, "interface");
+    const StringFilter states(input, "state");
+    const BoolFilter up(input, "up");
     auto prefixes = PrefixesByLink();
     const auto list = Shape().NewList();
     for (const NetworkLink& link : ReadLinks()) {
       if (interfaces.Accepts(link.name) && states.Accepts(link.state) &&
-          up.Accepts((link.flags & IFF_UP) != 0)) {
-        list->Add(ToRecord(link, prefixes[link.index]));
+          up.Accepts(IsSwitchedOn(link))) {
+        list->Add(ToStruct(link, prefixes[link.index]));
       }
     }
     output.SetRootObject(list);

@@ -15,16 +15,12 @@
 #include <limits>
 
 #include "plugins/host/network/Netlink.h"
+#include "plugins/host/network/NumberNames.h"
 
 namespace Kestrel::Host {
 namespace {
 
-struct BitName {
-  unsigned bit;
-  const char* name;
-};
-
-constexpr BitName kLinkFlags[] = {
+constexpr NumberName kLinkFlags[] = {
     {IFF_UP, "UP"},
     {IFF_BROADCAST, "BROADCAST"},
     {IFF_DEBUG, "DEBUG"},
@@ -46,7 +42,7 @@ constexpr BitName kLinkFlags[] = {
     {IFF_ECHO, "ECHO"},
 };
 
-constexpr BitName kAddressFlags[] = {
+constexpr NumberName kAddressFlags[] = {
     {IFA_F_NODAD, "nodad"},
     {IFA_F_OPTIMISTIC, "optimistic"},
     {IFA_F_DADFAILED, "dadfailed"},
@@ -59,53 +55,35 @@ constexpr BitName kAddressFlags[] = {
     {IFA_F_STABLE_PRIVACY, "stable-privacy"},
 };
 
-template <std::size_t Count>
-std::vector<std::string> BitNames(const BitName (&names)[Count], unsigned bits) {
-  std::vector<std::string> found;
-  for (const BitName& entry : names) {
-    if ((bits & entry.bit) != 0) {
-      found.emplace_back(entry.name);
-    }
-  }
-  return found;
-}
+constexpr NumberName kLinkTypes[] = {
+    {ARPHRD_ETHER, "ether"}, {ARPHRD_LOOPBACK, "loopback"},
+    {ARPHRD_PPP, "ppp"},     {ARPHRD_INFINIBAND, "infiniband"},
+    {ARPHRD_TUNNEL, "ipip"}, {ARPHRD_TUNNEL6, "tunnel6"},
+    {ARPHRD_SIT, "sit"},     {ARPHRD_IPGRE, "gre"},
+    {ARPHRD_NONE, "none"},
+};
 
-std::string LinkTypeName(unsigned type) {
-  switch (type) {
-    case ARPHRD_ETHER:
-      return "ether";
-    case ARPHRD_LOOPBACK:
-      return "loopback";
-    case ARPHRD_PPP:
-      return "ppp";
-    case ARPHRD_INFINIBAND:
-      return "infiniband";
-    case ARPHRD_TUNNEL:
-      return "ipip";
-    case ARPHRD_TUNNEL6:
-      return "tunnel6";
-    case ARPHRD_SIT:
-      return "sit";
-    case ARPHRD_IPGRE:
-      return "gre";
-    case ARPHRD_NONE:
-      return "none";
-    default:
-      return std::to_string(type);
-  }
-}
+constexpr NumberName kOperationalStates[] = {
+    {IF_OPER_UNKNOWN, "UNKNOWN"}, {IF_OPER_NOTPRESENT, "NOTPRESENT"},
+    {IF_OPER_DOWN, "DOWN"},       {IF_OPER_LOWERLAYERDOWN, "LOWERLAYERDOWN"},
+    {IF_OPER_TESTING, "TESTING"}, {IF_OPER_DORMANT, "DORMANT"},
+    {IF_OPER_UP, "UP"},
+};
+
+constexpr NumberName kScopes[] = {
+    {RT_SCOPE_UNIVERSE, "global"}, {RT_SCOPE_SITE, "site"},       {RT_SCOPE_LINK, "link"},
+    {RT_SCOPE_HOST, "host"},       {RT_SCOPE_NOWHERE, "nowhere"},
+};
 
 std::string OperationalState(std::string_view attribute) {
-  static constexpr const char* kStates[] = {"UNKNOWN", "NOTPRESENT", "DOWN", "LOWERLAYERDOWN",
-                                            "TESTING", "DORMANT",    "UP"};
-  const std::size_t state = attribute.empty() ? 0 : static_cast<unsigned char>(attribute[0]);
-  return state < std::size(kStates) ? kStates[state] : std::to_string(state);
+  return NameOf(kOperationalStates,
+                attribute.empty() ? 0 : static_cast<unsigned char>(attribute[0]));
 }
 
 // The kernel counts without a sign; a value that does not fit stands at the largest that does.
 long CounterValue(std::uint64_t count) {
-  constexpr std::uint64_t kLargest = std::numeric_limits<long>::max();
-  return static_cast<long>(std::min(count, kLargest));
+  constexpr std::uint64_t kMax = std::numeric_limits<long>::max();
+  return static_cast<long>(std::min(count, kMax));
 }
 
 void ReadTraffic(std::string_view attribute, NetworkLink& link) {
@@ -122,7 +100,7 @@ void ReadTraffic(std::string_view attribute, NetworkLink& link) {
 std::string LinkAddress(unsigned type, std::string_view bytes) {
   const bool isTunnel =
       type == ARPHRD_TUNNEL || type == ARPHRD_TUNNEL6 || type == ARPHRD_SIT || type == ARPHRD_IPGRE;
-  return isTunnel ? AddressText(bytes) : LinkAddressText(bytes);
+  return isTunnel ? FormatAddress(bytes) : FormatLinkAddress(bytes);
 }
 
 NetworkLink ParseLink(const ifinfomsg& fixed, const NetlinkAttributes& attributes) {
@@ -133,7 +111,7 @@ NetworkLink ParseLink(const ifinfomsg& fixed, const NetlinkAttributes& attribute
   link.queueLength = attributes.GetNumber(IFLA_TXQLEN);
   link.flags = fixed.ifi_flags;
   link.name = attributes.GetText(IFLA_IFNAME);
-  link.type = LinkTypeName(fixed.ifi_type);
+  link.type = NameOf(kLinkTypes, fixed.ifi_type);
   link.kind = NetlinkAttributes(attributes.Get(IFLA_LINKINFO)).GetText(IFLA_INFO_KIND);
   link.state = OperationalState(attributes.Get(IFLA_OPERSTATE));
   link.address = LinkAddress(fixed.ifi_type, attributes.Get(IFLA_ADDRESS));
@@ -150,7 +128,7 @@ long LifetimeSeconds(std::uint32_t seconds) {
 
 // One bit says "temporary" of an IPv6 address and "secondary" of an IPv4 one.
 std::vector<std::string> AddressFlagNames(long family, unsigned flags) {
-  std::vector<std::string> names = BitNames(kAddressFlags, flags);
+  std::vector<std::string> names = NamesOfBits(kAddressFlags, flags);
   if ((flags & IFA_F_SECONDARY) != 0) {
     names.emplace_back(family == 6 ? "temporary" : "secondary");
   }
@@ -167,9 +145,9 @@ NetworkAddress ParseAddress(const ifaddrmsg& fixed, const NetlinkAttributes& att
   address.prefixLength = fixed.ifa_prefixlen;
   address.scope = ScopeName(fixed.ifa_scope);
   address.label = attributes.GetText(IFA_LABEL);
-  address.broadcast = AddressText(attributes.Get(IFA_BROADCAST));
-  const std::string other = AddressText(attributes.Get(IFA_ADDRESS));
-  const std::string local = AddressText(attributes.Get(IFA_LOCAL));
+  address.broadcast = FormatAddress(attributes.Get(IFA_BROADCAST));
+  const std::string other = FormatAddress(attributes.Get(IFA_ADDRESS));
+  const std::string local = FormatAddress(attributes.Get(IFA_LOCAL));
   address.address = local.empty() ? other : local;
   address.peer = address.address == other ? std::string() : other;
   ifa_cacheinfo lifetimes = {};
@@ -227,7 +205,7 @@ std::vector<NetworkAddress> ReadAddresses() {
   return addresses;
 }
 
-std::vector<std::string> LinkFlagNames(unsigned flags) { return BitNames(kLinkFlags, flags); }
+std::vector<std::string> LinkFlagNames(unsigned flags) { return NamesOfBits(kLinkFlags, flags); }
 
 std::map<long, std::string> LinkNames(const std::vector<NetworkLink>& links) {
   std::map<long, std::string> names;
@@ -245,21 +223,6 @@ std::string LinkName(const std::map<long, std::string>& names, long index) {
   return found == names.end() ? "#" + std::to_string(index) : found->second;
 }
 
-std::string ScopeName(unsigned scope) {
-  switch (scope) {
-    case RT_SCOPE_UNIVERSE:
-      return "global";
-    case RT_SCOPE_SITE:
-      return "site";
-    case RT_SCOPE_LINK:
-      return "link";
-    case RT_SCOPE_HOST:
-      return "host";
-    case RT_SCOPE_NOWHERE:
-      return "nowhere";
-    default:
-      return std::to_string(scope);
-  }
-}
+std::string ScopeName(unsigned scope) { return NameOf(kScopes, scope); }
 
 }  // namespace Kestrel::Host

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "plugins/host/frame/DataSource.h"
 #include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/network/NetworkCommands.h"
 #include "plugins/host/network/NetworkLinks.h"
@@ -12,28 +12,28 @@
 namespace Kestrel::Host {
 namespace {
 
-const RecordShape& Shape() {
-  static const RecordShape shape =
-      RecordShape("NetworkNeighbor")
-          .Text("Address", "The neighbor's IPv4 or IPv6 address.")
-          .Number("Family", "The version of the Internet protocol: 4 or 6.")
-          .Text("Interface", "The interface behind which it lives.")
-          .Text("MAC Address", "Its link-layer address; empty while it is not known.")
-          .Text("State", "What is known of it: reachable, stale, failed and others.")
-          .Truth("Router", "Whether it says that it passes packets on.");
+const StructShape& Shape() {
+  static const StructShape shape =
+      StructShape("NetworkNeighbor")
+          .String("Address", "The neighbor's IPv4 or IPv6 address.")
+          .Int("Family", "The version of the Internet protocol: 4 or 6.")
+          .String("Interface", "The interface behind which it lives.")
+          .String("MAC Address", "Its link-layer address; empty while it is not known.")
+          .String("State", "What is known of it: reachable, stale, failed and others.")
+          .Bool("Router", "Whether it says that it passes packets on.");
   return shape;
 }
 
-std::shared_ptr<MetaObj::MetaStruct> ToRecord(const NetworkNeighbor& neighbor,
+std::shared_ptr<MetaObj::MetaStruct> ToStruct(const NetworkNeighbor& neighbor,
                                               const std::map<long, std::string>& links) {
-  auto record = Shape().NewRecord();
-  record->SetField("Address", neighbor.address);
-  record->SetField("Family", neighbor.family);
-  record->SetField("Interface", OutsideText(LinkName(links, neighbor.interfaceIndex)));
-  record->SetField("MAC Address", neighbor.linkAddress);
-  record->SetField("State", neighbor.state);
-  record->SetField("Router", neighbor.isRouter);
-  return record;
+  auto result = Shape().NewStruct();
+  result->SetField("Address", neighbor.address);
+  result->SetField("Family", neighbor.family);
+  result->SetField("Interface", SanitizedText(LinkName(links, neighbor.interfaceIndex)));
+  result->SetField("MAC Address", neighbor.linkAddress);
+  result->SetField("State", neighbor.state);
+  result->SetField("Router", neighbor.isRouter);
+  return result;
 }
 
 class NetworkNeighborList final : public HostCommand {
@@ -72,9 +72,9 @@ class NetworkNeighborList final : public HostCommand {
   }
 
   void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
-    const NumberFilter families(input, "family");
-    const TextFilter interfaces(input, "interface");
-    const TextFilter states(input, "state");
+    const IntFilter families(input, "family");
+    const StringFilter interfaces(input, "interface");
+    const StringFilter states(input, "state");
     // A state that is asked for by name is listed whatever it is.
     const bool isEverythingListed = input.IsFlagSet("all") || states.IsGiven();
     const auto links = LinkNames(ReadLinks());
@@ -84,7 +84,7 @@ class NetworkNeighborList final : public HostCommand {
       if ((isEverythingListed || wasAsked) && families.Accepts(neighbor.family) &&
           states.Accepts(neighbor.state) &&
           interfaces.Accepts(LinkName(links, neighbor.interfaceIndex))) {
-        list->Add(ToRecord(neighbor, links));
+        list->Add(ToStruct(neighbor, links));
       }
     }
     output.SetRootObject(list);

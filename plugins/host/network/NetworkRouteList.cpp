@@ -8,8 +8,8 @@
 #include <map>
 #include <string>
 
-#include "plugins/host/frame/DataSource.h"
 #include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/network/NetworkCommands.h"
 #include "plugins/host/network/NetworkLinks.h"
@@ -21,30 +21,30 @@ namespace {
 
 using LinkNameMap = std::map<long, std::string>;
 
-const RecordShape& NextHopShape() {
-  static const RecordShape shape =
-      RecordShape("NetworkNextHop")
-          .Text("Gateway", "The neighbor that passes the packets on; empty for none.")
-          .Text("Interface", "The interface that they leave through.")
-          .Number("Weight", "How much of the traffic takes this way, against the other weights.");
+const StructShape& NextHopShape() {
+  static const StructShape shape =
+      StructShape("NetworkNextHop")
+          .String("Gateway", "The neighbor that passes the packets on; empty for none.")
+          .String("Interface", "The interface that they leave through.")
+          .Int("Weight", "How much of the traffic takes this way, against the other weights.");
   return shape;
 }
 
-const RecordShape& Shape() {
-  static const RecordShape shape =
-      RecordShape("NetworkRoute")
-          .Text("Destination", "The network that it leads to, or default for everything else.")
-          .Number("Family", "The version of the Internet protocol: 4 or 6.")
-          .Number("Prefix Length", "How many leading bits belong to the network.")
-          .Text("Gateway", "The neighbor that passes packets on, of the first way; may be empty.")
-          .Text("Interface", "The interface of the first way; may be empty.")
-          .Records("Next Hops", NextHopShape(), "Every way that its packets may take.")
-          .Text("Protocol", "Who made it: kernel, boot, static, dhcp, ra and others.")
-          .Text("Scope", "How far the destination is: global, link, host and others.")
-          .Text("Type", "What happens to packets: unicast, local, blackhole and others.")
-          .Text("Source", "The local address that it prefers; empty for none.")
-          .Number("Metric", "Of several routes the one with the least metric is taken.")
-          .Number("Table", "The routing table that it stands in; 254 is the main one.");
+const StructShape& Shape() {
+  static const StructShape shape =
+      StructShape("NetworkRoute")
+          .String("Destination", "The network that it leads to, or default for everything else.")
+          .Int("Family", "The version of the Internet protocol: 4 or 6.")
+          .Int("Prefix Length", "How many leading bits belong to the network.")
+          .String("Gateway", "The neighbor that passes packets on, of the first way; may be empty.")
+          .String("Interface", "The interface of the first way; may be empty.")
+          .Structs("Next Hops", NextHopShape(), "Every way that its packets may take.")
+          .String("Protocol", "Who made it: kernel, boot, static, dhcp, ra and others.")
+          .String("Scope", "How far the destination is: global, link, host and others.")
+          .String("Type", "What happens to packets: unicast, local, blackhole and others.")
+          .String("Source", "The local address that it prefers; empty for none.")
+          .Int("Metric", "Of several routes the one with the least metric is taken.")
+          .Int("Table", "The routing table that it stands in; 254 is the main one.");
   return shape;
 }
 
@@ -54,37 +54,37 @@ std::string DestinationText(const NetworkRoute& route) {
              : route.destination + "/" + std::to_string(route.prefixLength);
 }
 
-std::shared_ptr<MetaObj::MetaStruct> ToRecord(const NextHop& nextHop, const LinkNameMap& links) {
-  auto record = NextHopShape().NewRecord();
-  record->SetField("Gateway", nextHop.gateway);
-  record->SetField("Interface", OutsideText(LinkName(links, nextHop.interfaceIndex)));
-  record->SetField("Weight", nextHop.weight);
-  return record;
+std::shared_ptr<MetaObj::MetaStruct> ToStruct(const NextHop& nextHop, const LinkNameMap& links) {
+  auto result = NextHopShape().NewStruct();
+  result->SetField("Gateway", nextHop.gateway);
+  result->SetField("Interface", SanitizedText(LinkName(links, nextHop.interfaceIndex)));
+  result->SetField("Weight", nextHop.weight);
+  return result;
 }
 
-std::shared_ptr<MetaObj::MetaStruct> ToRecord(const NetworkRoute& route, const LinkNameMap& links) {
+std::shared_ptr<MetaObj::MetaStruct> ToStruct(const NetworkRoute& route, const LinkNameMap& links) {
   const NextHop first = route.nextHops.empty() ? NextHop() : route.nextHops.front();
   const auto nextHops = NextHopShape().NewList();
   for (const NextHop& nextHop : route.nextHops) {
-    nextHops->Add(ToRecord(nextHop, links));
+    nextHops->Add(ToStruct(nextHop, links));
   }
-  auto record = Shape().NewRecord();
-  record->SetField("Destination", DestinationText(route));
-  record->SetField("Family", route.family);
-  record->SetField("Prefix Length", route.prefixLength);
-  record->SetField("Gateway", first.gateway);
-  record->SetField("Interface", OutsideText(LinkName(links, first.interfaceIndex)));
-  record->SetField("Next Hops", nextHops);
-  record->SetField("Protocol", route.protocol);
-  record->SetField("Scope", route.scope);
-  record->SetField("Type", route.type);
-  record->SetField("Source", route.source);
-  record->SetField("Metric", route.metric);
-  record->SetField("Table", route.table);
-  return record;
+  auto result = Shape().NewStruct();
+  result->SetField("Destination", DestinationText(route));
+  result->SetField("Family", route.family);
+  result->SetField("Prefix Length", route.prefixLength);
+  result->SetField("Gateway", first.gateway);
+  result->SetField("Interface", SanitizedText(LinkName(links, first.interfaceIndex)));
+  result->SetField("Next Hops", nextHops);
+  result->SetField("Protocol", route.protocol);
+  result->SetField("Scope", route.scope);
+  result->SetField("Type", route.type);
+  result->SetField("Source", route.source);
+  result->SetField("Metric", route.metric);
+  result->SetField("Table", route.table);
+  return result;
 }
 
-bool LeavesThrough(const NetworkRoute& route, const TextFilter& interfaces,
+bool LeavesThrough(const NetworkRoute& route, const StringFilter& interfaces,
                    const LinkNameMap& links) {
   return !interfaces.IsGiven() ||
          std::any_of(route.nextHops.begin(), route.nextHops.end(), [&](const NextHop& nextHop) {
@@ -118,9 +118,9 @@ class NetworkRouteList final : public HostCommand {
   }
 
   void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
-    const NumberFilter families(input, "family");
-    const TextFilter interfaces(input, "interface");
-    const NumberFilter tables(input, "table");
+    const IntFilter families(input, "family");
+    const StringFilter interfaces(input, "interface");
+    const IntFilter tables(input, "table");
     const bool isEveryTableListed = input.IsFlagSet("all");
     const LinkNameMap links = LinkNames(ReadLinks());
     const auto list = Shape().NewList();
@@ -129,7 +129,7 @@ class NetworkRouteList final : public HostCommand {
           tables.IsGiven() ? tables.Accepts(route.table) : route.table == RT_TABLE_MAIN;
       if ((isEveryTableListed || isTableChosen) && families.Accepts(route.family) &&
           LeavesThrough(route, interfaces, links)) {
-        list->Add(ToRecord(route, links));
+        list->Add(ToStruct(route, links));
       }
     }
     output.SetRootObject(list);

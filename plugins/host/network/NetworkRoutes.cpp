@@ -12,14 +12,10 @@
 
 #include "plugins/host/network/Netlink.h"
 #include "plugins/host/network/NetworkLinks.h"
+#include "plugins/host/network/NumberNames.h"
 
 namespace Kestrel::Host {
 namespace {
-
-struct NumberName {
-  unsigned number;
-  const char* name;
-};
 
 constexpr NumberName kProtocols[] = {
     {RTPROT_UNSPEC, "none"},
@@ -67,23 +63,15 @@ constexpr NumberName kStates[] = {
     {NUD_FAILED, "failed"}, {NUD_NOARP, "noarp"},           {NUD_PERMANENT, "permanent"},
 };
 
-template <std::size_t Count>
-std::string NameOf(const NumberName (&names)[Count], unsigned number) {
-  const auto* found =
-      std::find_if(std::begin(names), std::end(names),
-                   [number](const NumberName& entry) { return entry.number == number; });
-  return found == std::end(names) ? std::to_string(number) : found->name;
-}
-
 // A gateway of the route's own address family, or of another one, whose number then stands before
 // it.
 std::string GatewayText(const NetlinkAttributes& attributes) {
   if (attributes.Has(RTA_GATEWAY)) {
-    return AddressText(attributes.Get(RTA_GATEWAY));
+    return FormatAddress(attributes.Get(RTA_GATEWAY));
   }
   const std::string_view via = attributes.Get(RTA_VIA);
   constexpr std::size_t kFamilySize = sizeof(rtvia::rtvia_family);
-  return via.size() > kFamilySize ? AddressText(via.substr(kFamilySize)) : std::string();
+  return via.size() > kFamilySize ? FormatAddress(via.substr(kFamilySize)) : std::string();
 }
 
 std::vector<NextHop> ParseNextHops(std::string_view bytes) {
@@ -117,7 +105,7 @@ std::vector<NextHop> RouteNextHops(const NetlinkAttributes& attributes) {
 // An address without bytes stands for every address.
 std::string DestinationText(const rtmsg& fixed, std::string_view bytes) {
   if (!bytes.empty()) {
-    return AddressText(bytes);
+    return FormatAddress(bytes);
   }
   if (fixed.rtm_dst_len == 0) {
     return "default";
@@ -130,7 +118,7 @@ NetworkRoute ParseRoute(const rtmsg& fixed, const NetlinkAttributes& attributes)
   route.family = FamilyNumber(fixed.rtm_family);
   route.destination = DestinationText(fixed, attributes.Get(RTA_DST));
   route.prefixLength = fixed.rtm_dst_len;
-  route.source = AddressText(attributes.Get(RTA_PREFSRC));
+  route.source = FormatAddress(attributes.Get(RTA_PREFSRC));
   route.protocol = NameOf(kProtocols, fixed.rtm_protocol);
   route.scope = ScopeName(fixed.rtm_scope);
   route.type = NameOf(kTypes, fixed.rtm_type);
@@ -144,8 +132,8 @@ NetworkNeighbor ParseNeighbor(const ndmsg& fixed, const NetlinkAttributes& attri
   NetworkNeighbor neighbor;
   neighbor.family = FamilyNumber(fixed.ndm_family);
   neighbor.interfaceIndex = fixed.ndm_ifindex;
-  neighbor.address = AddressText(attributes.Get(NDA_DST));
-  neighbor.linkAddress = LinkAddressText(attributes.Get(NDA_LLADDR));
+  neighbor.address = FormatAddress(attributes.Get(NDA_DST));
+  neighbor.linkAddress = FormatLinkAddress(attributes.Get(NDA_LLADDR));
   neighbor.state = NameOf(kStates, fixed.ndm_state);
   neighbor.isRouter = (fixed.ndm_flags & NTF_ROUTER) != 0;
   return neighbor;

@@ -14,6 +14,8 @@
 
 #include "plugins/host/network/SocketTables.h"
 
+#include <kestrel/KestrelException.h>
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -22,8 +24,8 @@
 #include <iterator>
 #include <utility>
 
-#include "kestrel/KestrelException.h"
-#include "plugins/host/frame/DataSource.h"
+#include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/TextParsing.h"
 #include "plugins/host/network/Netlink.h"
 
 namespace Kestrel::Host {
@@ -76,11 +78,11 @@ bool ReadAddress(std::string_view digits, std::string& address) {
     std::memcpy(raw.data(), &group, sizeof(group));
     bytes.append(raw.data(), raw.size());
   }
-  address = AddressText(bytes);
+  address = FormatAddress(bytes);
   return true;
 }
 
-bool ReadEnd(std::string_view word, SocketEnd& end) {
+bool ReadEnd(std::string_view word, SocketEndpoint& end) {
   std::string_view address;
   std::string_view port;
   return ReadPair(word, address, port) && ReadAddress(address, end.address) &&
@@ -99,7 +101,7 @@ std::string InternetStateName(const std::string& protocol, unsigned state) {
   return state < std::size(kStates) ? kStates[state] : kStates[0];
 }
 
-bool ParseInternetLine(std::string_view line, SocketEntry& socket) {
+bool ParseInternetLine(std::string_view line, Socket& socket) {
   TakeWord(line);
   if (!ReadEnd(TakeWord(line), socket.local) || !ReadEnd(TakeWord(line), socket.remote)) {
     return false;
@@ -121,7 +123,7 @@ bool ParseInternetLine(std::string_view line, SocketEntry& socket) {
   return ReadNumber(user, 10, socket.userId) && ReadNumber(TakeWord(line), 10, socket.inode);
 }
 
-std::string LocalTypeName(unsigned type) {
+std::string UnixTypeName(unsigned type) {
   switch (type) {
     case 1:
       return "stream";
@@ -134,7 +136,7 @@ std::string LocalTypeName(unsigned type) {
   }
 }
 
-std::string LocalStateName(unsigned flags, unsigned state) {
+std::string UnixStateName(unsigned flags, unsigned state) {
   static constexpr const char* kStates[] = {"unknown", "unconnected", "connecting", "connected",
                                             "disconnecting"};
   constexpr unsigned kListens = 0x10000;
@@ -144,7 +146,7 @@ std::string LocalStateName(unsigned flags, unsigned state) {
   return state < std::size(kStates) ? kStates[state] : kStates[0];
 }
 
-bool ParseLocalLine(std::string_view line, SocketEntry& socket) {
+bool ParseUnixLine(std::string_view line, Socket& socket) {
   const std::string_view address = TakeWord(line);
   if (address.empty() || address.back() != ':') {
     return false;
@@ -161,8 +163,8 @@ bool ParseLocalLine(std::string_view line, SocketEntry& socket) {
     return false;
   }
   socket.protocol = "unix";
-  socket.type = LocalTypeName(type);
-  socket.state = LocalStateName(flags, state);
+  socket.type = UnixTypeName(type);
+  socket.state = UnixStateName(flags, state);
   socket.path = line;
   return true;
 }
@@ -176,27 +178,26 @@ struct InternetTable {
 constexpr InternetTable kInternetTables[] = {
     {"tcp", "tcp", 4}, {"tcp6", "tcp", 6}, {"udp", "udp", 4}, {"udp6", "udp", 6}};
 
-void Append(std::vector<SocketEntry>&& more, std::vector<SocketEntry>& sockets) {
+void Append(std::vector<Socket>&& more, std::vector<Socket>& sockets) {
   std::move(more.begin(), more.end(), std::back_inserter(sockets));
 }
 
 // The inode in the target of a descriptor's link, "socket:[1234]".
 bool ReadSocketInode(std::string_view target, long& inode) {
   constexpr std::string_view kPrefix = "socket:[";
-  return target.size() > kPrefix.size() && target.substr(0, kPrefix.size()) == kPrefix &&
-         target.back() == ']' &&
+  return StartsWith(target, kPrefix) && target.size() > kPrefix.size() && target.back() == ']' &&
          ReadNumber(target.substr(kPrefix.size(), target.size() - kPrefix.size() - 1), 10, inode);
 }
 
-void CollectHeldSockets(const std::string& folder, long processId,
-                        std::map<long, std::vector<long>>& holders) {
+void CollectOwnedSockets(const std::string& folder, long processId,
+                         std::map<long, std::vector<long>>& owners) {
   for (const std::string& name : ListFolder(folder)) {
     const auto target = ReadLink(folder + "/" + name);
     long inode = 0;
     if (!target || !ReadSocketInode(*target, inode)) {
       continue;
     }
-    std::vector<long>& processes = holders[inode];
+    std::vector<long>& processes = owners[inode];
     if (processes.empty() || processes.back() != processId) {
       processes.push_back(processId);
     }
@@ -205,7 +206,7 @@ void CollectHeldSockets(const std::string& folder, long processId,
 
 }  // namespace
 
-std::string SocketEnd::ToText() const {
+std::string SocketEndpoint::ToText() const {
   if (address.empty()) {
     return std::string();
   }
@@ -214,11 +215,11 @@ std::string SocketEnd::ToText() const {
   return (isVersion6 ? "[" + address + "]" : address) + ":" + portText;
 }
 
-std::vector<SocketEntry> ParseInternetSockets(std::string_view table, const std::string& protocol,
-                                              long family) {
-  std::vector<SocketEntry> sockets;
+std::vector<Socket> ParseInternetSockets(std::string_view table, const std::string& protocol,
+                                         long family) {
+  std::vector<Socket> sockets;
   while (!table.empty()) {
-    SocketEntry socket;
+    Socket socket;
     socket.protocol = protocol;
     socket.type = protocol == "tcp" ? "stream" : "datagram";
     socket.family = family;
@@ -229,12 +230,12 @@ std::vector<SocketEntry> ParseInternetSockets(std::string_view table, const std:
   return sockets;
 }
 
-std::vector<SocketEntry> ParseLocalSockets(std::string_view table) {
-  std::vector<SocketEntry> sockets;
+std::vector<Socket> ParseUnixSockets(std::string_view table) {
+  std::vector<Socket> sockets;
   while (!table.empty()) {
     const std::string_view line = TakeLine(table);
-    SocketEntry socket;
-    if (ParseLocalLine(line, socket)) {
+    Socket socket;
+    if (ParseUnixLine(line, socket)) {
       sockets.push_back(std::move(socket));
     } else if (!sockets.empty()) {
       // A line that is no socket goes on with the path of the one before, which held a line break.
@@ -244,8 +245,8 @@ std::vector<SocketEntry> ParseLocalSockets(std::string_view table) {
   return sockets;
 }
 
-std::vector<SocketEntry> ReadSockets(const std::string& folder) {
-  std::vector<SocketEntry> sockets;
+std::vector<Socket> ReadSockets(const std::string& folder) {
+  std::vector<Socket> sockets;
   bool isAnyThere = false;
   for (const InternetTable& table : kInternetTables) {
     if (const auto text = ReadFile(folder + "/" + table.name)) {
@@ -255,7 +256,7 @@ std::vector<SocketEntry> ReadSockets(const std::string& folder) {
   }
   if (const auto text = ReadFile(folder + "/unix")) {
     isAnyThere = true;
-    Append(ParseLocalSockets(*text), sockets);
+    Append(ParseUnixSockets(*text), sockets);
   }
   if (!isAnyThere) {
     throw KestrelException("Unable to read any table of connections in " + folder);
@@ -263,18 +264,18 @@ std::vector<SocketEntry> ReadSockets(const std::string& folder) {
   return sockets;
 }
 
-std::map<long, std::vector<long>> ReadSocketHolders(const std::string& procFolder) {
-  std::map<long, std::vector<long>> holders;
+std::map<long, std::vector<long>> ReadSocketOwners(const std::string& procFolder) {
+  std::map<long, std::vector<long>> owners;
   for (const std::string& name : ListFolder(procFolder)) {
     long processId = 0;
     if (ReadNumber(name, 10, processId)) {
-      CollectHeldSockets(procFolder + "/" + name + "/fd", processId, holders);
+      CollectOwnedSockets(procFolder + "/" + name + "/fd", processId, owners);
     }
   }
-  for (auto& [inode, processes] : holders) {
+  for (auto& [inode, processes] : owners) {
     std::sort(processes.begin(), processes.end());
   }
-  return holders;
+  return owners;
 }
 
 }  // namespace Kestrel::Host

@@ -11,7 +11,7 @@
 namespace Kestrel::Host {
 
 /// One end of a TCP or UDP connection.
-struct SocketEnd {
+struct SocketEndpoint {
   std::string address;  ///< IPv4 or IPv6; empty for a local (Unix) socket.
   long port = 0;
 
@@ -20,13 +20,13 @@ struct SocketEnd {
 };
 
 /// One socket of the host.
-struct SocketEntry {
+struct Socket {
   std::string protocol;  ///< "tcp", "udp" or "unix".
   std::string type;      ///< "stream", "datagram" or "seqpacket".
   std::string state;     ///< "listen", "established", ...
   long family = 0;       ///< 4 or 6; 0 for a local socket.
-  SocketEnd local;
-  SocketEnd remote;
+  SocketEndpoint local;
+  SocketEndpoint remote;
   std::string path;       ///< Of a local socket; one in the abstract name space begins with '@'.
   long receiveQueue = 0;  ///< In bytes; of a listening socket, connections that wait.
   long sendQueue = 0;     ///< In bytes.
@@ -36,17 +36,17 @@ struct SocketEntry {
 
 /// The sockets in a table in the form of /proc/net/tcp, with that protocol ("tcp" or "udp") and
 /// address family (4 or 6). Lines that are no sockets are left out.
-std::vector<SocketEntry> ParseInternetSockets(std::string_view table, const std::string& protocol,
-                                              long family);
+std::vector<Socket> ParseInternetSockets(std::string_view table, const std::string& protocol,
+                                         long family);
 /// The sockets in a table in the form of /proc/net/unix.
-std::vector<SocketEntry> ParseLocalSockets(std::string_view table);
+std::vector<Socket> ParseUnixSockets(std::string_view table);
 
 /// The sockets of every table in the folder, normally "/proc/net": tcp, tcp6, udp, udp6, unix. A
 /// table that is missing adds none. Throws KestrelException when there is no table at all.
-std::vector<SocketEntry> ReadSockets(const std::string& folder);
+std::vector<Socket> ReadSockets(const std::string& folder);
 
 /// The processes that hold each socket, by the socket's inode, found below `procFolder`. Processes
 /// that went away or that the caller may not look into are left out.
-std::map<long, std::vector<long>> ReadSocketHolders(const std::string& procFolder);
+std::map<long, std::vector<long>> ReadSocketOwners(const std::string& procFolder);
 
 }  // namespace Kestrel::Host

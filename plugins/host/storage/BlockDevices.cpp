@@ -3,15 +3,15 @@
 
 #include "plugins/host/storage/BlockDevices.h"
 
-#include <sys/sysmacros.h>
-
 #include <algorithm>
 #include <cctype>
 #include <limits>
 #include <optional>
 #include <string_view>
 
-#include "plugins/host/frame/DataSource.h"
+#include "plugins/host/frame/DeviceNumber.h"
+#include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/TextParsing.h"
 
 namespace Kestrel::Host {
 namespace {
@@ -19,37 +19,14 @@ namespace {
 // The kernel counts in sectors of this size, whatever the device's own are.
 constexpr long kSizeUnit = 512;
 
-std::string ReadLine(const std::string& path) {
-  const auto text = ReadFile(path);
-  return text ? std::string(Trim(*text)) : std::string();
-}
-
 long ReadNumber(const std::string& path, long otherwise = 0) {
   return ParseNumber(ReadLine(path)).value_or(otherwise);
-}
-
-bool StartsWith(std::string_view text, std::string_view start) {
-  return text.substr(0, start.size()) == start;
 }
 
 // A folder below /sys cannot hold the '/' that some names have.
 std::string DeviceName(std::string folderName) {
   std::replace(folderName.begin(), folderName.end(), '!', '/');
   return folderName;
-}
-
-std::optional<dev_t> ReadDeviceNumber(const std::string& path) {
-  const std::string text = ReadLine(path);
-  const auto numbers = Split(text, ':');
-  if (numbers.size() != 2) {
-    return std::nullopt;
-  }
-  const auto major = ParseNumber(numbers[0]);
-  const auto minor = ParseNumber(numbers[1]);
-  if (!major || !minor) {
-    return std::nullopt;
-  }
-  return makedev(static_cast<unsigned>(*major), static_cast<unsigned>(*minor));
 }
 
 // The mapper's identifier begins with the owner of the volume, "LVM-..." or "CRYPT-LUKS2-...".
@@ -87,13 +64,13 @@ std::vector<std::string> UnderlyingDevices(const std::string& folder) {
 }
 
 long SizeInBytes(long units) {
-  constexpr long kMost = std::numeric_limits<long>::max() / kSizeUnit;
-  return std::clamp(units, 0L, kMost) * kSizeUnit;
+  constexpr long kMax = std::numeric_limits<long>::max() / kSizeUnit;
+  return std::clamp(units, 0L, kMax) * kSizeUnit;
 }
 
 // Reads what a disk and a part of one have in common.
 std::optional<BlockDevice> ReadDevice(const std::string& folder, const std::string& folderName) {
-  const auto number = ReadDeviceNumber(folder + "/dev");
+  const auto number = ParseDeviceNumber(ReadLine(folder + "/dev"));
   const auto size = ParseNumber(ReadLine(folder + "/size"));
   if (!number || !size) {
     return std::nullopt;
@@ -205,9 +182,9 @@ std::vector<BlockDevice> ReadBlockDevices(const std::string& sysFolder,
 
 DeviceProperties ReadDeviceProperties(dev_t device, const std::string& folder) {
   DeviceProperties properties;
-  const std::string name = std::to_string(major(device)) + ":" + std::to_string(minor(device));
   // The lines are views into the text, which must outlive the walk.
-  const std::string text = ReadFile(folder + "/b" + name).value_or(std::string());
+  const std::string text =
+      ReadFile(folder + "/b" + FormatDeviceNumber(device)).value_or(std::string());
   for (const std::string_view line : SplitLines(text)) {
     const std::size_t equals = line.find('=');
     if (StartsWith(line, "E:") && equals != std::string_view::npos) {

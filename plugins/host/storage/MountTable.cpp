@@ -3,7 +3,7 @@
 
 #include "plugins/host/storage/MountTable.h"
 
-#include <sys/sysmacros.h>
+#include <kestrel/KestrelException.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -14,8 +14,9 @@
 #include <unordered_map>
 #include <utility>
 
-#include "kestrel/KestrelException.h"
-#include "plugins/host/frame/DataSource.h"
+#include "plugins/host/frame/DeviceNumber.h"
+#include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/TextParsing.h"
 
 namespace Kestrel::Host {
 namespace {
@@ -72,16 +73,6 @@ std::vector<std::string> MergeOptions(const std::string& ofMount, const std::str
   return merged;
 }
 
-std::optional<dev_t> ParseDevice(std::string_view text) {
-  const auto numbers = Split(text, ':');
-  const auto major = ParseNumber(numbers[0]);
-  const auto minor = ParseNumber(numbers.back());
-  if (numbers.size() != 2 || !major || !minor) {
-    return std::nullopt;
-  }
-  return makedev(static_cast<unsigned>(*major), static_cast<unsigned>(*minor));
-}
-
 // ID PARENT MAJOR:MINOR ROOT TARGET OPTIONS {TAG} "-" TYPE SOURCE OPTIONS
 std::optional<Mount> ParseMount(std::string_view line) {
   const std::vector<std::string_view> columns = Split(line, ' ');
@@ -91,7 +82,7 @@ std::optional<Mount> ParseMount(std::string_view line) {
   }
   const auto id = ParseNumber(columns[0]);
   const auto parentId = ParseNumber(columns[1]);
-  const auto device = ParseDevice(columns[2]);
+  const auto device = ParseDeviceNumber(columns[2]);
   if (!id || !parentId || !device) {
     return std::nullopt;
   }
@@ -112,8 +103,7 @@ void NameRootDevice(const std::string& sysFolder, Mount& mount) {
   if (mount.source != "/dev/root") {
     return;
   }
-  const auto folder = ReadLink(sysFolder + "/dev/block/" + std::to_string(major(mount.device)) +
-                               ":" + std::to_string(minor(mount.device)));
+  const auto folder = ReadLink(sysFolder + "/dev/block/" + FormatDeviceNumber(mount.device));
   if (folder) {
     std::string name = folder->substr(folder->rfind('/') + 1);
     std::replace(name.begin(), name.end(), '!', '/');

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "plugins/host/frame/DataSource.h"
+#include "plugins/host/frame/HostFile.h"
 
 namespace Kestrel::Host {
 

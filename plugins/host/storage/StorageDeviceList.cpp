@@ -1,14 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include <sys/sysmacros.h>
-
 #include <string>
 
-#include "plugins/host/frame/DataSource.h"
+#include "plugins/host/frame/DeviceNumber.h"
 #include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/frame/ValueFilter.h"
-#include "plugins/host/frame/ValueList.h"
 #include "plugins/host/storage/BlockDevices.h"
 #include "plugins/host/storage/MountTable.h"
 #include "plugins/host/storage/StorageCommands.h"
@@ -18,49 +17,49 @@ namespace {
 
 constexpr long kMebibyte = 1 << 20;
 
-const RecordShape& Shape() {
-  static const RecordShape shape =
-      RecordShape("StorageDevice")
-          .Text("Name", "The device's name below /dev.")
-          .Text("Kind",
-                "What it is: disk, part of a disk, rom, loop (over a file), or the kind of volume, "
-                "such as lvm, crypt or raid1.")
-          .Text("Number", "The device's number, as major:minor.")
-          .Number("Size", "What it holds, in MiB, rounded down.")
-          .Number("Size Bytes", "What it holds, in bytes.")
-          .Number("Sector Size", "The smallest piece that it reads or writes, in bytes.")
-          .Truth("Read Only", "Whether it cannot be written to.")
-          .Truth("Removable", "Whether its medium can be taken out.")
-          .Truth("Rotational", "Whether its medium turns, as that of a hard disk does.")
-          .Text("Model", "The model as the device tells it; empty when it does not.")
-          .Texts("Parents", "The devices that it lies on; none for a disk.")
-          .Text("Filesystem",
-                "The type of what is written on it; empty where no device manager knows.")
-          .Text("Label", "The label of what is written on it.")
-          .Text("UUID", "The identifier of what is written on it.")
-          .Texts("Mount Points", "The directories that it is mounted on.");
+const StructShape& Shape() {
+  static const StructShape shape =
+      StructShape("StorageDevice")
+          .String("Name", "The device's name below /dev.")
+          .String(
+              "Kind",
+              "What it is: disk, part of a disk, rom, loop (over a file), or the kind of volume, "
+              "such as lvm, crypt or raid1.")
+          .String("Number", "The device's number, as major:minor.")
+          .Int("Size", "What it holds, in MiB, rounded down.")
+          .Int("Size Bytes", "What it holds, in bytes.")
+          .Int("Sector Size", "The smallest piece that it reads or writes, in bytes.")
+          .Bool("Read Only", "Whether it cannot be written to.")
+          .Bool("Removable", "Whether its medium can be taken out.")
+          .Bool("Rotational", "Whether its medium turns, as that of a hard disk does.")
+          .String("Model", "The model as the device tells it; empty when it does not.")
+          .Strings("Parents", "The devices that it lies on; none for a disk.")
+          .String("Filesystem",
+                  "The type of what is written on it; empty where no device manager knows.")
+          .String("Label", "The label of what is written on it.")
+          .String("UUID", "The identifier of what is written on it.")
+          .Strings("Mount Points", "The directories that it is mounted on.");
   return shape;
 }
 
-std::shared_ptr<MetaObj::MetaStruct> ToRecord(const BlockDevice& device) {
-  auto record = Shape().NewRecord();
-  record->SetField("Name", OutsideText(device.name));
-  record->SetField("Kind", OutsideText(device.kind));
-  record->SetField(
-      "Number", std::to_string(major(device.number)) + ":" + std::to_string(minor(device.number)));
-  record->SetField("Size", device.size / kMebibyte);
-  record->SetField("Size Bytes", device.size);
-  record->SetField("Sector Size", device.sectorSize);
-  record->SetField("Read Only", device.isReadOnly);
-  record->SetField("Removable", device.isRemovable);
-  record->SetField("Rotational", device.isRotational);
-  record->SetField("Model", OutsideText(device.model));
-  record->SetField("Parents", OutsideTexts(device.parents));
-  record->SetField("Filesystem", OutsideText(device.filesystem));
-  record->SetField("Label", OutsideText(device.label));
-  record->SetField("UUID", OutsideText(device.uuid));
-  record->SetField("Mount Points", OutsideTexts(device.mountPoints));
-  return record;
+std::shared_ptr<MetaObj::MetaStruct> ToStruct(const BlockDevice& device) {
+  auto result = Shape().NewStruct();
+  result->SetField("Name", SanitizedText(device.name));
+  result->SetField("Kind", SanitizedText(device.kind));
+  result->SetField("Number", FormatDeviceNumber(device.number));
+  result->SetField("Size", device.size / kMebibyte);
+  result->SetField("Size Bytes", device.size);
+  result->SetField("Sector Size", device.sectorSize);
+  result->SetField("Read Only", device.isReadOnly);
+  result->SetField("Removable", device.isRemovable);
+  result->SetField("Rotational", device.isRotational);
+  result->SetField("Model", SanitizedText(device.model));
+  result->SetField("Parents", SanitizedList(device.parents));
+  result->SetField("Filesystem", SanitizedText(device.filesystem));
+  result->SetField("Label", SanitizedText(device.label));
+  result->SetField("UUID", SanitizedText(device.uuid));
+  result->SetField("Mount Points", SanitizedList(device.mountPoints));
+  return result;
 }
 
 class StorageDeviceList final : public HostCommand {
@@ -118,10 +117,10 @@ class StorageDeviceList final : public HostCommand {
   }
 
   void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
-    const TextFilter names(input, "device");
-    const TextFilter kinds(input, "kind");
-    const TruthFilter readOnly(input, "read-only");
-    const TruthFilter removable(input, "removable");
+    const StringFilter names(input, "device");
+    const StringFilter kinds(input, "kind");
+    const BoolFilter readOnly(input, "read-only");
+    const BoolFilter removable(input, "removable");
     const bool isEverythingListed = input.IsFlagSet("all");
     const auto list = Shape().NewList();
     const auto readProperties = [](dev_t device) { return ReadDeviceProperties(device); };
@@ -130,7 +129,7 @@ class StorageDeviceList final : public HostCommand {
           kinds.Accepts(device.kind) && readOnly.Accepts(device.isReadOnly) &&
           removable.Accepts(device.isRemovable) &&
           device.size / kMebibyte >= input.GetParameterInt("minimum-size")) {
-        list->Add(ToRecord(device));
+        list->Add(ToStruct(device));
       }
     }
     output.SetRootObject(list);

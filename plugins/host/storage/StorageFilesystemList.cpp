@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "plugins/host/frame/DataSource.h"
 #include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/storage/FilesystemProbe.h"
 #include "plugins/host/storage/MountTable.h"
@@ -22,30 +22,30 @@ namespace {
 
 constexpr long kDefaultTimeout = 3;
 
-const RecordShape& Shape() {
-  static const RecordShape shape =
-      RecordShape("StorageFilesystem")
-          .Text("Mount Point", "The directory that the file system is mounted on.")
-          .Text("Source", "What is mounted: a device, a server's path or a word of the kernel's.")
-          .Text("Type", "The type of the file system.")
-          .Number("Size", "What it holds, in MiB, rounded up.")
-          .Number("Used", "What is taken, in MiB, rounded up.")
-          .Number("Available", "What anyone may still take, in MiB, rounded up.")
-          .Number("Percent", "How much of what anyone may take is taken, in percent, rounded up.")
-          .Number("Size Bytes", "What it holds, in bytes.")
-          .Number("Used Bytes", "What is taken, in bytes.")
-          .Number("Available Bytes", "What anyone may still take, in bytes.")
-          .Number("Inodes", "How many files it can hold; 0 when it sets no limit.")
-          .Number("Used Inodes", "How many files it holds; 0 when it sets no limit.")
-          .Text("Status",
-                "\"ok\", \"no answer\" when it kept silent, or why it could not be asked; all "
-                "numbers are then 0.");
+const StructShape& Shape() {
+  static const StructShape shape =
+      StructShape("StorageFilesystem")
+          .String("Mount Point", "The directory that the file system is mounted on.")
+          .String("Source", "What is mounted: a device, a server's path or a word of the kernel's.")
+          .String("Type", "The type of the file system.")
+          .Int("Size", "What it holds, in MiB, rounded up.")
+          .Int("Used", "What is taken, in MiB, rounded up.")
+          .Int("Available", "What anyone may still take, in MiB, rounded up.")
+          .Int("Percent", "How much of what anyone may take is taken, in percent, rounded up.")
+          .Int("Size Bytes", "What it holds, in bytes.")
+          .Int("Used Bytes", "What is taken, in bytes.")
+          .Int("Available Bytes", "What anyone may still take, in bytes.")
+          .Int("Inodes", "How many files it can hold; 0 when it sets no limit.")
+          .Int("Used Inodes", "How many files it holds; 0 when it sets no limit.")
+          .String("Status",
+                  "\"ok\", \"no answer\" when it kept silent, or why it could not be asked; all "
+                  "numbers are then 0.");
   return shape;
 }
 
 long ToLong(std::uint64_t value) {
-  constexpr std::uint64_t kMost = std::numeric_limits<long>::max();
-  return static_cast<long>(value < kMost ? value : kMost);
+  constexpr std::uint64_t kMax = std::numeric_limits<long>::max();
+  return static_cast<long>(value < kMax ? value : kMax);
 }
 
 long ToMebibytes(std::uint64_t bytes) {
@@ -80,23 +80,23 @@ struct Filesystem {
   long GetPercent() const { return ToPercent(GetUsed(), answer.usage.available); }
 };
 
-std::shared_ptr<MetaObj::MetaStruct> ToRecord(const Filesystem& filesystem) {
+std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Filesystem& filesystem) {
   const FilesystemUsage& usage = filesystem.answer.usage;
-  auto record = Shape().NewRecord();
-  record->SetField("Mount Point", OutsideText(filesystem.mount.target));
-  record->SetField("Source", OutsideText(filesystem.mount.source));
-  record->SetField("Type", OutsideText(filesystem.mount.type));
-  record->SetField("Size", ToMebibytes(usage.size));
-  record->SetField("Used", ToMebibytes(filesystem.GetUsed()));
-  record->SetField("Available", ToMebibytes(usage.available));
-  record->SetField("Percent", filesystem.GetPercent());
-  record->SetField("Size Bytes", ToLong(usage.size));
-  record->SetField("Used Bytes", ToLong(filesystem.GetUsed()));
-  record->SetField("Available Bytes", ToLong(usage.available));
-  record->SetField("Inodes", ToLong(usage.inodes));
-  record->SetField("Used Inodes", ToLong(Less(usage.inodes, usage.freeInodes)));
-  record->SetField("Status", StatusText(filesystem.answer.error));
-  return record;
+  auto result = Shape().NewStruct();
+  result->SetField("Mount Point", SanitizedText(filesystem.mount.target));
+  result->SetField("Source", SanitizedText(filesystem.mount.source));
+  result->SetField("Type", SanitizedText(filesystem.mount.type));
+  result->SetField("Size", ToMebibytes(usage.size));
+  result->SetField("Used", ToMebibytes(filesystem.GetUsed()));
+  result->SetField("Available", ToMebibytes(usage.available));
+  result->SetField("Percent", filesystem.GetPercent());
+  result->SetField("Size Bytes", ToLong(usage.size));
+  result->SetField("Used Bytes", ToLong(filesystem.GetUsed()));
+  result->SetField("Available Bytes", ToLong(usage.available));
+  result->SetField("Inodes", ToLong(usage.inodes));
+  result->SetField("Used Inodes", ToLong(Less(usage.inodes, usage.freeInodes)));
+  result->SetField("Status", StatusText(filesystem.answer.error));
+  return result;
 }
 
 // Of several mounts of one file system the one that shows it whole, else the first.
@@ -157,18 +157,18 @@ class StorageFilesystemList final : public HostCommand {
     const long timeout =
         input.HasParameter("timeout") ? input.GetParameterInt("timeout") : kDefaultTimeout;
     const auto list = Shape().NewList();
-    for (const Filesystem& filesystem : Ask(Choose(TextFilter(input, "type"), isEverythingListed),
+    for (const Filesystem& filesystem : Ask(Choose(StringFilter(input, "type"), isEverythingListed),
                                             std::chrono::seconds(timeout))) {
       const bool isEmpty = filesystem.answer.error == 0 && filesystem.answer.usage.size == 0;
       if ((isEverythingListed || !isEmpty) &&
           filesystem.GetPercent() >= input.GetParameterInt("minimum-percent")) {
-        list->Add(ToRecord(filesystem));
+        list->Add(ToStruct(filesystem));
       }
     }
     output.SetRootObject(list);
   }
 
-  static std::vector<Mount> Choose(const TextFilter& types, bool isEverythingListed) {
+  static std::vector<Mount> Choose(const StringFilter& types, bool isEverythingListed) {
     std::vector<Mount> chosen;
     for (const Mount& mount : ReadMounts()) {
       // Whoever asks the automounter's mount point makes it mount what belongs there.

@@ -1,33 +1,31 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include <sys/sysmacros.h>
-
 #include <string>
 
-#include "plugins/host/frame/DataSource.h"
+#include "plugins/host/frame/DeviceNumber.h"
 #include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/frame/ValueFilter.h"
-#include "plugins/host/frame/ValueList.h"
 #include "plugins/host/storage/MountTable.h"
 #include "plugins/host/storage/StorageCommands.h"
 
 namespace Kestrel::Host {
 namespace {
 
-const RecordShape& Shape() {
-  static const RecordShape shape =
-      RecordShape("StorageMount")
-          .Text("Mount Point", "The directory that the file system is mounted on.")
-          .Text("Source", "What is mounted: a device, a server's path or a word of the kernel's.")
-          .Text("Type", "The type of the file system.")
-          .Texts("Options", "The options that it is mounted with.")
-          .Text("Root", "The folder of the file system that is mounted; / for all of it.")
-          .Text("Device", "The number of the device or file system, as major:minor.")
-          .Number("Id", "The mount's own number.")
-          .Number("Parent Id", "The number of the mount that the mount point lies in.")
-          .Truth("Read Only", "Whether nothing can be written through this mount.")
-          .Truth("Hidden", "Whether another mount lies over it, so that no path leads to it.");
+const StructShape& Shape() {
+  static const StructShape shape =
+      StructShape("StorageMount")
+          .String("Mount Point", "The directory that the file system is mounted on.")
+          .String("Source", "What is mounted: a device, a server's path or a word of the kernel's.")
+          .String("Type", "The type of the file system.")
+          .Strings("Options", "The options that it is mounted with.")
+          .String("Root", "The folder of the file system that is mounted; / for all of it.")
+          .String("Device", "The number of the device or file system, as major:minor.")
+          .Int("Id", "The mount's own number.")
+          .Int("Parent Id", "The number of the mount that the mount point lies in.")
+          .Bool("Read Only", "Whether nothing can be written through this mount.")
+          .Bool("Hidden", "Whether another mount lies over it, so that no path leads to it.");
   return shape;
 }
 
@@ -38,20 +36,19 @@ bool LiesBelow(const std::string& path, const std::string& folder) {
          (path.size() == trimmed.size() || path[trimmed.size()] == '/');
 }
 
-std::shared_ptr<MetaObj::MetaStruct> ToRecord(const Mount& mount) {
-  auto record = Shape().NewRecord();
-  record->SetField("Mount Point", OutsideText(mount.target));
-  record->SetField("Source", OutsideText(mount.source));
-  record->SetField("Type", OutsideText(mount.type));
-  record->SetField("Options", OutsideTexts(mount.options));
-  record->SetField("Root", OutsideText(mount.root));
-  record->SetField("Device",
-                   std::to_string(major(mount.device)) + ":" + std::to_string(minor(mount.device)));
-  record->SetField("Id", mount.id);
-  record->SetField("Parent Id", mount.parentId);
-  record->SetField("Read Only", mount.HasOption("ro"));
-  record->SetField("Hidden", mount.isHidden);
-  return record;
+std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Mount& mount) {
+  auto result = Shape().NewStruct();
+  result->SetField("Mount Point", SanitizedText(mount.target));
+  result->SetField("Source", SanitizedText(mount.source));
+  result->SetField("Type", SanitizedText(mount.type));
+  result->SetField("Options", SanitizedList(mount.options));
+  result->SetField("Root", SanitizedText(mount.root));
+  result->SetField("Device", FormatDeviceNumber(mount.device));
+  result->SetField("Id", mount.id);
+  result->SetField("Parent Id", mount.parentId);
+  result->SetField("Read Only", mount.HasOption("ro"));
+  result->SetField("Hidden", mount.isHidden);
+  return result;
 }
 
 class StorageMountList final : public HostCommand {
@@ -90,17 +87,17 @@ class StorageMountList final : public HostCommand {
   }
 
   void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
-    const TextFilter types(input, "type");
-    const TextFilter options(input, "option");
-    const TruthFilter readOnly(input, "read-only");
+    const StringFilter types(input, "type");
+    const StringFilter options(input, "option");
+    const BoolFilter readOnly(input, "read-only");
     const std::string& below = input.GetParameter("below");
     const bool isEverythingListed = input.IsFlagSet("all");
     const auto list = Shape().NewList();
     for (const Mount& mount : ReadMounts()) {
       if ((isEverythingListed || !mount.isHidden) && types.Accepts(mount.type) &&
-          options.AcceptsOneOf(mount.options) && readOnly.Accepts(mount.HasOption("ro")) &&
+          options.AcceptsAnyOf(mount.options) && readOnly.Accepts(mount.HasOption("ro")) &&
           LiesBelow(mount.target, below)) {
-        list->Add(ToRecord(mount));
+        list->Add(ToStruct(mount));
       }
     }
     output.SetRootObject(list);

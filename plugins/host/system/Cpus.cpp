@@ -9,7 +9,8 @@
 #include <map>
 #include <string_view>
 
-#include "plugins/host/frame/DataSource.h"
+#include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/TextParsing.h"
 
 namespace Kestrel::Host {
 namespace {

@@ -7,7 +7,8 @@
 
 #include <algorithm>
 
-#include "plugins/host/frame/DataSource.h"
+#include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/TextParsing.h"
 
 namespace Kestrel::Host {
 namespace {

@@ -12,7 +12,9 @@
 #include <cerrno>
 #include <cstring>
 
-#include "plugins/host/frame/DataSource.h"
+#include "plugins/host/frame/FileDescriptor.h"
+#include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/TextParsing.h"
 
 namespace Kestrel::Host {
 namespace {
@@ -91,23 +93,18 @@ std::string WithoutLineEnd(std::string text) {
   }
 }
 
-// The kernel takes a value from one write, so a part of it is a failure.
+// Returns 0 or an error number. The kernel takes a value from a single write, so a partial write is
+// a failure.
 int WriteAtOnce(const std::string& path, const std::string& text) {
-  const int file = ::open(path.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC | O_NOCTTY);
-  if (file < 0) {
+  FileDescriptor file(::open(path.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC | O_NOCTTY));
+  if (!file.IsOpen()) {
     return errno;
   }
-  ssize_t count = 0;
-  do {
-    count = ::write(file, text.data(), text.size());
-  } while (count < 0 && errno == EINTR);
-  const int error = count < 0 ? errno : static_cast<std::size_t>(count) < text.size() ? E2BIG : 0;
-  const int closeError = ::close(file) == 0 ? 0 : errno;
-  return error != 0 ? error : closeError;
-}
-
-bool StartsWith(const std::string& text, const std::string& start) {
-  return text.compare(0, start.size(), start) == 0;
+  const ssize_t count = file.Write(text.data(), text.size());
+  if (count < 0) {
+    return errno;
+  }
+  return static_cast<std::size_t>(count) < text.size() ? E2BIG : file.Close();
 }
 
 // Whether `relative` is `prefix` or lies below it.
@@ -173,8 +170,6 @@ class ParameterWalk {
 };
 
 }  // namespace
-
-const char* const kParameterNamePattern = "[^./]+([./][^./]+)*";
 
 std::vector<KernelParameter> ReadParameters(const std::string& proc, const std::string& prefix) {
   auto parameters = ParameterWalk(proc + "/sys/", RelativePath(prefix)).Run();

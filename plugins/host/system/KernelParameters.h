@@ -16,9 +16,6 @@ struct KernelParameter {
   bool isWritable = false;
 };
 
-/// What a name looks like: parts with '.' or '/' between them, none of them empty.
-extern const char* const kParameterNamePattern;
-
 /// The parameters whose names start with `prefix` (whole parts of a name, or empty for all), by
 /// name. Those that may not be read are left out. Throws KestrelException where the kernel's files
 /// are hidden.

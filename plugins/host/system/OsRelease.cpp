@@ -3,7 +3,8 @@
 
 #include "plugins/host/system/OsRelease.h"
 
-#include "plugins/host/frame/DataSource.h"
+#include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/TextParsing.h"
 
 namespace Kestrel::Host {
 namespace {
@@ -34,7 +35,7 @@ std::string ParseOsRelease(std::string_view text, std::string_view key) {
   std::string value;
   for (const std::string_view untrimmed : SplitLines(text)) {
     const std::string_view line = Trim(untrimmed);
-    if (line.size() > key.size() && line.substr(0, key.size()) == key && line[key.size()] == '=') {
+    if (StartsWith(line, key) && line.size() > key.size() && line[key.size()] == '=') {
       value = Unquote(line.substr(key.size() + 1));
     }
   }

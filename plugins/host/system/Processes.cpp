@@ -9,7 +9,9 @@
 
 #include <algorithm>
 
-#include "plugins/host/frame/DataSource.h"
+#include "plugins/host/frame/DeviceNumber.h"
+#include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/TextParsing.h"
 
 namespace Kestrel::Host {
 namespace {
@@ -33,12 +35,12 @@ enum StatWord : std::size_t {
 constexpr long kKernelThreadFlag = 0x00200000;
 constexpr long kBytesPerKib = 1024;
 
-struct StateName {
+struct LetterName {
   char letter;
   const char* word;
 };
 
-constexpr StateName kStates[] = {
+constexpr LetterName kStates[] = {
     {'R', "running"}, {'S', "sleeping"}, {'D', "waiting"}, {'T', "stopped"}, {'t', "traced"},
     {'Z', "zombie"},  {'I', "idle"},     {'P', "parked"},  {'X', "dead"},
 };
@@ -56,12 +58,12 @@ void FillNumbers(Process& process, const std::vector<std::string_view>& words) {
   static const long pageSize = ::sysconf(_SC_PAGESIZE);
   process.terminal = NumberAt(words, kTerminal);
   process.isKernelThread = (NumberAt(words, kFlags) & kKernelThreadFlag) != 0;
-  process.processorTicks = NumberAt(words, kUserTicks) + NumberAt(words, kSystemTicks);
+  process.processorTicks = ClampedSum(NumberAt(words, kUserTicks), NumberAt(words, kSystemTicks));
   process.nice = NumberAt(words, kNice);
   process.threads = NumberAt(words, kThreads);
   process.startTicks = NumberAt(words, kStart);
   process.virtualMemory = NumberAt(words, kVirtualBytes) / kBytesPerKib;
-  process.residentMemory = NumberAt(words, kResidentPages) * (pageSize / kBytesPerKib);
+  process.residentMemory = ClampedProduct(NumberAt(words, kResidentPages), pageSize / kBytesPerKib);
 }
 
 // Fills in what "status" tells better: by whose rights the process acts, which is the second number
@@ -150,10 +152,10 @@ std::vector<Process> ReadProcesses(const std::string& proc) {
   return processes;
 }
 
-const char* StateWord(char state) {
+const char* StateName(char state) {
   const auto* const found =
       std::find_if(std::begin(kStates), std::end(kStates),
-                   [state](const StateName& name) { return name.letter == state; });
+                   [state](const LetterName& name) { return name.letter == state; });
   return found == std::end(kStates) ? "unknown" : found->word;
 }
 
@@ -167,7 +169,7 @@ std::string TerminalName(long terminal, const std::string& sys) {
   if (major >= kFirstPtsMajor && major <= kLastPtsMajor) {
     return "pts/" + std::to_string((major - kFirstPtsMajor) * kPtsPerMajor + minor);
   }
-  const std::string numbers = std::to_string(major) + ":" + std::to_string(minor);
+  const std::string numbers = FormatDeviceNumber(device);
   const auto target = ReadLink(sys + "/dev/char/" + numbers);
   return target ? target->substr(target->rfind('/') + 1) : numbers;
 }

@@ -42,7 +42,7 @@ std::optional<Process> ReadProcess(const std::string& proc, long id);
 std::vector<Process> ReadProcesses(const std::string& proc);
 
 /// A word for a state's letter: "running", "sleeping", ...; "unknown" for a letter that is none.
-const char* StateWord(char state);
+const char* StateName(char state);
 
 /// The name of a terminal below /dev, like "pts/3"; its numbers where it has none known, empty for
 /// none. `sys` is the folder in which the kernel shows its devices.

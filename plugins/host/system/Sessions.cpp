@@ -11,7 +11,8 @@
 #include <cerrno>
 #include <cstring>
 
-#include "plugins/host/frame/DataSource.h"
+#include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/TextParsing.h"
 #include "plugins/host/system/OsRelease.h"
 
 namespace Kestrel::Host {
@@ -29,13 +30,13 @@ bool IsAlive(long process) {
   return process > 0 && (::kill(static_cast<pid_t>(process), 0) == 0 || errno == EPERM);
 }
 
-Session MakeSession(const utmpx& record) {
+Session MakeSession(const utmpx& entry) {
   Session session;
-  session.user = TextOf(record.ut_user);
-  session.terminal = TextOf(record.ut_line);
-  session.host = TextOf(record.ut_host);
-  session.process = record.ut_pid;
-  session.start = record.ut_tv.tv_sec;
+  session.user = TextOf(entry.ut_user);
+  session.terminal = TextOf(entry.ut_line);
+  session.host = TextOf(entry.ut_host);
+  session.process = entry.ut_pid;
+  session.start = entry.ut_tv.tv_sec;
   return session;
 }
 
@@ -58,10 +59,10 @@ std::vector<Session> ReadSessionRecords(const std::string& path, bool onlyAlive)
   std::vector<Session> sessions;
   ::utmpxname(path.c_str());
   ::setutxent();
-  while (const utmpx* const record = ::getutxent()) {
-    if (record->ut_type == USER_PROCESS && record->ut_user[0] != '\0' &&
-        (!onlyAlive || IsAlive(record->ut_pid))) {
-      sessions.push_back(MakeSession(*record));
+  while (const utmpx* const entry = ::getutxent()) {
+    if (entry->ut_type == USER_PROCESS && entry->ut_user[0] != '\0' &&
+        (!onlyAlive || IsAlive(entry->ut_pid))) {
+      sessions.push_back(MakeSession(*entry));
     }
   }
   ::endutxent();

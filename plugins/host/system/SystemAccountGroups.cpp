@@ -3,8 +3,8 @@
 
 #include <kestrel/metaobj/MetaList.h>
 
-#include "plugins/host/frame/DataSource.h"
 #include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/system/Accounts.h"
 #include "plugins/host/system/SystemCommands.h"
 
@@ -40,7 +40,7 @@ class SystemAccountGroups final : public HostCommand {
     }
     const auto list = MetaObj::MetaList::New(MetaObj::MetaType::String);
     for (const std::string& group : ReadGroups(*account)) {
-      list->Add(OutsideText(group));
+      list->Add(SanitizedText(group));
     }
     output.SetRootObject(list);
   }

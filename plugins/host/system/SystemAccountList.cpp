@@ -1,42 +1,42 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include <algorithm>
 #include <limits>
 
-#include "plugins/host/frame/DataSource.h"
 #include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/SanitizedText.h"
+#include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/system/Accounts.h"
 #include "plugins/host/system/SystemCommands.h"
 
 namespace Kestrel::Host {
 namespace {
 
-const RecordShape& Shape() {
-  static const RecordShape shape =
-      RecordShape("Account")
-          .Text("Name", "The name of the account.")
-          .Number("User Id", "Its number.")
-          .Number("Group Id", "The number of its own group.")
-          .Text("Group", "The name of that group, or its number when it has none.")
-          .Text("Full Name", "The name of the person or of the purpose; may be empty.")
-          .Text("Home", "Its home folder.")
-          .Text("Shell", "The program that a login starts.")
-          .Truth("Login", "Whether that program lets a person in.");
+const StructShape& Shape() {
+  static const StructShape shape =
+      StructShape("Account")
+          .String("Name", "The name of the account.")
+          .Int("User Id", "Its number.")
+          .Int("Group Id", "The number of its own group.")
+          .String("Group", "The name of that group, or its number when it has none.")
+          .String("Full Name", "The name of the person or of the purpose; may be empty.")
+          .String("Home", "Its home folder.")
+          .String("Shell", "The program that a login starts.")
+          .Bool("Login", "Whether that program lets a person in.");
   return shape;
 }
 
-std::shared_ptr<MetaObj::MetaStruct> MakeRecord(const Account& account) {
-  auto record = Shape().NewRecord();
-  record->SetField("Name", OutsideText(account.name));
-  record->SetField("User Id", static_cast<long>(account.id));
-  record->SetField("Group Id", static_cast<long>(account.groupId));
-  record->SetField("Group", OutsideText(GroupName(account.groupId)));
-  record->SetField("Full Name", OutsideText(account.fullName));
-  record->SetField("Home", OutsideText(account.home));
-  record->SetField("Shell", OutsideText(account.shell));
-  record->SetField("Login", IsLoginShell(account.shell));
-  return record;
+std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Account& account) {
+  auto result = Shape().NewStruct();
+  result->SetField("Name", SanitizedText(account.name));
+  result->SetField("User Id", static_cast<long>(account.id));
+  result->SetField("Group Id", static_cast<long>(account.groupId));
+  result->SetField("Group", SanitizedText(GroupName(account.groupId)));
+  result->SetField("Full Name", SanitizedText(account.fullName));
+  result->SetField("Home", SanitizedText(account.home));
+  result->SetField("Shell", SanitizedText(account.shell));
+  result->SetField("Login", IsLoginShell(account.shell));
+  return result;
 }
 
 class SystemAccountList final : public HostCommand {
@@ -66,17 +66,14 @@ class SystemAccountList final : public HostCommand {
   }
 
   void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
-    std::vector<std::string> names;
-    input.GetParameterList("name", names);
+    const StringFilter names(input, "name");
     const std::int64_t minimum = input.HasParameter("min-id") ? input.GetParameterInt("min-id") : 0;
     const bool isLoginOnly = input.IsFlagSet("login");
     const auto list = Shape().NewList();
     for (const Account& account : ReadAccounts()) {
-      const bool isWanted =
-          (names.empty() || std::count(names.begin(), names.end(), account.name) > 0) &&
-          account.id >= minimum && (!isLoginOnly || IsLoginShell(account.shell));
-      if (isWanted) {
-        list->Add(MakeRecord(account));
+      if (names.Accepts(account.name) && account.id >= minimum &&
+          (!isLoginOnly || IsLoginShell(account.shell))) {
+        list->Add(ToStruct(account));
       }
     }
     output.SetRootObject(list);

@@ -10,7 +10,7 @@ namespace {
 
 using Node = std::shared_ptr<AutoCli::NamespaceNode>;
 
-void RegisterFigures(const Node& system) {
+void RegisterStatistics(const Node& system) {
   AddNamespace(system, "version", "The versions of the kernel and the distribution.")
       ->RegisterNamespaceNode(NewSystemVersionGet(), "get");
   AddNamespace(system, "uptime", "The time since the start of the machine.")
@@ -36,7 +36,7 @@ void RegisterKernel(const Node& system) {
       ->RegisterNamespaceNode(NewSystemProcessList(), "list");
 }
 
-void RegisterPeople(const Node& system) {
+void RegisterUsers(const Node& system) {
   const Node account = AddNamespace(system, "account", "The accounts of users.");
   account->RegisterNamespaceNode(NewSystemAccountGroups(), "groups");
   account->RegisterNamespaceNode(NewSystemAccountList(), "list");
@@ -48,9 +48,9 @@ void RegisterPeople(const Node& system) {
 
 void RegisterSystem(const std::shared_ptr<AutoCli::Namespace>& root) {
   const Node system = AddNamespace(root, "system", "The machine, its kernel and its processes.");
-  RegisterFigures(system);
+  RegisterStatistics(system);
   RegisterKernel(system);
-  RegisterPeople(system);
+  RegisterUsers(system);
 #ifdef KESTREL_HOST_HAS_NETTLE
   AddNamespace(system, "file", "The files of the machine.")
       ->RegisterNamespaceNode(NewSystemFileChecksum(), "checksum");

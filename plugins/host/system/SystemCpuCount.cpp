@@ -5,8 +5,8 @@
 
 #include <algorithm>
 
-#include "plugins/host/frame/DataSource.h"
 #include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/HostFile.h"
 #include "plugins/host/system/Cpus.h"
 #include "plugins/host/system/SystemCommands.h"
 

@@ -1,43 +1,43 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include <algorithm>
-
-#include "plugins/host/frame/DataSource.h"
 #include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/SanitizedText.h"
+#include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/system/Cpus.h"
 #include "plugins/host/system/SystemCommands.h"
 
 namespace Kestrel::Host {
 namespace {
 
-const RecordShape& Shape() {
-  static const RecordShape shape =
-      RecordShape("Cpu")
-          .Number("Number", "The number of the logical processor.")
-          .Truth("Online", "Whether the kernel uses it.")
-          .Number("Node", "The memory node that it belongs to; -1 when unknown.")
-          .Number("Socket", "The chip that it is part of; -1 when unknown.")
-          .Number("Core", "The core of the chip that it is part of; -1 when unknown.")
-          .Numbers("Siblings", "The logical processors of the same core, itself too.")
-          .Text("Vendor", "Who made it; empty when unknown.")
-          .Text("Model", "What it is; empty when unknown.")
-          .Number("Frequency", "Its present frequency in MHz; -1 when unknown.");
+const StructShape& Shape() {
+  static const StructShape shape =
+      StructShape("Cpu")
+          .Int("Number", "The number of the logical processor.")
+          .Bool("Online", "Whether the kernel uses it.")
+          .Int("Node", "The memory node that it belongs to; -1 when unknown.")
+          .Int("Socket", "The chip that it is part of; -1 when unknown.")
+          .Int("Core", "The core of the chip that it is part of; -1 when unknown.")
+          .Ints("Siblings", "The logical processors of the same core, itself too.")
+          .String("Vendor", "Who made it; empty when unknown.")
+          .String("Model", "What it is; empty when unknown.")
+          .Int("Frequency", "Its present frequency in MHz; -1 when unknown.");
   return shape;
 }
 
-std::shared_ptr<MetaObj::MetaStruct> MakeRecord(const Cpu& cpu) {
-  auto record = Shape().NewRecord();
-  record->SetField("Number", cpu.number);
-  record->SetField("Online", cpu.isOnline);
-  record->SetField("Node", cpu.node);
-  record->SetField("Socket", cpu.socket);
-  record->SetField("Core", cpu.core);
-  record->SetField("Siblings", cpu.siblings);
-  record->SetField("Vendor", OutsideText(cpu.vendor));
-  record->SetField("Model", OutsideText(cpu.model));
-  record->SetField("Frequency", cpu.frequency);
-  return record;
+std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Cpu& cpu) {
+  auto result = Shape().NewStruct();
+  result->SetField("Number", cpu.number);
+  result->SetField("Online", cpu.isOnline);
+  result->SetField("Node", cpu.node);
+  result->SetField("Socket", cpu.socket);
+  result->SetField("Core", cpu.core);
+  result->SetField("Siblings", cpu.siblings);
+  result->SetField("Vendor", SanitizedText(cpu.vendor));
+  result->SetField("Model", SanitizedText(cpu.model));
+  result->SetField("Frequency", cpu.frequency);
+  return result;
 }
 
 class SystemCpuList final : public HostCommand {
@@ -67,17 +67,12 @@ class SystemCpuList final : public HostCommand {
   }
 
   void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
-    std::vector<std::int64_t> numbers;
-    std::vector<bool> states;
-    input.GetParameterIntList("number", numbers);
-    input.GetParameterBoolList("online", states);
+    const IntFilter numbers(input, "number");
+    const BoolFilter online(input, "online");
     const auto list = Shape().NewList();
     for (const Cpu& cpu : ReadCpus(kProc, kSys)) {
-      const bool isWanted =
-          (numbers.empty() || std::count(numbers.begin(), numbers.end(), cpu.number) > 0) &&
-          (states.empty() || std::count(states.begin(), states.end(), cpu.isOnline) > 0);
-      if (isWanted) {
-        list->Add(MakeRecord(cpu));
+      if (numbers.Accepts(cpu.number) && online.Accepts(cpu.isOnline)) {
+        list->Add(ToStruct(cpu));
       }
     }
     output.SetRootObject(list);

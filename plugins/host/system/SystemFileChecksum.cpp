@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "plugins/host/frame/DataSource.h"
 #include "plugins/host/frame/HostCommand.h"
-#include "plugins/host/system/KeyedChecksum.h"
+#include "plugins/host/frame/SanitizedText.h"
+#include "plugins/host/system/Hmac.h"
 #include "plugins/host/system/SystemCommands.h"
 
 namespace Kestrel::Host {
@@ -11,12 +11,12 @@ namespace {
 
 constexpr std::int64_t kDefaultBits = 256;
 
-const RecordShape& Shape() {
-  static const RecordShape shape = RecordShape("FileChecksum")
-                                       .Text("File", "The path of the file as it was given.")
-                                       .Number("Size", "Its size in bytes.")
-                                       .Text("Algorithm", "How the checksum was made.")
-                                       .Text("Checksum", "The checksum in hexadecimal digits.");
+const StructShape& Shape() {
+  static const StructShape shape = StructShape("FileChecksum")
+                                       .String("File", "The path of the file as it was given.")
+                                       .Int("Size", "Its size in bytes.")
+                                       .String("Algorithm", "How the checksum was made.")
+                                       .String("Checksum", "The checksum in hexadecimal digits.");
   return shape;
 }
 
@@ -59,13 +59,13 @@ class SystemFileChecksum final : public HostCommand {
         input.HasParameter("bits") ? input.GetParameterInt("bits") : kDefaultBits;
     const auto list = Shape().NewList();
     for (const std::string& file : files) {
-      const KeyedChecksum checksum = ChecksumFile(file, input.GetParameter("key"), bits);
-      auto record = Shape().NewRecord();
-      record->SetField("File", OutsideText(file));
-      record->SetField("Size", checksum.size);
-      record->SetField("Algorithm", "HMAC-SHA" + std::to_string(bits));
-      record->SetField("Checksum", checksum.digits);
-      list->Add(record);
+      const FileHmac hmac = ComputeFileHmac(file, input.GetParameter("key"), bits);
+      auto row = Shape().NewStruct();
+      row->SetField("File", SanitizedText(file));
+      row->SetField("Size", hmac.fileSize);
+      row->SetField("Algorithm", "HMAC-SHA" + std::to_string(bits));
+      row->SetField("Checksum", hmac.digits);
+      list->Add(row);
     }
     output.SetRootObject(list);
   }

@@ -1,22 +1,22 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "plugins/host/frame/DataSource.h"
 #include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/HostFile.h"
 #include "plugins/host/system/SystemCommands.h"
-#include "plugins/host/system/SystemFigures.h"
+#include "plugins/host/system/SystemStatistics.h"
 
 namespace Kestrel::Host {
 namespace {
 
-const RecordShape& Shape() {
-  static const RecordShape shape =
-      RecordShape("SystemLoad")
-          .Text("One Minute", "How many tasks ran or waited, on average over one minute.")
-          .Text("Five Minutes", "The same over five minutes.")
-          .Text("Fifteen Minutes", "The same over fifteen minutes.")
-          .Number("Running", "How many tasks run or wait for a processor now.")
-          .Number("Tasks", "How many tasks there are, each thread counted as one.");
+const StructShape& Shape() {
+  static const StructShape shape =
+      StructShape("SystemLoad")
+          .String("One Minute", "How many tasks ran or waited, on average over one minute.")
+          .String("Five Minutes", "The same over five minutes.")
+          .String("Fifteen Minutes", "The same over fifteen minutes.")
+          .Int("Running", "How many tasks run or wait for a processor now.")
+          .Int("Tasks", "How many tasks there are, each thread counted as one.");
   return shape;
 }
 
@@ -29,18 +29,18 @@ class SystemLoadGet final : public HostCommand {
 
  private:
   void DeclareResult(CallSpec::OutputSpec& spec) const override {
-    Shape().DeclareRecord(spec, "The averages of the load, and the tasks at this moment.");
+    Shape().DeclareStruct(spec, "The averages of the load, and the tasks at this moment.");
   }
 
   void Run(const CallSpec::Input&, CallSpec::Output& output) const override {
     const Load load = ReadLoad(kProc);
-    const auto record = Shape().NewRecord();
-    record->SetField("One Minute", load.oneMinute);
-    record->SetField("Five Minutes", load.fiveMinutes);
-    record->SetField("Fifteen Minutes", load.fifteenMinutes);
-    record->SetField("Running", load.running);
-    record->SetField("Tasks", load.tasks);
-    output.SetRootObject(record);
+    const auto result = Shape().NewStruct();
+    result->SetField("One Minute", load.oneMinute);
+    result->SetField("Five Minutes", load.fiveMinutes);
+    result->SetField("Fifteen Minutes", load.fifteenMinutes);
+    result->SetField("Running", load.running);
+    result->SetField("Tasks", load.tasks);
+    output.SetRootObject(result);
   }
 };
 

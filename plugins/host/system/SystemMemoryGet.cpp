@@ -1,64 +1,65 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "plugins/host/frame/DataSource.h"
 #include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/TextParsing.h"
 #include "plugins/host/system/SystemCommands.h"
-#include "plugins/host/system/SystemFigures.h"
+#include "plugins/host/system/SystemStatistics.h"
 
 namespace Kestrel::Host {
 namespace {
 
-using Record = std::shared_ptr<MetaObj::MetaStruct>;
+using Struct = std::shared_ptr<MetaObj::MetaStruct>;
 
-const RecordShape& PhysicalShape() {
-  static const RecordShape shape =
-      RecordShape("PhysicalMemory")
-          .Number("Total", "All memory that the kernel manages, in KiB.")
-          .Number("Used", "What is not available, in KiB.")
-          .Number("Free", "What nobody uses, in KiB.")
-          .Number("Shared", "What programs share in file systems held in memory, in KiB.")
-          .Number("Buffers", "What holds parts of devices, in KiB.")
-          .Number("Cached", "What holds parts of files and can be given up, in KiB.")
-          .Number("Available", "What a program can have before others are pushed out, in KiB.");
+const StructShape& PhysicalShape() {
+  static const StructShape shape =
+      StructShape("PhysicalMemory")
+          .Int("Total", "All memory that the kernel manages, in KiB.")
+          .Int("Used", "What is not available, in KiB.")
+          .Int("Free", "What nobody uses, in KiB.")
+          .Int("Shared", "What programs share in file systems held in memory, in KiB.")
+          .Int("Buffers", "What holds parts of devices, in KiB.")
+          .Int("Cached", "What holds parts of files and can be given up, in KiB.")
+          .Int("Available", "What a program can have before others are pushed out, in KiB.");
   return shape;
 }
 
-const RecordShape& SwapShape() {
-  static const RecordShape shape =
-      RecordShape("SwapMemory")
-          .Number("Total", "All space for memory that is pushed out, in KiB.")
-          .Number("Used", "What of it is in use, in KiB.")
-          .Number("Free", "What of it nobody uses, in KiB.");
+const StructShape& SwapShape() {
+  static const StructShape shape =
+      StructShape("SwapMemory")
+          .Int("Total", "All space for memory that is pushed out, in KiB.")
+          .Int("Used", "What of it is in use, in KiB.")
+          .Int("Free", "What of it nobody uses, in KiB.");
   return shape;
 }
 
-const RecordShape& Shape() {
-  static const RecordShape shape =
-      RecordShape("SystemMemory")
-          .Record("Physical", PhysicalShape(), "The memory of the machine.")
-          .Record("Swap", SwapShape(), "The space for memory that is pushed out.");
+const StructShape& Shape() {
+  static const StructShape shape =
+      StructShape("SystemMemory")
+          .Struct("Physical", PhysicalShape(), "The memory of the machine.")
+          .Struct("Swap", SwapShape(), "The space for memory that is pushed out.");
   return shape;
 }
 
-Record MakePhysical(const Memory& memory) {
-  Record record = PhysicalShape().NewRecord();
-  record->SetField("Total", memory.total);
-  record->SetField("Used", memory.total - memory.available);
-  record->SetField("Free", memory.free);
-  record->SetField("Shared", memory.shared);
-  record->SetField("Buffers", memory.buffers);
-  record->SetField("Cached", memory.cached);
-  record->SetField("Available", memory.available);
-  return record;
+Struct MakePhysical(const Memory& memory) {
+  Struct result = PhysicalShape().NewStruct();
+  result->SetField("Total", memory.total);
+  result->SetField("Used", memory.GetUsed());
+  result->SetField("Free", memory.free);
+  result->SetField("Shared", memory.shared);
+  result->SetField("Buffers", memory.buffers);
+  result->SetField("Cached", memory.cached);
+  result->SetField("Available", memory.available);
+  return result;
 }
 
-Record MakeSwap(const Memory& memory) {
-  Record record = SwapShape().NewRecord();
-  record->SetField("Total", memory.swapTotal);
-  record->SetField("Used", memory.swapTotal - memory.swapFree);
-  record->SetField("Free", memory.swapFree);
-  return record;
+Struct MakeSwap(const Memory& memory) {
+  Struct result = SwapShape().NewStruct();
+  result->SetField("Total", memory.swapTotal);
+  result->SetField("Used", memory.GetSwapUsed());
+  result->SetField("Free", memory.swapFree);
+  return result;
 }
 
 class SystemMemoryGet final : public HostCommand {
@@ -84,15 +85,15 @@ class SystemMemoryGet final : public HostCommand {
 
  private:
   void DeclareResult(CallSpec::OutputSpec& spec) const override {
-    Shape().DeclareRecord(spec, "The memory of the machine, in KiB.");
+    Shape().DeclareStruct(spec, "The memory of the machine, in KiB.");
   }
 
   void Run(const CallSpec::Input&, CallSpec::Output& output) const override {
     const Memory memory = ReadMemory(kProc);
-    const auto record = Shape().NewRecord();
-    record->SetField("Physical", MakePhysical(memory));
-    record->SetField("Swap", MakeSwap(memory));
-    output.SetRootObject(record);
+    const auto result = Shape().NewStruct();
+    result->SetField("Physical", MakePhysical(memory));
+    result->SetField("Swap", MakeSwap(memory));
+    output.SetRootObject(result);
   }
 };
 

@@ -3,8 +3,8 @@
 
 #include <kestrel/metaobj/MetaBool.h>
 
-#include "plugins/host/frame/DataSource.h"
 #include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/HostFile.h"
 #include "plugins/host/system/KernelModules.h"
 #include "plugins/host/system/SystemCommands.h"
 

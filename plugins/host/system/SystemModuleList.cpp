@@ -1,33 +1,34 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "plugins/host/frame/DataSource.h"
 #include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/system/KernelModules.h"
 #include "plugins/host/system/SystemCommands.h"
 
 namespace Kestrel::Host {
 namespace {
 
-const RecordShape& Shape() {
-  static const RecordShape shape =
-      RecordShape("KernelModule")
-          .Text("Name", "The name of the module.")
-          .Number("Size", "The memory that it takes, in bytes.")
-          .Number("References", "How many need it; -1 when it cannot be unloaded at all.")
-          .Texts("Used By", "The modules that need it.")
-          .Text("State", "Live, Loading or Unloading.");
+const StructShape& Shape() {
+  static const StructShape shape =
+      StructShape("KernelModule")
+          .String("Name", "The name of the module.")
+          .Int("Size", "The memory that it takes, in bytes.")
+          .Int("References", "How many need it; -1 when it cannot be unloaded at all.")
+          .Strings("Used By", "The modules that need it.")
+          .String("State", "Live, Loading or Unloading.");
   return shape;
 }
 
-std::shared_ptr<MetaObj::MetaStruct> MakeRecord(const KernelModule& module) {
-  auto record = Shape().NewRecord();
-  record->SetField("Name", OutsideText(module.name));
-  record->SetField("Size", module.size);
-  record->SetField("References", module.references);
-  record->SetField("Used By", module.users);
-  record->SetField("State", OutsideText(module.state));
-  return record;
+std::shared_ptr<MetaObj::MetaStruct> ToStruct(const KernelModule& module) {
+  auto result = Shape().NewStruct();
+  result->SetField("Name", SanitizedText(module.name));
+  result->SetField("Size", module.size);
+  result->SetField("References", module.references);
+  result->SetField("Used By", module.users);
+  result->SetField("State", SanitizedText(module.state));
+  return result;
 }
 
 class SystemModuleList final : public HostCommand {
@@ -55,7 +56,7 @@ class SystemModuleList final : public HostCommand {
     const auto list = Shape().NewList();
     for (const KernelModule& module : ReadModules(kProc)) {
       if (!isUnusedOnly || module.references == 0) {
-        list->Add(MakeRecord(module));
+        list->Add(ToStruct(module));
       }
     }
     output.SetRootObject(list);

@@ -3,8 +3,10 @@
 
 #include <kestrel/metaobj/MetaString.h>
 
-#include "plugins/host/frame/DataSource.h"
 #include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/SanitizedText.h"
+#include "plugins/host/system/KernelParameterName.h"
 #include "plugins/host/system/KernelParameters.h"
 #include "plugins/host/system/SystemCommands.h"
 
@@ -20,13 +22,7 @@ class SystemParameterGet final : public HostCommand {
   }
 
  private:
-  void DeclareParameters(CallSpec::InputSpec& spec) const override {
-    Parameter("name", CallSpec::String, "The name of the parameter, like vm.swappiness.")
-        .Short("n")
-        .Required()
-        .Matching(kParameterNamePattern)
-        .AddTo(spec);
-  }
+  void DeclareParameters(CallSpec::InputSpec& spec) const override { AddParameterName(spec); }
 
   void DeclareResult(CallSpec::OutputSpec& spec) const override {
     spec.SetRootObject(MetaObj::MetaString::New());
@@ -34,7 +30,7 @@ class SystemParameterGet final : public HostCommand {
   }
 
   void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
-    output.SetRootObject(OutsideLines(ReadParameter(kProc, input.GetParameter("name"))));
+    output.SetRootObject(SanitizedLines(ReadParameter(kProc, input.GetParameter("name"))));
   }
 };
 

@@ -3,21 +3,23 @@
 
 #include <memory>
 
-#include "plugins/host/frame/DataSource.h"
 #include "plugins/host/frame/HostCommand.h"
-#include "plugins/host/frame/TextPattern.h"
+#include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/Regex.h"
+#include "plugins/host/frame/SanitizedText.h"
+#include "plugins/host/system/KernelParameterName.h"
 #include "plugins/host/system/KernelParameters.h"
 #include "plugins/host/system/SystemCommands.h"
 
 namespace Kestrel::Host {
 namespace {
 
-const RecordShape& Shape() {
-  static const RecordShape shape =
-      RecordShape("KernelParameter")
-          .Text("Name", "The name of the parameter.")
-          .Text("Value", "Its present value; tabs and line ends are written as blanks.")
-          .Truth("Writable", "Whether it can be changed while the kernel runs.");
+const StructShape& Shape() {
+  static const StructShape shape =
+      StructShape("KernelParameter")
+          .String("Name", "The name of the parameter.")
+          .String("Value", "Its present value; tabs and line ends are written as blanks.")
+          .Bool("Writable", "Whether it can be changed while the kernel runs.");
   return shape;
 }
 
@@ -50,21 +52,20 @@ class SystemParameterList final : public HostCommand {
   }
 
   void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
-    const std::unique_ptr<TextPattern> pattern =
-        input.HasParameter("name") ? std::make_unique<TextPattern>(input.GetParameter("name"))
-                                   : nullptr;
+    const std::unique_ptr<Regex> pattern =
+        input.HasParameter("name") ? std::make_unique<Regex>(input.GetParameter("name")) : nullptr;
     const bool isWritableOnly = input.IsFlagSet("writable");
     const auto list = Shape().NewList();
     for (const KernelParameter& parameter : ReadParameters(kProc, input.GetParameter("under"))) {
       if ((isWritableOnly && !parameter.isWritable) ||
-          (pattern != nullptr && !pattern->IsIn(parameter.name))) {
+          (pattern != nullptr && !pattern->IsFoundIn(parameter.name))) {
         continue;
       }
-      auto record = Shape().NewRecord();
-      record->SetField("Name", OutsideText(parameter.name));
-      record->SetField("Value", OutsideText(OnOneLine(parameter.value)));
-      record->SetField("Writable", parameter.isWritable);
-      list->Add(record);
+      auto row = Shape().NewStruct();
+      row->SetField("Name", SanitizedText(parameter.name));
+      row->SetField("Value", SanitizedText(OnOneLine(parameter.value)));
+      row->SetField("Writable", parameter.isWritable);
+      list->Add(row);
     }
     output.SetRootObject(list);
   }

@@ -3,19 +3,21 @@
 
 #include <kestrel/KestrelException.h>
 
-#include "plugins/host/frame/DataSource.h"
 #include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/SanitizedText.h"
+#include "plugins/host/system/KernelParameterName.h"
 #include "plugins/host/system/KernelParameters.h"
 #include "plugins/host/system/SystemCommands.h"
 
 namespace Kestrel::Host {
 namespace {
 
-const RecordShape& Shape() {
-  static const RecordShape shape = RecordShape("KernelParameterChange")
-                                       .Text("Name", "The name of the parameter.")
-                                       .Text("Before", "Its value before the change.")
-                                       .Text("After", "Its value after the change.");
+const StructShape& Shape() {
+  static const StructShape shape = StructShape("KernelParameterChange")
+                                       .String("Name", "The name of the parameter.")
+                                       .String("Before", "Its value before the change.")
+                                       .String("After", "Its value after the change.");
   return shape;
 }
 
@@ -29,11 +31,7 @@ class SystemParameterSet final : public HostCommand {
 
  private:
   void DeclareParameters(CallSpec::InputSpec& spec) const override {
-    Parameter("name", CallSpec::String, "The name of the parameter, like vm.swappiness.")
-        .Short("n")
-        .Required()
-        .Matching(kParameterNamePattern)
-        .AddTo(spec);
+    AddParameterName(spec);
     Parameter("value", CallSpec::String, "The value to give it; several numbers with blanks.")
         .Short("v")
         .Required()
@@ -41,18 +39,18 @@ class SystemParameterSet final : public HostCommand {
   }
 
   void DeclareResult(CallSpec::OutputSpec& spec) const override {
-    Shape().DeclareRecord(spec, "The value of the parameter before and after the change.");
+    Shape().DeclareStruct(spec, "The value of the parameter before and after the change.");
   }
 
   void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
     const std::string& name = input.GetParameter("name");
     const std::string before = ReadIfPossible(name);
     WriteParameter(kProc, name, input.GetParameter("value"));
-    const auto record = Shape().NewRecord();
-    record->SetField("Name", OutsideText(name));
-    record->SetField("Before", OutsideText(OnOneLine(before)));
-    record->SetField("After", OutsideText(OnOneLine(ReadIfPossible(name))));
-    output.SetRootObject(record);
+    const auto result = Shape().NewStruct();
+    result->SetField("Name", SanitizedText(name));
+    result->SetField("Before", SanitizedText(OnOneLine(before)));
+    result->SetField("After", SanitizedText(OnOneLine(ReadIfPossible(name))));
+    output.SetRootObject(result);
   }
 
   // Some parameters are there to be written only; writing then says what else is wrong.

@@ -5,106 +5,87 @@
 
 #include <algorithm>
 #include <memory>
-#include <set>
 #include <string>
 
-#include "plugins/host/frame/DataSource.h"
 #include "plugins/host/frame/HostCommand.h"
-#include "plugins/host/frame/TextPattern.h"
+#include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/Regex.h"
+#include "plugins/host/frame/SanitizedText.h"
+#include "plugins/host/frame/TextParsing.h"
+#include "plugins/host/frame/TimeFormat.h"
+#include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/system/Accounts.h"
-#include "plugins/host/system/ClockText.h"
 #include "plugins/host/system/Processes.h"
 #include "plugins/host/system/SystemCommands.h"
-#include "plugins/host/system/SystemFigures.h"
+#include "plugins/host/system/SystemStatistics.h"
 
 namespace Kestrel::Host {
 namespace {
 
 // More than any machine has, in KiB.
-constexpr std::int64_t kMostMemory = std::int64_t(1) << 50;
-constexpr std::int64_t kMostProcesses = 1 << 22;
+constexpr std::int64_t kMaxMemory = std::int64_t(1) << 50;
+constexpr std::int64_t kMaxProcessId = 1 << 22;
 
-const RecordShape& Shape() {
-  static const RecordShape shape =
-      RecordShape("Process")
-          .Number("Id", "The number of the process.")
-          .Number("Parent", "The number of the process that it belongs to; 0 for none.")
-          .Text("User", "By whose rights it acts: a name, or a number without an account.")
-          .Text("State", "What it is doing: running, sleeping, waiting, ...")
-          .Number("Threads", "How many threads it has.")
-          .Number("Nice", "How much it gives way to others, from -20 to 19.")
-          .Number("Virtual", "The memory that it may address, in KiB.")
-          .Number("Resident", "The memory that it holds, in KiB.")
-          .Text("Time", "The processor time that it took: days-hours:minutes:seconds.")
-          .Number("Seconds", "The same in seconds.")
-          .Text("Started", "When it started, in the time zone of the machine.")
-          .Text("Terminal", "Its terminal below /dev; empty for none.")
-          .Truth("Kernel", "Whether it is a thread of the kernel itself.")
-          .Text("Name", "The name of its program, cut by the kernel after 15 bytes.")
-          .Text("Command", "Its arguments with blanks between them, or its name in brackets.");
+const StructShape& Shape() {
+  static const StructShape shape =
+      StructShape("Process")
+          .Int("Id", "The number of the process.")
+          .Int("Parent", "The number of the process that it belongs to; 0 for none.")
+          .String("User", "By whose rights it acts: a name, or a number without an account.")
+          .String("State", "What it is doing: running, sleeping, waiting, ...")
+          .Int("Threads", "How many threads it has.")
+          .Int("Nice", "How much it gives way to others, from -20 to 19.")
+          .Int("Virtual", "The memory that it may address, in KiB.")
+          .Int("Resident", "The memory that it holds, in KiB.")
+          .String("Time", "The processor time that it took: days-hours:minutes:seconds.")
+          .Int("Seconds", "The same in seconds.")
+          .String("Started", "When it started, in the time zone of the machine.")
+          .String("Terminal", "Its terminal below /dev; empty for none.")
+          .Bool("Kernel", "Whether it is a thread of the kernel itself.")
+          .String("Name", "The name of its program, cut by the kernel after 15 bytes.")
+          .String("Command", "Its arguments with blanks between them, or its name in brackets.");
   return shape;
 }
 
-// What a process must be to be listed; an empty set lets every process pass.
-struct Filter {
-  std::set<std::int64_t> ids;
-  std::set<std::string> users;
-  std::set<std::string> states;
-  std::unique_ptr<TextPattern> pattern;
-  bool isWholeCommand = false;
-  bool isKernelListed = true;
-  std::int64_t minimumMemory = 0;
+// Which processes the user asked for.
+class ProcessFilter {
+ public:
+  explicit ProcessFilter(const CallSpec::Input& input)
+      : ids_(input, "id"), users_(input, "user"), states_(input, "state") {
+    if (input.HasParameter("name")) {
+      regex_ = std::make_unique<Regex>(input.GetParameter("name"));
+    }
+    isWholeCommand_ = input.IsFlagSet("full");
+    isKernelListed_ =
+        !input.HasParameter("kernel-threads") || input.GetParameterBool("kernel-threads");
+    minimumMemory_ = input.HasParameter("min-memory") ? input.GetParameterInt("min-memory") : 0;
+  }
+
+  bool Accepts(const Process& process, const std::string& userName) const {
+    return ids_.Accepts(process.id) &&
+           users_.AcceptsAnyOf({userName, std::to_string(process.user)}) &&
+           states_.Accepts(StateName(process.state)) &&
+           (isKernelListed_ || !process.isKernelThread) &&
+           process.residentMemory >= minimumMemory_ && AcceptsName(process);
+  }
+
+ private:
+  bool AcceptsName(const Process& process) const {
+    if (regex_ == nullptr) {
+      return true;
+    }
+    const bool isCommand = isWholeCommand_ && !process.command.empty();
+    return regex_->IsFoundIn(isCommand ? process.command : process.name);
+  }
+
+  IntFilter ids_;
+  StringFilter users_;
+  StringFilter states_;
+  std::unique_ptr<Regex> regex_;
+  bool isWholeCommand_ = false;
+  bool isKernelListed_ = true;
+  std::int64_t minimumMemory_ = 0;
 };
-
-std::set<std::string> TextsOf(const CallSpec::Input& input, const char* name) {
-  std::vector<std::string> texts;
-  input.GetParameterList(name, texts);
-  return {texts.begin(), texts.end()};
-}
-
-Filter MakeFilter(const CallSpec::Input& input) {
-  Filter filter;
-  std::vector<std::int64_t> ids;
-  input.GetParameterIntList("id", ids);
-  filter.ids.insert(ids.begin(), ids.end());
-  filter.users = TextsOf(input, "user");
-  filter.states = TextsOf(input, "state");
-  if (input.HasParameter("name")) {
-    filter.pattern = std::make_unique<TextPattern>(input.GetParameter("name"));
-  }
-  filter.isWholeCommand = input.IsFlagSet("full");
-  filter.isKernelListed =
-      !input.HasParameter("kernel-threads") || input.GetParameterBool("kernel-threads");
-  if (input.HasParameter("min-memory")) {
-    filter.minimumMemory = input.GetParameterInt("min-memory");
-  }
-  return filter;
-}
-
-template <typename Value>
-bool Passes(const std::set<Value>& wanted, const Value& value) {
-  return wanted.empty() || wanted.count(value) > 0;
-}
-
-bool PassesUser(const Filter& filter, const Process& process, UserNames& users) {
-  return Passes(filter.users, users.Get(process.user)) ||
-         filter.users.count(std::to_string(process.user)) > 0;
-}
-
-bool PassesPattern(const Filter& filter, const Process& process) {
-  if (filter.pattern == nullptr) {
-    return true;
-  }
-  const bool isCommand = filter.isWholeCommand && !process.command.empty();
-  return filter.pattern->IsIn(isCommand ? process.command : process.name);
-}
-
-bool PassesAll(const Filter& filter, const Process& process, UserNames& users) {
-  return Passes(filter.ids, std::int64_t(process.id)) && PassesUser(filter, process, users) &&
-         Passes(filter.states, std::string(StateWord(process.state))) &&
-         (filter.isKernelListed || !process.isKernelThread) &&
-         process.residentMemory >= filter.minimumMemory && PassesPattern(filter, process);
-}
 
 void Sort(std::vector<Process>& processes, const std::string& order) {
   const auto sortBy = [&processes](auto isBefore) {
@@ -119,34 +100,35 @@ void Sort(std::vector<Process>& processes, const std::string& order) {
   }
 }
 
-// Turns processes into records, with what all of them have in common.
-class ProcessRecords {
+// Turns processes into structs, with what all of them have in common.
+class ProcessStructs {
  public:
-  ProcessRecords() : tick_(::sysconf(_SC_CLK_TCK)), machineStart_(ReadStartMoment(kProc)) {}
+  ProcessStructs() : tick_(::sysconf(_SC_CLK_TCK)), machineStart_(ReadStartTime(kProc)) {}
 
   std::shared_ptr<MetaObj::MetaStruct> Make(const Process& process) {
     const long seconds = process.processorTicks / tick_;
-    auto record = Shape().NewRecord();
-    record->SetField("Id", process.id);
-    record->SetField("Parent", process.parentId);
-    record->SetField("User", OutsideText(users_.Get(process.user)));
-    record->SetField("State", StateWord(process.state));
-    record->SetField("Threads", process.threads);
-    record->SetField("Nice", process.nice);
-    record->SetField("Virtual", process.virtualMemory);
-    record->SetField("Resident", process.residentMemory);
-    record->SetField("Time", SpanText(seconds));
-    record->SetField("Seconds", seconds);
-    record->SetField("Started", MomentText(machineStart_ + process.startTicks / tick_));
-    record->SetField("Terminal", OutsideText(TerminalName(process.terminal, kSys)));
-    record->SetField("Kernel", process.isKernelThread);
-    record->SetField("Name", OutsideText(process.name));
-    record->SetField("Command", OutsideText(process.command.empty() ? "[" + process.name + "]"
-                                                                    : process.command));
-    return record;
+    auto result = Shape().NewStruct();
+    result->SetField("Id", process.id);
+    result->SetField("Parent", process.parentId);
+    result->SetField("User", SanitizedText(users_.Get(process.user)));
+    result->SetField("State", StateName(process.state));
+    result->SetField("Threads", process.threads);
+    result->SetField("Nice", process.nice);
+    result->SetField("Virtual", process.virtualMemory);
+    result->SetField("Resident", process.residentMemory);
+    result->SetField("Time", FormatDuration(seconds));
+    result->SetField("Seconds", seconds);
+    result->SetField("Started",
+                     FormatTimestamp(ClampedSum(machineStart_, process.startTicks / tick_)));
+    result->SetField("Terminal", SanitizedText(TerminalName(process.terminal, kSys)));
+    result->SetField("Kernel", process.isKernelThread);
+    result->SetField("Name", SanitizedText(process.name));
+    result->SetField("Command", SanitizedText(process.command.empty() ? "[" + process.name + "]"
+                                                                      : process.command));
+    return result;
   }
 
-  UserNames& GetUsers() { return users_; }
+  const std::string& GetUserName(const Process& process) { return users_.Get(process.user); }
 
  private:
   long tick_;
@@ -182,7 +164,7 @@ class SystemProcessList final : public HostCommand {
   static void DeclareFilters(CallSpec::InputSpec& spec) {
     Parameter("id", CallSpec::IntList, "List only processes with one of these numbers.")
         .Short("i")
-        .Between(1, kMostProcesses)
+        .Between(1, kMaxProcessId)
         .AddTo(spec);
     Parameter("user", CallSpec::StringList,
               "List only processes of one of these users, each a name or a number.")
@@ -209,7 +191,7 @@ class SystemProcessList final : public HostCommand {
     Parameter("min-memory", CallSpec::Int,
               "List only processes that hold at least this many KiB of memory.")
         .Short("m")
-        .Between(0, kMostMemory)
+        .Between(0, kMaxMemory)
         .AddTo(spec);
     Parameter("kernel-threads", CallSpec::Bool,
               "Whether to list the threads of the kernel too; true without this parameter.")
@@ -222,14 +204,14 @@ class SystemProcessList final : public HostCommand {
   }
 
   void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
-    const Filter filter = MakeFilter(input);
-    ProcessRecords records;
+    const ProcessFilter filter(input);
+    ProcessStructs structs;
     auto processes = ReadProcesses(kProc);
     Sort(processes, input.GetParameter("sort"));
     const auto list = Shape().NewList();
     for (const Process& process : processes) {
-      if (PassesAll(filter, process, records.GetUsers())) {
-        list->Add(records.Make(process));
+      if (filter.Accepts(process, structs.GetUserName(process))) {
+        list->Add(structs.Make(process));
       }
     }
     output.SetRootObject(list);

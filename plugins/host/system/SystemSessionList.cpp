@@ -1,25 +1,24 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include <algorithm>
-
-#include "plugins/host/frame/DataSource.h"
 #include "plugins/host/frame/HostCommand.h"
-#include "plugins/host/system/ClockText.h"
+#include "plugins/host/frame/SanitizedText.h"
+#include "plugins/host/frame/TimeFormat.h"
+#include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/system/Sessions.h"
 #include "plugins/host/system/SystemCommands.h"
 
 namespace Kestrel::Host {
 namespace {
 
-const RecordShape& Shape() {
-  static const RecordShape shape =
-      RecordShape("Session")
-          .Text("User", "Who is logged in.")
-          .Text("Terminal", "The terminal below /dev; empty for a session without one.")
-          .Text("Host", "From where; empty for the machine itself.")
-          .Text("Started", "Since when, in the time zone of the machine.")
-          .Number("Process", "The number of the process that leads the session.");
+const StructShape& Shape() {
+  static const StructShape shape =
+      StructShape("Session")
+          .String("User", "Who is logged in.")
+          .String("Terminal", "The terminal below /dev; empty for a session without one.")
+          .String("Host", "From where; empty for the machine itself.")
+          .String("Started", "Since when, in the time zone of the machine.")
+          .Int("Process", "The number of the process that leads the session.");
   return shape;
 }
 
@@ -43,20 +42,19 @@ class SystemSessionList final : public HostCommand {
   }
 
   void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
-    std::vector<std::string> users;
-    input.GetParameterList("user", users);
+    const StringFilter users(input, "user");
     const auto list = Shape().NewList();
     for (const Session& session : ReadSessions()) {
-      if (!users.empty() && std::count(users.begin(), users.end(), session.user) == 0) {
+      if (!users.Accepts(session.user)) {
         continue;
       }
-      auto record = Shape().NewRecord();
-      record->SetField("User", OutsideText(session.user));
-      record->SetField("Terminal", OutsideText(session.terminal));
-      record->SetField("Host", OutsideText(session.host));
-      record->SetField("Started", MomentText(session.start));
-      record->SetField("Process", session.process);
-      list->Add(record);
+      auto row = Shape().NewStruct();
+      row->SetField("User", SanitizedText(session.user));
+      row->SetField("Terminal", SanitizedText(session.terminal));
+      row->SetField("Host", SanitizedText(session.host));
+      row->SetField("Started", FormatTimestamp(session.start));
+      row->SetField("Process", session.process);
+      list->Add(row);
     }
     output.SetRootObject(list);
   }

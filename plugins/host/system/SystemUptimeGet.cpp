@@ -1,22 +1,22 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "plugins/host/frame/DataSource.h"
 #include "plugins/host/frame/HostCommand.h"
-#include "plugins/host/system/ClockText.h"
+#include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/TimeFormat.h"
 #include "plugins/host/system/SystemCommands.h"
-#include "plugins/host/system/SystemFigures.h"
+#include "plugins/host/system/SystemStatistics.h"
 
 namespace Kestrel::Host {
 namespace {
 
-const RecordShape& Shape() {
-  static const RecordShape shape =
-      RecordShape("SystemUptime")
-          .Text("Started", "When the machine started, in its own time zone.")
-          .Text("Up", "For how long it has been up: days-hours:minutes:seconds.")
-          .Number("Seconds", "The same in seconds.")
-          .Number("Idle Seconds", "The time without work in seconds, summed over all processors.");
+const StructShape& Shape() {
+  static const StructShape shape =
+      StructShape("SystemUptime")
+          .String("Started", "When the machine started, in its own time zone.")
+          .String("Up", "For how long it has been up: days-hours:minutes:seconds.")
+          .Int("Seconds", "The same in seconds.")
+          .Int("Idle Seconds", "The time without work in seconds, summed over all processors.");
   return shape;
 }
 
@@ -30,17 +30,17 @@ class SystemUptimeGet final : public HostCommand {
 
  private:
   void DeclareResult(CallSpec::OutputSpec& spec) const override {
-    Shape().DeclareRecord(spec, "Since when the machine has been up.");
+    Shape().DeclareStruct(spec, "Since when the machine has been up.");
   }
 
   void Run(const CallSpec::Input&, CallSpec::Output& output) const override {
     const Uptime uptime = ReadUptime(kProc);
-    const auto record = Shape().NewRecord();
-    record->SetField("Started", MomentText(ReadStartMoment(kProc)));
-    record->SetField("Up", SpanText(uptime.seconds));
-    record->SetField("Seconds", uptime.seconds);
-    record->SetField("Idle Seconds", uptime.idleSeconds);
-    output.SetRootObject(record);
+    const auto result = Shape().NewStruct();
+    result->SetField("Started", FormatTimestamp(ReadStartTime(kProc)));
+    result->SetField("Up", FormatDuration(uptime.seconds));
+    result->SetField("Seconds", uptime.seconds);
+    result->SetField("Idle Seconds", uptime.idleSeconds);
+    output.SetRootObject(result);
   }
 };
 

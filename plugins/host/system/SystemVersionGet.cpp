@@ -8,23 +8,23 @@
 #include <cstring>
 #include <string>
 
-#include "plugins/host/frame/DataSource.h"
 #include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/system/OsRelease.h"
 #include "plugins/host/system/SystemCommands.h"
 
 namespace Kestrel::Host {
 namespace {
 
-const RecordShape& Shape() {
-  static const RecordShape shape =
-      RecordShape("SystemVersion")
-          .Text("Host Name", "The name by which the machine calls itself.")
-          .Text("Kernel", "The name of the kernel.")
-          .Text("Release", "The release of the kernel.")
-          .Text("Build", "The build of the kernel: its number, options and time.")
-          .Text("Architecture", "The kind of processor that the kernel runs on.")
-          .Text("Distribution", "The name and version of the distribution; empty when unknown.");
+const StructShape& Shape() {
+  static const StructShape shape =
+      StructShape("SystemVersion")
+          .String("Host Name", "The name by which the machine calls itself.")
+          .String("Kernel", "The name of the kernel.")
+          .String("Release", "The release of the kernel.")
+          .String("Build", "The build of the kernel: its number, options and time.")
+          .String("Architecture", "The kind of processor that the kernel runs on.")
+          .String("Distribution", "The name and version of the distribution; empty when unknown.");
   return shape;
 }
 
@@ -37,7 +37,7 @@ class SystemVersionGet final : public HostCommand {
 
  private:
   void DeclareResult(CallSpec::OutputSpec& spec) const override {
-    Shape().DeclareRecord(spec, "The versions of the running system.");
+    Shape().DeclareStruct(spec, "The versions of the running system.");
   }
 
   void Run(const CallSpec::Input&, CallSpec::Output& output) const override {
@@ -46,14 +46,14 @@ class SystemVersionGet final : public HostCommand {
       throw KestrelException(std::string("Unable to ask the kernel for its version: ") +
                              std::strerror(errno));
     }
-    const auto record = Shape().NewRecord();
-    record->SetField("Host Name", OutsideText(kernel.nodename));
-    record->SetField("Kernel", OutsideText(kernel.sysname));
-    record->SetField("Release", OutsideText(kernel.release));
-    record->SetField("Build", OutsideText(kernel.version));
-    record->SetField("Architecture", OutsideText(kernel.machine));
-    record->SetField("Distribution", OutsideText(ReadDistributionName("")));
-    output.SetRootObject(record);
+    const auto result = Shape().NewStruct();
+    result->SetField("Host Name", SanitizedText(kernel.nodename));
+    result->SetField("Kernel", SanitizedText(kernel.sysname));
+    result->SetField("Release", SanitizedText(kernel.release));
+    result->SetField("Build", SanitizedText(kernel.version));
+    result->SetField("Architecture", SanitizedText(kernel.machine));
+    result->SetField("Distribution", SanitizedText(ReadDistributionName("")));
+    output.SetRootObject(result);
   }
 };
 

@@ -83,9 +83,9 @@ std::vector<std::string> Sorted(std::vector<std::string> texts) {
 
 Agreement Compare(const std::function<std::vector<Row>()>& command,
                   const std::function<std::vector<Row>()>& witness) {
-  constexpr int kAttempts = 20;
+  constexpr int kMaxAttempts = 20;
   Agreement agreement;
-  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+  for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
     agreement.witness = witness();
     agreement.command = command();
     if (witness() == agreement.witness) {

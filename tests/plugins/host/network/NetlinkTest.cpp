@@ -117,15 +117,15 @@ TEST(NetlinkMessageTest, ABodyThatIsTooShortIsNotRead) {
 }
 
 TEST(NetlinkTest, WritesAddresses) {
-  EXPECT_EQ(AddressText(AddressBytes("127.0.0.1")), "127.0.0.1");
-  EXPECT_EQ(AddressText(AddressBytes("fe80::1")), "fe80::1");
-  EXPECT_EQ(AddressText(""), "");
-  EXPECT_EQ(AddressText("abc"), "");
+  EXPECT_EQ(FormatAddress(AddressBytes("127.0.0.1")), "127.0.0.1");
+  EXPECT_EQ(FormatAddress(AddressBytes("fe80::1")), "fe80::1");
+  EXPECT_EQ(FormatAddress(""), "");
+  EXPECT_EQ(FormatAddress("abc"), "");
 }
 
 TEST(NetlinkTest, WritesLinkAddresses) {
-  EXPECT_EQ(LinkAddressText(std::string("\x02\xfc\x00\xa0\x0f\xff", 6)), "02:fc:00:a0:0f:ff");
-  EXPECT_EQ(LinkAddressText(""), "");
+  EXPECT_EQ(FormatLinkAddress(std::string("\x02\xfc\x00\xa0\x0f\xff", 6)), "02:fc:00:a0:0f:ff");
+  EXPECT_EQ(FormatLinkAddress(""), "");
 }
 
 TEST(NetlinkTest, NumbersFamilies) {

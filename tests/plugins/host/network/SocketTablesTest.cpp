@@ -116,13 +116,13 @@ constexpr const char* kLocalHeader = "Num       RefCount Protocol Flags    Type 
 
 TEST(SocketTablesTest, ReadsLocalSockets) {
   const auto sockets =
-      ParseLocalSockets(std::string(kLocalHeader) +
-                        "0000000000000000: 00000002 00000000 00010000 0001 01 11 /run/one two\n"
-                        "ffff9d1b5d2a3000: 00000003 00000000 00000000 0002 01 12\n"
-                        "0000000000000000: 00000003 00000000 00000000 0005 03    13 @abstract\n"
-                        "0000000000000000: 00000003 00000000 00000000 0009 02 14\n"
-                        "0000000000000000: 00000003 00000000 00000000 0001 04 15\n"
-                        "0000000000000000: 00000003 00000000 00000000 0001 09 16\n");
+      ParseUnixSockets(std::string(kLocalHeader) +
+                       "0000000000000000: 00000002 00000000 00010000 0001 01 11 /run/one two\n"
+                       "ffff9d1b5d2a3000: 00000003 00000000 00000000 0002 01 12\n"
+                       "0000000000000000: 00000003 00000000 00000000 0005 03    13 @abstract\n"
+                       "0000000000000000: 00000003 00000000 00000000 0009 02 14\n"
+                       "0000000000000000: 00000003 00000000 00000000 0001 04 15\n"
+                       "0000000000000000: 00000003 00000000 00000000 0001 09 16\n");
   ASSERT_EQ(sockets.size(), 6u);
   EXPECT_EQ(sockets[0].protocol, "unix");
   EXPECT_EQ(sockets[0].type, "stream");
@@ -146,9 +146,9 @@ TEST(SocketTablesTest, ReadsLocalSockets) {
 
 TEST(SocketTablesTest, APathMayHoldLineBreaks) {
   const auto sockets =
-      ParseLocalSockets(std::string(kLocalHeader) +
-                        "0000000000000000: 00000002 00000000 00010000 0001 01 11 /run/a\nb c\n\nd\n"
-                        "0000000000000000: 00000002 00000000 00010000 0001 01 12 /run/e\n");
+      ParseUnixSockets(std::string(kLocalHeader) +
+                       "0000000000000000: 00000002 00000000 00010000 0001 01 11 /run/a\nb c\n\nd\n"
+                       "0000000000000000: 00000002 00000000 00010000 0001 01 12 /run/e\n");
   ASSERT_EQ(sockets.size(), 2u);
   EXPECT_EQ(sockets[0].path, "/run/a\nb c\n\nd");
   EXPECT_EQ(sockets[1].path, "/run/e");
@@ -157,8 +157,8 @@ TEST(SocketTablesTest, APathMayHoldLineBreaks) {
 TEST(SocketTablesTest, EmptyTablesHoldNothing) {
   EXPECT_THAT(ParseInternetSockets("", "tcp", 4), IsEmpty());
   EXPECT_THAT(ParseInternetSockets(kHeader, "tcp", 4), IsEmpty());
-  EXPECT_THAT(ParseLocalSockets(""), IsEmpty());
-  EXPECT_THAT(ParseLocalSockets(kLocalHeader), IsEmpty());
+  EXPECT_THAT(ParseUnixSockets(""), IsEmpty());
+  EXPECT_THAT(ParseUnixSockets(kLocalHeader), IsEmpty());
 }
 
 TEST(SocketTablesTest, ReadsTheTablesThatAreThere) {
@@ -192,12 +192,12 @@ TEST(SocketTablesTest, FindsTheProcessesThatHoldASocket) {
   link("100", "6", "socket:[x]");
   link("100", "7", "socket:[5");
   link("self", "3", "socket:[999]");
-  EXPECT_THAT(ReadSocketHolders(folder.GetPath()),
+  EXPECT_THAT(ReadSocketOwners(folder.GetPath()),
               ElementsAre(Pair(12, ElementsAre(100)), Pair(777, ElementsAre(20, 100))));
 }
 
 TEST(SocketTablesTest, WithoutProcessesNobodyHoldsASocket) {
-  EXPECT_THAT(ReadSocketHolders("/nonexistent"), IsEmpty());
+  EXPECT_THAT(ReadSocketOwners("/nonexistent"), IsEmpty());
 }
 
 }  // namespace

@@ -13,7 +13,8 @@
 #include <cerrno>
 #include <csignal>
 
-#include "plugins/host/frame/DataSource.h"
+#include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/TextParsing.h"
 #include "support/ScopedEnvironment.h"
 #include "support/ScopedTempDir.h"
 

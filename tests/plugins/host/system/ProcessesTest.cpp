@@ -8,6 +8,8 @@
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
+#include <limits>
+
 #include "kestrel/KestrelException.h"
 #include "support/ScopedTempDir.h"
 
@@ -46,6 +48,18 @@ TEST(ProcessesTest, ReadsWhatTheKernelTells) {
   EXPECT_EQ(process->processorTicks, 345);
   EXPECT_EQ(process->startTicks, 9000);
   EXPECT_EQ(process->terminal, 34818);
+}
+
+TEST(ProcessesTest, NumbersAtTheLimitsOf64BitsDoNotOverflow) {
+  constexpr long kMax = std::numeric_limits<long>::max();
+  const std::string largest = " 9223372036854775807";
+  const auto process = ParseProcess("1 (x) S 1 1 1 1 1 1 1 1 1 1" + largest + largest +
+                                    " 1 1 1 1 1 1" + largest + largest + largest);
+  ASSERT_TRUE(process);
+  EXPECT_EQ(process->processorTicks, kMax);
+  EXPECT_EQ(process->startTicks, kMax);
+  EXPECT_EQ(process->virtualMemory, kMax / 1024);
+  EXPECT_EQ(process->residentMemory, kMax);
 }
 
 TEST(ProcessesTest, TakesAnyBytesWithinTheParenthesesAsTheName) {
@@ -172,16 +186,16 @@ TEST(ProcessesTest, SaysWhenThereIsNoProcessAtAll) {
 }
 
 TEST(ProcessesTest, HasAWordForEachState) {
-  EXPECT_STREQ(StateWord('R'), "running");
-  EXPECT_STREQ(StateWord('S'), "sleeping");
-  EXPECT_STREQ(StateWord('D'), "waiting");
-  EXPECT_STREQ(StateWord('T'), "stopped");
-  EXPECT_STREQ(StateWord('t'), "traced");
-  EXPECT_STREQ(StateWord('Z'), "zombie");
-  EXPECT_STREQ(StateWord('I'), "idle");
-  EXPECT_STREQ(StateWord('P'), "parked");
-  EXPECT_STREQ(StateWord('X'), "dead");
-  EXPECT_STREQ(StateWord('?'), "unknown");
+  EXPECT_STREQ(StateName('R'), "running");
+  EXPECT_STREQ(StateName('S'), "sleeping");
+  EXPECT_STREQ(StateName('D'), "waiting");
+  EXPECT_STREQ(StateName('T'), "stopped");
+  EXPECT_STREQ(StateName('t'), "traced");
+  EXPECT_STREQ(StateName('Z'), "zombie");
+  EXPECT_STREQ(StateName('I'), "idle");
+  EXPECT_STREQ(StateName('P'), "parked");
+  EXPECT_STREQ(StateName('X'), "dead");
+  EXPECT_STREQ(StateName('?'), "unknown");
 }
 
 TEST(ProcessesTest, NamesTerminals) {

@@ -1,13 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "plugins/host/system/SystemFigures.h"
+#include "plugins/host/system/SystemStatistics.h"
 
 #include <kestrel/KestrelException.h>
 
 #include <string_view>
 
-#include "plugins/host/frame/DataSource.h"
+#include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/TextParsing.h"
 
 namespace Kestrel::Host {
 namespace {
@@ -29,8 +30,7 @@ std::string_view BeforePoint(std::string_view text) { return text.substr(0, text
 // The number of a line like "MemFree:   512 kB"; `fallback` when no line has that name.
 long Figure(std::string_view text, std::string_view name, long fallback) {
   for (const std::string_view line : SplitLines(text)) {
-    if (line.size() > name.size() && line.substr(0, name.size()) == name &&
-        line[name.size()] == ':') {
+    if (StartsWith(line, name) && line.size() > name.size() && line[name.size()] == ':') {
       const auto words = SplitWords(line.substr(name.size() + 1));
       return words.empty() ? fallback : ParseNumber(words[0]).value_or(fallback);
     }
@@ -40,9 +40,13 @@ long Figure(std::string_view text, std::string_view name, long fallback) {
 
 }  // namespace
 
+long Memory::GetUsed() const { return ClampedDifference(total, available); }
+
+long Memory::GetSwapUsed() const { return ClampedDifference(swapTotal, swapFree); }
+
 Uptime ReadUptime(const std::string& proc) {
   const std::string path = proc + "/uptime";
-  const std::string text = ReadNeededFile(path);
+  const std::string text = ReadRequiredFile(path);
   const auto words = SplitWords(text);
   if (words.size() < 2) {
     ThrowUnknownForm(path);
@@ -55,7 +59,7 @@ Uptime ReadUptime(const std::string& proc) {
 
 Load ReadLoad(const std::string& proc) {
   const std::string path = proc + "/loadavg";
-  const std::string text = ReadNeededFile(path);
+  const std::string text = ReadRequiredFile(path);
   const auto words = SplitWords(text);
   if (words.size() < 4) {
     ThrowUnknownForm(path);
@@ -75,7 +79,7 @@ Load ReadLoad(const std::string& proc) {
 
 Memory ReadMemory(const std::string& proc) {
   const std::string path = proc + "/meminfo";
-  const std::string text = ReadNeededFile(path);
+  const std::string text = ReadRequiredFile(path);
   Memory memory;
   memory.total = Figure(text, "MemTotal", -1);
   memory.free = Figure(text, "MemFree", -1);
@@ -86,15 +90,15 @@ Memory ReadMemory(const std::string& proc) {
   memory.available = Figure(text, "MemAvailable", memory.free);
   memory.shared = Figure(text, "Shmem", 0);
   memory.buffers = Figure(text, "Buffers", 0);
-  memory.cached = Figure(text, "Cached", 0) + Figure(text, "SReclaimable", 0);
+  memory.cached = ClampedSum(Figure(text, "Cached", 0), Figure(text, "SReclaimable", 0));
   memory.swapTotal = Figure(text, "SwapTotal", 0);
   memory.swapFree = Figure(text, "SwapFree", 0);
   return memory;
 }
 
-long ReadStartMoment(const std::string& proc) {
+long ReadStartTime(const std::string& proc) {
   const std::string path = proc + "/stat";
-  const std::string text = ReadNeededFile(path);
+  const std::string text = ReadRequiredFile(path);
   for (const std::string_view line : SplitLines(text)) {
     const auto words = SplitWords(line);
     if (words.size() == 2 && words[0] == "btime") {

@@ -1,10 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "plugins/host/system/SystemFigures.h"
+#include "plugins/host/system/SystemStatistics.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <limits>
 
 #include "kestrel/KestrelException.h"
 #include "support/ScopedTempDir.h"
@@ -16,14 +18,14 @@ using ::testing::HasSubstr;
 using Testing::ScopedTempDir;
 using ::testing::ThrowsMessage;
 
-TEST(SystemFiguresTest, ReadsTheUptimeWithoutPartsOfASecond) {
+TEST(SystemStatisticsTest, ReadsTheUptimeWithoutPartsOfASecond) {
   const ScopedTempDir proc;
   proc.Write("uptime", "86399.99 123.45\n");
   EXPECT_EQ(ReadUptime(proc.GetPath()).seconds, 86399);
   EXPECT_EQ(ReadUptime(proc.GetPath()).idleSeconds, 123);
 }
 
-TEST(SystemFiguresTest, ReadsTheLoad) {
+TEST(SystemStatisticsTest, ReadsTheLoad) {
   const ScopedTempDir proc;
   proc.Write("loadavg", "0.46 12.00 0.32 2/95 25897\n");
   const Load load = ReadLoad(proc.GetPath());
@@ -34,7 +36,7 @@ TEST(SystemFiguresTest, ReadsTheLoad) {
   EXPECT_EQ(load.tasks, 95);
 }
 
-TEST(SystemFiguresTest, ReadsTheMemory) {
+TEST(SystemStatisticsTest, ReadsTheMemory) {
   const ScopedTempDir proc;
   proc.Write("meminfo",
              "MemTotal:       1000 kB\nMemFree:  200 kB\nMemAvailable:  700 kB\nBuffers: 10 kB\n"
@@ -51,7 +53,31 @@ TEST(SystemFiguresTest, ReadsTheMemory) {
   EXPECT_EQ(memory.swapFree, 20);
 }
 
-TEST(SystemFiguresTest, DoesWithWhatOldKernelsTellOfMemory) {
+TEST(SystemStatisticsTest, MemoryInUseIsWhatIsNotAvailable) {
+  const ScopedTempDir proc;
+  proc.Write("meminfo",
+             "MemTotal: 1000 kB\nMemFree: 200 kB\nMemAvailable: 700 kB\nSwapTotal: 50 kB\n"
+             "SwapFree: 20 kB\n");
+  const Memory memory = ReadMemory(proc.GetPath());
+  EXPECT_EQ(memory.GetUsed(), 300);
+  EXPECT_EQ(memory.GetSwapUsed(), 30);
+}
+
+TEST(SystemStatisticsTest, NumbersAtTheLimitsOf64BitsDoNotOverflow) {
+  constexpr long kMax = std::numeric_limits<long>::max();
+  const std::string largest = " 9223372036854775807 kB\n";
+  const std::string smallest = " -9223372036854775808 kB\n";
+  const ScopedTempDir proc;
+  proc.Write("meminfo", "MemTotal:" + largest + "MemFree: 0 kB\nMemAvailable:" + smallest +
+                            "Cached:" + largest + "SReclaimable:" + largest +
+                            "SwapTotal:" + largest + "SwapFree:" + smallest);
+  const Memory memory = ReadMemory(proc.GetPath());
+  EXPECT_EQ(memory.cached, kMax);
+  EXPECT_EQ(memory.GetUsed(), kMax);
+  EXPECT_EQ(memory.GetSwapUsed(), kMax);
+}
+
+TEST(SystemStatisticsTest, DoesWithWhatOldKernelsTellOfMemory) {
   const ScopedTempDir proc;
   proc.Write("meminfo", "MemTotal: 1000 kB\nMemFree: 200 kB\nBuffers:\n");
   const Memory memory = ReadMemory(proc.GetPath());
@@ -60,24 +86,23 @@ TEST(SystemFiguresTest, DoesWithWhatOldKernelsTellOfMemory) {
   EXPECT_EQ(memory.swapTotal, 0);
 }
 
-TEST(SystemFiguresTest, ReadsWhenTheMachineStarted) {
+TEST(SystemStatisticsTest, ReadsWhenTheMachineStarted) {
   const ScopedTempDir proc;
   proc.Write("stat", "cpu  1 2 3\nintr 5 6\nbtime 1700000000\nprocesses 7\n");
-  EXPECT_EQ(ReadStartMoment(proc.GetPath()), 1700000000);
+  EXPECT_EQ(ReadStartTime(proc.GetPath()), 1700000000);
 }
 
-TEST(SystemFiguresTest, SaysWhichFileIsMissing) {
+TEST(SystemStatisticsTest, SaysWhichFileIsMissing) {
   const auto message = [](const char* file) {
     return std::string("Unable to read /nowhere/") + file + ": No such file or directory";
   };
   EXPECT_THAT([] { ReadUptime("/nowhere"); }, ThrowsMessage<KestrelException>(message("uptime")));
   EXPECT_THAT([] { ReadLoad("/nowhere"); }, ThrowsMessage<KestrelException>(message("loadavg")));
   EXPECT_THAT([] { ReadMemory("/nowhere"); }, ThrowsMessage<KestrelException>(message("meminfo")));
-  EXPECT_THAT([] { ReadStartMoment("/nowhere"); },
-              ThrowsMessage<KestrelException>(message("stat")));
+  EXPECT_THAT([] { ReadStartTime("/nowhere"); }, ThrowsMessage<KestrelException>(message("stat")));
 }
 
-TEST(SystemFiguresTest, SaysWhichFileMakesNoSense) {
+TEST(SystemStatisticsTest, SaysWhichFileMakesNoSense) {
   const ScopedTempDir proc;
   const auto refuses = [&proc](const char* file, const char* text, auto read) {
     proc.Write(file, text);
@@ -95,7 +120,7 @@ TEST(SystemFiguresTest, SaysWhichFileMakesNoSense) {
     refuses("meminfo", text, ReadMemory);
   }
   for (const char* const text : {"", "cpu 1\n", "btime x\n", "btime\n"}) {
-    refuses("stat", text, ReadStartMoment);
+    refuses("stat", text, ReadStartTime);
   }
 }
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "plugins/host/frame/TextPattern.h"
+#include "plugins/host/frame/Regex.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,21 +14,21 @@ namespace {
 using ::testing::StartsWith;
 using ::testing::ThrowsMessage;
 
-TEST(TextPatternTest, LooksAnywhereInAText) {
-  EXPECT_TRUE(TextPattern("b+").IsIn("abbc"));
-  EXPECT_FALSE(TextPattern("^b").IsIn("abbc"));
-  EXPECT_TRUE(TextPattern("").IsIn(""));
-  EXPECT_TRUE(TextPattern("\\d{3}$").IsIn("x123"));
+TEST(RegexTest, LooksAnywhereInAText) {
+  EXPECT_TRUE(Regex("b+").IsFoundIn("abbc"));
+  EXPECT_FALSE(Regex("^b").IsFoundIn("abbc"));
+  EXPECT_TRUE(Regex("").IsFoundIn(""));
+  EXPECT_TRUE(Regex("\\d{3}$").IsFoundIn("x123"));
 }
 
-TEST(TextPatternTest, SaysWhatIsWrongWithAnExpression) {
-  EXPECT_THAT([] { TextPattern("(a"); },
+TEST(RegexTest, SaysWhatIsWrongWithAnExpression) {
+  EXPECT_THAT([] { Regex("(a"); },
               ThrowsMessage<KestrelException>(StartsWith("'(a' is not a regular expression: ")));
 }
 
-TEST(TextPatternTest, GivesUpOnASearchWithoutEnd) {
-  const TextPattern pattern("(a+a+)+b");
-  EXPECT_THAT([&] { pattern.IsIn(std::string(100, 'a')); },
+TEST(RegexTest, GivesUpOnASearchWithoutEnd) {
+  const Regex pattern("(a+a+)+b");
+  EXPECT_THAT([&] { pattern.IsFoundIn(std::string(100, 'a')); },
               ThrowsMessage<KestrelException>(
                   "The regular expression '(a+a+)+b' is too costly to look for"));
 }

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "plugins/host/frame/TextPattern.h"
+#include "plugins/host/frame/Regex.h"
 
 #include <kestrel/KestrelException.h>
 
@@ -10,11 +10,11 @@
 
 namespace Kestrel::Host {
 
-struct TextPattern::Compiled {
+struct Regex::Compiled {
   boost::regex regex;
 };
 
-TextPattern::TextPattern(const std::string& expression) : expression_(expression) {
+Regex::Regex(const std::string& expression) : expression_(expression) {
   try {
     compiled_ = std::make_unique<const Compiled>(Compiled{boost::regex(expression)});
   } catch (const std::runtime_error& error) {
@@ -22,9 +22,9 @@ TextPattern::TextPattern(const std::string& expression) : expression_(expression
   }
 }
 
-TextPattern::~TextPattern() = default;
+Regex::~Regex() = default;
 
-bool TextPattern::IsIn(const std::string& text) const {
+bool Regex::IsFoundIn(const std::string& text) const {
   try {
     return boost::regex_search(text, compiled_->regex);
   } catch (const std::runtime_error&) {

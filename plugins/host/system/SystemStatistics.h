@@ -33,6 +33,10 @@ struct Memory {
   long cached = 0;
   long swapTotal = 0;
   long swapFree = 0;
+
+  /// What is not available.
+  long GetUsed() const;
+  long GetSwapUsed() const;
 };
 
 // Each reads a file in `proc`, the folder in which the kernel shows its data, and throws
@@ -42,6 +46,6 @@ Load ReadLoad(const std::string& proc);
 Memory ReadMemory(const std::string& proc);
 
 /// When the machine started, in seconds since 1970.
-long ReadStartMoment(const std::string& proc);
+long ReadStartTime(const std::string& proc);
 
 }  // namespace Kestrel::Host

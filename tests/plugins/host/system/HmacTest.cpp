@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "plugins/host/system/KeyedChecksum.h"
+#include "plugins/host/system/Hmac.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -43,20 +43,20 @@ const Vector kVectors[] = {
      "60e431591ee0b67f0d8a26aacbf5b77f8e0bc6213728c5140546040f0ee37f54"},
 };
 
-class KeyedChecksumVectorTest : public ::testing::TestWithParam<Vector> {};
+class HmacVectorTest : public ::testing::TestWithParam<Vector> {};
 
-TEST_P(KeyedChecksumVectorTest, MakesThePublishedChecksum) {
+TEST_P(HmacVectorTest, MakesThePublishedChecksum) {
   const ScopedTempDir folder;
   const Vector& vector = GetParam();
-  const auto checksum = ChecksumFile(folder.Write("data", vector.data), vector.key, vector.bits);
-  EXPECT_EQ(checksum.digits, vector.digits);
-  EXPECT_EQ(checksum.size, static_cast<long>(vector.data.size()));
+  const auto hmac = ComputeFileHmac(folder.Write("data", vector.data), vector.key, vector.bits);
+  EXPECT_EQ(hmac.digits, vector.digits);
+  EXPECT_EQ(hmac.fileSize, static_cast<long>(vector.data.size()));
 }
 
-INSTANTIATE_TEST_SUITE_P(Rfc4231, KeyedChecksumVectorTest, ::testing::ValuesIn(kVectors),
+INSTANTIATE_TEST_SUITE_P(Rfc4231, HmacVectorTest, ::testing::ValuesIn(kVectors),
                          [](const auto& vector) { return vector.param.name; });
 
-TEST(KeyedChecksumTest, AgreesWithOpensslAtEverySize) {
+TEST(HmacTest, AgreesWithOpensslAtEverySize) {
   const ScopedTempDir folder;
   for (const std::size_t size : {0, 1, 63, 64, 65, 127, 128, 65535, 65536, 65537, 300000}) {
     std::string data;
@@ -67,31 +67,31 @@ TEST(KeyedChecksumTest, AgreesWithOpensslAtEverySize) {
     for (const long bits : {256, 384, 512}) {
       const std::string expected = Witness("openssl dgst -sha" + std::to_string(bits) +
                                            " -hmac 'a key' -r " + path + " | cut -d' ' -f1");
-      const auto checksum = ChecksumFile(path, "a key", bits);
-      EXPECT_EQ(checksum.digits + "\n", expected) << size;
-      EXPECT_EQ(checksum.size, static_cast<long>(size));
+      const auto hmac = ComputeFileHmac(path, "a key", bits);
+      EXPECT_EQ(hmac.digits + "\n", expected) << size;
+      EXPECT_EQ(hmac.fileSize, static_cast<long>(size));
     }
   }
 }
 
-TEST(KeyedChecksumTest, RefusesWhatCannotBeReadToAnEnd) {
+TEST(HmacTest, RefusesWhatCannotBeReadToAnEnd) {
   const ScopedTempDir folder;
   const std::string pipe = folder.GetPath("pipe");
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
   for (const std::string& path : {pipe, folder.GetPath(), std::string("/dev/zero")}) {
-    EXPECT_THAT([&] { ChecksumFile(path, "k", 256); },
+    EXPECT_THAT([&] { ComputeFileHmac(path, "k", 256); },
                 ThrowsMessage<KestrelException>("Unable to read " + path + ": Not a regular file"));
   }
-  EXPECT_THAT([&] { ChecksumFile(folder.GetPath("absent"), "k", 256); },
+  EXPECT_THAT([&] { ComputeFileHmac(folder.GetPath("absent"), "k", 256); },
               ThrowsMessage<KestrelException>("Unable to read " + folder.GetPath("absent") +
                                               ": No such file or directory"));
 }
 
-TEST(KeyedChecksumTest, KnowsThreeLengthsOnly) {
+TEST(HmacTest, KnowsThreeLengthsOnly) {
   const ScopedTempDir folder;
   const std::string path = folder.Write("data", "");
   for (const long bits : {0, 255, 1024}) {
-    EXPECT_THAT([&] { ChecksumFile(path, "k", bits); },
+    EXPECT_THAT([&] { ComputeFileHmac(path, "k", bits); },
                 ThrowsMessage<KestrelException>("There is no checksum of " + std::to_string(bits) +
                                                 " bits"));
   }

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "plugins/host/system/ClockText.h"
+#include "plugins/host/frame/TimeFormat.h"
 
 #include <cstdio>
 
@@ -14,21 +14,21 @@ constexpr long kDay = 24 * kHour;
 
 }  // namespace
 
-std::string MomentText(std::time_t moment) {
+std::string FormatTimestamp(std::time_t time) {
   std::tm parts = {};
-  if (::localtime_r(&moment, &parts) == nullptr) {
+  if (::localtime_r(&time, &parts) == nullptr) {
     return {};
   }
   char text[64];
   return std::string(text, std::strftime(text, sizeof(text), "%Y-%m-%d %H:%M:%S", &parts));
 }
 
-std::string SpanText(long seconds) {
-  const long span = seconds < 0 ? 0 : seconds;
+std::string FormatDuration(long seconds) {
+  const long duration = seconds < 0 ? 0 : seconds;
   char text[64];
-  std::snprintf(text, sizeof(text), "%02ld:%02ld:%02ld", span % kDay / kHour,
-                span % kHour / kMinute, span % kMinute);
-  return span < kDay ? text : std::to_string(span / kDay) + "-" + text;
+  std::snprintf(text, sizeof(text), "%02ld:%02ld:%02ld", duration % kDay / kHour,
+                duration % kHour / kMinute, duration % kMinute);
+  return duration < kDay ? text : std::to_string(duration / kDay) + "-" + text;
 }
 
 }  // namespace Kestrel::Host

@@ -1,0 +1,60 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "plugins/host/frame/SanitizedText.h"
+
+#include "plugins/host/frame/HexDigits.h"
+
+namespace Kestrel::Host {
+namespace {
+
+bool IsControl(unsigned char byte) { return byte < 0x20 || byte == 0x7f; }
+
+// U+0080 to U+009F, which some terminals take as commands.
+bool IsControlPair(unsigned char first, unsigned char second) {
+  return first == 0xc2 && second >= 0x80 && second <= 0x9f;
+}
+
+void AppendEscaped(unsigned char byte, std::string& text) {
+  text += "\\x";
+  AppendHexDigits(byte, text);
+}
+
+std::string EscapeControls(std::string_view text, std::string_view kept) {
+  std::string safe;
+  safe.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(text[i]);
+    if (IsControl(byte) && kept.find(text[i]) == std::string_view::npos) {
+      AppendEscaped(byte, safe);
+    } else if (i + 1 < text.size() &&
+               IsControlPair(byte, static_cast<unsigned char>(text[i + 1]))) {
+      AppendEscaped(byte, safe);
+      AppendEscaped(static_cast<unsigned char>(text[++i]), safe);
+    } else {
+      safe += text[i];
+    }
+  }
+  return safe;
+}
+
+}  // namespace
+
+std::shared_ptr<MetaObj::MetaString> SanitizedText(std::string_view text) {
+  return MetaObj::MetaString::NewUtf8WithEscapes(EscapeControls(text, ""));
+}
+
+std::shared_ptr<MetaObj::MetaString> SanitizedLines(std::string_view text) {
+  return MetaObj::MetaString::NewUtf8WithEscapes(EscapeControls(text, "\t\n"));
+}
+
+std::shared_ptr<MetaObj::MetaList> SanitizedList(const std::vector<std::string>& texts) {
+  auto list = MetaObj::MetaList::New(MetaObj::MetaType::String);
+  list->Reserve(texts.size());
+  for (const std::string& text : texts) {
+    list->Add(SanitizedText(text));
+  }
+  return list;
+}
+
+}  // namespace Kestrel::Host

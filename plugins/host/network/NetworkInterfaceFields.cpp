@@ -1,0 +1,34 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "plugins/host/network/NetworkInterfaceFields.h"
+
+#include <net/if.h>
+
+#include "plugins/host/frame/SanitizedText.h"
+
+namespace Kestrel::Host {
+
+bool IsSwitchedOn(const NetworkLink& link) { return (link.flags & IFF_UP) != 0; }
+
+void DeclareInterfaceFields(StructShape& shape) {
+  shape.Int("Index", "The interface's number.")
+      .String("State", "Whether it can carry packets: UP, DOWN, UNKNOWN and others.")
+      .Bool("Up", "Whether the administrator has it switched on.")
+      .String("Type", "The kind of its link: ether, loopback and others.")
+      .String("Kind", "The kind of a virtual interface: veth, bridge and others; else empty.")
+      .Int("MTU", "The largest packet that it carries, in bytes.")
+      .String("MAC Address", "Its link-layer address; empty for none.");
+}
+
+void SetInterfaceFields(const NetworkLink& link, MetaObj::MetaStruct& result) {
+  result.SetField("Index", link.index);
+  result.SetField("State", link.state);
+  result.SetField("Up", IsSwitchedOn(link));
+  result.SetField("Type", link.type);
+  result.SetField("Kind", SanitizedText(link.kind));
+  result.SetField("MTU", link.mtu);
+  result.SetField("MAC Address", link.address);
+}
+
+}  // namespace Kestrel::Host

@@ -1,0 +1,102 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "plugins/host/frame/HostFile.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "kestrel/KestrelException.h"
+#include "support/ScopedTempDir.h"
+
+namespace {
+
+// How many reads of this program still succeed; negative for all of them.
+int readsUntilFailure = -1;
+
+}  // namespace
+
+// Takes the place of the C library's function, so that a read can fail in the middle of a file.
+extern "C" ssize_t read(int file, void* buffer, size_t size) {
+  if (readsUntilFailure == 0) {
+    errno = EIO;
+    return -1;
+  }
+  if (readsUntilFailure > 0) {
+    --readsUntilFailure;
+  }
+  return ::syscall(SYS_read, file, buffer, size);
+}
+
+namespace Kestrel::Host {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::Optional;
+using Testing::ScopedTempDir;
+using ::testing::SizeIs;
+using ::testing::ThrowsMessage;
+
+TEST(HostFileTest, ReadsAFileOfAnySizeToItsEnd) {
+  const ScopedTempDir folder;
+  for (const std::size_t size : {0, 1, 4095, 4096, 4097, 300000}) {
+    const std::string text(size, 'x');
+    EXPECT_THAT(ReadFile(folder.Write("file", text)), Optional(text)) << size;
+  }
+}
+
+TEST(HostFileTest, ReadsNothingFromWhatIsNoFile) {
+  const ScopedTempDir folder;
+  EXPECT_EQ(ReadFile(folder.GetPath("absent")), std::nullopt);
+  EXPECT_EQ(errno, ENOENT);
+  EXPECT_EQ(ReadFile(folder.GetPath()), std::nullopt);
+  EXPECT_EQ(errno, EISDIR);
+}
+
+TEST(HostFileTest, APartOfAFileIsNotTheFile) {
+  const ScopedTempDir folder;
+  const std::string path = folder.Write("file", std::string(10'000, 'x'));
+  ASSERT_THAT(ReadFile(path), Optional(SizeIs(10'000)));
+  for (int good = 0; good < 3; ++good) {
+    readsUntilFailure = good;
+    const auto text = ReadFile(path);
+    const int error = errno;
+    readsUntilFailure = -1;
+    EXPECT_EQ(text, std::nullopt) << good;
+    EXPECT_EQ(error, EIO) << good;
+  }
+}
+
+TEST(HostFileTest, SaysWhyANeededFileCannotBeRead) {
+  EXPECT_THAT(
+      [] { ReadRequiredFile("/nowhere/at all"); },
+      ThrowsMessage<KestrelException>("Unable to read /nowhere/at all: No such file or directory"));
+}
+
+TEST(HostFileTest, ListsNamesInByteOrder) {
+  const ScopedTempDir folder;
+  for (const char* const name : {"b", "a", "Z", ".hidden", "10", "9"}) {
+    folder.Write(name, "");
+  }
+  EXPECT_THAT(ListFolder(folder.GetPath()), ElementsAre(".hidden", "10", "9", "Z", "a", "b"));
+  EXPECT_THAT(ListFolder(folder.GetPath("absent")), IsEmpty());
+}
+
+TEST(HostFileTest, FollowsALinkOfAnyLength) {
+  const ScopedTempDir folder;
+  for (const std::size_t length : {1, 255, 256, 257, 1000}) {
+    const std::string target(length, 't');
+    const std::string link = folder.GetPath("link" + std::to_string(length));
+    ASSERT_EQ(::symlink(target.c_str(), link.c_str()), 0);
+    EXPECT_THAT(ReadLink(link), Optional(target));
+  }
+  EXPECT_EQ(ReadLink(folder.Write("file", "")), std::nullopt);
+}
+
+}  // namespace
+}  // namespace Kestrel::Host
