@@ -3,20 +3,23 @@
 # SPDX-License-Identifier: Apache-2.0
 """Checks that includes follow the order of the folders.
 
-    check_layers.py [ROOT]
+    check_layers.py [--graph] [ROOT]
 
 A folder is a layer. A file may include its own folder and the folders before it in the list below.
-Reports, one a line, every include that
+Reports, one per line, every include that
 
 - leads from a folder to a later one, or to one beside it,
 - is part of a cycle of headers,
 - is reserved for other folders (libxml2, the loader, the host's libraries, ...),
-- brings more than the standard library into a public header,
-- brings a private header into the tool or a plug-in,
-- brings a header for users into the library: kestrel.h, or Util.h into a source that does not
-  define one of its functions,
+- adds anything but the standard library to a public header,
+- adds a private header to the tool or to a plug-in,
+- adds a header for users to the library: kestrel.h, or Util.h in a source that does not define one
+  of its functions,
 
-and every C++ file that is in none of the folders. Exit status 1 when there was one.
+and every C++ file that is in none of the folders. The exit status is 1 if there was one.
+
+--graph instead prints a line for each folder in the order of the list, with the folders that its
+files include. Includes follow the order if every folder after an arrow begins an earlier line.
 """
 
 import os
@@ -25,8 +28,8 @@ import sys
 
 from problem_report import report
 
-# From the bottom to the top of the road. Folders on one line are beside each other: none of them
-# may include another.
+# From the bottom to the top. Folders in one row are beside each other: none of them may include
+# another.
 LAYERS = [
     ["platform"],
     ["metaobj"],
@@ -48,8 +51,8 @@ RANK = {folder: rank for rank, folders in enumerate(LAYERS) for folder in folder
 LIBRARY = [folder for folder in RANK if not folder.startswith(("plugins/", "vexil"))]
 
 PUBLIC = "include/kestrel/"
-# A public header belongs to the folder of its source. One without a source belongs to the highest
-# folder that it includes; these include nothing that shows where they belong.
+# A public header belongs to the folder of its source. A header without a source belongs to the
+# highest folder that it includes. These have no source, and their includes do not show the folder.
 HEADERS_WITHOUT_A_SOURCE = {
     "include/kestrel/Export.h": "metaobj",
     "include/kestrel/Version.h.in": "metaobj",
@@ -57,10 +60,10 @@ HEADERS_WITHOUT_A_SOURCE = {
     "include/kestrel/autocli/FormatterParam.h": "autocli/formatters",
 }
 
-# Headers for users, each with the only sources of the library that may include it.
+# Headers for users, with the only sources of the library that may include each.
 FOR_USERS = {
     "include/kestrel/kestrel.h": [],
-    # It gathers functions of several folders; these define them.
+    # Gathers functions of several folders; these sources define them.
     "include/kestrel/autocli/Util.h": [
         "autocli/text/FitText.cpp",
         "autocli/text/Panic.cpp",
@@ -70,7 +73,7 @@ FOR_USERS = {
     ],
 }
 
-# Includes that only some folders of the library may use, by the start of their text.
+# Includes that only these folders of the library may use, by the start of the header's name.
 RESERVED = {
     "kestrel/platform/TessaLibs.h": ["metaobj", "autocli/dispatch"],
     "kestrel/platform/Zoluser.h": ["autocli/process"],
@@ -106,8 +109,11 @@ def sources_below(root):
 
 
 class Tree:
-    """The include edges of the project: `includes` has, for each file, pairs of the text between
-    the brackets and the project's file that it names, None for any other header."""
+    """The includes of the project.
+
+    `includes` maps each file to pairs: the name between the brackets, and the project's file of
+    that name, or None if it is not a header of the project.
+    """
 
     def __init__(self, root):
         self.root = root
@@ -123,9 +129,9 @@ class Tree:
             return [(text, resolve(path, text, known)) for text in INCLUDE.findall(file.read())]
 
     def layer_of(self, path):
-        """The folder that a file belongs to, None when it belongs to none."""
+        """The folder that a file belongs to, or None."""
         if path not in self._layers:
-            self._layers[path] = None  # for headers that include each other
+            self._layers[path] = None  # ends the recursion of headers that include each other
             self._layers[path] = self._find_layer(path)
         return self._layers[path]
 
@@ -156,7 +162,7 @@ class Tree:
 
 
 def resolve(path, text, known):
-    """The project's file that an include names, None for any other header."""
+    """The project's file that an include names, None if it is not a header of the project."""
     beside = os.path.normpath(os.path.join(os.path.dirname(path), text))
     for candidate in ("include/" + text, "include/" + text + ".in", "platform/include/" + text,
                       text, beside):
@@ -192,7 +198,7 @@ def order_problems(tree, path, text, target):
 
 
 def library_problems(tree, path, text, target):
-    """What is wrong with an include of a file of the library."""
+    """The problems of one include in a file of the library."""
     if path not in FOR_USERS.get(target, [path]):
         yield f"{path}: includes {text}, which is for users"
     for start, layers in RESERVED.items():
@@ -211,7 +217,7 @@ def is_private(tree, target):
 
 
 def header_cycles(tree):
-    """Each cycle of headers once, told by the include that closes it."""
+    """Each cycle of headers once, at the include that closes it."""
     state = {}
 
     def visit(path, trail):
@@ -240,5 +246,27 @@ def problems(root):
     yield from header_cycles(tree)
 
 
+def graph(root):
+    """A line for each folder that has files: the folder and those that its files include."""
+    tree = Tree(root)
+    used = {layer: set() for layer in RANK if layer in map(tree.layer_of, tree.files)}
+    for path in tree.files:
+        layer = tree.layer_of(path)
+        if layer is not None and path not in FOR_USERS:
+            used[layer] |= {tree.layer_of(target) for _, target in tree.includes[path]
+                            if target is not None and target not in FOR_USERS}
+    for layer, others in used.items():
+        others = sorted(others - {layer, None}, key=list(RANK).index)
+        yield " ".join([layer, "->"] + others) if others else layer
+
+
+def main():
+    arguments = [argument for argument in sys.argv if argument != "--graph"]
+    if "--graph" in sys.argv:
+        report(graph, arguments)
+        return 0
+    return report(problems, arguments)
+
+
 if __name__ == "__main__":
-    sys.exit(report(problems, sys.argv))
+    sys.exit(main())

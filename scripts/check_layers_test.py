@@ -1,24 +1,31 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Tests of check_layers.py over small source trees made for each."""
+"""Tests of check_layers.py, each over a small source tree of its own."""
 
 import os
+import re
 import tempfile
 import unittest
 
 import check_layers
 
 
+PAGE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "docs", "architecture.md")
+
+
 class CheckLayersTest(unittest.TestCase):
-    def problems_of(self, files):
+    def found(self, look, files):
         with tempfile.TemporaryDirectory() as root:
             for path, text in files.items():
                 full = os.path.join(root, path)
                 os.makedirs(os.path.dirname(full), exist_ok=True)
                 with open(full, "w", encoding="utf-8") as file:
                     file.write(text)
-            return list(check_layers.problems(root))
+            return list(look(root))
+
+    def problems_of(self, files):
+        return self.found(check_layers.problems, files)
 
     def test_accepts_its_own_folder_and_those_before(self):
         self.assertEqual([], self.problems_of({
@@ -177,6 +184,26 @@ class CheckLayersTest(unittest.TestCase):
                 "plugins/hello/Hello.h": "",
                 "vexil/main.cpp": '#include "autocli/process/EchoGuard.h"\n',
             }))
+
+    def test_draws_the_folders_in_their_order_with_those_that_they_include(self):
+        self.assertEqual(
+            ["metaobj", "callspec -> metaobj", "autocli/tree -> metaobj callspec"],
+            self.found(check_layers.graph, {
+                "include/kestrel/callspec/Input.h": "",
+                "include/kestrel/metaobj/MetaInt.h": "#include <string>\n",
+                "autocli/tree/Node.h": "",
+                "autocli/tree/Node.cpp": '#include "autocli/tree/Node.h"\n'
+                                         '#include "kestrel/callspec/Input.h"\n'
+                                         '#include "kestrel/metaobj/MetaInt.h"\n',
+                "callspec/Input.cpp": '#include "kestrel/metaobj/MetaInt.h"\n',
+                "metaobj/MetaInt.cpp": "",
+            }))
+
+    def test_lists_the_folders_in_the_order_of_the_architecture_page(self):
+        with open(PAGE, encoding="utf-8") as page:
+            section = page.read().split("\n## Layers\n")[1].split("\n## ")[0]
+        rows = re.findall(r"^\| `([^`]+)` \|", section, re.MULTILINE)
+        self.assertEqual([folder for row in check_layers.LAYERS for folder in row], rows)
 
     def test_reports_a_folder_without_sources(self):
         with tempfile.TemporaryDirectory() as root:
