@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A program with a management command line of its own: docs/embedding.md explains it.
+// A program with its own management command line; docs/embedding.md explains it.
 #include <kestrel/kestrel.h>
 
 #include <exception>
@@ -32,17 +32,17 @@ std::shared_ptr<MetaObj::MetaList> NewItemList() {
 class ListCommand : public AutoCli::Command {
  public:
   ListCommand() {
-    SetDescription("Lists what is in store.");
+    SetDescription("List the items in the store.");
     SetDefaultOutputFormatter("table");
     SetDefaultOutputParameter("fields:Item", "Name,Count");
   }
 
   std::shared_ptr<CallSpec::InputSpec> GetInputSpecInternal() override {
-    auto least = CallSpec::ParameterSpec::New("at-least", CallSpec::ParameterType::Int);
-    least->SetDescription("Only items of which there are so many.");
-    least->SetRequired(false);
+    auto minimum = CallSpec::ParameterSpec::New("minimum-count", CallSpec::ParameterType::Int);
+    minimum->SetDescription("Show only items with at least this count.");
+    minimum->SetRequired(false);
     auto spec = CallSpec::InputSpec::New();
-    spec->AddParameter(least);
+    spec->AddParameter(minimum);
     return spec;
   }
 
@@ -54,10 +54,11 @@ class ListCommand : public AutoCli::Command {
 
   void ExecuteInternal(const std::shared_ptr<CallSpec::Input>& input,
                        const std::shared_ptr<CallSpec::Output>& output) override {
-    const long least = input->HasParameter("at-least") ? input->GetParameterInt("at-least") : 0;
+    const long minimum =
+        input->HasParameter("minimum-count") ? input->GetParameterInt("minimum-count") : 0;
     auto items = NewItemList();
     for (const auto& [name, count] : kStore) {
-      if (count >= least) {
+      if (count >= minimum) {
         items->Add(NewItem(name, count));
       }
     }
