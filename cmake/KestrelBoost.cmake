@@ -1,8 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# Interface target with what the library needs of Boost: the headers, and Boost.Regex. Since 1.76
-# Boost.Regex is headers alone; before, it has a shared library.
+# Interface target with the parts of Boost that the library uses: the headers and Boost.Regex.
+# Boost.Regex is header-only since 1.76 and has a shared library before that.
 if(POLICY CMP0167)
   cmake_policy(SET CMP0167 NEW)  # Boost's own package file, not CMake's search
 endif()

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# What `cmake --install` puts where. Components: library, development, tool.
+# The files that `cmake --install` installs. Components: library, development, tool.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS kestrel EXPORT KestrelTargets
@@ -10,12 +10,12 @@ install(TARGETS kestrel EXPORT KestrelTargets
   FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
-# The tool finds its library beside itself, wherever the tree is moved to.
+# The tool finds the library relative to itself, so the installed tree can be moved.
 file(RELATIVE_PATH from_bin_to_lib ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
 set_target_properties(vexil PROPERTIES INSTALL_RPATH "$ORIGIN/${from_bin_to_lib}")
 install(TARGETS vexil RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tool)
 
-# An empty source folder name makes empty folders: the tool reports one that is missing.
+# Without a source folder, DIRECTORY creates an empty one. The tool reports a missing folder.
 install(DIRECTORY DESTINATION ${KESTREL_PLUGIN_INSTALL_DIR}/ext COMPONENT tool)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/Kestrel)
@@ -46,8 +46,7 @@ if(NOT KESTREL_PLUGIN_DIR STREQUAL installed_plugin_dir)
                  "but they are installed to ${installed_plugin_dir}")
 endif()
 
-# An installed tree inside the build tree: what ./run starts, and what the end-to-end and the
-# consumer tests look at.
+# An installed tree inside the build tree, for ./run and for the end-to-end and install tests.
 set(KESTREL_STAGE_DIR ${PROJECT_BINARY_DIR}/stage)
 get_property(plugins GLOBAL PROPERTY KESTREL_PLUGINS)
 add_custom_target(stage ALL

@@ -1,8 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# The manual pages, with the version and the folder of plug-ins of this build; and the reference of
-# the public headers.
+# The manual pages, with the version and the plug-in folder of this build, and the reference of the
+# public headers.
 function(kestrel_add_manual_page page component)
   cmake_path(GET page EXTENSION LAST_ONLY extension)
   string(SUBSTRING ${extension} 1 -1 section)

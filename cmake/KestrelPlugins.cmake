@@ -1,26 +1,26 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# kestrel_add_plugin(NAME SOURCE...): a shared-library plug-in NAME.so, built against the public
-# headers as anyone's is, and installed where the tool looks by default.
+# kestrel_add_plugin(NAME SOURCE...): a plug-in NAME.so, built against the public headers as
+# plug-ins of others are, and installed where the tool looks by default.
 #
-# The folder is a fixed part of the tool's interface, so it never follows CMAKE_INSTALL_LIBDIR.
+# The folder is a fixed part of the tool's interface and independent of CMAKE_INSTALL_LIBDIR.
 set(KESTREL_PLUGIN_INSTALL_DIR "lib/norvane/vexil")
-# Where descriptors and their scripts stand in the build tree, for tests.
+# The folder of the descriptors in the build tree, for tests; their scripts are in scripts/ in it.
 set(KESTREL_BUILD_DESCRIPTOR_DIR ${PROJECT_BINARY_DIR}/plugins/descriptors)
 
 function(kestrel_add_plugin name)
   add_library(${name} MODULE ${ARGN})
   set_target_properties(${name} PROPERTIES PREFIX "")
-  # Loading happens into a process that holds the library already, so no path to it is recorded.
+  # The process that loads the plug-in already has the library, so no path to it is needed.
   set_target_properties(${name} PROPERTIES SKIP_BUILD_RPATH ON INSTALL_RPATH "")
   target_link_libraries(${name} PRIVATE Kestrel::Kestrel kestrel_warnings kestrel_sanitizers)
   install(TARGETS ${name} LIBRARY DESTINATION ${KESTREL_PLUGIN_INSTALL_DIR} COMPONENT tool)
   set_property(GLOBAL APPEND PROPERTY KESTREL_PLUGINS ${name})
 endfunction()
 
-# kestrel_add_scripts(FILE...): executables that descriptors start. They stand in one folder, in the
-# build tree as in the installed one.
+# kestrel_add_scripts(FILE...): executables that descriptors start. All of them are in one folder,
+# in the build tree as in the installed tree.
 function(kestrel_add_scripts)
   foreach(script IN LISTS ARGN)
     configure_file(${script} ${KESTREL_BUILD_DESCRIPTOR_DIR}/scripts/${script} COPYONLY)
@@ -28,9 +28,10 @@ function(kestrel_add_scripts)
   install(PROGRAMS ${ARGN} DESTINATION ${KESTREL_PLUGIN_INSTALL_DIR}/scripts COMPONENT tool)
 endfunction()
 
-# kestrel_add_descriptors(NAME...): XML plug-ins made of NAME.xml.in, once with the scripts of the
-# build tree and once with those of the installed one. A shell line cannot know where its descriptor
-# stands, so the folder of the scripts is written into it, as text of XML in single quotes.
+# kestrel_add_descriptors(NAME...): descriptors configured from NAME.xml.in, once with the scripts
+# of the build tree and once with those of the installed tree. A shell command cannot find the
+# folder of its descriptor, so the folder of the scripts is inserted, escaped for XML and for single
+# quotes.
 function(kestrel_configure_descriptor name script_dir output)
   string(REPLACE "'" "'\\''" KESTREL_SCRIPT_DIR "${script_dir}")
   string(REPLACE "&" "&amp;" KESTREL_SCRIPT_DIR "${KESTREL_SCRIPT_DIR}")

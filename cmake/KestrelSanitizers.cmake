@@ -1,8 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# Interface target with the sanitizers of KESTREL_SANITIZERS, and with KESTREL_FUZZ what tells a fuzzer
-# which edges run; empty when nothing is asked for.
+# Interface target with the sanitizers in KESTREL_SANITIZERS and, with KESTREL_FUZZ, the edge
+# counters of libFuzzer; empty by default.
 add_library(kestrel_sanitizers INTERFACE)
 if(KESTREL_SANITIZERS)
   target_compile_options(kestrel_sanitizers INTERFACE

@@ -1,25 +1,30 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Runs the examples of the guides and compares what they print.
+"""Runs the examples in the guides and compares their output.
 
     check_examples.py [--update] --tool TOOL [--plugin-dir DIR] [--program FILE]...
                       [--link NAME=PATH]... PAGE...
 
-An example is a fenced block marked `console`: lines that begin with "$ " are commands, "> " carries
-one on, and what follows is what it prints on both streams, blanks at the ends of lines aside. A
-line "..." stands for any lines. When a command fails, "[exit status N]" is its last line.
+An example is a fenced block marked `console`. A line that begins with "$ " is a command, a line
+that begins with "> " continues it, and the lines after it are its output on both streams. Spaces at
+line ends are ignored. A line "..." matches any number of lines. If the command fails, the last line
+is "[exit status N]".
 
-In the block the words `vexil` and `./run` start TOOL: `vexil` without plug-ins, `./run` with those
-of DIR. Each FILE can be called by its name. The commands of one page run in order, in one folder
-that is empty but for the links to each PATH. A block marked `console host` prints what differs from
-host to host: of it, only the exit status and the first line are compared, ignoring spaces. A block
-marked `cpp file=PATH` must be in that file of the project, line for line; so must one marked
-`xml file=PATH`, and all of these on a page must make up the whole file but for the lines of its
-licence. A block marked `xml save=NAME` or `sh save=NAME` is put into the folder of the commands as
-an executable file of that name.
+In a block, `vexil` starts TOOL without plug-ins, `./run` starts it with the plug-ins in DIR, and
+the name of a FILE starts that program. The commands of a page run in order, in one folder that is
+empty except for a link to each PATH.
 
---update writes what the commands print now into the pages instead of comparing.
+Other marks of a block:
+
+    console host                  the output differs between hosts: only the exit status and the
+                                  first line are compared, ignoring spaces
+    cpp file=PATH                 the block must be in that file of the project, line for line
+    xml file=PATH                 the same; all such blocks of a page together must be the whole
+                                  file except for the lines of its licence
+    xml save=NAME, sh save=NAME   the block is written to the folder as an executable file
+
+--update writes the present output into the pages instead of comparing.
 """
 
 import argparse
@@ -36,7 +41,7 @@ FENCE = re.compile(r"^```(console|cpp|sh|xml)([^\n]*)\n(.*?)^```$", re.MULTILINE
 
 
 class Workplace:
-    """An empty folder with the two ways of starting the tool."""
+    """An empty folder in which both commands that start the tool are available."""
 
     def __init__(self, folder, tool, plugin_dir, programs, links):
         self.folder = folder
@@ -66,7 +71,7 @@ class Workplace:
         os.chmod(path, os.stat(path).st_mode | stat.S_IXUSR)
 
     def run(self, command):
-        """What the command prints, and its exit status as a last line unless that is 0."""
+        """The output of the command, with its exit status as the last line unless it is 0."""
         done = subprocess.run(["bash", "-c", command], cwd=self.folder, env=self.environment,
                               stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                               stderr=subprocess.STDOUT, timeout=60, check=False)
@@ -75,7 +80,7 @@ class Workplace:
 
 
 def commands_of(block):
-    """Pairs of a command's lines as written and the lines that it is said to print."""
+    """Pairs: the lines of a command and the lines of its expected output."""
     pairs = []
     for line in block.splitlines():
         if line.startswith("$ "):
@@ -88,7 +93,7 @@ def commands_of(block):
 
 
 def matches(expected, printed):
-    """Whether the lines are the same, "..." standing for any number of lines."""
+    """Whether the lines are the same; "..." matches any number of lines."""
     pattern = "".join(r"(?:.*\n)*?" if line == "..." else re.escape(line.rstrip()) + r"\n"
                       for line in expected)
     return re.fullmatch(pattern, "".join(line.rstrip() + "\n" for line in printed)) is not None
@@ -112,11 +117,11 @@ class Page:
             self.text = file.read()
 
     def check(self):
-        """The page's text with what the commands print now."""
+        """Returns the text of the page with the present output of its commands."""
         text = FENCE.sub(self._check_block, self.text)
         for source, quoted in self.quoted.items():
             if quoted != self._source(source):
-                self.problems.append(f"{self.path}: the blocks do not make up {source}")
+                self.problems.append(f"{self.path}: the blocks together are not {source}")
         return text
 
     def _check_block(self, fence):
@@ -126,7 +131,7 @@ class Page:
             return f"```{kind}{info}\n{self._run_block(block, info.strip() == 'host')}```"
         source = re.search(r"file=(\S+)", info)
         if source and block not in self._source(source.group(1)):
-            self.problems.append(f"{self.path}: a block is not what {source.group(1)} holds")
+            self.problems.append(f"{self.path}: a block is not in {source.group(1)}")
         if source and kind == "xml":
             self.quoted[source.group(1)] = self.quoted.get(source.group(1), "") + block
         saved = re.search(r"save=(\S+)", info)

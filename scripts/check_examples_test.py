@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Tests of check_examples.py over pages made for each."""
+"""Tests of check_examples.py, each over a page of its own."""
 
 import os
 import tempfile
@@ -12,7 +12,7 @@ import check_examples
 
 class CheckExamplesTest(unittest.TestCase):
     def check(self, page):
-        """The problems of a page, and its text with what the commands print."""
+        """The problems of a page, and its text with the present output."""
         with tempfile.TemporaryDirectory() as folder:
             path = os.path.join(folder, "page.md")
             with open(path, "w", encoding="utf-8") as file:
@@ -32,20 +32,20 @@ class CheckExamplesTest(unittest.TestCase):
         self.assertEqual(1, len(problems))
         self.assertEqual(corrected, text)
 
-    def test_accepts_what_a_command_prints(self):
+    def test_accepts_the_output_of_a_command(self):
         self.assert_accepts("Text\n```console\n$ vexil a b\na b\n```\n")
 
-    def test_reports_and_corrects_what_a_command_no_longer_prints(self):
+    def test_reports_and_corrects_output_that_has_changed(self):
         self.assert_corrects("```console\n$ vexil a\nb\n```\n", "```console\n$ vexil a\na\n```\n")
 
-    def test_reports_a_line_too_many(self):
+    def test_reports_an_extra_line(self):
         self.assert_corrects("```console\n$ vexil a\na\na\n```\n",
                              "```console\n$ vexil a\na\n```\n")
 
     def test_starts_the_tool_with_its_plugins_as_run(self):
         self.assert_accepts("```console\n$ ./run a\n--plugin-dir /plugins a\n```\n")
 
-    def test_shows_a_status_other_than_0(self):
+    def test_expects_the_status_unless_it_is_0(self):
         self.assert_accepts("```console\n$ exit 3\n[exit status 3]\n```\n")
         self.assert_corrects("```console\n$ exit 3\n```\n",
                              "```console\n$ exit 3\n[exit status 3]\n```\n")
@@ -54,19 +54,19 @@ class CheckExamplesTest(unittest.TestCase):
         self.assert_accepts(
             "```console\n$ cat > file <<'END'\n> a\n>\n> END\n$ cat file\na\n\n```\n")
 
-    def test_lets_dots_stand_for_any_lines(self):
+    def test_matches_dots_with_any_lines(self):
         self.assert_accepts("```console\n$ seq 5\n1\n...\n5\n```\n")
         self.assert_corrects("```console\n$ seq 2\n1\n...\n5\n```\n",
                              "```console\n$ seq 2\n1\n2\n```\n")
 
-    def test_compares_the_first_line_and_the_status_of_what_differs_from_host_to_host(self):
+    def test_compares_only_the_first_line_and_the_status_of_output_that_differs_between_hosts(self):
         self.assert_accepts("```console host\n$ seq 3\n1\n7\n```\n")
         self.assert_corrects("```console host\n$ seq 3\n2\n```\n",
                              "```console host\n$ seq 3\n1\n2\n3\n```\n")
         self.assert_corrects("```console host\n$ echo 1; exit 4\n1\n```\n",
                              "```console host\n$ echo 1; exit 4\n1\n[exit status 4]\n```\n")
 
-    def test_looks_a_block_of_a_program_up_in_its_file(self):
+    def test_looks_for_a_block_of_a_program_in_its_file(self):
         self.assert_accepts('```cpp file=scripts/check_examples.py\nimport os\nimport re\n```\n')
         problems, _ = self.check("```cpp file=scripts/check_examples.py\nimport so\n```\n")
         self.assertEqual(1, len(problems))

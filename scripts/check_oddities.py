@@ -6,7 +6,7 @@
     check_oddities.py [ROOT]
 
 A page names a test as `SuiteTest.Name`; deliberate-oddities.md must name one in every row of its
-tables. Prints what is missing, one a line. Exit status 1 when something was.
+tables. Prints each missing test on a line. The exit status is 1 if there was one.
 """
 
 import glob
@@ -34,7 +34,7 @@ def tests_of(root):
 
 
 def rows_without_a_test(text):
-    """The rows of the tables' bodies that name no test."""
+    """The rows that name no test, without the heads of the tables."""
     lines = text.splitlines()
     bodies = (line for above, line in zip(lines, lines[1:])
               if line.startswith("|") and above.startswith("|") and not line.startswith("|--"))

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Tests of check_oddities.py over small trees made for each."""
+"""Tests of check_oddities.py, each over a small tree of its own."""
 
 import os
 import tempfile
@@ -31,7 +31,7 @@ class CheckOdditiesTest(unittest.TestCase):
             HEAD + "| odd | `MetaListTest.A`, `MetaListTest.B` |\n",
             "TEST_F(MetaListTest, A) {}\nTEST_P(MetaListTest,\n       B) {}\n"))
 
-    def test_reports_a_test_that_is_gone(self):
+    def test_reports_a_test_that_does_not_exist(self):
         self.assertEqual([f"{PAGE}: no test MetaListTest.WasOdd"],
                          self.problems_of(HEAD + "| odd | `MetaListTest.WasOdd` |\n"))
 

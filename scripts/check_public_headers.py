@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Checks that no public header is forgotten.
+"""Checks that every public header is installed and included by kestrel.h.
 
     check_public_headers.py [ROOT]
 
-Every header below include/kestrel must be listed in include/CMakeLists.txt, or it would not be
-installed; and kestrel.h must bring every one, directly or not, but for those named below. Prints
-what is missing, one a line. Exit status 1 when something was.
+Every header in include/kestrel must be listed in include/CMakeLists.txt, or it would not be
+installed. kestrel.h must include every header, directly or indirectly, except for those listed
+below. Prints each missing header on a line. The exit status is 1 if there was one.
 """
 
 import os
@@ -16,7 +16,7 @@ import sys
 
 from problem_report import report
 
-# kestrel.h alone brings what a program needs; these are asked for by name.
+# Included by name by the few sources that need them.
 BY_NAME_ONLY = {
     "kestrel/Version.h",
     "kestrel/autocli/PluginEntryPoint.h",
@@ -36,26 +36,26 @@ def headers_on_disk(root):
             for directory, _, names in os.walk(include) for name in names if name.endswith(".h")}
 
 
-def headers_brought_by(root, header, known):
-    """The header and all that it includes, directly or not."""
-    brought, waiting = set(), [header]
+def headers_included_by(root, header, known):
+    """The header and all headers that it includes, directly or indirectly."""
+    included, waiting = set(), [header]
     while waiting:
         current = waiting.pop()
-        if current in known and current not in brought:
-            brought.add(current)
+        if current in known and current not in included:
+            included.add(current)
             waiting += INCLUDE.findall(read(root, "include/" + current))
-    return brought
+    return included
 
 
 def problems(root):
     on_disk = headers_on_disk(root)
     listed = set(read(root, "include/CMakeLists.txt").split())
-    brought = headers_brought_by(root, "kestrel/kestrel.h", on_disk)
+    included = headers_included_by(root, "kestrel/kestrel.h", on_disk)
     for header in sorted(on_disk):
         if not listed & {header, header + ")"}:
             yield f"include/CMakeLists.txt does not list {header}"
-        if header not in brought | BY_NAME_ONLY:
-            yield f"kestrel.h does not bring {header}"
+        if header not in included | BY_NAME_ONLY:
+            yield f"kestrel.h does not include {header}"
 
 
 if __name__ == "__main__":

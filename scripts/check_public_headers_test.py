@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Tests of check_public_headers.py over small trees made for each."""
+"""Tests of check_public_headers.py, each over a small tree of its own."""
 
 import os
 import tempfile
@@ -21,7 +21,7 @@ class CheckPublicHeadersTest(unittest.TestCase):
                     file.write(text)
             return list(check_public_headers.problems(root))
 
-    def test_accepts_headers_that_are_listed_and_gathered_through_others(self):
+    def test_accepts_headers_that_are_listed_and_included_indirectly(self):
         self.assertEqual([], self.problems_of(
             ["kestrel/kestrel.h", "kestrel/metaobj/MetaInt.h", "kestrel/metaobj/MetaType.h"],
             {"kestrel/kestrel.h": '#include "kestrel/metaobj/MetaInt.h"\n',
@@ -35,13 +35,13 @@ class CheckPublicHeadersTest(unittest.TestCase):
                              {"kestrel/kestrel.h": '#include "kestrel/metaobj/MetaInt.h"\n',
                               "kestrel/metaobj/MetaInt.h": ""}))
 
-    def test_reports_a_header_that_is_not_gathered(self):
+    def test_reports_a_header_that_is_not_included(self):
         self.assertEqual(
-            ["kestrel.h does not bring kestrel/metaobj/MetaInt.h"],
+            ["kestrel.h does not include kestrel/metaobj/MetaInt.h"],
             self.problems_of(["kestrel/kestrel.h", "kestrel/metaobj/MetaInt.h"],
                              {"kestrel/kestrel.h": "", "kestrel/metaobj/MetaInt.h": ""}))
 
-    def test_lets_the_entry_point_be_asked_for_by_name(self):
+    def test_accepts_that_the_entry_point_is_included_by_name_only(self):
         self.assertEqual([], self.problems_of(
             ["kestrel/kestrel.h", "kestrel/autocli/PluginEntryPoint.h"],
             {"kestrel/kestrel.h": "", "kestrel/autocli/PluginEntryPoint.h": ""}))

@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# Whether shellcheck finds nothing in the scripts of this project, and perl no fault in its own.
+# Checks the shell scripts of this project with shellcheck, and the syntax of its Perl programs.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."

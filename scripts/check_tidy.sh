@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# Whether each check of .clang-tidy notices the mistake that tests/lint/tidy makes for it.
+# Checks that each check of .clang-tidy reports the mistake that tests/lint/tidy contains for it.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # shellcheck shell=bash
-# What ./run, ./test and .ci/run share. Sourced from the project's root folder.
+# Functions of ./run, ./test and .ci/run, which source this file in the project's root folder.
 
 say() { printf '%s\n' "$*" >&2; }
 
@@ -11,7 +11,7 @@ fail() {
   exit 1
 }
 
-# The packages of the given groups that are not there, one a line.
+# Prints the packages of the given groups that are not installed, one per line.
 missing_packages() {
   local group package tool
   grep -v '^#' scripts/packages.txt | while read -r group package tool _; do
@@ -30,7 +30,7 @@ package_purpose() {
     scripts/packages.txt
 }
 
-# How to start apt-get as root; empty words when this already is root.
+# Prints the prefix that runs a command as root, which is empty for root. Fails if there is none.
 root_prefix() {
   if [[ $EUID -eq 0 ]]; then
     return 0
@@ -43,8 +43,8 @@ root_prefix() {
   fi
 }
 
-# Installs the given packages with what they need, and changes nothing that is installed: when apt
-# could do it only by upgrading or removing something, nothing is done.
+# Installs the given packages and their dependencies, and changes no installed package: if apt would
+# have to upgrade or remove one, nothing is installed.
 apt_install() {
   local as_root=$1 log plan conflicts
   shift
@@ -53,7 +53,7 @@ apt_install() {
   # shellcheck disable=SC2086 # the prefix is empty or words of a command
   {
     $as_root apt-get -qq update >"$log" 2>&1 </dev/null ||
-      say "apt-get update failed; going on with the package lists that are there."
+      say "apt-get update failed; continuing with the present package lists."
     if ! LC_ALL=C apt-get -s --no-install-recommends --no-remove install "$@" >"$plan" 2>&1; then
       cat "$plan" >&2
       fail "apt cannot install: $*"
@@ -62,7 +62,7 @@ apt_install() {
     if [[ -n $conflicts ]]; then
       say "Installing $* would upgrade or remove packages that are installed:"
       say "$conflicts"
-      fail "Nothing was changed. Install what is missing by hand, then start again."
+      fail "Nothing was changed. Install the missing packages by hand, then start again."
     fi
     if ! $as_root env DEBIAN_FRONTEND=noninteractive apt-get -y -q --no-install-recommends \
       --no-remove -o DPkg::Lock::Timeout=300 install "$@" >"$log" 2>&1 </dev/null; then
@@ -73,7 +73,7 @@ apt_install() {
   rm -f "$log" "$plan"
 }
 
-# Makes sure that the packages of the given groups are there; says what it installs, and why.
+# Installs the packages of the given groups that are missing, after listing them with their purpose.
 ensure_packages() {
   local names missing package as_root
   names=$(missing_packages "$@")
@@ -91,7 +91,8 @@ ensure_packages() {
   apt_install "$as_root" "${missing[@]}"
 }
 
-# Runs a command with its output in a log file; shows the end of it only when the command fails.
+# Runs a command with its output in a log file; prints the end of the file only if the command
+# fails.
 quietly() {
   local log=$1
   shift
@@ -101,12 +102,12 @@ quietly() {
   fi
 }
 
-# Configures the build tree of a preset and builds targets in it (all when none are named), with
-# progress on a terminal and silence elsewhere.
+# Configures the build tree of a preset and builds targets in it (all if none are named). Shows the
+# progress on a terminal only.
 build_preset() {
   local preset=$1 tree=build/$1
   shift
-  # A tree that was configured at another place knows only that.
+  # CMake refuses a tree that was configured in another folder.
   if [[ -e $tree/CMakeCache.txt ]] &&
     ! grep -qxF "CMAKE_HOME_DIRECTORY:INTERNAL=$PWD" "$tree/CMakeCache.txt"; then
     find "$tree" -mindepth 1 -maxdepth 1 ! -name lock ! -name started -exec rm -rf {} +

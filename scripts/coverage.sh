@@ -2,10 +2,11 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# coverage.sh TREE: what the tests that ran in a coverage build reached of the library's sources.
+# coverage.sh TREE: reports which lines and branches of the library the tests of a coverage build
+# ran.
 #
-# Prints the totals, leaves the lines that were missed in TREE/coverage.txt, and fails below the
-# limits. A branch that only an exception takes is not counted: the compiler makes one of nearly
+# Prints the totals, writes the lines that did not run to TREE/coverage.txt, and fails below the
+# limits. Branches that only an exception takes are not counted: the compiler makes one for nearly
 # every call.
 set -euo pipefail
 

@@ -2,11 +2,11 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# fuzz.sh [SECONDS] [TARGET...]: lets libFuzzer look for inputs that break what fuzz/ asserts.
+# fuzz.sh [SECONDS] [TARGET...]: has libFuzzer look for inputs that violate the assertions in fuzz/.
 #
-# Each target (all of them when none is named) runs for SECONDS, 60 by default, one after the other.
-# What a campaign learns stays in build/fuzz/learned and serves the next one; inputs that fail go to
-# build/fuzz/found. Exit status 1 when there is one.
+# The targets (all if none are named) run one after the other, for SECONDS each, 60 by default. The
+# inputs that a campaign learns stay in build/fuzz/learned for the next campaign; inputs that fail
+# are written to build/fuzz/found. The exit status is 1 if there was one.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -26,10 +26,11 @@ build_preset fuzz fuzzers
 tree=build/fuzz
 failed=()
 
-# Longer inputs hardly find what shorter ones do not, and cost executions; 10 seconds are a hang.
+# Longer inputs find hardly anything new and take more time. After 10 seconds an input counts as a
+# hang.
 limits=(-max_len=4096 -timeout=10 -rss_limit_mb=2048)
 
-# A figure from the last line of a log that matches: NAME in "NAME: 5" or "NAME 5".
+# figure NAME LOG: the number in the last line of the log with "NAME: 5" or "NAME 5".
 figure() { sed -nE "s/.*\b$1:? +([0-9]+).*/\1/p" "$2" | tail -n 1; }
 
 fuzz_target() {

@@ -1,13 +1,13 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 
-"""What every check of the source tree does with the problems that it finds."""
+"""How the checks of the source tree report problems."""
 
 import os
 
 
 def report(problems, arguments):
-    """Prints what problems(root) finds, one a line; the exit status is 1 when it found something.
+    """Prints each of problems(root) on a line. Returns the exit status: 1 if there was a problem.
 
     The root is the first argument, or the project that this file belongs to.
     """

@@ -3,18 +3,19 @@
 #
 # shellcheck shell=bash
 # Completion of vexil's command lines in bash: dispatcher options, the words of the path, and the
-# options of the command that the path leads to. All of it is asked of the tool itself.
+# options of the command at the path. The paths and options come from the tool itself.
 
 _vexil_dispatcher_options='--plugin-dir --plugin --formatter --format-param --screen-width --input
   --help'
 
-# Every command as a line of words: its path. Arguments: the tool and its dispatcher options.
+# Prints the path of every command as a line of words. Arguments: the tool and its dispatcher
+# options.
 _vexil_commands() {
   "$@" --formatter table --format-param show-header=false \
     --format-param fields:VexilCommand=Namespace,Command vexil command list 2>/dev/null | tr '.' ' '
 }
 
-# The words that may stand next, after a path. Arguments: the path; standard input: all commands.
+# Prints the words that can follow a path. Arguments: the path; standard input: all commands.
 _vexil_next_words() {
   awk -v path="$*" 'BEGIN { count = split(path, words, " ") }
     {
@@ -23,30 +24,30 @@ _vexil_next_words() {
     }' | sort -u
 }
 
-# Splits the line up to the cursor as the tool does: `front` becomes the tool with its options that
-# load plug-ins, `path` the words, `behind` whether an option stands behind them, and `pending` the
-# option that still takes the next word as its value.
+# Splits the line up to the cursor as the tool does. Sets `front` to the tool with its options that
+# load plug-ins, `path` to the words of the path, `after` to whether an option follows them, and
+# `pending` to the option that takes the next word as its value.
 _vexil_split() {
   local i word
-  front=("${COMP_WORDS[0]}") path=() behind=false pending=
+  front=("${COMP_WORDS[0]}") path=() after=false pending=
   for ((i = 1; i < COMP_CWORD; ++i)); do
     word=${COMP_WORDS[i]}
     if [[ $word == -* && $word != *=* ]]; then
       pending=$word
-      [[ ${#path[@]} -eq 0 ]] || behind=true
+      [[ ${#path[@]} -eq 0 ]] || after=true
     elif [[ $word == = ]]; then
       continue # bash cuts --name=value into three words
     elif [[ -n $pending ]]; then
       [[ $pending != --plugin && $pending != --plugin-dir ]] || front+=("$pending" "$word")
       pending=
-    elif ! $behind; then
+    elif ! $after; then
       path+=("$word")
     fi
   done
 }
 
 _vexil() {
-  local front path behind pending current=${COMP_WORDS[COMP_CWORD]} choices=
+  local front path after pending current=${COMP_WORDS[COMP_CWORD]} choices=
   COMPREPLY=()
   _vexil_split
   [[ $current != = ]] || current=
@@ -62,7 +63,7 @@ _vexil() {
   fi
 
   if [[ $current != -* ]]; then
-    $behind || choices=$(_vexil_commands "${front[@]}" | _vexil_next_words "${path[@]}")
+    $after || choices=$(_vexil_commands "${front[@]}" | _vexil_next_words "${path[@]}")
   elif [[ ${#path[@]} -eq 0 ]]; then
     choices=$_vexil_dispatcher_options
   else
