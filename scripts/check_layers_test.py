@@ -203,7 +203,9 @@ class CheckLayersTest(unittest.TestCase):
         with open(PAGE, encoding="utf-8") as page:
             section = page.read().split("\n## Layers\n")[1].split("\n## ")[0]
         rows = re.findall(r"^\| `([^`]+)` \|", section, re.MULTILINE)
-        self.assertEqual([folder for row in check_layers.LAYERS for folder in row], rows)
+        folders = [folder if len(beside) == 1 else os.path.dirname(folder) + "/<area>"
+                   for beside in check_layers.LAYERS for folder in beside[:1]]
+        self.assertEqual(folders, rows, "check_layers.py and docs/architecture.md differ")
 
     def test_reports_a_folder_without_sources(self):
         with tempfile.TemporaryDirectory() as root:
