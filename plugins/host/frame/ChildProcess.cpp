@@ -1,0 +1,270 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "plugins/host/frame/ChildProcess.h"
+
+#include <fcntl.h>
+#include <kestrel/KestrelException.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+#include "plugins/host/frame/FileDescriptor.h"
+#include "plugins/host/frame/TextParsing.h"
+
+namespace Kestrel::Host {
+namespace {
+
+constexpr int kFirstFreeDescriptor = 3;
+constexpr std::size_t kReadSize = std::size_t{64} << 10;
+constexpr int kSignalStatus = 128;
+// Where programs are when PATH is not set.
+constexpr char kStandardPath[] = "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
+
+// What a program may need to find others, the user's files and the services it asks.
+constexpr const char* kPassedOn[] = {"PATH",
+                                     "HOME",
+                                     "USER",
+                                     "LOGNAME",
+                                     "TMPDIR",
+                                     "TZ",
+                                     "TZDIR",
+                                     "XDG_RUNTIME_DIR",
+                                     "DBUS_SESSION_BUS_ADDRESS",
+                                     "DBUS_SYSTEM_BUS_ADDRESS"};
+
+[[noreturn]] void Fail(const std::string& path, int error) {
+  throw KestrelException("Unable to run " + path + ": " + std::strerror(error));
+}
+
+bool IsProgram(const std::string& path) {
+  struct stat status = {};
+  return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+         ::access(path.c_str(), X_OK) == 0;
+}
+
+std::vector<std::string> MakeEnvironment() {
+  std::vector<std::string> environment = {"LC_ALL=C"};
+  for (const char* const name : kPassedOn) {
+    if (const char* const value = std::getenv(name)) {
+      environment.push_back(std::string(name) + "=" + value);
+    }
+  }
+  return environment;
+}
+
+std::vector<char*> PointersTo(std::vector<std::string>& texts) {
+  std::vector<char*> pointers;
+  pointers.reserve(texts.size() + 1);
+  for (std::string& text : texts) {
+    pointers.push_back(text.data());
+  }
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
+struct Pipe {
+  FileDescriptor readEnd;
+  FileDescriptor writeEnd;
+};
+
+// Away from 0 to 2, which become the program's streams even when this process was started with one
+// of them closed.
+FileDescriptor AboveStandardStreams(FileDescriptor descriptor, const std::string& path) {
+  if (descriptor.Get() >= kFirstFreeDescriptor) {
+    return descriptor;
+  }
+  FileDescriptor moved(::fcntl(descriptor.Get(), F_DUPFD_CLOEXEC, kFirstFreeDescriptor));
+  if (!moved.IsOpen()) {
+    Fail(path, errno);
+  }
+  return moved;
+}
+
+Pipe OpenPipe(const std::string& path) {
+  int ends[2];
+  if (::pipe2(ends, O_CLOEXEC) != 0) {
+    Fail(path, errno);
+  }
+  FileDescriptor readEnd(ends[0]);
+  FileDescriptor writeEnd(ends[1]);
+  return {AboveStandardStreams(std::move(readEnd), path),
+          AboveStandardStreams(std::move(writeEnd), path)};
+}
+
+// How a program is started: its streams, and none of the signals that this process ignores or
+// blocks.
+class SpawnPlan {
+ public:
+  SpawnPlan(int output, int errorOutput) {
+    ::posix_spawn_file_actions_init(&actions_);
+    ::posix_spawnattr_init(&attributes_);
+    ::posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    ::posix_spawn_file_actions_adddup2(&actions_, output, STDOUT_FILENO);
+    ::posix_spawn_file_actions_adddup2(&actions_, errorOutput, STDERR_FILENO);
+    sigset_t signals;
+    ::sigemptyset(&signals);
+    ::posix_spawnattr_setsigmask(&attributes_, &signals);
+    ::sigaddset(&signals, SIGPIPE);
+    ::posix_spawnattr_setsigdefault(&attributes_, &signals);
+    ::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+  }
+  SpawnPlan(const SpawnPlan&) = delete;
+  SpawnPlan& operator=(const SpawnPlan&) = delete;
+  ~SpawnPlan() {
+    ::posix_spawn_file_actions_destroy(&actions_);
+    ::posix_spawnattr_destroy(&attributes_);
+  }
+
+  pid_t Start(const std::string& path, const std::vector<std::string>& arguments) const {
+    std::vector<std::string> words = {path};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<std::string> environment = MakeEnvironment();
+    pid_t process = 0;
+    const int error = ::posix_spawn(&process, path.c_str(), &actions_, &attributes_,
+                                    PointersTo(words).data(), PointersTo(environment).data());
+    if (error != 0) {
+      Fail(path, error);
+    }
+    return process;
+  }
+
+ private:
+  posix_spawn_file_actions_t actions_;
+  posix_spawnattr_t attributes_;
+};
+
+// A started program, which is waited for on every path.
+class RunningProgram {
+ public:
+  RunningProgram(const std::string& path, pid_t process) : path_(path), process_(process) {}
+  RunningProgram(const RunningProgram&) = delete;
+  RunningProgram& operator=(const RunningProgram&) = delete;
+  ~RunningProgram() {
+    if (process_ > 0) {
+      ::kill(process_, SIGKILL);  // nobody reads what it writes
+      AwaitEnd();
+    }
+  }
+
+  int Wait() {
+    const int status = AwaitEnd();
+    return WIFSIGNALED(status) ? kSignalStatus + WTERMSIG(status) : WEXITSTATUS(status);
+  }
+
+ private:
+  int AwaitEnd() {
+    int status = 0;
+    pid_t waited = 0;
+    do {
+      waited = ::waitpid(process_, &status, 0);
+    } while (waited < 0 && errno == EINTR);
+    process_ = 0;
+    // Where this process ignores its children's ends, the system keeps no status.
+    return waited < 0 ? 0 : status;
+  }
+
+  std::string path_;
+  pid_t process_;
+};
+
+// Passes on what the pipe holds, or closes it at its end. False when the reader has enough.
+bool ReadSome(FileDescriptor& pipe, const OutputReader& reader, const std::string& path) {
+  std::array<char, kReadSize> buffer;
+  const ssize_t count = pipe.Read(buffer.data(), buffer.size());
+  if (count < 0) {
+    Fail(path, errno);
+  }
+  if (count == 0) {
+    pipe.Close();
+    return true;
+  }
+  return reader({buffer.data(), static_cast<std::size_t>(count)});
+}
+
+// Reads both pipes as they fill, so that the program never waits for one of them. False when the
+// reader of the output has enough.
+bool ReadBoth(Pipe& output, Pipe& errorOutput, const OutputReader& outputReader,
+              const OutputReader& errorReader, const std::string& path) {
+  while (output.readEnd.IsOpen() || errorOutput.readEnd.IsOpen()) {
+    // A closed one has a negative number, which poll passes over.
+    pollfd events[] = {{output.readEnd.Get(), POLLIN, 0}, {errorOutput.readEnd.Get(), POLLIN, 0}};
+    if (::poll(events, 2, -1) < 0) {
+      if (errno == EINTR) {
+        continue;
+      }
+      Fail(path, errno);
+    }
+    if (events[1].revents != 0) {
+      ReadSome(errorOutput.readEnd, errorReader, path);
+    }
+    if (events[0].revents != 0 && !ReadSome(output.readEnd, outputReader, path)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+OutputReader AppendTo(std::string& text) {
+  return [&text](std::string_view piece) {
+    text.append(piece);
+    return true;
+  };
+}
+
+}  // namespace
+
+std::string ProgramResult::GetReason() const {
+  const std::string_view text = Trim(errorOutput);
+  if (text.empty()) {
+    return "exit status " + std::to_string(status);
+  }
+  return std::string(text.substr(0, text.find('\n')));
+}
+
+std::optional<std::string> FindProgram(const std::string& name) {
+  const char* const path = std::getenv("PATH");
+  for (const std::string_view folder : Split(path == nullptr ? kStandardPath : path, ':')) {
+    if (!StartsWith(folder, "/")) {
+      continue;
+    }
+    std::string file = std::string(folder) + "/" + name;
+    if (IsProgram(file)) {
+      return file;
+    }
+  }
+  return std::nullopt;
+}
+
+ProgramResult RunProgram(const std::string& path, const std::vector<std::string>& arguments) {
+  std::string output;
+  ProgramResult result = RunProgram(path, arguments, AppendTo(output));
+  result.output = std::move(output);
+  return result;
+}
+
+ProgramResult RunProgram(const std::string& path, const std::vector<std::string>& arguments,
+                         const OutputReader& reader) {
+  Pipe output = OpenPipe(path);
+  Pipe errorOutput = OpenPipe(path);
+  const SpawnPlan plan(output.writeEnd.Get(), errorOutput.writeEnd.Get());
+  RunningProgram program(path, plan.Start(path, arguments));
+  output.writeEnd.Close();
+  errorOutput.writeEnd.Close();
+  ProgramResult result;
+  if (ReadBoth(output, errorOutput, reader, AppendTo(result.errorOutput), path)) {
+    result.status = program.Wait();
+  }
+  return result;
+}
+
+}  // namespace Kestrel::Host
