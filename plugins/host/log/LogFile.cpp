@@ -39,18 +39,21 @@ void RequireRegularFile(const std::string& path) {
 }
 
 // Should the path lead to a pipe by now, it is not waited for.
-int Open(const std::string& path) {
+FileDescriptor Open(const std::string& path) {
   RequireRegularFile(path);
-  const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
-  if (descriptor < 0) {
+  FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
+  if (!file.IsOpen()) {
     FailWithSystemText(path);
   }
-  return descriptor;
+  return file;
 }
 
-std::uint64_t SizeOf(int descriptor) {
+std::uint64_t SizeOf(const FileDescriptor& file, const std::string& path) {
   struct stat status = {};
-  return ::fstat(descriptor, &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+  if (::fstat(file.Get(), &status) != 0) {
+    FailWithSystemText(path);
+  }
+  return static_cast<std::uint64_t>(status.st_size);
 }
 
 // The position of the last newline in the first `size` bytes, else npos.
@@ -63,12 +66,7 @@ std::size_t FindLastNewline(const std::string& text, std::size_t size) {
 }  // namespace
 
 LogFile::LogFile(const std::string& path)
-    : path_(path),
-      descriptor_(Open(path)),
-      offset_(SizeOf(descriptor_)),
-      hasFirstLine_(offset_ > 0) {}
-
-LogFile::~LogFile() { ::close(descriptor_); }
+    : path_(path), file_(Open(path)), offset_(SizeOf(file_, path)), hasFirstLine_(offset_ > 0) {}
 
 std::optional<std::string_view> LogFile::PreviousLine() {
   if (!isStarted_) {
@@ -120,7 +118,7 @@ std::size_t LogFile::ReadBlockBefore() {
 
 void LogFile::ReadAt(char* buffer, std::size_t size, std::uint64_t offset) const {
   while (size > 0) {
-    const ssize_t count = ::pread(descriptor_, buffer, size, static_cast<off_t>(offset));
+    const ssize_t count = ::pread(file_.Get(), buffer, size, static_cast<off_t>(offset));
     if (count == 0) {
       Fail(path_, "It became shorter while it was read");
     }

@@ -9,6 +9,8 @@
 #include <string>
 #include <string_view>
 
+#include "plugins/host/frame/FileDescriptor.h"
+
 namespace Kestrel::Host {
 
 /// The lines of a file, from its last one to its first, read block by block: whoever wants a few
@@ -24,9 +26,6 @@ class LogFile {
   /// Throws KestrelException with the system's text when the file cannot be opened, and when it is
   /// no regular file; pipes and devices are not waited for.
   explicit LogFile(const std::string& path);
-  ~LogFile();
-  LogFile(const LogFile&) = delete;
-  LogFile& operator=(const LogFile&) = delete;
 
   /// The line before the one that was returned last, without its newline, until the next call;
   /// nothing before the first line. Throws KestrelException when the file cannot be read, became
@@ -39,7 +38,7 @@ class LogFile {
   void ReadAt(char* buffer, std::size_t size, std::uint64_t offset) const;
 
   std::string path_;
-  int descriptor_;
+  FileDescriptor file_;
   std::uint64_t offset_;  // in the file, of the first byte of buffer_
   std::string buffer_;
   std::size_t end_ = 0;  // of what has not been returned, in buffer_

@@ -75,6 +75,9 @@ int MostUrgentWord(std::string_view line) {
 
 }  // namespace
 
+const char* const kLevelForms =
+    "emerg, alert, crit, err, warning, notice, info, debug or a number from 0 to 7";
+
 const char* LevelName(int level) { return kLevelNames[std::clamp(level, 0, kLowestLevel)]; }
 
 std::optional<int> ParseLevel(std::string_view text) {

@@ -13,6 +13,9 @@ namespace Kestrel::Host {
 constexpr int kInfoLevel = 6;
 constexpr int kLowestLevel = 7;
 
+/// What `ParseLevel` reads, for messages.
+extern const char* const kLevelForms;
+
 /// The word for a level from 0 to 7: emerg, alert, crit, err, warning, notice, info, debug.
 const char* LevelName(int level);
 

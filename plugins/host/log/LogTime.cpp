@@ -7,6 +7,7 @@
 #include <ctime>
 #include <iterator>
 
+#include "plugins/host/frame/TextParsing.h"
 #include "plugins/host/log/LogLevel.h"
 
 namespace Kestrel::Host {
@@ -35,10 +36,6 @@ constexpr std::string_view kTimeLabels[] = {"time=\"",
                                             "Log ended: ",
                                             "update-alternatives "};
 constexpr std::string_view kWeekdays[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-
-bool StartsWith(std::string_view text, std::string_view start) {
-  return text.substr(0, start.size()) == start;
-}
 
 bool IsDigit(char letter) { return letter >= '0' && letter <= '9'; }
 
