@@ -16,6 +16,7 @@
 #include "autocli/descriptors/TemplateParts.h"
 #include "autocli/descriptors/TemplateText.h"
 #include "autocli/process/ShellCommand.h"
+#include "autocli/text/StartsWith.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/XmlUtil.h"
 
@@ -147,7 +148,7 @@ const Input& InputOrNone(const std::shared_ptr<Input>& input) {
 /// Adds the lines "ERROR:" that `text` begins with to the messages of `output`.
 void TakeErrorLines(std::string_view text, Output& output) {
   constexpr std::string_view kPrefix = "ERROR:";
-  while (text.substr(0, kPrefix.size()) == kPrefix) {
+  while (StartsWith(text, kPrefix)) {
     text.remove_prefix(kPrefix.size());
     const std::size_t end = std::min(text.find('\n'), text.size());
     output.AddErrorMessage(std::string(text.substr(0, end)));

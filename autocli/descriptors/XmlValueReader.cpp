@@ -22,6 +22,7 @@
 
 #include "autocli/descriptors/XmlDocument.h"
 #include "autocli/descriptors/XmlValue.h"
+#include "autocli/text/StartsWith.h"
 #include "kestrel/metaobj/MetaStruct.h"
 
 namespace Kestrel::AutoCli {
@@ -485,11 +486,11 @@ class ValueParser {
   std::exception_ptr failure_;
 };
 
-bool StartsWith(std::string_view text, std::size_t position, std::string_view prefix) {
-  return text.compare(position, prefix.size(), prefix) == 0;
-}
-
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+std::string_view WithoutByteOrderMark(std::string_view text) {
+  return StartsWith(text, kByteOrderMark) ? text.substr(kByteOrderMark.size()) : text;
+}
 
 /// The first bytes of the document, as its declaration shows them, name no encoding but UTF-8.
 bool DeclaresNoOtherEncoding(std::string_view declaration) {
@@ -508,39 +509,33 @@ bool DeclaresNoOtherEncoding(std::string_view declaration) {
 
 /// Whether the document is in plain UTF-8, which needs no conversion.
 bool IsPlainlyEncoded(std::string_view text) {
-  if (StartsWith(text, 0, kByteOrderMark)) {
-    text.remove_prefix(kByteOrderMark.size());
-  }
+  text = WithoutByteOrderMark(text);
   for (const char c : text.substr(0, 4)) {
     if (c == '\0' || (c & 0x80) != 0) {
       return false;
     }
   }
-  return !StartsWith(text, 0, "<?xml") || DeclaresNoOtherEncoding(text.substr(0, text.find("?>")));
+  return !StartsWith(text, "<?xml") || DeclaresNoOtherEncoding(text.substr(0, text.find("?>")));
 }
 
-/// The position after the next `end` from `position` on.
-std::size_t After(std::string_view text, std::size_t position, std::string_view end) {
-  const std::size_t found = text.find(end, position);
-  return found == std::string_view::npos ? found : found + end.size();
+/// `text` after the next `end`; empty when there is none.
+std::string_view After(std::string_view text, std::string_view end) {
+  const std::size_t found = text.find(end);
+  return found == std::string_view::npos ? std::string_view() : text.substr(found + end.size());
 }
 
-/// Whether a document type stands before the root element.
+/// `text` from its first byte that is not white space on.
+std::string_view SkipSpace(std::string_view text) {
+  return text.substr(std::min(text.find_first_not_of(" \t\r\n"), text.size()));
+}
+
+/// Whether a document type comes before the root element.
 bool HasDocumentType(std::string_view text) {
-  std::size_t position = StartsWith(text, 0, kByteOrderMark) ? kByteOrderMark.size() : 0;
-  for (;;) {
-    position = text.find_first_not_of(" \t\r\n", position);
-    if (position == std::string_view::npos) {
-      return false;
-    }
-    if (StartsWith(text, position, "<?")) {
-      position = After(text, position, "?>");
-    } else if (StartsWith(text, position, "<!--")) {
-      position = After(text, position, "-->");
-    } else {
-      return StartsWith(text, position, "<!DOCTYPE");
-    }
+  text = SkipSpace(WithoutByteOrderMark(text));
+  while (StartsWith(text, "<?") || StartsWith(text, "<!--")) {
+    text = SkipSpace(After(text, text[1] == '?' ? "?>" : "-->"));
   }
+  return StartsWith(text, "<!DOCTYPE");
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 
 #include "autocli/formatters/ValueView.h"
 #include "autocli/text/FitText.h"
+#include "autocli/text/StartsWith.h"
 #include "autocli/text/TextWriter.h"
 #include "kestrel/KestrelException.h"
 
@@ -41,10 +42,6 @@ bool IsTrue(const MetaStruct& record, const char* name) {
   const std::shared_ptr<MetaObject> value = record.GetField(name);
   const auto* flag = ViewAs<MetaBool>(value.get());
   return flag != nullptr && flag->GetValue();
-}
-
-bool StartsWith(std::string_view text, std::string_view start) {
-  return text.substr(0, start.size()) == start;
 }
 
 bool EndsWith(std::string_view text, std::string_view end) {

@@ -5,6 +5,7 @@
 
 #include <string_view>
 
+#include "autocli/text/StartsWith.h"
 #include "autocli/text/SystemError.h"
 #include "kestrel/autocli/Util.h"
 
@@ -18,7 +19,7 @@ constexpr std::string_view kUnitsPrefix = "units:";
 bool HasKeyWithPrefix(const FormatParameters& params, std::string_view prefix) {
   const auto& parameters = params.GetParameters();
   const auto found = parameters.lower_bound(std::string(prefix));
-  return found != parameters.end() && found->first.compare(0, prefix.size(), prefix) == 0;
+  return found != parameters.end() && StartsWith(found->first, prefix);
 }
 
 const std::string* FindParameter(const FormatParameters& params, const std::string& key) {
