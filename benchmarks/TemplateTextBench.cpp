@@ -143,8 +143,9 @@ void BM_TemplateSubstitute(benchmark::State& state) {
   }
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
 }
-/// Blocks in one another: what is left out at the end of one lays open what is left out of the
-/// next.
+
+/// Blocks in one another. Each removal opens the block around it, so that the text takes
+/// a pass for each level: the time grows with the square of the size.
 std::string MakeNest(std::int64_t size) {
   constexpr std::int64_t kBytesOfALevel = 16;
   std::string text;
@@ -170,8 +171,7 @@ void BM_TemplateNestedConditionals(benchmark::State& state) {
   }
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
 }
-BENCHMARK(BM_TemplateNestedConditionals)->RangeMultiplier(10)->Range(1000, 1000000);
-
+BENCHMARK(BM_TemplateNestedConditionals)->RangeMultiplier(10)->Range(100, 10000);
 BENCHMARK(BM_TemplateSubstitute<OneScan>)->Arg(100)->RangeMultiplier(10)->Range(1000, 1000000);
 BENCHMARK(BM_TemplateSubstitute<Expressions>)->Arg(100)->RangeMultiplier(10)->Range(1000, 1000000);
 

@@ -7,8 +7,12 @@
 
 namespace Kestrel::AutoCli {
 
-/// `text` without the conditionals that are left in it, each with the braces nested in it. Braces
-/// and "$" that a value brought in do not count. Time is linear in the text, however deep it nests.
-MarkedText WithoutConditionals(const MarkedText& text);
+/// Makes one pass through `text` and removes the conditionals found, each with the braces nested
+/// in it. Braces and "$" that a value brought in do not count. Returns whether anything was
+/// removed; then the next pass may meet more.
+///
+/// A pass takes time linear in the size of the text. A template as people write it takes one or two
+/// passes. Only a nest in which every removal opens another block takes a pass for each block.
+bool RemoveConditionalsOnce(MarkedText& text);
 
 }  // namespace Kestrel::AutoCli

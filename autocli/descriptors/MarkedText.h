@@ -28,6 +28,12 @@ class MarkedText {
     bytes_.append(other.bytes_, position, length);
     fromValue_.append(other.fromValue_, position, length);
   }
+  /// Keeps the first `size` bytes; there must be as many.
+  void Truncate(std::size_t size) {
+    bytes_.resize(size);
+    fromValue_.resize(size);
+  }
+
   void Append(const MarkedText& other) { Append(other, 0, other.Size()); }
 
   const std::string& Bytes() const { return bytes_; }

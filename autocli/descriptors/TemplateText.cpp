@@ -270,8 +270,7 @@ void TemplateText::InsertMultiList(const std::string& name, const MarkedText& va
 }
 
 void TemplateText::RemoveConditionals() {
-  if (text_.Bytes().find("$if{") != kNone) {
-    text_ = WithoutConditionals(text_);
+  while (RemoveConditionalsOnce(text_)) {
   }
 }
 

@@ -15,7 +15,8 @@ namespace Kestrel::AutoCli {
 /// One template while parameters are put into it, one after the other.
 ///
 /// For each marker there is a question, which tells how the parameter's last occurrence is written,
-/// and an insertion, which replaces every occurrence of the parameter. Time is linear in the text.
+/// and an insertion, which replaces every occurrence of the parameter. Each takes time linear in
+/// the size of the text.
 class TemplateText {
  public:
   explicit TemplateText(std::string_view text) : text_(text) {}

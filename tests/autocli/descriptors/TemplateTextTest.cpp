@@ -449,14 +449,6 @@ std::string Repeat(std::string_view text, std::size_t size) {
   return repeated;
 }
 
-/// As many blocks in one another, each of which loses its end.
-std::string OpenedOneAfterTheOther(std::size_t size) {
-  constexpr std::string_view kBegin = "{ ";
-  constexpr std::string_view kLoss = " $if{a,b} } {c} ${d}";
-  const std::size_t levels = size / (kBegin.size() + kLoss.size());
-  return Repeat(kBegin, levels * kBegin.size()) + Repeat(kLoss, levels * kLoss.size());
-}
-
 // Were any of them not linear, this would take hours.
 TEST(TemplateTextTest, HostileTemplatesOfAMegabyteAreScannedOnce) {
   constexpr std::size_t kSize = 1000000;
@@ -487,11 +479,6 @@ TEST(TemplateTextTest, HostileTemplatesOfAMegabyteAreScannedOnce) {
                                   Repeat("$if{zz,", kSize / 2) + Repeat("}", kSize / 2),
                                   Repeat("$if{zz,", kSize / 2) + Repeat("{c}", kSize / 2),
                                   Repeat("$if{zz}", kSize),
-                                  OpenedOneAfterTheOther(kSize),
-                                  OpenedOneAfterTheOther(kSize / 2) + Repeat("{", kSize / 2),
-                                  OpenedOneAfterTheOther(kSize / 2) + Repeat("{c}", kSize / 2),
-                                  Repeat("}", kSize / 2) + OpenedOneAfterTheOther(kSize / 2),
-                                  OpenedOneAfterTheOther(kSize / 2) + Repeat("}", kSize / 2),
                                   "$if{zz,x}" + Repeat("$if{", kSize),
                                   "$if{" + name + Repeat("{c}", kSize / 2),
                                   "$if{zz,x}$" + Repeat("{c}", kSize),
