@@ -28,8 +28,9 @@ ROOT = os.path.normpath(os.path.join(os.path.dirname(os.path.abspath(__file__)),
 
 # The folders and files that have to be free of these phrases.
 CHECKED = [
-    "README.md", "CONTRIBUTING.md", "CHANGELOG.md", "RELEASING.md", "autocli/README.md",
-    "benchmarks/README.md", "docs", "fuzz/README.md", "scripts", "tests/README.md",
+    "README.md", "CONTRIBUTING.md", "CHANGELOG.md", "RELEASING.md", "CMakeLists.txt", ".ci", "run",
+    "test", "autocli/README.md", "benchmarks/README.md", "benchmarks/results", "cmake", "docs",
+    "fuzz/README.md", "packaging", "scripts", "tests/README.md",
 ]
 
 # A space in a phrase matches any white space.
@@ -71,6 +72,8 @@ PHRASES = [
     (r"besides(?=[.;:])", "also"),
     (r"on the way out", "before the process ends"),
     (r"in words for", "with a message for"),
+    (r"(one|each) a line|a line each", "one per line"),
+    (r"stays? as (it|they) (is|are)|meanwhile", "must not change until ..., does not change"),
 ]
 
 # Uses that are right.

@@ -73,6 +73,8 @@ SAMPLES = [
     "It is checked besides.",
     "A signal on the way out.",
     "It throws in words for the user.",
+    "Prints all names, one a line.",
+    "It stays as it is.",
 ]
 
 
