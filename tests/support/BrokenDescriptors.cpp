@@ -52,7 +52,7 @@ std::string Several(const std::string& name) {
 
 const std::vector<BrokenDescriptor>& GetBrokenDescriptors() {
   static const std::vector<BrokenDescriptor> descriptors = {
-      // Files that are no XML document.
+      // Files that are not XML documents.
       {"empty", kUnparsable},
       {"blanks", kUnparsable},
       {"plain-text", kUnparsable},
@@ -65,7 +65,7 @@ const std::vector<BrokenDescriptor>& GetBrokenDescriptors() {
       {"nul-byte", kUnparsable},
       {"undeclared-entity", kUnparsable},
       {"attribute-twice", kUnparsable},
-      // Files in another encoding than they say.
+      // Files that are not in the encoding that they declare.
       {"latin-1-without-a-declaration", kUnparsable},
       {"unknown-encoding", kUnparsable},
       {"utf-16-without-a-mark", kUnparsable},
@@ -177,7 +177,7 @@ const std::vector<BrokenDescriptor>& GetBrokenDescriptors() {
       {"output-spec-with-nameless-field",
        kOutput + "Invalid <field> tag found.  <field> requires a 'name' attribute."},
       {"output-spec-with-nameless-structure", kOutput + "Invalid name specified for MetaStruct: "},
-      // Two faults: the first in the fixed order is told.
+      // Two faults; the first one in the fixed order is reported.
       {"two-faults-version-and-namespaces", kVersion},
       {"two-faults-namespace-and-commands", kNamespace},
       {"two-faults-path-and-parts", kNoPath},

@@ -10,14 +10,14 @@ namespace Kestrel::Testing {
 
 /// A descriptor that breaks a rule.
 struct BrokenDescriptor {
-  std::string name;   ///< of the file, without its suffix
-  std::string fault;  ///< what is said of it; "@" stands for its path
+  std::string name;   ///< the name of the file, without its suffix
+  std::string fault;  ///< the error message; "@" stands for the path
 };
 
-/// All the files of the folder, grouped by what is wrong with them.
+/// All files of the folder, grouped by fault.
 const std::vector<BrokenDescriptor>& GetBrokenDescriptors();
 
-/// Where they stand.
+/// The folder that contains the files.
 std::string GetBrokenDescriptorFolder();
 
 }  // namespace Kestrel::Testing

@@ -9,7 +9,7 @@
 
 namespace Kestrel::Testing {
 
-/// Takes any amount of text and keeps its size alone.
+/// Counts the bytes and lines that are written to it and stores nothing.
 class CountingBuffer : public std::streambuf {
  public:
   std::size_t bytes = 0;

@@ -17,17 +17,17 @@ namespace {
 
 void Append(std::string& text, const std::shared_ptr<MetaObject>& value);
 
-void AppendStruct(std::string& text, const MetaStruct& record) {
-  text += "structure " + record.GetTypeName() + " {";
+void AppendStruct(std::string& text, const MetaStruct& structure) {
+  text += "structure " + structure.GetTypeName() + " {";
   const char* separator = "";
-  for (const std::string& name : record.GetFieldNames()) {
+  for (const std::string& name : structure.GetFieldNames()) {
     text += separator + name;
-    const std::string& documentation = record.GetFieldDocumentation(name);
+    const std::string& documentation = structure.GetFieldDocumentation(name);
     if (documentation != "Documentation missing") {
       text += " (" + documentation + ")";
     }
     text += ": ";
-    Append(text, record.GetField(name));
+    Append(text, structure.GetField(name));
     separator = ", ";
   }
   text += "}";

@@ -10,11 +10,10 @@
 
 namespace Kestrel::Testing {
 
-/// A value with all that can be seen of it, on one line: kinds, type names, documentation, nested
-/// values.
+/// Describes a value completely on one line: kinds, type names, documentation and nested values.
 ///
-/// `null`, `int 7`, `bool true`, `string 'a'`, `structure Disk {Name: string 'a', Size: int 7}`,
-/// `list of Int [int 1, int 2]`.
+/// Examples: `null`, `int 7`, `bool true`, `string 'a'`, `structure Disk {Name: string 'a', Size:
+/// int 7}`, `list of Int [int 1, int 2]`.
 std::string DescribeValue(const std::shared_ptr<MetaObj::MetaObject>& value);
 
 }  // namespace Kestrel::Testing

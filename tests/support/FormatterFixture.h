@@ -35,18 +35,18 @@ using MetaObj::MetaType;
 
 using Parameters = std::initializer_list<std::pair<const char*, const char*>>;
 
-/// What the suites of the formatters have in common: the ways to the text of a value.
+/// The base of the formatters' suites: prints values with one formatter.
 template <typename Formatter>
 class FormatterFixture : public ::testing::Test {
  protected:
-  /// What is written for a root value.
+  /// Returns what the formatter writes for a root value.
   static std::string Print(const std::shared_ptr<MetaObject>& root, Parameters parameters = {},
                            int width = 0) {
     Formatter formatter;
     return FormatToText(formatter, root, parameters, width);
   }
 
-  /// What is written for a value at a level of nesting, where the formatter offers that.
+  /// Returns what the formatter writes for a value at a nesting level, if it supports that.
   static std::string PrintAt(int level, const std::shared_ptr<MetaObject>& value) {
     Formatter formatter;
     std::ostringstream out;
@@ -54,7 +54,7 @@ class FormatterFixture : public ::testing::Test {
     return out.str();
   }
 
-  /// Writes a call's output to `out`.
+  /// Writes the output of a call to `out`.
   static void Format(const std::shared_ptr<CallSpec::Output>& output, std::ostream& out,
                      Parameters parameters = {}) {
     Formatter formatter;

@@ -40,7 +40,7 @@ bool IsRewriting() {
   return choice != nullptr && std::string(choice) == "1";
 }
 
-/// The line of `text` that holds byte `at`, its blanks made visible.
+// Returns the line of `text` that contains byte `at`, quoted.
 std::string ShowLine(const std::string& text, std::size_t at) {
   const std::size_t before = at == 0 ? std::string::npos : text.rfind('\n', at - 1);
   const std::size_t start = before == std::string::npos ? 0 : before + 1;
@@ -59,7 +59,7 @@ class GoldenMatcher : public ::testing::MatcherInterface<std::string> {
     }
     const std::optional<std::string> golden = Read(path_);
     if (!golden.has_value()) {
-      *listener << "which cannot be read; KESTREL_REWRITE_GOLDEN=1 makes it";
+      *listener << "which cannot be read; KESTREL_REWRITE_GOLDEN=1 creates it";
       return false;
     }
     if (text == *golden) {

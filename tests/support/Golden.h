@@ -9,11 +9,11 @@
 
 namespace Kestrel::Testing {
 
-/// Whether a text equals the file `tests/golden/<name>.txt` byte for byte, trailing blanks and the
-/// last line end included: EXPECT_THAT(text, MatchesGolden("table/wrap-last")).
+/// Matches a text that equals the file `tests/golden/<name>.txt` byte for byte, including trailing
+/// spaces and the last newline: EXPECT_THAT(text, MatchesGolden("table/wrap-last")).
 ///
-/// With KESTREL_REWRITE_GOLDEN=1 in the environment the file is written instead and matches; look
-/// at the difference as at a change of behaviour.
+/// With KESTREL_REWRITE_GOLDEN=1 in the environment it writes the file instead and matches. Review
+/// the difference as a change of behaviour.
 ::testing::Matcher<std::string> MatchesGolden(const std::string& name);
 
 }  // namespace Kestrel::Testing

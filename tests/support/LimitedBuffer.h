@@ -10,7 +10,8 @@
 
 namespace Kestrel::Testing {
 
-/// Takes a number of bytes and then no more, as a full disk does; counts who asks nevertheless.
+/// Accepts a limited number of bytes and then fails, as a full disk does. Counts the refused
+/// writes.
 class LimitedBuffer : public std::streambuf {
  public:
   explicit LimitedBuffer(std::size_t limit) : limit_(limit) {}

@@ -23,30 +23,30 @@ namespace Kestrel::Testing {
 
 namespace {
 
-constexpr int kPatienceMilliseconds = 10000;
+constexpr int kMaxWaitMilliseconds = 10000;
 constexpr char kForeground = 'f';
 constexpr char kBackground = 'b';
 
 bool WaitForInput(int descriptor, int milliseconds) {
-  pollfd wanted = {descriptor, POLLIN, 0};
-  return poll(&wanted, 1, milliseconds) == 1 && (wanted.revents & POLLIN) != 0;
+  pollfd input = {descriptor, POLLIN, 0};
+  return poll(&input, 1, milliseconds) == 1 && (input.revents & POLLIN) != 0;
 }
 
 std::array<int, 2> MakePipe() {
   std::array<int, 2> ends;
   if (pipe2(ends.data(), O_CLOEXEC) != 0) {
-    throw std::runtime_error("Unable to make a pipe");
+    throw std::runtime_error("Unable to create a pipe");
   }
   return ends;
 }
 
 template <typename T>
-bool Receive(int descriptor, T& value) {
+bool ReadValue(int descriptor, T& value) {
   return read(descriptor, &value, sizeof value) == static_cast<ssize_t>(sizeof value);
 }
 
 template <typename T>
-void Tell(int descriptor, const T& value) {
+void WriteValue(int descriptor, const T& value) {
   if (write(descriptor, &value, sizeof value) != static_cast<ssize_t>(sizeof value)) {
     _exit(EXIT_FAILURE);
   }
@@ -97,14 +97,14 @@ void PseudoTerminal::Start(const std::function<int()>& work) {
   close(orders[0]);
   changes_ = changes[0];
   orders_ = orders[1];
-  if (leader_ == -1 || !WaitForInput(changes_, kPatienceMilliseconds) ||
-      !Receive(changes_, work_)) {
+  if (leader_ == -1 || !WaitForInput(changes_, kMaxWaitMilliseconds) ||
+      !ReadValue(changes_, work_)) {
     throw std::runtime_error("Unable to start the work on the terminal");
   }
 }
 
-// The session leader, in its own process: first the work's process id goes to the test, then every
-// change of the work's status.
+// Runs in the session leader. Sends the test the process ID of the work, then each change of the
+// work's status.
 void PseudoTerminal::Lead(const std::function<int()>& work) {
   setsid();
   ioctl(terminal_, TIOCSCTTY, 0);
@@ -117,18 +117,18 @@ void PseudoTerminal::Lead(const std::function<int()>& work) {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
       dup2(terminal_, stream);
     }
-    // Not _exit: the end of a process writes what a coverage run counted.
+    // Not _exit, which would skip writing the coverage data.
     exit(work());
   }
   setpgid(child, child);
-  Tell(changes_, child);
+  WriteValue(changes_, child);
   for (int status = 0; waitpid(child, &status, WUNTRACED) == child;) {
     if (WIFSTOPPED(status)) {
       tcsetpgrp(terminal_, getpgrp());
     }
-    Tell(changes_, status);
+    WriteValue(changes_, status);
     char order = 0;
-    if (!WIFSTOPPED(status) || !Receive(orders_, order)) {
+    if (!WIFSTOPPED(status) || !ReadValue(orders_, order)) {
       break;
     }
     if (order == kForeground) {
@@ -155,7 +155,7 @@ std::string PseudoTerminal::ReadUntil(const std::string& text) {
     }
     std::array<char, 4096> buffer;
     ssize_t count = 0;
-    if (!WaitForInput(keyboard_, kPatienceMilliseconds) ||
+    if (!WaitForInput(keyboard_, kMaxWaitMilliseconds) ||
         (count = read(keyboard_, buffer.data(), buffer.size())) <= 0) {
       ADD_FAILURE() << "The screen does not show \"" << text << "\" but \"" << screen_ << '"';
       return std::exchange(screen_, {});
@@ -167,7 +167,7 @@ std::string PseudoTerminal::ReadUntil(const std::string& text) {
 bool PseudoTerminal::IsEchoOn() const {
   termios modes = {};
   if (tcgetattr(terminal_, &modes) != 0) {
-    ADD_FAILURE() << "The terminal does not tell its modes";
+    ADD_FAILURE() << "Unable to read the modes of the terminal";
   }
   return (modes.c_lflag & ECHO) != 0;
 }
@@ -184,7 +184,7 @@ void PseudoTerminal::Send(int signal) { kill(work_, signal); }
 
 int PseudoTerminal::WaitForChange() {
   int status = 0;
-  if (!WaitForInput(changes_, kPatienceMilliseconds) || !Receive(changes_, status)) {
+  if (!WaitForInput(changes_, kMaxWaitMilliseconds) || !ReadValue(changes_, status)) {
     ADD_FAILURE() << "The work on the terminal neither ended nor stopped";
   }
   return status;
@@ -192,9 +192,9 @@ int PseudoTerminal::WaitForChange() {
 
 bool PseudoTerminal::WaitUntilStopped() { return WIFSTOPPED(WaitForChange()); }
 
-void PseudoTerminal::Continue() { Tell(orders_, kForeground); }
+void PseudoTerminal::Continue() { WriteValue(orders_, kForeground); }
 
-void PseudoTerminal::ContinueInBackground() { Tell(orders_, kBackground); }
+void PseudoTerminal::ContinueInBackground() { WriteValue(orders_, kBackground); }
 
 int PseudoTerminal::WaitForEnd() { return WaitForChange(); }
 

@@ -11,12 +11,11 @@
 
 namespace Kestrel::Testing {
 
-/// A terminal with a person in front of it: the test types, reads the screen and sends signals, and
-/// one process of the test's own works on it in the foreground.
+/// A terminal that the test uses as a person would: it types, reads the screen and sends signals.
+/// A child process, the work, runs on the terminal in the foreground.
 ///
-/// Between the two stands a process that does a shell's part: it leads the session, notices when
-/// the work stops, takes the terminal and gives it back when the work is to go on. Every wait ends
-/// after ten seconds and then fails the test.
+/// Another child acts as the shell: it leads the session, notices when the work stops, takes the
+/// terminal, and returns it when the work continues. Every wait fails the test after ten seconds.
 class PseudoTerminal {
  public:
   /// A terminal of 80 columns and 24 rows.
@@ -27,18 +26,18 @@ class PseudoTerminal {
 
   void SetSize(unsigned short columns, unsigned short rows);
 
-  /// Runs `work` in a child whose standard streams are the terminal; what it returns is the exit
-  /// status. Once for each terminal.
+  /// Runs `work` in a child whose standard streams are the terminal; its result is the exit status.
+  /// May be called once per terminal.
   void Start(const std::function<int()>& work);
 
   /// Types the text; "\n" is the return key.
   void Type(std::string_view text);
 
-  /// Reads the screen up to `text` and returns everything new on it, `text` included. Line ends
-  /// come as "\r\n".
+  /// Reads the screen up to `text` and returns everything new on it, including `text`. Lines end
+  /// with "\r\n".
   std::string ReadUntil(const std::string& text);
 
-  /// Whether what is typed now would show.
+  /// Whether the terminal shows what is typed.
   bool IsEchoOn() const;
 
   /// Turns echo on or off, as a shell does when it takes the terminal.
@@ -47,19 +46,19 @@ class PseudoTerminal {
   /// Sends a signal to the work.
   void Send(int signal);
 
-  /// Waits until the work is stopped; false when it ended or went on instead.
+  /// Waits for a change of the work's status and returns whether the work stopped.
   bool WaitUntilStopped();
 
-  /// Puts the stopped work into the foreground, as a shell's fg does, and lets it go on.
+  /// Continues the stopped work in the foreground, as a shell's fg does.
   void Continue();
 
-  /// Lets the stopped work go on without giving it the terminal, as a shell's bg does.
+  /// Continues the stopped work in the background, as a shell's bg does.
   void ContinueInBackground();
 
-  /// Waits for the end of the work: the status as waitpid gives it.
+  /// Waits for the end of the work and returns its status as waitpid does.
   int WaitForEnd();
 
-  /// What is on the screen and not read yet.
+  /// Returns what is on the screen and has not been read yet.
   std::string ReadRest();
 
  private:

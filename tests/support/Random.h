@@ -12,19 +12,19 @@
 
 namespace Kestrel::Testing {
 
-/// The number of rounds of a test with made-up input: `full` in a campaign, when the environment
-/// has KESTREL_CAMPAIGN, else `ordinary`.
+/// The number of rounds of a test with random input: `full` when the environment contains
+/// KESTREL_CAMPAIGN, otherwise `ordinary`.
 inline int Rounds(int ordinary, int full) {
   return std::getenv("KESTREL_CAMPAIGN") == nullptr ? ordinary : full;
 }
 
-/// Chance, another one in each run. KESTREL_SEED repeats the run with that seed.
+/// A source of random values. Each run has another seed, unless KESTREL_SEED sets it.
 class Random {
  public:
   Random() : Random(ChooseSeed()) {}
   explicit Random(unsigned seed) : seed_(seed), engine_(seed) {}
 
-  /// How to repeat the run, for a failure's message.
+  /// Says how to repeat the run, for the messages of failed tests.
   std::string HowToRepeat() const { return "repeat with KESTREL_SEED=" + std::to_string(seed_); }
 
   /// A number from 0 to `end` - 1; `end` is at least 1.
@@ -35,7 +35,7 @@ class Random {
     return first + static_cast<int>(Below(static_cast<std::size_t>(last - first) + 1));
   }
 
-  /// True in `percent` of 100 cases.
+  /// True with a probability of `percent` percent.
   bool Chance(unsigned percent) { return Below(100) < percent; }
 
   /// One of the elements of `choices`.
@@ -44,7 +44,7 @@ class Random {
     return std::data(choices)[Below(std::size(choices))];
   }
 
-  /// A text of at most `length` bytes out of `alphabet`.
+  /// A string of at most `length` bytes from `alphabet`.
   std::string Text(std::string_view alphabet, std::size_t length) {
     std::string text(Below(length + 1), '\0');
     for (char& c : text) {

@@ -14,8 +14,8 @@
 
 namespace Kestrel::Testing {
 
-/// A command whose parameters, declared result and work a test sets. At first it takes no
-/// parameter, declares a text, and answers "done".
+/// A command whose parameters, declared result and work the test can set. By default it takes no
+/// parameters, declares a string and returns "done".
 class SampleCommand : public AutoCli::Command {
  public:
   using Work = std::function<void(const std::shared_ptr<CallSpec::Input>&,
@@ -39,21 +39,21 @@ class SampleCommand : public AutoCli::Command {
   int executions = 0;
 };
 
-/// A command that answers with `text`.
+/// A command that returns `text`.
 std::shared_ptr<SampleCommand> MakeAnsweringCommand(const std::string& text);
 
 /// A command that throws `std::runtime_error(text)`.
 std::shared_ptr<SampleCommand> MakeThrowingCommand(const std::string& text);
 
-/// A command that declares a text and answers with an integer.
+/// A command that declares a string but returns an integer.
 std::shared_ptr<SampleCommand> MakeLyingCommand();
 
-/// Registers `command` below `root` under the names in `path`, making the namespaces it needs.
+/// Registers `command` at `path` below `root`, creating namespaces as needed.
 void RegisterAt(const std::shared_ptr<AutoCli::NamespaceNode>& root,
                 std::initializer_list<const char*> path,
                 const std::shared_ptr<AutoCli::NamespaceNode>& command);
 
-/// The input of a command line of the tool "vexil" that consists of the names in `path`.
+/// The input of a call of the command at `path` in the dispatcher "vexil".
 std::shared_ptr<AutoCli::CommandInput> MakeCommandInput(std::initializer_list<const char*> path);
 
 }  // namespace Kestrel::Testing

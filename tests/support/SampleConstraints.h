@@ -14,14 +14,14 @@ namespace Kestrel::Testing {
 
 using CallSpec::ParameterConstraint;
 
-/// The constraint to integers from `min` to `max`.
+/// Allows the integers from `min` to `max`.
 inline std::shared_ptr<ParameterConstraint> Range(std::int64_t min, std::int64_t max) {
   const auto constraint = ParameterConstraint::New(CallSpec::IntRange);
   constraint->SetIntRange(min, max);
   return constraint;
 }
 
-/// The constraint to texts of an enumeration.
+/// Allows these strings.
 inline std::shared_ptr<ParameterConstraint> Strings(const std::vector<std::string>& values) {
   const auto constraint = ParameterConstraint::New(CallSpec::StringEnum);
   for (const std::string& value : values) {
@@ -30,7 +30,7 @@ inline std::shared_ptr<ParameterConstraint> Strings(const std::vector<std::strin
   return constraint;
 }
 
-/// The constraint to texts that match an expression.
+/// Allows the strings that match a regular expression.
 inline std::shared_ptr<ParameterConstraint> Regex(const std::string& text) {
   const auto constraint = ParameterConstraint::New(CallSpec::StringRegex);
   constraint->SetStringRegex(text);

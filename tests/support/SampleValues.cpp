@@ -26,11 +26,11 @@ std::string ActingValue::ToString() const { return act_(); }
 
 std::shared_ptr<MetaStruct> MakeRecord(
     std::initializer_list<std::pair<const char*, const char*>> fields) {
-  auto record = MetaStruct::New("Row");
+  auto row = MetaStruct::New("Row");
   for (const auto& [name, value] : fields) {
-    record->SetField(name, value);
+    row->SetField(name, value);
   }
-  return record;
+  return row;
 }
 
 std::shared_ptr<MetaStruct> MakeDisk(const std::string& name, long size) {
@@ -48,10 +48,10 @@ std::shared_ptr<MetaList> MakeDisks(std::initializer_list<std::pair<const char*,
   return list;
 }
 
-std::shared_ptr<MetaList> MakeList(std::initializer_list<std::shared_ptr<MetaStruct>> records) {
-  auto list = MetaList::New(MetaType::Struct, *records.begin());
-  for (const auto& record : records) {
-    list->Add(record);
+std::shared_ptr<MetaList> MakeList(std::initializer_list<std::shared_ptr<MetaStruct>> structures) {
+  auto list = MetaList::New(MetaType::Struct, *structures.begin());
+  for (const auto& structure : structures) {
+    list->Add(structure);
   }
   return list;
 }
@@ -72,14 +72,14 @@ std::shared_ptr<MetaStruct> MakeMount(const Mount& mount) {
   const auto usage = MetaStruct::New("Usage");
   usage->SetField("Free", mount.free);
   usage->SetField("Used", mount.used);
-  auto record = MetaStruct::New("Mount");
-  record->SetField("Device", mount.device);
-  record->SetField("Path", mount.path);
-  record->SetField("Read Only", mount.isReadOnly);
-  record->SetField("Usage", usage);
-  record->SetField("Options", mount.options);
-  record->SetField("Note", mount.note);
-  return record;
+  auto structure = MetaStruct::New("Mount");
+  structure->SetField("Device", mount.device);
+  structure->SetField("Path", mount.path);
+  structure->SetField("Read Only", mount.isReadOnly);
+  structure->SetField("Usage", usage);
+  structure->SetField("Options", mount.options);
+  structure->SetField("Note", mount.note);
+  return structure;
 }
 
 }  // namespace
@@ -105,16 +105,16 @@ std::shared_ptr<MetaList> MakeMounts() {
 }
 
 std::shared_ptr<MetaStruct> MakeNested(int depth) {
-  std::shared_ptr<MetaStruct> record;
+  std::shared_ptr<MetaStruct> structure;
   for (int i = 0; i < depth; ++i) {
     auto outer = MetaStruct::New("Node");
     outer->SetField("a", i);
-    if (record != nullptr) {
-      outer->SetField("child", record);
+    if (structure != nullptr) {
+      outer->SetField("child", structure);
     }
-    record = std::move(outer);
+    structure = std::move(outer);
   }
-  return record;
+  return structure;
 }
 
 std::shared_ptr<CallSpec::Output> MakeOutput(const std::shared_ptr<MetaObject>& root) {
@@ -125,21 +125,21 @@ std::shared_ptr<CallSpec::Output> MakeOutput(const std::shared_ptr<MetaObject>& 
 
 AutoCli::FormatParameters MakeParameters(
     std::initializer_list<std::pair<const char*, const char*>> parameters) {
-  AutoCli::FormatParameters made;
+  AutoCli::FormatParameters params;
   for (const auto& [key, value] : parameters) {
-    made.SetParameter(key, value);
+    params.SetParameter(key, value);
   }
-  return made;
+  return params;
 }
 
 std::string FormatToText(AutoCli::Formatter& formatter, const std::shared_ptr<MetaObject>& root,
                          std::initializer_list<std::pair<const char*, const char*>> parameters,
                          int width) {
-  AutoCli::FormatParameters made = MakeParameters(parameters);
+  AutoCli::FormatParameters params = MakeParameters(parameters);
   AutoCli::DisplayContext display;
   display.width = static_cast<std::uint16_t>(width);
   std::ostringstream out;
-  formatter.Format(MakeOutput(root), made, display, out);
+  formatter.Format(MakeOutput(root), params, display, out);
   return out.str();
 }
 

@@ -18,7 +18,7 @@
 
 namespace Kestrel::Testing {
 
-/// Announces a kind whose class it is not.
+/// A value that claims another kind than that of its class.
 class LyingValue : public MetaObj::MetaObject {
  public:
   explicit LyingValue(MetaObj::MetaType type, std::string text = "a lie");
@@ -28,7 +28,7 @@ class LyingValue : public MetaObj::MetaObject {
   std::string text_;
 };
 
-/// A string for those who ask its kind; does something when it is asked for its text.
+/// A value of the kind String that calls a function whenever it is converted to text.
 class ActingValue : public MetaObj::MetaObject {
  public:
   explicit ActingValue(std::function<std::string()> act);
@@ -38,7 +38,7 @@ class ActingValue : public MetaObj::MetaObject {
   std::function<std::string()> act_;
 };
 
-/// A structure of type "Row" whose fields are these texts.
+/// A structure of type "Row" with these string fields.
 std::shared_ptr<MetaObj::MetaStruct> MakeRecord(
     std::initializer_list<std::pair<const char*, const char*>> fields);
 
@@ -49,25 +49,25 @@ std::shared_ptr<MetaObj::MetaStruct> MakeDisk(const std::string& name, long size
 std::shared_ptr<MetaObj::MetaList> MakeDisks(
     std::initializer_list<std::pair<const char*, long>> disks);
 
-/// A list of structures that are all of the first one's shape; it declares that shape.
+/// A list of structures, which must all have the fields of the first one.
 std::shared_ptr<MetaObj::MetaList> MakeList(
-    std::initializer_list<std::shared_ptr<MetaObj::MetaStruct>> records);
+    std::initializer_list<std::shared_ptr<MetaObj::MetaStruct>> structures);
 
-/// A list of mounts, which has something of everything: texts of many lengths with blanks, an
-/// integer, a boolean, a nested structure "Usage", a list of texts and empty texts.
+/// A list of mounts that covers all kinds of fields: strings of many lengths, with spaces and
+/// empty, integers, a boolean, a nested structure "Usage" and a list of strings.
 std::shared_ptr<MetaObj::MetaList> MakeMounts();
 
-/// A structure "Node" whose field "child" holds another one, `depth` structures in all; each has a
-/// field "a" too.
+/// A chain of `depth` structures of type "Node", each with an integer "a" and, except for the
+/// innermost, the next structure in its field "child".
 std::shared_ptr<MetaObj::MetaStruct> MakeNested(int depth);
 
-/// The root value of a call, as a formatter is given it.
+/// The output of a call with this root value.
 std::shared_ptr<CallSpec::Output> MakeOutput(const std::shared_ptr<MetaObj::MetaObject>& root);
 
 AutoCli::FormatParameters MakeParameters(
     std::initializer_list<std::pair<const char*, const char*>> parameters);
 
-/// What `formatter` writes for a root value.
+/// Returns what `formatter` writes for a root value.
 std::string FormatToText(AutoCli::Formatter& formatter,
                          const std::shared_ptr<MetaObj::MetaObject>& root,
                          std::initializer_list<std::pair<const char*, const char*>> parameters = {},

@@ -5,8 +5,8 @@
 
 namespace Kestrel::Testing {
 
-/// Whether the program watches its own memory. What it needs for that, descriptors, the files in
-/// /proc and memory that it keeps, a test can then neither take away nor measure.
+/// Whether the address sanitizer is on. It uses descriptors, files in /proc and memory of its own,
+/// so a test can then neither close nor measure them.
 #ifdef __SANITIZE_ADDRESS__
 inline constexpr bool kIsSanitized = true;
 #else

@@ -8,7 +8,7 @@
 
 namespace Kestrel::Testing {
 
-/// Gives an environment variable of this process another value, or none, for as long as it lives.
+/// Sets or unsets an environment variable of this process for as long as the object lives.
 class ScopedEnvironment {
  public:
   /// Without a value the variable is unset.

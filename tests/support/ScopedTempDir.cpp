@@ -16,7 +16,7 @@ namespace Kestrel::Testing {
 ScopedTempDir::ScopedTempDir()
     : path_(std::filesystem::temp_directory_path().string() + "/kestrel-XXXXXX") {
   if (mkdtemp(path_.data()) == nullptr) {
-    throw std::runtime_error("Unable to make the folder " + path_);
+    throw std::runtime_error("Unable to create the folder " + path_);
   }
 }
 

@@ -8,7 +8,7 @@
 
 namespace Kestrel::Testing {
 
-/// A new empty folder that goes, with all that is in it, when the object does.
+/// A new empty folder. The destructor deletes it with all its contents.
 class ScopedTempDir {
  public:
   ScopedTempDir();
@@ -19,16 +19,16 @@ class ScopedTempDir {
   /// The absolute path of the folder.
   const std::string& GetPath() const { return path_; }
 
-  /// The absolute path of `name` within the folder, whether it exists or not.
+  /// The absolute path of `name` in the folder, whether it exists or not.
   std::string GetPath(const std::string& name) const { return path_ + "/" + name; }
 
-  /// Writes a file, making the folders that its name mentions, and returns its absolute path.
+  /// Writes a file, creating the folders in its name, and returns its absolute path.
   std::string Write(const std::string& name, std::string_view text) const;
 
-  /// Makes a folder and those above it, and returns its absolute path.
+  /// Creates a folder and its parents, and returns its absolute path.
   std::string MakeDirectory(const std::string& name) const;
 
-  /// The content of a file, empty when there is none.
+  /// The contents of a file, empty when there is no such file.
   std::string Read(const std::string& name) const;
 
  private:

@@ -10,7 +10,7 @@
 
 namespace Kestrel::Testing {
 
-/// What `AutoCli_FitString` is given, but for the stream.
+/// The arguments of `AutoCli_FitString`, except the stream.
 struct FitArguments {
   int indent = 0;
   int width = 80;
@@ -21,7 +21,7 @@ struct FitArguments {
   bool splitLines = false;
 };
 
-/// `AutoCli_FitString`, word by word and without regard to time.
+/// A reference implementation of `AutoCli_FitString`: plain, word by word, not optimised.
 class SlowFit {
  public:
   static std::string Fit(const FitArguments& a) {

@@ -6,10 +6,12 @@
 #include <string>
 #include <string_view>
 
+#include "support/MemoryFile.h"
+
 namespace Kestrel::Testing {
 
-/// Takes everything that this process, or a child, writes to one descriptor, for as long as it
-/// lives. std::cout, std::cerr and the C streams are flushed at both ends.
+/// Captures everything that this process or a child writes to one descriptor, for as long as the
+/// object lives. Its constructor and destructor flush std::cout, std::cerr and the C streams.
 class StreamCapture {
  public:
   /// `descriptor` is STDOUT_FILENO or STDERR_FILENO.
@@ -18,17 +20,17 @@ class StreamCapture {
   StreamCapture(const StreamCapture&) = delete;
   StreamCapture& operator=(const StreamCapture&) = delete;
 
-  /// What was written so far.
+  /// Returns what was written so far.
   std::string GetText();
 
  private:
+  MemoryFile file_;
   int descriptor_;
   int original_;
-  int file_;
 };
 
-/// Lets standard input (descriptor 0, stdin and std::cin) begin anew with a text that then ends,
-/// for as long as it lives.
+/// Replaces standard input (descriptor 0, stdin and std::cin) by a text for as long as the object
+/// lives.
 class ScopedInput {
  public:
   explicit ScopedInput(std::string_view text);

@@ -10,10 +10,10 @@ namespace Kestrel::Testing {
 /// The absolute path of one of the shared objects in tests/modules, named without its suffix.
 std::string TestPluginPath(const std::string& name);
 
-/// Copies that shared object to `path`, so that the loader takes it for another one.
+/// Copies that shared object to `path`; the loader treats the copy as another object.
 void CopyTestPlugin(const std::string& name, const std::string& path);
 
-/// Whether the loader holds the shared object `path`.
+/// Whether the shared object at `path` is loaded.
 bool IsLoaded(const std::string& path);
 
 }  // namespace Kestrel::Testing

@@ -9,7 +9,6 @@
 #include <signal.h>
 #include <stdlib.h>
 #include <string.h>
-#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -20,71 +19,30 @@
 #include <thread>
 #include <utility>
 
+#include "support/MemoryFile.h"
+
 namespace Kestrel::Testing {
 
 namespace {
 
-constexpr std::chrono::minutes kPatience(2);
+constexpr std::chrono::minutes kMaxRunTime(2);
 constexpr int kUnableToStart = 127;
-
-// A file in memory that closes itself: no pipe, so nobody has to read while the tool writes.
-class MemoryFile {
- public:
-  MemoryFile() : descriptor_(memfd_create("kestrel-test", MFD_CLOEXEC)) {
-    if (descriptor_ == -1) {
-      throw std::runtime_error("Unable to make a file in memory");
-    }
-  }
-  ~MemoryFile() { close(descriptor_); }
-  MemoryFile(const MemoryFile&) = delete;
-  MemoryFile& operator=(const MemoryFile&) = delete;
-
-  int GetDescriptor() const { return descriptor_; }
-
-  void Fill(std::string_view text) const {
-    while (!text.empty()) {
-      const ssize_t count = write(descriptor_, text.data(), text.size());
-      if (count <= 0) {
-        throw std::runtime_error("Unable to write to a file in memory");
-      }
-      text.remove_prefix(static_cast<std::size_t>(count));
-    }
-    lseek(descriptor_, 0, SEEK_SET);
-  }
-
-  std::string Read() const {
-    std::string text;
-    std::array<char, 65536> buffer;
-    off_t position = 0;
-    for (;;) {
-      const ssize_t count = pread(descriptor_, buffer.data(), buffer.size(), position);
-      if (count <= 0) {
-        return text;
-      }
-      text.append(buffer.data(), static_cast<std::size_t>(count));
-      position += count;
-    }
-  }
-
- private:
-  int descriptor_;
-};
 
 int OpenWithoutReader() {
   std::array<int, 2> ends;
   if (pipe2(ends.data(), O_CLOEXEC) != 0) {
-    throw std::runtime_error("Unable to make a pipe");
+    throw std::runtime_error("Unable to create a pipe");
   }
   close(ends[0]);
   return ends[1];
 }
 
 int Wait(pid_t tool) {
-  const auto deadline = std::chrono::steady_clock::now() + kPatience;
+  const auto deadline = std::chrono::steady_clock::now() + kMaxRunTime;
   int status = 0;
   while (waitpid(tool, &status, WNOHANG) == 0) {
     if (std::chrono::steady_clock::now() > deadline) {
-      ADD_FAILURE() << "The tool is still running and gets killed.";
+      ADD_FAILURE() << "The tool is still running and will be killed.";
       kill(tool, SIGKILL);
       waitpid(tool, &status, 0);
       break;
@@ -113,7 +71,7 @@ std::string WithoutMissingFolderLines(std::string text) {
   return text.substr(lines.size());
 }
 
-[[noreturn]] void GiveUp(const char* what) {
+[[noreturn]] void ExitWithError(const char* what) {
   dprintf(STDERR_FILENO, "%s: %s\n", what, strerror(errno));
   _exit(kUnableToStart);
 }
@@ -175,10 +133,11 @@ VexilRun& VexilRun::WithoutDescriptor(int descriptor) {
 }
 
 VexilResult VexilRun::Run() const {
+  // Files, unlike pipes, need no reader while the tool writes.
   const MemoryFile input;
   const MemoryFile output;
   const MemoryFile error;
-  input.Fill(input_);
+  input.Write(input_);
   const pid_t tool = fork();
   if (tool == -1) {
     throw std::runtime_error("Unable to fork");
@@ -199,7 +158,7 @@ void VexilRun::Exec() const { ExecWith(STDIN_FILENO, STDOUT_FILENO, STDERR_FILEN
 
 void VexilRun::ExecWith(int input, int output, int error) const {
   if (!outputPath_.empty() && (output = open(outputPath_.c_str(), O_WRONLY | O_CLOEXEC)) == -1) {
-    GiveUp(outputPath_.c_str());
+    ExitWithError(outputPath_.c_str());
   }
   if (!hasReader_) {
     output = OpenWithoutReader();
@@ -208,7 +167,7 @@ void VexilRun::ExecWith(int input, int output, int error) const {
   dup2(output, STDOUT_FILENO);
   dup2(error, STDERR_FILENO);
   if (!directory_.empty() && chdir(directory_.c_str()) != 0) {
-    GiveUp(directory_.c_str());
+    ExitWithError(directory_.c_str());
   }
   for (const auto& [name, value] : environment_) {
     if (value) {
@@ -230,7 +189,7 @@ void VexilRun::ExecWith(int input, int output, int error) const {
     close(descriptor);
   }
   execv(KESTREL_TOOL, words.data());
-  GiveUp(KESTREL_TOOL);
+  ExitWithError(KESTREL_TOOL);
 }
 
 }  // namespace Kestrel::Testing

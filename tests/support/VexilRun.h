@@ -11,58 +11,57 @@
 
 namespace Kestrel::Testing {
 
-/// What one run of the tool left behind.
+/// The result of one run of the tool.
 struct VexilResult {
-  std::string out;  ///< standard output, every byte
-  std::string err;  ///< standard error, every byte but what VexilRun says
+  std::string out;  ///< standard output
+  std::string err;  ///< standard error, without the lines that VexilRun removes
   int status = -1;  ///< the exit status, -1 when a signal ended the tool
   int signal = 0;   ///< the signal that ended the tool, 0 when none did
 };
 
-/// One run of the real tool, the one that this build made.
+/// A run of the tool that this build made.
 ///
-/// Unless told otherwise the tool is called "vexil", reads an empty standard input, works in the
-/// folder of the test and has the test's environment without OPR_USERNAME.
+/// By default the tool is called "vexil", has an empty standard input, runs in the folder of the
+/// test and has the test's environment without OPR_USERNAME.
 ///
-/// The tool looks for plug-ins in the folders built into it. Where the build made them, empty, it
-/// has nothing to say about them. Where they are missing the tool's first two lines on standard
-/// error say so; those very lines are then demanded and left out of the result, no other ever is.
+/// The tool looks for plug-ins in the folders that were chosen when it was built. If they do not
+/// exist, its standard error begins with a line for each. The run requires exactly these lines
+/// there and removes them from the result.
 class VexilRun {
  public:
   explicit VexilRun(std::vector<std::string> arguments = {});
 
-  /// What stands on standard input.
+  /// Sets the text on standard input.
   VexilRun& WithInput(std::string_view text);
 
-  /// Sets a variable of the tool's environment; without a value it is unset.
+  /// Sets a variable of the tool's environment, or unsets it when there is no value.
   VexilRun& WithEnvironment(const std::string& name, const std::optional<std::string>& value);
 
-  /// The folder to work in.
+  /// Sets the working directory.
   VexilRun& InDirectory(const std::string& path);
 
-  /// The name to call the tool by, its argv[0].
+  /// Sets the name that the tool is called by, its argv[0].
   VexilRun& CalledAs(const std::string& name);
 
-  /// The tool gets an argument vector without any argument, not even its name.
+  /// Starts the tool with an empty argument vector, which does not even contain its name.
   VexilRun& CalledByNoName();
 
-  /// The file that standard output goes to; `VexilResult::out` is then empty.
+  /// Redirects standard output to a file; `VexilResult::out` is then empty.
   VexilRun& WithOutputTo(const std::string& path);
 
-  /// Standard output is a pipe that nobody reads any more.
+  /// Makes standard output a pipe whose reading end is closed.
   VexilRun& WithoutReader();
 
-  /// The process that starts the tool ignores SIGPIPE.
+  /// Starts the tool with SIGPIPE ignored.
   VexilRun& IgnoringBrokenPipes();
 
-  /// The tool starts with this descriptor closed.
+  /// Starts the tool with this descriptor closed.
   VexilRun& WithoutDescriptor(int descriptor);
 
-  /// Runs the tool to its end. One that is not done within two minutes is killed and fails the
-  /// test.
+  /// Runs the tool until it ends. After two minutes it kills the tool and fails the test.
   VexilResult Run() const;
 
-  /// Becomes the tool, with the standard streams of this process; for a child of the test.
+  /// Replaces this process, a child of the test, by the tool. The standard streams stay the same.
   [[noreturn]] void Exec() const;
 
  private:
@@ -79,7 +78,7 @@ class VexilRun {
   bool ignoresBrokenPipes_ = false;
 };
 
-/// The folders that the tool of this build loads plug-ins from, in the order it does.
+/// The folders from which the tool of this build loads plug-ins, in the order of loading.
 std::vector<std::string> GetDefaultPluginFolders();
 
 }  // namespace Kestrel::Testing
