@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Input: the arguments of the tool, one a line.
+// Input: the arguments of the tool, one per line.
 //
-// The whole road from the arguments to the printed text, with the built-in plug-in and a command
-// that takes every kind of parameter. A word that leads nowhere throws our exception and prints
-// nothing; a line that went well has no messages; what is printed has a bounded size.
+// Covers everything from the arguments to the printed text, with the built-in plug-in and a command
+// that takes every kind of parameter. An unknown path throws KestrelException and prints nothing, a
+// successful command prints no messages, and the size of the output is bounded.
 
 #include <cstddef>
 #include <cstdint>
@@ -49,11 +49,6 @@ using MetaObj::MetaList;
 using MetaObj::MetaStruct;
 using MetaObj::MetaType;
 
-// Each byte of the input can bring a line of its own, or a column, indented as far as the bytes
-// before it ask for: what is printed grows with the square of the input, and no faster.
-constexpr std::size_t kMaxInput = 2048;
-constexpr std::size_t kMaxOutput = kMaxInput * kMaxInput;
-
 std::shared_ptr<MetaStruct> MakeRow(const std::string& name,
                                     const std::vector<std::string>& values) {
   const std::shared_ptr<MetaStruct> row = MetaStruct::New("Given");
@@ -65,26 +60,26 @@ std::shared_ptr<MetaStruct> MakeRow(const std::string& name,
   return row;
 }
 
-// Answers with the parameters that it was given.
+// Returns a row for each of its parameters.
 class EchoCommand : public Command {
  public:
   EchoCommand() {
-    SetDescription("Tells what it was given.");
+    SetDescription("Lists its parameters.");
     SetDefaultOutputFormatter("table");
     SetDefaultOutputParameter("fields:Given", "Name,Count,Last");
-    AddExample("--text a --number 1", "Gives two parameters");
+    AddExample("--text a --number 1", "Passes two parameters");
   }
 
   std::shared_ptr<InputSpec> GetInputSpecInternal() override {
     auto spec = InputSpec::New();
-    // No secret: it would be read from the standard input of this program.
+    // No secret parameter: the parser would read it from this program's standard input.
     Declare(*spec, "text", ParameterType::String, "t");
     Declare(*spec, "number", ParameterType::Int, "n")->SetConstraint(MakeRange());
-    Declare(*spec, "truth", ParameterType::Bool, "b");
+    Declare(*spec, "bool", ParameterType::Bool, "b");
     Declare(*spec, "flag", ParameterType::Flag, "f");
     Declare(*spec, "word", ParameterType::StringList, "w")->SetConstraint(MakeWords());
     Declare(*spec, "numbers", ParameterType::IntList, "");
-    Declare(*spec, "truths", ParameterType::BoolList, "");
+    Declare(*spec, "bools", ParameterType::BoolList, "");
     Declare(*spec, "pattern", ParameterType::String, "p")->SetConstraint(MakePattern());
     return spec;
   }
@@ -137,13 +132,14 @@ class EchoCommand : public Command {
   }
 };
 
-// Keeps what a stream is given, for as long as it lives.
-class Captured {
+// Redirects a stream to a string for as long as the object lives.
+class StreamRedirect {
  public:
-  explicit Captured(std::ostream& stream) : stream_(stream), old_(stream.rdbuf(text_.rdbuf())) {}
-  ~Captured() { stream_.rdbuf(old_); }
-  Captured(const Captured&) = delete;
-  Captured& operator=(const Captured&) = delete;
+  explicit StreamRedirect(std::ostream& stream)
+      : stream_(stream), old_(stream.rdbuf(text_.rdbuf())) {}
+  ~StreamRedirect() { stream_.rdbuf(old_); }
+  StreamRedirect(const StreamRedirect&) = delete;
+  StreamRedirect& operator=(const StreamRedirect&) = delete;
 
   std::string GetText() const { return text_.str(); }
 
@@ -153,8 +149,9 @@ class Captured {
   std::streambuf* const old_;
 };
 
-// What ends the process, loads a plug-in or reads another file has no place in a fuzz target.
-bool LeavesTheProcess(const OptionParser& parser) {
+// Whether an option ends the process, loads a plug-in or reads another file; a fuzz target must
+// not.
+bool HasExcludedOption(const OptionParser& parser) {
   for (const char* option : {"h", "help", "plugin", "plugin-dir", "input"}) {
     if (parser.HasDispatcherParameter(option)) {
       return true;
@@ -163,7 +160,7 @@ bool LeavesTheProcess(const OptionParser& parser) {
   return false;
 }
 
-bool LeadsSomewhere(CliDispatcher& dispatcher, const OptionParser& parser) {
+bool PathExists(CliDispatcher& dispatcher, const OptionParser& parser) {
   try {
     std::list<std::string> path = parser.GetCommandPath();
     return path.empty() || dispatcher.GetRootNamespace()->ResolveNode(path) != nullptr;
@@ -173,9 +170,9 @@ bool LeadsSomewhere(CliDispatcher& dispatcher, const OptionParser& parser) {
 }
 
 void RequireHandles(CliDispatcher& dispatcher, OptionParser& parser) {
-  const bool leadsSomewhere = LeadsSomewhere(dispatcher, parser);
-  const Captured out(std::cout);
-  const Captured messages(std::cerr);
+  const bool pathExists = PathExists(dispatcher, parser);
+  const StreamRedirect out(std::cout);
+  const StreamRedirect messages(std::cerr);
   bool isDone = false;
   bool hasThrown = false;
   try {
@@ -185,15 +182,17 @@ void RequireHandles(CliDispatcher& dispatcher, OptionParser& parser) {
   }
   const std::string text = out.GetText();
   const std::string errors = messages.GetText();
-  Require(leadsSomewhere || hasThrown, "a word that leads nowhere throws");
-  Require(leadsSomewhere || (text.empty() && errors.empty()), "and prints nothing");
-  Require(!isDone || errors.empty(), "what went well has no messages");
-  Require(errors.empty() || errors.compare(0, 9, "Errors: \n") == 0, "messages have their heading");
-  Require(text.size() + errors.size() <= kMaxOutput, "what is printed has a bounded size");
+  Require(pathExists || hasThrown, "an unknown path throws");
+  Require(pathExists || (text.empty() && errors.empty()), "an unknown path prints nothing");
+  Require(!isDone || errors.empty(), "a successful command prints no messages");
+  Require(errors.empty() || errors.compare(0, 9, "Errors: \n") == 0,
+          "messages follow their heading");
+  Require(text.size() + errors.size() <= kMaxOutputOfFormatter,
+          "the size of the output is bounded");
 }
 
 CliDispatcher& GetDispatcher() {
-  // Lives as long as the process: it must not be a static object.
+  // Never destroyed: a dispatcher must not be a static object.
   static CliDispatcher* const dispatcher = [] {
     auto* const made = new CliDispatcher();
     made->GetRootNamespace()->SubNamespace("sample")->RegisterNamespaceNode(
@@ -208,18 +207,18 @@ CliDispatcher& GetDispatcher() {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace Kestrel::Fuzz;
-  if (size > kMaxInput) {
+  if (size > kMaxInputOfFormatter) {
     return 0;
   }
   FuzzInput input(data, size);
-  // The last line's width would count for this one otherwise.
+  // The dispatcher would otherwise keep the width of the previous input.
   std::vector<std::string> tokens = {"--screen-width=80"};
   while (!input.IsEmpty()) {
     tokens.emplace_back(input.TakeLine());
   }
   OptionParser parser;
   parser.ParseVector(tokens);
-  if (!LeavesTheProcess(parser)) {
+  if (!HasExcludedOption(parser)) {
     RequireHandles(GetDispatcher(), parser);
   }
   return 0;

@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Input: indent, width, flags (letters s, e and l), the character at a break, each a line; then the
-// text.
+// Input: indent, width, flags (the letters s, e and l) and the wrap character, each on a line of
+// its own; then the text.
 //
-// The result is that of a slow fitter that follows the rules word by word.
+// The result equals that of a slow reference implementation that follows the rules word by word.
 
 #include <cstddef>
 #include <cstdint>
@@ -22,15 +22,14 @@ namespace {
 
 using Testing::FitArguments;
 
-// Columns beyond those of the widest screen teach nothing new and cost time; negative ones are
-// what a caller's subtraction may give.
-constexpr int kLeastColumn = -10;
-constexpr int kLastColumn = 300;
+// Wider screens only cost time. Negative columns can result from a subtraction in a caller.
+constexpr int kMinColumn = -10;
+constexpr int kMaxColumn = 300;
 
 FitArguments TakeArguments(FuzzInput& input) {
   FitArguments arguments;
-  arguments.indent = input.TakeNumber(kLeastColumn, kLastColumn);
-  arguments.width = input.TakeNumber(kLeastColumn, kLastColumn);
+  arguments.indent = input.TakeNumber(kMinColumn, kMaxColumn);
+  arguments.width = input.TakeNumber(kMinColumn, kMaxColumn);
   const std::string_view flags = input.TakeLine();
   arguments.skipFirstIndent = flags.find('s') != std::string_view::npos;
   arguments.endLine = flags.find('e') != std::string_view::npos;
@@ -53,6 +52,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Kestrel::AutoCli::AutoCli_FitString(arguments.indent, arguments.width, arguments.text,
                                       arguments.skipFirstIndent, out, arguments.endLine,
                                       arguments.wrapChar, arguments.splitLines);
-  RequireEqual(out.str(), Kestrel::Testing::FitSlowly(arguments), "a text is fitted word by word");
+  RequireEqual(out.str(), Kestrel::Testing::FitSlowly(arguments),
+               "the text is wrapped as the reference implementation wraps it");
   return 0;
 }

@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Input: a list's text; the kind of a value (i, b or s) with the value behind it; a printf format;
-// and units, each a line.
+// Input: a list; the kind of a value (i, b or s) followed by the value; a printf format; units.
+// Each is on a line of its own.
 //
-// The pieces of a list make the list again. A formatted value has a bounded size, and is what the
-// system's own printf makes of a format that is let through.
+// The pieces of the list join to the list. The formatted value has a bounded size and, unless the
+// format is refused, equals the output of the system's printf.
 
 #include "kestrel/autocli/FormatParameters.h"
 
@@ -43,12 +43,12 @@ void RequireListReadsBack(const std::string& text) {
   std::string joined;
   bool isFirst = true;
   for (const std::string& piece : params.GetParameterAsList("fields:Type")) {
-    Require(piece.find(',') == std::string::npos, "a comma separates");
+    Require(piece.find(',') == std::string::npos, "no piece of a list contains a comma");
     joined += isFirst ? piece : "," + piece;
     isFirst = false;
   }
-  // An empty piece at the end is dropped; it may be the only one besides another empty piece.
-  Require(joined == text || joined + "," == text, "the pieces of a list make the list");
+  // The library drops an empty last piece.
+  Require(joined == text || joined + "," == text, "the pieces of a list join to the list");
 }
 
 Value MakeValue(const std::string& text) {
@@ -63,9 +63,9 @@ Value MakeValue(const std::string& text) {
   }
 }
 
-// Formats whose result the system's printf takes too long to make, or makes of the argument's last
-// mention rather than of each.
-bool IsForPrintf(std::string_view format) {
+// Excludes formats that take the system's printf too long, and formats that name the argument
+// twice: there printf uses the type of the last mention for both.
+bool IsComparable(std::string_view format) {
   int digits = 0;
   for (const char c : format) {
     digits = c >= '0' && c <= '9' ? digits + 1 : 0;
@@ -76,12 +76,11 @@ bool IsForPrintf(std::string_view format) {
   return format.find("1$") == format.rfind("1$");
 }
 
-// With what a call of printf passes for the value's kind.
 std::string PrintWithSystem(const std::string& format, const MetaObj::MetaObject& value) {
   std::string buffer(format.size() + value.ToString().size() + 65, '\0');
   errno = 0;
 #pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat-nonliteral"  // The library has let it through.
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"  // The library has accepted the format.
   if (const auto* text = dynamic_cast<const MetaString*>(&value)) {
     std::snprintf(&buffer[0], buffer.size(), format.c_str(), text->GetValue().c_str());
   } else if (const auto* number = dynamic_cast<const MetaInt*>(&value)) {
@@ -103,15 +102,15 @@ void RequireFormatsField(const Value& value, const std::string& format, const st
   const bool isRefused = text.compare(0, kError.size(), kError) == 0;
   const std::size_t limit =
       isRefused ? kError.size() + 255 : format.size() + value->ToString().size() + 64;
-  Require(text.size() <= limit, "a formatted value has a bounded size");
-  if (!isRefused && IsForPrintf(format)) {
-    RequireEqual(text, PrintWithSystem(format, *value), "a value is printed as printf does");
+  Require(text.size() <= limit, "the size of a formatted value is bounded");
+  if (!isRefused && IsComparable(format)) {
+    RequireEqual(text, PrintWithSystem(format, *value), "a value is formatted as printf does");
   }
 
   params.SetParameter("units:Type.Field", units);
   errno = 0;
   RequireEqual(AutoCli_FormatField("Type", "Field", value, params),
-               isRefused ? text : text + " " + units, "units follow a value, and no error");
+               isRefused ? text : text + " " + units, "units follow a value but not an error");
 }
 
 }  // namespace

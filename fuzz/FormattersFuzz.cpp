@@ -1,15 +1,15 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Input: a formatter's name; a width; format parameters "key=value", a line each, up to an empty
-// line; then a value, a line for each of its parts:
+// Input: the name of a formatter; a width; format parameters "key=value", one per line, up to an
+// empty line; then a value, each part on a line of its own:
 //
 //   i NUMBER    b or B (false or true)    s TEXT
 //   { TYPE      a structure; its fields follow, each a line with the name and then a value
 //   [ KIND      a list of i, b, s or {; its elements follow
 //   }           ends the structure or list
 //
-// Every formatter prints every value, or refuses it with our exception; json and xml read back.
+// Every formatter prints every value or throws KestrelException; json and xml read back.
 
 #include <cstddef>
 #include <cstdint>
@@ -41,22 +41,17 @@ using MetaObj::MetaString;
 using MetaObj::MetaStruct;
 using MetaObj::MetaType;
 
-// The parser of xml counts up to 256 elements within each other; a level of ours takes two.
+// The XML parser accepts 256 nested elements; a nested value takes up to two of them.
 constexpr int kMaxDepth = 100;
 
-// A screen is at most that wide; a wider column would only cost time.
+// Wider screens only cost time.
 constexpr int kMaxWidth = 9999;
-
-// Each byte of the input can bring a line of its own, or a column, indented as far as the bytes
-// before it ask for: what is printed grows with the square of the input, and no faster.
-constexpr std::size_t kMaxInput = 2048;
-constexpr std::size_t kMaxOutput = kMaxInput * kMaxInput;
 
 class ValueReader {
  public:
   explicit ValueReader(FuzzInput& input) : input_(input) {}
 
-  /// The next value, null for one that ends a structure or list.
+  /// Returns the next value, or null at the end of a structure or list.
   Value Read(int depth) {
     const std::string line = depth > kMaxDepth ? "}" : input_.TakeText();
     const std::string text = line.size() > 2 ? line.substr(2) : "";
@@ -81,15 +76,15 @@ class ValueReader {
  private:
   Value ReadStruct(const std::string& type, int depth) {
     const bool isNamed = MetaObj::IsValidStructName(type);
-    const std::shared_ptr<MetaStruct> record = MetaStruct::New(isNamed ? type : "Type");
+    const std::shared_ptr<MetaStruct> structure = MetaStruct::New(isNamed ? type : "Type");
     for (std::string name = input_.TakeText(); !name.empty() && name != "}";
          name = input_.TakeText()) {
       const Value value = Read(depth + 1);
       if (value != nullptr) {
-        record->SetField(name, value);
+        structure->SetField(name, value);
       }
     }
-    return record;
+    return structure;
   }
 
   static MetaType KindOf(char letter) {
@@ -147,7 +142,7 @@ std::shared_ptr<InternalPlugin> MakePlugin() {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace Kestrel::Fuzz;
-  if (size > kMaxInput) {
+  if (size > kMaxInputOfFormatter) {
     return 0;
   }
   static const std::shared_ptr<InternalPlugin> plugin = MakePlugin();
@@ -164,10 +159,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       continue;
     }
     try {
-      Require(Print(*formatter, value, params, width).size() <= kMaxOutput,
-              "what is printed has a bounded size");
+      Require(Print(*formatter, value, params, width).size() <= kMaxOutputOfFormatter,
+              "the size of the output is bounded");
     } catch (const Kestrel::KestrelException&) {
-      // Some formatters print some shapes only.
+      // Some formatters print values of certain shapes only.
     }
   }
   RequireJsonReadsBack(value);

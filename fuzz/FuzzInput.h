@@ -12,10 +12,10 @@
 
 namespace Kestrel::Fuzz {
 
-/// The bytes of one input, cut into what a target needs from front to back.
+/// Reads the bytes of one input from front to back.
 ///
-/// Inputs are lines of text, so that a person can read and write a seed. An input that has ended
-/// gives empty lines.
+/// Inputs are lines of text, so that a person can read and write seeds. At the end of the input
+/// every line is empty.
 class FuzzInput {
  public:
   FuzzInput(const std::uint8_t* data, std::size_t size)
@@ -23,7 +23,7 @@ class FuzzInput {
 
   bool IsEmpty() const { return rest_.empty(); }
 
-  /// The bytes up to the next newline, which is dropped.
+  /// Takes the next line, without its newline.
   std::string_view TakeLine() {
     const std::size_t end = std::min(rest_.find('\n'), rest_.size());
     const std::string_view line = rest_.substr(0, end);
@@ -31,7 +31,7 @@ class FuzzInput {
     return line;
   }
 
-  /// A line in which "\n" stands for a newline and "\0" for a NUL byte.
+  /// Takes the next line; "\n" in it becomes a newline and "\0" a NUL byte.
   std::string TakeText() {
     std::string text;
     for (std::string_view line = TakeLine(); !line.empty();) {
@@ -43,13 +43,13 @@ class FuzzInput {
     return text;
   }
 
-  /// The number that a line begins with, brought between the bounds.
+  /// Takes the next line and returns the number at its start, clamped to the bounds.
   int TakeNumber(int minimum, int maximum) {
     const long number = std::strtol(std::string(TakeLine()).c_str(), nullptr, 10);
     return static_cast<int>(std::clamp<long>(number, minimum, maximum));
   }
 
-  /// Everything that is left.
+  /// Takes the rest of the input.
   std::string TakeRest() {
     const std::string rest(rest_);
     rest_ = {};

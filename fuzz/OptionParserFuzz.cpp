@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Input: one token a line.
+// Input: one token per line.
 //
-// The parser reads what a slow reader reads, and what it makes of a command line, written as a
-// command line again, is read as the same.
+// The parser agrees with a simple reference parser. A command line that is parsed, written and
+// parsed again stays the same.
 
 #include "kestrel/autocli/OptionParser.h"
 
@@ -35,7 +35,7 @@ using Pairs = std::vector<std::pair<std::string, std::string>>;
 
 std::shared_ptr<InputSpec> MakeInputSpec() {
   auto spec = InputSpec::New();
-  // No secret: it would be read from the standard input of this program.
+  // No secret parameter: the parser would read it from this program's standard input.
   for (const auto& [name, type] :
        {std::pair("all", ParameterType::Flag), std::pair("level", ParameterType::Int),
         std::pair("name", ParameterType::String)}) {
@@ -50,22 +50,22 @@ bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 
 bool IsNameByte(char c) { return IsLetter(c) || (c >= '0' && c <= '9') || c == '-'; }
 
-// Reads tokens one by one, without a declaration.
-class SlowReading {
+// Parses a command line without a specification of its parameters.
+class ReferenceParser {
  public:
-  explicit SlowReading(std::vector<std::string> tokens) : tokens_(std::move(tokens)) {
+  explicit ReferenceParser(std::vector<std::string> tokens) : tokens_(std::move(tokens)) {
     dispatcherOptions = TakeOptions();
-    while (!IsAtEnd() && !Cut(tokens_[next_])) {
+    while (!IsAtEnd() && !ParseOption(tokens_[next_])) {
       path.push_back(tokens_[next_++]);
     }
     parameters = TakeOptions();
-    countOfExtraWords = tokens_.size() - next_;
+    extraWordCount = tokens_.size() - next_;
   }
 
   Pairs dispatcherOptions;
   std::list<std::string> path;
   Pairs parameters;
-  std::size_t countOfExtraWords = 0;
+  std::size_t extraWordCount = 0;
 
  private:
   struct Option {
@@ -73,8 +73,8 @@ class SlowReading {
     std::string value;
   };
 
-  // The name and the value of an option, nothing for a word.
-  static std::optional<Option> Cut(const std::string& token) {
+  // Returns nothing when the token is not an option.
+  static std::optional<Option> ParseOption(const std::string& token) {
     const std::size_t dashes = std::min(token.find_first_not_of('-'), token.size());
     if (dashes == 1 && token.size() == 2 && IsLetter(token[1])) {
       return Option{token.substr(1), ""};
@@ -99,12 +99,12 @@ class SlowReading {
   Pairs TakeOptions() {
     Pairs pairs;
     while (!IsAtEnd()) {
-      std::optional<Option> option = Cut(tokens_[next_]);
+      std::optional<Option> option = ParseOption(tokens_[next_]);
       if (!option) {
         break;
       }
       ++next_;
-      if (option->value.empty() && !IsAtEnd() && !Cut(tokens_[next_])) {
+      if (option->value.empty() && !IsAtEnd() && !ParseOption(tokens_[next_])) {
         option->value = tokens_[next_++];
       }
       pairs.emplace_back(option->name, option->value);
@@ -116,16 +116,18 @@ class SlowReading {
   std::size_t next_ = 0;
 };
 
-void RequireReadsSlowly(OptionParser& parser, const std::vector<std::string>& tokens) {
-  const SlowReading slow(tokens);
-  Require(parser.GetDispatcherParameters() == slow.dispatcherOptions, "options are those given");
-  Require(parser.GetCommandPath() == slow.path, "the path is the one given");
-  Require(parser.GetCommandParameters() == slow.parameters, "parameters are those given");
-  Require(parser.GetParseErrors().size() == (slow.countOfExtraWords == 0 ? 0 : 1),
-          "words too many are told of, and nothing else");
+void RequireMatchesReference(OptionParser& parser, const std::vector<std::string>& tokens) {
+  const ReferenceParser reference(tokens);
+  Require(parser.GetDispatcherParameters() == reference.dispatcherOptions,
+          "the dispatcher options are those of the reference parser");
+  Require(parser.GetCommandPath() == reference.path, "the path is that of the reference parser");
+  Require(parser.GetCommandParameters() == reference.parameters,
+          "the parameters are those of the reference parser");
+  Require(parser.GetParseErrors().size() == (reference.extraWordCount == 0 ? 0 : 1),
+          "extra words are the only parse error");
 }
 
-// A value that is empty, or follows a short name, is a token of its own.
+// An empty value, or the value of a short name, is a token of its own.
 void AppendOptions(const Pairs& pairs, std::vector<std::string>& tokens) {
   for (const auto& [name, value] : pairs) {
     const bool isLong = name.size() > 1;
@@ -150,21 +152,21 @@ void RequireReadsBack(OptionParser& parser) {
           "dispatcher options read back");
   Require(again.GetCommandPath() == parser.GetCommandPath(), "the path reads back");
   Require(again.GetCommandParameters() == parser.GetCommandParameters(), "parameters read back");
-  Require(again.GetParseErrors().empty(), "a written command line has no mistakes");
+  Require(again.GetParseErrors().empty(), "a written command line has no parse errors");
 }
 
-// The errors quote each token once at most, with up to 60 bytes around it.
+// The errors quote each token at most once and add at most 60 bytes to it.
 void RequireSmallErrors(OptionParser& parser, const std::vector<std::string>& tokens) {
   parser.ProcessCommandArguments();
-  std::size_t given = 0;
+  std::size_t limit = 60;
   for (const std::string& token : tokens) {
-    given += token.size() + 60;
+    limit += token.size() + 60;
   }
   std::size_t size = 0;
   for (const std::string& error : parser.GetParseErrors()) {
     size += error.size();
   }
-  Require(size <= given + 60, "errors are not much longer than what was given");
+  Require(size <= limit, "errors are not much longer than the input");
 }
 
 }  // namespace
@@ -179,7 +181,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
   OptionParser bare;
   bare.ParseVector(tokens);
-  RequireReadsSlowly(bare, tokens);
+  RequireMatchesReference(bare, tokens);
   RequireReadsBack(bare);
 
   static const std::shared_ptr<InputSpec> spec = MakeInputSpec();
@@ -188,6 +190,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   declared.SetInputSpec(spec);
   RequireSmallErrors(declared, tokens);
   Require(declared.GetCommandParameters() == bare.GetCommandParameters(),
-          "a declaration adds mistakes and changes no parameter");
+          "a specification adds errors but changes no parameter");
   return 0;
 }

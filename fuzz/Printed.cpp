@@ -35,50 +35,50 @@ using MetaObj::MetaType;
 template <typename Kind>
 const Kind& As(const MetaObject& value) {
   const auto* const kind = dynamic_cast<const Kind*>(&value);
-  Require(kind != nullptr, "a value is of the class that its kind announces");
+  Require(kind != nullptr, "the class of a value matches its kind");
   return *kind;
 }
 
-/// Whether `holds` is true of a value and of every value in it.
+// Whether `claim` holds for a value and for every value in it.
 template <typename Claim>
-bool HoldsOfAll(const MetaObject& value, Claim holds) {
-  if (!holds(value)) {
+bool HoldsForAll(const MetaObject& value, Claim claim) {
+  if (!claim(value)) {
     return false;
   }
   if (value.GetType() == MetaType::List) {
     const auto& elements = As<MetaList>(value).GetObjects();
     return std::all_of(elements.begin(), elements.end(),
-                       [&](const Value& element) { return HoldsOfAll(*element, holds); });
+                       [&](const Value& element) { return HoldsForAll(*element, claim); });
   }
   if (value.GetType() == MetaType::Struct) {
-    const auto& record = As<MetaStruct>(value);
-    const std::vector<std::string> names = record.GetFieldNames();
+    const auto& structure = As<MetaStruct>(value);
+    const std::vector<std::string> names = structure.GetFieldNames();
     return std::all_of(names.begin(), names.end(), [&](const std::string& name) {
-      return HoldsOfAll(*record.GetField(name), holds);
+      return HoldsForAll(*structure.GetField(name), claim);
     });
   }
   return true;
 }
 
-/// Whether `holds` is true of every field name of a structure; true of any other value.
+// Whether `claim` holds for every field name, if the value is a structure; otherwise true.
 template <typename Claim>
-bool HoldsOfNames(const MetaObject& value, Claim holds) {
+bool HoldsForFieldNames(const MetaObject& value, Claim claim) {
   if (value.GetType() != MetaType::Struct) {
     return true;
   }
   const std::vector<std::string> names = As<MetaStruct>(value).GetFieldNames();
-  return std::all_of(names.begin(), names.end(), holds);
+  return std::all_of(names.begin(), names.end(), claim);
 }
 
-// Reads json text with the value that it is to hold in hand.
+// Parses json and compares it with the expected value on the way.
 class JsonCheck {
  public:
   explicit JsonCheck(std::string_view text) : rest_(text) {}
 
   void ReadDocument(const MetaObject& value) {
     Read(value);
-    SkipBlanks();
-    Require(rest_.empty(), "a json document ends behind its value");
+    SkipSpace();
+    Require(rest_.empty(), "a json document ends after its value");
   }
 
  private:
@@ -97,14 +97,14 @@ class JsonCheck {
     }
   }
 
-  void ReadStruct(const MetaStruct& record) {
+  void ReadStruct(const MetaStruct& structure) {
     Expect("{");
     bool isFirst = true;
-    for (const std::string& name : record.GetFieldNames()) {
+    for (const std::string& name : structure.GetFieldNames()) {
       Expect(isFirst ? "" : ",");
       Expect("\"" + name + "\"");
       Expect(":");
-      Read(*record.GetField(name));
+      Read(*structure.GetField(name));
       isFirst = false;
     }
     Expect("}");
@@ -122,7 +122,7 @@ class JsonCheck {
   }
 
   void ReadInt(long expected) {
-    SkipBlanks();
+    SkipSpace();
     const std::size_t size = std::min(rest_.find_first_not_of("-0123456789"), rest_.size());
     const std::string digits(rest_.substr(0, size));
     rest_.remove_prefix(size);
@@ -137,11 +137,11 @@ class JsonCheck {
       text += TakeCharacter();
     }
     Expect("\"");
-    RequireEqual(text, expected, "a text reads back from json");
+    RequireEqual(text, expected, "a string reads back from json");
   }
 
   char Take() {
-    Require(!rest_.empty(), "a json text is closed");
+    Require(!rest_.empty(), "a json string is closed");
     const char c = rest_.front();
     rest_.remove_prefix(1);
     return c;
@@ -160,23 +160,23 @@ class JsonCheck {
       return TakeByte();
     }
     const std::size_t found = kLetters.find(letter);
-    Require(found != std::string_view::npos, "json has the escapes of its grammar alone");
+    Require(found != std::string_view::npos, "json has only the escapes of its grammar");
     return kMeanings[found];
   }
 
   char TakeByte() {
     const std::string digits(rest_.substr(0, 4));
     Require(digits.size() == 4 && digits.find_first_not_of("0123456789abcdef") == std::string::npos,
-            "an escape of json has four digits");
+            "a \\u escape has four hexadecimal digits");
     rest_.remove_prefix(4);
     return static_cast<char>(std::strtol(digits.c_str(), nullptr, 16));
   }
 
-  void SkipBlanks() { rest_.remove_prefix(std::min(rest_.find_first_not_of(" \n"), rest_.size())); }
+  void SkipSpace() { rest_.remove_prefix(std::min(rest_.find_first_not_of(" \n"), rest_.size())); }
 
   void Expect(std::string_view text) {
-    SkipBlanks();
-    RequireEqual(rest_.substr(0, text.size()), text, "json has the form of its value");
+    SkipSpace();
+    RequireEqual(rest_.substr(0, text.size()), text, "json has the structure of its value");
     rest_.remove_prefix(text.size());
   }
 
@@ -188,7 +188,8 @@ bool IsPlainName(const std::string& name) {
          std::all_of(name.begin(), name.end(), [](char c) { return c >= ' ' && c <= '~'; });
 }
 
-// XML has no control characters but three, of which a parser turns two into others.
+// XML allows three control characters: tab, newline and carriage return. Parsers turn a carriage
+// return into a newline, and in an attribute they turn tabs and newlines into spaces.
 bool IsXmlText(const std::string& text, bool isAttribute) {
   const bool hasControl = std::any_of(text.begin(), text.end(), [isAttribute](char c) {
     const bool isAllowed = !isAttribute && (c == '\t' || c == '\n');
@@ -206,7 +207,7 @@ bool IsXmlValue(const MetaObject& value) {
     case MetaType::List:
       return As<MetaList>(value).GetListType() != MetaType::List;
     default:
-      return HoldsOfNames(
+      return HoldsForFieldNames(
           value, [](const std::string& name) { return !name.empty() && IsXmlText(name, true); });
   }
 }
@@ -217,8 +218,8 @@ void ReplaceAll(std::string& text, std::string_view from, std::string_view to) {
   }
 }
 
-// The printer's words for kinds are not the reader's. Neither can stand in a value, where "<" and
-// the double quote are escaped.
+// The formatter and the parser name the kinds differently. No string in the value matches the
+// replaced texts: "<" and the double quote are escaped there.
 std::string ValueDocument(std::string text) {
   ReplaceAll(text, "boolean>", "bool>");
   ReplaceAll(text, "integer>", "int>");
@@ -247,7 +248,8 @@ std::string Print(AutoCli::Formatter& formatter, const Value& value,
 }
 
 void RequireJsonReadsBack(const Value& value) {
-  if (!HoldsOfAll(*value, [](const MetaObject& part) { return HoldsOfNames(part, IsPlainName); })) {
+  if (!HoldsForAll(*value,
+                   [](const MetaObject& part) { return HoldsForFieldNames(part, IsPlainName); })) {
     return;
   }
   AutoCli::JsonFormatter formatter;
@@ -256,12 +258,12 @@ void RequireJsonReadsBack(const Value& value) {
 }
 
 void RequireXmlReadsBack(const Value& value) {
-  if (!HoldsOfAll(*value, IsXmlValue)) {
+  if (!HoldsForAll(*value, IsXmlValue)) {
     return;
   }
   const std::string text = PrintXmlValue(value);
   const Value again = AutoCli::XmlUtil_ParseXmlOutput(ValueDocument(text));
-  Require(again != nullptr, "a value printed as xml is read");
+  Require(again != nullptr, "a value printed as xml can be read");
   RequireEqual(PrintXmlValue(again), text, "a value reads back from xml");
 }
 

@@ -14,16 +14,17 @@ namespace Kestrel::Fuzz {
 
 using Value = std::shared_ptr<MetaObj::MetaObject>;
 
-/// What a formatter prints of a result, `width` columns wide. Throws what the formatter throws.
+/// Returns what a formatter prints for a result on a screen `width` columns wide. Throws what the
+/// formatter throws.
 std::string Print(AutoCli::Formatter& formatter, const Value& value,
                   AutoCli::FormatParameters params = {}, int width = 0);
 
-/// Prints a value as json and reads the text by the grammar of that format: it must hold the value.
-/// Field names are not escaped, so a value with one that would have to be is left out.
+/// Prints a value as json and requires that the text is valid and contains the same value.
+/// Skips a value whose field names need escapes, which the formatter does not write.
 void RequireJsonReadsBack(const Value& value);
 
-/// Prints a value as xml and has the library read it: it must be the same value. One with a text
-/// that no document can hold is left out.
+/// Prints a value as xml and requires that the library reads the same value back.
+/// Skips a value with a string that XML cannot represent.
 void RequireXmlReadsBack(const Value& value);
 
 }  // namespace Kestrel::Fuzz

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Runs a fuzz target on files: each argument is one, or a folder of them. Files whose names begin
-// with a full stop are passed over. Exit status 1 when there was nothing to run or to read.
+// Runs a fuzz target on files. Each argument is a file or a folder; hidden files in a folder are
+// skipped. The exit status is 1 when a file cannot be read or there is none.
 
 #include <unistd.h>
 
@@ -24,10 +24,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Which input was running when the process was ended.
+// The path of the current input, for the signal handler.
 const char* runningInput = "";
 
-// Called within a signal: nothing that allocates.
+// A signal handler: must not allocate.
 void NameRunningInput(int signal) {
   constexpr char kPrefix[] = "Failed on the input ";
   [[maybe_unused]] ssize_t written = write(STDERR_FILENO, kPrefix, sizeof kPrefix - 1);

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A target that refuses the input "fault": replay_self_check.sh looks at what the replay makes of
-// it.
+// A target that fails on inputs that begin with "fault". replay_self_check.sh checks how the replay
+// reports that.
 
 #include <cstddef>
 #include <cstdint>

@@ -1,10 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Input: one line of a stream, as it is.
+// Input: one line of a stream.
 //
-// The parser's tokens are those of a slow reader that goes byte by byte, and a line of the tokens
-// in quotes is read as the same.
+// The parser's tokens are those of a simple reference tokenizer; written in quotes, they read back.
 
 #include <algorithm>
 #include <cstddef>
@@ -22,17 +21,17 @@ namespace {
 
 using AutoCli::OptionParser;
 
-bool IsBlank(char c) { return c == ' ' || c == '\t'; }
+bool IsSpaceOrTab(char c) { return c == ' ' || c == '\t'; }
 
 std::string WithoutQuotes(std::string text) {
   text.erase(std::remove(text.begin(), text.end(), '"'), text.end());
   return text;
 }
 
-// One state, one byte at a time.
-class SlowLine {
+// A state machine that reads one byte at a time.
+class ReferenceTokenizer {
  public:
-  explicit SlowLine(const std::string& line) : line_(line) {
+  explicit ReferenceTokenizer(const std::string& line) : line_(line) {
     for (std::size_t i = 0; i < line.size() && !isComment_; ++i) {
       Handle(line[i], i);
     }
@@ -46,14 +45,14 @@ class SlowLine {
 
  private:
   void Handle(char c, std::size_t position) {
-    if (isBetween_ && IsBlank(c)) {
+    if (isBetween_ && IsSpaceOrTab(c)) {
       start_ = position + 1;
       return;
     }
     isBetween_ = false;
     if (c == '"') {
       isQuoted_ = !isQuoted_;
-    } else if (!IsBlank(c)) {
+    } else if (!IsSpaceOrTab(c)) {
       isComment_ = !hasBegun_ && c == '#';
       hasBegun_ = true;
     } else if (!hasBegun_) {
@@ -70,7 +69,7 @@ class SlowLine {
   std::size_t start_ = 0;
   bool isQuoted_ = false;
   bool hasBegun_ = false;
-  bool isBetween_ = false;  // behind the blank that ended a token
+  bool isBetween_ = false;  // after the space or tab that ended a token
   bool isComment_ = false;
 };
 
@@ -80,11 +79,11 @@ std::string Dump(const std::vector<std::string>& tokens) {
   return parser.ToString();
 }
 
-// A first token that is empty, begins with a blank or begins a comment cannot be written so: what
-// stands in front of the first token counts towards it.
+// Quotes have no effect before the first other character of a line, so a first token that is empty
+// or begins with a space, a tab or "#" cannot be written in quotes.
 bool CanBeQuoted(const std::vector<std::string>& tokens) {
   const std::string& first = tokens.front();
-  return !first.empty() && first[0] != '#' && !IsBlank(first[0]) && !tokens.back().empty();
+  return !first.empty() && first[0] != '#' && !IsSpaceOrTab(first[0]);
 }
 
 std::string Quoted(const std::vector<std::string>& tokens) {
@@ -101,11 +100,11 @@ std::string Quoted(const std::vector<std::string>& tokens) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace Kestrel::Fuzz;
   const std::string line = FuzzInput(data, size).TakeRest();
-  const std::vector<std::string> tokens = SlowLine(line).GetTokens();
+  const std::vector<std::string> tokens = ReferenceTokenizer(line).GetTokens();
 
   OptionParser parser;
-  Require(parser.ParseString(line) == tokens.empty(), "a line is skipped when it has no token");
-  RequireEqual(parser.ToString(), Dump(tokens), "a line has the tokens that it shows");
+  Require(parser.ParseString(line) == tokens.empty(), "a line without tokens is skipped");
+  RequireEqual(parser.ToString(), Dump(tokens), "the tokens are those of the reference tokenizer");
 
   if (!tokens.empty() && CanBeQuoted(tokens)) {
     OptionParser again;

@@ -20,7 +20,6 @@
 #include <string_view>
 
 #include "FuzzInput.h"
-#include "MemoryFile.h"
 #include "Printed.h"
 #include "Property.h"
 #include "XmlMessages.h"
@@ -31,6 +30,7 @@
 #include "kestrel/autocli/ExtensionCommand.h"
 #include "kestrel/autocli/RootNamespace.h"
 #include "kestrel/callspec/ParameterConstraint.h"
+#include "support/MemoryFile.h"
 
 namespace Kestrel::Fuzz {
 namespace {
@@ -204,7 +204,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   using namespace Kestrel::Fuzz;
   const XmlMessages messages;
   const std::string text = FuzzInput(data, size).TakeRest();
-  static const MemoryFile file;
+  static const Kestrel::Testing::MemoryFile file;
   file.Write(text);
   const std::shared_ptr<XmlPlugin> plugin = Load(file.GetPath());
   if (plugin != nullptr) {
