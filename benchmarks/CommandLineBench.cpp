@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// How long a command line is on its way, without the start of a process.
+// The cost of parsing, validating and dispatching a command line, without starting a process.
 
 #include <benchmark/benchmark.h>
 
@@ -35,7 +35,7 @@ using MetaObj::MetaType;
 
 std::string ParameterName(int index) { return "parameter-" + std::to_string(index); }
 
-/// A command line with so many parameters.
+/// Returns a command line with that many parameters.
 std::string MakeLine(int parameters) {
   std::string line = "--formatter simple storage mount list";
   for (int i = 0; i < parameters; ++i) {

@@ -1,8 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What one call costs in a large tree of commands, beside a parser of command lines that a program
-// would have of its own.
+// The cost of one call in a large tree of commands, compared with a general command-line parser.
 
 #include <benchmark/benchmark.h>
 
@@ -40,13 +39,13 @@ using CallSpec::ParameterSpec;
 using CallSpec::ParameterType;
 
 constexpr std::size_t kParameters = 20;
-constexpr int kCommandsOfANamespace = 100;
+constexpr int kCommandsPerNamespace = 100;
 
 std::string ParameterName(std::size_t index) { return "parameter-" + std::to_string(index); }
 std::string NamespaceName(int index) { return "namespace" + std::to_string(index); }
 std::string CommandName(int index) { return "command" + std::to_string(index); }
 
-/// Twenty optional parameters, texts and integers, and nothing to do.
+/// Takes twenty optional parameters, strings and integers, and does nothing.
 class IdleCommand : public AutoCli::Command {
  public:
   std::shared_ptr<InputSpec> GetInputSpecInternal() override {
@@ -75,15 +74,15 @@ class IdleCommand : public AutoCli::Command {
 void AddCommands(AutoCli::Dispatcher& dispatcher, int commands) {
   for (int i = 0; i < commands; ++i) {
     dispatcher.GetRootNamespace()
-        ->SubNamespace(NamespaceName(i / kCommandsOfANamespace))
+        ->SubNamespace(NamespaceName(i / kCommandsPerNamespace))
         ->RegisterNamespaceNode(std::make_shared<IdleCommand>(), CommandName(i));
   }
 }
 
-/// The words of a call of the command in the middle with all its parameters, the tool's name first.
+/// Returns the argument vector of a call of the middle command with all its parameters.
 std::vector<std::string> MakeCall(int commands) {
   const int middle = commands / 2;
-  std::vector<std::string> words = {"tool", NamespaceName(middle / kCommandsOfANamespace),
+  std::vector<std::string> words = {"tool", NamespaceName(middle / kCommandsPerNamespace),
                                     CommandName(middle)};
   for (std::size_t i = 0; i < kParameters; ++i) {
     words.push_back("--" + ParameterName(i) + "=" + std::to_string(1000 + i));
@@ -136,14 +135,14 @@ struct Cli11Values {
   std::vector<std::int64_t> numbers = std::vector<std::int64_t>(kParameters);
 };
 
-/// The same tree; only the command that is called has its options, which favours this side.
+/// Builds the same tree. Only the called command has options, which favours CLI11.
 std::unique_ptr<CLI::App> MakeCli11Tree(int commands, Cli11Values& values) {
   auto app = std::make_unique<CLI::App>();
   CLI::App* group = nullptr;
   CLI::App* called = nullptr;
   for (int i = 0; i < commands; ++i) {
-    if (i % kCommandsOfANamespace == 0) {
-      group = app->add_subcommand(NamespaceName(i / kCommandsOfANamespace));
+    if (i % kCommandsPerNamespace == 0) {
+      group = app->add_subcommand(NamespaceName(i / kCommandsPerNamespace));
     }
     CLI::App* const command = group->add_subcommand(CommandName(i));
     called = i == commands / 2 ? command : called;
@@ -159,7 +158,7 @@ std::unique_ptr<CLI::App> MakeCli11Tree(int commands, Cli11Values& values) {
   return app;
 }
 
-/// A tree serves one call only: the second would first have to forget what the first one left.
+/// Builds a new tree for each call, because a tree keeps the values that it has parsed.
 void BM_CommandCallCli11(benchmark::State& state) {
   const int commands = static_cast<int>(state.range(0));
   const auto words = MakeCall(commands);
@@ -179,7 +178,7 @@ void BM_CommandCallCli11(benchmark::State& state) {
 BENCHMARK(BM_CommandCallCli11)->Arg(20)->Arg(10000);
 #endif
 
-// How a call grows with what it is given; one word of a name says what the size counts.
+// How the cost of an operation grows. The last word of a name says what its size counts.
 
 void BM_InputSpecAddParameters(benchmark::State& state) {
   std::vector<std::shared_ptr<ParameterSpec>> parameters;

@@ -1,9 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// How long each formatter takes for rows of five fields, into a string and into nothing, beside
-// what a programmer would write by hand with stream operators, beside other libraries, and beside
-// the mere copying of its text, cut in ready pieces.
+// The cost of formatting rows of five fields, into a string and into /dev/null, compared with
+// hand-written stream operators, with other libraries, and with copying the same text in pieces.
 
 #include <benchmark/benchmark.h>
 
@@ -89,7 +88,7 @@ void BM_FormatIntoNothing(benchmark::State& state) {
   IntoNothing(state, Printing<Formatter>(MakeOutput(static_cast<std::size_t>(state.range(0)))));
 }
 
-/// The table that `ostream << setw` gives, straight from plain records.
+/// Prints such a table with stream operators, from plain records.
 auto PrintingByStream(std::size_t count) {
   return [records = MakeRecords(count)](std::ostream& out) {
     for (const Record& record : records) {
@@ -108,7 +107,7 @@ void BM_StreamIntoNothing(benchmark::State& state) {
   IntoNothing(state, PrintingByStream(static_cast<std::size_t>(state.range(0))));
 }
 
-/// The lines that the simple formatter prints, straight from plain records.
+/// Prints the lines of the simple formatter with stream operators, from plain records.
 auto PrintingLinesByStream(std::size_t count) {
   return [records = MakeRecords(count)](std::ostream& out) {
     out << '\n';
@@ -129,7 +128,7 @@ void BM_StreamLinesIntoNothing(benchmark::State& state) {
   IntoNothing(state, PrintingLinesByStream(static_cast<std::size_t>(state.range(0))));
 }
 
-/// A formatter's text from pieces of the size of a name or a value, which stand ready.
+/// Copies a formatter's text in prepared pieces, each about as long as a name or a value.
 template <typename Formatter>
 auto PrintingPieces(std::size_t count) {
   std::ostringstream out;
@@ -166,7 +165,7 @@ void BM_PiecesIntoNothing(benchmark::State& state) {
 }
 
 #ifdef KESTREL_HAS_RAPIDJSON
-/// The same rows by another writer of JSON, indented by three.
+/// Prints the same rows with RapidJSON, indented by three spaces.
 auto PrintingByRapidJson(std::size_t count) {
   return [records = MakeRecords(count)](std::ostream& out) {
     rapidjson::StringBuffer buffer;
@@ -204,7 +203,7 @@ BENCHMARK(BM_RapidJsonIntoNothing)->Apply(Sizes);
 #endif
 
 #ifdef KESTREL_HAS_NLOHMANN_JSON
-/// The same rows from a tree of values, as a formatter has them.
+/// Prints the same rows with nlohmann-json, from a tree of values as a formatter has it.
 auto PrintingByNlohmannJson(std::size_t count) {
   nlohmann::json list = nlohmann::json::array();
   for (const Record& record : MakeRecords(count)) {
@@ -224,7 +223,7 @@ BENCHMARK(BM_NlohmannJsonIntoString)->Apply(Sizes);
 #endif
 
 #ifdef KESTREL_HAS_PUGIXML
-/// The elements that the xml formatter prints, from a tree of them.
+/// Prints the elements of the xml formatter with pugixml, from a tree of elements.
 auto PrintingByPugixml(std::size_t count) {
   const auto document = std::make_shared<pugi::xml_document>();
   pugi::xml_node list = document->append_child("output").append_child("list");
@@ -261,17 +260,17 @@ BENCHMARK(BM_StreamIntoNothing)->Apply(Sizes);
 BENCHMARK(BM_StreamLinesIntoString)->Apply(Sizes);
 BENCHMARK(BM_StreamLinesIntoNothing)->Apply(Sizes);
 
-#define KESTREL_ASK_OF(formatter)                                             \
+#define KESTREL_ADD_BENCHMARKS(formatter)                                     \
   BENCHMARK_TEMPLATE(BM_FormatIntoString, AutoCli::formatter)->Apply(Sizes);  \
   BENCHMARK_TEMPLATE(BM_FormatIntoNothing, AutoCli::formatter)->Apply(Sizes); \
   BENCHMARK_TEMPLATE(BM_PiecesIntoString, AutoCli::formatter)->Apply(Sizes);  \
   BENCHMARK_TEMPLATE(BM_PiecesIntoNothing, AutoCli::formatter)->Apply(Sizes)
 
-KESTREL_ASK_OF(TableFormatter);
-KESTREL_ASK_OF(SimpleFormatter);
-KESTREL_ASK_OF(XmlFormatter);
-KESTREL_ASK_OF(JsonFormatter);
-KESTREL_ASK_OF(PythonFormatter);
+KESTREL_ADD_BENCHMARKS(TableFormatter);
+KESTREL_ADD_BENCHMARKS(SimpleFormatter);
+KESTREL_ADD_BENCHMARKS(XmlFormatter);
+KESTREL_ADD_BENCHMARKS(JsonFormatter);
+KESTREL_ADD_BENCHMARKS(PythonFormatter);
 
 }  // namespace
 }  // namespace Kestrel::Benchmarks

@@ -7,7 +7,7 @@
 
 namespace Kestrel::Benchmarks {
 
-/// What one piece of work took: building what it makes, letting go of it, and the memory for it.
+/// The cost of one piece of work: building an object, destroying it, and the memory for it.
 struct Cost {
   double buildSeconds = 0;
   double destroySeconds = 0;
@@ -15,15 +15,15 @@ struct Cost {
   double peakBytes = 0;
 };
 
-/// Runs `work` in a process of its own, so that no memory is warm from an earlier round, and gives
-/// the cost that it returned. Throws std::runtime_error when that process failed.
+/// Runs `work` in a new process, where no memory is warm from an earlier round, and returns its
+/// cost. Throws std::runtime_error when the process fails.
 Cost InFreshProcess(const std::function<Cost()>& work);
 
-/// The bytes that the heap has handed out and not taken back.
+/// The number of bytes that are allocated on the heap.
 double HeapBytes();
 
-/// The processor time of this process alone in seconds, the kernel's part included, so that a busy
-/// machine disturbs less.
+/// The processor time of this process in seconds, user and system. Other load on the machine
+/// affects it less than elapsed time.
 double ProcessSeconds();
 
 }  // namespace Kestrel::Benchmarks

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// How the time grows with the work: doubling the one should double the other and no more.
+// How the time grows with the work: twice the work should take no more than twice the time.
 
 #include <benchmark/benchmark.h>
 
@@ -36,7 +36,7 @@ using MetaObj::MetaObject;
 using MetaObj::MetaStruct;
 using MetaObj::MetaType;
 
-// What one round works off, for growth.py: so many fields, elements or bytes.
+// Reports the work of one round to growth.py: a number of fields, elements or bytes.
 void SetWork(benchmark::State& state, std::size_t work) {
   state.counters["work"] = static_cast<double>(work);
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(work));
@@ -50,29 +50,29 @@ std::vector<std::string> MakeNames(std::size_t count) {
   return names;
 }
 
-// The whole life of a structure: its fields are set, looked up, printed and let go of.
-void LiveWithFields(benchmark::State& state, const std::vector<std::string>& names) {
+// Sets, looks up, prints and destroys the fields of a structure.
+void UseFields(benchmark::State& state, const std::vector<std::string>& names) {
   for (auto _ : state) {
-    const auto record = MetaStruct::New("Record");
+    const auto structure = MetaStruct::New("Record");
     for (const std::string& name : names) {
-      record->SetField(name, 5);
+      structure->SetField(name, 5);
     }
     for (const std::string& name : names) {
-      benchmark::DoNotOptimize(record->GetField(name));
+      benchmark::DoNotOptimize(structure->GetField(name));
     }
-    benchmark::DoNotOptimize(record->ToString());
+    benchmark::DoNotOptimize(structure->ToString());
   }
   SetWork(state, names.size());
 }
 
 void BM_GrowthFieldsInOrder(benchmark::State& state) {
-  LiveWithFields(state, MakeNames(static_cast<std::size_t>(state.range(0))));
+  UseFields(state, MakeNames(static_cast<std::size_t>(state.range(0))));
 }
 
 void BM_GrowthFieldsInNoOrder(benchmark::State& state) {
   std::vector<std::string> names = MakeNames(static_cast<std::size_t>(state.range(0)));
   std::shuffle(names.begin(), names.end(), std::mt19937(1));
-  LiveWithFields(state, names);
+  UseFields(state, names);
 }
 
 void BM_GrowthScalarElements(benchmark::State& state) {
@@ -86,18 +86,18 @@ void BM_GrowthScalarElements(benchmark::State& state) {
   SetWork(state, static_cast<std::size_t>(state.range(0)));
 }
 
-std::shared_ptr<MetaStruct> MakeRecord(long value) {
-  auto record = MetaStruct::New("Record");
-  record->SetField("Name", "a name of many bytes");
-  record->SetField("Size", value);
-  return record;
+std::shared_ptr<MetaStruct> MakeStruct(long value) {
+  auto structure = MetaStruct::New("Record");
+  structure->SetField("Name", "a name of many bytes");
+  structure->SetField("Size", value);
+  return structure;
 }
 
 void BM_GrowthStructElements(benchmark::State& state) {
   for (auto _ : state) {
-    const auto list = MetaList::New(MetaType::Struct, MakeRecord(0));
+    const auto list = MetaList::New(MetaType::Struct, MakeStruct(0));
     for (long value = 0; value < state.range(0); ++value) {
-      list->Add(MakeRecord(value));
+      list->Add(MakeStruct(value));
     }
     benchmark::DoNotOptimize(list->ToString());
   }
@@ -105,25 +105,25 @@ void BM_GrowthStructElements(benchmark::State& state) {
 }
 
 std::shared_ptr<MetaStruct> MakeNested(long depth) {
-  auto record = MakeRecord(0);
+  auto structure = MakeStruct(0);
   for (long level = 1; level < depth; ++level) {
     auto outer = MetaStruct::New("Record");
-    outer->SetField("Inner", record);
-    record = std::move(outer);
+    outer->SetField("Inner", structure);
+    structure = std::move(outer);
   }
-  return record;
+  return structure;
 }
 
 void BM_GrowthDepthOfValues(benchmark::State& state) {
   for (auto _ : state) {
-    const auto record = MakeNested(state.range(0));
-    benchmark::DoNotOptimize(record->IsSameStructure(record, nullptr));
-    benchmark::DoNotOptimize(record->ToString());
+    const auto structure = MakeNested(state.range(0));
+    benchmark::DoNotOptimize(structure->IsSameStructure(structure, nullptr));
+    benchmark::DoNotOptimize(structure->ToString());
   }
   SetWork(state, static_cast<std::size_t>(state.range(0)));
 }
 
-// Counts bytes and keeps none: memory for them would be all that is measured.
+// Counts bytes without storing them, because storing them would dominate the measurement.
 class ByteCount : public std::streambuf {
  public:
   std::size_t Count() const { return count_; }
@@ -142,7 +142,7 @@ class ByteCount : public std::streambuf {
   std::size_t count_ = 0;
 };
 
-// Prints a value again and again; gives the bytes that come out each time.
+// Prints a value in each round and returns the number of bytes per round.
 template <typename Formatter>
 std::size_t Print(benchmark::State& state, const std::shared_ptr<MetaObject>& root) {
   const auto output = CallSpec::Output::New();
@@ -160,7 +160,7 @@ std::size_t Print(benchmark::State& state, const std::shared_ptr<MetaObject>& ro
   return bytes;
 }
 
-// Indentation makes the output of n levels n squared long, so the work is the bytes of output.
+// The work is the number of bytes written: with indentation, it grows with the square of the depth.
 template <typename Formatter>
 void BM_GrowthDepthOfOutput(benchmark::State& state) {
   SetWork(state, Print<Formatter>(state, MakeNested(state.range(0))));
@@ -195,12 +195,12 @@ void BM_GrowthTextToFit(benchmark::State& state) {
   SetWork(state, size);
 }
 
-void ToAMillion(benchmark::internal::Benchmark* asked) {
-  asked->RangeMultiplier(10)->Range(1000, 1000000);
+void ToAMillion(benchmark::internal::Benchmark* bench) {
+  bench->RangeMultiplier(10)->Range(1000, 1000000);
 }
 
-void ToTenThousand(benchmark::internal::Benchmark* asked) {
-  asked->Arg(100)->Arg(1000)->Arg(10000);
+void ToTenThousand(benchmark::internal::Benchmark* bench) {
+  bench->Arg(100)->Arg(1000)->Arg(10000);
 }
 
 BENCHMARK(BM_GrowthFieldsInOrder)->Apply(ToAMillion);

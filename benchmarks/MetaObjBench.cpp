@@ -1,6 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
+// The cost of building a list of records, storing it, looking up fields and destroying it, compared
+// with what a user might choose instead and with plain members.
+
 #include <benchmark/benchmark.h>
 #include <kestrel/metaobj/MetaBool.h>
 #include <kestrel/metaobj/MetaInt.h>
@@ -8,19 +11,15 @@
 #include <kestrel/metaobj/MetaString.h>
 #include <kestrel/metaobj/MetaStruct.h>
 
-#ifdef KESTREL_HAS_RAPIDJSON
-#include <rapidjson/document.h>
-#endif
-
 #include <map>
 #include <memory>
 #include <variant>
 
 #include "benchmarks/FreshProcess.h"
 #include "benchmarks/Records.h"
-
-// What does it cost to build a list of records, to hold it, to look fields up and to let go of it,
-// beside what a user might pick instead and beside plain members.
+#ifdef KESTREL_HAS_RAPIDJSON
+#include "benchmarks/RapidJsonRecords.h"
+#endif
 
 namespace {
 
@@ -41,19 +40,19 @@ struct Names {
   std::string count = "Count";
 };
 
-// The contenders: each builds all records, and adds up what it finds in them.
+// The contenders. Each builds all records; LookUp adds up the fields of one of them.
 
 class MetaRecords {
  public:
   void Build(const std::vector<Record>& records) { list_ = MakeList(records); }
 
   long LookUp(std::size_t index, const Names& names) const {
-    const auto& record = static_cast<const MetaStruct&>(*list_->GetObjects()[index]);
-    const auto name = record.GetField(names.name);
-    const auto size = record.GetField(names.size);
-    const auto isEnabled = record.GetField(names.isEnabled);
-    const auto path = record.GetField(names.path);
-    const auto count = record.GetField(names.count);
+    const auto& structure = static_cast<const MetaStruct&>(*list_->GetObjects()[index]);
+    const auto name = structure.GetField(names.name);
+    const auto size = structure.GetField(names.size);
+    const auto isEnabled = structure.GetField(names.isEnabled);
+    const auto path = structure.GetField(names.path);
+    const auto count = structure.GetField(names.count);
     return static_cast<long>(static_cast<const MetaString&>(*name).GetValue().size() +
                              static_cast<const MetaString&>(*path).GetValue().size()) +
            static_cast<const MetaInt&>(*size).GetValue() +
@@ -115,23 +114,12 @@ class MapRecords {
 
 #ifdef KESTREL_HAS_RAPIDJSON
 
-// Names and texts are copied, as the values under test copy them.
 template <typename Allocator>
 class RapidRecords {
  public:
   void Build(const std::vector<Record>& records) {
     document_ = std::make_unique<Document>();
-    document_->SetArray();
-    Allocator& allocator = document_->GetAllocator();
-    for (const Record& record : records) {
-      Value value(rapidjson::kObjectType);
-      value.AddMember(Text("Name"), Text(record.name), allocator);
-      value.AddMember(Text("Size"), Value(static_cast<std::int64_t>(record.size)), allocator);
-      value.AddMember(Text("Enabled"), Value(record.isEnabled), allocator);
-      value.AddMember(Text("Path"), Text(record.path), allocator);
-      value.AddMember(Text("Count"), Value(record.count), allocator);
-      document_->PushBack(value, allocator);
-    }
+    Kestrel::Benchmarks::BuildRapidJson(records, *document_);
   }
 
   long LookUp(std::size_t index, const Names& names) const {
@@ -151,11 +139,6 @@ class RapidRecords {
     return record.FindMember(key)->value;
   }
 
-  Value Text(const std::string& text) {
-    return Value(text.data(), static_cast<rapidjson::SizeType>(text.size()),
-                 document_->GetAllocator());
-  }
-
   std::unique_ptr<Document> document_;
 };
 
@@ -164,7 +147,7 @@ using RapidHeapRecords = RapidRecords<rapidjson::CrtAllocator>;
 
 #endif
 
-// The questions.
+// The benchmarks.
 
 template <typename Contender>
 Cost BuildAndDestroy(const std::vector<Record>& records) {
@@ -228,21 +211,21 @@ void BM_RecordsPrint(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
-void Sizes(benchmark::internal::Benchmark* asked) {
-  asked->Arg(1000)->Arg(100000)->Arg(1000000)->UseManualTime();
+void Sizes(benchmark::internal::Benchmark* bench) {
+  bench->Arg(1000)->Arg(100000)->Arg(1000000)->UseManualTime();
 }
 
-#define KESTREL_ASK_OF(contender)                        \
+#define KESTREL_ADD_BENCHMARKS(contender)                \
   BENCHMARK(BM_RecordsBuild<contender>)->Apply(Sizes);   \
   BENCHMARK(BM_RecordsDestroy<contender>)->Apply(Sizes); \
   BENCHMARK(BM_RecordsLookUp<contender>)->Arg(1000)->Arg(100000)
 
-KESTREL_ASK_OF(MetaRecords);
-KESTREL_ASK_OF(PlainRecords);
-KESTREL_ASK_OF(MapRecords);
+KESTREL_ADD_BENCHMARKS(MetaRecords);
+KESTREL_ADD_BENCHMARKS(PlainRecords);
+KESTREL_ADD_BENCHMARKS(MapRecords);
 #ifdef KESTREL_HAS_RAPIDJSON
-KESTREL_ASK_OF(RapidPoolRecords);
-KESTREL_ASK_OF(RapidHeapRecords);
+KESTREL_ADD_BENCHMARKS(RapidPoolRecords);
+KESTREL_ADD_BENCHMARKS(RapidHeapRecords);
 #endif
 BENCHMARK(BM_RecordsPrint)->Arg(1000)->Arg(100000);
 

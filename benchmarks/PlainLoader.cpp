@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The least that loading plug-ins can cost: opens each file given, finds its entry point, calls it.
+// The minimum cost of loading plug-ins: opens each file, looks up its entry point and calls it.
 
 #include <dlfcn.h>
 

@@ -14,13 +14,13 @@ using MetaObj::MetaList;
 using MetaObj::MetaStruct;
 
 std::shared_ptr<MetaStruct> MakeStruct(const Record& record) {
-  auto made = MetaStruct::New("Record");
-  made->SetField("Name", record.name);
-  made->SetField("Size", record.size);
-  made->SetField("Enabled", record.isEnabled);
-  made->SetField("Path", record.path);
-  made->SetField("Count", record.count);
-  return made;
+  auto structure = MetaStruct::New("Record");
+  structure->SetField("Name", record.name);
+  structure->SetField("Size", record.size);
+  structure->SetField("Enabled", record.isEnabled);
+  structure->SetField("Path", record.path);
+  structure->SetField("Count", record.count);
+  return structure;
 }
 
 }  // namespace

@@ -12,7 +12,7 @@
 
 namespace Kestrel::Benchmarks {
 
-/// A row of the workload, in plain members.
+/// One row of the workload, as plain members.
 struct Record {
   std::string name;  // 12 bytes
   long size = 0;
@@ -21,10 +21,10 @@ struct Record {
   int count = 0;     // 0 to 24
 };
 
-/// So many rows, the same in each run.
+/// Returns `count` rows, the same in each run.
 std::vector<Record> MakeRecords(std::size_t count);
 
-/// The rows as a list of structures of their own type; there is at least one.
+/// Converts the rows, of which there must be at least one, to a list of structures.
 std::shared_ptr<MetaObj::MetaList> MakeList(const std::vector<Record>& records);
 
 }  // namespace Kestrel::Benchmarks

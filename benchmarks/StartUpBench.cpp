@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What whole processes cost: the tool beside programs that do less, in processor time.
+// The processor time of whole processes: the tool, compared with programs that do less.
 
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
@@ -33,17 +33,17 @@ double SecondsOf(const timeval& time) {
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
 }
 
-/// The standard output and error of a child, leading nowhere.
-class Silence {
+/// Redirects the standard output and error of a child to /dev/null.
+class NullOutput {
  public:
-  Silence() {
+  NullOutput() {
     posix_spawn_file_actions_init(&actions_);
     posix_spawn_file_actions_addopen(&actions_, 1, "/dev/null", O_WRONLY, 0);
     posix_spawn_file_actions_addopen(&actions_, 2, "/dev/null", O_WRONLY, 0);
   }
-  Silence(const Silence&) = delete;
-  Silence& operator=(const Silence&) = delete;
-  ~Silence() { posix_spawn_file_actions_destroy(&actions_); }
+  NullOutput(const NullOutput&) = delete;
+  NullOutput& operator=(const NullOutput&) = delete;
+  ~NullOutput() { posix_spawn_file_actions_destroy(&actions_); }
 
   const posix_spawn_file_actions_t* Get() const { return &actions_; }
 
@@ -51,31 +51,31 @@ class Silence {
   posix_spawn_file_actions_t actions_;
 };
 
-/// Runs a program and returns the processor seconds that it took, in user and system mode.
-/// `wanted` is the exit status that it must have.
-double Run(const std::vector<std::string>& words, int wanted) {
+/// Runs a program and returns its processor time in seconds, user and system. Throws
+/// std::runtime_error unless it exits with `expectedStatus`.
+double Run(const std::vector<std::string>& words, int expectedStatus) {
   std::vector<char*> argv;
   for (const std::string& word : words) {
     argv.push_back(const_cast<char*>(word.c_str()));
   }
   argv.push_back(nullptr);
-  const Silence silence;
+  const NullOutput nullOutput;
   pid_t child = 0;
-  if (posix_spawnp(&child, argv[0], silence.Get(), nullptr, argv.data(), environ) != 0) {
+  if (posix_spawnp(&child, argv[0], nullOutput.Get(), nullptr, argv.data(), environ) != 0) {
     throw std::runtime_error("cannot start " + words[0]);
   }
   int status = 0;
   rusage usage = {};
   if (wait4(child, &status, 0, &usage) != child || !WIFEXITED(status) ||
-      WEXITSTATUS(status) != wanted) {
+      WEXITSTATUS(status) != expectedStatus) {
     throw std::runtime_error(words[0] + " failed");
   }
   return SecondsOf(usage.ru_utime) + SecondsOf(usage.ru_stime);
 }
 
-void Measure(benchmark::State& state, const std::vector<std::string>& words, int wanted) {
+void Measure(benchmark::State& state, const std::vector<std::string>& words, int expectedStatus) {
   for (auto _ : state) {
-    state.SetIterationTime(Run(words, wanted));
+    state.SetIterationTime(Run(words, expectedStatus));
   }
 }
 
@@ -95,7 +95,7 @@ void BM_StartArgparse(benchmark::State& state) {
 }
 BENCHMARK(BM_StartArgparse)->UseManualTime();
 
-/// A folder with copies of one plug-in, each of which registers a namespace of its own name.
+/// A folder with copies of one plug-in. Each copy registers a namespace named after its file.
 class PluginFolder {
  public:
   explicit PluginFolder(int copies) {

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What does a shell command cost beside a bare posix_spawn of the same shell, in a process that
-// holds little or much memory.
+// The cost of a shell command, compared with a bare posix_spawn of the same shell, in a process
+// that uses little or much memory.
 
 #include <benchmark/benchmark.h>
 #include <spawn.h>
@@ -24,7 +24,7 @@ namespace {
 
 constexpr const char* kCommand = "echo done";
 
-/// Memory that is there, not merely promised.
+/// Memory that is written to, so that the system has to provide it.
 class HeldMemory {
  public:
   explicit HeldMemory(std::int64_t kibibytes)
@@ -39,7 +39,7 @@ class HeldMemory {
 
 void RunWithLibrary(std::string& output) { AutoCli::AutoCli_ShellCmd(kCommand, output, ""); }
 
-/// The least that gives the output of a command: one pipe, one read after the other.
+/// The minimum for reading the output of a command: one pipe and blocking reads.
 void RunWithBareSpawn(std::string& output) {
   int ends[2];
   if (pipe(ends) != 0) {
@@ -68,7 +68,7 @@ void RunWithBareSpawn(std::string& output) {
   }
 }
 
-/// The time that this process and the children waited for have spent on processors.
+/// The processor time of this process and of the children that it has waited for, in seconds.
 double CpuSeconds() {
   double seconds = 0;
   for (const auto who : {RUSAGE_SELF, RUSAGE_CHILDREN}) {
@@ -81,8 +81,8 @@ double CpuSeconds() {
   return seconds;
 }
 
-/// Reports the time until the output is there, and what it took of processors, the child's
-/// included.
+/// Reports the elapsed time until all output is read and, as "cpu", the processor time including
+/// the child's.
 template <void (*run)(std::string&)>
 void BM_ShellCommand(benchmark::State& state) {
   const HeldMemory held(state.range(0));

@@ -8,7 +8,7 @@
 
 namespace Kestrel::Benchmarks {
 
-/// A result document with a list of so many records, a field to a line.
+/// Returns a value document that contains a list of `count` records, one field per line.
 std::string MakeValueDocument(std::size_t count);
 
 }  // namespace Kestrel::Benchmarks

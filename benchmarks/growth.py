@@ -1,14 +1,14 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Tells how the time of each benchmark grows with its size.
+"""Reports how the time of each benchmark grows with its size.
 
     growth.py RESULT.json...
 
 Reads what --benchmark_out wrote. For every benchmark with at least two sizes it prints the range
 of sizes and the exponent of the power law through the median times, by least squares: 1.00 means
-that doubling the work doubles the time. Where the work is something else than the size, such as the
-bytes that come out, a benchmark says so by a counter "work".
+that doubling the work doubles the time. A benchmark whose work is not its size, but for example the
+number of bytes written, reports its work as the counter "work".
 """
 
 import json
@@ -22,7 +22,7 @@ TO_SECONDS = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}
 
 
 def times_by_family(results):
-    """{family: {work: [seconds, ...]}} of single runs; what was skipped is left out."""
+    """Returns {family: {work: [seconds, ...]}} for the runs that were not skipped."""
     families = {}
     for run in results["benchmarks"]:
         match = NAME.match(run["run_name"])
