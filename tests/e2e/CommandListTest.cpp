@@ -28,14 +28,14 @@ TEST(CommandListTest, TheFiltersTakeLongAndShortNames) {
   EXPECT_EQ(0, result.status);
 }
 
-TEST(CommandListTest, AFilterThatNothingPassesLeavesTheHeader) {
+TEST(CommandListTest, AFilterThatMatchesNothingLeavesTheHeader) {
   const VexilResult result = VexilRun({"vexil", "command", "list", "-c", "List"}).Run();
   EXPECT_EQ("Namespace  Command  Description\n---------  -------  -----------\n", result.out);
   EXPECT_EQ("", result.err);
   EXPECT_EQ(0, result.status);
 }
 
-TEST(CommandListTest, EveryMistakeInTheParametersIsTold) {
+TEST(CommandListTest, EveryMistakeInTheParametersIsReported) {
   const VexilResult result =
       VexilRun({"vexil", "command", "list", "--nosuch=1", "--other", "-c", "a", "-c", "b"}).Run();
   EXPECT_EQ("", result.out);
@@ -48,7 +48,7 @@ TEST(CommandListTest, EveryMistakeInTheParametersIsTold) {
   EXPECT_EQ(1, result.status);
 }
 
-TEST(CommandListTest, AMissingValueAndAnExtraWordAreTold) {
+TEST(CommandListTest, AMissingValueAndAnExtraWordAreReported) {
   const VexilResult result =
       VexilRun({"vexil", "command", "list", "-c", "--nosuch", "x", "extra", "--name="}).Run();
   EXPECT_EQ("", result.out);

@@ -34,12 +34,12 @@ std::string NamespaceElement(const std::string& path) {
   return "<namespace path='" + path + "'><description>D.</description></namespace>";
 }
 
-std::string Extension(const std::string& namespaces, const std::string& commands) {
+std::string MakeDescriptor(const std::string& namespaces, const std::string& commands) {
   return "<extension><version>1.0.0</version><namespaces>" + namespaces +
          "</namespaces><commands>" + commands + "</commands></extension>";
 }
 
-/// The lines of `text` that begin like this, in order.
+/// Returns the lines of `text` that begin with `prefix`, in order.
 std::vector<std::string> LinesThatBegin(const std::string& prefix, const std::string& text) {
   std::vector<std::string> lines;
   for (std::size_t begin = 0; begin < text.size();) {
@@ -60,7 +60,7 @@ std::string LoadError(const std::string& path, std::string fault) {
          path + ".  There was an error while parsing: " + fault;
 }
 
-TEST(DescriptorTest, AFolderFullOfBrokenDescriptorsLeavesTheToolAtWork) {
+TEST(DescriptorTest, TheToolWorksWithAFolderFullOfBrokenDescriptors) {
   const ScopedTempDir folder;
   const auto path = [&](const std::string& name) { return folder.GetPath(name + ".xml"); };
   std::vector<std::string> expected;
@@ -75,7 +75,8 @@ TEST(DescriptorTest, AFolderFullOfBrokenDescriptorsLeavesTheToolAtWork) {
   for (const char* name : {"a-folder", "a-link-to-nothing", "a-pipe"}) {
     expected.push_back(LoadError(path(name), "Unable to parse XML descriptor: @"));
   }
-  folder.Write("zzz.xml", Extension(NamespaceElement("good"), CommandElement("good.say", "fine")));
+  folder.Write("zzz.xml",
+               MakeDescriptor(NamespaceElement("good"), CommandElement("good.say", "fine")));
   std::sort(expected.begin(), expected.end());
 
   const VexilResult result = VexilRun({"--plugin-dir", folder.GetPath(), "good", "say"}).Run();
@@ -84,11 +85,11 @@ TEST(DescriptorTest, AFolderFullOfBrokenDescriptorsLeavesTheToolAtWork) {
   EXPECT_EQ(0, result.status);
 }
 
-TEST(DescriptorTest, ABrokenFileNamedOnTheCommandLineIsTold) {
+TEST(DescriptorTest, ABrokenFileNamedOnTheCommandLineIsReported) {
   const ScopedTempDir folder;
   const std::string broken = folder.Write("a.xml", "<extension><version>2</version></extension>");
-  const std::string good =
-      folder.Write("b.xml", Extension(NamespaceElement("good"), CommandElement("good.say", "x")));
+  const std::string good = folder.Write(
+      "b.xml", MakeDescriptor(NamespaceElement("good"), CommandElement("good.say", "x")));
   const VexilResult result = VexilRun({"--plugin", broken, "--plugin", good, "good", "say"}).Run();
   EXPECT_EQ("Unable to load plugin " + broken + ": Unable to handle XML Plugin " + broken +
                 ".  There was an error while parsing: Unknown vexil extention version.  Valid "
@@ -98,14 +99,15 @@ TEST(DescriptorTest, ABrokenFileNamedOnTheCommandLineIsTold) {
   EXPECT_EQ(0, result.status);
 }
 
-TEST(DescriptorTest, ADescriptorMayHoldVeryManyCommands) {
+TEST(DescriptorTest, ADescriptorMayContainVeryManyCommands) {
   const int count = Rounds(2000, 100000);
   const ScopedTempDir folder;
   std::string commands;
   for (int i = 0; i < count; ++i) {
     commands += CommandElement("many.say" + std::to_string(i), std::to_string(i));
   }
-  const std::string path = folder.Write("many.xml", Extension(NamespaceElement("many"), commands));
+  const std::string path =
+      folder.Write("many.xml", MakeDescriptor(NamespaceElement("many"), commands));
   const int last = count - 1;
   const VexilResult result =
       VexilRun({"--plugin", path, "many", "say" + std::to_string(last)}).Run();

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// How the tool ends, above all when its output cannot be written.
+// The exit status of the tool, mostly when its output cannot be written.
 
 #include <gmock/gmock.h>
 #include <signal.h>
@@ -23,7 +23,7 @@ using ::testing::StartsWith;
 
 const std::vector<std::string> kList = {"vexil", "command", "list"};
 
-// More than any buffer on the way holds.
+// More output than any buffer on the way can take.
 const std::vector<std::string> kManyRows = {"try", "rows", "-c", "20000"};
 
 TEST(ExitStatusTest, AFailedCommandEndsWithOneAndItsMessages) {
@@ -33,7 +33,7 @@ TEST(ExitStatusTest, AFailedCommandEndsWithOneAndItsMessages) {
   EXPECT_EQ(1, result.status);
 }
 
-TEST(ExitStatusTest, AFullDiskIsTold) {
+TEST(ExitStatusTest, AFullDiskIsReported) {
   for (const auto& words :
        {std::vector<std::string>(), kList, std::vector<std::string>{"--help"}}) {
     const VexilResult result = VexilRun(words).WithOutputTo("/dev/full").Run();
@@ -42,13 +42,13 @@ TEST(ExitStatusTest, AFullDiskIsTold) {
   }
 }
 
-TEST(ExitStatusTest, AFullDiskIsToldForLargeOutputToo) {
+TEST(ExitStatusTest, AFullDiskIsReportedForLargeOutputToo) {
   const VexilResult result = Try(kManyRows).WithOutputTo("/dev/full").Run();
   EXPECT_EQ("Unable to write to standard output\n", result.err);
   EXPECT_EQ(1, result.status);
 }
 
-TEST(ExitStatusTest, AFullDiskIsToldInAStream) {
+TEST(ExitStatusTest, AFullDiskIsReportedInAStream) {
   const VexilResult result = VexilRun({"--input=STDIN"})
                                  .WithInput("vexil command list\nvexil command list\n")
                                  .WithOutputTo("/dev/full")
@@ -57,7 +57,7 @@ TEST(ExitStatusTest, AFullDiskIsToldInAStream) {
   EXPECT_EQ(1, result.status);
 }
 
-TEST(ExitStatusTest, AFullDiskIsToldWhenAPluginEndsTheProcess) {
+TEST(ExitStatusTest, AFullDiskIsReportedWhenAPluginEndsTheProcess) {
   const VexilResult result = Try({"try", "quit"}).WithOutputTo("/dev/full").Run();
   EXPECT_EQ("Unable to write to standard output\n", result.err);
   EXPECT_EQ(1, result.status);
@@ -66,14 +66,14 @@ TEST(ExitStatusTest, AFullDiskIsToldWhenAPluginEndsTheProcess) {
   EXPECT_EQ(0, written.status);
 }
 
-TEST(ExitStatusTest, AFullDiskIsToldWhenAPluginMakesStandardOutputThrow) {
+TEST(ExitStatusTest, AFullDiskIsReportedWhenAPluginMakesStandardOutputThrow) {
   const VexilResult result = Try({"try", "demand"}).WithOutputTo("/dev/full").Run();
   EXPECT_THAT(result.err, EndsWith("\nUnable to write to standard output\n"));
   EXPECT_EQ(1, result.status);
   EXPECT_EQ("demanded\n", Try({"try", "demand"}).Run().out);
 }
 
-TEST(ExitStatusTest, AFullDiskIsToldBehindTheExceptionThatEndsTheTool) {
+TEST(ExitStatusTest, AFullDiskIsReportedAfterTheExceptionThatEndsTheTool) {
   const VexilResult result = VexilRun({"--input=STDIN"})
                                  .WithInput("vexil command list\nnosuch\n")
                                  .WithOutputTo("/dev/full")
@@ -85,13 +85,13 @@ TEST(ExitStatusTest, AFullDiskIsToldBehindTheExceptionThatEndsTheTool) {
   EXPECT_EQ(1, result.status);
 }
 
-TEST(ExitStatusTest, AClosedStandardOutputIsTold) {
+TEST(ExitStatusTest, AClosedStandardOutputIsReported) {
   const VexilResult result = VexilRun(kList).WithoutDescriptor(1).Run();
   EXPECT_EQ("Unable to write to standard output\n", result.err);
   EXPECT_EQ(1, result.status);
 }
 
-TEST(ExitStatusTest, AClosedStandardOutputIsOfNoConcernWhenNothingIsWritten) {
+TEST(ExitStatusTest, AClosedStandardOutputIsNoErrorWhenNothingIsWritten) {
   const VexilResult quiet = Try({"try", "quiet"}).WithoutDescriptor(1).Run();
   EXPECT_EQ("", quiet.err);
   EXPECT_EQ(0, quiet.status);
@@ -122,7 +122,7 @@ TEST(ExitStatusTest, AFileThatACommandOpensDoesNotBecomeStandardError) {
   EXPECT_EQ("", folder.Read("held"));
 }
 
-TEST(ExitStatusTest, AReaderThatWentAwayEndsTheToolBySignal) {
+TEST(ExitStatusTest, ABrokenPipeEndsTheToolBySignal) {
   for (const VexilRun& run : {VexilRun(kList), VexilRun(), Try(kManyRows)}) {
     const VexilResult result = VexilRun(run).WithoutReader().Run();
     EXPECT_EQ("", result.err);
@@ -130,7 +130,7 @@ TEST(ExitStatusTest, AReaderThatWentAwayEndsTheToolBySignal) {
   }
 }
 
-TEST(ExitStatusTest, AReaderThatWentAwayIsToldWhereTheSignalIsIgnored) {
+TEST(ExitStatusTest, ABrokenPipeIsReportedWhereTheSignalIsIgnored) {
   const VexilResult result = VexilRun(kList).WithoutReader().IgnoringBrokenPipes().Run();
   EXPECT_EQ("Unable to write to standard output\n", result.err);
   EXPECT_EQ(1, result.status);

@@ -60,7 +60,7 @@ TEST(FormatTest, TheListingsFormatterIsUnknownToUsers) {
   EXPECT_EQ(1, result.status);
 }
 
-TEST(FormatTest, ATableOfSomethingElseIsAnError) {
+TEST(FormatTest, ATableOfAStringIsAnError) {
   const VexilResult result = Try({"try", "say", "-t", "x"}, {"--formatter=table"}).Run();
   EXPECT_EQ("", result.out);
   EXPECT_EQ(
@@ -70,7 +70,7 @@ TEST(FormatTest, ATableOfSomethingElseIsAnError) {
   EXPECT_EQ(1, result.status);
 }
 
-TEST(FormatTest, EveryMistakeInTheOptionsIsTold) {
+TEST(FormatTest, EveryMistakeInTheOptionsIsReported) {
   const VexilResult result =
       TryRow({"--colour=red", "--formatter=table", "--formatter=simple", "--format-param==x",
               "--format-param", "x", "--format-param", "a_b=c"})
@@ -119,7 +119,7 @@ INSTANTIATE_TEST_SUITE_P(
                       WidthCase{"Word", "narrow", false}),
     [](const auto& row) { return row.param.name; });
 
-TEST(FormatTest, TheTerminalsWidthCountsUnlessTheUserSetsOne) {
+TEST(FormatTest, TheTerminalsWidthAppliesUnlessTheUserSetsOne) {
   for (const auto& [option, expected] :
        {std::pair("--screen-width=0",
                   "Number  Text\r\n------  ----\r\n     1  the text of \r\n        a row\r\n"),
@@ -134,7 +134,7 @@ TEST(FormatTest, TheTerminalsWidthCountsUnlessTheUserSetsOne) {
   }
 }
 
-TEST(FormatTest, WhatAPluginWritesItselfStandsWhereItWasWritten) {
+TEST(FormatTest, OutputThatAPluginWritesItselfKeepsItsPlace) {
   const VexilResult result = Try({"try", "write"}).Run();
   EXPECT_EQ("written by the plug-in\nand printed\nanswered\n", result.out);
   EXPECT_EQ(0, result.status);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Input that nobody types, in sizes that nobody types.
+// Extreme input: very long lines, very many words, arbitrary bytes.
 
 #include <gmock/gmock.h>
 
@@ -27,7 +27,7 @@ TEST(HostileTest, ALineOfTenMegabytesIsHandled) {
   EXPECT_EQ(0, result.status);
 }
 
-TEST(HostileTest, AnUnknownWordOfTenMegabytesIsTold) {
+TEST(HostileTest, AnUnknownWordOfTenMegabytesIsReported) {
   const std::string word(10 * 1024 * 1024, 'x');
   const VexilResult result = VexilRun({"--input=STDIN"}).WithInput(word).Run();
   EXPECT_EQ("", result.out);
@@ -81,7 +81,7 @@ TEST(HostileTest, ANulWithinALineIsAByteLikeAnyOther) {
   EXPECT_EQ(0, result.status);
 }
 
-TEST(HostileTest, BytesThatAreNoTextPassThrough) {
+TEST(HostileTest, BytesThatAreNotTextPassThrough) {
   std::string bytes;
   for (int byte = 1; byte < 256; ++byte) {
     bytes += static_cast<char>(byte);

@@ -43,7 +43,7 @@ TEST(ListingTest, AnUnknownOptionDoesNotShowInAListing) {
   EXPECT_EQ(1, result.status);
 }
 
-TEST(ListingTest, AnUnknownWordIsToldOnOneLine) {
+TEST(ListingTest, AnUnknownWordIsReportedOnOneLine) {
   const VexilResult result = VexilRun({"--colour=x", "vexil", "nosuch", "list"}).Run();
   EXPECT_EQ("", result.out);
   EXPECT_EQ("Unable to find a command or namespace with the name 'nosuch' in namespace vexil\n",
@@ -51,7 +51,7 @@ TEST(ListingTest, AnUnknownWordIsToldOnOneLine) {
   EXPECT_EQ(1, result.status);
 }
 
-TEST(ListingTest, AnUnknownWordAtTheRootIsToldLikewise) {
+TEST(ListingTest, AnUnknownWordAtTheRootIsReportedLikewise) {
   const VexilResult result = VexilRun({"nosuch"}).Run();
   EXPECT_EQ("", result.out);
   EXPECT_EQ("Unable to find a command or namespace with the name 'nosuch' in namespace \n",
@@ -59,7 +59,7 @@ TEST(ListingTest, AnUnknownWordAtTheRootIsToldLikewise) {
   EXPECT_EQ(1, result.status);
 }
 
-TEST(ListingTest, AWordBehindACommandIsToldLikewise) {
+TEST(ListingTest, AWordAfterACommandIsReportedLikewise) {
   const VexilResult result = VexilRun({"vexil", "command", "list", "extra", "-c", "list"}).Run();
   EXPECT_EQ("", result.out);
   EXPECT_EQ(

@@ -4,7 +4,6 @@
 #include <gmock/gmock.h>
 #include <signal.h>
 
-#include <filesystem>
 #include <string>
 
 #include "e2e/Plugins.h"
@@ -21,7 +20,7 @@ const std::string kUntilResolved = " will not be available until this issue is r
 
 TEST(PluginTest, APluginNamedOnTheCommandLineOffersItsCommands) {
   const VexilResult result =
-      VexilRun({"--plugin", GetPluginPath("EchoPlugin"), "echo", "say", "-t", "hello"}).Run();
+      VexilRun({"--plugin", TestPluginPath("EchoPlugin"), "echo", "say", "-t", "hello"}).Run();
   EXPECT_EQ("hello\n", result.out);
   EXPECT_EQ("", result.err);
   EXPECT_EQ(0, result.status);
@@ -31,11 +30,11 @@ TEST(PluginTest, AFolderOffersThePluginsInItAndInItsSubfolder) {
   const ScopedTempDir folder;
   folder.MakeDirectory("lib64");
   const auto copy = [&folder](const char* plugin, const char* name) {
-    std::filesystem::copy_file(GetPluginPath(plugin), folder.GetPath(name));
+    CopyTestPlugin(plugin, folder.GetPath(name));
   };
   copy("EchoPlugin", "lib64/echo.so");
   copy("TryPlugin", "try.so");
-  folder.Write("notes.txt", "no plug-in");
+  folder.Write("notes.txt", "not a plug-in");
   for (const char* word : {"echo", "try"}) {
     const VexilResult result =
         VexilRun({"--plugin-dir", folder.GetPath(), word, "say", "-t", "hello"}).Run();
@@ -47,7 +46,7 @@ TEST(PluginTest, AFolderOffersThePluginsInItAndInItsSubfolder) {
 
 TEST(PluginTest, AMissingFileIsToldAndTheCommandRuns) {
   const VexilResult result = VexilRun({"--plugin=/nosuch/plugin.so", "--plugin",
-                                       GetPluginPath("EchoPlugin"), "echo", "say", "-t", "hello"})
+                                       TestPluginPath("EchoPlugin"), "echo", "say", "-t", "hello"})
                                  .Run();
   EXPECT_EQ("hello\n", result.out);
   EXPECT_EQ(
@@ -57,7 +56,7 @@ TEST(PluginTest, AMissingFileIsToldAndTheCommandRuns) {
   EXPECT_EQ(0, result.status);
 }
 
-TEST(PluginTest, AMissingFolderIsToldAndTheCommandRuns) {
+TEST(PluginTest, AMissingFolderIsReportedAndTheCommandRuns) {
   const VexilResult result =
       VexilRun({"--plugin-dir", "/nosuch", "vexil", "command", "list"}).Run();
   EXPECT_THAT(result.out, HasSubstr("List all of the vexil commands."));
@@ -65,16 +64,16 @@ TEST(PluginTest, AMissingFolderIsToldAndTheCommandRuns) {
   EXPECT_EQ(0, result.status);
 }
 
-TEST(PluginTest, AFileThatIsNoPluginIsPassedOver) {
+TEST(PluginTest, AFileThatIsNotAPluginIsSkipped) {
   const ScopedTempDir folder;
-  const std::string notes = folder.Write("notes.txt", "no plug-in");
+  const std::string notes = folder.Write("notes.txt", "not a plug-in");
   const VexilResult result = VexilRun({"--plugin", notes, "vexil", "command", "list"}).Run();
   EXPECT_EQ("", result.err);
   EXPECT_EQ(0, result.status);
 }
 
-TEST(PluginTest, APluginWithoutItsEntryPointIsTold) {
-  const std::string path = GetPluginPath("NoEntryPoint");
+TEST(PluginTest, APluginWithoutAnEntryPointIsReported) {
+  const std::string path = TestPluginPath("NoEntryPoint");
   const VexilResult result = VexilRun({"--plugin", path, "vexil", "command", "list"}).Run();
   EXPECT_THAT(result.out, HasSubstr("List all of the vexil commands."));
   EXPECT_EQ("Unable to load plugin " + path + ": Unable to get plugin registration point from " +
@@ -83,8 +82,8 @@ TEST(PluginTest, APluginWithoutItsEntryPointIsTold) {
   EXPECT_EQ(0, result.status);
 }
 
-TEST(PluginTest, APluginThatRegistersATakenNameIsToldAndWhatItAddedWorks) {
-  const std::string path = GetPluginPath("DuplicatePlugin");
+TEST(PluginTest, APluginThatRegistersATakenNameIsReportedAndItsEarlierCommandsWork) {
+  const std::string path = TestPluginPath("DuplicatePlugin");
   const VexilResult result = VexilRun({"--plugin", path, "duplicate", "early"}).Run();
   EXPECT_EQ("before the duplicate\n", result.out);
   EXPECT_EQ("Unable to load plugin " + path + ": Error while trying to register the plugin " +
@@ -96,8 +95,8 @@ TEST(PluginTest, APluginThatRegistersATakenNameIsToldAndWhatItAddedWorks) {
   EXPECT_EQ(0, result.status);
 }
 
-TEST(PluginTest, APluginThatThrowsItsOwnMessageIsToldAndWhatItAddedWorks) {
-  const std::string path = GetPluginPath("ThrowingPluginKestrelException");
+TEST(PluginTest, APluginThatThrowsIsReportedAndItsEarlierCommandsWork) {
+  const std::string path = TestPluginPath("ThrowingPluginKestrelException");
   const VexilResult result = VexilRun({"--plugin", path, "throwing", "early"}).Run();
   EXPECT_EQ("before the throw\n", result.out);
   EXPECT_EQ("Unable to load plugin " + path + ": Error while trying to register the plugin " +
@@ -107,11 +106,11 @@ TEST(PluginTest, APluginThatThrowsItsOwnMessageIsToldAndWhatItAddedWorks) {
   EXPECT_EQ(0, result.status);
 }
 
-TEST(PluginTest, APluginInAFolderThatThrowsIsToldAndTheNextOneLoads) {
+TEST(PluginTest, APluginInAFolderThatThrowsIsReportedAndTheNextOneLoads) {
   const ScopedTempDir folder;
   const std::string broken = folder.GetPath("a.so");
-  std::filesystem::copy_file(GetPluginPath("ThrowingPluginKestrelException"), broken);
-  std::filesystem::copy_file(GetPluginPath("EchoPlugin"), folder.GetPath("b.so"));
+  CopyTestPlugin("ThrowingPluginKestrelException", broken);
+  CopyTestPlugin("EchoPlugin", folder.GetPath("b.so"));
   const VexilResult result =
       VexilRun({"--plugin-dir", folder.GetPath(), "echo", "say", "-t", "hello"}).Run();
   EXPECT_EQ("hello\n", result.out);
@@ -122,18 +121,19 @@ TEST(PluginTest, APluginInAFolderThatThrowsIsToldAndTheNextOneLoads) {
   EXPECT_EQ(0, result.status);
 }
 
-TEST(PluginTest, AnotherExceptionOfAPluginEndsTheToolWithItsText) {
-  const VexilResult result = VexilRun({"--plugin", GetPluginPath("ThrowingPluginStandardException"),
-                                       "vexil", "command", "list"})
-                                 .Run();
+TEST(PluginTest, AStandardExceptionOfAPluginEndsTheToolWithItsText) {
+  const VexilResult result =
+      VexilRun({"--plugin", TestPluginPath("ThrowingPluginStandardException"), "vexil", "command",
+                "list"})
+          .Run();
   EXPECT_EQ("", result.out);
   EXPECT_EQ("the plug-in has no oil\n", result.err);
   EXPECT_EQ(1, result.status);
 }
 
-TEST(PluginTest, SomethingThrownThatIsNoExceptionAbortsTheTool) {
+TEST(PluginTest, ThrowingSomethingOtherThanAnExceptionAbortsTheTool) {
   const VexilResult result =
-      VexilRun({"--plugin", GetPluginPath("ThrowingPluginOwnObject"), "vexil", "command", "list"})
+      VexilRun({"--plugin", TestPluginPath("ThrowingPluginOwnObject"), "vexil", "command", "list"})
           .Run();
   EXPECT_EQ("", result.out);
   EXPECT_EQ(SIGABRT, result.signal);

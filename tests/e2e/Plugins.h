@@ -7,18 +7,15 @@
 #include <utility>
 #include <vector>
 
+#include "support/TestPlugins.h"
 #include "support/VexilRun.h"
 
 namespace Kestrel::Testing {
 
-/// The path of a shared object that the tests brought along.
-inline std::string GetPluginPath(const std::string& name) {
-  return KESTREL_TEST_PLUGIN_DIR "/" + name + ".so";
-}
-
-/// A run of the tool with the namespace "try" loaded; `options` are more dispatcher options.
+/// A run of the tool that loads TryPlugin, whose commands are in the namespace "try". `options` are
+/// further dispatcher options.
 inline VexilRun Try(std::vector<std::string> words, std::vector<std::string> options = {}) {
-  std::vector<std::string> arguments = {"--plugin", GetPluginPath("TryPlugin")};
+  std::vector<std::string> arguments = {"--plugin", TestPluginPath("TryPlugin")};
   arguments.insert(arguments.end(), options.begin(), options.end());
   arguments.insert(arguments.end(), words.begin(), words.end());
   return VexilRun(std::move(arguments));

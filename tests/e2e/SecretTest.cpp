@@ -18,7 +18,7 @@ namespace {
 
 const std::string kPrompt = "Enter value for 'password': ";
 
-// The tool on a terminal, asking for the password.
+// Runs the tool on a terminal, where it asks for secrets.
 class SecretTest : public ::testing::Test {
  protected:
   void Start(std::vector<std::string> words) {
@@ -42,7 +42,7 @@ class SecretTest : public ::testing::Test {
   PseudoTerminal terminal;
 };
 
-TEST_F(SecretTest, IsTypedUnseenAndEchoIsOnAgainAfterwards) {
+TEST_F(SecretTest, IsTypedWithoutEchoWhichIsOnAgainAfterwards) {
   StartAndWaitForPrompt();
   terminal.Type("open sesame\n");
   EXPECT_EQ(0, terminal.WaitForEnd());
@@ -98,7 +98,7 @@ INSTANTIATE_TEST_SUITE_P(Signals, SecretSignalTest,
                          ::testing::Values(SIGHUP, SIGINT, SIGQUIT, SIGTERM),
                          [](const auto& row) { return sigabbrev_np(row.param); });
 
-TEST_F(SecretTest, TheStopKeyTurnsEchoOnUntilTheToolGoesOn) {
+TEST_F(SecretTest, TheStopKeyTurnsEchoOnUntilTheToolContinues) {
   StartAndWaitForPrompt();
   terminal.Type("\x1a");
   ASSERT_TRUE(terminal.WaitUntilStopped());
@@ -112,7 +112,7 @@ TEST_F(SecretTest, TheStopKeyTurnsEchoOnUntilTheToolGoesOn) {
   EXPECT_EQ("\r\npassword 'open sesame' pin '1'\r\n", terminal.ReadRest());
 }
 
-TEST_F(SecretTest, IsReadFromInputThatIsNoTerminal) {
+TEST_F(SecretTest, IsReadFromInputThatIsNotATerminal) {
   const VexilResult result =
       Try({"try", "unlock", "--password", "--pin"}).WithInput("first\nsecond\n").Run();
   EXPECT_EQ(

@@ -15,12 +15,12 @@ namespace {
 
 using ::testing::StartsWith;
 
-// Ten lines: a comment, a blank one, one that loads a plug-in, one that fails, six that answer.
+// A comment, a line of spaces, a line that loads a plug-in, one that fails, and six that succeed.
 std::string MakeTenLines() {
   return "# ten lines\n"
          "   \t\n"
          "--plugin " +
-         GetPluginPath("TryPlugin") +
+         TestPluginPath("TryPlugin") +
          " try say --text one\n"
          "try say --text \"two  words\"\n"
          "try say -t #3\n"
@@ -73,7 +73,7 @@ TEST(StreamTest, TheStatusIsThatOfTheLastLineHandled) {
   EXPECT_EQ(0, passed.status);
 }
 
-TEST(StreamTest, NothingToHandleIsAllRight) {
+TEST(StreamTest, AStreamWithoutCommandsIsNoError) {
   const VexilResult result = VexilRun({"--input=STDIN"}).WithInput("# nothing\n\n").Run();
   EXPECT_EQ("", result.out);
   EXPECT_EQ("", result.err);
@@ -117,7 +117,7 @@ TEST(StreamTest, AStreamWithinAStreamIsUnknown) {
   EXPECT_EQ(1, result.status);
 }
 
-TEST(StreamTest, AMissingFileIsTold) {
+TEST(StreamTest, AMissingFileIsReported) {
   const ScopedTempDir folder;
   const VexilResult result =
       VexilRun({"--input", "missing", "vexil"}).InDirectory(folder.GetPath()).Run();
@@ -126,21 +126,21 @@ TEST(StreamTest, AMissingFileIsTold) {
   EXPECT_EQ(1, result.status);
 }
 
-TEST(StreamTest, AFolderIsTold) {
+TEST(StreamTest, AFolderIsReported) {
   const ScopedTempDir folder;
   const VexilResult result = VexilRun({"--input", folder.GetPath()}).Run();
   EXPECT_EQ("Unable to open file " + folder.GetPath() + "\n", result.err);
   EXPECT_EQ(1, result.status);
 }
 
-TEST(StreamTest, StandardInputThatCannotBeReadIsTold) {
+TEST(StreamTest, StandardInputThatCannotBeReadIsReported) {
   const VexilResult result = VexilRun({"--input", "STDIN"}).WithoutDescriptor(0).Run();
   EXPECT_EQ("", result.out);
   EXPECT_EQ("Unable to read standard input\n", result.err);
   EXPECT_EQ(1, result.status);
 }
 
-TEST(StreamTest, TwoInputsAreTold) {
+TEST(StreamTest, TwoInputsAreReported) {
   const VexilResult result =
       VexilRun({"--input=STDIN", "--input=STDIN"}).WithInput("vexil\n").Run();
   EXPECT_EQ("", result.out);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Commands that the end-to-end tests run: each lets one side of the tool be seen from outside.
+// Commands for the end-to-end tests. Each makes one property of the tool visible from outside.
 
 #include <fcntl.h>
 #include <kestrel/autocli/PluginEntryPoint.h>
@@ -127,7 +127,7 @@ std::string Unlock(const Input& input) {
          "'";
 }
 
-// The descriptor stays open: what the tool writes to standard output later must not end up there.
+// Keeps the descriptor open; later output of the tool must not go to that file.
 std::string Hold(const Input& input) {
   return open(input.GetParameter("text").c_str(), O_WRONLY) == -1 ? "refused" : "held";
 }

@@ -24,7 +24,7 @@ TEST(UsageTest, HelpPrintsTheUsageAndEndsWithOne) {
   }
 }
 
-TEST(UsageTest, TheUsageTellsTheNameThatTheToolWasCalledBy) {
+TEST(UsageTest, TheUsageContainsTheNameThatTheToolWasCalledBy) {
   const VexilResult result = VexilRun({"--help"}).CalledAs("/opt/bin/other tool").Run();
   EXPECT_THAT(result.out, MatchesGolden("usage/other-name"));
   EXPECT_EQ("", result.err);
@@ -48,7 +48,7 @@ TEST(UsageTest, AnEmptyNameIsAName) {
 
 TEST(UsageTest, WithoutAnyNameTheToolStillListsTheRoot) {
   const VexilResult result = VexilRun().CalledByNoName().Run();
-  // Since 5.18 the kernel puts an empty name where there is none.
+  // Since version 5.18 the kernel supplies an empty name.
   EXPECT_THAT(result.out, AnyOf(StartsWith("Usage: vexil [disp options] <namespaces> <command>\n"),
                                 StartsWith("Usage:  [disp options] <namespaces> <command>\n")));
   EXPECT_EQ("", result.err);
