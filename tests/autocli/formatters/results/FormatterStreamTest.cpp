@@ -33,7 +33,7 @@ using MetaObj::MetaList;
 using MetaObj::MetaObject;
 using MetaObj::MetaStruct;
 
-/// What every formatter of results keeps to, whatever stream it writes to.
+/// What applies to every formatter of results, whatever stream it writes to.
 class FormatterStreamTest : public ::testing::TestWithParam<std::string> {
  protected:
   void Format(const std::shared_ptr<MetaObject>& root, std::ostream& out) {
@@ -51,7 +51,7 @@ class FormatterStreamTest : public ::testing::TestWithParam<std::string> {
   std::shared_ptr<AutoCli::Formatter> formatter_ = MakeFormatter(GetParam());
 };
 
-/// Records as they come from a machine: two texts, two integers, a boolean.
+/// Rows as a command might report them: two strings, two integers and a boolean.
 std::shared_ptr<MetaList> MakeRows(int count) {
   const auto make = [](int number) {
     auto row = MetaStruct::New("Row");
@@ -76,7 +76,7 @@ class Grouping : public std::numpunct<char> {
   std::string do_truename() const override { return "yes"; }
 };
 
-TEST_P(FormatterStreamTest, IsBlindToTheStateOfTheStream) {
+TEST_P(FormatterStreamTest, IgnoresTheStateOfTheStream) {
   const auto mounts = MakeMounts();
   const std::string expected = Print(mounts);
   std::ostringstream out;
@@ -87,11 +87,11 @@ TEST_P(FormatterStreamTest, IsBlindToTheStateOfTheStream) {
   EXPECT_EQ(out.str(), expected);
 }
 
-TEST_P(FormatterStreamTest, LeavesTheStateOfTheStream) {
+TEST_P(FormatterStreamTest, PreservesTheStateOfTheStream) {
   std::ostringstream out;
   out << std::hex << std::showpos << std::boolalpha << std::setfill('*') << std::setprecision(3);
-  const auto alignment = std::ios_base::adjustfield;
-  const auto before = out.flags() & ~alignment;  // which a table changes
+  const auto alignment = std::ios_base::adjustfield;  // changed by the table formatter
+  const auto before = out.flags() & ~alignment;
   Format(MakeMounts(), out);
   EXPECT_EQ(out.flags() & ~alignment, before);
   EXPECT_EQ(out.fill(), '*');
@@ -127,7 +127,7 @@ TEST_P(FormatterStreamTest, WritesNothingToAFailedStream) {
   EXPECT_EQ(out.rdstate(), std::ios_base::failbit);
 }
 
-TEST_P(FormatterStreamTest, LetsTheFailureOfAThrowingStreamOut) {
+TEST_P(FormatterStreamTest, PropagatesTheFailureOfAThrowingStream) {
   LimitedBuffer buffer(40000);
   std::ostream out(&buffer);
   out.exceptions(std::ios_base::badbit);
@@ -136,7 +136,7 @@ TEST_P(FormatterStreamTest, LetsTheFailureOfAThrowingStreamOut) {
   EXPECT_EQ(buffer.GetRefusals(), 1);
 }
 
-/// Ignores SIGPIPE for as long as it lives.
+/// Ignores SIGPIPE for as long as the object lives.
 class ScopedNoPipeSignal {
  public:
   ScopedNoPipeSignal() : before_(std::signal(SIGPIPE, SIG_IGN)) {}
@@ -158,14 +158,14 @@ TEST_P(FormatterStreamTest, EndsWhenTheReaderOfItsPipeIsGone) {
   EXPECT_TRUE(out.bad());
 }
 
-TEST_P(FormatterStreamTest, TellsThatADiskIsFull) {
+TEST_P(FormatterStreamTest, ReportsAFullDisk) {
   std::ofstream out("/dev/full");
   ASSERT_TRUE(out);
   Format(MakeMounts(), out);
   EXPECT_TRUE(out.bad());
 }
 
-/// In KiB, over the life of the process; CTest gives each test one of its own.
+/// The peak memory of the process in KiB. CTest runs each test in a process of its own.
 long PeakMemory() {
   rusage usage = {};
   getrusage(RUSAGE_SELF, &usage);
@@ -174,13 +174,13 @@ long PeakMemory() {
 
 TEST_P(FormatterStreamTest, NeedsNoMemoryForMoreRows) {
   if (Testing::kIsSanitized) {
-    GTEST_SKIP() << "the sanitizer keeps what is freed";
+    GTEST_SKIP() << "the sanitizer keeps freed memory";
   }
   const int count = Testing::Rounds(100000, 1000000);
   const auto rows = MakeRows(count);
   CountingBuffer buffer;
   std::ostream out(&buffer);
-  Format(MakeRows(10), out);  // what every call needs
+  Format(MakeRows(10), out);  // allocates what does not depend on the number of rows
   const long before = PeakMemory();
   Format(rows, out);
   EXPECT_LT(PeakMemory() - before, 1024) << "KiB for " << count << " rows";
@@ -194,7 +194,7 @@ constexpr int kDepth = 10000;
 
 std::size_t DigitsOf(int number) { return std::to_string(number).size(); }
 
-/// Counts what a formatter prints for structures nested kDepth deep.
+/// Counts the bytes that a formatter prints for kDepth nested structures.
 CountingBuffer PrintNested(const std::string& formatterName) {
   CountingBuffer buffer;
   std::ostream out(&buffer);
@@ -204,8 +204,8 @@ CountingBuffer PrintNested(const std::string& formatterName) {
   return buffer;
 }
 
-/// The sum of `size(level, number)` over the structures, the outermost first, at `level`s that
-/// begin at `level` and grow by two; `number` stands in the structure's field "a".
+/// Returns the sum of `size(level, number)` over the structures, from the outermost to the
+/// innermost. The level starts at `level` and grows by two; `number` is the structure's field "a".
 template <typename Size>
 std::size_t SumOverNested(long level, Size size) {
   std::size_t sum = 0;
@@ -215,13 +215,13 @@ std::size_t SumOverNested(long level, Size size) {
   return sum;
 }
 
-std::size_t Blanks(long level) { return level < 1 ? 0 : 3 * static_cast<std::size_t>(level); }
+std::size_t IndentOf(long level) { return level < 1 ? 0 : 3 * static_cast<std::size_t>(level); }
 
 TEST(NestedFormatTest, JsonPrintsStructuresNestedTenThousandDeep) {
   const auto size = [](long level, int number) {
-    const std::size_t a = Blanks(level) + 3 + sizeof("\"a\": \n") - 1 + DigitsOf(number);
-    const std::size_t child = number == 0 ? 0 : Blanks(level) + 3 + sizeof(",\"child\": \n") - 1;
-    return 2 * Blanks(level) + sizeof("\n{\n}") - 1 + a + child;
+    const std::size_t a = IndentOf(level) + 3 + sizeof("\"a\": \n") - 1 + DigitsOf(number);
+    const std::size_t child = number == 0 ? 0 : IndentOf(level) + 3 + sizeof(",\"child\": \n") - 1;
+    return 2 * IndentOf(level) + sizeof("\n{\n}") - 1 + a + child;
   };
   EXPECT_EQ(PrintNested("json").bytes, SumOverNested(-1, size) + 1);
 }
@@ -229,12 +229,13 @@ TEST(NestedFormatTest, JsonPrintsStructuresNestedTenThousandDeep) {
 TEST(NestedFormatTest, XmlPrintsStructuresNestedTenThousandDeep) {
   const auto size = [](long level, int number) {
     const std::size_t structure =
-        2 * Blanks(level) + sizeof("<structure typeName=\"Node\">\n</structure>\n") - 1;
-    const std::size_t a = 2 * Blanks(level + 1) + sizeof("<field name=\"a\">\n</field>\n") - 1 +
-                          Blanks(level + 2) + sizeof("<integer></integer>\n") - 1 +
+        2 * IndentOf(level) + sizeof("<structure typeName=\"Node\">\n</structure>\n") - 1;
+    const std::size_t a = 2 * IndentOf(level + 1) + sizeof("<field name=\"a\">\n</field>\n") - 1 +
+                          IndentOf(level + 2) + sizeof("<integer></integer>\n") - 1 +
                           DigitsOf(number);
     const std::size_t child =
-        number == 0 ? 0 : 2 * Blanks(level + 1) + sizeof("<field name=\"child\">\n</field>\n") - 1;
+        number == 0 ? 0
+                    : 2 * IndentOf(level + 1) + sizeof("<field name=\"child\">\n</field>\n") - 1;
     return structure + a + child;
   };
   const std::size_t around =

@@ -15,16 +15,16 @@ namespace Kestrel::Testing {
 /// The formatters that print results of commands.
 const std::vector<std::string>& ResultFormatterNames();
 
-/// The built-in formatter of that name.
+/// The built-in formatter with that name.
 std::shared_ptr<AutoCli::Formatter> MakeFormatter(const std::string& name);
 
-/// What came of formatting a value.
+/// The outcome of formatting a value.
 struct Printed {
   std::string text;
-  std::string thrown;  // the message of a KestrelException, empty when there was none
+  std::string thrown;  ///< the message of the KestrelException, empty when none was thrown
 };
 
-/// Formats the value for a screen of that width.
+/// Formats a value for a screen of that width.
 Printed PrintResult(AutoCli::Formatter& formatter, const ResultValue& value, unsigned width = 0);
 
 }  // namespace Kestrel::Testing

@@ -35,10 +35,10 @@ unsigned RandomTree::MakeWidth() {
 
 std::shared_ptr<MetaObject> RandomTree::MakeRoot() {
   if (OneIn(100)) {
-    return MakeChain(20 + Pick(60));  // deeper than what is prepared for
+    return MakeChain(20 + Pick(60));  // deeper than ordinary values
   }
   if (OneIn(100)) {
-    return MakeStruct(3, 80);  // wider than a shared shape
+    return MakeStruct(3, 80);  // more fields than a shared layout has
   }
   return OneIn(2) ? MakeStructs(MakeStruct(1, 6)) : MakeValue(0);
 }
@@ -67,27 +67,27 @@ std::shared_ptr<MetaObject> RandomTree::MakeScalar() {
   }
 }
 
-std::shared_ptr<MetaStruct> RandomTree::MakeStruct(int depth, std::uint64_t mostFields) {
-  auto record = MetaStruct::New("Type" + std::to_string(Pick(4)));
-  for (std::uint64_t left = Pick(mostFields + 1); left > 0; --left) {
-    record->SetField(MakeName() + (mostFields > 60 ? std::to_string(left) : ""),
-                     MakeValue(depth + 1));
+std::shared_ptr<MetaStruct> RandomTree::MakeStruct(int depth, std::uint64_t maxFields) {
+  auto structure = MetaStruct::New("Type" + std::to_string(Pick(4)));
+  for (std::uint64_t left = Pick(maxFields + 1); left > 0; --left) {
+    structure->SetField(MakeName() + (maxFields > 60 ? std::to_string(left) : ""),
+                        MakeValue(depth + 1));
   }
-  return record;
+  return structure;
 }
 
 std::shared_ptr<MetaStruct> RandomTree::MakeChain(std::uint64_t length) {
-  auto record = MakeStruct(5, 3);
+  auto structure = MakeStruct(5, 3);
   for (; length > 0; --length) {
     auto outer = MakeStruct(5, 2);
     if (OneIn(3)) {
-      outer->SetField("list", MakeList({record}));
+      outer->SetField("list", MakeList({structure}));
     } else {
-      outer->SetField("inner", record);
+      outer->SetField("inner", structure);
     }
-    record = outer;
+    structure = outer;
   }
-  return record;
+  return structure;
 }
 
 std::shared_ptr<MetaList> RandomTree::MakeScalars() {
@@ -114,8 +114,8 @@ std::shared_ptr<MetaList> RandomTree::MakeStructs(const std::shared_ptr<MetaStru
 }
 
 std::shared_ptr<MetaObject> RandomTree::MakeLike(const std::shared_ptr<MetaObject>& value) {
-  if (const auto record = std::dynamic_pointer_cast<MetaStruct>(value)) {
-    return MakeLike(*record);
+  if (const auto structure = std::dynamic_pointer_cast<MetaStruct>(value)) {
+    return MakeLike(*structure);
   }
   if (const auto list = std::dynamic_pointer_cast<MetaList>(value)) {
     if (list->GetListType() == MetaType::Struct) {
@@ -136,11 +136,11 @@ std::shared_ptr<MetaObject> RandomTree::MakeLike(const std::shared_ptr<MetaObjec
   return value;
 }
 
-std::shared_ptr<MetaStruct> RandomTree::MakeLike(const MetaStruct& record) {
-  // A list takes structures of other type names too.
-  auto other = MetaStruct::New(OneIn(10) ? "Other" : record.GetTypeName());
-  for (const std::string& name : record.GetFieldNames()) {
-    other->SetField(name, MakeLike(record.GetField(name)));
+std::shared_ptr<MetaStruct> RandomTree::MakeLike(const MetaStruct& structure) {
+  // A list accepts structures with other type names too.
+  auto other = MetaStruct::New(OneIn(10) ? "Other" : structure.GetTypeName());
+  for (const std::string& name : structure.GetFieldNames()) {
+    other->SetField(name, MakeLike(structure.GetField(name)));
   }
   return other;
 }

@@ -16,20 +16,20 @@
 
 namespace Kestrel::Testing {
 
-/// Makes random values of every shape that a command may give, the same ones for the same seed on
-/// every host.
+/// Makes random values of every shape that a command may return. The same seed makes the same
+/// values on every host.
 class RandomTree {
  public:
   explicit RandomTree(std::uint64_t seed) : random_(seed) {}
 
-  /// A value with parameters for some of its fields. Its name tells how it was made.
+  /// A value with parameters for some of its fields. Its name says how it was made.
   ResultValue Make();
 
-  /// A width of the screen: often none, else a narrow or a wide one.
+  /// A width of the screen: often 0, otherwise a narrow or a wide one.
   unsigned MakeWidth();
 
  private:
-  /// How wild texts and names are: words; all of UTF-8; any bytes.
+  /// What strings and names consist of: printable ASCII; all of UTF-8; any bytes.
   enum Wildness { Tame, Utf8, Wild };
 
   std::uint64_t Pick(std::uint64_t count) { return random_() % count; }
@@ -38,14 +38,14 @@ class RandomTree {
   std::shared_ptr<MetaObj::MetaObject> MakeRoot();
   std::shared_ptr<MetaObj::MetaObject> MakeValue(int depth);
   std::shared_ptr<MetaObj::MetaObject> MakeScalar();
-  std::shared_ptr<MetaObj::MetaStruct> MakeStruct(int depth, std::uint64_t mostFields);
+  std::shared_ptr<MetaObj::MetaStruct> MakeStruct(int depth, std::uint64_t maxFields);
   std::shared_ptr<MetaObj::MetaStruct> MakeChain(std::uint64_t length);
   std::shared_ptr<MetaObj::MetaList> MakeScalars();
   std::shared_ptr<MetaObj::MetaList> MakeStructs(const std::shared_ptr<MetaObj::MetaStruct>& shape);
 
   /// Another value of the same shape.
   std::shared_ptr<MetaObj::MetaObject> MakeLike(const std::shared_ptr<MetaObj::MetaObject>& value);
-  std::shared_ptr<MetaObj::MetaStruct> MakeLike(const MetaObj::MetaStruct& record);
+  std::shared_ptr<MetaObj::MetaStruct> MakeLike(const MetaObj::MetaStruct& structure);
 
   long MakeNumber();
   std::string MakeText();

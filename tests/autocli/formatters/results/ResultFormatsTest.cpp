@@ -18,7 +18,7 @@ using Case = std::tuple<std::string, std::string>;  // a formatter and a group o
 
 class ResultFormatsTest : public ::testing::TestWithParam<Case> {};
 
-/// All values of a group as the formatter prints them, each below a line that names it.
+/// Prints all values of a group, each after a line with its name.
 std::string PrintGroup(const std::string& formatterName, const std::string& groupName) {
   const auto formatter = MakeFormatter(formatterName);
   std::string text;
@@ -32,7 +32,7 @@ std::string PrintGroup(const std::string& formatterName, const std::string& grou
   return text;
 }
 
-TEST_P(ResultFormatsTest, IsTheGoldenText) {
+TEST_P(ResultFormatsTest, MatchesTheGoldenText) {
   const auto& [formatter, group] = GetParam();
   EXPECT_THAT(PrintGroup(formatter, group), MatchesGolden(formatter + "/results-" + group));
 }

@@ -39,7 +39,7 @@ std::shared_ptr<MetaList> ListOf(MetaType kind, const std::vector<Element>& elem
   return list;
 }
 
-/// Strings at the root, and in a list of structures, where each formatter treats them its own way.
+/// Each string as a root value, and all of them in a list of structures.
 std::vector<ResultValue> MakeTexts(const std::vector<std::pair<const char*, std::string>>& texts) {
   std::vector<ResultValue> values;
   auto shape = MetaStruct::New("Note");
@@ -97,7 +97,7 @@ std::vector<ResultValue> MakeLists() {
           Plain("one structure", MakeDisks({{"disk1", 512}}))};
 }
 
-std::vector<ResultValue> MakeRecords() {
+std::vector<ResultValue> MakeStructures() {
   auto box = MetaStruct::New("Box");
   box->SetField("disks", MakeDisks({{"a", 1}, {"b", 2}}));
   box->SetField("mounts", MakeMounts());
@@ -108,16 +108,16 @@ std::vector<ResultValue> MakeRecords() {
 }
 
 std::vector<ResultValue> MakeNames() {
-  auto record = MetaStruct::New("Row2");
+  auto structure = MetaStruct::New("Row2");
   for (const char* name : {"", " ", "two words", "trailing ", "a.b", "a:b", "a,b", "50%", "it's",
                            "<tag>", "R&D", "a/b", "name\xc3\xa4", "Zebra", "_", "1"}) {
-    record->SetField(name, name);
+    structure->SetField(name, name);
   }
   auto hostile = MetaStruct::New("Row3");
   for (const char* name : {"\"", "\\", "a\nb", "a\tb", "a\rb", "\x01", "\x7f", "\xff"}) {
     hostile->SetField(name, 1);
   }
-  return {Plain("blanks and punctuation", record), Plain("in a list", MakeList({record})),
+  return {Plain("blanks and punctuation", structure), Plain("in a list", MakeList({structure})),
           Plain("bytes that some format cannot hold", hostile)};
 }
 
@@ -167,12 +167,12 @@ std::shared_ptr<MetaObject> Lie(int kind) {
 }
 
 std::vector<ResultValue> MakeLies() {
-  auto record = MetaStruct::New("Liar");
+  auto structure = MetaStruct::New("Liar");
   const char* const names[] = {"int", "bool", "string", "structure", "list", "unknown"};
   for (int kind = 0; kind < 6; ++kind) {
-    record->SetField(names[kind], Lie(kind));
+    structure->SetField(names[kind], Lie(kind));
   }
-  auto row = MetaStruct::New("Row");  // whose shape a list can compare
+  auto row = MetaStruct::New("Row");  // has only kinds that a list can compare
   for (const int kind : {MetaType::Int, MetaType::Bool, MetaType::String}) {
     row->SetField(names[kind], Lie(kind));
   }
@@ -184,7 +184,7 @@ std::vector<ResultValue> MakeLies() {
   for (int kind = 0; kind < 6; ++kind) {
     values.push_back(Plain(std::string("no ") + names[kind], Lie(kind)));
   }
-  values.push_back(Plain("fields", record));
+  values.push_back(Plain("fields", structure));
   values.push_back(Plain("an element", list));
   values.push_back(Plain("fields in a list of structures", MakeList({row})));
   return values;
@@ -208,7 +208,7 @@ std::vector<ResultValue> MakeParameterised() {
 
 std::vector<ResultGroup> MakeResultGroups() {
   return {{"scalars", MakeScalars()}, {"empties", MakeEmpties()},
-          {"lists", MakeLists()},     {"records", MakeRecords()},
+          {"lists", MakeLists()},     {"records", MakeStructures()},
           {"names", MakeNames()},     {"escapes", MakeEscapes()},
           {"bytes", MakeBytes()},     {"utf8", MakeUtf8()},
           {"lies", MakeLies()},       {"parameters", MakeParameterised()}};

@@ -12,14 +12,14 @@
 
 namespace Kestrel::Testing {
 
-/// A value that a command may give, and the parameters that it is printed with.
+/// A value that a command may return, and the parameters that it is printed with.
 struct ResultValue {
   std::string name;
-  std::shared_ptr<MetaObj::MetaObject> root;  // null where a command gave nothing
+  std::shared_ptr<MetaObj::MetaObject> root;  ///< null when the command returned nothing
   AutoCli::FormatParameters params;
 };
 
-/// Values of one theme; every formatter is shown each of them.
+/// Values on one theme. Every formatter prints each of them.
 struct ResultGroup {
   std::string name;
   std::vector<ResultValue> values;
@@ -28,10 +28,10 @@ struct ResultGroup {
 /// The names of the groups, in the order of `MakeResultGroups`.
 std::vector<std::string> ResultGroupNames();
 
-/// Something of everything that a value can be, edges first.
+/// Groups of values that cover all kinds and shapes, edge cases first.
 std::vector<ResultGroup> MakeResultGroups();
 
-/// The group of that name.
+/// The group with that name.
 ResultGroup MakeResultGroup(const std::string& name);
 
 }  // namespace Kestrel::Testing

@@ -3,21 +3,22 @@
 
 // kestrel_write_trees SEED COUNT | kestrel_write_trees samples | kestrel_write_trees bytes
 //
-// Writes values and what each formatter makes of them, for a check in another language. All is
-// made of netstrings, "<length>:<bytes>,". A value is written so:
+// Writes values and what each formatter prints for them, to be checked by another program. The
+// output consists of netstrings, "<length>:<bytes>,". For each value these are:
 //
-//   name, width of the screen, number of parameters, key and value of each, the value in the
-//   notation below, and for each formatter of ResultFormatterNames the text and what was thrown.
+//   its name, the width of the screen, the number of parameters, the key and value of each
+//   parameter, the value in the notation below, and for each formatter of ResultFormatterNames the
+//   text and the message of the exception.
 //
 //   n                        nothing
 //   b0 b1                    a boolean
 //   i<digits>,               an integer
 //   s<netstring>             a string
-//   x<kind>,<netstring>      a value that only claims to be of a kind, and its text
+//   x<kind>,<netstring>      a value of another class than its kind claims, and its text
 //   r<netstring><count>,     a structure: its type name, then the name and value of each field
 //   l<kind>,<count>,         a list of scalars: its elements
-//   t<shape><count>,         a list of structures: n, or the type name, the number and the names of
-//                            the fields of its declared structure as r has them; its elements
+//   t<shape><count>,         a list of structures: its shape, then its elements. The shape is n, or
+//                            the declared structure as in r, but without the values of its fields
 
 #include <cstdlib>
 #include <iostream>
@@ -51,15 +52,15 @@ std::string Number(long value) { return std::to_string(value) + ","; }
 
 std::string Encode(const MetaObject* value);
 
-std::string EncodeHead(const MetaStruct& record) {
-  return "r" + Netstring(record.GetTypeName()) +
-         Number(static_cast<long>(record.GetFieldNames().size()));
+std::string EncodeHead(const MetaStruct& structure) {
+  return "r" + Netstring(structure.GetTypeName()) +
+         Number(static_cast<long>(structure.GetFieldNames().size()));
 }
 
-std::string EncodeStruct(const MetaStruct& record) {
-  std::string text = EncodeHead(record);
-  for (const std::string& name : record.GetFieldNames()) {
-    text += Netstring(name) + Encode(record.GetField(name).get());
+std::string EncodeStruct(const MetaStruct& structure) {
+  std::string text = EncodeHead(structure);
+  for (const std::string& name : structure.GetFieldNames()) {
+    text += Netstring(name) + Encode(structure.GetField(name).get());
   }
   return text;
 }
@@ -99,8 +100,8 @@ std::string Encode(const MetaObject* value) {
   if (const auto* text = dynamic_cast<const MetaString*>(value)) {
     return "s" + Netstring(text->GetValue());
   }
-  if (const auto* record = dynamic_cast<const MetaStruct*>(value)) {
-    return EncodeStruct(*record);
+  if (const auto* structure = dynamic_cast<const MetaStruct*>(value)) {
+    return EncodeStruct(*structure);
   }
   if (const auto* list = dynamic_cast<const MetaList*>(value)) {
     return EncodeList(*list);
@@ -132,17 +133,18 @@ void WriteSamples() {
   }
 }
 
-/// Each byte between two letters, once in a text and once in the name of a field.
+std::shared_ptr<MetaStruct> MakeRow(const std::string& fieldName, const std::string& value) {
+  auto row = MetaStruct::New("Row");
+  row->SetField(fieldName, value);
+  return row;
+}
+
+/// Writes each byte between two letters, once in a string and once in the name of a field.
 void WriteBytes() {
   for (int byte = 0; byte < 256; ++byte) {
     const std::string text = {'a', static_cast<char>(byte), 'b'};
-    const auto record = [](const std::string& name, const std::string& value) {
-      auto made = MetaStruct::New("Row");
-      made->SetField(name, value);
-      return made;
-    };
-    Write({"text " + std::to_string(byte), record("Text", text), {}}, 0);
-    Write({"name " + std::to_string(byte), record(text, "x"), {}}, 0);
+    Write({"text " + std::to_string(byte), MakeRow("Text", text), {}}, 0);
+    Write({"name " + std::to_string(byte), MakeRow(text, "x"), {}}, 0);
   }
 }
 

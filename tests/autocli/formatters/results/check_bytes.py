@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Holds the guide's list of bytes that do not come back against what readers make of each byte.
+"""Compares the guide's table of bytes that do not read back with what readers read for each byte.
 
     check_bytes.py --program WRITE_TREES GUIDE
 
-The guide has a table whose rows are "| reader | bytes in texts | bytes in names |", the reader one
-of those in reading.py, the bytes like `00-08 0b 7f`, or "none". A byte stands between two letters,
-and so above 7f it is never valid UTF-8.
+The rows of the table are "| reader | bytes in strings | bytes in names |". The reader is one of
+those in reading.py; the bytes are written like `00-08 0b 7f`, or "none". Each byte is tried between
+two letters, so bytes above 7f are never valid UTF-8.
 """
 
 import argparse
@@ -23,7 +23,7 @@ ROW = re.compile(r"^\| `(\w+)` \| (none|`[0-9a-f -]+`) \| (none|`[0-9a-f -]+`) \
 
 
 def bytes_of(cell):
-    """The numbers in a cell of the table."""
+    """Returns the numbers in a cell of the table."""
     found = set()
     for span in cell.strip("`").split() if cell != "none" else []:
         first, _, last = span.partition("-")
@@ -32,7 +32,7 @@ def bytes_of(cell):
 
 
 def cell_of(numbers):
-    """The cell for a set of numbers."""
+    """Returns the cell for a set of numbers."""
     spans = []
     for number in sorted(numbers):
         if spans and spans[-1][1] == number - 1:
@@ -44,19 +44,19 @@ def cell_of(numbers):
     return f"`{' '.join(texts)}`" if texts else "none"
 
 
-def comes_back(reader, case):
+def reads_back(reader, case):
     try:
         return not list(reader.check([case]))
-    except Exception:  # whatever a reader of another make throws
+    except Exception:  # any exception of a foreign reader
         return False
 
 
 def lost_bytes(reader, cases):
-    """The bytes in texts and those in names that the reader refuses or changes."""
+    """Returns the bytes in strings and the bytes in names that the reader refuses or changes."""
     lost = {"text": set(), "name": set()}
     for case in cases:
         place, number = case.name.split()
-        if not comes_back(reader, case):
+        if not reads_back(reader, case):
             lost[place].add(int(number))
     return lost["text"], lost["name"]
 

@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Holds the text of many values in all formats against a second rendering and foreign readers.
+"""Compares the output of all formatters with a second rendering and with what readers read from it.
 
     check_trees.py --program WRITE_TREES [--samples] [--seed SEED] [--count COUNT]
 
-The values are random, or with --samples those of the golden files. A tree is named after its seed:
-`--seed N --count 1` looks at it alone. Without options there are 1,000 trees, always the same ones;
-with KESTREL_CAMPAIGN=1 in the environment 10,000 new ones.
+The values are random or, with --samples, those of the golden files. A random tree is named after
+its seed; `--seed N --count 1` checks only that tree. The default is 1,000 trees, always the same;
+with KESTREL_CAMPAIGN=1 in the environment it is 10,000 new ones.
 """
 
 import argparse
@@ -20,8 +20,8 @@ import reading
 import rendering
 import values
 
-MOST_PROBLEMS = 10
-LEAST_SHARE = 0.2  # of the random trees that each reader must be able to read
+MAX_PROBLEMS = 10
+MIN_READABLE_SHARE = 0.2  # of the random trees, for each reader
 
 
 def problems_of_rendering(cases):
@@ -36,21 +36,21 @@ def problems_of_rendering(cases):
                        f"  expected {text!r} {thrown}\n  printed  {case.printed[formatter]!r}")
 
 
-def problems_of_reading(cases, least_share):
+def problems_of_reading(cases, min_share):
     for name, reader in reading.READERS.items():
         if reader.program and not shutil.which(reader.program):
             print(f"{name} is not installed and reads nothing")
             continue
         readable = [case for case in cases if reader.can_read(case)]
         print(f"{name} reads {len(readable)} of {len(cases)}")
-        if len(readable) < least_share * len(cases):
-            yield f"{name}: too few to tell"
+        if len(readable) < min_share * len(cases):
+            yield f"{name}: can read too few values"
         for problem in reader.check(readable):
             yield f"{name}: {problem}"
 
 
 def choose_trees(arguments):
-    """The arguments of the program, and which trees they are for people."""
+    """Returns the program's arguments and a description of the trees."""
     if arguments.samples:
         return ["samples"], "the samples"
     is_campaign = os.environ.get("KESTREL_CAMPAIGN") == "1"
@@ -73,8 +73,8 @@ def main():
     done = subprocess.run([arguments.program, *choice], stdout=subprocess.PIPE, check=True)
     cases = list(values.read_cases(done.stdout, list(rendering.RENDERERS)))
     problems = list(problems_of_rendering(cases))
-    problems += problems_of_reading(cases, LEAST_SHARE if len(cases) >= 1000 else 0)
-    for problem in problems[:MOST_PROBLEMS]:
+    problems += problems_of_reading(cases, MIN_READABLE_SHARE if len(cases) >= 1000 else 0)
+    for problem in problems[:MAX_PROBLEMS]:
         print(problem)
     print(f"{len(cases)} values, {len(problems)} problems")
     return 1 if problems or not cases else 0

@@ -1,11 +1,11 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 
-"""What foreign programs read from the text of a value, and what can be read back at all.
+"""What other programs read from the output of the formatters.
 
-Each reader names the formatter whose text it reads, and the program that must be installed for it.
-A reader is asked `can_read(case)` first: not everything that a format prints is a document of its
-language, and docs/output-formats.md lists what is not. `check(cases)` then gives the problems.
+Each reader names the formatter whose output it reads and the program that it needs, if any.
+`can_read(case)` says whether the output is a valid document at all; docs/output-formats.md lists
+what is not. `check(cases)` yields the differences between the values and what is read.
 """
 
 import ast
@@ -16,16 +16,16 @@ import subprocess
 import tempfile
 import xml.etree.ElementTree as ElementTree
 
-from values import Lie, Record, Values
+from values import Lie, List, Struct
 
 
 def parts_of(value, depth=1):
-    """All values in a value with their depth: the value itself first."""
+    """Yields a value and all values in it, each with its depth; the value itself comes first."""
     yield value, depth
-    if isinstance(value, Record):
+    if isinstance(value, Struct):
         for _, field in value.fields:
             yield from parts_of(field, depth + 1)
-    elif isinstance(value, Values):
+    elif isinstance(value, List):
         for item in value.items:
             yield from parts_of(item, depth + 1)
 
@@ -39,7 +39,7 @@ def texts_in(root):
 
 
 def names_in(root):
-    return [name for value, _ in parts_of(root) if isinstance(value, Record)
+    return [name for value, _ in parts_of(root) if isinstance(value, Struct)
             for name, _ in value.fields]
 
 
@@ -55,37 +55,37 @@ def is_utf8(text):
         return False
 
 
-def all_match(pattern, texts):
-    """Whether all texts are UTF-8 and free of the bytes in a class like rb'[a-z]'."""
+def all_lack(pattern, texts):
+    """Whether all texts are UTF-8 and contain no match of the pattern."""
     return all(is_utf8(text) and not re.search(pattern, text) for text in texts)
 
 
 def plain(value, decode):
-    """The value as Python's own, texts by `decode`, names as UTF-8."""
+    """Returns the value in Python's types; `decode` converts strings, names are UTF-8."""
     if isinstance(value, bytes):
         return decode(value)
-    if isinstance(value, Record):
+    if isinstance(value, Struct):
         return {name.decode(): plain(field, decode) for name, field in value.fields}
-    if isinstance(value, Values):
+    if isinstance(value, List):
         return [plain(item, decode) for item in value.items]
     return value
 
 
 def is_same(left, right):
-    """Equality that tells 1, True and 1.0 apart."""
+    """Compares values and, unlike ==, distinguishes 1, True and 1.0."""
     return repr(left) == repr(right)
 
 
 class JsonReader:
-    """Python's json: each byte of a text is a code point of its own."""
+    """Python's json module, which reads each byte of a string as a code point."""
 
     formatter = "json"
     program = None
 
     @staticmethod
     def can_read(case):
-        # Names are not escaped.
-        return is_honest(case.root) and all_match(rb'[\x00-\x1f"\\]', names_in(case.root))
+        # The formatter does not escape names.
+        return is_honest(case.root) and all_lack(rb'[\x00-\x1f"\\]', names_in(case.root))
 
     @staticmethod
     def read(text):
@@ -105,7 +105,7 @@ def restored_text(text):
 
 
 def restored(found):
-    """What json gave, with the recipe of the guide applied to each text."""
+    """Applies the recipe of the guide for restoring strings to what json has read."""
     if isinstance(found, str):
         try:
             return found.encode("latin-1").decode("utf-8")
@@ -117,7 +117,7 @@ def restored(found):
 
 
 class JqReader(JsonReader):
-    """jq, which keeps numbers as doubles and reads 256 levels of nesting."""
+    """jq, which reads numbers as doubles and accepts 256 levels of nesting."""
 
     program = "jq"
 
@@ -146,7 +146,7 @@ def with_doubles(value):
 
 
 class PythonReader:
-    """ast.literal_eval, which reads 200 levels of nesting."""
+    """ast.literal_eval, which accepts 200 levels of nesting."""
 
     formatter = "python"
     program = None
@@ -154,8 +154,8 @@ class PythonReader:
     @staticmethod
     def can_read(case):
         return (is_honest(case.root) and depth_of(case.root) <= 200 and
-                all_match(rb"[\x00\r\\]", texts_in(case.root)) and
-                all_match(rb'[\x00\r\n\\"]', names_in(case.root)))
+                all_lack(rb"[\x00\r\\]", texts_in(case.root)) and
+                all_lack(rb'[\x00\r\n\\"]', names_in(case.root)))
 
     @staticmethod
     def read(text):
@@ -169,7 +169,7 @@ class PythonReader:
 
 
 class XmlReader:
-    """ElementTree: the document tells the kind of everything."""
+    """ElementTree. The document contains the kind of every value."""
 
     formatter = "xml"
     program = None
@@ -179,8 +179,8 @@ class XmlReader:
         texts = texts_in(case.root)
         names = names_in(case.root) + [text for pair in case.params.items() for text in pair]
         return (is_honest(case.root) and
-                all_match(rb"[\x00-\x08\x0b-\x1f]|\xef\xbf[\xbe\xbf]", texts) and
-                all_match(rb"[\x00-\x1f]|\xef\xbf[\xbe\xbf]", names) and
+                all_lack(rb"[\x00-\x08\x0b-\x1f]|\xef\xbf[\xbe\xbf]", texts) and
+                all_lack(rb"[\x00-\x1f]|\xef\xbf[\xbe\xbf]", names) and
                 b"?>" not in case.params.get(b"stylesheet", b""))
 
     @staticmethod
@@ -210,23 +210,23 @@ def element_value(element):
         return (element.text or "").encode()
     if element.tag == "structure":
         fields = [(field.get("name").encode(), element_value(field[0])) for field in element]
-        return Record(element.get("typeName").encode(), fields)
-    return Values(KINDS_BY_WORD[element.get("type")], [element_value(item) for item in element],
+        return Struct(element.get("typeName").encode(), fields)
+    return List(KINDS_BY_WORD[element.get("type")], [element_value(item) for item in element],
                   None)
 
 
 def without_shapes(value):
-    """The value without the declared structures of lists, which no document holds."""
-    if isinstance(value, Record):
-        return Record(value.type_name,
+    """Returns the value without the declared structures of lists, which no document contains."""
+    if isinstance(value, Struct):
+        return Struct(value.type_name,
                       [(name, without_shapes(field)) for name, field in value.fields])
-    if isinstance(value, Values):
-        return Values(value.kind, [without_shapes(item) for item in value.items], None)
+    if isinstance(value, List):
+        return List(value.kind, [without_shapes(item) for item in value.items], None)
     return value
 
 
 class XmllintReader(XmlReader):
-    """xmllint; only whether it takes the document."""
+    """xmllint; checks only that it accepts the documents."""
 
     program = "xmllint"
 

@@ -1,15 +1,15 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 
-"""The text of a value in each format, made a second time and apart from the library.
+"""A second implementation of the formatters, independent of the library.
 
-Each function takes the root value, the parameters and the width of the screen; it gives the text
-and the message of the exception that ends the formatting, empty when none does.
+Each renderer takes the root value, the parameters and the width of the screen. It returns the text
+and the message of the exception that ends the formatting, or "" when there is none.
 """
 
 import re
 
-from values import Lie, Record, Values, kind_of
+from values import Lie, List, Struct, kind_of
 
 MISREAD = {"Bool": b"Error reading a bool", "Int": b"Error reading a int",
            "String": b"Error reading a string",
@@ -17,7 +17,7 @@ MISREAD = {"Bool": b"Error reading a bool", "Int": b"Error reading a int",
 
 
 class OutsideContract(Exception):
-    """What is printed then is said nowhere."""
+    """Raised where the documents do not say what is printed."""
 
 
 def indent(level):
@@ -25,18 +25,18 @@ def indent(level):
 
 
 def to_string(value):
-    """The value's own text."""
+    """Returns what ToString returns for the value."""
     if isinstance(value, Lie):
         return value.text
     if isinstance(value, bool):
         return b"true" if value else b"false"
     if isinstance(value, int):
         return b"%d" % value
-    if isinstance(value, Record):
+    if isinstance(value, Struct):
         fields = [b"'" + name + b"' => '" + to_string(field) + b"', "
                   for name, field in value.fields]
         return b"{" + b"".join(fields) + b"}"
-    if isinstance(value, Values):
+    if isinstance(value, List):
         return b", ".join(to_string(item) for item in value.items)
     return value
 
@@ -67,7 +67,7 @@ def xml_value(value, level):
         return margin + b"<integer>" + to_string(value) + b"</integer>\n"
     if isinstance(value, bytes):
         return margin + b"<string>" + xml_escape(value) + b"</string>\n"
-    if isinstance(value, Record):
+    if isinstance(value, Struct):
         text = margin + b'<structure typeName="' + xml_escape(value.type_name) + b'">\n'
         for name, field in value.fields:
             text += margin + b'   <field name="' + xml_escape(name) + b'">\n'
@@ -107,7 +107,7 @@ def json_value(value, level):
         return to_string(value)
     if isinstance(value, bytes):
         return b'"' + b"".join(JSON_BYTES[byte] for byte in value) + b'"'
-    if isinstance(value, Record):
+    if isinstance(value, Struct):
         opening, closing = b"{", b"}"
         parts = [margin + b'   "' + name + b'": ' + json_value(field, level + 2)
                  for name, field in value.fields]
@@ -141,7 +141,7 @@ def python_value(value):
         return to_string(value)
     if isinstance(value, bytes):
         return b'"""' + value.replace(b'"', b'\\"').replace(b"\n", b"\\n") + b'"""'
-    if isinstance(value, Record):
+    if isinstance(value, Struct):
         return b"{" + b"".join(b'"' + name + b'": ' + python_value(field) + b", "
                                for name, field in value.fields) + b"}"
     return b"[" + b"".join(python_value(item) + b", " for item in value.items) + b"]"
@@ -162,7 +162,7 @@ def split_list(text):
 
 
 def print_with(pattern, value):
-    """What C's snprintf makes of the pattern; None when the pattern does not fit the value."""
+    """Returns what C's snprintf writes, or None when the pattern does not fit the value."""
     pieces = re.split(rb"(%%|%[-0-9.]*(?:ld|d|s))", pattern)
     text = b""
     for number, piece in enumerate(pieces):
@@ -190,7 +190,7 @@ def format_field(type_name, field_name, value, params):
         if isinstance(value, Lie):
             raise OutsideContract
         pattern = params[b"printf:" + key]
-        text = b"" if isinstance(value, (Record, Values)) else print_with(pattern, value)
+        text = b"" if isinstance(value, (Struct, List)) else print_with(pattern, value)
         if text is None:
             return (b"Error while handling formatting parameter printf:" + key +
                     b".  Unable to format field: Invalid argument")
@@ -206,35 +206,35 @@ def simple_value(value, params, level):
         return b""
     if isinstance(value, Lie):
         return MISREAD[value.kind] + b"\n"
-    if isinstance(value, Record):
+    if isinstance(value, Struct):
         return simple_struct(value, params, level)
-    if isinstance(value, Values) and value.kind in ("Struct", "List"):
+    if isinstance(value, List) and value.kind in ("Struct", "List"):
         return b"".join(b"\n" + simple_value(item, params, level + 1)
                         for item in value.items) + b"\n"
     return to_string(value) + b"\n"
 
 
-def simple_header(record, params):
-    if b"header:" + record.type_name not in params:
-        return record.type_name
-    header = params[b"header:" + record.type_name]
+def simple_header(structure, params):
+    if b"header:" + structure.type_name not in params:
+        return structure.type_name
+    header = params[b"header:" + structure.type_name]
     marker = re.fullmatch(rb".*%(.+)%.*", header, re.DOTALL)
-    fields = dict(record.fields)
+    fields = dict(structure.fields)
     if marker and marker.group(1) in fields:
         name = marker.group(1)
         return header.replace(b"%" + name + b"%", to_string(fields[name]))
     return header
 
 
-def simple_struct(record, params, level):
-    fields = dict(record.fields)
+def simple_struct(structure, params, level):
+    fields = dict(structure.fields)
     names = list(fields)
-    for key in (b"fields:" + record.type_name, b"fields"):
+    for key in (b"fields:" + structure.type_name, b"fields"):
         if key in params:
             names = split_list(params[key])
             break
     aligned = max(map(len, names), default=0) if params.get(b"align-fields") == b"true" else 0
-    header = simple_header(record, params)
+    header = simple_header(structure, params)
     text = b"" if header == b"<NONE>" else indent(level) + header + b":\n"
     for name in names:
         if name not in fields:
@@ -246,12 +246,12 @@ def simple_struct(record, params, level):
         elif kind_of(value) == "List":
             text += simple_value(value, params, level + 2)
         else:
-            text += format_field(record.type_name, name, value, params) + b"\n"
+            text += format_field(structure.type_name, name, value, params) + b"\n"
     return text
 
 
 def simple(root, params, _width):
-    return simple_value(root, params, -1 if isinstance(root, Values) else 0), ""
+    return simple_value(root, params, -1 if isinstance(root, List) else 0), ""
 
 
 # --- table ---
@@ -283,14 +283,14 @@ def fit_lines(text, margin, width):
                       for number, line in enumerate(lines))
 
 
-def sub_field(record, path):
-    current, value = record, None
+def sub_field(structure, path):
+    current, value = structure, None
     for piece in path.split(b"."):
         if current is None:
             raise OutsideContract  # a step through a scalar
         value = dict(current.fields).get(piece)
         if value is not None:
-            current = value if isinstance(value, Record) else None
+            current = value if isinstance(value, Struct) else None
     return value
 
 
@@ -325,35 +325,35 @@ def wrap_indent(columns, widths, params, width):
 
 
 def table(root, params, width):
-    if not isinstance(root, Values) or root.kind != "Struct":
+    if not isinstance(root, List) or root.kind != "Struct":
         return b"", "Error: Unexpected type for output, formatter, table, expected a List of structs"
     if root.shape is None:
         return b"", "Error: Unable to get structure type from list output." if root.items else ""
     columns = table_columns(root.shape, params)
     widths = {name: len(name) + 2 for name in columns}
-    for record in root.items:
+    for structure in root.items:
         for name in columns:
-            value = sub_field(record, name)
+            value = sub_field(structure, name)
             if value is None:
                 return b"Error: Unknown field in field list: " + name + b"\n", ""
-            text = format_field(record.type_name, name, value, params)
+            text = format_field(structure.type_name, name, value, params)
             widths[name] = max(widths[name], len(text) + 2)
     result = table_header(columns, widths, params)
     margin = wrap_indent(columns, widths, params, width)
-    for record in root.items:
-        result += table_row(record, columns, widths, params, margin, width) + b"\n"
+    for structure in root.items:
+        result += table_row(structure, columns, widths, params, margin, width) + b"\n"
     return result, ""
 
 
-def table_row(record, columns, widths, params, margin, width):
+def table_row(structure, columns, widths, params, margin, width):
     row = b""
     for number, name in enumerate(columns):
-        value = sub_field(record, name)
+        value = sub_field(structure, name)
         is_last = number == len(columns) - 1
         if margin and name == columns[-1]:
             row += fit_lines(to_string(value), margin, width)
             continue
-        text = format_field(record.type_name, name, value, params)
+        text = format_field(structure.type_name, name, value, params)
         if kind_of(value) == "Int":
             row += text.rjust(widths[name] - 2) + b"  "
         else:

@@ -1,9 +1,9 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 
-"""Values of commands, as the program kestrel_write_trees writes them (its source has the notation).
+"""Reads the values that kestrel_write_trees writes; its source describes the notation.
 
-A boolean and an integer are Python's own, a string is `bytes`, nothing is None.
+Booleans and integers have Python's types, a string is `bytes`, nothing is None.
 """
 
 import collections
@@ -11,8 +11,8 @@ import collections
 KINDS = ["Int", "Bool", "String", "Struct", "List"]
 
 Lie = collections.namedtuple("Lie", "kind text")  # claims a kind; `kind` is its name or None
-Record = collections.namedtuple("Record", "type_name fields")  # `fields`: pairs in order of names
-Values = collections.namedtuple("Values", "kind items shape")  # a list; `shape`: see Shape
+Struct = collections.namedtuple("Struct", "type_name fields")  # `fields`: pairs in name order
+List = collections.namedtuple("List", "kind items shape")  # `shape`: a Shape or None
 Shape = collections.namedtuple("Shape", "type_name names")  # the declared structure of a list
 
 Case = collections.namedtuple("Case", "name width params root printed")
@@ -23,10 +23,10 @@ def kind_name(number):
 
 
 def kind_of(value):
-    """The name of the kind that the value announces; None when that is no kind."""
+    """Returns the name of the kind that the value claims, or None when there is no such kind."""
     if isinstance(value, Lie):
         return value.kind
-    kinds = {bool: "Bool", int: "Int", bytes: "String", Record: "Struct", Values: "List"}
+    kinds = {bool: "Bool", int: "Int", bytes: "String", Struct: "Struct", List: "List"}
     return kinds[type(value)]
 
 
@@ -52,7 +52,7 @@ class Reader:
         text = self.data[self.at:self.at + size]
         self.at += size
         if self.data[self.at:self.at + 1] != b",":
-            raise ValueError("a netstring without end")
+            raise ValueError("unterminated netstring")
         self.at += 1
         return text
 
@@ -61,23 +61,23 @@ class Reader:
         self.at += 1
         return {b"n": lambda: None, b"b": self._boolean, b"i": self.number, b"s": self.netstring,
                 b"x": lambda: Lie(kind_name(self.number()), self.netstring()),
-                b"r": self._record, b"l": self._scalars, b"t": self._structures}[kind]()
+                b"r": self._struct, b"l": self._scalars, b"t": self._structures}[kind]()
 
     def _boolean(self):
         self.at += 1
         return self.data[self.at - 1:self.at] == b"1"
 
-    def _record(self):
+    def _struct(self):
         type_name = self.netstring()
         fields = {}
         for _ in range(self.number()):
             name = self.netstring()
             fields[name] = self.value()
-        return Record(type_name, sorted(fields.items()))
+        return Struct(type_name, sorted(fields.items()))
 
     def _scalars(self):
         kind = kind_name(self.number())
-        return Values(kind, [self.value() for _ in range(self.number())], None)
+        return List(kind, [self.value() for _ in range(self.number())], None)
 
     def _structures(self):
         has_shape = self.data[self.at:self.at + 1] == b"r"
@@ -86,11 +86,11 @@ class Reader:
         if has_shape:
             type_name = self.netstring()
             shape = Shape(type_name, sorted(self.netstring() for _ in range(self.number())))
-        return Values("Struct", [self.value() for _ in range(self.number())], shape)
+        return List("Struct", [self.value() for _ in range(self.number())], shape)
 
 
 def read_cases(data, formatters):
-    """The cases in what the program wrote; `formatters` are the names in its order."""
+    """Yields the cases in the program's output; `formatters` lists the names in its order."""
     reader = Reader(data)
     while not reader.at_end():
         name = reader.netstring().decode()
