@@ -9,13 +9,13 @@
 
 namespace {
 
-TEST(VersionTest, TextHoldsTheThreeNumbers) {
+TEST(VersionTest, TheStringContainsTheThreeNumbers) {
   EXPECT_EQ(std::to_string(KESTREL_VERSION_MAJOR) + "." + std::to_string(KESTREL_VERSION_MINOR) +
                 "." + std::to_string(KESTREL_VERSION_PATCH),
             KESTREL_VERSION_STRING);
 }
 
-TEST(VersionTest, OneNumberHoldsTheThreeNumbers) {
+TEST(VersionTest, OneNumberContainsTheThreeNumbers) {
   EXPECT_EQ(KESTREL_VERSION / 10000, KESTREL_VERSION_MAJOR);
   EXPECT_EQ(KESTREL_VERSION / 100 % 100, KESTREL_VERSION_MINOR);
   EXPECT_EQ(KESTREL_VERSION % 100, KESTREL_VERSION_PATCH);

@@ -2,12 +2,12 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# check_symbols.sh LIBRARY: whether the library exports what exported_symbols.txt lists, and nothing
-# but its own names. `check_symbols.sh --update LIBRARY` writes the list anew; that diff is reviewed
-# as a change of the interface.
+# check_symbols.sh LIBRARY: checks that the library exports the symbols in exported_symbols.txt and
+# no others. `check_symbols.sh --update LIBRARY` rewrites the list; review the difference as a change
+# of the interface.
 #
-# Inline functions (weak symbols) are left out: every user of a header makes their own, and which of
-# them the compiler keeps depends on how it optimises. So are thunks, which follow from the bases.
+# The list does not contain inline functions (weak symbols), because every user of a header compiles
+# its own copies and the optimiser decides which remain; nor thunks, which follow from the bases.
 set -euo pipefail
 
 update=false
@@ -24,15 +24,16 @@ symbols=$(nm --dynamic --demangle --defined-only "$library" |
 
 foreign=$(grep -vE "$ours" <<<"$symbols" || true)
 if [[ -n $foreign ]]; then
-  echo "The library exports names that are not its own:" >&2
+  echo "The library exports foreign names:" >&2
   echo "$foreign" >&2
   exit 1
 fi
 
-# A public constant that a program holds a copy of is that copy for the library too.
+# A program may hold a copy of a public constant. The library must use that copy too, so the
+# constant must not be bound within the library.
 constants=$(nm --dynamic --defined-only "$library" | awk '$2 ~ /^[BDG]$/ { print $3 }')
 bound=$(readelf --relocs --wide "$library" | awk 'NF >= 5 { sub(/@.*/, "", $5); print $5 }')
-[[ -n $constants ]] || { echo "The library exports no constant at all." >&2 && exit 1; }
+[[ -n $constants ]] || { echo "The library exports no constants." >&2 && exit 1; }
 for constant in $constants; do
   if ! grep -qxF "$constant" <<<"$bound"; then
     echo "$(c++filt "$constant") is bound within the library: see cmake/replaceable.list" >&2

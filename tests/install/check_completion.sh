@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# check_completion.sh STAGE: what bash offers for unfinished command lines of the installed tool.
+# check_completion.sh STAGE: checks bash's completion of command lines of the installed tool.
 set -euo pipefail
 
 stage=$1
@@ -12,16 +12,16 @@ plugins=$stage/lib/norvane/vexil
 source "$stage/share/bash-completion/completions/vexil"
 failures=0
 
-# expect "OFFERS" WORD...: the offers for the line vexil WORD..., the cursor behind the last word.
+# expect "COMPLETIONS" WORD...: completes the last word of the line vexil WORD...
 expect() {
-  local offers=$1
+  local completions=$1
   shift
   COMP_WORDS=(vexil "$@")
   COMP_CWORD=$#
   COMPREPLY=()
   _vexil
-  if [[ ${COMPREPLY[*]} != "$offers" ]]; then
-    echo "vexil $*: expected '$offers', but got '${COMPREPLY[*]}'" >&2
+  if [[ ${COMPREPLY[*]} != "$completions" ]]; then
+    echo "vexil $*: expected '$completions', but got '${COMPREPLY[*]}'" >&2
     failures=$((failures + 1))
   fi
 }

@@ -2,8 +2,8 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# check_configure.sh SOURCE WORK: what the library is linked with under the options that choose it.
-# Nothing is compiled; the commands that the build would run are looked at.
+# check_configure.sh SOURCE WORK: checks with which libraries each option links the library. Compiles
+# nothing, but reads the commands that the build would run.
 set -euo pipefail
 
 source=$1 work=$2
@@ -13,7 +13,7 @@ fail() {
   exit 1
 }
 
-# Configures into the folder $work/NAME and leaves what cmake says there.
+# configure NAME OPTION...: configures in the folder $work/NAME; the output is in its file "output".
 configure() {
   local name=$1
   shift
@@ -51,7 +51,7 @@ expect_not "$command" 'libkestrel_(zoluser|tessalibs|audit)\.a'
   fail "an unknown platform is accepted"
 expect "$(<"$work/wrong.output")" "KESTREL_PLATFORM must be standin or host, not 'other'"
 
-# A package that says it is Boost, with headers alone or with the library too.
+# fake_boost VERSION: creates a CMake package that claims to be this version of Boost.
 fake_boost() {
   mkdir -p "$work/boost-$1"
   cat >"$work/boost-$1/BoostConfig.cmake" <<END

@@ -2,10 +2,10 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# check_install.sh cmake|pkg-config STAGE WORK: builds the consumer's program and plug-in against a
-# copy of the installed tree alone, and runs them.
+# check_install.sh cmake|pkg-config STAGE WORK: builds the consumer's program and plug-in against an
+# installed tree, and runs them.
 #
-# The tree is copied to WORK first: what is installed must not depend on where it was installed.
+# Copies the tree to WORK first, because installed files must not depend on their location.
 set -euo pipefail
 
 way=$1 stage=$2 work=$3
@@ -74,7 +74,7 @@ library=$(ldd "$prefix/bin/vexil" | awk '/libkestrel/ { print $3 }')
 expect_text "the library that the moved tool loads" \
   "$(realpath "$prefix")" "$(realpath "$library" | sed 's|/lib/.*||')"
 
-# What the package files name must be the consumer's to find: nothing of how the library was built.
+# The package files must not name private dependencies or the build tree.
 leaks=$(grep -rnE 'Boost|LibXml2|kestrel_|zoluser|tessalibs|auditTlsParams' \
   "$prefix"/lib*/cmake "$prefix"/lib*/pkgconfig || true)
 expect_text "private dependencies in the package files" "" "$leaks"

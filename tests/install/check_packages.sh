@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# check_packages.sh BUILD WORK: makes the Debian packages of a build tree and looks into them.
+# check_packages.sh BUILD WORK: builds the Debian packages of a build tree and checks their contents.
 set -euo pipefail
 
 build=$1 work=$2
@@ -12,15 +12,15 @@ fail() {
   exit 1
 }
 
-# package NAME: the file of the package, which must be there once.
+# package NAME: prints the path of the package, of which there must be exactly one.
 package() {
   local files=("$work/$1"_[0-9]*_*.deb)
   [[ ${#files[@]} -eq 1 && -e ${files[0]} ]] || fail "no package $1 in $work"
   echo "${files[0]}"
 }
 
-# holds NAME PATTERN...: a path of the package matches each pattern.
-holds() {
+# contains NAME PATTERN...: fails unless each pattern matches a path in the package.
+contains() {
   local name=$1 paths pattern
   shift
   paths=$(dpkg-deb --contents "$(package "$name")" | awk '{ print $6 }')
@@ -29,7 +29,7 @@ holds() {
   done
 }
 
-# depends NAME PATTERN
+# depends NAME PATTERN: fails unless the pattern matches the dependencies of the package.
 depends() {
   local line
   line=$(dpkg-deb --field "$(package "$1")" Depends)
@@ -41,11 +41,11 @@ mkdir -p "$work"
 cpack --config "$build/CPackConfig.cmake" -D CPACK_PACKAGING_INSTALL_PREFIX=/usr -B "$work" \
   >"$work/log" 2>&1 || fail "cpack fails:"$'\n'"$(<"$work/log")"
 
-holds libkestrel '/usr/lib/.*libkestrel\.so\.[0-9]+' '/usr/lib/.*libkestrel\.so\.[0-9.]+'
-holds libkestrel-dev '/usr/lib/.*libkestrel\.so' '/usr/include/kestrel/kestrel\.h' \
+contains libkestrel '/usr/lib/.*libkestrel\.so\.[0-9]+' '/usr/lib/.*libkestrel\.so\.[0-9.]+'
+contains libkestrel-dev '/usr/lib/.*libkestrel\.so' '/usr/include/kestrel/kestrel\.h' \
   '/usr/lib/.*KestrelConfig\.cmake' '/usr/lib/.*/kestrel\.pc' \
   '/usr/share/man/man3/vexil-plugin\.3'
-holds vexil '/usr/bin/vexil' '/usr/lib/norvane/vexil/ext/' '/usr/lib/norvane/vexil/host\.so' \
+contains vexil '/usr/bin/vexil' '/usr/lib/norvane/vexil/ext/' '/usr/lib/norvane/vexil/host\.so' \
   '/usr/share/bash-completion/completions/vexil' \
   '/usr/share/man/man1/vexil\.1' '/usr/share/man/man5/vexil-plugin\.5'
 depends libkestrel-dev '^libkestrel \(= '

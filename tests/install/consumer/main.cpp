@@ -8,11 +8,11 @@
 
 namespace {
 
-void PrintRecord() {
-  auto record = Kestrel::MetaObj::MetaStruct::New("Greeting");
-  record->SetField("Text", "hello");
-  record->SetField("Times", 3);
-  std::cout << record->ToString() << "\n";
+void PrintStructure() {
+  auto structure = Kestrel::MetaObj::MetaStruct::New("Greeting");
+  structure->SetField("Text", "hello");
+  structure->SetField("Times", 3);
+  std::cout << structure->ToString() << "\n";
 }
 
 void PrintRefusal() {
@@ -27,6 +27,6 @@ void PrintRefusal() {
 
 int main() {
   std::cout << "built against " << KESTREL_VERSION_STRING << "\n";
-  PrintRecord();
+  PrintStructure();
   PrintRefusal();
 }

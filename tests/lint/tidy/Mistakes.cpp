@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// One mistake for each check of .clang-tidy, never built: scripts/check_tidy.sh lets clang-tidy
-// read this file and fails when a check finds nothing in it.
+// One mistake for each check of .clang-tidy. This file is never built: scripts/check_tidy.sh runs
+// clang-tidy on it and fails when a check reports nothing.
 #include "Mistakes.h"
 
 #include <memory>

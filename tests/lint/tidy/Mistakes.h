@@ -3,6 +3,6 @@
 
 #pragma once
 
-// Mistakes that only a header can make; see Mistakes.cpp.
+// Mistakes that are only possible in a header; see Mistakes.cpp.
 
 int definedInAHeader = 0;  // misc-definitions-in-headers
