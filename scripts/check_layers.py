@@ -12,7 +12,7 @@ Reports, one per line, every include that
 - is part of a cycle of headers,
 - is reserved for other folders (libxml2, the loader, the host's libraries, ...),
 - adds anything but the standard library to a public header,
-- adds a private header to the tool or to a plug-in,
+- adds a private header of the library to the tool, a plug-in or a program around the tool,
 - adds a header for users to the library: kestrel.h, or Util.h in a source that does not define one
   of its functions,
 
@@ -46,9 +46,11 @@ LAYERS = [
     ["plugins/host/frame"],
     ["plugins/host/system", "plugins/host/storage", "plugins/host/network", "plugins/host/log"],
     ["plugins/host"],
+    ["tools/catalog"],
+    ["plugins/vexil"],
 ]
 RANK = {folder: rank for rank, folders in enumerate(LAYERS) for folder in folders}
-LIBRARY = [folder for folder in RANK if not folder.startswith(("plugins/", "vexil"))]
+LIBRARY = [folder for folder in RANK if not folder.startswith(("plugins/", "tools/", "vexil"))]
 
 PUBLIC = "include/kestrel/"
 # A public header belongs to the folder of its source. A header without a source belongs to the
@@ -94,7 +96,8 @@ STANDARD_HEADERS = set("""
     string_view strstream system_error thread tuple type_traits typeindex typeinfo unordered_map
     unordered_set utility valarray variant vector""".split())
 
-SOURCE_FOLDERS = ["include/kestrel", "platform", "metaobj", "callspec", "autocli", "vexil", "plugins"]
+SOURCE_FOLDERS = ["include/kestrel", "platform", "metaobj", "callspec", "autocli", "vexil", "plugins",
+                  "tools"]
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*[<"]([^>"\n]+)[>"]', re.MULTILINE)
 
 

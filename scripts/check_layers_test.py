@@ -207,6 +207,30 @@ class CheckLayersTest(unittest.TestCase):
                    for beside in check_layers.LAYERS for folder in beside[:1]]
         self.assertEqual(folders, rows, "check_layers.py and docs/architecture.md differ")
 
+    def test_keeps_private_headers_out_of_the_catalog(self):
+        self.assertEqual(
+            ["tools/catalog/ReadTree.cpp: includes autocli/text/Report.h, "
+             "which is private to the library"],
+            self.problems_of({
+                "autocli/text/Report.h": "",
+                "include/kestrel/metaobj/MetaInt.h": "",
+                "metaobj/MetaInt.cpp": "",
+                "tools/catalog/ReadTree.cpp": '#include "autocli/text/Report.h"\n'
+                                              '#include "kestrel/metaobj/MetaInt.h"\n'
+                                              "#include <nlohmann/json.hpp>\n",
+            }))
+
+    def test_lets_the_plugin_about_the_tool_alone_use_the_catalog(self):
+        self.assertEqual(
+            ['plugins/host/HostPlugin.cpp: includes "tools/catalog/Catalog.h": '
+             'plugins/host may not use tools/catalog, which is above it'],
+            self.problems_of({
+                "metaobj/MetaInt.cpp": "",
+                "plugins/host/HostPlugin.cpp": '#include "tools/catalog/Catalog.h"\n',
+                "plugins/vexil/VexilPlugin.cpp": '#include "tools/catalog/Catalog.h"\n',
+                "tools/catalog/Catalog.h": "",
+            }))
+
     def test_reports_a_folder_without_sources(self):
         with tempfile.TemporaryDirectory() as root:
             self.assertEqual([f"{root}: no sources of the library found"],

@@ -1,0 +1,184 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "tools/catalog/PluginOrigins.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <list>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "kestrel/KestrelException.h"
+#include "kestrel/autocli/Dispatcher.h"
+#include "kestrel/autocli/ExtensionCommand.h"
+#include "support/SampleCommands.h"
+#include "support/ScopedTempDir.h"
+#include "support/TestPlugins.h"
+#include "tools/catalog/Catalog.h"
+
+namespace Kestrel::Catalog {
+namespace {
+
+using AutoCli::Dispatcher;
+using AutoCli::Namespace;
+using AutoCli::NamespaceNode;
+using Testing::CopyTestPlugin;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Testing::MakeAnsweringCommand;
+using Testing::RegisterAt;
+using Testing::ScopedTempDir;
+using Testing::TestPluginPath;
+
+/// A descriptor with the namespace `name`, which more than one may have, and a command in it.
+std::string MakeDescriptor(const std::string& name, const std::string& command) {
+  return "<p><version>1.0.0</version><namespaces><namespace path=\"" + name +
+         "\"><description>Shared.</description></namespace></namespaces><commands><command "
+         "path=\"" +
+         name + "." + command +
+         "\"><description>d</description><input-spec/><output-spec><string/></output-spec>"
+         "<format-parameters/><execute>true</execute></command></commands></p>";
+}
+
+class PluginOriginsTest : public testing::Test {
+ protected:
+  /// The plug-in of a command, as "kind path"; "none" when it is not found.
+  std::string Find(const std::string& path) {
+    const auto node = Resolve(path);
+    const Plugin* const plugin = origins().FindPlugin(*node, path);
+    return plugin == nullptr ? "none" : Describe(*plugin);
+  }
+
+  static std::string Describe(const Plugin& plugin) {
+    const char* const kinds[] = {"built-in", "shared", "descriptor"};
+    return std::string(kinds[static_cast<int>(plugin.kind)]) + " " + plugin.path + " " +
+           plugin.file;
+  }
+
+  std::shared_ptr<NamespaceNode> Resolve(const std::string& path) {
+    std::list<std::string> words;
+    for (std::size_t begin = 0; begin < path.size();) {
+      const std::size_t end = std::min(path.find(' ', begin), path.size());
+      words.push_back(path.substr(begin, end - begin));
+      begin = end + 1;
+    }
+    return dispatcher_.GetRootNamespace()->ResolveNode(words);
+  }
+
+  /// Made with the first question, when everything is loaded.
+  PluginOrigins& origins() {
+    if (origins_ == nullptr) {
+      origins_ = std::make_unique<PluginOrigins>(dispatcher_);
+    }
+    return *origins_;
+  }
+
+  ScopedTempDir folder_;
+  Dispatcher dispatcher_;
+
+ private:
+  std::unique_ptr<PluginOrigins> origins_;
+};
+
+TEST_F(PluginOriginsTest, ACommandOfTheLibraryIsBuiltIn) {
+  EXPECT_EQ("built-in Internal built-in", Find("vexil command list"));
+}
+
+TEST_F(PluginOriginsTest, ACommandOfTheProgramIsBuiltIn) {
+  RegisterAt(dispatcher_.GetRootNamespace(), {"sample", "get"}, MakeAnsweringCommand("x"));
+  EXPECT_EQ("built-in Internal built-in", Find("sample get"));
+}
+
+TEST_F(PluginOriginsTest, ANativeCommandIsOfTheSharedObjectThatHasItsClass) {
+  const std::string first = folder_.GetPath("first.so");
+  const std::string second = folder_.GetPath("second.so");
+  CopyTestPlugin("NamedAfterFilePlugin", first);
+  CopyTestPlugin("NamedAfterFilePlugin", second);
+  dispatcher_.AddPlugin(first);
+  dispatcher_.AddPlugin(TestPluginPath("EchoPlugin"));
+  dispatcher_.AddPlugin(second);
+  EXPECT_EQ("shared " + first + " first.so", Find("first"));
+  EXPECT_EQ("shared " + second + " second.so", Find("second"));
+  EXPECT_EQ("shared " + TestPluginPath("EchoPlugin") + " EchoPlugin.so", Find("echo say"));
+}
+
+TEST_F(PluginOriginsTest, APluginIsFoundByTheNameThatItWasLoadedBy) {
+  const auto here = std::filesystem::current_path();
+  CopyTestPlugin("NamedAfterFilePlugin", folder_.GetPath("here.so"));
+  std::filesystem::current_path(folder_.GetPath());
+  dispatcher_.AddPlugin("./here.so");
+  EXPECT_EQ("shared ./here.so here.so", Find("here"));
+  std::filesystem::current_path(here);
+}
+
+TEST_F(PluginOriginsTest, ACommandOfADescriptorIsOfTheOneThatDeclaresIt) {
+  const std::string list = folder_.Write("list.xml", MakeDescriptor("disk", "list"));
+  const std::string get = folder_.Write("get.xml", MakeDescriptor("disk", "get"));
+  dispatcher_.AddPlugin(list);
+  dispatcher_.AddPlugin(get);
+  EXPECT_EQ("descriptor " + list + " list.xml", Find("disk list"));
+  EXPECT_EQ("descriptor " + get + " get.xml", Find("disk get"));
+}
+
+TEST_F(PluginOriginsTest, TheDescriptorsOfANamespaceAreThoseThatDeclareIt) {
+  dispatcher_.AddPlugin(folder_.Write("list.xml", MakeDescriptor("disk", "list")));
+  dispatcher_.AddPlugin(folder_.Write("get.xml", MakeDescriptor("disk", "get")));
+  dispatcher_.AddPlugin(folder_.Write("other.xml", MakeDescriptor("other", "get")));
+  std::vector<std::string> files;
+  for (const Plugin* const plugin : origins().FindDescriptors("disk")) {
+    files.push_back(plugin->file);
+  }
+  EXPECT_THAT(files, ElementsAre("list.xml", "get.xml"));
+  EXPECT_THAT(origins().FindDescriptors("disk list"), IsEmpty());
+  EXPECT_THAT(origins().FindDescriptors("vexil"), IsEmpty());
+}
+
+TEST_F(PluginOriginsTest, NobodyIsFoundForADescriptorThatIsGone) {
+  const std::string list = folder_.Write("list.xml", MakeDescriptor("disk", "list"));
+  dispatcher_.AddPlugin(list);
+  std::remove(list.c_str());
+  EXPECT_EQ("none", Find("disk list"));
+}
+
+TEST_F(PluginOriginsTest, NobodyIsFoundForAnExtensionCommandThatNoDescriptorDeclares) {
+  dispatcher_.AddPlugin(folder_.Write("list.xml", MakeDescriptor("disk", "list")));
+  RegisterAt(dispatcher_.GetRootNamespace(), {"disk", "get"}, AutoCli::ExtensionCommand::New());
+  EXPECT_EQ("none", Find("disk get"));
+}
+
+TEST_F(PluginOriginsTest, NobodyIsFoundForAPlainNamespace) {
+  EXPECT_EQ("none", Find("vexil command"));
+}
+
+TEST_F(PluginOriginsTest, APluginThatFailedIsFoundAndIsNoneOfTheRegisteredOnes) {
+  const std::string path = TestPluginPath("ThrowingPluginKestrelException");
+  EXPECT_THROW(dispatcher_.AddPlugin(path), KestrelException);
+  EXPECT_EQ("shared " + path + " ThrowingPluginKestrelException.so", Find("throwing early"));
+  EXPECT_EQ(1u, origins().GetPlugins().size());
+}
+
+TEST_F(PluginOriginsTest, TheRegisteredPluginsAreInTheOrderOfLoading) {
+  const std::string echo = TestPluginPath("EchoPlugin");
+  const std::string list = folder_.Write("list.xml", MakeDescriptor("disk", "list"));
+  dispatcher_.AddPlugin(list);
+  dispatcher_.AddPlugin(echo);
+  std::vector<std::string> plugins;
+  for (const Plugin* const plugin : origins().GetPlugins()) {
+    plugins.push_back(Describe(*plugin));
+  }
+  EXPECT_THAT(plugins, ElementsAre("built-in Internal built-in", "descriptor " + list + " list.xml",
+                                   "shared " + echo + " EchoPlugin.so"));
+}
+
+TEST_F(PluginOriginsTest, WithoutRegistrationsNothingIsBuiltIn) {
+  dispatcher_.ResetRegistrations();
+  EXPECT_EQ("none", Find("vexil command list"));
+}
+
+}  // namespace
+}  // namespace Kestrel::Catalog

@@ -1,0 +1,323 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "tools/catalog/ReadTree.h"
+
+#include <algorithm>
+#include <exception>
+#include <memory>
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "kestrel/KestrelException.h"
+#include "kestrel/autocli/NamespaceNode.h"
+#include "kestrel/autocli/RootNamespace.h"
+#include "kestrel/callspec/InputSpec.h"
+#include "kestrel/callspec/OutputSpec.h"
+#include "kestrel/metaobj/MetaList.h"
+#include "kestrel/metaobj/MetaString.h"
+#include "kestrel/metaobj/MetaStruct.h"
+#include "tools/catalog/CatalogWords.h"
+#include "tools/catalog/PluginOrigins.h"
+
+namespace Kestrel::Catalog {
+
+using AutoCli::CommandSpec;
+using AutoCli::NamespaceNode;
+using AutoCli::NodeType;
+using CallSpec::OutputSpec;
+using CallSpec::ParameterConstraint;
+using CallSpec::ParameterSpec;
+using MetaObj::MetaList;
+using MetaObj::MetaObject;
+using MetaObj::MetaString;
+using MetaObj::MetaStruct;
+using MetaObj::MetaType;
+
+namespace {
+
+/// The parameter that the library adds to every command.
+constexpr const char* kHelp = "help";
+
+bool IsAscii(const std::string& text) {
+  return std::all_of(text.begin(), text.end(),
+                     [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+/// `text` as valid UTF-8. Piece by piece, because the library's check ends at a NUL.
+std::string Escaped(const std::string& text) {
+  std::string escaped;
+  std::size_t begin = 0;
+  while (true) {
+    const std::size_t end = std::min(text.find('\0', begin), text.size());
+    escaped += MetaString::NewUtf8WithEscapes(text.substr(begin, end - begin))->GetValue();
+    if (end == text.size()) {
+      return escaped;
+    }
+    escaped += '\0';
+    begin = end + 1;
+  }
+}
+
+std::string ReadText(const std::string& text) { return IsAscii(text) ? text : Escaped(text); }
+
+/// The library's own words for a documentation that was never set.
+std::string ReadDocumentation(const std::string& text) {
+  return text == MetaStruct::_docMissingStaticString ? std::string() : ReadText(text);
+}
+
+std::map<std::string, std::string> ReadTexts(const std::map<std::string, std::string>& texts) {
+  std::map<std::string, std::string> read;
+  for (const auto& [name, value] : texts) {
+    read.emplace_hint(read.end(), ReadText(name), ReadText(value));
+  }
+  return read;
+}
+
+/// Throws KestrelException when there is no word for the kind.
+template <typename Kind>
+const Kind& RequireKnown(const Kind& kind) {
+  WordOf(kind);
+  return kind;
+}
+
+AllowedValue ReadAllowedValue(const std::string& value, const ParameterConstraint& constraint) {
+  const auto& descriptions = constraint.GetStringEnumWithDesc();
+  const auto found = descriptions.find(value);
+  return {ReadText(value), found == descriptions.end() ? "" : ReadText(found->second)};
+}
+
+Constraint ReadConstraint(const ParameterConstraint& declared) {
+  Constraint constraint;
+  constraint.type = RequireKnown(declared.GetType());
+  constraint.text = ReadText(declared.ToString());
+  switch (constraint.type) {
+    case CallSpec::NoConstraint:
+      break;
+    case CallSpec::IntRange:
+      declared.GetIntRange(constraint.minimum, constraint.maximum);
+      break;
+    case CallSpec::IntEnum:
+      constraint.integers = declared.GetIntEnum();
+      break;
+    case CallSpec::StringEnum:
+      for (const std::string& value : declared.GetStringEnum()) {
+        constraint.strings.push_back(ReadAllowedValue(value, declared));
+      }
+      break;
+    case CallSpec::StringRegex:
+      constraint.expression = ReadText(declared.GetStringRegex());
+      break;
+  }
+  return constraint;
+}
+
+Parameter ReadParameter(const ParameterSpec& declared) {
+  Parameter parameter;
+  parameter.name = declared.GetName();
+  parameter.shortName = declared.GetShortName();
+  parameter.kind = RequireKnown(declared.GetParameterType());
+  parameter.description = ReadText(declared.GetDescription(true));
+  parameter.required = declared.IsRequired();
+  parameter.secret = declared.IsSecret();
+  parameter.multiple = declared.AllowMultiple();
+  if (declared.GetConstraint() != nullptr) {
+    parameter.constraint = ReadConstraint(*declared.GetConstraint());
+  }
+  return parameter;
+}
+
+std::vector<Parameter> ReadParameters(CommandSpec& command) {
+  std::vector<Parameter> parameters;
+  for (const std::shared_ptr<ParameterSpec>& declared : command.GetInputSpec()->GetParameters()) {
+    if (declared->GetName() != kHelp) {
+      parameters.push_back(ReadParameter(*declared));
+    }
+  }
+  return parameters;
+}
+
+ValueKind ReadKind(const MetaObject& value) {
+  if (const auto* const list = dynamic_cast<const MetaList*>(&value)) {
+    return RequireKnown(ValueKind{list->GetListType(), true});
+  }
+  return RequireKnown(ValueKind{value.GetType(), false});
+}
+
+/// The structure that a value is, or that the elements of a list have; null for other values.
+std::shared_ptr<const MetaStruct> FindStructure(const std::shared_ptr<MetaObject>& value) {
+  if (const auto* const list = dynamic_cast<const MetaList*>(value.get())) {
+    return list->GetListStructure();
+  }
+  return std::dynamic_pointer_cast<const MetaStruct>(value);
+}
+
+void AddFields(const std::shared_ptr<const MetaStruct>& structure, const std::string& prefix,
+               std::vector<Field>& fields) {
+  if (structure == nullptr) {
+    return;
+  }
+  for (const std::string& name : structure->GetFieldNames()) {
+    const std::shared_ptr<MetaObject> value = structure->GetField(name);
+    const std::shared_ptr<const MetaStruct> inner = FindStructure(value);
+    const std::string path = prefix + ReadText(name);
+    fields.push_back({path, ReadKind(*value), inner != nullptr ? inner->GetTypeName() : "",
+                      ReadDocumentation(structure->GetFieldDocumentation(name))});
+    AddFields(inner, path + ".", fields);
+  }
+}
+
+Result ReadResult(const OutputSpec& declared) {
+  Result result;
+  result.description = ReadDocumentation(declared.GetDescription());
+  const std::shared_ptr<MetaObject> root = declared.GetRootObject();
+  if (root == nullptr) {
+    return result;
+  }
+  result.kind = ReadKind(*root);
+  const std::shared_ptr<const MetaStruct> structure = FindStructure(root);
+  result.typeName = structure != nullptr ? structure->GetTypeName() : "";
+  AddFields(structure, "", result.fields);
+  return result;
+}
+
+/// What `read` throws, as text; nothing when it ends well.
+template <typename Read>
+std::optional<std::string> CatchFault(Read read) {
+  try {
+    read();
+    return std::nullopt;
+  } catch (const std::exception& error) {
+    return ReadText(error.what());
+  } catch (...) {
+    return "An exception that is no std::exception";
+  }
+}
+
+template <typename Element>
+void SortByPath(std::vector<Element>& elements) {
+  std::stable_sort(elements.begin(), elements.end(), [](const Element& left, const Element& right) {
+    return left.path < right.path;
+  });
+}
+
+/// The walk from the root down. Paths are made of the names on the way and not asked of the nodes,
+/// whose links upwards may lead elsewhere.
+class TreeWalk {
+ public:
+  explicit TreeWalk(const AutoCli::Dispatcher& dispatcher) : origins_(dispatcher) {}
+
+  Tree Run(NamespaceNode& root) {
+    Names plugins;
+    VisitChildren(root, root.GetNamespaceNodes(), "", plugins);
+    SortByPath(tree_.namespaces);
+    SortByPath(tree_.commands);
+    SortByPath(tree_.faults);
+    return std::move(tree_);
+  }
+
+ private:
+  using Nodes = std::vector<std::shared_ptr<NamespaceNode>>;
+  using Names = std::set<std::string>;
+
+  /// Adds to `plugins` those that are found below the node.
+  void VisitChildren(const NamespaceNode& node, const Nodes& children, const std::string& prefix,
+                     Names& plugins) {
+    above_.push_back(&node);
+    for (const std::shared_ptr<NamespaceNode>& child : children) {
+      if (child != nullptr) {
+        Visit(*child, prefix + child->GetName(), plugins);
+      }
+    }
+    above_.pop_back();
+  }
+
+  void Visit(NamespaceNode& node, const std::string& path, Names& plugins) {
+    if (std::find(above_.begin(), above_.end(), &node) != above_.end()) {
+      AddFault(node, path, "The namespace is below itself");
+    } else if (!paths_.insert(path).second) {
+      AddFault(node, path, "Another node has the same path");
+    } else if (node.GetType() == NodeType::Command) {
+      VisitCommand(node, path, plugins);
+    } else {
+      VisitNamespace(node, path, plugins);
+    }
+  }
+
+  void VisitCommand(NamespaceNode& node, const std::string& path, Names& plugins) {
+    const std::string plugin = FindPlugin(node, path);
+    if (!plugin.empty()) {
+      plugins.insert(plugin);
+    }
+    auto* const command = dynamic_cast<CommandSpec*>(&node);
+    if (command == nullptr) {
+      AddFault(node, path, "The node has the type of a command but is none");
+      return;
+    }
+    const std::optional<std::string> fault = CatchFault([&] {
+      Command read = ReadCommand(*command, path);
+      read.plugin = plugin;
+      tree_.commands.push_back(std::move(read));
+    });
+    if (fault.has_value()) {
+      AddFault(node, path, *fault);
+    }
+  }
+
+  void VisitNamespace(NamespaceNode& node, const std::string& path, Names& plugins) {
+    Nodes children;
+    const std::optional<std::string> fault =
+        CatchFault([&] { children = node.GetNamespaceNodes(); });
+    if (fault.has_value()) {
+      AddFault(node, path, *fault);
+      return;
+    }
+    Names below;
+    for (const Plugin* const descriptor : origins_.FindDescriptors(path)) {
+      below.insert(descriptor->file);
+    }
+    VisitChildren(node, children, path + " ", below);
+    tree_.namespaces.push_back(
+        {path, ReadText(node.GetDescription()), {below.begin(), below.end()}});
+    plugins.insert(below.begin(), below.end());
+  }
+
+  std::string FindPlugin(const NamespaceNode& node, const std::string& path) {
+    const Plugin* const plugin = origins_.FindPlugin(node, path);
+    return plugin != nullptr ? ReadText(plugin->file) : "";
+  }
+
+  void AddFault(const NamespaceNode& node, const std::string& path, const std::string& text) {
+    tree_.faults.push_back({path, FindPlugin(node, path), text});
+  }
+
+  PluginOrigins origins_;
+  Tree tree_;
+  std::vector<const NamespaceNode*> above_;
+  Names paths_;
+};
+
+}  // namespace
+
+Tree ReadTree(const AutoCli::Dispatcher& dispatcher) {
+  return TreeWalk(dispatcher).Run(*dispatcher.GetRootNamespace());
+}
+
+Command ReadCommand(CommandSpec& command, const std::string& path) {
+  Command read;
+  read.path = path;
+  read.description = ReadText(command.GetDescription());
+  for (const auto& [arguments, description] : command.GetExamples()) {
+    read.examples.push_back({ReadText(arguments), ReadText(description)});
+  }
+  read.metaData = ReadTexts(command.GetMetaData());
+  const AutoCli::FormatParameters format = command.GetDefaultOutputFormatParameters();
+  read.formatter = ReadText(format.GetFormatter());
+  read.formatParameters = ReadTexts(format.GetParameters());
+  read.parameters = ReadParameters(command);
+  read.result = ReadResult(*command.GetOutputSpec());
+  return read;
+}
+
+}  // namespace Kestrel::Catalog
