@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "autocli/formatters/LayoutCache.h"
 #include "kestrel/metaobj/MetaStruct.h"
 #include "metaobj/FieldCursor.h"
 #include "metaobj/FieldLayout.h"
@@ -15,49 +16,52 @@
 
 namespace Kestrel::AutoCli {
 
-/// Finds the field of one name in any number of structures; those of one layout, one after the
-/// other, cost one look-up together.
+/// The value at position `slot` among `slots`, the values of a structure with a layout. Null for
+/// `FieldLayout::kNotFound`.
+inline const std::shared_ptr<MetaObj::MetaObject>* ValueInSlot(
+    const std::shared_ptr<MetaObj::MetaObject>* slots, std::size_t slot) {
+  return slot == MetaObj::FieldLayout::kNotFound ? nullptr : slots + slot;
+}
+
+/// Finds the field with one name in any number of structures. Structures of the same layout that
+/// follow one another cost a single look-up.
 class FieldSlot {
  public:
   explicit FieldSlot(std::string name) : name_(std::move(name)) {}
 
   const std::string& GetName() const { return name_; }
 
-  /// The field's value, null when the structure has none of that name. The pointer holds while the
-  /// structure stays as it is.
-  const std::shared_ptr<MetaObj::MetaObject>* Find(const MetaObj::MetaStruct& record) {
-    const MetaObj::FieldLayout* const layout = MetaObj::ValueAccess::Layout(record);
+  /// Returns the value of the field, null if the structure has no field with the name. The pointer
+  /// is valid until the structure changes.
+  const std::shared_ptr<MetaObj::MetaObject>* Find(const MetaObj::MetaStruct& structure) {
+    const MetaObj::FieldLayout* const layout = MetaObj::ValueAccess::Layout(structure);
     if (layout == nullptr) {
-      return MetaObj::ValueAccess::Find(record, name_);
+      return MetaObj::ValueAccess::Find(structure, name_);
     }
-    if (layout != layout_.Get()) {
-      layout_ = MetaObj::LayoutRef(layout);
-      position_ = layout->Find(name_);
-    }
-    return position_ == MetaObj::FieldLayout::kNotFound
-               ? nullptr
-               : MetaObj::ValueAccess::Slots(record) + position_;
+    const std::size_t slot = slots_.Get(*layout, [&] { return layout->Find(name_); });
+    return ValueInSlot(MetaObj::ValueAccess::Slots(structure), slot);
   }
 
  private:
+  static constexpr std::size_t kMaxLayouts = 8;
+
   std::string name_;
-  MetaObj::LayoutRef layout_;  // owned, so that no other can come to stand at its address
-  std::size_t position_ = 0;
+  LayoutCache<std::size_t, kMaxLayouts> slots_;
 };
 
-/// Finds many fields of one structure, those of a large one in a single walk when they are asked
-/// for in the order of their names. The structure must stay as it is meanwhile.
+/// Finds any number of fields of one structure, which must not change meanwhile. In a large
+/// structure, looking fields up in the order of their names takes a single pass.
 class FieldFinder {
  public:
-  explicit FieldFinder(const MetaObj::MetaStruct& record)
-      : record_(record),
-        hasLayout_(MetaObj::ValueAccess::Layout(record) != nullptr),
-        cursor_(record) {}
+  explicit FieldFinder(const MetaObj::MetaStruct& structure)
+      : structure_(structure),
+        hasLayout_(MetaObj::ValueAccess::Layout(structure) != nullptr),
+        cursor_(structure) {}
 
-  /// The field's value, null when the structure has none of that name.
+  /// Returns the value of the field, null if the structure has no field with the name.
   const std::shared_ptr<MetaObj::MetaObject>* Find(const std::string& name) {
     if (hasLayout_ || cursor_.AtEnd() || cursor_.Name() != name) {
-      return MetaObj::ValueAccess::Find(record_, name);
+      return MetaObj::ValueAccess::Find(structure_, name);
     }
     const std::shared_ptr<MetaObj::MetaObject>* const value = &cursor_.Value();
     cursor_.Next();
@@ -65,7 +69,7 @@ class FieldFinder {
   }
 
  private:
-  const MetaObj::MetaStruct& record_;
+  const MetaObj::MetaStruct& structure_;
   const bool hasLayout_;
   MetaObj::FieldCursor cursor_;
 };

@@ -12,6 +12,14 @@
 
 namespace Kestrel::AutoCli {
 
+// What the formatters that style fields say about the two parameters. Scripts match these texts.
+inline constexpr char kUnitsParam[] = "units:<TypeName>.<FieldName>";
+inline constexpr char kPrintfParam[] = "printf:<TypeName>.<FieldName>";
+// The example of units, although the texts about printf quote it too.
+inline constexpr char kStyleExample[] =
+    "For example specifying \"units:ScsiDeviceList.Size\" = \"Mb\" would append the string 'Mb' to "
+    "the end of a field";
+
 /// How the values of one field of one structure type are printed: its "printf:" and "units:"
 /// parameters, looked up once for any number of values.
 class FieldStyle {

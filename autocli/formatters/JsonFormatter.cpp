@@ -5,9 +5,9 @@
 
 #include <string_view>
 
+#include "autocli/formatters/DocumentPrinter.h"
 #include "autocli/formatters/Indent.h"
 #include "autocli/formatters/ValueView.h"
-#include "autocli/formatters/ValueWalk.h"
 #include "autocli/text/EscapeTable.h"
 #include "autocli/text/TextWriter.h"
 
@@ -43,7 +43,7 @@ constexpr EscapeTable MakeJsonEscapes() {
 
 constexpr EscapeTable kJsonEscapes = MakeJsonEscapes();
 
-class JsonPrinter {
+class JsonPrinter : public DocumentPrinter<JsonPrinter> {
  public:
   static constexpr long kFieldStep = 2;
   static constexpr long kElementStep = 3;
@@ -54,7 +54,7 @@ class JsonPrinter {
            "\": ";
   }
 
-  explicit JsonPrinter(TextWriter& out) : out_(out) {}
+  explicit JsonPrinter(TextWriter& out) : DocumentPrinter(out) {}
 
   void Bool(std::string_view before, bool value, long /*level*/) {
     out_.AppendAll(before, std::string_view(value ? "true" : "false"));
@@ -90,14 +90,7 @@ class JsonPrinter {
   void Close(bool isEmpty, long level, char bracket) {
     out_.AppendAll(std::string_view(isEmpty ? "" : "\n"), Blanks{IndentOf(level)}, bracket);
   }
-
-  TextWriter& out_;
 };
-
-void Print(const MetaObject* value, TextWriter& out, long level) {
-  JsonPrinter printer(out);
-  ValueWalk<JsonPrinter>(printer, out).Run(value, level);
-}
 
 }  // namespace
 
@@ -109,14 +102,14 @@ void JsonFormatter::Format(const std::shared_ptr<CallSpec::Output>& output,
                            FormatParameters& /*parameters*/, DisplayContext& /*display*/,
                            std::ostream& out) {
   TextWriter writer(out);
-  Print(output->GetRootObject().get(), writer, kRootLevel);
+  JsonPrinter::Print(output->GetRootObject().get(), writer, kRootLevel);
   writer.Append('\n');
   writer.Finish();
 }
 
 void JsonFormatter::Format(std::shared_ptr<MetaObject> value, std::ostream& out, int level) {
   TextWriter writer(out);
-  Print(value.get(), writer, level);
+  JsonPrinter::Print(value.get(), writer, level);
   writer.Finish();
 }
 

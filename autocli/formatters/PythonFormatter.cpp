@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <string_view>
 
+#include "autocli/formatters/DocumentPrinter.h"
 #include "autocli/formatters/ValueView.h"
-#include "autocli/formatters/ValueWalk.h"
 #include "autocli/text/EscapeTable.h"
 #include "autocli/text/TextWriter.h"
 #include "kestrel/KestrelException.h"
@@ -26,7 +26,7 @@ constexpr long kLevel = 0;
 // So few on purpose: what reads this text relies on all other bytes standing as they are.
 constexpr EscapeTable kPythonEscapes = EscapeTable().Set('"', "\\\"").Set('\n', "\\n");
 
-class PythonPrinter {
+class PythonPrinter : public DocumentPrinter<PythonPrinter> {
  public:
   static constexpr long kFieldStep = 0;
   static constexpr long kElementStep = 0;
@@ -36,7 +36,7 @@ class PythonPrinter {
     return (isFirst ? "\"" : ", \"") + name + "\": ";
   }
 
-  explicit PythonPrinter(TextWriter& out) : out_(out) {}
+  explicit PythonPrinter(TextWriter& out) : DocumentPrinter(out) {}
 
   void Bool(std::string_view before, bool value, long /*level*/) {
     out_.AppendAll(before, std::string_view(value ? "True" : "False"));
@@ -71,15 +71,7 @@ class PythonPrinter {
   void EndList(bool isEmpty, long /*level*/) {
     out_.Append(std::string_view(isEmpty ? "]" : ", ]"));
   }
-
- private:
-  TextWriter& out_;
 };
-
-void Print(const MetaObject* value, TextWriter& out) {
-  PythonPrinter printer(out);
-  ValueWalk<PythonPrinter>(printer, out).Run(value, kLevel);
-}
 
 }  // namespace
 
@@ -93,14 +85,14 @@ void PythonFormatter::Format(const std::shared_ptr<CallSpec::Output>& output,
                              FormatParameters& /*parameters*/, DisplayContext& /*display*/,
                              std::ostream& out) {
   TextWriter writer(out);
-  Print(output->GetRootObject().get(), writer);
+  PythonPrinter::Print(output->GetRootObject().get(), writer, kLevel);
   writer.Append('\n');
   writer.Finish();
 }
 
 void PythonFormatter::Format(std::shared_ptr<MetaObject> value, std::ostream& out, int /*level*/) {
   TextWriter writer(out);
-  Print(value.get(), writer);
+  PythonPrinter::Print(value.get(), writer, kLevel);
   writer.Finish();
 }
 

@@ -13,6 +13,7 @@
 
 #include "autocli/formatters/FieldSlot.h"
 #include "autocli/formatters/FieldStyle.h"
+#include "autocli/formatters/LayoutCache.h"
 #include "autocli/formatters/PlainText.h"
 #include "autocli/formatters/ValueView.h"
 #include "autocli/text/FitText.h"
@@ -31,6 +32,7 @@ namespace {
 
 constexpr std::string_view kGapText = "  ";  // between two columns
 constexpr std::size_t kGap = kGapText.size();
+constexpr std::size_t kMaxLayouts = 8;  // Rows of more layouts than these are unlikely.
 
 std::string Trim(std::string_view text) {
   static constexpr std::string_view kBlanks = " \t\f\v\n\r";
@@ -97,11 +99,8 @@ struct Column {
 
   const std::string& GetName() const { return path.GetText(); }
 
-  bool HasSlot() const { return slot != MetaObj::FieldLayout::kNotFound; }
-
   FieldPath path;
-  std::size_t slot = 0;  // where rows of the layout at hand hold the path's first field, if they do
-  std::size_t width;     // the gap included
+  std::size_t width;       // the gap included
   bool isWrapped = false;  // fitted to the screen instead of padded
 };
 
@@ -180,31 +179,29 @@ class Table {
     return missing == nullptr;
   }
 
-  /// Gives each column with its value in the row to `use`, up to the first column that the row
-  /// lacks; gives that one, null when there is none.
+  /// Calls `use` with each column and its value in the row, up to the first column that the row
+  /// lacks. Returns that column, null if there is none.
   template <typename Use>
-  const Column* ForEachCell(const MetaStruct& record, const Use& use) {
-    SelectStyles(record);
+  const Column* ForEachCell(const MetaStruct& row, const Use& use) {
+    SelectStyles(row);
     auto column = columns_.begin();
-    if (SelectSlots(record)) {
-      const std::shared_ptr<MetaObject>* const slots = MetaObj::ValueAccess::Slots(record);
-      // Not behind a value that may change the row as its text is made, as a foreign class may.
-      for (bool isSafe = true; isSafe && column != columns_.end(); ++column) {
-        const auto* const first = column->HasSlot() ? slots + column->slot : nullptr;
-        const auto* const value = column->path.Follow(record, first);
-        if (value == nullptr) {
-          return &*column;
+    if (const std::size_t* slot = FindSlots(row)) {
+      const std::shared_ptr<MetaObject>* const slots = MetaObj::ValueAccess::Slots(row);
+      for (; column != columns_.end(); ++column, ++slot) {
+        const auto* const value = column->path.Follow(row, ValueInSlot(slots, *slot));
+        if (value == nullptr || !MetaObj::ValueAccess::IsScalarClass(**value)) {
+          // A value of a foreign class may change the row while its text is made.
+          break;
         }
-        isSafe = MetaObj::ValueAccess::IsScalarClass(**value);
         use(*column, **value);
       }
     }
     if (column == columns_.end()) {
       return nullptr;
     }
-    FieldFinder finder(record);
+    FieldFinder finder(row);
     for (; column != columns_.end(); ++column) {
-      const auto* const value = column->path.Follow(record, finder.Find(column->path.GetFirst()));
+      const auto* const value = column->path.Follow(row, finder.Find(column->path.GetFirst()));
       if (value == nullptr) {
         return &*column;
       }
@@ -213,19 +210,21 @@ class Table {
     return nullptr;
   }
 
-  /// Finds the columns' slots in the layout of `record`, once for rows of one layout; false when
-  /// the row shares no layout.
-  bool SelectSlots(const MetaStruct& record) {
-    const MetaObj::FieldLayout* const layout = MetaObj::ValueAccess::Layout(record);
-    if (layout == nullptr || layout == layout_.Get()) {
-      return layout != nullptr;
+  /// Returns the slots of the first fields of all columns' paths in the layout of the row, null if
+  /// the row shares no layout. The pointer is valid until the next call.
+  const std::size_t* FindSlots(const MetaStruct& row) {
+    const MetaObj::FieldLayout* const layout = MetaObj::ValueAccess::Layout(row);
+    return layout == nullptr ? nullptr
+                             : slots_.Get(*layout, [&] { return MakeSlots(*layout); }).data();
+  }
+
+  std::vector<std::size_t> MakeSlots(const MetaObj::FieldLayout& layout) const {
+    std::vector<std::size_t> slots;
+    slots.reserve(columns_.size());
+    for (const Column& column : columns_) {
+      slots.push_back(layout.Find(column.path.GetFirst()));
     }
-    // Owned, so that no other can come to stand at its address.
-    layout_ = MetaObj::LayoutRef(layout);
-    for (Column& column : columns_) {
-      column.slot = layout->Find(column.path.GetFirst());
-    }
-    return true;
+    return slots;
   }
 
   /// Looks the columns' styles up for the type of `record`, once for rows of one type.
@@ -350,7 +349,7 @@ class Table {
   const bool isStyled_;
   TextWriter& writer_;
   std::vector<Column> columns_;
-  MetaObj::LayoutRef layout_;  // of the last row that had one
+  LayoutCache<std::vector<std::size_t>, kMaxLayouts> slots_;
   int wrapIndent_ = 0;
   std::string styledType_;
   std::vector<FieldStyle> styles_;  // one per column, when there are styles at all
@@ -364,29 +363,24 @@ TableFormatter::TableFormatter() : Formatter("table") {
   description =
       "Print a list of structs as a table, with each row being one entry in the list and each "
       "column being a field of the structure.";
-  params.reserve(6);
-  params.push_back({"fields:<TypeName>",
-                    "The list of fields and the order in which to print them for the type named in "
-                    "<TypeName>",
-                    true});
-  params.push_back(
-      {"show-header", "Optionally disable showing column headers by passing the 'false' value"});
-  params.push_back({"wrap-last", "If 'true' wrap the last column to the width of the terminal."});
-  params.push_back({"units:<TypeName>.<FieldName>",
-                    "Use the given 'units' value as a suffix for a given field.  For example "
-                    "specifying \"units:ScsiDeviceList.Size\" = \"Mb\" would append the string "
-                    "'Mb' to the end of a field"});
-  // The example is that of the units: people have quoted this text.
-  params.push_back({"printf:<TypeName>.<FieldName>",
-                    "Use the given 'printf' formatting string for printing a value.  This uses "
-                    "standard printf syntax to format and print a Value.  For example specifying "
-                    "\"units:ScsiDeviceList.Size\" = \"Mb\" would append the string 'Mb' to the "
-                    "end of a field"});
-  // Spelled so: scripts match this text.
-  params.push_back({"header-line",
-                    "Optionally remove the line of '-' characters after the header.  By default "
-                    "this paramter is assumed to be true.  Setting it to 'false' will remove the "
-                    "line.  This parameter only has meaning if 'show-header' is also true"});
+  // Spelled so: scripts match these texts.
+  params = {
+      {"fields:<TypeName>",
+       "The list of fields and the order in which to print them for the type named in <TypeName>",
+       true},
+      {"show-header", "Optionally disable showing column headers by passing the 'false' value"},
+      {"wrap-last", "If 'true' wrap the last column to the width of the terminal."},
+      {kUnitsParam,
+       std::string("Use the given 'units' value as a suffix for a given field.  ") + kStyleExample},
+      {kPrintfParam,
+       "Use the given 'printf' formatting string for printing a value.  This uses standard printf "
+       "syntax to format and print a Value.  " +
+           std::string(kStyleExample)},
+      {"header-line",
+       "Optionally remove the line of '-' characters after the header.  By default this paramter "
+       "is assumed to be true.  Setting it to 'false' will remove the line.  This parameter only "
+       "has meaning if 'show-header' is also true"},
+  };
 }
 
 TableFormatter::~TableFormatter() = default;

@@ -7,9 +7,9 @@
 #include <string>
 #include <string_view>
 
+#include "autocli/formatters/DocumentPrinter.h"
 #include "autocli/formatters/Indent.h"
 #include "autocli/formatters/ValueView.h"
-#include "autocli/formatters/ValueWalk.h"
 #include "autocli/text/EscapeTable.h"
 #include "autocli/text/TextWriter.h"
 
@@ -53,7 +53,7 @@ std::string_view ListTypeWord(MetaType kind) {
   return "";
 }
 
-class XmlPrinter {
+class XmlPrinter : public DocumentPrinter<XmlPrinter> {
  public:
   static constexpr long kFieldStep = 2;
   static constexpr long kElementStep = 2;
@@ -64,7 +64,7 @@ class XmlPrinter {
     return isFirst ? start : indent + "</field>\n" + start;
   }
 
-  explicit XmlPrinter(TextWriter& out) : out_(out) {}
+  explicit XmlPrinter(TextWriter& out) : DocumentPrinter(out) {}
 
   void Bool(std::string_view before, bool value, long level) {
     out_.AppendAll(
@@ -110,15 +110,7 @@ class XmlPrinter {
   void EndList(bool /*isEmpty*/, long level) {
     out_.AppendAll(Blanks{IndentOf(level)}, "</list>\n");
   }
-
- private:
-  TextWriter& out_;
 };
-
-void Print(const MetaObject* value, TextWriter& out, long level) {
-  XmlPrinter printer(out);
-  ValueWalk<XmlPrinter>(printer, out).Run(value, level);
-}
 
 void PrintMetaData(const FormatParameters& params, TextWriter& out) {
   out.Append("   <meta-data>\n");
@@ -152,14 +144,14 @@ void XmlFormatter::Format(const std::shared_ptr<CallSpec::Output>& output,
   writer.AppendAll("<output xmlns:vexil=\"", kNamespaceUri, "\">\n");
   PrintMetaData(parameters, writer);
   writer.Append("   <root>\n");
-  Print(output->GetRootObject().get(), writer, kRootLevel);
+  XmlPrinter::Print(output->GetRootObject().get(), writer, kRootLevel);
   writer.Append("   </root>\n</output>\n");
   writer.Finish();
 }
 
 void XmlFormatter::Format(std::shared_ptr<MetaObject> value, std::ostream& out, int level) {
   TextWriter writer(out);
-  Print(value.get(), writer, level);
+  XmlPrinter::Print(value.get(), writer, level);
   writer.Finish();
 }
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "autocli/formatters/ValueWalk.h"
+#include "autocli/formatters/DocumentPrinter.h"
 
 #include <gtest/gtest.h>
 
@@ -32,17 +32,18 @@ using MetaObj::MetaString;
 using MetaObj::MetaStruct;
 using MetaObj::MetaType;
 
-/// Writes down where it is led.
-class TracePrinter {
+/// Writes down what it is asked to print.
+class TracePrinter : public DocumentPrinter<TracePrinter> {
  public:
   static constexpr long kFieldStep = 10;
   static constexpr long kElementStep = 100;
 
   static std::string FieldPrefix(const std::string& name, bool isFirst, long level) {
+    ++prefixesMade;
     return (isFirst ? "" : ";") + name + "@" + std::to_string(level) + "=";
   }
 
-  explicit TracePrinter(TextWriter& out) : out_(out) {}
+  explicit TracePrinter(TextWriter& out) : DocumentPrinter(out) {}
 
   void Bool(std::string_view before, bool value, long level) {
     Note(before, value ? "true" : "false", level);
@@ -65,6 +66,7 @@ class TracePrinter {
   void BeginElement(bool isFirst, long level) { Note("", isFirst ? "-" : ",-", level); }
   void EndList(bool isEmpty, long level) { Note("", isEmpty ? "]" : ",]", level); }
 
+  static inline int prefixesMade = 0;
   int notes = 0;
 
  private:
@@ -72,38 +74,36 @@ class TracePrinter {
     ++notes;
     out_.Append(std::string(before) + text + "@" + std::to_string(level) + " ");
   }
-
-  TextWriter& out_;
 };
 
 std::string Trace(const std::shared_ptr<MetaObject>& value, long level) {
   std::ostringstream out;
   TextWriter writer(out);
-  TracePrinter printer(writer);
-  ValueWalk<TracePrinter>(printer, writer).Run(value.get(), level);
+  TracePrinter::prefixesMade = 0;
+  TracePrinter::Print(value.get(), writer, level);
   writer.Finish();
   return out.str();
 }
 
-TEST(ValueWalkTest, PrintsAScalarAtItsLevel) {
+TEST(DocumentPrinterTest, PrintsAScalarAtItsLevel) {
   EXPECT_EQ(Trace(MetaBool::New(true), 1), "true@1 ");
   EXPECT_EQ(Trace(MetaInt::New(-7), -3), "-7@-3 ");
   EXPECT_EQ(Trace(MetaString::New("x"), 0), "'x'@0 ");
 }
 
-TEST(ValueWalkTest, TellsWhatIsNotOfTheClassOfItsKind) {
+TEST(DocumentPrinterTest, TellsWhatIsNotOfTheClassOfItsKind) {
   EXPECT_EQ(Trace(nullptr, 1), "null ");
   for (int kind = -1; kind < 6; ++kind) {
     EXPECT_EQ(Trace(std::make_shared<LyingValue>(static_cast<MetaType>(kind)), 1), "misread ");
   }
 }
 
-TEST(ValueWalkTest, EndsAnEmptyStructureOrListAtOnce) {
+TEST(DocumentPrinterTest, EndsAnEmptyStructureOrListAtOnce) {
   EXPECT_EQ(Trace(MetaStruct::New("Row"), 1), "Row{@1 }@1 ");
   EXPECT_EQ(Trace(MetaList::New(MetaType::Int), 1), "[@1 ]@1 ");
 }
 
-TEST(ValueWalkTest, PrintsFieldsAndElementsDeeperThanWhatHoldsThem) {
+TEST(DocumentPrinterTest, PrintsFieldsAndElementsDeeperThanWhatHoldsThem) {
   const auto record = MetaStruct::New("Row");
   record->SetField("b", 1);
   record->SetField("a", true);
@@ -114,7 +114,7 @@ TEST(ValueWalkTest, PrintsFieldsAndElementsDeeperThanWhatHoldsThem) {
   EXPECT_EQ(Trace(list, 1), "[@1 -@1 1@101 ,-@1 2@101 ,]@1 ");
 }
 
-TEST(ValueWalkTest, GoesOnBehindWhatEnds) {
+TEST(DocumentPrinterTest, GoesOnBehindWhatEnds) {
   const auto inner = MetaStruct::New("Inner");
   const auto record = MetaStruct::New("Row");
   record->SetField("a", MakeList({inner}));
@@ -124,7 +124,7 @@ TEST(ValueWalkTest, GoesOnBehindWhatEnds) {
             "Row{@0 a@0=[@10 -@10 Inner{@110 }@110 ,]@10 ;b@0=Inner{@10 }@10 ;c@0=misread ;}@0 ");
 }
 
-TEST(ValueWalkTest, PrintsWideRecordsLikeNarrowOnes) {
+TEST(DocumentPrinterTest, PrintsWideRecordsLikeNarrowOnes) {
   const auto record = MetaStruct::New("Row");
   std::string expected = "Row{@1 ";
   for (int i = 100; i < 200; ++i) {
@@ -135,7 +135,56 @@ TEST(ValueWalkTest, PrintsWideRecordsLikeNarrowOnes) {
   EXPECT_EQ(Trace(record, 1), expected + ";}@1 ");
 }
 
-TEST(ValueWalkTest, GoesNoFurtherOnceTheStreamHasFailed) {
+std::shared_ptr<MetaStruct> MakeRow(const std::string& typeName, int value) {
+  auto row = MetaStruct::New(typeName);
+  row->SetField("a", value);
+  row->SetField("b", value);
+  return row;
+}
+
+/// A structure that contains two rows of one layout and one of another.
+std::shared_ptr<MetaStruct> MakeRows() {
+  auto rows = MetaStruct::New("Rows");
+  rows->SetField("x", MakeRow("Row", 1));
+  rows->SetField("y", MakeRow("Row", 2));
+  rows->SetField("z", MakeRow("Other", 3));
+  return rows;
+}
+
+TEST(DocumentPrinterTest, MakesPrefixesOncePerLayoutAndLevel) {
+  EXPECT_EQ(Trace(MakeRows(), 54),
+            "Rows{@54 x@54=Row{@64 a@64=1@74 ;b@64=1@74 ;}@64 "
+            ";y@54=Row{@64 a@64=2@74 ;b@64=2@74 ;}@64 "
+            ";z@54=Other{@64 a@64=3@74 ;b@64=3@74 ;}@64 ;}@54 ");
+  EXPECT_EQ(TracePrinter::prefixesMade, 3 + 2 + 2);
+}
+
+TEST(DocumentPrinterTest, MakesPrefixesOneAtATimeBelowLevel64) {
+  EXPECT_EQ(Trace(MakeRows(), 55),
+            "Rows{@55 x@55=Row{@65 a@65=1@75 ;b@65=1@75 ;}@65 "
+            ";y@55=Row{@65 a@65=2@75 ;b@65=2@75 ;}@65 "
+            ";z@55=Other{@65 a@65=3@75 ;b@65=3@75 ;}@65 ;}@55 ");
+  EXPECT_EQ(TracePrinter::prefixesMade, 3 + 2 + 2 + 2);
+}
+
+TEST(DocumentPrinterTest, PrintsMoreLayoutsThanItRemembers) {
+  const auto outer = MetaStruct::New("Outer");
+  std::string expected = "Outer{@0 ";
+  for (int i = 10; i < 80; ++i) {
+    const std::string number = std::to_string(i);
+    outer->SetField("f" + number, MakeRow("Row" + number, i));
+    expected += (i == 10 ? "f" : ";f") + number + "@0=Row" + number + "{@10 a@10=" + number +
+                "@20 ;b@10=" + number + "@20 ;}@10 ";
+  }
+  const auto twice = MetaStruct::New("Twice");
+  twice->SetField("x", outer);
+  twice->SetField("y", outer);
+  EXPECT_EQ(Trace(outer, 0), expected + ";}@0 ");
+  const std::string both = Trace(twice, -10);
+  EXPECT_EQ(both, "Twice{@-10 x@-10=" + expected + ";}@0 ;y@-10=" + expected + ";}@0 ;}@-10 ");
+}
+
+TEST(DocumentPrinterTest, GoesNoFurtherOnceTheStreamHasFailed) {
   const auto list = MetaList::New(MetaType::Int);
   for (int i = 0; i < 1000000; ++i) {
     list->Add(i);
