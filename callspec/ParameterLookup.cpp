@@ -21,4 +21,14 @@ const ParameterSpec* FindParameter(const SortedParameters& parameters, const std
   return isFound ? position->get() : nullptr;
 }
 
+const ParameterSpec* FindByAnyName(const SortedParameters& parameters, const std::string& name) {
+  if (name.size() != 1) {
+    return FindParameter(parameters, name);
+  }
+  const auto position = std::find_if(
+      parameters.begin(), parameters.end(),
+      [&name](const std::shared_ptr<ParameterSpec>& spec) { return spec->GetShortName() == name; });
+  return position == parameters.end() ? nullptr : position->get();
+}
+
 }  // namespace Kestrel::CallSpec

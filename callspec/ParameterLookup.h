@@ -14,11 +14,15 @@ namespace Kestrel::CallSpec {
 /// Declared parameters in ascending order of their names, as `InputSpec` keeps them.
 using SortedParameters = std::vector<std::shared_ptr<ParameterSpec>>;
 
-/// The first parameter whose name is not less than `name`, byte-wise, or the end.
+/// The first parameter whose long name is not less than `name` in byte order, or the end.
 SortedParameters::const_iterator LowerBound(const SortedParameters& parameters,
                                             const std::string& name);
 
-/// The parameter of exactly that name, owned by the list, or null.
+/// The parameter whose long name is `name`; null when there is none. The list owns it.
 const ParameterSpec* FindParameter(const SortedParameters& parameters, const std::string& name);
+
+/// The parameter whose long or short name is `name`; null when there is none. The list owns it.
+/// A name of one character is a short name, since `InputSpec` refuses long names of that length.
+const ParameterSpec* FindByAnyName(const SortedParameters& parameters, const std::string& name);
 
 }  // namespace Kestrel::CallSpec

@@ -9,23 +9,20 @@
 #include <exception>
 #include <ios>
 #include <iostream>
-#include <string>
 
 #include "kestrel/autocli/CliDispatcher.h"
 
 namespace {
 
-// Unpadded, whatever width somebody left on the stream.
-void Report(std::string line) {
-  line += '\n';
-  std::cerr.write(line.data(), static_cast<std::streamsize>(line.size()));
-}
+// Through the C stream: a plug-in may have set a width on std::cerr or made it throw.
+void Report(const char* message) { std::fprintf(stderr, "%s\n", message); }
 
-// A plug-in may have made the streams throw; on the way out nobody is left to catch that, and what
-// goes to the one flushes the other.
-void ForbidExceptions() {
+// Whether everything printed so far has reached standard output.
+bool FlushOutput() {
+  // A plug-in may have made the stream throw; on the way out nothing would catch that.
   std::cout.exceptions(std::ios_base::goodbit);
-  std::cerr.exceptions(std::ios_base::goodbit);
+  std::cout.flush();
+  return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && std::cout.good();
 }
 
 // A closed standard stream would pass its number to the first file or socket that is opened, and
@@ -38,12 +35,9 @@ void OccupyStandardDescriptors() {
   }
 }
 
-// The last word on every way out, whoever calls exit: a caller must not take cut output for all.
+// Runs on every way out, whoever calls exit: a caller must not take truncated output for all of it.
 void CheckStandardOutput() {
-  ForbidExceptions();
-  std::cout.flush();
-  const bool isWritten = std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && std::cout.good();
-  if (!isWritten) {
+  if (!FlushOutput()) {
     Report("Unable to write to standard output");
     _exit(EXIT_FAILURE);
   }
@@ -60,7 +54,7 @@ int main(int argc, char** argv) {
     dispatcher.AddDefaultDirectories();
     dispatcher.HandleArgvInput(argc, argv);
   } catch (const std::exception& error) {
-    ForbidExceptions();
+    FlushOutput();  // before the message, so that both appear in order
     Report(error.what());
   }
   return EXIT_FAILURE;

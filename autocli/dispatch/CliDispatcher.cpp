@@ -19,6 +19,7 @@
 #include <utility>
 #include <vector>
 
+#include "autocli/dispatch/CommandCall.h"
 #include "autocli/text/Report.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/CliDispatcherHelpFormatter.h"
@@ -37,15 +38,11 @@ using MetaObj::MetaString;
 using MetaObj::MetaStruct;
 using MetaObj::MetaType;
 
-constexpr std::uint32_t kScreenWidthLimit = 10000;
+constexpr std::uint32_t kMaxScreenWidth = 9999;
 
-// What --screen-width set last, 0 when it did not: it counts for every line that follows.
-std::uint32_t screenWidth = 0;
-
-// Not affected by a width that somebody left on the stream, and flushed so that the output and the
-// messages of several lines come in order.
-void Print(const std::string& text) {
-  std::cout.write(text.data(), static_cast<std::streamsize>(text.size()));
+// Flushed, so that the output and the messages of several lines appear in order.
+void Print(std::string_view text) {
+  WriteUnpadded(std::cout, text);
   std::cout.flush();
 }
 
@@ -62,13 +59,6 @@ bool IsKnownOption(const std::string& name) {
 
 bool IsHelpWanted(const OptionParser& parser) {
   return parser.HasDispatcherParameter("h") || parser.HasDispatcherParameter("help");
-}
-
-void SetScreenWidth(const OptionParser& parser) {
-  const std::vector<std::string> values = parser.GetDispatcherParameter("screen-width");
-  if (!values.empty()) {
-    screenWidth = static_cast<std::uint32_t>(std::strtol(values.back().c_str(), nullptr, 0));
-  }
 }
 
 void ChooseFormatter(const OptionParser& parser, FormatParameters& params,
@@ -112,6 +102,18 @@ void AddParameters(OptionParser& parser, CommandInput& input, Output& output) {
   for (const std::string& error : parser.GetParseErrors()) {
     output.AddErrorMessage(error);
   }
+}
+
+// How `output` is printed unless the user chooses otherwise. Help pages look alike for all
+// commands.
+FormatParameters GetDefaultFormat(const CliDispatcher& dispatcher, const Command* command,
+                                  const Output& output) {
+  if (output.GetOutputType() == Output::Help) {
+    return dispatcher.GetHelpFormatParams();
+  }
+  const bool isOrdinary = output.GetOutputType() == Output::Ordinary;
+  return isOrdinary && command != nullptr ? command->GetDefaultOutputFormatParameters()
+                                          : FormatParameters();
 }
 
 // A read that fails ends the lines like the end of the input does, but what is lost with it must
@@ -263,16 +265,20 @@ bool CliDispatcher::RunCommand(const std::shared_ptr<NamespaceNode>& node, Optio
   const std::shared_ptr<CommandInput> input = CommandInput::New();
   input->SetDispatcher(dispatcherName_);
   input->SetCommandPath(parser.GetCommandPath());
-  if (const auto command = std::dynamic_pointer_cast<CommandSpec>(node); command != nullptr) {
-    parser.SetInputSpec(command->GetInputSpec());
+  if (const auto spec = std::dynamic_pointer_cast<CommandSpec>(node); spec != nullptr) {
+    parser.SetInputSpec(spec->GetInputSpec());
   }
   AddParameters(parser, *input, *output);
-  const bool isDone = !output->HasError() && ExecuteCommand(input, output);
+  // A node that only claims to be a command is null here: nothing runs and nothing is reported.
+  const auto command = std::dynamic_pointer_cast<Command>(node);
+  const bool isDone =
+      !output->HasError() && command != nullptr && CallCommand(*command, input, output);
   if (output->HasError()) {
     PrintError(output);
     return false;
   }
-  FormatParameters format = ChooseFormat(choices, input, output);
+  FormatParameters format = GetDefaultFormat(*this, command.get(), *output);
+  format.OverrideValues(choices);
   if (isDone && !output->HasError()) {
     DisplayContext display;
     GetDisplayContext(display);
@@ -283,19 +289,6 @@ bool CliDispatcher::RunCommand(const std::shared_ptr<NamespaceNode>& node, Optio
   return !output->HasError();
 }
 
-FormatParameters CliDispatcher::ChooseFormat(const FormatParameters& choices,
-                                             const std::shared_ptr<CommandInput>& input,
-                                             const std::shared_ptr<CommandOutput>& output) {
-  FormatParameters format;
-  if (output->GetOutputType() == Output::Ordinary) {
-    format = GetDefaultOutputFormatParameters(input, output);
-  } else if (output->GetOutputType() == Output::Help) {
-    format = GetHelpFormatParams();
-  }
-  format.OverrideValues(choices);
-  return format;
-}
-
 bool CliDispatcher::HandleDispatcherOptions(OptionParser& parser, FormatParameters& params,
                                             const std::shared_ptr<Output>& output) {
   ValidateDispatcherParameters(parser, output);
@@ -303,7 +296,10 @@ bool CliDispatcher::HandleDispatcherOptions(OptionParser& parser, FormatParamete
     PrintUsage();
     return false;
   }
-  SetScreenWidth(parser);
+  const std::vector<std::string> widths = parser.GetDispatcherParameter("screen-width");
+  if (!widths.empty()) {
+    screenWidth_ = static_cast<std::uint32_t>(std::strtol(widths.back().c_str(), nullptr, 0));
+  }
   ChooseFormatter(parser, params, output);
   LoadPlugins(parser);
   SetFormatParameters(parser, params, output);
@@ -366,8 +362,8 @@ void CliDispatcher::GetDisplayContext(DisplayContext& display) const {
     display.width = size.ws_col;
     display.height = size.ws_row;
   }
-  if (screenWidth != 0 && screenWidth < kScreenWidthLimit) {
-    display.width = static_cast<std::uint16_t>(screenWidth);
+  if (screenWidth_ != 0 && screenWidth_ <= kMaxScreenWidth) {
+    display.width = static_cast<std::uint16_t>(screenWidth_);
   }
 }
 

@@ -9,13 +9,13 @@
 #include <optional>
 #include <utility>
 
+#include "autocli/dispatch/CommandCall.h"
 #include "autocli/plugins/PluginFiles.h"
 #include "autocli/text/Report.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/InternalPlugin.h"
 #include "kestrel/autocli/SharedLibraryPlugin.h"
 #include "kestrel/autocli/XmlPlugin.h"
-#include "kestrel/callspec/InputSpec.h"
 #include "kestrel/platform/TessaLibs.h"
 
 namespace Kestrel::AutoCli {
@@ -210,24 +210,7 @@ std::shared_ptr<Command> Dispatcher::GetCommand(std::shared_ptr<CommandInput> in
 bool Dispatcher::ExecuteCommand(std::shared_ptr<CommandInput> input,
                                 std::shared_ptr<CommandOutput> output) {
   const std::shared_ptr<Command> command = GetCommand(input, output);
-  if (command == nullptr) {
-    return false;
-  }
-  const std::shared_ptr<CallSpec::InputSpec> spec = command->GetInputSpec();
-  input->SetInputSpec(spec);
-
-  // Some objections leave the result true; they stop the call all the same.
-  const std::size_t errorsBefore = output->GetErrors().size();
-  const bool isValid = spec->Validate(input, output);
-  if (isValid && output->GetErrors().size() == errorsBefore) {
-    command->Execute(input, output);
-  } else if (!output->HasError() && output->GetRootObject() == nullptr) {
-    // Checked on this branch only; a command that has run is trusted.
-    output->AddErrorMessage(
-        "Command output has no root object nor error messages.  This is a problem with the command "
-        "and should be repaired.");
-  }
-  return !output->HasError();
+  return command != nullptr && CallCommand(*command, input, output);
 }
 
 FormatParameters Dispatcher::GetDefaultOutputFormatParameters(

@@ -21,10 +21,11 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <ios>
 #include <iostream>
 
 #include "autocli/process/EchoGuard.h"
+#include "autocli/text/Report.h"
+#include "callspec/ParameterLookup.h"
 #include "kestrel/callspec/ParameterSpec.h"
 
 namespace Kestrel::AutoCli {
@@ -132,23 +133,6 @@ std::vector<std::string> SplitLine(const std::string& line) {
   return tokens;
 }
 
-// The first declared parameter whose long or short name is `name`, null if there is none. Long
-// names have at least two characters and are declared in ascending order, short names have one.
-const CallSpec::ParameterSpec* FindDeclared(const CallSpec::InputSpec& spec,
-                                            const std::string& name) {
-  const auto& declared = spec.GetParameters();
-  if (name.size() == 1) {
-    const auto found =
-        std::find_if(declared.begin(), declared.end(),
-                     [&name](const auto& parameter) { return parameter->GetShortName() == name; });
-    return found == declared.end() ? nullptr : found->get();
-  }
-  const auto found = std::lower_bound(
-      declared.begin(), declared.end(), name,
-      [](const auto& parameter, const std::string& text) { return parameter->GetName() < text; });
-  return found == declared.end() || (*found)->GetName() != name ? nullptr : found->get();
-}
-
 std::vector<std::string> GetValues(const Pairs& pairs, const std::string& name) {
   std::vector<std::string> values;
   for (const auto& [given, value] : pairs) {
@@ -182,7 +166,8 @@ std::string ReadLine() {
 // Echo is off before the prompt shows, so that nothing typed in answer to it can be seen.
 std::string ReadSecret(const std::string& prompt) {
   const EchoGuard guard(prompt);
-  std::cout.write(prompt.data(), static_cast<std::streamsize>(prompt.size())).flush();
+  WriteUnpadded(std::cout, prompt);
+  std::cout.flush();
   return ReadLine();
 }
 
@@ -384,7 +369,8 @@ Pairs OptionParser::TakeOptions(Tokens& tokens, const CallSpec::InputSpec* spec)
 
 std::string OptionParser::GetMissingValue(const std::string& token, const std::string& name,
                                           const CallSpec::InputSpec* spec) {
-  const CallSpec::ParameterSpec* declared = spec == nullptr ? nullptr : FindDeclared(*spec, name);
+  const CallSpec::ParameterSpec* declared =
+      spec == nullptr ? nullptr : CallSpec::FindByAnyName(spec->GetParameters(), name);
   if (declared == nullptr) {
     return {};
   }

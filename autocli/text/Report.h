@@ -6,14 +6,20 @@
 #include <ios>
 #include <iostream>
 #include <string>
+#include <string_view>
 
 namespace Kestrel::AutoCli {
 
-/// Writes a line, its end added, to standard error. In one piece, so that it stays whole among the
-/// lines of other processes, and unpadded whatever width somebody left on the stream.
+/// Writes `text` to `out` in one piece. The stream's width, fill and locale do not apply.
+inline void WriteUnpadded(std::ostream& out, std::string_view text) {
+  out.write(text.data(), static_cast<std::streamsize>(text.size()));
+}
+
+/// Writes `line` and a line end to standard error in one piece, so that the lines of several
+/// processes do not mix.
 inline void Report(std::string line) {
   line += '\n';
-  std::cerr.write(line.data(), static_cast<std::streamsize>(line.size()));
+  WriteUnpadded(std::cerr, line);
 }
 
 }  // namespace Kestrel::AutoCli

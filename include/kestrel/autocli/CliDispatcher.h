@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <cstdint>
 #include <istream>
 #include <memory>
 #include <string>
@@ -71,13 +72,11 @@ class KESTREL_API CliDispatcher : public Dispatcher {
                   const std::shared_ptr<CommandOutput>& output);
   bool RunCommand(const std::shared_ptr<NamespaceNode>& node, OptionParser& parser,
                   const FormatParameters& choices, const std::shared_ptr<CommandOutput>& output);
-  FormatParameters ChooseFormat(const FormatParameters& choices,
-                                const std::shared_ptr<CommandInput>& input,
-                                const std::shared_ptr<CommandOutput>& output);
   void LoadPlugins(const OptionParser& parser);
   void PrintUsage() const;
 
   std::string dispatcherName_;
+  std::uint32_t screenWidth_ = 0;  // what --screen-width set last; 0 when it was never given
 };
 
 }  // namespace Kestrel::AutoCli

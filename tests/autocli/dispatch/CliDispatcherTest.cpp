@@ -144,8 +144,6 @@ class CliDispatcherTest : public ::testing::Test {
     dispatcher.RegisterPlugin(std::make_shared<ShowingPlugin>());
     command->SetDefaultOutputFormatter("simple");
     RegisterAt(dispatcher.GetRootNamespace(), {"try", "say"}, command);
-    // The width is the process's: what an earlier test set would show here.
-    Apply({"--screen-width=0"});
   }
 
   // The command takes a text "name" (-n), a flag "force" (-f) and a secret "password".
@@ -452,6 +450,25 @@ class OddNode : public NamespaceNode {
   std::weak_ptr<NamespaceNode> parent_;
 };
 
+// A plug-in's own namespace, which counts how often it is asked.
+class CountingNamespace : public Namespace {
+ public:
+  std::shared_ptr<NamespaceNode> ResolveNode(std::list<std::string>& path) override {
+    ++resolutions;
+    return Namespace::ResolveNode(path);
+  }
+
+  int resolutions = 0;
+};
+
+TEST_F(CliDispatcherTest, ACommandLineIsResolvedOnce) {
+  const auto counting = std::make_shared<CountingNamespace>();
+  dispatcher.GetRootNamespace()->RegisterNamespaceNode(counting, "counting");
+  counting->RegisterNamespaceNode(command, "say");
+  EXPECT_EQ("done\n", Handle({"counting", "say"}).out);
+  EXPECT_EQ(1, counting->resolutions);
+}
+
 // The listing.
 
 TEST_F(CliDispatcherTest, WithoutWordsTheRootIsListed) {
@@ -696,11 +713,18 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(CliDispatcherTest, TheLastWidthCountsAndStays) {
   Apply({"--screen-width=50", "--screen-width=60"});
-  EXPECT_EQ("root some\nsize 60 x 0\n", Handle({"--formatter=showing", "try", "say"}).out);
-  CliDispatcher another;
+  for (int line = 0; line < 2; ++line) {
+    EXPECT_EQ("root some\nsize 60 x 0\n", Handle({"--formatter=showing", "try", "say"}).out);
+  }
+}
+
+TEST_F(CliDispatcherTest, TheWidthBelongsToOneDispatcher) {
+  Apply({"--screen-width=50"});
   DisplayContext display;
-  another.GetDisplayContext(display);
-  EXPECT_EQ(60, display.width);
+  display.width = 5;
+  const StreamCapture out(STDOUT_FILENO);
+  CliDispatcher().GetDisplayContext(display);
+  EXPECT_EQ(5, display.width);
 }
 
 TEST_F(CliDispatcherTest, TheTerminalTellsItsSizeAndTheOptionReplacesTheWidth) {

@@ -1,0 +1,22 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <memory>
+
+#include "kestrel/autocli/Command.h"
+#include "kestrel/autocli/CommandInput.h"
+#include "kestrel/autocli/CommandOutput.h"
+
+namespace Kestrel::AutoCli {
+
+/// Validates `input` against the declaration of `command` and runs the command if the validation
+/// adds no error message to `output`. Hands the declaration to `input` first.
+///
+/// Returns whether `output` has no error message afterwards.
+/// Throws KestrelException when the command's declaration is broken.
+bool CallCommand(Command& command, const std::shared_ptr<CommandInput>& input,
+                 const std::shared_ptr<CommandOutput>& output);
+
+}  // namespace Kestrel::AutoCli
