@@ -3,12 +3,5 @@
 
 #include "kestrel/platform/TessaLibs.h"
 
-namespace {
-
-unsigned long initCalls = 0;
-
-}  // namespace
-
-void FeatureState_InitDeltaMode() { ++initCalls; }
-
-unsigned long FeatureState_CountInitCalls() { return initCalls; }
+// There is no feature state to prepare without the host.
+void FeatureState_InitDeltaMode() {}

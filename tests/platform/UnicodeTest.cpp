@@ -236,10 +236,4 @@ TEST(UnicodeTest, EscapesManyBytes) {
   EXPECT_EQ(Escape(bytes).size(), 400000u);
 }
 
-TEST(FeatureStateTest, CountsItsCalls) {
-  const unsigned long before = FeatureState_CountInitCalls();
-  FeatureState_InitDeltaMode();
-  EXPECT_EQ(FeatureState_CountInitCalls(), before + 1);
-}
-
 }  // namespace

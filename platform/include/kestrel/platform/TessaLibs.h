@@ -19,7 +19,4 @@ char* Unicode_EscapeBuffer(const void* buffer, ssize_t length, int encoding);
 
 /// Prepares the feature state of this process.
 void FeatureState_InitDeltaMode(void);
-
-/// How often FeatureState_InitDeltaMode was called: the stand-in alone offers it, for tests.
-unsigned long FeatureState_CountInitCalls(void);
 }
