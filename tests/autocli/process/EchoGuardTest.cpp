@@ -10,8 +10,10 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <functional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "support/PseudoTerminal.h"
 #include "support/StreamCapture.h"
@@ -67,18 +69,6 @@ auto GetHandler(int signal) {
   struct sigaction action = {};
   sigaction(signal, nullptr, &action);
   return action.sa_handler;
-}
-
-TEST(EchoGuardTest, EchoIsOffWhileTheGuardLivesAndOnAgainAfterwards) {
-  PseudoTerminal terminal;
-  EXPECT_TRUE(terminal.IsEchoOn());
-  terminal.Start(AskForSecret);
-  EXPECT_EQ("Prompt: ", terminal.ReadUntil("Prompt: "));
-  EXPECT_FALSE(terminal.IsEchoOn());
-  terminal.Type("secret\n");
-  EXPECT_EQ(0, terminal.WaitForEnd());
-  EXPECT_TRUE(terminal.IsEchoOn());
-  EXPECT_EQ("", terminal.ReadRest());
 }
 
 TEST(EchoGuardTest, OnlyEchoChanges) {
@@ -139,176 +129,155 @@ TEST(EchoGuardTest, TheSignalsAreAsBeforeAfterwards) {
   EXPECT_EQ(0, terminal.WaitForEnd());
 }
 
-class EchoGuardSignalTest : public ::testing::TestWithParam<int> {};
+// A run of a program that asks for a secret: what happens to it after the prompt, and how it ends.
+struct Run {
+  const char* name;
+  std::function<int()> work = AskForSecret;
+  std::function<void(PseudoTerminal&)> act;
+  int signal = 0;  // that ends the program; 0 when it ends by itself with status 0
+  bool isEchoOnAfterwards = true;
+};
 
-TEST_P(EchoGuardSignalTest, EndsTheProcessWithEchoOnAgain) {
+class EchoGuardRunTest : public ::testing::TestWithParam<Run> {};
+
+TEST_P(EchoGuardRunTest, EndsAsItWouldWithoutTheGuard) {
+  const Run& run = GetParam();
   PseudoTerminal terminal;
-  terminal.Start(AskForSecret);
-  terminal.ReadUntil("Prompt: ");
+  terminal.Start(run.work);
+  EXPECT_EQ("Prompt: ", terminal.ReadUntil("Prompt: "));
   EXPECT_FALSE(terminal.IsEchoOn());
-  terminal.Send(GetParam());
+  ASSERT_NO_FATAL_FAILURE(run.act(terminal));
   const int status = terminal.WaitForEnd();
-  EXPECT_TRUE(WIFSIGNALED(status));
-  EXPECT_EQ(GetParam(), WTERMSIG(status));
-  EXPECT_TRUE(terminal.IsEchoOn());
-}
-
-INSTANTIATE_TEST_SUITE_P(Signals, EchoGuardSignalTest,
-                         ::testing::Values(SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM),
-                         [](const auto& row) { return sigabbrev_np(row.param); });
-
-TEST(EchoGuardTest, TheInterruptKeyEndsTheProcessWithEchoOnAgain) {
-  PseudoTerminal terminal;
-  terminal.Start(AskForSecret);
-  terminal.ReadUntil("Prompt: ");
-  terminal.Type("\x03");
-  const int status = terminal.WaitForEnd();
-  EXPECT_TRUE(WIFSIGNALED(status));
-  EXPECT_EQ(SIGINT, WTERMSIG(status));
-  EXPECT_TRUE(terminal.IsEchoOn());
-}
-
-TEST(EchoGuardTest, AnIgnoredSignalChangesNothing) {
-  PseudoTerminal terminal;
-  terminal.Start([] {
-    HandleWith(SIGINT, SIG_IGN);
-    return AskForSecret();
-  });
-  terminal.ReadUntil("Prompt: ");
-  terminal.Send(SIGINT);
-  terminal.Type("secret\n");
-  EXPECT_EQ(0, terminal.WaitForEnd());
-  EXPECT_EQ("", terminal.ReadRest());
-}
-
-TEST(EchoGuardTest, TheProgramsOwnHandlerRunsWithEchoOnAndOffAgainAfterwards) {
-  PseudoTerminal terminal;
-  terminal.Start([] {
-    HandleWith(SIGINT, [](int) { Show(HasEcho() ? "on " : "off "); });
-    return AskForSecret();
-  });
-  terminal.ReadUntil("Prompt: ");
-  for (int round = 0; round < 2; ++round) {
-    terminal.Send(SIGINT);
-    EXPECT_EQ("on Prompt: ", terminal.ReadUntil("Prompt: "));
-    EXPECT_FALSE(terminal.IsEchoOn());
+  EXPECT_EQ(run.signal, WIFSIGNALED(status) ? WTERMSIG(status) : 0);
+  EXPECT_EQ(run.isEchoOnAfterwards, terminal.IsEchoOn());
+  if (run.signal == 0) {
+    EXPECT_EQ(0, status);
+    EXPECT_EQ("", terminal.ReadRest());
   }
-  terminal.Type("secret\n");
-  // The handler was installed without SA_RESTART, yet the reading goes on.
-  EXPECT_EQ(0, terminal.WaitForEnd());
-  EXPECT_TRUE(terminal.IsEchoOn());
 }
 
-TEST(EchoGuardTest, TheStopKeyStopsTheProcessWithEchoOnUntilItGoesOn) {
-  PseudoTerminal terminal;
-  terminal.Start(AskForSecret);
-  terminal.ReadUntil("Prompt: ");
-  for (int round = 0; round < 3; ++round) {
-    terminal.Type("\x1a");
-    ASSERT_TRUE(terminal.WaitUntilStopped());
-    EXPECT_TRUE(terminal.IsEchoOn());
-    terminal.Continue();
-    EXPECT_EQ("Prompt: ", terminal.ReadUntil("Prompt: "));
-    EXPECT_FALSE(terminal.IsEchoOn());
+void Answer(PseudoTerminal& terminal) { terminal.Type("secret\n"); }
+
+void ExpectPromptAgain(PseudoTerminal& terminal, const std::string& before = "") {
+  EXPECT_EQ(before + "Prompt: ", terminal.ReadUntil("Prompt: "));
+  EXPECT_FALSE(terminal.IsEchoOn());
+}
+
+void Stop(PseudoTerminal& terminal, int signal) {
+  terminal.Send(signal);
+  ASSERT_TRUE(terminal.WaitUntilStopped());
+}
+
+const Run kRuns[] = {
+    {"TheAnswerEndsIt", AskForSecret, Answer},
+    {"TheInterruptKeyEndsIt", AskForSecret, [](auto& terminal) { terminal.Type("\x03"); }, SIGINT},
+    {"AnIgnoredSignalChangesNothing",
+     [] {
+       HandleWith(SIGINT, SIG_IGN);
+       return AskForSecret();
+     },
+     [](auto& terminal) {
+       terminal.Send(SIGINT);
+       Answer(terminal);
+     }},
+    // The handler is installed without SA_RESTART, yet the reading goes on.
+    {"TheProgramsOwnHandlerRunsWithEchoOn",
+     [] {
+       HandleWith(SIGINT, [](int) { Show(HasEcho() ? "on " : "off "); });
+       return AskForSecret();
+     },
+     [](auto& terminal) {
+       for (int round = 0; round < 2; ++round) {
+         terminal.Send(SIGINT);
+         ExpectPromptAgain(terminal, "on ");
+       }
+       Answer(terminal);
+     }},
+    {"TheStopKeyStopsItWithEchoOn", AskForSecret,
+     [](auto& terminal) {
+       for (int round = 0; round < 3; ++round) {
+         terminal.Type("\x1a");
+         ASSERT_TRUE(terminal.WaitUntilStopped());
+         EXPECT_TRUE(terminal.IsEchoOn());
+         terminal.Continue();
+         ExpectPromptAgain(terminal);
+       }
+       Answer(terminal);
+     }},
+    {"ASignalEndsItWhileItIsStopped", AskForSecret,
+     [](auto& terminal) {
+       ASSERT_NO_FATAL_FAILURE(Stop(terminal, SIGTSTP));
+       terminal.Send(SIGTERM);
+       terminal.Continue();
+     },
+     SIGTERM},
+    {"EchoGoesOffAgainAfterAStopThatNobodyCanCatch", AskForSecret,
+     [](auto& terminal) {
+       ASSERT_NO_FATAL_FAILURE(Stop(terminal, SIGSTOP));
+       terminal.SetEcho(true);
+       terminal.Continue();
+       ExpectPromptAgain(terminal);
+       Answer(terminal);
+     }},
+    // Reading the terminal in the background stops it again.
+    {"InTheBackgroundItLeavesTheTerminalAlone", AskForSecret,
+     [](auto& terminal) {
+       terminal.Type("\x1a");
+       ASSERT_TRUE(terminal.WaitUntilStopped());
+       terminal.ContinueInBackground();
+       ASSERT_TRUE(terminal.WaitUntilStopped());
+       EXPECT_TRUE(terminal.IsEchoOn());
+       EXPECT_EQ("", terminal.ReadRest());
+       terminal.Continue();
+       ExpectPromptAgain(terminal);
+       Answer(terminal);
+     }},
+    {"EndingInTheBackgroundItLeavesTheTerminalAlone", AskForSecret,
+     [](auto& terminal) {
+       ASSERT_NO_FATAL_FAILURE(Stop(terminal, SIGSTOP));
+       terminal.SetEcho(false);
+       terminal.Send(SIGTERM);
+       terminal.ContinueInBackground();
+     },
+     SIGTERM, false},
+    {"TheProgramsOwnHandlerLearnsThatItGoesOn",
+     [] {
+       HandleWith(SIGCONT, [](int) { Show("going on "); });
+       return AskForSecret();
+     },
+     [](auto& terminal) {
+       ASSERT_NO_FATAL_FAILURE(Stop(terminal, SIGSTOP));
+       terminal.Continue();
+       ExpectPromptAgain(terminal, "going on ");
+       Answer(terminal);
+     }},
+    {"AProgramThatIgnoresGoingOnHidesTheTyping",
+     [] {
+       HandleWith(SIGCONT, SIG_IGN);
+       return AskForSecret();
+     },
+     [](auto& terminal) {
+       ASSERT_NO_FATAL_FAILURE(Stop(terminal, SIGTSTP));
+       EXPECT_TRUE(terminal.IsEchoOn());
+       terminal.Continue();
+       ExpectPromptAgain(terminal);
+       Answer(terminal);
+     }}};
+
+INSTANTIATE_TEST_SUITE_P(Runs, EchoGuardRunTest, ::testing::ValuesIn(kRuns),
+                         [](const auto& row) { return row.param.name; });
+
+std::vector<Run> MakeRunsThatASignalEnds() {
+  std::vector<Run> runs;
+  for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM}) {
+    const auto send = [signal](PseudoTerminal& terminal) { terminal.Send(signal); };
+    runs.push_back({sigabbrev_np(signal), AskForSecret, send, signal});
   }
-  terminal.Type("secret\n");
-  EXPECT_EQ(0, terminal.WaitForEnd());
-  EXPECT_TRUE(terminal.IsEchoOn());
-  EXPECT_EQ("", terminal.ReadRest());
+  return runs;
 }
 
-TEST(EchoGuardTest, AStoppedProcessCanBeEndedAndLeavesEchoOn) {
-  PseudoTerminal terminal;
-  terminal.Start(AskForSecret);
-  terminal.ReadUntil("Prompt: ");
-  terminal.Send(SIGTSTP);
-  ASSERT_TRUE(terminal.WaitUntilStopped());
-  terminal.Send(SIGTERM);
-  terminal.Continue();
-  const int status = terminal.WaitForEnd();
-  EXPECT_TRUE(WIFSIGNALED(status));
-  EXPECT_EQ(SIGTERM, WTERMSIG(status));
-  EXPECT_TRUE(terminal.IsEchoOn());
-}
-
-TEST(EchoGuardTest, EchoGoesOffAgainAfterAStopThatNobodyCanCatch) {
-  PseudoTerminal terminal;
-  terminal.Start(AskForSecret);
-  terminal.ReadUntil("Prompt: ");
-  terminal.Send(SIGSTOP);
-  ASSERT_TRUE(terminal.WaitUntilStopped());
-  terminal.SetEcho(true);
-  terminal.Continue();
-  EXPECT_EQ("Prompt: ", terminal.ReadUntil("Prompt: "));
-  EXPECT_FALSE(terminal.IsEchoOn());
-  terminal.Type("secret\n");
-  EXPECT_EQ(0, terminal.WaitForEnd());
-}
-
-TEST(EchoGuardTest, AProcessThatGoesOnInTheBackgroundLeavesTheTerminalAlone) {
-  PseudoTerminal terminal;
-  terminal.Start(AskForSecret);
-  terminal.ReadUntil("Prompt: ");
-  terminal.Type("\x1a");
-  ASSERT_TRUE(terminal.WaitUntilStopped());
-  terminal.ContinueInBackground();
-  // Reading the terminal in the background stops it again.
-  ASSERT_TRUE(terminal.WaitUntilStopped());
-  EXPECT_TRUE(terminal.IsEchoOn());
-  EXPECT_EQ("", terminal.ReadRest());
-  terminal.Continue();
-  EXPECT_EQ("Prompt: ", terminal.ReadUntil("Prompt: "));
-  EXPECT_FALSE(terminal.IsEchoOn());
-  terminal.Type("secret\n");
-  EXPECT_EQ(0, terminal.WaitForEnd());
-}
-
-TEST(EchoGuardTest, AProcessThatEndsInTheBackgroundLeavesTheTerminalAlone) {
-  PseudoTerminal terminal;
-  terminal.Start(AskForSecret);
-  terminal.ReadUntil("Prompt: ");
-  terminal.Send(SIGSTOP);
-  ASSERT_TRUE(terminal.WaitUntilStopped());
-  terminal.SetEcho(false);
-  terminal.Send(SIGTERM);
-  terminal.ContinueInBackground();
-  const int status = terminal.WaitForEnd();
-  EXPECT_TRUE(WIFSIGNALED(status));
-  EXPECT_EQ(SIGTERM, WTERMSIG(status));
-  EXPECT_FALSE(terminal.IsEchoOn());
-}
-
-TEST(EchoGuardTest, TheProgramsOwnHandlerLearnsThatTheProcessGoesOn) {
-  PseudoTerminal terminal;
-  terminal.Start([] {
-    HandleWith(SIGCONT, [](int) { Show("going on "); });
-    return AskForSecret();
-  });
-  terminal.ReadUntil("Prompt: ");
-  terminal.Send(SIGSTOP);
-  ASSERT_TRUE(terminal.WaitUntilStopped());
-  terminal.Continue();
-  EXPECT_EQ("going on Prompt: ", terminal.ReadUntil("Prompt: "));
-  terminal.Type("secret\n");
-  EXPECT_EQ(0, terminal.WaitForEnd());
-}
-
-TEST(EchoGuardTest, AProgramThatIgnoresContinuingStillHidesTheTyping) {
-  PseudoTerminal terminal;
-  terminal.Start([] {
-    HandleWith(SIGCONT, SIG_IGN);
-    return AskForSecret();
-  });
-  terminal.ReadUntil("Prompt: ");
-  terminal.Send(SIGTSTP);
-  ASSERT_TRUE(terminal.WaitUntilStopped());
-  EXPECT_TRUE(terminal.IsEchoOn());
-  terminal.Continue();
-  EXPECT_EQ("Prompt: ", terminal.ReadUntil("Prompt: "));
-  EXPECT_FALSE(terminal.IsEchoOn());
-  terminal.Type("secret\n");
-  EXPECT_EQ(0, terminal.WaitForEnd());
-}
+INSTANTIATE_TEST_SUITE_P(Signals, EchoGuardRunTest, ::testing::ValuesIn(MakeRunsThatASignalEnds()),
+                         [](const auto& row) { return row.param.name; });
 
 TEST(EchoGuardTest, APromptThatWentToAFileIsNotWrittenAgain) {
   PseudoTerminal terminal;
