@@ -11,11 +11,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <ctime>
 #include <utility>
 
 #include "autocli/process/FileDescriptor.h"
+#include "autocli/text/SystemError.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/platform/Zoluser.h"
 
@@ -24,13 +24,6 @@ namespace {
 
 constexpr int kFirstFreeDescriptor = 3;
 constexpr std::size_t kReadSize = 64 * 1024;
-constexpr std::size_t kErrorTextSize = 200;
-constexpr std::size_t kReadErrorTextSize = 255;
-
-std::string SystemErrorText(int error, std::size_t size = kErrorTextSize) {
-  char buffer[kReadErrorTextSize];
-  return strerror_r(error, buffer, size);
-}
 
 struct Pipe {
   FileDescriptor readEnd;
@@ -185,8 +178,7 @@ bool ReadChunk(const FileDescriptor& from, std::string& received) {
     count = read(from.Get(), chunk, sizeof(chunk));
   } while (count < 0 && errno == EINTR);
   if (count < 0) {
-    throw ReadFailure("Unable to read from sub-process: " +
-                      SystemErrorText(errno, kReadErrorTextSize));
+    throw ReadFailure("Unable to read from sub-process: " + SystemErrorText(errno));
   }
   received.append(chunk, static_cast<std::size_t>(count));
   return count > 0;

@@ -130,7 +130,7 @@ TEST(EchoGuardTest, TheSignalsAreAsBeforeAfterwards) {
 }
 
 // A run of a program that asks for a secret: what happens to it after the prompt, and how it ends.
-struct Run {
+struct GuardedRun {
   const char* name;
   std::function<int()> work = AskForSecret;
   std::function<void(PseudoTerminal&)> act;
@@ -138,10 +138,10 @@ struct Run {
   bool isEchoOnAfterwards = true;
 };
 
-class EchoGuardRunTest : public ::testing::TestWithParam<Run> {};
+class EchoGuardRunTest : public ::testing::TestWithParam<GuardedRun> {};
 
 TEST_P(EchoGuardRunTest, EndsAsItWouldWithoutTheGuard) {
-  const Run& run = GetParam();
+  const GuardedRun& run = GetParam();
   PseudoTerminal terminal;
   terminal.Start(run.work);
   EXPECT_EQ("Prompt: ", terminal.ReadUntil("Prompt: "));
@@ -168,7 +168,7 @@ void Stop(PseudoTerminal& terminal, int signal) {
   ASSERT_TRUE(terminal.WaitUntilStopped());
 }
 
-const Run kRuns[] = {
+const GuardedRun kRuns[] = {
     {"TheAnswerEndsIt", AskForSecret, Answer},
     {"TheInterruptKeyEndsIt", AskForSecret, [](auto& terminal) { terminal.Type("\x03"); }, SIGINT},
     {"AnIgnoredSignalChangesNothing",
@@ -267,8 +267,8 @@ const Run kRuns[] = {
 INSTANTIATE_TEST_SUITE_P(Runs, EchoGuardRunTest, ::testing::ValuesIn(kRuns),
                          [](const auto& row) { return row.param.name; });
 
-std::vector<Run> MakeRunsThatASignalEnds() {
-  std::vector<Run> runs;
+std::vector<GuardedRun> MakeRunsThatASignalEnds() {
+  std::vector<GuardedRun> runs;
   for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM}) {
     const auto send = [signal](PseudoTerminal& terminal) { terminal.Send(signal); };
     runs.push_back({sigabbrev_np(signal), AskForSecret, send, signal});
