@@ -14,7 +14,7 @@ namespace Kestrel::CallSpec {
 
 namespace {
 
-constexpr std::size_t kShortestName = 2;
+constexpr std::size_t kMinNameSize = 2;
 constexpr const char* kHelp = "help";
 
 }  // namespace
@@ -72,7 +72,7 @@ bool InputSpec::Validate(const std::shared_ptr<Input>& input,
 // Of all clashes the one that comes first in the order of names is told.
 void InputSpec::CheckNames(const ParameterSpec& spec) const {
   const std::string& name = spec.GetName();
-  if (name.size() < kShortestName) {
+  if (name.size() < kMinNameSize) {
     throw KestrelException("Parameter name must be at least 2 characters");
   }
   const auto duplicate = declared_.find(name);

@@ -6,25 +6,13 @@
 #include <utility>
 
 #include "kestrel/KestrelException.h"
+#include "metaobj/ErrorList.h"
+#include "metaobj/MissingDocumentation.h"
 
 namespace Kestrel::CallSpec {
 
-namespace {
-
-// A function, so that the static objects of other sources may ask for descriptions too.
-const std::string& MissingDocumentation() {
-  static const std::string text("Documentation missing");
-  return text;
-}
-
-bool Refuse(const char* message, std::vector<std::string>* errors) {
-  if (errors != nullptr) {
-    errors->emplace_back(message);
-  }
-  return false;
-}
-
-}  // namespace
+using MetaObj::AppendError;
+using MetaObj::MissingDocumentation;
 
 const std::string OutputSpec::_docMissingStaticString(MissingDocumentation());
 
@@ -82,18 +70,19 @@ const std::string& OutputSpec::GetDescription() const {
 bool OutputSpec::Validate(const std::shared_ptr<Output>& output,
                           std::vector<std::string>* errors) const {
   if (!root_) {
-    return Refuse(
-        "No root object set for output spec. Root object for output spec must be set for proper "
-        "validation of output.",
-        errors);
+    AppendError(errors,
+                "No root object set for output spec. Root object for output spec must be set for "
+                "proper validation of output.");
+    return false;
   }
   if (!output) {
     throw KestrelException("Null output passed to Validate");
   }
   const std::shared_ptr<MetaObj::MetaObject> result = output->GetRootObject();
   if (!result) {
-    return Refuse("No root object set for output. The command did not provide proper output.",
-                  errors);
+    AppendError(errors,
+                "No root object set for output. The command did not provide proper output.");
+    return false;
   }
   return root_->IsSameStructure(result, errors);
 }

@@ -18,7 +18,7 @@ namespace Kestrel::CallSpec {
 namespace {
 
 // Up to this length walking the list is as quick as looking into a set.
-constexpr std::size_t kLongestWalkedList = 32;
+constexpr std::size_t kMaxUnindexedSize = 32;
 
 template <typename T>
 bool Contains(const std::vector<T>& list, const std::set<T>& index, const T& value) {
@@ -33,7 +33,7 @@ void Append(std::vector<T>& list, std::set<T>& index, T&& value) {
   list.push_back(std::forward<T>(value));
   if (!index.empty()) {
     index.insert(list.back());
-  } else if (list.size() > kLongestWalkedList) {
+  } else if (list.size() > kMaxUnindexedSize) {
     index.insert(list.begin(), list.end());
   }
 }

@@ -23,7 +23,8 @@ struct LayoutTable {
     return table;
   }
 
-  FieldLayout* Find(std::size_t hash, const FieldLayout* root, const FieldLayout::Texts_& texts);
+  FieldLayout* Find(std::size_t hash, const FieldLayout* root,
+                    const FieldLayout::FieldTexts& texts);
   FieldLayout* FindRoot(std::size_t hash, std::string_view typeName);
   LayoutRef Enter(FieldLayout* layout);
   void Remove(const FieldLayout* layout);
@@ -66,7 +67,7 @@ bool IsSame(const FieldText& left, const FieldText& right) {
 }  // namespace
 
 FieldLayout* LayoutTable::Find(std::size_t hash, const FieldLayout* root,
-                               const FieldLayout::Texts_& texts) {
+                               const FieldLayout::FieldTexts& texts) {
   const auto [first, last] = shared.equal_range(hash);
   for (auto each = first; each != last; ++each) {
     FieldLayout* const layout = each->second;
@@ -113,7 +114,7 @@ LayoutRef FieldLayout::Root(std::string_view typeName) {
     return LayoutRef(known);
   }
   FieldLayout* const fresh = new FieldLayout(typeName);
-  if (table.shared.size() >= kMostLayouts) {
+  if (table.shared.size() >= kMaxLayouts) {
     return LayoutRef(fresh);
   }
   LayoutRef entered = table.Enter(fresh);
@@ -132,14 +133,14 @@ FieldLayout::Step FieldLayout::With(const FieldName& name, std::string_view docu
   if (const Transition* const known = FindTransition(name, documentation)) {
     return {LayoutRef(known->next), known->position};
   }
-  if (Count() >= kMostFields || name.Text().size() > kLongestName) {
+  if (Count() >= kMaxFields || name.Text().size() > kMaxNameSize) {
     return {};
   }
   const auto place = std::lower_bound(
       texts_.begin(), texts_.end(), name.Text(),
       [](const auto& text, std::string_view sought) { return text->name < sought; });
   const std::size_t position = static_cast<std::size_t>(place - texts_.begin());
-  Texts_ texts;
+  FieldTexts texts;
   texts.reserve(Count() + 1);
   texts.assign(texts_.begin(), place);
   texts.push_back(
@@ -157,7 +158,7 @@ LayoutRef FieldLayout::WithDocumentation(std::size_t position,
   if (At(position).documentation == documentation) {
     return LayoutRef(this);
   }
-  Texts_ texts = texts_;
+  FieldTexts texts = texts_;
   texts[position] =
       std::make_shared<FieldText>(FieldText{At(position).name, std::string(documentation)});
   return Sibling(std::move(texts));
@@ -167,7 +168,7 @@ LayoutRef FieldLayout::Without(std::size_t position) const {
   if (Count() == 1) {
     return GetRoot();
   }
-  Texts_ texts = texts_;
+  FieldTexts texts = texts_;
   texts.erase(texts.begin() + static_cast<std::ptrdiff_t>(position));
   return Sibling(std::move(texts));
 }
@@ -176,15 +177,10 @@ bool FieldLayout::HasSameNames(const FieldLayout& other) const {
   return this == &other || names_ == other.names_;
 }
 
-std::size_t FieldLayout::CountShared() {
-  const TableLock lock;
-  return LayoutTable::Get().shared.size();
-}
-
 FieldLayout::FieldLayout(std::string_view typeName)
     : typeName_(typeName), hash_(HashOf(typeName)) {}
 
-FieldLayout::FieldLayout(const LayoutRef& root, Texts_&& texts)
+FieldLayout::FieldLayout(const LayoutRef& root, FieldTexts&& texts)
     : root_(root), texts_(std::move(texts)), hash_(root->hash_) {
   names_.reserve(texts_.size());
   for (const std::shared_ptr<const FieldText>& text : texts_) {
@@ -208,7 +204,7 @@ std::size_t FieldLayout::FindLong(std::string_view name) const {
 }
 
 void FieldLayout::AddTransition(FieldLayout* next, std::size_t position) const {
-  if (transitions_.size() >= kMostTransitions || next->origins_.size() >= kMostTransitions) {
+  if (transitions_.size() >= kMaxTransitions || next->origins_.size() >= kMaxTransitions) {
     return;
   }
   next->origins_.reserve(next->origins_.size() + 1);
@@ -223,7 +219,7 @@ void FieldLayout::RemoveTransition(const FieldLayout* next) const {
 }
 
 // The layout of the same type with these fields: the one that stands already, or a new one.
-LayoutRef FieldLayout::Sibling(Texts_&& texts) const {
+LayoutRef FieldLayout::Sibling(FieldTexts&& texts) const {
   const TableLock lock;
   LayoutTable& table = LayoutTable::Get();
   const LayoutRef root = GetRoot();
@@ -232,7 +228,7 @@ LayoutRef FieldLayout::Sibling(Texts_&& texts) const {
   if (FieldLayout* const known = table.Find(fresh->hash_, root.Get(), fresh->texts_)) {
     return LayoutRef(known);
   }
-  if (!root->isShared_ || table.shared.size() >= kMostLayouts) {
+  if (!root->isShared_ || table.shared.size() >= kMaxLayouts) {
     return LayoutRef();
   }
   return table.Enter(fresh.release());

@@ -66,10 +66,10 @@ class LayoutRef {
 
 class FieldLayout {
  public:
-  static constexpr std::size_t kMostFields = 64;
-  static constexpr std::size_t kLongestName = 255;
-  static constexpr std::size_t kMostLayouts = 4096;
-  static constexpr std::size_t kMostTransitions = 8;
+  static constexpr std::size_t kMaxFields = 64;
+  static constexpr std::size_t kMaxNameSize = 255;
+  static constexpr std::size_t kMaxLayouts = 4096;
+  static constexpr std::size_t kMaxTransitions = 8;
   static constexpr std::size_t kNotFound = static_cast<std::size_t>(-1);
 
   /// Where a new field leads: the layout that has it, and its place there. No layout when the
@@ -126,9 +126,6 @@ class FieldLayout {
   /// Whether both have fields of the same names, whatever their types and documentation.
   bool HasSameNames(const FieldLayout& other) const;
 
-  /// How many layouts are shared by shape at the moment, at most kMostLayouts.
-  static std::size_t CountShared();
-
   FieldLayout(const FieldLayout&) = delete;
   FieldLayout& operator=(const FieldLayout&) = delete;
 
@@ -136,17 +133,17 @@ class FieldLayout {
   friend class LayoutRef;
   friend struct LayoutTable;
 
-  using Texts_ = std::vector<std::shared_ptr<const FieldText>>;
+  using FieldTexts = std::vector<std::shared_ptr<const FieldText>>;
 
   explicit FieldLayout(std::string_view typeName);
-  FieldLayout(const LayoutRef& root, Texts_&& texts);
+  FieldLayout(const LayoutRef& root, FieldTexts&& texts);
   ~FieldLayout();
 
   std::size_t FindLong(std::string_view name) const;
   const Transition* FindTransition(const FieldName& name, std::string_view documentation) const;
   void AddTransition(FieldLayout* next, std::size_t position) const;
   void RemoveTransition(const FieldLayout* next) const;
-  LayoutRef Sibling(Texts_&& texts) const;
+  LayoutRef Sibling(FieldTexts&& texts) const;
 
   void Share() const;
   void Release() const;
@@ -155,7 +152,7 @@ class FieldLayout {
   mutable std::atomic<std::size_t> owners_{0};
   const LayoutRef root_;        // none in a root
   const std::string typeName_;  // of a root only
-  const Texts_ texts_;
+  const FieldTexts texts_;
   std::vector<FieldName> names_;  // of the texts
   std::size_t hash_;
   bool isShared_ = false;

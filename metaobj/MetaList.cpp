@@ -10,6 +10,7 @@
 #include "kestrel/metaobj/MetaInt.h"
 #include "kestrel/metaobj/MetaString.h"
 #include "kestrel/metaobj/MetaStruct.h"
+#include "metaobj/ErrorList.h"
 #include "metaobj/NestedRelease.h"
 #include "metaobj/ShapeComparison.h"
 #include "metaobj/SlabAllocator.h"
@@ -20,12 +21,6 @@ namespace Kestrel::MetaObj {
 namespace {
 
 constexpr std::size_t kReservedPerElement = 15;
-
-void Tell(std::vector<std::string>* errors, const char* text) {
-  if (errors != nullptr) {
-    errors->emplace_back(text);
-  }
-}
 
 std::string Refusal(const std::vector<std::string>& errors) {
   std::string text = "Invalid structure detected by MetaList::Add.  Type Errors were: (" +
@@ -191,26 +186,27 @@ void MetaList::EnsureCapacity(std::size_t n) {
 bool MetaList::Validate(const std::shared_ptr<MetaObject>& item,
                         std::vector<std::string>* errors) const {
   if (item == nullptr) {
-    Tell(errors, "Invalid NULL input");
+    AppendError(errors, "Invalid NULL input");
     return false;
   }
   if (item->GetType() != elementKind_) {
-    Tell(errors,
-         "There was an error adding an item to this list.  The item being added was not the "
-         "correct type for this list, so it was not added.");
+    AppendError(errors,
+                "There was an error adding an item to this list.  The item being added was not the "
+                "correct type for this list, so it was not added.");
     return false;
   }
   if (elementKind_ != MetaType::Struct) {
     return true;
   }
   if (structure_ == nullptr) {
-    Tell(errors, "List created with NULL structure.  No items can be added to this list.");
+    AppendError(errors, "List created with NULL structure.  No items can be added to this list.");
     return false;
   }
   if (!structure_->IsSameStructure(item, errors)) {
-    Tell(errors,
-         "There was an error adding an item to this list.  The item being added did not match the "
-         "declared structure of this list, so it was not added.");
+    AppendError(
+        errors,
+        "There was an error adding an item to this list.  The item being added did not match the "
+        "declared structure of this list, so it was not added.");
     return false;
   }
   return true;

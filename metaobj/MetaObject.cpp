@@ -3,6 +3,8 @@
 
 #include "kestrel/metaobj/MetaObject.h"
 
+#include "metaobj/ErrorList.h"
+
 namespace Kestrel::MetaObj {
 
 const std::string& MetaTypeString(const MetaType& type) {
@@ -31,10 +33,8 @@ bool MetaObject::IsSameStructure(const std::shared_ptr<MetaObject>& other,
   if (isScalar && other->GetType() == type_) {
     return true;
   }
-  if (errors != nullptr) {
-    errors->push_back("Type mismatch in structure.  Expecting " + MetaTypeString(type_) + " got " +
-                      MetaTypeString(other->GetType()));
-  }
+  AppendError(errors, "Type mismatch in structure.  Expecting ", MetaTypeString(type_), " got ",
+              MetaTypeString(other->GetType()));
   return false;
 }
 

@@ -14,6 +14,7 @@
 #include "kestrel/metaobj/MetaString.h"
 #include "metaobj/FieldCursor.h"
 #include "metaobj/FieldLayout.h"
+#include "metaobj/MissingDocumentation.h"
 #include "metaobj/NestedRelease.h"
 #include "metaobj/ShapeComparison.h"
 #include "metaobj/SlabAllocator.h"
@@ -29,12 +30,6 @@ std::string_view View(const char* text) { return text == nullptr ? std::string_v
 
 bool IsLetterOrDigit(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
-}
-
-// Serves before this file's static members do; the member only mirrors it.
-const std::string& MissingDocumentation() {
-  static const std::string text = "Documentation missing";
-  return text;
 }
 
 // Open to every text; the refusal in SetField waits for a stricter rule.

@@ -11,7 +11,7 @@ namespace {
 
 using Values = std::vector<std::shared_ptr<MetaObject>>;
 
-constexpr unsigned kDeepest = 32;
+constexpr unsigned kMaxDepth = 32;
 
 thread_local unsigned depth __attribute__((tls_model("initial-exec"))) = 0;
 thread_local Values* waiting __attribute__((tls_model("initial-exec"))) = nullptr;
@@ -37,7 +37,7 @@ class ReleaseScope {
   ReleaseScope& operator=(const ReleaseScope&) = delete;
 
   void Release(std::shared_ptr<MetaObject>&& value) {
-    if (depth > kDeepest && MakesWait(std::move(value))) {
+    if (depth > kMaxDepth && MakesWait(std::move(value))) {
       return;
     }
     value.reset();

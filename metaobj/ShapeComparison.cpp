@@ -6,6 +6,7 @@
 #include <deque>
 #include <utility>
 
+#include "metaobj/ErrorList.h"
 #include "metaobj/FieldCursor.h"
 #include "metaobj/ValueAccess.h"
 
@@ -14,7 +15,7 @@ namespace Kestrel::MetaObj {
 namespace {
 
 // How deep the quick look goes before it leaves a pair to the exact comparison.
-constexpr unsigned kQuickDepth = 8;
+constexpr unsigned kMaxQuickDepth = 8;
 
 bool IsSurelySame(const MetaObject& mine, const MetaObject& other, unsigned depth);
 
@@ -104,17 +105,17 @@ class ShapeComparison {
 
   Answer OpenRecord(const MetaStruct& mine, const MetaObject* other) {
     if (other == nullptr) {
-      Tell("Invalid NULL input to MetaStruct validation.");
+      AppendError(errors_, "Invalid NULL input to MetaStruct validation.");
       return Answer::Same;
     }
     if (other->GetType() != mine.GetType()) {
-      TellKinds("Type Mismatch in MetaStruct Validation: Expected type ", mine, " got type ",
-                *other);
+      AppendError(errors_, "Type Mismatch in MetaStruct Validation: Expected type ",
+                  MetaTypeString(mine.GetType()), " got type ", MetaTypeString(other->GetType()));
       return Answer::Different;
     }
     const MetaStruct* const record = ValueAccess::AsStruct(*other);
     if (record == nullptr) {
-      Tell("Unable to cast to MetaStruct, runtime error?");
+      AppendError(errors_, "Unable to cast to MetaStruct, runtime error?");
       return Answer::Different;
     }
     return OpenFields(mine, *record, false);
@@ -122,13 +123,15 @@ class ShapeComparison {
 
   Answer OpenFields(const MetaStruct& mine, const MetaStruct& other, bool isOfList) {
     if (errors_ != nullptr && mine.GetTypeName() != other.GetTypeName()) {
-      Tell("Type names do not match.");
+      AppendError(errors_, "Type names do not match.");
     }
     const FieldCursor fields(mine);
     const FieldCursor otherFields(other);
     const bool isSame = fields.CountLeft() == otherFields.CountLeft();
     if (!isSame) {
-      TellCounts(fields.CountLeft(), otherFields.CountLeft());
+      AppendError(errors_, "Mismatch on number of fields set in struct. Expected ",
+                  std::to_string(fields.CountLeft()), " found ",
+                  std::to_string(otherFields.CountLeft()));
     }
     levels_.push_back({fields, otherFields, isSame, isOfList});
     return Answer::Opened;
@@ -136,16 +139,17 @@ class ShapeComparison {
 
   Answer OpenList(const MetaList& mine, const MetaObject* other) {
     if (other == nullptr) {
-      Tell("Mismatch on structure, NULL comparison");
+      AppendError(errors_, "Mismatch on structure, NULL comparison");
       return Answer::Different;
     }
     if (other->GetType() != mine.GetType()) {
-      TellKinds("Type mismatch!  Was expecting a ", mine, ", but got a ", *other);
+      AppendError(errors_, "Type mismatch!  Was expecting a ", MetaTypeString(mine.GetType()),
+                  ", but got a ", MetaTypeString(other->GetType()));
       return Answer::Different;
     }
     const MetaList* const list = ValueAccess::AsList(*other);
     if (list == nullptr || list->GetListType() != mine.GetListType()) {
-      Tell("Mismatch on list type");
+      AppendError(errors_, "Mismatch on list type");
       return Answer::Different;
     }
     const MetaStruct* const structure = ValueAccess::Structure(mine).get();
@@ -171,7 +175,7 @@ class ShapeComparison {
       level.otherFields.Next();
     }
     if (level.otherFields.AtEnd() || level.otherFields.Name() != name) {
-      TellField("Missing field in input: ", name);
+      AppendError(errors_, "Missing field in input: ", name);
       return Close(false);
     }
     const std::shared_ptr<MetaObject>& mine = level.fields.Value();
@@ -181,7 +185,7 @@ class ShapeComparison {
 
   // Ends the innermost level because the values of its present field differ.
   Answer FailField() {
-    TellField("Type mismatch on field: ", levels_.back().fields.Name());
+    AppendError(errors_, "Type mismatch on field: ", levels_.back().fields.Name());
     return Close(false);
   }
 
@@ -189,36 +193,9 @@ class ShapeComparison {
     const bool isOfList = levels_.back().isOfList;
     levels_.pop_back();
     if (!isSame && isOfList) {
-      Tell("List type mismatch list and input");
+      AppendError(errors_, "List type mismatch list and input");
     }
     return isSame ? Answer::Same : Answer::Different;
-  }
-
-  void Tell(const char* text) {
-    if (errors_ != nullptr) {
-      errors_->emplace_back(text);
-    }
-  }
-
-  void TellField(const char* text, const std::string& name) {
-    if (errors_ != nullptr) {
-      errors_->push_back(text + name);
-    }
-  }
-
-  void TellKinds(const char* before, const MetaObject& mine, const char* between,
-                 const MetaObject& other) {
-    if (errors_ != nullptr) {
-      errors_->push_back(before + MetaTypeString(mine.GetType()) + between +
-                         MetaTypeString(other.GetType()));
-    }
-  }
-
-  void TellCounts(std::size_t expected, std::size_t found) {
-    if (errors_ != nullptr) {
-      errors_->push_back("Mismatch on number of fields set in struct. Expected " +
-                         std::to_string(expected) + " found " + std::to_string(found));
-    }
   }
 
   std::vector<std::string>* const errors_;
@@ -233,7 +210,7 @@ bool IsSameShape(const MetaObject& mine, const std::shared_ptr<MetaObject>& othe
 }
 
 bool IsSurelySameShape(const MetaObject& mine, const MetaObject& other) {
-  return IsSurelySame(mine, other, kQuickDepth);
+  return IsSurelySame(mine, other, kMaxQuickDepth);
 }
 
 }  // namespace Kestrel::MetaObj
