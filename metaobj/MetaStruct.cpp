@@ -310,7 +310,7 @@ std::vector<std::string> MetaStruct::GetFieldNames() const {
 }
 
 void MetaStruct::RemoveField(const std::string& name) {
-  if (locked_) {
+  if (locked_.load(std::memory_order_relaxed)) {
     throw KestrelException("Structure is locked, unable to remove fields");
   }
   if (hasOwnIndex_) {
@@ -331,7 +331,12 @@ void MetaStruct::RemoveField(const std::string& name) {
 
 const std::string& MetaStruct::GetTypeName() const { return layout_->TypeName(); }
 
-void MetaStruct::LockStructure() { locked_ = true; }
+void MetaStruct::LockStructure() {
+  // Written once, so that threads that share a definition do not fight for its cache line.
+  if (!locked_.load(std::memory_order_relaxed)) {
+    locked_.store(true, std::memory_order_relaxed);
+  }
+}
 
 bool MetaStruct::HasStructureDefinition() const { return definition_ != nullptr; }
 
@@ -402,7 +407,7 @@ void MetaStruct::CheckValue(std::string_view name, const std::shared_ptr<MetaObj
 
 // A field that is there already needs no such check: a definition keeps its fields for good.
 inline void MetaStruct::CheckNewField(std::string_view name) const {
-  if (locked_) {
+  if (locked_.load(std::memory_order_relaxed)) {
     throw KestrelException(LockedText(name));
   }
   if (definition_ != nullptr && definition_->Find(FieldName(name)) == nullptr) {

@@ -3,31 +3,52 @@
 
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <new>
 #include <utility>
 
-// Values are small, of few sizes and very many, so they come from slabs: a block of one size is
-// cut from a large chunk and, once freed, kept for the next value of its size. Each thread keeps
-// its own lists and takes no lock; a block may be freed by another thread than the one that made
-// it, it then serves that thread. Slabs are never given back, not even at exit, because values may
-// outlive every static object. The address sanitizer sees plain blocks of its own instead.
+// Memory for values, which are small, of few sizes and very many. A block is cut from a large
+// chunk; once freed, it is kept in a list for the next value of its size.
+//
+// Each thread has its own lists and its own chunk, so neither operation takes a lock. A block may
+// be freed by another thread than the one that allocated it and then belongs to that thread. So
+// that memory does not pile up in a thread that only frees, every thread gives its lists to a
+// shared pool from time to time, and all it has when it ends; a thread that has used up its chunk
+// looks into the pool before it starts another chunk.
+//
+// Memory never goes back to the system, not even at exit: values may outlive every static object.
+// Under the address sanitizer each block is an allocation of its own, so that it sees a freed block
+// used again.
 namespace Kestrel::MetaObj {
 
 class Slab {
  public:
-  /// The largest block that comes from a slab; larger ones are the caller's to allocate.
-  static constexpr std::size_t kLargestBlock = 256;
+  /// The largest block, in bytes. Larger objects are not the slabs' business.
+  static constexpr std::size_t kMaxBlock = 256;
 
-  /// Every block starts at a multiple of this.
+  /// The alignment of every block, in bytes.
   static constexpr std::size_t kGranule = 8;
 
-  /// A block of at least `size` bytes, 1 to `kLargestBlock`.
-  static void* Allocate(std::size_t size);
+  /// Returns a block of at least `size` bytes, 1 to `kMaxBlock`.
+  /// Throws `std::bad_alloc` when memory runs out.
+  static void* Allocate(std::size_t size) { return AllocateClass(ClassOf(size)); }
 
-  /// Takes back a block that `Allocate` gave for the same size.
-  static void Free(void* block, std::size_t size) noexcept;
+  /// Takes back a block that `Allocate` returned for the same size, in any thread.
+  static void Free(void* block, std::size_t size) noexcept { FreeClass(block, ClassOf(size)); }
+
+ private:
+  // A block in the pool holds two pointers.
+  static constexpr std::size_t kMinBlock = 2 * sizeof(void*);
+
+  // The blocks of one class have one size.
+  static constexpr std::size_t ClassOf(std::size_t size) {
+    return (std::max(size, kMinBlock) - 1) / kGranule;
+  }
+
+  static void* AllocateClass(std::size_t sizeClass);
+  static void FreeClass(void* block, std::size_t sizeClass) noexcept;
 };
 
 /// A standard allocator over the slabs, made for `std::allocate_shared`.
@@ -54,14 +75,14 @@ class SlabAllocator {
     std::allocator<T>().deallocate(block, count);
   }
 
-  /// A value was made as what it is, so its destructor needs no look at its class.
+  /// Destroys `value`, whose class is exactly `U`, without a virtual call.
   template <typename U>
   void destroy(U* value) noexcept {
     value->U::~U();
   }
 
  private:
-  static constexpr bool kFits = sizeof(T) <= Slab::kLargestBlock && alignof(T) <= Slab::kGranule;
+  static constexpr bool kFits = sizeof(T) <= Slab::kMaxBlock && alignof(T) <= Slab::kGranule;
 };
 
 template <typename T, typename U>
@@ -74,7 +95,7 @@ bool operator!=(const SlabAllocator<T>&, const SlabAllocator<U>&) noexcept {
   return false;
 }
 
-/// Makes a value of class T and its shared owner in one block of a slab.
+/// Makes an object of class T and the counts of its shared owners in one block.
 template <typename T, typename... Arguments>
 std::shared_ptr<T> MakeInSlab(Arguments&&... arguments) {
   return std::allocate_shared<T>(SlabAllocator<T>(), std::forward<Arguments>(arguments)...);

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <set>
 #include <thread>
 #include <vector>
 
@@ -32,7 +33,7 @@ TEST(SlabAllocatorTest, GivesBlocksThatDoNotOverlap) {
   };
   std::vector<Block> blocks;
   for (std::size_t round = 0; round < 3000; ++round) {
-    const std::size_t size = 1 + round * 7 % Slab::kLargestBlock;
+    const std::size_t size = 1 + round * 7 % Slab::kMaxBlock;
     blocks.push_back({static_cast<unsigned char*>(Slab::Allocate(size)), size});
     std::memset(blocks.back().bytes, static_cast<int>(round % 251), size);
   }
@@ -65,11 +66,11 @@ TEST(SlabAllocatorTest, LeavesTheErrorNumberAlone) {
   std::vector<void*> blocks;
   errno = ENOTTY;
   for (std::size_t each = 0; each < kBlocks; ++each) {
-    blocks.push_back(Slab::Allocate(Slab::kLargestBlock));
+    blocks.push_back(Slab::Allocate(Slab::kMaxBlock));
   }
   EXPECT_EQ(errno, ENOTTY);
   for (void* const block : blocks) {
-    Slab::Free(block, Slab::kLargestBlock);
+    Slab::Free(block, Slab::kMaxBlock);
   }
 }
 
@@ -84,7 +85,7 @@ TEST(SlabAllocatorTest, PassesOnWhatDoesNotFit) {
   three[2] = 5;
   several.deallocate(three, 3);
   struct Large {
-    std::array<char, Slab::kLargestBlock + 1> bytes;
+    std::array<char, Slab::kMaxBlock + 1> bytes;
   };
   const std::shared_ptr<Large> large = MakeInSlab<Large>();
   large->bytes.back() = 'x';
@@ -137,6 +138,109 @@ TEST(SlabAllocatorTest, TakesABlockBackInAnotherThread) {
     EXPECT_EQ(*values[each], static_cast<long>(each));
     EXPECT_EQ(*others[each], -static_cast<long>(each));
   }
+}
+
+// Memory does not pile up, whichever threads allocate and free it.
+
+constexpr std::size_t kBlocks = 4096;
+constexpr std::size_t kSize = 64;
+
+std::vector<void*> AllocateBlocks() {
+  std::vector<void*> blocks;
+  for (std::size_t each = 0; each < kBlocks; ++each) {
+    blocks.push_back(Slab::Allocate(kSize));
+  }
+  return blocks;
+}
+
+void FreeBlocks(const std::vector<void*>& blocks) {
+  for (void* const block : blocks) {
+    Slab::Free(block, kSize);
+  }
+}
+
+class SlabAllocatorThreadTest : public ::testing::Test {
+ protected:
+  static constexpr int kRounds = 50;
+
+  void SetUp() override {
+    if (!kHasSlabs) {
+      GTEST_SKIP() << "the address sanitizer keeps freed blocks back";
+    }
+  }
+
+  void Note(const std::vector<void*>& blocks) { used.insert(blocks.begin(), blocks.end()); }
+
+  std::set<void*> used;
+};
+
+TEST_F(SlabAllocatorThreadTest, WhatOneThreadFreesServesTheOneThatAllocates) {
+  std::vector<void*> blocks;
+  for (int round = 0; round < kRounds; ++round) {
+    blocks = AllocateBlocks();
+    Note(blocks);
+    std::thread([&blocks] { FreeBlocks(blocks); }).join();
+  }
+  EXPECT_LT(used.size(), 5 * kBlocks);
+}
+
+TEST_F(SlabAllocatorThreadTest, WhatThisThreadFreesServesThreadsThatAllocate) {
+  std::vector<void*> blocks;
+  for (int round = 0; round < kRounds; ++round) {
+    std::thread([&blocks] { blocks = AllocateBlocks(); }).join();
+    Note(blocks);
+    FreeBlocks(blocks);
+  }
+  EXPECT_LT(used.size(), 5 * kBlocks);
+}
+
+TEST_F(SlabAllocatorThreadTest, AThreadThatEndsLeavesItsMemoryToTheNext) {
+  std::vector<void*> blocks;
+  for (int round = 0; round < kRounds; ++round) {
+    std::thread([&blocks] {
+      blocks = AllocateBlocks();
+      FreeBlocks(blocks);
+    }).join();
+    Note(blocks);
+  }
+  EXPECT_LT(used.size(), 5 * kBlocks);
+}
+
+// A few blocks each, so that what is left of a chunk matters.
+TEST_F(SlabAllocatorThreadTest, AThreadThatEndsLeavesTheRestOfItsChunkToTheNext) {
+  constexpr std::uintptr_t kChunk = 16 * 1024;
+  std::set<std::uintptr_t> chunks;
+  for (int round = 0; round < 10 * kRounds; ++round) {
+    std::thread([&chunks] {
+      void* const block = Slab::Allocate(kSize);
+      chunks.insert(reinterpret_cast<std::uintptr_t>(block) / kChunk);
+      Slab::Free(block, kSize);
+    }).join();
+  }
+  EXPECT_LT(chunks.size(), 20u);
+}
+
+// The destructor of a thread-local object runs after the thread has given its memory away.
+TEST_F(SlabAllocatorThreadTest, AThreadKeepsNothingOnItsWayOut) {
+  struct Late {
+    ~Late() {
+      if (!blocks.empty()) {
+        FreeBlocks(blocks);
+        seen->insert(Slab::Allocate(kSize));
+      }
+    }
+    std::vector<void*> blocks;
+    std::set<void*>* seen = nullptr;
+  };
+  for (int round = 0; round < kRounds; ++round) {
+    std::thread([this] {
+      thread_local Late late;
+      late.blocks = AllocateBlocks();
+      Note(late.blocks);
+      late.seen = &used;
+    }).join();
+  }
+  EXPECT_LT(used.size(), 5 * kBlocks);
 }
 
 }  // namespace

@@ -23,9 +23,14 @@ KESTREL_API const std::string& MetaTypeString(const MetaType& type);
 /// The base of all values: a kind, a comparison of shapes, a text.
 ///
 /// Values are made by the static `New` operations of the five value classes alone and are held by
-/// shared ownership. A scalar never changes; a structure or list is filled by one thread and only
-/// read once it has been handed on. A value that contains itself, however far down, must not be
-/// made: comparing or printing it would never end.
+/// shared ownership. A scalar never changes; a structure or list is filled first and only read once
+/// it has been passed on. A value that contains itself, however far down, must not be made:
+/// comparing or printing it would never end.
+///
+/// Values may be built, read and destroyed in several threads at once, as long as no two threads
+/// use the same value while one of them changes it. Only `SetField`, `RemoveField`,
+/// `LockStructure`, `Add`, `AddAll`, `Delete`, `Reserve` and `EnsureCapacity` change a value. A
+/// structure may serve as definition in several threads at once, although that locks it.
 class KESTREL_API MetaObject {
  public:
   /// The pass-key of the value classes' constructors; only those classes can make one.

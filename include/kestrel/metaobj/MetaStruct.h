@@ -4,6 +4,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <string_view>
 
@@ -190,7 +191,7 @@ class KESTREL_API MetaStruct : public MetaObject {
   void UseOwnIndex();
   void UseLayout(LayoutRef&& layout);
 
-  bool locked_ = false;
+  std::atomic<bool> locked_{false};  // several threads may lock one definition
   bool hasOwnIndex_ = false;
   const FieldLayout* layout_;  // counted; the bare type when the structure has an index of its own
   std::unique_ptr<Overflow> overflow_;  // null while all values stand in the slots below
