@@ -68,6 +68,13 @@ class LeavesNothing {
   int open_;
 };
 
+class ChildProcessTest : public ::testing::Test {
+ protected:
+  // Some tests count on consecutive free descriptors. Whoever started this program may have left
+  // others open between them.
+  static void SetUpTestSuite() { closefrom(STDERR_FILENO + 1); }
+};
+
 TEST(FileDescriptorTest, ClosesWhatItOwnsOnce) {
   const LeavesNothing nothing;
   FileDescriptor first(open("/dev/null", O_RDONLY));
@@ -86,7 +93,7 @@ TEST(FileDescriptorTest, ClosesWhatItOwnsOnce) {
   EXPECT_FALSE(first.IsOpen());
 }
 
-TEST(ChildProcessTest, MovesMuchDataBothWaysAtOnce) {
+TEST_F(ChildProcessTest, MovesMuchDataBothWaysAtOnce) {
   const LeavesNothing nothing;
   std::string data;
   while (data.size() < 5000000) {
@@ -95,7 +102,7 @@ TEST(ChildProcessTest, MovesMuchDataBothWaysAtOnce) {
   EXPECT_EQ(OutputOf("cat", data), data);
 }
 
-TEST(ChildProcessTest, AChildThatPrintsBeforeItReadsDoesNotBlock) {
+TEST_F(ChildProcessTest, AChildThatPrintsBeforeItReadsDoesNotBlock) {
   const LeavesNothing nothing;
   const std::string data(1000000, 'x');
   std::string output;
@@ -103,7 +110,7 @@ TEST(ChildProcessTest, AChildThatPrintsBeforeItReadsDoesNotBlock) {
   EXPECT_EQ(output.size(), 4000000u);
 }
 
-TEST(ChildProcessTest, AChildThatClosesItsOutputMayGoOnReading) {
+TEST_F(ChildProcessTest, AChildThatClosesItsOutputMayGoOnReading) {
   const LeavesNothing nothing;
   std::string output;
   EXPECT_EQ(RunShell("echo a; exec >&-; cat >/dev/null; exit 4", output, std::string(1000000, 'x')),
@@ -111,7 +118,7 @@ TEST(ChildProcessTest, AChildThatClosesItsOutputMayGoOnReading) {
   EXPECT_EQ(output, "a\n");
 }
 
-TEST(ChildProcessTest, AChildThatClosesItsInputFailsTheWrite) {
+TEST_F(ChildProcessTest, AChildThatClosesItsInputFailsTheWrite) {
   const LeavesNothing nothing;
   std::string output = "before";
   EXPECT_THAT(
@@ -123,12 +130,12 @@ TEST(ChildProcessTest, AChildThatClosesItsInputFailsTheWrite) {
   }
 }
 
-TEST(ChildProcessTest, AChildMayLeaveTheRestOfItsInput) {
+TEST_F(ChildProcessTest, AChildMayLeaveTheRestOfItsInput) {
   const LeavesNothing nothing;
   EXPECT_EQ(OutputOf("head -c 1", std::string(1000, 'x')), "x");
 }
 
-TEST(ChildProcessTest, AChildThatNeverReadsIsWaitedFor) {
+TEST_F(ChildProcessTest, AChildThatNeverReadsIsWaitedFor) {
   const LeavesNothing nothing;
   EXPECT_EQ(OutputOf("sleep 0.2; echo a", ""), "a\n");
   std::string output;
@@ -139,7 +146,7 @@ TEST(ChildProcessTest, AChildThatNeverReadsIsWaitedFor) {
   }
 }
 
-TEST(ChildProcessTest, ABrokenPipeLeavesSignalsAsTheyWere) {
+TEST_F(ChildProcessTest, ABrokenPipeLeavesSignalsAsTheyWere) {
   const LeavesNothing nothing;
   sigset_t before;
   sigset_t after;
@@ -157,7 +164,7 @@ TEST(ChildProcessTest, ABrokenPipeLeavesSignalsAsTheyWere) {
   }
 }
 
-TEST(ChildProcessTest, ASignalThatWasPendingBeforeStaysSo) {
+TEST_F(ChildProcessTest, ASignalThatWasPendingBeforeStaysSo) {
   sigset_t sigpipe;
   sigemptyset(&sigpipe);
   sigaddset(&sigpipe, SIGPIPE);
@@ -172,7 +179,7 @@ TEST(ChildProcessTest, ASignalThatWasPendingBeforeStaysSo) {
   pthread_sigmask(SIG_UNBLOCK, &sigpipe, nullptr);
 }
 
-TEST(ChildProcessTest, TheChildHasNothingOfTheSignalsOfItsParent) {
+TEST_F(ChildProcessTest, TheChildHasNothingOfTheSignalsOfItsParent) {
   sigset_t all;
   sigset_t before;
   sigfillset(&all);
@@ -186,17 +193,17 @@ TEST(ChildProcessTest, TheChildHasNothingOfTheSignalsOfItsParent) {
   EXPECT_EQ(std::stoull(ignoring, nullptr, 16) & (1u << (SIGPIPE - 1)), 0u) << ignoring;
 }
 
-TEST(ChildProcessTest, TheChildHasThreeDescriptors) {
+TEST_F(ChildProcessTest, TheChildHasThreeDescriptors) {
   const FileDescriptor other(open("/dev/null", O_RDONLY));  // without close-on-exec
   EXPECT_EQ(OutputOf("ls /proc/$$/fd; :"), "0\n1\n2\n");
 }
 
-TEST(ChildProcessTest, OutputIsReadUntilABackgroundProcessClosesIt) {
+TEST_F(ChildProcessTest, OutputIsReadUntilABackgroundProcessClosesIt) {
   const LeavesNothing nothing;
   EXPECT_EQ(OutputOf("(sleep 0.3; echo late) & echo early"), "early\nlate\n");
 }
 
-TEST(ChildProcessTest, ASignalEndsNoCall) {
+TEST_F(ChildProcessTest, ASignalEndsNoCall) {
   struct sigaction action = {};
   struct sigaction before;
   action.sa_handler = [](int) {};
@@ -229,7 +236,7 @@ class Interruption {
 
 int outputPipe = -1;  // the end of a child's output pipe that the library reads
 
-TEST(ChildProcessTest, AReadThatFailsKeepsWhatCameBefore) {
+TEST_F(ChildProcessTest, AReadThatFailsKeepsWhatCameBefore) {
   const int first = FirstFreeDescriptor();
   outputPipe = first + 2;
   const auto readFails = [](const std::string& commandLine, const std::string& stdinData) {
@@ -268,7 +275,7 @@ class DescriptorLimit {
   rlimit before_;
 };
 
-TEST(ChildProcessTest, ASystemThatRefusesToWaitFailsTheWrite) {
+TEST_F(ChildProcessTest, ASystemThatRefusesToWaitFailsTheWrite) {
   if (Testing::kIsSanitized) {
     GTEST_SKIP() << "the sanitizer needs descriptors of its own";
   }
@@ -290,7 +297,7 @@ TEST(ChildProcessTest, ASystemThatRefusesToWaitFailsTheWrite) {
   }
 }
 
-TEST(ChildProcessTest, AWaitThatFailsIsReported) {
+TEST_F(ChildProcessTest, AWaitThatFailsIsReported) {
   std::string output;
   const auto before = signal(SIGCHLD, SIG_IGN);  // children vanish without a status then
   EXPECT_THAT(
@@ -300,7 +307,7 @@ TEST(ChildProcessTest, AWaitThatFailsIsReported) {
   EXPECT_EQ(output, "out\n");
 }
 
-TEST(ChildProcessTest, AProgramThatCannotBeStartedIsReported) {
+TEST_F(ChildProcessTest, AProgramThatCannotBeStartedIsReported) {
   const LeavesNothing nothing;
   const ScopedTempDir folder;
   const std::string text = folder.Write("text", "not a program\n");
@@ -318,7 +325,7 @@ TEST(ChildProcessTest, AProgramThatCannotBeStartedIsReported) {
                                         "Failed to call process 'the line': Exec format error"));
 }
 
-TEST(ChildProcessTest, RunningOutOfDescriptorsIsReported) {
+TEST_F(ChildProcessTest, RunningOutOfDescriptorsIsReported) {
   if (Testing::kIsSanitized) {
     GTEST_SKIP() << "the sanitizer needs descriptors of its own";
   }
@@ -352,7 +359,7 @@ int ExitStatusOf(Act act) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-TEST(ChildProcessTest, RunsWithoutStandardStreams) {
+TEST_F(ChildProcessTest, RunsWithoutStandardStreams) {
   for (int closed = 0; closed < 8; ++closed) {
     EXPECT_EQ(ExitStatusOf([closed] {
                 for (int fd = 0; fd < 3; ++fd) {
@@ -368,7 +375,7 @@ TEST(ChildProcessTest, RunsWithoutStandardStreams) {
   }
 }
 
-TEST(ChildProcessTest, WithoutStandardStreamsItMayRunOutOfDescriptorsToo) {
+TEST_F(ChildProcessTest, WithoutStandardStreamsItMayRunOutOfDescriptorsToo) {
   if (Testing::kIsSanitized) {
     GTEST_SKIP() << "the sanitizer needs descriptors of its own";
   }
@@ -394,7 +401,7 @@ TEST(ChildProcessTest, WithoutStandardStreamsItMayRunOutOfDescriptorsToo) {
   EXPECT_EQ(messageIs(2, "Can't create output pipe: Too many open files"), 17);
 }
 
-TEST(ChildProcessTest, ManyRunsLeaveNothingBehind) {
+TEST_F(ChildProcessTest, ManyRunsLeaveNothingBehind) {
   const LeavesNothing nothing;
   const int runs = Testing::Rounds(500, 10000);
   for (int i = 0; i < runs; ++i) {
