@@ -5,6 +5,7 @@
 
 #include <kestrel/autocli/PluginEntryPoint.h>
 
+#include "plugins/host/log/LogCommands.h"
 #include "plugins/host/network/NetworkCommands.h"
 #include "plugins/host/storage/StorageCommands.h"
 #include "plugins/host/system/SystemCommands.h"
@@ -13,4 +14,5 @@ void AutoCli_RegisterNamespaces(std::shared_ptr<Kestrel::AutoCli::Namespace> roo
   Kestrel::Host::RegisterSystem(root);
   Kestrel::Host::RegisterStorage(root);
   Kestrel::Host::RegisterNetwork(root);
+  Kestrel::Host::RegisterLog(root);
 }

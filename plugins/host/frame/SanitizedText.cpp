@@ -3,6 +3,8 @@
 
 #include "plugins/host/frame/SanitizedText.h"
 
+#include <algorithm>
+
 #include "plugins/host/frame/HexDigits.h"
 
 namespace Kestrel::Host {
@@ -20,7 +22,18 @@ void AppendEscaped(unsigned char byte, std::string& text) {
   AppendHexDigits(byte, text);
 }
 
+// No text without such a byte has anything to escape; most texts have none.
+bool MayNeedEscapes(std::string_view text) {
+  return std::any_of(text.begin(), text.end(), [](char letter) {
+    const auto byte = static_cast<unsigned char>(letter);
+    return IsControl(byte) || byte == 0xc2;
+  });
+}
+
 std::string EscapeControls(std::string_view text, std::string_view kept) {
+  if (!MayNeedEscapes(text)) {
+    return std::string(text);
+  }
   std::string safe;
   safe.reserve(text.size());
   for (std::size_t i = 0; i < text.size(); ++i) {

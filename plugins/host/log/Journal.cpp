@@ -19,8 +19,9 @@ namespace {
 constexpr std::int64_t kMicroseconds = 1000000;
 constexpr std::size_t kLengthSize = 8;
 
-// What journalctl prints, in the C locale, when it does not fail although entries are missing.
+// What journalctl prints in the C locale.
 constexpr std::string_view kNoFiles = "No journal files were found";
+constexpr std::string_view kNoRight = "insufficient permissions";
 constexpr std::string_view kOwnEntriesOnly = "You are currently not seeing messages from other";
 constexpr std::string_view kNoSuchUnits = "Failed to add filter for units: No data available";
 
@@ -64,10 +65,10 @@ std::string RequireJournalctl() {
   return *path;
 }
 
-void RequireWholeJournal(const ProgramResult& result) {
-  if (Contains(result.errorOutput, kOwnEntriesOnly)) {
+void RequireSuccess(const ProgramResult& result) {
+  if (Contains(result.errorOutput, kOwnEntriesOnly) || Contains(result.errorOutput, kNoRight)) {
     throw KestrelException(
-        "The journal shows other users' messages to root and the group systemd-journal only");
+        "Only root and members of the group systemd-journal may read the whole journal");
   }
   if (Contains(result.errorOutput, kNoFiles)) {
     FailWithoutJournal("no journal files were found");
@@ -118,9 +119,15 @@ std::vector<LogLine> AskJournal(const std::vector<std::string>& units, const Log
         }
         return lines.size() < filter.lines;
       });
-  RequireWholeJournal(result);
+  RequireSuccess(result);
   std::reverse(lines.begin(), lines.end());
   return lines;
+}
+
+// In the export format journalctl does not mention a journal that is missing, or of which it shows
+// a part; it does when it is asked for no lines as text.
+void RequireWholeJournal() {
+  RequireSuccess(RunProgram(RequireJournalctl(), {"--no-pager", "--lines=0"}));
 }
 
 bool IsInJournal(const std::string& unit) {
@@ -219,6 +226,9 @@ void JournalParser::SetField(std::string_view name, std::string_view value) {
 
 std::vector<LogLine> ReadJournal(const std::vector<std::string>& units, const LogFilter& filter) {
   std::vector<LogLine> lines = AskJournal(units, filter);
+  if (lines.empty() || ::geteuid() != 0) {
+    RequireWholeJournal();
+  }
   const bool isUnitSure = units.size() == 1 && !lines.empty();
   if (!isUnitSure) {
     std::for_each(units.begin(), units.end(), RequireUnit);

@@ -4,7 +4,6 @@
 #include "plugins/host/log/LocalZone.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <ctime>
 
 namespace Kestrel::Host {
@@ -54,6 +53,12 @@ void SetDate(std::int64_t daysSinceEpoch, CivilTime& time) {
   time.day = static_cast<int>(dayOfYear - (153 * month + 2) / 5 + 1);
   time.month = static_cast<int>(month < 10 ? month + 3 : month - 9);
   time.year = static_cast<int>(era * kEraYears + yearOfEra + (time.month <= 2 ? 1 : 0));
+}
+
+void AppendTwoDigits(char separator, int number, std::string& text) {
+  text += separator;
+  text += static_cast<char>('0' + number / 10);
+  text += static_cast<char>('0' + number % 10);
 }
 
 // As the C library has it, for one moment.
@@ -118,10 +123,15 @@ CivilTime LocalZone::ToCivil(std::int64_t seconds) const {
 
 std::string LocalZone::ToText(std::int64_t seconds) const {
   const CivilTime time = ToCivil(seconds);
-  char text[96];
-  const int length = std::snprintf(text, sizeof(text), "%04d-%02d-%02d %02d:%02d:%02d", time.year,
-                                   time.month, time.day, time.hour, time.minute, time.second);
-  return std::string(text, static_cast<std::size_t>(length));
+  std::string text = std::to_string(time.year);
+  text.insert(0, text.size() < 4 ? 4 - text.size() : 0, '0');
+  text.reserve(sizeof("2031-01-02 03:04:05"));
+  AppendTwoDigits('-', time.month, text);
+  AppendTwoDigits('-', time.day, text);
+  AppendTwoDigits(' ', time.hour, text);
+  AppendTwoDigits(':', time.minute, text);
+  AppendTwoDigits(':', time.second, text);
+  return text;
 }
 
 std::int64_t LocalZone::OffsetAt(std::int64_t seconds) const {

@@ -4,6 +4,7 @@
 #include "plugins/host/log/LogLevel.h"
 
 #include <algorithm>
+#include <array>
 
 namespace Kestrel::Host {
 namespace {
@@ -49,26 +50,40 @@ bool EqualsInAnyCase(std::string_view text, std::string_view lowerCase) {
                     [](char letter, char lower) { return ToLower(letter) == lower; });
 }
 
+// For each byte, whether it is part of a word: every byte of a log is looked up.
+std::array<bool, 256> MakeWordLetters() {
+  std::array<bool, 256> letters = {};
+  for (int byte = 0; byte < 256; ++byte) {
+    letters[static_cast<std::size_t>(byte)] = IsWordLetter(static_cast<char>(byte));
+  }
+  return letters;
+}
+
 int LevelOfWord(std::string_view word) {
-  if (word.size() >= kShortestTelling && word.size() <= kLongestTelling) {
-    for (const LevelWord& telling : kTellingWords) {
-      if (EqualsInAnyCase(word, telling.word)) {
-        return telling.level;
-      }
+  if (word.size() < kShortestTelling || word.size() > kLongestTelling) {
+    return kLowestLevel + 1;
+  }
+  const char first = ToLower(word[0]);
+  for (const LevelWord& telling : kTellingWords) {
+    if (telling.word[0] == first && EqualsInAnyCase(word, telling.word)) {
+      return telling.level;
     }
   }
   return kLowestLevel + 1;
 }
 
 int MostUrgentWord(std::string_view line) {
+  static const std::array<bool, 256> isWordLetter = MakeWordLetters();
   int level = kLowestLevel + 1;
-  const char* letter = line.data();
-  const char* const end = letter + line.size();
-  while (letter != end) {
-    const char* const first = std::find_if(letter, end, IsWordLetter);
-    letter = std::find_if_not(first, end, IsWordLetter);
-    const std::string_view word(first, static_cast<std::size_t>(letter - first));
-    level = std::min(level, LevelOfWord(word));
+  std::size_t position = 0;
+  const auto isInWord = [&] { return isWordLetter[static_cast<unsigned char>(line[position])]; };
+  while (position < line.size()) {
+    const std::size_t first = position;
+    while (position < line.size() && isInWord()) {
+      ++position;
+    }
+    level = std::min(level, LevelOfWord(line.substr(first, position - first)));
+    ++position;  // past what ended the word
   }
   return level;
 }

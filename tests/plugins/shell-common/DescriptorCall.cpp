@@ -23,7 +23,7 @@ AutoCli::Dispatcher& GetDispatcher() {
   static AutoCli::Dispatcher dispatcher;
   static const bool isLoaded = [] {
     for (const char* const name :
-         {"address", "crontab", "disk", "file", "log", "package", "service", "text"}) {
+         {"address", "crontab", "disk", "file", "package", "service", "text"}) {
       dispatcher.AddPlugin(KESTREL_DESCRIPTOR_DIR "/" + std::string(name) + ".xml");
     }
     return true;

@@ -87,15 +87,6 @@ INSTANTIATE_TEST_SUITE_P(
                 {{"archive", "/a"}, {"member", "$(b)"}},
                 Regex("member", "[A-Za-z0-9_./-]+")},
         Refusal{
-            "Unit", "log list", {{"unit", "-a"}}, Regex("unit", "[A-Za-z0-9][A-Za-z0-9_.@:-]*")},
-        Refusal{"LogFile", "log list", {{"file", "/a}b"}}, Regex("file", "/[^'}]*")},
-        Refusal{"Since",
-                "log list",
-                {{"since", "yesterday"}},
-                Regex("since", "[0-9]{4}-[0-9]{2}-[0-9]{2}( [0-9]{2}:[0-9]{2}(:[0-9]{2})?)?")},
-        Refusal{"Level", "log list", {{"level", "8"}}, OneOf("level", "[0, 1, 2, 3, 4, 5, 6, 7]")},
-        Refusal{"Lines", "log list", {{"lines", "0"}}, Range("lines", "1-100000")},
-        Refusal{
             "PackagePattern", "package list", {{"name", "a?"}}, Regex("name", "[a-z0-9+.:*-]+")},
         Refusal{"PackageState",
                 "package list",

@@ -82,7 +82,6 @@ INSTANTIATE_TEST_SUITE_P(
         MissingTool{"tar", "tar", "file members", {{"archive", "/x"}}},
         MissingTool{"grep", "grep", "service list", {}},
         MissingTool{"timeout", "coreutils", "service list", {}},
-        MissingTool{"journalctl", "systemd", "log list", {}},
         MissingTool{"wc", "coreutils", "text count", {{"line", "x"}}},
         MissingTool{"openssl", "openssl", "text hash", {{"password", "x"}}}),
     [](const auto& each) {

@@ -5,12 +5,14 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "kestrel/KestrelException.h"
+#include "plugins/host/PlainUser.h"
 #include "plugins/shell-common/MadeUpTool.h"
 #include "support/ScopedEnvironment.h"
 #include "support/ScopedTempDir.h"
@@ -19,7 +21,6 @@ namespace Kestrel::Host {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using Testing::MadeUpTool;
 using Testing::ScopedTempDir;
@@ -140,23 +141,36 @@ TEST_F(JournalTest, IsMissingWithoutItsProgram) {
                   "Read a log file with --file instead")));
 }
 
+// Asked for entries to export, the program is silent about it.
 TEST_F(JournalTest, IsMissingWithoutItsFiles) {
   const MadeUpTool journalctl(
-      "journalctl", Script("-- No entries --\n", "echo 'No journal files were found.' >&2\n"));
+      "journalctl",
+      "case \"$*\" in *export*) ;; *) echo 'No journal files were found.' >&2 ;; esac\n");
   EXPECT_THAT([&] { ReadJournal({}, Filter(9)); },
               ThrowsMessage<KestrelException>(
                   StartsWith("There is no journal: no journal files were found. Read a log file")));
 }
 
 TEST_F(JournalTest, MustBeReadableAsAWhole) {
-  const MadeUpTool journalctl("journalctl",
-                              Script(kExport,
-                                     "echo 'Hint: You are currently not seeing messages from other "
-                                     "users and the system.' >&2\n"));
-  EXPECT_THAT(
-      [&] { ReadJournal({}, Filter(9)); },
-      ThrowsMessage<KestrelException>(
-          "The journal shows other users' messages to root and the group systemd-journal only"));
+  constexpr char kRefusal[] =
+      "Only root and members of the group systemd-journal may read the whole journal";
+  {
+    // In a folder that another user may enter.
+    const ScopedTempDir tools;
+    const std::string tool = tools.Write(
+        "journalctl",
+        "#!/bin/sh\ncase \"$*\" in *export*) printf 'MESSAGE=a\\n\\n' ;; *) echo 'Hint: You are "
+        "currently not seeing messages from other users' >&2 ;; esac\n");
+    ASSERT_EQ(::chmod(tools.GetPath().c_str(), 0755), 0);
+    ASSERT_EQ(::chmod(tool.c_str(), 0755), 0);
+    const Testing::ScopedEnvironment path("PATH", tools.GetPath());
+    const Testing::PlainUser user;
+    EXPECT_THAT([&] { ReadJournal({}, Filter(9)); }, ThrowsMessage<KestrelException>(kRefusal));
+  }
+  const MadeUpTool refusing("journalctl",
+                            "echo 'No journal files were opened due to insufficient permissions.' "
+                            ">&2; exit 1\n");
+  EXPECT_THAT([&] { ReadJournal({}, Filter(9)); }, ThrowsMessage<KestrelException>(kRefusal));
 }
 
 TEST_F(JournalTest, MayFailAfterItsFirstLines) {

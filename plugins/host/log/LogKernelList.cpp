@@ -1,0 +1,117 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <kestrel/KestrelException.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/SanitizedText.h"
+#include "plugins/host/log/KernelLog.h"
+#include "plugins/host/log/LocalZone.h"
+#include "plugins/host/log/LogCommands.h"
+#include "plugins/host/log/LogLevel.h"
+#include "plugins/host/log/LogParameters.h"
+#include "plugins/host/log/LogTime.h"
+
+namespace Kestrel::Host {
+namespace {
+
+constexpr std::int64_t kMicroseconds = 1000000;
+
+const StructShape& Shape() {
+  static const StructShape shape =
+      StructShape("KernelLogLine")
+          .String("Time",
+                  "When it was written, in the time zone of the machine, by its clock of now. Time "
+                  "that the machine spent asleep makes older ones inexact.")
+          .Int("Uptime Microseconds",
+               "How long the machine had been running, in microseconds, as the kernel counts.")
+          .Int("Level", "How urgent it is, from 0, emergency, to 7, debug.")
+          .String("Level Name",
+                  "The word for the level: emerg, alert, crit, err, warning, notice, info, debug.")
+          .String("Facility", "Which part of the system wrote it: kern, user, daemon and others.")
+          .String("Text", "The message.");
+  return shape;
+}
+
+// The seconds since the epoch of what the kernel has written, by the clock of now.
+class KernelClock {
+ public:
+  std::int64_t ToSeconds(const KernelMessage& message) const {
+    return (boot_ + message.microseconds) / kMicroseconds;
+  }
+
+ private:
+  std::int64_t boot_ = BootMicroseconds();
+};
+
+bool Passes(const KernelMessage& message, const LogFilter& filter, const KernelClock& clock) {
+  return message.level <= filter.level &&
+         (!filter.since || clock.ToSeconds(message) >= *filter.since) &&
+         (filter.match == nullptr || filter.match->IsFoundIn(message.text));
+}
+
+std::vector<KernelMessage> LastMessages(const LogFilter& filter, const KernelClock& clock) {
+  std::vector<KernelMessage> messages = ReadKernelLog();
+  const auto isUnwanted = [&](const KernelMessage& each) { return !Passes(each, filter, clock); };
+  messages.erase(std::remove_if(messages.begin(), messages.end(), isUnwanted), messages.end());
+  const std::size_t tooMany = messages.size() - std::min(messages.size(), filter.lines);
+  messages.erase(messages.begin(), messages.begin() + static_cast<std::ptrdiff_t>(tooMany));
+  return messages;
+}
+
+std::shared_ptr<MetaObj::MetaStruct> ToStruct(const KernelMessage& message,
+                                              const std::string& time) {
+  auto result = Shape().NewStruct();
+  result->SetField("Time", time);
+  result->SetField("Uptime Microseconds", message.microseconds);
+  result->SetField("Level", message.level);
+  result->SetField("Level Name", LevelName(message.level));
+  result->SetField("Facility", FacilityName(message.facility));
+  result->SetField("Text", SanitizedText(message.text));
+  return result;
+}
+
+class LogKernelList final : public HostCommand {
+ public:
+  LogKernelList() : HostCommand("List the last messages of the kernel.") {
+    ShowAsTable("KernelLogLine", "Time,Level,Text", {{"wrap-last", "true"}});
+    AddExample("", "List the last 50 messages");
+    AddExample("--level warning --since today", "List today's warnings and errors");
+    AddExample("--match usb --lines 10", "List the last ten messages about USB");
+  }
+
+ private:
+  void DeclareParameters(CallSpec::InputSpec& spec) const override { AddLogParameters(spec); }
+
+  void DeclareResult(CallSpec::OutputSpec& spec) const override {
+    Shape().DeclareList(spec, "The messages, the last one at the end.");
+  }
+
+  void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
+    const LocalZone zone;
+    const LogChoice choice(input, zone, output);
+    if (output.HasError()) {
+      return;
+    }
+    try {
+      const KernelClock clock;
+      const auto list = Shape().NewList();
+      for (const KernelMessage& message : LastMessages(choice.GetFilter(), clock)) {
+        list->Add(ToStruct(message, zone.ToText(clock.ToSeconds(message))));
+      }
+      output.SetRootObject(list);
+    } catch (const KestrelException& error) {
+      output.AddErrorMessage(error.what());
+    }
+  }
+};
+
+}  // namespace
+
+std::shared_ptr<AutoCli::Command> NewLogKernelList() { return std::make_shared<LogKernelList>(); }
+
+}  // namespace Kestrel::Host

@@ -1,0 +1,125 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <kestrel/KestrelException.h>
+
+#include <string>
+#include <vector>
+
+#include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/SanitizedText.h"
+#include "plugins/host/log/Journal.h"
+#include "plugins/host/log/LogCommands.h"
+#include "plugins/host/log/LogFile.h"
+#include "plugins/host/log/LogLevel.h"
+#include "plugins/host/log/LogLines.h"
+#include "plugins/host/log/LogParameters.h"
+#include "plugins/host/log/LogTime.h"
+
+namespace Kestrel::Host {
+namespace {
+
+const StructShape& Shape() {
+  static const StructShape shape =
+      StructShape("LogLine")
+          .String("Time",
+                  "When it was written, in the time zone of the machine: its own time, never that "
+                  "of a line before it; \"none\" for a line that shows no time.")
+          .Int("Level",
+               "How urgent it is, from 0, emergency, to 7, debug. In a file, the most urgent level "
+               "that a word of the line names, 6 when none does.")
+          .String("Level Name",
+                  "The word for the level: emerg, alert, crit, err, warning, notice, info, debug.")
+          .String("Source",
+                  "The program that wrote it or, for a file, the file's name without its folders; "
+                  "\"unknown\" when the journal names no program.")
+          .String("Text", "The message or, of a file, the whole line.");
+  return shape;
+}
+
+std::shared_ptr<MetaObj::MetaStruct> ToStruct(const LogLine& line, const LocalZone& zone) {
+  auto result = Shape().NewStruct();
+  result->SetField("Time", line.time ? zone.ToText(*line.time) : "none");
+  result->SetField("Level", line.level);
+  result->SetField("Level Name", LevelName(line.level));
+  result->SetField("Source", SanitizedText(line.source.empty() ? "unknown" : line.source));
+  result->SetField("Text", SanitizedText(line.text));
+  return result;
+}
+
+std::vector<LogLine> ReadFile(const std::string& path, const LogFilter& filter,
+                              const LocalZone& zone) {
+  LogFile file(path);
+  LogTimeReader times(zone);
+  std::vector<LogLine> lines = ReadLastLines(file, filter, times);
+  const std::string name = path.substr(path.rfind('/') + 1);
+  for (LogLine& line : lines) {
+    line.source = name;
+  }
+  return lines;
+}
+
+class LogList final : public HostCommand {
+ public:
+  LogList() : HostCommand("List the last lines of the journal, of units, or of a log file.") {
+    ShowAsTable("LogLine", "Time,Source,Text", {{"wrap-last", "true"}});
+    AddMetaData("complete:file", "file");
+    AddMetaData("complete:unit", "service.list Name");
+    AddExample("", "List the last 50 lines of the journal");
+    AddExample("--unit ssh --since today", "List what one unit wrote today");
+    AddExample("--level err --since -2h", "List the errors of the last two hours");
+    AddExample("--file /var/log/dpkg.log --lines 5", "List the last five lines of a file");
+  }
+
+ private:
+  void DeclareParameters(CallSpec::InputSpec& spec) const override {
+    Parameter("unit", CallSpec::StringList,
+              "List lines of this unit of the journal only, a name or a pattern with *.")
+        .Short("u")
+        .AddTo(spec);
+    Parameter("file", CallSpec::String, "Read this file instead of the journal.")
+        .Short("f")
+        .AddTo(spec);
+    AddLogParameters(spec);
+  }
+
+  void DeclareResult(CallSpec::OutputSpec& spec) const override {
+    Shape().DeclareList(spec, "The lines, the last one at the end.");
+  }
+
+  void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
+    const LocalZone zone;
+    const LogChoice choice(input, zone, output);
+    if (input.HasParameter("unit") && input.HasParameter("file")) {
+      output.AddErrorMessage("--unit and --file exclude each other: a file has no units");
+    }
+    if (output.HasError()) {
+      return;
+    }
+    try {
+      const auto list = Shape().NewList();
+      for (const LogLine& line : Read(input, choice.GetFilter(), zone)) {
+        list->Add(ToStruct(line, zone));
+      }
+      output.SetRootObject(list);
+    } catch (const KestrelException& error) {
+      output.AddErrorMessage(error.what());
+    }
+  }
+
+  static std::vector<LogLine> Read(const CallSpec::Input& input, const LogFilter& filter,
+                                   const LocalZone& zone) {
+    if (input.HasParameter("file")) {
+      return ReadFile(input.GetParameter("file"), filter, zone);
+    }
+    std::vector<std::string> units;
+    input.GetParameterList("unit", units);
+    return ReadJournal(units, filter);
+  }
+};
+
+}  // namespace
+
+std::shared_ptr<AutoCli::Command> NewLogList() { return std::make_shared<LogList>(); }
+
+}  // namespace Kestrel::Host
