@@ -137,27 +137,33 @@ std::string Without(std::string value, char c) {
 }
 
 // A value for the shell is escaped, or loses the quote that encloses it; no command line has a NUL.
-std::vector<std::string> WaysToWrite(const std::string& value, char quote, bool forStdin) {
+std::vector<std::string> WaysToWrite(const std::string& value, std::string_view quotes,
+                                     bool forStdin) {
   if (forStdin) {
     return {value};
   }
   const std::string carried = Without(value, '\0');
-  return {Escaped(carried), Without(carried, quote)};
+  std::vector<std::string> ways = {Escaped(carried)};
+  for (const char quote : quotes) {
+    ways.push_back(Without(carried, quote));
+  }
+  return ways;
 }
 
 std::vector<std::string> WaysToWrite(char standIn, const Values& values, bool forStdin) {
   switch (standIn) {
     case '\1':
-      return WaysToWrite(values.scalar, '\'', forStdin);
+      // In double quotes where a marker for lists takes it as a list of one value.
+      return WaysToWrite(values.scalar, "'\"", forStdin);
     case '\2':
     case '\3':
-      return WaysToWrite(values.list[standIn == '\2' ? 0 : 1], '"', forStdin);
+      return WaysToWrite(values.list[standIn == '\2' ? 0 : 1], "\"", forStdin);
     default:
       return {std::string(1, standIn)};
   }
 }
 
-// Whether `text` is `pattern` with a value, written in one way or the other, for each stand-in.
+// Whether `text` is `pattern` with a value, written in one of its ways, for each stand-in.
 bool Matches(std::string_view text, std::string_view pattern, const Values& values, bool forStdin) {
   std::set<std::size_t> ends = {0};
   for (const char c : pattern) {
