@@ -10,13 +10,13 @@
 
 namespace Kestrel::AutoCli {
 
-/// Reads a result document straight into its value, without a tree in between. True when that was
-/// done: `value` is the document's value, or null when it holds none.
+/// Reads a result document into its value without a tree in between. Returns true when that was
+/// possible; `value` is then the value of the document, null when it has none.
 ///
-/// False when the document needs a tree: it is not well-formed or the parser has something to say
-/// about it, it has a document type, an encoding of its own, or a text that only the tree's own
-/// limits refuse. Nothing has been printed, ever. Throws KestrelException when a well-formed
-/// document's value cannot be built.
+/// Returns false when the document must be read through a tree: it is not well-formed, the parser
+/// has diagnostics, it has a document type, an encoding other than UTF-8 or an `xml:id`, or one of
+/// its texts exceeds a limit of the tree. Prints nothing in either case. Throws KestrelException
+/// when the value of a well-formed document cannot be built.
 bool ReadXmlValue(const std::string& text, std::shared_ptr<MetaObj::MetaObject>& value);
 
 }  // namespace Kestrel::AutoCli

@@ -1,0 +1,82 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "autocli/descriptors/XmlDocument.h"
+
+namespace Kestrel::AutoCli {
+
+/// The names with a meaning in a value document, as a parser's dictionary stores them.
+///
+/// The dictionary stores each name once, and the parser's events point to that copy. So names are
+/// compared by their addresses.
+struct XmlNames {
+  explicit XmlNames(xmlDict* dictionary)
+      : field(Find(dictionary, "field")),
+        structure(Find(dictionary, "structure")),
+        integer(Find(dictionary, "int")),
+        boolean(Find(dictionary, "bool")),
+        string(Find(dictionary, "string")),
+        name(Find(dictionary, "name")),
+        type(Find(dictionary, "type")),
+        typeName(Find(dictionary, "typeName")),
+        xml(Find(dictionary, "xml")),
+        id(Find(dictionary, "id")) {}
+
+  const xmlChar* const field;
+  const xmlChar* const structure;
+  const xmlChar* const integer;
+  const xmlChar* const boolean;
+  const xmlChar* const string;
+  const xmlChar* const name;
+  const xmlChar* const type;
+  const xmlChar* const typeName;
+  const xmlChar* const xml;
+  const xmlChar* const id;
+
+ private:
+  static const xmlChar* Find(xmlDict* dictionary, const char* text) {
+    return xmlDictLookup(dictionary, AsXmlChars(text), -1);
+  }
+};
+
+/// The attributes of a start tag, as the parser passes them to its event: five pointers each (local
+/// name, prefix, namespace, begin and end of the value). Valid during the event only.
+class XmlAttributes {
+ public:
+  XmlAttributes() = default;
+  XmlAttributes(const xmlChar** entries, int count) : entries_(entries), count_(count) {}
+
+  /// Sets `value` to the value of the first attribute of that local name, to the empty string when
+  /// there is none.
+  void Get(const xmlChar* name, std::string& value) const;
+
+  std::string Get(const xmlChar* name) const {
+    std::string value;
+    Get(name, value);
+    return value;
+  }
+
+  /// Whether the attribute `xml:id` is present. Only a parser that makes a tree checks its value.
+  bool HasXmlId(const XmlNames& names) const {
+    for (int i = 0; i < count_; ++i) {
+      const xmlChar** entry = Entry(i);
+      if (entry[1] == names.xml && entry[0] == names.id) {
+        return true;
+      }
+    }
+    return false;
+  }
+
+ private:
+  const xmlChar** Entry(int index) const { return entries_ + 5 * index; }
+
+  const xmlChar** entries_ = nullptr;
+  int count_ = 0;
+};
+
+}  // namespace Kestrel::AutoCli
