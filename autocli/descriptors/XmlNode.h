@@ -9,6 +9,32 @@
 
 namespace Kestrel::AutoCli {
 
+/// The children of a node in document order, for a range-based loop.
+class XmlChildren {
+ public:
+  explicit XmlChildren(const xmlNode* node) : first_(node->children) {}
+
+  class Iterator {
+   public:
+    explicit Iterator(xmlNode* node) : node_(node) {}
+    xmlNode* operator*() const { return node_; }
+    Iterator& operator++() {
+      node_ = node_->next;
+      return *this;
+    }
+    bool operator!=(const Iterator& other) const { return node_ != other.node_; }
+
+   private:
+    xmlNode* node_;
+  };
+
+  Iterator begin() const { return Iterator(first_); }
+  Iterator end() const { return Iterator(nullptr); }
+
+ private:
+  xmlNode* first_;
+};
+
 /// The name of a node; a CDATA section has none.
 inline const char* NameOf(const xmlNode* node) {
   return node->name == nullptr ? "" : AsChars(node->name);

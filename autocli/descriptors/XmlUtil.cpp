@@ -95,7 +95,7 @@ std::string XmlUtil_GetContent(const xmlNode* node) {
 
 std::string XmlUtil_GetContentForChildByTag(const xmlNode* node, const std::string& tag) {
   std::string content;
-  for (const xmlNode* child = node->children; child != nullptr; child = child->next) {
+  for (const xmlNode* child : XmlChildren(node)) {
     if (!IsNamed(child, tag)) {
       continue;
     }
@@ -111,7 +111,7 @@ std::string XmlUtil_GetContentForChildByTag(const xmlNode* node, const std::stri
 
 xmlNode* XmlUtil_FindChildNode(const xmlNode* node, const std::string& name) {
   xmlNode* found = nullptr;
-  for (xmlNode* child = node->children; child != nullptr; child = child->next) {
+  for (xmlNode* child : XmlChildren(node)) {
     if (!IsNamed(child, name)) {
       continue;
     }
@@ -141,7 +141,7 @@ std::shared_ptr<MetaObject> XmlUtil_BuildMetaObject(const xmlNode* node) {
 
 std::shared_ptr<MetaStruct> BuildMetaStruct(const xmlNode* node) {
   auto record = MetaStruct::New(XmlUtil_ExtractAttribute(node, "typeName"));
-  for (const xmlNode* child = node->children; child != nullptr; child = child->next) {
+  for (const xmlNode* child : XmlChildren(node)) {
     if (!IsFieldElement(child)) {
       continue;
     }

@@ -1,0 +1,73 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "autocli/descriptors/NodeInsertion.h"
+
+#include <list>
+#include <utility>
+
+#include "kestrel/KestrelException.h"
+#include "kestrel/autocli/XmlPlugin.h"
+
+namespace Kestrel::AutoCli {
+
+namespace {
+
+bool IsNamespace(const std::shared_ptr<NamespaceNode>& node) {
+  return node->GetType() == NodeType::Namespace;
+}
+
+/// The node at a path of the tree, or null when it leads nowhere: that is the rule here, and asking
+/// costs less than an exception from ResolveNode.
+std::shared_ptr<NamespaceNode> FindRegistered(const std::shared_ptr<Namespace>& root,
+                                              const std::list<std::string>& words) {
+  std::shared_ptr<NamespaceNode> node = root;
+  for (const std::string& word : words) {
+    if (!node->HasNamespaceNode(word)) {
+      return nullptr;
+    }
+    node = node->GetNamespaceNode(word);
+  }
+  return node;
+}
+
+/// Whether a top-level namespace is there already, to be shared.
+bool IsShared(const std::shared_ptr<NamespaceNode>& registered,
+              const std::shared_ptr<NamespaceNode>& node) {
+  return registered != nullptr && IsNamespace(registered) && IsNamespace(node) &&
+         registered->GetDescription() == node->GetDescription();
+}
+
+}  // namespace
+
+void RefuseTakenPath(const std::string& path, const std::shared_ptr<NamespaceNode>& node,
+                     const std::shared_ptr<Namespace>& root) {
+  const std::list<std::string> words = XmlPlugin::SplitPath(path);
+  const std::shared_ptr<NamespaceNode> registered = FindRegistered(root, words);
+  if (registered == nullptr) {
+    return;
+  }
+  if (words.size() != 1 || !IsNamespace(registered) || !IsNamespace(node)) {
+    throw KestrelException("Vexil path is already registered: " + path);
+  }
+  if (registered->GetDescription() != node->GetDescription()) {
+    throw KestrelException("Duplicate top-level namespaces must have the same description: " +
+                           path);
+  }
+}
+
+void InsertNode(const std::string& path, const std::shared_ptr<NamespaceNode>& node,
+                const std::shared_ptr<Namespace>& root) {
+  std::list<std::string> words = XmlPlugin::SplitPath(path);
+  const std::string name = words.empty() ? std::string() : std::move(words.back());
+  if (!words.empty()) {
+    words.pop_back();
+  }
+  const std::shared_ptr<NamespaceNode> parent = words.empty() ? root : root->ResolveNode(words);
+  const std::shared_ptr<NamespaceNode> registered = parent->GetNamespaceNode(name);
+  if (parent != root || !IsShared(registered, node)) {
+    parent->RegisterNamespaceNode(node, name);
+  }
+}
+
+}  // namespace Kestrel::AutoCli
