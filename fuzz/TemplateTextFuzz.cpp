@@ -81,6 +81,16 @@ bool HasAnyOf(const Values& values, const char* bytes) {
   return (values.scalar + values.list[0] + values.list[1]).find_first_of(bytes) != kNone;
 }
 
+// Whether nothing may be left of a value, when it loses its NUL bytes and quotes.
+bool MayVanish(const std::string& value) {
+  constexpr std::string_view kLost("\0'\"", 3);
+  return value.find_first_not_of(kLost) == kNone;
+}
+
+bool MayVanish(const Values& values) {
+  return MayVanish(values.scalar) || MayVanish(values.list[0]) || MayVanish(values.list[1]);
+}
+
 // Where the marker that begins with `dollar` stops taking text: behind its name, or its name and
 // comma, a conditional takes any.
 std::size_t FindMarkerEnd(std::string_view text, std::size_t dollar) {
@@ -116,10 +126,11 @@ bool KeepsValuesApart(std::string_view text) {
   return true;
 }
 
-// Values with braces count for the end of a conditional's text, and their "$" for its beginning.
+// Whether the rest of the template cannot depend on the values. Braces in a value count for the end
+// of a conditional's text, "$" for its beginning, and without a text it is no conditional.
 bool IsOnlyText(const std::string& text, const Values& values) {
   return text.find_first_of("\1\2\3") == kNone && KeepsValuesApart(text) &&
-         (text.find("$if") == kNone || !HasAnyOf(values, "{}$"));
+         (text.find("$if") == kNone || !(HasAnyOf(values, "{}$") || MayVanish(values)));
 }
 
 std::string Escaped(const std::string& value) {
