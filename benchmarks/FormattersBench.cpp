@@ -88,7 +88,7 @@ void BM_FormatIntoNothing(benchmark::State& state) {
   IntoNothing(state, Printing<Formatter>(MakeOutput(static_cast<std::size_t>(state.range(0)))));
 }
 
-/// Prints such a table with stream operators, from plain records.
+/// Prints a similar table with stream operators, from plain records.
 auto PrintingByStream(std::size_t count) {
   return [records = MakeRecords(count)](std::ostream& out) {
     for (const Record& record : records) {

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // The cost of building a list of records, storing it, looking up fields and destroying it, compared
-// with what a user might choose instead and with plain members.
+// with the alternatives that a user has and with plain members.
 
 #include <benchmark/benchmark.h>
 #include <kestrel/metaobj/MetaBool.h>
@@ -40,7 +40,7 @@ struct Names {
   std::string count = "Count";
 };
 
-// The contenders. Each builds all records; LookUp adds up the fields of one of them.
+// The contenders. Each builds all records; LookUp adds up the fields of one record.
 
 class MetaRecords {
  public:

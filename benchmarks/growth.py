@@ -7,8 +7,8 @@
 
 Reads what --benchmark_out wrote. For every benchmark with at least two sizes it prints the range
 of sizes and the exponent of the power law through the median times, by least squares: 1.00 means
-that doubling the work doubles the time. A benchmark whose work is not its size, but for example the
-number of bytes written, reports its work as the counter "work".
+that doubling the work doubles the time. If the work is not the size, but for example the number of
+bytes written, the benchmark reports it as the counter "work".
 """
 
 import json

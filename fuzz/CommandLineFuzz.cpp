@@ -149,8 +149,8 @@ class StreamRedirect {
   std::streambuf* const old_;
 };
 
-// Whether an option ends the process, loads a plug-in or reads another file; a fuzz target must
-// not.
+// Whether there is an option that a fuzz target must not use, because it ends the process, loads a
+// plug-in or reads a file.
 bool HasExcludedOption(const OptionParser& parser) {
   for (const char* option : {"h", "help", "plugin", "plugin-dir", "input"}) {
     if (parser.HasDispatcherParameter(option)) {

@@ -4,8 +4,8 @@
 // Input: a list; the kind of a value (i, b or s) followed by the value; a printf format; units.
 // Each is on a line of its own.
 //
-// The pieces of the list join to the list. The formatted value has a bounded size and, unless the
-// format is refused, equals the output of the system's printf.
+// Joining the pieces of the list yields the list again. The formatted value has a bounded size and,
+// unless the format is refused, equals the output of the system's printf.
 
 #include "kestrel/autocli/FormatParameters.h"
 
@@ -48,7 +48,7 @@ void RequireListReadsBack(const std::string& text) {
     isFirst = false;
   }
   // The library drops an empty last piece.
-  Require(joined == text || joined + "," == text, "the pieces of a list join to the list");
+  Require(joined == text || joined + "," == text, "joining the pieces of a list yields the list");
 }
 
 Value MakeValue(const std::string& text) {
@@ -63,8 +63,8 @@ Value MakeValue(const std::string& text) {
   }
 }
 
-// Excludes formats that take the system's printf too long, and formats that name the argument
-// twice: there printf uses the type of the last mention for both.
+// Excludes formats that take the system's printf too long, and formats that refer to the argument
+// more than once, because printf then uses the type of the last reference for all.
 bool IsComparable(std::string_view format) {
   int digits = 0;
   for (const char c : format) {

@@ -9,7 +9,8 @@
 //   [ KIND      a list of i, b, s or {; its elements follow
 //   }           ends the structure or list
 //
-// Every formatter prints every value or throws KestrelException; json and xml read back.
+// Every formatter prints every value or throws KestrelException. What json and xml print reads back
+// as the same value.
 
 #include <cstddef>
 #include <cstdint>

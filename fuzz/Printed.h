@@ -20,7 +20,7 @@ std::string Print(AutoCli::Formatter& formatter, const Value& value,
                   AutoCli::FormatParameters params = {}, int width = 0);
 
 /// Prints a value as json and requires that the text is valid and contains the same value.
-/// Skips a value whose field names need escapes, which the formatter does not write.
+/// Skips a value whose field names would need escapes, because the formatter does not escape them.
 void RequireJsonReadsBack(const Value& value);
 
 /// Prints a value as xml and requires that the library reads the same value back.

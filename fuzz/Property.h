@@ -10,9 +10,8 @@
 
 namespace Kestrel::Fuzz {
 
-/// Bounds of the targets that print values. Each byte of the input can add a line or a column,
-/// indented as far as the bytes before it demand, so the output grows at most with the square of
-/// the input.
+/// Bounds of the targets that print values. The output grows at most with the square of the input:
+/// each byte can add a line or a column, whose indentation depends on the bytes before it.
 constexpr std::size_t kMaxInputOfFormatter = 2048;
 constexpr std::size_t kMaxOutputOfFormatter = kMaxInputOfFormatter * kMaxInputOfFormatter;
 
@@ -31,7 +30,7 @@ inline void Require(bool holds, std::string_view claim) {
   }
 }
 
-/// Aborts the process unless both strings are equal, after printing them.
+/// Like Require, for two strings that must be equal. Prints both if they differ.
 inline void RequireEqual(std::string_view actual, std::string_view expected,
                          std::string_view claim) {
   if (actual != expected) {

@@ -3,7 +3,8 @@
 
 // Input: one line of a stream.
 //
-// The parser's tokens are those of a simple reference tokenizer; written in quotes, they read back.
+// The parser's tokens are those of a simple reference tokenizer. Tokens that are written in quotes
+// read back as the same tokens.
 
 #include <algorithm>
 #include <cstddef>
@@ -79,8 +80,8 @@ std::string Dump(const std::vector<std::string>& tokens) {
   return parser.ToString();
 }
 
-// Quotes have no effect before the first other character of a line, so a first token that is empty
-// or begins with a space, a tab or "#" cannot be written in quotes.
+// Quotes have no effect at the start of a line, so they cannot protect a first token that is empty
+// or begins with a space, a tab or "#".
 bool CanBeQuoted(const std::vector<std::string>& tokens) {
   const std::string& first = tokens.front();
   return !first.empty() && first[0] != '#' && !IsSpaceOrTab(first[0]);

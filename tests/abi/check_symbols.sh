@@ -29,8 +29,8 @@ if [[ -n $foreign ]]; then
   exit 1
 fi
 
-# A program may hold a copy of a public constant. The library must use that copy too, so the
-# constant must not be bound within the library.
+# A program may contain a copy of a public constant, made by a copy relocation. The library must use
+# that copy too, so it must not bind the constant to its own definition.
 constants=$(nm --dynamic --defined-only "$library" | awk '$2 ~ /^[BDG]$/ { print $3 }')
 bound=$(readelf --relocs --wide "$library" | awk 'NF >= 5 { sub(/@.*/, "", $5); print $5 }')
 [[ -n $constants ]] || { echo "The library exports no constants." >&2 && exit 1; }

@@ -16,7 +16,10 @@ namespace {
 
 using ::testing::HasSubstr;
 
-const std::string kUntilResolved = " will not be available until this issue is resolved.";
+std::string RegistrationError(const std::string& path, const std::string& reason) {
+  return "Error while trying to register the plugin " + path + " " + reason +
+         " The functionality in " + path + " will not be available until this issue is resolved.\n";
+}
 
 TEST(PluginTest, APluginNamedOnTheCommandLineOffersItsCommands) {
   const VexilResult result =
@@ -86,11 +89,10 @@ TEST(PluginTest, APluginThatRegistersATakenNameIsReportedAndItsEarlierCommandsWo
   const std::string path = TestPluginPath("DuplicatePlugin");
   const VexilResult result = VexilRun({"--plugin", path, "duplicate", "early"}).Run();
   EXPECT_EQ("before the duplicate\n", result.out);
-  EXPECT_EQ("Unable to load plugin " + path + ": Error while trying to register the plugin " +
-                path +
-                " Duplicate registration in namespace  attempt to register two objects with name "
-                "vexil The functionality in " +
-                path + kUntilResolved + "\n",
+  EXPECT_EQ("Unable to load plugin " + path + ": " +
+                RegistrationError(path,
+                                  "Duplicate registration in namespace  attempt to register two "
+                                  "objects with name vexil"),
             result.err);
   EXPECT_EQ(0, result.status);
 }
@@ -99,10 +101,9 @@ TEST(PluginTest, APluginThatThrowsIsReportedAndItsEarlierCommandsWork) {
   const std::string path = TestPluginPath("ThrowingPluginKestrelException");
   const VexilResult result = VexilRun({"--plugin", path, "throwing", "early"}).Run();
   EXPECT_EQ("before the throw\n", result.out);
-  EXPECT_EQ("Unable to load plugin " + path + ": Error while trying to register the plugin " +
-                path + " the plug-in has no fuel The functionality in " + path + kUntilResolved +
-                "\n",
-            result.err);
+  EXPECT_EQ(
+      "Unable to load plugin " + path + ": " + RegistrationError(path, "the plug-in has no fuel"),
+      result.err);
   EXPECT_EQ(0, result.status);
 }
 
@@ -115,8 +116,7 @@ TEST(PluginTest, APluginInAFolderThatThrowsIsReportedAndTheNextOneLoads) {
       VexilRun({"--plugin-dir", folder.GetPath(), "echo", "say", "-t", "hello"}).Run();
   EXPECT_EQ("hello\n", result.out);
   EXPECT_EQ("Error loading plugin " + broken +
-                " skipping.  Error was: Error while trying to register the plugin " + broken +
-                " the plug-in has no fuel The functionality in " + broken + kUntilResolved + "\n",
+                " skipping.  Error was: " + RegistrationError(broken, "the plug-in has no fuel"),
             result.err);
   EXPECT_EQ(0, result.status);
 }

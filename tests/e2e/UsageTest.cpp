@@ -48,7 +48,7 @@ TEST(UsageTest, AnEmptyNameIsAName) {
 
 TEST(UsageTest, WithoutAnyNameTheToolStillListsTheRoot) {
   const VexilResult result = VexilRun().CalledByNoName().Run();
-  // Since version 5.18 the kernel supplies an empty name.
+  // Linux 5.18 and later supply an empty name.
   EXPECT_THAT(result.out, AnyOf(StartsWith("Usage: vexil [disp options] <namespaces> <command>\n"),
                                 StartsWith("Usage:  [disp options] <namespaces> <command>\n")));
   EXPECT_EQ("", result.err);

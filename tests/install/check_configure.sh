@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# check_configure.sh SOURCE WORK: checks with which libraries each option links the library. Compiles
+# check_configure.sh SOURCE WORK: checks which libraries are linked under each build option. Compiles
 # nothing, but reads the commands that the build would run.
 set -euo pipefail
 

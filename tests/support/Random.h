@@ -30,7 +30,7 @@ class Random {
   /// A number from 0 to `end` - 1; `end` is at least 1.
   std::size_t Below(std::size_t end) { return engine_() % end; }
 
-  /// A number from `first` to `last`, which is not less.
+  /// A number from `first` to `last`; `last` is at least `first`.
   int Between(int first, int last) {
     return first + static_cast<int>(Below(static_cast<std::size_t>(last - first) + 1));
   }

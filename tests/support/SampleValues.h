@@ -18,7 +18,7 @@
 
 namespace Kestrel::Testing {
 
-/// A value that claims another kind than that of its class.
+/// A value whose kind does not match its class.
 class LyingValue : public MetaObj::MetaObject {
  public:
   explicit LyingValue(MetaObj::MetaType type, std::string text = "a lie");
@@ -53,8 +53,8 @@ std::shared_ptr<MetaObj::MetaList> MakeDisks(
 std::shared_ptr<MetaObj::MetaList> MakeList(
     std::initializer_list<std::shared_ptr<MetaObj::MetaStruct>> structures);
 
-/// A list of mounts that covers all kinds of fields: strings of many lengths, with spaces and
-/// empty, integers, a boolean, a nested structure "Usage" and a list of strings.
+/// A list of mounts that covers all kinds of fields: strings (long, empty, with spaces), integers,
+/// a boolean, a nested structure "Usage" and a list of strings.
 std::shared_ptr<MetaObj::MetaList> MakeMounts();
 
 /// A chain of `depth` structures of type "Node", each with an integer "a" and, except for the

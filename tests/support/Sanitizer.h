@@ -5,8 +5,8 @@
 
 namespace Kestrel::Testing {
 
-/// Whether the address sanitizer is on. It uses descriptors, files in /proc and memory of its own,
-/// so a test can then neither close nor measure them.
+/// Whether the address sanitizer is on. The sanitizer itself uses descriptors, /proc and memory, so
+/// tests can then neither restrict nor measure these.
 #ifdef __SANITIZE_ADDRESS__
 inline constexpr bool kIsSanitized = true;
 #else

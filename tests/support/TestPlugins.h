@@ -7,7 +7,7 @@
 
 namespace Kestrel::Testing {
 
-/// The absolute path of one of the shared objects in tests/modules, named without its suffix.
+/// The absolute path of a shared object from tests/modules; `name` has no suffix.
 std::string TestPluginPath(const std::string& name);
 
 /// Copies that shared object to `path`; the loader treats the copy as another object.

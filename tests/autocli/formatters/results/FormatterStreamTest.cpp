@@ -180,7 +180,7 @@ TEST_P(FormatterStreamTest, NeedsNoMemoryForMoreRows) {
   const auto rows = MakeRows(count);
   CountingBuffer buffer;
   std::ostream out(&buffer);
-  Format(MakeRows(10), out);  // allocates what does not depend on the number of rows
+  Format(MakeRows(10), out);  // so that allocations of the first call do not count
   const long before = PeakMemory();
   Format(rows, out);
   EXPECT_LT(PeakMemory() - before, 1024) << "KiB for " << count << " rows";

@@ -14,7 +14,7 @@
 //   b0 b1                    a boolean
 //   i<digits>,               an integer
 //   s<netstring>             a string
-//   x<kind>,<netstring>      a value of another class than its kind claims, and its text
+//   x<kind>,<netstring>      a value whose class does not match its kind, and its text
 //   r<netstring><count>,     a structure: its type name, then the name and value of each field
 //   l<kind>,<count>,         a list of scalars: its elements
 //   t<shape><count>,         a list of structures: its shape, then its elements. The shape is n, or

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Compares the output of all formatters with a second rendering and with what readers read from it.
+"""Compares the output of all formatters with a second implementation, and reads it back.
 
     check_trees.py --program WRITE_TREES [--samples] [--seed SEED] [--count COUNT]
 
@@ -21,7 +21,7 @@ import rendering
 import values
 
 MAX_PROBLEMS = 10
-MIN_READABLE_SHARE = 0.2  # of the random trees, for each reader
+MIN_READABLE_SHARE = 0.2  # Each reader must be able to read this share of the random trees.
 
 
 def problems_of_rendering(cases):

@@ -105,7 +105,7 @@ def restored_text(text):
 
 
 def restored(found):
-    """Applies the recipe of the guide for restoring strings to what json has read."""
+    """Restores the strings in a value that json has read, by the recipe of the guide."""
     if isinstance(found, str):
         try:
             return found.encode("latin-1").decode("utf-8")
