@@ -5,7 +5,9 @@
 
 #include <fcntl.h>
 #include <kestrel/KestrelException.h>
+#include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -24,6 +26,13 @@ constexpr std::size_t kBlockSize = std::size_t{64} << 10;
 
 [[noreturn]] void FailWithSystemText(const std::string& path) { Fail(path, std::strerror(errno)); }
 
+// The kernel makes such a file's content up as it is read, and does not know its size before.
+bool IsMadeByKernel(const std::string& path) {
+  struct statfs system = {};
+  return ::statfs(path.c_str(), &system) == 0 &&
+         (system.f_type == PROC_SUPER_MAGIC || system.f_type == SYSFS_MAGIC);
+}
+
 // Before the file is opened, so that no device notices.
 void RequireRegularFile(const std::string& path) {
   struct stat status = {};
@@ -33,7 +42,7 @@ void RequireRegularFile(const std::string& path) {
   if (S_ISDIR(status.st_mode)) {
     Fail(path, std::strerror(EISDIR));
   }
-  if (!S_ISREG(status.st_mode)) {
+  if (!S_ISREG(status.st_mode) || IsMadeByKernel(path)) {
     Fail(path, "Not a regular file");
   }
 }

@@ -24,7 +24,8 @@ class LogFile {
   static constexpr std::size_t kMaxLineSize = std::size_t{64} << 20;
 
   /// Throws KestrelException with the system's text when the file cannot be opened, and when it is
-  /// no regular file; pipes and devices are not waited for.
+  /// no regular file. Pipes and devices are not waited for, and what the kernel shows below /proc
+  /// and /sys has no end to begin at.
   explicit LogFile(const std::string& path);
 
   /// The line before the one that was returned last, without its newline, until the next call;

@@ -140,11 +140,12 @@ TEST(LogFileTest, ReportsAFileThatMayNotBeRead) {
               ThrowsMessage<KestrelException>("Unable to read " + path + ": Permission denied"));
 }
 
-TEST(LogFileTest, DoesNotWaitForPipesAndDevices) {
+TEST(LogFileTest, ReadsNoPipesDevicesAndFilesOfTheKernel) {
   const ScopedTempDir folder;
   const std::string pipe = folder.GetPath("pipe");
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-  for (const std::string& path : {pipe, std::string("/dev/zero"), std::string("/dev/null")}) {
+  for (const std::string& path : {pipe, std::string("/dev/zero"), std::string("/dev/null"),
+                                  std::string("/proc/kmsg"), std::string("/proc/version")}) {
     EXPECT_THAT([&] { LogFile file(path); },
                 ThrowsMessage<KestrelException>("Unable to read " + path + ": Not a regular file"));
   }
