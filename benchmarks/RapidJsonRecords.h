@@ -13,7 +13,7 @@
 
 namespace Kestrel::Benchmarks {
 
-/// Makes `document` an array of the records. Copies names and strings, as Kestrel's values do.
+/// Makes `document` an array of `records`. Copies names and strings, as Kestrel's values do.
 template <typename Document>
 void BuildRapidJson(const std::vector<Record>& records, Document& document) {
   using Value = typename Document::ValueType;

@@ -5,7 +5,7 @@
 // empty line; then a value, each part on a line of its own:
 //
 //   i NUMBER    b or B (false or true)    s TEXT
-//   { TYPE      a structure; its fields follow, each a line with the name and then a value
+//   { TYPE      a structure; its fields follow: for each, a line with the name, then a value
 //   [ KIND      a list of i, b, s or {; its elements follow
 //   }           ends the structure or list
 //

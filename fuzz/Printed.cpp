@@ -219,7 +219,7 @@ void ReplaceAll(std::string& text, std::string_view from, std::string_view to) {
 }
 
 // The formatter and the parser name the kinds differently. No string in the value matches the
-// replaced texts: "<" and the double quote are escaped there.
+// replaced words: "<" and the double quote are escaped there.
 std::string ValueDocument(std::string text) {
   ReplaceAll(text, "boolean>", "bool>");
   ReplaceAll(text, "integer>", "int>");

@@ -3,8 +3,8 @@
 
 // Input: a value document, as a command prints it.
 //
-// The reader gives what the document's tree gives, and the parser says the same of it; a value that
-// is read can be printed and read again.
+// The reader returns the same value as a reader of the document's tree, with the same messages of
+// the parser. A value that was read can be printed and read again.
 
 #include "kestrel/autocli/XmlUtil.h"
 

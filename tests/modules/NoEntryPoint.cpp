@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A shared object that is no plug-in.
+// A shared object without the entry point of a plug-in.
 
 #include <kestrel/Export.h>
 

@@ -9,8 +9,8 @@
 
 namespace Kestrel::Testing {
 
-/// Matches a text that equals the file `tests/golden/<name>.txt` byte for byte, including trailing
-/// spaces and the last newline: EXPECT_THAT(text, MatchesGolden("table/wrap-last")).
+/// Matches a string that equals the file `tests/golden/<name>.txt` byte for byte, including
+/// trailing spaces and the last newline: EXPECT_THAT(text, MatchesGolden("table/wrap-last")).
 ///
 /// With KESTREL_REWRITE_GOLDEN=1 in the environment it writes the file instead and matches. Review
 /// the difference as a change of behaviour.

@@ -29,7 +29,7 @@ class StreamCapture {
   int original_;
 };
 
-/// Replaces standard input (descriptor 0, stdin and std::cin) by a text for as long as the object
+/// Replaces standard input (descriptor 0, stdin and std::cin) by a string for as long as the object
 /// lives.
 class ScopedInput {
  public:

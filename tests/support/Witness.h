@@ -15,7 +15,7 @@ std::string Witness(const std::string& command);
 /// The lines of the output, without an empty last one.
 std::vector<std::string> WitnessLines(const std::string& command);
 
-/// The words of a text between runs of blanks; with a limit, the last one is all the rest.
+/// The words of `text`, separated by spaces. With a limit, the last word is the rest of the text.
 std::vector<std::string> WordsIn(const std::string& text, std::size_t limit = 0);
 
 }  // namespace Kestrel::Testing
