@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The cost of building a list of records, storing it, looking up fields and destroying it, compared
-// with the alternatives that a user has and with plain members.
+// The cost of building a list of structures, storing it, looking up fields and destroying it,
+// compared with the alternatives that a user has and with plain members.
 
 #include <benchmark/benchmark.h>
 #include <kestrel/metaobj/MetaBool.h>
@@ -40,7 +40,7 @@ struct Names {
   std::string count = "Count";
 };
 
-// The contenders. Each builds all records; LookUp adds up the fields of one record.
+// The contenders. Each builds all records; LookUp adds up the fields of one structure.
 
 class MetaRecords {
  public:
