@@ -4,20 +4,12 @@
 #pragma once
 
 #include <chrono>
-#include <cstdint>
 #include <string>
 #include <vector>
 
-namespace Kestrel::Host {
+#include "plugins/host/storage/FilesystemUsage.h"
 
-/// How full a file system is, in bytes and in inodes.
-struct FilesystemUsage {
-  std::uint64_t size = 0;
-  std::uint64_t free = 0;
-  std::uint64_t available = 0;  ///< What is free for everyone; the rest is kept for the superuser.
-  std::uint64_t inodes = 0;
-  std::uint64_t freeInodes = 0;
-};
+namespace Kestrel::Host {
 
 /// What came of asking one file system.
 struct FilesystemAnswer {

@@ -3,9 +3,7 @@
 
 #include <cerrno>
 #include <chrono>
-#include <cstdint>
 #include <cstring>
-#include <limits>
 #include <map>
 #include <string>
 #include <vector>
@@ -14,6 +12,7 @@
 #include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/storage/FilesystemProbe.h"
+#include "plugins/host/storage/FilesystemUsage.h"
 #include "plugins/host/storage/MountTable.h"
 #include "plugins/host/storage/StorageCommands.h"
 
@@ -43,28 +42,6 @@ const StructShape& Shape() {
   return shape;
 }
 
-long ToLong(std::uint64_t value) {
-  constexpr std::uint64_t kMax = std::numeric_limits<long>::max();
-  return static_cast<long>(value < kMax ? value : kMax);
-}
-
-long ToMebibytes(std::uint64_t bytes) {
-  constexpr std::uint64_t kMebibyte = 1 << 20;
-  return ToLong(bytes / kMebibyte + (bytes % kMebibyte != 0 ? 1 : 0));
-}
-
-long ToPercent(std::uint64_t used, std::uint64_t available) {
-  const long double all = static_cast<long double>(used) + available;
-  if (all == 0) {
-    return 0;
-  }
-  const long double percent = 100 * static_cast<long double>(used) / all;
-  const long whole = static_cast<long>(percent);
-  return whole + (percent > whole ? 1 : 0);
-}
-
-std::uint64_t Less(std::uint64_t all, std::uint64_t free) { return all > free ? all - free : 0; }
-
 std::string StatusText(int error) {
   if (error == 0) {
     return "ok";
@@ -75,9 +52,6 @@ std::string StatusText(int error) {
 struct Filesystem {
   Mount mount;
   FilesystemAnswer answer;
-
-  std::uint64_t GetUsed() const { return Less(answer.usage.size, answer.usage.free); }
-  long GetPercent() const { return ToPercent(GetUsed(), answer.usage.available); }
 };
 
 std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Filesystem& filesystem) {
@@ -87,14 +61,14 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Filesystem& filesystem) {
   result->SetField("Source", SanitizedText(filesystem.mount.source));
   result->SetField("Type", SanitizedText(filesystem.mount.type));
   result->SetField("Size", ToMebibytes(usage.size));
-  result->SetField("Used", ToMebibytes(filesystem.GetUsed()));
+  result->SetField("Used", ToMebibytes(usage.GetUsed()));
   result->SetField("Available", ToMebibytes(usage.available));
-  result->SetField("Percent", filesystem.GetPercent());
+  result->SetField("Percent", usage.GetPercent());
   result->SetField("Size Bytes", ToLong(usage.size));
-  result->SetField("Used Bytes", ToLong(filesystem.GetUsed()));
+  result->SetField("Used Bytes", ToLong(usage.GetUsed()));
   result->SetField("Available Bytes", ToLong(usage.available));
   result->SetField("Inodes", ToLong(usage.inodes));
-  result->SetField("Used Inodes", ToLong(Less(usage.inodes, usage.freeInodes)));
+  result->SetField("Used Inodes", ToLong(usage.GetUsedInodes()));
   result->SetField("Status", StatusText(filesystem.answer.error));
   return result;
 }
@@ -161,7 +135,7 @@ class StorageFilesystemList final : public HostCommand {
                                             std::chrono::seconds(timeout))) {
       const bool isEmpty = filesystem.answer.error == 0 && filesystem.answer.usage.size == 0;
       if ((isEverythingListed || !isEmpty) &&
-          filesystem.GetPercent() >= input.GetParameterInt("minimum-percent")) {
+          filesystem.answer.usage.GetPercent() >= input.GetParameterInt("minimum-percent")) {
         list->Add(ToStruct(filesystem));
       }
     }

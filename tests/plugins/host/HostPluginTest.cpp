@@ -13,7 +13,7 @@
 
 #include "kestrel/autocli/OptionParser.h"
 #include "kestrel/callspec/ParameterSpec.h"
-#include "plugins/host/HostCall.h"
+#include "plugins/host/support/HostCall.h"
 #include "support/StreamCapture.h"
 
 // What holds for every command of the plug-in, whatever its area.
@@ -45,7 +45,7 @@ const std::vector<std::string> kAreas = {"system", "storage", "network", "log"};
 // The plug-in's nodes below the root, by the path with blanks.
 std::map<std::string, std::shared_ptr<NamespaceNode>> GetNodes() {
   std::map<std::string, std::shared_ptr<NamespaceNode>> nodes;
-  const auto root = GetHostDispatcher().GetRootNamespace();
+  const auto root = GetDispatcher().GetRootNamespace();
   for (const std::string& area : kAreas) {
     if (const auto node = root->GetNamespaceNode(area)) {
       nodes[area] = node;
@@ -68,10 +68,10 @@ std::map<std::string, std::shared_ptr<Command>> GetCommands() {
 // The structures that a declared result is made of, by type name.
 void CollectShapes(const std::shared_ptr<MetaObject>& object,
                    std::map<std::string, std::shared_ptr<MetaStruct>>& shapes) {
-  if (const auto record = std::dynamic_pointer_cast<MetaStruct>(object)) {
-    shapes[record->GetTypeName()] = record;
-    for (const std::string& field : record->GetFieldNames()) {
-      CollectShapes(record->GetField(field), shapes);
+  if (const auto structure = std::dynamic_pointer_cast<MetaStruct>(object)) {
+    shapes[structure->GetTypeName()] = structure;
+    for (const std::string& field : structure->GetFieldNames()) {
+      CollectShapes(structure->GetField(field), shapes);
     }
   } else if (const auto list = std::dynamic_pointer_cast<MetaList>(object)) {
     CollectShapes(list->GetListStructure(), shapes);
@@ -141,7 +141,7 @@ TEST(HostPluginTest, EveryParameterHasADescriptionWithoutLooseMarkers) {
 TEST(HostPluginTest, DefaultFormatsNameWhatIsThere) {
   for (const auto& [path, command] : GetCommands()) {
     const auto format = command->GetDefaultOutputFormatParameters();
-    EXPECT_TRUE(GetHostDispatcher().HasFormatter(format.GetFormatter())) << path;
+    EXPECT_TRUE(GetDispatcher().HasFormatter(format.GetFormatter())) << path;
     const auto shapes = GetShapes(*command);
     for (const auto& [key, value] : format.GetParameters()) {
       if (key.find(':') == std::string::npos) {
@@ -185,7 +185,7 @@ TEST(HostPluginTest, EveryExampleIsAValidCall) {
 
 TEST(HostPluginTest, EveryCommandHasAHelpPage) {
   for (const auto& [path, command] : GetCommands()) {
-    const HostResult help = CallHost(path, {{"help", ""}});
+    const CommandResult help = Call(path, {{"help", ""}});
     ASSERT_THAT(help.GetErrors(), IsEmpty()) << path;
     EXPECT_EQ(help.output->GetOutputType(), CallSpec::Output::Help) << path;
     AutoCli::FormatParameters format;
@@ -193,7 +193,7 @@ TEST(HostPluginTest, EveryCommandHasAHelpPage) {
     AutoCli::DisplayContext display;
     display.width = 80;
     std::ostringstream page;
-    EXPECT_TRUE(GetHostDispatcher().FormatOutput(help.output, format, display, page)) << path;
+    EXPECT_TRUE(GetDispatcher().FormatOutput(help.output, format, display, page)) << path;
     EXPECT_THAT(page.str(), StartsWith("Usage: vexil " + path + " <options>\n")) << path;
     EXPECT_THAT(page.str(), HasSubstr("# vexil " + path)) << path;
     for (const auto& parameter : command->GetInputSpec()->GetParameters()) {
@@ -209,7 +209,7 @@ TEST(HostPluginTest, EveryCommandThatNeedsNoParameterAnswersInItsDeclaredShape) 
     const bool isReady = std::none_of(parameters.begin(), parameters.end(),
                                       [](const auto& spec) { return spec->IsRequired(); });
     if (isReady && CanAnswer(path)) {
-      const HostResult result = CallHost(path, ParametersFor(path));
+      const CommandResult result = Call(path, ParametersFor(path));
       EXPECT_THAT(result.GetErrors(), IsEmpty()) << path;
       EXPECT_NE(result.output->GetRootObject(), nullptr) << path;
       ++called;
@@ -232,7 +232,7 @@ TEST(HostPluginTest, HeadersOfTablesFitAScreenOf80Columns) {
                                       [](const auto& spec) { return spec->IsRequired(); });
     if (isReady && CanAnswer(path) &&
         command->GetDefaultOutputFormatParameters().GetFormatter() == "table") {
-      const std::string text = PrintHost(path, ParametersFor(path), 80);
+      const std::string text = Print(path, ParametersFor(path), 80);
       EXPECT_LE(text.find('\n'), 80u) << path;
     }
   }

@@ -6,7 +6,7 @@
 
 #include <set>
 
-#include "plugins/shell-common/DescriptorCall.h"
+#include "plugins/support/CommandCall.h"
 #include "support/Witness.h"
 
 // The commands below "package" against the package manager itself.
@@ -82,7 +82,7 @@ TEST(PackageCommandsTest, ShowsOne) {
     const std::string text = Witness("dpkg-query -W -f '${" + name + "}' perl-base");
     return text;
   };
-  Row record = CallRecord("package get", {{"name", "perl-base"}});
+  Row record = CallStruct("package get", {{"name", "perl-base"}});
   const std::string maintainer = field("Maintainer");
   const std::size_t bracket = maintainer.find(" <");
   EXPECT_THAT(record["Maintainer"], ::testing::HasSubstr(maintainer.substr(0, bracket)));
@@ -101,7 +101,7 @@ TEST(PackageCommandsTest, ShowsOne) {
 
 TEST(PackageCommandsTest, SplitsWhatAPackageNeeds) {
   std::string depends = Witness("dpkg-query -W -f '${Depends}' bash");
-  const auto list = CallRecord("package get", {{"name", "bash"}})["Depends"];
+  const auto list = CallStruct("package get", {{"name", "bash"}})["Depends"];
   for (std::size_t start = 0; start < depends.size();) {
     const std::size_t end = std::min(depends.find(", ", start), depends.size());
     EXPECT_THAT(list, ::testing::HasSubstr(depends.substr(start, end - start)));

@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "plugins/shell-common/DescriptorCall.h"
+#include "plugins/support/CommandCall.h"
 
 // Values that a constraint of a shipped descriptor refuses: no script is started.
 namespace Kestrel::Testing {

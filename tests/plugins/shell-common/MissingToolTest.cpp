@@ -5,7 +5,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "plugins/shell-common/DescriptorCall.h"
+#include "plugins/shell-common/Descriptors.h"
+#include "plugins/support/CommandCall.h"
 #include "support/ScopedEnvironment.h"
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"

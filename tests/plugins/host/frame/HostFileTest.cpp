@@ -98,5 +98,40 @@ TEST(HostFileTest, FollowsALinkOfAnyLength) {
   EXPECT_EQ(ReadLink(folder.Write("file", "")), std::nullopt);
 }
 
+TEST(HostFileTest, ReadsALineWithoutTheSpaceAroundIt) {
+  const ScopedTempDir folder;
+  EXPECT_EQ(ReadLine(folder.Write("line", " a b\t\n")), "a b");
+  EXPECT_EQ(ReadLine(folder.Write("empty", "")), "");
+  EXPECT_EQ(ReadLine(folder.GetPath("absent")), "");
+}
+
+TEST(HostFileTest, AFolderWithAnEntryIsThere) {
+  const ScopedTempDir folder;
+  folder.Write("entry", "");
+  RequireEntries(folder.GetPath());
+}
+
+TEST(HostFileTest, AnEmptyAndAMissingFolderAreNotThere) {
+  const ScopedTempDir folder;
+  for (const std::string& path : {folder.GetPath(), folder.GetPath("absent")}) {
+    EXPECT_THAT([&] { RequireEntries(path); },
+                ThrowsMessage<KestrelException>("Unable to read " + path + ": nothing is there"));
+  }
+}
+
+TEST(HostFileTest, ReadsAnyBytes) {
+  const ScopedTempDir folder;
+  const std::string bytes("\0\xff\n\0", 4);
+  EXPECT_THAT(ReadFile(folder.Write("file", bytes)), Optional(bytes));
+}
+
+TEST(HostFileTest, ListsNamesOfAnyBytes) {
+  const ScopedTempDir folder;
+  for (const char* const name : {"a b", "line\nend", "\xff", "...", "-n"}) {
+    folder.Write(name, "");
+  }
+  EXPECT_THAT(ListFolder(folder.GetPath()), ElementsAre("-n", "...", "a b", "line\nend", "\xff"));
+}
+
 }  // namespace
 }  // namespace Kestrel::Host

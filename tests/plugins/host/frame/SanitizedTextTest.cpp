@@ -6,23 +6,84 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <string>
 #include <string_view>
 
 namespace Kestrel::Host {
 namespace {
 
-TEST(SanitizedTextTest, MakesOutsideTextSafeToPrint) {
-  EXPECT_EQ(SanitizedText("plain \xc3\xa9")->GetValue(), "plain \xc3\xa9");
-  EXPECT_EQ(SanitizedText("a\nb\x1b[2J\x7f\t")->GetValue(), "a\\x0ab\\x1b[2J\\x7f\\x09");
-  EXPECT_EQ(SanitizedText("\xc2\x9b")->GetValue(), "\\xc2\\x9b") << "a terminal's command in UTF-8";
-  EXPECT_EQ(SanitizedText("\xc2\xa0")->GetValue(), "\xc2\xa0");
-  EXPECT_EQ(SanitizedText("bad \xff\xc3")->GetValue(), "bad \\xff\\xc3");
-  EXPECT_EQ(SanitizedText(std::string_view("a\0b", 3))->GetValue(), "a\\x00b");
-  EXPECT_EQ(SanitizedText("")->GetValue(), "");
+using ::testing::IsEmpty;
+
+struct SanitizeCase {
+  const char* name;
+  std::string text;
+  std::string sanitized;
+};
+
+SanitizeCase Same(const char* name, const char* text) { return {name, text, text}; }
+
+const SanitizeCase kSanitizeCases[] = {
+    Same("Empty", ""),
+    Same("Ascii", " !\"#~\\x"),
+    // Control characters.
+    {"Nul", std::string("a\0b", 3), "a\\x00b"},
+    {"LineFeed", "a\nb", "a\\x0ab"},
+    {"Tab", "a\tb", "a\\x09b"},
+    {"CarriageReturn", "a\rb", "a\\x0db"},
+    {"Delete", "\x7f", "\\x7f"},
+    {"EscapeSequence", "\x1b[2J", "\\x1b[2J"},
+    {"TitleOfATerminal", "\x1b]0;x\x07", "\\x1b]0;x\\x07"},
+    // U+0080 to U+009F and their neighbours.
+    {"FirstControlPair", "\xc2\x80", "\\xc2\\x80"},
+    {"CommandOfATerminalInUtf8", "\xc2\x9b\x32J", "\\xc2\\x9b2J"},
+    {"LastControlPair", "\xc2\x9f", "\\xc2\\x9f"},
+    Same("NoBreakSpace", "\xc2\xa0"),
+    Same("TwoByteCharacterWithAControlsLastByte", "\xc3\x9f"),
+    // UTF-8.
+    Same("TwoBytes", "caf\xc3\xa9"),
+    Same("ThreeBytes", "\xe2\x82\xac"),
+    Same("FourBytes", "\xf0\x9f\x98\x80"),
+    // What is not UTF-8.
+    {"Latin1", "caf\xe9", "caf\\xe9"},
+    {"StrayContinuation", "a\x80z", "a\\x80z"},
+    {"CutShort", "\xe2\x82", "\\xe2\\x82"},
+    {"CutBeforeAControlPair", "\xc2\xc2\x9b", "\\xc2\\xc2\\x9b"},
+    {"Overlong", "\xc0\xaf", "\\xc0\\xaf"},
+    {"Surrogate", "\xed\xa0\x80", "\\xed\\xa0\\x80"},
+    {"BeyondUnicode", "\xf4\x90\x80\x80", "\\xf4\\x90\\x80\\x80"},
+    {"ByteOfNoCharacter", "bad \xff", "bad \\xff"},
+};
+
+class SanitizedTextCaseTest : public ::testing::TestWithParam<SanitizeCase> {};
+
+TEST_P(SanitizedTextCaseTest, IsSafeToPrint) {
+  EXPECT_EQ(SanitizedText(GetParam().text)->GetValue(), GetParam().sanitized);
+}
+
+INSTANTIATE_TEST_SUITE_P(Texts, SanitizedTextCaseTest, ::testing::ValuesIn(kSanitizeCases),
+                         [](const auto& test) { return test.param.name; });
+
+TEST(SanitizedTextTest, EscapesEveryControlCharacterAndNoOtherAsciiByte) {
+  for (int byte = 0; byte < 0x80; ++byte) {
+    const std::string text(1, static_cast<char>(byte));
+    const bool isControl = byte < 0x20 || byte == 0x7f;
+    EXPECT_EQ(SanitizedText(text)->GetValue() == text, !isControl) << byte;
+    EXPECT_EQ(SanitizedText(text)->GetValue().size(), isControl ? 4u : 1u) << byte;
+  }
 }
 
 TEST(SanitizedTextTest, KeepsLinesAndTabsWhereATextHasThem) {
   EXPECT_EQ(SanitizedLines("a\tb\nc\r\x1b")->GetValue(), "a\tb\nc\\x0d\\x1b");
+}
+
+TEST(SanitizedTextTest, MakesAListOfTexts) {
+  const auto list = SanitizedList({"a", "", "b\n"});
+  EXPECT_EQ(list->GetListType(), MetaObj::MetaType::String);
+  ASSERT_EQ(list->GetCount(), 3u);
+  EXPECT_EQ(list->GetItem(0)->ToString(), "a");
+  EXPECT_EQ(list->GetItem(1)->ToString(), "");
+  EXPECT_EQ(list->GetItem(2)->ToString(), "b\\x0a");
+  EXPECT_THAT(SanitizedList({})->GetObjects(), IsEmpty());
 }
 
 }  // namespace

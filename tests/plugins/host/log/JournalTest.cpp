@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "kestrel/KestrelException.h"
-#include "plugins/host/PlainUser.h"
+#include "plugins/host/support/PlainUser.h"
 #include "plugins/shell-common/MadeUpTool.h"
 #include "support/ScopedEnvironment.h"
 #include "support/ScopedTempDir.h"

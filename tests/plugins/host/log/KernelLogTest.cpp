@@ -10,7 +10,7 @@
 #include <string>
 
 #include "kestrel/KestrelException.h"
-#include "plugins/host/PlainUser.h"
+#include "plugins/host/support/PlainUser.h"
 #include "support/ScopedTempDir.h"
 
 namespace Kestrel::Host {

@@ -12,10 +12,10 @@
 #include <string>
 #include <vector>
 
-#include "plugins/host/HostCall.h"
-#include "plugins/host/JsonWitness.h"
-#include "plugins/host/PlainUser.h"
-#include "plugins/host/Rows.h"
+#include "plugins/host/support/HostCall.h"
+#include "plugins/host/support/JsonWitness.h"
+#include "plugins/host/support/PlainUser.h"
+#include "plugins/host/support/Rows.h"
 #include "plugins/shell-common/MadeUpTool.h"
 #include "support/ScopedEnvironment.h"
 #include "support/ScopedTempDir.h"
@@ -42,7 +42,7 @@ Row Line(const std::string& time, const std::string& level, const std::string& l
 }
 
 std::vector<std::string> ErrorsOf(const std::string& path, const Parameters& parameters) {
-  const HostResult result = CallHost(path, parameters);
+  const CommandResult result = Call(path, parameters);
   EXPECT_EQ(result.output->GetRootObject(), nullptr);
   return result.GetErrors();
 }

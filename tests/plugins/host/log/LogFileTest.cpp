@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "kestrel/KestrelException.h"
-#include "plugins/host/PlainUser.h"
+#include "plugins/host/support/PlainUser.h"
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 

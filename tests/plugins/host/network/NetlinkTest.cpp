@@ -12,8 +12,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include "plugins/host/network/Namespaces.h"
 #include "plugins/host/network/NetlinkMessages.h"
+#include "plugins/host/support/Namespaces.h"
 #include "support/Sanitizer.h"
 
 namespace Kestrel::Host {

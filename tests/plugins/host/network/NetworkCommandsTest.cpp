@@ -22,11 +22,11 @@
 #include <set>
 
 #include "kestrel/KestrelException.h"
-#include "plugins/host/HostCall.h"
-#include "plugins/host/JsonWitness.h"
-#include "plugins/host/Rows.h"
-#include "plugins/host/network/Namespaces.h"
 #include "plugins/host/network/Netlink.h"
+#include "plugins/host/support/HostCall.h"
+#include "plugins/host/support/JsonWitness.h"
+#include "plugins/host/support/Namespaces.h"
+#include "plugins/host/support/Rows.h"
 #include "support/Witness.h"
 
 // The commands below "network" but for connections, against what ip and /sys say.
@@ -167,7 +167,7 @@ std::vector<Row> InterfaceDetailRows() {
   std::vector<Row> rows;
   for (const Row& interface : CallRows("network interface list")) {
     const auto record =
-        CallHost("network interface get", {{"interface", interface.at("Name")}}).GetRecord();
+        Call("network interface get", {{"interface", interface.at("Name")}}).GetStruct();
     if (record == nullptr) {
       continue;  // it went away, and the witness will show it
     }
@@ -235,13 +235,13 @@ TEST(NetworkInterfaceTest, SaysWhatIpSaysOfANetworkOfOurOwn) {
     MakeAddresses();
     ExpectInterfacesAsIpSays();
     const Row outside =
-        ToRow(*CallHost("network interface get", {{"interface", "outside"}}).GetRecord());
+        ToRow(*Call("network interface get", {{"interface", "outside"}}).GetStruct());
     EXPECT_EQ(outside.at("Master"), "bridge0");
     EXPECT_EQ(outside.at("Kind"), "veth");
     EXPECT_EQ(outside.at("MTU"), "1400");
     EXPECT_EQ(outside.at("Alias"), "to the lab");
     EXPECT_EQ(outside.at("MAC Address"), "02:00:00:00:00:02");
-    const Row inside = ToRow(*CallHost("network interface get", {{"i", "inside"}}).GetRecord());
+    const Row inside = ToRow(*Call("network interface get", {{"i", "inside"}}).GetStruct());
     EXPECT_EQ(inside.at("Queue Length"), "77");
     EXPECT_THAT(inside.at("Flags"), ::testing::HasSubstr("PROMISC"));
   });
@@ -273,29 +273,28 @@ TEST(NetworkInterfaceTest, FiltersChooseAmongTheInterfaces) {
 }
 
 TEST(NetworkInterfaceTest, AnInterfaceThatDoesNotExistIsAnError) {
-  EXPECT_THAT(CallHost("network interface get", {{"interface", "no-such0"}}).GetErrors(),
+  EXPECT_THAT(Call("network interface get", {{"interface", "no-such0"}}).GetErrors(),
               ElementsAre("There is no network interface named 'no-such0'"));
 }
 
 TEST(NetworkInterfaceTest, RefusesNamesStatesAndTruthsThatCannotBe) {
-  EXPECT_THAT(CallHost("network interface get").GetErrors(),
+  EXPECT_THAT(Call("network interface get").GetErrors(),
               ElementsAre("Missing required parameter --interface"));
-  EXPECT_THAT(CallHost("network interface get", {{"interface", "a/b"}}).GetErrors(),
+  EXPECT_THAT(Call("network interface get", {{"interface", "a/b"}}).GetErrors(),
+              ElementsAre("Invalid data constraint for parameter 'interface'. Value does not match "
+                          "the expected regular expression ([^/\\s]{1,15})"));
+  EXPECT_THAT(Call("network interface get", {{"interface", "a"}, {"interface", "b"}}).GetErrors(),
+              ElementsAre("Found multiple values for interface this parameter can only accept a "
+                          "single value."));
+  EXPECT_THAT(Call("network interface list", {{"interface", "sixteen-letters0"}}).GetErrors(),
               ElementsAre("Invalid data constraint for parameter 'interface'. Value does not match "
                           "the expected regular expression ([^/\\s]{1,15})"));
   EXPECT_THAT(
-      CallHost("network interface get", {{"interface", "a"}, {"interface", "b"}}).GetErrors(),
-      ElementsAre("Found multiple values for interface this parameter can only accept a "
-                  "single value."));
-  EXPECT_THAT(CallHost("network interface list", {{"interface", "sixteen-letters0"}}).GetErrors(),
-              ElementsAre("Invalid data constraint for parameter 'interface'. Value does not match "
-                          "the expected regular expression ([^/\\s]{1,15})"));
-  EXPECT_THAT(
-      CallHost("network interface list", {{"state", "up"}}).GetErrors(),
+      Call("network interface list", {{"state", "up"}}).GetErrors(),
       ElementsAre("Invalid data constraint for parameter 'state'. Expected a single value from the "
                   "set [UP, DOWN, LOWERLAYERDOWN, DORMANT, TESTING, NOTPRESENT, UNKNOWN] got "
                   "'up'"));
-  EXPECT_THAT(CallHost("network interface list", {{"up", "TRUE"}}).GetErrors(),
+  EXPECT_THAT(Call("network interface list", {{"up", "TRUE"}}).GetErrors(),
               ElementsAre("Invalid data 'TRUE' for parameter up expected one of [1, 0, y, n, true, "
                           "false, True, False, yes, no, t, f, T, F]"));
 }
@@ -367,7 +366,7 @@ TEST(NetworkCounterListTest, CountsWhatGoesThroughANetworkOfOurOwn) {
     EXPECT_EQ(row.at("TX Packets"), "2");
     EXPECT_EQ(row.at("RX Packets"), "2");
     EXPECT_EQ(row.at("TX Bytes"), StatisticOf(IpLinks().at(0), "tx.bytes"));
-    const auto record = CallHost("network interface get", {{"interface", "lo"}}).GetRecord();
+    const auto record = Call("network interface get", {{"interface", "lo"}}).GetStruct();
     const auto received = std::dynamic_pointer_cast<MetaStruct>(record->GetField("Received"));
     ASSERT_NE(received, nullptr);
     EXPECT_EQ(
@@ -451,7 +450,7 @@ TEST(NetworkAddressListTest, AnInterfaceShowsItsAddressesAsRecords) {
   IN_OWN_NETWORK([] {
     MakeNetwork();
     MakeAddresses();
-    const auto record = CallHost("network interface get", {{"interface", "inside"}}).GetRecord();
+    const auto record = Call("network interface get", {{"interface", "inside"}}).GetStruct();
     const auto list = std::dynamic_pointer_cast<MetaObj::MetaList>(record->GetField("Addresses"));
     ASSERT_NE(list, nullptr);
     std::vector<Row> rows;
@@ -490,15 +489,15 @@ TEST(NetworkAddressListTest, FiltersChooseAmongTheAddresses) {
 }
 
 TEST(NetworkAddressListTest, RefusesFamiliesScopesAndLengthsThatCannotBe) {
-  EXPECT_THAT(CallHost("network address list", {{"family", "5"}}).GetErrors(),
+  EXPECT_THAT(Call("network address list", {{"family", "5"}}).GetErrors(),
               ElementsAre("Invalid data constraint for parameter 'family'. Expected a single value "
                           "from the set [4, 6]"));
-  EXPECT_THAT(CallHost("network address list", {{"family", "ipv4"}}).GetErrors(),
+  EXPECT_THAT(Call("network address list", {{"family", "ipv4"}}).GetErrors(),
               ElementsAre("Invalid data 'ipv4' for parameter family expected type Integer"));
-  EXPECT_THAT(CallHost("network address list", {{"scope", "world"}}).GetErrors(),
+  EXPECT_THAT(Call("network address list", {{"scope", "world"}}).GetErrors(),
               ElementsAre("Invalid data constraint for parameter 'scope'. Expected a single value "
                           "from the set [global, site, link, host] got 'world'"));
-  EXPECT_THAT(CallHost("network address list", {{"prefix-length", "129"}}).GetErrors(),
+  EXPECT_THAT(Call("network address list", {{"prefix-length", "129"}}).GetErrors(),
               ElementsAre("Invalid data constraint for parameter 'prefix-length'. Expected integer "
                           "in the range 0-128"));
 }
@@ -576,7 +575,7 @@ std::vector<Row> IpRouteRows() {
 
 std::vector<Row> RouteRows(const Parameters& parameters) {
   std::vector<Row> rows;
-  for (const auto& record : CallHost("network route list", parameters).GetRecords()) {
+  for (const auto& record : Call("network route list", parameters).GetStructs()) {
     Row row = ToRow(*record);
     std::vector<Row> hops;
     const auto list = std::dynamic_pointer_cast<MetaObj::MetaList>(record->GetField("Next Hops"));
@@ -647,7 +646,7 @@ TEST(NetworkRouteListTest, FiltersChooseAmongTheRoutes) {
 }
 
 TEST(NetworkRouteListTest, RefusesTablesThatCannotBe) {
-  EXPECT_THAT(CallHost("network route list", {{"table", "0"}, {"table", "main"}}).GetErrors(),
+  EXPECT_THAT(Call("network route list", {{"table", "0"}, {"table", "main"}}).GetErrors(),
               ElementsAre("Invalid data constraint for parameter 'table'. Expected integer in the "
                           "range 1-4294967295",
                           "Invalid data 'main' for parameter table expected type Integer"));
@@ -721,7 +720,7 @@ TEST(NetworkNeighborListTest, FiltersChooseAmongTheNeighbors) {
 }
 
 TEST(NetworkNeighborListTest, RefusesStatesThatCannotBe) {
-  EXPECT_THAT(CallHost("network neighbor list", {{"state", "REACHABLE"}}).GetErrors(),
+  EXPECT_THAT(Call("network neighbor list", {{"state", "REACHABLE"}}).GetErrors(),
               ElementsAre("Invalid data constraint for parameter 'state'. Expected a single value "
                           "from the set [none, incomplete, reachable, stale, delay, probe, failed, "
                           "noarp, permanent] got 'REACHABLE'"));
@@ -748,7 +747,7 @@ void Forbid(long call, long argument, unsigned error) {
 
 TEST(NetworkRefusalTest, WithoutTheRightToAskThereIsAMessage) {
   const std::string refusal = RunInNamespaces(0, [] {
-    CallHost("network interface list");
+    Call("network interface list");
     Forbid(SYS_socket, AF_NETLINK, EPERM);
     const std::map<std::string, std::string> things = {{"address", "network interfaces"},
                                                        {"counter", "network interfaces"},
@@ -757,7 +756,7 @@ TEST(NetworkRefusalTest, WithoutTheRightToAskThereIsAMessage) {
                                                        {"route", "network interfaces"}};
     for (const auto& [object, thing] : things) {
       const std::string path = "network " + object + " list";
-      EXPECT_THAT(CallHost(path).GetErrors(),
+      EXPECT_THAT(Call(path).GetErrors(),
                   ElementsAre("Error on command " + path + " : Unable to ask the kernel for its " +
                               thing + ": Operation not permitted"));
     }

@@ -15,9 +15,9 @@
 #include <algorithm>
 #include <cstring>
 
-#include "plugins/host/HostCall.h"
-#include "plugins/host/Rows.h"
-#include "plugins/host/network/Namespaces.h"
+#include "plugins/host/support/HostCall.h"
+#include "plugins/host/support/Namespaces.h"
+#include "plugins/host/support/Rows.h"
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
@@ -377,9 +377,9 @@ TEST(NetworkConnectionListTest, FiltersChooseAmongTheSockets) {
 
 TEST(NetworkConnectionListTest, WithoutTheKernelsTablesThereIsAMessage) {
   const std::string refusal = RunInNamespaces(CLONE_NEWNS, [] {
-    CallHost(kCommand);  // loads the plug-in while /proc is there
+    Call(kCommand);  // loads the plug-in while /proc is there
     ASSERT_EQ(::mount("none", "/proc", "tmpfs", 0, nullptr), 0);
-    EXPECT_THAT(CallHost(kCommand).GetErrors(),
+    EXPECT_THAT(Call(kCommand).GetErrors(),
                 ElementsAre("Error on command network connection list : Unable to read any table "
                             "of connections in /proc/net"));
   });
@@ -389,16 +389,16 @@ TEST(NetworkConnectionListTest, WithoutTheKernelsTablesThereIsAMessage) {
 }
 
 TEST(NetworkConnectionListTest, RefusesPortsProtocolsAndStatesThatCannotBe) {
-  EXPECT_THAT(CallHost(kCommand, {{"port", "0"}, {"port", "65536"}}).GetErrors(),
+  EXPECT_THAT(Call(kCommand, {{"port", "0"}, {"port", "65536"}}).GetErrors(),
               ElementsAre("Invalid data constraint for parameter 'port'. Expected integer in the "
                           "range 1-65535",
                           "Invalid data constraint for parameter 'port'. Expected integer in the "
                           "range 1-65535"));
-  EXPECT_THAT(CallHost(kCommand, {{"protocol", "icmp"}}).GetErrors(),
+  EXPECT_THAT(Call(kCommand, {{"protocol", "icmp"}}).GetErrors(),
               ElementsAre("Invalid data constraint for parameter 'protocol'. Expected a single "
                           "value from the set [tcp, udp, unix] got 'icmp'"));
   EXPECT_THAT(
-      CallHost(kCommand, {{"state", "open"}}).GetErrors(),
+      Call(kCommand, {{"state", "open"}}).GetErrors(),
       ElementsAre("Invalid data constraint for parameter 'state'. Expected a single value from the "
                   "set [listen, established, unconnected, connected, connecting, disconnecting, "
                   "syn-sent, syn-received, fin-wait-1, fin-wait-2, close-wait, last-ack, closing, "

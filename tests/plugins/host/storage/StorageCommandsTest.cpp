@@ -10,10 +10,10 @@
 
 #include <algorithm>
 
-#include "plugins/host/HostCall.h"
-#include "plugins/host/JsonWitness.h"
-#include "plugins/host/Rows.h"
-#include "plugins/host/network/Namespaces.h"
+#include "plugins/host/support/HostCall.h"
+#include "plugins/host/support/JsonWitness.h"
+#include "plugins/host/support/Namespaces.h"
+#include "plugins/host/support/Rows.h"
 #include "support/ScopedEnvironment.h"
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
@@ -189,23 +189,23 @@ TEST(StorageMountListTest, FiltersChooseAmongTheMounts) {
 }
 
 TEST(StorageMountListTest, RefusesWhatIsNoDirectoryOrBoolean) {
-  EXPECT_THAT(CallHost("storage mount list", {{"below", "tmp"}}).GetErrors(),
+  EXPECT_THAT(Call("storage mount list", {{"below", "tmp"}}).GetErrors(),
               ElementsAre("Invalid data constraint for parameter 'below'. Value does not match the "
                           "expected regular expression (/.*)"));
-  EXPECT_THAT(CallHost("storage mount list", {{"read-only", "maybe"}}).GetErrors(),
+  EXPECT_THAT(Call("storage mount list", {{"read-only", "maybe"}}).GetErrors(),
               ElementsAre("Invalid data 'maybe' for parameter read-only expected one of [1, 0, y, "
                           "n, true, false, True, False, yes, no, t, f, T, F]"));
   EXPECT_THAT(
-      CallHost("storage mount list", {{"all", "x"}}).GetErrors(),
+      Call("storage mount list", {{"all", "x"}}).GetErrors(),
       ElementsAre("Invalid data 'x' for parameter all.  This parameter is a flag and cannot "
                   "accept any values. "));
 }
 
 TEST(StorageMountListTest, WithoutTheKernelsTableThereIsAMessage) {
   const std::string refusal = RunInNamespaces(CLONE_NEWNS, [] {
-    CallHost("storage mount list");  // loads the plug-in while /proc is there
+    Call("storage mount list");  // loads the plug-in while /proc is there
     Mount("none", "/proc", "tmpfs", 0);
-    EXPECT_THAT(CallHost("storage mount list").GetErrors(),
+    EXPECT_THAT(Call("storage mount list").GetErrors(),
                 ElementsAre("Error on command storage mount list : Unable to read the mounts in "
                             "/proc/self/mountinfo: No such file or directory"));
   });
@@ -403,13 +403,13 @@ TEST(StorageFilesystemListTest, AFileSystemThatCannotBeAskedSaysWhy) {
 }
 
 TEST(StorageFilesystemListTest, RefusesNumbersOutsideTheirRanges) {
-  EXPECT_THAT(CallHost("storage filesystem list", {{"minimum-percent", "101"}}).GetErrors(),
+  EXPECT_THAT(Call("storage filesystem list", {{"minimum-percent", "101"}}).GetErrors(),
               ElementsAre("Invalid data constraint for parameter 'minimum-percent'. Expected "
                           "integer in the range 0-100"));
-  EXPECT_THAT(CallHost("storage filesystem list", {{"timeout", "0"}}).GetErrors(),
+  EXPECT_THAT(Call("storage filesystem list", {{"timeout", "0"}}).GetErrors(),
               ElementsAre("Invalid data constraint for parameter 'timeout'. Expected integer in "
                           "the range 1-60"));
-  EXPECT_THAT(CallHost("storage filesystem list", {{"timeout", "soon"}}).GetErrors(),
+  EXPECT_THAT(Call("storage filesystem list", {{"timeout", "soon"}}).GetErrors(),
               ElementsAre("Invalid data 'soon' for parameter timeout expected type Integer"));
 }
 
@@ -540,15 +540,15 @@ TEST(StorageDeviceListTest, WithoutTheKernelsFoldersTheListIsEmpty) {
 }
 
 TEST(StorageDeviceListTest, RefusesNamesKindsAndSizesThatCannotBe) {
-  EXPECT_THAT(CallHost("storage device list", {{"device", "-x"}}).GetErrors(),
+  EXPECT_THAT(Call("storage device list", {{"device", "-x"}}).GetErrors(),
               ElementsAre("Invalid data constraint for parameter 'device'. Value does not match "
                           "the expected regular expression ([a-zA-Z0-9][a-zA-Z0-9/._:+-]*)"));
   EXPECT_THAT(
-      CallHost("storage device list", {{"kind", "disc"}}).GetErrors(),
+      Call("storage device list", {{"kind", "disc"}}).GetErrors(),
       ElementsAre("Invalid data constraint for parameter 'kind'. Expected a single value from the "
                   "set [disk, part, rom, loop, lvm, crypt, mpath, dm, raid0, raid1, raid4, raid5, "
                   "raid6, raid10, linear] got 'disc'"));
-  EXPECT_THAT(CallHost("storage device list", {{"minimum-size", "-1"}}).GetErrors(),
+  EXPECT_THAT(Call("storage device list", {{"minimum-size", "-1"}}).GetErrors(),
               ElementsAre("Invalid data constraint for parameter 'minimum-size'. Expected integer "
                           "in the range 0-1099511627776"));
 }

@@ -9,7 +9,7 @@
 #include <unistd.h>
 
 #include "kestrel/KestrelException.h"
-#include "plugins/host/PlainUser.h"
+#include "plugins/host/support/PlainUser.h"
 #include "support/ScopedTempDir.h"
 
 namespace Kestrel::Host {

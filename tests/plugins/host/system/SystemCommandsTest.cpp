@@ -14,8 +14,8 @@
 #include <set>
 #include <string>
 
-#include "plugins/host/HostCall.h"
-#include "plugins/host/PlainUser.h"
+#include "plugins/host/support/HostCall.h"
+#include "plugins/host/support/PlainUser.h"
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
@@ -56,7 +56,7 @@ void ExpectBetween(long value, long before, long after, long room, const std::st
 // Figures of the machine.
 
 TEST(SystemVersionGetTest, AgreesWithUname) {
-  const Record record = CallHost("system version get").GetRecord();
+  const Record record = Call("system version get").GetStruct();
   EXPECT_EQ(TextOf(record, "Host Name"), WitnessLine("uname -n"));
   EXPECT_EQ(TextOf(record, "Kernel"), WitnessLine("uname -s"));
   EXPECT_EQ(TextOf(record, "Release"), WitnessLine("uname -r"));
@@ -70,7 +70,7 @@ TEST(SystemUptimeGetTest, AgreesWithUptime) {
   const char* const idle = "cut -d' ' -f2 /proc/uptime | cut -d. -f1";
   const long before = WitnessNumber(seconds);
   const long idleBefore = WitnessNumber(idle);
-  const Record record = CallHost("system uptime get").GetRecord();
+  const Record record = Call("system uptime get").GetStruct();
   ExpectBetween(NumberOf(record, "Seconds"), before, WitnessNumber(seconds), 0, "Seconds");
   ExpectBetween(NumberOf(record, "Idle Seconds"), idleBefore, WitnessNumber(idle), 0, "Idle");
   // Both compute the start, from clocks that may differ by a part of a second.
@@ -80,7 +80,7 @@ TEST(SystemUptimeGetTest, AgreesWithUptime) {
 }
 
 TEST(SystemUptimeGetTest, WritesTheSameTimeTwice) {
-  const Record record = CallHost("system uptime get").GetRecord();
+  const Record record = Call("system uptime get").GetStruct();
   const long seconds = NumberOf(record, "Seconds");
   const std::string expected =
       WitnessLine("s=" + std::to_string(seconds) +
@@ -91,7 +91,7 @@ TEST(SystemUptimeGetTest, WritesTheSameTimeTwice) {
 
 TEST(SystemLoadGetTest, IsOneOfTheLoadsAroundIt) {
   const auto before = WordsIn(Witness("cat /proc/loadavg"));
-  const Record record = CallHost("system load get").GetRecord();
+  const Record record = Call("system load get").GetStruct();
   const auto after = WordsIn(Witness("cat /proc/loadavg"));
   EXPECT_THAT(TextOf(record, "One Minute"), AnyOf(before[0], after[0]));
   EXPECT_THAT(TextOf(record, "Five Minutes"), AnyOf(before[1], after[1]));
@@ -107,7 +107,7 @@ TEST(SystemLoadGetTest, IsOneOfTheLoadsAroundIt) {
 TEST(SystemLoadGetTest, AgreesWithUptime) {
   // The kernel counts anew every five seconds; a second try falls within one such span.
   for (int attempt = 0;; ++attempt) {
-    const Record record = CallHost("system load get").GetRecord();
+    const Record record = Call("system load get").GetStruct();
     const std::string own = TextOf(record, "One Minute") + ", " + TextOf(record, "Five Minutes") +
                             ", " + TextOf(record, "Fifteen Minutes");
     const std::string other = WitnessLine("uptime | sed 's/.*average: //'");
@@ -135,7 +135,7 @@ TEST(SystemMemoryGetTest, AgreesWithFree) {
     return figures;
   };
   const auto before = look();
-  const Record record = CallHost("system memory get").GetRecord();
+  const Record record = Call("system memory get").GetStruct();
   const auto after = look();
   const auto physical = std::dynamic_pointer_cast<MetaStruct>(record->GetField("Physical"));
   const auto swap = std::dynamic_pointer_cast<MetaStruct>(record->GetField("Swap"));
@@ -155,7 +155,7 @@ TEST(SystemMemoryGetTest, AgreesWithFree) {
 }
 
 TEST(SystemMemoryGetTest, PrintsFiguresWithUnits) {
-  const std::string text = PrintHost("system memory get", {}, 80);
+  const std::string text = Print("system memory get", {}, 80);
   EXPECT_THAT(text, HasSubstr("SystemMemory:\n   Physical: \n         Total    : "));
   EXPECT_THAT(text, HasSubstr(" KiB\n"));
 }
@@ -169,7 +169,7 @@ TEST(SystemCpuListTest, AgreesWithLscpu) {
     expected.push_back(line);
   }
   std::vector<std::string> found;
-  for (const Record& record : CallHost("system cpu list").GetRecords()) {
+  for (const Record& record : Call("system cpu list").GetStructs()) {
     const auto known = [&record](const char* field) {
       const long number = NumberOf(record, field);
       return number < 0 ? std::string() : std::to_string(number);
@@ -185,7 +185,7 @@ TEST(SystemCpuListTest, AgreesWithLscpuAboutTheModel) {
   const auto value = [](const std::string& name) {
     return WitnessLine("lscpu | sed -n 's/^" + name + ": *//p' | head -1");
   };
-  for (const Record& record : CallHost("system cpu list").GetRecords()) {
+  for (const Record& record : Call("system cpu list").GetStructs()) {
     EXPECT_EQ(TextOf(record, "Model"), value("Model name"));
     EXPECT_EQ(TextOf(record, "Vendor"), value("Vendor ID"));
   }
@@ -202,7 +202,7 @@ TEST(SystemCpuListTest, AgreesWithLscpuAboutSiblings) {
     cores[cpu] = core;
     siblings[core] += (siblings[core].empty() ? "" : ", ") + cpu;
   }
-  for (const Record& record : CallHost("system cpu list", {{"online", "true"}}).GetRecords()) {
+  for (const Record& record : Call("system cpu list", {{"online", "true"}}).GetStructs()) {
     EXPECT_EQ(TextOf(record, "Siblings"), siblings[cores[TextOf(record, "Number")]]);
   }
 }
@@ -210,7 +210,7 @@ TEST(SystemCpuListTest, AgreesWithLscpuAboutSiblings) {
 TEST(SystemCpuListTest, IsAsFastAsTheKernelSays) {
   const std::string look = "sed -n 's/^cpu MHz[^0-9]*\\([0-9]*\\).*/\\1/p' /proc/cpuinfo";
   const auto before = WitnessLines(look);
-  const auto records = CallHost("system cpu list", {{"online", "true"}}).GetRecords();
+  const auto records = Call("system cpu list", {{"online", "true"}}).GetStructs();
   const auto after = WitnessLines(look);
   if (before.empty()) {
     EXPECT_THAT(FieldOf(records, "Frequency"), Each("-1")) << "not every kernel tells";
@@ -226,7 +226,7 @@ TEST(SystemCpuListTest, IsAsFastAsTheKernelSays) {
 
 TEST(SystemCpuListTest, FiltersByNumberAndState) {
   const auto numbers = [](const Parameters& parameters) {
-    return FieldOf(CallHost("system cpu list", parameters).GetRecords(), "Number");
+    return FieldOf(Call("system cpu list", parameters).GetStructs(), "Number");
   };
   EXPECT_THAT(numbers({{"number", "0"}}), ElementsAre("0"));
   EXPECT_THAT(numbers({{"number", "65535"}}), IsEmpty());
@@ -237,22 +237,22 @@ TEST(SystemCpuListTest, FiltersByNumberAndState) {
 }
 
 TEST(SystemCpuListTest, RefusesOtherValues) {
-  EXPECT_THAT(CallHost("system cpu list", {{"number", "-1"}}).GetErrors(),
+  EXPECT_THAT(Call("system cpu list", {{"number", "-1"}}).GetErrors(),
               ElementsAre("Invalid data constraint for parameter 'number'. Expected integer in the "
                           "range 0-65536"));
-  EXPECT_THAT(CallHost("system cpu list", {{"number", "x"}}).GetErrors(),
+  EXPECT_THAT(Call("system cpu list", {{"number", "x"}}).GetErrors(),
               ElementsAre("Invalid data 'x' for parameter number expected type Integer"));
-  EXPECT_THAT(CallHost("system cpu list", {{"online", "maybe"}}).GetErrors(),
+  EXPECT_THAT(Call("system cpu list", {{"online", "maybe"}}).GetErrors(),
               ElementsAre("Invalid data 'maybe' for parameter online expected one of [1, 0, y, n, "
                           "true, false, True, False, yes, no, t, f, T, F]"));
 }
 
 TEST(SystemCpuCountTest, AgreesWithGetconf) {
-  EXPECT_EQ(CallHost("system cpu count").output->GetRootObject()->ToString(),
+  EXPECT_EQ(Call("system cpu count").output->GetRootObject()->ToString(),
             WitnessLine("getconf _NPROCESSORS_ONLN"));
-  EXPECT_EQ(CallHost("system cpu count", {{"all", ""}}).output->GetRootObject()->ToString(),
+  EXPECT_EQ(Call("system cpu count", {{"all", ""}}).output->GetRootObject()->ToString(),
             WitnessLine("lscpu --all --parse=CPU | grep -vc '^#'"));
-  EXPECT_EQ(PrintHost("system cpu count", {{"a", ""}}, 80),
+  EXPECT_EQ(Print("system cpu count", {{"a", ""}}, 80),
             WitnessLine("lscpu --all --parse=CPU | grep -vc '^#'") + "\n");
 }
 
@@ -306,7 +306,7 @@ class ScopedProcess {
 };
 
 Record FindProcess(const std::string& id) {
-  const auto records = CallHost("system process list", {{"id", id}}).GetRecords();
+  const auto records = Call("system process list", {{"id", id}}).GetStructs();
   EXPECT_EQ(records.size(), 1u) << id;
   return records.empty() ? nullptr : records[0];
 }
@@ -324,7 +324,7 @@ std::map<std::string, std::vector<std::string>> LookAtProcesses() {
 
 TEST(SystemProcessListTest, AgreesWithPsAboutEveryProcess) {
   const auto before = LookAtProcesses();
-  const auto records = CallHost("system process list").GetRecords();
+  const auto records = Call("system process list").GetStructs();
   const auto after = LookAtProcesses();
   std::size_t compared = 0;
   std::set<std::string> found;
@@ -420,16 +420,15 @@ TEST(SystemProcessListTest, TellsStates) {
   ::kill(stopped.GetNumber(), SIGSTOP);
   ASSERT_EQ(::waitpid(stopped.GetNumber(), nullptr, WUNTRACED), stopped.GetNumber());
   EXPECT_EQ(TextOf(FindProcess(stopped.GetId()), "State"), "stopped");
-  const auto states =
-      FieldOf(CallHost("system process list", {{"state", "zombie"}, {"s", "stopped"}}).GetRecords(),
-              "State");
+  const auto states = FieldOf(
+      Call("system process list", {{"state", "zombie"}, {"s", "stopped"}}).GetStructs(), "State");
   EXPECT_THAT(states, AllOf(Contains("zombie"), Contains("stopped"),
                             Each(AnyOf(std::string("zombie"), std::string("stopped")))));
 }
 
 TEST(SystemProcessListTest, FiltersByUserNameOrNumber) {
   const auto ids = [](const Parameters& parameters) {
-    return FieldOf(CallHost("system process list", parameters).GetRecords(), "Id");
+    return FieldOf(Call("system process list", parameters).GetStructs(), "Id");
   };
   const std::string self = std::to_string(::getpid());
   const std::string user = WitnessLine("id -un");
@@ -437,14 +436,14 @@ TEST(SystemProcessListTest, FiltersByUserNameOrNumber) {
   EXPECT_THAT(ids({{"u", std::to_string(::geteuid())}}), Contains(self));
   EXPECT_THAT(ids({{"user", "no such user"}}), IsEmpty());
   EXPECT_THAT(ids({{"user", "no such user"}, {"user", user}}), Contains(self));
-  EXPECT_THAT(FieldOf(CallHost("system process list", {{"user", user}}).GetRecords(), "User"),
+  EXPECT_THAT(FieldOf(Call("system process list", {{"user", user}}).GetStructs(), "User"),
               Each(user));
 }
 
 TEST(SystemProcessListTest, FiltersByRegularExpression) {
   const ScopedProcess process("kestrel.odd");
   const auto ids = [](const Parameters& parameters) {
-    return FieldOf(CallHost("system process list", parameters).GetRecords(), "Id");
+    return FieldOf(Call("system process list", parameters).GetStructs(), "Id");
   };
   EXPECT_THAT(ids({{"name", "^kestrel\\.odd$"}}), ElementsAre(process.GetId()));
   EXPECT_THAT(ids({{"name", "trel.o"}}), Contains(process.GetId()));
@@ -452,24 +451,24 @@ TEST(SystemProcessListTest, FiltersByRegularExpression) {
   // The command line is still that of the test.
   EXPECT_THAT(ids({{"name", "kestrel_host_tests"}}), Not(Contains(process.GetId())));
   EXPECT_THAT(ids({{"name", "kestrel_host_tests"}, {"full", ""}}), Contains(process.GetId()));
-  EXPECT_THAT(CallHost("system process list", {{"name", "(a"}}).GetErrors(),
+  EXPECT_THAT(Call("system process list", {{"name", "(a"}}).GetErrors(),
               ElementsAre(HasSubstr("Error on command system process list : '(a' is not a regular "
                                     "expression: ")));
 }
 
 TEST(SystemProcessListTest, FiltersByMemory) {
-  const auto records = CallHost("system process list", {{"min-memory", "1000"}}).GetRecords();
+  const auto records = Call("system process list", {{"min-memory", "1000"}}).GetStructs();
   EXPECT_THAT(records, Not(IsEmpty()));
   for (const Record& record : records) {
     EXPECT_GE(NumberOf(record, "Resident"), 1000);
   }
-  EXPECT_THAT(CallHost("system process list", {{"min-memory", "1125899906842624"}}).GetRecords(),
+  EXPECT_THAT(Call("system process list", {{"min-memory", "1125899906842624"}}).GetStructs(),
               IsEmpty());
 }
 
 TEST(SystemProcessListTest, LeavesOutThreadsOfTheKernelWhenTold) {
   const auto kernel = [](const Parameters& parameters) {
-    return FieldOf(CallHost("system process list", parameters).GetRecords(), "Kernel");
+    return FieldOf(Call("system process list", parameters).GetStructs(), "Kernel");
   };
   EXPECT_THAT(kernel({{"kernel-threads", "false"}}), Each("false"));
   if (WitnessNumber("ps --ppid 2 -o pid= | wc -l") > 0) {
@@ -481,7 +480,7 @@ TEST(SystemProcessListTest, LeavesOutThreadsOfTheKernelWhenTold) {
 TEST(SystemProcessListTest, Sorts) {
   const auto numbers = [](const char* order, const char* field) {
     std::vector<long> values;
-    for (const Record& record : CallHost("system process list", {{"sort", order}}).GetRecords()) {
+    for (const Record& record : Call("system process list", {{"sort", order}}).GetStructs()) {
       values.push_back(NumberOf(record, field));
     }
     return values;
@@ -492,14 +491,13 @@ TEST(SystemProcessListTest, Sorts) {
   EXPECT_TRUE(std::is_sorted(memory.rbegin(), memory.rend()));
   const auto time = numbers("time", "Seconds");
   EXPECT_TRUE(std::is_sorted(time.rbegin(), time.rend()));
-  const auto names =
-      FieldOf(CallHost("system process list", {{"sort", "name"}}).GetRecords(), "Name");
+  const auto names = FieldOf(Call("system process list", {{"sort", "name"}}).GetStructs(), "Name");
   EXPECT_TRUE(std::is_sorted(names.begin(), names.end()));
 }
 
 TEST(SystemProcessListTest, RefusesOtherValues) {
   const auto errors = [](const Parameters& parameters) {
-    return CallHost("system process list", parameters).GetErrors();
+    return Call("system process list", parameters).GetErrors();
   };
   EXPECT_THAT(errors({{"state", "lazy"}}),
               ElementsAre("Invalid data constraint for parameter 'state'. Expected a single value "
@@ -531,9 +529,9 @@ TEST(SystemProcessListTest, SurvivesProcessesThatVanishWhileTheyAreListed) {
     }
   }
   for (int i = 0; i < 20; ++i) {
-    const HostResult result = CallHost("system process list");
+    const CommandResult result = Call("system process list");
     EXPECT_THAT(result.GetErrors(), IsEmpty());
-    EXPECT_THAT(FieldOf(result.GetRecords(), "Id"), Contains(std::to_string(::getpid())));
+    EXPECT_THAT(FieldOf(result.GetStructs(), "Id"), Contains(std::to_string(::getpid())));
   }
   ::kill(storm, SIGKILL);
   ::waitpid(storm, nullptr, 0);
@@ -542,7 +540,7 @@ TEST(SystemProcessListTest, SurvivesProcessesThatVanishWhileTheyAreListed) {
 TEST(SystemProcessListTest, PrintsATableThatFitsTheScreen) {
   const ScopedProcess process("still");
   process.WaitUntilItSleeps();
-  const std::string text = PrintHost("system process list", {{"id", process.GetId()}}, 80);
+  const std::string text = Print("system process list", {{"id", process.GetId()}}, 80);
   EXPECT_THAT(text, ::testing::MatchesRegex("Id +Parent +User +State +Resident +Time +Name\n"
                                             "-+ +-+ +-+ +-+ +-+ +-+ +----\n"
                                             " *[0-9]+ +[0-9]+ +[^ ]+ +sleeping +[0-9]+ KiB +"
@@ -556,8 +554,7 @@ TEST(SystemParameterListTest, AgreesWithSysctl) {
     const std::string command = std::string("sysctl ") + group + " 2>/dev/null; true";
     const auto before = WitnessLines(command);
     std::vector<std::string> found;
-    for (const Record& record :
-         CallHost("system parameter list", {{"under", group}}).GetRecords()) {
+    for (const Record& record : Call("system parameter list", {{"under", group}}).GetStructs()) {
       if (TextOf(record, "Value").empty()) {
         continue;  // sysctl keeps those to itself
       }
@@ -592,7 +589,7 @@ TEST(SystemParameterListTest, AgreesWithSysctl) {
 
 TEST(SystemParameterListTest, FiltersByExpressionAndByWhatCanBeChanged) {
   const auto names = [](const Parameters& parameters) {
-    return FieldOf(CallHost("system parameter list", parameters).GetRecords(), "Name");
+    return FieldOf(Call("system parameter list", parameters).GetStructs(), "Name");
   };
   EXPECT_THAT(names({{"name", "^vm\\.swappiness$"}}), ElementsAre("vm.swappiness"));
   EXPECT_THAT(names({{"under", "vm"}, {"name", "dirty"}}),
@@ -601,14 +598,14 @@ TEST(SystemParameterListTest, FiltersByExpressionAndByWhatCanBeChanged) {
   EXPECT_THAT(writable, Contains("kernel.domainname"));
   EXPECT_THAT(writable, Not(Contains("kernel.osrelease")));
   EXPECT_THAT(names({{"under", "kernel"}}), Contains("kernel.osrelease"));
-  EXPECT_THAT(FieldOf(CallHost("system parameter list", {{"w", ""}}).GetRecords(), "Writable"),
+  EXPECT_THAT(FieldOf(Call("system parameter list", {{"w", ""}}).GetStructs(), "Writable"),
               Each("true"));
 }
 
 TEST(SystemParameterGetTest, AgreesWithSysctl) {
   for (const char* const name : {"kernel.osrelease", "kernel.hostname", "net.ipv4.tcp_rmem",
                                  "vm.swappiness", "net/ipv4/conf/lo/mtu", "kernel.printk"}) {
-    const HostResult result = CallHost("system parameter get", {{"name", name}});
+    const CommandResult result = Call("system parameter get", {{"name", name}});
     if (::access(
             (std::string("/proc/sys/") + WitnessLine(std::string("echo ") + name + " | tr . /"))
                 .c_str(),
@@ -623,7 +620,7 @@ TEST(SystemParameterGetTest, AgreesWithSysctl) {
 
 TEST(SystemParameterGetTest, SaysWhatIsWrong) {
   const auto errors = [](const Parameters& parameters) {
-    return CallHost("system parameter get", parameters).GetErrors();
+    return Call("system parameter get", parameters).GetErrors();
   };
   EXPECT_THAT(errors({{"name", "vm.no_such"}}),
               ElementsAre("Error on command system parameter get : There is no parameter "
@@ -642,11 +639,11 @@ TEST(SystemParameterSetTest, GivesTheValueThatItHad) {
   }
   const std::string value = WitnessLine("sysctl -n vm.swappiness");
   const Record record =
-      CallHost("system parameter set", {{"name", "vm.swappiness"}, {"value", value}}).GetRecord();
+      Call("system parameter set", {{"name", "vm.swappiness"}, {"value", value}}).GetStruct();
   EXPECT_EQ(TextOf(record, "Name"), "vm.swappiness");
   EXPECT_EQ(TextOf(record, "Before"), value);
   EXPECT_EQ(TextOf(record, "After"), value);
-  EXPECT_EQ(PrintHost("system parameter set", {{"n", "vm.swappiness"}, {"v", value}}, 80),
+  EXPECT_EQ(Print("system parameter set", {{"n", "vm.swappiness"}, {"v", value}}, 80),
             "vm.swappiness:\n   Before: " + value + "\n   After : " + value + "\n");
 }
 
@@ -658,22 +655,21 @@ TEST(SystemParameterSetTest, ChangesTheValueAsSysctlSees) {
   const std::string value = WitnessLine("sysctl -n vm.stat_interval");
   const std::string other = std::to_string(std::stol(value) + 1);
   const Record record =
-      CallHost("system parameter set", {{"name", "vm.stat_interval"}, {"value", other}})
-          .GetRecord();
+      Call("system parameter set", {{"name", "vm.stat_interval"}, {"value", other}}).GetStruct();
   EXPECT_EQ(WitnessLine("sysctl -n vm.stat_interval"), other);
   EXPECT_EQ(TextOf(record, "Before"), value);
   EXPECT_EQ(TextOf(record, "After"), other);
-  CallHost("system parameter set", {{"name", "vm.stat_interval"}, {"value", value}});
+  Call("system parameter set", {{"name", "vm.stat_interval"}, {"value", value}});
   EXPECT_EQ(WitnessLine("sysctl -n vm.stat_interval"), value);
 }
 
 TEST(SystemParameterSetTest, RefusesInWordsWithoutTheRight) {
   const std::string value = WitnessLine("sysctl -n vm.swappiness");
-  CallHost("system uptime get");  // loads the plug-in, which the plain user may not be able to read
-  HostResult result;
+  Call("system uptime get");  // loads the plug-in, which the plain user may not be able to read
+  CommandResult result;
   {
     const PlainUser user;
-    result = CallHost("system parameter set", {{"name", "vm.swappiness"}, {"value", "1"}});
+    result = Call("system parameter set", {{"name", "vm.swappiness"}, {"value", "1"}});
   }
   EXPECT_THAT(
       result.GetErrors(),
@@ -688,7 +684,7 @@ TEST(SystemParameterSetTest, RefusesInWordsWithoutTheRight) {
 
 TEST(SystemParameterSetTest, NeedsNameAndValue) {
   EXPECT_THAT(
-      CallHost("system parameter set").GetErrors(),
+      Call("system parameter set").GetErrors(),
       ElementsAre("Missing required parameter --name", "Missing required parameter --value"));
 }
 
@@ -698,7 +694,7 @@ TEST(SystemAccountListTest, AgreesWithGetent) {
   std::vector<std::string> expected =
       WitnessLines("getent passwd | sed 's/,[^:]*//' | cut -d: -f1,3-");
   std::vector<std::string> found;
-  for (const Record& record : CallHost("system account list").GetRecords()) {
+  for (const Record& record : Call("system account list").GetStructs()) {
     found.push_back(TextOf(record, "Name") + ":" + TextOf(record, "User Id") + ":" +
                     TextOf(record, "Group Id") + ":" + TextOf(record, "Full Name") + ":" +
                     TextOf(record, "Home") + ":" + TextOf(record, "Shell"));
@@ -710,7 +706,7 @@ TEST(SystemAccountListTest, AgreesWithGetent) {
 
 TEST(SystemAccountListTest, Filters) {
   const auto names = [](const Parameters& parameters) {
-    return FieldOf(CallHost("system account list", parameters).GetRecords(), "Name");
+    return FieldOf(Call("system account list", parameters).GetStructs(), "Name");
   };
   EXPECT_THAT(names({{"name", "root"}}), ElementsAre("root"));
   EXPECT_THAT(names({{"name", "nobody"}, {"n", "root"}}), ElementsAre("root", "nobody"));
@@ -718,16 +714,16 @@ TEST(SystemAccountListTest, Filters) {
   EXPECT_THAT(names({{"min-id", "65534"}}), AllOf(Contains("nobody"), Not(Contains("root"))));
   EXPECT_THAT(names({{"min-id", "4294967295"}}), IsEmpty());
   EXPECT_THAT(names({{"login", ""}}), Not(Contains("nobody")));
-  EXPECT_THAT(FieldOf(CallHost("system account list", {{"l", ""}}).GetRecords(), "Login"),
+  EXPECT_THAT(FieldOf(Call("system account list", {{"l", ""}}).GetStructs(), "Login"),
               Each("true"));
-  EXPECT_THAT(CallHost("system account list", {{"min-id", "4294967296"}}).GetErrors(),
+  EXPECT_THAT(Call("system account list", {{"min-id", "4294967296"}}).GetErrors(),
               ElementsAre("Invalid data constraint for parameter 'min-id'. Expected integer in the "
                           "range 0-4294967295"));
 }
 
 TEST(SystemAccountGroupsTest, AgreesWithId) {
   for (const std::string& name : WitnessLines("getent passwd | cut -d: -f1")) {
-    const auto list = CallHost("system account groups", {{"name", name}}).GetList();
+    const auto list = Call("system account groups", {{"name", name}}).GetList();
     std::string groups;
     for (const auto& group : list->GetObjects()) {
       groups += (groups.empty() ? "" : " ") + group->ToString();
@@ -737,7 +733,7 @@ TEST(SystemAccountGroupsTest, AgreesWithId) {
 }
 
 TEST(SystemAccountGroupsTest, SaysWhenThereIsNoSuchAccount) {
-  EXPECT_THAT(CallHost("system account groups", {{"name", "no such"}}).GetErrors(),
+  EXPECT_THAT(Call("system account groups", {{"name", "no such"}}).GetErrors(),
               ElementsAre("There is no account 'no such'"));
 }
 
@@ -746,12 +742,12 @@ TEST(SystemSessionListTest, AgreesWithWho) {
     // Without login records the sessions are those of the login service.
     const auto expected = WitnessLines(
         "for s in /run/systemd/sessions/*; do [ ! -f $s ] || sed -n 's/^USER=//p' $s; done");
-    EXPECT_THAT(FieldOf(CallHost("system session list").GetRecords(), "User"),
+    EXPECT_THAT(FieldOf(Call("system session list").GetStructs(), "User"),
                 ::testing::UnorderedElementsAreArray(expected));
     return;
   }
   std::vector<std::string> found;
-  for (const Record& record : CallHost("system session list").GetRecords()) {
+  for (const Record& record : Call("system session list").GetStructs()) {
     found.push_back(TextOf(record, "User") + " " + TextOf(record, "Terminal"));
   }
   EXPECT_THAT(
@@ -759,27 +755,27 @@ TEST(SystemSessionListTest, AgreesWithWho) {
 }
 
 TEST(SystemSessionListTest, FiltersByUser) {
-  EXPECT_THAT(CallHost("system session list", {{"user", "no such"}}).GetRecords(), IsEmpty());
+  EXPECT_THAT(Call("system session list", {{"user", "no such"}}).GetStructs(), IsEmpty());
 }
 
 TEST(SystemModuleListTest, ListsWhatTheKernelLists) {
   const auto expected =
       WitnessLines("[ ! -e /proc/modules ] || cut -d' ' -f1 /proc/modules | LC_ALL=C sort");
-  EXPECT_EQ(FieldOf(CallHost("system module list").GetRecords(), "Name"), expected);
-  for (const Record& record : CallHost("system module list", {{"unused", ""}}).GetRecords()) {
+  EXPECT_EQ(FieldOf(Call("system module list").GetStructs(), "Name"), expected);
+  for (const Record& record : Call("system module list", {{"unused", ""}}).GetStructs()) {
     EXPECT_EQ(NumberOf(record, "References"), 0);
   }
 }
 
 TEST(SystemModuleCheckTest, FindsPartsOfTheKernel) {
   const auto check = [](const std::string& name) {
-    return CallHost("system module check", {{"name", name}}).output->GetRootObject()->ToString();
+    return Call("system module check", {{"name", name}}).output->GetRootObject()->ToString();
   };
   for (const std::string& name : WitnessLines("ls /sys/module | head -5")) {
     EXPECT_EQ(check(name), "true") << name;
   }
   EXPECT_EQ(check("no-such-module"), "false");
-  EXPECT_THAT(CallHost("system module check", {{"name", "../x"}}).GetErrors(),
+  EXPECT_THAT(Call("system module check", {{"name", "../x"}}).GetErrors(),
               ElementsAre("Invalid data constraint for parameter 'name'. Value does not match the "
                           "expected regular expression ([A-Za-z0-9_-]+)"));
 }

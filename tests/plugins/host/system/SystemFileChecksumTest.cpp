@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "plugins/host/HostCall.h"
+#include "plugins/host/support/HostCall.h"
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
@@ -22,9 +22,9 @@ TEST(SystemFileChecksumTest, AgreesWithOpenssl) {
   const std::string first = folder.Write("first", "what do ya want for nothing?");
   const std::string second = folder.Write("second", "");
   for (const std::string bits : {"256", "384", "512"}) {
-    const auto records = CallHost("system file checksum",
-                                  {{"file", first}, {"f", second}, {"key", "Jefe"}, {"bits", bits}})
-                             .GetRecords();
+    const auto records = Call("system file checksum",
+                              {{"file", first}, {"f", second}, {"key", "Jefe"}, {"bits", bits}})
+                             .GetStructs();
     ASSERT_EQ(records.size(), 2u);
     EXPECT_EQ(FieldOf(records, "File"), (std::vector<std::string>{first, second}));
     EXPECT_EQ(FieldOf(records, "Size"), (std::vector<std::string>{"28", "0"}));
@@ -38,14 +38,14 @@ TEST(SystemFileChecksumTest, AgreesWithOpenssl) {
 TEST(SystemFileChecksumTest, PrintsChecksumAndFile) {
   const ScopedTempDir folder;
   const std::string path = folder.Write("data", "what do ya want for nothing?");
-  EXPECT_THAT(PrintHost("system file checksum", {{"file", path}, {"key", "Jefe"}}, 80),
+  EXPECT_THAT(Print("system file checksum", {{"file", path}, {"key", "Jefe"}}, 80),
               HasSubstr("5bdcc146bf60754e6a042426089575c75a003f089d2739839dec58b964ec3843  " +
                         path + "\n"));
 }
 
 TEST(SystemFileChecksumTest, RefusesOtherValues) {
   const auto errors = [](const Parameters& parameters) {
-    return CallHost("system file checksum", parameters).GetErrors();
+    return Call("system file checksum", parameters).GetErrors();
   };
   EXPECT_THAT(errors({{"file", "/etc/hostname"}, {"key", "k"}, {"bits", "128"}}),
               ElementsAre("Invalid data constraint for parameter 'bits'. Expected a single value "

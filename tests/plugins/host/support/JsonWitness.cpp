@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "plugins/host/JsonWitness.h"
+#include "plugins/host/support/JsonWitness.h"
 
 #include <boost/property_tree/json_parser.hpp>
 #include <sstream>

@@ -1,39 +1,16 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "plugins/host/Rows.h"
+#include "plugins/host/support/Rows.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <iterator>
 
+#include "plugins/host/frame/HexDigits.h"
+
 namespace Kestrel::Testing {
-
-Row ToRow(const MetaObj::MetaStruct& record) {
-  Row row;
-  for (const std::string& name : record.GetFieldNames()) {
-    row[name] = record.GetField(name)->ToString();
-  }
-  return row;
-}
-
-std::vector<Row> CallRows(const std::string& path, const Parameters& parameters) {
-  std::vector<Row> rows;
-  for (const auto& record : CallHost(path, parameters).GetRecords()) {
-    rows.push_back(ToRow(*record));
-  }
-  return rows;
-}
-
-std::vector<std::string> CallColumn(const std::string& path, const std::string& field,
-                                    const Parameters& parameters) {
-  std::vector<std::string> column;
-  for (const Row& row : CallRows(path, parameters)) {
-    column.push_back(row.at(field));
-  }
-  return column;
-}
 
 std::vector<Row> OnlyFields(const std::vector<Row>& rows, const std::vector<std::string>& fields) {
   std::vector<Row> reduced;
@@ -55,14 +32,14 @@ std::vector<Row> Filter(const std::vector<Row>& rows,
 }
 
 std::string Shown(const std::string& text) {
-  constexpr char kDigits[] = "0123456789abcdef";
   std::string shown;
   for (const char letter : text) {
     const auto byte = static_cast<unsigned char>(letter);
     if (byte >= 0x20 && byte != 0x7f) {
       shown += letter;
     } else {
-      shown.append("\\x").append(1, kDigits[byte >> 4]).append(1, kDigits[byte & 15]);
+      shown += "\\x";
+      Host::AppendHexDigits(byte, shown);
     }
   }
   return shown;

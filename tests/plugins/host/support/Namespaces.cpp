@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "plugins/host/network/Namespaces.h"
+#include "plugins/host/support/Namespaces.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

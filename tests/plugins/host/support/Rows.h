@@ -4,26 +4,12 @@
 #pragma once
 
 #include <functional>
-#include <map>
 #include <string>
 #include <vector>
 
-#include "plugins/host/HostCall.h"
+#include "plugins/support/CommandCall.h"
 
 namespace Kestrel::Testing {
-
-/// A record with its values as text.
-using Row = std::map<std::string, std::string>;
-
-/// A record's values as text.
-Row ToRow(const MetaObj::MetaStruct& record);
-
-/// The records that a command lists; the call must succeed.
-std::vector<Row> CallRows(const std::string& path, const Parameters& parameters = {});
-
-/// The values that the listed records have in a field.
-std::vector<std::string> CallColumn(const std::string& path, const std::string& field,
-                                    const Parameters& parameters = {});
 
 /// The rows with those fields alone.
 std::vector<Row> OnlyFields(const std::vector<Row>& rows, const std::vector<std::string>& fields);

@@ -1,0 +1,77 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "plugins/host/support/HostRun.h"
+#include "support/Golden.h"
+#include "support/Witness.h"
+
+// The help pages of all commands on a screen of 80 columns.
+namespace Kestrel::Testing {
+namespace {
+
+using ::testing::Each;
+using ::testing::Le;
+
+class HostHelpTest : public ::testing::TestWithParam<const char*> {
+ protected:
+  // The command's path, which has spaces between its words, with another separator.
+  static std::string Path(const char* path, const char* separator) {
+    std::string joined;
+    for (const std::string& word : WordsIn(path)) {
+      joined += (joined.empty() ? "" : separator) + word;
+    }
+    return joined;
+  }
+
+  static VexilResult Help() {
+    std::vector<std::string> arguments = WordsIn(GetParam());
+    arguments.emplace_back("--help");
+    return HostRun(arguments).Run();
+  }
+};
+
+TEST_P(HostHelpTest, IsAPage) {
+  const VexilResult result = Help();
+  EXPECT_THAT(result.out, MatchesGolden("host/" + Path(GetParam(), "-") + "-help"));
+  EXPECT_EQ(result.err, "");
+  EXPECT_EQ(result.status, 0);
+}
+
+// An example is printed on one line, whatever its length.
+TEST_P(HostHelpTest, FitsTheScreenUpToItsExamples) {
+  std::string page = Help().out;
+  ASSERT_NE(page.find("Examples: "), std::string::npos);
+  page.erase(page.find("Examples: "));
+  std::vector<std::size_t> lengths;
+  for (std::size_t start = 0; start < page.size(); start = page.find('\n', start) + 1) {
+    lengths.push_back(page.find('\n', start) - start);
+  }
+  EXPECT_THAT(lengths, Each(Le(80u)));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Commands, HostHelpTest,
+    ::testing::Values("system account groups", "system account list", "system cpu count",
+                      "system cpu list", "system load get", "system memory get",
+                      "system module check", "system module list", "system parameter get",
+                      "system parameter list", "system parameter set", "system process list",
+                      "system session list", "system uptime get", "system version get",
+                      "storage device list", "storage filesystem list", "storage mount list",
+                      "network address list", "network connection list", "network counter list",
+                      "network interface get", "network interface list", "network neighbor list",
+                      "network route list", "log kernel list", "log list"),
+    [](const auto& row) {
+      std::string name = row.param;
+      name.erase(std::remove(name.begin(), name.end(), ' '), name.end());
+      return name;
+    });
+
+}  // namespace
+}  // namespace Kestrel::Testing

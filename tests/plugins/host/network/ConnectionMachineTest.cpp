@@ -1,0 +1,142 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "plugins/host/support/HostCall.h"
+#include "plugins/host/support/MadeUpMachine.h"
+
+// The list of connections on a machine whose sockets are in the test.
+namespace Kestrel::Testing {
+namespace {
+
+using ::testing::ElementsAre;
+
+class ConnectionMachineTest : public MadeUpMachineTest {
+ protected:
+  ConnectionMachineTest() {
+    File("proc/net/tcp",
+         "  sl  local_address rem_address   st\n"
+         "   0: 0100007F:0016 00000000:0000 0A 00000000:00000003 00:00000000 00000000  1000 0 11\n"
+         "   1: 050200C0:C001 090200C0:01BB 01 0000000A:0000000B 02:000A7214 00000000     0 0 12\n"
+         "   2: 050200C0:C002 090200C0:01BB 06 00000000:00000000 03:000A7214 00000000     0 0 0\n"
+         "   damaged line\n");
+    File("proc/net/tcp6",
+         "   0: 00000000000000000000000001000000:0016 00000000000000000000000000000000:0000 0A "
+         "00000000:00000000 00:00000000 00000000     0 0 13\n");
+    File("proc/net/udp",
+         "   0: 00000000:0035 00000000:0000 07 00000000:00000000 00:00000000 00000000   101 0 14\n");
+    File("proc/net/unix",
+         "Num       RefCount Protocol Flags    Type St Inode Path\n"
+         "0000000000000000: 00000002 00000000 00010000 0001 01 15 /run/a b\x1b\n"
+         "0000000000000000: 00000003 00000000 00000000 0002 03 16\n");
+    Link("proc/20/fd/3", "socket:[11]");
+    Link("proc/20/fd/4", "socket:[15]");
+    Link("proc/7/fd/9", "socket:[11]");
+    Link("proc/8/fd/0", "/dev/null");
+  }
+
+  static std::vector<std::string> Inodes(const Parameters& parameters) {
+    return CallColumn("network connection list", "Inode", parameters);
+  }
+};
+
+TEST_F(ConnectionMachineTest, ListsConnections) {
+  ExpectPrinted("network connection list",
+                "Protocol  State        Local            Remote         Processes\n"
+                "--------  -----------  ---------------  -------------  ---------\n"
+                "tcp       listen       127.0.0.1:22     0.0.0.0:*      \n"
+                "tcp       established  192.0.2.5:49153  192.0.2.9:443  \n"
+                "tcp       time-wait    192.0.2.5:49154  192.0.2.9:443  \n"
+                "tcp       listen       [::1]:22         [::]:*         \n"
+                "udp       unconnected  0.0.0.0:53       0.0.0.0:*      \n");
+}
+
+TEST_F(ConnectionMachineTest, NamesTheProcessesWhenAsked) {
+  ExpectPrinted("network connection list --all --processes --state listen",
+                "Protocol  State   Local           Remote     Processes\n"
+                "--------  ------  --------------  ---------  ---------\n"
+                "tcp       listen  127.0.0.1:22    0.0.0.0:*  7, 20\n"
+                "tcp       listen  [::1]:22        [::]:*     \n"
+                "unix      listen  /run/a b\\x1b             20\n");
+}
+
+TEST_F(ConnectionMachineTest, ShowsEveryFieldOfASocket) {
+  RunThere([] {
+    EXPECT_THAT(CallRows("network connection list", {{"state", "established"}}),
+                ElementsAre(Row({{"Protocol", "tcp"},
+                                 {"Type", "stream"},
+                                 {"Family", "4"},
+                                 {"State", "established"},
+                                 {"Local", "192.0.2.5:49153"},
+                                 {"Local Address", "192.0.2.5"},
+                                 {"Local Port", "49153"},
+                                 {"Remote", "192.0.2.9:443"},
+                                 {"Remote Address", "192.0.2.9"},
+                                 {"Remote Port", "443"},
+                                 {"Receive Queue", "11"},
+                                 {"Send Queue", "10"},
+                                 {"User Id", "0"},
+                                 {"Inode", "12"},
+                                 {"Processes", ""}})));
+    EXPECT_THAT(CallRows("network connection list", {{"protocol", "unix"}, {"state", "connected"}}),
+                ElementsAre(Row({{"Protocol", "unix"},
+                                 {"Type", "datagram"},
+                                 {"Family", "0"},
+                                 {"State", "connected"},
+                                 {"Local", ""},
+                                 {"Local Address", ""},
+                                 {"Local Port", "0"},
+                                 {"Remote", ""},
+                                 {"Remote Address", ""},
+                                 {"Remote Port", "0"},
+                                 {"Receive Queue", "0"},
+                                 {"Send Queue", "0"},
+                                 {"User Id", "-1"},
+                                 {"Inode", "16"},
+                                 {"Processes", ""}})));
+  });
+}
+
+struct ConnectionFilterCase {
+  const char* name;
+  Parameters parameters;
+  std::vector<std::string> inodes;
+};
+
+const ConnectionFilterCase kConnectionFilters[] = {
+    {"None", {}, {"11", "12", "0", "13", "14"}},
+    {"All", {{"all", ""}}, {"11", "12", "0", "13", "14", "15", "16"}},
+    {"Protocol", {{"protocol", "udp"}}, {"14"}},
+    {"Protocols", {{"protocol", "udp"}, {"protocol", "unix"}}, {"14", "15", "16"}},
+    {"Family4", {{"family", "4"}}, {"11", "12", "0", "14"}},
+    {"Family6", {{"family", "6"}}, {"13"}},
+    {"Family4OfAll", {{"family", "4"}, {"all", ""}}, {"11", "12", "0", "14"}},
+    {"State", {{"state", "listen"}}, {"11", "13"}},
+    {"States", {{"state", "time-wait"}, {"state", "unconnected"}}, {"0", "14"}},
+    {"StateOfNone", {{"state", "closing"}}, {}},
+    {"LocalPort", {{"port", "22"}}, {"11", "13"}},
+    {"RemotePort", {{"port", "443"}}, {"12", "0"}},
+    {"Ports", {{"port", "53"}, {"port", "49154"}}, {"0", "14"}},
+    {"PortOfNone", {{"port", "80"}}, {}},
+    {"AllTogether", {{"protocol", "tcp"}, {"family", "4"}, {"port", "22"}, {"state", "listen"}},
+     {"11"}},
+    {"NothingInCommon", {{"protocol", "udp"}, {"state", "listen"}}, {}},
+};
+
+class ConnectionFilterTest : public ConnectionMachineTest,
+                             public ::testing::WithParamInterface<ConnectionFilterCase> {};
+
+TEST_P(ConnectionFilterTest, ListsTheSockets) {
+  RunThere([] { EXPECT_EQ(Inodes(GetParam().parameters), GetParam().inodes); });
+}
+
+INSTANTIATE_TEST_SUITE_P(Filters, ConnectionFilterTest, ::testing::ValuesIn(kConnectionFilters),
+                         [](const auto& test) { return test.param.name; });
+
+}  // namespace
+}  // namespace Kestrel::Testing

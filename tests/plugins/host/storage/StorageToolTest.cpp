@@ -1,0 +1,56 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
+
+#include <string>
+
+#include "plugins/host/support/HostCall.h"
+#include "plugins/host/support/HostRun.h"
+#include "plugins/host/support/Namespaces.h"
+#include "support/Golden.h"
+#include "support/Witness.h"
+
+// The commands below "storage" as a person sees them.
+namespace Kestrel::Testing {
+namespace {
+
+using ::testing::HasSubstr;
+
+TEST(StorageToolTest, ASilentFileSystemDoesNotHoldUpTheTool) {
+  const VexilResult result =
+      HostRun({"--format-param", "fields:StorageFilesystem=Status,Size,Mount Point", "storage",
+               "filesystem", "list", "--timeout", "1"})
+          .WithEnvironment("LD_PRELOAD", KESTREL_BLOCKED_STATVFS)
+          .WithEnvironment("KESTREL_SILENT_PATHS", "/")
+          // The sanitizer would have its own library stand first.
+          .WithEnvironment("ASAN_OPTIONS", "verify_asan_link_order=0")
+          .Run();
+  EXPECT_THAT(result.out, HasSubstr("\nno answer  "));
+  EXPECT_THAT(result.out, HasSubstr(" 0 MiB  /\n"));
+  EXPECT_THAT(result.out, HasSubstr("\nok         "));
+  EXPECT_EQ(result.err, "");
+  EXPECT_EQ(result.status, 0);
+}
+
+TEST(StorageToolTest, PrintsMountsAndFileSystems) {
+  const std::string refusal = RunInNamespaces(CLONE_NEWNS, [] {
+    ASSERT_EQ(::mount("outer", "/mnt", "tmpfs", 0, "size=64k"), 0);
+    Witness("mkdir '/mnt/a b'");
+    ASSERT_EQ(::mount("inner", "/mnt/a b", "tmpfs", MS_RDONLY, "size=2m"), 0);
+    EXPECT_THAT(Print("storage mount list", {{"below", "/mnt"}}, 80),
+                MatchesGolden("host/storage-mount-list"));
+    const std::string filesystems = Print("storage filesystem list", {{"type", "tmpfs"}}, 80);
+    EXPECT_THAT(filesystems, HasSubstr("  ok      /mnt\n"));
+    EXPECT_THAT(filesystems, HasSubstr("  ok      /mnt/a b\n"));
+  });
+  if (!refusal.empty()) {
+    GTEST_SKIP() << refusal;
+  }
+}
+
+}  // namespace
+}  // namespace Kestrel::Testing

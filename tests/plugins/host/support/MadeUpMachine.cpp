@@ -1,0 +1,60 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "plugins/host/support/MadeUpMachine.h"
+
+#include <sched.h>
+#include <sys/mount.h>
+#include <unistd.h>
+
+#include "kestrel/autocli/OptionParser.h"
+#include "plugins/host/support/HostCall.h"
+#include "plugins/host/support/Namespaces.h"
+#include "support/Sanitizer.h"
+
+namespace Kestrel::Testing {
+
+MadeUpMachineTest::MadeUpMachineTest() {
+  for (const char* const name : {"proc", "run", "sys"}) {
+    Folder(name);
+  }
+}
+
+void MadeUpMachineTest::Link(const std::string& path, const std::string& target) {
+  Folder(path.substr(0, path.rfind('/')));
+  EXPECT_EQ(::symlink(target.c_str(), files_.GetPath(path).c_str()), 0) << path;
+}
+
+void MadeUpMachineTest::RunThere(const std::function<void()>& body) const {
+  if (kIsSanitized) {
+    GTEST_SKIP() << "the sanitizer needs files of its own in /proc";
+  }
+  GetDispatcher();  // loads the plug-in while the machine is still the real one
+  const std::string refusal = RunInNamespaces(CLONE_NEWNS, [this, &body] {
+    for (const char* const name : {"proc", "run", "sys"}) {
+      ASSERT_EQ(::mount(files_.GetPath(name).c_str(), (std::string("/") + name).c_str(), nullptr,
+                        MS_BIND, nullptr),
+                0)
+          << name;
+    }
+    body();
+  });
+  if (!refusal.empty()) {
+    GTEST_SKIP() << refusal;
+  }
+}
+
+void MadeUpMachineTest::ExpectPrinted(const std::string& commandLine,
+                                      const std::string& printed) const {
+  RunThere([&] {
+    AutoCli::OptionParser parser;
+    parser.ParseString(commandLine);
+    std::string path;
+    for (const std::string& word : parser.GetCommandPath()) {
+      path += (path.empty() ? "" : " ") + word;
+    }
+    EXPECT_EQ(Print(path, parser.GetCommandParameters(), 80), printed) << commandLine;
+  });
+}
+
+}  // namespace Kestrel::Testing

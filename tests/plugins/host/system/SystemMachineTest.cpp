@@ -1,0 +1,456 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "plugins/host/support/HostCall.h"
+#include "plugins/host/support/MadeUpMachine.h"
+
+// The commands below "system" on a machine whose data is in the test: what they print, byte for
+// byte, and what each filter lists.
+namespace Kestrel::Testing {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class SystemMachineTest : public MadeUpMachineTest {
+ protected:
+  // Started at 2023-11-14 22:13:20 UTC, two days and some hours ago.
+  SystemMachineTest() {
+    File("proc/uptime", "187384.99 360000.50\n");
+    File("proc/stat", "cpu  1 2 3\nbtime 1700000000\nprocesses 5\n");
+    File("proc/loadavg", "0.46 12.00 0.32 2/95 25897\n");
+    File("proc/meminfo",
+         "MemTotal:       16384000 kB\nMemFree:  1000 kB\nMemAvailable:  12000000 kB\n"
+         "Buffers: 20 kB\nCached: 300 kB\nSReclaimable: 4 kB\nShmem: 5 kB\nSwapTotal: 2000 kB\n"
+         "SwapFree: 1500 kB\n");
+  }
+
+  // A process whose numbers the test does not look at are 0.
+  struct Sample {
+    long id = 0;
+    std::string name;
+    std::string arguments;
+    char state = 'S';
+    long parent = 1;
+    long user = 0;
+    long flags = 0;
+    long ticks = 0;
+    long startTicks = 0;
+    long memory = 0;
+  };
+
+  void AddProcess(const Sample& sample) {
+    const std::string folder = "proc/" + std::to_string(sample.id);
+    File(folder + "/stat", std::to_string(sample.id) + " (" + sample.name + ") " + sample.state +
+                               " " + std::to_string(sample.parent) + " 1 1 34818 1 " +
+                               std::to_string(sample.flags) + " 1 2 3 4 " +
+                               std::to_string(sample.ticks) + " 0 0 0 20 0 1 0 " +
+                               std::to_string(sample.startTicks) + " 4194304 0 0\n");
+    File(folder + "/status", "Name:\tx\nUid:\t0\t" + std::to_string(sample.user) +
+                                 "\t0\t0\nVmRSS:\t" + std::to_string(sample.memory) + " kB\n");
+    File(folder + "/cmdline", sample.arguments);
+  }
+
+  void AddSampleProcesses() {
+    AddProcess({1, "init", std::string("/sbin/init\0--now\0", 17), 'S', 0, 0, 0, 500, 0, 9000});
+    AddProcess({2, "kthreadd", "", 'I', 0, 0, 0x00200000, 0, 0, 0});
+    AddProcess({30, "server", "server: idle", 'S', 1, 4000000000, 0, 9000, 100, 70000});
+    AddProcess({31, "worker", "server: busy", 'R', 30, 4000000000, 0, 8640000, 200, 50});
+    AddProcess({100, "a\n(b)", "", 'Z', 1, 0, 0, 0, 0, 0});
+  }
+
+  // The numbers of the processes that a call lists, in its order.
+  static std::vector<std::string> Ids(const Parameters& parameters) {
+    return CallColumn("system process list", "Id", parameters);
+  }
+};
+
+TEST_F(SystemMachineTest, ShowsTheLoad) {
+  ExpectPrinted("system load get",
+                "SystemLoad:\n"
+                "   One Minute     : 0.46\n"
+                "   Five Minutes   : 12.00\n"
+                "   Fifteen Minutes: 0.32\n"
+                "   Running        : 2\n"
+                "   Tasks          : 95\n");
+}
+
+TEST_F(SystemMachineTest, ShowsTheMemory) {
+  ExpectPrinted("system memory get",
+                "SystemMemory:\n"
+                "   Physical: \n"
+                "         Total    : 16384000 KiB\n"
+                "         Used     : 4384000 KiB\n"
+                "         Free     : 1000 KiB\n"
+                "         Shared   : 5 KiB\n"
+                "         Buffers  : 20 KiB\n"
+                "         Cached   : 304 KiB\n"
+                "         Available: 12000000 KiB\n"
+                "   Swap    : \n"
+                "         Total: 2000 KiB\n"
+                "         Used : 500 KiB\n"
+                "         Free : 1500 KiB\n");
+}
+
+TEST_F(SystemMachineTest, ShowsTheUptime) {
+  RunThere([] {
+    const Row row = CallStruct("system uptime get");
+    EXPECT_EQ(row.at("Up"), "2-04:03:04");
+    EXPECT_EQ(row.at("Seconds"), "187384");
+    EXPECT_EQ(row.at("Idle Seconds"), "360000");
+    EXPECT_THAT(row.at("Started"), ::testing::StartsWith("2023-11-1"));
+  });
+}
+
+TEST_F(SystemMachineTest, ReportsStatisticsThatMakeNoSense) {
+  File("proc/loadavg", "0.46 12.00\n");
+  File("proc/uptime", "long\n");
+  File("proc/meminfo", "MemTotal: 1 kB\n");
+  RunThere([] {
+    EXPECT_THAT(CallErrors("system load get"),
+                ElementsAre("Error on command system load get : Unable to understand "
+                            "/proc/loadavg"));
+    EXPECT_THAT(CallErrors("system uptime get"),
+                ElementsAre("Error on command system uptime get : Unable to understand "
+                            "/proc/uptime"));
+    EXPECT_THAT(CallErrors("system memory get"),
+                ElementsAre("Error on command system memory get : Unable to understand "
+                            "/proc/meminfo"));
+  });
+}
+
+// Processors.
+
+class CpuMachineTest : public SystemMachineTest {
+ protected:
+  CpuMachineTest() {
+    File("proc/cpuinfo",
+         "processor\t: 0\nvendor_id\t: Maker\nmodel name\t: Model A\ncpu MHz\t\t: 2596.146\n\n"
+         "processor\t: 1\nvendor_id\t: Maker\nmodel name\t: Model A\x1b[2J\ncpu MHz\t\t: 800\n");
+    const std::string folder = "sys/devices/system/cpu";
+    File(folder + "/present", "0-2\n");
+    File(folder + "/online", "0-1\n");
+    for (const char* const cpu : {"/cpu0", "/cpu1"}) {
+      File(folder + cpu + "/topology/physical_package_id", "0\n");
+      File(folder + cpu + "/topology/core_id", "4\n");
+      File(folder + cpu + "/topology/thread_siblings_list", "0-1\n");
+      Folder(folder + cpu + "/node7");
+    }
+  }
+
+  static std::vector<std::string> Numbers(const Parameters& parameters) {
+    return CallColumn("system cpu list", "Number", parameters);
+  }
+};
+
+TEST_F(CpuMachineTest, ListsProcessors) {
+  ExpectPrinted("system cpu list",
+                "Number  Online  Node  Socket  Core  Siblings  Frequency  Model\n"
+                "------  ------  ----  ------  ----  --------  ---------  -----\n"
+                "     0    true     7       0     4  0, 1       2596 MHz  Model A\n"
+                "     1    true     7       0     4  0, 1        800 MHz  Model A\\x1b[2J\n"
+                "     2   false    -1      -1    -1               -1 MHz  \n");
+}
+
+TEST_F(CpuMachineTest, FiltersByNumberAndState) {
+  RunThere([] {
+    EXPECT_THAT(Numbers({}), ElementsAre("0", "1", "2"));
+    EXPECT_THAT(Numbers({{"number", "2"}, {"number", "0"}}), ElementsAre("0", "2"));
+    EXPECT_THAT(Numbers({{"online", "false"}}), ElementsAre("2"));
+    EXPECT_THAT(Numbers({{"online", "true"}}), ElementsAre("0", "1"));
+    EXPECT_THAT(Numbers({{"online", "true"}, {"online", "false"}}), ElementsAre("0", "1", "2"));
+    EXPECT_THAT(Numbers({{"online", "true"}, {"number", "2"}}), IsEmpty());
+  });
+}
+
+TEST_F(CpuMachineTest, CountsProcessors) {
+  ExpectPrinted("system cpu count", "2\n");
+  ExpectPrinted("system cpu count --all", "3\n");
+}
+
+TEST_F(CpuMachineTest, ASetThatNoKernelWritesEndsTheCall) {
+  File("sys/devices/system/cpu/present", "9223372036854775806-9223372036854775807,0\n");
+  RunThere([] {
+    EXPECT_THAT(Numbers({}), ElementsAre("9223372036854775806", "9223372036854775807", "0"));
+  });
+}
+
+// Modules.
+
+class ModuleMachineTest : public SystemMachineTest {
+ protected:
+  ModuleMachineTest() {
+    File("proc/modules",
+         "snd_timer 49152 2 snd_seq,snd_pcm, Live 0x0\n"
+         "loop 40960 0 - Live 0x0\n"
+         "fixed 4096 - - Live 0x0\n"
+         "going 8192 1 [permanent], Unloading 0x0\n"
+         "damaged\n");
+    Folder("sys/module/built_in");
+    File("sys/module/no_folder", "");
+  }
+
+  static std::string Check(const std::string& name) {
+    return CallText("system module check", {{"name", name}});
+  }
+};
+
+TEST_F(ModuleMachineTest, ListsModulesByName) {
+  ExpectPrinted("system module list",
+                "Name       Size     References  State      Used By\n"
+                "---------  -------  ----------  ---------  -------\n"
+                "fixed       4096 B          -1  Live       \n"
+                "going       8192 B           1  Unloading  \n"
+                "loop       40960 B           0  Live       \n"
+                "snd_timer  49152 B           2  Live       snd_seq, snd_pcm\n");
+}
+
+TEST_F(ModuleMachineTest, ListsModulesThatNothingNeeds) {
+  RunThere([] {
+    EXPECT_THAT(CallColumn("system module list", "Name", {{"unused", ""}}), ElementsAre("loop"));
+  });
+}
+
+TEST_F(ModuleMachineTest, FindsLoadedAndBuiltInModules) {
+  RunThere([] {
+    EXPECT_EQ(Check("loop"), "true");
+    EXPECT_EQ(Check("snd-timer"), "true") << "a dash is an underscore";
+    EXPECT_EQ(Check("built-in"), "true");
+    EXPECT_EQ(Check("no_folder"), "false");
+    EXPECT_EQ(Check("loo"), "false");
+  });
+}
+
+// Processes.
+
+TEST_F(SystemMachineTest, ListsProcessesByNumber) {
+  AddSampleProcesses();
+  ExpectPrinted("system process list",
+                " Id  Parent  User        State     Resident   Time        Name\n"
+                "---  ------  ----------  --------  ---------  ----------  --------\n"
+                "  1       0  root        sleeping   9000 KiB    00:00:05  init\n"
+                "  2       0  root        idle          0 KiB    00:00:00  kthreadd\n"
+                " 30       1  4000000000  sleeping  70000 KiB    00:01:30  server\n"
+                " 31      30  4000000000  running      50 KiB  1-00:00:00  worker\n"
+                "100       1  root        zombie        0 KiB    00:00:00  a\\x0a(b)\n");
+}
+
+TEST_F(SystemMachineTest, ShowsEveryFieldOfAProcess) {
+  AddSampleProcesses();
+  RunThere([] {
+    const std::vector<Row> rows = CallRows("system process list", {{"id", "31"}});
+    ASSERT_EQ(rows.size(), 1u);
+    Row row = rows[0];
+    EXPECT_THAT(row.at("Started"), ::testing::StartsWith("2023-11-1"));
+    row.erase("Started");
+    EXPECT_EQ(row, Row({{"Id", "31"},
+                        {"Parent", "30"},
+                        {"User", "4000000000"},
+                        {"State", "running"},
+                        {"Threads", "1"},
+                        {"Nice", "0"},
+                        {"Virtual", "4096"},
+                        {"Resident", "50"},
+                        {"Time", "1-00:00:00"},
+                        {"Seconds", "86400"},
+                        {"Terminal", "pts/2"},
+                        {"Kernel", "false"},
+                        {"Name", "worker"},
+                        {"Command", "server: busy"}}));
+  });
+}
+
+TEST_F(SystemMachineTest, NamesAProcessWithoutArgumentsInBrackets) {
+  AddSampleProcesses();
+  RunThere([] {
+    EXPECT_THAT(CallColumn("system process list", "Command"),
+                ElementsAre("/sbin/init --now", "[kthreadd]", "server: idle", "server: busy",
+                            "[a\\x0a(b)]"));
+  });
+}
+
+struct ProcessFilterCase {
+  const char* name;
+  Parameters parameters;
+  std::vector<std::string> ids;
+};
+
+const ProcessFilterCase kProcessFilters[] = {
+    {"None", {}, {"1", "2", "30", "31", "100"}},
+    {"Id", {{"id", "30"}}, {"30"}},
+    {"Ids", {{"id", "100"}, {"id", "2"}, {"id", "77"}}, {"2", "100"}},
+    {"UserName", {{"user", "root"}}, {"1", "2", "100"}},
+    {"UserNumber", {{"user", "0"}}, {"1", "2", "100"}},
+    {"UserWithoutAccount", {{"user", "4000000000"}}, {"30", "31"}},
+    {"Users", {{"user", "nobody at all"}, {"user", "4000000000"}}, {"30", "31"}},
+    {"State", {{"state", "running"}}, {"31"}},
+    {"States", {{"state", "zombie"}, {"state", "idle"}}, {"2", "100"}},
+    {"StateOfNone", {{"state", "traced"}}, {}},
+    {"NameExpression", {{"name", "^(init|worker)$"}}, {"1", "31"}},
+    {"NameExpressionWithin", {{"name", "er"}}, {"30", "31"}},
+    {"NameExpressionAcrossLines", {{"name", "a\\n\\("}}, {"100"}},
+    {"CommandIsNotLookedAt", {{"name", "server:"}}, {}},
+    {"FullCommand", {{"name", "server:"}, {"full", ""}}, {"30", "31"}},
+    {"FullCommandFallsBackToTheName", {{"name", "^kthreadd$"}, {"full", ""}}, {"2"}},
+    {"FullWithoutExpression", {{"full", ""}}, {"1", "2", "30", "31", "100"}},
+    {"MinimumMemory", {{"min-memory", "9000"}}, {"1", "30"}},
+    {"MinimumMemoryOfNone", {{"min-memory", "70001"}}, {}},
+    {"NoKernelThreads", {{"kernel-threads", "false"}}, {"1", "30", "31", "100"}},
+    {"KernelThreads", {{"kernel-threads", "true"}}, {"1", "2", "30", "31", "100"}},
+    {"SortedByMemory", {{"sort", "memory"}}, {"30", "1", "31", "2", "100"}},
+    {"SortedByTime", {{"sort", "time"}}, {"31", "30", "1", "2", "100"}},
+    {"SortedByName", {{"sort", "name"}}, {"100", "1", "2", "30", "31"}},
+    {"SortedById", {{"sort", "id"}}, {"1", "2", "30", "31", "100"}},
+    {"AllTogether",
+     {{"user", "4000000000"}, {"state", "sleeping"}, {"min-memory", "60000"}, {"sort", "time"}},
+     {"30"}},
+    {"NothingInCommon", {{"user", "root"}, {"id", "31"}}, {}},
+};
+
+class ProcessFilterTest : public SystemMachineTest,
+                          public ::testing::WithParamInterface<ProcessFilterCase> {};
+
+TEST_P(ProcessFilterTest, ListsTheProcesses) {
+  AddSampleProcesses();
+  RunThere([] { EXPECT_EQ(Ids(GetParam().parameters), GetParam().ids); });
+}
+
+INSTANTIATE_TEST_SUITE_P(Filters, ProcessFilterTest, ::testing::ValuesIn(kProcessFilters),
+                         [](const auto& test) { return test.param.name; });
+
+TEST_F(SystemMachineTest, LeavesOutProcessesThatVanish) {
+  AddSampleProcesses();
+  Folder("proc/55");
+  File("proc/56/stat", "56 (cut");
+  File("proc/56/status", "Uid:\t0\t0\t0\t0\n");
+  File("proc/56/cmdline", "");
+  RunThere([] { EXPECT_THAT(Ids({}), ElementsAre("1", "2", "30", "31", "100")); });
+}
+
+TEST_F(SystemMachineTest, ReportsThatThereIsNoProcess) {
+  RunThere([] {
+    EXPECT_THAT(CallErrors("system process list"),
+                ElementsAre("Error on command system process list : Unable to find any process in "
+                            "/proc"));
+  });
+}
+
+TEST_F(SystemMachineTest, AProcessAtTheLimitsOf64BitsIsListed) {
+  AddProcess({7, "huge", "", 'S', 1, 0, 0, 9223372036854775807, 9223372036854775807,
+              9223372036854775807});
+  RunThere([] {
+    const Row row = CallRows("system process list").at(0);
+    EXPECT_EQ(row.at("Resident"), "9223372036854775807");
+    EXPECT_EQ(row.at("Seconds"), "92233720368547758");
+  });
+}
+
+// Parameters of the kernel.
+
+class ParameterMachineTest : public SystemMachineTest {
+ protected:
+  ParameterMachineTest() {
+    File("proc/sys/vm/swappiness", "60\n");
+    File("proc/sys/vm/overcommit_ratio", "50\n");
+    File("proc/sys/net/ipv4/tcp_rmem", "4096\t131072\t6291456\n");
+    File("proc/sys/net/ipv4/conf/eth0.1/mtu", "1400\n");
+    File("proc/sys/kernel/motd", "one\ntwo\n");
+    File("proc/sys/kernel/escape", "\x1b[2J\n");
+  }
+
+  static std::vector<std::string> Names(const Parameters& parameters) {
+    return CallColumn("system parameter list", "Name", parameters);
+  }
+};
+
+TEST_F(ParameterMachineTest, ListsParametersByName) {
+  ExpectPrinted("system parameter list",
+                "Name                      Value\n"
+                "------------------------  -------------------\n"
+                "kernel.escape             \\x1b[2J\n"
+                "kernel.motd               one two\n"
+                "net.ipv4.conf.eth0/1.mtu  1400\n"
+                "net.ipv4.tcp_rmem         4096 131072 6291456\n"
+                "vm.overcommit_ratio       50\n"
+                "vm.swappiness             60\n");
+}
+
+TEST_F(ParameterMachineTest, FiltersParameters) {
+  RunThere([] {
+    EXPECT_THAT(Names({{"under", "vm"}}), ElementsAre("vm.overcommit_ratio", "vm.swappiness"));
+    EXPECT_THAT(Names({{"under", "vm.swappiness"}}), ElementsAre("vm.swappiness"));
+    EXPECT_THAT(Names({{"under", "vm.swap"}}), IsEmpty()) << "a part of a name is no group";
+    EXPECT_THAT(Names({{"under", "net/ipv4/conf/eth0.1"}}),
+                ElementsAre("net.ipv4.conf.eth0/1.mtu"));
+    EXPECT_THAT(Names({{"name", "^net.*m"}, {"under", "net.ipv4.conf"}}),
+                ElementsAre("net.ipv4.conf.eth0/1.mtu"));
+    EXPECT_THAT(Names({{"name", "[0-9]$"}}), IsEmpty());
+    EXPECT_EQ(Names({{"writable", ""}}).size(), 6u);
+  });
+}
+
+TEST_F(ParameterMachineTest, ShowsAValueAsTheKernelWritesIt) {
+  ExpectPrinted("system parameter get --name=net.ipv4.tcp_rmem", "4096\t131072\t6291456\n");
+  ExpectPrinted("system parameter get --name=kernel.motd", "one\ntwo\n");
+  ExpectPrinted("system parameter get --name=kernel.escape", "\\x1b[2J\n");
+  ExpectPrinted("system parameter get --name=net.ipv4.conf.eth0/1.mtu", "1400\n");
+  ExpectPrinted("system parameter get --name=net/ipv4/conf/eth0.1/mtu", "1400\n");
+}
+
+TEST_F(ParameterMachineTest, ChangesAValue) {
+  ExpectPrinted("system parameter set --name=vm.swappiness --value=10",
+                "vm.swappiness:\n   Before: 60\n   After : 10\n");
+  ExpectPrinted("system parameter get --name=vm.swappiness", "10\n");
+}
+
+TEST_F(ParameterMachineTest, NothingLeadsOutOfTheFolderOfParameters) {
+  File("proc/secret", "x\n");
+  RunThere([] {
+    EXPECT_THAT(CallErrors("system parameter get", {{"name", "no.such"}}),
+                ElementsAre("Error on command system parameter get : There is no parameter "
+                            "'no.such'"));
+    EXPECT_THAT(CallErrors("system parameter get", {{"name", "vm"}}),
+                ElementsAre("Error on command system parameter get : 'vm' is a group of "
+                            "parameters"));
+    EXPECT_THAT(CallErrors("system parameter set", {{"name", "vm"}, {"value", "1"}}),
+                ElementsAre("Error on command system parameter set : 'vm' is a group of "
+                            "parameters"));
+  });
+}
+
+// Sessions.
+
+TEST_F(SystemMachineTest, ListsTheSessionsOfTheLoginService) {
+  File("run/systemd/sessions/2",
+       "UID=0\nUSER=root\nTTY=tty1\nCLASS=user\nLEADER=80\nREALTIME=1700000200000000\n");
+  File("run/systemd/sessions/1",
+       "USER=anna\nTTY=pts/0\nREMOTE_HOST=203.0.113.9\nCLASS=user\nLEADER=77\n"
+       "REALTIME=1700000100999999\n");
+  File("run/systemd/sessions/c1", "USER=gdm\nCLASS=greeter\n");
+  RunThere([] {
+    const std::vector<Row> rows = CallRows("system session list");
+    ASSERT_EQ(rows.size(), 2u);
+    EXPECT_EQ(rows[0].at("User"), "anna") << "the oldest first";
+    EXPECT_EQ(rows[0].at("Terminal"), "pts/0");
+    EXPECT_EQ(rows[0].at("Host"), "203.0.113.9");
+    EXPECT_EQ(rows[0].at("Process"), "77");
+    EXPECT_EQ(rows[1].at("User"), "root");
+    EXPECT_THAT(CallColumn("system session list", "User", {{"user", "root"}}),
+                ElementsAre("root"));
+    EXPECT_THAT(CallColumn("system session list", "User", {{"user", "anna"}, {"user", "root"}}),
+                ElementsAre("anna", "root"));
+  });
+}
+
+TEST_F(SystemMachineTest, ListsNoSessionWhereNobodyNotesThem) {
+  RunThere([] { EXPECT_THAT(CallRows("system session list"), IsEmpty()); });
+}
+
+}  // namespace
+}  // namespace Kestrel::Testing

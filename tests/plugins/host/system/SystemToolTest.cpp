@@ -1,0 +1,180 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <utmpx.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "plugins/host/support/HostRun.h"
+#include "support/PseudoTerminal.h"
+#include "support/Sanitizer.h"
+#include "support/ScopedTempDir.h"
+#include "support/Witness.h"
+
+// The commands below "system" in the real tool.
+namespace Kestrel::Testing {
+namespace {
+
+using ::testing::AnyOf;
+using ::testing::Eq;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+TEST(SystemToolTest, SaysInWordsThatTheRightIsMissing) {
+  const VexilResult result =
+      HostRun({"system", "parameter", "set", "--name=kernel.osrelease", "--value=1"}).Run();
+  // Nobody may change this one, root neither.
+  EXPECT_THAT(
+      result.err,
+      AnyOf(Eq("Errors: \nError on command system parameter set : You do not have the right to "
+               "change the parameter 'kernel.osrelease'; only root does, and some parameters "
+               "nobody may change\n"),
+            Eq("Errors: \nError on command system parameter set : The parameter "
+               "'kernel.osrelease' cannot be changed from here: Read-only file system\n")));
+  EXPECT_EQ(result.out, "");
+  EXPECT_EQ(result.status, 1);
+}
+
+TEST(SystemToolTest, AsksForTheKeyUnseen) {
+  const ScopedTempDir folder;
+  const std::string file = folder.Write("data", "what do ya want for nothing?");
+  PseudoTerminal terminal;
+  terminal.SetSize(200, 24);
+  terminal.Start([&file]() -> int {
+    HostRun({"system", "file", "checksum", "--file=" + file, "--key"}).Exec();
+  });
+  EXPECT_EQ(terminal.ReadUntil("Enter value for 'key': "), "Enter value for 'key': ");
+  EXPECT_FALSE(terminal.IsEchoOn());
+  terminal.Type("Jefe\n");
+  const int status = terminal.WaitForEnd();
+  const std::string screen = terminal.ReadRest();
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+  EXPECT_THAT(screen,
+              HasSubstr("5bdcc146bf60754e6a042426089575c75a003f089d2739839dec58b964ec3843  "));
+  EXPECT_THAT(screen, ::testing::Not(HasSubstr("Jefe")));
+  EXPECT_TRUE(terminal.IsEchoOn());
+}
+
+TEST(SystemToolTest, ReadsTheKeyFromAPipe) {
+  const ScopedTempDir folder;
+  const std::string file = folder.Write("data", "what do ya want for nothing?");
+  const VexilResult result =
+      HostRun({"system", "file", "checksum", "--file", file, "--key"}).WithInput("Jefe\n").Run();
+  EXPECT_THAT(result.out, StartsWith("Enter value for 'key': "));
+  EXPECT_THAT(
+      result.out,
+      HasSubstr("5bdcc146bf60754e6a042426089575c75a003f089d2739839dec58b964ec3843  " + file));
+  EXPECT_EQ(result.status, 0);
+}
+
+TEST(SystemToolTest, WarnsOfAKeyOnTheCommandLineInItsHelp) {
+  const VexilResult result = HostRun({"system", "file", "checksum", "--help"}).Run();
+  EXPECT_THAT(result.out, HasSubstr("WARNING: Providing secret values on the command line is "
+                                    "insecure"));
+}
+
+// A machine that is made up in a mount namespace of its own.
+
+bool CanMakeUpAMachine() { return ::system("unshare --mount true 2>/dev/null") == 0; }
+
+// What a command prints on a machine that `setUp`, lines of the shell, makes up.
+std::string PrintElsewhere(const std::string& setUp, const std::string& command) {
+  return Witness("unshare --mount sh -ec '" + setUp + "\n" + command + "'");
+}
+
+const std::string kTool = std::string(KESTREL_HOST_TOOL) + " --plugin=" + KESTREL_HOST_PLUGIN + " ";
+
+TEST(SystemToolTest, ListsTheSessionsThatWhoLists) {
+  if (!CanMakeUpAMachine()) {
+    GTEST_SKIP() << "a machine can be made up by root alone";
+  }
+  utmpx record = {};
+  record.ut_type = USER_PROCESS;
+  record.ut_pid = ::getpid();
+  record.ut_tv.tv_sec = 1700000100;
+  std::strcpy(record.ut_user, "anna");
+  std::strcpy(record.ut_line, "pts/0");
+  std::strcpy(record.ut_host, "203.0.113.9");
+  const ScopedTempDir folder;
+  const std::string records = folder.Write(
+      "utmp", std::string_view(reinterpret_cast<const char*>(&record), sizeof(record)));
+  const std::string setUp = "mount -t tmpfs none /run; cp " + records + " /run/utmp";
+  const auto who = WordsIn(PrintElsewhere(setUp, "LC_ALL=C who --ips"));
+  ASSERT_EQ(who.size(), 6u);
+  const std::string moment = WordsIn(Witness("date -d @1700000100 \"+%F %T|%b %d %H:%M\""), 1)[0];
+  EXPECT_EQ(moment.substr(moment.find('|') + 1), who[2] + " " + who[3] + " " + who[4] + "\n");
+  EXPECT_EQ(PrintElsewhere(setUp, kTool + "--formatter=simple system session list --user=anna"),
+            "\nSession:\n   User: " + who[0] + "\n   Terminal: " + who[1] +
+                "\n   Started: " + moment.substr(0, moment.find('|')) +
+                "\n   Process: " + std::to_string(::getpid()) + "\n   Host: 203.0.113.9\n\n");
+}
+
+TEST(SystemToolTest, ListsTheModulesOfAnotherMachine) {
+  if (Testing::kIsSanitized) {
+    GTEST_SKIP() << "the sanitizer needs files of its own in /proc";
+  }
+  if (!CanMakeUpAMachine()) {
+    GTEST_SKIP() << "a machine can be made up by root alone";
+  }
+  const ScopedTempDir folder;
+  const std::string modules = folder.Write("modules",
+                                           "snd_timer 49152 2 snd_seq,snd_pcm, Live 0x0\n"
+                                           "loop 40960 0 - Live 0x0\n");
+  const std::string setUp = "mount --bind " + folder.GetPath() + " /proc";
+  EXPECT_EQ(PrintElsewhere(setUp, kTool + "system module list"),
+            "Name       Size     References  State  Used By\n"
+            "---------  -------  ----------  -----  -------\n"
+            "loop       40960 B           0  Live   \n"
+            "snd_timer  49152 B           2  Live   snd_seq, snd_pcm\n");
+  EXPECT_EQ(PrintElsewhere(setUp, kTool + "system module list --unused"),
+            "Name  Size     References  State  Used By\n"
+            "----  -------  ----------  -----  -------\n"
+            "loop  40960 B           0  Live   \n");
+  EXPECT_EQ(PrintElsewhere(setUp, kTool + "system module check --name=snd-timer"), "true\n");
+}
+
+TEST(SystemToolTest, SaysWhatAMachineWithoutProcLacks) {
+  if (Testing::kIsSanitized) {
+    GTEST_SKIP() << "the sanitizer needs files of its own in /proc";
+  }
+  if (!CanMakeUpAMachine()) {
+    GTEST_SKIP() << "a machine can be made up by root alone";
+  }
+  const auto print = [](const std::string& command) {
+    return PrintElsewhere("mount -t tmpfs none /proc; mount -t tmpfs none /sys",
+                          kTool + command + " 2>&1 || true");
+  };
+  const std::string missing = ": No such file or directory\n";
+  EXPECT_EQ(print("system load get"),
+            "Errors: \nError on command system load get : Unable to read /proc/loadavg" + missing);
+  EXPECT_EQ(print("system uptime get"),
+            "Errors: \nError on command system uptime get : Unable to read /proc/uptime" + missing);
+  EXPECT_EQ(
+      print("system memory get"),
+      "Errors: \nError on command system memory get : Unable to read /proc/meminfo" + missing);
+  EXPECT_EQ(print("system process list"),
+            "Errors: \nError on command system process list : Unable to read /proc/stat" + missing);
+  EXPECT_EQ(print("system cpu list"),
+            "Errors: \nError on command system cpu list : Unable to find any processor in "
+            "/sys/devices/system/cpu and /proc/cpuinfo\n");
+  EXPECT_EQ(print("system parameter get --name=vm.swappiness"),
+            "Errors: \nError on command system parameter get : There is no parameter "
+            "'vm.swappiness'\n");
+  EXPECT_EQ(
+      print("system parameter list"),
+      "Errors: \nError on command system parameter list : Unable to read /proc/sys: nothing is "
+      "there\n");
+  EXPECT_EQ(
+      print("system module list"),
+      "Errors: \nError on command system module list : Unable to read /proc: nothing is there\n");
+  EXPECT_THAT(print("system version get"), HasSubstr("   Kernel      : Linux\n"));
+}
+
+}  // namespace
+}  // namespace Kestrel::Testing
