@@ -41,14 +41,8 @@ Row Line(const std::string& time, const std::string& level, const std::string& l
           {"Text", text}};
 }
 
-std::vector<std::string> ErrorsOf(const std::string& path, const Parameters& parameters) {
-  const CommandResult result = Call(path, parameters);
-  EXPECT_EQ(result.output->GetRootObject(), nullptr);
-  return result.GetErrors();
-}
-
 std::string Refused(const std::string& path, const Parameters& parameters) {
-  const auto errors = ErrorsOf(path, parameters);
+  const auto errors = CallErrors(path, parameters);
   return errors.size() == 1 ? errors[0] : ::testing::PrintToString(errors);
 }
 
@@ -207,12 +201,12 @@ TEST_F(LogFileListTest, ReportsMistakes) {
 
 TEST_F(LogFileListTest, ReportsAllMistakesAtOnce) {
   EXPECT_THAT(
-      ErrorsOf(
+      CallErrors(
           "log list",
           {{"file", path_}, {"unit", "ssh"}, {"since", "soon"}, {"level", "loud"}, {"match", "["}}),
       ElementsAre(HasSubstr("'soon'"), HasSubstr("'loud'"), HasSubstr("'['"),
                   HasSubstr("--unit and --file")));
-  EXPECT_THAT(ErrorsOf("log kernel list", {{"since", "soon"}, {"level", "loud"}, {"match", "["}}),
+  EXPECT_THAT(CallErrors("log kernel list", {{"since", "soon"}, {"level", "loud"}, {"match", "["}}),
               ElementsAre(HasSubstr("'soon'"), HasSubstr("'loud'"), HasSubstr("'['")));
 }
 

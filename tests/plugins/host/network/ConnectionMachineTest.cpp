@@ -28,8 +28,9 @@ class ConnectionMachineTest : public MadeUpMachineTest {
     File("proc/net/tcp6",
          "   0: 00000000000000000000000001000000:0016 00000000000000000000000000000000:0000 0A "
          "00000000:00000000 00:00000000 00000000     0 0 13\n");
-    File("proc/net/udp",
-         "   0: 00000000:0035 00000000:0000 07 00000000:00000000 00:00000000 00000000   101 0 14\n");
+    File(
+        "proc/net/udp",
+        "   0: 00000000:0035 00000000:0000 07 00000000:00000000 00:00000000 00000000   101 0 14\n");
     File("proc/net/unix",
          "Num       RefCount Protocol Flags    Type St Inode Path\n"
          "0000000000000000: 00000002 00000000 00010000 0001 01 15 /run/a b\x1b\n"
@@ -58,10 +59,10 @@ TEST_F(ConnectionMachineTest, ListsConnections) {
 
 TEST_F(ConnectionMachineTest, NamesTheProcessesWhenAsked) {
   ExpectPrinted("network connection list --all --processes --state listen",
-                "Protocol  State   Local           Remote     Processes\n"
-                "--------  ------  --------------  ---------  ---------\n"
-                "tcp       listen  127.0.0.1:22    0.0.0.0:*  7, 20\n"
-                "tcp       listen  [::1]:22        [::]:*     \n"
+                "Protocol  State   Local         Remote     Processes\n"
+                "--------  ------  ------------  ---------  ---------\n"
+                "tcp       listen  127.0.0.1:22  0.0.0.0:*  7, 20\n"
+                "tcp       listen  [::1]:22      [::]:*     \n"
                 "unix      listen  /run/a b\\x1b             20\n");
 }
 
@@ -123,7 +124,8 @@ const ConnectionFilterCase kConnectionFilters[] = {
     {"RemotePort", {{"port", "443"}}, {"12", "0"}},
     {"Ports", {{"port", "53"}, {"port", "49154"}}, {"0", "14"}},
     {"PortOfNone", {{"port", "80"}}, {}},
-    {"AllTogether", {{"protocol", "tcp"}, {"family", "4"}, {"port", "22"}, {"state", "listen"}},
+    {"AllTogether",
+     {{"protocol", "tcp"}, {"family", "4"}, {"port", "22"}, {"state", "listen"}},
      {"11"}},
     {"NothingInCommon", {{"protocol", "udp"}, {"state", "listen"}}, {}},
 };

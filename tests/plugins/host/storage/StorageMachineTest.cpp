@@ -70,11 +70,11 @@ TEST_F(StorageMachineTest, ListsDevices) {
   ExpectPrinted("storage device list",
                 "Name        Kind  Size     Read Only  Filesystem  Mount Points\n"
                 "----------  ----  -------  ---------  ----------  ------------\n"
-                "cciss/c0d0  disk    1 MiB      false              \n"
-                "dm-0        lvm     4 MiB      false              /\n"
-                "sda         disk  200 MiB      false              \n"
-                "sda1        part  100 MiB      false  ext4        /srv, /srv/a b\n"
-                "sda2        part    0 MiB       true              \n");
+                "cciss/c0d0  disk    1 MiB  false                  \n"
+                "dm-0        lvm     4 MiB  false                  /\n"
+                "sda         disk  200 MiB  false                  \n"
+                "sda1        part  100 MiB  false      ext4        /srv, /srv/a b\n"
+                "sda2        part    0 MiB  true                   \n");
 }
 
 TEST_F(StorageMachineTest, ShowsEveryFieldOfADevice) {
@@ -147,12 +147,12 @@ TEST_F(StorageMachineTest, ListsMounts) {
   ExpectPrinted("storage mount list",
                 "Type   Read Only  Source               Mount Point\n"
                 "-----  ---------  -------------------  -----------\n"
-                "ext4       false  /dev/mapper/vg-root  /\n"
-                "ext4        true  /dev/sda1            /srv\n"
-                "proc       false  proc                 /proc\n"
-                "ext4       false  /dev/sda1            /srv/a b\n"
-                "tmpfs      false  none                 /tmp\n"
-                "xfs        false  bad\\x0aname          /srvx\n");
+                "ext4   false      /dev/mapper/vg-root  /\n"
+                "ext4   true       /dev/sda1            /srv\n"
+                "proc   false      proc                 /proc\n"
+                "ext4   false      /dev/sda1            /srv/a b\n"
+                "tmpfs  false      none                 /tmp\n"
+                "xfs    false      bad\\x0aname          /srvx\n");
 }
 
 TEST_F(StorageMachineTest, ShowsEveryFieldOfAMount) {

@@ -153,9 +153,9 @@ TEST_F(CpuMachineTest, ListsProcessors) {
   ExpectPrinted("system cpu list",
                 "Number  Online  Node  Socket  Core  Siblings  Frequency  Model\n"
                 "------  ------  ----  ------  ----  --------  ---------  -----\n"
-                "     0    true     7       0     4  0, 1       2596 MHz  Model A\n"
-                "     1    true     7       0     4  0, 1        800 MHz  Model A\\x1b[2J\n"
-                "     2   false    -1      -1    -1               -1 MHz  \n");
+                "     0  true       7       0     4  0, 1       2596 MHz  Model A\n"
+                "     1  true       7       0     4  0, 1        800 MHz  Model A\\x1b[2J\n"
+                "     2  false     -1      -1    -1               -1 MHz  \n");
 }
 
 TEST_F(CpuMachineTest, FiltersByNumberAndState) {
@@ -232,13 +232,13 @@ TEST_F(ModuleMachineTest, FindsLoadedAndBuiltInModules) {
 TEST_F(SystemMachineTest, ListsProcessesByNumber) {
   AddSampleProcesses();
   ExpectPrinted("system process list",
-                " Id  Parent  User        State     Resident   Time        Name\n"
-                "---  ------  ----------  --------  ---------  ----------  --------\n"
-                "  1       0  root        sleeping   9000 KiB    00:00:05  init\n"
-                "  2       0  root        idle          0 KiB    00:00:00  kthreadd\n"
-                " 30       1  4000000000  sleeping  70000 KiB    00:01:30  server\n"
+                "Id   Parent  User        State     Resident   Time        Name\n"
+                "---  ------  ----------  --------  ---------  ----------  ----\n"
+                "  1       0  root        sleeping   9000 KiB  00:00:05    init\n"
+                "  2       0  root        idle          0 KiB  00:00:00    kthreadd\n"
+                " 30       1  4000000000  sleeping  70000 KiB  00:01:30    server\n"
                 " 31      30  4000000000  running      50 KiB  1-00:00:00  worker\n"
-                "100       1  root        zombie        0 KiB    00:00:00  a\\x0a(b)\n");
+                "100       1  root        zombie        0 KiB  00:00:00    a\\x0a(b)\n");
 }
 
 TEST_F(SystemMachineTest, ShowsEveryFieldOfAProcess) {
@@ -342,8 +342,8 @@ TEST_F(SystemMachineTest, ReportsThatThereIsNoProcess) {
 }
 
 TEST_F(SystemMachineTest, AProcessAtTheLimitsOf64BitsIsListed) {
-  AddProcess({7, "huge", "", 'S', 1, 0, 0, 9223372036854775807, 9223372036854775807,
-              9223372036854775807});
+  AddProcess(
+      {7, "huge", "", 'S', 1, 0, 0, 9223372036854775807, 9223372036854775807, 9223372036854775807});
   RunThere([] {
     const Row row = CallRows("system process list").at(0);
     EXPECT_EQ(row.at("Resident"), "9223372036854775807");
@@ -372,7 +372,7 @@ class ParameterMachineTest : public SystemMachineTest {
 TEST_F(ParameterMachineTest, ListsParametersByName) {
   ExpectPrinted("system parameter list",
                 "Name                      Value\n"
-                "------------------------  -------------------\n"
+                "------------------------  -----\n"
                 "kernel.escape             \\x1b[2J\n"
                 "kernel.motd               one two\n"
                 "net.ipv4.conf.eth0/1.mtu  1400\n"
@@ -441,8 +441,7 @@ TEST_F(SystemMachineTest, ListsTheSessionsOfTheLoginService) {
     EXPECT_EQ(rows[0].at("Host"), "203.0.113.9");
     EXPECT_EQ(rows[0].at("Process"), "77");
     EXPECT_EQ(rows[1].at("User"), "root");
-    EXPECT_THAT(CallColumn("system session list", "User", {{"user", "root"}}),
-                ElementsAre("root"));
+    EXPECT_THAT(CallColumn("system session list", "User", {{"user", "root"}}), ElementsAre("root"));
     EXPECT_THAT(CallColumn("system session list", "User", {{"user", "anna"}, {"user", "root"}}),
                 ElementsAre("anna", "root"));
   });
