@@ -25,7 +25,8 @@
 ///   means that nothing was declared.
 namespace Kestrel::Catalog {
 
-/// The plug-in of a node that the library or the program itself brought along. No file is named so.
+/// The plug-in of a node that comes from the library or from the program itself. No file has this
+/// name.
 inline constexpr const char* kBuiltIn = "built-in";
 
 /// The kind of a value that a result contains.
@@ -90,7 +91,7 @@ struct Parameter {
   /// As help pages show it, with the constraint's text in place of its markers.
   std::string description;
   bool required = false;
-  /// Whether nobody should see the value while it is typed.
+  /// Whether the value is not to be seen while it is typed.
   bool secret = false;
   /// Whether the parameter may be repeated, each time with a value.
   bool multiple = false;

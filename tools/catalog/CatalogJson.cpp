@@ -202,7 +202,7 @@ class Writer {
   }
 };
 
-/// What is wrong with a value, and where, as a path of keys and indexes that grows on the way out.
+/// What is wrong with a value, and where: a path of keys and indexes, which each caller extends.
 struct Mismatch {
   std::string place;
   std::string expected;
@@ -226,7 +226,7 @@ void ReadAt(const std::string& place, Read read) {
 
 class Reader {
  public:
-  /// Throws when the value is no object.
+  /// Throws when the value is not an object.
   explicit Reader(const Json& object) : object_(object) {
     Require(object.is_object(), "an object");
   }
@@ -248,7 +248,7 @@ class Reader {
     }
   }
 
-  /// Throws when the object has keys that nobody asked for.
+  /// Throws when the object has keys that were not read.
   void Finish() const { Require(read_ == object_.size(), "no other keys"); }
 
  private:

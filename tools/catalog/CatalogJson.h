@@ -14,7 +14,7 @@ namespace Kestrel::Catalog {
 ///
 /// UTF-8, keys in byte order, a line for each key and element, two spaces a level, a last line end.
 /// The structures become objects whose keys are the names of their members; enumerators become the
-/// words of CatalogWords.h. Three rules besides: the root has a key "format", the number of this
+/// words of CatalogWords.h. Three more rules: the root has a key "format", the number of this
 /// form; a constraint has those members only that have a meaning for its type; a result without
 /// kind has no "kind".
 ///

@@ -17,8 +17,8 @@ struct DescriptorPaths {
   std::vector<std::string> commands;
 };
 
-/// Reads what a descriptor that has been loaded declares. No path when the file is no descriptor
-/// (any more).
+/// Reads what a descriptor that has been loaded declares. No path when the file is not a
+/// descriptor (any more).
 DescriptorPaths ReadDescriptorPaths(const std::string& file);
 
 /// The same from the text of a descriptor, without building anything of it: ten times as fast as

@@ -6,8 +6,10 @@
 #include <dlfcn.h>
 #include <link.h>
 
+#include <filesystem>
 #include <memory>
 #include <string_view>
+#include <system_error>
 
 #include "kestrel/autocli/ExtensionCommand.h"
 #include "kestrel/autocli/RootNamespace.h"
@@ -38,18 +40,10 @@ PluginKind KindOf(const std::string& path) {
 
 std::string FileOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 
-Plugin MakePlugin(const std::string& path) {
-  const PluginKind kind = KindOf(path);
-  return {path, kind == PluginKind::BuiltIn ? kBuiltIn : FileOf(path), kind};
-}
-
-/// The object of a plug-in that is in memory; null when there is none by its path.
-const link_map* FindLoaded(const Plugin& plugin) {
+/// The shared object that is in memory under that path, or null.
+const link_map* FindLoaded(const std::string& path) {
+  const ObjectHandle handle(dlopen(path.c_str(), RTLD_LAZY | RTLD_NOLOAD));
   link_map* object = nullptr;
-  if (plugin.kind != PluginKind::SharedLibrary) {
-    return object;
-  }
-  const ObjectHandle handle(dlopen(plugin.path.c_str(), RTLD_LAZY | RTLD_NOLOAD));
   if (handle != nullptr) {
     dlinfo(handle.get(), RTLD_DI_LINKMAP, &object);
   }
@@ -67,19 +61,36 @@ const link_map* FindObject(const std::type_info& type) {
 /// The loader knows the program by an empty name.
 bool IsProgram(const link_map& object) { return *object.l_name == '\0'; }
 
+std::string ProgramPath() {
+  std::error_code error;
+  return std::filesystem::read_symlink("/proc/self/exe", error).string();
+}
+
+/// The path of an object that is the library; a program may contain the library itself.
+std::string PathOf(const link_map* object) {
+  return object == nullptr || IsProgram(*object) ? ProgramPath() : object->l_name;
+}
+
 }  // namespace
 
 PluginOrigins::PluginOrigins(const AutoCli::Dispatcher& dispatcher) {
   const AutoCli::RootNamespace& root = *dispatcher.GetRootNamespace();
   library_ = FindObject(typeid(root));
   for (const std::string& name : dispatcher.GetPluginNames()) {
-    const Plugin* const plugin = &plugins_.emplace_back(MakePlugin(name));
-    registered_.push_back(plugin);
-    if (plugin->kind == PluginKind::BuiltIn) {
-      builtIn_.push_back(plugin);
-    } else if (const link_map* const object = FindLoaded(*plugin)) {
-      objects_.try_emplace(object, plugin);
-    }
+    AddPlugin(name);
+  }
+}
+
+void PluginOrigins::AddPlugin(const std::string& name) {
+  const PluginKind kind = KindOf(name);
+  Plugin& plugin = plugins_.emplace_back(Plugin{name, FileOf(name), kind});
+  registered_.push_back(&plugin);
+  if (kind == PluginKind::BuiltIn) {
+    plugin.path = builtIn_.empty() ? PathOf(library_) : ProgramPath();
+    plugin.file = kBuiltIn;
+    builtIn_.push_back(&plugin);
+  } else if (kind == PluginKind::SharedLibrary) {
+    objects_.try_emplace(FindLoaded(name), &plugin);
   }
 }
 
@@ -116,12 +127,12 @@ const Plugin* PluginOrigins::FindOwner(const std::type_info& type) {
 }
 
 const Plugin* PluginOrigins::FindOwner(const link_map* object) {
+  if (object == nullptr) {
+    return nullptr;
+  }
   const auto known = objects_.find(object);
   if (known != objects_.end()) {
     return known->second;
-  }
-  if (object == nullptr) {
-    return nullptr;
   }
   if (IsProgram(*object) || object == library_) {
     return FindBuiltIn(object == library_);

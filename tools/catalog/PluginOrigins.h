@@ -20,16 +20,16 @@ namespace Kestrel::Catalog {
 enum class PluginKind { BuiltIn, SharedLibrary, Descriptor };
 
 struct Plugin {
-  /// The path that it was loaded by; for a built-in plug-in its name.
+  /// The path that it was loaded by; for a built-in plug-in that of the library or the program.
   std::string path;
-  /// The path's last component; `kBuiltIn` for a built-in plug-in.
+  /// The last component of the path; `kBuiltIn` for a built-in plug-in.
   std::string file;
   PluginKind kind = PluginKind::BuiltIn;
 };
 
-/// Finds out which plug-in brought a command along.
+/// Determines the plug-in that a command comes from.
 ///
-/// A dispatcher does not remember that, so it is read off the command:
+/// A dispatcher does not remember it, so the command itself has to show it:
 /// - The class of a native command is in a shared object, which is the plug-in. A class with the
 ///   same name and default visibility in two plug-ins is one class to the loader; its commands then
 ///   count as those of the plug-in that was loaded first.
@@ -58,8 +58,9 @@ class PluginOrigins {
  private:
   const Plugin* FindOwner(const std::type_info& type);
   const Plugin* FindOwner(const link_map* object);
-  /// Of the plug-ins that are no file the library's is the first; the program's own come after it,
-  /// and of those the last stands for all.
+  void AddPlugin(const std::string& name);
+  /// The library's built-in plug-in is the first. The program's come after it; the last of them
+  /// counts as that of all the program's commands.
   const Plugin* FindBuiltIn(bool isOfLibrary) const;
   void ReadDescriptors();
 

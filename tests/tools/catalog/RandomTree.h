@@ -12,8 +12,8 @@ namespace Kestrel::Catalog {
 /// parameter, constraint and value, the limits of integers, empty lists. Its paths are in order.
 Tree MakeRandomTree(Testing::Random& random);
 
-/// The tree with one member of one structure changed, which need not be one that its constraint's
-/// type gives a meaning to.
+/// The tree with one member of one structure changed, even one that has no meaning for the type of
+/// its constraint.
 Tree MakeChangedTree(const Tree& tree, Testing::Random& random);
 
 }  // namespace Kestrel::Catalog

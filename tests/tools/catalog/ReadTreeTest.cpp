@@ -75,7 +75,7 @@ class FalseCommand : public AutoCli::Namespace {
   AutoCli::NodeType GetType() override { return AutoCli::NodeType::Command; }
 };
 
-/// Throws what a test wants when it is asked what it declares.
+/// Throws what a test chooses when it is asked what it declares.
 class BrokenCommand : public SampleCommand {
  public:
   std::function<void()> beforeInput = [] {};
