@@ -6,6 +6,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "kestrel/KestrelException.h"
 
 namespace Kestrel::Host {
@@ -31,6 +33,52 @@ TEST(RegexTest, GivesUpOnASearchWithoutEnd) {
   EXPECT_THAT([&] { pattern.IsFoundIn(std::string(100, 'a')); },
               ThrowsMessage<KestrelException>(
                   "The regular expression '(a+a+)+b' is too costly to look for"));
+}
+
+struct SearchCase {
+  const char* name;
+  const char* expression;
+  const char* text;
+  bool isFound;
+};
+
+const SearchCase kSearches[] = {
+    {"EmptyExpression", "", "anything", true},
+    {"EmptyText", "a", "", false},
+    {"Anywhere", "b", "abc", true},
+    {"CaseCounts", "B", "abc", false},
+    {"CaseMayBeIgnored", "(?i)B", "abc", true},
+    {"Start", "^a", "abc", true},
+    {"NotAtTheStart", "^b", "abc", false},
+    {"End", "c$", "abc", true},
+    {"Whole", "^abc$", "abc", true},
+    {"Alternatives", "x|b", "abc", true},
+    {"Repetition", "^(ab){2}$", "abab", true},
+    {"Class", "[0-9]", "abc", false},
+    {"Digit", "\\d", "a1", true},
+    {"WordBoundary", "\\bb", "a b", true},
+    {"LookAhead", "a(?=b)", "ab", true},
+    {"BackReference", "(.)\\1", "abb", true},
+    {"EscapedDot", "a\\.b", "axb", false},
+    {"DotMatchesALineFeed", "a.b", "a\nb", true},
+    {"BytesThatAreNotUtf8", "\xff", "a\xff", true},
+};
+
+class RegexSearchTest : public ::testing::TestWithParam<SearchCase> {};
+
+TEST_P(RegexSearchTest, IsFoundOrNot) {
+  EXPECT_EQ(Regex(GetParam().expression).IsFoundIn(GetParam().text), GetParam().isFound);
+}
+
+INSTANTIATE_TEST_SUITE_P(Searches, RegexSearchTest, ::testing::ValuesIn(kSearches),
+                         [](const auto& test) { return test.param.name; });
+
+TEST(RegexTest, RefusesEveryInvalidExpression) {
+  for (const std::string expression : {"(", ")", "[", "*", "a{2,1}", "(?<", "\\", "[z-a]"}) {
+    EXPECT_THAT([&] { Regex{expression}; },
+                ThrowsMessage<KestrelException>(
+                    StartsWith("'" + expression + "' is not a regular expression: ")));
+  }
 }
 
 }  // namespace

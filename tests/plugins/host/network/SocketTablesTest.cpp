@@ -200,5 +200,53 @@ TEST(SocketTablesTest, WithoutProcessesNobodyHoldsASocket) {
   EXPECT_THAT(ReadSocketOwners("/nonexistent"), IsEmpty());
 }
 
+struct EndpointCase {
+  const char* name;
+  const char* address;
+  long port;
+  const char* text;
+};
+
+const EndpointCase kEndpoints[] = {
+    {"None", "", 80, ""},
+    {"Ipv4", "192.0.2.1", 80, "192.0.2.1:80"},
+    {"Ipv4AnyPort", "0.0.0.0", 0, "0.0.0.0:*"},
+    {"Ipv6", "2001:db8::1", 443, "[2001:db8::1]:443"},
+    {"Ipv6AnyPort", "::", 0, "[::]:*"},
+    {"Ipv4InIpv6", "::ffff:192.0.2.1", 22, "[::ffff:192.0.2.1]:22"},
+    {"LargestPort", "127.0.0.1", 65535, "127.0.0.1:65535"},
+};
+
+class SocketEndpointTest : public ::testing::TestWithParam<EndpointCase> {};
+
+TEST_P(SocketEndpointTest, IsWritten) {
+  const SocketEndpoint endpoint = {GetParam().address, GetParam().port};
+  EXPECT_EQ(endpoint.ToText(), GetParam().text);
+}
+
+INSTANTIATE_TEST_SUITE_P(Endpoints, SocketEndpointTest, ::testing::ValuesIn(kEndpoints),
+                         [](const auto& test) { return test.param.name; });
+
+TEST(SocketTablesTest, QueuesBeyond64BitsDamageTheirLineOnly) {
+  std::string line = kListener;
+  line.replace(line.find("00000000:00000003"), 17, "FFFFFFFFFFFFFFFF:0");
+  EXPECT_THAT(ParseInternetSockets(line, "tcp", 4), IsEmpty());
+  EXPECT_EQ(ParseInternetSockets(line + kConnection, "tcp", 4).size(), 1u);
+}
+
+TEST(SocketTablesTest, ALastLineNeedsNoLineFeed) {
+  std::string line = kListener;
+  line.pop_back();
+  EXPECT_EQ(ParseInternetSockets(line, "tcp", 4).size(), 1u);
+}
+
+TEST(SocketTablesTest, EveryShorterUnixLineIsReadWithoutHarm) {
+  const std::string line = "0000000000000000: 00000002 00000000 00010000 0001 01 11 /run/x";
+  for (std::size_t size = 0; size <= line.size(); ++size) {
+    const std::string part(line, 0, size);
+    EXPECT_EQ(ParseUnixSockets(part).size(), size > line.find("11") ? 1u : 0u) << size;
+  }
+}
+
 }  // namespace
 }  // namespace Kestrel::Host

@@ -205,5 +205,82 @@ TEST(BlockDevicesTest, ADeviceThatIsNoneHasNoProperties) {
   EXPECT_THAT(ReadDeviceProperties(makedev(4095, 1048575)), IsEmpty());
 }
 
+struct LabelCase {
+  const char* name;
+  const char* encoded;
+  std::string label;
+};
+
+const LabelCase kLabels[] = {
+    {"Empty", "", ""},
+    {"Plain", "root", "root"},
+    {"Space", "My\\x20Disk", "My Disk"},
+    {"UpperCaseDigits", "\\x2F\\x2f", "//"},
+    {"BackslashItself", "a\\x5cx20b", "a\\x20b"},
+    {"Nul", "a\\x00b", std::string("a\0b", 3)},
+    {"HighByte", "\\xff", "\xff"},
+    {"CutAfterTheBackslash", "a\\", "a\\"},
+    {"CutAfterTheX", "a\\x", "a\\x"},
+    {"CutAfterOneDigit", "a\\x2", "a\\x2"},
+    {"NoDigits", "\\xzz", "\\xzz"},
+    {"OneDigit", "\\x2g", "\\x2g"},
+    {"CapitalX", "\\X20", "\\X20"},
+    {"TwoInARow", "\\x41\\x42", "AB"},
+};
+
+class DeviceLabelTest : public ::testing::TestWithParam<LabelCase> {};
+
+TEST_P(DeviceLabelTest, IsDecoded) {
+  SysTree tree;
+  tree.Device("sda", "8:0", "1");
+  const auto devices = tree.Read({}, [](dev_t) -> DeviceProperties {
+    return {{"ID_FS_LABEL_ENC", GetParam().encoded}};
+  });
+  ASSERT_EQ(devices.size(), 1u);
+  EXPECT_EQ(devices[0].label, GetParam().label);
+}
+
+INSTANTIATE_TEST_SUITE_P(Labels, DeviceLabelTest, ::testing::ValuesIn(kLabels),
+                         [](const auto& test) { return test.param.name; });
+
+struct SizeCase {
+  const char* name;
+  const char* text;
+  long size;  // -1 when the device is left out
+};
+
+const SizeCase kSizes[] = {
+    {"Zero", "0", 0},
+    {"One", "1", 512},
+    {"WithSpaceAroundIt", " 8 ", 4096},
+    {"LargestThatFits", "18014398509481983", 9223372036854775296},
+    {"OneTooMany", "18014398509481984", 9223372036854775296},
+    {"LargestNumber", "9223372036854775807", 9223372036854775296},
+    {"Negative", "-1", 0},
+    {"SmallestNumber", "-9223372036854775808", 0},
+    {"Beyond64Bits", "9223372036854775808", -1},
+    {"Word", "large", -1},
+    {"Empty", "", -1},
+};
+
+class DeviceSizeTest : public ::testing::TestWithParam<SizeCase> {};
+
+TEST_P(DeviceSizeTest, IsInBytes) {
+  SysTree tree;
+  tree.Device("sda", "8:0", GetParam().text);
+  const auto devices = tree.Read();
+  EXPECT_EQ(devices.empty() ? -1 : devices[0].size, GetParam().size);
+}
+
+INSTANTIATE_TEST_SUITE_P(Sizes, DeviceSizeTest, ::testing::ValuesIn(kSizes),
+                         [](const auto& test) { return test.param.name; });
+
+TEST(BlockDevicesTest, PropertiesOfADeviceMayBeDamaged) {
+  const Testing::ScopedTempDir folder;
+  folder.Write("b8:1", "E:\nE\n=\nE:=empty\nE:A=1\nE:A=2\nX:B=3\nE:C=\n");
+  EXPECT_THAT(ReadDeviceProperties(makedev(8, 1), folder.GetPath()),
+              ElementsAre(Pair("", "empty"), Pair("A", "2"), Pair("C", "")));
+}
+
 }  // namespace
 }  // namespace Kestrel::Host

@@ -9,6 +9,11 @@
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "support/Random.h"
 #include "support/ScopedTempDir.h"
 
 namespace Kestrel::Host {
@@ -157,6 +162,135 @@ TEST(MountTableTest, ACircleOfParentsEnds) {
                             "2 3 8:2 / /a rw - ext3 none rw\n"
                             "3 2 8:3 / /a/b rw - ext3 none rw\n"),
               IsEmpty());
+}
+
+struct DamagedMount {
+  const char* name;
+  const char* line;
+};
+
+// A line with one column wrong.
+const DamagedMount kDamagedMounts[] = {
+    {"Empty", ""},
+    {"Spaces", "     "},
+    {"IdIsAWord", "x 35 98:3 / /a rw - ext3 none rw"},
+    {"IdBeyond64Bits", "99999999999999999999 35 98:3 / /a rw - ext3 none rw"},
+    {"ParentIsAWord", "36 x 98:3 / /a rw - ext3 none rw"},
+    {"DeviceWithoutMinor", "36 35 98 / /a rw - ext3 none rw"},
+    {"DeviceWithThreeNumbers", "36 35 98:3:1 / /a rw - ext3 none rw"},
+    {"DeviceIsAWord", "36 35 a:b / /a rw - ext3 none rw"},
+    {"NoDash", "36 35 98:3 / /a rw ext3 none rw"},
+    {"DashTooEarly", "36 35 98:3 / /a - ext3 none rw"},
+    {"NothingAfterTheDash", "36 35 98:3 / /a rw -"},
+    {"NoSource", "36 35 98:3 / /a rw - ext3"},
+    {"NoOptionsOfTheFileSystem", "36 35 98:3 / /a rw - ext3 none"},
+    {"TwoSpaces", "36  35 98:3 / /a rw - ext3 none rw"},
+};
+
+class DamagedMountTest : public ::testing::TestWithParam<DamagedMount> {};
+
+TEST_P(DamagedMountTest, IsLeftOut) {
+  const auto mounts = Read(std::string("1 0 8:1 / / rw - ext3 none rw\n") + GetParam().line + "\n" +
+                           "2 1 8:2 / /b rw - ext3 none rw\n");
+  ASSERT_EQ(mounts.size(), 2u);
+  EXPECT_EQ(mounts[0].target, "/");
+  EXPECT_EQ(mounts[1].target, "/b");
+}
+
+INSTANTIATE_TEST_SUITE_P(Lines, DamagedMountTest, ::testing::ValuesIn(kDamagedMounts),
+                         [](const auto& line) { return line.param.name; });
+
+TEST(MountTableTest, EveryShorterLineIsReadWithoutHarm) {
+  const std::string line = "36 35 98:3 /r /a\\040b ro,x master:1 - ext3 /dev/sdz9 rw,y";
+  for (std::size_t size = 0; size <= line.size(); ++size) {
+    const auto mounts = Read(line.substr(0, size));
+    EXPECT_EQ(mounts.size(), size > line.find("rw,y") - 1 ? 1u : 0u) << size;
+  }
+}
+
+struct OptionsCase {
+  const char* name;
+  const char* ofMount;
+  const char* ofFilesystem;
+  std::vector<std::string> merged;
+};
+
+const OptionsCase kOptions[] = {
+    {"Same", "rw,a", "rw,a", {"rw", "a"}},
+    {"Different", "rw,a", "rw,b", {"rw", "a", "b"}},
+    {"SameOptionInBoth", "rw,a,b", "rw,b", {"rw", "a", "b", "b"}},
+    {"NoneOfTheFileSystem", "ro,a", "", {"ro", "a"}},
+    {"NoneAtAll", "", "", {"rw"}},
+    {"OnlyCommas", ",,", ",", {"rw", "", "", ""}},
+    {"NeitherSaysWhetherItCanBeWritten", "a", "b", {"rw", "a", "b"}},
+    {"ReadOnlyLast", "a,ro", "b,ro", {"ro", "a", "b"}},
+    {"ValueWithAnEqualsSign", "rw,a=b=c", "rw", {"rw", "a=b=c"}},
+    {"QuotesThatNeverEnd", "rw,a=\"b,c", "rw", {"rw", "a=\"b,c"}},
+    {"TwoQuotedValues", "rw,a=\"b,c\",d=\"e,f\"", "rw", {"rw", "a=\"b,c\"", "d=\"e,f\""}},
+    {"EscapedComma", "rw,a=b\\054c", "rw", {"rw", "a=b", "c"}},
+};
+
+class MountOptionsTest : public ::testing::TestWithParam<OptionsCase> {};
+
+TEST_P(MountOptionsTest, AreMerged) {
+  const auto mounts = Read("36 35 98:3 / /a " + std::string(GetParam().ofMount) + " - ext3 none " +
+                           GetParam().ofFilesystem);
+  ASSERT_EQ(mounts.size(), 1u);
+  EXPECT_EQ(mounts[0].options, GetParam().merged);
+}
+
+INSTANTIATE_TEST_SUITE_P(Options, MountOptionsTest, ::testing::ValuesIn(kOptions),
+                         [](const auto& row) { return row.param.name; });
+
+// "/", "/a" and "/a/b" for "/a/b".
+std::vector<std::string> PathsOnTheWay(const std::string& path) {
+  std::vector<std::string> paths = {"/"};
+  for (std::size_t end = 0; path.size() > 1 && end != std::string::npos;) {
+    end = path.find('/', end + 1);
+    paths.push_back(path.substr(0, end));
+  }
+  return paths;
+}
+
+// The mount that a path leads to. At each step of the way it enters the mount that is attached
+// there, and the one on top of that.
+long Resolve(const std::vector<Mount>& mounts, const std::string& path) {
+  long current = 0;
+  for (const std::string& step : PathsOnTheWay(path)) {
+    const auto attached = [&] {
+      return std::find_if(mounts.begin(), mounts.end(), [&](const Mount& mount) {
+        return mount.parentId == current && mount.target == step;
+      });
+    };
+    for (auto next = attached(); next != mounts.end(); next = attached()) {
+      current = next->id;
+    }
+  }
+  return current;
+}
+
+TEST(MountTableTest, AMountIsHiddenWhenNoPathLeadsToIt) {
+  Testing::Random random;
+  const std::vector<std::string> places = {"/", "/a", "/a/b", "/a/b/c", "/ab", "/a/c"};
+  for (int round = 0; round < 500; ++round) {
+    std::vector<Mount> mounts;
+    std::string table;
+    const int count = random.Between(1, 8);
+    for (int id = 1; id <= count; ++id) {
+      Mount mount;
+      mount.id = id;
+      mount.target = id == 1 ? "/" : places[random.Below(places.size())];
+      mount.parentId = Resolve(mounts, mount.target);
+      mounts.push_back(mount);
+      table += std::to_string(id) + " " + std::to_string(mount.parentId) + " 8:1 / " +
+               mount.target + " rw - ext3 none rw\n";
+    }
+    for (const Mount& mount : Read(table)) {
+      EXPECT_EQ(mount.isHidden, Resolve(mounts, mount.target) != mount.id)
+          << "mount " << mount.id << " in\n"
+          << table << random.HowToRepeat();
+    }
+  }
 }
 
 }  // namespace

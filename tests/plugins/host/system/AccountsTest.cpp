@@ -6,6 +6,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
+#include "support/Witness.h"
+
 namespace Kestrel::Host {
 namespace {
 
@@ -37,6 +42,39 @@ TEST(AccountsTest, TellsShellsThatLetNobodyIn) {
   for (const char* const shell : {"/bin/bash", "", "/opt/nologin/sh", "/bin/falsey"}) {
     EXPECT_TRUE(IsLoginShell(shell)) << shell;
   }
+}
+
+TEST(AccountsTest, ListsTheAccountsThatGetentLists) {
+  std::vector<std::string> names;
+  for (const Account& account : ReadAccounts()) {
+    names.push_back(account.name);
+  }
+  EXPECT_EQ(names, Testing::WitnessLines("getent passwd | cut -d: -f1"));
+}
+
+TEST(AccountsTest, AFullNameEndsAtTheFirstComma) {
+  for (const std::string& line : Testing::WitnessLines("getent passwd | cut -d: -f1,5")) {
+    const std::size_t colon = line.find(':');
+    const std::string description = line.substr(colon + 1);
+    const auto account = FindAccount(line.substr(0, colon));
+    ASSERT_TRUE(account) << line;
+    EXPECT_EQ(account->fullName, description.substr(0, description.find(','))) << line;
+  }
+}
+
+TEST(AccountsTest, AnAccountsOwnGroupIsTheFirst) {
+  for (const Account& account : ReadAccounts()) {
+    const auto groups = ReadGroups(account);
+    ASSERT_FALSE(groups.empty()) << account.name;
+    EXPECT_EQ(groups[0], GroupName(account.groupId)) << account.name;
+  }
+}
+
+TEST(AccountsTest, AnAccountWithoutAnEntryHasItsOwnGroupOnly) {
+  Account account;
+  account.name = "no such account";
+  account.groupId = kUnknown;
+  EXPECT_EQ(ReadGroups(account), std::vector<std::string>{"3999999999"});
 }
 
 }  // namespace

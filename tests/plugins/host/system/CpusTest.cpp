@@ -89,5 +89,72 @@ TEST(CpusTest, SaysWhenThereIsNone) {
                                               "/sysless/devices/system/cpu and /nowhere/cpuinfo"));
 }
 
+// Sets of processors that no kernel writes: the call ends, with what is usable.
+struct SetCase {
+  const char* name;
+  const char* present;
+  const char* online;
+  std::vector<std::string> cpus;  // the number, with "+" when it is online
+};
+
+const SetCase kSets[] = {
+    {"One", "0\n", "0\n", {"0+"}},
+    {"Some", "0-1,3", "1,3", {"0", "1+", "3+"}},
+    {"OnlineButNotPresent", "0", "0,7", {"0+"}},
+    {"NoneOnline", "0-1", "", {"0", "1"}},
+    {"Twice", "0,0", "0", {"0+", "0+"}},
+    {"EndsAtTheLargestNumber",
+     "9223372036854775807-9223372036854775807",
+     "0",
+     {"9223372036854775807"}},
+    {"TooLong", "0-99999999,5", "5", {"5+"}},
+    {"Backwards", "3-1,2", "2", {"2+"}},
+    {"Words", "a-b,c,4", "4", {"4+"}},
+};
+
+class CpuSetTest : public ::testing::TestWithParam<SetCase> {};
+
+TEST_P(CpuSetTest, IsRead) {
+  const ScopedTempDir sys;
+  sys.Write("devices/system/cpu/present", GetParam().present);
+  sys.Write("devices/system/cpu/online", GetParam().online);
+  std::vector<std::string> found;
+  for (const Cpu& cpu : ReadCpus("/nowhere", sys.GetPath())) {
+    found.push_back(std::to_string(cpu.number) + (cpu.isOnline ? "+" : ""));
+  }
+  EXPECT_EQ(found, GetParam().cpus);
+}
+
+INSTANTIATE_TEST_SUITE_P(Sets, CpuSetTest, ::testing::ValuesIn(kSets),
+                         [](const auto& test) { return test.param.name; });
+
+TEST(CpusTest, AFrequencyMayHaveNoFractionAndMayBeMissing) {
+  const ScopedTempDir proc;
+  proc.Write("cpuinfo",
+             "processor : 0\ncpu MHz : 1000\n\nprocessor : 1\ncpu MHz : 2000.999\n\n"
+             "processor : 2\n\nprocessor : 3\ncpu MHz :\n");
+  std::vector<long> frequencies;
+  for (const Cpu& cpu : ReadCpus(proc.GetPath(), "/nowhere")) {
+    frequencies.push_back(cpu.frequency);
+  }
+  EXPECT_THAT(frequencies, ElementsAre(1000, 2000, -1, -1));
+}
+
+TEST(CpusTest, ATopologyThatIsNoNumberIsUnknown) {
+  const ScopedTempDir sys;
+  const std::string cpu = "devices/system/cpu";
+  sys.Write(cpu + "/present", "0");
+  sys.Write(cpu + "/cpu0/topology/physical_package_id", "none\n");
+  sys.Write(cpu + "/cpu0/topology/core_id", "");
+  sys.Write(cpu + "/cpu0/topology/thread_siblings_list", "?");
+  sys.MakeDirectory(cpu + "/cpu0/nodeX");
+  const auto cpus = ReadCpus("/nowhere", sys.GetPath());
+  ASSERT_EQ(cpus.size(), 1u);
+  EXPECT_EQ(cpus[0].socket, -1);
+  EXPECT_EQ(cpus[0].core, -1);
+  EXPECT_EQ(cpus[0].node, -1);
+  EXPECT_THAT(cpus[0].siblings, IsEmpty());
+}
+
 }  // namespace
 }  // namespace Kestrel::Host

@@ -156,5 +156,42 @@ TEST(KernelModulesTest, FindsModulesThatAreLoadedOrPartOfTheKernel) {
   EXPECT_FALSE(has("file"));
 }
 
+struct ModuleCase {
+  const char* name;
+  const char* line;
+  std::vector<std::string> modules;
+};
+
+// Each module as LinesOf writes it.
+const ModuleCase kModuleLines[] = {
+    {"NoUser", "loop 40960 0 - Live 0x0", {"loop 40960 0"}},
+    {"OneUser", "a 1 1 b, Live 0x0", {"a 1 1 b"}},
+    {"UsersWithoutALastComma", "a 1 2 c,b Live 0x0", {"a 1 2 b,c"}},
+    {"Permanent", "a 1 1 [permanent], Live 0x0", {"a 1 1"}},
+    {"PermanentAmongUsers", "a 1 2 b,[permanent], Live 0x0", {"a 1 2 b"}},
+    {"OnlyCommas", "a 1 0 ,, Live 0x0", {"a 1 0"}},
+    {"KernelThatCannotUnload", "a 1 - - Live 0x0", {"a 1 -1"}},
+    {"Tainted", "a 1 0 - Live 0x0 (OE)", {"a 1 0"}},
+    {"WithoutAddress", "a 1 0 - Live", {"a 1 0"}},
+    {"ReferencesAreAWord", "a 1 x - Live 0x0", {"a 1 -1"}},
+    {"LargestSize", "a 9223372036854775807 0 - Live 0x0", {"a 9223372036854775807 0"}},
+    // Lines that are left out.
+    {"SizeBeyond64Bits", "a 9223372036854775808 0 - Live 0x0", {}},
+    {"SizeIsAWord", "a x 0 - Live 0x0", {}},
+    {"WithoutState", "a 1 0 -", {}},
+    {"OnlyAName", "a", {}},
+    {"Empty", "", {}},
+};
+
+class ModuleLineTest : public ::testing::TestWithParam<ModuleCase> {};
+
+TEST_P(ModuleLineTest, IsRead) {
+  EXPECT_EQ(LinesOf(ParseModules(GetParam().line)), GetParam().modules);
+  EXPECT_EQ(LinesOf(ParseModules(std::string(GetParam().line) + "\n")), GetParam().modules);
+}
+
+INSTANTIATE_TEST_SUITE_P(Lines, ModuleLineTest, ::testing::ValuesIn(kModuleLines),
+                         [](const auto& test) { return test.param.name; });
+
 }  // namespace
 }  // namespace Kestrel::Host

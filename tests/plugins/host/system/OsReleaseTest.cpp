@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include "support/Random.h"
 #include "support/ScopedTempDir.h"
+#include "support/Witness.h"
 
 namespace Kestrel::Host {
 namespace {
@@ -35,6 +37,81 @@ TEST(OsReleaseTest, FindsTheNameInEitherPlace) {
   EXPECT_EQ(ReadDistributionName(root.GetPath()), "Small");
   root.Write("etc/os-release", "NAME=Big\nPRETTY_NAME=\"Big 3 (three)\"\n");
   EXPECT_EQ(ReadDistributionName(root.GetPath()), "Big 3 (three)");
+}
+
+struct ValueCase {
+  const char* name;
+  const char* text;
+  const char* value;
+};
+
+const ValueCase kValues[] = {
+    {"Plain", "KEY=a", "a"},
+    {"Empty", "KEY=", ""},
+    {"Absent", "OTHER=a", ""},
+    {"LongerKey", "KEYS=a", ""},
+    {"KeyWithoutAnEqualsSign", "KEY", ""},
+    {"KeyThatIsALinesEnd", "A KEY=a", ""},
+    {"CommentedOut", "#KEY=a", ""},
+    {"LastOfTwo", "KEY=a\nKEY=b", "b"},
+    {"EmptyAfterAnother", "KEY=a\nKEY=", ""},
+    {"EqualsSignInTheValue", "KEY=a=b", "a=b"},
+    {"SpaceAroundTheLine", "  KEY=a \t\r\nX=y", "a"},
+    {"DoubleQuotes", "KEY=\"a b\"", "a b"},
+    {"SingleQuotes", "KEY='a b'", "a b"},
+    {"QuotesWithinQuotes", "KEY=\"it's\"", "it's"},
+    {"EscapedQuote", "KEY=\"a\\\"b\"", "a\"b"},
+    {"EscapedBackslash", "KEY=\"a\\\\b\"", "a\\b"},
+    {"EscapedDollar", "KEY=\"\\$x\"", "$x"},
+    {"BackslashInSingleQuotes", "KEY='a\\b'", "a\\b"},
+    {"EscapeWithoutQuotes", "KEY=a\\ b", "a b"},
+    {"BackslashAtTheEnd", "KEY=a\\", "a\\"},
+    {"JoinedPieces", "KEY=a\"b\"'c'd", "abcd"},
+    {"QuoteThatNeverEnds", "KEY=\"a b", "a b"},
+    {"OnlyAQuote", "KEY=\"", ""},
+    {"EmptyFile", "", ""},
+};
+
+class OsReleaseValueTest : public ::testing::TestWithParam<ValueCase> {};
+
+TEST_P(OsReleaseValueTest, IsUnquoted) {
+  EXPECT_EQ(ParseOsRelease(GetParam().text, "KEY"), GetParam().value);
+}
+
+INSTANTIATE_TEST_SUITE_P(Values, OsReleaseValueTest, ::testing::ValuesIn(kValues),
+                         [](const auto& test) { return test.param.name; });
+
+// What the shell makes of random values in each kind of quotes.
+TEST(OsReleaseTest, UnquotesAsTheShellDoes) {
+  const ScopedTempDir folder;
+  Testing::Random random;
+  const std::string letters = "ab=#;&|<>*?~!()[]{} \t";
+  for (int round = 0; round < 40; ++round) {
+    std::string plain;
+    for (std::size_t size = random.Below(12); size > 0; --size) {
+      plain += letters[random.Below(letters.size())];
+    }
+    for (const char quote : {'"', '\''}) {
+      const std::string path = folder.Write("os-release", "KEY=" + (quote + plain) + quote + "\n");
+      EXPECT_EQ(ParseOsRelease(folder.Read("os-release"), "KEY"),
+                Testing::Witness(". " + path + "; printf %s \"$KEY\""))
+          << random.HowToRepeat();
+    }
+  }
+}
+
+TEST(OsReleaseTest, ANameInAFileThatCannotBeReadIsEmpty) {
+  const ScopedTempDir root;
+  root.MakeDirectory("etc/os-release");
+  root.MakeDirectory("usr/lib/os-release");
+  EXPECT_EQ(ReadDistributionName(root.GetPath()), "");
+}
+
+TEST(OsReleaseTest, TheFileBelowEtcCounts) {
+  const ScopedTempDir root;
+  root.Write("etc/os-release", "VERSION=1\n");
+  root.Write("usr/lib/os-release", "NAME=Other\n");
+  EXPECT_EQ(ReadDistributionName(root.GetPath()), "") << "also when it has no name";
 }
 
 }  // namespace

@@ -72,15 +72,6 @@ TEST(ProcessesTest, TakesAnyBytesWithinTheParenthesesAsTheName) {
   }
 }
 
-TEST(ProcessesTest, RefusesWhatIsNoProcess) {
-  for (const std::string& text :
-       {std::string(), std::string("42"), std::string("42 (cat"), std::string("42 )cat("),
-        std::string("42 (cat)"), std::string("42 (cat) S 1 2 3"), "x (cat)" + kNumbers,
-        " (cat)" + kNumbers, "42 (cat) SS" + kNumbers.substr(2)}) {
-    EXPECT_FALSE(ParseProcess(text)) << text;
-  }
-}
-
 TEST(ProcessesTest, TakesATextThatIsCutAnywhere) {
   const std::string text = "42 (a (b) c)" + kNumbers;
   std::size_t accepted = 0;
@@ -211,6 +202,76 @@ TEST(ProcessesTest, NamesTerminals) {
   EXPECT_EQ(name(143, 255), "pts/2047");
   EXPECT_EQ(name(229, 0), "hvc0");
   EXPECT_EQ(name(4, 64), "4:64");
+}
+
+struct DamagedStat {
+  const char* name;
+  const char* text;
+};
+
+const DamagedStat kDamagedStats[] = {
+    {"Empty", ""},
+    {"OnlyANumber", "42"},
+    {"NameThatNeverEnds", "42 (cat"},
+    {"NameThatNeverBegins", "42 cat) S 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1"},
+    {"ParenthesesTheOtherWayRound", "42 )cat( S 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1"},
+    {"NothingAfterTheName", "42 (cat)"},
+    {"OneNumberTooFew", "42 (cat) S 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1"},
+    {"StateOfTwoLetters", "42 (cat) SS 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1"},
+    {"NumberIsAWord", "x (cat) S 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1"},
+    {"NumberIsMissing", " (cat) S 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1"},
+    {"NumberBeyond64Bits",
+     "99999999999999999999 (cat) S 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1"},
+};
+
+class DamagedStatTest : public ::testing::TestWithParam<DamagedStat> {};
+
+TEST_P(DamagedStatTest, IsNoProcess) { EXPECT_FALSE(ParseProcess(GetParam().text)); }
+
+INSTANTIATE_TEST_SUITE_P(Texts, DamagedStatTest, ::testing::ValuesIn(kDamagedStats),
+                         [](const auto& test) { return test.param.name; });
+
+TEST(ProcessesTest, AColumnThatIsNoNumberCountsAsZero) {
+  const auto process = ParseProcess("42 (cat) S x y z a b c d e f g h i j k l m n o p q r");
+  ASSERT_TRUE(process);
+  EXPECT_EQ(process->parentId, 0);
+  EXPECT_EQ(process->terminal, 0);
+  EXPECT_EQ(process->processorTicks, 0);
+  EXPECT_EQ(process->threads, 0);
+  EXPECT_EQ(process->residentMemory, 0);
+  EXPECT_FALSE(process->isKernelThread);
+}
+
+TEST(ProcessesTest, AColumnBeyond64BitsCountsAsZero) {
+  const auto process =
+      ParseProcess("42 (cat) S 1 1 1 1 1 1 1 1 1 1 18446744073709551615 5 1 1 1 1 1 1 1 1 1");
+  ASSERT_TRUE(process);
+  EXPECT_EQ(process->processorTicks, 5);
+}
+
+TEST(ProcessesTest, TheMemoryInStatusMayBeMissingOrAWord) {
+  const ScopedTempDir proc;
+  WriteProcess(proc, "42", "cat", "");
+  const long fromStat = 5 * ::sysconf(_SC_PAGESIZE) / 1024;
+  for (const char* const line : {"", "VmRSS:\n", "VmRSS:\tmuch kB\n", "VmRSS: 7\n"}) {
+    proc.Write("42/status", std::string("Uid:\t1\t2\t3\t4\n") + line);
+    const auto process = ReadProcess(proc.GetPath(), 42);
+    ASSERT_TRUE(process) << line;
+    EXPECT_EQ(process->residentMemory, fromStat) << line;
+    EXPECT_EQ(process->user, 2u);
+  }
+}
+
+TEST(ProcessesTest, ReadsItself) {
+  const auto process = ReadProcess("/proc", ::getpid());
+  ASSERT_TRUE(process);
+  EXPECT_EQ(process->id, ::getpid());
+  EXPECT_EQ(process->parentId, ::getppid());
+  EXPECT_EQ(process->user, ::geteuid());
+  EXPECT_EQ(process->state, 'R');
+  EXPECT_GT(process->residentMemory, 0);
+  EXPECT_FALSE(ReadProcess("/proc", 0));
+  EXPECT_FALSE(ReadProcess("/proc", -1));
 }
 
 }  // namespace

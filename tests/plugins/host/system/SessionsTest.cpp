@@ -124,5 +124,70 @@ TEST(SessionsTest, ReadsAFolderOfSessions) {
   EXPECT_THAT(ReadSessionFolder(folder.GetPath("absent")), IsEmpty());
 }
 
+struct SessionCase {
+  const char* name;
+  const char* text;
+  std::vector<std::string> sessions;
+};
+
+// Each session as "USER TERMINAL HOST PROCESS START".
+const SessionCase kSessionFiles[] = {
+    {"Complete",
+     "USER=anna\nTTY=pts/0\nREMOTE_HOST=h\nCLASS=user\nLEADER=7\nREALTIME=1000000\n",
+     {"anna pts/0 h 7 1"}},
+    {"WithoutTerminalAndHost",
+     "USER=anna\nCLASS=user\nLEADER=7\nREALTIME=1999999\n",
+     {"anna   7 1"}},
+    {"WithoutNumbers", "USER=anna\nCLASS=user\n", {"anna   0 0"}},
+    {"NumbersThatAreWords", "USER=anna\nCLASS=user\nLEADER=x\nREALTIME=y\n", {"anna   0 0"}},
+    {"NumbersBeyond64Bits",
+     "USER=anna\nCLASS=user\nLEADER=99999999999999999999\nREALTIME=99999999999999999999\n",
+     {"anna   0 0"}},
+    {"LargestNumbers",
+     "USER=anna\nCLASS=user\nLEADER=9223372036854775807\nREALTIME=9223372036854775807\n",
+     {"anna   9223372036854775807 9223372036854"}},
+    {"QuotedValues", "USER='an na'\nCLASS=\"user\"\n", {"an na   0 0"}},
+    {"WithoutUser", "CLASS=user\nTTY=tty1\n", {}},
+    {"Greeter", "USER=gdm\nCLASS=greeter\n", {}},
+    {"LockScreen", "USER=anna\nCLASS=lock-screen\n", {}},
+    {"WithoutClass", "USER=anna\n", {}},
+    {"Empty", "", {}},
+    {"NoText", "\xff\xfe\n", {}},
+};
+
+class SessionFileTest : public ::testing::TestWithParam<SessionCase> {};
+
+TEST_P(SessionFileTest, IsRead) {
+  const ScopedTempDir folder;
+  folder.Write("1", GetParam().text);
+  std::vector<std::string> found;
+  for (const Session& session : ReadSessionFolder(folder.GetPath())) {
+    found.push_back(session.user + " " + session.terminal + " " + session.host + " " +
+                    std::to_string(session.process) + " " + std::to_string(session.start));
+  }
+  EXPECT_EQ(found, GetParam().sessions);
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, SessionFileTest, ::testing::ValuesIn(kSessionFiles),
+                         [](const auto& test) { return test.param.name; });
+
+TEST(SessionsTest, PassesOverFoldersAmongTheSessions) {
+  const ScopedTempDir folder;
+  folder.MakeDirectory("1.ref");
+  folder.Write("2", "USER=anna\nCLASS=user\n");
+  EXPECT_EQ(ReadSessionFolder(folder.GetPath()).size(), 1u);
+}
+
+TEST(SessionsTest, ARecordThatIsCutShortIsLeftOut) {
+  const ScopedTempDir folder;
+  const std::string records = Record(USER_PROCESS, "anna", "pts/0", "", kGone, 1) +
+                              Record(USER_PROCESS, "bo", "pts/1", "", kGone, 2);
+  for (const std::size_t size : {records.size() - 1, records.size() / 2 + 1, records.size() / 2}) {
+    const auto sessions = ReadSessionRecords(folder.Write("utmp", records.substr(0, size)), false);
+    ASSERT_EQ(sessions.size(), 1u) << size;
+    EXPECT_EQ(sessions[0].user, "anna");
+  }
+}
+
 }  // namespace
 }  // namespace Kestrel::Host

@@ -124,5 +124,39 @@ TEST(SystemStatisticsTest, SaysWhichFileMakesNoSense) {
   }
 }
 
+struct MemoryLineCase {
+  const char* name;
+  const char* line;
+  long buffers;
+};
+
+// A line beside those for the total and the free memory, and what it makes of the buffers.
+const MemoryLineCase kMemoryLines[] = {
+    {"Usual", "Buffers:          12 kB", 12},
+    {"WithoutUnit", "Buffers: 12", 12},
+    {"WithoutSpace", "Buffers:12 kB", 12},
+    {"Tab", "Buffers:\t12 kB", 12},
+    {"Absent", "", 0},
+    {"NoNumber", "Buffers:", 0},
+    {"Word", "Buffers: many kB", 0},
+    {"Beyond64Bits", "Buffers: 9223372036854775808 kB", 0},
+    {"LargestNumber", "Buffers: 9223372036854775807 kB", 9223372036854775807},
+    {"LongerName", "BuffersHuge: 12 kB", 0},
+    {"ShorterName", "Buffer: 12 kB", 0},
+    {"WithoutColon", "Buffers 12 kB", 0},
+    {"FirstOfTwo", "Buffers: 1 kB\nBuffers: 2 kB", 1},
+};
+
+class MemoryLineTest : public ::testing::TestWithParam<MemoryLineCase> {};
+
+TEST_P(MemoryLineTest, IsRead) {
+  const ScopedTempDir proc;
+  proc.Write("meminfo", std::string("MemTotal: 9 kB\nMemFree: 3 kB\n") + GetParam().line + "\n");
+  EXPECT_EQ(ReadMemory(proc.GetPath()).buffers, GetParam().buffers);
+}
+
+INSTANTIATE_TEST_SUITE_P(Lines, MemoryLineTest, ::testing::ValuesIn(kMemoryLines),
+                         [](const auto& test) { return test.param.name; });
+
 }  // namespace
 }  // namespace Kestrel::Host
