@@ -13,11 +13,10 @@
 
 namespace Kestrel::AutoCli {
 
-/// Converts values to what their `ToString()` returns, without allocating memory for a scalar.
+/// What a value's `ToString()` gives, made without a string where the value is a scalar.
 class PlainText {
  public:
-  /// Returns the text of `value`. It is valid until the next call, while `value` and this object
-  /// exist.
+  /// The text of `value`; it lives as long as the value and this object, until the next call.
   std::string_view Of(const MetaObj::MetaObject& value) {
     if (!MetaObj::ValueAccess::IsScalarClass(value)) {
       text_ = value.ToString();
@@ -33,7 +32,7 @@ class PlainText {
     }
   }
 
-  /// Returns the length of that text.
+  /// The length of that text.
   std::size_t Measure(const MetaObj::MetaObject& value) {
     const auto* number = ViewAs<MetaObj::MetaInt>(&value);
     return number == nullptr ? Of(value).size() : TextWriter::Measure(Decimal{number->GetValue()});

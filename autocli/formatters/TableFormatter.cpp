@@ -32,18 +32,18 @@ namespace {
 
 constexpr std::string_view kGapText = "  ";  // between two columns
 constexpr std::size_t kGap = kGapText.size();
-constexpr std::size_t kMaxLayouts = 8;  // The rows of a table seldom have more.
+constexpr std::size_t kMaxLayouts = 8;  // Rows of more layouts than these are unlikely.
 
 std::string Trim(std::string_view text) {
-  static constexpr std::string_view kWhiteSpace = " \t\f\v\n\r";
-  const std::size_t first = text.find_first_not_of(kWhiteSpace);
+  static constexpr std::string_view kBlanks = " \t\f\v\n\r";
+  const std::size_t first = text.find_first_not_of(kBlanks);
   if (first == std::string_view::npos) {
     return std::string();
   }
-  return std::string(text.substr(first, text.find_last_not_of(kWhiteSpace) - first + 1));
+  return std::string(text.substr(first, text.find_last_not_of(kBlanks) - first + 1));
 }
 
-/// A field name, or a path of field names through nested structures, separated by '.'.
+/// A field name, or several that lead through nested structures, joined by '.'.
 class FieldPath {
  public:
   explicit FieldPath(std::string path) : text_(std::move(path)) {
@@ -62,29 +62,27 @@ class FieldPath {
 
   const std::string& GetText() const { return text_; }
 
-  /// Returns the first name of the path.
+  /// The field of the structure itself with which the path begins.
   const std::string& GetFirst() const { return rest_ == nullptr ? text_ : rest_->first; }
 
-  /// Returns the value at the end of the path, null if there is none. `first` is the value of the
-  /// first name in `structure`, null if there is no such field. If a name other than the last one
-  /// is not found, the next one is looked up in the same structure, because scripts rely on it. If
-  /// the value of such a name is not a structure, the result is null.
-  const std::shared_ptr<MetaObject>* Follow(const MetaStruct& structure,
+  /// The value at the end of the path, `first` being that of its first field in `record`; null when
+  /// there is none. A step that names nothing is passed over, unless it is the last one: scripts
+  /// rely on it. Nothing is found behind a value that is no structure.
+  const std::shared_ptr<MetaObject>* Follow(const MetaStruct& record,
                                             const std::shared_ptr<MetaObject>* first) {
-    return rest_ == nullptr ? first : FollowRest(structure, first);
+    return rest_ == nullptr ? first : FollowRest(record, first);
   }
 
  private:
-  /// What a path of several names needs. Separate, because most paths are a single name, and there
-  /// may be very many.
+  /// Kept apart: most paths are one name, and there may be very many of them.
   struct Rest {
     std::string first;
     std::vector<FieldSlot> steps;
   };
 
-  const std::shared_ptr<MetaObject>* FollowRest(const MetaStruct& structure,
+  const std::shared_ptr<MetaObject>* FollowRest(const MetaStruct& record,
                                                 const std::shared_ptr<MetaObject>* value) {
-    const MetaStruct* current = &structure;
+    const MetaStruct* current = &record;
     for (FieldSlot& step : rest_->steps) {
       current = value == nullptr ? current : ViewAs<MetaStruct>(value->get());
       value = current == nullptr ? nullptr : step.Find(*current);
@@ -102,8 +100,8 @@ struct Column {
   const std::string& GetName() const { return path.GetText(); }
 
   FieldPath path;
-  std::size_t width;       // including the gap
-  bool isWrapped = false;  // fitted to the display instead of padded
+  std::size_t width;       // the gap included
+  bool isWrapped = false;  // fitted to the screen instead of padded
 };
 
 std::vector<Column> ChooseColumns(const MetaStruct& structure, const FormatParameters& params) {
@@ -130,7 +128,7 @@ bool ShowsHeader(const FormatParameters& params) {
   return (choice.empty() ? params.GetParameter("table-header") : choice) != "false";
 }
 
-/// Prints one table: first measures all cells, then writes them.
+/// One table on its way to the stream: measured first, then written.
 class Table {
  public:
   Table(const MetaList& list, const MetaStruct& structure, const FormatParameters& params,
@@ -142,16 +140,16 @@ class Table {
         writer_(writer),
         columns_(ChooseColumns(structure, params)) {}
 
-  /// Widens each column to its longest cell. If the table cannot be printed, writes an error
-  /// message and returns false.
+  /// Widens each column to its longest text; writes what is wrong and gives false when the table
+  /// cannot be printed.
   bool Measure() {
     for (const auto& element : list_.GetObjects()) {
-      const auto* row = ViewAs<MetaStruct>(element.get());
-      if (row == nullptr) {
+      const auto* record = ViewAs<MetaStruct>(element.get());
+      if (record == nullptr) {
         writer_.Append("Error: Unexpected type, unable to get struct from list\n");
         return false;
       }
-      if (!MeasureRow(*row)) {
+      if (!MeasureRow(*record)) {
         return false;
       }
     }
@@ -171,8 +169,8 @@ class Table {
   }
 
  private:
-  bool MeasureRow(const MetaStruct& row) {
-    const Column* const missing = ForEachCell(row, [this](Column& column, const auto& value) {
+  bool MeasureRow(const MetaStruct& record) {
+    const Column* const missing = ForEachCell(record, [this](Column& column, const auto& value) {
       column.width = std::max(column.width, MeasureText(column, value) + kGap);
     });
     if (missing != nullptr) {
@@ -192,7 +190,7 @@ class Table {
       for (; column != columns_.end(); ++column, ++slot) {
         const auto* const value = column->path.Follow(row, ValueInSlot(slots, *slot));
         if (value == nullptr || !MetaObj::ValueAccess::IsScalarClass(**value)) {
-          // A value of a foreign class may change the row when `ToString` is called.
+          // A value of a foreign class may change the row while its text is made.
           break;
         }
         use(*column, **value);
@@ -212,8 +210,8 @@ class Table {
     return nullptr;
   }
 
-  /// Returns for each column the slot of the first name of its path. Null if the row has no layout.
-  /// Valid until the next call.
+  /// Returns the slots of the first fields of all columns' paths in the layout of the row, null if
+  /// the row shares no layout. The pointer is valid until the next call.
   const std::size_t* FindSlots(const MetaStruct& row) {
     const MetaObj::FieldLayout* const layout = MetaObj::ValueAccess::Layout(row);
     return layout == nullptr ? nullptr
@@ -229,19 +227,19 @@ class Table {
     return slots;
   }
 
-  /// Makes the styles of all columns for the type of `row`, unless the row before had that type.
-  void SelectStyles(const MetaStruct& row) {
-    if (!isStyled_ || row.GetTypeName() == styledType_) {
+  /// Looks the columns' styles up for the type of `record`, once for rows of one type.
+  void SelectStyles(const MetaStruct& record) {
+    if (!isStyled_ || record.GetTypeName() == styledType_) {
       return;
     }
-    styledType_ = row.GetTypeName();
+    styledType_ = record.GetTypeName();
     styles_.clear();
     for (const Column& column : columns_) {
       styles_.emplace_back(styledType_, column.GetName(), params_);
     }
   }
 
-  /// Returns the style of a column for the current row, null if values are printed unchanged.
+  /// The style of a column for the row at hand; null when values are printed as they are.
   const FieldStyle* FindStyle(const Column& column) const {
     if (!isStyled_) {
       return nullptr;
@@ -284,8 +282,7 @@ class Table {
     writer_.Append('\n');
   }
 
-  /// Marks the columns to be wrapped: those with the name of the last one, if the others leave room
-  /// for that name.
+  /// Wrapped are the columns that have the last one's name, where the others leave room for it.
   void SetUpWrapping() {
     if (params_.GetParameter("wrap-last") != "true" || displayWidth_ == 0 || columns_.empty()) {
       return;
@@ -304,9 +301,9 @@ class Table {
     }
   }
 
-  bool WriteRow(const MetaStruct& row) {
-    const Column* const missing =
-        ForEachCell(row, [this](Column& column, const auto& value) { WriteCell(column, value); });
+  bool WriteRow(const MetaStruct& record) {
+    const Column* const missing = ForEachCell(
+        record, [this](Column& column, const auto& value) { WriteCell(column, value); });
     if (missing != nullptr) {
       writer_.AppendAll("Unknown column ", missing->GetName());
       return false;
@@ -317,7 +314,7 @@ class Table {
 
   void WriteCell(const Column& column, const MetaObject& value) {
     if (column.isWrapped) {
-      // Neither units nor printf apply to a wrapped column.
+      // The value as it is: neither units nor printf apply to a wrapped column.
       const FitRules rules{wrapIndent_, static_cast<int>(displayWidth_), true, false, 0, true};
       FitText(plain_.Of(value), rules, writer_);
       return;
@@ -325,8 +322,7 @@ class Table {
     const FieldStyle* const style = FindStyle(column);
     const auto* const number = style == nullptr ? ViewAs<MetaInt>(&value) : nullptr;
     if (number != nullptr) {
-      // Formatted directly into the output: copying digits that have just been written byte by byte
-      // would be slow.
+      // Not by way of its text: what was just written byte by byte is slow to read as a block.
       return WriteNumber(column, Decimal{number->GetValue()});
     }
     const std::string_view text = MakeText(style, value);
@@ -342,10 +338,9 @@ class Table {
     writer_.AppendAll(Fill(column.width - kGap, size), number, kGapText);
   }
 
-  /// Returns the spaces that pad `size` bytes to `width`. None if there are more bytes: a value can
-  /// change after it was measured.
-  static Spaces Fill(std::size_t width, std::size_t size) {
-    return Spaces{width > size ? width - size : 0};
+  /// The blanks beside a text of that size; none when it is wider, as one may be that changed.
+  static Blanks Fill(std::size_t width, std::size_t size) {
+    return Blanks{width > size ? width - size : 0};
   }
 
   const MetaList& list_;
@@ -357,7 +352,7 @@ class Table {
   LayoutCache<std::vector<std::size_t>, kMaxLayouts> slots_;
   int wrapIndent_ = 0;
   std::string styledType_;
-  std::vector<FieldStyle> styles_;  // one per column; empty if isStyled_ is false
+  std::vector<FieldStyle> styles_;  // one per column, when there are styles at all
   PlainText plain_;
   std::string styled_;
 };
@@ -368,7 +363,7 @@ TableFormatter::TableFormatter() : Formatter("table") {
   description =
       "Print a list of structs as a table, with each row being one entry in the list and each "
       "column being a field of the structure.";
-  // Spelled so: scripts match these descriptions.
+  // Spelled so: scripts match these texts.
   params = {
       {"fields:<TypeName>",
        "The list of fields and the order in which to print them for the type named in <TypeName>",
@@ -415,14 +410,14 @@ void TableFormatter::Format(const std::shared_ptr<CallSpec::Output>& output,
   writer.Finish();
 }
 
-std::shared_ptr<MetaObject> GetSubField(std::shared_ptr<MetaStruct> structure,
+std::shared_ptr<MetaObject> GetSubField(std::shared_ptr<MetaStruct> record,
                                         const std::string& path) {
-  if (structure == nullptr) {
+  if (record == nullptr) {
     return nullptr;
   }
   FieldPath steps(path);
-  const auto* const first = MetaObj::ValueAccess::Find(*structure, steps.GetFirst());
-  const auto* const value = steps.Follow(*structure, first);
+  const auto* const first = MetaObj::ValueAccess::Find(*record, steps.GetFirst());
+  const auto* const value = steps.Follow(*record, first);
   return value == nullptr ? nullptr : *value;
 }
 

@@ -8,16 +8,16 @@
 
 namespace Kestrel::AutoCli {
 
-/// Splits a string at every separator, one piece at a time, without copying.
+/// Cuts a text at every separator, one piece at a time, without copying.
 ///
-/// A piece may be empty, except after a trailing separator: the pieces of "a,,b," are "a", "" and
-/// "b". The empty string has no pieces.
+/// Empty pieces at the front and between two separators count; the empty piece behind a trailing
+/// separator does not, and an empty text has no pieces: "a,,b," gives "a", "", "b".
 class TextPieces {
  public:
-  /// Splits `text`, which is not copied and must outlive the object.
+  /// Looks at `text`, which must outlive the object.
   TextPieces(std::string_view text, char separator) : text_(text), separator_(separator) {}
 
-  /// Sets `piece` to the next piece. Returns false if there is none.
+  /// Sets `piece` to the next one; false when there is none left.
   bool Next(std::string_view& piece) {
     if (next_ >= text_.size()) {
       return false;

@@ -7,12 +7,12 @@
 
 namespace Kestrel::AutoCli {
 
-/// The size of the terminal for which a formatter prints. A byte takes one column.
+/// The size of the terminal that a formatter prints for. A byte of text fills one column.
 struct DisplayContext {
-  /// The number of columns; 0 if there is no terminal. Formatters then wrap no lines.
+  /// Columns; 0 when there is no terminal, and then no formatter wraps a line.
   std::uint16_t width = 0;
 
-  /// The number of rows; 0 if there is no terminal.
+  /// Rows; 0 when there is no terminal.
   std::uint16_t height = 0;
 };
 

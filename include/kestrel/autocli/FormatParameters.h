@@ -11,46 +11,44 @@
 
 namespace Kestrel::AutoCli {
 
-/// The name of a formatter and the parameters for it, as chosen by the user or by a command's
-/// defaults.
+/// The choice of a formatter and of its parameters, carried from the command line and from a
+/// command's defaults to the formatter.
 ///
-/// A plain value that can be copied and moved. Keys are compared byte by byte; a qualifier, as in
-/// "fields:<TypeName>" or "units:<TypeName>.<FieldName>", is part of the key. Do not change an
-/// object while a formatter uses it.
+/// A plain value: copy and move it freely. A key is an exact byte string; the qualifier that some
+/// keys carry ("fields:<TypeName>", "units:<TypeName>.<FieldName>") is part of the key. Do not
+/// change an object while a formatter reads it.
 class KESTREL_API FormatParameters {
  public:
-  /// Creates an object without a formatter name and without parameters.
+  /// Chooses no formatter and holds no parameters.
   FormatParameters();
 
-  /// Sets the name of the formatter; empty for none. A null `name` counts as empty.
+  /// Replaces the formatter's name; an empty name chooses none. A null `name` counts as empty.
   void SetFormatter(std::string name);
   void SetFormatter(const char* name);
 
-  /// Returns the name of the formatter, empty if there is none. The reference is valid as long as
-  /// the object exists.
+  /// The formatter's name, empty when none is chosen. Valid until the name is set again.
   const std::string& GetFormatter() const;
 
-  /// Returns all parameters, ordered by key.
+  /// Every parameter, ordered by key.
   const std::map<std::string, std::string>& GetParameters() const;
 
-  /// Returns whether there is a parameter `key`. Its value may be empty.
+  /// Whether `key` is present, be its value empty or not.
   bool HasParameter(const std::string& key) const;
 
-  /// Returns the value of `key`, or an empty string if there is no such parameter. The reference is
-  /// valid until the object is assigned to or destroyed.
+  /// The value of `key`, or the empty string when there is none. Nothing is thrown or inserted.
+  /// The reference to a present value holds until that key is gone; the empty string stays.
   const std::string& GetParameter(const std::string& key) const;
 
-  /// Adds a parameter or replaces its value. A null `key` or `value` counts as empty.
+  /// Adds the parameter, or replaces its value. A null `key` or `value` counts as empty.
   void SetParameter(std::string key, std::string value);
   void SetParameter(const char* key, const char* value);
 
-  /// Copies the formatter name of `other`, unless it is empty, and all parameters of `other`.
-  /// Parameters that only this object has are kept. `other` may be this object.
+  /// Lays `other` over this object: its formatter's name unless that is empty, and each of its
+  /// parameters. What only this object has stays. `other` may be this object itself.
   void OverrideValues(const FormatParameters& other);
 
-  /// Returns the value of `key`, split at every comma. Pieces are not trimmed and may be empty, but
-  /// a trailing comma is not followed by an empty piece. Returns no pieces if the value is empty or
-  /// there is no such parameter.
+  /// The value of `key`, cut at every ",". Nothing is trimmed, empty pieces are kept, but the
+  /// empty piece behind a trailing comma is not. An absent key and an empty value give no pieces.
   std::vector<std::string> GetParameterAsList(const std::string& key) const;
 
  private:

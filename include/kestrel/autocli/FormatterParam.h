@@ -7,15 +7,15 @@
 
 namespace Kestrel::AutoCli {
 
-/// The documentation of one parameter of a formatter.
+/// One parameter that a formatter documents.
 struct FormatterParam {
-  /// The key, for example "fields:<TypeName>".
+  /// The key as documented, e.g. "fields:<TypeName>".
   std::string name;
 
-  /// A description for users.
+  /// What the key does, for people.
   std::string description;
 
-  /// True only for "fields:<TypeName>" of the table formatter. The library does not use it.
+  /// Set by the table formatter's "fields:<TypeName>" alone; handed out, never read.
   bool flag = false;
 };
 

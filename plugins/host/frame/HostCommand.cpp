@@ -16,6 +16,7 @@ HostCommand::~HostCommand() = default;
 std::shared_ptr<CallSpec::InputSpec> HostCommand::GetInputSpecInternal() {
   auto spec = CallSpec::InputSpec::New();
   DeclareParameters(*spec);
+  DeclareCommonParameters(*spec);
   return spec;
 }
 
@@ -30,13 +31,20 @@ void HostCommand::ExecuteInternal(const std::shared_ptr<CallSpec::Input>& input,
   if (input == nullptr) {
     throw KestrelException("The command needs an input");
   }
-  Run(*input, *output);
+  ChooseFormat(*input);
+  // A command without a result is no fault of the program: the message needs no frame of words.
+  try {
+    Run(*input, *output);
+  } catch (const KestrelException& error) {
+    output->AddErrorMessage(error.what());
+  }
 }
 
-void HostCommand::ShowAsTable(const char* typeName, const char* columns,
+void HostCommand::ShowAsTable(const std::string& columns,
                               std::initializer_list<FormatParameter> parameters) {
   SetFormat("table", parameters);
-  SetDefaultOutputParameter(std::string("fields:") + typeName, columns);
+  // Not "fields:<TypeName>", which would win over a "fields" that the user chooses.
+  SetDefaultOutputParameter("fields", columns);
 }
 
 void HostCommand::ShowAsLines(const char* typeName, const char* fields,
@@ -47,6 +55,10 @@ void HostCommand::ShowAsLines(const char* typeName, const char* fields,
 }
 
 void HostCommand::ShowAsValue() { SetFormat("simple", {}); }
+
+void HostCommand::DeclareCommonParameters(CallSpec::InputSpec&) const {}
+
+void HostCommand::ChooseFormat(const CallSpec::Input&) {}
 
 void HostCommand::DeclareParameters(CallSpec::InputSpec&) const {}
 

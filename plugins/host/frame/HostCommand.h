@@ -12,6 +12,7 @@
 
 #include <initializer_list>
 #include <memory>
+#include <string>
 
 #include "plugins/host/frame/Parameter.h"
 #include "plugins/host/frame/StructShape.h"
@@ -42,8 +43,8 @@ class HostCommand : public AutoCli::Command {
     const char* value;
   };
 
-  /// Shows the result as a table with those columns of `typeName`, a list separated by commas.
-  void ShowAsTable(const char* typeName, const char* columns,
+  /// Shows the result as a table with those columns, a list separated by commas.
+  void ShowAsTable(const std::string& columns,
                    std::initializer_list<FormatParameter> parameters = {});
   /// Shows the result as indented lines, one for each of those fields of `typeName`.
   void ShowAsLines(const char* typeName, const char* fields,
@@ -52,6 +53,11 @@ class HostCommand : public AutoCli::Command {
   void ShowAsValue();
 
  private:
+  /// Adds the parameters that a whole kind of commands has; none unless overridden.
+  virtual void DeclareCommonParameters(CallSpec::InputSpec& spec) const;
+  /// Adapts the default format to what `input` asks for; nothing unless overridden. Called before
+  /// each run, because a command serves many calls.
+  virtual void ChooseFormat(const CallSpec::Input& input);
   /// Adds the command's parameters; none unless overridden.
   virtual void DeclareParameters(CallSpec::InputSpec& spec) const;
   /// Sets the sample result and its description.

@@ -7,6 +7,10 @@
 #include <kestrel/metaobj/MetaInt.h>
 #include <kestrel/metaobj/MetaString.h>
 
+#include <utility>
+
+#include "plugins/host/frame/ByteSize.h"
+
 namespace Kestrel::Host {
 
 using MetaObj::MetaBool;
@@ -16,6 +20,12 @@ using MetaObj::MetaObject;
 using MetaObj::MetaString;
 using MetaObj::MetaStruct;
 using MetaObj::MetaType;
+
+namespace {
+
+constexpr char kBytesSuffix[] = " Bytes";
+
+}  // namespace
 
 StructShape::StructShape(const char* typeName) : definition_(MetaStruct::New(typeName)) {}
 
@@ -49,9 +59,47 @@ StructShape& StructShape::Structs(const char* name, const StructShape& shape,
   return Field(name, shape.NewList(), documentation);
 }
 
+StructShape& StructShape::Size(const char* name, const char* documentation) {
+  const std::string bytes = std::string(name) + kBytesSuffix;
+  sizes_.emplace(name, bytes);
+  Int(bytes.c_str(), (std::string(documentation) + " In bytes.").c_str());
+  return String(name, (std::string(documentation) + " In IEC units, for people.").c_str());
+}
+
 StructShape& StructShape::With(void (*declareFields)(StructShape& shape)) {
   declareFields(*this);
   return *this;
+}
+
+std::vector<std::string> StructShape::GetSortFields() const {
+  std::vector<std::string> fields;
+  for (std::string& name : definition_->GetFieldNames()) {
+    if (GetKind(name) < MetaType::Struct) {
+      fields.push_back(std::move(name));
+    }
+  }
+  return fields;
+}
+
+const std::string& StructShape::GetSortKey(const std::string& field) const {
+  const auto size = sizes_.find(field);
+  return size == sizes_.end() ? field : size->second;
+}
+
+MetaType StructShape::GetKind(const std::string& field) const {
+  return definition_->GetFieldType(field);
+}
+
+std::string StructShape::ForPeople(const std::string& columns) const {
+  std::string replaced = "," + columns + ",";
+  for (const auto& [text, bytes] : sizes_) {
+    const std::string column = "," + bytes + ",";
+    const std::size_t found = replaced.find(column);
+    if (found != std::string::npos) {
+      replaced.replace(found, column.size(), "," + text + ",");
+    }
+  }
+  return replaced.substr(1, replaced.size() - 2);
 }
 
 std::shared_ptr<MetaStruct> StructShape::NewStruct() const { return MetaStruct::New(definition_); }
@@ -74,6 +122,11 @@ StructShape& StructShape::Field(const char* name, const std::shared_ptr<MetaObje
                                 const char* documentation) {
   definition_->SetField(name, sample, documentation);
   return *this;
+}
+
+void SetSize(MetaStruct& row, const std::string& name, long bytes) {
+  row.SetField(name, FormatByteSize(bytes));
+  row.SetField(name + kBytesSuffix, bytes);
 }
 
 }  // namespace Kestrel::Host

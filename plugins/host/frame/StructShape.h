@@ -8,7 +8,10 @@
 #include <kestrel/metaobj/MetaObject.h>
 #include <kestrel/metaobj/MetaStruct.h>
 
+#include <map>
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace Kestrel::Host {
 
@@ -30,8 +33,28 @@ class StructShape {
   StructShape& Struct(const char* name, const StructShape& shape, const char* documentation);
   StructShape& Structs(const char* name, const StructShape& shape, const char* documentation);
 
+  /// Adds a number of bytes in two fields: the integer "<name> Bytes", and the string `name` with
+  /// the number in IEC units for people. `SetSize` fills both.
+  StructShape& Size(const char* name, const char* documentation);
+
   /// Adds the fields that several shapes share.
   StructShape& With(void (*declareFields)(StructShape& shape));
+
+  /// Whether `Size` was called.
+  bool HasSizes() const { return !sizes_.empty(); }
+
+  /// The fields that rows can be sorted by, in byte order: those with a scalar value.
+  std::vector<std::string> GetSortFields() const;
+
+  /// The field whose values are compared when rows are sorted by `field`, one of the above: the
+  /// bytes of a size, else `field` itself.
+  const std::string& GetSortKey(const std::string& field) const;
+
+  /// The kind of a declared field.
+  MetaObj::MetaType GetKind(const std::string& field) const;
+
+  /// A list of columns with the bytes of each size replaced by its text for people.
+  std::string ForPeople(const std::string& columns) const;
 
   /// A structure of this shape, none of whose fields is set.
   std::shared_ptr<MetaObj::MetaStruct> NewStruct() const;
@@ -48,6 +71,10 @@ class StructShape {
                      const char* documentation);
 
   std::shared_ptr<MetaObj::MetaStruct> definition_;
+  std::map<std::string, std::string> sizes_;  // the field with the text, and that with the bytes
 };
+
+/// Sets both fields of a size that the shape of `row` declares by `StructShape::Size`.
+void SetSize(MetaObj::MetaStruct& row, const std::string& name, long bytes);
 
 }  // namespace Kestrel::Host

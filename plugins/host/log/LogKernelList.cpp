@@ -1,13 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include <kestrel/KestrelException.h>
-
 #include <algorithm>
 #include <string>
 #include <vector>
 
-#include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/ListCommand.h"
 #include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/log/KernelLog.h"
 #include "plugins/host/log/LocalZone.h"
@@ -75,10 +73,12 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const KernelMessage& message,
   return result;
 }
 
-class LogKernelList final : public HostCommand {
+class LogKernelList final : public ListCommand {
  public:
-  LogKernelList() : HostCommand("List the last messages of the kernel.") {
-    ShowAsTable("KernelLogLine", "Time,Level,Text", {{"wrap-last", "true"}});
+  LogKernelList()
+      : ListCommand("List the last messages of the kernel.", Shape,
+                    "The messages, the last one at the end.") {
+    ShowColumns("Time,Level,Text", {{"wrap-last", "true"}});
     AddExample("", "List the last 50 messages");
     AddExample("--level warning --since today", "List today's warnings and errors");
     AddExample("--match usb --lines 10", "List the last ten messages about USB");
@@ -87,25 +87,16 @@ class LogKernelList final : public HostCommand {
  private:
   void DeclareParameters(CallSpec::InputSpec& spec) const override { AddLogParameters(spec); }
 
-  void DeclareResult(CallSpec::OutputSpec& spec) const override {
-    Shape().DeclareList(spec, "The messages, the last one at the end.");
-  }
-
-  void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
+  void AddRows(const CallSpec::Input& input, CallSpec::Output& output,
+               MetaObj::MetaList& rows) const override {
     const LocalZone zone;
     const LogChoice choice(input, zone, output);
     if (output.HasError()) {
       return;
     }
-    try {
-      const KernelClock clock;
-      const auto list = Shape().NewList();
-      for (const KernelMessage& message : LastMessages(choice.GetFilter(), clock)) {
-        list->Add(ToStruct(message, zone.ToText(clock.ToSeconds(message))));
-      }
-      output.SetRootObject(list);
-    } catch (const KestrelException& error) {
-      output.AddErrorMessage(error.what());
+    const KernelClock clock;
+    for (const KernelMessage& message : LastMessages(choice.GetFilter(), clock)) {
+      rows.Add(ToStruct(message, zone.ToText(clock.ToSeconds(message))));
     }
   }
 };

@@ -1,12 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include <kestrel/KestrelException.h>
-
 #include <string>
 #include <vector>
 
-#include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/ListCommand.h"
 #include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/log/Journal.h"
 #include "plugins/host/log/LogCommands.h"
@@ -59,10 +57,12 @@ std::vector<LogLine> ReadFile(const std::string& path, const LogFilter& filter,
   return lines;
 }
 
-class LogList final : public HostCommand {
+class LogList final : public ListCommand {
  public:
-  LogList() : HostCommand("List the last lines of the journal, of units, or of a log file.") {
-    ShowAsTable("LogLine", "Time,Source,Text", {{"wrap-last", "true"}});
+  LogList()
+      : ListCommand("List the last lines of the journal, of units, or of a log file.", Shape,
+                    "The lines, the last one at the end.") {
+    ShowColumns("Time,Source,Text", {{"wrap-last", "true"}});
     AddMetaData("complete:file", "file");
     AddMetaData("complete:unit", "service.list Name");
     AddExample("", "List the last 50 lines of the journal");
@@ -83,11 +83,8 @@ class LogList final : public HostCommand {
     AddLogParameters(spec);
   }
 
-  void DeclareResult(CallSpec::OutputSpec& spec) const override {
-    Shape().DeclareList(spec, "The lines, the last one at the end.");
-  }
-
-  void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
+  void AddRows(const CallSpec::Input& input, CallSpec::Output& output,
+               MetaObj::MetaList& rows) const override {
     const LocalZone zone;
     const LogChoice choice(input, zone, output);
     if (input.HasParameter("unit") && input.HasParameter("file")) {
@@ -96,14 +93,8 @@ class LogList final : public HostCommand {
     if (output.HasError()) {
       return;
     }
-    try {
-      const auto list = Shape().NewList();
-      for (const LogLine& line : Read(input, choice.GetFilter(), zone)) {
-        list->Add(ToStruct(line, zone));
-      }
-      output.SetRootObject(list);
-    } catch (const KestrelException& error) {
-      output.AddErrorMessage(error.what());
+    for (const LogLine& line : Read(input, choice.GetFilter(), zone)) {
+      rows.Add(ToStruct(line, zone));
     }
   }
 

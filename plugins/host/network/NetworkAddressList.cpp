@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/ListCommand.h"
 #include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/network/NetworkAddressShape.h"
 #include "plugins/host/network/NetworkCommands.h"
@@ -11,11 +11,12 @@
 namespace Kestrel::Host {
 namespace {
 
-class NetworkAddressList final : public HostCommand {
+class NetworkAddressList final : public ListCommand {
  public:
-  NetworkAddressList() : HostCommand("List the addresses of the network interfaces.") {
-    ShowAsTable("NetworkAddress", "Interface,Address,Prefix Length,Scope,Flags",
-                {{"wrap-last", "true"}});
+  NetworkAddressList()
+      : ListCommand("List the addresses of the network interfaces.", NetworkAddressShape,
+                    "The addresses, interface by interface.") {
+    ShowColumns("Interface,Address,Prefix Length,Scope,Flags", {{"wrap-last", "true"}});
     AddExample("", "List every address");
     AddExample("--interface eth0 --family 6", "List the IPv6 addresses of one interface");
     AddExample("--scope global", "List the addresses that others can reach");
@@ -39,25 +40,20 @@ class NetworkAddressList final : public HostCommand {
         .AddTo(spec);
   }
 
-  void DeclareResult(CallSpec::OutputSpec& spec) const override {
-    NetworkAddressShape().DeclareList(spec, "The addresses, interface by interface.");
-  }
-
-  void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
+  void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,
+               MetaObj::MetaList& rows) const override {
     const IntFilter families(input, "family");
     const IntFilter prefixLengths(input, "prefix-length");
     const StringFilter interfaces(input, "interface");
     const StringFilter scopes(input, "scope");
     const auto linkNames = LinkNames(ReadLinks());
-    const auto list = NetworkAddressShape().NewList();
     for (const NetworkAddress& address : ReadAddresses()) {
       if (families.Accepts(address.family) && prefixLengths.Accepts(address.prefixLength) &&
           scopes.Accepts(address.scope) &&
           interfaces.Accepts(LinkName(linkNames, address.interfaceIndex))) {
-        list->Add(ToStruct(address, linkNames));
+        rows.Add(ToStruct(address, linkNames));
       }
     }
-    output.SetRootObject(list);
   }
 };
 

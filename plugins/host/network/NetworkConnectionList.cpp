@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "plugins/host/frame/HostCommand.h"
 #include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/ListCommand.h"
 #include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/network/NetworkCommands.h"
@@ -61,11 +61,12 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Socket& socket, const Owners
   return result;
 }
 
-class NetworkConnectionList final : public HostCommand {
+class NetworkConnectionList final : public ListCommand {
  public:
-  NetworkConnectionList() : HostCommand("List connections and sockets that wait for one.") {
-    ShowAsTable("NetworkConnection", "Protocol,State,Local,Remote,Processes",
-                {{"wrap-last", "true"}});
+  NetworkConnectionList()
+      : ListCommand("List connections and sockets that wait for one.", Shape,
+                    "The sockets, protocol by protocol.") {
+    ShowColumns("Protocol,State,Local,Remote,Processes", {{"wrap-last", "true"}});
     AddExample("--state listen --processes", "List what waits for connections, and who does");
     AddExample("--protocol tcp --port 22 --port 443", "List what goes through two ports");
     AddExample("--protocol unix", "List the sockets of this machine's own");
@@ -111,11 +112,8 @@ class NetworkConnectionList final : public HostCommand {
         .AddTo(spec);
   }
 
-  void DeclareResult(CallSpec::OutputSpec& spec) const override {
-    Shape().DeclareList(spec, "The sockets, protocol by protocol.");
-  }
-
-  void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
+  void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,
+               MetaObj::MetaList& rows) const override {
     const IntFilter families(input, "family");
     const IntFilter ports(input, "port");
     const StringFilter protocols(input, "protocol");
@@ -123,17 +121,15 @@ class NetworkConnectionList final : public HostCommand {
     const bool isEverythingListed = input.IsFlagSet("all");
     const std::string proc = kProc;
     const Owners owners = input.IsFlagSet("processes") ? ReadSocketOwners(proc) : Owners();
-    const auto list = Shape().NewList();
     for (const Socket& socket : ReadSockets(proc + "/net")) {
       const bool isProtocolChosen =
           protocols.IsGiven() ? protocols.Accepts(socket.protocol) : socket.protocol != "unix";
       if ((isEverythingListed || isProtocolChosen) && families.Accepts(socket.family) &&
           states.Accepts(socket.state) &&
           ports.AcceptsAnyOf({socket.local.port, socket.remote.port})) {
-        list->Add(ToStruct(socket, owners));
+        rows.Add(ToStruct(socket, owners));
       }
     }
-    output.SetRootObject(list);
   }
 };
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/ListCommand.h"
 #include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/network/NetworkCommands.h"
@@ -42,11 +42,12 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const NetworkLink& link) {
 
 bool HasTrouble(const LinkTraffic& traffic) { return traffic.errors > 0 || traffic.dropped > 0; }
 
-class NetworkCounterList final : public HostCommand {
+class NetworkCounterList final : public ListCommand {
  public:
-  NetworkCounterList() : HostCommand("List what the network interfaces have carried.") {
-    ShowAsTable("NetworkCounter",
-                "Interface,RX Bytes,RX Packets,RX Errors,TX Bytes,TX Packets,TX Errors");
+  NetworkCounterList()
+      : ListCommand("List what the network interfaces have carried.", Shape,
+                    "The counters since each interface was made, by its number.") {
+    ShowColumns("Interface,RX Bytes,RX Packets,RX Errors,TX Bytes,TX Packets,TX Errors");
     AddExample("", "List the counters of every interface");
     AddExample("--active", "Leave out the interfaces that have carried nothing");
     AddExample("--trouble", "List the interfaces that lost packets");
@@ -63,24 +64,19 @@ class NetworkCounterList final : public HostCommand {
         .AddTo(spec);
   }
 
-  void DeclareResult(CallSpec::OutputSpec& spec) const override {
-    Shape().DeclareList(spec, "The counters since each interface was made, by its number.");
-  }
-
-  void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
+  void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,
+               MetaObj::MetaList& rows) const override {
     const StringFilter interfaces(input, "interface");
     const bool mustBeActive = input.IsFlagSet("active");
     const bool mustHaveTrouble = input.IsFlagSet("trouble");
-    const auto list = Shape().NewList();
     for (const NetworkLink& link : ReadLinks()) {
       const bool isActive = link.received.packets > 0 || link.transmitted.packets > 0;
       const bool hasTrouble = HasTrouble(link.received) || HasTrouble(link.transmitted);
       if (interfaces.Accepts(link.name) && (isActive || !mustBeActive) &&
           (hasTrouble || !mustHaveTrouble)) {
-        list->Add(ToStruct(link));
+        rows.Add(ToStruct(link));
       }
     }
-    output.SetRootObject(list);
   }
 };
 

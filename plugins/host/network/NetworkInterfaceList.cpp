@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/ListCommand.h"
 #include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/network/NetworkAddressShape.h"
@@ -43,11 +43,11 @@ std::map<long, std::vector<std::string>> PrefixesByLink() {
   return prefixes;
 }
 
-class NetworkInterfaceList final : public HostCommand {
+class NetworkInterfaceList final : public ListCommand {
  public:
-  NetworkInterfaceList() : HostCommand("List the network interfaces.") {
-    ShowAsTable("NetworkInterface", "Name,State,MTU,MAC Address,Addresses",
-                {{"wrap-last", "true"}});
+  NetworkInterfaceList()
+      : ListCommand("List the network interfaces.", Shape, "The interfaces by number.") {
+    ShowColumns("Name,State,MTU,MAC Address,Addresses", {{"wrap-last", "true"}});
     AddExample("", "List every interface");
     AddExample("--up true --state DOWN", "List those that are switched on but carry nothing");
     AddExample("--interface eth0 --interface lo", "List two interfaces by name");
@@ -72,23 +72,18 @@ class NetworkInterfaceList final : public HostCommand {
         .AddTo(spec);
   }
 
-  void DeclareResult(CallSpec::OutputSpec& spec) const override {
-    Shape().DeclareList(spec, "The interfaces by number.");
-  }
-
-  void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
+  void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,
+               MetaObj::MetaList& rows) const override {
     const StringFilter interfaces(input, "interface");
     const StringFilter states(input, "state");
     const BoolFilter up(input, "up");
     auto prefixes = PrefixesByLink();
-    const auto list = Shape().NewList();
     for (const NetworkLink& link : ReadLinks()) {
       if (interfaces.Accepts(link.name) && states.Accepts(link.state) &&
           up.Accepts(IsSwitchedOn(link))) {
-        list->Add(ToStruct(link, prefixes[link.index]));
+        rows.Add(ToStruct(link, prefixes[link.index]));
       }
     }
-    output.SetRootObject(list);
   }
 };
 

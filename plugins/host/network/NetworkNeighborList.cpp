@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/ListCommand.h"
 #include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/network/NetworkCommands.h"
@@ -36,10 +36,12 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const NetworkNeighbor& neighbor,
   return result;
 }
 
-class NetworkNeighborList final : public HostCommand {
+class NetworkNeighborList final : public ListCommand {
  public:
-  NetworkNeighborList() : HostCommand("List the link-layer addresses of the neighbors.") {
-    ShowAsTable("NetworkNeighbor", "Address,Interface,MAC Address,State");
+  NetworkNeighborList()
+      : ListCommand("List the link-layer addresses of the neighbors.", Shape,
+                    "The neighbors, in the kernel's order.") {
+    ShowColumns("Address,Interface,MAC Address,State");
     AddExample("", "List the neighbors that the kernel has asked for");
     AddExample("--state failed --state incomplete", "List the neighbors that do not answer");
     AddExample("--all --family 4", "List every IPv4 neighbor, also those that need no asking");
@@ -67,27 +69,22 @@ class NetworkNeighborList final : public HostCommand {
         .AddTo(spec);
   }
 
-  void DeclareResult(CallSpec::OutputSpec& spec) const override {
-    Shape().DeclareList(spec, "The neighbors, in the kernel's order.");
-  }
-
-  void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
+  void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,
+               MetaObj::MetaList& rows) const override {
     const IntFilter families(input, "family");
     const StringFilter interfaces(input, "interface");
     const StringFilter states(input, "state");
     // A state that is asked for by name is listed whatever it is.
     const bool isEverythingListed = input.IsFlagSet("all") || states.IsGiven();
     const auto links = LinkNames(ReadLinks());
-    const auto list = Shape().NewList();
     for (const NetworkNeighbor& neighbor : ReadNeighbors()) {
       const bool wasAsked = neighbor.state != "noarp" && neighbor.state != "none";
       if ((isEverythingListed || wasAsked) && families.Accepts(neighbor.family) &&
           states.Accepts(neighbor.state) &&
           interfaces.Accepts(LinkName(links, neighbor.interfaceIndex))) {
-        list->Add(ToStruct(neighbor, links));
+        rows.Add(ToStruct(neighbor, links));
       }
     }
-    output.SetRootObject(list);
   }
 };
 

@@ -8,7 +8,7 @@
 #include <map>
 #include <string>
 
-#include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/ListCommand.h"
 #include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/network/NetworkCommands.h"
@@ -92,10 +92,12 @@ bool LeavesThrough(const NetworkRoute& route, const StringFilter& interfaces,
          });
 }
 
-class NetworkRouteList final : public HostCommand {
+class NetworkRouteList final : public ListCommand {
  public:
-  NetworkRouteList() : HostCommand("List the routes by which packets are sent.") {
-    ShowAsTable("NetworkRoute", "Destination,Gateway,Interface,Protocol,Metric,Source");
+  NetworkRouteList()
+      : ListCommand("List the routes by which packets are sent.", Shape,
+                    "The routes, in the kernel's order.") {
+    ShowColumns("Destination,Gateway,Interface,Protocol,Metric,Source");
     AddExample("", "List the routes of the main table");
     AddExample("--family 6 --interface eth0", "List the IPv6 routes through one interface");
     AddExample("--table 255 --table 254", "List the routes of two tables by number");
@@ -113,26 +115,21 @@ class NetworkRouteList final : public HostCommand {
     Parameter("all", CallSpec::Flag, "List the routes of every table.").Short("a").AddTo(spec);
   }
 
-  void DeclareResult(CallSpec::OutputSpec& spec) const override {
-    Shape().DeclareList(spec, "The routes, in the kernel's order.");
-  }
-
-  void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
+  void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,
+               MetaObj::MetaList& rows) const override {
     const IntFilter families(input, "family");
     const StringFilter interfaces(input, "interface");
     const IntFilter tables(input, "table");
     const bool isEveryTableListed = input.IsFlagSet("all");
     const LinkNameMap links = LinkNames(ReadLinks());
-    const auto list = Shape().NewList();
     for (const NetworkRoute& route : ReadRoutes()) {
       const bool isTableChosen =
           tables.IsGiven() ? tables.Accepts(route.table) : route.table == RT_TABLE_MAIN;
       if ((isEveryTableListed || isTableChosen) && families.Accepts(route.family) &&
           LeavesThrough(route, interfaces, links)) {
-        list->Add(ToStruct(route, links));
+        rows.Add(ToStruct(route, links));
       }
     }
-    output.SetRootObject(list);
   }
 };
 

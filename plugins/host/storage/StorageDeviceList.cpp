@@ -4,8 +4,8 @@
 #include <string>
 
 #include "plugins/host/frame/DeviceNumber.h"
-#include "plugins/host/frame/HostCommand.h"
 #include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/ListCommand.h"
 #include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/storage/BlockDevices.h"
@@ -62,10 +62,12 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const BlockDevice& device) {
   return result;
 }
 
-class StorageDeviceList final : public HostCommand {
+class StorageDeviceList final : public ListCommand {
  public:
-  StorageDeviceList() : HostCommand("List the block devices: disks, parts and volumes.") {
-    ShowAsTable("StorageDevice", "Name,Kind,Size,Read Only,Filesystem,Mount Points",
+  StorageDeviceList()
+      : ListCommand("List the block devices: disks, parts and volumes.", Shape,
+                    "The block devices by name, each disk ahead of its parts.") {
+    ShowColumns("Name,Kind,Size,Read Only,Filesystem,Mount Points",
                 {{"units:StorageDevice.Size", "MiB"}, {"wrap-last", "true"}});
     AddExample("", "List the devices that hold something");
     AddExample("--kind disk --removable false", "List the disks that are built in");
@@ -112,27 +114,22 @@ class StorageDeviceList final : public HostCommand {
     Parameter("all", CallSpec::Flag, "List also devices that hold nothing.").Short("a").AddTo(spec);
   }
 
-  void DeclareResult(CallSpec::OutputSpec& spec) const override {
-    Shape().DeclareList(spec, "The block devices by name, each disk ahead of its parts.");
-  }
-
-  void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
+  void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,
+               MetaObj::MetaList& rows) const override {
     const StringFilter names(input, "device");
     const StringFilter kinds(input, "kind");
     const BoolFilter readOnly(input, "read-only");
     const BoolFilter removable(input, "removable");
     const bool isEverythingListed = input.IsFlagSet("all");
-    const auto list = Shape().NewList();
     const auto readProperties = [](dev_t device) { return ReadDeviceProperties(device); };
     for (const BlockDevice& device : ReadBlockDevices(kSys, readProperties, ReadMounts())) {
       if ((isEverythingListed || device.size > 0) && names.Accepts(device.name) &&
           kinds.Accepts(device.kind) && readOnly.Accepts(device.isReadOnly) &&
           removable.Accepts(device.isRemovable) &&
           device.size / kMebibyte >= input.GetParameterInt("minimum-size")) {
-        list->Add(ToStruct(device));
+        rows.Add(ToStruct(device));
       }
     }
-    output.SetRootObject(list);
   }
 };
 

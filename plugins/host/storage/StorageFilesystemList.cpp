@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/ListCommand.h"
 #include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/storage/FilesystemProbe.h"
@@ -88,10 +88,12 @@ std::vector<Mount> WithoutRepeats(const std::vector<Mount>& mounts) {
   return kept;
 }
 
-class StorageFilesystemList final : public HostCommand {
+class StorageFilesystemList final : public ListCommand {
  public:
-  StorageFilesystemList() : HostCommand("List how full the mounted file systems are.") {
-    ShowAsTable("StorageFilesystem", "Type,Size,Used,Available,Percent,Status,Mount Point",
+  StorageFilesystemList()
+      : ListCommand("List how full the mounted file systems are.", Shape,
+                    "The file systems, in the order in which they were mounted.") {
+    ShowColumns("Type,Size,Used,Available,Percent,Status,Mount Point",
                 {{"units:StorageFilesystem.Size", "MiB"},
                  {"units:StorageFilesystem.Used", "MiB"},
                  {"units:StorageFilesystem.Available", "MiB"},
@@ -122,24 +124,19 @@ class StorageFilesystemList final : public HostCommand {
         .AddTo(spec);
   }
 
-  void DeclareResult(CallSpec::OutputSpec& spec) const override {
-    Shape().DeclareList(spec, "The file systems, in the order in which they were mounted.");
-  }
-
-  void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
+  void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,
+               MetaObj::MetaList& rows) const override {
     const bool isEverythingListed = input.IsFlagSet("all");
     const long timeout =
         input.HasParameter("timeout") ? input.GetParameterInt("timeout") : kDefaultTimeout;
-    const auto list = Shape().NewList();
     for (const Filesystem& filesystem : Ask(Choose(StringFilter(input, "type"), isEverythingListed),
                                             std::chrono::seconds(timeout))) {
       const bool isEmpty = filesystem.answer.error == 0 && filesystem.answer.usage.size == 0;
       if ((isEverythingListed || !isEmpty) &&
           filesystem.answer.usage.GetPercent() >= input.GetParameterInt("minimum-percent")) {
-        list->Add(ToStruct(filesystem));
+        rows.Add(ToStruct(filesystem));
       }
     }
-    output.SetRootObject(list);
   }
 
   static std::vector<Mount> Choose(const StringFilter& types, bool isEverythingListed) {

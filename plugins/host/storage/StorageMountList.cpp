@@ -4,7 +4,7 @@
 #include <string>
 
 #include "plugins/host/frame/DeviceNumber.h"
-#include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/ListCommand.h"
 #include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/storage/MountTable.h"
@@ -51,10 +51,12 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Mount& mount) {
   return result;
 }
 
-class StorageMountList final : public HostCommand {
+class StorageMountList final : public ListCommand {
  public:
-  StorageMountList() : HostCommand("List the mounted file systems.") {
-    ShowAsTable("StorageMount", "Type,Read Only,Source,Mount Point");
+  StorageMountList()
+      : ListCommand("List the mounted file systems.", Shape,
+                    "The mounts, in the order in which they were made.") {
+    ShowColumns("Type,Read Only,Source,Mount Point");
     AddExample("", "List every mount that a path leads to");
     AddExample("--type ext4 --type xfs", "List the mounts of two types of file system");
     AddExample("--below /srv --read-only false", "List what can be written to below /srv");
@@ -82,25 +84,20 @@ class StorageMountList final : public HostCommand {
         .AddTo(spec);
   }
 
-  void DeclareResult(CallSpec::OutputSpec& spec) const override {
-    Shape().DeclareList(spec, "The mounts, in the order in which they were made.");
-  }
-
-  void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
+  void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,
+               MetaObj::MetaList& rows) const override {
     const StringFilter types(input, "type");
     const StringFilter options(input, "option");
     const BoolFilter readOnly(input, "read-only");
     const std::string& below = input.GetParameter("below");
     const bool isEverythingListed = input.IsFlagSet("all");
-    const auto list = Shape().NewList();
     for (const Mount& mount : ReadMounts()) {
       if ((isEverythingListed || !mount.isHidden) && types.Accepts(mount.type) &&
           options.AcceptsAnyOf(mount.options) && readOnly.Accepts(mount.HasOption("ro")) &&
           LiesBelow(mount.target, below)) {
-        list->Add(ToStruct(mount));
+        rows.Add(ToStruct(mount));
       }
     }
-    output.SetRootObject(list);
   }
 };
 

@@ -3,7 +3,7 @@
 
 #include <limits>
 
-#include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/ListCommand.h"
 #include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/system/Accounts.h"
@@ -39,10 +39,12 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Account& account) {
   return result;
 }
 
-class SystemAccountList final : public HostCommand {
+class SystemAccountList final : public ListCommand {
  public:
-  SystemAccountList() : HostCommand("List the accounts of users.") {
-    ShowAsTable("Account", "Name,User Id,Group,Login,Shell,Home");
+  SystemAccountList()
+      : ListCommand("List the accounts of users.", Shape,
+                    "The accounts that the machine knows, in its own order.") {
+    ShowColumns("Name,User Id,Group,Login,Shell,Home");
     AddExample("", "List all accounts");
     AddExample("--login --min-id=1000", "List the accounts of people");
   }
@@ -61,22 +63,17 @@ class SystemAccountList final : public HostCommand {
         .AddTo(spec);
   }
 
-  void DeclareResult(CallSpec::OutputSpec& spec) const override {
-    Shape().DeclareList(spec, "The accounts that the machine knows, in its own order.");
-  }
-
-  void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
+  void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,
+               MetaObj::MetaList& rows) const override {
     const StringFilter names(input, "name");
     const std::int64_t minimum = input.HasParameter("min-id") ? input.GetParameterInt("min-id") : 0;
     const bool isLoginOnly = input.IsFlagSet("login");
-    const auto list = Shape().NewList();
     for (const Account& account : ReadAccounts()) {
       if (names.Accepts(account.name) && account.id >= minimum &&
           (!isLoginOnly || IsLoginShell(account.shell))) {
-        list->Add(ToStruct(account));
+        rows.Add(ToStruct(account));
       }
     }
-    output.SetRootObject(list);
   }
 };
 

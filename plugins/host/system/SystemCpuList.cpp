@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "plugins/host/frame/HostCommand.h"
 #include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/ListCommand.h"
 #include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/system/Cpus.h"
@@ -40,10 +40,12 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Cpu& cpu) {
   return result;
 }
 
-class SystemCpuList final : public HostCommand {
+class SystemCpuList final : public ListCommand {
  public:
-  SystemCpuList() : HostCommand("List the logical processors.") {
-    ShowAsTable("Cpu", "Number,Online,Node,Socket,Core,Siblings,Frequency,Model",
+  SystemCpuList()
+      : ListCommand("List the logical processors.", Shape,
+                    "The logical processors that are present, by number.") {
+    ShowColumns("Number,Online,Node,Socket,Core,Siblings,Frequency,Model",
                 {{"units:Cpu.Frequency", "MHz"}, {"wrap-last", "true"}});
     AddExample("", "List all logical processors");
     AddExample("--online=false", "List those that the kernel does not use");
@@ -62,20 +64,15 @@ class SystemCpuList final : public HostCommand {
         .AddTo(spec);
   }
 
-  void DeclareResult(CallSpec::OutputSpec& spec) const override {
-    Shape().DeclareList(spec, "The logical processors that are present, by number.");
-  }
-
-  void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
+  void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,
+               MetaObj::MetaList& rows) const override {
     const IntFilter numbers(input, "number");
     const BoolFilter online(input, "online");
-    const auto list = Shape().NewList();
     for (const Cpu& cpu : ReadCpus(kProc, kSys)) {
       if (numbers.Accepts(cpu.number) && online.Accepts(cpu.isOnline)) {
-        list->Add(ToStruct(cpu));
+        rows.Add(ToStruct(cpu));
       }
     }
-    output.SetRootObject(list);
   }
 };
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/ListCommand.h"
 #include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/system/Hmac.h"
 #include "plugins/host/system/SystemCommands.h"
@@ -20,11 +20,12 @@ const StructShape& Shape() {
   return shape;
 }
 
-class SystemFileChecksum final : public HostCommand {
+class SystemFileChecksum final : public ListCommand {
  public:
   SystemFileChecksum()
-      : HostCommand("Make checksums of files that only someone with the key can make.") {
-    ShowAsTable("FileChecksum", "Checksum,File");
+      : ListCommand("Make checksums of files that only someone with the key can make.", Shape,
+                    "The checksums in the order of the files given.") {
+    ShowColumns("Checksum,File");
     AddExample("--file=/etc/hostname --key", "Make the checksum with a key that is typed unseen");
     AddExample("--file=/etc/hostname --bits=512 --key", "Make a longer one");
   }
@@ -48,16 +49,12 @@ class SystemFileChecksum final : public HostCommand {
         .AddTo(spec);
   }
 
-  void DeclareResult(CallSpec::OutputSpec& spec) const override {
-    Shape().DeclareList(spec, "The checksums in the order of the files given.");
-  }
-
-  void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
+  void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,
+               MetaObj::MetaList& rows) const override {
     std::vector<std::string> files;
     input.GetParameterList("file", files);
     const std::int64_t bits =
         input.HasParameter("bits") ? input.GetParameterInt("bits") : kDefaultBits;
-    const auto list = Shape().NewList();
     for (const std::string& file : files) {
       const FileHmac hmac = ComputeFileHmac(file, input.GetParameter("key"), bits);
       auto row = Shape().NewStruct();
@@ -65,9 +62,8 @@ class SystemFileChecksum final : public HostCommand {
       row->SetField("Size", hmac.fileSize);
       row->SetField("Algorithm", "HMAC-SHA" + std::to_string(bits));
       row->SetField("Checksum", hmac.digits);
-      list->Add(row);
+      rows.Add(row);
     }
-    output.SetRootObject(list);
   }
 };
 

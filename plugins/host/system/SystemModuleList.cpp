@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "plugins/host/frame/HostCommand.h"
 #include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/ListCommand.h"
 #include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/system/KernelModules.h"
 #include "plugins/host/system/SystemCommands.h"
@@ -31,10 +31,12 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const KernelModule& module) {
   return result;
 }
 
-class SystemModuleList final : public HostCommand {
+class SystemModuleList final : public ListCommand {
  public:
-  SystemModuleList() : HostCommand("List the loaded modules of the kernel.") {
-    ShowAsTable("KernelModule", "Name,Size,References,State,Used By",
+  SystemModuleList()
+      : ListCommand("List the loaded modules of the kernel.", Shape,
+                    "The loaded modules by name.") {
+    ShowColumns("Name,Size,References,State,Used By",
                 {{"units:KernelModule.Size", "B"}, {"wrap-last", "true"}});
     AddExample("", "List all loaded modules");
     AddExample("--unused", "List those that nothing needs");
@@ -47,19 +49,14 @@ class SystemModuleList final : public HostCommand {
         .AddTo(spec);
   }
 
-  void DeclareResult(CallSpec::OutputSpec& spec) const override {
-    Shape().DeclareList(spec, "The loaded modules by name.");
-  }
-
-  void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
+  void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,
+               MetaObj::MetaList& rows) const override {
     const bool isUnusedOnly = input.IsFlagSet("unused");
-    const auto list = Shape().NewList();
     for (const KernelModule& module : ReadModules(kProc)) {
       if (!isUnusedOnly || module.references == 0) {
-        list->Add(ToStruct(module));
+        rows.Add(ToStruct(module));
       }
     }
-    output.SetRootObject(list);
   }
 };
 

@@ -3,8 +3,8 @@
 
 #include <memory>
 
-#include "plugins/host/frame/HostCommand.h"
 #include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/ListCommand.h"
 #include "plugins/host/frame/Regex.h"
 #include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/system/KernelParameterName.h"
@@ -23,10 +23,12 @@ const StructShape& Shape() {
   return shape;
 }
 
-class SystemParameterList final : public HostCommand {
+class SystemParameterList final : public ListCommand {
  public:
-  SystemParameterList() : HostCommand("List the parameters of the running kernel.") {
-    ShowAsTable("KernelParameter", "Name,Value");
+  SystemParameterList()
+      : ListCommand("List the parameters of the running kernel.", Shape,
+                    "The parameters that you may read, by name.") {
+    ShowColumns("Name,Value");
     AddExample("--under=vm", "List the parameters of the memory management");
     AddExample("--name=forward --writable", "List what can be set about forwarding");
   }
@@ -47,15 +49,11 @@ class SystemParameterList final : public HostCommand {
         .AddTo(spec);
   }
 
-  void DeclareResult(CallSpec::OutputSpec& spec) const override {
-    Shape().DeclareList(spec, "The parameters that you may read, by name.");
-  }
-
-  void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
+  void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,
+               MetaObj::MetaList& rows) const override {
     const std::unique_ptr<Regex> pattern =
         input.HasParameter("name") ? std::make_unique<Regex>(input.GetParameter("name")) : nullptr;
     const bool isWritableOnly = input.IsFlagSet("writable");
-    const auto list = Shape().NewList();
     for (const KernelParameter& parameter : ReadParameters(kProc, input.GetParameter("under"))) {
       if ((isWritableOnly && !parameter.isWritable) ||
           (pattern != nullptr && !pattern->IsFoundIn(parameter.name))) {
@@ -65,9 +63,8 @@ class SystemParameterList final : public HostCommand {
       row->SetField("Name", SanitizedText(parameter.name));
       row->SetField("Value", SanitizedText(OnOneLine(parameter.value)));
       row->SetField("Writable", parameter.isWritable);
-      list->Add(row);
+      rows.Add(row);
     }
-    output.SetRootObject(list);
   }
 };
 

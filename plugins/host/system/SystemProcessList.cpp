@@ -3,12 +3,11 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <memory>
 #include <string>
 
-#include "plugins/host/frame/HostCommand.h"
 #include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/ListCommand.h"
 #include "plugins/host/frame/Regex.h"
 #include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/frame/TextParsing.h"
@@ -87,19 +86,6 @@ class ProcessFilter {
   std::int64_t minimumMemory_ = 0;
 };
 
-void Sort(std::vector<Process>& processes, const std::string& order) {
-  const auto sortBy = [&processes](auto isBefore) {
-    std::stable_sort(processes.begin(), processes.end(), isBefore);
-  };
-  if (order == "memory") {
-    sortBy([](const Process& a, const Process& b) { return a.residentMemory > b.residentMemory; });
-  } else if (order == "time") {
-    sortBy([](const Process& a, const Process& b) { return a.processorTicks > b.processorTicks; });
-  } else if (order == "name") {
-    sortBy([](const Process& a, const Process& b) { return a.name < b.name; });
-  }
-}
-
 // Turns processes into structs, with what all of them have in common.
 class ProcessStructs {
  public:
@@ -136,32 +122,21 @@ class ProcessStructs {
   UserNames users_;
 };
 
-class SystemProcessList final : public HostCommand {
+class SystemProcessList final : public ListCommand {
  public:
-  SystemProcessList() : HostCommand("List the processes.") {
+  SystemProcessList() : ListCommand("List the processes.", Shape, "The processes at this moment.") {
     // The whole command line would fill many lines of a screen; it is there when asked for.
-    ShowAsTable("Process", "Id,Parent,User,State,Resident,Time,Name",
-                {{"units:Process.Resident", "KiB"}});
+    ShowColumns("Id,Parent,User,State,Resident,Time,Name", {{"units:Process.Resident", "KiB"}});
     AddExample("", "List all processes");
     AddExample("--user=root --kernel-threads=false", "List the programs that root runs");
     AddExample("--state=running --state=waiting", "List the processes that are busy");
-    AddExample("--min-memory=102400 --sort=memory", "List the largest processes first");
+    AddExample("--min-memory=102400 --sort=Resident --descending",
+               "List the largest processes first");
     AddExample("--name=\"^(sh|bash)$\"", "List the shells");
   }
 
  private:
   void DeclareParameters(CallSpec::InputSpec& spec) const override {
-    DeclareFilters(spec);
-    Parameter("sort", CallSpec::String, "The order of the list: %FULLENUM%")
-        .Short("o")
-        .OneOf({{"id", "by number, which is the order without this parameter"},
-                {"memory", "the largest resident memory first"},
-                {"name", "by name"},
-                {"time", "the longest processor time first"}})
-        .AddTo(spec);
-  }
-
-  static void DeclareFilters(CallSpec::InputSpec& spec) {
     Parameter("id", CallSpec::IntList, "List only processes with one of these numbers.")
         .Short("i")
         .Between(1, kMaxProcessId)
@@ -199,22 +174,15 @@ class SystemProcessList final : public HostCommand {
         .AddTo(spec);
   }
 
-  void DeclareResult(CallSpec::OutputSpec& spec) const override {
-    Shape().DeclareList(spec, "The processes at this moment.");
-  }
-
-  void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
+  void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,
+               MetaObj::MetaList& rows) const override {
     const ProcessFilter filter(input);
     ProcessStructs structs;
-    auto processes = ReadProcesses(kProc);
-    Sort(processes, input.GetParameter("sort"));
-    const auto list = Shape().NewList();
-    for (const Process& process : processes) {
+    for (const Process& process : ReadProcesses(kProc)) {
       if (filter.Accepts(process, structs.GetUserName(process))) {
-        list->Add(structs.Make(process));
+        rows.Add(structs.Make(process));
       }
     }
-    output.SetRootObject(list);
   }
 };
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "plugins/host/frame/HostCommand.h"
+#include "plugins/host/frame/ListCommand.h"
 #include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/frame/TimeFormat.h"
 #include "plugins/host/frame/ValueFilter.h"
@@ -22,10 +22,11 @@ const StructShape& Shape() {
   return shape;
 }
 
-class SystemSessionList final : public HostCommand {
+class SystemSessionList final : public ListCommand {
  public:
-  SystemSessionList() : HostCommand("List who is logged in.") {
-    ShowAsTable("Session", "User,Terminal,Started,Process,Host");
+  SystemSessionList()
+      : ListCommand("List who is logged in.", Shape, "The sessions of people, the oldest first.") {
+    ShowColumns("User,Terminal,Started,Process,Host");
     AddExample("", "List who is logged in");
     AddExample("--user=root", "List the sessions of root");
   }
@@ -37,13 +38,9 @@ class SystemSessionList final : public HostCommand {
         .AddTo(spec);
   }
 
-  void DeclareResult(CallSpec::OutputSpec& spec) const override {
-    Shape().DeclareList(spec, "The sessions of people, the oldest first.");
-  }
-
-  void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
+  void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,
+               MetaObj::MetaList& rows) const override {
     const StringFilter users(input, "user");
-    const auto list = Shape().NewList();
     for (const Session& session : ReadSessions()) {
       if (!users.Accepts(session.user)) {
         continue;
@@ -54,9 +51,8 @@ class SystemSessionList final : public HostCommand {
       row->SetField("Host", SanitizedText(session.host));
       row->SetField("Started", FormatTimestamp(session.start));
       row->SetField("Process", session.process);
-      list->Add(row);
+      rows.Add(row);
     }
-    output.SetRootObject(list);
   }
 };
 

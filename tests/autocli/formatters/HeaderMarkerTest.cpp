@@ -34,7 +34,7 @@ TEST(HeaderMarkerTest, ScansAMegabyteInOnePass) {
   EXPECT_EQ(FindHeaderMarker("%%" + text), "");
 }
 
-TEST(HeaderMarkerTest, EqualsTheExpressionOnEveryShortString) {
+TEST(HeaderMarkerTest, EqualsTheExpressionOnEveryShortText) {
   const boost::regex expression(".*%(.+)%.*");
   const std::string alphabet = "a%\n ";
   std::vector<std::string> texts = {""};

@@ -26,7 +26,7 @@ void ExpectToString(const std::shared_ptr<MetaObject>& value) {
   EXPECT_EQ(plain.Measure(*value), value->ToString().size());
 }
 
-TEST(PlainTextTest, IsWhatToStringReturns) {
+TEST(PlainTextTest, IsWhatToStringGives) {
   ExpectToString(MetaBool::New(false));
   ExpectToString(MetaBool::New(true));
   ExpectToString(MetaString::New(""));
@@ -38,7 +38,7 @@ TEST(PlainTextTest, IsWhatToStringReturns) {
   }
 }
 
-TEST(PlainTextTest, IsWhatToStringReturnsForNumbersOfEveryLength) {
+TEST(PlainTextTest, IsWhatToStringGivesForNumbersOfEveryLength) {
   ExpectToString(MetaInt::New(0));
   ExpectToString(MetaInt::New(LONG_MIN));
   ExpectToString(MetaInt::New(LONG_MAX));

@@ -12,12 +12,12 @@
 namespace Kestrel::AutoCli {
 namespace {
 
-TEST(SystemErrorTest, IsTheMessageOfTheSystem) {
+TEST(SystemErrorTest, IsTheTextOfTheSystem) {
   EXPECT_EQ(SystemErrorText(ENOENT), "No such file or directory");
   EXPECT_EQ(SystemErrorText(EILSEQ), std::strerror(EILSEQ));
 }
 
-TEST(SystemErrorTest, TheMessageForAnUnknownNumberContainsIt) {
+TEST(SystemErrorTest, UnknownNumbersHaveATextThatNamesThem) {
   EXPECT_EQ(SystemErrorText(INT_MAX), "Unknown error 2147483647");
   EXPECT_EQ(SystemErrorText(-5), "Unknown error -5");
 }

@@ -40,6 +40,9 @@ void VisitNodes(const std::shared_ptr<NamespaceNode>& node,
   }
 }
 
+// The parameters that every command with a list of structures has.
+const std::set<std::string> kCommonParameters = {"sort", "descending", "limit", "human"};
+
 const std::vector<std::string> kAreas = {"system", "storage", "network", "log"};
 
 // The plug-in's nodes below the root, by the path with blanks.
@@ -82,6 +85,12 @@ std::map<std::string, std::shared_ptr<MetaStruct>> GetShapes(Command& command) {
   std::map<std::string, std::shared_ptr<MetaStruct>> shapes;
   CollectShapes(command.GetOutputSpec()->GetRootObject(), shapes);
   return shapes;
+}
+
+// The structure of one row of a command that lists structures; null for another command.
+std::shared_ptr<MetaStruct> GetRow(Command& command) {
+  const auto list = std::dynamic_pointer_cast<MetaList>(command.GetOutputSpec()->GetRootObject());
+  return list == nullptr ? nullptr : list->GetListStructure();
 }
 
 // The type name in a key like "fields:Type" or "units:Type.Field", and the field, empty for none.
@@ -133,7 +142,10 @@ TEST(HostPluginTest, EveryParameterHasADescriptionWithoutLooseMarkers) {
       const std::string text = parameter->GetDescription(true);
       EXPECT_THAT(text, Not(IsEmpty())) << path << " --" << parameter->GetName();
       EXPECT_THAT(text, Not(HasSubstr("%"))) << path << " --" << parameter->GetName();
-      EXPECT_EQ(parameter->GetShortName().size(), 1u) << path << " --" << parameter->GetName();
+      // What every list has is the same everywhere, and leaves the letters to the commands.
+      const bool isCommon = kCommonParameters.count(parameter->GetName()) == 1;
+      EXPECT_EQ(parameter->GetShortName().size(), isCommon ? 0u : 1u)
+          << path << " --" << parameter->GetName();
     }
   }
 }
@@ -144,6 +156,14 @@ TEST(HostPluginTest, DefaultFormatsNameWhatIsThere) {
     EXPECT_TRUE(GetDispatcher().HasFormatter(format.GetFormatter())) << path;
     const auto shapes = GetShapes(*command);
     for (const auto& [key, value] : format.GetParameters()) {
+      if (key == "fields") {
+        const auto row = GetRow(*command);
+        ASSERT_NE(row, nullptr) << path;
+        for (const std::string& name : format.GetParameterAsList(key)) {
+          EXPECT_TRUE(row->HasField(name)) << path << ": " << name;
+        }
+        continue;
+      }
       if (key.find(':') == std::string::npos) {
         EXPECT_TRUE(key == "wrap-last" || key == "align-fields" || key == "show-header") << key;
         continue;

@@ -119,7 +119,8 @@ const Refusal kSystemRefusals[] = {
     {"ProcessOrder",
      "system process list",
      {{"sort", "size"}},
-     OneOf("sort", "[id, memory, name, time] got 'size'")},
+     "There is no field 'size' to sort by. Sort by one of: Command, Id, Kernel, Name, Nice, "
+     "Parent, Resident, Seconds, Started, State, Terminal, Threads, Time, User, Virtual."},
     {"ProcessMemory",
      "system process list",
      {{"min-memory", "-1"}},

@@ -32,7 +32,7 @@ class SampleCommand final : public HostCommand {
   explicit SampleCommand(Look look) : HostCommand("Show a sample.") {
     switch (look) {
       case Look::Table:
-        ShowAsTable("Sample", "A,B", {{"units:Sample.A", "s"}, {"wrap-last", "true"}});
+        ShowAsTable("A,B", {{"units:Sample.A", "s"}, {"wrap-last", "true"}});
         break;
       case Look::Lines:
         ShowAsLines("Sample", "B,A", {{"header:Sample", "%A%"}});
@@ -115,7 +115,7 @@ std::shared_ptr<Output> ExecuteSample(const std::string& failure) {
 
 TEST(HostCommandTest, ATableShowsTheColumns) {
   EXPECT_THAT(FormatOf(SampleCommand::Look::Table),
-              UnorderedElementsAre(Pair("", "table"), Pair("fields:Sample", "A,B"),
+              UnorderedElementsAre(Pair("", "table"), Pair("fields", "A,B"),
                                    Pair("units:Sample.A", "s"), Pair("wrap-last", "true")));
 }
 
@@ -152,8 +152,7 @@ TEST(HostCommandTest, ReturnsWhatItsClassReturns) {
 
 TEST(HostCommandTest, AFailureIsAMessage) {
   EXPECT_THAT(ExecuteSample("message")->GetErrors(), ElementsAre("It is wrong"));
-  EXPECT_THAT(ExecuteSample("exception")->GetErrors(),
-              ElementsAre("Error on command sample : It is broken"));
+  EXPECT_THAT(ExecuteSample("exception")->GetErrors(), ElementsAre("It is broken"));
   EXPECT_THAT(ExecuteSample("foreign")->GetErrors(), SizeIs(1));
 }
 

@@ -379,9 +379,8 @@ TEST(NetworkConnectionListTest, WithoutTheKernelsTablesThereIsAMessage) {
   const std::string refusal = RunInNamespaces(CLONE_NEWNS, [] {
     Call(kCommand);  // loads the plug-in while /proc is there
     ASSERT_EQ(::mount("none", "/proc", "tmpfs", 0, nullptr), 0);
-    EXPECT_THAT(Call(kCommand).GetErrors(),
-                ElementsAre("Error on command network connection list : Unable to read any table "
-                            "of connections in /proc/net"));
+    EXPECT_THAT(Call(kCommand).GetErrors(), ElementsAre("Unable to read any table "
+                                                        "of connections in /proc/net"));
   });
   if (!refusal.empty()) {
     GTEST_SKIP() << refusal;

@@ -54,7 +54,7 @@ TEST(SystemFileChecksumTest, RefusesOtherValues) {
               ElementsAre("Invalid data constraint for parameter 'key'. Value does not match the "
                           "expected regular expression (.+)"));
   EXPECT_THAT(errors({{"file", "/nowhere"}, {"key", "k"}}),
-              ElementsAre("Error on command system file checksum : Unable to read /nowhere: No "
+              ElementsAre("Unable to read /nowhere: No "
                           "such file or directory"));
   EXPECT_THAT(errors({}),
               ElementsAre("Missing required parameter --file", "Missing required parameter --key"));

@@ -113,15 +113,12 @@ TEST_F(SystemMachineTest, ReportsStatisticsThatMakeNoSense) {
   File("proc/uptime", "long\n");
   File("proc/meminfo", "MemTotal: 1 kB\n");
   RunThere([] {
-    EXPECT_THAT(CallErrors("system load get"),
-                ElementsAre("Error on command system load get : Unable to understand "
-                            "/proc/loadavg"));
-    EXPECT_THAT(CallErrors("system uptime get"),
-                ElementsAre("Error on command system uptime get : Unable to understand "
-                            "/proc/uptime"));
-    EXPECT_THAT(CallErrors("system memory get"),
-                ElementsAre("Error on command system memory get : Unable to understand "
-                            "/proc/meminfo"));
+    EXPECT_THAT(CallErrors("system load get"), ElementsAre("Unable to understand "
+                                                           "/proc/loadavg"));
+    EXPECT_THAT(CallErrors("system uptime get"), ElementsAre("Unable to understand "
+                                                             "/proc/uptime"));
+    EXPECT_THAT(CallErrors("system memory get"), ElementsAre("Unable to understand "
+                                                             "/proc/meminfo"));
   });
 }
 
@@ -303,12 +300,12 @@ const ProcessFilterCase kProcessFilters[] = {
     {"MinimumMemoryOfNone", {{"min-memory", "70001"}}, {}},
     {"NoKernelThreads", {{"kernel-threads", "false"}}, {"1", "30", "31", "100"}},
     {"KernelThreads", {{"kernel-threads", "true"}}, {"1", "2", "30", "31", "100"}},
-    {"SortedByMemory", {{"sort", "memory"}}, {"30", "1", "31", "2", "100"}},
-    {"SortedByTime", {{"sort", "time"}}, {"31", "30", "1", "2", "100"}},
-    {"SortedByName", {{"sort", "name"}}, {"100", "1", "2", "30", "31"}},
-    {"SortedById", {{"sort", "id"}}, {"1", "2", "30", "31", "100"}},
+    {"SortedByMemory", {{"sort", "Resident"}, {"descending", ""}}, {"30", "1", "31", "2", "100"}},
+    {"SortedByTime", {{"sort", "Seconds"}, {"descending", ""}}, {"31", "30", "1", "2", "100"}},
+    {"SortedByName", {{"sort", "Name"}}, {"100", "1", "2", "30", "31"}},
+    {"SortedById", {{"sort", "Id"}}, {"1", "2", "30", "31", "100"}},
     {"AllTogether",
-     {{"user", "4000000000"}, {"state", "sleeping"}, {"min-memory", "60000"}, {"sort", "time"}},
+     {{"user", "4000000000"}, {"state", "sleeping"}, {"min-memory", "60000"}, {"sort", "Time"}},
      {"30"}},
     {"NothingInCommon", {{"user", "root"}, {"id", "31"}}, {}},
 };
@@ -335,9 +332,8 @@ TEST_F(SystemMachineTest, LeavesOutProcessesThatVanish) {
 
 TEST_F(SystemMachineTest, ReportsThatThereIsNoProcess) {
   RunThere([] {
-    EXPECT_THAT(CallErrors("system process list"),
-                ElementsAre("Error on command system process list : Unable to find any process in "
-                            "/proc"));
+    EXPECT_THAT(CallErrors("system process list"), ElementsAre("Unable to find any process in "
+                                                               "/proc"));
   });
 }
 
@@ -413,13 +409,13 @@ TEST_F(ParameterMachineTest, NothingLeadsOutOfTheFolderOfParameters) {
   File("proc/secret", "x\n");
   RunThere([] {
     EXPECT_THAT(CallErrors("system parameter get", {{"name", "no.such"}}),
-                ElementsAre("Error on command system parameter get : There is no parameter "
+                ElementsAre("There is no parameter "
                             "'no.such'"));
     EXPECT_THAT(CallErrors("system parameter get", {{"name", "vm"}}),
-                ElementsAre("Error on command system parameter get : 'vm' is a group of "
+                ElementsAre("'vm' is a group of "
                             "parameters"));
     EXPECT_THAT(CallErrors("system parameter set", {{"name", "vm"}, {"value", "1"}}),
-                ElementsAre("Error on command system parameter set : 'vm' is a group of "
+                ElementsAre("'vm' is a group of "
                             "parameters"));
   });
 }

@@ -1,0 +1,15 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace Kestrel::Host {
+
+/// A number of bytes in IEC units with one decimal, rounded to the nearest: "512 B", "1.5 KiB",
+/// "2.0 GiB". Bytes have no decimal. A negative number keeps its sign.
+std::string FormatByteSize(std::int64_t bytes);
+
+}  // namespace Kestrel::Host

@@ -1,0 +1,46 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <kestrel/callspec/Input.h>
+#include <kestrel/callspec/InputSpec.h>
+#include <kestrel/callspec/Output.h>
+#include <kestrel/metaobj/MetaList.h>
+#include <kestrel/metaobj/MetaObject.h>
+
+#include <cstddef>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "plugins/host/frame/StructShape.h"
+
+namespace Kestrel::Host {
+
+/// The order and the number of rows that a user wants from a command that lists structures: the
+/// parameters "sort", "descending" and "limit".
+class RowOrder {
+ public:
+  /// Declares the three parameters.
+  static void DeclareParameters(CallSpec::InputSpec& spec);
+
+  /// What `input` asks for. Nothing, with a message on `output`, when it asks for a field that
+  /// `shape` does not have or that has no order, or for "descending" alone.
+  static std::optional<RowOrder> Read(const CallSpec::Input& input, const StructShape& shape,
+                                      CallSpec::Output& output);
+
+  /// The rows in that order, at most as many as wanted; `rows` itself when they stay as they are.
+  /// Strings are compared byte by byte, integers by value, and false comes before true. Rows that
+  /// are equal keep their order.
+  std::shared_ptr<MetaObj::MetaList> Apply(const std::shared_ptr<MetaObj::MetaList>& rows) const;
+
+ private:
+  std::string field_;                                   // empty when the rows keep their order
+  MetaObj::MetaType kind_ = MetaObj::MetaType::String;  // of the field
+  bool isDescending_ = false;
+  std::size_t limit_ = std::numeric_limits<std::size_t>::max();
+};
+
+}  // namespace Kestrel::Host
