@@ -3,5 +3,5 @@
 
 #pragma once
 
-/// Marks what the shared library offers to programs and plug-ins; all else stays hidden in it.
+/// Marks what the shared library exports to programs and plug-ins; everything else is hidden.
 #define KESTREL_API __attribute__((visibility("default")))

@@ -12,13 +12,14 @@
 
 namespace Kestrel {
 
-/// The one exception of the library: a mistake of a programmer or a plug-in, told in one text.
+/// The only exception class of the library: reports a mistake of a programmer or a plug-in, or a
+/// failure of the system, in one message.
 ///
-/// Thrown by value, caught by reference, across the boundaries of shared objects too.
+/// It is thrown by value and caught by reference, also across the boundaries of shared objects.
 class KESTREL_API KestrelException : public std::exception {
  public:
-  /// Keeps `message`, which may be whatever a `std::string` can be made from; a null
-  /// `const char*` counts as the empty text.
+  /// Copies or moves `message`, which may be anything that converts to a `std::string`. A null
+  /// `const char*` counts as the empty string.
   template <typename T,
             typename = std::enable_if_t<std::is_constructible<std::string, T&&>::value &&
                                         !std::is_base_of<KestrelException, std::decay_t<T>>::value>>
@@ -27,10 +28,10 @@ class KESTREL_API KestrelException : public std::exception {
   KestrelException(const KestrelException& other);
   KestrelException& operator=(const KestrelException& other);
 
-  /// Defined in the library, so that library, programs and plug-ins share one type.
+  /// Defined in the library, so that the library, programs and plug-ins share one type.
   ~KestrelException() override;
 
-  /// The message, ended by a NUL; it lives as long as this exception.
+  /// The message as a NUL-terminated string, valid as long as this exception.
   const char* what() const noexcept override;
 
  private:

@@ -3,7 +3,7 @@
 
 #pragma once
 
-/// Gathers every public header, for programs and plug-ins that use the library.
+/// Includes every public header, for programs and plug-ins that use the library.
 
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/CliDispatcher.h"

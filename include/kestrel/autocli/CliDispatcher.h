@@ -14,56 +14,58 @@
 
 namespace Kestrel::AutoCli {
 
-/// Turns a command line, or a stream of them, into one command each, runs it and prints what comes
-/// of it: results, listings and help to standard output, messages to standard error.
+/// Handles a command line or a stream of command lines: finds and runs the command of each, and
+/// prints results, listings and help to standard output, and messages to standard error.
 ///
-/// A user's mistakes become messages. Only a word of the path that names nothing throws: the
-/// KestrelException passes out of every operation here that handles a command line, with nothing
-/// printed. The options before the path steer the dispatcher itself: --help, --plugin-dir,
-/// --plugin, --formatter, --format-param, --screen-width and --input.
+/// A user's mistakes become messages, with one exception: if a word of the path names nothing,
+/// every operation that handles a command line throws KestrelException and prints nothing. The
+/// options before the path control the dispatcher itself: --help, --plugin-dir, --plugin,
+/// --formatter,
+/// --format-param, --screen-width and --input.
 class KESTREL_API CliDispatcher : public Dispatcher {
  public:
   CliDispatcher();
   ~CliDispatcher() override;
 
-  /// Handles the arguments of a process and ends it: exit(0) when all went well, else exit(1). An
-  /// exception passes to the caller instead.
+  /// Handles the arguments of a process and ends it with `exit`: status 0 if `HandleOptions`
+  /// returns true, otherwise 1. Exceptions pass to the caller.
   [[noreturn]] void HandleArgvInput(int argc, const char* const* argv);
 
-  /// Handles each line of `in` as a command line of its own, until a read fails; blank lines and
-  /// comments are skipped. Whether the last line handled went well, true when there was none. What
-  /// --screen-width and the plug-in options set stays for the lines that follow.
+  /// Handles each line of `in` as a command line, up to the end of the stream; skips blank lines
+  /// and comments. Returns the result of the last line handled, true when there was none.
+  /// --screen-width and the options for plug-ins apply to the following lines too.
   bool ParseStreamInput(std::istream& in);
 
-  /// Handles one parsed command line and returns whether a command ran and nothing was to complain
-  /// about. Listing what lies below a namespace is false. Ends the process with exit(1) when the
-  /// line asks for the dispatcher's own help, also within a stream. `fromArgv` allows --input.
+  /// Handles one parsed command line. Returns whether a command ran without any error message;
+  /// false when the children of a namespace were listed. If the line requests the dispatcher's own
+  /// help, also in a stream, ends the process with `exit(1)`. --input is an option only if
+  /// `fromArgv` is set.
   bool HandleOptions(OptionParser& parser, bool fromArgv);
 
-  /// Applies the dispatcher options of `parser`: plug-ins are loaded at once, the choice of a
-  /// formatter goes to `params`, mistakes go to `output`. False only when help was asked for, which
-  /// is then printed.
+  /// Applies the dispatcher options of `parser`: loads plug-ins, sets the chosen formatter and its
+  /// parameters in `params`, and adds an error message to `output` for each mistake. Returns false
+  /// only if help was requested, which has then been printed.
   bool HandleDispatcherOptions(OptionParser& parser, FormatParameters& params,
                                const std::shared_ptr<CallSpec::Output>& output);
 
-  /// Adds an error to `output` for each dispatcher option that does not exist. --input counts as
-  /// one of those: it is honoured before anybody looks at the errors.
+  /// Adds an error message to `output` for each unknown dispatcher option. --input is reported too:
+  /// it takes effect before the errors are checked.
   void ValidateDispatcherParameters(OptionParser& parser,
                                     const std::shared_ptr<CallSpec::Output>& output);
 
-  /// Takes width and height, in columns and rows, from the terminal on standard output; without one
-  /// they stay as they are. A --screen-width from 1 to 9999 then replaces the width.
+  /// Sets width and height, in columns and rows, to the size of the terminal on standard output; if
+  /// there is none, leaves them unchanged. A --screen-width from 1 to 9999 then replaces the width.
   void GetDisplayContext(DisplayContext& display) const;
 
-  /// The choice of the formatter for help pages, "commandhelp", without parameters.
+  /// The formatter for help pages, "commandhelp", without parameters.
   FormatParameters GetHelpFormatParams() const;
 
-  /// Prints the errors of `output`, one a line behind a heading, to standard error; nothing when
-  /// there are none.
+  /// Prints a heading and the error messages of `output`, each on its own line, to standard error;
+  /// prints nothing if there are none.
   void PrintError(const std::shared_ptr<CallSpec::Output>& output) const;
 
-  /// Prints what lies below `node`, which becomes the root object of `output` as a structure of the
-  /// type "VexilCommandPrint".
+  /// Prints a list of the children of `node`. The root object of `output` becomes the same list, in
+  /// a structure "VexilCommandPrint".
   void PrintChildren(std::shared_ptr<NamespaceNode> node, std::shared_ptr<CommandOutput> output);
 
  private:

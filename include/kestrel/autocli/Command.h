@@ -11,23 +11,25 @@
 
 namespace Kestrel::AutoCli {
 
-/// A command that can be run. A concrete command derives from this class, brings a factory that
-/// returns a `std::shared_ptr`, and supplies its input, its output and its work.
+/// A command that can be run. A concrete command derives from this class, has a factory that
+/// returns a `std::shared_ptr`, and implements the declaration of its input and output and its
+/// work.
 class KESTREL_API Command : public CommandSpec, public CallSpec::CallTarget {
  public:
   ~Command() override;
 
-  /// Runs the command, or, when `input` holds the parameter "help", fills `output` with its help.
+  /// Runs the command; if `input` contains the parameter "help", fills `output` with the command's
+  /// help instead.
   ///
-  /// What goes wrong reaches `output`, which must not be null, as error messages: an exception
-  /// derived from `std::exception`, and a result that does not match the declared output. A
-  /// result is not looked at once there is an error. Exceptions of other kinds pass through.
-  /// `input` may be null; it is handed to the command as it is, and nothing in it is checked.
+  /// An exception derived from `std::exception` becomes an error message of `output`, which must
+  /// not be null; other exceptions pass through. A result that does not match the declared output
+  /// adds error messages too; it is checked only if there is no other error. `input` is not checked
+  /// and may be null.
   void Execute(const std::shared_ptr<CallSpec::Input>& input,
                const std::shared_ptr<CallSpec::Output>& output) override;
 
-  /// The command's work: sets the root object of `output`, or adds error messages to it. Called
-  /// by `Execute` with its own arguments.
+  /// Does the command's work: sets the root object of `output` or adds error messages to it. Called
+  /// by `Execute` with the same arguments.
   virtual void ExecuteInternal(const std::shared_ptr<CallSpec::Input>& input,
                                const std::shared_ptr<CallSpec::Output>& output) = 0;
 

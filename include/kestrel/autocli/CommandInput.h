@@ -12,15 +12,14 @@
 
 namespace Kestrel::AutoCli {
 
-/// The input of a command's call: it also knows the dispatcher that runs the call, and the path
-/// that led to the command.
+/// The input of a command's call, with the name of the dispatcher and the path of the command.
 class KESTREL_API CommandInput : public CallSpec::Input {
   struct FactoryFlag {  // private, so only New can construct
     explicit FactoryFlag() = default;
   };
 
  public:
-  /// Makes an empty input, with an empty dispatcher name and an empty path.
+  /// Makes an input without parameters, with an empty dispatcher name and an empty path.
   static std::shared_ptr<CommandInput> New();
 
   explicit CommandInput(FactoryFlag flag);
@@ -29,17 +28,17 @@ class KESTREL_API CommandInput : public CallSpec::Input {
   /// Sets the name of the dispatcher, as the user typed it.
   void SetDispatcher(const std::string& dispatcher);
 
-  /// The name of the dispatcher. The reference lives as long as this object.
+  /// The name of the dispatcher. The reference is valid as long as this object.
   const std::string& GetDispatcher() const;
 
-  /// Replaces the path by a copy of `path`: the names of the namespaces from the root on, then that
+  /// Sets the path to a copy of `path`: the names of the namespaces below the root, then the name
   /// of the command.
   void SetCommandPath(const std::list<std::string>& path);
 
-  /// The path. The reference lives as long as this object.
+  /// The path. The reference is valid as long as this object.
   const std::list<std::string>& GetCommandPath() const;
 
-  /// The elements of the path with one blank between them.
+  /// The elements of the path, joined with a space.
   std::string GetCommandPathString() const;
 
  private:

@@ -12,16 +12,16 @@
 
 namespace Kestrel::AutoCli {
 
-/// The command that lists every command of a tree with its namespace and description, and can
-/// filter by each of the three.
+/// The command that lists all commands of a tree with their namespaces and descriptions, optionally
+/// filtered by each of the three.
 class KESTREL_API CommandList : public Command {
   struct FactoryFlag {  // private, so only New can construct
     explicit FactoryFlag() = default;
   };
 
  public:
-  /// Makes a command that lists what is below `root`. It does not keep `root` alive and must not
-  /// run once that is gone.
+  /// Makes a command that lists the commands below `root`. It does not own `root` and must not run
+  /// after `root` has been destroyed.
   static std::shared_ptr<CommandList> New(std::shared_ptr<Namespace> root);
 
   CommandList(Namespace* root, FactoryFlag flag);
@@ -30,16 +30,16 @@ class KESTREL_API CommandList : public Command {
   /// The optional parameters "namespace-filter", "command-filter" and "description-filter".
   std::shared_ptr<CallSpec::InputSpec> GetInputSpecInternal() override;
 
-  /// A list of the structures of `GetOutputStructure`.
+  /// A list of structures as returned by `GetOutputStructure`.
   std::shared_ptr<CallSpec::OutputSpec> GetOutputSpecInternal() override;
 
-  /// A new structure "VexilCommand" with the empty texts "Namespace" (the names of the namespaces
-  /// that hold the command, joined with '.'), "Command" (its name) and "Description".
+  /// Makes a structure "VexilCommand" with three empty strings: "Namespace" (the names of the
+  /// namespaces that contain the command, joined with '.'), "Command" (its name) and "Description".
   static std::shared_ptr<MetaObj::MetaStruct> GetOutputStructure();
 
-  /// Sets the list of the commands that pass every filter given, depth first, with commands and
-  /// namespaces of one level in byte order of their names. A filter is a text that the namespace,
-  /// name or description must contain; the case of letters matters.
+  /// Sets the root object of `output` to the list of the commands that match all given filters. The
+  /// order is depth first, and the byte order of the names within a namespace. A filter is a string
+  /// that the namespace, name or description must contain; case matters.
   void ExecuteInternal(const std::shared_ptr<CallSpec::Input>& input,
                        const std::shared_ptr<CallSpec::Output>& output) override;
 

@@ -11,23 +11,23 @@
 
 namespace Kestrel::AutoCli {
 
-/// The output of a command's call. It can also carry its own text once it has been rendered.
+/// The output of a command's call. It can also store the text that it was formatted to.
 class KESTREL_API CommandOutput : public CallSpec::Output {
   struct FactoryFlag {  // private, so only New can construct
     explicit FactoryFlag() = default;
   };
 
  public:
-  /// Makes an empty output with an empty rendered text.
+  /// Makes an empty output with an empty formatted string.
   static std::shared_ptr<CommandOutput> New();
 
   explicit CommandOutput(FactoryFlag flag);
   ~CommandOutput() override;
 
-  /// Replaces the rendered text.
+  /// Sets the formatted string.
   void SetFormattedString(const std::string& text);
 
-  /// The rendered text. The reference lives as long as this object.
+  /// The formatted string. The reference is valid as long as this object.
   const std::string& GetFormattedString() const;
 
  private:

@@ -18,22 +18,23 @@
 
 namespace Kestrel::AutoCli {
 
-/// A leaf of the command tree: what a command is called, takes, gives and looks like in help.
+/// A leaf of the command tree: the declaration of a command, with its parameters, its result, its
+/// help and how its output is formatted.
 ///
-/// A command never has children: every operation that would reach below it throws
-/// KestrelException with its path, or with the message that it has none while it is unregistered.
+/// A command has no children: every operation that needs one throws KestrelException. The message
+/// contains the path of the command; if the command is not registered, it says so instead.
 class KESTREL_API CommandSpec : public CallSpec::CallTargetSpec, public NamespaceNode {
  public:
   ~CommandSpec() override;
 
-  /// The command's parameters, and "help" ("h") besides, sorted by name. Asked of the command and
-  /// completed once, the same object afterwards.
-  /// Throws KestrelException when the command gives null, or declares a "help" of its own; in the
-  /// latter case the specification is kept as the command made it.
+  /// The command's parameters and the parameter "help" ("h"). The first call requests the
+  /// specification from the command and adds "help"; later calls return the same object.
+  /// Throws KestrelException when the command returns null or declares a "help" of its own. In the
+  /// latter case later calls return the specification as the command made it.
   std::shared_ptr<CallSpec::InputSpec> GetInputSpec() override;
 
-  /// The command's declared result. Asked of the command once, the same object afterwards.
-  /// Throws KestrelException when the command gives null.
+  /// The command's declared result. The first call requests it from the command; later calls return
+  /// the same object. Throws KestrelException when the command returns null.
   std::shared_ptr<CallSpec::OutputSpec> GetOutputSpec() override;
 
   std::shared_ptr<NamespaceNode> GetThis() override;
@@ -50,7 +51,7 @@ class KESTREL_API CommandSpec : public CallSpec::CallTargetSpec, public Namespac
   /// Always throws KestrelException.
   void RegisterNamespaceNode(std::shared_ptr<NamespaceNode> node, const char* name) override;
 
-  /// Always throws KestrelException that names the words of `path`, which stays as it is.
+  /// Always throws KestrelException with the words of `path`, which is not changed.
   std::shared_ptr<NamespaceNode> ResolveNode(std::list<std::string>& path) override;
 
   Dispatcher* GetDispatcher() override;
@@ -58,49 +59,51 @@ class KESTREL_API CommandSpec : public CallSpec::CallTargetSpec, public Namespac
   std::shared_ptr<NamespaceNode> GetParent() override;
   NodeType GetType() override;
 
-  /// A new specification of the command's own parameters, without "help"; must not be null, and
-  /// not be shared with another command.
+  /// Makes a specification of the command's own parameters, without "help". It must not be null or
+  /// shared with another command.
   virtual std::shared_ptr<CallSpec::InputSpec> GetInputSpecInternal() = 0;
 
-  /// The specification of the command's result; must not be null.
+  /// Makes the specification of the command's result, which must not be null.
   virtual std::shared_ptr<CallSpec::OutputSpec> GetOutputSpecInternal() = 0;
 
   /// Adds an example to the help: `arguments` is what follows the command on the command line,
-  /// `description` what the example does.
+  /// `description` is what the example does.
   void AddExample(std::string arguments, std::string description);
 
-  /// The same for C strings; null counts as the empty text.
+  /// The same for C strings; null counts as the empty string.
   void AddExample(const char* arguments, const char* description);
 
-  /// The examples, each as arguments and description, in the order added.
+  /// The examples, each as arguments and description, in the order in which they were added.
   const std::vector<std::pair<std::string, std::string>>& GetExamples() const;
 
-  /// Names the formatter for this command's result when the user names none. The name is looked
-  /// up when a result is formatted, not here.
+  /// Sets the name of the formatter for this command's result, used unless the user chooses
+  /// another. The name is looked up when a result is formatted, not here.
   void SetDefaultOutputFormatter(std::string name);
 
-  /// The same for a C string; null counts as the empty text.
+  /// The same for a C string; null counts as the empty string.
   void SetDefaultOutputFormatter(const char* name);
 
-  /// Sets one parameter for that formatter; a second value replaces the first.
+  /// Sets one parameter of that formatter; a second value replaces the first.
   void SetDefaultOutputParameter(std::string name, std::string value);
 
-  /// The same for C strings; null counts as the empty text.
+  /// The same for C strings; null counts as the empty string.
   void SetDefaultOutputParameter(const char* name, const char* value);
 
-  /// A copy of the default formatter's name and parameters.
+  /// The default formatter's name and parameters, as a copy.
   FormatParameters GetDefaultOutputFormatParameters() const;
 
-  /// Fills `output`, which must not be null, with this command's help: a "VexilCommandHelp"
-  /// structure as the root, and the type `Help`. `input` supplies the words that call the command
-  /// when it is a CommandInput; any other one, null included, leaves them out.
+  /// Fills `output`, which must not be null, with this command's help: the root object becomes a
+  /// structure "VexilCommandHelp", the type becomes `Help`. If `input` is a CommandInput, the help
+  /// contains its dispatcher name and path; otherwise, also if `input` is null, it contains
+  /// neither.
   void GenerateHelpOutput(const std::shared_ptr<CallSpec::Input>& input,
                           const std::shared_ptr<CallSpec::Output>& output);
 
-  /// Notes a meta-data entry of the command's descriptor; the last value of a name wins.
+  /// Adds a metadata entry of the command's descriptor; a second value of a name replaces the
+  /// first.
   void AddMetaData(const std::string& name, const std::string& value);
 
-  /// The meta-data entries by name.
+  /// The metadata entries by name.
   const std::map<std::string, std::string>& GetMetaData() const;
 
  protected:

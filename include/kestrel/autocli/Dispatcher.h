@@ -21,83 +21,87 @@
 
 namespace Kestrel::AutoCli {
 
-/// Owns the command tree and the plug-ins that fill it; finds, checks and runs commands, and
-/// prints their output. It knows nothing of command lines and terminals.
+/// Owns the command tree and the plug-ins that fill it; finds, validates and runs commands, and
+/// formats their output. It does not deal with command lines and terminals.
 ///
-/// Mistakes in a request become error messages of the output; a plug-in's mistakes are thrown as
-/// KestrelException. A dispatcher must outlive everything that its root was handed to, and must
-/// not be a static object: plug-ins have statics of their own, which would die before it.
+/// Mistakes in a request become error messages of the output; mistakes of a plug-in throw
+/// KestrelException. A dispatcher must outlive everything that its root was passed to. It must not
+/// be a static object: static objects of plug-ins would be destroyed before it.
 class KESTREL_API Dispatcher {
  public:
-  /// Makes the root and registers the built-in plug-in; loads no file.
+  /// Makes the root and registers the built-in plug-in. Does not load any file.
   Dispatcher();
   virtual ~Dispatcher();
   Dispatcher(const Dispatcher&) = delete;
   Dispatcher& operator=(const Dispatcher&) = delete;
 
-  /// The root of the tree; never null. Not to be kept beyond the dispatcher's life.
+  /// The root of the tree; never null. It must not be used after the dispatcher has been destroyed.
   std::shared_ptr<RootNamespace> GetRootNamespace() const;
 
-  /// Loads and registers the plug-in in the file `path`, whose suffix tells its kind: ".so" is a
-  /// shared object, ".xml" a descriptor; any other file is passed over in silence.
-  /// Throws KestrelException when the plug-in cannot be loaded or registered; whatever else its
-  /// entry point throws passes.
+  /// Loads and registers the plug-in in the file `path`. The suffix determines its kind: ".so" is a
+  /// shared object, ".xml" is a descriptor; any other file is ignored.
+  /// Throws KestrelException when the plug-in cannot be loaded or registered. Other exceptions of
+  /// its entry point pass through.
   void AddPlugin(const std::string& path);
 
-  /// Loads the plug-ins of the directory `dir` + "/lib64", which may be missing, then those of
+  /// Loads the plug-ins in the directory `dir` + "/lib64", which may be missing, then those in
   /// `dir`, as `AddExternalDirectoryInt` does.
   void AddExternalDirectory(const std::string& dir);
 
-  /// Loads every plug-in in the directory `dir`, in ascending byte order of the paths. One that
-  /// throws KestrelException is reported on standard error and the next one follows; exceptions of
-  /// other types pass. A directory that cannot be opened is reported there if `reportMissing`.
+  /// Loads all plug-ins in the directory `dir`, in ascending byte order of their paths. A plug-in
+  /// that throws KestrelException is reported on standard error and skipped; other exceptions pass
+  /// through. A directory that cannot be opened is reported too if `reportMissing` is set.
   void AddExternalDirectoryInt(const std::string& dir, bool reportMissing);
 
-  /// Loads the plug-ins of the built-in directory and of its subdirectory "ext", as
-  /// `AddExternalDirectory` does. The build sets that directory; "/usr/lib/norvane/vexil" is usual.
+  /// Loads the plug-ins in the default directory and in its subdirectory "ext", as
+  /// `AddExternalDirectory` does. The default directory is set when the library is built, usually
+  /// to
+  /// "/usr/lib/norvane/vexil".
   void AddDefaultDirectories();
 
-  /// Adds the namespaces, commands and formatters of `plugin`, which is initialised, and keeps it.
-  /// Throws KestrelException when it is null, when it throws one while it registers, and when one
-  /// of its formatters has a name that is taken: none of its formatters is known then and it is
-  /// not listed, but what it put in the tree stays and works.
+  /// Adds the namespaces, commands and formatters of `plugin`, which must be initialised, and
+  /// shares its ownership. Throws KestrelException when `plugin` is null, when it throws one while
+  /// it registers, and when the name of one of its formatters is taken. In the last two cases none
+  /// of its formatters is added and it is not listed, but what it has registered in the tree stays
+  /// there and works.
   void RegisterPlugin(std::shared_ptr<Plugin> plugin);
 
-  /// Empties the list of plug-ins. Tree and formatters stay, and so does the code of shared
-  /// objects, which the commands in the tree run.
+  /// Empties the list of plug-ins. The tree and the formatters remain. The code of shared objects
+  /// remains loaded, because commands in the tree need it.
   void ResetRegistrations();
 
-  /// The names of the registered plug-ins in the order of registration; the built-in one is first.
+  /// The names of the plug-ins in the order of registration; the built-in plug-in is the first.
   std::vector<std::string> GetPluginNames() const;
 
-  /// Whether a registered plug-in offers a formatter of exactly this name.
+  /// Whether a registered plug-in has a formatter with exactly this name.
   bool HasFormatter(const std::string& name) const;
 
-  /// The formatter of exactly this name, null when there is none.
+  /// The formatter with exactly this name, null when there is none.
   std::shared_ptr<Formatter> GetFormatter(const std::string& name) const;
 
   /// All formatters in ascending byte order of their names.
   std::vector<std::shared_ptr<Formatter>> GetFormatters() const;
 
-  /// The command that the path of `input` leads to. Null, with error messages on `output`, when it
-  /// leads nowhere or to a namespace; null without a message for a node of the kind `Command` that
-  /// is no Command. Neither argument may be null, here and below.
+  /// Finds the command at the path of `input`. Returns null and adds error messages to `output`
+  /// when there is no node at the path or the node is a namespace; returns null without a message
+  /// when the node has the type `Command` but is not a Command. Neither argument may be null, here
+  /// and below.
   std::shared_ptr<Command> GetCommand(std::shared_ptr<CommandInput> input,
                                       std::shared_ptr<CommandOutput> output);
 
-  /// Finds the command of `input`, gives `input` the command's specification, and runs the command
-  /// if the parameters raise no objection; objections are error messages on `output`. Returns
-  /// whether a command was found and `output` has no error.
-  /// Throws KestrelException when the command's own specification is broken.
+  /// Finds the command as `GetCommand` does, passes its declaration to `input`, validates the
+  /// parameters, and runs the command if they are valid. Problems become error messages of
+  /// `output`. Returns whether a command was found and `output` has no error. Throws
+  /// KestrelException when the command's declaration is broken.
   bool ExecuteCommand(std::shared_ptr<CommandInput> input, std::shared_ptr<CommandOutput> output);
 
-  /// The default formatter and parameters of the command that `input` leads to; empty when there
-  /// is none, with the error messages of `GetCommand`.
+  /// The default formatter and parameters of the command that `GetCommand` finds; empty, with its
+  /// error messages, when it finds none.
   FormatParameters GetDefaultOutputFormatParameters(std::shared_ptr<CommandInput> input,
                                                     std::shared_ptr<CommandOutput> output);
 
-  /// Prints `output` to `out` with the formatter that `params` names; prints nothing when it names
-  /// none. Returns false, with an error message added to `output`, when there is no formatter of
+  /// Prints `output` to `out` with the formatter that `params` names; prints nothing when the name
+  /// is empty. Returns false and adds an error message to `output` when there is no formatter of
   /// that name or when it throws KestrelException.
   bool FormatOutput(const std::shared_ptr<CallSpec::Output>& output, FormatParameters& params,
                     DisplayContext& display, std::ostream& out);
@@ -109,10 +113,10 @@ class KESTREL_API Dispatcher {
   std::map<std::string, std::shared_ptr<Plugin>> formatterOwners_;
   std::vector<std::shared_ptr<Plugin>> plugins_;
 
-  // Shared objects that are not listed, but whose code the tree may still run.
+  // Shared objects that are not listed but whose code commands in the tree may need.
   std::vector<std::shared_ptr<Plugin>> retained_;
 
-  // Stays the last member: the tree goes first, while the code of its commands is still loaded.
+  // Must be the last member: the tree is destroyed first, while the code of its commands is loaded.
   std::shared_ptr<RootNamespace> root_;
 };
 

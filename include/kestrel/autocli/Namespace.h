@@ -10,17 +10,17 @@
 
 namespace Kestrel::AutoCli {
 
-/// An inner node of the command tree: a word of a command's path that groups what is below it.
+/// An inner node of the command tree: a word of a command's path that groups the nodes below it.
 ///
-/// One whose parent is gone keeps working for look-ups below it; `GetPath`, `GetPathString` and
-/// `GetDispatcher` throw KestrelException then, as they do before it is registered.
+/// Before a namespace is registered and after its parent has been destroyed, `GetPath`,
+/// `GetPathString` and `GetDispatcher` throw KestrelException; lookups below it still work.
 class KESTREL_API Namespace : public NamespaceNode {
   struct FactoryFlag {  // private, so only New can construct
     explicit FactoryFlag() = default;
   };
 
  public:
-  /// Makes a namespace without name, description, parent and children.
+  /// Makes a namespace without a name, description, parent or children.
   static std::shared_ptr<Namespace> New();
 
   explicit Namespace(FactoryFlag flag);
@@ -33,7 +33,7 @@ class KESTREL_API Namespace : public NamespaceNode {
   std::shared_ptr<NamespaceNode> GetParent() override;
 
  protected:
-  /// For derived classes, which bring a factory of their own.
+  /// For derived classes, which need a factory of their own.
   Namespace();
 
  private:

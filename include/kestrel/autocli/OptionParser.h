@@ -16,123 +16,129 @@
 
 namespace Kestrel::AutoCli {
 
-/// Cuts one command line into its parts: the dispatcher options before the command path, the words
-/// of the path, and the command's own parameters behind it.
+/// Splits one command line into its parts: the dispatcher options before the command path, the
+/// words of the path, and the command's own parameters after it.
 ///
 /// An option is a dash and one ASCII letter ("-v"), or two dashes, a letter and at least one more
 /// letter, digit or dash ("--verbose"), optionally followed by "=" and at least one byte
-/// ("--level=3"). Every other token is a word: "-", "--", "-1", "-ab", "--x" and "--name=" too.
+/// ("--level=3"). Every other token is a word, for example "-", "--", "-1", "-ab", "--x" and
+/// "--name=".
 ///
-/// One parser serves one command line. The parser knows neither options nor namespaces: the caller
-/// looks at the dispatcher options and the path, hands over what the command declares
-/// (SetInputSpec), and only then asks for the command parameters. A user's mistakes become parse
-/// errors; no operation throws for anything that a user typed.
+/// One parser handles one command line. It knows neither which options nor which namespaces exist:
+/// the caller uses the dispatcher options and the path, passes the declaration of the command
+/// (SetInputSpec), and only then requests the command parameters. A user's mistakes become parse
+/// errors; they never throw.
 class KESTREL_API OptionParser {
  public:
-  /// A parser whose dispatcher is called "vexil".
+  /// Makes a parser whose dispatcher name is "vexil".
   OptionParser();
 
-  /// A parser whose dispatcher is called `dispatcher`.
+  /// Makes a parser whose dispatcher name is `dispatcher`.
   explicit OptionParser(const std::string& dispatcher);
 
-  /// Takes argv[0] as the dispatcher's name and parses argv[1] to argv[argc - 1].
+  /// Sets the dispatcher name to a copy of argv[0] and parses argv[1] to argv[argc - 1].
   ///
-  /// Without arguments, or with a null argv[0], the name stays as it is; a null further on ends the
-  /// arguments. The texts are copied.
+  /// Does nothing when argc is less than 1 or argv[0] is null. A null element ends the arguments.
   void ParseArgv(int argc, const char* const* argv);
 
-  /// Parses a ready list of tokens, the leftmost first; the dispatcher's name stays as it is.
+  /// Parses tokens, the leftmost first; does not change the dispatcher name.
   void ParseVector(std::vector<std::string> tokens);
 
-  /// Splits `line` into tokens and parses them; false when it did, true when there was nothing to
-  /// parse (an empty line, a line of blanks, a comment).
+  /// Splits `line` into tokens and parses them. Returns false if it did, and true if there was
+  /// nothing to parse: the line is empty, consists of spaces and tabs, or is a comment.
   ///
-  /// Spaces and tabs separate tokens except within double quotes, which are removed wherever they
-  /// stand; an unbalanced quote runs to the end of the line. A line whose first character that is
-  /// neither blank nor quote is '#' is a comment. There is no escape character.
+  /// Spaces and tabs separate tokens, except within double quotes, which are removed everywhere. An
+  /// unbalanced quote extends to the end of the line. A line is a comment if its first character
+  /// other than spaces, tabs and double quotes is '#'. There is no escape character.
   bool ParseString(const std::string& line);
 
-  /// Parses tokens whose leftmost is on top; an empty stack changes nothing.
+  /// Parses tokens, the leftmost on top; an empty stack changes nothing.
   void ParseStack(std::stack<std::string> tokens);
 
-  /// Sets what the command declares, for the command parameters; null stands for nothing declared.
+  /// Sets the declaration of the command for processing its parameters; null means none.
   void SetInputSpec(std::shared_ptr<CallSpec::InputSpec> spec);
 
-  /// Turns what follows the path into command parameters; only the first call finds something to
-  /// do.
+  /// Processes the tokens after the path into command parameters. Only the first call has an
+  /// effect.
   ///
-  /// With a spec set, a secret parameter without a value is prompted for, and any other parameter
-  /// that needs a value and has none becomes a parse error, as do words that belong to no option.
+  /// Words that belong to no option become a parse error. If a declaration is set, the user is
+  /// prompted for a secret parameter without a value; any other parameter that needs a value and
+  /// has none becomes a parse error.
   void ProcessCommandArguments();
 
-  /// The command's parameters as (name, value) pairs in the order typed, processed when they were
-  /// not before. Names are without dashes, short or long as typed. The reference lives as long as
-  /// the parser, and so do those below.
+  /// The command's parameters as (name, value) pairs in the order typed; calls
+  /// ProcessCommandArguments first. Names have no dashes and are short or long, as typed. The
+  /// reference is valid as long as the parser, like those below.
   const std::vector<std::pair<std::string, std::string>>& GetCommandParameters();
 
-  /// The values of every command parameter of exactly that name, in order; processes like
-  /// GetCommandParameters.
+  /// The values of all command parameters with exactly this name, in the order typed; calls
+  /// ProcessCommandArguments first.
   std::vector<std::string> GetCommandParameter(const std::string& name);
 
-  /// Whether a command parameter of exactly that name was given; processes likewise.
+  /// Whether there is a command parameter with exactly this name; calls ProcessCommandArguments
+  /// first.
   bool HasCommandParameter(const std::string& name);
 
   /// The options before the path as (name, value) pairs in the order typed.
   const std::vector<std::pair<std::string, std::string>>& GetDispatcherParameters() const;
 
-  /// The values of every dispatcher option of exactly that name, in order.
+  /// The values of all dispatcher options with exactly this name, in the order typed.
   std::vector<std::string> GetDispatcherParameter(const std::string& name) const;
 
-  /// Whether a dispatcher option of exactly that name was given.
+  /// Whether there is a dispatcher option with exactly this name.
   bool HasDispatcherParameter(const std::string& name) const;
 
-  /// The name of the program as invoked.
+  /// The dispatcher name: the name of the program as it was called.
   const std::string& GetDispatcher() const;
 
   /// The words of the path in the order typed: namespaces, then the command.
   const std::list<std::string>& GetCommandPath() const;
 
-  /// The same list as GetCommandPath, the command's name included.
+  /// The same list as GetCommandPath, including the command.
   const std::list<std::string>& GetNamespaces() const;
 
-  /// The mistakes found so far, in the order found. Processing the command parameters adds to them.
+  /// The parse errors so far, in the order found. Processing the command parameters may add some.
   const std::vector<std::string>& GetParseErrors() const;
 
-  /// Always false: no operation marks the parser as done.
+  /// Always false: no operation sets this flag.
   bool IsParsed() const;
 
-  /// A dump of everything for debugging; processes the command parameters after it has listed the
-  /// errors, so that what this finds shows in the next dump.
+  /// Describes the whole state for debugging. Processes the command parameters, but only after
+  /// listing the errors, so that errors found by this call appear in the next one.
   std::string ToString();
 
-  /// Reads one line from standard input with the terminal's echo off, without its line end.
+  /// Reads one line from standard input while the terminal does not echo; returns it without its
+  /// line end, or the empty string at the end of the input.
   ///
-  /// The terminal gets its modes back on every path, also before a signal ends or stops the
-  /// process. Input that is not a terminal is read the same way. Empty at the end of input.
+  /// The modes of the terminal are restored in all cases, also before a signal ends or stops the
+  /// process. Input that is not a terminal is read the same way.
   std::string GetSilentString();
 
   /// Whether `token` is an option.
   bool IsParameter(const std::string& token) const;
 
-  /// Cuts an option into its name, without dashes, and its value; true when it carries a value.
+  /// Splits an option into its name, without dashes, and its value; returns whether it contains a
+  /// value.
   ///
-  /// Without one, `value` becomes empty. A token that is no option adds a parse error and leaves
-  /// both as they are.
+  /// If it does not, `value` becomes empty. A token that is not an option adds a parse error and
+  /// leaves both unchanged.
   bool ParseParameter(const std::string& token, std::string& name, std::string& value);
 
-  /// Pops the words on top of the stack, up to the first option, and returns them in order.
+  /// Pops the words on top of the stack up to the first option; returns them from left to right.
   std::list<std::string> ParsePath(std::stack<std::string>& tokens);
 
-  /// Pops the options on top of the stack with their values, up to the first word that no option
-  /// takes, and returns them in order, judged by the spec when one is set.
+  /// Pops the options and their values on top of the stack, up to the first word that is not the
+  /// value of an option; returns them from left to right. Missing values are handled as
+  /// ProcessCommandArguments does.
   ///
-  /// An option without "=" takes the next token whenever that is a word, even when it is a flag.
+  /// The value of an option without "=" is the next token if that is a word, even if the option is
+  /// a flag.
   std::vector<std::pair<std::string, std::string>> ParseParameters(std::stack<std::string>& tokens);
 
  private:
   using Pairs = std::vector<std::pair<std::string, std::string>>;
 
-  // Reads like a stack whose top is the leftmost token, but leaves the tokens where they are.
+  // Has the interface of a stack with the leftmost token on top, but does not move the tokens.
   struct TokenQueue {
     bool empty() const { return next == tokens.size(); }
     std::string& top() { return tokens[next]; }

@@ -12,17 +12,17 @@
 
 namespace Kestrel::AutoCli {
 
-/// The top of one dispatcher's command tree: no name, no parent, an empty path.
+/// The root of one dispatcher's command tree. It has no name, no parent and an empty path.
 ///
-/// The dispatcher owns its root and must outlive every other owner of it, because the root points
-/// back to the dispatcher without owning it.
+/// The dispatcher owns its root and must outlive every other owner of the root, because the root
+/// has a plain pointer to the dispatcher.
 class KESTREL_API RootNamespace : public Namespace {
   struct FactoryFlag {  // private, so only New can construct
     explicit FactoryFlag() = default;
   };
 
  public:
-  /// Makes the root of `dispatcher`, which may be null and is not owned.
+  /// Makes the root of `dispatcher`, which is not owned and may be null.
   static std::shared_ptr<RootNamespace> New(Dispatcher* dispatcher);
 
   RootNamespace(Dispatcher* dispatcher, FactoryFlag flag);
@@ -37,7 +37,7 @@ class KESTREL_API RootNamespace : public Namespace {
   /// Always empty; never throws.
   std::string GetPathString(char separator) override;
 
-  /// The dispatcher given to `New`; never throws.
+  /// The dispatcher passed to `New`; never throws.
   Dispatcher* GetDispatcher() override;
 
   /// Always throws KestrelException.

@@ -11,12 +11,13 @@
 
 namespace Kestrel::CallSpec {
 
-/// Something that can be called with an input and fills an output.
+/// Something that can be called with an input and that fills an output.
 class KESTREL_API CallTarget {
  public:
   virtual ~CallTarget();
 
-  /// Does the work: reads `input`, sets the root value of `output` and adds its error messages.
+  /// Does the work: reads `input`, and sets the root value of `output` or adds error messages to
+  /// it.
   virtual void Execute(const std::shared_ptr<Input>& input,
                        const std::shared_ptr<Output>& output) = 0;
 };

@@ -11,7 +11,7 @@
 
 namespace Kestrel::CallSpec {
 
-/// Something that declares what a call of it takes and gives.
+/// Something that declares the parameters and the result of a call.
 class KESTREL_API CallTargetSpec {
  public:
   virtual ~CallTargetSpec();

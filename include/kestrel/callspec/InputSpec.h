@@ -25,7 +25,7 @@ class KESTREL_API InputSpec {
   };
 
  public:
-  /// Makes a declaration without parameters and contexts.
+  /// Makes a declaration without parameters or contexts.
   static std::shared_ptr<InputSpec> New();
 
   explicit InputSpec(FactoryFlag flag);
@@ -33,34 +33,36 @@ class KESTREL_API InputSpec {
   InputSpec& operator=(const InputSpec&) = delete;
   ~InputSpec();
 
-  /// Shares `spec` and puts it into its place in the order of names.
+  /// Adds `spec`, which is shared, at its place in the order of names.
   ///
-  /// Throws KestrelException, and changes nothing, when `spec` is null, its name has fewer than two
-  /// characters, or its name or short name is taken.
+  /// Throws KestrelException and changes nothing when `spec` is null, when its name has fewer than
+  /// two characters, or when its name or short name is taken.
   void AddParameter(const std::shared_ptr<ParameterSpec>& spec);
 
-  /// The parameters, always in ascending byte order of their names. The reference lives as long as
-  /// this object and shows later additions.
+  /// The parameters in ascending byte order of their names. The reference is valid as long as this
+  /// object and shows later additions.
   const std::vector<std::shared_ptr<ParameterSpec>>& GetParameters() const;
 
-  /// Adds a context name; adding it again changes nothing.
+  /// Adds the name of a supported context; adding it again changes nothing.
   void SetContextSupported(const std::string& name);
 
-  /// Whether the context name was added.
+  /// Whether the context is supported.
   bool IsContextSupported(const std::string& name) const;
 
-  /// Checks what a call received against the declaration.
+  /// Checks the input of a call against the declaration.
   ///
-  /// Every problem appends a message to `output`: unknown parameters and bad values in the order of
-  /// the names given, then missing required parameters in the order of declared names. An input
-  /// that holds "help" is valid whatever else it holds. Returns false when a parameter is unknown,
-  /// missing or has a refused value; a value too many or too few gives a message and no false, so
-  /// judge the call by its messages. Throws KestrelException when `input` is null, or when there is
-  /// a message and `output` is null.
+  /// Appends a message to `output` for each problem: first unknown parameters and invalid values,
+  /// in the order of the given names, then missing required parameters, in the order of the
+  /// declared names. An input that contains "help" is valid whatever else it contains.
+  ///
+  /// Returns false when a parameter is unknown, missing or has an invalid value. The wrong number
+  /// of values appends a message but leaves the result true, so a caller must look at the messages
+  /// too. Throws KestrelException when `input` is null, or when there is a message and `output` is
+  /// null.
   bool Validate(const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) const;
 
  private:
-  // By name; the text of a key is that of its parameter.
+  // By name. A key refers to the name in its parameter.
   using DeclaredParameters = std::map<std::string_view, std::shared_ptr<ParameterSpec>>;
 
   void CheckNames(const ParameterSpec& spec) const;
@@ -69,8 +71,8 @@ class KESTREL_API InputSpec {
   bool ValidateRequired(const Input& input, const std::shared_ptr<Output>& output) const;
 
   DeclaredParameters declared_;
-  // The same as a list. It is made when it is first asked for, and kept in step from then on, since
-  // its reader may hold on to it: until then an addition moves no other parameter.
+  // The same as a list, made on the first request. Until then an addition moves no other parameter;
+  // afterwards additions update the list, because readers may keep a reference to it.
   mutable std::vector<std::shared_ptr<ParameterSpec>> listed_;
   mutable bool isListed_;
   std::set<std::string> contexts_;

@@ -19,24 +19,24 @@
 
 namespace Kestrel::CallSpec {
 
-/// What one call produced: its root value, its error messages, and the kind of output it is.
+/// The output of one call: its root value, its error messages, and its type.
 ///
-/// Created empty by the caller, filled by the command, then validated, printed and dropped. None of
-/// its operations fails. One thread uses it.
+/// The caller makes it empty; the command fills it; then it is validated, printed and destroyed. No
+/// operation fails. An output belongs to one thread.
 class KESTREL_API Output {
   struct FactoryFlag {  // private, so only New can construct
     explicit FactoryFlag() = default;
   };
 
  public:
-  /// The kind of an output; the numbers are fixed. Any value but 0 marks something other than an
-  /// ordinary result.
+  /// The type of an output. The numbers never change; every value except 0 marks something other
+  /// than an ordinary result.
   enum OutputType : std::int32_t {
     Ordinary = 0,  ///< The result of a command.
     Help = 2       ///< The help structure of a command.
   };
 
-  /// Makes an ordinary output without root and without errors.
+  /// Makes an ordinary output without a root value and without errors.
   static std::shared_ptr<Output> New();
 
   explicit Output(FactoryFlag flag);
@@ -44,42 +44,42 @@ class KESTREL_API Output {
   Output& operator=(const Output&) = delete;
   virtual ~Output();
 
-  /// Replaces the root value by `root`, which is shared, not copied. Null clears it.
+  /// Sets the root value to `root`, which is shared, not copied. Null clears it.
   void SetRootObject(const std::shared_ptr<MetaObj::MetaObject>& root);
-  /// As the form for any value.
+  /// The same.
   void SetRootObject(const std::shared_ptr<MetaObj::MetaBool>& root);
-  /// As the form for any value.
+  /// The same.
   void SetRootObject(const std::shared_ptr<MetaObj::MetaInt>& root);
-  /// As the form for any value.
+  /// The same.
   void SetRootObject(const std::shared_ptr<MetaObj::MetaString>& root);
-  /// As the form for any value.
+  /// The same.
   void SetRootObject(const std::shared_ptr<MetaObj::MetaList>& root);
-  /// As the form for any value.
+  /// The same.
   void SetRootObject(const std::shared_ptr<MetaObj::MetaStruct>& root);
   /// Clears the root value.
   void SetRootObject(std::nullptr_t root);
 
-  /// A new owner of the root value, null while none is set.
+  /// The root value, null while none is set.
   std::shared_ptr<MetaObj::MetaObject> GetRootObject() const;
 
-  /// Appends one message; the empty text is a message too.
+  /// Appends a message; the empty string is a message too.
   void AddErrorMessage(const std::string& message);
-  /// As above; null stands for the empty text.
+  /// The same; null counts as the empty string.
   void AddErrorMessage(const char* message);
-  /// As above; takes the text over.
+  /// The same; moves the message.
   void AddErrorMessage(std::string&& message);
 
   /// Whether at least one message was added.
   bool HasError() const;
 
-  /// The messages in the order added. The reference lives as long as this object and shows later
-  /// additions.
+  /// The messages in the order in which they were added. The reference is valid as long as this
+  /// object and shows later additions.
   const std::vector<std::string>& GetErrors() const;
 
-  /// Sets the kind of this output; any value is stored.
+  /// Sets the type of this output; any value is accepted.
   void SetOutputType(Output::OutputType type);
 
-  /// The kind of this output, `Ordinary` at first.
+  /// The type of this output, initially `Ordinary`.
   Output::OutputType GetOutputType() const;
 
  protected:

@@ -15,16 +15,16 @@ namespace Kestrel::CallSpec {
 
 /// The declared shape of a command's result: a sample value and a description.
 ///
-/// Built once, when its command is registered, and only read afterwards. The sample's kind,
-/// structure fields and element kinds are what a result must have; its values and list elements
-/// mean nothing.
+/// It is built once, when its command is registered, and only read afterwards. A result must have
+/// the kind of the sample, its fields and its element kinds. The values and list elements of the
+/// sample do not matter.
 class KESTREL_API OutputSpec {
   struct FactoryFlag {  // private, so only New can construct
     explicit FactoryFlag() = default;
   };
 
  public:
-  /// Makes a declaration without root and without description.
+  /// Makes a declaration without a sample and without a description.
   static std::shared_ptr<OutputSpec> New();
 
   explicit OutputSpec(FactoryFlag flag);
@@ -32,42 +32,42 @@ class KESTREL_API OutputSpec {
   OutputSpec& operator=(const OutputSpec&) = delete;
   ~OutputSpec();
 
-  /// Takes over `root` as the sample value. Throws KestrelException on null, and then keeps the
-  /// sample that it had.
+  /// Sets the sample value; moves the owner. Throws KestrelException when `root` is null; the
+  /// earlier sample is kept then.
   void SetRootObject(std::shared_ptr<MetaObj::MetaObject>&& root);
-  /// Shares `root` as the sample value, with the same rule for null.
+  /// The same; shares `root`.
   void SetRootObject(const std::shared_ptr<MetaObj::MetaObject>& root);
-  /// As the form for any value.
+  /// The same; shares `root`.
   void SetRootObject(const std::shared_ptr<MetaObj::MetaBool>& root);
-  /// As the form for any value.
+  /// The same; shares `root`.
   void SetRootObject(const std::shared_ptr<MetaObj::MetaInt>& root);
-  /// As the form for any value.
+  /// The same; shares `root`.
   void SetRootObject(const std::shared_ptr<MetaObj::MetaString>& root);
-  /// As the form for any value.
+  /// The same; shares `root`.
   void SetRootObject(const std::shared_ptr<MetaObj::MetaList>& root);
-  /// As the form for any value.
+  /// The same; shares `root`.
   void SetRootObject(const std::shared_ptr<MetaObj::MetaStruct>& root);
-  /// Throws KestrelException, as every null does.
+  /// Always throws, as for every null.
   void SetRootObject(std::nullptr_t root);
 
-  /// A new owner of the sample value, null while none is set.
+  /// The sample value, null while none is set.
   std::shared_ptr<MetaObj::MetaObject> GetRootObject() const;
 
-  /// Replaces the description.
+  /// Sets the description.
   void SetDescription(const std::string& description);
 
-  /// The description, or "Documentation missing" while it is empty. The reference lives as long as
-  /// this object.
+  /// The description, or "Documentation missing" while it is empty. The reference is valid as long
+  /// as this object.
   const std::string& GetDescription() const;
 
   /// Whether the root value of `output` has the declared shape.
   ///
-  /// A mismatch throws nothing: it returns false, and one message per problem is appended to
-  /// `errors` unless that is null. A success may append messages too, as about another type name
-  /// of a structure. Throws KestrelException when `output` is null.
+  /// If not, one message per problem is appended to `errors` unless that is null. Messages may also
+  /// be appended when the result is true, for example if a structure has another type name. Throws
+  /// KestrelException when `output` is null.
   bool Validate(const std::shared_ptr<Output>& output, std::vector<std::string>* errors) const;
 
-  /// The text that stands for an empty description.
+  /// What GetDescription returns for an empty description: "Documentation missing".
   static const std::string _docMissingStaticString;
 
  private:

@@ -15,26 +15,27 @@
 
 namespace Kestrel::CallSpec {
 
-/// The kind of a constraint; the numbers are fixed.
+/// The kind of a constraint. The numbers never change.
 enum ParameterConstraintType : std::int32_t {
-  NoConstraint = 0,  ///< Every value.
-  IntRange = 1,      ///< An integer between two bounds, both inclusive.
-  IntEnum = 2,       ///< One of a list of integers.
-  StringEnum = 3,    ///< One of a list of strings, each with an optional description.
-  StringRegex = 4    ///< A string that a regular expression matches as a whole.
+  NoConstraint = 0,  ///< Accepts every value.
+  IntRange = 1,      ///< Accepts an integer between two bounds, both inclusive.
+  IntEnum = 2,       ///< Accepts one of a list of integers.
+  StringEnum = 3,    ///< Accepts one of a list of strings, each with an optional description.
+  StringRegex = 4    ///< Accepts a string that a regular expression matches as a whole.
 };
 
-/// Narrows the values that one parameter accepts beyond its type.
+/// Restricts the values of one parameter further than its type does.
 ///
-/// Built by the code that declares a command and not changed afterwards. The setters do not look at
-/// the kind: data of another kind is stored and never read.
+/// It is built by the code that declares a command and not changed afterwards. The setters do not
+/// check the kind: data of another kind is stored and never read.
 class KESTREL_API ParameterConstraint {
   struct FactoryFlag {  // private, so only New can construct
     explicit FactoryFlag() = default;
   };
 
  public:
-  /// Makes a constraint of that kind: bounds 0 and 0, empty lists, empty regular expression.
+  /// Makes a constraint of that kind, with the bounds 0 and 0, empty lists and an empty regular
+  /// expression.
   static std::shared_ptr<ParameterConstraint> New(ParameterConstraintType type);
 
   ParameterConstraint(ParameterConstraintType type, FactoryFlag flag);
@@ -42,51 +43,52 @@ class KESTREL_API ParameterConstraint {
   ParameterConstraint& operator=(const ParameterConstraint&) = delete;
   ~ParameterConstraint();
 
-  /// The kind, fixed when the constraint was made.
+  /// The kind; it never changes.
   ParameterConstraintType GetType() const;
 
-  /// Sets both bounds, which belong to the range; they may be equal. Throws KestrelException when
-  /// `min` is greater than `max`, and then keeps the bounds that it had.
+  /// Sets both bounds, which are part of the range and may be equal. Throws KestrelException when
+  /// `min` is greater than `max`; the earlier bounds are kept then.
   void SetIntRange(std::int64_t min, std::int64_t max);
 
-  /// Copies the bounds out.
+  /// Sets `min` and `max` to the bounds.
   void GetIntRange(std::int64_t& min, std::int64_t& max) const;
 
-  /// Appends an allowed integer. Throws KestrelException when it is in the list already.
+  /// Adds an allowed integer. Throws KestrelException when it is in the list already.
   void AddIntEnum(std::int64_t value);
 
-  /// Appends an allowed string, compared exactly; an empty description is not kept. Throws
-  /// KestrelException when the string is in the list already, and then changes nothing.
+  /// Adds an allowed string; values are compared with it exactly. An empty description counts as
+  /// none. Throws KestrelException and changes nothing when the string is in the list already.
   void AddStringEnum(std::string value, std::string description = std::string());
-  /// As above; null stands for the empty text.
+  /// The same; null counts as the empty string.
   void AddStringEnum(const char* value, const char* description);
-  /// As above, without a description.
+  /// The same, without a description.
   void AddStringEnum(const char* value);
 
-  /// Sets the regular expression (Perl syntax). It is compiled when a value is validated, not here.
+  /// Sets the regular expression, in Perl syntax. It is compiled when a value is validated, not
+  /// here.
   void SetStringRegex(const std::string& regex);
 
-  /// The allowed integers in the order added. This reference and the next three live as long as
-  /// this object.
+  /// The allowed integers in the order in which they were added. This reference and the next three
+  /// are valid as long as this object.
   const std::vector<std::int64_t>& GetIntEnum() const;
 
-  /// The allowed strings in the order added.
+  /// The allowed strings in the order in which they were added.
   const std::vector<std::string>& GetStringEnum() const;
 
-  /// The descriptions of those allowed strings that have one, sorted by the string.
+  /// The descriptions of the allowed strings that have one, by string.
   const std::map<std::string, std::string>& GetStringEnumWithDesc() const;
 
-  /// The text of the regular expression.
+  /// The regular expression.
   const std::string& GetStringRegex() const;
 
-  /// What the constraint accepts, in words for a message or a help page.
+  /// Describes what the constraint accepts, for messages and help pages.
   std::string ToString() const;
 
-  /// Whether the constraint accepts `value`, given for the parameter called `name`.
+  /// Whether the constraint accepts `value`, which was given for the parameter `name`. Appends one
+  /// message to `output` if not.
   ///
-  /// A refused value appends one message to `output`; an accepted one appends none. Throws
-  /// KestrelException when there is a message and `output` is null. A regular expression that does
-  /// not compile throws the regular-expression library's error, a std::runtime_error.
+  /// Throws KestrelException when there is a message and `output` is null, and a
+  /// `std::runtime_error` when the regular expression does not compile.
   bool Validate(const std::string& value, const std::string& name,
                 const std::shared_ptr<Output>& output) const;
 
@@ -108,7 +110,7 @@ class KESTREL_API ParameterConstraint {
   std::vector<std::string> strings_;
   std::string regex_;
   std::map<std::string, std::string> descriptions_;
-  // The values of a long list once more, for the search; empty while the list is short.
+  // The values of a long list again, for fast lookup; empty while the list is short.
   std::set<std::int64_t> integerIndex_;
   std::set<std::string> stringIndex_;
   mutable std::shared_ptr<const CompiledRegex> compiledRegex_;

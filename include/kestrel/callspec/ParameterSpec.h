@@ -14,35 +14,35 @@
 
 namespace Kestrel::CallSpec {
 
-/// The type of a parameter. The numbers are fixed: a list type is its scalar type plus 4.
+/// The type of a parameter. The numbers never change: a list type is its scalar type plus 4.
 enum ParameterType : std::int32_t {
-  String = 0,      ///< Any text.
+  String = 0,      ///< Any string.
   Int = 1,         ///< An integer.
-  Bool = 2,        ///< A boolean word.
+  Bool = 2,        ///< A boolean word; see `ParameterSpec::GetBool`.
   Flag = 3,        ///< Given or not given, without a value.
-  StringList = 4,  ///< Any texts, one for each time that the parameter is given.
-  IntList = 5,     ///< Integers.
-  BoolList = 6     ///< Boolean words.
+  StringList = 4,  ///< Any strings, one for each time that the parameter is given.
+  IntList = 5,     ///< Integers, one for each time.
+  BoolList = 6     ///< Boolean words, one for each time.
 };
 
-/// Declares one parameter of a command, and checks the values that a call gives for it.
+/// The declaration of one parameter of a command, which also checks the values given for it.
 ///
-/// Mistakes of the declaration throw KestrelException and leave the declaration as it was; mistakes
-/// in values become error messages of the call's output. Every null `const char*` stands for the
-/// empty text.
+/// A mistake in the declaration throws KestrelException and leaves the declaration unchanged; a
+/// mistake in a value becomes an error message of the call's output. A null `const char*` counts as
+/// the empty string.
 class KESTREL_API ParameterSpec {
   struct FactoryFlag {  // private, so only New can construct
     explicit FactoryFlag() = default;
   };
 
  public:
-  /// Makes a required parameter without short name, description and constraint, and not secret.
-  /// Throws KestrelException when the name is empty or holds anything but lower-case letters,
-  /// digits and '-'.
+  /// Makes a required parameter that is not secret, without a short name, description or
+  /// constraint. Throws KestrelException when the name is empty or contains anything except the
+  /// letters a to z, digits and '-'.
   static std::shared_ptr<ParameterSpec> New(const std::string& name, ParameterType type);
-  /// As above; takes the name over.
+  /// The same; moves the name.
   static std::shared_ptr<ParameterSpec> New(std::string&& name, ParameterType type);
-  /// As above.
+  /// The same.
   static std::shared_ptr<ParameterSpec> New(const char* name, ParameterType type);
 
   ParameterSpec(std::string&& name, ParameterType type, FactoryFlag flag);
@@ -50,70 +50,73 @@ class KESTREL_API ParameterSpec {
   ParameterSpec& operator=(const ParameterSpec&) = delete;
   ~ParameterSpec();
 
-  /// The long name, written after two dashes on a command line.
+  /// The long name, which follows two dashes on a command line.
   const std::string& GetName() const;
 
-  /// The type, fixed when the declaration was made.
+  /// The type; it never changes.
   ParameterType GetParameterType() const;
-  /// The same as GetParameterType.
+  /// The same as `GetParameterType`.
   ParameterType GetType() const;
 
-  /// The short name: one character, or empty.
+  /// The short name, one character; empty when there is none.
   const std::string& GetShortName() const;
 
-  /// Whether a call must give this parameter.
+  /// Whether every call needs this parameter.
   bool IsRequired() const;
 
-  /// Whether the value is typed unseen when a command line leaves it out.
+  /// Whether the value is secret: if a command line omits it, the user is prompted and what is
+  /// typed does not appear.
   bool IsSecret() const;
 
   /// The constraint, null when there is none.
   const std::shared_ptr<ParameterConstraint>& GetConstraint() const;
 
-  /// Sets the short name, one of a-z, A-Z and 0-9. Throws KestrelException on anything else.
+  /// Sets the short name, one of a-z, A-Z and 0-9. Throws KestrelException for anything else.
   void SetShortName(std::string shortName);
-  /// As above.
+  /// The same.
   void SetShortName(const char* shortName);
 
-  /// Sets the description. It may hold the markers %REGEX%, %ENUM% and %FULLENUM%.
+  /// Sets the description. It may contain the markers %REGEX%, %ENUM% and %FULLENUM%; see
+  /// `GetDescription`.
   void SetDescription(std::string description);
-  /// As above.
+  /// The same.
   void SetDescription(const char* description);
 
-  /// Says whether a call must give this parameter; true at first.
+  /// Sets whether every call needs this parameter; initially true.
   void SetRequired(bool required);
 
-  /// Says whether the value is secret; false at first. Throws KestrelException for every type but
-  /// `String`, whatever the value.
+  /// Sets whether the value is secret; initially false. Throws KestrelException for every type
+  /// except `String`, even if `secret` is false.
   void SetSecret(bool secret);
 
-  /// Shares `constraint`: integer kinds suit `Int` and `IntList`, string kinds `String` and
-  /// `StringList`. Any other pair throws KestrelException; null is ignored.
+  /// Sets the constraint, which is shared. Null is ignored. Throws KestrelException unless the
+  /// kinds match: `IntRange` and `IntEnum` need the type `Int` or `IntList`, `StringEnum` and
+  /// `StringRegex` the type `String` or `StringList`.
   void SetConstraint(const std::shared_ptr<ParameterConstraint>& constraint);
 
-  /// Whether the type is one of the list types.
+  /// Whether the parameter can have several values: whether its type is a list type.
   bool AllowMultiple() const;
 
-  /// The description as it was set; with `substitute` and a constraint, the first marker of each
-  /// kind is replaced by what the constraint accepts: %REGEX% and %ENUM% by its text, %FULLENUM% by
-  /// a line for each described string.
+  /// The description. If `substitute` is set and there is a constraint, the first marker of each
+  /// kind is replaced: %REGEX% and %ENUM% by the constraint's `ToString()`, %FULLENUM% by one line
+  /// for each allowed string that has a description.
   std::string GetDescription(bool substitute) const;
 
-  /// Reads a decimal integer: leading white space and one sign pass, the rest must be digits, and
-  /// a number beyond 64 bits becomes the nearest bound. Returns false, and leaves `out` alone, when
-  /// the text is anything else.
+  /// Reads a decimal integer: optional white space, an optional sign, then digits up to the end of
+  /// `text`. A number that does not fit into 64 bits is replaced by the nearest one that does.
+  /// Returns false and leaves `out` unchanged when `text` is anything else.
   static bool GetInt(const std::string& text, std::int64_t& out);
 
-  /// Reads a boolean word, case-sensitively: 1, yes, y, true, True, t, T or 0, no, n, false, False,
-  /// f, F. Returns false, and leaves `out` alone, when the text is anything else.
+  /// Reads a boolean word: 1, yes, y, true, True, t and T for true; 0, no, n, false, False, f and F
+  /// for false. Returns false and leaves `out` unchanged when `text` is anything else.
   static bool GetBool(const std::string& text, bool& out);
 
-  /// Checks all values that a call gives for this parameter and appends a message for each problem
-  /// to `output`.
+  /// Checks the values that a call contains for this parameter. Appends a message to `output` for
+  /// each problem.
   ///
-  /// Returns false when a value was refused. No value at all, or too many, gives a message but no
-  /// false: judge the call by its messages. Throws KestrelException when there is a message and
-  /// `output` is null, and what the constraint throws for a bad regular expression.
+  /// Returns false when a value is invalid. No value at all, or too many, appends a message but
+  /// leaves the result true, so a caller must look at the messages too. Throws KestrelException
+  /// when there is a message and `output` is null, and whatever the constraint's `Validate` throws.
   bool Validate(const std::vector<std::string>& values,
                 const std::shared_ptr<Output>& output) const;
 

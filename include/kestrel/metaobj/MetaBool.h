@@ -8,16 +8,17 @@
 
 namespace Kestrel::MetaObj {
 
-/// A boolean. Two shared instances stand for all; making one allocates nothing.
+/// A boolean. There are two instances, false and true, which all owners share.
 class KESTREL_API MetaBool : public MetaObject {
  public:
-  /// For `New` alone, which can make the flag.
+  /// For `New` only; no other caller can make the flag.
   MetaBool(bool value, FactoryFlag flag);
 
-  /// The shared false. The reference stays valid until the library is unloaded.
+  /// Returns the shared false. The reference stays valid until the library is unloaded.
   static const std::shared_ptr<MetaBool>& New();
 
-  /// The shared true or false. The reference stays valid until the library is unloaded.
+  /// Returns the shared instance for `value`. The reference stays valid until the library is
+  /// unloaded.
   static const std::shared_ptr<MetaBool>& New(bool value);
 
   /// The value.
@@ -26,10 +27,10 @@ class KESTREL_API MetaBool : public MetaObject {
   /// "true" or "false".
   std::string ToString() const override;
 
-  /// Builds the shared instances unless they stand already; returns true.
+  /// Makes the shared instances unless they exist already; returns true.
   static bool Init();
 
-  /// What `Init()` returned when the library was loaded.
+  /// The result of the call of `Init()` when the library was loaded.
   static bool _sInitialized;
 
  private:

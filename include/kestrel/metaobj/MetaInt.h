@@ -11,13 +11,13 @@ namespace Kestrel::MetaObj {
 /// A signed 64-bit integer. The values -1 to 20 are shared instances.
 class KESTREL_API MetaInt : public MetaObject {
  public:
-  /// For `New` alone, which can make the flag.
+  /// For `New` only; no other caller can make the flag.
   MetaInt(long value, FactoryFlag flag);
 
-  /// The shared 0. The reference stays valid until the library is unloaded.
+  /// Returns the shared 0. The reference stays valid until the library is unloaded.
   static const std::shared_ptr<MetaInt>& New();
 
-  /// An owner of the shared instance for -1 to 20, of a fresh instance for any other value.
+  /// Returns the shared instance for -1 to 20, a new instance for any other value.
   static std::shared_ptr<MetaInt> New(long value);
 
   /// The value.
@@ -26,10 +26,10 @@ class KESTREL_API MetaInt : public MetaObject {
   /// The value in decimal digits, with a leading '-' when it is negative.
   std::string ToString() const override;
 
-  /// Builds the shared instances unless they stand already; returns true.
+  /// Makes the shared instances unless they exist already; returns true.
   static bool Init();
 
-  /// What `Init()` returned when the library was loaded.
+  /// The result of the call of `Init()` when the library was loaded.
   static bool _sInitialized;
 
  private:

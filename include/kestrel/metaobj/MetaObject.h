@@ -13,49 +13,52 @@
 
 namespace Kestrel::MetaObj {
 
-/// The kind of a value. The numbers are fixed.
+/// The kind of a value. The numbers never change.
 enum MetaType : std::int32_t { Int = 0, Bool = 1, String = 2, Struct = 3, List = 4 };
 
-/// The display name of a kind: "Int", "Bool", "String", "Struct" or "List"; the empty text for a
-/// number that names no kind. The reference stays valid until the library is unloaded.
+/// Returns the display name of a kind: "Int", "Bool", "String", "Struct" or "List", and the empty
+/// string for any other number. The reference stays valid until the library is unloaded.
 KESTREL_API const std::string& MetaTypeString(const MetaType& type);
 
-/// The base of all values: a kind, a comparison of shapes, a text.
+/// The base of all values: a kind, a comparison of shapes, and a conversion to a string.
 ///
-/// Values are made by the static `New` operations of the five value classes alone and are held by
-/// shared ownership. A scalar never changes; a structure or list is filled first and only read once
-/// it has been passed on. A value that contains itself, however far down, must not be made:
-/// comparing or printing it would never end.
+/// Values are made only by the static `New` operations of the five value classes and have shared
+/// owners. A scalar never changes; a structure or list is filled first and only read once it has
+/// been passed on. A value must not contain itself at any depth: comparing or printing it would
+/// never end.
 ///
 /// Values may be built, read and destroyed in several threads at once, as long as no two threads
 /// use the same value while one of them changes it. Only `SetField`, `RemoveField`,
-/// `LockStructure`, `Add`, `AddAll`, `Delete`, `Reserve` and `EnsureCapacity` change a value. A
-/// structure may serve as definition in several threads at once, although that locks it.
+/// `LockStructure`, `Add`, `AddAll`, `Delete`, `Reserve` and `EnsureCapacity` change a value.
+/// Several threads may make structures and lists from one definition, although that locks the
+/// definition.
 class KESTREL_API MetaObject {
  public:
-  /// The pass-key of the value classes' constructors; only those classes can make one.
+  /// A parameter of the value classes' constructors that only those classes can make, so that only
+  /// they can make values.
   class FactoryFlag;
 
-  /// Whether `other` has the shape of this value. For a scalar: whether both are of one scalar
-  /// kind; the values are not compared. Never throws for a mismatch: one text per problem is
-  /// appended to `errors` unless that is null. A scalar differs from a null `other`, silently.
+  /// Whether `other` has the same shape as this value. For a scalar: whether both have the same
+  /// kind; the values are not compared. A mismatch does not throw: one message per problem is
+  /// appended to `errors` unless that is null. A null `other` differs from a scalar, without a
+  /// message.
   virtual bool IsSameStructure(const std::shared_ptr<MetaObject>& other,
                                std::vector<std::string>* errors) const;
 
-  /// The value as text.
+  /// The value as a string.
   virtual std::string ToString() const = 0;
 
-  /// Empty and here, so that letting go of a scalar costs no call.
+  /// Defined here, so that destroying a scalar needs no call.
   virtual ~MetaObject() = default;
 
-  /// The kind, fixed when the value was made.
+  /// The kind; it never changes.
   MetaType GetType() const { return type_; }
 
  protected:
-  /// For values that are not of the five classes.
+  /// For classes other than the five value classes.
   explicit MetaObject(MetaType type);
 
-  /// For the five value classes, which alone have a flag to pass.
+  /// For the five value classes, which can make the flag.
   MetaObject(MetaType type, FactoryFlag flag);
 
   MetaObject(const MetaObject&) = delete;
@@ -65,7 +68,7 @@ class KESTREL_API MetaObject {
   friend class ValueAccess;
 
   MetaType type_;
-  bool isValueClass_;  // made with a flag, so the kind tells the class
+  bool isValueClass_;  // made with a flag, so the kind determines the class
 };
 
 /// See MetaObject.
@@ -80,7 +83,7 @@ class MetaObject::FactoryFlag {
 
 inline MetaObject::MetaObject(MetaType type, FactoryFlag) : type_(type), isValueClass_(true) {}
 
-/// Writes the text of `object` (its `ToString()`) to `out`.
+/// Writes `object.ToString()` to `out` and returns `out`.
 KESTREL_API std::ostream& operator<<(std::ostream& out, const MetaObject& object);
 
 }  // namespace Kestrel::MetaObj

@@ -10,39 +10,39 @@
 
 namespace Kestrel::MetaObj {
 
-/// A string of bytes, NUL included; no encoding is asked for. The empty string is one shared
+/// A string of any bytes, NUL included; no encoding is required. The empty string is one shared
 /// instance.
 class KESTREL_API MetaString : public MetaObject {
  public:
-  /// For `New` alone, which can make the flag.
+  /// For `New` only; no other caller can make the flag.
   MetaString(std::string&& value, FactoryFlag flag);
   MetaString(std::string_view value, FactoryFlag flag);
 
-  /// The shared empty string. The reference stays valid until the library is unloaded.
+  /// Returns the shared empty string. The reference stays valid until the library is unloaded.
   static const std::shared_ptr<MetaString>& New();
 
-  /// An owner of the shared instance for the empty string, else of a fresh instance.
+  /// Returns the shared instance for the empty string, a new instance for any other value.
   static std::shared_ptr<MetaString> New(std::string&& value);
-  /// As above, from a copy.
+  /// The same, with a copy of `value`.
   static std::shared_ptr<MetaString> New(const std::string& value);
-  /// As above, from a text ended by a NUL. Null counts as the empty string.
+  /// The same, with a copy of a NUL-terminated string. Null counts as the empty string.
   static std::shared_ptr<MetaString> New(const char* value);
 
-  /// For text from outside the library: as `New`, but text that is not valid UTF-8 is replaced by
-  /// a readable form with its bad bytes escaped. Only what stands before the first NUL is looked
-  /// at, and only that is kept when it has to be escaped.
+  /// For input from outside the library: the same as `New`, except that a value that is not valid
+  /// UTF-8 is replaced by one with its invalid bytes escaped. Only the bytes before the first NUL
+  /// are checked; if they need escaping, the rest is dropped.
   static std::shared_ptr<MetaString> NewUtf8WithEscapes(std::string&& value);
 
-  /// The value; the reference lives as long as this object.
+  /// The value. The reference is valid as long as this object.
   const std::string& GetValue() const { return value_; }
 
   /// The value itself, neither quoted nor escaped.
   std::string ToString() const override;
 
-  /// Builds the shared instance unless it stands already; returns true.
+  /// Makes the shared instance unless it exists already; returns true.
   static bool Init();
 
-  /// What `Init()` returned when the library was loaded.
+  /// The result of the call of `Init()` when the library was loaded.
   static bool _sInitialized;
 
  private:

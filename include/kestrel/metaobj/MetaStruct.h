@@ -21,22 +21,23 @@ class MetaInt;
 class MetaString;
 class MetaList;
 
-/// Whether `name` may name a structure type: one or more ASCII letters or digits.
+/// Whether `name` is valid for a structure type: one or more ASCII letters or digits.
 KESTREL_API bool IsValidStructName(const std::string& name);
 
-/// Whether `name` may name a field: every name may, the empty one included.
+/// Whether `name` is valid for a field: every name is, even the empty one.
 KESTREL_API bool IsValidFieldName(const std::string& name);
 
-/// A named record: a type name and named fields, each a value with an optional documentation text.
+/// A structure: a type name and named fields, each a value with optional documentation.
 ///
-/// Fields are ordered by the bytes of their names, never by insertion. A structure may be bound to
-/// a definition, another structure whose fields are the only ones that it may have, and it may be
-/// locked, after which its set of fields stays. Values are shared with whoever else holds them.
+/// Fields are in ascending byte order of their names, whatever the order in which they were set. A
+/// structure may be bound to a definition, another structure; it may then have only fields that the
+/// definition has. A structure may be locked; no field can be added or removed any more then.
+/// Values are shared with their other owners. For use in several threads see MetaObject.
 ///
-/// Where a name or a text is taken as `const char*`, null counts as the empty text.
+/// A null `const char*` counts as the empty string.
 class KESTREL_API MetaStruct : public MetaObject {
  public:
-  /// A value and its documentation text.
+  /// A value and its documentation.
   struct KESTREL_API Field {
     Field(const std::shared_ptr<MetaObject>& value, const std::string& documentation);
     Field(Field&& other);
@@ -46,32 +47,33 @@ class KESTREL_API MetaStruct : public MetaObject {
     std::string documentation;
   };
 
-  /// For `New` alone, which can make the flag.
+  /// For `New` only; no other caller can make the flag.
   MetaStruct(const std::string& typeName, FactoryFlag flag);
   MetaStruct(const std::shared_ptr<MetaStruct>& definition, FactoryFlag flag);
   MetaStruct(LayoutRef&& layout, FactoryFlag flag);
   ~MetaStruct() override;
 
-  /// An empty, unlocked structure without definition.
-  /// Throws KestrelException when IsValidStructName refuses the name.
+  /// Makes an empty, unlocked structure without a definition.
+  /// Throws KestrelException when `IsValidStructName(typeName)` is false.
   static std::shared_ptr<MetaStruct> New(const std::string& typeName);
   static std::shared_ptr<MetaStruct> New(std::string&& typeName);
   static std::shared_ptr<MetaStruct> New(const char* typeName);
 
-  /// An empty, unlocked structure of the definition's type name, bound to the definition, which it
-  /// keeps and locks. Throws KestrelException when `definition` is null.
+  /// Makes an empty, unlocked structure that has the type name of `definition` and is bound to it.
+  /// The structure shares and locks `definition`.
+  /// Throws KestrelException when `definition` is null.
   static std::shared_ptr<MetaStruct> New(const std::shared_ptr<MetaStruct>& definition);
 
-  /// Stores `value` and `documentation` under `name`, in the place of what stood there.
+  /// Sets the field `name` to `value` and `documentation`; replaces both if the field exists.
   ///
-  /// Throws KestrelException, with the structure unchanged, when `value` is null, when the
-  /// definition has no field of that name, or when the structure is locked and has none itself.
-  /// The kind of the value is not checked here.
+  /// Throws KestrelException when `value` is null, when the definition has no such field, or when
+  /// the structure is locked and has no such field. The structure is unchanged then. The kind of
+  /// the value is not checked here.
   void SetField(const std::string& name, const std::shared_ptr<MetaObject>& value,
                 const std::string& documentation);
 
-  /// As above, without documentation. A value that is not an object yet becomes one; a vector
-  /// becomes a list of its elements' kind.
+  /// The same, without documentation. A value that is not an object yet becomes one; a vector
+  /// becomes a list of the matching element kind.
   void SetField(const std::string& name, const std::shared_ptr<MetaObject>& value);
   void SetField(const std::string& name, const std::shared_ptr<MetaStruct>& value);
   void SetField(const std::string& name, const std::shared_ptr<MetaList>& value);
@@ -91,7 +93,7 @@ class KESTREL_API MetaStruct : public MetaObject {
   /// Always throws, as for every null value.
   void SetField(const std::string& name, std::nullptr_t value);
 
-  /// As above, with the name as a text ended by a NUL.
+  /// The same, with a NUL-terminated name.
   void SetField(const char* name, const std::shared_ptr<MetaObject>& value);
   void SetField(const char* name, const std::shared_ptr<MetaStruct>& value);
   void SetField(const char* name, const std::shared_ptr<MetaList>& value);
@@ -111,54 +113,57 @@ class KESTREL_API MetaStruct : public MetaObject {
   /// Always throws, as for every null value.
   void SetField(const char* name, std::nullptr_t value);
 
-  /// An owner of the field's value, empty when there is no such field.
+  /// The value of the field, null when there is no such field.
   std::shared_ptr<MetaObject> GetField(const std::string& name) const;
 
   /// Whether there is a field of that name.
   bool HasField(const std::string& name) const;
 
-  /// The kind of the field's value. Throws the `int` 1, and no KestrelException, when there is no
-  /// such field: ask HasField first.
+  /// The kind of the field's value. Throws the `int` 1, not a KestrelException, when there is no
+  /// such field: call HasField first.
   MetaType GetFieldType(const std::string& name) const;
 
-  /// The field's documentation text, "Documentation missing" when it has none. The reference is
-  /// good until the structure's fields change. Throws KestrelException when there is no such field.
+  /// The documentation of the field, or "Documentation missing" if it has none. The reference is
+  /// valid until the structure changes.
+  /// Throws KestrelException when there is no such field.
   const std::string& GetFieldDocumentation(const std::string& name) const;
 
-  /// The names of all fields in their order.
+  /// The names of all fields, in ascending byte order.
   std::vector<std::string> GetFieldNames() const;
 
-  /// Removes the field; an unknown name is ignored.
+  /// Removes the field; does nothing when there is no such field.
   /// Throws KestrelException when the structure is locked, whether or not it has the field.
   void RemoveField(const std::string& name);
 
-  /// The type name; the reference lives as long as this object.
+  /// The type name. The reference is valid as long as this object.
   const std::string& GetTypeName() const;
 
-  /// From now on no field can be added or removed; values may still be replaced. For good.
+  /// Locks the structure permanently: no field can be added or removed any more. Values can still
+  /// be replaced.
   void LockStructure();
 
   /// Whether the structure is bound to a definition.
   bool HasStructureDefinition() const;
 
-  /// An owner of the definition, empty when there is none.
+  /// The definition, null when there is none.
   std::shared_ptr<MetaStruct> GetStructureDefinition() const;
 
   /// Whether this structure has the shape of its definition; true when there is none.
   bool MatchesStructureDefinition() const;
 
-  /// Whether `other` has as many fields, of the same names, with values of the same shapes. A null
-  /// `other` is a match; another type name is reported in `errors` but is no mismatch.
+  /// Whether `other` has the same number of fields, with the same names and values of the same
+  /// shapes. One message per problem is appended to `errors` unless that is null. Another type name
+  /// appends a message but is not a mismatch. A null `other` matches, with a message.
   bool IsSameStructure(const std::shared_ptr<MetaObject>& other,
                        std::vector<std::string>* errors) const override;
 
-  /// "{'name' => 'text', }" with one such pair, separator included, for each field.
+  /// All fields, as in "{'a' => '1', 'b' => 'x', }": ", " follows the last field too.
   std::string ToString() const override;
 
-  /// The documentation of a field that was set without one: the empty text.
+  /// The documentation of a field that was set without one: the empty string.
   static const std::string _docEmpty;
 
-  /// What GetFieldDocumentation answers for it: "Documentation missing".
+  /// What GetFieldDocumentation returns for such a field: "Documentation missing".
   static const std::string _docMissingStaticString;
 
  private:
@@ -193,8 +198,8 @@ class KESTREL_API MetaStruct : public MetaObject {
 
   std::atomic<bool> locked_{false};  // several threads may lock one definition
   bool hasOwnIndex_ = false;
-  const FieldLayout* layout_;  // counted; the bare type when the structure has an index of its own
-  std::unique_ptr<Overflow> overflow_;  // null while all values stand in the slots below
+  const FieldLayout* layout_;  // counted; without fields when the structure has its own index
+  std::unique_ptr<Overflow> overflow_;  // null while all values are in the slots below
   std::array<std::shared_ptr<MetaObject>, kInlineSlots> inline_;
   std::shared_ptr<MetaStruct> definition_;
 };
