@@ -3,6 +3,8 @@
 
 #include "kestrel/autocli/CommandInput.h"
 
+#include "autocli/text/JoinWords.h"
+
 namespace Kestrel::AutoCli {
 
 std::shared_ptr<CommandInput> CommandInput::New() {
@@ -21,15 +23,6 @@ void CommandInput::SetCommandPath(const std::list<std::string>& path) { commandP
 
 const std::list<std::string>& CommandInput::GetCommandPath() const { return commandPath_; }
 
-std::string CommandInput::GetCommandPathString() const {
-  std::string text;
-  const char* separator = "";
-  for (const std::string& name : commandPath_) {
-    text += separator;
-    text += name;
-    separator = " ";
-  }
-  return text;
-}
+std::string CommandInput::GetCommandPathString() const { return JoinWords(commandPath_); }
 
 }  // namespace Kestrel::AutoCli

@@ -3,6 +3,7 @@
 
 #include "kestrel/autocli/CommandSpec.h"
 
+#include "autocli/text/JoinWords.h"
 #include "callspec/TextValue.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/CommandInput.h"
@@ -35,17 +36,6 @@ std::string NotFoundMessage(const std::string& name, const std::string& path) {
          path + kNoChildren;
 }
 
-std::string JoinWords(const std::list<std::string>& words) {
-  std::string text;
-  for (const std::string& word : words) {
-    if (&word != &words.front()) {
-      text += ' ';
-    }
-    text += word;
-  }
-  return text;
-}
-
 std::shared_ptr<ParameterSpec> MakeHelpParameter() {
   std::shared_ptr<ParameterSpec> help = ParameterSpec::New("help", ParameterType::Bool);
   help->SetShortName("h");
@@ -54,36 +44,34 @@ std::shared_ptr<ParameterSpec> MakeHelpParameter() {
   return help;
 }
 
-std::shared_ptr<MetaStruct> MakeParameterRecord(const std::string& name,
-                                                const std::string& shortName,
-                                                const std::string& description, bool required,
-                                                bool secret) {
-  std::shared_ptr<MetaStruct> record = MetaStruct::New("VexilCommandParameter");
-  record->SetField("Name", name);
-  record->SetField("Short Name", shortName);
-  record->SetField("Description", description);
-  record->SetField("Required", required);
-  record->SetField("Secret", secret);
-  return record;
+std::shared_ptr<MetaStruct> MakeParameter(const std::string& name, const std::string& shortName,
+                                          const std::string& description, bool required,
+                                          bool secret) {
+  std::shared_ptr<MetaStruct> structure = MetaStruct::New("VexilCommandParameter");
+  structure->SetField("Name", name);
+  structure->SetField("Short Name", shortName);
+  structure->SetField("Description", description);
+  structure->SetField("Required", required);
+  structure->SetField("Secret", secret);
+  return structure;
 }
 
 std::shared_ptr<MetaList> MakeParameterList(const InputSpec& spec) {
   std::shared_ptr<MetaList> list =
-      MetaList::New(MetaType::Struct, MakeParameterRecord("", "", "", false, false));
+      MetaList::New(MetaType::Struct, MakeParameter("", "", "", false, false));
   for (const std::shared_ptr<ParameterSpec>& parameter : spec.GetParameters()) {
-    list->Add(MakeParameterRecord(parameter->GetName(), parameter->GetShortName(),
-                                  parameter->GetDescription(true), parameter->IsRequired(),
-                                  parameter->IsSecret()));
+    list->Add(MakeParameter(parameter->GetName(), parameter->GetShortName(),
+                            parameter->GetDescription(true), parameter->IsRequired(),
+                            parameter->IsSecret()));
   }
   return list;
 }
 
-std::shared_ptr<MetaStruct> MakeExampleRecord(const std::string& description,
-                                              const std::string& syntax) {
-  std::shared_ptr<MetaStruct> record = MetaStruct::New("VexilCommandExample");
-  record->SetField("Description", description);
-  record->SetField("Syntax", syntax);
-  return record;
+std::shared_ptr<MetaStruct> MakeExample(const std::string& description, const std::string& syntax) {
+  std::shared_ptr<MetaStruct> structure = MetaStruct::New("VexilCommandExample");
+  structure->SetField("Description", description);
+  structure->SetField("Syntax", syntax);
+  return structure;
 }
 
 }  // namespace
@@ -100,7 +88,8 @@ std::shared_ptr<InputSpec> CommandSpec::GetInputSpec() {
   if (spec == nullptr) {
     throw KestrelException("The command '" + GetName() + "' has no input specification.");
   }
-  // Kept before help is added: a command with a "help" of its own throws once and then keeps it.
+  // Stored before "help" is added: a command with a "help" of its own throws only on the first
+  // call.
   inputSpec_ = std::move(spec);
   inputSpec_->AddParameter(MakeHelpParameter());
   return inputSpec_;
@@ -199,10 +188,9 @@ void CommandSpec::GenerateHelpOutput(const std::shared_ptr<Input>& input,
   help->SetField("Description", GetDescription());
   help->SetField("Param List", MakeParameterList(*GetInputSpec()));
 
-  const std::shared_ptr<MetaList> examples =
-      MetaList::New(MetaType::Struct, MakeExampleRecord("", ""));
+  const std::shared_ptr<MetaList> examples = MetaList::New(MetaType::Struct, MakeExample("", ""));
   for (const auto& [arguments, description] : examples_) {
-    examples->Add(MakeExampleRecord(description + " :", "# " + prefix + " " + arguments));
+    examples->Add(MakeExample(description + " :", "# " + prefix + " " + arguments));
   }
   help->SetField("Example List", examples);
 

@@ -7,10 +7,10 @@
 
 #include "kestrel/autocli/Util.h"
 
-// The rule is the regular expression "([a-z0-9]+[A-Z0-9]{0,1})+", matched in full. Matching it by
-// backtracking takes exponential time on a long name that ends badly, so it stands here in its
-// equal form: ASCII letters and digits only, at least one, the first not an upper-case letter,
-// never two upper-case letters in a row.
+// The whole name must match the regular expression "([a-z0-9]+[A-Z0-9]{0,1})+". Backtracking takes
+// exponential time for a long name that fails near its end, so the code checks an equivalent rule:
+// only ASCII letters and digits, at least one; the first is not an upper-case letter; no two
+// upper-case letters in a row.
 
 namespace Kestrel::AutoCli {
 

@@ -7,9 +7,9 @@
 
 namespace Kestrel::AutoCli {
 
-/// Whether the whole of `name` is a name for a namespace or a command: one or more runs of
-/// lower-case ASCII letters and digits, each followed by at most one upper-case letter. Looks at
-/// every byte once and never throws, however long the name.
+/// Whether `name` is valid for a namespace or a command: only ASCII letters and digits, at least
+/// one, the first not an upper-case letter, no two upper-case letters in a row. Takes linear time
+/// and never throws.
 bool MatchesNameRule(std::string_view name);
 
 }  // namespace Kestrel::AutoCli

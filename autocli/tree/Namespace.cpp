@@ -22,7 +22,7 @@ NodeType Namespace::GetType() { return NodeType::Namespace; }
 Dispatcher* Namespace::GetDispatcher() {
   const std::shared_ptr<NamespaceNode> parent = GetParent();
   if (parent == nullptr) {
-    // Spelled so, without a quote after the name: scripts match this text.
+    // The quote after the name is missing deliberately: scripts match this message.
     throw KestrelException("Invalid state for namespace '" + GetName() +
                            "no parent has been set while attempting to get dispathcer reference.");
   }

@@ -92,7 +92,7 @@ std::shared_ptr<NamespaceNode> NamespaceNode::ResolveNode(std::list<std::string>
   if (path.empty()) {
     return nullptr;
   }
-  // The word moves out of the caller's list and back as it is; nothing is copied.
+  // The word is moved out of the caller's list and back, without a copy.
   std::list<std::string> word;
   word.splice(word.begin(), path, path.begin());
 
@@ -109,7 +109,8 @@ std::shared_ptr<NamespaceNode> NamespaceNode::ResolveNode(std::list<std::string>
 }
 
 std::shared_ptr<NamespaceNode> NamespaceNode::SubNamespace(const std::string& name) {
-  // Asked first, because a command throws from GetNamespaceNode; it shall refuse the new child.
+  // Checked first, because GetNamespaceNode of a command throws; RegisterNamespaceNode shall report
+  // that a command cannot have children.
   if (HasNamespaceNode(name)) {
     return GetNamespaceNode(name);
   }
