@@ -10,8 +10,8 @@
 
 namespace Kestrel::CallSpec {
 
-/// Appends `message` to the errors of `output`. Throws KestrelException when there is no output:
-/// a caller without one would never learn why its values were refused.
+/// Adds the error message `message` to `output`. Throws KestrelException when `output` is null,
+/// because the caller would not learn why its values are invalid.
 void ReportError(const std::shared_ptr<Output>& output, std::string&& message);
 
 }  // namespace Kestrel::CallSpec

@@ -31,7 +31,7 @@ void InputSpec::AddParameter(const std::shared_ptr<ParameterSpec>& spec) {
   }
   CheckNames(*spec);
   if (isListed_) {
-    listed_.reserve(listed_.size() + 1);  // what may fail comes before the first change
+    listed_.reserve(listed_.size() + 1);  // may throw, so it comes before any change
   }
   declared_.emplace(spec->GetName(), spec);
   if (isListed_) {
@@ -69,7 +69,7 @@ bool InputSpec::Validate(const std::shared_ptr<Input>& input,
   return areGivenValid && areRequiredGiven;
 }
 
-// Of all clashes the one that comes first in the order of names is told.
+// Reports the first clash in name order.
 void InputSpec::CheckNames(const ParameterSpec& spec) const {
   const std::string& name = spec.GetName();
   if (name.size() < kMinNameSize) {
@@ -83,7 +83,8 @@ void InputSpec::CheckNames(const ParameterSpec& spec) const {
   }
 }
 
-// Asks each parameter before `end`: a short name may be set after its parameter was added.
+// Checks the parameters themselves, up to `end`: a short name may have been set after its parameter
+// was added.
 void InputSpec::CheckShortName(const ParameterSpec& spec,
                                DeclaredParameters::const_iterator end) const {
   const std::string& shortName = spec.GetShortName();
@@ -100,7 +101,7 @@ void InputSpec::CheckShortName(const ParameterSpec& spec,
   }
 }
 
-// Both lists are in the same order, so they are walked side by side.
+// Both lists have the same order, so one loop visits both.
 bool InputSpec::ValidateGiven(const Input& input, const std::shared_ptr<Output>& output) const {
   bool isValid = true;
   auto spec = GetParameters().begin();

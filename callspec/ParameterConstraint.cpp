@@ -17,7 +17,7 @@ namespace Kestrel::CallSpec {
 
 namespace {
 
-// Up to this length walking the list is as quick as looking into a set.
+// Up to this size a linear search is as fast as a lookup in a set.
 constexpr std::size_t kMaxUnindexedSize = 32;
 
 template <typename T>
@@ -63,7 +63,7 @@ std::string MismatchText(const std::string& name) {
 
 struct ParameterConstraint::CompiledRegex {
   explicit CompiledRegex(const std::string& text) {
-    // What a class such as [[:alpha:]] holds must not depend on the host program's locale.
+    // The characters of a class such as [[:alpha:]] must not depend on the program's locale.
     expression.imbue(std::locale::classic());
     expression.assign(text);
   }
@@ -72,7 +72,7 @@ struct ParameterConstraint::CompiledRegex {
     try {
       return boost::regex_match(value, expression);
     } catch (const std::runtime_error&) {
-      // Matching was given up: it took too many steps or too much memory.
+      // The library gave up: matching takes too many steps or too much memory.
       return false;
     }
   }
@@ -177,7 +177,7 @@ bool ParameterConstraint::Validate(const std::string& value, const std::string& 
   return false;
 }
 
-// The messages about integers leave the rejected value out.
+// The messages about integers do not contain the rejected value. Scripts rely on that.
 bool ParameterConstraint::ValidateInteger(const std::string& value, const std::string& name,
                                           const std::shared_ptr<Output>& output) const {
   std::int64_t number = 0;
@@ -219,7 +219,7 @@ bool ParameterConstraint::ValidateRegex(const std::string& value, const std::str
   return false;
 }
 
-// A text that does not compile throws each time, as nothing is kept then.
+// An expression that does not compile throws at every validation, because nothing is cached then.
 const ParameterConstraint::CompiledRegex& ParameterConstraint::Compile() const {
   if (!compiledRegex_) {
     compiledRegex_ = std::make_shared<const CompiledRegex>(regex_);

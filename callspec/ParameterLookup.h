@@ -11,7 +11,7 @@
 
 namespace Kestrel::CallSpec {
 
-/// Declared parameters in ascending order of their names, as `InputSpec` keeps them.
+/// Declared parameters in ascending byte order of their names, as in `InputSpec`.
 using SortedParameters = std::vector<std::shared_ptr<ParameterSpec>>;
 
 /// The first parameter whose long name is not less than `name` in byte order, or the end.

@@ -15,24 +15,24 @@ namespace Kestrel::CallSpec {
 
 namespace {
 
-// Lists carry the number of their scalar type with this bit set.
+// The number of a list type is that of its scalar type with this bit set.
 constexpr std::uint32_t kListBit = 4;
 
 bool IsListType(ParameterType type) { return static_cast<std::uint32_t>(type) - kListBit < 3; }
 
-// The type without the list bit: what one value must be.
+// The type of a single value.
 ParameterType ValueType(ParameterType type) {
   return static_cast<ParameterType>(static_cast<std::uint32_t>(type) & ~kListBit);
 }
 
-// Not isalpha and its like: they ask the locale.
+// Not `isdigit` and the like, because they depend on the locale.
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 bool IsLower(char c) { return c >= 'a' && c <= 'z'; }
 
 bool IsUpper(char c) { return c >= 'A' && c <= 'Z'; }
 
-// The pattern [a-z0-9-]+
+// Whether `name` matches the pattern [a-z0-9-]+ as a whole.
 bool IsValidName(const std::string& name) {
   return !name.empty() && std::all_of(name.begin(), name.end(),
                                       [](char c) { return IsLower(c) || IsDigit(c) || c == '-'; });
@@ -56,7 +56,8 @@ bool IsAllowedFor(ParameterType type, ParameterConstraintType constraint) {
   return false;
 }
 
-// One line for each described string, and a line end after the last; nothing if there is none.
+// One line for each string that has a description, with a line end after the last; empty if there
+// is none.
 std::string DescribedStrings(const ParameterConstraint& constraint) {
   std::string text;
   if (constraint.GetType() != StringEnum || constraint.GetStringEnumWithDesc().empty()) {
@@ -178,7 +179,7 @@ bool ParameterSpec::GetBool(const std::string& text, bool& out) { return ReadBoo
 
 bool ParameterSpec::Validate(const std::vector<std::string>& values,
                              const std::shared_ptr<Output>& output) const {
-  // These two leave the result true: whoever asks judges the call by its messages.
+  // These two leave the result true: the caller decides by the messages.
   if (values.empty()) {
     ReportError(output, "Missing value for parameter " + name_);
   } else if (values.size() > 1 && !AllowMultiple()) {
@@ -199,19 +200,19 @@ bool ParameterSpec::Validate(const std::vector<std::string>& values,
 bool ParameterSpec::ValidateType(const std::string& value,
                                  const std::shared_ptr<Output>& output) const {
   std::int64_t number = 0;
-  bool truth = false;
-  const char* complaint = nullptr;
+  bool boolean = false;
+  const char* problem = nullptr;
   if (ValueType(type_) == Int && !ReadInteger(value, number)) {
-    complaint = " expected type Integer";
-  } else if (ValueType(type_) == Bool && !ReadBoolean(value, truth)) {
-    complaint = " expected one of [1, 0, y, n, true, false, True, False, yes, no, t, f, T, F]";
+    problem = " expected type Integer";
+  } else if (ValueType(type_) == Bool && !ReadBoolean(value, boolean)) {
+    problem = " expected one of [1, 0, y, n, true, false, True, False, yes, no, t, f, T, F]";
   } else if (type_ == Flag && !value.empty()) {
-    complaint = ".  This parameter is a flag and cannot accept any values. ";
+    problem = ".  This parameter is a flag and cannot accept any values. ";
   }
-  if (complaint == nullptr) {
+  if (problem == nullptr) {
     return true;
   }
-  ReportError(output, "Invalid data '" + value + "' for parameter " + name_ + complaint);
+  ReportError(output, "Invalid data '" + value + "' for parameter " + name_ + problem);
   return false;
 }
 

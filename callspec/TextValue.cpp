@@ -24,8 +24,8 @@ bool IsOneOf(const std::array<std::string_view, N>& words, std::string_view text
   return std::find(words.begin(), words.end(), text) != words.end();
 }
 
-// What std::from_chars reads by itself: digits, with or without a minus sign.
-std::string_view WithoutBlanksAndPlus(std::string_view text) {
+// Removes what `std::from_chars` does not accept: leading white space and a plus sign.
+std::string_view WithoutSpaceAndPlus(std::string_view text) {
   text.remove_prefix(std::min(text.find_first_not_of(kWhiteSpace), text.size()));
   const bool hasPlus = text.size() > 1 && text[0] == '+' && text[1] != '-';
   return hasPlus ? text.substr(1) : text;
@@ -34,7 +34,7 @@ std::string_view WithoutBlanksAndPlus(std::string_view text) {
 }  // namespace
 
 bool ReadInteger(std::string_view text, std::int64_t& out) {
-  const std::string_view digits = WithoutBlanksAndPlus(text);
+  const std::string_view digits = WithoutSpaceAndPlus(text);
   const char* const end = digits.data() + digits.size();
   std::int64_t number = 0;
   const auto [stop, error] = std::from_chars(digits.data(), end, number, 10);

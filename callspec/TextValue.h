@@ -9,18 +9,17 @@
 
 namespace Kestrel::CallSpec {
 
-/// Reads `text` as a decimal integer, by the rule of `strtoll` in the C locale: leading white space
-/// and one sign may stand before the digits, and nothing may follow them (not even a blank or a
-/// NUL). A number beyond 64 bits becomes the nearest bound. Returns false, and leaves `out` alone,
-/// when the text is anything else.
+/// Reads `text` as a decimal integer, as `strtoll` does in the C locale: optional white space, an
+/// optional sign, then digits up to the end of `text`. A number that does not fit into 64 bits is
+/// replaced by the nearest one that does. Returns false and leaves `out` unchanged when `text` is
+/// anything else.
 bool ReadInteger(std::string_view text, std::int64_t& out);
 
-/// Reads `text` as one of the boolean words, case-sensitively:
-/// 1, yes, y, true, True, t, T and 0, no, n, false, False, f, F.
-/// Returns false, and leaves `out` alone, when the text is anything else.
+/// Reads `text` as a boolean word: 1, yes, y, true, True, t and T for true; 0, no, n, false, False,
+/// f and F for false. Returns false and leaves `out` unchanged when `text` is anything else.
 bool ReadBoolean(std::string_view text, bool& out);
 
-/// `text` as a string; null stands for the empty text.
+/// Returns `text` as a string; null counts as the empty string.
 std::string TextOrEmpty(const char* text);
 
 }  // namespace Kestrel::CallSpec

@@ -9,8 +9,8 @@
 
 namespace Kestrel::MetaObj {
 
-/// Appends one message, `pieces` joined, to `errors`. Does nothing when `errors` is null: the
-/// caller of a comparison or validation wants the result alone.
+/// Appends one message, the concatenation of `pieces`, to `errors`. Does nothing when `errors` is
+/// null, which means that the caller needs only a result.
 template <typename... Pieces>
 void AppendError(std::vector<std::string>* errors, const Pieces&... pieces) {
   if (errors != nullptr) {

@@ -16,12 +16,12 @@
 
 namespace Kestrel::MetaObj {
 
-/// What a structure keeps outside of itself, because it has more fields than slots.
+/// The fields of a structure that has more fields than slots.
 struct MetaStruct::Overflow {
   using Fields =
       std::map<std::string, Field, std::less<>, SlabAllocator<std::pair<const std::string, Field>>>;
 
-  std::vector<std::shared_ptr<MetaObject>> slots;  // all slots, while a layout names the fields
+  std::vector<std::shared_ptr<MetaObject>> slots;  // all values, while a layout has the names
   Fields fields;                                   // all fields, once it has its own index
 };
 
@@ -38,22 +38,23 @@ inline const std::shared_ptr<MetaObject>* MetaStruct::Find(const FieldName& name
   return position == FieldLayout::kNotFound ? nullptr : Slots() + position;
 }
 
-/// Walks the fields of a structure in the byte order of their names, without copying a name or
-/// owning a value. The structure must stay as it is meanwhile.
+/// Walks over the fields of a structure in ascending byte order of their names, without copying a
+/// name or sharing a value. The structure must not
+/// change while the cursor exists.
 class FieldCursor {
  public:
-  explicit FieldCursor(const MetaStruct& record);
+  explicit FieldCursor(const MetaStruct& structure);
 
   bool AtEnd() const { return left_ == 0; }
 
-  /// How many fields there are from the present one on, that one included.
+  /// The number of fields left, including the current one.
   std::size_t CountLeft() const { return left_; }
 
   void Next();
 
   const std::string& Name() const { return text_ ? (*text_)->name : own_->first; }
 
-  /// The documentation text, empty when the field has none.
+  /// The documentation, empty when the field has none.
   const std::string& Documentation() const;
 
   const std::shared_ptr<MetaObject>& Value() const { return text_ ? *slot_ : own_->second.value; }
@@ -65,15 +66,15 @@ class FieldCursor {
   MetaStruct::Overflow::Fields::const_iterator own_;
 };
 
-inline FieldCursor::FieldCursor(const MetaStruct& record) {
-  if (record.hasOwnIndex_) {
-    left_ = record.overflow_->fields.size();
-    own_ = record.overflow_->fields.begin();
+inline FieldCursor::FieldCursor(const MetaStruct& structure) {
+  if (structure.hasOwnIndex_) {
+    left_ = structure.overflow_->fields.size();
+    own_ = structure.overflow_->fields.begin();
     return;
   }
-  left_ = record.layout_->Count();
-  text_ = left_ == 0 ? nullptr : record.layout_->Texts();
-  slot_ = record.Slots();
+  left_ = structure.layout_->Count();
+  text_ = left_ == 0 ? nullptr : structure.layout_->Texts();
+  slot_ = structure.Slots();
 }
 
 inline void FieldCursor::Next() {

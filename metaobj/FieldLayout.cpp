@@ -11,13 +11,13 @@
 
 namespace Kestrel::MetaObj {
 
-/// The layouts that are shared by shape, found by their content.
+/// The shared layouts, by the hash of their contents.
 struct LayoutTable {
   std::unordered_multimap<std::size_t, FieldLayout*> shared;
   const FieldLayout* newestRoot = nullptr;
   std::recursive_mutex mutex;
 
-  /// Never destroyed, because records may outlive every static object.
+  /// Never destroyed, because structures may outlive every static object.
   static LayoutTable& Get() {
     static LayoutTable& table = *new LayoutTable;
     return table;
@@ -32,7 +32,7 @@ struct LayoutTable {
 
 namespace {
 
-// Guards the table and the ways between layouts, once there is anybody to guard against.
+// Guards the table and the transitions. Locks only in multi-threaded processes.
 class TableLock {
  public:
   TableLock() : isNeeded_(!__libc_single_threaded) {
@@ -54,7 +54,7 @@ class TableLock {
 
 std::size_t HashOf(std::string_view text) { return std::hash<std::string_view>()(text); }
 
-// Independent of the order in which fields were added, as it is summed up.
+// The hash of a layout is the sum over its fields, so their order does not matter.
 std::size_t HashOf(const FieldText& text) {
   constexpr std::size_t kOddFactor = 0x9e3779b97f4a7c15;
   return (HashOf(text.name) + 1) * kOddFactor + HashOf(text.documentation);
@@ -218,7 +218,8 @@ void FieldLayout::RemoveTransition(const FieldLayout* next) const {
                      transitions_.end());
 }
 
-// The layout of the same type with these fields: the one that stands already, or a new one.
+// Returns the layout of the same type with these fields, a new one if there is none; empty when the
+// table is full.
 LayoutRef FieldLayout::Sibling(FieldTexts&& texts) const {
   const TableLock lock;
   LayoutTable& table = LayoutTable::Get();
@@ -234,8 +235,9 @@ LayoutRef FieldLayout::Sibling(FieldTexts&& texts) const {
   return table.Enter(fresh.release());
 }
 
-// The last owner goes under the lock, where nobody can find the layout meanwhile.
-void FieldLayout::ReleaseAmongThreads() const {
+// The last owner releases the layout under the lock, so that no other thread can look it up at the
+// same time.
+void FieldLayout::ReleaseShared() const {
   std::size_t owners = owners_.load(std::memory_order_relaxed);
   while (owners > 1) {
     if (owners_.compare_exchange_weak(owners, owners - 1, std::memory_order_acq_rel)) {

@@ -16,32 +16,33 @@
 
 #include "metaobj/FieldName.h"
 
-// A layout is what records of one shape have in common: the type name, the names of the fields in
-// byte order and their documentation texts. A record keeps its values in slots, in the order of
-// its layout's fields. There is one layout per shape; a record that gains a field finds its next
-// layout by a transition from the one that it has, without looking at the other fields.
+// A layout is what structures of one shape have in common: the type name, the names of the fields
+// in byte order and their documentation. A structure has its values in slots, in the order of its
+// layout's fields. There is one layout per shape. When a structure gains a field, a transition from
+// its layout leads to the next layout, so the other fields need not be compared.
 //
-// A layout lives as long as a record or another layout uses it: each layout owns those that lead
-// to it, the way forward is kept by plain pointers that a dying layout takes back. The number of
-// layouts is bounded, so are the fields of one, the length of a name and the transitions of one
-// layout: a record beyond a bound keeps its fields in an index of its own.
+// A layout is destroyed with the last structure or layout that uses it. A layout owns its
+// predecessors; it has plain pointers to its successors, which they clear when they are destroyed.
+// The number of layouts, the fields of a layout, the length of a name and the transitions of a
+// layout are bounded. A structure beyond a bound has an index of its own.
 //
-// While the process has one thread, counting and looking up is free of locked operations.
+// Several threads may use layouts. In a process with one thread no atomic instruction or lock is
+// used.
 namespace Kestrel::MetaObj {
 
 class FieldLayout;
 
-/// The name and the documentation text of a field, shared by the layouts that have the field.
+/// The name and the documentation of a field, shared by the layouts that have the field.
 struct FieldText {
   std::string name;
   std::string documentation;
 };
 
-/// A counted owner of a layout, or of none.
+/// A counted owner of a layout; may be empty.
 class LayoutRef {
  public:
   LayoutRef() = default;
-  /// Owns `layout` beside its present owners.
+  /// Becomes one more owner of `layout`, which may be null.
   explicit LayoutRef(const FieldLayout* layout);
   LayoutRef(const LayoutRef& other) : LayoutRef(other.layout_) {}
   LayoutRef(LayoutRef&& other) noexcept : layout_(std::exchange(other.layout_, nullptr)) {}
@@ -51,9 +52,9 @@ class LayoutRef {
   }
   ~LayoutRef();
 
-  /// An owner from what `Detach` gave away.
+  /// Makes an owner from what `Detach` returned.
   static LayoutRef Attach(const FieldLayout* layout);
-  /// Gives the ownership away.
+  /// Returns the layout without releasing it; this object is empty then.
   const FieldLayout* Detach() { return std::exchange(layout_, nullptr); }
 
   const FieldLayout* Get() const { return layout_; }
@@ -64,6 +65,7 @@ class LayoutRef {
   const FieldLayout* layout_ = nullptr;
 };
 
+/// The type name and the names and documentation of the fields of one shape; they never change.
 class FieldLayout {
  public:
   static constexpr std::size_t kMaxFields = 64;
@@ -72,14 +74,14 @@ class FieldLayout {
   static constexpr std::size_t kMaxTransitions = 8;
   static constexpr std::size_t kNotFound = static_cast<std::size_t>(-1);
 
-  /// Where a new field leads: the layout that has it, and its place there. No layout when the
-  /// field would pass a bound.
+  /// The result of adding a field: the layout that has it, and its position there. There is no
+  /// layout when the field would exceed a bound.
   struct Step {
     LayoutRef layout;
     std::size_t position = 0;
   };
 
-  /// A step that a record has taken, as long as its layout lives.
+  /// A step that a structure has taken. It exists as long as the layout to which it leads.
   struct Transition {
     FieldName name;
     const FieldText* text;
@@ -87,43 +89,45 @@ class FieldLayout {
     std::size_t position;
   };
 
-  /// The layout of a record of this type without fields; always there.
+  /// Returns the layout of this type without fields; never empty.
   static LayoutRef Root(std::string_view typeName);
 
-  /// The same, but none when it is not the newest one: a quick look for records in a row.
+  /// Returns the layout of this type without fields if it was requested last; otherwise empty. A
+  /// fast path for building many structures of one type.
   static LayoutRef NewestRoot(std::string_view typeName);
 
-  /// The layout with one more field; this layout has none of that name.
+  /// Returns the layout with one more field. This layout must not have a field of that name.
   Step With(const FieldName& name, std::string_view documentation) const;
 
-  /// The same for a step that a record has taken before, else null: a quick look for records that
-  /// are built alike. Where there is such a step, there is no field of that name yet.
+  /// Returns the same step if a structure has taken it before; null means unknown. A fast path for
+  /// building many structures of one shape. If there is such a step, this layout has no field of
+  /// that name.
   const Transition* KnownStep(const FieldName& name, std::string_view documentation) const;
 
-  /// The layout with another documentation text for one field, or none.
+  /// Returns the layout with another documentation of one field; empty beyond a bound.
   LayoutRef WithDocumentation(std::size_t position, std::string_view documentation) const;
 
-  /// The layout without one of the fields, or none.
+  /// Returns the layout without one of the fields; empty beyond a bound.
   LayoutRef Without(std::size_t position) const;
 
-  /// The layout without fields from which this one descends.
+  /// Returns the layout of the same type without fields.
   LayoutRef GetRoot() const { return LayoutRef(root_ ? root_.Get() : this); }
 
-  /// One text for all layouts of a type: it lives as long as any of them.
+  /// The type name. The reference is valid as long as any layout of the type.
   const std::string& TypeName() const { return root_ ? root_->typeName_ : typeName_; }
 
   std::size_t Count() const { return texts_.size(); }
 
-  /// The place of the field of that name, or kNotFound.
+  /// The position of the field, or kNotFound.
   std::size_t Find(const FieldName& name) const;
   std::size_t Find(std::string_view name) const { return Find(FieldName(name)); }
 
   const FieldText& At(std::size_t position) const { return *texts_[position]; }
 
-  /// The fields' texts, `Count()` of them in the byte order of the names.
+  /// The names and documentation of all `Count()` fields, in byte order of the names.
   const std::shared_ptr<const FieldText>* Texts() const { return texts_.data(); }
 
-  /// Whether both have fields of the same names, whatever their types and documentation.
+  /// Whether both have fields with the same names; type names and documentation do not matter.
   bool HasSameNames(const FieldLayout& other) const;
 
   FieldLayout(const FieldLayout&) = delete;
@@ -147,13 +151,13 @@ class FieldLayout {
 
   void Share() const;
   void Release() const;
-  void ReleaseAmongThreads() const;
+  void ReleaseShared() const;
 
   mutable std::atomic<std::size_t> owners_{0};
-  const LayoutRef root_;        // none in a root
-  const std::string typeName_;  // of a root only
+  const LayoutRef root_;        // empty in a root
+  const std::string typeName_;  // empty except in a root
   const FieldTexts texts_;
-  std::vector<FieldName> names_;  // of the texts
+  std::vector<FieldName> names_;  // refer to texts_
   std::size_t hash_;
   bool isShared_ = false;
   mutable std::vector<Transition> transitions_;
@@ -171,7 +175,7 @@ inline void FieldLayout::Share() const {
 inline void FieldLayout::Release() const {
   const std::size_t owners = owners_.load(std::memory_order_relaxed);
   if (!__libc_single_threaded || owners == 1) {
-    return ReleaseAmongThreads();
+    return ReleaseShared();
   }
   owners_.store(owners - 1, std::memory_order_relaxed);
 }
@@ -204,7 +208,8 @@ inline const FieldLayout::Transition* FieldLayout::FindTransition(
   return nullptr;
 }
 
-// Among threads a layout may be about to die: With looks again, under the lock.
+// With several threads the next layout may be about to be destroyed; `With` looks it up under the
+// lock.
 inline const FieldLayout::Transition* FieldLayout::KnownStep(const FieldName& name,
                                                              std::string_view documentation) const {
   return __libc_single_threaded ? FindTransition(name, documentation) : nullptr;

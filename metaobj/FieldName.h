@@ -10,9 +10,8 @@
 
 namespace Kestrel::MetaObj {
 
-/// The name of a field, read once, so that two names compare by three numbers: its size, its first
-/// and its last bytes. Of a short name these tell it all. The bytes are the caller's and must
-/// outlive this.
+/// The name of a field with numbers for a fast comparison: its length and its first and last eight
+/// bytes; exact up to 16 bytes. The name is not copied and must outlive this object.
 class FieldName {
  public:
   explicit FieldName(std::string_view text) : text_(text) {
@@ -29,10 +28,10 @@ class FieldName {
 
   std::string_view Text() const { return text_; }
 
-  /// Whether the numbers tell the whole name.
+  /// Whether the numbers determine the name.
   bool IsShort() const { return text_.size() <= 2 * sizeof(std::uint64_t); }
 
-  /// Whether the numbers agree; for short names whether the names do.
+  /// Whether the numbers are equal. For short names: whether the names are equal.
   bool HasSameNumbers(const FieldName& other) const {
     return first_ == other.first_ && last_ == other.last_ && text_.size() == other.text_.size();
   }

@@ -22,7 +22,7 @@ namespace {
 
 constexpr std::size_t kReservedPerElement = 15;
 
-std::string Refusal(const std::vector<std::string>& errors) {
+std::string RefusalMessage(const std::vector<std::string>& errors) {
   std::string text = "Invalid structure detected by MetaList::Add.  Type Errors were: (" +
                      std::to_string(errors.size()) + ") : ";
   for (const std::string& error : errors) {
@@ -117,11 +117,11 @@ void MetaList::Append(std::shared_ptr<MetaObject>&& item) {
                            MetaTypeString(elementKind_) + " got object of type " +
                            MetaTypeString(item->GetType()));
   }
-  const bool isSurelyFit = elementKind_ != MetaType::Struct ||
-                           (structure_ != nullptr && IsSurelySameShape(*structure_, *item));
+  const bool isKnownToFit = elementKind_ != MetaType::Struct ||
+                            (structure_ != nullptr && IsSurelySameShape(*structure_, *item));
   std::vector<std::string> errors;
-  if (!isSurelyFit && !Validate(item, &errors)) {
-    throw KestrelException(Refusal(errors));
+  if (!isKnownToFit && !Validate(item, &errors)) {
+    throw KestrelException(RefusalMessage(errors));
   }
   items_.push_back(std::move(item));
 }
@@ -177,9 +177,9 @@ void MetaList::EnsureCapacity(std::size_t n) {
     return;
   }
   if (n > items_.max_size() - items_.size()) {
-    return items_.reserve(n);  // throws: there is no such length
+    return items_.reserve(n);  // throws: no vector is that long
   }
-  // At least doubled, so that many small requests stay linear together.
+  // At least doubled, so that the total time of many small requests is linear.
   items_.reserve(std::max(items_.size() + n, 2 * items_.capacity()));
 }
 

@@ -32,26 +32,26 @@ bool IsLetterOrDigit(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
 }
 
-// Open to every text; the refusal in SetField waits for a stricter rule.
+// Accepts every name. SetField has a message in case the rule becomes stricter.
 bool AcceptsFieldName(std::string_view) { return true; }
 
-std::string NullValueText(std::string_view field, const std::string& type) {
+std::string NullValueMessage(std::string_view field, const std::string& type) {
   return "Invalid NULL value was assigned to the field " + std::string(field) +
          " in the structure " + type;
 }
 
-std::string BadNameText(std::string_view field, const std::string& type) {
+std::string InvalidNameMessage(std::string_view field, const std::string& type) {
   return "Unable to set new field " + std::string(field) + " on structure " + type +
          ", because the field name contains invalid character. Can only be alphanumeric "
          "characters and '_'";
 }
 
-std::string LockedText(std::string_view field) {
+std::string LockedMessage(std::string_view field) {
   return "Unable to set new field " + std::string(field) +
          " on structure. Structure has been locked";
 }
 
-std::string NotInDefinitionText(std::string_view field) {
+std::string NotInDefinitionMessage(std::string_view field) {
   return "Unable to set new field " + std::string(field) +
          " on structure.  The field does not match the Structure definition for this MetaStruct.";
 }
@@ -375,10 +375,10 @@ void MetaStruct::Store(std::string_view name, std::shared_ptr<MetaObject>&& valu
   UseLayout(std::move(next));
 }
 
-// Replaces the value, takes a step that nobody has taken before, or gives the layouts up.
+// Replaces the value, takes a step that no structure has taken before, or changes to an own index.
 void MetaStruct::StoreSlowly(std::string_view name, std::shared_ptr<MetaObject>&& value,
                              std::string_view documentation) {
-  const LayoutRef kept(layout_);  // the texts may be this layout's own
+  const LayoutRef kept(layout_);  // the arguments may be strings of this layout
   const std::size_t position = layout_->Find(name);
   if (position != FieldLayout::kNotFound) {
     if (LayoutRef next = layout_->WithDocumentation(position, documentation)) {
@@ -398,20 +398,20 @@ void MetaStruct::StoreSlowly(std::string_view name, std::shared_ptr<MetaObject>&
 
 void MetaStruct::CheckValue(std::string_view name, const std::shared_ptr<MetaObject>& value) const {
   if (value == nullptr) {
-    throw KestrelException(NullValueText(name, GetTypeName()));
+    throw KestrelException(NullValueMessage(name, GetTypeName()));
   }
   if (!AcceptsFieldName(name)) {
-    throw KestrelException(BadNameText(name, GetTypeName()));
+    throw KestrelException(InvalidNameMessage(name, GetTypeName()));
   }
 }
 
-// A field that is there already needs no such check: a definition keeps its fields for good.
+// An existing field needs no such check: the fields of a definition never change.
 inline void MetaStruct::CheckNewField(std::string_view name) const {
   if (locked_.load(std::memory_order_relaxed)) {
-    throw KestrelException(LockedText(name));
+    throw KestrelException(LockedMessage(name));
   }
   if (definition_ != nullptr && definition_->Find(FieldName(name)) == nullptr) {
-    throw KestrelException(NotInDefinitionText(name));
+    throw KestrelException(NotInDefinitionMessage(name));
   }
 }
 
@@ -419,7 +419,7 @@ void MetaStruct::StoreOwn(std::string_view name, std::shared_ptr<MetaObject>&& v
                           std::string_view documentation) {
   Field field(value, std::string(documentation));
   auto& fields = overflow_->fields;
-  // Names often come in their order: then there is nothing to look for.
+  // Fast path: fields are often set in the order of their names.
   const bool isLast = fields.empty() || fields.rbegin()->first < name;
   const auto place = isLast ? fields.end() : fields.lower_bound(name);
   if (place != fields.end() && place->first == name) {
@@ -437,7 +437,7 @@ void MetaStruct::RemoveOwn(std::string_view name) {
   }
 }
 
-// Apart, so that the way of the small records stays short.
+// Not inline, so that the code for small structures stays short.
 [[gnu::noinline]] const std::shared_ptr<MetaObject>* MetaStruct::FindOwn(
     std::string_view name) const {
   const auto field = overflow_->fields.find(name);
@@ -481,7 +481,7 @@ std::shared_ptr<MetaObject> MetaStruct::TakeSlot(std::size_t position) {
   return taken;
 }
 
-// Adds an empty slot outside; the values move there from inside unless they stand there already.
+// Adds an empty slot outside of the structure; moves the values there if they are still inside.
 std::shared_ptr<MetaObject>* MetaStruct::AddOuterSlot() {
   if (overflow_ == nullptr) {
     overflow_ = std::make_unique<Overflow>();

@@ -16,7 +16,7 @@ constexpr unsigned kMaxDepth = 32;
 thread_local unsigned depth __attribute__((tls_model("initial-exec"))) = 0;
 thread_local Values* waiting __attribute__((tls_model("initial-exec"))) = nullptr;
 
-// The time in which one structure or list lets go of what it held, on the stack of its destructor.
+// Lives on the stack of a destructor while a structure or list releases its values.
 class ReleaseScope {
  public:
   ReleaseScope() {
@@ -37,7 +37,7 @@ class ReleaseScope {
   ReleaseScope& operator=(const ReleaseScope&) = delete;
 
   void Release(std::shared_ptr<MetaObject>&& value) {
-    if (depth > kMaxDepth && MakesWait(std::move(value))) {
+    if (depth > kMaxDepth && Defer(std::move(value))) {
       return;
     }
     value.reset();
@@ -51,8 +51,8 @@ class ReleaseScope {
     }
   }
 
-  // False without memory to wait in: then the value goes at once, deep as the stack may be.
-  static bool MakesWait(std::shared_ptr<MetaObject>&& value) {
+  // False when there is no memory for waiting: the value is released at once then, at any depth.
+  static bool Defer(std::shared_ptr<MetaObject>&& value) {
     try {
       waiting->emplace_back();
     } catch (const std::bad_alloc&) {
@@ -62,7 +62,7 @@ class ReleaseScope {
     return true;
   }
 
-  Values values_;  // what waits, in the outermost scope
+  Values values_;  // the waiting values, in the outermost scope
 };
 
 }  // namespace

@@ -9,18 +9,19 @@
 
 #include "kestrel/metaobj/MetaObject.h"
 
-// Structures and lists let go of what they held by these. However deep values nest in one another,
-// the stack stays shallow: beyond some depth a value waits until the outermost one is done.
+// Structures and lists release their values with these functions, so that the stack does not
+// overflow however deeply values are nested: beyond some depth, a value waits until the outermost
+// destructor releases it.
 namespace Kestrel::MetaObj {
 
-/// Lets go of the elements of a list.
+/// Releases the elements of a list.
 void ReleaseNested(std::vector<std::shared_ptr<MetaObject>>&& values) noexcept;
 
-/// ReleaseNested for one structure or list.
+/// Releases a structure or list.
 void ReleaseContainer(std::shared_ptr<MetaObject>&& value) noexcept;
 
-/// Lets go of one value if it is a structure or list; what is neither nests nothing and may go
-/// with its owner.
+/// Releases a value if it is a structure or list. A scalar contains nothing, so its owner may
+/// release it in the usual way.
 inline void ReleaseNested(std::shared_ptr<MetaObject>& value) noexcept {
   if (value->GetType() >= MetaType::Struct) {
     ReleaseContainer(std::move(value));

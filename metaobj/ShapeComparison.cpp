@@ -14,7 +14,7 @@ namespace Kestrel::MetaObj {
 
 namespace {
 
-// How deep the quick look goes before it leaves a pair to the exact comparison.
+// The fast path does not look deeper.
 constexpr unsigned kMaxQuickDepth = 8;
 
 bool IsSurelySame(const MetaObject& mine, const MetaObject& other, unsigned depth);
@@ -23,7 +23,7 @@ bool HasSameTexts(const FieldLayout& mine, const FieldLayout& other) {
   return mine.TypeName() == other.TypeName() && mine.HasSameNames(other);
 }
 
-bool IsSurelySameRecord(const MetaStruct& mine, const MetaStruct& other, unsigned depth) {
+bool IsSurelySameStruct(const MetaStruct& mine, const MetaStruct& other, unsigned depth) {
   const FieldLayout* const layout = ValueAccess::Layout(mine);
   const FieldLayout* const otherLayout = ValueAccess::Layout(other);
   if (layout == nullptr || otherLayout == nullptr ||
@@ -47,7 +47,7 @@ bool IsSurelySameList(const MetaList& mine, const MetaList& other, unsigned dept
     return false;
   }
   return structure == nullptr || otherStructure == nullptr || structure == otherStructure ||
-         IsSurelySameRecord(*structure, *otherStructure, depth);
+         IsSurelySameStruct(*structure, *otherStructure, depth);
 }
 
 bool IsSurelySame(const MetaObject& mine, const MetaObject& other, unsigned depth) {
@@ -62,14 +62,14 @@ bool IsSurelySame(const MetaObject& mine, const MetaObject& other, unsigned dept
     return false;
   }
   return mine.GetType() == MetaType::Struct
-             ? IsSurelySameRecord(static_cast<const MetaStruct&>(mine),
+             ? IsSurelySameStruct(static_cast<const MetaStruct&>(mine),
                                   static_cast<const MetaStruct&>(other), depth - 1)
              : IsSurelySameList(static_cast<const MetaList&>(mine),
                                 static_cast<const MetaList&>(other), depth - 1);
 }
 
-// The exact comparison. Each pair of structures that is being walked is a level; a pair that
-// differs makes every level above it differ at the field where it stands.
+// The exact comparison. Each pair of structures whose fields are being compared is a level. If a
+// pair differs, the field that contains it differs in the level above, and so on to the top.
 class ShapeComparison {
  public:
   explicit ShapeComparison(std::vector<std::string>* errors) : errors_(errors) {}
@@ -88,14 +88,14 @@ class ShapeComparison {
   struct Level {
     FieldCursor fields;
     FieldCursor otherFields;
-    bool isSame;    // as far as the walk has come
-    bool isOfList;  // the declared structures of two lists
+    bool isSame;    // so far
+    bool isOfList;  // a pair of declared structures of lists
     bool hasBegun = false;
   };
 
   Answer Open(const MetaObject& mine, const std::shared_ptr<MetaObject>& other) {
-    if (const MetaStruct* const record = ValueAccess::AsStruct(mine)) {
-      return OpenRecord(*record, other.get());
+    if (const MetaStruct* const structure = ValueAccess::AsStruct(mine)) {
+      return OpenStruct(*structure, other.get());
     }
     if (const MetaList* const list = ValueAccess::AsList(mine)) {
       return OpenList(*list, other.get());
@@ -103,7 +103,7 @@ class ShapeComparison {
     return mine.IsSameStructure(other, errors_) ? Answer::Same : Answer::Different;
   }
 
-  Answer OpenRecord(const MetaStruct& mine, const MetaObject* other) {
+  Answer OpenStruct(const MetaStruct& mine, const MetaObject* other) {
     if (other == nullptr) {
       AppendError(errors_, "Invalid NULL input to MetaStruct validation.");
       return Answer::Same;
@@ -113,12 +113,12 @@ class ShapeComparison {
                   MetaTypeString(mine.GetType()), " got type ", MetaTypeString(other->GetType()));
       return Answer::Different;
     }
-    const MetaStruct* const record = ValueAccess::AsStruct(*other);
-    if (record == nullptr) {
+    const MetaStruct* const structure = ValueAccess::AsStruct(*other);
+    if (structure == nullptr) {
       AppendError(errors_, "Unable to cast to MetaStruct, runtime error?");
       return Answer::Different;
     }
-    return OpenFields(mine, *record, false);
+    return OpenFields(mine, *structure, false);
   }
 
   Answer OpenFields(const MetaStruct& mine, const MetaStruct& other, bool isOfList) {
@@ -183,7 +183,7 @@ class ShapeComparison {
     return mine->GetType() == other->GetType() ? Open(*mine, other) : Answer::Different;
   }
 
-  // Ends the innermost level because the values of its present field differ.
+  // Ends the innermost level because the values of its current field differ.
   Answer FailField() {
     AppendError(errors_, "Type mismatch on field: ", levels_.back().fields.Name());
     return Close(false);
@@ -199,7 +199,7 @@ class ShapeComparison {
   }
 
   std::vector<std::string>* const errors_;
-  std::deque<Level> levels_;  // in pieces, so never copied
+  std::deque<Level> levels_;  // a deque, since growing must not copy them
 };
 
 }  // namespace

@@ -11,14 +11,14 @@
 
 namespace Kestrel::MetaObj {
 
-/// Whether `other` has the shape of `mine`, a structure or a list, as their IsSameStructure tells
-/// it: names and kinds are compared, never values. One text per problem goes to `errors` unless
-/// that is null. The stack stays flat, however deep the values nest.
+/// Whether `other` has the shape of `mine`, a structure or a list; implements `IsSameStructure`.
+/// Names and kinds are compared, never values. One message per problem is appended to `errors`
+/// unless that is null. The depth of the stack does not depend on the depth of the values.
 bool IsSameShape(const MetaObject& mine, const std::shared_ptr<MetaObject>& other,
                  std::vector<std::string>* errors);
 
-/// True only when IsSameShape is sure to be true and to have nothing to tell; it may be so too
-/// where this gives false. Quick for records of one layout.
+/// Fast path of `IsSameShape` for structures of one layout. True means the same shape, without any
+/// message; false means unknown.
 bool IsSurelySameShape(const MetaObject& mine, const MetaObject& other);
 
 }  // namespace Kestrel::MetaObj

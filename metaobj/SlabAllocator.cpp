@@ -42,32 +42,32 @@ constexpr std::size_t kMaxChunk = 256 * 1024;
 constexpr std::size_t kPage = 4096;
 constexpr std::size_t kClasses = Slab::kMaxBlock / Slab::kGranule;
 
-// A thread that only frees keeps at most so many blocks to itself.
+// After this many frees a thread passes its free blocks to the pool.
 constexpr int kMaxFrees = 1024;
 
 struct FreeBlock {
   FreeBlock* next;
 };
 
-// What a thread owns. Nothing to construct or destroy, so it serves all of the thread's life, the
-// destructors of other thread-local objects included.
+// The memory of a thread. It has neither constructor nor destructor, so it works during the whole
+// life of the thread, also in destructors of other thread-local objects.
 struct ThreadBlocks {
   FreeBlock* freed[kClasses];  // by class
   char* next;                  // what is left of the newest chunk
   char* end;
   std::size_t chunkSize;
-  int freesLeft;  // until the lists go to the pool; below 0 before the first time
+  int freesLeft;  // until the free blocks go to the pool; 0 before the first free
   bool isEnding;
 };
 
 thread_local ThreadBlocks blocks __attribute__((tls_model("initial-exec")));
 
-// The memory that threads have given away, for any thread that needs some. Constant-initialised and
-// never destroyed, so it serves static objects at both ends of the process.
+// The memory that threads have passed on, for any thread that needs some. It is initialised at
+// compile time and never destroyed, so it works for all static objects.
 class Pool {
  public:
   // Takes the lists of the calling thread.
-  void TakeLists(ThreadBlocks& owner) {
+  void PutLists(ThreadBlocks& owner) {
     const std::lock_guard<std::mutex> lock(mutex_);
     for (std::size_t sizeClass = 0; sizeClass < kClasses; ++sizeClass) {
       if (FreeBlock* const first = std::exchange(owner.freed[sizeClass], nullptr)) {
@@ -76,8 +76,9 @@ class Pool {
     }
   }
 
-  // Takes the rest of the calling thread's chunk. A rest too small for the largest block is lost.
-  void TakeRest(ThreadBlocks& owner) {
+  // Takes the rest of the calling thread's chunk. A rest that is too small for the largest block is
+  // lost.
+  void PutRest(ThreadBlocks& owner) {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (static_cast<std::size_t>(owner.end - owner.next) >= Slab::kMaxBlock) {
       rests_ = new (owner.next) Rest{rests_, owner.end};
@@ -86,7 +87,7 @@ class Pool {
   }
 
   // Returns a list of blocks of that class, null when there is none.
-  FreeBlock* GiveList(std::size_t sizeClass) {
+  FreeBlock* GetList(std::size_t sizeClass) {
     const std::lock_guard<std::mutex> lock(mutex_);
     List* const list = lists_[sizeClass];
     if (list == nullptr) {
@@ -96,8 +97,9 @@ class Pool {
     return new (list) FreeBlock{list->next};
   }
 
-  // Makes the rest of a chunk, room for any block, that of the calling thread. False without one.
-  bool GiveRest(ThreadBlocks& owner) {
+  // Makes the rest of a chunk that of the calling thread; it has room for any block. False when
+  // there is none.
+  bool GetRest(ThreadBlocks& owner) {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (rests_ == nullptr) {
       return false;
@@ -109,7 +111,7 @@ class Pool {
   }
 
  private:
-  // Each lies in the memory that it stands for.
+  // Each is stored in the memory that it describes.
   struct List {
     FreeBlock* next;
     List* nextList;
@@ -126,31 +128,32 @@ class Pool {
 
 Pool pool;
 
-void GiveAllAway() {
-  pool.TakeLists(blocks);
-  pool.TakeRest(blocks);
+void PoolEverything() {
+  pool.PutLists(blocks);
+  pool.PutRest(blocks);
 }
 
-// Gives away all that a thread owns when the thread ends. Destructors that run later may free and
-// allocate on; from now on the thread keeps nothing to itself.
+// Passes all memory of a thread to the pool when the thread ends. Destructors that run later may
+// still free and allocate; the thread then keeps nothing for itself.
 struct ThreadEnd {
   ~ThreadEnd() {
     blocks.isEnding = true;
     blocks.freesLeft = 0;
-    GiveAllAway();
+    PoolEverything();
   }
 };
 
-// The only thread of a process keeps everything.
-void GiveAwayAtThreadEnd() {
+// The only thread of a process needs no pool.
+void PoolEverythingAtThreadEnd() {
   if (!__libc_single_threaded) {
     thread_local const ThreadEnd end;
     static_cast<void>(end);
   }
 }
 
-// Asks the system for all pages of a chunk at once, as it will soon be full: a page fault for each
-// would cost more than the values in it. A system that does not know the call does it page by page.
+// Requests all pages of a chunk from the system at once: the chunk will soon be full, and a page
+// fault for each page takes longer than filling the page with values. Where the system call does
+// not exist, pages are mapped one by one.
 void Populate([[maybe_unused]] char* chunk, [[maybe_unused]] std::size_t size) {
 #ifdef MADV_POPULATE_WRITE
   const int errorBefore = errno;
@@ -160,8 +163,8 @@ void Populate([[maybe_unused]] char* chunk, [[maybe_unused]] std::size_t size) {
 #endif
 }
 
-// Each chunk is twice as large as the one before, up to a limit. Only the largest are populated, so
-// that a program with few values pays for what it uses.
+// Each chunk is twice as large as the one before, up to a limit. Only chunks of the largest size
+// are populated, so that a program with few values uses little memory.
 void StartChunk() {
   const std::size_t size = std::clamp(blocks.chunkSize * 2, kMinChunk, kMaxChunk);
   blocks.next = static_cast<char*>(::operator new(size));
@@ -179,34 +182,34 @@ void* Cut(std::size_t size) {
 }
 
 void* TakeFromPool(std::size_t sizeClass) {
-  FreeBlock* const list = pool.GiveList(sizeClass);
+  FreeBlock* const list = pool.GetList(sizeClass);
   if (list != nullptr) {
     blocks.freed[sizeClass] = list->next;
   }
   return list;
 }
 
-// The thread has no block of that class and too little is left of its chunk.
+// Called when the thread has no free block of that class and its chunk is used up.
 [[gnu::noinline]] void* AllocateElsewhere(std::size_t sizeClass) {
-  GiveAwayAtThreadEnd();
+  PoolEverythingAtThreadEnd();
   void* block = TakeFromPool(sizeClass);
   if (block == nullptr) {
-    if (!pool.GiveRest(blocks)) {
+    if (!pool.GetRest(blocks)) {
       StartChunk();
     }
     block = Cut(SizeOf(sizeClass));
   }
   if (blocks.isEnding) {
-    GiveAllAway();
+    PoolEverything();
   }
   return block;
 }
 
-[[gnu::noinline]] void GiveListsAway() noexcept {
+[[gnu::noinline]] void PoolLists() noexcept {
   blocks.freesLeft = blocks.isEnding ? 0 : kMaxFrees;
   if (!__libc_single_threaded) {
-    GiveAwayAtThreadEnd();
-    pool.TakeLists(blocks);
+    PoolEverythingAtThreadEnd();
+    pool.PutLists(blocks);
   }
 }
 
@@ -226,7 +229,7 @@ void Slab::FreeClass(void* block, std::size_t sizeClass) noexcept {
   FreeBlock*& first = blocks.freed[sizeClass];
   first = new (block) FreeBlock{first};
   if (--blocks.freesLeft < 0) {
-    GiveListsAway();
+    PoolLists();
   }
 }
 

@@ -10,22 +10,23 @@
 #include <utility>
 
 // Memory for values, which are small, of few sizes and very many. A block is cut from a large
-// chunk; once freed, it is kept in a list for the next value of its size.
+// chunk. A freed block goes to a list of its size and is reused for the next value of that size.
 //
-// Each thread has its own lists and its own chunk, so neither operation takes a lock. A block may
-// be freed by another thread than the one that allocated it and then belongs to that thread. So
-// that memory does not pile up in a thread that only frees, every thread gives its lists to a
-// shared pool from time to time, and all it has when it ends; a thread that has used up its chunk
-// looks into the pool before it starts another chunk.
+// Each thread has lists and a chunk of its own, so neither operation takes a lock. A block may be
+// freed by another thread than the one that allocated it; it then belongs to that thread. So that
+// memory does not accumulate in a thread that only frees, a thread passes its lists to a shared
+// pool from time to time, and all its memory when it ends. A thread that has used up its chunk
+// takes memory from the pool before it starts another chunk.
 //
-// Memory never goes back to the system, not even at exit: values may outlive every static object.
-// Under the address sanitizer each block is an allocation of its own, so that it sees a freed block
-// used again.
+// Memory is never returned to the system, not even at exit: values may outlive every static object.
+// Under the address sanitizer each block is a separate allocation, so that the sanitizer detects
+// uses of freed blocks.
 namespace Kestrel::MetaObj {
 
+/// Allocates blocks of up to 256 bytes.
 class Slab {
  public:
-  /// The largest block, in bytes. Larger objects are not the slabs' business.
+  /// The size of the largest block, in bytes.
   static constexpr std::size_t kMaxBlock = 256;
 
   /// The alignment of every block, in bytes.

@@ -37,9 +37,9 @@ class ValueText {
   };
 
   void Open(const MetaObject& value) {
-    if (const MetaStruct* const record = ValueAccess::AsStruct(value)) {
+    if (const MetaStruct* const structure = ValueAccess::AsStruct(value)) {
       text_ += '{';
-      levels_.emplace_back(StructLevel{FieldCursor(*record)});
+      levels_.emplace_back(StructLevel{FieldCursor(*structure)});
     } else if (const MetaList* const list = ValueAccess::AsList(value)) {
       levels_.emplace_back(ListLevel{list->GetObjects()});
     } else if (ValueAccess::IsScalarClass(value) && value.GetType() == MetaType::String) {
@@ -78,7 +78,7 @@ class ValueText {
   }
 
   std::string& text_;
-  std::deque<std::variant<StructLevel, ListLevel>> levels_;  // in pieces, so never copied
+  std::deque<std::variant<StructLevel, ListLevel>> levels_;  // growing must not copy them
 };
 
 }  // namespace

@@ -9,8 +9,8 @@
 
 namespace Kestrel::MetaObj {
 
-/// Appends what `value.ToString()` gives to `text`: in linear time and on a flat stack, however
-/// deep the value nests.
+/// Appends `value.ToString()` to `text`, in linear time. The depth of the stack does not depend on
+/// the depth of the value.
 void AppendText(const MetaObject& value, std::string& text);
 
 }  // namespace Kestrel::MetaObj

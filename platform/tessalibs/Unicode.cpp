@@ -8,9 +8,9 @@
 
 #include "kestrel/platform/TessaLibs.h"
 
-// Strict UTF-8, whatever the encoding asked for: no surrogates, no longer form than needed, nothing
-// above U+10FFFF. A byte that begins no valid sequence is bad by itself; what follows it is looked
-// at afresh.
+// Strict UTF-8, whatever encoding is requested: no surrogates, no overlong sequences, nothing above
+// U+10FFFF. A byte that does not begin a valid sequence is invalid by itself; the next byte is
+// checked independently.
 
 namespace {
 
@@ -21,7 +21,7 @@ struct Bytes {
   std::size_t count;
 };
 
-// What may follow a lead byte: the range of the second byte; all later ones are 0x80 to 0xBF.
+// The bytes after a lead byte: the range of the second byte; later ones are 0x80 to 0xBF.
 struct Sequence {
   std::size_t length;
   Byte secondFirst;
@@ -54,7 +54,7 @@ Sequence SequenceOf(Byte lead) {
   return {0, 0, 0};
 }
 
-// Most texts are ASCII, so that much is looked at at once.
+// Most text is ASCII, so eight bytes are checked at once.
 constexpr std::size_t kGroup = sizeof(std::uint64_t);
 constexpr std::uint64_t kHighBits = 0x8080808080808080;
 
@@ -67,8 +67,8 @@ bool BeginsWithAsciiGroup(Bytes bytes) {
   return (group & kHighBits) == 0;
 }
 
-// The length of a group of ASCII bytes or of the valid sequence that the bytes begin with, 0 when
-// they begin with neither.
+// Returns the length of the ASCII group or valid sequence at the beginning, 0 when there is
+// neither.
 std::size_t ValidLength(Bytes bytes) {
   if (BeginsWithAsciiGroup(bytes)) {
     return kGroup;

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Starts a child with posix_spawn, so that the cost does not grow with the size of the parent and
-// a program that cannot be executed is reported as a status.
+// Starts a child with posix_spawn: the time does not depend on the size of the parent, and a
+// program that cannot be executed is reported as a status.
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -43,7 +43,7 @@ class FileActions {
   int error_ = 0;
 };
 
-/// Default SIGPIPE and no blocked signal, whatever the parent has set for itself.
+/// SIGPIPE has its default action and no signal is blocked, whatever the settings of the parent.
 class SpawnAttributes {
  public:
   SpawnAttributes() {
@@ -69,7 +69,7 @@ class SpawnAttributes {
 
 using FdMap = std::vector<ZoluserForkFd>;
 
-/// Whether a descriptor would be overwritten by one mapping before another has copied it.
+/// Whether one mapping would overwrite a descriptor before another has copied it.
 bool Overlaps(const FdMap& map) {
   for (const ZoluserForkFd& source : map) {
     for (const ZoluserForkFd& target : map) {
@@ -89,7 +89,8 @@ int HighestFd(const FdMap& map) {
   return highest;
 }
 
-/// Copies every source out of the way first, so that no mapping can destroy another's source.
+/// Duplicates every source above all mapped descriptors first, so that no mapping overwrites a
+/// source.
 void MoveSourcesUp(FdMap& map, FileActions& actions) {
   int next = HighestFd(map) + 1;
   for (ZoluserForkFd& entry : map) {

@@ -5,17 +5,18 @@
 
 #include <string>
 
-/// The host's audit library: named texts that go with what the process does next.
+/// What this library uses of the host's audit library: named strings that describe on whose behalf
+/// the process acts.
 namespace AuditTls {
 
-/// Sets the audit parameter `name`; an empty value stands for none.
+/// Sets the audit parameter `name`; an empty value means none.
 void SetAuditParam(const std::string& name, const std::string& value);
 
-/// The value of the audit parameter `name`, empty when it has none. The stand-in alone offers this,
-/// so that tests can look.
+/// Returns the audit parameter `name`, empty when it is not set. Only the stand-in has this
+/// function, for tests.
 std::string GetAuditParam(const std::string& name);
 
-/// Sets an audit parameter for as long as it lives, then restores the value from before.
+/// Sets an audit parameter; its destructor restores the earlier value.
 class AuditParamOnStack {
  public:
   AuditParamOnStack(const std::string& name, const std::string& value);

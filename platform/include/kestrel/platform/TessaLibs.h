@@ -5,16 +5,17 @@
 
 #include <sys/types.h>
 
-/// What the host's base library offers to this one, under the host's own names.
+/// What this library uses of the host's base library, under the host's names.
 
 extern "C" {
 
-/// Whether `length` bytes are valid text. A length of -1 means up to the first NUL.
+/// Whether the `length` bytes at `buffer` are valid text. A length of -1 means up to the first NUL.
 /// Encoding 0 is UTF-8.
 bool Unicode_IsBufferValid(const void* buffer, ssize_t length, int encoding);
 
-/// A copy of `length` bytes, -1 as above, with every byte that is no part of valid text made
-/// readable. Ended by a NUL and released with `free`; null when memory is short.
+/// Returns a NUL-terminated copy of the `length` bytes at `buffer` with the invalid bytes escaped;
+/// a length of -1 means up to the first NUL. The caller releases it with `free`. Null when memory
+/// runs out.
 char* Unicode_EscapeBuffer(const void* buffer, ssize_t length, int encoding);
 
 /// Prepares the feature state of this process.

@@ -7,27 +7,27 @@
 
 #include <cstddef>
 
-/// What the host kernel's user library offers to this one, under the host's own names.
+/// What this library uses of the host kernel's user library, under the host's names.
 
 extern "C" {
 
-/// How an operation went: 0 is success; of other values the stand-in uses those of errno.
+/// The result of an operation: 0 is success. The stand-in uses errno values for failures.
 typedef int ZoluserStatus;
 
-/// A descriptor of the child, and the one of this process that it is made a copy of.
+/// A descriptor of the child, and the descriptor of this process that it is a duplicate of.
 typedef struct ZoluserForkFd {
   int childFd;
   int parentFd;
 } ZoluserForkFd;
 
-/// Starts the program `path` with `argv` and `envp`, both ended by null, in a child process, whose
-/// number goes to `childPid`. A null `envp` stands for the environment of this process. The child
-/// has the `fdCount` descriptors of `fdMap` and no other, SIGPIPE at its default and no signal
-/// blocked. A program that cannot be executed is reported here, and there is no child then.
+/// Starts the program `path` in a child process and sets `childPid` to its process ID. `argv` and
+/// `envp` end with a null; a null `envp` means the environment of this process. The child has the
+/// `fdCount` descriptors of `fdMap` and no others; SIGPIPE has its default action and no signal is
+/// blocked. When the program cannot be executed, there is no child and a failure is returned.
 ZoluserStatus ZoluserCompat_ForkExec(const char* path, const char* const* argv,
                                      const char* const* envp, const ZoluserForkFd* fdMap,
                                      std::size_t fdCount, pid_t* childPid);
 
-/// The text of a status. Not owned by the caller; lives until the next call.
+/// Returns the message for a status. The caller does not own it; it is valid until the next call.
 const char* ZoluserStatus_CodeToString(ZoluserStatus status);
 }
