@@ -19,14 +19,15 @@ void Report(const char* message) { std::fprintf(stderr, "%s\n", message); }
 
 // Whether everything printed so far has reached standard output.
 bool FlushOutput() {
-  // A plug-in may have made the stream throw; on the way out nothing would catch that.
+  // A plug-in may have made the stream throw. While the process ends, nothing catches that.
   std::cout.exceptions(std::ios_base::goodbit);
   std::cout.flush();
   return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && std::cout.good();
 }
 
-// A closed standard stream would pass its number to the first file or socket that is opened, and
-// with it what was meant for the stream. Opened the wrong way round, the descriptor stays useless.
+// If a standard stream is closed, the first file that is opened gets its descriptor and then what
+// is printed to the stream. So closed ones are opened in the wrong direction, where every access
+// fails.
 void OccupyStandardDescriptors() {
   for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (fcntl(descriptor, F_GETFD) == -1) {
@@ -35,7 +36,7 @@ void OccupyStandardDescriptors() {
   }
 }
 
-// Runs on every way out, whoever calls exit: a caller must not take truncated output for all of it.
+// Runs whenever the process exits: incomplete output must not look like success.
 void CheckStandardOutput() {
   if (!FlushOutput()) {
     Report("Unable to write to standard output");
@@ -48,13 +49,14 @@ void CheckStandardOutput() {
 int main(int argc, char** argv) {
   OccupyStandardDescriptors();
   std::atexit(CheckStandardOutput);
-  // Outside the try block: an exception may be of a class whose code a plug-in brought along.
+  // Outside of the try block: the class of an exception may be in a plug-in, which must stay
+  // loaded.
   Kestrel::AutoCli::CliDispatcher dispatcher;
   try {
     dispatcher.AddDefaultDirectories();
     dispatcher.HandleArgvInput(argc, argv);
   } catch (const std::exception& error) {
-    FlushOutput();  // before the message, so that both appear in order
+    FlushOutput();  // first, so that output and message appear in order
     Report(error.what());
   }
   return EXIT_FAILURE;

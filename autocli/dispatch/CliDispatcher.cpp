@@ -79,7 +79,7 @@ bool IsFormatKeyCharacter(char c) {
          c == '.' || c == '-' || c == ':';
 }
 
-// parameter = key "=" value; a key has no "=", neither part is empty, a value may be anything.
+// The form is key=value. Neither is empty; a key consists of the characters above.
 void SetFormatParameters(const OptionParser& parser, FormatParameters& params,
                          const std::shared_ptr<Output>& output) {
   for (const std::string& text : parser.GetDispatcherParameter("format-param")) {
@@ -93,9 +93,9 @@ void SetFormatParameters(const OptionParser& parser, FormatParameters& params,
   }
 }
 
-// Takes over what the command line gives the command, or what is wrong with it.
+// Adds the command parameters to `input`, and the mistakes in them to `output`.
 void AddParameters(OptionParser& parser, CommandInput& input, Output& output) {
-  // The parameters come first: processing them adds to the errors.
+  // The parameters come first, because processing them adds errors.
   for (const auto& [name, value] : parser.GetCommandParameters()) {
     input.AddParameter(name, value);
   }
@@ -104,8 +104,8 @@ void AddParameters(OptionParser& parser, CommandInput& input, Output& output) {
   }
 }
 
-// How `output` is printed unless the user chooses otherwise. Help pages look alike for all
-// commands.
+// How `output` is printed unless the user chooses otherwise. Help is printed in the same way for
+// all commands.
 FormatParameters GetDefaultFormat(const CliDispatcher& dispatcher, const Command* command,
                                   const Output& output) {
   if (output.GetOutputType() == Output::Help) {
@@ -116,8 +116,8 @@ FormatParameters GetDefaultFormat(const CliDispatcher& dispatcher, const Command
                                           : FormatParameters();
 }
 
-// A read that fails ends the lines like the end of the input does, but what is lost with it must
-// not pass for handled. std::cin is bad only after a line that memory could not hold.
+// A failed read ends the loop over the lines as the end of the input does, but must be reported,
+// because lines may be lost. std::cin is bad only if a line did not fit into memory.
 bool ReadStandardInput(CliDispatcher& dispatcher) {
   std::clearerr(stdin);
   const bool result = dispatcher.ParseStreamInput(std::cin);
@@ -130,7 +130,7 @@ bool ReadStandardInput(CliDispatcher& dispatcher) {
 
 bool ReadFile(CliDispatcher& dispatcher, const std::string& name) {
   std::ifstream file(name);
-  // A folder can be opened, but the first look at it fails.
+  // A directory can be opened, but reading it fails.
   if (!file || (file.peek(), file.bad())) {
     Report("Unable to open file " + name);
     return false;
@@ -156,11 +156,11 @@ const char* GetTypeName(NodeType type) {
 
 std::shared_ptr<MetaStruct> DescribeNode(const std::string& name, const std::string& description,
                                          const std::string& type) {
-  std::shared_ptr<MetaStruct> record = MetaStruct::New("NamespaceNode");
-  record->SetField("Name", name);
-  record->SetField("Description", description);
-  record->SetField("Type", type);
-  return record;
+  std::shared_ptr<MetaStruct> structure = MetaStruct::New("NamespaceNode");
+  structure->SetField("Name", name);
+  structure->SetField("Description", description);
+  structure->SetField("Type", type);
+  return structure;
 }
 
 std::shared_ptr<MetaList> DescribeChildren(NamespaceNode& node) {
@@ -221,8 +221,7 @@ bool CliDispatcher::HandleOptions(OptionParser& parser, bool fromArgv) {
   if (!HandleDispatcherOptions(parser, choices, output)) {
     std::exit(EXIT_FAILURE);
   }
-  // Errors of the options are not looked at before a command is found: a stream and a listing do
-  // not show them.
+  // Errors of the options are printed only for a command, not for --input or a list of children.
   if (fromArgv && parser.HasDispatcherParameter("input")) {
     return ReadInput(parser.GetDispatcherParameter("input"));
   }
@@ -246,7 +245,7 @@ bool CliDispatcher::HandlePath(OptionParser& parser, const FormatParameters& cho
   }
   const std::shared_ptr<NamespaceNode> node = GetRootNamespace()->ResolveNode(path);
   if (node == nullptr) {
-    // The tree's own nodes throw instead; a plug-in's may not.
+    // Only a plug-in's own class of nodes returns null; all others throw.
     if (parser.HasCommandParameter("help") || parser.HasCommandParameter("h")) {
       PrintChildren(GetRootNamespace(), output);
     }
@@ -269,7 +268,8 @@ bool CliDispatcher::RunCommand(const std::shared_ptr<NamespaceNode>& node, Optio
     parser.SetInputSpec(spec->GetInputSpec());
   }
   AddParameters(parser, *input, *output);
-  // A node that only claims to be a command is null here: nothing runs and nothing is reported.
+  // Null for a node that has the type of a command but is not a Command: nothing runs, and there is
+  // no message.
   const auto command = std::dynamic_pointer_cast<Command>(node);
   const bool isDone =
       !output->HasError() && command != nullptr && CallCommand(*command, input, output);

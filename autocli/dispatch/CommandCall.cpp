@@ -14,13 +14,13 @@ bool CallCommand(Command& command, const std::shared_ptr<CommandInput>& input,
   const std::shared_ptr<CallSpec::InputSpec> spec = command.GetInputSpec();
   input->SetInputSpec(spec);
 
-  // Some problems leave the result true; their messages stop the call all the same.
+  // Some problems leave the result true, but their messages also prevent the call.
   const std::size_t errorsBefore = output->GetErrors().size();
   const bool isValid = spec->Validate(input, output);
   if (isValid && output->GetErrors().size() == errorsBefore) {
     command.Execute(input, output);
   } else if (!output->HasError() && output->GetRootObject() == nullptr) {
-    // Checked on this branch only; a command that has run is trusted.
+    // Checked only here; a command that has run is trusted.
     output->AddErrorMessage(
         "Command output has no root object nor error messages.  This is a problem with the command "
         "and should be repaired.");

@@ -11,8 +11,8 @@
 
 namespace Kestrel::AutoCli {
 
-/// Validates `input` against the declaration of `command` and runs the command if the validation
-/// adds no error message to `output`. Hands the declaration to `input` first.
+/// Passes the declaration of `command` to `input`, validates `input`, and runs the command if the
+/// validation adds no error message to `output`.
 ///
 /// Returns whether `output` has no error message afterwards.
 /// Throws KestrelException when the command's declaration is broken.

@@ -24,7 +24,7 @@ namespace {
 
 constexpr const char* kDefaultDirectory = KESTREL_PLUGIN_DIR;
 
-// Null for a file that is no plug-in.
+// Null for a file that is not a plug-in.
 std::shared_ptr<Plugin> MakePlugin(const std::string& path) {
   switch (KindOfPluginFile(path)) {
     case PluginFileKind::SharedLibrary:
@@ -37,7 +37,7 @@ std::shared_ptr<Plugin> MakePlugin(const std::string& path) {
   return nullptr;
 }
 
-// Whether code goes out of memory with the plug-in.
+// Whether destroying the plug-in unloads code.
 bool UnmapsCode(const std::shared_ptr<Plugin>& plugin) {
   return dynamic_cast<const SharedLibraryPlugin*>(plugin.get()) != nullptr;
 }
@@ -102,8 +102,8 @@ void Dispatcher::RegisterPlugin(std::shared_ptr<Plugin> plugin) {
   if (plugin == nullptr) {
     throw KestrelException("Null plugin passed to RegisterPlugin");
   }
-  // Kept from here on, whatever happens: what it puts in the tree before it fails stays there and
-  // runs its code, and so does an exception of a class of its own.
+  // Retained even if registration fails: nodes that it has registered stay in the tree and need its
+  // code, and so does an exception of a class of its own.
   const bool unmapsCode = UnmapsCode(plugin);
   if (unmapsCode) {
     retained_.push_back(plugin);
@@ -112,7 +112,7 @@ void Dispatcher::RegisterPlugin(std::shared_ptr<Plugin> plugin) {
   RegisterFormattersOf(plugin);
   plugins_.push_back(plugin);
   if (unmapsCode) {
-    // Mostly the last one, but its entry point may have loaded other plug-ins, which failed.
+    // Not always the last: its entry point may have loaded other plug-ins that failed.
     const auto place = std::find(retained_.rbegin(), retained_.rend(), plugin);
     retained_.erase(std::next(place).base());
   }
@@ -126,7 +126,7 @@ void Dispatcher::RegisterNamespacesOf(Plugin& plugin) {
   }
 }
 
-// All names are looked up before any is recorded.
+// All names are checked before any is added.
 void Dispatcher::RegisterFormattersOf(const std::shared_ptr<Plugin>& plugin) {
   std::vector<std::string> names;
   for (const std::shared_ptr<Formatter>& formatter : plugin->GetFormatters()) {
@@ -135,7 +135,7 @@ void Dispatcher::RegisterFormattersOf(const std::shared_ptr<Plugin>& plugin) {
     }
     const auto owner = formatterOwners_.find(formatter->GetName());
     if (owner != formatterOwners_.end()) {
-      // Two blanks on either side: scripts match this text.
+      // Two spaces before and after: scripts match this message.
       throw KestrelException(RegistrationError(
           plugin->GetName(), " this plugin has a formatter " + formatter->GetName() +
                                  " that was already registered from the plugin " +

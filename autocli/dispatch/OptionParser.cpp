@@ -1,18 +1,18 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The grammar of one token (letters and digits are ASCII, "byte" is any byte at all):
+// The grammar of one token (letters and digits are ASCII, a byte is any byte):
 //
 //   option = "-" letter | "--" name | "--" name "=" byte {byte}
 //   name   = letter (letter | digit | "-") {letter | digit | "-"}
 //
-// and of one line:
+// The grammar of one line:
 //
 //   line   = {option [word]} {word} {option [word]} {word}
 //            dispatcher      path   command         extra words, an error
 //
-// A word is any token that is no option. An option takes the word after it as its value unless it
-// carries one behind "=".
+// A word is any token that is not an option. The value of an option without "=" is the word after
+// it.
 
 #include "kestrel/autocli/OptionParser.h"
 
@@ -44,7 +44,7 @@ bool IsShortOption(const std::string& token) {
   return token.size() == 2 && token[0] == '-' && IsLetter(token[1]);
 }
 
-// Where the name of a long option ends, or 0 when the token does not begin with one.
+// Returns the end of the name of a long option, 0 when the token does not begin with one.
 std::size_t FindLongNameEnd(const std::string& token) {
   if (token.size() < 4 || token[0] != '-' || token[1] != '-' || !IsLetter(token[2])) {
     return 0;
@@ -56,7 +56,8 @@ std::size_t FindLongNameEnd(const std::string& token) {
   return end > 3 ? end : 0;
 }
 
-// Whether any of the eight bytes at `text` is a double quote or below it, as both blanks are.
+// Whether one of the eight bytes at `text` is not greater than a double quote, as space, tab and
+// the quote itself are.
 bool MayEndToken(const char* text) {
   constexpr std::uint64_t kOnes = 0x0101010101010101;
   constexpr std::uint64_t kHighBits = 0x8080808080808080;
@@ -67,7 +68,8 @@ bool MayEndToken(const char* text) {
 
 bool IsAboveQuote(char c) { return static_cast<unsigned char>(c) > '"'; }
 
-// The next blank outside quotes from `position` on, or the end; `inQuotes` follows the quotes.
+// Returns the next space or tab outside quotes from `position` on, or the end of the line.
+// `inQuotes` is the state at `position` and afterwards the state at the result.
 std::size_t FindTokenEnd(const std::string& line, std::size_t position, bool& inQuotes) {
   const std::size_t size = line.size();
   for (;; ++position) {
@@ -94,8 +96,8 @@ std::string CutWithoutQuotes(const std::string& line, std::size_t start, std::si
   return token;
 }
 
-// Passes over blanks and quotes to where the first token begins. Each blank moves `start` one place
-// on, wherever it is by then: quotes do not, so that the line `"" x` has the token ` x`.
+// Skips spaces, tabs and quotes before the first token and returns its position. Each space or tab
+// advances `start` by one, but quotes do not, so that the line `"" x` has the token ` x`.
 std::size_t FindFirstToken(const std::string& line, std::size_t& start, bool& inQuotes) {
   std::size_t position = 0;
   for (; position < line.size(); ++position) {
@@ -154,7 +156,7 @@ void AppendPairs(const Pairs& pairs, std::string& text) {
   }
 }
 
-// An end of input met by an earlier prompt is forgotten first: a terminal can go on after it.
+// Clears the end of input that an earlier prompt may have met: a terminal can continue after it.
 std::string ReadLine() {
   std::clearerr(stdin);
   std::cin.clear();
@@ -163,7 +165,7 @@ std::string ReadLine() {
   return line;
 }
 
-// Echo is off before the prompt shows, so that nothing typed in answer to it can be seen.
+// Echo is off before the prompt appears, so that nothing typed as an answer can be seen.
 std::string ReadSecret(const std::string& prompt) {
   const EchoGuard guard(prompt);
   WriteUnpadded(std::cout, prompt);
@@ -194,7 +196,7 @@ void OptionParser::ParseVector(std::vector<std::string> tokens) {
     return;
   }
   TokenQueue queue{std::move(tokens)};
-  // What the command declares is not asked here: these options are the dispatcher's.
+  // No declaration: these options are the dispatcher's, not the command's.
   dispatcherParameters_ = TakeOptions(queue, nullptr);
   path_ = TakeWords(queue);
   remaining_ = std::move(queue);
@@ -379,7 +381,7 @@ std::string OptionParser::GetMissingValue(const std::string& token, const std::s
     std::cout.put('\n');
     return secret;
   }
-  // Help needs no value under either of its names, whatever type it is declared with.
+  // Neither "help" nor "h" needs a value, whatever its declared type.
   if (declared->GetType() != CallSpec::ParameterType::Flag && declared->GetName() != "help") {
     errors_.push_back(token + " must have value");
   }

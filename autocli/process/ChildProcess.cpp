@@ -30,8 +30,9 @@ struct Pipe {
   FileDescriptor writeEnd;
 };
 
-/// Keeps clear of 0 to 2, which belong to the child's streams even where the tool was started with
-/// one of them closed. Throws `failureText` and the system's text when no descriptor is left.
+/// Returns `fd` or a duplicate of it above 2: the descriptors 0 to 2 are the child's streams, and
+/// may be free if the tool was started with one of them closed. Throws KestrelException with
+/// `failureText` and the system's message when no descriptor is left.
 FileDescriptor AboveStandardStreams(FileDescriptor fd, const char* failureText) {
   if (fd.Get() >= kFirstFreeDescriptor) {
     return fd;
@@ -56,7 +57,7 @@ Pipe OpenPipe(const char* failureText) {
   return opened;
 }
 
-/// Children whose call failed before they had ended; each later call tries to reap them again.
+/// Children that were still running when their call failed. Each later call tries to reap them.
 class UnreapedChildren {
  public:
   void Remember(pid_t child) { children_.push_back(child); }
@@ -75,8 +76,8 @@ UnreapedChildren& Unreaped() {
   return children;
 }
 
-/// A started child. One that was not waited for is left to `UnreapedChildren`, neither killed nor
-/// waited for: it may have work of its own to end.
+/// A started child. If an exception prevents waiting for it, it goes to `UnreapedChildren`; it is
+/// not killed, because it may have work to finish.
 class Child {
  public:
   Child() = default;
@@ -109,13 +110,13 @@ class Child {
   pid_t pid_ = 0;
 };
 
-/// What the child printed before this happened still counts as its output.
+/// Thrown when a read fails. What was read before is still part of the output.
 struct ReadFailure : KestrelException {
   using KestrelException::KestrelException;
 };
 
-/// Keeps a write to a child that has gone away from ending the tool: the signal is blocked and
-/// taken back, so that the write reports EPIPE.
+/// Blocks SIGPIPE and discards the one that a write raises, so that a write to a child that has
+/// ended fails with EPIPE and does not end the tool.
 class SigpipeBlock {
  public:
   SigpipeBlock() {
@@ -156,7 +157,7 @@ pid_t Start(const std::vector<std::string>& arguments, const std::string& comman
   argv.push_back(nullptr);
   std::vector<ZoluserForkFd> map = {{STDIN_FILENO, input.readEnd.Get()},
                                     {STDOUT_FILENO, output.writeEnd.Get()}};
-  // A tool that was started without a standard error has none to share.
+  // Standard error is shared, unless the tool was started without one.
   if (fcntl(STDERR_FILENO, F_GETFD) >= 0) {
     map.push_back({STDERR_FILENO, STDERR_FILENO});
   }
@@ -170,7 +171,7 @@ pid_t Start(const std::vector<std::string>& arguments, const std::string& comman
   return pid;
 }
 
-/// Appends one chunk of the child's output to `received`. False at the end of the output.
+/// Appends one chunk of the child's output to `received`. Returns false at the end of the output.
 bool ReadChunk(const FileDescriptor& from, std::string& received) {
   char chunk[kReadSize];
   ssize_t count;
@@ -184,8 +185,8 @@ bool ReadChunk(const FileDescriptor& from, std::string& received) {
   return count > 0;
 }
 
-/// Appends `received` to `output`, without a copy where that holds nothing yet.
-void HandOver(std::string& received, std::string& output) {
+/// Appends `received` to `output`; swaps them if `output` is empty, which avoids a copy.
+void MoveTo(std::string& received, std::string& output) {
   if (output.empty()) {
     output.swap(received);
   } else {
@@ -193,7 +194,7 @@ void HandOver(std::string& received, std::string& output) {
   }
 }
 
-/// Writes as much of `data` from `written` on as the pipe takes, and moves `written` on.
+/// Writes `data` from position `written` on, as much as the pipe accepts, and advances `written`.
 void WriteChunk(const FileDescriptor& to, const std::string& data, std::size_t& written) {
   const ssize_t count = write(to.Get(), data.data() + written, data.size() - written);
   if (count >= 0) {
@@ -205,8 +206,8 @@ void WriteChunk(const FileDescriptor& to, const std::string& data, std::size_t& 
   }
 }
 
-/// Writes all of `data`, and meanwhile takes in what the child prints, so that neither side waits
-/// for the other. False when the child's output has ended already.
+/// Writes all of `data` and at the same time reads what the child prints, so that neither side
+/// blocks the other. Returns false when the child's output has ended already.
 bool Feed(const FileDescriptor& to, const std::string& data, const FileDescriptor& from,
           std::string& received) {
   const SigpipeBlock block;
@@ -214,7 +215,7 @@ bool Feed(const FileDescriptor& to, const std::string& data, const FileDescripto
   bool outputIsOpen = true;
   std::size_t written = 0;
   while (written < data.size()) {
-    // A negative descriptor is passed over by poll.
+    // `poll` ignores a negative descriptor.
     pollfd events[2] = {{to.Get(), POLLOUT, 0}, {outputIsOpen ? from.Get() : -1, POLLIN, 0}};
     if (poll(events, 2, -1) < 0) {
       if (errno == EINTR) {
@@ -237,7 +238,7 @@ bool Feed(const FileDescriptor& to, const std::string& data, const FileDescripto
 int RunChildProcess(const std::vector<std::string>& arguments, const std::string& commandLine,
                     std::string& output, const std::string& stdinData) {
   Unreaped().Reap();
-  Child child;  // stands before the pipes, so that it is looked at after they are closed
+  Child child;  // before the pipes, so that it is destroyed after they are closed
   Pipe input = OpenPipe("Can't create input pipe: ");
   Pipe result = OpenPipe("Can't create output pipe: ");
   child.Started(Start(arguments, commandLine, input, result));
@@ -252,11 +253,11 @@ int RunChildProcess(const std::vector<std::string>& arguments, const std::string
       outputIsOpen = ReadChunk(result.readEnd, received);
     }
   } catch (const ReadFailure& failure) {
-    HandOver(received, output);
+    MoveTo(received, output);
     throw KestrelException(failure.what());
   }
   result.readEnd.Close();
-  HandOver(received, output);
+  MoveTo(received, output);
   return child.Wait(commandLine);
 }
 

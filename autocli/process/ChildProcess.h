@@ -8,14 +8,14 @@
 
 namespace Kestrel::AutoCli {
 
-/// Runs the program `arguments[0]` with `arguments`, writes `stdinData` to its standard input and
-/// appends what it writes to its standard output to `output`, until it has closed that. Its
-/// standard error is the caller's. `commandLine` names the child in messages.
+/// Runs the program `arguments[0]` with `arguments`. Writes `stdinData` to its standard input and
+/// appends its standard output to `output`, until every process that has it open has closed it. Its
+/// standard error is the caller's. `commandLine` is the name of the child in messages.
 ///
-/// Returns the wait status as `waitpid` reports it. Input and output are moved at the same time, so
-/// that no amount of either can block both sides. Throws KestrelException with the system's text
-/// when a pipe, the start, a write, a read or the wait fails; every descriptor is closed on every
-/// path, and a child that has not ended by then is reaped by a later call.
+/// Returns the wait status as `waitpid` reports it. Input and output are transferred at the same
+/// time, so that no amount of either blocks both sides. Throws KestrelException with the system's
+/// message when a pipe, the start, a write, a read or the wait fails. All descriptors are closed in
+/// every case; a child that is still running then is reaped by a later call.
 int RunChildProcess(const std::vector<std::string>& arguments, const std::string& commandLine,
                     std::string& output, const std::string& stdinData);
 

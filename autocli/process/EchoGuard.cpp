@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A signal that ends or stops the process arrives at Interrupt, which gives the terminal back, puts
-// the disposition from before in place and raises the signal again. Whoever survives that (stopped
-// and continued, or ended up in a handler of the program's own) comes back and hides the typing
-// again. A process that a signal stopped which nobody can catch arrives at Resume alone.
+// A signal that ends or stops the process is handled by Interrupt. It restores the terminal and the
+// earlier disposition of the signal, and raises the signal again. If the process survives that
+// (because it was stopped and continued, or because the program has a handler of its own),
+// Interrupt turns echo off again. After SIGSTOP, which cannot be caught, only Resume runs.
 
 #include "autocli/process/EchoGuard.h"
 
@@ -21,11 +21,11 @@ namespace Kestrel::AutoCli {
 
 namespace {
 
-// A broken pipe is among them because writing the prompt can raise it.
+// SIGPIPE is included because writing the prompt can raise it.
 constexpr std::array<int, 7> kSignals = {SIGHUP,  SIGINT,  SIGQUIT, SIGPIPE,
                                          SIGTERM, SIGTSTP, SIGCONT};
 
-// What the signal handlers work with; written while none of them is installed.
+// The data of the signal handlers; written only while none of them is installed.
 struct Terminal {
   termios shown;
   termios hidden;
@@ -39,7 +39,7 @@ volatile sig_atomic_t isGuarded = 0;
 volatile sig_atomic_t isHidden = 0;
 volatile sig_atomic_t isPassingOn = 0;
 
-// The modes of a terminal belong to the process group in its foreground.
+// Only the process group in the foreground may change the modes of a terminal.
 bool IsInForeground() {
   const pid_t foreground = tcgetpgrp(STDIN_FILENO);
   return foreground == -1 || foreground == getpgrp();
@@ -89,7 +89,7 @@ struct sigaction& GetPrevious(int signal) {
   return terminal.previous[i];
 }
 
-// Lets `signal` act as it would have without the guard.
+// Raises `signal` with the disposition that it had before the guard.
 void PassOn(int signal) {
   sigset_t only;
   sigset_t before;
@@ -103,7 +103,8 @@ void PassOn(int signal) {
   sigaction(signal, &own, &GetPrevious(signal));
 }
 
-// Typing is hidden only once this handler is in place again, for the next signal may be near.
+// Echo goes off only after this handler is installed again, because the next signal may follow at
+// once.
 void Interrupt(int signal) {
   const int error = errno;
   const sig_atomic_t wasPassingOn = isPassingOn;
@@ -128,7 +129,7 @@ void Resume(int signal) {
   errno = error;
 }
 
-// An ignored signal stays ignored.
+// A signal that was ignored stays ignored.
 void InstallHandlers() {
   for (const int signal : kSignals) {
     sigaction(signal, nullptr, &GetPrevious(signal));
@@ -157,7 +158,7 @@ EchoGuard::EchoGuard(std::string prompt)
   terminal.hidden = terminal.shown;
   terminal.hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
   terminal.prompt = prompt_.data();
-  // A prompt that went elsewhere does not vanish when the process stops.
+  // Only a terminal loses sight of the prompt when the process stops.
   terminal.promptSize = isatty(STDOUT_FILENO) ? prompt_.size() : 0;
   InstallHandlers();
   isGuarded = 1;

@@ -7,16 +7,16 @@
 
 namespace Kestrel::AutoCli {
 
-/// Keeps the terminal on descriptor 0 from echoing what is typed, for as long as the guard lives.
+/// Turns off echo on the terminal on descriptor 0 as long as the guard exists.
 ///
-/// The modes found at the start come back when the guard dies, and before a signal that ends or
-/// stops the process takes effect (hang-up, interrupt, quit, terminate, broken pipe, stop); such a
-/// signal then acts as it would have without the guard. When a stopped process goes on, echo goes
-/// off again and the prompt is written again. Input that is not a terminal is left alone, and so
-/// are then all signals. At most one guard lives at a time.
+/// The destructor restores the earlier modes. So does every signal that ends or stops the process
+/// (SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM, SIGTSTP) before it acts as it would without the
+/// guard. When a stopped process continues, echo is turned off again and the prompt is written
+/// again. If descriptor 0 is not a terminal, the guard does nothing. There must not be two guards
+/// at a time.
 class EchoGuard {
  public:
-  /// Turns echo off. `prompt` is not written now, only again after a stop.
+  /// Turns echo off. `prompt` is written only when the process continues after a stop.
   explicit EchoGuard(std::string prompt);
   ~EchoGuard();
   EchoGuard(const EchoGuard&) = delete;

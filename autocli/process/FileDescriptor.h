@@ -9,7 +9,7 @@
 
 namespace Kestrel::AutoCli {
 
-/// Owns one file descriptor and closes it; -1 means that it owns none.
+/// Owns one file descriptor and closes it in the destructor; -1 means none.
 class FileDescriptor {
  public:
   FileDescriptor() = default;

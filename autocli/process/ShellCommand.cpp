@@ -16,7 +16,7 @@ namespace {
 CommandExecListener commandExecListener = nullptr;
 ChildRpZolOptionMaker childRpZolOptionMaker = nullptr;
 
-/// `text` as the inside of a word in single quotes.
+/// Escapes `text` for use within single quotes.
 std::string InsideSingleQuotes(const std::string& text) {
   std::string quoted;
   for (const char c : text) {

@@ -7,8 +7,8 @@
 
 namespace Kestrel::AutoCli {
 
-/// Runs `commandLine` by /bin/sh; see AutoCli_ShellCmdWithOprUsername, whose arguments these are.
-/// An empty `userName` leaves the command line as it is.
+/// Runs `commandLine` with /bin/sh; implements AutoCli_ShellCmdWithOprUsername. An empty `userName`
+/// leaves the command line unchanged.
 int RunShellCommand(const std::string& commandLine, const std::string& userName,
                     std::string& output, const std::string& stdinData);
 
