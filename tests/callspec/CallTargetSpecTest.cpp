@@ -11,7 +11,7 @@
 namespace Kestrel::CallSpec {
 namespace {
 
-// Declares the two that it was given, and tells when it is gone.
+// Declares the given input and output, and reports its destruction.
 class FixedTargetSpec : public CallTargetSpec {
  public:
   FixedTargetSpec(std::shared_ptr<InputSpec> input, std::shared_ptr<OutputSpec> output,
@@ -28,7 +28,7 @@ class FixedTargetSpec : public CallTargetSpec {
   bool& isGone_;
 };
 
-TEST(CallTargetSpecTest, IsAskedAndDestroyedThroughItsBase) {
+TEST(CallTargetSpecTest, IsCalledAndDestroyedThroughItsBase) {
   bool isGone = false;
   const auto input = InputSpec::New();
   const auto output = OutputSpec::New();

@@ -14,7 +14,7 @@ namespace {
 
 using testing::ElementsAre;
 
-// Answers every call with the number of parameters given, and tells when it is gone.
+// Sets the number of given parameters as the result, and reports its destruction.
 class CountingTarget : public CallTarget {
  public:
   explicit CountingTarget(bool& isGone) : isGone_(isGone) {}

@@ -98,7 +98,7 @@ void ExpectInvalid(const std::shared_ptr<InputSpec>& spec, const Given& given,
   EXPECT_THAT(verdict.errors, ElementsAre(messages...));
 }
 
-// Expects the addition to throw that message and to change nothing.
+// Expects AddParameter to throw with this message and to change nothing.
 void ExpectRefused(const std::shared_ptr<InputSpec>& spec,
                    const std::shared_ptr<ParameterSpec>& parameter, const std::string& message) {
   const std::vector<std::shared_ptr<ParameterSpec>> before = spec->GetParameters();
@@ -194,13 +194,13 @@ TEST(InputSpecTest, ShortNamesAreComparedByCase) {
   EXPECT_THAT(Names(*spec), ElementsAre("lower", "upper"));
 }
 
-TEST(InputSpecTest, AClashThatSortsBeforeTheDuplicateIsToldFirst) {
+TEST(InputSpecTest, AClashThatSortsBeforeTheDuplicateIsReported) {
   ExpectRefused(SpecOf({Parameter("aa", "s"), Parameter("mm")}), Parameter("mm", "s"),
                 "Invalid short name specified for --mm. The short name -s is already used for "
                 "--aa");
 }
 
-TEST(InputSpecTest, ADuplicateThatSortsBeforeTheClashIsToldFirst) {
+TEST(InputSpecTest, ADuplicateThatSortsBeforeTheClashIsReported) {
   ExpectRefused(SpecOf({Parameter("mm"), Parameter("zz", "s")}), Parameter("mm", "s"),
                 "Found a duplicate paramater specification for parameter named 'mm'");
 }
@@ -228,7 +228,7 @@ TEST(InputSpecTest, ANullParameterIsRefused) {
 TEST(InputSpecTest, AgreesWithAWalkOnRandomAdditions) {
   Testing::Random random;
   SCOPED_TRACE(random.HowToRepeat());
-  // The rule itself: each existing parameter in order of names, its name first.
+  // The rule: for each existing parameter in name order, first its name, then its short name.
   const auto refusal = [](const std::vector<std::shared_ptr<ParameterSpec>>& existing,
                           const ParameterSpec& added) -> std::string {
     if (added.GetName().size() < 2) {
@@ -339,7 +339,7 @@ TEST(InputSpecTest, AShortNameThatWasNotFoldedIsUnknown) {
                 "Missing required parameter --verbose");
 }
 
-TEST(InputSpecTest, TooManyValuesGiveAMessageAndATrueResult) {
+TEST(InputSpecTest, TooManyValuesAddAMessageAndTheResultIsTrue) {
   const Verdict verdict = Validate(SpecOf({Parameter("name")}), {{"name", "a"}, {"name", "b"}});
   EXPECT_TRUE(verdict.isValid);
   EXPECT_THAT(
@@ -381,7 +381,7 @@ TEST(InputSpecTest, ValidationLeavesTheInputAsItWas) {
   EXPECT_EQ(input->GetParameters(), before);
 }
 
-TEST(InputSpecTest, MessagesAreAddedBehindThoseThatAreThere) {
+TEST(InputSpecTest, MessagesAreAppended) {
   const auto output = Output::New();
   output->AddErrorMessage("earlier");
   EXPECT_TRUE(InputSpec::New()->Validate(Input::New(), output));
@@ -411,7 +411,7 @@ TEST(InputSpecTest, AgreesWithSearchesOnRandomInputs) {
   SCOPED_TRACE(random.HowToRepeat());
   const std::vector<std::string> pool = {"aa", "ab", "b0", "bb", "c-", "cc", "dd", "zz"};
   for (int rounds = Testing::Rounds(2000, 200000); rounds > 0; --rounds) {
-    std::map<std::string, bool> declared;  // and whether it is required
+    std::map<std::string, bool> declared;  // name to whether it is required
     std::set<std::string> given;
     const auto spec = InputSpec::New();
     const auto input = Input::New();

@@ -28,7 +28,7 @@ using testing::ThrowsMessage;
 
 using Values = std::vector<std::string>;
 
-// One parameter of each type, named after it and with the short name given.
+// One parameter of each type, named after the type, with the given short name.
 std::shared_ptr<InputSpec> SpecOfAllTypes() {
   const auto spec = InputSpec::New();
   const auto add = [&](const char* name, const char* shortName, ParameterType type) {
@@ -117,7 +117,7 @@ TEST(InputTest, AddsItsOwnValuesOnceMore) {
   EXPECT_THAT(input->GetParameters().at("name"), ElementsAre("a", longText, "a", longText, "a"));
 }
 
-TEST(InputTest, TellsWhetherAParameterWasGiven) {
+TEST(InputTest, KnowsWhetherAParameterWasGiven) {
   const auto input = Input::New();
   input->AddParameter("given", "value");
   EXPECT_TRUE(input->HasParameter("given"));
@@ -279,7 +279,7 @@ TEST(InputTest, TheTypeIsCheckedForAbsentParametersToo) {
   EXPECT_THROW(DeclaredInput()->GetParameter("texts"), KestrelException);
 }
 
-TEST(InputTest, GivesAReferenceToTheStoredValue) {
+TEST(InputTest, ReturnsAReferenceToTheStoredValue) {
   const auto input = InputWith("text", {"value"});
   EXPECT_EQ(input->GetParameter("text"), "value");
   EXPECT_EQ(&input->GetParameter("text"), &input->GetParameters().at("text").front());

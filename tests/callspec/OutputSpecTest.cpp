@@ -51,11 +51,11 @@ std::shared_ptr<Output> OutputOf(const std::shared_ptr<Value>& root) {
 }
 
 std::shared_ptr<MetaStruct> Record(const char* typeName, const std::vector<std::string>& fields) {
-  const auto record = MetaStruct::New(typeName);
+  const auto structure = MetaStruct::New(typeName);
   for (const std::string& field : fields) {
-    record->SetField(field, 1);
+    structure->SetField(field, 1);
   }
-  return record;
+  return structure;
 }
 
 TEST(OutputSpecTest, IsEmptyAtFirst) {
@@ -80,7 +80,7 @@ TEST(OutputSpecTest, AnEmptyDescriptionReadsAsMissing) {
   EXPECT_EQ(OutputSpec::_docMissingStaticString, "Documentation missing");
 }
 
-// Asked while static objects are made, when the text may not be thought of yet.
+// Called while static objects are initialised, perhaps before those of the library.
 const std::string kDescriptionAtStart = OutputSpec::New()->GetDescription();
 
 TEST(OutputSpecTest, TheMissingTextIsThereForStaticObjects) {
@@ -99,7 +99,7 @@ TEST(OutputSpecTest, SharesTheRootOfEveryKind) {
   expectShared(std::shared_ptr<MetaObject>(MetaInt::New(78)));
 }
 
-TEST(OutputSpecTest, TakesAMovedRootOver) {
+TEST(OutputSpecTest, AcceptsAMovedRoot) {
   const auto spec = OutputSpec::New();
   std::shared_ptr<MetaObject> root = MetaStruct::New("Record");
   const MetaObject* const address = root.get();

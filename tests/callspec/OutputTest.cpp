@@ -48,9 +48,9 @@ TEST(OutputTest, SharesTheRootOfEveryKind) {
   const auto text = MetaObj::MetaString::New("text");
   output->SetRootObject(text);
   EXPECT_EQ(output->GetRootObject(), text);
-  const auto record = MetaObj::MetaStruct::New("Record");
-  output->SetRootObject(record);
-  EXPECT_EQ(output->GetRootObject(), record);
+  const auto structure = MetaObj::MetaStruct::New("Record");
+  output->SetRootObject(structure);
+  EXPECT_EQ(output->GetRootObject(), structure);
   const auto list = MetaObj::MetaList::New(MetaObj::MetaType::Int);
   output->SetRootObject(list);
   EXPECT_EQ(output->GetRootObject(), list);
@@ -61,9 +61,9 @@ TEST(OutputTest, SharesTheRootOfEveryKind) {
 
 TEST(OutputTest, RootIsSharedAndNotCopied) {
   const auto output = Output::New();
-  const auto record = MetaObj::MetaStruct::New("Record");
-  output->SetRootObject(record);
-  record->SetField("late", 1);
+  const auto structure = MetaObj::MetaStruct::New("Record");
+  output->SetRootObject(structure);
+  structure->SetField("late", 1);
   const auto root = std::dynamic_pointer_cast<MetaObj::MetaStruct>(output->GetRootObject());
   ASSERT_NE(root, nullptr);
   EXPECT_TRUE(root->HasField("late"));

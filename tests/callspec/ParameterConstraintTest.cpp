@@ -55,7 +55,7 @@ std::shared_ptr<ParameterConstraint> Integers(const std::vector<std::int64_t>& v
   return constraint;
 }
 
-// The messages for one value of the parameter "count"; they stand exactly when it is refused.
+// The messages for one value of the parameter "count". There is one exactly if it is invalid.
 std::vector<std::string> Refusal(const std::shared_ptr<ParameterConstraint>& constraint,
                                  const std::string& value) {
   const auto output = Output::New();
@@ -239,7 +239,7 @@ TEST(ParameterConstraintTest, OnlyDescribedStringsHaveAnEntryInTheMap) {
   EXPECT_THAT(constraint->GetStringEnumWithDesc(), ElementsAre(Pair("described", "with words")));
 }
 
-TEST(ParameterConstraintTest, NullTextsAreEmptyTexts) {
+TEST(ParameterConstraintTest, NullCountsAsTheEmptyString) {
   const auto constraint = ParameterConstraint::New(StringEnum);
   const char* const null = nullptr;
   constraint->AddStringEnum(null, null);
@@ -347,7 +347,7 @@ TEST(ParameterConstraintTest, AMatchThatNeedsTooMuchMemoryCountsAsNoMatch) {
                           "expected regular expression ((a|b)*)"));
 }
 
-// A locale with a letter more than the classic one.
+// A locale in which one more byte is a letter than in the classic one.
 class LetterLocale : public std::ctype<char> {
  public:
   LetterLocale() : std::ctype<char>(Table()) {}
@@ -409,7 +409,7 @@ TEST(ParameterConstraintTest, TextForms) {
   EXPECT_EQ(Regex("[")->ToString(), "a string matching the regular expression [");
 }
 
-// Gives a constraint of any type the data of all types.
+// Sets the data of all types in a constraint of any type.
 std::shared_ptr<ParameterConstraint> WithAllData(ParameterConstraintType type) {
   const auto constraint = ParameterConstraint::New(type);
   constraint->SetIntRange(1, 2);
@@ -430,7 +430,7 @@ TEST(ParameterConstraintTest, SettersStoreWhatTheTypeNeverReads) {
   }
 }
 
-TEST(ParameterConstraintTest, OnlyTheDataOfTheTypeTakesPart) {
+TEST(ParameterConstraintTest, OnlyTheDataOfTheTypeMatters) {
   const auto accepted = [](ParameterConstraintType type) {
     std::vector<std::string> values;
     for (const char* value : {"1", "7", "word", "xx", "other"}) {
@@ -451,7 +451,7 @@ TEST(ParameterConstraintTest, OnlyTheDataOfTheTypeTakesPart) {
   EXPECT_EQ(WithAllData(StringRegex)->ToString(), "a string matching the regular expression x+");
 }
 
-TEST(ParameterConstraintTest, MessagesAreAddedBehindThoseThatAreThere) {
+TEST(ParameterConstraintTest, MessagesAreAppended) {
   const auto output = Output::New();
   output->AddErrorMessage("earlier");
   EXPECT_FALSE(Range(1, 2)->Validate("3", "first", output));

@@ -40,7 +40,7 @@ TEST(ParameterNamePatternTest, HoldsForAllNamesOfTwoBytes) {
   }
 }
 
-TEST(ParameterNamePatternTest, HoldsForAllShortNamesOverTelltaleCharacters) {
+TEST(ParameterNamePatternTest, EqualsTheExpressionOnAllShortNames) {
   const std::string alphabet = "a0-Z_ \n\0"s;
   std::vector<std::string> names = {""};
   for (std::size_t first = 0, length = 0; length < 5; ++length) {

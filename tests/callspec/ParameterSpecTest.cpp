@@ -317,7 +317,7 @@ TEST(ParameterSpecTest, NoValueGivesAMessageAndATrueResult) {
   }
 }
 
-TEST(ParameterSpecTest, TooManyValuesGiveAMessageAndATrueResult) {
+TEST(ParameterSpecTest, TooManyValuesAddAMessageAndTheResultIsTrue) {
   const std::vector<std::pair<ParameterType, std::string>> values = {
       {String, "a"}, {Int, "1"}, {Bool, "y"}, {Flag, ""}};
   for (const auto& [type, value] : values) {
@@ -329,19 +329,19 @@ TEST(ParameterSpecTest, TooManyValuesGiveAMessageAndATrueResult) {
   }
 }
 
-TEST(ParameterSpecTest, TooManyGoodBooleansGiveAMessageAndATrueResult) {
+TEST(ParameterSpecTest, TooManyValidBooleansAddAMessageAndTheResultIsTrue) {
   const Verdict verdict = Validate(Spec(Bool), {"y", "n"});
   EXPECT_TRUE(verdict.isValid);
   EXPECT_THAT(verdict.errors, ElementsAre(kManyValues));
 }
 
-TEST(ParameterSpecTest, AListTypeTakesManyValues) {
+TEST(ParameterSpecTest, AListTypeAcceptsManyValues) {
   ExpectValid(Spec(StringList), {"a", "", "b"});
   ExpectValid(Spec(IntList), {"1", "-2", " 3"});
   ExpectValid(Spec(BoolList), {"y", "n", "True"});
 }
 
-TEST(ParameterSpecTest, AStringTakesEveryText) {
+TEST(ParameterSpecTest, AStringAcceptsEverything) {
   for (const std::string& value : {""s, "text"s, "\0\xff\n"s, std::string(100000, 'x')}) {
     ExpectValid(Spec(String), {value});
     ExpectValid(Spec(StringList), {value});
@@ -383,7 +383,7 @@ TEST(ParameterSpecTest, TooManyValuesComeBeforeBadOnes) {
                 "any values. ");
 }
 
-TEST(ParameterSpecTest, TheConstraintIsAskedForValuesOfTheRightTypeOnly) {
+TEST(ParameterSpecTest, OnlyValuesOfTheRightTypeReachTheConstraint) {
   const auto spec = Spec(Int);
   spec->SetConstraint(Range(1, 10));
   ExpectValid(spec, {"10"});
@@ -393,7 +393,7 @@ TEST(ParameterSpecTest, TheConstraintIsAskedForValuesOfTheRightTypeOnly) {
       "Invalid data constraint for parameter 'given'. Expected integer in the range 1-10");
 }
 
-TEST(ParameterSpecTest, TheConstraintIsAskedForEachValueOfAList) {
+TEST(ParameterSpecTest, TheConstraintChecksEachValueOfAList) {
   const auto integers = Spec(IntList);
   integers->SetConstraint(Range(1, 10));
   ExpectInvalid(integers, {"0", "x", "5", "11"},
@@ -410,7 +410,7 @@ TEST(ParameterSpecTest, TheConstraintIsAskedForEachValueOfAList) {
                 "set [a, b] got ''");
 }
 
-TEST(ParameterSpecTest, TheConstraintIsAskedForEachOfTooManyValues) {
+TEST(ParameterSpecTest, TheConstraintChecksEachOfTooManyValues) {
   const auto spec = Spec(String);
   spec->SetConstraint(Strings({"a"}));
   ExpectInvalid(spec, {"a", "c"}, kManyValues,
@@ -432,7 +432,7 @@ TEST(ParameterSpecTest, AMessageWithoutAnOutputThrows) {
   }
 }
 
-TEST(ParameterSpecTest, ATypeOutsideTheTableTakesEveryValue) {
+TEST(ParameterSpecTest, AnUnknownTypeAcceptsEveryValue) {
   ExpectValid(Spec(static_cast<ParameterType>(9)), {"text"});
   const Verdict verdict = Validate(Spec(static_cast<ParameterType>(9)), {"a", "b"});
   EXPECT_TRUE(verdict.isValid);
@@ -480,7 +480,7 @@ TEST(ParameterSpecTest, OnlyTheFirstOfEachMarkerIsReplaced) {
   EXPECT_EQ(spec->GetDescription(true), "%FULLENUM%");
 }
 
-TEST(ParameterSpecTest, RegexAndEnumMarkersGiveTheTextOfAnyConstraint) {
+TEST(ParameterSpecTest, RegexAndEnumMarkersAreReplacedForEveryConstraint) {
   const auto range = Spec(Int);
   range->SetConstraint(Range(-5, 10));
   range->SetDescription("%ENUM% and %REGEX%");

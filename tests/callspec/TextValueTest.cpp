@@ -25,7 +25,7 @@ std::optional<std::int64_t> Read(const std::string& text) {
   return ReadInteger(text, number) ? std::optional(number) : std::nullopt;
 }
 
-// The rule by the function that it is made of; the program runs in the C locale.
+// The rule, implemented with `strtoll`; the program runs in the C locale.
 std::optional<std::int64_t> ReadByStrtoll(const std::string& text) {
   char* end = nullptr;
   const long long number = std::strtoll(text.c_str(), &end, 10);
@@ -50,7 +50,7 @@ constexpr std::int64_t kMin = std::numeric_limits<std::int64_t>::min();
 constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();
 
 const IntegerCase kIntegerCases[] = {
-    // Nothing to read.
+    // No digits.
     {"Empty", "", std::nullopt},
     {"Blank", " ", std::nullopt},
     {"AllWhiteSpace", " \t\n\v\f\r", std::nullopt},
@@ -68,7 +68,7 @@ const IntegerCase kIntegerCases[] = {
     {"Negative", "-5", -5},
     {"PlusSigned", "+5", 5},
     {"MinusOne", "-1", -1},
-    // Signs out of place.
+    // Signs at the wrong place.
     {"TwoPluses", "++5", std::nullopt},
     {"TwoMinuses", "--5", std::nullopt},
     {"PlusMinus", "+-5", std::nullopt},
@@ -87,7 +87,7 @@ const IntegerCase kIntegerCases[] = {
      "\xa0"
      "7",
      std::nullopt},
-    // Left-overs.
+    // Characters after the digits.
     {"TrailingLetter", "12abc", std::nullopt},
     {"Fraction", "1.5", std::nullopt},
     {"Exponent", "1e3", std::nullopt},
@@ -134,7 +134,7 @@ TEST(TextValueTest, ReadingAnIntegerLeavesTheErrorNumberAlone) {
   EXPECT_EQ(errno, 0);
 }
 
-TEST(TextValueTest, IntegersAgreeWithStrtollOnAllShortTexts) {
+TEST(TextValueTest, IntegersAgreeWithStrtollOnAllShortStrings) {
   const std::string alphabet = "09 +-a\n\0"s;
   std::vector<std::string> texts = {""};
   for (std::size_t first = 0, length = 0; length < 5; ++length) {
@@ -160,7 +160,7 @@ TEST(TextValueTest, IntegersAgreeWithStrtollOnEveryByteAroundADigit) {
   }
 }
 
-TEST(TextValueTest, IntegersAgreeWithStrtollOnRandomTexts) {
+TEST(TextValueTest, IntegersAgreeWithStrtollOnRandomStrings) {
   Testing::Random random;
   SCOPED_TRACE(random.HowToRepeat());
   const std::string alphabet = "0123456789012345678901234567890123456789+- \tx\0"s;

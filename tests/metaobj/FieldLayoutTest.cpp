@@ -36,8 +36,8 @@ std::vector<std::string> NamesOf(const LayoutRef& layout) {
   return names;
 }
 
-// Enters roots into the table of shared layouts until it is full. A root beyond that bound is not
-// shared: each request for it gets another one.
+// Adds roots to the table of shared layouts until it is full. A root beyond the bound is not
+// shared: every request makes another one.
 std::vector<LayoutRef> FillTable() {
   std::vector<LayoutRef> entered;
   while (true) {
@@ -50,7 +50,7 @@ std::vector<LayoutRef> FillTable() {
   }
 }
 
-// How many more layouts the table takes.
+// The number of layouts that still fit into the table.
 std::size_t CountRoom() { return FillTable().size(); }
 
 TEST(FieldLayoutTest, HasOneRootForEachType) {
@@ -91,7 +91,7 @@ TEST(FieldLayoutTest, DiffersByTypeNamesAndDocumentation) {
   EXPECT_FALSE(plain->HasSameNames(*root.Get()));
 }
 
-TEST(FieldLayoutTest, TellsWhereAFieldCameToStand) {
+TEST(FieldLayoutTest, ReportsThePositionOfANewField) {
   const LayoutRef layout = LayoutOf({"b", "d"});
   EXPECT_EQ(layout->With(FieldName("a"), "").position, 0u);
   EXPECT_EQ(layout->With(FieldName("c"), "").position, 1u);
@@ -145,7 +145,7 @@ TEST(FieldLayoutTest, FindsFieldsOfLongNames) {
   EXPECT_EQ(layout->Find(start + " 3 bytes"), FieldLayout::kNotFound);
 }
 
-TEST(FieldLayoutTest, ChangesADocumentationText) {
+TEST(FieldLayoutTest, ChangesADocumentation) {
   const LayoutRef layout = LayoutOf({"a", "b"});
   const LayoutRef documented = layout->WithDocumentation(1, "text");
   EXPECT_EQ(documented->At(1).documentation, "text");
@@ -154,7 +154,7 @@ TEST(FieldLayoutTest, ChangesADocumentationText) {
   EXPECT_EQ(documented->WithDocumentation(1, "text").Get(), documented.Get());
 }
 
-TEST(FieldLayoutTest, LosesAField) {
+TEST(FieldLayoutTest, RemovesAField) {
   const LayoutRef layout = LayoutOf({"a", "b", "c"});
   const LayoutRef shorter = layout->Without(1);
   EXPECT_THAT(NamesOf(shorter), ElementsAre("a", "c"));
@@ -162,7 +162,7 @@ TEST(FieldLayoutTest, LosesAField) {
   EXPECT_EQ(shorter->Without(0)->Without(0).Get(), FieldLayout::Root("Rec").Get());
 }
 
-TEST(FieldLayoutTest, LivesAsLongAsItIsUsed) {
+TEST(FieldLayoutTest, ExistsAsLongAsItIsUsed) {
   const std::size_t room = CountRoom();
   {
     const LayoutRef one = LayoutOf({"a", "b", "c"});
@@ -173,7 +173,7 @@ TEST(FieldLayoutTest, LivesAsLongAsItIsUsed) {
   EXPECT_EQ(CountRoom(), room);
 }
 
-TEST(FieldLayoutTest, LeavesNoWayToADeadLayout) {
+TEST(FieldLayoutTest, LeavesNoTransitionToADestroyedLayout) {
   const LayoutRef kept = LayoutOf({"a"});
   const std::size_t room = CountRoom();
   for (int round = 0; round < 100; ++round) {
@@ -183,7 +183,7 @@ TEST(FieldLayoutTest, LeavesNoWayToADeadLayout) {
   EXPECT_EQ(CountRoom(), room);
 }
 
-TEST(FieldLayoutTest, TakesMoreFieldsThanItHasTransitions) {
+TEST(FieldLayoutTest, AcceptsMoreFieldsThanItHasTransitions) {
   const LayoutRef root = FieldLayout::Root("Rec");
   std::vector<LayoutRef> next;
   for (std::size_t field = 0; field < 3 * FieldLayout::kMaxTransitions; ++field) {
@@ -195,7 +195,7 @@ TEST(FieldLayoutTest, TakesMoreFieldsThanItHasTransitions) {
   }
 }
 
-TEST(FieldLayoutTest, TakesSoManyFieldsAndNoMore) {
+TEST(FieldLayoutTest, AcceptsFieldsUpToTheBound) {
   LayoutRef layout = FieldLayout::Root("Rec");
   for (std::size_t field = 0; field < FieldLayout::kMaxFields; ++field) {
     layout = layout->With(FieldName("f" + std::to_string(field)), "").layout;
@@ -204,13 +204,13 @@ TEST(FieldLayoutTest, TakesSoManyFieldsAndNoMore) {
   EXPECT_FALSE(layout->With(FieldName("one more"), "").layout);
 }
 
-// Other values of this program may have entered a few.
-TEST(FieldLayoutTest, SharesSoManyLayoutsAndNoMore) {
+// Other values of this program may have added a few layouts.
+TEST(FieldLayoutTest, SharesLayoutsUpToTheBound) {
   EXPECT_LE(CountRoom(), FieldLayout::kMaxLayouts);
   EXPECT_GT(CountRoom() + 100, FieldLayout::kMaxLayouts);
 }
 
-TEST(FieldLayoutTest, TakesNamesOfSoManyBytesAndNoMore) {
+TEST(FieldLayoutTest, AcceptsNamesUpToTheBound) {
   const LayoutRef root = FieldLayout::Root("Rec");
   EXPECT_TRUE(root->With(FieldName(std::string(FieldLayout::kMaxNameSize, 'n')), "").layout);
   EXPECT_FALSE(root->With(FieldName(std::string(FieldLayout::kMaxNameSize + 1, 'n')), "").layout);
@@ -227,9 +227,9 @@ TEST(FieldLayoutTest, CopiesAndMovesItsOwners) {
   EXPECT_EQ(LayoutRef::Attach(moved.Detach()).Get(), layout);
 }
 
-// Records and layouts.
+// Structures and layouts.
 
-TEST(FieldLayoutTest, ServesRecordsOfOneShape) {
+TEST(FieldLayoutTest, IsSharedByStructuresOfOneShape) {
   const auto one = MetaStruct::New("Rec");
   const auto other = MetaStruct::New("Rec");
   one->SetField("a", 1);
@@ -241,15 +241,15 @@ TEST(FieldLayoutTest, ServesRecordsOfOneShape) {
   EXPECT_NE(ValueAccess::Layout(*one), ValueAccess::Layout(*other));
 }
 
-TEST(FieldLayoutTest, ServesRecordsOfADefinition) {
+TEST(FieldLayoutTest, IsSharedByStructuresOfADefinition) {
   const auto definition = MetaStruct::New("Rec");
   definition->SetField("a", 1);
-  const auto record = MetaStruct::New(definition);
-  record->SetField("a", 2);
-  EXPECT_EQ(ValueAccess::Layout(*record), ValueAccess::Layout(*definition));
+  const auto structure = MetaStruct::New(definition);
+  structure->SetField("a", 2);
+  EXPECT_EQ(ValueAccess::Layout(*structure), ValueAccess::Layout(*definition));
 }
 
-TEST(FieldLayoutTest, DiesWithItsLastRecord) {
+TEST(FieldLayoutTest, IsDestroyedWithItsLastStructure) {
   const std::size_t room = CountRoom();
   {
     const auto one = MetaStruct::New("Rec");
@@ -261,79 +261,79 @@ TEST(FieldLayoutTest, DiesWithItsLastRecord) {
   EXPECT_EQ(CountRoom(), room);
 }
 
-TEST(FieldLayoutTest, GivesWayToAnIndexOfOwnBeyondItsBounds) {
+TEST(FieldLayoutTest, BeyondItsBoundsAStructureHasItsOwnIndex) {
   const std::size_t room = CountRoom();
-  const auto record = MetaStruct::New("Rec");
+  const auto structure = MetaStruct::New("Rec");
   for (std::size_t field = 0; field < FieldLayout::kMaxFields; ++field) {
-    record->SetField("f" + std::to_string(field), 1);
+    structure->SetField("f" + std::to_string(field), 1);
   }
-  EXPECT_NE(ValueAccess::Layout(*record), nullptr);
-  record->SetField("one more", 1);
-  EXPECT_EQ(ValueAccess::Layout(*record), nullptr);
+  EXPECT_NE(ValueAccess::Layout(*structure), nullptr);
+  structure->SetField("one more", 1);
+  EXPECT_EQ(ValueAccess::Layout(*structure), nullptr);
   EXPECT_EQ(CountRoom(), room - 1);
-  EXPECT_EQ(record->GetFieldNames().size(), FieldLayout::kMaxFields + 1);
+  EXPECT_EQ(structure->GetFieldNames().size(), FieldLayout::kMaxFields + 1);
 }
 
-TEST(FieldLayoutTest, CannotFillMemoryWithNames) {
+TEST(FieldLayoutTest, TheNumberOfLayoutsIsBounded) {
   const std::size_t room = CountRoom();
-  std::vector<std::shared_ptr<MetaStruct>> records;
+  std::vector<std::shared_ptr<MetaStruct>> structures;
   for (std::size_t each = 0; each < 2 * FieldLayout::kMaxLayouts; ++each) {
     const std::string name = std::to_string(each);
-    records.push_back(MetaStruct::New("T" + name));
-    records.back()->SetField(name, MetaInt::New(1), "doc " + name);
+    structures.push_back(MetaStruct::New("T" + name));
+    structures.back()->SetField(name, MetaInt::New(1), "doc " + name);
   }
   EXPECT_EQ(CountRoom(), 0u);
-  for (std::size_t each = 0; each < records.size(); ++each) {
+  for (std::size_t each = 0; each < structures.size(); ++each) {
     const std::string name = std::to_string(each);
-    ASSERT_EQ(records[each]->GetTypeName(), "T" + name);
-    ASSERT_EQ(records[each]->ToString(), "{'" + name + "' => '1', }");
-    ASSERT_EQ(records[each]->GetFieldDocumentation(name), "doc " + name);
+    ASSERT_EQ(structures[each]->GetTypeName(), "T" + name);
+    ASSERT_EQ(structures[each]->ToString(), "{'" + name + "' => '1', }");
+    ASSERT_EQ(structures[each]->GetFieldDocumentation(name), "doc " + name);
   }
-  // Without room for one more layout, records go over to an index of their own.
-  records[0]->SetField("0", 2);
-  EXPECT_EQ(records[0]->GetFieldDocumentation("0"), "Documentation missing");
-  EXPECT_EQ(ValueAccess::Layout(*records[0]), nullptr);
-  records[1]->SetField("more", 3);
-  EXPECT_EQ(records[1]->ToString(), "{'1' => '1', 'more' => '3', }");
+  // When the table is full, structures change to an index of their own.
+  structures[0]->SetField("0", 2);
+  EXPECT_EQ(structures[0]->GetFieldDocumentation("0"), "Documentation missing");
+  EXPECT_EQ(ValueAccess::Layout(*structures[0]), nullptr);
+  structures[1]->SetField("more", 3);
+  EXPECT_EQ(structures[1]->ToString(), "{'1' => '1', 'more' => '3', }");
   EXPECT_TRUE(MetaStruct::New("T0")->IsSameStructure(MetaStruct::New("T0"), nullptr));
-  records.clear();
+  structures.clear();
   EXPECT_EQ(CountRoom(), room);
 }
 
-TEST(FieldLayoutTest, RemovesAFieldThoughThereIsNoRoomForALayout) {
-  const auto record = MetaStruct::New("Rec");
-  record->SetField("a", 1);
-  record->SetField("b", 2);
-  record->SetField("c", 3);
+TEST(FieldLayoutTest, RemovesAFieldWhenTheTableIsFull) {
+  const auto structure = MetaStruct::New("Rec");
+  structure->SetField("a", 1);
+  structure->SetField("b", 2);
+  structure->SetField("c", 3);
   const std::vector<LayoutRef> others = FillTable();
-  record->RemoveField("a");
-  EXPECT_EQ(ValueAccess::Layout(*record), nullptr);
-  EXPECT_EQ(record->ToString(), "{'b' => '2', 'c' => '3', }");
+  structure->RemoveField("a");
+  EXPECT_EQ(ValueAccess::Layout(*structure), nullptr);
+  EXPECT_EQ(structure->ToString(), "{'b' => '2', 'c' => '3', }");
 }
 
-TEST(FieldLayoutTest, LetsACursorWalkBothForms) {
+TEST(FieldLayoutTest, ACursorWalksOverBothForms) {
   for (const int more : {0, 100}) {
-    const auto record = MetaStruct::New("Rec");
-    record->SetField("b", MetaInt::New(2), "doc");
-    record->SetField("a", 1);
+    const auto structure = MetaStruct::New("Rec");
+    structure->SetField("b", MetaInt::New(2), "doc");
+    structure->SetField("a", 1);
     for (int field = 0; field < more; ++field) {
-      record->SetField("z" + std::to_string(field), 0);
+      structure->SetField("z" + std::to_string(field), 0);
     }
-    FieldCursor field(*record);
+    FieldCursor field(*structure);
     EXPECT_EQ(field.CountLeft(), static_cast<std::size_t>(more) + 2);
     EXPECT_EQ(field.Name(), "a");
     EXPECT_EQ(field.Documentation(), "");
     field.Next();
     EXPECT_EQ(field.Name(), "b");
     EXPECT_EQ(field.Documentation(), "doc");
-    EXPECT_EQ(field.Value().get(), ValueAccess::Find(*record, "b")->get());
+    EXPECT_EQ(field.Value().get(), ValueAccess::Find(*structure, "b")->get());
     field.Next();
     EXPECT_EQ(field.AtEnd(), more == 0);
   }
 }
 
-// Threads find, enter and remove layouts of the same shapes at once.
-TEST(FieldLayoutTest, LeavesNothingBehindAmongThreads) {
+// Threads look up, add and remove layouts of the same shapes at the same time.
+TEST(FieldLayoutTest, SeveralThreadsLeaveNoLayout) {
   const std::size_t room = CountRoom();
   const auto work = [] {
     for (int round = 0; round < 2000; ++round) {
@@ -351,7 +351,7 @@ TEST(FieldLayoutTest, LeavesNothingBehindAmongThreads) {
   EXPECT_EQ(CountRoom(), room);
 }
 
-TEST(FieldLayoutTest, DiesInAnotherThread) {
+TEST(FieldLayoutTest, IsDestroyedInAnotherThread) {
   const std::size_t room = CountRoom();
   auto structure = MetaStruct::New("Rec");
   structure->SetField("a", 1000);

@@ -12,7 +12,7 @@ namespace {
 
 using Kestrel::MetaObj::FieldName;
 
-// All texts of up to `longest` bytes over a few that are easily confused.
+// All strings of up to `longest` bytes from a small alphabet.
 std::vector<std::string> TextsUpTo(std::size_t longest) {
   std::vector<std::string> texts = {""};
   for (std::size_t next = 0; next < texts.size(); ++next) {
@@ -27,7 +27,7 @@ std::vector<std::string> TextsUpTo(std::size_t longest) {
   return texts;
 }
 
-TEST(FieldNameTest, ComparesShortTextsAsTheyAre) {
+TEST(FieldNameTest, ComparesShortNamesExactly) {
   const std::vector<std::string> texts = TextsUpTo(5);
   ASSERT_EQ(texts.size(), 364u);
   for (const std::string& left : texts) {
@@ -51,13 +51,13 @@ TEST(FieldNameTest, LooksAtEachByte) {
   }
 }
 
-TEST(FieldNameTest, KnowsWhetherItsNumbersTellAll) {
+TEST(FieldNameTest, KnowsWhetherItsNumbersDetermineTheName) {
   EXPECT_TRUE(FieldName(std::string(16, 'n')).IsShort());
   EXPECT_FALSE(FieldName(std::string(17, 'n')).IsShort());
   EXPECT_TRUE(FieldName("12345678x12345678").HasSameNumbers(FieldName("12345678y12345678")));
 }
 
-TEST(FieldNameTest, GivesItsTextBack) {
+TEST(FieldNameTest, ReturnsItsText) {
   const std::string text = "a name";
   EXPECT_EQ(FieldName(text).Text().data(), text.data());
   EXPECT_EQ(FieldName(text).Text(), text);

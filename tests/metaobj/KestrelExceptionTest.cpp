@@ -33,7 +33,7 @@ TEST(KestrelExceptionTest, KeepsAView) {
   EXPECT_STREQ(KestrelException(std::string_view("viewed", 4)).what(), "view");
 }
 
-TEST(KestrelExceptionTest, TakesANullTextAsEmpty) {
+TEST(KestrelExceptionTest, NullCountsAsTheEmptyString) {
   const char* const none = nullptr;
   EXPECT_STREQ(KestrelException(none).what(), "");
 }
@@ -63,7 +63,7 @@ TEST(KestrelExceptionTest, CopiesIndependently) {
   EXPECT_STREQ(copy.what(), "first");
 }
 
-TEST(KestrelExceptionTest, IsMadeOfTextsOnly) {
+TEST(KestrelExceptionTest, IsMadeOfStringsOnly) {
   EXPECT_FALSE((std::is_constructible_v<KestrelException, int>));
   EXPECT_FALSE((std::is_convertible_v<const char*, KestrelException>));
 }

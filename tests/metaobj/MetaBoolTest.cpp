@@ -20,7 +20,7 @@ TEST(MetaBoolTest, HasOneInstanceForEachValue) {
   EXPECT_NE(MetaBool::New(true).get(), MetaBool::New(false).get());
 }
 
-TEST(MetaBoolTest, HandsOutReferencesToItsOwners) {
+TEST(MetaBoolTest, ReturnsReferencesToItsSharedOwners) {
   EXPECT_EQ(&MetaBool::New(true), &MetaBool::New(true));
   const long owners = MetaBool::New(true).use_count();
   const std::shared_ptr<MetaBool> mine = MetaBool::New(true);
@@ -32,7 +32,7 @@ TEST(MetaBoolTest, KeepsItsValue) {
   EXPECT_FALSE(MetaBool::New(false)->GetValue());
 }
 
-TEST(MetaBoolTest, PrintsAWord) {
+TEST(MetaBoolTest, PrintsTrueOrFalse) {
   EXPECT_EQ(MetaBool::New(true)->ToString(), "true");
   EXPECT_EQ(MetaBool::New(false)->ToString(), "false");
 }

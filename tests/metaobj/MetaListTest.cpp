@@ -37,12 +37,12 @@ constexpr char kNotTheStructure[] =
 constexpr char kNoStructure[] =
     "List created with NULL structure.  No items can be added to this list.";
 
-std::shared_ptr<MetaStruct> RecordOf(const std::vector<std::string>& names) {
-  auto record = MetaStruct::New("Rec");
+std::shared_ptr<MetaStruct> StructureOf(const std::vector<std::string>& names) {
+  auto structure = MetaStruct::New("Rec");
   for (const std::string& name : names) {
-    record->SetField(name, 1);
+    structure->SetField(name, 1);
   }
-  return record;
+  return structure;
 }
 
 std::shared_ptr<MetaList> Numbers(const std::vector<long>& values) {
@@ -80,12 +80,12 @@ TEST(MetaListTest, RefusesAKindThatIsNone) {
 }
 
 TEST(MetaListTest, RefusesAStructureForOtherElements) {
-  const auto structure = RecordOf({"a"});
+  const auto structure = StructureOf({"a"});
   const std::shared_ptr<MetaObject> object = structure;
   for (const MetaType kind : {MetaType::Int, MetaType::Bool, MetaType::String, MetaType::List}) {
     EXPECT_THAT([&] { MetaList::New(kind, structure); },
                 ThrowsMessage<KestrelException>(kStructExpected));
-    EXPECT_THAT([&] { MetaList::New(kind, RecordOf({"a"})); },
+    EXPECT_THAT([&] { MetaList::New(kind, StructureOf({"a"})); },
                 ThrowsMessage<KestrelException>(kStructExpected));
     EXPECT_THAT([&] { MetaList::New(kind, object); },
                 ThrowsMessage<KestrelException>(kStructExpected));
@@ -95,14 +95,14 @@ TEST(MetaListTest, RefusesAStructureForOtherElements) {
 }
 
 TEST(MetaListTest, LeavesARefusedStructureUnlocked) {
-  const auto structure = RecordOf({"a"});
+  const auto structure = StructureOf({"a"});
   EXPECT_THROW(MetaList::New(MetaType::Int, structure), KestrelException);
   structure->SetField("b", 1);
   EXPECT_TRUE(structure->HasField("b"));
 }
 
 TEST(MetaListTest, KeepsAndLocksItsStructure) {
-  const auto structure = RecordOf({"a"});
+  const auto structure = StructureOf({"a"});
   const auto list = MetaList::New(MetaType::Struct, structure);
   EXPECT_EQ(list->GetListType(), MetaType::Struct);
   EXPECT_EQ(list->GetListStructure(), structure);
@@ -111,8 +111,8 @@ TEST(MetaListTest, KeepsAndLocksItsStructure) {
                   "Unable to set new field b on structure. Structure has been locked"));
 }
 
-TEST(MetaListTest, TakesOverATemporaryStructure) {
-  auto structure = RecordOf({"a"});
+TEST(MetaListTest, AcceptsATemporaryStructure) {
+  auto structure = StructureOf({"a"});
   MetaStruct* const bare = structure.get();
   const auto list = MetaList::New(MetaType::Struct, std::move(structure));
   EXPECT_EQ(list->GetListStructure().get(), bare);
@@ -120,14 +120,14 @@ TEST(MetaListTest, TakesOverATemporaryStructure) {
   EXPECT_THROW(bare->RemoveField("a"), KestrelException);
 }
 
-TEST(MetaListTest, TakesAnObjectThatIsAStructure) {
-  const std::shared_ptr<MetaObject> object = RecordOf({"a"});
+TEST(MetaListTest, AcceptsAnObjectThatIsAStructure) {
+  const std::shared_ptr<MetaObject> object = StructureOf({"a"});
   const auto list = MetaList::New(MetaType::Struct, object);
   EXPECT_EQ(list->GetListStructure(), object);
   EXPECT_THROW(list->GetListStructure()->SetField("b", 1), KestrelException);
 }
 
-TEST(MetaListTest, TakesEveryOtherObjectForNone) {
+TEST(MetaListTest, EveryOtherObjectCountsAsNoStructure) {
   const std::shared_ptr<MetaObject> number = MetaInt::New(1);
   const std::shared_ptr<MetaObject> none;
   const std::shared_ptr<MetaObject> liar = std::make_shared<LyingValue>(MetaType::Struct);
@@ -173,12 +173,12 @@ TEST(MetaListTest, AddsEveryFormOfAnElement) {
   booleans->Add(std::shared_ptr<MetaObject>(MetaBool::New(true)));
   EXPECT_EQ(booleans->ToString(), "true, false, true");
 
-  const auto records = MetaList::New(MetaType::Struct, RecordOf({"a"}));
-  records->Add(RecordOf({"a"}));
-  EXPECT_EQ(records->ToString(), "{'a' => '1', }");
+  const auto structures = MetaList::New(MetaType::Struct, StructureOf({"a"}));
+  structures->Add(StructureOf({"a"}));
+  EXPECT_EQ(structures->ToString(), "{'a' => '1', }");
 }
 
-TEST(MetaListTest, TakesOverATemporaryString) {
+TEST(MetaListTest, MovesATemporaryString) {
   std::string value(1000, 'x');
   const char* const bytes = value.data();
   const auto list = MetaList::New(MetaType::String);
@@ -186,7 +186,7 @@ TEST(MetaListTest, TakesOverATemporaryString) {
   EXPECT_EQ(std::static_pointer_cast<MetaString>(list->GetItem(0))->GetValue().data(), bytes);
 }
 
-TEST(MetaListTest, TakesANullTextAsEmpty) {
+TEST(MetaListTest, NullCountsAsTheEmptyString) {
   const char* const none = nullptr;
   const auto list = MetaList::New(MetaType::String);
   list->Add(none);
@@ -226,7 +226,7 @@ TEST(MetaListTest, RefusesAnElementOfAnotherKind) {
   EXPECT_THAT([] { MetaList::New(MetaType::String)->Add(1); },
               ThrowsMessage<KestrelException>("Invalid type specificed in MetaList.  Expected "
                                               "object of type String got object of type Int"));
-  EXPECT_THAT([] { MetaList::New(MetaType::Int)->Add(RecordOf({})); },
+  EXPECT_THAT([] { MetaList::New(MetaType::Int)->Add(StructureOf({})); },
               ThrowsMessage<KestrelException>("Invalid type specificed in MetaList.  Expected "
                                               "object of type Int got object of type Struct"));
   EXPECT_THAT([] { MetaList::New(MetaType::Bool)->Add("true"); },
@@ -247,10 +247,10 @@ TEST(MetaListTest, LooksAtTheKindBeforeTheStructure) {
 }
 
 TEST(MetaListTest, RefusesAFieldTooMany) {
-  const auto list = MetaList::New(MetaType::Struct, RecordOf({"a", "b"}));
+  const auto list = MetaList::New(MetaType::Struct, StructureOf({"a", "b"}));
   EXPECT_THAT(
       [&] {
-        list->Add(RecordOf({"a", "b", "c"}));
+        list->Add(StructureOf({"a", "b", "c"}));
       },
       ThrowsMessage<KestrelException>(
           "Invalid structure detected by MetaList::Add.  Type Errors were: (2) : Mismatch "
@@ -260,10 +260,10 @@ TEST(MetaListTest, RefusesAFieldTooMany) {
 }
 
 TEST(MetaListTest, RefusesAFieldOfAnotherKind) {
-  const auto list = MetaList::New(MetaType::Struct, RecordOf({"a"}));
-  const auto record = MetaStruct::New("Other");
-  record->SetField("a", "text");
-  EXPECT_THAT([&] { list->Add(record); },
+  const auto list = MetaList::New(MetaType::Struct, StructureOf({"a"}));
+  const auto structure = MetaStruct::New("Other");
+  structure->SetField("a", "text");
+  EXPECT_THAT([&] { list->Add(structure); },
               ThrowsMessage<KestrelException>(
                   "Invalid structure detected by MetaList::Add.  Type Errors were: (3) : Type "
                   "names do not match., Type mismatch on field: a, " +
@@ -272,14 +272,14 @@ TEST(MetaListTest, RefusesAFieldOfAnotherKind) {
 
 TEST(MetaListTest, RefusesEveryStructureWithoutOneOfItsOwn) {
   const auto list = MetaList::New(MetaType::Struct, nullptr);
-  EXPECT_THAT([&] { list->Add(RecordOf({})); },
+  EXPECT_THAT([&] { list->Add(StructureOf({})); },
               ThrowsMessage<KestrelException>(
                   "Invalid structure detected by MetaList::Add.  Type Errors were: (1) : " +
                   std::string(kNoStructure) + ", "));
 }
 
-TEST(MetaListTest, RefusesAKindThatLies) {
-  const auto list = MetaList::New(MetaType::Struct, RecordOf({}));
+TEST(MetaListTest, RefusesAnObjectWithAWrongKind) {
+  const auto list = MetaList::New(MetaType::Struct, StructureOf({}));
   EXPECT_THAT([&] { list->Add(std::make_shared<LyingValue>(MetaType::Struct)); },
               ThrowsMessage<KestrelException>(
                   "Invalid structure detected by MetaList::Add.  Type Errors were: (2) : Unable to "
@@ -288,31 +288,31 @@ TEST(MetaListTest, RefusesAKindThatLies) {
 }
 
 TEST(MetaListTest, StaysAsItWasWhenItRefuses) {
-  const auto list = MetaList::New(MetaType::Struct, RecordOf({"a"}));
-  const auto good = RecordOf({"a"});
+  const auto list = MetaList::New(MetaType::Struct, StructureOf({"a"}));
+  const auto good = StructureOf({"a"});
   list->Add(good);
-  EXPECT_THROW(list->Add(RecordOf({"b"})), KestrelException);
+  EXPECT_THROW(list->Add(StructureOf({"b"})), KestrelException);
   EXPECT_THROW(list->Add(1), KestrelException);
   EXPECT_THAT(list->GetObjects(), ElementsAre(good));
 }
 
-TEST(MetaListTest, TakesAStructureOfAnotherNameAndTheSameFields) {
-  const auto list = MetaList::New(MetaType::Struct, RecordOf({"a"}));
-  const auto record = MetaStruct::New("Other");
-  record->SetField("a", 1);
-  list->Add(record);
-  EXPECT_THAT(list->GetObjects(), ElementsAre(record));
+TEST(MetaListTest, AcceptsAStructureOfAnotherNameWithTheSameFields) {
+  const auto list = MetaList::New(MetaType::Struct, StructureOf({"a"}));
+  const auto structure = MetaStruct::New("Other");
+  structure->SetField("a", 1);
+  list->Add(structure);
+  EXPECT_THAT(list->GetObjects(), ElementsAre(structure));
 }
 
-TEST(MetaListTest, TakesUndocumentedRecordsOfADocumentedStructure) {
+TEST(MetaListTest, AcceptsUndocumentedStructuresForADocumentedOne) {
   const auto structure = MetaStruct::New("Rec");
   structure->SetField("a", MetaInt::New(0), "what a is");
   const auto list = MetaList::New(MetaType::Struct, structure);
-  list->Add(RecordOf({"a"}));
+  list->Add(StructureOf({"a"}));
   EXPECT_EQ(list->GetCount(), 1u);
 }
 
-TEST(MetaListTest, TakesValuesOfOtherClassesByTheirKind) {
+TEST(MetaListTest, AcceptsValuesOfOtherClassesByTheirKind) {
   const auto list = MetaList::New(MetaType::Int);
   list->Add(std::make_shared<LyingValue>(MetaType::Int));
   EXPECT_EQ(list->ToString(), "a lie");
@@ -331,7 +331,7 @@ TEST(MetaListTest, AddsVectors) {
   EXPECT_EQ(Numbers({1, -2, 30})->ToString(), "1, -2, 30");
 }
 
-TEST(MetaListTest, TakesOverTheStringsOfATemporaryVector) {
+TEST(MetaListTest, MovesTheStringsOfATemporaryVector) {
   std::vector<std::string> strings = {std::string(1000, 'x')};
   const char* const bytes = strings[0].data();
   const auto list = MetaList::New(MetaType::String);
@@ -359,7 +359,7 @@ TEST(MetaListTest, ReallocatesNothingForAVectorThatHasRoom) {
   EXPECT_EQ(list->GetCount(), 1003u);
 }
 
-// Room is made for all values before the first is added, so it is there although none was taken.
+// Memory is reserved before the first value is added, so it is reserved even if all are refused.
 template <typename Values>
 void ExpectRoomBeforeTheFirst(MetaType kind, Values&& values) {
   const auto list = MetaList::New(kind);
@@ -378,7 +378,7 @@ TEST(MetaListTest, MakesRoomForAWholeVectorFirst) {
 
 // Reading and removing.
 
-TEST(MetaListTest, GivesItsElementsByIndex) {
+TEST(MetaListTest, ReturnsItsElementsByIndex) {
   const auto list = Numbers({1, 2, 3});
   EXPECT_EQ(list->GetCount(), 3u);
   EXPECT_EQ(list->GetItem(2)->ToString(), "3");
@@ -409,7 +409,7 @@ TEST(MetaListTest, KeepsTheOrderOfTheOthersWhenItDeletes) {
   EXPECT_EQ(list->GetCount(), 0u);
 }
 
-TEST(MetaListTest, LetsGoOfADeletedElement) {
+TEST(MetaListTest, ReleasesADeletedElement) {
   const auto number = MetaInt::New(100);
   const auto list = MetaList::New(MetaType::Int);
   list->Add(number);
@@ -469,8 +469,8 @@ TEST(MetaListTest, ValidatesNoOtherKind) {
 
 TEST(MetaListTest, ValidatesNothingWithoutStructure) {
   Errors errors;
-  EXPECT_FALSE(MetaList::New(MetaType::Struct, nullptr)->Validate(RecordOf({}), &errors));
-  EXPECT_FALSE(MetaList::New(MetaType::Struct, nullptr)->Validate(RecordOf({}), nullptr));
+  EXPECT_FALSE(MetaList::New(MetaType::Struct, nullptr)->Validate(StructureOf({}), &errors));
+  EXPECT_FALSE(MetaList::New(MetaType::Struct, nullptr)->Validate(StructureOf({}), nullptr));
   EXPECT_THAT(errors, ElementsAre(kNoStructure));
 }
 
@@ -482,17 +482,17 @@ TEST(MetaListTest, ValidatesScalarsByTheirKind) {
 }
 
 TEST(MetaListTest, ValidatesStructuresByTheirShape) {
-  const auto list = MetaList::New(MetaType::Struct, RecordOf({"a"}));
+  const auto list = MetaList::New(MetaType::Struct, StructureOf({"a"}));
   Errors errors;
-  EXPECT_TRUE(list->Validate(RecordOf({"a"}), &errors));
+  EXPECT_TRUE(list->Validate(StructureOf({"a"}), &errors));
   EXPECT_THAT(errors, IsEmpty());
-  EXPECT_FALSE(list->Validate(RecordOf({"b"}), &errors));
-  EXPECT_FALSE(list->Validate(RecordOf({"b"}), nullptr));
+  EXPECT_FALSE(list->Validate(StructureOf({"b"}), &errors));
+  EXPECT_FALSE(list->Validate(StructureOf({"b"}), nullptr));
   EXPECT_THAT(errors, ElementsAre("Missing field in input: a", kNotTheStructure));
 }
 
 TEST(MetaListTest, ReportsAnotherTypeNameThoughItValidates) {
-  const auto list = MetaList::New(MetaType::Struct, RecordOf({}));
+  const auto list = MetaList::New(MetaType::Struct, StructureOf({}));
   Errors errors;
   EXPECT_TRUE(list->Validate(MetaStruct::New("Other"), &errors));
   EXPECT_THAT(errors, ElementsAre("Type names do not match."));
@@ -514,7 +514,7 @@ TEST(MetaListTest, DiffersFromOtherKinds) {
   EXPECT_THAT(errors, ElementsAre("Type mismatch!  Was expecting a List, but got a Int"));
 }
 
-TEST(MetaListTest, DiffersFromAKindThatLies) {
+TEST(MetaListTest, DiffersFromAnObjectWithAWrongKind) {
   Errors errors;
   const auto liar = std::make_shared<LyingValue>(MetaType::List);
   EXPECT_FALSE(Numbers({})->IsSameStructure(liar, &errors));
@@ -535,18 +535,18 @@ TEST(MetaListTest, MatchesWhateverTheElements) {
 }
 
 TEST(MetaListTest, ComparesDeclaredStructures) {
-  const auto one = MetaList::New(MetaType::Struct, RecordOf({"a"}));
+  const auto one = MetaList::New(MetaType::Struct, StructureOf({"a"}));
   Errors errors;
-  EXPECT_TRUE(one->IsSameStructure(MetaList::New(MetaType::Struct, RecordOf({"a"})), &errors));
+  EXPECT_TRUE(one->IsSameStructure(MetaList::New(MetaType::Struct, StructureOf({"a"})), &errors));
   EXPECT_THAT(errors, IsEmpty());
-  EXPECT_FALSE(one->IsSameStructure(MetaList::New(MetaType::Struct, RecordOf({"b"})), &errors));
-  EXPECT_FALSE(one->IsSameStructure(MetaList::New(MetaType::Struct, RecordOf({"b"})), nullptr));
+  EXPECT_FALSE(one->IsSameStructure(MetaList::New(MetaType::Struct, StructureOf({"b"})), &errors));
+  EXPECT_FALSE(one->IsSameStructure(MetaList::New(MetaType::Struct, StructureOf({"b"})), nullptr));
   EXPECT_THAT(errors,
               ElementsAre("Missing field in input: a", "List type mismatch list and input"));
 }
 
 TEST(MetaListTest, MatchesWhenEitherHasNoStructure) {
-  const auto one = MetaList::New(MetaType::Struct, RecordOf({"a"}));
+  const auto one = MetaList::New(MetaType::Struct, StructureOf({"a"}));
   const auto none = MetaList::New(MetaType::Struct, nullptr);
   Errors errors;
   EXPECT_TRUE(one->IsSameStructure(none, &errors));
@@ -573,18 +573,18 @@ TEST(MetaListTest, PrintsItsElementsWithoutBrackets) {
 }
 
 TEST(MetaListTest, PrintsStructures) {
-  const auto list = MetaList::New(MetaType::Struct, RecordOf({"a"}));
-  list->Add(RecordOf({"a"}));
-  list->Add(RecordOf({"a"}));
+  const auto list = MetaList::New(MetaType::Struct, StructureOf({"a"}));
+  list->Add(StructureOf({"a"}));
+  list->Add(StructureOf({"a"}));
   EXPECT_EQ(list->ToString(), "{'a' => '1', }, {'a' => '1', }");
 }
 
-TEST(MetaListTest, TakesAMillionRecords) {
-  const auto list = MetaList::New(MetaType::Struct, RecordOf({"a"}));
+TEST(MetaListTest, HandlesAMillionStructures) {
+  const auto list = MetaList::New(MetaType::Struct, StructureOf({"a"}));
   for (int element = 0; element < 1000000; ++element) {
-    auto record = MetaStruct::New("Rec");
-    record->SetField("a", element);
-    list->Add(record);
+    auto structure = MetaStruct::New("Rec");
+    structure->SetField("a", element);
+    list->Add(structure);
   }
   EXPECT_EQ(list->GetCount(), 1000000u);
   EXPECT_EQ(list->GetItem(999999)->ToString(), "{'a' => '999999', }");

@@ -24,14 +24,14 @@ using Kestrel::Testing::LyingValue;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// Asked while static objects are made, when other sources' static members may not stand yet.
+// Called while static objects are initialised, perhaps before the static members of other sources.
 const std::string kTextAtStart = MetaTypeString(MetaType::List) + MetaInt::New(20)->ToString() +
                                  MetaBool::New(true)->ToString() + MetaString::New()->ToString() +
                                  MetaStruct::New("Early")->ToString();
 
 TEST(MetaObjectTest, ServesStaticObjects) { EXPECT_EQ(kTextAtStart, "List20true{}"); }
 
-// Whether braces in the place of the flag make a value, past its factory.
+// Whether a caller can make a value without its factory, with braces for the flag.
 template <typename Value, typename Argument, typename = void>
 struct IsMadeByBraces : std::false_type {};
 template <typename Value, typename Argument>
@@ -85,7 +85,7 @@ TEST(MetaObjectTest, NamesNoOtherKind) {
   EXPECT_EQ(MetaTypeString(static_cast<MetaType>(2147483647)), "");
 }
 
-TEST(MetaObjectTest, GivesTheSameNameObjectEachTime) {
+TEST(MetaObjectTest, ReturnsTheSameNameObjectEachTime) {
   EXPECT_EQ(&MetaTypeString(MetaType::Int), &MetaTypeString(MetaType::Int));
   EXPECT_EQ(&MetaTypeString(static_cast<MetaType>(5)), &MetaTypeString(static_cast<MetaType>(6)));
 }
@@ -169,9 +169,9 @@ TEST(MetaObjectTest, RunsTheDestructorOfTheWholeValue) {
   const auto inner = MetaInt::New(100);
   MetaObject* bare = nullptr;
   {
-    auto record = MetaStruct::New("X");
-    record->SetField("a", inner);
-    std::shared_ptr<MetaObject> base = std::move(record);
+    auto structure = MetaStruct::New("X");
+    structure->SetField("a", inner);
+    std::shared_ptr<MetaObject> base = std::move(structure);
     bare = base.get();
     EXPECT_EQ(inner.use_count(), 2);
   }
@@ -179,8 +179,8 @@ TEST(MetaObjectTest, RunsTheDestructorOfTheWholeValue) {
   EXPECT_EQ(inner.use_count(), 1);
 }
 
-TEST(MetaObjectTest, ItsSlotsStandInTheirFixedOrder) {
-  // Plug-ins built earlier call by slot: comparison, text, then destruction.
+TEST(MetaObjectTest, ItsVirtualFunctionsAreInAFixedOrder) {
+  // Plug-ins call by slot, so the order is fixed: comparison, string, destruction.
   using Slot = std::string (*)(const MetaObject*);
   const auto value = MetaInt::New(12345);
   const void* const* const slots = *reinterpret_cast<const void* const* const*>(value.get());

@@ -8,7 +8,7 @@
 namespace {
 
 using Kestrel::MetaObj::MetaString;
-using namespace std::string_literals;  // NOLINT: texts with a NUL inside
+using namespace std::string_literals;  // NOLINT: strings with a NUL inside
 
 TEST(MetaStringTest, IsEmptyByDefault) {
   EXPECT_EQ(MetaString::New()->GetValue(), "");
@@ -25,7 +25,7 @@ TEST(MetaStringTest, SharesTheEmptyString) {
   EXPECT_EQ(MetaString::NewUtf8WithEscapes(std::string()).get(), shared);
 }
 
-TEST(MetaStringTest, TakesANullTextAsEmpty) {
+TEST(MetaStringTest, NullCountsAsTheEmptyString) {
   const char* const none = nullptr;
   EXPECT_EQ(MetaString::New(none).get(), MetaString::New().get());
 }
@@ -44,7 +44,7 @@ TEST(MetaStringTest, KeepsItsBytes) {
   EXPECT_EQ(MetaString::New("a\xFF")->GetValue(), "a\xFF");
 }
 
-TEST(MetaStringTest, TakesOverATemporary) {
+TEST(MetaStringTest, MovesATemporary) {
   std::string value(1000, 'x');
   const char* const bytes = value.data();
   EXPECT_EQ(MetaString::New(std::move(value))->GetValue().data(), bytes);
@@ -71,7 +71,7 @@ TEST(MetaStringTest, EscapesTextThatIsNotValid) {
   EXPECT_EQ(MetaString::NewUtf8WithEscapes("\xC3\xBC\xC3")->GetValue(), "\xC3\xBC\\xc3");
 }
 
-TEST(MetaStringTest, LooksAtNothingBehindTheFirstNul) {
+TEST(MetaStringTest, ChecksOnlyTheBytesBeforeTheFirstNul) {
   EXPECT_EQ(MetaString::NewUtf8WithEscapes("good\0\xFF"s)->GetValue(), "good\0\xFF"s);
   EXPECT_EQ(MetaString::NewUtf8WithEscapes("\xFF\0more"s)->GetValue(), "\\xff");
   EXPECT_EQ(MetaString::NewUtf8WithEscapes("\0\xFF"s)->GetValue(), "\0\xFF"s);

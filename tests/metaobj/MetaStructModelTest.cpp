@@ -25,14 +25,14 @@ using Kestrel::Testing::Rounds;
 
 using Value = std::shared_ptr<MetaObject>;
 
-// A structure in its plainest form: an ordered map, a lock and a definition.
+// The model of a structure: an ordered map, a lock and a definition.
 struct PlainRecord {
   struct Field {
     Value value;
     std::string documentation;
   };
 
-  // The message of a refusal, empty when the field was stored.
+  // Returns the error message, empty when the field was set.
   std::string Set(const std::string& name, const Value& value, const std::string& documentation) {
     const std::string failed = "Unable to set new field " + name + " on structure.";
     if (value == nullptr) {
@@ -78,7 +78,7 @@ struct PlainRecord {
 };
 
 struct Pair {
-  std::shared_ptr<MetaStruct> record;
+  std::shared_ptr<MetaStruct> structure;
   std::shared_ptr<PlainRecord> plain;
 };
 
@@ -92,8 +92,8 @@ std::string MessageOf(const Call& call) {
   return "";
 }
 
-// Changes many structures side by side, so that they share, leave and outgrow what they have in
-// common, and changes a plain form of each alike.
+// Changes many structures at random, so that they share layouts, leave them and exceed their
+// bounds, and makes the same changes to a model of each.
 class Walk {
  public:
   explicit Walk(Random& random) : random_(random) {}
@@ -126,7 +126,7 @@ class Walk {
  private:
   unsigned Pick(std::size_t count) { return static_cast<unsigned>(random_.Below(count)); }
 
-  // Few names mostly, so that they meet again; now and then one that is longer than usual.
+  // Mostly one of a few names, so that names repeat; sometimes a long one.
   std::string Name() {
     const unsigned pool = Pick(4) == 0 ? 100 : 12;
     return std::to_string(Pick(pool)) + std::string(Pick(300) == 0 ? 250 + Pick(10) : 0, 'x');
@@ -150,7 +150,7 @@ class Walk {
       definition.plain->isLocked = true;
       plain->definition = definition.plain;
       plain->typeName = definition.plain->typeName;
-      return {MetaStruct::New(definition.record), plain};
+      return {MetaStruct::New(definition.structure), plain};
     }
     plain->typeName = "T" + std::to_string(Pick(20));
     return {MetaStruct::New(plain->typeName), plain};
@@ -158,20 +158,20 @@ class Walk {
 
   void Set(const Pair& pair, const std::string& name, const Value& value) {
     const std::string documentation = Pick(3) == 0 ? "text " + std::to_string(Pick(3)) : "";
-    EXPECT_EQ(MessageOf([&] { pair.record->SetField(name, value, documentation); }),
+    EXPECT_EQ(MessageOf([&] { pair.structure->SetField(name, value, documentation); }),
               pair.plain->Set(name, value, documentation));
   }
 
   void Remove(const Pair& pair, const std::string& name) {
-    EXPECT_EQ(MessageOf([&] { pair.record->RemoveField(name); }), pair.plain->Remove(name));
+    EXPECT_EQ(MessageOf([&] { pair.structure->RemoveField(name); }), pair.plain->Remove(name));
   }
 
   void Lock(const Pair& pair) {
-    pair.record->LockStructure();
+    pair.structure->LockStructure();
     pair.plain->isLocked = true;
   }
 
-  // Many fields at once, and gone again.
+  // Adds many fields and removes them again.
   void Grow(const Pair& pair) {
     for (int field = 0; field < 100; ++field) {
       Set(pair, "g" + std::to_string(field), AnyValue());
@@ -184,18 +184,18 @@ class Walk {
 
   void LookUp(const Pair& pair, const std::string& name) {
     const auto found = pair.plain->fields.find(name);
-    ASSERT_EQ(pair.record->HasField(name), found != pair.plain->fields.end());
+    ASSERT_EQ(pair.structure->HasField(name), found != pair.plain->fields.end());
     if (found == pair.plain->fields.end()) {
-      EXPECT_EQ(pair.record->GetField(name), nullptr);
-      EXPECT_THROW(pair.record->GetFieldType(name), int);
-      EXPECT_EQ(MessageOf([&] { pair.record->GetFieldDocumentation(name); }),
+      EXPECT_EQ(pair.structure->GetField(name), nullptr);
+      EXPECT_THROW(pair.structure->GetFieldType(name), int);
+      EXPECT_EQ(MessageOf([&] { pair.structure->GetFieldDocumentation(name); }),
                 "Field " + name + " is not present in the structure " + pair.plain->typeName);
       return;
     }
     const auto& [value, documentation] = found->second;
-    EXPECT_EQ(pair.record->GetField(name), value);
-    EXPECT_EQ(pair.record->GetFieldType(name), value->GetType());
-    EXPECT_EQ(pair.record->GetFieldDocumentation(name),
+    EXPECT_EQ(pair.structure->GetField(name), value);
+    EXPECT_EQ(pair.structure->GetFieldType(name), value->GetType());
+    EXPECT_EQ(pair.structure->GetFieldDocumentation(name),
               documentation.empty() ? "Documentation missing" : documentation);
   }
 
@@ -206,10 +206,10 @@ class Walk {
       names.push_back(name);
       text += "'" + name + "' => '" + field.value->ToString() + "', ";
     }
-    EXPECT_EQ(pair.record->GetFieldNames(), names);
-    EXPECT_EQ(pair.record->ToString(), text + "}");
-    EXPECT_EQ(pair.record->GetTypeName(), pair.plain->typeName);
-    EXPECT_EQ(pair.record->MatchesStructureDefinition(), pair.plain->MatchesDefinition());
+    EXPECT_EQ(pair.structure->GetFieldNames(), names);
+    EXPECT_EQ(pair.structure->ToString(), text + "}");
+    EXPECT_EQ(pair.structure->GetTypeName(), pair.plain->typeName);
+    EXPECT_EQ(pair.structure->MatchesStructureDefinition(), pair.plain->MatchesDefinition());
   }
 
   Random& random_;

@@ -34,7 +34,7 @@ using testing::ThrowsMessage;
 
 using Errors = std::vector<std::string>;
 
-// A scalar that matches nothing and says so.
+// A scalar that matches nothing and reports that.
 class Stranger : public LyingValue {
  public:
   using LyingValue::LyingValue;
@@ -47,12 +47,12 @@ class Stranger : public LyingValue {
   }
 };
 
-std::shared_ptr<MetaStruct> RecordOf(const std::vector<std::string>& names) {
-  auto record = MetaStruct::New("Rec");
+std::shared_ptr<MetaStruct> StructureOf(const std::vector<std::string>& names) {
+  auto structure = MetaStruct::New("Rec");
   for (const std::string& name : names) {
-    record->SetField(name, 1);
+    structure->SetField(name, 1);
   }
-  return record;
+  return structure;
 }
 
 // Names and factories.
@@ -85,7 +85,7 @@ TEST(MetaStructTest, RefusesATypeNameWithAnUnderscore) {
               ThrowsMessage<KestrelException>("Invalid name specified for MetaStruct: My_Struct"));
 }
 
-TEST(MetaStructTest, RefusesATypeNameWithABlank) {
+TEST(MetaStructTest, RefusesATypeNameWithASpace) {
   EXPECT_THAT([] { MetaStruct::New(std::string("My Struct")); },
               ThrowsMessage<KestrelException>("Invalid name specified for MetaStruct: My Struct"));
 }
@@ -96,7 +96,7 @@ TEST(MetaStructTest, RefusesATypeNameThatEndsInALineEnd) {
               ThrowsMessage<KestrelException>("Invalid name specified for MetaStruct: Name\n"));
 }
 
-TEST(MetaStructTest, TakesANullTypeNameAsEmpty) {
+TEST(MetaStructTest, ANullTypeNameCountsAsEmpty) {
   EXPECT_THAT([] { MetaStruct::New(nullptr); },
               ThrowsMessage<KestrelException>("Invalid name specified for MetaStruct: "));
 }
@@ -110,18 +110,18 @@ TEST(MetaStructTest, IsMadeFromEveryFormOfAName) {
 
 TEST(MetaStructTest, HoldsALongTypeName) {
   const std::string name(100000, 'n');
-  const auto record = MetaStruct::New(name);
-  record->SetField("a", 1);
-  EXPECT_EQ(record->GetTypeName(), name);
+  const auto structure = MetaStruct::New(name);
+  structure->SetField("a", 1);
+  EXPECT_EQ(structure->GetTypeName(), name);
 }
 
 TEST(MetaStructTest, StartsEmptyAndWithoutDefinition) {
-  const auto record = MetaStruct::New("Rec");
-  EXPECT_THAT(record->GetFieldNames(), IsEmpty());
-  EXPECT_FALSE(record->HasStructureDefinition());
-  EXPECT_EQ(record->GetStructureDefinition(), nullptr);
-  EXPECT_TRUE(record->MatchesStructureDefinition());
-  EXPECT_EQ(record->ToString(), "{}");
+  const auto structure = MetaStruct::New("Rec");
+  EXPECT_THAT(structure->GetFieldNames(), IsEmpty());
+  EXPECT_FALSE(structure->HasStructureDefinition());
+  EXPECT_EQ(structure->GetStructureDefinition(), nullptr);
+  EXPECT_TRUE(structure->MatchesStructureDefinition());
+  EXPECT_EQ(structure->ToString(), "{}");
 }
 
 TEST(MetaStructTest, AcceptsEveryFieldName) {
@@ -130,18 +130,18 @@ TEST(MetaStructTest, AcceptsEveryFieldName) {
   }
 }
 
-TEST(MetaStructTest, TellsItsDocumentationTexts) {
+TEST(MetaStructTest, ReturnsTheDocumentationOfItsFields) {
   EXPECT_EQ(MetaStruct::_docEmpty, "");
   EXPECT_EQ(MetaStruct::_docMissingStaticString, "Documentation missing");
 }
 
 TEST(MetaStructTest, KeepsItsTypeNameInOnePlace) {
-  const auto record = MetaStruct::New("Rec");
-  const std::string& name = record->GetTypeName();
+  const auto structure = MetaStruct::New("Rec");
+  const std::string& name = structure->GetTypeName();
   for (int field = 0; field < 100; ++field) {
-    record->SetField(std::to_string(field), field);
+    structure->SetField(std::to_string(field), field);
   }
-  EXPECT_EQ(&record->GetTypeName(), &name);
+  EXPECT_EQ(&structure->GetTypeName(), &name);
   EXPECT_EQ(name, "Rec");
 }
 
@@ -167,18 +167,18 @@ TEST(MetaStructTest, AFieldIsMovedAndNeverCopied) {
   EXPECT_FALSE(std::is_copy_assignable_v<MetaStruct::Field>);
 }
 
-// Storing: the forms of SetField.
+// The overloads of SetField.
 
-// Sets one field twice, once under each form of the name, and gives both values.
+// Sets one field twice, once with each type of name, and returns both values.
 template <typename Value>
 std::vector<std::shared_ptr<MetaObject>> SetUnderBothForms(const Value& value) {
-  const auto record = MetaStruct::New("Rec");
+  const auto structure = MetaStruct::New("Rec");
   const std::string name = "lasting";
-  record->SetField(name, Value(value));
-  record->SetField("literal", Value(value));
-  EXPECT_EQ(record->GetFieldDocumentation("lasting"), "Documentation missing");
-  EXPECT_EQ(record->GetFieldDocumentation("literal"), "Documentation missing");
-  return {record->GetField("lasting"), record->GetField("literal")};
+  structure->SetField(name, Value(value));
+  structure->SetField("literal", Value(value));
+  EXPECT_EQ(structure->GetFieldDocumentation("lasting"), "Documentation missing");
+  EXPECT_EQ(structure->GetFieldDocumentation("literal"), "Documentation missing");
+  return {structure->GetField("lasting"), structure->GetField("literal")};
 }
 
 template <typename Value>
@@ -219,52 +219,52 @@ TEST(MetaStructTest, MakesObjectsOfBooleans) {
 
 TEST(MetaStructTest, MakesObjectsOfStrings) {
   ExpectKindAndText(std::string("text"), MetaType::String, "text");
-  const auto record = MetaStruct::New("Rec");
+  const auto structure = MetaStruct::New("Rec");
   const std::string name = "by a string";
   const std::string lasting = "lasting";
   const char* const pointed = "pointed";
-  record->SetField(name, lasting);
-  record->SetField("by a literal", lasting);
-  EXPECT_EQ(record->ToString(), "{'by a literal' => 'lasting', 'by a string' => 'lasting', }");
-  record->SetField(name, pointed);
-  record->SetField("by a literal", pointed);
-  EXPECT_EQ(record->ToString(), "{'by a literal' => 'pointed', 'by a string' => 'pointed', }");
+  structure->SetField(name, lasting);
+  structure->SetField("by a literal", lasting);
+  EXPECT_EQ(structure->ToString(), "{'by a literal' => 'lasting', 'by a string' => 'lasting', }");
+  structure->SetField(name, pointed);
+  structure->SetField("by a literal", pointed);
+  EXPECT_EQ(structure->ToString(), "{'by a literal' => 'pointed', 'by a string' => 'pointed', }");
   EXPECT_EQ(lasting, "lasting");
 }
 
 TEST(MetaStructTest, MakesAStringOfALiteralAndNoBoolean) {
-  const auto record = MetaStruct::New("Rec");
+  const auto structure = MetaStruct::New("Rec");
   char array[] = "array";
-  record->SetField("literal", "false");
-  record->SetField(std::string("array"), array);
-  EXPECT_EQ(record->GetFieldType("literal"), MetaType::String);
-  EXPECT_EQ(record->GetFieldType("array"), MetaType::String);
+  structure->SetField("literal", "false");
+  structure->SetField(std::string("array"), array);
+  EXPECT_EQ(structure->GetFieldType("literal"), MetaType::String);
+  EXPECT_EQ(structure->GetFieldType("array"), MetaType::String);
 }
 
-TEST(MetaStructTest, TakesOverTemporaryStrings) {
-  const auto record = MetaStruct::New("Rec");
+TEST(MetaStructTest, MovesTemporaryStrings) {
+  const auto structure = MetaStruct::New("Rec");
   const std::string name = "n";
   std::string first(1000, '1');
   std::string second(1000, '2');
   const char* const firstBytes = first.data();
   const char* const secondBytes = second.data();
-  record->SetField(name, std::move(first));
-  EXPECT_EQ(std::static_pointer_cast<MetaString>(record->GetField("n"))->GetValue().data(),
+  structure->SetField(name, std::move(first));
+  EXPECT_EQ(std::static_pointer_cast<MetaString>(structure->GetField("n"))->GetValue().data(),
             firstBytes);
-  record->SetField("n", std::move(second));
-  EXPECT_EQ(std::static_pointer_cast<MetaString>(record->GetField("n"))->GetValue().data(),
+  structure->SetField("n", std::move(second));
+  EXPECT_EQ(std::static_pointer_cast<MetaString>(structure->GetField("n"))->GetValue().data(),
             secondBytes);
 }
 
-TEST(MetaStructTest, TakesNullTextsAsEmpty) {
-  const auto record = MetaStruct::New("Rec");
+TEST(MetaStructTest, NullCountsAsTheEmptyString) {
+  const auto structure = MetaStruct::New("Rec");
   const char* const none = nullptr;
-  record->SetField(none, "under no name");
-  record->SetField("value", none);
-  record->SetField(std::string("other"), none);
-  EXPECT_EQ(record->GetField("")->ToString(), "under no name");
-  EXPECT_EQ(record->GetField("value").get(), MetaString::New().get());
-  EXPECT_EQ(record->GetField("other").get(), MetaString::New().get());
+  structure->SetField(none, "under no name");
+  structure->SetField("value", none);
+  structure->SetField(std::string("other"), none);
+  EXPECT_EQ(structure->GetField("")->ToString(), "under no name");
+  EXPECT_EQ(structure->GetField("value").get(), MetaString::New().get());
+  EXPECT_EQ(structure->GetField("other").get(), MetaString::New().get());
 }
 
 void ExpectList(const std::shared_ptr<MetaObject>& value, MetaType kind, const std::string& text) {
@@ -275,131 +275,131 @@ void ExpectList(const std::shared_ptr<MetaObject>& value, MetaType kind, const s
 }
 
 TEST(MetaStructTest, MakesListsOfVectors) {
-  const auto record = MetaStruct::New("Rec");
+  const auto structure = MetaStruct::New("Rec");
   const std::string name = "n";
   const std::vector<std::string> strings = {"a", "b"};
   const std::vector<long> numbers = {1, -2};
   const std::vector<bool> booleans = {true, false};
-  record->SetField(name, strings);
-  ExpectList(record->GetField("n"), MetaType::String, "a, b");
-  record->SetField(name, numbers);
-  ExpectList(record->GetField("n"), MetaType::Int, "1, -2");
-  record->SetField(name, booleans);
-  ExpectList(record->GetField("n"), MetaType::Bool, "true, false");
-  record->SetField(name, std::vector<std::string>{"c"});
-  ExpectList(record->GetField("n"), MetaType::String, "c");
-  record->SetField("n", strings);
-  ExpectList(record->GetField("n"), MetaType::String, "a, b");
-  record->SetField("n", numbers);
-  ExpectList(record->GetField("n"), MetaType::Int, "1, -2");
-  record->SetField("n", booleans);
-  ExpectList(record->GetField("n"), MetaType::Bool, "true, false");
-  record->SetField("n", std::vector<std::string>{"d"});
-  ExpectList(record->GetField("n"), MetaType::String, "d");
-  record->SetField("n", std::vector<long>());
-  ExpectList(record->GetField("n"), MetaType::Int, "");
+  structure->SetField(name, strings);
+  ExpectList(structure->GetField("n"), MetaType::String, "a, b");
+  structure->SetField(name, numbers);
+  ExpectList(structure->GetField("n"), MetaType::Int, "1, -2");
+  structure->SetField(name, booleans);
+  ExpectList(structure->GetField("n"), MetaType::Bool, "true, false");
+  structure->SetField(name, std::vector<std::string>{"c"});
+  ExpectList(structure->GetField("n"), MetaType::String, "c");
+  structure->SetField("n", strings);
+  ExpectList(structure->GetField("n"), MetaType::String, "a, b");
+  structure->SetField("n", numbers);
+  ExpectList(structure->GetField("n"), MetaType::Int, "1, -2");
+  structure->SetField("n", booleans);
+  ExpectList(structure->GetField("n"), MetaType::Bool, "true, false");
+  structure->SetField("n", std::vector<std::string>{"d"});
+  ExpectList(structure->GetField("n"), MetaType::String, "d");
+  structure->SetField("n", std::vector<long>());
+  ExpectList(structure->GetField("n"), MetaType::Int, "");
 }
 
 TEST(MetaStructTest, MakesABooleanOfAnElementOfABooleanVector) {
   std::vector<bool> booleans = {true};
-  const auto record = MetaStruct::New("Rec");
-  record->SetField("n", booleans[0]);
-  EXPECT_EQ(record->GetFieldType("n"), MetaType::Bool);
+  const auto structure = MetaStruct::New("Rec");
+  structure->SetField("n", booleans[0]);
+  EXPECT_EQ(structure->GetFieldType("n"), MetaType::Bool);
 }
 
 TEST(MetaStructTest, KeepsADocumentationText) {
-  const auto record = MetaStruct::New("Rec");
-  record->SetField("a", MetaInt::New(1), "what a is");
-  EXPECT_EQ(record->GetFieldDocumentation("a"), "what a is");
-  EXPECT_EQ(record->GetField("a")->ToString(), "1");
+  const auto structure = MetaStruct::New("Rec");
+  structure->SetField("a", MetaInt::New(1), "what a is");
+  EXPECT_EQ(structure->GetFieldDocumentation("a"), "what a is");
+  EXPECT_EQ(structure->GetField("a")->ToString(), "1");
 }
 
 TEST(MetaStructTest, FindsNoDocumentationInAnEmptyOne) {
-  const auto record = MetaStruct::New("Rec");
-  record->SetField("a", MetaInt::New(1), "");
-  record->SetField("b", 1);
-  EXPECT_EQ(record->GetFieldDocumentation("a"), "Documentation missing");
-  EXPECT_EQ(record->GetFieldDocumentation("b"), "Documentation missing");
+  const auto structure = MetaStruct::New("Rec");
+  structure->SetField("a", MetaInt::New(1), "");
+  structure->SetField("b", 1);
+  EXPECT_EQ(structure->GetFieldDocumentation("a"), "Documentation missing");
+  EXPECT_EQ(structure->GetFieldDocumentation("b"), "Documentation missing");
 }
 
-// Refusals of SetField.
+// The errors of SetField.
 
 constexpr char kNullMessage[] =
     "Invalid NULL value was assigned to the field a in the structure Rec";
 
 TEST(MetaStructTest, RefusesNullOfEveryForm) {
-  const auto record = MetaStruct::New("Rec");
+  const auto structure = MetaStruct::New("Rec");
   const std::string name = "a";
-  EXPECT_THAT([&] { record->SetField(name, nullptr); },
+  EXPECT_THAT([&] { structure->SetField(name, nullptr); },
               ThrowsMessage<KestrelException>(kNullMessage));
-  EXPECT_THAT([&] { record->SetField("a", nullptr); },
+  EXPECT_THAT([&] { structure->SetField("a", nullptr); },
               ThrowsMessage<KestrelException>(kNullMessage));
-  EXPECT_THAT([&] { record->SetField("a", nullptr, "doc"); },
+  EXPECT_THAT([&] { structure->SetField("a", nullptr, "doc"); },
               ThrowsMessage<KestrelException>(kNullMessage));
-  EXPECT_THAT([&] { record->SetField("a", std::shared_ptr<MetaObject>()); },
+  EXPECT_THAT([&] { structure->SetField("a", std::shared_ptr<MetaObject>()); },
               ThrowsMessage<KestrelException>(kNullMessage));
-  EXPECT_THAT([&] { record->SetField("a", std::shared_ptr<MetaStruct>()); },
+  EXPECT_THAT([&] { structure->SetField("a", std::shared_ptr<MetaStruct>()); },
               ThrowsMessage<KestrelException>(kNullMessage));
-  EXPECT_THAT([&] { record->SetField("a", std::shared_ptr<MetaList>()); },
+  EXPECT_THAT([&] { structure->SetField("a", std::shared_ptr<MetaList>()); },
               ThrowsMessage<KestrelException>(kNullMessage));
-  EXPECT_THAT([&] { record->SetField("a", std::shared_ptr<MetaInt>()); },
+  EXPECT_THAT([&] { structure->SetField("a", std::shared_ptr<MetaInt>()); },
               ThrowsMessage<KestrelException>(kNullMessage));
-  EXPECT_THAT([&] { record->SetField("a", std::shared_ptr<MetaBool>()); },
+  EXPECT_THAT([&] { structure->SetField("a", std::shared_ptr<MetaBool>()); },
               ThrowsMessage<KestrelException>(kNullMessage));
-  EXPECT_THAT([&] { record->SetField("a", std::shared_ptr<MetaString>()); },
+  EXPECT_THAT([&] { structure->SetField("a", std::shared_ptr<MetaString>()); },
               ThrowsMessage<KestrelException>(kNullMessage));
-  EXPECT_THAT([&] { record->SetField(name, std::shared_ptr<MetaObject>()); },
+  EXPECT_THAT([&] { structure->SetField(name, std::shared_ptr<MetaObject>()); },
               ThrowsMessage<KestrelException>(kNullMessage));
-  EXPECT_THAT([&] { record->SetField(name, std::shared_ptr<MetaString>()); },
+  EXPECT_THAT([&] { structure->SetField(name, std::shared_ptr<MetaString>()); },
               ThrowsMessage<KestrelException>(kNullMessage));
-  EXPECT_THAT(record->GetFieldNames(), IsEmpty());
+  EXPECT_THAT(structure->GetFieldNames(), IsEmpty());
 }
 
 TEST(MetaStructTest, KeepsTheOldValueWhenItRefusesNull) {
-  const auto record = MetaStruct::New("Rec");
-  record->SetField("a", MetaInt::New(1), "doc");
-  EXPECT_THROW(record->SetField("a", nullptr), KestrelException);
-  EXPECT_EQ(record->GetField("a")->ToString(), "1");
-  EXPECT_EQ(record->GetFieldDocumentation("a"), "doc");
+  const auto structure = MetaStruct::New("Rec");
+  structure->SetField("a", MetaInt::New(1), "doc");
+  EXPECT_THROW(structure->SetField("a", nullptr), KestrelException);
+  EXPECT_EQ(structure->GetField("a")->ToString(), "1");
+  EXPECT_EQ(structure->GetFieldDocumentation("a"), "doc");
 }
 
 TEST(MetaStructTest, RefusesNullBeforeItLooksAtTheDefinition) {
-  const auto record = MetaStruct::New(RecordOf({"b"}));
-  EXPECT_THAT([&] { record->SetField("a", nullptr); },
+  const auto structure = MetaStruct::New(StructureOf({"b"}));
+  EXPECT_THAT([&] { structure->SetField("a", nullptr); },
               ThrowsMessage<KestrelException>(kNullMessage));
 }
 
 TEST(MetaStructTest, RefusesNullBeforeItLooksAtTheLock) {
-  const auto record = MetaStruct::New("Rec");
-  record->LockStructure();
-  EXPECT_THAT([&] { record->SetField("a", nullptr); },
+  const auto structure = MetaStruct::New("Rec");
+  structure->LockStructure();
+  EXPECT_THAT([&] { structure->SetField("a", nullptr); },
               ThrowsMessage<KestrelException>(kNullMessage));
 }
 
 TEST(MetaStructTest, RefusesAFieldThatTheDefinitionHasNot) {
-  const auto definition = RecordOf({"a", "b"});
-  const auto record = MetaStruct::New(definition);
-  EXPECT_THAT([&] { record->SetField("c", 1); },
+  const auto definition = StructureOf({"a", "b"});
+  const auto structure = MetaStruct::New(definition);
+  EXPECT_THAT([&] { structure->SetField("c", 1); },
               ThrowsMessage<KestrelException>(
                   "Unable to set new field c on structure.  The field does not match the "
                   "Structure definition for this MetaStruct."));
-  record->SetField("a", 5);
-  EXPECT_THAT(record->GetFieldNames(), ElementsAre("a"));
+  structure->SetField("a", 5);
+  EXPECT_THAT(structure->GetFieldNames(), ElementsAre("a"));
 }
 
 TEST(MetaStructTest, RefusesANewFieldWhenLocked) {
-  const auto record = RecordOf({"a"});
-  record->LockStructure();
-  EXPECT_THAT([&] { record->SetField("b", 1); },
+  const auto structure = StructureOf({"a"});
+  structure->LockStructure();
+  EXPECT_THAT([&] { structure->SetField("b", 1); },
               ThrowsMessage<KestrelException>(
                   "Unable to set new field b on structure. Structure has been locked"));
-  EXPECT_THAT(record->GetFieldNames(), ElementsAre("a"));
+  EXPECT_THAT(structure->GetFieldNames(), ElementsAre("a"));
 }
 
-// Records that are built alike take a short way; it leads past no check.
+// Structures that are built alike take a fast path, with the same checks.
 TEST(MetaStructTest, RefusesWhatItsLikeMayHave) {
-  const auto like = RecordOf({"a", "b"});
-  const auto bound = MetaStruct::New(RecordOf({"a"}));
+  const auto like = StructureOf({"a", "b"});
+  const auto bound = MetaStruct::New(StructureOf({"a"}));
   bound->SetField("a", 1);
   EXPECT_THAT([&] { bound->SetField("b", 1); },
               ThrowsMessage<KestrelException>(
@@ -417,41 +417,41 @@ TEST(MetaStructTest, RefusesWhatItsLikeMayHave) {
 }
 
 TEST(MetaStructTest, SpeaksOfTheLockBeforeTheDefinition) {
-  const auto record = MetaStruct::New(RecordOf({"a"}));
-  record->LockStructure();
-  EXPECT_THAT([&] { record->SetField("c", 1); },
+  const auto structure = MetaStruct::New(StructureOf({"a"}));
+  structure->LockStructure();
+  EXPECT_THAT([&] { structure->SetField("c", 1); },
               ThrowsMessage<KestrelException>(
                   "Unable to set new field c on structure. Structure has been locked"));
-  EXPECT_THAT([&] { record->SetField("a", 1); },
+  EXPECT_THAT([&] { structure->SetField("a", 1); },
               ThrowsMessage<KestrelException>(
                   "Unable to set new field a on structure. Structure has been locked"));
 }
 
 TEST(MetaStructTest, ReplacesValueKindAndDocumentationWhenLocked) {
-  const auto record = MetaStruct::New("Rec");
-  record->SetField("a", MetaInt::New(1), "old");
-  record->LockStructure();
-  record->SetField("a", MetaString::New("text"), "new");
-  EXPECT_EQ(record->GetFieldType("a"), MetaType::String);
-  EXPECT_EQ(record->GetField("a")->ToString(), "text");
-  EXPECT_EQ(record->GetFieldDocumentation("a"), "new");
-  record->SetField("a", 3);
-  EXPECT_EQ(record->GetFieldDocumentation("a"), "Documentation missing");
+  const auto structure = MetaStruct::New("Rec");
+  structure->SetField("a", MetaInt::New(1), "old");
+  structure->LockStructure();
+  structure->SetField("a", MetaString::New("text"), "new");
+  EXPECT_EQ(structure->GetFieldType("a"), MetaType::String);
+  EXPECT_EQ(structure->GetField("a")->ToString(), "text");
+  EXPECT_EQ(structure->GetFieldDocumentation("a"), "new");
+  structure->SetField("a", 3);
+  EXPECT_EQ(structure->GetFieldDocumentation("a"), "Documentation missing");
 }
 
 TEST(MetaStructTest, ChecksNoKindAgainstTheDefinition) {
-  const auto record = MetaStruct::New(RecordOf({"a"}));
-  record->SetField("a", "a text");
-  EXPECT_EQ(record->GetFieldType("a"), MetaType::String);
-  EXPECT_FALSE(record->MatchesStructureDefinition());
+  const auto structure = MetaStruct::New(StructureOf({"a"}));
+  structure->SetField("a", "a text");
+  EXPECT_EQ(structure->GetFieldType("a"), MetaType::String);
+  EXPECT_FALSE(structure->MatchesStructureDefinition());
 }
 
-TEST(MetaStructTest, TellsWholeNamesWithTheirNulInRefusals) {
-  const auto record = MetaStruct::New("Rec");
-  record->LockStructure();
+TEST(MetaStructTest, ErrorMessagesContainNamesWithTheirNul) {
+  const auto structure = MetaStruct::New("Rec");
+  structure->LockStructure();
   const std::string name("a\0b", 3);
   try {
-    record->SetField(name, 1);
+    structure->SetField(name, 1);
     FAIL() << "a locked structure took a new field";
   } catch (const KestrelException& error) {
     EXPECT_STREQ(error.what(), "Unable to set new field a");
@@ -461,66 +461,66 @@ TEST(MetaStructTest, TellsWholeNamesWithTheirNulInRefusals) {
 // Reading.
 
 TEST(MetaStructTest, ListsItsFieldsInByteOrder) {
-  EXPECT_THAT(RecordOf({"zeta", "alpha", "Beta"})->GetFieldNames(),
+  EXPECT_THAT(StructureOf({"zeta", "alpha", "Beta"})->GetFieldNames(),
               ElementsAre("Beta", "alpha", "zeta"));
 }
 
 TEST(MetaStructTest, OrdersBytesAsUnsigned) {
-  EXPECT_THAT(RecordOf({"\xC3\xBC", "z", "", std::string("a\0", 2), "a", "ab"})->GetFieldNames(),
+  EXPECT_THAT(StructureOf({"\xC3\xBC", "z", "", std::string("a\0", 2), "a", "ab"})->GetFieldNames(),
               ElementsAre("", "a", std::string("a\0", 2), "ab", "z", "\xC3\xBC"));
 }
 
 TEST(MetaStructTest, HasAFieldOfTheEmptyName) {
-  const auto record = MetaStruct::New("Rec");
-  record->SetField("", 1);
-  EXPECT_TRUE(record->HasField(""));
-  EXPECT_THAT(record->GetFieldNames(), ElementsAre(""));
-  EXPECT_EQ(record->ToString(), "{'' => '1', }");
+  const auto structure = MetaStruct::New("Rec");
+  structure->SetField("", 1);
+  EXPECT_TRUE(structure->HasField(""));
+  EXPECT_THAT(structure->GetFieldNames(), ElementsAre(""));
+  EXPECT_EQ(structure->ToString(), "{'' => '1', }");
 }
 
 TEST(MetaStructTest, FindsOnlyWholeNames) {
-  const auto record = RecordOf({"abc", "axc"});
-  EXPECT_TRUE(record->HasField("abc"));
-  EXPECT_TRUE(record->HasField("axc"));
+  const auto structure = StructureOf({"abc", "axc"});
+  EXPECT_TRUE(structure->HasField("abc"));
+  EXPECT_TRUE(structure->HasField("axc"));
   for (const char* const name : {"", "a", "ab", "abcd", "ABC", "acc", "azc"}) {
-    EXPECT_FALSE(record->HasField(name)) << name;
-    EXPECT_EQ(record->GetField(name), nullptr) << name;
+    EXPECT_FALSE(structure->HasField(name)) << name;
+    EXPECT_EQ(structure->GetField(name), nullptr) << name;
   }
 }
 
-TEST(MetaStructTest, TellsNamesApartThatAgreeInLengthEndsAndMiddle) {
-  const auto record = MetaStruct::New("Rec");
-  record->SetField("a1cxe", 1);
-  record->SetField("a2cxe", 2);
-  record->SetField("a2cye", 3);
-  EXPECT_EQ(record->GetField("a1cxe")->ToString(), "1");
-  EXPECT_EQ(record->GetField("a2cxe")->ToString(), "2");
-  EXPECT_EQ(record->GetField("a2cye")->ToString(), "3");
-  EXPECT_FALSE(record->HasField("a1cye"));
+TEST(MetaStructTest, DistinguishesNamesOfEqualLengthEndsAndMiddle) {
+  const auto structure = MetaStruct::New("Rec");
+  structure->SetField("a1cxe", 1);
+  structure->SetField("a2cxe", 2);
+  structure->SetField("a2cye", 3);
+  EXPECT_EQ(structure->GetField("a1cxe")->ToString(), "1");
+  EXPECT_EQ(structure->GetField("a2cxe")->ToString(), "2");
+  EXPECT_EQ(structure->GetField("a2cye")->ToString(), "3");
+  EXPECT_FALSE(structure->HasField("a1cye"));
 }
 
-TEST(MetaStructTest, GivesAnEmptyOwnerForAnUnknownField) {
-  EXPECT_EQ(RecordOf({"a"})->GetField("b"), nullptr);
+TEST(MetaStructTest, ReturnsNullForAnUnknownField) {
+  EXPECT_EQ(StructureOf({"a"})->GetField("b"), nullptr);
 }
 
-TEST(MetaStructTest, TellsTheKindOfAField) {
-  const auto record = MetaStruct::New("Rec");
-  record->SetField("int", 1);
-  record->SetField("bool", true);
-  record->SetField("string", "x");
-  record->SetField("struct", MetaStruct::New("Inner"));
-  record->SetField("list", std::vector<long>());
-  EXPECT_EQ(record->GetFieldType("int"), MetaType::Int);
-  EXPECT_EQ(record->GetFieldType("bool"), MetaType::Bool);
-  EXPECT_EQ(record->GetFieldType("string"), MetaType::String);
-  EXPECT_EQ(record->GetFieldType("struct"), MetaType::Struct);
-  EXPECT_EQ(record->GetFieldType("list"), MetaType::List);
+TEST(MetaStructTest, ReturnsTheKindOfAField) {
+  const auto structure = MetaStruct::New("Rec");
+  structure->SetField("int", 1);
+  structure->SetField("bool", true);
+  structure->SetField("string", "x");
+  structure->SetField("struct", MetaStruct::New("Inner"));
+  structure->SetField("list", std::vector<long>());
+  EXPECT_EQ(structure->GetFieldType("int"), MetaType::Int);
+  EXPECT_EQ(structure->GetFieldType("bool"), MetaType::Bool);
+  EXPECT_EQ(structure->GetFieldType("string"), MetaType::String);
+  EXPECT_EQ(structure->GetFieldType("struct"), MetaType::Struct);
+  EXPECT_EQ(structure->GetFieldType("list"), MetaType::List);
 }
 
 TEST(MetaStructTest, ThrowsAnIntForTheKindOfAnUnknownField) {
-  const auto record = RecordOf({"a"});
+  const auto structure = StructureOf({"a"});
   try {
-    record->GetFieldType("b");
+    structure->GetFieldType("b");
     FAIL() << "an unknown field had a kind";
   } catch (const int code) {
     EXPECT_EQ(code, 1);
@@ -528,15 +528,15 @@ TEST(MetaStructTest, ThrowsAnIntForTheKindOfAnUnknownField) {
 }
 
 TEST(MetaStructTest, ThrowsForTheDocumentationOfAnUnknownField) {
-  EXPECT_THAT([] { RecordOf({"a"})->GetFieldDocumentation("b"); },
+  EXPECT_THAT([] { StructureOf({"a"})->GetFieldDocumentation("b"); },
               ThrowsMessage<KestrelException>("Field b is not present in the structure Rec"));
 }
 
 TEST(MetaStructTest, PrintsEachFieldWithASeparatorBehindIt) {
-  const auto record = MetaStruct::New("Rec");
-  record->SetField("b", "x");
-  record->SetField("a", 1);
-  EXPECT_EQ(record->ToString(), "{'a' => '1', 'b' => 'x', }");
+  const auto structure = MetaStruct::New("Rec");
+  structure->SetField("b", "x");
+  structure->SetField("a", 1);
+  EXPECT_EQ(structure->ToString(), "{'a' => '1', 'b' => 'x', }");
 }
 
 TEST(MetaStructTest, PrintsNestedValues) {
@@ -545,12 +545,12 @@ TEST(MetaStructTest, PrintsNestedValues) {
   const auto list = MetaList::New(MetaType::Struct, inner);
   list->Add(inner);
   list->Add(inner);
-  const auto record = MetaStruct::New("Rec");
-  record->SetField("inner", inner);
-  record->SetField("list", list);
-  record->SetField("none", std::vector<long>());
-  record->SetField("odd", std::make_shared<LyingValue>(MetaType::Struct));
-  EXPECT_EQ(record->ToString(),
+  const auto structure = MetaStruct::New("Rec");
+  structure->SetField("inner", inner);
+  structure->SetField("list", list);
+  structure->SetField("none", std::vector<long>());
+  structure->SetField("odd", std::make_shared<LyingValue>(MetaType::Struct));
+  EXPECT_EQ(structure->ToString(),
             "{'inner' => '{'x' => 'true', }', 'list' => '{'x' => 'true', }, {'x' => 'true', }', "
             "'none' => '', 'odd' => 'a lie', }");
 }
@@ -558,70 +558,70 @@ TEST(MetaStructTest, PrintsNestedValues) {
 // Removing.
 
 TEST(MetaStructTest, RemovesAField) {
-  const auto record = RecordOf({"a", "b", "c"});
-  record->RemoveField("b");
-  EXPECT_THAT(record->GetFieldNames(), ElementsAre("a", "c"));
-  EXPECT_FALSE(record->HasField("b"));
-  EXPECT_TRUE(record->HasField("c"));
+  const auto structure = StructureOf({"a", "b", "c"});
+  structure->RemoveField("b");
+  EXPECT_THAT(structure->GetFieldNames(), ElementsAre("a", "c"));
+  EXPECT_FALSE(structure->HasField("b"));
+  EXPECT_TRUE(structure->HasField("c"));
 }
 
 TEST(MetaStructTest, IgnoresTheRemovalOfAnUnknownField) {
-  const auto record = RecordOf({"a"});
-  record->RemoveField("b");
-  EXPECT_THAT(record->GetFieldNames(), ElementsAre("a"));
+  const auto structure = StructureOf({"a"});
+  structure->RemoveField("b");
+  EXPECT_THAT(structure->GetFieldNames(), ElementsAre("a"));
 }
 
-TEST(MetaStructTest, RemovesItsLastFieldAndTakesNewOnes) {
-  const auto record = RecordOf({"a"});
-  record->RemoveField("a");
-  EXPECT_EQ(record->ToString(), "{}");
-  record->SetField("b", 2);
-  EXPECT_EQ(record->ToString(), "{'b' => '2', }");
+TEST(MetaStructTest, RemovesItsLastFieldAndAcceptsNewOnes) {
+  const auto structure = StructureOf({"a"});
+  structure->RemoveField("a");
+  EXPECT_EQ(structure->ToString(), "{}");
+  structure->SetField("b", 2);
+  EXPECT_EQ(structure->ToString(), "{'b' => '2', }");
 }
 
-TEST(MetaStructTest, LetsGoOfARemovedValue) {
+TEST(MetaStructTest, ReleasesARemovedValue) {
   const auto value = MetaInt::New(100);
-  const auto record = MetaStruct::New("Rec");
-  record->SetField("a", value);
+  const auto structure = MetaStruct::New("Rec");
+  structure->SetField("a", value);
   EXPECT_EQ(value.use_count(), 2);
-  record->RemoveField("a");
+  structure->RemoveField("a");
   EXPECT_EQ(value.use_count(), 1);
 }
 
-TEST(MetaStructTest, LetsGoOfARemovedValueThoughALongNameCameMeanwhile) {
+TEST(MetaStructTest, ReleasesARemovedValueAfterALongNameWasAdded) {
   const auto value = MetaInt::New(100);
-  const auto record = MetaStruct::New("Rec");
-  record->SetField("a", value);
-  record->SetField(std::string(300, 'n'), 1);
+  const auto structure = MetaStruct::New("Rec");
+  structure->SetField("a", value);
+  structure->SetField(std::string(300, 'n'), 1);
   EXPECT_EQ(value.use_count(), 2);
-  record->RemoveField("a");
+  structure->RemoveField("a");
   EXPECT_EQ(value.use_count(), 1);
 }
 
 TEST(MetaStructTest, RefusesToRemoveWhenLocked) {
-  const auto record = RecordOf({"a"});
-  record->LockStructure();
-  EXPECT_THAT([&] { record->RemoveField("a"); },
+  const auto structure = StructureOf({"a"});
+  structure->LockStructure();
+  EXPECT_THAT([&] { structure->RemoveField("a"); },
               ThrowsMessage<KestrelException>("Structure is locked, unable to remove fields"));
-  EXPECT_TRUE(record->HasField("a"));
+  EXPECT_TRUE(structure->HasField("a"));
 }
 
 TEST(MetaStructTest, RefusesToRemoveAnUnknownFieldWhenLocked) {
-  const auto record = RecordOf({"a"});
-  record->LockStructure();
-  EXPECT_THAT([&] { record->RemoveField("b"); },
+  const auto structure = StructureOf({"a"});
+  structure->LockStructure();
+  EXPECT_THAT([&] { structure->RemoveField("b"); },
               ThrowsMessage<KestrelException>("Structure is locked, unable to remove fields"));
 }
 
 // Definitions.
 
 TEST(MetaStructTest, KeepsAndLocksItsDefinition) {
-  const auto definition = RecordOf({"a", "b"});
-  const auto record = MetaStruct::New(definition);
-  EXPECT_TRUE(record->HasStructureDefinition());
-  EXPECT_EQ(record->GetStructureDefinition(), definition);
-  EXPECT_EQ(record->GetTypeName(), "Rec");
-  EXPECT_THAT(record->GetFieldNames(), IsEmpty());
+  const auto definition = StructureOf({"a", "b"});
+  const auto structure = MetaStruct::New(definition);
+  EXPECT_TRUE(structure->HasStructureDefinition());
+  EXPECT_EQ(structure->GetStructureDefinition(), definition);
+  EXPECT_EQ(structure->GetTypeName(), "Rec");
+  EXPECT_THAT(structure->GetFieldNames(), IsEmpty());
   EXPECT_THAT([&] { definition->RemoveField("a"); },
               ThrowsMessage<KestrelException>("Structure is locked, unable to remove fields"));
   EXPECT_THAT([&] { definition->SetField("c", 1); },
@@ -630,34 +630,34 @@ TEST(MetaStructTest, KeepsAndLocksItsDefinition) {
 }
 
 TEST(MetaStructTest, IsItselfUnlockedWhenMadeFromADefinition) {
-  const auto record = MetaStruct::New(RecordOf({"a"}));
-  record->SetField("a", 1);
-  record->RemoveField("a");
-  EXPECT_FALSE(record->HasField("a"));
+  const auto structure = MetaStruct::New(StructureOf({"a"}));
+  structure->SetField("a", 1);
+  structure->RemoveField("a");
+  EXPECT_FALSE(structure->HasField("a"));
 }
 
 TEST(MetaStructTest, KeepsItsDefinitionAlive) {
   std::weak_ptr<MetaStruct> watched;
-  std::shared_ptr<MetaStruct> record;
+  std::shared_ptr<MetaStruct> structure;
   {
-    const auto definition = RecordOf({"a"});
+    const auto definition = StructureOf({"a"});
     watched = definition;
-    record = MetaStruct::New(definition);
+    structure = MetaStruct::New(definition);
   }
   EXPECT_FALSE(watched.expired());
-  record.reset();
+  structure.reset();
   EXPECT_TRUE(watched.expired());
 }
 
 TEST(MetaStructTest, MatchesItsDefinitionOnceAllFieldsAreThere) {
-  const auto record = MetaStruct::New(RecordOf({"a", "b"}));
-  EXPECT_FALSE(record->MatchesStructureDefinition());
-  record->SetField("a", 5);
-  EXPECT_FALSE(record->MatchesStructureDefinition());
-  record->SetField("b", 6);
-  EXPECT_TRUE(record->MatchesStructureDefinition());
-  record->SetField("b", "six");
-  EXPECT_FALSE(record->MatchesStructureDefinition());
+  const auto structure = MetaStruct::New(StructureOf({"a", "b"}));
+  EXPECT_FALSE(structure->MatchesStructureDefinition());
+  structure->SetField("a", 5);
+  EXPECT_FALSE(structure->MatchesStructureDefinition());
+  structure->SetField("b", 6);
+  EXPECT_TRUE(structure->MatchesStructureDefinition());
+  structure->SetField("b", "six");
+  EXPECT_FALSE(structure->MatchesStructureDefinition());
 }
 
 TEST(MetaStructTest, RefusesANullDefinition) {
@@ -670,34 +670,34 @@ TEST(MetaStructTest, RefusesANullDefinition) {
 
 TEST(MetaStructTest, MatchesNull) {
   Errors errors;
-  EXPECT_TRUE(RecordOf({"a"})->IsSameStructure(nullptr, &errors));
+  EXPECT_TRUE(StructureOf({"a"})->IsSameStructure(nullptr, &errors));
   EXPECT_THAT(errors, ElementsAre("Invalid NULL input to MetaStruct validation."));
-  EXPECT_TRUE(RecordOf({"a"})->IsSameStructure(nullptr, nullptr));
+  EXPECT_TRUE(StructureOf({"a"})->IsSameStructure(nullptr, nullptr));
 }
 
 TEST(MetaStructTest, DiffersFromOtherKinds) {
   Errors errors;
-  EXPECT_FALSE(RecordOf({})->IsSameStructure(MetaInt::New(1), &errors));
-  EXPECT_FALSE(RecordOf({})->IsSameStructure(MetaList::New(MetaType::Int), &errors));
-  EXPECT_FALSE(RecordOf({})->IsSameStructure(MetaInt::New(1), nullptr));
+  EXPECT_FALSE(StructureOf({})->IsSameStructure(MetaInt::New(1), &errors));
+  EXPECT_FALSE(StructureOf({})->IsSameStructure(MetaList::New(MetaType::Int), &errors));
+  EXPECT_FALSE(StructureOf({})->IsSameStructure(MetaInt::New(1), nullptr));
   EXPECT_THAT(
       errors,
       ElementsAre("Type Mismatch in MetaStruct Validation: Expected type Struct got type Int",
                   "Type Mismatch in MetaStruct Validation: Expected type Struct got type List"));
 }
 
-TEST(MetaStructTest, DiffersFromAKindThatLies) {
+TEST(MetaStructTest, DiffersFromAnObjectWithAWrongKind) {
   Errors errors;
   const auto liar = std::make_shared<LyingValue>(MetaType::Struct);
-  EXPECT_FALSE(RecordOf({})->IsSameStructure(liar, &errors));
-  EXPECT_FALSE(RecordOf({})->IsSameStructure(liar, nullptr));
+  EXPECT_FALSE(StructureOf({})->IsSameStructure(liar, &errors));
+  EXPECT_FALSE(StructureOf({})->IsSameStructure(liar, nullptr));
   EXPECT_THAT(errors, ElementsAre("Unable to cast to MetaStruct, runtime error?"));
 }
 
 TEST(MetaStructTest, MatchesTheSameFieldsWithOtherValues) {
   Errors errors;
-  const auto one = RecordOf({"a", "b"});
-  const auto other = RecordOf({"b", "a"});
+  const auto one = StructureOf({"a", "b"});
+  const auto other = StructureOf({"b", "a"});
   other->SetField("a", 999);
   EXPECT_TRUE(one->IsSameStructure(other, &errors));
   EXPECT_TRUE(one->IsSameStructure(other, nullptr));
@@ -729,31 +729,31 @@ TEST(MetaStructTest, ReportsAnotherTypeNameAndMatches) {
 
 TEST(MetaStructTest, ReportsTheCountAndTheFirstMissingField) {
   Errors errors;
-  EXPECT_FALSE(RecordOf({"a", "b"})->IsSameStructure(RecordOf({"a"}), &errors));
-  EXPECT_FALSE(RecordOf({"a", "b"})->IsSameStructure(RecordOf({"a"}), nullptr));
+  EXPECT_FALSE(StructureOf({"a", "b"})->IsSameStructure(StructureOf({"a"}), &errors));
+  EXPECT_FALSE(StructureOf({"a", "b"})->IsSameStructure(StructureOf({"a"}), nullptr));
   EXPECT_THAT(errors, ElementsAre("Mismatch on number of fields set in struct. Expected 2 found 1",
                                   "Missing field in input: b"));
 }
 
 TEST(MetaStructTest, NoticesAFieldTooManyByTheCountAlone) {
   Errors errors;
-  EXPECT_FALSE(RecordOf({"a"})->IsSameStructure(RecordOf({"a", "b"}), &errors));
+  EXPECT_FALSE(StructureOf({"a"})->IsSameStructure(StructureOf({"a", "b"}), &errors));
   EXPECT_THAT(errors,
               ElementsAre("Mismatch on number of fields set in struct. Expected 1 found 2"));
 }
 
 TEST(MetaStructTest, StopsAtTheFirstMissingField) {
   Errors errors;
-  EXPECT_FALSE(RecordOf({"a", "c"})->IsSameStructure(RecordOf({"b", "d"}), &errors));
+  EXPECT_FALSE(StructureOf({"a", "c"})->IsSameStructure(StructureOf({"b", "d"}), &errors));
   EXPECT_THAT(errors, ElementsAre("Missing field in input: a"));
 }
 
 TEST(MetaStructTest, StopsAtTheFirstFieldOfAnotherKind) {
   Errors errors;
-  const auto other = RecordOf({"a", "b"});
+  const auto other = StructureOf({"a", "b"});
   other->SetField("a", "text");
   other->SetField("b", "text");
-  EXPECT_FALSE(RecordOf({"a", "b"})->IsSameStructure(other, &errors));
+  EXPECT_FALSE(StructureOf({"a", "b"})->IsSameStructure(other, &errors));
   EXPECT_THAT(errors, ElementsAre("Type mismatch on field: a"));
 }
 
@@ -761,7 +761,7 @@ TEST(MetaStructTest, ReportsEverythingInTheOrderOfTheWalk) {
   Errors errors = {"earlier"};
   const auto other = MetaStruct::New("Other");
   other->SetField("a", "text");
-  EXPECT_FALSE(RecordOf({"a", "b"})->IsSameStructure(other, &errors));
+  EXPECT_FALSE(StructureOf({"a", "b"})->IsSameStructure(other, &errors));
   EXPECT_THAT(errors, ElementsAre("earlier", "Type names do not match.",
                                   "Mismatch on number of fields set in struct. Expected 2 found 1",
                                   "Type mismatch on field: a"));
@@ -770,8 +770,8 @@ TEST(MetaStructTest, ReportsEverythingInTheOrderOfTheWalk) {
 TEST(MetaStructTest, ReportsNestedProblemsFirst) {
   const auto outer = MetaStruct::New("Outer");
   const auto otherOuter = MetaStruct::New("Outer");
-  outer->SetField("inner", RecordOf({"x", "y"}));
-  otherOuter->SetField("inner", RecordOf({"x"}));
+  outer->SetField("inner", StructureOf({"x", "y"}));
+  otherOuter->SetField("inner", StructureOf({"x"}));
   Errors errors;
   EXPECT_FALSE(outer->IsSameStructure(otherOuter, &errors));
   EXPECT_FALSE(outer->IsSameStructure(otherOuter, nullptr));
@@ -779,7 +779,7 @@ TEST(MetaStructTest, ReportsNestedProblemsFirst) {
                                   "Missing field in input: y", "Type mismatch on field: inner"));
 }
 
-TEST(MetaStructTest, GoesOnBehindANestedStructureOfAnotherName) {
+TEST(MetaStructTest, ContinuesAfterANestedStructureOfAnotherName) {
   const auto inner = MetaStruct::New("Inner");
   const auto otherInner = MetaStruct::New("Else");
   const auto outer = MetaStruct::New("Outer");
@@ -810,10 +810,10 @@ TEST(MetaStructTest, AsksAValueOfAnotherClassItself) {
   const auto one = MetaStruct::New("Rec");
   one->SetField("a", std::make_shared<Stranger>(MetaType::Int));
   Errors errors;
-  EXPECT_FALSE(one->IsSameStructure(RecordOf({"a"}), &errors));
+  EXPECT_FALSE(one->IsSameStructure(StructureOf({"a"}), &errors));
   EXPECT_FALSE(one->IsSameStructure(one, nullptr));
   EXPECT_THAT(errors, ElementsAre("never the same", "Type mismatch on field: a"));
-  EXPECT_TRUE(RecordOf({"a"})->IsSameStructure(one, nullptr));
+  EXPECT_TRUE(StructureOf({"a"})->IsSameStructure(one, nullptr));
 }
 
 TEST(MetaStructTest, FindsALyingKindInAField) {
@@ -827,84 +827,84 @@ TEST(MetaStructTest, FindsALyingKindInAField) {
                                   "Type mismatch on field: a"));
 }
 
-// One behaviour, however many fields there are.
+// The behaviour does not depend on the number of fields.
 
 class MetaStructOfSizeTest : public testing::TestWithParam<int> {
  protected:
-  // A record with so many fields besides those that the tests set.
+  // A structure with that many fields in addition to those that the tests set.
   static std::shared_ptr<MetaStruct> Filled(const std::string& documentation = "") {
-    auto record = MetaStruct::New("Rec");
+    auto structure = MetaStruct::New("Rec");
     for (int field = 0; field < GetParam(); ++field) {
-      record->SetField("m" + std::to_string(1000 + field), MetaInt::New(field), documentation);
+      structure->SetField("m" + std::to_string(1000 + field), MetaInt::New(field), documentation);
     }
-    return record;
+    return structure;
   }
 };
 
 TEST_P(MetaStructOfSizeTest, SetsReadsAndRemoves) {
-  const auto record = Filled();
-  record->SetField("z", MetaString::New("last"), "doc of z");
-  record->SetField("a", MetaString::New("first"), "doc of a");
-  EXPECT_EQ(record->GetField("a")->ToString(), "first");
-  EXPECT_EQ(record->GetField("z")->ToString(), "last");
-  EXPECT_EQ(record->GetFieldDocumentation("a"), "doc of a");
-  EXPECT_EQ(record->GetFieldDocumentation("z"), "doc of z");
-  EXPECT_EQ(record->GetFieldType("a"), MetaType::String);
-  const std::vector<std::string> names = record->GetFieldNames();
+  const auto structure = Filled();
+  structure->SetField("z", MetaString::New("last"), "doc of z");
+  structure->SetField("a", MetaString::New("first"), "doc of a");
+  EXPECT_EQ(structure->GetField("a")->ToString(), "first");
+  EXPECT_EQ(structure->GetField("z")->ToString(), "last");
+  EXPECT_EQ(structure->GetFieldDocumentation("a"), "doc of a");
+  EXPECT_EQ(structure->GetFieldDocumentation("z"), "doc of z");
+  EXPECT_EQ(structure->GetFieldType("a"), MetaType::String);
+  const std::vector<std::string> names = structure->GetFieldNames();
   EXPECT_EQ(names.size(), static_cast<std::size_t>(GetParam()) + 2);
   EXPECT_TRUE(std::is_sorted(names.begin(), names.end()));
-  record->RemoveField("a");
-  EXPECT_FALSE(record->HasField("a"));
-  EXPECT_EQ(record->GetField("a"), nullptr);
+  structure->RemoveField("a");
+  EXPECT_FALSE(structure->HasField("a"));
+  EXPECT_EQ(structure->GetField("a"), nullptr);
   for (int field = 0; field < GetParam(); ++field) {
-    EXPECT_EQ(record->GetField("m" + std::to_string(1000 + field))->ToString(),
+    EXPECT_EQ(structure->GetField("m" + std::to_string(1000 + field))->ToString(),
               std::to_string(field));
   }
-  EXPECT_EQ(record->GetField("z")->ToString(), "last");
-  EXPECT_EQ(record->GetTypeName(), "Rec");
+  EXPECT_EQ(structure->GetField("z")->ToString(), "last");
+  EXPECT_EQ(structure->GetTypeName(), "Rec");
 }
 
 TEST_P(MetaStructOfSizeTest, ReplacesValueAndDocumentation) {
-  const auto record = Filled();
-  record->SetField("a", MetaInt::New(1), "old");
-  record->SetField("a", MetaString::New("x"), "new");
-  EXPECT_EQ(record->GetField("a")->ToString(), "x");
-  EXPECT_EQ(record->GetFieldDocumentation("a"), "new");
-  record->SetField("a", 2);
-  EXPECT_EQ(record->GetFieldDocumentation("a"), "Documentation missing");
-  EXPECT_EQ(record->GetFieldNames().size(), static_cast<std::size_t>(GetParam()) + 1);
+  const auto structure = Filled();
+  structure->SetField("a", MetaInt::New(1), "old");
+  structure->SetField("a", MetaString::New("x"), "new");
+  EXPECT_EQ(structure->GetField("a")->ToString(), "x");
+  EXPECT_EQ(structure->GetFieldDocumentation("a"), "new");
+  structure->SetField("a", 2);
+  EXPECT_EQ(structure->GetFieldDocumentation("a"), "Documentation missing");
+  EXPECT_EQ(structure->GetFieldNames().size(), static_cast<std::size_t>(GetParam()) + 1);
 }
 
 TEST_P(MetaStructOfSizeTest, StaysAsItIsWhenLocked) {
-  const auto record = Filled();
-  record->SetField("a", 1);
-  record->LockStructure();
-  record->SetField("a", MetaString::New("x"), "new");
-  EXPECT_EQ(record->GetField("a")->ToString(), "x");
-  EXPECT_EQ(record->GetFieldDocumentation("a"), "new");
-  EXPECT_THAT([&] { record->SetField("b", 1); },
+  const auto structure = Filled();
+  structure->SetField("a", 1);
+  structure->LockStructure();
+  structure->SetField("a", MetaString::New("x"), "new");
+  EXPECT_EQ(structure->GetField("a")->ToString(), "x");
+  EXPECT_EQ(structure->GetFieldDocumentation("a"), "new");
+  EXPECT_THAT([&] { structure->SetField("b", 1); },
               ThrowsMessage<KestrelException>(
                   "Unable to set new field b on structure. Structure has been locked"));
-  EXPECT_THAT([&] { record->RemoveField("a"); },
+  EXPECT_THAT([&] { structure->RemoveField("a"); },
               ThrowsMessage<KestrelException>("Structure is locked, unable to remove fields"));
-  EXPECT_EQ(record->GetFieldNames().size(), static_cast<std::size_t>(GetParam()) + 1);
+  EXPECT_EQ(structure->GetFieldNames().size(), static_cast<std::size_t>(GetParam()) + 1);
 }
 
 TEST_P(MetaStructOfSizeTest, FollowsItsDefinition) {
   const auto definition = Filled("documented");
   definition->SetField("a", 1);
-  const auto record = MetaStruct::New(definition);
+  const auto structure = MetaStruct::New(definition);
   const std::vector<std::string> names = definition->GetFieldNames();
   for (auto name = names.rbegin(); name != names.rend(); ++name) {
-    EXPECT_FALSE(record->MatchesStructureDefinition());
-    record->SetField(*name, 5);
+    EXPECT_FALSE(structure->MatchesStructureDefinition());
+    structure->SetField(*name, 5);
   }
-  EXPECT_TRUE(record->MatchesStructureDefinition());
-  EXPECT_THAT([&] { record->SetField("b", 1); },
+  EXPECT_TRUE(structure->MatchesStructureDefinition());
+  EXPECT_THAT([&] { structure->SetField("b", 1); },
               ThrowsMessage<KestrelException>(
                   "Unable to set new field b on structure.  The field does not match the "
                   "Structure definition for this MetaStruct."));
-  EXPECT_EQ(record->GetTypeName(), "Rec");
+  EXPECT_EQ(structure->GetTypeName(), "Rec");
 }
 
 TEST_P(MetaStructOfSizeTest, ComparesWithItsLike) {
@@ -932,42 +932,42 @@ TEST_P(MetaStructOfSizeTest, ReportsAMissingField) {
 }
 
 TEST_P(MetaStructOfSizeTest, RefusesUnknownNames) {
-  const auto record = Filled();
-  EXPECT_FALSE(record->HasField("q"));
-  EXPECT_EQ(record->GetField("q"), nullptr);
-  EXPECT_THROW(record->GetFieldType("q"), int);
-  EXPECT_THAT([&] { record->GetFieldDocumentation("q"); },
+  const auto structure = Filled();
+  EXPECT_FALSE(structure->HasField("q"));
+  EXPECT_EQ(structure->GetField("q"), nullptr);
+  EXPECT_THROW(structure->GetFieldType("q"), int);
+  EXPECT_THAT([&] { structure->GetFieldDocumentation("q"); },
               ThrowsMessage<KestrelException>("Field q is not present in the structure Rec"));
-  record->RemoveField("q");
-  EXPECT_EQ(record->GetFieldNames().size(), static_cast<std::size_t>(GetParam()));
+  structure->RemoveField("q");
+  EXPECT_EQ(structure->GetFieldNames().size(), static_cast<std::size_t>(GetParam()));
 }
 
 TEST_P(MetaStructOfSizeTest, KeepsNullOut) {
-  const auto record = Filled();
-  EXPECT_THAT([&] { record->SetField("a", nullptr); },
+  const auto structure = Filled();
+  EXPECT_THAT([&] { structure->SetField("a", nullptr); },
               ThrowsMessage<KestrelException>(kNullMessage));
-  EXPECT_FALSE(record->HasField("a"));
+  EXPECT_FALSE(structure->HasField("a"));
 }
 
-TEST_P(MetaStructOfSizeTest, TakesItsOwnTextsAsArguments) {
-  const auto record = Filled();
-  record->SetField("a", MetaInt::New(1), "shared by two");
-  record->SetField("b", record->GetField("a"), record->GetFieldDocumentation("a"));
-  record->SetField("a", record->GetField("b"), record->GetFieldDocumentation("a"));
-  EXPECT_EQ(record->GetFieldDocumentation("a"), "shared by two");
-  EXPECT_EQ(record->GetFieldDocumentation("b"), "shared by two");
+TEST_P(MetaStructOfSizeTest, AcceptsItsOwnStringsAsArguments) {
+  const auto structure = Filled();
+  structure->SetField("a", MetaInt::New(1), "shared by two");
+  structure->SetField("b", structure->GetField("a"), structure->GetFieldDocumentation("a"));
+  structure->SetField("a", structure->GetField("b"), structure->GetFieldDocumentation("a"));
+  EXPECT_EQ(structure->GetFieldDocumentation("a"), "shared by two");
+  EXPECT_EQ(structure->GetFieldDocumentation("b"), "shared by two");
 }
 
-TEST_P(MetaStructOfSizeTest, LetsGoOfEveryValue) {
+TEST_P(MetaStructOfSizeTest, ReleasesEveryValue) {
   const auto value = MetaInt::New(100);
   {
-    const auto record = Filled();
-    for (const std::string& name : record->GetFieldNames()) {
-      record->SetField(name, value);
+    const auto structure = Filled();
+    for (const std::string& name : structure->GetFieldNames()) {
+      structure->SetField(name, value);
     }
-    record->SetField("a", value);
+    structure->SetField("a", value);
     EXPECT_EQ(value.use_count(), GetParam() + 2);
-    record->SetField("a", 1);
+    structure->SetField("a", 1);
     EXPECT_EQ(value.use_count(), GetParam() + 1);
   }
   EXPECT_EQ(value.use_count(), 1);
@@ -990,7 +990,7 @@ struct ModelField {
 
 using Model = std::map<std::string, ModelField>;
 
-void ExpectSame(const MetaStruct& record, const Model& model) {
+void ExpectSame(const MetaStruct& structure, const Model& model) {
   std::vector<std::string> names;
   std::string text = "{";
   for (const auto& [name, field] : model) {
@@ -998,33 +998,33 @@ void ExpectSame(const MetaStruct& record, const Model& model) {
     text += "'" + name + "' => '" + field.text + "', ";
     const std::string documentation =
         field.documentation.empty() ? "Documentation missing" : field.documentation;
-    ASSERT_EQ(record.GetFieldDocumentation(name), documentation);
+    ASSERT_EQ(structure.GetFieldDocumentation(name), documentation);
   }
-  ASSERT_EQ(record.GetFieldNames(), names);
-  ASSERT_EQ(record.ToString(), text + "}");
+  ASSERT_EQ(structure.GetFieldNames(), names);
+  ASSERT_EQ(structure.ToString(), text + "}");
 }
 
 void RunAgainstModel(Random& random, std::size_t poolSize) {
   SCOPED_TRACE("names " + std::to_string(poolSize));
-  const auto record = MetaStruct::New("Rec");
+  const auto structure = MetaStruct::New("Rec");
   Model model;
   for (int step = 0; step < 400; ++step) {
     const std::size_t pick = random.Below(poolSize);
-    // Every eleventh name is longer than layouts take.
+    // Every eleventh name is too long for a layout.
     const std::string name = std::to_string(pick) + std::string(pick % 11 == 10 ? 300 : 0, 'n');
     if (random.Chance(25)) {
-      record->RemoveField(name);
+      structure->RemoveField(name);
       model.erase(name);
     } else {
       const ModelField field = {std::to_string(step), random.Chance(33) ? "doc" : ""};
-      record->SetField(name, MetaString::New(field.text), field.documentation);
+      structure->SetField(name, MetaString::New(field.text), field.documentation);
       model[name] = field;
     }
     if (step % 20 == 0) {
-      ASSERT_NO_FATAL_FAILURE(ExpectSame(*record, model));
+      ASSERT_NO_FATAL_FAILURE(ExpectSame(*structure, model));
     }
   }
-  ASSERT_NO_FATAL_FAILURE(ExpectSame(*record, model));
+  ASSERT_NO_FATAL_FAILURE(ExpectSame(*structure, model));
 }
 
 TEST(MetaStructTest, BehavesAsAnOrderedMapWould) {
@@ -1040,18 +1040,18 @@ TEST(MetaStructTest, BehavesAsAnOrderedMapWould) {
 // Hostile sizes.
 
 void ExpectToTakeFields(const std::vector<int>& order) {
-  const auto record = MetaStruct::New("Rec");
+  const auto structure = MetaStruct::New("Rec");
   for (const int field : order) {
-    record->SetField(std::to_string(10000000 + field), field);
+    structure->SetField(std::to_string(10000000 + field), field);
   }
-  const std::vector<std::string> names = record->GetFieldNames();
+  const std::vector<std::string> names = structure->GetFieldNames();
   ASSERT_EQ(names.size(), order.size());
   EXPECT_EQ(names.front(), "10000000");
   EXPECT_TRUE(std::is_sorted(names.begin(), names.end()));
-  EXPECT_EQ(record->GetField("10076543")->ToString(), "76543");
-  EXPECT_FALSE(record->HasField("1007654"));
+  EXPECT_EQ(structure->GetField("10076543")->ToString(), "76543");
+  EXPECT_FALSE(structure->HasField("1007654"));
   Errors errors;
-  EXPECT_TRUE(record->IsSameStructure(record, &errors));
+  EXPECT_TRUE(structure->IsSameStructure(structure, &errors));
   EXPECT_THAT(errors, IsEmpty());
 }
 
@@ -1061,48 +1061,48 @@ std::vector<int> Ascending(int count) {
   return order;
 }
 
-TEST(MetaStructTest, TakesAMillionFields) { ExpectToTakeFields(Ascending(1000000)); }
+TEST(MetaStructTest, HandlesAMillionFields) { ExpectToTakeFields(Ascending(1000000)); }
 
-TEST(MetaStructTest, TakesManyFieldsFromTheLastToTheFirst) {
+TEST(MetaStructTest, AcceptsManyFieldsInDescendingOrder) {
   std::vector<int> order = Ascending(100000);
   std::reverse(order.begin(), order.end());
   ExpectToTakeFields(order);
 }
 
-TEST(MetaStructTest, TakesManyFieldsInNoOrder) {
+TEST(MetaStructTest, AcceptsManyFieldsInRandomOrder) {
   std::vector<int> order = Ascending(100000);
   std::shuffle(order.begin(), order.end(), std::mt19937(1));
   ExpectToTakeFields(order);
 }
 
-TEST(MetaStructTest, TakesNamesAndTextsOfManyBytes) {
+TEST(MetaStructTest, AcceptsLongNamesAndStrings) {
   const std::string name(100000, 'n');
-  const auto record = MetaStruct::New("Rec");
-  record->SetField("a", 1);
-  record->SetField(name, MetaString::New(name), name);
-  record->SetField(name + "x", 2);
-  EXPECT_EQ(record->GetField(name)->ToString(), name);
-  EXPECT_EQ(record->GetFieldDocumentation(name), name);
-  EXPECT_EQ(record->GetField(name + "x")->ToString(), "2");
-  EXPECT_EQ(record->GetField("a")->ToString(), "1");
-  EXPECT_THAT(record->GetFieldNames(), ElementsAre("a", name, name + "x"));
+  const auto structure = MetaStruct::New("Rec");
+  structure->SetField("a", 1);
+  structure->SetField(name, MetaString::New(name), name);
+  structure->SetField(name + "x", 2);
+  EXPECT_EQ(structure->GetField(name)->ToString(), name);
+  EXPECT_EQ(structure->GetFieldDocumentation(name), name);
+  EXPECT_EQ(structure->GetField(name + "x")->ToString(), "2");
+  EXPECT_EQ(structure->GetField("a")->ToString(), "1");
+  EXPECT_THAT(structure->GetFieldNames(), ElementsAre("a", name, name + "x"));
 }
 
-// Structures in structures, or with a list of structures between each two of them.
+// Structures nested directly, or through lists of structures.
 std::shared_ptr<MetaStruct> Nested(int depth, bool hasLists) {
-  auto record = RecordOf({"leaf"});
+  auto structure = StructureOf({"leaf"});
   for (int level = 0; level < depth; ++level) {
     auto outer = MetaStruct::New("Rec");
     if (hasLists) {
-      const auto list = MetaList::New(MetaType::Struct, record);
-      list->Add(record);
+      const auto list = MetaList::New(MetaType::Struct, structure);
+      list->Add(structure);
       outer->SetField("in", list);
     } else {
-      outer->SetField("in", record);
+      outer->SetField("in", structure);
     }
-    record = std::move(outer);
+    structure = std::move(outer);
   }
-  return record;
+  return structure;
 }
 
 constexpr int kDeep = 10000;
@@ -1115,7 +1115,7 @@ TEST(MetaStructTest, PrintsDeepNestingOnAFlatStack) {
     expected += "', }";
   }
   expected.insert(0, opening);
-  // Compared by hand: a failure shall not print it all.
+  // Not EXPECT_EQ: a failure must not print the whole string.
   EXPECT_TRUE(Nested(kDeep, false)->ToString() == expected);
   EXPECT_TRUE(Nested(kDeep, true)->ToString() == expected);
 }
@@ -1138,43 +1138,43 @@ TEST(MetaStructTest, ReportsADeepDifferenceAtEachLevel) {
 
 TEST(MetaStructTest, DestroysDeepNestingOnAFlatStack) {
   for (const bool hasLists : {false, true}) {
-    auto record = Nested(20 * kDeep, hasLists);
-    const std::weak_ptr<MetaStruct> watched = record;
-    record.reset();
+    auto structure = Nested(20 * kDeep, hasLists);
+    const std::weak_ptr<MetaStruct> watched = structure;
+    structure.reset();
     EXPECT_TRUE(watched.expired());
   }
 }
 
 TEST(MetaStructTest, DestroysAChainOfDefinitionsOnAFlatStack) {
-  auto record = RecordOf({"a"});
-  const std::weak_ptr<MetaStruct> first = record;
+  auto structure = StructureOf({"a"});
+  const std::weak_ptr<MetaStruct> first = structure;
   for (int level = 0; level < 20 * kDeep; ++level) {
-    record = MetaStruct::New(record);
+    structure = MetaStruct::New(structure);
   }
   EXPECT_FALSE(first.expired());
-  record.reset();
+  structure.reset();
   EXPECT_TRUE(first.expired());
 }
 
-TEST(MetaStructTest, LetsGoOfAllValuesAtEachDepth) {
+TEST(MetaStructTest, ReleasesAllValuesAtEachDepth) {
   constexpr int kLevels = 100;
   const auto held = MetaInt::New(1000);
-  auto record = MetaStruct::New("Rec");
+  auto structure = MetaStruct::New("Rec");
   for (int level = 0; level < kLevels; ++level) {
     const auto list = MetaList::New(MetaType::Int);
     list->Add(held);
     auto outer = MetaStruct::New("Rec");
     outer->SetField("first", held);
-    outer->SetField("in", record);
+    outer->SetField("in", structure);
     outer->SetField("last", list);
-    record = std::move(outer);
+    structure = std::move(outer);
   }
   EXPECT_EQ(held.use_count(), 2 * kLevels + 1);
-  record.reset();
+  structure.reset();
   EXPECT_EQ(held.use_count(), 1);
 }
 
-// A value whose end is the end of a value that no other knows.
+// A value whose destructor destroys another value.
 class KeeperOfAnother : public LyingValue {
  public:
   explicit KeeperOfAnother(std::shared_ptr<MetaObject>& kept)
@@ -1188,25 +1188,25 @@ class KeeperOfAnother : public LyingValue {
 TEST(MetaStructTest, DestroysAValueThatDestroysAnother) {
   std::shared_ptr<MetaObject> kept = Nested(kDeep, true);
   const std::weak_ptr<MetaObject> watched = kept;
-  auto record = MetaStruct::New("Rec");
-  record->SetField("keeper", std::make_shared<KeeperOfAnother>(kept));
+  auto structure = MetaStruct::New("Rec");
+  structure->SetField("keeper", std::make_shared<KeeperOfAnother>(kept));
   for (int level = 0; level < 100; ++level) {
     auto outer = MetaStruct::New("Rec");
-    outer->SetField("in", record);
-    record = std::move(outer);
+    outer->SetField("in", structure);
+    structure = std::move(outer);
   }
-  record.reset();
+  structure.reset();
   EXPECT_TRUE(watched.expired());
 }
 
-TEST(MetaStructTest, LetsGoOfADeepValueThatItReplaces) {
-  const auto record = MetaStruct::New("Rec");
+TEST(MetaStructTest, ReleasesADeepValueThatItReplaces) {
+  const auto structure = MetaStruct::New("Rec");
   auto deep = Nested(20 * kDeep, false);
   const std::weak_ptr<MetaStruct> watched = deep;
-  record->SetField("a", deep);
+  structure->SetField("a", deep);
   deep.reset();
   EXPECT_FALSE(watched.expired());
-  record->SetField("a", 1);
+  structure->SetField("a", 1);
   EXPECT_TRUE(watched.expired());
 }
 

@@ -19,7 +19,7 @@ using Kestrel::Testing::Random;
 using Value = std::shared_ptr<MetaObject>;
 using Errors = std::vector<std::string>;
 
-// The comparison in its plainest form, field by field over the public operations.
+// The model of the comparison: field by field, with public operations only.
 bool IsSameByModel(const Value& mine, const Value& other, Errors* errors);
 
 void Tell(Errors* errors, const std::string& text) {
@@ -68,7 +68,7 @@ bool IsSameListByModel(const MetaList& mine, const MetaList& other, Errors* erro
   return true;
 }
 
-// Serves values of one kind only, as they meet in fields.
+// Only for two values of the same kind, as in fields.
 bool IsSameByModel(const Value& mine, const Value& other, Errors* errors) {
   if (mine->GetType() == MetaType::Struct) {
     return IsSameRecordByModel(static_cast<const MetaStruct&>(*mine),
@@ -81,30 +81,30 @@ bool IsSameByModel(const Value& mine, const Value& other, Errors* errors) {
   return true;
 }
 
-// Makes values that often have one shape and often nearly so.
+// Makes values whose shapes are often equal or nearly equal.
 class RandomValues {
  public:
   explicit RandomValues(Random& random) : random_(random) {}
 
   std::shared_ptr<MetaStruct> Record(unsigned depth) {
-    auto record = MetaStruct::New(Pick(12) == 0 ? "Other" : "Rec");
-    // Beyond the fields that a layout takes, now and then.
+    auto structure = MetaStruct::New(Pick(12) == 0 ? "Other" : "Rec");
+    // Sometimes more fields than a layout can have.
     const unsigned more = Pick(15) == 0 ? 70 : 0;
     for (unsigned field = 0; field < more; ++field) {
-      record->SetField("m" + std::to_string(field), 1);
+      structure->SetField("m" + std::to_string(field), 1);
     }
     for (const char* const name : {"c", "a", "b"}) {
       if (Pick(10) != 0) {
-        record->SetField(name, Any(depth, name[0]), Pick(3) == 0 ? "text" : "");
+        structure->SetField(name, Any(depth, name[0]), Pick(3) == 0 ? "text" : "");
       }
     }
-    return record;
+    return structure;
   }
 
  private:
   unsigned Pick(unsigned count) { return static_cast<unsigned>(random_.Below(count)); }
 
-  // The kind mostly goes with the name, so that shapes often agree.
+  // The kind mostly follows from the name, so that shapes are often equal.
   Value Any(unsigned depth, char name) {
     const unsigned kind = Pick(10) == 0 ? Pick(4) : static_cast<unsigned>(name - 'a');
     if (kind == 0 || depth == 0) {
@@ -129,7 +129,7 @@ TEST(ShapeComparisonTest, AgreesWithThePlainestForm) {
   RandomValues values(random);
   unsigned same = 0;
   for (unsigned round = 0; round < 5000; ++round) {
-    // Deeper than the quick look goes, now and then.
+    // Sometimes deeper than the fast path looks.
     const unsigned depth = round % 250 == 0 ? 9 : round % 4;
     const Value one = values.Record(depth);
     const Value other = values.Record(depth);

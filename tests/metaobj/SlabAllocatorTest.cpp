@@ -26,7 +26,7 @@ constexpr bool kHasSlabs = false;
 constexpr bool kHasSlabs = true;
 #endif
 
-TEST(SlabAllocatorTest, GivesBlocksThatDoNotOverlap) {
+TEST(SlabAllocatorTest, BlocksDoNotOverlap) {
   struct Block {
     unsigned char* bytes;
     std::size_t size;
@@ -46,7 +46,7 @@ TEST(SlabAllocatorTest, GivesBlocksThatDoNotOverlap) {
   }
 }
 
-TEST(SlabAllocatorTest, GivesAFreedBlockAgainForItsSize) {
+TEST(SlabAllocatorTest, ReusesAFreedBlockForItsSize) {
   if (!kHasSlabs) {
     GTEST_SKIP() << "the address sanitizer keeps freed blocks back";
   }
@@ -60,8 +60,8 @@ TEST(SlabAllocatorTest, GivesAFreedBlockAgainForItsSize) {
   Slab::Free(larger, 48);
 }
 
-// Enough for several of the largest chunks; the system's help with those is nobody's business.
-TEST(SlabAllocatorTest, LeavesTheErrorNumberAlone) {
+// Enough for several of the largest chunks, which make a system call that may fail.
+TEST(SlabAllocatorTest, DoesNotChangeErrno) {
   constexpr std::size_t kBlocks = 8 * 1024;
   std::vector<void*> blocks;
   errno = ENOTTY;
@@ -74,12 +74,12 @@ TEST(SlabAllocatorTest, LeavesTheErrorNumberAlone) {
   }
 }
 
-TEST(SlabAllocatorTest, ServesAllInstancesAlike) {
+TEST(SlabAllocatorTest, AllAllocatorsAreEqual) {
   EXPECT_TRUE(SlabAllocator<int>() == SlabAllocator<double>());
   EXPECT_FALSE(SlabAllocator<int>() != SlabAllocator<double>());
 }
 
-TEST(SlabAllocatorTest, PassesOnWhatDoesNotFit) {
+TEST(SlabAllocatorTest, AllocatesWhatDoesNotFitElsewhere) {
   SlabAllocator<long> several;
   long* const three = several.allocate(3);
   three[2] = 5;
@@ -117,7 +117,7 @@ TEST(SlabAllocatorTest, DestroysAValueAsWhatItWasMade) {
   EXPECT_EQ(held.use_count(), 1);
 }
 
-TEST(SlabAllocatorTest, TakesABlockBackInAnotherThread) {
+TEST(SlabAllocatorTest, ABlockMayBeFreedInAnotherThread) {
   constexpr int kBlocks = 1000;
   std::vector<std::shared_ptr<long>> values;
   for (int each = 0; each < kBlocks; ++each) {
@@ -140,7 +140,7 @@ TEST(SlabAllocatorTest, TakesABlockBackInAnotherThread) {
   }
 }
 
-// Memory does not pile up, whichever threads allocate and free it.
+// Memory does not accumulate, whichever threads allocate and free it.
 
 constexpr std::size_t kBlocks = 4096;
 constexpr std::size_t kSize = 64;
@@ -174,7 +174,7 @@ class SlabAllocatorThreadTest : public ::testing::Test {
   std::set<void*> used;
 };
 
-TEST_F(SlabAllocatorThreadTest, WhatOneThreadFreesServesTheOneThatAllocates) {
+TEST_F(SlabAllocatorThreadTest, ReusesWhatAnotherThreadHasFreed) {
   std::vector<void*> blocks;
   for (int round = 0; round < kRounds; ++round) {
     blocks = AllocateBlocks();
@@ -184,7 +184,7 @@ TEST_F(SlabAllocatorThreadTest, WhatOneThreadFreesServesTheOneThatAllocates) {
   EXPECT_LT(used.size(), 5 * kBlocks);
 }
 
-TEST_F(SlabAllocatorThreadTest, WhatThisThreadFreesServesThreadsThatAllocate) {
+TEST_F(SlabAllocatorThreadTest, NewThreadsReuseWhatThisThreadHasFreed) {
   std::vector<void*> blocks;
   for (int round = 0; round < kRounds; ++round) {
     std::thread([&blocks] { blocks = AllocateBlocks(); }).join();
@@ -194,7 +194,7 @@ TEST_F(SlabAllocatorThreadTest, WhatThisThreadFreesServesThreadsThatAllocate) {
   EXPECT_LT(used.size(), 5 * kBlocks);
 }
 
-TEST_F(SlabAllocatorThreadTest, AThreadThatEndsLeavesItsMemoryToTheNext) {
+TEST_F(SlabAllocatorThreadTest, ReusesTheMemoryOfAThreadThatHasEnded) {
   std::vector<void*> blocks;
   for (int round = 0; round < kRounds; ++round) {
     std::thread([&blocks] {
@@ -206,8 +206,8 @@ TEST_F(SlabAllocatorThreadTest, AThreadThatEndsLeavesItsMemoryToTheNext) {
   EXPECT_LT(used.size(), 5 * kBlocks);
 }
 
-// A few blocks each, so that what is left of a chunk matters.
-TEST_F(SlabAllocatorThreadTest, AThreadThatEndsLeavesTheRestOfItsChunkToTheNext) {
+// Each thread allocates one block, so that the rest of its chunk matters.
+TEST_F(SlabAllocatorThreadTest, ReusesTheRestOfTheChunkOfAThreadThatHasEnded) {
   constexpr std::uintptr_t kChunk = 16 * 1024;
   std::set<std::uintptr_t> chunks;
   for (int round = 0; round < 10 * kRounds; ++round) {
@@ -220,8 +220,8 @@ TEST_F(SlabAllocatorThreadTest, AThreadThatEndsLeavesTheRestOfItsChunkToTheNext)
   EXPECT_LT(chunks.size(), 20u);
 }
 
-// The destructor of a thread-local object runs after the thread has given its memory away.
-TEST_F(SlabAllocatorThreadTest, AThreadKeepsNothingOnItsWayOut) {
+// The destructor of a thread-local object runs after the memory of the thread went to the pool.
+TEST_F(SlabAllocatorThreadTest, ReusesWhatThreadLocalDestructorsFree) {
   struct Late {
     ~Late() {
       if (!blocks.empty()) {

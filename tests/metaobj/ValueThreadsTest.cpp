@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Values are built, read and destroyed in several threads at once. The tests check the results;
-// that no two accesses race is what the thread sanitizer checks while they run (./test tsan).
+// Values are built, read and destroyed in several threads at once. The tests check the results; the
+// thread sanitizer checks that there are no data races (./test tsan).
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -37,7 +37,7 @@ using Structure = std::shared_ptr<MetaStruct>;
 
 constexpr int kThreads = 8;
 
-// Runs `work` in all threads at once, each with a number from 0 on, and waits for all of them.
+// Runs `work` in all threads at once, with the thread's number as the argument, and joins them.
 void RunInThreads(const std::function<void(int)>& work) {
   std::atomic<int> ready{0};
   std::vector<std::thread> threads;
@@ -55,7 +55,7 @@ void RunInThreads(const std::function<void(int)>& work) {
   }
 }
 
-// Shapes, each of which takes another way through the library.
+// Shapes, each of which takes a different path through the library.
 
 Structure MakeFlat(long seed) {
   const Structure flat = MetaStruct::New("Flat");
@@ -67,7 +67,7 @@ Structure MakeFlat(long seed) {
   return flat;
 }
 
-// The fields come in another order, so the way to the same shape is another one.
+// The same shape, with the fields set in another order.
 Structure MakeFlatBackwards(long seed) {
   const Structure flat = MetaStruct::New("Flat");
   flat->SetField("Path", "/" + std::to_string(seed));
@@ -91,10 +91,10 @@ Structure MakeOfManyFields(std::size_t count, long seed) {
 // More fields than fit into the structure itself.
 Structure MakeWide(long seed) { return MakeOfManyFields(20, seed); }
 
-// More fields than a shared layout takes.
+// More fields than a layout can have.
 Structure MakeTooWide(long seed) { return MakeOfManyFields(70, seed); }
 
-// A name longer than a shared layout takes.
+// A name that is too long for a layout.
 Structure MakeLongNamed(long seed) {
   const Structure named = MetaStruct::New("Named");
   named->SetField("short", seed);
@@ -141,7 +141,7 @@ Structure MakeDeep(long seed) {
   return deep;
 }
 
-// A type whose layouts come and go: most rounds make it for the first time.
+// A type whose layouts are made and destroyed again and again.
 Structure MakeRare(long seed) {
   const Structure rare = MetaStruct::New("Rare" + std::to_string(seed % 3));
   rare->SetField("a" + std::to_string(seed % 5), seed);
@@ -208,7 +208,7 @@ TEST(ValueThreadsTest, AllThreadsReadTheSameValues) {
   });
 }
 
-// Making a structure or a list from a definition locks the definition, which all threads may do.
+// Making a structure or a list from a definition locks the definition. All threads may do so.
 TEST(ValueThreadsTest, AllThreadsUseOneDefinition) {
   constexpr int kRounds = 50;
   for (int round = 0; round < kRounds; ++round) {
@@ -229,7 +229,7 @@ TEST(ValueThreadsTest, AllThreadsUseOneDefinition) {
   }
 }
 
-// Values on their way from a thread that builds to a thread that destroys.
+// Passes values from a thread that builds them to a thread that destroys them.
 class Queue {
  public:
   void Push(std::vector<Value> values) {
@@ -292,7 +292,7 @@ TEST(ValueThreadsTest, AnyThreadMayBeTheLastOwner) {
   });
 }
 
-// What a thread built stays usable when the thread has ended, and its memory serves others.
+// Values stay valid when the thread that built them has ended.
 TEST(ValueThreadsTest, ValuesOutliveTheThreadThatBuiltThem) {
   constexpr int kRounds = 50;
   for (int round = 0; round < kRounds; ++round) {
@@ -308,7 +308,7 @@ TEST(ValueThreadsTest, ValuesOutliveTheThreadThatBuiltThem) {
   }
 }
 
-// A thread-local object may hold values, which it destroys after the thread's other work.
+// Thread-local objects are destroyed last, after the memory of the thread went to the pool.
 TEST(ValueThreadsTest, AThreadLocalObjectMayHoldValues) {
   RunInThreads([](int number) {
     struct Holder {

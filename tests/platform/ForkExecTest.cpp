@@ -40,7 +40,7 @@ int ExitStatusOf(const Started& started) {
   return WEXITSTATUS(status);
 }
 
-/// A file of a temporary folder, open for writing and not inherited.
+/// A file in a temporary folder, open for writing, with close-on-exec.
 class OpenFile {
  public:
   explicit OpenFile(const std::string& path)
@@ -54,7 +54,7 @@ class OpenFile {
   int fd_;
 };
 
-TEST(ForkExecTest, GivesTheChildTheMappedDescriptorsOnly) {
+TEST(ForkExecTest, TheChildHasOnlyTheMappedDescriptors) {
   const ScopedTempDir folder;
   const OpenFile file(folder.GetPath("out"));
   const OpenFile other(folder.GetPath("other"));

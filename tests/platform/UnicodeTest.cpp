@@ -37,7 +37,7 @@ std::string Encode(unsigned long point) {
           static_cast<char>(0x80 | (point >> 6 & 0x3F)), static_cast<char>(0x80 | (point & 0x3F))};
 }
 
-// Which sequences of up to three bytes encode a code point, found by encoding them all.
+// The sequences of up to three bytes that encode a code point, found by encoding all of them.
 class KnownSequences {
  public:
   KnownSequences() {
@@ -50,7 +50,7 @@ class KnownSequences {
 
   bool Contains(const std::string& bytes) const { return known_[Key(bytes)]; }
 
-  // Whether three bytes are known sequences one behind the other.
+  // Whether three bytes consist of valid sequences.
   bool IsMadeOfThem(std::size_t threeBytes) const {
     const auto bytes = [threeBytes](unsigned first, unsigned count) {
       const std::size_t rest = threeBytes >> (8 * (3 - first - count));
@@ -62,7 +62,7 @@ class KnownSequences {
   }
 
  private:
-  // The bytes behind a leading 1, so that lengths differ.
+  // The bytes after a leading 1, so that the length is part of the number.
   static std::size_t Key(const std::string& bytes) {
     std::size_t key = 1;
     for (const char byte : bytes) {
@@ -74,7 +74,7 @@ class KnownSequences {
   std::vector<bool> known_ = std::vector<bool>(std::size_t{1} << 25, false);
 };
 
-// The first known sequence at the front, else a bad byte; then the rest.
+// The valid sequence at the beginning or an invalid byte, then the rest in the same way.
 std::string EscapeByTable(const KnownSequences& known, const std::string& bytes) {
   std::string text;
   for (std::size_t at = 0; at < bytes.size();) {
@@ -99,7 +99,7 @@ std::string EscapeByTable(const KnownSequences& known, const std::string& bytes)
 void ExpectAsByTable(const KnownSequences& known, const std::string& bytes) {
   const std::string expected = EscapeByTable(known, bytes);
   ASSERT_EQ(IsValid(bytes), expected == bytes) << expected;
-  // A NUL would end the text early.
+  // A NUL would end the string early.
   if (bytes.find('\0') == std::string::npos) {
     ASSERT_EQ(Escape(bytes), expected);
   }
@@ -132,10 +132,10 @@ TEST(UnicodeTest, AgreesWithATableOnAllSequencesOfThreeBytes) {
   }
 }
 
-TEST(UnicodeTest, EscapesAsATableTellsForSequencesOfThreeBytes) {
+TEST(UnicodeTest, EscapesSequencesOfThreeBytesAsTheModelDoes) {
   const KnownSequences known;
   std::string bytes(3, '\0');
-  // Bytes at the bounds of every range that the encoding knows.
+  // The first and last bytes of all ranges of the encoding.
   const std::string bounds =
       "\x01\x7F\x80\x8F\x90\x9F\xA0\xBF\xC0\xC1\xC2\xDF\xE0\xE1\xEC\xED\xEE\xEF\xF0\xF4\xF5\xFF";
   for (const char first : bounds) {
@@ -158,7 +158,7 @@ TEST(UnicodeTest, AcceptsEveryCodePoint) {
   }
 }
 
-TEST(UnicodeTest, RefusesWhatLiesAboveTheLastCodePoint) {
+TEST(UnicodeTest, RefusesCodePointsAboveTheLast) {
   EXPECT_TRUE(IsValid("\xF4\x8F\xBF\xBF"));
   EXPECT_FALSE(IsValid("\xF4\x90\x80\x80"));
   EXPECT_FALSE(IsValid("\xF5\x80\x80\x80"));
@@ -225,7 +225,7 @@ TEST(UnicodeTest, LooksAtSoManyBytesAndNoMore) {
   EXPECT_TRUE(Unicode_IsBufferValid("\xFF", 0, 0));
 }
 
-TEST(UnicodeTest, TakesNothingAsEmpty) {
+TEST(UnicodeTest, NullIsEmpty) {
   EXPECT_TRUE(Unicode_IsBufferValid(nullptr, -1, 0));
   EXPECT_TRUE(Unicode_IsBufferValid("", -1, 0));
   EXPECT_EQ(Escape(""), "");

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What the audit library is told, which only a program can see that holds the library's objects.
+// The audit parameters, which are visible only to a program that links the library's objects.
 
 #include <gmock/gmock.h>
 #include <unistd.h>
@@ -68,7 +68,7 @@ TEST_F(CliDispatcherAuditTest, AnUnknownUserIsEmpty) {
   }
 }
 
-TEST_F(CliDispatcherAuditTest, TheUserIsForgottenWhenAnUnknownWordThrows) {
+TEST_F(CliDispatcherAuditTest, TheUserIsRestoredWhenAnUnknownWordThrows) {
   const ScopedEnvironment user("OPR_USERNAME", "alice");
   EXPECT_THROW(Handle("nosuch"), KestrelException);
   EXPECT_EQ("before", AuditTls::GetAuditParam("user"));

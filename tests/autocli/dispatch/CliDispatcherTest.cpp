@@ -97,7 +97,7 @@ const char* const kRootListing =
     "\n"
     "\n";
 
-// Writes what it is given, so that a test sees the formatter's side of the call.
+// Prints its arguments, so that a test sees what a formatter receives.
 class ShowingFormatter : public Formatter {
  public:
   ShowingFormatter() : Formatter("showing") {}
@@ -146,7 +146,7 @@ class CliDispatcherTest : public ::testing::Test {
     RegisterAt(dispatcher.GetRootNamespace(), {"try", "say"}, command);
   }
 
-  // The command takes a text "name" (-n), a flag "force" (-f) and a secret "password".
+  // The command has a string "name" (-n), a flag "force" (-f) and a secret "password".
   void DeclareParameters() {
     auto spec = InputSpec::New();
     const auto name = ParameterSpec::New("name", ParameterType::String);
@@ -191,7 +191,7 @@ class CliDispatcherTest : public ::testing::Test {
     return handled;
   }
 
-  // Applies the dispatcher options alone; the errors found are the result.
+  // Applies only the dispatcher options and returns the error messages.
   Tokens Apply(Tokens tokens) {
     OptionParser parser = Parse(std::move(tokens));
     const auto output = CommandOutput::New();
@@ -199,7 +199,7 @@ class CliDispatcherTest : public ::testing::Test {
     return output->GetErrors();
   }
 
-  // The structure that describes what lies below `node`.
+  // The structure that describes the children of `node`.
   std::shared_ptr<MetaStruct> List(const std::shared_ptr<NamespaceNode>& node) {
     const auto output = CommandOutput::New();
     const StreamCapture out(STDOUT_FILENO);
@@ -214,7 +214,7 @@ class CliDispatcherTest : public ::testing::Test {
 
 using CliDispatcherDeathTest = CliDispatcherTest;
 
-// The way out of the process.
+// Ending the process.
 
 TEST_F(CliDispatcherDeathTest, HandleArgvInputExitsWithZeroWhenTheCommandRan) {
   const char* const argv[] = {"tool", "try", "say"};
@@ -277,7 +277,7 @@ TEST_F(CliDispatcherTest, AnUnknownWordPassesOutOfEachOperation) {
   EXPECT_EQ(0, command->executions);
 }
 
-TEST_F(CliDispatcherTest, AWordBehindACommandPassesOutLikewise) {
+TEST_F(CliDispatcherTest, AWordAfterACommandThrowsToo) {
   EXPECT_THAT(
       [&] {
         Handle({"try", "say", "extra"});
@@ -325,7 +325,7 @@ TEST_F(CliDispatcherTest, PrintsEveryMistakeInTheParametersAndRunsNothing) {
   EXPECT_EQ(0, command->executions);
 }
 
-TEST_F(CliDispatcherTest, ExtraWordsBehindTheParametersAreAnError) {
+TEST_F(CliDispatcherTest, ExtraWordsAfterTheParametersAreAnError) {
   DeclareParameters();
   const Handled handled = Handle({"try", "say", "--name", "x", "y"});
   EXPECT_FALSE(handled.result);
@@ -386,7 +386,7 @@ TEST_F(CliDispatcherTest, AnOutputOfAnotherTypeHasNoFormatterOfItsOwn) {
   EXPECT_EQ("ran\n", Handle({"--formatter=simple", "try", "say"}).out);
 }
 
-TEST_F(CliDispatcherTest, TheUsersChoicesLieOverTheCommandsDefaults) {
+TEST_F(CliDispatcherTest, TheUsersChoicesOverrideTheCommandsDefaults) {
   command->SetDefaultOutputFormatter("showing");
   command->SetDefaultOutputParameter("aa", "default");
   command->SetDefaultOutputParameter("bb", "default");
@@ -417,14 +417,14 @@ TEST_F(CliDispatcherTest, TheHelpFormatterIsNotOneThatAUserCanChoose) {
   EXPECT_EQ(1, command->executions);
 }
 
-// A command node that is not a command: nothing runs, and nobody complains.
+// A node with the type of a command that is not a Command: nothing runs, and there is no message.
 class BareCommand : public CommandSpec {
  public:
   std::shared_ptr<InputSpec> GetInputSpecInternal() override { return InputSpec::New(); }
   std::shared_ptr<OutputSpec> GetOutputSpecInternal() override { return OutputSpec::New(); }
 };
 
-TEST_F(CliDispatcherTest, ACommandThatCannotRunIsDoneWithoutAWord) {
+TEST_F(CliDispatcherTest, ACommandThatCannotRunSucceedsSilently) {
   RegisterAt(dispatcher.GetRootNamespace(), {"try", "bare"}, std::make_shared<BareCommand>());
   const Handled handled = Handle({"try", "bare"});
   EXPECT_TRUE(handled.result);
@@ -432,7 +432,7 @@ TEST_F(CliDispatcherTest, ACommandThatCannotRunIsDoneWithoutAWord) {
   EXPECT_EQ("", handled.err);
 }
 
-// A plug-in's own kind of node, which claims to be whatever a test asks for.
+// A plug-in's own class of nodes, with whatever type a test sets.
 class OddNode : public NamespaceNode {
  public:
   explicit OddNode(NodeType type) : type_(type) {}
@@ -450,7 +450,7 @@ class OddNode : public NamespaceNode {
   std::weak_ptr<NamespaceNode> parent_;
 };
 
-// A plug-in's own namespace, which counts how often it is asked.
+// A plug-in's own namespace, which counts the calls of ResolveNode.
 class CountingNamespace : public Namespace {
  public:
   std::shared_ptr<NamespaceNode> ResolveNode(std::list<std::string>& path) override {
@@ -469,7 +469,7 @@ TEST_F(CliDispatcherTest, ACommandLineIsResolvedOnce) {
   EXPECT_EQ(1, counting->resolutions);
 }
 
-// The listing.
+// Listing children.
 
 TEST_F(CliDispatcherTest, WithoutWordsTheRootIsListed) {
   const Handled handled = Handle(Tokens{});
@@ -550,7 +550,7 @@ TEST_F(CliDispatcherTest, TheListingIsWrappedToTheScreenWidth) {
       handled.out.substr(handled.out.find("vexil "), 110));
 }
 
-TEST_F(CliDispatcherTest, ANodeThatLeadsNowhereListsTheRootOnlyForHelp) {
+TEST_F(CliDispatcherTest, ANodeThatResolvesToNullListsTheRootOnlyForHelp) {
   dispatcher.GetRootNamespace()->RegisterNamespaceNode(
       std::make_shared<OddNode>(NodeType::Namespace), "odd");
   const Handled silent = Handle({"odd", "nosuch", "--name", "x"});
@@ -615,7 +615,7 @@ TEST_F(CliDispatcherTest, EveryMistakeInTheOptionsIsReportedAndTheCommandDoesNot
   EXPECT_EQ(0, command->executions);
 }
 
-TEST_F(CliDispatcherTest, TheFormatterGoesToTheParameters) {
+TEST_F(CliDispatcherTest, TheFormatterIsSetInTheParameters) {
   EXPECT_THAT(Apply({"--formatter", "xml"}), IsEmpty());
   EXPECT_EQ("xml", params.GetFormatter());
   EXPECT_THAT(Apply({}), IsEmpty());
@@ -653,7 +653,7 @@ TEST_F(CliDispatcherTest, FormatParametersWithoutKeyOrValueAreRefused) {
   EXPECT_THAT(params.GetParameters(), ElementsAre(Pair("good", "x")));
 }
 
-TEST_F(CliDispatcherTest, PluginsThatCannotBeLoadedAreToldAtOnceAndPassedOver) {
+TEST_F(CliDispatcherTest, PluginsThatCannotBeLoadedAreReportedAndSkipped) {
   const ScopedTempDir folder;
   folder.MakeDirectory("first");
   const std::string broken = folder.Write("second/broken.so", "text");
@@ -727,7 +727,7 @@ TEST_F(CliDispatcherTest, TheWidthBelongsToOneDispatcher) {
   EXPECT_EQ(5, display.width);
 }
 
-TEST_F(CliDispatcherTest, TheTerminalTellsItsSizeAndTheOptionReplacesTheWidth) {
+TEST_F(CliDispatcherTest, TheSizeIsTheTerminalsAndTheOptionReplacesTheWidth) {
   PseudoTerminal terminal;
   terminal.SetSize(123, 45);
   terminal.Start([this] {
@@ -761,7 +761,7 @@ TEST_F(CliDispatcherTest, PrintErrorPrintsNothingWithoutErrors) {
   EXPECT_EQ("Errors: \n\nsecond\n", err.GetText());
 }
 
-TEST_F(CliDispatcherTest, MessagesAreBlindToTheStateOfTheStream) {
+TEST_F(CliDispatcherTest, MessagesIgnoreTheStateOfTheStream) {
   StreamCapture err(STDERR_FILENO);
   const auto output = CommandOutput::New();
   output->AddErrorMessage("only");
@@ -793,7 +793,7 @@ TEST_F(CliDispatcherTest, AStreamsResultIsThatOfItsLastLine) {
   EXPECT_TRUE(HandleStream("try\ntry say\n").result);
 }
 
-TEST_F(CliDispatcherTest, AStreamWithNothingToHandleIsAllRight) {
+TEST_F(CliDispatcherTest, AStreamWithNothingToHandleSucceeds) {
   EXPECT_TRUE(HandleStream("").result);
   EXPECT_TRUE(HandleStream("\n  \n# x\n\"\"").result);
 }
@@ -865,14 +865,14 @@ TEST_F(CliDispatcherTest, InputFromAFolderOrFromNowhereIsAnError) {
   EXPECT_EQ("Unable to open file \n", empty.err);
 }
 
-// From here on every read from `descriptor` fails.
+// Makes every further read from `descriptor` fail.
 void BreakReads(int descriptor) {
   const int unreadable = open("/dev/null", O_WRONLY);
   dup2(unreadable, descriptor);
   close(unreadable);
 }
 
-// The descriptor that this process holds `path` open with.
+// The descriptor of this process for the open file `path`.
 int FindDescriptor(const std::string& path) {
   for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
     std::error_code isGone;
@@ -883,10 +883,10 @@ int FindDescriptor(const std::string& path) {
   throw std::runtime_error("Nobody holds " + path);
 }
 
-// A line that runs a command, and more behind it than one read brings.
+// A line that runs a command, followed by more bytes than one read returns.
 const std::string kLongLines = "try say\n" + std::string(100000, '#') + "\ntry say\n";
 
-TEST_F(CliDispatcherTest, AFileThatBreaksOffIsAnErrorWhateverItsLastLineGave) {
+TEST_F(CliDispatcherTest, AFailedReadOfAFileIsAnErrorWhateverTheLastLine) {
   const ScopedTempDir folder;
   const std::string file = folder.Write("lines", kLongLines);
   command->work = [&file](const auto&, const auto& output) {
@@ -899,7 +899,7 @@ TEST_F(CliDispatcherTest, AFileThatBreaksOffIsAnErrorWhateverItsLastLineGave) {
   EXPECT_EQ("Unable to read file " + file + "\n", handled.err);
 }
 
-TEST_F(CliDispatcherTest, StandardInputThatBreaksOffIsAnErrorWhateverItsLastLineGave) {
+TEST_F(CliDispatcherTest, AFailedReadOfStandardInputIsAnErrorWhateverTheLastLine) {
   command->work = [](const auto&, const auto& output) {
     BreakReads(STDIN_FILENO);
     output->SetRootObject(MetaString::New("done"));
@@ -911,7 +911,7 @@ TEST_F(CliDispatcherTest, StandardInputThatBreaksOffIsAnErrorWhateverItsLastLine
   EXPECT_EQ("Unable to read standard input\n", handled.err);
 }
 
-// Gives one line; the next one is more than memory holds.
+// Returns one line; the next one does not fit into memory.
 class OverlongInput : public std::streambuf {
  public:
   OverlongInput() : original_(std::cin.rdbuf(this)) {
@@ -935,7 +935,7 @@ TEST_F(CliDispatcherTest, ALineThatMemoryDoesNotHoldIsAnError) {
   EXPECT_EQ("Unable to read standard input\n", handled.err);
 }
 
-TEST_F(CliDispatcherTest, AnEmptyFileIsAllRight) {
+TEST_F(CliDispatcherTest, AnEmptyFileSucceeds) {
   const ScopedTempDir folder;
   const Handled handled = Handle({"--input", folder.Write("lines", "")});
   EXPECT_TRUE(handled.result);

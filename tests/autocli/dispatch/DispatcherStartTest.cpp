@@ -12,7 +12,7 @@ int preparations = 0;
 
 }  // namespace
 
-// In this program the library calls this function, not the platform's.
+// The library calls this function in this program, not that of the platform.
 void FeatureState_InitDeltaMode() { ++preparations; }
 
 namespace Kestrel::AutoCli {

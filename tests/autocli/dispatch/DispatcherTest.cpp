@@ -55,7 +55,7 @@ using Testing::StreamCapture;
 using Testing::TestPluginPath;
 using testing::ThrowsMessage;
 
-// A formatter that prints its name and the root object, or does what the test sets.
+// A formatter that prints its name and the root object, or does what a test sets.
 class SampleFormatter : public Formatter {
  public:
   explicit SampleFormatter(const std::string& formatterName) : Formatter(formatterName) {}
@@ -100,7 +100,7 @@ class SamplePlugin : public Plugin {
         });
     return formatter != formatters.end() ? *formatter : nullptr;
   }
-  // Not const: an override may return more than it must.
+  // An override may return a reference to a non-const vector.
   std::vector<std::shared_ptr<Formatter>>& GetFormatters() override { return formatters; }
 
   std::function<void(const std::shared_ptr<Namespace>&)> registration;
@@ -114,7 +114,7 @@ class SamplePlugin : public Plugin {
 
 class DispatcherTest : public testing::Test {
  protected:
-  // Runs the command on `path` without parameters; the text of its result, or of its errors.
+  // Runs the command at `path` without parameters; returns its result or its errors as a string.
   std::string Run(std::initializer_list<const char*> path) {
     const std::shared_ptr<CommandOutput> output = CommandOutput::New();
     if (dispatcher_.ExecuteCommand(MakeCommandInput(path), output)) {
@@ -200,7 +200,7 @@ TEST_F(DispatcherTest, AddPluginLetsAFailedRegistrationPassWithItsContext) {
   EXPECT_THAT(dispatcher_.GetPluginNames(), ElementsAre("Internal"));
 }
 
-// Plug-ins that fail, and their code.
+// Plug-ins that fail, and whether their code stays loaded.
 
 struct FailingPlugin {
   const char* name;
@@ -394,7 +394,7 @@ TEST_F(DispatcherTest, AMissingDirectoryIsReportedOnRequestOnly) {
   EXPECT_EQ(err.GetText(), "Unable to open directory " + missing + " for plugin registration\n");
 }
 
-// Standard error is a socket that keeps the borders of what is written, for as long as it lives.
+// Redirects standard error to a socket that preserves the boundaries of writes.
 class WrittenPieces {
  public:
   WrittenPieces() : original_(dup(STDERR_FILENO)) {
@@ -410,7 +410,7 @@ class WrittenPieces {
   WrittenPieces(const WrittenPieces&) = delete;
   WrittenPieces& operator=(const WrittenPieces&) = delete;
 
-  // The next piece, empty when nothing more was written.
+  // Returns the next write, empty if there is none.
   std::string Next() {
     char piece[4096];
     const ssize_t length = recv(ends_[1], piece, sizeof piece, MSG_DONTWAIT);
@@ -546,7 +546,7 @@ TEST_F(DispatcherTest, LoadsAThousandSharedObjects) {
 
 // Registration and formatters.
 
-TEST_F(DispatcherTest, RegisterPluginHandsOutTheRootAndDoesNotInitialize) {
+TEST_F(DispatcherTest, RegisterPluginPassesTheRootAndDoesNotInitialize) {
   const auto plugin = std::make_shared<SamplePlugin>("Sample");
   std::shared_ptr<Namespace> seen;
   plugin->registration = [&](const auto& root) { seen = root; };
@@ -587,7 +587,7 @@ TEST_F(DispatcherTest, FormattersAreFoundByNameAndListedInByteOrder) {
   EXPECT_EQ(names.back(), "zeta");
 }
 
-TEST_F(DispatcherTest, TheOwnerHasTheLastWordAboutAFormatter) {
+TEST_F(DispatcherTest, TheOwnerDecidesAboutAFormatter) {
   const auto plugin =
       std::make_shared<SamplePlugin>("Sample", std::vector<std::string>{"zeta", "eta"});
   dispatcher_.RegisterPlugin(plugin);
@@ -635,7 +635,7 @@ TEST_F(DispatcherTest, OnePluginMayOfferANameTwice) {
   EXPECT_EQ(dispatcher_.GetFormatter("zeta"), plugin->formatters[0]);
 }
 
-TEST_F(DispatcherTest, AFailedRegistrationIsToldBeforeAFormatterWhoseNameIsTaken) {
+TEST_F(DispatcherTest, AFailedRegistrationIsReportedBeforeAFormatterWhoseNameIsTaken) {
   const auto plugin = std::make_shared<SamplePlugin>("Second", std::vector<std::string>{"table"});
   plugin->registration = [](const auto&) { throw KestrelException("both at once."); };
   EXPECT_THAT([&] { dispatcher_.RegisterPlugin(plugin); },
@@ -666,7 +666,7 @@ TEST_F(DispatcherTest, AnUnknownWordGivesTwoErrors) {
   EXPECT_THAT(input->GetCommandPath(), ElementsAre("network", "bogus"));
 }
 
-TEST_F(DispatcherTest, AWordBehindACommandGivesTwoErrors) {
+TEST_F(DispatcherTest, AWordAfterACommandCausesTwoErrors) {
   Register({"network", "ip", "list"}, MakeAnsweringCommand("here"));
   EXPECT_EQ(Run({"network", "ip", "list", "extra", "more"}),
             "Unable to find a namespace or command with the name 'extra more' on the command "
@@ -680,20 +680,20 @@ TEST_F(DispatcherTest, APathOfNoWordsFindsNoCommand) {
   EXPECT_THAT(output_->GetErrors(), ElementsAre("Unable to find command"));
 }
 
-TEST_F(DispatcherTest, APathThatStopsAtANamespaceGivesOneError) {
+TEST_F(DispatcherTest, APathToANamespaceCausesOneError) {
   const std::shared_ptr<CommandInput> input = MakeCommandInput({"vexil", "command"});
   EXPECT_FALSE(dispatcher_.ExecuteCommand(input, output_));
   EXPECT_THAT(output_->GetErrors(), ElementsAre("Path refers to a namespace, not a command."));
 }
 
-// A leaf that declares but cannot run.
+// A leaf with a declaration that cannot be run.
 class BareSpec : public CommandSpec {
  public:
   std::shared_ptr<CallSpec::InputSpec> GetInputSpecInternal() override { return nullptr; }
   std::shared_ptr<CallSpec::OutputSpec> GetOutputSpecInternal() override { return nullptr; }
 };
 
-TEST_F(DispatcherTest, ANodeOfTheKindCommandThatIsNoneGivesNoMessage) {
+TEST_F(DispatcherTest, ANodeOfTheTypeCommandThatIsNoCommandAddsNoMessage) {
   RegisterAt(dispatcher_.GetRootNamespace(), {"bare"}, std::make_shared<BareSpec>());
   const std::shared_ptr<CommandInput> input = MakeCommandInput({"bare"});
   EXPECT_EQ(dispatcher_.GetCommand(input, output_), nullptr);
@@ -711,7 +711,7 @@ std::shared_ptr<SampleCommand> MakeDeletingCommand() {
   return command;
 }
 
-TEST_F(DispatcherTest, ExecuteCommandGivesTheInputItsSpecificationAndRuns) {
+TEST_F(DispatcherTest, ExecuteCommandPassesTheSpecificationToTheInputAndRuns) {
   const std::shared_ptr<SampleCommand> command = MakeDeletingCommand();
   std::string seen;
   command->work = [&](const auto& input, const auto& output) {
@@ -819,7 +819,7 @@ class DispatcherFormatTest : public DispatcherTest {
     return dynamic_cast<SampleFormatter&>(*plugin_->formatters.front());
   }
 
-  // Formats with the formatter `name` into `printed_`.
+  // Formats with the formatter `name` to `printed_`.
   bool Format(const std::string& name) {
     params_.SetFormatter(name);
     return dispatcher_.FormatOutput(output_, params_, display_, printed_);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The scanner of --format-param against the regular expression that it stands for.
+// Compares the scanner of --format-param with the regular expression that it implements.
 
 #include <gtest/gtest.h>
 
@@ -20,7 +20,7 @@ void ExpectSameAnswers(const std::vector<std::string>& texts) {
   CliDispatcher dispatcher;
   for (const std::string& text : texts) {
     OptionParser parser;
-    // Behind "=", where any text but the empty one is a value.
+    // After "=", where every string except the empty one is a value.
     parser.ParseVector({"--format-param=" + text});
     FormatParameters params;
     const auto output = CommandOutput::New();
@@ -39,7 +39,7 @@ void ExpectSameAnswers(const std::vector<std::string>& texts) {
   }
 }
 
-TEST(FormatParamPatternTest, EveryShortTextIsJudgedAsByTheExpression) {
+TEST(FormatParamPatternTest, EveryShortStringIsCheckedAsByTheExpression) {
   std::vector<std::string> texts;
   std::vector<std::string> longest = {""};
   for (int length = 1; length <= 5; ++length) {
@@ -55,7 +55,7 @@ TEST(FormatParamPatternTest, EveryShortTextIsJudgedAsByTheExpression) {
   ExpectSameAnswers(texts);
 }
 
-TEST(FormatParamPatternTest, EveryByteInEachPlaceIsJudgedAsByTheExpression) {
+TEST(FormatParamPatternTest, EveryByteInEachPlaceIsCheckedAsByTheExpression) {
   std::vector<std::string> texts;
   for (int byte = 0; byte < 256; ++byte) {
     const std::string c(1, static_cast<char>(byte));

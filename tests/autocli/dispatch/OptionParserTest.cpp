@@ -45,7 +45,8 @@ OptionParser ParseLine(const std::string& line) {
   return parser;
 }
 
-// A spec of a string "device" (-d), a secret "password" (-p), a flag "force" (-f) and "help" (-h).
+// A declaration: a string "device" (-d), a secret "password" (-p), a flag "force" (-f), "help"
+// (-h).
 std::shared_ptr<InputSpec> MakeSpec() {
   auto spec = InputSpec::New();
   const auto device = ParameterSpec::New("device", ParameterType::String);
@@ -63,7 +64,7 @@ std::shared_ptr<InputSpec> MakeSpec() {
   return spec;
 }
 
-// The state at the start and the argument vector.
+// The initial state and the argument vector.
 
 TEST(OptionParserTest, StartsEmptyAndIsCalledVexil) {
   OptionParser parser;
@@ -75,7 +76,7 @@ TEST(OptionParserTest, StartsEmptyAndIsCalledVexil) {
   EXPECT_THAT(parser.GetParseErrors(), IsEmpty());
 }
 
-TEST(OptionParserTest, TakesTheDispatchersNameFromTheConstructor) {
+TEST(OptionParserTest, TheConstructorSetsTheDispatcherName) {
   EXPECT_EQ("tool", OptionParser("tool").GetDispatcher());
 }
 
@@ -100,7 +101,7 @@ TEST(OptionParserTest, ParseArgvCutsAWholeCommandLine) {
   EXPECT_THAT(parser.GetParseErrors(), IsEmpty());
 }
 
-TEST(OptionParserTest, ParametersBehindThePathAreNoneOfTheDispatchers) {
+TEST(OptionParserTest, ParametersAfterThePathAreNotTheDispatchers) {
   const char* const argv[] = {"tool", "ns1", "ns2", "cmd", "--aa=1", "-b", "2", "--cc"};
   OptionParser parser;
   parser.ParseArgv(8, argv);
@@ -111,7 +112,7 @@ TEST(OptionParserTest, ParametersBehindThePathAreNoneOfTheDispatchers) {
   EXPECT_THAT(parser.GetParseErrors(), IsEmpty());
 }
 
-TEST(OptionParserTest, NamesOfOneLetterBehindTwoDashesAreWordsInACommandLineToo) {
+TEST(OptionParserTest, NamesOfOneLetterAfterTwoDashesAreWords) {
   OptionParser parser = Parse({"ns1", "ns2", "cmd", "--a=1", "-b", "2", "--c"});
   EXPECT_THAT(parser.GetDispatcherParameters(), IsEmpty());
   EXPECT_THAT(parser.GetCommandPath(), ElementsAre("ns1", "ns2", "cmd", "--a=1"));
@@ -179,7 +180,7 @@ struct TokenCase {
 
 class OptionParserTokenTest : public ::testing::TestWithParam<TokenCase> {};
 
-TEST_P(OptionParserTokenTest, IsToldFromTheOtherKind) {
+TEST_P(OptionParserTokenTest, IsRecognised) {
   EXPECT_EQ(GetParam().isOption, OptionParser().IsParameter(GetParam().token));
 }
 
@@ -281,7 +282,7 @@ TEST(OptionParserTest, WordsThatLookLikeOptionsBeginThePath) {
   EXPECT_THAT(parser.GetCommandParameters(), ElementsAre(Pair("level", "3")));
 }
 
-TEST(OptionParserTest, WordsThatLookLikeOptionsAreExtraBehindThePath) {
+TEST(OptionParserTest, WordsThatLookLikeOptionsAreExtraAfterThePath) {
   OptionParser parser = Parse({"ns", "cmd", "--name", "x", "-ab", "--x", "--name="});
   EXPECT_THAT(parser.GetCommandParameters(), ElementsAre(Pair("name", "x")));
   EXPECT_THAT(
@@ -297,7 +298,7 @@ TEST(OptionParserTest, AnExtraWordIsReportedAndTheOptionsBeforeItAreKept) {
               ElementsAre("Found Extra non-parameter arguments at the end of input: 'y' "));
 }
 
-TEST(OptionParserTest, AnExtraWordTakesAllBehindItAlong) {
+TEST(OptionParserTest, EverythingAfterAnExtraWordIsExtra) {
   OptionParser parser = Parse({"ns", "cmd", "--name", "x", "y", "--level", "3"});
   EXPECT_THAT(parser.GetCommandParameters(), ElementsAre(Pair("name", "x")));
   EXPECT_THAT(
@@ -353,7 +354,7 @@ TEST(OptionParserTest, ParseParametersLeavesTheFirstExtraWordOnTheStack) {
   EXPECT_EQ("y", tokens.top());
 }
 
-// What the command declares.
+// Declarations.
 
 TEST(OptionParserTest, AParameterWithoutItsValueIsReportedAsTyped) {
   OptionParser parser = Parse({"ns", "cmd", "-d", "--device"});
@@ -402,7 +403,7 @@ TEST(OptionParserTest, ANullSpecDeclaresNothing) {
   EXPECT_THAT(parser.GetParseErrors(), IsEmpty());
 }
 
-TEST(OptionParserTest, TheDispatchersOptionsAreNotJudgedByTheSpec) {
+TEST(OptionParserTest, TheDeclarationDoesNotApplyToTheDispatchersOptions) {
   OptionParser parser;
   parser.SetInputSpec(MakeSpec());
   parser.ParseVector({"--device", "--password", "-f"});
@@ -463,7 +464,7 @@ TEST(OptionParserTest, ASecretAtTheEndOfInputIsEmptyAndNoError) {
   EXPECT_THAT(parser.GetParseErrors(), IsEmpty());
 }
 
-TEST(OptionParserTest, WhatWasWrittenBeforeThePromptStandsBeforeIt) {
+TEST(OptionParserTest, EarlierOutputPrecedesThePrompt) {
   OptionParser parser = Parse({"ns", "cmd", "--password"});
   parser.SetInputSpec(MakeSpec());
   StreamCapture out(STDOUT_FILENO);
@@ -473,7 +474,7 @@ TEST(OptionParserTest, WhatWasWrittenBeforeThePromptStandsBeforeIt) {
   EXPECT_EQ("before Enter value for 'password': \n", out.GetText());
 }
 
-TEST(OptionParserTest, ThePromptIsBlindToTheStateOfTheStream) {
+TEST(OptionParserTest, ThePromptIgnoresTheStateOfTheStream) {
   OptionParser parser = Parse({"ns", "cmd", "--password"});
   parser.SetInputSpec(MakeSpec());
   StreamCapture out(STDOUT_FILENO);
@@ -494,7 +495,7 @@ TEST(OptionParserTest, GetSilentStringReadsOneLineAndWritesNothing) {
   EXPECT_EQ("", out.GetText());
 }
 
-TEST(OptionParserTest, GetSilentStringReadsOnWhenTheInputGoesOn) {
+TEST(OptionParserTest, GetSilentStringContinuesAfterAnEndOfInput) {
   OptionParser parser;
   {
     ScopedInput in("");
@@ -578,13 +579,13 @@ TEST(OptionParserTest, AHashInTheMiddleOfALineIsAnOrdinaryCharacter) {
   EXPECT_THAT(parser.GetCommandParameters(), ElementsAre(Pair("name", "#1")));
 }
 
-TEST(OptionParserTest, QuotesJoinWordsToOneValue) {
+TEST(OptionParserTest, QuotesJoinWordsIntoOneValue) {
   OptionParser parser = ParseLine("cmd --name \"two words\" --other=a\"b\"c");
   EXPECT_THAT(parser.GetCommandParameters(),
               ElementsAre(Pair("name", "two words"), Pair("other", "abc")));
 }
 
-// The rules of splitting a line, one step at a time and with no eye on speed.
+// The model of splitting a line: the rules, byte by byte.
 Tokens SplitByTheRules(const std::string& line) {
   const auto withoutQuotes = [&line](std::size_t start, std::size_t end) {
     std::string token;
@@ -624,7 +625,7 @@ Tokens SplitByTheRules(const std::string& line) {
   return tokens;
 }
 
-// The words that the parser makes of a line without options.
+// The tokens of a line without options.
 Tokens SplitByTheParser(const std::string& line) {
   OptionParser parser;
   const bool isEmpty = parser.ParseString(line);
@@ -649,7 +650,7 @@ TEST(OptionParserTest, EveryShortLineIsSplitByTheRules) {
   }
 }
 
-// The parser as a whole, against a model that walks the tokens by index.
+// Compares the whole parser with a model that reads the tokens by index.
 
 struct Model {
   Pairs dispatcherParameters;

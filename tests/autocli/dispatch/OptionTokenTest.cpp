@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The parser's scanners against the regular expressions that they stand for.
+// Compares the parser's scanners with the regular expressions that they implement.
 
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@ namespace Kestrel::AutoCli {
 
 namespace {
 
-// Every string over `alphabet` of up to `longest` characters behind `prefix`.
+// All strings of `prefix` and up to `longest` characters of `alphabet`.
 std::vector<std::string> MakeStrings(const std::string& prefix, const std::string& alphabet,
                                      int longest) {
   std::vector<std::string> strings = {prefix};
@@ -60,15 +60,15 @@ void ExpectSameAnswers(const std::vector<std::string>& tokens) {
   }
 }
 
-TEST(OptionTokenTest, EveryShortTokenIsJudgedAsByTheExpressions) {
+TEST(OptionTokenTest, EveryShortTokenIsCheckedAsByTheExpressions) {
   ExpectSameAnswers(MakeStrings("", "-=aZ1.\n", 6));
 }
 
-TEST(OptionTokenTest, EveryShortLongOptionIsJudgedAsByTheExpressions) {
+TEST(OptionTokenTest, EveryShortLongOptionIsCheckedAsByTheExpressions) {
   ExpectSameAnswers(MakeStrings("--", "-=aZ1.\n", 6));
 }
 
-TEST(OptionTokenTest, EveryByteInEachPlaceIsJudgedAsByTheExpressions) {
+TEST(OptionTokenTest, EveryByteInEachPlaceIsCheckedAsByTheExpressions) {
   std::vector<std::string> tokens;
   for (int byte = 0; byte < 256; ++byte) {
     const std::string c(1, static_cast<char>(byte));

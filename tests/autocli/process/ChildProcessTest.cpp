@@ -55,7 +55,7 @@ bool HasChildren() {
   return waitid(P_ALL, 0, &info, WEXITED | WNOHANG | WNOWAIT) == 0;
 }
 
-/// Fails the test when a call has left a descriptor open or a child unreaped.
+/// Fails the test if a call has left a descriptor open or a child unreaped.
 class LeavesNothing {
  public:
   LeavesNothing() : open_(CountOpenDescriptors()) {}
@@ -70,8 +70,8 @@ class LeavesNothing {
 
 class ChildProcessTest : public ::testing::Test {
  protected:
-  // Some tests count on consecutive free descriptors. Whoever started this program may have left
-  // others open between them.
+  // Some tests need consecutive free descriptors, but this program may have inherited others
+  // between them.
   static void SetUpTestSuite() { closefrom(STDERR_FILENO + 1); }
 };
 
@@ -125,7 +125,7 @@ TEST_F(ChildProcessTest, AChildThatClosesItsInputFailsTheWrite) {
       [&] { RunShell("echo lost; exec <&-; echo lost", output, std::string(1000000, 'x')); },
       ThrowsMessage<KestrelException>("Unable to write to sub-process: Broken pipe"));
   EXPECT_EQ(output, "before");
-  while (HasChildren()) {  // it may end after the call; a later one takes it in
+  while (HasChildren()) {  // it may end after the call; a later one reaps it
     OutputOf("exit 0");
   }
 }
@@ -220,7 +220,7 @@ TEST_F(ChildProcessTest, ASignalEndsNoCall) {
   EXPECT_EQ(output, data);
 }
 
-/// Acts when a child sends this process SIGALRM; the call that it interrupts is not resumed.
+/// Calls a handler when a child sends SIGALRM to this process. Interrupted system calls fail.
 class Interruption {
  public:
   explicit Interruption(void (*act)(int)) {
@@ -256,12 +256,12 @@ TEST_F(ChildProcessTest, AReadThatFailsKeepsWhatCameBefore) {
   EXPECT_EQ(FirstFreeDescriptor(), first);
 }
 
-/// Gives this process the limit of descriptors back that it had, whatever was set meanwhile.
+/// Restores the limit of descriptors in its destructor.
 class DescriptorLimit {
  public:
   DescriptorLimit() { getrlimit(RLIMIT_NOFILE, &before_); }
 
-  /// No descriptor from `limit` on can be opened until then.
+  /// Until then, no descriptor can be opened that is not less than `limit`.
   explicit DescriptorLimit(int limit) : DescriptorLimit() {
     rlimit limited = before_;
     limited.rlim_cur = static_cast<rlim_t>(limit);
@@ -280,7 +280,7 @@ TEST_F(ChildProcessTest, ASystemThatRefusesToWaitFailsTheWrite) {
     GTEST_SKIP() << "the sanitizer needs descriptors of its own";
   }
   const Interruption interruption([](int) {
-    rlimit one;  // a wait for two descriptors is one too many then
+    rlimit one;  // waiting for two descriptors exceeds this limit
     getrlimit(RLIMIT_NOFILE, &one);
     one.rlim_cur = 1;
     setrlimit(RLIMIT_NOFILE, &one);
@@ -288,7 +288,7 @@ TEST_F(ChildProcessTest, ASystemThatRefusesToWaitFailsTheWrite) {
   std::string output;
   EXPECT_THAT(
       [&] {
-        const DescriptorLimit before;  // back before the exception is looked at
+        const DescriptorLimit before;  // restored before the exception is checked
         RunShell("kill -ALRM $PPID; sleep 0.1; cat >/dev/null", output, std::string(1000000, 'x'));
       },
       ThrowsMessage<KestrelException>("Unable to write to sub-process: Invalid argument"));
@@ -299,7 +299,7 @@ TEST_F(ChildProcessTest, ASystemThatRefusesToWaitFailsTheWrite) {
 
 TEST_F(ChildProcessTest, AWaitThatFailsIsReported) {
   std::string output;
-  const auto before = signal(SIGCHLD, SIG_IGN);  // children vanish without a status then
+  const auto before = signal(SIGCHLD, SIG_IGN);  // children leave no status then
   EXPECT_THAT(
       [&] { RunShell("echo out", output); },
       ThrowsMessage<KestrelException>("Error waiting for process 'echo out': No child processes"));
@@ -347,7 +347,7 @@ TEST_F(ChildProcessTest, RunningOutOfDescriptorsIsReported) {
   EXPECT_EQ(failsWith(4), "out\n");
 }
 
-/// What `act` exits with in a process of its own.
+/// Runs `act` in a process of its own and returns its exit status.
 template <typename Act>
 int ExitStatusOf(Act act) {
   const pid_t child = fork();
@@ -401,7 +401,7 @@ TEST_F(ChildProcessTest, WithoutStandardStreamsItMayRunOutOfDescriptorsToo) {
   EXPECT_EQ(messageIs(2, "Can't create output pipe: Too many open files"), 17);
 }
 
-TEST_F(ChildProcessTest, ManyRunsLeaveNothingBehind) {
+TEST_F(ChildProcessTest, ManyRunsLeaveNoDescriptorOrChild) {
   const LeavesNothing nothing;
   const int runs = Testing::Rounds(500, 10000);
   for (int i = 0; i < runs; ++i) {

@@ -40,7 +40,7 @@ std::string ReadLine() {
   return line;
 }
 
-// What a command does that asks for a secret: 0 when the answer was "secret".
+// Asks for a secret as a command does; returns 0 if the answer is "secret".
 int AskForSecret() {
   const EchoGuard guard("Prompt: ");
   Show("Prompt: ");
@@ -129,12 +129,12 @@ TEST(EchoGuardTest, TheSignalsAreAsBeforeAfterwards) {
   EXPECT_EQ(0, terminal.WaitForEnd());
 }
 
-// A run of a program that asks for a secret: what happens to it after the prompt, and how it ends.
+// A run of a program that asks for a secret: what happens after the prompt, and how it ends.
 struct GuardedRun {
   const char* name;
   std::function<int()> work = AskForSecret;
   std::function<void(PseudoTerminal&)> act;
-  int signal = 0;  // that ends the program; 0 when it ends by itself with status 0
+  int signal = 0;  // the signal that ends the program; 0 if it exits with status 0
   bool isEchoOnAfterwards = true;
 };
 
@@ -180,7 +180,7 @@ const GuardedRun kRuns[] = {
        terminal.Send(SIGINT);
        Answer(terminal);
      }},
-    // The handler is installed without SA_RESTART, yet the reading goes on.
+    // The handler is installed without SA_RESTART, but the read continues.
     {"TheProgramsOwnHandlerRunsWithEchoOn",
      [] {
        HandleWith(SIGINT, [](int) { Show(HasEcho() ? "on " : "off "); });

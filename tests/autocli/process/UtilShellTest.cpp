@@ -36,7 +36,7 @@ int StatusOf(const std::string& commandLine) {
   return AutoCli_ShellCmd(commandLine, output, "");
 }
 
-/// Takes notes of the commands that were run while it lives.
+/// Records the commands that run while it exists.
 class Listening {
  public:
   Listening() {
@@ -55,7 +55,7 @@ class Listening {
 
 std::vector<std::pair<std::string, int>> Listening::heard_;
 
-/// Gives every shell an extra argument while it lives.
+/// Adds an argument to every shell while it exists.
 class ExtraArgument {
  public:
   explicit ExtraArgument(const std::string& argument) {
@@ -96,7 +96,7 @@ TEST(UtilShellTest, ReturnsTheWaitStatus) {
   EXPECT_EQ(StatusOf("nosuchcommand 2>/dev/null"), 127 << 8);
 }
 
-TEST(UtilShellTest, HandsOnTheStandardInputAndThenItsEnd) {
+TEST(UtilShellTest, PassesTheStandardInputAndThenItsEnd) {
   EXPECT_EQ(OutputOf("cat; echo end", "some\ntext"), "some\ntextend\n");
   EXPECT_EQ(OutputOf("cat; echo end"), "end\n");
   const std::string bytes("\0\xFF\n\r\0", 5);
@@ -109,7 +109,7 @@ TEST(UtilShellTest, TheStandardErrorIsShared) {
   EXPECT_EQ(error.GetText(), "err\n");
 }
 
-TEST(UtilShellTest, TheEnvironmentIsHandedOn) {
+TEST(UtilShellTest, TheEnvironmentIsPassedOn) {
   const ScopedEnvironment variable("KESTREL_TEST_VARIABLE", "a b");
   EXPECT_EQ(OutputOf("echo \"$KESTREL_TEST_VARIABLE\""), "a b\n");
 }
@@ -127,7 +127,7 @@ TEST(UtilShellTest, ACommandLineThatIsTooLongIsRefused) {
   EXPECT_EQ(output, "before");
 }
 
-TEST(UtilShellTest, TheUserNameGoesInFrontOfTheCommandLine) {
+TEST(UtilShellTest, TheUserNamePrecedesTheCommandLine) {
   const Listening listening;
   std::string output;
   AutoCli_ShellCmdWithOprUsername("echo $OPR_USERNAME", "o'neil", output, "");
@@ -173,7 +173,7 @@ TEST(UtilShellTest, ARemovedListenerHearsNothing) {
   EXPECT_THAT(listening.GetHeard(), IsEmpty());
 }
 
-TEST(UtilShellTest, TheMakerGivesTheShellOneMoreArgument) {
+TEST(UtilShellTest, TheMakerAddsAnArgumentToTheShell) {
   const ExtraArgument extra("-e");
   EXPECT_EQ(OutputOf("echo $-; false; echo not reached"), "e\n");
   EXPECT_EQ(extra.GetId(), -1);

@@ -62,7 +62,7 @@ TEST(CommandInputTest, TakesItsOwnPath) {
   EXPECT_THAT(input->GetCommandPath(), ElementsAre("a", "b"));
 }
 
-TEST(CommandInputTest, JoinsThePathByOneBlank) {
+TEST(CommandInputTest, JoinsThePathWithASpace) {
   const auto input = CommandInput::New();
   input->SetCommandPath({"network"});
   EXPECT_EQ(input->GetCommandPathString(), "network");

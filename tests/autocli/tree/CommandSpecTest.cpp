@@ -63,7 +63,7 @@ std::shared_ptr<ParameterSpec> OptionalParameter(const char* name, ParameterType
   return parameter;
 }
 
-// A command that stands at network ip list.
+// A command at the path network ip list.
 class CommandSpecTest : public testing::Test {
  protected:
   CommandSpecTest() { RegisterAt(root_, {"network", "ip", "list"}, command_); }
@@ -82,7 +82,7 @@ TEST_F(CommandSpecTest, IsANodeOfTheKindCommand) {
   EXPECT_EQ(command_->GetPathString('.'), "network.ip.list");
 }
 
-TEST_F(CommandSpecTest, GetThisThrowsWhenNobodyOwnsTheCommand) {
+TEST_F(CommandSpecTest, GetThisThrowsWhenTheCommandHasNoOwner) {
   SampleCommand command;
   EXPECT_THROW(command.GetThis(), std::bad_weak_ptr);
 }
@@ -125,7 +125,7 @@ TEST_F(CommandSpecTest, ResolvingWordsThatAreLeftOverNamesThem) {
                   "'network ip list'. Commands cannot have sub-commands or sub-namespaces."));
 }
 
-TEST_F(CommandSpecTest, ResolvingJoinsTheWordsAndLeavesThem) {
+TEST_F(CommandSpecTest, ResolvingDoesNotChangeTheWords) {
   std::list<std::string> path{"one", "", "three"};
   EXPECT_THAT([&] { command_->ResolveNode(path); },
               ThrowsMessage<KestrelException>(
@@ -159,7 +159,7 @@ TEST_F(CommandSpecTest, SubNamespaceOfTheParentReturnsTheCommand) {
   EXPECT_EQ(root_->SubNamespace("network")->SubNamespace("ip")->SubNamespace("list"), command_);
 }
 
-TEST_F(CommandSpecTest, MessagesOfAnUnregisteredCommandTellOfItsMissingParent) {
+TEST_F(CommandSpecTest, MessagesOfAnUnregisteredCommandReportItsMissingParent) {
   const auto command = std::make_shared<SampleCommand>();
   EXPECT_THAT([&] { command->GetNamespaceNode("extra"); },
               ThrowsMessage<KestrelException>(
@@ -168,7 +168,7 @@ TEST_F(CommandSpecTest, MessagesOfAnUnregisteredCommandTellOfItsMissingParent) {
 }
 
 TEST_F(CommandSpecTest, TheRequestForTheDispatcherClimbsToTheRoot) {
-  // The tree hands the pointer out and never looks behind it.
+  // The tree returns the pointer and never dereferences it.
   int place = 0;
   auto* const dispatcher = reinterpret_cast<Dispatcher*>(&place);
   const std::shared_ptr<RootNamespace> root = RootNamespace::New(dispatcher);
@@ -255,7 +255,7 @@ TEST_F(CommandSpecTest, SpecificationsMustNotBeNull) {
   EXPECT_THAT(ParameterNames(*command_->GetInputSpec()), ElementsAre("help"));
 }
 
-// Examples, defaults, meta-data.
+// Examples, defaults, metadata.
 
 TEST_F(CommandSpecTest, ExamplesStayInTheOrderAdded) {
   EXPECT_THAT(command_->GetExamples(), IsEmpty());
@@ -272,7 +272,7 @@ TEST_F(CommandSpecTest, DefaultFormatParametersAreEmptyAtFirst) {
   EXPECT_THAT(params.GetParameters(), IsEmpty());
 }
 
-TEST_F(CommandSpecTest, DefaultFormatParametersAreHandedOutAsACopy) {
+TEST_F(CommandSpecTest, DefaultFormatParametersAreReturnedAsACopy) {
   command_->SetDefaultOutputFormatter("table");
   command_->SetDefaultOutputParameter("wrap-last", "false");
   command_->SetDefaultOutputParameter(std::string("fields:Mount"), std::string("Path"));
@@ -307,7 +307,7 @@ TEST_F(CommandSpecTest, OfMetaDataTheLastValueOfANameWins) {
 
 class CommandSpecHelpTest : public CommandSpecTest {
  protected:
-  // The root of the help that `input` leads to.
+  // The root object of the help for `input`.
   std::shared_ptr<MetaStruct> HelpFor(const std::shared_ptr<Input>& input) {
     output_ = Output::New();
     command_->GenerateHelpOutput(input, output_);
@@ -318,7 +318,7 @@ class CommandSpecHelpTest : public CommandSpecTest {
     return std::dynamic_pointer_cast<MetaList>(help.GetField(field));
   }
 
-  // The fields of each structure of a list, each as the text of its value.
+  // The fields of each structure of a list, as strings.
   static std::vector<std::string> Texts(const MetaList& list) {
     std::vector<std::string> texts;
     for (const std::shared_ptr<MetaObject>& item : list.GetObjects()) {
@@ -388,9 +388,9 @@ TEST_F(CommandSpecHelpTest, DescriptionsOfParametersHaveTheirMarkersFilledIn) {
   command_->inputSpec->AddParameter(mode);
 
   const std::shared_ptr<MetaList> list = ListIn(*HelpFor(nullptr), "Param List");
-  const auto record = std::dynamic_pointer_cast<MetaStruct>(list->GetItem(1));
-  EXPECT_EQ(record->GetField("Description")->ToString(), mode->GetDescription(true));
-  EXPECT_NE(record->GetField("Description")->ToString(), mode->GetDescription(false));
+  const auto structure = std::dynamic_pointer_cast<MetaStruct>(list->GetItem(1));
+  EXPECT_EQ(structure->GetField("Description")->ToString(), mode->GetDescription(true));
+  EXPECT_NE(structure->GetField("Description")->ToString(), mode->GetDescription(false));
 }
 
 TEST_F(CommandSpecHelpTest, ListsTheExamplesInTheOrderAdded) {
@@ -422,7 +422,7 @@ TEST_F(CommandSpecHelpTest, TheStructureOfTheParametersHasFiveEmptyFields) {
   EXPECT_EQ(list->GetListStructure()->GetFieldType("Secret"), MetaType::Bool);
 }
 
-TEST_F(CommandSpecHelpTest, CanBeAskedForAgain) {
+TEST_F(CommandSpecHelpTest, CanBeRequestedAgain) {
   command_->AddExample("--all", "Show all");
   const std::string first = HelpFor(MakeCommandInput({"x"}))->ToString();
   EXPECT_EQ(HelpFor(MakeCommandInput({"x"}))->ToString(), first);

@@ -69,7 +69,7 @@ TEST_F(CommandTest, RunsTheWorkAndKeepsItsResult) {
   EXPECT_EQ(command->executions, 1);
 }
 
-TEST_F(CommandTest, HandsItsArgumentsToTheWork) {
+TEST_F(CommandTest, PassesItsArgumentsToTheWork) {
   const auto command = std::make_shared<SampleCommand>();
   std::shared_ptr<Input> seenInput;
   std::shared_ptr<Output> seenOutput;
@@ -143,7 +143,7 @@ TEST_F(CommandTest, AKestrelExceptionBecomesAnErrorToo) {
               ElementsAre("Error on command network ip list : no such device"));
 }
 
-TEST_F(CommandTest, ErrorsFromBeforeTheExceptionStandBeforeIt) {
+TEST_F(CommandTest, ErrorsFromBeforeTheExceptionPrecedeIt) {
   const auto command = std::make_shared<SampleCommand>();
   command->work = [](const auto&, const auto& output) {
     output->AddErrorMessage("first");

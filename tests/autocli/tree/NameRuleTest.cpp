@@ -20,7 +20,7 @@ const boost::regex& RuleExpression() {
   return expression;
 }
 
-// Compares rule and expression on every text of exactly `length` letters of `alphabet`.
+// Compares the rule with the expression for all strings of `length` characters of `alphabet`.
 void ExpectEqualOnAllTexts(const std::string& alphabet, std::size_t length) {
   std::vector<std::size_t> digits(length, 0);
   std::string text(length, alphabet[0]);
@@ -39,13 +39,13 @@ void ExpectEqualOnAllTexts(const std::string& alphabet, std::size_t length) {
   }
 }
 
-TEST(NameRuleTest, EqualsTheExpressionOnAllShortTextsOfOneOfEachKind) {
+TEST(NameRuleTest, EqualsTheExpressionOnAllShortStringsOfOneOfEachKind) {
   for (std::size_t length = 0; length <= 8; ++length) {
     ExpectEqualOnAllTexts("a1B-Z", length);
   }
 }
 
-TEST(NameRuleTest, EqualsTheExpressionOnAllTextsOfUpToTwoBytes) {
+TEST(NameRuleTest, EqualsTheExpressionOnAllStringsOfUpToTwoBytes) {
   std::string everyByte;
   for (int byte = 0; byte < 256; ++byte) {
     everyByte += static_cast<char>(byte);
@@ -55,7 +55,7 @@ TEST(NameRuleTest, EqualsTheExpressionOnAllTextsOfUpToTwoBytes) {
   }
 }
 
-TEST(NameRuleTest, JudgesLongNamesOnWhichBacktrackingGivesUp) {
+TEST(NameRuleTest, ChecksLongNamesOnWhichBacktrackingFails) {
   const std::string lower(27000, 'a');
   std::string mixed;
   for (int i = 0; i < 13500; ++i) {
@@ -68,7 +68,7 @@ TEST(NameRuleTest, JudgesLongNamesOnWhichBacktrackingGivesUp) {
   EXPECT_FALSE(MatchesNameRule("mystoragedevice_list"));
 }
 
-TEST(NameRuleTest, StandsBehindThePublicFunction) {
+TEST(NameRuleTest, IsUsedByThePublicFunction) {
   EXPECT_TRUE(AutoCli_IsValidName("fooBar"));
   EXPECT_FALSE(AutoCli_IsValidName("FooBar"));
 }

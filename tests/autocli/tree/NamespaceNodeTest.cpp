@@ -34,7 +34,7 @@ std::string InvalidNameMessage(const std::string& name) {
          "', must be a name consisting of letters and numbers and must conform to 'camel' casing.";
 }
 
-// A root with the path network ip list below it; the last one is a namespace too.
+// A root with the path network ip list below it; list is a namespace too.
 class NamespaceNodeTest : public testing::Test {
  protected:
   std::shared_ptr<RootNamespace> root_ = RootNamespace::New(nullptr);
@@ -53,7 +53,7 @@ struct NameCase {
 
 class NamespaceNodeNameTest : public testing::TestWithParam<NameCase> {};
 
-TEST_P(NamespaceNodeNameTest, IsJudgedTheSameByTheFunctionAndByTheNode) {
+TEST_P(NamespaceNodeNameTest, IsCheckedAlikeByTheFunctionAndByTheNode) {
   const NameCase& row = GetParam();
   EXPECT_EQ(AutoCli_IsValidName(row.name), row.valid);
 
@@ -64,7 +64,7 @@ TEST_P(NamespaceNodeNameTest, IsJudgedTheSameByTheFunctionAndByTheNode) {
     EXPECT_EQ(node->GetName(), row.name);
     return;
   }
-  // what() is a C string and so ends at a NUL.
+  // what() returns a C string, so it ends at the NUL.
   EXPECT_THAT([&] { node->SetName(row.name); },
               ThrowsMessage<KestrelException>(InvalidNameMessage(row.name).c_str()));
   EXPECT_EQ(node->GetName(), "before");
@@ -72,7 +72,7 @@ TEST_P(NamespaceNodeNameTest, IsJudgedTheSameByTheFunctionAndByTheNode) {
 
 INSTANTIATE_TEST_SUITE_P(Names, NamespaceNodeNameTest,
                          testing::ValuesIn(std::vector<NameCase>{
-                             // Edges of the length.
+                             // Shortest and long names.
                              {"Empty", "", false},
                              {"OneLower", "a", true},
                              {"OneDigit", "7", true},
@@ -117,7 +117,7 @@ TEST_F(NamespaceNodeTest, DescriptionIsTakenAsItIs) {
 
 // Registration.
 
-TEST_F(NamespaceNodeTest, RegisteringGivesTheNodeItsNameAndItsParent) {
+TEST_F(NamespaceNodeTest, RegisteringSetsTheNameAndTheParent) {
   const std::shared_ptr<Namespace> node = Namespace::New();
   ip_->RegisterNamespaceNode(node, std::string("route"));
   EXPECT_EQ(node->GetName(), "route");
@@ -138,7 +138,7 @@ TEST_F(NamespaceNodeTest, RegisteringASecondNodeUnderOneNameOfTheRootThrows) {
   EXPECT_EQ(second->GetParent(), nullptr);
 }
 
-TEST_F(NamespaceNodeTest, ADuplicateBelowTheRootNamesThePathWithBlanks) {
+TEST_F(NamespaceNodeTest, ADuplicateBelowTheRootNamesThePathWithSpaces) {
   EXPECT_THAT([&] { ip_->RegisterNamespaceNode(Namespace::New(), "list"); },
               ThrowsMessage<KestrelException>("Duplicate registration in namespace network ip "
                                               "attempt to register two objects with name list"));
@@ -221,7 +221,7 @@ TEST_F(NamespaceNodeTest, MessagesOfAnUnregisteredNamespaceTellOfItsMissingParen
       ThrowsMessage<KestrelException>(noParent));
 }
 
-// A namespace that notes what is registered in it by name.
+// A namespace that records the names registered in it.
 class NotingNamespace : public Namespace {
  public:
   using Namespace::RegisterNamespaceNode;
@@ -234,7 +234,7 @@ class NotingNamespace : public Namespace {
   std::vector<std::string> noted;
 };
 
-TEST_F(NamespaceNodeTest, EveryWayToRegisterGoesThroughTheOperationThatTakesAString) {
+TEST_F(NamespaceNodeTest, EveryRegistrationCallsTheOverloadForStrings) {
   const auto node = std::make_shared<NotingNamespace>();
   node->RegisterNamespaceNode(Namespace::New(), "first");
   node->SubNamespace("second");
@@ -251,7 +251,7 @@ TEST_F(NamespaceNodeTest, RegisteringElsewhereChangesTheParentAndKeepsTheOldEntr
   EXPECT_EQ(ip_->GetNamespaceNode("list"), list_);
 }
 
-// Look-ups.
+// Lookups.
 
 TEST_F(NamespaceNodeTest, ChildrenAreListedInByteOrderOfTheirNames) {
   const std::shared_ptr<Namespace> node = Namespace::New();
@@ -325,13 +325,13 @@ TEST_F(NamespaceNodeTest, PathsNeedAParentAllTheWayUp) {
 
 // Resolution.
 
-TEST_F(NamespaceNodeTest, ResolvingLeavesTheWordsAsTheyWere) {
+TEST_F(NamespaceNodeTest, ResolvingDoesNotChangeTheWords) {
   Words path{"network", "ip", "list"};
   EXPECT_EQ(root_->ResolveNode(path), list_);
   EXPECT_THAT(path, ElementsAre("network", "ip", "list"));
 }
 
-TEST_F(NamespaceNodeTest, ResolvingStartsBelowTheNodeThatIsAsked) {
+TEST_F(NamespaceNodeTest, ResolvingStartsBelowTheCalledNode) {
   Words path{"list"};
   EXPECT_EQ(ip_->ResolveNode(path), list_);
   EXPECT_THAT(path, ElementsAre("list"));
@@ -431,7 +431,7 @@ TEST_F(NamespaceNodeTest, ServesNamesOfAMillionBytes) {
   EXPECT_EQ(node->GetPathString(' '), "network ip list " + name);
 }
 
-TEST_F(NamespaceNodeTest, ServesPathsOfAHundredThousandWords) {
+TEST_F(NamespaceNodeTest, HandlesPathsOfAHundredThousandWords) {
   Words path{"network", "ip", "list"};
   path.resize(100000, "word");
   EXPECT_THAT([&] { root_->ResolveNode(path); },
@@ -442,7 +442,7 @@ TEST_F(NamespaceNodeTest, ServesPathsOfAHundredThousandWords) {
 
 // Against a model.
 
-// A tree as a plain map from the joined path to the joined paths of the children.
+// The model of a tree: a map from a path to the paths of the children.
 using Model = std::map<std::string, std::vector<std::string>>;
 
 Words Split(const std::string& path) {
@@ -476,7 +476,7 @@ TEST(NamespaceNodeModelTest, RandomTreesWalkAndResolveLikeAMap) {
     const std::shared_ptr<RootNamespace> root = RootNamespace::New(nullptr);
     Model model{{"", {}}};
     for (int step = 0; step < 200; ++step) {
-      // Walks a random path of at most four words; makes what is missing, or expects to miss it.
+      // Follows a random path of at most four words; makes missing nodes or expects an exception.
       const bool make = random.Below(3) != 0;
       std::string path;
       std::shared_ptr<NamespaceNode> node = root;

@@ -21,7 +21,7 @@ using testing::ThrowsMessage;
 static_assert(!std::is_default_constructible<Namespace>::value, "only New makes one");
 static_assert(!std::is_copy_constructible<Namespace>::value, "a copy would share the children");
 
-TEST(NamespaceTest, NewGivesAnOwnedNodeWithoutNameParentAndChildren) {
+TEST(NamespaceTest, NewMakesANodeWithoutNameParentAndChildren) {
   const std::shared_ptr<Namespace> node = Namespace::New();
   EXPECT_EQ(node->GetThis(), node);
   EXPECT_EQ(node->GetName(), "");
@@ -36,7 +36,7 @@ TEST(NamespaceTest, IsOfTheKindNamespace) {
 
 class DerivedNamespace : public Namespace {};
 
-TEST(NamespaceTest, GetThisThrowsWhenNobodyOwnsTheNode) {
+TEST(NamespaceTest, GetThisThrowsWhenTheNodeHasNoOwner) {
   DerivedNamespace node;
   EXPECT_THROW(node.GetThis(), std::bad_weak_ptr);
 }
@@ -91,7 +91,7 @@ TEST(NamespaceTest, SetParentReplacesAnEarlierParentAndAcceptsNull) {
 }
 
 TEST(NamespaceTest, TheRequestForTheDispatcherClimbsToTheRoot) {
-  // The tree hands the pointer out and never looks behind it.
+  // The tree returns the pointer and never dereferences it.
   int place = 0;
   auto* const dispatcher = reinterpret_cast<Dispatcher*>(&place);
   const std::shared_ptr<RootNamespace> root = RootNamespace::New(dispatcher);

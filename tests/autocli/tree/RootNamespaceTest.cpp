@@ -24,7 +24,7 @@ TEST(RootNamespaceTest, IsOfTheKindRoot) {
   EXPECT_EQ(RootNamespace::New(nullptr)->GetType(), 0);
 }
 
-TEST(RootNamespaceTest, HandsOutItselfAsAnOwner) {
+TEST(RootNamespaceTest, ReturnsAnOwnerOfItself) {
   const std::shared_ptr<RootNamespace> root = RootNamespace::New(nullptr);
   EXPECT_EQ(root->GetThis(), root);
 }
@@ -37,7 +37,7 @@ TEST(RootNamespaceTest, HasNoNameAndAnEmptyPath) {
 }
 
 TEST(RootNamespaceTest, KeepsItsDispatcher) {
-  // The tree hands the pointer out and never looks behind it.
+  // The tree returns the pointer and never dereferences it.
   int place = 0;
   auto* const dispatcher = reinterpret_cast<Dispatcher*>(&place);
   EXPECT_EQ(RootNamespace::New(dispatcher)->GetDispatcher(), dispatcher);
@@ -60,7 +60,7 @@ TEST(RootNamespaceTest, IsNeverTheResultOfAResolution) {
 
 TEST(RootNamespaceTest, ItsChildrenArePathsOfOneWordWhateverItsName) {
   const std::shared_ptr<RootNamespace> root = RootNamespace::New(nullptr);
-  // A vain attempt to register a root leaves it with a name, which must not show in paths.
+  // A failed registration leaves the root with a name, which must not appear in paths.
   EXPECT_THROW(Namespace::New()->RegisterNamespaceNode(root, "named"), KestrelException);
   EXPECT_EQ(root->GetName(), "named");
   const std::shared_ptr<NamespaceNode> child = root->SubNamespace("network");
