@@ -26,6 +26,7 @@ namespace Kestrel::Catalog {
 using AutoCli::CommandSpec;
 using AutoCli::NamespaceNode;
 using AutoCli::NodeType;
+using CallSpec::InputSpec;
 using CallSpec::OutputSpec;
 using CallSpec::ParameterConstraint;
 using CallSpec::ParameterSpec;
@@ -40,9 +41,13 @@ namespace {
 /// The parameter that the library adds to every command.
 constexpr const char* kHelp = "help";
 
+/// Looks at every byte, without a branch for each.
 bool IsAscii(const std::string& text) {
-  return std::all_of(text.begin(), text.end(),
-                     [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+  unsigned bits = 0;
+  for (const char c : text) {
+    bits |= static_cast<unsigned char>(c);
+  }
+  return bits < 0x80;
 }
 
 /// `text` as valid UTF-8. Piece by piece, because the library's check ends at a NUL.
@@ -102,6 +107,7 @@ Constraint ReadConstraint(const ParameterConstraint& declared) {
       constraint.integers = declared.GetIntEnum();
       break;
     case CallSpec::StringEnum:
+      constraint.strings.reserve(declared.GetStringEnum().size());
       for (const std::string& value : declared.GetStringEnum()) {
         constraint.strings.push_back(ReadAllowedValue(value, declared));
       }
@@ -129,8 +135,10 @@ Parameter ReadParameter(const ParameterSpec& declared) {
 }
 
 std::vector<Parameter> ReadParameters(CommandSpec& command) {
+  const std::shared_ptr<InputSpec> spec = command.GetInputSpec();
   std::vector<Parameter> parameters;
-  for (const std::shared_ptr<ParameterSpec>& declared : command.GetInputSpec()->GetParameters()) {
+  parameters.reserve(spec->GetParameters().size());
+  for (const std::shared_ptr<ParameterSpec>& declared : spec->GetParameters()) {
     if (declared->GetName() != kHelp) {
       parameters.push_back(ReadParameter(*declared));
     }
@@ -138,19 +146,30 @@ std::vector<Parameter> ReadParameters(CommandSpec& command) {
   return parameters;
 }
 
-ValueKind ReadKind(const MetaObject& value) {
-  if (const auto* const list = dynamic_cast<const MetaList*>(&value)) {
-    return RequireKnown(ValueKind{list->GetListType(), true});
+/// The kind of a value and, if it is a structure or a list of structures, their structure.
+struct Shape {
+  ValueKind kind;
+  std::shared_ptr<const MetaStruct> structure;
+};
+
+/// Looks at the class of a value only if its kind says that there is more to see.
+Shape ReadShape(const std::shared_ptr<MetaObject>& value) {
+  Shape shape;
+  shape.kind.type = value->GetType();
+  if (shape.kind.type == MetaType::Struct) {
+    shape.structure = std::dynamic_pointer_cast<const MetaStruct>(value);
+  } else if (const auto* const list = shape.kind.type == MetaType::List
+                                          ? dynamic_cast<const MetaList*>(value.get())
+                                          : nullptr) {
+    shape.kind = {list->GetListType(), true};
+    shape.structure = list->GetListStructure();
   }
-  return RequireKnown(ValueKind{value.GetType(), false});
+  RequireKnown(shape.kind);
+  return shape;
 }
 
-/// The structure that a value is, or that the elements of a list have; null for other values.
-std::shared_ptr<const MetaStruct> FindStructure(const std::shared_ptr<MetaObject>& value) {
-  if (const auto* const list = dynamic_cast<const MetaList*>(value.get())) {
-    return list->GetListStructure();
-  }
-  return std::dynamic_pointer_cast<const MetaStruct>(value);
+std::string TypeNameOf(const Shape& shape) {
+  return shape.structure != nullptr ? shape.structure->GetTypeName() : "";
 }
 
 void AddFields(const std::shared_ptr<const MetaStruct>& structure, const std::string& prefix,
@@ -158,13 +177,14 @@ void AddFields(const std::shared_ptr<const MetaStruct>& structure, const std::st
   if (structure == nullptr) {
     return;
   }
-  for (const std::string& name : structure->GetFieldNames()) {
-    const std::shared_ptr<MetaObject> value = structure->GetField(name);
-    const std::shared_ptr<const MetaStruct> inner = FindStructure(value);
+  const std::vector<std::string> names = structure->GetFieldNames();
+  fields.reserve(fields.size() + names.size());
+  for (const std::string& name : names) {
+    const Shape shape = ReadShape(structure->GetField(name));
     const std::string path = prefix + ReadText(name);
-    fields.push_back({path, ReadKind(*value), inner != nullptr ? inner->GetTypeName() : "",
+    fields.push_back({path, shape.kind, TypeNameOf(shape),
                       ReadDocumentation(structure->GetFieldDocumentation(name))});
-    AddFields(inner, path + ".", fields);
+    AddFields(shape.structure, path + ".", fields);
   }
 }
 
@@ -175,10 +195,10 @@ Result ReadResult(const OutputSpec& declared) {
   if (root == nullptr) {
     return result;
   }
-  result.kind = ReadKind(*root);
-  const std::shared_ptr<const MetaStruct> structure = FindStructure(root);
-  result.typeName = structure != nullptr ? structure->GetTypeName() : "";
-  AddFields(structure, "", result.fields);
+  const Shape shape = ReadShape(root);
+  result.kind = shape.kind;
+  result.typeName = TypeNameOf(shape);
+  AddFields(shape.structure, "", result.fields);
   return result;
 }
 
@@ -308,6 +328,7 @@ Command ReadCommand(CommandSpec& command, const std::string& path) {
   Command read;
   read.path = path;
   read.description = ReadText(command.GetDescription());
+  read.examples.reserve(command.GetExamples().size());
   for (const auto& [arguments, description] : command.GetExamples()) {
     read.examples.push_back({ReadText(arguments), ReadText(description)});
   }
