@@ -8,6 +8,7 @@
 
 #include <string>
 
+#include "plugins/host/frame/RowOrder.h"
 #include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/frame/StructShape.h"
 #include "plugins/vexil/LoadedPlugins.h"
@@ -59,12 +60,17 @@ class PluginList final : public AutoCli::Command {
     SetDescription("List the plug-ins that are loaded, in the order of loading.");
     AddMetaData("changes", "false");
     AddExample("", "List the plug-ins");
+    AddExample("--sort Commands --descending --limit 3", "List those with the most commands");
     SetDefaultOutputFormatter("table");
     SetDefaultOutputParameter("fields", "File,Kind,Commands,Path");
     SetDefaultOutputParameter("wrap-last", "true");
   }
 
-  std::shared_ptr<InputSpec> GetInputSpecInternal() override { return InputSpec::New(); }
+  std::shared_ptr<InputSpec> GetInputSpecInternal() override {
+    auto spec = InputSpec::New();
+    Host::RowOrder::DeclareParameters(*spec);
+    return spec;
+  }
 
   std::shared_ptr<OutputSpec> GetOutputSpecInternal() override {
     auto spec = OutputSpec::New();
@@ -72,13 +78,18 @@ class PluginList final : public AutoCli::Command {
     return spec;
   }
 
-  void ExecuteInternal(const std::shared_ptr<Input>& /*input*/,
+  void ExecuteInternal(const std::shared_ptr<Input>& input,
                        const std::shared_ptr<Output>& output) override {
+    const auto order =
+        Host::RowOrder::Read(input != nullptr ? *input : *Input::New(), Shape(), *output);
+    if (!order.has_value()) {
+      return;
+    }
     auto list = Shape().NewList();
     for (const LoadedPlugin& loaded : FindLoadedPlugins(*GetDispatcher())) {
       list->Add(ToStruct(loaded));
     }
-    output->SetRootObject(list);
+    output->SetRootObject(order->Apply(list));
   }
 };
 

@@ -92,6 +92,25 @@ TEST(PluginListTest, PrintsATableThatWrapsItsLastColumn) {
   EXPECT_EQ("", wide.err + narrow.err);
 }
 
+TEST(PluginListTest, SortsAndLimitsLikeEveryList) {
+  const json rows =
+      RunForJson({GetModulePath("EchoPlugin")},
+                 {"vexil", "plugin", "list", "--sort", "Commands", "--descending", "--limit", "2"});
+  EXPECT_EQ(json({Row("vexil.so", "library", 3, KESTREL_VEXIL_PLUGIN),
+                  Row("built-in", "built-in", 1, LibraryPath(json({rows.at(1)})))}),
+            rows);
+}
+
+TEST(PluginListTest, AFieldThatDoesNotExistIsAnErrorThatListsTheFields) {
+  const VexilResult result = RunWith({}, {"vexil", "plugin", "list", "--sort", "Size"}).Run();
+  EXPECT_EQ("", result.out);
+  EXPECT_EQ(
+      "Errors: \nThere is no field 'Size' to sort by. Sort by one of: Commands, File, Kind, "
+      "Path.\n",
+      result.err);
+  EXPECT_EQ(1, result.status);
+}
+
 TEST(PluginListTest, EscapesAControlCharacterInAName) {
   const ScopedTempDir folder;
   const std::string odd = folder.Write("a\nb\x1b.xml", kDescriptor);
