@@ -39,8 +39,7 @@ inline const std::shared_ptr<MetaObject>* MetaStruct::Find(const FieldName& name
 }
 
 /// Walks over the fields of a structure in ascending byte order of their names, without copying a
-/// name or sharing a value. The structure must not
-/// change while the cursor exists.
+/// name or sharing a value. The structure must not change while the cursor exists.
 class FieldCursor {
  public:
   explicit FieldCursor(const MetaStruct& structure);

@@ -22,12 +22,14 @@
 // its layout leads to the next layout, so the other fields need not be compared.
 //
 // A layout is destroyed with the last structure or layout that uses it. A layout owns its
-// predecessors; it has plain pointers to its successors, which they clear when they are destroyed.
+// predecessors and has plain pointers to its successors; the destructor of a successor removes the
+// pointer to it.
+//
 // The number of layouts, the fields of a layout, the length of a name and the transitions of a
 // layout are bounded. A structure beyond a bound has an index of its own.
 //
-// Several threads may use layouts. In a process with one thread no atomic instruction or lock is
-// used.
+// Several threads may use layouts. While the process has one thread, they take no lock and execute
+// no locked instruction.
 namespace Kestrel::MetaObj {
 
 class FieldLayout;
@@ -38,7 +40,7 @@ struct FieldText {
   std::string documentation;
 };
 
-/// A counted owner of a layout; may be empty.
+/// A reference-counted owner of a layout; may be empty.
 class LayoutRef {
  public:
   LayoutRef() = default;
@@ -99,12 +101,12 @@ class FieldLayout {
   /// Returns the layout with one more field. This layout must not have a field of that name.
   Step With(const FieldName& name, std::string_view documentation) const;
 
-  /// Returns the same step if a structure has taken it before; null means unknown. A fast path for
-  /// building many structures of one shape. If there is such a step, this layout has no field of
+  /// Fast path of `With` for building many structures of one shape: returns the step if a structure
+  /// has taken it before; null means unknown. If there is such a step, this layout has no field of
   /// that name.
   const Transition* KnownStep(const FieldName& name, std::string_view documentation) const;
 
-  /// Returns the layout with another documentation of one field; empty beyond a bound.
+  /// Returns the layout that differs in the documentation of one field; empty beyond a bound.
   LayoutRef WithDocumentation(std::size_t position, std::string_view documentation) const;
 
   /// Returns the layout without one of the fields; empty beyond a bound.
@@ -208,8 +210,8 @@ inline const FieldLayout::Transition* FieldLayout::FindTransition(
   return nullptr;
 }
 
-// With several threads the next layout may be about to be destroyed; `With` looks it up under the
-// lock.
+// In a multi-threaded process the next layout may be about to be destroyed, so `With` has to look
+// it up under the lock.
 inline const FieldLayout::Transition* FieldLayout::KnownStep(const FieldName& name,
                                                              std::string_view documentation) const {
   return __libc_single_threaded ? FindTransition(name, documentation) : nullptr;

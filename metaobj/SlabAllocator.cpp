@@ -97,7 +97,7 @@ class Pool {
     return new (list) FreeBlock{list->next};
   }
 
-  // Makes the rest of a chunk that of the calling thread; it has room for any block. False when
+  // Assigns the rest of a chunk to the calling thread; any block fits into it. Returns false when
   // there is none.
   bool GetRest(ThreadBlocks& owner) {
     const std::lock_guard<std::mutex> lock(mutex_);

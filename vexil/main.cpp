@@ -25,9 +25,9 @@ bool FlushOutput() {
   return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && std::cout.good();
 }
 
-// If a standard stream is closed, the first file that is opened gets its descriptor and then what
-// is printed to the stream. So closed ones are opened in the wrong direction, where every access
-// fails.
+// If a standard stream is closed, the next file to be opened gets its descriptor, and output for
+// the stream would go to that file. So a closed stream is opened in the wrong direction: every
+// access fails.
 void OccupyStandardDescriptors() {
   for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (fcntl(descriptor, F_GETFD) == -1) {
@@ -49,8 +49,7 @@ void CheckStandardOutput() {
 int main(int argc, char** argv) {
   OccupyStandardDescriptors();
   std::atexit(CheckStandardOutput);
-  // Outside of the try block: the class of an exception may be in a plug-in, which must stay
-  // loaded.
+  // Outside of the try block, so that the plug-in that has the class of an exception stays loaded.
   Kestrel::AutoCli::CliDispatcher dispatcher;
   try {
     dispatcher.AddDefaultDirectories();

@@ -116,8 +116,8 @@ FormatParameters GetDefaultFormat(const CliDispatcher& dispatcher, const Command
                                           : FormatParameters();
 }
 
-// A failed read ends the loop over the lines as the end of the input does, but must be reported,
-// because lines may be lost. std::cin is bad only if a line did not fit into memory.
+// A failed read ends the loop over the lines just as the end of the input does. It must be
+// reported, because lines may be lost. std::cin is bad only if a line did not fit into memory.
 bool ReadStandardInput(CliDispatcher& dispatcher) {
   std::clearerr(stdin);
   const bool result = dispatcher.ParseStreamInput(std::cin);

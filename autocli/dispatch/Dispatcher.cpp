@@ -103,7 +103,7 @@ void Dispatcher::RegisterPlugin(std::shared_ptr<Plugin> plugin) {
     throw KestrelException("Null plugin passed to RegisterPlugin");
   }
   // Retained even if registration fails: nodes that it has registered stay in the tree and need its
-  // code, and so does an exception of a class of its own.
+  // code. An exception of one of its own classes needs it too.
   const bool unmapsCode = UnmapsCode(plugin);
   if (unmapsCode) {
     retained_.push_back(plugin);

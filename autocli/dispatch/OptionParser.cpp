@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The grammar of one token (letters and digits are ASCII, a byte is any byte):
+// The grammar of one token (letters and digits are ASCII; a byte has any value):
 //
 //   option = "-" letter | "--" name | "--" name "=" byte {byte}
 //   name   = letter (letter | digit | "-") {letter | digit | "-"}

@@ -158,7 +158,8 @@ EchoGuard::EchoGuard(std::string prompt)
   terminal.hidden = terminal.shown;
   terminal.hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
   terminal.prompt = prompt_.data();
-  // Only a terminal loses sight of the prompt when the process stops.
+  // On a terminal, the shell's output follows the prompt when the process stops. Elsewhere the
+  // prompt need not be repeated.
   terminal.promptSize = isatty(STDOUT_FILENO) ? prompt_.size() : 0;
   InstallHandlers();
   isGuarded = 1;

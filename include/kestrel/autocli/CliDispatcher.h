@@ -20,8 +20,7 @@ namespace Kestrel::AutoCli {
 /// A user's mistakes become messages, with one exception: if a word of the path names nothing,
 /// every operation that handles a command line throws KestrelException and prints nothing. The
 /// options before the path control the dispatcher itself: --help, --plugin-dir, --plugin,
-/// --formatter,
-/// --format-param, --screen-width and --input.
+/// --formatter, --format-param, --screen-width and --input.
 class KESTREL_API CliDispatcher : public Dispatcher {
  public:
   CliDispatcher();
@@ -38,8 +37,7 @@ class KESTREL_API CliDispatcher : public Dispatcher {
 
   /// Handles one parsed command line. Returns whether a command ran without any error message;
   /// false when the children of a namespace were listed. If the line requests the dispatcher's own
-  /// help, also in a stream, ends the process with `exit(1)`. --input is an option only if
-  /// `fromArgv` is set.
+  /// help, also in a stream, ends the process with `exit(1)`. `fromArgv` enables --input.
   bool HandleOptions(OptionParser& parser, bool fromArgv);
 
   /// Applies the dispatcher options of `parser`: loads plug-ins, sets the chosen formatter and its

@@ -12,8 +12,8 @@
 namespace Kestrel::AutoCli {
 
 /// A command that can be run. A concrete command derives from this class, has a factory that
-/// returns a `std::shared_ptr`, and implements the declaration of its input and output and its
-/// work.
+/// returns a `std::shared_ptr`, and implements `GetInputSpecInternal`, `GetOutputSpecInternal` and
+/// `ExecuteInternal`.
 class KESTREL_API Command : public CommandSpec, public CallSpec::CallTarget {
  public:
   ~Command() override;

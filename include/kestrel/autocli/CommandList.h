@@ -13,7 +13,7 @@
 namespace Kestrel::AutoCli {
 
 /// The command that lists all commands of a tree with their namespaces and descriptions, optionally
-/// filtered by each of the three.
+/// filtered by namespace, name and description.
 class KESTREL_API CommandList : public Command {
   struct FactoryFlag {  // private, so only New can construct
     explicit FactoryFlag() = default;

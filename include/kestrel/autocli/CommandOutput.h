@@ -11,7 +11,7 @@
 
 namespace Kestrel::AutoCli {
 
-/// The output of a command's call. It can also store the text that it was formatted to.
+/// The output of a command's call. It can also store its formatted text.
 class KESTREL_API CommandOutput : public CallSpec::Output {
   struct FactoryFlag {  // private, so only New can construct
     explicit FactoryFlag() = default;

@@ -55,15 +55,15 @@ class KESTREL_API Dispatcher {
 
   /// Loads the plug-ins in the default directory and in its subdirectory "ext", as
   /// `AddExternalDirectory` does. The default directory is set when the library is built, usually
-  /// to
-  /// "/usr/lib/norvane/vexil".
+  /// to "/usr/lib/norvane/vexil".
   void AddDefaultDirectories();
 
   /// Adds the namespaces, commands and formatters of `plugin`, which must be initialised, and
-  /// shares its ownership. Throws KestrelException when `plugin` is null, when it throws one while
-  /// it registers, and when the name of one of its formatters is taken. In the last two cases none
-  /// of its formatters is added and it is not listed, but what it has registered in the tree stays
-  /// there and works.
+  /// shares its ownership.
+  ///
+  /// Throws KestrelException when `plugin` is null, when its RegisterNamespaces throws one, and
+  /// when the name of one of its formatters is taken. In the last two cases none of its formatters
+  /// is added and it is not listed, but what it has registered in the tree stays there and works.
   void RegisterPlugin(std::shared_ptr<Plugin> plugin);
 
   /// Empties the list of plug-ins. The tree and the formatters remain. The code of shared objects

@@ -64,8 +64,8 @@ class KESTREL_API ParameterSpec {
   /// Whether every call needs this parameter.
   bool IsRequired() const;
 
-  /// Whether the value is secret: if a command line omits it, the user is prompted and what is
-  /// typed does not appear.
+  /// Whether the value is secret: if a command line omits it, the user is prompted for it, and the
+  /// terminal does not show the input.
   bool IsSecret() const;
 
   /// The constraint, null when there is none.

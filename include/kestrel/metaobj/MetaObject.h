@@ -34,8 +34,8 @@ KESTREL_API const std::string& MetaTypeString(const MetaType& type);
 /// definition.
 class KESTREL_API MetaObject {
  public:
-  /// A parameter of the value classes' constructors that only those classes can make, so that only
-  /// they can make values.
+  /// Passed to the constructors of the value classes. Only these classes can make one, so values
+  /// are made only by their `New` operations.
   class FactoryFlag;
 
   /// Whether `other` has the same shape as this value. For a scalar: whether both have the same

@@ -31,8 +31,8 @@ KESTREL_API bool IsValidFieldName(const std::string& name);
 ///
 /// Fields are in ascending byte order of their names, whatever the order in which they were set. A
 /// structure may be bound to a definition, another structure; it may then have only fields that the
-/// definition has. A structure may be locked; no field can be added or removed any more then.
-/// Values are shared with their other owners. For use in several threads see MetaObject.
+/// definition has. After a structure is locked, no field can be added or removed. Values
+/// are shared with their other owners. For use in several threads see MetaObject.
 ///
 /// A null `const char*` counts as the empty string.
 class KESTREL_API MetaStruct : public MetaObject {
@@ -138,8 +138,8 @@ class KESTREL_API MetaStruct : public MetaObject {
   /// The type name. The reference is valid as long as this object.
   const std::string& GetTypeName() const;
 
-  /// Locks the structure permanently: no field can be added or removed any more. Values can still
-  /// be replaced.
+  /// Locks the structure permanently: from now on no field can be added or removed. Values can
+  /// still be replaced.
   void LockStructure();
 
   /// Whether the structure is bound to a definition.
@@ -157,7 +157,7 @@ class KESTREL_API MetaStruct : public MetaObject {
   bool IsSameStructure(const std::shared_ptr<MetaObject>& other,
                        std::vector<std::string>* errors) const override;
 
-  /// All fields, as in "{'a' => '1', 'b' => 'x', }": ", " follows the last field too.
+  /// All fields, as in "{'a' => '1', 'b' => 'x', }". The separator ", " follows the last field too.
   std::string ToString() const override;
 
   /// The documentation of a field that was set without one: the empty string.
