@@ -39,7 +39,6 @@ class FieldName {
   bool operator==(const FieldName& other) const {
     return HasSameNumbers(other) && (IsShort() || text_ == other.text_);
   }
-  bool operator!=(const FieldName& other) const { return !(*this == other); }
 
  private:
   template <typename Number>

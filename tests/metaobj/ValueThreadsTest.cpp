@@ -122,7 +122,7 @@ Structure MakeOfLists(long seed) {
   const Structure lists = MetaStruct::New("Lists");
   lists->SetField("integers", std::vector<long>{-1, 0, 20, seed});
   lists->SetField("texts", std::vector<std::string>{"", "one", std::to_string(seed)});
-  lists->SetField("truths", std::vector<bool>{true, false});
+  lists->SetField("booleans", std::vector<bool>{true, false});
   const auto structures = MetaList::New(MetaType::Struct, MakeFlat(0));
   structures->Add(MakeFlat(seed));
   structures->Add(MakeFlatBackwards(seed));
