@@ -7,6 +7,7 @@
 
 #include "plugins/host/log/LogCommands.h"
 #include "plugins/host/network/NetworkCommands.h"
+#include "plugins/host/package/PackageCommands.h"
 #include "plugins/host/storage/StorageCommands.h"
 #include "plugins/host/system/SystemCommands.h"
 
@@ -15,4 +16,5 @@ void AutoCli_RegisterNamespaces(std::shared_ptr<Kestrel::AutoCli::Namespace> roo
   Kestrel::Host::RegisterStorage(root);
   Kestrel::Host::RegisterNetwork(root);
   Kestrel::Host::RegisterLog(root);
+  Kestrel::Host::RegisterPackage(root);
 }

@@ -93,7 +93,7 @@ TEST_P(HostDeclarationTest, IsKept) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Areas, HostDeclarationTest,
-                         ::testing::Values("log", "network", "storage", "system"),
+                         ::testing::Values("log", "network", "package", "storage", "system"),
                          [](const auto& area) { return std::string(area.param); });
 
 }  // namespace

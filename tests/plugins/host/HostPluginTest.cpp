@@ -43,7 +43,7 @@ void VisitNodes(const std::shared_ptr<NamespaceNode>& node,
 // The parameters that every command with a list of structures has.
 const std::set<std::string> kCommonParameters = {"sort", "descending", "limit", "human"};
 
-const std::vector<std::string> kAreas = {"system", "storage", "network", "log"};
+const std::vector<std::string> kAreas = {"system", "storage", "network", "log", "package"};
 
 // The plug-in's nodes below the root, by the path with blanks.
 std::map<std::string, std::shared_ptr<NamespaceNode>> GetNodes() {

@@ -10,8 +10,7 @@ namespace Kestrel::Testing {
 AutoCli::Dispatcher& GetDispatcher() {
   static AutoCli::Dispatcher dispatcher;
   static const bool isLoaded = [] {
-    for (const char* const name :
-         {"address", "crontab", "disk", "file", "package", "service", "text"}) {
+    for (const char* const name : {"address", "crontab", "disk", "file", "service", "text"}) {
       dispatcher.AddPlugin(KESTREL_DESCRIPTOR_DIR "/" + std::string(name) + ".xml");
     }
     return true;

@@ -1,0 +1,40 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <kestrel/callspec/Input.h>
+#include <kestrel/callspec/InputSpec.h>
+
+#include <optional>
+#include <string>
+
+#include "plugins/host/frame/NamePattern.h"
+#include "plugins/host/frame/Regex.h"
+#include "plugins/host/package/PackageDatabase.h"
+
+namespace Kestrel::Host {
+
+/// Adds "name", the name of one package.
+void AddPackageName(CallSpec::InputSpec& spec);
+
+/// Adds "name" and "match", which choose packages by their names.
+void AddPackageNames(CallSpec::InputSpec& spec);
+
+/// What the parameters of AddPackageNames choose.
+class PackageNames {
+ public:
+  /// Throws KestrelException when the regular expression is invalid.
+  explicit PackageNames(const CallSpec::Input& input);
+
+  bool Accept(const Package& package) const;
+
+ private:
+  NameFilter names_;
+  std::optional<Regex> match_;
+};
+
+/// `text`, or "none" when it is empty.
+std::string TextOrNone(std::string_view text);
+
+}  // namespace Kestrel::Host

@@ -1,0 +1,28 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <map>
+#include <string>
+#include <string_view>
+
+namespace Kestrel::Host {
+
+/// The version of a package that apt would install.
+struct PackageCandidate {
+  std::string version;  ///< empty when there is none
+  std::string source;   ///< where apt would get it from; empty when no list of packages has it
+};
+
+/// What "apt-cache policy" answers.
+struct PackagePolicy {
+  std::map<std::string, PackageCandidate> candidates;  ///< by the name that apt prints
+  bool hasLists = false;  ///< whether apt knows any version from a list of packages
+
+  /// Adds what is in the program's output for some packages. Throws KestrelException when it has
+  /// another form.
+  void Add(std::string_view output);
+};
+
+}  // namespace Kestrel::Host
