@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# check-address.sh ADDRESS [--count=N] [--family=4|6]
+# check-address.sh ADDRESS [--count=N] [--family=4|6]: prints whether a machine responds to ping.
 here=${0%/*}
 # shellcheck source=plugins/shell-common/common.sh
 . "$here/common.sh"
@@ -22,7 +22,7 @@ need ping iputils-ping
 status=0
 ping ${family:+"$family"} -n -q -c "$count" -W 2 -- "$address" \
   >"$work/answer" 2>"$work/complaint" || status=$?
-# Status 1 means that nobody answered, which is an answer too.
+# Status 1 means that the machine did not respond, which is a valid result.
 [ "$status" -le 1 ] || fail "$(complaint ping)"
 awk -v OFS='\t' -v address="$address" '
   / packets transmitted, / { sent = $1; received = $4 }

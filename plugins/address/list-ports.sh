@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# list-ports.sh NUMBER...
+# list-ports.sh NUMBER...: lists the services that ports are assigned to.
 here=${0%/*}
 # shellcheck source=plugins/shell-common/common.sh
 . "$here/common.sh"

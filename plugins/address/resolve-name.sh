@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# resolve-name.sh NAME
+# resolve-name.sh NAME: lists the addresses of a name.
 here=${0%/*}
 # shellcheck source=plugins/shell-common/common.sh
 . "$here/common.sh"

@@ -2,9 +2,9 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# list-crontabs.sh [--users=NAME,...]
+# list-crontabs.sh [--users=NAME,...]: lists the entries of crontabs.
 #
-# CRONTAB_DIR names another folder with one file a user than the system's.
+# For tests, CRONTAB_DIR replaces the folder that contains one file per user.
 here=${0%/*}
 # shellcheck source=plugins/shell-common/common.sh
 . "$here/common.sh"
@@ -21,7 +21,7 @@ for table in "$folder"/*; do
   user=${table##*/}
   case $users in '' | *,"$user",*) ;; *) continue ;; esac
   [ -r "$table" ] || fail "You may not read $table"
-  # Settings and comments are passed over; a schedule is a word with @ or five columns.
+  # Skips settings and comments. A schedule is one word that starts with @, or five columns.
   user=$user awk '
     /^[ \t]*(#|$)/ || /^[ \t]*[A-Za-z_][A-Za-z0-9_]*[ \t]*=/ { next }
     {

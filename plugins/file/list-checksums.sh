@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# list-checksums.sh [--algorithm=NAME] [--file PATH]...
+# list-checksums.sh [--algorithm=NAME] [--file PATH]...: lists the checksums of files.
 here=${0%/*}
 # shellcheck source=plugins/shell-common/common.sh
 . "$here/common.sh"

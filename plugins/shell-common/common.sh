@@ -2,10 +2,11 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # shellcheck shell=sh
-# What the scripts of the descriptors share. Sourced with "here" set to the folder of the scripts.
+# Shared by the scripts of the descriptors. A script sets "here" to its folder before it sources this
+# file.
 #
-# A script prints a value document, or one line that begins with ERROR:, and nothing else. What it
-# is made of is gathered in a temporary folder first; whatever fails on the way is told.
+# A script prints either a value document or one line that starts with ERROR:. It collects its data
+# in the temporary folder $work first, so that an error can still replace the document.
 set -eu
 : "${here:?}"
 
@@ -13,9 +14,9 @@ LC_ALL=C.UTF-8
 export LC_ALL
 unset TAR_OPTIONS
 
-# fail TEXT: ends with an error of one line. It needs no tool, for that may be what is missing.
+# fail MESSAGE: reports an error on one line and exits. Uses no tool, because a tool may be missing.
 fail() {
-  # Whoever writes to us is told of the error, not of a broken pipe.
+  # Reads the rest of the input, so that its writer does not get an error of its own.
   [ -t 0 ] || while read -r _; do :; done
   set -f
   IFS='
@@ -24,26 +25,27 @@ fail() {
   set -- $1
   IFS=' '
   printf 'ERROR:%s\n' "$*"
-  isTold=yes
+  isReported=yes
   exit 0
 }
 
-# need TOOL PACKAGE: ends with an error when there is no such tool.
+# need TOOL PACKAGE: fails unless the tool is installed.
 need() {
   command -v "$1" >/dev/null 2>&1 ||
     fail "This command needs the tool $1 (package $2), which is not installed"
 }
 
-# finish STATUS: the last thing that a script does.
+# finish STATUS: runs when a script exits.
 finish() {
   trap - EXIT
   if [ -n "$work" ]; then rm -rf "$work"; fi
-  if [ "$1" -ne 0 ] && [ -z "$isTold" ]; then
+  if [ "$1" -ne 0 ] && [ -z "$isReported" ]; then
     fail "${0##*/} failed; standard error may tell why"
   fi
 }
 
-# complaint TOOL: the first line of what the last tool complained, or a word of ours.
+# complaint TOOL: prints the first line that the tool wrote to standard error, or a message of ours
+# if there is none.
 complaint() {
   if [ -s "$work/complaint" ]; then
     head -n 1 "$work/complaint"
@@ -52,29 +54,29 @@ complaint() {
   fi
 }
 
-# gather COMMAND...: keeps what a command prints in $work/data; ends with its complaint when it
-# fails.
+# gather COMMAND...: writes the output of a command to $work/data. If the command fails, reports its
+# complaint.
 gather() {
   "$@" >"$work/data" 2>"$work/complaint" || fail "$(complaint "$1")"
 }
 
-# integer TEXT: an integer as users may type it, without blanks, plus sign and zeros in front.
+# integer TEXT: prints an integer without leading spaces, plus sign and zeros.
 integer() {
   printf '%s' "$1" | sed -E 's/^[[:space:]]*[+]?0*([0-9])/\1/'
 }
 
-# document FORM...: prints $work/data as a value document, all of it or an error.
+# document FORM...: prints $work/data as a value document, or an error if that fails.
 document() {
   perl "$here/value-document" "$@" <"$work/data" >"$work/document" 2>"$work/complaint" ||
     fail "$(complaint value-document)"
-  isTold=yes
+  isReported=yes
   cat "$work/document"
 }
 
 work=
-isTold=
+isReported=
 trap 'finish $?' EXIT
-trap 'isTold=yes; exit 1' HUP INT PIPE TERM
+trap 'isReported=yes; exit 1' HUP INT PIPE TERM
 for tool in awk:mawk cat:coreutils head:coreutils mktemp:coreutils mv:coreutils perl:perl-base \
   rm:coreutils sed:sed sort:coreutils; do
   need "${tool%:*}" "${tool#*:}"

@@ -2,9 +2,9 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# hash-password.sh [--salt=TEXT]: hashes the password on its standard input.
+# hash-password.sh [--salt=TEXT]: prints the hash of the password on its standard input.
 #
-# The password stands in no file and in no argument: only this shell and openssl hold it.
+# The password is never in a file or an argument, only in the memory of this shell and of openssl.
 here=${0%/*}
 # shellcheck source=plugins/shell-common/common.sh
 . "$here/common.sh"

@@ -11,11 +11,11 @@
 
 namespace Kestrel::Host {
 
-/// The number of a device in a text such as "8:1", its major and minor number; nothing for any
-/// other text.
+/// Parses the number of a device as major and minor number, as in "8:1". Returns nothing for
+/// anything else.
 std::optional<dev_t> ParseDeviceNumber(std::string_view text);
 
-/// The number of a device as a text such as "8:1".
+/// Formats the number of a device in the same way.
 std::string FormatDeviceNumber(dev_t device);
 
 }  // namespace Kestrel::Host

@@ -19,12 +19,13 @@
 
 namespace Kestrel::Host {
 
-/// What the commands of this plug-in have in common: a short way to declare what a command takes,
-/// gives and looks like.
+/// The base of the commands of this plug-in: short declarations of parameters, result and default
+/// format.
 ///
-/// The constructor of a concrete command says what help and output need; parameters and shape are
-/// asked for only when the command is called. A result with an error message is not looked at, so
-/// `Run` returns after adding one. What it throws becomes such a message.
+/// The constructor of a concrete command declares what help and formatters need. Parameters and the
+/// shape of the result are declared at the first call. A result is ignored once there is an error
+/// message, so `Run` returns after adding one. An exception that leaves `Run` becomes an error
+/// message.
 class HostCommand : public AutoCli::Command {
  public:
   ~HostCommand() override;
@@ -37,19 +38,20 @@ class HostCommand : public AutoCli::Command {
  protected:
   explicit HostCommand(const char* description);
 
-  /// A default formatter's parameter: name and value.
+  /// A parameter of the default formatter.
   struct FormatParameter {
     const char* name;
     const char* value;
   };
 
-  /// Shows the result as a table with those columns, a list separated by commas.
+  /// Shows the result as a table. `columns` are fields of `typeName`, separated by commas.
   void ShowAsTable(const std::string& columns,
                    std::initializer_list<FormatParameter> parameters = {});
-  /// Shows the result as indented lines, one for each of those fields of `typeName`.
+  /// Shows the result as indented lines, one per field. `fields` are fields of `typeName`,
+  /// separated by commas.
   void ShowAsLines(const char* typeName, const char* fields,
                    std::initializer_list<FormatParameter> parameters = {});
-  /// Shows the result, a single value or a list of such, as it is.
+  /// Shows a result that has no fields: a single value or a list of values.
   void ShowAsValue();
 
  private:
@@ -58,17 +60,18 @@ class HostCommand : public AutoCli::Command {
   /// Adapts the default format to what `input` asks for; nothing unless overridden. Called before
   /// each run, because a command serves many calls.
   virtual void ChooseFormat(const CallSpec::Input& input);
-  /// Adds the command's parameters; none unless overridden.
+  /// Declares the parameters. By default there are none.
   virtual void DeclareParameters(CallSpec::InputSpec& spec) const;
-  /// Sets the sample result and its description.
+  /// Declares the result: an example of its structure, and its description.
   virtual void DeclareResult(CallSpec::OutputSpec& spec) const = 0;
-  /// The command's work: sets the root object of `output` or adds an error message.
+  /// Does the work: sets the root object of `output`, or adds an error message.
   virtual void Run(const CallSpec::Input& input, CallSpec::Output& output) const = 0;
 
   void SetFormat(const char* formatter, std::initializer_list<FormatParameter> parameters);
 };
 
-/// The namespace `name` below `parent`, made if there is none, and described unless it is already.
+/// Returns the namespace `name` below `parent`, and adds it if it is missing. A description that it
+/// already has is kept.
 std::shared_ptr<AutoCli::NamespaceNode> AddNamespace(
     const std::shared_ptr<AutoCli::NamespaceNode>& parent, const char* name,
     const char* description);

@@ -20,7 +20,7 @@
 namespace Kestrel::Host {
 namespace {
 
-// Most files of the kernel fit into one read of this size.
+// Large enough for most files of the kernel.
 constexpr std::size_t kFirstReadSize = 1 << 12;
 
 struct CloseFolder {

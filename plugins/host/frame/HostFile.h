@@ -14,25 +14,27 @@ namespace Kestrel::Host {
 extern const char* const kProc;
 extern const char* const kSys;
 
-/// The whole content of a file. Nothing, with `errno` set, when it cannot be opened or read to its
-/// end.
+/// Returns the content of a file. Returns nothing, with `errno` set, if the file cannot be opened
+/// or read completely.
 std::optional<std::string> ReadFile(const std::string& path);
 
-/// The whole content of a file that must be readable. Throws KestrelException with the path and the
-/// system's text.
+/// Returns the content of a file that must be readable. Throws KestrelException with the path and
+/// the system's message.
 std::string ReadRequiredFile(const std::string& path);
 
-/// The content of a file of one line, trimmed; empty when it cannot be read.
+/// Returns the content of a file that has one line, without white space at its ends. Returns an
+/// empty string if the file cannot be read.
 std::string ReadLine(const std::string& path);
 
-/// The names in a folder without "." and "..", in byte order; none when it cannot be read.
+/// Returns the names in a folder except "." and "..", in byte order; none if the folder cannot be
+/// read.
 std::vector<std::string> ListFolder(const std::string& path);
 
-/// Throws KestrelException when the folder is missing or empty. A kernel folder that is not mounted
-/// is, and a list made from it would look as if there were nothing to list.
+/// Throws KestrelException if the folder is missing or empty, as a folder of the kernel is that is
+/// not mounted. A list of its entries would wrongly say that there are none.
 void RequireEntries(const std::string& folder);
 
-/// The target of a symbolic link; nothing when `path` is no link or cannot be read.
+/// Returns the target of a symbolic link, or nothing if there is no readable link at `path`.
 std::optional<std::string> ReadLink(const std::string& path);
 
 }  // namespace Kestrel::Host

@@ -12,12 +12,12 @@
 
 namespace Kestrel::Host {
 
-/// A parameter under declaration, optional unless `Required` is called:
-/// `Parameter("user", CallSpec::String, "...").Short("u").AddTo(spec)`.
+/// Declares a parameter, which is optional unless `Required` is called: `Parameter("user",
+/// CallSpec::String, "...").Short("u").AddTo(spec)`.
 class Parameter {
  public:
-  /// One of the words that a parameter accepts; without a description it is left out of the
-  /// listing that %FULLENUM% stands for.
+  /// One of the words that a parameter accepts. The list that replaces %FULLENUM% omits words
+  /// without a description.
   struct Word {
     const char* value;
     const char* description;
@@ -27,10 +27,10 @@ class Parameter {
 
   Parameter& Short(const char* shortName);
   Parameter& Required();
-  /// Typed unseen when the command line leaves the value out. Text parameters only.
+  /// Asks for the value without echo if the command line omits it. For strings only.
   Parameter& Secret();
 
-  // What is accepted; one of these at most.
+  // At most one constraint.
   Parameter& Between(std::int64_t minimum, std::int64_t maximum);
   Parameter& OneOf(std::initializer_list<std::int64_t> values);
   Parameter& OneOf(std::initializer_list<Word> words);

@@ -29,7 +29,7 @@ bool Regex::IsFoundIn(const std::string& text) const {
     return boost::regex_search(text, compiled_->regex);
   } catch (const std::runtime_error&) {
     throw KestrelException("The regular expression '" + expression_ +
-                           "' is too costly to look for");
+                           "' takes too long to search for");
   }
 }
 

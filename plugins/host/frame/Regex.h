@@ -8,16 +8,16 @@
 
 namespace Kestrel::Host {
 
-/// A user's regular expression in Perl syntax, to be searched for anywhere in a text.
+/// A regular expression in Perl syntax, given by the user, which may match any part of a string.
 class Regex {
  public:
-  /// Throws KestrelException with the reason when the expression is invalid.
+  /// Throws KestrelException with the reason if the expression is invalid.
   explicit Regex(const std::string& expression);
   Regex(const Regex&) = delete;
   Regex& operator=(const Regex&) = delete;
   ~Regex();
 
-  /// Throws KestrelException when the search backtracks too much to finish.
+  /// Throws KestrelException if the search backtracks too often.
   bool IsFoundIn(const std::string& text) const;
 
  private:

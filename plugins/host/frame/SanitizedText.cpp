@@ -12,7 +12,7 @@ namespace {
 
 bool IsControl(unsigned char byte) { return byte < 0x20 || byte == 0x7f; }
 
-// U+0080 to U+009F, which some terminals take as commands.
+// U+0080 to U+009F, which some terminals interpret as commands.
 bool IsControlPair(unsigned char first, unsigned char second) {
   return first == 0xc2 && second >= 0x80 && second <= 0x9f;
 }
@@ -22,7 +22,7 @@ void AppendEscaped(unsigned char byte, std::string& text) {
   AppendHexDigits(byte, text);
 }
 
-// No text without such a byte has anything to escape; most texts have none.
+// Fast path: most strings contain none of these bytes.
 bool MayNeedEscapes(std::string_view text) {
   return std::any_of(text.begin(), text.end(), [](char letter) {
     const auto byte = static_cast<unsigned char>(letter);

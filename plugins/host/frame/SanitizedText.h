@@ -13,16 +13,16 @@
 
 namespace Kestrel::Host {
 
-// Text from outside (names of files, users, devices ...) may hold bytes that would make the output
-// invalid or send commands to a terminal. These functions make values from it in which each control
-// character, and each byte that is not UTF-8, is written as \xHH.
+// Names of files, users and devices may contain bytes that make the output invalid or control the
+// terminal. The values that these functions return have every control character, and every byte
+// that is not part of valid UTF-8, replaced by \xHH.
 
 std::shared_ptr<MetaObj::MetaString> SanitizedText(std::string_view text);
 
-/// Keeps tabs and line feeds, for a text of several lines.
+/// Keeps tabs and line feeds, for text of several lines.
 std::shared_ptr<MetaObj::MetaString> SanitizedLines(std::string_view text);
 
-/// A list of strings, each made by SanitizedText.
+/// Returns a list of strings, each sanitized by SanitizedText.
 std::shared_ptr<MetaObj::MetaList> SanitizedList(const std::vector<std::string>& texts);
 
 }  // namespace Kestrel::Host

@@ -15,16 +15,16 @@
 
 namespace Kestrel::Host {
 
-/// The declared fields of a structure. A structure made from the shape can hold no other field, so
-/// a result whose fields are all set has the declared shape.
+/// The declared fields of a structure. A structure created from the shape cannot get any other
+/// field.
 ///
-/// A command keeps its shape in a function-local static, made at the first use:
-/// `static const StructShape shape = StructShape("Uptime").Int("Seconds", "...");`
+/// A command keeps its shape in a function-local static, created at the first use: `static const
+/// StructShape shape = StructShape("Uptime").Int("Seconds", "...");`
 class StructShape {
  public:
   explicit StructShape(const char* typeName);
 
-  // Each adds a field; `documentation` says what it contains and in which unit.
+  // Each adds a field. `documentation` says what it contains, and in which unit.
   StructShape& String(const char* name, const char* documentation);
   StructShape& Int(const char* name, const char* documentation);
   StructShape& Bool(const char* name, const char* documentation);
@@ -37,7 +37,7 @@ class StructShape {
   /// the number in IEC units for people. `SetSize` fills both.
   StructShape& Size(const char* name, const char* documentation);
 
-  /// Adds the fields that several shapes share.
+  /// Adds fields that several shapes share.
   StructShape& With(void (*declareFields)(StructShape& shape));
 
   /// Whether `Size` was called.
@@ -56,9 +56,9 @@ class StructShape {
   /// A list of columns with the bytes of each size replaced by its text for people.
   std::string ForPeople(const std::string& columns) const;
 
-  /// A structure of this shape, none of whose fields is set.
+  /// Returns a structure of this shape without values.
   std::shared_ptr<MetaObj::MetaStruct> NewStruct() const;
-  /// An empty list of such structures.
+  /// Returns an empty list of such structures.
   std::shared_ptr<MetaObj::MetaList> NewList() const;
 
   /// Declares one such structure as a command's result.

@@ -12,19 +12,19 @@ namespace Kestrel::Host {
 namespace {
 
 constexpr std::string_view kWhitespace = " \t\r\n";
-// More processors or memory nodes than any kernel can number.
+// More than the kernel's largest number of processors.
 constexpr unsigned long kMaxRange = 1 << 16;
 constexpr long kMaxLong = std::numeric_limits<long>::max();
 constexpr long kMinLong = std::numeric_limits<long>::min();
 
-// Unsigned, because the distance between two longs may not fit into a long.
+// Unsigned: the difference of two longs may not fit into a long.
 bool IsShortRange(long first, long last) {
   return first <= last &&
          static_cast<unsigned long>(last) - static_cast<unsigned long>(first) < kMaxRange;
 }
 
 void AppendRange(std::string_view piece, std::vector<long>& numbers) {
-  const std::size_t dash = piece.find('-', 1);  // one at the front is a sign
+  const std::size_t dash = piece.find('-', 1);  // the first character may be a minus sign
   const auto first = ParseNumber(piece.substr(0, dash));
   const auto last = dash == std::string_view::npos ? first : ParseNumber(piece.substr(dash + 1));
   if (!first || !last || !IsShortRange(*first, *last)) {

@@ -9,32 +9,33 @@
 
 namespace Kestrel::Host {
 
-// White space is a space, a tab, a carriage return or a line feed. The views that these functions
-// return point into `text`.
+// White space means spaces, tabs, carriage returns and line feeds. Returned views point into
+// `text`.
 
 bool StartsWith(std::string_view text, std::string_view prefix);
 
-/// `text` without the white space at both ends.
+/// Returns `text` without white space at its ends.
 std::string_view Trim(std::string_view text);
 
-/// The pieces between separators, including empty ones; at least one.
+/// Splits at every separator. Pieces may be empty; there is at least one.
 std::vector<std::string_view> Split(std::string_view text, char separator);
 
-/// The words between runs of white space.
+/// Splits at runs of white space. No word is empty.
 std::vector<std::string_view> SplitWords(std::string_view text);
 
-/// The lines of `text`; a line feed at the end does not start another one.
+/// Splits into lines. A final line feed does not start another line.
 std::vector<std::string_view> SplitLines(std::string_view text);
 
-/// The decimal number, with white space around it or not, that `text` consists of. Nothing for
-/// anything else and for a number beyond 64 bits.
+/// Parses a decimal number, which white space may surround. Returns nothing for anything else, and
+/// for a number that does not fit into 64 bits.
 std::optional<long> ParseNumber(std::string_view text);
 
-/// The numbers of a list such as "0-3,8", as the kernel writes sets of processors. Leaves out each
-/// piece that is no number or range, and each range of more than 65536 numbers.
+/// Parses a list such as "0-3,8", the form in which the kernel writes sets of processors. Skips
+/// pieces that are neither a number nor a range, and ranges of more than 65536 numbers.
 std::vector<long> ParseNumberList(std::string_view text);
 
-// Arithmetic on numbers from outside: a result beyond 64 bits becomes the nearest long.
+// Arithmetic on untrusted numbers: a result that does not fit into 64 bits becomes the nearest one
+// that does.
 long ClampedSum(long left, long right);
 long ClampedDifference(long left, long right);
 long ClampedProduct(long left, long right);

@@ -8,11 +8,11 @@
 
 namespace Kestrel::Host {
 
-/// A time in the machine's time zone, as in "2031-01-02 03:04:05"; empty when the year is beyond
-/// what the system can convert.
+/// Formats a time in the machine's time zone, as in "2031-01-02 03:04:05". Returns an empty string
+/// if the system cannot convert the time.
 std::string FormatTimestamp(std::time_t time);
 
-/// A duration as "03:04:05" or, from one day on, "12-03:04:05". A negative one counts as 0.
+/// Formats a duration as "03:04:05", or with days as "12-03:04:05". Treats a negative one as 0.
 std::string FormatDuration(long seconds);
 
 }  // namespace Kestrel::Host

@@ -11,8 +11,7 @@
 
 namespace Kestrel::Host {
 
-/// The values that the user gave for a parameter. A row is listed when it has one of them, or when
-/// none was given.
+/// The values that the user gave for a parameter. Accepts every value if the user gave none.
 template <typename Value>
 class ValueFilter {
  public:
@@ -24,7 +23,7 @@ class ValueFilter {
     return values_.empty() || std::find(values_.begin(), values_.end(), value) != values_.end();
   }
 
-  /// Whether at least one of `values` is accepted.
+  /// Returns whether at least one of `values` is accepted.
   bool AcceptsAnyOf(const std::vector<Value>& values) const {
     return values_.empty() || std::any_of(values.begin(), values.end(),
                                           [this](const Value& value) { return Accepts(value); });

@@ -22,9 +22,10 @@
 namespace Kestrel::Host {
 namespace {
 
-// More than the largest datagram that the kernel fills for one dump.
+// Larger than any datagram of a dump.
 constexpr std::size_t kDatagramSize = 1 << 17;
-// A table that changes while it is dumped is asked for again; a busy one is taken as it comes.
+// How often a dump is repeated that a change of the table has interrupted. The last one is used
+// even if it was interrupted.
 constexpr int kMaxAttempts = 5;
 
 [[noreturn]] void ThrowSystemError(const std::string& what, int error) {
@@ -80,7 +81,7 @@ class NetlinkSocket {
 
 std::size_t Align(std::size_t size, std::size_t to) { return (size + to - 1) / to * to; }
 
-// What a datagram says about the dump that it belongs to.
+// What a datagram reports about its dump.
 struct DumpProgress {
   bool isDone = false;
   bool isInterrupted = false;
@@ -105,7 +106,7 @@ void CollectDatagram(std::string_view datagram, std::uint32_t sequence, const st
     const std::string_view message = datagram.substr(0, header.nlmsg_len);
     datagram.remove_prefix(std::min(datagram.size(), Align(header.nlmsg_len, NLMSG_ALIGNTO)));
     if (header.nlmsg_seq != sequence) {
-      continue;  // the rest of an earlier dump that was given up
+      continue;  // belongs to an earlier dump
     }
     progress.isInterrupted |= (header.nlmsg_flags & NLM_F_DUMP_INTR) != 0;
     if (header.nlmsg_type == NLMSG_DONE) {

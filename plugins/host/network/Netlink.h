@@ -15,32 +15,32 @@
 
 namespace Kestrel::Host {
 
-/// The attributes that follow a netlink message's fixed part, or that another attribute holds.
-/// Views into the bytes that it was made from, which must outlive it. What does not fit into the
-/// bytes is left out.
+/// The attributes after the fixed part of a netlink message or within another attribute. They are
+/// views of the bytes given, which must outlive this object. An attribute that extends beyond the
+/// bytes is ignored, as is everything after it.
 class NetlinkAttributes {
  public:
   explicit NetlinkAttributes(std::string_view bytes);
 
-  /// Whether an attribute of that type is there.
+  /// Returns whether there is an attribute of that type.
   bool Has(unsigned type) const;
-  /// The attribute's bytes; of several of a type, the last one's. Empty when there is none.
+  /// Returns the content of the last attribute of that type; empty if there is none.
   std::string_view Get(unsigned type) const;
-  /// The attribute as a number in the host's byte order; 0 when it is absent or too short.
+  /// Returns the content as a number in the host's byte order; 0 if it is absent or too short.
   std::uint32_t GetNumber(unsigned type) const;
-  /// The attribute as a text without its final NUL; empty when it is absent.
+  /// Returns the content up to its first NUL; empty if it is absent.
   std::string GetText(unsigned type) const;
 
  private:
   std::vector<std::pair<unsigned, std::string_view>> attributes_;
 };
 
-/// One message of an answer: its type and everything behind its header.
+/// A message of a dump: its type, and what follows its header.
 struct NetlinkMessage {
   unsigned type;
   std::string_view body;
 
-  /// The message's fixed part at the front of the body; false when the body is too short for it.
+  /// Copies the fixed part at the start of the body. Returns false if the body is too short.
   template <typename Fixed>
   bool Read(Fixed& fixed) const {
     if (body.size() < sizeof(Fixed)) {
@@ -50,25 +50,25 @@ struct NetlinkMessage {
     return true;
   }
 
-  /// The attributes behind a fixed part of that size.
+  /// Returns the attributes after a fixed part of that size.
   NetlinkAttributes GetAttributes(std::size_t fixedSize) const;
 };
 
-/// Calls `visit` for every whole message among `bytes`; a message that is cut short ends the walk.
+/// Calls `visit` for each message in `bytes`, up to the first incomplete one.
 void ForEachNetlinkMessage(std::string_view bytes,
                            const std::function<void(const NetlinkMessage&)>& visit);
 
-/// Asks the kernel's routing tables for everything of one kind (RTM_GETLINK, RTM_GETADDR, ...) and
-/// returns the messages of its answer one after the other. `what` names the things in the plural,
-/// for messages. Throws KestrelException when the kernel refuses or keeps silent for `deadline`.
+/// Requests a dump of one kind (RTM_GETLINK, RTM_GETADDR, ...) from the kernel and returns its
+/// messages, one after the other. Error messages name what is requested as `what`, a plural noun.
+/// Throws KestrelException if the kernel rejects the request or does not respond within `deadline`.
 std::string DumpNetlink(std::uint16_t request, const std::string& what,
                         std::chrono::milliseconds deadline = std::chrono::seconds(5));
 
-/// An IPv4 or IPv6 address of 4 or 16 bytes as text; empty for any other number of bytes.
+/// Formats an IPv4 or IPv6 address of 4 or 16 bytes; empty for any other number of bytes.
 std::string FormatAddress(std::string_view bytes);
-/// A link-layer address as pairs of hexadecimal digits joined by ':'; empty for no bytes.
+/// Formats a link-layer address as pairs of hexadecimal digits separated by ":".
 std::string FormatLinkAddress(std::string_view bytes);
-/// 4 for AF_INET, 6 for AF_INET6, 0 for every other address family.
+/// Returns 4 for AF_INET, 6 for AF_INET6, 0 for any other address family.
 long FamilyNumber(unsigned family);
 
 }  // namespace Kestrel::Host

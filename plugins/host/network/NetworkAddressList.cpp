@@ -15,7 +15,7 @@ class NetworkAddressList final : public ListCommand {
  public:
   NetworkAddressList()
       : ListCommand("List the addresses of the network interfaces.", NetworkAddressShape,
-                    "The addresses, interface by interface.") {
+                    "The addresses, sorted by interface.") {
     ShowColumns("Interface,Address,Prefix Length,Scope,Flags", {{"wrap-last", "true"}});
     AddExample("", "List every address");
     AddExample("--interface eth0 --family 6", "List the IPv6 addresses of one interface");
@@ -26,15 +26,15 @@ class NetworkAddressList final : public ListCommand {
   void DeclareParameters(CallSpec::InputSpec& spec) const override {
     AddFamilyParameter(spec);
     AddInterfaceParameter(spec);
-    Parameter("scope", CallSpec::StringList, "List addresses of this scope only:%FULLENUM%")
+    Parameter("scope", CallSpec::StringList, "List only addresses of this scope:%FULLENUM%")
         .Short("s")
         .OneOf({{"global", "valid everywhere"},
                 {"site", "valid within the site"},
-                {"link", "valid among the neighbors on the link"},
+                {"link", "valid on the link"},
                 {"host", "valid on this machine"}})
         .AddTo(spec);
     Parameter("prefix-length", CallSpec::Int,
-              "List addresses with this prefix length only; %ENUM%.")
+              "List only addresses with this prefix length; %ENUM%.")
         .Short("p")
         .Between(0, 128)
         .AddTo(spec);

@@ -14,14 +14,14 @@ const StructShape& NetworkAddressShape() {
           .Int("Family", "The version of the Internet protocol: 4 or 6.")
           .String("Address", "The address, without its prefix length.")
           .Int("Prefix Length", "How many leading bits belong to the network.")
-          .String("Peer", "The other end of a point-to-point link; empty for other links.")
-          .String("Broadcast", "The address that reaches every neighbor; empty for none.")
+          .String("Peer", "The peer of a point-to-point link; empty for other links.")
+          .String("Broadcast", "The broadcast address; empty for none.")
           .String("Scope", "How far the address is valid: global, site, link or host.")
-          .String("Label", "The name that an IPv4 address was given.")
-          .Int("Valid Seconds", "For how long it stays, in seconds; -1 without end.")
+          .String("Label", "The label of an IPv4 address.")
+          .Int("Valid Seconds", "The time until it expires, in seconds; -1 if it never does.")
           .Int("Preferred Seconds",
-               "For how long it is used for new connections, in seconds; -1 without end.")
-          .Strings("Flags", "What else is true of it, such as dynamic, tentative or temporary.");
+               "The time for which new connections use it, in seconds; -1 if there is no limit.")
+          .Strings("Flags", "Its flags, such as dynamic, tentative or temporary.");
   return shape;
 }
 

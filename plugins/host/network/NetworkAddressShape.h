@@ -14,14 +14,14 @@
 
 namespace Kestrel::Host {
 
-/// The declared fields of a "NetworkAddress".
+/// The shape of a "NetworkAddress".
 const StructShape& NetworkAddressShape();
 
-/// An address as such a record; `linkNames` are the names of the interfaces by index.
+/// Converts an address to such a structure. `linkNames` maps indexes to names of interfaces.
 std::shared_ptr<MetaObj::MetaStruct> ToStruct(const NetworkAddress& address,
                                               const std::map<long, std::string>& linkNames);
 
-/// The address with its prefix length, as in "127.0.0.1/8".
+/// Formats the address with its prefix length, as in "127.0.0.1/8".
 std::string FormatPrefix(const NetworkAddress& address);
 
 }  // namespace Kestrel::Host

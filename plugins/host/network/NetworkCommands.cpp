@@ -11,16 +11,16 @@ void RegisterNetwork(const std::shared_ptr<AutoCli::Namespace>& root) {
   const auto network = AddNamespace(root, "network", "Interfaces, addresses, routes, connections.");
   AddNamespace(network, "address", "The addresses of the interfaces.")
       ->RegisterNamespaceNode(NewNetworkAddressList(), "list");
-  AddNamespace(network, "connection", "Connections and sockets that wait for one.")
+  AddNamespace(network, "connection", "Connections and listening sockets.")
       ->RegisterNamespaceNode(NewNetworkConnectionList(), "list");
-  AddNamespace(network, "counter", "What the interfaces have carried.")
+  AddNamespace(network, "counter", "The traffic of the interfaces.")
       ->RegisterNamespaceNode(NewNetworkCounterList(), "list");
   const auto interface = AddNamespace(network, "interface", "The network interfaces.");
   interface->RegisterNamespaceNode(NewNetworkInterfaceGet(), "get");
   interface->RegisterNamespaceNode(NewNetworkInterfaceList(), "list");
-  AddNamespace(network, "neighbor", "Which link-layer addresses the neighbors have.")
+  AddNamespace(network, "neighbor", "The link-layer addresses of the neighbors.")
       ->RegisterNamespaceNode(NewNetworkNeighborList(), "list");
-  AddNamespace(network, "route", "Where packets are sent.")
+  AddNamespace(network, "route", "The routes of packets.")
       ->RegisterNamespaceNode(NewNetworkRouteList(), "list");
 }
 

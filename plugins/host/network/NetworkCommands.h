@@ -10,10 +10,11 @@
 
 namespace Kestrel::Host {
 
-/// Adds "network" and the commands below it: interfaces, addresses, routes and connections.
+/// Adds the namespace "network" with its commands about interfaces, addresses, routes and
+/// connections.
 void RegisterNetwork(const std::shared_ptr<AutoCli::Namespace>& root);
 
-// The commands below "network", each in the file of its name.
+// The commands of the namespace, each defined in the file of its name.
 std::shared_ptr<AutoCli::Command> NewNetworkAddressList();
 std::shared_ptr<AutoCli::Command> NewNetworkConnectionList();
 std::shared_ptr<AutoCli::Command> NewNetworkCounterList();

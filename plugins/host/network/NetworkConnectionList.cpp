@@ -21,21 +21,21 @@ using Owners = std::map<long, std::vector<long>>;
 const StructShape& Shape() {
   static const StructShape shape =
       StructShape("NetworkConnection")
-          .String("Protocol", "tcp, udp or unix, for sockets of this machine's own.")
-          .String("Type", "What the socket carries: stream, datagram or seqpacket.")
+          .String("Protocol", "tcp, udp or unix.")
+          .String("Type", "The type of the socket: stream, datagram or seqpacket.")
           .Int("Family", "The version of the Internet protocol: 4 or 6; 0 for unix.")
           .String("State", "The state of the connection: listen, established and others.")
-          .String("Local", "This end, with its port; a path for unix.")
-          .String("Local Address", "The address of this end; empty for unix.")
-          .Int("Local Port", "The port of this end; 0 for unix.")
-          .String("Remote", "The other end, with its port; empty for unix.")
-          .String("Remote Address", "The address of the other end; empty for unix.")
-          .Int("Remote Port", "The port of the other end; 0 while there is none.")
-          .Int("Receive Queue", "How many bytes have come and were not read.")
-          .Int("Send Queue", "How many bytes were sent and not acknowledged.")
-          .Int("User Id", "The user who made the socket; -1 for unix.")
-          .Int("Inode", "The socket's number; 0 once no process holds it.")
-          .Ints("Processes", "The processes that hold it, where they were asked for.");
+          .String("Local", "The local address with its port; the path for unix.")
+          .String("Local Address", "The local address; empty for unix.")
+          .Int("Local Port", "The local port; 0 for unix.")
+          .String("Remote", "The remote address with its port; empty for unix.")
+          .String("Remote Address", "The remote address; empty for unix.")
+          .Int("Remote Port", "The remote port; 0 for none.")
+          .Int("Receive Queue", "How many bytes have been received but not read.")
+          .Int("Send Queue", "How many bytes have been sent but not acknowledged.")
+          .Int("User Id", "The user who owns the socket; -1 for unix.")
+          .Int("Inode", "The inode of the socket; 0 if no process has it open.")
+          .Ints("Processes", "The processes that have it open, with --processes.");
   return shape;
 }
 
@@ -64,50 +64,49 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Socket& socket, const Owners
 class NetworkConnectionList final : public ListCommand {
  public:
   NetworkConnectionList()
-      : ListCommand("List connections and sockets that wait for one.", Shape,
-                    "The sockets, protocol by protocol.") {
+      : ListCommand("List connections and listening sockets.", Shape,
+                    "The sockets, sorted by protocol.") {
     ShowColumns("Protocol,State,Local,Remote,Processes", {{"wrap-last", "true"}});
-    AddExample("--state listen --processes", "List what waits for connections, and who does");
-    AddExample("--protocol tcp --port 22 --port 443", "List what goes through two ports");
-    AddExample("--protocol unix", "List the sockets of this machine's own");
+    AddExample("--state listen --processes", "List listening sockets with their processes");
+    AddExample("--protocol tcp --port 22 --port 443", "List the connections of two ports");
+    AddExample("--protocol unix", "List Unix sockets");
   }
 
  private:
   void DeclareParameters(CallSpec::InputSpec& spec) const override {
     AddFamilyParameter(spec);
     Parameter("protocol", CallSpec::StringList,
-              "List this protocol only; tcp and udp unless given:%FULLENUM%")
+              "List only this protocol; the default is tcp and udp:%FULLENUM%")
         .Short("p")
-        .OneOf({{"tcp", "streams between machines"},
-                {"udp", "datagrams between machines"},
-                {"unix", "sockets of this machine's own"}})
+        .OneOf({{"tcp", "streams"}, {"udp", "datagrams"}, {"unix", "Unix sockets"}})
         .AddTo(spec);
-    Parameter("state", CallSpec::StringList, "List sockets in this state only:%FULLENUM%")
+    Parameter("state", CallSpec::StringList, "List only sockets in this state:%FULLENUM%")
         .Short("s")
         .OneOf({{"listen", "waits for connections"},
                 {"established", "is connected"},
-                {"unconnected", "has no other end"},
+                {"unconnected", "has no remote end"},
                 {"connected", "is connected (unix)"},
-                {"connecting", "is about to be connected (unix)"},
-                {"disconnecting", "is about to be closed (unix)"},
-                {"syn-sent", "has asked for a connection"},
-                {"syn-received", "was asked for a connection"},
-                {"fin-wait-1", "has said that it sends no more"},
-                {"fin-wait-2", "sends no more, the other end still may"},
-                {"close-wait", "the other end sends no more"},
-                {"last-ack", "waits for the last word of the other end"},
-                {"closing", "both ends say that they send no more"},
-                {"time-wait", "is over, late packets are waited for"},
-                {"closed", "is over"}})
+                {"connecting", "is being connected (unix)"},
+                {"disconnecting", "is being closed (unix)"},
+                {"syn-sent", "has requested a connection"},
+                {"syn-received", "has received a request for a connection"},
+                {"fin-wait-1", "has closed its side"},
+                {"fin-wait-2", "has closed its side, which is acknowledged"},
+                {"close-wait", "the remote end has closed its side"},
+                {"last-ack", "waits for the last acknowledgement"},
+                {"closing", "both ends have closed their side"},
+                {"time-wait", "is closed, but late packets may arrive"},
+                {"closed", "is closed"}})
         .AddTo(spec);
-    Parameter("port", CallSpec::IntList, "List sockets only with this port at either end; %ENUM%.")
+    Parameter("port", CallSpec::IntList,
+              "List only sockets with this local or remote port; %ENUM%.")
         .Short("P")
         .Between(1, 65535)
         .AddTo(spec);
-    Parameter("all", CallSpec::Flag, "List every protocol.").Short("a").AddTo(spec);
+    Parameter("all", CallSpec::Flag, "List all protocols.").Short("a").AddTo(spec);
     Parameter("processes", CallSpec::Flag,
-              "Look for the processes that hold each socket; those of other users are found by "
-              "the superuser only.")
+              "Find the processes that have each socket open; only the superuser finds those of "
+              "other users.")
         .Short("w")
         .AddTo(spec);
   }

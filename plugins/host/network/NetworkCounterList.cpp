@@ -18,11 +18,11 @@ const StructShape& Shape() {
           .Int("RX Bytes", "How many bytes it received.")
           .Int("RX Packets", "How many packets it received.")
           .Int("RX Errors", "How many damaged packets it received.")
-          .Int("RX Dropped", "How many received packets were given up.")
+          .Int("RX Dropped", "How many received packets were dropped.")
           .Int("TX Bytes", "How many bytes it sent.")
           .Int("TX Packets", "How many packets it sent.")
           .Int("TX Errors", "How many packets it failed to send.")
-          .Int("TX Dropped", "How many packets to send were given up.");
+          .Int("TX Dropped", "How many packets were dropped instead of sent.");
   return shape;
 }
 
@@ -45,21 +45,21 @@ bool HasTrouble(const LinkTraffic& traffic) { return traffic.errors > 0 || traff
 class NetworkCounterList final : public ListCommand {
  public:
   NetworkCounterList()
-      : ListCommand("List what the network interfaces have carried.", Shape,
-                    "The counters since each interface was made, by its number.") {
+      : ListCommand("List the traffic of the network interfaces.", Shape,
+                    "The counters since each interface was created, sorted by index.") {
     ShowColumns("Interface,RX Bytes,RX Packets,RX Errors,TX Bytes,TX Packets,TX Errors");
     AddExample("", "List the counters of every interface");
-    AddExample("--active", "Leave out the interfaces that have carried nothing");
+    AddExample("--active", "List the interfaces that had any traffic");
     AddExample("--trouble", "List the interfaces that lost packets");
   }
 
  private:
   void DeclareParameters(CallSpec::InputSpec& spec) const override {
     AddInterfaceParameter(spec);
-    Parameter("active", CallSpec::Flag, "List interfaces only that have carried packets.")
+    Parameter("active", CallSpec::Flag, "List only interfaces that have sent or received packets.")
         .Short("a")
         .AddTo(spec);
-    Parameter("trouble", CallSpec::Flag, "List interfaces only that have damaged or lost packets.")
+    Parameter("trouble", CallSpec::Flag, "List only interfaces with errors or dropped packets.")
         .Short("t")
         .AddTo(spec);
   }

@@ -12,12 +12,12 @@ namespace Kestrel::Host {
 bool IsSwitchedOn(const NetworkLink& link) { return (link.flags & IFF_UP) != 0; }
 
 void DeclareInterfaceFields(StructShape& shape) {
-  shape.Int("Index", "The interface's number.")
-      .String("State", "Whether it can carry packets: UP, DOWN, UNKNOWN and others.")
-      .Bool("Up", "Whether the administrator has it switched on.")
-      .String("Type", "The kind of its link: ether, loopback and others.")
-      .String("Kind", "The kind of a virtual interface: veth, bridge and others; else empty.")
-      .Int("MTU", "The largest packet that it carries, in bytes.")
+  shape.Int("Index", "The index of the interface.")
+      .String("State", "Whether it can transmit packets: UP, DOWN, UNKNOWN and others.")
+      .Bool("Up", "Whether the administrator has enabled it.")
+      .String("Type", "The type of its link: ether, loopback and others.")
+      .String("Kind", "The kind of a virtual interface: veth, bridge and others; otherwise empty.")
+      .Int("MTU", "The size of its largest packet, in bytes.")
       .String("MAC Address", "Its link-layer address; empty for none.");
 }
 

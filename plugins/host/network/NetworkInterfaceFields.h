@@ -10,13 +10,13 @@
 
 namespace Kestrel::Host {
 
-/// Whether the administrator has switched the interface on.
+/// Returns whether the administrator has enabled the interface.
 bool IsSwitchedOn(const NetworkLink& link);
 
-/// Declares the fields that a row of the list of interfaces and the details of one interface share,
-/// from "Index" to "MAC Address".
+/// Declares the fields that the list of interfaces and the details of one interface share: "Index"
+/// to "MAC Address".
 void DeclareInterfaceFields(StructShape& shape);
-/// Sets these fields.
+/// Sets the values of these fields.
 void SetInterfaceFields(const NetworkLink& link, MetaObj::MetaStruct& result);
 
 }  // namespace Kestrel::Host

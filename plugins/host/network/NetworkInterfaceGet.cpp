@@ -20,27 +20,27 @@ namespace {
 
 const StructShape& TrafficShape() {
   static const StructShape shape = StructShape("NetworkTraffic")
-                                       .Int("Bytes", "How many bytes it carried.")
-                                       .Int("Packets", "How many packets it carried.")
-                                       .Int("Errors", "How many packets were damaged.")
-                                       .Int("Dropped", "How many packets were given up.");
+                                       .Int("Bytes", "The number of bytes.")
+                                       .Int("Packets", "The number of packets.")
+                                       .Int("Errors", "The number of packets with errors.")
+                                       .Int("Dropped", "The number of dropped packets.");
   return shape;
 }
 
 const StructShape& Shape() {
   static const StructShape shape =
       StructShape("NetworkInterfaceDetails")
-          .String("Name", "The interface's name.")
-          .String("Alias", "What the administrator calls it; empty for nothing.")
+          .String("Name", "The name of the interface.")
+          .String("Alias", "The alias that the administrator has set; empty for none.")
           .With(DeclareInterfaceFields)
-          .String("Broadcast", "The link-layer address that reaches every neighbor.")
-          .Strings("Flags", "What is true of it, such as BROADCAST or PROMISC.")
-          .String("Master", "The bridge or bond that it belongs to; empty for none.")
-          .String("Queueing", "How packets queue up that wait to be sent.")
-          .Int("Queue Length", "How many packets may wait to be sent.")
+          .String("Broadcast", "Its link-layer broadcast address.")
+          .Strings("Flags", "Its flags, such as BROADCAST or PROMISC.")
+          .String("Master", "The bridge or bond that it is part of; empty for none.")
+          .String("Queueing", "The queueing discipline for packets to be sent.")
+          .Int("Queue Length", "How many packets the queue can contain.")
           .Structs("Addresses", NetworkAddressShape(), "Its addresses.")
-          .Struct("Received", TrafficShape(), "What it has received since it was made.")
-          .Struct("Transmitted", TrafficShape(), "What it has sent since it was made.");
+          .Struct("Received", TrafficShape(), "What it has received since it was created.")
+          .Struct("Transmitted", TrafficShape(), "What it has sent since it was created.");
   return shape;
 }
 
@@ -93,7 +93,7 @@ class NetworkInterfaceGet final : public HostCommand {
                  {"fields:NetworkAddress", "Family,Prefix Length,Scope,Peer,Broadcast,Flags"},
                  {"units:NetworkInterfaceDetails.MTU", "bytes"},
                  {"units:NetworkInterfaceDetails.Queue Length", "packets"}});
-    AddExample("--interface lo", "Show the interface by which the machine talks to itself");
+    AddExample("--interface lo", "Show the loopback interface");
   }
 
  private:
@@ -106,7 +106,7 @@ class NetworkInterfaceGet final : public HostCommand {
   }
 
   void DeclareResult(CallSpec::OutputSpec& spec) const override {
-    Shape().DeclareStruct(spec, "The interface with its addresses and what it has carried.");
+    Shape().DeclareStruct(spec, "The interface with its addresses and its traffic.");
   }
 
   void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {

@@ -20,7 +20,7 @@ namespace {
 const StructShape& Shape() {
   static const StructShape shape =
       StructShape("NetworkInterface")
-          .String("Name", "The interface's name.")
+          .String("Name", "The name of the interface.")
           .With(DeclareInterfaceFields)
           .Strings("Addresses", "Its addresses with their prefix lengths.");
   return shape;
@@ -46,28 +46,28 @@ std::map<long, std::vector<std::string>> PrefixesByLink() {
 class NetworkInterfaceList final : public ListCommand {
  public:
   NetworkInterfaceList()
-      : ListCommand("List the network interfaces.", Shape, "The interfaces by number.") {
+      : ListCommand("List the network interfaces.", Shape, "The interfaces, sorted by index.") {
     ShowColumns("Name,State,MTU,MAC Address,Addresses", {{"wrap-last", "true"}});
     AddExample("", "List every interface");
-    AddExample("--up true --state DOWN", "List those that are switched on but carry nothing");
+    AddExample("--up true --state DOWN", "List those that are enabled but down");
     AddExample("--interface eth0 --interface lo", "List two interfaces by name");
   }
 
  private:
   void DeclareParameters(CallSpec::InputSpec& spec) const override {
     AddInterfaceParameter(spec);
-    Parameter("state", CallSpec::StringList, "List interfaces in this state only:%FULLENUM%")
+    Parameter("state", CallSpec::StringList, "List only interfaces in this state:%FULLENUM%")
         .Short("s")
-        .OneOf({{"UP", "carries packets"},
-                {"DOWN", "carries none"},
-                {"LOWERLAYERDOWN", "the interface below it carries none"},
+        .OneOf({{"UP", "can transmit packets"},
+                {"DOWN", "cannot transmit packets"},
+                {"LOWERLAYERDOWN", "the interface below it is down"},
                 {"DORMANT", "waits for an event, such as a login"},
                 {"TESTING", "is being tested"},
-                {"NOTPRESENT", "lacks a part"},
-                {"UNKNOWN", "does not tell"}})
+                {"NOTPRESENT", "a component is missing"},
+                {"UNKNOWN", "does not report its state"}})
         .AddTo(spec);
     Parameter("up", CallSpec::BoolList,
-              "List interfaces that are switched on (true) or off (false); both may be given.")
+              "List only interfaces that are enabled (true) or disabled (false).")
         .Short("u")
         .AddTo(spec);
   }

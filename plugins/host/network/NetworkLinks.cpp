@@ -80,14 +80,14 @@ std::string OperationalState(std::string_view attribute) {
                 attribute.empty() ? 0 : static_cast<unsigned char>(attribute[0]));
 }
 
-// The kernel counts without a sign; a value that does not fit stands at the largest that does.
+// The kernel's counters are unsigned. A value too large for a long becomes the largest long.
 long CounterValue(std::uint64_t count) {
   constexpr std::uint64_t kMax = std::numeric_limits<long>::max();
   return static_cast<long>(std::min(count, kMax));
 }
 
 void ReadTraffic(std::string_view attribute, NetworkLink& link) {
-  // Kernels append to the structure; what an older one does not send stays 0.
+  // Newer kernels append fields. Those that an older kernel does not send remain 0.
   rtnl_link_stats64 counters = {};
   attribute.copy(reinterpret_cast<char*>(&counters), sizeof(counters));
   link.received = {CounterValue(counters.rx_bytes), CounterValue(counters.rx_packets),
@@ -96,7 +96,7 @@ void ReadTraffic(std::string_view attribute, NetworkLink& link) {
                       CounterValue(counters.tx_errors), CounterValue(counters.tx_dropped)};
 }
 
-// The addresses of tunnels over IP are IP addresses.
+// The link-layer addresses of IP tunnels are IP addresses.
 std::string LinkAddress(unsigned type, std::string_view bytes) {
   const bool isTunnel =
       type == ARPHRD_TUNNEL || type == ARPHRD_TUNNEL6 || type == ARPHRD_SIT || type == ARPHRD_IPGRE;
@@ -126,7 +126,7 @@ long LifetimeSeconds(std::uint32_t seconds) {
   return seconds == std::numeric_limits<std::uint32_t>::max() ? -1 : static_cast<long>(seconds);
 }
 
-// One bit says "temporary" of an IPv6 address and "secondary" of an IPv4 one.
+// The same bit means "temporary" for IPv6 and "secondary" for IPv4.
 std::vector<std::string> AddressFlagNames(long family, unsigned flags) {
   std::vector<std::string> names = NamesOfBits(kAddressFlags, flags);
   if ((flags & IFA_F_SECONDARY) != 0) {

@@ -10,7 +10,7 @@
 
 namespace Kestrel::Host {
 
-/// What an interface has carried since it came up, in one direction.
+/// Traffic of an interface in one direction.
 struct LinkTraffic {
   long bytes = 0;
   long packets = 0;
@@ -18,16 +18,17 @@ struct LinkTraffic {
   long dropped = 0;
 };
 
-/// One network interface as the kernel describes it.
+/// A network interface as described by the kernel.
 struct NetworkLink {
   long index = 0;
-  long masterIndex = 0;  ///< The bridge or bond that it belongs to, 0 for none.
+  long masterIndex = 0;  ///< The bridge or bond that it is part of; 0 for none.
   long mtu = 0;          ///< In bytes.
   long queueLength = 0;  ///< In packets.
   unsigned flags = 0;    ///< IFF_ bits.
   std::string name;
-  std::string type;   ///< Of its link layer: "ether", "loopback", ... or a number.
-  std::string kind;   ///< Of a virtual interface: "veth", "bridge", ...; empty for a device.
+  std::string type;  ///< The type of its link layer: "ether", "loopback", ... or a number.
+  std::string
+      kind;  ///< The kind of a virtual interface: "veth", "bridge", ...; empty for hardware.
   std::string state;  ///< "UP", "DOWN", "UNKNOWN", "LOWERLAYERDOWN", "DORMANT", ...
   std::string address;
   std::string broadcast;
@@ -37,7 +38,7 @@ struct NetworkLink {
   LinkTraffic transmitted;
 };
 
-/// One IPv4 or IPv6 address of an interface.
+/// An IPv4 or IPv6 address of an interface.
 struct NetworkAddress {
   long interfaceIndex = 0;
   long family = 0;  ///< 4 or 6.
@@ -47,32 +48,34 @@ struct NetworkAddress {
   std::string broadcast;
   std::string scope;
   std::string label;
-  long validSeconds = -1;      ///< -1 when it does not expire.
-  long preferredSeconds = -1;  ///< -1 when it stays preferred.
+  long validSeconds = -1;      ///< -1 if it never expires.
+  long preferredSeconds = -1;  ///< -1 if it is always preferred.
   std::vector<std::string> flags;
 };
 
-/// The interfaces in an answer to RTM_GETLINK, in the order of the answer.
+/// Parses an answer to RTM_GETLINK. Keeps its order.
 std::vector<NetworkLink> ParseLinks(std::string_view answer);
-/// The IPv4 and IPv6 addresses in an answer to RTM_GETADDR.
+/// Parses the IPv4 and IPv6 addresses in an answer to RTM_GETADDR.
 std::vector<NetworkAddress> ParseAddresses(std::string_view answer);
 
-/// The host's interfaces, ascending by index. Throws KestrelException when the kernel refuses.
+/// Returns the interfaces, sorted by index. Throws KestrelException if the kernel rejects the
+/// request.
 std::vector<NetworkLink> ReadLinks();
-/// The host's addresses, ascending by the index of their interface. Throws KestrelException when
-/// the kernel refuses.
+/// Returns the addresses, sorted by the index of their interface. Throws KestrelException if the
+/// kernel rejects the request.
 std::vector<NetworkAddress> ReadAddresses();
 
-/// The names of an interface's flags, such as "UP" and "BROADCAST", in the order of their bits.
+/// Returns the names of the flags, such as "UP" and "BROADCAST", in the order of their bits.
 std::vector<std::string> LinkFlagNames(unsigned flags);
 
-/// The names of the interfaces by index.
+/// Maps indexes to names.
 std::map<long, std::string> LinkNames(const std::vector<NetworkLink>& links);
-/// The name of the interface of that index: "#7" for one that went away, empty for index 0.
+/// Returns the name of an interface; "#7" if the interface with index 7 no longer exists; empty for
+/// 0.
 std::string LinkName(const std::map<long, std::string>& names, long index);
 
-/// The name of an address's or a route's scope: "global", "site", "link", "host", "nowhere" or a
-/// number.
+/// Returns the name of the scope of an address or route: "global", "site", "link", "host",
+/// "nowhere", or its number.
 std::string ScopeName(unsigned scope);
 
 }  // namespace Kestrel::Host

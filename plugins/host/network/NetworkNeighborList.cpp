@@ -17,10 +17,10 @@ const StructShape& Shape() {
       StructShape("NetworkNeighbor")
           .String("Address", "The neighbor's IPv4 or IPv6 address.")
           .Int("Family", "The version of the Internet protocol: 4 or 6.")
-          .String("Interface", "The interface behind which it lives.")
-          .String("MAC Address", "Its link-layer address; empty while it is not known.")
-          .String("State", "What is known of it: reachable, stale, failed and others.")
-          .Bool("Router", "Whether it says that it passes packets on.");
+          .String("Interface", "The interface through which it is reached.")
+          .String("MAC Address", "Its link-layer address; empty while it is unknown.")
+          .String("State", "Its state: reachable, stale, failed and others.")
+          .Bool("Router", "Whether it is a router.");
   return shape;
 }
 
@@ -42,29 +42,28 @@ class NetworkNeighborList final : public ListCommand {
       : ListCommand("List the link-layer addresses of the neighbors.", Shape,
                     "The neighbors, in the kernel's order.") {
     ShowColumns("Address,Interface,MAC Address,State");
-    AddExample("", "List the neighbors that the kernel has asked for");
+    AddExample("", "List the neighbors that the kernel has looked for");
     AddExample("--state failed --state incomplete", "List the neighbors that do not answer");
-    AddExample("--all --family 4", "List every IPv4 neighbor, also those that need no asking");
+    AddExample("--all --family 4", "List all IPv4 neighbors");
   }
 
  private:
   void DeclareParameters(CallSpec::InputSpec& spec) const override {
     AddFamilyParameter(spec);
     AddInterfaceParameter(spec);
-    Parameter("state", CallSpec::StringList, "List neighbors in this state only:%FULLENUM%")
+    Parameter("state", CallSpec::StringList, "List only neighbors in this state:%FULLENUM%")
         .Short("s")
-        .OneOf({{"none", "nothing has happened yet"},
-                {"incomplete", "was asked and has not answered yet"},
-                {"reachable", "has answered lately"},
-                {"stale", "has not answered lately, nor been asked"},
-                {"delay", "is about to be asked again"},
-                {"probe", "is being asked again"},
-                {"failed", "does not answer"},
-                {"noarp", "needs no asking"},
-                {"permanent", "was set by the administrator"}})
+        .OneOf({{"none", "is new"},
+                {"incomplete", "is being looked for"},
+                {"reachable", "was reached recently"},
+                {"stale", "was not reached recently"},
+                {"delay", "will be checked soon"},
+                {"probe", "is being checked"},
+                {"failed", "cannot be reached"},
+                {"noarp", "needs no lookup"},
+                {"permanent", "was configured by the administrator"}})
         .AddTo(spec);
-    Parameter("all", CallSpec::Flag,
-              "List also neighbors that need no asking (noarp) or were not asked (none).")
+    Parameter("all", CallSpec::Flag, "Also list neighbors in the states noarp and none.")
         .Short("a")
         .AddTo(spec);
   }
@@ -74,7 +73,7 @@ class NetworkNeighborList final : public ListCommand {
     const IntFilter families(input, "family");
     const StringFilter interfaces(input, "interface");
     const StringFilter states(input, "state");
-    // A state that is asked for by name is listed whatever it is.
+    // An explicit --state also lists states that are omitted by default.
     const bool isEverythingListed = input.IsFlagSet("all") || states.IsGiven();
     const auto links = LinkNames(ReadLinks());
     for (const NetworkNeighbor& neighbor : ReadNeighbors()) {

@@ -7,20 +7,19 @@
 
 namespace Kestrel::Host {
 
-// As the kernel has it: 15 bytes at most, without '/' and white space.
+// The rule of the kernel: at most 15 bytes, without "/" and white space.
 const char* const kInterfaceName = "[^/\\s]{1,15}";
 
 void AddFamilyParameter(CallSpec::InputSpec& spec) {
   Parameter("family", CallSpec::Int,
-            "List what belongs to this version of the Internet protocol only; one of %ENUM%.")
+            "List only this version of the Internet protocol; one of %ENUM%.")
       .Short("f")
       .OneOf({4, 6})
       .AddTo(spec);
 }
 
 void AddInterfaceParameter(CallSpec::InputSpec& spec) {
-  Parameter("interface", CallSpec::StringList,
-            "List what belongs to the interface of this name only; %REGEX%.")
+  Parameter("interface", CallSpec::StringList, "List only the interface of this name; %REGEX%.")
       .Short("i")
       .Matching(kInterfaceName)
       .AddTo(spec);

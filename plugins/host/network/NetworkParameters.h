@@ -7,13 +7,13 @@
 
 namespace Kestrel::Host {
 
-/// Adds "family": 4 or 6.
+/// Declares "family": 4 or 6.
 void AddFamilyParameter(CallSpec::InputSpec& spec);
 
-/// Adds "interface": the names of interfaces, one for each time that it is given.
+/// Declares "interface", a list of names of interfaces.
 void AddInterfaceParameter(CallSpec::InputSpec& spec);
 
-/// What the name of an interface may be.
+/// The regular expression for the name of an interface.
 extern const char* const kInterfaceName;
 
 }  // namespace Kestrel::Host

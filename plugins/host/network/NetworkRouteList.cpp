@@ -24,27 +24,27 @@ using LinkNameMap = std::map<long, std::string>;
 const StructShape& NextHopShape() {
   static const StructShape shape =
       StructShape("NetworkNextHop")
-          .String("Gateway", "The neighbor that passes the packets on; empty for none.")
-          .String("Interface", "The interface that they leave through.")
-          .Int("Weight", "How much of the traffic takes this way, against the other weights.");
+          .String("Gateway", "The router that forwards the packets; empty for none.")
+          .String("Interface", "The interface through which they are sent.")
+          .Int("Weight", "The share of the traffic, relative to the other weights.");
   return shape;
 }
 
 const StructShape& Shape() {
   static const StructShape shape =
       StructShape("NetworkRoute")
-          .String("Destination", "The network that it leads to, or default for everything else.")
+          .String("Destination", "The network that it leads to, or default.")
           .Int("Family", "The version of the Internet protocol: 4 or 6.")
           .Int("Prefix Length", "How many leading bits belong to the network.")
-          .String("Gateway", "The neighbor that passes packets on, of the first way; may be empty.")
-          .String("Interface", "The interface of the first way; may be empty.")
-          .Structs("Next Hops", NextHopShape(), "Every way that its packets may take.")
-          .String("Protocol", "Who made it: kernel, boot, static, dhcp, ra and others.")
+          .String("Gateway", "The gateway of the first next hop; may be empty.")
+          .String("Interface", "The interface of the first next hop; may be empty.")
+          .Structs("Next Hops", NextHopShape(), "All next hops.")
+          .String("Protocol", "What created it: kernel, boot, static, dhcp, ra and others.")
           .String("Scope", "How far the destination is: global, link, host and others.")
-          .String("Type", "What happens to packets: unicast, local, blackhole and others.")
-          .String("Source", "The local address that it prefers; empty for none.")
-          .Int("Metric", "Of several routes the one with the least metric is taken.")
-          .Int("Table", "The routing table that it stands in; 254 is the main one.");
+          .String("Type", "What happens to its packets: unicast, local, blackhole and others.")
+          .String("Source", "The preferred local address; empty for none.")
+          .Int("Metric", "The kernel prefers the route with the lowest metric.")
+          .Int("Table", "The number of its routing table; 254 is the main table.");
   return shape;
 }
 
@@ -108,11 +108,11 @@ class NetworkRouteList final : public ListCommand {
     AddFamilyParameter(spec);
     AddInterfaceParameter(spec);
     Parameter("table", CallSpec::IntList,
-              "List the routes of the table of this number, 254 (main) unless given; %ENUM%.")
+              "List the routes of the table with this number; the default is 254 (main); %ENUM%.")
         .Short("t")
         .Between(1, std::numeric_limits<std::uint32_t>::max())
         .AddTo(spec);
-    Parameter("all", CallSpec::Flag, "List the routes of every table.").Short("a").AddTo(spec);
+    Parameter("all", CallSpec::Flag, "List the routes of all tables.").Short("a").AddTo(spec);
   }
 
   void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,

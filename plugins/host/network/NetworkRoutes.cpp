@@ -63,8 +63,8 @@ constexpr NumberName kStates[] = {
     {NUD_FAILED, "failed"}, {NUD_NOARP, "noarp"},           {NUD_PERMANENT, "permanent"},
 };
 
-// A gateway of the route's own address family, or of another one, whose number then stands before
-// it.
+// RTA_GATEWAY has the address family of the route. RTA_VIA may have another one, which precedes the
+// address.
 std::string GatewayText(const NetlinkAttributes& attributes) {
   if (attributes.Has(RTA_GATEWAY)) {
     return FormatAddress(attributes.Get(RTA_GATEWAY));
@@ -102,7 +102,7 @@ std::vector<NextHop> RouteNextHops(const NetlinkAttributes& attributes) {
   return {only};
 }
 
-// An address without bytes stands for every address.
+// No address means the address that consists of zeros.
 std::string DestinationText(const rtmsg& fixed, std::string_view bytes) {
   if (!bytes.empty()) {
     return FormatAddress(bytes);

@@ -9,46 +9,45 @@
 
 namespace Kestrel::Host {
 
-/// One way on which a route sends its packets.
+/// A next hop of a route.
 struct NextHop {
-  std::string gateway;  ///< Empty when the destination is reached without one.
+  std::string gateway;  ///< Empty if the destination is on the link.
   long interfaceIndex = 0;
   long weight = 1;
 };
 
-/// One entry of a routing table.
+/// An entry of a routing table.
 struct NetworkRoute {
   long family = 0;          ///< 4 or 6.
   std::string destination;  ///< "default", or an address without its prefix length.
   long prefixLength = 0;
-  std::string source;  ///< The local address that it prefers; empty for none.
+  std::string source;  ///< The preferred local address; empty for none.
   std::string protocol;
   std::string scope;
   std::string type;  ///< "unicast", "local", "broadcast", "blackhole", ...
   long table = 0;
   long metric = 0;
-  std::vector<NextHop> nextHops;  ///< None for a route that leads nowhere.
+  std::vector<NextHop> nextHops;  ///< None for a route that discards packets.
 };
 
-/// The IPv4 and IPv6 routes in an answer to RTM_GETROUTE, without those that the kernel merely
-/// keeps for a while.
+/// Parses the IPv4 and IPv6 routes in an answer to RTM_GETROUTE. Skips cached routes.
 std::vector<NetworkRoute> ParseRoutes(std::string_view answer);
-/// The host's routes of all tables. Throws KestrelException when the kernel refuses.
+/// Returns the routes of all tables. Throws KestrelException if the kernel rejects the request.
 std::vector<NetworkRoute> ReadRoutes();
 
-/// One entry of the table that tells which link-layer address a neighbor has.
+/// An entry of the neighbor table, which maps addresses to link-layer addresses.
 struct NetworkNeighbor {
   long family = 0;  ///< 4 or 6.
   long interfaceIndex = 0;
   std::string address;
-  std::string linkAddress;  ///< Empty while it is not known.
+  std::string linkAddress;  ///< Empty while it is unknown.
   std::string state;        ///< "reachable", "stale", ...
   bool isRouter = false;
 };
 
-/// The IPv4 and IPv6 neighbors in an answer to RTM_GETNEIGH.
+/// Parses the IPv4 and IPv6 neighbors in an answer to RTM_GETNEIGH.
 std::vector<NetworkNeighbor> ParseNeighbors(std::string_view answer);
-/// The host's neighbors. Throws KestrelException when the kernel refuses.
+/// Returns the neighbors. Throws KestrelException if the kernel rejects the request.
 std::vector<NetworkNeighbor> ReadNeighbors();
 
 }  // namespace Kestrel::Host

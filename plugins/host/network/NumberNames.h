@@ -8,13 +8,13 @@
 
 namespace Kestrel::Host {
 
-/// The name of one of the kernel's numbers or bits.
+/// The name of a number or of a bit that the kernel defines.
 struct NumberName {
   unsigned number;
   const char* name;
 };
 
-/// The name of `number`, or its decimal digits when the table lacks it.
+/// Returns the name of `number`, or its decimal digits if it is not in the table.
 template <std::size_t Count>
 std::string NameOf(const NumberName (&names)[Count], unsigned number) {
   for (const NumberName& entry : names) {
@@ -25,8 +25,8 @@ std::string NameOf(const NumberName (&names)[Count], unsigned number) {
   return std::to_string(number);
 }
 
-/// The names of the bits that are set, in the order of the table. A bit that the table lacks has no
-/// name.
+/// Returns the names of the bits that are set, in the order of the table. Ignores bits that are not
+/// in the table.
 template <std::size_t Count>
 std::vector<std::string> NamesOfBits(const NumberName (&names)[Count], unsigned bits) {
   std::vector<std::string> found;

@@ -1,16 +1,16 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The tables below /proc/net have one line for each socket, in columns that blanks divide.
+// The tables below /proc/net have a line for each socket, whose columns are separated by spaces.
 //
 //   tcp, udp:  "0: 0100007F:0050 00000000:0000 0A 00000000:00000000 00:00000000 00000000 0 0 1234
 //   ..."
-//              number, local end, remote end, state, queues to send and to receive, timer,
-//              retransmits, user, probes, inode. An address stands in groups of four bytes, each
-//              written as one hexadecimal number of the host's byte order.
+//              number, local endpoint, remote endpoint, state, send and receive queue, timer,
+//              retransmits, user, probes, inode. An address consists of groups of four bytes, each
+//              written as a hexadecimal number in the byte order of the host.
 //   unix:      "0000000000000000: 00000002 00000000 00010000 0001 01 1234 /run/path"
-//              address, references, protocol, flags, type, state, inode, path. The path is whatever
-//              follows the inode and a blank; it may hold blanks and line breaks.
+//              address, references, protocol, flags, type, state, inode, path. The path follows the
+//              inode and one space; it may contain spaces and line feeds.
 
 #include "plugins/host/network/SocketTables.h"
 
@@ -38,7 +38,7 @@ bool ReadNumber(std::string_view text, int base, Number& number) {
   return !text.empty() && result.ec == std::errc() && result.ptr == end;
 }
 
-// Takes the next run of characters that are no blanks, together with the one blank behind it.
+// Removes the next word and one space after it.
 std::string_view TakeWord(std::string_view& line) {
   line.remove_prefix(std::min(line.find_first_not_of(' '), line.size()));
   const std::string_view word = line.substr(0, line.find(' '));
@@ -46,7 +46,7 @@ std::string_view TakeWord(std::string_view& line) {
   return word;
 }
 
-// Takes the text up to the next line break and the line break.
+// Removes the next line with its line feed.
 std::string_view TakeLine(std::string_view& table) {
   const std::string_view line = table.substr(0, table.find('\n'));
   table.remove_prefix(std::min(line.size() + 1, table.size()));
@@ -182,7 +182,7 @@ void Append(std::vector<Socket>&& more, std::vector<Socket>& sockets) {
   std::move(more.begin(), more.end(), std::back_inserter(sockets));
 }
 
-// The inode in the target of a descriptor's link, "socket:[1234]".
+// Parses the inode in the target of a link to a socket, "socket:[1234]".
 bool ReadSocketInode(std::string_view target, long& inode) {
   constexpr std::string_view kPrefix = "socket:[";
   return StartsWith(target, kPrefix) && target.size() > kPrefix.size() && target.back() == ']' &&
@@ -238,7 +238,7 @@ std::vector<Socket> ParseUnixSockets(std::string_view table) {
     if (ParseUnixLine(line, socket)) {
       sockets.push_back(std::move(socket));
     } else if (!sockets.empty()) {
-      // A line that is no socket goes on with the path of the one before, which held a line break.
+      // The rest of a path that contains a line feed.
       sockets.back().path.append("\n").append(line);
     }
   }

@@ -10,43 +10,44 @@
 
 namespace Kestrel::Host {
 
-/// One end of a TCP or UDP connection.
+/// An endpoint of a TCP or UDP connection.
 struct SocketEndpoint {
-  std::string address;  ///< IPv4 or IPv6; empty for a local (Unix) socket.
+  std::string address;  ///< IPv4 or IPv6; empty for a Unix socket.
   long port = 0;
 
-  /// The end as "127.0.0.1:80" or "[::1]:80", with "*" for the port 0; empty without address.
+  /// Formats the endpoint as "127.0.0.1:80" or "[::1]:80"; the port 0 is "*". Empty without an
+  /// address.
   std::string ToText() const;
 };
 
-/// One socket of the host.
+/// A socket.
 struct Socket {
   std::string protocol;  ///< "tcp", "udp" or "unix".
   std::string type;      ///< "stream", "datagram" or "seqpacket".
   std::string state;     ///< "listen", "established", ...
-  long family = 0;       ///< 4 or 6; 0 for a local socket.
+  long family = 0;       ///< 4 or 6; 0 for a Unix socket.
   SocketEndpoint local;
   SocketEndpoint remote;
-  std::string path;       ///< Of a local socket; one in the abstract name space begins with '@'.
-  long receiveQueue = 0;  ///< In bytes; of a listening socket, connections that wait.
+  std::string path;       ///< The path of a Unix socket; "@" precedes an abstract name.
+  long receiveQueue = 0;  ///< In bytes; for a listening socket, the number of waiting connections.
   long sendQueue = 0;     ///< In bytes.
-  long userId = -1;       ///< -1 where the kernel does not tell.
-  long inode = 0;         ///< 0 once no process holds it any more.
+  long userId = -1;       ///< -1 if the kernel does not report it.
+  long inode = 0;         ///< 0 if no process has the socket open.
 };
 
-/// The sockets in a table in the form of /proc/net/tcp, with that protocol ("tcp" or "udp") and
-/// address family (4 or 6). Lines that are no sockets are left out.
+/// Parses a table in the format of /proc/net/tcp for a protocol ("tcp" or "udp") and an address
+/// family (4 or 6). Skips damaged lines.
 std::vector<Socket> ParseInternetSockets(std::string_view table, const std::string& protocol,
                                          long family);
-/// The sockets in a table in the form of /proc/net/unix.
+/// Parses a table in the format of /proc/net/unix.
 std::vector<Socket> ParseUnixSockets(std::string_view table);
 
-/// The sockets of every table in the folder, normally "/proc/net": tcp, tcp6, udp, udp6, unix. A
-/// table that is missing adds none. Throws KestrelException when there is no table at all.
+/// Returns the sockets in the tables tcp, tcp6, udp, udp6 and unix of a folder, usually
+/// "/proc/net". Throws KestrelException if none of the tables can be read.
 std::vector<Socket> ReadSockets(const std::string& folder);
 
-/// The processes that hold each socket, by the socket's inode, found below `procFolder`. Processes
-/// that went away or that the caller may not look into are left out.
+/// Maps the inodes of sockets to the processes that have them open. Skips processes whose
+/// descriptors this process may not list.
 std::map<long, std::vector<long>> ReadSocketOwners(const std::string& procFolder);
 
 }  // namespace Kestrel::Host

@@ -16,20 +16,20 @@
 namespace Kestrel::Host {
 namespace {
 
-// The kernel counts in sectors of this size, whatever the device's own are.
+// The kernel reports sizes in units of 512 bytes, regardless of the sector size.
 constexpr long kSizeUnit = 512;
 
 long ReadNumber(const std::string& path, long otherwise = 0) {
   return ParseNumber(ReadLine(path)).value_or(otherwise);
 }
 
-// A folder below /sys cannot hold the '/' that some names have.
+// A "!" in /sys represents a "/" in the name.
 std::string DeviceName(std::string folderName) {
   std::replace(folderName.begin(), folderName.end(), '!', '/');
   return folderName;
 }
 
-// The mapper's identifier begins with the owner of the volume, "LVM-..." or "CRYPT-LUKS2-...".
+// The identifier starts with the owner of the volume, as in "LVM-..." and "CRYPT-LUKS2-...".
 std::string MappedKind(const std::string& folder) {
   const std::string identifier = ReadLine(folder + "/dm/uuid");
   std::string owner = identifier.substr(0, identifier.find('-'));
@@ -68,7 +68,7 @@ long SizeInBytes(long units) {
   return std::clamp(units, 0L, kMax) * kSizeUnit;
 }
 
-// Reads what a disk and a part of one have in common.
+// Reads what disks and partitions have in common.
 std::optional<BlockDevice> ReadDevice(const std::string& folder, const std::string& folderName) {
   const auto number = ParseDeviceNumber(ReadLine(folder + "/dev"));
   const auto size = ParseNumber(ReadLine(folder + "/size"));
@@ -117,7 +117,7 @@ void AppendParts(const std::string& folder, const BlockDevice& disk,
   }
 }
 
-// Some file systems are mounted under a number of their own; those name the device as source.
+// Some file systems have a device number of their own; their mounts name the device as source.
 bool LiesOn(const Mount& mount, const BlockDevice& device) {
   return mount.device == device.number || mount.source == "/dev/" + device.name ||
          (!device.mappedName.empty() && mount.source == "/dev/mapper/" + device.mappedName);
@@ -137,7 +137,7 @@ std::string Property(const DeviceProperties& properties, const char* name) {
   return found == properties.end() ? std::string() : found->second;
 }
 
-// A property may hold any character of a label, as \x20 where it would break the manager's lines.
+// Bytes that are not allowed in a property are written as in "\x20".
 std::string DecodeProperty(const std::string& text) {
   std::string decoded;
   for (std::size_t index = 0; index < text.size(); ++index) {
@@ -182,7 +182,7 @@ std::vector<BlockDevice> ReadBlockDevices(const std::string& sysFolder,
 
 DeviceProperties ReadDeviceProperties(dev_t device, const std::string& folder) {
   DeviceProperties properties;
-  // The lines are views into the text, which must outlive the walk.
+  // Must outlive `line`, which is a view of it.
   const std::string text =
       ReadFile(folder + "/b" + FormatDeviceNumber(device)).value_or(std::string());
   for (const std::string_view line : SplitLines(text)) {

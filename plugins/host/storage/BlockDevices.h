@@ -14,10 +14,10 @@
 
 namespace Kestrel::Host {
 
-/// One block device: a disk, a part of one, or a volume laid over others.
+/// A block device: a disk, a partition, or a volume.
 struct BlockDevice {
-  std::string name;        ///< As below /dev, for instance "sda1" or "cciss/c0d0".
-  std::string mappedName;  ///< Of a device-mapper volume, as below /dev/mapper; else empty.
+  std::string name;        ///< The path below /dev, such as "sda1" or "cciss/c0d0".
+  std::string mappedName;  ///< The name below /dev/mapper; empty if it is not a mapped volume.
   dev_t number = 0;
   std::string kind;  ///< "disk", "part", "loop", "rom", "lvm", "crypt", "raid1", ...
   long size = 0;     ///< In bytes.
@@ -26,26 +26,27 @@ struct BlockDevice {
   bool isRemovable = false;
   bool isRotational = false;
   std::string model;
-  std::vector<std::string> parents;      ///< The devices that it lies on.
-  std::vector<std::string> mountPoints;  ///< Ascending.
-  // What is written on it, where the device manager knows.
+  std::vector<std::string> parents;      ///< The devices that it is part of or consists of.
+  std::vector<std::string> mountPoints;  ///< Sorted.
+  // What it contains, if the device manager knows.
   std::string filesystem;
   std::string label;
   std::string uuid;
 };
 
-/// What the device manager knows of a device: property names to values.
+/// The properties of a device: names and values.
 using DeviceProperties = std::map<std::string, std::string>;
 using PropertyReader = std::function<DeviceProperties(dev_t)>;
 
-/// The block devices below a folder in the form of /sys, each disk ahead of its parts, by name. A
-/// device that goes away while it is read is left out. Without the folder there are none.
+/// Returns the block devices listed in `sysFolder`, usually /sys: the disks sorted by name, each
+/// followed by its partitions. Skips a device that is removed while it is read. Without the folder
+/// there are none.
 std::vector<BlockDevice> ReadBlockDevices(const std::string& sysFolder,
                                           const PropertyReader& readProperties,
                                           const std::vector<Mount>& mounts);
 
-/// What the device manager noted of a device in `folder`: one file a device, with a line
-/// "E:NAME=VALUE" for each property. No properties where there is no such file.
+/// Reads the properties that the device manager stores in `folder`, with a line "E:NAME=VALUE" for
+/// each. A device without a file has none.
 DeviceProperties ReadDeviceProperties(dev_t device, const std::string& folder = "/run/udev/data");
 
 }  // namespace Kestrel::Host

@@ -22,18 +22,18 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-// How long a file system may keep silent before the others are asked without waiting for it.
-constexpr milliseconds kPatience(100);
-// How long a killed child may take to end; one that the kernel holds is left behind.
-constexpr milliseconds kEndPatience(50);
+// After this time without a response, another child continues with the next file system.
+constexpr milliseconds kSilenceLimit(100);
+// How long to wait for a killed child. One that is blocked in the kernel remains.
+constexpr milliseconds kKillTimeout(50);
 
-// What a child sends for each path; smaller than a pipe's atomic write, so never sent in part.
+// What a child reports for each path. It is small enough to be written atomically to a pipe.
 struct Report {
   std::uint64_t index;
   FilesystemAnswer answer;
 };
 
-FilesystemAnswer AskFilesystem(const std::string& path) {
+FilesystemAnswer QueryFilesystem(const std::string& path) {
   FilesystemAnswer answer;
   struct statvfs usage = {};
   int result = 0;
@@ -50,9 +50,9 @@ FilesystemAnswer AskFilesystem(const std::string& path) {
   return answer;
 }
 
-// The child must hold nothing that others wait for: a child that the kernel does not let go would
-// else keep the reader of this process's standard output waiting.
-void KeepOnly(int& pipe) {
+// Closes everything else: a child that is blocked in the kernel must not keep open a pipe from
+// which another process reads until its end.
+void CloseAllExcept(int& pipe) {
   constexpr int kKept = 3;
   pipe = ::fcntl(pipe, F_DUPFD, kKept);
   const int null = ::open("/dev/null", O_RDWR);
@@ -68,9 +68,9 @@ void KeepOnly(int& pipe) {
 [[noreturn]] void RunChild(const std::vector<std::string>& paths, std::size_t first, int pipe) {
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   ::signal(SIGPIPE, SIG_DFL);
-  KeepOnly(pipe);
+  CloseAllExcept(pipe);
   for (std::size_t index = first; index < paths.size(); ++index) {
-    const Report report = {index, AskFilesystem(paths[index])};
+    const Report report = {index, QueryFilesystem(paths[index])};
     if (::write(pipe, &report, sizeof(report)) != sizeof(report)) {
       break;
     }
@@ -78,11 +78,11 @@ void KeepOnly(int& pipe) {
   ::_exit(0);
 }
 
-// A child that asks the paths from `next` to before `end`, one after the other.
+// A child process that queries the paths from `current_` to before `end_`, one after the other.
 class Prober {
  public:
   Prober(const std::vector<std::string>& paths, std::size_t first)
-      : next_(first), end_(paths.size()) {
+      : current_(first), end_(paths.size()) {
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) != 0) {
       error_ = errno;
@@ -109,13 +109,13 @@ class Prober {
 
   int GetError() const { return error_; }
   int GetPipe() const { return pipe_; }
-  std::size_t GetNext() const { return next_; }
-  bool IsFinished() const { return next_ >= end_; }
-  bool IsOvertaken() const { return end_ == next_ + 1; }
+  std::size_t GetCurrent() const { return current_; }
+  bool IsFinished() const { return current_ >= end_; }
+  bool StopsAfterCurrent() const { return end_ == current_ + 1; }
   Clock::duration GetSilence(Clock::time_point now) const { return now - lastHeard_; }
-  void StopBehindNext() { end_ = next_ + 1; }
+  void StopAfterCurrent() { end_ = current_ + 1; }
 
-  // Takes what the child has sent; false when it ended without having sent everything.
+  // Reads a report. Returns false if the child ended before it had reported everything.
   bool Receive(std::vector<FilesystemAnswer>& answers) {
     Report report;
     const ssize_t size = ::read(pipe_, &report, sizeof(report));
@@ -126,7 +126,7 @@ class Prober {
       return false;
     }
     answers[report.index] = report.answer;
-    next_ = report.index + 1;
+    current_ = report.index + 1;
     lastHeard_ = Clock::now();
     return true;
   }
@@ -134,14 +134,14 @@ class Prober {
  private:
   void End() const {
     ::kill(process_, SIGKILL);
-    const Clock::time_point limit = Clock::now() + kEndPatience;
+    const Clock::time_point limit = Clock::now() + kKillTimeout;
     while (::waitpid(process_, nullptr, WNOHANG) == 0 && Clock::now() < limit) {
       pollfd nothing = {-1, 0, 0};
       ::poll(&nothing, 1, 1);
     }
   }
 
-  std::size_t next_;
+  std::size_t current_;
   std::size_t end_;
   pid_t process_ = -1;
   int pipe_ = -1;
@@ -158,7 +158,7 @@ class FilesystemProbe {
     Start(0);
     while (!probers_.empty()) {
       WaitForReports();
-      GiveUpOnSilent();
+      HandleSilence();
     }
     return std::move(answers_);
   }
@@ -183,7 +183,7 @@ class FilesystemProbe {
     for (const Prober& prober : probers_) {
       pipes.push_back({prober.GetPipe(), POLLIN, 0});
     }
-    if (::poll(pipes.data(), pipes.size(), static_cast<int>(PollTime().count())) <= 0) {
+    if (::poll(pipes.data(), pipes.size(), static_cast<int>(TimeToNextLimit().count())) <= 0) {
       return;
     }
     auto prober = probers_.begin();
@@ -197,10 +197,10 @@ class FilesystemProbe {
 
   void HandleReport(std::list<Prober>::iterator prober) {
     if (!prober->Receive(answers_)) {
-      // It died over this path; the paths behind it are still open.
-      answers_[prober->GetNext()].error = EIO;
-      const std::size_t following = prober->GetNext() + 1;
-      const bool isLast = prober->IsOvertaken();
+      // The child died at this path. Another one continues with the paths after it.
+      answers_[prober->GetCurrent()].error = EIO;
+      const std::size_t following = prober->GetCurrent() + 1;
+      const bool isLast = prober->StopsAfterCurrent();
       probers_.erase(prober);
       if (!isLast) {
         Start(following);
@@ -212,29 +212,30 @@ class FilesystemProbe {
     }
   }
 
-  void GiveUpOnSilent() {
+  void HandleSilence() {
     const Clock::time_point now = Clock::now();
     for (auto prober = probers_.begin(); prober != probers_.end();) {
       const auto current = prober++;
       const Clock::duration silence = current->GetSilence(now);
-      if (silence >= std::min(kPatience, deadline_) && !current->IsOvertaken()) {
-        const std::size_t following = current->GetNext() + 1;
-        current->StopBehindNext();
+      if (silence >= std::min(kSilenceLimit, deadline_) && !current->StopsAfterCurrent()) {
+        const std::size_t following = current->GetCurrent() + 1;
+        current->StopAfterCurrent();
         Start(following);
       }
       if (silence >= deadline_) {
-        answers_[current->GetNext()].error = ETIMEDOUT;
+        answers_[current->GetCurrent()].error = ETIMEDOUT;
         probers_.erase(current);
       }
     }
   }
 
-  // Until the next moment at which a silent child is overtaken or given up.
-  milliseconds PollTime() const {
+  // The time until the next limit of a silent child.
+  milliseconds TimeToNextLimit() const {
     const Clock::time_point now = Clock::now();
     milliseconds time = deadline_;
     for (const Prober& prober : probers_) {
-      const milliseconds limit = prober.IsOvertaken() ? deadline_ : std::min(kPatience, deadline_);
+      const milliseconds limit =
+          prober.StopsAfterCurrent() ? deadline_ : std::min(kSilenceLimit, deadline_);
       const auto silence = std::chrono::duration_cast<milliseconds>(prober.GetSilence(now));
       time = std::min(time, std::max(milliseconds(0), limit - silence));
     }

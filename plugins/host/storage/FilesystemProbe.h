@@ -11,19 +11,20 @@
 
 namespace Kestrel::Host {
 
-/// What came of asking one file system.
+/// The result of querying a file system.
 struct FilesystemAnswer {
-  /// 0 with a valid usage, ETIMEDOUT when the file system kept silent, else the system's error.
+  /// 0 if `usage` is valid, ETIMEDOUT if the file system did not respond, or the error of the
+  /// system.
   int error = 0;
   FilesystemUsage usage;
 };
 
-/// Asks the file system at each path how full it is and returns an answer for each, in their order.
+/// Queries the file system at each path and returns the results in the order of the paths.
 ///
-/// A file system on a server that went away can hold up whoever asks it for ever, so that a child
-/// process does the asking. One that is silent for a moment no longer holds up the others: a
-/// further child goes on behind it. After `deadline` its answer is no longer awaited, so that the
-/// call takes that long and a moment for each silent file system at most.
+/// A file system on an unreachable server can block the query without limit, so child processes do
+/// the queries. If one does not respond within a moment, another child continues with the next file
+/// system. A result is awaited for `deadline` at most, so the call takes at most that time plus a
+/// moment for each file system that does not respond.
 std::vector<FilesystemAnswer> ProbeFilesystems(const std::vector<std::string>& paths,
                                                std::chrono::milliseconds deadline);
 

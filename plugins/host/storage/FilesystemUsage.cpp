@@ -8,7 +8,7 @@
 namespace Kestrel::Host {
 namespace {
 
-// A file system that reports more free than it has counts as empty.
+// Some file systems report more free space than they have; they count as empty.
 std::uint64_t Difference(std::uint64_t all, std::uint64_t free) {
   return all > free ? all - free : 0;
 }

@@ -21,7 +21,7 @@
 namespace Kestrel::Host {
 namespace {
 
-// A byte that would break a column is written as a backslash and three octal digits.
+// Special bytes are written as a backslash and three octal digits.
 std::string Unescape(std::string_view text) {
   const auto isOctal = [&](std::size_t index) { return text[index] >= '0' && text[index] <= '7'; };
   std::string plain;
@@ -39,7 +39,7 @@ std::string Unescape(std::string_view text) {
   return plain;
 }
 
-// Cuts the first option off: "name" or "name=value"; commas within double quotes belong to the
+// Removes the first option, "name" or "name=value". Commas within double quotes are part of the
 // value.
 std::string_view TakeOption(std::string_view& options) {
   bool isQuoted = false;
@@ -52,8 +52,8 @@ std::string_view TakeOption(std::string_view& options) {
   return option;
 }
 
-// The options of the mount, and behind them those of the file system. Whether something can be
-// written is said by both, and refused when either refuses.
+// Returns the options of the mount followed by those of the file system. It is read-only if either
+// says so.
 std::vector<std::string> MergeOptions(const std::string& ofMount, const std::string& ofFilesystem) {
   std::vector<std::string> merged = {"rw"};
   const auto append = [&merged](std::string_view options) {
@@ -98,7 +98,7 @@ std::optional<Mount> ParseMount(std::string_view line) {
   return mount;
 }
 
-// A kernel that mounted its root by itself calls the device /dev/root, which is no file.
+// If the kernel itself mounted the root, the source is /dev/root, which does not exist.
 void NameRootDevice(const std::string& sysFolder, Mount& mount) {
   if (mount.source != "/dev/root") {
     return;
@@ -111,9 +111,8 @@ void NameRootDevice(const std::string& sysFolder, Mount& mount) {
   }
 }
 
-// Finds the mounts that no path leads to any more. A path steps from a mount to another one at the
-// first place on its way where one is attached, and at the root of a mount that is covered whole it
-// steps on at once.
+// Finds the mounts that no path leads to. At each step of a path, a mount that is attached there
+// replaces the current one. A mount on the root of another one hides it completely.
 class HiddenMounts {
  public:
   explicit HiddenMounts(std::vector<Mount>& mounts) : mounts_(mounts) {
@@ -141,7 +140,8 @@ class HiddenMounts {
     return found != attached_.end() && found->second.count(target) != 0;
   }
 
-  // Whether another mount with the same parent lies on the way to this one's target.
+  // Returns whether a path to the target of this mount enters another mount with the same parent
+  // first.
   bool IsPassedBy(const Mount& mount) const {
     const std::string& target = mount.target;
     for (std::size_t slash = target.rfind('/'); slash != std::string::npos && target.size() > 1;
@@ -156,8 +156,8 @@ class HiddenMounts {
     return false;
   }
 
-  // Walks up to the first mount with a known answer, and hands the answer down the same way. A
-  // parent that is not listed ends the walk, and so does a circle in a damaged file.
+  // Walks up to the first mount whose answer is known, then passes the answer down. The walk also
+  // ends at a parent that is not listed, and at a cycle in a damaged file.
   bool IsCovered(std::size_t index) {
     std::vector<std::size_t> way;
     Answer answer = Answer::No;

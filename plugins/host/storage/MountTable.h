@@ -12,24 +12,24 @@
 
 namespace Kestrel::Host {
 
-/// One mounted file system, as seen from the root directory of this process.
+/// A mounted file system, as seen from the root directory of this process.
 struct Mount {
   long id = 0;
   long parentId = 0;
   dev_t device = 0;
-  std::string source;  ///< A device, a server's path or a word such as "tmpfs".
-  std::string target;  ///< The directory that it is mounted on.
+  std::string source;  ///< A device, a path on a server, or a word such as "tmpfs".
+  std::string target;  ///< The mount point.
   std::string type;
-  std::string root;  ///< Which folder of the file system is mounted; "/" for all of it.
-  std::vector<std::string> options;  ///< "ro" or "rw", then the mount's and the file system's.
-  bool isHidden = false;  ///< Whether another mount lies over it, so that no path leads to it.
+  std::string root;                  ///< The mounted folder of the file system; "/" for all of it.
+  std::vector<std::string> options;  ///< "ro" or "rw", followed by the other options.
+  bool isHidden = false;             ///< Whether no path leads to it, because of a mount over it.
 
   bool HasOption(const std::string& option) const;
 };
 
-/// The mounts, with devices named as below `sysFolder`, in a file in the form of
-/// /proc/self/mountinfo, in its order. A line that is damaged is left out. Throws KestrelException
-/// when the file cannot be read.
+/// Returns the mounts listed in a file in the format of /proc/self/mountinfo, in its order. Skips
+/// damaged lines. `sysFolder` is where the name of the root device is looked up. Throws
+/// KestrelException if the file cannot be read.
 std::vector<Mount> ReadMounts(const std::string& path = "/proc/self/mountinfo",
                               const std::string& sysFolder = kSys);
 

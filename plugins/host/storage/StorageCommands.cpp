@@ -8,13 +8,12 @@
 namespace Kestrel::Host {
 
 void RegisterStorage(const std::shared_ptr<AutoCli::Namespace>& root) {
-  const auto storage =
-      AddNamespace(root, "storage", "Devices, file systems and where they are mounted.");
-  AddNamespace(storage, "device", "Disks, their parts and the volumes over them.")
+  const auto storage = AddNamespace(root, "storage", "Devices, file systems and mounts.");
+  AddNamespace(storage, "device", "Disks, partitions and volumes.")
       ->RegisterNamespaceNode(NewStorageDeviceList(), "list");
-  AddNamespace(storage, "filesystem", "How full the file systems are.")
+  AddNamespace(storage, "filesystem", "The usage of the file systems.")
       ->RegisterNamespaceNode(NewStorageFilesystemList(), "list");
-  AddNamespace(storage, "mount", "What is mounted where.")
+  AddNamespace(storage, "mount", "The mounted file systems.")
       ->RegisterNamespaceNode(NewStorageMountList(), "list");
 }
 

@@ -10,10 +10,10 @@
 
 namespace Kestrel::Host {
 
-/// Adds "storage" and the commands below it: devices, file systems and mounts.
+/// Adds the namespace "storage" with its commands about devices, file systems and mounts.
 void RegisterStorage(const std::shared_ptr<AutoCli::Namespace>& root);
 
-// The commands below "storage", each in the file of its name.
+// The commands of the namespace, each defined in the file of its name.
 std::shared_ptr<AutoCli::Command> NewStorageDeviceList();
 std::shared_ptr<AutoCli::Command> NewStorageFilesystemList();
 std::shared_ptr<AutoCli::Command> NewStorageMountList();

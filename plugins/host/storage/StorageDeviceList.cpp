@@ -21,23 +21,22 @@ const StructShape& Shape() {
   static const StructShape shape =
       StructShape("StorageDevice")
           .String("Name", "The device's name below /dev.")
-          .String(
-              "Kind",
-              "What it is: disk, part of a disk, rom, loop (over a file), or the kind of volume, "
-              "such as lvm, crypt or raid1.")
+          .String("Kind",
+                  "Its kind: disk, part (partition), rom, loop, or a kind of volume such as lvm, "
+                  "crypt or raid1.")
           .String("Number", "The device's number, as major:minor.")
-          .Int("Size", "What it holds, in MiB, rounded down.")
-          .Int("Size Bytes", "What it holds, in bytes.")
-          .Int("Sector Size", "The smallest piece that it reads or writes, in bytes.")
-          .Bool("Read Only", "Whether it cannot be written to.")
-          .Bool("Removable", "Whether its medium can be taken out.")
-          .Bool("Rotational", "Whether its medium turns, as that of a hard disk does.")
-          .String("Model", "The model as the device tells it; empty when it does not.")
-          .Strings("Parents", "The devices that it lies on; none for a disk.")
+          .Int("Size", "Its size in MiB, rounded down.")
+          .Int("Size Bytes", "Its size in bytes.")
+          .Int("Sector Size", "The size of a sector in bytes.")
+          .Bool("Read Only", "Whether it is read-only.")
+          .Bool("Removable", "Whether its medium can be removed.")
+          .Bool("Rotational", "Whether its medium rotates, as in a hard disk.")
+          .String("Model", "The model that the device reports; may be empty.")
+          .Strings("Parents", "The devices that it is part of or consists of; none for a disk.")
           .String("Filesystem",
-                  "The type of what is written on it; empty where no device manager knows.")
-          .String("Label", "The label of what is written on it.")
-          .String("UUID", "The identifier of what is written on it.")
+                  "The type of its content; empty if the device manager does not know it.")
+          .String("Label", "The label of its content.")
+          .String("UUID", "The identifier of its content.")
           .Strings("Mount Points", "The directories that it is mounted on.");
   return shape;
 }
@@ -65,53 +64,54 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const BlockDevice& device) {
 class StorageDeviceList final : public ListCommand {
  public:
   StorageDeviceList()
-      : ListCommand("List the block devices: disks, parts and volumes.", Shape,
-                    "The block devices by name, each disk ahead of its parts.") {
+      : ListCommand("List the block devices: disks, partitions and volumes.", Shape,
+                    "The block devices, sorted by name, each disk followed by its partitions.") {
     ShowColumns("Name,Kind,Size,Read Only,Filesystem,Mount Points",
                 {{"units:StorageDevice.Size", "MiB"}, {"wrap-last", "true"}});
-    AddExample("", "List the devices that hold something");
-    AddExample("--kind disk --removable false", "List the disks that are built in");
+    AddExample("", "List all devices with a size");
+    AddExample("--kind disk --removable false", "List the disks that cannot be removed");
     AddExample("--device sda --device sda1", "List two devices by name");
   }
 
  private:
   void DeclareParameters(CallSpec::InputSpec& spec) const override {
     Parameter("device", CallSpec::StringList,
-              "List the device of this name only, without /dev/ before it; %REGEX%.")
+              "List only the device of this name, without /dev/; %REGEX%.")
         .Short("d")
         .Matching("[a-zA-Z0-9][a-zA-Z0-9/._:+-]*")
         .AddTo(spec);
-    Parameter("kind", CallSpec::StringList, "List devices of this kind only:%FULLENUM%")
+    Parameter("kind", CallSpec::StringList, "List only devices of this kind:%FULLENUM%")
         .Short("k")
         .OneOf({{"disk", "a whole disk"},
-                {"part", "a part of a disk"},
-                {"rom", "a drive for discs"},
-                {"loop", "a file that serves as a device"},
+                {"part", "a partition"},
+                {"rom", "an optical drive"},
+                {"loop", "a file used as a device"},
                 {"lvm", "a logical volume"},
                 {"crypt", "an encrypted volume"},
-                {"mpath", "a disk behind several paths"},
+                {"mpath", "a disk with several paths"},
                 {"dm", "another mapped volume"},
                 {"raid0", "a striped array"},
                 {"raid1", "a mirrored array"},
                 {"raid4", "an array with one disk of parity"},
-                {"raid5", "an array with spread parity"},
+                {"raid5", "an array with distributed parity"},
                 {"raid6", "an array with double parity"},
                 {"raid10", "a striped array of mirrors"},
-                {"linear", "an array of disks in a row"}})
+                {"linear", "a concatenation of disks"}})
         .AddTo(spec);
-    Parameter("minimum-size", CallSpec::Int, "List devices of at least this size in MiB; %ENUM%.")
+    Parameter("minimum-size", CallSpec::Int,
+              "List only devices of at least this size in MiB; %ENUM%.")
         .Short("m")
         .Between(0, 1L << 40)
         .AddTo(spec);
     Parameter("read-only", CallSpec::Bool,
-              "List devices that are read-only (true) or that are not (false).")
+              "List only devices that are read-only (true) or writable (false).")
         .Short("r")
         .AddTo(spec);
     Parameter("removable", CallSpec::Bool,
-              "List devices that are removable (true) or that are not (false).")
+              "List only devices that are removable (true) or not (false).")
         .Short("R")
         .AddTo(spec);
-    Parameter("all", CallSpec::Flag, "List also devices that hold nothing.").Short("a").AddTo(spec);
+    Parameter("all", CallSpec::Flag, "Also list devices of size 0.").Short("a").AddTo(spec);
   }
 
   void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,

@@ -25,19 +25,20 @@ const StructShape& Shape() {
   static const StructShape shape =
       StructShape("StorageFilesystem")
           .String("Mount Point", "The directory that the file system is mounted on.")
-          .String("Source", "What is mounted: a device, a server's path or a word of the kernel's.")
+          .String("Source",
+                  "What is mounted: a device, a path on a server or a word such as tmpfs.")
           .String("Type", "The type of the file system.")
-          .Int("Size", "What it holds, in MiB, rounded up.")
-          .Int("Used", "What is taken, in MiB, rounded up.")
-          .Int("Available", "What anyone may still take, in MiB, rounded up.")
-          .Int("Percent", "How much of what anyone may take is taken, in percent, rounded up.")
-          .Int("Size Bytes", "What it holds, in bytes.")
-          .Int("Used Bytes", "What is taken, in bytes.")
-          .Int("Available Bytes", "What anyone may still take, in bytes.")
-          .Int("Inodes", "How many files it can hold; 0 when it sets no limit.")
-          .Int("Used Inodes", "How many files it holds; 0 when it sets no limit.")
+          .Int("Size", "Its size in MiB, rounded up.")
+          .Int("Used", "The used space in MiB, rounded up.")
+          .Int("Available", "The space available to all users in MiB, rounded up.")
+          .Int("Percent", "The used part of the used and available space, in percent, rounded up.")
+          .Int("Size Bytes", "Its size in bytes.")
+          .Int("Used Bytes", "The used space in bytes.")
+          .Int("Available Bytes", "The space available to all users in bytes.")
+          .Int("Inodes", "How many files it can contain; 0 if there is no limit.")
+          .Int("Used Inodes", "How many files it contains; 0 if there is no limit.")
           .String("Status",
-                  "\"ok\", \"no answer\" when it kept silent, or why it could not be asked; all "
+                  "\"ok\", \"no answer\" if it did not respond, or the reason of a failure; the "
                   "numbers are then 0.");
   return shape;
 }
@@ -73,7 +74,7 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Filesystem& filesystem) {
   return result;
 }
 
-// Of several mounts of one file system the one that shows it whole, else the first.
+// Keeps one mount of each file system: the first that shows all of it, otherwise the first.
 std::vector<Mount> WithoutRepeats(const std::vector<Mount>& mounts) {
   std::vector<Mount> kept;
   std::map<dev_t, std::size_t> places;
@@ -91,35 +92,35 @@ std::vector<Mount> WithoutRepeats(const std::vector<Mount>& mounts) {
 class StorageFilesystemList final : public ListCommand {
  public:
   StorageFilesystemList()
-      : ListCommand("List how full the mounted file systems are.", Shape,
+      : ListCommand("List the usage of the mounted file systems.", Shape,
                     "The file systems, in the order in which they were mounted.") {
     ShowColumns("Type,Size,Used,Available,Percent,Status,Mount Point",
                 {{"units:StorageFilesystem.Size", "MiB"},
                  {"units:StorageFilesystem.Used", "MiB"},
                  {"units:StorageFilesystem.Available", "MiB"},
                  {"units:StorageFilesystem.Percent", "%"}});
-    AddExample("", "List the file systems that hold something");
+    AddExample("", "List all file systems with a size");
     AddExample("--minimum-percent 90", "List those that are nearly full");
-    AddExample("--type nfs4 --timeout 10", "Give slow servers ten seconds to answer");
+    AddExample("--type nfs4 --timeout 10", "Wait ten seconds for slow servers");
   }
 
  private:
   void DeclareParameters(CallSpec::InputSpec& spec) const override {
-    Parameter("type", CallSpec::StringList, "List file systems of this type only.")
+    Parameter("type", CallSpec::StringList, "List only file systems of this type.")
         .Short("t")
         .AddTo(spec);
     Parameter("minimum-percent", CallSpec::Int,
-              "List file systems only that are filled at least that much, in percent; %ENUM%.")
+              "List only file systems that are used at least that much, in percent; %ENUM%.")
         .Short("m")
         .Between(0, 100)
         .AddTo(spec);
     Parameter("timeout", CallSpec::Int,
-              "How many seconds a silent file system is waited for, 3 unless given; %ENUM%.")
+              "How many seconds to wait for a file system; the default is 3; %ENUM%.")
         .Short("s")
         .Between(1, 60)
         .AddTo(spec);
     Parameter("all", CallSpec::Flag,
-              "List also file systems that hold nothing, and further mounts of the same one.")
+              "Also list file systems of size 0, and further mounts of the same file system.")
         .Short("a")
         .AddTo(spec);
   }
@@ -142,7 +143,7 @@ class StorageFilesystemList final : public ListCommand {
   static std::vector<Mount> Choose(const StringFilter& types, bool isEverythingListed) {
     std::vector<Mount> chosen;
     for (const Mount& mount : ReadMounts()) {
-      // Whoever asks the automounter's mount point makes it mount what belongs there.
+      // A query would make the automounter mount something.
       if (!mount.isHidden && mount.type != "autofs" && types.Accepts(mount.type)) {
         chosen.push_back(mount);
       }

@@ -17,19 +17,20 @@ const StructShape& Shape() {
   static const StructShape shape =
       StructShape("StorageMount")
           .String("Mount Point", "The directory that the file system is mounted on.")
-          .String("Source", "What is mounted: a device, a server's path or a word of the kernel's.")
+          .String("Source",
+                  "What is mounted: a device, a path on a server or a word such as tmpfs.")
           .String("Type", "The type of the file system.")
-          .Strings("Options", "The options that it is mounted with.")
-          .String("Root", "The folder of the file system that is mounted; / for all of it.")
+          .Strings("Options", "The mount options.")
+          .String("Root", "The mounted folder of the file system; / for all of it.")
           .String("Device", "The number of the device or file system, as major:minor.")
-          .Int("Id", "The mount's own number.")
-          .Int("Parent Id", "The number of the mount that the mount point lies in.")
-          .Bool("Read Only", "Whether nothing can be written through this mount.")
-          .Bool("Hidden", "Whether another mount lies over it, so that no path leads to it.");
+          .Int("Id", "The number of the mount.")
+          .Int("Parent Id", "The number of the mount that contains the mount point.")
+          .Bool("Read Only", "Whether it is mounted read-only.")
+          .Bool("Hidden", "Whether no path leads to it, because of a mount over it.");
   return shape;
 }
 
-// Whether `path` is `folder` or lies below it.
+// Returns whether `path` is `folder` or a path below it.
 bool LiesBelow(const std::string& path, const std::string& folder) {
   const std::string trimmed = folder.substr(0, folder.find_last_not_of('/') + 1);
   return path.compare(0, trimmed.size(), trimmed) == 0 &&
@@ -59,27 +60,27 @@ class StorageMountList final : public ListCommand {
     ShowColumns("Type,Read Only,Source,Mount Point");
     AddExample("", "List every mount that a path leads to");
     AddExample("--type ext4 --type xfs", "List the mounts of two types of file system");
-    AddExample("--below /srv --read-only false", "List what can be written to below /srv");
+    AddExample("--below /srv --read-only false", "List the writable mounts below /srv");
   }
 
  private:
   void DeclareParameters(CallSpec::InputSpec& spec) const override {
-    Parameter("type", CallSpec::StringList, "List file systems of this type only.")
+    Parameter("type", CallSpec::StringList, "List only file systems of this type.")
         .Short("t")
         .AddTo(spec);
-    Parameter("option", CallSpec::StringList, "List mounts with this option only.")
+    Parameter("option", CallSpec::StringList, "List only mounts with this option.")
         .Short("o")
         .AddTo(spec);
     Parameter("below", CallSpec::String,
-              "List mounts on this directory and below it only; %REGEX%.")
+              "List only mounts on this directory and below it; %REGEX%.")
         .Short("b")
         .Matching("/.*")
         .AddTo(spec);
     Parameter("read-only", CallSpec::Bool,
-              "List mounts that are read-only (true) or that are not (false).")
+              "List only mounts that are read-only (true) or writable (false).")
         .Short("r")
         .AddTo(spec);
-    Parameter("all", CallSpec::Flag, "List also mounts that another one hides.")
+    Parameter("all", CallSpec::Flag, "Also list mounts that another one hides.")
         .Short("a")
         .AddTo(spec);
   }

@@ -12,11 +12,11 @@
 namespace Kestrel::Host {
 namespace {
 
-// Shells that answer and end, whatever their folder.
+// Programs that end at once instead of starting a session, in any folder.
 constexpr std::string_view kRefusingShells[] = {"nologin", "false", "true",
                                                 "sync",    "halt",  "shutdown"};
 
-// The part of the entry's description that is the person's name.
+// The full name is the part of the description before the first comma.
 std::string FullName(const char* description) {
   const std::string_view text = description == nullptr ? "" : description;
   return std::string(text.substr(0, text.find(',')));
@@ -54,7 +54,7 @@ std::vector<std::string> ReadGroups(const Account& account) {
   std::vector<gid_t> ids(64);
   int count = static_cast<int>(ids.size());
   while (::getgrouplist(account.name.c_str(), account.groupId, ids.data(), &count) < 0) {
-    // The count now tells what is needed; a service that does not tell gets twice as much.
+    // `count` is now the size needed, unless the name service does not report it.
     count = std::max(count, 2 * static_cast<int>(ids.size()));
     ids.resize(static_cast<std::size_t>(count));
   }

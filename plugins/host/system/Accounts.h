@@ -12,7 +12,7 @@
 
 namespace Kestrel::Host {
 
-/// One account that the machine knows, be it from its own files or from a directory service.
+/// A user account from the machine's own files or from a directory service.
 struct Account {
   std::string name;
   uid_t id = 0;
@@ -22,30 +22,30 @@ struct Account {
   std::string shell;
 };
 
-/// All accounts in the order of the machine's own list. A directory service may keep its accounts
-/// to itself; those are left out.
+/// Returns all accounts in the order in which the system lists them. Directory services may not
+/// list theirs.
 std::vector<Account> ReadAccounts();
 
-/// The account of that name; nothing when there is none.
+/// Returns the account of that name, if there is one.
 std::optional<Account> FindAccount(const std::string& name);
 
-/// The names of the groups that the account belongs to, its own group first.
+/// Returns the names of the groups that the account belongs to, its primary group first.
 std::vector<std::string> ReadGroups(const Account& account);
 
-/// The shells that a person may log in with; those that let nobody in are not among them.
+/// Returns whether the shell starts a session, unlike nologin or false.
 bool IsLoginShell(const std::string& shell);
 
-/// Names of users, asked once for each number.
+/// Looks up names of users, each only once.
 class UserNames {
  public:
-  /// The name of the account with that number, or the number as a text when it has none.
+  /// Returns the name of the account, or the number in digits if there is no account.
   const std::string& Get(uid_t id);
 
  private:
   std::map<uid_t, std::string> names_;
 };
 
-/// The name of a group, or the number as a text when it has none.
+/// Returns the name of a group, or the number in digits if the group has no name.
 std::string GroupName(gid_t id);
 
 }  // namespace Kestrel::Host

@@ -17,7 +17,7 @@ namespace {
 
 using CpuTexts = std::map<std::string_view, std::string_view>;
 
-// A paragraph of "name : value" lines for each processor that is online.
+// Each processor that is online has a paragraph of "name : value" lines.
 std::map<long, CpuTexts> ParseCpuInfo(std::string_view text) {
   std::map<long, CpuTexts> cpus;
   CpuTexts* current = nullptr;
@@ -57,7 +57,7 @@ bool Contains(const std::vector<long>& numbers, long number) {
   return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
 }
 
-// The folder of a processor has a link "node3" to the memory node that it belongs to.
+// A link named "node3" in the folder of a processor means memory node 3.
 long ReadNode(const std::string& folder) {
   constexpr std::string_view kPrefix = "node";
   for (const std::string& name : ListFolder(folder)) {

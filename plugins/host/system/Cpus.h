@@ -8,22 +8,24 @@
 
 namespace Kestrel::Host {
 
-/// One logical processor. What is not known of it, as when it is offline, is -1 or empty.
+/// A logical processor. Unknown numbers are -1 and unknown strings empty, as they are while it is
+/// offline.
 struct Cpu {
   long number = 0;
   bool isOnline = false;
   long node = -1;
   long socket = -1;
   long core = -1;
-  std::vector<long> siblings;  ///< The processors of the same core, itself too.
+  std::vector<long> siblings;  ///< The processors of the same core, including this one.
   std::string vendor;
   std::string model;
   long frequency = -1;  ///< In MHz.
 };
 
-/// The processors that are present, ascending, from "devices/system/cpu" in `sys` and "cpuinfo" in
-/// `proc`. Where `sys` shows none, as in a closed container, those that cpuinfo names count as
-/// online. Throws KestrelException when neither knows any.
+/// Returns the processors that are present, in ascending order, as listed in "devices/system/cpu"
+/// below `sys` and in "cpuinfo" in `proc`. If `sys` lists none, as in some containers, the
+/// processors in cpuinfo count as present and online. Throws KestrelException if there is none in
+/// either.
 std::vector<Cpu> ReadCpus(const std::string& proc, const std::string& sys);
 
 }  // namespace Kestrel::Host

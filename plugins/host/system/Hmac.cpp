@@ -26,8 +26,8 @@ constexpr std::size_t kReadSize = 1 << 16;
   throw KestrelException("Unable to read " + path + ": " + reason);
 }
 
-// Refuses anything that may have no end, such as a pipe. O_NONBLOCK keeps open from waiting for a
-// pipe's writer.
+// Rejects everything that may have no end, such as a pipe. O_NONBLOCK prevents open from waiting
+// for the other end of a pipe.
 FileDescriptor OpenRegularFile(const std::string& path) {
   FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
   struct stat status = {};
@@ -40,7 +40,7 @@ FileDescriptor OpenRegularFile(const std::string& path) {
   return file;
 }
 
-// The state of the computation, which contains traces of the key and is erased at the end.
+// The state contains traces of the key, so it is erased.
 class HmacState {
  public:
   HmacState(const std::string& key, long bits) : bits_(bits) {
@@ -86,7 +86,7 @@ class HmacState {
   long bits_;
   union {
     hmac_sha256_ctx sha256;
-    hmac_sha512_ctx sha512;  // also the state of SHA-384
+    hmac_sha512_ctx sha512;  // SHA-384 uses it, too
   } state_;
 };
 

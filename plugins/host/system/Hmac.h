@@ -7,14 +7,15 @@
 
 namespace Kestrel::Host {
 
-/// The HMAC of a file: a checksum that nobody can compute without the key.
+/// The HMAC of a file: a checksum that only someone with the key can compute.
 struct FileHmac {
-  std::string digits;  ///< In lower-case hexadecimal digits.
+  std::string digits;  ///< Lower-case hexadecimal digits.
   long fileSize = 0;   ///< In bytes.
 };
 
-/// The HMAC of a regular file with SHA-256, SHA-384 or SHA-512, chosen by `bits`.
-/// Throws KestrelException when `path` is no regular file or cannot be read to its end.
+/// Computes the HMAC of a regular file with SHA-256, SHA-384 or SHA-512; `bits` is 256, 384 or 512.
+/// Throws KestrelException if `bits` is another number, if the file is not a regular file, or if it
+/// cannot be read completely.
 FileHmac ComputeFileHmac(const std::string& path, const std::string& key, long bits);
 
 }  // namespace Kestrel::Host

@@ -18,7 +18,8 @@ bool IsFolder(const std::string& path) {
   return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-// "snd_pcm,snd_hda," with a comma behind each, "[permanent]" among them, or "-" for none.
+// As in "snd_pcm,snd_hda,". A module that cannot be unloaded has "[permanent]" in its list; "-" is
+// an empty list.
 std::vector<std::string> ParseUsers(std::string_view text) {
   std::vector<std::string> users;
   for (const std::string_view user : Split(text, ',')) {
@@ -42,7 +43,7 @@ std::vector<KernelModule> ParseModules(std::string_view text) {
     KernelModule module;
     module.name = words[0];
     module.size = *size;
-    // A kernel that cannot unload writes "-" here.
+    // "-" if the kernel cannot unload modules.
     module.references = ParseNumber(words[2]).value_or(-1);
     module.users = ParseUsers(words[3]);
     module.state = words[4];

@@ -9,23 +9,24 @@
 
 namespace Kestrel::Host {
 
-/// One loaded module of the kernel.
+/// A loaded kernel module.
 struct KernelModule {
   std::string name;
   long size = 0;                   ///< In bytes.
-  long references = 0;             ///< How many need it; -1 when it cannot be unloaded at all.
-  std::vector<std::string> users;  ///< The modules among them.
+  long references = 0;             ///< How many users it has; -1 if it cannot be unloaded.
+  std::vector<std::string> users;  ///< The modules among the users.
   std::string state;               ///< "Live", "Loading" or "Unloading".
 };
 
-/// The modules of a text like that of "modules" in /proc, in its order; broken lines are left out.
+/// Parses text in the format of /proc/modules. Skips damaged lines.
 std::vector<KernelModule> ParseModules(std::string_view text);
 
-/// The loaded modules by name; none where the kernel has no loadable modules. Throws
-/// KestrelException where the kernel's files are hidden.
+/// Returns the loaded modules, sorted by name; none if the kernel does not support modules. Throws
+/// KestrelException if /proc is not mounted.
 std::vector<KernelModule> ReadModules(const std::string& proc);
 
-/// Whether a module is loaded or part of the kernel itself. A '-' in its name is the same as a '_'.
+/// Returns whether a module is loaded or built into the kernel. In its name, "-" and "_" are
+/// equivalent.
 bool HasModule(const std::string& proc, const std::string& sys, std::string name);
 
 }  // namespace Kestrel::Host

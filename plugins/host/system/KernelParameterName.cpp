@@ -8,7 +8,7 @@
 namespace Kestrel::Host {
 
 void AddParameterName(CallSpec::InputSpec& spec) {
-  Parameter("name", CallSpec::String, "The name of the parameter, like vm.swappiness.")
+  Parameter("name", CallSpec::String, "The name of the parameter, such as vm.swappiness.")
       .Short("n")
       .Required()
       .Matching(kParameterNamePattern)

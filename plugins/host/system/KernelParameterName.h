@@ -7,10 +7,10 @@
 
 namespace Kestrel::Host {
 
-/// The form of a parameter's name: parts with '.' or '/' between them, none of them empty.
+/// Parts of a name, none of them empty, separated by "." or "/".
 constexpr const char* kParameterNamePattern = "[^./]+([./][^./]+)*";
 
-/// Declares "name", the required name of one parameter of the kernel.
+/// Declares "name", the required name of a kernel parameter.
 void AddParameterName(CallSpec::InputSpec& spec);
 
 }  // namespace Kestrel::Host

@@ -33,7 +33,7 @@ std::string RelativePath(const std::string& name) {
   return isPath ? name : SwapSeparators(name);
 }
 
-// A name comes from the user: nothing in it may lead out of the folder of parameters.
+// The user chooses the name, so it must not lead out of the folder of parameters.
 bool IsInside(const std::string& relative) {
   const auto parts = Split(relative, '/');
   return std::none_of(
@@ -78,7 +78,7 @@ std::string WithoutLineEnd(std::string text) {
     case EACCES:
     case EPERM:
       throw KestrelException("You do not have the right to change the parameter '" + name +
-                             "'; only root does, and some parameters nobody may change");
+                             "'; usually only root may, and some are read-only");
     case EROFS:
       throw KestrelException("The parameter '" + name +
                              "' cannot be changed from here: " + std::strerror(error));
@@ -93,8 +93,8 @@ std::string WithoutLineEnd(std::string text) {
   }
 }
 
-// Returns 0 or an error number. The kernel takes a value from a single write, so a partial write is
-// a failure.
+// Returns 0 or an error number. The kernel takes the value from a single write, so a partial write
+// has failed.
 int WriteAtOnce(const std::string& path, const std::string& text) {
   FileDescriptor file(::open(path.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC | O_NOCTTY));
   if (!file.IsOpen()) {
@@ -107,7 +107,7 @@ int WriteAtOnce(const std::string& path, const std::string& text) {
   return static_cast<std::size_t>(count) < text.size() ? E2BIG : file.Close();
 }
 
-// Whether `relative` is `prefix` or lies below it.
+// Returns whether `relative` is `prefix` or a path below it.
 bool IsBelow(const std::string& relative, const std::string& prefix) {
   return prefix.empty() || (StartsWith(relative, prefix) &&
                             (relative.size() == prefix.size() || relative[prefix.size()] == '/'));
@@ -128,7 +128,7 @@ class ParameterWalk {
   }
 
  private:
-  // Links are passed over, so that a walk always ends.
+  // Skips links, so that the walk ends.
   void Visit(const std::string& relative) {
     struct stat status = {};
     if (::lstat((root_ + relative).c_str(), &status) != 0) {

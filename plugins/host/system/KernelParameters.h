@@ -9,29 +9,29 @@
 
 namespace Kestrel::Host {
 
-/// One parameter of the kernel. Its file below "sys" in /proc is its name with '/' for '.'.
+/// A kernel parameter. The path of its file below /proc/sys is its name with "/" instead of ".".
 struct KernelParameter {
-  std::string name;   ///< Like "vm.swappiness"; a '.' within a part is written '/'.
-  std::string value;  ///< Without the last line end; may hold tabs and lines.
+  std::string name;   ///< As in "vm.swappiness"; "/" replaces a "." within a part.
+  std::string value;  ///< Without the final line feed; may contain tabs and line feeds.
   bool isWritable = false;
 };
 
-/// The parameters whose names start with `prefix` (whole parts of a name, or empty for all), by
-/// name. Those that may not be read are left out. Throws KestrelException where the kernel's files
-/// are hidden.
+/// Returns the parameters whose names start with the parts in `prefix`, sorted by name; all if it
+/// is empty. Skips those that this process may not read. Throws KestrelException if /proc is not
+/// mounted.
 std::vector<KernelParameter> ReadParameters(const std::string& proc, const std::string& prefix);
 
-/// The parameter's value. `name` separates its parts by '.' or by '/'; the first one that occurs
-/// decides which it is, the other then stands for '.'.
-/// Throws KestrelException when there is no such parameter, it is a group of others, or it may not
-/// be read.
+/// Returns the value of a parameter. A name whose first separator is "/" is a path; otherwise "."
+/// separates the parts, and "/" replaces a "." within a part. Throws KestrelException if the
+/// parameter does not exist, is a group of parameters, or may not be read.
 std::string ReadParameter(const std::string& proc, const std::string& name);
 
-/// Gives the parameter that value. Throws KestrelException, in words for the user, when there is no
-/// such parameter, the right is missing, or the kernel refuses the value.
+/// Sets the value of a parameter. Throws KestrelException, with a message for the user, if the
+/// parameter does not exist or is a group, if this process may not change it, or if the kernel
+/// rejects the value.
 void WriteParameter(const std::string& proc, const std::string& name, const std::string& value);
 
-/// The value with one blank for each tab and line end, so that it fills one line.
+/// Replaces tabs and line feeds by spaces.
 std::string OnOneLine(std::string value);
 
 }  // namespace Kestrel::Host

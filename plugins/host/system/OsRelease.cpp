@@ -9,8 +9,7 @@
 namespace Kestrel::Host {
 namespace {
 
-// Quotes are dropped; a backslash keeps the next character, but within single quotes it is one
-// itself.
+// Removes quotes. A backslash quotes the next character, except within single quotes.
 std::string Unquote(std::string_view text) {
   std::string value;
   char quote = '\0';

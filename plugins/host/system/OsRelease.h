@@ -8,12 +8,12 @@
 
 namespace Kestrel::Host {
 
-/// The value of `key` in a file of lines KEY=VALUE in the quoting of the shell, as os-release is;
-/// the last one of several, empty when there is none.
+/// Returns the value of `key` from lines of the form KEY=VALUE, quoted as in the shell. The last
+/// line with the key counts; the result is empty if there is none.
 std::string ParseOsRelease(std::string_view text, std::string_view key);
 
-/// The name of the distribution with its version, from etc/os-release or usr/lib/os-release below
-/// `root` (empty for the machine's own); empty when neither tells.
+/// Returns the name and version of the distribution from /etc/os-release or /usr/lib/os-release.
+/// `root` is put before these paths. Empty if neither file contains a name.
 std::string ReadDistributionName(const std::string& root);
 
 }  // namespace Kestrel::Host

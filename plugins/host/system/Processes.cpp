@@ -16,7 +16,7 @@
 namespace Kestrel::Host {
 namespace {
 
-// The words behind the name, counted from 0.
+// Indexes of the words after the name.
 enum StatWord : std::size_t {
   kState = 0,
   kParent = 1,
@@ -45,7 +45,7 @@ constexpr LetterName kStates[] = {
     {'Z', "zombie"},  {'I', "idle"},     {'P', "parked"},  {'X', "dead"},
 };
 
-// Pseudo-terminals have eight major numbers of 256 minor ones each, and no entry among devices.
+// Pseudo-terminals have eight major numbers with 256 minor numbers each. /sys does not list them.
 constexpr unsigned kFirstPtsMajor = 136;
 constexpr unsigned kLastPtsMajor = 143;
 constexpr unsigned kPtsPerMajor = 256;
@@ -66,8 +66,8 @@ void FillNumbers(Process& process, const std::vector<std::string_view>& words) {
   process.residentMemory = ClampedProduct(NumberAt(words, kResidentPages), pageSize / kBytesPerKib);
 }
 
-// Fills in what "status" tells better: by whose rights the process acts, which is the second number
-// of "Uid:", and its memory, which "stat" tells from counters that lag behind.
+// Reads the effective user, which is the second number after "Uid:". Also reads the resident
+// memory, which is more recent here than in "stat".
 bool FillStatus(Process& process, std::string_view status) {
   bool hasUser = false;
   for (const std::string_view line : SplitLines(status)) {
@@ -86,7 +86,8 @@ bool FillStatus(Process& process, std::string_view status) {
   return hasUser;
 }
 
-// Each argument ends in a NUL; a process that overwrote its arguments may have left many.
+// Each argument ends in a NUL. A process that overwrites its arguments may leave more NULs at the
+// end.
 std::string JoinArguments(std::string arguments) {
   const std::size_t last = arguments.find_last_not_of('\0');
   arguments.resize(last == std::string::npos ? 0 : last + 1);

@@ -12,40 +12,43 @@
 
 namespace Kestrel::Host {
 
-/// One process as the kernel shows it. Texts are bytes as the process set them.
+/// A process as described by the kernel. The process itself chooses the bytes of its name and
+/// command.
 struct Process {
   long id = 0;
   long parentId = 0;
-  uid_t user = 0;  ///< By whose rights it acts.
+  uid_t user = 0;  ///< The effective user.
   char state = '?';
   bool isKernelThread = false;
   long threads = 0;
   long nice = 0;
   long virtualMemory = 0;   ///< In KiB.
   long residentMemory = 0;  ///< In KiB.
-  long processorTicks = 0;  ///< Spent in user and system mode, see sysconf(_SC_CLK_TCK).
-  long startTicks = 0;      ///< When it started, after the start of the machine.
-  long terminal = 0;        ///< The device number of its terminal, 0 for none.
-  std::string name;         ///< Of the program, 15 bytes at most.
-  std::string command;      ///< The arguments with blanks between them; empty for a kernel thread.
+  long processorTicks = 0;  ///< Time in user and system mode, in ticks of sysconf(_SC_CLK_TCK).
+  long startTicks = 0;      ///< Time from the boot to its start, in the same ticks.
+  long terminal = 0;        ///< The device number of its terminal; 0 if it has none.
+  std::string name;         ///< The name of the program, at most 15 bytes.
+  std::string command;      ///< The arguments, separated by spaces; empty for a kernel thread.
 };
 
-/// Fills in what a process's "stat" tells; nothing when the text makes no sense. The name stands
-/// in parentheses and may hold any byte, parentheses and line ends too.
+/// Parses the content of a "stat" file; returns nothing if it is damaged. The name is in
+/// parentheses and may contain any byte, including parentheses and line feeds.
 std::optional<Process> ParseProcess(std::string_view stat);
 
-/// The process of that number in `proc`; nothing when it is gone, be it half-way.
+/// Reads the process of that number in `proc`. Returns nothing if it ends before everything is
+/// read.
 std::optional<Process> ReadProcess(const std::string& proc, long id);
 
-/// All processes in `proc`, ascending by number; those that vanish meanwhile are left out.
-/// Throws KestrelException when there is none at all, since then `proc` is not what it should be.
+/// Returns all processes in `proc`, in ascending order of their numbers. Skips those that end while
+/// they are read. Throws KestrelException if there is none, which means that `proc` is not mounted.
 std::vector<Process> ReadProcesses(const std::string& proc);
 
-/// A word for a state's letter: "running", "sleeping", ...; "unknown" for a letter that is none.
+/// Returns the name of a state, such as "sleeping" for the letter S; "unknown" for an unknown
+/// letter.
 const char* StateName(char state);
 
-/// The name of a terminal below /dev, like "pts/3"; its numbers where it has none known, empty for
-/// none. `sys` is the folder in which the kernel shows its devices.
+/// Returns the name of a terminal below /dev, such as "pts/3"; its device number if the name is
+/// unknown; an empty string for 0. `sys` is the folder in which the kernel lists its devices.
 std::string TerminalName(long terminal, const std::string& sys);
 
 }  // namespace Kestrel::Host

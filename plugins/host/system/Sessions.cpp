@@ -20,7 +20,7 @@ namespace {
 
 constexpr long kMicrosecond = 1000000;
 
-// The texts of a record fill their place and then have no NUL at the end.
+// A string that fills its field has no final NUL.
 template <std::size_t Size>
 std::string TextOf(const char (&field)[Size]) {
   return std::string(field, ::strnlen(field, Size));

@@ -9,27 +9,27 @@
 
 namespace Kestrel::Host {
 
-/// Where a running system notes who is logged in.
+/// Where the running system stores its login sessions.
 extern const char* const kSessionRecords;
 extern const char* const kSessionFolder;
 
-/// One person's session.
+/// A login session.
 struct Session {
   std::string user;
-  std::string terminal;  ///< Below /dev; empty for a session without one.
-  std::string host;      ///< From where; empty for the machine itself.
-  long process = 0;      ///< That leads the session.
+  std::string terminal;  ///< Its path below /dev; empty if the session has none.
+  std::string host;      ///< The remote host; empty for a local session.
+  long process = 0;      ///< The process that leads the session.
   std::time_t start = 0;
 };
 
-/// The sessions in a file of login records (utmp), in its order; none when it cannot be read.
-/// With `onlyAlive`, those whose process is gone are left out.
+/// Reads a file of login entries (utmp), in its order; empty if it cannot be read. With
+/// `onlyAlive`, skips sessions whose process has ended.
 std::vector<Session> ReadSessionRecords(const std::string& path, bool onlyAlive);
 
-/// The sessions in a folder of session files, which systems keep that have no login records.
+/// Reads a folder of session files, which replaces the login entries on some systems.
 std::vector<Session> ReadSessionFolder(const std::string& path);
 
-/// The sessions of this machine, ascending by start.
+/// Returns the sessions of this machine, the oldest first.
 std::vector<Session> ReadSessions();
 
 }  // namespace Kestrel::Host

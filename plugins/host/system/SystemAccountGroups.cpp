@@ -28,7 +28,7 @@ class SystemAccountGroups final : public HostCommand {
 
   void DeclareResult(CallSpec::OutputSpec& spec) const override {
     spec.SetRootObject(MetaObj::MetaList::New(MetaObj::MetaType::String));
-    spec.SetDescription("The names of the groups, the account's own group first.");
+    spec.SetDescription("The names of the groups, the primary group first.");
   }
 
   void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {

@@ -17,12 +17,13 @@ const StructShape& Shape() {
       StructShape("Account")
           .String("Name", "The name of the account.")
           .Int("User Id", "Its number.")
-          .Int("Group Id", "The number of its own group.")
-          .String("Group", "The name of that group, or its number when it has none.")
-          .String("Full Name", "The name of the person or of the purpose; may be empty.")
+          .Int("Group Id", "The number of its primary group.")
+          .String("Group", "The name of that group, or its number if it has no name.")
+          .String("Full Name",
+                  "The full name of the user or the purpose of the account; may be empty.")
           .String("Home", "Its home folder.")
           .String("Shell", "The program that a login starts.")
-          .Bool("Login", "Whether that program lets a person in.");
+          .Bool("Login", "Whether that program allows a login.");
   return shape;
 }
 
@@ -43,10 +44,10 @@ class SystemAccountList final : public ListCommand {
  public:
   SystemAccountList()
       : ListCommand("List the accounts of users.", Shape,
-                    "The accounts that the machine knows, in its own order.") {
+                    "The accounts, in the order of the system.") {
     ShowColumns("Name,User Id,Group,Login,Shell,Home");
     AddExample("", "List all accounts");
-    AddExample("--login --min-id=1000", "List the accounts of people");
+    AddExample("--login --min-id=1000", "List the accounts of persons");
   }
 
  private:
@@ -54,11 +55,11 @@ class SystemAccountList final : public ListCommand {
     Parameter("name", CallSpec::StringList, "List only accounts with one of these names.")
         .Short("n")
         .AddTo(spec);
-    Parameter("min-id", CallSpec::Int, "List only accounts with this number or a greater one.")
+    Parameter("min-id", CallSpec::Int, "List only accounts with at least this number.")
         .Short("m")
         .Between(0, std::numeric_limits<uid_t>::max())
         .AddTo(spec);
-    Parameter("login", CallSpec::Flag, "List only accounts that a person can log in to.")
+    Parameter("login", CallSpec::Flag, "List only accounts that allow a login.")
         .Short("l")
         .AddTo(spec);
   }

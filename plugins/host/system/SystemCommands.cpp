@@ -13,9 +13,9 @@ using Node = std::shared_ptr<AutoCli::NamespaceNode>;
 void RegisterStatistics(const Node& system) {
   AddNamespace(system, "version", "The versions of the kernel and the distribution.")
       ->RegisterNamespaceNode(NewSystemVersionGet(), "get");
-  AddNamespace(system, "uptime", "The time since the start of the machine.")
+  AddNamespace(system, "uptime", "The time since the machine was started.")
       ->RegisterNamespaceNode(NewSystemUptimeGet(), "get");
-  AddNamespace(system, "load", "The work that the machine has.")
+  AddNamespace(system, "load", "The load of the machine.")
       ->RegisterNamespaceNode(NewSystemLoadGet(), "get");
   AddNamespace(system, "memory", "The memory of the machine.")
       ->RegisterNamespaceNode(NewSystemMemoryGet(), "get");
@@ -40,7 +40,7 @@ void RegisterUsers(const Node& system) {
   const Node account = AddNamespace(system, "account", "The accounts of users.");
   account->RegisterNamespaceNode(NewSystemAccountGroups(), "groups");
   account->RegisterNamespaceNode(NewSystemAccountList(), "list");
-  AddNamespace(system, "session", "The people who are logged in.")
+  AddNamespace(system, "session", "The login sessions.")
       ->RegisterNamespaceNode(NewSystemSessionList(), "list");
 }
 

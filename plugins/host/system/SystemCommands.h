@@ -10,11 +10,12 @@
 
 namespace Kestrel::Host {
 
-/// Adds "system" and the commands below it: the machine, its kernel, processes and users.
+/// Adds the namespace "system" with its commands about the machine, its kernel, its processes and
+/// its users.
 void RegisterSystem(const std::shared_ptr<AutoCli::Namespace>& root);
 
-// The commands below "system", each in the file of its name. NewSystemFileChecksum is there only
-// where the library for it is.
+// The commands of the namespace, each defined in the file of its name. NewSystemFileChecksum exists
+// only if the build found nettle.
 std::shared_ptr<AutoCli::Command> NewSystemAccountGroups();
 std::shared_ptr<AutoCli::Command> NewSystemAccountList();
 std::shared_ptr<AutoCli::Command> NewSystemCpuCount();

@@ -17,13 +17,13 @@ class SystemCpuCount final : public HostCommand {
  public:
   SystemCpuCount() : HostCommand("Count the logical processors.") {
     ShowAsValue();
-    AddExample("", "Count the logical processors that the kernel uses");
-    AddExample("--all", "Count those too that it does not use");
+    AddExample("", "Count the processors that are online");
+    AddExample("--all", "Also count those that are offline");
   }
 
  private:
   void DeclareParameters(CallSpec::InputSpec& spec) const override {
-    Parameter("all", CallSpec::Flag, "Count the processors too that the kernel does not use.")
+    Parameter("all", CallSpec::Flag, "Also count processors that are offline.")
         .Short("a")
         .AddTo(spec);
   }

@@ -15,14 +15,14 @@ const StructShape& Shape() {
   static const StructShape shape =
       StructShape("Cpu")
           .Int("Number", "The number of the logical processor.")
-          .Bool("Online", "Whether the kernel uses it.")
-          .Int("Node", "The memory node that it belongs to; -1 when unknown.")
-          .Int("Socket", "The chip that it is part of; -1 when unknown.")
-          .Int("Core", "The core of the chip that it is part of; -1 when unknown.")
-          .Ints("Siblings", "The logical processors of the same core, itself too.")
-          .String("Vendor", "Who made it; empty when unknown.")
-          .String("Model", "What it is; empty when unknown.")
-          .Int("Frequency", "Its present frequency in MHz; -1 when unknown.");
+          .Bool("Online", "Whether it is online.")
+          .Int("Node", "Its memory node; -1 if unknown.")
+          .Int("Socket", "The socket that it is part of; -1 if unknown.")
+          .Int("Core", "The core that it is part of; -1 if unknown.")
+          .Ints("Siblings", "The logical processors of the same core, including this one.")
+          .String("Vendor", "Its vendor; empty if unknown.")
+          .String("Model", "Its model; empty if unknown.")
+          .Int("Frequency", "Its current frequency in MHz; -1 if unknown.");
   return shape;
 }
 
@@ -44,12 +44,12 @@ class SystemCpuList final : public ListCommand {
  public:
   SystemCpuList()
       : ListCommand("List the logical processors.", Shape,
-                    "The logical processors that are present, by number.") {
+                    "The logical processors that are present, sorted by number.") {
     ShowColumns("Number,Online,Node,Socket,Core,Siblings,Frequency,Model",
                 {{"units:Cpu.Frequency", "MHz"}, {"wrap-last", "true"}});
     AddExample("", "List all logical processors");
-    AddExample("--online=false", "List those that the kernel does not use");
-    AddExample("--number=0 --number=1", "List two of them");
+    AddExample("--online=false", "List those that are offline");
+    AddExample("--number=0 --number=1", "List two processors");
   }
 
  private:
@@ -59,7 +59,7 @@ class SystemCpuList final : public ListCommand {
         .Between(0, 1 << 16)
         .AddTo(spec);
     Parameter("online", CallSpec::BoolList,
-              "List only processors of which it is one of these that the kernel uses them.")
+              "List only processors that are online (true) or offline (false).")
         .Short("o")
         .AddTo(spec);
   }

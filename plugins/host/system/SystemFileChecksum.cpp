@@ -13,9 +13,9 @@ constexpr std::int64_t kDefaultBits = 256;
 
 const StructShape& Shape() {
   static const StructShape shape = StructShape("FileChecksum")
-                                       .String("File", "The path of the file as it was given.")
+                                       .String("File", "The path of the file, as given.")
                                        .Int("Size", "Its size in bytes.")
-                                       .String("Algorithm", "How the checksum was made.")
+                                       .String("Algorithm", "The algorithm of the checksum.")
                                        .String("Checksum", "The checksum in hexadecimal digits.");
   return shape;
 }
@@ -23,16 +23,16 @@ const StructShape& Shape() {
 class SystemFileChecksum final : public ListCommand {
  public:
   SystemFileChecksum()
-      : ListCommand("Make checksums of files that only someone with the key can make.", Shape,
-                    "The checksums in the order of the files given.") {
+      : ListCommand("Compute keyed checksums (HMAC) of files.", Shape,
+                    "The checksums, in the order of the given files.") {
     ShowColumns("Checksum,File");
-    AddExample("--file=/etc/hostname --key", "Make the checksum with a key that is typed unseen");
-    AddExample("--file=/etc/hostname --bits=512 --key", "Make a longer one");
+    AddExample("--file=/etc/hostname --key", "Compute a checksum; the key is typed without echo");
+    AddExample("--file=/etc/hostname --bits=512 --key", "Compute a longer checksum");
   }
 
  private:
   void DeclareParameters(CallSpec::InputSpec& spec) const override {
-    Parameter("file", CallSpec::StringList, "The path of a file; give it once for each file.")
+    Parameter("file", CallSpec::StringList, "The path of a file; can be repeated.")
         .Short("f")
         .Required()
         .AddTo(spec);
@@ -40,10 +40,10 @@ class SystemFileChecksum final : public ListCommand {
         .Short("k")
         .Required()
         .Secret()
-        .Matching(".+")  // A key that nobody typed would still make a checksum.
+        .Matching(".+")  // An empty key would be accepted by mistake.
         .AddTo(spec);
     Parameter("bits", CallSpec::Int,
-              "The length of the checksum, one of %ENUM%; 256 without this parameter.")
+              "The length of the checksum in bits, one of %ENUM%; the default is 256.")
         .Short("b")
         .OneOf({256, 384, 512})
         .AddTo(spec);

@@ -12,11 +12,12 @@ namespace {
 const StructShape& Shape() {
   static const StructShape shape =
       StructShape("SystemLoad")
-          .String("One Minute", "How many tasks ran or waited, on average over one minute.")
-          .String("Five Minutes", "The same over five minutes.")
-          .String("Fifteen Minutes", "The same over fifteen minutes.")
-          .Int("Running", "How many tasks run or wait for a processor now.")
-          .Int("Tasks", "How many tasks there are, each thread counted as one.");
+          .String("One Minute",
+                  "The average number of running or waiting tasks in the last minute.")
+          .String("Five Minutes", "The average over five minutes.")
+          .String("Fifteen Minutes", "The average over fifteen minutes.")
+          .Int("Running", "How many tasks are running or waiting for a processor now.")
+          .Int("Tasks", "The number of tasks; each thread is one.");
   return shape;
 }
 
@@ -29,7 +30,7 @@ class SystemLoadGet final : public HostCommand {
 
  private:
   void DeclareResult(CallSpec::OutputSpec& spec) const override {
-    Shape().DeclareStruct(spec, "The averages of the load, and the tasks at this moment.");
+    Shape().DeclareStruct(spec, "The load averages and the current tasks.");
   }
 
   void Run(const CallSpec::Input&, CallSpec::Output& output) const override {

@@ -16,21 +16,20 @@ const StructShape& PhysicalShape() {
   static const StructShape shape =
       StructShape("PhysicalMemory")
           .Int("Total", "All memory that the kernel manages, in KiB.")
-          .Int("Used", "What is not available, in KiB.")
-          .Int("Free", "What nobody uses, in KiB.")
-          .Int("Shared", "What programs share in file systems held in memory, in KiB.")
-          .Int("Buffers", "What holds parts of devices, in KiB.")
-          .Int("Cached", "What holds parts of files and can be given up, in KiB.")
-          .Int("Available", "What a program can have before others are pushed out, in KiB.");
+          .Int("Used", "The memory that is not available, in KiB.")
+          .Int("Free", "The memory that is not used at all, in KiB.")
+          .Int("Shared", "Shared memory and file systems in memory, in KiB.")
+          .Int("Buffers", "Buffers of block devices, in KiB.")
+          .Int("Cached", "Cached files and other caches that can be freed, in KiB.")
+          .Int("Available", "The memory that programs can get without swapping, in KiB.");
   return shape;
 }
 
 const StructShape& SwapShape() {
-  static const StructShape shape =
-      StructShape("SwapMemory")
-          .Int("Total", "All space for memory that is pushed out, in KiB.")
-          .Int("Used", "What of it is in use, in KiB.")
-          .Int("Free", "What of it nobody uses, in KiB.");
+  static const StructShape shape = StructShape("SwapMemory")
+                                       .Int("Total", "The swap space, in KiB.")
+                                       .Int("Used", "The used swap space, in KiB.")
+                                       .Int("Free", "The free swap space, in KiB.");
   return shape;
 }
 
@@ -38,7 +37,7 @@ const StructShape& Shape() {
   static const StructShape shape =
       StructShape("SystemMemory")
           .Struct("Physical", PhysicalShape(), "The memory of the machine.")
-          .Struct("Swap", SwapShape(), "The space for memory that is pushed out.");
+          .Struct("Swap", SwapShape(), "The swap space.");
   return shape;
 }
 
@@ -64,7 +63,7 @@ Struct MakeSwap(const Memory& memory) {
 
 class SystemMemoryGet final : public HostCommand {
  public:
-  SystemMemoryGet() : HostCommand("Show how much memory there is and how much is in use.") {
+  SystemMemoryGet() : HostCommand("Show the memory and its usage.") {
     ShowAsLines("SystemMemory", "Physical,Swap",
                 {{"header:PhysicalMemory", "<NONE>"},
                  {"header:SwapMemory", "<NONE>"},

@@ -13,10 +13,9 @@ namespace {
 
 class SystemModuleCheck final : public HostCommand {
  public:
-  SystemModuleCheck()
-      : HostCommand("Tell whether a module is loaded or part of the kernel itself.") {
+  SystemModuleCheck() : HostCommand("Show whether a module is loaded or built into the kernel.") {
     ShowAsValue();
-    AddExample("--name=loop", "Tell whether files can serve as devices");
+    AddExample("--name=loop", "Show whether the kernel has loop devices");
   }
 
  private:

@@ -14,9 +14,9 @@ const StructShape& Shape() {
   static const StructShape shape =
       StructShape("KernelModule")
           .String("Name", "The name of the module.")
-          .Int("Size", "The memory that it takes, in bytes.")
-          .Int("References", "How many need it; -1 when it cannot be unloaded at all.")
-          .Strings("Used By", "The modules that need it.")
+          .Int("Size", "The size of its memory in bytes.")
+          .Int("References", "How many users it has; -1 if it cannot be unloaded.")
+          .Strings("Used By", "The modules that use it.")
           .String("State", "Live, Loading or Unloading.");
   return shape;
 }
@@ -35,16 +35,16 @@ class SystemModuleList final : public ListCommand {
  public:
   SystemModuleList()
       : ListCommand("List the loaded modules of the kernel.", Shape,
-                    "The loaded modules by name.") {
+                    "The loaded modules, sorted by name.") {
     ShowColumns("Name,Size,References,State,Used By",
                 {{"units:KernelModule.Size", "B"}, {"wrap-last", "true"}});
     AddExample("", "List all loaded modules");
-    AddExample("--unused", "List those that nothing needs");
+    AddExample("--unused", "List the modules that are not used");
   }
 
  private:
   void DeclareParameters(CallSpec::InputSpec& spec) const override {
-    Parameter("unused", CallSpec::Flag, "List only modules that nothing needs.")
+    Parameter("unused", CallSpec::Flag, "List only modules that are not used.")
         .Short("u")
         .AddTo(spec);
   }

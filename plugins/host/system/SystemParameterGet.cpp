@@ -18,7 +18,7 @@ class SystemParameterGet final : public HostCommand {
   SystemParameterGet() : HostCommand("Show the value of a parameter of the running kernel.") {
     ShowAsValue();
     AddExample("--name=kernel.hostname", "Show the name of the machine");
-    AddExample("--name=net/ipv4/conf/lo/forwarding", "Name a parameter by its file");
+    AddExample("--name=net/ipv4/conf/lo/forwarding", "Use the path of a parameter as its name");
   }
 
  private:

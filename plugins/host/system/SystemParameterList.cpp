@@ -18,8 +18,8 @@ const StructShape& Shape() {
   static const StructShape shape =
       StructShape("KernelParameter")
           .String("Name", "The name of the parameter.")
-          .String("Value", "Its present value; tabs and line ends are written as blanks.")
-          .Bool("Writable", "Whether it can be changed while the kernel runs.");
+          .String("Value", "Its value, with spaces instead of tabs and line feeds.")
+          .Bool("Writable", "Whether it can be changed.");
   return shape;
 }
 
@@ -27,21 +27,21 @@ class SystemParameterList final : public ListCommand {
  public:
   SystemParameterList()
       : ListCommand("List the parameters of the running kernel.", Shape,
-                    "The parameters that you may read, by name.") {
+                    "The parameters that you may read, sorted by name.") {
     ShowColumns("Name,Value");
     AddExample("--under=vm", "List the parameters of the memory management");
-    AddExample("--name=forward --writable", "List what can be set about forwarding");
+    AddExample("--name=forward --writable", "List the writable parameters about forwarding");
   }
 
  private:
   void DeclareParameters(CallSpec::InputSpec& spec) const override {
     Parameter("under", CallSpec::String,
-              "List only this parameter, or those below this group, like net.ipv4.")
+              "List only this parameter or the parameters in this group, such as net.ipv4.")
         .Short("u")
         .Matching(kParameterNamePattern)
         .AddTo(spec);
     Parameter("name", CallSpec::String,
-              "List only parameters with this regular expression in their names.")
+              "List only parameters whose names match this regular expression.")
         .Short("n")
         .AddTo(spec);
     Parameter("writable", CallSpec::Flag, "List only parameters that can be changed.")

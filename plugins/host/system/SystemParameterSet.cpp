@@ -23,16 +23,16 @@ const StructShape& Shape() {
 
 class SystemParameterSet final : public HostCommand {
  public:
-  SystemParameterSet() : HostCommand("Change a parameter of the running kernel until it ends.") {
+  SystemParameterSet() : HostCommand("Change a parameter of the running kernel.") {
     ShowAsLines("KernelParameterChange", "Before,After",
                 {{"header:KernelParameterChange", "%Name%"}});
-    AddExample("--name=vm.swappiness --value=10", "Make the kernel keep programs in memory");
+    AddExample("--name=vm.swappiness --value=10", "Make the kernel swap less");
   }
 
  private:
   void DeclareParameters(CallSpec::InputSpec& spec) const override {
     AddParameterName(spec);
-    Parameter("value", CallSpec::String, "The value to give it; several numbers with blanks.")
+    Parameter("value", CallSpec::String, "The new value; spaces separate several numbers.")
         .Short("v")
         .Required()
         .AddTo(spec);
@@ -53,7 +53,7 @@ class SystemParameterSet final : public HostCommand {
     output.SetRootObject(result);
   }
 
-  // Some parameters are there to be written only; writing then says what else is wrong.
+  // Some parameters are write-only. If there is another problem, the write reports it.
   static std::string ReadIfPossible(const std::string& name) {
     try {
       return ReadParameter(kProc, name);

@@ -21,7 +21,7 @@
 namespace Kestrel::Host {
 namespace {
 
-// More than any machine has, in KiB.
+// In KiB; more than any machine has.
 constexpr std::int64_t kMaxMemory = std::int64_t(1) << 50;
 constexpr std::int64_t kMaxProcessId = 1 << 22;
 
@@ -29,24 +29,24 @@ const StructShape& Shape() {
   static const StructShape shape =
       StructShape("Process")
           .Int("Id", "The number of the process.")
-          .Int("Parent", "The number of the process that it belongs to; 0 for none.")
-          .String("User", "By whose rights it acts: a name, or a number without an account.")
-          .String("State", "What it is doing: running, sleeping, waiting, ...")
+          .Int("Parent", "The number of its parent process; 0 for none.")
+          .String("User", "The effective user: a name, or a number if there is no account.")
+          .String("State", "Its state: running, sleeping, waiting and others.")
           .Int("Threads", "How many threads it has.")
-          .Int("Nice", "How much it gives way to others, from -20 to 19.")
-          .Int("Virtual", "The memory that it may address, in KiB.")
-          .Int("Resident", "The memory that it holds, in KiB.")
-          .String("Time", "The processor time that it took: days-hours:minutes:seconds.")
+          .Int("Nice", "Its nice value, from -20 to 19.")
+          .Int("Virtual", "Its virtual memory, in KiB.")
+          .Int("Resident", "Its resident memory, in KiB.")
+          .String("Time", "The processor time that it has used: days-hours:minutes:seconds.")
           .Int("Seconds", "The same in seconds.")
           .String("Started", "When it started, in the time zone of the machine.")
           .String("Terminal", "Its terminal below /dev; empty for none.")
-          .Bool("Kernel", "Whether it is a thread of the kernel itself.")
-          .String("Name", "The name of its program, cut by the kernel after 15 bytes.")
-          .String("Command", "Its arguments with blanks between them, or its name in brackets.");
+          .Bool("Kernel", "Whether it is a kernel thread.")
+          .String("Name", "The name of its program, at most 15 bytes.")
+          .String("Command", "Its arguments, separated by spaces, or its name in brackets.");
   return shape;
 }
 
-// Which processes the user asked for.
+// Decides which processes are listed.
 class ProcessFilter {
  public:
   explicit ProcessFilter(const CallSpec::Input& input)
@@ -86,7 +86,7 @@ class ProcessFilter {
   std::int64_t minimumMemory_ = 0;
 };
 
-// Turns processes into structs, with what all of them have in common.
+// Converts processes to structures, with the data that they share.
 class ProcessStructs {
  public:
   ProcessStructs() : tick_(::sysconf(_SC_CLK_TCK)), machineStart_(ReadStartTime(kProc)) {}
@@ -124,8 +124,8 @@ class ProcessStructs {
 
 class SystemProcessList final : public ListCommand {
  public:
-  SystemProcessList() : ListCommand("List the processes.", Shape, "The processes at this moment.") {
-    // The whole command line would fill many lines of a screen; it is there when asked for.
+  SystemProcessList() : ListCommand("List the processes.", Shape, "The processes.") {
+    // Without the command line, which is often longer than the screen is wide.
     ShowColumns("Id,Parent,User,State,Resident,Time,Name", {{"units:Process.Resident", "KiB"}});
     AddExample("", "List all processes");
     AddExample("--user=root --kernel-threads=false", "List the programs that root runs");
@@ -146,30 +146,30 @@ class SystemProcessList final : public ListCommand {
         .Short("u")
         .AddTo(spec);
     Parameter("name", CallSpec::String,
-              "List only processes with this regular expression in their names.")
+              "List only processes whose names match this regular expression.")
         .Short("n")
         .AddTo(spec);
-    Parameter("full", CallSpec::Flag, "Look for the expression in the whole command line.")
+    Parameter("full", CallSpec::Flag, "Match the expression with the whole command line.")
         .Short("f")
         .AddTo(spec);
     Parameter("state", CallSpec::StringList,
               "List only processes in one of these states: %FULLENUM%")
         .Short("s")
         .OneOf({{"running", "runs or waits for a processor"},
-                {"sleeping", "waits for something to happen"},
-                {"waiting", "waits for a device and cannot be disturbed"},
-                {"stopped", "was stopped, as by Ctrl-Z"},
-                {"traced", "is halted by a debugger"},
-                {"zombie", "has ended, and its parent has not asked how"},
-                {"idle", "is a thread of the kernel without work"}})
+                {"sleeping", "waits for an event"},
+                {"waiting", "waits for a device and cannot be interrupted"},
+                {"stopped", "was stopped, for example by Ctrl-Z"},
+                {"traced", "is stopped by a debugger"},
+                {"zombie", "has ended, but its parent has not collected its status"},
+                {"idle", "is a kernel thread without work"}})
         .AddTo(spec);
     Parameter("min-memory", CallSpec::Int,
-              "List only processes that hold at least this many KiB of memory.")
+              "List only processes with at least this resident memory in KiB.")
         .Short("m")
         .Between(0, kMaxMemory)
         .AddTo(spec);
     Parameter("kernel-threads", CallSpec::Bool,
-              "Whether to list the threads of the kernel too; true without this parameter.")
+              "Whether to list kernel threads; the default is true.")
         .Short("k")
         .AddTo(spec);
   }

@@ -14,10 +14,10 @@ namespace {
 const StructShape& Shape() {
   static const StructShape shape =
       StructShape("Session")
-          .String("User", "Who is logged in.")
+          .String("User", "The user who is logged in.")
           .String("Terminal", "The terminal below /dev; empty for a session without one.")
-          .String("Host", "From where; empty for the machine itself.")
-          .String("Started", "Since when, in the time zone of the machine.")
+          .String("Host", "The remote host; empty for a local session.")
+          .String("Started", "When it started, in the time zone of the machine.")
           .Int("Process", "The number of the process that leads the session.");
   return shape;
 }
@@ -25,7 +25,7 @@ const StructShape& Shape() {
 class SystemSessionList final : public ListCommand {
  public:
   SystemSessionList()
-      : ListCommand("List who is logged in.", Shape, "The sessions of people, the oldest first.") {
+      : ListCommand("List who is logged in.", Shape, "The login sessions, the oldest first.") {
     ShowColumns("User,Terminal,Started,Process,Host");
     AddExample("", "List who is logged in");
     AddExample("--user=root", "List the sessions of root");

@@ -27,7 +27,8 @@ long NumberOrThrow(std::string_view text, const std::string& path) {
 
 std::string_view BeforePoint(std::string_view text) { return text.substr(0, text.find('.')); }
 
-// The number of a line like "MemFree:   512 kB"; `fallback` when no line has that name.
+// Returns the number in a line such as "MemFree:   512 kB", or `fallback` if there is no such line
+// or number.
 long Figure(std::string_view text, std::string_view name, long fallback) {
   for (const std::string_view line : SplitLines(text)) {
     if (StartsWith(line, name) && line.size() > name.size() && line[name.size()] == ':') {
@@ -86,7 +87,7 @@ Memory ReadMemory(const std::string& proc) {
   if (memory.total < 0 || memory.free < 0) {
     ThrowUnknownForm(path);
   }
-  // Kernels before 3.14 do not tell what is available.
+  // Kernels before 3.14 do not report what is available.
   memory.available = Figure(text, "MemAvailable", memory.free);
   memory.shared = Figure(text, "Shmem", 0);
   memory.buffers = Figure(text, "Buffers", 0);

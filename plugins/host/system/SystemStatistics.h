@@ -7,45 +7,44 @@
 
 namespace Kestrel::Host {
 
-/// How long the machine has been up.
+/// The time since the machine was started.
 struct Uptime {
-  long seconds = 0;      ///< Since the start, without parts of a second.
-  long idleSeconds = 0;  ///< Spent idle, summed over all processors.
+  long seconds = 0;      ///< Rounded down.
+  long idleSeconds = 0;  ///< Idle time, the sum of all processors.
 };
 
-/// How busy the machine is. The averages are texts, as the kernel writes them: there are no
-/// fractions among the values.
+/// How busy the machine is. The averages are decimal fractions, for which there is no value type,
+/// so they remain strings.
 struct Load {
   std::string oneMinute;
   std::string fiveMinutes;
   std::string fifteenMinutes;
   long running = 0;  ///< Tasks that run or wait for a processor.
-  long tasks = 0;    ///< All tasks, each thread one.
+  long tasks = 0;    ///< All tasks; each thread is one.
 };
 
-/// The machine's memory in KiB.
+/// The memory of the machine, in KiB.
 struct Memory {
   long total = 0;
   long free = 0;
-  long available = 0;  ///< What a program can have before others are pushed out.
+  long available = 0;  ///< What programs can get without swapping.
   long shared = 0;
   long buffers = 0;
   long cached = 0;
   long swapTotal = 0;
   long swapFree = 0;
 
-  /// What is not available.
+  /// The memory that is not available.
   long GetUsed() const;
   long GetSwapUsed() const;
 };
 
-// Each reads a file in `proc`, the folder in which the kernel shows its data, and throws
-// KestrelException when that is not there or makes no sense.
+// Each reads a file in `proc`. Throws KestrelException if the file is missing or damaged.
 Uptime ReadUptime(const std::string& proc);
 Load ReadLoad(const std::string& proc);
 Memory ReadMemory(const std::string& proc);
 
-/// When the machine started, in seconds since 1970.
+/// Returns the time of the boot in seconds since 1970.
 long ReadStartTime(const std::string& proc);
 
 }  // namespace Kestrel::Host

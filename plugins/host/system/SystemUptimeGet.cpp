@@ -13,24 +13,24 @@ namespace {
 const StructShape& Shape() {
   static const StructShape shape =
       StructShape("SystemUptime")
-          .String("Started", "When the machine started, in its own time zone.")
-          .String("Up", "For how long it has been up: days-hours:minutes:seconds.")
+          .String("Started", "When the machine was started, in its time zone.")
+          .String("Up", "How long it has been running: days-hours:minutes:seconds.")
           .Int("Seconds", "The same in seconds.")
-          .Int("Idle Seconds", "The time without work in seconds, summed over all processors.");
+          .Int("Idle Seconds", "The idle time in seconds, the sum of all processors.");
   return shape;
 }
 
 class SystemUptimeGet final : public HostCommand {
  public:
-  SystemUptimeGet() : HostCommand("Show since when the machine has been up.") {
+  SystemUptimeGet() : HostCommand("Show how long the machine has been running.") {
     ShowAsLines("SystemUptime", "Started,Up,Seconds,Idle Seconds",
                 {{"units:SystemUptime.Seconds", "s"}, {"units:SystemUptime.Idle Seconds", "s"}});
-    AddExample("", "Show since when this machine has been up");
+    AddExample("", "Show how long this machine has been running");
   }
 
  private:
   void DeclareResult(CallSpec::OutputSpec& spec) const override {
-    Shape().DeclareStruct(spec, "Since when the machine has been up.");
+    Shape().DeclareStruct(spec, "The time since the machine was started.");
   }
 
   void Run(const CallSpec::Input&, CallSpec::Output& output) const override {

@@ -19,12 +19,12 @@ namespace {
 const StructShape& Shape() {
   static const StructShape shape =
       StructShape("SystemVersion")
-          .String("Host Name", "The name by which the machine calls itself.")
+          .String("Host Name", "The host name.")
           .String("Kernel", "The name of the kernel.")
           .String("Release", "The release of the kernel.")
           .String("Build", "The build of the kernel: its number, options and time.")
-          .String("Architecture", "The kind of processor that the kernel runs on.")
-          .String("Distribution", "The name and version of the distribution; empty when unknown.");
+          .String("Architecture", "The architecture of the processor.")
+          .String("Distribution", "The name and version of the distribution; empty if unknown.");
   return shape;
 }
 

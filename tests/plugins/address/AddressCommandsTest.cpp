@@ -17,7 +17,7 @@ using ::testing::IsEmpty;
 
 bool HasTool(const std::string& name) { return Witness("command -v " + name + " || :") != ""; }
 
-TEST(AddressCommandsTest, ReadsWhatPingSays) {
+TEST(AddressCommandsTest, ReadsTheOutputOfPing) {
   const MadeUpTool ping("ping",
                         "echo \"$*\" >&2; [ \"$*\" = '-4 -n -q -c 5 -W 2 -- 10.0.0.1' ] || exit 2\n"
                         "echo 'PING 10.0.0.1 (10.0.0.1) 56(84) bytes of data.'; echo\n"
@@ -33,7 +33,7 @@ TEST(AddressCommandsTest, ReadsWhatPingSays) {
            {"Reachable", "true"}}));
 }
 
-TEST(AddressCommandsTest, TakesSilenceForAnAnswer) {
+TEST(AddressCommandsTest, AcceptsThatThereIsNoResponse) {
   const MadeUpTool ping("ping",
                         "[ \"$*\" = '-n -q -c 3 -W 2 -- fe80::1%eth0' ] || exit 2\n"
                         "echo '3 packets transmitted, 0 received, 100% packet loss'\nexit 1\n");
@@ -45,7 +45,7 @@ TEST(AddressCommandsTest, TakesSilenceForAnAnswer) {
                  {"Reachable", "false"}}));
 }
 
-TEST(AddressCommandsTest, PassesPingsComplaintOn) {
+TEST(AddressCommandsTest, ReportsTheErrorOfPing) {
   const MadeUpTool ping("ping", "printf 'ping: x: Name unknown\\nmore\\n' >&2\nexit 2\n");
   EXPECT_THAT(CallErrors("address check", {{"address", "x"}}),
               ElementsAre("ping: x: Name unknown"));
@@ -74,7 +74,7 @@ TEST(AddressCommandsTest, ResolvesAsTheHostDoes) {
               ElementsAre(Row({{"Address", "::1"}, {"Family", "IPv6"}})));
 }
 
-TEST(AddressCommandsTest, SaysThatANameIsUnknown) {
+TEST(AddressCommandsTest, ReportsAnUnknownName) {
   EXPECT_THAT(CallErrors("address resolve", {{"name", "no-such-name.invalid"}}),
               ElementsAre("There is no address for the name no-such-name.invalid"));
 }

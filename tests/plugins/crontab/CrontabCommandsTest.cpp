@@ -33,7 +33,7 @@ TEST(CrontabCommandsTest, ListsCrontabs) {
   EXPECT_THAT(CallRows("crontab list", {{"user", "bo"}}), IsEmpty());
 }
 
-TEST(CrontabCommandsTest, SaysThatThereIsNoCron) {
+TEST(CrontabCommandsTest, ReportsThatThereIsNoCron) {
   const ScopedEnvironment crontabs("CRONTAB_DIR", "/nosuch");
   EXPECT_THAT(CallErrors("crontab list"),
               ElementsAre("There is no folder /nosuch: is the package cron installed?"));

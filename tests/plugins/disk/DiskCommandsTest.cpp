@@ -49,7 +49,7 @@ TEST(DiskCommandsTest, ListsOddNames) {
                                    path + "/\\xff\\x01"));
 }
 
-TEST(DiskCommandsTest, RefusesWhatIsNoFolder) {
+TEST(DiskCommandsTest, RejectsAPathThatIsNotAFolder) {
   EXPECT_THAT(CallErrors("disk usage list", {{"directory", "/nosuch\nfolder"}}),
               ElementsAre("/nosuch folder is no directory"));
 }

@@ -22,7 +22,7 @@ using ::testing::UnorderedElementsAre;
 TEST(FileCommandsTest, ChecksFilesByEveryAlgorithm) {
   const ScopedTempDir folder;
   const std::string plain = folder.Write("plain", "text\n");
-  // Everything that the shell would take for its own, but for what the command refuses.
+  // Every character that is special to the shell, except those that the command rejects.
   const std::string odd = folder.Write("a$(b)&;'\"`\\<>|!^c", "");
   for (const char* const algorithm : {"md5", "sha1", "sha256", "sha512"}) {
     const std::string tool = std::string(algorithm) + "sum";
@@ -44,7 +44,7 @@ TEST(FileCommandsTest, ChecksOnlyFiles) {
               ElementsAre("--help is no file"));
 }
 
-TEST(FileCommandsTest, SaysWhichFileMayNotBeRead) {
+TEST(FileCommandsTest, ReportsTheFileThatMayNotBeRead) {
   const std::string asNobody =
       ::geteuid() == 0 ? "setpriv --reuid=65534 --regid=65534 --clear-groups " : "";
   const std::string script = ScriptPath("list-checksums.sh");
@@ -92,7 +92,7 @@ TEST(FileCommandsTest, ListsMembersAsTarDoes) {
               ElementsAre(row("-rw-r-----", "5", "./plain")));
 }
 
-TEST(FileCommandsTest, RefusesWhatIsNoArchive) {
+TEST(FileCommandsTest, RejectsAFileThatIsNotAnArchive) {
   const ScopedTempDir folder;
   EXPECT_THAT(CallErrors("file members", {{"archive", "/nosuch"}}),
               ElementsAre("/nosuch is no file"));

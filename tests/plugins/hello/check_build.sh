@@ -2,8 +2,8 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# check_build.sh SOURCE STAGE WORK: the steps of the guide, against a copy of the installed tree: a
-# folder of one's own, configured, built, installed, and found by the tool.
+# check_build.sh SOURCE STAGE WORK: follows the guide with a copy of the installed tree. Configures,
+# builds and installs the example from a folder of its own, and runs its command.
 set -euo pipefail
 
 source=$1 stage=$2 work=$3
@@ -34,7 +34,7 @@ if [[ $printed != "$expected" || -s errors ]]; then
   exit 1
 fi
 
-# Nothing but the entry point is to be seen from outside: no name of one plug-in can meet another's.
+# Only the entry point is exported, so that names of plug-ins cannot clash.
 names=$(nm --dynamic --defined-only --extern-only installed/lib/norvane/vexil/hello.so |
   awk '$2 != "W" && $2 != "V" && $2 != "u" { print $3 }')
 if [[ $names != AutoCli_RegisterNamespaces ]]; then

@@ -12,7 +12,7 @@
 #include "plugins/host/support/HostCall.h"
 #include "support/Golden.h"
 
-// What each area declares, as one text: the contract with scripts that use its commands.
+// What the commands of each area declare. Scripts depend on it.
 namespace Kestrel::Testing {
 namespace {
 
@@ -38,7 +38,7 @@ std::string Describe(const ParameterSpec& parameter) {
   return text + "\n";
 }
 
-// The type of a value, and below it the fields of the structures that it contains.
+// The type of a value, followed by the fields of its structures.
 std::string Describe(const std::shared_ptr<MetaObject>& value, const std::string& indent) {
   if (const auto list = std::dynamic_pointer_cast<MetaList>(value)) {
     const auto structure = list->GetListStructure();
@@ -75,7 +75,7 @@ std::string DescribeBelow(const std::shared_ptr<NamespaceNode>& node) {
   std::string text;
   for (const auto& child : node->GetNamespaceNodes()) {
     if (child->GetPathString(' ') == "system file") {
-      continue;  // depends on a library that a build may do without
+      continue;  // missing in a build without nettle
     }
     const auto command = std::dynamic_pointer_cast<Command>(child);
     text +=

@@ -21,7 +21,7 @@ using ::testing::Le;
 
 class HostHelpTest : public ::testing::TestWithParam<const char*> {
  protected:
-  // The command's path, which has spaces between its words, with another separator.
+  // Replaces the spaces between the words of a path.
   static std::string Path(const char* path, const char* separator) {
     std::string joined;
     for (const std::string& word : WordsIn(path)) {
@@ -44,7 +44,7 @@ TEST_P(HostHelpTest, IsAPage) {
   EXPECT_EQ(result.status, 0);
 }
 
-// An example is printed on one line, whatever its length.
+// Examples are not wrapped.
 TEST_P(HostHelpTest, FitsTheScreenUpToItsExamples) {
   std::string page = Help().out;
   ASSERT_NE(page.find("Examples: "), std::string::npos);

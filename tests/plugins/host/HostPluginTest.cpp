@@ -16,7 +16,7 @@
 #include "plugins/host/support/HostCall.h"
 #include "support/StreamCapture.h"
 
-// What holds for every command of the plug-in, whatever its area.
+// Properties of every command of the plug-in.
 namespace Kestrel::Testing {
 namespace {
 
@@ -45,7 +45,7 @@ const std::set<std::string> kCommonParameters = {"sort", "descending", "limit", 
 
 const std::vector<std::string> kAreas = {"system", "storage", "network", "log", "package"};
 
-// The plug-in's nodes below the root, by the path with blanks.
+// Maps the paths of all nodes of the plug-in, with spaces between their words, to the nodes.
 std::map<std::string, std::shared_ptr<NamespaceNode>> GetNodes() {
   std::map<std::string, std::shared_ptr<NamespaceNode>> nodes;
   const auto root = GetDispatcher().GetRootNamespace();
@@ -68,7 +68,7 @@ std::map<std::string, std::shared_ptr<Command>> GetCommands() {
   return commands;
 }
 
-// The structures that a declared result is made of, by type name.
+// The structures in a declared result, by type name.
 void CollectShapes(const std::shared_ptr<MetaObject>& object,
                    std::map<std::string, std::shared_ptr<MetaStruct>>& shapes) {
   if (const auto structure = std::dynamic_pointer_cast<MetaStruct>(object)) {
@@ -93,7 +93,8 @@ std::shared_ptr<MetaStruct> GetRow(Command& command) {
   return list == nullptr ? nullptr : list->GetListStructure();
 }
 
-// The type name in a key like "fields:Type" or "units:Type.Field", and the field, empty for none.
+// The type name and the field, which may be empty, of a key such as "fields:Type" or
+// "units:Type.Field".
 std::pair<std::string, std::string> SplitKey(const std::string& key) {
   const std::string qualifier = key.substr(key.find(':') + 1);
   const std::size_t point = qualifier.find('.');
@@ -101,12 +102,13 @@ std::pair<std::string, std::string> SplitKey(const std::string& key) {
           point == std::string::npos ? "" : qualifier.substr(point + 1)};
 }
 
-// What makes a command that needs no parameter answer on any host, one without a journal too.
+// Parameters with which a command without required ones succeeds on any host, even without a
+// journal.
 Parameters ParametersFor(const std::string& path) {
   return path == "log list" ? Parameters{{"file", "/etc/passwd"}} : Parameters();
 }
 
-// Whether the host shows what the command lists to this user.
+// Whether this user may read what the command lists.
 bool CanAnswer(const std::string& path) {
   const auto mayReadKernelLog = [] {
     const int log = ::open("/dev/kmsg", O_RDONLY | O_CLOEXEC);
@@ -238,7 +240,7 @@ TEST(HostPluginTest, EveryCommandThatNeedsNoParameterAnswersInItsDeclaredShape) 
   EXPECT_GE(called, 11u);
 }
 
-TEST(HostPluginTest, ACommandWithoutInputSaysSo) {
+TEST(HostPluginTest, ReportsAMissingInput) {
   const auto output = CallSpec::Output::New();
   GetCommands().at("system uptime get")->Execute(nullptr, output);
   EXPECT_THAT(output->GetErrors(),

@@ -8,7 +8,7 @@
 
 #include "plugins/support/CommandCall.h"
 
-// Values that the constraint of a parameter refuses, so that the command does not run.
+// Values that a constraint rejects, so that the command does not run.
 namespace Kestrel::Testing {
 namespace {
 

@@ -6,7 +6,7 @@
 
 #include "plugins/support/CommandCall.h"
 
-// Values that a constraint of a shipped descriptor refuses: no script is started.
+// Values that a constraint of a shipped descriptor rejects, so that no script runs.
 namespace Kestrel::Testing {
 namespace {
 
@@ -38,7 +38,7 @@ std::string OneOf(const std::string& parameter, const std::string& rest) {
 
 class DescriptorRefusalTest : public ::testing::TestWithParam<Refusal> {};
 
-TEST_P(DescriptorRefusalTest, IsTold) {
+TEST_P(DescriptorRefusalTest, IsReported) {
   EXPECT_THAT(CallErrors(GetParam().command, GetParam().parameters),
               ElementsAre(GetParam().message));
 }

@@ -8,7 +8,7 @@
 #include "support/VexilRun.h"
 #include "support/Witness.h"
 
-// The shipped descriptors in the real tool: what a person sees.
+// The shipped descriptors in the real tool, as a person sees them.
 namespace Kestrel::Testing {
 namespace {
 
@@ -22,10 +22,10 @@ VexilRun DescriptorRun(const std::string& name, std::vector<std::string> argumen
 TEST(DescriptorToolTest, LoadsEachDescriptorOfTheFolder) {
   const VexilResult result = VexilRun({"--plugin-dir", KESTREL_DESCRIPTOR_DIR}).Run();
   for (const char* const line :
-       {"\naddress  The names and numbers of machines in a network.\n",
-        "\ncrontab  What runs at set times.\n", "\ndisk     How the space on disks is used.\n",
-        "\nfile     Files and what is in them.\n", "\nservice  The services of this machine.\n",
-        "\ntext     Work on text that is given on the command line.\n"}) {
+       {"\naddress  The names and addresses of machines.\n",
+        "\ncrontab  Commands that run on a schedule.\n", "\ndisk     The usage of disk space.\n",
+        "\nfile     Files and archives.\n", "\nservice  The services of this machine.\n",
+        "\ntext     Operations on text from the command line.\n"}) {
     EXPECT_THAT(result.out, HasSubstr(line));
   }
   EXPECT_EQ(result.err, "");
@@ -38,11 +38,11 @@ TEST(DescriptorToolTest, HelpsWithACommandOnANarrowScreen) {
   EXPECT_EQ(result.out,
             "Usage: vexil disk usage list <options>\n"
             "\n"
-            "Description: List how much space the folders in a folder take, the largest first.\n"
+            "Description: List how much space the folders in a folder use, the largest first.\n"
             "\n"
-            "  -a|--all         Show files too, not only folders.\n"
+            "  -a|--all         Also show files.\n"
             "  -n|--depth       How many levels of folders to show; integer in the range \n"
-            "                   0-20. Without it, one.\n"
+            "                   0-20; the default is 1.\n"
             "  -d|--directory   The folder to look into; a string matching the regular \n"
             "                   expression /[^']*. (required)\n"
             "  -h|--help        Show the help message.\n");

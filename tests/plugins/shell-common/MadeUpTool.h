@@ -13,7 +13,7 @@
 
 namespace Kestrel::Testing {
 
-/// A tool that stands in front of those of the host, for as long as it lives.
+/// A script that replaces a tool of the host during the lifetime of this object.
 class MadeUpTool {
  public:
   MadeUpTool(const std::string& name, const std::string& script)

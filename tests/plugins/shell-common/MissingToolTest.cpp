@@ -11,7 +11,7 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// What a script says when something that it needs is not there.
+// The error of a script that lacks a tool.
 namespace Kestrel::Testing {
 namespace {
 
@@ -30,7 +30,7 @@ void PrintTo(const MissingTool& missing, std::ostream* out) {
 
 class MissingToolTest : public ::testing::TestWithParam<MissingTool> {
  protected:
-  /// A folder with every tool of the scripts but one.
+  /// Fills a folder with links to every tool of the scripts except one.
   MissingToolTest() {
     for (const char* const name :
          {"awk",    "cat",       "du",   "getent",    "grep", "head",    "journalctl",
@@ -58,7 +58,7 @@ TEST_P(MissingToolTest, IsNamed) {
 INSTANTIATE_TEST_SUITE_P(
     Tools, MissingToolTest,
     ::testing::Values(
-        // What every script needs.
+        // Tools of every script.
         MissingTool{"awk", "mawk", "text count", {{"line", "x"}}},
         MissingTool{"cat", "coreutils", "text count", {{"line", "x"}}},
         MissingTool{"head", "coreutils", "text count", {{"line", "x"}}},
@@ -68,7 +68,7 @@ INSTANTIATE_TEST_SUITE_P(
         MissingTool{"rm", "coreutils", "text count", {{"line", "x"}}},
         MissingTool{"sed", "sed", "text count", {{"line", "x"}}},
         MissingTool{"sort", "coreutils", "text count", {{"line", "x"}}},
-        // What one of them needs.
+        // Tools of a single script.
         MissingTool{"du", "coreutils", "disk usage list", {{"directory", "/"}}},
         MissingTool{"getent", "libc-bin", "address resolve", {{"name", "localhost"}}},
         MissingTool{"getent", "libc-bin", "address ports", {{"number", "22"}}},
@@ -88,7 +88,7 @@ INSTANTIATE_TEST_SUITE_P(
       return name;
     });
 
-TEST(ScriptFaultTest, TellsThatThereIsNoRoomForItsWork) {
+TEST(ScriptFaultTest, ReportsThatThereIsNoTemporaryFolder) {
   const ScopedEnvironment folder("TMPDIR", "/nosuch");
   EXPECT_THAT(CallErrors("text count", {{"line", "x"}}),
               ElementsAre("No temporary folder can be made in /nosuch"));
@@ -99,12 +99,12 @@ TEST(ScriptFaultTest, LeavesNothingBehind) {
   const ScopedEnvironment folder("TMPDIR", work.GetPath());
   Call("text count", {{"line", "x"}});
   CallErrors("file members", {{"archive", "/nosuch"}});
-  // A reader that goes away early.
+  // A reader that closes the pipe early.
   Witness("'" + ScriptPath("list-services.sh") + "' </dev/null 2>&1 | head -c 1");
   EXPECT_EQ(Witness("ls -A '" + work.GetPath() + "'"), "");
 }
 
-TEST(ScriptFaultTest, TellsOfWhatNobodyForesaw) {
+TEST(ScriptFaultTest, ReportsAnUnexpectedFailure) {
   const ScopedTempDir tools;
   Witness("cd '" + tools.GetPath() + "' && printf '#!/bin/sh\\nexit 1\\n' >awk && chmod +x awk");
   const ScopedEnvironment path("PATH", tools.GetPath() + ":/usr/bin:/bin");

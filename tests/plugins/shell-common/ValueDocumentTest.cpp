@@ -10,7 +10,7 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// The program that makes value documents of data: what the library reads back is what came in.
+// The program that converts data to value documents: the library must read the same data back.
 namespace Kestrel::Testing {
 namespace {
 
@@ -18,7 +18,7 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-/// What the library reads of the document that is made of `data`.
+/// The value that the library reads from the document made of `data`.
 std::shared_ptr<MetaObj::MetaObject> ReadBack(const std::string& form, const std::string& data) {
   const ScopedTempDir folder;
   const std::string path = folder.Write("data", data);
@@ -66,11 +66,11 @@ INSTANTIATE_TEST_SUITE_P(
         Same("Comment", "<!-- x -->"), Same("Instruction", "<?xml version=\"1.0\"?>"),
         Same("CarriageReturns", "a\rb\r\nc"), Same("Tabs", "a\tb"),
         Same("PrintableAscii", AllBytes(0x20, 0x7f)),
-        // UTF-8, at the edges of its lengths.
+        // UTF-8: first and last characters of each length.
         Same("TwoBytes", "\xC2\x80\xDF\xBF"), Same("ThreeBytes", "\xE0\xA0\x80\xEF\xBF\xBD"),
         Same("BesideSurrogates", "\xED\x9F\xBF\xEE\x80\x80"),
         Same("FourBytes", "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"),
-        // What no document may hold.
+        // Bytes that are not allowed in a document.
         TextCase{"Nul", std::string("a\0b", 3), "a\\x00b"},
         TextCase{"ControlCharacters", "\x01\x08\x0B\x0C\x0E\x1F", "\\x01\\x08\\x0b\\x0c\\x0e\\x1f"},
         TextCase{"NoCharacter", "\xEF\xBF\xBE\xEF\xBF\xBF", "\\xef\\xbf\\xbe\\xef\\xbf\\xbf"},
@@ -93,7 +93,7 @@ TEST(ValueDocumentTest, ReadsBackALongText) {
 TEST(ValueDocumentTest, RefusesATextThatNoReaderTakes) {
   EXPECT_EQ(Witness("head -c 10000001 /dev/zero | tr '\\0' a | perl '" +
                     ScriptPath("value-document") + "' string 2>&1 >/dev/null || :"),
-            "A text is longer than 10000000 bytes\n");
+            "A string is longer than 10000000 bytes\n");
 }
 
 TEST(ValueDocumentTest, ReadsBackTheLongestText) {
@@ -163,10 +163,10 @@ TEST(ValueDocumentTest, PutsOuterFieldsAroundInnerOnes) {
                 ->ToString());
 }
 
-TEST(ValueDocumentTest, FailsWithoutARecord) {
+TEST(ValueDocumentTest, FailsWithoutARow) {
   EXPECT_EQ(Witness("perl '" + ScriptPath("value-document") +
                     "' structure R A:string </dev/null 2>&1 >/dev/null || :"),
-            "There is no record to show\n");
+            "There is no row to show\n");
 }
 
 TEST(ValueDocumentTest, ExplainsItself) {

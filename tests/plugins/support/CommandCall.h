@@ -16,39 +16,39 @@
 #include "kestrel/metaobj/MetaObject.h"
 #include "kestrel/metaobj/MetaStruct.h"
 
-// Calls of commands in a dispatcher of the test program itself.
+// Calls commands in a dispatcher of the test program.
 namespace Kestrel::Testing {
 
 using Parameters = std::vector<std::pair<std::string, std::string>>;
 
-/// The fields of a structure with their values as text.
+/// The fields of a structure, as text.
 using Row = std::map<std::string, std::string>;
 
 /// The dispatcher with the plug-ins under test. Each test program defines it.
 AutoCli::Dispatcher& GetDispatcher();
 
-/// What one call returned.
+/// The result of a call.
 struct CommandResult {
   std::shared_ptr<AutoCli::CommandInput> input;
   std::shared_ptr<AutoCli::CommandOutput> output;
 
   const std::vector<std::string>& GetErrors() const { return output->GetErrors(); }
   std::shared_ptr<MetaObj::MetaObject> GetValue() const { return output->GetRootObject(); }
-  /// Null when the value is no structure.
+  /// Null if the value is not a structure.
   std::shared_ptr<MetaObj::MetaStruct> GetStruct() const;
-  /// Null when the value is no list.
+  /// Null if the value is not a list.
   std::shared_ptr<MetaObj::MetaList> GetList() const;
-  /// The structures in a list; fails the test when the value is no list.
+  /// The structures in the list. Fails the test if the value is not a list.
   std::vector<std::shared_ptr<MetaObj::MetaStruct>> GetStructs() const;
 };
 
 /// Calls a command; `path` has spaces between its words.
 CommandResult Call(const std::string& path, const Parameters& parameters = {});
 
-/// The messages of a call that must not return a value.
+/// Returns the errors of a call. Fails the test if there is a value.
 std::vector<std::string> CallErrors(const std::string& path, const Parameters& parameters = {});
 
-// Each of the following fails the test when the call reports an error.
+// Each of the following fails the test if the call reports an error.
 
 /// The value as text.
 std::string CallText(const std::string& path, const Parameters& parameters = {});
@@ -62,7 +62,7 @@ std::vector<std::string> CallColumn(const std::string& path, const std::string& 
 
 Row ToRow(const MetaObj::MetaStruct& structure);
 
-/// The structures in a list; fails the test when `value` is no list of structures.
+/// The structures in a list. Fails the test if `value` is not a list of structures.
 std::vector<Row> ToRows(const std::shared_ptr<MetaObj::MetaObject>& value);
 
 }  // namespace Kestrel::Testing

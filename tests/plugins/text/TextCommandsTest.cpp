@@ -15,7 +15,7 @@ namespace {
 using ::testing::ElementsAre;
 
 TEST(TextCommandsTest, CountsText) {
-  // Nothing is escaped on the way through the standard input.
+  // Values in the standard input are not escaped.
   const std::string line = "a  $(b) 'c' \"d\" \\ \xC3\xA4 }";
   EXPECT_EQ(CallStruct("text count", {{"line", line}, {"line", "e"}}),
             Row({{"Lines", "2"}, {"Words", "8"}, {"Bytes", std::to_string(line.size() + 3)}}));

@@ -15,12 +15,12 @@
 
 namespace {
 
-// How many reads of this program still succeed; negative for all of them.
+// The number of reads until one fails; negative if none fails.
 int readsUntilFailure = -1;
 
 }  // namespace
 
-// Takes the place of the C library's function, so that a read can fail in the middle of a file.
+// Replaces the function of the C library, so that a read can fail in the middle of a file.
 extern "C" ssize_t read(int file, void* buffer, size_t size) {
   if (readsUntilFailure == 0) {
     errno = EIO;
@@ -50,7 +50,7 @@ TEST(HostFileTest, ReadsAFileOfAnySizeToItsEnd) {
   }
 }
 
-TEST(HostFileTest, ReadsNothingFromWhatIsNoFile) {
+TEST(HostFileTest, ReturnsNothingForAMissingFileAndAFolder) {
   const ScopedTempDir folder;
   EXPECT_EQ(ReadFile(folder.GetPath("absent")), std::nullopt);
   EXPECT_EQ(errno, ENOENT);
@@ -58,7 +58,7 @@ TEST(HostFileTest, ReadsNothingFromWhatIsNoFile) {
   EXPECT_EQ(errno, EISDIR);
 }
 
-TEST(HostFileTest, APartOfAFileIsNotTheFile) {
+TEST(HostFileTest, ReturnsNothingForAFileThatCannotBeReadToItsEnd) {
   const ScopedTempDir folder;
   const std::string path = folder.Write("file", std::string(10'000, 'x'));
   ASSERT_THAT(ReadFile(path), Optional(SizeIs(10'000)));
@@ -72,7 +72,7 @@ TEST(HostFileTest, APartOfAFileIsNotTheFile) {
   }
 }
 
-TEST(HostFileTest, SaysWhyANeededFileCannotBeRead) {
+TEST(HostFileTest, ReportsWhyARequiredFileCannotBeRead) {
   EXPECT_THAT(
       [] { ReadRequiredFile("/nowhere/at all"); },
       ThrowsMessage<KestrelException>("Unable to read /nowhere/at all: No such file or directory"));

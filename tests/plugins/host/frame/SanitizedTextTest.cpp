@@ -72,11 +72,11 @@ TEST(SanitizedTextTest, EscapesEveryControlCharacterAndNoOtherAsciiByte) {
   }
 }
 
-TEST(SanitizedTextTest, KeepsLinesAndTabsWhereATextHasThem) {
+TEST(SanitizedTextTest, KeepsLineFeedsAndTabs) {
   EXPECT_EQ(SanitizedLines("a\tb\nc\r\x1b")->GetValue(), "a\tb\nc\\x0d\\x1b");
 }
 
-TEST(SanitizedTextTest, MakesAListOfTexts) {
+TEST(SanitizedTextTest, SanitizesAListOfStrings) {
   const auto list = SanitizedList({"a", "", "b\n"});
   EXPECT_EQ(list->GetListType(), MetaObj::MetaType::String);
   ASSERT_EQ(list->GetCount(), 3u);

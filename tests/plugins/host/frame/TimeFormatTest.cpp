@@ -29,7 +29,7 @@ const TimestampCase kTimestamps[] = {
     {"WestOfGreenwich", "XYZ8", 1700000000, "2023-11-14 14:13:20"},
     {"LeapDay", "UTC0", 1709210096, "2024-02-29 12:34:56"},
     {"BeyondTheYear2038", "UTC0", 2147483648, "2038-01-19 03:14:08"},
-    // Clocks go forward at 02:00 on the last Sunday in March and back in October.
+    // Summer time starts on the last Sunday in March and ends on the last Sunday in October.
     {"BeforeSummerTime", "CET-1CEST,M3.5.0,M10.5.0/3", 1711846799, "2024-03-31 01:59:59"},
     {"SummerTime", "CET-1CEST,M3.5.0,M10.5.0/3", 1711846800, "2024-03-31 03:00:00"},
     {"FirstTwoOClock", "CET-1CEST,M3.5.0,M10.5.0/3", 1729987200, "2024-10-27 02:00:00"},

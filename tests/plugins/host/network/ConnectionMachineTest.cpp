@@ -10,7 +10,7 @@
 #include "plugins/host/support/HostCall.h"
 #include "plugins/host/support/MadeUpMachine.h"
 
-// The list of connections on a machine whose sockets are in the test.
+// The list of connections on a machine with made-up sockets.
 namespace Kestrel::Testing {
 namespace {
 

@@ -9,7 +9,7 @@
 
 namespace Kestrel::Testing {
 
-/// The bytes of a number or a structure, as they stand in memory.
+/// The bytes of a number or structure in memory.
 template <typename Value>
 std::string Bytes(const Value& value) {
   return std::string(reinterpret_cast<const char*>(&value), sizeof(value));
@@ -18,7 +18,7 @@ std::string Bytes(const Value& value) {
 /// A netlink attribute with that content, padded to its alignment.
 std::string Attribute(std::uint16_t type, std::string_view content);
 
-/// A netlink message with that content behind its header, padded to its alignment.
+/// A netlink message with that content, padded to its alignment.
 std::string Message(std::uint16_t type, std::string_view content);
 
 /// The bytes of an IPv4 or IPv6 address.

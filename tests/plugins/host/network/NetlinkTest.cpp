@@ -40,7 +40,7 @@ TEST(NetlinkAttributesTest, FindsAttributesByType) {
   EXPECT_EQ(attributes.Get(4), "");
 }
 
-TEST(NetlinkAttributesTest, ATextNeedsNoFinalNul) {
+TEST(NetlinkAttributesTest, AStringNeedsNoFinalNul) {
   const std::string bytes = Attribute(1, "name");
   EXPECT_EQ(NetlinkAttributes(bytes).GetText(1), "name");
 }
@@ -60,10 +60,10 @@ TEST(NetlinkAttributesTest, TheNestingMarkIsNoPartOfTheType) {
   EXPECT_EQ(NetlinkAttributes(NetlinkAttributes(bytes).Get(18)).GetText(1), "veth");
 }
 
-TEST(NetlinkAttributesTest, EveryShorterTextOfAttributesIsReadWithoutHarm) {
+TEST(NetlinkAttributesTest, IncompleteAttributesAreReadWithoutHarm) {
   const std::string bytes = Attribute(1, "abc") + Attribute(2, Attribute(3, "defgh"));
   for (std::size_t size = 0; size <= bytes.size(); ++size) {
-    // A copy of its own, so that a sanitizer sees a read behind its end.
+    // A copy, so that a sanitizer detects a read beyond its end.
     const std::string part(bytes, 0, size);
     const NetlinkAttributes attributes(part);
     EXPECT_EQ(attributes.Has(1), size >= 7) << size;
@@ -94,7 +94,7 @@ TEST(NetlinkMessageTest, VisitsEveryMessage) {
               ElementsAre(Pair(16u, "abcd"), Pair(17u, "x"), Pair(18u, "")));
 }
 
-TEST(NetlinkMessageTest, EveryShorterTextOfMessagesIsReadWithoutHarm) {
+TEST(NetlinkMessageTest, IncompleteMessagesAreReadWithoutHarm) {
   const std::string bytes = Message(16, "abcd") + Message(17, "x");
   for (std::size_t size = 0; size <= bytes.size(); ++size) {
     const std::string part(bytes, 0, size);
@@ -140,7 +140,7 @@ TEST(NetlinkTest, TheKernelNamesItsInterfaces) {
 }
 
 TEST(NetlinkTest, ARequestThatTheKernelDoesNotKnowIsAnError) {
-  // In a network of our own we have every right, so that the right is not what is missing.
+  // In a network namespace of our own, missing permissions cannot be the reason.
   const std::string refusal = Testing::RunInNamespaces(CLONE_NEWNET, [] {
     EXPECT_THAT([] { DumpNetlink(RTM_MAX | 3, "wishes"); },
                 ThrowsMessage<KestrelException>(

@@ -29,7 +29,7 @@
 #include "plugins/host/support/Rows.h"
 #include "support/Witness.h"
 
-// The commands below "network" but for connections, against what ip and /sys say.
+// The commands below "network" except for connections, compared with ip and /sys.
 namespace Kestrel::Testing {
 namespace {
 
@@ -43,7 +43,7 @@ using ::testing::UnorderedElementsAre;
 
 void Configure(const std::string& commands) { Witness("set -e; " + commands); }
 
-// A small network of our own: two interfaces wired to each other, one of them in a bridge.
+// A small network: two connected interfaces, one of them in a bridge.
 void MakeNetwork() {
   Configure(
       "ip link set lo up;"
@@ -93,7 +93,7 @@ void MakeNeighbors() {
       "ip neighbor add 2001:db8::77 lladdr 02:00:00:00:01:77 dev inside nud permanent router");
 }
 
-// Runs the body in a network of its own, or skips the test and says why.
+// Runs the body in a network namespace of its own, or skips the test with the reason.
 #define IN_OWN_NETWORK(body)                                                 \
   if (const std::string refusal = RunInOwnNetwork(body); !refusal.empty()) { \
     GTEST_SKIP() << refusal;                                                 \
@@ -120,7 +120,7 @@ std::string PrefixLength(bool isVersion6, const std::string& destination) {
 
 // ---- network interface list, get and network counter list
 
-// Flags that ip makes up, or leaves out, on its own.
+// Flags that only ip adds or omits.
 std::vector<std::string> CommonFlags(std::vector<std::string> flags) {
   for (const char* name : {"NO-CARRIER", "M-DOWN", "RUNNING"}) {
     flags.erase(std::remove(flags.begin(), flags.end(), name), flags.end());
@@ -169,7 +169,7 @@ std::vector<Row> InterfaceDetailRows() {
     const auto record =
         Call("network interface get", {{"interface", interface.at("Name")}}).GetStruct();
     if (record == nullptr) {
-      continue;  // it went away, and the witness will show it
+      continue;  // the interface no longer exists, so the next comparison will differ
     }
     Row row = ToRow(*record);
     for (const char* name : {"Received", "Transmitted", "Addresses"}) {
@@ -227,9 +227,9 @@ void ExpectInterfacesAsIpSays() {
   EXPECT_EQ(addresses.command, addresses.witness);
 }
 
-TEST(NetworkInterfaceTest, SaysWhatIpSays) { ExpectInterfacesAsIpSays(); }
+TEST(NetworkInterfaceTest, AgreesWithIp) { ExpectInterfacesAsIpSays(); }
 
-TEST(NetworkInterfaceTest, SaysWhatIpSaysOfANetworkOfOurOwn) {
+TEST(NetworkInterfaceTest, AgreesWithIpInItsOwnNetwork) {
   IN_OWN_NETWORK([] {
     MakeNetwork();
     MakeAddresses();
@@ -251,7 +251,7 @@ TEST(NetworkInterfaceTest, FiltersChooseAmongTheInterfaces) {
   IN_OWN_NETWORK([] {
     MakeNetwork();
     Configure("ip link set outside down");
-    // The kernel tells the other end of it a moment later.
+    // The kernel informs the other interface a moment later.
     Configure(
         "for i in $(seq 200); do ip link show inside | grep -q LOWERLAYERDOWN && exit 0; "
         "sleep 0.05; done; exit 1");
@@ -277,7 +277,7 @@ TEST(NetworkInterfaceTest, AnInterfaceThatDoesNotExistIsAnError) {
               ElementsAre("There is no network interface named 'no-such0'"));
 }
 
-TEST(NetworkInterfaceTest, RefusesNamesStatesAndTruthsThatCannotBe) {
+TEST(NetworkInterfaceTest, RejectsInvalidNamesStatesAndBooleans) {
   EXPECT_THAT(Call("network interface get").GetErrors(),
               ElementsAre("Missing required parameter --interface"));
   EXPECT_THAT(Call("network interface get", {{"interface", "a/b"}}).GetErrors(),
@@ -299,13 +299,13 @@ TEST(NetworkInterfaceTest, RefusesNamesStatesAndTruthsThatCannotBe) {
                           "false, True, False, yes, no, t, f, T, F]"));
 }
 
-// Field of a counter's record to where ip shows it.
+// Maps the field of a counter to its place in the output of ip.
 const std::map<std::string, std::string> kCounters = {
     {"RX Bytes", "rx.bytes"},     {"RX Packets", "rx.packets"}, {"RX Errors", "rx.errors"},
     {"RX Dropped", "rx.dropped"}, {"TX Bytes", "tx.bytes"},     {"TX Packets", "tx.packets"},
     {"TX Errors", "tx.errors"},   {"TX Dropped", "tx.dropped"}};
 
-// Sends it over the loopback interface to a port that nobody listens at.
+// Sends it over the loopback interface to a port without a listener.
 void SendDatagram(const std::string& text) {
   const int sender = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
   sockaddr_in place = {};
@@ -318,8 +318,8 @@ void SendDatagram(const std::string& text) {
   ::close(sender);
 }
 
-// Counters only grow, so what the command says lies between what ip says before and after.
-TEST(NetworkCounterListTest, LiesBetweenWhatIpSaysBeforeAndAfter) {
+// Counters only increase, so the values of the command are between those of ip before and after.
+TEST(NetworkCounterListTest, IsBetweenTheValuesOfIpBeforeAndAfter) {
   const auto before = IpLinks();
   const auto rows = CallRows("network counter list");
   const auto after = IpLinks();
@@ -335,7 +335,7 @@ TEST(NetworkCounterListTest, LiesBetweenWhatIpSaysBeforeAndAfter) {
   }
 }
 
-TEST(NetworkCounterListTest, LiesBetweenWhatTheKernelsFilesSayBeforeAndAfter) {
+TEST(NetworkCounterListTest, IsBetweenTheValuesInSysBeforeAndAfter) {
   const auto read = [](const std::string& interface, const char* name) {
     return std::stol(Witness("cat /sys/class/net/" + interface + "/statistics/" + name +
                              " 2>/dev/null || echo -1"));
@@ -343,7 +343,7 @@ TEST(NetworkCounterListTest, LiesBetweenWhatTheKernelsFilesSayBeforeAndAfter) {
   for (const auto& interface : CallColumn("network counter list", "Interface")) {
     const long before = read(interface, "rx_bytes");
     if (before < 0) {
-      continue;  // seen in this network, but not in the one that /sys was mounted in
+      continue;  // not in the network namespace in which /sys was mounted
     }
     const Row row = CallRows("network counter list", {{"interface", interface}}).at(0);
     EXPECT_GE(std::stol(row.at("RX Bytes")), before);
@@ -351,7 +351,7 @@ TEST(NetworkCounterListTest, LiesBetweenWhatTheKernelsFilesSayBeforeAndAfter) {
   }
 }
 
-TEST(NetworkCounterListTest, CountsWhatGoesThroughANetworkOfOurOwn) {
+TEST(NetworkCounterListTest, CountsTheTrafficOfItsOwnNetwork) {
   IN_OWN_NETWORK([] {
     Configure("ip link set lo up");
     const auto active = [] {
@@ -362,7 +362,7 @@ TEST(NetworkCounterListTest, CountsWhatGoesThroughANetworkOfOurOwn) {
     SendDatagram("hello\n");
     EXPECT_THAT(active(), ElementsAre("lo"));
     const Row row = CallRows("network counter list", {{"i", "lo"}, {"a", ""}}).at(0);
-    // A datagram with six bytes, and the message that nobody took it.
+    // A datagram with six bytes, and the message that its port is unreachable.
     EXPECT_EQ(row.at("TX Packets"), "2");
     EXPECT_EQ(row.at("RX Packets"), "2");
     EXPECT_EQ(row.at("TX Bytes"), StatisticOf(IpLinks().at(0), "tx.bytes"));
@@ -377,7 +377,7 @@ TEST(NetworkCounterListTest, CountsWhatGoesThroughANetworkOfOurOwn) {
 
 // ---- network address list
 
-// What ip writes as a member of its own for each flag.
+// Flags that ip writes as separate members.
 const std::vector<std::string> kAddressFlags = {
     "deprecated", "dadfailed", "dynamic",      "home",      "mngtmpaddr",
     "nodad",      "autojoin",  "optimistic",   "secondary", "stable-privacy",
@@ -432,9 +432,9 @@ void ExpectAddressesAsIpSays() {
   EXPECT_EQ(agreement.command, agreement.witness);
 }
 
-TEST(NetworkAddressListTest, SaysWhatIpSays) { ExpectAddressesAsIpSays(); }
+TEST(NetworkAddressListTest, AgreesWithIp) { ExpectAddressesAsIpSays(); }
 
-TEST(NetworkAddressListTest, SaysWhatIpSaysOfANetworkOfOurOwn) {
+TEST(NetworkAddressListTest, AgreesWithIpInItsOwnNetwork) {
   IN_OWN_NETWORK([] {
     MakeNetwork();
     MakeAddresses();
@@ -446,7 +446,7 @@ TEST(NetworkAddressListTest, SaysWhatIpSaysOfANetworkOfOurOwn) {
   });
 }
 
-TEST(NetworkAddressListTest, AnInterfaceShowsItsAddressesAsRecords) {
+TEST(NetworkAddressListTest, AnInterfaceShowsItsAddressesAsStructures) {
   IN_OWN_NETWORK([] {
     MakeNetwork();
     MakeAddresses();
@@ -488,7 +488,7 @@ TEST(NetworkAddressListTest, FiltersChooseAmongTheAddresses) {
   });
 }
 
-TEST(NetworkAddressListTest, RefusesFamiliesScopesAndLengthsThatCannotBe) {
+TEST(NetworkAddressListTest, RejectsInvalidFamiliesScopesAndLengths) {
   EXPECT_THAT(Call("network address list", {{"family", "5"}}).GetErrors(),
               ElementsAre("Invalid data constraint for parameter 'family'. Expected a single value "
                           "from the set [4, 6]"));
@@ -602,9 +602,9 @@ void ExpectRoutesAsIpSays() {
   EXPECT_EQ(agreement.command, agreement.witness);
 }
 
-TEST(NetworkRouteListTest, SaysWhatIpSays) { ExpectRoutesAsIpSays(); }
+TEST(NetworkRouteListTest, AgreesWithIp) { ExpectRoutesAsIpSays(); }
 
-TEST(NetworkRouteListTest, SaysWhatIpSaysOfANetworkOfOurOwn) {
+TEST(NetworkRouteListTest, AgreesWithIpInItsOwnNetwork) {
   IN_OWN_NETWORK([] {
     MakeNetwork();
     MakeAddresses();
@@ -637,7 +637,7 @@ TEST(NetworkRouteListTest, FiltersChooseAmongTheRoutes) {
            [](const Row& row) { return row.at("Table") == "1000" || row.at("Table") == "254"; });
     expect({{"family", "6"}},
            [isMain](const Row& row) { return isMain(row) && row.at("Family") == "6"; });
-    // A route with several ways is found by each of its interfaces.
+    // A route with several next hops matches each of their interfaces.
     expect({{"interface", "bridge0"}}, [isMain](const Row& row) {
       return isMain(row) && row.at("Next Hops").find(" bridge0 ") != std::string::npos;
     });
@@ -645,7 +645,7 @@ TEST(NetworkRouteListTest, FiltersChooseAmongTheRoutes) {
   });
 }
 
-TEST(NetworkRouteListTest, RefusesTablesThatCannotBe) {
+TEST(NetworkRouteListTest, RejectsInvalidTables) {
   EXPECT_THAT(Call("network route list", {{"table", "0"}, {"table", "main"}}).GetErrors(),
               ElementsAre("Invalid data constraint for parameter 'table'. Expected integer in the "
                           "range 1-4294967295",
@@ -689,9 +689,9 @@ void ExpectNeighborsAsIpSays() {
   EXPECT_EQ(some.command, some.witness);
 }
 
-TEST(NetworkNeighborListTest, SaysWhatIpSays) { ExpectNeighborsAsIpSays(); }
+TEST(NetworkNeighborListTest, AgreesWithIp) { ExpectNeighborsAsIpSays(); }
 
-TEST(NetworkNeighborListTest, SaysWhatIpSaysOfANetworkOfOurOwn) {
+TEST(NetworkNeighborListTest, AgreesWithIpInItsOwnNetwork) {
   IN_OWN_NETWORK([] {
     MakeNetwork();
     MakeAddresses();
@@ -719,7 +719,7 @@ TEST(NetworkNeighborListTest, FiltersChooseAmongTheNeighbors) {
   });
 }
 
-TEST(NetworkNeighborListTest, RefusesStatesThatCannotBe) {
+TEST(NetworkNeighborListTest, RejectsInvalidStates) {
   EXPECT_THAT(Call("network neighbor list", {{"state", "REACHABLE"}}).GetErrors(),
               ElementsAre("Invalid data constraint for parameter 'state'. Expected a single value "
                           "from the set [none, incomplete, reachable, stale, delay, probe, failed, "
@@ -728,7 +728,8 @@ TEST(NetworkNeighborListTest, RefusesStatesThatCannotBe) {
 
 // ---- where the kernel does not answer
 
-// Makes a system call with that first argument (any for -1) give this error, or for 0 do nothing.
+// Makes a system call with that first argument (-1 for any) fail with an error, or do nothing if
+// the error is 0.
 void Forbid(long call, long argument, unsigned error) {
   const std::array<sock_filter, 7> program = {{
       BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
@@ -763,7 +764,7 @@ TEST(NetworkRefusalTest, WithoutTheRightToAskThereIsAMessage) {
   EXPECT_EQ(refusal, "");
 }
 
-TEST(NetworkRefusalTest, AKernelThatKeepsSilentIsGivenUp) {
+TEST(NetworkRefusalTest, AKernelThatDoesNotRespondIsReported) {
   const std::string refusal = RunInNamespaces(0, [] {
     Forbid(SYS_sendto, -1, 0);
     EXPECT_THAT([] { Host::DumpNetlink(RTM_GETLINK, "wishes", std::chrono::milliseconds(100)); },

@@ -21,7 +21,7 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// `network connection list` against ss and against sockets of our own.
+// `network connection list`, compared with ss and with sockets of the test.
 namespace Kestrel::Testing {
 namespace {
 
@@ -162,7 +162,7 @@ TEST(NetworkConnectionListTest, ListsBothEndsOfAConnection) {
 
 // ---- against ss
 
-// ss names the states by short words of its own.
+// Maps the names of states in ss to ours.
 std::string StateName(const std::string& protocol, const std::string& word) {
   const std::map<std::string, std::string> names = {
       {"ESTAB", protocol == "unix" ? "connected" : "established"},
@@ -185,13 +185,13 @@ std::string Attribute(const std::vector<std::string>& words, const std::string& 
   return "0";
 }
 
-// The rows of ss -H -n -t -u -a -e; a listening socket's queues mean something else there.
+// The rows of ss -H -n -t -u -a -e. The queues of listening sockets have another meaning there.
 std::vector<Row> SsInternetRows() {
   std::vector<Row> rows;
   for (const std::string& line : WitnessLines("ss -H -O -n -t -u -a -e")) {
     const std::vector<std::string> words = WordsIn(line);
     const bool isListening = words.at(1) == "LISTEN";
-    // Any address of both families is a plain star there.
+    // ss writes "*" for any address of both families.
     const auto end = [](const std::string& text) {
       return text.rfind("*:", 0) == 0 ? "[::]" + text.substr(1) : text;
     };
@@ -222,7 +222,7 @@ std::vector<Row> ListedInternetRows() {
   return rows;
 }
 
-TEST(NetworkConnectionListTest, SaysWhatSsSaysOfInternetSockets) {
+TEST(NetworkConnectionListTest, AgreesWithSsAboutInternetSockets) {
   const std::string refusal = RunInNamespaces(CLONE_NEWNET, [] {
     Witness("ip link set lo up");
     Socket four(AF_INET, SOCK_STREAM);
@@ -260,7 +260,7 @@ TEST(NetworkConnectionListTest, SaysWhatSsSaysOfInternetSockets) {
   }
 }
 
-TEST(NetworkConnectionListTest, ListsSocketsOfThisMachinesOwn) {
+TEST(NetworkConnectionListTest, ListsUnixSockets) {
   const ScopedTempDir folder;
   const Parameters parameters = {{"protocol", "unix"}, {"processes", ""}};
   Socket stream(AF_UNIX, SOCK_STREAM);
@@ -312,7 +312,7 @@ std::vector<Row> SsLocalRows() {
   return rows;
 }
 
-TEST(NetworkConnectionListTest, SaysWhatSsSaysOfSocketsOfThisMachinesOwn) {
+TEST(NetworkConnectionListTest, AgreesWithSsAboutUnixSockets) {
   const std::string refusal = RunInNamespaces(CLONE_NEWNET, [] {
     const ScopedTempDir folder;
     Socket stream(AF_UNIX, SOCK_STREAM);
@@ -377,7 +377,7 @@ TEST(NetworkConnectionListTest, FiltersChooseAmongTheSockets) {
 
 TEST(NetworkConnectionListTest, WithoutTheKernelsTablesThereIsAMessage) {
   const std::string refusal = RunInNamespaces(CLONE_NEWNS, [] {
-    Call(kCommand);  // loads the plug-in while /proc is there
+    Call(kCommand);  // loads the plug-in while /proc is mounted
     ASSERT_EQ(::mount("none", "/proc", "tmpfs", 0, nullptr), 0);
     EXPECT_THAT(Call(kCommand).GetErrors(), ElementsAre("Unable to read any table "
                                                         "of connections in /proc/net"));
@@ -387,7 +387,7 @@ TEST(NetworkConnectionListTest, WithoutTheKernelsTablesThereIsAMessage) {
   }
 }
 
-TEST(NetworkConnectionListTest, RefusesPortsProtocolsAndStatesThatCannotBe) {
+TEST(NetworkConnectionListTest, RejectsInvalidPortsProtocolsAndStates) {
   EXPECT_THAT(Call(kCommand, {{"port", "0"}, {"port", "65536"}}).GetErrors(),
               ElementsAre("Invalid data constraint for parameter 'port'. Expected integer in the "
                           "range 1-65535",

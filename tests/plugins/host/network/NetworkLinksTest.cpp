@@ -84,7 +84,7 @@ TEST(NetworkLinksTest, ReadsEveryAttribute) {
   EXPECT_EQ(link.transmitted.dropped, 8);
 }
 
-TEST(NetworkLinksTest, WhatIsNotToldIsEmpty) {
+TEST(NetworkLinksTest, MissingAttributesAreEmpty) {
   const NetworkLink link = OnlyLink(LinkMessage(ARPHRD_LOOPBACK, 1, ""));
   EXPECT_EQ(link.name, "");
   EXPECT_EQ(link.type, "loopback");
@@ -95,7 +95,7 @@ TEST(NetworkLinksTest, WhatIsNotToldIsEmpty) {
   EXPECT_EQ(link.received.bytes, 0);
 }
 
-TEST(NetworkLinksTest, ACounterBeyondTheSignedRangeStandsAtItsEnd) {
+TEST(NetworkLinksTest, ACounterBeyondALongBecomesTheLargestLong) {
   rtnl_link_stats64 counters = {};
   counters.rx_bytes = std::numeric_limits<std::uint64_t>::max();
   const NetworkLink link =
@@ -140,7 +140,7 @@ TEST(NetworkLinksTest, AStateOfALaterKernelIsANumber) {
   EXPECT_EQ(OnlyLink(LinkMessage(ARPHRD_ETHER, 1, attribute)).state, "99");
 }
 
-TEST(NetworkLinksTest, OtherMessagesAndShortOnesAreLeftOut) {
+TEST(NetworkLinksTest, OtherAndShortMessagesAreSkipped) {
   EXPECT_THAT(ParseLinks(Message(RTM_NEWADDR, std::string(64, '\0')) +
                          Message(RTM_NEWLINK, std::string(8, '\0'))),
               IsEmpty());
@@ -220,7 +220,7 @@ TEST(NetworkAddressesTest, AnAddressWithoutLocalPartHasNoPeer) {
   EXPECT_THAT(address.flags, ElementsAre("temporary"));
 }
 
-TEST(NetworkAddressesTest, OtherFamiliesAndShortMessagesAreLeftOut) {
+TEST(NetworkAddressesTest, OtherFamiliesAndShortMessagesAreSkipped) {
   EXPECT_THAT(
       ParseAddresses(AddressMessage(AF_UNIX, 0, "") + Message(RTM_NEWADDR, std::string(4, '\0')) +
                      Message(RTM_NEWLINK, std::string(64, '\0'))),

@@ -18,7 +18,7 @@
 #include "plugins/host/network/NetworkLinks.h"
 #include "plugins/host/network/NetworkRoutes.h"
 
-// The names of the kernel's numbers: every entry of every table, and the numbers beside them.
+// Every entry of the tables of names, and some numbers that they lack.
 namespace Kestrel::Host {
 namespace {
 
@@ -133,7 +133,7 @@ TEST_P(LinkFlagTest, IsNamed) {
   EXPECT_THAT(LinkFlagNames(1u << GetParam().number), ElementsAre(GetParam().name));
 }
 
-// By the number of the bit.
+// The number of the bit.
 const Named kLinkFlags[] = {
     {0, "UP"},         {1, "BROADCAST"}, {2, "DEBUG"},      {3, "LOOPBACK"}, {4, "POINTOPOINT"},
     {5, "NOTRAILERS"}, {6, "RUNNING"},   {7, "NOARP"},      {8, "PROMISC"},  {9, "ALLMULTI"},
@@ -206,7 +206,7 @@ const Named kNeighborStates[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Numbers, NeighborStateTest, ::testing::ValuesIn(kNeighborStates), NameOf);
 
-// Whatever the bytes of an answer are, it is read without harm.
+// An incomplete answer is read without harm.
 class CutAnswerTest : public ::testing::TestWithParam<unsigned short> {};
 
 TEST_P(CutAnswerTest, IsReadAsFarAsItGoes) {
@@ -218,7 +218,8 @@ TEST_P(CutAnswerTest, IsReadAsFarAsItGoes) {
   fixed.ifa_family = AF_INET;
   const std::string whole = Message(GetParam(), Bytes(fixed) + attributes);
   for (std::size_t size = 0; size <= whole.size(); ++size) {
-    const std::string part(whole, 0, size);  // its own memory, so that a sanitizer sees its end
+    const std::string part(whole, 0,
+                           size);  // a copy, so that a sanitizer detects a read beyond its end
     const std::size_t found = ParseLinks(part).size() + ParseAddresses(part).size() +
                               ParseRoutes(part).size() + ParseNeighbors(part).size();
     EXPECT_EQ(found, size == whole.size() ? 1u : 0u) << size;

@@ -60,7 +60,7 @@ TEST(NetworkRoutesTest, ReadsEveryAttribute) {
   EXPECT_EQ(route.nextHops[0].weight, 1);
 }
 
-TEST(NetworkRoutesTest, TheTableOfAnOlderKernelStandsInTheHeader) {
+TEST(NetworkRoutesTest, TheTableOfAnOlderKernelIsInTheHeader) {
   EXPECT_EQ(OnlyRoute(RouteHeader(AF_INET, 0), "").table, RT_TABLE_MAIN);
 }
 
@@ -70,7 +70,7 @@ TEST(NetworkRoutesTest, WithoutAddressTheDestinationIsEverything) {
   EXPECT_EQ(OnlyRoute(RouteHeader(AF_INET6, 8), "").destination, "::");
 }
 
-TEST(NetworkRoutesTest, ARouteThatLeadsNowhereHasNoNextHop) {
+TEST(NetworkRoutesTest, ARouteThatDiscardsPacketsHasNoNextHop) {
   rtmsg fixed = RouteHeader(AF_INET, 8);
   fixed.rtm_type = RTN_BLACKHOLE;
   const NetworkRoute route = OnlyRoute(fixed, Attribute(RTA_DST, AddressBytes("10.0.0.0")));
@@ -114,7 +114,7 @@ TEST(NetworkRoutesTest, NextHopsThatAreCutShortEndTheList) {
   }
 }
 
-TEST(NetworkRoutesTest, UnknownNumbersStandForThemselves) {
+TEST(NetworkRoutesTest, UnknownNumbersAreWrittenInDigits) {
   rtmsg fixed = RouteHeader(AF_INET, 0);
   fixed.rtm_protocol = 250;
   fixed.rtm_type = 251;
@@ -123,7 +123,7 @@ TEST(NetworkRoutesTest, UnknownNumbersStandForThemselves) {
   EXPECT_EQ(route.type, "251");
 }
 
-TEST(NetworkRoutesTest, CachedRoutesAndOtherMessagesAreLeftOut) {
+TEST(NetworkRoutesTest, CachedRoutesAndOtherMessagesAreSkipped) {
   rtmsg cloned = RouteHeader(AF_INET6, 128);
   cloned.rtm_flags = RTM_F_CLONED;
   EXPECT_THAT(
@@ -170,7 +170,7 @@ TEST(NetworkNeighborsTest, StatesHaveNames) {
   EXPECT_EQ(OnlyNeighbor(3, 0, "").state, "3");
 }
 
-TEST(NetworkNeighborsTest, OtherMessagesAreLeftOut) {
+TEST(NetworkNeighborsTest, OtherMessagesAreSkipped) {
   ndmsg other = {};
   other.ndm_family = AF_BRIDGE;
   EXPECT_THAT(ParseNeighbors(Message(RTM_NEWNEIGH, Bytes(other)) + Message(RTM_NEWNEIGH, "x") +

@@ -42,7 +42,7 @@ TEST(NetworkToolTest, CollectsAllMistakesOfACall) {
   EXPECT_EQ(result.status, 1);
 }
 
-// A network that does not change by itself: every interface is down.
+// A network without traffic: all interfaces are down.
 void MakeStillNetwork() {
   Witness(
       "set -e;"
@@ -55,7 +55,7 @@ void MakeStillNetwork() {
       "ip address add 198.51.100.1 peer 198.51.100.2/32 dev bridge0");
 }
 
-// The text with '#' in place of the number behind each of the labels.
+// Replaces the number after each of the labels by "#".
 std::string WithoutNumbers(std::string text, const std::vector<std::string>& labels) {
   for (const std::string& label : labels) {
     for (std::size_t at = text.find(label); at != std::string::npos; at = text.find(label, at)) {
@@ -86,7 +86,7 @@ TEST(NetworkToolTest, PrintsAnInterfaceWithStructuresWithinIt) {
   const std::string refusal = RunInOwnNetwork([] {
     MakeStillNetwork();
     Witness("ip address delete 2001:db8:1111:2222:3333:4444:5555:6666/64 dev inside");
-    // The interface's number and what the kernel itself has sent depend on the kernel.
+    // The index of the interface and the traffic of the kernel itself vary.
     const std::string text =
         WithoutNumbers(Print("network interface get", {{"interface", "inside"}}, 80),
                        {"Index       : ", "Bytes  : ", "Dropped: ", "Errors : ", "Packets: "});

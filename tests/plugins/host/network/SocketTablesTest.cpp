@@ -178,7 +178,7 @@ TEST(SocketTablesTest, WithoutAnyTableThereIsAnError) {
                   "Unable to read any table of connections in /nonexistent/net"));
 }
 
-TEST(SocketTablesTest, FindsTheProcessesThatHoldASocket) {
+TEST(SocketTablesTest, FindsTheOwnersOfASocket) {
   const Testing::ScopedTempDir folder;
   const auto link = [&folder](const std::string& process, const char* number, const char* target) {
     const std::string path = folder.MakeDirectory(process + "/fd") + "/" + number;
@@ -196,7 +196,7 @@ TEST(SocketTablesTest, FindsTheProcessesThatHoldASocket) {
               ElementsAre(Pair(12, ElementsAre(100)), Pair(777, ElementsAre(20, 100))));
 }
 
-TEST(SocketTablesTest, WithoutProcessesNobodyHoldsASocket) {
+TEST(SocketTablesTest, WithoutProcessesNoSocketHasAnOwner) {
   EXPECT_THAT(ReadSocketOwners("/nonexistent"), IsEmpty());
 }
 

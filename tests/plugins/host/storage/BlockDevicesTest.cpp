@@ -20,7 +20,7 @@ using ::testing::Pair;
 
 DeviceProperties NoProperties(dev_t) { return {}; }
 
-/// A made-up /sys with one device after the other.
+/// A made-up /sys.
 class SysTree {
  public:
   SysTree& Device(const std::string& folder, const std::string& number, const std::string& size) {
@@ -98,7 +98,7 @@ struct KindCase {
 
 class BlockDeviceKindTest : public ::testing::TestWithParam<KindCase> {};
 
-TEST_P(BlockDeviceKindTest, IsTold) {
+TEST_P(BlockDeviceKindTest, IsReported) {
   SysTree tree;
   tree.Device(GetParam().folder, "8:0", "1").Attribute(GetParam().attribute, GetParam().text);
   const auto devices = tree.Read();
@@ -125,7 +125,7 @@ INSTANTIATE_TEST_SUITE_P(
       return name;
     });
 
-TEST(BlockDevicesTest, AVolumeLiesOnItsSlaves) {
+TEST(BlockDevicesTest, TheParentsOfAVolumeAreItsSlaves) {
   SysTree tree;
   tree.Device("dm-0", "253:0", "8").Slave("sdb1").Slave("cciss!c0d0");
   const auto devices = tree.Read();
@@ -139,7 +139,7 @@ TEST(BlockDevicesTest, ASlashInANameIsRestored) {
   EXPECT_EQ(tree.Read().at(0).name, "cciss/c0d0");
 }
 
-TEST(BlockDevicesTest, ADeviceWhoseFilesAreGoneIsLeftOut) {
+TEST(BlockDevicesTest, ADeviceWithoutItsFilesIsSkipped) {
   SysTree tree;
   tree.Device("sda", "8:0", "1")
       .Device("sdb", "", "1")
@@ -179,7 +179,7 @@ TEST(BlockDevicesTest, FindsMountPointsByNumberAndByName) {
   EXPECT_THAT(devices[1].mountPoints, ElementsAre("/b", "/z"));
 }
 
-TEST(BlockDevicesTest, TheDeviceManagerTellsWhatIsWrittenOnADevice) {
+TEST(BlockDevicesTest, TheDeviceManagerKnowsTheContentOfADevice) {
   SysTree tree;
   tree.Device("sda", "8:0", "1");
   const auto devices = tree.Read({}, [](dev_t number) -> DeviceProperties {
@@ -201,7 +201,7 @@ TEST(BlockDevicesTest, ReadsWhatTheDeviceManagerNoted) {
               ElementsAre(Pair("ID_FS_LABEL_ENC", "a=b"), Pair("ID_FS_TYPE", "ext4")));
 }
 
-TEST(BlockDevicesTest, ADeviceThatIsNoneHasNoProperties) {
+TEST(BlockDevicesTest, AnUnknownDeviceHasNoProperties) {
   EXPECT_THAT(ReadDeviceProperties(makedev(4095, 1048575)), IsEmpty());
 }
 
@@ -246,7 +246,7 @@ INSTANTIATE_TEST_SUITE_P(Labels, DeviceLabelTest, ::testing::ValuesIn(kLabels),
 struct SizeCase {
   const char* name;
   const char* text;
-  long size;  // -1 when the device is left out
+  long size;  // -1 if the device is skipped
 };
 
 const SizeCase kSizes[] = {

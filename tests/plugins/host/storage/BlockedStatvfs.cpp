@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A statvfs that never answers for the paths in KESTREL_SILENT_PATHS, ends the process for those in
-// KESTREL_DEADLY_PATHS (each a list divided by ':'), and is libc's own for all others.
+// A statvfs that never returns for the paths in KESTREL_SILENT_PATHS and ends the process for those
+// in KESTREL_DEADLY_PATHS, two lists separated by ":". For other paths it calls the function of
+// libc.
 
 #include <dlfcn.h>
 #include <sys/statvfs.h>

@@ -98,7 +98,7 @@ TEST(FilesystemProbeTest, WorksWithTheStandardDescriptorsClosed) {
       ::testing::ExitedWithCode(7), "");
 }
 
-// Waits for the process to have started a child that has come to the end of its preparations.
+// Waits until the process has a child that has finished its preparations.
 std::string WaitForChildDescriptors(pid_t process) {
   const std::string id = std::to_string(process);
   for (int attempt = 0; attempt < 1000; ++attempt) {
@@ -114,8 +114,8 @@ std::string WaitForChildDescriptors(pid_t process) {
   return std::string();
 }
 
-// The kernel may not let a silent child go; whoever waits for the end of this process's output
-// must not wait for the child as well.
+// The kernel may keep a blocked child. A process that reads the output to its end must not wait for
+// that child.
 TEST(FilesystemProbeTest, ASilentChildHoldsItsReportPipeAlone) {
   const Testing::ScopedEnvironment silent("KESTREL_SILENT_PATHS", "/proc");
   const pid_t process = ::fork();

@@ -31,10 +31,10 @@ const UsageCase kUsageCases[] = {
     {"OneByteOfMany", 1000, 999, 999, 1, 1},
     {"OneByteLeft", 1000, 1, 1, 999, 100},
     {"ExactlyTwoPercent", 100, 98, 98, 2, 2},
-    // What is kept for the superuser belongs to nobody's share.
+    // Space reserved for the superuser is neither used nor available.
     {"AllKeptForTheSuperuser", 100, 10, 0, 90, 100},
     {"SomeKeptForTheSuperuser", 100, 20, 10, 80, 89},
-    // File systems that report nonsense.
+    // Impossible numbers.
     {"MoreFreeThanThereIs", 100, 200, 200, 0, 0},
     {"MoreAvailableThanFree", 100, 50, 150, 50, 25},
     {"LargestNumbers", kMaxUnsigned, 0, kMaxUnsigned, kMaxUnsigned, 50},

@@ -105,7 +105,7 @@ TEST(MountTableTest, TheDeviceOfTheRootIsCalledByItsName) {
   EXPECT_EQ(mounts[3].source, "/dev/x");
 }
 
-TEST(MountTableTest, LeavesOutADamagedLine) {
+TEST(MountTableTest, SkipsADamagedLine) {
   const auto mounts = Read(
       "36 35 98:3 / /a rw - ext3 none rw\n"
       "what is this\n"
@@ -139,7 +139,7 @@ TEST(MountTableTest, AMountIsHiddenByOneOnADirectoryAboveIt) {
               ElementsAre("2 /a/b", "3 /a/b/c"));
 }
 
-TEST(MountTableTest, WhatLiesBelowAHiddenMountIsHidden) {
+TEST(MountTableTest, AMountBelowAHiddenMountIsHidden) {
   EXPECT_THAT(HiddenTargets("1 0 8:1 / / rw - ext3 none rw\n"
                             "2 1 8:2 / /a rw - ext3 none rw\n"
                             "3 2 8:3 / /a/b rw - ext3 none rw\n"
@@ -169,7 +169,7 @@ struct DamagedMount {
   const char* line;
 };
 
-// A line with one column wrong.
+// Lines with one invalid column.
 const DamagedMount kDamagedMounts[] = {
     {"Empty", ""},
     {"Spaces", "     "},
@@ -252,8 +252,8 @@ std::vector<std::string> PathsOnTheWay(const std::string& path) {
   return paths;
 }
 
-// The mount that a path leads to. At each step of the way it enters the mount that is attached
-// there, and the one on top of that.
+// The mount that a path leads to: at each step, it enters the mount that is attached there, and
+// then any mount on top of it.
 long Resolve(const std::vector<Mount>& mounts, const std::string& path) {
   long current = 0;
   for (const std::string& step : PathsOnTheWay(path)) {

@@ -18,7 +18,7 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// The commands below "storage" against what other programs say.
+// The commands below "storage", compared with other programs.
 namespace Kestrel::Testing {
 namespace {
 
@@ -64,7 +64,7 @@ std::vector<Row> MountRows() {
       {"Id", "Parent Id", "Mount Point", "Source", "Type", "Options", "Root", "Device"});
 }
 
-// Whether a path leads to the mount: the kernel tells which mount a directory belongs to.
+// Whether the path of a mount leads to it: the kernel reports to which mount a directory belongs.
 bool LeadsTo(const std::string& target, const std::string& id) {
   struct statx found = {};
   const int result = ::statx(AT_FDCWD, target.c_str(), AT_NO_AUTOMOUNT, STATX_MNT_ID, &found);
@@ -77,18 +77,18 @@ bool KernelNamesMounts() {
          (found.stx_mask & STATX_MNT_ID) != 0;
 }
 
-// The mount points of the call, undoing what makes them safe to print.
+// The mount point with its escapes undone.
 std::string PathOf(const Row& row) {
   return Replace(Replace(row.at("Mount Point"), "\\x0a", "\n"), "\\x09", "\t");
 }
 
-TEST(StorageMountListTest, SaysWhatFindmntSays) {
+TEST(StorageMountListTest, AgreesWithFindmnt) {
   const Agreement agreement = Compare(MountRows, FindmntRows);
   EXPECT_THAT(agreement.witness, Not(IsEmpty()));
   EXPECT_EQ(agreement.command, agreement.witness);
 }
 
-TEST(StorageMountListTest, SaysWhichMountsAreReadOnly) {
+TEST(StorageMountListTest, ReportsWhichMountsAreReadOnly) {
   for (const Row& row : CallRows("storage mount list", {{"all", ""}})) {
     const std::string options = ", " + row.at("Options") + ",";
     EXPECT_EQ(row.at("Read Only"), options.find(", ro,") == std::string::npos ? "false" : "true")
@@ -96,7 +96,7 @@ TEST(StorageMountListTest, SaysWhichMountsAreReadOnly) {
   }
 }
 
-TEST(StorageMountListTest, SaysWhichMountsAPathLeadsTo) {
+TEST(StorageMountListTest, ReportsWhichMountsAPathLeadsTo) {
   if (!KernelNamesMounts()) {
     GTEST_SKIP() << "This kernel does not tell which mount a directory belongs to";
   }
@@ -188,7 +188,7 @@ TEST(StorageMountListTest, FiltersChooseAmongTheMounts) {
   }
 }
 
-TEST(StorageMountListTest, RefusesWhatIsNoDirectoryOrBoolean) {
+TEST(StorageMountListTest, RejectsInvalidDirectoriesAndBooleans) {
   EXPECT_THAT(Call("storage mount list", {{"below", "tmp"}}).GetErrors(),
               ElementsAre("Invalid data constraint for parameter 'below'. Value does not match the "
                           "expected regular expression (/.*)"));
@@ -203,7 +203,7 @@ TEST(StorageMountListTest, RefusesWhatIsNoDirectoryOrBoolean) {
 
 TEST(StorageMountListTest, WithoutTheKernelsTableThereIsAMessage) {
   const std::string refusal = RunInNamespaces(CLONE_NEWNS, [] {
-    Call("storage mount list");  // loads the plug-in while /proc is there
+    Call("storage mount list");  // loads the plug-in while /proc is mounted
     Mount("none", "/proc", "tmpfs", 0);
     EXPECT_THAT(Call("storage mount list").GetErrors(),
                 ElementsAre("Unable to read the mounts in "
@@ -236,20 +236,20 @@ std::vector<Row> DfRows(const std::string& arguments) {
   return rows;
 }
 
-// df writes '-' for what it does not know.
+// df writes "-" for unknown values.
 long NumberIn(const Row& row, const std::string& field) {
   return row.at(field) == "-" ? 0 : std::stol(row.at(field));
 }
 
 const Row* Find(const std::vector<Row>& rows, const std::string& mountPoint) {
-  // The last one lies on top.
+  // The last one is on top.
   const auto found = std::find_if(rows.rbegin(), rows.rend(), [&mountPoint](const Row& row) {
     return row.at("Mount Point") == mountPoint;
   });
   return found == rows.rend() ? nullptr : &*found;
 }
 
-// Fields of the command's row that do not lie between what df says before and after.
+// Fields whose values are not between those of df before and after.
 std::string Outside(const Row& row, const Row& before, const Row& after,
                     const std::map<std::string, std::string>& fields) {
   std::string outside;
@@ -264,7 +264,7 @@ std::string Outside(const Row& row, const Row& before, const Row& after,
   return outside;
 }
 
-// What differs between the command and df, asked before and after it.
+// The differences between the command and df, which runs before and after it.
 std::string DifferenceToDf(const std::string& arguments,
                            const std::map<std::string, std::string>& fields) {
   const std::vector<Row> before = DfRows(arguments);
@@ -284,7 +284,7 @@ std::string DifferenceToDf(const std::string& arguments,
   return difference;
 }
 
-// The figures change while others work; there must be a moment when everything agrees.
+// Other programs change the numbers, so tries until everything agrees.
 void ExpectAgreementWithDf(const std::string& arguments,
                            const std::map<std::string, std::string>& fields) {
   std::string difference;
@@ -297,7 +297,7 @@ void ExpectAgreementWithDf(const std::string& arguments,
   ADD_FAILURE() << difference;
 }
 
-TEST(StorageFilesystemListTest, SaysWhatDfSaysInBytes) {
+TEST(StorageFilesystemListTest, AgreesWithDfInBytes) {
   ExpectAgreementWithDf("--block-size=1", {{"Size Bytes", "Size"},
                                            {"Used Bytes", "Used"},
                                            {"Available Bytes", "Available"},
@@ -306,12 +306,12 @@ TEST(StorageFilesystemListTest, SaysWhatDfSaysInBytes) {
                                            {"Used Inodes", "Used Inodes"}});
 }
 
-TEST(StorageFilesystemListTest, SaysWhatDfSaysInMebibytes) {
+TEST(StorageFilesystemListTest, AgreesWithDfInMebibytes) {
   ExpectAgreementWithDf("--block-size=1M",
                         {{"Size", "Size"}, {"Used", "Used"}, {"Available", "Available"}});
 }
 
-TEST(StorageFilesystemListTest, ListsEachFileSystemThatHoldsSomethingOnce) {
+TEST(StorageFilesystemListTest, ListsEachFileSystemWithASizeOnce) {
   const auto everything = CallRows("storage filesystem list", {{"all", ""}});
   const auto rows = CallRows("storage filesystem list");
   EXPECT_THAT(CallColumn("storage filesystem list", "Mount Point"), Contains("/"));
@@ -321,7 +321,7 @@ TEST(StorageFilesystemListTest, ListsEachFileSystemThatHoldsSomethingOnce) {
   }
 }
 
-TEST(StorageFilesystemListTest, AFurtherMountOfAFileSystemIsLeftOut) {
+TEST(StorageFilesystemListTest, AFurtherMountOfAFileSystemIsSkipped) {
   const std::string refusal = RunInNamespaces(CLONE_NEWNS, [] {
     const ScopedTempDir folder;
     folder.MakeDirectory("sub");
@@ -341,7 +341,7 @@ TEST(StorageFilesystemListTest, AFurtherMountOfAFileSystemIsLeftOut) {
     EXPECT_THAT(points({}), ElementsAre(folder.GetPath("whole")));
     EXPECT_THAT(points({{"all", ""}}), ElementsAre(folder.GetPath("whole"), folder.GetPath("part"),
                                                    folder.GetPath("copy")));
-    // Where the whole of it is not mounted first, the mount of the whole still stands for it.
+    // The mount of the whole file system is listed even if it is not the first one.
     ASSERT_EQ(::umount(folder.GetPath("whole").c_str()), 0);
     EXPECT_THAT(points({}), ElementsAre(folder.GetPath("copy")));
     ASSERT_EQ(::umount(folder.GetPath("copy").c_str()), 0);
@@ -394,7 +394,7 @@ TEST(StorageFilesystemListTest, ASilentFileSystemIsListedAsSuch) {
   EXPECT_GT(rows.size(), 1u);
 }
 
-TEST(StorageFilesystemListTest, AFileSystemThatCannotBeAskedSaysWhy) {
+TEST(StorageFilesystemListTest, AFileSystemThatFailsHasTheReason) {
   const ScopedEnvironment deadly("KESTREL_DEADLY_PATHS", "/");
   const auto rows = CallRows("storage filesystem list");
   const Row* const root = Find(rows, "/");
@@ -416,7 +416,7 @@ TEST(StorageFilesystemListTest, RefusesNumbersOutsideTheirRanges) {
 // ---- storage device list
 
 std::vector<Row> LsblkRows() {
-  std::map<std::string, Row> rows;  // a device over several others comes several times
+  std::map<std::string, Row> rows;  // a device on several others is listed several times
   std::map<std::string, std::vector<std::string>> parents;
   const Json answer = JsonWitness(
       "lsblk --json --bytes --all --list --output"
@@ -460,12 +460,12 @@ std::vector<Row> DeviceRows() {
   return rows;
 }
 
-TEST(StorageDeviceListTest, SaysWhatLsblkSays) {
+TEST(StorageDeviceListTest, AgreesWithLsblk) {
   const Agreement agreement = Compare(DeviceRows, LsblkRows);
   EXPECT_EQ(agreement.command, agreement.witness);
 }
 
-TEST(StorageDeviceListTest, ListsWhatHoldsSomethingUnlessToldOtherwise) {
+TEST(StorageDeviceListTest, ListsDevicesWithASizeByDefault) {
   const auto everything = CallRows("storage device list", {{"all", ""}});
   std::vector<std::string> expected;
   for (const Row& row : everything) {
@@ -500,7 +500,7 @@ TEST(StorageDeviceListTest, FiltersChooseAmongTheDevices) {
   }
 }
 
-TEST(StorageDeviceListTest, TellsWhatTheDeviceManagerKnows) {
+TEST(StorageDeviceListTest, ReportsThePropertiesOfTheDeviceManager) {
   const auto devices = CallRows("storage device list");
   if (devices.empty()) {
     GTEST_SKIP() << "This machine shows no block device that holds something";
@@ -539,7 +539,7 @@ TEST(StorageDeviceListTest, WithoutTheKernelsFoldersTheListIsEmpty) {
   }
 }
 
-TEST(StorageDeviceListTest, RefusesNamesKindsAndSizesThatCannotBe) {
+TEST(StorageDeviceListTest, RejectsInvalidNamesKindsAndSizes) {
   EXPECT_THAT(Call("storage device list", {{"device", "-x"}}).GetErrors(),
               ElementsAre("Invalid data constraint for parameter 'device'. Value does not match "
                           "the expected regular expression ([a-zA-Z0-9][a-zA-Z0-9/._:+-]*)"));

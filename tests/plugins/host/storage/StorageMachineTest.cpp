@@ -10,7 +10,7 @@
 #include "plugins/host/support/HostCall.h"
 #include "plugins/host/support/MadeUpMachine.h"
 
-// The commands below "storage" on a machine whose devices and mounts are in the test.
+// The commands below "storage" on a machine with made-up devices and mounts.
 namespace Kestrel::Testing {
 namespace {
 
@@ -224,7 +224,7 @@ TEST_F(StorageMachineTest, AMissingTableOfMountsIsReported) {
   });
 }
 
-TEST_F(StorageMachineTest, AFileSystemThatIsGoneSaysWhy) {
+TEST_F(StorageMachineTest, AMissingFileSystemHasTheReason) {
   File("proc/self/mountinfo", "1 0 8:1 / /gone/away rw - ext4 /dev/sda1 rw\n");
   ExpectPrinted("storage filesystem list --type=ext4",
                 "Type  Size   Used   Available  Percent  Status                     Mount Point\n"

@@ -15,7 +15,7 @@ using MetaObj::MetaInt;
 using MetaObj::MetaStruct;
 
 AutoCli::Dispatcher& GetDispatcher() {
-  // Never destroyed: a plug-in's own static objects go before one of ours would.
+  // Never destroyed: the static objects of the plug-in are destroyed before those of this program.
   static AutoCli::Dispatcher& dispatcher = [] {
     auto* const made = new AutoCli::Dispatcher();
     made->AddPlugin(KESTREL_HOST_PLUGIN);

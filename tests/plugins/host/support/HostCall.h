@@ -12,16 +12,16 @@
 // Calls of the host plug-in's commands.
 namespace Kestrel::Testing {
 
-/// Calls a command, and prints its result in the command's default format on a screen of `width`
-/// columns. Fails the test when the call reports an error.
+/// Calls a command and prints its result in its default format on a screen of `width` columns.
+/// Fails the test if the call reports an error.
 std::string Print(const std::string& path, const Parameters& parameters, unsigned short width);
 
-/// A field as text; fails the test when there is no such field.
+/// Returns a field as text. Fails the test if there is no such field.
 std::string TextOf(const std::shared_ptr<MetaObj::MetaStruct>& structure, const std::string& field);
-/// One field of each structure.
+/// Returns one field of each structure.
 std::vector<std::string> FieldOf(
     const std::vector<std::shared_ptr<MetaObj::MetaStruct>>& structures, const std::string& field);
-/// An integer; fails the test when the field is absent or no integer.
+/// Returns a field that is an integer. Fails the test otherwise.
 long NumberOf(const std::shared_ptr<MetaObj::MetaStruct>& structure, const std::string& field);
 
 }  // namespace Kestrel::Testing

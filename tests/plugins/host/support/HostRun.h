@@ -10,8 +10,8 @@
 
 namespace Kestrel::Testing {
 
-/// A run of the real tool with the host plug-in, on a screen of 80 columns unless the arguments say
-/// otherwise.
+/// Runs the real tool with the host plug-in, on a screen of 80 columns unless the arguments change
+/// it.
 inline VexilRun HostRun(std::vector<std::string> arguments) {
   arguments.insert(arguments.begin(), {"--screen-width=80", "--plugin", KESTREL_HOST_PLUGIN});
   return VexilRun(std::move(arguments));

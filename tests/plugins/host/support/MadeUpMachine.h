@@ -13,21 +13,20 @@
 
 namespace Kestrel::Testing {
 
-/// Tests of commands on a machine whose /proc, /run and /sys the test writes.
+/// Tests commands on a machine whose /proc, /run and /sys are made up by the test.
 class MadeUpMachineTest : public ::testing::Test {
  protected:
   MadeUpMachineTest();
 
-  // The path of each is below the root of the machine, as in "proc/loadavg".
+  // Paths are relative to the root of the machine, as in "proc/loadavg".
   void File(const std::string& path, std::string_view text) { files_.Write(path, text); }
   void Folder(const std::string& path) { files_.MakeDirectory(path); }
   void Link(const std::string& path, const std::string& target);
 
-  /// Runs `body` on that machine, in a child process. Skips the test where that is not possible.
+  /// Runs `body` in a child process on that machine. Skips the test if that is not possible.
   void RunThere(const std::function<void()>& body) const;
 
-  /// Checks what a command prints in its default format on a screen of 80 columns, before its last
-  /// newline.
+  /// Checks what a command prints in its default format on a screen of 80 columns.
   void ExpectPrinted(const std::string& commandLine, const std::string& printed) const;
 
  private:

@@ -21,7 +21,7 @@ namespace {
 
 constexpr int kFailed = 1;
 constexpr int kNoInterfaces = 99;
-constexpr int kNotAllowed = 100;  // and the error number above it
+constexpr int kNotAllowed = 100;  // plus the error number
 
 bool WriteFile(const char* path, const std::string& text) {
   const int file = ::open(path, O_WRONLY | O_CLOEXEC);
@@ -44,7 +44,7 @@ bool Enter(int namespaces) {
   if (::unshare(namespaces) != 0 && !EnterAsRoot(namespaces)) {
     return false;
   }
-  // Nothing that is mounted here shows elsewhere.
+  // Mounts in this namespace do not affect others.
   return (namespaces & CLONE_NEWNS) == 0 ||
          ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
 }

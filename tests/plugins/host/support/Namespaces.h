@@ -8,14 +8,13 @@
 
 namespace Kestrel::Testing {
 
-/// Runs `body` in a child process that has namespaces of its own (CLONE_NEWNET, CLONE_NEWNS, ...),
-/// so that it may change the network or the mounts without anyone's noticing. What fails in it
-/// fails the test. Returns an empty text, or why this machine does not allow it; `body` did not run
-/// then.
+/// Runs `body` in a child process in namespaces of its own (CLONE_NEWNET, CLONE_NEWNS, ...), where
+/// it may change the network or the mounts. A failure there fails the test. Returns an empty
+/// string, or the reason if this machine does not allow it and `body` did not run.
 std::string RunInNamespaces(int namespaces, const std::function<void()>& body);
 
-/// The same with a network of its own, where the test may make interfaces of the kinds veth and
-/// bridge.
+/// The same with a network namespace in which interfaces of the kinds veth and bridge can be
+/// created.
 std::string RunInOwnNetwork(const std::function<void()>& body);
 
 }  // namespace Kestrel::Testing

@@ -9,7 +9,7 @@
 
 namespace Kestrel::Testing {
 
-/// Takes root's rights from this process for as long as it lives; another user has none to lose.
+/// Removes the rights of root from this process during its lifetime. Does nothing for other users.
 class PlainUser {
  public:
   PlainUser() : user_(::geteuid()) {

@@ -11,24 +11,24 @@
 
 namespace Kestrel::Testing {
 
-/// The rows with those fields alone.
+/// Reduces the rows to these fields.
 std::vector<Row> OnlyFields(const std::vector<Row>& rows, const std::vector<std::string>& fields);
 
-/// The rows that a filter lets pass.
+/// Returns the rows that a filter accepts.
 std::vector<Row> Filter(const std::vector<Row>& rows,
                         const std::function<bool(const Row&)>& filter);
 
-/// Text as the commands show it: control characters as \xHH.
+/// Replaces control characters by \xHH, as the commands do.
 std::string Shown(const std::string& text);
 
-/// The texts with ", " between them, as a list is shown.
+/// Joins strings with ", ", as lists are printed.
 std::string Joined(const std::vector<std::string>& texts);
 
-/// The parts of a text between commas, in order.
+/// Sorts strings.
 std::vector<std::string> Sorted(std::vector<std::string> texts);
 
-/// What the command and the witness say at a moment when the witness did not change: it is asked
-/// before and after. Fails the test when that moment does not come.
+/// The results of the command and the witness at a time at which the witness did not change: it
+/// runs before and after the command. Fails the test if it always changes.
 struct Agreement {
   std::vector<Row> command;
   std::vector<Row> witness;

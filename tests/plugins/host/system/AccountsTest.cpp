@@ -14,7 +14,7 @@
 namespace Kestrel::Host {
 namespace {
 
-// Numbers that no distribution gives.
+// Numbers that no account has.
 constexpr unsigned kUnknown = 3999999999u;
 
 TEST(AccountsTest, FindsAnAccountByName) {
@@ -26,7 +26,7 @@ TEST(AccountsTest, FindsAnAccountByName) {
   EXPECT_FALSE(FindAccount(""));
 }
 
-TEST(AccountsTest, NamesANumberWithoutAccountByItsDigits) {
+TEST(AccountsTest, WritesANumberWithoutAnAccountInDigits) {
   UserNames names;
   EXPECT_EQ(names.Get(0), "root");
   EXPECT_EQ(names.Get(kUnknown), "3999999999");
@@ -35,7 +35,7 @@ TEST(AccountsTest, NamesANumberWithoutAccountByItsDigits) {
   EXPECT_EQ(GroupName(kUnknown), "3999999999");
 }
 
-TEST(AccountsTest, TellsShellsThatLetNobodyIn) {
+TEST(AccountsTest, RecognizesShellsThatAllowNoLogin) {
   for (const char* const shell : {"/usr/sbin/nologin", "/bin/false", "/bin/sync", "nologin"}) {
     EXPECT_FALSE(IsLoginShell(shell)) << shell;
   }

@@ -21,7 +21,7 @@ constexpr char kTwoProcessors[] =
     "processor\t: 0\nvendor_id\t: Maker\nmodel name\t: Model A\ncpu MHz\t\t: 2596.146\n\n"
     "processor\t: 1\nvendor_id\t: Maker\nmodel name\t: Model: B\ncpu MHz\t\t: 800\n\n";
 
-TEST(CpusTest, ReadsProcessorsAndWhereTheyBelong) {
+TEST(CpusTest, ReadsProcessorsAndTheirTopology) {
   const ScopedTempDir root;
   root.Write("proc/cpuinfo", kTwoProcessors);
   const std::string cpu = "sys/devices/system/cpu";
@@ -50,7 +50,7 @@ TEST(CpusTest, ReadsProcessorsAndWhereTheyBelong) {
   EXPECT_THAT(cpus[2].siblings, IsEmpty());
 }
 
-TEST(CpusTest, DoesWithoutDevices) {
+TEST(CpusTest, WorksWithoutDevices) {
   const ScopedTempDir proc;
   proc.Write("cpuinfo", kTwoProcessors);
   const auto cpus = ReadCpus(proc.GetPath(), "/nowhere");
@@ -60,7 +60,7 @@ TEST(CpusTest, DoesWithoutDevices) {
   EXPECT_EQ(cpus[1].core, -1);
 }
 
-TEST(CpusTest, DoesWithoutCpuinfo) {
+TEST(CpusTest, WorksWithoutCpuinfo) {
   const ScopedTempDir sys;
   sys.Write("devices/system/cpu/present", "0\n");
   sys.Write("devices/system/cpu/online", "0\n");
@@ -71,7 +71,7 @@ TEST(CpusTest, DoesWithoutCpuinfo) {
   EXPECT_EQ(cpus[0].frequency, -1);
 }
 
-TEST(CpusTest, PassesOverLinesThatMakeNoSense) {
+TEST(CpusTest, SkipsDamagedLines) {
   const ScopedTempDir proc;
   proc.Write("cpuinfo",
              "model name : before any\nno colon\nprocessor : x\nmodel name : lost\n"
@@ -83,18 +83,18 @@ TEST(CpusTest, PassesOverLinesThatMakeNoSense) {
   EXPECT_EQ(cpus[0].frequency, -1);
 }
 
-TEST(CpusTest, SaysWhenThereIsNone) {
+TEST(CpusTest, ReportsThatThereIsNone) {
   EXPECT_THAT([] { ReadCpus("/nowhere", "/sysless"); },
               ThrowsMessage<KestrelException>("Unable to find any processor in "
                                               "/sysless/devices/system/cpu and /nowhere/cpuinfo"));
 }
 
-// Sets of processors that no kernel writes: the call ends, with what is usable.
+// No kernel writes some of these sets. The call ends and uses what is valid.
 struct SetCase {
   const char* name;
   const char* present;
   const char* online;
-  std::vector<std::string> cpus;  // the number, with "+" when it is online
+  std::vector<std::string> cpus;  // a number, with "+" if online
 };
 
 const SetCase kSets[] = {

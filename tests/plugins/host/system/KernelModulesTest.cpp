@@ -56,7 +56,7 @@ TEST(KernelModulesTest, ListsModulesByName) {
   EXPECT_THAT(names, ElementsAre("fixed", "kept", "loop", "snd_timer"));
 }
 
-// One line for each module: name, size, references and its users in order.
+// A line per module: name, size, references and its sorted users.
 std::vector<std::string> LinesOf(const std::vector<KernelModule>& modules) {
   std::vector<std::string> lines;
   for (const KernelModule& module : modules) {
@@ -81,7 +81,7 @@ std::vector<std::string> LinesOfLsmod(const std::string& command) {
     }
     lines.push_back(joined);
   }
-  lines.erase(lines.begin());  // the headings
+  lines.erase(lines.begin());  // the header
   std::sort(lines.begin(), lines.end());
   return lines;
 }
@@ -94,7 +94,7 @@ TEST(KernelModulesTest, AgreesWithLsmodAboutThisMachine) {
   EXPECT_EQ(LinesOf(ReadModules("/proc")), LinesOfLsmod("lsmod"));
 }
 
-// A machine whose kernel has modules, made up in a place of its own.
+// A machine with made-up modules.
 constexpr char kLsmodElsewhere[] = R"(unshare --mount sh -ec '
   modules=$(cat "$0")
   mount -t tmpfs none /sys
@@ -126,13 +126,13 @@ TEST(KernelModulesTest, AgreesWithLsmodAboutAMadeUpMachine) {
   EXPECT_EQ(LinesOf(ReadModules(proc.GetPath())), LinesOfLsmod(kLsmodElsewhere + path));
 }
 
-TEST(KernelModulesTest, ListsNoneWhereThereCanBeNone) {
+TEST(KernelModulesTest, ListsNoneIfTheKernelHasNoModules) {
   const ScopedTempDir proc;
   proc.Write("version", "a kernel without loadable modules");
   EXPECT_THAT(ReadModules(proc.GetPath()), IsEmpty());
 }
 
-TEST(KernelModulesTest, HiddenModulesAreNotTakenForNone) {
+TEST(KernelModulesTest, ReportsAMissingProc) {
   const ScopedTempDir proc;
   EXPECT_THAT(
       [&proc] { ReadModules(proc.GetPath()); },
@@ -141,7 +141,7 @@ TEST(KernelModulesTest, HiddenModulesAreNotTakenForNone) {
               ThrowsMessage<KestrelException>("Unable to read /nowhere: nothing is there"));
 }
 
-TEST(KernelModulesTest, FindsModulesThatAreLoadedOrPartOfTheKernel) {
+TEST(KernelModulesTest, FindsLoadedAndBuiltInModules) {
   const ScopedTempDir root;
   root.Write("proc/modules", kModules);
   root.MakeDirectory("sys/module/built_in");
@@ -162,7 +162,7 @@ struct ModuleCase {
   std::vector<std::string> modules;
 };
 
-// Each module as LinesOf writes it.
+// In the format of LinesOf.
 const ModuleCase kModuleLines[] = {
     {"NoUser", "loop 40960 0 - Live 0x0", {"loop 40960 0"}},
     {"OneUser", "a 1 1 b, Live 0x0", {"a 1 1 b"}},
@@ -175,7 +175,7 @@ const ModuleCase kModuleLines[] = {
     {"WithoutAddress", "a 1 0 - Live", {"a 1 0"}},
     {"ReferencesAreAWord", "a 1 x - Live 0x0", {"a 1 -1"}},
     {"LargestSize", "a 9223372036854775807 0 - Live 0x0", {"a 9223372036854775807 0"}},
-    // Lines that are left out.
+    // Lines that are skipped.
     {"SizeBeyond64Bits", "a 9223372036854775808 0 - Live 0x0", {}},
     {"SizeIsAWord", "a x 0 - Live 0x0", {}},
     {"WithoutState", "a 1 0 -", {}},

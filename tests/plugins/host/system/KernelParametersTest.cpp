@@ -45,7 +45,7 @@ class KernelParametersTest : public ::testing::Test {
   ScopedTempDir proc_;
 };
 
-TEST_F(KernelParametersTest, ListsThoseThatMayBeReadByName) {
+TEST_F(KernelParametersTest, ListsReadableParametersByName) {
   EXPECT_THAT(NamesUnder(""), ElementsAre("net.ipv4.conf.eth0/1.mtu", "net.ipv4.tcp_mem",
                                           "vm.overcommit_memory", "vm.swappiness", "vmx.other"));
 }
@@ -59,7 +59,7 @@ TEST_F(KernelParametersTest, ListsWholePartsOfANameOnly) {
   EXPECT_THAT(NamesUnder("vm.swappiness.more"), IsEmpty());
 }
 
-TEST_F(KernelParametersTest, TellsValueAndWhetherItCanBeChanged) {
+TEST_F(KernelParametersTest, ReportsTheValueAndWhetherItCanBeChanged) {
   const auto parameters = ReadParameters(proc_.GetPath(), "vm");
   ASSERT_EQ(parameters.size(), 2u);
   EXPECT_EQ(parameters[0].value, "0");
@@ -68,16 +68,16 @@ TEST_F(KernelParametersTest, TellsValueAndWhetherItCanBeChanged) {
   EXPECT_TRUE(parameters[1].isWritable);
 }
 
-TEST_F(KernelParametersTest, EndsWhereALinkLeadsBack) {
+TEST_F(KernelParametersTest, EndsAtALinkToAFolderAbove) {
   ASSERT_EQ(::symlink("..", proc_.GetPath("sys/vm/loop").c_str()), 0);
   EXPECT_EQ(NamesUnder("").size(), 5u);
 }
 
-TEST_F(KernelParametersTest, ListsNothingUnderANameThatIsNoGroup) {
+TEST_F(KernelParametersTest, ListsNothingBelowAnUnknownName) {
   EXPECT_THAT(ReadParameters(proc_.GetPath(), "nowhere"), IsEmpty());
 }
 
-TEST(HiddenKernelParametersTest, AreNotTakenForNone) {
+TEST(HiddenKernelParametersTest, AreReported) {
   const ScopedTempDir proc;
   const auto read = [&proc] { ReadParameters(proc.GetPath(), ""); };
   const std::string message = "Unable to read " + proc.GetPath("sys") + ": nothing is there";
@@ -94,7 +94,7 @@ TEST_F(KernelParametersTest, ReadsByEitherSpelling) {
   EXPECT_EQ(ReadParameter(proc_.GetPath(), "net.ipv4.tcp_mem"), "1\t2\t3");
 }
 
-TEST_F(KernelParametersTest, SaysWhyAParameterCannotBeRead) {
+TEST_F(KernelParametersTest, ReportsWhyAParameterCannotBeRead) {
   const std::string proc = proc_.GetPath();
   EXPECT_THAT([&] { ReadParameter(proc, "vm.nope"); },
               ThrowsMessage<KestrelException>("There is no parameter 'vm.nope'"));
@@ -140,14 +140,15 @@ TEST_F(KernelParametersTest, NeedsTheRightToReadAndToChange) {
   EXPECT_THAT([&] { ReadParameter(proc, "vm.drop_caches"); },
               ThrowsMessage<KestrelException>(
                   "You do not have the right to read the parameter 'vm.drop_caches'"));
-  EXPECT_THAT([&] { WriteParameter(proc, "vm.overcommit_memory", "1"); },
-              ThrowsMessage<KestrelException>(
-                  "You do not have the right to change the parameter 'vm.overcommit_memory'; only "
-                  "root does, and some parameters nobody may change"));
+  EXPECT_THAT(
+      [&] { WriteParameter(proc, "vm.overcommit_memory", "1"); },
+      ThrowsMessage<KestrelException>(
+          "You do not have the right to change the parameter 'vm.overcommit_memory'; usually only "
+          "root may, and some are read-only"));
 }
 
-// The file of a full device stands for a kernel that takes no byte.
-TEST_F(KernelParametersTest, PassesOnWhatTheKernelSays) {
+// /dev/full simulates a kernel that does not accept any byte.
+TEST_F(KernelParametersTest, ReportsTheErrorOfTheKernel) {
   ASSERT_EQ(::symlink("/dev/full", proc_.GetPath("sys/full").c_str()), 0);
   EXPECT_THAT([this] { WriteParameter(proc_.GetPath(), "full", "1"); },
               ThrowsMessage<KestrelException>(
@@ -156,7 +157,7 @@ TEST_F(KernelParametersTest, PassesOnWhatTheKernelSays) {
 
 TEST_F(KernelParametersTest, RepeatsAValueThatTheKernelRefuses) {
   if (::access("/proc/sys/vm/swappiness", W_OK) != 0) {
-    GTEST_SKIP() << "nobody may change a parameter here";
+    GTEST_SKIP() << "parameters are read-only here";
   }
   EXPECT_THAT([] { WriteParameter("/proc", "vm.swappiness", "many"); },
               ThrowsMessage<KestrelException>("The kernel refuses the value 'many' for the "

@@ -81,7 +81,7 @@ TEST_P(OsReleaseValueTest, IsUnquoted) {
 INSTANTIATE_TEST_SUITE_P(Values, OsReleaseValueTest, ::testing::ValuesIn(kValues),
                          [](const auto& test) { return test.param.name; });
 
-// What the shell makes of random values in each kind of quotes.
+// Compares with the shell, for random values in each kind of quotes.
 TEST(OsReleaseTest, UnquotesAsTheShellDoes) {
   const ScopedTempDir folder;
   Testing::Random random;

@@ -20,8 +20,8 @@ using ::testing::ElementsAre;
 using Testing::ScopedTempDir;
 using ::testing::ThrowsMessage;
 
-// What follows the name: parent 7, terminal 34818, 300 and 45 ticks, nice -5, 3 threads, started
-// at tick 9000, 2 MiB addressed, 5 pages held.
+// The words after the name: parent 7, terminal 34818, 300 and 45 ticks, nice -5, 3 threads, started
+// at tick 9000, 2 MiB of virtual memory, 5 resident pages.
 const std::string kNumbers =
     " S 7 42 42 34818 42 4194304 1 2 3 4 300 45 6 7 20 -5 3 0 9000 2097152 5 18446744073709551615 "
     "1 1 0 0 0 0 0 0 0 0 0 17 1 0 0 0 0 0 0 0 0 0 0 0 0 0\n";
@@ -33,7 +33,7 @@ void WriteProcess(const ScopedTempDir& proc, const std::string& id, const std::s
   proc.Write(id + "/cmdline", arguments);
 }
 
-TEST(ProcessesTest, ReadsWhatTheKernelTells) {
+TEST(ProcessesTest, ReadsTheFormatOfTheKernel) {
   const auto process = ParseProcess("42 (cat)" + kNumbers);
   ASSERT_TRUE(process);
   EXPECT_EQ(process->id, 42);
@@ -62,7 +62,7 @@ TEST(ProcessesTest, NumbersAtTheLimitsOf64BitsDoNotOverflow) {
   EXPECT_EQ(process->residentMemory, kMax);
 }
 
-TEST(ProcessesTest, TakesAnyBytesWithinTheParenthesesAsTheName) {
+TEST(ProcessesTest, AcceptsAnyBytesInTheName) {
   for (const std::string name :
        {"", " ", "a b", "(", ")", ") S 1 1", "a\nb", "((x))", "\xff\xfe"}) {
     const auto process = ParseProcess("42 (" + name + ")" + kNumbers);
@@ -72,7 +72,7 @@ TEST(ProcessesTest, TakesAnyBytesWithinTheParenthesesAsTheName) {
   }
 }
 
-TEST(ProcessesTest, TakesATextThatIsCutAnywhere) {
+TEST(ProcessesTest, AcceptsIncompleteData) {
   const std::string text = "42 (a (b) c)" + kNumbers;
   std::size_t accepted = 0;
   for (std::size_t size = 0; size <= text.size(); ++size) {
@@ -126,7 +126,7 @@ TEST(ProcessesTest, JoinsArgumentsHoweverTheyWereOverwritten) {
   }
 }
 
-TEST(ProcessesTest, LeavesOutAProcessThatVanishesHalfWay) {
+TEST(ProcessesTest, SkipsAProcessThatEndsWhileItIsRead) {
   for (const char* const gone : {"stat", "status", "cmdline"}) {
     const ScopedTempDir proc;
     WriteProcess(proc, "1", "init", "");
@@ -138,7 +138,7 @@ TEST(ProcessesTest, LeavesOutAProcessThatVanishesHalfWay) {
   }
 }
 
-TEST(ProcessesTest, TakesTheMemoryThatIsToldBest) {
+TEST(ProcessesTest, PrefersTheMemoryInStatus) {
   const ScopedTempDir proc;
   WriteProcess(proc, "42", "cat", "");
   EXPECT_EQ(ReadProcess(proc.GetPath(), 42)->residentMemory, 5 * ::sysconf(_SC_PAGESIZE) / 1024);
@@ -146,7 +146,7 @@ TEST(ProcessesTest, TakesTheMemoryThatIsToldBest) {
   EXPECT_EQ(ReadProcess(proc.GetPath(), 42)->residentMemory, 1234);
 }
 
-TEST(ProcessesTest, LeavesOutAProcessWithoutUser) {
+TEST(ProcessesTest, SkipsAProcessWithoutUser) {
   const ScopedTempDir proc;
   WriteProcess(proc, "1", "init", "");
   WriteProcess(proc, "42", "cat", "");
@@ -171,7 +171,7 @@ TEST(ProcessesTest, ListsProcessesByNumberAndNothingElse) {
   EXPECT_THAT(ids, ElementsAre(9, 10, 100));
 }
 
-TEST(ProcessesTest, SaysWhenThereIsNoProcessAtAll) {
+TEST(ProcessesTest, ReportsThatThereIsNoProcess) {
   EXPECT_THAT([] { ReadProcesses("/nowhere"); },
               ThrowsMessage<KestrelException>("Unable to find any process in /nowhere"));
 }

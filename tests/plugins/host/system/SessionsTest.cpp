@@ -21,25 +21,25 @@ using ::testing::IsEmpty;
 using Testing::ScopedTempDir;
 using Testing::WitnessLines;
 
-// Texts may fill their place, and then have no NUL.
+// A string that fills its field has no NUL.
 template <std::size_t Size>
 void Fill(char (&field)[Size], const std::string& text) {
   std::memcpy(field, text.data(), std::min(text.size(), Size));
 }
 
-std::string Record(short type, const std::string& user, const std::string& line,
-                   const std::string& host, pid_t process, long start) {
-  utmpx record = {};
-  record.ut_type = type;
-  Fill(record.ut_user, user);
-  Fill(record.ut_line, line);
-  Fill(record.ut_host, host);
-  record.ut_pid = process;
-  record.ut_tv.tv_sec = static_cast<decltype(record.ut_tv.tv_sec)>(start);
-  return std::string(reinterpret_cast<const char*>(&record), sizeof(record));
+std::string LoginEntry(short type, const std::string& user, const std::string& line,
+                       const std::string& host, pid_t process, long start) {
+  utmpx entry = {};
+  entry.ut_type = type;
+  Fill(entry.ut_user, user);
+  Fill(entry.ut_line, line);
+  Fill(entry.ut_host, host);
+  entry.ut_pid = process;
+  entry.ut_tv.tv_sec = static_cast<decltype(entry.ut_tv.tv_sec)>(start);
+  return std::string(reinterpret_cast<const char*>(&entry), sizeof(entry));
 }
 
-// The months are those of the C locale, whose words who uses there.
+// With the names of months in the C locale, as who prints them.
 std::string MomentAsWho(std::time_t moment) {
   std::tm parts = {};
   ::localtime_r(&moment, &parts);
@@ -47,16 +47,16 @@ std::string MomentAsWho(std::time_t moment) {
   return std::string(text, std::strftime(text, sizeof(text), "%b %d %H:%M", &parts));
 }
 
-// A process number that no kernel gives.
+// A number that no process has.
 constexpr pid_t kGone = 0x7ffffff0;
 
-TEST(SessionsTest, ReadsTheRecordsOfPeopleAsWhoDoes) {
+TEST(SessionsTest, ReadsLoginEntriesAsWhoDoes) {
   const ScopedTempDir folder;
   const std::string path = folder.Write(
-      "utmp", Record(BOOT_TIME, "reboot", "~", "6.1", 0, 1700000000) +
-                  Record(USER_PROCESS, "anna", "pts/0", "203.0.113.9", kGone, 1700000100) +
-                  Record(DEAD_PROCESS, "", "pts/1", "", 78, 1700000200) +
-                  Record(USER_PROCESS, "bo", "tty1", "", kGone, 1700000300));
+      "utmp", LoginEntry(BOOT_TIME, "reboot", "~", "6.1", 0, 1700000000) +
+                  LoginEntry(USER_PROCESS, "anna", "pts/0", "203.0.113.9", kGone, 1700000100) +
+                  LoginEntry(DEAD_PROCESS, "", "pts/1", "", 78, 1700000200) +
+                  LoginEntry(USER_PROCESS, "bo", "tty1", "", kGone, 1700000300));
   const auto sessions = ReadSessionRecords(path, false);
   std::vector<std::string> found;
   for (const Session& session : sessions) {
@@ -76,31 +76,31 @@ TEST(SessionsTest, ReadsTheRecordsOfPeopleAsWhoDoes) {
   EXPECT_EQ(found, expected);
 }
 
-TEST(SessionsTest, ReadsTextsThatFillTheirPlace) {
+TEST(SessionsTest, ReadsStringsThatFillTheirField) {
   const ScopedTempDir folder;
   const std::string user(sizeof(utmpx::ut_user), 'u');
   const std::string line(sizeof(utmpx::ut_line), 'l');
   const std::string host(sizeof(utmpx::ut_host), 'h');
-  const auto sessions =
-      ReadSessionRecords(folder.Write("utmp", Record(USER_PROCESS, user, line, host, 1, 0)), false);
+  const auto sessions = ReadSessionRecords(
+      folder.Write("utmp", LoginEntry(USER_PROCESS, user, line, host, 1, 0)), false);
   ASSERT_EQ(sessions.size(), 1u);
   EXPECT_EQ(sessions[0].user, user);
   EXPECT_EQ(sessions[0].terminal, line);
   EXPECT_EQ(sessions[0].host, host);
 }
 
-TEST(SessionsTest, LeavesOutSessionsWhoseProcessIsGoneWhenTold) {
+TEST(SessionsTest, SkipsSessionsWhoseProcessHasEndedOnRequest) {
   const ScopedTempDir folder;
   const std::string path =
-      folder.Write("utmp", Record(USER_PROCESS, "gone", "pts/0", "", kGone, 1) +
-                               Record(USER_PROCESS, "here", "pts/1", "", ::getpid(), 2) +
-                               Record(USER_PROCESS, "odd", "pts/2", "", 0, 3));
+      folder.Write("utmp", LoginEntry(USER_PROCESS, "gone", "pts/0", "", kGone, 1) +
+                               LoginEntry(USER_PROCESS, "here", "pts/1", "", ::getpid(), 2) +
+                               LoginEntry(USER_PROCESS, "odd", "pts/2", "", 0, 3));
   const auto sessions = ReadSessionRecords(path, true);
   ASSERT_EQ(sessions.size(), 1u);
   EXPECT_EQ(sessions[0].user, "here");
 }
 
-TEST(SessionsTest, ReadsNothingFromWhatIsNoRecord) {
+TEST(SessionsTest, ReturnsNothingForADamagedFile) {
   const ScopedTempDir folder;
   EXPECT_THAT(ReadSessionRecords(folder.GetPath("absent"), false), IsEmpty());
   EXPECT_THAT(ReadSessionRecords(folder.Write("short", "x"), false), IsEmpty());
@@ -130,7 +130,7 @@ struct SessionCase {
   std::vector<std::string> sessions;
 };
 
-// Each session as "USER TERMINAL HOST PROCESS START".
+// In the format "USER TERMINAL HOST PROCESS START".
 const SessionCase kSessionFiles[] = {
     {"Complete",
      "USER=anna\nTTY=pts/0\nREMOTE_HOST=h\nCLASS=user\nLEADER=7\nREALTIME=1000000\n",
@@ -171,17 +171,17 @@ TEST_P(SessionFileTest, IsRead) {
 INSTANTIATE_TEST_SUITE_P(Files, SessionFileTest, ::testing::ValuesIn(kSessionFiles),
                          [](const auto& test) { return test.param.name; });
 
-TEST(SessionsTest, PassesOverFoldersAmongTheSessions) {
+TEST(SessionsTest, SkipsFolders) {
   const ScopedTempDir folder;
   folder.MakeDirectory("1.ref");
   folder.Write("2", "USER=anna\nCLASS=user\n");
   EXPECT_EQ(ReadSessionFolder(folder.GetPath()).size(), 1u);
 }
 
-TEST(SessionsTest, ARecordThatIsCutShortIsLeftOut) {
+TEST(SessionsTest, AnIncompleteEntryIsSkipped) {
   const ScopedTempDir folder;
-  const std::string records = Record(USER_PROCESS, "anna", "pts/0", "", kGone, 1) +
-                              Record(USER_PROCESS, "bo", "pts/1", "", kGone, 2);
+  const std::string records = LoginEntry(USER_PROCESS, "anna", "pts/0", "", kGone, 1) +
+                              LoginEntry(USER_PROCESS, "bo", "pts/1", "", kGone, 2);
   for (const std::size_t size : {records.size() - 1, records.size() / 2 + 1, records.size() / 2}) {
     const auto sessions = ReadSessionRecords(folder.Write("utmp", records.substr(0, size)), false);
     ASSERT_EQ(sessions.size(), 1u) << size;

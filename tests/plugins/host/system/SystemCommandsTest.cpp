@@ -19,8 +19,8 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// The commands below "system" against what other programs say of the same machine. What changes
-// between two looks is bracketed: a witness before and one after.
+// The commands below "system", compared with other programs. If a value can change, the other
+// program runs before and after the command.
 namespace Kestrel::Testing {
 namespace {
 
@@ -35,7 +35,7 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Le;
 using ::testing::Not;
-using Record = std::shared_ptr<MetaStruct>;
+using Structure = std::shared_ptr<MetaStruct>;
 
 std::string WitnessLine(const std::string& command) {
   std::string text = Witness(command);
@@ -47,22 +47,22 @@ std::string WitnessLine(const std::string& command) {
 
 long WitnessNumber(const std::string& command) { return std::stol(WitnessLine(command)); }
 
-// Between both, with room for what the witness rounds.
+// Between both, plus or minus what the other program rounds.
 void ExpectBetween(long value, long before, long after, long room, const std::string& what) {
   EXPECT_GE(value, std::min(before, after) - room) << what;
   EXPECT_LE(value, std::max(before, after) + room) << what;
 }
 
-// Figures of the machine.
+// The machine as a whole.
 
 TEST(SystemVersionGetTest, AgreesWithUname) {
-  const Record record = Call("system version get").GetStruct();
-  EXPECT_EQ(TextOf(record, "Host Name"), WitnessLine("uname -n"));
-  EXPECT_EQ(TextOf(record, "Kernel"), WitnessLine("uname -s"));
-  EXPECT_EQ(TextOf(record, "Release"), WitnessLine("uname -r"));
-  EXPECT_EQ(TextOf(record, "Build"), WitnessLine("uname -v"));
-  EXPECT_EQ(TextOf(record, "Architecture"), WitnessLine("uname -m"));
-  EXPECT_EQ(TextOf(record, "Distribution"), WitnessLine(". /etc/os-release; echo $PRETTY_NAME"));
+  const Structure structure = Call("system version get").GetStruct();
+  EXPECT_EQ(TextOf(structure, "Host Name"), WitnessLine("uname -n"));
+  EXPECT_EQ(TextOf(structure, "Kernel"), WitnessLine("uname -s"));
+  EXPECT_EQ(TextOf(structure, "Release"), WitnessLine("uname -r"));
+  EXPECT_EQ(TextOf(structure, "Build"), WitnessLine("uname -v"));
+  EXPECT_EQ(TextOf(structure, "Architecture"), WitnessLine("uname -m"));
+  EXPECT_EQ(TextOf(structure, "Distribution"), WitnessLine(". /etc/os-release; echo $PRETTY_NAME"));
 }
 
 TEST(SystemUptimeGetTest, AgreesWithUptime) {
@@ -70,46 +70,47 @@ TEST(SystemUptimeGetTest, AgreesWithUptime) {
   const char* const idle = "cut -d' ' -f2 /proc/uptime | cut -d. -f1";
   const long before = WitnessNumber(seconds);
   const long idleBefore = WitnessNumber(idle);
-  const Record record = Call("system uptime get").GetStruct();
-  ExpectBetween(NumberOf(record, "Seconds"), before, WitnessNumber(seconds), 0, "Seconds");
-  ExpectBetween(NumberOf(record, "Idle Seconds"), idleBefore, WitnessNumber(idle), 0, "Idle");
-  // Both compute the start, from clocks that may differ by a part of a second.
+  const Structure structure = Call("system uptime get").GetStruct();
+  ExpectBetween(NumberOf(structure, "Seconds"), before, WitnessNumber(seconds), 0, "Seconds");
+  ExpectBetween(NumberOf(structure, "Idle Seconds"), idleBefore, WitnessNumber(idle), 0, "Idle");
+  // Both compute the time of the boot from different clocks.
   const long started = WitnessNumber("date -d \"$(uptime -s)\" +%s");
-  const long own = WitnessNumber("date -d '" + TextOf(record, "Started") + "' +%s");
+  const long own = WitnessNumber("date -d '" + TextOf(structure, "Started") + "' +%s");
   ExpectBetween(own, started, started, 1, "Started");
 }
 
 TEST(SystemUptimeGetTest, WritesTheSameTimeTwice) {
-  const Record record = Call("system uptime get").GetStruct();
-  const long seconds = NumberOf(record, "Seconds");
+  const Structure structure = Call("system uptime get").GetStruct();
+  const long seconds = NumberOf(structure, "Seconds");
   const std::string expected =
       WitnessLine("s=" + std::to_string(seconds) +
                   "; [ $s -lt 86400 ] || printf '%d-' $((s / 86400)); "
                   "printf '%02d:%02d:%02d' $((s % 86400 / 3600)) $((s % 3600 / 60)) $((s % 60))");
-  EXPECT_EQ(TextOf(record, "Up"), expected);
+  EXPECT_EQ(TextOf(structure, "Up"), expected);
 }
 
 TEST(SystemLoadGetTest, IsOneOfTheLoadsAroundIt) {
   const auto before = WordsIn(Witness("cat /proc/loadavg"));
-  const Record record = Call("system load get").GetStruct();
+  const Structure structure = Call("system load get").GetStruct();
   const auto after = WordsIn(Witness("cat /proc/loadavg"));
-  EXPECT_THAT(TextOf(record, "One Minute"), AnyOf(before[0], after[0]));
-  EXPECT_THAT(TextOf(record, "Five Minutes"), AnyOf(before[1], after[1]));
-  EXPECT_THAT(TextOf(record, "Fifteen Minutes"), AnyOf(before[2], after[2]));
-  EXPECT_GE(NumberOf(record, "Running"), 1);
-  // Others start and end tasks meanwhile.
+  EXPECT_THAT(TextOf(structure, "One Minute"), AnyOf(before[0], after[0]));
+  EXPECT_THAT(TextOf(structure, "Five Minutes"), AnyOf(before[1], after[1]));
+  EXPECT_THAT(TextOf(structure, "Fifteen Minutes"), AnyOf(before[2], after[2]));
+  EXPECT_GE(NumberOf(structure, "Running"), 1);
+  // Other programs start and end tasks at the same time.
   const auto tasks = [](const std::string& word) {
     return std::stol(word.substr(word.find('/') + 1));
   };
-  ExpectBetween(NumberOf(record, "Tasks"), tasks(before[3]), tasks(after[3]), 200, "Tasks");
+  ExpectBetween(NumberOf(structure, "Tasks"), tasks(before[3]), tasks(after[3]), 200, "Tasks");
 }
 
 TEST(SystemLoadGetTest, AgreesWithUptime) {
-  // The kernel counts anew every five seconds; a second try falls within one such span.
+  // The kernel updates the load every five seconds; a second attempt is within one such interval.
   for (int attempt = 0;; ++attempt) {
-    const Record record = Call("system load get").GetStruct();
-    const std::string own = TextOf(record, "One Minute") + ", " + TextOf(record, "Five Minutes") +
-                            ", " + TextOf(record, "Fifteen Minutes");
+    const Structure structure = Call("system load get").GetStruct();
+    const std::string own = TextOf(structure, "One Minute") + ", " +
+                            TextOf(structure, "Five Minutes") + ", " +
+                            TextOf(structure, "Fifteen Minutes");
     const std::string other = WitnessLine("uptime | sed 's/.*average: //'");
     if (own == other || attempt == 3) {
       EXPECT_EQ(own, other);
@@ -135,11 +136,11 @@ TEST(SystemMemoryGetTest, AgreesWithFree) {
     return figures;
   };
   const auto before = look();
-  const Record record = Call("system memory get").GetStruct();
+  const Structure structure = Call("system memory get").GetStruct();
   const auto after = look();
-  const auto physical = std::dynamic_pointer_cast<MetaStruct>(record->GetField("Physical"));
-  const auto swap = std::dynamic_pointer_cast<MetaStruct>(record->GetField("Swap"));
-  // Others take and give memory between the looks: up to 512 MiB are theirs.
+  const auto physical = std::dynamic_pointer_cast<MetaStruct>(structure->GetField("Physical"));
+  const auto swap = std::dynamic_pointer_cast<MetaStruct>(structure->GetField("Swap"));
+  // Other programs may allocate or free up to 512 MiB at the same time.
   constexpr long kRoom = 512 * 1024;
   EXPECT_EQ(NumberOf(physical, "Total"), before.at("Total"));
   for (const char* const name : {"Used", "Free", "Shared", "Buffers", "Cached", "Available"}) {
@@ -169,14 +170,14 @@ TEST(SystemCpuListTest, AgreesWithLscpu) {
     expected.push_back(line);
   }
   std::vector<std::string> found;
-  for (const Record& record : Call("system cpu list").GetStructs()) {
-    const auto known = [&record](const char* field) {
-      const long number = NumberOf(record, field);
+  for (const Structure& structure : Call("system cpu list").GetStructs()) {
+    const auto known = [&structure](const char* field) {
+      const long number = NumberOf(structure, field);
       return number < 0 ? std::string() : std::to_string(number);
     };
-    found.push_back(TextOf(record, "Number") + "," +
-                    (TextOf(record, "Online") == "true" ? "Y" : "N") + "," + known("Node") + "," +
-                    known("Socket") + "," + known("Core"));
+    found.push_back(TextOf(structure, "Number") + "," +
+                    (TextOf(structure, "Online") == "true" ? "Y" : "N") + "," + known("Node") +
+                    "," + known("Socket") + "," + known("Core"));
   }
   EXPECT_EQ(found, expected);
 }
@@ -185,9 +186,9 @@ TEST(SystemCpuListTest, AgreesWithLscpuAboutTheModel) {
   const auto value = [](const std::string& name) {
     return WitnessLine("lscpu | sed -n 's/^" + name + ": *//p' | head -1");
   };
-  for (const Record& record : Call("system cpu list").GetStructs()) {
-    EXPECT_EQ(TextOf(record, "Model"), value("Model name"));
-    EXPECT_EQ(TextOf(record, "Vendor"), value("Vendor ID"));
+  for (const Structure& structure : Call("system cpu list").GetStructs()) {
+    EXPECT_EQ(TextOf(structure, "Model"), value("Model name"));
+    EXPECT_EQ(TextOf(structure, "Vendor"), value("Vendor ID"));
   }
 }
 
@@ -202,24 +203,24 @@ TEST(SystemCpuListTest, AgreesWithLscpuAboutSiblings) {
     cores[cpu] = core;
     siblings[core] += (siblings[core].empty() ? "" : ", ") + cpu;
   }
-  for (const Record& record : Call("system cpu list", {{"online", "true"}}).GetStructs()) {
-    EXPECT_EQ(TextOf(record, "Siblings"), siblings[cores[TextOf(record, "Number")]]);
+  for (const Structure& structure : Call("system cpu list", {{"online", "true"}}).GetStructs()) {
+    EXPECT_EQ(TextOf(structure, "Siblings"), siblings[cores[TextOf(structure, "Number")]]);
   }
 }
 
-TEST(SystemCpuListTest, IsAsFastAsTheKernelSays) {
+TEST(SystemCpuListTest, AgreesWithTheKernelAboutTheFrequency) {
   const std::string look = "sed -n 's/^cpu MHz[^0-9]*\\([0-9]*\\).*/\\1/p' /proc/cpuinfo";
   const auto before = WitnessLines(look);
-  const auto records = Call("system cpu list", {{"online", "true"}}).GetStructs();
+  const auto structures = Call("system cpu list", {{"online", "true"}}).GetStructs();
   const auto after = WitnessLines(look);
   if (before.empty()) {
-    EXPECT_THAT(FieldOf(records, "Frequency"), Each("-1")) << "not every kernel tells";
+    EXPECT_THAT(FieldOf(structures, "Frequency"), Each("-1")) << "not every kernel tells";
     return;
   }
-  ASSERT_EQ(records.size(), before.size());
-  for (std::size_t i = 0; i < records.size(); ++i) {
-    // It may have been another one between the looks, within what processors can do.
-    ExpectBetween(NumberOf(records[i], "Frequency"), std::stol(before[i]), std::stol(after[i]),
+  ASSERT_EQ(structures.size(), before.size());
+  for (std::size_t i = 0; i < structures.size(); ++i) {
+    // It may have changed in between, within the range of a processor.
+    ExpectBetween(NumberOf(structures[i], "Frequency"), std::stol(before[i]), std::stol(after[i]),
                   before[i] == after[i] ? 1 : 1000, "Frequency");
   }
 }
@@ -258,7 +259,7 @@ TEST(SystemCpuCountTest, AgreesWithGetconf) {
 
 // Processes.
 
-// A process of the test's own, which waits until it is killed.
+// A child process that waits until it is killed.
 class ScopedProcess {
  public:
   explicit ScopedProcess(const std::string& name, bool isZombie = false) {
@@ -291,7 +292,7 @@ class ScopedProcess {
     ::waitpid(id_, nullptr, 0);
   }
 
-  // Ends by itself when the process does not, since the test then fails anyway.
+  // Gives up after a while; the test then fails.
   void WaitUntilItSleeps() const {
     for (int i = 0; i < 500 && WitnessLine("ps -p " + GetId() + " -o s=") != "S"; ++i) {
       ::usleep(10000);
@@ -305,13 +306,13 @@ class ScopedProcess {
   pid_t id_ = -1;
 };
 
-Record FindProcess(const std::string& id) {
-  const auto records = Call("system process list", {{"id", id}}).GetStructs();
-  EXPECT_EQ(records.size(), 1u) << id;
-  return records.empty() ? nullptr : records[0];
+Structure FindProcess(const std::string& id) {
+  const auto structures = Call("system process list", {{"id", id}}).GetStructs();
+  EXPECT_EQ(structures.size(), 1u) << id;
+  return structures.empty() ? nullptr : structures[0];
 }
 
-// What ps says of each process, by number.
+// The output of ps for each process, by number.
 std::map<std::string, std::vector<std::string>> LookAtProcesses() {
   std::map<std::string, std::vector<std::string>> processes;
   for (const std::string& line :
@@ -324,34 +325,34 @@ std::map<std::string, std::vector<std::string>> LookAtProcesses() {
 
 TEST(SystemProcessListTest, AgreesWithPsAboutEveryProcess) {
   const auto before = LookAtProcesses();
-  const auto records = Call("system process list").GetStructs();
+  const auto structures = Call("system process list").GetStructs();
   const auto after = LookAtProcesses();
   std::size_t compared = 0;
   std::set<std::string> found;
-  for (const Record& record : records) {
-    const std::string id = TextOf(record, "Id");
+  for (const Structure& structure : structures) {
+    const std::string id = TextOf(structure, "Id");
     found.insert(id);
     const auto first = before.find(id);
     const auto second = after.find(id);
     if (first == before.end() || second == after.end() || first->second[8] != second->second[8]) {
-      continue;  // came, went or became another program meanwhile
+      continue;  // started, ended or changed its program in between
     }
     const auto isEither = [&](std::size_t column, const char* field) {
-      EXPECT_THAT(TextOf(record, field), AnyOf(first->second[column], second->second[column]))
+      EXPECT_THAT(TextOf(structure, field), AnyOf(first->second[column], second->second[column]))
           << id << " " << field;
     };
     const auto isBetween = [&](std::size_t column, const char* field, long room) {
-      ExpectBetween(NumberOf(record, field), std::stol(first->second[column]),
+      ExpectBetween(NumberOf(structure, field), std::stol(first->second[column]),
                     std::stol(second->second[column]), room, id + " " + field);
     };
     isEither(1, "Parent");
     isEither(2, "User");
     isBetween(3, "Threads", 4);
-    if (first->second[4] != "-") {  // ps keeps the number of a task in real time to itself
+    if (first->second[4] != "-") {  // ps does not print the value of a real-time task
       isEither(4, "Nice");
     }
     isBetween(7, "Seconds", 1);
-    // A compiler beside the tests takes memory and gives it back between two looks.
+    // The memory of a compiler may change in between.
     if (first->second[5] == second->second[5]) {
       isBetween(5, "Virtual", 64 * 1024);
       isBetween(6, "Resident", 64 * 1024);
@@ -359,7 +360,7 @@ TEST(SystemProcessListTest, AgreesWithPsAboutEveryProcess) {
     ++compared;
   }
   EXPECT_GT(compared, 5u);
-  // None that was there all the time is missing.
+  // No process that existed all the time is missing.
   for (const auto& [id, words] : before) {
     EXPECT_TRUE(after.count(id) == 0 || found.count(id) == 1) << id << " " << words[8];
   }
@@ -369,30 +370,30 @@ TEST(SystemProcessListTest, AgreesWithPsAboutAProcessThatDoesNotChange) {
   const ScopedProcess process("still");
   const std::string id = process.GetId();
   process.WaitUntilItSleeps();
-  const Record record = FindProcess(id);
+  const Structure structure = FindProcess(id);
   const auto ps = [&id](const std::string& column) {
     return WitnessLine("ps -ww -p " + id + " -o " + column + "=");
   };
   const auto number = [&ps](const std::string& column) { return std::stol(ps(column)); };
-  EXPECT_EQ(NumberOf(record, "Parent"), number("ppid"));
-  EXPECT_EQ(TextOf(record, "User"), WordsIn(ps("euser:40"))[0]);
-  EXPECT_EQ(TextOf(record, "State"), "sleeping");
+  EXPECT_EQ(NumberOf(structure, "Parent"), number("ppid"));
+  EXPECT_EQ(TextOf(structure, "User"), WordsIn(ps("euser:40"))[0]);
+  EXPECT_EQ(TextOf(structure, "State"), "sleeping");
   EXPECT_EQ(ps("s"), "S");
-  EXPECT_EQ(NumberOf(record, "Threads"), number("nlwp"));
-  EXPECT_EQ(NumberOf(record, "Nice"), number("ni"));
-  EXPECT_EQ(NumberOf(record, "Virtual"), number("vsz"));
-  EXPECT_EQ(NumberOf(record, "Resident"), number("rss"));
-  EXPECT_EQ(TextOf(record, "Time"), ps("time"));
-  EXPECT_EQ(NumberOf(record, "Seconds"), number("cputimes"));
-  EXPECT_EQ(TextOf(record, "Name"), ps("comm"));
-  EXPECT_EQ(TextOf(record, "Command"), ps("args"));
-  EXPECT_EQ(TextOf(record, "Kernel"), "false");
-  const std::string terminal = TextOf(record, "Terminal");
+  EXPECT_EQ(NumberOf(structure, "Threads"), number("nlwp"));
+  EXPECT_EQ(NumberOf(structure, "Nice"), number("ni"));
+  EXPECT_EQ(NumberOf(structure, "Virtual"), number("vsz"));
+  EXPECT_EQ(NumberOf(structure, "Resident"), number("rss"));
+  EXPECT_EQ(TextOf(structure, "Time"), ps("time"));
+  EXPECT_EQ(NumberOf(structure, "Seconds"), number("cputimes"));
+  EXPECT_EQ(TextOf(structure, "Name"), ps("comm"));
+  EXPECT_EQ(TextOf(structure, "Command"), ps("args"));
+  EXPECT_EQ(TextOf(structure, "Kernel"), "false");
+  const std::string terminal = TextOf(structure, "Terminal");
   EXPECT_EQ(terminal.empty() ? "?" : terminal, WordsIn(ps("tty"))[0]);
-  // ps takes the start of the machine from another clock.
+  // ps computes the time of the boot from another clock.
   const long started = WitnessNumber("date -d \"$(ps -p " + id + " -o lstart=)\" +%s");
-  ExpectBetween(WitnessNumber("date -d '" + TextOf(record, "Started") + "' +%s"), started, started,
-                1, "Started");
+  ExpectBetween(WitnessNumber("date -d '" + TextOf(structure, "Started") + "' +%s"), started,
+                started, 1, "Started");
 }
 
 TEST(SystemProcessListTest, ShowsNamesOfAnyBytesSafely) {
@@ -410,12 +411,12 @@ TEST(SystemProcessListTest, ShowsNamesOfAnyBytesSafely) {
   }
 }
 
-TEST(SystemProcessListTest, TellsStates) {
+TEST(SystemProcessListTest, ReportsStates) {
   EXPECT_EQ(TextOf(FindProcess(std::to_string(::getpid())), "State"), "running");
   const ScopedProcess zombie("late", true);
-  const Record record = FindProcess(zombie.GetId());
-  EXPECT_EQ(TextOf(record, "State"), "zombie");
-  EXPECT_EQ(TextOf(record, "Command"), "[late]");
+  const Structure structure = FindProcess(zombie.GetId());
+  EXPECT_EQ(TextOf(structure, "State"), "zombie");
+  EXPECT_EQ(TextOf(structure, "Command"), "[late]");
   const ScopedProcess stopped("halt");
   ::kill(stopped.GetNumber(), SIGSTOP);
   ASSERT_EQ(::waitpid(stopped.GetNumber(), nullptr, WUNTRACED), stopped.GetNumber());
@@ -448,7 +449,7 @@ TEST(SystemProcessListTest, FiltersByRegularExpression) {
   EXPECT_THAT(ids({{"name", "^kestrel\\.odd$"}}), ElementsAre(process.GetId()));
   EXPECT_THAT(ids({{"name", "trel.o"}}), Contains(process.GetId()));
   EXPECT_THAT(ids({{"name", "^odd"}}), IsEmpty());
-  // The command line is still that of the test.
+  // The command line is that of the test.
   EXPECT_THAT(ids({{"name", "kestrel_host_tests"}}), Not(Contains(process.GetId())));
   EXPECT_THAT(ids({{"name", "kestrel_host_tests"}, {"full", ""}}), Contains(process.GetId()));
   EXPECT_THAT(Call("system process list", {{"name", "(a"}}).GetErrors(),
@@ -457,16 +458,16 @@ TEST(SystemProcessListTest, FiltersByRegularExpression) {
 }
 
 TEST(SystemProcessListTest, FiltersByMemory) {
-  const auto records = Call("system process list", {{"min-memory", "1000"}}).GetStructs();
-  EXPECT_THAT(records, Not(IsEmpty()));
-  for (const Record& record : records) {
-    EXPECT_GE(NumberOf(record, "Resident"), 1000);
+  const auto structures = Call("system process list", {{"min-memory", "1000"}}).GetStructs();
+  EXPECT_THAT(structures, Not(IsEmpty()));
+  for (const Structure& structure : structures) {
+    EXPECT_GE(NumberOf(structure, "Resident"), 1000);
   }
   EXPECT_THAT(Call("system process list", {{"min-memory", "1125899906842624"}}).GetStructs(),
               IsEmpty());
 }
 
-TEST(SystemProcessListTest, LeavesOutThreadsOfTheKernelWhenTold) {
+TEST(SystemProcessListTest, SkipsKernelThreadsOnRequest) {
   const auto kernel = [](const Parameters& parameters) {
     return FieldOf(Call("system process list", parameters).GetStructs(), "Kernel");
   };
@@ -480,8 +481,8 @@ TEST(SystemProcessListTest, LeavesOutThreadsOfTheKernelWhenTold) {
 TEST(SystemProcessListTest, Sorts) {
   const auto numbers = [](const char* field, const Parameters& order) {
     std::vector<long> values;
-    for (const Record& record : Call("system process list", order).GetStructs()) {
-      values.push_back(NumberOf(record, field));
+    for (const Structure& structure : Call("system process list", order).GetStructs()) {
+      values.push_back(NumberOf(structure, field));
     }
     return values;
   };
@@ -553,11 +554,12 @@ TEST(SystemParameterListTest, AgreesWithSysctl) {
     const std::string command = std::string("sysctl ") + group + " 2>/dev/null; true";
     const auto before = WitnessLines(command);
     std::vector<std::string> found;
-    for (const Record& record : Call("system parameter list", {{"under", group}}).GetStructs()) {
-      if (TextOf(record, "Value").empty()) {
-        continue;  // sysctl keeps those to itself
+    for (const Structure& structure :
+         Call("system parameter list", {{"under", group}}).GetStructs()) {
+      if (TextOf(structure, "Value").empty()) {
+        continue;  // sysctl does not print those
       }
-      found.push_back(TextOf(record, "Name") + " = " + TextOf(record, "Value"));
+      found.push_back(TextOf(structure, "Name") + " = " + TextOf(structure, "Value"));
     }
     const auto after = WitnessLines(command);
     std::set<std::string> expected;
@@ -581,7 +583,7 @@ TEST(SystemParameterListTest, AgreesWithSysctl) {
     for (const std::string& line : found) {
       equal += expected.count(line);
     }
-    // Counters and random numbers differ at each look; all else is one of both.
+    // Counters and random numbers always change; every other value is one of both.
     EXPECT_GE(equal + 4, found.size()) << group;
   }
 }
@@ -630,16 +632,16 @@ TEST(SystemParameterGetTest, SaysWhatIsWrong) {
   EXPECT_THAT(errors({}), ElementsAre("Missing required parameter --name"));
 }
 
-TEST(SystemParameterSetTest, GivesTheValueThatItHad) {
+TEST(SystemParameterSetTest, AcceptsTheCurrentValue) {
   if (::access("/proc/sys/vm/swappiness", W_OK) != 0) {
-    GTEST_SKIP() << "nobody may change a parameter here";
+    GTEST_SKIP() << "parameters are read-only here";
   }
   const std::string value = WitnessLine("sysctl -n vm.swappiness");
-  const Record record =
+  const Structure structure =
       Call("system parameter set", {{"name", "vm.swappiness"}, {"value", value}}).GetStruct();
-  EXPECT_EQ(TextOf(record, "Name"), "vm.swappiness");
-  EXPECT_EQ(TextOf(record, "Before"), value);
-  EXPECT_EQ(TextOf(record, "After"), value);
+  EXPECT_EQ(TextOf(structure, "Name"), "vm.swappiness");
+  EXPECT_EQ(TextOf(structure, "Before"), value);
+  EXPECT_EQ(TextOf(structure, "After"), value);
   EXPECT_EQ(Print("system parameter set", {{"n", "vm.swappiness"}, {"v", value}}, 80),
             "vm.swappiness:\n   Before: " + value + "\n   After : " + value + "\n");
 }
@@ -647,22 +649,22 @@ TEST(SystemParameterSetTest, GivesTheValueThatItHad) {
 TEST(SystemParameterSetTest, ChangesTheValueAsSysctlSees) {
   const char* const file = "/proc/sys/vm/stat_interval";
   if (::access(file, W_OK) != 0) {
-    GTEST_SKIP() << "nobody may change a parameter here";
+    GTEST_SKIP() << "parameters are read-only here";
   }
   const std::string value = WitnessLine("sysctl -n vm.stat_interval");
   const std::string other = std::to_string(std::stol(value) + 1);
-  const Record record =
+  const Structure structure =
       Call("system parameter set", {{"name", "vm.stat_interval"}, {"value", other}}).GetStruct();
   EXPECT_EQ(WitnessLine("sysctl -n vm.stat_interval"), other);
-  EXPECT_EQ(TextOf(record, "Before"), value);
-  EXPECT_EQ(TextOf(record, "After"), other);
+  EXPECT_EQ(TextOf(structure, "Before"), value);
+  EXPECT_EQ(TextOf(structure, "After"), other);
   Call("system parameter set", {{"name", "vm.stat_interval"}, {"value", value}});
   EXPECT_EQ(WitnessLine("sysctl -n vm.stat_interval"), value);
 }
 
-TEST(SystemParameterSetTest, RefusesInWordsWithoutTheRight) {
+TEST(SystemParameterSetTest, ReportsAMissingPermission) {
   const std::string value = WitnessLine("sysctl -n vm.swappiness");
-  Call("system uptime get");  // loads the plug-in, which the plain user may not be able to read
+  Call("system uptime get");  // loads the plug-in, which the user may not be allowed to read
   CommandResult result;
   {
     const PlainUser user;
@@ -670,12 +672,11 @@ TEST(SystemParameterSetTest, RefusesInWordsWithoutTheRight) {
   }
   EXPECT_THAT(
       result.GetErrors(),
-      ElementsAre(AnyOf(
-          std::string("You do not have the right to change "
-                      "the parameter 'vm.swappiness'; only root does, and some parameters nobody "
-                      "may change"),
-          std::string("The parameter 'vm.swappiness' "
-                      "cannot be changed from here: Read-only file system"))));
+      ElementsAre(AnyOf(std::string("You do not have the right to change "
+                                    "the parameter 'vm.swappiness'; usually only root may, "
+                                    "and some are read-only"),
+                        std::string("The parameter 'vm.swappiness' "
+                                    "cannot be changed from here: Read-only file system"))));
   EXPECT_EQ(WitnessLine("sysctl -n vm.swappiness"), value);
 }
 
@@ -685,18 +686,18 @@ TEST(SystemParameterSetTest, NeedsNameAndValue) {
       ElementsAre("Missing required parameter --name", "Missing required parameter --value"));
 }
 
-// People.
+// Users.
 
 TEST(SystemAccountListTest, AgreesWithGetent) {
   std::vector<std::string> expected =
       WitnessLines("getent passwd | sed 's/,[^:]*//' | cut -d: -f1,3-");
   std::vector<std::string> found;
-  for (const Record& record : Call("system account list").GetStructs()) {
-    found.push_back(TextOf(record, "Name") + ":" + TextOf(record, "User Id") + ":" +
-                    TextOf(record, "Group Id") + ":" + TextOf(record, "Full Name") + ":" +
-                    TextOf(record, "Home") + ":" + TextOf(record, "Shell"));
-    EXPECT_EQ(TextOf(record, "Group"),
-              WitnessLine("getent group " + TextOf(record, "Group Id") + " | cut -d: -f1"));
+  for (const Structure& structure : Call("system account list").GetStructs()) {
+    found.push_back(TextOf(structure, "Name") + ":" + TextOf(structure, "User Id") + ":" +
+                    TextOf(structure, "Group Id") + ":" + TextOf(structure, "Full Name") + ":" +
+                    TextOf(structure, "Home") + ":" + TextOf(structure, "Shell"));
+    EXPECT_EQ(TextOf(structure, "Group"),
+              WitnessLine("getent group " + TextOf(structure, "Group Id") + " | cut -d: -f1"));
   }
   EXPECT_EQ(found, expected);
 }
@@ -729,14 +730,14 @@ TEST(SystemAccountGroupsTest, AgreesWithId) {
   }
 }
 
-TEST(SystemAccountGroupsTest, SaysWhenThereIsNoSuchAccount) {
+TEST(SystemAccountGroupsTest, ReportsAMissingAccount) {
   EXPECT_THAT(Call("system account groups", {{"name", "no such"}}).GetErrors(),
               ElementsAre("There is no account 'no such'"));
 }
 
 TEST(SystemSessionListTest, AgreesWithWho) {
   if (::access("/run/utmp", R_OK) != 0) {
-    // Without login records the sessions are those of the login service.
+    // Without login entries, the sessions are those of the login service.
     const auto expected = WitnessLines(
         "for s in /run/systemd/sessions/*; do [ ! -f $s ] || sed -n 's/^USER=//p' $s; done");
     EXPECT_THAT(FieldOf(Call("system session list").GetStructs(), "User"),
@@ -744,8 +745,8 @@ TEST(SystemSessionListTest, AgreesWithWho) {
     return;
   }
   std::vector<std::string> found;
-  for (const Record& record : Call("system session list").GetStructs()) {
-    found.push_back(TextOf(record, "User") + " " + TextOf(record, "Terminal"));
+  for (const Structure& structure : Call("system session list").GetStructs()) {
+    found.push_back(TextOf(structure, "User") + " " + TextOf(structure, "Terminal"));
   }
   EXPECT_THAT(
       found, ::testing::UnorderedElementsAreArray(WitnessLines("who | awk '{print $1 \" \" $2}'")));
@@ -759,8 +760,8 @@ TEST(SystemModuleListTest, ListsWhatTheKernelLists) {
   const auto expected =
       WitnessLines("[ ! -e /proc/modules ] || cut -d' ' -f1 /proc/modules | LC_ALL=C sort");
   EXPECT_EQ(FieldOf(Call("system module list").GetStructs(), "Name"), expected);
-  for (const Record& record : Call("system module list", {{"unused", ""}}).GetStructs()) {
-    EXPECT_EQ(NumberOf(record, "References"), 0);
+  for (const Structure& structure : Call("system module list", {{"unused", ""}}).GetStructs()) {
+    EXPECT_EQ(NumberOf(structure, "References"), 0);
   }
 }
 

@@ -10,8 +10,8 @@
 #include "plugins/host/support/HostCall.h"
 #include "plugins/host/support/MadeUpMachine.h"
 
-// The commands below "system" on a machine whose data is in the test: what they print, byte for
-// byte, and what each filter lists.
+// The commands below "system" on a machine with made-up data: their exact output, and the effect of
+// each filter.
 namespace Kestrel::Testing {
 namespace {
 
@@ -20,7 +20,7 @@ using ::testing::IsEmpty;
 
 class SystemMachineTest : public MadeUpMachineTest {
  protected:
-  // Started at 2023-11-14 22:13:20 UTC, two days and some hours ago.
+  // Started at 2023-11-14 22:13:20 UTC.
   SystemMachineTest() {
     File("proc/uptime", "187384.99 360000.50\n");
     File("proc/stat", "cpu  1 2 3\nbtime 1700000000\nprocesses 5\n");
@@ -31,7 +31,7 @@ class SystemMachineTest : public MadeUpMachineTest {
          "SwapFree: 1500 kB\n");
   }
 
-  // A process whose numbers the test does not look at are 0.
+  // Other numbers are 0.
   struct Sample {
     long id = 0;
     std::string name;
@@ -65,7 +65,7 @@ class SystemMachineTest : public MadeUpMachineTest {
     AddProcess({100, "a\n(b)", "", 'Z', 1, 0, 0, 0, 0, 0});
   }
 
-  // The numbers of the processes that a call lists, in its order.
+  // The numbers of the listed processes.
   static std::vector<std::string> Ids(const Parameters& parameters) {
     return CallColumn("system process list", "Id", parameters);
   }
@@ -321,7 +321,7 @@ TEST_P(ProcessFilterTest, ListsTheProcesses) {
 INSTANTIATE_TEST_SUITE_P(Filters, ProcessFilterTest, ::testing::ValuesIn(kProcessFilters),
                          [](const auto& test) { return test.param.name; });
 
-TEST_F(SystemMachineTest, LeavesOutProcessesThatVanish) {
+TEST_F(SystemMachineTest, SkipsProcessesThatEnd) {
   AddSampleProcesses();
   Folder("proc/55");
   File("proc/56/stat", "56 (cut");
@@ -443,7 +443,7 @@ TEST_F(SystemMachineTest, ListsTheSessionsOfTheLoginService) {
   });
 }
 
-TEST_F(SystemMachineTest, ListsNoSessionWhereNobodyNotesThem) {
+TEST_F(SystemMachineTest, ListsNoSessionWithoutALoginService) {
   RunThere([] { EXPECT_THAT(CallRows("system session list"), IsEmpty()); });
 }
 

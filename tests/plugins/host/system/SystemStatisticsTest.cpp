@@ -18,7 +18,7 @@ using ::testing::HasSubstr;
 using Testing::ScopedTempDir;
 using ::testing::ThrowsMessage;
 
-TEST(SystemStatisticsTest, ReadsTheUptimeWithoutPartsOfASecond) {
+TEST(SystemStatisticsTest, RoundsTheUptimeDown) {
   const ScopedTempDir proc;
   proc.Write("uptime", "86399.99 123.45\n");
   EXPECT_EQ(ReadUptime(proc.GetPath()).seconds, 86399);
@@ -77,7 +77,7 @@ TEST(SystemStatisticsTest, NumbersAtTheLimitsOf64BitsDoNotOverflow) {
   EXPECT_EQ(memory.GetSwapUsed(), kMax);
 }
 
-TEST(SystemStatisticsTest, DoesWithWhatOldKernelsTellOfMemory) {
+TEST(SystemStatisticsTest, WorksWithTheMemoryOfOldKernels) {
   const ScopedTempDir proc;
   proc.Write("meminfo", "MemTotal: 1000 kB\nMemFree: 200 kB\nBuffers:\n");
   const Memory memory = ReadMemory(proc.GetPath());
@@ -92,7 +92,7 @@ TEST(SystemStatisticsTest, ReadsWhenTheMachineStarted) {
   EXPECT_EQ(ReadStartTime(proc.GetPath()), 1700000000);
 }
 
-TEST(SystemStatisticsTest, SaysWhichFileIsMissing) {
+TEST(SystemStatisticsTest, ReportsAMissingFile) {
   const auto message = [](const char* file) {
     return std::string("Unable to read /nowhere/") + file + ": No such file or directory";
   };
@@ -102,7 +102,7 @@ TEST(SystemStatisticsTest, SaysWhichFileIsMissing) {
   EXPECT_THAT([] { ReadStartTime("/nowhere"); }, ThrowsMessage<KestrelException>(message("stat")));
 }
 
-TEST(SystemStatisticsTest, SaysWhichFileMakesNoSense) {
+TEST(SystemStatisticsTest, ReportsADamagedFile) {
   const ScopedTempDir proc;
   const auto refuses = [&proc](const char* file, const char* text, auto read) {
     proc.Write(file, text);
@@ -130,7 +130,7 @@ struct MemoryLineCase {
   long buffers;
 };
 
-// A line beside those for the total and the free memory, and what it makes of the buffers.
+// A further line, and the number of buffers that results from it.
 const MemoryLineCase kMemoryLines[] = {
     {"Usual", "Buffers:          12 kB", 12},
     {"WithoutUnit", "Buffers: 12", 12},

@@ -26,15 +26,15 @@ using ::testing::Eq;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
-TEST(SystemToolTest, SaysInWordsThatTheRightIsMissing) {
+TEST(SystemToolTest, ReportsAMissingPermission) {
   const VexilResult result =
       HostRun({"system", "parameter", "set", "--name=kernel.osrelease", "--value=1"}).Run();
-  // Nobody may change this one, root neither.
+  // Not even root may change this parameter.
   EXPECT_THAT(
       result.err,
       AnyOf(Eq("Errors: \nYou do not have the right to "
-               "change the parameter 'kernel.osrelease'; only root does, and some parameters "
-               "nobody may change\n"),
+               "change the parameter 'kernel.osrelease'; usually only root may, and some are "
+               "read-only\n"),
             Eq("Errors: \nThe parameter "
                "'kernel.osrelease' cannot be changed from here: Read-only file system\n")));
   EXPECT_EQ(result.out, "");
@@ -82,7 +82,7 @@ TEST(SystemToolTest, WarnsOfAKeyOnTheCommandLineInItsHelp) {
 
 bool CanMakeUpAMachine() { return ::system("unshare --mount true 2>/dev/null") == 0; }
 
-// What a command prints on a machine that `setUp`, lines of the shell, makes up.
+// The output of a command on a machine that the shell commands in `setUp` prepare.
 std::string PrintElsewhere(const std::string& setUp, const std::string& command) {
   return Witness("unshare --mount sh -ec '" + setUp + "\n" + command + "'");
 }
@@ -93,16 +93,16 @@ TEST(SystemToolTest, ListsTheSessionsThatWhoLists) {
   if (!CanMakeUpAMachine()) {
     GTEST_SKIP() << "a machine can be made up by root alone";
   }
-  utmpx record = {};
-  record.ut_type = USER_PROCESS;
-  record.ut_pid = ::getpid();
-  record.ut_tv.tv_sec = 1700000100;
-  std::strcpy(record.ut_user, "anna");
-  std::strcpy(record.ut_line, "pts/0");
-  std::strcpy(record.ut_host, "203.0.113.9");
+  utmpx entry = {};
+  entry.ut_type = USER_PROCESS;
+  entry.ut_pid = ::getpid();
+  entry.ut_tv.tv_sec = 1700000100;
+  std::strcpy(entry.ut_user, "anna");
+  std::strcpy(entry.ut_line, "pts/0");
+  std::strcpy(entry.ut_host, "203.0.113.9");
   const ScopedTempDir folder;
-  const std::string records = folder.Write(
-      "utmp", std::string_view(reinterpret_cast<const char*>(&record), sizeof(record)));
+  const std::string records =
+      folder.Write("utmp", std::string_view(reinterpret_cast<const char*>(&entry), sizeof(entry)));
   const std::string setUp = "mount -t tmpfs none /run; cp " + records + " /run/utmp";
   const auto who = WordsIn(PrintElsewhere(setUp, "LC_ALL=C who --ips"));
   ASSERT_EQ(who.size(), 6u);
@@ -138,7 +138,7 @@ TEST(SystemToolTest, ListsTheModulesOfAnotherMachine) {
   EXPECT_EQ(PrintElsewhere(setUp, kTool + "system module check --name=snd-timer"), "true\n");
 }
 
-TEST(SystemToolTest, SaysWhatAMachineWithoutProcLacks) {
+TEST(SystemToolTest, ReportsWhatIsMissingWithoutProc) {
   if (Testing::kIsSanitized) {
     GTEST_SKIP() << "the sanitizer needs files of its own in /proc";
   }
