@@ -65,7 +65,7 @@ PHRASES = [
     (r"wants", "needs, must have"),
     (r"all else", "everything else"),
     (r"put in for", "that replaces"),
-    (r"pass(es|ed)? over", "skip"),
+    (r"passed over", "skipped"),
     (r"(is|are) no(?! (longer|more|less|other|different|greater|better|worse))",
      "is not a"),
     (r"texts", "strings, messages"),
