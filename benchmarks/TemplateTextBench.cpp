@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What does it cost to put parameters into a template, beside the same done with expressions.
+// What does it cost to insert parameters into a template, compared with regular expressions?
 
 #include <benchmark/benchmark.h>
 
@@ -23,7 +23,7 @@ using CallSpec::InputSpec;
 using CallSpec::ParameterSpec;
 using CallSpec::ParameterType;
 
-/// About a hundred bytes with each kind of marker, over and over.
+/// A line of about a hundred bytes with every kind of marker, repeated.
 std::string MakeTemplate(std::int64_t size) {
   const std::string line =
       "list '$val{name}'$if{all, --all}$if{unused, --unused} $list{ids,',',true}"
@@ -72,7 +72,7 @@ class OneScan {
   const std::shared_ptr<ExtensionCommand> command_;
 };
 
-/// The same language by expressions that are compiled for each parameter.
+/// The same language, implemented by regular expressions that are compiled for each parameter.
 class Expressions {
  public:
   Expressions(const std::string& text, const std::shared_ptr<InputSpec>& spec)
@@ -127,7 +127,7 @@ class Expressions {
   const std::shared_ptr<InputSpec> spec_;
 };
 
-// The questions.
+// The benchmarks.
 
 template <typename Contender>
 void BM_TemplateSubstitute(benchmark::State& state) {
@@ -144,8 +144,8 @@ void BM_TemplateSubstitute(benchmark::State& state) {
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
 }
 
-/// Blocks in one another. Each removal opens the block around it, so that the text takes
-/// a pass for each level: the time grows with the square of the size.
+/// Blocks in one another. Each removal opens the block around it, so that there is a pass for each
+/// level and the time grows with the square of the size.
 std::string MakeNest(std::int64_t size) {
   constexpr std::int64_t kBytesOfALevel = 16;
   std::string text;

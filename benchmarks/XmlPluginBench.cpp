@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What does it cost to load descriptors of ten commands each, beside a mere reading of the files.
+// What does it cost to load descriptors of ten commands each, compared with only parsing the files?
 
 #include "kestrel/autocli/XmlPlugin.h"
 
@@ -84,7 +84,7 @@ std::string MakeDescriptor(const std::string& name) {
   return text + "  </commands>\n</vexil-plugin>\n";
 }
 
-/// A folder of descriptors, each with a namespace of its own, while the object lives.
+/// A folder of descriptors, each with its own namespace. Deleted with the object.
 class DescriptorFolder {
  public:
   explicit DescriptorFolder(std::int64_t count) {
@@ -107,7 +107,9 @@ class DescriptorFolder {
   std::vector<std::string> files_;
 };
 
-/// What is done to each file, between a state at its beginning and that state's end.
+// What is done with each file: each class is made before the first file and destroyed after the
+// last.
+
 class Trees {
  public:
   static void Take(const std::string& path) { xmlFreeDoc(xmlReadFile(path.c_str(), nullptr, 0)); }

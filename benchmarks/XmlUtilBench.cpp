@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What does it cost to read a value document, in time and in memory, beside a tree of it, a parser
-// that fills plain members, another library, and a mere look at each tag.
+// What does it cost to read a value document, in time and in memory? Compared with making a tree of
+// it, a parser that fills plain members, another library, and only finding each tag.
 
 #include "kestrel/autocli/XmlUtil.h"
 
@@ -30,7 +30,7 @@
 namespace Kestrel::Benchmarks {
 namespace {
 
-// The contenders: each reads a document and holds what it made of it.
+// The contenders. Each reads a document and keeps the result.
 
 class OurValue {
  public:
@@ -55,7 +55,7 @@ class TreeOfXmlReadMemory {
   xmlDoc* const document_;
 };
 
-/// Plain members filled from the parser's events, by a reader that knows the five fields.
+/// Fills plain members from the events of the parser. It knows the five fields.
 class PlainRecordsBySax2 {
  public:
   explicit PlainRecordsBySax2(const std::string& text) {
@@ -131,7 +131,7 @@ class TreeOfPugixml {
 };
 #endif
 
-/// The limit: nothing is made, each tag is only found.
+/// The lower limit: only finds each tag.
 class TagsByMemchr {
  public:
   explicit TagsByMemchr(const std::string& text) {
@@ -152,7 +152,7 @@ class TagsByMemchr {
   std::size_t count_ = 0;
 };
 
-// The questions.
+// The benchmarks.
 
 template <typename Contender>
 void BM_ValueDocumentRead(benchmark::State& state) {
@@ -183,7 +183,7 @@ double PeakResidentBytes() {
 
 template <typename Contender>
 Cost MemoryToRead(const std::string& text) {
-  malloc_trim(0);  // what earlier work has left free would hide what this work takes
+  malloc_trim(0);  // memory that earlier work has freed would hide what is used here
   const double before = ResidentBytes();
   const Contender contender(text);
   if (!contender.IsRead()) {
@@ -194,7 +194,8 @@ Cost MemoryToRead(const std::string& text) {
   return cost;
 }
 
-/// Reports how many bytes a reading takes at its peak for one byte of the document, beside it.
+/// Reports the peak memory of a reading in bytes per byte of the document. The document itself does
+/// not count.
 template <typename Contender>
 void BM_ValueDocumentPeakMemory(benchmark::State& state) {
   const std::string text = MakeValueDocument(static_cast<std::size_t>(state.range(0)));

@@ -1,10 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Input: a value of the parameter "aa" and two of the list "li", a line each; then the template.
+// Input: a value of the parameter "aa" and two of the list "li", one per line; then the template.
 //
-// A value is only text: a template is filled with values as it is filled with stand-ins that mean
-// nothing, and each stand-in is then replaced by its value, made safe in one of the two ways.
+// Values must not be interpreted. So the template is filled twice: with the values, and with
+// stand-ins that have no meaning in a template. The results must be equal when each stand-in is
+// replaced by its value, which was made safe in one of several ways.
 
 #include <algorithm>
 #include <cctype>
@@ -36,7 +37,7 @@ using CallSpec::ParameterType;
 
 constexpr std::size_t kNone = std::string::npos;
 
-// One marker in the prefix of another multiplies the text, so a longer input tells of memory alone.
+// A marker in the prefix of another multiplies the result, so longer inputs would only test memory.
 constexpr std::size_t kMaxInput = 4096;
 
 struct Values {
@@ -44,7 +45,7 @@ struct Values {
   std::vector<std::string> list;
 };
 
-// Bytes that begin, end and separate nothing in a template.
+// Bytes without a meaning in a template.
 const Values kStandIns = {"\1", {"\2", "\3"}};
 
 const std::shared_ptr<InputSpec>& GetInputSpec() {
@@ -59,7 +60,7 @@ const std::shared_ptr<InputSpec>& GetInputSpec() {
   return spec;
 }
 
-// The filled template; nothing when a marker does not fit its parameter's type.
+// Returns the filled template; nothing when a marker does not fit the type of its parameter.
 std::optional<std::string> Fill(const std::string& text, const Values& values, bool forStdin) {
   const std::shared_ptr<ExtensionCommand> command = ExtensionCommand::New();
   command->SetInputSpec(GetInputSpec());
@@ -81,7 +82,7 @@ bool HasAnyOf(const Values& values, const char* bytes) {
   return (values.scalar + values.list[0] + values.list[1]).find_first_of(bytes) != kNone;
 }
 
-// Whether nothing may be left of a value, when it loses its NUL bytes and quotes.
+// Whether a value may become empty when it loses its NUL bytes and quotes.
 bool MayVanish(const std::string& value) {
   constexpr std::string_view kLost("\0'\"", 3);
   return value.find_first_not_of(kLost) == kNone;
@@ -91,8 +92,8 @@ bool MayVanish(const Values& values) {
   return MayVanish(values.scalar) || MayVanish(values.list[0]) || MayVanish(values.list[1]);
 }
 
-// Where the marker that begins with `dollar` stops taking text: behind its name, or its name and
-// comma, a conditional takes any.
+// Returns the end of the part of a marker, from `dollar` on, in which an inserted value could
+// complete the marker. For a conditional this part ends after the name.
 std::size_t FindMarkerEnd(std::string_view text, std::size_t dollar) {
   std::size_t end = dollar + 1;
   while (end < text.size() && std::isalpha(static_cast<unsigned char>(text[end])) != 0) {
@@ -106,15 +107,15 @@ std::size_t FindMarkerEnd(std::string_view text, std::size_t dollar) {
     return text.find_first_of(",}", end);
   }
   if (kind == "$multilist") {
-    // Behind the name and a byte at least of the prefix.
+    // After the name and at least one byte of the prefix.
     const std::size_t begin = std::min(text.find(',', end), text.size() - 1) + 2;
     return std::min(text.find(",true}", begin), text.find(",false}", begin));
   }
   return text.find('}', end);
 }
 
-// Whether values can only stand where text does: behind the comma of a conditional or outside of
-// markers. Elsewhere a value may complete the template's own marker, as authors are told.
+// Whether values are inserted only outside of markers or into the text of a conditional. Elsewhere
+// a value may complete a marker of the template, as the documentation says.
 bool KeepsValuesApart(std::string_view text) {
   for (std::size_t dollar = text.find('$'); dollar != kNone;) {
     const std::size_t next = text.find('$', dollar + 1);
@@ -126,8 +127,9 @@ bool KeepsValuesApart(std::string_view text) {
   return true;
 }
 
-// Whether the rest of the template cannot depend on the values. Braces in a value count for the end
-// of a conditional's text, "$" for its beginning, and without a text it is no conditional.
+// Whether the values cannot change how the rest of the template is read. In a template with
+// conditionals, a brace in a value may end the text of one, a "$" may be the last before a block,
+// and an empty value may leave one without text, so that it is not a conditional.
 bool IsOnlyText(const std::string& text, const Values& values) {
   return text.find_first_of("\1\2\3") == kNone && KeepsValuesApart(text) &&
          (text.find("$if") == kNone || !(HasAnyOf(values, "{}$") || MayVanish(values)));
@@ -147,7 +149,8 @@ std::string Without(std::string value, char c) {
   return value;
 }
 
-// A value for the shell is escaped, or loses the quote that encloses it; no command line has a NUL.
+// The ways to write a value. On a command line it loses its NUL bytes, and either is escaped or
+// loses the quote that encloses it.
 std::vector<std::string> WaysToWrite(const std::string& value, std::string_view quotes,
                                      bool forStdin) {
   if (forStdin) {
@@ -164,7 +167,7 @@ std::vector<std::string> WaysToWrite(const std::string& value, std::string_view 
 std::vector<std::string> WaysToWrite(char standIn, const Values& values, bool forStdin) {
   switch (standIn) {
     case '\1':
-      // In double quotes where a marker for lists takes it as a list of one value.
+      // Double quotes enclose it where a marker for lists treats it as a list of one value.
       return WaysToWrite(values.scalar, "'\"", forStdin);
     case '\2':
     case '\3':
@@ -174,7 +177,7 @@ std::vector<std::string> WaysToWrite(char standIn, const Values& values, bool fo
   }
 }
 
-// Whether `text` is `pattern` with a value, written in one of its ways, for each stand-in.
+// Whether `text` is `pattern` with each stand-in replaced by its value, written in one of its ways.
 bool Matches(std::string_view text, std::string_view pattern, const Values& values, bool forStdin) {
   std::set<std::size_t> ends = {0};
   for (const char c : pattern) {
@@ -208,13 +211,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   for (const bool forStdin : {false, true}) {
     const std::optional<std::string> filled = Fill(text, values, forStdin);
     if (text.find('$') == std::string::npos) {
-      Require(filled == text, "a template without a marker stays as it is");
+      Require(filled == text, "a template without a marker is unchanged");
     }
     if (!IsOnlyText(text, values)) {
       continue;
     }
     const std::optional<std::string> pattern = Fill(text, kStandIns, forStdin);
-    Require(filled.has_value() == pattern.has_value(), "a value decides over no marker");
+    Require(filled.has_value() == pattern.has_value(),
+            "whether a marker fits does not depend on a value");
     Require(!filled || Matches(*filled, *pattern, values, forStdin), "a value is only text");
   }
   return 0;

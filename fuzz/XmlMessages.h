@@ -11,21 +11,21 @@
 
 namespace Kestrel::Fuzz {
 
-/// Keeps libxml2's diagnostics, which almost every input brings, off standard error.
+/// Collects the diagnostics of libxml2 during its lifetime. Nearly every input causes some, which
+/// would otherwise go to standard error.
 class XmlMessages {
  public:
-  /// From now on every message is kept.
   XmlMessages() { xmlSetGenericErrorFunc(this, Keep); }
   ~XmlMessages() { xmlSetGenericErrorFunc(nullptr, nullptr); }
   XmlMessages(const XmlMessages&) = delete;
   XmlMessages& operator=(const XmlMessages&) = delete;
 
-  /// What was said so far.
+  /// The diagnostics so far.
   const std::string& GetText() const { return text_; }
 
  private:
   __attribute__((format(printf, 2, 3))) static void Keep(void* messages, const char* format, ...) {
-    // Longer messages quote the input, and go on in the next one.
+    // A longer message quotes the input; the rest of it may be dropped.
     char buffer[512];
     va_list arguments;
     va_start(arguments, format);

@@ -3,8 +3,9 @@
 
 // Input: a plug-in descriptor.
 //
-// A descriptor is refused with its path, or everything that it declares can be found, described,
-// checked and put into templates. No command is run: its line would be the input's.
+// Either the descriptor is refused with its path in the message, or everything that it declares can
+// be found in the tree, described, validated and inserted into templates. No command is run,
+// because the input determines its command line.
 
 #include "kestrel/autocli/XmlPlugin.h"
 
@@ -50,7 +51,7 @@ bool BeginsWith(std::string_view text, std::string_view start) {
   return text.substr(0, start.size()) == start;
 }
 
-// The plug-in of the descriptor, null when it is refused.
+// Loads the descriptor. Returns null when it is refused.
 std::shared_ptr<XmlPlugin> Load(const std::string& path) {
   const std::shared_ptr<XmlPlugin> plugin = XmlPlugin::New(path);
   try {
@@ -64,7 +65,7 @@ std::shared_ptr<XmlPlugin> Load(const std::string& path) {
   }
 }
 
-// A user's expression may be none: that one exception is not ours.
+// The regular expression of a user may be invalid, which throws an exception of its library.
 bool HasExpression(const ParameterSpec& parameter) {
   const auto& constraint = parameter.GetConstraint();
   return constraint != nullptr && constraint->GetType() == ParameterConstraintType::StringRegex;
@@ -75,10 +76,10 @@ void RequireChecksValues(ParameterSpec& parameter) {
   for (const char* value : {"", "1", "true", "aaaaaaaaaaaaaaaaaaaaaaaaaaaaaa!"}) {
     try {
       const bool isValid = parameter.Validate({value}, output);
-      Require(isValid || output->HasError(), "a refused value is told of");
+      Require(isValid || output->HasError(), "a refused value is reported");
     } catch (const KestrelException&) {
     } catch (const std::exception&) {
-      Require(HasExpression(parameter), "only a user's expression brings its own exceptions");
+      Require(HasExpression(parameter), "only the expression of a user throws other exceptions");
     }
   }
 }
@@ -98,7 +99,7 @@ void Substitute(ExtensionCommand& command, const std::shared_ptr<CommandInput>& 
     try {
       command.SubstituteInput(input, forStdin);
     } catch (const KestrelException&) {
-      // A marker that does not fit its parameter's type.
+      // A marker does not fit the type of its parameter.
     }
   }
 }
@@ -109,7 +110,7 @@ void RequireUsable(ExtensionCommand& command) {
     spec = command.GetInputSpec();
   } catch (const KestrelException& error) {
     Require(BeginsWith(error.what(), "Found a duplicate paramater "),
-            "only a help of its own spoils a command");
+            "a command is only invalid when it declares its own help");
     return;
   }
   for (const auto& parameter : spec->GetParameters()) {
@@ -165,7 +166,7 @@ std::list<std::string> SplitAtStops(const std::string& path) {
   return words;
 }
 
-// Each element in the lists of that name has its node in the tree.
+// Every element `elementName` in the elements `listName` must have a node of that type in the tree.
 void RequireRegistered(xmlNode* descriptor, const char* listName, const char* elementName,
                        NodeType type, const std::shared_ptr<NamespaceNode>& root) {
   for (xmlNode* list = descriptor->children; list != nullptr; list = list->next) {
@@ -187,7 +188,7 @@ void RequireRegistered(const std::string& text, const std::shared_ptr<NamespaceN
   RequireRegistered(descriptor, "commands", "command", NodeType::Command, root);
 }
 
-// False when the descriptor does not fit into the tree; what was inserted before stays, and works.
+// Returns false when a node cannot be inserted. What was inserted before stays and must work.
 bool Register(XmlPlugin& plugin, const std::shared_ptr<RootNamespace>& root) {
   try {
     plugin.RegisterNamespaces(root);

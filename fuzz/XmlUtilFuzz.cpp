@@ -3,8 +3,8 @@
 
 // Input: a value document, as a command prints it.
 //
-// The reader returns the same value as a reader of the document's tree, with the same messages of
-// the parser. A value that was read can be printed and read again.
+// The result must be the same as from a tree of the document, including the diagnostics of the
+// parser. A value must be readable again after it was printed.
 
 #include "kestrel/autocli/XmlUtil.h"
 
@@ -27,7 +27,8 @@
 namespace Kestrel::Fuzz {
 namespace {
 
-// What reading comes to: a value, none, or an exception, with what the parser said before.
+// The result of a reading. The text contains the diagnostics of the parser and the printed value or
+// the message of the exception.
 struct Outcome {
   std::string text;
   Value value;
@@ -83,7 +84,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string text = FuzzInput(data, size).TakeRest();
   const Outcome read = OutcomeOf([&] { return Kestrel::AutoCli::XmlUtil_ParseXmlOutput(text); });
   RequireEqual(read.text, OutcomeOf([&] { return ReadTree(text); }).text,
-               "a document is read as its tree is");
+               "a document is read as from its tree");
   if (read.value != nullptr) {
     const XmlMessages messages;
     RequireJsonReadsBack(read.value);

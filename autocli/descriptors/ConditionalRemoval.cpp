@@ -26,7 +26,8 @@ namespace {
 
 constexpr std::size_t kNone = std::string::npos;
 
-/// A "{" of the template and the position after the "}" that closes it, or none.
+/// The position of a "{" of the template, and the one after the "}" that closes it. The second is
+/// kNone when the block is not closed.
 struct Block {
   std::size_t begin;
   std::size_t end;
@@ -52,7 +53,7 @@ std::vector<Block> FindBlocks(const MarkedText& text) {
   return blocks;
 }
 
-/// One pass over a text.
+/// One pass through `text`.
 class Pass {
  public:
   explicit Pass(const MarkedText& text) : text_(text) {}
@@ -71,7 +72,7 @@ class Pass {
   /// A "$" in `kept_`.
   struct Dollar {
     std::size_t position;
-    std::size_t nameEnd;  // where the name after it was read to: no block makes it be read again
+    std::size_t nameEnd;  // the name that follows is known up to here, and is not read again
   };
 
   void KeepOrRemove(const Block& block) {
@@ -98,7 +99,7 @@ class Pass {
     }
     std::size_t& end = dollar.nameEnd;
     end = std::max(end, name);
-    while (IsNameByte(bytes[end])) {  // the "}" of the block ends it
+    while (IsNameByte(bytes[end])) {  // ends at the "}" of the block at the latest
       ++end;
     }
     return end > name && bytes[end] == ',' && end + 2 < bytes.size();
@@ -115,7 +116,7 @@ class Pass {
   }
 
   const MarkedText& text_;
-  std::size_t position_ = 0;  // where the text begins that is neither kept nor removed yet
+  std::size_t position_ = 0;  // everything before it is either in `kept_` or removed
   MarkedText kept_;
   std::vector<Dollar> dollars_;  // from left to right
 };

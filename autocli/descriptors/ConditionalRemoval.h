@@ -7,12 +7,12 @@
 
 namespace Kestrel::AutoCli {
 
-/// Makes one pass through `text` and removes the conditionals found, each with the braces nested
-/// in it. Braces and "$" that a value brought in do not count. Returns whether anything was
-/// removed; then the next pass may meet more.
+/// Makes one pass through `text` and removes each conditional found, together with the blocks
+/// nested in it. A "$", "{" or "}" from a value is an ordinary byte. Returns whether anything was
+/// removed; if so, the next pass may find more.
 ///
 /// A pass takes time linear in the size of the text. A template as people write it takes one or two
-/// passes. Only a nest in which every removal opens another block takes a pass for each block.
+/// passes. Only a nest in which every removal opens another block takes one pass for each block.
 bool RemoveConditionalsOnce(MarkedText& text);
 
 }  // namespace Kestrel::AutoCli

@@ -34,12 +34,12 @@ constexpr char kDoubleQuote = '"';
 
 std::string InDoubleQuotes(const std::string& text) { return kDoubleQuote + text + kDoubleQuote; }
 
-/// Puts the values of parameters into a template.
+/// Inserts the values of parameters into a template.
 class Substitution {
  public:
   Substitution(const Input& input, bool forStdin) : input_(input), forStdin_(forStdin) {}
 
-  /// The template with the parameters of these names put in, one after the other.
+  /// Returns the template with the parameters `names` inserted, one after the other.
   TemplateText Apply(const std::string& text, const std::vector<std::string>& names) const {
     const auto apply = [this](TemplateText& part, const std::string& name) { Apply(part, name); };
     if (names.size() > 1) {
@@ -71,9 +71,9 @@ class Substitution {
     if (forStdin_) {
       text.InsertValue(name, value);
     } else if (*place == TemplateText::ValuePlace::InSingleQuotes) {
-      text.InsertValue(name, ExtensionCommand::SanitizeChar(Carried(value), kSingleQuote));
+      text.InsertValue(name, ExtensionCommand::SanitizeChar(WithoutNul(value), kSingleQuote));
     } else {
-      text.InsertValue(name, ExtensionCommand::SanitizeInput(Carried(value)));
+      text.InsertValue(name, ExtensionCommand::SanitizeInput(WithoutNul(value)));
     }
   }
 
@@ -84,7 +84,7 @@ class Substitution {
     }
     std::string value = Join(ListOf(name), form->separator);
     if (!forStdin_) {
-      value = ExtensionCommand::SanitizeInput(Carried(value));
+      value = ExtensionCommand::SanitizeInput(WithoutNul(value));
     }
     text.InsertList(name, form->isQuoted ? InDoubleQuotes(value) : value);
   }
@@ -109,10 +109,10 @@ class Substitution {
       return isQuoted ? InDoubleQuotes(value) : value;
     }
     if (isQuoted) {
-      // Inside its quotes the shell still expands "$", backquotes and a final backslash.
-      return InDoubleQuotes(ExtensionCommand::SanitizeChar(Carried(value), kDoubleQuote));
+      // Between double quotes the shell still interprets "$", backquotes and backslashes.
+      return InDoubleQuotes(ExtensionCommand::SanitizeChar(WithoutNul(value), kDoubleQuote));
     }
-    return ExtensionCommand::SanitizeInput(Carried(value));
+    return ExtensionCommand::SanitizeInput(WithoutNul(value));
   }
 
   std::vector<std::string> ListOf(const std::string& name) const {
@@ -130,8 +130,9 @@ class Substitution {
     return joined;
   }
 
-  /// A command line ends at its first NUL, which would cut off the quote that closes a value.
-  static std::string Carried(const std::string& value) {
+  /// `value` without NUL bytes. The command line would end at the first one, before the quote that
+  /// closes the value.
+  static std::string WithoutNul(const std::string& value) {
     return ExtensionCommand::SanitizeChar(value, '\0');
   }
 
@@ -139,13 +140,13 @@ class Substitution {
   const bool forStdin_;
 };
 
-/// A call without input gives no parameter.
+/// A call without input has no parameters.
 const Input& InputOrNone(const std::shared_ptr<Input>& input) {
   static const std::shared_ptr<Input> none = Input::New();
   return input == nullptr ? *none : *input;
 }
 
-/// Adds the lines "ERROR:" that `text` begins with to the messages of `output`.
+/// Adds the lines at the start of `text` that begin with "ERROR:" to the messages of `output`.
 void TakeErrorLines(std::string_view text, Output& output) {
   constexpr std::string_view kPrefix = "ERROR:";
   while (StartsWith(text, kPrefix)) {
@@ -157,8 +158,8 @@ void TakeErrorLines(std::string_view text, Output& output) {
 }
 
 void ReportNoData(const std::string& commandLine, int status, Output& output) {
-  // The first letter of the third line is U+0435, and the number tells whether the child ended by
-  // itself, not its exit code: scripts match this text.
+  // Deliberate, because scripts match this message: the third line begins with U+0435, and the
+  // number is 1 for a child that exited and 0 for one that a signal ended, not the exit code.
   const std::string message =
       "Got no data from process.\nCommand " + InDoubleQuotes(commandLine) +
       "\n\xD0\xB5xited with error code: " + std::to_string(WIFEXITED(status) ? 1 : 0);
@@ -166,6 +167,7 @@ void ReportNoData(const std::string& commandLine, int status, Output& output) {
   output.AddErrorMessage(message);
 }
 
+/// Reads the value document `text` and sets its value as the root of `output`.
 void SetResult(const std::string& text, Output& output) {
   try {
     const std::shared_ptr<MetaObj::MetaObject> value = XmlUtil_ParseXmlOutput(text);

@@ -9,13 +9,13 @@
 
 namespace Kestrel::AutoCli {
 
-/// Whether a parameter's name may hold the byte.
+/// Whether `c` may be part of a parameter's name.
 inline bool IsNameByte(char c) {
   return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-';
 }
 
-/// A text that remembers of each byte whether it came from a value. What a value holds is never
-/// read as a marker of the template language.
+/// A string that remembers for each byte whether it came from the template or from a value, so that
+/// a "$" in a value never begins a marker.
 class MarkedText {
  public:
   MarkedText() = default;
@@ -24,17 +24,18 @@ class MarkedText {
   void AppendTemplate(std::string_view text) { Append(text, '\0'); }
   void AppendValue(std::string_view text) { Append(text, '\1'); }
 
+  /// Appends the `length` bytes of `other` from `position` on.
   void Append(const MarkedText& other, std::size_t position, std::size_t length) {
     bytes_.append(other.bytes_, position, length);
     fromValue_.append(other.fromValue_, position, length);
   }
-  /// Keeps the first `size` bytes; there must be as many.
+  void Append(const MarkedText& other) { Append(other, 0, other.Size()); }
+
+  /// Removes everything after the first `size` bytes. `size` must not exceed `Size()`.
   void Truncate(std::size_t size) {
     bytes_.resize(size);
     fromValue_.resize(size);
   }
-
-  void Append(const MarkedText& other) { Append(other, 0, other.Size()); }
 
   const std::string& Bytes() const { return bytes_; }
   std::size_t Size() const { return bytes_.size(); }
@@ -47,7 +48,7 @@ class MarkedText {
   }
 
   std::string bytes_;
-  std::string fromValue_;  // one byte each: 0 or 1
+  std::string fromValue_;  // 0 or 1 for each byte of `bytes_`
 };
 
 }  // namespace Kestrel::AutoCli

@@ -17,8 +17,8 @@ bool IsNamespace(const std::shared_ptr<NamespaceNode>& node) {
   return node->GetType() == NodeType::Namespace;
 }
 
-/// The node at a path of the tree, or null when it leads nowhere: that is the rule here, and asking
-/// costs less than an exception from ResolveNode.
+/// The node at a path of the tree, or null when there is none. Null is the usual result; the
+/// exception of ResolveNode would cost more.
 std::shared_ptr<NamespaceNode> FindRegistered(const std::shared_ptr<Namespace>& root,
                                               const std::list<std::string>& words) {
   std::shared_ptr<NamespaceNode> node = root;
@@ -31,7 +31,7 @@ std::shared_ptr<NamespaceNode> FindRegistered(const std::shared_ptr<Namespace>& 
   return node;
 }
 
-/// Whether a top-level namespace is there already, to be shared.
+/// Whether `registered`, the node of the same name or null, is shared instead of inserting `node`.
 bool IsShared(const std::shared_ptr<NamespaceNode>& registered,
               const std::shared_ptr<NamespaceNode>& node) {
   return registered != nullptr && IsNamespace(registered) && IsNamespace(node) &&

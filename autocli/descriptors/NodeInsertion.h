@@ -11,14 +11,14 @@
 
 namespace Kestrel::AutoCli {
 
-/// Throws KestrelException when `node` may not be inserted because `path` names a node already. Two
-/// top-level namespaces of the same description may share a path.
+/// Throws KestrelException when there is a node at `path` already, unless it and `node` are
+/// top-level namespaces of the same description. Changes nothing.
 void RefuseTakenPath(const std::string& path, const std::shared_ptr<NamespaceNode>& node,
                      const std::shared_ptr<Namespace>& root);
 
-/// Inserts `node` at `path` below `root`, or leaves the top-level namespace there that is to be
-/// shared. Throws KestrelException when the parent does not exist, or when the parent refuses the
-/// name.
+/// Inserts `node` at `path` below `root`. A top-level namespace is not inserted when there is one
+/// of the same name and description already; both share the existing one. Throws KestrelException
+/// when the parent does not exist or rejects the name.
 void InsertNode(const std::string& path, const std::shared_ptr<NamespaceNode>& node,
                 const std::shared_ptr<Namespace>& root);
 

@@ -1,13 +1,15 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A part holds the markers of one parameter, and a parameter stands in one part alone. A cut stands
-// where no marker can run across and where no marker's neighbour is: outside of braces, behind a
-// byte that no opening and no quotes are made of, or between two conditionals.
+// A part contains all markers of one parameter and no marker of another. A template is cut in two
+// kinds of places: between two conditionals, and outside of braces after a separator. A separator
+// is a byte that cannot be part of an opening there and is not a single quote. So a cut never
+// divides a marker or separates it from its quotes.
 //
-// Two things would still join what was cut: a marker that did not end within its part, and one that
-// the text of a parameter and its neighbours have grown into. Both leave an opening behind that
-// names a parameter; a text without any is the text that the whole template would have become.
+// Parameters may still depend on each other: a marker may have no end in its part, or what was
+// inserted may form a new marker together with its neighbours. In both cases the result contains an
+// opening that names a parameter. A result without such an opening is the same as for the whole
+// template.
 
 #include "autocli/descriptors/TemplateParts.h"
 
@@ -22,7 +24,7 @@ namespace {
 constexpr std::size_t kNoPart = std::string::npos;
 constexpr std::string_view kSeparators = " \n\t\",/:;<=>|";
 
-/// The name behind the opening of a marker that stands at `position`; empty when none does.
+/// The name in the marker that opens at `position`; empty when none does.
 std::string_view NameAt(std::string_view text, std::size_t position) {
   for (const std::string_view opening : {"$val{", "$if{", "$list{", "$multilist{"}) {
     if (text.compare(position, opening.size(), opening) == 0) {
@@ -37,19 +39,19 @@ std::string_view NameAt(std::string_view text, std::size_t position) {
   return {};
 }
 
-/// Whether a marker opens in the text for one of the parameters that `isMeant` names.
-template <typename IsMeant>
-bool HasOpening(const MarkedText& text, IsMeant isMeant) {
+/// Whether `text` contains the opening of a marker whose name `isParameter` accepts.
+template <typename IsParameter>
+bool HasOpening(const MarkedText& text, IsParameter isParameter) {
   const std::string& bytes = text.Bytes();
   for (std::size_t i = bytes.find('$'); i != std::string::npos; i = bytes.find('$', i + 1)) {
-    if (!text.IsFromValue(i) && isMeant(NameAt(bytes, i))) {
+    if (!text.IsFromValue(i) && isParameter(NameAt(bytes, i))) {
       return true;
     }
   }
   return false;
 }
 
-/// Tells where a text can be cut, while it is passed byte by byte.
+/// Finds the places where a template can be cut, one byte after the other.
 class CutFinder {
  public:
   explicit CutFinder(std::string_view text) : text_(text) {}
@@ -69,7 +71,7 @@ class CutFinder {
     }
   }
 
-  /// The last place for a cut; 0 when there was none.
+  /// The last place found; 0 when there is none so far.
   std::size_t GetLast() const { return last_; }
 
  private:
@@ -80,7 +82,7 @@ class CutFinder {
   const std::string_view text_;
   std::size_t last_ = 0;
   std::size_t depth_ = 0;
-  bool isConditional_ = false;  // whether the outermost open brace is that of a conditional
+  bool isConditional_ = false;  // whether the outermost open brace belongs to a conditional
 };
 
 class TemplateParts {
@@ -91,7 +93,7 @@ class TemplateParts {
     }
   }
 
-  /// False when the text cannot be cut so that the parameters are apart.
+  /// Returns false when no cuts can separate the parameters.
   bool Cut(std::string_view text) {
     CutFinder cuts(text);
     std::size_t begin = 0;
@@ -120,13 +122,13 @@ class TemplateParts {
     return true;
   }
 
-  /// The part with the parameter's markers; null when it has none.
+  /// The part that contains the parameter's markers; null when there are no markers.
   TemplateText* Find(const std::string& name) {
     const std::size_t part = partOf_.at(name);
     return part == kNoPart ? nullptr : &parts_[part];
   }
 
-  /// All parts as one text. Nothing when a marker opens in it.
+  /// All parts joined. Nothing when the result contains the opening of a marker for a parameter.
   std::optional<TemplateText> Join() const {
     MarkedText joined;
     for (const TemplateText& part : parts_) {
@@ -158,7 +160,7 @@ std::optional<TemplateText> ApplyInParts(
       continue;
     }
     apply(*part, name);
-    // Before the next one: that could find what this one would have taken from it.
+    // Checked before the next parameter is inserted, which could remove the opening.
     if (HasOpening(part->GetMarkedText(), [&](std::string_view own) { return own == name; })) {
       return std::nullopt;
     }

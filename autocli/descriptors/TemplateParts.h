@@ -13,12 +13,14 @@
 
 namespace Kestrel::AutoCli {
 
-/// Puts the parameters of these names into a template, in this order, each one into the part of the
-/// template that holds its markers: the time is that of the text, however many parameters there
-/// are. `apply` puts one parameter into a text.
+/// Inserts the parameters `names` into a template, in this order. `apply` inserts one parameter
+/// into a part of the template.
 ///
-/// Nothing is returned when the parameters cannot be kept apart so. They are then to be put into
-/// the whole text, one after the other, and that is always right.
+/// Each parameter is looked for only in the part that contains its markers. So the time depends on
+/// the size of the template, not on the number of parameters.
+///
+/// Returns nothing when the parameters cannot be separated. The caller must then insert them into
+/// the whole template, one after the other, which is always correct.
 std::optional<TemplateText> ApplyInParts(
     std::string_view text, const std::vector<std::string>& names,
     const std::function<void(TemplateText& part, const std::string& name)>& apply);

@@ -1,14 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Markers, NAME being the name of a parameter:
+// The markers; NAME is the name of a parameter:
 //
 //   $val{NAME}
-//   $if{NAME,TEXT}                       TEXT: one byte or more, to the first "}" after that byte
-//   $list{NAME,'C',FLAG}                 C: one byte or none; FLAG: true or false
-//   $multilist{NAME,PREFIX,FLAG}         PREFIX: one byte or more, to the first ",FLAG}" after it
+//   $if{NAME,TEXT}                  TEXT: at least one byte, up to the first "}" after that byte
+//   $list{NAME,'C',FLAG}            C: one byte or none; FLAG: true or false
+//   $multilist{NAME,PREFIX,FLAG}    PREFIX: at least one byte, up to the first ",FLAG}" after it
 //
-// A marker begins with a "$" of the template; one that a value brought in begins none.
+// Only a "$" of the template begins a marker, not a "$" from a value.
 
 #include "autocli/descriptors/TemplateText.h"
 
@@ -23,7 +23,7 @@ namespace {
 
 constexpr std::size_t kNone = std::string::npos;
 
-/// One occurrence of a marker: its extent, and that of the part that varies.
+/// The extent of one occurrence of a marker, and of the part of it that varies.
 struct Marker {
   std::size_t begin = 0;
   std::size_t end = 0;
@@ -36,7 +36,7 @@ bool Continues(const std::string& text, std::size_t position, std::string_view w
   return text.compare(position, with.size(), with) == 0;
 }
 
-/// The next place from `position` on where `opening`, which begins with "$", stands.
+/// The first occurrence of `opening`, which begins with "$", at or after `position`.
 std::size_t FindOpening(const MarkedText& text, const std::string& opening, std::size_t position) {
   position = text.Bytes().find(opening, position);
   while (position != kNone && text.IsFromValue(position)) {
@@ -45,15 +45,15 @@ std::size_t FindOpening(const MarkedText& text, const std::string& opening, std:
   return position;
 }
 
-/// The last `c` before `end`, or none. Unlike a backward search for a longer text, it looks at many
-/// bytes at once.
+/// The position of the last `c` before `end`, or kNone. Looks at many bytes at once, unlike a
+/// backward search for a longer string.
 std::size_t FindLast(const std::string& text, char c, std::size_t end) {
   const void* const found = memrchr(text.data(), c, end);
   return found == nullptr ? kNone
                           : static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
 }
 
-/// The last place where `opening`, which begins with "$", ends at `end` or before.
+/// The last occurrence of `opening`, which begins with "$", that ends at or before `end`.
 std::size_t FindLastOpening(const MarkedText& text, const std::string& opening, std::size_t end) {
   std::size_t position = end < opening.size() ? 0 : end - opening.size() + 1;
   do {
@@ -63,7 +63,7 @@ std::size_t FindLastOpening(const MarkedText& text, const std::string& opening, 
   return position;
 }
 
-/// Reads "true}" or "false}" at `position`. Returns the position after it, or none.
+/// Reads "true}" or "false}" at `position`. Returns the position after it, or kNone.
 std::size_t ReadFlag(const std::string& text, std::size_t position, bool& flag) {
   constexpr std::string_view kTrue = "true}";
   constexpr std::string_view kFalse = "false}";
@@ -78,10 +78,12 @@ std::size_t ReadFlag(const std::string& text, std::size_t position, bool& flag) 
   return kNone;
 }
 
-/// The kinds of marker: each knows how its occurrences open, and reads one behind its opening.
-/// `Read` returns false when the text behind the opening does not complete the marker; where a
-/// kind is unbounded, no later opening can be complete then either. An opening that ends behind
-/// `LastOpeningEnd` is never complete.
+// There is a class for each kind of marker:
+//   - `Opening` returns the bytes that an occurrence begins with.
+//   - `LastOpeningEnd` returns a position; an opening that ends after it is never complete.
+//   - `Read` reads the rest of an occurrence, which begins at `position`. It returns false when the
+//     marker is not complete. If the kind is unbounded, no later opening is complete then either.
+
 class ValueMarker {
  public:
   static constexpr bool kIsUnbounded = false;
@@ -112,7 +114,7 @@ class ListMarker {
   static std::string Opening(const std::string& name) { return "$list{" + name + ",'"; }
   static std::size_t LastOpeningEnd(const std::string& text) { return text.size(); }
   static bool Read(const std::string& text, std::size_t position, Marker& marker) {
-    // The separator is tried with one byte first, so that it can itself be a quote.
+    // One byte is tried first, so that the separator can be a quote.
     return ReadWith(text, position, 1, marker) || ReadWith(text, position, 0, marker);
   }
 
@@ -140,7 +142,7 @@ class MultiListMarker {
     while (comma != kNone && ReadFlag(text, comma + 1, flag) == kNone) {
       comma = FindLast(text, ',', comma);
     }
-    // A prefix has one byte at least before the comma that ends it.
+    // There is at least one byte of prefix before the comma.
     return comma == kNone || comma == 0 ? 0 : comma - 1;
   }
   static bool Read(const std::string& text, std::size_t position, Marker& marker) {
@@ -164,7 +166,8 @@ class Occurrences {
   Occurrences(const MarkedText& text, const std::string& name)
       : text_(text), opening_(Kind::Opening(name)) {}
 
-  /// Moves on to the next occurrence that begins at `position` or later.
+  /// Finds the first occurrence that begins at or after `position`. Returns false when there is
+  /// none.
   bool Next(std::size_t position, Marker& marker) const {
     for (std::size_t begin = FindOpening(text_, opening_, position); begin != kNone;
          begin = FindOpening(text_, opening_, begin + 1)) {
@@ -179,7 +182,7 @@ class Occurrences {
     return false;
   }
 
-  /// The rightmost occurrence, whether or not another one, begun before it, runs across it.
+  /// The occurrence that begins last, even if it is inside another one.
   std::optional<Marker> Last() const {
     std::size_t end = Kind::LastOpeningEnd(text_.Bytes());
     Marker marker;
@@ -197,7 +200,7 @@ class Occurrences {
   const std::string opening_;
 };
 
-/// Puts what `replacement` says of an occurrence in its place, for each of them.
+/// Replaces every occurrence by what `replacement` appends for it.
 template <typename Kind, typename Replacement>
 void ReplaceAll(MarkedText& text, const std::string& name, Replacement replacement) {
   const Occurrences<Kind> occurrences(text, name);

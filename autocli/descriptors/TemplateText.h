@@ -12,29 +12,28 @@
 
 namespace Kestrel::AutoCli {
 
-/// One template while parameters are put into it, one after the other.
+/// A template into which parameters are inserted, one after the other.
 ///
-/// For each marker there is a question, which tells how the parameter's last occurrence is written,
-/// and an insertion, which replaces every occurrence of the parameter. Each takes time linear in
-/// the size of the text.
+/// For each kind of marker, one operation returns the form of the parameter's last occurrence, and
+/// one replaces all occurrences. Each takes time linear in the size of the template.
 class TemplateText {
  public:
   explicit TemplateText(std::string_view text) : text_(text) {}
   explicit TemplateText(MarkedText text) : text_(std::move(text)) {}
 
   enum class ValuePlace { Bare, InSingleQuotes };
-  /// Where the last `$val{name}` stands; nothing when there is none.
+  /// Whether the last `$val{name}` is directly between single quotes; nothing when there is none.
   std::optional<ValuePlace> FindValue(const std::string& name) const;
   void InsertValue(const std::string& name, std::string_view value);
 
-  /// Replaces every `$if{name,text}` by its text, which ends at the first "}" after its first byte.
+  /// Replaces every `$if{name,text}` by `text`, which ends at the first "}" after its first byte.
   void KeepConditionals(const std::string& name);
 
   struct ListForm {
     std::string separator;  // one byte or none
     bool isQuoted;
   };
-  /// How the last `$list{name,'c',true|false}` is written; nothing when there is none.
+  /// The form of the last `$list{name,'c',true|false}`; nothing when there is none.
   std::optional<ListForm> FindList(const std::string& name) const;
   void InsertList(const std::string& name, std::string_view value);
 
@@ -42,12 +41,12 @@ class TemplateText {
     MarkedText prefix;
     bool isQuoted;
   };
-  /// How the last `$multilist{name,prefix,true|false}` is written; nothing when there is none.
+  /// The form of the last `$multilist{name,prefix,true|false}`; nothing when there is none.
   std::optional<MultiListForm> FindMultiList(const std::string& name) const;
   void InsertMultiList(const std::string& name, const MarkedText& values);
 
-  /// Removes the conditionals that are left, with the braces nested in them. Braces that a value
-  /// brought in do not count.
+  /// Removes all conditionals, together with the blocks nested in them. A "$", "{" or "}" from a
+  /// value is an ordinary byte.
   void RemoveConditionals();
 
   const std::string& GetText() const { return text_.Bytes(); }

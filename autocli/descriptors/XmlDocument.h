@@ -10,6 +10,8 @@
 
 namespace Kestrel::AutoCli {
 
+// Guard objects for what libxml2 allocates. Each releases it on every path.
+
 struct FreeXmlDocument {
   void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
 };
@@ -26,11 +28,11 @@ struct FreeXmlParser {
   }
 };
 
-/// A parsed document, released with its last node.
+/// A document and all its nodes.
 using XmlDocument = std::unique_ptr<xmlDoc, FreeXmlDocument>;
-/// A text that libxml2 has made for us.
+/// A string that libxml2 allocated for its caller.
 using XmlText = std::unique_ptr<xmlChar, FreeXmlText>;
-/// A parser and the document that it may have begun.
+/// A parser and the document that it has begun to make, if any.
 using XmlParser = std::unique_ptr<xmlParserCtxt, FreeXmlParser>;
 
 inline const char* AsChars(const xmlChar* text) { return reinterpret_cast<const char*>(text); }

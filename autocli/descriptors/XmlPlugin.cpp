@@ -17,7 +17,8 @@ namespace Kestrel::AutoCli {
 
 namespace {
 
-/// A device or a pipe would hold up the start; a path that names nothing is the parser's to report.
+/// False for a device or a pipe, which could block the start. True for a path that names nothing:
+/// the parser reports that.
 bool IsReadableFile(const std::string& path) {
   struct stat status;
   return stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode);
@@ -81,7 +82,7 @@ void XmlPlugin::ReadRoot(const xmlNode* root) {
 const std::string& XmlPlugin::GetName() const { return path_; }
 
 void XmlPlugin::RegisterNamespaces(std::shared_ptr<Namespace> root) {
-  // Everything is looked at before anything is inserted.
+  // All nodes are checked before the first is inserted.
   for (const auto& [path, node] : registrations_) {
     if (path.empty()) {
       throw KestrelException("Invalid NULL registration found in XML plugin: " + path_ +
@@ -100,7 +101,7 @@ void XmlPlugin::RegisterNamespaces(std::shared_ptr<Namespace> root) {
 bool XmlPlugin::HasFormatter(const std::string&) { return false; }
 
 std::shared_ptr<Formatter> XmlPlugin::GetFormatter(const std::string&) {
-  // Spelled so: scripts match this text.
+  // Spelled so: scripts match this message.
   throw KestrelException("Xml Plugin doesn't not support formatters");
 }
 
@@ -112,7 +113,7 @@ const std::vector<std::shared_ptr<Formatter>>& XmlPlugin::GetFormatters() {
 std::list<std::string> XmlPlugin::SplitPath(const std::string& path) {
   std::list<std::string> words;
   std::size_t begin = 0;
-  // What stands behind the last full stop counts only when it is not empty.
+  // An empty component after the last full stop is dropped.
   while (begin < path.size()) {
     const std::size_t end = std::min(path.find('.', begin), path.size());
     words.push_back(path.substr(begin, end - begin));

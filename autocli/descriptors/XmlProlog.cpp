@@ -33,8 +33,8 @@ bool DeclaresUtf8(std::string_view declaration) {
          declaration[position + 1 + kUtf8.size()] == declaration[position];
 }
 
-/// Whether the text after a byte order mark is in UTF-8, judged as the parser does: by the first
-/// four bytes and the XML declaration.
+/// Whether the parser will read `text`, which has no byte order mark, as UTF-8. Like the parser,
+/// looks at the first four bytes and at the XML declaration.
 bool IsUtf8(std::string_view text) {
   for (const char c : text.substr(0, 4)) {
     if (c == '\0' || (c & 0x80) != 0) {

@@ -7,7 +7,7 @@
 
 namespace Kestrel::AutoCli {
 
-/// Returns whether the document `text` is in UTF-8, without conversion, and has no document type.
+/// Returns whether the document `text` is encoded in UTF-8 and has no document type.
 ///
 /// Reads only what comes before the root element, and does not check that it is well-formed.
 bool HasPlainProlog(std::string_view text);

@@ -68,7 +68,7 @@ constexpr ParameterTypeWord kParameterTypes[] = {
     {"flag", ParameterType::Flag},
 };
 
-/// The entry of a type's word, or null.
+/// The entry for `word`; null when it names no type.
 const ParameterTypeWord* FindParameterType(const std::string& word) {
   for (const ParameterTypeWord& entry : kParameterTypes) {
     if (word == entry.word) {
@@ -80,7 +80,7 @@ const ParameterTypeWord* FindParameterType(const std::string& word) {
 
 bool IsBooleanWord(const std::string& word) { return word == "true" || word == "false"; }
 
-/// A `parameter` element, as it is written.
+/// The attributes and the description of a `parameter` element, unchecked.
 struct ParameterElement {
   explicit ParameterElement(const xmlNode* node)
       : name(XmlUtil_ExtractAttribute(node, "name")),
@@ -111,7 +111,7 @@ void CheckParameter(const ParameterElement& parameter) {
                            ". Missing or invalid required attribute: 'type'.  Must be one of "
                            "[string, string-list, bool, bool-list, int, int-list]");
   }
-  // Spelled so from here on: scripts match these texts.
+  // "Paramter" is deliberate: scripts match these messages.
   const auto refuse = [&parameter](const std::string& reason) {
     throw KestrelException("Unable to parse Input Paramter " + parameter.name + reason);
   };
@@ -186,7 +186,7 @@ std::shared_ptr<ParameterConstraint> MakeRange(const xmlNode* node) {
   return constraint;
 }
 
-/// How each type of constraint is written and made.
+/// A type of constraint: its name, the child element with its data, and its factory.
 struct ConstraintWord {
   const char* word;
   const char* childName;

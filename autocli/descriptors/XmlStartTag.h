@@ -44,8 +44,9 @@ struct XmlNames {
   }
 };
 
-/// The attributes of a start tag, as the parser passes them to its event: five pointers each (local
-/// name, prefix, namespace, begin and end of the value). Valid during the event only.
+/// The attributes of a start tag, as a parser passes them to the handler of the event: five
+/// pointers each (local name, prefix, namespace, begin and end of the value). Valid during the
+/// event only.
 class XmlAttributes {
  public:
   XmlAttributes() = default;

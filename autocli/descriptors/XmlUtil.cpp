@@ -19,8 +19,8 @@ using MetaObj::MetaStruct;
 
 namespace {
 
-/// The child behind `child`, or null. An entity that is not replaced has its declaration as its
-/// only child, and behind that stand the other declarations of its document.
+/// The child after `child`, or null. Unlike `child->next`, it stays within `node`: the only child
+/// of an entity reference is the declaration of the entity, whose `next` is another declaration.
 const xmlNode* NextChild(const xmlNode* node, const xmlNode* child) {
   return child == node->last ? nullptr : child->next;
 }
@@ -29,14 +29,15 @@ bool IsFieldElement(const xmlNode* node) {
   return node->type == XML_ELEMENT_NODE && IsNamed(node, "field");
 }
 
-/// Whether an attribute's value stands in the tree as one text, which needs no copy in between. Not
-/// so when it is empty, has references, or is a default of the document's type.
+/// Whether an attribute's value is one text node, which can be read without a copy. It is not when
+/// it is empty, contains references, or is a default from the document type.
 bool IsOneText(const xmlAttr& attribute) {
   const xmlNode* value = attribute.type == XML_ATTRIBUTE_NODE ? attribute.children : nullptr;
   return value != nullptr && value->next == nullptr && value->type == XML_TEXT_NODE &&
          value->content != nullptr;
 }
 
+/// The first node at or after `node` that is not skipped between elements, or null.
 const xmlNode* FirstValueAt(const xmlNode* node) {
   while (node != nullptr && IsTextOrComment(node)) {
     node = node->next;
@@ -44,7 +45,7 @@ const xmlNode* FirstValueAt(const xmlNode* node) {
   return node;
 }
 
-/// The value of a document whose tree stands ready. Null when its root holds no value element.
+/// The first value in a document's root element; null when there is none.
 std::shared_ptr<MetaObject> BuildFromRoot(const xmlNode* root) {
   const xmlNode* value = FirstValueAt(root->children);
   return value == nullptr ? nullptr : XmlUtil_BuildMetaObject(value);
@@ -99,7 +100,7 @@ std::string XmlUtil_GetContentForChildByTag(const xmlNode* node, const std::stri
     if (!IsNamed(child, tag)) {
       continue;
     }
-    // Judged by the text gathered so far: an empty first match is let pass.
+    // Checked by the content so far, so a second match is allowed after an empty one.
     if (!content.empty()) {
       throw KestrelException("Illegal Duplicate tags found.  The tag " + tag +
                              " was expected only once, but was found multiple times.");
@@ -140,7 +141,7 @@ std::shared_ptr<MetaObject> XmlUtil_BuildMetaObject(const xmlNode* node) {
 }
 
 std::shared_ptr<MetaStruct> BuildMetaStruct(const xmlNode* node) {
-  auto record = MetaStruct::New(XmlUtil_ExtractAttribute(node, "typeName"));
+  auto structure = MetaStruct::New(XmlUtil_ExtractAttribute(node, "typeName"));
   for (const xmlNode* child : XmlChildren(node)) {
     if (!IsFieldElement(child)) {
       continue;
@@ -151,10 +152,10 @@ std::shared_ptr<MetaStruct> BuildMetaStruct(const xmlNode* node) {
     }
     const xmlNode* value = FirstValueAt(child->children);
     if (value != nullptr) {
-      record->SetField(name, XmlUtil_BuildMetaObject(value));
+      structure->SetField(name, XmlUtil_BuildMetaObject(value));
     }
   }
-  return record;
+  return structure;
 }
 
 std::shared_ptr<MetaList> BuildMetaList(const xmlNode* node) {

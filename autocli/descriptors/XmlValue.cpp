@@ -41,16 +41,16 @@ MetaType ParseListType(const std::string& word) {
       "Invalid list type attribute.  Must be one of [string, int, bool, structure, list]");
 }
 
-/// A structure of the same shape and values. A list locks what declares its shape, and an element
-/// must stay as open as it was built.
+/// Returns a copy of a structure with the same field values, and any other value itself. A list
+/// locks the structure that declares its shape; the element must stay unlocked.
 std::shared_ptr<MetaObject> CopyOfStruct(const std::shared_ptr<MetaObject>& value) {
-  const auto record = std::dynamic_pointer_cast<MetaStruct>(value);
-  if (record == nullptr) {
+  const auto structure = std::dynamic_pointer_cast<MetaStruct>(value);
+  if (structure == nullptr) {
     return value;
   }
-  auto copy = MetaStruct::New(record->GetTypeName());
-  for (const std::string& name : record->GetFieldNames()) {
-    copy->SetField(name, record->GetField(name));
+  auto copy = MetaStruct::New(structure->GetTypeName());
+  for (const std::string& name : structure->GetFieldNames()) {
+    copy->SetField(name, structure->GetField(name));
   }
   return copy;
 }

@@ -10,41 +10,44 @@
 #include "kestrel/metaobj/MetaList.h"
 #include "kestrel/metaobj/MetaObject.h"
 
-// What the elements of a value document mean, whichever way the document is read.
+// The meaning of the elements of a value document, shared by both ways of reading one: from the
+// events of a parser and from a tree.
 
 namespace Kestrel::AutoCli {
 
 inline constexpr const char* kFieldWithoutName =
     "Invalid <field> tag found.  <field> requires a 'name' attribute.";
 
-/// What a result document is refused with when its value cannot be built because of `cause`.
+/// The exception for a result document whose value cannot be built because of `cause`.
 KestrelException UnbuildableXmlOutput(const KestrelException& cause);
 
 enum class XmlValueTag { List, Structure, Int, Bool, String };
 
-/// The meaning of a value element's name. Throws KestrelException for every other name.
+/// The kind of the value element `name`. Throws KestrelException for any other name.
 XmlValueTag ParseXmlValueTag(const char* name);
 
-/// The value of an `int` element: 0 without content. Throws KestrelException when the content does
-/// not begin with an integer that fits in 64 bits.
+/// The value of an `int` element: the integer that `content` begins with, 0 when it is empty.
+/// Throws KestrelException when there is no integer or it does not fit in 64 bits.
 std::shared_ptr<MetaObj::MetaObject> MakeXmlInt(const std::string& content);
 
-/// The value of a `bool` element: true unless the content is one of three words for false.
+/// The value of a `bool` element: false for the contents "false", "f" and "0", true for all others.
 std::shared_ptr<MetaObj::MetaObject> MakeXmlBool(const std::string& content);
 
 /// The value of a `string` element: its content, unchanged.
 std::shared_ptr<MetaObj::MetaObject> MakeXmlString(std::string content);
 
-/// Gathers the elements of a `list` element. The first structure declares the shape of all.
+/// Makes the value of a `list` element, one element after the other. In a list of structures the
+/// first one declares the shape of all.
 class XmlListBuilder {
  public:
-  /// Throws KestrelException when `typeWord` names no kind of list.
+  /// For an element with this `type` attribute. Throws KestrelException when it names no type.
   explicit XmlListBuilder(const std::string& typeWord);
 
-  /// Throws KestrelException when the list cannot hold `element`.
+  /// Appends an element. Throws KestrelException when it has another type or shape, and for every
+  /// element when the type is "list".
   void Add(const std::shared_ptr<MetaObj::MetaObject>& element);
 
-  /// The list. Throws KestrelException when there are no lists of this kind.
+  /// Returns the list. Throws KestrelException for the type "list": there are no lists of lists.
   std::shared_ptr<MetaObj::MetaList> Finish();
 
  private:

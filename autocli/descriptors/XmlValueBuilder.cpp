@@ -14,7 +14,7 @@ using MetaObj::MetaStruct;
 
 namespace {
 
-/// The tree refuses a text of more bytes than this when it comes in several pieces.
+/// The limit of a tree, in bytes, for text or a CDATA section that the parser passes in pieces.
 constexpr std::size_t kMaxJoinedText = 10000000;
 
 }  // namespace
@@ -126,7 +126,7 @@ void XmlValueBuilder::StartValue(const xmlChar* name, const XmlAttributes& attri
 }
 
 XmlValueTag XmlValueBuilder::FindTag(const xmlChar* name) const {
-  // The usual names are found by their addresses; other names and errors take the longer way.
+  // Fast path: the address of a name is enough to recognise it. All other names are compared.
   if (name == names_.string) {
     return XmlValueTag::String;
   }

@@ -16,11 +16,11 @@
 
 namespace Kestrel::AutoCli {
 
-/// Builds the value of a document from a parser's events, one call for each event.
+/// Builds the value of a document from the events of a parser, one call for each event.
 ///
 /// A value is complete when its element ends, and then becomes part of the element around it. The
-/// first value in the root is the result; what follows it is ignored. A call that throws
-/// KestrelException leaves the builder unfinished; only `Stop` may follow then.
+/// first value in the root is the result; everything after it is ignored. After a call has thrown
+/// KestrelException, `Stop` must be called before any other.
 class XmlValueBuilder {
  public:
   /// For a parser with this dictionary, which must outlive the builder.
@@ -28,7 +28,7 @@ class XmlValueBuilder {
 
   void StartElement(const xmlChar* name, const XmlAttributes& attributes);
   void EndElement();
-  /// A text may come in several pieces, one directly after the other. So may a CDATA section.
+  /// Text may come in several pieces, one directly after the other, and so may a CDATA section.
   void Text(const char* text, std::size_t length) { Join(LastNode::Text, text, length); }
   void CData(const char* text, std::size_t length) { Join(LastNode::CData, text, length); }
   void Comment(const char* text);
@@ -38,7 +38,8 @@ class XmlValueBuilder {
   /// Ignores all events from here on.
   void Stop() { done_ = true; }
 
-  /// Whether the value may differ from the one that a tree leads to, so that it must not be used.
+  /// Whether reading the document through a tree may have another result, so that this one must not
+  /// be used.
   bool NeedsTree() const { return needsTree_; }
 
   /// The result; null when the root has no value so far.
@@ -47,7 +48,7 @@ class XmlValueBuilder {
  private:
   enum class LastNode { None, Text, CData, Other };
 
-  /// An open element that holds values.
+  /// An open element that contains values: the root, a field, a structure or a list.
   struct OpenElement {
     enum class Kind { Root, Field, Structure, List };
 
@@ -79,7 +80,7 @@ class XmlValueBuilder {
   std::string content_;                // of the scalar
   std::shared_ptr<MetaObj::MetaObject> value_;
   std::size_t joinedLength_ = 0;  // of the pieces of the last text or CDATA section
-  int ignoredDepth_ = 0;          // open elements without a meaning
+  int ignoredDepth_ = 0;          // the number of open elements that are ignored
   LastNode last_ = LastNode::None;
   bool done_ = false;
   bool needsTree_ = false;

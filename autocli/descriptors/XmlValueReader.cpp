@@ -2,11 +2,11 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // The events of the parser go straight to a builder. Once the value is complete or cannot be built,
-// the rest of the document is only checked for being well-formed, because a document that is not
-// well-formed is reported as such and not by what was built of it.
+// the rest of the document is still checked for being well-formed: that fault takes precedence over
+// an invalid value.
 //
-// A document with diagnostics of the parser is not read this way: they must be those of a parser
-// that makes a tree.
+// A document about which the parser reports anything is read through a tree instead, because the
+// diagnostics must be those of a parser that makes a tree.
 
 #include "autocli/descriptors/XmlValueReader.h"
 

@@ -14,9 +14,9 @@ namespace Kestrel::AutoCli {
 /// possible; `value` is then the value of the document, null when it has none.
 ///
 /// Returns false when the document must be read through a tree: it is not well-formed, the parser
-/// has diagnostics, it has a document type, an encoding other than UTF-8 or an `xml:id`, or one of
-/// its texts exceeds a limit of the tree. Prints nothing in either case. Throws KestrelException
-/// when the value of a well-formed document cannot be built.
+/// reports something about it, it has a document type, an encoding other than UTF-8 or an `xml:id`,
+/// or it contains more text in one place than a tree can hold. Prints nothing in either case.
+/// Throws KestrelException when the value of a well-formed document cannot be built.
 bool ReadXmlValue(const std::string& text, std::shared_ptr<MetaObj::MetaObject>& value);
 
 }  // namespace Kestrel::AutoCli

@@ -51,17 +51,17 @@ std::string ReadFilter(const Input* input, const char* name) {
   return input != nullptr && input->HasParameter(name) ? input->GetParameter(name) : std::string();
 }
 
-// An empty filter is contained in every text.
+// Every string contains the empty filter.
 bool Passes(const std::string& text, const std::string& filter) {
   return text.find(filter) != std::string::npos;
 }
 
-void AddRecord(MetaList& list, const std::string& path, const NamespaceNode& command) {
-  const std::shared_ptr<MetaStruct> record = CommandList::GetOutputStructure();
-  record->SetField("Command", command.GetName());
-  record->SetField("Namespace", path);
-  record->SetField("Description", command.GetDescription());
-  list.Add(record);
+void AddRow(MetaList& list, const std::string& path, const NamespaceNode& command) {
+  const std::shared_ptr<MetaStruct> row = CommandList::GetOutputStructure();
+  row->SetField("Command", command.GetName());
+  row->SetField("Namespace", path);
+  row->SetField("Description", command.GetDescription());
+  list.Add(row);
 }
 
 void ListCommands(NamespaceNode& node, const Filters& filters, MetaList& list) {
@@ -75,7 +75,7 @@ void ListCommands(NamespaceNode& node, const Filters& filters, MetaList& list) {
       ListCommands(*child, filters, list);
     } else if (kind == NodeType::Command && pathPasses && Passes(child->GetName(), filters.name) &&
                Passes(child->GetDescription(), filters.description)) {
-      AddRecord(list, path, *child);
+      AddRow(list, path, *child);
     }
   }
 }

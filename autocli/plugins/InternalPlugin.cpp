@@ -15,7 +15,8 @@ namespace Kestrel::AutoCli {
 
 namespace {
 
-// A static of this function, so that static objects of other sources may ask for it.
+// A static of a function, because static objects of other sources may use it during their
+// initialisation.
 const std::string& PluginName() {
   static const std::string name("Internal");
   return name;

@@ -10,20 +10,19 @@
 
 namespace Kestrel::AutoCli {
 
-/// What kind of plug-in a file is, judged by its path alone.
+/// The kind of plug-in that the path of a file shows.
 enum class PluginFileKind {
-  Other,          ///< no plug-in: to be passed over
+  Other,          ///< not a plug-in: to be skipped
   SharedLibrary,  ///< the whole path matches ".+\.so"
   Descriptor      ///< the whole path matches ".+\.xml"
 };
 
-/// The kind of the file `path`; the case of letters matters, a version after the suffix makes it
-/// another file.
+/// Returns the kind of the file `path`. Case matters. A version after the suffix, as in "a.so.1",
+/// makes it `Other`.
 PluginFileKind KindOfPluginFile(std::string_view path);
 
-/// The paths of all entries of the directory `dir`, each `dir` + "/" + name, in ascending byte
-/// order; "." and ".." are left out, nothing else is. Nothing when `dir` cannot be opened. The
-/// directory is closed again when this returns.
+/// Returns the path `dir` + "/" + name of every entry of the directory `dir` except "." and "..",
+/// in ascending byte order. Nothing when `dir` cannot be opened.
 std::optional<std::vector<std::string>> ListDirectory(const std::string& dir);
 
 }  // namespace Kestrel::AutoCli

@@ -22,10 +22,10 @@ std::string LoaderError() {
   return text != nullptr ? text : "(null)";
 }
 
-// A path without "/" is the loader's to search.
+// The loader searches its own folders for a path without "/".
 bool HasFolder(const std::string& path) { return path.find('/') != std::string::npos; }
 
-// A FIFO or a device would block the loader. What is not there is the loader's to report.
+// A FIFO or a device would block the loader. The loader itself reports a file that does not exist.
 bool IsKnownNotToBeAFile(const std::string& path) {
   struct stat status = {};
   return HasFolder(path) && stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
@@ -56,10 +56,10 @@ void SharedLibraryPlugin::Initialize() {
   if (handle == nullptr) {
     throw KestrelException("Unable to load plugin from " + path_ + " : " + LoaderError());
   }
-  dlerror();  // Drops a text that an earlier call of someone else left behind.
+  dlerror();  // clears a message that an earlier call of other code has left
   void* const symbol = dlsym(handle.get(), kEntryPoint);
   if (symbol == nullptr) {
-    // Closing the handle would overwrite the loader's text, so the message is made first.
+    // The message is made before the handle is closed, which would replace the loader's text.
     throw KestrelException("Unable to get plugin registration point from " + path_ + " : " +
                            LoaderError());
   }

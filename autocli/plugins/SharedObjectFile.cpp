@@ -21,7 +21,7 @@ namespace {
 using FileHeader = ElfW(Ehdr);
 using SegmentHeader = ElfW(Phdr);
 
-// How the header of each file begins that this program's loader takes.
+// The first bytes of every file that the loader of this program accepts.
 constexpr unsigned char kIdentity[EI_OSABI] = {
     ELFMAG0,
     ELFMAG1,
@@ -43,14 +43,13 @@ bool IsForLoader(const unsigned char (&identity)[EI_NIDENT]) {
          std::all_of(identity + EI_PAD, identity + EI_NIDENT, [](auto byte) { return byte == 0; });
 }
 
-/// Whether this program's loader would go on behind the header. Where it would not, it has a text
-/// of its own for that.
+/// Whether the loader of this program accepts the header. If not, it reports that itself.
 bool IsForLoader(const FileHeader& header) {
   return IsForLoader(header.e_ident) && header.e_version == EV_CURRENT && header.e_type == ET_DYN &&
          header.e_phentsize == sizeof(SegmentHeader);
 }
 
-bool EndsBehind(const SegmentHeader& segment, std::uint64_t fileSize) {
+bool EndsAfter(const SegmentHeader& segment, std::uint64_t fileSize) {
   return segment.p_type == PT_LOAD &&
          (segment.p_offset > fileSize || segment.p_filesz > fileSize - segment.p_offset);
 }
@@ -69,7 +68,7 @@ bool IsSharedObjectCutShort(const std::string& path) {
     return false;
   }
   return std::any_of(segments.begin(), segments.end(), [end](const SegmentHeader& segment) {
-    return EndsBehind(segment, static_cast<std::uint64_t>(end));
+    return EndsAfter(segment, static_cast<std::uint64_t>(end));
   });
 }
 

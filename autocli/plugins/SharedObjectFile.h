@@ -7,10 +7,12 @@
 
 namespace Kestrel::AutoCli {
 
-/// Whether `path` is a shared object that ends before the last of what it says it is made of, as a
-/// copy does that ran out of room. The loader maps such a file without a look at its size and is
-/// then ended by SIGBUS. False for everything else, above all for what the loader itself refuses:
-/// a file that ends within its headers, or one with a header that is not for this machine.
+/// Returns whether `path` is a shared object that was cut short: a segment that its headers declare
+/// extends beyond the end of the file. The loader maps such a file without a check and is then
+/// ended by SIGBUS.
+///
+/// Returns false for everything else, including the files that the loader itself rejects: one that
+/// ends within its headers, and one whose header is not for this machine.
 bool IsSharedObjectCutShort(const std::string& path);
 
 }  // namespace Kestrel::AutoCli

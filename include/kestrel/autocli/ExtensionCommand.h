@@ -12,53 +12,66 @@
 
 namespace Kestrel::AutoCli {
 
-/// A command whose work is a shell command line: the caller's parameters are put into a template,
-/// the shell runs the result, and the child's standard output, a value document, is the result.
+/// A command that runs a shell command line and reads its result from standard output.
 ///
-/// Markers of a template, NAME being a parameter's name: `$val{NAME}`, `$if{NAME,text}`,
-/// `$list{NAME,'c',true|false}` and `$multilist{NAME,prefix,true|false}`.
+/// The command line is a template into which the parameters of the call are inserted. What the
+/// child process prints must be a value document (see `XmlUtil_ParseXmlOutput`), which becomes the
+/// result.
+///
+/// The markers of a template are `$val{NAME}`, `$if{NAME,text}`, `$list{NAME,'c',true|false}` and
+/// `$multilist{NAME,prefix,true|false}`; NAME is the name of a parameter.
 class KESTREL_API ExtensionCommand : public Command {
   struct ConstructionKey {
     explicit ConstructionKey() = default;
   };
 
  public:
-  /// A command without parameters, declared output and templates.
+  /// Makes a command without specifications and with empty templates.
   static std::shared_ptr<ExtensionCommand> New();
 
   explicit ExtensionCommand(ConstructionKey);
   ~ExtensionCommand() override;
 
-  /// The declared parameters and output; shared, and read when the command is first asked for them.
+  /// Set the declared parameters and output, which the command shares with the caller. They are
+  /// read when the command is first asked for them; do not change them afterwards.
   void SetInputSpec(const std::shared_ptr<CallSpec::InputSpec>& spec);
   void SetOutputSpec(const std::shared_ptr<CallSpec::OutputSpec>& spec);
-  /// The template of the command line, and that of the data written to its standard input.
+
+  /// Sets the template of the command line.
   void SetExecuteCommand(const std::string& commandTemplate);
+  /// Sets the template of what is written to the standard input of the child process.
   void SetStdin(const std::string& stdinTemplate);
 
-  /// The specifications as set. Throw KestrelException when they never were.
+  /// Return the specifications that were set. Throw KestrelException when there is none.
   std::shared_ptr<CallSpec::InputSpec> GetInputSpecInternal() override;
   std::shared_ptr<CallSpec::OutputSpec> GetOutputSpecInternal() override;
 
-  /// Runs the command line and sets the value that it printed as the root of `output`, or adds
-  /// error messages to it. Throws KestrelException when the child cannot be run.
+  /// Runs the command line and sets the printed value as the root of `output`. A document without a
+  /// value sets nothing.
+  ///
+  /// Errors become messages of `output`: each leading line that begins with "ERROR:", or a single
+  /// message when nothing was printed or the value is invalid. Throws KestrelException when the
+  /// child process cannot be run.
   void ExecuteInternal(const std::shared_ptr<CallSpec::Input>& input,
                        const std::shared_ptr<CallSpec::Output>& output) override;
 
-  /// The template of the standard input (`forStdin`) or of the command line with the parameters of
-  /// `input` put in. In a command line values are made safe for the shell, except where the
-  /// marker's form says otherwise, and lose their NUL bytes, which no command line can carry.
-  /// Throws KestrelException when a marker does not fit its parameter's type.
+  /// Returns the template of the standard input (`forStdin`) or of the command line with the
+  /// parameters of `input` inserted; a null `input` has none.
+  ///
+  /// In a command line, values are escaped for the shell unless the form of the marker says
+  /// otherwise, and lose their NUL bytes, which a command line cannot contain. Throws
+  /// KestrelException when a marker does not fit the type of its parameter.
   std::string SubstituteInput(const std::shared_ptr<CallSpec::Input>& input, bool forStdin);
 
-  /// `value` with a backslash before every character that `isBadChar` names.
+  /// Returns `value` with a backslash before every character for which `isBadChar` is true.
   static std::string SanitizeInput(const std::string& value);
-  /// `value` without any `c`.
+  /// Returns `value` without the character `c`.
   static std::string SanitizeChar(const std::string& value, char c);
-  /// Whether the shell gives `c` a meaning of its own: newline and ! " $ & ' ( ) * ; < > \ ^ ` |
+  /// Whether `SanitizeInput` escapes `c`: newline and ! " $ & ' ( ) * ; < > \ ^ ` |
   static bool isBadChar(char c);
-  /// The size, both delimiters included, of the balanced block that opens at `position` of `text`;
-  /// 0 when none opens there or it is not closed before `length`.
+  /// Returns the size of the block that begins with `open` at `position` of `text`, up to and
+  /// including the `close` that balances it. Returns 0 when there is no `open` at `position` or the
+  /// block is not closed within the first `length` bytes of `text`.
   static std::size_t FindPairedTokenSize(const char* text, std::size_t position, std::size_t length,
                                          char open, char close);
 

@@ -12,8 +12,9 @@
 
 namespace Kestrel::AutoCli {
 
-/// The plug-in that is built into the library, named "Internal": the built-in formatters, and the
-/// command `vexil command list`. Every dispatcher makes one and registers it first.
+/// The plug-in that is built into the library. Its name is "Internal". It has the built-in
+/// formatters and the command `vexil command list`. Every dispatcher makes one and registers it
+/// first.
 class KESTREL_API InternalPlugin : public Plugin {
   struct FactoryFlag {  // private, so only New can construct
     explicit FactoryFlag() = default;
@@ -26,14 +27,15 @@ class KESTREL_API InternalPlugin : public Plugin {
   explicit InternalPlugin(FactoryFlag flag);
   ~InternalPlugin() override;
 
-  /// Makes the formatters: "table", "simple", "xml", "python", "json", "commandhelp", in this
-  /// order. To be called once.
+  /// Makes the formatters "table", "simple", "xml", "python", "json" and "commandhelp", in this
+  /// order. Call it once.
   void Initialize() override;
 
+  /// Returns "Internal".
   const std::string& GetName() const override;
 
-  /// Registers the namespaces `vexil` and `command` and the command `list` below `root`.
-  /// Throws KestrelException when `root` has a child `vexil` already.
+  /// Registers the command `vexil command list` and its namespaces below `root`. Throws
+  /// KestrelException when `root` has a child `vexil` already.
   void RegisterNamespaces(std::shared_ptr<Namespace> root) override;
 
   bool HasFormatter(const std::string& name) override;

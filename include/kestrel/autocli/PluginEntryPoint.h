@@ -8,11 +8,12 @@
 #include "kestrel/Export.h"
 #include "kestrel/autocli/Namespace.h"
 
-/// The entry point that every shared-library plug-in defines; the library itself does not.
+/// The entry point of a shared-library plug-in. Every such plug-in defines it; the library does
+/// not.
 ///
-/// Called once, after the plug-in was opened. It adds its namespaces and commands below `root` and
-/// must not keep `root` itself. A KestrelException that it throws is reported with the plug-in's
-/// path, and what it registered before stays. Included by a plug-in, this header makes the
-/// definition visible to the loader also where everything else is built hidden.
+/// It is called once, after the plug-in was opened. It must add the plug-in's namespaces and
+/// commands below `root`, and must not keep `root` itself. When it throws KestrelException, the
+/// message is reported with the path of the plug-in, and what it registered before stays. A plug-in
+/// that includes this header exports its definition even if it is built with hidden visibility.
 extern "C" KESTREL_API void AutoCli_RegisterNamespaces(
     std::shared_ptr<Kestrel::AutoCli::Namespace> root);

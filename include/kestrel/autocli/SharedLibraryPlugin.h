@@ -12,21 +12,22 @@
 
 namespace Kestrel::AutoCli {
 
-/// A plug-in in a shared object, which registers its namespaces and commands through the entry
-/// point that PluginEntryPoint.h declares, and has no formatters.
+/// A plug-in in a shared object. It registers its namespaces and commands through the entry point
+/// that PluginEntryPoint.h declares, and has no formatters.
 ///
-/// The shared object stays loaded as long as this object lives. The commands that it registered
-/// run its code, so this object must outlive the tree that holds them.
+/// The shared object stays loaded as long as this object exists. The registered commands run its
+/// code, so this object must outlive the tree that contains them.
 class KESTREL_API SharedLibraryPlugin : public Plugin {
   struct FactoryFlag {  // private, so only New can construct
     explicit FactoryFlag() = default;
   };
 
  public:
-  /// The entry point of a shared object.
+  /// The type of the entry point.
   using RegisterFunction = void (*)(std::shared_ptr<Namespace> root);
 
-  /// Makes a plug-in of the file `path`, which is also its name; nothing is opened yet.
+  /// Makes a plug-in for the file `path`, which is not opened yet. The path is also the name of the
+  /// plug-in.
   static std::shared_ptr<SharedLibraryPlugin> New(const std::string& path);
 
   SharedLibraryPlugin(const std::string& path, FactoryFlag flag);
@@ -34,25 +35,29 @@ class KESTREL_API SharedLibraryPlugin : public Plugin {
   SharedLibraryPlugin& operator=(const SharedLibraryPlugin&) = delete;
   ~SharedLibraryPlugin() override;
 
-  /// Opens the file, with its symbols bound lazily and open to later plug-ins, and finds the entry
-  /// point. A path without "/" is searched for as the system's loader searches for libraries.
-  /// Throws KestrelException with the loader's text when either fails, and when a path with "/"
-  /// leads to something that is no regular file, or to one that was cut short, which the loader
-  /// would not survive; nothing stays open then.
+  /// Opens the file and finds the entry point. Symbols are bound lazily and are visible to plug-ins
+  /// opened later. A file whose path has no "/" is searched for in the folders of the system's
+  /// loader.
+  ///
+  /// Throws KestrelException with the loader's message when either fails; the file is closed then.
+  /// Also throws it for a path with "/" that names something other than a regular file, or a file
+  /// that was cut short, which would crash the loader.
   void Initialize() override;
 
+  /// Returns the path of the file.
   const std::string& GetName() const override;
 
-  /// Calls the entry point, whose exceptions pass; does nothing before `Initialize` succeeded.
+  /// Calls the entry point; its exceptions reach the caller. Does nothing before `Initialize` has
+  /// succeeded.
   void RegisterNamespaces(std::shared_ptr<Namespace> root) override;
 
-  /// Always false.
+  /// Returns false.
   bool HasFormatter(const std::string& name) override;
 
-  /// Always null.
+  /// Returns null.
   std::shared_ptr<Formatter> GetFormatter(const std::string& name) override;
 
-  /// Always empty.
+  /// Returns an empty list.
   const std::vector<std::shared_ptr<Formatter>>& GetFormatters() override;
 
  private:

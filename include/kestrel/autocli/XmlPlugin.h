@@ -21,43 +21,48 @@ using xmlNode = struct _xmlNode;
 
 namespace Kestrel::AutoCli {
 
-/// A plug-in read from an XML descriptor: namespaces, and commands whose work is a shell command
-/// line. It offers no formatters.
+/// A plug-in that is declared by an XML descriptor: namespaces, and commands that run shell command
+/// lines. It has no formatters.
 class KESTREL_API XmlPlugin : public Plugin {
   struct ConstructionKey {
     explicit ConstructionKey() = default;
   };
 
  public:
-  /// The plug-in of the descriptor at `path`, which is not opened yet. The path is also its name.
+  /// Makes a plug-in for the descriptor at `path`, which is not opened yet. The path is also the
+  /// name of the plug-in.
   static std::shared_ptr<XmlPlugin> New(const std::string& path);
 
   XmlPlugin(const std::string& path, ConstructionKey);
   ~XmlPlugin() override;
 
-  /// Reads the whole descriptor. Throws KestrelException with the path and the fault when it cannot
-  /// be parsed or breaks a rule; what was read before the fault stays.
+  /// Reads the descriptor. Throws KestrelException, with the path and the fault in the message,
+  /// when it cannot be parsed or is invalid; what was read before the fault stays in the object.
   void Initialize() override;
 
+  /// Returns the path of the descriptor.
   const std::string& GetName() const override;
 
-  /// Inserts what the descriptor declares under `root`, sharing top-level namespaces of the same
-  /// description. Throws KestrelException before anything is inserted when a path is taken, and in
-  /// the middle when a parent is missing or a name is bad; what was inserted before stays.
+  /// Inserts the declared namespaces and commands below `root`. A top-level namespace that exists
+  /// with the same description is shared.
+  ///
+  /// Throws KestrelException when a path is taken; then nothing is inserted. Also throws it when a
+  /// parent does not exist or a name is invalid; then what was inserted before stays.
   void RegisterNamespaces(std::shared_ptr<Namespace> root) override;
 
-  /// False, for every name.
+  /// Returns false.
   bool HasFormatter(const std::string& name) override;
-  /// Throws KestrelException, for every name.
+  /// Throws KestrelException.
   std::shared_ptr<Formatter> GetFormatter(const std::string& name) override;
-  /// An empty list, shared by all such plug-ins.
+  /// Returns an empty list.
   const std::vector<std::shared_ptr<Formatter>>& GetFormatters() override;
 
-  /// The components of a path, separated by full stops; an empty last one is dropped.
+  /// Returns the components of a path, which are separated by full stops. An empty last component
+  /// is dropped.
   static std::list<std::string> SplitPath(const std::string& path);
 
-  /// Record what an element of the descriptor declares, to be registered later. Throw
-  /// KestrelException when the element breaks a rule.
+  /// Read an element of a descriptor and keep what it declares for `RegisterNamespaces`. Throw
+  /// KestrelException when the element is invalid.
   void AddNamespaces(const xmlNode* node);
   void AddNamespace(const xmlNode* node);
   void AddCommands(const xmlNode* node);
@@ -71,25 +76,26 @@ class KESTREL_API XmlPlugin : public Plugin {
   std::vector<std::pair<std::string, std::shared_ptr<NamespaceNode>>> registrations_;
 };
 
-// One reader for each kind of element. Each throws KestrelException when its element breaks a rule.
+// One function for each kind of element. Each throws KestrelException when its element is invalid.
 
 /// Adds the entries of a `meta-data` element to `command`.
 KESTREL_API void ExtractMetaData(const xmlNode* node,
                                  const std::shared_ptr<ExtensionCommand>& command);
-/// Makes a `format-parameters` element the default formatting of `command`.
+/// Sets the default formatter and the default format parameters of `command` from a
+/// `format-parameters` element.
 KESTREL_API void ExtractFormatParams(const xmlNode* node,
                                      const std::shared_ptr<ExtensionCommand>& command);
-/// The parameters and contexts of an `input-spec` element.
+/// Returns the parameters and contexts that an `input-spec` element declares.
 KESTREL_API std::shared_ptr<CallSpec::InputSpec> ExtractInputSpec(const xmlNode* node);
-/// Adds a `parameter` element to `inputSpec`.
+/// Adds the parameter that a `parameter` element declares to `inputSpec`.
 KESTREL_API void ExtractInputParam(const xmlNode* node,
                                    const std::shared_ptr<CallSpec::InputSpec>& inputSpec);
-/// The constraint that a `constraint` element describes.
+/// Returns the constraint that a `constraint` element declares.
 KESTREL_API std::shared_ptr<CallSpec::ParameterConstraint> ExtractParamConstraint(
     const xmlNode* node);
-/// The values of an `enum` element, in document order.
+/// Returns the values of an `enum` element, in document order.
 KESTREL_API std::vector<std::string> ExtractEnum(const xmlNode* node);
-/// The shape that an `output-spec` element declares.
+/// Returns the shape of the result that an `output-spec` element declares.
 KESTREL_API std::shared_ptr<CallSpec::OutputSpec> ExtractOutputSpec(const xmlNode* node);
 
 }  // namespace Kestrel::AutoCli

@@ -16,35 +16,38 @@ using xmlNode = struct _xmlNode;
 
 namespace Kestrel::AutoCli {
 
-// Access to the nodes of a document, which stay its owner's. `node` is never null.
+// Functions on the nodes of a libxml2 document, which the caller keeps. `node` must not be null.
 
-/// The value of an attribute; empty when the node has none of that name.
+/// Returns the value of an attribute; empty when the node has no attribute of that name.
 KESTREL_API std::string XmlUtil_ExtractAttribute(const xmlNode* node, const std::string& name);
 
-/// The content of the node's last child that carries any (a text, a CDATA section or a comment, not
-/// an element), untrimmed; empty when there is none.
+/// Returns the content of the last child of `node` that is text, a CDATA section or a comment.
+/// White space is kept. Empty when there is no such child.
 KESTREL_API std::string XmlUtil_GetContent(const xmlNode* node);
 
-/// The content of the child named `tag`; empty when there is none. Throws KestrelException when
-/// another one follows a child whose content is not empty.
+/// Returns the content of the child named `tag`; empty when there is none. Throws KestrelException
+/// when there is another one after a child whose content is not empty.
 KESTREL_API std::string XmlUtil_GetContentForChildByTag(const xmlNode* node,
                                                         const std::string& tag);
 
-/// The only child of that name, or null. Throws KestrelException when there are several.
+/// Returns the child of that name, null when there is none. Throws KestrelException when there are
+/// several.
 KESTREL_API xmlNode* XmlUtil_FindChildNode(const xmlNode* node, const std::string& name);
 
-/// The value that a value element (`string`, `int`, `bool`, `structure`, `list`) describes. Throws
-/// KestrelException when it describes none.
+/// Builds the value that a value element (`string`, `int`, `bool`, `structure` or `list`)
+/// describes. Throws KestrelException when `node` is not one of these or its content is invalid.
 KESTREL_API std::shared_ptr<MetaObj::MetaObject> XmlUtil_BuildMetaObject(const xmlNode* node);
-/// The value of a `structure` element.
+/// Builds the value of a `structure` element. Throws KestrelException when a field is invalid.
 KESTREL_API std::shared_ptr<MetaObj::MetaStruct> BuildMetaStruct(const xmlNode* node);
-/// The value of a `list` element.
+/// Builds the value of a `list` element. Throws KestrelException when its type or an element is
+/// invalid.
 KESTREL_API std::shared_ptr<MetaObj::MetaList> BuildMetaList(const xmlNode* node);
 
-/// Reads a value document: the first value element in its root. Null when the text is no
-/// well-formed document of at most INT_MAX bytes, or its root holds no value. Throws
-/// KestrelException when the value cannot be built. The parser's diagnostics go to its own channel,
-/// by default standard error.
+/// Reads a value document: the first value element in the root element is its value.
+///
+/// Returns null when the root contains no value element, and when `text` is not well-formed or
+/// longer than INT_MAX bytes. Throws KestrelException when the value cannot be built. Diagnostics
+/// of the parser go to the channel of libxml2, which is standard error by default.
 KESTREL_API std::shared_ptr<MetaObj::MetaObject> XmlUtil_ParseXmlOutput(const std::string& text);
 
 }  // namespace Kestrel::AutoCli

@@ -53,8 +53,8 @@ std::string ReplaceAll(std::string text, const std::string& what, const std::str
   return text;
 }
 
-// The next plug-in still loads, and the tool works.
-TEST_P(BrokenDescriptorTest, IsToldAndPassedOver) {
+// The next plug-in is loaded, and the dispatcher still works.
+TEST_P(BrokenDescriptorTest, IsReportedAndSkipped) {
   const ScopedTempDir folder;
   const std::string broken = folder.GetPath("a.xml");
   std::filesystem::copy_file(GetBrokenDescriptorFolder() + "/" + GetParam().name + ".xml", broken);

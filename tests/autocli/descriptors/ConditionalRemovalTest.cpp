@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What is removed is compared with a model in TemplateTextTest. These tests are about values, and
-// about the work: the bytes that all passes through a text look at.
+// TemplateTextTest compares the results with a model. These tests are about bytes from values, and
+// about the amount of work: the number of bytes that all passes together look at.
 
 #include "autocli/descriptors/ConditionalRemoval.h"
 
@@ -23,8 +23,8 @@ std::string Repeat(std::string_view text, std::size_t count) {
   return repeated;
 }
 
-/// The bytes of the text at the beginning of each pass, added up.
-std::size_t BytesPassedOver(std::string_view text) {
+/// The size of the text at the beginning of each pass, summed over all passes.
+std::size_t BytesLookedAt(std::string_view text) {
   MarkedText rest(text);
   std::size_t bytes = rest.Size();
   while (RemoveConditionalsOnce(rest)) {
@@ -33,7 +33,8 @@ std::size_t BytesPassedOver(std::string_view text) {
   return bytes;
 }
 
-/// Each removal takes away the end of the block around it, which the next pass then steps into.
+/// Blocks in one another. Each removal includes the end of the block around it, so that the next
+/// pass steps into that block.
 std::string NestOfBlocks(std::size_t levels) {
   return Repeat("{ ", levels) + Repeat("$if{no,x} } {}", levels);
 }
@@ -80,37 +81,37 @@ TEST(ConditionalRemovalTest, KeepsWhichBytesCameFromValues) {
   EXPECT_FALSE(text.IsFromValue(9));
 }
 
-TEST(ConditionalRemovalTest, AFlatTemplateTakesOnePassAndALook) {
+TEST(ConditionalRemovalTest, AFlatTemplateTakesTwoPasses) {
   for (const std::size_t count : {1, 100, 10000}) {
     const std::string text = Repeat("tool $if{no,--no '$val{no}'} ${HOME} {c}\n", count);
-    EXPECT_LE(BytesPassedOver(text), 2 * text.size()) << count;
+    EXPECT_LE(BytesLookedAt(text), 2 * text.size()) << count;
   }
 }
 
-TEST(ConditionalRemovalTest, ConditionalsInOneAnotherGoInOnePass) {
+TEST(ConditionalRemovalTest, NestedConditionalsTakeTwoPasses) {
   const std::string nest = Repeat("a $if{no,b ", 16) + Repeat(" c}", 16);
   for (const std::size_t count : {1, 100, 10000}) {
     const std::string text = Repeat(nest, count);
-    EXPECT_LE(BytesPassedOver(text), 2 * text.size()) << count;
+    EXPECT_LE(BytesLookedAt(text), 2 * text.size()) << count;
   }
 }
 
-TEST(ConditionalRemovalTest, BlocksInOneAnotherTakeNoMorePassesThanLevels) {
+TEST(ConditionalRemovalTest, NestedBlocksTakeAtMostOnePassForEachLevelAndALastOne) {
   constexpr std::size_t kLevels = 16;
   for (const std::size_t count : {1, 10, 1000}) {
     const std::string text = Repeat(NestOfBlocks(kLevels), count);
-    EXPECT_LE(BytesPassedOver(text), (kLevels + 1) * text.size()) << count;
+    EXPECT_LE(BytesLookedAt(text), (kLevels + 1) * text.size()) << count;
   }
 }
 
-TEST(ConditionalRemovalTest, ContrivedNestsOfTenKilobytesCostAtMostFiveMegabytesOfPasses) {
+TEST(ConditionalRemovalTest, PassesOverAContrivedNestOfTenKilobytesLookAtFiveMegabytesAtMost) {
   constexpr std::size_t kSize = 10000;
   const std::size_t levels = kSize / NestOfBlocks(1).size();
   for (const std::string& text :
        {NestOfBlocks(levels), Repeat("{", kSize / 2) + NestOfBlocks(levels / 2),
         "$if{" + std::string(kSize / 3, 'a') + Repeat("{}", kSize / 6) + NestOfBlocks(levels / 3),
         Repeat("{", levels) + Repeat("$if{a,b}}{}", levels)}) {
-    EXPECT_LE(BytesPassedOver(text), 5000000U) << text.substr(0, 20);
+    EXPECT_LE(BytesLookedAt(text), 5000000U) << text.substr(0, 20);
   }
 }
 

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What values become in the hands of the real shell. A model derives the words of a command line
-// from the template language's rules for values and the shell's rules for words; the shell must
-// see exactly these, and run nothing besides.
+// Runs filled templates in the real shell. A model derives the words of a command line from the
+// rules of the template language and those of the shell. The shell must see exactly these words and
+// must not run anything else.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -37,10 +37,10 @@ using Testing::ScopedTempDir;
 
 constexpr std::string_view kHome = "/home-of-the-test";
 
-/// The words of one command line, by the shell's rules, in a folder without files.
+/// Divides one command line into words by the rules of the shell, in a folder without files.
 class ShellWords {
  public:
-  /// A byte that no quote and no backslash protects, none of the shell's operators.
+  /// Adds a byte without quotes or a backslash. It must not be an operator of the shell.
   void AddBare(char c) {
     if (inComment_) {
       return;
@@ -69,7 +69,7 @@ class ShellWords {
     }
   }
 
-  /// Quotes make a word, even an empty one.
+  /// Quotes begin a word, even if there is nothing between them.
   void OpenQuotes() {
     if (!inComment_) {
       inWord_ = true;
@@ -77,8 +77,9 @@ class ShellWords {
     }
   }
 
-  /// A value as it stands bare: every special byte behind a backslash. A newline vanishes with its
-  /// backslash; but a comment ends at it, and what follows is another command line.
+  /// Adds a value without quotes, with a backslash before every special byte. The shell drops a
+  /// newline together with its backslash. In a comment the newline counts: it ends the comment, and
+  /// the rest is another command line.
   void AddBareValue(std::string_view value) {
     for (const char c : value) {
       if (c == '\n' && inComment_) {
@@ -102,7 +103,8 @@ class ShellWords {
     }
   }
 
-  /// Within double quotes the backslash protects four bytes, and stays before others.
+  /// Adds a value between double quotes, with a backslash before every special byte. The shell
+  /// drops the backslash before four of them, and the newline with its own.
   void AddDoubleQuotedValue(std::string_view value) {
     OpenQuotes();
     for (const char c : value) {
@@ -152,16 +154,18 @@ std::string Join(const Values& values, std::string_view separator) {
   return joined;
 }
 
-/// What a kept text ends up with: its end is the first brace, if one came with a value.
-std::string CutAtBrace(const std::string& value, std::string& behind) {
+/// The text of a conditional ends at the first "}", even if that comes from a value. The brace of
+/// the conditional itself then remains. Returns `value` without its first "}", and sets `after` to
+/// the brace that remains.
+std::string CutAtBrace(const std::string& value, std::string& after) {
   const std::size_t brace = value.find('}');
-  behind = brace == std::string::npos ? "" : "}";
+  after = brace == std::string::npos ? "" : "}";
   std::string rest = value;
   return brace == std::string::npos ? rest : rest.erase(brace, 1);
 }
 
-/// One safe way to write a parameter, "xx" (a text) or "ll" (a list): the line, whose command `p`
-/// shows its words, and the model of these.
+/// A safe way to write the parameter "xx" (a string) or "ll" (a list) into a template. `text` is
+/// the template; its command `p` prints its words. `model` adds the expected words.
 struct Form {
   const char* name;
   const char* text;
@@ -193,18 +197,18 @@ std::vector<Form> SafeForms() {
     words.AddBare(" end");
   };
   const auto keptBare = [](ShellWords& words, const Values& values) {
-    std::string behind;
+    std::string after;
     words.AddBare("-n ");
-    words.AddBareValue(CutAtBrace(values[0], behind));
-    words.AddBare(behind + " end");
+    words.AddBareValue(CutAtBrace(values[0], after));
+    words.AddBare(after + " end");
   };
   const auto keptQuoted = [](ShellWords& words, const Values& values) {
-    std::string behind;
+    std::string after;
     words.AddBare("-n ");
-    words.AddSingleQuotedValue(CutAtBrace(values[0], behind));
-    words.AddBare(behind + " end");
+    words.AddSingleQuotedValue(CutAtBrace(values[0], after));
+    words.AddBare(after + " end");
   };
-  // List markers are filled after the text has been kept: their braces end nothing.
+  // Lists are inserted after the text was cut at the first "}", so their braces do not end it.
   return {
       {"Bare", "p $val{xx} end", false, bare},
       {"Quoted", "p '$val{xx}' end", false, quoted},
@@ -233,81 +237,82 @@ std::vector<Form> SafeForms() {
   };
 }
 
+constexpr std::string_view kPieces[] = {"touch canary",
+                                        "; touch canary;",
+                                        "$(touch canary)",
+                                        "`touch canary`",
+                                        ">canary",
+                                        "&& touch canary",
+                                        "| tee canary",
+                                        "\n",
+                                        "'",
+                                        "\"",
+                                        "\\",
+                                        "$",
+                                        "$HOME",
+                                        "${HOME}",
+                                        "$((1+1))",
+                                        "*",
+                                        "?",
+                                        "[a-z]",
+                                        "~",
+                                        "#",
+                                        " ",
+                                        "\t",
+                                        "!",
+                                        "&",
+                                        "(",
+                                        ")",
+                                        "<<x",
+                                        "{",
+                                        "}",
+                                        "{a,b}",
+                                        "=",
+                                        "-",
+                                        "--",
+                                        "-e",
+                                        "%s",
+                                        "\\n",
+                                        "$val{xx}",
+                                        "$val{ll}",
+                                        "$if{nope,",
+                                        "$if{xx,",
+                                        "$list{ll,',',true}",
+                                        "$multilist{ll,x,true}",
+                                        "'; touch canary; '",
+                                        "\"; touch canary; \"",
+                                        "\\'; touch canary; \\'",
+                                        "$'",
+                                        "a",
+                                        "B1",
+                                        "\r",
+                                        "\x7F",
+                                        "\xC3\xA4",
+                                        "\xFF",
+                                        "\x81",
+                                        "\x82",
+                                        "\x88",
+                                        "do",
+                                        "done",
+                                        "fi",
+                                        "esac",
+                                        "x=1"};
+
 std::string MakeValue(Random& random) {
-  constexpr std::string_view kPieces[] = {"touch canary",
-                                          "; touch canary;",
-                                          "$(touch canary)",
-                                          "`touch canary`",
-                                          ">canary",
-                                          "&& touch canary",
-                                          "| tee canary",
-                                          "\n",
-                                          "'",
-                                          "\"",
-                                          "\\",
-                                          "$",
-                                          "$HOME",
-                                          "${HOME}",
-                                          "$((1+1))",
-                                          "*",
-                                          "?",
-                                          "[a-z]",
-                                          "~",
-                                          "#",
-                                          " ",
-                                          "\t",
-                                          "!",
-                                          "&",
-                                          "(",
-                                          ")",
-                                          "<<x",
-                                          "{",
-                                          "}",
-                                          "{a,b}",
-                                          "=",
-                                          "-",
-                                          "--",
-                                          "-e",
-                                          "%s",
-                                          "\\n",
-                                          "$val{xx}",
-                                          "$val{ll}",
-                                          "$if{nope,",
-                                          "$if{xx,",
-                                          "$list{ll,',',true}",
-                                          "$multilist{ll,x,true}",
-                                          "'; touch canary; '",
-                                          "\"; touch canary; \"",
-                                          "\\'; touch canary; \\'",
-                                          "$'",
-                                          "a",
-                                          "B1",
-                                          "\r",
-                                          "\x7F",
-                                          "\xC3\xA4",
-                                          "\xFF",
-                                          "\x81",
-                                          "\x82",
-                                          "\x88",
-                                          "do",
-                                          "done",
-                                          "fi",
-                                          "esac",
-                                          "x=1"};
   std::string value;
   for (std::size_t i = random.Below(7); i > 0; --i) {
     if (random.Chance(80)) {
       value += random.Pick(kPieces);
     } else {
       const char c = static_cast<char>(random.Below(256));
-      // A pattern with one of these could match something even in an empty folder.
+      // A pattern with one of these could match a path even in an empty folder.
       value += c == '/' || c == '.' ? 'x' : c;
     }
   }
   return value;
 }
 
-/// Some command lines of one form, and what the shell must show.
+/// Command lines of one form, and the words that the shell must print for them.
 class Batch {
  public:
   explicit Batch(const Form& form) : form_(form) {
@@ -322,7 +327,8 @@ class Batch {
     script_ = "p() { printf '%s\\0' \"$#\" \"$@\"; }\n";
   }
 
-  /// False when the values would leave their line, in a comment that one of them opens.
+  /// Adds a command line. Returns false, and adds nothing, when a value opens a comment and a
+  /// newline in a value ends it.
   bool Add(const Values& values) {
     ShellWords model;
     form_.model(model, values);
@@ -400,7 +406,7 @@ std::string NameOf(const testing::TestParamInfo<Form>& info) { return info.param
 
 INSTANTIATE_TEST_SUITE_P(Forms, SafeFormTest, testing::ValuesIn(SafeForms()), NameOf);
 
-/// What the command line that `text` becomes prints.
+/// Returns what the command line prints that results from the template `text`.
 std::string OutputOf(const std::string& text, const char* name, const std::string& value) {
   auto spec = InputSpec::New();
   spec->AddParameter(ParameterSpec::New("xx", ParameterType::String));
@@ -416,13 +422,13 @@ std::string OutputOf(const std::string& text, const char* name, const std::strin
   return output;
 }
 
-// The shell expands this form: only values that a constraint bounds may stand there.
-TEST(UnsafeFormTest, AQuotedMultiListRunsWhatAValueSays) {
+// The shell expands values in this form, so a constraint must limit them.
+TEST(UnsafeFormTest, AQuotedMultiListRunsCommandsInAValue) {
   EXPECT_EQ(OutputOf("echo$multilist{ll,-p,true}", "ll", "$(echo ran)"), "-p ran\n");
   EXPECT_EQ(OutputOf("echo$multilist{ll,-p,true}", "ll", "`echo ran`"), "-p ran\n");
 }
 
-// A comment ends at a newline, whatever stands before it. Within quotes there are no comments.
+// A comment ends at a newline, even after a backslash. There are no comments between quotes.
 TEST(UnsafeFormTest, ABareValueMayOpenACommentAndLeaveItsLine) {
   const std::string value = "#\necho ran";
   EXPECT_EQ(OutputOf("echo a $val{xx}", "xx", value), "a\nran\n");
@@ -432,7 +438,7 @@ TEST(UnsafeFormTest, ABareValueMayOpenACommentAndLeaveItsLine) {
   EXPECT_EQ(OutputOf("echo a $list{ll,',',true}", "ll", value), "a #echo ran\n");
 }
 
-// The last marker of a parameter decides how all of them are written.
+// The last marker of a parameter determines how the value is written into all of them.
 TEST(UnsafeFormTest, ABareMarkerBeforeAQuotedOneIsNotProtected) {
   EXPECT_EQ(OutputOf("echo $val{xx} '$val{xx}'", "xx", ";echo ran"), "\nran ;echo ran\n");
 }

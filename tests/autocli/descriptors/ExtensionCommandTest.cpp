@@ -36,8 +36,8 @@ std::string lastLogEntry;
 
 }  // namespace
 
-/// Stands in for the system log in the whole program, which the library asks first: keeps the
-/// priority, the format and its one argument of the last entry.
+/// Replaces the function of the C library, for the library under test too. Keeps the priority, the
+/// format and the only argument of the last entry.
 [[gnu::visibility("default")]] void syslog(int priority, const char* format, ...) {
   std::va_list arguments;
   va_start(arguments, format);
@@ -72,7 +72,8 @@ std::string NoData(const std::string& commandLine, int number) {
   return kNoData + commandLine + kExited + std::to_string(number);
 }
 
-/// A command with these parameters besides: aa, bb, val (strings), flag, items and others (lists).
+/// Makes a command with the parameters aa, bb and val (strings), number, flag, items and others
+/// (lists).
 std::shared_ptr<ExtensionCommand> MakeCommand(const std::string& commandTemplate,
                                               const std::string& stdinTemplate = "") {
   auto spec = InputSpec::New();
@@ -122,7 +123,7 @@ std::shared_ptr<Output> Execute(const std::string& commandTemplate, const Values
   return output;
 }
 
-TEST(ExtensionCommandTest, GivesTheSpecificationsThatWereSet) {
+TEST(ExtensionCommandTest, ReturnsTheSpecificationsThatWereSet) {
   const auto command = ExtensionCommand::New();
   const auto input = InputSpec::New();
   const auto output = OutputSpec::New();
@@ -132,7 +133,7 @@ TEST(ExtensionCommandTest, GivesTheSpecificationsThatWereSet) {
   EXPECT_EQ(command->GetOutputSpecInternal(), output);
 }
 
-TEST(ExtensionCommandTest, RefusesToGiveSpecificationsThatWereNeverSet) {
+TEST(ExtensionCommandTest, ThrowsForSpecificationsThatWereNeverSet) {
   const auto command = ExtensionCommand::New();
   EXPECT_THAT([&] { command->GetInputSpecInternal(); },
               ThrowsMessage<KestrelException>("Request for NULL InputSpec.  Extension command is "
@@ -187,7 +188,7 @@ struct SubstitutionCase {
 
 class SubstitutionTest : public testing::TestWithParam<SubstitutionCase> {};
 
-TEST_P(SubstitutionTest, GivesTheCommandLine) {
+TEST_P(SubstitutionTest, ReturnsTheCommandLine) {
   EXPECT_EQ(Substitute(GetParam().text, GetParam().values), GetParam().result);
 }
 
@@ -205,7 +206,7 @@ INSTANTIATE_TEST_SUITE_P(
                          {{"aa", "$(a);\"b\\"}},
                          "echo '$(a);\"b\\'"},
         SubstitutionCase{"QuoteOnlyBefore", "echo '$val{aa} x'", {{"aa", "a'b"}}, "echo 'a\\'b x'"},
-        SubstitutionCase{"QuoteOnlyBehind", "echo 'x $val{aa}'", {{"aa", "a'b"}}, "echo 'x a\\'b'"},
+        SubstitutionCase{"QuoteOnlyAfter", "echo 'x $val{aa}'", {{"aa", "a'b"}}, "echo 'x a\\'b'"},
         SubstitutionCase{
             "DoubleQuotesDoNotCount", "echo \"$val{aa}\"", {{"aa", "a'b"}}, "echo \"a\\'b\""},
         SubstitutionCase{"EveryOccurrence", "$val{aa}$val{aa} $val{aa}", {{"aa", "1"}}, "11 1"},
@@ -227,7 +228,7 @@ INSTANTIATE_TEST_SUITE_P(
         SubstitutionCase{
             "NulIsDropped", "echo '$val{aa}'", {{"aa", std::string("a\0b", 3)}}, "echo 'ab'"},
         SubstitutionCase{"Unclosed", "echo $val{aa", {{"aa", "1"}}, "echo $val{aa"},
-        SubstitutionCase{"BlankInside", "echo $val{ aa}", {{"aa", "1"}}, "echo $val{ aa}"}),
+        SubstitutionCase{"SpaceInside", "echo $val{ aa}", {{"aa", "1"}}, "echo $val{ aa}"}),
     NameOf);
 
 INSTANTIATE_TEST_SUITE_P(
@@ -238,7 +239,8 @@ INSTANTIATE_TEST_SUITE_P(
         SubstitutionCase{"NotDeclared", "cmd $if{nope,x} y", {}, "cmd  y"},
         SubstitutionCase{"WithValue", "cmd $if{aa,-a '$val{aa}'}x", {{"aa", "1"}}, "cmd -a '1'x"},
         SubstitutionCase{"WithValueNotGiven", "cmd $if{aa,-a '$val{aa}'}x", {}, "cmd x"},
-        // Values go in by name: that of bb still stands in the text when aa's is cut.
+        // Parameters are inserted in name order: the marker of bb is still there when the text of
+        // aa is cut.
         SubstitutionCase{"CutAtTheFirstBrace",
                          "c $if{aa,$val{bb} x}",
                          {{"aa", "1"}, {"bb", "2"}},
@@ -298,7 +300,7 @@ INSTANTIATE_TEST_SUITE_P(
                          "c $multilist{items,-i,true}",
                          {{"items", "a\"b"}, {"items", "c"}},
                          "c  -i \"ab\" -i \"c\""},
-        // The shell expands this one: the form without quotes is the safe one.
+        // The shell expands this value; only the form without quotes is safe.
         SubstitutionCase{"QuotedIsUnsafe",
                          "c$multilist{items,-p,true}",
                          {{"items", "$(id)"}, {"items", "b\\"}},
@@ -327,7 +329,7 @@ INSTANTIATE_TEST_SUITE_P(
                          "c -i\\; 1"}),
     NameOf);
 
-// Of one parameter: the value first, then the condition, the list, and the list of words.
+// The markers of one parameter are replaced in the order $val, $if, $list, $multilist.
 INSTANTIATE_TEST_SUITE_P(
     Order, SubstitutionTest,
     testing::Values(
@@ -354,7 +356,7 @@ INSTANTIATE_TEST_SUITE_P(
                          "c -i 1"}),
     NameOf);
 
-// What a value brings in is text, whatever it looks like.
+// Markers in values are not replaced.
 INSTANTIATE_TEST_SUITE_P(
     MarkersInValues, SubstitutionTest,
     testing::Values(SubstitutionCase{"Val",
@@ -405,7 +407,7 @@ TEST(ExtensionCommandTest, AMarkerThatDoesNotFitItsParameterThrows) {
                                       "have multiple values: items"));
 }
 
-TEST(ExtensionCommandTest, OnStandardInputValuesGoAsTheyAre) {
+TEST(ExtensionCommandTest, OnStandardInputValuesAreUnchanged) {
   const std::string nasty = "a'b\"c;$(d)\\`\n\xFF" + std::string(1, '\0') + "e";
   EXPECT_EQ(SubstituteStdin("[$val{aa}]", {{"aa", nasty}}), "[" + nasty + "]");
   EXPECT_EQ(SubstituteStdin("'$val{aa}'", {{"aa", nasty}}), "'" + nasty + "'");
@@ -418,8 +420,8 @@ TEST(ExtensionCommandTest, OnStandardInputValuesGoAsTheyAre) {
   EXPECT_EQ(SubstituteStdin("$if{aa,x}$if{bb,y}", {{"aa", "1"}}), "x");
 }
 
-TEST(ExtensionCommandTest, WithoutADollarTheTemplateIsUsedAsItStands) {
-  // No parameter is looked at then, not even the specification.
+TEST(ExtensionCommandTest, WithoutADollarTheTemplateIsUnchanged) {
+  // Neither the input nor its specification is used then.
   const auto command = ExtensionCommand::New();
   command->SetExecuteCommand("echo {a}");
   command->SetStdin("b");
@@ -427,7 +429,7 @@ TEST(ExtensionCommandTest, WithoutADollarTheTemplateIsUsedAsItStands) {
   EXPECT_EQ(command->SubstituteInput(nullptr, true), "b");
 }
 
-TEST(ExtensionCommandTest, ACallWithoutInputGivesNoParameter) {
+TEST(ExtensionCommandTest, ACallWithoutInputHasNoParameters) {
   const auto command = MakeCommand("echo $val{aa}$if{bb,x}");
   EXPECT_EQ(command->SubstituteInput(nullptr, false), "echo $val{aa}");
   EXPECT_EQ(MakeCommand("$x")->SubstituteInput(Input::New(), false), "$x");
@@ -440,7 +442,7 @@ TEST(ExtensionCommandTest, TheResultDocumentBecomesTheRootObject) {
   EXPECT_EQ(DescribeValue(output->GetRootObject()), "string 'a 1'");
 }
 
-TEST(ExtensionCommandTest, StandardInputIsHandedOn) {
+TEST(ExtensionCommandTest, StandardInputReachesTheChild) {
   const ScopedEnvironment language("LANG", "C");
   const auto output = Execute("cat", {{"aa", "it's"}}, "<o><string>$val{aa}</string></o>");
   EXPECT_EQ(DescribeValue(output->GetRootObject()), "string 'it's'");
@@ -480,7 +482,7 @@ TEST(ExtensionCommandTest, TheReportShowsTheCommandLineWithItsLanguage) {
   EXPECT_THAT(Execute("exit 3")->GetErrors(), ElementsAre(NoData("LANG=en_US.UTF-8 exit 3", 1)));
 }
 
-TEST(ExtensionCommandTest, TheReportGoesToTheSystemLogToo) {
+TEST(ExtensionCommandTest, TheReportAlsoGoesToTheSystemLog) {
   const ScopedEnvironment language("LANG", "C");
   lastLogEntry.clear();
   Execute(": '$val{aa}'", {{"aa", "100%s"}});
@@ -492,7 +494,7 @@ TEST(ExtensionCommandTest, TheReportGoesToTheSystemLogToo) {
 
 std::string lastCommandLine;
 
-TEST(ExtensionCommandTest, AListenerHearsTheCommandLineWithItsLanguageAndItsUser) {
+TEST(ExtensionCommandTest, AListenerGetsTheCommandLineWithItsLanguageAndItsUser) {
   const ScopedEnvironment language("LANG", std::nullopt);
   SetCommandExecListener(
       [](const std::string& commandLine, int) { lastCommandLine = commandLine; });
@@ -514,7 +516,7 @@ TEST(ExtensionCommandTest, LeadingErrorLinesBecomeMessages) {
   EXPECT_EQ(output->GetRootObject(), nullptr);
 }
 
-TEST(ExtensionCommandTest, ErrorLinesAreTakenAsTheyStand) {
+TEST(ExtensionCommandTest, ErrorLinesAreUnchanged) {
   const ScopedEnvironment language("LANG", "C");
   EXPECT_THAT(Execute("printf 'ERROR: a \\nERROR:\\nERROR:b\\r\\n'")->GetErrors(),
               ElementsAre(" a ", "", "b\r"));
@@ -524,7 +526,7 @@ TEST(ExtensionCommandTest, ErrorLinesAreTakenAsTheyStand) {
   EXPECT_THAT(Execute("printf 'ERROR:a\\n ERROR:b\\n'")->GetErrors(), ElementsAre("a"));
 }
 
-TEST(ExtensionCommandTest, AnErrorLineFurtherOnIsNone) {
+TEST(ExtensionCommandTest, AnErrorLineAfterOtherLinesIsNotAMessage) {
   const ScopedEnvironment language("LANG", "C");
   const StreamCapture diagnostics(STDERR_FILENO);
   const auto output = Execute("printf '<o><string>\\nERROR:a\\n</string></o>'");
@@ -554,7 +556,7 @@ TEST(ExtensionCommandTest, AnUnbuildableResultIsAnError) {
   EXPECT_EQ(output->GetRootObject(), nullptr);
 }
 
-TEST(ExtensionCommandTest, AnEarlierErrorKeepsTheResultOut) {
+TEST(ExtensionCommandTest, AfterAnEarlierErrorTheResultIsNotRead) {
   const ScopedEnvironment language("LANG", "C");
   const auto command = MakeCommand("echo '<o><int>1</int></o>'");
   const auto output = Output::New();
@@ -564,7 +566,7 @@ TEST(ExtensionCommandTest, AnEarlierErrorKeepsTheResultOut) {
   EXPECT_EQ(output->GetRootObject(), nullptr);
 }
 
-TEST(ExtensionCommandTest, TheUserOfTheContextIsHandedOn) {
+TEST(ExtensionCommandTest, TheUserOfTheContextReachesTheChild) {
   const ScopedEnvironment language("LANG", "C");
   const ScopedEnvironment outer("OPR_USERNAME", "outer");
   const auto command = MakeCommand("sh -c 'echo \"<o><string>$OPR_USERNAME</string></o>\"'");

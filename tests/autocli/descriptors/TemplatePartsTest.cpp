@@ -23,8 +23,9 @@ using Testing::Rounds;
 
 using Values = std::map<std::string, std::string>;
 
-/// Puts one parameter into a text by every kind of marker; how an occurrence is written shows.
-void PutIn(TemplateText& text, const std::string& name, const std::string& value) {
+/// Inserts one parameter into every kind of marker. What is inserted depends on the form of the
+/// marker.
+void Insert(TemplateText& text, const std::string& name, const std::string& value) {
   if (const auto place = text.FindValue(name)) {
     text.InsertValue(name, *place == TemplateText::ValuePlace::Bare ? value : "Q" + value);
   }
@@ -50,19 +51,19 @@ std::vector<std::string> NamesOf(const Values& values) {
 std::optional<std::string> InParts(const std::string& text, const Values& values) {
   const auto done = ApplyInParts(
       text, NamesOf(values),
-      [&](TemplateText& part, const std::string& name) { PutIn(part, name, values.at(name)); });
+      [&](TemplateText& part, const std::string& name) { Insert(part, name, values.at(name)); });
   return done.has_value() ? std::make_optional(done->GetText()) : std::nullopt;
 }
 
 std::string InTheWhole(const std::string& text, const Values& values) {
   TemplateText whole(text);
   for (const auto& [name, value] : values) {
-    PutIn(whole, name, value);
+    Insert(whole, name, value);
   }
   return whole.GetText();
 }
 
-/// The parts that a template is cut into for these parameters.
+/// The parts into which a template is cut to separate the parameters `names`.
 std::vector<std::string> PartsOf(const std::string& text, const std::vector<std::string>& names) {
   std::vector<std::string> parts;
   ApplyInParts(text, names, [&](TemplateText& part, const std::string&) {
@@ -72,7 +73,7 @@ std::vector<std::string> PartsOf(const std::string& text, const std::vector<std:
   return parts;
 }
 
-TEST(TemplatePartsTest, CutsBehindSeparatorsAndBetweenConditionals) {
+TEST(TemplatePartsTest, CutsAfterSeparatorsAndBetweenConditionals) {
   EXPECT_THAT(PartsOf("c $val{aa} --b '$val{bb}'\nx $list{cc,' ',true} y", {"aa", "bb", "cc"}),
               ElementsAre("c $val{aa} --b ", "'$val{bb}'\nx ", "$list{cc,' ',true} y"));
   EXPECT_THAT(PartsOf("$val{aa}:$val{bb}", {"aa", "bb"}), ElementsAre("$val{aa}:", "$val{bb}"));
@@ -87,7 +88,7 @@ TEST(TemplatePartsTest, AParameterWithoutMarkersHasNoPart) {
   EXPECT_EQ(InParts("no markers", {{"aa", "1"}}), "no markers");
 }
 
-TEST(TemplatePartsTest, RefusesParametersThatStandTogether) {
+TEST(TemplatePartsTest, RefusesParametersWithoutACutBetweenThem) {
   const Values values = {{"aa", "1"}, {"bb", "2"}};
   for (const char* text :
        {"$val{aa}$val{bb}", "$val{aa}x$val{bb}", "$val{aa}'$val{bb}", "$if{aa,x $val{bb}}",
@@ -98,20 +99,20 @@ TEST(TemplatePartsTest, RefusesParametersThatStandTogether) {
   }
 }
 
-TEST(TemplatePartsTest, RefusesWhatGrowsIntoAMarker) {
+TEST(TemplatePartsTest, RefusesWhatBecomesAMarker) {
   EXPECT_EQ(InParts("$if{aa,$v}$if{bb,al{cc}}", {{"aa", "1"}, {"bb", "2"}, {"cc", "3"}}),
             std::nullopt);
   EXPECT_EQ(InParts("$val{c$val{aa}} $val{bb}", {{"aa", "c"}, {"bb", "2"}, {"cc", "3"}}),
             std::nullopt);
 }
 
-TEST(TemplatePartsTest, WhatAValueHoldsIsNoMarker) {
+TEST(TemplatePartsTest, MarkersInValuesAreNotMarkers) {
   EXPECT_EQ(InParts("$val{aa} $val{bb}", {{"aa", "$val{bb}$if{bb,"}, {"bb", "$val{aa}"}}),
             "$val{bb}$if{bb, $val{aa}");
 }
 
-// Were the whole text looked through for each of them, this would take a minute.
-TEST(TemplatePartsTest, TwentyThousandParametersAreEachLookedForInTheirPart) {
+// If the whole template were searched for each parameter, this would take a minute.
+TEST(TemplatePartsTest, SearchesOnlyOnePartForEachOfManyParameters) {
   std::string text;
   std::string expected;
   Values values;
@@ -124,71 +125,74 @@ TEST(TemplatePartsTest, TwentyThousandParametersAreEachLookedForInTheirPart) {
   EXPECT_TRUE(InParts(text, values) == expected);
 }
 
-std::string MakeText(Random& random, const std::vector<std::string_view>& pieces,
-                     std::size_t most) {
+/// Makes a string of fewer than `end` random pieces.
+template <typename Pieces>
+std::string MakeText(Random& random, const Pieces& pieces, std::size_t end) {
   std::string text;
-  for (std::size_t i = random.Below(most); i > 0; --i) {
+  for (std::size_t i = random.Below(end); i > 0; --i) {
     text += random.Pick(pieces);
   }
   return text;
 }
 
-TEST(TemplatePartsTest, GivesWhatTheWholeGives) {
-  const std::vector<std::string_view> pieces = {":",
-                                                "=",
-                                                "\"",
-                                                "/",
-                                                " ",
-                                                " ",
-                                                "\n",
-                                                "'",
-                                                "x",
-                                                "{",
-                                                "}",
-                                                "}",
-                                                ",",
-                                                "$",
-                                                "$v",
-                                                "al{",
-                                                "aa",
-                                                "bb}",
-                                                "'$val{aa}'",
-                                                "$val{bb}",
-                                                "$val{c",
-                                                "$if{aa,",
-                                                "$if{bb,",
-                                                "$if{zz,",
-                                                "$if{aa,x}",
-                                                "$if{bb,'y'}",
-                                                "$if{cc,}",
-                                                "$if{",
-                                                "$if{dd,$val{dd}}",
-                                                "$list{cc,'",
-                                                "',true}",
-                                                ",false}",
-                                                "$val{cc}",
-                                                "$multilist{aa,",
-                                                "$val{dd} ",
-                                                " $val{bb} ",
-                                                " $val{aa} ",
-                                                "$if{v}$if{",
-                                                "$list{bb,' ',true} ",
-                                                "$val{zz}",
-                                                "$list{aa,'}',false} ",
-                                                " $multilist{cc,{a,true}",
-                                                "$multilist{dd,-x y,false}"};
-  const std::vector<std::string_view> valuePieces = {
-      "'", "}", "{", "$val{bb}", "bb", "c", "$if{dd,x}", "", " ", ",true}", "al{dd}"};
+constexpr std::string_view kPieces[] = {":",
+                                        "=",
+                                        "\"",
+                                        "/",
+                                        " ",
+                                        " ",
+                                        "\n",
+                                        "'",
+                                        "x",
+                                        "{",
+                                        "}",
+                                        "}",
+                                        ",",
+                                        "$",
+                                        "$v",
+                                        "al{",
+                                        "aa",
+                                        "bb}",
+                                        "'$val{aa}'",
+                                        "$val{bb}",
+                                        "$val{c",
+                                        "$if{aa,",
+                                        "$if{bb,",
+                                        "$if{zz,",
+                                        "$if{aa,x}",
+                                        "$if{bb,'y'}",
+                                        "$if{cc,}",
+                                        "$if{",
+                                        "$if{dd,$val{dd}}",
+                                        "$list{cc,'",
+                                        "',true}",
+                                        ",false}",
+                                        "$val{cc}",
+                                        "$multilist{aa,",
+                                        "$val{dd} ",
+                                        " $val{bb} ",
+                                        " $val{aa} ",
+                                        "$if{v}$if{",
+                                        "$list{bb,' ',true} ",
+                                        "$val{zz}",
+                                        "$list{aa,'}',false} ",
+                                        " $multilist{cc,{a,true}",
+                                        "$multilist{dd,-x y,false}"};
+
+constexpr std::string_view kValuePieces[] = {"'",         "}", "{", "$val{bb}", "bb",    "c",
+                                             "$if{dd,x}", "",  " ", ",true}",   "al{dd}"};
+
+TEST(TemplatePartsTest, ReturnsWhatTheWholeTemplateBecomes) {
   Random random;
   SCOPED_TRACE(random.HowToRepeat());
   const int rounds = Rounds(50000, 5000000);
   int cut = 0;
   for (int i = 0; i < rounds && !HasFailure(); ++i) {
-    const std::string text = MakeText(random, pieces, 10);
+    const std::string text = MakeText(random, kPieces, 10);
     Values values;
     for (const char* name : {"aa", "bb", "cc", "dd"}) {
       if (random.Chance(70)) {
-        values[name] = MakeText(random, valuePieces, 4);
+        values[name] = MakeText(random, kValuePieces, 4);
       }
     }
     const std::optional<std::string> result = InParts(text, values);

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The scanner is compared with a slow model that follows the rules of the template language word by
-// word, with regular expressions.
+// Compares the scanners with a slow model that states the rules of the template language as regular
+// expressions.
 
 #include "autocli/descriptors/TemplateText.h"
 
@@ -51,22 +51,22 @@ TEST(TemplateTextTest, RemovesUpToTheEndOfABlockFurtherOn) {
   EXPECT_EQ(Cleaned("$if{a,} {c}"), "");
 }
 
-TEST(TemplateTextTest, WalksAgainAfterARemoval) {
+TEST(TemplateTextTest, MakesAnotherPassAfterARemoval) {
   EXPECT_EQ(Cleaned("{ $if{x,y} $if{a,b} } {c}"), "{  ");
 }
 
-TEST(TemplateTextTest, WalksAgainThroughEachBlockThatARemovalOpens) {
+TEST(TemplateTextTest, StepsIntoEachBlockThatARemovalOpens) {
   EXPECT_EQ(Cleaned("{ { { $if{a,b} } {c} $if{a,b} } {c} $if{a,b} } {c}"), "{ { {   ");
   EXPECT_EQ(Cleaned("{ {q} $if{x,y} {r} $if{a,b} } {c}"), "{ {q}  {r} ");
   EXPECT_EQ(Cleaned("{ $if{x,y} $if{a,b} } {c} ${d} {e}"), "{   ${d} {e}");
 }
 
-TEST(TemplateTextTest, ABlockThatLosesItsEndMayFindAnotherOne) {
+TEST(TemplateTextTest, ABlockWhoseEndIsRemovedMayEndFurtherOn) {
   EXPECT_EQ(Cleaned("{ $if{x,y} $if{a,b} } {c} } e"), "{ $if{x,y}  } e");
   EXPECT_EQ(Cleaned("{ { $if{x,y} $if{a,b} } } {c} } e"), "{ { $if{x,y}  } e");
 }
 
-TEST(TemplateTextTest, WhatARemovalJoinsIsOneText) {
+TEST(TemplateTextTest, WhatARemovalJoinsMayBeAMarker) {
   EXPECT_EQ(Cleaned("$i$if{a,b}f{c,d}e"), "e");
   EXPECT_EQ(Cleaned("$if{a$if{x,y},b {c}"), "");
 }
@@ -127,9 +127,9 @@ void ModelOfParameter(std::string& text, const Input& input, const std::string& 
   boost::smatch match;
   if (boost::regex_match(text, match, boost::regex("(.*)\\$val\\{" + name + "\\}(.*)"))) {
     const std::string before = match[1];
-    const std::string behind = match[2];
+    const std::string after = match[2];
     std::string value = input.GetParameter(name);
-    if (!forStdin && !before.empty() && before.back() == '\'' && behind.substr(0, 1) == "'") {
+    if (!forStdin && !before.empty() && before.back() == '\'' && after.substr(0, 1) == "'") {
       value = ExtensionCommand::SanitizeChar(value, '\'');
     } else if (!forStdin) {
       value = ExtensionCommand::SanitizeInput(value);
@@ -152,10 +152,10 @@ void ModelOfParameter(std::string& text, const Input& input, const std::string& 
   }
 }
 
-/// One walk of the clean-up. False when it deleted nothing.
-bool ModelOfWalk(std::string& text) {
+/// One pass of the removal. Returns whether it removed anything.
+bool ModelOfPass(std::string& text) {
   static const boost::regex conditional("\\$if\\{[a-z0-9-]+,.+?\\}");
-  bool deleted = false;
+  bool hasRemoved = false;
   std::size_t brace = text.find('{');
   while (brace != std::string::npos) {
     const std::size_t size =
@@ -166,14 +166,14 @@ bool ModelOfWalk(std::string& text) {
         boost::regex_match(text.substr(dollar, brace + size - dollar), conditional)) {
       text.erase(dollar, brace + size - dollar);
       next = dollar;
-      deleted = true;
+      hasRemoved = true;
     }
     brace = text.find('{', next);
   }
-  return deleted;
+  return hasRemoved;
 }
 
-/// The text with the parameters put in, for values without markers and braces.
+/// The template with the parameters inserted. Values must not contain markers or braces.
 std::string ModelOfSubstitution(std::string text, const InputSpec& spec, const Input& input,
                                 bool forStdin) {
   static const boost::regex any(".*\\$if\\{[a-z0-9-]+,.+?\\}.*");
@@ -185,7 +185,7 @@ std::string ModelOfSubstitution(std::string text, const InputSpec& spec, const I
       ModelOfParameter(text, input, parameter->GetName(), forStdin);
     }
   }
-  while (boost::regex_match(text, any) && ModelOfWalk(text)) {
+  while (boost::regex_match(text, any) && ModelOfPass(text)) {
   }
   return text;
 }
@@ -199,7 +199,7 @@ std::string ResultOf(Substitute substitute) {
   }
 }
 
-/// A template out of pieces, complete markers among them.
+/// Makes a template of random pieces, some of which are complete markers.
 std::string MakeTemplate(Random& random) {
   constexpr std::string_view kPieces[] = {
       "$val{", "$if{",  "$list{", "$multilist{", "{",  "}",  "}",  "}",    ",",     "'",
@@ -239,7 +239,7 @@ std::string MakeTemplate(Random& random) {
   return text;
 }
 
-/// A value without braces, whose "$" begin nothing whatever stands behind the value.
+/// Makes a value without braces, in which no "$" can begin a marker.
 std::string MakePlainValue(Random& random) {
   std::string value = random.Text("ab '\"$&;\\,\n*\xC3\xA4-", 6);
   if (value.find('$') != std::string::npos) {
@@ -279,7 +279,7 @@ std::string Describe(const std::string& text, const Input& input) {
   return description;
 }
 
-TEST(TemplateTextTest, MadeUpTemplatesGiveWhatTheModelSays) {
+TEST(TemplateTextTest, RandomTemplatesAreFilledAsByTheModel) {
   Random random;
   SCOPED_TRACE(random.HowToRepeat());
   const auto spec = MakeInputSpec();
@@ -301,8 +301,8 @@ TEST(TemplateTextTest, MadeUpTemplatesGiveWhatTheModelSays) {
   EXPECT_GT(changed, rounds / 2);
 }
 
-// What is left of a template when no parameter is given.
-TEST(TemplateTextTest, AllShortTemplatesAreCleanedAsTheModelSays) {
+// Without parameters, only conditionals are removed.
+TEST(TemplateTextTest, AllShortTemplatesAreCleanedAsByTheModel) {
   constexpr std::string_view kPieces[] = {"$if{a,", "$if{", "$", "{", "}", "b", ","};
   const auto spec = InputSpec::New();
   const auto input = Input::New();
@@ -322,8 +322,8 @@ TEST(TemplateTextTest, AllShortTemplatesAreCleanedAsTheModelSays) {
   }
 }
 
-// Blocks that lose their ends, one in the other and one after the other.
-TEST(TemplateTextTest, MadeUpBlocksAreCleanedAsTheModelSays) {
+// Blocks whose ends are removed: nested, and one after the other.
+TEST(TemplateTextTest, RandomBlocksAreCleanedAsByTheModel) {
   constexpr std::string_view kPieces[] = {
       "{", "}",     " }",     "{c}",      "${d}",     "{ ",       "$",  "b",     "$if",
       ",", "$if{a", "$if{a,", "$if{a,b}", "$if{a,} ", "$if{a,b}", "$i", "f{c,d}"};
@@ -342,8 +342,8 @@ TEST(TemplateTextTest, MadeUpBlocksAreCleanedAsTheModelSays) {
   }
 }
 
-/// A value full of what would be a marker in a template. It begins and ends with a letter, so that
-/// it changes nothing for its neighbours.
+/// Makes a value of pieces that would be markers in a template. It begins and ends with a letter,
+/// so that it does not combine with its neighbours.
 std::string MakeMarkerValue(Random& random, bool withClosingBraces) {
   constexpr std::string_view kPieces[] = {"$val{zz}",
                                           "$val{aa}",
@@ -376,7 +376,8 @@ std::string MakeMarkerValue(Random& random, bool withClosingBraces) {
   return value + "v";
 }
 
-/// A template of complete markers. What `$if` keeps is free of values where these close braces.
+/// Makes a template of complete markers. Without `valuesInKeptTexts`, no conditional that is kept
+/// contains a value.
 std::string MakeCompleteTemplate(Random& random, bool valuesInKeptTexts) {
   constexpr std::string_view kTexts[] = {" ", "x", "{c}", "${HOME}", "'", ";", "$i"};
   constexpr std::string_view kMarkers[] = {"$val{aa}",
@@ -404,7 +405,8 @@ std::string MakeCompleteTemplate(Random& random, bool valuesInKeptTexts) {
   return text;
 }
 
-/// The same parameters, each value replaced by a word of its own.
+/// Returns the same parameters with each value replaced by a unique word, and appends the values to
+/// `values`.
 std::shared_ptr<Input> WithWords(const Input& input, const std::shared_ptr<InputSpec>& spec,
                                  std::vector<std::string>& values) {
   auto words = Input::New();
@@ -418,7 +420,7 @@ std::shared_ptr<Input> WithWords(const Input& input, const std::shared_ptr<Input
   return words;
 }
 
-TEST(TemplateTextTest, MarkersInValuesComeOutUnchanged) {
+TEST(TemplateTextTest, MarkersInValuesAreKeptUnchanged) {
   Random random;
   SCOPED_TRACE(random.HowToRepeat());
   const auto spec = MakeInputSpec();
@@ -432,7 +434,7 @@ TEST(TemplateTextTest, MarkersInValuesComeOutUnchanged) {
     command->SetStdin(text);
     std::vector<std::string> values;
     std::string expected = command->SubstituteInput(WithWords(*input, spec, values), true);
-    // The last first, so that a word in a value stays.
+    // The last word is replaced first, so that words within values are kept.
     for (std::size_t value = values.size(); value > 0; --value) {
       boost::replace_all(expected, "<" + std::to_string(value - 1) + ">", values[value - 1]);
     }
@@ -449,8 +451,8 @@ std::string Repeat(std::string_view text, std::size_t size) {
   return repeated;
 }
 
-// Were any of them not linear, this would take hours.
-TEST(TemplateTextTest, HostileTemplatesOfAMegabyteAreScannedOnce) {
+// If the time were not linear in the size, this would take hours.
+TEST(TemplateTextTest, FillsHostileTemplatesOfAMegabyteInLinearTime) {
   constexpr std::size_t kSize = 1000000;
   const auto spec = MakeInputSpec();
   const auto command = ExtensionCommand::New();
@@ -490,7 +492,7 @@ TEST(TemplateTextTest, HostileTemplatesOfAMegabyteAreScannedOnce) {
   }
 }
 
-TEST(TemplateTextTest, HostileValuesOfAMegabyteAreScannedOnce) {
+TEST(TemplateTextTest, InsertsHostileValuesOfAMegabyteInLinearTime) {
   constexpr std::size_t kSize = 1000000;
   const auto spec = MakeInputSpec();
   const auto command = ExtensionCommand::New();

@@ -43,7 +43,7 @@ using Testing::DescribeValue;
 using Testing::ScopedTempDir;
 using Testing::StreamCapture;
 
-/// The root element of a descriptor around `content`.
+/// A descriptor whose root element contains the version and `content`.
 std::string Extension(const std::string& content) {
   return "<?xml version='1.0'?>\n<extension><version>1.0.0</version>" + content + "</extension>\n";
 }
@@ -53,7 +53,7 @@ std::string NamespaceElement(const std::string& path, const std::string& descrip
          "</description></namespace>";
 }
 
-/// The parts of a command that each descriptor must have.
+/// The parts of a `command` element.
 struct CommandParts {
   std::string inputSpec = "<input-spec/>";
   std::string outputSpec = "<output-spec><string/></output-spec>";
@@ -71,7 +71,7 @@ std::string Commands(const std::string& commands) {
   return Extension("<commands>" + commands + "</commands>");
 }
 
-/// A plug-in whose descriptor is `text`.
+/// A file with the descriptor `text`.
 class DescriptorFile {
  public:
   explicit DescriptorFile(std::string_view text) : path_(folder_.Write("test.xml", text)) {}
@@ -84,14 +84,15 @@ class DescriptorFile {
     return plugin;
   }
 
-  /// The tree that the descriptor's plug-in makes.
+  /// Registers the plug-in in a new tree.
   std::shared_ptr<RootNamespace> MakeTree() const {
     const auto root = RootNamespace::New(nullptr);
     Load()->RegisterNamespaces(root);
     return root;
   }
 
-  /// What Initialize throws, without what it says of every fault; empty when nothing.
+  /// What Initialize throws, without the beginning that all messages have. Empty when it throws
+  /// nothing.
   std::string GetFault() const {
     try {
       Load();
@@ -112,7 +113,7 @@ class DescriptorFile {
 
 std::string FaultOf(const std::string& text) { return DescriptorFile(text).GetFault(); }
 
-/// The fault of a command, without what is said of every one.
+/// The fault of a command, without the beginning that all messages have.
 std::string CommandFaultOf(const CommandParts& parts) {
   const std::string fault = FaultOf(Commands(parts.At("disk.get")));
   const std::string prefix = "Unable to register the command 'vexil disk.get'  Error was ";
@@ -141,7 +142,7 @@ TEST(XmlPluginTest, ItsNameIsItsPath) {
   EXPECT_EQ(XmlPlugin::New("/no/such/file.xml")->GetName(), "/no/such/file.xml");
 }
 
-TEST(XmlPluginTest, OffersNoFormatters) {
+TEST(XmlPluginTest, HasNoFormatters) {
   const auto plugin = XmlPlugin::New("x.xml");
   EXPECT_FALSE(plugin->HasFormatter("table"));
   EXPECT_THAT(plugin->GetFormatters(), IsEmpty());
@@ -181,13 +182,13 @@ TEST(XmlPluginTest, RegistersNamespacesAndCommands) {
   EXPECT_EQ(command->SubstituteInput(input, true), "a'b!");
 }
 
-TEST(XmlPluginTest, AnyRootElementWillDoAndOtherElementsAreIgnored) {
+TEST(XmlPluginTest, AcceptsAnyRootElementAndIgnoresUnknownElements) {
   EXPECT_EQ(FaultOf("<x><!-- c --><other/><version>1.0.0</version><commands> <note/> </commands>"
                     "</x>"),
             "");
 }
 
-TEST(XmlPluginTest, NamespacesAloneWillDo) {
+TEST(XmlPluginTest, AcceptsNamespacesWithoutCommands) {
   const auto root = DescriptorFile(Extension("<namespaces>" + NamespaceElement("disk", "Disks.") +
                                              "<other/></namespaces>"))
                         .MakeTree();
@@ -268,7 +269,7 @@ TEST(XmlPluginTest, RefusesACommandWithoutPath) {
   EXPECT_EQ(FaultOf(Commands(CommandParts().At(""))), message);
 }
 
-TEST(XmlPluginTest, RefusesACommandThatMissesAPart) {
+TEST(XmlPluginTest, RefusesACommandWithoutARequiredPart) {
   const auto missing = [](std::string CommandParts::*part) {
     CommandParts parts;
     parts.*part = "";
@@ -285,7 +286,7 @@ TEST(XmlPluginTest, RefusesACommandThatMissesAPart) {
             "this command.");
 }
 
-TEST(XmlPluginTest, RefusesAPartThatStandsThereTwice) {
+TEST(XmlPluginTest, RefusesADuplicatePart) {
   const auto doubled = [](std::string CommandParts::*part, const std::string& second) {
     CommandParts parts;
     parts.*part += second;
@@ -310,13 +311,13 @@ TEST(XmlPluginTest, ChecksTheVersionFirst) {
             "Unknown vexil extention version.  Valid versions are: '1.0.0'");
 }
 
-TEST(XmlPluginTest, ReadsNamespacesBeforeItLooksForCommands) {
+TEST(XmlPluginTest, ReadsNamespacesBeforeCommands) {
   EXPECT_EQ(FaultOf(Extension("<commands/><commands/><namespaces><namespace/></namespaces>")),
             "Unable to register a namespace without valid 'path' attribute or <description> being "
             "present.");
 }
 
-// Each command has every fault from one part on: the first part in the fixed order is reported.
+// Each command has a fault in every part from one part on. The first of these parts is reported.
 TEST(XmlPluginTest, ChecksThePartsOfACommandInAFixedOrder) {
   const auto duplicate = [](const std::string& tag) {
     return "Illegal Duplicate tags found.  The tag " + tag +
@@ -356,7 +357,7 @@ TEST(XmlPluginTest, MetaDataIsAddedToTheCommand) {
   EXPECT_THAT(CommandOf(parts)->GetMetaData(), ElementsAre(Pair("a", ""), Pair("b", "2")));
 }
 
-TEST(XmlPluginTest, RefusesMetaDataItDoesNotKnow) {
+TEST(XmlPluginTest, RefusesUnknownMetaData) {
   CommandParts parts;
   parts.more = "<meta-data><meta-data-entry>1</meta-data-entry></meta-data>";
   EXPECT_EQ(CommandFaultOf(parts),
@@ -412,7 +413,7 @@ TEST(XmlPluginTest, ReadsEveryTypeOfParameter) {
   }
 }
 
-TEST(XmlPluginTest, ReadsAllOfAParameter) {
+TEST(XmlPluginTest, ReadsEverythingInAParameter) {
   const auto spec =
       InputOf(ParameterElement("name='one' type='string' required='false' secret='true' "
                                "shortname='o'",
@@ -432,13 +433,13 @@ TEST(XmlPluginTest, ReadsAllOfAParameter) {
   EXPECT_FALSE(two.IsSecret());
 }
 
-TEST(XmlPluginTest, ContextSupportedIsTakenAsItIs) {
+TEST(XmlPluginTest, ContextSupportedIsUsedUnchanged) {
   const auto spec = InputOf("<context-supported> user</context-supported>");
   EXPECT_TRUE(spec->IsContextSupported(" user"));
   EXPECT_FALSE(spec->IsContextSupported("user"));
 }
 
-TEST(XmlPluginTest, RefusesAParameterThatMissesSomething) {
+TEST(XmlPluginTest, RefusesAnIncompleteParameter) {
   const std::string invalidType =
       ". Missing or invalid required attribute: 'type'.  Must be one of [string, string-list, "
       "bool, bool-list, int, int-list]";
@@ -463,7 +464,7 @@ TEST(XmlPluginTest, RefusesAParameterThatMissesSomething) {
             "Unable to parse Input Paramter pp. Invalid type int for secret, must be 'string'");
 }
 
-// As above, each with all the later faults, too.
+// As for commands: each parameter also has all later faults.
 TEST(XmlPluginTest, ChecksAParameterInAFixedOrder) {
   EXPECT_EQ(InputFaultOf("<parameter type='x' required='x' secret='x'/>"),
             "Unable to parse Input Parameter.  Missing required attribute: 'name'");
@@ -483,7 +484,7 @@ TEST(XmlPluginTest, ChecksAParameterInAFixedOrder) {
             "characters, numbers and '-'");
 }
 
-TEST(XmlPluginTest, PassesOnWhatTheSpecificationsRefuse) {
+TEST(XmlPluginTest, ReportsWhatTheSpecificationsRefuse) {
   const std::string parameter = ParameterElement("name='pp' type='int' required='true'");
   EXPECT_EQ(InputFaultOf(parameter + parameter),
             "Found a duplicate paramater specification for parameter named 'pp'");
@@ -530,54 +531,58 @@ TEST(XmlPluginTest, ReadsEveryKindOfConstraint) {
   EXPECT_EQ(maximum, 10);
 }
 
+constexpr const char* kNoData =
+    "Error parsing parameter constraint.  There was no data included inside the <constraint> "
+    "tag for the given constraint type";
+constexpr const char* kBadRange =
+    "Error parsing 'range' parameter constraint.  Range requires both 'min' and 'max' "
+    "attributes and that both are integers.";
+
+struct BrokenConstraint {
+  const char* constraint;
+  const char* fault;
+};
+
+constexpr BrokenConstraint kBrokenConstraints[] = {
+    {"<constraint/>",
+     "Missing or invalid constraint 'type', must be one of [stringenum, intenum, regex, "
+     "range] got ''"},
+    {"<constraint type='enum'><enum/></constraint>",
+     "Missing or invalid constraint 'type', must be one of [stringenum, intenum, regex, "
+     "range] got 'enum'"},
+    {"<constraint type='stringenum'/>", kNoData},
+    {"<constraint type='intenum'><range/></constraint>", kNoData},
+    {"<constraint type='regex'><enum/></constraint>", kNoData},
+    {"<constraint type='range'><regex/></constraint>", kNoData},
+    {"<constraint type='regex'><regex/></constraint>",
+     "Error parsing regex from parameter constraint.Missing or empty 'regex' tag"},
+    {"<constraint type='stringenum'><enum/><enum/></constraint>",
+     "More than one instance of enum found, expected only one."},
+    {"<constraint type='stringenum'><enum><enum-value/></enum></constraint>",
+     "Error parsing 'enum-value', missing required attribute 'value'"},
+    {"<constraint type='intenum'><enum><value/></enum></constraint>",
+     "Found unexpected tag while building an enum.  Unexpected tag was: value"},
+    {"<constraint type='intenum'><enum><enum-value value='x1'/></enum></constraint>",
+     "Error parsing integer enumeration. Expected integer, but got x1"},
+    {"<constraint type='intenum'><enum><enum-value value='1'/><enum-value value='01'/>"
+     "</enum></constraint>",
+     "Duplicate Value found in ParameterConstraint::AddIntEnum"},
+    {"<constraint type='stringenum'><enum><enum-value value='a'/><enum-value value='a'/>"
+     "</enum></constraint>",
+     "Duplicate Value found in ParameterConstraint::AddStringEnum: a"},
+    {"<constraint type='range'><range min='a' max='1'/></constraint>", kBadRange},
+    {"<constraint type='range'><range min='1' max='b'/></constraint>", kBadRange},
+    {"<constraint type='range'><range min='1'/></constraint>", kBadRange},
+    {"<constraint type='range'><range max='1'/></constraint>", kBadRange},
+};
+
 TEST(XmlPluginTest, RefusesABrokenConstraint) {
-  const std::string noData =
-      "Error parsing parameter constraint.  There was no data included inside the <constraint> "
-      "tag for the given constraint type";
-  const std::string badRange =
-      "Error parsing 'range' parameter constraint.  Range requires both 'min' and 'max' "
-      "attributes and that both are integers.";
-  struct Row {
-    const char* constraint;
-    std::string fault;
-  };
-  for (const Row& row : std::vector<Row>{
-           {"<constraint/>",
-            "Missing or invalid constraint 'type', must be one of [stringenum, intenum, regex, "
-            "range] got ''"},
-           {"<constraint type='enum'><enum/></constraint>",
-            "Missing or invalid constraint 'type', must be one of [stringenum, intenum, regex, "
-            "range] got 'enum'"},
-           {"<constraint type='stringenum'/>", noData},
-           {"<constraint type='intenum'><range/></constraint>", noData},
-           {"<constraint type='regex'><enum/></constraint>", noData},
-           {"<constraint type='range'><regex/></constraint>", noData},
-           {"<constraint type='regex'><regex/></constraint>",
-            "Error parsing regex from parameter constraint.Missing or empty 'regex' tag"},
-           {"<constraint type='stringenum'><enum/><enum/></constraint>",
-            "More than one instance of enum found, expected only one."},
-           {"<constraint type='stringenum'><enum><enum-value/></enum></constraint>",
-            "Error parsing 'enum-value', missing required attribute 'value'"},
-           {"<constraint type='intenum'><enum><value/></enum></constraint>",
-            "Found unexpected tag while building an enum.  Unexpected tag was: value"},
-           {"<constraint type='intenum'><enum><enum-value value='x1'/></enum></constraint>",
-            "Error parsing integer enumeration. Expected integer, but got x1"},
-           {"<constraint type='intenum'><enum><enum-value value='1'/><enum-value value='01'/>"
-            "</enum></constraint>",
-            "Duplicate Value found in ParameterConstraint::AddIntEnum"},
-           {"<constraint type='stringenum'><enum><enum-value value='a'/><enum-value value='a'/>"
-            "</enum></constraint>",
-            "Duplicate Value found in ParameterConstraint::AddStringEnum: a"},
-           {"<constraint type='range'><range min='a' max='1'/></constraint>", badRange},
-           {"<constraint type='range'><range min='1' max='b'/></constraint>", badRange},
-           {"<constraint type='range'><range min='1'/></constraint>", badRange},
-           {"<constraint type='range'><range max='1'/></constraint>", badRange},
-       }) {
-    EXPECT_EQ(ConstraintFaultOf(row.constraint), row.fault) << row.constraint;
+  for (const BrokenConstraint& broken : kBrokenConstraints) {
+    EXPECT_EQ(ConstraintFaultOf(broken.constraint), broken.fault) << broken.constraint;
   }
 }
 
-TEST(XmlPluginTest, ARangeUpsideDownIsAFaultOfTheConstraint) {
+TEST(XmlPluginTest, ARangeWithItsBoundsSwappedIsAFaultOfTheConstraint) {
   EXPECT_EQ(ConstraintFaultOf("<constraint type='range'><range min='2' max='1'/></constraint>"),
             "Invalid values for SetIntRange, constraints must have a min value <= max value");
 }
@@ -598,7 +603,7 @@ TEST(XmlPluginTest, TheOutputSpecIsOneValue) {
   EXPECT_EQ(CommandOf(parts)->GetOutputSpecInternal()->GetRootObject(), nullptr);
 }
 
-TEST(XmlPluginTest, RefusesAnOutputSpecItCannotBuild) {
+TEST(XmlPluginTest, RefusesAnInvalidOutputSpec) {
   CommandParts parts;
   parts.outputSpec = "<output-spec><integer/></output-spec>";
   EXPECT_EQ(CommandFaultOf(parts),
@@ -619,7 +624,7 @@ TEST(XmlPluginTest, SplitsPathsAtFullStops) {
   EXPECT_THAT(XmlPlugin::SplitPath("a..b."), ElementsAre("a", "", "b"));
 }
 
-/// Registers what `text` declares; the message when that fails.
+/// Registers what the descriptor `text` declares. Returns the message when that fails.
 std::string RegistrationFault(const std::string& text, const std::shared_ptr<Namespace>& root) {
   const DescriptorFile file(text);
   const auto plugin = file.Load();
@@ -635,7 +640,7 @@ std::string OneNamespace(const std::string& path, const std::string& description
   return Extension("<namespaces>" + NamespaceElement(path, description) + "</namespaces>");
 }
 
-/// A tree with a namespace "disk" (described "Disks.") that holds a command "list".
+/// A tree with the namespace "disk", whose description is "Disks.", and the command "disk list".
 std::shared_ptr<RootNamespace> MakeTakenTree() {
   const auto root = RootNamespace::New(nullptr);
   Testing::RegisterAt(root, {"disk", "list"}, Testing::MakeAnsweringCommand(""));
@@ -655,7 +660,7 @@ TEST(XmlPluginTest, SharesATopLevelNamespaceOfTheSameDescription) {
   EXPECT_THAT(disk->GetNamespaceNodeNames(), ElementsAre("get", "list"));
 }
 
-TEST(XmlPluginTest, RefusesWhatIsTakenBeforeAnythingIsInserted) {
+TEST(XmlPluginTest, RefusesATakenPathBeforeAnythingIsInserted) {
   const auto root = MakeTakenTree();
   const std::string fresh = NamespaceElement("fresh", "F.");
   EXPECT_EQ(RegistrationFault(Extension("<namespaces>" + fresh +
@@ -681,24 +686,24 @@ TEST(XmlPluginTest, RefusesADeeperNamespaceEvenWithTheSameDescription) {
   EXPECT_EQ(RegistrationFault(text, root), "Vexil path is already registered: disk.local");
 }
 
-TEST(XmlPluginTest, ACommandInTheWayOfATopLevelNamespaceIsTaken) {
+TEST(XmlPluginTest, APathOfACommandIsTakenForANamespace) {
   const auto root = RootNamespace::New(nullptr);
   Testing::RegisterAt(root, {"disk"}, Testing::MakeAnsweringCommand(""));
   EXPECT_EQ(RegistrationFault(OneNamespace("disk", "D."), root),
             "Vexil path is already registered: disk");
 }
 
-TEST(XmlPluginTest, MakesNoParents) {
+TEST(XmlPluginTest, DoesNotMakeParents) {
   const auto root = RootNamespace::New(nullptr);
   EXPECT_EQ(RegistrationFault(Extension("<namespaces>" + NamespaceElement("disk", "D.") +
                                         NamespaceElement("net.local", "L.") + "</namespaces>"),
                               root),
             "Unable to find a command or namespace with the name 'net' in namespace ");
-  // What came before it stays.
+  // What was inserted before stays.
   EXPECT_THAT(root->GetNamespaceNodeNames(), ElementsAre("disk"));
 }
 
-TEST(XmlPluginTest, LooksForWhatIsTakenBeforeItLooksForParents) {
+TEST(XmlPluginTest, ChecksForTakenPathsBeforeItLooksForParents) {
   const auto root = MakeTakenTree();
   EXPECT_EQ(RegistrationFault(Extension("<namespaces>" + NamespaceElement("net.local", "L.") +
                                         NamespaceElement("disk", "Other.") + "</namespaces>"),
@@ -706,7 +711,7 @@ TEST(XmlPluginTest, LooksForWhatIsTakenBeforeItLooksForParents) {
             "Duplicate top-level namespaces must have the same description: disk");
 }
 
-TEST(XmlPluginTest, ReportsTheFirstPathThatIsTaken) {
+TEST(XmlPluginTest, ReportsTheFirstTakenPath) {
   const auto root = MakeTakenTree();
   EXPECT_EQ(RegistrationFault(Extension("<commands>" + CommandParts().At("disk.list") +
                                         "</commands><namespaces>" +
@@ -715,7 +720,7 @@ TEST(XmlPluginTest, ReportsTheFirstPathThatIsTaken) {
             "Duplicate top-level namespaces must have the same description: disk");
 }
 
-TEST(XmlPluginTest, KeepsWhatItReadBeforeAFault) {
+TEST(XmlPluginTest, KeepsWhatWasReadBeforeAFault) {
   const DescriptorFile file(Extension("<namespaces>" + NamespaceElement("disk", "D.") +
                                       "</namespaces><commands>" + CommandParts().At("disk.get") +
                                       "<command/></commands>"));
@@ -726,7 +731,7 @@ TEST(XmlPluginTest, KeepsWhatItReadBeforeAFault) {
   EXPECT_THAT(root->GetNamespaceNode("disk")->GetNamespaceNodeNames(), ElementsAre("get"));
 }
 
-TEST(XmlPluginTest, ReportsABadNameWhenItRegisters) {
+TEST(XmlPluginTest, ReportsAnInvalidNameWhenItRegisters) {
   const auto root = RootNamespace::New(nullptr);
   EXPECT_EQ(RegistrationFault(OneNamespace("Disk", "D."), root),
             "Invalid name for namespace 'Disk', must be a name consisting of letters and numbers "
@@ -734,7 +739,7 @@ TEST(XmlPluginTest, ReportsABadNameWhenItRegisters) {
   EXPECT_THAT(RegistrationFault(OneNamespace(".", "D."), root), StartsWith("Invalid name for"));
 }
 
-TEST(XmlPluginTest, ADuplicateWithinOneDescriptorIsTheTreesToRefuse) {
+TEST(XmlPluginTest, TheTreeRefusesADuplicateWithinOneDescriptor) {
   const auto root = RootNamespace::New(nullptr);
   EXPECT_EQ(RegistrationFault(Commands(CommandParts().At("get") + CommandParts().At("get")), root),
             "Duplicate registration in namespace  attempt to register two objects with name get");
@@ -747,7 +752,7 @@ TEST(XmlPluginTest, ASubcommandOfACommandIsRefused) {
   EXPECT_THAT(fault, StartsWith("Unable to find a namespace or command with the name 'more'"));
 }
 
-TEST(XmlPluginTest, ReadsTheNodesOfAnotherDocumentToo) {
+TEST(XmlPluginTest, ReadsTheNodesOfAnyDocument) {
   const std::string text = "<x><namespaces>" + NamespaceElement("disk", "D.") + "</namespaces>" +
                            "<commands>" + CommandParts().At("disk.get") + "</commands></x>";
   const std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)> document(
@@ -761,7 +766,7 @@ TEST(XmlPluginTest, ReadsTheNodesOfAnotherDocumentToo) {
   EXPECT_THAT(root->GetNamespaceNode("disk")->GetNamespaceNodeNames(), ElementsAre("get"));
 }
 
-TEST(XmlPluginTest, TheDispatcherPassesOverABrokenDescriptor) {
+TEST(XmlPluginTest, TheDispatcherSkipsABrokenDescriptor) {
   const ScopedTempDir folder;
   const std::string broken = folder.Write("a.xml", "<x><version>1.0</version></x>");
   folder.Write("b.xml", OneNamespace("disk", "Disks."));

@@ -35,7 +35,7 @@ using MetaObj::MetaStruct;
 using Testing::DescribeValue;
 using Testing::StreamCapture;
 
-/// A parsed document, for the functions that take its nodes.
+/// A parsed document, for tests of the functions on nodes.
 class Tree {
  public:
   explicit Tree(std::string_view text)
@@ -43,7 +43,7 @@ class Tree {
                   &xmlFreeDoc) {}
 
   xmlNode* GetRoot() const { return xmlDocGetRootElement(document_.get()); }
-  /// The child of the root at that position, texts and comments counted.
+  /// The child of the root at `position`. Text nodes and comments count.
   xmlNode* GetChild(int position) const {
     xmlNode* child = GetRoot()->children;
     for (; position > 0; --position) {
@@ -56,7 +56,7 @@ class Tree {
   std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)> document_;
 };
 
-/// What a value document gives: its value described, or the message that refuses it.
+/// Reads the value document `text`. Returns a description of the value, or the message thrown.
 std::string ResultOf(const std::string& text) {
   try {
     return DescribeValue(XmlUtil_ParseXmlOutput(text));
@@ -65,7 +65,7 @@ std::string ResultOf(const std::string& text) {
   }
 }
 
-/// The same for the single value element `text`, through the functions on nodes.
+/// Does the same for the value element `text`, with the functions on nodes.
 std::string BuildOf(const std::string& text) {
   const Tree tree(text);
   try {
@@ -90,7 +90,7 @@ std::string Repeat(std::string_view text, int count) {
   return repeated;
 }
 
-TEST(XmlUtilTest, ExtractAttributeGivesTheValueOrNothing) {
+TEST(XmlUtilTest, ExtractAttributeReturnsTheValueOrAnEmptyString) {
   const Tree tree("<a one='1' none='' text='&lt;&#65;&quot; &amp;' xmlns:p='urn:p' p:other='o'/>");
   EXPECT_EQ(XmlUtil_ExtractAttribute(tree.GetRoot(), "one"), "1");
   EXPECT_EQ(XmlUtil_ExtractAttribute(tree.GetRoot(), "none"), "");
@@ -100,7 +100,7 @@ TEST(XmlUtilTest, ExtractAttributeGivesTheValueOrNothing) {
   EXPECT_EQ(XmlUtil_ExtractAttribute(tree.GetRoot(), "other"), "o");
 }
 
-TEST(XmlUtilTest, ExtractAttributeKnowsTheDocumentType) {
+TEST(XmlUtilTest, ExtractAttributeUsesTheDocumentType) {
   const Tree tree(
       "<!DOCTYPE a [<!ENTITY e 'x'><!ATTLIST a default CDATA 'a default'>]>"
       "<a entity='1&e;2' only='&e;' character='a&#38;b'/>");
@@ -115,7 +115,7 @@ TEST(XmlUtilTest, ExtractAttributeOfANodeThatHasNoneIsEmpty) {
   EXPECT_EQ(XmlUtil_ExtractAttribute(tree.GetChild(0), "one"), "");
 }
 
-TEST(XmlUtilTest, GetContentIsTheLastChildThatCarriesText) {
+TEST(XmlUtilTest, GetContentReturnsTheLastChildWithContent) {
   struct Case {
     const char* text;
     const char* content;
@@ -138,12 +138,12 @@ TEST(XmlUtilTest, GetContentIsTheLastChildThatCarriesText) {
   }
 }
 
-TEST(XmlUtilTest, GetContentCountsAnEntityThatIsNotReplaced) {
+TEST(XmlUtilTest, GetContentIncludesAnEntityThatIsNotReplaced) {
   const Tree tree("<!DOCTYPE a [<!ENTITY e 'entity text'>]><a>a&e;</a>");
   EXPECT_EQ(XmlUtil_GetContent(tree.GetRoot()), "entity text");
 }
 
-TEST(XmlUtilTest, GetContentOfAnEntityPassesOverTheDeclarationsBesideIt) {
+TEST(XmlUtilTest, GetContentOfAnEntityIgnoresTheDeclarationsAfterIt) {
   for (const char* declaration : {"", "<!ATTLIST a b CDATA #IMPLIED>", "<!ELEMENT a (b)>",
                                   "<!NOTATION a SYSTEM 'n'>", "<!ENTITY f 'another'>"}) {
     const Tree tree("<!DOCTYPE a [<!ENTITY e 'entity text'>" + std::string(declaration) +
@@ -167,19 +167,19 @@ TEST(XmlUtilTest, GetContentForChildByTagRefusesDuplicates) {
                   "multiple times."));
 }
 
-TEST(XmlUtilTest, GetContentForChildByTagLetsEmptyFirstMatchesPass) {
+TEST(XmlUtilTest, GetContentForChildByTagAllowsEmptyFirstMatches) {
   EXPECT_EQ(XmlUtil_GetContentForChildByTag(Tree("<a><b/><b/><b>2</b></a>").GetRoot(), "b"), "2");
   EXPECT_EQ(XmlUtil_GetContentForChildByTag(Tree("<a><b/><b></b></a>").GetRoot(), "b"), "");
   EXPECT_THROW(XmlUtil_GetContentForChildByTag(Tree("<a><b/><b>2</b><b/></a>").GetRoot(), "b"),
                KestrelException);
 }
 
-TEST(XmlUtilTest, GetContentForChildByTagPassesOverASectionWithoutName) {
+TEST(XmlUtilTest, GetContentForChildByTagSkipsASectionWithoutName) {
   EXPECT_EQ(XmlUtil_GetContentForChildByTag(Tree("<a><![CDATA[x]]><b>1</b></a>").GetRoot(), "b"),
             "1");
 }
 
-TEST(XmlUtilTest, FindChildNodeGivesTheOnlyOneOrNull) {
+TEST(XmlUtilTest, FindChildNodeReturnsTheOnlyOneOrNull) {
   const Tree tree("<a>text<![CDATA[x]]><b/><c/></a>");
   EXPECT_EQ(XmlUtil_FindChildNode(tree.GetRoot(), "c"), tree.GetChild(3));
   EXPECT_EQ(XmlUtil_FindChildNode(tree.GetRoot(), "d"), nullptr);
@@ -192,7 +192,7 @@ TEST(XmlUtilTest, FindChildNodeRefusesASecondOne) {
       ThrowsMessage<KestrelException>("More than one instance of b found, expected only one."));
 }
 
-TEST(XmlUtilTest, BuildsNothingFromATextOrAComment) {
+TEST(XmlUtilTest, RefusesToBuildFromTextOrComments) {
   const Tree tree("<a>text<!--comment--><text/><comment/><![CDATA[x]]></a>");
   const char* const ofText = "Trying to make a meta object from a text field";
   const char* const ofComment = "Trying to make a meta object from a comment";
@@ -200,7 +200,7 @@ TEST(XmlUtilTest, BuildsNothingFromATextOrAComment) {
               ThrowsMessage<KestrelException>(ofText));
   EXPECT_THAT([&] { XmlUtil_BuildMetaObject(tree.GetChild(1)); },
               ThrowsMessage<KestrelException>(ofComment));
-  // Elements are told by their name, too.
+  // Elements of these names are treated alike.
   EXPECT_THAT([&] { XmlUtil_BuildMetaObject(tree.GetChild(2)); },
               ThrowsMessage<KestrelException>(ofText));
   EXPECT_THAT([&] { XmlUtil_BuildMetaObject(tree.GetChild(3)); },
@@ -210,24 +210,24 @@ TEST(XmlUtilTest, BuildsNothingFromATextOrAComment) {
       ThrowsMessage<KestrelException>("Unable to make a MetaObject from a node with tag ''"));
 }
 
-TEST(XmlUtilTest, BuildStructAndBuildListTakeTheirElements) {
+TEST(XmlUtilTest, BuildsStructuresAndListsFromTheirElements) {
   const Tree tree(
       "<a><structure typeName='Disk'><field name='Name'><string>sda</string></field></structure>"
       "<list type='int'><int>1</int></list></a>");
-  const std::shared_ptr<MetaStruct> record = BuildMetaStruct(tree.GetChild(0));
-  EXPECT_EQ(DescribeValue(record), "structure Disk {Name: string 'sda'}");
+  const std::shared_ptr<MetaStruct> structure = BuildMetaStruct(tree.GetChild(0));
+  EXPECT_EQ(DescribeValue(structure), "structure Disk {Name: string 'sda'}");
   const std::shared_ptr<MetaList> list = BuildMetaList(tree.GetChild(1));
   EXPECT_EQ(DescribeValue(list), "list of Int [int 1]");
 }
 
-struct ValueCase {
+struct ReadingCase {
   const char* name;
   std::string text;
   std::string result;
 };
 
-// Each value element is read by itself from a tree, and in a document of its own.
-class XmlValueTest : public testing::TestWithParam<ValueCase> {};
+// Reads each value element twice: from a tree, and as the value of a document.
+class XmlValueTest : public testing::TestWithParam<ReadingCase> {};
 
 TEST_P(XmlValueTest, IsBuilt) {
   const bool throws = GetParam().result.rfind("throws ", 0) == 0;
@@ -236,7 +236,7 @@ TEST_P(XmlValueTest, IsBuilt) {
             throws ? Unbuildable(GetParam().result.substr(7)) : GetParam().result);
 }
 
-std::string NameOf(const testing::TestParamInfo<ValueCase>& info) { return info.param.name; }
+std::string NameOf(const testing::TestParamInfo<ReadingCase>& info) { return info.param.name; }
 
 std::string UnknownTag(const std::string& tag) {
   return "throws Unable to make a MetaObject from a node with tag '" + tag + "'";
@@ -255,216 +255,207 @@ constexpr const char* kNoListOfLists = "throws Struct type expected for list.";
 INSTANTIATE_TEST_SUITE_P(
     Scalars, XmlValueTest,
     testing::Values(
-        ValueCase{"StringIsNotTrimmed", "<string>  a b\n</string>", "string '  a b\n'"},
-        ValueCase{"StringEmpty", "<string/>", "string ''"},
-        ValueCase{"StringLastTextWins", "<string>a<b/>c</string>", "string 'c'"},
-        ValueCase{"StringCommentCounts", "<string>ab<!--x--></string>", "string 'x'"},
-        ValueCase{"StringCDataCounts", "<string>ab<![CDATA[x&y]]></string>", "string 'x&y'"},
-        ValueCase{"StringAttributesDoNotMatter", "<string name='x'>a</string>", "string 'a'"},
-        ValueCase{"IntInBlanks", "<int> 42 </int>", "int 42"},
-        ValueCase{"IntEmpty", "<int></int>", "int 0"},
-        ValueCase{"IntNegative", "<int>-7</int>", "int -7"},
-        ValueCase{"IntPlus", "<int>+7</int>", "int 7"},
-        ValueCase{"IntZeros", "<int>007</int>", "int 7"},
-        ValueCase{"IntTrailingText", "<int>12abc</int>", "int 12"},
-        ValueCase{"IntHexIsZero", "<int>0x10</int>", "int 0"},
-        ValueCase{"IntFraction", "<int>3.9</int>", "int 3"},
-        ValueCase{"IntLineEndsBefore", "<int>\n\t 5\n</int>", "int 5"},
-        ValueCase{"IntHighest", "<int>9223372036854775807</int>", "int 9223372036854775807"},
-        ValueCase{"IntLowest", "<int>-9223372036854775808</int>", "int -9223372036854775808"},
-        ValueCase{"IntTooHigh", "<int>9223372036854775808</int>",
-                  UnreadableInt("9223372036854775808")},
-        ValueCase{"IntTooLow", "<int>-9223372036854775809</int>",
-                  UnreadableInt("-9223372036854775809")},
-        ValueCase{"IntWord", "<int>x</int>", UnreadableInt("x")},
-        ValueCase{"IntBlanksOnly", "<int>  </int>", UnreadableInt("  ")},
-        ValueCase{"IntSignsOnly", "<int>+-1</int>", UnreadableInt("+-1")},
-        ValueCase{"IntSignAndBlank", "<int>- 1</int>", UnreadableInt("- 1")},
-        ValueCase{"BoolWordFalse", "<bool>false</bool>", "bool false"},
-        ValueCase{"BoolLetterF", "<bool>f</bool>", "bool false"},
-        ValueCase{"BoolZero", "<bool>0</bool>", "bool false"},
-        ValueCase{"BoolYes", "<bool>yes</bool>", "bool true"},
-        ValueCase{"BoolEmpty", "<bool/>", "bool true"},
-        ValueCase{"BoolCapitalised", "<bool>False</bool>", "bool true"},
-        ValueCase{"BoolUpperCase", "<bool>FALSE</bool>", "bool true"},
-        ValueCase{"BoolBlankBehind", "<bool>false </bool>", "bool true"},
-        ValueCase{"BoolNo", "<bool>no</bool>", "bool true"},
-        ValueCase{"UnknownTag", "<integer>1</integer>", UnknownTag("integer")},
-        ValueCase{"UnknownBoolean", "<boolean>1</boolean>", UnknownTag("boolean")},
-        ValueCase{"TagInOtherCase", "<String>a</String>", UnknownTag("String")},
-        ValueCase{"FieldOutsideAStructure", "<field name='a'/>", UnknownTag("field")}),
+        ReadingCase{"StringIsNotTrimmed", "<string>  a b\n</string>", "string '  a b\n'"},
+        ReadingCase{"StringEmpty", "<string/>", "string ''"},
+        ReadingCase{"StringLastTextWins", "<string>a<b/>c</string>", "string 'c'"},
+        ReadingCase{"StringCommentCounts", "<string>ab<!--x--></string>", "string 'x'"},
+        ReadingCase{"StringCDataCounts", "<string>ab<![CDATA[x&y]]></string>", "string 'x&y'"},
+        ReadingCase{"StringAttributesDoNotMatter", "<string name='x'>a</string>", "string 'a'"},
+        ReadingCase{"IntBetweenSpaces", "<int> 42 </int>", "int 42"},
+        ReadingCase{"IntEmpty", "<int></int>", "int 0"},
+        ReadingCase{"IntNegative", "<int>-7</int>", "int -7"},
+        ReadingCase{"IntPlus", "<int>+7</int>", "int 7"},
+        ReadingCase{"IntZeros", "<int>007</int>", "int 7"},
+        ReadingCase{"IntTrailingText", "<int>12abc</int>", "int 12"},
+        ReadingCase{"IntHexIsZero", "<int>0x10</int>", "int 0"},
+        ReadingCase{"IntFraction", "<int>3.9</int>", "int 3"},
+        ReadingCase{"IntLineEndsBefore", "<int>\n\t 5\n</int>", "int 5"},
+        ReadingCase{"IntHighest", "<int>9223372036854775807</int>", "int 9223372036854775807"},
+        ReadingCase{"IntLowest", "<int>-9223372036854775808</int>", "int -9223372036854775808"},
+        ReadingCase{"IntTooHigh", "<int>9223372036854775808</int>",
+                    UnreadableInt("9223372036854775808")},
+        ReadingCase{"IntTooLow", "<int>-9223372036854775809</int>",
+                    UnreadableInt("-9223372036854775809")},
+        ReadingCase{"IntWord", "<int>x</int>", UnreadableInt("x")},
+        ReadingCase{"IntSpacesOnly", "<int>  </int>", UnreadableInt("  ")},
+        ReadingCase{"IntSignsOnly", "<int>+-1</int>", UnreadableInt("+-1")},
+        ReadingCase{"IntSignAndSpace", "<int>- 1</int>", UnreadableInt("- 1")},
+        ReadingCase{"BoolWordFalse", "<bool>false</bool>", "bool false"},
+        ReadingCase{"BoolLetterF", "<bool>f</bool>", "bool false"},
+        ReadingCase{"BoolZero", "<bool>0</bool>", "bool false"},
+        ReadingCase{"BoolYes", "<bool>yes</bool>", "bool true"},
+        ReadingCase{"BoolEmpty", "<bool/>", "bool true"},
+        ReadingCase{"BoolCapitalised", "<bool>False</bool>", "bool true"},
+        ReadingCase{"BoolUpperCase", "<bool>FALSE</bool>", "bool true"},
+        ReadingCase{"BoolTrailingSpace", "<bool>false </bool>", "bool true"},
+        ReadingCase{"BoolNo", "<bool>no</bool>", "bool true"},
+        ReadingCase{"UnknownTag", "<integer>1</integer>", UnknownTag("integer")},
+        ReadingCase{"UnknownBoolean", "<boolean>1</boolean>", UnknownTag("boolean")},
+        ReadingCase{"TagInOtherCase", "<String>a</String>", UnknownTag("String")},
+        ReadingCase{"FieldOutsideAStructure", "<field name='a'/>", UnknownTag("field")}),
     NameOf);
 
 INSTANTIATE_TEST_SUITE_P(
     Structures, XmlValueTest,
     testing::Values(
-        ValueCase{"Empty", "<structure typeName='Disk'/>", "structure Disk {}"},
-        ValueCase{"NoTypeName", "<structure/>", "throws Invalid name specified for MetaStruct: "},
-        ValueCase{"BadTypeName", "<structure typeName='My_Disk'/>",
-                  "throws Invalid name specified for MetaStruct: My_Disk"},
-        ValueCase{"FieldsInNameOrder",
-                  "<structure typeName='D'> <field name='B'><int>1</int></field>\n"
-                  "<!-- c --><field name='A'> <!-- c --> <bool>f</bool> </field></structure>",
-                  "structure D {A: bool false, B: int 1}"},
-        ValueCase{"FurtherValuesInAFieldAreIgnored",
-                  "<structure typeName='D'><field name='A'><int>1</int><int>x</int><z/></field>"
-                  "</structure>",
-                  "structure D {A: int 1}"},
-        ValueCase{"OtherChildrenAreIgnored",
-                  "<structure typeName='D'><int>x</int><Field name='A'/>text<?field name='A'?>"
-                  "</structure>",
-                  "structure D {}"},
-        ValueCase{"AFieldWithoutValueIsAbsent",
-                  "<structure typeName='D'><field name='A'/><field name='B'> text <!-- c -->"
-                  "<![CDATA[x]]></field></structure>",
-                  "structure D {}"},
-        ValueCase{"AFieldWithoutNameThrows",
-                  "<structure typeName='D'><field><int>1</int></field></structure>", kNoFieldName},
-        ValueCase{"AFieldWithEmptyNameThrowsBeforeItsValue",
-                  "<structure typeName='D'><field name=''><int>x</int></field></structure>",
-                  kNoFieldName},
-        ValueCase{"ALaterFieldReplaces",
-                  "<structure typeName='D'><field name='A'><int>1</int></field><field name='A'>"
-                  "<string>a</string></field></structure>",
-                  "structure D {A: string 'a'}"},
-        ValueCase{"Nested",
-                  "<structure typeName='D'><field name='A'><structure typeName='E'><field "
-                  "name='B'><list type='bool'><bool/></list></field></structure></field>"
-                  "</structure>",
-                  "structure D {A: structure E {B: list of Bool [bool true]}}"},
-        ValueCase{"BadValueInAField",
-                  "<structure typeName='D'><field name='A'><z/></field></structure>",
-                  UnknownTag("z")},
-        ValueCase{"TypeNameIsCheckedBeforeTheFields",
-                  "<structure typeName='-'><field/></structure>",
-                  "throws Invalid name specified for MetaStruct: -"}),
+        ReadingCase{"Empty", "<structure typeName='Disk'/>", "structure Disk {}"},
+        ReadingCase{"NoTypeName", "<structure/>", "throws Invalid name specified for MetaStruct: "},
+        ReadingCase{"BadTypeName", "<structure typeName='My_Disk'/>",
+                    "throws Invalid name specified for MetaStruct: My_Disk"},
+        ReadingCase{"FieldsInNameOrder",
+                    "<structure typeName='D'> <field name='B'><int>1</int></field>\n"
+                    "<!-- c --><field name='A'> <!-- c --> <bool>f</bool> </field></structure>",
+                    "structure D {A: bool false, B: int 1}"},
+        ReadingCase{"FurtherValuesInAFieldAreIgnored",
+                    "<structure typeName='D'><field name='A'><int>1</int><int>x</int><z/></field>"
+                    "</structure>",
+                    "structure D {A: int 1}"},
+        ReadingCase{"OtherChildrenAreIgnored",
+                    "<structure typeName='D'><int>x</int><Field name='A'/>text<?field name='A'?>"
+                    "</structure>",
+                    "structure D {}"},
+        ReadingCase{"AFieldWithoutValueIsAbsent",
+                    "<structure typeName='D'><field name='A'/><field name='B'> text <!-- c -->"
+                    "<![CDATA[x]]></field></structure>",
+                    "structure D {}"},
+        ReadingCase{"AFieldWithoutNameThrows",
+                    "<structure typeName='D'><field><int>1</int></field></structure>",
+                    kNoFieldName},
+        ReadingCase{"AFieldWithEmptyNameThrowsBeforeItsValue",
+                    "<structure typeName='D'><field name=''><int>x</int></field></structure>",
+                    kNoFieldName},
+        ReadingCase{"ALaterFieldReplaces",
+                    "<structure typeName='D'><field name='A'><int>1</int></field><field name='A'>"
+                    "<string>a</string></field></structure>",
+                    "structure D {A: string 'a'}"},
+        ReadingCase{"Nested",
+                    "<structure typeName='D'><field name='A'><structure typeName='E'><field "
+                    "name='B'><list type='bool'><bool/></list></field></structure></field>"
+                    "</structure>",
+                    "structure D {A: structure E {B: list of Bool [bool true]}}"},
+        ReadingCase{"BadValueInAField",
+                    "<structure typeName='D'><field name='A'><z/></field></structure>",
+                    UnknownTag("z")},
+        ReadingCase{"TypeNameIsCheckedBeforeTheFields",
+                    "<structure typeName='-'><field/></structure>",
+                    "throws Invalid name specified for MetaStruct: -"}),
     NameOf);
 
 INSTANTIATE_TEST_SUITE_P(
     Lists, XmlValueTest,
     testing::Values(
-        ValueCase{"EmptyString", "<list type='string'/>", "list of String []"},
-        ValueCase{"EmptyInt", "<list type='int'/>", "list of Int []"},
-        ValueCase{"EmptyBool", "<list type='bool'> <!-- c --> </list>", "list of Bool []"},
-        ValueCase{"EmptyStructure", "<list type='structure'> text </list>", "list of Struct []"},
-        ValueCase{"EmptyList", "<list type='list'/>", kNoListOfLists},
-        ValueCase{"Elements", "<list type='int'> <int>1</int><!-- c --><int>2</int>x</list>",
-                  "list of Int [int 1, int 2]"},
-        ValueCase{"NoType", "<list><int>x</int></list>", kBadListType},
-        ValueCase{"LongTypeWord", "<list type='integer'/>", kBadListType},
-        ValueCase{"LongBoolWord", "<list type='boolean'/>", kBadListType},
-        ValueCase{"TypeInOtherCase", "<list type='Int'/>", kBadListType},
-        ValueCase{"WrongKind", "<list type='int'><int>1</int><string>a</string></list>",
-                  "throws Invalid type specificed in MetaList.  Expected object of type Int got "
-                  "object of type String"},
-        ValueCase{"BadElement", "<list type='int'><int>1</int><z/></list>", UnknownTag("z")},
-        ValueCase{"Structures",
-                  "<list type='structure'><structure typeName='D'><field name='A'><int>1</int>"
-                  "</field></structure><structure typeName='D'><field name='A'><int>2</int></field>"
-                  "</structure></list>",
-                  "list of Struct [structure D {A: int 1}, structure D {A: int 2}]"},
-        ValueCase{"StructuresOfAnotherShape",
-                  "<list type='structure'><structure typeName='D'><field name='A'><int>1</int>"
-                  "</field></structure><structure typeName='D'><field name='A'><bool/></field>"
-                  "</structure></list>",
-                  "throws Invalid structure detected by MetaList::Add.  Type Errors were: (2) : "
-                  "Type mismatch on field: A, There was an error adding an item to this list.  "
-                  "The item being added did not match the declared structure of this list, so it "
-                  "was not added., "},
-        ValueCase{"StructureListOfScalars", "<list type='structure'><int>1</int></list>",
-                  "throws Invalid type specificed in MetaList.  Expected object of type Struct got "
-                  "object of type Int"},
-        ValueCase{"ListOfLists", "<list type='list'><list type='int'/></list>", kNoListOfLists},
-        ValueCase{"ListOfListsWithABadFirstChild", "<list type='list'><int>x</int></list>",
-                  UnreadableInt("x")}),
+        ReadingCase{"EmptyString", "<list type='string'/>", "list of String []"},
+        ReadingCase{"EmptyInt", "<list type='int'/>", "list of Int []"},
+        ReadingCase{"EmptyBool", "<list type='bool'> <!-- c --> </list>", "list of Bool []"},
+        ReadingCase{"EmptyStructure", "<list type='structure'> text </list>", "list of Struct []"},
+        ReadingCase{"EmptyList", "<list type='list'/>", kNoListOfLists},
+        ReadingCase{"Elements", "<list type='int'> <int>1</int><!-- c --><int>2</int>x</list>",
+                    "list of Int [int 1, int 2]"},
+        ReadingCase{"NoType", "<list><int>x</int></list>", kBadListType},
+        ReadingCase{"LongTypeWord", "<list type='integer'/>", kBadListType},
+        ReadingCase{"LongBoolWord", "<list type='boolean'/>", kBadListType},
+        ReadingCase{"TypeInOtherCase", "<list type='Int'/>", kBadListType},
+        ReadingCase{"WrongKind", "<list type='int'><int>1</int><string>a</string></list>",
+                    "throws Invalid type specificed in MetaList.  Expected object of type Int got "
+                    "object of type String"},
+        ReadingCase{"BadElement", "<list type='int'><int>1</int><z/></list>", UnknownTag("z")},
+        ReadingCase{
+            "Structures",
+            "<list type='structure'><structure typeName='D'><field name='A'><int>1</int>"
+            "</field></structure><structure typeName='D'><field name='A'><int>2</int></field>"
+            "</structure></list>",
+            "list of Struct [structure D {A: int 1}, structure D {A: int 2}]"},
+        ReadingCase{"StructuresOfAnotherShape",
+                    "<list type='structure'><structure typeName='D'><field name='A'><int>1</int>"
+                    "</field></structure><structure typeName='D'><field name='A'><bool/></field>"
+                    "</structure></list>",
+                    "throws Invalid structure detected by MetaList::Add.  Type Errors were: (2) : "
+                    "Type mismatch on field: A, There was an error adding an item to this list.  "
+                    "The item being added did not match the declared structure of this list, so it "
+                    "was not added., "},
+        ReadingCase{
+            "StructureListOfScalars", "<list type='structure'><int>1</int></list>",
+            "throws Invalid type specificed in MetaList.  Expected object of type Struct got "
+            "object of type Int"},
+        ReadingCase{"ListOfLists", "<list type='list'><list type='int'/></list>", kNoListOfLists},
+        ReadingCase{"ListOfListsWithABadFirstChild", "<list type='list'><int>x</int></list>",
+                    UnreadableInt("x")}),
     NameOf);
 
-struct DocumentCase {
-  const char* name;
-  std::string text;
-  std::string result;
-};
-
-class XmlOutputTest : public testing::TestWithParam<DocumentCase> {};
+class XmlOutputTest : public testing::TestWithParam<ReadingCase> {};
 
 TEST_P(XmlOutputTest, IsRead) {
   const StreamCapture diagnostics(STDERR_FILENO);
   EXPECT_EQ(ResultOf(GetParam().text), GetParam().result);
 }
 
-std::string DocumentName(const testing::TestParamInfo<DocumentCase>& info) {
-  return info.param.name;
-}
-
 INSTANTIATE_TEST_SUITE_P(
     Documents, XmlOutputTest,
     testing::Values(
-        DocumentCase{"TheFirstValueIsTheResult",
-                     "<output><!-- c --><string>a</string><int>1</int></output>", "string 'a'"},
-        DocumentCase{"WhatFollowsTheFirstValueIsIgnored",
-                     "<output><string>a</string><int>x</int><z/></output>", "string 'a'"},
-        DocumentCase{"AnyRootWillDo", "<result-of.anything><int>1</int></result-of.anything>",
-                     "int 1"},
-        DocumentCase{"TheRootMayBeNamedAsAValue", "<int><string>a</string></int>", "string 'a'"},
-        DocumentCase{"EmptyRoot", "<output/>", "null"},
-        DocumentCase{"BlankRoot", "<output>   </output>", "null"},
-        DocumentCase{"RootWithoutElements", "<output> a <!-- c --><![CDATA[<int/>]]></output>",
-                     "null"},
-        DocumentCase{"BadListType", "<output><list type=\"integer\"/></output>",
-                     Unbuildable("Invalid list type attribute.  Must be one of [string, int, bool, "
-                                 "structure, list]")},
-        DocumentCase{"UnreadableInt", "<output><int>x</int></output>",
-                     Unbuildable("Unable to read an int value from: 'x'")},
-        DocumentCase{"AnElementNamedText", "<output><text/></output>",
-                     Unbuildable("Trying to make a meta object from a text field")},
-        DocumentCase{"AnElementNamedComment", "<output><comment/></output>",
-                     Unbuildable("Trying to make a meta object from a comment")},
-        DocumentCase{"AProcessingInstruction", "<output><?pi data?><int>1</int></output>",
-                     Unbuildable("Unable to make a MetaObject from a node with tag 'pi'")},
-        DocumentCase{"MetaDataOfAnotherVocabulary", "<output><meta-data/><root/></output>",
-                     Unbuildable("Unable to make a MetaObject from a node with tag 'meta-data'")},
-        DocumentCase{"ADeclaration", "<?xml version='1.0' encoding='UTF-8'?>\n<o><int>1</int></o>",
-                     "int 1"},
-        DocumentCase{"AByteOrderMark", "\xEF\xBB\xBF<o><int>1</int></o>", "int 1"},
-        DocumentCase{"Latin1",
-                     "<?xml version='1.0' encoding='ISO-8859-1'?><o><string>\xE4</string></o>",
-                     "string '\xC3\xA4'"},
-        DocumentCase{"ADocumentType", "<!DOCTYPE o [<!ENTITY e 'x'>]><o><string>a&e;</string></o>",
-                     "string 'x'"},
-        DocumentCase{"AnEntityAmongTheElements",
-                     "<!DOCTYPE o [<!ENTITY e 'x'>]><o>&e;<string>a</string></o>",
-                     Unbuildable("Unable to make a MetaObject from a node with tag 'e'")},
-        DocumentCase{"AnEntityNamedAsAValue",
-                     "<!DOCTYPE o [<!ENTITY string 'x'><!ATTLIST a b CDATA #IMPLIED>]><o>&string;"
-                     "</o>",
-                     "string 'x'"},
-        DocumentCase{"ANulByteBehindTheRoot", std::string("<o><int>1</int></o>\0x", 21), "int 1"},
-        DocumentCase{"AKnownPrefixDoesNotCount", "<p:o xmlns:p='urn:p'><p:int>1</p:int></p:o>",
-                     "int 1"},
-        DocumentCase{"AnUnknownPrefixBelongsToTheName", "<o><p:int>1</p:int></o>",
-                     Unbuildable("Unable to make a MetaObject from a node with tag 'p:int'")}),
-    DocumentName);
+        ReadingCase{"TheFirstValueIsTheResult",
+                    "<output><!-- c --><string>a</string><int>1</int></output>", "string 'a'"},
+        ReadingCase{"WhatFollowsTheFirstValueIsIgnored",
+                    "<output><string>a</string><int>x</int><z/></output>", "string 'a'"},
+        ReadingCase{"TheRootMayHaveAnyName",
+                    "<result-of.anything><int>1</int></result-of.anything>", "int 1"},
+        ReadingCase{"TheRootMayBeNamedAsAValue", "<int><string>a</string></int>", "string 'a'"},
+        ReadingCase{"EmptyRoot", "<output/>", "null"},
+        ReadingCase{"RootOfSpaces", "<output>   </output>", "null"},
+        ReadingCase{"RootWithoutElements", "<output> a <!-- c --><![CDATA[<int/>]]></output>",
+                    "null"},
+        ReadingCase{"BadListType", "<output><list type=\"integer\"/></output>",
+                    Unbuildable("Invalid list type attribute.  Must be one of [string, int, bool, "
+                                "structure, list]")},
+        ReadingCase{"UnreadableInt", "<output><int>x</int></output>",
+                    Unbuildable("Unable to read an int value from: 'x'")},
+        ReadingCase{"AnElementNamedText", "<output><text/></output>",
+                    Unbuildable("Trying to make a meta object from a text field")},
+        ReadingCase{"AnElementNamedComment", "<output><comment/></output>",
+                    Unbuildable("Trying to make a meta object from a comment")},
+        ReadingCase{"AProcessingInstruction", "<output><?pi data?><int>1</int></output>",
+                    Unbuildable("Unable to make a MetaObject from a node with tag 'pi'")},
+        ReadingCase{"MetaDataOfAnotherVocabulary", "<output><meta-data/><root/></output>",
+                    Unbuildable("Unable to make a MetaObject from a node with tag 'meta-data'")},
+        ReadingCase{"ADeclaration", "<?xml version='1.0' encoding='UTF-8'?>\n<o><int>1</int></o>",
+                    "int 1"},
+        ReadingCase{"AByteOrderMark", "\xEF\xBB\xBF<o><int>1</int></o>", "int 1"},
+        ReadingCase{"Latin1",
+                    "<?xml version='1.0' encoding='ISO-8859-1'?><o><string>\xE4</string></o>",
+                    "string '\xC3\xA4'"},
+        ReadingCase{"ADocumentType", "<!DOCTYPE o [<!ENTITY e 'x'>]><o><string>a&e;</string></o>",
+                    "string 'x'"},
+        ReadingCase{"AnEntityAmongTheElements",
+                    "<!DOCTYPE o [<!ENTITY e 'x'>]><o>&e;<string>a</string></o>",
+                    Unbuildable("Unable to make a MetaObject from a node with tag 'e'")},
+        ReadingCase{"AnEntityNamedAsAValue",
+                    "<!DOCTYPE o [<!ENTITY string 'x'><!ATTLIST a b CDATA #IMPLIED>]><o>&string;"
+                    "</o>",
+                    "string 'x'"},
+        ReadingCase{"ANulByteAfterTheRoot", std::string("<o><int>1</int></o>\0x", 21), "int 1"},
+        ReadingCase{"AKnownPrefixDoesNotCount", "<p:o xmlns:p='urn:p'><p:int>1</p:int></p:o>",
+                    "int 1"},
+        ReadingCase{"AnUnknownPrefixBelongsToTheName", "<o><p:int>1</p:int></o>",
+                    Unbuildable("Unable to make a MetaObject from a node with tag 'p:int'")}),
+    NameOf);
 
 INSTANTIATE_TEST_SUITE_P(
     NotWellFormed, XmlOutputTest,
-    testing::Values(DocumentCase{"NoBytes", "", "null"}, DocumentCase{"BlanksOnly", "  \n", "null"},
-                    DocumentCase{"PlainText", "done", "null"},
-                    DocumentCase{"Unclosed", "<output>", "null"},
-                    DocumentCase{"MismatchedTags", "<output><int>1</string></output>", "null"},
-                    DocumentCase{"TrailingGarbage", "<output><int>1</int></output>x", "null"},
-                    DocumentCase{"TwoRoots", "<o><int>1</int></o><o/>", "null"},
-                    DocumentCase{"LeadingLine", "note\n<o><int>1</int></o>", "null"},
-                    DocumentCase{"LeadingBlankBeforeADeclaration",
-                                 " <?xml version='1.0'?><o><int>1</int></o>", "null"},
-                    DocumentCase{"UnknownEntity", "<o><string>&nbsp;</string></o>", "null"},
-                    DocumentCase{"InvalidUtf8", "<o><string>\xC3\x28</string></o>", "null"},
-                    DocumentCase{"ControlCharacter", "<o><string>\x01</string></o>", "null"},
-                    // The fault in the text comes before any in the value, wherever each stands.
-                    DocumentCase{"UnbuildableAndThenNotWellFormed", "<o><int>x</int>", "null"},
-                    DocumentCase{"BadListAndThenNotWellFormed", "<o><list type='x'/></p>", "null"},
-                    DocumentCase{"NulByte", std::string("<o><string>a\0b</string></o>", 28),
-                                 "null"}),
-    DocumentName);
+    testing::Values(
+        ReadingCase{"NoBytes", "", "null"}, ReadingCase{"SpaceOnly", "  \n", "null"},
+        ReadingCase{"PlainText", "done", "null"}, ReadingCase{"Unclosed", "<output>", "null"},
+        ReadingCase{"MismatchedTags", "<output><int>1</string></output>", "null"},
+        ReadingCase{"TrailingGarbage", "<output><int>1</int></output>x", "null"},
+        ReadingCase{"TwoRoots", "<o><int>1</int></o><o/>", "null"},
+        ReadingCase{"LeadingLine", "note\n<o><int>1</int></o>", "null"},
+        ReadingCase{"SpaceBeforeADeclaration", " <?xml version='1.0'?><o><int>1</int></o>", "null"},
+        ReadingCase{"UnknownEntity", "<o><string>&nbsp;</string></o>", "null"},
+        ReadingCase{"InvalidUtf8", "<o><string>\xC3\x28</string></o>", "null"},
+        ReadingCase{"ControlCharacter", "<o><string>\x01</string></o>", "null"},
+        // That a document is not well-formed takes precedence over an invalid value.
+        ReadingCase{"UnbuildableAndThenNotWellFormed", "<o><int>x</int>", "null"},
+        ReadingCase{"BadListAndThenNotWellFormed", "<o><list type='x'/></p>", "null"},
+        ReadingCase{"NulByte", std::string("<o><string>a\0b</string></o>", 28), "null"}),
+    NameOf);
 
 TEST(XmlUtilTest, ValuesOfADocumentAreNotLocked) {
   const std::shared_ptr<MetaObject> value = XmlUtil_ParseXmlOutput(
@@ -480,9 +471,9 @@ TEST(XmlUtilTest, ValuesOfADocumentAreNotLocked) {
 }
 
 TEST(XmlUtilTest, AFieldOfADocumentHasNoDocumentation) {
-  const auto record = std::dynamic_pointer_cast<MetaStruct>(XmlUtil_ParseXmlOutput(
+  const auto structure = std::dynamic_pointer_cast<MetaStruct>(XmlUtil_ParseXmlOutput(
       "<o><structure typeName='D'><field name='A'><int>1</int></field></structure></o>"));
-  EXPECT_EQ(record->GetFieldDocumentation("A"), "Documentation missing");
+  EXPECT_EQ(structure->GetFieldDocumentation("A"), "Documentation missing");
 }
 
 TEST(XmlUtilTest, AListWithoutFirstElementDeclaresNoStructure) {
@@ -494,7 +485,7 @@ TEST(XmlUtilTest, AListWithoutFirstElementDeclaresNoStructure) {
                   "created with NULL structure.  No items can be added to this list., "));
 }
 
-TEST(XmlUtilTest, AMalformedTextIsReportedOnceOnStandardError) {
+TEST(XmlUtilTest, AMalformedDocumentIsReportedOnceOnStandardError) {
   StreamCapture diagnostics(STDERR_FILENO);
   EXPECT_EQ(XmlUtil_ParseXmlOutput("<output><int>1</output>"), nullptr);
   EXPECT_EQ(diagnostics.GetText(),
@@ -506,21 +497,21 @@ TEST(XmlUtilTest, AMalformedTextIsReportedOnceOnStandardError) {
             "                       ^\n");
 }
 
-TEST(XmlUtilTest, AWellFormedTextIsReadInSilence) {
+TEST(XmlUtilTest, AWellFormedDocumentIsReadSilently) {
   StreamCapture diagnostics(STDERR_FILENO);
   EXPECT_NE(XmlUtil_ParseXmlOutput("<output><int>1</int></output>"), nullptr);
   EXPECT_THROW(XmlUtil_ParseXmlOutput("<output><int>x</int></output>"), KestrelException);
   EXPECT_THAT(diagnostics.GetText(), IsEmpty());
 }
 
-/// `depth` lists of structures, each in the first structure of the one around it.
+/// A document of `depth` lists of structures, each in the first structure of the list around it.
 std::string NestedLists(int depth) {
   return "<output>" +
          Repeat("<list type='structure'><structure typeName='D'><field name='A'>", depth) +
          "<int>1</int>" + Repeat("</field></structure></list>", depth) + "</output>";
 }
 
-// Were each first element built twice, 80 levels would take 2^80 steps.
+// If each first element were built twice, 80 levels would take 2^80 steps.
 TEST(XmlUtilTest, ANestedFirstElementIsBuiltOnce) {
   std::string expected = "int 1";
   for (int i = 0; i < 80; ++i) {
@@ -539,7 +530,7 @@ TEST(XmlUtilTest, ReadsAMillionElements) {
   EXPECT_EQ(DescribeValue(list->GetItem(999999)), "int 13");
 }
 
-// Were all declarations looked at for each value, this would take minutes.
+// If all declarations were searched for each value, this would take minutes.
 TEST(XmlUtilTest, ReadsManyEntitiesAmongManyDeclarations) {
   std::string declarations = "<!ENTITY string 'x'>";
   for (int i = 0; i < 20000; ++i) {
@@ -558,10 +549,10 @@ TEST(XmlUtilTest, ReadsManyFieldsAndManyStructures) {
     fields +=
         "<field name='f" + std::to_string(i) + "'><int>" + std::to_string(i) + "</int></field>";
   }
-  const auto record = std::dynamic_pointer_cast<MetaStruct>(
+  const auto structure = std::dynamic_pointer_cast<MetaStruct>(
       XmlUtil_ParseXmlOutput("<o><structure typeName='S'>" + fields + "</structure></o>"));
-  EXPECT_EQ(record->GetFieldNames().size(), 100000u);
-  EXPECT_EQ(DescribeValue(record->GetField("f77777")), "int 77777");
+  EXPECT_EQ(structure->GetFieldNames().size(), 100000u);
+  EXPECT_EQ(DescribeValue(structure->GetField("f77777")), "int 77777");
   const auto list = std::dynamic_pointer_cast<MetaList>(XmlUtil_ParseXmlOutput(
       "<o><list type='structure'>" +
       Repeat("<structure typeName='S'><field name='a'><string>x</string></field></structure>",
@@ -570,7 +561,7 @@ TEST(XmlUtilTest, ReadsManyFieldsAndManyStructures) {
   EXPECT_EQ(list->GetCount(), 100000u);
 }
 
-TEST(XmlUtilTest, ATextTooLongForTheParserIsNoDocument) {
+TEST(XmlUtilTest, ATextTooLongForTheParserIsNotADocument) {
   if (Testing::Rounds(0, 1) == 0) {
     GTEST_SKIP() << "takes two gigabytes: part of a campaign only";
   }

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The reader that follows the parser's events must not differ in anything from a reading through
-// the tree that `xmlReadMemory` makes: not in the value, not in the message of an exception, not in
-// the parser's diagnostics.
+// Reading a document from the events of the parser must be the same as reading it from the tree
+// that `xmlReadMemory` makes: the same value, message of an exception, and diagnostics of the
+// parser.
 
 #include "autocli/descriptors/XmlValueReader.h"
 
@@ -35,7 +35,7 @@ using Testing::DescribeValue;
 using Testing::Random;
 using Testing::Rounds;
 
-/// Takes the parser's diagnostics while it lives.
+/// Collects the diagnostics of the parser during its lifetime.
 class DiagnosticsCapture {
  public:
   DiagnosticsCapture() { xmlSetGenericErrorFunc(this, Collect); }
@@ -58,7 +58,7 @@ class DiagnosticsCapture {
   std::string text_;
 };
 
-/// All that can be seen of one reading.
+/// All observable results of one reading.
 struct Reading {
   std::string result;
   std::string diagnostics;
@@ -105,26 +105,26 @@ std::shared_ptr<MetaObject> ParseThroughTree(const std::string& text) {
   }
 }
 
-enum class Road { Events, Tree };
+enum class Way { Events, Tree };
 
 std::string_view Beginning(std::string_view text) { return text.substr(0, 2000); }
 
-/// Reads `text` on both roads and compares. Says which one the library takes.
-Road ExpectSameReading(const std::string& text) {
-  Road road = Road::Events;
+/// Reads `text` in both ways and compares the results. Returns the way that the library uses.
+Way ExpectSameReading(const std::string& text) {
+  Way way = Way::Events;
   const Reading expected = Observe([&] { return ParseThroughTree(text); });
   const Reading events = Observe([&] {
     std::shared_ptr<MetaObject> value;
-    road = ReadXmlValue(text, value) ? Road::Events : Road::Tree;
+    way = ReadXmlValue(text, value) ? Way::Events : Way::Tree;
     return value;
   });
-  if (road == Road::Events) {
+  if (way == Way::Events) {
     EXPECT_EQ(events, expected) << Beginning(text);
   } else {
     EXPECT_EQ(events.diagnostics, "") << Beginning(text);
     EXPECT_EQ(Observe([&] { return XmlUtil_ParseXmlOutput(text); }), expected) << Beginning(text);
   }
-  return road;
+  return way;
 }
 
 std::string Repeat(std::string_view text, std::size_t count) {
@@ -243,7 +243,7 @@ constexpr std::string_view kPieces[] = {
     "a",
 };
 
-/// Makes up value documents, most of them well-formed.
+/// Makes random value documents, most of which are well-formed.
 class DocumentMaker {
  public:
   explicit DocumentMaker(Random& random) : random_(random) {}
@@ -311,7 +311,7 @@ class DocumentMaker {
     }
   }
 
-  /// The name of an element, now and then with a prefix.
+  /// The name of an element, sometimes with a prefix.
   std::string Name(const std::string& name) {
     constexpr std::string_view kPrefixes[] = {"p:", "q:", "xml:", "p:p:"};
     return random_.Chance(3) ? std::string(random_.Pick(kPrefixes)) + name : name;
@@ -396,7 +396,7 @@ class DocumentMaker {
   std::string text_;
 };
 
-/// Damages a text in one place.
+/// Changes `text` in one random place.
 void Mutate(std::string& text, Random& random) {
   const std::size_t position = random.Below(text.size() + 1);
   const std::size_t length = random.Below(std::min<std::size_t>(text.size() - position + 1, 12));
@@ -421,7 +421,7 @@ void Mutate(std::string& text, Random& random) {
   }
 }
 
-TEST(XmlValueReaderTest, ReadsMadeUpDocumentsAsATreeDoes) {
+TEST(XmlValueReaderTest, ReadsRandomDocumentsAsATreeDoes) {
   Random random;
   SCOPED_TRACE(random.HowToRepeat());
   DocumentMaker maker(random);
@@ -432,12 +432,12 @@ TEST(XmlValueReaderTest, ReadsMadeUpDocumentsAsATreeDoes) {
     for (std::size_t damage = random.Below(4); damage > 1; --damage) {
       Mutate(text, random);
     }
-    onEvents += ExpectSameReading(text) == Road::Events ? 1 : 0;
+    onEvents += ExpectSameReading(text) == Way::Events ? 1 : 0;
   }
   EXPECT_GT(onEvents, rounds / 5);
 }
 
-TEST(XmlValueReaderTest, MadeUpDocumentsGiveEveryKindOfResult) {
+TEST(XmlValueReaderTest, RandomDocumentsLeadToEveryKindOfResult) {
   Random random;
   SCOPED_TRACE(random.HowToRepeat());
   DocumentMaker maker(random);
@@ -460,7 +460,7 @@ TEST(XmlValueReaderTest, MadeUpDocumentsGiveEveryKindOfResult) {
   EXPECT_GT(exceptions, 100);
 }
 
-// Damage at each place of one document that has a bit of everything.
+// Changes a document that contains something of every kind, at each position.
 TEST(XmlValueReaderTest, ReadsADamagedDocumentAsATreeDoes) {
   const std::string text =
       "<?xml version='1.0'?><!-- c --><o xmlns:p='urn:p'> <list type='structure'><structure "
@@ -551,7 +551,7 @@ TEST(XmlValueReaderTest, ReadsEveryDeclaredEncodingAsATreeDoes) {
   }
 }
 
-/// The bytes of `text` in an encoding of `width` bytes a character, low byte first or last.
+/// Encodes `text` with `width` bytes for each character, low byte first or last.
 std::string Widen(std::string_view text, std::size_t width, bool lowFirst) {
   std::string wide;
   for (const char c : text) {
@@ -613,7 +613,7 @@ TEST(XmlValueReaderTest, ReadsLongTextsOfEveryKindAsATreeDoes) {
 }
 
 TEST(XmlValueReaderTest, ReadsLongAttributesAsATreeDoes) {
-  // A "&" of an attribute's value is five bytes to the parser.
+  // The parser stores a "&" in an attribute as five bytes.
   for (const std::size_t count : {kLimit / 5 - 1, kLimit / 5, kLimit / 5 + 1}) {
     ExpectSameReading("<o a='" + Repeat("&amp;", count) + "'><string/></o>");
   }
@@ -634,7 +634,7 @@ TEST(XmlValueReaderTest, ReadsManyErrorsAsATreeDoes) {
   ExpectSameReading("<o>" + Repeat("<a b='1' b='2'>", 100) + "</o>");
 }
 
-TEST(XmlValueReaderTest, LeavesTheUnusualToATree) {
+TEST(XmlValueReaderTest, LeavesUnusualDocumentsToATree) {
   std::shared_ptr<MetaObject> value;
   EXPECT_TRUE(ReadXmlValue("<?xml version='1.0'?><!-- <!DOCTYPE o> --><o/>", value));
   EXPECT_FALSE(ReadXmlValue("<?xml version='1.0'?><!-- c --> <!DOCTYPE o><o/>", value));
@@ -646,17 +646,17 @@ TEST(XmlValueReaderTest, LeavesTheUnusualToATree) {
   EXPECT_FALSE(ReadXmlValue(Widen("<o/>", 2, true), value));
 }
 
-TEST(XmlValueReaderTest, EntitiesAreNotBlownUp) {
+TEST(XmlValueReaderTest, DoesNotExpandNestedEntities) {
   std::string text = "<!DOCTYPE o [<!ENTITY e0 'ha'>";
   for (int i = 1; i < 30; ++i) {
     const std::string inner = "&e" + std::to_string(i - 1) + ";";
     text += "<!ENTITY e" + std::to_string(i) + " '" + inner + inner + inner + "'>";
   }
-  EXPECT_EQ(ExpectSameReading(text + "]><o><string>&e29;</string></o>"), Road::Tree);
-  EXPECT_EQ(ExpectSameReading(text + "]><o a='&e29;'><string/></o>"), Road::Tree);
+  EXPECT_EQ(ExpectSameReading(text + "]><o><string>&e29;</string></o>"), Way::Tree);
+  EXPECT_EQ(ExpectSameReading(text + "]><o a='&e29;'><string/></o>"), Way::Tree);
 }
 
-TEST(XmlValueReaderTest, ReadsWithASharedErrorHandlerThroughTheTree) {
+TEST(XmlValueReaderTest, ReadsThroughATreeWhenTheProgramHasItsOwnErrorHandler) {
   int errors = 0;
   xmlSetStructuredErrorFunc(&errors, [](void* count, auto*) { ++*static_cast<int*>(count); });
   std::shared_ptr<MetaObject> value;

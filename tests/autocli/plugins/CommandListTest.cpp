@@ -51,7 +51,7 @@ class CommandListTest : public testing::Test {
     RegisterAt(dispatcher_.GetRootNamespace(), path, command);
   }
 
-  // Runs the built-in command as a user would; each record as "namespace|command|description".
+  // Runs the command and returns its rows, each as "namespace|command|description".
   std::vector<std::string> List(const Filters& filters = {}) {
     const std::shared_ptr<CommandInput> input = MakeCommandInput({"vexil", "command", "list"});
     for (const auto& [name, value] : filters) {
@@ -60,24 +60,24 @@ class CommandListTest : public testing::Test {
     const std::shared_ptr<CommandOutput> output = CommandOutput::New();
     EXPECT_TRUE(dispatcher_.ExecuteCommand(input, output));
     EXPECT_THAT(output->GetErrors(), IsEmpty());
-    std::vector<std::string> records;
+    std::vector<std::string> rows;
     for (const std::shared_ptr<MetaObject>& item :
          std::dynamic_pointer_cast<MetaList>(output->GetRootObject())->GetObjects()) {
-      const auto record = std::dynamic_pointer_cast<MetaStruct>(item);
-      records.push_back(record->GetField("Namespace")->ToString() + "|" +
-                        record->GetField("Command")->ToString() + "|" +
-                        record->GetField("Description")->ToString());
+      const auto row = std::dynamic_pointer_cast<MetaStruct>(item);
+      rows.push_back(row->GetField("Namespace")->ToString() + "|" +
+                     row->GetField("Command")->ToString() + "|" +
+                     row->GetField("Description")->ToString());
     }
-    return records;
+    return rows;
   }
 
-  static constexpr const char* kOwnRecord = "vexil.command|list|List all of the vexil commands.";
+  static constexpr const char* kOwnRow = "vexil.command|list|List all of the vexil commands.";
 
   Dispatcher dispatcher_;
 };
 
 TEST_F(CommandListTest, WithoutOtherCommandsItListsItself) {
-  EXPECT_THAT(List(), ElementsAre(kOwnRecord));
+  EXPECT_THAT(List(), ElementsAre(kOwnRow));
 }
 
 TEST_F(CommandListTest, WalksDepthFirstWithCommandsAndNamespacesInOneOrder) {
@@ -87,12 +87,12 @@ TEST_F(CommandListTest, WalksDepthFirstWithCommandsAndNamespacesInOneOrder) {
   Register({"about"}, "top");
   Register({"zoo"}, "last");
   EXPECT_THAT(List(), ElementsAre("|about|top", "network|down|first", "network.ip|list|second",
-                                  "network|up|third", kOwnRecord, "|zoo|last"));
+                                  "network|up|third", kOwnRow, "|zoo|last"));
 }
 
 TEST_F(CommandListTest, AnEmptyNamespaceAddsNothing) {
   dispatcher_.GetRootNamespace()->SubNamespace("empty")->SubNamespace("inside");
-  EXPECT_THAT(List(), ElementsAre(kOwnRecord));
+  EXPECT_THAT(List(), ElementsAre(kOwnRow));
 }
 
 TEST_F(CommandListTest, ANamespaceFilterLooksAnywhereInTheDottedPath) {
@@ -109,7 +109,7 @@ TEST_F(CommandListTest, ANamespaceFilterLooksAnywhereInTheDottedPath) {
 TEST_F(CommandListTest, ACommandFilterLooksAtTheNameOnly) {
   Register({"list", "show"}, "list");
   Register({"disk", "playlist"}, "");
-  EXPECT_THAT(List({{"command-filter", "list"}}), ElementsAre("disk|playlist|", kOwnRecord));
+  EXPECT_THAT(List({{"command-filter", "list"}}), ElementsAre("disk|playlist|", kOwnRow));
   EXPECT_THAT(List({{"command-filter", "List"}}), IsEmpty());
 }
 
@@ -139,10 +139,10 @@ TEST_F(CommandListTest, FiltersHaveShortNames) {
 }
 
 TEST_F(CommandListTest, AnEmptyFilterMatchesEverything) {
-  EXPECT_THAT(List({{"namespace-filter", ""}, {"command-filter", ""}}), ElementsAre(kOwnRecord));
+  EXPECT_THAT(List({{"namespace-filter", ""}, {"command-filter", ""}}), ElementsAre(kOwnRow));
 }
 
-// A leaf of a kind that nobody knows.
+// A node of an unknown kind.
 class StrangeNode : public Namespace {
  public:
   NodeType GetType() override { return static_cast<NodeType>(3); }
@@ -152,10 +152,10 @@ TEST_F(CommandListTest, NodesOfOtherKindsAreIgnored) {
   const auto strange = std::make_shared<StrangeNode>();
   dispatcher_.GetRootNamespace()->RegisterNamespaceNode(strange, "strange");
   RegisterAt(strange, {"below"}, MakeAnsweringCommand("x"));
-  EXPECT_THAT(List(), ElementsAre(kOwnRecord));
+  EXPECT_THAT(List(), ElementsAre(kOwnRow));
 }
 
-TEST_F(CommandListTest, ServesManyNamespacesOfOneCommandEach) {
+TEST_F(CommandListTest, ListsManyNamespacesOfOneCommandEach) {
   constexpr std::size_t kCount = 20000;
   for (std::size_t i = 0; i < kCount; ++i) {
     const std::string name = "n" + std::to_string(i);
@@ -164,7 +164,7 @@ TEST_F(CommandListTest, ServesManyNamespacesOfOneCommandEach) {
   EXPECT_EQ(List().size(), kCount + 1);
 }
 
-// What it declares.
+// Declarations.
 
 TEST_F(CommandListTest, HasADescriptionAndDefaultsForItsFormat) {
   const std::shared_ptr<CommandList> command = CommandList::New(dispatcher_.GetRootNamespace());
@@ -176,7 +176,7 @@ TEST_F(CommandListTest, HasADescriptionAndDefaultsForItsFormat) {
                 {"fields:VexilCommand", "Namespace,Command,Description"}, {"wrap-last", "true"}}));
 }
 
-TEST_F(CommandListTest, DeclaresThreeOptionalTexts) {
+TEST_F(CommandListTest, DeclaresThreeOptionalStrings) {
   const std::shared_ptr<CommandList> command = CommandList::New(dispatcher_.GetRootNamespace());
   const std::shared_ptr<InputSpec> spec = command->GetInputSpecInternal();
   std::vector<std::string> declared;
@@ -219,7 +219,7 @@ TEST_F(CommandListTest, DeclaresAListOfItsStructure) {
       list->GetListStructure()->IsSameStructure(CommandList::GetOutputStructure(), nullptr));
 }
 
-TEST_F(CommandListTest, ItsStructureHasThreeSharedEmptyTexts) {
+TEST_F(CommandListTest, ItsStructureHasThreeSharedEmptyStrings) {
   const std::shared_ptr<MetaStruct> structure = CommandList::GetOutputStructure();
   EXPECT_EQ(structure->GetTypeName(), "VexilCommand");
   EXPECT_THAT(structure->GetFieldNames(), ElementsAre("Command", "Description", "Namespace"));

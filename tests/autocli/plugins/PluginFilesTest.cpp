@@ -34,26 +34,27 @@ PluginFileKind KindByExpression(const std::string& path) {
   return boost::regex_match(path, descriptor) ? PluginFileKind::Descriptor : PluginFileKind::Other;
 }
 
-// Compares rule and expression on every text of at most `length` bytes more than `path` has.
-void ExpectEqualOnAllTexts(const std::string& alphabet, const std::string& path,
-                           std::size_t length) {
+// Compares the rule and the expression for `path` followed by each string of at most `length`
+// bytes.
+void ExpectEqualForAllStrings(const std::string& alphabet, const std::string& path,
+                              std::size_t length) {
   ASSERT_EQ(KindOfPluginFile(path), KindByExpression(path)) << path;
   if (length == 0) {
     return;
   }
   for (const char c : alphabet) {
-    ExpectEqualOnAllTexts(alphabet, path + c, length - 1);
+    ExpectEqualForAllStrings(alphabet, path + c, length - 1);
   }
 }
 
-TEST(PluginFilesTest, KindEqualsTheExpressionsOnAllShortTexts) {
-  ExpectEqualOnAllTexts("a.so", "", 7);
-  ExpectEqualOnAllTexts("/.xml", "", 6);
-  ExpectEqualOnAllTexts(std::string(".so\n\0", 5), "", 6);
-  ExpectEqualOnAllTexts("SOo.", "a", 5);
+TEST(PluginFilesTest, KindEqualsTheExpressionsForAllShortStrings) {
+  ExpectEqualForAllStrings("a.so", "", 7);
+  ExpectEqualForAllStrings("/.xml", "", 6);
+  ExpectEqualForAllStrings(std::string(".so\n\0", 5), "", 6);
+  ExpectEqualForAllStrings("SOo.", "a", 5);
 }
 
-TEST(PluginFilesTest, KindIsToldByTheSuffixOfTheWholePath) {
+TEST(PluginFilesTest, KindDependsOnTheSuffixOfTheWholePath) {
   EXPECT_EQ(KindOfPluginFile("/usr/lib/x.so"), PluginFileKind::SharedLibrary);
   EXPECT_EQ(KindOfPluginFile("/usr/lib/x.xml"), PluginFileKind::Descriptor);
   EXPECT_EQ(KindOfPluginFile("/.so"), PluginFileKind::SharedLibrary);
@@ -90,13 +91,14 @@ TEST(PluginFilesTest, EntriesOfEveryTypeAreListedInByteOrder) {
                                    at + "notes.txt", at + "\xc3\xa4")));
 }
 
-// How many descriptors this process has open, the one that counts them included.
+// The number of open file descriptors of this process, including the one that is used to count
+// them.
 std::ptrdiff_t CountDescriptors() {
   const std::filesystem::directory_iterator begin("/proc/self/fd");
   return std::distance(begin, std::filesystem::directory_iterator());
 }
 
-TEST(PluginFilesTest, TheDirectoryIsClosedAgain) {
+TEST(PluginFilesTest, ClosesTheDirectory) {
   const ScopedTempDir dir;
   dir.Write("x.so", "");
   const std::ptrdiff_t before = CountDescriptors();
@@ -104,7 +106,7 @@ TEST(PluginFilesTest, TheDirectoryIsClosedAgain) {
   EXPECT_EQ(CountDescriptors(), before);
 }
 
-TEST(PluginFilesTest, PathsBeginWithTheDirectoryAsItIsGiven) {
+TEST(PluginFilesTest, PathsBeginWithTheUnchangedDirectory) {
   const ScopedTempDir dir;
   dir.Write("x.so", "");
   EXPECT_THAT(ListDirectory(dir.GetPath() + "/"), Optional(ElementsAre(dir.GetPath() + "//x.so")));

@@ -42,7 +42,7 @@ using testing::ThrowsMessage;
 static_assert(!std::is_copy_constructible<SharedLibraryPlugin>::value,
               "one owner closes the shared object");
 
-// What the loader has to say about `path`.
+// The message of the loader for `path`.
 std::string LoaderErrorFor(const std::string& path) {
   if (void* const handle = dlopen(path.c_str(), RTLD_LAZY)) {
     dlclose(handle);
@@ -145,9 +145,9 @@ TEST(SharedLibraryPluginTest, ASharedObjectWithoutTheEntryPointIsRefusedAndClose
   EXPECT_FALSE(IsLoaded(path));
 }
 
-TEST(SharedLibraryPluginTest, AnEntryPointAtNullIsRefusedWithoutALoadersText) {
+TEST(SharedLibraryPluginTest, AnEntryPointAtNullIsRefusedWithoutTextOfTheLoader) {
   const std::string path = TestPluginPath("NullEntryPoint");
-  // A text that an earlier call left behind must not show up.
+  // The message of an earlier call must not appear.
   EXPECT_EQ(dlsym(RTLD_DEFAULT, "Kestrel_NoSuchSymbol"), nullptr);
   EXPECT_THAT([&] { SharedLibraryPlugin::New(path)->Initialize(); },
               ThrowsMessage<KestrelException>("Unable to get plugin registration point from " +
@@ -155,7 +155,7 @@ TEST(SharedLibraryPluginTest, AnEntryPointAtNullIsRefusedWithoutALoadersText) {
   EXPECT_FALSE(IsLoaded(path));
 }
 
-// What is not whole.
+// Incomplete files.
 
 std::string ReadFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
@@ -173,7 +173,7 @@ TEST(SharedLibraryPluginTest, ASharedObjectThatWasCutShortIsRefused) {
   }
 }
 
-TEST(SharedLibraryPluginTest, WhatTheLoaderSeesForItselfIsToldInItsWords) {
+TEST(SharedLibraryPluginTest, FaultsThatTheLoaderFindsAreReportedInItsWords) {
   const ScopedTempDir dir;
   const std::string whole = ReadFile(TestPluginPath("EchoPlugin"));
   std::string odd = whole.substr(0, 4096);
@@ -187,7 +187,7 @@ TEST(SharedLibraryPluginTest, WhatTheLoaderSeesForItselfIsToldInItsWords) {
   }
 }
 
-// What is no regular file.
+// Files of other types.
 
 std::string NotAFileMessage(const std::string& path) {
   return "Unable to load plugin from " + path + " : not a regular file";
@@ -208,7 +208,7 @@ TEST(SharedLibraryPluginTest, ADirectoryIsRefused) {
               ThrowsMessage<KestrelException>(NotAFileMessage(path)));
 }
 
-TEST(SharedLibraryPluginTest, ADeviceBehindALinkIsRefused) {
+TEST(SharedLibraryPluginTest, ALinkToADeviceIsRefused) {
   const ScopedTempDir dir;
   const std::string path = dir.GetPath("x.so");
   std::filesystem::create_symlink("/dev/zero", path);
@@ -225,7 +225,7 @@ TEST(SharedLibraryPluginTest, ALinkToASharedObjectIsLoaded) {
   EXPECT_TRUE(IsLoaded(path));
 }
 
-// Changes the folder of this process for as long as it lives.
+// Changes the working directory of this process during its lifetime.
 class ScopedWorkingDirectory {
  public:
   explicit ScopedWorkingDirectory(const std::string& dir)
@@ -240,7 +240,7 @@ class ScopedWorkingDirectory {
   std::filesystem::path previous_;
 };
 
-TEST(SharedLibraryPluginTest, APathWithoutSlashIsLeftToTheLoaderToSearch) {
+TEST(SharedLibraryPluginTest, TheLoaderSearchesForAPathWithoutSlash) {
   const ScopedTempDir dir;
   CopyTestPlugin("EchoPlugin", dir.GetPath("here.so"));
   dir.MakeDirectory("folder.so");
@@ -258,8 +258,8 @@ TEST(SharedLibraryPluginTest, APathWithoutSlashIsLeftToTheLoaderToSearch) {
 
 // How symbols are bound.
 
-TEST(SharedLibraryPluginTest, SymbolsAreBoundLazilyAndOpenToLaterPlugins) {
-  // The borrower opens although nothing offers the function that it calls.
+TEST(SharedLibraryPluginTest, SymbolsAreBoundLazilyAndVisibleToLaterPlugins) {
+  // The borrower can be opened although the function that it calls is not defined yet.
   const std::shared_ptr<SharedLibraryPlugin> borrower =
       SharedLibraryPlugin::New(TestPluginPath("BorrowerPlugin"));
   borrower->Initialize();
@@ -275,9 +275,9 @@ TEST(SharedLibraryPluginTest, SymbolsAreBoundLazilyAndOpenToLaterPlugins) {
   EXPECT_EQ(output->GetRootObject()->ToString(), "a text on loan");
 }
 
-// An entry point that throws.
+// Exceptions.
 
-TEST(SharedLibraryPluginTest, AnExceptionOfTheEntryPointPasses) {
+TEST(SharedLibraryPluginTest, AnExceptionOfTheEntryPointReachesTheCaller) {
   const std::shared_ptr<SharedLibraryPlugin> plugin =
       SharedLibraryPlugin::New(TestPluginPath("ThrowingPluginKestrelException"));
   plugin->Initialize();

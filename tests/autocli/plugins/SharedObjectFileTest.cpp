@@ -28,7 +28,7 @@ struct Segment {
   std::uint64_t size = 0;
 };
 
-/// The header of this very program, which the loader has taken.
+/// The header of the running program, which the loader has accepted.
 ElfW(Ehdr) ReadOwnHeader() {
   ElfW(Ehdr) header = {};
   std::ifstream("/proc/self/exe", std::ios::binary)
@@ -36,7 +36,7 @@ ElfW(Ehdr) ReadOwnHeader() {
   return header;
 }
 
-/// A shared object of one segment that has `size` bytes.
+/// Makes a shared object with one segment, cut or padded to `size` bytes.
 std::string MakeObject(const Segment& segment, std::size_t size) {
   ElfW(Ehdr) header = ReadOwnHeader();
   header.e_type = ET_DYN;
@@ -67,29 +67,29 @@ TEST(SharedObjectFileTest, TheLastSegmentMustEndWithinTheFile) {
   EXPECT_TRUE(IsCutShort(MakeObject({PT_LOAD, 500, 501}, 1000)));
 }
 
-TEST(SharedObjectFileTest, ASumBeyondAllNumbersIsBehindTheEnd) {
+TEST(SharedObjectFileTest, ASegmentWhoseEndOverflowsIsAfterTheEnd) {
   EXPECT_TRUE(IsCutShort(MakeObject({PT_LOAD, UINT64_MAX - 1, 2}, 1000)));
   EXPECT_TRUE(IsCutShort(MakeObject({PT_LOAD, 2, UINT64_MAX - 1}, 1000)));
 }
 
-TEST(SharedObjectFileTest, OnlyWhatIsLoadedCounts) {
+TEST(SharedObjectFileTest, OnlyLoadedSegmentsCount) {
   EXPECT_FALSE(IsCutShort(MakeObject({PT_NOTE, 0, 5000}, 1000)));
 }
 
-TEST(SharedObjectFileTest, AFileThatEndsWithinItsHeadersIsTheLoadersToReport) {
+TEST(SharedObjectFileTest, AFileThatEndsWithinItsHeadersIsLeftToTheLoader) {
   EXPECT_FALSE(IsCutShort(MakeObject({PT_LOAD, 0, 5000}, sizeof(ElfW(Ehdr)) - 1)));
   EXPECT_FALSE(IsCutShort(MakeObject({PT_LOAD, 0, 5000}, kSegmentPlace)));
   EXPECT_FALSE(IsCutShort(MakeObject({PT_LOAD, 0, 5000}, kHeaders - 1)));
   EXPECT_TRUE(IsCutShort(MakeObject({PT_LOAD, 0, 5000}, kHeaders)));
 }
 
-TEST(SharedObjectFileTest, WhatIsNoSharedObjectIsTheLoadersToReport) {
+TEST(SharedObjectFileTest, AFileThatIsNotASharedObjectIsLeftToTheLoader) {
   EXPECT_FALSE(IsCutShort(""));
   EXPECT_FALSE(IsCutShort(ELFMAG));
   EXPECT_FALSE(IsCutShort(std::string(1000, 'x')));
 }
 
-TEST(SharedObjectFileTest, AHeaderThatTheLoaderRefusesIsItsToReport) {
+TEST(SharedObjectFileTest, AHeaderThatTheLoaderRefusesIsLeftToTheLoader) {
   const std::string cut = MakeObject({PT_LOAD, 0, 1001}, 1000);
   for (const std::size_t place :
        {std::size_t{EI_MAG0}, std::size_t{EI_CLASS}, std::size_t{EI_DATA}, std::size_t{EI_VERSION},
@@ -102,7 +102,7 @@ TEST(SharedObjectFileTest, AHeaderThatTheLoaderRefusesIsItsToReport) {
   }
 }
 
-TEST(SharedObjectFileTest, TheLoaderTakesTwoKindsOfInterface) {
+TEST(SharedObjectFileTest, AcceptsTheTwoInterfacesThatTheLoaderAccepts) {
   std::string cut = MakeObject({PT_LOAD, 0, 1001}, 1000);
   cut[EI_OSABI] = ELFOSABI_SYSV;
   EXPECT_TRUE(IsCutShort(cut));
@@ -112,7 +112,7 @@ TEST(SharedObjectFileTest, TheLoaderTakesTwoKindsOfInterface) {
   EXPECT_TRUE(IsCutShort(cut));
 }
 
-TEST(SharedObjectFileTest, WhatCannotBeReadIsTheLoadersToReport) {
+TEST(SharedObjectFileTest, AFileThatCannotBeReadIsLeftToTheLoader) {
   const ScopedTempDir dir;
   EXPECT_FALSE(IsSharedObjectCutShort(dir.GetPath("missing.so")));
   EXPECT_FALSE(IsSharedObjectCutShort(dir.MakeDirectory("folder.so")));
