@@ -5,6 +5,7 @@
 
 #include <utility>
 
+#include "autocli/text/WriteUnpadded.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/TableFormatter.h"
 #include "kestrel/metaobj/MetaList.h"
@@ -20,11 +21,6 @@ using MetaObj::MetaObject;
 using MetaObj::MetaString;
 using MetaObj::MetaStruct;
 
-// Unlike operator<<, not affected by a width that somebody left on the stream.
-void Write(const std::string& text, std::ostream& out) {
-  out.write(text.data(), static_cast<std::streamsize>(text.size()));
-}
-
 std::shared_ptr<MetaStruct> GetListing(const std::shared_ptr<CallSpec::Output>& output) {
   std::shared_ptr<MetaStruct> listing =
       output == nullptr ? nullptr : std::dynamic_pointer_cast<MetaStruct>(output->GetRootObject());
@@ -35,13 +31,14 @@ std::shared_ptr<MetaStruct> GetListing(const std::shared_ptr<CallSpec::Output>& 
   return listing;
 }
 
-// The list in the field `name`, null when there is none.
-std::shared_ptr<MetaList> GetList(const MetaStruct& record, const std::string& name) {
-  return record.HasField(name) ? std::dynamic_pointer_cast<MetaList>(record.GetField(name))
-                               : nullptr;
+// Returns the list in the field `name`, null if there is none.
+std::shared_ptr<MetaList> GetList(const MetaStruct& structure, const std::string& name) {
+  return structure.HasField(name) ? std::dynamic_pointer_cast<MetaList>(structure.GetField(name))
+                                  : nullptr;
 }
 
-// A new list of those nodes whose "Type" reads `typeName`; null when `nodes` holds no structures.
+// Returns a new list of the nodes whose "Type" is `typeName`, null if `nodes` has no structure
+// type.
 std::shared_ptr<MetaList> Filter(const MetaList& nodes, const std::string& typeName) {
   if (nodes.GetListStructure() == nullptr) {
     return nullptr;
@@ -49,9 +46,9 @@ std::shared_ptr<MetaList> Filter(const MetaList& nodes, const std::string& typeN
   std::shared_ptr<MetaList> filtered =
       MetaList::New(MetaObj::MetaType::Struct, nodes.GetListStructure());
   for (const std::shared_ptr<MetaObject>& node : nodes.GetObjects()) {
-    const auto record = std::static_pointer_cast<MetaStruct>(node);
-    if (record->HasField("Type") && record->GetField("Type")->ToString() == typeName) {
-      filtered->Add(record);
+    const auto structure = std::static_pointer_cast<MetaStruct>(node);
+    if (structure->HasField("Type") && structure->GetField("Type")->ToString() == typeName) {
+      filtered->Add(structure);
     }
   }
   return filtered;
@@ -78,17 +75,17 @@ void CliDispatcherHelpFormatter::Format(const std::shared_ptr<CallSpec::Output>&
     }
   }
   head += " <namespaces> <command>\n\nFor help please run " + tool + " --help\n\n";
-  Write(head, out);
+  WriteUnpadded(out, head);
   const std::shared_ptr<MetaList> nodes = GetList(*listing, "NamespaceNodes");
   HandleList("Namespace", nodes, display, out);
   HandleList("Command", nodes, display, out);
 }
 
 bool CliDispatcherHelpFormatter::ExtractString(const std::string& field,
-                                               std::shared_ptr<MetaStruct> record,
+                                               std::shared_ptr<MetaStruct> structure,
                                                std::string& value) {
-  const auto text = record != nullptr && record->HasField(field)
-                        ? std::dynamic_pointer_cast<MetaString>(record->GetField(field))
+  const auto text = structure != nullptr && structure->HasField(field)
+                        ? std::dynamic_pointer_cast<MetaString>(structure->GetField(field))
                         : nullptr;
   value = text == nullptr ? "<" + field + ">" : text->GetValue();
   return text != nullptr;
@@ -97,14 +94,14 @@ bool CliDispatcherHelpFormatter::ExtractString(const std::string& field,
 bool CliDispatcherHelpFormatter::HandleList(const std::string& typeName,
                                             std::shared_ptr<MetaList> nodes,
                                             DisplayContext& display, std::ostream& out) {
-  Write("Available " + typeName + "s: \n\n", out);
+  WriteUnpadded(out, "Available " + typeName + "s: \n\n");
   if (nodes == nullptr) {
-    Write("ERROR, list is bad\n", out);
+    WriteUnpadded(out, "ERROR, list is bad\n");
     return false;
   }
   const std::shared_ptr<MetaList> filtered = Filter(*nodes, typeName);
   if (filtered == nullptr) {
-    Write("Unable to get Descriptions for this command.  Implementation error.\n", out);
+    WriteUnpadded(out, "Unable to get Descriptions for this command.  Implementation error.\n");
     return false;
   }
   const std::shared_ptr<CallSpec::Output> table = CallSpec::Output::New();
@@ -115,7 +112,7 @@ bool CliDispatcherHelpFormatter::HandleList(const std::string& typeName,
   layout.SetParameter("table-header", "false");
   layout.SetParameter("wrap-last", "true");
   TableFormatter().Format(table, layout, display, out);
-  Write("\n", out);
+  WriteUnpadded(out, "\n");
   return true;
 }
 

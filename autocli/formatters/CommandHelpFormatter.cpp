@@ -32,14 +32,14 @@ constexpr char kSecretWarning[] =
 constexpr std::string_view kDescriptionEnd = " :";
 constexpr std::string_view kSyntaxStart = "# ";
 
-std::string GetText(const MetaStruct& record, const std::string& name) {
-  const std::shared_ptr<MetaObject> value = record.GetField(name);
+std::string GetText(const MetaStruct& structure, const std::string& name) {
+  const std::shared_ptr<MetaObject> value = structure.GetField(name);
   const auto* text = ViewAs<MetaString>(value.get());
   return text == nullptr ? std::string() : text->GetValue();
 }
 
-bool IsTrue(const MetaStruct& record, const char* name) {
-  const std::shared_ptr<MetaObject> value = record.GetField(name);
+bool IsTrue(const MetaStruct& structure, const char* name) {
+  const std::shared_ptr<MetaObject> value = structure.GetField(name);
   const auto* flag = ViewAs<MetaBool>(value.get());
   return flag != nullptr && flag->GetValue();
 }
@@ -48,17 +48,17 @@ bool EndsWith(std::string_view text, std::string_view end) {
   return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
 }
 
-/// Calls `visit` with each structure of `list`; other elements are passed over.
+/// Calls `visit` with each structure in `list`; skips other elements.
 template <typename Visit>
 void ForEachStruct(const MetaList& list, const Visit& visit) {
   for (const auto& element : list.GetObjects()) {
-    if (const auto* record = ViewAs<MetaStruct>(element.get())) {
-      visit(*record);
+    if (const auto* structure = ViewAs<MetaStruct>(element.get())) {
+      visit(*structure);
     }
   }
 }
 
-/// One help page on its way to the stream.
+/// Writes one help page.
 class HelpPage {
  public:
   HelpPage(const MetaStruct& help, int width, TextWriter& writer)
@@ -125,7 +125,7 @@ class HelpPage {
     ForEachStruct(list, [this](const MetaStruct& example) { WriteExample(example); });
   }
 
-  /// A producer may have decorated the two texts; what is there already is not repeated.
+  // The description may already end with " :", and the syntax begin with "# ".
   void WriteExample(const MetaStruct& example) {
     std::string description = GetText(example, "Description");
     if (!EndsWith(description, kDescriptionEnd)) {
@@ -139,7 +139,7 @@ class HelpPage {
       writer_.Append(' ');
     }
     writer_.Append(syntax);
-    // The blanks behind the example are part of the page.
+    // The spaces after the example are part of the page.
     WriteBlock("", 8);
     writer_.Append('\n');
   }
@@ -180,7 +180,7 @@ void CommandHelpFormatter::Format(const std::shared_ptr<CallSpec::Output>& outpu
   HelpPage page(*help, display.width, writer);
   page.Write();
   if (page.HasParameters()) {
-    out.unsetf(std::ios_base::adjustfield);  // as after a column that was written aligned
+    out.unsetf(std::ios_base::adjustfield);
   }
   writer.Finish();
 }

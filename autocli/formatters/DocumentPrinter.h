@@ -17,29 +17,30 @@
 
 namespace Kestrel::AutoCli {
 
-/// The part of a printer for `ValueWalk` that all formats share which print every field of every
-/// structure, in order: JSON, Python and XML. `Syntax`, the class derived from it, adds:
+/// A base class for printers of `ValueWalk` that print all fields of every structure in order: the
+/// common part of the JSON, Python and XML printers. `Syntax`, the derived class, has BeginElement,
+/// EndList, kFieldStep and kElementStep, as `ValueWalk` describes them, and the members below.
+/// `before` must be written first; it is the prefix of a field, or empty.
 ///
 ///   void Bool(std::string_view before, bool value, long level);
 ///   void Int(std::string_view before, long value, long level);
 ///   void String(std::string_view before, const std::string& value, long level);
 ///   void Misread(std::string_view before, const MetaObject* value);
-///       A value that is null or not of the class that its kind announces.
+///       Prints an error message for a value that is null or not of the class of its kind.
 ///   void BeginStruct(std::string_view before, const MetaStruct& structure, long level);
 ///   void EndStruct(bool isEmpty, long level);
 ///       Also ends the last field.
+///   void BeginList(std::string_view before, const MetaList& list, long level);
 ///   static std::string FieldPrefix(const std::string& name, bool isFirst, long level);
-///       The text before the value of a field, with the end of the field before it. It depends on
-///       nothing but the arguments; `level` is that of the structure.
-///
-/// and what `ValueWalk` asks of a printer about lists and levels.
+///       Returns the end of the field before it and the beginning of the field `name`. `level` is
+///       that of the structure. The result must depend on the arguments only.
 template <typename Syntax>
 class DocumentPrinter {
  public:
   struct Fields {
     MetaObj::FieldCursor left;
     const MetaObj::FieldLayout* layout;  // null if prefixes are made one at a time
-    std::size_t count;                   // of all fields
+    std::size_t count;                   // all fields of the structure
   };
 
   /// Prints `value` and everything that it contains; null is printed as a misread value.
@@ -86,9 +87,9 @@ class DocumentPrinter {
   TextWriter& out_;
 
  private:
-  // A value of more shapes than these seldom repeats them.
+  // Results with more layouts are rare and seldom repeat them.
   static constexpr std::size_t kMaxLayouts = 64;
-  // Deeper structures are rare, and their prefixes, which may be as long as their level, are large.
+  // Deeper structures are rare, and keeping their long prefixes would take much memory.
   static constexpr long kMaxPreparedLevel = 64;
 
   Syntax& Self() { return static_cast<Syntax&>(*this); }
@@ -124,7 +125,7 @@ class DocumentPrinter {
     return nullptr;
   }
 
-  /// The prefixes of the fields that are left, in a structure with a layout.
+  /// Returns the prefixes of the fields that are left. The structure must have a layout.
   const std::string* FindPrefixes(const Fields& fields, long level) {
     const std::vector<std::string>& all =
         prefixes_.Get(*fields.layout, level, [&] { return MakePrefixes(*fields.layout, level); });
@@ -141,8 +142,8 @@ class DocumentPrinter {
   }
 
   LayoutCache<std::vector<std::string>, kMaxLayouts> prefixes_;
-  std::string made_;         // the prefix of a field whose structure has none prepared
-  std::string_view before_;  // the prefix of the field that is opened next
+  std::string made_;         // the last prefix that is not in `prefixes_`
+  std::string_view before_;  // the prefix of the value to be opened next
 };
 
 }  // namespace Kestrel::AutoCli

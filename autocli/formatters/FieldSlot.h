@@ -16,8 +16,8 @@
 
 namespace Kestrel::AutoCli {
 
-/// The value at position `slot` among `slots`, the values of a structure with a layout. Null for
-/// `FieldLayout::kNotFound`.
+/// Returns the value at position `slot` of `slots`, the values of a structure with a layout. Null
+/// if `slot` is `FieldLayout::kNotFound`.
 inline const std::shared_ptr<MetaObj::MetaObject>* ValueInSlot(
     const std::shared_ptr<MetaObj::MetaObject>* slots, std::size_t slot) {
   return slot == MetaObj::FieldLayout::kNotFound ? nullptr : slots + slot;
@@ -31,7 +31,7 @@ class FieldSlot {
 
   const std::string& GetName() const { return name_; }
 
-  /// Returns the value of the field, null if the structure has no field with the name. The pointer
+  /// Returns the value of the field, null if the structure has no field of that name. The pointer
   /// is valid until the structure changes.
   const std::shared_ptr<MetaObj::MetaObject>* Find(const MetaObj::MetaStruct& structure) {
     const MetaObj::FieldLayout* const layout = MetaObj::ValueAccess::Layout(structure);
@@ -49,8 +49,9 @@ class FieldSlot {
   LayoutCache<std::size_t, kMaxLayouts> slots_;
 };
 
-/// Finds any number of fields of one structure, which must not change meanwhile. In a large
-/// structure, looking fields up in the order of their names takes a single pass.
+/// Finds any number of fields of one structure, which must not change until the object is
+/// destroyed. Looking up the fields of a large structure in the order of their names takes a single
+/// pass.
 class FieldFinder {
  public:
   explicit FieldFinder(const MetaObj::MetaStruct& structure)
@@ -58,7 +59,7 @@ class FieldFinder {
         hasLayout_(MetaObj::ValueAccess::Layout(structure) != nullptr),
         cursor_(structure) {}
 
-  /// Returns the value of the field, null if the structure has no field with the name.
+  /// Returns the value of the field, null if the structure has no field of that name.
   const std::shared_ptr<MetaObj::MetaObject>* Find(const std::string& name) {
     if (hasLayout_ || cursor_.AtEnd() || cursor_.Name() != name) {
       return MetaObj::ValueAccess::Find(structure_, name);

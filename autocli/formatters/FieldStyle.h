@@ -12,32 +12,32 @@
 
 namespace Kestrel::AutoCli {
 
-// What the formatters that style fields say about the two parameters. Scripts match these texts.
+// The documentation of the two parameters, for the formatters that have them. Scripts match it.
 inline constexpr char kUnitsParam[] = "units:<TypeName>.<FieldName>";
 inline constexpr char kPrintfParam[] = "printf:<TypeName>.<FieldName>";
-// The example of units, although the texts about printf quote it too.
+// An example for units, but the description of printf quotes it too.
 inline constexpr char kStyleExample[] =
     "For example specifying \"units:ScsiDeviceList.Size\" = \"Mb\" would append the string 'Mb' to "
     "the end of a field";
 
-/// How the values of one field of one structure type are printed: its "printf:" and "units:"
-/// parameters, looked up once for any number of values.
+/// How the values of one field of one structure type are printed: its parameters "printf:" and
+/// "units:", looked up once for any number of values.
 class FieldStyle {
  public:
-  /// Whether `params` styles any field at all; most calls do not, and then need no look-ups.
+  /// Returns whether `params` has a style for any field. Most calls have none and need no look-ups.
   static bool IsUsedBy(const FormatParameters& params);
 
-  /// The style of no parameters.
+  /// The style without parameters.
   FieldStyle() = default;
 
-  /// Looks the two parameters up. `params` must outlive the object.
+  /// Looks up the two parameters in `params`, which must outlive this object.
   FieldStyle(const std::string& typeName, const std::string& fieldName,
              const FormatParameters& params);
 
-  /// Whether a value is printed as its `ToString()` and nothing more.
+  /// Returns whether a value is printed as its `ToString()`, without changes.
   bool IsPlain() const { return !format_.has_value() && units_ == nullptr; }
 
-  /// The text of `value`; see AutoCli_FormatField.
+  /// Returns what is printed for `value`; see AutoCli_FormatField.
   std::string MakeText(const MetaObj::MetaObject* value) const;
 
  private:

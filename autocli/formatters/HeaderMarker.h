@@ -7,8 +7,8 @@
 
 namespace Kestrel::AutoCli {
 
-/// The field that a header text names between two '%': of the last pair that has at least one byte
-/// between. That is what the group of ".*%(.+)%.*" captures. Empty when there is no such pair.
+/// Returns what is between the last '%' of `header` and the nearest '%' before it that is not
+/// adjacent: the group of ".*%(.+)%.*". Empty if there is none.
 std::string_view FindHeaderMarker(std::string_view header);
 
 }  // namespace Kestrel::AutoCli

@@ -7,10 +7,10 @@
 
 namespace Kestrel::AutoCli {
 
-/// How many blanks a level of nesting adds, in every formatter that indents.
+/// The number of spaces per level of nesting, in every formatter that indents.
 constexpr std::size_t kIndentStep = 3;
 
-/// The width of the indentation at a level; nothing below level 1.
+/// Returns the number of spaces of the indentation at `level`; 0 for a level below 1.
 constexpr std::size_t IndentOf(long level) {
   return level < 1 ? 0 : kIndentStep * static_cast<std::size_t>(level);
 }

@@ -25,7 +25,7 @@ constexpr EscapeTable MakeJsonEscapes() {
   constexpr char kDigits[] = "0123456789abcdef";
   EscapeTable table;
   for (int byte = 0; byte < 256; ++byte) {
-    // Byte by byte, also within a character of several bytes: readers rely on it.
+    // Also each byte of a multi-byte character: readers rely on it.
     if (byte < 32 || byte >= 127) {
       const char text[] = {'\\', 'u', '0', '0', kDigits[byte / 16], kDigits[byte % 16], '\0'};
       table.Set(static_cast<unsigned char>(byte), text);
@@ -48,7 +48,7 @@ class JsonPrinter : public DocumentPrinter<JsonPrinter> {
   static constexpr long kFieldStep = 2;
   static constexpr long kElementStep = 3;
 
-  // The name stands as it is: no byte of a name is escaped.
+  // Names are not escaped.
   static std::string FieldPrefix(const std::string& name, bool isFirst, long level) {
     return (isFirst ? "" : ",\n") + std::string(IndentOf(level) + kIndentStep, ' ') + '"' + name +
            "\": ";
@@ -69,7 +69,7 @@ class JsonPrinter : public DocumentPrinter<JsonPrinter> {
     out_.AppendAll(before, MisreadText(value, "Unknown data type"), '\n');
   }
 
-  void BeginStruct(std::string_view before, const MetaStruct& /*record*/, long level) {
+  void BeginStruct(std::string_view before, const MetaStruct& /*structure*/, long level) {
     Open(before, level, '{');
   }
   void EndStruct(bool isEmpty, long level) { Close(isEmpty, level, '}'); }
@@ -78,17 +78,17 @@ class JsonPrinter : public DocumentPrinter<JsonPrinter> {
     Open(before, level, '[');
   }
   void BeginElement(bool isFirst, long level) {
-    out_.AppendAll(std::string_view(isFirst ? "" : ", \n"), Blanks{IndentOf(level)});
+    out_.AppendAll(std::string_view(isFirst ? "" : ", \n"), Spaces{IndentOf(level)});
   }
   void EndList(bool isEmpty, long level) { Close(isEmpty, level, ']'); }
 
  private:
   void Open(std::string_view before, long level, char bracket) {
-    out_.AppendAll(before, '\n', Blanks{IndentOf(level)}, bracket, '\n');
+    out_.AppendAll(before, '\n', Spaces{IndentOf(level)}, bracket, '\n');
   }
 
   void Close(bool isEmpty, long level, char bracket) {
-    out_.AppendAll(std::string_view(isEmpty ? "" : "\n"), Blanks{IndentOf(level)}, bracket);
+    out_.AppendAll(std::string_view(isEmpty ? "" : "\n"), Spaces{IndentOf(level)}, bracket);
   }
 };
 

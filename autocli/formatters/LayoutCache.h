@@ -11,11 +11,11 @@
 
 namespace Kestrel::AutoCli {
 
-/// Remembers a value for each of up to `kMaxEntries` field layouts, so that what depends only on
-/// the layout of a structure is worked out once for all structures that share the layout.
+/// Keeps a value for each of up to `kMaxEntries` field layouts, so that what depends only on the
+/// layout of a structure is worked out once for all structures of that layout.
 ///
-/// The cache owns the layouts that it remembers. Without that, a layout could be destroyed and
-/// another one be created at its address, and would then be taken for the first.
+/// The cache owns its layouts. Otherwise, a layout could be destroyed and a new one be created at
+/// the same address, for which the cache would return the value of the old one.
 template <typename T, std::size_t kMaxEntries>
 class LayoutCache {
  public:
@@ -23,12 +23,10 @@ class LayoutCache {
   LayoutCache(LayoutCache&&) = default;
   LayoutCache& operator=(LayoutCache&&) = default;
 
-  /// Returns the value for `layout` and `level`, a second key for values that differ by nesting
-  /// level. The value is made by `make()` if it is not in the cache; in a full cache, it replaces
-  /// the oldest one. If `make` throws, the cache is unchanged.
-  ///
-  /// The reference is valid until the next call. A value that must live longer is held by a
-  /// `shared_ptr` as `T`.
+  /// Returns the value for `layout` at the nesting level `level`. If the cache has none, `make()`
+  /// makes it, and it replaces the oldest value if the cache is full. If `make` throws, the cache
+  /// is unchanged. The reference is valid until the next call; use a shared_ptr as `T` for values
+  /// that must live longer.
   template <typename Make>
   T& Get(const MetaObj::FieldLayout& layout, long level, const Make& make) {
     if (lastUsed_ == nullptr || !lastUsed_->IsFor(layout, level)) {

@@ -13,10 +13,11 @@
 
 namespace Kestrel::AutoCli {
 
-/// What a value's `ToString()` gives, made without a string where the value is a scalar.
+/// Converts values to what their `ToString()` returns, without allocating memory for a scalar.
 class PlainText {
  public:
-  /// The text of `value`; it lives as long as the value and this object, until the next call.
+  /// Returns the text of `value`. It is valid until the next call, while `value` and this object
+  /// exist.
   std::string_view Of(const MetaObj::MetaObject& value) {
     if (!MetaObj::ValueAccess::IsScalarClass(value)) {
       text_ = value.ToString();
@@ -32,7 +33,7 @@ class PlainText {
     }
   }
 
-  /// The length of that text.
+  /// Returns the length of that text.
   std::size_t Measure(const MetaObj::MetaObject& value) {
     const auto* number = ViewAs<MetaObj::MetaInt>(&value);
     return number == nullptr ? Of(value).size() : TextWriter::Measure(Decimal{number->GetValue()});

@@ -7,9 +7,9 @@
 // modifier   := "hh" | "h" | "l" | "ll" | "q" | "L" | "j" | "z" | "t"
 // letter     := "d" | "i" | "o" | "u" | "x" | "X" | "c" | "s" | "m"
 //
-// Each conversion is printed by itself with the argument cast to what it reads. Width and precision
-// are first lowered to what can still be seen: the text is cut at a limit, so blanks and zeros
-// beyond it would cost time and change nothing.
+// Each conversion is printed separately, with the argument cast to the type that it reads. Because
+// the output is cut at a limit, width and precision are first reduced to what that limit can show:
+// more spaces and zeros would cost time without changing the output.
 
 #include "autocli/formatters/PrintfFormat.h"
 
@@ -40,7 +40,7 @@ bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 bool IsOneOf(char c, std::string_view set) { return set.find(c) != std::string_view::npos; }
 
-/// What "%.." is about to print: an integer, or a text when that is not null.
+/// The argument of a conversion: `text` unless that is null, else `number`.
 struct Argument {
   long number = 0;
   const char* text = nullptr;
@@ -50,7 +50,7 @@ int PrintTo(char* buffer, std::size_t size, const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
 #pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat-nonliteral"  // Put together here, from checked pieces.
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"  // Assembled here from checked parts.
   const int length = std::vsnprintf(buffer, size, format, arguments);
 #pragma GCC diagnostic pop
   va_end(arguments);
@@ -87,7 +87,7 @@ class PrintfFormat::Parser {
  public:
   explicit Parser(std::string_view format) : rest_(format) {}
 
-  /// Fills `pieces`; false when the format is not one that we print.
+  /// Parses the format into `pieces`. Returns false if the format is not supported.
   bool Parse(std::vector<Piece>& pieces) {
     Piece piece;
     while (!rest_.empty()) {
@@ -152,7 +152,7 @@ class PrintfFormat::Parser {
     return taken;
   }
 
-  /// The number that follows, at most kTooLarge; `absent` when there is none.
+  /// Returns the number that comes next, at most kTooLarge, or `absent` if there is none.
   long TakeNumber(long absent) {
     if (rest_.empty() || !IsDigit(rest_[0])) {
       return absent;
@@ -181,10 +181,10 @@ class PrintfFormat::Parser {
   int positionalCount_ = 0;
 };
 
-/// Prints one value: the pieces in order, until one fails.
+/// Prints one value, piece by piece.
 class PrintfFormat::Printer {
  public:
-  /// `limit` is the most bytes of the result.
+  /// Appends to `text`, up to a size of `limit` bytes.
   Printer(const Argument& argument, std::size_t limit, std::string& text)
       : argument_(argument),
         textSize_(argument.text == nullptr ? 0 : static_cast<long>(std::strlen(argument.text))),
@@ -192,6 +192,7 @@ class PrintfFormat::Printer {
         text_(text),
         errno_(errno) {}
 
+  /// Appends the piece. Returns 0 or an errno value.
   int Print(const Piece& piece) {
     text_.append(piece.literal, 0, Room());
     if (piece.conversion == 0) {
@@ -217,8 +218,8 @@ class PrintfFormat::Printer {
  private:
   std::size_t Room() const { return limit_ - text_.size(); }
 
-  /// The conversion, its numbers lowered to what the room that is left can show. The blanks in
-  /// front of a shortened body stay as many as they were.
+  /// Returns the format of the conversion, with width and precision reduced to what the remaining
+  /// room can show. If the body is shortened, the number of spaces before it stays the same.
   std::string MakeFormat(const Piece& piece) const {
     const long visible = static_cast<long>(Room() + 1 + kSlack);
     const long body = FindBodySize(piece);
@@ -238,7 +239,7 @@ class PrintfFormat::Printer {
     return format + piece.modifier + piece.conversion;
   }
 
-  /// How many bytes the argument takes, where that can be many.
+  /// Returns how many bytes the printed argument has at least; 0 for a character.
   long FindBodySize(const Piece& piece) const {
     if (piece.conversion == 's') {
       return piece.precision < 0 ? textSize_ : std::min(textSize_, piece.precision);
@@ -247,7 +248,7 @@ class PrintfFormat::Printer {
   }
 
   int PrintPiece(char* buffer, std::size_t size, const char* format, const Piece& piece) const {
-    errno = errno_;  // "%m" prints the error of the caller's last call.
+    errno = errno_;  // "%m" prints the error that was current when printing began.
     switch (piece.conversion) {
       case 'm':
         return PrintTo(buffer, size, format);

@@ -12,31 +12,32 @@
 
 namespace Kestrel::AutoCli {
 
-/// A printf format that a user gave, taken apart, so that it can do no harm.
+/// A printf format from the user, parsed and checked so that it can do no harm.
 ///
-/// It may hold text, "%%", "%m" and one conversion of the value, or several that all name it as
-/// "%1$..": one of d i o u x X c with any length modifier for an integer or a boolean, s for a
-/// string, with all flags and with width and precision as numbers.
+/// It may contain literal text, "%%", "%m", and either one conversion of the value or several that
+/// all refer to it as "%1$". A conversion is d, i, o, u, x, X or c, with any length modifier, for
+/// an integer or a boolean, and s for a string. All flags are allowed; width and precision must be
+/// numbers.
 class PrintfFormat {
  public:
-  /// Takes `format` apart; it ends at its first NUL byte.
+  /// Parses `format` up to its first NUL byte.
   explicit PrintfFormat(const std::string& format);
 
-  /// Sets `text` to `value` printed, and returns 0; or returns the number of the system's error,
-  /// EINVAL for a format that does not fit the value. The text is cut at the length of the format
-  /// + the length of the value's plain text + 64 bytes, and ends at its first NUL byte. A value
-  /// that is neither integer, boolean nor string gives the empty text.
+  /// Prints `value` to `text` and returns 0, or returns an errno value: EINVAL if the format is
+  /// invalid or does not fit the kind of the value. The result is cut after as many bytes as the
+  /// format and `value.ToString()` have together, plus 64, and ends at its first NUL byte. It is
+  /// empty for a value that is neither an integer, a boolean nor a string.
   int Print(const MetaObj::MetaObject& value, std::string& text) const;
 
  private:
-  /// A run of literal text and the conversion behind it.
+  /// Literal text and the conversion after it.
   struct Piece {
     std::string literal;
     std::string flags;
-    long width = -1;  // -1: none given
-    long precision = -1;
+    long width = -1;      // -1: none
+    long precision = -1;  // -1: none
     std::string modifier;
-    char conversion = 0;  // 0: none follows
+    char conversion = 0;  // 0: none
   };
   class Parser;
   class Printer;

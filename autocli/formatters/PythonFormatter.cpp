@@ -20,10 +20,10 @@ using MetaObj::MetaStruct;
 
 namespace {
 
-// All on one line: no level changes the text, so the prefixes of one serve for all.
+// Everything is on one line, so the output does not depend on the level.
 constexpr long kLevel = 0;
 
-// So few on purpose: what reads this text relies on all other bytes standing as they are.
+// No other bytes are escaped: programs that read this output rely on them being unchanged.
 constexpr EscapeTable kPythonEscapes = EscapeTable().Set('"', "\\\"").Set('\n', "\\n");
 
 class PythonPrinter : public DocumentPrinter<PythonPrinter> {
@@ -31,7 +31,7 @@ class PythonPrinter : public DocumentPrinter<PythonPrinter> {
   static constexpr long kFieldStep = 0;
   static constexpr long kElementStep = 0;
 
-  // The name stands as it is: no byte of a name is escaped.
+  // Names are not escaped.
   static std::string FieldPrefix(const std::string& name, bool isFirst, long /*level*/) {
     return (isFirst ? "\"" : ", \"") + name + "\": ";
   }
@@ -55,7 +55,7 @@ class PythonPrinter : public DocumentPrinter<PythonPrinter> {
     out_.AppendAll(MisreadText(value, "Unknown data type"), '\n');
   }
 
-  void BeginStruct(std::string_view before, const MetaStruct& /*record*/, long /*level*/) {
+  void BeginStruct(std::string_view before, const MetaStruct& /*structure*/, long /*level*/) {
     out_.AppendAll(before, '{');
   }
   void EndStruct(bool isEmpty, long /*level*/) {

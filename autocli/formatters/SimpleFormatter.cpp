@@ -42,7 +42,7 @@ class Header {
     }
   }
 
-  /// The text for `structure`, valid until the next call.
+  /// Returns the text for `structure`, valid until the next call.
   std::string_view Of(const MetaStruct& structure) {
     const auto* const value =
         fieldName_.empty() ? nullptr : MetaObj::ValueAccess::Find(structure, fieldName_);
@@ -66,18 +66,18 @@ class Header {
   std::string filled_;
 };
 
-/// How structures of one type and layout are printed, worked out once for all of them.
+/// How the structures of one layout are printed, worked out once for all of them.
 struct StructPlan : std::enable_shared_from_this<StructPlan> {
   struct Line {
     std::string name;
-    std::size_t slot;                   // of the field in `layout`; kNotFound if it is not there
+    std::size_t slot;                   // of the field in `layout`; kNotFound if there is none
     std::string label;                  // indentation of one level, padded name, ": "
-    std::unique_ptr<FieldStyle> style;  // null if values are printed as they are
+    std::unique_ptr<FieldStyle> style;  // null if values are printed unchanged
   };
 
   StructPlan(const MetaStruct& structure, const FormatParameters& params);
 
-  MetaObj::LayoutRef layout;  // none if the structure shares no layout
+  MetaObj::LayoutRef layout;  // none if the structure has none
   Header header;
   std::vector<Line> lines;
 };
@@ -99,7 +99,7 @@ std::size_t FindLongest(const std::vector<std::string>& names) {
   return longest;
 }
 
-/// The style of a field, null if its values are printed as they are.
+/// Returns the style of a field, null if its values are printed unchanged.
 std::unique_ptr<FieldStyle> MakeStyle(const std::string& typeName, const std::string& fieldName,
                                       const FormatParameters& params) {
   auto style = std::make_unique<FieldStyle>(typeName, fieldName, params);
@@ -122,7 +122,7 @@ StructPlan::StructPlan(const MetaStruct& structure, const FormatParameters& para
   }
 }
 
-/// Prints what a `ValueWalk` visits.
+/// Prints what a `ValueWalk` visits, in the layout of the simple formatter.
 class SimplePrinter {
  public:
   static constexpr long kFieldStep = 2;
@@ -158,7 +158,7 @@ class SimplePrinter {
     }
   }
 
-  /// Prints what is in the place of a value that is not of the class of its kind.
+  /// Prints the error message for a value that is not of the class of its kind.
   void PrintMisread(MetaType kind) {
     const std::string_view text = MisreadText(kind);
     if (!text.empty()) {
@@ -170,17 +170,17 @@ class SimplePrinter {
     StructPlan& plan = FindPlan(structure);
     const std::string_view header = plan.header.Of(structure);
     if (header != kNoHeader) {
-      out_.AppendAll(Blanks{IndentOf(level)}, header, ":\n");
+      out_.AppendAll(Spaces{IndentOf(level)}, header, ":\n");
     }
     return {&structure, &plan, nullptr, plan.lines.data()};
   }
 
   const MetaObject* PrintFields(Fields& fields, long level) {
-    const Blanks indent{IndentOf(level)};
+    const Spaces indent{IndentOf(level)};
     while (const MetaObject* const value = PrintScalarFields(fields, indent)) {
       const StructPlan::Line& line = fields.nextLine[-1];
       const bool isStruct = value->GetType() == MetaType::Struct;
-      // The label first: it stays in the output if the value throws when asked for its text.
+      // Written first, so that the label is in the output even if `ToString` throws.
       out_.AppendAll(indent, line.label, std::string_view(isStruct ? "\n" : ""));
       if (IsOpened(value)) {
         fields.owner = fields.plan->shared_from_this();
@@ -196,10 +196,10 @@ class SimplePrinter {
   void EndList(bool /*isEmpty*/, long /*level*/) { out_.Append('\n'); }
 
  private:
-  // A value of more shapes than these seldom repeats them.
+  // A result with more layouts than these seldom repeats them.
   static constexpr std::size_t kMaxPlans = 64;
 
-  /// The plan for the structure; the reference is valid until the next call.
+  /// Returns the plan for the structure. The reference is valid until the next call.
   StructPlan& FindPlan(const MetaStruct& structure) {
     const auto make = [&] { return std::make_shared<StructPlan>(structure, params_); };
     const MetaObj::FieldLayout* const layout = MetaObj::ValueAccess::Layout(structure);
@@ -221,10 +221,10 @@ class SimplePrinter {
     out_.Append('\n');
   }
 
-  /// Prints fields up to the first one that holds no scalar, and returns its value; null if there
-  /// is none. The structure does not change meanwhile, but may before the next call: a value of a
-  /// foreign class can change it while its text is made.
-  const MetaObject* PrintScalarFields(Fields& fields, Blanks indent) {
+  /// Prints fields up to the next one whose value is not a scalar and returns that value, or prints
+  /// all that are left and returns null. Looks at the layout on each call, because a value of a
+  /// foreign class may change the structure when `ToString` is called.
+  const MetaObject* PrintScalarFields(Fields& fields, Spaces indent) {
     const MetaStruct& structure = *fields.structure;
     const MetaObj::FieldLayout* const layout = MetaObj::ValueAccess::Layout(structure);
     if (layout != nullptr && layout == fields.plan->layout.Get()) {
@@ -239,7 +239,7 @@ class SimplePrinter {
   }
 
   template <typename Find>
-  const MetaObject* PrintScalarLines(Fields& fields, Blanks indent, const Find& find) {
+  const MetaObject* PrintScalarLines(Fields& fields, Spaces indent, const Find& find) {
     const StructPlan::Line* const end = fields.plan->lines.data() + fields.plan->lines.size();
     for (const StructPlan::Line* line = fields.nextLine; line != end && !out_.HasFailed(); ++line) {
       const std::shared_ptr<MetaObject>* const value = find(*line);
@@ -257,7 +257,7 @@ class SimplePrinter {
     return nullptr;
   }
 
-  void PrintScalar(Blanks indent, const StructPlan::Line& line, const MetaObject& value) {
+  void PrintScalar(Spaces indent, const StructPlan::Line& line, const MetaObject& value) {
     if (line.style != nullptr) {
       out_.AppendAll(indent, line.label, line.style->MakeText(&value), '\n');
     } else if (const auto* const number = ViewAs<MetaObj::MetaInt>(&value)) {
@@ -279,7 +279,7 @@ class SimplePrinter {
   const FormatParameters& params_;
   TextWriter& out_;
   LayoutCache<std::shared_ptr<StructPlan>, kMaxPlans> plans_;
-  std::shared_ptr<StructPlan> single_;  // of the last structure that shares no layout
+  std::shared_ptr<StructPlan> single_;  // for the last structure without a layout
   PlainText plain_;
 };
 
@@ -290,7 +290,7 @@ void Print(const MetaObject* value, const FormatParameters& params, std::ostream
   writer.Finish();
 }
 
-/// Prints a value of that kind; null as one that cannot be read.
+/// Prints `value`; if it is null, prints the error message for a value of `kind`.
 void PrintOrMisread(const MetaObject* value, MetaType kind, const FormatParameters& params,
                     std::ostream& out, long level) {
   if (value != nullptr) {
@@ -307,7 +307,7 @@ SimpleFormatter::SimpleFormatter() : Formatter("simple") {
   description =
       "Print a representation of any item to the screen. This can be any type, but this formatter "
       "excels at printing structs and lists of structs.";
-  // Spelled so, here and below: scripts match these texts.
+  // Spelled so: scripts match these descriptions.
   params = {
       {"header:<TypeName>",
        "When printing a struct type, prefix the output of the struct with the given text string "
@@ -353,9 +353,9 @@ void SimpleFormatter::Format(std::shared_ptr<MetaObject> value, FormatParameters
   Print(value.get(), parameters, out, level);
 }
 
-void SimpleFormatter::FormatStruct(std::shared_ptr<MetaStruct> record, FormatParameters& parameters,
-                                   std::ostream& out, int level) {
-  PrintOrMisread(record.get(), MetaType::Struct, parameters, out, level);
+void SimpleFormatter::FormatStruct(std::shared_ptr<MetaStruct> structure,
+                                   FormatParameters& parameters, std::ostream& out, int level) {
+  PrintOrMisread(structure.get(), MetaType::Struct, parameters, out, level);
 }
 
 void SimpleFormatter::FormatList(std::shared_ptr<MetaList> list, FormatParameters& parameters,

@@ -32,18 +32,18 @@ namespace {
 
 constexpr std::string_view kGapText = "  ";  // between two columns
 constexpr std::size_t kGap = kGapText.size();
-constexpr std::size_t kMaxLayouts = 8;  // Rows of more layouts than these are unlikely.
+constexpr std::size_t kMaxLayouts = 8;  // The rows of a table seldom have more.
 
 std::string Trim(std::string_view text) {
-  static constexpr std::string_view kBlanks = " \t\f\v\n\r";
-  const std::size_t first = text.find_first_not_of(kBlanks);
+  static constexpr std::string_view kWhiteSpace = " \t\f\v\n\r";
+  const std::size_t first = text.find_first_not_of(kWhiteSpace);
   if (first == std::string_view::npos) {
     return std::string();
   }
-  return std::string(text.substr(first, text.find_last_not_of(kBlanks) - first + 1));
+  return std::string(text.substr(first, text.find_last_not_of(kWhiteSpace) - first + 1));
 }
 
-/// A field name, or several that lead through nested structures, joined by '.'.
+/// A field name, or a path of field names through nested structures, separated by '.'.
 class FieldPath {
  public:
   explicit FieldPath(std::string path) : text_(std::move(path)) {
@@ -62,27 +62,29 @@ class FieldPath {
 
   const std::string& GetText() const { return text_; }
 
-  /// The field of the structure itself with which the path begins.
+  /// Returns the first name of the path.
   const std::string& GetFirst() const { return rest_ == nullptr ? text_ : rest_->first; }
 
-  /// The value at the end of the path, `first` being that of its first field in `record`; null when
-  /// there is none. A step that names nothing is passed over, unless it is the last one: scripts
-  /// rely on it. Nothing is found behind a value that is no structure.
-  const std::shared_ptr<MetaObject>* Follow(const MetaStruct& record,
+  /// Returns the value at the end of the path, null if there is none. `first` is the value of the
+  /// first name in `structure`, null if there is no such field. If a name other than the last one
+  /// is not found, the next one is looked up in the same structure, because scripts rely on it. If
+  /// the value of such a name is not a structure, the result is null.
+  const std::shared_ptr<MetaObject>* Follow(const MetaStruct& structure,
                                             const std::shared_ptr<MetaObject>* first) {
-    return rest_ == nullptr ? first : FollowRest(record, first);
+    return rest_ == nullptr ? first : FollowRest(structure, first);
   }
 
  private:
-  /// Kept apart: most paths are one name, and there may be very many of them.
+  /// What a path of several names needs. Separate, because most paths are a single name, and there
+  /// may be very many.
   struct Rest {
     std::string first;
     std::vector<FieldSlot> steps;
   };
 
-  const std::shared_ptr<MetaObject>* FollowRest(const MetaStruct& record,
+  const std::shared_ptr<MetaObject>* FollowRest(const MetaStruct& structure,
                                                 const std::shared_ptr<MetaObject>* value) {
-    const MetaStruct* current = &record;
+    const MetaStruct* current = &structure;
     for (FieldSlot& step : rest_->steps) {
       current = value == nullptr ? current : ViewAs<MetaStruct>(value->get());
       value = current == nullptr ? nullptr : step.Find(*current);
@@ -100,8 +102,8 @@ struct Column {
   const std::string& GetName() const { return path.GetText(); }
 
   FieldPath path;
-  std::size_t width;       // the gap included
-  bool isWrapped = false;  // fitted to the screen instead of padded
+  std::size_t width;       // including the gap
+  bool isWrapped = false;  // fitted to the display instead of padded
 };
 
 std::vector<Column> ChooseColumns(const MetaStruct& structure, const FormatParameters& params) {
@@ -128,7 +130,7 @@ bool ShowsHeader(const FormatParameters& params) {
   return (choice.empty() ? params.GetParameter("table-header") : choice) != "false";
 }
 
-/// One table on its way to the stream: measured first, then written.
+/// Prints one table: first measures all cells, then writes them.
 class Table {
  public:
   Table(const MetaList& list, const MetaStruct& structure, const FormatParameters& params,
@@ -140,16 +142,16 @@ class Table {
         writer_(writer),
         columns_(ChooseColumns(structure, params)) {}
 
-  /// Widens each column to its longest text; writes what is wrong and gives false when the table
-  /// cannot be printed.
+  /// Widens each column to its longest cell. If the table cannot be printed, writes an error
+  /// message and returns false.
   bool Measure() {
     for (const auto& element : list_.GetObjects()) {
-      const auto* record = ViewAs<MetaStruct>(element.get());
-      if (record == nullptr) {
+      const auto* row = ViewAs<MetaStruct>(element.get());
+      if (row == nullptr) {
         writer_.Append("Error: Unexpected type, unable to get struct from list\n");
         return false;
       }
-      if (!MeasureRow(*record)) {
+      if (!MeasureRow(*row)) {
         return false;
       }
     }
@@ -169,8 +171,8 @@ class Table {
   }
 
  private:
-  bool MeasureRow(const MetaStruct& record) {
-    const Column* const missing = ForEachCell(record, [this](Column& column, const auto& value) {
+  bool MeasureRow(const MetaStruct& row) {
+    const Column* const missing = ForEachCell(row, [this](Column& column, const auto& value) {
       column.width = std::max(column.width, MeasureText(column, value) + kGap);
     });
     if (missing != nullptr) {
@@ -190,7 +192,7 @@ class Table {
       for (; column != columns_.end(); ++column, ++slot) {
         const auto* const value = column->path.Follow(row, ValueInSlot(slots, *slot));
         if (value == nullptr || !MetaObj::ValueAccess::IsScalarClass(**value)) {
-          // A value of a foreign class may change the row while its text is made.
+          // A value of a foreign class may change the row when `ToString` is called.
           break;
         }
         use(*column, **value);
@@ -210,8 +212,8 @@ class Table {
     return nullptr;
   }
 
-  /// Returns the slots of the first fields of all columns' paths in the layout of the row, null if
-  /// the row shares no layout. The pointer is valid until the next call.
+  /// Returns for each column the slot of the first name of its path. Null if the row has no layout.
+  /// Valid until the next call.
   const std::size_t* FindSlots(const MetaStruct& row) {
     const MetaObj::FieldLayout* const layout = MetaObj::ValueAccess::Layout(row);
     return layout == nullptr ? nullptr
@@ -227,19 +229,19 @@ class Table {
     return slots;
   }
 
-  /// Looks the columns' styles up for the type of `record`, once for rows of one type.
-  void SelectStyles(const MetaStruct& record) {
-    if (!isStyled_ || record.GetTypeName() == styledType_) {
+  /// Makes the styles of all columns for the type of `row`, unless the row before had that type.
+  void SelectStyles(const MetaStruct& row) {
+    if (!isStyled_ || row.GetTypeName() == styledType_) {
       return;
     }
-    styledType_ = record.GetTypeName();
+    styledType_ = row.GetTypeName();
     styles_.clear();
     for (const Column& column : columns_) {
       styles_.emplace_back(styledType_, column.GetName(), params_);
     }
   }
 
-  /// The style of a column for the row at hand; null when values are printed as they are.
+  /// Returns the style of a column for the current row, null if values are printed unchanged.
   const FieldStyle* FindStyle(const Column& column) const {
     if (!isStyled_) {
       return nullptr;
@@ -282,7 +284,8 @@ class Table {
     writer_.Append('\n');
   }
 
-  /// Wrapped are the columns that have the last one's name, where the others leave room for it.
+  /// Marks the columns to be wrapped: those with the name of the last one, if the others leave room
+  /// for that name.
   void SetUpWrapping() {
     if (params_.GetParameter("wrap-last") != "true" || displayWidth_ == 0 || columns_.empty()) {
       return;
@@ -301,9 +304,9 @@ class Table {
     }
   }
 
-  bool WriteRow(const MetaStruct& record) {
-    const Column* const missing = ForEachCell(
-        record, [this](Column& column, const auto& value) { WriteCell(column, value); });
+  bool WriteRow(const MetaStruct& row) {
+    const Column* const missing =
+        ForEachCell(row, [this](Column& column, const auto& value) { WriteCell(column, value); });
     if (missing != nullptr) {
       writer_.AppendAll("Unknown column ", missing->GetName());
       return false;
@@ -314,7 +317,7 @@ class Table {
 
   void WriteCell(const Column& column, const MetaObject& value) {
     if (column.isWrapped) {
-      // The value as it is: neither units nor printf apply to a wrapped column.
+      // Neither units nor printf apply to a wrapped column.
       const FitRules rules{wrapIndent_, static_cast<int>(displayWidth_), true, false, 0, true};
       FitText(plain_.Of(value), rules, writer_);
       return;
@@ -322,7 +325,8 @@ class Table {
     const FieldStyle* const style = FindStyle(column);
     const auto* const number = style == nullptr ? ViewAs<MetaInt>(&value) : nullptr;
     if (number != nullptr) {
-      // Not by way of its text: what was just written byte by byte is slow to read as a block.
+      // Formatted directly into the output: copying digits that have just been written byte by byte
+      // would be slow.
       return WriteNumber(column, Decimal{number->GetValue()});
     }
     const std::string_view text = MakeText(style, value);
@@ -338,9 +342,10 @@ class Table {
     writer_.AppendAll(Fill(column.width - kGap, size), number, kGapText);
   }
 
-  /// The blanks beside a text of that size; none when it is wider, as one may be that changed.
-  static Blanks Fill(std::size_t width, std::size_t size) {
-    return Blanks{width > size ? width - size : 0};
+  /// Returns the spaces that pad `size` bytes to `width`. None if there are more bytes: a value can
+  /// change after it was measured.
+  static Spaces Fill(std::size_t width, std::size_t size) {
+    return Spaces{width > size ? width - size : 0};
   }
 
   const MetaList& list_;
@@ -352,7 +357,7 @@ class Table {
   LayoutCache<std::vector<std::size_t>, kMaxLayouts> slots_;
   int wrapIndent_ = 0;
   std::string styledType_;
-  std::vector<FieldStyle> styles_;  // one per column, when there are styles at all
+  std::vector<FieldStyle> styles_;  // one per column; empty if isStyled_ is false
   PlainText plain_;
   std::string styled_;
 };
@@ -363,7 +368,7 @@ TableFormatter::TableFormatter() : Formatter("table") {
   description =
       "Print a list of structs as a table, with each row being one entry in the list and each "
       "column being a field of the structure.";
-  // Spelled so: scripts match these texts.
+  // Spelled so: scripts match these descriptions.
   params = {
       {"fields:<TypeName>",
        "The list of fields and the order in which to print them for the type named in <TypeName>",
@@ -410,14 +415,14 @@ void TableFormatter::Format(const std::shared_ptr<CallSpec::Output>& output,
   writer.Finish();
 }
 
-std::shared_ptr<MetaObject> GetSubField(std::shared_ptr<MetaStruct> record,
+std::shared_ptr<MetaObject> GetSubField(std::shared_ptr<MetaStruct> structure,
                                         const std::string& path) {
-  if (record == nullptr) {
+  if (structure == nullptr) {
     return nullptr;
   }
   FieldPath steps(path);
-  const auto* const first = MetaObj::ValueAccess::Find(*record, steps.GetFirst());
-  const auto* const value = steps.Follow(*record, first);
+  const auto* const first = MetaObj::ValueAccess::Find(*structure, steps.GetFirst());
+  const auto* const value = steps.Follow(*structure, first);
   return value == nullptr ? nullptr : *value;
 }
 

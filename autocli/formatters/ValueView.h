@@ -15,7 +15,7 @@
 
 namespace Kestrel::AutoCli {
 
-/// The kind that values of the class `Class` announce.
+/// The kind that `GetType` returns for values of `Class`.
 template <typename Class>
 inline constexpr MetaObj::MetaType kKindOf = MetaObj::MetaType::Int;
 template <>
@@ -27,8 +27,8 @@ inline constexpr MetaObj::MetaType kKindOf<MetaObj::MetaStruct> = MetaObj::MetaT
 template <>
 inline constexpr MetaObj::MetaType kKindOf<MetaObj::MetaList> = MetaObj::MetaType::List;
 
-/// `value` as one of the five value classes, or null when it is null or of another class, whatever
-/// kind it announces.
+/// Returns `value` as a `Class`, one of the five value classes, or null if it is null or of another
+/// class. Its kind alone does not decide, because a value of a foreign class can claim any kind.
 template <typename Class>
 const Class* ViewAs(const MetaObj::MetaObject* value) {
   return value != nullptr && value->GetType() == kKindOf<Class> &&
@@ -37,8 +37,8 @@ const Class* ViewAs(const MetaObj::MetaObject* value) {
              : nullptr;
 }
 
-/// What formatters write in place of a value that announces `kind` and is not of that class; empty
-/// for a number that names no kind.
+/// Returns what formatters write in place of a value that claims `kind` but is not of its class.
+/// Empty if `kind` is not one of the enumerators.
 inline std::string_view MisreadText(MetaObj::MetaType kind) {
   switch (kind) {
     case MetaObj::MetaType::Bool:
@@ -55,7 +55,7 @@ inline std::string_view MisreadText(MetaObj::MetaType kind) {
   return "";
 }
 
-/// As above for a value that no class fits; `otherText` when it is null or of no known kind.
+/// As above, with the kind of `value`. Returns `otherText` if `value` is null or its kind unknown.
 inline std::string_view MisreadText(const MetaObj::MetaObject* value, std::string_view otherText) {
   const std::string_view text = value == nullptr ? "" : MisreadText(value->GetType());
   return text.empty() ? otherText : text;

@@ -28,11 +28,11 @@ namespace Kestrel::AutoCli {
 ///   static bool IsOpened(const MetaObject* value);
 ///       Whether the walk opens the value; may be true for a MetaStruct or a MetaList.
 ///   void PrintLeaf(const MetaObject* value, long level);
-///       Prints a value that is not opened, or what is printed for a null one.
+///       Prints a value that is not opened. `value` may be null.
 ///   Fields EnterStruct(const MetaStruct& structure, long level);
-///       Prints the beginning of a structure. `Fields`, a type of the printer, is the place that
-///       the printing has reached among the fields. It may be moved, but need not be valid after
-///       the next call of `EnterStruct` unless `PrintFields` has returned a value.
+///       Prints the beginning of a structure. `Fields`, a movable type of the printer, keeps track
+///       of the fields that are left. The walk calls `PrintFields` at least once before the next
+///       `EnterStruct`.
 ///   const MetaObject* PrintFields(Fields& fields, long level);
 ///       Prints fields up to the next one that is to be opened, and returns its value; or prints
 ///       all that are left and the end of the structure, and returns null.
@@ -70,8 +70,8 @@ class ValueWalk {
     long level;
   };
 
-  /// Prints a value that is opened, up to the first value in it that is opened too, then that one,
-  /// and so on. Most contain none, are printed whole and need no place on the stack.
+  /// Prints `value` up to the first value inside it that is opened, continues with that one, and so
+  /// on. Most structures contain no such value: they are printed whole and never put on the stack.
   void Open(const MetaObj::MetaObject* value, long level) {
     while (value != nullptr) {
       if (const auto* const list = MetaObj::ValueAccess::AsList(*value)) {

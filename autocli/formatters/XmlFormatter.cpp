@@ -35,8 +35,8 @@ constexpr EscapeTable kXmlEscapes = EscapeTable()
                                         .Set('"', "&quot;")
                                         .Set('\'', "&apos;");
 
-// The word of a list's start tag; other words name the same kinds in the documents that commands
-// give to the library.
+// The value of the attribute "type". Result documents that commands write use other words for the
+// same kinds.
 std::string_view ListTypeWord(MetaType kind) {
   switch (kind) {
     case MetaType::Bool:
@@ -68,47 +68,47 @@ class XmlPrinter : public DocumentPrinter<XmlPrinter> {
 
   void Bool(std::string_view before, bool value, long level) {
     out_.AppendAll(
-        before, Blanks{IndentOf(level)},
+        before, Spaces{IndentOf(level)},
         std::string_view(value ? "<boolean>true</boolean>\n" : "<boolean>false</boolean>\n"));
   }
 
   void Int(std::string_view before, long value, long level) {
-    out_.AppendAll(before, Blanks{IndentOf(level)}, "<integer>", Decimal{value}, "</integer>\n");
+    out_.AppendAll(before, Spaces{IndentOf(level)}, "<integer>", Decimal{value}, "</integer>\n");
   }
 
   void String(std::string_view before, const std::string& value, long level) {
-    out_.AppendAll(before, Blanks{IndentOf(level)}, "<string>", Escaped{value, kXmlEscapes},
+    out_.AppendAll(before, Spaces{IndentOf(level)}, "<string>", Escaped{value, kXmlEscapes},
                    "</string>\n");
   }
 
   void Misread(std::string_view before, const MetaObject* value) {
-    // A comment, as no other of these texts: scripts match them.
+    // Of these messages, only this one is an XML comment: scripts match them.
     const bool isBool = value != nullptr && value->GetType() == MetaType::Bool;
     out_.AppendAll(before,
                    isBool ? "<!-- Error reading a bool -->" : MisreadText(value, kUnsupportedText),
                    '\n');
   }
 
-  void BeginStruct(std::string_view before, const MetaStruct& record, long level) {
-    out_.AppendAll(before, Blanks{IndentOf(level)}, "<structure typeName=\"",
-                   Escaped{record.GetTypeName(), kXmlEscapes}, "\">\n");
+  void BeginStruct(std::string_view before, const MetaStruct& structure, long level) {
+    out_.AppendAll(before, Spaces{IndentOf(level)}, "<structure typeName=\"",
+                   Escaped{structure.GetTypeName(), kXmlEscapes}, "\">\n");
   }
 
   void EndStruct(bool isEmpty, long level) {
     if (!isEmpty) {
-      out_.AppendAll(Blanks{IndentOf(level) + kIndentStep}, "</field>\n");
+      out_.AppendAll(Spaces{IndentOf(level) + kIndentStep}, "</field>\n");
     }
-    out_.AppendAll(Blanks{IndentOf(level)}, "</structure>\n");
+    out_.AppendAll(Spaces{IndentOf(level)}, "</structure>\n");
   }
 
   void BeginList(std::string_view before, const MetaList& list, long level) {
-    out_.AppendAll(before, Blanks{IndentOf(level)}, "<list type=\"",
+    out_.AppendAll(before, Spaces{IndentOf(level)}, "<list type=\"",
                    ListTypeWord(list.GetListType()), "\">\n");
   }
 
   void BeginElement(bool /*isFirst*/, long /*level*/) {}
   void EndList(bool /*isEmpty*/, long level) {
-    out_.AppendAll(Blanks{IndentOf(level)}, "</list>\n");
+    out_.AppendAll(Spaces{IndentOf(level)}, "</list>\n");
   }
 };
 
@@ -137,7 +137,7 @@ void XmlFormatter::Format(const std::shared_ptr<CallSpec::Output>& output,
   TextWriter writer(out);
   writer.Append("<?xml version=\"1.0\"?>\n");
   if (parameters.HasParameter("stylesheet")) {
-    // Written as it is: whoever names the stylesheet answers for its characters.
+    // Not escaped: the user is responsible for its characters.
     writer.AppendAll("<?xml-stylesheet type=\"text/xsl\" href=\"",
                      parameters.GetParameter("stylesheet"), "\"?>\n");
   }
@@ -155,7 +155,7 @@ void XmlFormatter::Format(std::shared_ptr<MetaObject> value, std::ostream& out, 
   writer.Finish();
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is plug-ins' to rely on.
+// NOLINTNEXTLINE(performance-unnecessary-value-param): plug-ins rely on the signature.
 std::string SantizeString(std::string text) {
   std::string safe(kXmlEscapes.Measure(text) + EscapeTable::kMaxLength, '\0');
   const char* const end = kXmlEscapes.Escape(text, safe.data());

@@ -11,13 +11,13 @@
 
 namespace Kestrel::AutoCli {
 
-/// What stands for each byte when a text is escaped; made at compile time.
+/// The replacement of each byte in an escaped string. Tables are made at compile time.
 class EscapeTable {
  public:
-  /// The longest text that stands for one byte.
+  /// The length of the longest replacement.
   static constexpr std::size_t kMaxLength = 7;
 
-  /// Each byte stands for itself.
+  /// Replaces each byte by itself.
   constexpr EscapeTable() {
     for (std::size_t byte = 0; byte < texts_.size(); ++byte) {
       texts_[byte][0] = static_cast<char>(byte);
@@ -25,7 +25,8 @@ class EscapeTable {
     }
   }
 
-  /// Replaces `byte` by `text`, of 2 to kMaxLength bytes: a byte that stays is told by its length.
+  /// Replaces `byte` by `text`, of 2 to kMaxLength bytes. A byte with a replacement of length 1
+  /// counts as not replaced.
   constexpr EscapeTable& Set(unsigned char byte, std::string_view text) {
     lengths_[byte] = static_cast<std::uint8_t>(text.size());
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -34,7 +35,7 @@ class EscapeTable {
     return *this;
   }
 
-  /// The length of the escaped text.
+  /// Returns the length of `text` after escaping.
   std::size_t Measure(std::string_view text) const {
     std::size_t length = 0;
     for (const char byte : text) {
@@ -43,8 +44,8 @@ class EscapeTable {
     return length;
   }
 
-  /// Puts the escaped text to `place`, where kMaxLength bytes behind its end may be overwritten
-  /// too; gives its end.
+  /// Writes `text`, escaped, to `place` and returns the end of what was written. May overwrite up
+  /// to kMaxLength more bytes.
   char* Escape(std::string_view text, char* place) const {
     const char* at = text.data();
     const char* const end = at + text.size();
@@ -60,10 +61,10 @@ class EscapeTable {
   }
 
  private:
-  // Most groups of this size hold nothing to replace.
+  // Few groups of this many bytes contain one that is replaced.
   static constexpr std::size_t kGroup = 8;
 
-  /// Whether the kGroup bytes all stand for themselves.
+  /// Whether none of the kGroup bytes is replaced.
   bool IsPlain(const char* bytes) const {
     unsigned lengths = 0;
     for (std::size_t i = 0; i < kGroup; ++i) {
@@ -72,7 +73,7 @@ class EscapeTable {
     return lengths == 1;
   }
 
-  /// No branch depends on a byte, so that none is guessed wrong.
+  // No branch depends on the bytes, so none is mispredicted.
   char* Put(const char* bytes, std::size_t count, char* place) const {
     for (std::size_t i = 0; i < count; ++i) {
       const auto index = static_cast<unsigned char>(bytes[i]);

@@ -1,13 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// How a text too long for its columns is broken:
+// How a string that is too long for its columns is broken into lines:
 //
-// Words end at single blanks, so two blanks in a row hold an empty word between them; the text's
-// last blank ends a word and begins none. Every word costs its bytes and one column more. A line
-// takes words while their cost is within the columns available; the first word of the text is
-// broken off too when it does not fit, which leaves an empty first line behind. Since the words of
-// one line stand in the text as they are printed, a line is found and written as a single run.
+// A single space separates two words, so there is an empty word between two adjacent spaces. A
+// space at the end of the string ends the last word and begins none. Each word takes one column
+// more than it has bytes. A line takes words while they fit into the available columns. If the
+// first word of the string does not fit, it begins on the second line, and the first line is empty.
+// The words of a line are printed as they are in the string, so each line is found and written as
+// one run of bytes.
 
 #include "autocli/text/FitText.h"
 
@@ -24,7 +25,7 @@ namespace Kestrel::AutoCli {
 namespace {
 
 void WriteMargin(const FitRules& rules, TextWriter& writer) {
-  // A margin of no columns still takes one blank.
+  // A margin of 0 columns still takes one space.
   writer.Repeat(' ', static_cast<std::size_t>(std::max(rules.indent, 1)));
 }
 
@@ -34,7 +35,7 @@ void BreakLine(const FitRules& rules, TextWriter& writer) {
   WriteMargin(rules, writer);
 }
 
-/// The length of the line that `text` begins with: as many words as fit, but at least one.
+/// Returns the length of the first line of `text`: as many words as fit, but at least one.
 std::size_t FindLineLength(std::string_view text, std::size_t available) {
   if (text.size() < available) {
     return text.size();
@@ -66,7 +67,7 @@ void WriteBroken(std::string_view text, std::size_t available, const FitRules& r
   }
 }
 
-/// Fits a text whose line breaks, if any, are bytes like others.
+/// Fits `text`, in which a line feed is a byte like any other.
 void FitLine(std::string_view text, const FitRules& rules, TextWriter& writer) {
   if (!rules.skipFirstIndent) {
     WriteMargin(rules, writer);
@@ -108,7 +109,7 @@ void AutoCli_FitString(const int& indent, const int& width, const std::string& t
                        bool splitLines) {
   TextWriter writer(out);
   FitText(text, {indent, width, skipFirstIndent, endLine, wrapChar, splitLines}, writer);
-  writer.HandOn();
+  writer.Drain();
 }
 
 }  // namespace Kestrel::AutoCli

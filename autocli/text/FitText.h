@@ -9,7 +9,7 @@ namespace Kestrel::AutoCli {
 
 class TextWriter;
 
-/// Where and how a text is fitted; see AutoCli_FitString, whose arguments these are.
+/// The arguments of AutoCli_FitString that say where and how a string is fitted.
 struct FitRules {
   int indent = 0;
   int width = 0;
@@ -19,7 +19,7 @@ struct FitRules {
   bool splitLines = false;
 };
 
-/// Fits `text` by `rules`, in one pass.
+/// Breaks `text` into lines by `rules` and writes them, in one pass.
 void FitText(std::string_view text, const FitRules& rules, TextWriter& writer);
 
 }  // namespace Kestrel::AutoCli

@@ -8,9 +8,9 @@
 
 namespace Kestrel::AutoCli {
 
-/// Reads the decimal integer that `text` begins with, after white space and with an optional sign;
-/// whatever follows it is left alone. False, with `value` unchanged, when there is none or it does
-/// not fit in 64 bits.
+/// Reads the decimal integer at the beginning of `text`, which may follow white space and have a
+/// sign. Ignores what follows it. Returns false and leaves `value` unchanged if there is no integer
+/// or if it does not fit in 64 bits.
 bool ReadLeadingInteger(const std::string& text, std::int64_t& value);
 
 }  // namespace Kestrel::AutoCli

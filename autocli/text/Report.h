@@ -3,17 +3,12 @@
 
 #pragma once
 
-#include <ios>
 #include <iostream>
 #include <string>
-#include <string_view>
+
+#include "autocli/text/WriteUnpadded.h"
 
 namespace Kestrel::AutoCli {
-
-/// Writes `text` to `out` in one piece. The stream's width, fill and locale do not apply.
-inline void WriteUnpadded(std::ostream& out, std::string_view text) {
-  out.write(text.data(), static_cast<std::streamsize>(text.size()));
-}
 
 /// Writes `line` and a line end to standard error in one piece, so that the lines of several
 /// processes do not mix.

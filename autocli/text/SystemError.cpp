@@ -16,7 +16,7 @@ constexpr std::size_t kMaxErrorText = 255;
 
 std::string SystemErrorText(int error) {
   char buffer[kMaxErrorText + 1] = "";
-  // For a known error, this is a text of the library's own, not the buffer: it may be longer.
+  // Known errors have messages of any length outside the buffer.
   return std::string(strerror_r(error, buffer, sizeof buffer)).substr(0, kMaxErrorText);
 }
 

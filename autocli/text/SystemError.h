@@ -7,8 +7,8 @@
 
 namespace Kestrel::AutoCli {
 
-/// Returns the system's text for `error`, an errno value; at most 255 bytes, a longer text is cut.
-/// A number that the system does not know has a text too: "Unknown error 12345".
+/// Returns the system's message for `error`, an errno value, cut after 255 bytes. The system has a
+/// message even for numbers that it does not know: "Unknown error 12345".
 std::string SystemErrorText(int error);
 
 }  // namespace Kestrel::AutoCli

@@ -8,16 +8,16 @@
 
 namespace Kestrel::AutoCli {
 
-/// Cuts a text at every separator, one piece at a time, without copying.
+/// Splits a string at every separator, one piece at a time, without copying.
 ///
-/// Empty pieces at the front and between two separators count; the empty piece behind a trailing
-/// separator does not, and an empty text has no pieces: "a,,b," gives "a", "", "b".
+/// A piece may be empty, except after a trailing separator: the pieces of "a,,b," are "a", "" and
+/// "b". The empty string has no pieces.
 class TextPieces {
  public:
-  /// Looks at `text`, which must outlive the object.
+  /// Splits `text`, which is not copied and must outlive the object.
   TextPieces(std::string_view text, char separator) : text_(text), separator_(separator) {}
 
-  /// Sets `piece` to the next one; false when there is none left.
+  /// Sets `piece` to the next piece. Returns false if there is none.
   bool Next(std::string_view& piece) {
     if (next_ >= text_.size()) {
       return false;

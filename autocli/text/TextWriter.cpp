@@ -6,37 +6,39 @@
 #include <algorithm>
 #include <utility>
 
+#include "autocli/text/WriteUnpadded.h"
+
 namespace Kestrel::AutoCli {
 
 TextWriter::TextWriter(std::ostream& out) : out_(out), failed_(!out.good()) {}
 
 TextWriter::~TextWriter() {
-  if (settled_ && used_ == 0) {
+  if (isDrained_ && used_ == 0) {
     return;
   }
   try {
     Finish();
   } catch (...) {
-    // Another exception is on its way; the stream's own state keeps the failure.
+    // A destructor must not throw. The state of the stream shows the failure.
   }
 }
 
 void TextWriter::AppendOne(const Escaped& escaped) {
   std::string_view rest = escaped.text;
   while (!rest.empty() && !failed_) {
-    const Escaped part{rest.substr(0, kEscapedAtOnce), escaped.table};
-    used_ = static_cast<std::size_t>(Put(part, Reserve(MostBytes(part))) - buffer_);
+    const Escaped part{rest.substr(0, kMaxEscapedAtOnce), escaped.table};
+    used_ = static_cast<std::size_t>(Put(part, Reserve(MaxBytes(part))) - buffer_);
     rest.remove_prefix(part.text.size());
   }
 }
 
-void TextWriter::HandOn() {
-  settled_ = true;
+void TextWriter::Drain() {
+  isDrained_ = true;
   Send();
 }
 
 void TextWriter::Finish() {
-  HandOn();
+  Drain();
   if (!failed_) {
     out_.flush();
   }
@@ -65,7 +67,7 @@ void TextWriter::RepeatLong(char byte, std::size_t count) {
 }
 
 void TextWriter::Send() {
-  // Counted as gone before it is written: a stream that throws must not see it a second time.
+  // The buffer counts as empty before the write, so that nothing is written twice if that throws.
   WriteOut(std::string_view(buffer_, std::exchange(used_, 0)));
 }
 
@@ -73,9 +75,9 @@ void TextWriter::WriteOut(std::string_view text) {
   if (failed_ || text.empty()) {
     return;
   }
-  failed_ = true;  // Should the stream throw, it has failed.
-  out_.width(0);
-  out_.write(text.data(), static_cast<std::streamsize>(text.size()));
+  failed_ = true;  // stays true if the stream throws
+  out_.width(0);   // as formatted output does
+  WriteUnpadded(out_, text);
   failed_ = !out_.good();
 }
 

@@ -15,34 +15,41 @@
 
 namespace Kestrel::AutoCli {
 
-/// What a writer makes text of, beside texts and bytes: so many blanks,
-struct Blanks {
+// What TextWriter can append besides strings and bytes.
+
+/// A number of spaces.
+struct Spaces {
   std::size_t count;
 };
-/// a number in decimal, with a sign when it is negative,
+
+/// A number in decimal, with a sign if it is negative.
 struct Decimal {
   long value;
 };
-/// and a text with what the table has for each byte.
+
+/// A string in which the bytes are replaced as in the table.
 struct Escaped {
   std::string_view text;
   const EscapeTable& table;
 };
 
-/// Composes text in one buffer and hands it to a stream in large pieces.
+/// Collects output in a buffer and writes it to a stream in large pieces.
 ///
-/// The stream's width, fill, flags and locale do not change a byte: nothing is written through its
-/// formatting operators. A writer ends by `Finish` or `HandOn`; one that is left by an exception
-/// still hands on what was composed, so that the reader sees how far the work came. Once the
-/// stream has failed, all further text is dropped; long walks ask `HasFailed` now and then.
+/// The stream's width, fill, flags and locale have no effect, because its formatting operators are
+/// not used. Call `Finish` or `Drain` at the end. If neither is called, because of an exception,
+/// the destructor writes what was appended, so that the user sees how far the output came. Once the
+/// stream has failed, all further output is dropped; long loops should check `HasFailed`.
 ///
-/// The buffer is inside the object, which belongs on the stack and must not be part of a recursion.
+/// The object contains the buffer of 32 KiB. Put it on the stack, but not into a recursive
+/// function.
 class TextWriter {
  public:
-  /// Writes to `out`, which must outlive the writer. No one else writes to it meanwhile.
+  /// Writes to `out`, which must outlive the writer. Call `Drain` before other code writes to
+  /// `out`.
   explicit TextWriter(std::ostream& out);
 
-  /// Hands on and flushes what an exception left behind; what the stream throws now is dropped.
+  /// Calls `Finish`, unless nothing was appended since the last `Drain` or `Finish`. Ignores
+  /// exceptions of the stream.
   ~TextWriter();
 
   TextWriter(const TextWriter&) = delete;
@@ -64,11 +71,11 @@ class TextWriter {
     used_ += text.size();
   }
 
-  /// Texts, bytes, Blanks, Decimals and Escaped texts one behind the other, for the price of one:
-  /// whether there is room is asked once, and the place goes from one to the next in a register.
+  /// Appends strings, bytes, Spaces, Decimals and Escaped strings in order. Faster than one call
+  /// for each: there is a single check for room, and the position stays in a register.
   template <typename... Pieces>
   void AppendAll(const Pieces&... pieces) {
-    if ((MostBytes(pieces) + ...) > kCapacity - used_) {
+    if ((MaxBytes(pieces) + ...) > kCapacity - used_) {
       (AppendOne(pieces), ...);
       return;
     }
@@ -77,12 +84,13 @@ class TextWriter {
     used_ = static_cast<std::size_t>(place - buffer_);
   }
 
-  /// The length of the number's text, without making it.
+  /// Returns how many bytes the number takes, without formatting it.
   static std::size_t Measure(Decimal number) {
     const bool isNegative = number.value < 0;
     const auto value = static_cast<unsigned long>(number.value);
     const unsigned long rest = isNegative ? 0 - value : value;
-    // A number of n bits has n * log10(2) digits, or one more.
+    // A number of n bits has n * log10(2) digits, rounded down, or one more. 1233 / 4096 is close
+    // enough to log10(2).
     const int bits = 64 - __builtin_clzl(rest | 1);
     const auto digits = static_cast<std::size_t>(bits * 1233 >> 12);
     return digits + (rest >= kPowersOfTen[digits] ? 1 : 0) + (isNegative ? 1 : 0);
@@ -93,12 +101,12 @@ class TextWriter {
       RepeatLong(byte, count);
       return;
     }
-    // The bytes beyond `count` are overwritten or never sent; a fixed size needs no call.
+    // A fixed size needs no function call. The bytes after `count` are overwritten or never sent.
     std::memset(buffer_ + used_, byte, kSlack);
     used_ += count;
   }
 
-  /// The text, and blanks up to `width` bytes; a longer text is not cut.
+  /// Appends `text`, then spaces up to a total of `width` bytes. A longer string is not cut.
   void AppendLeft(std::string_view text, std::size_t width) {
     Append(text);
     if (text.size() < width) {
@@ -106,22 +114,22 @@ class TextWriter {
     }
   }
 
-  /// Hands on what was composed, without flushing the stream; the writer may go on.
-  void HandOn();
+  /// Writes the contents of the buffer to the stream without flushing it. More may be appended.
+  void Drain();
 
-  /// Hands on what was composed and flushes the stream: the one flush of a formatter.
+  /// Drains the buffer and flushes the stream. A formatter does this once, at the end.
   void Finish();
 
-  /// Whether the stream refuses further text. Known after a buffer was handed on.
+  /// Returns whether the stream had failed when the buffer was last written to it.
   bool HasFailed() const { return failed_; }
 
  private:
   static constexpr std::size_t kCapacity = 32 * 1024;
   static constexpr std::size_t kSlack = 32;
   static constexpr std::size_t kMaxIntLength = 20;
-  static constexpr std::size_t kEscapedAtOnce = 1024;
+  static constexpr std::size_t kMaxEscapedAtOnce = 1024;
 
-  // The first is 0 instead of 1, so that 0 has a digit too.
+  // The first is 0 instead of 1, so that the number 0 has one digit.
   static constexpr std::array<unsigned long, 20> kPowersOfTen = [] {
     std::array<unsigned long, 20> powers{};
     for (unsigned long power = 10, i = 1; i < powers.size(); ++i, power *= 10) {
@@ -130,7 +138,7 @@ class TextWriter {
     return powers;
   }();
 
-  /// As memcpy, but without a call for texts as short as names and numbers are.
+  /// Like memcpy, but without a function call for short strings, such as names and numbers.
   static void Copy(char* to, const char* from, std::size_t size) {
     if (size > 32) {
       std::memcpy(to, from, size);
@@ -147,7 +155,7 @@ class TextWriter {
     }
   }
 
-  /// Copies `size` bytes, `Half` to twice as many, as two blocks that may overlap.
+  /// Copies `size` bytes, from `Half` to 2 * `Half`, as two blocks that may overlap.
   template <std::size_t Half>
   static void CopyEnds(char* to, const char* from, std::size_t size) {
     char first[Half];
@@ -158,16 +166,16 @@ class TextWriter {
     std::memcpy(to + size - Half, last, Half);
   }
 
-  /// How many bytes the piece takes at most; those of the slack may be overwritten besides.
-  static std::size_t MostBytes(char /*byte*/) { return 1; }
-  static std::size_t MostBytes(std::string_view text) { return text.size(); }
-  static std::size_t MostBytes(Blanks blanks) { return std::min(blanks.count, kCapacity + 1); }
-  static std::size_t MostBytes(Decimal /*number*/) { return kMaxIntLength; }
-  static std::size_t MostBytes(const Escaped& escaped) {
+  /// Returns an upper bound of the bytes that a piece takes. Up to kSlack more may be overwritten.
+  static std::size_t MaxBytes(char /*byte*/) { return 1; }
+  static std::size_t MaxBytes(std::string_view text) { return text.size(); }
+  static std::size_t MaxBytes(Spaces spaces) { return std::min(spaces.count, kCapacity + 1); }
+  static std::size_t MaxBytes(Decimal /*number*/) { return kMaxIntLength; }
+  static std::size_t MaxBytes(const Escaped& escaped) {
     return escaped.text.size() * EscapeTable::kMaxLength;
   }
 
-  /// Puts the piece to `place`, where there is room for it, and gives its end.
+  /// Writes the piece to `place`, where there must be room, and returns its end.
   static char* Put(char byte, char* place) {
     *place = byte;
     return place + 1;
@@ -176,13 +184,13 @@ class TextWriter {
     Copy(place, text.data(), text.size());
     return place + text.size();
   }
-  static char* Put(Blanks blanks, char* place) {
-    if (blanks.count <= kSlack) {
+  static char* Put(Spaces spaces, char* place) {
+    if (spaces.count <= kSlack) {
       std::memset(place, ' ', kSlack);
     } else {
-      std::memset(place, ' ', blanks.count);
+      std::memset(place, ' ', spaces.count);
     }
-    return place + blanks.count;
+    return place + spaces.count;
   }
   static char* Put(Decimal number, char* place) {
     return std::to_chars(place, place + kMaxIntLength, number.value).ptr;
@@ -193,13 +201,13 @@ class TextWriter {
 
   void AppendOne(char byte) { Append(byte); }
   void AppendOne(std::string_view text) { Append(text); }
-  void AppendOne(Blanks blanks) { Repeat(' ', blanks.count); }
+  void AppendOne(Spaces spaces) { Repeat(' ', spaces.count); }
   void AppendOne(Decimal number) {
     used_ = static_cast<std::size_t>(Put(number, Reserve(kMaxIntLength)) - buffer_);
   }
   void AppendOne(const Escaped& escaped);
 
-  /// A place for `count` bytes, at most kCapacity, behind the text.
+  /// Makes room for `count` bytes, at most kCapacity, and returns where they go.
   char* Reserve(std::size_t count) {
     if (count > kCapacity - used_) {
       Send();
@@ -215,7 +223,7 @@ class TextWriter {
   std::ostream& out_;
   std::size_t used_ = 0;
   bool failed_;
-  bool settled_ = false;
+  bool isDrained_ = false;
   char buffer_[kCapacity + kSlack];
 };
 

@@ -21,6 +21,7 @@
 #include "kestrel/metaobj/MetaObject.h"
 #include "kestrel/metaobj/MetaString.h"
 #include "kestrel/metaobj/MetaStruct.h"
+#include "support/LimitedBuffer.h"
 #include "support/SampleValues.h"
 
 namespace Kestrel::Testing {
@@ -61,6 +62,38 @@ class FormatterFixture : public ::testing::Test {
     AutoCli::FormatParameters params = MakeParameters(parameters);
     AutoCli::DisplayContext display;
     formatter.Format(output, params, display, out);
+  }
+
+  /// Prints a list of `count` structures to a stream that fails after 1000 bytes. Returns how many
+  /// values were asked for their text.
+  static int PrintToAFullDisk(int count) {
+    int asked = 0;
+    const auto row = MetaStruct::New("Row");
+    row->SetField("a", std::make_shared<ActingValue>([&asked] {
+                    ++asked;
+                    return std::string(100, 'x');
+                  }));
+    const auto list = MakeList({row});
+    for (int i = 1; i < count; ++i) {
+      list->Add(row);
+    }
+    LimitedBuffer buffer(1000);
+    std::ostream out(&buffer);
+    Format(MakeOutput(list), out);
+    EXPECT_TRUE(out.bad());
+    EXPECT_EQ(buffer.GetText().size(), 1000u);
+    return asked;
+  }
+
+  /// Returns a list of the disks "a" and "c" with a structure of type "Floppy" between them.
+  static std::shared_ptr<MetaList> MakeDisksAndAFloppy() {
+    const auto list = MakeDisks({{"a", 1}});
+    const auto floppy = MetaStruct::New("Floppy");
+    floppy->SetField("Name", "b");
+    floppy->SetField("Size", 2);
+    list->Add(floppy);
+    list->Add(MakeDisk("c", 3));
+    return list;
   }
 };
 

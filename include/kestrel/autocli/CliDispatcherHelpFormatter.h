@@ -12,32 +12,33 @@
 
 namespace Kestrel::AutoCli {
 
-/// Prints what lies below a namespace: a usage line, then a table of namespaces and one of
-/// commands.
+/// The formatter "clihelp". Prints the contents of a namespace: a usage line, a table of namespaces
+/// and a table of commands.
 ///
-/// It is called "clihelp". The front end uses it itself; no plug-in offers it, so a user cannot
-/// choose it. The root object must be a structure of the type "VexilCommandPrint" with the fields
-/// "Dispatcher" (string), "Path" (list of strings) and "NamespaceNodes" (list of structures with
-/// the strings "Name", "Description" and "Type").
+/// CliDispatcher uses it directly. No plug-in offers it, so users cannot choose it. The root must
+/// be a structure of the type "VexilCommandPrint" with the fields "Dispatcher" (string), "Path"
+/// (list of strings) and "NamespaceNodes" (list of structures with the strings "Name",
+/// "Description" and "Type").
 class KESTREL_API CliDispatcherHelpFormatter : public Formatter {
  public:
   CliDispatcherHelpFormatter();
   ~CliDispatcherHelpFormatter() override;
 
-  /// Prints the listing to `out`, descriptions wrapped to the width of `display`; asks no format
-  /// parameter. Throws KestrelException when the root object is of another type, before anything is
-  /// written. A missing field shows as its name in angle brackets, a missing path as none.
+  /// Prints the tables to `out`, with descriptions wrapped to the width of `display`. Ignores
+  /// `params`. Throws KestrelException, before anything is written, if the root is of another type.
+  /// Without "Dispatcher", prints "<Dispatcher>"; without "Path", prints no path.
   void Format(const std::shared_ptr<CallSpec::Output>& output, FormatParameters& params,
               DisplayContext& display, std::ostream& out) override;
 
-  /// Takes the text of a string field of `record`. Without such a field, or without a record,
-  /// `value` becomes the field's name in angle brackets, and the result is false.
-  bool ExtractString(const std::string& field, std::shared_ptr<MetaObj::MetaStruct> record,
+  /// Sets `value` to the string in `field` of `structure` and returns true. If there is no such
+  /// field, or if `structure` is null, sets it to the name of the field in angle brackets and
+  /// returns false.
+  bool ExtractString(const std::string& field, std::shared_ptr<MetaObj::MetaStruct> structure,
                      std::string& value);
 
-  /// Prints one table to `out`: the name and the description of every node whose "Type" is
-  /// `typeName`, in the order of `nodes`. Says so on `out` and returns false when there is no list,
-  /// or a list that is not one of structures.
+  /// Prints a table to `out`: name and description of each node whose "Type" is `typeName`, in the
+  /// order of `nodes`. If `nodes` is null or has no structure type, prints an error message instead
+  /// and returns false.
   bool HandleList(const std::string& typeName, std::shared_ptr<MetaObj::MetaList> nodes,
                   DisplayContext& display, std::ostream& out);
 };

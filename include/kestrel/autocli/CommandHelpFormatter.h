@@ -13,25 +13,30 @@
 
 namespace Kestrel::AutoCli {
 
-/// The formatter "commandhelp": lays out the help page of one command, fitted to the width of the
-/// display. It takes no parameters.
+/// The formatter "commandhelp". Prints the help page of one command, fitted to the width of the
+/// display. It has no parameters.
 ///
-/// The page is a structure "VexilCommandHelp": the texts "Dispatcher", "Path" and "Description", a
-/// "Param List" of structures with the texts "Name", "Short Name" and "Description" and the
-/// booleans "Required" and "Secret", and an "Example List" of structures with the texts
-/// "Description" and "Syntax". A text that is absent or of another kind reads as empty, a boolean
-/// as false; list elements that are no structures are passed over.
+/// The root must be a structure of the type "VexilCommandHelp" with these fields:
+/// - the strings "Dispatcher", "Path" and "Description";
+/// - "Param List", a list of structures with the strings "Name", "Short Name" and "Description" and
+///   the booleans "Required" and "Secret";
+/// - "Example List", a list of structures with the strings "Description" and "Syntax".
+///
+/// A string that is absent or of another kind counts as empty, such a boolean as false. Elements
+/// that are not structures are skipped.
 class KESTREL_API CommandHelpFormatter : public Formatter {
  public:
   CommandHelpFormatter();
   ~CommandHelpFormatter() override;
 
-  /// Writes the page. A root of another type throws KestrelException before anything is written.
+  /// Writes the page. If it lists parameters, `out` has no alignment flag set afterwards. Throws
+  /// KestrelException, before anything is written, if the root is not a structure of that type.
   void Format(const std::shared_ptr<CallSpec::Output>& output, FormatParameters& params,
               DisplayContext& display, std::ostream& out) override;
 };
 
-/// The text of the field, or the empty text when it is absent or no string.
+/// Returns the string in the field `name` of `s`. Empty if the field is absent or not a string, or
+/// if `s` is null.
 KESTREL_API std::string GetStringField(std::shared_ptr<MetaObj::MetaStruct> s,
                                        const std::string& name);
 

@@ -7,12 +7,12 @@
 
 namespace Kestrel::AutoCli {
 
-/// The size of the terminal that a formatter prints for. A byte of text fills one column.
+/// The size of the terminal for which a formatter prints. A byte takes one column.
 struct DisplayContext {
-  /// Columns; 0 when there is no terminal, and then no formatter wraps a line.
+  /// The number of columns; 0 if there is no terminal. Formatters then wrap no lines.
   std::uint16_t width = 0;
 
-  /// Rows; 0 when there is no terminal.
+  /// The number of rows; 0 if there is no terminal.
   std::uint16_t height = 0;
 };
 

@@ -11,44 +11,46 @@
 
 namespace Kestrel::AutoCli {
 
-/// The choice of a formatter and of its parameters, carried from the command line and from a
-/// command's defaults to the formatter.
+/// The name of a formatter and the parameters for it, as chosen by the user or by a command's
+/// defaults.
 ///
-/// A plain value: copy and move it freely. A key is an exact byte string; the qualifier that some
-/// keys carry ("fields:<TypeName>", "units:<TypeName>.<FieldName>") is part of the key. Do not
-/// change an object while a formatter reads it.
+/// A plain value that can be copied and moved. Keys are compared byte by byte; a qualifier, as in
+/// "fields:<TypeName>" or "units:<TypeName>.<FieldName>", is part of the key. Do not change an
+/// object while a formatter uses it.
 class KESTREL_API FormatParameters {
  public:
-  /// Chooses no formatter and holds no parameters.
+  /// Creates an object without a formatter name and without parameters.
   FormatParameters();
 
-  /// Replaces the formatter's name; an empty name chooses none. A null `name` counts as empty.
+  /// Sets the name of the formatter; empty for none. A null `name` counts as empty.
   void SetFormatter(std::string name);
   void SetFormatter(const char* name);
 
-  /// The formatter's name, empty when none is chosen. Valid until the name is set again.
+  /// Returns the name of the formatter, empty if there is none. The reference is valid as long as
+  /// the object exists.
   const std::string& GetFormatter() const;
 
-  /// Every parameter, ordered by key.
+  /// Returns all parameters, ordered by key.
   const std::map<std::string, std::string>& GetParameters() const;
 
-  /// Whether `key` is present, be its value empty or not.
+  /// Returns whether there is a parameter `key`. Its value may be empty.
   bool HasParameter(const std::string& key) const;
 
-  /// The value of `key`, or the empty string when there is none. Nothing is thrown or inserted.
-  /// The reference to a present value holds until that key is gone; the empty string stays.
+  /// Returns the value of `key`, or an empty string if there is no such parameter. The reference is
+  /// valid until the object is assigned to or destroyed.
   const std::string& GetParameter(const std::string& key) const;
 
-  /// Adds the parameter, or replaces its value. A null `key` or `value` counts as empty.
+  /// Adds a parameter or replaces its value. A null `key` or `value` counts as empty.
   void SetParameter(std::string key, std::string value);
   void SetParameter(const char* key, const char* value);
 
-  /// Lays `other` over this object: its formatter's name unless that is empty, and each of its
-  /// parameters. What only this object has stays. `other` may be this object itself.
+  /// Copies the formatter name of `other`, unless it is empty, and all parameters of `other`.
+  /// Parameters that only this object has are kept. `other` may be this object.
   void OverrideValues(const FormatParameters& other);
 
-  /// The value of `key`, cut at every ",". Nothing is trimmed, empty pieces are kept, but the
-  /// empty piece behind a trailing comma is not. An absent key and an empty value give no pieces.
+  /// Returns the value of `key`, split at every comma. Pieces are not trimmed and may be empty, but
+  /// a trailing comma is not followed by an empty piece. Returns no pieces if the value is empty or
+  /// there is no such parameter.
   std::vector<std::string> GetParameterAsList(const std::string& key) const;
 
  private:

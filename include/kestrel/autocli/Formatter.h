@@ -16,31 +16,32 @@
 
 namespace Kestrel::AutoCli {
 
-/// The base of all formatters: turns the result of a call into text.
+/// The base class of all formatters, which turn the result of a call into output text.
 ///
-/// A plug-in makes its formatters once and offers them by name. A formatter keeps nothing of a
-/// call, so one object serves any number of calls.
+/// A plug-in creates its formatters once and offers them by name. A formatter keeps no state
+/// between calls, so one object serves any number of calls.
 class KESTREL_API Formatter {
  public:
-  /// Sets the name under which the formatter is asked for. Description and parameters start
-  /// empty; the constructor of the concrete class fills them.
+  /// Sets the name by which users choose the formatter. Description and parameters are empty until
+  /// the constructor of the derived class sets them.
   explicit Formatter(const std::string& name);
 
   virtual ~Formatter();
 
-  /// Writes the root value of `output` to `out`. `params` is the command's choice with the user's
-  /// laid over it. There is no status: a problem becomes text on the stream or an error message
-  /// of `output`; a value of a shape that the formatter cannot print throws KestrelException.
+  /// Writes the root value of `output` to `out`. `params` contains the defaults of the command,
+  /// overridden by what the user chose. There is no status: problems become text on the stream or
+  /// error messages of `output`. Throws KestrelException if the formatter cannot print such a
+  /// value.
   virtual void Format(const std::shared_ptr<CallSpec::Output>& output, FormatParameters& params,
                       DisplayContext& display, std::ostream& out) = 0;
 
-  /// The name; the reference lives as long as the formatter.
+  /// Returns the name. The reference is valid as long as the formatter exists.
   const std::string& GetName() const;
 
-  /// One sentence for people; empty when the concrete class gave none.
+  /// Returns a one-sentence description for users, empty if the derived class has set none.
   const std::string& GetDescription() const;
 
-  /// The documented parameters, in the order of the documentation.
+  /// Returns the documented parameters, in the order in which they are listed for users.
   const std::vector<FormatterParam>& GetParams() const;
 
  protected:

@@ -7,15 +7,15 @@
 
 namespace Kestrel::AutoCli {
 
-/// One parameter that a formatter documents.
+/// The documentation of one parameter of a formatter.
 struct FormatterParam {
-  /// The key as documented, e.g. "fields:<TypeName>".
+  /// The key, for example "fields:<TypeName>".
   std::string name;
 
-  /// What the key does, for people.
+  /// A description for users.
   std::string description;
 
-  /// Set by the table formatter's "fields:<TypeName>" alone; handed out, never read.
+  /// True only for "fields:<TypeName>" of the table formatter. The library does not use it.
   bool flag = false;
 };
 

@@ -13,30 +13,31 @@
 
 namespace Kestrel::AutoCli {
 
-/// The formatter "python": prints any value as one line, an expression of the Python language made
-/// of dictionaries, lists, texts, integers and booleans. It takes no parameters.
+/// The formatter "python". Prints any value on one line, as an expression in the Python language
+/// that consists of dictionaries, lists, strings, integers and booleans. It has no parameters.
 ///
-/// In texts only quotes and newlines are escaped. A text with a backslash therefore reads back as
-/// another one, or as none: a script gives output that it does not trust to `ast.literal_eval`,
-/// never to `eval`, or reads JSON. Field names are not escaped.
+/// In strings, only quotation marks and newlines are escaped. A string with a backslash therefore
+/// reads back as a different string or causes a syntax error. For output that it does not trust, a
+/// script should use `ast.literal_eval`, never `eval`, or read JSON instead. Field names are not
+/// escaped.
 ///
-/// A value that is not of the class of its kind is not thrown for: a text in its place tells what
-/// is wrong. Values may nest as deep as memory allows.
+/// For a value that is not of the class that its kind announces, the output contains an error
+/// message in its place. Nesting is limited by memory only.
 class KESTREL_API PythonFormatter : public Formatter {
  public:
   PythonFormatter();
   ~PythonFormatter() override;
 
-  /// Writes the root of `output` and a line end, and flushes the stream.
-  /// Throws KestrelException when a value is null; what stands before it is written.
+  /// Writes the root of `output` and a line end and flushes the stream. Throws KestrelException if
+  /// a value is null, after writing what precedes it.
   void Format(const std::shared_ptr<CallSpec::Output>& output, FormatParameters& params,
               DisplayContext& display, std::ostream& out) override;
 
-  /// Writes one value without a line end, and flushes the stream. `level` does not change the text.
-  /// Throws KestrelException when a value is null; what stands before it is written.
+  /// Writes one value without a line end and flushes the stream. `level` has no effect. Throws
+  /// KestrelException if a value is null, after writing what precedes it.
   void Format(std::shared_ptr<MetaObj::MetaObject> value, std::ostream& out, int level);
 
-  /// Whether every byte of the text is below 128; true for the empty text.
+  /// Returns whether every byte of `text` is below 128. True for an empty string.
   static bool IsAllAscii(const std::string& text);
 };
 

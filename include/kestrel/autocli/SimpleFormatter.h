@@ -15,38 +15,43 @@
 
 namespace Kestrel::AutoCli {
 
-/// The formatter "simple": prints any value as indented text, three blanks a level. A structure is
-/// a header line and a line per field, a list its elements, each behind an empty line.
+/// The formatter "simple". Prints any value as text, indented by three spaces per level. A
+/// structure becomes a header line and one line per field. In a list of structures or lists, each
+/// element follows an empty line; the elements of other lists are on one line, separated by commas.
 ///
-/// The parameters "fields:<TypeName>" or "fields" choose a structure's fields, whose names are not
-/// trimmed; "header:<TypeName>" sets its header, in which the last "%<Field>%" becomes the text of
-/// that field, and "<NONE>" leaves it out; "align-fields" = "true" pads the names to one length.
+/// Parameters:
+/// - "fields:<TypeName>" or "fields" lists the fields to print. Names are not trimmed.
+/// - "header:<TypeName>" is the header of a structure; "<NONE>" omits it. Each occurrence of the
+///   last marker "%<Field>%" in it is replaced by the text of that field; other markers are not.
+/// - "align-fields" = "true" pads all field names to the same length.
 ///
-/// Nothing is thrown for a bad value: a text in its place tells what is wrong. Values may nest as
-/// deep as memory allows.
+/// For a value that cannot be printed, the output contains an error message in its place. Nesting
+/// is limited by memory only.
 class KESTREL_API SimpleFormatter : public Formatter {
  public:
   SimpleFormatter();
   ~SimpleFormatter() override;
 
-  /// Prints the root of `output`: a list at level -1, all else at level 0; a null root is nothing.
+  /// Prints the root of `output`, a list at level -1, anything else at level 0. Prints nothing for
+  /// a null root.
   void Format(const std::shared_ptr<CallSpec::Output>& output, FormatParameters& params,
               DisplayContext& display, std::ostream& out) override;
 
-  /// Prints any value; null prints nothing.
+  /// Prints any value at `level`, which sets the indentation. Prints nothing for null.
   void Format(std::shared_ptr<MetaObj::MetaObject> value, FormatParameters& params,
               std::ostream& out, int level);
 
-  /// Prints a structure. A field that it lacks ends it with an error line.
-  void FormatStruct(std::shared_ptr<MetaObj::MetaStruct> record, FormatParameters& params,
+  /// Prints a structure. If a chosen field is missing, the output is an error message in place of
+  /// that field and those after it. This also applies to nested structures.
+  void FormatStruct(std::shared_ptr<MetaObj::MetaStruct> structure, FormatParameters& params,
                     std::ostream& out, int level);
 
-  /// Prints a list: scalars on the line that was begun, structures one level deeper.
+  /// Prints a list: structures and lists one level deeper, other elements on the current line.
   void FormatList(std::shared_ptr<MetaObj::MetaList> list, FormatParameters& params,
                   std::ostream& out, int level);
 };
 
-/// Three blanks per level; nothing for a level below 1.
+/// Returns three spaces per level, nothing for a level below 1.
 KESTREL_API std::string GetIndent(int level);
 
 }  // namespace Kestrel::AutoCli

@@ -14,31 +14,34 @@
 
 namespace Kestrel::AutoCli {
 
-/// The formatter "table": prints a list of structures, a row for each and a column for each chosen
-/// field, under a header and a line of '-'. Texts stand to the left, integers to the right.
+/// The formatter "table". Prints a list of structures as a table with one row per structure and one
+/// column per field, below a header and a line of '-'. Integers are aligned right, everything else
+/// left.
 ///
-/// The columns are those of the first of these parameters that is present: "fields:<TypeName>",
-/// "fields", "table-columns"; else all fields of the list's structure, in byte order. Names are
-/// trimmed. "show-header" ("table-header" when that is absent or empty) and "header-line" switch
-/// header and line off by the value "false". "wrap-last" = "true" fits the last column to the
-/// width of the display. A byte takes one column of the screen.
+/// The first of these parameters that is present lists the columns: "fields:<TypeName>", "fields",
+/// "table-columns". Without any, there is a column for each field of the list's structure type, in
+/// byte order of the names. Names are trimmed. Three parameters switch parts of the layout:
+/// - "show-header" (or "table-header" if that is absent or empty) = "false" omits header and line.
+/// - "header-line" = "false" omits the line.
+/// - "wrap-last" = "true" wraps the last column to the width of the display.
+///
+/// A byte takes one column of the display.
 class KESTREL_API TableFormatter : public Formatter {
  public:
   TableFormatter();
   ~TableFormatter() override;
 
-  /// Writes the table of the root of `output` and leaves `out` in left alignment. A list without
-  /// declared structure and elements prints nothing. A root that is no list of structures throws
-  /// KestrelException before anything is written; a column that an element lacks becomes an error
-  /// line on `out` in place of the table.
+  /// Writes the root of `output` as a table and leaves `out` set to left alignment. Writes nothing
+  /// for an empty list without a declared structure type. Throws KestrelException, before anything
+  /// is written, if the root is not a list of structures. If a row lacks a column, writes a line
+  /// with an error message in place of the table.
   void Format(const std::shared_ptr<CallSpec::Output>& output, FormatParameters& params,
               DisplayContext& display, std::ostream& out) override;
 };
 
-/// The value that `path` leads to: the field of that name or, in a path with '.', the field of the
-/// last piece, where each piece before names a structure to step into. A piece that names nothing
-/// is passed over, unless it is the last. Null when nothing is found.
+/// Returns the value of the field `path`, null if there is none. Names separated by '.' lead
+/// through nested structures. A name that is not found is skipped, unless it is the last one.
 KESTREL_API std::shared_ptr<MetaObj::MetaObject> GetSubField(
-    std::shared_ptr<MetaObj::MetaStruct> record, const std::string& path);
+    std::shared_ptr<MetaObj::MetaStruct> structure, const std::string& path);
 
 }  // namespace Kestrel::AutoCli

@@ -11,74 +11,81 @@
 #include "kestrel/autocli/FormatParameters.h"
 #include "kestrel/metaobj/MetaObject.h"
 
-/// Reports a state that must not be and ends the process by `abort`: "panic: " and the text of
-/// the printf-style `format`, at most 255 characters, on standard error.
+/// Ends the process because of an internal error: writes "panic: " and the message that the printf
+/// format `format` makes, cut after 255 bytes, to standard error and calls `abort`.
 [[noreturn]] KESTREL_API void Panic(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
 namespace Kestrel::AutoCli {
 
-/// Told of each finished shell command: its final command line and its wait status.
+/// Called after each shell command with its final command line and its wait status.
 using CommandExecListener = void (*)(const std::string& commandLine, int status);
 
-/// Makes one extra argument for the shell that runs a command; empty for none.
+/// Returns an extra argument for the shell that runs a command; empty for none.
 using ChildRpZolOptionMaker = std::string (*)(int id);
 
-/// Whether `name` may stand in the command tree: ASCII letters and digits, at least one, the first
-/// not upper-case, no two upper-case letters in a row.
+/// Returns whether `name` is a valid name of a namespace or command: one or more ASCII letters and
+/// digits, the first not an upper-case letter, and no two adjacent upper-case letters.
 KESTREL_API bool AutoCli_IsValidName(const std::string& name);
 
-/// The text of one field of a structure of type `typeName`.
+/// Returns what is printed for `value` in the field `fieldName` of a structure of type `typeName`.
 ///
-/// That is the value's `ToString()`, or what the parameter "printf:<typeName>.<fieldName>" makes
-/// of it, and then a blank and the parameter "units:<typeName>.<fieldName>" where it is present. A
-/// null `value` gives "NULL Object" alone.
+/// This is `value->ToString()` or, if there is a parameter "printf:<typeName>.<fieldName>", the
+/// value printed by that format. If there is a parameter "units:<typeName>.<fieldName>", a space
+/// and its value follow. For a null `value`, the result is "NULL Object".
 ///
-/// The printf format may hold text, "%%", "%m" and one conversion of the value (or several of the
-/// form "%1$.."): d, i, o, u, x, X or c for an integer or a boolean, s for a string. The result is
-/// cut at the length of the format + the length of the plain text + 64 bytes. Any other format
-/// gives an error text in place of the value, without units. A structure or a list becomes empty.
+/// The format may contain literal text, "%%", "%m" and one conversion of the value (or several of
+/// the form "%1$d"): d, i, o, u, x, X or c for an integer or a boolean, s for a string. The result
+/// is cut after as many bytes as the format and `value->ToString()` have together, plus 64. For any
+/// other format, the result is an error message without units. A structure or list is printed as an
+/// empty string.
 KESTREL_API std::string AutoCli_FormatField(const std::string& typeName,
                                             const std::string& fieldName,
                                             std::shared_ptr<MetaObj::MetaObject> value,
                                             FormatParameters& params);
 
-/// Writes `text` to `out`, fitted between the columns `indent` and `width`. A byte fills a column.
+/// Writes `text` to `out`, fitted between the columns `indent` and `width`. A byte takes one
+/// column.
 ///
-/// A line begins with a margin of `indent` blanks, at least one; `skipFirstIndent` leaves it out
-/// of the first line, which something is already written on. A text longer than `width - indent`
-/// is broken at blanks; each word, the first of a line too, takes one column more than it has
-/// bytes, and a word longer than a line overruns. A broken line ends with `wrapChar`, or with a
-/// blank when that is 0. When `width` is not greater than `indent`, nothing is broken. `endLine`
-/// ends the last line too. `splitLines` fits each line of `text` by itself; an empty text then
-/// writes nothing at all, not even a line end.
+/// - Each line begins with a margin of `indent` spaces, at least one. With `skipFirstIndent`, the
+///   first line has none, because it continues a line.
+/// - If `text` has more than `width - indent` bytes, it is broken into lines at spaces. Each word
+///   takes one column more than it has bytes. A word that is longer than a line is not broken. If
+///   `width` is not greater than `indent`, no line is broken.
+/// - A line that is broken ends with `wrapChar`, or with a space if that is 0.
+/// - With `endLine`, a line end follows the last line.
+/// - With `splitLines`, each line of `text` is fitted separately, and an empty `text` writes
+///   nothing, not even a line end.
 KESTREL_API void AutoCli_FitString(const int& indent, const int& width, const std::string& text,
                                    bool skipFirstIndent, std::ostream& out, bool endLine,
                                    char wrapChar, bool splitLines);
 
-/// Runs `commandLine` by /bin/sh, with `stdinData` as its whole standard input, and appends what it
-/// writes to its standard output to `output`, until every process that holds it has closed it. Its
-/// standard error is this process's. Input and output flow at the same time; any amount is fine.
+/// Runs `commandLine` in /bin/sh with `stdinData` as its standard input, and appends its standard
+/// output to `output`. Reads until every process that has inherited the output has closed it. Input
+/// and output may be of any size, as they are transferred at the same time. Standard error is that
+/// of this process.
 ///
-/// Returns the wait status, as `waitpid` gives it: a command that fails is no failure here. Throws
-/// KestrelException when it cannot be started, fed, read or waited for; an error while reading
-/// keeps what was read before it. Every descriptor is closed on every path.
+/// Returns the wait status as `waitpid` reports it; the failure of a command is not an error here.
+/// Throws KestrelException if the command cannot be started, written to, read from or waited for.
+/// If reading fails, `output` contains what was read before.
 KESTREL_API int AutoCli_ShellCmd(const std::string& commandLine, std::string& output,
                                  const std::string& stdinData);
 
-/// As AutoCli_ShellCmd, with the environment variable OPR_USERNAME set to `userName` for the
-/// command; an empty name leaves the command line as it is.
+/// Like AutoCli_ShellCmd, but begins the command line with an assignment of `userName`, quoted, to
+/// the variable OPR_USERNAME. If `userName` is empty, the command line is unchanged.
 KESTREL_API int AutoCli_ShellCmdWithOprUsername(const std::string& commandLine,
                                                 const std::string& userName, std::string& output,
                                                 const std::string& stdinData);
 
-/// Installs what is told of every shell command, or removes it (null). One for the process.
+/// Sets the function that is called after each shell command, or removes it if `listener` is null.
+/// There is one per process.
 KESTREL_API void SetCommandExecListener(CommandExecListener listener);
 
-/// Installs what makes the extra argument of every shell, or removes it (null). One for the
-/// process.
+/// Sets the function that makes an extra argument for the shell, or removes it if `maker` is null.
+/// There is one per process.
 KESTREL_API void SetChildRpZolOptionMaker(ChildRpZolOptionMaker maker);
 
-/// What the installed maker makes of `id`; empty when none is installed.
+/// Returns what the function set with SetChildRpZolOptionMaker returns for `id`; empty if there is
+/// none.
 KESTREL_API std::string MakeChildRpZolOption(int id);
 
 }  // namespace Kestrel::AutoCli

@@ -13,30 +13,31 @@
 
 namespace Kestrel::AutoCli {
 
-/// The formatter "xml": prints any value as an XML document for programs, each value as an element
-/// named after its kind, three blanks of indentation a level.
+/// The formatter "xml". Prints any value as an XML document, for programs. Each value is an element
+/// named after its kind, indented by three spaces per level.
 ///
-/// All format parameters of the call stand in the document as meta-data. One has an effect:
-/// "stylesheet", a file name or URL, adds an instruction that names it, its characters as they are.
+/// The document contains all format parameters of the call as meta-data. One of them has an effect:
+/// "stylesheet", a file name or URL, adds a processing instruction with that name, which is not
+/// escaped.
 ///
-/// Texts, type names, field names and meta-data are escaped; a control character, which no XML
-/// document can hold, is written as it is. Nothing is thrown for a bad value: a line in its place
-/// tells what is wrong. Values may nest as deep as memory allows.
+/// Strings, type names, field names and meta-data are escaped. Control characters are written
+/// unchanged, although XML allows few of them. For a value that cannot be printed, the output
+/// contains an error message on a line in its place. Nesting is limited by memory only.
 class KESTREL_API XmlFormatter : public Formatter {
  public:
   XmlFormatter();
   ~XmlFormatter() override;
 
-  /// Writes the whole document around the root of `output`, and flushes the stream.
+  /// Writes a whole document with the root of `output` and flushes the stream.
   void Format(const std::shared_ptr<CallSpec::Output>& output, FormatParameters& params,
               DisplayContext& display, std::ostream& out) override;
 
-  /// Writes the element of one value, null included, and flushes the stream. `level` is the
-  /// element's indentation; a level below 1 has none.
+  /// Writes the element of `value`, which may be null, and flushes the stream. `level` sets the
+  /// indentation of the element: three spaces per level, none below level 1.
   void Format(std::shared_ptr<MetaObj::MetaObject> value, std::ostream& out, int level);
 };
 
-/// The text with each of & < > % " ' replaced by an entity, all other bytes as they are.
+/// Returns `text` with each of & < > % " ' replaced by its XML reference and no other change.
 KESTREL_API std::string SantizeString(std::string text);
 
 }  // namespace Kestrel::AutoCli

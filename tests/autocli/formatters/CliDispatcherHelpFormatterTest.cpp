@@ -41,11 +41,11 @@ struct Node {
 };
 
 std::shared_ptr<MetaStruct> MakeNode(const Node& node) {
-  auto record = MetaStruct::New("NamespaceNode");
-  record->SetField("Name", node.name);
-  record->SetField("Description", node.description);
-  record->SetField("Type", node.type);
-  return record;
+  auto structure = MetaStruct::New("NamespaceNode");
+  structure->SetField("Name", node.name);
+  structure->SetField("Description", node.description);
+  structure->SetField("Type", node.type);
+  return structure;
 }
 
 std::shared_ptr<MetaList> MakeNodes(const std::vector<Node>& nodes) {
@@ -112,7 +112,7 @@ TEST(CliDispatcherHelpFormatterTest, PrintsTheRootWithNothingBetweenThePieces) {
                               {"up", "Start", "Command"}})));
 }
 
-TEST(CliDispatcherHelpFormatterTest, PrintsTheWordsOfThePathEachAfterOneBlank) {
+TEST(CliDispatcherHelpFormatterTest, PrintsEachWordOfThePathAfterOneSpace) {
   EXPECT_EQ(
       "Usage: tool [disp options] network ip <namespaces> <command>\n"
       "\n"
@@ -137,7 +137,7 @@ TEST(CliDispatcherHelpFormatterTest, ListsAnUnknownTypeInNeitherTable) {
                                                                          {"g", "h", ""}})));
 }
 
-TEST(CliDispatcherHelpFormatterTest, LooksAsItShouldAtEachWidth) {
+TEST(CliDispatcherHelpFormatterTest, MatchesTheGoldenFileAtEachWidth) {
   const auto listing = MakeListing(
       {"network"},
       {{"ip", "Commands about the addresses of this machine, of either family", "Namespace"},
@@ -160,7 +160,7 @@ TEST(CliDispatcherHelpFormatterTest, WrapsTheDescriptionToTheWidth) {
       text.substr(text.find("ip ")).substr(0, text.size() - text.find("ip ") - 1));
 }
 
-TEST(CliDispatcherHelpFormatterTest, IsBlindToTheStateOfTheStream) {
+TEST(CliDispatcherHelpFormatterTest, IgnoresTheStateOfTheStream) {
   const auto output = CommandOutput::New();
   const auto listing = MakeListing({"ip"}, {{"list", "All of them", "Command"}});
   output->SetRootObject(listing);
@@ -186,7 +186,7 @@ TEST(CliDispatcherHelpFormatterTest, IgnoresTheFormatParameters) {
   EXPECT_EQ(Format(listing), out.str());
 }
 
-// What is missing or of another kind.
+// Missing fields and fields of another kind.
 
 void ExpectRefused(const std::shared_ptr<Output>& output) {
   FormatParameters params;
@@ -204,7 +204,7 @@ TEST(CliDispatcherHelpFormatterTest, RefusesAnOutputWithoutARootObject) {
   ExpectRefused(CommandOutput::New());
 }
 
-TEST(CliDispatcherHelpFormatterTest, RefusesARootObjectThatIsNoStructure) {
+TEST(CliDispatcherHelpFormatterTest, RefusesARootObjectThatIsNotAStructure) {
   const auto output = CommandOutput::New();
   output->SetRootObject(MetaString::New("VexilCommandPrint"));
   ExpectRefused(output);
@@ -263,11 +263,11 @@ TEST(CliDispatcherHelpFormatterTest, HandleListKeepsTheOrderOfTheNodes) {
                 true));
 }
 
-TEST(CliDispatcherHelpFormatterTest, HandleListSaysSoWhenThereIsNoList) {
+TEST(CliDispatcherHelpFormatterTest, HandleListReportsAMissingList) {
   EXPECT_EQ("Available Commands: \n\nERROR, list is bad\n", PrintList(nullptr, false));
 }
 
-TEST(CliDispatcherHelpFormatterTest, HandleListSaysSoWhenTheListHoldsNoStructures) {
+TEST(CliDispatcherHelpFormatterTest, HandleListReportsAListWithoutStructures) {
   const auto words = MetaList::New(MetaType::String);
   words->Add("list");
   const auto shapeless = MetaList::New(MetaType::Struct, nullptr);
@@ -279,20 +279,20 @@ TEST(CliDispatcherHelpFormatterTest, HandleListSaysSoWhenTheListHoldsNoStructure
   }
 }
 
-TEST(CliDispatcherHelpFormatterTest, ExtractStringTakesTheTextOfAStringField) {
-  auto record = MetaStruct::New("Record");
-  record->SetField("Name", "ip");
+TEST(CliDispatcherHelpFormatterTest, ExtractStringReadsAStringField) {
+  auto structure = MetaStruct::New("Record");
+  structure->SetField("Name", "ip");
   std::string value = "old";
-  EXPECT_TRUE(CliDispatcherHelpFormatter().ExtractString("Name", record, value));
+  EXPECT_TRUE(CliDispatcherHelpFormatter().ExtractString("Name", structure, value));
   EXPECT_EQ("ip", value);
 }
 
 TEST(CliDispatcherHelpFormatterTest, ExtractStringFallsBackToTheNameOfTheField) {
-  auto record = MetaStruct::New("Record");
-  record->SetField("Size", 7);
+  auto structure = MetaStruct::New("Record");
+  structure->SetField("Size", 7);
   for (const char* field : {"Name", "Size"}) {
     std::string value = "old";
-    EXPECT_FALSE(CliDispatcherHelpFormatter().ExtractString(field, record, value));
+    EXPECT_FALSE(CliDispatcherHelpFormatter().ExtractString(field, structure, value));
     EXPECT_EQ("<" + std::string(field) + ">", value);
   }
   std::string value = "old";

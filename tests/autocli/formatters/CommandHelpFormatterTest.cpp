@@ -53,20 +53,20 @@ struct Example {
 };
 
 std::shared_ptr<MetaStruct> MakeParameter(const Parameter& parameter) {
-  auto record = MetaStruct::New("VexilCommandParameter");
-  record->SetField("Name", parameter.name);
-  record->SetField("Short Name", parameter.shortName);
-  record->SetField("Description", parameter.description);
-  record->SetField("Required", parameter.isRequired);
-  record->SetField("Secret", parameter.isSecret);
-  return record;
+  auto structure = MetaStruct::New("VexilCommandParameter");
+  structure->SetField("Name", parameter.name);
+  structure->SetField("Short Name", parameter.shortName);
+  structure->SetField("Description", parameter.description);
+  structure->SetField("Required", parameter.isRequired);
+  structure->SetField("Secret", parameter.isSecret);
+  return structure;
 }
 
 std::shared_ptr<MetaStruct> MakeExample(const Example& example) {
-  auto record = MetaStruct::New("VexilCommandExample");
-  record->SetField("Description", example.description);
-  record->SetField("Syntax", example.syntax);
-  return record;
+  auto structure = MetaStruct::New("VexilCommandExample");
+  structure->SetField("Description", example.description);
+  structure->SetField("Syntax", example.syntax);
+  return structure;
 }
 
 std::shared_ptr<MetaStruct> MakePage(const std::vector<Parameter>& parameters,
@@ -99,7 +99,7 @@ const char kHead[] =
     "Description: List the disks.\n"
     "\n";
 
-/// What stands behind the head of the page.
+/// Returns the page without its first lines.
 std::string PrintBody(const std::shared_ptr<MetaObject>& page, int width = 0) {
   const std::string text = Print(page, width);
   EXPECT_THAT(text, StartsWith(kHead));
@@ -113,7 +113,7 @@ TEST(CommandHelpFormatterTest, DocumentsItself) {
   EXPECT_THAT(formatter.GetParams(), IsEmpty());
 }
 
-TEST(CommandHelpFormatterTest, RefusesARootThatIsNoHelpPage) {
+TEST(CommandHelpFormatterTest, RefusesARootThatIsNotAHelpPage) {
   const std::shared_ptr<MetaObject> roots[] = {nullptr,
                                                MetaInt::New(1),
                                                MetaList::New(MetaType::Int),
@@ -144,7 +144,7 @@ TEST(CommandHelpFormatterTest, DoesNotWrapTheDescriptionOfTheCommand) {
             "Description: Some words that are longer than the screen\nand a second line\n\n");
 }
 
-TEST(CommandHelpFormatterTest, TextsThatAreMissingReadAsEmpty) {
+TEST(CommandHelpFormatterTest, MissingStringsCountAsEmpty) {
   EXPECT_EQ(Print(MetaStruct::New("VexilCommandHelp")), "Usage:   <options>\n\nDescription: \n\n");
   const auto page = MetaStruct::New("VexilCommandHelp");
   page->SetField("Dispatcher", 1);
@@ -161,7 +161,7 @@ TEST(CommandHelpFormatterTest, PrintsLongAndShortNamesInOneColumn) {
             "     --verbose   More.\n");
 }
 
-TEST(CommandHelpFormatterTest, TellsWhatIsRequiredAndSecret) {
+TEST(CommandHelpFormatterTest, MarksRequiredAndSecretParameters) {
   const std::string warning =
       "WARNING: Providing secret values on the command line is insecure because it may be logged "
       "or "
@@ -188,7 +188,7 @@ TEST(CommandHelpFormatterTest, WrapsADescriptionUnderItself) {
             "            A line. (required)\n");
 }
 
-TEST(CommandHelpFormatterTest, DoesNotWrapWithoutAScreen) {
+TEST(CommandHelpFormatterTest, DoesNotWrapWithoutATerminal) {
   const std::string text(300, 'w');
   EXPECT_EQ(PrintBody(MakePage({{"ab", "", text + " " + text}})),
             "     --ab   " + text + " " + text + "\n");
@@ -202,14 +202,14 @@ TEST(CommandHelpFormatterTest, MeasuresTheNamesOfAllParameters) {
   EXPECT_EQ(PrintBody(MakePage({{"", "", "nameless"}})), "     --   nameless\n");
 }
 
-TEST(CommandHelpFormatterTest, PassesOverElementsThatAreNoStructures) {
+TEST(CommandHelpFormatterTest, SkipsElementsThatAreNotStructures) {
   const auto page = MakePage({});
   page->SetField("Param List", std::vector<std::string>{"a parameter"});
   page->SetField("Example List", std::vector<std::string>{"an example"});
   EXPECT_EQ(PrintBody(page), "\nExamples: \n\n");
 }
 
-TEST(CommandHelpFormatterTest, FlagsThatAreMissingReadAsFalse) {
+TEST(CommandHelpFormatterTest, MissingFlagsCountAsFalse) {
   const auto parameter = MetaStruct::New("VexilCommandParameter");
   parameter->SetField("Name", "ab");
   parameter->SetField("Required", "true");
@@ -253,7 +253,7 @@ TEST(CommandHelpFormatterTest, WrapsTheDescriptionOfAnExampleAlone) {
             "\n");
 }
 
-TEST(CommandHelpFormatterTest, TakesALineBreakInAnExampleAsAnOrdinaryByte) {
+TEST(CommandHelpFormatterTest, TreatsALineBreakInAnExampleAsAnyByte) {
   EXPECT_EQ(PrintBody(MakePage({}, {{"one\ntwo", "x"}})),
             "\nExamples: \n\n    one\ntwo :\n# vexil storage disk list x        \n\n");
 }
@@ -284,7 +284,7 @@ TEST(CommandHelpFormatterTest, FitsThePageToTheWidth) {
   }
 }
 
-TEST(CommandHelpFormatterTest, StartsDescriptionsInTheColumnBehindTheLongestName) {
+TEST(CommandHelpFormatterTest, StartsDescriptionsInTheColumnAfterTheLongestName) {
   const std::string text = PrintBody(
       MakePage({{"device", "d", "The device.", true}, {"password", "", "A.", false, true}}), 80);
   EXPECT_EQ(text,
@@ -296,7 +296,7 @@ TEST(CommandHelpFormatterTest, StartsDescriptionsInTheColumnBehindTheLongestName
             "                  command line, and enter the value on the supplied prompt.\n");
 }
 
-TEST(CommandHelpFormatterTest, IsBlindToTheStateOfTheStreamAndSwitchesItsAlignmentOff) {
+TEST(CommandHelpFormatterTest, IgnoresTheStateOfTheStreamAndClearsItsAlignment) {
   CommandHelpFormatter formatter;
   FormatParameters params;
   DisplayContext display;
@@ -308,7 +308,7 @@ TEST(CommandHelpFormatterTest, IsBlindToTheStateOfTheStreamAndSwitchesItsAlignme
   EXPECT_EQ(out.fill(), '*');
 }
 
-TEST(CommandHelpFormatterTest, LeavesTheAlignmentWhenThereIsNoParameter) {
+TEST(CommandHelpFormatterTest, KeepsTheAlignmentIfThereIsNoParameter) {
   CommandHelpFormatter formatter;
   FormatParameters params;
   DisplayContext display;
@@ -351,15 +351,15 @@ TEST(CommandHelpFormatterTest, PrintsNamesAndDescriptionsOfAHundredThousandBytes
                 "\n");
 }
 
-TEST(CommandHelpFormatterTest, GetStringFieldReadsTextsOnly) {
-  const auto record = MakeDisk("disk1", 5);
-  record->SetField(std::string("a\0b", 3), "behind a NUL");
-  record->SetField("lie", std::make_shared<LyingValue>(MetaType::String));
-  EXPECT_EQ(GetStringField(record, "Name"), "disk1");
-  EXPECT_EQ(GetStringField(record, "Size"), "");
-  EXPECT_EQ(GetStringField(record, "Nope"), "");
-  EXPECT_EQ(GetStringField(record, "lie"), "");
-  EXPECT_EQ(GetStringField(record, std::string("a\0b", 3)), "behind a NUL");
+TEST(CommandHelpFormatterTest, GetStringFieldReadsStringsOnly) {
+  const auto structure = MakeDisk("disk1", 5);
+  structure->SetField(std::string("a\0b", 3), "behind a NUL");
+  structure->SetField("lie", std::make_shared<LyingValue>(MetaType::String));
+  EXPECT_EQ(GetStringField(structure, "Name"), "disk1");
+  EXPECT_EQ(GetStringField(structure, "Size"), "");
+  EXPECT_EQ(GetStringField(structure, "Nope"), "");
+  EXPECT_EQ(GetStringField(structure, "lie"), "");
+  EXPECT_EQ(GetStringField(structure, std::string("a\0b", 3)), "behind a NUL");
   EXPECT_EQ(GetStringField(nullptr, "Name"), "");
 }
 

@@ -58,8 +58,8 @@ class TracePrinter : public DocumentPrinter<TracePrinter> {
     out_.AppendAll(before, std::string(value == nullptr ? "null " : "misread "));
   }
 
-  void BeginStruct(std::string_view before, const MetaStruct& record, long level) {
-    Note(before, record.GetTypeName() + "{", level);
+  void BeginStruct(std::string_view before, const MetaStruct& structure, long level) {
+    Note(before, structure.GetTypeName() + "{", level);
   }
   void EndStruct(bool isEmpty, long level) { Note("", isEmpty ? "}" : ";}", level); }
   void BeginList(std::string_view before, const MetaList&, long level) { Note(before, "[", level); }
@@ -91,7 +91,7 @@ TEST(DocumentPrinterTest, PrintsAScalarAtItsLevel) {
   EXPECT_EQ(Trace(MetaString::New("x"), 0), "'x'@0 ");
 }
 
-TEST(DocumentPrinterTest, TellsWhatIsNotOfTheClassOfItsKind) {
+TEST(DocumentPrinterTest, ReportsAValueOfAnotherClassThanItsKind) {
   EXPECT_EQ(Trace(nullptr, 1), "null ");
   for (int kind = -1; kind < 6; ++kind) {
     EXPECT_EQ(Trace(std::make_shared<LyingValue>(static_cast<MetaType>(kind)), 1), "misread ");
@@ -103,36 +103,36 @@ TEST(DocumentPrinterTest, EndsAnEmptyStructureOrListAtOnce) {
   EXPECT_EQ(Trace(MetaList::New(MetaType::Int), 1), "[@1 ]@1 ");
 }
 
-TEST(DocumentPrinterTest, PrintsFieldsAndElementsDeeperThanWhatHoldsThem) {
-  const auto record = MetaStruct::New("Row");
-  record->SetField("b", 1);
-  record->SetField("a", true);
-  EXPECT_EQ(Trace(record, 1), "Row{@1 a@1=true@11 ;b@1=1@11 ;}@1 ");
+TEST(DocumentPrinterTest, PrintsFieldsAndElementsDeeperThanWhatContainsThem) {
+  const auto structure = MetaStruct::New("Row");
+  structure->SetField("b", 1);
+  structure->SetField("a", true);
+  EXPECT_EQ(Trace(structure, 1), "Row{@1 a@1=true@11 ;b@1=1@11 ;}@1 ");
   const auto list = MetaList::New(MetaType::Int);
   list->Add(1);
   list->Add(2);
   EXPECT_EQ(Trace(list, 1), "[@1 -@1 1@101 ,-@1 2@101 ,]@1 ");
 }
 
-TEST(DocumentPrinterTest, GoesOnBehindWhatEnds) {
+TEST(DocumentPrinterTest, ContinuesAfterNestedValues) {
   const auto inner = MetaStruct::New("Inner");
-  const auto record = MetaStruct::New("Row");
-  record->SetField("a", MakeList({inner}));
-  record->SetField("b", inner);
-  record->SetField("c", std::make_shared<LyingValue>(MetaType::List));
-  EXPECT_EQ(Trace(record, 0),
+  const auto structure = MetaStruct::New("Row");
+  structure->SetField("a", MakeList({inner}));
+  structure->SetField("b", inner);
+  structure->SetField("c", std::make_shared<LyingValue>(MetaType::List));
+  EXPECT_EQ(Trace(structure, 0),
             "Row{@0 a@0=[@10 -@10 Inner{@110 }@110 ,]@10 ;b@0=Inner{@10 }@10 ;c@0=misread ;}@0 ");
 }
 
-TEST(DocumentPrinterTest, PrintsWideRecordsLikeNarrowOnes) {
-  const auto record = MetaStruct::New("Row");
+TEST(DocumentPrinterTest, PrintsLargeStructuresLikeSmallOnes) {
+  const auto structure = MetaStruct::New("Row");
   std::string expected = "Row{@1 ";
   for (int i = 100; i < 200; ++i) {
     const std::string name = "f" + std::to_string(i);
-    record->SetField(name, i);
+    structure->SetField(name, i);
     expected += (i == 100 ? "" : ";") + name + "@1=" + std::to_string(i) + "@11 ";
   }
-  EXPECT_EQ(Trace(record, 1), expected + ";}@1 ");
+  EXPECT_EQ(Trace(structure, 1), expected + ";}@1 ");
 }
 
 std::shared_ptr<MetaStruct> MakeRow(const std::string& typeName, int value) {
@@ -159,7 +159,7 @@ TEST(DocumentPrinterTest, MakesPrefixesOncePerLayoutAndLevel) {
   EXPECT_EQ(TracePrinter::prefixesMade, 3 + 2 + 2);
 }
 
-TEST(DocumentPrinterTest, MakesPrefixesOneAtATimeBelowLevel64) {
+TEST(DocumentPrinterTest, MakesPrefixesOneAtATimeDeeperThanLevel64) {
   EXPECT_EQ(Trace(MakeRows(), 55),
             "Rows{@55 x@55=Row{@65 a@65=1@75 ;b@65=1@75 ;}@65 "
             ";y@55=Row{@65 a@65=2@75 ;b@65=2@75 ;}@65 "
@@ -184,7 +184,7 @@ TEST(DocumentPrinterTest, PrintsMoreLayoutsThanItRemembers) {
   EXPECT_EQ(both, "Twice{@-10 x@-10=" + expected + ";}@0 ;y@-10=" + expected + ";}@0 ;}@-10 ");
 }
 
-TEST(DocumentPrinterTest, GoesNoFurtherOnceTheStreamHasFailed) {
+TEST(DocumentPrinterTest, StopsOnceTheStreamHasFailed) {
   const auto list = MetaList::New(MetaType::Int);
   for (int i = 0; i < 1000000; ++i) {
     list->Add(i);

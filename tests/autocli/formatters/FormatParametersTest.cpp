@@ -39,7 +39,7 @@ TEST(FormatParametersTest, SetFormatterReplacesTheName) {
   EXPECT_EQ(params.GetFormatter(), "");
 }
 
-TEST(FormatParametersTest, NullTextsCountAsEmpty) {
+TEST(FormatParametersTest, NullStringsCountAsEmpty) {
   FormatParameters params;
   params.SetFormatter("table");
   params.SetFormatter(static_cast<const char*>(nullptr));
@@ -69,7 +69,7 @@ TEST(FormatParametersTest, SetParameterOverwritesAValue) {
   EXPECT_THAT(params.GetParameters(), ElementsAre(Pair("key", "two")));
 }
 
-TEST(FormatParametersTest, AnAbsentKeyGivesOneSharedEmptyTextAndIsNotInserted) {
+TEST(FormatParametersTest, AnAbsentKeyHasASharedEmptyValueAndIsNotInserted) {
   FormatParameters params;
   const FormatParameters others;
   const std::string& absent = params.GetParameter("absent");
@@ -117,7 +117,7 @@ TEST(FormatParametersTest, OverrideValuesMergesTheParameters) {
   EXPECT_THAT(other.GetParameters(), ElementsAre(Pair("both", "theirs"), Pair("only-theirs", "")));
 }
 
-TEST(FormatParametersTest, OverrideValuesByItselfChangesNothing) {
+TEST(FormatParametersTest, OverridingByItselfChangesNothing) {
   FormatParameters params;
   params.SetFormatter("table");
   params.SetParameter("key", "value");
@@ -141,12 +141,12 @@ TEST(FormatParametersTest, IsCopiedAndMovedAsAPlainValue) {
   EXPECT_TRUE(std::is_nothrow_move_assignable_v<FormatParameters>);
 }
 
-TEST(FormatParametersTest, AListIsCutAtEveryComma) {
+TEST(FormatParametersTest, AListIsSplitAtEveryComma) {
   EXPECT_THAT(Split("a,b"), ElementsAre("a", "b"));
   EXPECT_THAT(Split("a"), ElementsAre("a"));
 }
 
-TEST(FormatParametersTest, AListKeepsBlanks) {
+TEST(FormatParametersTest, AListKeepsSpaces) {
   EXPECT_THAT(Split(" a, b"), ElementsAre(" a", " b"));
 }
 
@@ -161,9 +161,9 @@ TEST(FormatParametersTest, AListDropsTheEmptyPieceBehindATrailingComma) {
   EXPECT_THAT(Split(",,"), ElementsAre("", ""));
 }
 
-TEST(FormatParametersTest, AnEmptyValueGivesAnEmptyList) { EXPECT_THAT(Split(""), IsEmpty()); }
+TEST(FormatParametersTest, AnEmptyValueIsAnEmptyList) { EXPECT_THAT(Split(""), IsEmpty()); }
 
-TEST(FormatParametersTest, AListOfAHundredThousandNamesIsCutInOnePass) {
+TEST(FormatParametersTest, AListOfAHundredThousandNamesIsSplitInOnePass) {
   std::string value;
   for (int i = 0; i < 100000; ++i) {
     value += "n" + std::to_string(i) + ",";

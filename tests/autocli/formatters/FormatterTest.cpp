@@ -44,7 +44,7 @@ TEST(FormatterTest, StartsWithItsNameOnly) {
   EXPECT_THAT(formatter.GetParams(), IsEmpty());
 }
 
-TEST(FormatterTest, HandsOutWhatTheConcreteClassDocuments) {
+TEST(FormatterTest, ReturnsWhatTheDerivedClassDocuments) {
   bool isGone = false;
   const DocumentedFormatter formatter(isGone);
   EXPECT_EQ(formatter.GetDescription(), "Says what it takes.");
@@ -83,7 +83,7 @@ TEST(FormatterTest, FormatsThroughItsBase) {
   EXPECT_EQ(out.str(), "asked 132x43");
 }
 
-TEST(FormatterTest, IsAbstractAndMadeFromANameAlone) {
+TEST(FormatterTest, IsAbstractAndConstructedFromANameOnly) {
   EXPECT_TRUE(std::is_abstract_v<Formatter>);
   EXPECT_FALSE(std::is_default_constructible_v<BareFormatter>);
 }

@@ -34,7 +34,7 @@ TEST(HeaderMarkerTest, ScansAMegabyteInOnePass) {
   EXPECT_EQ(FindHeaderMarker("%%" + text), "");
 }
 
-TEST(HeaderMarkerTest, EqualsTheExpressionOnEveryShortText) {
+TEST(HeaderMarkerTest, EqualsTheExpressionOnEveryShortString) {
   const boost::regex expression(".*%(.+)%.*");
   const std::string alphabet = "a%\n ";
   std::vector<std::string> texts = {""};

@@ -47,7 +47,7 @@ TEST_F(JsonFormatterTest, PrintsTheLimitsOfIntegers) {
   EXPECT_EQ(Print(MetaInt::New(std::numeric_limits<long>::min())), "-9223372036854775808\n");
 }
 
-TEST_F(JsonFormatterTest, EscapesATextByteByByte) {
+TEST_F(JsonFormatterTest, EscapesAStringByteByByte) {
   EXPECT_EQ(Print(MetaString::New("a\tb\"c/d")), "\"a\\tb\\\"c\\/d\"\n");
   EXPECT_EQ(Print(MetaString::New("\\")), "\"\\\\\"\n");
   EXPECT_EQ(Print(MetaString::New("\b\t\n\f\r")), "\"\\b\\t\\n\\f\\r\"\n");
@@ -57,7 +57,7 @@ TEST_F(JsonFormatterTest, EscapesATextByteByByte) {
   EXPECT_EQ(Print(MetaString::New("\x80\xff")), "\"\\u0080\\u00ff\"\n");
 }
 
-/// The text of one byte, told another way.
+/// Escapes one byte, by an independent implementation of the rule.
 std::string EscapeByte(int byte) {
   switch (byte) {
     case '"':
@@ -94,10 +94,10 @@ TEST_F(JsonFormatterTest, EscapesEachOfAllBytes) {
 }
 
 TEST_F(JsonFormatterTest, PrintsAStructureBehindAnEmptyLine) {
-  const auto record = MetaStruct::New("Row");
-  record->SetField("b", "x");
-  record->SetField("a", 1);
-  EXPECT_EQ(Print(record), "\n{\n   \"a\": 1,\n   \"b\": \"x\"\n}\n");
+  const auto structure = MetaStruct::New("Row");
+  structure->SetField("b", "x");
+  structure->SetField("a", 1);
+  EXPECT_EQ(Print(structure), "\n{\n   \"a\": 1,\n   \"b\": \"x\"\n}\n");
 }
 
 TEST_F(JsonFormatterTest, PrintsEmptyStructuresAndLists) {
@@ -106,7 +106,7 @@ TEST_F(JsonFormatterTest, PrintsEmptyStructuresAndLists) {
   EXPECT_EQ(Print(MakeDisks({})), "\n[\n]\n");
 }
 
-TEST_F(JsonFormatterTest, PrintsAListOfScalarsALineEach) {
+TEST_F(JsonFormatterTest, PrintsEachScalarOfAListOnALine) {
   EXPECT_EQ(Print(MakeNumbers({1, 2})), "\n[\n1, \n2\n]\n");
   const auto texts = MetaList::New(MetaType::String);
   texts->AddAll(std::vector<std::string>{"", "x/"});
@@ -142,15 +142,15 @@ TEST_F(JsonFormatterTest, PrintsStructuresOfAListBehindALineOfTheListsIndentatio
             "   ]");
 }
 
-TEST_F(JsonFormatterTest, PrintsNestedValuesBehindTheNameOfTheirField) {
+TEST_F(JsonFormatterTest, PrintsNestedValuesAfterTheNameOfTheirField) {
   const auto inner = MetaStruct::New("Inner");
   inner->SetField("x", MakeNumbers({7, 8}));
   inner->SetField("y", MetaStruct::New("Empty"));
-  const auto record = MetaStruct::New("Outer");
-  record->SetField("disks", MakeDisks({{"a", 1}}));
-  record->SetField("inner", inner);
-  record->SetField("last", true);
-  EXPECT_EQ(Print(record),
+  const auto structure = MetaStruct::New("Outer");
+  structure->SetField("disks", MakeDisks({{"a", 1}}));
+  structure->SetField("inner", inner);
+  structure->SetField("last", true);
+  EXPECT_EQ(Print(structure),
             "\n"
             "{\n"
             "   \"disks\": \n"
@@ -176,19 +176,19 @@ TEST_F(JsonFormatterTest, PrintsNestedValuesBehindTheNameOfTheirField) {
             "}\n");
 }
 
-TEST_F(JsonFormatterTest, IndentsThreeBlanksALevelAndNoneBelowLevelOne) {
-  const auto record = MetaStruct::New("Row");
-  record->SetField("a", 1);
-  EXPECT_EQ(PrintAt(2, record), "\n      {\n         \"a\": 1\n      }");
-  EXPECT_EQ(PrintAt(0, record), "\n{\n   \"a\": 1\n}");
-  EXPECT_EQ(PrintAt(-9, record), "\n{\n   \"a\": 1\n}");
+TEST_F(JsonFormatterTest, IndentsByThreeSpacesPerLevelFromLevelOne) {
+  const auto structure = MetaStruct::New("Row");
+  structure->SetField("a", 1);
+  EXPECT_EQ(PrintAt(2, structure), "\n      {\n         \"a\": 1\n      }");
+  EXPECT_EQ(PrintAt(0, structure), "\n{\n   \"a\": 1\n}");
+  EXPECT_EQ(PrintAt(-9, structure), "\n{\n   \"a\": 1\n}");
   EXPECT_EQ(PrintAt(2, MetaInt::New(1)), "1");
 }
 
 TEST_F(JsonFormatterTest, DoesNotEscapeFieldNames) {
-  const auto record = MetaStruct::New("Row");
-  record->SetField("a/b \"c\" \\ \xc3\xa4\n", 1);
-  EXPECT_EQ(Print(record), "\n{\n   \"a/b \"c\" \\ \xc3\xa4\n\": 1\n}\n");
+  const auto structure = MetaStruct::New("Row");
+  structure->SetField("a/b \"c\" \\ \xc3\xa4\n", 1);
+  EXPECT_EQ(Print(structure), "\n{\n   \"a/b \"c\" \\ \xc3\xa4\n\": 1\n}\n");
 }
 
 TEST_F(JsonFormatterTest, IgnoresAllParameters) {
@@ -200,7 +200,7 @@ TEST_F(JsonFormatterTest, IgnoresAllParameters) {
             "\n{\n   \"Name\": \"a\",\n   \"Size\": 1\n}\n");
 }
 
-TEST_F(JsonFormatterTest, TellsOfAKindThatLies) {
+TEST_F(JsonFormatterTest, ReportsAValueOfAnotherClassThanItsKind) {
   const auto print = [](MetaType type) { return PrintAt(2, std::make_shared<LyingValue>(type)); };
   EXPECT_EQ(print(MetaType::Bool), "Error reading a bool\n");
   EXPECT_EQ(print(MetaType::Int), "Error reading a int\n");
@@ -210,7 +210,7 @@ TEST_F(JsonFormatterTest, TellsOfAKindThatLies) {
   EXPECT_EQ(Print(std::make_shared<LyingValue>(MetaType::Int)), "Error reading a int\n\n");
 }
 
-TEST_F(JsonFormatterTest, TellsOfAnUnknownKindAndOfNull) {
+TEST_F(JsonFormatterTest, ReportsAnUnknownKindAndNull) {
   EXPECT_EQ(PrintAt(2, std::make_shared<LyingValue>(static_cast<MetaType>(-1))),
             "Unknown data type\n");
   EXPECT_EQ(PrintAt(2, nullptr), "Unknown data type\n");
@@ -221,11 +221,11 @@ TEST_F(JsonFormatterTest, TellsOfAnUnknownKindAndOfNull) {
   EXPECT_FALSE(output->HasError());
 }
 
-TEST_F(JsonFormatterTest, GoesOnBehindABadFieldOrElement) {
-  const auto record = MetaStruct::New("Row");
-  record->SetField("a", std::make_shared<LyingValue>(MetaType::Struct));
-  record->SetField("b", 1);
-  EXPECT_EQ(Print(record),
+TEST_F(JsonFormatterTest, ContinuesAfterABadFieldOrElement) {
+  const auto structure = MetaStruct::New("Row");
+  structure->SetField("a", std::make_shared<LyingValue>(MetaType::Struct));
+  structure->SetField("b", 1);
+  EXPECT_EQ(Print(structure),
             "\n{\n   \"a\": Error reading a struct from output.\n,\n   \"b\": 1\n}\n");
   const auto numbers = MakeNumbers({1});
   numbers->Add(std::shared_ptr<MetaObject>(std::make_shared<LyingValue>(MetaType::Int)));

@@ -27,7 +27,7 @@ std::shared_ptr<MetaStruct> MakeStruct(const std::string& fieldName) {
   return structure;
 }
 
-/// Structures of four layouts, and a cache whose values count how many were made.
+/// Has structures of four layouts, and makes values that count how many were made.
 class LayoutCacheTest : public ::testing::Test {
  protected:
   template <typename Cache>
@@ -113,8 +113,8 @@ TEST_F(LayoutCacheTest, KeepsItsValuesWhenItIsMoved) {
   EXPECT_EQ(Get(moved, b_), 2);
 }
 
-// A layout that were not owned could be destroyed, and its address be used for another one.
-TEST_F(LayoutCacheTest, OwnsTheLayoutsThatItRemembersAndNoOthers) {
+// Otherwise, a layout could be destroyed and another one be created at its address.
+TEST_F(LayoutCacheTest, OwnsTheLayoutsThatItContainsAndNoOthers) {
   auto structure = MetaStruct::New("Row");
   structure->SetField("field of this test alone", 1);
   const FieldLayout& layout = *ValueAccess::Layout(*structure);

@@ -26,7 +26,7 @@ void ExpectToString(const std::shared_ptr<MetaObject>& value) {
   EXPECT_EQ(plain.Measure(*value), value->ToString().size());
 }
 
-TEST(PlainTextTest, IsWhatToStringGives) {
+TEST(PlainTextTest, IsWhatToStringReturns) {
   ExpectToString(MetaBool::New(false));
   ExpectToString(MetaBool::New(true));
   ExpectToString(MetaString::New(""));
@@ -38,7 +38,7 @@ TEST(PlainTextTest, IsWhatToStringGives) {
   }
 }
 
-TEST(PlainTextTest, IsWhatToStringGivesForNumbersOfEveryLength) {
+TEST(PlainTextTest, IsWhatToStringReturnsForNumbersOfEveryLength) {
   ExpectToString(MetaInt::New(0));
   ExpectToString(MetaInt::New(LONG_MIN));
   ExpectToString(MetaInt::New(LONG_MAX));

@@ -43,7 +43,7 @@ TEST_F(PythonFormatterTest, PrintsTheLimitsOfIntegers) {
   EXPECT_EQ(Print(MetaInt::New(std::numeric_limits<long>::min())), "-9223372036854775808\n");
 }
 
-TEST_F(PythonFormatterTest, EscapesQuotesAndNewlinesInATextAndNothingElse) {
+TEST_F(PythonFormatterTest, EscapesQuotesAndNewlinesAndNothingElse) {
   EXPECT_EQ(Print(MetaString::New("a\"\nb")), "\"\"\"a\\\"\\nb\"\"\"\n");
   EXPECT_EQ(Print(MetaString::New("a\"")), "\"\"\"a\\\"\"\"\"\n");
   EXPECT_EQ(Print(MetaString::New("\"\"\"")), "\"\"\"\\\"\\\"\\\"\"\"\"\n");
@@ -63,7 +63,7 @@ TEST_F(PythonFormatterTest, LeavesAllOtherBytes) {
   }
 }
 
-TEST_F(PythonFormatterTest, PrintsAStructureWithASeparatorBehindEachField) {
+TEST_F(PythonFormatterTest, PrintsAStructureWithASeparatorAfterEachField) {
   const auto disk = MetaStruct::New("Disk");
   disk->SetField("Size", 512);
   disk->SetField("Name", "disk1");
@@ -94,16 +94,16 @@ TEST_F(PythonFormatterTest, PrintsNestedValuesOnTheSameLine) {
   const auto inner = MetaStruct::New("Inner");
   inner->SetField("x", std::vector<long>{7, 8});
   inner->SetField("y", MetaStruct::New("Empty"));
-  const auto record = MetaStruct::New("Outer");
-  record->SetField("disks", MakeDisks({{"a", 1}, {"b", 2}}));
-  record->SetField("inner", inner);
-  record->SetField("last", true);
-  EXPECT_EQ(Print(record),
+  const auto structure = MetaStruct::New("Outer");
+  structure->SetField("disks", MakeDisks({{"a", 1}, {"b", 2}}));
+  structure->SetField("inner", inner);
+  structure->SetField("last", true);
+  EXPECT_EQ(Print(structure),
             "{\"disks\": [{\"Name\": \"\"\"a\"\"\", \"Size\": 1, }, {\"Name\": \"\"\"b\"\"\", "
             "\"Size\": 2, }, ], \"inner\": {\"x\": [7, 8, ], \"y\": {}, }, \"last\": True, }\n");
 }
 
-TEST_F(PythonFormatterTest, TheLevelDoesNotChangeTheText) {
+TEST_F(PythonFormatterTest, TheLevelDoesNotChangeTheOutput) {
   const std::string text = PrintAt(2, MakeDisks({{"a", 1}}));
   EXPECT_EQ(text, "[{\"Name\": \"\"\"a\"\"\", \"Size\": 1, }, ]");
   EXPECT_EQ(PrintAt(-5, MakeDisks({{"a", 1}})), text);
@@ -111,9 +111,9 @@ TEST_F(PythonFormatterTest, TheLevelDoesNotChangeTheText) {
 }
 
 TEST_F(PythonFormatterTest, DoesNotEscapeFieldNames) {
-  const auto record = MetaStruct::New("Row");
-  record->SetField("a \"b\" \\ \xc3\xa4\n", 1);
-  EXPECT_EQ(Print(record), "{\"a \"b\" \\ \xc3\xa4\n\": 1, }\n");
+  const auto structure = MetaStruct::New("Row");
+  structure->SetField("a \"b\" \\ \xc3\xa4\n", 1);
+  EXPECT_EQ(Print(structure), "{\"a \"b\" \\ \xc3\xa4\n\": 1, }\n");
 }
 
 TEST_F(PythonFormatterTest, IgnoresAllParameters) {
@@ -125,7 +125,7 @@ TEST_F(PythonFormatterTest, IgnoresAllParameters) {
             "{\"Name\": \"\"\"a\"\"\", \"Size\": 1, }\n");
 }
 
-TEST_F(PythonFormatterTest, TellsOfAKindThatLies) {
+TEST_F(PythonFormatterTest, ReportsAValueOfAnotherClassThanItsKind) {
   const auto print = [](MetaType type) { return PrintAt(2, std::make_shared<LyingValue>(type)); };
   EXPECT_EQ(print(MetaType::Bool), "Error reading a bool\n");
   EXPECT_EQ(print(MetaType::Int), "Error reading a int\n");
@@ -136,11 +136,11 @@ TEST_F(PythonFormatterTest, TellsOfAKindThatLies) {
   EXPECT_EQ(Print(std::make_shared<LyingValue>(MetaType::Int)), "Error reading a int\n\n");
 }
 
-TEST_F(PythonFormatterTest, GoesOnBehindABadFieldOrElement) {
-  const auto record = MetaStruct::New("Row");
-  record->SetField("a", std::make_shared<LyingValue>(MetaType::List));
-  record->SetField("b", 1);
-  EXPECT_EQ(Print(record), "{\"a\": Error reading a List\n, \"b\": 1, }\n");
+TEST_F(PythonFormatterTest, ContinuesAfterABadFieldOrElement) {
+  const auto structure = MetaStruct::New("Row");
+  structure->SetField("a", std::make_shared<LyingValue>(MetaType::List));
+  structure->SetField("b", 1);
+  EXPECT_EQ(Print(structure), "{\"a\": Error reading a List\n, \"b\": 1, }\n");
   const auto numbers = MetaList::New(MetaType::Int);
   numbers->Add(std::shared_ptr<MetaObject>(std::make_shared<LyingValue>(MetaType::Int)));
   numbers->Add(2);

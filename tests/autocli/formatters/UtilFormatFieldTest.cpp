@@ -55,12 +55,12 @@ std::string PrintString(const std::string& value, const std::string& format) {
 std::string Invalid() { return kError + std::string("Invalid argument"); }
 
 Value MakeStruct() {
-  const auto record = MetaStruct::New("Inner");
-  record->SetField("a", 1);
-  return record;
+  const auto structure = MetaStruct::New("Inner");
+  structure->SetField("a", 1);
+  return structure;
 }
 
-TEST(UtilFormatFieldTest, WithoutParametersTheTextIsToString) {
+TEST(UtilFormatFieldTest, WithoutParametersTheResultIsToString) {
   FormatParameters params;
   EXPECT_EQ(AutoCli_FormatField("T", "F", MetaInt::New(-512), params), "-512");
   EXPECT_EQ(AutoCli_FormatField("T", "F", MetaBool::New(true), params), "true");
@@ -75,14 +75,14 @@ TEST(UtilFormatFieldTest, ANullValueIsPrintedWithoutUnitsAndPrintf) {
   EXPECT_EQ(AutoCli_FormatField("T", "F", nullptr, params), "NULL Object");
 }
 
-TEST(UtilFormatFieldTest, UnitsFollowAfterOneBlank) {
+TEST(UtilFormatFieldTest, UnitsFollowAfterOneSpace) {
   FormatParameters params;
   params.SetParameter("units:T.F", "Mb");
   EXPECT_EQ(AutoCli_FormatField("T", "F", MetaInt::New(512), params), "512 Mb");
   EXPECT_EQ(AutoCli_FormatField("T", "F", MakeStruct(), params), "{'a' => '1', } Mb");
 }
 
-TEST(UtilFormatFieldTest, EmptyUnitsStillGiveTheBlank) {
+TEST(UtilFormatFieldTest, EmptyUnitsStillAddTheSpace) {
   FormatParameters params;
   params.SetParameter("units:T.F", "");
   EXPECT_EQ(AutoCli_FormatField("T", "F", MetaInt::New(512), params), "512 ");
@@ -95,7 +95,7 @@ TEST(UtilFormatFieldTest, PrintfAndUnitsWorkTogether) {
   EXPECT_EQ(AutoCli_FormatField("T", "F", MetaInt::New(5), params), "0005 MB");
 }
 
-TEST(UtilFormatFieldTest, OnlyTheKeyOfThatTypeAndFieldJoinedByAStopCounts) {
+TEST(UtilFormatFieldTest, OnlyTheKeyOfThatTypeAndFieldJoinedByADotCounts) {
   FormatParameters params;
   params.SetParameter("units:T:F", "colon");
   params.SetParameter("units:U.F", "other type");
@@ -118,11 +118,11 @@ TEST(UtilFormatFieldTest, PrintfOnAStructureOrAListBlanksTheField) {
   EXPECT_EQ(AutoCli_FormatField("T", "F", list, params), " MB");
 }
 
-TEST(UtilFormatFieldTest, PrintfOnAStructureIsNotReadAtAll) {
+TEST(UtilFormatFieldTest, AnyFormatPrintsAStructureAsEmpty) {
   EXPECT_EQ(Print(MakeStruct(), "%n%s%99999999999d"), "");
 }
 
-TEST(UtilFormatFieldTest, AKindThatLiesIsPrintedAsIsAndBlankedByPrintf) {
+TEST(UtilFormatFieldTest, AValueOfAnotherClassThanItsKindIsPrintedUnlessThereIsAFormat) {
   for (const MetaType type : {MetaType::Int, MetaType::Bool, MetaType::String, MetaType::Struct}) {
     FormatParameters params;
     const auto value = std::make_shared<LyingValue>(type);
@@ -132,7 +132,7 @@ TEST(UtilFormatFieldTest, AKindThatLiesIsPrintedAsIsAndBlankedByPrintf) {
   }
 }
 
-TEST(UtilFormatFieldTest, AFormatWithoutConversionReplacesTheText) {
+TEST(UtilFormatFieldTest, AFormatWithoutConversionReplacesTheValue) {
   EXPECT_EQ(PrintInt(5, "text"), "text");
   EXPECT_EQ(PrintString("x", "text"), "text");
   EXPECT_EQ(PrintInt(5, ""), "");
@@ -266,7 +266,7 @@ TEST(UtilFormatFieldTest, AFormatThatDoesNotFitComesBeforeAnOverflow) {
   EXPECT_EQ(PrintInt(5, "%2147483648d%n"), Invalid());
 }
 
-TEST(UtilFormatFieldTest, TheTextIsCutBehindFormatAndValueAnd64Bytes) {
+TEST(UtilFormatFieldTest, TheResultIsCutAfterTheSizesOfFormatAndValuePlus64) {
   EXPECT_EQ(PrintInt(5, "%100d"), std::string(5 + 1 + 64, ' '));
   EXPECT_EQ(PrintInt(5, "%-100d"), "5" + std::string(6 + 1 + 64 - 1, ' '));
   EXPECT_EQ(PrintInt(5, "%0100d"), std::string(6 + 1 + 64, '0'));
@@ -296,7 +296,7 @@ TEST(UtilFormatFieldTest, HugeWidthsAndPrecisionsCostNothing) {
   EXPECT_EQ(PrintString("abc", "%-2000000000.2000000000s"), "abc" + std::string(24 + 64, ' '));
 }
 
-TEST(UtilFormatFieldTest, WidthAndPrecisionAreLoweredTogether) {
+TEST(UtilFormatFieldTest, WidthAndPrecisionAreReducedTogether) {
   EXPECT_EQ(PrintInt(5, "%2000.2000d"), std::string(11 + 1 + 64, '0'));
   EXPECT_EQ(PrintInt(5, "%2003.2000d"), "   " + std::string(11 + 1 + 64 - 3, '0'));
   EXPECT_EQ(PrintInt(5, "%100000.5000d"), std::string(13 + 1 + 64, ' '));
@@ -304,7 +304,7 @@ TEST(UtilFormatFieldTest, WidthAndPrecisionAreLoweredTogether) {
   EXPECT_EQ(PrintInt('A', "%5.5000c"), "    A");
 }
 
-TEST(UtilFormatFieldTest, ManyConversionsOfALongTextCostNoMoreThanTheirOutput) {
+TEST(UtilFormatFieldTest, ManyConversionsOfALongStringCostNoMoreThanTheirOutput) {
   const std::string text(100000, 'x');
   std::string format;
   for (int i = 0; i < 20000; ++i) {
@@ -318,7 +318,7 @@ TEST(UtilFormatFieldTest, ManyConversionsOfALongTextCostNoMoreThanTheirOutput) {
   EXPECT_EQ(PrintInt(0, format), std::string(format.size() + 1 + 64, '0'));
 }
 
-/// What the system's own function makes of a format that is known to fit.
+/// Returns what snprintf prints for a format that is known to be valid.
 template <typename Argument>
 std::string SystemPrint(const std::string& format, std::size_t textSize, Argument argument) {
   std::vector<char> buffer(format.size() + textSize + 65);
@@ -329,7 +329,7 @@ std::string SystemPrint(const std::string& format, std::size_t textSize, Argumen
   return buffer.data();
 }
 
-/// Formats of one conversion, or of several that all name the same argument.
+/// Returns a format with one conversion, or with several that all refer to the same argument.
 class RandomFormats {
  public:
   int Pick(int from, int to) { return random_.Between(from, to); }
@@ -389,7 +389,7 @@ TEST(UtilFormatFieldTest, EqualsTheSystemsPrintfOnRandomFormatsThatFit) {
   }
 }
 
-TEST(UtilFormatFieldTest, ANulByteEndsTheText) {
+TEST(UtilFormatFieldTest, ANulByteEndsTheResult) {
   EXPECT_EQ(PrintString(std::string("ab\0cd", 5), "<%s>"), "<ab>");
   EXPECT_EQ(PrintInt(0, "a%cb"), "a");
   EXPECT_EQ(PrintInt(5, std::string("a%db\0%n", 7)), "a5b");
@@ -402,7 +402,7 @@ TEST(UtilFormatFieldTest, AValueOfAHundredThousandBytesIsPrintedWhole) {
   EXPECT_EQ(AutoCli_FormatField("T", "F", MetaString::New(text), params), text);
 }
 
-TEST(UtilFormatFieldTest, TheParametersStayAsTheyAre) {
+TEST(UtilFormatFieldTest, TheParametersDoNotChange) {
   FormatParameters params;
   params.SetParameter("printf:T.F", "%ld");
   AutoCli_FormatField("T", "F", MetaInt::New(5), params);

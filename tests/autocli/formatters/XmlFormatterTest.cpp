@@ -20,7 +20,7 @@ using namespace ::Kestrel::Testing;  // NOLINT: helpers of these tests
 
 class XmlFormatterTest : public FormatterFixture<XmlFormatter> {
  protected:
-  /// What stands between the tags of the root element's `root`.
+  /// Returns what is between the tags of the element `root`.
   static std::string PrintRoot(const std::shared_ptr<MetaObject>& root) {
     const std::string before =
         "<?xml version=\"1.0\"?>\n"
@@ -81,7 +81,7 @@ TEST_F(XmlFormatterTest, EscapesTheStylesheetInTheMetaDataAlone) {
   EXPECT_NE(text.find("name=\"stylesheet\" value=\"x&quot;y&amp;z&#37;\"/>\n"), std::string::npos);
 }
 
-TEST_F(XmlFormatterTest, AnEmptyStylesheetIsOneToo) {
+TEST_F(XmlFormatterTest, AnEmptyStylesheetIsWrittenToo) {
   EXPECT_NE(Print(MetaInt::New(7), {{"stylesheet", ""}})
                 .find("\n<?xml-stylesheet type=\"text/xsl\" href=\"\"?>\n<output "),
             std::string::npos);
@@ -99,7 +99,7 @@ TEST_F(XmlFormatterTest, ListsAllParametersInTheOrderOfTheirKeys) {
             std::string::npos);
 }
 
-TEST_F(XmlFormatterTest, TheNameOfTheFormatterIsNoMetaData) {
+TEST_F(XmlFormatterTest, TheNameOfTheFormatterIsNotMetaData) {
   FormatParameters params;
   params.SetFormatter("xml");
   params.SetParameter("key", "value");
@@ -162,9 +162,9 @@ TEST_F(XmlFormatterTest, PrintsAStructureWithItsFieldsInOrder) {
 }
 
 TEST_F(XmlFormatterTest, EscapesFieldNames) {
-  const auto record = MetaStruct::New("Row");
-  record->SetField("100% <of> \"a\" & 'b'", true);
-  EXPECT_EQ(PrintAt(0, record),
+  const auto structure = MetaStruct::New("Row");
+  structure->SetField("100% <of> \"a\" & 'b'", true);
+  EXPECT_EQ(PrintAt(0, structure),
             "<structure typeName=\"Row\">\n"
             "   <field name=\"100&#37; &lt;of&gt; &quot;a&quot; &amp; &apos;b&apos;\">\n"
             "      <boolean>true</boolean>\n"
@@ -209,10 +209,10 @@ TEST_F(XmlFormatterTest, PrintsTheElementsOfAListTwoLevelsDeeper) {
 }
 
 TEST_F(XmlFormatterTest, PrintsStructuresInListsInStructures) {
-  const auto record = MetaStruct::New("Outer");
-  record->SetField("disks", MakeDisks({{"a", 1}, {"b", 2}}));
-  record->SetField("inner", MetaStruct::New("Inner"));
-  EXPECT_EQ(PrintAt(0, record),
+  const auto structure = MetaStruct::New("Outer");
+  structure->SetField("disks", MakeDisks({{"a", 1}, {"b", 2}}));
+  structure->SetField("inner", MetaStruct::New("Inner"));
+  EXPECT_EQ(PrintAt(0, structure),
             "<structure typeName=\"Outer\">\n"
             "   <field name=\"disks\">\n"
             "      <list type=\"structure\">\n"
@@ -241,13 +241,13 @@ TEST_F(XmlFormatterTest, PrintsStructuresInListsInStructures) {
             "</structure>\n");
 }
 
-TEST_F(XmlFormatterTest, IndentsThreeBlanksALevelAndNoneBelowLevelOne) {
+TEST_F(XmlFormatterTest, IndentsByThreeSpacesPerLevelFromLevelOne) {
   EXPECT_EQ(PrintAt(3, MetaInt::New(1)), "         <integer>1</integer>\n");
   EXPECT_EQ(PrintAt(0, MetaInt::New(1)), "<integer>1</integer>\n");
   EXPECT_EQ(PrintAt(-7, MetaInt::New(1)), "<integer>1</integer>\n");
-  const auto record = MetaStruct::New("Row");
-  record->SetField("a", 1);
-  EXPECT_EQ(PrintAt(-1, record),
+  const auto structure = MetaStruct::New("Row");
+  structure->SetField("a", 1);
+  EXPECT_EQ(PrintAt(-1, structure),
             "<structure typeName=\"Row\">\n"
             "   <field name=\"a\">\n"
             "   <integer>1</integer>\n"
@@ -264,7 +264,7 @@ TEST_F(XmlFormatterTest, TellsOfAKindThatLies) {
   EXPECT_EQ(print(MetaType::List), "Error reading a List\n");
 }
 
-TEST_F(XmlFormatterTest, TellsOfAnUnknownKindAndOfNull) {
+TEST_F(XmlFormatterTest, ReportsAnUnknownKindAndNull) {
   const char* const text = "Error Only simple int, bool, string and struct output supported\n";
   EXPECT_EQ(PrintAt(2, std::make_shared<LyingValue>(static_cast<MetaType>(5))), text);
   EXPECT_EQ(PrintAt(2, nullptr), text);
@@ -283,11 +283,11 @@ TEST_F(XmlFormatterTest, WritesTheDocumentAroundABadRootToo) {
   EXPECT_FALSE(output->HasError());
 }
 
-TEST_F(XmlFormatterTest, GoesOnBehindABadField) {
-  const auto record = MetaStruct::New("Row");
-  record->SetField("a", std::make_shared<LyingValue>(MetaType::Bool));
-  record->SetField("b", 1);
-  EXPECT_EQ(PrintAt(0, record),
+TEST_F(XmlFormatterTest, ContinuesAfterABadField) {
+  const auto structure = MetaStruct::New("Row");
+  structure->SetField("a", std::make_shared<LyingValue>(MetaType::Bool));
+  structure->SetField("b", 1);
+  EXPECT_EQ(PrintAt(0, structure),
             "<structure typeName=\"Row\">\n"
             "   <field name=\"a\">\n"
             "<!-- Error reading a bool -->\n"
@@ -314,18 +314,18 @@ TEST_F(XmlFormatterTest, SantizeStringLeavesAllOtherBytes) {
   }
 }
 
-TEST_F(XmlFormatterTest, SantizeStringTakesTextsOfEveryLength) {
+TEST_F(XmlFormatterTest, SantizeStringAcceptsStringsOfEveryLength) {
   for (std::size_t size = 1; size < 40; ++size) {
     for (std::size_t at = 0; at < size; ++at) {
       const std::string before(at, 'a');
-      const std::string behind(size - at - 1, 'b');
-      EXPECT_EQ(SantizeString(before + "%" + behind), before + "&#37;" + behind);
+      const std::string after(size - at - 1, 'b');
+      EXPECT_EQ(SantizeString(before + "%" + after), before + "&#37;" + after);
     }
   }
   EXPECT_EQ(SantizeString(std::string(100000, 'a') + "'"), std::string(100000, 'a') + "&apos;");
 }
 
-/// The six replacements as they are told: one after the other, each over the whole text.
+/// Makes the six replacements one after the other, each in the whole string.
 std::string ReplaceOneByOne(std::string text) {
   const std::pair<const char*, const char*> steps[] = {{"&", "&amp;"},   {"<", "&lt;"},
                                                        {">", "&gt;"},    {"%", "&#37;"},
@@ -339,7 +339,7 @@ std::string ReplaceOneByOne(std::string text) {
   return text;
 }
 
-TEST_F(XmlFormatterTest, SantizeStringEqualsSixReplacementsInOrderOnAllShortTexts) {
+TEST_F(XmlFormatterTest, SantizeStringEqualsSixReplacementsInOrderOnAllShortStrings) {
   const std::string alphabet = "&<>%\"'a;#";
   std::vector<std::string> texts = {""};
   for (std::size_t i = 0; i < texts.size(); ++i) {

@@ -20,7 +20,7 @@ std::optional<std::int64_t> Read(const std::string& text) {
   return ReadLeadingInteger(text, value) ? std::optional<std::int64_t>(value) : std::nullopt;
 }
 
-// The rule is that of a formatted extraction from a stream.
+// Formatted input from a stream follows the same rule.
 std::optional<std::int64_t> ReadFromStream(const std::string& text) {
   std::istringstream stream(text);
   stream.imbue(std::locale::classic());
@@ -40,7 +40,7 @@ void ExpectEqualOnAllTexts(std::string& text, std::string_view alphabet, std::si
   }
 }
 
-TEST(LeadingIntegerTest, ReadsAllShortTextsAsAStreamDoes) {
+TEST(LeadingIntegerTest, ReadsAllShortStringsAsAStreamDoes) {
   std::string text;
   ExpectEqualOnAllTexts(text, "09-+ ax,.\n", 4);
 }
@@ -52,7 +52,7 @@ TEST(LeadingIntegerTest, EveryKindOfWhiteSpaceMayLead) {
   }
 }
 
-TEST(LeadingIntegerTest, ReadsLongTextsAsAStreamDoes) {
+TEST(LeadingIntegerTest, ReadsLongStringsAsAStreamDoes) {
   for (const char* text :
        {"9223372036854775807", "9223372036854775808", "-9223372036854775808",
         "-9223372036854775809", "+9223372036854775807", "99999999999999999999999999",
@@ -62,7 +62,7 @@ TEST(LeadingIntegerTest, ReadsLongTextsAsAStreamDoes) {
   }
 }
 
-TEST(LeadingIntegerTest, LeavesTheValueWhereThereIsNone) {
+TEST(LeadingIntegerTest, LeavesTheValueUnchangedIfThereIsNone) {
   std::int64_t value = 5;
   EXPECT_FALSE(ReadLeadingInteger("x", value));
   EXPECT_FALSE(ReadLeadingInteger("99999999999999999999", value));

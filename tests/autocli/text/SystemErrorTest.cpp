@@ -12,12 +12,12 @@
 namespace Kestrel::AutoCli {
 namespace {
 
-TEST(SystemErrorTest, IsTheTextOfTheSystem) {
+TEST(SystemErrorTest, IsTheMessageOfTheSystem) {
   EXPECT_EQ(SystemErrorText(ENOENT), "No such file or directory");
   EXPECT_EQ(SystemErrorText(EILSEQ), std::strerror(EILSEQ));
 }
 
-TEST(SystemErrorTest, UnknownNumbersHaveATextThatNamesThem) {
+TEST(SystemErrorTest, TheMessageForAnUnknownNumberContainsIt) {
   EXPECT_EQ(SystemErrorText(INT_MAX), "Unknown error 2147483647");
   EXPECT_EQ(SystemErrorText(-5), "Unknown error -5");
 }

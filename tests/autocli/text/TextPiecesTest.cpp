@@ -26,7 +26,7 @@ std::vector<std::string> Cut(std::string_view text) {
   return list;
 }
 
-TEST(TextPiecesTest, KeepsEmptyPiecesButTheLast) {
+TEST(TextPiecesTest, KeepsEmptyPiecesExceptTheLast) {
   EXPECT_THAT(Cut(""), IsEmpty());
   EXPECT_THAT(Cut(","), ElementsAre(""));
   EXPECT_THAT(Cut("a,,b,"), ElementsAre("a", "", "b"));
@@ -41,7 +41,7 @@ TEST(TextPiecesTest, StaysAtTheEnd) {
   EXPECT_EQ(piece, "a");
 }
 
-/// Calls `visit` with every text of at most `length` letters of `alphabet`.
+/// Calls `visit` with every string of at most `length` letters of `alphabet`.
 template <typename Visit>
 void ForEachText(const std::string& alphabet, std::size_t length, const Visit& visit) {
   std::vector<std::string> texts = {""};
@@ -55,7 +55,7 @@ void ForEachText(const std::string& alphabet, std::size_t length, const Visit& v
   }
 }
 
-TEST(TextPiecesTest, CutsAsTheTokensBetweenTheMatchesOfAnExpression) {
+TEST(TextPiecesTest, SplitsAsATokenIteratorOfAnExpressionDoes) {
   const boost::regex comma(",");
   int count = 0;
   ForEachText("a, ", 8, [&](const std::string& text) {

@@ -31,7 +31,7 @@ std::string Write(const Work& work) {
   return out.str();
 }
 
-TEST(TextWriterTest, AppendsTextsBytesAndNumbers) {
+TEST(TextWriterTest, AppendsStringsBytesAndNumbers) {
   EXPECT_EQ(Write([](TextWriter& writer) {
               writer.Append("text");
               writer.Append('\0');
@@ -67,7 +67,7 @@ TEST(TextWriterTest, CopiesAndRepeatsEveryShortLength) {
   for (int i = 0; i < 100; ++i) {
     source += static_cast<char>(' ' + i % 90);
   }
-  // Begun so close to the end of the buffer that some lengths still fit and some do not.
+  // Start so close to the end of the buffer that some lengths fit and others do not.
   for (const std::size_t start : {0u, 32768u - 70u, 32768u - 20u, 32768u}) {
     for (std::size_t length = 0; length <= source.size(); ++length) {
       const std::string head(start, 'h');
@@ -83,7 +83,7 @@ TEST(TextWriterTest, CopiesAndRepeatsEveryShortLength) {
   }
 }
 
-TEST(TextWriterTest, TextsOfEverySizeCrossTheEndOfTheBuffer) {
+TEST(TextWriterTest, StringsOfEverySizeCrossTheEndOfTheBuffer) {
   for (const std::size_t size : {1u, 7u, 32767u, 32768u, 32769u, 100000u}) {
     const std::string text(size, 'x');
     std::string expected;
@@ -100,12 +100,12 @@ TEST(TextWriterTest, TextsOfEverySizeCrossTheEndOfTheBuffer) {
   }
 }
 
-TEST(TextWriterTest, AppendsPiecesOneBehindTheOther) {
+TEST(TextWriterTest, AppendsPiecesInOrder) {
   static constexpr EscapeTable kTable = EscapeTable().Set('<', "&lt;");
   EXPECT_EQ(Write([](TextWriter& writer) {
-              writer.AppendAll("a", '\0', Blanks{0}, Decimal{LONG_MIN}, std::string("b"));
-              writer.AppendAll(Escaped{"<c", kTable}, Blanks{3}, Decimal{7}, "");
-              writer.AppendAll(Blanks{100});
+              writer.AppendAll("a", '\0', Spaces{0}, Decimal{LONG_MIN}, std::string("b"));
+              writer.AppendAll(Escaped{"<c", kTable}, Spaces{3}, Decimal{7}, "");
+              writer.AppendAll(Spaces{100});
             }),
             std::string("a\0-9223372036854775808b&lt;c   7", 32) + std::string(100, ' '));
 }
@@ -122,7 +122,7 @@ TEST(TextWriterTest, PiecesOfEverySizeCrossTheEndOfTheBuffer) {
       }
       ASSERT_EQ(Write([&](TextWriter& writer) {
                   writer.Append(head);
-                  writer.AppendAll(text, '.', Blanks{size}, Decimal{-12345}, Escaped{text, kTable});
+                  writer.AppendAll(text, '.', Spaces{size}, Decimal{-12345}, Escaped{text, kTable});
                   writer.Append('.');
                 }),
                 head + text + "." + std::string(size, ' ') + "-12345" + escaped + ".")
@@ -135,7 +135,7 @@ TEST(TextWriterTest, PiecesLongerThanTheBufferAreWrittenWhole) {
   static constexpr EscapeTable kTable = EscapeTable().Set('<', "&lt;");
   const std::string text(40000, 'x');
   EXPECT_EQ(Write([&](TextWriter& writer) {
-              writer.AppendAll("a", text, Escaped{text, kTable}, Blanks{70000}, Decimal{1});
+              writer.AppendAll("a", text, Escaped{text, kTable}, Spaces{70000}, Decimal{1});
             }),
             "a" + text + text + std::string(70000, ' ') + "1");
 }
@@ -158,21 +158,21 @@ TEST(TextWriterTest, EscapesMarkedBytesAndCopiesTheRest) {
   EXPECT_EQ(kTable.Measure("<\xff\xfe"), 4u + 7u + 1u);
 }
 
-TEST(TextWriterTest, EscapesAtEveryPlaceOfATextOfAnyLength) {
+TEST(TextWriterTest, EscapesAtEveryPlaceInStringsOfAnyLength) {
   static constexpr EscapeTable kTable = EscapeTable().Set('<', "&lt;");
   for (std::size_t size = 1; size < 40; ++size) {
     for (std::size_t at = 0; at < size; ++at) {
       const std::string before(at, 'a');
-      const std::string behind(size - at - 1, 'b');
+      const std::string after(size - at - 1, 'b');
       const std::string written = Write([&](TextWriter& writer) {
-        writer.AppendAll(Escaped{before + "<" + behind, kTable});
+        writer.AppendAll(Escaped{before + "<" + after, kTable});
       });
-      EXPECT_EQ(written, before + "&lt;" + behind);
+      EXPECT_EQ(written, before + "&lt;" + after);
     }
   }
 }
 
-TEST(TextWriterTest, EscapesTextsLongerThanTheBuffer) {
+TEST(TextWriterTest, EscapesStringsLongerThanTheBuffer) {
   static constexpr EscapeTable kTable = EscapeTable().Set('x', "yyyyyyy");
   EXPECT_EQ(Write([](TextWriter& writer) {
               writer.AppendAll(Escaped{std::string(20000, 'x') + std::string(50000, 'z'), kTable});
@@ -180,7 +180,7 @@ TEST(TextWriterTest, EscapesTextsLongerThanTheBuffer) {
             std::string(140000, 'y') + std::string(50000, 'z'));
 }
 
-TEST(TextWriterTest, IsBlindToTheStateOfTheStream) {
+TEST(TextWriterTest, IgnoresTheStateOfTheStream) {
   std::ostringstream out;
   out << std::hex << std::showpos << std::setw(20) << std::setfill('*') << std::right;
   TextWriter writer(out);
@@ -192,7 +192,7 @@ TEST(TextWriterTest, IsBlindToTheStateOfTheStream) {
   EXPECT_EQ(out.width(), 0);
 }
 
-TEST(TextWriterTest, HandsOnInLargePiecesAndFlushesOnceAtTheEnd) {
+TEST(TextWriterTest, WritesLargePiecesAndFlushesOnceAtTheEnd) {
   LimitedBuffer buffer(kUnlimited);
   std::ostream out(&buffer);
   TextWriter writer(out);
@@ -205,22 +205,22 @@ TEST(TextWriterTest, HandsOnInLargePiecesAndFlushesOnceAtTheEnd) {
   EXPECT_EQ(buffer.GetText().size(), 500000u);
 }
 
-TEST(TextWriterTest, HandsOnWithoutFlushingWhenOthersGoOnWriting) {
+TEST(TextWriterTest, DrainsWithoutFlushing) {
   LimitedBuffer buffer(kUnlimited);
   std::ostream out(&buffer);
   {
     TextWriter writer(out);
     writer.Append("one ");
-    writer.HandOn();
+    writer.Drain();
     out << "two ";
     writer.Append("three");
-    writer.HandOn();
+    writer.Drain();
   }
   EXPECT_EQ(buffer.GetText(), "one two three");
   EXPECT_EQ(buffer.GetFlushes(), 0);
 }
 
-TEST(TextWriterTest, WhatWasComposedReachesTheStreamWhenAnExceptionLeaves) {
+TEST(TextWriterTest, AnExceptionDoesNotLoseWhatWasAppended) {
   LimitedBuffer buffer(kUnlimited);
   std::ostream out(&buffer);
   EXPECT_THROW(
@@ -234,14 +234,14 @@ TEST(TextWriterTest, WhatWasComposedReachesTheStreamWhenAnExceptionLeaves) {
   EXPECT_EQ(buffer.GetFlushes(), 1);
 }
 
-TEST(TextWriterTest, TextBehindAHandOverIsNotLostToAnException) {
+TEST(TextWriterTest, AnExceptionDoesNotLoseWhatWasAppendedAfterADrain) {
   LimitedBuffer buffer(kUnlimited);
   std::ostream out(&buffer);
   EXPECT_THROW(
       {
         TextWriter writer(out);
         writer.Append("one ");
-        writer.HandOn();
+        writer.Drain();
         writer.Append("two");
         throw std::runtime_error("stop");
       },
@@ -260,7 +260,7 @@ TEST(TextWriterTest, StopsWritingToAStreamThatFailed) {
     ++rows;
   }
   writer.Repeat('x', kUnlimited);
-  writer.AppendAll("x", Blanks{kUnlimited}, "y");
+  writer.AppendAll("x", Spaces{kUnlimited}, "y");
   writer.Append(std::string(100000, 'y'));
   writer.Finish();
   EXPECT_LT(rows, 10000u);
@@ -269,7 +269,7 @@ TEST(TextWriterTest, StopsWritingToAStreamThatFailed) {
   EXPECT_EQ(buffer.GetFlushes(), 0);
 }
 
-TEST(TextWriterTest, WritesNothingToAStreamThatHadFailedBefore) {
+TEST(TextWriterTest, WritesNothingToAStreamThatFailedBefore) {
   std::ostringstream out;
   out.setstate(std::ios_base::badbit);
   TextWriter writer(out);
@@ -279,7 +279,7 @@ TEST(TextWriterTest, WritesNothingToAStreamThatHadFailedBefore) {
   EXPECT_EQ(out.str(), "");
 }
 
-TEST(TextWriterTest, TheStreamsExceptionPassesOnceAndNothingIsWrittenTwice) {
+TEST(TextWriterTest, AnExceptionOfTheStreamIsPassedOnceAndNothingIsWrittenTwice) {
   LimitedBuffer buffer(5);
   std::ostream out(&buffer);
   out.exceptions(std::ios_base::badbit);
@@ -294,7 +294,7 @@ TEST(TextWriterTest, TheStreamsExceptionPassesOnceAndNothingIsWrittenTwice) {
   EXPECT_EQ(buffer.GetRefusals(), 1);
 }
 
-TEST(TextWriterTest, AnExceptionOfTheStreamStaysInsideTheDestructor) {
+TEST(TextWriterTest, TheDestructorIgnoresExceptionsOfTheStream) {
   LimitedBuffer buffer(5);
   std::ostream out(&buffer);
   out.exceptions(std::ios_base::badbit);

@@ -29,7 +29,7 @@ std::string Fit(const FitArguments& a) {
   return out.str();
 }
 
-TEST(UtilFitStringTest, WritesATextThatFitsBehindItsMargin) {
+TEST(UtilFitStringTest, WritesAStringThatFitsAfterItsMargin) {
   EXPECT_EQ(Fit({4, 20, "short"}), "    short");
 }
 
@@ -39,7 +39,7 @@ TEST(UtilFitStringTest, WritesOneBlankForAMarginOfNothing) {
   EXPECT_EQ(Fit({1, 20, "short"}), " short");
 }
 
-TEST(UtilFitStringTest, LeavesTheFirstMarginOut) {
+TEST(UtilFitStringTest, OmitsTheFirstMargin) {
   EXPECT_EQ(Fit({4, 20, "short", true}), "short");
   EXPECT_EQ(Fit({4, 20, "aaaa bbbb cccc dddd", true}), "aaaa bbbb cccc \n    dddd");
 }
@@ -58,13 +58,13 @@ TEST(UtilFitStringTest, EndsABrokenLineWithTheWrapCharacter) {
             "    aaaa bbbb cccc\\\n    dddd\n");
 }
 
-TEST(UtilFitStringTest, TakesATextOfExactlyTheWidth) {
+TEST(UtilFitStringTest, DoesNotBreakAStringOfExactlyTheWidth) {
   EXPECT_EQ(Fit({4, 20, "aaaa bbbb cccc d"}), "    aaaa bbbb cccc d");
   EXPECT_EQ(Fit({4, 20, "aaaa bbbb cccc dd"}), "    aaaa bbbb cccc \n    dd");
 }
 
 TEST(UtilFitStringTest, ChargesAColumnForEachWordTheFirstOneToo) {
-  // Nine bytes of words in a line of ten would fit without that column.
+  // Without the additional column per word, nine bytes would fit in a line of ten.
   EXPECT_EQ(Fit({0, 10, "aaaa bbbbb cc"}), " aaaa \n bbbbb cc");
   EXPECT_EQ(Fit({0, 10, "aaaa bbbb ccc"}), " aaaa bbbb \n ccc");
 }
@@ -80,13 +80,13 @@ TEST(UtilFitStringTest, NeverBreaksAWord) {
   EXPECT_EQ(Fit({2, 8, "a bbbbbbbbbbbb c"}), "  a \n  bbbbbbbbbbbb \n  c");
 }
 
-TEST(UtilFitStringTest, KeepsTheBlanksBetweenWords) {
+TEST(UtilFitStringTest, KeepsTheSpacesBetweenWords) {
   EXPECT_EQ(Fit({1, 9, "a  b   c"}), " a  b   c");
   EXPECT_EQ(Fit({1, 9, "a  b    c"}), " a  b    \n c");
   EXPECT_EQ(Fit({1, 9, " a bbbbbbb"}), "  a \n bbbbbbb");
 }
 
-TEST(UtilFitStringTest, DropsTheLastBlankOfABrokenText) {
+TEST(UtilFitStringTest, DropsTheLastSpaceOfABrokenString) {
   EXPECT_EQ(Fit({1, 9, "aaaa bbbb "}), " aaaa \n bbbb");
   EXPECT_EQ(Fit({1, 9, "aaaa bb  "}), " aaaa bb \n ");
   EXPECT_EQ(Fit({1, 9, "aaaa bb "}), " aaaa bb ");
@@ -102,16 +102,16 @@ TEST(UtilFitStringTest, BreaksNothingWithoutColumns) {
   EXPECT_EQ(Fit({4, 4, "aaaa bbbb\ncccc ", false, true, 0, true}), "    aaaa bbbb\n    cccc \n");
 }
 
-TEST(UtilFitStringTest, TakesALineBreakAsAnOrdinaryByteWhenLinesAreNotSplit) {
+TEST(UtilFitStringTest, TreatsALineBreakAsAnyByteIfLinesAreNotSplit) {
   EXPECT_EQ(Fit({2, 9, "aa\nbb cc dd"}), "  aa\nbb \n  cc dd");
 }
 
-TEST(UtilFitStringTest, FitsEachLineByItself) {
+TEST(UtilFitStringTest, FitsEachLineSeparately) {
   EXPECT_EQ(Fit({2, 10, "one\ntwo three four\n\nfive", false, true, 0, true}),
             "  one\n  two \n  three \n  four\n  \n  five\n");
 }
 
-TEST(UtilFitStringTest, LeavesTheMarginOutOfTheFirstLineOnly) {
+TEST(UtilFitStringTest, OmitsTheMarginOfTheFirstLineOnly) {
   EXPECT_EQ(Fit({2, 10, "one\ntwo", true, true, 0, true}), "one\n  two\n");
 }
 
@@ -136,12 +136,12 @@ TEST(UtilFitStringTest, CountsBytes) {
   EXPECT_EQ(Fit({0, 80, std::string("a\0b", 3)}), std::string(" a\0b", 4));
 }
 
-TEST(UtilFitStringTest, TakesTheGreatestWidths) {
+TEST(UtilFitStringTest, AcceptsTheGreatestWidths) {
   EXPECT_EQ(Fit({-2147483647, 2147483647, "aa bb"}), " aa bb");
   EXPECT_EQ(Fit({2147483647, -2147483647, "aa bb", true}), "aa bb");
 }
 
-TEST(UtilFitStringTest, IsBlindToTheStateOfTheStream) {
+TEST(UtilFitStringTest, IgnoresTheStateOfTheStream) {
   std::ostringstream out;
   out << std::hex << std::showbase << std::setw(20) << std::setfill('*') << std::right;
   AutoCli_FitString(4, 20, "aaaa bbbb cccc dddd", false, out, true, 0, false);
@@ -158,7 +158,7 @@ TEST(UtilFitStringTest, StopsAtAStreamThatFails) {
     text += i % 10 == 0 ? "line\n" : "words ";
   }
   for (const bool splitLines : {false, true}) {
-    // A margin so wide that writing it for every line would take minutes.
+    // Writing so wide a margin for every line would take minutes.
     LimitedBuffer buffer(1000000);
     std::ostream out(&buffer);
     AutoCli_FitString(1000000, 1000020, text, true, out, true, 0, splitLines);
@@ -168,7 +168,7 @@ TEST(UtilFitStringTest, StopsAtAStreamThatFails) {
   }
 }
 
-TEST(UtilFitStringTest, EqualsTheSlowModelOnRandomTexts) {
+TEST(UtilFitStringTest, EqualsTheSlowModelOnRandomStrings) {
   Testing::Random random;
   SCOPED_TRACE(random.HowToRepeat());
   const auto pick = [&random](int from, int to) { return random.Between(from, to); };
@@ -203,7 +203,8 @@ TEST(UtilFitStringTest, FitsTenMegabytesInOnePass) {
   const std::string oneWord(10 * 1024 * 1024, 'x');
   EXPECT_EQ(Fit({8, 80, oneWord, true, false, '+'}), "+\n        " + oneWord);
   EXPECT_EQ(Fit({8, 2000000000, words}).size(), words.size() + 8);
-  // 200,000 lines of five empty words, four blanks in each; a break is a blank, '\n' and a margin.
+  // 200,000 lines of five empty words, with four spaces each; a break is a space, '\n' and a
+  // margin.
   EXPECT_EQ(Fit({0, 5, std::string(1000000, ' ')}).size(), 1u + 200000 * 4 + 199999 * 3);
 }
 

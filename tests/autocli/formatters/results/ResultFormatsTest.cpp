@@ -32,7 +32,7 @@ std::string PrintGroup(const std::string& formatterName, const std::string& grou
   return text;
 }
 
-TEST_P(ResultFormatsTest, MatchesTheGoldenText) {
+TEST_P(ResultFormatsTest, MatchesTheGoldenFile) {
   const auto& [formatter, group] = GetParam();
   EXPECT_THAT(PrintGroup(formatter, group), MatchesGolden(formatter + "/results-" + group));
 }
