@@ -4,8 +4,8 @@
 #
 # list-services.sh [--state=STATE] [--name=TEXT] | --only=NAME
 #
-# Where the service manager runs, it is asked; elsewhere the scripts in /etc/init.d are.
-# SYSTEMD_DIR names another folder that tells of the manager, INIT_DIR another one of scripts.
+# Asks the service manager if it runs, otherwise the scripts in /etc/init.d. SYSTEMD_DIR names
+# another folder whose existence means that the manager runs, INIT_DIR another folder of scripts.
 here=${0%/*}
 # shellcheck source=plugins/shell-common/common.sh
 . "$here/common.sh"

@@ -151,7 +151,7 @@ class RunningProgram {
   RunningProgram& operator=(const RunningProgram&) = delete;
   ~RunningProgram() {
     if (process_ > 0) {
-      ::kill(process_, SIGKILL);  // nobody reads what it writes
+      ::kill(process_, SIGKILL);  // its output is not read any more
       AwaitEnd();
     }
   }

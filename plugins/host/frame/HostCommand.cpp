@@ -32,7 +32,7 @@ void HostCommand::ExecuteInternal(const std::shared_ptr<CallSpec::Input>& input,
     throw KestrelException("The command needs an input");
   }
   ChooseFormat(*input);
-  // A command without a result is no fault of the program: the message needs no frame of words.
+  // A failure to get the result is not a fault of the program, so the message has no prefix.
   try {
     Run(*input, *output);
   } catch (const KestrelException& error) {

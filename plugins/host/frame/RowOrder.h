@@ -31,7 +31,7 @@ class RowOrder {
   static std::optional<RowOrder> Read(const CallSpec::Input& input, const StructShape& shape,
                                       CallSpec::Output& output);
 
-  /// The rows in that order, at most as many as wanted; `rows` itself when they stay as they are.
+  /// The rows in that order, at most as many as wanted; `rows` itself if that changes nothing.
   /// Strings are compared byte by byte, integers by value, and false comes before true. Rows that
   /// are equal keep their order.
   std::shared_ptr<MetaObj::MetaList> Apply(const std::shared_ptr<MetaObj::MetaList>& rows) const;

@@ -26,8 +26,8 @@ extern const char* const kKernelLog;
 /// that has none.
 const char* FacilityName(int facility);
 
-/// A message as the kernel hands it out: "6,12,345678,-;text", where the first number is 8 times
-/// the facility plus the level and the third one the time. Nothing for other texts.
+/// Parses a message in the kernel's form: "6,12,345678,-;text", where the first number is 8 times
+/// the facility plus the level and the third one the time. Nothing for other strings.
 std::optional<KernelMessage> ParseKernelMessage(std::string_view entry);
 
 /// All messages, the oldest first. Throws KestrelException when they may not be read.

@@ -13,19 +13,19 @@
 
 namespace Kestrel::Host {
 
-/// The lines of a file, from its last one to its first, read block by block: whoever wants a few
-/// lines of a long log reads the end of it only.
+/// The lines of a file, from the last one to the first, read block by block: to get the last few
+/// lines of a long log, only its end is read.
 ///
-/// What is written to the file after it was opened does not count. A last line without its newline
-/// is a line like the others.
+/// Lines that are added after the file was opened are ignored. A last line without a newline is a
+/// line like the others.
 class LogFile {
  public:
-  /// A longer line is refused: no log has one, and it would have to be held whole.
+  /// A longer line is an error: no log has one, and all of it would have to be in memory.
   static constexpr std::size_t kMaxLineSize = std::size_t{64} << 20;
 
-  /// Throws KestrelException with the system's text when the file cannot be opened, and when it is
-  /// no regular file. Pipes and devices are not waited for, and what the kernel shows below /proc
-  /// and /sys has no end to begin at.
+  /// Throws KestrelException with the system's text if the file cannot be opened, and if it is not
+  /// a regular file: pipes and devices could block, and files in /proc and /sys have no end to
+  /// start from.
   explicit LogFile(const std::string& path);
 
   /// The line before the one that was returned last, without its newline, until the next call;

@@ -20,10 +20,10 @@ extern const char* const kLevelForms;
 const char* LevelName(int level);
 
 /// The level that a user names: a digit from 0 to 7, or a word as above or spelled as people do
-/// (error, warn, critical), in either case. Nothing for other texts.
+/// (error, warn, critical), in either case. Nothing for other strings.
 std::optional<int> ParseLevel(std::string_view text);
 
-/// The priority that stands before the text of a message, "<30>" say, and how long that is.
+/// The priority before the text of a message, such as "<30>", and its length.
 struct LinePriority {
   int level;
   int facility;

@@ -35,7 +35,7 @@ class LastLines {
     }
   }
 
-  // Whether no line could be judged by its time.
+  // Whether none of the lines has a time.
   bool LacksTimes() const { return hasLines_ && !hasTimes_; }
 
   // In the order of the file.

@@ -22,7 +22,7 @@ void AddLogParameters(CallSpec::InputSpec& spec);
 /// The lines that the values of those parameters choose.
 class LogChoice {
  public:
-  /// Adds an error message to `output` for each value that is no time, no level or no regular
+  /// Adds an error message to `output` for each value that is not a valid time, level or regular
   /// expression.
   LogChoice(const CallSpec::Input& input, const LocalZone& zone, CallSpec::Output& output);
   LogChoice(const LogChoice&) = delete;

@@ -23,7 +23,7 @@ constexpr std::size_t kMaxFieldsSize = 4096;
 // Of leap years, at most seven years lie between one and the next.
 constexpr int kMaxYearsBack = 8;
 
-// What may stand before an ISO time, at the start of a line.
+// Labels that may precede an ISO time at the start of a line.
 constexpr std::string_view kTimeLabels[] = {"time=\"",
                                             "time=",
                                             "ts=\"",

@@ -14,10 +14,10 @@ namespace Kestrel::Host {
 /// What `ParseSince` reads, for messages and help.
 extern const char* const kSinceForms;
 
-/// The time from which on a user wants to see lines, in seconds since the epoch: "today",
-/// "yesterday" (from their midnight on) or "now", a span back from `now` such as "-2h" or "-3
-/// days", or a date with or without a time of day and an offset. Words count in either case.
-/// Nothing for other texts, and for days and times that do not exist.
+/// The time of the first line that a user wants to see, in seconds since the epoch. `text` is
+/// "today" or "yesterday" (meaning their midnight), "now", a span before `now` such as "-2h" or "-3
+/// days", or a date with or without a time of day and an offset. Words may be in either case.
+/// Nothing for other strings, and for days and times that do not exist.
 std::optional<std::int64_t> ParseSince(std::string_view text, const LocalZone& zone,
                                        std::int64_t now);
 

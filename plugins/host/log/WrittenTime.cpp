@@ -11,10 +11,10 @@ namespace {
 constexpr std::string_view kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                         "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 constexpr std::string_view kWeekdays[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-// Longer names of zones are none that date(1) prints.
+// date(1) prints no longer names of zones.
 constexpr std::size_t kMaxZoneLetters = 5;
 constexpr int kMaxOffsetHours = 15;
-// For a text without a year: one that has every day.
+// The year for a time without one: it has every day.
 constexpr int kLeapYear = 2000;
 
 bool IsDigit(char letter) { return letter >= '0' && letter <= '9'; }
@@ -238,7 +238,7 @@ bool ReadSyslogTime(std::string_view& text, WrittenTime& written) {
   return TakeClock(text, time);
 }
 
-// The zone stands before the year.
+// In this format the zone is before the year.
 bool TakeZoneName(std::string_view& text, WrittenTime& written) {
   std::size_t size = 0;
   while (size < text.size() && IsUpper(text[size])) {

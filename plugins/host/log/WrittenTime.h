@@ -11,7 +11,7 @@
 
 namespace Kestrel::Host {
 
-/// A time as a text states it.
+/// A time as it is written in a log.
 struct WrittenTime {
   CivilTime time;
   bool hasYear = true;

@@ -31,7 +31,7 @@ std::size_t FieldEnd(std::string_view text, std::size_t start) {
   return std::min(end, text.size());
 }
 
-// The start of the next paragraph: the first byte from `start` on that is no line feed.
+// The start of the next paragraph: the first byte from `start` on that is not a line feed.
 std::size_t SkipEmptyLines(std::string_view text, std::size_t start) {
   return std::min(text.find_first_not_of('\n', start), text.size());
 }

@@ -16,7 +16,7 @@ namespace Kestrel::Host {
 /// made from.
 class ControlStanza {
  public:
-  /// Throws KestrelException when a line is no field.
+  /// Throws KestrelException if a line is not a field.
   explicit ControlStanza(std::string_view text);
 
   std::string_view GetText() const { return text_; }

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The order of versions: the epoch is a number. The two other parts are compared piece by piece,
-// in turns what is no digit and a number. In what is no digit, ~ is before everything, even the
-// end, letters are before other characters.
+// The order of versions. The epoch is a number. The two other parts are split into pieces, which
+// alternate between characters that are not digits and numbers, and are compared piece by piece. In
+// the former, ~ sorts before everything, even the end, and letters sort before other characters.
 
 #include "plugins/host/package/DebianVersion.h"
 
@@ -19,7 +19,7 @@ bool IsLetter(char letter) {
   return (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z');
 }
 
-// The rank of the first character of what is left in a piece that is no number.
+// The rank of the first character of the rest of a piece without digits.
 int Rank(std::string_view text) {
   if (text.empty() || IsDigit(text[0])) {
     return 0;

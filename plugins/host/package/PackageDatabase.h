@@ -54,9 +54,9 @@ class PackageDatabase {
   /// The architecture of dpkg itself; empty when it is not among the packages.
   std::string_view GetNativeArchitecture() const;
 
-  /// The package of that name, or "name:architecture". Of several architectures the one that is
-  /// unpacked, then the native one. Throws KestrelException with the name when there is none, with
-  /// the packages that provide it when it is virtual.
+  /// The package of that name, or of "name:architecture". If a name has several architectures, the
+  /// first choice is the one that is unpacked, then the native one. Throws KestrelException with
+  /// the name if there is none, and with the packages that provide it if it is virtual.
   const Package& Require(const std::string& name) const;
 
   /// The names of the unpacked packages that provide `name`.

@@ -14,7 +14,7 @@ namespace Kestrel::Host {
 /// The folder in which apt keeps its data.
 extern const char* const kAptFolder;
 
-/// The marks by which apt knows the packages that nobody asked for: they came along with others.
+/// apt's marks of packages that were installed automatically, as dependencies of others.
 class PackageMarks {
  public:
   /// Without a file of marks none is marked, as on a machine without apt. Throws KestrelException

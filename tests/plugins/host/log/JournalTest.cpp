@@ -119,7 +119,7 @@ TEST_F(JournalTest, IsAskedForWhatIsWanted) {
 }
 
 TEST_F(JournalTest, IsSearchedUntilThereAreEnoughLines) {
-  // More entries come for as long as somebody reads.
+  // The tool writes entries as long as its output is read.
   const MadeUpTool journalctl("journalctl",
                               "while printf 'MESSAGE=no\\n\\nMESSAGE=yes\\n\\n'; do :; done");
   const Regex pattern("^y");

@@ -38,7 +38,7 @@ class PackageCommandsTest : public ::testing::Test {
   }
 };
 
-// The packages by name and architecture that somebody asked for.
+// The packages, by name and architecture, that were installed on request.
 std::set<std::string> ManualPackages() {
   const std::string native = WitnessLines("dpkg --print-architecture").front();
   std::set<std::string> names;

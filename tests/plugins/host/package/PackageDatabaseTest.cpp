@@ -139,7 +139,7 @@ TEST_F(PackageDatabaseTest, RefusesACutUpdate) {
   ExpectError("/updates/0001: it ends in the middle of an entry");
 }
 
-// ---- what is no database
+// ---- what is not a database
 
 TEST_F(PackageDatabaseTest, SaysThatThereIsNone) {
   EXPECT_THAT(
