@@ -86,7 +86,7 @@ std::optional<RowOrder> RowOrder::Read(const CallSpec::Input& input, const Struc
     }
     return order;
   }
-  const std::string field = input.GetParameter("sort");
+  const std::string& field = input.GetParameter("sort");
   const std::vector<std::string> fields = shape.GetSortFields();
   if (std::find(fields.begin(), fields.end(), field) == fields.end()) {
     output.AddErrorMessage("There is no field '" + field +
