@@ -15,6 +15,8 @@ void RegisterStorage(const std::shared_ptr<AutoCli::Namespace>& root) {
       ->RegisterNamespaceNode(NewStorageFilesystemList(), "list");
   AddNamespace(storage, "mount", "The mounted file systems.")
       ->RegisterNamespaceNode(NewStorageMountList(), "list");
+  AddNamespace(storage, "usage", "The space that files and folders use.")
+      ->RegisterNamespaceNode(NewStorageUsageList(), "list");
 }
 
 }  // namespace Kestrel::Host

@@ -17,5 +17,6 @@ void RegisterStorage(const std::shared_ptr<AutoCli::Namespace>& root);
 std::shared_ptr<AutoCli::Command> NewStorageDeviceList();
 std::shared_ptr<AutoCli::Command> NewStorageFilesystemList();
 std::shared_ptr<AutoCli::Command> NewStorageMountList();
+std::shared_ptr<AutoCli::Command> NewStorageUsageList();
 
 }  // namespace Kestrel::Host

@@ -64,10 +64,11 @@ INSTANTIATE_TEST_SUITE_P(
                       "system parameter list", "system parameter set", "system process list",
                       "system session list", "system uptime get", "system version get",
                       "storage device list", "storage filesystem list", "storage mount list",
-                      "network address list", "network connection list", "network counter list",
-                      "network interface get", "network interface list", "network neighbor list",
-                      "network route list", "log kernel list", "log list", "package check",
-                      "package files", "package get", "package list", "package upgradable list"),
+                      "storage usage list", "network address list", "network connection list",
+                      "network counter list", "network interface get", "network interface list",
+                      "network neighbor list", "network route list", "log kernel list", "log list",
+                      "package check", "package files", "package get", "package list",
+                      "package upgradable list"),
     [](const auto& row) {
       std::string name = row.param;
       name.erase(std::remove(name.begin(), name.end(), ' '), name.end());

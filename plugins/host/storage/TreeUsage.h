@@ -1,0 +1,51 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace Kestrel::Host {
+
+/// What a file uses, or a folder together with everything below it.
+struct SpaceUsage {
+  long diskSize = 0;      ///< The allocated space in bytes.
+  long apparentSize = 0;  ///< The sum of the lengths in bytes.
+  long files = 0;         ///< How many files and folders there are.
+
+  void Add(const SpaceUsage& other);
+};
+
+/// A folder or file in the answer.
+struct TreeEntry {
+  std::string path;  ///< Begins with the path that was asked for.
+  bool isFolder = false;
+  bool isComplete = true;  ///< Whether everything below it could be read.
+  SpaceUsage usage;
+};
+
+/// A folder that could not be read, or not completely.
+struct UnreadFolder {
+  std::string path;
+  int error = 0;  ///< The first error of the system.
+};
+
+struct TreeOptions {
+  long depth = 0;  ///< How many levels below the top are in the answer.
+  bool listsFiles = false;
+  bool crossesFilesystems = false;
+};
+
+struct TreeUsage {
+  std::vector<TreeEntry> entries;    ///< Each folder comes after those in it.
+  std::vector<UnreadFolder> unread;  ///< In the order in which they were met.
+};
+
+/// Measures what the folder at `path` and everything below it uses. What has several names counts
+/// once, at the first name that is met. The work needs neither a deep stack nor many open files,
+/// and its paths may have any length. What is removed during the walk is not counted. Throws
+/// KestrelException if `path` is not a folder that can be opened.
+TreeUsage MeasureTree(const std::string& path, const TreeOptions& options);
+
+}  // namespace Kestrel::Host
