@@ -4,12 +4,10 @@
 #include "kestrel/callspec/ParameterConstraint.h"
 
 #include <algorithm>
-#include <boost/regex.hpp>
-#include <locale>
-#include <stdexcept>
 #include <utility>
 
 #include "callspec/ErrorReport.h"
+#include "callspec/Expression.h"
 #include "callspec/TextValue.h"
 #include "kestrel/KestrelException.h"
 
@@ -62,22 +60,7 @@ std::string MismatchText(const std::string& name) {
 }  // namespace
 
 struct ParameterConstraint::CompiledRegex {
-  explicit CompiledRegex(const std::string& text) {
-    // The characters of a class such as [[:alpha:]] must not depend on the program's locale.
-    expression.imbue(std::locale::classic());
-    expression.assign(text);
-  }
-
-  bool Matches(const std::string& value) const {
-    try {
-      return boost::regex_match(value, expression);
-    } catch (const std::runtime_error&) {
-      // The library gave up: matching takes too many steps or too much memory.
-      return false;
-    }
-  }
-
-  boost::regex expression;
+  std::unique_ptr<const Expression> expression;
 };
 
 std::shared_ptr<ParameterConstraint> ParameterConstraint::New(ParameterConstraintType type) {
@@ -211,7 +194,7 @@ bool ParameterConstraint::ValidateString(const std::string& value, const std::st
 
 bool ParameterConstraint::ValidateRegex(const std::string& value, const std::string& name,
                                         const std::shared_ptr<Output>& output) const {
-  if (Compile().Matches(value)) {
+  if (Compile().expression->MatchesWhole(value)) {
     return true;
   }
   ReportError(output, MismatchText(name) +
@@ -222,7 +205,8 @@ bool ParameterConstraint::ValidateRegex(const std::string& value, const std::str
 // An expression that does not compile throws at every validation, because nothing is cached then.
 const ParameterConstraint::CompiledRegex& ParameterConstraint::Compile() const {
   if (!compiledRegex_) {
-    compiledRegex_ = std::make_shared<const CompiledRegex>(regex_);
+    compiledRegex_ =
+        std::make_shared<const CompiledRegex>(CompiledRegex{CompileExpression(regex_)});
   }
   return *compiledRegex_;
 }

@@ -34,6 +34,7 @@ LAYERS = [
     ["platform"],
     ["metaobj"],
     ["callspec"],
+    ["callspec/expression"],
     ["autocli/text"],
     ["autocli/process"],
     ["autocli/formatters"],
@@ -82,7 +83,7 @@ RESERVED = {
     "kestrel/platform/Zoluser.h": ["autocli/process"],
     "kestrel/platform/AuditTls.h": ["autocli/dispatch"],
     "libxml/": ["autocli/descriptors"],
-    "dlfcn.h": ["autocli/plugins"],
+    "dlfcn.h": ["autocli/plugins", "callspec/expression"],
     "termios.h": ["autocli/process"],
     "sys/ioctl.h": ["autocli/dispatch"],
 }

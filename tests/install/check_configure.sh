@@ -24,7 +24,7 @@ configure() {
 }
 
 link_command() {
-  ninja -C "$work/$1" -t commands kestrel | grep -e ' -shared ' | grep -e '-o libkestrel'
+  ninja -C "$work/$1" -t commands kestrel | grep -e ' -shared ' | grep -e "-o ${2:-libkestrel}"
 }
 
 expect() {
@@ -76,11 +76,11 @@ END
 
 fake_boost 1.75.0
 configure boost-before -DBoost_DIR="$work/boost-1.75.0"
-expect "$(link_command boost-before)" '-lboost_regex'
+expect "$(link_command boost-before kestrel/expression.so)" '-lboost_regex'
 
 fake_boost 1.76.0
 configure boost-since -DBoost_DIR="$work/boost-1.76.0"
-expect_not "$(link_command boost-since)" 'boost'
+expect_not "$(link_command boost-since kestrel/expression.so)" '-lboost'
 
 note='-- The tool looks for plug-ins in /usr/lib/norvane/vexil \(KESTREL_PLUGIN_DIR\), but they are'
 configure usr -DCMAKE_INSTALL_PREFIX=/usr

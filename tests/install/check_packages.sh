@@ -41,7 +41,8 @@ mkdir -p "$work"
 cpack --config "$build/CPackConfig.cmake" -D CPACK_PACKAGING_INSTALL_PREFIX=/usr -B "$work" \
   >"$work/log" 2>&1 || fail "cpack fails:"$'\n'"$(<"$work/log")"
 
-contains libkestrel '/usr/lib/.*libkestrel\.so\.[0-9]+' '/usr/lib/.*libkestrel\.so\.[0-9.]+'
+contains libkestrel '/usr/lib/.*libkestrel\.so\.[0-9]+' '/usr/lib/.*libkestrel\.so\.[0-9.]+' \
+  '/usr/lib/(.*/)?kestrel/expression\.so'
 contains libkestrel-dev '/usr/lib/.*libkestrel\.so' '/usr/include/kestrel/kestrel\.h' \
   '/usr/lib/.*KestrelConfig\.cmake' '/usr/lib/.*/kestrel\.pc' \
   '/usr/share/man/man3/vexil-plugin\.3'

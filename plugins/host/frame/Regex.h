@@ -6,9 +6,14 @@
 #include <memory>
 #include <string>
 
+struct pcre2_real_code_8;
+
 namespace Kestrel::Host {
 
 /// A regular expression in Perl syntax, given by the user, which may match any part of a string.
+///
+/// A full stop matches any character, line feeds included. Strings are UTF-8; bytes that are not
+/// match no character of the expression.
 class Regex {
  public:
   /// Throws KestrelException with the reason if the expression is invalid.
@@ -21,10 +26,12 @@ class Regex {
   bool IsFoundIn(const std::string& text) const;
 
  private:
-  struct Compiled;
+  struct CodeDeleter {
+    void operator()(pcre2_real_code_8* code) const;
+  };
 
   std::string expression_;
-  std::unique_ptr<const Compiled> compiled_;
+  std::unique_ptr<pcre2_real_code_8, CodeDeleter> code_;
 };
 
 }  // namespace Kestrel::Host

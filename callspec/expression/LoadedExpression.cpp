@@ -1,0 +1,45 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+// For the library: loads the module with Boost.Regex when the first expression is compiled.
+
+#include <dlfcn.h>
+
+#include "callspec/Expression.h"
+#include "kestrel/KestrelException.h"
+
+namespace Kestrel::CallSpec {
+namespace {
+
+using Compiler = const Expression*(const std::string&);
+
+/// Returns the folder that this library was loaded from, with a slash at the end.
+std::string LibraryFolder() {
+  Dl_info library = {};
+  if (dladdr(reinterpret_cast<const void*>(&CompileExpression), &library) == 0) {
+    return "";
+  }
+  const std::string path(library.dli_fname);
+  return path.substr(0, path.rfind('/') + 1);
+}
+
+/// The module remains loaded until the process ends, because expressions point into it.
+Compiler* LoadCompiler() {
+  const std::string path = LibraryFolder() + KESTREL_EXPRESSION_MODULE;
+  void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+  void* const entry = module == nullptr ? nullptr : dlsym(module, "Kestrel_CompileExpression");
+  if (entry == nullptr) {
+    throw KestrelException(std::string("Unable to load the part of the library for expressions: ") +
+                           dlerror());
+  }
+  return reinterpret_cast<Compiler*>(entry);
+}
+
+}  // namespace
+
+std::unique_ptr<const Expression> CompileExpression(const std::string& text) {
+  static Compiler* const compile = LoadCompiler();
+  return std::unique_ptr<const Expression>(compile(text));
+}
+
+}  // namespace Kestrel::CallSpec

@@ -1,0 +1,95 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+// The module with regular expressions, beside a copy of the library in a folder of its own.
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "support/ScopedTempDir.h"
+#include "support/VexilRun.h"
+
+namespace Kestrel::Testing {
+
+namespace {
+
+using ::testing::HasSubstr;
+
+namespace fs = std::filesystem;
+
+constexpr char kDescriptor[] =
+    "<extension><version>1.0.0</version><namespaces><namespace path='hat'><description>Hats."
+    "</description></namespace></namespaces><commands><command path='hat.list'><description>List."
+    "</description><input-spec><parameter name='size' type='string' "
+    "required='false'><description>The size."
+    "</description><constraint type='regex'><regex>[0-9]+</regex></constraint></parameter>"
+    "</input-spec><output-spec><string/></output-spec><format-parameters><formatter>simple"
+    "</formatter></format-parameters><execute>printf '&lt;o>&lt;string>hat&lt;/string>&lt;/o>'"
+    "</execute></command></commands></extension>";
+
+class ExpressionModuleTest : public ::testing::Test {
+ protected:
+  ExpressionModuleTest() {
+    const fs::path library(KESTREL_LIBRARY);
+    // The loader looks for the name with the major version only.
+    for (const auto& entry : fs::directory_iterator(library.parent_path())) {
+      if (entry.path().filename().string().rfind("libkestrel.so", 0) == 0) {
+        fs::copy_file(library, Path(entry.path().filename().string()));
+      }
+    }
+    fs::create_directory(Path("kestrel"));
+    std::ofstream(Path("hat.xml")) << kDescriptor;
+  }
+
+  std::string Path(const std::string& name) const { return folder_.GetPath() + "/" + name; }
+
+  std::string ModulePath() const { return Path("kestrel/expression.so"); }
+
+  static std::string BuiltModule() {
+    return fs::path(KESTREL_LIBRARY).parent_path().string() + "/kestrel/expression.so";
+  }
+
+  VexilResult Run(const std::string& option) const {
+    return VexilRun({"--plugin", Path("hat.xml"), "hat", "list", option})
+        .WithEnvironment("LD_LIBRARY_PATH", folder_.GetPath())
+        .Run();
+  }
+
+ private:
+  ScopedTempDir folder_;
+};
+
+TEST_F(ExpressionModuleTest, IsLoadedFromTheFolderOfTheLibrary) {
+  fs::copy_file(BuiltModule(), ModulePath());
+  EXPECT_EQ(Run("--size=7").status, 0);
+  EXPECT_THAT(Run("--size=x").err,
+              HasSubstr("does not match the expected regular expression ([0-9]+)"));
+}
+
+TEST_F(ExpressionModuleTest, IsNotNeededUntilAnExpressionIsCompiled) {
+  const VexilResult help = Run("--help");
+  EXPECT_EQ(help.status, 0);
+  EXPECT_THAT(help.out, HasSubstr("--size"));
+}
+
+TEST_F(ExpressionModuleTest, IsMissedWithItsPath) {
+  const VexilResult result = Run("--size=7");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.out, "");
+  EXPECT_THAT(result.err, HasSubstr("Unable to load the part of the library for expressions: " +
+                                    ModulePath() + ": cannot open shared object file"));
+}
+
+TEST_F(ExpressionModuleTest, IsRefusedWithoutItsEntryPoint) {
+  fs::copy_file(KESTREL_LIBRARY, ModulePath());
+  const VexilResult result = Run("--size=7");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.err, HasSubstr("undefined symbol: Kestrel_CompileExpression"));
+}
+
+}  // namespace
+
+}  // namespace Kestrel::Testing
