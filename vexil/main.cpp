@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
+#include <cxxabi.h>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -9,8 +10,12 @@
 #include <exception>
 #include <ios>
 #include <iostream>
+#include <string_view>
 
+#include "kestrel/Version.h"
 #include "kestrel/autocli/CliDispatcher.h"
+#include "kestrel/autocli/OptionParser.h"
+#include "vexil/Advice.h"
 
 namespace {
 
@@ -44,19 +49,45 @@ void CheckStandardOutput() {
   }
 }
 
+// With other words it is an option that the dispatcher does not know.
+bool IsVersionWanted(int argc, char** argv) {
+  return argc == 2 && std::string_view(argv[1]) == "--version";
+}
+
+[[noreturn]] void HandleArguments(Kestrel::AutoCli::CliDispatcher& dispatcher, int argc,
+                                  char** argv) {
+  Kestrel::AutoCli::OptionParser parser;
+  parser.ParseArgv(argc, argv);
+  const bool isDone = dispatcher.HandleOptions(parser, true);
+  FlushOutput();
+  Kestrel::Vexil::PrintHints(dispatcher, argc, argv);
+  std::exit(isDone ? EXIT_SUCCESS : EXIT_FAILURE);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   OccupyStandardDescriptors();
   std::atexit(CheckStandardOutput);
+  if (IsVersionWanted(argc, argv)) {
+    std::puts("vexil " KESTREL_VERSION_STRING);
+    return EXIT_SUCCESS;
+  }
   // Outside of the try block, so that the plug-in that has the class of an exception stays loaded.
   Kestrel::AutoCli::CliDispatcher dispatcher;
   try {
     dispatcher.AddDefaultDirectories();
-    dispatcher.HandleArgvInput(argc, argv);
+    HandleArguments(dispatcher, argc, argv);
   } catch (const std::exception& error) {
     FlushOutput();  // first, so that output and message appear in order
     Report(error.what());
+    Kestrel::Vexil::PrintSuggestions(dispatcher, argc, argv, error.what());
+    Kestrel::Vexil::PrintHints(dispatcher, argc, argv);
+  } catch (const abi::__forced_unwind&) {
+    throw;  // by pthread_exit, which has to pass
+  } catch (...) {
+    FlushOutput();
+    Report("A plug-in threw an exception that is not a std::exception");
   }
   return EXIT_FAILURE;
 }

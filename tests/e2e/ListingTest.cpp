@@ -64,7 +64,8 @@ TEST(ListingTest, AWordAfterACommandIsReportedLikewise) {
   EXPECT_EQ("", result.out);
   EXPECT_EQ(
       "Unable to find a namespace or command with the name 'extra' on the command 'vexil command "
-      "list'. Commands cannot have sub-commands or sub-namespaces.\n",
+      "list'. Commands cannot have sub-commands or sub-namespaces.\n"
+      "Did you mean: vexil command list?\n",
       result.err);
   EXPECT_EQ(1, result.status);
 }

@@ -1,0 +1,37 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "vexil/Words.h"
+
+namespace Kestrel::Vexil {
+
+/// An option as it was typed.
+struct TypedOption {
+  /// With its dashes, without its value: "--sort" or "-s".
+  std::string spelling;
+  /// Without the dashes.
+  std::string name;
+  std::string value;
+  /// Whether the value is the word after the option.
+  bool tookWord = false;
+};
+
+/// The parts of a command line. Other than the library's parser, it remembers which values are
+/// words of their own.
+struct CommandLine {
+  std::vector<TypedOption> dispatcherOptions;
+  Words path;
+  std::vector<TypedOption> commandOptions;
+  /// The words at the end that belong to no option.
+  Words extraWords;
+};
+
+/// Splits the arguments after the tool's name as the library's parser does.
+CommandLine SplitCommandLine(const std::vector<std::string>& arguments);
+
+}  // namespace Kestrel::Vexil

@@ -1,0 +1,26 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace Kestrel::Vexil {
+
+/// An option for the tool itself, which comes before the path.
+struct DispatcherOption {
+  /// Without dashes; a short option has one letter.
+  std::string name;
+  std::string description;
+  bool hasValue = false;
+  bool isRepeatable = false;
+};
+
+/// All of them, in byte order of their names.
+const std::vector<DispatcherOption>& GetDispatcherOptions();
+
+/// The one with exactly this name, or null.
+const DispatcherOption* FindDispatcherOption(const std::string& name);
+
+}  // namespace Kestrel::Vexil

@@ -1,0 +1,141 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "kestrel/autocli/FormatParameters.h"
+#include "kestrel/autocli/Formatter.h"
+#include "kestrel/callspec/OutputSpec.h"
+#include "vexil/FormatKeys.h"
+#include "vexil/HintContext.h"
+#include "vexil/WordCost.h"
+
+namespace Kestrel::Vexil {
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+constexpr std::size_t kMaxNames = 2;
+
+bool Contains(const Names& names, const std::string& name) {
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+// " Did you mean ...?" when a name is near, otherwise all names.
+std::string AskForOrList(const std::string& typed, const Names& names, const std::string& lead) {
+  const Names near = NearestNames(typed, names, kMaxNames);
+  if (!near.empty() || names.empty()) {
+    return AskFor(near);
+  }
+  return " " + lead + " " + JoinWords(names, ", ") + ".";
+}
+
+// The last value counts.
+const TypedOption* FindOption(const CommandLine& line, const std::string& name) {
+  const auto found =
+      std::find_if(line.dispatcherOptions.rbegin(), line.dispatcherOptions.rend(),
+                   [&name](const TypedOption& option) { return option.name == name; });
+  return found == line.dispatcherOptions.rend() ? nullptr : &*found;
+}
+
+void AddWidthHint(const HintContext& context, Hints& hints) {
+  const TypedOption* option = FindOption(context.line, "screen-width");
+  if (option == nullptr) {
+    return;
+  }
+  char* end = nullptr;
+  std::strtol(option->value.c_str(), &end, 0);
+  if (option->value.empty() || *end != '\0') {
+    hints.push_back("The screen width " + Quote(option->value) + " is not a number.");
+  }
+}
+
+void AddFormatterHint(const HintContext& context, Hints& hints) {
+  const TypedOption* option = FindOption(context.line, "formatter");
+  if (option == nullptr || option->value.empty() ||
+      context.dispatcher.HasFormatter(option->value)) {
+    return;
+  }
+  Names names;
+  for (const auto& formatter : context.dispatcher.GetFormatters()) {
+    names.push_back(formatter->GetName());
+  }
+  hints.push_back("There is no formatter " + Quote(option->value) + "." +
+                  AskForOrList(option->value, names, "The formatters are"));
+}
+
+bool IsHelpWanted(const CommandLine& line) {
+  return std::any_of(
+      line.commandOptions.begin(), line.commandOptions.end(),
+      [](const TypedOption& option) { return option.name == "help" || option.name == "h"; });
+}
+
+// Checks the format parameters of one line against what its command and formatter know.
+class ParameterCheck {
+ public:
+  ParameterCheck(const HintContext& context, Hints& hints)
+      : context_(context),
+        hints_(hints),
+        types_(ListResultTypes(context.command->GetOutputSpec()->GetRootObject())) {
+    const TypedOption* option = FindOption(context.line, "formatter");
+    formatter_ = option == nullptr
+                     ? context.command->GetDefaultOutputFormatParameters().GetFormatter()
+                     : option->value;
+    keys_ = ListFormatKeys(formatter_, types_);
+  }
+
+  void CheckAll() {
+    for (const TypedOption& option : context_.line.dispatcherOptions) {
+      const std::size_t end = option.value.find('=');
+      if (keys_ && option.name == "format-param" && end != std::string::npos) {
+        CheckKey(option.value.substr(0, end), option.value.substr(end + 1));
+      }
+    }
+  }
+
+ private:
+  void CheckKey(const std::string& key, const std::string& value) {
+    if (!Contains(*keys_, key)) {
+      hints_.push_back("The formatter " + Quote(formatter_) + " does not use the parameter " +
+                       Quote(key) + "." + AskForOrList(key, *keys_, "It uses"));
+      return;
+    }
+    const Names fields = ListChoosableFields(key, types_);
+    for (const std::string& name : SplitFieldNames(value)) {
+      if (!fields.empty() && !Contains(fields, name)) {
+        AddFieldHint(name, fields);
+      }
+    }
+  }
+
+  void AddFieldHint(const std::string& name, const Names& fields) {
+    hints_.push_back("The result of " + context_.quotedPath + " has no field " + Quote(name) +
+                     ", but: " + JoinWords(fields, ", ") + ".");
+  }
+
+  const HintContext& context_;
+  Hints& hints_;
+  std::vector<ResultType> types_;
+  std::string formatter_;
+  std::optional<Names> keys_;
+};
+
+}  // namespace
+
+void AddFormatHints(const HintContext& context, Hints& hints) {
+  AddWidthHint(context, hints);
+  AddFormatterHint(context, hints);
+  const bool hasParameters = FindOption(context.line, "format-param") != nullptr;
+  if (hasParameters && context.command != nullptr && !IsHelpWanted(context.line)) {
+    ParameterCheck(context, hints).CheckAll();
+  }
+}
+
+}  // namespace Kestrel::Vexil

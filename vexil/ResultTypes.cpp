@@ -1,0 +1,53 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "vexil/ResultTypes.h"
+
+#include <cstddef>
+
+#include "kestrel/metaobj/MetaList.h"
+#include "kestrel/metaobj/MetaStruct.h"
+
+namespace Kestrel::Vexil {
+
+using MetaObj::MetaList;
+using MetaObj::MetaObject;
+using MetaObj::MetaStruct;
+using MetaObj::MetaType;
+
+namespace {
+
+// Deeper than any result that a person prints; a declaration can contain itself.
+constexpr std::size_t kMaxDepth = 8;
+
+// The structure itself, or the one that every element of the list has.
+std::shared_ptr<MetaStruct> FindStructure(const std::shared_ptr<MetaObject>& value) {
+  if (value != nullptr && value->GetType() == MetaType::List) {
+    return std::static_pointer_cast<MetaList>(value)->GetListStructure();
+  }
+  const bool isStructure = value != nullptr && value->GetType() == MetaType::Struct;
+  return isStructure ? std::static_pointer_cast<MetaStruct>(value) : nullptr;
+}
+
+void AddTypes(const std::shared_ptr<MetaObject>& value, std::size_t depth,
+              std::vector<ResultType>& types) {
+  const std::shared_ptr<MetaStruct> structure = FindStructure(value);
+  if (structure == nullptr || depth == kMaxDepth) {
+    return;
+  }
+  const std::vector<std::string> fields = structure->GetFieldNames();
+  types.push_back({structure->GetTypeName(), fields});
+  for (const std::string& field : fields) {
+    AddTypes(structure->GetField(field), depth + 1, types);
+  }
+}
+
+}  // namespace
+
+std::vector<ResultType> ListResultTypes(const std::shared_ptr<MetaObject>& root) {
+  std::vector<ResultType> types;
+  AddTypes(root, 0, types);
+  return types;
+}
+
+}  // namespace Kestrel::Vexil
