@@ -7,6 +7,8 @@
 #include <kestrel/metaobj/MetaInt.h>
 #include <kestrel/metaobj/MetaString.h>
 
+#include <algorithm>
+#include <cstdio>
 #include <utility>
 
 #include "plugins/host/frame/ByteSize.h"
@@ -24,6 +26,7 @@ using MetaObj::MetaType;
 namespace {
 
 constexpr char kBytesSuffix[] = " Bytes";
+constexpr char kHundredthsSuffix[] = " Hundredths";
 
 }  // namespace
 
@@ -66,6 +69,15 @@ StructShape& StructShape::Size(const char* name, const char* documentation) {
   return String(name, (std::string(documentation) + " In IEC units, for people.").c_str());
 }
 
+StructShape& StructShape::Share(const char* name, const char* documentation) {
+  const std::string hundredths = std::string(name) + kHundredthsSuffix;
+  shares_.emplace(name, hundredths);
+  Int(hundredths.c_str(),
+      (std::string(documentation) + " In hundredths of a percent; -1 if unknown.").c_str());
+  return String(name,
+                (std::string(documentation) + " In percent, for people, or `unknown`.").c_str());
+}
+
 StructShape& StructShape::With(void (*declareFields)(StructShape& shape)) {
   declareFields(*this);
   return *this;
@@ -83,7 +95,11 @@ std::vector<std::string> StructShape::GetSortFields() const {
 
 const std::string& StructShape::GetSortKey(const std::string& field) const {
   const auto size = sizes_.find(field);
-  return size == sizes_.end() ? field : size->second;
+  if (size != sizes_.end()) {
+    return size->second;
+  }
+  const auto share = shares_.find(field);
+  return share == shares_.end() ? field : share->second;
 }
 
 MetaType StructShape::GetKind(const std::string& field) const {
@@ -127,6 +143,15 @@ StructShape& StructShape::Field(const char* name, const std::shared_ptr<MetaObje
 void SetSize(MetaStruct& row, const std::string& name, long bytes) {
   row.SetField(name, FormatByteSize(bytes));
   row.SetField(name + kBytesSuffix, bytes);
+}
+
+void SetShare(MetaStruct& row, const std::string& name, long hundredths) {
+  char text[32] = "unknown";
+  if (hundredths >= 0) {
+    std::snprintf(text, sizeof(text), "%ld.%02ld %%", hundredths / 100, hundredths % 100);
+  }
+  row.SetField(name, text);
+  row.SetField(name + kHundredthsSuffix, std::max(hundredths, -1L));
 }
 
 }  // namespace Kestrel::Host

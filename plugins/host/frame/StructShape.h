@@ -37,6 +37,10 @@ class StructShape {
   /// the number in IEC units for people. `SetSize` fills both.
   StructShape& Size(const char* name, const char* documentation);
 
+  /// Adds a share of a whole in two fields: the integer "<name> Hundredths", in hundredths of a
+  /// percent, and the string `name` with the same in percent for people. `SetShare` fills both.
+  StructShape& Share(const char* name, const char* documentation);
+
   /// Adds fields that several shapes share.
   StructShape& With(void (*declareFields)(StructShape& shape));
 
@@ -47,7 +51,7 @@ class StructShape {
   std::vector<std::string> GetSortFields() const;
 
   /// The field whose values are compared when rows are sorted by `field`, one of the above: the
-  /// bytes of a size, else `field` itself.
+  /// bytes of a size, the hundredths of a share, else `field` itself.
   const std::string& GetSortKey(const std::string& field) const;
 
   /// The kind of a declared field.
@@ -71,10 +75,15 @@ class StructShape {
                      const char* documentation);
 
   std::shared_ptr<MetaObj::MetaStruct> definition_;
-  std::map<std::string, std::string> sizes_;  // the field with the text, and that with the bytes
+  std::map<std::string, std::string> sizes_;   // the field with the text, and that with the bytes
+  std::map<std::string, std::string> shares_;  // the same with the hundredths
 };
 
 /// Sets both fields of a size that the shape of `row` declares by `StructShape::Size`.
 void SetSize(MetaObj::MetaStruct& row, const std::string& name, long bytes);
+
+/// Sets both fields of a share that the shape of `row` declares by `StructShape::Share`. A negative
+/// number of hundredths means that the share is unknown: -1 and "unknown".
+void SetShare(MetaObj::MetaStruct& row, const std::string& name, long hundredths);
 
 }  // namespace Kestrel::Host

@@ -24,6 +24,16 @@ void RegisterStatistics(const Node& system) {
   cpu->RegisterNamespaceNode(NewSystemCpuList(), "list");
 }
 
+void RegisterHardware(const Node& system) {
+  AddNamespace(system, "clock", "The clocks of the machine.")
+      ->RegisterNamespaceNode(NewSystemClockGet(), "get");
+  const Node cpu = AddNamespace(system, "cpu", "The processors of the machine.");
+  AddNamespace(cpu, "usage", "How busy the processors are.")
+      ->RegisterNamespaceNode(NewSystemCpuUsageList(), "list");
+  AddNamespace(system, "device", "The devices on the buses of the machine.")
+      ->RegisterNamespaceNode(NewSystemDeviceList(), "list");
+}
+
 void RegisterKernel(const Node& system) {
   const Node module = AddNamespace(system, "module", "The modules of the kernel.");
   module->RegisterNamespaceNode(NewSystemModuleCheck(), "check");
@@ -49,6 +59,7 @@ void RegisterUsers(const Node& system) {
 void RegisterSystem(const std::shared_ptr<AutoCli::Namespace>& root) {
   const Node system = AddNamespace(root, "system", "The machine, its kernel and its processes.");
   RegisterStatistics(system);
+  RegisterHardware(system);
   RegisterKernel(system);
   RegisterUsers(system);
 #ifdef KESTREL_HOST_HAS_NETTLE

@@ -18,8 +18,11 @@ void RegisterSystem(const std::shared_ptr<AutoCli::Namespace>& root);
 // only if the build found nettle.
 std::shared_ptr<AutoCli::Command> NewSystemAccountGroups();
 std::shared_ptr<AutoCli::Command> NewSystemAccountList();
+std::shared_ptr<AutoCli::Command> NewSystemClockGet();
 std::shared_ptr<AutoCli::Command> NewSystemCpuCount();
 std::shared_ptr<AutoCli::Command> NewSystemCpuList();
+std::shared_ptr<AutoCli::Command> NewSystemCpuUsageList();
+std::shared_ptr<AutoCli::Command> NewSystemDeviceList();
 std::shared_ptr<AutoCli::Command> NewSystemFileChecksum();
 std::shared_ptr<AutoCli::Command> NewSystemLoadGet();
 std::shared_ptr<AutoCli::Command> NewSystemMemoryGet();

@@ -58,8 +58,9 @@ TEST_P(HostHelpTest, FitsTheScreenUpToItsExamples) {
 
 INSTANTIATE_TEST_SUITE_P(
     Commands, HostHelpTest,
-    ::testing::Values("system account groups", "system account list", "system cpu count",
-                      "system cpu list", "system load get", "system memory get",
+    ::testing::Values("system account groups", "system account list", "system clock get",
+                      "system cpu count", "system cpu list", "system cpu usage list",
+                      "system device list", "system load get", "system memory get",
                       "system module check", "system module list", "system parameter get",
                       "system parameter list", "system parameter set", "system process list",
                       "system session list", "system uptime get", "system version get",

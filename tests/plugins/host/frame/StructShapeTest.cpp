@@ -160,5 +160,36 @@ TEST(StructShapeTest, AListOfAnotherShapeIsNotValid) {
   EXPECT_THAT(errors, Not(IsEmpty()));
 }
 
+// Text and hundredths of a share.
+struct ShareCase {
+  long hundredths;
+  const char* text;
+  long kept;
+};
+
+TEST(StructShapeTest, AShareHasAnIntegerAndAText) {
+  const StructShape shape = StructShape("Shares").Share("Busy", "How busy.");
+  const ShareCase cases[] = {{0, "0.00 %", 0},           {5, "0.05 %", 5},
+                             {100, "1.00 %", 100},       {1234, "12.34 %", 1234},
+                             {10000, "100.00 %", 10000}, {123456, "1234.56 %", 123456},
+                             {-1, "unknown", -1},        {-500, "unknown", -1}};
+  for (const ShareCase& each : cases) {
+    const auto made = shape.NewStruct();
+    SetShare(*made, "Busy", each.hundredths);
+    EXPECT_EQ(made->GetField("Busy")->ToString(), each.text);
+    EXPECT_EQ(made->GetField("Busy Hundredths")->ToString(), std::to_string(each.kept));
+  }
+}
+
+TEST(StructShapeTest, AShareIsSortedByItsHundredths) {
+  const StructShape shape = StructShape("Shares").Share("Busy", "How busy.").Size("Room", "Room.");
+  EXPECT_EQ(shape.GetSortKey("Busy"), "Busy Hundredths");
+  EXPECT_EQ(shape.GetSortKey("Busy Hundredths"), "Busy Hundredths");
+  EXPECT_EQ(shape.GetSortKey("Room"), "Room Bytes");
+  // A share does not change with "human".
+  EXPECT_FALSE(StructShape("Shares").Share("Busy", "How busy.").HasSizes());
+  EXPECT_EQ(shape.ForPeople("Busy Hundredths,Room Bytes"), "Busy Hundredths,Room");
+}
+
 }  // namespace
 }  // namespace Kestrel::Host

@@ -1,0 +1,39 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "plugins/host/system/HardwareNames.h"
+
+namespace Kestrel::Host {
+
+enum class Bus { Pci, Usb };
+
+/// A device on a bus. Unknown strings are empty.
+struct BusDevice {
+  Bus bus = Bus::Pci;
+  std::string address;  ///< Its name in the kernel: "0000:00:1f.2", "1-1.4".
+  std::uint16_t vendorId = 0;
+  std::uint16_t deviceId = 0;
+  std::uint32_t classId = 0;  ///< Class, subclass and interface (USB: protocol), a byte each.
+  std::string vendor;
+  std::string device;
+  std::string className;
+  /// Those that serve it, sorted; for USB those of its interfaces.
+  std::vector<std::string> drivers;
+};
+
+/// Returns the devices in "bus/pci/devices" in `sys`, in the order of their addresses, and their
+/// names as `names` has them. There is none if the kernel does not have the bus. Throws
+/// KestrelException if the folder or an attribute of a device cannot be read.
+std::vector<BusDevice> ReadPciDevices(const std::string& sys, const HardwareNames& names);
+
+/// The same for "bus/usb/devices". A name that `names` does not have is the one that the device
+/// reports itself. The class of a device whose interfaces have one each is that of the first.
+std::vector<BusDevice> ReadUsbDevices(const std::string& sys, const HardwareNames& names);
+
+}  // namespace Kestrel::Host

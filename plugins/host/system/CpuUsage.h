@@ -1,0 +1,51 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace Kestrel::Host {
+
+/// What a processor did since the boot, in ticks of the kernel.
+struct CpuTimes {
+  long number = -1;  ///< -1 is the sum of all processors.
+  long user = 0;     ///< Programs, including those in virtual machines.
+  long nice = 0;     ///< The same at a lowered priority.
+  long system = 0;
+  long idle = 0;
+  long inputWait = 0;  ///< Idle, with input or output under way.
+  long interrupt = 0;
+  long softInterrupt = 0;
+  long steal = 0;  ///< Other virtual machines had the processor.
+  long guest = 0;  ///< Part of user: programs in virtual machines.
+};
+
+/// The shares of a time that a processor spent on its tasks, in hundredths of a percent; all -1 if
+/// they are unknown.
+struct CpuUsage {
+  long number = -1;  ///< -1 is all processors together.
+  long busy = -1;    ///< Everything but idle and waiting for input or output.
+  long user = -1;
+  long nice = -1;
+  long system = -1;
+  long idle = -1;
+  long inputWait = -1;
+  long interrupt = -1;
+  long softInterrupt = -1;
+  long steal = -1;
+  long guest = -1;
+};
+
+/// Returns the times of all processors together and of each that is online, in the order of "stat"
+/// in `proc`. Throws KestrelException if the file is missing or damaged.
+std::vector<CpuTimes> ReadCpuTimes(const std::string& proc);
+
+/// Returns the shares for each of `after`, in that order, between the two samples. They are unknown
+/// for a processor that is not in `before`, and if no time was counted. A time that the kernel
+/// corrected downwards counts as none.
+std::vector<CpuUsage> CompareCpuTimes(const std::vector<CpuTimes>& before,
+                                      const std::vector<CpuTimes>& after);
+
+}  // namespace Kestrel::Host
