@@ -54,7 +54,6 @@ std::string Missing(const std::string& parameter) {
   return "Missing required parameter --" + parameter;
 }
 
-constexpr const char* kInterface = "[^/\\s]{1,15}";
 constexpr const char* kParameterName = "[^./]+([./][^./]+)*";
 
 class HostRefusalTest : public ::testing::TestWithParam<Refusal> {};
@@ -173,35 +172,24 @@ const Refusal kStorageRefusals[] = {
 
 const Refusal kNetworkRefusals[] = {
     {"AddressFamily", "network address list", {{"family", "5"}}, OneOf("family", "[4, 6]")},
-    {"AddressScope",
-     "network address list",
-     {{"scope", "world"}},
-     OneOf("scope", "[global, site, link, host] got 'world'")},
     {"PrefixBeyondAnAddress",
      "network address list",
      {{"prefix-length", "129"}},
      Range("prefix-length", "0-128")},
-    {"InterfaceWithASlash",
-     "network address list",
-     {{"interface", "a/b"}},
-     Pattern("interface", kInterface)},
-    {"InterfaceThatIsTooLong",
-     "network counter list",
-     {{"interface", "sixteen-bytes-xy"}},
-     Pattern("interface", kInterface)},
     {"InterfaceWithASpace",
      "network interface get",
      {{"interface", "eth 0"}},
-     Pattern("interface", kInterface)},
+     "There is no network interface named 'eth 0'"},
     {"InterfaceWithoutAName",
      "network interface get",
      {{"interface", ""}},
-     Pattern("interface", kInterface)},
+     "There is no network interface named ''"},
     {"NoInterface", "network interface get", {}, Missing("interface")},
     {"InterfaceState",
      "network interface list",
-     {{"state", "up"}},
-     OneOf("state", "[UP, DOWN, LOWERLAYERDOWN, DORMANT, TESTING, NOTPRESENT, UNKNOWN] got 'up'")},
+     {{"state", "upp"}},
+     "There is no such state: 'upp'; --state is one of: UNKNOWN, NOTPRESENT, DOWN, LOWERLAYERDOWN, "
+     "TESTING, DORMANT, UP"},
     {"InterfaceUp", "network interface list", {{"up", "UP"}}, Boolean("up", "UP")},
     {"ConnectionProtocol",
      "network connection list",
@@ -220,10 +208,9 @@ const Refusal kNetworkRefusals[] = {
     {"NeighborState",
      "network neighbor list",
      {{"state", "lost"}},
-     OneOf("state",
-           "[none, incomplete, reachable, stale, delay, probe, failed, noarp, permanent] got "
-           "'lost'")},
-    {"RouteTableZero", "network route list", {{"table", "0"}}, Range("table", "1-4294967295")},
+     "There is no such state: 'lost'; --state is one of: none, incomplete, reachable, stale, "
+     "delay, "
+     "probe, failed, noarp, permanent"},
     {"RouteFamily", "network route list", {{"family", "0"}}, OneOf("family", "[4, 6]")},
     {"ActiveIsNoFlag", "network counter list", {{"active", "1"}}, Flag("active", "1")},
 };
