@@ -183,7 +183,8 @@ std::vector<NetworkAddress> ParseAddresses(std::string_view answer) {
 }
 
 std::vector<NetworkLink> ReadLinks() {
-  std::vector<NetworkLink> links = ParseLinks(DumpNetlink(RTM_GETLINK, "network interfaces"));
+  std::vector<NetworkLink> links =
+      ParseLinks(DumpRoutingNetlink(RTM_GETLINK, "network interfaces"));
   std::sort(links.begin(), links.end(), [](const NetworkLink& left, const NetworkLink& right) {
     return left.index < right.index;
   });
@@ -192,7 +193,7 @@ std::vector<NetworkLink> ReadLinks() {
 
 std::vector<NetworkAddress> ReadAddresses() {
   std::vector<NetworkAddress> addresses =
-      ParseAddresses(DumpNetlink(RTM_GETADDR, "network addresses"));
+      ParseAddresses(DumpRoutingNetlink(RTM_GETADDR, "network addresses"));
   std::stable_sort(addresses.begin(), addresses.end(),
                    [](const NetworkAddress& left, const NetworkAddress& right) {
                      return left.interfaceIndex < right.interfaceIndex;

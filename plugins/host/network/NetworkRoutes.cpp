@@ -140,7 +140,7 @@ std::vector<NetworkRoute> ParseRoutes(std::string_view answer) {
 }
 
 std::vector<NetworkRoute> ReadRoutes() {
-  return ParseRoutes(DumpNetlink(RTM_GETROUTE, "network routes"));
+  return ParseRoutes(DumpRoutingNetlink(RTM_GETROUTE, "network routes"));
 }
 
 std::vector<NetworkNeighbor> ParseNeighbors(std::string_view answer) {
@@ -156,7 +156,7 @@ std::vector<NetworkNeighbor> ParseNeighbors(std::string_view answer) {
 }
 
 std::vector<NetworkNeighbor> ReadNeighbors() {
-  return ParseNeighbors(DumpNetlink(RTM_GETNEIGH, "network neighbors"));
+  return ParseNeighbors(DumpRoutingNetlink(RTM_GETNEIGH, "network neighbors"));
 }
 
 }  // namespace Kestrel::Host

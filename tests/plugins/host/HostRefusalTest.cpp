@@ -194,14 +194,13 @@ const Refusal kNetworkRefusals[] = {
     {"ConnectionProtocol",
      "network connection list",
      {{"protocol", "sctp"}},
-     OneOf("protocol", "[tcp, udp, unix] got 'sctp'")},
+     "There is no such protocol: 'sctp'; --protocol is one of: tcp, udp, unix"},
     {"ConnectionState",
      "network connection list",
      {{"state", "open"}},
-     OneOf("state",
-           "[listen, established, unconnected, connected, connecting, disconnecting, syn-sent, "
-           "syn-received, fin-wait-1, fin-wait-2, close-wait, last-ack, closing, time-wait, "
-           "closed] got 'open'")},
+     "There is no such state: 'open'; --state is one of: listen, established, syn-sent, "
+     "syn-received, fin-wait-1, fin-wait-2, close-wait, last-ack, closing, time-wait, closed, "
+     "connected, unconnected"},
     {"PortZero", "network connection list", {{"port", "0"}}, Range("port", "1-65535")},
     {"PortBeyond16Bits", "network connection list", {{"port", "65536"}}, Range("port", "1-65535")},
     {"PortByName", "network connection list", {{"port", "ssh"}}, Integer("port", "ssh")},

@@ -3,29 +3,25 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <linux/audit.h>
-#include <linux/filter.h>
 #include <linux/if_packet.h>
 #include <linux/netlink.h>
 #include <linux/rtnetlink.h>
-#include <linux/seccomp.h>
 #include <net/if.h>
 #include <netinet/in.h>
 #include <sched.h>
 #include <sys/mount.h>
-#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <set>
 
 #include "kestrel/KestrelException.h"
 #include "plugins/host/network/MadeUpEtc.h"
 #include "plugins/host/network/Netlink.h"
+#include "plugins/host/support/ForbiddenCalls.h"
 #include "plugins/host/support/HostCall.h"
 #include "plugins/host/support/JsonWitness.h"
 #include "plugins/host/support/Namespaces.h"
@@ -849,24 +845,6 @@ TEST(NetworkNeighborListTest, RejectsUnknownStates) {
 
 // ---- where the kernel does not answer
 
-// Makes a system call with that first argument (-1 for any) fail with an error, or do nothing if
-// the error is 0.
-void Forbid(long call, long argument, unsigned error) {
-  const std::array<sock_filter, 7> program = {{
-      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<unsigned>(call), 0, 4),
-      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, args)),
-      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<unsigned>(argument), 0,
-               static_cast<unsigned char>(argument < 0 ? 0 : 1)),
-      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | error),
-      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
-      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
-  }};
-  const sock_fprog filter = {program.size(), const_cast<sock_filter*>(program.data())};
-  ASSERT_EQ(::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), 0);
-  ASSERT_EQ(::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter), 0);
-}
-
 TEST(NetworkRefusalTest, WithoutTheRightToAskThereIsAMessage) {
   const std::string refusal = RunInNamespaces(0, [] {
     Call("network interface list");
@@ -888,9 +866,10 @@ TEST(NetworkRefusalTest, WithoutTheRightToAskThereIsAMessage) {
 TEST(NetworkRefusalTest, AKernelThatDoesNotRespondIsReported) {
   const std::string refusal = RunInNamespaces(0, [] {
     Forbid(SYS_sendto, -1, 0);
-    EXPECT_THAT([] { Host::DumpNetlink(RTM_GETLINK, "wishes", std::chrono::milliseconds(100)); },
-                ThrowsMessage<KestrelException>(
-                    "Unable to ask the kernel for its wishes: Connection timed out"));
+    EXPECT_THAT(
+        [] { Host::DumpRoutingNetlink(RTM_GETLINK, "wishes", std::chrono::milliseconds(100)); },
+        ThrowsMessage<KestrelException>(
+            "Unable to ask the kernel for its wishes: Connection timed out"));
   });
   EXPECT_EQ(refusal, "");
 }
