@@ -16,10 +16,6 @@ struct FreeXmlDocument {
   void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
 };
 
-struct FreeXmlText {
-  void operator()(xmlChar* text) const { xmlFree(text); }
-};
-
 struct FreeXmlParser {
   void operator()(xmlParserCtxt* parser) const {
     xmlFreeDoc(parser->myDoc);
@@ -30,8 +26,6 @@ struct FreeXmlParser {
 
 /// A document and all its nodes.
 using XmlDocument = std::unique_ptr<xmlDoc, FreeXmlDocument>;
-/// A string that libxml2 allocated for its caller.
-using XmlText = std::unique_ptr<xmlChar, FreeXmlText>;
 /// A parser and the document that it has begun to make, if any.
 using XmlParser = std::unique_ptr<xmlParserCtxt, FreeXmlParser>;
 

@@ -9,7 +9,9 @@
 
 #include "autocli/descriptors/NodeInsertion.h"
 #include "autocli/descriptors/XmlDocument.h"
+#include "autocli/descriptors/XmlLimits.h"
 #include "autocli/descriptors/XmlNode.h"
+#include "autocli/descriptors/XmlTree.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/XmlUtil.h"
 
@@ -26,8 +28,8 @@ bool IsReadableFile(const std::string& path) {
 
 XmlDocument ParseDescriptor(const std::string& path) {
   LIBXML_TEST_VERSION
-  XmlDocument document(IsReadableFile(path) ? xmlReadFile(path.c_str(), nullptr, 0) : nullptr);
-  if (document == nullptr) {
+  XmlDocument document = IsReadableFile(path) ? ParseXmlFile(path) : nullptr;
+  if (document == nullptr || xmlDocGetRootElement(document.get()) == nullptr) {
     throw KestrelException("Unable to parse XML descriptor: " + path);
   }
   return document;
@@ -54,7 +56,9 @@ XmlPlugin::~XmlPlugin() = default;
 void XmlPlugin::Initialize() {
   try {
     const XmlDocument document = ParseDescriptor(path_);
-    ReadRoot(xmlDocGetRootElement(document.get()));
+    const xmlNode* const root = xmlDocGetRootElement(document.get());
+    RefuseLargeExpansion(root);
+    ReadRoot(root);
   } catch (const KestrelException& error) {
     throw KestrelException("Unable to handle XML Plugin " + path_ +
                            ".  There was an error while parsing: " + error.what());

@@ -27,6 +27,13 @@ struct XmlNames {
         xml(Find(dictionary, "xml")),
         id(Find(dictionary, "id")) {}
 
+  /// Whether all names were stored, which takes memory.
+  bool IsComplete() const {
+    return field != nullptr && structure != nullptr && integer != nullptr && boolean != nullptr &&
+           string != nullptr && name != nullptr && type != nullptr && typeName != nullptr &&
+           xml != nullptr && id != nullptr;
+  }
+
   const xmlChar* const field;
   const xmlChar* const structure;
   const xmlChar* const integer;
@@ -60,6 +67,11 @@ class XmlAttributes {
     std::string value;
     Get(name, value);
     return value;
+  }
+
+  /// The number of bytes of the value of an attribute.
+  std::size_t GetSize(int index) const {
+    return static_cast<std::size_t>(Entry(index)[4] - Entry(index)[3]);
   }
 
   /// Whether the attribute `xml:id` is present. Only a parser that makes a tree checks its value.

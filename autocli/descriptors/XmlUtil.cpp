@@ -6,7 +6,9 @@
 #include <climits>
 
 #include "autocli/descriptors/XmlDocument.h"
+#include "autocli/descriptors/XmlLimits.h"
 #include "autocli/descriptors/XmlNode.h"
+#include "autocli/descriptors/XmlTree.h"
 #include "autocli/descriptors/XmlValue.h"
 #include "autocli/descriptors/XmlValueReader.h"
 #include "kestrel/KestrelException.h"
@@ -37,6 +39,11 @@ bool IsOneText(const xmlAttr& attribute) {
          value->content != nullptr;
 }
 
+/// The value of an attribute that is missing, from the document type.
+std::string DefaultOf(const xmlAttribute& declaration) {
+  return declaration.defaultValue == nullptr ? std::string() : AsChars(declaration.defaultValue);
+}
+
 /// The first node at or after `node` that is not skipped between elements, or null.
 const xmlNode* FirstValueAt(const xmlNode* node) {
   while (node != nullptr && IsTextOrComment(node)) {
@@ -45,15 +52,73 @@ const xmlNode* FirstValueAt(const xmlNode* node) {
   return node;
 }
 
+// The limit for entities is checked before, for the whole value.
+std::shared_ptr<MetaStruct> BuildStruct(const xmlNode* node);
+std::shared_ptr<MetaList> BuildList(const xmlNode* node);
+
+std::shared_ptr<MetaObject> BuildValue(const xmlNode* node) {
+  switch (ParseXmlValueTag(NameOf(node))) {
+    case XmlValueTag::List:
+      return BuildList(node);
+    case XmlValueTag::Structure:
+      return BuildStruct(node);
+    case XmlValueTag::Int:
+      return MakeXmlInt(XmlUtil_GetContent(node));
+    case XmlValueTag::Bool:
+      return MakeXmlBool(XmlUtil_GetContent(node));
+    case XmlValueTag::String:
+      return MakeXmlString(XmlUtil_GetContent(node));
+  }
+  return nullptr;
+}
+
+std::shared_ptr<MetaStruct> BuildStruct(const xmlNode* node) {
+  auto structure = MetaStruct::New(XmlUtil_ExtractAttribute(node, "typeName"));
+  for (const xmlNode* child : XmlChildren(node)) {
+    if (!IsFieldElement(child)) {
+      continue;
+    }
+    const std::string name = XmlUtil_ExtractAttribute(child, "name");
+    if (name.empty()) {
+      throw KestrelException(kFieldWithoutName);
+    }
+    const xmlNode* value = FirstValueAt(child->children);
+    if (value != nullptr) {
+      structure->SetField(name, BuildValue(value));
+    }
+  }
+  return structure;
+}
+
+std::shared_ptr<MetaList> BuildList(const xmlNode* node) {
+  XmlListBuilder list(XmlUtil_ExtractAttribute(node, "type"));
+  const xmlNode* element = FirstValueAt(node->children);
+  for (; element != nullptr; element = FirstValueAt(element->next)) {
+    list.Add(BuildValue(element));
+  }
+  return list.Finish();
+}
+
 /// The first value in a document's root element; null when there is none.
 std::shared_ptr<MetaObject> BuildFromRoot(const xmlNode* root) {
   const xmlNode* value = FirstValueAt(root->children);
-  return value == nullptr ? nullptr : XmlUtil_BuildMetaObject(value);
+  return value == nullptr ? nullptr : BuildValue(value);
+}
+
+XmlDocument ParseOutput(const std::string& text) {
+  try {
+    XmlDocument document = ParseXmlText(text, "STDOUT");
+    if (document != nullptr) {
+      RefuseLargeExpansion(xmlDocGetRootElement(document.get()));
+    }
+    return document;
+  } catch (const KestrelException& error) {
+    throw KestrelException(std::string("Error parsing command output.  ") + error.what());
+  }
 }
 
 std::shared_ptr<MetaObject> ParseThroughTree(const std::string& text) {
-  const XmlDocument document(
-      xmlReadMemory(text.data(), static_cast<int>(text.size()), "STDOUT", nullptr, 0));
+  const XmlDocument document = ParseOutput(text);
   if (document == nullptr) {
     return nullptr;
   }
@@ -80,8 +145,10 @@ std::string XmlUtil_ExtractAttribute(const xmlNode* node, const std::string& nam
   if (IsOneText(*attribute)) {
     return AsChars(attribute->children->content);
   }
-  const XmlText value(xmlGetProp(node, AsXmlChars(name.c_str())));
-  return value == nullptr ? std::string() : std::string(AsChars(value.get()));
+  if (attribute->type == XML_ATTRIBUTE_DECL) {
+    return DefaultOf(*reinterpret_cast<const xmlAttribute*>(attribute));
+  }
+  return ExpandAttribute(*attribute);
 }
 
 std::string XmlUtil_GetContent(const xmlNode* node) {
@@ -125,46 +192,18 @@ xmlNode* XmlUtil_FindChildNode(const xmlNode* node, const std::string& name) {
 }
 
 std::shared_ptr<MetaObject> XmlUtil_BuildMetaObject(const xmlNode* node) {
-  switch (ParseXmlValueTag(NameOf(node))) {
-    case XmlValueTag::List:
-      return BuildMetaList(node);
-    case XmlValueTag::Structure:
-      return BuildMetaStruct(node);
-    case XmlValueTag::Int:
-      return MakeXmlInt(XmlUtil_GetContent(node));
-    case XmlValueTag::Bool:
-      return MakeXmlBool(XmlUtil_GetContent(node));
-    case XmlValueTag::String:
-      return MakeXmlString(XmlUtil_GetContent(node));
-  }
-  return nullptr;
+  RefuseLargeExpansion(node);
+  return BuildValue(node);
 }
 
 std::shared_ptr<MetaStruct> BuildMetaStruct(const xmlNode* node) {
-  auto structure = MetaStruct::New(XmlUtil_ExtractAttribute(node, "typeName"));
-  for (const xmlNode* child : XmlChildren(node)) {
-    if (!IsFieldElement(child)) {
-      continue;
-    }
-    const std::string name = XmlUtil_ExtractAttribute(child, "name");
-    if (name.empty()) {
-      throw KestrelException(kFieldWithoutName);
-    }
-    const xmlNode* value = FirstValueAt(child->children);
-    if (value != nullptr) {
-      structure->SetField(name, XmlUtil_BuildMetaObject(value));
-    }
-  }
-  return structure;
+  RefuseLargeExpansion(node);
+  return BuildStruct(node);
 }
 
 std::shared_ptr<MetaList> BuildMetaList(const xmlNode* node) {
-  XmlListBuilder list(XmlUtil_ExtractAttribute(node, "type"));
-  const xmlNode* element = FirstValueAt(node->children);
-  for (; element != nullptr; element = FirstValueAt(element->next)) {
-    list.Add(XmlUtil_BuildMetaObject(element));
-  }
-  return list.Finish();
+  RefuseLargeExpansion(node);
+  return BuildList(node);
 }
 
 std::shared_ptr<MetaObject> XmlUtil_ParseXmlOutput(const std::string& text) {

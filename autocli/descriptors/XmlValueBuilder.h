@@ -24,7 +24,8 @@ namespace Kestrel::AutoCli {
 class XmlValueBuilder {
  public:
   /// For a parser with this dictionary, which must outlive the builder.
-  explicit XmlValueBuilder(xmlDict* dictionary) : names_(dictionary) {}
+  explicit XmlValueBuilder(xmlDict* dictionary)
+      : names_(dictionary), needsTree_(!names_.IsComplete()) {}
 
   void StartElement(const xmlChar* name, const XmlAttributes& attributes);
   void EndElement();
@@ -83,7 +84,7 @@ class XmlValueBuilder {
   int ignoredDepth_ = 0;          // the number of open elements that are ignored
   LastNode last_ = LastNode::None;
   bool done_ = false;
-  bool needsTree_ = false;
+  bool needsTree_;
 };
 
 }  // namespace Kestrel::AutoCli

@@ -10,14 +10,15 @@
 
 #include "autocli/descriptors/XmlValueReader.h"
 
-#include <libxml/parserInternals.h>
-
 #include <exception>
 #include <optional>
 #include <string_view>
 
+#include "autocli/descriptors/XmlDiagnostics.h"
 #include "autocli/descriptors/XmlDocument.h"
+#include "autocli/descriptors/XmlLimits.h"
 #include "autocli/descriptors/XmlProlog.h"
+#include "autocli/descriptors/XmlTree.h"
 #include "autocli/descriptors/XmlValue.h"
 #include "autocli/descriptors/XmlValueBuilder.h"
 
@@ -27,61 +28,15 @@ using MetaObj::MetaObject;
 
 namespace {
 
-/// Suppresses the diagnostics of parsers during its lifetime and notes whether there were any.
-class SilencedDiagnostics {
- public:
-  SilencedDiagnostics() : handler_(xmlGenericError), context_(xmlGenericErrorContext) {
-    xmlSetGenericErrorFunc(this, Note);
-  }
-  SilencedDiagnostics(const SilencedDiagnostics&) = delete;
-  SilencedDiagnostics& operator=(const SilencedDiagnostics&) = delete;
-  ~SilencedDiagnostics() { xmlSetGenericErrorFunc(context_, handler_); }
-
-  bool IsEmpty() const { return isEmpty_; }
-
- private:
-  static void Note(void* self, const char*, ...) {
-    static_cast<SilencedDiagnostics*>(self)->isEmpty_ = false;
-  }
-
-  const xmlGenericErrorFunc handler_;
-  void* const context_;
-  bool isEmpty_ = true;
-};
-
-/// Reads from a `std::string_view` and removes from it what was read.
-int ReadText(void* left, char* buffer, int length) {
-  auto* text = static_cast<std::string_view*>(left);
-  const std::size_t count = text->copy(buffer, static_cast<std::size_t>(length));
-  text->remove_prefix(count);
-  return static_cast<int>(count);
-}
-
-/// Returns a parser that is set up as by `xmlReadMemory`, but reads `text` piece by piece and so
-/// makes no copy of the whole. `text` must outlive it. Null when `text` is empty or memory runs
-/// out.
-XmlParser MakeParser(std::string_view& text) {
-  XmlParser parser(text.empty() ? nullptr : xmlNewParserCtxt());
-  if (parser == nullptr) {
-    return parser;
-  }
-  xmlParserInputBuffer* buffer =
-      xmlParserInputBufferCreateIO(ReadText, nullptr, &text, XML_CHAR_ENCODING_NONE);
-  xmlParserInput* input = xmlNewIOInputStream(parser.get(), buffer, XML_CHAR_ENCODING_NONE);
-  if (input == nullptr) {
-    xmlFreeParserInputBuffer(buffer);
-    return nullptr;
-  }
-  inputPush(parser.get(), input);
-  xmlCtxtUseOptions(parser.get(), 0);
-  return parser;
-}
-
 /// A parser whose events go to a builder. Exceptions of the builder are kept until the parser has
 /// returned, because they must not pass through its frames.
 class ValueParser {
  public:
-  explicit ValueParser(const std::string& text) : text_(text), parser_(MakeParser(text_)) {
+  explicit ValueParser(const std::string& text)
+      : text_(text),
+        parser_(text.empty() ? nullptr
+                             : MakeXmlParser(xmlParserInputBufferCreateIO(
+                                   Read, nullptr, this, XML_CHAR_ENCODING_NONE))) {
     if (parser_ != nullptr) {
       builder_.emplace(parser_->dict);
       parser_->_private = this;
@@ -97,7 +52,7 @@ class ValueParser {
 
   /// Whether the document is well-formed and a tree would lead to the same value.
   bool IsRead() const {
-    return parser_ != nullptr && parser_->wellFormed != 0 && !builder_->NeedsTree();
+    return parser_ != nullptr && parser_->wellFormed != 0 && !isStopped_ && !builder_->NeedsTree();
   }
 
   /// The value of a document that was read; null when it has none. Throws what the builder threw.
@@ -112,26 +67,44 @@ class ValueParser {
   }
 
  private:
+  static int Read(void* self, char* buffer, int length) {
+    auto& reader = *static_cast<ValueParser*>(self);
+    if (StopAtTooManyAttributes(*reader.parser_)) {
+      reader.isStopped_ = true;
+      return 0;
+    }
+    return TakeText(&reader.text_, buffer, length);
+  }
+
   template <typename Event>
   static void Forward(void* parser, Event event) {
-    auto* self = static_cast<ValueParser*>(static_cast<xmlParserCtxt*>(parser)->_private);
+    ValueParser& self = Self(parser);
     try {
-      event(*self->builder_);
+      event(*self.builder_);
     } catch (const KestrelException& error) {
-      self->refusal_ = error;
-      self->builder_->Stop();
+      self.refusal_ = error;
+      self.builder_->Stop();
     } catch (...) {
-      self->failure_ = std::current_exception();
-      self->builder_->Stop();
+      self.failure_ = std::current_exception();
+      self.builder_->Stop();
     }
-    if (self->builder_->NeedsTree()) {
-      xmlStopParser(self->parser_.get());
+    if (self.builder_->NeedsTree()) {
+      xmlStopParser(self.parser_.get());
     }
+  }
+
+  static ValueParser& Self(void* parser) {
+    return *static_cast<ValueParser*>(static_cast<xmlParserCtxt*>(parser)->_private);
   }
 
   static void ForwardEvents(xmlSAXHandler& handler) {
     handler.startElementNs = [](void* parser, const xmlChar* name, const xmlChar*, const xmlChar*,
                                 int, const xmlChar**, int count, int, const xmlChar** entries) {
+      if (HasTooManyAttributes(*static_cast<xmlParserCtxt*>(parser), count)) {
+        Stop(*static_cast<xmlParserCtxt*>(parser));
+        Self(parser).isStopped_ = true;
+        return;
+      }
       Forward(parser, [&](XmlValueBuilder& builder) {
         builder.StartElement(name, XmlAttributes(entries, count));
       });
@@ -165,6 +138,7 @@ class ValueParser {
   std::optional<XmlValueBuilder> builder_;
   std::optional<KestrelException> refusal_;
   std::exception_ptr failure_;
+  bool isStopped_ = false;
 };
 
 }  // namespace
@@ -174,7 +148,7 @@ bool ReadXmlValue(const std::string& text, std::shared_ptr<MetaObject>& value) {
   if (xmlStructuredError != nullptr || !HasPlainProlog(text)) {
     return false;
   }
-  SilencedDiagnostics diagnostics;
+  const XmlDiagnostics diagnostics(XmlDiagnostics::Mode::Silenced);
   ValueParser parser(text);
   parser.Parse();
   if (!parser.IsRead() || !diagnostics.IsEmpty()) {

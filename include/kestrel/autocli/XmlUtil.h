@@ -17,6 +17,9 @@ using xmlNode = struct _xmlNode;
 namespace Kestrel::AutoCli {
 
 // Functions on the nodes of a libxml2 document, which the caller keeps. `node` must not be null.
+//
+// An attribute, or a value that is built, throws KestrelException when its references to entities
+// stand for more than 10 MB of text.
 
 /// Returns the value of an attribute; empty when the node has no attribute of that name.
 KESTREL_API std::string XmlUtil_ExtractAttribute(const xmlNode* node, const std::string& name);
@@ -46,8 +49,10 @@ KESTREL_API std::shared_ptr<MetaObj::MetaList> BuildMetaList(const xmlNode* node
 /// Reads a value document: the first value element in the root element is its value.
 ///
 /// Returns null when the root contains no value element, and when `text` is not well-formed or
-/// longer than INT_MAX bytes. Throws KestrelException when the value cannot be built. Diagnostics
-/// of the parser go to the channel of libxml2, which is standard error by default.
+/// longer than INT_MAX bytes. Throws KestrelException when the value cannot be built, when memory
+/// runs out, when an element has more than 10,000 attributes, and when the entities stand for more
+/// than 10 MB of text. Diagnostics of the parser go to the channel of libxml2, which is standard
+/// error by default.
 KESTREL_API std::shared_ptr<MetaObj::MetaObject> XmlUtil_ParseXmlOutput(const std::string& text);
 
 }  // namespace Kestrel::AutoCli

@@ -86,8 +86,16 @@ Reading Observe(Read read) {
 }
 
 std::shared_ptr<MetaObject> ParseThroughTree(const std::string& text) {
+  xmlResetLastError();
   const XmlDocument document(
       xmlReadMemory(text.data(), static_cast<int>(text.size()), "STDOUT", nullptr, 0));
+  // The parser reports text that is too long as if memory had run out, and leaves out its end.
+  const xmlError* const last = xmlGetLastError();
+  if (last != nullptr && last->code == XML_ERR_NO_MEMORY) {
+    throw KestrelException(
+        "Error parsing command output.  The document is incomplete: out of memory, or text of "
+        "more than 10 MB");
+  }
   if (document == nullptr) {
     return nullptr;
   }

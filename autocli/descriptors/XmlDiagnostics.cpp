@@ -1,0 +1,61 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "autocli/descriptors/XmlDiagnostics.h"
+
+#include <libxml/globals.h>
+
+#include <cstdarg>
+#include <cstdio>
+#include <string>
+
+namespace Kestrel::AutoCli {
+
+XmlDiagnostics::XmlDiagnostics(Mode mode)
+    : mode_(mode),
+      handler_(xmlGenericError),
+      context_(xmlGenericErrorContext),
+      structuredHandler_(xmlStructuredError),
+      structuredContext_(xmlStructuredErrorContext) {
+  xmlSetGenericErrorFunc(this, Receive);
+  if (structuredHandler_ != nullptr) {
+    xmlSetStructuredErrorFunc(this, ReceiveStructured);
+  }
+}
+
+XmlDiagnostics::~XmlDiagnostics() {
+  xmlSetGenericErrorFunc(context_, handler_);
+  xmlSetStructuredErrorFunc(structuredContext_, structuredHandler_);
+}
+
+void XmlDiagnostics::Receive(void* self, const char* format, ...) {
+  auto& diagnostics = *static_cast<XmlDiagnostics*>(self);
+  diagnostics.isEmpty_ = false;
+  const xmlError* const last = xmlGetLastError();
+  diagnostics.hasMemoryFailure_ |= last != nullptr && last->code == XML_ERR_NO_MEMORY;
+  if (diagnostics.mode_ == Mode::Silenced) {
+    return;
+  }
+  // libxml2 sends a diagnostic in short pieces, none of which is longer than its own buffers.
+  char piece[64000];
+  std::va_list arguments;
+  va_start(arguments, format);
+  std::vsnprintf(piece, sizeof(piece), format, arguments);
+  va_end(arguments);
+  // The default handler ignores its argument and uses the global context, which it may set.
+  xmlGenericErrorContext = diagnostics.context_;
+  diagnostics.handler_(diagnostics.context_, "%s", piece);
+  diagnostics.context_ = xmlGenericErrorContext;
+  xmlGenericErrorContext = self;
+}
+
+void XmlDiagnostics::ReceiveStructured(void* self, xmlError* error) {
+  auto& diagnostics = *static_cast<XmlDiagnostics*>(self);
+  diagnostics.isEmpty_ = false;
+  diagnostics.hasMemoryFailure_ |= error->code == XML_ERR_NO_MEMORY;
+  if (diagnostics.mode_ == Mode::Forwarded) {
+    diagnostics.structuredHandler_(diagnostics.structuredContext_, error);
+  }
+}
+
+}  // namespace Kestrel::AutoCli

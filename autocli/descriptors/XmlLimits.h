@@ -1,0 +1,50 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "autocli/descriptors/XmlDocument.h"
+
+// What a document may contain, so that reading it takes time and memory linear in its size.
+
+namespace Kestrel::AutoCli {
+
+/// The limit for the attributes of one element, which the parser compares with each other. The
+/// namespaces in scope count, because it compares each prefix with all of them.
+constexpr int kMaxXmlAttributes = 10000;
+constexpr const char* kTooManyXmlAttributes = "An element has more than 10000 attributes";
+
+/// The limit, in bytes, for the text that all references to entities in a document stand for.
+constexpr std::size_t kMaxXmlExpansion = 10000000;
+constexpr const char* kTooMuchXmlExpansion = "The entities stand for more than 10 MB of text";
+
+/// Whether the start tag that `parser` has just read, with `count` attributes, exceeds the limit.
+inline bool HasTooManyAttributes(const xmlParserCtxt& parser, int count) {
+  return parser.nsNr / 2 + count > kMaxXmlAttributes;  // there are two entries for a namespace
+}
+
+/// Stops `parser` when the start tag that it is reading clearly exceeds the limit. To be called
+/// before each read: the parser compares the attributes once it has read the whole tag. Returns
+/// whether the parser was stopped.
+bool StopAtTooManyAttributes(xmlParserCtxt& parser);
+
+/// Makes `parser` read nothing more, also when it is in the middle of an element.
+void Stop(xmlParserCtxt& parser);
+
+/// The number of attributes of the start tag in `markup` that has most of them. More than there are
+/// if `markup` is not well-formed.
+std::size_t CountMostAttributes(std::string_view markup);
+
+/// Throws KestrelException when the references to entities in `node` and below it stand for more
+/// text than the limit. `node` may be null.
+void RefuseLargeExpansion(const xmlNode* node);
+
+/// Returns the value of `attribute`, which contains references to entities. Throws KestrelException
+/// when it is longer than the limit.
+std::string ExpandAttribute(const xmlAttr& attribute);
+
+}  // namespace Kestrel::AutoCli

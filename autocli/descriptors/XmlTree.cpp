@@ -1,0 +1,229 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "autocli/descriptors/XmlTree.h"
+
+#include <libxml/SAX2.h>
+#include <libxml/parserInternals.h>
+
+#include <algorithm>
+#include <exception>
+#include <unordered_map>
+#include <utility>
+
+#include "autocli/descriptors/XmlDiagnostics.h"
+#include "autocli/descriptors/XmlLimits.h"
+#include "autocli/descriptors/XmlProlog.h"
+#include "autocli/descriptors/XmlStartTag.h"
+#include "kestrel/KestrelException.h"
+
+namespace Kestrel::AutoCli {
+
+namespace {
+
+constexpr const char* kIncomplete =
+    "The document is incomplete: out of memory, or text of more than 10 MB";
+
+/// Makes the tree of a document, and stops the parser when the document exceeds a limit.
+///
+/// Takes the place of the function that reads the input of the parser and of some handlers.
+class LimitedParser {
+ public:
+  /// `parser` must have its input.
+  explicit LimitedParser(XmlParser parser) : parser_(std::move(parser)) {
+    parser_->sax->startElementNs = StartElement;
+    parser_->sax->entityDecl = DeclareEntity;
+    parser_->sax->attributeDecl = DeclareAttribute;
+    parser_->_private = this;
+  }
+  LimitedParser(const LimitedParser&) = delete;
+  LimitedParser& operator=(const LimitedParser&) = delete;
+
+  /// Stops the parser also in the middle of a start tag. To be called unless the parser has all its
+  /// input from the beginning.
+  void CheckEachRead() {
+    xmlParserInputBuffer& buffer = *parser_->input->buf;
+    read_ = std::exchange(buffer.readcallback, Read);
+    close_ = std::exchange(buffer.closecallback, Close);
+    context_ = std::exchange(buffer.context, this);
+  }
+
+  /// Returns null when the document is not well-formed. Throws KestrelException when it exceeds a
+  /// limit or memory ran out.
+  XmlDocument Parse(const XmlDiagnostics& diagnostics) {
+    xmlParseDocument(parser_.get());
+    if (fault_ != nullptr) {
+      throw KestrelException(fault_);
+    }
+    if (parser_->errNo == XML_ERR_NO_MEMORY || diagnostics.HasMemoryFailure()) {
+      throw KestrelException(kIncomplete);
+    }
+    return XmlDocument(parser_->wellFormed == 0 ? nullptr : std::exchange(parser_->myDoc, nullptr));
+  }
+
+ private:
+  static LimitedParser& Of(void* parser) {
+    return *static_cast<LimitedParser*>(static_cast<xmlParserCtxt*>(parser)->_private);
+  }
+
+  static int Read(void* self, char* buffer, int length) {
+    auto& parser = *static_cast<LimitedParser*>(self);
+    if (StopAtTooManyAttributes(*parser.parser_)) {
+      parser.fault_ = kTooManyXmlAttributes;
+      return 0;
+    }
+    return parser.read_(parser.context_, buffer, length);
+  }
+
+  static int Close(void* self) {
+    const auto& parser = *static_cast<LimitedParser*>(self);
+    return parser.close_ == nullptr ? 0 : parser.close_(parser.context_);
+  }
+
+  /// `parser` is another one than that of the document within an entity.
+  static void StartElement(void* parser, const xmlChar* name, const xmlChar* prefix,
+                           const xmlChar* uri, int namespaceCount, const xmlChar** namespaces,
+                           int count, int defaultCount, const xmlChar** attributes) {
+    Of(parser).CheckStartTag(*static_cast<xmlParserCtxt*>(parser), count, defaultCount, attributes);
+    if (Of(parser).fault_ == nullptr) {
+      xmlSAX2StartElementNs(parser, name, prefix, uri, namespaceCount, namespaces, count,
+                            defaultCount, attributes);
+    }
+  }
+
+  void CheckStartTag(xmlParserCtxt& parser, int count, int defaultCount,
+                     const xmlChar** attributes) {
+    if (HasTooManyAttributes(parser, count)) {
+      StopBecauseOf(kTooManyXmlAttributes, parser);
+      return;
+    }
+    const XmlAttributes all(attributes, count);
+    for (int i = count - defaultCount; i < count; ++i) {
+      defaultsSize_ += all.GetSize(i);
+    }
+    if (defaultsSize_ > kMaxXmlExpansion) {
+      StopBecauseOf(kTooMuchXmlExpansion, parser);
+    }
+  }
+
+  static void DeclareEntity(void* parser, const xmlChar* name, int type, const xmlChar* publicId,
+                            const xmlChar* systemId, xmlChar* content) {
+    const std::string_view markup = content == nullptr ? "" : AsChars(content);
+    if (CountMostAttributes(markup) > kMaxXmlAttributes) {
+      Of(parser).StopBecauseOf(kTooManyXmlAttributes, *static_cast<xmlParserCtxt*>(parser));
+      return;
+    }
+    xmlSAX2EntityDecl(parser, name, type, publicId, systemId, content);
+    // An entity for which there was no memory is missing without a diagnostic.
+    if (!IsDeclared(static_cast<xmlParserCtxt*>(parser)->myDoc, name, type)) {
+      Of(parser).StopBecauseOf(kIncomplete, *static_cast<xmlParserCtxt*>(parser));
+    }
+  }
+
+  static bool IsDeclared(xmlDoc* document, const xmlChar* name, int type) {
+    const bool isParameter =
+        type == XML_INTERNAL_PARAMETER_ENTITY || type == XML_EXTERNAL_PARAMETER_ENTITY;
+    return (isParameter ? xmlGetParameterEntity(document, name)
+                        : xmlGetDocEntity(document, name)) != nullptr;
+  }
+
+  static void DeclareAttribute(void* parser, const xmlChar* element, const xmlChar* name, int type,
+                               int kind, const xmlChar* value, xmlEnumeration* words) {
+    Of(parser).CountDefault(element, value, *static_cast<xmlParserCtxt*>(parser));
+    xmlSAX2AttributeDecl(parser, element, name, type, kind, value, words);
+  }
+
+  void CountDefault(const xmlChar* element, const xmlChar* value, xmlParserCtxt& parser) {
+    try {
+      if (value != nullptr && ++defaults_[AsChars(element)] > kMaxXmlAttributes) {
+        StopBecauseOf(kTooManyXmlAttributes, parser);
+      }
+    } catch (const std::exception&) {
+      StopBecauseOf(kIncomplete, parser);
+    }
+  }
+
+  void StopBecauseOf(const char* fault, xmlParserCtxt& parser) {
+    fault_ = fault;
+    Stop(parser);
+    Stop(*parser_);
+  }
+
+  xmlInputReadCallback read_ = nullptr;
+  xmlInputCloseCallback close_ = nullptr;
+  void* context_ = nullptr;
+  std::unordered_map<std::string, int> defaults_;  // declared for each element
+  std::size_t defaultsSize_ = 0;                   // of all that stand for missing attributes
+  const char* fault_ = nullptr;
+  XmlParser parser_;  // the last, because it calls `Close` when it is released
+};
+
+/// Whether no start tag in `text` can exceed the limit for attributes.
+bool HasFewAttributes(std::string_view text) {
+  return HasPlainProlog(text) && std::count(text.begin(), text.end(), '=') <= kMaxXmlAttributes;
+}
+
+/// Makes `input` the input of `parser`. Returns false when it is null.
+bool SetInput(xmlParserCtxt& parser, xmlParserInput* input) {
+  if (input == nullptr || inputPush(&parser, input) < 0) {
+    return false;
+  }
+  return xmlCtxtUseOptions(&parser, 0) == 0;
+}
+
+}  // namespace
+
+XmlDocument ParseXmlText(std::string_view text, const char* name) {
+  if (text.empty()) {
+    return nullptr;
+  }
+  const XmlDiagnostics diagnostics(XmlDiagnostics::Mode::Forwarded);
+  // From memory where possible: diagnostics quote more of the document then.
+  const bool isInMemory = HasFewAttributes(text);
+  XmlParser parser = MakeXmlParser(
+      isInMemory ? xmlParserInputBufferCreateMem(text.data(), static_cast<int>(text.size()),
+                                                 XML_CHAR_ENCODING_NONE)
+                 : xmlParserInputBufferCreateIO(TakeText, nullptr, &text, XML_CHAR_ENCODING_NONE));
+  if (parser == nullptr) {
+    throw KestrelException(kIncomplete);
+  }
+  parser->input->filename = AsChars(xmlStrdup(AsXmlChars(name)));
+  LimitedParser limited(std::move(parser));
+  if (!isInMemory) {
+    limited.CheckEachRead();
+  }
+  return limited.Parse(diagnostics);
+}
+
+XmlDocument ParseXmlFile(const std::string& path) {
+  const XmlDiagnostics diagnostics(XmlDiagnostics::Mode::Forwarded);
+  XmlParser parser(xmlNewParserCtxt());
+  if (parser == nullptr ||
+      !SetInput(*parser, xmlLoadExternalEntity(path.c_str(), nullptr, parser.get()))) {
+    return nullptr;
+  }
+  LimitedParser limited(std::move(parser));
+  limited.CheckEachRead();
+  return limited.Parse(diagnostics);
+}
+
+XmlParser MakeXmlParser(xmlParserInputBuffer* buffer) {
+  XmlParser parser(buffer == nullptr ? nullptr : xmlNewParserCtxt());
+  xmlParserInput* const input =
+      parser == nullptr ? nullptr
+                        : xmlNewIOInputStream(parser.get(), buffer, XML_CHAR_ENCODING_NONE);
+  if (input == nullptr) {
+    xmlFreeParserInputBuffer(buffer);
+    return nullptr;
+  }
+  return SetInput(*parser, input) ? std::move(parser) : XmlParser();
+}
+
+int TakeText(void* text, char* buffer, int length) {
+  auto& left = *static_cast<std::string_view*>(text);
+  const std::size_t count = left.copy(buffer, static_cast<std::size_t>(length));
+  left.remove_prefix(count);
+  return static_cast<int>(count);
+}
+
+}  // namespace Kestrel::AutoCli

@@ -1,0 +1,31 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <libxml/xmlIO.h>
+
+#include <string>
+#include <string_view>
+
+#include "autocli/descriptors/XmlDocument.h"
+
+namespace Kestrel::AutoCli {
+
+// Parse a document as `xmlReadMemory` and `xmlReadFile` do without options. Return null when it is
+// not well-formed or cannot be read. Throw KestrelException when memory runs out, and for a
+// document that exceeds a limit (see XmlLimits.h).
+
+/// `name` is the name of the document in diagnostics.
+XmlDocument ParseXmlText(std::string_view text, const char* name);
+XmlDocument ParseXmlFile(const std::string& path);
+
+/// Returns a parser that reads from `buffer` and owns it. Null when memory runs out or `buffer` is
+/// null.
+XmlParser MakeXmlParser(xmlParserInputBuffer* buffer);
+
+/// Moves the first bytes of `*text`, a `std::string_view`, to `buffer`. Returns their number, which
+/// is at most `length`.
+int TakeText(void* text, char* buffer, int length);
+
+}  // namespace Kestrel::AutoCli
