@@ -185,6 +185,16 @@ class CheckLayersTest(unittest.TestCase):
                 "vexil/main.cpp": '#include "autocli/process/EchoGuard.h"\n',
             }))
 
+    def test_lets_one_file_of_the_tool_read_values_in_place(self):
+        self.assertEqual(
+            ["vexil/formats/Columns.cpp: includes metaobj/ValueAccess.h, "
+             "which is private to the library"],
+            self.problems_of({
+                "metaobj/ValueAccess.h": "",
+                "vexil/formats/Values.h": '#include "metaobj/ValueAccess.h"\n',
+                "vexil/formats/Columns.cpp": '#include "metaobj/ValueAccess.h"\n',
+            }))
+
     def test_draws_the_folders_in_their_order_with_those_that_they_include(self):
         self.assertEqual(
             ["metaobj", "callspec -> metaobj", "autocli/tree -> metaobj callspec"],

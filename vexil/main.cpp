@@ -10,12 +10,14 @@
 #include <exception>
 #include <ios>
 #include <iostream>
+#include <memory>
 #include <string_view>
 
 #include "kestrel/Version.h"
 #include "kestrel/autocli/CliDispatcher.h"
 #include "kestrel/autocli/OptionParser.h"
 #include "vexil/Advice.h"
+#include "vexil/formats/FormatsPlugin.h"
 
 namespace {
 
@@ -76,6 +78,7 @@ int main(int argc, char** argv) {
   // Outside of the try block, so that the plug-in that has the class of an exception stays loaded.
   Kestrel::AutoCli::CliDispatcher dispatcher;
   try {
+    dispatcher.RegisterPlugin(std::make_shared<Kestrel::Formats::FormatsPlugin>());
     dispatcher.AddDefaultDirectories();
     HandleArguments(dispatcher, argc, argv);
   } catch (const std::exception& error) {

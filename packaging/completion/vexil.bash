@@ -56,7 +56,8 @@ _vexil() {
     case $pending in
       --plugin | --plugin-dir | --input) mapfile -t COMPREPLY < <(compgen -f -- "$current") ;;
       --formatter)
-        mapfile -t COMPREPLY < <(compgen -W 'table simple xml json python' -- "$current")
+        choices='table simple ndjson json-utf8 csv tsv xml json python'
+        mapfile -t COMPREPLY < <(compgen -W "$choices" -- "$current")
         ;;
     esac
     return

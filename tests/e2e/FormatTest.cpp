@@ -53,6 +53,47 @@ TEST(FormatTest, AnUnknownFormatterIsAnError) {
   EXPECT_EQ(1, result.status);
 }
 
+TEST(FormatTest, TheFormattersOfTheToolPrintExactly) {
+  for (const auto& [formatter, expected] :
+       {std::pair("ndjson", "{\"Number\":1,\"Text\":\"the text of a row\"}\n"),
+        std::pair("csv", "Number,Text\r\n1,the text of a row\r\n"),
+        std::pair("tsv", "Number\tText\n1\tthe text of a row\n")}) {
+    const VexilResult result = TryRow({"--formatter", formatter}).Run();
+    EXPECT_EQ(expected, result.out);
+    EXPECT_EQ("", result.err);
+    EXPECT_EQ(0, result.status);
+  }
+}
+
+TEST(FormatTest, TheFormattersOfTheToolReportMistakesAndPrintNothing) {
+  const VexilResult result =
+      TryRow({"--formatter", "ndjson", "--format-param", "fields=Text,Nope", "--format-param",
+              "wrap-last=true", "--format-param", "limit=some", "--format-param", "colour=red"})
+          .Run();
+  EXPECT_EQ("", result.out);
+  EXPECT_EQ(
+      "Errors: \nUnknown format parameter: colour\n"
+      "The value of limit is not a whole number: some\nUnknown field: Nope\n",
+      result.err);
+  EXPECT_EQ(1, result.status);
+}
+
+TEST(FormatTest, TheFormattersOfTheToolServeStreamsAndHelpPages) {
+  const VexilResult stream = VexilRun({"--plugin", TestPluginPath("TryPlugin"), "--input", "STDIN"})
+                                 .WithInput(
+                                     "--formatter tsv --format-param limit=x try rows -c 1\n"
+                                     "--formatter tsv try rows -c 1\n")
+                                 .Run();
+  EXPECT_EQ("Number\tText\n1\tthe text of a row\n", stream.out);
+  EXPECT_EQ("Errors: \nThe value of limit is not a whole number: x\n", stream.err);
+  EXPECT_EQ(0, stream.status);
+  const VexilResult page =
+      Try({"try", "rows", "--help"}, {"--formatter", "ndjson", "--format-param", "fields=Path"})
+          .Run();
+  EXPECT_EQ("{\"Path\":\"try rows\"}\n", page.out);
+  EXPECT_EQ(0, page.status);
+}
+
 TEST(FormatTest, TheListingsFormatterIsUnknownToUsers) {
   const VexilResult result = TryRow({"--formatter", "clihelp"}).Run();
   EXPECT_EQ("", result.out);

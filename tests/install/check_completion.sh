@@ -37,8 +37,8 @@ expect "--command-filter --description-filter --help --namespace-filter" vexil c
 expect "--namespace-filter" vexil command list --command-filter x --n
 expect "" vexil command list --command-filter ""
 expect "--plugin-dir --plugin" --plug
-expect "table" --formatter t
-expect "json" --formatter = j
+expect "table tsv" --formatter t
+expect "json-utf8 json" --formatter = j
 expect "vexil" --formatter simple v
 expect "vexil" --formatter = simple v
 expect "storage" --plugin-dir "$plugins" stor

@@ -55,14 +55,6 @@ std::optional<std::string> ReadFile(const std::string& path) {
   }
 }
 
-std::optional<std::string> ReadExistingFile(const std::string& path) {
-  auto text = ReadFile(path);
-  if (!text && errno != ENOENT && errno != ENOTDIR) {
-    throw KestrelException("Unable to read " + path + ": " + std::strerror(errno));
-  }
-  return text;
-}
-
 std::string ReadRequiredFile(const std::string& path) {
   auto text = ReadFile(path);
   if (!text) {
@@ -77,28 +69,16 @@ std::string ReadLine(const std::string& path) {
 }
 
 std::vector<std::string> ListFolder(const std::string& path) {
-  return ReadFolder(path).value_or(std::vector<std::string>());
-}
-
-std::optional<std::vector<std::string>> ReadFolder(const std::string& path) {
+  std::vector<std::string> names;
   const std::unique_ptr<DIR, CloseFolder> folder(::opendir(path.c_str()));
   if (folder == nullptr) {
-    return std::nullopt;
+    return names;
   }
-  std::vector<std::string> names;
-  for (;;) {
-    errno = 0;  // null is the end or an error
-    const dirent* const entry = ::readdir(folder.get());
-    if (entry == nullptr) {
-      break;
-    }
+  while (const dirent* const entry = ::readdir(folder.get())) {
     const std::string_view name = entry->d_name;
     if (name != "." && name != "..") {
       names.emplace_back(name);
     }
-  }
-  if (errno != 0) {
-    return std::nullopt;
   }
   std::sort(names.begin(), names.end());
   return names;

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "plugins/host/frame/ListCommand.h"
-#include "plugins/host/frame/NamePattern.h"
 #include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/network/NetworkAddressShape.h"
 #include "plugins/host/network/NetworkCommands.h"
@@ -17,8 +16,7 @@ class NetworkAddressList final : public ListCommand {
   NetworkAddressList()
       : ListCommand("List the addresses of the network interfaces.", NetworkAddressShape,
                     "The addresses, sorted by interface.") {
-    ShowColumns("Interface,CIDR,Peer,Scope,Flags", {{"wrap-last", "true"}});
-    AddMetaData("complete:interface", kInterfaceCompletion);
+    ShowColumns("Interface,Address,Prefix Length,Scope,Flags", {{"wrap-last", "true"}});
     AddExample("", "List every address");
     AddExample("--interface eth0 --family 6", "List the IPv6 addresses of one interface");
     AddExample("--scope global", "List the addresses that others can reach");
@@ -28,10 +26,12 @@ class NetworkAddressList final : public ListCommand {
   void DeclareParameters(CallSpec::InputSpec& spec) const override {
     AddFamilyParameter(spec);
     AddInterfaceParameter(spec);
-    Parameter("scope", CallSpec::StringList,
-              "List only addresses that are valid so far: global (everywhere), site, link, host "
-              "(on this machine), another name in rt_scopes, or a number.")
+    Parameter("scope", CallSpec::StringList, "List only addresses of this scope:%FULLENUM%")
         .Short("s")
+        .OneOf({{"global", "valid everywhere"},
+                {"site", "valid within the site"},
+                {"link", "valid on the link"},
+                {"host", "valid on this machine"}})
         .AddTo(spec);
     Parameter("prefix-length", CallSpec::Int,
               "List only addresses with this prefix length; %ENUM%.")
@@ -40,22 +40,18 @@ class NetworkAddressList final : public ListCommand {
         .AddTo(spec);
   }
 
-  void AddRows(const CallSpec::Input& input, CallSpec::Output& output,
+  void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,
                MetaObj::MetaList& rows) const override {
     const IntFilter families(input, "family");
     const IntFilter prefixLengths(input, "prefix-length");
-    const NameFilter interfaces(input, "interface");
-    const NumberTable scopeNames = ReadRoutingNames().scopes;
-    const NumberFilter scopes(input, "scope", scopeNames, output);
-    if (output.HasError()) {
-      return;
-    }
+    const StringFilter interfaces(input, "interface");
+    const StringFilter scopes(input, "scope");
     const auto linkNames = LinkNames(ReadLinks());
     for (const NetworkAddress& address : ReadAddresses()) {
       if (families.Accepts(address.family) && prefixLengths.Accepts(address.prefixLength) &&
           scopes.Accepts(address.scope) &&
           interfaces.Accepts(LinkName(linkNames, address.interfaceIndex))) {
-        rows.Add(ToStruct(address, linkNames, scopeNames));
+        rows.Add(ToStruct(address, linkNames));
       }
     }
   }

@@ -7,7 +7,8 @@
 
 namespace Kestrel::Host {
 
-const char* const kInterfaceCompletion = "network.interface.list Name";
+// The rule of the kernel: at most 15 bytes, without "/" and white space.
+const char* const kInterfaceName = "[^/\\s]{1,15}";
 
 void AddFamilyParameter(CallSpec::InputSpec& spec) {
   Parameter("family", CallSpec::Int,
@@ -18,12 +19,10 @@ void AddFamilyParameter(CallSpec::InputSpec& spec) {
 }
 
 void AddInterfaceParameter(CallSpec::InputSpec& spec) {
-  Parameter("interface", CallSpec::StringList,
-            "List only the interface of this name; * in it stands for anything.")
+  Parameter("interface", CallSpec::StringList, "List only the interface of this name; %REGEX%.")
       .Short("i")
+      .Matching(kInterfaceName)
       .AddTo(spec);
 }
-
-std::string TextOrNone(std::string text) { return text.empty() ? "none" : std::move(text); }
 
 }  // namespace Kestrel::Host

@@ -1,0 +1,119 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+#include "vexil/formats/Faults.h"
+#include "vexil/formats/TextBuffer.h"
+#include "vexil/formats/Utf8.h"
+
+namespace Kestrel::Formats {
+
+// A format describes how it prints strings by a type with these members:
+//
+//   template <typename Bytes> static constexpr auto Stops(Bytes bytes);
+//       True for a byte that is not simply copied, as bytes from 0x80 on, which must be checked.
+//       Must consist of comparisons and `|`, because `bytes` is a byte or a vector of bytes.
+//   static bool IsCopied(char32_t character);
+//       Whether a character that is not ASCII is copied.
+//   static void Replace(char32_t character, TextBuffer& out);
+//       Prints a character that is not copied. May throw ValueFault.
+
+/// Sixteen bytes that are compared at once. gcc and clang make vector instructions of it.
+using ByteVector = unsigned char __attribute__((vector_size(16)));
+
+template <typename Rules>
+constexpr std::array<bool, 256> MakeStopTable() {
+  std::array<bool, 256> table{};
+  for (std::size_t byte = 0; byte < table.size(); ++byte) {
+    table[byte] = Rules::Stops(static_cast<unsigned char>(byte)) != 0;
+  }
+  return table;
+}
+
+/// Whether a byte is a stop.
+template <typename Rules>
+bool IsStop(char byte) {
+  static constexpr std::array<bool, 256> kTable = MakeStopTable<Rules>();
+  return kTable[static_cast<unsigned char>(byte)];
+}
+
+/// Whether any of the bytes from `first` to `first` + 8 and from `second` to `second` + 8 is one.
+template <typename Rules>
+bool AnyStopIn(const char* first, const char* second) {
+  std::uint64_t halves[2];
+  std::memcpy(&halves[0], first, sizeof halves[0]);
+  std::memcpy(&halves[1], second, sizeof halves[1]);
+  ByteVector bytes;
+  std::memcpy(&bytes, halves, sizeof bytes);
+  const auto stops = Rules::Stops(bytes);
+  std::memcpy(halves, &stops, sizeof stops);
+  return (halves[0] | halves[1]) != 0;
+}
+
+/// Whether any byte of `text` is a stop.
+template <typename Rules>
+bool AnyStop(std::string_view text) {
+  const char* at = text.data();
+  const char* const end = at + text.size();
+  if (text.size() >= 8) {
+    for (; end - at > 16; at += 16) {
+      if (AnyStopIn<Rules>(at, at + 8)) {
+        return true;
+      }
+    }
+    return AnyStopIn<Rules>(end - at < 8 ? end - 8 : at, end - 8);  // may overlap those before
+  }
+  return std::any_of(at, end, IsStop<Rules>);
+}
+
+/// Returns the number of bytes at the beginning of `text` that `Rules` copies.
+/// Throws ValueFault if the text up to there is not valid UTF-8.
+template <typename Rules>
+std::size_t CountCopied(std::string_view text) {
+  std::size_t count = 0;
+  while (count < text.size()) {
+    if (!IsStop<Rules>(text[count])) {
+      ++count;
+      continue;
+    }
+    if (static_cast<unsigned char>(text[count]) < 0x80) {
+      break;
+    }
+    const Character character = FirstCharacter(text.substr(count));
+    if (character.size == 0) {
+      throw ValueFault{"is not valid UTF-8"};
+    }
+    if (!Rules::IsCopied(character.code)) {
+      break;
+    }
+    count += character.size;
+  }
+  return count;
+}
+
+/// Appends `text`, which contains a stop, as `Rules` prints it. Throws ValueFault if that is not
+/// possible.
+template <typename Rules>
+void AppendEscaped(std::string_view text, TextBuffer& out) {
+  while (true) {
+    const std::size_t count = CountCopied<Rules>(text);
+    out.Append(text.substr(0, count));
+    text.remove_prefix(count);
+    if (text.empty()) {
+      return;
+    }
+    const Character character = FirstCharacter(text);
+    Rules::Replace(character.code, out);
+    text.remove_prefix(character.size);
+  }
+}
+
+}  // namespace Kestrel::Formats

@@ -1,0 +1,32 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "kestrel/autocli/Formatter.h"
+#include "vexil/formats/ExactFormat.h"
+
+namespace Kestrel::Formats {
+
+/// The formatter of one of the tool's formats. Unlike the formatters of the library it prints a
+/// result completely or not at all: if something is wrong with a parameter or a value, it adds
+/// messages to the output and writes nothing.
+class ExactFormatter : public AutoCli::Formatter {
+ public:
+  /// Makes a formatter without description and parameters. `format` must exist as long as the
+  /// formatter.
+  explicit ExactFormatter(const ExactFormat& format);
+  ~ExactFormatter() override;
+
+  /// Sets the description and the parameters, unless they are set. Not done at once, because each
+  /// start of the tool makes all formatters and uses one at most.
+  void Describe();
+
+  void Format(const std::shared_ptr<CallSpec::Output>& output, AutoCli::FormatParameters& params,
+              AutoCli::DisplayContext& display, std::ostream& out) override;
+
+ private:
+  const ExactFormat& format_;
+};
+
+}  // namespace Kestrel::Formats

@@ -1,0 +1,35 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace Kestrel::Formats {
+
+/// Thrown if a value cannot be printed. `problem` continues a sentence that begins with the value,
+/// for example "is not valid UTF-8".
+struct ValueFault {
+  std::string problem;
+};
+
+/// Thrown if a result cannot be printed. The message names the value.
+struct ResultFault {
+  std::string message;
+};
+
+/// Where a value is in a result.
+struct ValueLocation {
+  std::vector<std::string> fields;    ///< the names that lead to it, from the outside
+  std::vector<std::size_t> elements;  ///< the lists on the way: the positions in them, from 1
+};
+
+/// Combines what is wrong with a value and where it is.
+ResultFault LocateFault(const ValueFault& fault, const ValueLocation& location);
+
+/// The fault of the name of a field.
+ResultFault LocateNameFault(const ValueFault& fault, const std::string& name);
+
+}  // namespace Kestrel::Formats

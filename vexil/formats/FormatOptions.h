@@ -1,0 +1,51 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "kestrel/autocli/FormatParameters.h"
+
+namespace Kestrel::Formats {
+
+/// A format parameter and its description for users.
+struct FormatKey {
+  std::string_view name;
+  const char* description;
+};
+
+/// The parameters that every format of the tool has.
+inline constexpr std::array<FormatKey, 3> kCommonKeys = {
+    {{"fields", "The fields to print, separated by commas, in this order: A,B.C"},
+     {"sort", "The field to sort a list by. With '-' before it, the greatest value comes first"},
+     {"limit", "The greatest number of elements of a list to print"}}};
+
+/// The parameter of the formats that have columns.
+inline constexpr FormatKey kHeaderKey = {"header",
+                                         "Omits the line with the names of the fields if 'false'"};
+
+/// What the format parameters of a call choose.
+struct FormatOptions {
+  bool hasFields = false;           ///< false: all fields
+  std::vector<std::string> fields;  ///< the fields to print, in this order
+  bool isSorted = false;            ///< false: the rows keep their order
+  std::string sortField;
+  bool isDescending = false;
+  std::size_t limit = std::numeric_limits<std::size_t>::max();  ///< of rows
+  bool hasHeader = true;
+};
+
+/// Reads the parameters for a format that has `ownKey`, unless that is null, and the common keys.
+///
+/// Keys that only the formatters of the library know are ignored, because commands set them as
+/// defaults. A message is appended to `errors` for each other key and for each wrong value.
+FormatOptions ReadFormatOptions(const AutoCli::FormatParameters& params, const FormatKey* ownKey,
+                                std::vector<std::string>& errors);
+
+}  // namespace Kestrel::Formats

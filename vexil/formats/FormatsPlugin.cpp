@@ -1,0 +1,53 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "vexil/formats/FormatsPlugin.h"
+
+#include <array>
+
+#include "vexil/formats/ExactFormat.h"
+#include "vexil/formats/ExactFormatter.h"
+
+namespace Kestrel::Formats {
+
+using AutoCli::Formatter;
+
+namespace {
+
+constexpr std::array<const ExactFormat*, 4> kFormats = {&kCsvFormat, &kJsonUtf8Format,
+                                                        &kNdjsonFormat, &kTsvFormat};
+
+}  // namespace
+
+FormatsPlugin::FormatsPlugin() : name_("Formats") {
+  formatters_.reserve(kFormats.size());
+  for (const ExactFormat* format : kFormats) {
+    formatters_.push_back(std::make_shared<ExactFormatter>(*format));
+  }
+}
+
+FormatsPlugin::~FormatsPlugin() = default;
+
+void FormatsPlugin::Initialize() {}
+
+const std::string& FormatsPlugin::GetName() const { return name_; }
+
+void FormatsPlugin::RegisterNamespaces(std::shared_ptr<AutoCli::Namespace> /*root*/) {}
+
+bool FormatsPlugin::HasFormatter(const std::string& name) { return GetFormatter(name) != nullptr; }
+
+std::shared_ptr<Formatter> FormatsPlugin::GetFormatter(const std::string& name) {
+  for (const std::shared_ptr<Formatter>& formatter : formatters_) {
+    if (formatter->GetName() == name) {
+      static_cast<ExactFormatter&>(*formatter).Describe();
+      return formatter;
+    }
+  }
+  return nullptr;
+}
+
+const std::vector<std::shared_ptr<Formatter>>& FormatsPlugin::GetFormatters() {
+  return formatters_;
+}
+
+}  // namespace Kestrel::Formats

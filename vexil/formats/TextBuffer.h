@@ -1,0 +1,146 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <charconv>
+#include <cstddef>
+#include <cstring>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Kestrel::Formats {
+
+/// A number in decimal, with a sign if it is negative.
+struct Decimal {
+  long value;
+};
+
+/// Keeps output in memory until it is known that all of it can be printed.
+///
+/// It is in blocks of growing size, so appending never copies the output so far.
+class TextBuffer {
+ public:
+  void Append(char byte) {
+    *Reserve(1) = byte;
+    ++end_;
+  }
+
+  void Append(std::string_view text) {
+    if (text.size() > kMaxShort || Room() < kMaxShort) {
+      return AppendLong(text);
+    }
+    CopyShort(end_, text.data(), text.size());
+    end_ += text.size();
+  }
+
+  /// Appends strings, bytes and Decimals in order. Faster than one call for each, because there is
+  /// a single check for room.
+  template <typename... Pieces>
+  void AppendAll(const Pieces&... pieces) {
+    if (((MaxBytes(pieces) <= kMaxShort) && ...)) {
+      char* place = Reserve(sizeof...(pieces) * kMaxShort);
+      ((place = Put(pieces, place)), ...);
+      end_ = place;
+    } else {
+      (Append(pieces), ...);
+    }
+  }
+
+  void Append(Decimal number) { end_ = Put(number, Reserve(kMaxDecimal)); }
+
+  void AppendSpaces(std::size_t count);
+
+  /// Writes the output to `out` and flushes it. Stops as soon as the stream fails.
+  void WriteTo(std::ostream& out) const;
+
+  /// Returns a copy of the output.
+  std::string ToString() const;
+
+  /// Forgets the output.
+  void Clear();
+
+ private:
+  struct Block {
+    std::unique_ptr<char[]> bytes;
+    std::size_t size;
+  };
+
+  static constexpr std::size_t kMaxShort = 64;
+  static constexpr std::size_t kMaxDecimal = 20;
+  static constexpr std::size_t kFirstBlock = std::size_t{4} << 10U;
+  static constexpr std::size_t kMaxBlock = std::size_t{1} << 20U;
+
+  static std::size_t MaxBytes(char /*byte*/) { return 1; }
+  static std::size_t MaxBytes(std::string_view text) { return text.size(); }
+  static std::size_t MaxBytes(Decimal /*number*/) { return kMaxDecimal; }
+
+  /// Writes a piece to `place`, where there is room for kMaxShort bytes, and returns its end.
+  static char* Put(char byte, char* place) {
+    *place = byte;
+    return place + 1;
+  }
+  static char* Put(std::string_view text, char* place) {
+    CopyShort(place, text.data(), text.size());
+    return place + text.size();
+  }
+  static char* Put(Decimal number, char* place) {
+    return std::to_chars(place, place + kMaxDecimal, number.value).ptr;
+  }
+
+  /// Like memcpy, but without a function call. Up to kMaxShort bytes at `to` may be overwritten.
+  static void CopyShort(char* to, const char* from, std::size_t size) {
+    if (size > 16) {
+      std::memcpy(to, from, 16);
+      std::memcpy(to + size - 16, from + size - 16, 16);
+      if (size > 32) {
+        std::memcpy(to + 16, from + 16, 16);
+        std::memcpy(to + size - 32, from + size - 32, 16);
+      }
+    } else if (size >= 8) {
+      CopyEnds<8>(to, from, size);
+    } else if (size >= 4) {
+      CopyEnds<4>(to, from, size);
+    } else if (size > 0) {
+      to[0] = from[0];
+      to[size / 2] = from[size / 2];
+      to[size - 1] = from[size - 1];
+    }
+  }
+
+  /// Copies `size` bytes, from `Half` to 2 * `Half`, as two parts that may overlap.
+  template <std::size_t Half>
+  static void CopyEnds(char* to, const char* from, std::size_t size) {
+    char last[Half];
+    std::memcpy(last, from + size - Half, Half);
+    std::memcpy(to, from, Half);
+    std::memcpy(to + size - Half, last, Half);
+  }
+
+  std::size_t Room() const { return static_cast<std::size_t>(limit_ - end_); }
+  std::size_t Used() const { return static_cast<std::size_t>(end_ - block_.get()); }
+
+  /// Makes room for `count` bytes and returns the place where they go.
+  char* Reserve(std::size_t count) {
+    if (Room() < count) {
+      AddBlock(count);
+    }
+    return end_;
+  }
+
+  template <typename Use>
+  void ForEachPart(const Use& use) const;
+
+  void AppendLong(std::string_view text);
+  void AddBlock(std::size_t atLeast);
+
+  std::vector<Block> full_;
+  std::unique_ptr<char[]> block_;
+  char* end_ = nullptr;    // of the text in `block_`
+  char* limit_ = nullptr;  // of `block_`
+};
+
+}  // namespace Kestrel::Formats

@@ -1,0 +1,265 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "kestrel/metaobj/MetaBool.h"
+#include "kestrel/metaobj/MetaInt.h"
+#include "kestrel/metaobj/MetaList.h"
+#include "kestrel/metaobj/MetaObject.h"
+#include "kestrel/metaobj/MetaString.h"
+#include "kestrel/metaobj/MetaStruct.h"
+#include "vexil/formats/Faults.h"
+#include "vexil/formats/Selection.h"
+#include "vexil/formats/Values.h"
+
+namespace Kestrel::Formats {
+
+/// Where a structure is.
+struct StructPlace {
+  long level;      ///< how deep it is; the result is at level 0
+  bool isElement;  ///< whether it is an element of a list
+};
+
+/// Prints values with all that they contain, for the formats that print nested values.
+///
+/// The printer keeps its own stack, so no depth of nesting can exhaust the program's. It prepares
+/// what comes before each field once, because all elements of a list have the same fields. `Syntax`
+/// has these members, which may throw ValueFault. `before` must be printed first; it is what
+/// FieldPrefix returned, or empty. What is in a structure or list is one level deeper.
+///
+///   static std::string FieldPrefix(const std::string& name, bool isFirst, StructPlace place);
+///       Returns the end of the field before it and the beginning of a field of a structure.
+///   void Bool(std::string_view before, bool value);
+///   void Int(std::string_view before, long value);
+///   void String(std::string_view before, const std::string& value);
+///   void BeginStruct(std::string_view before, const MetaStruct& structure, bool isEmpty);
+///   void EndStruct(bool isEmpty, long level);
+///       Also ends the last field.
+///   void BeginList(std::string_view before, const MetaList& list, bool isEmpty);
+///   void BeginElement(bool isFirst, long level);
+///       Also ends the element before it. `level` is that of the list.
+///   void EndList(bool isEmpty, long level);
+///       Also ends the last element.
+template <typename Syntax>
+class ValuePrinter {
+ public:
+  /// Prints with `syntax`, which must exist as long as the printer.
+  explicit ValuePrinter(Syntax& syntax) : syntax_(syntax) {}
+
+  /// Prints all rows as one value. Throws ResultFault if that is not possible.
+  void PrintResult(const Selection& selection) {
+    const Selection::Rows& rows = selection.GetRows();
+    if (selection.List() == nullptr) {
+      return PrintRow(selection, 0, {0, false});
+    }
+    syntax_.BeginList("", *selection.List(), rows.count == 0);
+    for (std::size_t row = 0; row < rows.count; ++row) {
+      syntax_.BeginElement(row == 0, 0);
+      PrintRow(selection, row, {1, true});
+    }
+    syntax_.EndList(rows.count == 0, 0);
+  }
+
+  /// Prints each row as a value and calls `endRow` after it. Throws ResultFault if that is not
+  /// possible.
+  template <typename EndRow>
+  void PrintRows(const Selection& selection, const EndRow& endRow) {
+    for (std::size_t row = 0; row < selection.GetRows().count; ++row) {
+      PrintRow(selection, row, {0, false});
+      endRow();
+    }
+  }
+
+  /// Prints a value that is not a row. Throws ValueFault if that is not possible.
+  void PrintValue(const MetaObj::MetaObject& value) {
+    Print("", value, rows_, nullptr, {0, false});
+    while (!open_.empty()) {
+      Continue();
+    }
+  }
+
+ private:
+  struct Plan;
+
+  /// A field of the structures that one plan describes.
+  struct Field {
+    std::string name;
+    std::string before;
+    std::size_t position;       // among the names of all fields
+    const FieldChoice* choice;  // null: everything
+    Plan* inside;  // for the structure in this field, or the elements of the list; null at first
+  };
+
+  /// How the structures in one place of the result are printed, which all have the same shape.
+  struct Plan {
+    const MetaObj::MetaStruct* shape;
+    FieldReader reader;
+    std::vector<Field> fields;
+  };
+
+  /// A structure or list of which a part has been printed.
+  struct Open {
+    const MetaObj::MetaStruct* structure;  // null for a list
+    const MetaObj::MetaList* list;
+    Plan** plan;  // for the structure or for the elements
+    std::size_t next;
+    long level;
+  };
+
+  void PrintRow(const Selection& selection, std::size_t row, StructPlace place) {
+    try {
+      Print("", *selection.GetRows().first[row], rows_, &selection.Choice(), place);
+      while (!open_.empty()) {
+        Continue();
+      }
+    } catch (const ValueFault& fault) {
+      throw LocateFault(fault, Locate(selection.List() == nullptr ? 0 : row + 1));
+    }
+  }
+
+  /// Prints a scalar, an empty structure or an empty list. Opens any other value.
+  void Print(std::string_view before, const MetaObj::MetaObject& value, Plan*& plan,
+             const FieldChoice* choice, StructPlace place) {
+    switch (KindOf(value)) {
+      case MetaObj::MetaType::Int:
+        return syntax_.Int(before, static_cast<const MetaObj::MetaInt&>(value).GetValue());
+      case MetaObj::MetaType::Bool:
+        return syntax_.Bool(before, static_cast<const MetaObj::MetaBool&>(value).GetValue());
+      case MetaObj::MetaType::String:
+        return syntax_.String(before, static_cast<const MetaObj::MetaString&>(value).GetValue());
+      case MetaObj::MetaType::Struct:
+        return OpenStruct(before, static_cast<const MetaObj::MetaStruct&>(value), plan, choice,
+                          place);
+      case MetaObj::MetaType::List:
+        return OpenList(before, static_cast<const MetaObj::MetaList&>(value), plan, place.level);
+    }
+  }
+
+  void OpenStruct(std::string_view before, const MetaObj::MetaStruct& structure, Plan*& plan,
+                  const FieldChoice* choice, StructPlace place) {
+    if (plan == nullptr) {
+      plan = &plans_.emplace_back();
+      Fill(*plan, structure, choice, place);
+    }
+    const bool isEmpty = plan->fields.empty();
+    syntax_.BeginStruct(before, structure, isEmpty);
+    if (isEmpty) {
+      return syntax_.EndStruct(true, place.level);
+    }
+    open_.push_back({&structure, nullptr, &plan, 0, place.level});
+  }
+
+  void OpenList(std::string_view before, const MetaObj::MetaList& list, Plan*& plan, long level) {
+    const bool isEmpty = list.GetCount() == 0;
+    syntax_.BeginList(before, list, isEmpty);
+    if (isEmpty) {
+      return syntax_.EndList(true, level);
+    }
+    if (list.GetListType() == MetaObj::MetaType::Struct) {
+      PlanElements(list, plan, level);
+    }
+    open_.push_back({nullptr, &list, &plan, 0, level});
+  }
+
+  /// Prints the rest of the innermost open value, or up to a value that is opened.
+  void Continue() { open_.back().list == nullptr ? ContinueStruct() : ContinueList(); }
+
+  void ContinueStruct() {
+    const std::size_t depth = open_.size();
+    Open& inside = open_.back();
+    std::vector<Field>& fields = (*inside.plan)->fields;
+    const FieldReader::Fields values = (*inside.plan)->reader.Open(*inside.structure);
+    while (inside.next < fields.size()) {
+      Field& field = fields[inside.next++];
+      const MetaObj::MetaObject& value = FieldReader::Get(values, field.position, field.name);
+      Print(field.before, value, field.inside, field.choice, {inside.level + 1, false});
+      if (open_.size() != depth) {
+        return;  // `inside` may have moved
+      }
+    }
+    syntax_.EndStruct(false, inside.level);
+    open_.pop_back();
+  }
+
+  void ContinueList() {
+    const std::size_t depth = open_.size();
+    Open& inside = open_.back();
+    const std::vector<Value>& elements = inside.list->GetObjects();
+    while (inside.next < elements.size()) {
+      const std::size_t index = inside.next++;
+      syntax_.BeginElement(index == 0, inside.level);
+      Print("", *elements[index], *inside.plan, nullptr, {inside.level + 1, true});
+      if (open_.size() != depth) {
+        return;  // `inside` may have moved
+      }
+    }
+    syntax_.EndList(false, inside.level);
+    open_.pop_back();
+  }
+
+  /// Makes sure that `plan` fits the elements of `list`, a list of structures in the same place as
+  /// the one for which the plan was made, if there was one.
+  void PlanElements(const MetaObj::MetaList& list, Plan*& plan, long level) {
+    const std::shared_ptr<MetaObj::MetaStruct> shape = list.GetListStructure();
+    if (plan == nullptr) {
+      plan = &plans_.emplace_back();
+    } else if (plan->shape == shape.get() || plan->shape->IsSameStructure(shape, nullptr)) {
+      return;
+    }
+    Fill(*plan, *shape, nullptr, {level + 1, true});
+    if (MetaObj::MetaObject& first = *list.GetObjects()[0];
+        KindOf(first) == MetaObj::MetaType::Struct) {
+      plan->reader = FieldReader(static_cast<const MetaObj::MetaStruct&>(first));
+    }
+  }
+
+  static void Fill(Plan& plan, const MetaObj::MetaStruct& shape, const FieldChoice* choice,
+                   StructPlace place) {
+    plan.shape = &shape;
+    plan.reader = FieldReader(shape);
+    plan.fields.clear();
+    for (const ChosenField& field : ChosenFields(shape, choice)) {
+      plan.fields.push_back({field.name, MakePrefix(field.name, plan.fields.empty(), place),
+                             field.position, field.inside, nullptr});
+    }
+  }
+
+  static std::string MakePrefix(const std::string& name, bool isFirst, StructPlace place) {
+    try {
+      return Syntax::FieldPrefix(name, isFirst, place);
+    } catch (const ValueFault& fault) {
+      throw LocateNameFault(fault, name);
+    }
+  }
+
+  /// Returns where the value is that was printed last. `position` is that of the row, or 0.
+  ValueLocation Locate(std::size_t position) const {
+    ValueLocation location;
+    if (position != 0) {
+      location.elements.push_back(position);
+    }
+    for (const Open& inside : open_) {
+      if (inside.list != nullptr) {
+        location.elements.push_back(inside.next);
+      } else {
+        location.fields.push_back((*inside.plan)->fields[inside.next - 1].name);
+      }
+    }
+    return location;
+  }
+
+  Syntax& syntax_;
+  std::deque<Plan> plans_;
+  Plan* rows_ = nullptr;
+  std::vector<Open> open_;
+};
+
+}  // namespace Kestrel::Formats
