@@ -24,6 +24,8 @@
 #include "kestrel/autocli/TableFormatter.h"
 #include "kestrel/autocli/XmlFormatter.h"
 #include "kestrel/callspec/Output.h"
+#include "vexil/formats/ExactFormat.h"
+#include "vexil/formats/ExactFormatter.h"
 
 #ifdef KESTREL_HAS_NLOHMANN_JSON
 #include <nlohmann/json.hpp>
@@ -61,11 +63,14 @@ void IntoString(benchmark::State& state, const Print& print) {
 
 template <typename Print>
 void IntoNothing(benchmark::State& state, const Print& print) {
+  std::ostringstream text;
+  print(text);
   std::ofstream out("/dev/null");
   for (auto _ : state) {
     print(out);
     out.flush();
   }
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.tellp()));
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
@@ -271,6 +276,22 @@ KESTREL_ADD_BENCHMARKS(SimpleFormatter);
 KESTREL_ADD_BENCHMARKS(XmlFormatter);
 KESTREL_ADD_BENCHMARKS(JsonFormatter);
 KESTREL_ADD_BENCHMARKS(PythonFormatter);
+
+/// A formatter of the tool.
+template <const Formats::ExactFormat& kFormat>
+class Exact : public Formats::ExactFormatter {
+ public:
+  Exact() : ExactFormatter(kFormat) {}
+};
+
+#define KESTREL_ADD_EXACT_BENCHMARKS(format)                                                \
+  BENCHMARK_TEMPLATE(BM_FormatIntoString, Exact<Formats::k##format##Format>)->Apply(Sizes); \
+  BENCHMARK_TEMPLATE(BM_FormatIntoNothing, Exact<Formats::k##format##Format>)->Apply(Sizes)
+
+KESTREL_ADD_EXACT_BENCHMARKS(Ndjson);
+KESTREL_ADD_EXACT_BENCHMARKS(JsonUtf8);
+KESTREL_ADD_EXACT_BENCHMARKS(Csv);
+KESTREL_ADD_EXACT_BENCHMARKS(Tsv);
 
 }  // namespace
 }  // namespace Kestrel::Benchmarks
