@@ -5,6 +5,7 @@
 
 #include <kestrel/autocli/PluginEntryPoint.h>
 
+#include "plugins/host/file/FileCommands.h"
 #include "plugins/host/log/LogCommands.h"
 #include "plugins/host/network/NetworkCommands.h"
 #include "plugins/host/package/PackageCommands.h"
@@ -15,6 +16,7 @@ void AutoCli_RegisterNamespaces(std::shared_ptr<Kestrel::AutoCli::Namespace> roo
   Kestrel::Host::RegisterSystem(root);
   Kestrel::Host::RegisterStorage(root);
   Kestrel::Host::RegisterNetwork(root);
+  Kestrel::Host::RegisterFile(root);
   Kestrel::Host::RegisterLog(root);
   Kestrel::Host::RegisterPackage(root);
 }

@@ -62,10 +62,6 @@ void RegisterSystem(const std::shared_ptr<AutoCli::Namespace>& root) {
   RegisterHardware(system);
   RegisterKernel(system);
   RegisterUsers(system);
-#ifdef KESTREL_HOST_HAS_NETTLE
-  AddNamespace(system, "file", "The files of the machine.")
-      ->RegisterNamespaceNode(NewSystemFileChecksum(), "checksum");
-#endif
 }
 
 }  // namespace Kestrel::Host

@@ -14,8 +14,7 @@ namespace Kestrel::Host {
 /// its users.
 void RegisterSystem(const std::shared_ptr<AutoCli::Namespace>& root);
 
-// The commands of the namespace, each defined in the file of its name. NewSystemFileChecksum exists
-// only if the build found nettle.
+// The commands of the namespace, each defined in the file of its name.
 std::shared_ptr<AutoCli::Command> NewSystemAccountGroups();
 std::shared_ptr<AutoCli::Command> NewSystemAccountList();
 std::shared_ptr<AutoCli::Command> NewSystemClockGet();
@@ -23,7 +22,6 @@ std::shared_ptr<AutoCli::Command> NewSystemCpuCount();
 std::shared_ptr<AutoCli::Command> NewSystemCpuList();
 std::shared_ptr<AutoCli::Command> NewSystemCpuUsageList();
 std::shared_ptr<AutoCli::Command> NewSystemDeviceList();
-std::shared_ptr<AutoCli::Command> NewSystemFileChecksum();
 std::shared_ptr<AutoCli::Command> NewSystemLoadGet();
 std::shared_ptr<AutoCli::Command> NewSystemMemoryGet();
 std::shared_ptr<AutoCli::Command> NewSystemModuleCheck();

@@ -56,6 +56,12 @@ TEST_P(HostHelpTest, FitsTheScreenUpToItsExamples) {
   EXPECT_THAT(lengths, Each(Le(80u)));
 }
 
+std::string NameOf(const ::testing::TestParamInfo<const char*>& row) {
+  std::string name = row.param;
+  name.erase(std::remove(name.begin(), name.end(), ' '), name.end());
+  return name;
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Commands, HostHelpTest,
     ::testing::Values("system account groups", "system account list", "system clock get",
@@ -70,11 +76,12 @@ INSTANTIATE_TEST_SUITE_P(
                       "network neighbor list", "network route list", "log kernel list", "log list",
                       "package check", "package files", "package get", "package list",
                       "package upgradable list"),
-    [](const auto& row) {
-      std::string name = row.param;
-      name.erase(std::remove(name.begin(), name.end(), ' '), name.end());
-      return name;
-    });
+    NameOf);
+
+#ifdef KESTREL_HOST_HAS_ALL_COMMANDS
+INSTANTIATE_TEST_SUITE_P(CommandsThatNeedLibraries, HostHelpTest,
+                         ::testing::Values("file checksum", "file members"), NameOf);
+#endif
 
 }  // namespace
 }  // namespace Kestrel::Testing

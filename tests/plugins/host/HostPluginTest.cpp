@@ -43,7 +43,7 @@ void VisitNodes(const std::shared_ptr<NamespaceNode>& node,
 // The parameters that every command with a list of structures has.
 const std::set<std::string> kCommonParameters = {"sort", "descending", "limit", "human"};
 
-const std::vector<std::string> kAreas = {"system", "storage", "network", "log", "package"};
+const std::vector<std::string> kAreas = {"system", "storage", "network", "log", "package", "file"};
 
 // Maps the paths of all nodes of the plug-in, with spaces between their words, to the nodes.
 std::map<std::string, std::shared_ptr<NamespaceNode>> GetNodes() {

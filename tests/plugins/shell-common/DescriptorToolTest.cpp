@@ -24,7 +24,7 @@ TEST(DescriptorToolTest, LoadsEachDescriptorOfTheFolder) {
   for (const char* const line :
        {"\naddress  The names and addresses of machines.\n",
         "\ncrontab  Commands that run on a schedule.\n", "\ndisk     The usage of disk space.\n",
-        "\nfile     Files and archives.\n", "\nservice  The services of this machine.\n",
+        "\nservice  The services of this machine.\n",
         "\ntext     Operations on text from the command line.\n"}) {
     EXPECT_THAT(result.out, HasSubstr(line));
   }

@@ -24,7 +24,6 @@ namespace {
 using ::testing::AnyOf;
 using ::testing::Eq;
 using ::testing::HasSubstr;
-using ::testing::StartsWith;
 
 TEST(SystemToolTest, ReportsAMissingPermission) {
   const VexilResult result =
@@ -39,43 +38,6 @@ TEST(SystemToolTest, ReportsAMissingPermission) {
                "'kernel.osrelease' cannot be changed from here: Read-only file system\n")));
   EXPECT_EQ(result.out, "");
   EXPECT_EQ(result.status, 1);
-}
-
-TEST(SystemToolTest, AsksForTheKeyUnseen) {
-  const ScopedTempDir folder;
-  const std::string file = folder.Write("data", "what do ya want for nothing?");
-  PseudoTerminal terminal;
-  terminal.SetSize(200, 24);
-  terminal.Start([&file]() -> int {
-    HostRun({"system", "file", "checksum", "--file=" + file, "--key"}).Exec();
-  });
-  EXPECT_EQ(terminal.ReadUntil("Enter value for 'key': "), "Enter value for 'key': ");
-  EXPECT_FALSE(terminal.IsEchoOn());
-  terminal.Type("Jefe\n");
-  const int status = terminal.WaitForEnd();
-  const std::string screen = terminal.ReadRest();
-  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
-  EXPECT_THAT(screen,
-              HasSubstr("5bdcc146bf60754e6a042426089575c75a003f089d2739839dec58b964ec3843  "));
-  EXPECT_THAT(screen, ::testing::Not(HasSubstr("Jefe")));
-  EXPECT_TRUE(terminal.IsEchoOn());
-}
-
-TEST(SystemToolTest, ReadsTheKeyFromAPipe) {
-  const ScopedTempDir folder;
-  const std::string file = folder.Write("data", "what do ya want for nothing?");
-  const VexilResult result =
-      HostRun({"system", "file", "checksum", "--file", file, "--key"}).WithInput("Jefe\n").Run();
-  EXPECT_THAT(result.out, StartsWith("Enter value for 'key': "));
-  EXPECT_THAT(
-      result.out,
-      HasSubstr("5bdcc146bf60754e6a042426089575c75a003f089d2739839dec58b964ec3843  " + file));
-  EXPECT_EQ(result.status, 0);
-}
-
-TEST(SystemToolTest, WarnsOfAKeyOnTheCommandLineInItsHelp) {
-  const VexilResult result = HostRun({"system", "file", "checksum", "--help"}).Run();
-  EXPECT_THAT(result.out, HasSubstr("WARNING: Providing secret values on the command line"));
 }
 
 // A machine that is made up in a mount namespace of its own.

@@ -1,0 +1,32 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <ctime>
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace Kestrel::Host {
+
+/// What an archive stores about one of its members.
+struct ArchiveMember {
+  std::string name;
+  std::string kind;  ///< "file", "folder", "link", "hardlink", "pipe", "socket", "device".
+  std::string mode;  ///< As in "-rw-r--r--".
+  std::string user;  ///< Empty if the archive has only the number.
+  std::string group;
+  long userId = 0;
+  long groupId = 0;
+  long size = 0;                        ///< Of the content, in bytes.
+  std::optional<std::time_t> modified;  ///< None if the archive does not say.
+  std::string target;                   ///< Of a link; empty for the others.
+};
+
+/// Calls `visit` with each member of an archive, in its order: a tar archive, which may be
+/// compressed by gzip, bzip2, xz or zstd, or a zip archive. The content decides, not the name.
+/// Throws KestrelException if the file is anything else, or cannot be read completely.
+void VisitArchive(const std::string& path, const std::function<void(const ArchiveMember&)>& visit);
+
+}  // namespace Kestrel::Host
