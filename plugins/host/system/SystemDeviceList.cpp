@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <algorithm>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -95,19 +96,14 @@ class DeviceFilter {
  public:
   explicit DeviceFilter(const CallSpec::Input& input)
       : drivers_(input, "driver"), hasDrivers_(input.HasParameter("driver")) {
-    std::vector<std::string> expressions;
-    input.GetParameterList("match", expressions);
-    for (const std::string& expression : expressions) {
-      matches_.push_back(std::make_unique<const Regex>(expression));
+    if (input.HasParameter("match")) {
+      match_.emplace(input.GetParameter("match"));
     }
   }
 
   bool Accepts(const BusDevice& device) const {
     return AcceptsDrivers(device.drivers) &&
-           (matches_.empty() ||
-            std::any_of(matches_.begin(), matches_.end(), [&device](const auto& match) {
-              return match->IsFoundIn(NameOf(device)) || match->IsFoundIn(device.className);
-            }));
+           (!match_ || match_->IsFoundIn(NameOf(device)) || match_->IsFoundIn(device.className));
   }
 
  private:
@@ -121,7 +117,7 @@ class DeviceFilter {
 
   NameFilter drivers_;
   bool hasDrivers_;
-  std::vector<std::unique_ptr<const Regex>> matches_;
+  std::optional<Regex> match_;
 };
 
 class SystemDeviceList final : public ListCommand {
@@ -148,8 +144,8 @@ class SystemDeviceList final : public ListCommand {
               "any text; `none` for those without a driver.")
         .Short("d")
         .AddTo(spec);
-    Parameter("match", CallSpec::StringList,
-              "List only devices with one of these regular expressions in the name or the class.")
+    Parameter("match", CallSpec::String,
+              "List only devices whose name or class contains a match of this regular expression.")
         .Short("m")
         .AddTo(spec);
   }
