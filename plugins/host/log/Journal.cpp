@@ -87,7 +87,7 @@ std::vector<std::string> ArgumentsFor(const std::vector<std::string>& units,
   std::vector<std::string> arguments = {"--no-pager", "--reverse", "--output=export",
                                         "--output-fields=PRIORITY,SYSLOG_IDENTIFIER,_COMM,MESSAGE"};
   // The entries that do not match count among journalctl's lines, and not among ours.
-  if (filter.match == nullptr) {
+  if (filter.match == nullptr && filter.lines != kAllLines) {
     arguments.push_back("--lines=" + std::to_string(filter.lines));
   }
   // Which also leaves out the entries without a priority.
@@ -120,6 +120,9 @@ std::vector<LogLine> AskJournal(const std::vector<std::string>& units, const Log
         return lines.size() < filter.lines;
       });
   RequireSuccess(result);
+  if (lines.size() < filter.lines && !parser.IsBetweenEntries()) {
+    throw KestrelException("journalctl's answer ends in the middle of an entry");
+  }
   std::reverse(lines.begin(), lines.end());
   return lines;
 }

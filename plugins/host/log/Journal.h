@@ -22,6 +22,9 @@ class JournalParser {
   /// The next entry that is there whole.
   std::optional<LogLine> Next();
 
+  /// Whether nothing is left of an entry that is not there whole.
+  bool IsBetweenEntries() const { return position_ == text_.size() && !hasFields_; }
+
  private:
   bool TakeField();
   bool TakeSizedField(std::size_t nameEnd);

@@ -9,6 +9,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include "plugins/host/frame/FileDescriptor.h"
 #include "plugins/host/frame/TextParsing.h"
@@ -59,6 +60,15 @@ std::string DecodeText(std::string_view text) {
   return decoded;
 }
 
+// To leave it out would make the list shorter than the log.
+KernelMessage RequireMessage(std::string_view entry, const std::string& path) {
+  auto message = ParseKernelMessage(entry);
+  if (!message) {
+    throw KestrelException("Unable to read " + path + ": a message is in an unknown form");
+  }
+  return std::move(*message);
+}
+
 }  // namespace
 
 const char* const kKernelLog = "/dev/kmsg";
@@ -107,9 +117,7 @@ std::vector<KernelMessage> ReadKernelLog(const std::string& path) {
     if (count <= 0) {
       break;
     }
-    if (auto message = ParseKernelMessage({buffer.data(), static_cast<std::size_t>(count)})) {
-      messages.push_back(std::move(*message));
-    }
+    messages.push_back(RequireMessage({buffer.data(), static_cast<std::size_t>(count)}, path));
   }
   return messages;
 }

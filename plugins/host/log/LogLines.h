@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -24,9 +25,12 @@ struct LogLine {
   std::string text;
 };
 
+/// A number of lines that no log has.
+constexpr std::size_t kAllLines = std::numeric_limits<std::size_t>::max();
+
 /// Which lines of a log are wanted.
 struct LogFilter {
-  std::size_t lines = 0;  ///< how many at most, of those that pass the last ones
+  std::size_t lines = 0;  ///< how many at most, of those that pass the last ones; or kAllLines
   int level = kLowestLevel;
   std::optional<std::int64_t> since;
   const Regex* match = nullptr;  ///< not owned

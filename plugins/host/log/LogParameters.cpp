@@ -15,7 +15,7 @@
 namespace Kestrel::Host {
 namespace {
 
-constexpr std::int64_t kDefaultLines = 50;
+constexpr std::size_t kDefaultLines = 50;
 constexpr std::int64_t kMaxLines = 100000;
 
 }  // namespace
@@ -54,9 +54,10 @@ LogChoice::LogChoice(const CallSpec::Input& input, const LocalZone& zone,
   if (input.HasParameter("match")) {
     ReadMatch(input.GetParameter("match"), output);
   }
-  const std::int64_t lines = filter_.since ? kMaxLines : kDefaultLines;
-  filter_.lines = static_cast<std::size_t>(
-      input.HasParameter("lines") ? input.GetParameterInt("lines") : lines);
+  filter_.lines = filter_.since ? kAllLines : kDefaultLines;
+  if (input.HasParameter("lines")) {
+    filter_.lines = static_cast<std::size_t>(input.GetParameterInt("lines"));
+  }
 }
 
 void LogChoice::ReadSince(const std::string& text, const LocalZone& zone,

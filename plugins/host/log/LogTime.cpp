@@ -20,6 +20,8 @@ constexpr std::size_t kMaxFractionDigits = 6;
 constexpr std::string_view kDigits = "0123456789";
 // How far inside a line the common log format is looked for.
 constexpr std::size_t kMaxFieldsSize = 4096;
+// The clock of the machine that wrote a line may be ahead of the one that reads it.
+constexpr std::int64_t kMaxAhead = 3600;
 // Of leap years, at most seven years lie between one and the next.
 constexpr int kMaxYearsBack = 8;
 
@@ -182,7 +184,7 @@ std::optional<std::int64_t> LogTimeReader::Read(std::string_view line) {
 }
 
 std::optional<std::int64_t> LogTimeReader::InLatestYear(WrittenTime written) {
-  const int year = zone_.ToCivil(now_).year;
+  const int year = zone_.ToCivil(now_ + kMaxAhead).year;
   for (int yearsBack = 0; yearsBack <= kMaxYearsBack; ++yearsBack) {
     written.time.year = year - yearsBack;
     if (!IsValid(written.time)) {
@@ -204,10 +206,10 @@ std::int64_t LogTimeReader::ToSeconds(const WrittenTime& written) const {
 
 // The line may have been written after the clock was last read.
 bool LogTimeReader::IsInFuture(std::int64_t seconds) {
-  if (seconds > now_) {
+  if (seconds > now_ + kMaxAhead) {
     now_ = clock_();
   }
-  return seconds > now_;
+  return seconds > now_ + kMaxAhead;
 }
 
 }  // namespace Kestrel::Host

@@ -24,7 +24,7 @@ std::int64_t BootMicroseconds();
 /// relatives, also in brackets, after `time=` and the like, or after the word for a level; the
 /// common log format, further inside too; what date(1) prints; seconds since the machine started.
 /// A time without an offset is one of the machine's zone. A time without a year is the latest one
-/// that is not in the future.
+/// that is not more than an hour in the future: the clocks of two machines differ.
 class LogTimeReader {
  public:
   using Clock = std::int64_t (*)();
