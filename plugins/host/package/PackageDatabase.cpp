@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
+#include <iterator>
 #include <optional>
 #include <system_error>
 #include <tuple>
@@ -24,6 +25,9 @@ namespace {
 
 constexpr char kNotInstalled[] = "not-installed";
 constexpr char kConfigFiles[] = "config-files";
+constexpr char kHalfInstalled[] = "half-installed";
+constexpr std::string_view kWishes[] = {"unknown", "install", "hold", "deinstall", "purge"};
+constexpr std::string_view kFlags[] = {"ok", "reinstreq"};
 constexpr long kKibibyte = 1024;
 
 std::string_view RequireField(const ControlStanza& stanza, const char* name) {
@@ -35,6 +39,11 @@ std::string_view RequireField(const ControlStanza& stanza, const char* name) {
   return value;
 }
 
+template <std::size_t Count>
+bool IsOneOf(std::string_view word, const std::string_view (&words)[Count]) {
+  return std::find(std::begin(words), std::end(words), word) != std::end(words);
+}
+
 bool IsState(std::string_view word) {
   return word == kNotInstalled ||
          std::find(kPackageStates.begin(), kPackageStates.end(), word) != kPackageStates.end();
@@ -43,7 +52,8 @@ bool IsState(std::string_view word) {
 // "install ok installed": what is wanted, whether it must be installed again, what is.
 void SetStatus(std::string_view status, Package& package) {
   const std::vector<std::string_view> words = SplitWords(status);
-  if (words.size() != 3 || !IsState(words[2])) {
+  if (words.size() != 3 || !IsOneOf(words[0], kWishes) || !IsOneOf(words[1], kFlags) ||
+      !IsState(words[2])) {
     throw KestrelException("the entry of package '" + ShownLine(package.name) +
                            "' has an unknown status: " + ShownLine(status));
   }
@@ -56,8 +66,9 @@ Package ToPackage(const ControlStanza& stanza) {
   Package package;
   package.name = RequireField(stanza, "Package");
   SetStatus(RequireField(stanza, "Status"), package);
-  // What is left of a package has no version, and need not say which architecture it was for.
-  const bool isHere = package.IsUnpacked();
+  // What is left of a package has no version, and need not say which architecture it was for. Nor
+  // does an entry from before the files of a new package were unpacked.
+  const bool isHere = package.IsUnpacked() && package.state != kHalfInstalled;
   package.version = isHere ? RequireField(stanza, "Version") : stanza.GetFirstLine("Version");
   package.architecture =
       isHere ? RequireField(stanza, "Architecture") : stanza.GetFirstLine("Architecture");
@@ -95,7 +106,7 @@ std::string_view NameInRelation(std::string_view relation) {
 
 bool Provides(const Package& package, std::string_view name) {
   // Most packages that are asked for it provide nothing.
-  if (package.provides.empty()) {
+  if (package.provides.empty() || name.empty()) {
     return false;
   }
   const std::vector<std::string_view> relations = Split(package.provides, ',');
@@ -117,7 +128,7 @@ std::string Join(const std::vector<std::string>& names) {
 const char* const kDpkgFolder = "/var/lib/dpkg";
 
 const std::vector<std::string> kPackageStates = {
-    kConfigFiles,       "half-installed",   "unpacked", "half-configured",
+    kConfigFiles,       kHalfInstalled,     "unpacked", "half-configured",
     "triggers-awaited", "triggers-pending", "installed"};
 
 bool Package::IsUnpacked() const { return state != kNotInstalled && state != kConfigFiles; }

@@ -23,8 +23,9 @@ struct Package {
   std::string_view name;
   std::string_view architecture;
   std::string_view version;
-  std::string_view wanted;  ///< what the administrator wants: install, hold, deinstall, purge
-  std::string_view state;   ///< one of the words above
+  std::string_view
+      wanted;  ///< what the administrator wants: install, hold, deinstall, purge, unknown
+  std::string_view state;  ///< one of the words above
   bool isReinstallRequired = false;
   long sizeBytes = 0;  ///< 0 when it is not recorded
   std::string_view summary;

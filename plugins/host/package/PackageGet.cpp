@@ -47,13 +47,16 @@ const StructShape& Shape() {
   static const StructShape shape =
       StructShape("PackageDetails")
           .String("Name", "The name of the package.")
-          .String("Version", "Its version; \"none\" when only its settings are left.")
+          .String("Version",
+                  "Its version; \"none\" when only its settings are left, or its files are not yet "
+                  "here.")
           .String("Architecture",
                   "What it runs on, \"all\" for every machine; \"none\" when it is not recorded.")
           .String("State",
                   "How far it is installed: config-files, half-installed, unpacked, "
                   "half-configured, triggers-awaited, triggers-pending or installed.")
-          .String("Wanted", "What the administrator wants: install, hold, deinstall or purge.")
+          .String("Wanted",
+                  "What the administrator wants: install, hold, deinstall, purge or unknown.")
           .Bool("Reinstall Required", "Whether it is broken and must be installed again.")
           .Bool("Manual", "Whether somebody asked for it; otherwise it came along with others.")
           .Size("Size", "How much room it takes; 0 when it is not recorded.")

@@ -23,7 +23,9 @@ const StructShape& Shape() {
   static const StructShape shape =
       StructShape("Package")
           .String("Name", "The name of the package.")
-          .String("Version", "Its version; \"none\" when only its settings are left.")
+          .String("Version",
+                  "Its version; \"none\" when only its settings are left, or its files are not yet "
+                  "here.")
           .String("Architecture",
                   "What it runs on, \"all\" for every machine; \"none\" when it is not recorded.")
           .Size("Size", "How much room it takes; 0 when it is not recorded.")

@@ -63,6 +63,7 @@ class PolicyReader {
       throw KestrelException("apt-cache answers in an unknown form: " + ShownLine(line));
     } else if (StartsWith(line, kCandidate)) {
       const std::string_view version = Trim(line.substr(sizeof kCandidate - 1));
+      candidate_->isKnown = true;
       candidate_->version = version == kNone ? std::string_view() : version;
     } else if (indentation == kVersionColumn) {
       isCandidate_ = IsVersion(line.substr(kVersionColumn), candidate_->version);
@@ -98,6 +99,9 @@ class PolicyReader {
 }  // namespace
 
 void PackagePolicy::Add(std::string_view output) {
+  if (!output.empty() && output.back() != '\n') {
+    throw KestrelException("apt-cache's answer ends in the middle of a line");
+  }
   PolicyReader reader(*this);
   for (const std::string_view line : SplitLines(output)) {
     if (!Trim(line).empty()) {

@@ -11,8 +11,9 @@ namespace Kestrel::Host {
 
 /// The version of a package that apt would install.
 struct PackageCandidate {
-  std::string version;  ///< empty when there is none
-  std::string source;   ///< where apt would get it from; empty when no list of packages has it
+  bool isKnown = false;  ///< whether the answer says which version that is, or that there is none
+  std::string version;   ///< empty when there is none
+  std::string source;    ///< where apt would get it from; empty when no list of packages has it
 };
 
 /// What "apt-cache policy" answers.
@@ -21,7 +22,7 @@ struct PackagePolicy {
   bool hasLists = false;  ///< whether apt knows any version from a list of packages
 
   /// Adds what is in the program's output for some packages. Throws KestrelException when it has
-  /// another form.
+  /// another form or ends within a line.
   void Add(std::string_view output);
 };
 

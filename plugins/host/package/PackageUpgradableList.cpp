@@ -103,7 +103,7 @@ PackagePolicy AskPolicy(const std::vector<std::string>& names) {
 
 const PackageCandidate& RequireCandidate(const PackagePolicy& policy, const std::string& name) {
   const auto found = policy.candidates.find(name);
-  if (found == policy.candidates.end()) {
+  if (found == policy.candidates.end() || !found->second.isKnown) {
     throw KestrelException(std::string(kProgram) + " does not answer for the package '" + name +
                            "'");
   }
@@ -132,7 +132,8 @@ class PackageUpgradableList final : public ListCommand {
     std::vector<const Package*> packages;
     std::vector<std::string> names;
     for (const Package& package : database.GetPackages()) {
-      if (package.IsUnpacked() && chosen.Accept(package)) {
+      // Without a version it is not here yet.
+      if (package.IsUnpacked() && !package.version.empty() && chosen.Accept(package)) {
         packages.push_back(&package);
         names.push_back(AptName(package, native));
       }

@@ -196,6 +196,61 @@ TEST_F(PackageMachineTest, ListsFiles) {
   });
 }
 
+// ---- a package whose installation was interrupted before its files were unpacked
+
+class InterruptedPackageTest : public PackageMachineTest {
+ protected:
+  InterruptedPackageTest() {
+    files_.Write("dpkg/status", std::string(kStatus) +
+                                    "Package: new\nStatus: install reinstreq half-installed\n\n");
+  }
+};
+
+TEST_F(InterruptedPackageTest, DoesNotKeepTheOthersFromBeingListed) {
+  RunThere([] {
+    EXPECT_THAT(CallColumn("package list", "Name"), ElementsAre("dpkg", "foreign", "odd"));
+    EXPECT_THAT(CallColumn("package list", "Name", {{"state", "any"}}),
+                ElementsAre("broken", "dpkg", "foreign", "left", "new", "odd"));
+  });
+}
+
+TEST_F(InterruptedPackageTest, HasNeitherAVersionNorAnArchitecture) {
+  RunThere([] {
+    for (const Row& row : CallRows("package list", {{"name", "new"}, {"state", "any"}})) {
+      EXPECT_EQ(row.at("Version"), "none");
+      EXPECT_EQ(row.at("Architecture"), "none");
+      EXPECT_EQ(row.at("State"), "half-installed");
+      EXPECT_EQ(row.at("Size Bytes"), "0");
+      EXPECT_EQ(row.at("Summary"), "none");
+    }
+    const Row row = CallStruct("package get", {{"name", "new"}});
+    EXPECT_EQ(row.at("Version"), "none");
+    EXPECT_EQ(row.at("Reinstall Required"), "true");
+    EXPECT_EQ(CallText("package check", {{"name", "new"}}), "false");
+  });
+}
+
+TEST_F(InterruptedPackageTest, IsNotUpgradable) {
+  // Whatever apt would install of it, nothing of it is here that could be replaced.
+  RunThere(
+      [] { EXPECT_THAT(CallColumn("package upgradable list", "Name"), ElementsAre("foreign")); });
+}
+
+TEST_F(PackageMachineTest, NoFieldOfAListIsEmpty) {
+  RunThere([] {
+    for (const Row& row : CallRows("package list", {{"state", "any"}})) {
+      for (const auto& [field, text] : row) {
+        EXPECT_NE(text, "") << row.at("Name") << " " << field;
+      }
+    }
+    for (const Row& row : CallRows("package upgradable list")) {
+      for (const auto& [field, text] : row) {
+        EXPECT_NE(text, "") << row.at("Name") << " " << field;
+      }
+    }
+  });
+}
+
 // ---- what is missing or damaged is never an empty list
 
 TEST_F(PackageMachineTest, SaysThatThereIsNoDpkg) {
@@ -261,6 +316,18 @@ TEST_F(PackageMachineTest, SaysThatAptHasNoLists) {
 TEST_F(PackageMachineTest, RefusesAnAnswerThatLeavesOutAPackage) {
   Program("#!/bin/sh\nprintf 'dpkg:\\n  Candidate: 9\\n     9 1\\n        500 x\\n'\n");
   ExpectErrors("package upgradable list", {}, "apt-cache does not answer for the package 'broken'");
+}
+
+TEST_F(PackageMachineTest, RefusesAnAnswerWithoutACandidate) {
+  Program(
+      "#!/bin/sh\nshift 2\nfor name; do printf '%s:\\n  Installed: 1\\n  Version table:\\n' $name\n"
+      "printf '     2 500\\n        500 http://example.org/ x Packages\\n'; done\n");
+  ExpectErrors("package upgradable list", {}, "apt-cache does not answer for the package 'broken'");
+}
+
+TEST_F(PackageMachineTest, RefusesAnAnswerThatEndsWithinALine) {
+  Program("#!/bin/sh\nprintf 'broken:\\n  Installed: 1\\n  Candidate: 1'\n");
+  ExpectErrors("package upgradable list", {}, "apt-cache's answer ends in the middle of a line");
 }
 
 TEST_F(PackageMachineTest, SaysWhyAptFails) {
