@@ -55,6 +55,14 @@ std::optional<std::string> ReadFile(const std::string& path) {
   }
 }
 
+std::optional<std::string> ReadExistingFile(const std::string& path) {
+  auto text = ReadFile(path);
+  if (!text && errno != ENOENT && errno != ENOTDIR) {
+    throw KestrelException("Unable to read " + path + ": " + std::strerror(errno));
+  }
+  return text;
+}
+
 std::string ReadRequiredFile(const std::string& path) {
   auto text = ReadFile(path);
   if (!text) {
@@ -69,16 +77,28 @@ std::string ReadLine(const std::string& path) {
 }
 
 std::vector<std::string> ListFolder(const std::string& path) {
-  std::vector<std::string> names;
+  return ReadFolder(path).value_or(std::vector<std::string>());
+}
+
+std::optional<std::vector<std::string>> ReadFolder(const std::string& path) {
   const std::unique_ptr<DIR, CloseFolder> folder(::opendir(path.c_str()));
   if (folder == nullptr) {
-    return names;
+    return std::nullopt;
   }
-  while (const dirent* const entry = ::readdir(folder.get())) {
+  std::vector<std::string> names;
+  for (;;) {
+    errno = 0;  // null is the end or an error
+    const dirent* const entry = ::readdir(folder.get());
+    if (entry == nullptr) {
+      break;
+    }
     const std::string_view name = entry->d_name;
     if (name != "." && name != "..") {
       names.emplace_back(name);
     }
+  }
+  if (errno != 0) {
+    return std::nullopt;
   }
   std::sort(names.begin(), names.end());
   return names;

@@ -26,11 +26,12 @@ void ListCommand::DeclareCommonParameters(CallSpec::InputSpec& spec) const {
   }
 }
 
+std::string ListCommand::GetColumns(const CallSpec::Input& /*input*/) const { return columns_; }
+
 void ListCommand::ChooseFormat(const CallSpec::Input& input) {
-  if (shape_().HasSizes()) {
-    SetDefaultOutputParameter("fields",
-                              input.IsFlagSet("human") ? shape_().ForPeople(columns_) : columns_);
-  }
+  const std::string columns = GetColumns(input);
+  const bool isForPeople = shape_().HasSizes() && input.IsFlagSet("human");
+  SetDefaultOutputParameter("fields", isForPeople ? shape_().ForPeople(columns) : columns);
 }
 
 void ListCommand::DeclareResult(CallSpec::OutputSpec& spec) const {

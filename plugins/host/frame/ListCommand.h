@@ -25,6 +25,10 @@ class ListCommand : public HostCommand {
   /// bytes of a size give way to its text for people; programs get both in any case.
   void ShowColumns(const char* columns, std::initializer_list<FormatParameter> parameters = {});
 
+  /// The columns that a call with `input` shows unless the user chooses others; those of
+  /// ShowColumns unless overridden.
+  virtual std::string GetColumns(const CallSpec::Input& input) const;
+
  private:
   /// Adds the rows to `rows`, or an error message to `output`.
   virtual void AddRows(const CallSpec::Input& input, CallSpec::Output& output,

@@ -34,8 +34,8 @@ constexpr int kMaxAttempts = 5;
 
 class NetlinkSocket {
  public:
-  NetlinkSocket(const std::string& what, std::chrono::milliseconds deadline)
-      : what_(what), socket_(::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_ROUTE)) {
+  NetlinkSocket(int protocol, const std::string& what, std::chrono::milliseconds deadline)
+      : what_(what), socket_(::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, protocol)) {
     if (!socket_.IsOpen()) {
       ThrowSystemError(what_, errno);
     }
@@ -45,17 +45,15 @@ class NetlinkSocket {
     ::setsockopt(socket_.Get(), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof(limit));
   }
 
-  void Send(std::uint16_t request, std::uint32_t sequence) const {
-    struct {
-      nlmsghdr header;
-      rtgenmsg family;
-    } message = {};
-    message.header.nlmsg_len = NLMSG_LENGTH(sizeof(message.family));
-    message.header.nlmsg_type = request;
-    message.header.nlmsg_flags = NLM_F_REQUEST | NLM_F_DUMP;
-    message.header.nlmsg_seq = sequence;
-    message.family.rtgen_family = AF_UNSPEC;
-    if (::send(socket_.Get(), &message, sizeof(message), 0) < 0) {
+  void Send(const NetlinkRequest& request, std::uint32_t sequence) const {
+    nlmsghdr header = {};
+    header.nlmsg_len = static_cast<std::uint32_t>(sizeof(header) + request.body.size());
+    header.nlmsg_type = request.type;
+    header.nlmsg_flags = NLM_F_REQUEST | NLM_F_DUMP;
+    header.nlmsg_seq = sequence;
+    std::string message(reinterpret_cast<const char*>(&header), sizeof(header));
+    message += request.body;
+    if (::send(socket_.Get(), message.data(), message.size(), 0) < 0) {
       ThrowSystemError(what_, errno);
     }
   }
@@ -179,9 +177,9 @@ void ForEachNetlinkMessage(std::string_view bytes,
   }
 }
 
-std::string DumpNetlink(std::uint16_t request, const std::string& what,
+std::string DumpNetlink(const NetlinkRequest& request, const std::string& what,
                         std::chrono::milliseconds deadline) {
-  const NetlinkSocket socket(what, deadline);
+  const NetlinkSocket socket(request.protocol, what, deadline);
   std::vector<char> buffer(kDatagramSize);
   std::string collected;
   for (std::uint32_t attempt = 1; attempt <= kMaxAttempts; ++attempt) {
@@ -196,6 +194,14 @@ std::string DumpNetlink(std::uint16_t request, const std::string& what,
     }
   }
   return collected;
+}
+
+std::string DumpRoutingNetlink(std::uint16_t type, const std::string& what,
+                               std::chrono::milliseconds deadline) {
+  rtgenmsg family = {};
+  family.rtgen_family = AF_UNSPEC;
+  const std::string body(reinterpret_cast<const char*>(&family), sizeof(family));
+  return DumpNetlink({NETLINK_ROUTE, type, body}, what, deadline);
 }
 
 std::string FormatAddress(std::string_view bytes) {

@@ -58,11 +58,22 @@ struct NetlinkMessage {
 void ForEachNetlinkMessage(std::string_view bytes,
                            const std::function<void(const NetlinkMessage&)>& visit);
 
-/// Requests a dump of one kind (RTM_GETLINK, RTM_GETADDR, ...) from the kernel and returns its
-/// messages, one after the other. Error messages name what is requested as `what`, a plural noun.
-/// Throws KestrelException if the kernel rejects the request or does not respond within `deadline`.
-std::string DumpNetlink(std::uint16_t request, const std::string& what,
+/// What to ask the kernel for.
+struct NetlinkRequest {
+  int protocol;        ///< NETLINK_ROUTE, NETLINK_SOCK_DIAG, ...
+  std::uint16_t type;  ///< The kind of message: RTM_GETLINK, SOCK_DIAG_BY_FAMILY, ...
+  std::string body;    ///< The fixed part of the message.
+};
+
+/// Requests a dump from the kernel and returns its messages, one after the other. Error messages
+/// name what is requested as `what`, a plural noun. Throws KestrelException if the kernel rejects
+/// the request or does not respond within `deadline`.
+std::string DumpNetlink(const NetlinkRequest& request, const std::string& what,
                         std::chrono::milliseconds deadline = std::chrono::seconds(5));
+
+/// Requests a dump of one kind (RTM_GETLINK, RTM_GETADDR, ...) for all address families.
+std::string DumpRoutingNetlink(std::uint16_t type, const std::string& what,
+                               std::chrono::milliseconds deadline = std::chrono::seconds(5));
 
 /// Formats an IPv4 or IPv6 address of 4 or 16 bytes; empty for any other number of bytes.
 std::string FormatAddress(std::string_view bytes);

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "plugins/host/frame/ListCommand.h"
+#include "plugins/host/frame/NamePattern.h"
 #include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/network/NetworkAddressShape.h"
 #include "plugins/host/network/NetworkCommands.h"
@@ -16,7 +17,8 @@ class NetworkAddressList final : public ListCommand {
   NetworkAddressList()
       : ListCommand("List the addresses of the network interfaces.", NetworkAddressShape,
                     "The addresses, sorted by interface.") {
-    ShowColumns("Interface,Address,Prefix Length,Scope,Flags", {{"wrap-last", "true"}});
+    ShowColumns("Interface,CIDR,Peer,Scope,Flags", {{"wrap-last", "true"}});
+    AddMetaData("complete:interface", kInterfaceCompletion);
     AddExample("", "List every address");
     AddExample("--interface eth0 --family 6", "List the IPv6 addresses of one interface");
     AddExample("--scope global", "List the addresses that others can reach");
@@ -26,12 +28,10 @@ class NetworkAddressList final : public ListCommand {
   void DeclareParameters(CallSpec::InputSpec& spec) const override {
     AddFamilyParameter(spec);
     AddInterfaceParameter(spec);
-    Parameter("scope", CallSpec::StringList, "List only addresses of this scope:%FULLENUM%")
+    Parameter("scope", CallSpec::StringList,
+              "List only addresses that are valid so far: global (everywhere), site, link, host "
+              "(on this machine), another name in rt_scopes, or a number.")
         .Short("s")
-        .OneOf({{"global", "valid everywhere"},
-                {"site", "valid within the site"},
-                {"link", "valid on the link"},
-                {"host", "valid on this machine"}})
         .AddTo(spec);
     Parameter("prefix-length", CallSpec::Int,
               "List only addresses with this prefix length; %ENUM%.")
@@ -40,18 +40,22 @@ class NetworkAddressList final : public ListCommand {
         .AddTo(spec);
   }
 
-  void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,
+  void AddRows(const CallSpec::Input& input, CallSpec::Output& output,
                MetaObj::MetaList& rows) const override {
     const IntFilter families(input, "family");
     const IntFilter prefixLengths(input, "prefix-length");
-    const StringFilter interfaces(input, "interface");
-    const StringFilter scopes(input, "scope");
+    const NameFilter interfaces(input, "interface");
+    const NumberTable scopeNames = ReadRoutingNames().scopes;
+    const NumberFilter scopes(input, "scope", scopeNames, output);
+    if (output.HasError()) {
+      return;
+    }
     const auto linkNames = LinkNames(ReadLinks());
     for (const NetworkAddress& address : ReadAddresses()) {
       if (families.Accepts(address.family) && prefixLengths.Accepts(address.prefixLength) &&
           scopes.Accepts(address.scope) &&
           interfaces.Accepts(LinkName(linkNames, address.interfaceIndex))) {
-        rows.Add(ToStruct(address, linkNames));
+        rows.Add(ToStruct(address, linkNames, scopeNames));
       }
     }
   }

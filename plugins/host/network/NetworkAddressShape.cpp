@@ -4,6 +4,7 @@
 #include "plugins/host/network/NetworkAddressShape.h"
 
 #include "plugins/host/frame/SanitizedText.h"
+#include "plugins/host/network/NetworkParameters.h"
 
 namespace Kestrel::Host {
 
@@ -14,10 +15,11 @@ const StructShape& NetworkAddressShape() {
           .Int("Family", "The version of the Internet protocol: 4 or 6.")
           .String("Address", "The address, without its prefix length.")
           .Int("Prefix Length", "How many leading bits belong to the network.")
-          .String("Peer", "The peer of a point-to-point link; empty for other links.")
-          .String("Broadcast", "The broadcast address; empty for none.")
-          .String("Scope", "How far the address is valid: global, site, link or host.")
-          .String("Label", "The label of an IPv4 address.")
+          .String("CIDR", "The address with its prefix length, as in 192.0.2.5/24.")
+          .String("Peer", "The other end of a point-to-point link; none for other links.")
+          .String("Broadcast", "The broadcast address, or none.")
+          .String("Scope", "How far the address is valid: global, site, link, host and others.")
+          .String("Label", "The label of an IPv4 address, or none.")
           .Int("Valid Seconds", "The time until it expires, in seconds; -1 if it never does.")
           .Int("Preferred Seconds",
                "The time for which new connections use it, in seconds; -1 if there is no limit.")
@@ -26,16 +28,18 @@ const StructShape& NetworkAddressShape() {
 }
 
 std::shared_ptr<MetaObj::MetaStruct> ToStruct(const NetworkAddress& address,
-                                              const std::map<long, std::string>& linkNames) {
+                                              const std::map<long, std::string>& linkNames,
+                                              const NumberTable& scopes) {
   auto result = NetworkAddressShape().NewStruct();
   result->SetField("Interface", SanitizedText(LinkName(linkNames, address.interfaceIndex)));
   result->SetField("Family", address.family);
   result->SetField("Address", address.address);
   result->SetField("Prefix Length", address.prefixLength);
-  result->SetField("Peer", address.peer);
-  result->SetField("Broadcast", address.broadcast);
-  result->SetField("Scope", address.scope);
-  result->SetField("Label", SanitizedText(address.label));
+  result->SetField("CIDR", FormatPrefix(address));
+  result->SetField("Peer", TextOrNone(address.peer));
+  result->SetField("Broadcast", TextOrNone(address.broadcast));
+  result->SetField("Scope", SanitizedText(scopes.NameOf(address.scope)));
+  result->SetField("Label", SanitizedText(TextOrNone(address.label)));
   result->SetField("Valid Seconds", address.validSeconds);
   result->SetField("Preferred Seconds", address.preferredSeconds);
   result->SetField("Flags", address.flags);

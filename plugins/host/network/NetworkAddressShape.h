@@ -11,6 +11,7 @@
 
 #include "plugins/host/frame/StructShape.h"
 #include "plugins/host/network/NetworkLinks.h"
+#include "plugins/host/network/RoutingNames.h"
 
 namespace Kestrel::Host {
 
@@ -19,7 +20,8 @@ const StructShape& NetworkAddressShape();
 
 /// Converts an address to such a structure. `linkNames` maps indexes to names of interfaces.
 std::shared_ptr<MetaObj::MetaStruct> ToStruct(const NetworkAddress& address,
-                                              const std::map<long, std::string>& linkNames);
+                                              const std::map<long, std::string>& linkNames,
+                                              const NumberTable& scopes);
 
 /// Formats the address with its prefix length, as in "127.0.0.1/8".
 std::string FormatPrefix(const NetworkAddress& address);

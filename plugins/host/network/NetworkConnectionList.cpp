@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include <map>
+#include <iterator>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "plugins/host/frame/HostFile.h"
@@ -11,12 +12,13 @@
 #include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/network/NetworkCommands.h"
 #include "plugins/host/network/NetworkParameters.h"
+#include "plugins/host/network/SocketOwners.h"
 #include "plugins/host/network/SocketTables.h"
+#include "plugins/host/network/UnixSockets.h"
+#include "plugins/host/network/WordFilter.h"
 
 namespace Kestrel::Host {
 namespace {
-
-using Owners = std::map<long, std::vector<long>>;
 
 const StructShape& Shape() {
   static const StructShape shape =
@@ -25,48 +27,127 @@ const StructShape& Shape() {
           .String("Type", "The type of the socket: stream, datagram or seqpacket.")
           .Int("Family", "The version of the Internet protocol: 4 or 6; 0 for unix.")
           .String("State", "The state of the connection: listen, established and others.")
-          .String("Local", "The local address with its port; the path for unix.")
-          .String("Local Address", "The local address; empty for unix.")
+          .Int("Recv-Q",
+               "How many bytes were received but not read; of a listening socket, how "
+               "many connections wait.")
+          .Int("Send-Q",
+               "How many bytes were sent but not acknowledged; of a listening Unix "
+               "socket, how many connections may wait.")
+          .String("Local", "The local address with its port; for unix, the path or none.")
+          .String("Local Address", "The local address; none for unix.")
           .Int("Local Port", "The local port; 0 for unix.")
-          .String("Remote", "The remote address with its port; empty for unix.")
-          .String("Remote Address", "The remote address; empty for unix.")
+          .String("Remote", "The remote address with its port; for unix, the path or none.")
+          .String("Remote Address", "The remote address; none for unix.")
           .Int("Remote Port", "The remote port; 0 for none.")
-          .Int("Receive Queue", "How many bytes have been received but not read.")
-          .Int("Send Queue", "How many bytes have been sent but not acknowledged.")
-          .Int("User Id", "The user who owns the socket; -1 for unix.")
+          .Int("User Id", "The user who owns the socket; -1 if the kernel does not report it.")
           .Int("Inode", "The inode of the socket; 0 if no process has it open.")
-          .Ints("Processes", "The processes that have it open, with --processes.");
+          .Strings("Processes",
+                   "The processes that have it open, with --processes: name and number, or unknown "
+                   "if they belong to others.")
+          .Ints("Process Ids", "The numbers of these processes.");
   return shape;
 }
 
-std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Socket& socket, const Owners& owners) {
+const WordSet& Protocols() {
+  static const WordSet words = WordSet().Word("tcp").Word("udp").Word("unix");
+  return words;
+}
+
+// The numbers are those of TCP.
+const WordSet& States() {
+  static constexpr NumberName kTcpStates[] = {
+      {10, "listen"},    {1, "established"}, {2, "syn-sent"},   {3, "syn-received"},
+      {4, "fin-wait-1"}, {5, "fin-wait-2"},  {8, "close-wait"}, {9, "last-ack"},
+      {11, "closing"},   {6, "time-wait"},   {7, "closed"}};
+  static const WordSet words = WordSet()
+                                   .Numbered(kTcpStates)
+                                   .Word("connected")
+                                   .Word("unconnected")
+                                   .Alias("listening", "listen")
+                                   .Alias("estab", "established")
+                                   .Alias("syn-recv", "syn-received")
+                                   .Alias("unconn", "unconnected");
+  return words;
+}
+
+void SetOwners(const Socket& socket, const SocketOwners& owners, MetaObj::MetaStruct& row) {
+  std::vector<std::string> names;
+  std::vector<long> ids;
+  const auto found = owners.byInode.find(socket.inode);
+  if (found != owners.byInode.end()) {
+    for (const SocketOwner& owner : found->second) {
+      names.push_back(owner.name + " (" + std::to_string(owner.processId) + ")");
+      ids.push_back(owner.processId);
+    }
+  } else if (socket.inode != 0 && !owners.isComplete) {
+    names.emplace_back("unknown");
+  }
+  row.SetField("Processes", SanitizedList(names));
+  row.SetField("Process Ids", ids);
+}
+
+std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Socket& socket, const SocketOwners& owners) {
   const bool isUnix = socket.protocol == "unix";
-  const auto found = owners.find(socket.inode);
   auto result = Shape().NewStruct();
   result->SetField("Protocol", socket.protocol);
   result->SetField("Type", socket.type);
   result->SetField("Family", socket.family);
   result->SetField("State", socket.state);
-  result->SetField("Local", SanitizedText(isUnix ? socket.path : socket.local.ToText()));
-  result->SetField("Local Address", socket.local.address);
+  result->SetField("Recv-Q", socket.receiveQueue);
+  result->SetField("Send-Q", socket.sendQueue);
+  result->SetField("Local",
+                   SanitizedText(TextOrNone(isUnix ? socket.path : socket.local.ToText())));
+  result->SetField("Local Address", TextOrNone(socket.local.address));
   result->SetField("Local Port", socket.local.port);
-  result->SetField("Remote", socket.remote.ToText());
-  result->SetField("Remote Address", socket.remote.address);
+  result->SetField("Remote",
+                   SanitizedText(TextOrNone(isUnix ? socket.remotePath : socket.remote.ToText())));
+  result->SetField("Remote Address", TextOrNone(socket.remote.address));
   result->SetField("Remote Port", socket.remote.port);
-  result->SetField("Receive Queue", socket.receiveQueue);
-  result->SetField("Send Queue", socket.sendQueue);
   result->SetField("User Id", socket.userId);
   result->SetField("Inode", socket.inode);
-  result->SetField("Processes", found == owners.end() ? std::vector<long>() : found->second);
+  SetOwners(socket, owners, *result);
   return result;
 }
+
+/// The sockets that the user asks for.
+class SocketFilter {
+ public:
+  SocketFilter(const CallSpec::Input& input, CallSpec::Output& output)
+      : families_(input, "family"),
+        ports_(input, "port"),
+        protocols_(input, "protocol", Protocols(), output),
+        states_(input, "state", States(), output),
+        isEveryProtocolListed_(input.IsFlagSet("all")) {
+    if (isEveryProtocolListed_ && input.HasParameter("protocol")) {
+      output.AddErrorMessage("--all lists all protocols, so --protocol cannot be used too.");
+    }
+  }
+
+  bool AcceptsProtocol(const std::string& protocol) const {
+    return isEveryProtocolListed_ ||
+           (protocols_.IsGiven() ? protocols_.Accepts(protocol) : protocol != "unix");
+  }
+
+  bool Accepts(const Socket& socket) const {
+    return families_.Accepts(socket.family) && states_.Accepts(socket.state) &&
+           ports_.AcceptsAnyOf({socket.local.port, socket.remote.port});
+  }
+
+ private:
+  IntFilter families_;
+  IntFilter ports_;
+  WordFilter protocols_;
+  WordFilter states_;
+  bool isEveryProtocolListed_;
+};
 
 class NetworkConnectionList final : public ListCommand {
  public:
   NetworkConnectionList()
       : ListCommand("List connections and listening sockets.", Shape,
                     "The sockets, sorted by protocol.") {
-    ShowColumns("Protocol,State,Local,Remote,Processes", {{"wrap-last", "true"}});
+    ShowColumns("Protocol,State,Recv-Q,Send-Q,Local,Remote", {{"wrap-last", "true"}});
+    AddExample("", "List TCP and UDP sockets with their queues");
     AddExample("--state listen --processes", "List listening sockets with their processes");
     AddExample("--protocol tcp --port 22 --port 443", "List the connections of two ports");
     AddExample("--protocol unix", "List Unix sockets");
@@ -76,27 +157,14 @@ class NetworkConnectionList final : public ListCommand {
   void DeclareParameters(CallSpec::InputSpec& spec) const override {
     AddFamilyParameter(spec);
     Parameter("protocol", CallSpec::StringList,
-              "List only this protocol; the default is tcp and udp:%FULLENUM%")
+              "List only this protocol: tcp, udp or unix; the default is tcp and udp.")
         .Short("p")
-        .OneOf({{"tcp", "streams"}, {"udp", "datagrams"}, {"unix", "Unix sockets"}})
         .AddTo(spec);
-    Parameter("state", CallSpec::StringList, "List only sockets in this state:%FULLENUM%")
+    Parameter("state", CallSpec::StringList,
+              "List only sockets in this state: listen, established, syn-sent, syn-received, "
+              "fin-wait-1, fin-wait-2, close-wait, last-ack, closing, time-wait, closed, connected "
+              "(unix), unconnected (udp, unix).")
         .Short("s")
-        .OneOf({{"listen", "waits for connections"},
-                {"established", "is connected"},
-                {"unconnected", "has no remote end"},
-                {"connected", "is connected (unix)"},
-                {"connecting", "is being connected (unix)"},
-                {"disconnecting", "is being closed (unix)"},
-                {"syn-sent", "has requested a connection"},
-                {"syn-received", "has received a request for a connection"},
-                {"fin-wait-1", "has closed its side"},
-                {"fin-wait-2", "has closed its side, which is acknowledged"},
-                {"close-wait", "the remote end has closed its side"},
-                {"last-ack", "waits for the last acknowledgement"},
-                {"closing", "both ends have closed their side"},
-                {"time-wait", "is closed, but late packets may arrive"},
-                {"closed", "is closed"}})
         .AddTo(spec);
     Parameter("port", CallSpec::IntList,
               "List only sockets with this local or remote port; %ENUM%.")
@@ -111,24 +179,40 @@ class NetworkConnectionList final : public ListCommand {
         .AddTo(spec);
   }
 
-  void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,
+  std::string GetColumns(const CallSpec::Input& input) const override {
+    return input.IsFlagSet("processes") ? "Protocol,State,Local,Remote,Processes"
+                                        : ListCommand::GetColumns(input);
+  }
+
+  void AddRows(const CallSpec::Input& input, CallSpec::Output& output,
                MetaObj::MetaList& rows) const override {
-    const IntFilter families(input, "family");
-    const IntFilter ports(input, "port");
-    const StringFilter protocols(input, "protocol");
-    const StringFilter states(input, "state");
-    const bool isEverythingListed = input.IsFlagSet("all");
-    const std::string proc = kProc;
-    const Owners owners = input.IsFlagSet("processes") ? ReadSocketOwners(proc) : Owners();
-    for (const Socket& socket : ReadSockets(proc + "/net")) {
-      const bool isProtocolChosen =
-          protocols.IsGiven() ? protocols.Accepts(socket.protocol) : socket.protocol != "unix";
-      if ((isEverythingListed || isProtocolChosen) && families.Accepts(socket.family) &&
-          states.Accepts(socket.state) &&
-          ports.AcceptsAnyOf({socket.local.port, socket.remote.port})) {
+    const SocketFilter filter(input, output);
+    if (output.HasError()) {
+      return;
+    }
+    const std::vector<Socket> sockets = ReadSockets(filter);
+    const SocketOwners owners =
+        input.IsFlagSet("processes") ? ReadSocketOwners(kProc) : SocketOwners();
+    for (const Socket& socket : sockets) {
+      if (filter.Accepts(socket)) {
         rows.Add(ToStruct(socket, owners));
       }
     }
+  }
+
+  static std::vector<Socket> ReadSockets(const SocketFilter& filter) {
+    std::vector<Socket> sockets;
+    for (const char* const protocol : {"tcp", "udp"}) {
+      if (filter.AcceptsProtocol(protocol)) {
+        std::vector<Socket> more = ReadInternetSockets(std::string(kProc) + "/net", protocol);
+        std::move(more.begin(), more.end(), std::back_inserter(sockets));
+      }
+    }
+    if (filter.AcceptsProtocol("unix")) {
+      std::vector<Socket> more = ReadUnixSockets();
+      std::move(more.begin(), more.end(), std::back_inserter(sockets));
+    }
+    return sockets;
   }
 };
 

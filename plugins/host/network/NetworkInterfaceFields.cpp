@@ -6,6 +6,7 @@
 #include <net/if.h>
 
 #include "plugins/host/frame/SanitizedText.h"
+#include "plugins/host/network/NetworkParameters.h"
 
 namespace Kestrel::Host {
 
@@ -16,9 +17,10 @@ void DeclareInterfaceFields(StructShape& shape) {
       .String("State", "Whether it can transmit packets: UP, DOWN, UNKNOWN and others.")
       .Bool("Up", "Whether the administrator has enabled it.")
       .String("Type", "The type of its link: ether, loopback and others.")
-      .String("Kind", "The kind of a virtual interface: veth, bridge and others; otherwise empty.")
+      .String("Kind",
+              "The kind of a virtual interface: veth, bridge and others; none for hardware.")
       .Int("MTU", "The size of its largest packet, in bytes.")
-      .String("MAC Address", "Its link-layer address; empty for none.");
+      .String("MAC Address", "Its link-layer address, or none.");
 }
 
 void SetInterfaceFields(const NetworkLink& link, MetaObj::MetaStruct& result) {
@@ -26,9 +28,9 @@ void SetInterfaceFields(const NetworkLink& link, MetaObj::MetaStruct& result) {
   result.SetField("State", link.state);
   result.SetField("Up", IsSwitchedOn(link));
   result.SetField("Type", link.type);
-  result.SetField("Kind", SanitizedText(link.kind));
+  result.SetField("Kind", SanitizedText(TextOrNone(link.kind)));
   result.SetField("MTU", link.mtu);
-  result.SetField("MAC Address", link.address);
+  result.SetField("MAC Address", TextOrNone(link.address));
 }
 
 }  // namespace Kestrel::Host

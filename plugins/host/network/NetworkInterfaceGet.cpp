@@ -31,12 +31,12 @@ const StructShape& Shape() {
   static const StructShape shape =
       StructShape("NetworkInterfaceDetails")
           .String("Name", "The name of the interface.")
-          .String("Alias", "The alias that the administrator has set; empty for none.")
+          .String("Alias", "The alias that the administrator has set, or none.")
           .With(DeclareInterfaceFields)
-          .String("Broadcast", "Its link-layer broadcast address.")
+          .String("Broadcast", "Its link-layer broadcast address, or none.")
           .Strings("Flags", "Its flags, such as BROADCAST or PROMISC.")
-          .String("Master", "The bridge or bond that it is part of; empty for none.")
-          .String("Queueing", "The queueing discipline for packets to be sent.")
+          .String("Master", "The bridge or bond that it is part of, or none.")
+          .String("Queueing", "The queueing discipline for packets to be sent, or none.")
           .Int("Queue Length", "How many packets the queue can contain.")
           .Structs("Addresses", NetworkAddressShape(), "Its addresses.")
           .Struct("Received", TrafficShape(), "What it has received since it was created.")
@@ -55,10 +55,11 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const LinkTraffic& traffic) {
 
 std::shared_ptr<MetaObj::MetaList> AddressList(const NetworkLink& link,
                                                const std::map<long, std::string>& linkNames) {
+  const NumberTable scopes = ReadRoutingNames().scopes;
   auto list = NetworkAddressShape().NewList();
   for (const NetworkAddress& address : ReadAddresses()) {
     if (address.interfaceIndex == link.index) {
-      list->Add(Host::ToStruct(address, linkNames));
+      list->Add(Host::ToStruct(address, linkNames, scopes));
     }
   }
   return list;
@@ -68,12 +69,12 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const NetworkLink& link,
                                               const std::map<long, std::string>& linkNames) {
   auto result = Shape().NewStruct();
   result->SetField("Name", SanitizedText(link.name));
-  result->SetField("Alias", SanitizedText(link.alias));
+  result->SetField("Alias", SanitizedText(TextOrNone(link.alias)));
   SetInterfaceFields(link, *result);
-  result->SetField("Broadcast", link.broadcast);
+  result->SetField("Broadcast", TextOrNone(link.broadcast));
   result->SetField("Flags", LinkFlagNames(link.flags));
   result->SetField("Master", SanitizedText(LinkName(linkNames, link.masterIndex)));
-  result->SetField("Queueing", SanitizedText(link.queueing));
+  result->SetField("Queueing", SanitizedText(TextOrNone(link.queueing)));
   result->SetField("Queue Length", link.queueLength);
   result->SetField("Addresses", AddressList(link, linkNames));
   result->SetField("Received", ToStruct(link.received));
@@ -93,15 +94,15 @@ class NetworkInterfaceGet final : public HostCommand {
                  {"fields:NetworkAddress", "Family,Prefix Length,Scope,Peer,Broadcast,Flags"},
                  {"units:NetworkInterfaceDetails.MTU", "bytes"},
                  {"units:NetworkInterfaceDetails.Queue Length", "packets"}});
+    AddMetaData("complete:interface", kInterfaceCompletion);
     AddExample("--interface lo", "Show the loopback interface");
   }
 
  private:
   void DeclareParameters(CallSpec::InputSpec& spec) const override {
-    Parameter("interface", CallSpec::String, "The name of the interface; %REGEX%.")
+    Parameter("interface", CallSpec::String, "The name of the interface.")
         .Short("i")
         .Required()
-        .Matching(kInterfaceName)
         .AddTo(spec);
   }
 

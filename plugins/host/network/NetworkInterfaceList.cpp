@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "plugins/host/frame/ListCommand.h"
+#include "plugins/host/frame/NamePattern.h"
 #include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/network/NetworkAddressShape.h"
@@ -48,23 +49,22 @@ class NetworkInterfaceList final : public ListCommand {
   NetworkInterfaceList()
       : ListCommand("List the network interfaces.", Shape, "The interfaces, sorted by index.") {
     ShowColumns("Name,State,MTU,MAC Address,Addresses", {{"wrap-last", "true"}});
+    AddMetaData("complete:interface", kInterfaceCompletion);
     AddExample("", "List every interface");
-    AddExample("--up true --state DOWN", "List those that are enabled but down");
+    AddExample("--up true --state down", "List those that are enabled but down");
     AddExample("--interface eth0 --interface lo", "List two interfaces by name");
   }
 
  private:
   void DeclareParameters(CallSpec::InputSpec& spec) const override {
     AddInterfaceParameter(spec);
-    Parameter("state", CallSpec::StringList, "List only interfaces in this state:%FULLENUM%")
+    Parameter(
+        "state", CallSpec::StringList,
+        "List only interfaces in this state, a word or its number: UP (can transmit packets), "
+        "DOWN, LOWERLAYERDOWN (the interface below it is down), DORMANT (waits for an event, "
+        "such as a login), TESTING, NOTPRESENT (a component is missing), UNKNOWN (does not "
+        "report its state).")
         .Short("s")
-        .OneOf({{"UP", "can transmit packets"},
-                {"DOWN", "cannot transmit packets"},
-                {"LOWERLAYERDOWN", "the interface below it is down"},
-                {"DORMANT", "waits for an event, such as a login"},
-                {"TESTING", "is being tested"},
-                {"NOTPRESENT", "a component is missing"},
-                {"UNKNOWN", "does not report its state"}})
         .AddTo(spec);
     Parameter("up", CallSpec::BoolList,
               "List only interfaces that are enabled (true) or disabled (false).")
@@ -72,11 +72,14 @@ class NetworkInterfaceList final : public ListCommand {
         .AddTo(spec);
   }
 
-  void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,
+  void AddRows(const CallSpec::Input& input, CallSpec::Output& output,
                MetaObj::MetaList& rows) const override {
-    const StringFilter interfaces(input, "interface");
-    const StringFilter states(input, "state");
+    const NameFilter interfaces(input, "interface");
+    const WordFilter states(input, "state", LinkStateWords(), output);
     const BoolFilter up(input, "up");
+    if (output.HasError()) {
+      return;
+    }
     auto prefixes = PrefixesByLink();
     for (const NetworkLink& link : ReadLinks()) {
       if (interfaces.Accepts(link.name) && states.Accepts(link.state) &&

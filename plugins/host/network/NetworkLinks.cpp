@@ -70,11 +70,6 @@ constexpr NumberName kOperationalStates[] = {
     {IF_OPER_UP, "UP"},
 };
 
-constexpr NumberName kScopes[] = {
-    {RT_SCOPE_UNIVERSE, "global"}, {RT_SCOPE_SITE, "site"},       {RT_SCOPE_LINK, "link"},
-    {RT_SCOPE_HOST, "host"},       {RT_SCOPE_NOWHERE, "nowhere"},
-};
-
 std::string OperationalState(std::string_view attribute) {
   return NameOf(kOperationalStates,
                 attribute.empty() ? 0 : static_cast<unsigned char>(attribute[0]));
@@ -143,7 +138,7 @@ NetworkAddress ParseAddress(const ifaddrmsg& fixed, const NetlinkAttributes& att
   address.interfaceIndex = fixed.ifa_index;
   address.family = FamilyNumber(fixed.ifa_family);
   address.prefixLength = fixed.ifa_prefixlen;
-  address.scope = ScopeName(fixed.ifa_scope);
+  address.scope = fixed.ifa_scope;
   address.label = attributes.GetText(IFA_LABEL);
   address.broadcast = FormatAddress(attributes.Get(IFA_BROADCAST));
   const std::string other = FormatAddress(attributes.Get(IFA_ADDRESS));
@@ -188,7 +183,8 @@ std::vector<NetworkAddress> ParseAddresses(std::string_view answer) {
 }
 
 std::vector<NetworkLink> ReadLinks() {
-  std::vector<NetworkLink> links = ParseLinks(DumpNetlink(RTM_GETLINK, "network interfaces"));
+  std::vector<NetworkLink> links =
+      ParseLinks(DumpRoutingNetlink(RTM_GETLINK, "network interfaces"));
   std::sort(links.begin(), links.end(), [](const NetworkLink& left, const NetworkLink& right) {
     return left.index < right.index;
   });
@@ -197,7 +193,7 @@ std::vector<NetworkLink> ReadLinks() {
 
 std::vector<NetworkAddress> ReadAddresses() {
   std::vector<NetworkAddress> addresses =
-      ParseAddresses(DumpNetlink(RTM_GETADDR, "network addresses"));
+      ParseAddresses(DumpRoutingNetlink(RTM_GETADDR, "network addresses"));
   std::stable_sort(addresses.begin(), addresses.end(),
                    [](const NetworkAddress& left, const NetworkAddress& right) {
                      return left.interfaceIndex < right.interfaceIndex;
@@ -206,6 +202,11 @@ std::vector<NetworkAddress> ReadAddresses() {
 }
 
 std::vector<std::string> LinkFlagNames(unsigned flags) { return NamesOfBits(kLinkFlags, flags); }
+
+const WordSet& LinkStateWords() {
+  static const WordSet words = WordSet().Numbered(kOperationalStates);
+  return words;
+}
 
 std::map<long, std::string> LinkNames(const std::vector<NetworkLink>& links) {
   std::map<long, std::string> names;
@@ -217,12 +218,10 @@ std::map<long, std::string> LinkNames(const std::vector<NetworkLink>& links) {
 
 std::string LinkName(const std::map<long, std::string>& names, long index) {
   if (index == 0) {
-    return std::string();
+    return "none";
   }
   const auto found = names.find(index);
   return found == names.end() ? "#" + std::to_string(index) : found->second;
 }
-
-std::string ScopeName(unsigned scope) { return NameOf(kScopes, scope); }
 
 }  // namespace Kestrel::Host

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "plugins/host/network/WordFilter.h"
+
 namespace Kestrel::Host {
 
 /// Traffic of an interface in one direction.
@@ -46,7 +48,7 @@ struct NetworkAddress {
   std::string address;
   std::string peer;  ///< The other end of a point-to-point link; empty for none.
   std::string broadcast;
-  std::string scope;
+  unsigned scope = 0;  ///< RT_SCOPE_...
   std::string label;
   long validSeconds = -1;      ///< -1 if it never expires.
   long preferredSeconds = -1;  ///< -1 if it is always preferred.
@@ -68,14 +70,13 @@ std::vector<NetworkAddress> ReadAddresses();
 /// Returns the names of the flags, such as "UP" and "BROADCAST", in the order of their bits.
 std::vector<std::string> LinkFlagNames(unsigned flags);
 
+/// The words that a user may write for the state of an interface.
+const WordSet& LinkStateWords();
+
 /// Maps indexes to names.
 std::map<long, std::string> LinkNames(const std::vector<NetworkLink>& links);
-/// Returns the name of an interface; "#7" if the interface with index 7 no longer exists; empty for
-/// 0.
+/// Returns the name of an interface; "#7" if the interface with index 7 no longer exists; "none"
+/// for 0.
 std::string LinkName(const std::map<long, std::string>& names, long index);
-
-/// Returns the name of the scope of an address or route: "global", "site", "link", "host",
-/// "nowhere", or its number.
-std::string ScopeName(unsigned scope);
 
 }  // namespace Kestrel::Host

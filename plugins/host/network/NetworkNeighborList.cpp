@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "plugins/host/frame/ListCommand.h"
+#include "plugins/host/frame/NamePattern.h"
 #include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/network/NetworkCommands.h"
@@ -18,7 +19,7 @@ const StructShape& Shape() {
           .String("Address", "The neighbor's IPv4 or IPv6 address.")
           .Int("Family", "The version of the Internet protocol: 4 or 6.")
           .String("Interface", "The interface through which it is reached.")
-          .String("MAC Address", "Its link-layer address; empty while it is unknown.")
+          .String("MAC Address", "Its link-layer address, or unknown.")
           .String("State", "Its state: reachable, stale, failed and others.")
           .Bool("Router", "Whether it is a router.");
   return shape;
@@ -27,10 +28,10 @@ const StructShape& Shape() {
 std::shared_ptr<MetaObj::MetaStruct> ToStruct(const NetworkNeighbor& neighbor,
                                               const std::map<long, std::string>& links) {
   auto result = Shape().NewStruct();
-  result->SetField("Address", neighbor.address);
+  result->SetField("Address", TextOrNone(neighbor.address));
   result->SetField("Family", neighbor.family);
   result->SetField("Interface", SanitizedText(LinkName(links, neighbor.interfaceIndex)));
-  result->SetField("MAC Address", neighbor.linkAddress);
+  result->SetField("MAC Address", neighbor.linkAddress.empty() ? "unknown" : neighbor.linkAddress);
   result->SetField("State", neighbor.state);
   result->SetField("Router", neighbor.isRouter);
   return result;
@@ -42,6 +43,7 @@ class NetworkNeighborList final : public ListCommand {
       : ListCommand("List the link-layer addresses of the neighbors.", Shape,
                     "The neighbors, in the kernel's order.") {
     ShowColumns("Address,Interface,MAC Address,State");
+    AddMetaData("complete:interface", kInterfaceCompletion);
     AddExample("", "List the neighbors that the kernel has looked for");
     AddExample("--state failed --state incomplete", "List the neighbors that do not answer");
     AddExample("--all --family 4", "List all IPv4 neighbors");
@@ -51,28 +53,26 @@ class NetworkNeighborList final : public ListCommand {
   void DeclareParameters(CallSpec::InputSpec& spec) const override {
     AddFamilyParameter(spec);
     AddInterfaceParameter(spec);
-    Parameter("state", CallSpec::StringList, "List only neighbors in this state:%FULLENUM%")
+    Parameter("state", CallSpec::StringList,
+              "List only neighbors in this state, a word or its number: none (is new), incomplete "
+              "(is being looked for), reachable, stale (was not reached recently), delay (will be "
+              "checked soon), probe (is being checked), failed, noarp (needs no lookup), permanent "
+              "(set by the administrator).")
         .Short("s")
-        .OneOf({{"none", "is new"},
-                {"incomplete", "is being looked for"},
-                {"reachable", "was reached recently"},
-                {"stale", "was not reached recently"},
-                {"delay", "will be checked soon"},
-                {"probe", "is being checked"},
-                {"failed", "cannot be reached"},
-                {"noarp", "needs no lookup"},
-                {"permanent", "was configured by the administrator"}})
         .AddTo(spec);
     Parameter("all", CallSpec::Flag, "Also list neighbors in the states noarp and none.")
         .Short("a")
         .AddTo(spec);
   }
 
-  void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,
+  void AddRows(const CallSpec::Input& input, CallSpec::Output& output,
                MetaObj::MetaList& rows) const override {
     const IntFilter families(input, "family");
-    const StringFilter interfaces(input, "interface");
-    const StringFilter states(input, "state");
+    const NameFilter interfaces(input, "interface");
+    const WordFilter states(input, "state", NeighborStateWords(), output);
+    if (output.HasError()) {
+      return;
+    }
     // An explicit --state also lists states that are omitted by default.
     const bool isEverythingListed = input.IsFlagSet("all") || states.IsGiven();
     const auto links = LinkNames(ReadLinks());

@@ -7,8 +7,7 @@
 
 namespace Kestrel::Host {
 
-// The rule of the kernel: at most 15 bytes, without "/" and white space.
-const char* const kInterfaceName = "[^/\\s]{1,15}";
+const char* const kInterfaceCompletion = "network.interface.list Name";
 
 void AddFamilyParameter(CallSpec::InputSpec& spec) {
   Parameter("family", CallSpec::Int,
@@ -19,10 +18,12 @@ void AddFamilyParameter(CallSpec::InputSpec& spec) {
 }
 
 void AddInterfaceParameter(CallSpec::InputSpec& spec) {
-  Parameter("interface", CallSpec::StringList, "List only the interface of this name; %REGEX%.")
+  Parameter("interface", CallSpec::StringList,
+            "List only the interface of this name; * in it stands for anything.")
       .Short("i")
-      .Matching(kInterfaceName)
       .AddTo(spec);
 }
+
+std::string TextOrNone(std::string text) { return text.empty() ? "none" : std::move(text); }
 
 }  // namespace Kestrel::Host

@@ -5,15 +5,20 @@
 
 #include <kestrel/callspec/InputSpec.h>
 
+#include <string>
+
 namespace Kestrel::Host {
 
 /// Declares "family": 4 or 6.
 void AddFamilyParameter(CallSpec::InputSpec& spec);
 
-/// Declares "interface", a list of names of interfaces.
+/// Declares "interface", a list of names and patterns of interfaces.
 void AddInterfaceParameter(CallSpec::InputSpec& spec);
 
-/// The regular expression for the name of an interface.
-extern const char* const kInterfaceName;
+/// The meta-data "complete:interface": the command and field that list the values.
+extern const char* const kInterfaceCompletion;
+
+/// Returns `text`, or "none" if it is empty.
+std::string TextOrNone(std::string text);
 
 }  // namespace Kestrel::Host

@@ -4,27 +4,33 @@
 #include <linux/rtnetlink.h>
 
 #include <algorithm>
-#include <limits>
 #include <map>
 #include <string>
 
 #include "plugins/host/frame/ListCommand.h"
+#include "plugins/host/frame/NamePattern.h"
 #include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/network/NetworkCommands.h"
 #include "plugins/host/network/NetworkLinks.h"
 #include "plugins/host/network/NetworkParameters.h"
 #include "plugins/host/network/NetworkRoutes.h"
+#include "plugins/host/network/RoutingNames.h"
+#include "plugins/host/network/WordFilter.h"
 
 namespace Kestrel::Host {
 namespace {
 
-using LinkNameMap = std::map<long, std::string>;
+/// What the numbers in a route mean.
+struct RouteNames {
+  std::map<long, std::string> links;
+  RoutingNames routing;
+};
 
 const StructShape& NextHopShape() {
   static const StructShape shape =
       StructShape("NetworkNextHop")
-          .String("Gateway", "The router that forwards the packets; empty for none.")
+          .String("Gateway", "The router that forwards the packets, or none.")
           .String("Interface", "The interface through which they are sent.")
           .Int("Weight", "The share of the traffic, relative to the other weights.");
   return shape;
@@ -36,15 +42,18 @@ const StructShape& Shape() {
           .String("Destination", "The network that it leads to, or default.")
           .Int("Family", "The version of the Internet protocol: 4 or 6.")
           .Int("Prefix Length", "How many leading bits belong to the network.")
-          .String("Gateway", "The gateway of the first next hop; may be empty.")
-          .String("Interface", "The interface of the first next hop; may be empty.")
+          .String("Type", "What happens to its packets: unicast, local, blackhole and others.")
+          .String("Via", "Each next hop: its gateway, interface and weight; or none.")
+          .String("Gateway", "The gateway of the first next hop, or none.")
+          .String("Interface", "The interface of the first next hop, or none.")
           .Structs("Next Hops", NextHopShape(), "All next hops.")
           .String("Protocol", "What created it: kernel, boot, static, dhcp, ra and others.")
           .String("Scope", "How far the destination is: global, link, host and others.")
-          .String("Type", "What happens to its packets: unicast, local, blackhole and others.")
-          .String("Source", "The preferred local address; empty for none.")
+          .String("Source", "The preferred local address, or none.")
           .Int("Metric", "The kernel prefers the route with the lowest metric.")
-          .Int("Table", "The number of its routing table; 254 is the main table.");
+          .String("Table",
+                  "The name of its routing table, such as main; its number if it has none.")
+          .Int("Table Number", "The number of its routing table; 254 is the main table.");
   return shape;
 }
 
@@ -54,80 +63,145 @@ std::string DestinationText(const NetworkRoute& route) {
              : route.destination + "/" + std::to_string(route.prefixLength);
 }
 
-std::shared_ptr<MetaObj::MetaStruct> ToStruct(const NextHop& nextHop, const LinkNameMap& links) {
+std::string HopText(const NextHop& nextHop, const RouteNames& names, bool hasWeight) {
+  std::string text = nextHop.gateway;
+  if (nextHop.interfaceIndex != 0) {
+    text += (text.empty() ? "dev " : " dev ") + LinkName(names.links, nextHop.interfaceIndex);
+  }
+  return hasWeight ? text + " weight " + std::to_string(nextHop.weight) : text;
+}
+
+std::string ViaText(const NetworkRoute& route, const RouteNames& names) {
+  std::string text;
+  for (const NextHop& nextHop : route.nextHops) {
+    text += (text.empty() ? "" : ", ") + HopText(nextHop, names, route.nextHops.size() > 1);
+  }
+  return TextOrNone(std::move(text));
+}
+
+std::shared_ptr<MetaObj::MetaStruct> ToStruct(const NextHop& nextHop, const RouteNames& names) {
   auto result = NextHopShape().NewStruct();
-  result->SetField("Gateway", nextHop.gateway);
-  result->SetField("Interface", SanitizedText(LinkName(links, nextHop.interfaceIndex)));
+  result->SetField("Gateway", TextOrNone(nextHop.gateway));
+  result->SetField("Interface", SanitizedText(LinkName(names.links, nextHop.interfaceIndex)));
   result->SetField("Weight", nextHop.weight);
   return result;
 }
 
-std::shared_ptr<MetaObj::MetaStruct> ToStruct(const NetworkRoute& route, const LinkNameMap& links) {
+std::shared_ptr<MetaObj::MetaStruct> ToStruct(const NetworkRoute& route, const RouteNames& names) {
   const NextHop first = route.nextHops.empty() ? NextHop() : route.nextHops.front();
   const auto nextHops = NextHopShape().NewList();
   for (const NextHop& nextHop : route.nextHops) {
-    nextHops->Add(ToStruct(nextHop, links));
+    nextHops->Add(ToStruct(nextHop, names));
   }
   auto result = Shape().NewStruct();
   result->SetField("Destination", DestinationText(route));
   result->SetField("Family", route.family);
   result->SetField("Prefix Length", route.prefixLength);
-  result->SetField("Gateway", first.gateway);
-  result->SetField("Interface", SanitizedText(LinkName(links, first.interfaceIndex)));
+  result->SetField("Type", RouteTypeName(route.type));
+  result->SetField("Via", SanitizedText(ViaText(route, names)));
+  result->SetField("Gateway", TextOrNone(first.gateway));
+  result->SetField("Interface", SanitizedText(LinkName(names.links, first.interfaceIndex)));
   result->SetField("Next Hops", nextHops);
-  result->SetField("Protocol", route.protocol);
-  result->SetField("Scope", route.scope);
-  result->SetField("Type", route.type);
-  result->SetField("Source", route.source);
+  result->SetField("Protocol", SanitizedText(names.routing.protocols.NameOf(route.protocol)));
+  result->SetField("Scope", SanitizedText(names.routing.scopes.NameOf(route.scope)));
+  result->SetField("Source", TextOrNone(route.source));
   result->SetField("Metric", route.metric);
-  result->SetField("Table", route.table);
+  result->SetField("Table", SanitizedText(names.routing.tables.NameOf(route.table)));
+  result->SetField("Table Number", static_cast<long>(route.table));
   return result;
 }
 
-bool LeavesThrough(const NetworkRoute& route, const StringFilter& interfaces,
-                   const LinkNameMap& links) {
-  return !interfaces.IsGiven() ||
-         std::any_of(route.nextHops.begin(), route.nextHops.end(), [&](const NextHop& nextHop) {
-           return interfaces.Accepts(LinkName(links, nextHop.interfaceIndex));
-         });
-}
+/// The routes that the user asks for.
+class RouteFilter {
+ public:
+  RouteFilter(const CallSpec::Input& input, const RouteNames& names, CallSpec::Output& output)
+      : names_(names),
+        families_(input, "family"),
+        interfaces_(input, "interface"),
+        isInterfaceGiven_(input.HasParameter("interface")),
+        types_(input, "type", RouteTypeWords(), output),
+        tables_(input, "table", names.routing.tables, output),
+        isEveryTableListed_(input.IsFlagSet("all")) {
+    if (isEveryTableListed_ && input.HasParameter("table")) {
+      output.AddErrorMessage(
+          "--all lists the routes of all tables, so --table cannot be used too.");
+    }
+  }
+
+  bool Accepts(const NetworkRoute& route) const {
+    return IsTableChosen(route.table) && families_.Accepts(route.family) &&
+           types_.Accepts(RouteTypeName(route.type)) && LeavesThroughChosenInterface(route);
+  }
+
+ private:
+  bool IsTableChosen(unsigned table) const {
+    return isEveryTableListed_ ||
+           (tables_.IsGiven() ? tables_.Accepts(table) : table == RT_TABLE_MAIN);
+  }
+
+  bool LeavesThroughChosenInterface(const NetworkRoute& route) const {
+    return !isInterfaceGiven_ ||
+           std::any_of(route.nextHops.begin(), route.nextHops.end(), [this](const NextHop& hop) {
+             return interfaces_.Accepts(LinkName(names_.links, hop.interfaceIndex));
+           });
+  }
+
+  const RouteNames& names_;
+  IntFilter families_;
+  NameFilter interfaces_;
+  bool isInterfaceGiven_;
+  WordFilter types_;
+  NumberFilter tables_;
+  bool isEveryTableListed_;
+};
 
 class NetworkRouteList final : public ListCommand {
  public:
   NetworkRouteList()
       : ListCommand("List the routes by which packets are sent.", Shape,
                     "The routes, in the kernel's order.") {
-    ShowColumns("Destination,Gateway,Interface,Protocol,Metric,Source");
+    ShowColumns("Destination,Type,Protocol,Metric,Source,Via", {{"wrap-last", "true"}});
+    AddMetaData("complete:interface", kInterfaceCompletion);
     AddExample("", "List the routes of the main table");
     AddExample("--family 6 --interface eth0", "List the IPv6 routes through one interface");
-    AddExample("--table 255 --table 254", "List the routes of two tables by number");
+    AddExample("--table local --table 254", "List the routes of two tables");
+    AddExample("--all --type blackhole --type unreachable", "List the routes that lead nowhere");
   }
 
  private:
   void DeclareParameters(CallSpec::InputSpec& spec) const override {
     AddFamilyParameter(spec);
     AddInterfaceParameter(spec);
-    Parameter("table", CallSpec::IntList,
-              "List the routes of the table with this number; the default is 254 (main); %ENUM%.")
+    Parameter("table", CallSpec::StringList,
+              "List the routes of this table, a name in rt_tables such as main or local, or a "
+              "number; the default is main.")
         .Short("t")
-        .Between(1, std::numeric_limits<std::uint32_t>::max())
+        .AddTo(spec);
+    Parameter("type", CallSpec::StringList,
+              "List only routes of this type, a word or its number: unicast, local, broadcast, "
+              "anycast, multicast, blackhole, unreachable, prohibit, throw, nat, xresolve.")
+        .Short("T")
         .AddTo(spec);
     Parameter("all", CallSpec::Flag, "List the routes of all tables.").Short("a").AddTo(spec);
   }
 
-  void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,
+  std::string GetColumns(const CallSpec::Input& input) const override {
+    return input.IsFlagSet("all") || input.HasParameter("table")
+               ? "Table,Destination,Type,Protocol,Metric,Via"
+               : ListCommand::GetColumns(input);
+  }
+
+  void AddRows(const CallSpec::Input& input, CallSpec::Output& output,
                MetaObj::MetaList& rows) const override {
-    const IntFilter families(input, "family");
-    const StringFilter interfaces(input, "interface");
-    const IntFilter tables(input, "table");
-    const bool isEveryTableListed = input.IsFlagSet("all");
-    const LinkNameMap links = LinkNames(ReadLinks());
+    RouteNames names = {{}, ReadRoutingNames()};
+    const RouteFilter filter(input, names, output);
+    if (output.HasError()) {
+      return;
+    }
+    names.links = LinkNames(ReadLinks());
     for (const NetworkRoute& route : ReadRoutes()) {
-      const bool isTableChosen =
-          tables.IsGiven() ? tables.Accepts(route.table) : route.table == RT_TABLE_MAIN;
-      if ((isEveryTableListed || isTableChosen) && families.Accepts(route.family) &&
-          LeavesThrough(route, interfaces, links)) {
-        rows.Add(ToStruct(route, links));
+      if (filter.Accepts(route)) {
+        rows.Add(ToStruct(route, names));
       }
     }
   }

@@ -11,36 +11,10 @@
 #include <cstddef>
 
 #include "plugins/host/network/Netlink.h"
-#include "plugins/host/network/NetworkLinks.h"
 #include "plugins/host/network/NumberNames.h"
 
 namespace Kestrel::Host {
 namespace {
-
-constexpr NumberName kProtocols[] = {
-    {RTPROT_UNSPEC, "none"},
-    {RTPROT_REDIRECT, "redirect"},
-    {RTPROT_KERNEL, "kernel"},
-    {RTPROT_BOOT, "boot"},
-    {RTPROT_STATIC, "static"},
-    {RTPROT_GATED, "gated"},
-    {RTPROT_RA, "ra"},
-    {RTPROT_MRT, "mrt"},
-    {RTPROT_ZEBRA, "zebra"},
-    {RTPROT_BIRD, "bird"},
-    {RTPROT_DNROUTED, "dnrouted"},
-    {RTPROT_XORP, "xorp"},
-    {RTPROT_NTK, "ntk"},
-    {RTPROT_DHCP, "dhcp"},
-    {RTPROT_MROUTED, "mrouted"},
-    {RTPROT_KEEPALIVED, "keepalived"},
-    {RTPROT_BABEL, "babel"},
-    {RTPROT_BGP, "bgp"},
-    {RTPROT_ISIS, "isis"},
-    {RTPROT_OSPF, "ospf"},
-    {RTPROT_RIP, "rip"},
-    {RTPROT_EIGRP, "eigrp"},
-};
 
 constexpr NumberName kTypes[] = {
     {RTN_UNSPEC, "none"},
@@ -119,9 +93,9 @@ NetworkRoute ParseRoute(const rtmsg& fixed, const NetlinkAttributes& attributes)
   route.destination = DestinationText(fixed, attributes.Get(RTA_DST));
   route.prefixLength = fixed.rtm_dst_len;
   route.source = FormatAddress(attributes.Get(RTA_PREFSRC));
-  route.protocol = NameOf(kProtocols, fixed.rtm_protocol);
-  route.scope = ScopeName(fixed.rtm_scope);
-  route.type = NameOf(kTypes, fixed.rtm_type);
+  route.protocol = fixed.rtm_protocol;
+  route.scope = fixed.rtm_scope;
+  route.type = fixed.rtm_type;
   route.table = attributes.Has(RTA_TABLE) ? attributes.GetNumber(RTA_TABLE) : fixed.rtm_table;
   route.metric = attributes.GetNumber(RTA_PRIORITY);
   route.nextHops = RouteNextHops(attributes);
@@ -141,6 +115,18 @@ NetworkNeighbor ParseNeighbor(const ndmsg& fixed, const NetlinkAttributes& attri
 
 }  // namespace
 
+std::string RouteTypeName(unsigned type) { return NameOf(kTypes, type); }
+
+const WordSet& RouteTypeWords() {
+  static const WordSet words = WordSet().Numbered(kTypes);
+  return words;
+}
+
+const WordSet& NeighborStateWords() {
+  static const WordSet words = WordSet().Numbered(kStates);
+  return words;
+}
+
 std::vector<NetworkRoute> ParseRoutes(std::string_view answer) {
   std::vector<NetworkRoute> routes;
   ForEachNetlinkMessage(answer, [&routes](const NetlinkMessage& message) {
@@ -154,7 +140,7 @@ std::vector<NetworkRoute> ParseRoutes(std::string_view answer) {
 }
 
 std::vector<NetworkRoute> ReadRoutes() {
-  return ParseRoutes(DumpNetlink(RTM_GETROUTE, "network routes"));
+  return ParseRoutes(DumpRoutingNetlink(RTM_GETROUTE, "network routes"));
 }
 
 std::vector<NetworkNeighbor> ParseNeighbors(std::string_view answer) {
@@ -170,7 +156,7 @@ std::vector<NetworkNeighbor> ParseNeighbors(std::string_view answer) {
 }
 
 std::vector<NetworkNeighbor> ReadNeighbors() {
-  return ParseNeighbors(DumpNetlink(RTM_GETNEIGH, "network neighbors"));
+  return ParseNeighbors(DumpRoutingNetlink(RTM_GETNEIGH, "network neighbors"));
 }
 
 }  // namespace Kestrel::Host

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "plugins/host/network/WordFilter.h"
+
 namespace Kestrel::Host {
 
 /// A next hop of a route.
@@ -21,14 +23,20 @@ struct NetworkRoute {
   long family = 0;          ///< 4 or 6.
   std::string destination;  ///< "default", or an address without its prefix length.
   long prefixLength = 0;
-  std::string source;  ///< The preferred local address; empty for none.
-  std::string protocol;
-  std::string scope;
-  std::string type;  ///< "unicast", "local", "broadcast", "blackhole", ...
-  long table = 0;
+  std::string source;     ///< The preferred local address; empty for none.
+  unsigned protocol = 0;  ///< RTPROT_...
+  unsigned scope = 0;     ///< RT_SCOPE_...
+  unsigned type = 0;      ///< RTN_...
+  unsigned table = 0;     ///< RT_TABLE_..., or the number of another table.
   long metric = 0;
   std::vector<NextHop> nextHops;  ///< None for a route that discards packets.
 };
+
+/// Returns the word for a type of route: "unicast", "local", "broadcast", "blackhole", ... or its
+/// number.
+std::string RouteTypeName(unsigned type);
+/// The words that a user may write for a type of route.
+const WordSet& RouteTypeWords();
 
 /// Parses the IPv4 and IPv6 routes in an answer to RTM_GETROUTE. Skips cached routes.
 std::vector<NetworkRoute> ParseRoutes(std::string_view answer);
@@ -44,6 +52,9 @@ struct NetworkNeighbor {
   std::string state;        ///< "reachable", "stale", ...
   bool isRouter = false;
 };
+
+/// The words that a user may write for the state of a neighbor.
+const WordSet& NeighborStateWords();
 
 /// Parses the IPv4 and IPv6 neighbors in an answer to RTM_GETNEIGH.
 std::vector<NetworkNeighbor> ParseNeighbors(std::string_view answer);

@@ -3,7 +3,6 @@
 
 #pragma once
 
-#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,26 +27,21 @@ struct Socket {
   long family = 0;       ///< 4 or 6; 0 for a Unix socket.
   SocketEndpoint local;
   SocketEndpoint remote;
-  std::string path;       ///< The path of a Unix socket; "@" precedes an abstract name.
-  long receiveQueue = 0;  ///< In bytes; for a listening socket, the number of waiting connections.
-  long sendQueue = 0;     ///< In bytes.
-  long userId = -1;       ///< -1 if the kernel does not report it.
-  long inode = 0;         ///< 0 if no process has the socket open.
+  std::string path;        ///< The path of a Unix socket; "@" precedes an abstract name.
+  std::string remotePath;  ///< That of the socket to which a Unix socket is connected.
+  long receiveQueue = 0;   ///< In bytes; for a listening socket, the number of waiting connections.
+  long sendQueue = 0;      ///< In bytes; for a listening Unix socket, how many may wait.
+  long userId = -1;        ///< -1 if the kernel does not report it.
+  long inode = 0;          ///< 0 if no process has the socket open.
 };
 
 /// Parses a table in the format of /proc/net/tcp for a protocol ("tcp" or "udp") and an address
 /// family (4 or 6). Skips damaged lines.
 std::vector<Socket> ParseInternetSockets(std::string_view table, const std::string& protocol,
                                          long family);
-/// Parses a table in the format of /proc/net/unix.
-std::vector<Socket> ParseUnixSockets(std::string_view table);
 
-/// Returns the sockets in the tables tcp, tcp6, udp, udp6 and unix of a folder, usually
-/// "/proc/net". Throws KestrelException if none of the tables can be read.
-std::vector<Socket> ReadSockets(const std::string& folder);
-
-/// Maps the inodes of sockets to the processes that have them open. Skips processes whose
-/// descriptors this process may not list.
-std::map<long, std::vector<long>> ReadSocketOwners(const std::string& procFolder);
+/// Returns the sockets of a protocol ("tcp" or "udp") in its two tables in a folder, usually
+/// "/proc/net". Throws KestrelException if one cannot be read; a kernel without IPv6 has only one.
+std::vector<Socket> ReadInternetSockets(const std::string& folder, const std::string& protocol);
 
 }  // namespace Kestrel::Host

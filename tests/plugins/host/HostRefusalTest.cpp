@@ -54,7 +54,6 @@ std::string Missing(const std::string& parameter) {
   return "Missing required parameter --" + parameter;
 }
 
-constexpr const char* kInterface = "[^/\\s]{1,15}";
 constexpr const char* kParameterName = "[^./]+([./][^./]+)*";
 
 class HostRefusalTest : public ::testing::TestWithParam<Refusal> {};
@@ -173,57 +172,44 @@ const Refusal kStorageRefusals[] = {
 
 const Refusal kNetworkRefusals[] = {
     {"AddressFamily", "network address list", {{"family", "5"}}, OneOf("family", "[4, 6]")},
-    {"AddressScope",
-     "network address list",
-     {{"scope", "world"}},
-     OneOf("scope", "[global, site, link, host] got 'world'")},
     {"PrefixBeyondAnAddress",
      "network address list",
      {{"prefix-length", "129"}},
      Range("prefix-length", "0-128")},
-    {"InterfaceWithASlash",
-     "network address list",
-     {{"interface", "a/b"}},
-     Pattern("interface", kInterface)},
-    {"InterfaceThatIsTooLong",
-     "network counter list",
-     {{"interface", "sixteen-bytes-xy"}},
-     Pattern("interface", kInterface)},
     {"InterfaceWithASpace",
      "network interface get",
      {{"interface", "eth 0"}},
-     Pattern("interface", kInterface)},
+     "There is no network interface named 'eth 0'"},
     {"InterfaceWithoutAName",
      "network interface get",
      {{"interface", ""}},
-     Pattern("interface", kInterface)},
+     "There is no network interface named ''"},
     {"NoInterface", "network interface get", {}, Missing("interface")},
     {"InterfaceState",
      "network interface list",
-     {{"state", "up"}},
-     OneOf("state", "[UP, DOWN, LOWERLAYERDOWN, DORMANT, TESTING, NOTPRESENT, UNKNOWN] got 'up'")},
+     {{"state", "upp"}},
+     "There is no such state: 'upp'; --state is one of: UNKNOWN, NOTPRESENT, DOWN, LOWERLAYERDOWN, "
+     "TESTING, DORMANT, UP"},
     {"InterfaceUp", "network interface list", {{"up", "UP"}}, Boolean("up", "UP")},
     {"ConnectionProtocol",
      "network connection list",
      {{"protocol", "sctp"}},
-     OneOf("protocol", "[tcp, udp, unix] got 'sctp'")},
+     "There is no such protocol: 'sctp'; --protocol is one of: tcp, udp, unix"},
     {"ConnectionState",
      "network connection list",
      {{"state", "open"}},
-     OneOf("state",
-           "[listen, established, unconnected, connected, connecting, disconnecting, syn-sent, "
-           "syn-received, fin-wait-1, fin-wait-2, close-wait, last-ack, closing, time-wait, "
-           "closed] got 'open'")},
+     "There is no such state: 'open'; --state is one of: listen, established, syn-sent, "
+     "syn-received, fin-wait-1, fin-wait-2, close-wait, last-ack, closing, time-wait, closed, "
+     "connected, unconnected"},
     {"PortZero", "network connection list", {{"port", "0"}}, Range("port", "1-65535")},
     {"PortBeyond16Bits", "network connection list", {{"port", "65536"}}, Range("port", "1-65535")},
     {"PortByName", "network connection list", {{"port", "ssh"}}, Integer("port", "ssh")},
     {"NeighborState",
      "network neighbor list",
      {{"state", "lost"}},
-     OneOf("state",
-           "[none, incomplete, reachable, stale, delay, probe, failed, noarp, permanent] got "
-           "'lost'")},
-    {"RouteTableZero", "network route list", {{"table", "0"}}, Range("table", "1-4294967295")},
+     "There is no such state: 'lost'; --state is one of: none, incomplete, reachable, stale, "
+     "delay, "
+     "probe, failed, noarp, permanent"},
     {"RouteFamily", "network route list", {{"family", "0"}}, OneOf("family", "[4, 6]")},
     {"ActiveIsNoFlag", "network counter list", {{"active", "1"}}, Flag("active", "1")},
 };

@@ -50,6 +50,25 @@ TEST(HostFileTest, ReadsAFileOfAnySizeToItsEnd) {
   }
 }
 
+TEST(HostFileTest, AFolderThatCannotBeReadIsNotAnEmptyOne) {
+  const ScopedTempDir folder;
+  EXPECT_THAT(ReadFolder(folder.GetPath()), Optional(IsEmpty()));
+  EXPECT_EQ(ReadFolder(folder.GetPath("absent")), std::nullopt);
+  EXPECT_EQ(errno, ENOENT);
+  EXPECT_EQ(ReadFolder(folder.Write("file", "")), std::nullopt);
+  EXPECT_EQ(errno, ENOTDIR);
+}
+
+TEST(HostFileTest, AFileThatNeedNotExistIsReadIfItDoes) {
+  const ScopedTempDir folder;
+  EXPECT_EQ(ReadExistingFile(folder.GetPath("absent")), std::nullopt);
+  EXPECT_THAT(ReadExistingFile(folder.Write("file", "text")), Optional(std::string("text")));
+  EXPECT_EQ(ReadExistingFile(folder.GetPath("file/below")), std::nullopt);
+  EXPECT_THAT(
+      [&] { ReadExistingFile(folder.GetPath()); },
+      ThrowsMessage<KestrelException>("Unable to read " + folder.GetPath() + ": Is a directory"));
+}
+
 TEST(HostFileTest, ReturnsNothingForAMissingFileAndAFolder) {
   const ScopedTempDir folder;
   EXPECT_EQ(ReadFile(folder.GetPath("absent")), std::nullopt);
@@ -85,6 +104,7 @@ TEST(HostFileTest, ListsNamesInByteOrder) {
   }
   EXPECT_THAT(ListFolder(folder.GetPath()), ElementsAre(".hidden", "10", "9", "Z", "a", "b"));
   EXPECT_THAT(ListFolder(folder.GetPath("absent")), IsEmpty());
+  EXPECT_THAT(ReadFolder(folder.GetPath()), Optional(ListFolder(folder.GetPath())));
 }
 
 TEST(HostFileTest, FollowsALinkOfAnyLength) {

@@ -31,13 +31,11 @@ class ConnectionMachineTest : public MadeUpMachineTest {
     File(
         "proc/net/udp",
         "   0: 00000000:0035 00000000:0000 07 00000000:00000000 00:00000000 00000000   101 0 14\n");
-    File("proc/net/unix",
-         "Num       RefCount Protocol Flags    Type St Inode Path\n"
-         "0000000000000000: 00000002 00000000 00010000 0001 01 15 /run/a b\x1b\n"
-         "0000000000000000: 00000003 00000000 00000000 0002 03 16\n");
+    File("proc/20/comm", "sshd\n");
     Link("proc/20/fd/3", "socket:[11]");
-    Link("proc/20/fd/4", "socket:[15]");
+    File("proc/7/comm", "a\x1b[2Jb\n");
     Link("proc/7/fd/9", "socket:[11]");
+    File("proc/8/comm", "cat\n");
     Link("proc/8/fd/0", "/dev/null");
   }
 
@@ -48,22 +46,21 @@ class ConnectionMachineTest : public MadeUpMachineTest {
 
 TEST_F(ConnectionMachineTest, ListsConnections) {
   ExpectPrinted("network connection list",
-                "Protocol  State        Local            Remote         Processes\n"
-                "--------  -----------  ---------------  -------------  ---------\n"
-                "tcp       listen       127.0.0.1:22     0.0.0.0:*      \n"
-                "tcp       established  192.0.2.5:49153  192.0.2.9:443  \n"
-                "tcp       time-wait    192.0.2.5:49154  192.0.2.9:443  \n"
-                "tcp       listen       [::1]:22         [::]:*         \n"
-                "udp       unconnected  0.0.0.0:53       0.0.0.0:*      \n");
+                "Protocol  State        Recv-Q  Send-Q  Local            Remote\n"
+                "--------  -----------  ------  ------  ---------------  ------\n"
+                "tcp       listen            3       0  127.0.0.1:22     0.0.0.0:*\n"
+                "tcp       established      11      10  192.0.2.5:49153  192.0.2.9:443\n"
+                "tcp       time-wait         0       0  192.0.2.5:49154  192.0.2.9:443\n"
+                "tcp       listen            0       0  [::1]:22         [::]:*\n"
+                "udp       unconnected       0       0  0.0.0.0:53       0.0.0.0:*\n");
 }
 
 TEST_F(ConnectionMachineTest, NamesTheProcessesWhenAsked) {
-  ExpectPrinted("network connection list --all --processes --state listen",
+  ExpectPrinted("network connection list --processes --state listen",
                 "Protocol  State   Local         Remote     Processes\n"
                 "--------  ------  ------------  ---------  ---------\n"
-                "tcp       listen  127.0.0.1:22  0.0.0.0:*  7, 20\n"
-                "tcp       listen  [::1]:22      [::]:*     \n"
-                "unix      listen  /run/a b\\x1b             20\n");
+                "tcp       listen  127.0.0.1:22  0.0.0.0:*  a\\x1b[2Jb (7), sshd (20)\n"
+                "tcp       listen  [::1]:22      [::]:*     \n");
 }
 
 TEST_F(ConnectionMachineTest, ShowsEveryFieldOfASocket) {
@@ -79,27 +76,24 @@ TEST_F(ConnectionMachineTest, ShowsEveryFieldOfASocket) {
                                  {"Remote", "192.0.2.9:443"},
                                  {"Remote Address", "192.0.2.9"},
                                  {"Remote Port", "443"},
-                                 {"Receive Queue", "11"},
-                                 {"Send Queue", "10"},
+                                 {"Recv-Q", "11"},
+                                 {"Send-Q", "10"},
                                  {"User Id", "0"},
                                  {"Inode", "12"},
-                                 {"Processes", ""}})));
-    EXPECT_THAT(CallRows("network connection list", {{"protocol", "unix"}, {"state", "connected"}}),
-                ElementsAre(Row({{"Protocol", "unix"},
-                                 {"Type", "datagram"},
-                                 {"Family", "0"},
-                                 {"State", "connected"},
-                                 {"Local", ""},
-                                 {"Local Address", ""},
-                                 {"Local Port", "0"},
-                                 {"Remote", ""},
-                                 {"Remote Address", ""},
-                                 {"Remote Port", "0"},
-                                 {"Receive Queue", "0"},
-                                 {"Send Queue", "0"},
-                                 {"User Id", "-1"},
-                                 {"Inode", "16"},
-                                 {"Processes", ""}})));
+                                 {"Processes", ""},
+                                 {"Process Ids", ""}})));
+  });
+}
+
+TEST_F(ConnectionMachineTest, ReadsOnlyWhatIsAskedFor) {
+  File("proc/net/udp", "damaged\n");
+  Folder("proc/net/udp6");
+  RunThere([] {
+    EXPECT_EQ(Inodes({{"protocol", "tcp"}}).size(), 4u);
+    EXPECT_THAT(CallErrors("network connection list", {{"protocol", "udp"}}),
+                ElementsAre("Unable to read /proc/net/udp6: Is a directory"));
+    EXPECT_THAT(CallErrors("network connection list"),
+                ElementsAre("Unable to read /proc/net/udp6: Is a directory"));
   });
 }
 
@@ -111,14 +105,17 @@ struct ConnectionFilterCase {
 
 const ConnectionFilterCase kConnectionFilters[] = {
     {"None", {}, {"11", "12", "0", "13", "14"}},
-    {"All", {{"all", ""}}, {"11", "12", "0", "13", "14", "15", "16"}},
     {"Protocol", {{"protocol", "udp"}}, {"14"}},
-    {"Protocols", {{"protocol", "udp"}, {"protocol", "unix"}}, {"14", "15", "16"}},
+    {"ProtocolInUpperCase", {{"protocol", "UDP"}}, {"14"}},
+    {"Protocols", {{"protocol", "udp"}, {"protocol", "tcp"}}, {"11", "12", "0", "13", "14"}},
     {"Family4", {{"family", "4"}}, {"11", "12", "0", "14"}},
     {"Family6", {{"family", "6"}}, {"13"}},
     {"Family4OfAll", {{"family", "4"}, {"all", ""}}, {"11", "12", "0", "14"}},
+    {"Family6OfAll", {{"family", "6"}, {"all", ""}}, {"13"}},
     {"State", {{"state", "listen"}}, {"11", "13"}},
     {"States", {{"state", "time-wait"}, {"state", "unconnected"}}, {"0", "14"}},
+    {"StateInUpperCase", {{"state", "TIME_WAIT"}, {"state", "Unconn"}}, {"0", "14"}},
+    {"StateByNumber", {{"state", "10"}}, {"11", "13"}},
     {"StateOfNone", {{"state", "closing"}}, {}},
     {"LocalPort", {{"port", "22"}}, {"11", "13"}},
     {"RemotePort", {{"port", "443"}}, {"12", "0"}},

@@ -135,14 +135,14 @@ TEST(NetlinkTest, NumbersFamilies) {
 }
 
 TEST(NetlinkTest, TheKernelNamesItsInterfaces) {
-  EXPECT_THAT(Messages(DumpNetlink(RTM_GETLINK, "network interfaces")),
+  EXPECT_THAT(Messages(DumpRoutingNetlink(RTM_GETLINK, "network interfaces")),
               ::testing::Contains(Pair(RTM_NEWLINK, ::testing::_)));
 }
 
 TEST(NetlinkTest, ARequestThatTheKernelDoesNotKnowIsAnError) {
   // In a network namespace of our own, missing permissions cannot be the reason.
   const std::string refusal = Testing::RunInNamespaces(CLONE_NEWNET, [] {
-    EXPECT_THAT([] { DumpNetlink(RTM_MAX | 3, "wishes"); },
+    EXPECT_THAT([] { DumpRoutingNetlink(RTM_MAX | 3, "wishes"); },
                 ThrowsMessage<KestrelException>(
                     "Unable to ask the kernel for its wishes: Operation not supported"));
   });
@@ -159,7 +159,7 @@ TEST(NetlinkTest, WithoutASocketThereIsAnError) {
   ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &limit), 0);
   const rlimit none = {0, limit.rlim_max};
   ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
-  EXPECT_THAT([] { DumpNetlink(RTM_GETLINK, "network interfaces"); },
+  EXPECT_THAT([] { DumpRoutingNetlink(RTM_GETLINK, "network interfaces"); },
               ThrowsMessage<KestrelException>(
                   "Unable to ask the kernel for its network interfaces: Too many open files"));
   ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &limit), 0);

@@ -10,13 +10,16 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstring>
 
 #include "plugins/host/support/HostCall.h"
 #include "plugins/host/support/Namespaces.h"
+#include "plugins/host/support/PlainUser.h"
 #include "plugins/host/support/Rows.h"
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
@@ -28,6 +31,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Not;
+using ::testing::NotNull;
 using ::testing::UnorderedElementsAre;
 
 constexpr const char* kCommand = "network connection list";
@@ -74,6 +78,13 @@ class Socket {
     EXPECT_EQ(::connect(number_, &place_.any, size_), 0) << std::strerror(errno);
     return *this;
   }
+  Socket& ConnectPath(const std::string& path) {
+    sockaddr_un remote = {};
+    remote.sun_family = AF_UNIX;
+    path.copy(remote.sun_path, sizeof(remote.sun_path) - 1);
+    EXPECT_EQ(::connect(number_, reinterpret_cast<sockaddr*>(&remote), sizeof(remote)), 0);
+    return *this;
+  }
   int Accept() const { return ::accept(number_, nullptr, nullptr); }
 
  private:
@@ -111,6 +122,11 @@ Row RowOf(const std::string& inode, const Parameters& parameters) {
   return {};
 }
 
+std::string ThisProcess() {
+  const std::string name = Witness("cat /proc/$PPID/comm");
+  return name.substr(0, name.size() - 1) + " (" + std::to_string(::getpid()) + ")";
+}
+
 TEST(NetworkConnectionListTest, ListsBothEndsOfAConnection) {
   const std::string refusal = RunInNamespaces(CLONE_NEWNET, [] {
     Witness("ip link set lo up");
@@ -118,7 +134,7 @@ TEST(NetworkConnectionListTest, ListsBothEndsOfAConnection) {
     listener.Bind("127.0.0.1", 8080).Listen();
     Socket client(AF_INET, SOCK_STREAM);
     client.Bind("127.0.0.2", 9090).Connect("127.0.0.1", 8080);
-    EXPECT_EQ(RowOf(listener.GetInode(), {}).at("Receive Queue"), "1");
+    EXPECT_EQ(RowOf(listener.GetInode(), {}).at("Recv-Q"), "1");
     const Socket server(listener.Accept());
     ASSERT_EQ(::send(client.Get(), "hello", 5, 0), 5);
 
@@ -133,11 +149,12 @@ TEST(NetworkConnectionListTest, ListsBothEndsOfAConnection) {
                                                    {"Remote", "0.0.0.0:*"},
                                                    {"Remote Address", "0.0.0.0"},
                                                    {"Remote Port", "0"},
-                                                   {"Receive Queue", "0"},
-                                                   {"Send Queue", "0"},
+                                                   {"Recv-Q", "0"},
+                                                   {"Send-Q", "0"},
                                                    {"User Id", user},
                                                    {"Inode", listener.GetInode()},
-                                                   {"Processes", ""}}));
+                                                   {"Processes", ""},
+                                                   {"Process Ids", ""}}));
     EXPECT_EQ(RowOf(server.GetInode(), {{"processes", ""}}),
               (Row{{"Protocol", "tcp"},
                    {"Type", "stream"},
@@ -149,11 +166,12 @@ TEST(NetworkConnectionListTest, ListsBothEndsOfAConnection) {
                    {"Remote", "127.0.0.2:9090"},
                    {"Remote Address", "127.0.0.2"},
                    {"Remote Port", "9090"},
-                   {"Receive Queue", "5"},
-                   {"Send Queue", "0"},
+                   {"Recv-Q", "5"},
+                   {"Send-Q", "0"},
                    {"User Id", user},
                    {"Inode", server.GetInode()},
-                   {"Processes", std::to_string(::getpid())}}));
+                   {"Processes", ThisProcess()},
+                   {"Process Ids", std::to_string(::getpid())}}));
   });
   if (!refusal.empty()) {
     GTEST_SKIP() << refusal;
@@ -197,8 +215,8 @@ std::vector<Row> SsInternetRows() {
     };
     rows.push_back({{"Protocol", words.at(0)},
                     {"State", StateName(words.at(0), words.at(1))},
-                    {"Receive Queue", isListening ? "" : words.at(2)},
-                    {"Send Queue", isListening ? "" : words.at(3)},
+                    {"Recv-Q", isListening ? "" : words.at(2)},
+                    {"Send-Q", isListening ? "" : words.at(3)},
                     {"Local", end(words.at(4))},
                     {"Remote", end(words.at(5))},
                     {"User Id", Attribute(words, "uid:")},
@@ -209,13 +227,12 @@ std::vector<Row> SsInternetRows() {
 }
 
 std::vector<Row> ListedInternetRows() {
-  std::vector<Row> rows = OnlyFields(
-      CallRows(kCommand),
-      {"Protocol", "State", "Receive Queue", "Send Queue", "Local", "Remote", "User Id", "Inode"});
+  std::vector<Row> rows = OnlyFields(CallRows(kCommand), {"Protocol", "State", "Recv-Q", "Send-Q",
+                                                          "Local", "Remote", "User Id", "Inode"});
   for (Row& row : rows) {
     if (row.at("State") == "listen") {
-      row["Receive Queue"].clear();
-      row["Send Queue"].clear();
+      row["Recv-Q"].clear();
+      row["Send-Q"].clear();
     }
   }
   std::sort(rows.begin(), rows.end());
@@ -272,29 +289,102 @@ TEST(NetworkConnectionListTest, ListsUnixSockets) {
   const Socket one(pair[0]);
   const Socket two(pair[1]);
   const auto expected = [](const char* type, const char* state, const std::string& path,
-                           const Socket& socket) {
+                           const Socket& socket, const char* waiting) {
     return Row{{"Protocol", "unix"},
                {"Type", type},
                {"Family", "0"},
                {"State", state},
                {"Local", path},
-               {"Local Address", ""},
+               {"Local Address", "none"},
                {"Local Port", "0"},
-               {"Remote", ""},
-               {"Remote Address", ""},
+               {"Remote", "none"},
+               {"Remote Address", "none"},
                {"Remote Port", "0"},
-               {"Receive Queue", "0"},
-               {"Send Queue", "0"},
-               {"User Id", "-1"},
+               {"Recv-Q", "0"},
+               {"Send-Q", waiting},
+               {"User Id", std::to_string(::getuid())},
                {"Inode", socket.GetInode()},
-               {"Processes", std::to_string(::getpid())}};
+               {"Processes", ThisProcess()},
+               {"Process Ids", std::to_string(::getpid())}};
   };
   EXPECT_EQ(RowOf(stream.GetInode(), parameters),
-            expected("stream", "listen", folder.GetPath("a blank\\x0aand lines"), stream));
+            expected("stream", "listen", folder.GetPath("a blank\\x0aand lines"), stream, "5"));
   EXPECT_EQ(RowOf(packets.GetInode(), parameters),
-            expected("seqpacket", "unconnected", "@hidden", packets));
-  EXPECT_EQ(RowOf(one.GetInode(), parameters), expected("datagram", "connected", "", one));
+            expected("seqpacket", "unconnected", "@hidden", packets, "0"));
+  EXPECT_EQ(RowOf(one.GetInode(), parameters), expected("datagram", "connected", "none", one, "0"));
   EXPECT_EQ(RowOf(two.GetInode(), parameters).at("State"), "connected");
+}
+
+// A name that looks like another line of /proc/net/unix.
+TEST(NetworkConnectionListTest, ANameForgesNoRow) {
+  const std::string refusal = RunInNamespaces(CLONE_NEWNET, [] {
+    const std::string name =
+        std::string("\0x\n", 3) +
+        "0000000000000000: 00000002 00000000 00010000 0001 01 4242 /run/forged";
+    Socket socket(AF_UNIX, SOCK_STREAM);
+    socket.BindPath(name).Listen();
+    ASSERT_THAT(Witness("cat /proc/net/unix"), ::testing::HasSubstr("\n0000000000000000: 00000002 "
+                                                                    "00000000 00010000 0001 01 "
+                                                                    "4242 /run/forged\n"));
+    const std::vector<Row> rows = CallRows(kCommand, {{"protocol", "unix"}});
+    ASSERT_EQ(rows.size(), 1u);
+    EXPECT_EQ(rows[0].at("Inode"), socket.GetInode());
+    EXPECT_EQ(rows[0].at("Local"), "@x\\x0a" + name.substr(3));
+  });
+  if (!refusal.empty()) {
+    GTEST_SKIP() << refusal;
+  }
+}
+
+TEST(NetworkConnectionListTest, NamesTheOtherEndOfAUnixConnection) {
+  const ScopedTempDir folder;
+  const std::string path = folder.GetPath("server");
+  Socket listener(AF_UNIX, SOCK_STREAM);
+  listener.BindPath(path).Listen();
+  Socket client(AF_UNIX, SOCK_STREAM);
+  client.ConnectPath(path);
+  const Socket server(listener.Accept());
+  ASSERT_EQ(::send(client.Get(), "hello", 5, 0), 5);
+  const Row clientRow = RowOf(client.GetInode(), {{"protocol", "unix"}});
+  EXPECT_EQ(clientRow.at("Local"), "none");
+  EXPECT_EQ(clientRow.at("Remote"), path);
+  EXPECT_EQ(clientRow.at("State"), "connected");
+  const Row serverRow = RowOf(server.GetInode(), {{"protocol", "unix"}});
+  EXPECT_EQ(serverRow.at("Local"), path);
+  EXPECT_EQ(serverRow.at("Remote"), "none");
+  EXPECT_EQ(serverRow.at("Recv-Q"), "5");
+}
+
+TEST(NetworkConnectionListTest, TheProcessesOfOthersAreUnknown) {
+  if (::geteuid() != 0) {
+    GTEST_SKIP() << "only root can become someone else";
+  }
+  const std::string refusal = RunInNamespaces(CLONE_NEWNET, [] {
+    std::string inode;
+    pid_t holder = 0;
+    {
+      Socket listener(AF_INET, SOCK_STREAM);
+      inode = listener.Bind("0.0.0.0", 1001).Listen().GetInode();
+      holder = ::fork();
+      if (holder == 0) {
+        ::pause();
+        ::_exit(0);
+      }
+    }
+    EXPECT_EQ(RowOf(inode, {{"processes", ""}}).at("Process Ids"), std::to_string(holder));
+    {
+      const PlainUser user;
+      const Row row = RowOf(inode, {{"processes", ""}});
+      EXPECT_EQ(row.at("Processes"), "unknown");
+      EXPECT_EQ(row.at("Process Ids"), "");
+      EXPECT_EQ(RowOf(inode, {}).at("Processes"), "") << "without --processes";
+    }
+    ::kill(holder, SIGKILL);
+    ::waitpid(holder, nullptr, 0);
+  });
+  if (!refusal.empty()) {
+    GTEST_SKIP() << refusal;
+  }
 }
 
 std::vector<Row> SsLocalRows() {
@@ -306,7 +396,9 @@ std::vector<Row> SsLocalRows() {
     rows.push_back({{"Inode", words.at(5)},
                     {"Type", types.at(words.at(0))},
                     {"State", StateName("unix", words.at(1))},
-                    {"Local", words.at(4) == "*" ? "" : words.at(4)}});
+                    {"Recv-Q", words.at(2)},
+                    {"Send-Q", words.at(3)},
+                    {"Local", words.at(4) == "*" ? "none" : words.at(4)}});
   }
   std::sort(rows.begin(), rows.end());
   return rows;
@@ -325,8 +417,9 @@ TEST(NetworkConnectionListTest, AgreesWithSsAboutUnixSockets) {
     const Socket two(pair[1]);
     const Agreement agreement = Compare(
         [] {
-          std::vector<Row> rows = OnlyFields(CallRows(kCommand, {{"protocol", "unix"}}),
-                                             {"Inode", "Type", "State", "Local"});
+          std::vector<Row> rows =
+              OnlyFields(CallRows(kCommand, {{"protocol", "unix"}}),
+                         {"Inode", "Type", "State", "Recv-Q", "Send-Q", "Local"});
           std::sort(rows.begin(), rows.end());
           return rows;
         },
@@ -379,8 +472,10 @@ TEST(NetworkConnectionListTest, WithoutTheKernelsTablesThereIsAMessage) {
   const std::string refusal = RunInNamespaces(CLONE_NEWNS, [] {
     Call(kCommand);  // loads the plug-in while /proc is mounted
     ASSERT_EQ(::mount("none", "/proc", "tmpfs", 0, nullptr), 0);
-    EXPECT_THAT(Call(kCommand).GetErrors(), ElementsAre("Unable to read any table "
-                                                        "of connections in /proc/net"));
+    EXPECT_THAT(Call(kCommand).GetErrors(),
+                ElementsAre("Unable to read /proc/net/tcp: No such file or directory"));
+    EXPECT_THAT(Call(kCommand, {{"protocol", "unix"}}).GetErrors(), IsEmpty());
+    EXPECT_THAT(Call(kCommand, {{"protocol", "unix"}, {"processes", ""}}).GetValue(), NotNull());
   });
   if (!refusal.empty()) {
     GTEST_SKIP() << refusal;
@@ -393,15 +488,13 @@ TEST(NetworkConnectionListTest, RejectsInvalidPortsProtocolsAndStates) {
                           "range 1-65535",
                           "Invalid data constraint for parameter 'port'. Expected integer in the "
                           "range 1-65535"));
-  EXPECT_THAT(Call(kCommand, {{"protocol", "icmp"}}).GetErrors(),
-              ElementsAre("Invalid data constraint for parameter 'protocol'. Expected a single "
-                          "value from the set [tcp, udp, unix] got 'icmp'"));
-  EXPECT_THAT(
-      Call(kCommand, {{"state", "open"}}).GetErrors(),
-      ElementsAre("Invalid data constraint for parameter 'state'. Expected a single value from the "
-                  "set [listen, established, unconnected, connected, connecting, disconnecting, "
-                  "syn-sent, syn-received, fin-wait-1, fin-wait-2, close-wait, last-ack, closing, "
-                  "time-wait, closed] got 'open'"));
+  EXPECT_THAT(Call(kCommand, {{"protocol", "icmp"}, {"state", "open"}}).GetErrors(),
+              ElementsAre("There is no such protocol: 'icmp'; --protocol is one of: tcp, udp, unix",
+                          "There is no such state: 'open'; --state is one of: listen, established, "
+                          "syn-sent, syn-received, fin-wait-1, fin-wait-2, close-wait, last-ack, "
+                          "closing, time-wait, closed, connected, unconnected"));
+  EXPECT_THAT(Call(kCommand, {{"all", ""}, {"protocol", "tcp"}}).GetErrors(),
+              ElementsAre("--all lists all protocols, so --protocol cannot be used too."));
 }
 
 }  // namespace

@@ -49,10 +49,10 @@ TEST(NetworkRoutesTest, ReadsEveryAttribute) {
   EXPECT_EQ(route.destination, "192.0.2.0");
   EXPECT_EQ(route.prefixLength, 24);
   EXPECT_EQ(route.source, "192.0.2.5");
-  EXPECT_EQ(route.protocol, "kernel");
-  EXPECT_EQ(route.scope, "link");
-  EXPECT_EQ(route.type, "unicast");
-  EXPECT_EQ(route.table, 1000);
+  EXPECT_EQ(route.protocol, RTPROT_KERNEL);
+  EXPECT_EQ(route.scope, RT_SCOPE_LINK);
+  EXPECT_EQ(route.type, RTN_UNICAST);
+  EXPECT_EQ(route.table, 1000u);
   EXPECT_EQ(route.metric, 100);
   ASSERT_EQ(route.nextHops.size(), 1u);
   EXPECT_EQ(route.nextHops[0].gateway, "192.0.2.1");
@@ -61,7 +61,7 @@ TEST(NetworkRoutesTest, ReadsEveryAttribute) {
 }
 
 TEST(NetworkRoutesTest, TheTableOfAnOlderKernelIsInTheHeader) {
-  EXPECT_EQ(OnlyRoute(RouteHeader(AF_INET, 0), "").table, RT_TABLE_MAIN);
+  EXPECT_EQ(OnlyRoute(RouteHeader(AF_INET, 0), "").table, unsigned{RT_TABLE_MAIN});
 }
 
 TEST(NetworkRoutesTest, WithoutAddressTheDestinationIsEverything) {
@@ -74,7 +74,7 @@ TEST(NetworkRoutesTest, ARouteThatDiscardsPacketsHasNoNextHop) {
   rtmsg fixed = RouteHeader(AF_INET, 8);
   fixed.rtm_type = RTN_BLACKHOLE;
   const NetworkRoute route = OnlyRoute(fixed, Attribute(RTA_DST, AddressBytes("10.0.0.0")));
-  EXPECT_EQ(route.type, "blackhole");
+  EXPECT_EQ(route.type, RTN_BLACKHOLE);
   EXPECT_THAT(route.nextHops, IsEmpty());
 }
 
@@ -114,13 +114,16 @@ TEST(NetworkRoutesTest, NextHopsThatAreCutShortEndTheList) {
   }
 }
 
-TEST(NetworkRoutesTest, UnknownNumbersAreWrittenInDigits) {
+TEST(NetworkRoutesTest, KeepsTheLargestNumbers) {
   rtmsg fixed = RouteHeader(AF_INET, 0);
-  fixed.rtm_protocol = 250;
-  fixed.rtm_type = 251;
-  const NetworkRoute route = OnlyRoute(fixed, "");
-  EXPECT_EQ(route.protocol, "250");
-  EXPECT_EQ(route.type, "251");
+  fixed.rtm_protocol = 255;
+  fixed.rtm_scope = 255;
+  fixed.rtm_type = 255;
+  const NetworkRoute route = OnlyRoute(fixed, Attribute(RTA_TABLE, Number(0xffffffff)));
+  EXPECT_EQ(route.protocol, 255u);
+  EXPECT_EQ(route.scope, 255u);
+  EXPECT_EQ(route.type, 255u);
+  EXPECT_EQ(route.table, 0xffffffff);
 }
 
 TEST(NetworkRoutesTest, CachedRoutesAndOtherMessagesAreSkipped) {

@@ -6,16 +6,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <kestrel/KestrelException.h>
-#include <unistd.h>
 
 #include "support/ScopedTempDir.h"
 
 namespace Kestrel::Host {
 namespace {
 
-using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using ::testing::Pair;
 using ::testing::ThrowsMessage;
 
 constexpr const char* kHeader =
@@ -112,92 +109,44 @@ INSTANTIATE_TEST_SUITE_P(
                       DamageCase{"User", " 1000 ", " root "}, DamageCase{"Inode", "12345", "1x"}),
     [](const auto& row) { return std::string(row.param.name); });
 
-constexpr const char* kLocalHeader = "Num       RefCount Protocol Flags    Type St Inode Path\n";
-
-TEST(SocketTablesTest, ReadsLocalSockets) {
-  const auto sockets =
-      ParseUnixSockets(std::string(kLocalHeader) +
-                       "0000000000000000: 00000002 00000000 00010000 0001 01 11 /run/one two\n"
-                       "ffff9d1b5d2a3000: 00000003 00000000 00000000 0002 01 12\n"
-                       "0000000000000000: 00000003 00000000 00000000 0005 03    13 @abstract\n"
-                       "0000000000000000: 00000003 00000000 00000000 0009 02 14\n"
-                       "0000000000000000: 00000003 00000000 00000000 0001 04 15\n"
-                       "0000000000000000: 00000003 00000000 00000000 0001 09 16\n");
-  ASSERT_EQ(sockets.size(), 6u);
-  EXPECT_EQ(sockets[0].protocol, "unix");
-  EXPECT_EQ(sockets[0].type, "stream");
-  EXPECT_EQ(sockets[0].state, "listen");
-  EXPECT_EQ(sockets[0].family, 0);
-  EXPECT_EQ(sockets[0].path, "/run/one two");
-  EXPECT_EQ(sockets[0].inode, 11);
-  EXPECT_EQ(sockets[0].userId, -1);
-  EXPECT_EQ(sockets[0].local.ToText(), "");
-  EXPECT_EQ(sockets[1].type, "datagram");
-  EXPECT_EQ(sockets[1].state, "unconnected");
-  EXPECT_EQ(sockets[1].path, "");
-  EXPECT_EQ(sockets[2].type, "seqpacket");
-  EXPECT_EQ(sockets[2].state, "connected");
-  EXPECT_EQ(sockets[2].path, "@abstract");
-  EXPECT_EQ(sockets[3].type, "9");
-  EXPECT_EQ(sockets[3].state, "connecting");
-  EXPECT_EQ(sockets[4].state, "disconnecting");
-  EXPECT_EQ(sockets[5].state, "unknown");
-}
-
-TEST(SocketTablesTest, APathMayHoldLineBreaks) {
-  const auto sockets =
-      ParseUnixSockets(std::string(kLocalHeader) +
-                       "0000000000000000: 00000002 00000000 00010000 0001 01 11 /run/a\nb c\n\nd\n"
-                       "0000000000000000: 00000002 00000000 00010000 0001 01 12 /run/e\n");
-  ASSERT_EQ(sockets.size(), 2u);
-  EXPECT_EQ(sockets[0].path, "/run/a\nb c\n\nd");
-  EXPECT_EQ(sockets[1].path, "/run/e");
-}
-
 TEST(SocketTablesTest, EmptyTablesHoldNothing) {
   EXPECT_THAT(ParseInternetSockets("", "tcp", 4), IsEmpty());
   EXPECT_THAT(ParseInternetSockets(kHeader, "tcp", 4), IsEmpty());
-  EXPECT_THAT(ParseUnixSockets(""), IsEmpty());
-  EXPECT_THAT(ParseUnixSockets(kLocalHeader), IsEmpty());
 }
 
-TEST(SocketTablesTest, ReadsTheTablesThatAreThere) {
+TEST(SocketTablesTest, ReadsBothTablesOfAProtocol) {
   const Testing::ScopedTempDir folder;
   folder.Write("tcp", std::string(kHeader) + kListener);
-  folder.Write("unix", std::string(kLocalHeader) +
-                           "0000000000000000: 00000002 00000000 00000000 0001 01 11\n");
-  const auto sockets = ReadSockets(folder.GetPath());
+  folder.Write(
+      "tcp6",
+      "   0: 00000000000000000000000001000000:0035 00000000000000000000000000000000:0000 0A "
+      "00000000:00000000 00:00000000 00000000     0        0 9 2 0 0\n");
+  folder.Write("udp", std::string(kHeader) + kConnection);
+  const auto sockets = ReadInternetSockets(folder.GetPath(), "tcp");
   ASSERT_EQ(sockets.size(), 2u);
-  EXPECT_EQ(sockets[0].protocol, "tcp");
-  EXPECT_EQ(sockets[1].protocol, "unix");
+  EXPECT_EQ(sockets[0].family, 4);
+  EXPECT_EQ(sockets[0].inode, 12345);
+  EXPECT_EQ(sockets[1].family, 6);
+  EXPECT_EQ(sockets[1].inode, 9);
+  EXPECT_EQ(ReadInternetSockets(folder.GetPath(), "udp").at(0).protocol, "udp");
 }
 
-TEST(SocketTablesTest, WithoutAnyTableThereIsAnError) {
-  EXPECT_THAT([] { ReadSockets("/nonexistent/net"); },
-              ThrowsMessage<KestrelException>(
-                  "Unable to read any table of connections in /nonexistent/net"));
-}
-
-TEST(SocketTablesTest, FindsTheOwnersOfASocket) {
+TEST(SocketTablesTest, AKernelWithoutIpv6HasOneTable) {
   const Testing::ScopedTempDir folder;
-  const auto link = [&folder](const std::string& process, const char* number, const char* target) {
-    const std::string path = folder.MakeDirectory(process + "/fd") + "/" + number;
-    ASSERT_EQ(::symlink(target, path.c_str()), 0);
-  };
-  link("20", "0", "/dev/null");
-  link("20", "3", "socket:[777]");
-  link("20", "4", "socket:[777]");
-  link("100", "3", "socket:[777]");
-  link("100", "5", "socket:[12]");
-  link("100", "6", "socket:[x]");
-  link("100", "7", "socket:[5");
-  link("self", "3", "socket:[999]");
-  EXPECT_THAT(ReadSocketOwners(folder.GetPath()),
-              ElementsAre(Pair(12, ElementsAre(100)), Pair(777, ElementsAre(20, 100))));
+  folder.Write("tcp", std::string(kHeader) + kListener);
+  EXPECT_EQ(ReadInternetSockets(folder.GetPath(), "tcp").size(), 1u);
 }
 
-TEST(SocketTablesTest, WithoutProcessesNoSocketHasAnOwner) {
-  EXPECT_THAT(ReadSocketOwners("/nonexistent"), IsEmpty());
+TEST(SocketTablesTest, ATableThatCannotBeReadIsAnError) {
+  const Testing::ScopedTempDir folder;
+  folder.MakeDirectory("udp6");
+  folder.Write("udp", kHeader);
+  EXPECT_THAT([&] { ReadInternetSockets(folder.GetPath(), "tcp"); },
+              ThrowsMessage<KestrelException>("Unable to read " + folder.GetPath("tcp") +
+                                              ": No such file or directory"));
+  EXPECT_THAT([&] { ReadInternetSockets(folder.GetPath(), "udp"); },
+              ThrowsMessage<KestrelException>("Unable to read " + folder.GetPath("udp6") +
+                                              ": Is a directory"));
 }
 
 struct EndpointCase {
@@ -238,14 +187,6 @@ TEST(SocketTablesTest, ALastLineNeedsNoLineFeed) {
   std::string line = kListener;
   line.pop_back();
   EXPECT_EQ(ParseInternetSockets(line, "tcp", 4).size(), 1u);
-}
-
-TEST(SocketTablesTest, EveryShorterUnixLineIsReadWithoutHarm) {
-  const std::string line = "0000000000000000: 00000002 00000000 00010000 0001 01 11 /run/x";
-  for (std::size_t size = 0; size <= line.size(); ++size) {
-    const std::string part(line, 0, size);
-    EXPECT_EQ(ParseUnixSockets(part).size(), size > line.find("11") ? 1u : 0u) << size;
-  }
 }
 
 }  // namespace

@@ -1,0 +1,20 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Kestrel::Testing {
+
+/// The names and contents of files; a name may contain folders.
+using Files = std::vector<std::pair<std::string, std::string>>;
+
+/// Runs `body` in a child process whose /etc contains only these files. Returns an empty string, or
+/// the reason if this machine does not allow it and `body` did not run.
+std::string RunWithEtc(const Files& files, const std::function<void()>& body);
+
+}  // namespace Kestrel::Testing

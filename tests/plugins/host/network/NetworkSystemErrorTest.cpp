@@ -1,0 +1,144 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <string>
+#include <tuple>
+
+#include "plugins/host/support/ForbiddenCalls.h"
+#include "plugins/host/support/HostCall.h"
+#include "plugins/host/support/Namespaces.h"
+#include "support/Sanitizer.h"
+
+// The commands below "network" when the system refuses what they need: the result is the whole one
+// or an error, never a shorter list.
+namespace Kestrel::Testing {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+struct Reader {
+  const char* name;
+  const char* command;
+  Parameters parameters;
+  bool readsFiles;
+  bool asksTheKernel;
+};
+
+const Reader kReaders[] = {
+    {"Addresses", "network address list", {}, true, true},
+    {"Connections", "network connection list", {}, true, false},
+    {"ConnectionsWithProcesses", "network connection list", {{"processes", ""}}, true, false},
+    {"UnixSockets", "network connection list", {{"protocol", "unix"}}, false, true},
+    {"UnixSocketsWithProcesses",
+     "network connection list",
+     {{"protocol", "unix"}, {"processes", ""}},
+     true,
+     true},
+    {"Counters", "network counter list", {}, false, true},
+    {"Interface", "network interface get", {{"interface", "lo"}}, true, true},
+    {"Interfaces", "network interface list", {}, false, true},
+    {"Neighbors", "network neighbor list", {{"all", ""}}, false, true},
+    {"Routes", "network route list", {}, true, true},
+};
+
+// What a call returned.
+std::string TextOf(const CommandResult& result) {
+  return result.GetValue() == nullptr ? "nothing" : result.GetValue()->ToString();
+}
+
+// Expects that the call fails with the system's text for `error`.
+void ExpectError(const Reader& reader, int error) {
+  const CommandResult result = Call(reader.command, reader.parameters);
+  EXPECT_THAT(result.GetErrors(), ElementsAre(HasSubstr(std::strerror(error)))) << TextOf(result);
+  EXPECT_EQ(result.GetValue(), nullptr);
+}
+
+void RunWithRefusal(const std::function<void()>& body) {
+  if (kIsSanitized) {
+    GTEST_SKIP() << "the sanitizer needs the system calls that the test forbids";
+  }
+  GetDispatcher();  // loads the plug-in while files can still be opened
+  EXPECT_EQ(RunInNamespaces(CLONE_NEWNET, body), "");
+}
+
+class RefusedFileTest : public ::testing::TestWithParam<std::tuple<Reader, int>> {};
+
+TEST_P(RefusedFileTest, IsAnError) {
+  const auto& [reader, error] = GetParam();
+  RunWithRefusal([&reader = reader, error = error] {
+    Forbid(SYS_openat, -1, static_cast<unsigned>(error));
+    if (reader.readsFiles) {
+      ExpectError(reader, error);
+    } else {
+      EXPECT_THAT(Call(reader.command, reader.parameters).GetErrors(), ::testing::IsEmpty());
+    }
+  });
+}
+
+std::string NameOf(const ::testing::TestParamInfo<std::tuple<Reader, int>>& row) {
+  return std::string(std::get<0>(row.param).name) + "_" + strerrorname_np(std::get<1>(row.param));
+}
+
+INSTANTIATE_TEST_SUITE_P(Readers, RefusedFileTest,
+                         ::testing::Combine(::testing::ValuesIn(kReaders),
+                                            ::testing::Values(EACCES, EIO, EMFILE, ENFILE, ENOMEM)),
+                         NameOf);
+
+class RefusedNetlinkTest : public ::testing::TestWithParam<std::tuple<Reader, int>> {};
+
+TEST_P(RefusedNetlinkTest, IsAnError) {
+  const auto& [reader, error] = GetParam();
+  RunWithRefusal([&reader = reader, error = error] {
+    Forbid(SYS_socket, AF_NETLINK, static_cast<unsigned>(error));
+    if (reader.asksTheKernel) {
+      ExpectError(reader, error);
+    } else {
+      EXPECT_THAT(Call(reader.command, reader.parameters).GetErrors(), ::testing::IsEmpty());
+    }
+  });
+}
+
+INSTANTIATE_TEST_SUITE_P(Readers, RefusedNetlinkTest,
+                         ::testing::Combine(::testing::ValuesIn(kReaders),
+                                            ::testing::Values(EACCES, EMFILE, EPROTONOSUPPORT)),
+                         NameOf);
+
+class FewDescriptorsTest : public ::testing::TestWithParam<Reader> {};
+
+// With every number of free descriptors, from none to as many as are needed.
+TEST_P(FewDescriptorsTest, TheResultIsTheWholeOneOrAnError) {
+  RunWithRefusal([] {
+    const int lowestFree = ::dup(0);
+    ::close(lowestFree);
+    const auto call = [] { return Call(GetParam().command, GetParam().parameters); };
+    const std::string whole = TextOf(call());
+    for (int free = 0; free < 6; ++free) {
+      const rlimit limit = {static_cast<rlim_t>(lowestFree + free), 4096};
+      ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &limit), 0);
+      const CommandResult result = call();
+      if (result.GetErrors().empty()) {
+        EXPECT_EQ(TextOf(result), whole) << free;
+        EXPECT_GT(free, 0);
+      } else {
+        EXPECT_THAT(result.GetErrors(), ElementsAre(HasSubstr("Too many open files"))) << free;
+        EXPECT_LT(free, 5);
+      }
+    }
+  });
+}
+
+INSTANTIATE_TEST_SUITE_P(Readers, FewDescriptorsTest, ::testing::ValuesIn(kReaders),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+}  // namespace
+}  // namespace Kestrel::Testing
