@@ -15,11 +15,15 @@ void RegisterNetwork(const std::shared_ptr<AutoCli::Namespace>& root) {
       ->RegisterNamespaceNode(NewNetworkConnectionList(), "list");
   AddNamespace(network, "counter", "The traffic of the interfaces.")
       ->RegisterNamespaceNode(NewNetworkCounterList(), "list");
+  AddNamespace(network, "dns", "The settings for resolving names.")
+      ->RegisterNamespaceNode(NewNetworkDnsList(), "list");
   const auto interface = AddNamespace(network, "interface", "The network interfaces.");
   interface->RegisterNamespaceNode(NewNetworkInterfaceGet(), "get");
   interface->RegisterNamespaceNode(NewNetworkInterfaceList(), "list");
   AddNamespace(network, "neighbor", "The link-layer addresses of the neighbors.")
       ->RegisterNamespaceNode(NewNetworkNeighborList(), "list");
+  AddNamespace(network, "port", "The services that ports are assigned to.")
+      ->RegisterNamespaceNode(NewNetworkPortList(), "list");
   AddNamespace(network, "route", "The routes of packets.")
       ->RegisterNamespaceNode(NewNetworkRouteList(), "list");
 }

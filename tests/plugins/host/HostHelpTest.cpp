@@ -72,10 +72,10 @@ INSTANTIATE_TEST_SUITE_P(
                       "system session list", "system uptime get", "system version get",
                       "storage device list", "storage filesystem list", "storage mount list",
                       "storage usage list", "network address list", "network connection list",
-                      "network counter list", "network interface get", "network interface list",
-                      "network neighbor list", "network route list", "log kernel list", "log list",
-                      "package check", "package files", "package get", "package list",
-                      "package upgradable list"),
+                      "network counter list", "network dns list", "network port list",
+                      "network interface get", "network interface list", "network neighbor list",
+                      "network route list", "log kernel list", "log list", "package check",
+                      "package files", "package get", "package list", "package upgradable list"),
     NameOf);
 
 #ifdef KESTREL_HOST_HAS_ALL_COMMANDS

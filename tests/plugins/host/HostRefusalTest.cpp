@@ -211,6 +211,11 @@ const Refusal kNetworkRefusals[] = {
      "delay, "
      "probe, failed, noarp, permanent"},
     {"RouteFamily", "network route list", {{"family", "0"}}, OneOf("family", "[4, 6]")},
+    {"DnsKind",
+     "network dns list",
+     {{"kind", "mail"}},
+     "There is no such kind: 'mail'; --kind is one of: server, search, option, sortlist"},
+    {"AssignedPort", "network port list", {{"port", "65536"}}, Range("port", "0-65535")},
     {"ActiveIsNoFlag", "network counter list", {{"active", "1"}}, Flag("active", "1")},
 };
 

@@ -8,9 +8,11 @@
 namespace Kestrel::Testing {
 
 AutoCli::Dispatcher& GetDispatcher() {
-  static AutoCli::Dispatcher dispatcher;
+  // Never destroyed: the static objects of the plug-in are destroyed before those of this program.
+  static AutoCli::Dispatcher& dispatcher = *new AutoCli::Dispatcher();
   static const bool isLoaded = [] {
-    for (const char* const name : {"address", "crontab", "disk", "file", "service", "text"}) {
+    dispatcher.AddPlugin(KESTREL_HOST_PLUGIN);  // declares namespaces of network.xml
+    for (const char* const name : {"crontab", "disk", "network", "service", "text"}) {
       dispatcher.AddPlugin(KESTREL_DESCRIPTOR_DIR "/" + std::string(name) + ".xml");
     }
     return true;

@@ -70,9 +70,8 @@ INSTANTIATE_TEST_SUITE_P(
         MissingTool{"sort", "coreutils", "text count", {{"line", "x"}}},
         // Tools of a single script.
         MissingTool{"du", "coreutils", "disk usage list", {{"directory", "/"}}},
-        MissingTool{"getent", "libc-bin", "address resolve", {{"name", "localhost"}}},
-        MissingTool{"getent", "libc-bin", "address ports", {{"number", "22"}}},
-        MissingTool{"ping", "iputils-ping", "address check", {{"address", "localhost"}}},
+        MissingTool{"getent", "libc-bin", "network name resolve", {{"name", "localhost"}}},
+        MissingTool{"ping", "iputils-ping", "network address check", {{"address", "localhost"}}},
         MissingTool{"grep", "grep", "service list", {}},
         MissingTool{"timeout", "coreutils", "service list", {}},
         MissingTool{"wc", "coreutils", "text count", {{"line", "x"}}},

@@ -44,6 +44,8 @@ const Reader kReaders[] = {
      {{"protocol", "unix"}, {"processes", ""}},
      true,
      true},
+    {"Dns", "network dns list", {}, true, false},
+    {"Ports", "network port list", {{"port", "22"}}, true, false},
     {"Counters", "network counter list", {}, false, true},
     {"Interface", "network interface get", {{"interface", "lo"}}, true, true},
     {"Interfaces", "network interface list", {}, false, true},

@@ -1,0 +1,38 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "plugins/host/network/WordFilter.h"
+
+namespace Kestrel::Host {
+
+/// One of the settings by which names are resolved.
+struct ResolverSetting {
+  std::string kind;    ///< "server", "search", "option" or "sortlist".
+  std::string value;   ///< An address, a domain or an option.
+  long position = 0;   ///< Its place among those of its kind in its file, from 1.
+  bool isUsed = true;  ///< Whether the C library uses it.
+  std::string source;  ///< The path of its file, or "default".
+};
+
+/// The words for the kinds.
+const WordSet& ResolverSettingKinds();
+
+/// Parses the content of a file such as /etc/resolv.conf(5), whose path is `source`. The C library
+/// ignores servers with an invalid address and those after the first three, and all search lists
+/// but the last one.
+std::vector<ResolverSetting> ParseResolverSettings(std::string_view text,
+                                                   const std::string& source);
+
+/// Returns the settings of the machine whose root folder is `root`: those in /etc/resolv.conf; the
+/// server that the C library asks if that file names none; and, if it names the local server of
+/// systemd-resolved, the servers that this one asks. Throws KestrelException if a file exists and
+/// cannot be read.
+std::vector<ResolverSetting> ReadResolverSettings(const std::string& root = std::string());
+
+}  // namespace Kestrel::Host
