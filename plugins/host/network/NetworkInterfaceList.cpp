@@ -48,7 +48,7 @@ class NetworkInterfaceList final : public ListCommand {
  public:
   NetworkInterfaceList()
       : ListCommand("List the network interfaces.", Shape, "The interfaces, sorted by index.") {
-    ShowColumns("Name,State,MTU,MAC Address,Addresses", {{"wrap-last", "true"}});
+    ShowColumns("Name,State,MAC Address,Addresses", {{"wrap-last", "true"}});
     AddMetaData("complete:interface", kInterfaceCompletion);
     AddExample("", "List every interface");
     AddExample("--up true --state down", "List those that are enabled but down");

@@ -160,7 +160,7 @@ class NetworkRouteList final : public ListCommand {
   NetworkRouteList()
       : ListCommand("List the routes by which packets are sent.", Shape,
                     "The routes, in the kernel's order.") {
-    ShowColumns("Destination,Type,Protocol,Metric,Source,Via", {{"wrap-last", "true"}});
+    ShowColumns("Destination,Type,Protocol,Metric,Via", {{"wrap-last", "true"}});
     AddMetaData("complete:interface", kInterfaceCompletion);
     AddExample("", "List the routes of the main table");
     AddExample("--family 6 --interface eth0", "List the IPv6 routes through one interface");
@@ -186,9 +186,8 @@ class NetworkRouteList final : public ListCommand {
   }
 
   std::string GetColumns(const CallSpec::Input& input) const override {
-    return input.IsFlagSet("all") || input.HasParameter("table")
-               ? "Table,Destination,Type,Protocol,Metric,Via"
-               : ListCommand::GetColumns(input);
+    return input.IsFlagSet("all") || input.HasParameter("table") ? "Table,Destination,Type,Via"
+                                                                 : ListCommand::GetColumns(input);
   }
 
   void AddRows(const CallSpec::Input& input, CallSpec::Output& output,

@@ -54,10 +54,11 @@ std::vector<long> ReadOpenSockets(const std::string& folder, SocketOwners& owner
   }
   for (const std::string& name : *names) {
     const auto target = ReadLink(folder + "/" + name);
-    if (!target) {
+    if (target) {
+      const auto inode = SocketInode(*target);
+      inodes.insert(inodes.end(), inode ? 1 : 0, inode.value_or(0));
+    } else if (errno != ENAMETOOLONG) {  // a file with a very long path is no socket
       AcceptRefusal(folder + "/" + name, owners);
-    } else if (const auto inode = SocketInode(*target)) {
-      inodes.push_back(*inode);
     }
   }
   std::sort(inodes.begin(), inodes.end());

@@ -48,12 +48,12 @@ TEST(NetworkToolTest, TheColumnsOfACallAreNotThoseOfTheNextOne) {
                                        "network counter list --interface none\n")
                                    .Run();
     EXPECT_EQ(result.out,
-              "Table  Destination  Type       Protocol  Metric  Via\n"
-              "-----  -----------  ---------  --------  ------  ---\n"
-              "main   10.4.0.0/16  blackhole  boot           0  none\n"
-              "Destination  Type       Protocol  Metric  Source  Via\n"
-              "-----------  ---------  --------  ------  ------  ---\n"
-              "10.4.0.0/16  blackhole  boot           0  none    none\n"
+              "Table  Destination  Type       Via\n"
+              "-----  -----------  ---------  ---\n"
+              "main   10.4.0.0/16  blackhole  none\n"
+              "Destination  Type       Protocol  Metric  Via\n"
+              "-----------  ---------  --------  ------  ---\n"
+              "10.4.0.0/16  blackhole  boot           0  none\n"
               "Interface  RX Errors  RX Dropped  TX Errors  TX Dropped\n"
               "---------  ---------  ----------  ---------  ----------\n"
               "Interface  RX Bytes  RX Packets  TX Bytes  TX Packets  Trouble\n"

@@ -3,13 +3,16 @@
 
 #include "plugins/host/network/SocketOwners.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <kestrel/KestrelException.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "plugins/host/frame/HostFile.h"
 #include "plugins/host/support/Namespaces.h"
 #include "plugins/host/support/PlainUser.h"
 #include "support/ScopedTempDir.h"
@@ -79,6 +82,29 @@ TEST_F(SocketOwnersTest, AProcessThatHasEndedIsSkipped) {
   Name("9", "x\n");
   Open("9", "0", "socket:[5]");
   EXPECT_THAT(Read().byInode, ElementsAre(Pair(5, ElementsAre(Owner(9, "x")))));
+}
+
+// The kernel cannot name a file in a folder that is nested too deeply.
+TEST_F(SocketOwnersTest, AFileWithAVeryLongPathIsNoSocket) {
+  const std::string refusal = Testing::RunInNamespaces(0, [] {
+    const Testing::ScopedTempDir folder;
+    ASSERT_EQ(::chdir(folder.GetPath().c_str()), 0);
+    const std::string name(250, 'x');
+    for (int depth = 0; depth < 20; ++depth) {
+      ASSERT_EQ(::mkdir(name.c_str(), 0755), 0);
+      ASSERT_EQ(::chdir(name.c_str()), 0);
+    }
+    const int file = ::open("file", O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    ASSERT_GE(file, 0);
+    ASSERT_EQ(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0), file + 1);
+    EXPECT_EQ(ReadLink("/proc/self/fd/" + std::to_string(file)), std::nullopt);
+    struct stat status = {};
+    ASSERT_EQ(::fstat(file + 1, &status), 0);
+    const SocketOwners owners = ReadSocketOwners("/proc");
+    ASSERT_EQ(owners.byInode.count(static_cast<long>(status.st_ino)), 1u);
+    EXPECT_EQ(owners.byInode.at(static_cast<long>(status.st_ino)).front().processId, ::getpid());
+  });
+  EXPECT_EQ(refusal, "");
 }
 
 TEST_F(SocketOwnersTest, IsCompleteForRootOnly) {
