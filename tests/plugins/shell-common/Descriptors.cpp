@@ -11,8 +11,9 @@ AutoCli::Dispatcher& GetDispatcher() {
   // Never destroyed: the static objects of the plug-in are destroyed before those of this program.
   static AutoCli::Dispatcher& dispatcher = *new AutoCli::Dispatcher();
   static const bool isLoaded = [] {
-    dispatcher.AddPlugin(KESTREL_HOST_PLUGIN);  // declares namespaces of network.xml
-    for (const char* const name : {"crontab", "disk", "network", "service", "text"}) {
+    // Declares namespaces of the descriptors.
+    dispatcher.AddPlugin(KESTREL_HOST_PLUGIN);
+    for (const char* const name : {"disk", "network", "password", "service"}) {
       dispatcher.AddPlugin(KESTREL_DESCRIPTOR_DIR "/" + std::string(name) + ".xml");
     }
     return true;
