@@ -47,7 +47,7 @@ LAYERS = [
     ["plugins/hello"],
     ["plugins/host/frame"],
     ["plugins/host/system", "plugins/host/storage", "plugins/host/network", "plugins/host/log",
-     "plugins/host/package", "plugins/host/file"],
+     "plugins/host/package", "plugins/host/service", "plugins/host/file"],
     ["plugins/host"],
     ["tools/catalog"],
     ["plugins/vexil"],

@@ -9,6 +9,7 @@
 #include "plugins/host/log/LogCommands.h"
 #include "plugins/host/network/NetworkCommands.h"
 #include "plugins/host/package/PackageCommands.h"
+#include "plugins/host/service/ServiceCommands.h"
 #include "plugins/host/storage/StorageCommands.h"
 #include "plugins/host/system/SystemCommands.h"
 
@@ -19,4 +20,5 @@ void AutoCli_RegisterNamespaces(std::shared_ptr<Kestrel::AutoCli::Namespace> roo
   Kestrel::Host::RegisterFile(root);
   Kestrel::Host::RegisterLog(root);
   Kestrel::Host::RegisterPackage(root);
+  Kestrel::Host::RegisterService(root);
 }

@@ -27,6 +27,12 @@ namespace {
 constexpr int kFirstFreeDescriptor = 3;
 constexpr std::size_t kReadSize = std::size_t{64} << 10;
 constexpr int kSignalStatus = 128;
+// How long a reader with a limit waits for output before it asks whether the program has ended, and
+// how long it waits for that once the streams are closed.
+constexpr int kSliceMilliseconds = 20;
+constexpr int kEndMilliseconds = 1;
+// Far more than a program prints that ends by itself.
+constexpr std::size_t kMaxOutputSize = std::size_t{256} << 20;
 // Where programs are when PATH is not set.
 constexpr char kStandardPath[] = "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
 
@@ -101,11 +107,14 @@ Pipe OpenPipe(const std::string& path) {
           AboveStandardStreams(std::move(writeEnd), path)};
 }
 
+// Which processes a signal to a program reaches: itself alone, or also those that it started.
+enum class Reach { Program, Group };
+
 // How a program is started: its streams, and none of the signals that this process ignores or
 // blocks.
 class SpawnPlan {
  public:
-  SpawnPlan(int output, int errorOutput) {
+  SpawnPlan(int output, int errorOutput, Reach reach) {
     ::posix_spawn_file_actions_init(&actions_);
     ::posix_spawnattr_init(&attributes_);
     ::posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
@@ -116,7 +125,10 @@ class SpawnPlan {
     ::posix_spawnattr_setsigmask(&attributes_, &signals);
     ::sigaddset(&signals, SIGPIPE);
     ::posix_spawnattr_setsigdefault(&attributes_, &signals);
-    ::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    ::posix_spawnattr_setpgroup(&attributes_, 0);
+    const int group = reach == Reach::Group ? POSIX_SPAWN_SETPGROUP : 0;
+    ::posix_spawnattr_setflags(
+        &attributes_, static_cast<short>(POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | group));
   }
   SpawnPlan(const SpawnPlan&) = delete;
   SpawnPlan& operator=(const SpawnPlan&) = delete;
@@ -146,14 +158,23 @@ class SpawnPlan {
 // A started program, which is waited for on every path.
 class RunningProgram {
  public:
-  RunningProgram(const std::string& path, pid_t process) : path_(path), process_(process) {}
+  RunningProgram(pid_t process, Reach reach) : process_(process), reach_(reach) {}
   RunningProgram(const RunningProgram&) = delete;
   RunningProgram& operator=(const RunningProgram&) = delete;
   ~RunningProgram() {
     if (process_ > 0) {
-      ::kill(process_, SIGKILL);  // its output is not read any more
+      Kill();  // its output is not read any more
       AwaitEnd();
     }
+  }
+
+  void Kill() const { ::kill(reach_ == Reach::Group ? -process_ : process_, SIGKILL); }
+
+  bool HasEnded() const {
+    siginfo_t end = {};
+    const int result =
+        ::waitid(P_PID, static_cast<id_t>(process_), &end, WEXITED | WNOHANG | WNOWAIT);
+    return result != 0 || end.si_pid != 0;
   }
 
   int Wait() {
@@ -173,45 +194,97 @@ class RunningProgram {
     return waited < 0 ? 0 : status;
   }
 
-  std::string path_;
   pid_t process_;
+  Reach reach_;
 };
 
-// Passes on what the pipe holds, or closes it at its end. False when the reader has enough.
-bool ReadSome(FileDescriptor& pipe, const OutputReader& reader, const std::string& path) {
-  std::array<char, kReadSize> buffer;
-  const ssize_t count = pipe.Read(buffer.data(), buffer.size());
-  if (count < 0) {
-    Fail(path, errno);
-  }
-  if (count == 0) {
-    pipe.Close();
-    return true;
-  }
-  return reader({buffer.data(), static_cast<std::size_t>(count)});
-}
+// The streams of a program, and who receives what it writes.
+class Streams {
+ public:
+  enum class Reading { Nothing, Some, Enough };
 
-// Reads both pipes as they fill, so that the program never waits for one of them. False when the
-// reader of the output has enough.
-bool ReadBoth(Pipe& output, Pipe& errorOutput, const OutputReader& outputReader,
-              const OutputReader& errorReader, const std::string& path) {
-  while (output.readEnd.IsOpen() || errorOutput.readEnd.IsOpen()) {
+  Streams(const std::string& path, OutputReader outputReader, OutputReader errorReader)
+      : path_(path),
+        output_(OpenPipe(path)),
+        errorOutput_(OpenPipe(path)),
+        outputReader_(std::move(outputReader)),
+        errorReader_(std::move(errorReader)) {}
+
+  pid_t Start(const std::vector<std::string>& arguments, Reach reach) {
+    const SpawnPlan plan(output_.writeEnd.Get(), errorOutput_.writeEnd.Get(), reach);
+    const pid_t process = plan.Start(path_, arguments);
+    output_.writeEnd.Close();
+    errorOutput_.writeEnd.Close();
+    return process;
+  }
+
+  bool AreOpen() const { return output_.readEnd.IsOpen() || errorOutput_.readEnd.IsOpen(); }
+
+  // Waits until there is something to read, -1 means without a limit, and passes it on. Both are
+  // read as they fill, so that the program never waits for one of them.
+  Reading ReadOnce(int milliseconds) {
     // A closed one has a negative number, which poll passes over.
-    pollfd events[] = {{output.readEnd.Get(), POLLIN, 0}, {errorOutput.readEnd.Get(), POLLIN, 0}};
-    if (::poll(events, 2, -1) < 0) {
-      if (errno == EINTR) {
-        continue;
-      }
-      Fail(path, errno);
+    pollfd events[] = {{output_.readEnd.Get(), POLLIN, 0}, {errorOutput_.readEnd.Get(), POLLIN, 0}};
+    const int count = ::poll(events, 2, milliseconds);
+    if (count < 0 && errno != EINTR) {
+      Fail(path_, errno);
+    }
+    if (count <= 0) {
+      return Reading::Nothing;
     }
     if (events[1].revents != 0) {
-      ReadSome(errorOutput.readEnd, errorReader, path);
+      Read(errorOutput_.readEnd, errorReader_);
     }
-    if (events[0].revents != 0 && !ReadSome(output.readEnd, outputReader, path)) {
+    const bool hasEnough = events[0].revents != 0 && !Read(output_.readEnd, outputReader_);
+    return hasEnough ? Reading::Enough : Reading::Some;
+  }
+
+ private:
+  // Passes on what the pipe holds, or closes it at its end. False when the reader has enough.
+  bool Read(FileDescriptor& pipe, const OutputReader& reader) const {
+    std::array<char, kReadSize> buffer;
+    const ssize_t count = pipe.Read(buffer.data(), buffer.size());
+    if (count < 0) {
+      Fail(path_, errno);
+    }
+    if (count == 0) {
+      pipe.Close();
+      return true;
+    }
+    return reader({buffer.data(), static_cast<std::size_t>(count)});
+  }
+
+  const std::string path_;
+  Pipe output_;
+  Pipe errorOutput_;
+  const OutputReader outputReader_;
+  const OutputReader errorReader_;
+};
+
+// False when the reader of the output has enough.
+bool ReadToTheEnd(Streams& streams) {
+  while (streams.AreOpen()) {
+    if (streams.ReadOnce(-1) == Streams::Reading::Enough) {
       return false;
     }
   }
   return true;
+}
+
+// Reads until the program has ended and nothing is left, or time is up. Returns whether it has
+// ended.
+bool ReadWithin(std::chrono::milliseconds limit, Streams& streams, const RunningProgram& program) {
+  using Clock = std::chrono::steady_clock;
+  const Clock::time_point deadline = Clock::now() + limit;
+  do {
+    const bool hasEnded = program.HasEnded();
+    const int wait = streams.AreOpen() ? kSliceMilliseconds : kEndMilliseconds;
+    const Streams::Reading reading = streams.ReadOnce(hasEnded ? 0 : wait);
+    if (hasEnded && reading == Streams::Reading::Nothing) {
+      return true;
+    }
+  } while (Clock::now() < deadline);
+  return program.HasEnded();
 }
 
 OutputReader AppendTo(std::string& text) {
@@ -221,9 +294,23 @@ OutputReader AppendTo(std::string& text) {
   };
 }
 
+// The same for a program that may never stop writing.
+OutputReader AppendLimited(std::string& text, const std::string& path) {
+  return [&text, path](std::string_view piece) {
+    if (text.size() + piece.size() > kMaxOutputSize) {
+      throw KestrelException("The output of " + path + " is too long");
+    }
+    text.append(piece);
+    return true;
+  };
+}
+
 }  // namespace
 
 std::string ProgramResult::GetReason() const {
+  if (isTimedOut) {
+    return "it did not finish in time";
+  }
   const std::string_view text = Trim(errorOutput);
   if (text.empty()) {
     return "exit status " + std::to_string(status);
@@ -254,16 +341,26 @@ ProgramResult RunProgram(const std::string& path, const std::vector<std::string>
 
 ProgramResult RunProgram(const std::string& path, const std::vector<std::string>& arguments,
                          const OutputReader& reader) {
-  Pipe output = OpenPipe(path);
-  Pipe errorOutput = OpenPipe(path);
-  const SpawnPlan plan(output.writeEnd.Get(), errorOutput.writeEnd.Get());
-  RunningProgram program(path, plan.Start(path, arguments));
-  output.writeEnd.Close();
-  errorOutput.writeEnd.Close();
   ProgramResult result;
-  if (ReadBoth(output, errorOutput, reader, AppendTo(result.errorOutput), path)) {
+  Streams streams(path, reader, AppendTo(result.errorOutput));
+  RunningProgram program(streams.Start(arguments, Reach::Program), Reach::Program);
+  if (ReadToTheEnd(streams)) {
     result.status = program.Wait();
   }
+  return result;
+}
+
+ProgramResult RunProgramWithin(std::chrono::milliseconds limit, const std::string& path,
+                               const std::vector<std::string>& arguments) {
+  ProgramResult result;
+  Streams streams(path, AppendLimited(result.output, path),
+                  AppendLimited(result.errorOutput, path));
+  RunningProgram program(streams.Start(arguments, Reach::Group), Reach::Group);
+  result.isTimedOut = !ReadWithin(limit, streams, program);
+  if (result.isTimedOut) {
+    program.Kill();
+  }
+  result.status = program.Wait();
   return result;
 }
 

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <string>
@@ -16,6 +17,7 @@ struct ProgramResult {
   int status = 0;           ///< its exit status; 128 and the signal's number when that ended it
   std::string output;       ///< standard output
   std::string errorOutput;  ///< standard error
+  bool isTimedOut = false;  ///< whether it took too long and was killed
 
   /// Why it failed, for a message: the first line of its standard error, else its status.
   std::string GetReason() const;
@@ -39,5 +41,14 @@ using OutputReader = std::function<bool(std::string_view piece)>;
 /// its status is then 0.
 ProgramResult RunProgram(const std::string& path, const std::vector<std::string>& arguments,
                          const OutputReader& reader);
+
+/// The same for a program that may take no longer than `limit`. After that it is killed together
+/// with what it started; the result then has what it wrote until then. Throws also when it writes
+/// more than 256 MiB.
+///
+/// Waits for the program itself only, not for one that it leaves running with its streams open, as
+/// a script that starts a server may do.
+ProgramResult RunProgramWithin(std::chrono::milliseconds limit, const std::string& path,
+                               const std::vector<std::string>& arguments);
 
 }  // namespace Kestrel::Host

@@ -98,7 +98,8 @@ TEST_P(HostDeclarationTest, IsKept) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Areas, HostDeclarationTest,
-                         ::testing::Values("log", "network", "package", "storage", "system"),
+                         ::testing::Values("log", "network", "package", "service", "storage",
+                                           "system"),
                          [](const auto& area) { return std::string(area.param); });
 
 #ifdef KESTREL_HOST_HAS_ALL_COMMANDS

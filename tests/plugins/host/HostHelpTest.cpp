@@ -70,13 +70,15 @@ INSTANTIATE_TEST_SUITE_P(
                       "system memory get", "system module check", "system module list",
                       "system parameter get", "system parameter list", "system parameter set",
                       "system process list", "system process signal", "system session list",
-                      "system uptime get", "system version get", "storage device list",
-                      "storage filesystem list", "storage mount list", "storage usage list",
-                      "network address list", "network connection list", "network counter list",
-                      "network dns list", "network port list",
+                      "system timer list", "system uptime get", "system version get",
+                      "storage device list", "storage filesystem list", "storage mount list",
+                      "storage usage list", "network address list", "network connection list",
+                      "network counter list", "network dns list", "network port list",
                       "network interface get", "network interface list", "network neighbor list",
                       "network route list", "log kernel list", "log list", "package check",
-                      "package files", "package get", "package list", "package upgradable list"),
+                      "package files", "package get", "package list", "package upgradable list",
+                      "service disable", "service enable", "service get", "service list",
+                      "service restart", "service start", "service stop"),
     NameOf);
 
 #ifdef KESTREL_HOST_HAS_ALL_COMMANDS

@@ -7,9 +7,11 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <string>
 #include <vector>
@@ -35,6 +37,21 @@ ProgramResult RunScript(const std::string& script, const std::vector<std::string
   std::vector<std::string> words = {"-c", script, "name"};
   words.insert(words.end(), arguments.begin(), arguments.end());
   return RunProgram("/bin/sh", words);
+}
+
+using Clock = std::chrono::steady_clock;
+constexpr std::chrono::milliseconds kShort(300);
+// Less than the programs that are killed would take.
+constexpr std::chrono::seconds kLong(30);
+
+ProgramResult RunWithin(std::chrono::milliseconds limit, const std::string& script) {
+  return RunProgramWithin(limit, "/bin/sh", {"-c", script});
+}
+
+// Not for a process that has ended and whose parent has not noticed.
+bool IsRunning(pid_t process) {
+  const auto status = ReadFile("/proc/" + std::to_string(process) + "/stat");
+  return status && status->find(") Z") == std::string::npos;
 }
 
 std::string WriteProgram(const ScopedTempDir& folder, const std::string& name, mode_t mode) {
@@ -132,8 +149,112 @@ TEST(RunProgramTest, LeavesNoDescriptorAndNoChild) {
   EXPECT_EQ(errno, ECHILD);
 }
 
+TEST(RunProgramWithinTest, IsTheSameForAProgramThatEndsInTime) {
+  const ProgramResult result = RunWithin(kLong, "echo out; echo wrong >&2; exit 3");
+  EXPECT_EQ(result.output, "out\n");
+  EXPECT_EQ(result.errorOutput, "wrong\n");
+  EXPECT_EQ(result.status, 3);
+  EXPECT_FALSE(result.isTimedOut);
+  EXPECT_EQ(RunWithin(kLong, "kill -TERM $$").status, 128 + SIGTERM);
+}
+
+TEST(RunProgramWithinTest, ReadsMuchOfBothStreams) {
+  const ProgramResult result = RunWithin(
+      kLong, "head -c 300000 /dev/zero; head -c 300000 /dev/zero >&2; head -c 300000 /dev/zero");
+  EXPECT_EQ(result.output.size(), 600000u);
+  EXPECT_EQ(result.errorOutput.size(), 300000u);
+}
+
+TEST(RunProgramWithinTest, KillsAProgramThatTakesTooLong) {
+  const Clock::time_point start = Clock::now();
+  const ProgramResult result = RunWithin(kShort, "echo out; echo wrong >&2; sleep 60");
+  EXPECT_LT(Clock::now() - start, kLong);
+  EXPECT_TRUE(result.isTimedOut);
+  EXPECT_EQ(result.status, 128 + SIGKILL);
+  EXPECT_EQ(result.output, "out\n");
+  EXPECT_EQ(result.errorOutput, "wrong\n");
+}
+
+TEST(RunProgramWithinTest, KillsAProgramThatIgnoresSignals) {
+  EXPECT_TRUE(RunWithin(kShort, "trap '' TERM INT HUP; while :; do sleep 1; done").isTimedOut);
+}
+
+TEST(RunProgramWithinTest, KillsAProgramThatClosedItsStreams) {
+  EXPECT_TRUE(RunWithin(kShort, "exec >&- 2>&-; sleep 60").isTimedOut);
+}
+
+TEST(RunProgramWithinTest, KillsAProgramThatNeverStopsWriting) {
+  const ProgramResult result = RunWithin(std::chrono::milliseconds(20), "exec yes >&2");
+  EXPECT_TRUE(result.isTimedOut);
+  EXPECT_EQ(result.errorOutput.substr(0, 4), "y\ny\n");
+}
+
+TEST(RunProgramWithinTest, RefusesAnOutputThatWouldFillTheMemory) {
+  for (const std::string script : {"exec head -c 300000000 /dev/zero", "exec yes >&2"}) {
+    EXPECT_THAT([&] { RunWithin(kLong, script); },
+                ThrowsMessage<KestrelException>("The output of /bin/sh is too long"));
+  }
+  EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
+}
+
+TEST(RunProgramWithinTest, KillsWhatTheProgramStarted) {
+  const ScopedTempDir folder;
+  RunWithin(kShort, "sleep 60 & echo $! >'" + folder.GetPath("child") + "'; wait");
+  const int child = std::stoi(folder.Read("child"));
+  // Its new parent may need a moment to bury it.
+  for (int attempt = 0; attempt < 1000 && IsRunning(child); ++attempt) {
+    ::usleep(10000);
+  }
+  EXPECT_FALSE(IsRunning(child));
+}
+
+TEST(RunProgramWithinTest, DoesNotWaitForWhatTheProgramLeavesBehind) {
+  const ScopedTempDir folder;
+  const Clock::time_point start = Clock::now();
+  const ProgramResult result =
+      RunWithin(kLong, "sleep 60 & echo $! >'" + folder.GetPath("child") + "'; echo out; exit 4");
+  EXPECT_LT(Clock::now() - start, kLong);
+  EXPECT_FALSE(result.isTimedOut);
+  EXPECT_EQ(result.output, "out\n");
+  EXPECT_EQ(result.status, 4);
+  const int child = std::stoi(folder.Read("child"));
+  EXPECT_TRUE(IsRunning(child));
+  ::kill(child, SIGKILL);
+}
+
+TEST(RunProgramWithinTest, ReadsAllThatAnEndedProgramWrote) {
+  for (int attempt = 0; attempt < 20; ++attempt) {
+    ASSERT_EQ(RunWithin(kLong, "head -c 60000 /dev/zero; head -c 5 /dev/zero >&2").output.size(),
+              60000u);
+  }
+}
+
+TEST(RunProgramWithinTest, WorksWhereEndsOfChildrenAreIgnored) {
+  ::signal(SIGCHLD, SIG_IGN);
+  const ProgramResult result = RunWithin(kLong, "echo out");
+  ::signal(SIGCHLD, SIG_DFL);
+  EXPECT_EQ(result.output, "out\n");
+  EXPECT_FALSE(result.isTimedOut);
+}
+
+TEST(RunProgramWithinTest, ReportsAProgramThatCannotBeStarted) {
+  EXPECT_THAT(
+      [] { RunProgramWithin(kLong, "/absent/tool", {}); },
+      ThrowsMessage<KestrelException>("Unable to run /absent/tool: No such file or directory"));
+}
+
+TEST(RunProgramWithinTest, LeavesNoDescriptorAndNoChild) {
+  const auto before = ListFolder("/proc/self/fd");
+  RunWithin(kLong, "true");
+  RunWithin(kShort, "sleep 60");
+  EXPECT_EQ(ListFolder("/proc/self/fd"), before);
+  EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
+  EXPECT_EQ(errno, ECHILD);
+}
+
 TEST(ProgramResultTest, HasAReason) {
   EXPECT_EQ((ProgramResult{4, "", ""}).GetReason(), "exit status 4");
+  EXPECT_EQ((ProgramResult{137, "", "wrong\n", true}).GetReason(), "it did not finish in time");
   EXPECT_EQ((ProgramResult{1, "", "\nNo such unit\nsee the manual\n"}).GetReason(), "No such unit");
 }
 

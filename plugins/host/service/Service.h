@@ -1,0 +1,45 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace Kestrel::Host {
+
+/// A service of systemd, or of a script in /etc/init.d.
+struct Service {
+  std::string name;
+  std::string state;      ///< one of kServiceStates
+  std::string subState;   ///< systemd's more detailed word; may be empty
+  std::string bootState;  ///< whether it starts with the machine, in systemd's words; may be empty
+  std::string source;     ///< kSystemd or kInitScripts
+  std::string description;  ///< may be empty
+};
+
+/// What more is known about a single service.
+struct ServiceDetails {
+  Service service;
+  std::string loadState;         ///< systemd's word for how its unit was read; may be empty
+  std::int64_t mainProcess = 0;  ///< 0 when there is none
+  std::string since;             ///< when it came into its state; may be empty
+  std::optional<std::int64_t> memoryBytes;
+  std::string file;  ///< its unit or script; may be empty
+};
+
+/// Who manages a service.
+extern const char* const kSystemd;
+extern const char* const kInitScripts;
+
+/// What a service can be doing. One that is "running" has a process that works, as far as its
+/// manager knows; a script may also mean that all is well with a service without one. The work of
+/// one that "exited" is done, and systemd counts it as active. A "template" is what services are
+/// made from, an "alias" another name of one of them.
+constexpr std::array<const char*, 13> kServiceStates = {
+    "running", "exited",    "reloading", "refreshing", "activating",  "deactivating", "failed",
+    "stopped", "not-found", "template",  "alias",      "maintenance", "unknown"};
+
+}  // namespace Kestrel::Host
