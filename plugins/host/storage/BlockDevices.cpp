@@ -12,16 +12,13 @@
 #include "plugins/host/frame/DeviceNumber.h"
 #include "plugins/host/frame/HostFile.h"
 #include "plugins/host/frame/TextParsing.h"
+#include "plugins/host/storage/SysAttributes.h"
 
 namespace Kestrel::Host {
 namespace {
 
 // The kernel reports sizes in units of 512 bytes, regardless of the sector size.
 constexpr long kSizeUnit = 512;
-
-long ReadNumber(const std::string& path, long otherwise = 0) {
-  return ParseNumber(ReadLine(path)).value_or(otherwise);
-}
 
 // A "!" in /sys represents a "/" in the name.
 std::string DeviceName(std::string folderName) {
@@ -31,7 +28,7 @@ std::string DeviceName(std::string folderName) {
 
 // The identifier starts with the owner of the volume, as in "LVM-..." and "CRYPT-LUKS2-...".
 std::string MappedKind(const std::string& folder) {
-  const std::string identifier = ReadLine(folder + "/dm/uuid");
+  const std::string identifier = ReadAttribute(folder + "/dm/uuid");
   std::string owner = identifier.substr(0, identifier.find('-'));
   for (char& letter : owner) {
     letter = static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
@@ -51,14 +48,14 @@ std::string DiskKind(const std::string& folder, const std::string& name) {
     return "loop";
   }
   if (StartsWith(name, "md")) {
-    const std::string level = ReadLine(folder + "/md/level");
+    const std::string level = ReadAttribute(folder + "/md/level");
     return level.empty() ? "md" : level;
   }
-  return ReadNumber(folder + "/device/type") == kScsiRom ? "rom" : "disk";
+  return ReadNumber(folder + "/device/type").value_or(0) == kScsiRom ? "rom" : "disk";
 }
 
 std::vector<std::string> UnderlyingDevices(const std::string& folder) {
-  std::vector<std::string> names = ListFolder(folder + "/slaves");
+  std::vector<std::string> names = ListAttributes(folder + "/slaves");
   std::transform(names.begin(), names.end(), names.begin(), DeviceName);
   return names;
 }
@@ -68,10 +65,51 @@ long SizeInBytes(long units) {
   return std::clamp(units, 0L, kMax) * kSizeUnit;
 }
 
+bool IsSet(const std::string& path) { return ReadNumber(path).value_or(0) != 0; }
+
+std::string ReadModel(const std::string& folder) {
+  const std::string model = ReadAttribute(folder + "/device/model");
+  return model.empty() ? ReadAttribute(folder + "/device/name") : model;
+}
+
+// What a name of a folder on the way to the device, or the beginning of the name of a disk, says
+// about the transport.
+struct TransportName {
+  std::string_view beginning;
+  std::string_view transport;
+};
+
+std::string FindTransportName(std::string_view name, const std::vector<TransportName>& known) {
+  for (const auto& [beginning, transport] : known) {
+    if (StartsWith(name, beginning) && name.size() > beginning.size() &&
+        std::isdigit(static_cast<unsigned char>(name[beginning.size()])) != 0) {
+      return std::string(transport);
+    }
+  }
+  return std::string();
+}
+
+// The folder of a disk is a link to the path of the buses that lead to it. The last one counts.
+std::string FindTransport(const std::string& folder, const std::string& name) {
+  static const std::vector<TransportName> buses = {
+      {"usb", "usb"},       {"ata", "sata"},     {"end_device-", "sas"}, {"rport-", "fc"},
+      {"session", "iscsi"}, {"nvme", "nvme"},    {"virtio", "virtio"},   {"mmc", "mmc"},
+      {"fw", "firewire"},   {"vmbus_", "vmbus"}, {"xen", "xen"}};
+  const std::string path = ReadLink(folder).value_or(std::string());
+  const std::vector<std::string_view> steps = Split(path, '/');
+  for (auto step = steps.rbegin(); step != steps.rend(); ++step) {
+    const std::string transport = FindTransportName(*step, buses);
+    if (!transport.empty()) {
+      return transport;
+    }
+  }
+  return FindTransportName(name, {{"nvme", "nvme"}, {"mmcblk", "mmc"}});
+}
+
 // Reads what disks and partitions have in common.
 std::optional<BlockDevice> ReadDevice(const std::string& folder, const std::string& folderName) {
-  const auto number = ParseDeviceNumber(ReadLine(folder + "/dev"));
-  const auto size = ParseNumber(ReadLine(folder + "/size"));
+  const auto number = ParseDeviceNumber(ReadAttribute(folder + "/dev"));
+  const auto size = ReadNumber(folder + "/size");
   if (!number || !size) {
     return std::nullopt;
   }
@@ -79,7 +117,7 @@ std::optional<BlockDevice> ReadDevice(const std::string& folder, const std::stri
   device.name = DeviceName(folderName);
   device.number = *number;
   device.size = SizeInBytes(*size);
-  device.isReadOnly = ReadNumber(folder + "/ro") != 0;
+  device.isReadOnly = IsSet(folder + "/ro");
   return device;
 }
 
@@ -87,11 +125,12 @@ std::optional<BlockDevice> ReadDisk(const std::string& folder, const std::string
   auto disk = ReadDevice(folder, folderName);
   if (disk) {
     disk->kind = DiskKind(folder, folderName);
-    disk->mappedName = ReadLine(folder + "/dm/name");
-    disk->sectorSize = ReadNumber(folder + "/queue/logical_block_size", kSizeUnit);
-    disk->isRemovable = ReadNumber(folder + "/removable") != 0;
-    disk->isRotational = ReadNumber(folder + "/queue/rotational") != 0;
-    disk->model = ReadLine(folder + "/device/model");
+    disk->mappedName = ReadAttribute(folder + "/dm/name");
+    disk->sectorSize = ReadNumber(folder + "/queue/logical_block_size").value_or(kSizeUnit);
+    disk->isRemovable = IsSet(folder + "/removable");
+    disk->isRotational = IsSet(folder + "/queue/rotational");
+    disk->model = ReadModel(folder);
+    disk->transport = FindTransport(folder, folderName);
     disk->parents = UnderlyingDevices(folder);
   }
   return disk;
@@ -99,9 +138,9 @@ std::optional<BlockDevice> ReadDisk(const std::string& folder, const std::string
 
 void AppendParts(const std::string& folder, const BlockDevice& disk,
                  std::vector<BlockDevice>& devices) {
-  for (const std::string& name : ListFolder(folder)) {
+  for (const std::string& name : ListAttributes(folder)) {
     const std::string partFolder = folder + "/" + name;
-    if (!ReadFile(partFolder + "/partition")) {
+    if (ReadAttribute(partFolder + "/partition").empty()) {
       continue;
     }
     auto part = ReadDevice(partFolder, name);
@@ -132,41 +171,12 @@ void SetMountPoints(const std::vector<Mount>& mounts, BlockDevice& device) {
   std::sort(device.mountPoints.begin(), device.mountPoints.end());
 }
 
-std::string Property(const DeviceProperties& properties, const char* name) {
-  const auto found = properties.find(name);
-  return found == properties.end() ? std::string() : found->second;
-}
-
-// Bytes that are not allowed in a property are written as in "\x20".
-std::string DecodeProperty(const std::string& text) {
-  std::string decoded;
-  for (std::size_t index = 0; index < text.size(); ++index) {
-    const bool isEscape = text.compare(index, 2, "\\x") == 0 && index + 3 < text.size() &&
-                          std::isxdigit(static_cast<unsigned char>(text[index + 2])) != 0 &&
-                          std::isxdigit(static_cast<unsigned char>(text[index + 3])) != 0;
-    if (!isEscape) {
-      decoded += text[index];
-      continue;
-    }
-    decoded += static_cast<char>(std::stoi(text.substr(index + 2, 2), nullptr, 16));
-    index += 3;
-  }
-  return decoded;
-}
-
-void SetContent(const DeviceProperties& properties, BlockDevice& device) {
-  device.filesystem = Property(properties, "ID_FS_TYPE");
-  device.label = DecodeProperty(Property(properties, "ID_FS_LABEL_ENC"));
-  device.uuid = DecodeProperty(Property(properties, "ID_FS_UUID_ENC"));
-}
-
 }  // namespace
 
 std::vector<BlockDevice> ReadBlockDevices(const std::string& sysFolder,
-                                          const PropertyReader& readProperties,
                                           const std::vector<Mount>& mounts) {
   std::vector<BlockDevice> devices;
-  for (const std::string& name : ListFolder(sysFolder + "/block")) {
+  for (const std::string& name : ListDevices(sysFolder + "/block")) {
     const std::string folder = sysFolder + "/block/" + name;
     if (auto disk = ReadDisk(folder, name)) {
       devices.push_back(*disk);
@@ -175,23 +185,8 @@ std::vector<BlockDevice> ReadBlockDevices(const std::string& sysFolder,
   }
   for (BlockDevice& device : devices) {
     SetMountPoints(mounts, device);
-    SetContent(readProperties(device.number), device);
   }
   return devices;
-}
-
-DeviceProperties ReadDeviceProperties(dev_t device, const std::string& folder) {
-  DeviceProperties properties;
-  // Must outlive `line`, which is a view of it.
-  const std::string text =
-      ReadFile(folder + "/b" + FormatDeviceNumber(device)).value_or(std::string());
-  for (const std::string_view line : SplitLines(text)) {
-    const std::size_t equals = line.find('=');
-    if (StartsWith(line, "E:") && equals != std::string_view::npos) {
-      properties[std::string(line.substr(2, equals - 2))] = line.substr(equals + 1);
-    }
-  }
-  return properties;
 }
 
 }  // namespace Kestrel::Host

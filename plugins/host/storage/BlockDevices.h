@@ -5,8 +5,6 @@
 
 #include <sys/types.h>
 
-#include <functional>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -25,28 +23,16 @@ struct BlockDevice {
   bool isReadOnly = false;
   bool isRemovable = false;
   bool isRotational = false;
-  std::string model;
+  std::string model;                     ///< Empty if the device does not report it, as below.
+  std::string transport;                 ///< "sata", "sas", "usb", "nvme", "virtio", ...
   std::vector<std::string> parents;      ///< The devices that it is part of or consists of.
   std::vector<std::string> mountPoints;  ///< Sorted.
-  // What it contains, if the device manager knows.
-  std::string filesystem;
-  std::string label;
-  std::string uuid;
 };
 
-/// The properties of a device: names and values.
-using DeviceProperties = std::map<std::string, std::string>;
-using PropertyReader = std::function<DeviceProperties(dev_t)>;
-
 /// Returns the block devices listed in `sysFolder`, usually /sys: the disks sorted by name, each
-/// followed by its partitions. Skips a device that is removed while it is read. Without the folder
-/// there are none.
+/// followed by its partitions. Skips a device that is removed while it is read. Throws
+/// KestrelException if the list cannot be read.
 std::vector<BlockDevice> ReadBlockDevices(const std::string& sysFolder,
-                                          const PropertyReader& readProperties,
                                           const std::vector<Mount>& mounts);
-
-/// Reads the properties that the device manager stores in `folder`, with a line "E:NAME=VALUE" for
-/// each. A device without a file has none.
-DeviceProperties ReadDeviceProperties(dev_t device, const std::string& folder = "/run/udev/data");
 
 }  // namespace Kestrel::Host

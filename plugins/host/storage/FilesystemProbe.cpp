@@ -4,6 +4,7 @@
 #include "plugins/host/storage/FilesystemProbe.h"
 
 #include <fcntl.h>
+#include <kestrel/KestrelException.h>
 #include <poll.h>
 #include <sys/prctl.h>
 #include <sys/statvfs.h>
@@ -169,13 +170,10 @@ class FilesystemProbe {
       return;
     }
     probers_.emplace_back(paths_, first);
-    if (probers_.back().GetError() == 0) {
-      return;
+    if (probers_.back().GetError() != 0) {
+      throw KestrelException(std::string("Unable to query the file systems: ") +
+                             std::strerror(probers_.back().GetError()));
     }
-    for (std::size_t index = first; index < paths_.size(); ++index) {
-      answers_[index].error = probers_.back().GetError();
-    }
-    probers_.pop_back();
   }
 
   void WaitForReports() {

@@ -35,9 +35,4 @@ long ToLong(std::uint64_t number) {
   return static_cast<long>(number < kMax ? number : kMax);
 }
 
-long ToMebibytes(std::uint64_t bytes) {
-  constexpr std::uint64_t kMebibyte = 1 << 20;
-  return ToLong(bytes / kMebibyte + (bytes % kMebibyte != 0 ? 1 : 0));
-}
-
 }  // namespace Kestrel::Host

@@ -25,7 +25,4 @@ struct FilesystemUsage {
 /// Converts a number. One that is too large becomes the largest long.
 long ToLong(std::uint64_t number);
 
-/// Converts bytes to MiB, rounded up.
-long ToMebibytes(std::uint64_t bytes);
-
 }  // namespace Kestrel::Host

@@ -93,7 +93,7 @@ std::optional<Mount> ParseMount(std::string_view line) {
   mount.root = Unescape(columns[3]);
   mount.target = Unescape(columns[4]);
   mount.type = Unescape(dash[1]);
-  mount.source = Unescape(dash[2]);
+  mount.source = dash[2].empty() ? "none" : Unescape(dash[2]);
   mount.options = MergeOptions(Unescape(columns[5]), Unescape(dash[3]));
   return mount;
 }

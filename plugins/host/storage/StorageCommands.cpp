@@ -9,8 +9,10 @@ namespace Kestrel::Host {
 
 void RegisterStorage(const std::shared_ptr<AutoCli::Namespace>& root) {
   const auto storage = AddNamespace(root, "storage", "Devices, file systems and mounts.");
-  AddNamespace(storage, "device", "Disks, partitions and volumes.")
-      ->RegisterNamespaceNode(NewStorageDeviceList(), "list");
+  const auto device = AddNamespace(storage, "device", "Disks, partitions and volumes.");
+  device->RegisterNamespaceNode(NewStorageDeviceList(), "list");
+  AddNamespace(device, "counter", "What devices have read and written.")
+      ->RegisterNamespaceNode(NewStorageDeviceCounterList(), "list");
   AddNamespace(storage, "filesystem", "The usage of the file systems.")
       ->RegisterNamespaceNode(NewStorageFilesystemList(), "list");
   AddNamespace(storage, "mount", "The mounted file systems.")

@@ -14,6 +14,7 @@ namespace Kestrel::Host {
 void RegisterStorage(const std::shared_ptr<AutoCli::Namespace>& root);
 
 // The commands of the namespace, each defined in the file of its name.
+std::shared_ptr<AutoCli::Command> NewStorageDeviceCounterList();
 std::shared_ptr<AutoCli::Command> NewStorageDeviceList();
 std::shared_ptr<AutoCli::Command> NewStorageFilesystemList();
 std::shared_ptr<AutoCli::Command> NewStorageMountList();

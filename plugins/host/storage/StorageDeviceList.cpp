@@ -1,14 +1,17 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
+#include <optional>
 #include <string>
 
 #include "plugins/host/frame/DeviceNumber.h"
 #include "plugins/host/frame/HostFile.h"
 #include "plugins/host/frame/ListCommand.h"
+#include "plugins/host/frame/NamePattern.h"
 #include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/storage/BlockDevices.h"
+#include "plugins/host/storage/DeviceContent.h"
 #include "plugins/host/storage/MountTable.h"
 #include "plugins/host/storage/StorageCommands.h"
 
@@ -25,20 +28,47 @@ const StructShape& Shape() {
                   "Its kind: disk, part (partition), rom, loop, or a kind of volume such as lvm, "
                   "crypt or raid1.")
           .String("Number", "The device's number, as major:minor.")
-          .Int("Size", "Its size in MiB, rounded down.")
-          .Int("Size Bytes", "Its size in bytes.")
+          .Size("Size", "Its size.")
           .Int("Sector Size", "The size of a sector in bytes.")
           .Bool("Read Only", "Whether it is read-only.")
           .Bool("Removable", "Whether its medium can be removed.")
           .Bool("Rotational", "Whether its medium rotates, as in a hard disk.")
-          .String("Model", "The model that the device reports; may be empty.")
+          .String("Model", "The model of a disk; \"none\" if it does not report one.")
+          .String("Transport",
+                  "What connects a disk, such as sata, sas, usb, nvme or virtio; \"none\" if "
+                  "nothing is known to do so.")
           .Strings("Parents", "The devices that it is part of or consists of; none for a disk.")
           .String("Filesystem",
-                  "The type of its content; empty if the device manager does not know it.")
-          .String("Label", "The label of its content.")
-          .String("UUID", "The identifier of its content.")
+                  "The type of its content; \"none\" if it has none, \"unknown\" if neither the "
+                  "device manager nor the device can be asked.")
+          .String("Label", "The label of its content; \"none\" and \"unknown\" as above.")
+          .String("UUID", "The identifier of its content; \"none\" and \"unknown\" as above.")
+          .String("Partition Label",
+                  "Its label in the table of partitions; \"none\" and \"unknown\" as above.")
+          .String("Partition UUID",
+                  "Its identifier in the table of partitions; \"none\" and \"unknown\" as above.")
           .Strings("Mount Points", "The directories that it is mounted on.");
   return shape;
+}
+
+// A device without a medium contains nothing.
+std::optional<DeviceContent> ReadContent(const BlockDevice& device) {
+  return device.size == 0 ? DeviceContent() : ReadDeviceContent(device.name, device.number);
+}
+
+std::shared_ptr<MetaObj::MetaString> TextOrNone(const std::string& text) {
+  return SanitizedText(text.empty() ? "none" : text);
+}
+
+void SetContent(const std::optional<DeviceContent>& content, MetaObj::MetaStruct& row) {
+  const auto set = [&](const char* field, std::string DeviceContent::*text) {
+    row.SetField(field, content ? TextOrNone((*content).*text) : SanitizedText("unknown"));
+  };
+  set("Filesystem", &DeviceContent::filesystem);
+  set("Label", &DeviceContent::label);
+  set("UUID", &DeviceContent::uuid);
+  set("Partition Label", &DeviceContent::partitionLabel);
+  set("Partition UUID", &DeviceContent::partitionUuid);
 }
 
 std::shared_ptr<MetaObj::MetaStruct> ToStruct(const BlockDevice& device) {
@@ -46,18 +76,16 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const BlockDevice& device) {
   result->SetField("Name", SanitizedText(device.name));
   result->SetField("Kind", SanitizedText(device.kind));
   result->SetField("Number", FormatDeviceNumber(device.number));
-  result->SetField("Size", device.size / kMebibyte);
-  result->SetField("Size Bytes", device.size);
+  SetSize(*result, "Size", device.size);
   result->SetField("Sector Size", device.sectorSize);
   result->SetField("Read Only", device.isReadOnly);
   result->SetField("Removable", device.isRemovable);
   result->SetField("Rotational", device.isRotational);
-  result->SetField("Model", SanitizedText(device.model));
+  result->SetField("Model", TextOrNone(device.model));
+  result->SetField("Transport", TextOrNone(device.transport));
   result->SetField("Parents", SanitizedList(device.parents));
-  result->SetField("Filesystem", SanitizedText(device.filesystem));
-  result->SetField("Label", SanitizedText(device.label));
-  result->SetField("UUID", SanitizedText(device.uuid));
   result->SetField("Mount Points", SanitizedList(device.mountPoints));
+  SetContent(ReadContent(device), *result);
   return result;
 }
 
@@ -66,19 +94,19 @@ class StorageDeviceList final : public ListCommand {
   StorageDeviceList()
       : ListCommand("List the block devices: disks, partitions and volumes.", Shape,
                     "The block devices, sorted by name, each disk followed by its partitions.") {
-    ShowColumns("Name,Kind,Size,Read Only,Filesystem,Mount Points",
-                {{"units:StorageDevice.Size", "MiB"}, {"wrap-last", "true"}});
+    ShowColumns("Name,Kind,Size Bytes,Read Only,Transport,Filesystem,Mount Points",
+                {{"wrap-last", "true"}});
+    AddMetaData("complete:name", "storage.device.list Name");
     AddExample("", "List all devices with a size");
     AddExample("--kind disk --removable false", "List the disks that cannot be removed");
-    AddExample("--device sda --device sda1", "List two devices by name");
+    AddExample("--name 'sd*' --name 'nvme*' --human", "List disks and their partitions by name");
   }
 
  private:
   void DeclareParameters(CallSpec::InputSpec& spec) const override {
-    Parameter("device", CallSpec::StringList,
-              "List only the device of this name, without /dev/; %REGEX%.")
-        .Short("d")
-        .Matching("[a-zA-Z0-9][a-zA-Z0-9/._:+-]*")
+    Parameter("name", CallSpec::StringList,
+              "List only devices of this name, without /dev/, in which * stands for anything.")
+        .Short("n")
         .AddTo(spec);
     Parameter("kind", CallSpec::StringList, "List only devices of this kind:%FULLENUM%")
         .Short("k")
@@ -116,13 +144,12 @@ class StorageDeviceList final : public ListCommand {
 
   void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,
                MetaObj::MetaList& rows) const override {
-    const StringFilter names(input, "device");
+    const NameFilter names(input, "name");
     const StringFilter kinds(input, "kind");
     const BoolFilter readOnly(input, "read-only");
     const BoolFilter removable(input, "removable");
     const bool isEverythingListed = input.IsFlagSet("all");
-    const auto readProperties = [](dev_t device) { return ReadDeviceProperties(device); };
-    for (const BlockDevice& device : ReadBlockDevices(kSys, readProperties, ReadMounts())) {
+    for (const BlockDevice& device : ReadBlockDevices(kSys, ReadMounts())) {
       if ((isEverythingListed || device.size > 0) && names.Accepts(device.name) &&
           kinds.Accepts(device.kind) && readOnly.Accepts(device.isReadOnly) &&
           removable.Accepts(device.isRemovable) &&

@@ -28,13 +28,10 @@ const StructShape& Shape() {
           .String("Source",
                   "What is mounted: a device, a path on a server or a word such as tmpfs.")
           .String("Type", "The type of the file system.")
-          .Int("Size", "Its size in MiB, rounded up.")
-          .Int("Used", "The used space in MiB, rounded up.")
-          .Int("Available", "The space available to all users in MiB, rounded up.")
+          .Size("Size", "Its size.")
+          .Size("Used", "The used space.")
+          .Size("Available", "The space available to all users.")
           .Int("Percent", "The used part of the used and available space, in percent, rounded up.")
-          .Int("Size Bytes", "Its size in bytes.")
-          .Int("Used Bytes", "The used space in bytes.")
-          .Int("Available Bytes", "The space available to all users in bytes.")
           .Int("Inodes", "How many files it can contain; 0 if there is no limit.")
           .Int("Used Inodes", "How many files it contains; 0 if there is no limit.")
           .String("Status",
@@ -61,13 +58,10 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Filesystem& filesystem) {
   result->SetField("Mount Point", SanitizedText(filesystem.mount.target));
   result->SetField("Source", SanitizedText(filesystem.mount.source));
   result->SetField("Type", SanitizedText(filesystem.mount.type));
-  result->SetField("Size", ToMebibytes(usage.size));
-  result->SetField("Used", ToMebibytes(usage.GetUsed()));
-  result->SetField("Available", ToMebibytes(usage.available));
+  SetSize(*result, "Size", ToLong(usage.size));
+  SetSize(*result, "Used", ToLong(usage.GetUsed()));
+  SetSize(*result, "Available", ToLong(usage.available));
   result->SetField("Percent", usage.GetPercent());
-  result->SetField("Size Bytes", ToLong(usage.size));
-  result->SetField("Used Bytes", ToLong(usage.GetUsed()));
-  result->SetField("Available Bytes", ToLong(usage.available));
   result->SetField("Inodes", ToLong(usage.inodes));
   result->SetField("Used Inodes", ToLong(usage.GetUsedInodes()));
   result->SetField("Status", StatusText(filesystem.answer.error));
@@ -94,12 +88,10 @@ class StorageFilesystemList final : public ListCommand {
   StorageFilesystemList()
       : ListCommand("List the usage of the mounted file systems.", Shape,
                     "The file systems, in the order in which they were mounted.") {
-    ShowColumns("Type,Size,Used,Available,Percent,Status,Mount Point",
-                {{"units:StorageFilesystem.Size", "MiB"},
-                 {"units:StorageFilesystem.Used", "MiB"},
-                 {"units:StorageFilesystem.Available", "MiB"},
-                 {"units:StorageFilesystem.Percent", "%"}});
-    AddExample("", "List all file systems with a size");
+    ShowColumns("Source,Available Bytes,Percent,Status,Mount Point",
+                {{"units:StorageFilesystem.Percent", "%"}, {"wrap-last", "true"}});
+    AddMetaData("complete:type", "storage.mount.list Type");
+    AddExample("--human", "List all file systems with a size");
     AddExample("--minimum-percent 90", "List those that are nearly full");
     AddExample("--type nfs4 --timeout 10", "Wait ten seconds for slow servers");
   }

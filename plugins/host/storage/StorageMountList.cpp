@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
+#include <filesystem>
 #include <string>
 
 #include "plugins/host/frame/DeviceNumber.h"
@@ -37,6 +38,12 @@ bool LiesBelow(const std::string& path, const std::string& folder) {
          (path.size() == trimmed.size() || path[trimmed.size()] == '/');
 }
 
+// The folder as an absolute path without "." and "..".
+std::string GetFolder(const CallSpec::Input& input) {
+  const std::string& below = input.GetParameter("below");
+  return below.empty() ? below : std::filesystem::absolute(below).lexically_normal().string();
+}
+
 std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Mount& mount) {
   auto result = Shape().NewStruct();
   result->SetField("Mount Point", SanitizedText(mount.target));
@@ -57,7 +64,10 @@ class StorageMountList final : public ListCommand {
   StorageMountList()
       : ListCommand("List the mounted file systems.", Shape,
                     "The mounts, in the order in which they were made.") {
-    ShowColumns("Type,Read Only,Source,Mount Point");
+    ShowColumns("Type,Read Only,Source,Mount Point", {{"wrap-last", "true"}});
+    AddMetaData("complete:type", "storage.mount.list Type");
+    AddMetaData("complete:option", "storage.mount.list Options");
+    AddMetaData("complete:below", "directory");
     AddExample("", "List every mount that a path leads to");
     AddExample("--type ext4 --type xfs", "List the mounts of two types of file system");
     AddExample("--below /srv --read-only false", "List the writable mounts below /srv");
@@ -71,10 +81,8 @@ class StorageMountList final : public ListCommand {
     Parameter("option", CallSpec::StringList, "List only mounts with this option.")
         .Short("o")
         .AddTo(spec);
-    Parameter("below", CallSpec::String,
-              "List only mounts on this directory and below it; %REGEX%.")
+    Parameter("below", CallSpec::String, "List only mounts on this directory and below it.")
         .Short("b")
-        .Matching("/.*")
         .AddTo(spec);
     Parameter("read-only", CallSpec::Bool,
               "List only mounts that are read-only (true) or writable (false).")
@@ -90,7 +98,7 @@ class StorageMountList final : public ListCommand {
     const StringFilter types(input, "type");
     const StringFilter options(input, "option");
     const BoolFilter readOnly(input, "read-only");
-    const std::string& below = input.GetParameter("below");
+    const std::string below = GetFolder(input);
     const bool isEverythingListed = input.IsFlagSet("all");
     for (const Mount& mount : ReadMounts()) {
       if ((isEverythingListed || !mount.isHidden) && types.Accepts(mount.type) &&

@@ -5,7 +5,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <kestrel/KestrelException.h>
 #include <sys/sysmacros.h>
+#include <unistd.h>
 
 #include <algorithm>
 
@@ -16,9 +18,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using ::testing::Pair;
-
-DeviceProperties NoProperties(dev_t) { return {}; }
+using ::testing::ThrowsMessage;
 
 /// A made-up /sys.
 class SysTree {
@@ -35,9 +35,8 @@ class SysTree {
     folder_.MakeDirectory(current_ + "/slaves/" + name);
     return *this;
   }
-  std::vector<BlockDevice> Read(const std::vector<Mount>& mounts = {},
-                                const PropertyReader& properties = NoProperties) const {
-    return ReadBlockDevices(folder_.GetPath(), properties, mounts);
+  std::vector<BlockDevice> Read(const std::vector<Mount>& mounts = {}) const {
+    return ReadBlockDevices(folder_.GetPath(), mounts);
   }
 
  private:
@@ -153,8 +152,87 @@ TEST(BlockDevicesTest, ADeviceWithoutItsFilesIsSkipped) {
   EXPECT_EQ(devices[0].name, "sda");
 }
 
-TEST(BlockDevicesTest, WithoutTheFolderThereAreNone) {
-  EXPECT_THAT(ReadBlockDevices("/nonexistent", NoProperties, {}), IsEmpty());
+TEST(BlockDevicesTest, AMissingListIsAnError) {
+  EXPECT_THAT([] { ReadBlockDevices("/nonexistent", {}); },
+              ThrowsMessage<KestrelException>(
+                  "Unable to read /nonexistent/block: No such file or directory"));
+}
+
+struct TransportCase {
+  const char* name;
+  const char* disk;
+  const char* path;  // to which the folder of the disk is a link
+  const char* transport;
+};
+
+class DeviceTransportTest : public ::testing::TestWithParam<TransportCase> {};
+
+TEST_P(DeviceTransportTest, IsFoundOnThePathToTheDisk) {
+  const Testing::ScopedTempDir folder;
+  const std::string disk = std::string(GetParam().path) + "/" + GetParam().disk;
+  folder.Write("devices/" + disk + "/dev", "8:0\n");
+  folder.Write("devices/" + disk + "/size", "8\n");
+  folder.MakeDirectory("block");
+  ASSERT_EQ(::symlink(("../devices/" + disk).c_str(),
+                      folder.GetPath(std::string("block/") + GetParam().disk).c_str()),
+            0);
+  const auto devices = ReadBlockDevices(folder.GetPath(), {});
+  ASSERT_EQ(devices.size(), 1U);
+  EXPECT_EQ(devices[0].transport, GetParam().transport);
+}
+
+const TransportCase kTransports[] = {
+    {"Sata", "sda", "pci0000:00/0000:00:1f.2/ata1/host0/target0:0:0/0:0:0:0/block", "sata"},
+    {"Usb", "sdb", "pci0000:00/0000:00:14.0/usb2/2-3/2-3:1.0/host4/target4:0:0/4:0:0:0/block",
+     "usb"},
+    {"Sas", "sdc", "pci0000:00/host0/port-0:0/end_device-0:0/target0:0:0/0:0:0:0/block", "sas"},
+    {"FibreChannel", "sdd", "pci0000:00/host1/rport-1:0-0/target1:0:0/1:0:0:0/block", "fc"},
+    {"Iscsi", "sde", "platform/host9/session1/target9:0:0/9:0:0:0/block", "iscsi"},
+    {"Nvme", "nvme0n1", "pci0000:00/0000:00:1d.0/0000:03:00.0/nvme/nvme0", "nvme"},
+    {"NvmeWithSeveralPaths", "nvme1n1", "virtual/nvme-subsystem/nvme-subsys1", "nvme"},
+    {"Virtio", "vda", "pci0000:00/0000:00:02.0/virtio1/block", "virtio"},
+    {"VirtioScsi", "sdf", "pci0000:00/0000:00:05.0/virtio2/host2/target2:0:0/2:0:0:0/block",
+     "virtio"},
+    {"Card", "mmcblk0", "platform/soc/fe340000.mmc/mmc_host/mmc0/mmc0:aaaa/block", "mmc"},
+    {"DiskInAUsbHubOfAVirtualMachine", "sdg", "virtio1/usb1/1-1/host5/block", "usb"},
+    {"Loop", "loop0", "virtual/block", ""},
+    {"Mapped", "dm-0", "virtual/block", ""},
+    {"NameOnly", "sdh", "usbfoo/ata/nvme/block", ""},
+};
+
+INSTANTIATE_TEST_SUITE_P(Paths, DeviceTransportTest, ::testing::ValuesIn(kTransports),
+                         [](const auto& test) { return test.param.name; });
+
+TEST(BlockDevicesTest, ADiskWithoutALinkMayTellItsTransportByItsName) {
+  SysTree tree;
+  tree.Device("nvme0n1", "259:0", "8")
+      .Device("mmcblk1", "179:0", "8")
+      .Device("nvmexyz", "8:0", "8");
+  const auto devices = tree.Read();
+  ASSERT_EQ(devices.size(), 3U);
+  EXPECT_EQ(devices[0].transport, "mmc");
+  EXPECT_EQ(devices[1].transport, "nvme");
+  EXPECT_EQ(devices[2].transport, "");
+}
+
+TEST(BlockDevicesTest, TheModelOfACardIsItsName) {
+  SysTree tree;
+  tree.Device("mmcblk0", "179:0", "8").Attribute("device/name", "SD32G\n");
+  EXPECT_EQ(tree.Read().at(0).model, "SD32G");
+}
+
+TEST(BlockDevicesTest, OnlyDisksHaveAModelAndATransport) {
+  SysTree tree;
+  tree.Device("nvme0n1", "259:0", "8")
+      .Attribute("device/model", "Fast\n")
+      .Device("nvme0n1/nvme0n1p1", "259:1", "4")
+      .Attribute("partition", "1\n");
+  const auto devices = tree.Read();
+  ASSERT_EQ(devices.size(), 2U);
+  EXPECT_EQ(devices[0].model, "Fast");
+  EXPECT_EQ(devices[0].transport, "nvme");
+  EXPECT_EQ(devices[1].model, "");
+  EXPECT_EQ(devices[1].transport, "");
 }
 
 TEST(BlockDevicesTest, AnAbsurdSizeStaysInRange) {
@@ -178,70 +256,6 @@ TEST(BlockDevicesTest, FindsMountPointsByNumberAndByName) {
   EXPECT_THAT(devices[0].mountPoints, ElementsAre("/"));
   EXPECT_THAT(devices[1].mountPoints, ElementsAre("/b", "/z"));
 }
-
-TEST(BlockDevicesTest, TheDeviceManagerKnowsTheContentOfADevice) {
-  SysTree tree;
-  tree.Device("sda", "8:0", "1");
-  const auto devices = tree.Read({}, [](dev_t number) -> DeviceProperties {
-    EXPECT_EQ(number, makedev(8, 0));
-    return {{"ID_FS_TYPE", "ext4"},
-            {"ID_FS_LABEL_ENC", "My\\x20Disk\\x5cx\\xg0\\x2"},
-            {"ID_FS_UUID_ENC", "12-34"}};
-  });
-  ASSERT_EQ(devices.size(), 1u);
-  EXPECT_EQ(devices[0].filesystem, "ext4");
-  EXPECT_EQ(devices[0].label, "My Disk\\x\\xg0\\x2");
-  EXPECT_EQ(devices[0].uuid, "12-34");
-}
-
-TEST(BlockDevicesTest, ReadsWhatTheDeviceManagerNoted) {
-  const Testing::ScopedTempDir folder;
-  folder.Write("b8:1", "E:ID_FS_TYPE=ext4\nS:disk/by-label/a\nE:ID_FS_LABEL_ENC=a=b\nE:\n");
-  EXPECT_THAT(ReadDeviceProperties(makedev(8, 1), folder.GetPath()),
-              ElementsAre(Pair("ID_FS_LABEL_ENC", "a=b"), Pair("ID_FS_TYPE", "ext4")));
-}
-
-TEST(BlockDevicesTest, AnUnknownDeviceHasNoProperties) {
-  EXPECT_THAT(ReadDeviceProperties(makedev(4095, 1048575)), IsEmpty());
-}
-
-struct LabelCase {
-  const char* name;
-  const char* encoded;
-  std::string label;
-};
-
-const LabelCase kLabels[] = {
-    {"Empty", "", ""},
-    {"Plain", "root", "root"},
-    {"Space", "My\\x20Disk", "My Disk"},
-    {"UpperCaseDigits", "\\x2F\\x2f", "//"},
-    {"BackslashItself", "a\\x5cx20b", "a\\x20b"},
-    {"Nul", "a\\x00b", std::string("a\0b", 3)},
-    {"HighByte", "\\xff", "\xff"},
-    {"CutAfterTheBackslash", "a\\", "a\\"},
-    {"CutAfterTheX", "a\\x", "a\\x"},
-    {"CutAfterOneDigit", "a\\x2", "a\\x2"},
-    {"NoDigits", "\\xzz", "\\xzz"},
-    {"OneDigit", "\\x2g", "\\x2g"},
-    {"CapitalX", "\\X20", "\\X20"},
-    {"TwoInARow", "\\x41\\x42", "AB"},
-};
-
-class DeviceLabelTest : public ::testing::TestWithParam<LabelCase> {};
-
-TEST_P(DeviceLabelTest, IsDecoded) {
-  SysTree tree;
-  tree.Device("sda", "8:0", "1");
-  const auto devices = tree.Read({}, [](dev_t) -> DeviceProperties {
-    return {{"ID_FS_LABEL_ENC", GetParam().encoded}};
-  });
-  ASSERT_EQ(devices.size(), 1u);
-  EXPECT_EQ(devices[0].label, GetParam().label);
-}
-
-INSTANTIATE_TEST_SUITE_P(Labels, DeviceLabelTest, ::testing::ValuesIn(kLabels),
-                         [](const auto& test) { return test.param.name; });
 
 struct SizeCase {
   const char* name;
@@ -274,13 +288,6 @@ TEST_P(DeviceSizeTest, IsInBytes) {
 
 INSTANTIATE_TEST_SUITE_P(Sizes, DeviceSizeTest, ::testing::ValuesIn(kSizes),
                          [](const auto& test) { return test.param.name; });
-
-TEST(BlockDevicesTest, PropertiesOfADeviceMayBeDamaged) {
-  const Testing::ScopedTempDir folder;
-  folder.Write("b8:1", "E:\nE\n=\nE:=empty\nE:A=1\nE:A=2\nX:B=3\nE:C=\n");
-  EXPECT_THAT(ReadDeviceProperties(makedev(8, 1), folder.GetPath()),
-              ElementsAre(Pair("", "empty"), Pair("A", "2"), Pair("C", "")));
-}
 
 }  // namespace
 }  // namespace Kestrel::Host

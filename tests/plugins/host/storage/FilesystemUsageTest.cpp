@@ -65,14 +65,6 @@ TEST(FilesystemUsageTest, CountsInodesInUse) {
   EXPECT_EQ(usage.GetUsedInodes(), 0u) << "more free than there are";
 }
 
-TEST(FilesystemUsageTest, RoundsMebibytesUp) {
-  EXPECT_EQ(ToMebibytes(0), 0);
-  EXPECT_EQ(ToMebibytes(1), 1);
-  EXPECT_EQ(ToMebibytes(1 << 20), 1);
-  EXPECT_EQ(ToMebibytes((1 << 20) + 1), 2);
-  EXPECT_EQ(ToMebibytes(kMaxUnsigned), 17592186044416);
-}
-
 TEST(FilesystemUsageTest, NumbersBeyondALongBecomeTheLargestOne) {
   EXPECT_EQ(ToLong(0), 0);
   EXPECT_EQ(ToLong(kMaxLong), kMaxLong);

@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <string>
 #include <vector>
@@ -41,8 +42,10 @@ class StorageMachineTest : public MadeUpMachineTest {
     File("sys/block/dm-0/dm/name", "vg-root\n");
     Folder("sys/block/dm-0/slaves/sda1");
     AddDevice("cciss!c0d0", "104:0", "2048");
+    File("run/udev/data/b8:0", "I:1\n");
     File("run/udev/data/b8:1",
-         "E:ID_FS_TYPE=ext4\nE:ID_FS_LABEL_ENC=My\\x20Disk\nE:ID_FS_UUID_ENC=12-34\n");
+         "E:ID_FS_TYPE=ext4\nE:ID_FS_LABEL_ENC=My\\x20Disk\nE:ID_FS_UUID_ENC=12-34\n"
+         "E:ID_PART_ENTRY_NAME=data\nE:ID_PART_ENTRY_UUID=56-78\n");
     AddSampleMounts();
   }
 
@@ -68,37 +71,40 @@ class StorageMachineTest : public MadeUpMachineTest {
 TEST_F(StorageMachineTest, ListsDevices) {
   AddSampleDevices();
   ExpectPrinted("storage device list",
-                "Name        Kind  Size     Read Only  Filesystem  Mount Points\n"
-                "----------  ----  -------  ---------  ----------  ------------\n"
-                "cciss/c0d0  disk    1 MiB  false                  \n"
-                "dm-0        lvm     4 MiB  false                  /\n"
-                "sda         disk  200 MiB  false                  \n"
-                "sda1        part  100 MiB  false      ext4        /srv, /srv/a b\n"
-                "sda2        part    0 MiB  true                   \n");
+                "Name        Kind  Size Bytes  Read Only  Transport  Filesystem  Mount Points\n"
+                "----------  ----  ----------  ---------  ---------  ----------  ------------\n"
+                "cciss/c0d0  disk     1048576  false      none       unknown     \n"
+                "dm-0        lvm      4194304  false      none       unknown     /\n"
+                "sda         disk   209715200  false      none       none        \n"
+                "sda1        part   104857600  false      none       ext4        /srv, /srv/a b\n"
+                "sda2        part     1048064  true       none       unknown     \n");
 }
 
 TEST_F(StorageMachineTest, ShowsEveryFieldOfADevice) {
   AddSampleDevices();
   RunThere([] {
-    EXPECT_THAT(CallRows("storage device list", {{"device", "sda1"}}),
+    EXPECT_THAT(CallRows("storage device list", {{"name", "sda1"}}),
                 ElementsAre(Row({{"Name", "sda1"},
                                  {"Kind", "part"},
                                  {"Number", "8:1"},
-                                 {"Size", "100"},
+                                 {"Size", "100.0 MiB"},
                                  {"Size Bytes", "104857600"},
                                  {"Sector Size", "512"},
                                  {"Read Only", "false"},
                                  {"Removable", "false"},
                                  {"Rotational", "true"},
-                                 {"Model", ""},
+                                 {"Model", "none"},
+                                 {"Transport", "none"},
                                  {"Parents", "sda"},
                                  {"Filesystem", "ext4"},
                                  {"Label", "My Disk"},
                                  {"UUID", "12-34"},
+                                 {"Partition Label", "data"},
+                                 {"Partition UUID", "56-78"},
                                  {"Mount Points", "/srv, /srv/a b"}})));
-    EXPECT_THAT(CallColumn("storage device list", "Model", {{"device", "sda"}}),
+    EXPECT_THAT(CallColumn("storage device list", "Model", {{"name", "sda"}}),
                 ElementsAre("Fast\\x1b[2JDisk"));
-    EXPECT_THAT(CallColumn("storage device list", "Parents", {{"device", "dm-0"}}),
+    EXPECT_THAT(CallColumn("storage device list", "Parents", {{"name", "dm-0"}}),
                 ElementsAre("sda1"));
   });
 }
@@ -112,11 +118,13 @@ struct ListCase {
 const ListCase kDeviceFilters[] = {
     {"None", {}, {"cciss/c0d0", "dm-0", "sda", "sda1", "sda2"}},
     {"All", {{"all", ""}}, {"cciss/c0d0", "dm-0", "sda", "sda1", "sda2", "sr0"}},
-    {"Device", {{"device", "sda"}}, {"sda"}},
-    {"Devices", {{"device", "sda2"}, {"device", "dm-0"}, {"device", "none"}}, {"dm-0", "sda2"}},
-    {"DeviceWithASlash", {{"device", "cciss/c0d0"}}, {"cciss/c0d0"}},
-    {"EmptyDevice", {{"device", "sr0"}}, {}},
-    {"EmptyDeviceAndAll", {{"device", "sr0"}, {"all", ""}}, {"sr0"}},
+    {"Name", {{"name", "sda"}}, {"sda"}},
+    {"Names", {{"name", "sda2"}, {"name", "dm-0"}, {"name", "none"}}, {"dm-0", "sda2"}},
+    {"NamePattern", {{"name", "sd*"}}, {"sda", "sda1", "sda2"}},
+    {"NameInAnotherCase", {{"name", "SDA"}}, {}},
+    {"NameWithASlash", {{"name", "cciss/c0d0"}}, {"cciss/c0d0"}},
+    {"NameOfAnEmptyDevice", {{"name", "sr0"}}, {}},
+    {"NameOfAnEmptyDeviceAndAll", {{"name", "sr0"}, {"all", ""}}, {"sr0"}},
     {"Kind", {{"kind", "part"}}, {"sda1", "sda2"}},
     {"Kinds", {{"kind", "lvm"}, {"kind", "disk"}}, {"cciss/c0d0", "dm-0", "sda"}},
     {"KindOfNone", {{"kind", "raid1"}}, {}},
@@ -127,7 +135,7 @@ const ListCase kDeviceFilters[] = {
     {"MinimumSize", {{"minimum-size", "100"}}, {"sda", "sda1"}},
     {"MinimumSizeRoundsDown", {{"minimum-size", "1"}}, {"cciss/c0d0", "dm-0", "sda", "sda1"}},
     {"AllTogether",
-     {{"kind", "part"}, {"read-only", "false"}, {"minimum-size", "50"}, {"device", "sda1"}},
+     {{"kind", "part"}, {"read-only", "false"}, {"minimum-size", "50"}, {"name", "sda1"}},
      {"sda1"}},
 };
 
@@ -185,6 +193,8 @@ const ListCase kMountFilters[] = {
     {"OptionOfAHiddenMount", {{"option", "size=4k"}}, {}},
     {"OptionOfAHiddenMountAndAll", {{"option", "size=4k"}, {"all", ""}}, {"5"}},
     {"Below", {{"below", "/srv"}}, {"2", "4"}},
+    {"BelowAPathWithDetours", {{"below", "/proc/..//./srv"}}, {"2", "4"}},
+    {"BelowARelativePath", {{"below", "srv"}}, {}},
     {"BelowWithASlashAtItsEnd", {{"below", "/srv/"}}, {"2", "4"}},
     {"BelowTheRoot", {{"below", "/"}}, {"1", "2", "3", "4", "6", "7"}},
     {"BelowNothing", {{"below", "/srv/a"}}, {}},
@@ -224,12 +234,90 @@ TEST_F(StorageMachineTest, AMissingTableOfMountsIsReported) {
   });
 }
 
+TEST_F(StorageMachineTest, APathRelativeToTheRootIsAPathBelowIt) {
+  AddSampleMounts();
+  RunThere([] {
+    ASSERT_EQ(::chdir("/"), 0);
+    EXPECT_THAT(Mounts({{"below", "srv"}}), ElementsAre("2", "4"));
+    EXPECT_THAT(Mounts({{"below", "./srv/a b"}}), ElementsAre("4"));
+  });
+}
+
+TEST_F(StorageMachineTest, AMountWithoutASourceHasAWordForIt) {
+  File("proc/self/mountinfo", "1 0 0:20 / / rw - tmpfs  rw\n");
+  RunThere([] {
+    EXPECT_THAT(CallColumn("storage mount list", "Source"), ElementsAre("none"));
+    EXPECT_THAT(CallColumn("storage filesystem list", "Source", {{"all", ""}}),
+                ElementsAre("none"));
+  });
+}
+
+TEST_F(StorageMachineTest, AMissingListOfDevicesIsReported) {
+  AddSampleMounts();
+  RunThere([] {
+    EXPECT_THAT(CallErrors("storage device list"),
+                ElementsAre("Unable to read /sys/block: No such file or directory"));
+    EXPECT_THAT(CallErrors("storage device counter list"),
+                ElementsAre("Unable to read /proc/diskstats: No such file or directory"));
+  });
+}
+
+TEST_F(StorageMachineTest, AMachineWithoutDevicesHasAnEmptyList) {
+  AddSampleMounts();
+  Folder("sys/block");
+  File("proc/diskstats", "");
+  RunThere([] {
+    EXPECT_THAT(CallRows("storage device list", {{"all", ""}}), IsEmpty());
+    EXPECT_THAT(CallRows("storage device counter list", {{"all", ""}}), IsEmpty());
+  });
+}
+
+TEST_F(StorageMachineTest, ListsCounters) {
+  File("proc/diskstats",
+       " 8 0 sda 1200 5 409600 4000 700 60 81920 8000 1 9000 12000 3 0 2048 40 7 80\n"
+       " 8 1 sda1 1 0 8 1 0 0 0 0 0 1 1 0 0 0 0 0 0\n"
+       " 7 0 loop0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0\n");
+  ExpectPrinted("storage device counter list",
+                "Reads  Read Bytes  Writes  Written Bytes  Busy Milliseconds  Name\n"
+                "-----  ----------  ------  -------------  -----------------  ----\n"
+                " 1200   209715200     700       41943040               9000  sda\n"
+                "    1        4096       0              0                  1  sda1\n");
+  RunThere([] {
+    EXPECT_THAT(CallRows("storage device counter list", {{"name", "sda"}}),
+                ElementsAre(Row({{"Name", "sda"},
+                                 {"Reads", "1200"},
+                                 {"Reads Merged", "5"},
+                                 {"Read", "200.0 MiB"},
+                                 {"Read Bytes", "209715200"},
+                                 {"Read Milliseconds", "4000"},
+                                 {"Writes", "700"},
+                                 {"Writes Merged", "60"},
+                                 {"Written", "40.0 MiB"},
+                                 {"Written Bytes", "41943040"},
+                                 {"Write Milliseconds", "8000"},
+                                 {"Discards", "3"},
+                                 {"Discarded", "1.0 MiB"},
+                                 {"Discarded Bytes", "1048576"},
+                                 {"Discard Milliseconds", "40"},
+                                 {"Flushes", "7"},
+                                 {"Flush Milliseconds", "80"},
+                                 {"In Progress", "1"},
+                                 {"Busy Milliseconds", "9000"},
+                                 {"Queued Milliseconds", "12000"}})));
+    EXPECT_THAT(CallColumn("storage device counter list", "Name", {{"all", ""}, {"name", "*0"}}),
+                ElementsAre("loop0"));
+    EXPECT_THAT(CallColumn("storage device counter list", "Reads",
+                           {{"interval", "1"}, {"sort", "Name"}, {"descending", ""}}),
+                ElementsAre("0", "0"));
+  });
+}
+
 TEST_F(StorageMachineTest, AMissingFileSystemHasTheReason) {
   File("proc/self/mountinfo", "1 0 8:1 / /gone/away rw - ext4 /dev/sda1 rw\n");
   ExpectPrinted("storage filesystem list --type=ext4",
-                "Type  Size   Used   Available  Percent  Status                     Mount Point\n"
-                "----  -----  -----  ---------  -------  -------------------------  -----------\n"
-                "ext4  0 MiB  0 MiB      0 MiB      0 %  No such file or directory  /gone/away\n");
+                "Source     Available Bytes  Percent  Status                     Mount Point\n"
+                "---------  ---------------  -------  -------------------------  -----------\n"
+                "/dev/sda1                0      0 %  No such file or directory  /gone/away\n");
 }
 
 TEST_F(StorageMachineTest, TheAutomountersMountPointIsNotAsked) {

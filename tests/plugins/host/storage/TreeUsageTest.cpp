@@ -9,7 +9,6 @@
 #include <kestrel/KestrelException.h>
 #include <sched.h>
 #include <sys/mount.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -18,6 +17,7 @@
 #include <string>
 #include <vector>
 
+#include "plugins/host/support/FileLimit.h"
 #include "plugins/host/support/Namespaces.h"
 #include "plugins/host/support/PlainUser.h"
 #include "support/ScopedTempDir.h"
@@ -27,6 +27,7 @@ namespace Kestrel::Host {
 namespace {
 
 using ::testing::ElementsAre;
+using Testing::FileLimit;
 using ::testing::IsEmpty;
 using Testing::ScopedTempDir;
 using ::testing::ThrowsMessage;
@@ -94,24 +95,6 @@ class LockedFolder {
 
  private:
   std::string path_;
-};
-
-// Limits the open files of this process to those that are open now and `count` more.
-class FileLimit {
- public:
-  explicit FileLimit(rlim_t count) {
-    EXPECT_EQ(::getrlimit(RLIMIT_NOFILE, &before_), 0);
-    const int next = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-    ::close(next);
-    const rlimit lower = {static_cast<rlim_t>(next) + count, before_.rlim_max};
-    EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &lower), 0);
-  }
-  FileLimit(const FileLimit&) = delete;
-  FileLimit& operator=(const FileLimit&) = delete;
-  ~FileLimit() { ::setrlimit(RLIMIT_NOFILE, &before_); }
-
- private:
-  rlimit before_ = {};
 };
 
 // Makes folders in each other that all have this name.

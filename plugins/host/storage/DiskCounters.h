@@ -1,0 +1,45 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace Kestrel::Host {
+
+/// What the kernel counts for one kind of transfer.
+struct TransferCounters {
+  long count = 0;   ///< Completed requests.
+  long merged = 0;  ///< Requests that were added to another one.
+  long bytes = 0;
+  long milliseconds = 0;  ///< The sum of the times of all requests.
+};
+
+/// What the kernel counts for a block device. What an old kernel does not count is 0.
+struct DiskCounters {
+  std::string name;  ///< The path below /dev.
+  TransferCounters reads;
+  TransferCounters writes;
+  TransferCounters discards;
+  long flushes = 0;
+  long flushMilliseconds = 0;
+  long inProgress = 0;          ///< Requests at this moment.
+  long busyMilliseconds = 0;    ///< The time during which there was at least one request.
+  long queuedMilliseconds = 0;  ///< The same, times the number of requests.
+
+  /// Whether it was never used.
+  bool IsUnused() const;
+};
+
+/// Returns the counters since the start of the machine, from a file in the format of
+/// /proc/diskstats, in its order. Throws KestrelException if the file cannot be read or has a line
+/// in another format.
+std::vector<DiskCounters> ReadDiskCounters(const std::string& path = "/proc/diskstats");
+
+/// Returns what was counted from `first` to `second`, for each device in `second`. A device that is
+/// only there, and a counter that began again, counted from 0.
+std::vector<DiskCounters> CountedBetween(const std::vector<DiskCounters>& first,
+                                         const std::vector<DiskCounters>& second);
+
+}  // namespace Kestrel::Host

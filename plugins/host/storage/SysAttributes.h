@@ -1,0 +1,28 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Kestrel::Host {
+
+// The attributes of devices below /sys. One that a device does not have, or whose device is being
+// removed, is missing. Any other failure to read it throws KestrelException with its path, so that
+// a limit of the system is not taken for a machine without devices.
+
+/// Returns a file's line without white space at its ends; an empty string if it is missing.
+std::string ReadAttribute(const std::string& path);
+
+/// Returns a file's number; nothing if it is missing or contains anything else.
+std::optional<long> ReadNumber(const std::string& path);
+
+/// Returns the names in a folder, in byte order; none if it is missing.
+std::vector<std::string> ListAttributes(const std::string& folder);
+
+/// The same, but a folder that is missing is an error, too.
+std::vector<std::string> ListDevices(const std::string& folder);
+
+}  // namespace Kestrel::Host
