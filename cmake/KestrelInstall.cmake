@@ -14,6 +14,10 @@ install(TARGETS kestrel EXPORT KestrelTargets
 file(RELATIVE_PATH from_bin_to_lib ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
 set_target_properties(vexil PROPERTIES INSTALL_RPATH "$ORIGIN/${from_bin_to_lib}")
 install(TARGETS vexil RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tool)
+file(RELATIVE_PATH from_libexec_to_lib
+     ${CMAKE_INSTALL_FULL_LIBEXECDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+set_target_properties(vexil-complete PROPERTIES INSTALL_RPATH "$ORIGIN/${from_libexec_to_lib}")
+install(TARGETS vexil-complete RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR} COMPONENT tool)
 
 # Without a source folder, DIRECTORY creates an empty one. The tool reports a missing folder.
 install(DIRECTORY DESTINATION ${KESTREL_PLUGIN_INSTALL_DIR}/ext COMPONENT tool)
@@ -54,4 +58,4 @@ add_custom_target(stage ALL
           -P ${PROJECT_SOURCE_DIR}/cmake/KestrelStage.cmake
   COMMENT "Staging the installed tree"
   VERBATIM)
-add_dependencies(stage kestrel vexil ${plugins})
+add_dependencies(stage kestrel vexil vexil-complete ${plugins})

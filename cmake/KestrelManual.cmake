@@ -12,6 +12,7 @@ function(kestrel_add_manual_page page component)
 endfunction()
 
 kestrel_add_manual_page(vexil.1 tool)
+kestrel_add_manual_page(vexil-complete.1 tool)
 kestrel_add_manual_page(vexil-plugin.5 tool)
 kestrel_add_manual_page(vexil-plugin.3 development)
 

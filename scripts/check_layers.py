@@ -49,7 +49,7 @@ LAYERS = [
     ["plugins/host/system", "plugins/host/storage", "plugins/host/network", "plugins/host/log",
      "plugins/host/package", "plugins/host/service", "plugins/host/file"],
     ["plugins/host"],
-    ["tools/catalog"],
+    ["tools/catalog", "tools/complete"],
     ["plugins/vexil"],
 ]
 RANK = {folder: rank for rank, folders in enumerate(LAYERS) for folder in folders}

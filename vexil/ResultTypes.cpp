@@ -42,12 +42,30 @@ void AddTypes(const std::shared_ptr<MetaObject>& value, std::size_t depth,
   }
 }
 
+void AddPaths(const std::shared_ptr<MetaObject>& value, const std::string& outer, std::size_t depth,
+              std::vector<std::string>& paths) {
+  const std::shared_ptr<MetaStruct> structure = FindStructure(value);
+  if (structure == nullptr || depth == kMaxDepth) {
+    return;
+  }
+  for (const std::string& field : structure->GetFieldNames()) {
+    paths.push_back(outer + field);
+    AddPaths(structure->GetField(field), outer + field + ".", depth + 1, paths);
+  }
+}
+
 }  // namespace
 
 std::vector<ResultType> ListResultTypes(const std::shared_ptr<MetaObject>& root) {
   std::vector<ResultType> types;
   AddTypes(root, 0, types);
   return types;
+}
+
+std::vector<std::string> ListFieldPaths(const std::shared_ptr<MetaObject>& root) {
+  std::vector<std::string> paths;
+  AddPaths(root, {}, 0, paths);
+  return paths;
 }
 
 }  // namespace Kestrel::Vexil

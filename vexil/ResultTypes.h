@@ -22,4 +22,7 @@ struct ResultType {
 /// within it. Empty when `root` is null or contains none.
 std::vector<ResultType> ListResultTypes(const std::shared_ptr<MetaObj::MetaObject>& root);
 
+/// The fields of the same structures as paths from the root: "Usage", then "Usage.Free".
+std::vector<std::string> ListFieldPaths(const std::shared_ptr<MetaObj::MetaObject>& root);
+
 }  // namespace Kestrel::Vexil

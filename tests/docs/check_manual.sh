@@ -20,7 +20,7 @@ page() {
   [[ ! -s $work/complaints ]] || fail "$1: $(<"$work/complaints")"
 }
 
-for file in man1/vexil.1 man3/vexil-plugin.3 man5/vexil-plugin.5; do
+for file in man1/vexil.1 man1/vexil-complete.1 man3/vexil-plugin.3 man5/vexil-plugin.5; do
   page "$stage/share/man/$file" >"$work/${file##*/}"
   grep -qF "Kestrel $version" "$work/${file##*/}" || fail "$file does not name version $version"
   ! grep -n '@' "$work/${file##*/}" || fail "$file contains a placeholder"

@@ -47,7 +47,9 @@ contains libkestrel-dev '/usr/lib/.*libkestrel\.so' '/usr/include/kestrel/kestre
   '/usr/lib/.*KestrelConfig\.cmake' '/usr/lib/.*/kestrel\.pc' \
   '/usr/share/man/man3/vexil-plugin\.3'
 contains vexil '/usr/bin/vexil' '/usr/lib/norvane/vexil/ext/' '/usr/lib/norvane/vexil/host\.so' \
-  '/usr/share/bash-completion/completions/vexil' \
+  '/usr/libexec/vexil-complete' '/usr/share/bash-completion/completions/vexil' \
+  '/usr/share/zsh/.*/_vexil' '/usr/share/fish/vendor_completions\.d/vexil\.fish' \
+  '/usr/share/man/man1/vexil-complete\.1' \
   '/usr/share/man/man1/vexil\.1' '/usr/share/man/man5/vexil-plugin\.5'
 depends libkestrel-dev '^libkestrel \(= '
 depends vexil 'libkestrel \(= '

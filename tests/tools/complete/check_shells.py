@@ -1,0 +1,205 @@
+#!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+"""Types command lines in a real shell on a pseudo-terminal and checks what the tab key makes of them.
+
+    check_shells.py STAGE SHELL
+
+STAGE is an installed tree, SHELL one of bash, zsh and fish. The exit status is 1 if a line is not
+completed as expected, 77 if the shell is not installed.
+"""
+
+import os
+import pty
+import re
+import select
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+
+SECONDS = 20
+ESCAPES = re.compile(rb"\x1b(\[[0-9;?>=]*[A-Za-z]|\][^\x07]*\x07|[()][A-Z0-9]|[=>78])|[\x0e\x0f]")
+NOT_INSTALLED = 77
+
+# In a line, "|" is the cursor when it is not at the end. PLUGINS is the folder of the plug-ins.
+# Each line is typed after "vexil --plugin-dir PLUGINS ".
+COMPLETIONS = [
+    # the words of a path
+    ("stora", "storage "),
+    ("storage mou", "storage mount "),
+    ("storage mount li", "storage mount list "),
+    ("nosuch li", "nosuch li"),
+    ("storage mount list li", "storage mount list li"),
+    # parameters
+    ("storage mount list --des", "storage mount list --descending "),
+    ("storage mount list --sort Type --so", "storage mount list --sort Type --so"),
+    # values
+    ("file checksum --algorithm=md", "file checksum --algorithm=md5 "),
+    ("file checksum --algorithm md", "file checksum --algorithm md5 "),
+    ("storage mount list --read-only t", "storage mount list --read-only true "),
+    ("storage mount list -r f", "storage mount list -r false "),
+    ("package get --name=dpk", "package get --name=dpkg"),
+    # options of the dispatcher
+    ("--screen", "--screen-width "),
+    ("--formatter js", "--formatter json "),
+    ("--formatter=js", "--formatter=json "),
+    # quotes
+    ("'storage' mou", "'storage' mount "),
+    ('"storage" "mou', '"storage" "mount" '),
+    # files
+    ("log list --file fil", "log list --file file-one "),
+    ("log list --file=fil", "log list --file=file-one "),
+    ("storage usage list --directory fol", "storage usage list --directory folder/"),
+    ("--input ST", "--input STDIN "),
+]
+
+# The same for shells that show a completion what follows the cursor, and in which a backslash keeps
+# any letter as it is. Fish does neither.
+MORE_COMPLETIONS = [
+    ("storage mount list --de| --descending", "storage mount list --de| --descending"),
+    ("--format-param fields=Ty| storage mount list", "--format-param fields=Type| storage mount list"),
+    ("--format-param=fields=Name,Des| vexil command list",
+     "--format-param=fields=Name,Description| vexil command list"),
+    ("stor\\age mou", "stor\\age mount "),
+]
+
+# The tab key, pressed twice, shows these words.
+LISTS = [
+    ("storage ", ["device", "filesystem", "mount", "Disks, partitions and volumes."]),
+    ("file checksum --algorithm ", ["md5", "sha1", "sha256", "sha512"]),
+    ("--formatter ", ["json", "table", "xml"]),
+]
+
+
+class Shell:
+    """A shell that shows the line in angle brackets when ^G is typed."""
+
+    def __init__(self, stage, name, folder):
+        self.stage = stage
+        self.name = name
+        environment = {
+            "HOME": folder, "LANG": "C.UTF-8", "TERM": "xterm", "XDG_CONFIG_HOME": folder,
+            "XDG_DATA_HOME": folder, "XDG_CACHE_HOME": folder, "INPUTRC": "/dev/null",
+            "PATH": os.path.join(stage, "bin") + ":/usr/sbin:/usr/bin:/sbin:/bin"}
+        arguments = {
+            "bash": ["bash", "--norc", "--noprofile", "-i"],
+            "zsh": ["zsh", "-f", "-i"],
+            "fish": ["fish", "--no-config", "-i"]}[name]
+        self.process, self.terminal = pty.fork()
+        if self.process == 0:
+            os.chdir(folder)
+            os.execvpe(arguments[0], arguments, environment)
+        self.text = b""
+        self.set_up()
+
+    def set_up(self):
+        share = os.path.join(self.stage, "share")
+        commands = {
+            "bash": [
+                "PS1='$ '",
+                "bind 'set bell-style none' 2>/dev/null",
+                "bind 'set page-completions off'",
+                "bind 'set enable-bracketed-paste off'",
+                "bind -x '\"\\C-g\": printf \"\\n<%s>\\n\" "
+                "\"${READLINE_LINE:0:READLINE_POINT}|${READLINE_LINE:READLINE_POINT}\"'",
+                f"source {share}/bash-completion/completions/vexil"],
+            "zsh": [
+                "PROMPT='$ '; unsetopt beep",
+                f"fpath=({share}/zsh/site-functions $fpath)",
+                "autoload -Uz compinit; compinit -D -u",
+                "show() { print -r -- $'\\n'\"<$LBUFFER|$RBUFFER>\" }",
+                "zle -N show; bindkey '^G' show"],
+            "fish": [
+                "function fish_prompt; echo '$ '; end; set -g fish_greeting",
+                "set -g fish_autosuggestion_enabled 0",
+                f"source {share}/fish/vendor_completions.d/vexil.fish",
+                "function show; set -l line (commandline); set -l at (commandline -C); "
+                "echo; echo '<'(string sub -l $at -- \"$line\")'|'"
+                "(string sub -s (math $at + 1) -- \"$line\")'>'; commandline -f repaint; end",
+                "bind \\cg show"],
+        }[self.name]
+        self.type("\r".join(commands) + "\recho rea''dy\r")
+        self.read_until(rb"ready\r?\n")
+        time.sleep(0.3 if self.name == "fish" else 0)
+
+    def type(self, text):
+        os.write(self.terminal, text.encode())
+
+    def read_until(self, pattern):
+        """What the shell shows up to the pattern, without escape sequences."""
+        end = time.monotonic() + SECONDS
+        while True:
+            shown = ESCAPES.sub(b"", self.text)
+            found = re.search(pattern, shown)
+            if found:
+                self.text = b""
+                return found, shown
+            ready = select.select([self.terminal], [], [], max(0, end - time.monotonic()))[0]
+            if not ready:
+                raise TimeoutError(f"{self.name} shows only: {shown!r}")
+            self.text += os.read(self.terminal, 65536)
+
+    def complete(self, line, tabs=1):
+        """Types a line and the tab key; returns the line that results and all that was shown."""
+        before, _, after = line.partition("|")
+        # ^B moves back, ^U and ^K erase the line around the cursor.
+        self.type(before + after + "\x02" * len(after))
+        for _ in range(tabs):
+            time.sleep(0.15 if self.name == "fish" else 0)
+            self.type("\t")
+        time.sleep(0.15 if self.name == "fish" else 0)
+        self.type("\x07")
+        found, shown = self.read_until(rb"\n<([^\r\n]*)>")
+        self.type("\x05\x15" if self.name != "fish" else "\x05\x15\x15")
+        return found.group(1).decode(errors="replace"), shown.decode(errors="replace")
+
+    def close(self):
+        os.kill(self.process, signal.SIGKILL)
+        os.waitpid(self.process, 0)
+        os.close(self.terminal)
+
+
+def completions_of(shell):
+    return COMPLETIONS + (MORE_COMPLETIONS if shell != "fish" else [])
+
+
+def problems(shell, plugins):
+    """A line for each completion that is not as expected."""
+    start = f"vexil --plugin-dir {plugins} "
+    for line, expected in completions_of(shell.name):
+        wanted = expected if "|" in expected else expected + "|"
+        got = shell.complete(start + line)[0]
+        if got != start + wanted and got != start + wanted.replace(" |", "|"):
+            yield f"{line!r}: expected {wanted!r}, got {got[len(start):]!r}"
+    for line, words in LISTS:
+        shown = shell.complete(start + line, 2)[1]
+        missing = [word for word in words if word not in shown]
+        if missing:
+            yield f"{line!r}: the list lacks {missing}: {shown!r}"
+
+
+def main():
+    stage, name = sys.argv[1:]
+    if shutil.which(name) is None:
+        print(f"{name} is not installed")
+        return NOT_INSTALLED
+    with tempfile.TemporaryDirectory() as folder:
+        for file in ("file-one", "other"):
+            open(os.path.join(folder, file), "w", encoding="ascii").close()
+        os.mkdir(os.path.join(folder, "folder"))
+        shell = Shell(stage, name, folder)
+        try:
+            found = list(problems(shell, os.path.join(stage, "lib/norvane/vexil")))
+        finally:
+            shell.close()
+    for line in found:
+        print(f"{name}: {line}", file=sys.stderr)
+    print(f"{name}: {len(completions_of(name))} completions, {len(LISTS)} lists, {len(found)} wrong")
+    return 1 if found else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,86 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "tools/complete/CursorLine.h"
+
+#include "kestrel/autocli/OptionParser.h"
+
+namespace Kestrel::Complete {
+
+using Vexil::CommandLine;
+using Vexil::TypedOption;
+using Vexil::Words;
+
+namespace {
+
+bool BeginsWith(const std::string& text, const char* prefix) { return text.rfind(prefix, 0) == 0; }
+
+// Whether the last word is an option that still lacks its value.
+bool EndsWithOpenOption(const Words& words) {
+  return !words.empty() && words.back().find('=') == std::string::npos &&
+         AutoCli::OptionParser().IsParameter(words.back());
+}
+
+Place FindPlace(const CommandLine& before) {
+  if (!before.extraWords.empty()) {
+    return Place::Nowhere;
+  }
+  if (!before.commandOptions.empty()) {
+    return Place::AfterPath;
+  }
+  return before.path.empty() ? Place::BeforePath : Place::Path;
+}
+
+const std::string& GetLastOption(const CommandLine& before) {
+  return before.commandOptions.empty() ? before.dispatcherOptions.back().name
+                                       : before.commandOptions.back().name;
+}
+
+void FindOption(const Words& before, const CommandLine& lineBefore, CursorLine& line) {
+  line.followsOption = EndsWithOpenOption(before);
+  const std::size_t end = line.word.find('=');
+  if (BeginsWith(line.word, "--") && end != std::string::npos) {
+    line.option = line.word.substr(2, end - 2);
+    line.beforeValue = line.word.substr(0, end + 1);
+  } else if (line.followsOption && !BeginsWith(line.word, "-")) {
+    line.option = GetLastOption(lineBefore);
+  }
+}
+
+Words SkipFirst(const Words& words, std::size_t count) {
+  return count >= words.size()
+             ? Words()
+             : Words(words.begin() + static_cast<std::ptrdiff_t>(count), words.end());
+}
+
+}  // namespace
+
+CursorLine ReadCursorLine(const Words& words, std::size_t index) {
+  const Words before(words.begin() + 1, words.begin() + static_cast<std::ptrdiff_t>(index));
+  const Words after = SkipFirst(words, index + 1);
+  const CommandLine lineBefore = Vexil::SplitCommandLine(before);
+
+  CursorLine line;
+  line.place = FindPlace(lineBefore);
+  line.word = index < words.size() ? words[index] : std::string();
+  line.path = lineBefore.path;
+  line.isOnlyWord = before.empty() && after.empty();
+  FindOption(before, lineBefore, line);
+
+  Words all = before;
+  if (line.option) {
+    // Without a value it would not be an option.
+    all.push_back(line.word == line.beforeValue ? line.word + "?" : line.word);
+  }
+  all.insert(all.end(), after.begin(), after.end());
+  line.given = Vexil::SplitCommandLine(all);
+  line.settledOptions = line.given.dispatcherOptions;
+  if (line.option && line.place == Place::BeforePath) {
+    line.settledOptions.erase(line.settledOptions.begin() +
+                              static_cast<std::ptrdiff_t>(lineBefore.dispatcherOptions.size()) -
+                              (line.beforeValue.empty() ? 1 : 0));
+  }
+  return line;
+}
+
+}  // namespace Kestrel::Complete

@@ -1,0 +1,133 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "kestrel/autocli/FormatParameters.h"
+#include "kestrel/autocli/Formatter.h"
+#include "kestrel/callspec/OutputSpec.h"
+#include "tools/complete/ValueCompletion.h"
+#include "vexil/FormatKeys.h"
+#include "vexil/ResultTypes.h"
+#include "vexil/Words.h"
+
+namespace Kestrel::Complete {
+
+using Vexil::ResultType;
+using Vexil::Words;
+
+namespace {
+
+constexpr std::array<std::string_view, 7> kBooleanKeys = {
+    "align-fields", "header", "header-line", "human", "show-header", "table-header", "wrap-last"};
+
+void AddFormatters(const ValueContext& context, Completion& completion) {
+  for (const auto& formatter : context.dispatcher.GetFormatters()) {
+    completion.Add(context.line.word, context.line.beforeValue + formatter->GetName(),
+                   formatter->GetDescription());
+  }
+}
+
+// The declared result of the command, null while there is no command.
+std::shared_ptr<MetaObj::MetaObject> GetResult(const ValueContext& context) {
+  return context.command == nullptr ? nullptr : context.command->GetOutputSpec()->GetRootObject();
+}
+
+// The one of the line, else the command's own; a table while there is no command.
+std::string GetFormatter(const ValueContext& context) {
+  for (const Vexil::TypedOption& option : context.line.settledOptions) {
+    if (option.name == "formatter") {
+      return option.value;
+    }
+  }
+  return context.command == nullptr
+             ? "table"
+             : context.command->GetDefaultOutputFormatParameters().GetFormatter();
+}
+
+void AddKeys(const ValueContext& context, Completion& completion) {
+  const std::string name = GetFormatter(context);
+  const auto formatter = context.dispatcher.GetFormatter(name);
+  if (const auto keys = Vexil::ListFormatKeys(name, Vexil::ListResultTypes(GetResult(context)))) {
+    for (const std::string& key : *keys) {
+      completion.Add(context.line.word, context.line.beforeValue + key + "=");
+    }
+  } else if (formatter != nullptr) {
+    for (const auto& parameter : formatter->GetParams()) {
+      if (parameter.name.find('<') == std::string::npos) {
+        completion.Add(context.line.word, context.line.beforeValue + parameter.name + "=",
+                       parameter.description);
+      }
+    }
+  }
+}
+
+// The names in the list that is being typed, after the last comma of which `begin` is.
+void AddNames(const CursorLine& line, std::size_t begin, const Words& names,
+              Completion& completion) {
+  const std::size_t listBegin = line.word.find('=', line.beforeValue.size()) + 1;
+  const Words chosen = Vexil::SplitFieldNames(line.word.substr(listBegin, begin - listBegin));
+  for (const std::string& name : names) {
+    if (std::find(chosen.begin(), chosen.end(), name) == chosen.end()) {
+      completion.Add(line.word, line.word.substr(0, begin) + name);
+    }
+  }
+}
+
+// The fields that the value of the key may name. The tool's own formatters know them by their
+// paths, those of the library by their names.
+Words ListFields(const ValueContext& context, const std::string& key) {
+  const std::shared_ptr<MetaObj::MetaObject> result = GetResult(context);
+  const std::vector<ResultType> types = Vexil::ListResultTypes(result);
+  if (Vexil::ListFormatKeys(GetFormatter(context), types)) {
+    return Vexil::ListChoosableFields(key, types);
+  }
+  return key == "fields" || key == "sort" ? Vexil::ListFieldPaths(result) : Words();
+}
+
+void AddKeyValues(const ValueContext& context, Completion& completion) {
+  const CursorLine& line = context.line;
+  const std::size_t end = line.word.find('=', line.beforeValue.size());
+  const std::string key = line.word.substr(line.beforeValue.size(), end - line.beforeValue.size());
+  if (std::find(kBooleanKeys.begin(), kBooleanKeys.end(), key) != kBooleanKeys.end()) {
+    AddNames(line, end + 1, {"true", "false"}, completion);
+    return;
+  }
+  AddNames(line, std::max(line.word.rfind(',') + 1, end + 1), ListFields(context, key), completion);
+}
+
+void AddFormatParameters(const ValueContext& context, Completion& completion) {
+  completion.directive = Directive::NoSpace;
+  if (context.line.GetValue().find('=') == std::string::npos) {
+    AddKeys(context, completion);
+  } else {
+    AddKeyValues(context, completion);
+  }
+}
+
+}  // namespace
+
+void AddDispatcherValues(const ValueContext& context, const std::string& option,
+                         Completion& completion) {
+  if (option == "formatter") {
+    AddFormatters(context, completion);
+  } else if (option == "format-param") {
+    AddFormatParameters(context, completion);
+  } else if (option == "plugin-dir") {
+    completion.directive = Directive::Folders;
+  } else if (option == "plugin") {
+    completion.directive = Directive::Files;
+  } else if (option == "input") {
+    completion.directive = Directive::Files;
+    completion.Add(context.line.word, context.line.beforeValue + "STDIN",
+                   "Read command lines from standard input.");
+  }
+}
+
+}  // namespace Kestrel::Complete

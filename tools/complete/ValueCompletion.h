@@ -1,0 +1,35 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <memory>
+
+#include "kestrel/autocli/CommandSpec.h"
+#include "kestrel/autocli/Dispatcher.h"
+#include "kestrel/callspec/ParameterSpec.h"
+#include "tools/complete/Completion.h"
+#include "tools/complete/CursorLine.h"
+#include "tools/complete/DataValues.h"
+
+namespace Kestrel::Complete {
+
+/// What the values at the cursor may depend on.
+struct ValueContext {
+  const AutoCli::Dispatcher& dispatcher;
+  const CursorLine& line;
+  /// The command of the line, null when it names none (yet).
+  std::shared_ptr<AutoCli::CommandSpec> command;
+  Deadline deadline;
+};
+
+/// Adds the values of a parameter of the command: those of its constraint, the words of a boolean,
+/// or those that the meta-data `complete:PARAMETER` of the command lead to. None of a secret.
+void AddParameterValues(const ValueContext& context, const CallSpec::ParameterSpec& parameter,
+                        Completion& completion);
+
+/// Adds the values of an option of the dispatcher.
+void AddDispatcherValues(const ValueContext& context, const std::string& option,
+                         Completion& completion);
+
+}  // namespace Kestrel::Complete
