@@ -49,8 +49,9 @@ LAYERS = [
     ["plugins/host/system", "plugins/host/storage", "plugins/host/network", "plugins/host/log",
      "plugins/host/package", "plugins/host/service", "plugins/host/file"],
     ["plugins/host"],
-    ["tools/catalog", "tools/complete"],
+    ["tools/catalog"],
     ["plugins/vexil"],
+    ["tools/complete"],
 ]
 RANK = {folder: rank for rank, folders in enumerate(LAYERS) for folder in folders}
 LIBRARY = [folder for folder in RANK if not folder.startswith(("plugins/", "tools/", "vexil"))]

@@ -18,10 +18,6 @@ extern const char* const kSys;
 /// or read completely.
 std::optional<std::string> ReadFile(const std::string& path);
 
-/// Returns the content of a file that need not exist; nothing if it does not. Throws
-/// KestrelException with the path and the system's message if it exists and cannot be read.
-std::optional<std::string> ReadExistingFile(const std::string& path);
-
 /// Returns the content of a file that must be readable. Throws KestrelException with the path and
 /// the system's message.
 std::string ReadRequiredFile(const std::string& path);
@@ -56,7 +52,7 @@ std::vector<std::string> ListRequiredFolder(const std::string& path);
 std::optional<std::vector<std::string>> ListOptionalFolder(const std::string& path);
 
 /// Whether there is anything at `path`; a link counts even if its target is missing. Throws
-/// KestrelException if that cannot be told.
+/// KestrelException if that cannot be determined.
 bool Exists(const std::string& path);
 
 /// Throws KestrelException if the folder is missing or empty, as a folder of the kernel is that is

@@ -108,7 +108,7 @@ bool IsResolved(const ResolverSetting& setting) {
 }
 
 void AddServersOfResolved(const std::string& root, std::vector<ResolverSetting>& settings) {
-  const auto text = ReadExistingFile(root + kResolvedFile);
+  const auto text = ReadOptionalFile(root + kResolvedFile);
   if (!text) {
     return;
   }
@@ -137,7 +137,7 @@ std::vector<ResolverSetting> ParseResolverSettings(std::string_view text,
 }
 
 std::vector<ResolverSetting> ReadResolverSettings(const std::string& root) {
-  const auto text = ReadExistingFile(root + kResolverFile);
+  const auto text = ReadOptionalFile(root + kResolverFile);
   std::vector<ResolverSetting> settings = ParseResolverSettings(text.value_or(""), kResolverFile);
   if (std::none_of(settings.begin(), settings.end(), IsUsedServer)) {
     settings.push_back({kServer, "127.0.0.1", 1, true, "default"});

@@ -58,7 +58,7 @@ std::vector<std::string> NamesInFolder(const std::string& path) {
 void AddFilesOf(const std::string& folder, NumberTable& table) {
   for (const std::string& name : NamesInFolder(folder)) {
     const bool isRead = EndsWith(name, ".conf") && name[0] != '.';
-    if (const auto text = isRead ? ReadExistingFile(folder + "/" + name) : std::nullopt) {
+    if (const auto text = isRead ? ReadOptionalFile(folder + "/" + name) : std::nullopt) {
       table.AddLines(*text);
     }
   }
@@ -68,7 +68,7 @@ NumberTable ReadTable(const std::string& root, const std::string& name,
                       const NumberTable& builtIn) {
   NumberTable table = builtIn;
   for (const char* const folder : kFolders) {
-    if (const auto text = ReadExistingFile(root + folder + "/" + name)) {
+    if (const auto text = ReadOptionalFile(root + folder + "/" + name)) {
       table.AddLines(*text);
       break;
     }

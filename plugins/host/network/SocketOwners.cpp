@@ -57,7 +57,7 @@ std::vector<long> ReadOpenSockets(const std::string& folder, SocketOwners& owner
     if (target) {
       const auto inode = SocketInode(*target);
       inodes.insert(inodes.end(), inode ? 1 : 0, inode.value_or(0));
-    } else if (errno != ENAMETOOLONG) {  // a file with a very long path is no socket
+    } else if (errno != ENAMETOOLONG) {  // a file with a very long path is not a socket
       AcceptRefusal(folder + "/" + name, owners);
     }
   }

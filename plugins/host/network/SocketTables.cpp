@@ -151,7 +151,7 @@ std::vector<Socket> ParseInternetSockets(std::string_view table, const std::stri
 std::vector<Socket> ReadInternetSockets(const std::string& folder, const std::string& protocol) {
   const std::string path = folder + "/" + protocol;
   std::vector<Socket> sockets = ParseInternetSockets(ReadRequiredFile(path), protocol, 4);
-  if (const auto table = ReadExistingFile(path + "6")) {
+  if (const auto table = ReadOptionalFile(path + "6")) {
     Append(ParseInternetSockets(*table, protocol, 6), sockets);
   }
   return sockets;

@@ -36,7 +36,7 @@ bool IsScript(const std::string& path) {
 }
 
 // Throws unless the folder can be read or is missing.
-void RequireReadable(const std::string& folder) {
+void RequireReadableFolder(const std::string& folder) {
   const FileDescriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!opened.IsOpen() && errno != ENOENT) {
     throw KestrelException("Unable to read " + folder + ": " +
@@ -95,7 +95,7 @@ InitScripts::InitScripts(std::string folder, std::chrono::milliseconds limit)
     : folder_(std::move(folder)), limit_(limit) {}
 
 std::vector<Service> InitScripts::Read() const {
-  RequireReadable(folder_);
+  RequireReadableFolder(folder_);
   const std::set<std::string> started = ReadStartLinks(folder_);
   std::vector<Service> services;
   for (const std::string& name : ListFolder(folder_)) {

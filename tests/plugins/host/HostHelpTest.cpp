@@ -64,22 +64,20 @@ std::string NameOf(const ::testing::TestParamInfo<const char*>& row) {
 
 INSTANTIATE_TEST_SUITE_P(
     Commands, HostHelpTest,
-    ::testing::Values("system account groups", "system account list", "system clock get",
-                      "system cpu count", "system cpu list", "system cpu usage list",
-                      "system crontab list", "system device list", "system load get",
-                      "system memory get", "system module check", "system module list",
-                      "system parameter get", "system parameter list", "system parameter set",
-                      "system process list", "system process signal", "system session list",
-                      "system timer list", "system uptime get", "system version get",
-                      "storage device counter list", "storage device list",
-                      "storage filesystem list", "storage mount list",
-                      "storage usage list", "network address list", "network connection list",
-                      "network counter list", "network dns list", "network port list",
-                      "network interface get", "network interface list", "network neighbor list",
-                      "network route list", "log kernel list", "log list", "package check",
-                      "package files", "package get", "package list", "package upgradable list",
-                      "service disable", "service enable", "service get", "service list",
-                      "service restart", "service start", "service stop"),
+    ::testing::Values(
+        "system account groups", "system account list", "system clock get", "system cpu count",
+        "system cpu list", "system cpu usage list", "system crontab list", "system device list",
+        "system load get", "system memory get", "system module check", "system module list",
+        "system parameter get", "system parameter list", "system parameter set",
+        "system process list", "system process signal", "system session list", "system timer list",
+        "system uptime get", "system version get", "storage device counter list",
+        "storage device list", "storage filesystem list", "storage mount list",
+        "storage usage list", "network address list", "network connection list",
+        "network counter list", "network dns list", "network port list", "network interface get",
+        "network interface list", "network neighbor list", "network route list", "log kernel list",
+        "log list", "package check", "package files", "package get", "package list",
+        "package upgradable list", "service disable", "service enable", "service get",
+        "service list", "service restart", "service start", "service stop"),
     NameOf);
 
 #ifdef KESTREL_HOST_HAS_ALL_COMMANDS

@@ -102,7 +102,7 @@ TEST(ScriptFaultTest, ReportsAnUnexpectedFailure) {
   const ScopedTempDir tools;
   Witness("cd '" + tools.GetPath() + "' && printf '#!/bin/sh\\nexit 1\\n' >awk && chmod +x awk");
   const ScopedEnvironment path("PATH", tools.GetPath() + ":/usr/bin:/bin");
-  EXPECT_THAT(CallErrors("address resolve", {{"name", "localhost"}}),
+  EXPECT_THAT(CallErrors("network name resolve", {{"name", "localhost"}}),
               ElementsAre("resolve-name.sh failed; standard error may tell why"));
 }
 

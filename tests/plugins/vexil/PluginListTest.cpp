@@ -38,6 +38,7 @@ TEST(PluginListTest, ListsEachPluginInTheOrderOfLoading) {
   const std::string sample = folder.Write("sample.xml", kDescriptor);
   const json rows = RunForJson({sample, GetModulePath("EchoPlugin")}, {"vexil", "plugin", "list"});
   EXPECT_EQ(json({Row("built-in", "built-in", 1, LibraryPath(rows)),
+                  Row("built-in", "built-in", 0, KESTREL_TOOL),  // formatters
                   Row("vexil.so", "library", 3, KESTREL_VEXIL_PLUGIN),
                   Row("sample.xml", "descriptor", 2, sample),
                   Row("EchoPlugin.so", "library", 1, GetModulePath("EchoPlugin"))}),
@@ -53,8 +54,8 @@ TEST(PluginListTest, CountsPluginsOfTheSameFileNameApart) {
                    "<p><version>1.0.0</version><namespaces><namespace path=\"other\"><description>d"
                    "</description></namespace></namespaces></p>");
   const json rows = RunForJson({first, second}, {"vexil", "plugin", "list"});
-  EXPECT_EQ(Row("sample.xml", "descriptor", 2, first), rows.at(2));
-  EXPECT_EQ(Row("sample.xml", "descriptor", 0, second), rows.at(3));
+  EXPECT_EQ(Row("sample.xml", "descriptor", 2, first), rows.at(3));
+  EXPECT_EQ(Row("sample.xml", "descriptor", 0, second), rows.at(4));
 }
 
 TEST(PluginListTest, MakesPathsAbsolute) {
@@ -66,7 +67,7 @@ TEST(PluginListTest, MakesPathsAbsolute) {
           .Run();
   const json rows = json::parse(result.out);
   EXPECT_EQ(std::filesystem::canonical(folder.GetPath("sample.xml")).string(),
-            rows.at(2).at("Path"));
+            rows.at(3).at("Path"));
 }
 
 TEST(PluginListTest, HasAFailedPluginWhoseCommandsCanBeCalled) {
@@ -76,8 +77,8 @@ TEST(PluginListTest, HasAFailedPluginWhoseCommandsCanBeCalled) {
                                  .Run();
   EXPECT_THAT(result.err, HasSubstr("the plug-in has no fuel"));
   const json rows = json::parse(result.out);
-  ASSERT_EQ(4u, rows.size());
-  EXPECT_EQ(Row("ThrowingPluginKestrelException.so", "library", 1, failed), rows.at(3));
+  ASSERT_EQ(5u, rows.size());
+  EXPECT_EQ(Row("ThrowingPluginKestrelException.so", "library", 1, failed), rows.at(4));
 }
 
 TEST(PluginListTest, PrintsATableThatWrapsItsLastColumn) {

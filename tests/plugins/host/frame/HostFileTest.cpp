@@ -62,16 +62,6 @@ TEST(HostFileTest, AFolderThatCannotBeReadIsNotAnEmptyOne) {
   EXPECT_EQ(errno, ENOTDIR);
 }
 
-TEST(HostFileTest, AFileThatNeedNotExistIsReadIfItDoes) {
-  const ScopedTempDir folder;
-  EXPECT_EQ(ReadExistingFile(folder.GetPath("absent")), std::nullopt);
-  EXPECT_THAT(ReadExistingFile(folder.Write("file", "text")), Optional(std::string("text")));
-  EXPECT_EQ(ReadExistingFile(folder.GetPath("file/below")), std::nullopt);
-  EXPECT_THAT(
-      [&] { ReadExistingFile(folder.GetPath()); },
-      ThrowsMessage<KestrelException>("Unable to read " + folder.GetPath() + ": Is a directory"));
-}
-
 TEST(HostFileTest, ReturnsNothingForAMissingFileAndAFolder) {
   const ScopedTempDir folder;
   EXPECT_EQ(ReadFile(folder.GetPath("absent")), std::nullopt);
