@@ -27,6 +27,10 @@ struct CloseFolder {
   void operator()(DIR* folder) const { ::closedir(folder); }
 };
 
+[[noreturn]] void ThrowUnreadable(const std::string& path, int error) {
+  throw KestrelException("Unable to read " + path + ": " + std::strerror(error));
+}
+
 }  // namespace
 
 const char* const kProc = "/proc";
@@ -55,12 +59,39 @@ std::optional<std::string> ReadFile(const std::string& path) {
   }
 }
 
+std::optional<std::string> ReadExistingFile(const std::string& path) {
+  auto text = ReadFile(path);
+  if (!text && errno != ENOENT && errno != ENOTDIR) {
+    throw KestrelException("Unable to read " + path + ": " + std::strerror(errno));
+  }
+  return text;
+}
+
 std::string ReadRequiredFile(const std::string& path) {
   auto text = ReadFile(path);
   if (!text) {
-    throw KestrelException("Unable to read " + path + ": " + std::strerror(errno));
+    ThrowUnreadable(path, errno);
   }
   return std::move(*text);
+}
+
+std::optional<std::string> ReadFileIfPresent(const std::string& path) {
+  auto text = ReadFile(path);
+  if (!text && !IsAbsence(errno)) {
+    ThrowUnreadable(path, errno);
+  }
+  return text;
+}
+
+void RequireReadable(const std::string& path) {
+  const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
+  if (!file.IsOpen()) {
+    ThrowUnreadable(path, errno);
+  }
+}
+
+bool IsAbsence(int error) {
+  return error == ENOENT || error == ENOTDIR || error == ESRCH || error == ENODEV;
 }
 
 std::string ReadLine(const std::string& path) {
@@ -69,23 +100,51 @@ std::string ReadLine(const std::string& path) {
 }
 
 std::vector<std::string> ListFolder(const std::string& path) {
-  std::vector<std::string> names;
+  return ReadFolder(path).value_or(std::vector<std::string>());
+}
+
+std::optional<std::vector<std::string>> ReadFolder(const std::string& path) {
   const std::unique_ptr<DIR, CloseFolder> folder(::opendir(path.c_str()));
   if (folder == nullptr) {
-    return names;
+    return std::nullopt;
   }
-  while (const dirent* const entry = ::readdir(folder.get())) {
+  std::vector<std::string> names;
+  for (;;) {
+    errno = 0;  // null is the end or an error
+    const dirent* const entry = ::readdir(folder.get());
+    if (entry == nullptr) {
+      break;
+    }
     const std::string_view name = entry->d_name;
     if (name != "." && name != "..") {
       names.emplace_back(name);
     }
   }
+  if (errno != 0) {
+    return std::nullopt;
+  }
   std::sort(names.begin(), names.end());
   return names;
 }
 
+std::vector<std::string> ListRequiredFolder(const std::string& path) {
+  auto names = ReadFolder(path);
+  if (!names) {
+    ThrowUnreadable(path, errno);
+  }
+  return std::move(*names);
+}
+
+std::vector<std::string> ListFolderIfPresent(const std::string& path) {
+  auto names = ReadFolder(path);
+  if (!names && !IsAbsence(errno)) {
+    ThrowUnreadable(path, errno);
+  }
+  return names ? std::move(*names) : std::vector<std::string>();
+}
+
 void RequireEntries(const std::string& folder) {
-  if (ListFolder(folder).empty()) {
+  if (ListRequiredFolder(folder).empty()) {
     throw KestrelException("Unable to read " + folder + ": nothing is there");
   }
 }

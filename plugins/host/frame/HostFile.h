@@ -18,6 +18,10 @@ extern const char* const kSys;
 /// or read completely.
 std::optional<std::string> ReadFile(const std::string& path);
 
+/// Returns the content of a file that need not exist; nothing if it does not. Throws
+/// KestrelException with the path and the system's message if it exists and cannot be read.
+std::optional<std::string> ReadExistingFile(const std::string& path);
+
 /// Returns the content of a file that must be readable. Throws KestrelException with the path and
 /// the system's message.
 std::string ReadRequiredFile(const std::string& path);
@@ -26,9 +30,30 @@ std::string ReadRequiredFile(const std::string& path);
 /// empty string if the file cannot be read.
 std::string ReadLine(const std::string& path);
 
+/// Returns the content of a file; nothing if there is no such file. Throws KestrelException for any
+/// other error, such as a missing permission.
+std::optional<std::string> ReadFileIfPresent(const std::string& path);
+
+/// Throws KestrelException with the reason if this process cannot open the file to read it.
+void RequireReadable(const std::string& path);
+
+/// Whether an error number of a failed call says that the file or folder does not exist, or that
+/// its process or device has gone.
+bool IsAbsence(int error);
+
 /// Returns the names in a folder except "." and "..", in byte order; none if the folder cannot be
 /// read.
 std::vector<std::string> ListFolder(const std::string& path);
+
+/// Returns the same names. Returns nothing, with `errno` set, if the folder cannot be opened or
+/// read completely.
+std::optional<std::vector<std::string>> ReadFolder(const std::string& path);
+
+/// Returns the same names. Throws KestrelException if the folder cannot be read.
+std::vector<std::string> ListRequiredFolder(const std::string& path);
+
+/// Returns nothing if there is no such folder. Throws KestrelException for any other error.
+std::vector<std::string> ListFolderIfPresent(const std::string& path);
 
 /// Throws KestrelException if the folder is missing or empty, as a folder of the kernel is that is
 /// not mounted. A list of its entries would wrongly say that there are none.

@@ -8,10 +8,10 @@
 #include <kestrel/metaobj/MetaString.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <utility>
 
 #include "plugins/host/frame/ByteSize.h"
+#include "plugins/host/frame/Hundredths.h"
 
 namespace Kestrel::Host {
 
@@ -65,17 +65,23 @@ StructShape& StructShape::Structs(const char* name, const StructShape& shape,
 StructShape& StructShape::Size(const char* name, const char* documentation) {
   const std::string bytes = std::string(name) + kBytesSuffix;
   sizes_.emplace(name, bytes);
+  sortKeys_.emplace(name, bytes);
   Int(bytes.c_str(), (std::string(documentation) + " In bytes.").c_str());
   return String(name, (std::string(documentation) + " In IEC units, for people.").c_str());
 }
 
 StructShape& StructShape::Share(const char* name, const char* documentation) {
   const std::string hundredths = std::string(name) + kHundredthsSuffix;
-  shares_.emplace(name, hundredths);
+  sortKeys_.emplace(name, hundredths);
   Int(hundredths.c_str(),
       (std::string(documentation) + " In hundredths of a percent; -1 if unknown.").c_str());
   return String(name,
                 (std::string(documentation) + " In percent, for people, or `unknown`.").c_str());
+}
+
+StructShape& StructShape::SortedBy(const char* field, const char* key) {
+  sortKeys_.emplace(field, key);
+  return *this;
 }
 
 StructShape& StructShape::With(void (*declareFields)(StructShape& shape)) {
@@ -94,12 +100,8 @@ std::vector<std::string> StructShape::GetSortFields() const {
 }
 
 const std::string& StructShape::GetSortKey(const std::string& field) const {
-  const auto size = sizes_.find(field);
-  if (size != sizes_.end()) {
-    return size->second;
-  }
-  const auto share = shares_.find(field);
-  return share == shares_.end() ? field : share->second;
+  const auto key = sortKeys_.find(field);
+  return key == sortKeys_.end() ? field : key->second;
 }
 
 MetaType StructShape::GetKind(const std::string& field) const {
@@ -146,11 +148,7 @@ void SetSize(MetaStruct& row, const std::string& name, long bytes) {
 }
 
 void SetShare(MetaStruct& row, const std::string& name, long hundredths) {
-  char text[32] = "unknown";
-  if (hundredths >= 0) {
-    std::snprintf(text, sizeof(text), "%ld.%02ld %%", hundredths / 100, hundredths % 100);
-  }
-  row.SetField(name, text);
+  row.SetField(name, hundredths < 0 ? "unknown" : FormatHundredths(hundredths) + " %");
   row.SetField(name + kHundredthsSuffix, std::max(hundredths, -1L));
 }
 

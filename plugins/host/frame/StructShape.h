@@ -41,6 +41,10 @@ class StructShape {
   /// percent, and the string `name` with the same in percent for people. `SetShare` fills both.
   StructShape& Share(const char* name, const char* documentation);
 
+  /// Rows that are sorted by the string `field` are compared by `key`, which has the same quantity
+  /// as an integer.
+  StructShape& SortedBy(const char* field, const char* key);
+
   /// Adds fields that several shapes share.
   StructShape& With(void (*declareFields)(StructShape& shape));
 
@@ -51,7 +55,7 @@ class StructShape {
   std::vector<std::string> GetSortFields() const;
 
   /// The field whose values are compared when rows are sorted by `field`, one of the above: the
-  /// bytes of a size, the hundredths of a share, else `field` itself.
+  /// integer of a quantity, such as the bytes of a size, else `field` itself.
   const std::string& GetSortKey(const std::string& field) const;
 
   /// The kind of a declared field.
@@ -75,8 +79,8 @@ class StructShape {
                      const char* documentation);
 
   std::shared_ptr<MetaObj::MetaStruct> definition_;
-  std::map<std::string, std::string> sizes_;   // the field with the text, and that with the bytes
-  std::map<std::string, std::string> shares_;  // the same with the hundredths
+  std::map<std::string, std::string> sizes_;     // the field with the text, and that with the bytes
+  std::map<std::string, std::string> sortKeys_;  // the same for sizes and other quantities
 };
 
 /// Sets both fields of a size that the shape of `row` declares by `StructShape::Size`.

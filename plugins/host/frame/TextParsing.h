@@ -4,6 +4,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -11,6 +12,9 @@ namespace Kestrel::Host {
 
 // White space means spaces, tabs, carriage returns and line feeds. Returned views point into
 // `text`.
+
+/// Replaces the capital letters of ASCII, whatever the locale is.
+std::string LowerCase(std::string_view text);
 
 bool StartsWith(std::string_view text, std::string_view prefix);
 

@@ -17,7 +17,7 @@ constexpr long kDay = 24 * kHour;
 std::string FormatTimestamp(std::time_t time) {
   std::tm parts = {};
   if (::localtime_r(&time, &parts) == nullptr) {
-    return {};
+    return "unknown";
   }
   char text[64];
   return std::string(text, std::strftime(text, sizeof(text), "%Y-%m-%d %H:%M:%S", &parts));

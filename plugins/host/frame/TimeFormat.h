@@ -8,8 +8,8 @@
 
 namespace Kestrel::Host {
 
-/// Formats a time in the machine's time zone, as in "2031-01-02 03:04:05". Returns an empty string
-/// if the system cannot convert the time.
+/// Formats a time in the machine's time zone, as in "2031-01-02 03:04:05". Returns "unknown" if
+/// the system cannot convert the time.
 std::string FormatTimestamp(std::time_t time);
 
 /// Formats a duration as "03:04:05", or with days as "12-03:04:05". Treats a negative one as 0.

@@ -23,6 +23,13 @@ class ValueFilter {
     return values_.empty() || std::find(values_.begin(), values_.end(), value) != values_.end();
   }
 
+  /// Returns whether no other value than these was given.
+  bool IsOnlyOneOf(const std::vector<Value>& values) const {
+    return std::all_of(values_.begin(), values_.end(), [&values](const Value& value) {
+      return std::find(values.begin(), values.end(), value) != values.end();
+    });
+  }
+
   /// Returns whether at least one of `values` is accepted.
   bool AcceptsAnyOf(const std::vector<Value>& values) const {
     return values_.empty() || std::any_of(values.begin(), values.end(),

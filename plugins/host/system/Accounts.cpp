@@ -9,8 +9,16 @@
 #include <algorithm>
 #include <string_view>
 
+#include "plugins/host/frame/HostFile.h"
+
 namespace Kestrel::Host {
 namespace {
+
+constexpr char kAccountFile[] = "/etc/passwd";
+constexpr char kGroupFile[] = "/etc/group";
+
+// What a login starts if the entry of the account names no program.
+constexpr char kDefaultShell[] = "/bin/sh";
 
 // Programs that end at once instead of starting a session, in any folder.
 constexpr std::string_view kRefusingShells[] = {"nologin", "false", "true",
@@ -29,13 +37,23 @@ Account MakeAccount(const passwd& entry) {
   account.groupId = entry.pw_gid;
   account.fullName = FullName(entry.pw_gecos);
   account.home = entry.pw_dir;
-  account.shell = entry.pw_shell;
+  account.shell = *entry.pw_shell == '\0' ? kDefaultShell : entry.pw_shell;
   return account;
+}
+
+std::string NameOfUser(uid_t id) {
+  const passwd* const entry = ::getpwuid(id);
+  if (entry == nullptr) {
+    RequireReadable(kAccountFile);
+    return std::to_string(id);
+  }
+  return entry->pw_name;
 }
 
 }  // namespace
 
 std::vector<Account> ReadAccounts() {
+  RequireReadable(kAccountFile);
   std::vector<Account> accounts;
   ::setpwent();
   while (const passwd* const entry = ::getpwent()) {
@@ -47,10 +65,15 @@ std::vector<Account> ReadAccounts() {
 
 std::optional<Account> FindAccount(const std::string& name) {
   const passwd* const entry = ::getpwnam(name.c_str());
-  return entry == nullptr ? std::nullopt : std::optional<Account>(MakeAccount(*entry));
+  if (entry == nullptr) {
+    RequireReadable(kAccountFile);
+    return std::nullopt;
+  }
+  return MakeAccount(*entry);
 }
 
 std::vector<std::string> ReadGroups(const Account& account) {
+  RequireReadable(kGroupFile);
   std::vector<gid_t> ids(64);
   int count = static_cast<int>(ids.size());
   while (::getgrouplist(account.name.c_str(), account.groupId, ids.data(), &count) < 0) {
@@ -76,15 +99,39 @@ bool IsLoginShell(const std::string& shell) {
 const std::string& UserNames::Get(uid_t id) {
   const auto [place, isNew] = names_.try_emplace(id);
   if (isNew) {
-    const passwd* const entry = ::getpwuid(id);
-    place->second = entry == nullptr ? std::to_string(id) : entry->pw_name;
+    place->second = NameOfUser(id);
   }
   return place->second;
 }
 
 std::string GroupName(gid_t id) {
   const group* const entry = ::getgrgid(id);
-  return entry == nullptr ? std::to_string(id) : entry->gr_name;
+  if (entry == nullptr) {
+    RequireReadable(kGroupFile);
+    return std::to_string(id);
+  }
+  return entry->gr_name;
+}
+
+const std::string& GroupNames::Get(gid_t id) {
+  if (!isRead_) {
+    ReadAll();
+    isRead_ = true;
+  }
+  const auto [place, isNew] = names_.try_emplace(id);
+  if (isNew) {
+    place->second = GroupName(id);
+  }
+  return place->second;
+}
+
+void GroupNames::ReadAll() {
+  RequireReadable(kGroupFile);
+  ::setgrent();
+  while (const group* const entry = ::getgrent()) {
+    names_.emplace(entry->gr_gid, entry->gr_name);
+  }
+  ::endgrent();
 }
 
 }  // namespace Kestrel::Host

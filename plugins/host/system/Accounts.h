@@ -22,6 +22,9 @@ struct Account {
   std::string shell;
 };
 
+// The system answers as if an account or a group did not exist when it cannot read its files. Each
+// of the following throws KestrelException in that case, with the name of the file.
+
 /// Returns all accounts in the order in which the system lists them. Directory services may not
 /// list theirs.
 std::vector<Account> ReadAccounts();
@@ -47,5 +50,18 @@ class UserNames {
 
 /// Returns the name of a group, or the number in digits if the group has no name.
 std::string GroupName(gid_t id);
+
+/// Looks up names of groups. Reads all groups at the first use, so it is for many names.
+class GroupNames {
+ public:
+  /// Returns the name of the group, or the number in digits if the group has no name.
+  const std::string& Get(gid_t id);
+
+ private:
+  void ReadAll();
+
+  bool isRead_ = false;
+  std::map<gid_t, std::string> names_;
+};
 
 }  // namespace Kestrel::Host

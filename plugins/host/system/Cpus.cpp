@@ -44,12 +44,12 @@ std::string TextOf(const CpuTexts& texts, std::string_view name) {
 }
 
 long NumberIn(const std::string& path) {
-  const auto text = ReadFile(path);
+  const auto text = ReadFileIfPresent(path);
   return text ? ParseNumber(*text).value_or(-1) : -1;
 }
 
 std::vector<long> NumbersIn(const std::string& path) {
-  const auto text = ReadFile(path);
+  const auto text = ReadFileIfPresent(path);
   return text ? ParseNumberList(*text) : std::vector<long>();
 }
 
@@ -57,10 +57,21 @@ bool Contains(const std::vector<long>& numbers, long number) {
   return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
 }
 
+// As in "2596.146", in kHz; -1 for anything else.
+long ParseMegahertz(const std::string& text) {
+  if (text.empty()) {
+    return -1;
+  }
+  const std::size_t point = text.find('.');
+  std::string digits = point == std::string::npos ? std::string() : text.substr(point + 1);
+  digits.resize(3, '0');
+  return ParseNumber(text.substr(0, point) + digits).value_or(-1);
+}
+
 // A link named "node3" in the folder of a processor means memory node 3.
 long ReadNode(const std::string& folder) {
   constexpr std::string_view kPrefix = "node";
-  for (const std::string& name : ListFolder(folder)) {
+  for (const std::string& name : ListFolderIfPresent(folder)) {
     if (name.compare(0, kPrefix.size(), kPrefix) == 0) {
       const auto node = ParseNumber(std::string_view(name).substr(kPrefix.size()));
       if (node) {
@@ -81,15 +92,14 @@ void FillTopology(Cpu& cpu, const std::string& folder) {
 void FillTexts(Cpu& cpu, const CpuTexts& texts) {
   cpu.vendor = TextOf(texts, "vendor_id");
   cpu.model = TextOf(texts, "model name");
-  const std::string frequency = TextOf(texts, "cpu MHz");
-  cpu.frequency = ParseNumber(frequency.substr(0, frequency.find('.'))).value_or(-1);
+  cpu.kilohertz = ParseMegahertz(TextOf(texts, "cpu MHz"));
 }
 
 }  // namespace
 
 std::vector<Cpu> ReadCpus(const std::string& proc, const std::string& sys) {
   const std::string folder = sys + "/devices/system/cpu";
-  const std::string text = ReadFile(proc + "/cpuinfo").value_or(std::string());
+  const std::string text = ReadFileIfPresent(proc + "/cpuinfo").value_or(std::string());
   const auto texts = ParseCpuInfo(text);
   std::vector<long> present = NumbersIn(folder + "/present");
   std::vector<long> online = NumbersIn(folder + "/online");

@@ -19,13 +19,13 @@ struct Cpu {
   std::vector<long> siblings;  ///< The processors of the same core, including this one.
   std::string vendor;
   std::string model;
-  long frequency = -1;  ///< In MHz.
+  long kilohertz = -1;  ///< Its current frequency.
 };
 
 /// Returns the processors that are present, in ascending order, as listed in "devices/system/cpu"
 /// below `sys` and in "cpuinfo" in `proc`. If `sys` lists none, as in some containers, the
 /// processors in cpuinfo count as present and online. Throws KestrelException if there is none in
-/// either.
+/// either, or if a file exists but cannot be read.
 std::vector<Cpu> ReadCpus(const std::string& proc, const std::string& sys);
 
 }  // namespace Kestrel::Host

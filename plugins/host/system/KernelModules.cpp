@@ -3,9 +3,13 @@
 
 #include "plugins/host/system/KernelModules.h"
 
+#include <kestrel/KestrelException.h>
 #include <sys/stat.h>
+#include <sys/utsname.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 
 #include "plugins/host/frame/HostFile.h"
 #include "plugins/host/frame/TextParsing.h"
@@ -15,7 +19,35 @@ namespace {
 
 bool IsFolder(const std::string& path) {
   struct stat status = {};
-  return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+  if (::stat(path.c_str(), &status) == 0) {
+    return S_ISDIR(status.st_mode);
+  }
+  if (!IsAbsence(errno)) {
+    throw KestrelException("Unable to read " + path + ": " + std::strerror(errno));
+  }
+  return false;
+}
+
+std::string WithUnderscores(std::string_view name) {
+  std::string changed(name);
+  std::replace(changed.begin(), changed.end(), '-', '_');
+  return changed;
+}
+
+// The name of a module from a line with the path of its file, as in
+// "kernel/drivers/net/tun.ko.xz:", after which the modules that it needs may follow.
+std::string ModuleOfLine(std::string_view line) {
+  const std::string_view path = line.substr(0, line.find(':'));
+  const std::string_view file = path.substr(path.rfind('/') + 1);
+  return WithUnderscores(file.substr(0, file.find(".ko")));
+}
+
+// Whether a list of module files contains the module.
+bool ListsModule(const std::string& path, const std::string& name) {
+  const std::string text = ReadRequiredFile(path);
+  const auto lines = SplitLines(text);
+  return std::any_of(lines.begin(), lines.end(),
+                     [&name](std::string_view line) { return ModuleOfLine(line) == name; });
 }
 
 // As in "snd_pcm,snd_hda,". A module that cannot be unloaded has "[permanent]" in its list; "-" is
@@ -38,7 +70,8 @@ std::vector<KernelModule> ParseModules(std::string_view text) {
     const auto words = SplitWords(line);
     const auto size = words.size() < 5 ? std::nullopt : ParseNumber(words[1]);
     if (!size) {
-      continue;
+      throw KestrelException("Unable to understand the list of modules: '" + std::string(line) +
+                             "'");
     }
     KernelModule module;
     module.name = words[0];
@@ -53,7 +86,7 @@ std::vector<KernelModule> ParseModules(std::string_view text) {
 }
 
 std::vector<KernelModule> ReadModules(const std::string& proc) {
-  const auto text = ReadFile(proc + "/modules");
+  const auto text = ReadFileIfPresent(proc + "/modules");
   if (!text) {
     RequireEntries(proc);
     return {};
@@ -65,13 +98,33 @@ std::vector<KernelModule> ReadModules(const std::string& proc) {
   return modules;
 }
 
-bool HasModule(const std::string& proc, const std::string& sys, std::string name) {
-  std::replace(name.begin(), name.end(), '-', '_');
-  const auto modules = ReadModules(proc);
+std::string ModuleFolder() {
+  utsname kernel = {};
+  ::uname(&kernel);  // fails for an invalid address alone
+  return std::string("/lib/modules/") + kernel.release;
+}
+
+bool HasModule(const std::string& proc, const std::string& sys, const std::string& modules,
+               const std::string& name) {
+  const std::string kernelName = WithUnderscores(name);
+  const auto loaded = ReadModules(proc);
   const bool isLoaded =
-      std::any_of(modules.begin(), modules.end(),
-                  [&name](const KernelModule& module) { return module.name == name; });
-  return isLoaded || IsFolder(sys + "/module/" + name);
+      std::any_of(loaded.begin(), loaded.end(),
+                  [&kernelName](const KernelModule& module) { return module.name == kernelName; });
+  if (isLoaded || IsFolder(sys + "/module/" + kernelName)) {
+    return true;
+  }
+  if (!IsFolder(modules)) {
+    throw KestrelException("Unable to tell whether the kernel has the module '" + name +
+                           "': there is no folder " + modules);
+  }
+  if (ListsModule(modules + "/modules.builtin", kernelName)) {
+    return true;
+  }
+  if (!ListsModule(modules + "/modules.dep", kernelName)) {
+    throw KestrelException("There is no module '" + name + "'");
+  }
+  return false;
 }
 
 }  // namespace Kestrel::Host

@@ -18,15 +18,21 @@ struct KernelModule {
   std::string state;               ///< "Live", "Loading" or "Unloading".
 };
 
-/// Parses text in the format of /proc/modules. Skips damaged lines.
+/// Parses text in the format of /proc/modules. Throws KestrelException if a line is damaged.
 std::vector<KernelModule> ParseModules(std::string_view text);
 
 /// Returns the loaded modules, sorted by name; none if the kernel does not support modules. Throws
-/// KestrelException if /proc is not mounted.
+/// KestrelException if /proc is not mounted or the file cannot be read.
 std::vector<KernelModule> ReadModules(const std::string& proc);
 
-/// Returns whether a module is loaded or built into the kernel. In its name, "-" and "_" are
-/// equivalent.
-bool HasModule(const std::string& proc, const std::string& sys, std::string name);
+/// Where the module tools look for the modules of the running kernel.
+std::string ModuleFolder();
+
+/// Returns whether a module is loaded or built into the kernel; false if it could be loaded from
+/// `modules`, the folder with the modules of this kernel. In its name, "-" and "_" are equivalent.
+/// Throws KestrelException if there is no such module, and if that folder is missing, because its
+/// lists of modules are then unknown.
+bool HasModule(const std::string& proc, const std::string& sys, const std::string& modules,
+               const std::string& name);
 
 }  // namespace Kestrel::Host

@@ -113,6 +113,24 @@ bool IsBelow(const std::string& relative, const std::string& prefix) {
                             (relative.size() == prefix.size() || relative[prefix.size()] == '/'));
 }
 
+[[noreturn]] void ThrowUnreadable(const std::string& path, int error) {
+  throw KestrelException("Unable to read " + path + ": " + std::strerror(error));
+}
+
+// Throws for any error except that of something that is not there any more.
+void RequireAbsence(const std::string& path, int error) {
+  if (!IsAbsence(error)) {
+    ThrowUnreadable(path, error);
+  }
+}
+
+// Throws for an error that is due to this process and not to the file.
+void RequireResources(const std::string& path, int error) {
+  if (error == EMFILE || error == ENFILE || error == ENOMEM) {
+    ThrowUnreadable(path, error);
+  }
+}
+
 class ParameterWalk {
  public:
   ParameterWalk(std::string root, std::string prefix)
@@ -132,12 +150,13 @@ class ParameterWalk {
   void Visit(const std::string& relative) {
     struct stat status = {};
     if (::lstat((root_ + relative).c_str(), &status) != 0) {
+      RequireAbsence(root_ + relative, errno);
       return;
     }
     if (S_ISREG(status.st_mode)) {
       AddFile(relative, status.st_mode);
     } else if (S_ISDIR(status.st_mode)) {
-      for (const std::string& name : ListFolder(root_ + relative)) {
+      for (const std::string& name : ListFolderIfPresent(root_ + relative)) {
         VisitChild(relative.empty() ? name : relative + "/" + name);
       }
     }
@@ -150,18 +169,29 @@ class ParameterWalk {
   }
 
   void AddFile(const std::string& relative, mode_t mode) {
-    if (!IsBelow(relative, prefix_) || (mode & (S_IRUSR | S_IRGRP | S_IROTH)) == 0) {
-      return;
-    }
-    auto text = ReadFile(root_ + relative);
-    if (!text) {
+    if (!IsBelow(relative, prefix_)) {
       return;
     }
     KernelParameter parameter;
+    if ((mode & (S_IRUSR | S_IRGRP | S_IROTH)) != 0 && !ReadValue(root_ + relative, parameter)) {
+      return;
+    }
     parameter.name = SwapSeparators(relative);
-    parameter.value = WithoutLineEnd(std::move(*text));
     parameter.isWritable = (mode & (S_IWUSR | S_IWGRP | S_IWOTH)) != 0;
     found_.push_back(std::move(parameter));
+  }
+
+  // Returns whether the parameter exists. Some kernels refuse to read a parameter that has no value
+  // yet, with an error of their choice.
+  static bool ReadValue(const std::string& path, KernelParameter& parameter) {
+    auto text = ReadFile(path);
+    if (!text) {
+      RequireResources(path, errno);
+      return !IsAbsence(errno);
+    }
+    parameter.isReadable = true;
+    parameter.value = WithoutLineEnd(std::move(*text));
+    return true;
   }
 
   std::string root_;

@@ -13,12 +13,13 @@ namespace Kestrel::Host {
 struct KernelParameter {
   std::string name;   ///< As in "vm.swappiness"; "/" replaces a "." within a part.
   std::string value;  ///< Without the final line feed; may contain tabs and line feeds.
+  bool isReadable = false;
   bool isWritable = false;
 };
 
 /// Returns the parameters whose names start with the parts in `prefix`, sorted by name; all if it
-/// is empty. Skips those that this process may not read. Throws KestrelException if /proc is not
-/// mounted.
+/// is empty. Those that this process cannot read have no value. Throws KestrelException if /proc is
+/// not mounted or a folder below it cannot be read.
 std::vector<KernelParameter> ReadParameters(const std::string& proc, const std::string& prefix);
 
 /// Returns the value of a parameter. A name whose first separator is "/" is a path; otherwise "."

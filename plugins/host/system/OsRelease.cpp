@@ -42,9 +42,9 @@ std::string ParseOsRelease(std::string_view text, std::string_view key) {
 }
 
 std::string ReadDistributionName(const std::string& root) {
-  auto text = ReadFile(root + "/etc/os-release");
+  auto text = ReadFileIfPresent(root + "/etc/os-release");
   if (!text) {
-    text = ReadFile(root + "/usr/lib/os-release");
+    text = ReadFileIfPresent(root + "/usr/lib/os-release");
   }
   if (!text) {
     return {};

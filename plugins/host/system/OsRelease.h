@@ -13,7 +13,8 @@ namespace Kestrel::Host {
 std::string ParseOsRelease(std::string_view text, std::string_view key);
 
 /// Returns the name and version of the distribution from /etc/os-release or /usr/lib/os-release.
-/// `root` is put before these paths. Empty if neither file contains a name.
+/// `root` is put before these paths. Empty if neither file contains a name. Throws KestrelException
+/// if a file exists but cannot be read.
 std::string ReadDistributionName(const std::string& root);
 
 }  // namespace Kestrel::Host

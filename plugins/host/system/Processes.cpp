@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 
 #include "plugins/host/frame/DeviceNumber.h"
 #include "plugins/host/frame/HostFile.h"
@@ -34,6 +35,7 @@ enum StatWord : std::size_t {
 
 constexpr long kKernelThreadFlag = 0x00200000;
 constexpr long kBytesPerKib = 1024;
+constexpr long kWhole = 10000;  // in hundredths of a percent
 
 struct LetterName {
   char letter;
@@ -62,8 +64,8 @@ void FillNumbers(Process& process, const std::vector<std::string_view>& words) {
   process.nice = NumberAt(words, kNice);
   process.threads = NumberAt(words, kThreads);
   process.startTicks = NumberAt(words, kStart);
-  process.virtualMemory = NumberAt(words, kVirtualBytes) / kBytesPerKib;
-  process.residentMemory = ClampedProduct(NumberAt(words, kResidentPages), pageSize / kBytesPerKib);
+  process.virtualMemory = NumberAt(words, kVirtualBytes);
+  process.residentMemory = ClampedProduct(NumberAt(words, kResidentPages), pageSize);
 }
 
 // Reads the effective user, which is the second number after "Uid:". Also reads the resident
@@ -80,7 +82,9 @@ bool FillStatus(Process& process, std::string_view status) {
       process.user = static_cast<uid_t>(*user);
       hasUser = true;
     } else if (words[0] == "VmRSS:") {
-      process.residentMemory = ParseNumber(words[1]).value_or(process.residentMemory);
+      const auto kibibytes = ParseNumber(words[1]);
+      process.residentMemory =
+          kibibytes ? ClampedProduct(*kibibytes, kBytesPerKib) : process.residentMemory;
     }
   }
   return hasUser;
@@ -119,15 +123,15 @@ std::optional<Process> ParseProcess(std::string_view stat) {
 
 std::optional<Process> ReadProcess(const std::string& proc, long id) {
   const std::string folder = proc + "/" + std::to_string(id);
-  const auto stat = ReadFile(folder + "/stat");
-  const auto status = ReadFile(folder + "/status");
-  auto arguments = ReadFile(folder + "/cmdline");
+  const auto stat = ReadFileIfPresent(folder + "/stat");
+  const auto status = ReadFileIfPresent(folder + "/status");
+  auto arguments = ReadFileIfPresent(folder + "/cmdline");
   if (!stat || !status || !arguments) {
     return std::nullopt;
   }
   auto process = ParseProcess(*stat);
   if (!process || !FillStatus(*process, *status)) {
-    return std::nullopt;
+    throw KestrelException("Unable to understand the files in " + folder);
   }
   process->command = JoinArguments(std::move(*arguments));
   return process;
@@ -135,7 +139,7 @@ std::optional<Process> ReadProcess(const std::string& proc, long id) {
 
 std::vector<Process> ReadProcesses(const std::string& proc) {
   std::vector<Process> processes;
-  for (const std::string& name : ListFolder(proc)) {
+  for (const std::string& name : ListRequiredFolder(proc)) {
     const auto id = ParseNumber(name);
     if (!id) {
       continue;
@@ -153,6 +157,14 @@ std::vector<Process> ReadProcesses(const std::string& proc) {
   return processes;
 }
 
+bool HidesProcesses(const std::string& proc) {
+  return ::access((proc + "/1").c_str(), F_OK) != 0 && IsAbsence(errno);
+}
+
+long ProcessorShare(long usedTicks, long elapsedTicks) {
+  return elapsedTicks <= 0 || usedTicks <= 0 ? 0 : ClampedProduct(usedTicks, kWhole) / elapsedTicks;
+}
+
 const char* StateName(char state) {
   const auto* const found =
       std::find_if(std::begin(kStates), std::end(kStates),
@@ -160,9 +172,19 @@ const char* StateName(char state) {
   return found == std::end(kStates) ? "unknown" : found->word;
 }
 
+std::optional<char> ParseState(std::string_view text) {
+  const std::string lower = LowerCase(text);
+  for (const LetterName& state : kStates) {
+    if (lower == state.word || text == std::string_view(&state.letter, 1)) {
+      return state.letter;
+    }
+  }
+  return std::nullopt;
+}
+
 std::string TerminalName(long terminal, const std::string& sys) {
   if (terminal == 0) {
-    return {};
+    return "none";
   }
   const auto device = static_cast<dev_t>(static_cast<unsigned>(terminal));
   const unsigned major = ::gnu_dev_major(device);

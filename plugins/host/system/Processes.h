@@ -12,6 +12,9 @@
 
 namespace Kestrel::Host {
 
+/// The largest number of a process.
+constexpr long kMaxProcessId = 1 << 22;
+
 /// A process as described by the kernel. The process itself chooses the bytes of its name and
 /// command.
 struct Process {
@@ -22,8 +25,8 @@ struct Process {
   bool isKernelThread = false;
   long threads = 0;
   long nice = 0;
-  long virtualMemory = 0;   ///< In KiB.
-  long residentMemory = 0;  ///< In KiB.
+  long virtualMemory = 0;   ///< In bytes.
+  long residentMemory = 0;  ///< In bytes.
   long processorTicks = 0;  ///< Time in user and system mode, in ticks of sysconf(_SC_CLK_TCK).
   long startTicks = 0;      ///< Time from the boot to its start, in the same ticks.
   long terminal = 0;        ///< The device number of its terminal; 0 if it has none.
@@ -36,19 +39,32 @@ struct Process {
 std::optional<Process> ParseProcess(std::string_view stat);
 
 /// Reads the process of that number in `proc`. Returns nothing if it ends before everything is
-/// read.
+/// read. Throws KestrelException if a file of a running process cannot be read or is damaged.
 std::optional<Process> ReadProcess(const std::string& proc, long id);
 
 /// Returns all processes in `proc`, in ascending order of their numbers. Skips those that end while
-/// they are read. Throws KestrelException if there is none, which means that `proc` is not mounted.
+/// they are read. Throws KestrelException if there is none, which means that `proc` is not mounted,
+/// and if one cannot be read.
 std::vector<Process> ReadProcesses(const std::string& proc);
+
+/// Whether the kernel hides the processes of other users, because `proc` is mounted with such an
+/// option: then the first process, which always runs, seems to be missing.
+bool HidesProcesses(const std::string& proc);
+
+/// The processor time that a process has used, in hundredths of a percent of the time since it
+/// started. More than 10000 if several of its threads ran at the same time.
+long ProcessorShare(long usedTicks, long elapsedTicks);
 
 /// Returns the name of a state, such as "sleeping" for the letter S; "unknown" for an unknown
 /// letter.
 const char* StateName(char state);
 
+/// Returns the letter of a state: of its name in either case, or of the letter itself, as ps prints
+/// it. Returns nothing if there is no such state.
+std::optional<char> ParseState(std::string_view text);
+
 /// Returns the name of a terminal below /dev, such as "pts/3"; its device number if the name is
-/// unknown; an empty string for 0. `sys` is the folder in which the kernel lists its devices.
+/// unknown; "none" for 0. `sys` is the folder in which the kernel lists its devices.
 std::string TerminalName(long terminal, const std::string& sys);
 
 }  // namespace Kestrel::Host

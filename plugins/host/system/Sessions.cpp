@@ -3,8 +3,8 @@
 
 #include "plugins/host/system/Sessions.h"
 
+#include <kestrel/KestrelException.h>
 #include <signal.h>
-#include <unistd.h>
 #include <utmpx.h>
 
 #include <algorithm>
@@ -50,29 +50,40 @@ Session ParseSession(std::string_view text) {
   return session;
 }
 
+// The entry of a session remains when the machine loses its power.
+std::vector<Session> AliveSessions(std::string_view records) {
+  auto sessions = ParseSessionRecords(records);
+  sessions.erase(std::remove_if(sessions.begin(), sessions.end(),
+                                [](const Session& session) { return !IsAlive(session.process); }),
+                 sessions.end());
+  return sessions;
+}
+
 }  // namespace
 
-const char* const kSessionRecords = "/run/utmp";
-const char* const kSessionFolder = "/run/systemd/sessions";
-
-std::vector<Session> ReadSessionRecords(const std::string& path, bool onlyAlive) {
+std::vector<Session> ParseSessionRecords(std::string_view records) {
+  if (records.size() % sizeof(utmpx) != 0) {
+    throw KestrelException("Unable to understand the login entries: the last one is incomplete");
+  }
   std::vector<Session> sessions;
-  ::utmpxname(path.c_str());
-  ::setutxent();
-  while (const utmpx* const entry = ::getutxent()) {
-    if (entry->ut_type == USER_PROCESS && entry->ut_user[0] != '\0' &&
-        (!onlyAlive || IsAlive(entry->ut_pid))) {
-      sessions.push_back(MakeSession(*entry));
+  for (; !records.empty(); records.remove_prefix(sizeof(utmpx))) {
+    utmpx entry = {};
+    std::memcpy(&entry, records.data(), sizeof(entry));
+    if (entry.ut_type == USER_PROCESS && entry.ut_user[0] != '\0') {
+      sessions.push_back(MakeSession(entry));
     }
   }
-  ::endutxent();
   return sessions;
 }
 
 std::vector<Session> ReadSessionFolder(const std::string& path) {
   std::vector<Session> sessions;
-  for (const std::string& name : ListFolder(path)) {
-    const auto text = ReadFile(path + "/" + name);
+  for (const std::string& name : ListFolderIfPresent(path)) {
+    // Besides the file of a session there may be a pipe, as in "1.ref".
+    if (name.find('.') != std::string::npos) {
+      continue;
+    }
+    const auto text = ReadFileIfPresent(path + "/" + name);
     if (!text || ParseOsRelease(*text, "CLASS") != "user") {
       continue;
     }
@@ -84,10 +95,10 @@ std::vector<Session> ReadSessionFolder(const std::string& path) {
   return sessions;
 }
 
-std::vector<Session> ReadSessions() {
-  const bool hasRecords = ::access(kSessionRecords, R_OK) == 0;
+std::vector<Session> ReadSessions(const std::string& root) {
+  const auto records = ReadFileIfPresent(root + "/run/utmp");
   auto sessions =
-      hasRecords ? ReadSessionRecords(kSessionRecords, true) : ReadSessionFolder(kSessionFolder);
+      records ? AliveSessions(*records) : ReadSessionFolder(root + "/run/systemd/sessions");
   std::stable_sort(sessions.begin(), sessions.end(), [](const Session& left, const Session& right) {
     return left.start < right.start;
   });

@@ -5,13 +5,10 @@
 
 #include <ctime>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Kestrel::Host {
-
-/// Where the running system stores its login sessions.
-extern const char* const kSessionRecords;
-extern const char* const kSessionFolder;
 
 /// A login session.
 struct Session {
@@ -22,14 +19,17 @@ struct Session {
   std::time_t start = 0;
 };
 
-/// Reads a file of login entries (utmp), in its order; empty if it cannot be read. With
-/// `onlyAlive`, skips sessions whose process has ended.
-std::vector<Session> ReadSessionRecords(const std::string& path, bool onlyAlive);
+/// Parses the content of a file of login entries (utmp), in its order. Throws KestrelException if
+/// it ends within an entry.
+std::vector<Session> ParseSessionRecords(std::string_view records);
 
-/// Reads a folder of session files, which replaces the login entries on some systems.
+/// Reads a folder of session files, which replaces the login entries on some systems; empty if
+/// there is no such folder. Throws KestrelException if it or a file in it cannot be read.
 std::vector<Session> ReadSessionFolder(const std::string& path);
 
-/// Returns the sessions of this machine, the oldest first.
-std::vector<Session> ReadSessions();
+/// Returns the sessions whose process is alive, the oldest first, from the login entries below
+/// `root` or, without such a file, from the session files. Empty if there is neither. Throws
+/// KestrelException if they exist but cannot be read.
+std::vector<Session> ReadSessions(const std::string& root);
 
 }  // namespace Kestrel::Host

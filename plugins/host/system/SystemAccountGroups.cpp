@@ -15,6 +15,7 @@ class SystemAccountGroups final : public HostCommand {
  public:
   SystemAccountGroups() : HostCommand("List the groups that an account belongs to.") {
     ShowAsValue();
+    AddMetaData("complete:name", "system.account.list Name");
     AddExample("--name=root", "List the groups of root");
   }
 

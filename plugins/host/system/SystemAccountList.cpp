@@ -4,8 +4,8 @@
 #include <limits>
 
 #include "plugins/host/frame/ListCommand.h"
+#include "plugins/host/frame/NamePattern.h"
 #include "plugins/host/frame/SanitizedText.h"
-#include "plugins/host/frame/ValueFilter.h"
 #include "plugins/host/system/Accounts.h"
 #include "plugins/host/system/SystemCommands.h"
 
@@ -20,21 +20,25 @@ const StructShape& Shape() {
           .Int("Group Id", "The number of its primary group.")
           .String("Group", "The name of that group, or its number if it has no name.")
           .String("Full Name",
-                  "The full name of the user or the purpose of the account; may be empty.")
-          .String("Home", "Its home folder.")
-          .String("Shell", "The program that a login starts.")
+                  "The full name of the user or the purpose of the account; \"none\" without one.")
+          .String("Home", "Its home folder; \"none\" without one.")
+          .String("Shell", "The program that a login starts; /bin/sh if the entry names none.")
           .Bool("Login", "Whether that program allows a login.");
   return shape;
 }
 
-std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Account& account) {
+std::shared_ptr<MetaObj::MetaString> TextOrNone(const std::string& text) {
+  return SanitizedText(text.empty() ? "none" : text);
+}
+
+std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Account& account, GroupNames& groups) {
   auto result = Shape().NewStruct();
   result->SetField("Name", SanitizedText(account.name));
   result->SetField("User Id", static_cast<long>(account.id));
   result->SetField("Group Id", static_cast<long>(account.groupId));
-  result->SetField("Group", SanitizedText(GroupName(account.groupId)));
-  result->SetField("Full Name", SanitizedText(account.fullName));
-  result->SetField("Home", SanitizedText(account.home));
+  result->SetField("Group", SanitizedText(groups.Get(account.groupId)));
+  result->SetField("Full Name", TextOrNone(account.fullName));
+  result->SetField("Home", TextOrNone(account.home));
   result->SetField("Shell", SanitizedText(account.shell));
   result->SetField("Login", IsLoginShell(account.shell));
   return result;
@@ -45,17 +49,20 @@ class SystemAccountList final : public ListCommand {
   SystemAccountList()
       : ListCommand("List the accounts of users.", Shape,
                     "The accounts, in the order of the system.") {
-    ShowColumns("Name,User Id,Group,Login,Shell,Home");
+    ShowColumns("Name,User Id,Group,Login,Shell,Home", {{"wrap-last", "true"}});
+    AddMetaData("complete:name", "system.account.list Name");
     AddExample("", "List all accounts");
-    AddExample("--login --min-id=1000", "List the accounts of persons");
+    AddExample("--login --minimum-id=1000", "List the accounts of persons");
+    AddExample("--name=\"systemd-*\"", "List the accounts of system services");
   }
 
  private:
   void DeclareParameters(CallSpec::InputSpec& spec) const override {
-    Parameter("name", CallSpec::StringList, "List only accounts with one of these names.")
+    Parameter("name", CallSpec::StringList,
+              "List only accounts with one of these names; * in a name stands for any text.")
         .Short("n")
         .AddTo(spec);
-    Parameter("min-id", CallSpec::Int, "List only accounts with at least this number.")
+    Parameter("minimum-id", CallSpec::Int, "List only accounts with at least this number.")
         .Short("m")
         .Between(0, std::numeric_limits<uid_t>::max())
         .AddTo(spec);
@@ -66,13 +73,15 @@ class SystemAccountList final : public ListCommand {
 
   void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,
                MetaObj::MetaList& rows) const override {
-    const StringFilter names(input, "name");
-    const std::int64_t minimum = input.HasParameter("min-id") ? input.GetParameterInt("min-id") : 0;
+    const NameFilter names(input, "name");
+    const std::int64_t minimum =
+        input.HasParameter("minimum-id") ? input.GetParameterInt("minimum-id") : 0;
     const bool isLoginOnly = input.IsFlagSet("login");
+    GroupNames groups;
     for (const Account& account : ReadAccounts()) {
       if (names.Accepts(account.name) && account.id >= minimum &&
           (!isLoginOnly || IsLoginShell(account.shell))) {
-        rows.Add(ToStruct(account));
+        rows.Add(ToStruct(account, groups));
       }
     }
   }

@@ -42,8 +42,9 @@ void RegisterKernel(const Node& system) {
   parameter->RegisterNamespaceNode(NewSystemParameterGet(), "get");
   parameter->RegisterNamespaceNode(NewSystemParameterList(), "list");
   parameter->RegisterNamespaceNode(NewSystemParameterSet(), "set");
-  AddNamespace(system, "process", "The processes of the machine.")
-      ->RegisterNamespaceNode(NewSystemProcessList(), "list");
+  const Node process = AddNamespace(system, "process", "The processes of the machine.");
+  process->RegisterNamespaceNode(NewSystemProcessList(), "list");
+  process->RegisterNamespaceNode(NewSystemProcessSignal(), "signal");
 }
 
 void RegisterUsers(const Node& system) {

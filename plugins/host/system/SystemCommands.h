@@ -30,6 +30,7 @@ std::shared_ptr<AutoCli::Command> NewSystemParameterGet();
 std::shared_ptr<AutoCli::Command> NewSystemParameterList();
 std::shared_ptr<AutoCli::Command> NewSystemParameterSet();
 std::shared_ptr<AutoCli::Command> NewSystemProcessList();
+std::shared_ptr<AutoCli::Command> NewSystemProcessSignal();
 std::shared_ptr<AutoCli::Command> NewSystemSessionList();
 std::shared_ptr<AutoCli::Command> NewSystemUptimeGet();
 std::shared_ptr<AutoCli::Command> NewSystemVersionGet();

@@ -20,10 +20,22 @@ const StructShape& Shape() {
           .Int("Socket", "The socket that it is part of; -1 if unknown.")
           .Int("Core", "The core that it is part of; -1 if unknown.")
           .Ints("Siblings", "The logical processors of the same core, including this one.")
-          .String("Vendor", "Its vendor; empty if unknown.")
-          .String("Model", "Its model; empty if unknown.")
-          .Int("Frequency", "Its current frequency in MHz; -1 if unknown.");
+          .String("Vendor", "Its vendor; \"unknown\" while it is offline.")
+          .String("Model", "Its model; \"unknown\" while it is offline.")
+          .String("Frequency", "Its current frequency in MHz; \"unknown\" while it is offline.")
+          .Int("Frequency Kilohertz", "The same in kHz; -1 if unknown.")
+          .SortedBy("Frequency", "Frequency Kilohertz");
   return shape;
+}
+
+constexpr long kKilohertzPerMegahertz = 1000;
+
+std::shared_ptr<MetaObj::MetaString> TextOrUnknown(const std::string& text) {
+  return SanitizedText(text.empty() ? "unknown" : text);
+}
+
+std::string FormatFrequency(long kilohertz) {
+  return kilohertz < 0 ? "unknown" : std::to_string(kilohertz / kKilohertzPerMegahertz) + " MHz";
 }
 
 std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Cpu& cpu) {
@@ -34,9 +46,10 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Cpu& cpu) {
   result->SetField("Socket", cpu.socket);
   result->SetField("Core", cpu.core);
   result->SetField("Siblings", cpu.siblings);
-  result->SetField("Vendor", SanitizedText(cpu.vendor));
-  result->SetField("Model", SanitizedText(cpu.model));
-  result->SetField("Frequency", cpu.frequency);
+  result->SetField("Vendor", TextOrUnknown(cpu.vendor));
+  result->SetField("Model", TextOrUnknown(cpu.model));
+  result->SetField("Frequency", FormatFrequency(cpu.kilohertz));
+  result->SetField("Frequency Kilohertz", cpu.kilohertz);
   return result;
 }
 
@@ -45,8 +58,8 @@ class SystemCpuList final : public ListCommand {
   SystemCpuList()
       : ListCommand("List the logical processors.", Shape,
                     "The logical processors that are present, sorted by number.") {
-    ShowColumns("Number,Online,Node,Socket,Core,Siblings,Frequency,Model",
-                {{"units:Cpu.Frequency", "MHz"}, {"wrap-last", "true"}});
+    ShowColumns("Number,Online,Node,Socket,Core,Siblings,Frequency,Model", {{"wrap-last", "true"}});
+    AddMetaData("complete:number", "system.cpu.list Number");
     AddExample("", "List all logical processors");
     AddExample("--online=false", "List those that are offline");
     AddExample("--number=0 --number=1", "List two processors");

@@ -3,6 +3,7 @@
 
 #include "plugins/host/frame/HostCommand.h"
 #include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/Hundredths.h"
 #include "plugins/host/system/SystemCommands.h"
 #include "plugins/host/system/SystemStatistics.h"
 
@@ -14,11 +15,19 @@ const StructShape& Shape() {
       StructShape("SystemLoad")
           .String("One Minute",
                   "The average number of running or waiting tasks in the last minute.")
+          .Int("One Minute Hundredths", "The same in hundredths.")
           .String("Five Minutes", "The average over five minutes.")
+          .Int("Five Minutes Hundredths", "The same in hundredths.")
           .String("Fifteen Minutes", "The average over fifteen minutes.")
+          .Int("Fifteen Minutes Hundredths", "The same in hundredths.")
           .Int("Running", "How many tasks are running or waiting for a processor now.")
           .Int("Tasks", "The number of tasks; each thread is one.");
   return shape;
+}
+
+void SetAverage(MetaObj::MetaStruct& result, const std::string& name, long hundredths) {
+  result.SetField(name, FormatHundredths(hundredths));
+  result.SetField(name + " Hundredths", hundredths);
 }
 
 class SystemLoadGet final : public HostCommand {
@@ -36,9 +45,9 @@ class SystemLoadGet final : public HostCommand {
   void Run(const CallSpec::Input&, CallSpec::Output& output) const override {
     const Load load = ReadLoad(kProc);
     const auto result = Shape().NewStruct();
-    result->SetField("One Minute", load.oneMinute);
-    result->SetField("Five Minutes", load.fiveMinutes);
-    result->SetField("Fifteen Minutes", load.fifteenMinutes);
+    SetAverage(*result, "One Minute", load.oneMinute);
+    SetAverage(*result, "Five Minutes", load.fiveMinutes);
+    SetAverage(*result, "Fifteen Minutes", load.fifteenMinutes);
     result->SetField("Running", load.running);
     result->SetField("Tasks", load.tasks);
     output.SetRootObject(result);

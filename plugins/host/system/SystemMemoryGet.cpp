@@ -3,7 +3,6 @@
 
 #include "plugins/host/frame/HostCommand.h"
 #include "plugins/host/frame/HostFile.h"
-#include "plugins/host/frame/TextParsing.h"
 #include "plugins/host/system/SystemCommands.h"
 #include "plugins/host/system/SystemStatistics.h"
 
@@ -15,21 +14,21 @@ using Struct = std::shared_ptr<MetaObj::MetaStruct>;
 const StructShape& PhysicalShape() {
   static const StructShape shape =
       StructShape("PhysicalMemory")
-          .Int("Total", "All memory that the kernel manages, in KiB.")
-          .Int("Used", "The memory that is not available, in KiB.")
-          .Int("Free", "The memory that is not used at all, in KiB.")
-          .Int("Shared", "Shared memory and file systems in memory, in KiB.")
-          .Int("Buffers", "Buffers of block devices, in KiB.")
-          .Int("Cached", "Cached files and other caches that can be freed, in KiB.")
-          .Int("Available", "The memory that programs can get without swapping, in KiB.");
+          .Size("Total", "All memory that the kernel manages.")
+          .Size("Used", "The memory that is not available.")
+          .Size("Free", "The memory that is not used at all.")
+          .Size("Shared", "Shared memory and file systems in memory.")
+          .Size("Buffers", "Buffers of block devices.")
+          .Size("Cached", "Cached files and other caches that can be freed.")
+          .Size("Available", "The memory that programs can get without swapping.");
   return shape;
 }
 
 const StructShape& SwapShape() {
   static const StructShape shape = StructShape("SwapMemory")
-                                       .Int("Total", "The swap space, in KiB.")
-                                       .Int("Used", "The used swap space, in KiB.")
-                                       .Int("Free", "The free swap space, in KiB.");
+                                       .Size("Total", "The swap space.")
+                                       .Size("Used", "The used swap space.")
+                                       .Size("Free", "The free swap space.");
   return shape;
 }
 
@@ -43,21 +42,21 @@ const StructShape& Shape() {
 
 Struct MakePhysical(const Memory& memory) {
   Struct result = PhysicalShape().NewStruct();
-  result->SetField("Total", memory.total);
-  result->SetField("Used", memory.GetUsed());
-  result->SetField("Free", memory.free);
-  result->SetField("Shared", memory.shared);
-  result->SetField("Buffers", memory.buffers);
-  result->SetField("Cached", memory.cached);
-  result->SetField("Available", memory.available);
+  SetSize(*result, "Total", memory.total);
+  SetSize(*result, "Used", memory.GetUsed());
+  SetSize(*result, "Free", memory.free);
+  SetSize(*result, "Shared", memory.shared);
+  SetSize(*result, "Buffers", memory.buffers);
+  SetSize(*result, "Cached", memory.cached);
+  SetSize(*result, "Available", memory.available);
   return result;
 }
 
 Struct MakeSwap(const Memory& memory) {
   Struct result = SwapShape().NewStruct();
-  result->SetField("Total", memory.swapTotal);
-  result->SetField("Used", memory.GetSwapUsed());
-  result->SetField("Free", memory.swapFree);
+  SetSize(*result, "Total", memory.swapTotal);
+  SetSize(*result, "Used", memory.GetSwapUsed());
+  SetSize(*result, "Free", memory.swapFree);
   return result;
 }
 
@@ -68,23 +67,13 @@ class SystemMemoryGet final : public HostCommand {
                 {{"header:PhysicalMemory", "<NONE>"},
                  {"header:SwapMemory", "<NONE>"},
                  {"fields:PhysicalMemory", "Total,Used,Free,Shared,Buffers,Cached,Available"},
-                 {"fields:SwapMemory", "Total,Used,Free"},
-                 {"units:PhysicalMemory.Total", "KiB"},
-                 {"units:PhysicalMemory.Used", "KiB"},
-                 {"units:PhysicalMemory.Free", "KiB"},
-                 {"units:PhysicalMemory.Shared", "KiB"},
-                 {"units:PhysicalMemory.Buffers", "KiB"},
-                 {"units:PhysicalMemory.Cached", "KiB"},
-                 {"units:PhysicalMemory.Available", "KiB"},
-                 {"units:SwapMemory.Total", "KiB"},
-                 {"units:SwapMemory.Used", "KiB"},
-                 {"units:SwapMemory.Free", "KiB"}});
+                 {"fields:SwapMemory", "Total,Used,Free"}});
     AddExample("", "Show the memory of this machine");
   }
 
  private:
   void DeclareResult(CallSpec::OutputSpec& spec) const override {
-    Shape().DeclareStruct(spec, "The memory of the machine, in KiB.");
+    Shape().DeclareStruct(spec, "The memory of the machine.");
   }
 
   void Run(const CallSpec::Input&, CallSpec::Output& output) const override {

@@ -15,7 +15,8 @@ class SystemModuleCheck final : public HostCommand {
  public:
   SystemModuleCheck() : HostCommand("Show whether a module is loaded or built into the kernel.") {
     ShowAsValue();
-    AddExample("--name=loop", "Show whether the kernel has loop devices");
+    AddMetaData("complete:name", "system.module.list Name");
+    AddExample("--name=kernel", "Show whether the core of the kernel is there, which it always is");
   }
 
  private:
@@ -29,12 +30,14 @@ class SystemModuleCheck final : public HostCommand {
 
   void DeclareResult(CallSpec::OutputSpec& spec) const override {
     spec.SetRootObject(MetaObj::MetaBool::New());
-    spec.SetDescription("Whether the kernel has the module.");
+    spec.SetDescription(
+        "True when the module is loaded or built in; false when it can be loaded. A module that "
+        "this machine does not have is an error.");
   }
 
   void Run(const CallSpec::Input& input, CallSpec::Output& output) const override {
     output.SetRootObject(
-        MetaObj::MetaBool::New(HasModule(kProc, kSys, input.GetParameter("name"))));
+        MetaObj::MetaBool::New(HasModule(kProc, kSys, ModuleFolder(), input.GetParameter("name"))));
   }
 };
 

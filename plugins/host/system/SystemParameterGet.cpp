@@ -17,6 +17,7 @@ class SystemParameterGet final : public HostCommand {
  public:
   SystemParameterGet() : HostCommand("Show the value of a parameter of the running kernel.") {
     ShowAsValue();
+    AddMetaData("complete:name", "system.parameter.list Name");
     AddExample("--name=kernel.hostname", "Show the name of the machine");
     AddExample("--name=net/ipv4/conf/lo/forwarding", "Use the path of a parameter as its name");
   }

@@ -5,6 +5,7 @@
 
 #include "plugins/host/frame/HostFile.h"
 #include "plugins/host/frame/ListCommand.h"
+#include "plugins/host/frame/NamePattern.h"
 #include "plugins/host/frame/Regex.h"
 #include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/system/KernelParameterName.h"
@@ -18,19 +19,28 @@ const StructShape& Shape() {
   static const StructShape shape =
       StructShape("KernelParameter")
           .String("Name", "The name of the parameter.")
-          .String("Value", "Its value, with spaces instead of tabs and line feeds.")
+          .String("Value",
+                  "Its value, with spaces instead of tabs and line feeds; \"unreadable\" if you "
+                  "may not read it or it can only be written.")
+          .Bool("Readable", "Whether the value was read.")
           .Bool("Writable", "Whether it can be changed.");
   return shape;
+}
+
+std::string ShownValue(const KernelParameter& parameter) {
+  return parameter.isReadable ? OnOneLine(parameter.value) : "unreadable";
 }
 
 class SystemParameterList final : public ListCommand {
  public:
   SystemParameterList()
       : ListCommand("List the parameters of the running kernel.", Shape,
-                    "The parameters that you may read, sorted by name.") {
-    ShowColumns("Name,Value");
+                    "The parameters, sorted by name.") {
+    ShowColumns("Name,Value", {{"wrap-last", "true"}});
+    AddMetaData("complete:name", "system.parameter.list Name");
     AddExample("--under=vm", "List the parameters of the memory management");
-    AddExample("--name=forward --writable", "List the writable parameters about forwarding");
+    AddExample("--match=forward --writable", "List the writable parameters about forwarding");
+    AddExample("--name=\"net.ipv4.conf.*.rp_filter\"", "Compare a parameter of all interfaces");
   }
 
  private:
@@ -40,9 +50,13 @@ class SystemParameterList final : public ListCommand {
         .Short("u")
         .Matching(kParameterNamePattern)
         .AddTo(spec);
-    Parameter("name", CallSpec::String,
-              "List only parameters whose names match this regular expression.")
+    Parameter("name", CallSpec::StringList,
+              "List only parameters with one of these names; * in a name stands for any text.")
         .Short("n")
+        .AddTo(spec);
+    Parameter("match", CallSpec::String,
+              "List only parameters whose names contain a match of this regular expression.")
+        .Short("m")
         .AddTo(spec);
     Parameter("writable", CallSpec::Flag, "List only parameters that can be changed.")
         .Short("w")
@@ -52,16 +66,19 @@ class SystemParameterList final : public ListCommand {
   void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,
                MetaObj::MetaList& rows) const override {
     const std::unique_ptr<Regex> pattern =
-        input.HasParameter("name") ? std::make_unique<Regex>(input.GetParameter("name")) : nullptr;
+        input.HasParameter("match") ? std::make_unique<Regex>(input.GetParameter("match"))
+                                    : nullptr;
+    const NameFilter names(input, "name");
     const bool isWritableOnly = input.IsFlagSet("writable");
     for (const KernelParameter& parameter : ReadParameters(kProc, input.GetParameter("under"))) {
-      if ((isWritableOnly && !parameter.isWritable) ||
+      if ((isWritableOnly && !parameter.isWritable) || !names.Accepts(parameter.name) ||
           (pattern != nullptr && !pattern->IsFoundIn(parameter.name))) {
         continue;
       }
       auto row = Shape().NewStruct();
       row->SetField("Name", SanitizedText(parameter.name));
-      row->SetField("Value", SanitizedText(OnOneLine(parameter.value)));
+      row->SetField("Value", SanitizedText(ShownValue(parameter)));
+      row->SetField("Readable", parameter.isReadable);
       row->SetField("Writable", parameter.isWritable);
       rows.Add(row);
     }

@@ -14,10 +14,12 @@ namespace Kestrel::Host {
 namespace {
 
 const StructShape& Shape() {
-  static const StructShape shape = StructShape("KernelParameterChange")
-                                       .String("Name", "The name of the parameter.")
-                                       .String("Before", "Its value before the change.")
-                                       .String("After", "Its value after the change.");
+  static const StructShape shape =
+      StructShape("KernelParameterChange")
+          .String("Name", "The name of the parameter.")
+          .String("Before",
+                  "Its value before the change; \"unreadable\" if it can only be written.")
+          .String("After", "Its value after the change; likewise.");
   return shape;
 }
 
@@ -26,6 +28,8 @@ class SystemParameterSet final : public HostCommand {
   SystemParameterSet() : HostCommand("Change a parameter of the running kernel.") {
     ShowAsLines("KernelParameterChange", "Before,After",
                 {{"header:KernelParameterChange", "%Name%"}});
+    AddMetaData("changes", "true");
+    AddMetaData("complete:name", "system.parameter.list Name");
     AddExample("--name=vm.swappiness --value=10", "Make the kernel swap less");
   }
 
@@ -58,7 +62,7 @@ class SystemParameterSet final : public HostCommand {
     try {
       return ReadParameter(kProc, name);
     } catch (const KestrelException&) {
-      return {};
+      return "unreadable";
     }
   }
 };

@@ -8,10 +8,14 @@
 #include <string_view>
 
 #include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/Hundredths.h"
 #include "plugins/host/frame/TextParsing.h"
 
 namespace Kestrel::Host {
 namespace {
+
+constexpr long kHundredthsPerSecond = 100;
+constexpr long kBytesPerKib = 1024;
 
 [[noreturn]] void ThrowUnknownForm(const std::string& path) {
   throw KestrelException("Unable to understand " + path);
@@ -25,15 +29,22 @@ long NumberOrThrow(std::string_view text, const std::string& path) {
   return *number;
 }
 
-std::string_view BeforePoint(std::string_view text) { return text.substr(0, text.find('.')); }
+long HundredthsOrThrow(std::string_view text, const std::string& path) {
+  const auto hundredths = ParseHundredths(text);
+  if (!hundredths) {
+    ThrowUnknownForm(path);
+  }
+  return *hundredths;
+}
 
-// Returns the number in a line such as "MemFree:   512 kB", or `fallback` if there is no such line
+// Returns the bytes of a line such as "MemFree:   512 kB", or `fallback` if there is no such line
 // or number.
 long Figure(std::string_view text, std::string_view name, long fallback) {
   for (const std::string_view line : SplitLines(text)) {
     if (StartsWith(line, name) && line.size() > name.size() && line[name.size()] == ':') {
       const auto words = SplitWords(line.substr(name.size() + 1));
-      return words.empty() ? fallback : ParseNumber(words[0]).value_or(fallback);
+      const auto kibibytes = words.empty() ? std::nullopt : ParseNumber(words[0]);
+      return kibibytes ? ClampedProduct(*kibibytes, kBytesPerKib) : fallback;
     }
   }
   return fallback;
@@ -53,8 +64,9 @@ Uptime ReadUptime(const std::string& proc) {
     ThrowUnknownForm(path);
   }
   Uptime uptime;
-  uptime.seconds = NumberOrThrow(BeforePoint(words[0]), path);
-  uptime.idleSeconds = NumberOrThrow(BeforePoint(words[1]), path);
+  uptime.hundredths = HundredthsOrThrow(words[0], path);
+  uptime.seconds = uptime.hundredths / kHundredthsPerSecond;
+  uptime.idleSeconds = HundredthsOrThrow(words[1], path) / kHundredthsPerSecond;
   return uptime;
 }
 
@@ -70,9 +82,9 @@ Load ReadLoad(const std::string& proc) {
     ThrowUnknownForm(path);
   }
   Load load;
-  load.oneMinute = words[0];
-  load.fiveMinutes = words[1];
-  load.fifteenMinutes = words[2];
+  load.oneMinute = HundredthsOrThrow(words[0], path);
+  load.fiveMinutes = HundredthsOrThrow(words[1], path);
+  load.fifteenMinutes = HundredthsOrThrow(words[2], path);
   load.running = NumberOrThrow(tasks[0], path);
   load.tasks = NumberOrThrow(tasks[1], path);
   return load;

@@ -11,19 +11,19 @@ namespace Kestrel::Host {
 struct Uptime {
   long seconds = 0;      ///< Rounded down.
   long idleSeconds = 0;  ///< Idle time, the sum of all processors.
+  long hundredths = 0;   ///< The same time as `seconds`, in hundredths of a second.
 };
 
-/// How busy the machine is. The averages are decimal fractions, for which there is no value type,
-/// so they remain strings.
+/// How busy the machine is. The averages are hundredths of a task.
 struct Load {
-  std::string oneMinute;
-  std::string fiveMinutes;
-  std::string fifteenMinutes;
+  long oneMinute = 0;
+  long fiveMinutes = 0;
+  long fifteenMinutes = 0;
   long running = 0;  ///< Tasks that run or wait for a processor.
   long tasks = 0;    ///< All tasks; each thread is one.
 };
 
-/// The memory of the machine, in KiB.
+/// The memory of the machine, in bytes.
 struct Memory {
   long total = 0;
   long free = 0;

@@ -24,7 +24,7 @@ const StructShape& Shape() {
           .String("Release", "The release of the kernel.")
           .String("Build", "The build of the kernel: its number, options and time.")
           .String("Architecture", "The architecture of the processor.")
-          .String("Distribution", "The name and version of the distribution; empty if unknown.");
+          .String("Distribution", "The name and version of the distribution, or \"unknown\".");
   return shape;
 }
 
@@ -52,7 +52,9 @@ class SystemVersionGet final : public HostCommand {
     result->SetField("Release", SanitizedText(kernel.release));
     result->SetField("Build", SanitizedText(kernel.version));
     result->SetField("Architecture", SanitizedText(kernel.machine));
-    result->SetField("Distribution", SanitizedText(ReadDistributionName("")));
+    const std::string distribution = ReadDistributionName("");
+    result->SetField("Distribution",
+                     SanitizedText(distribution.empty() ? "unknown" : distribution));
     output.SetRootObject(result);
   }
 };

@@ -69,7 +69,7 @@ INSTANTIATE_TEST_SUITE_P(
                       "system device list", "system load get", "system memory get",
                       "system module check", "system module list", "system parameter get",
                       "system parameter list", "system parameter set", "system process list",
-                      "system session list", "system uptime get", "system version get",
+                      "system process signal", "system session list", "system uptime get", "system version get",
                       "storage device list", "storage filesystem list", "storage mount list",
                       "storage usage list", "network address list", "network connection list",
                       "network counter list", "network interface get", "network interface list",

@@ -5,12 +5,14 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
 
 #include "kestrel/KestrelException.h"
+#include "plugins/host/support/PlainUser.h"
 #include "support/ScopedTempDir.h"
 
 namespace {
@@ -38,6 +40,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Optional;
+using Testing::PlainUser;
 using Testing::ScopedTempDir;
 using ::testing::SizeIs;
 using ::testing::ThrowsMessage;
@@ -48,6 +51,25 @@ TEST(HostFileTest, ReadsAFileOfAnySizeToItsEnd) {
     const std::string text(size, 'x');
     EXPECT_THAT(ReadFile(folder.Write("file", text)), Optional(text)) << size;
   }
+}
+
+TEST(HostFileTest, AFolderThatCannotBeReadIsNotAnEmptyOne) {
+  const ScopedTempDir folder;
+  EXPECT_THAT(ReadFolder(folder.GetPath()), Optional(IsEmpty()));
+  EXPECT_EQ(ReadFolder(folder.GetPath("absent")), std::nullopt);
+  EXPECT_EQ(errno, ENOENT);
+  EXPECT_EQ(ReadFolder(folder.Write("file", "")), std::nullopt);
+  EXPECT_EQ(errno, ENOTDIR);
+}
+
+TEST(HostFileTest, AFileThatNeedNotExistIsReadIfItDoes) {
+  const ScopedTempDir folder;
+  EXPECT_EQ(ReadExistingFile(folder.GetPath("absent")), std::nullopt);
+  EXPECT_THAT(ReadExistingFile(folder.Write("file", "text")), Optional(std::string("text")));
+  EXPECT_EQ(ReadExistingFile(folder.GetPath("file/below")), std::nullopt);
+  EXPECT_THAT(
+      [&] { ReadExistingFile(folder.GetPath()); },
+      ThrowsMessage<KestrelException>("Unable to read " + folder.GetPath() + ": Is a directory"));
 }
 
 TEST(HostFileTest, ReturnsNothingForAMissingFileAndAFolder) {
@@ -85,6 +107,7 @@ TEST(HostFileTest, ListsNamesInByteOrder) {
   }
   EXPECT_THAT(ListFolder(folder.GetPath()), ElementsAre(".hidden", "10", "9", "Z", "a", "b"));
   EXPECT_THAT(ListFolder(folder.GetPath("absent")), IsEmpty());
+  EXPECT_THAT(ReadFolder(folder.GetPath()), Optional(ListFolder(folder.GetPath())));
 }
 
 TEST(HostFileTest, FollowsALinkOfAnyLength) {
@@ -113,9 +136,62 @@ TEST(HostFileTest, AFolderWithAnEntryIsThere) {
 
 TEST(HostFileTest, AnEmptyAndAMissingFolderAreNotThere) {
   const ScopedTempDir folder;
-  for (const std::string& path : {folder.GetPath(), folder.GetPath("absent")}) {
-    EXPECT_THAT([&] { RequireEntries(path); },
-                ThrowsMessage<KestrelException>("Unable to read " + path + ": nothing is there"));
+  const std::string start = "Unable to read " + folder.GetPath();
+  EXPECT_THAT([&] { RequireEntries(folder.GetPath()); },
+              ThrowsMessage<KestrelException>(start + ": nothing is there"));
+  EXPECT_THAT([&] { RequireEntries(folder.GetPath("absent")); },
+              ThrowsMessage<KestrelException>(start + "/absent: No such file or directory"));
+}
+
+TEST(HostFileTest, AFileOrFolderThatIsAbsentIsNoError) {
+  const ScopedTempDir folder;
+  const std::string file = folder.Write("file", "a");
+  folder.Write("folder/b", "");
+  folder.Write("folder/a", "");
+  EXPECT_THAT(ReadFileIfPresent(file), Optional(std::string("a")));
+  EXPECT_EQ(ReadFileIfPresent(folder.GetPath("absent")), std::nullopt);
+  EXPECT_EQ(ReadFileIfPresent(file + "/below"), std::nullopt);
+  EXPECT_THAT(ListFolderIfPresent(folder.GetPath("folder")), ElementsAre("a", "b"));
+  EXPECT_THAT(ListFolderIfPresent(folder.GetPath("absent")), IsEmpty());
+  EXPECT_THAT(ListFolderIfPresent(file + "/below"), IsEmpty());
+}
+
+TEST(HostFileTest, EveryOtherErrorIsReported) {
+  const ScopedTempDir folder;
+  ::chmod(folder.GetPath().c_str(), 0755);
+  const std::string file = folder.Write("file", "a");
+  folder.MakeDirectory("folder");
+  const std::string hidden = folder.GetPath("folder");
+  const auto message = [](const std::string& path, const char* reason) {
+    return ThrowsMessage<KestrelException>("Unable to read " + path + ": " + reason);
+  };
+  EXPECT_THAT([&] { ReadFileIfPresent(hidden); }, message(hidden, "Is a directory"));
+  EXPECT_THAT([&] { ListRequiredFolder(file); }, message(file, "Not a directory"));
+  ::chmod(file.c_str(), 0);
+  ::chmod(hidden.c_str(), 0);
+  const PlainUser user;
+  EXPECT_THAT([&] { ReadFileIfPresent(file); }, message(file, "Permission denied"));
+  EXPECT_THAT([&] { RequireReadable(file); }, message(file, "Permission denied"));
+  EXPECT_THAT([&] { ListRequiredFolder(hidden); }, message(hidden, "Permission denied"));
+  EXPECT_THAT([&] { ListFolderIfPresent(hidden); }, message(hidden, "Permission denied"));
+}
+
+TEST(HostFileTest, WhatIsRequiredMustBeThere) {
+  EXPECT_THAT(
+      [] { RequireReadable("/nowhere/x"); },
+      ThrowsMessage<KestrelException>("Unable to read /nowhere/x: No such file or directory"));
+  EXPECT_THAT(
+      [] { ListRequiredFolder("/nowhere/x"); },
+      ThrowsMessage<KestrelException>("Unable to read /nowhere/x: No such file or directory"));
+  RequireReadable("/proc/self/stat");
+}
+
+TEST(HostFileTest, KnowsTheErrorsOfWhatIsAbsent) {
+  for (const int error : {ENOENT, ENOTDIR, ESRCH, ENODEV}) {
+    EXPECT_TRUE(IsAbsence(error)) << error;
+  }
+  for (const int error : {0, EACCES, EPERM, EMFILE, ENFILE, EIO, ENOMEM, EISDIR, ELOOP}) {
+    EXPECT_FALSE(IsAbsence(error)) << error;
   }
 }
 

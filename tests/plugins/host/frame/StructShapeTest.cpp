@@ -191,5 +191,18 @@ TEST(StructShapeTest, AShareIsSortedByItsHundredths) {
   EXPECT_EQ(shape.ForPeople("Busy Hundredths,Room Bytes"), "Busy Hundredths,Room");
 }
 
+TEST(StructShapeTest, ATextIsSortedByTheIntegerOfItsQuantity) {
+  const StructShape shape = StructShape("Use")
+                                .String("Time", "x")
+                                .Int("Seconds", "x")
+                                .SortedBy("Time", "Seconds")
+                                .Size("Memory", "x");
+  EXPECT_EQ(shape.GetSortKey("Time"), "Seconds");
+  EXPECT_EQ(shape.GetSortKey("Seconds"), "Seconds");
+  EXPECT_EQ(shape.GetSortKey("Memory"), "Memory Bytes");
+  EXPECT_EQ(shape.ForPeople("Seconds,Memory Bytes"), "Seconds,Memory")
+      << "only sizes have a column for people";
+}
+
 }  // namespace
 }  // namespace Kestrel::Host

@@ -130,5 +130,11 @@ TEST(TextParsingTest, ProductsStayWithin64Bits) {
   EXPECT_EQ(ClampedProduct(kMax, 0), 0);
 }
 
+TEST(TextParsingTest, LowerCaseChangesTheLettersOfAsciiOnly) {
+  EXPECT_EQ(LowerCase("AbZ 09_@[`{"), "abz 09_@[`{");
+  EXPECT_EQ(LowerCase("\xC3\x84\xFF"), "\xC3\x84\xFF");
+  EXPECT_EQ(LowerCase(""), "");
+}
+
 }  // namespace
 }  // namespace Kestrel::Host

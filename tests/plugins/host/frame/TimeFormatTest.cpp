@@ -35,8 +35,8 @@ const TimestampCase kTimestamps[] = {
     {"FirstTwoOClock", "CET-1CEST,M3.5.0,M10.5.0/3", 1729987200, "2024-10-27 02:00:00"},
     {"SecondTwoOClock", "CET-1CEST,M3.5.0,M10.5.0/3", 1729990800, "2024-10-27 02:00:00"},
     // Years that the system cannot convert.
-    {"LargestTime", "UTC0", std::numeric_limits<std::time_t>::max(), ""},
-    {"SmallestTime", "UTC0", std::numeric_limits<std::time_t>::min(), ""},
+    {"LargestTime", "UTC0", std::numeric_limits<std::time_t>::max(), "unknown"},
+    {"SmallestTime", "UTC0", std::numeric_limits<std::time_t>::min(), "unknown"},
 };
 
 class FormatTimestampTest : public ::testing::TestWithParam<TimestampCase> {

@@ -85,5 +85,14 @@ TEST(ValueFilterTest, TakesOneValueOfAParameterThatIsNoList) {
   EXPECT_FALSE(StringFilter(*word, "item").Accepts("y"));
 }
 
+TEST(ValueFilterTest, KnowsWhetherOnlyCertainValuesWereGiven) {
+  const StringFilter filter(*InputFor(CallSpec::StringList, {"a", "1"}), "item");
+  EXPECT_TRUE(filter.IsOnlyOneOf({"1", "a"}));
+  EXPECT_TRUE(filter.IsOnlyOneOf({"1", "a", "b"}));
+  EXPECT_FALSE(filter.IsOnlyOneOf({"a"}));
+  EXPECT_FALSE(filter.IsOnlyOneOf({}));
+  EXPECT_TRUE(StringFilter(*InputFor(CallSpec::StringList, {}), "item").IsOnlyOneOf({}));
+}
+
 }  // namespace
 }  // namespace Kestrel::Host

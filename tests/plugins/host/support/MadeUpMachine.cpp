@@ -5,6 +5,7 @@
 
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "kestrel/autocli/OptionParser.h"
@@ -18,6 +19,10 @@ MadeUpMachineTest::MadeUpMachineTest() {
   for (const char* const name : {"proc", "run", "sys"}) {
     Folder(name);
   }
+}
+
+void MadeUpMachineTest::Mode(const std::string& path, mode_t mode) {
+  EXPECT_EQ(::chmod(files_.GetPath(path).c_str(), mode), 0) << path;
 }
 
 void MadeUpMachineTest::Link(const std::string& path, const std::string& target) {

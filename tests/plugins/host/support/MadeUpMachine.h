@@ -4,6 +4,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sys/types.h>
 
 #include <functional>
 #include <string>
@@ -21,6 +22,7 @@ class MadeUpMachineTest : public ::testing::Test {
   // Paths are relative to the root of the machine, as in "proc/loadavg".
   void File(const std::string& path, std::string_view text) { files_.Write(path, text); }
   void Folder(const std::string& path) { files_.MakeDirectory(path); }
+  void Mode(const std::string& path, mode_t mode);
   void Link(const std::string& path, const std::string& target);
 
   /// Runs `body` in a child process on that machine. Skips the test if that is not possible.

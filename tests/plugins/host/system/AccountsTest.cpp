@@ -5,14 +5,26 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <string>
 #include <vector>
 
+#include "kestrel/KestrelException.h"
+#include "plugins/host/support/Namespaces.h"
+#include "plugins/host/support/PlainUser.h"
+#include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
 namespace Kestrel::Host {
 namespace {
+
+using Testing::ScopedTempDir;
+using ::testing::ThrowsMessage;
 
 // Numbers that no account has.
 constexpr unsigned kUnknown = 3999999999u;
@@ -76,6 +88,70 @@ TEST(AccountsTest, AnAccountWithoutAnEntryHasItsOwnGroupOnly) {
   account.groupId = kUnknown;
   EXPECT_EQ(ReadGroups(account), std::vector<std::string>{"3999999999"});
 }
+
+TEST(AccountsTest, NamesOfManyGroupsAreThoseOfEachGroup) {
+  GroupNames names;
+  for (const std::string& line : Testing::WitnessLines("getent group | cut -d: -f1,3")) {
+    const std::size_t colon = line.find(':');
+    const auto id = static_cast<gid_t>(std::stoul(line.substr(colon + 1)));
+    EXPECT_EQ(names.Get(id), GroupName(id)) << line;
+  }
+  EXPECT_EQ(names.Get(kUnknown), "3999999999");
+  EXPECT_EQ(names.Get(kUnknown), "3999999999");
+}
+
+// A lookup that finds the answer elsewhere may succeed; no answer may be wrong.
+struct AccountQuestion {
+  const char* name;
+  const char* file;
+  void (*ask)();
+};
+
+const AccountQuestion kQuestions[] = {
+    {"AllAccounts", "/etc/passwd", [] { ReadAccounts(); }},
+    {"Account", "/etc/passwd", [] { FindAccount("no such account"); }},
+    {"User", "/etc/passwd", [] { UserNames().Get(kUnknown); }},
+    {"Group", "/etc/group", [] { GroupName(kUnknown); }},
+    {"AllGroups", "/etc/group", [] { GroupNames().Get(0); }},
+    {"GroupsOfAnAccount", "/etc/group", [] { ReadGroups(Account()); }},
+};
+
+class AccountErrorTest : public ::testing::TestWithParam<AccountQuestion> {
+ protected:
+  static void ExpectError(const std::string& reason) {
+    EXPECT_THAT(GetParam().ask, ThrowsMessage<KestrelException>(std::string("Unable to read ") +
+                                                                GetParam().file + ": " + reason));
+  }
+};
+
+TEST_P(AccountErrorTest, AFileWithoutThePermissionToReadItIsAnError) {
+  const ScopedTempDir folder;
+  const std::string hidden = folder.Write("file", "");
+  ASSERT_EQ(::chmod(hidden.c_str(), 0), 0);
+  const std::string refusal = Testing::RunInNamespaces(CLONE_NEWNS, [&hidden] {
+    ASSERT_EQ(::mount(hidden.c_str(), GetParam().file, nullptr, MS_BIND, nullptr), 0);
+    if (::geteuid() != 0 || ::access(GetParam().file, R_OK) != 0) {
+      ::_exit(0);
+    }
+    const Testing::PlainUser user;
+    ExpectError("Permission denied");
+  });
+  if (!refusal.empty()) {
+    GTEST_SKIP() << refusal;
+  }
+}
+
+TEST_P(AccountErrorTest, TooManyOpenFilesAreAnError) {
+  const std::string refusal = Testing::RunInNamespaces(0, [] {
+    const rlimit none = {0, 0};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+    ExpectError("Too many open files");
+  });
+  EXPECT_EQ(refusal, "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Questions, AccountErrorTest, ::testing::ValuesIn(kQuestions),
+                         [](const auto& test) { return test.param.name; });
 
 }  // namespace
 }  // namespace Kestrel::Host

@@ -42,8 +42,8 @@ TEST(CpusTest, ReadsProcessorsAndTheirTopology) {
   EXPECT_THAT(cpus[1].siblings, ElementsAre(0, 1));
   EXPECT_EQ(cpus[1].vendor, "Maker");
   EXPECT_EQ(cpus[1].model, "Model: B");
-  EXPECT_EQ(cpus[1].frequency, 800);
-  EXPECT_EQ(cpus[0].frequency, 2596);
+  EXPECT_EQ(cpus[1].kilohertz, 800000);
+  EXPECT_EQ(cpus[0].kilohertz, 2596146);
   EXPECT_FALSE(cpus[2].isOnline);
   EXPECT_EQ(cpus[2].socket, -1);
   EXPECT_EQ(cpus[2].model, "");
@@ -68,7 +68,7 @@ TEST(CpusTest, WorksWithoutCpuinfo) {
   ASSERT_EQ(cpus.size(), 1u);
   EXPECT_TRUE(cpus[0].isOnline);
   EXPECT_EQ(cpus[0].model, "");
-  EXPECT_EQ(cpus[0].frequency, -1);
+  EXPECT_EQ(cpus[0].kilohertz, -1);
 }
 
 TEST(CpusTest, SkipsDamagedLines) {
@@ -80,7 +80,7 @@ TEST(CpusTest, SkipsDamagedLines) {
   ASSERT_EQ(cpus.size(), 1u);
   EXPECT_EQ(cpus[0].number, 5);
   EXPECT_EQ(cpus[0].model, "kept");
-  EXPECT_EQ(cpus[0].frequency, -1);
+  EXPECT_EQ(cpus[0].kilohertz, -1);
 }
 
 TEST(CpusTest, ReportsThatThereIsNone) {
@@ -135,9 +135,9 @@ TEST(CpusTest, AFrequencyMayHaveNoFractionAndMayBeMissing) {
              "processor : 2\n\nprocessor : 3\ncpu MHz :\n");
   std::vector<long> frequencies;
   for (const Cpu& cpu : ReadCpus(proc.GetPath(), "/nowhere")) {
-    frequencies.push_back(cpu.frequency);
+    frequencies.push_back(cpu.kilohertz);
   }
-  EXPECT_THAT(frequencies, ElementsAre(1000, 2000, -1, -1));
+  EXPECT_THAT(frequencies, ElementsAre(1000000, 2000999, -1, -1));
 }
 
 TEST(CpusTest, ATopologyThatIsNoNumberIsUnknown) {

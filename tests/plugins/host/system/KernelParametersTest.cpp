@@ -5,20 +5,25 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "kestrel/KestrelException.h"
+#include "plugins/host/support/Namespaces.h"
 #include "plugins/host/support/PlainUser.h"
 #include "support/ScopedTempDir.h"
 
 namespace Kestrel::Host {
 namespace {
 
+using ::testing::AllOf;
 using ::testing::ElementsAre;
+using ::testing::EndsWith;
 using ::testing::IsEmpty;
 using Testing::PlainUser;
 using Testing::ScopedTempDir;
+using ::testing::StartsWith;
 using ::testing::ThrowsMessage;
 
 class KernelParametersTest : public ::testing::Test {
@@ -45,13 +50,15 @@ class KernelParametersTest : public ::testing::Test {
   ScopedTempDir proc_;
 };
 
-TEST_F(KernelParametersTest, ListsReadableParametersByName) {
-  EXPECT_THAT(NamesUnder(""), ElementsAre("net.ipv4.conf.eth0/1.mtu", "net.ipv4.tcp_mem",
-                                          "vm.overcommit_memory", "vm.swappiness", "vmx.other"));
+TEST_F(KernelParametersTest, ListsParametersByName) {
+  EXPECT_THAT(NamesUnder(""),
+              ElementsAre("net.ipv4.conf.eth0/1.mtu", "net.ipv4.tcp_mem", "vm.drop_caches",
+                          "vm.overcommit_memory", "vm.swappiness", "vmx.other"));
 }
 
 TEST_F(KernelParametersTest, ListsWholePartsOfANameOnly) {
-  EXPECT_THAT(NamesUnder("vm"), ElementsAre("vm.overcommit_memory", "vm.swappiness"));
+  EXPECT_THAT(NamesUnder("vm"),
+              ElementsAre("vm.drop_caches", "vm.overcommit_memory", "vm.swappiness"));
   EXPECT_THAT(NamesUnder("vm.swappiness"), ElementsAre("vm.swappiness"));
   EXPECT_THAT(NamesUnder("net/ipv4/conf/eth0.1"), ElementsAre("net.ipv4.conf.eth0/1.mtu"));
   EXPECT_THAT(NamesUnder("net.ipv4.conf.eth0/1"), ElementsAre("net.ipv4.conf.eth0/1.mtu"));
@@ -61,16 +68,56 @@ TEST_F(KernelParametersTest, ListsWholePartsOfANameOnly) {
 
 TEST_F(KernelParametersTest, ReportsTheValueAndWhetherItCanBeChanged) {
   const auto parameters = ReadParameters(proc_.GetPath(), "vm");
-  ASSERT_EQ(parameters.size(), 2u);
-  EXPECT_EQ(parameters[0].value, "0");
-  EXPECT_FALSE(parameters[0].isWritable);
-  EXPECT_EQ(parameters[1].value, "60");
-  EXPECT_TRUE(parameters[1].isWritable);
+  ASSERT_EQ(parameters.size(), 3u);
+  EXPECT_EQ(parameters[0].name, "vm.drop_caches");
+  EXPECT_FALSE(parameters[0].isReadable) << "it can only be written";
+  EXPECT_TRUE(parameters[0].isWritable);
+  EXPECT_EQ(parameters[1].value, "0");
+  EXPECT_TRUE(parameters[1].isReadable);
+  EXPECT_FALSE(parameters[1].isWritable);
+  EXPECT_EQ(parameters[2].value, "60");
+  EXPECT_TRUE(parameters[2].isWritable);
+}
+
+TEST_F(KernelParametersTest, ListsAParameterThatTheUserMayNotRead) {
+  ::chmod(proc_.GetPath().c_str(), 0755);
+  ::chmod(proc_.GetPath("sys/vm/swappiness").c_str(), 0600);
+  const PlainUser user;
+  const auto parameters = ReadParameters(proc_.GetPath(), "vm.swappiness");
+  ASSERT_EQ(parameters.size(), 1u);
+  EXPECT_FALSE(parameters[0].isReadable);
+  EXPECT_TRUE(parameters[0].isWritable) << "by root";
+  EXPECT_EQ(parameters[0].value, "");
+}
+
+TEST_F(KernelParametersTest, ReportsAFolderThatTheUserMayNotRead) {
+  ::chmod(proc_.GetPath().c_str(), 0755);
+  for (const mode_t mode : {0000, 0600}) {  // not even its names, and only its names
+    ::chmod(proc_.GetPath("sys/vm").c_str(), mode);
+    const PlainUser user;
+    EXPECT_THAT([this] { ReadParameters(proc_.GetPath(), ""); },
+                ThrowsMessage<KestrelException>(
+                    AllOf(StartsWith("Unable to read " + proc_.GetPath("sys/vm")),
+                          EndsWith(": Permission denied"))));
+  }
+}
+
+TEST_F(KernelParametersTest, ReportsAShortageOfFiles) {
+  EXPECT_EQ(Testing::RunInNamespaces(0,
+                                     [this] {
+                                       const rlimit few = {3, 3};
+                                       ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+                                       EXPECT_THAT([this] { ReadParameters(proc_.GetPath(), ""); },
+                                                   ThrowsMessage<KestrelException>(
+                                                       "Unable to read " + proc_.GetPath("sys/") +
+                                                       ": Too many open files"));
+                                     }),
+            "");
 }
 
 TEST_F(KernelParametersTest, EndsAtALinkToAFolderAbove) {
   ASSERT_EQ(::symlink("..", proc_.GetPath("sys/vm/loop").c_str()), 0);
-  EXPECT_EQ(NamesUnder("").size(), 5u);
+  EXPECT_EQ(NamesUnder("").size(), 6u);
 }
 
 TEST_F(KernelParametersTest, ListsNothingBelowAnUnknownName) {
@@ -80,10 +127,10 @@ TEST_F(KernelParametersTest, ListsNothingBelowAnUnknownName) {
 TEST(HiddenKernelParametersTest, AreReported) {
   const ScopedTempDir proc;
   const auto read = [&proc] { ReadParameters(proc.GetPath(), ""); };
-  const std::string message = "Unable to read " + proc.GetPath("sys") + ": nothing is there";
-  EXPECT_THAT(read, ThrowsMessage<KestrelException>(message));
+  const std::string message = "Unable to read " + proc.GetPath("sys") + ": ";
+  EXPECT_THAT(read, ThrowsMessage<KestrelException>(message + "No such file or directory"));
   proc.MakeDirectory("sys");
-  EXPECT_THAT(read, ThrowsMessage<KestrelException>(message));
+  EXPECT_THAT(read, ThrowsMessage<KestrelException>(message + "nothing is there"));
 }
 
 TEST_F(KernelParametersTest, ReadsByEitherSpelling) {

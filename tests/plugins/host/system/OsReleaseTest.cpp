@@ -3,8 +3,10 @@
 
 #include "plugins/host/system/OsRelease.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "kestrel/KestrelException.h"
 #include "support/Random.h"
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
@@ -100,11 +102,14 @@ TEST(OsReleaseTest, UnquotesAsTheShellDoes) {
   }
 }
 
-TEST(OsReleaseTest, ANameInAFileThatCannotBeReadIsEmpty) {
-  const ScopedTempDir root;
-  root.MakeDirectory("etc/os-release");
-  root.MakeDirectory("usr/lib/os-release");
-  EXPECT_EQ(ReadDistributionName(root.GetPath()), "");
+TEST(OsReleaseTest, ReportsAFileThatCannotBeRead) {
+  for (const char* const file : {"usr/lib/os-release", "etc/os-release"}) {
+    const ScopedTempDir root;
+    root.MakeDirectory(file);
+    EXPECT_THAT([&root] { ReadDistributionName(root.GetPath()); },
+                ::testing::ThrowsMessage<KestrelException>("Unable to read " + root.GetPath(file) +
+                                                           ": Is a directory"));
+  }
 }
 
 TEST(OsReleaseTest, TheFileBelowEtcCounts) {

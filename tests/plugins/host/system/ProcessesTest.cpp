@@ -5,18 +5,21 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <limits>
 
 #include "kestrel/KestrelException.h"
+#include "plugins/host/support/PlainUser.h"
 #include "support/ScopedTempDir.h"
 
 namespace Kestrel::Host {
 namespace {
 
 using ::testing::ElementsAre;
+using Testing::PlainUser;
 using Testing::ScopedTempDir;
 using ::testing::ThrowsMessage;
 
@@ -43,8 +46,8 @@ TEST(ProcessesTest, ReadsTheFormatOfTheKernel) {
   EXPECT_FALSE(process->isKernelThread);
   EXPECT_EQ(process->threads, 3);
   EXPECT_EQ(process->nice, -5);
-  EXPECT_EQ(process->virtualMemory, 2048);
-  EXPECT_EQ(process->residentMemory, 5 * ::sysconf(_SC_PAGESIZE) / 1024);
+  EXPECT_EQ(process->virtualMemory, 2097152);
+  EXPECT_EQ(process->residentMemory, 5 * ::sysconf(_SC_PAGESIZE));
   EXPECT_EQ(process->processorTicks, 345);
   EXPECT_EQ(process->startTicks, 9000);
   EXPECT_EQ(process->terminal, 34818);
@@ -58,7 +61,7 @@ TEST(ProcessesTest, NumbersAtTheLimitsOf64BitsDoNotOverflow) {
   ASSERT_TRUE(process);
   EXPECT_EQ(process->processorTicks, kMax);
   EXPECT_EQ(process->startTicks, kMax);
-  EXPECT_EQ(process->virtualMemory, kMax / 1024);
+  EXPECT_EQ(process->virtualMemory, kMax);
   EXPECT_EQ(process->residentMemory, kMax);
 }
 
@@ -141,18 +144,78 @@ TEST(ProcessesTest, SkipsAProcessThatEndsWhileItIsRead) {
 TEST(ProcessesTest, PrefersTheMemoryInStatus) {
   const ScopedTempDir proc;
   WriteProcess(proc, "42", "cat", "");
-  EXPECT_EQ(ReadProcess(proc.GetPath(), 42)->residentMemory, 5 * ::sysconf(_SC_PAGESIZE) / 1024);
+  EXPECT_EQ(ReadProcess(proc.GetPath(), 42)->residentMemory, 5 * ::sysconf(_SC_PAGESIZE));
   proc.Write("42/status", "Uid:\t1\t1\t1\t1\nVmRSS:\t    1234 kB\n");
-  EXPECT_EQ(ReadProcess(proc.GetPath(), 42)->residentMemory, 1234);
+  EXPECT_EQ(ReadProcess(proc.GetPath(), 42)->residentMemory, 1234 * 1024);
 }
 
-TEST(ProcessesTest, SkipsAProcessWithoutUser) {
+TEST(ProcessesTest, MemoryInStatusAtTheLimitOf64BitsDoesNotOverflow) {
+  const ScopedTempDir proc;
+  WriteProcess(proc, "42", "cat", "");
+  proc.Write("42/status", "Uid:\t1\t1\t1\t1\nVmRSS:\t9223372036854775807 kB\n");
+  EXPECT_EQ(ReadProcess(proc.GetPath(), 42)->residentMemory, std::numeric_limits<long>::max());
+}
+
+TEST(ProcessesTest, ReportsAProcessWithoutUser) {
   const ScopedTempDir proc;
   WriteProcess(proc, "1", "init", "");
   WriteProcess(proc, "42", "cat", "");
   for (const char* const status : {"", "Uid:\n", "Uid:\t1\n", "Uid:\t1\tx\t1\t1\n"}) {
     proc.Write("42/status", status);
-    EXPECT_EQ(ReadProcesses(proc.GetPath()).size(), 1u) << status;
+    EXPECT_THAT(
+        [&proc] { ReadProcesses(proc.GetPath()); },
+        ThrowsMessage<KestrelException>("Unable to understand the files in " + proc.GetPath("42")))
+        << status;
+  }
+}
+
+TEST(ProcessesTest, ReportsARunningProcessThatCannotBeRead) {
+  for (const char* const hidden : {"stat", "status", "cmdline"}) {
+    const ScopedTempDir proc;
+    ::chmod(proc.GetPath().c_str(), 0755);
+    WriteProcess(proc, "1", "init", "");
+    WriteProcess(proc, "42", "cat", "");
+    const std::string path = proc.GetPath(std::string("42/") + hidden);
+    ASSERT_EQ(::chmod(path.c_str(), 0), 0);
+    const PlainUser user;
+    EXPECT_THAT([&proc] { ReadProcesses(proc.GetPath()); },
+                ThrowsMessage<KestrelException>("Unable to read " + path + ": Permission denied"));
+  }
+}
+
+TEST(ProcessesTest, NoticesThatTheKernelHidesProcesses) {
+  const ScopedTempDir proc;
+  WriteProcess(proc, "42", "cat", "");
+  EXPECT_TRUE(HidesProcesses(proc.GetPath()));
+  WriteProcess(proc, "1", "init", "");
+  EXPECT_FALSE(HidesProcesses(proc.GetPath()));
+}
+
+TEST(ProcessesTest, TheShareOfAProcessorIsItsTimePerTimeSinceTheStart) {
+  constexpr long kMax = std::numeric_limits<long>::max();
+  constexpr long kMin = std::numeric_limits<long>::min();
+  EXPECT_EQ(ProcessorShare(0, 1000), 0);
+  EXPECT_EQ(ProcessorShare(1, 1000), 10) << "0.10 %";
+  EXPECT_EQ(ProcessorShare(1000, 1000), 10000) << "one processor";
+  EXPECT_EQ(ProcessorShare(2500, 1000), 25000) << "several threads";
+  EXPECT_EQ(ProcessorShare(2, 3), 6666) << "rounded down";
+  EXPECT_EQ(ProcessorShare(5, 0), 0) << "just started";
+  EXPECT_EQ(ProcessorShare(5, -1), 0);
+  EXPECT_EQ(ProcessorShare(-5, 1), 0);
+  EXPECT_EQ(ProcessorShare(kMax, 1), kMax);
+  EXPECT_EQ(ProcessorShare(kMax, kMin), 0);
+  EXPECT_EQ(ProcessorShare(kMin, kMax), 0);
+}
+
+TEST(ProcessesTest, ParsesStatesInEitherCaseAndLettersAsTheyAre) {
+  EXPECT_EQ(ParseState("running"), 'R');
+  EXPECT_EQ(ParseState("Running"), 'R');
+  EXPECT_EQ(ParseState("ZOMBIE"), 'Z');
+  EXPECT_EQ(ParseState("R"), 'R');
+  EXPECT_EQ(ParseState("T"), 'T') << "stopped";
+  EXPECT_EQ(ParseState("t"), 't') << "traced";
+  for (const char* const text : {"", "r", "run", "running ", "RR", "unknown", "?"}) {
+    EXPECT_EQ(ParseState(text), std::nullopt) << text;
   }
 }
 
@@ -172,8 +235,12 @@ TEST(ProcessesTest, ListsProcessesByNumberAndNothingElse) {
 }
 
 TEST(ProcessesTest, ReportsThatThereIsNoProcess) {
-  EXPECT_THAT([] { ReadProcesses("/nowhere"); },
-              ThrowsMessage<KestrelException>("Unable to find any process in /nowhere"));
+  const ScopedTempDir proc;
+  EXPECT_THAT([&proc] { ReadProcesses(proc.GetPath()); },
+              ThrowsMessage<KestrelException>("Unable to find any process in " + proc.GetPath()));
+  EXPECT_THAT(
+      [] { ReadProcesses("/nowhere"); },
+      ThrowsMessage<KestrelException>("Unable to read /nowhere: No such file or directory"));
 }
 
 TEST(ProcessesTest, HasAWordForEachState) {
@@ -196,7 +263,7 @@ TEST(ProcessesTest, NamesTerminals) {
   const auto name = [&sys](unsigned major, unsigned minor) {
     return TerminalName(static_cast<long>(::gnu_dev_makedev(major, minor)), sys.GetPath());
   };
-  EXPECT_EQ(TerminalName(0, sys.GetPath()), "");
+  EXPECT_EQ(TerminalName(0, sys.GetPath()), "none");
   EXPECT_EQ(name(136, 3), "pts/3");
   EXPECT_EQ(name(137, 4), "pts/260");
   EXPECT_EQ(name(143, 255), "pts/2047");
@@ -252,7 +319,7 @@ TEST(ProcessesTest, AColumnBeyond64BitsCountsAsZero) {
 TEST(ProcessesTest, TheMemoryInStatusMayBeMissingOrAWord) {
   const ScopedTempDir proc;
   WriteProcess(proc, "42", "cat", "");
-  const long fromStat = 5 * ::sysconf(_SC_PAGESIZE) / 1024;
+  const long fromStat = 5 * ::sysconf(_SC_PAGESIZE);
   for (const char* const line : {"", "VmRSS:\n", "VmRSS:\tmuch kB\n", "VmRSS: 7\n"}) {
     proc.Write("42/status", std::string("Uid:\t1\t2\t3\t4\n") + line);
     const auto process = ReadProcess(proc.GetPath(), 42);

@@ -5,20 +5,26 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <utmpx.h>
 
 #include <cstring>
 #include <ctime>
 
+#include "kestrel/KestrelException.h"
+#include "plugins/host/support/PlainUser.h"
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
 namespace Kestrel::Host {
 namespace {
 
+using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using Testing::PlainUser;
 using Testing::ScopedTempDir;
+using ::testing::ThrowsMessage;
 using Testing::WitnessLines;
 
 // A string that fills its field has no NUL.
@@ -52,12 +58,13 @@ constexpr pid_t kGone = 0x7ffffff0;
 
 TEST(SessionsTest, ReadsLoginEntriesAsWhoDoes) {
   const ScopedTempDir folder;
-  const std::string path = folder.Write(
-      "utmp", LoginEntry(BOOT_TIME, "reboot", "~", "6.1", 0, 1700000000) +
-                  LoginEntry(USER_PROCESS, "anna", "pts/0", "203.0.113.9", kGone, 1700000100) +
-                  LoginEntry(DEAD_PROCESS, "", "pts/1", "", 78, 1700000200) +
-                  LoginEntry(USER_PROCESS, "bo", "tty1", "", kGone, 1700000300));
-  const auto sessions = ReadSessionRecords(path, false);
+  const std::string records =
+      LoginEntry(BOOT_TIME, "reboot", "~", "6.1", 0, 1700000000) +
+      LoginEntry(USER_PROCESS, "anna", "pts/0", "203.0.113.9", kGone, 1700000100) +
+      LoginEntry(DEAD_PROCESS, "", "pts/1", "", 78, 1700000200) +
+      LoginEntry(USER_PROCESS, "bo", "tty1", "", kGone, 1700000300);
+  const std::string path = folder.Write("utmp", records);
+  const auto sessions = ParseSessionRecords(records);
   std::vector<std::string> found;
   for (const Session& session : sessions) {
     found.push_back(session.user + " " + session.terminal + " " + MomentAsWho(session.start) +
@@ -77,33 +84,56 @@ TEST(SessionsTest, ReadsLoginEntriesAsWhoDoes) {
 }
 
 TEST(SessionsTest, ReadsStringsThatFillTheirField) {
-  const ScopedTempDir folder;
   const std::string user(sizeof(utmpx::ut_user), 'u');
   const std::string line(sizeof(utmpx::ut_line), 'l');
   const std::string host(sizeof(utmpx::ut_host), 'h');
-  const auto sessions = ReadSessionRecords(
-      folder.Write("utmp", LoginEntry(USER_PROCESS, user, line, host, 1, 0)), false);
+  const auto sessions = ParseSessionRecords(LoginEntry(USER_PROCESS, user, line, host, 1, 0));
   ASSERT_EQ(sessions.size(), 1u);
   EXPECT_EQ(sessions[0].user, user);
   EXPECT_EQ(sessions[0].terminal, line);
   EXPECT_EQ(sessions[0].host, host);
 }
 
-TEST(SessionsTest, SkipsSessionsWhoseProcessHasEndedOnRequest) {
-  const ScopedTempDir folder;
-  const std::string path =
-      folder.Write("utmp", LoginEntry(USER_PROCESS, "gone", "pts/0", "", kGone, 1) +
-                               LoginEntry(USER_PROCESS, "here", "pts/1", "", ::getpid(), 2) +
-                               LoginEntry(USER_PROCESS, "odd", "pts/2", "", 0, 3));
-  const auto sessions = ReadSessionRecords(path, true);
-  ASSERT_EQ(sessions.size(), 1u);
-  EXPECT_EQ(sessions[0].user, "here");
+std::vector<std::string> UsersOf(const std::vector<Session>& sessions) {
+  std::vector<std::string> users;
+  for (const Session& session : sessions) {
+    users.push_back(session.user);
+  }
+  return users;
 }
 
-TEST(SessionsTest, ReturnsNothingForADamagedFile) {
-  const ScopedTempDir folder;
-  EXPECT_THAT(ReadSessionRecords(folder.GetPath("absent"), false), IsEmpty());
-  EXPECT_THAT(ReadSessionRecords(folder.Write("short", "x"), false), IsEmpty());
+TEST(SessionsTest, ListsSessionsWhoseProcessIsAliveByTime) {
+  const ScopedTempDir root;
+  root.Write("run/utmp", LoginEntry(USER_PROCESS, "gone", "pts/0", "", kGone, 1) +
+                             LoginEntry(USER_PROCESS, "late", "pts/1", "", ::getpid(), 3) +
+                             LoginEntry(USER_PROCESS, "early", "pts/1", "", ::getpid(), 2) +
+                             LoginEntry(USER_PROCESS, "odd", "pts/2", "", 0, 4));
+  root.Write("run/systemd/sessions/1", "USER=unused\nCLASS=user\n");
+  EXPECT_THAT(UsersOf(ReadSessions(root.GetPath())), ElementsAre("early", "late"));
+}
+
+TEST(SessionsTest, SessionFilesReplaceMissingLoginEntries) {
+  const ScopedTempDir root;
+  EXPECT_THAT(ReadSessions(root.GetPath()), IsEmpty());
+  root.Write("run/systemd/sessions/1", "USER=anna\nCLASS=user\nREALTIME=2000000\n");
+  root.Write("run/systemd/sessions/2", "USER=bo\nCLASS=user\nREALTIME=1000000\n");
+  EXPECT_THAT(UsersOf(ReadSessions(root.GetPath())), ElementsAre("bo", "anna"));
+}
+
+TEST(SessionsTest, ReportsWhatCannotBeRead) {
+  for (const char* const hidden : {"run/systemd/sessions/1", "run/systemd/sessions", "run/utmp"}) {
+    const ScopedTempDir root;
+    ::chmod(root.GetPath().c_str(), 0755);
+    root.Write("run/systemd/sessions/1", "USER=anna\nCLASS=user\n");
+    if (std::string(hidden) == "run/utmp") {
+      root.Write(hidden, "");
+    }
+    ASSERT_EQ(::chmod(root.GetPath(hidden).c_str(), 0), 0);
+    const PlainUser user;
+    EXPECT_THAT([&root] { ReadSessions(root.GetPath()); },
+                ThrowsMessage<KestrelException>("Unable to read " + root.GetPath(hidden) +
+                                                ": Permission denied"));
+  }
 }
 
 TEST(SessionsTest, ReadsAFolderOfSessions) {
@@ -171,21 +201,24 @@ TEST_P(SessionFileTest, IsRead) {
 INSTANTIATE_TEST_SUITE_P(Files, SessionFileTest, ::testing::ValuesIn(kSessionFiles),
                          [](const auto& test) { return test.param.name; });
 
-TEST(SessionsTest, SkipsFolders) {
+TEST(SessionsTest, SkipsWhatIsNoSession) {
   const ScopedTempDir folder;
   folder.MakeDirectory("1.ref");
+  ASSERT_EQ(::mkfifo(folder.GetPath("2.ref").c_str(), 0600), 0);
   folder.Write("2", "USER=anna\nCLASS=user\n");
   EXPECT_EQ(ReadSessionFolder(folder.GetPath()).size(), 1u);
 }
 
-TEST(SessionsTest, AnIncompleteEntryIsSkipped) {
-  const ScopedTempDir folder;
+TEST(SessionsTest, ReportsAnIncompleteEntry) {
   const std::string records = LoginEntry(USER_PROCESS, "anna", "pts/0", "", kGone, 1) +
                               LoginEntry(USER_PROCESS, "bo", "pts/1", "", kGone, 2);
-  for (const std::size_t size : {records.size() - 1, records.size() / 2 + 1, records.size() / 2}) {
-    const auto sessions = ReadSessionRecords(folder.Write("utmp", records.substr(0, size)), false);
-    ASSERT_EQ(sessions.size(), 1u) << size;
-    EXPECT_EQ(sessions[0].user, "anna");
+  EXPECT_EQ(ParseSessionRecords(records).size(), 2u);
+  EXPECT_EQ(ParseSessionRecords(records.substr(0, records.size() / 2)).size(), 1u);
+  EXPECT_THAT(ParseSessionRecords(""), IsEmpty());
+  for (const std::size_t size : {records.size() - 1, records.size() / 2 + 1, std::size_t(1)}) {
+    EXPECT_THAT([&] { ParseSessionRecords(records.substr(0, size)); },
+                ThrowsMessage<KestrelException>(
+                    "Unable to understand the login entries: the last one is incomplete"));
   }
 }
 

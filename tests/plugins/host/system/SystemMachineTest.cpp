@@ -3,12 +3,17 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <ctime>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "plugins/host/support/HostCall.h"
 #include "plugins/host/support/MadeUpMachine.h"
+#include "support/ScopedEnvironment.h"
+#include "support/Witness.h"
 
 // The commands below "system" on a machine with made-up data: their exact output, and the effect of
 // each filter.
@@ -16,7 +21,9 @@ namespace Kestrel::Testing {
 namespace {
 
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::SizeIs;
 
 class SystemMachineTest : public MadeUpMachineTest {
  protected:
@@ -85,17 +92,38 @@ TEST_F(SystemMachineTest, ShowsTheMemory) {
   ExpectPrinted("system memory get",
                 "SystemMemory:\n"
                 "   Physical: \n"
-                "         Total    : 16384000 KiB\n"
-                "         Used     : 4384000 KiB\n"
-                "         Free     : 1000 KiB\n"
-                "         Shared   : 5 KiB\n"
-                "         Buffers  : 20 KiB\n"
-                "         Cached   : 304 KiB\n"
-                "         Available: 12000000 KiB\n"
+                "         Total    : 15.6 GiB\n"
+                "         Used     : 4.2 GiB\n"
+                "         Free     : 1000.0 KiB\n"
+                "         Shared   : 5.0 KiB\n"
+                "         Buffers  : 20.0 KiB\n"
+                "         Cached   : 304.0 KiB\n"
+                "         Available: 11.4 GiB\n"
                 "   Swap    : \n"
-                "         Total: 2000 KiB\n"
-                "         Used : 500 KiB\n"
-                "         Free : 1500 KiB\n");
+                "         Total: 2.0 MiB\n"
+                "         Used : 500.0 KiB\n"
+                "         Free : 1.5 MiB\n");
+}
+
+TEST_F(SystemMachineTest, ProgramsGetTheMemoryInBytes) {
+  RunThere([] {
+    const auto memory = Call("system memory get").GetStruct();
+    const auto physical =
+        std::dynamic_pointer_cast<MetaObj::MetaStruct>(memory->GetField("Physical"));
+    const auto swap = std::dynamic_pointer_cast<MetaObj::MetaStruct>(memory->GetField("Swap"));
+    EXPECT_EQ(NumberOf(physical, "Total Bytes"), 16384000L * 1024);
+    EXPECT_EQ(NumberOf(physical, "Cached Bytes"), 304L * 1024);
+    EXPECT_EQ(NumberOf(swap, "Used Bytes"), 500L * 1024);
+  });
+}
+
+TEST_F(SystemMachineTest, ProgramsGetTheLoadInHundredths) {
+  RunThere([] {
+    const auto load = Call("system load get").GetStruct();
+    EXPECT_EQ(NumberOf(load, "One Minute Hundredths"), 46);
+    EXPECT_EQ(NumberOf(load, "Five Minutes Hundredths"), 1200);
+    EXPECT_EQ(NumberOf(load, "Fifteen Minutes Hundredths"), 32);
+  });
 }
 
 TEST_F(SystemMachineTest, ShowsTheUptime) {
@@ -150,9 +178,14 @@ TEST_F(CpuMachineTest, ListsProcessors) {
   ExpectPrinted("system cpu list",
                 "Number  Online  Node  Socket  Core  Siblings  Frequency  Model\n"
                 "------  ------  ----  ------  ----  --------  ---------  -----\n"
-                "     0  true       7       0     4  0, 1       2596 MHz  Model A\n"
-                "     1  true       7       0     4  0, 1        800 MHz  Model A\\x1b[2J\n"
-                "     2  false     -1      -1    -1               -1 MHz  \n");
+                "     0  true       7       0     4  0, 1      2596 MHz   Model A\n"
+                "     1  true       7       0     4  0, 1      800 MHz    Model A\\x1b[2J\n"
+                "     2  false     -1      -1    -1            unknown    unknown\n");
+  RunThere([] {
+    EXPECT_THAT(CallColumn("system cpu list", "Frequency Kilohertz"),
+                ElementsAre("2596146", "800000", "-1"));
+    EXPECT_THAT(Numbers({{"sort", "Frequency"}}), ElementsAre("2", "1", "0")) << "as numbers";
+  });
 }
 
 TEST_F(CpuMachineTest, FiltersByNumberAndState) {
@@ -187,8 +220,7 @@ class ModuleMachineTest : public SystemMachineTest {
          "snd_timer 49152 2 snd_seq,snd_pcm, Live 0x0\n"
          "loop 40960 0 - Live 0x0\n"
          "fixed 4096 - - Live 0x0\n"
-         "going 8192 1 [permanent], Unloading 0x0\n"
-         "damaged\n");
+         "going 8192 1 [permanent], Unloading 0x0\n");
     Folder("sys/module/built_in");
     File("sys/module/no_folder", "");
   }
@@ -200,12 +232,17 @@ class ModuleMachineTest : public SystemMachineTest {
 
 TEST_F(ModuleMachineTest, ListsModulesByName) {
   ExpectPrinted("system module list",
-                "Name       Size     References  State      Used By\n"
-                "---------  -------  ----------  ---------  -------\n"
-                "fixed       4096 B          -1  Live       \n"
-                "going       8192 B           1  Unloading  \n"
-                "loop       40960 B           0  Live       \n"
-                "snd_timer  49152 B           2  Live       snd_seq, snd_pcm\n");
+                "Name       Size Bytes  References  State      Used By\n"
+                "---------  ----------  ----------  ---------  -------\n"
+                "fixed            4096          -1  Live       \n"
+                "going            8192           1  Unloading  \n"
+                "loop            40960           0  Live       \n"
+                "snd_timer       49152           2  Live       snd_seq, snd_pcm\n");
+  ExpectPrinted("system module list --human --name=loop --name=*x*",
+                "Name   Size      References  State  Used By\n"
+                "-----  --------  ----------  -----  -------\n"
+                "fixed  4.0 KiB           -1  Live   \n"
+                "loop   40.0 KiB           0  Live   \n");
 }
 
 TEST_F(ModuleMachineTest, ListsModulesThatNothingNeeds) {
@@ -219,8 +256,14 @@ TEST_F(ModuleMachineTest, FindsLoadedAndBuiltInModules) {
     EXPECT_EQ(Check("loop"), "true");
     EXPECT_EQ(Check("snd-timer"), "true") << "a dash is an underscore";
     EXPECT_EQ(Check("built-in"), "true");
-    EXPECT_EQ(Check("no_folder"), "false");
-    EXPECT_EQ(Check("loo"), "false");
+    if (::access(("/lib/modules/" + WitnessLines("uname -r").at(0)).c_str(), F_OK) != 0) {
+      EXPECT_THAT(CallErrors("system module check", {{"name", "no_folder"}}),
+                  ElementsAre(HasSubstr("Unable to tell whether the kernel has the module "
+                                        "'no_folder': there is no folder /lib/modules/")));
+      return;
+    }
+    EXPECT_THAT(CallErrors("system module check", {{"name", "no_folder"}}),
+                ElementsAre("There is no module 'no_folder'"));
   });
 }
 
@@ -229,13 +272,53 @@ TEST_F(ModuleMachineTest, FindsLoadedAndBuiltInModules) {
 TEST_F(SystemMachineTest, ListsProcessesByNumber) {
   AddSampleProcesses();
   ExpectPrinted("system process list",
-                "Id   Parent  User        State     Resident   Time        Name\n"
-                "---  ------  ----------  --------  ---------  ----------  ----\n"
-                "  1       0  root        sleeping   9000 KiB  00:00:05    init\n"
-                "  2       0  root        idle          0 KiB  00:00:00    kthreadd\n"
-                " 30       1  4000000000  sleeping  70000 KiB  00:01:30    server\n"
-                " 31      30  4000000000  running      50 KiB  1-00:00:00  worker\n"
-                "100       1  root        zombie        0 KiB  00:00:00    a\\x0a(b)\n");
+                "Id   User        State     CPU      Resident Bytes  Time        Name\n"
+                "---  ----------  --------  -------  --------------  ----------  ----\n"
+                "  1  root        sleeping  0.00 %          9216000  00:00:05    init\n"
+                "  2  root        idle      0.00 %                0  00:00:00    kthreadd\n"
+                " 30  4000000000  sleeping  0.04 %         71680000  00:01:30    server\n"
+                " 31  4000000000  running   46.10 %           51200  1-00:00:00  worker\n"
+                "100  root        zombie    0.00 %                0  00:00:00    a\\x0a(b)\n");
+}
+
+TEST_F(SystemMachineTest, ShowsTheMemoryOfProcessesForPeople) {
+  AddSampleProcesses();
+  ExpectPrinted("system process list --human --user=4000000000 --sort=CPU --descending",
+                "Id  User        State     CPU      Resident  Time        Name\n"
+                "--  ----------  --------  -------  --------  ----------  ----\n"
+                "31  4000000000  running   46.10 %  50.0 KiB  1-00:00:00  worker\n"
+                "30  4000000000  sleeping  0.04 %   68.4 MiB  00:01:30    server\n");
+}
+
+TEST_F(SystemMachineTest, SortsTheProcessorTimeByItsSeconds) {
+  AddSampleProcesses();
+  RunThere([] {
+    EXPECT_THAT(Ids({{"sort", "Time"}, {"descending", ""}}),
+                ElementsAre("31", "30", "1", "2", "100"));
+  });
+}
+
+TEST_F(SystemMachineTest, ShowsWhenAProcessStartedInTheZoneOfTheUser) {
+  AddSampleProcesses();
+  RunThere([] {
+    for (const auto& [zone, time] : {std::pair("UTC0", "2023-11-14 22:13:22"),
+                                     std::pair("XST-05:30", "2023-11-15 03:43:22")}) {
+      const ScopedEnvironment environment("TZ", zone);
+      ::tzset();
+      EXPECT_THAT(CallColumn("system process list", "Started", {{"id", "31"}}), ElementsAre(time));
+    }
+  });
+}
+
+TEST_F(SystemMachineTest, DoesNotListSomeProcessesAsIfTheyWereAll) {
+  AddProcess({30, "server", "", 'S', 1, 4000000000});
+  RunThere([] {
+    EXPECT_THAT(CallErrors("system process list"),
+                ElementsAre("The kernel hides the processes of other users from you; list your own "
+                            "with --user"));
+    EXPECT_THAT(CallErrors("system process list", {{"user", "4000000000"}}), SizeIs(1));
+    EXPECT_THAT(Ids({{"user", std::to_string(::geteuid())}}), IsEmpty()) << "they are not hidden";
+  });
 }
 
 TEST_F(SystemMachineTest, ShowsEveryFieldOfAProcess) {
@@ -252,8 +335,12 @@ TEST_F(SystemMachineTest, ShowsEveryFieldOfAProcess) {
                         {"State", "running"},
                         {"Threads", "1"},
                         {"Nice", "0"},
-                        {"Virtual", "4096"},
-                        {"Resident", "50"},
+                        {"CPU", "46.10 %"},
+                        {"CPU Hundredths", "4610"},
+                        {"Virtual", "4.0 MiB"},
+                        {"Virtual Bytes", "4194304"},
+                        {"Resident", "50.0 KiB"},
+                        {"Resident Bytes", "51200"},
                         {"Time", "1-00:00:00"},
                         {"Seconds", "86400"},
                         {"Terminal", "pts/2"},
@@ -289,15 +376,21 @@ const ProcessFilterCase kProcessFilters[] = {
     {"State", {{"state", "running"}}, {"31"}},
     {"States", {{"state", "zombie"}, {"state", "idle"}}, {"2", "100"}},
     {"StateOfNone", {{"state", "traced"}}, {}},
-    {"NameExpression", {{"name", "^(init|worker)$"}}, {"1", "31"}},
-    {"NameExpressionWithin", {{"name", "er"}}, {"30", "31"}},
-    {"NameExpressionAcrossLines", {{"name", "a\\n\\("}}, {"100"}},
-    {"CommandIsNotLookedAt", {{"name", "server:"}}, {}},
-    {"FullCommand", {{"name", "server:"}, {"full", ""}}, {"30", "31"}},
-    {"FullCommandFallsBackToTheName", {{"name", "^kthreadd$"}, {"full", ""}}, {"2"}},
+    {"StateInAnotherCase", {{"state", "Running"}}, {"31"}},
+    {"StateByLetter", {{"state", "Z"}, {"state", "R"}}, {"31", "100"}},
+    {"Name", {{"name", "server"}}, {"30"}},
+    {"Names", {{"name", "init"}, {"name", "worker"}}, {"1", "31"}},
+    {"NameIsNoPart", {{"name", "serv"}}, {}},
+    {"NamePattern", {{"name", "*er*"}}, {"30", "31"}},
+    {"Expression", {{"match", "^(init|worker)$"}}, {"1", "31"}},
+    {"ExpressionWithin", {{"match", "er"}}, {"30", "31"}},
+    {"ExpressionAcrossLines", {{"match", "a\\n\\("}}, {"100"}},
+    {"CommandIsNotLookedAt", {{"match", "server:"}}, {}},
+    {"FullCommand", {{"match", "server:"}, {"full", ""}}, {"30", "31"}},
+    {"FullCommandFallsBackToTheName", {{"match", "^kthreadd$"}, {"full", ""}}, {"2"}},
     {"FullWithoutExpression", {{"full", ""}}, {"1", "2", "30", "31", "100"}},
-    {"MinimumMemory", {{"min-memory", "9000"}}, {"1", "30"}},
-    {"MinimumMemoryOfNone", {{"min-memory", "70001"}}, {}},
+    {"MinimumMemory", {{"minimum-memory", "9216000"}}, {"1", "30"}},
+    {"MinimumMemoryOfNone", {{"minimum-memory", "71680001"}}, {}},
     {"NoKernelThreads", {{"kernel-threads", "false"}}, {"1", "30", "31", "100"}},
     {"KernelThreads", {{"kernel-threads", "true"}}, {"1", "2", "30", "31", "100"}},
     {"SortedByMemory", {{"sort", "Resident"}, {"descending", ""}}, {"30", "1", "31", "2", "100"}},
@@ -305,7 +398,10 @@ const ProcessFilterCase kProcessFilters[] = {
     {"SortedByName", {{"sort", "Name"}}, {"100", "1", "2", "30", "31"}},
     {"SortedById", {{"sort", "Id"}}, {"1", "2", "30", "31", "100"}},
     {"AllTogether",
-     {{"user", "4000000000"}, {"state", "sleeping"}, {"min-memory", "60000"}, {"sort", "Time"}},
+     {{"user", "4000000000"},
+      {"state", "sleeping"},
+      {"minimum-memory", "60000000"},
+      {"sort", "Time"}},
      {"30"}},
     {"NothingInCommon", {{"user", "root"}, {"id", "31"}}, {}},
 };
@@ -324,13 +420,22 @@ INSTANTIATE_TEST_SUITE_P(Filters, ProcessFilterTest, ::testing::ValuesIn(kProces
 TEST_F(SystemMachineTest, SkipsProcessesThatEnd) {
   AddSampleProcesses();
   Folder("proc/55");
-  File("proc/56/stat", "56 (cut");
-  File("proc/56/status", "Uid:\t0\t0\t0\t0\n");
-  File("proc/56/cmdline", "");
   RunThere([] { EXPECT_THAT(Ids({}), ElementsAre("1", "2", "30", "31", "100")); });
 }
 
+TEST_F(SystemMachineTest, ReportsAProcessThatMakesNoSense) {
+  AddSampleProcesses();
+  File("proc/56/stat", "56 (cut");
+  File("proc/56/status", "Uid:\t0\t0\t0\t0\n");
+  File("proc/56/cmdline", "");
+  RunThere([] {
+    EXPECT_THAT(CallErrors("system process list"),
+                ElementsAre("Unable to understand the files in /proc/56"));
+  });
+}
+
 TEST_F(SystemMachineTest, ReportsThatThereIsNoProcess) {
+  Folder("proc/1");
   RunThere([] {
     EXPECT_THAT(CallErrors("system process list"), ElementsAre("Unable to find any process in "
                                                                "/proc"));
@@ -338,11 +443,14 @@ TEST_F(SystemMachineTest, ReportsThatThereIsNoProcess) {
 }
 
 TEST_F(SystemMachineTest, AProcessAtTheLimitsOf64BitsIsListed) {
+  Folder("proc/1");
   AddProcess(
       {7, "huge", "", 'S', 1, 0, 0, 9223372036854775807, 9223372036854775807, 9223372036854775807});
   RunThere([] {
     const Row row = CallRows("system process list").at(0);
-    EXPECT_EQ(row.at("Resident"), "9223372036854775807");
+    EXPECT_EQ(row.at("Resident Bytes"), "9223372036854775807");
+    EXPECT_EQ(row.at("CPU Hundredths"), "0") << "it starts in the future";
+    EXPECT_EQ(row.at("Started"), "unknown");
     EXPECT_EQ(row.at("Seconds"), "92233720368547758");
   });
 }
@@ -384,10 +492,28 @@ TEST_F(ParameterMachineTest, FiltersParameters) {
     EXPECT_THAT(Names({{"under", "vm.swap"}}), IsEmpty()) << "a part of a name is no group";
     EXPECT_THAT(Names({{"under", "net/ipv4/conf/eth0.1"}}),
                 ElementsAre("net.ipv4.conf.eth0/1.mtu"));
-    EXPECT_THAT(Names({{"name", "^net.*m"}, {"under", "net.ipv4.conf"}}),
+    EXPECT_THAT(Names({{"match", "^net.*m"}, {"under", "net.ipv4.conf"}}),
                 ElementsAre("net.ipv4.conf.eth0/1.mtu"));
-    EXPECT_THAT(Names({{"name", "[0-9]$"}}), IsEmpty());
+    EXPECT_THAT(Names({{"match", "[0-9]$"}}), IsEmpty());
+    EXPECT_THAT(Names({{"name", "vm.swap"}}), IsEmpty()) << "a name is exact";
+    EXPECT_THAT(Names({{"name", "vm.swap*"}, {"name", "kernel.motd"}}),
+                ElementsAre("kernel.motd", "vm.swappiness"));
+    EXPECT_THAT(Names({{"name", "*.*.*"}, {"match", "rmem"}}), ElementsAre("net.ipv4.tcp_rmem"));
     EXPECT_EQ(Names({{"writable", ""}}).size(), 6u);
+  });
+}
+
+TEST_F(ParameterMachineTest, ListsWhatCanOnlyBeWritten) {
+  File("proc/sys/vm/compact_memory", "");
+  Mode("proc/sys/vm/compact_memory", 0200);
+  ExpectPrinted("system parameter list --under=vm --name=*o*",
+                "Name                 Value\n"
+                "-------------------  -----\n"
+                "vm.compact_memory    unreadable\n"
+                "vm.overcommit_ratio  50\n");
+  RunThere([] {
+    EXPECT_THAT(CallColumn("system parameter list", "Readable", {{"name", "vm.*o*"}}),
+                ElementsAre("false", "true"));
   });
 }
 
@@ -436,10 +562,21 @@ TEST_F(SystemMachineTest, ListsTheSessionsOfTheLoginService) {
     EXPECT_EQ(rows[0].at("Terminal"), "pts/0");
     EXPECT_EQ(rows[0].at("Host"), "203.0.113.9");
     EXPECT_EQ(rows[0].at("Process"), "77");
+    EXPECT_EQ(rows[1].at("Host"), "local");
     EXPECT_EQ(rows[1].at("User"), "root");
     EXPECT_THAT(CallColumn("system session list", "User", {{"user", "root"}}), ElementsAre("root"));
     EXPECT_THAT(CallColumn("system session list", "User", {{"user", "anna"}, {"user", "root"}}),
                 ElementsAre("anna", "root"));
+    EXPECT_THAT(CallColumn("system session list", "User", {{"user", "*n*"}}), ElementsAre("anna"));
+  });
+}
+
+TEST_F(SystemMachineTest, HasAWordForASessionWithoutTerminal) {
+  File("run/systemd/sessions/1", "USER=anna\nCLASS=user\nLEADER=7\nREALTIME=1700000100999999\n");
+  RunThere([] {
+    const Row row = CallRows("system session list").at(0);
+    EXPECT_EQ(row.at("Terminal"), "none");
+    EXPECT_EQ(row.at("Host"), "local");
   });
 }
 

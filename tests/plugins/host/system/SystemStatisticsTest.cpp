@@ -18,10 +18,13 @@ using ::testing::HasSubstr;
 using Testing::ScopedTempDir;
 using ::testing::ThrowsMessage;
 
+constexpr long kKib = 1024;
+
 TEST(SystemStatisticsTest, RoundsTheUptimeDown) {
   const ScopedTempDir proc;
   proc.Write("uptime", "86399.99 123.45\n");
   EXPECT_EQ(ReadUptime(proc.GetPath()).seconds, 86399);
+  EXPECT_EQ(ReadUptime(proc.GetPath()).hundredths, 8639999);
   EXPECT_EQ(ReadUptime(proc.GetPath()).idleSeconds, 123);
 }
 
@@ -29,9 +32,9 @@ TEST(SystemStatisticsTest, ReadsTheLoad) {
   const ScopedTempDir proc;
   proc.Write("loadavg", "0.46 12.00 0.32 2/95 25897\n");
   const Load load = ReadLoad(proc.GetPath());
-  EXPECT_EQ(load.oneMinute, "0.46");
-  EXPECT_EQ(load.fiveMinutes, "12.00");
-  EXPECT_EQ(load.fifteenMinutes, "0.32");
+  EXPECT_EQ(load.oneMinute, 46);
+  EXPECT_EQ(load.fiveMinutes, 1200);
+  EXPECT_EQ(load.fifteenMinutes, 32);
   EXPECT_EQ(load.running, 2);
   EXPECT_EQ(load.tasks, 95);
 }
@@ -43,14 +46,14 @@ TEST(SystemStatisticsTest, ReadsTheMemory) {
              "Cached: 400 kB\nSwapCached: 3 kB\nSwapTotal: 50 kB\nSwapFree: 20 kB\nShmem: 5 kB\n"
              "SReclaimable: 40 kB\nHugePages_Total: 0\n");
   const Memory memory = ReadMemory(proc.GetPath());
-  EXPECT_EQ(memory.total, 1000);
-  EXPECT_EQ(memory.free, 200);
-  EXPECT_EQ(memory.available, 700);
-  EXPECT_EQ(memory.shared, 5);
-  EXPECT_EQ(memory.buffers, 10);
-  EXPECT_EQ(memory.cached, 440);
-  EXPECT_EQ(memory.swapTotal, 50);
-  EXPECT_EQ(memory.swapFree, 20);
+  EXPECT_EQ(memory.total, 1000 * kKib);
+  EXPECT_EQ(memory.free, 200 * kKib);
+  EXPECT_EQ(memory.available, 700 * kKib);
+  EXPECT_EQ(memory.shared, 5 * kKib);
+  EXPECT_EQ(memory.buffers, 10 * kKib);
+  EXPECT_EQ(memory.cached, 440 * kKib);
+  EXPECT_EQ(memory.swapTotal, 50 * kKib);
+  EXPECT_EQ(memory.swapFree, 20 * kKib);
 }
 
 TEST(SystemStatisticsTest, MemoryInUseIsWhatIsNotAvailable) {
@@ -59,8 +62,8 @@ TEST(SystemStatisticsTest, MemoryInUseIsWhatIsNotAvailable) {
              "MemTotal: 1000 kB\nMemFree: 200 kB\nMemAvailable: 700 kB\nSwapTotal: 50 kB\n"
              "SwapFree: 20 kB\n");
   const Memory memory = ReadMemory(proc.GetPath());
-  EXPECT_EQ(memory.GetUsed(), 300);
-  EXPECT_EQ(memory.GetSwapUsed(), 30);
+  EXPECT_EQ(memory.GetUsed(), 300 * kKib);
+  EXPECT_EQ(memory.GetSwapUsed(), 30 * kKib);
 }
 
 TEST(SystemStatisticsTest, NumbersAtTheLimitsOf64BitsDoNotOverflow) {
@@ -81,7 +84,7 @@ TEST(SystemStatisticsTest, WorksWithTheMemoryOfOldKernels) {
   const ScopedTempDir proc;
   proc.Write("meminfo", "MemTotal: 1000 kB\nMemFree: 200 kB\nBuffers:\n");
   const Memory memory = ReadMemory(proc.GetPath());
-  EXPECT_EQ(memory.available, 200);
+  EXPECT_EQ(memory.available, 200 * kKib);
   EXPECT_EQ(memory.buffers, 0);
   EXPECT_EQ(memory.swapTotal, 0);
 }
@@ -113,7 +116,8 @@ TEST(SystemStatisticsTest, ReportsADamagedFile) {
   for (const char* const text : {"", "1.5", "x 1", "1 y", ". ."}) {
     refuses("uptime", text, ReadUptime);
   }
-  for (const char* const text : {"", "1 2 3", "1 2 3 4", "1 2 3 x/4", "1 2 3 4/y", "1 2 3 4/5/6"}) {
+  for (const char* const text : {"", "1 2 3", "1 2 3 4", "1 2 3 x/4", "1 2 3 4/y", "1 2 3 4/5/6",
+                                 "x 2 3 4/5", "1 -2 3 4/5", "1 2 3. 4/5"}) {
     refuses("loadavg", text, ReadLoad);
   }
   for (const char* const text : {"", "MemTotal: 5 kB\n", "MemFree: 5 kB\n", "MemTotal: x kB\n"}) {
@@ -132,19 +136,21 @@ struct MemoryLineCase {
 
 // A further line, and the number of buffers that results from it.
 const MemoryLineCase kMemoryLines[] = {
-    {"Usual", "Buffers:          12 kB", 12},
-    {"WithoutUnit", "Buffers: 12", 12},
-    {"WithoutSpace", "Buffers:12 kB", 12},
-    {"Tab", "Buffers:\t12 kB", 12},
+    {"Usual", "Buffers:          12 kB", 12 * kKib},
+    {"WithoutUnit", "Buffers: 12", 12 * kKib},
+    {"WithoutSpace", "Buffers:12 kB", 12 * kKib},
+    {"Tab", "Buffers:\t12 kB", 12 * kKib},
     {"Absent", "", 0},
     {"NoNumber", "Buffers:", 0},
     {"Word", "Buffers: many kB", 0},
     {"Beyond64Bits", "Buffers: 9223372036854775808 kB", 0},
     {"LargestNumber", "Buffers: 9223372036854775807 kB", 9223372036854775807},
+    {"MoreBytesThan64Bits", "Buffers: 9007199254740992 kB", 9223372036854775807},
+    {"MostBytes", "Buffers: 9007199254740991 kB", 9223372036854774784},
     {"LongerName", "BuffersHuge: 12 kB", 0},
     {"ShorterName", "Buffer: 12 kB", 0},
     {"WithoutColon", "Buffers 12 kB", 0},
-    {"FirstOfTwo", "Buffers: 1 kB\nBuffers: 2 kB", 1},
+    {"FirstOfTwo", "Buffers: 1 kB\nBuffers: 2 kB", 1 * kKib},
 };
 
 class MemoryLineTest : public ::testing::TestWithParam<MemoryLineCase> {};

@@ -1,0 +1,19 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace Kestrel::Host {
+
+/// A number of hundredths as a decimal fraction: 46 is "0.46".
+std::string FormatHundredths(long hundredths);
+
+/// Parses a decimal fraction that is not negative and returns its hundredths; further digits are
+/// cut off. Returns nothing for anything else, and for a number that does not fit into 64 bits.
+std::optional<long> ParseHundredths(std::string_view text);
+
+}  // namespace Kestrel::Host

@@ -1,0 +1,40 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "plugins/host/frame/FileDescriptor.h"
+
+namespace Kestrel::Host {
+
+/// Returns the name of a signal without "SIG", such as "TERM" or "RTMIN+1"; the number in digits if
+/// it has no name.
+std::string SignalName(int signal);
+
+/// Returns the number of a signal: of its name in either case, with or without "SIG", or of the
+/// number itself. Returns nothing if there is no such signal.
+std::optional<int> ParseSignal(std::string_view text);
+
+/// A running process that can be sent signals. It stays that process: if it ends, a later one
+/// with the same number is not affected.
+class SignalTarget {
+ public:
+  /// Returns nothing if there is no such process. Throws KestrelException if the system cannot keep
+  /// track of another process.
+  static std::optional<SignalTarget> Open(long process);
+
+  /// Sends the signal; 0 sends none and only checks. Returns 0 or the error number.
+  int Send(int signal) const;
+
+ private:
+  SignalTarget(long process, int descriptor) : process_(process), descriptor_(descriptor) {}
+
+  long process_;
+  FileDescriptor descriptor_;  // closed on kernels that do not have them for processes
+};
+
+}  // namespace Kestrel::Host
