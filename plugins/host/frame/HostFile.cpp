@@ -6,6 +6,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <kestrel/KestrelException.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -75,7 +76,7 @@ std::string ReadRequiredFile(const std::string& path) {
   return std::move(*text);
 }
 
-std::optional<std::string> ReadFileIfPresent(const std::string& path) {
+std::optional<std::string> ReadOptionalFile(const std::string& path) {
   auto text = ReadFile(path);
   if (!text && !IsAbsence(errno)) {
     ThrowUnreadable(path, errno);
@@ -135,12 +136,23 @@ std::vector<std::string> ListRequiredFolder(const std::string& path) {
   return std::move(*names);
 }
 
-std::vector<std::string> ListFolderIfPresent(const std::string& path) {
+std::optional<std::vector<std::string>> ListOptionalFolder(const std::string& path) {
   auto names = ReadFolder(path);
   if (!names && !IsAbsence(errno)) {
     ThrowUnreadable(path, errno);
   }
-  return names ? std::move(*names) : std::vector<std::string>();
+  return names;
+}
+
+bool Exists(const std::string& path) {
+  struct stat status = {};
+  if (::lstat(path.c_str(), &status) == 0) {
+    return true;
+  }
+  if (!IsAbsence(errno)) {
+    ThrowUnreadable(path, errno);
+  }
+  return false;
 }
 
 void RequireEntries(const std::string& folder) {

@@ -32,7 +32,7 @@ std::string ReadLine(const std::string& path);
 
 /// Returns the content of a file; nothing if there is no such file. Throws KestrelException for any
 /// other error, such as a missing permission.
-std::optional<std::string> ReadFileIfPresent(const std::string& path);
+std::optional<std::string> ReadOptionalFile(const std::string& path);
 
 /// Throws KestrelException with the reason if this process cannot open the file to read it.
 void RequireReadable(const std::string& path);
@@ -52,8 +52,12 @@ std::optional<std::vector<std::string>> ReadFolder(const std::string& path);
 /// Returns the same names. Throws KestrelException if the folder cannot be read.
 std::vector<std::string> ListRequiredFolder(const std::string& path);
 
-/// Returns nothing if there is no such folder. Throws KestrelException for any other error.
-std::vector<std::string> ListFolderIfPresent(const std::string& path);
+/// The same, but nothing if there is no such folder. Throws KestrelException for any other error.
+std::optional<std::vector<std::string>> ListOptionalFolder(const std::string& path);
+
+/// Whether there is anything at `path`; a link counts even if its target is missing. Throws
+/// KestrelException if that cannot be told.
+bool Exists(const std::string& path);
 
 /// Throws KestrelException if the folder is missing or empty, as a folder of the kernel is that is
 /// not mounted. A list of its entries would wrongly say that there are none.

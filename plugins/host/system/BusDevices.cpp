@@ -14,7 +14,6 @@
 
 #include "plugins/host/frame/HostFile.h"
 #include "plugins/host/frame/TextParsing.h"
-#include "plugins/host/system/SystemFolder.h"
 
 namespace Kestrel::Host {
 namespace {

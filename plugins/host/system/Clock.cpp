@@ -13,7 +13,6 @@
 
 #include "plugins/host/frame/HostFile.h"
 #include "plugins/host/frame/TextParsing.h"
-#include "plugins/host/system/SystemFolder.h"
 
 namespace Kestrel::Host {
 namespace {
@@ -26,6 +25,12 @@ constexpr long kHour = 60 * kMinute;
 std::string NameInLink(const std::string& target) {
   const std::size_t folder = target.rfind(kZoneFolder);
   return folder == std::string::npos ? std::string() : target.substr(folder + kZoneFolder.size());
+}
+
+// The only line of a file; an empty string if there is no such file.
+std::string ReadOptionalLine(const std::string& path) {
+  const auto text = ReadOptionalFile(path);
+  return text ? std::string(Trim(*text)) : std::string();
 }
 
 // The third line of the file says it: UTC or LOCAL.
@@ -43,7 +48,7 @@ std::string ChooseClock(const std::string& folder) {
   }
   std::string chosen;
   for (const std::string& name : *names) {
-    if (ReadLine(folder + "/" + name + "/hctosys") == "1") {
+    if (ReadOptionalLine(folder + "/" + name + "/hctosys") == "1") {
       return name;
     }
     chosen = chosen.empty() ? name : chosen;
@@ -81,7 +86,7 @@ std::string ReadZoneName(const std::string& etc) {
   if (target && !NameInLink(*target).empty()) {
     return NameInLink(*target);
   }
-  const std::string name = ReadLine(etc + "/timezone");
+  const std::string name = ReadOptionalLine(etc + "/timezone");
   if (!name.empty()) {
     return name.substr(0, name.find('\n'));
   }

@@ -44,12 +44,12 @@ std::string TextOf(const CpuTexts& texts, std::string_view name) {
 }
 
 long NumberIn(const std::string& path) {
-  const auto text = ReadFileIfPresent(path);
+  const auto text = ReadOptionalFile(path);
   return text ? ParseNumber(*text).value_or(-1) : -1;
 }
 
 std::vector<long> NumbersIn(const std::string& path) {
-  const auto text = ReadFileIfPresent(path);
+  const auto text = ReadOptionalFile(path);
   return text ? ParseNumberList(*text) : std::vector<long>();
 }
 
@@ -71,7 +71,7 @@ long ParseMegahertz(const std::string& text) {
 // A link named "node3" in the folder of a processor means memory node 3.
 long ReadNode(const std::string& folder) {
   constexpr std::string_view kPrefix = "node";
-  for (const std::string& name : ListFolderIfPresent(folder)) {
+  for (const std::string& name : ListOptionalFolder(folder).value_or(std::vector<std::string>())) {
     if (name.compare(0, kPrefix.size(), kPrefix) == 0) {
       const auto node = ParseNumber(std::string_view(name).substr(kPrefix.size()));
       if (node) {
@@ -99,7 +99,7 @@ void FillTexts(Cpu& cpu, const CpuTexts& texts) {
 
 std::vector<Cpu> ReadCpus(const std::string& proc, const std::string& sys) {
   const std::string folder = sys + "/devices/system/cpu";
-  const std::string text = ReadFileIfPresent(proc + "/cpuinfo").value_or(std::string());
+  const std::string text = ReadOptionalFile(proc + "/cpuinfo").value_or(std::string());
   const auto texts = ParseCpuInfo(text);
   std::vector<long> present = NumbersIn(folder + "/present");
   std::vector<long> online = NumbersIn(folder + "/online");

@@ -8,8 +8,8 @@
 #include <optional>
 #include <utility>
 
+#include "plugins/host/frame/HostFile.h"
 #include "plugins/host/frame/TextParsing.h"
-#include "plugins/host/system/SystemFolder.h"
 
 namespace Kestrel::Host {
 namespace {

@@ -86,7 +86,7 @@ std::vector<KernelModule> ParseModules(std::string_view text) {
 }
 
 std::vector<KernelModule> ReadModules(const std::string& proc) {
-  const auto text = ReadFileIfPresent(proc + "/modules");
+  const auto text = ReadOptionalFile(proc + "/modules");
   if (!text) {
     RequireEntries(proc);
     return {};

@@ -156,7 +156,8 @@ class ParameterWalk {
     if (S_ISREG(status.st_mode)) {
       AddFile(relative, status.st_mode);
     } else if (S_ISDIR(status.st_mode)) {
-      for (const std::string& name : ListFolderIfPresent(root_ + relative)) {
+      for (const std::string& name :
+           ListOptionalFolder(root_ + relative).value_or(std::vector<std::string>())) {
         VisitChild(relative.empty() ? name : relative + "/" + name);
       }
     }

@@ -42,9 +42,9 @@ std::string ParseOsRelease(std::string_view text, std::string_view key) {
 }
 
 std::string ReadDistributionName(const std::string& root) {
-  auto text = ReadFileIfPresent(root + "/etc/os-release");
+  auto text = ReadOptionalFile(root + "/etc/os-release");
   if (!text) {
-    text = ReadFileIfPresent(root + "/usr/lib/os-release");
+    text = ReadOptionalFile(root + "/usr/lib/os-release");
   }
   if (!text) {
     return {};

@@ -123,9 +123,9 @@ std::optional<Process> ParseProcess(std::string_view stat) {
 
 std::optional<Process> ReadProcess(const std::string& proc, long id) {
   const std::string folder = proc + "/" + std::to_string(id);
-  const auto stat = ReadFileIfPresent(folder + "/stat");
-  const auto status = ReadFileIfPresent(folder + "/status");
-  auto arguments = ReadFileIfPresent(folder + "/cmdline");
+  const auto stat = ReadOptionalFile(folder + "/stat");
+  const auto status = ReadOptionalFile(folder + "/status");
+  auto arguments = ReadOptionalFile(folder + "/cmdline");
   if (!stat || !status || !arguments) {
     return std::nullopt;
   }

@@ -78,12 +78,12 @@ std::vector<Session> ParseSessionRecords(std::string_view records) {
 
 std::vector<Session> ReadSessionFolder(const std::string& path) {
   std::vector<Session> sessions;
-  for (const std::string& name : ListFolderIfPresent(path)) {
+  for (const std::string& name : ListOptionalFolder(path).value_or(std::vector<std::string>())) {
     // Besides the file of a session there may be a pipe, as in "1.ref".
     if (name.find('.') != std::string::npos) {
       continue;
     }
-    const auto text = ReadFileIfPresent(path + "/" + name);
+    const auto text = ReadOptionalFile(path + "/" + name);
     if (!text || ParseOsRelease(*text, "CLASS") != "user") {
       continue;
     }
@@ -96,7 +96,7 @@ std::vector<Session> ReadSessionFolder(const std::string& path) {
 }
 
 std::vector<Session> ReadSessions(const std::string& root) {
-  const auto records = ReadFileIfPresent(root + "/run/utmp");
+  const auto records = ReadOptionalFile(root + "/run/utmp");
   auto sessions =
       records ? AliveSessions(*records) : ReadSessionFolder(root + "/run/systemd/sessions");
   std::stable_sort(sessions.begin(), sessions.end(), [](const Session& left, const Session& right) {

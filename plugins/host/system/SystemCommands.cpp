@@ -51,6 +51,8 @@ void RegisterUsers(const Node& system) {
   const Node account = AddNamespace(system, "account", "The accounts of users.");
   account->RegisterNamespaceNode(NewSystemAccountGroups(), "groups");
   account->RegisterNamespaceNode(NewSystemAccountList(), "list");
+  AddNamespace(system, "crontab", "The commands that cron starts at set times.")
+      ->RegisterNamespaceNode(NewSystemCrontabList(), "list");
   AddNamespace(system, "session", "The login sessions.")
       ->RegisterNamespaceNode(NewSystemSessionList(), "list");
 }

@@ -21,6 +21,7 @@ std::shared_ptr<AutoCli::Command> NewSystemClockGet();
 std::shared_ptr<AutoCli::Command> NewSystemCpuCount();
 std::shared_ptr<AutoCli::Command> NewSystemCpuList();
 std::shared_ptr<AutoCli::Command> NewSystemCpuUsageList();
+std::shared_ptr<AutoCli::Command> NewSystemCrontabList();
 std::shared_ptr<AutoCli::Command> NewSystemDeviceList();
 std::shared_ptr<AutoCli::Command> NewSystemLoadGet();
 std::shared_ptr<AutoCli::Command> NewSystemMemoryGet();

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <functional>
 #include <set>
 #include <sstream>
@@ -120,7 +121,11 @@ bool CanAnswer(const std::string& path) {
     const int log = ::open("/dev/kmsg", O_RDONLY | O_CLOEXEC);
     return log >= 0 && ::close(log) == 0;
   };
-  return path != "log kernel list" || mayReadKernelLog();
+  const auto mayReadCrontabs = [] {
+    return ::access("/var/spool/cron/crontabs", R_OK) == 0 || errno == ENOENT;
+  };
+  return (path != "log kernel list" || mayReadKernelLog()) &&
+         (path != "system crontab list" || mayReadCrontabs());
 }
 
 TEST(HostPluginTest, EveryNodeIsDescribed) {

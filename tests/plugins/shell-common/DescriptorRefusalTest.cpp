@@ -62,8 +62,6 @@ INSTANTIATE_TEST_SUITE_P(
                 Regex("name", "[A-Za-z0-9_:][A-Za-z0-9._:-]*")},
         Refusal{"Port", "address ports", {{"number", "65536"}}, Range("number", "0-65535")},
         Refusal{
-            "CrontabUser", "crontab list", {{"user", "a/b"}}, Regex("user", "[a-z_][a-z0-9_-]*")},
-        Refusal{
             "Folder", "disk usage list", {{"directory", "/it's"}}, Regex("directory", "/[^']*")},
         Refusal{"RelativeFolder",
                 "disk usage list",
@@ -84,10 +82,10 @@ INSTANTIATE_TEST_SUITE_P(
                 {{"name", "a b"}},
                 Regex("name", "[A-Za-z0-9][A-Za-z0-9_.@:-]*")},
         Refusal{"Salt",
-                "text hash",
+                "system password hash",
                 {{"password", "x"}, {"salt", "a$b"}},
                 Regex("salt", "[A-Za-z0-9./]{1,16}")},
-        Refusal{"NoLine", "text count", {}, "Missing required parameter --line"}),
+        Refusal{"NoPassword", "system password hash", {}, "Missing required parameter --password"}),
     [](const auto& each) { return std::string(each.param.name); });
 
 }  // namespace

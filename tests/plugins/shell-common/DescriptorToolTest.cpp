@@ -23,9 +23,8 @@ TEST(DescriptorToolTest, LoadsEachDescriptorOfTheFolder) {
   const VexilResult result = VexilRun({"--plugin-dir", KESTREL_DESCRIPTOR_DIR}).Run();
   for (const char* const line :
        {"\naddress  The names and addresses of machines.\n",
-        "\ncrontab  Commands that run on a schedule.\n", "\ndisk     The usage of disk space.\n",
-        "\nservice  The services of this machine.\n",
-        "\ntext     Operations on text from the command line.\n"}) {
+        "\ndisk     The usage of disk space.\n", "\nservice  The services of this machine.\n",
+        "\nsystem   The machine, its kernel and its processes.\n"}) {
     EXPECT_THAT(result.out, HasSubstr(line));
   }
   EXPECT_EQ(result.err, "");
@@ -73,8 +72,8 @@ TEST(DescriptorToolTest, ReportsWhatAScriptReports) {
 }
 
 TEST(DescriptorToolTest, TakesASecretFromAFileOfCommands) {
-  const VexilResult result = DescriptorRun("text", {"--input=STDIN"})
-                                 .WithInput("text hash --password pw --salt ab\n")
+  const VexilResult result = DescriptorRun("password", {"--input=STDIN"})
+                                 .WithInput("system password hash --password pw --salt ab\n")
                                  .Run();
   EXPECT_EQ(result.out, Witness("printf 'pw\\n' | openssl passwd -6 -salt ab -stdin"));
   EXPECT_EQ(result.err, "");

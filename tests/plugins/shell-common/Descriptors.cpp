@@ -10,7 +10,7 @@ namespace Kestrel::Testing {
 AutoCli::Dispatcher& GetDispatcher() {
   static AutoCli::Dispatcher dispatcher;
   static const bool isLoaded = [] {
-    for (const char* const name : {"address", "crontab", "disk", "file", "service", "text"}) {
+    for (const char* const name : {"address", "disk", "password", "service"}) {
       dispatcher.AddPlugin(KESTREL_DESCRIPTOR_DIR "/" + std::string(name) + ".xml");
     }
     return true;

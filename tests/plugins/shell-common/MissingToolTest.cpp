@@ -59,15 +59,15 @@ INSTANTIATE_TEST_SUITE_P(
     Tools, MissingToolTest,
     ::testing::Values(
         // Tools of every script.
-        MissingTool{"awk", "mawk", "text count", {{"line", "x"}}},
-        MissingTool{"cat", "coreutils", "text count", {{"line", "x"}}},
-        MissingTool{"head", "coreutils", "text count", {{"line", "x"}}},
-        MissingTool{"mktemp", "coreutils", "text count", {{"line", "x"}}},
-        MissingTool{"mv", "coreutils", "text count", {{"line", "x"}}},
-        MissingTool{"perl", "perl-base", "text count", {{"line", "x"}}},
-        MissingTool{"rm", "coreutils", "text count", {{"line", "x"}}},
-        MissingTool{"sed", "sed", "text count", {{"line", "x"}}},
-        MissingTool{"sort", "coreutils", "text count", {{"line", "x"}}},
+        MissingTool{"awk", "mawk", "system password hash", {{"password", "x"}}},
+        MissingTool{"cat", "coreutils", "system password hash", {{"password", "x"}}},
+        MissingTool{"head", "coreutils", "system password hash", {{"password", "x"}}},
+        MissingTool{"mktemp", "coreutils", "system password hash", {{"password", "x"}}},
+        MissingTool{"mv", "coreutils", "system password hash", {{"password", "x"}}},
+        MissingTool{"perl", "perl-base", "system password hash", {{"password", "x"}}},
+        MissingTool{"rm", "coreutils", "system password hash", {{"password", "x"}}},
+        MissingTool{"sed", "sed", "system password hash", {{"password", "x"}}},
+        MissingTool{"sort", "coreutils", "system password hash", {{"password", "x"}}},
         // Tools of a single script.
         MissingTool{"du", "coreutils", "disk usage list", {{"directory", "/"}}},
         MissingTool{"getent", "libc-bin", "address resolve", {{"name", "localhost"}}},
@@ -75,8 +75,8 @@ INSTANTIATE_TEST_SUITE_P(
         MissingTool{"ping", "iputils-ping", "address check", {{"address", "localhost"}}},
         MissingTool{"grep", "grep", "service list", {}},
         MissingTool{"timeout", "coreutils", "service list", {}},
-        MissingTool{"wc", "coreutils", "text count", {{"line", "x"}}},
-        MissingTool{"openssl", "openssl", "text hash", {{"password", "x"}}}),
+        MissingTool{"wc", "coreutils", "system password hash", {{"password", "x"}}},
+        MissingTool{"openssl", "openssl", "system password hash", {{"password", "x"}}}),
     [](const auto& each) {
       std::string name = std::string(each.param.command) + " without " + each.param.tool;
       for (char& letter : name) {
@@ -87,14 +87,14 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(ScriptFaultTest, ReportsThatThereIsNoTemporaryFolder) {
   const ScopedEnvironment folder("TMPDIR", "/nosuch");
-  EXPECT_THAT(CallErrors("text count", {{"line", "x"}}),
+  EXPECT_THAT(CallErrors("system password hash", {{"password", "x"}}),
               ElementsAre("No temporary folder can be made in /nosuch"));
 }
 
 TEST(ScriptFaultTest, LeavesNothingBehind) {
   const ScopedTempDir work;
   const ScopedEnvironment folder("TMPDIR", work.GetPath());
-  Call("text count", {{"line", "x"}});
+  Call("system password hash", {{"password", "x"}});
   CallErrors("disk usage list", {{"directory", "/nosuch"}});
   // A reader that closes the pipe early.
   Witness("'" + ScriptPath("list-services.sh") + "' </dev/null 2>&1 | head -c 1");
@@ -105,8 +105,8 @@ TEST(ScriptFaultTest, ReportsAnUnexpectedFailure) {
   const ScopedTempDir tools;
   Witness("cd '" + tools.GetPath() + "' && printf '#!/bin/sh\\nexit 1\\n' >awk && chmod +x awk");
   const ScopedEnvironment path("PATH", tools.GetPath() + ":/usr/bin:/bin");
-  EXPECT_THAT(CallErrors("text count", {{"line", "x"}}),
-              ElementsAre("count-text.sh failed; standard error may tell why"));
+  EXPECT_THAT(CallErrors("address resolve", {{"name", "localhost"}}),
+              ElementsAre("resolve-name.sh failed; standard error may tell why"));
 }
 
 }  // namespace

@@ -143,20 +143,7 @@ TEST(HostFileTest, AnEmptyAndAMissingFolderAreNotThere) {
               ThrowsMessage<KestrelException>(start + "/absent: No such file or directory"));
 }
 
-TEST(HostFileTest, AFileOrFolderThatIsAbsentIsNoError) {
-  const ScopedTempDir folder;
-  const std::string file = folder.Write("file", "a");
-  folder.Write("folder/b", "");
-  folder.Write("folder/a", "");
-  EXPECT_THAT(ReadFileIfPresent(file), Optional(std::string("a")));
-  EXPECT_EQ(ReadFileIfPresent(folder.GetPath("absent")), std::nullopt);
-  EXPECT_EQ(ReadFileIfPresent(file + "/below"), std::nullopt);
-  EXPECT_THAT(ListFolderIfPresent(folder.GetPath("folder")), ElementsAre("a", "b"));
-  EXPECT_THAT(ListFolderIfPresent(folder.GetPath("absent")), IsEmpty());
-  EXPECT_THAT(ListFolderIfPresent(file + "/below"), IsEmpty());
-}
-
-TEST(HostFileTest, EveryOtherErrorIsReported) {
+TEST(HostFileTest, WhatCannotBeReadIsReported) {
   const ScopedTempDir folder;
   ::chmod(folder.GetPath().c_str(), 0755);
   const std::string file = folder.Write("file", "a");
@@ -165,15 +152,14 @@ TEST(HostFileTest, EveryOtherErrorIsReported) {
   const auto message = [](const std::string& path, const char* reason) {
     return ThrowsMessage<KestrelException>("Unable to read " + path + ": " + reason);
   };
-  EXPECT_THAT([&] { ReadFileIfPresent(hidden); }, message(hidden, "Is a directory"));
+  EXPECT_THAT([&] { ReadOptionalFile(hidden); }, message(hidden, "Is a directory"));
   EXPECT_THAT([&] { ListRequiredFolder(file); }, message(file, "Not a directory"));
   ::chmod(file.c_str(), 0);
   ::chmod(hidden.c_str(), 0);
   const PlainUser user;
-  EXPECT_THAT([&] { ReadFileIfPresent(file); }, message(file, "Permission denied"));
+  EXPECT_THAT([&] { ReadOptionalFile(file); }, message(file, "Permission denied"));
   EXPECT_THAT([&] { RequireReadable(file); }, message(file, "Permission denied"));
   EXPECT_THAT([&] { ListRequiredFolder(hidden); }, message(hidden, "Permission denied"));
-  EXPECT_THAT([&] { ListFolderIfPresent(hidden); }, message(hidden, "Permission denied"));
 }
 
 TEST(HostFileTest, WhatIsRequiredMustBeThere) {

@@ -14,7 +14,8 @@
 
 namespace Kestrel::Testing {
 
-/// Tests commands on a machine whose /proc, /run and /sys are made up by the test.
+/// Tests commands on a machine whose /proc, /run and /sys are made up by the test; so are /etc and
+/// /var if it puts something there.
 class MadeUpMachineTest : public ::testing::Test {
  protected:
   MadeUpMachineTest();

@@ -12,6 +12,7 @@
 
 #include "plugins/host/support/HostCall.h"
 #include "plugins/host/support/MadeUpMachine.h"
+#include "plugins/host/support/PlainUser.h"
 #include "support/ScopedEnvironment.h"
 #include "support/Witness.h"
 
@@ -544,6 +545,155 @@ TEST_F(ParameterMachineTest, NothingLeadsOutOfTheFolderOfParameters) {
                 ElementsAre("'vm' is a group of "
                             "parameters"));
   });
+}
+
+// Accounts.
+
+class AccountMachineTest : public SystemMachineTest {
+ protected:
+  AccountMachineTest() { File("etc/nsswitch.conf", "passwd: files\ngroup: files\n"); }
+
+  // Accounts from the number 1000 on. The groups of all of them are in the file.
+  void AddAccounts(long count, bool hasGroupEach) {
+    std::string accounts;
+    std::string groups;
+    for (long id = 1000; id < 1000 + count; ++id) {
+      const std::string number = std::to_string(id);
+      accounts += "u" + number + ":x:" + number + ":" + (hasGroupEach ? number : "1000") +
+                  "::/home:/bin/sh\n";
+      groups += "g" + number + ":x:" + number + ":\n";
+    }
+    File("etc/passwd", accounts);
+    File("etc/group", groups);
+  }
+
+  // The processor time of the command, in seconds.
+  static double TimeToList(std::size_t count) {
+    const std::clock_t start = std::clock();
+    EXPECT_THAT(Call("system account list").GetStructs(), SizeIs(count));
+    return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+  }
+};
+
+TEST_F(AccountMachineTest, HasAWordForEachMissingValue) {
+  File("etc/passwd", "bare:x:1000:77:::\nfull:x:1001:1000:Full Name,room:/home:/bin/false\n");
+  File("etc/group", "staff:x:1000:\n");
+  ExpectPrinted("system account list",
+                "Name  User Id  Group  Login  Shell       Home\n"
+                "----  -------  -----  -----  ----------  ----\n"
+                "bare     1000  77     true   /bin/sh     none\n"
+                "full     1001  staff  false  /bin/false  /home\n");
+  RunThere([] {
+    EXPECT_THAT(CallColumn("system account list", "Full Name"), ElementsAre("none", "Full Name"));
+    EXPECT_THAT(CallColumn("system account list", "Name", {{"minimum-id", "1001"}}),
+                ElementsAre("full"));
+  });
+}
+
+// Looking up each group by itself reads the file of groups once for each account.
+TEST_F(AccountMachineTest, GroupsOfManyAccountsAreLookedUpTogether) {
+  constexpr long kCount = 30000;
+  AddAccounts(kCount, true);
+  RunThere([this] {
+    const double apart = TimeToList(kCount);
+    AddAccounts(kCount, false);
+    const double shared = TimeToList(kCount);
+    EXPECT_LT(apart, 5 * shared) << "the same number of accounts in one group";
+  });
+}
+
+// Crontabs.
+
+class CrontabMachineTest : public SystemMachineTest {
+ protected:
+  CrontabMachineTest() {
+    File("etc/crontab", "SHELL=/bin/sh\n17 * * * * root run-parts --report /etc/cron.hourly\n");
+    File("etc/cron.d/backup", "@reboot backup /usr/bin/save all\n70 1 * * * root never\n@often\n");
+    File("var/spool/cron/crontabs/bob", "*/5 8-18 * * Mon-Fri check mail\n");
+    File("var/spool/cron/crontabs/anna", "MAILTO=ann\n@daily tidy \x1b[2J\n");
+  }
+
+  static std::vector<std::string> Commands(const Parameters& parameters) {
+    return CallColumn("system crontab list", "Command", parameters);
+  }
+};
+
+TEST_F(CrontabMachineTest, ListsTheCommandsOfUsersAndOfTheSystem) {
+  ExpectPrinted("system crontab list",
+                "User     Schedule              Command\n"
+                "-------  --------------------  -------\n"
+                "anna     @daily                tidy \\x1b[2J\n"
+                "bob      */5 8-18 * * Mon-Fri  check mail\n"
+                "root     17 * * * *            run-parts --report /etc/cron.hourly\n"
+                "backup   @reboot               /usr/bin/save all\n"
+                "unknown  broken                70 1 * * * root never\n"
+                "unknown  broken                @often\n");
+}
+
+TEST_F(CrontabMachineTest, ShowsEveryField) {
+  RunThere([] {
+    const std::vector<Row> rows = CallRows("system crontab list");
+    ASSERT_EQ(rows.size(), 6u);
+    EXPECT_EQ(rows[0], Row({{"User", "anna"},
+                            {"Schedule", "@daily"},
+                            {"Minute", "0"},
+                            {"Hour", "0"},
+                            {"Day", "*"},
+                            {"Month", "*"},
+                            {"Weekday", "*"},
+                            {"Command", "tidy \\x1b[2J"},
+                            {"Environment", "MAILTO=ann"},
+                            {"File", "/var/spool/cron/crontabs/anna"},
+                            {"Line", "2"},
+                            {"Problem", "none"}}));
+    EXPECT_EQ(rows[3].at("Minute"), "-") << "@reboot";
+    EXPECT_EQ(rows[3].at("Environment"), "") << "an empty list";
+    EXPECT_EQ(rows[4], Row({{"User", "unknown"},
+                            {"Schedule", "broken"},
+                            {"Minute", "-"},
+                            {"Hour", "-"},
+                            {"Day", "-"},
+                            {"Month", "-"},
+                            {"Weekday", "-"},
+                            {"Command", "70 1 * * * root never"},
+                            {"Environment", ""},
+                            {"File", "/etc/cron.d/backup"},
+                            {"Line", "2"},
+                            {"Problem", "'70' is not a valid minute"}}));
+  });
+}
+
+TEST_F(CrontabMachineTest, FiltersEntries) {
+  RunThere([] {
+    EXPECT_THAT(Commands({{"user", "bob"}, {"source", "user"}}), ElementsAre("check mail"));
+    EXPECT_THAT(Commands({{"user", "b*"}}),
+                ElementsAre("check mail", "/usr/bin/save all", "70 1 * * * root never", "@often"))
+        << "a broken line may be one of anybody";
+    EXPECT_THAT(Commands({{"user", "bo"}, {"source", "user"}}), IsEmpty());
+    EXPECT_THAT(Commands({{"match", "^(check|run)"}}),
+                ElementsAre("check mail", "run-parts --report /etc/cron.hourly"));
+    EXPECT_THAT(Commands({{"source", "system"}, {"match", "save"}}),
+                ElementsAre("/usr/bin/save all"));
+    EXPECT_THAT(Commands({{"source", "user"}}), SizeIs(2));
+    EXPECT_THAT(CallErrors("system crontab list", {{"match", "("}}),
+                ElementsAre(HasSubstr("'(' is not a regular expression")));
+  });
+}
+
+TEST_F(CrontabMachineTest, SomeUsersMayReadTheEntriesOfTheSystemAlone) {
+  Mode("var/spool/cron/crontabs", 0700);
+  RunThere([] {
+    const PlainUser user;
+    EXPECT_THAT(CallErrors("system crontab list"),
+                ElementsAre("Unable to read /var/spool/cron/crontabs: Permission denied"));
+    EXPECT_THAT(CallRows("system crontab list", {{"source", "system"}}), SizeIs(4));
+  });
+}
+
+TEST_F(SystemMachineTest, AMachineWithoutCronHasNoEntries) {
+  Folder("etc");
+  Folder("var");
+  RunThere([] { EXPECT_THAT(CallRows("system crontab list"), IsEmpty()); });
 }
 
 // Sessions.

@@ -14,6 +14,7 @@ case ${1-} in --salt=*) salt=${1#--salt=} ;; esac
 IFS= read -r password || :
 if read -r more || [ -n "$more" ]; then fail "A password has one line"; fi
 [ -n "$password" ] || fail "The password is empty"
+need wc coreutils
 [ "$(printf '%s' "$password" | wc -c)" -le 256 ] || fail "The password is longer than 256 bytes"
 
 need openssl openssl

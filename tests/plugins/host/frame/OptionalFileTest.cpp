@@ -1,8 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "plugins/host/system/SystemFolder.h"
-
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -15,6 +13,7 @@
 #include <vector>
 
 #include "kestrel/KestrelException.h"
+#include "plugins/host/frame/HostFile.h"
 #include "plugins/host/support/PlainUser.h"
 #include "support/ScopedTempDir.h"
 
@@ -45,7 +44,7 @@ class NoMoreFiles {
   struct rlimit limit_ = {};
 };
 
-TEST(SystemFolderTest, ReadsWhatIsThere) {
+TEST(OptionalFileTest, ReadsWhatIsThere) {
   const ScopedTempDir folder;
   const std::string file = folder.Write("b", "text\n");
   folder.Write("a", "");
@@ -55,7 +54,7 @@ TEST(SystemFolderTest, ReadsWhatIsThere) {
   EXPECT_TRUE(Exists(file));
 }
 
-TEST(SystemFolderTest, WhatIsMissingIsNothing) {
+TEST(OptionalFileTest, WhatIsMissingIsNothing) {
   const ScopedTempDir folder;
   const std::string file = folder.Write("file", "");
   for (const std::string& path : {folder.GetPath("no"), folder.GetPath("no/no"), file + "/no"}) {
@@ -65,13 +64,13 @@ TEST(SystemFolderTest, WhatIsMissingIsNothing) {
   }
 }
 
-TEST(SystemFolderTest, AnEmptyFolderIsNotAMissingOne) {
+TEST(OptionalFileTest, AnEmptyFolderIsNotAMissingOne) {
   const ScopedTempDir folder;
   EXPECT_THAT(ListOptionalFolder(folder.GetPath()), Optional(IsEmpty()));
   EXPECT_THAT(ReadOptionalFile(folder.Write("empty", "")), Optional(std::string()));
 }
 
-TEST(SystemFolderTest, ALinkWithoutATargetExistsButHasNoContent) {
+TEST(OptionalFileTest, ALinkWithoutATargetExistsButHasNoContent) {
   const ScopedTempDir folder;
   const std::string link = folder.GetPath("link");
   ASSERT_EQ(::symlink("/nowhere/at/all", link.c_str()), 0);
@@ -80,7 +79,7 @@ TEST(SystemFolderTest, ALinkWithoutATargetExistsButHasNoContent) {
   EXPECT_EQ(ListOptionalFolder(link), std::nullopt);
 }
 
-TEST(SystemFolderTest, WhatMayNotBeReadIsAnError) {
+TEST(OptionalFileTest, WhatMayNotBeReadIsAnError) {
   const ScopedTempDir folder;
   ASSERT_EQ(::chmod(folder.GetPath().c_str(), 0755), 0);
   const std::string file = folder.Write("closed/file", "text");
@@ -98,7 +97,7 @@ TEST(SystemFolderTest, WhatMayNotBeReadIsAnError) {
   ASSERT_EQ(::chmod(closed.c_str(), 0755), 0);
 }
 
-TEST(SystemFolderTest, ALoopOfLinksIsAnError) {
+TEST(OptionalFileTest, ALoopOfLinksIsAnError) {
   const ScopedTempDir folder;
   const std::string link = folder.GetPath("loop");
   ASSERT_EQ(::symlink("loop", link.c_str()), 0);
@@ -108,7 +107,7 @@ TEST(SystemFolderTest, ALoopOfLinksIsAnError) {
   EXPECT_THAT([&] { ListOptionalFolder(link); }, loops);
 }
 
-TEST(SystemFolderTest, TooManyOpenFilesAreAnError) {
+TEST(OptionalFileTest, TooManyOpenFilesAreAnError) {
   const ScopedTempDir folder;
   const std::string file = folder.Write("file", "text");
   const NoMoreFiles none;
@@ -119,7 +118,7 @@ TEST(SystemFolderTest, TooManyOpenFilesAreAnError) {
                                               ": Too many open files"));
 }
 
-TEST(SystemFolderTest, ListsAFolderOfManyNamesCompletely) {
+TEST(OptionalFileTest, ListsAFolderOfManyNamesCompletely) {
   const ScopedTempDir folder;
   for (int i = 0; i < 3000; ++i) {
     folder.Write("name " + std::to_string(i), "");

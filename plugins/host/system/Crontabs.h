@@ -1,0 +1,43 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Kestrel::Host {
+
+/// The columns of a schedule: minute, hour, day of the month, month and day of the week.
+constexpr std::size_t kCrontabColumns = 5;
+
+/// A command that cron starts at set times, or a line of a crontab that cron does not understand.
+struct CrontabEntry {
+  std::string user;      ///< Empty if a broken line does not name it.
+  std::string schedule;  ///< As written: the columns separated by spaces, or a word such as @daily.
+  std::array<std::string, kCrontabColumns> columns;  ///< Empty for @reboot.
+  std::string command;                   ///< As written; the whole line if it is broken.
+  std::string problem;                   ///< What is wrong; empty if nothing is.
+  std::vector<std::string> environment;  ///< The settings above the line, as NAME=VALUE.
+  std::string file;
+  long line = 0;
+};
+
+/// Parses the content of a crontab. `user` owns it; if that is empty, each line has a column with a
+/// user.
+std::vector<CrontabEntry> ParseCrontab(std::string_view text, const std::string& file,
+                                       const std::string& user);
+
+// The crontabs below `root`, by the names of their files. A file or folder that does not exist has
+// no entries; each throws KestrelException if one cannot be read.
+
+/// Reads those of the users, in /var/spool/cron/crontabs.
+std::vector<CrontabEntry> ReadUserCrontabs(const std::string& root);
+
+/// Reads /etc/crontab and the files in /etc/cron.d whose names cron accepts.
+std::vector<CrontabEntry> ReadSystemCrontabs(const std::string& root);
+
+}  // namespace Kestrel::Host
