@@ -56,7 +56,7 @@ std::vector<std::string> ListRequiredFolder(const std::string& path);
 std::optional<std::vector<std::string>> ListOptionalFolder(const std::string& path);
 
 /// Whether there is anything at `path`; a link counts even if its target is missing. Throws
-/// KestrelException if that cannot be told.
+/// KestrelException if that is unknown.
 bool Exists(const std::string& path);
 
 /// Throws KestrelException if the folder is missing or empty, as a folder of the kernel is that is

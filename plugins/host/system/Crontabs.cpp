@@ -147,7 +147,7 @@ bool IsSettingName(std::string_view name) {
   });
 }
 
-// Returns the name and the value, or nothing if the line is no setting.
+// Returns the name and the value, or nothing if the line is not a setting.
 std::optional<std::pair<std::string, std::string>> ParseSetting(std::string_view line) {
   const std::string_view name = TakeQuoted(line, " \t=");
   line = SkipBlanks(line);
