@@ -60,6 +60,14 @@ std::optional<std::string> ReadFile(const std::string& path) {
   }
 }
 
+std::optional<std::string> ReadExistingFile(const std::string& path) {
+  auto text = ReadFile(path);
+  if (!text && errno != ENOENT && errno != ENOTDIR) {
+    throw KestrelException("Unable to read " + path + ": " + std::strerror(errno));
+  }
+  return text;
+}
+
 std::string ReadRequiredFile(const std::string& path) {
   auto text = ReadFile(path);
   if (!text) {

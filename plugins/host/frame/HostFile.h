@@ -18,6 +18,10 @@ extern const char* const kSys;
 /// or read completely.
 std::optional<std::string> ReadFile(const std::string& path);
 
+/// Returns the content of a file that need not exist; nothing if it does not. Throws
+/// KestrelException with the path and the system's message if it exists and cannot be read.
+std::optional<std::string> ReadExistingFile(const std::string& path);
+
 /// Returns the content of a file that must be readable. Throws KestrelException with the path and
 /// the system's message.
 std::string ReadRequiredFile(const std::string& path);

@@ -60,7 +60,7 @@ class SystemCpuUsageList final : public ListCommand {
   SystemCpuUsageList()
       : ListCommand("List how busy the processors are.", Shape,
                     "All processors together, then each that is online, sorted by number.") {
-    ShowColumns("Cpu,Busy,User,Nice,System,Wait,Steal,Idle");
+    ShowColumns("Cpu,Busy,User,Nice,System,Wait,Steal,Idle", {{"wrap-last", "true"}});
     AddExample("", "Show how busy the processors are for half a second");
     AddExample("--interval 2000", "Look for two seconds");
     AddExample("--sort Busy --descending --limit 5", "List the busiest processors");

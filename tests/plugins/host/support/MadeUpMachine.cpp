@@ -21,6 +21,15 @@ MadeUpMachineTest::MadeUpMachineTest() {
   }
 }
 
+bool MadeUpMachineTest::IsFile(const std::string& path) const {
+  struct stat status = {};
+  return ::stat(files_.GetPath(path).c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+std::string MadeUpMachineTest::Content(const std::string& path) const {
+  return IsFile(path) ? files_.Read(path) : std::string();
+}
+
 void MadeUpMachineTest::Mode(const std::string& path, mode_t mode) {
   EXPECT_EQ(::chmod(files_.GetPath(path).c_str(), mode), 0) << path;
 }

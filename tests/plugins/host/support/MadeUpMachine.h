@@ -23,6 +23,8 @@ class MadeUpMachineTest : public ::testing::Test {
   // Paths are relative to the root of the machine, as in "proc/loadavg".
   void File(const std::string& path, std::string_view text) { files_.Write(path, text); }
   void Folder(const std::string& path) { files_.MakeDirectory(path); }
+  bool IsFile(const std::string& path) const;
+  std::string Content(const std::string& path) const;
   void Mode(const std::string& path, mode_t mode);
   void Link(const std::string& path, const std::string& target);
 

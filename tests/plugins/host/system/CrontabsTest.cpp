@@ -28,6 +28,7 @@ using ::testing::ThrowsMessage;
 // One line per entry: its line, user, schedule and command, and its problem if it has one.
 std::vector<std::string> Show(const std::vector<CrontabEntry>& entries) {
   std::vector<std::string> lines;
+  lines.reserve(entries.size());
   for (const CrontabEntry& entry : entries) {
     lines.push_back(std::to_string(entry.line) + "|" + entry.user + "|" + entry.schedule + "|" +
                     entry.command + (entry.problem.empty() ? "" : "|" + entry.problem));
