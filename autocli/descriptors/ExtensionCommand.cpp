@@ -34,10 +34,75 @@ constexpr char kDoubleQuote = '"';
 
 std::string InDoubleQuotes(const std::string& text) { return kDoubleQuote + text + kDoubleQuote; }
 
+using Origin = MarkedText::Origin;
+
+/// Whether a "#" comes before a newline in `value`. The "#" may begin a comment of the shell, which
+/// the newline ends even after a backslash: the rest would be another command.
+bool LeavesAComment(std::string_view value) {
+  const std::size_t begin = value.find('#');
+  return begin != std::string_view::npos && value.find('\n', begin) != std::string_view::npos;
+}
+
+/// Whether a "#" at `position` of a command line is at the beginning of a word.
+bool IsWordBegin(const MarkedText& line, std::size_t position) {
+  constexpr std::string_view kSpaces = " \t\n";
+  constexpr std::string_view kOperators = ";&|()<>`";
+  if (position == 0) {
+    return true;
+  }
+  const char before = line.Bytes()[position - 1];
+  return kSpaces.find(before) != std::string_view::npos ||
+         (!line.IsFromValue(position - 1) && kOperators.find(before) != std::string_view::npos);
+}
+
+/// Whether bare values in a command line may begin a comment and end it.
+bool LeavesAComment(const MarkedText& line) {
+  const std::string& bytes = line.Bytes();
+  if (bytes.find('\n') == std::string::npos) {
+    return false;
+  }
+  bool isComment = false;
+  for (std::size_t i = bytes.find_first_of("#\n"); i != std::string::npos;
+       i = bytes.find_first_of("#\n", i + 1)) {
+    const Origin origin = line.OriginOf(i);
+    if (origin == Origin::ValueThatLeavesAComment) {
+      return true;
+    }
+    const bool isNewline = bytes[i] == '\n';
+    if (origin == Origin::BareValue && isNewline && isComment) {
+      return true;
+    }
+    if (origin == Origin::BareValue && !isNewline) {
+      isComment = isComment || IsWordBegin(line, i);
+    } else if (origin == Origin::Template && isNewline) {
+      isComment = false;
+    }
+  }
+  return false;
+}
+
+/// Whether a command line contains a newline from a bare value.
+bool HasBareNewline(const MarkedText& line) {
+  const std::string& bytes = line.Bytes();
+  std::size_t i = bytes.find('\n');
+  while (i != std::string::npos && line.OriginOf(i) != Origin::BareValue) {
+    i = bytes.find('\n', i + 1);
+  }
+  return i != std::string::npos;
+}
+
+/// Thrown for a value that must not reach the shell.
+struct RefusedValue : KestrelException {
+  using KestrelException::KestrelException;
+};
+
 /// Inserts the values of parameters into a template.
 class Substitution {
  public:
   Substitution(const Input& input, bool forStdin) : input_(input), forStdin_(forStdin) {}
+
+  /// Regards only the values of the parameter `name` as bare.
+  void WatchOnly(const std::string& name) { watched_ = &name; }
 
   /// Returns the template with the parameters `names` inserted, one after the other.
   TemplateText Apply(const std::string& text, const std::vector<std::string>& names) const {
@@ -71,9 +136,11 @@ class Substitution {
     if (forStdin_) {
       text.InsertValue(name, value);
     } else if (*place == TemplateText::ValuePlace::InSingleQuotes) {
-      text.InsertValue(name, ExtensionCommand::SanitizeChar(WithoutNul(value), kSingleQuote));
+      text.InsertValue(name, ExtensionCommand::SanitizeChar(WithoutNul(value), kSingleQuote),
+                       BareOrigin(name, value));
     } else {
-      text.InsertValue(name, ExtensionCommand::SanitizeInput(WithoutNul(value)));
+      text.InsertValue(name, ExtensionCommand::SanitizeInput(WithoutNul(value)),
+                       BareOrigin(name, value));
     }
   }
 
@@ -83,10 +150,11 @@ class Substitution {
       return;
     }
     std::string value = Join(ListOf(name), form->separator);
+    const Origin origin = form->isQuoted ? Origin::Value : BareOrigin(name, value);
     if (!forStdin_) {
       value = ExtensionCommand::SanitizeInput(WithoutNul(value));
     }
-    text.InsertList(name, form->isQuoted ? InDoubleQuotes(value) : value);
+    text.InsertList(name, form->isQuoted ? InDoubleQuotes(value) : value, origin);
   }
 
   void ApplyMultiList(TemplateText& text, const std::string& name) const {
@@ -94,14 +162,25 @@ class Substitution {
     if (!form.has_value()) {
       return;
     }
+    const std::vector<std::string> items = ListOf(name);
+    // A comment that one value begins may end in another.
+    const Origin origin = form->isQuoted ? Origin::Value : BareOrigin(name, Join(items, ""));
     MarkedText values;
-    for (const std::string& value : ListOf(name)) {
+    for (const std::string& value : items) {
       values.AppendTemplate(" ");
       values.Append(form->prefix);
       values.AppendTemplate(" ");
-      values.AppendValue(ListItem(value, form->isQuoted));
+      values.AppendValue(ListItem(value, form->isQuoted), origin);
     }
     text.InsertMultiList(name, values);
+  }
+
+  /// The origin of the value of a parameter where it is not in quotes.
+  Origin BareOrigin(const std::string& name, std::string_view value) const {
+    if (watched_ != nullptr && *watched_ != name) {
+      return Origin::Value;
+    }
+    return LeavesAComment(value) ? Origin::ValueThatLeavesAComment : Origin::BareValue;
   }
 
   std::string ListItem(const std::string& value, bool isQuoted) const {
@@ -138,7 +217,28 @@ class Substitution {
 
   const Input& input_;
   const bool forStdin_;
+  const std::string* watched_ = nullptr;
 };
+
+/// Refuses the parameter because of which a command line leaves a comment of the shell.
+[[noreturn]] void Refuse(const Input& input, const std::string& text,
+                         const std::vector<std::string>& names) {
+  std::string refused;
+  for (const std::string& name : names) {
+    Substitution substitution(input, false);
+    substitution.WatchOnly(name);
+    TemplateText line = substitution.Apply(text, names);
+    line.RemoveConditionals();
+    if (LeavesAComment(line.GetMarkedText())) {
+      throw RefusedValue("The value of the parameter '" + name +
+                         "' is not passed to the shell: it contains a '#' and after it a newline");
+    }
+    refused = HasBareNewline(line.GetMarkedText()) ? name : refused;
+  }
+  throw RefusedValue("The value of the parameter '" + refused +
+                     "' is not passed to the shell: it contains a newline, and a value before it "
+                     "begins with a '#'");
+}
 
 /// A call without input has no parameters.
 const Input& InputOrNone(const std::shared_ptr<Input>& input) {
@@ -222,7 +322,7 @@ std::shared_ptr<OutputSpec> ExtensionCommand::GetOutputSpecInternal() {
 }
 
 void ExtensionCommand::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                       const std::shared_ptr<Output>& output) {
+                                       const std::shared_ptr<Output>& output) try {
   const bool hasLocale = std::getenv("LANG") != nullptr;
   std::string commandLine = SubstituteInput(input, false);
   if (!hasLocale) {
@@ -243,6 +343,8 @@ void ExtensionCommand::ExecuteInternal(const std::shared_ptr<Input>& input,
   if (!output->HasError()) {
     SetResult(result, *output);
   }
+} catch (const RefusedValue& refusal) {
+  output->AddErrorMessage(refusal.what());
 }
 
 std::string ExtensionCommand::SubstituteInput(const std::shared_ptr<Input>& input, bool forStdin) {
@@ -259,6 +361,9 @@ std::string ExtensionCommand::SubstituteInput(const std::shared_ptr<Input>& inpu
   }
   TemplateText substituted = Substitution(given, forStdin).Apply(text, names);
   substituted.RemoveConditionals();
+  if (!forStdin && LeavesAComment(substituted.GetMarkedText())) {
+    Refuse(given, text, names);
+  }
   return substituted.GetText();
 }
 

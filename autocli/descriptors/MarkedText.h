@@ -18,37 +18,42 @@ inline bool IsNameByte(char c) {
 /// a "$" in a value never begins a marker.
 class MarkedText {
  public:
+  /// Where a byte came from. The shell may interpret some bytes of a bare value, and the end of a
+  /// value that leaves its comment as another command.
+  enum class Origin : char { Template, Value, BareValue, ValueThatLeavesAComment };
+
   MarkedText() = default;
   explicit MarkedText(std::string_view text) { AppendTemplate(text); }
 
-  void AppendTemplate(std::string_view text) { Append(text, '\0'); }
-  void AppendValue(std::string_view text) { Append(text, '\1'); }
+  void AppendTemplate(std::string_view text) { Append(text, Origin::Template); }
+  void AppendValue(std::string_view text, Origin origin = Origin::Value) { Append(text, origin); }
 
   /// Appends the `length` bytes of `other` from `position` on.
   void Append(const MarkedText& other, std::size_t position, std::size_t length) {
     bytes_.append(other.bytes_, position, length);
-    fromValue_.append(other.fromValue_, position, length);
+    origins_.append(other.origins_, position, length);
   }
   void Append(const MarkedText& other) { Append(other, 0, other.Size()); }
 
   /// Removes everything after the first `size` bytes. `size` must not exceed `Size()`.
   void Truncate(std::size_t size) {
     bytes_.resize(size);
-    fromValue_.resize(size);
+    origins_.resize(size);
   }
 
   const std::string& Bytes() const { return bytes_; }
   std::size_t Size() const { return bytes_.size(); }
-  bool IsFromValue(std::size_t position) const { return fromValue_[position] != '\0'; }
+  Origin OriginOf(std::size_t position) const { return static_cast<Origin>(origins_[position]); }
+  bool IsFromValue(std::size_t position) const { return OriginOf(position) != Origin::Template; }
 
  private:
-  void Append(std::string_view text, char fromValue) {
+  void Append(std::string_view text, Origin origin) {
     bytes_.append(text);
-    fromValue_.append(text.size(), fromValue);
+    origins_.append(text.size(), static_cast<char>(origin));
   }
 
   std::string bytes_;
-  std::string fromValue_;  // 0 or 1 for each byte of `bytes_`
+  std::string origins_;  // one for each byte of `bytes_`
 };
 
 }  // namespace Kestrel::AutoCli

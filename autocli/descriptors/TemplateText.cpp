@@ -200,6 +200,11 @@ class Occurrences {
   const std::string opening_;
 };
 
+bool IsInSingleQuotes(const std::string& text, const Marker& marker) {
+  return marker.begin > 0 && text[marker.begin - 1] == '\'' && marker.end < text.size() &&
+         text[marker.end] == '\'';
+}
+
 /// Replaces every occurrence by what `replacement` appends for it.
 template <typename Kind, typename Replacement>
 void ReplaceAll(MarkedText& text, const std::string& name, Replacement replacement) {
@@ -225,15 +230,15 @@ std::optional<TemplateText::ValuePlace> TemplateText::FindValue(const std::strin
   if (!last.has_value()) {
     return std::nullopt;
   }
-  const std::string& text = text_.Bytes();
-  const bool isQuoted = last->begin > 0 && text[last->begin - 1] == '\'' &&
-                        last->end < text.size() && text[last->end] == '\'';
-  return isQuoted ? ValuePlace::InSingleQuotes : ValuePlace::Bare;
+  return IsInSingleQuotes(text_.Bytes(), *last) ? ValuePlace::InSingleQuotes : ValuePlace::Bare;
 }
 
-void TemplateText::InsertValue(const std::string& name, std::string_view value) {
-  ReplaceAll<ValueMarker>(text_, name,
-                          [&](const Marker&, MarkedText& out) { out.AppendValue(value); });
+void TemplateText::InsertValue(const std::string& name, std::string_view value,
+                               MarkedText::Origin origin) {
+  ReplaceAll<ValueMarker>(text_, name, [&](const Marker& marker, MarkedText& out) {
+    const bool isQuoted = IsInSingleQuotes(text_.Bytes(), marker);
+    out.AppendValue(value, isQuoted ? MarkedText::Origin::Value : origin);
+  });
 }
 
 void TemplateText::KeepConditionals(const std::string& name) {
@@ -251,9 +256,10 @@ std::optional<TemplateText::ListForm> TemplateText::FindList(const std::string& 
                   last->flag};
 }
 
-void TemplateText::InsertList(const std::string& name, std::string_view value) {
+void TemplateText::InsertList(const std::string& name, std::string_view value,
+                              MarkedText::Origin origin) {
   ReplaceAll<ListMarker>(text_, name,
-                         [&](const Marker&, MarkedText& out) { out.AppendValue(value); });
+                         [&](const Marker&, MarkedText& out) { out.AppendValue(value, origin); });
 }
 
 std::optional<TemplateText::MultiListForm> TemplateText::FindMultiList(

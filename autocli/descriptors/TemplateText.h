@@ -24,7 +24,9 @@ class TemplateText {
   enum class ValuePlace { Bare, InSingleQuotes };
   /// Whether the last `$val{name}` is directly between single quotes; nothing when there is none.
   std::optional<ValuePlace> FindValue(const std::string& name) const;
-  void InsertValue(const std::string& name, std::string_view value);
+  /// `origin` is that of the value where it is not directly between single quotes.
+  void InsertValue(const std::string& name, std::string_view value,
+                   MarkedText::Origin origin = MarkedText::Origin::Value);
 
   /// Replaces every `$if{name,text}` by `text`, which ends at the first "}" after its first byte.
   void KeepConditionals(const std::string& name);
@@ -35,7 +37,8 @@ class TemplateText {
   };
   /// The form of the last `$list{name,'c',true|false}`; nothing when there is none.
   std::optional<ListForm> FindList(const std::string& name) const;
-  void InsertList(const std::string& name, std::string_view value);
+  void InsertList(const std::string& name, std::string_view value,
+                  MarkedText::Origin origin = MarkedText::Origin::Value);
 
   struct MultiListForm {
     MarkedText prefix;

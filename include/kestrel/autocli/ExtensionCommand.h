@@ -50,8 +50,8 @@ class KESTREL_API ExtensionCommand : public Command {
   /// value sets nothing.
   ///
   /// Errors become messages of `output`: each leading line that begins with "ERROR:", or a single
-  /// message when nothing was printed or the value is invalid. Throws KestrelException when the
-  /// child process cannot be run.
+  /// message when nothing was printed or the value is invalid, or when `SubstituteInput` refuses a
+  /// value; then nothing is run. Throws KestrelException when the child process cannot be run.
   void ExecuteInternal(const std::shared_ptr<CallSpec::Input>& input,
                        const std::shared_ptr<CallSpec::Output>& output) override;
 
@@ -60,7 +60,9 @@ class KESTREL_API ExtensionCommand : public Command {
   ///
   /// In a command line, values are escaped for the shell unless the form of the marker says
   /// otherwise, and lose their NUL bytes, which a command line cannot contain. Throws
-  /// KestrelException when a marker does not fit the type of its parameter.
+  /// KestrelException when a marker does not fit the type of its parameter, and when a value
+  /// outside of quotes contains a "#" and after it a newline, which could end a comment of the
+  /// shell.
   std::string SubstituteInput(const std::shared_ptr<CallSpec::Input>& input, bool forStdin);
 
   /// Returns `value` with a backslash before every character for which `isBadChar` is true.
