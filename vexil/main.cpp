@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -43,6 +44,15 @@ void OccupyStandardDescriptors() {
   }
 }
 
+// The caller may have left SIGCHLD ignored, which discards the status of every child, or signals
+// blocked, which could then not end the tool.
+void ResetSignals() {
+  std::signal(SIGCHLD, SIG_DFL);
+  sigset_t none;
+  sigemptyset(&none);
+  sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
 // Runs whenever the process exits: incomplete output must not look like success.
 void CheckStandardOutput() {
   if (!FlushOutput()) {
@@ -70,6 +80,7 @@ bool IsVersionWanted(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   OccupyStandardDescriptors();
+  ResetSignals();
   std::atexit(CheckStandardOutput);
   if (IsVersionWanted(argc, argv)) {
     std::puts("vexil " KESTREL_VERSION_STRING);

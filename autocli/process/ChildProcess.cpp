@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "autocli/process/FileDescriptor.h"
+#include "autocli/process/SignalForwarding.h"
 #include "autocli/text/SystemError.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/platform/Zoluser.h"
@@ -90,9 +91,17 @@ class Child {
     }
   }
 
-  void Started(pid_t pid) { pid_ = pid; }
+  void Started(pid_t pid) {
+    pid_ = pid;
+    forwarding_.Start(pid);
+  }
 
   int Wait(const std::string& commandLine) {
+    siginfo_t ended;
+    while (waitid(P_PID, static_cast<id_t>(pid_), &ended, WEXITED | WNOWAIT) < 0 &&
+           errno == EINTR) {
+    }
+    forwarding_.Stop();
     int status = 0;
     pid_t waited;
     do {
@@ -107,6 +116,7 @@ class Child {
   }
 
  private:
+  SignalForwarding forwarding_;  // the first: a signal may end the process when it is destroyed
   pid_t pid_ = 0;
 };
 

@@ -16,6 +16,9 @@ namespace Kestrel::AutoCli {
 /// time, so that no amount of either blocks both sides. Throws KestrelException with the system's
 /// message when a pipe, the start, a write, a read or the wait fails. All descriptors are closed in
 /// every case; a child that is still running then is reaped by a later call.
+///
+/// A SIGINT or SIGTERM that would end this process goes to the child and all processes below it;
+/// this process ends by it once the child has ended.
 int RunChildProcess(const std::vector<std::string>& arguments, const std::string& commandLine,
                     std::string& output, const std::string& stdinData);
 

@@ -21,9 +21,27 @@ namespace Kestrel::AutoCli {
 
 namespace {
 
-// SIGPIPE is included because writing the prompt can raise it.
-constexpr std::array<int, 7> kSignals = {SIGHUP,  SIGINT,  SIGQUIT, SIGPIPE,
-                                         SIGTERM, SIGTSTP, SIGCONT};
+// Whether a signal ends or stops the process by default and can be caught, or is SIGCONT.
+//
+// Faults of the process itself are included. SIGTTIN and SIGTTOU are not: they stop only a process
+// in the background, which leaves the terminal alone.
+bool IsGuarded(int signal) {
+  switch (signal) {
+    case SIGKILL:
+    case SIGSTOP:
+    case SIGCHLD:
+    case SIGTTIN:
+    case SIGTTOU:
+    case SIGURG:
+    case SIGWINCH:
+      return false;
+    default:
+      return true;
+  }
+}
+
+// All numbers from 1; the C library keeps some for itself and refuses to handle them.
+constexpr int kSignalEnd = _NSIG;
 
 // The data of the signal handlers; written only while none of them is installed.
 struct Terminal {
@@ -31,7 +49,7 @@ struct Terminal {
   termios hidden;
   const char* prompt;
   std::size_t promptSize;
-  std::array<struct sigaction, kSignals.size()> previous;
+  std::array<struct sigaction, kSignalEnd> previous;  // by the number of the signal
 };
 
 Terminal terminal;
@@ -82,11 +100,7 @@ struct sigaction MakeAction(int signal) {
 }
 
 struct sigaction& GetPrevious(int signal) {
-  std::size_t i = 0;
-  while (kSignals[i] != signal) {
-    ++i;
-  }
-  return terminal.previous[i];
+  return terminal.previous[static_cast<std::size_t>(signal)];
 }
 
 // Raises `signal` with the disposition that it had before the guard.
@@ -131,10 +145,12 @@ void Resume(int signal) {
 
 // A signal that was ignored stays ignored.
 void InstallHandlers() {
-  for (const int signal : kSignals) {
-    sigaction(signal, nullptr, &GetPrevious(signal));
+  for (int signal = 1; signal < kSignalEnd; ++signal) {
+    if (!IsGuarded(signal) || sigaction(signal, nullptr, &GetPrevious(signal)) != 0) {
+      GetPrevious(signal).sa_handler = SIG_IGN;
+    }
   }
-  for (const int signal : kSignals) {
+  for (int signal = 1; signal < kSignalEnd; ++signal) {
     if (GetPrevious(signal).sa_handler != SIG_IGN) {
       const struct sigaction own = MakeAction(signal);
       sigaction(signal, &own, nullptr);
@@ -143,8 +159,10 @@ void InstallHandlers() {
 }
 
 void RemoveHandlers() {
-  for (const int signal : kSignals) {
-    sigaction(signal, &GetPrevious(signal), nullptr);
+  for (int signal = 1; signal < kSignalEnd; ++signal) {
+    if (GetPrevious(signal).sa_handler != SIG_IGN) {
+      sigaction(signal, &GetPrevious(signal), nullptr);
+    }
   }
 }
 

@@ -269,10 +269,15 @@ INSTANTIATE_TEST_SUITE_P(Runs, EchoGuardRunTest, ::testing::ValuesIn(kRuns),
 
 std::vector<GuardedRun> MakeRunsThatASignalEnds() {
   std::vector<GuardedRun> runs;
-  for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM}) {
+  for (const int signal :
+       {SIGHUP,  SIGINT,    SIGQUIT, SIGILL,  SIGTRAP, SIGABRT, SIGBUS,    SIGFPE,
+        SIGUSR1, SIGSEGV,   SIGUSR2, SIGPIPE, SIGALRM, SIGTERM, SIGSTKFLT, SIGXCPU,
+        SIGXFSZ, SIGVTALRM, SIGPROF, SIGIO,   SIGPWR,  SIGSYS}) {
     const auto send = [signal](PseudoTerminal& terminal) { terminal.Send(signal); };
     runs.push_back({sigabbrev_np(signal), AskForSecret, send, signal});
   }
+  const auto sendRealTime = [](PseudoTerminal& terminal) { terminal.Send(SIGRTMAX); };
+  runs.push_back({"RealTime", AskForSecret, sendRealTime, SIGRTMAX});
   return runs;
 }
 

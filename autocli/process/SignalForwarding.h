@@ -1,0 +1,31 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <sys/types.h>
+
+namespace Kestrel::AutoCli {
+
+/// Passes SIGINT and SIGTERM on to a child process as long as the guard exists; then this process
+/// ends by the signal.
+///
+/// The child shares the process group of this process, so that it may use the terminal, and the
+/// group may have members that have nothing to do with the child. So the signal goes to the child
+/// and to all processes below it. A signal that is ignored, or for which the program has a handler,
+/// is left alone. There must not be two guards at a time.
+class SignalForwarding {
+ public:
+  SignalForwarding();
+  /// If a signal came, it is raised here with its default action.
+  ~SignalForwarding();
+  SignalForwarding(const SignalForwarding&) = delete;
+  SignalForwarding& operator=(const SignalForwarding&) = delete;
+
+  /// Begins to pass signals on to `child`, also one that came before.
+  void Start(pid_t child);
+  /// Ends passing on. To be called before the child is reaped: its number may be used again.
+  void Stop();
+};
+
+}  // namespace Kestrel::AutoCli
