@@ -24,7 +24,9 @@ ping ${family:+"$family"} -n -q -c "$count" -W 2 -- "$address" \
   >"$work/answer" 2>"$work/complaint" || status=$?
 # Status 1 means that the machine did not respond, which is a valid result.
 [ "$status" -le 1 ] || fail "$(complaint ping)"
-awk -v OFS='\t' -v address="$address" '
+# The address goes through the environment, because -v interprets backslashes.
+address=$address awk -v OFS='\t' '
+  BEGIN { address = ENVIRON["address"] }
   / packets transmitted, / { sent = $1; received = $4 }
   /^(rtt|round-trip) / { split($4, times, "/"); average = times[2] }
   END { print address, sent + 0, received + 0, average, (received > 0 ? "true" : "false") }

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "plugins/shell-common/Descriptors.h"
 #include "plugins/shell-common/MadeUpTool.h"
 #include "plugins/support/CommandCall.h"
 #include "support/Witness.h"
@@ -43,6 +44,12 @@ TEST(AddressCommandsTest, AcceptsThatThereIsNoResponse) {
                  {"Received", "0"},
                  {"Average", ""},
                  {"Reachable", "false"}}));
+}
+
+TEST(AddressCommandsTest, KeepsABackslashInAnAddress) {
+  const MadeUpTool ping("ping", "echo '3 packets transmitted, 0 received'\nexit 1\n");
+  EXPECT_THAT(Witness("'" + ScriptPath("check-address.sh") + "' 'a\\tb\\\\c'"),
+              ::testing::HasSubstr("<string>a\\tb\\\\c</string>"));
 }
 
 TEST(AddressCommandsTest, ReportsTheErrorOfPing) {

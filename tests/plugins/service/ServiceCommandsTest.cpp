@@ -40,9 +40,9 @@ class ScriptServicesTest : public ::testing::Test {
     return {{"Name", name}, {"State", state}, {"Source", "init.d"}, {"Description", description}};
   }
 
-  const Row ann_ = Service("ann", "running", "Runs & <rests>\tnow");
+  const Row ann_ = Service("ann", "running", "Runs & <rests>\\x09now");
   const Row bob_ = Service("bob", "stopped");
-  const Row odd_ = Service("odd\nname", "unknown");
+  const Row odd_ = Service("odd\\x0aname", "unknown");
   const Row silent_ = Service("silent", "unknown");
   ScopedTempDir scripts_;
 
