@@ -14,8 +14,10 @@
 #include <memory>
 #include <new>
 #include <optional>
+#include <string>
 #include <string_view>
 
+#include "autocli/text/TerminalText.h"
 #include "kestrel/Version.h"
 #include "kestrel/autocli/CliDispatcher.h"
 #include "kestrel/autocli/OptionParser.h"
@@ -25,7 +27,10 @@
 namespace {
 
 // Through the C stream: a plug-in may have set a width on std::cerr or made it throw.
-void Report(const char* message) { std::fprintf(stderr, "%s\n", message); }
+void Report(const char* message) {
+  const std::string shown = Kestrel::AutoCli::MessageFor(STDERR_FILENO, message);
+  std::fprintf(stderr, "%s\n", shown.c_str());
+}
 
 // Ends the tool when memory runs out where nothing can catch that: in the initialisers of a
 // library, and while an exception is thrown. Every other failure aborts.
