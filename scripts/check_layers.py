@@ -79,9 +79,14 @@ FOR_USERS = {
     ],
 }
 
-# The exception to the rule that private headers of the library are for the library: the tool, which
-# is installed with the library of its own version, reads rows of a result in place.
-READS_PRIVATE = [("vexil/formats/Values.h", "metaobj/ValueAccess.h")]
+# The exceptions to the rule that private headers of the library are for the library: the tool, which
+# is installed with the library of its own version, reads rows of a result in place and shows its
+# messages as the library does.
+READS_PRIVATE = [
+    ("vexil/formats/Values.h", "metaobj/ValueAccess.h"),
+    ("vexil/Advice.cpp", "autocli/text/TerminalText.h"),
+    ("vexil/main.cpp", "autocli/text/TerminalText.h"),
+]
 
 # Includes that only these folders of the library may use, by the start of the header's name.
 RESERVED = {

@@ -11,6 +11,7 @@
 #include <optional>
 #include <vector>
 
+#include "autocli/text/TerminalText.h"
 #include "kestrel/autocli/RootNamespace.h"
 #include "vexil/CommandLine.h"
 #include "vexil/Hints.h"
@@ -52,7 +53,10 @@ std::string FindSuggestions(const AutoCli::Dispatcher& dispatcher, const Words& 
 }
 
 // Through the C stream: a plug-in may have set a width on std::cerr or made it throw.
-void PrintLine(const std::string& line) { std::fprintf(stderr, "%s\n", line.c_str()); }
+void PrintLine(const std::string& line) {
+  const std::string shown = AutoCli::MessageFor(STDERR_FILENO, line);
+  std::fprintf(stderr, "%s\n", shown.c_str());
+}
 
 template <typename Action>
 void IgnoreFailure(const Action& action) {

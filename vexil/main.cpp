@@ -12,8 +12,12 @@
 #include <ios>
 #include <iostream>
 #include <memory>
+#include <new>
+#include <optional>
+#include <string>
 #include <string_view>
 
+#include "autocli/text/TerminalText.h"
 #include "kestrel/Version.h"
 #include "kestrel/autocli/CliDispatcher.h"
 #include "kestrel/autocli/OptionParser.h"
@@ -23,7 +27,34 @@
 namespace {
 
 // Through the C stream: a plug-in may have set a width on std::cerr or made it throw.
-void Report(const char* message) { std::fprintf(stderr, "%s\n", message); }
+void Report(const char* message) {
+  const std::string shown = Kestrel::AutoCli::MessageFor(STDERR_FILENO, message);
+  std::fprintf(stderr, "%s\n", shown.c_str());
+}
+
+// Ends the tool when memory runs out where nothing can catch that: in the initialisers of a
+// library, and while an exception is thrown. Every other failure aborts.
+[[noreturn]] void Terminate() {
+  try {
+    if (const std::exception_ptr failure = std::current_exception()) {
+      std::rethrow_exception(failure);
+    }
+  } catch (const std::bad_alloc&) {
+  } catch (...) {
+    std::abort();
+  }
+  constexpr std::string_view kMessage = "Out of memory\n";
+  if (write(STDERR_FILENO, kMessage.data(), kMessage.size()) < 0) {
+    _exit(EXIT_FAILURE);
+  }
+  _exit(EXIT_FAILURE);
+}
+
+void HandleTermination(int, char**, char**) { std::set_terminate(Terminate); }
+
+// Runs before the initialisers of all libraries.
+__attribute__((section(".preinit_array"), used)) void (*const kFirst)(int, char**,
+                                                                      char**) = HandleTermination;
 
 // Whether everything printed so far has reached standard output.
 bool FlushOutput() {
@@ -87,16 +118,22 @@ int main(int argc, char** argv) {
     return EXIT_SUCCESS;
   }
   // Outside of the try block, so that the plug-in that has the class of an exception stays loaded.
-  Kestrel::AutoCli::CliDispatcher dispatcher;
+  std::optional<Kestrel::AutoCli::CliDispatcher> dispatcher;
   try {
-    dispatcher.RegisterPlugin(std::make_shared<Kestrel::Formats::FormatsPlugin>());
-    dispatcher.AddDefaultDirectories();
-    HandleArguments(dispatcher, argc, argv);
+    dispatcher.emplace();
+    dispatcher->RegisterPlugin(std::make_shared<Kestrel::Formats::FormatsPlugin>());
+    dispatcher->AddDefaultDirectories();
+    HandleArguments(*dispatcher, argc, argv);
+  } catch (const std::bad_alloc&) {
+    FlushOutput();
+    Report("Out of memory");
   } catch (const std::exception& error) {
     FlushOutput();  // first, so that output and message appear in order
     Report(error.what());
-    Kestrel::Vexil::PrintSuggestions(dispatcher, argc, argv, error.what());
-    Kestrel::Vexil::PrintHints(dispatcher, argc, argv);
+    if (dispatcher.has_value()) {
+      Kestrel::Vexil::PrintSuggestions(*dispatcher, argc, argv, error.what());
+      Kestrel::Vexil::PrintHints(*dispatcher, argc, argv);
+    }
   } catch (const abi::__forced_unwind&) {
     throw;  // by pthread_exit, which has to pass
   } catch (...) {

@@ -16,6 +16,7 @@
 #include "autocli/descriptors/TemplateParts.h"
 #include "autocli/descriptors/TemplateText.h"
 #include "autocli/process/ShellCommand.h"
+#include "autocli/process/TypedSecrets.h"
 #include "autocli/text/StartsWith.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/XmlUtil.h"
@@ -240,6 +241,12 @@ class Substitution {
                      "begins with a '#'");
 }
 
+/// Wipes a string when it is destroyed, if a secret is held.
+struct WipeAtEnd {
+  std::string& text;
+  ~WipeAtEnd() { TypedSecrets::WipeIfHeld(text); }
+};
+
 /// A call without input has no parameters.
 const Input& InputOrNone(const std::shared_ptr<Input>& input) {
   static const std::shared_ptr<Input> none = Input::New();
@@ -261,7 +268,8 @@ void ReportNoData(const std::string& commandLine, int status, Output& output) {
   // Deliberate, because scripts match this message: the third line begins with U+0435, and the
   // number is 1 for a child that exited and 0 for one that a signal ended, not the exit code.
   const std::string message =
-      "Got no data from process.\nCommand " + InDoubleQuotes(commandLine) +
+      "Got no data from process.\nCommand " +
+      InDoubleQuotes(TypedSecrets::Mask(commandLine, ExtensionCommand::SanitizeInput)) +
       "\n\xD0\xB5xited with error code: " + std::to_string(WIFEXITED(status) ? 1 : 0);
   syslog(LOG_ERR, "%s", message.c_str());
   output.AddErrorMessage(message);
@@ -325,10 +333,12 @@ void ExtensionCommand::ExecuteInternal(const std::shared_ptr<Input>& input,
                                        const std::shared_ptr<Output>& output) try {
   const bool hasLocale = std::getenv("LANG") != nullptr;
   std::string commandLine = SubstituteInput(input, false);
+  const WipeAtEnd wipeCommandLine{commandLine};
   if (!hasLocale) {
     commandLine.insert(0, "LANG=en_US.UTF-8 ");
   }
-  const std::string stdinData = SubstituteInput(input, true);
+  std::string stdinData = SubstituteInput(input, true);
+  const WipeAtEnd wipeStdin{stdinData};
 
   const bool takesUser = GetInputSpecInternal()->IsContextSupported("user");
   const std::string user = takesUser ? InputOrNone(input).GetContext("user") : std::string();

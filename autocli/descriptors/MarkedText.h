@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "autocli/process/TypedSecrets.h"
+
 namespace Kestrel::AutoCli {
 
 /// Whether `c` may be part of a parameter's name.
@@ -24,6 +26,13 @@ class MarkedText {
 
   MarkedText() = default;
   explicit MarkedText(std::string_view text) { AppendTemplate(text); }
+  MarkedText(const MarkedText&) = default;
+  MarkedText(MarkedText&&) = default;
+  MarkedText& operator=(const MarkedText&) = default;
+  MarkedText& operator=(MarkedText&&) = default;
+  ~MarkedText() { TypedSecrets::WipeIfHeld(bytes_); }
+
+  void Reserve(std::size_t size) { bytes_.reserve(size); }
 
   void AppendTemplate(std::string_view text) { Append(text, Origin::Template); }
   void AppendValue(std::string_view text, Origin origin = Origin::Value) { Append(text, origin); }

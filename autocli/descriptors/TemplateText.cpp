@@ -22,6 +22,7 @@ namespace Kestrel::AutoCli {
 namespace {
 
 constexpr std::size_t kNone = std::string::npos;
+constexpr std::size_t kMaxSecret = 4096;  // as long as a terminal lets a line be
 
 /// The extent of one occurrence of a marker, and of the part of it that varies.
 struct Marker {
@@ -210,6 +211,9 @@ template <typename Kind, typename Replacement>
 void ReplaceAll(MarkedText& text, const std::string& name, Replacement replacement) {
   const Occurrences<Kind> occurrences(text, name);
   MarkedText replaced;
+  if (TypedSecrets::AreHeld()) {
+    replaced.Reserve(text.Size() + kMaxSecret);  // growth would leave a part of a secret in memory
+  }
   std::size_t done = 0;
   Marker marker;
   while (occurrences.Next(done, marker)) {

@@ -9,7 +9,22 @@
 #include <cstdio>
 #include <string>
 
+#include "autocli/text/TerminalText.h"
+
 namespace Kestrel::AutoCli {
+
+namespace {
+
+/// The handler that writes to standard error.
+xmlGenericErrorFunc DefaultHandler() {
+  const xmlGenericErrorFunc current = xmlGenericError;
+  initGenericErrorDefaultFunc(nullptr);
+  const xmlGenericErrorFunc handler = xmlGenericError;
+  xmlGenericError = current;
+  return handler;
+}
+
+}  // namespace
 
 XmlDiagnostics::XmlDiagnostics(Mode mode)
     : mode_(mode),
@@ -44,7 +59,9 @@ void XmlDiagnostics::Receive(void* self, const char* format, ...) {
   va_end(arguments);
   // The default handler ignores its argument and uses the global context, which it may set.
   xmlGenericErrorContext = diagnostics.context_;
-  diagnostics.handler_(diagnostics.context_, "%s", piece);
+  const bool isShown = diagnostics.handler_ == DefaultHandler();
+  const std::string shown = isShown ? MessageFor(STDERR_FILENO, piece) : std::string(piece);
+  diagnostics.handler_(diagnostics.context_, "%s", shown.c_str());
   diagnostics.context_ = xmlGenericErrorContext;
   xmlGenericErrorContext = self;
 }

@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "autocli/dispatch/CommandCall.h"
+#include "autocli/process/TypedSecrets.h"
 #include "autocli/text/Report.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/CliDispatcherHelpFormatter.h"
@@ -103,6 +104,32 @@ void AddParameters(OptionParser& parser, CommandInput& input, Output& output) {
     output.AddErrorMessage(error);
   }
 }
+
+/// Wipes the secrets in a parser and an input when it is destroyed.
+class SecretWipe {
+ public:
+  SecretWipe(OptionParser& parser, const CommandInput& input) : parser_(parser), input_(input) {}
+  SecretWipe(const SecretWipe&) = delete;
+  SecretWipe& operator=(const SecretWipe&) = delete;
+  ~SecretWipe() {
+    if (!TypedSecrets::AreHeld()) {
+      return;
+    }
+    // Both objects are not const, and no caller reads these values afterwards.
+    for (const auto& [name, value] : parser_.GetCommandParameters()) {
+      TypedSecrets::WipeIfSecret(const_cast<std::string&>(value));
+    }
+    for (const auto& [name, values] : input_.GetParameters()) {
+      for (const std::string& value : values) {
+        TypedSecrets::WipeIfSecret(const_cast<std::string&>(value));
+      }
+    }
+  }
+
+ private:
+  OptionParser& parser_;
+  const CommandInput& input_;
+};
 
 // How `output` is printed unless the user chooses otherwise. Help is printed in the same way for
 // all commands.
@@ -261,7 +288,9 @@ bool CliDispatcher::HandlePath(OptionParser& parser, const FormatParameters& cho
 bool CliDispatcher::RunCommand(const std::shared_ptr<NamespaceNode>& node, OptionParser& parser,
                                const FormatParameters& choices,
                                const std::shared_ptr<CommandOutput>& output) {
+  const TypedSecrets secrets;
   const std::shared_ptr<CommandInput> input = CommandInput::New();
+  const SecretWipe wipe(parser, *input);
   input->SetDispatcher(dispatcherName_);
   input->SetCommandPath(parser.GetCommandPath());
   if (const auto spec = std::dynamic_pointer_cast<CommandSpec>(node); spec != nullptr) {
@@ -381,7 +410,7 @@ void CliDispatcher::PrintError(const std::shared_ptr<Output>& output) const {
   for (const std::string& error : output->GetErrors()) {
     text += "\n" + error;
   }
-  Report(text);
+  Report(TypedSecrets::Mask(text));
 }
 
 void CliDispatcher::PrintChildren(std::shared_ptr<NamespaceNode> node,

@@ -24,6 +24,7 @@
 #include <iostream>
 
 #include "autocli/process/EchoGuard.h"
+#include "autocli/process/TypedSecrets.h"
 #include "autocli/text/Report.h"
 #include "callspec/ParameterLookup.h"
 #include "kestrel/callspec/ParameterSpec.h"
@@ -33,6 +34,8 @@ namespace Kestrel::AutoCli {
 namespace {
 
 using Pairs = std::vector<std::pair<std::string, std::string>>;
+
+constexpr std::size_t kMaxUnmovedLine = 4096;  // as long as a terminal lets a line be
 
 bool IsBlank(char c) { return c == ' ' || c == '\t'; }
 
@@ -161,16 +164,32 @@ std::string ReadLine() {
   std::clearerr(stdin);
   std::cin.clear();
   std::string line;
+  // A line never moves while it is read, which would leave a part of a secret in memory.
+  line.reserve(kMaxUnmovedLine);
   std::getline(std::cin, line);
   return line;
+}
+
+// Overwrites what the C library has read from standard input and passed on.
+void WipeInputBuffer() {
+#ifdef __GLIBC__
+  if (stdin->_IO_read_ptr > stdin->_IO_read_base) {
+    explicit_bzero(stdin->_IO_read_base,
+                   static_cast<std::size_t>(stdin->_IO_read_ptr - stdin->_IO_read_base));
+  }
+#endif
 }
 
 // Echo is off before the prompt appears, so that nothing typed as an answer can be seen.
 std::string ReadSecret(const std::string& prompt) {
   const EchoGuard guard(prompt);
+  TypedSecrets::Expect();
   WriteUnpadded(std::cout, prompt);
   std::cout.flush();
-  return ReadLine();
+  std::string secret = ReadLine();
+  WipeInputBuffer();
+  TypedSecrets::Add(secret);
+  return secret;
 }
 
 }  // namespace

@@ -5,16 +5,18 @@
 
 #include <iostream>
 #include <string>
+#include <utility>
 
+#include "autocli/text/TerminalText.h"
 #include "autocli/text/WriteUnpadded.h"
 
 namespace Kestrel::AutoCli {
 
 /// Writes `line` and a line end to standard error in one piece, so that the lines of several
-/// processes do not mix.
+/// processes do not mix. On a terminal, control characters in it are visible.
 inline void Report(std::string line) {
   line += '\n';
-  WriteUnpadded(std::cerr, line);
+  WriteUnpadded(std::cerr, MessageFor(STDERR_FILENO, std::move(line)));
 }
 
 }  // namespace Kestrel::AutoCli

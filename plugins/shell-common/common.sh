@@ -12,7 +12,9 @@ set -eu
 
 LC_ALL=C.UTF-8
 export LC_ALL
-unset TAR_OPTIONS
+# Variables that change what the shell and the tools below do, or make them run code of the caller.
+unset BASH_ENV CDPATH ENV GREP_COLORS GREP_OPTIONS GZIP POSIXLY_CORRECT TAR_OPTIONS
+unset AWKLIBPATH AWKPATH PERL5DB PERL5LIB PERL5OPT PERLIO PERLLIB PERL_UNICODE
 
 # fail MESSAGE: reports an error on one line and exits. Uses no tool, because a tool may be missing.
 fail() {

@@ -43,6 +43,13 @@ const StructShape& Shape() {
   return shape;
 }
 
+// time(2) may still return the second before.
+std::time_t Now() {
+  timespec now = {};
+  ::clock_gettime(CLOCK_REALTIME, &now);
+  return now.tv_sec;
+}
+
 std::tm ToLocal(std::time_t time) {
   ::tzset();
   std::tm parts = {};
@@ -100,7 +107,7 @@ class SystemClockGet final : public HostCommand {
 
   void Run(const CallSpec::Input&, CallSpec::Output& output) const override {
     const auto result = Shape().NewStruct();
-    SetTime(*result, std::time(nullptr));
+    SetTime(*result, Now());
     SetDiscipline(*result, ReadDiscipline());
     SetHardware(*result, ReadHardwareClock(kSys, kEtc));
     output.SetRootObject(result);

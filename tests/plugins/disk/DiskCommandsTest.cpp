@@ -43,10 +43,11 @@ TEST(DiskCommandsTest, ListsOddNames) {
     folder.Write("a $b`\"&<\n ;/" + std::string(name), "x");
   }
   folder.Write("a $b`\"&<\n ;/\xFF\x01", "x");
+  const std::string shown = folder.GetPath("a $b`\"&<\\x0a ;");
   EXPECT_THAT(CallColumn("disk usage list", "Path", {{"directory", path}, {"all", ""}}),
-              UnorderedElementsAre(path, path + "/-n", path + "/tab\there", path + "/line\nend",
-                                   path + "/&amp;<x>", path + "/'", path + "/\xC3\xA4",
-                                   path + "/\\xff\\x01"));
+              UnorderedElementsAre(shown, shown + "/-n", shown + "/tab\\x09here",
+                                   shown + "/line\\x0aend", shown + "/&amp;<x>", shown + "/'",
+                                   shown + "/\xC3\xA4", shown + "/\\xff\\x01"));
 }
 
 TEST(DiskCommandsTest, RejectsAPathThatIsNotAFolder) {

@@ -7,6 +7,8 @@
 #include "kestrel/autocli/XmlUtil.h"
 #include "plugins/shell-common/Descriptors.h"
 #include "plugins/support/CommandCall.h"
+#include "support/Golden.h"
+#include "support/NamesWithEveryByte.h"
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
@@ -64,10 +66,10 @@ INSTANTIATE_TEST_SUITE_P(
         Same("Ampersand", "a & b &amp; &#65; &nosuch;"), Same("Tags", "</string></output><int>1"),
         Same("Quotes", "\"'`"), Same("SectionEnd", "<![CDATA[ x ]]> ]]>"),
         Same("Comment", "<!-- x -->"), Same("Instruction", "<?xml version=\"1.0\"?>"),
-        Same("CarriageReturns", "a\rb\r\nc"), Same("Tabs", "a\tb"),
-        Same("PrintableAscii", AllBytes(0x20, 0x7f)),
+        TextCase{"CarriageReturns", "a\rb\r\nc", "a\\x0db\\x0d\nc"}, Same("Tabs", "a\tb"),
+        Same("PrintableAscii", AllBytes(0x20, 0x7e)),
         // UTF-8: first and last characters of each length.
-        Same("TwoBytes", "\xC2\x80\xDF\xBF"), Same("ThreeBytes", "\xE0\xA0\x80\xEF\xBF\xBD"),
+        Same("TwoBytes", "\xC2\xA0\xDF\xBF"), Same("ThreeBytes", "\xE0\xA0\x80\xEF\xBF\xBD"),
         Same("BesideSurrogates", "\xED\x9F\xBF\xEE\x80\x80"),
         Same("FourBytes", "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"),
         // Bytes that are not allowed in a document.
@@ -82,10 +84,21 @@ INSTANTIATE_TEST_SUITE_P(
         TextCase{"Latin1", "caf\xE9 & <\xFF>", "caf\\xe9 & <\\xff>"}),
     [](const auto& each) { return std::string(each.param.name); });
 
+// SanitizedTextTest compares what host.so escapes with the same file.
+TEST(ValueDocumentTest, EscapesExactlyWhatTheNativePluginEscapes) {
+  std::string shown;
+  for (const std::string& name : NamesWithEveryByte()) {
+    std::string data = name;
+    data += '\0';
+    shown += ToRows(ReadBack("-z list R A:string", data)).at(0).at("A") + "\n";
+  }
+  EXPECT_THAT(shown, MatchesGolden("escapes/names"));
+}
+
 TEST(ValueDocumentTest, ReadsBackALongText) {
   std::string text;
   while (text.size() < 1000000) {
-    text += "a<&>\"\xC3\xA4\r\n";
+    text += "a<&>\"\xC3\xA4\t\n";
   }
   EXPECT_EQ(ReadBackText("string", text + "."), text + ".");
 }
@@ -130,7 +143,7 @@ TEST(ValueDocumentTest, TakesTheUsualWordsForTrue) {
 
 TEST(ValueDocumentTest, GivesTheLastFieldOfALineTheRest) {
   EXPECT_THAT(ToRows(ReadBack("list R A:string B:int C:string", "a\t1\tx\ty\t\n\n&\n")),
-              ElementsAre(Row({{"A", "a"}, {"B", "1"}, {"C", "x\ty\t"}}),
+              ElementsAre(Row({{"A", "a"}, {"B", "1"}, {"C", "x\\x09y\\x09"}}),
                           Row({{"A", ""}, {"B", "0"}, {"C", ""}}),
                           Row({{"A", "&"}, {"B", "0"}, {"C", ""}})));
 }
@@ -142,8 +155,9 @@ TEST(ValueDocumentTest, TakesAnythingBetweenNuls) {
       "<d>\0"
       "3\0",
       14);
-  EXPECT_THAT(ToRows(ReadBack("-z list R A:string B:int", data)),
-              ElementsAre(Row({{"A", "a\tb\nc"}, {"B", "2"}}), Row({{"A", "<d>"}, {"B", "3"}})));
+  EXPECT_THAT(
+      ToRows(ReadBack("-z list R A:string B:int", data)),
+      ElementsAre(Row({{"A", "a\\x09b\\x0ac"}, {"B", "2"}}), Row({{"A", "<d>"}, {"B", "3"}})));
 }
 
 TEST(ValueDocumentTest, MakesAnEmptyListOfNothing) {

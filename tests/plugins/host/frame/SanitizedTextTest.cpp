@@ -9,6 +9,9 @@
 #include <string>
 #include <string_view>
 
+#include "support/Golden.h"
+#include "support/NamesWithEveryByte.h"
+
 namespace Kestrel::Host {
 namespace {
 
@@ -70,6 +73,15 @@ TEST(SanitizedTextTest, EscapesEveryControlCharacterAndNoOtherAsciiByte) {
     EXPECT_EQ(SanitizedText(text)->GetValue() == text, !isControl) << byte;
     EXPECT_EQ(SanitizedText(text)->GetValue().size(), isControl ? 4u : 1u) << byte;
   }
+}
+
+// ValueDocumentTest compares what the scripts of descriptors escape with the same file.
+TEST(SanitizedTextTest, EscapesTheNamesWithEveryByte) {
+  std::string shown;
+  for (const std::string& name : Testing::NamesWithEveryByte()) {
+    shown += SanitizedText(name)->GetValue() + "\n";
+  }
+  EXPECT_THAT(shown, Testing::MatchesGolden("escapes/names"));
 }
 
 TEST(SanitizedTextTest, KeepsLineFeedsAndTabs) {

@@ -375,7 +375,65 @@ TEST_F(SystemHardwareMachineTest, AHardwareClockThatCannotBeReadIsAnError) {
   });
 }
 
+TEST_F(SystemHardwareMachineTest, AnInterfaceNamesTheDriverOfItsDevice) {
+  AddSamples();
+  const std::string interface = "sys/bus/usb/devices/1-1/1-1:1.0";
+  File(interface + "/bInterfaceClass", "08\n");
+  Link(interface + "/driver", "../../../../../bus/usb/drivers/usb-storage");
+  RunThere([] {
+    EXPECT_THAT(CallColumn("system device list", "Driver", {{"bus", "usb"}}),
+                ElementsAre("usb-storage", "none"));
+    EXPECT_THAT(Addresses({{"driver", "usb-*"}}), ElementsAre("1-1"));
+    EXPECT_THAT(Addresses({{"driver", "usb-*"}, {"driver", "none"}, {"bus", "usb"}}),
+                ElementsAre("1-1", "2-1.4"));
+  });
+}
+
+TEST_F(SystemHardwareMachineTest, ADamagedDeviceIsAnErrorAndNoShorterList) {
+  AddSamples();
+  File("sys/bus/pci/devices/0000:00:1f.2/class", "storage\n");
+  RunThere([] {
+    const std::string message = "Unable to understand /sys/bus/pci/devices/0000:00:1f.2/class";
+    EXPECT_THAT(CallErrors("system device list"), ElementsAre(message));
+    EXPECT_THAT(CallErrors("system device list", {{"driver", "none"}}), ElementsAre(message));
+    EXPECT_THAT(Addresses({{"bus", "usb"}}), ElementsAre("1-1", "2-1.4"));
+  });
+}
+
+TEST_F(SystemHardwareMachineTest, DamagedTimesOfProcessorsAreAnError) {
+  File("proc/stat", "cpu  1 2 3 4\ncpu0 1 2 3 four\n");
+  RunThere([] {
+    EXPECT_THAT(CallErrors("system cpu usage list", {{"interval", "10"}}),
+                ElementsAre("Unable to understand /proc/stat"));
+  });
+}
+
 // In the real tool.
+
+TEST(SystemHardwareToolTest, TheTablesFitTheirScreens) {
+  for (const char* const width : {"--screen-width=80", "--screen-width=200"}) {
+    const VexilResult result =
+        HostRun({width, "system", "cpu", "usage", "list", "--interval=10"}).Run();
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.err, "");
+    for (std::size_t start = 0; start < result.out.size();) {
+      const std::size_t end = result.out.find('\n', start);
+      EXPECT_LE(end - start, 80u) << result.out;
+      start = end + 1;
+    }
+  }
+}
+
+TEST(SystemHardwareToolTest, ProgramsReadNumbers) {
+  const std::string clock = HostRun({"--formatter", "json", "system", "clock", "get"}).Run().out;
+  EXPECT_THAT(clock, ::testing::ContainsRegex("\"Epoch Seconds\": [0-9]{10}"));
+  EXPECT_THAT(clock, ::testing::ContainsRegex("\"Offset Seconds\": -?[0-9]+"));
+  EXPECT_THAT(clock, ::testing::ContainsRegex("\"Synchronized\": (true|false)"));
+  const std::string usage =
+      HostRun({"--formatter", "json", "system", "cpu", "usage", "list", "--interval=10"}).Run().out;
+  EXPECT_THAT(usage, ::testing::ContainsRegex("\"Busy Hundredths\": -?[0-9]+"));
+  EXPECT_THAT(usage, HasSubstr("\"Cpu\": \"total\""));
+}
 
 struct WrongCase {
   std::vector<std::string> arguments;

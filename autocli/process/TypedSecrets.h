@@ -1,0 +1,47 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <string>
+
+namespace Kestrel::AutoCli {
+
+/// Overwrites the memory of a string, also what is beyond its end, and makes it empty.
+void Wipe(std::string& text);
+
+/// The secrets that were typed at a prompt, as long as the object exists. Outside of its lifetime
+/// the functions do nothing. Several objects share the secrets until the last one is destroyed.
+///
+/// From the first prompt on, the process writes no core dump; the destructor wipes the secrets and
+/// restores the earlier settings.
+class TypedSecrets {
+ public:
+  TypedSecrets();
+  ~TypedSecrets();
+  TypedSecrets(const TypedSecrets&) = delete;
+  TypedSecrets& operator=(const TypedSecrets&) = delete;
+
+  /// To be called before a secret is read.
+  static void Expect();
+  /// Keeps a copy of a secret that was read.
+  static void Add(const std::string& secret);
+  /// Wipes `text` if it is one of the secrets.
+  static void WipeIfSecret(std::string& text);
+  /// Whether a secret is held.
+  static bool AreHeld() { return _areHeld; }
+  /// Wipes `text` if a secret is held, because it may contain it.
+  static void WipeIfHeld(std::string& text) {
+    if (AreHeld()) {
+      Wipe(text);
+    }
+  }
+  /// Returns `message` with every secret replaced by "***", also in the form that `escape` returns
+  /// for it.
+  static std::string Mask(std::string message, std::string (*escape)(const std::string&) = nullptr);
+
+ private:
+  static inline bool _areHeld = false;
+};
+
+}  // namespace Kestrel::AutoCli

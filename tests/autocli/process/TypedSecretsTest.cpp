@@ -1,0 +1,184 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+// After a command that asked for a secret, no copy of it is left in memory.
+
+#include "autocli/process/TypedSecrets.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <array>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "kestrel/autocli/CliDispatcher.h"
+#include "kestrel/autocli/OptionParser.h"
+#include "support/Sanitizer.h"
+#include "support/ScopedTempDir.h"
+#include "support/StreamCapture.h"
+
+namespace Kestrel::AutoCli {
+namespace {
+
+using Testing::ScopedTempDir;
+using Testing::StreamCapture;
+
+// Each byte of the secret, plus one: the program contains no copy of the secret itself.
+constexpr std::array<char, 23> kShifted = {'P', 'q', 'f', 'o', '.', 'T', 'f', 't',
+                                           'b', 'n', 'f', '.', 'x', 'j', 'u', 'i',
+                                           '.', 'Q', 'p', 'q', 'q', 'z', '8'};
+
+char SecretByte(std::size_t index) { return static_cast<char>(kShifted[index] - 1); }
+
+/// The number of copies of the secret in the memory that this process can write.
+int CountCopies() {
+  std::ifstream maps("/proc/self/maps");
+  const int memory = open("/proc/self/mem", O_RDONLY | O_CLOEXEC);
+  std::vector<char> block(1 << 16);
+  int copies = 0;
+  for (std::string line; std::getline(maps, line);) {
+    unsigned long begin = 0;
+    unsigned long end = 0;
+    char writable = '-';
+    if (sscanf(line.c_str(), "%lx-%lx r%c", &begin, &end, &writable) != 3 || writable != 'w') {
+      continue;
+    }
+    for (unsigned long at = begin; at < end; at += block.size() - kShifted.size()) {
+      const ssize_t size =
+          pread(memory, block.data(), std::min(block.size(), end - at), static_cast<off_t>(at));
+      for (ssize_t i = 0; i + static_cast<ssize_t>(kShifted.size()) <= size; ++i) {
+        std::size_t same = 0;
+        while (same < kShifted.size() &&
+               block[static_cast<std::size_t>(i) + same] == SecretByte(same)) {
+          ++same;
+        }
+        // The block itself is a copy while it is searched.
+        const unsigned long address = at + static_cast<unsigned long>(i);
+        const auto own = reinterpret_cast<unsigned long>(block.data());
+        copies +=
+            same == kShifted.size() && (address < own || address >= own + block.size()) ? 1 : 0;
+      }
+    }
+  }
+  close(memory);
+  return copies;
+}
+
+/// Makes the secret and a line end the standard input.
+void TypeSecret() {
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  for (std::size_t i = 0; i < kShifted.size(); ++i) {
+    const char byte = SecretByte(i);
+    ASSERT_EQ(write(ends[1], &byte, 1), 1);
+  }
+  ASSERT_EQ(write(ends[1], "\n", 1), 1);
+  close(ends[1]);
+  dup2(ends[0], STDIN_FILENO);
+  close(ends[0]);
+}
+
+std::string Descriptor(const std::string& execute, const std::string& input) {
+  return "<x><version>1.0.0</version><namespaces><namespace path='sec'><description>S."
+         "</description></namespace></namespaces><commands><command path='sec.use'><description>U."
+         "</description><input-spec><parameter name='password' type='string' required='true' "
+         "secret='true' shortname='p'><description>P.</description></parameter></input-spec>"
+         "<output-spec><string/></output-spec><format-parameters/><execute>" +
+         execute + "</execute><stdin>" + input + "</stdin></command></commands></x>";
+}
+
+/// Calls the command, for which the secret is typed. Returns what went to standard error.
+std::string Call(const std::string& execute, const std::string& input) {
+  const ScopedTempDir folder;
+  const std::string path = folder.Write("sec.xml", Descriptor(execute, input));
+  const int before = dup(STDIN_FILENO);
+  TypeSecret();
+  std::string messages;
+  {
+    StreamCapture out(STDOUT_FILENO);
+    StreamCapture error(STDERR_FILENO);
+    CliDispatcher dispatcher;
+    dispatcher.AddPlugin(path);
+    OptionParser parser;
+    parser.ParseString("sec use --password");
+    dispatcher.HandleOptions(parser, false);
+    messages = error.GetText();
+  }
+  dup2(before, STDIN_FILENO);
+  close(before);
+  return messages;
+}
+
+TEST(TypedSecretsTest, NoCopyIsLeftAfterACommandThatPassedItToStandardInput) {
+  if (Testing::kIsSanitized) {
+    GTEST_SKIP() << "The sanitizer keeps memory that was released";
+  }
+  EXPECT_EQ(
+      Call("cat >/dev/null; printf '&lt;o>&lt;string>x&lt;/string>&lt;/o>'", "$val{password}"), "");
+  EXPECT_EQ(CountCopies(), 0);
+}
+
+TEST(TypedSecretsTest, ACopyIsFoundUntilItIsWiped) {
+  std::string copy;
+  for (std::size_t i = 0; i < kShifted.size(); ++i) {
+    copy += SecretByte(i);
+  }
+  EXPECT_GE(CountCopies(), 1);
+  Wipe(copy);
+  EXPECT_EQ(copy, "");
+  EXPECT_EQ(CountCopies(), 0);
+}
+
+TEST(TypedSecretsTest, IsMaskedInAMessage) {
+  const std::string message = Call("true '$val{password}'", "");
+  EXPECT_NE(message.find("Command \"true '***'\""), std::string::npos) << message;
+  std::string secret;
+  for (std::size_t i = 0; i < kShifted.size(); ++i) {
+    secret += SecretByte(i);
+  }
+  EXPECT_EQ(message.find(secret), std::string::npos);
+  Wipe(secret);
+}
+
+TEST(TypedSecretsTest, CoreDumpsAreDisabledWhileOneIsHeld) {
+  rlimit before = {};
+  getrlimit(RLIMIT_CORE, &before);
+  const int wasDumpable = prctl(PR_GET_DUMPABLE);
+  {
+    const TypedSecrets secrets;
+    EXPECT_EQ(prctl(PR_GET_DUMPABLE), wasDumpable);
+    TypedSecrets::Expect();
+    rlimit within = {};
+    getrlimit(RLIMIT_CORE, &within);
+    EXPECT_EQ(within.rlim_cur, 0u);
+    EXPECT_EQ(prctl(PR_GET_DUMPABLE), 0);
+  }
+  rlimit after = {};
+  getrlimit(RLIMIT_CORE, &after);
+  EXPECT_EQ(after.rlim_cur, before.rlim_cur);
+  EXPECT_EQ(prctl(PR_GET_DUMPABLE), wasDumpable);
+}
+
+TEST(TypedSecretsTest, OnlyTypedValuesAreMasked) {
+  EXPECT_EQ(TypedSecrets::Mask("a b a"), "a b a");
+  const TypedSecrets secrets;
+  TypedSecrets::Add("a");
+  EXPECT_EQ(TypedSecrets::Mask("a b a"), "a b a");
+  TypedSecrets::Expect();
+  TypedSecrets::Add("a");
+  TypedSecrets::Add("");
+  EXPECT_EQ(TypedSecrets::Mask("a b a"), "*** b ***");
+  {
+    const TypedSecrets inner;
+    EXPECT_EQ(TypedSecrets::Mask("a"), "***");
+  }
+  EXPECT_EQ(TypedSecrets::Mask("a"), "***");
+}
+
+}  // namespace
+}  // namespace Kestrel::AutoCli
