@@ -23,5 +23,7 @@ extern const ExactFormat kCsvFormat;
 extern const ExactFormat kJsonUtf8Format;
 extern const ExactFormat kNdjsonFormat;
 extern const ExactFormat kTsvFormat;
+extern const ExactFormat kValueXmlFormat;
+extern const ExactFormat kYamlFormat;
 
 }  // namespace Kestrel::Formats

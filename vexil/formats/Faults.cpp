@@ -37,6 +37,9 @@ ResultFault LocateFault(const ValueFault& fault, const ValueLocation& location) 
 }
 
 ResultFault LocateNameFault(const ValueFault& fault, const std::string& name) {
+  if (name.empty()) {
+    return {"The name of a field " + fault.problem};
+  }
   return {"The name of the field " + ShownText(name) + " " + fault.problem};
 }
 

@@ -14,8 +14,8 @@ using AutoCli::Formatter;
 
 namespace {
 
-constexpr std::array<const ExactFormat*, 4> kFormats = {&kCsvFormat, &kJsonUtf8Format,
-                                                        &kNdjsonFormat, &kTsvFormat};
+constexpr std::array<const ExactFormat*, 6> kFormats = {
+    &kCsvFormat, &kJsonUtf8Format, &kNdjsonFormat, &kTsvFormat, &kValueXmlFormat, &kYamlFormat};
 
 }  // namespace
 

@@ -78,6 +78,10 @@ class ValuePrinter {
     }
   }
 
+  /// Whether lists in one place had structures of different shapes. That is possible if the list in
+  /// the declared structure has no structure.
+  bool HasMixedShapes() const { return hasMixedShapes_; }
+
   /// Prints a value that is not a row. Throws ValueFault if that is not possible.
   void PrintValue(const MetaObj::MetaObject& value) {
     Print("", value, rows_, nullptr, {0, false});
@@ -213,6 +217,8 @@ class ValuePrinter {
       plan = &plans_.emplace_back();
     } else if (plan->shape == shape.get() || plan->shape->IsSameStructure(shape, nullptr)) {
       return;
+    } else {
+      hasMixedShapes_ = true;
     }
     Fill(*plan, *shape, nullptr, {level + 1, true});
     if (MetaObj::MetaObject& first = *list.GetObjects()[0];
@@ -259,6 +265,7 @@ class ValuePrinter {
   Syntax& syntax_;
   std::deque<Plan> plans_;
   Plan* rows_ = nullptr;
+  bool hasMixedShapes_ = false;
   std::vector<Open> open_;
 };
 

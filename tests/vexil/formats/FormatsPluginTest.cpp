@@ -26,7 +26,7 @@ TEST(FormatsPluginTest, AddsItsFormattersToThoseOfTheLibrary) {
   dispatcher.RegisterPlugin(std::make_shared<FormatsPlugin>());
   EXPECT_THAT(NamesOf(dispatcher.GetFormatters()),
               ElementsAre("commandhelp", "csv", "json", "json-utf8", "ndjson", "python", "simple",
-                          "table", "tsv", "xml"));
+                          "table", "tsv", "value-xml", "xml", "yaml"));
   EXPECT_THAT(dispatcher.GetPluginNames(), ElementsAre("Internal", "Formats"));
 }
 

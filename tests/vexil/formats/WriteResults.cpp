@@ -17,6 +17,7 @@
 
 #include "autocli/formatters/results/EncodeValue.h"
 #include "kestrel/autocli/DisplayContext.h"
+#include "kestrel/autocli/XmlUtil.h"
 #include "kestrel/callspec/Output.h"
 #include "kestrel/metaobj/MetaList.h"
 #include "vexil/formats/FormatsPlugin.h"
@@ -34,8 +35,9 @@ std::string EncodeShape(const MetaObject& root) {
   return Testing::EncodeValue(list == nullptr ? nullptr : list->GetListStructure().get());
 }
 
-void Print(AutoCli::Formatter& formatter, const std::shared_ptr<MetaObject>& root,
-           AutoCli::FormatParameters params) {
+/// Writes what the formatter prints and its messages, and returns the former.
+std::string Print(AutoCli::Formatter& formatter, const std::shared_ptr<MetaObject>& root,
+                  AutoCli::FormatParameters params) {
   const auto output = CallSpec::Output::New();
   output->SetRootObject(root);
   AutoCli::DisplayContext display;
@@ -46,6 +48,12 @@ void Print(AutoCli::Formatter& formatter, const std::shared_ptr<MetaObject>& roo
     messages += message + "\n";
   }
   std::cout << Netstring(out.str()) << Netstring(messages);
+  return out.str();
+}
+
+std::string ReadBack(const std::string& document) {
+  const auto found = document.empty() ? nullptr : AutoCli::XmlUtil_ParseXmlOutput(document);
+  return Testing::EncodeValue(found.get());
 }
 
 void Write(std::uint64_t seed) {
@@ -59,9 +67,12 @@ void Write(std::uint64_t seed) {
   }
   std::cout << Netstring(Testing::EncodeValue(root.get())) << Netstring(EncodeShape(*root));
   FormatsPlugin plugin;
+  std::string document;
   for (const auto& formatter : plugin.GetFormatters()) {
-    Print(*formatter, root, params);
+    const std::string text = Print(*formatter, root, params);
+    document = formatter->GetName() == "value-xml" ? text : document;
   }
+  std::cout << Netstring(ReadBack(document));
 }
 
 }  // namespace

