@@ -34,10 +34,12 @@ struct CsvSyntax {
   static constexpr char kSeparator = ',';
   static constexpr std::string_view kLineEnd = "\r\n";
 
-  static void Text(std::string_view text, bool isAlone, TextBuffer& out) {
+  using Rules = Unquoted;
+
+  static void SpecialText(std::string_view text, bool isAlone, TextBuffer& out) {
     // Without quotes, a line with one empty cell would be an empty line, which readers skip.
     const bool mustQuote = text.empty() && isAlone;
-    if (!mustQuote && (!AnyStop<Unquoted>(text) || CountCopied<Unquoted>(text) == text.size())) {
+    if (!mustQuote && CountCopied<Unquoted>(text) == text.size()) {
       return out.Append(text);
     }
     out.Append('"');

@@ -45,17 +45,27 @@ bool IsStop(char byte) {
   return kTable[static_cast<unsigned char>(byte)];
 }
 
-/// Whether any of the bytes from `first` to `first` + 8 and from `second` to `second` + 8 is one.
 template <typename Rules>
-bool AnyStopIn(const char* first, const char* second) {
-  std::uint64_t halves[2];
-  std::memcpy(&halves[0], first, sizeof halves[0]);
-  std::memcpy(&halves[1], second, sizeof halves[1]);
-  ByteVector bytes;
-  std::memcpy(&bytes, halves, sizeof bytes);
+bool AnyStopIn(ByteVector bytes) {
   const auto stops = Rules::Stops(bytes);
-  std::memcpy(halves, &stops, sizeof stops);
+  std::uint64_t halves[2];
+  std::memcpy(halves, &stops, sizeof halves);
   return (halves[0] | halves[1]) != 0;
+}
+
+/// The 16 bytes from `bytes` on.
+inline ByteVector LoadBytes(const char* bytes) {
+  ByteVector loaded;
+  std::memcpy(&loaded, bytes, sizeof loaded);
+  return loaded;
+}
+
+/// The 8 bytes from `first` on and the 8 bytes from `second` on.
+inline ByteVector LoadHalves(const char* first, const char* second) {
+  char both[16];
+  std::memcpy(both, first, 8);
+  std::memcpy(both + 8, second, 8);
+  return LoadBytes(both);
 }
 
 /// Whether any byte of `text` is a stop.
@@ -63,15 +73,18 @@ template <typename Rules>
 bool AnyStop(std::string_view text) {
   const char* at = text.data();
   const char* const end = at + text.size();
-  if (text.size() >= 8) {
-    for (; end - at > 16; at += 16) {
-      if (AnyStopIn<Rules>(at, at + 8)) {
-        return true;
-      }
-    }
-    return AnyStopIn<Rules>(end - at < 8 ? end - 8 : at, end - 8);  // may overlap those before
+  if (text.size() < 8) {
+    return std::any_of(at, end, IsStop<Rules>);
   }
-  return std::any_of(at, end, IsStop<Rules>);
+  if (text.size() < 16) {
+    return AnyStopIn<Rules>(LoadHalves(at, end - 8));
+  }
+  for (; end - at > 16; at += 16) {
+    if (AnyStopIn<Rules>(LoadBytes(at))) {
+      return true;
+    }
+  }
+  return AnyStopIn<Rules>(LoadBytes(end - 16));  // may overlap those before
 }
 
 /// Returns the number of bytes at the beginning of `text` that `Rules` copies.

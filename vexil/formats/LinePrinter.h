@@ -13,6 +13,7 @@
 #include "kestrel/metaobj/MetaInt.h"
 #include "kestrel/metaobj/MetaString.h"
 #include "vexil/formats/Columns.h"
+#include "vexil/formats/EscapedText.h"
 #include "vexil/formats/Faults.h"
 #include "vexil/formats/FormatOptions.h"
 #include "vexil/formats/JsonSyntax.h"
@@ -59,7 +60,6 @@ class LinePrinter {
 
   void PrintHeader() {
     for (std::size_t column = 0; column < columns_.Count(); ++column) {
-      BeginCell(column);
       const std::string name = NameOf(column);
       try {
         Text(name);
@@ -67,7 +67,7 @@ class LinePrinter {
         throw LocateNameFault(fault, name);
       }
     }
-    out_.Append(Syntax::kLineEnd);
+    EndLine();
   }
 
   std::string NameOf(std::size_t column) const {
@@ -82,35 +82,32 @@ class LinePrinter {
   void PrintRow(const MetaObj::MetaObject& row) {
     std::size_t column = 0;
     try {
-      for (columns_.BeginRow(row); column < columns_.Count(); ++column) {
-        BeginCell(column);
+      const std::size_t count = columns_.Count();
+      for (columns_.BeginRow(row); column < count; ++column) {
         PrintCell(columns_.GetCell(column), lists_[column]);
       }
     } catch (const ValueFault& fault) {
       throw LocateFault(fault, {columns_.PathOf(column), Position()});
     }
-    out_.Append(Syntax::kLineEnd);
-  }
-
-  void BeginCell(std::size_t column) {
-    if (column != 0) {
-      out_.Append(Syntax::kSeparator);
-    }
+    EndLine();
   }
 
   void PrintCell(const MetaObj::MetaObject& value, std::unique_ptr<ListPrinter>& list) {
     switch (KindOf(value)) {
       case MetaObj::MetaType::Int:
-        return out_.Append(Decimal{static_cast<const MetaObj::MetaInt&>(value).GetValue()});
+        return out_.AppendAll(Decimal{static_cast<const MetaObj::MetaInt&>(value).GetValue()},
+                              Syntax::kSeparator);
       case MetaObj::MetaType::Bool:
-        return out_.Append(static_cast<const MetaObj::MetaBool&>(value).GetValue() ? "true"
-                                                                                   : "false");
+        return out_.AppendAll(WordFor(static_cast<const MetaObj::MetaBool&>(value).GetValue()),
+                              Syntax::kSeparator);
       case MetaObj::MetaType::String:
         return Text(static_cast<const MetaObj::MetaString&>(value).GetValue());
       default:
         return PrintList(value, list);
     }
   }
+
+  static std::string_view WordFor(bool value) { return value ? "true" : "false"; }
 
   void PrintList(const MetaObj::MetaObject& value, std::unique_ptr<ListPrinter>& list) {
     if (list == nullptr) {
@@ -121,7 +118,19 @@ class LinePrinter {
     Text(list->text.ToString());
   }
 
-  void Text(std::string_view text) { Syntax::Text(text, columns_.Count() == 1, out_); }
+  void Text(std::string_view text) {
+    if (text.empty() || AnyStop<typename Syntax::Rules>(text)) {
+      Syntax::SpecialText(text, columns_.Count() == 1, out_);
+      return out_.Append(Syntax::kSeparator);
+    }
+    out_.AppendAll(text, Syntax::kSeparator);
+  }
+
+  /// Ends a line. Each cell ends with a separator, also the last one.
+  void EndLine() {
+    out_.RemoveLast();
+    out_.Append(Syntax::kLineEnd);
+  }
 
   std::vector<std::size_t> Position() const {
     return selection_.List() == nullptr ? std::vector<std::size_t>()

@@ -54,6 +54,9 @@ class TextBuffer {
 
   void AppendSpaces(std::size_t count);
 
+  /// Removes the byte that was appended last, by one of the operations above.
+  void RemoveLast() { --end_; }
+
   /// Writes the output to `out` and flushes it. Stops as soon as the stream fails.
   void WriteTo(std::ostream& out) const;
 
@@ -92,7 +95,7 @@ class TextBuffer {
   }
 
   /// Like memcpy, but without a function call. Up to kMaxShort bytes at `to` may be overwritten.
-  static void CopyShort(char* to, const char* from, std::size_t size) {
+  [[gnu::always_inline]] static void CopyShort(char* to, const char* from, std::size_t size) {
     if (size > 16) {
       std::memcpy(to, from, 16);
       std::memcpy(to + size - 16, from + size - 16, 16);

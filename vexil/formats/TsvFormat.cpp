@@ -28,8 +28,10 @@ struct TsvSyntax {
   static constexpr char kSeparator = '\t';
   static constexpr std::string_view kLineEnd = "\n";
 
-  static void Text(std::string_view text, bool /*isAlone*/, TextBuffer& out) {
-    AnyStop<TsvRules>(text) ? AppendEscaped<TsvRules>(text, out) : out.Append(text);
+  using Rules = TsvRules;
+
+  static void SpecialText(std::string_view text, bool /*isAlone*/, TextBuffer& out) {
+    AppendEscaped<TsvRules>(text, out);
   }
 };
 

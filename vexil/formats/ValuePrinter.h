@@ -129,9 +129,10 @@ class ValuePrinter {
     }
   }
 
-  /// Prints a scalar, an empty structure or an empty list. Opens any other value.
-  void Print(std::string_view before, const MetaObj::MetaObject& value, Plan*& plan,
-             const FieldChoice* choice, StructPlace place) {
+  /// Prints a scalar, an empty structure or an empty list. Opens any other value. Inlined, because
+  /// most values are scalars.
+  [[gnu::always_inline]] void Print(std::string_view before, const MetaObj::MetaObject& value,
+                                    Plan*& plan, const FieldChoice* choice, StructPlace place) {
     switch (KindOf(value)) {
       case MetaObj::MetaType::Int:
         return syntax_.Int(before, static_cast<const MetaObj::MetaInt&>(value).GetValue());

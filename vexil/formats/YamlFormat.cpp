@@ -87,10 +87,12 @@ struct Quoted {
 bool IsReserved(std::string_view text) {
   constexpr std::array<std::string_view, 9> kWords = {"true", "false", "null", "yes", "no",
                                                       "on",   "off",   "y",    "n"};
-  return std::any_of(kWords.begin(), kWords.end(), [text](std::string_view word) {
-    return std::equal(text.begin(), text.end(), word.begin(), word.end(),
-                      [](char left, char right) { return (left | 0x20) == right; });
-  });
+  constexpr std::size_t kMaxSize = 5;
+  return text.size() <= kMaxSize &&
+         std::any_of(kWords.begin(), kWords.end(), [text](std::string_view word) {
+           return std::equal(text.begin(), text.end(), word.begin(), word.end(),
+                             [](char left, char right) { return (left | 0x20) == right; });
+         });
 }
 
 // Numbers, dates and all characters with a meaning at the beginning are excluded.
