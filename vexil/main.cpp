@@ -22,6 +22,7 @@
 #include "kestrel/autocli/CliDispatcher.h"
 #include "kestrel/autocli/OptionParser.h"
 #include "vexil/Advice.h"
+#include "vexil/DeclaredResult.h"
 #include "vexil/formats/FormatsPlugin.h"
 
 namespace {
@@ -97,6 +98,12 @@ bool IsVersionWanted(int argc, char** argv) {
   return argc == 2 && std::string_view(argv[1]) == "--version";
 }
 
+struct Call {
+  const std::optional<Kestrel::AutoCli::CliDispatcher>& dispatcher;
+  int argc;
+  char** argv;
+};
+
 [[noreturn]] void HandleArguments(Kestrel::AutoCli::CliDispatcher& dispatcher, int argc,
                                   char** argv) {
   Kestrel::AutoCli::OptionParser parser;
@@ -119,9 +126,12 @@ int main(int argc, char** argv) {
   }
   // Outside of the try block, so that the plug-in that has the class of an exception stays loaded.
   std::optional<Kestrel::AutoCli::CliDispatcher> dispatcher;
+  const Call call = {dispatcher, argc, argv};
   try {
     dispatcher.emplace();
-    dispatcher->RegisterPlugin(std::make_shared<Kestrel::Formats::FormatsPlugin>());
+    dispatcher->RegisterPlugin(std::make_shared<Kestrel::Formats::FormatsPlugin>([&call] {
+      return Kestrel::Vexil::FindDeclaredResult(*call.dispatcher, call.argc, call.argv);
+    }));
     dispatcher->AddDefaultDirectories();
     HandleArguments(*dispatcher, argc, argv);
   } catch (const std::bad_alloc&) {

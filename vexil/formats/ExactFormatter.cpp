@@ -4,6 +4,7 @@
 #include "vexil/formats/ExactFormatter.h"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "vexil/formats/Faults.h"
@@ -16,15 +17,16 @@ using AutoCli::FormatParameters;
 using MetaObj::MetaObject;
 
 /// Prints `root` into `text`, or appends messages to `errors`.
-void Print(const ExactFormat& format, const std::shared_ptr<MetaObject>& root,
-           const FormatParameters& params, TextBuffer& text, std::vector<std::string>& errors) {
+void Print(const ExactFormat& format, const DeclaredResult& declared,
+           const std::shared_ptr<MetaObject>& root, const FormatParameters& params,
+           TextBuffer& text, std::vector<std::string>& errors) {
   const FormatOptions options = ReadFormatOptions(params, format.ownKey, errors);
   if (root == nullptr) {
     errors.emplace_back("The command returned nothing to print");
     return;
   }
   try {
-    const Selection selection(root, options, errors);
+    const Selection selection(root, declared, options, errors);
     if (errors.empty()) {
       format.print(selection, options, text);
     }
@@ -37,8 +39,8 @@ void Print(const ExactFormat& format, const std::shared_ptr<MetaObject>& root,
 
 }  // namespace
 
-ExactFormatter::ExactFormatter(const ExactFormat& format)
-    : Formatter(format.name), format_(format) {}
+ExactFormatter::ExactFormatter(const ExactFormat& format, DeclaredResult declared)
+    : Formatter(format.name), format_(format), declared_(std::move(declared)) {}
 
 ExactFormatter::~ExactFormatter() = default;
 
@@ -60,7 +62,7 @@ void ExactFormatter::Format(const std::shared_ptr<CallSpec::Output>& output,
                             std::ostream& out) {
   TextBuffer text;
   std::vector<std::string> errors;
-  Print(format_, output->GetRootObject(), parameters, text, errors);
+  Print(format_, declared_, output->GetRootObject(), parameters, text, errors);
   for (const std::string& error : errors) {
     output->AddErrorMessage(error);
   }

@@ -14,8 +14,8 @@ namespace Kestrel::Formats {
 class ExactFormatter : public AutoCli::Formatter {
  public:
   /// Makes a formatter without description and parameters. `format` must exist as long as the
-  /// formatter.
-  explicit ExactFormatter(const ExactFormat& format);
+  /// formatter. `declared` may be empty.
+  explicit ExactFormatter(const ExactFormat& format, DeclaredResult declared = nullptr);
   ~ExactFormatter() override;
 
   /// Sets the description and the parameters, unless they are set. Not done at once, because each
@@ -27,6 +27,7 @@ class ExactFormatter : public AutoCli::Formatter {
 
  private:
   const ExactFormat& format_;
+  DeclaredResult declared_;
 };
 
 }  // namespace Kestrel::Formats

@@ -19,10 +19,10 @@ constexpr std::array<const ExactFormat*, 6> kFormats = {
 
 }  // namespace
 
-FormatsPlugin::FormatsPlugin() : name_("Formats") {
+FormatsPlugin::FormatsPlugin(const DeclaredResult& declared) : name_("Formats") {
   formatters_.reserve(kFormats.size());
   for (const ExactFormat* format : kFormats) {
-    formatters_.push_back(std::make_shared<ExactFormatter>(*format));
+    formatters_.push_back(std::make_shared<ExactFormatter>(*format, declared));
   }
 }
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "kestrel/autocli/Plugin.h"
+#include "vexil/formats/Selection.h"
 
 namespace Kestrel::Formats {
 
@@ -11,8 +12,8 @@ namespace Kestrel::Formats {
 /// adds no commands. Its name is "Formats".
 class FormatsPlugin : public AutoCli::Plugin {
  public:
-  /// Makes the formatters; there is nothing to initialise.
-  FormatsPlugin();
+  /// Makes the formatters; there is nothing to initialise. `declared` may be empty.
+  explicit FormatsPlugin(const DeclaredResult& declared = nullptr);
   ~FormatsPlugin() override;
 
   void Initialize() override;

@@ -33,6 +33,12 @@ std::string_view Trimmed(std::string_view text) {
              : text.substr(first, text.find_last_not_of(" \t") + 1 - first);
 }
 
+/// The structure that the elements of a declared list have, if it is one.
+std::shared_ptr<MetaStruct> StructureOf(const Value& declared) {
+  const bool isList = declared != nullptr && KindOf(*declared) == MetaType::List;
+  return isList ? static_cast<const MetaList&>(*declared).GetListStructure() : nullptr;
+}
+
 /// Finds the field that `name` means. A name may contain full stops, so it is first taken as a
 /// whole; otherwise a part of it must name a structure and the rest a field inside that.
 bool FindField(const MetaStruct& shape, std::string_view name, FieldPath& path) {
@@ -161,9 +167,9 @@ std::vector<ChosenField> ChosenFields(const MetaStruct& structure, const FieldCh
   return chosen;
 }
 
-Selection::Selection(const Value& root, const FormatOptions& options,
-                     std::vector<std::string>& errors) {
-  ReadShape(root);
+Selection::Selection(const Value& root, const DeclaredResult& declared,
+                     const FormatOptions& options, std::vector<std::string>& errors) {
+  ReadShape(root, declared);
   if (options.hasFields) {
     ChooseFields(options.fields, errors);
   }
@@ -175,13 +181,16 @@ Selection::Selection(const Value& root, const FormatOptions& options,
   }
 }
 
-void Selection::ReadShape(const Value& root) {
+void Selection::ReadShape(const Value& root, const DeclaredResult& declared) {
   const MetaType kind = KindOf(*root);
   if (kind == MetaType::List) {
     list_ = static_cast<const MetaList*>(root.get());
     shape_ = list_->GetListStructure();
     rows_ = {list_->GetObjects().data(), list_->GetCount()};
     hasScalarRows_ = IsScalar(list_->GetListType());
+    if (!hasScalarRows_ && shape_ == nullptr && declared != nullptr) {
+      shape_ = StructureOf(declared());
+    }
     return;
   }
   ownRows_.push_back(root);

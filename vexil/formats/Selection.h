@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -19,6 +20,9 @@ namespace Kestrel::Formats {
 
 /// The name of the only column of rows that are scalars.
 inline constexpr std::string_view kScalarName = "value";
+
+/// Returns what the command declares as its result, or null if that is not known.
+using DeclaredResult = std::function<std::shared_ptr<MetaObj::MetaObject>()>;
 
 /// The names that lead from a structure to a field inside it, through structures only.
 using FieldPath = std::vector<std::string>;
@@ -55,10 +59,12 @@ class Selection {
     const Value* end() const { return first + count; }
   };
 
-  /// Selects from `root`, which is not null. Appends a message to `errors` for each field that does
-  /// not exist or cannot be sorted by.
-  /// Throws ValueFault if a class of a value is not that of its kind.
-  Selection(const Value& root, const FormatOptions& options, std::vector<std::string>& errors);
+  /// Selects from `root`, which is not null. If nothing is known about the structures in an empty
+  /// list, their shape is taken from what `declared` returns. Appends a message to `errors` for
+  /// each field that does not exist or cannot be sorted by. Throws ValueFault if a class of a value
+  /// is not that of its kind.
+  Selection(const Value& root, const DeclaredResult& declared, const FormatOptions& options,
+            std::vector<std::string>& errors);
 
   Selection(const Selection&) = delete;
   Selection& operator=(const Selection&) = delete;
@@ -82,7 +88,7 @@ class Selection {
   const FieldChoice& Choice() const { return choice_; }
 
  private:
-  void ReadShape(const Value& root);
+  void ReadShape(const Value& root, const DeclaredResult& declared);
   void ChooseFields(const std::vector<std::string>& names, std::vector<std::string>& errors);
   void Sort(const FormatOptions& options, std::vector<std::string>& errors);
   bool Find(const std::string& name, FieldPath& path) const;

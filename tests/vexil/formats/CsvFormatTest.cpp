@@ -77,6 +77,25 @@ TEST(CsvFormatTest, PrintsNothingWithoutColumns) {
   EXPECT_EQ(Csv(outer), "Name\r\nx\r\n");
 }
 
+TEST(CsvFormatTest, TakesTheHeaderOfAnUnknownShapeFromTheDeclaration) {
+  const auto printWith = [](const std::shared_ptr<MetaObject>& declared, Parameters parameters) {
+    const auto output = Testing::MakeOutput(MetaList::New(MetaType::Struct, nullptr));
+    AutoCli::FormatParameters params = Testing::MakeParameters(parameters);
+    AutoCli::DisplayContext display;
+    std::ostringstream out;
+    ExactFormatter(kCsvFormat, [&declared] {
+      return declared;
+    }).Format(output, params, display, out);
+    return out.str() + (output->HasError() ? output->GetErrors()[0] : "");
+  };
+  const auto declared = MetaList::New(MetaType::Struct, MakeVolume());
+  EXPECT_EQ(printWith(declared, {}), "Disk.Name,Disk.Size,Labels,On\r\n");
+  EXPECT_EQ(printWith(declared, {{"fields", "On"}}), "On\r\n");
+  EXPECT_EQ(printWith(declared, {{"fields", "Nope"}}), "Unknown field: Nope");
+  EXPECT_EQ(printWith(nullptr, {}), "");
+  EXPECT_EQ(printWith(MetaInt::New(1), {}), "");
+}
+
 TEST(CsvFormatTest, TakesTheColumnsOfAnUnknownShapeFromTheParameter) {
   EXPECT_EQ(Csv(MetaList::New(MetaType::Struct, nullptr), {{"fields", "A,B.C"}}), "A,B.C\r\n");
 }
