@@ -57,7 +57,8 @@ TEST(FormatTest, TheFormattersOfTheToolPrintExactly) {
   for (const auto& [formatter, expected] :
        {std::pair("ndjson", "{\"Number\":1,\"Text\":\"the text of a row\"}\n"),
         std::pair("csv", "Number,Text\r\n1,the text of a row\r\n"),
-        std::pair("tsv", "Number\tText\n1\tthe text of a row\n")}) {
+        std::pair("tsv", "Number\tText\n1\tthe text of a row\n"),
+        std::pair("yaml", "- Number: 1\n  Text: the text of a row\n")}) {
     const VexilResult result = TryRow({"--formatter", formatter}).Run();
     EXPECT_EQ(expected, result.out);
     EXPECT_EQ("", result.err);
