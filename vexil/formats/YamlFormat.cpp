@@ -106,40 +106,36 @@ bool IsPlain(std::string_view text) {
          (!AnyStop<Plain>(text) || CountCopied<Plain>(text) == text.size());
 }
 
-void AppendYamlString(std::string_view text, TextBuffer& out) {
-  if (IsPlain(text)) {
-    return out.Append(text);
-  }
-  out.Append('"');
-  AnyStop<Quoted>(text) ? AppendEscaped<Quoted>(text, out) : out.Append(text);
-  out.Append('"');
-}
-
 class YamlSyntax {
  public:
   static std::string FieldPrefix(const std::string& name, bool isFirst, StructPlace place) {
     TextBuffer key;
-    AppendYamlString(name, key);
+    YamlSyntax(key).String("", name);
     const std::string indent(kIndentStep * static_cast<std::size_t>(place.level), ' ');
     // The first field of an element follows the dash.
     const bool continuesLine = isFirst && (place.isElement || place.level == 0);
     const std::string begin = continuesLine ? "" : "\n" + indent;
     const std::string text = key.ToString();
-    return text.size() > kMaxSimpleKey ? begin + "? " + text + "\n" + indent + ":"
-                                       : begin + text + ":";
+    return text.size() > kMaxSimpleKey ? begin + "? " + text + "\n" + indent + ": "
+                                       : begin + text + ": ";
   }
 
   explicit YamlSyntax(TextBuffer& out) : out_(out) {}
 
   void Bool(std::string_view before, bool value) {
-    out_.AppendAll(before, Gap(before), std::string_view(value ? "true" : "false"));
+    out_.AppendAll(before, std::string_view(value ? "true" : "false"));
   }
-  void Int(std::string_view before, long value) {
-    out_.AppendAll(before, Gap(before), Decimal{value});
-  }
+  void Int(std::string_view before, long value) { out_.AppendAll(before, Decimal{value}); }
   void String(std::string_view before, const std::string& value) {
-    out_.AppendAll(before, Gap(before));
-    AppendYamlString(value, out_);
+    if (IsPlain(value)) {
+      return out_.AppendAll(before, std::string_view(value));
+    }
+    if (!AnyStop<Quoted>(value)) {
+      return out_.AppendAll(before, '"', std::string_view(value), '"');
+    }
+    out_.AppendAll(before, '"');
+    AppendEscaped<Quoted>(value, out_);
+    out_.Append('"');
   }
 
   void BeginStruct(std::string_view before, const MetaObj::MetaStruct& /*structure*/,
@@ -161,13 +157,12 @@ class YamlSyntax {
   void EndList(bool /*isEmpty*/, long /*level*/) {}
 
  private:
-  /// What is between a name, if there is one, and a value on the same line.
-  static std::string_view Gap(std::string_view before) { return before.empty() ? "" : " "; }
-
   void Begin(std::string_view before, bool isEmpty, std::string_view emptyText) {
     out_.Append(before);
     if (isEmpty) {
-      out_.AppendAll(Gap(before), emptyText);
+      out_.Append(emptyText);
+    } else if (!before.empty()) {
+      out_.RemoveLast();  // the space after the colon; the value begins on the next line
     }
   }
 
