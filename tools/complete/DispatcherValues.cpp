@@ -88,7 +88,15 @@ Words ListFields(const ValueContext& context, const std::string& key) {
   if (Vexil::ListFormatKeys(GetFormatter(context), types)) {
     return Vexil::ListChoosableFields(key, types);
   }
-  return key == "fields" || key == "sort" ? Vexil::ListFieldPaths(result) : Words();
+  return key == "fields" ? Vexil::ListFieldPaths(result) : Words();
+}
+
+// A field to sort by; after "-" the greatest value comes first.
+void AddSortFields(const ValueContext& context, std::size_t begin, Completion& completion) {
+  const CursorLine& line = context.line;
+  const bool isDescending = line.word.compare(begin, 1, "-") == 0;
+  AddNames(line, begin + (isDescending ? 1 : 0), Vexil::ListFieldPaths(GetResult(context)),
+           completion);
 }
 
 void AddKeyValues(const ValueContext& context, Completion& completion) {
@@ -97,18 +105,22 @@ void AddKeyValues(const ValueContext& context, Completion& completion) {
   const std::string key = line.word.substr(line.beforeValue.size(), end - line.beforeValue.size());
   if (std::find(kBooleanKeys.begin(), kBooleanKeys.end(), key) != kBooleanKeys.end()) {
     AddNames(line, end + 1, {"true", "false"}, completion);
-    return;
+  } else if (key == "sort") {
+    AddSortFields(context, end + 1, completion);
+  } else {
+    completion.directive = Directive::NoSpace;  // a comma and more names may follow
+    AddNames(line, std::max(line.word.rfind(',') + 1, end + 1), ListFields(context, key),
+             completion);
   }
-  AddNames(line, std::max(line.word.rfind(',') + 1, end + 1), ListFields(context, key), completion);
 }
 
 void AddFormatParameters(const ValueContext& context, Completion& completion) {
-  completion.directive = Directive::NoSpace;
-  if (context.line.GetValue().find('=') == std::string::npos) {
-    AddKeys(context, completion);
-  } else {
+  if (context.line.GetValue().find('=') != std::string::npos) {
     AddKeyValues(context, completion);
+    return;
   }
+  completion.directive = Directive::NoSpace;  // the value follows
+  AddKeys(context, completion);
 }
 
 }  // namespace

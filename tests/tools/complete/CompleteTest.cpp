@@ -246,6 +246,8 @@ TEST_F(CompleteTest, ColumnsBelongToTheCommandAlsoAfterAComma) {
   EXPECT_THAT(RunForWords({"--format-param", "fields="}), IsEmpty());
   EXPECT_THAT(RunForWords({"--format-param", "show-header=f"}, {"paint", "list"}),
               ElementsAre("show-header=false"));
+  EXPECT_EQ(Directive::None, Run({"--format-param", "show-header="}).directive);
+  EXPECT_EQ(Directive::NoSpace, Run({"--format-param", "fields="}).directive);
 }
 
 TEST_F(CompleteTest, FormattersOfTheToolKnowFieldsByTheirPaths) {
@@ -256,6 +258,8 @@ TEST_F(CompleteTest, FormattersOfTheToolKnowFieldsByTheirPaths) {
               ElementsAre("--format-param=fields=Usage", "--format-param=fields=Usage.Free"));
   EXPECT_THAT(RunForWords({"--formatter=csv", "--format-param=sort=N"}, {"paint", "list"}),
               ElementsAre("--format-param=sort=Name"));
+  EXPECT_THAT(RunForWords({"--formatter=csv", "--format-param", "sort=-S"}, {"paint", "list"}),
+              ElementsAre("sort=-Size"));
   EXPECT_THAT(RunForWords({"--formatter=csv", "--format-param=header="}, {"paint", "list"}),
               ElementsAre("--format-param=header=true", "--format-param=header=false"));
 }
