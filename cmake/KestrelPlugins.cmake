@@ -8,6 +8,8 @@
 set(KESTREL_PLUGIN_INSTALL_DIR "lib/norvane/vexil")
 # The folder of the descriptors in the build tree, for tests; their scripts are in scripts/ in it.
 set(KESTREL_BUILD_DESCRIPTOR_DIR ${PROJECT_BINARY_DIR}/plugins/descriptors)
+# Without the descriptors of an earlier configuration, which may no longer be in the sources.
+file(REMOVE_RECURSE ${KESTREL_BUILD_DESCRIPTOR_DIR})
 
 function(kestrel_add_plugin name)
   add_library(${name} MODULE ${ARGN})

@@ -43,33 +43,24 @@ TEST_P(DescriptorRefusalTest, IsReported) {
               ElementsAre(GetParam().message));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Values, DescriptorRefusalTest,
-    ::testing::Values(
-        Refusal{"Count",
-                "network address check",
-                {{"address", "a"}, {"count", "21"}},
-                Range("count", "1-20")},
-        Refusal{"Family",
-                "network address check",
-                {{"address", "a"}, {"family", "5"}},
-                OneOf("family", "[4, 6]")},
-        Refusal{
-            "Folder", "disk usage list", {{"directory", "/it's"}}, Regex("directory", "/[^']*")},
-        Refusal{"RelativeFolder",
-                "disk usage list",
-                {{"directory", "etc"}},
-                Regex("directory", "/[^']*")},
-        Refusal{"Depth",
-                "disk usage list",
-                {{"directory", "/"}, {"depth", "-1"}},
-                Range("depth", "0-20")},
-        Refusal{"Salt",
-                "system password hash",
-                {{"password", "x"}, {"salt", "a$b"}},
-                Regex("salt", "[A-Za-z0-9./]{1,16}")},
-        Refusal{"NoPassword", "system password hash", {}, "Missing required parameter --password"}),
-    [](const auto& each) { return std::string(each.param.name); });
+INSTANTIATE_TEST_SUITE_P(Values, DescriptorRefusalTest,
+                         ::testing::Values(Refusal{"Count",
+                                                   "network address check",
+                                                   {{"address", "a"}, {"count", "21"}},
+                                                   Range("count", "1-20")},
+                                           Refusal{"Family",
+                                                   "network address check",
+                                                   {{"address", "a"}, {"family", "5"}},
+                                                   OneOf("family", "[4, 6]")},
+                                           Refusal{"Salt",
+                                                   "system password hash",
+                                                   {{"password", "x"}, {"salt", "a$b"}},
+                                                   Regex("salt", "[A-Za-z0-9./]{1,16}")},
+                                           Refusal{"NoPassword",
+                                                   "system password hash",
+                                                   {},
+                                                   "Missing required parameter --password"}),
+                         [](const auto& each) { return std::string(each.param.name); });
 
 }  // namespace
 }  // namespace Kestrel::Testing

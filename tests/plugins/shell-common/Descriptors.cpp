@@ -13,7 +13,7 @@ AutoCli::Dispatcher& GetDispatcher() {
   static const bool isLoaded = [] {
     // Declares namespaces of the descriptors.
     dispatcher.AddPlugin(KESTREL_HOST_PLUGIN);
-    for (const char* const name : {"disk", "network", "password"}) {
+    for (const char* const name : {"network", "password"}) {
       dispatcher.AddPlugin(KESTREL_DESCRIPTOR_DIR "/" + std::string(name) + ".xml");
     }
     return true;

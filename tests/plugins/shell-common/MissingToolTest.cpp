@@ -32,10 +32,8 @@ class MissingToolTest : public ::testing::TestWithParam<MissingTool> {
  protected:
   /// Fills a folder with links to every tool of the scripts except one.
   MissingToolTest() {
-    for (const char* const name :
-         {"awk",    "cat",       "du",   "getent",    "grep", "head",    "journalctl",
-          "md5sum", "mktemp",    "mv",   "openssl",   "perl", "ping",    "rm",
-          "sed",    "sha256sum", "sort", "systemctl", "tar",  "timeout", "wc"}) {
+    for (const char* const name : {"awk", "cat", "getent", "head", "mktemp", "mv", "openssl",
+                                   "perl", "ping", "rm", "sed", "sort", "wc"}) {
       const std::string path = Witness("command -v " + std::string(name) + " || :");
       if (name != std::string(GetParam().tool) && !path.empty()) {
         const std::string target = path.substr(0, path.size() - 1);
@@ -69,7 +67,6 @@ INSTANTIATE_TEST_SUITE_P(
         MissingTool{"sed", "sed", "system password hash", {{"password", "x"}}},
         MissingTool{"sort", "coreutils", "system password hash", {{"password", "x"}}},
         // Tools of a single script.
-        MissingTool{"du", "coreutils", "disk usage list", {{"directory", "/"}}},
         MissingTool{"getent", "libc-bin", "network name resolve", {{"name", "localhost"}}},
         MissingTool{"ping", "iputils-ping", "network address check", {{"address", "localhost"}}},
         MissingTool{"wc", "coreutils", "system password hash", {{"password", "x"}}},
@@ -92,7 +89,7 @@ TEST(ScriptFaultTest, LeavesNothingBehind) {
   const ScopedTempDir work;
   const ScopedEnvironment folder("TMPDIR", work.GetPath());
   Call("system password hash", {{"password", "x"}});
-  CallErrors("disk usage list", {{"directory", "/nosuch"}});
+  CallErrors("network name resolve", {{"name", "no such name"}});
   // A reader that closes the pipe early.
   Witness("'" + ScriptPath("resolve-name.sh") + "' localhost </dev/null 2>&1 | head -c 1");
   EXPECT_EQ(Witness("ls -A '" + work.GetPath() + "'"), "");
