@@ -23,12 +23,16 @@ struct CloseArchive {
 };
 using Reader = std::unique_ptr<archive, CloseArchive>;
 
-// Returns the first string that exists.
-std::string FirstOf(const char* text, const char* otherwise = nullptr) {
+using StringOf = const char* (*)(archive_entry*);
+
+// Returns a string of the entry. `other` is asked only if that does not exist, because it converts
+// the string, which takes time.
+std::string FirstOf(archive_entry* entry, StringOf first, StringOf other) {
+  const char* text = first(entry);
   if (text == nullptr) {
-    return otherwise == nullptr ? std::string() : otherwise;
+    text = other(entry);
   }
-  return text;
+  return text == nullptr ? std::string() : text;
 }
 
 std::string KindOf(archive_entry* entry) {
@@ -54,18 +58,18 @@ std::string KindOf(archive_entry* entry) {
 
 ArchiveMember ToMember(archive_entry* entry) {
   ArchiveMember member;
-  member.name = FirstOf(::archive_entry_pathname(entry), ::archive_entry_pathname_utf8(entry));
+  member.name = FirstOf(entry, ::archive_entry_pathname, ::archive_entry_pathname_utf8);
   member.kind = KindOf(entry);
   member.mode = Trim(::archive_entry_strmode(entry));
-  member.user = FirstOf(::archive_entry_uname(entry), ::archive_entry_uname_utf8(entry));
-  member.group = FirstOf(::archive_entry_gname(entry), ::archive_entry_gname_utf8(entry));
+  member.user = FirstOf(entry, ::archive_entry_uname, ::archive_entry_uname_utf8);
+  member.group = FirstOf(entry, ::archive_entry_gname, ::archive_entry_gname_utf8);
   member.userId = ::archive_entry_uid(entry);
   member.groupId = ::archive_entry_gid(entry);
   member.size = ::archive_entry_size(entry);
   if (::archive_entry_mtime_is_set(entry) != 0) {
     member.modified = ::archive_entry_mtime(entry);
   }
-  member.target = FirstOf(::archive_entry_symlink(entry), ::archive_entry_hardlink(entry));
+  member.target = FirstOf(entry, ::archive_entry_symlink, ::archive_entry_hardlink);
   return member;
 }
 
@@ -85,7 +89,7 @@ Reader NewReader() {
 
 [[noreturn]] void ThrowArchiveError(const std::string& path, archive& reader) {
   const char* const reason = ::archive_error_string(&reader);
-  ThrowReadError(path, SanitizedText(FirstOf(reason, "Damaged archive"))->GetValue());
+  ThrowReadError(path, SanitizedText(reason == nullptr ? "Damaged archive" : reason)->GetValue());
 }
 
 }  // namespace

@@ -62,7 +62,8 @@ class StorageUsageList final : public ListCommand {
     AddExample("--directory /etc/default --human", "List the space that each folder uses");
     AddExample("--directory /etc/default --all --limit 10",
                "List the ten largest folders and files");
-    AddExample("--directory /etc --depth 2 --partial", "List what can be read, two levels deep");
+    AddExample("--directory /usr/share/doc --depth 2 --partial",
+               "List what can be read, two levels deep");
   }
 
  private:

@@ -18,6 +18,7 @@
 namespace Kestrel::Testing {
 namespace {
 
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
 TEST(StorageToolTest, ASilentFileSystemDoesNotHoldUpTheTool) {
@@ -44,6 +45,25 @@ TEST(StorageToolTest, PrintsMountsAndFileSystems) {
     const std::string filesystems = Print("storage filesystem list", {{"type", "tmpfs"}}, 80);
     EXPECT_THAT(filesystems, HasSubstr("  ok      /mnt\n"));
     EXPECT_THAT(filesystems, HasSubstr("  ok      /mnt/a b\n"));
+  });
+  if (!refusal.empty()) {
+    GTEST_SKIP() << refusal;
+  }
+}
+
+TEST(StorageToolTest, PrintsTheSpaceThatIsLeft) {
+  const std::string refusal = RunInNamespaces(CLONE_NEWNS, [] {
+    ASSERT_EQ(::mount("left", "/mnt", "tmpfs", 0, "size=2m"), 0);
+    Witness("head -c 524288 /dev/zero > /mnt/file");
+    const auto lastLine = [](const Parameters& parameters) {
+      std::string text = Print("storage filesystem list", parameters, 200);
+      text.pop_back();
+      return WordsIn(text.substr(text.rfind('\n') + 1));
+    };
+    EXPECT_THAT(lastLine({{"type", "tmpfs"}}),
+                ElementsAre("left", "1572864", "25", "%", "ok", "/mnt"));
+    EXPECT_THAT(lastLine({{"type", "tmpfs"}, {"human", ""}}),
+                ElementsAre("left", "1.5", "MiB", "25", "%", "ok", "/mnt"));
   });
   if (!refusal.empty()) {
     GTEST_SKIP() << refusal;

@@ -4,6 +4,8 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,6 +14,7 @@
 
 #include "plugins/host/support/HostCall.h"
 #include "plugins/host/support/HostRun.h"
+#include "plugins/host/support/Namespaces.h"
 #include "plugins/host/support/PlainUser.h"
 #include "plugins/host/support/Rows.h"
 #include "support/ScopedTempDir.h"
@@ -222,6 +225,85 @@ TEST_F(StorageUsageListLockedTest, TheToolReportsWhatItCouldNotRead) {
   EXPECT_THAT(partial.out, HasSubstr("  " + folder_.GetPath("large") + "\n"));
   EXPECT_EQ(partial.err, FirstReport() + "\n");
   EXPECT_EQ(partial.status, 0);
+}
+
+class StorageUsageListPathTest : public ::testing::TestWithParam<const char*> {};
+
+TEST_P(StorageUsageListPathTest, IsTakenAsItIs) {
+  const ScopedTempDir folder;
+  const std::string name = GetParam();
+  folder.Write(name + "/below/file", "x");
+  const VexilResult result = HostRun({"--format-param", "fields=Files,Path", "storage", "usage",
+                                      "list", "--directory=" + name})
+                                 .InDirectory(folder.GetPath())
+                                 .Run();
+  EXPECT_THAT(result.out, HasSubstr("\n    3  " + Shown(name) + "\n"));
+  EXPECT_THAT(result.out, HasSubstr("\n    2  " + Shown(name) + "/below\n"));
+  EXPECT_EQ(result.err, "");
+  EXPECT_EQ(result.status, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Names, StorageUsageListPathTest,
+                         ::testing::Values("plain", "-n", "--all", "a b", "it's", "\"quoted\"",
+                                           "$(x)`y`", "new\nline", "*", "?[a]", "\\", "~", "#",
+                                           "\xC3\xA4", "&<>"));
+
+TEST(StorageUsageListTest, TakesAPathOfAnyLength) {
+  const ScopedTempDir folder;
+  folder.Write("below/file", "x");
+  std::string path = folder.GetPath();
+  while (path.size() < 10000) {
+    path += "/.";
+  }
+  EXPECT_THAT(Paths({{"directory", path}}), UnorderedElementsAre(path, path + "/below"));
+  EXPECT_THAT(CallErrors(kCommand, {{"directory", path + "/gone"}}),
+              ElementsAre("Unable to read " + path + "/gone: No such file or directory"));
+}
+
+TEST(StorageUsageListTest, CountsOtherFileSystemsOnDemand) {
+  const std::string refusal = RunInNamespaces(CLONE_NEWNS, [] {
+    const ScopedTempDir folder;
+    folder.Write("own/file", "x");
+    const std::string other = folder.MakeDirectory("other");
+    ASSERT_EQ(::mount("other", other.c_str(), "tmpfs", 0, ""), 0);
+    folder.Write("other/file", std::string(1 << 20, 'x'));
+    const std::string& top = folder.GetPath();
+    EXPECT_THAT(Paths({{"directory", top}}), UnorderedElementsAre(top, top + "/own"));
+    const Parameters all = {{"directory", top}, {"all-filesystems", ""}};
+    EXPECT_THAT(Paths(all), ElementsAre(top, other, top + "/own"));
+    // A mount point that is asked for itself is another top.
+    EXPECT_THAT(CallColumn(kCommand, "Size", {{"directory", other}}), ElementsAre("1.0 MiB"));
+    ASSERT_EQ(::umount(other.c_str()), 0);
+  });
+  if (!refusal.empty()) {
+    GTEST_SKIP() << refusal;
+  }
+}
+
+TEST(StorageUsageListTest, AFieldThatDoesNotExistIsAnErrorBeforeTheWalk) {
+  const auto errors = CallErrors(kCommand, {{"directory", "/nowhere"}, {"sort", "Bytes"}});
+  ASSERT_EQ(errors.size(), 1U);
+  EXPECT_THAT(errors[0], HasSubstr("Apparent Size"));
+  EXPECT_THAT(errors[0], ::testing::Not(HasSubstr("/nowhere")));
+}
+
+TEST(StorageUsageListTest, ALimitDoesNotHideAFolderThatCannotBeRead) {
+  const ScopedTempDir folder;
+  const std::string locked = folder.MakeDirectory("locked");
+  ::chmod(folder.GetPath().c_str(), 0755);
+  ::chmod(locked.c_str(), 0);
+  {
+    const PlainUser user;
+    for (const Parameters& parameters :
+         {Parameters{{"limit", "1"}}, Parameters{{"minimum-size", "1000"}},
+          Parameters{{"depth", "0"}}, Parameters{{"sort", "Path"}}}) {
+      Parameters all = parameters;
+      all.emplace_back("directory", folder.GetPath());
+      EXPECT_THAT(CallErrors(kCommand, all),
+                  ElementsAre("Unable to read " + locked + ": Permission denied"));
+    }
+  }
+  ::chmod(locked.c_str(), 0755);
 }
 
 }  // namespace
