@@ -58,7 +58,7 @@ const StructShape& Shape() {
           .String("Wanted",
                   "What the administrator wants: install, hold, deinstall, purge or unknown.")
           .Bool("Reinstall Required", "Whether it is broken and must be installed again.")
-          .Bool("Manual", "Whether somebody asked for it; otherwise it came along with others.")
+          .Bool("Manual", "Whether it was installed on request, not as a dependency.")
           .Size("Size", "How much room it takes; 0 when it is not recorded.")
           .String("Section", "The kind of software; \"none\" when it is not recorded.")
           .String("Priority", "How important it is; \"none\" when it is not recorded.")

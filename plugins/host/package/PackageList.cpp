@@ -32,8 +32,8 @@ const StructShape& Shape() {
           .String("State",
                   "How far it is installed: config-files, half-installed, unpacked, "
                   "half-configured, triggers-awaited, triggers-pending or installed.")
-          .Bool("Manual", "Whether somebody asked for it; otherwise it came along with others.")
-          .Bool("Held", "Whether it must stay as it is.")
+          .Bool("Manual", "Whether it was installed on request, not as a dependency.")
+          .Bool("Held", "Whether it is held at its version.")
           .String("Summary", "What it is, in a few words; \"none\" when it is not recorded.");
   return shape;
 }
@@ -109,7 +109,7 @@ class PackageList final : public ListCommand {
     ShowColumns("Name,Size Bytes,Version", {{"wrap-last", "true"}});
     AddMetaData("complete:name", "package.list Name");
     AddExample("", "List the installed packages");
-    AddExample("--manual true --human", "List those that somebody asked for, with readable sizes");
+    AddExample("--manual true --human", "List those installed on request, with readable sizes");
     AddExample("--name 'lib*' --sort Size --descending --limit 5",
                "List the five largest libraries");
     AddExample("--state config-files", "List removed packages whose settings are left");
@@ -125,8 +125,7 @@ class PackageList final : public ListCommand {
         .Short("s")
         .AddTo(spec);
     Parameter("manual", CallSpec::BoolList,
-              "List packages only that somebody asked for (true) or that came along with others "
-              "(false).")
+              "List only packages installed on request (true) or as dependencies (false).")
         .Short("u")
         .AddTo(spec);
   }

@@ -9,7 +9,7 @@ namespace Kestrel::Host {
 
 void AddPackageName(CallSpec::InputSpec& spec) {
   Parameter("name", CallSpec::String,
-            "The name of the package; of one for another architecture, with : and that behind it.")
+            "The name of the package, or name:architecture for another architecture.")
       .Short("n")
       .Required()
       .AddTo(spec);

@@ -40,7 +40,7 @@ const StructShape& Shape() {
           .String("Available Version", "The newer version that apt would install.")
           .String("Source",
                   "Where apt would get it from; \"none\" when no list of packages has it.")
-          .Bool("Held", "Whether it must stay as it is, so that an upgrade leaves it out.");
+          .Bool("Held", "Whether it is held at its version, so that an upgrade leaves it out.");
   return shape;
 }
 
