@@ -43,34 +43,63 @@ root_prefix() {
   fi
 }
 
-# Installs the given packages and their dependencies, and changes no installed package: if apt would
-# have to upgrade or remove one, nothing is installed.
+# Prints why the packages cannot be installed with the given options of apt: what it complains about,
+# or the installed packages that it would upgrade or remove. Prints nothing if they can be.
+# Usage: obstacles "OPTIONS" PACKAGE...
+obstacles() {
+  local options=$1 plan
+  shift
+  # The options are words.
+  # shellcheck disable=SC2086
+  if ! plan=$(LC_ALL=C apt-get -s --no-install-recommends --no-remove $options install "$@" 2>&1); then
+    echo "$plan"
+    return
+  fi
+  awk '$1 == "Remv" || ($1 == "Inst" && $3 ~ /^\[/) { print "  would change " $2 }' <<<"$plan"
+}
+
+# Installs packages that obstacles() has nothing against. Usage: as obstacles().
+apt_install_with() {
+  local options=$1 as_root=$2 log
+  shift 2
+  log=$(mktemp)
+  # The prefix is empty or words of a command.
+  # shellcheck disable=SC2086
+  if ! $as_root env DEBIAN_FRONTEND=noninteractive apt-get -y -q --no-install-recommends \
+    --no-remove -o DPkg::Lock::Timeout=300 $options install "$@" >"$log" 2>&1 </dev/null; then
+    tail -n 30 "$log" >&2
+    fail "apt could not install: $*"
+  fi
+  rm -f "$log"
+}
+
+# Installs the given packages and their dependencies, and changes no installed package. If a library
+# is older than the latest version of its headers, the headers come from the release itself, without
+# its updates. If nothing fits, nothing more is installed.
 apt_install() {
-  local as_root=$1 log plan conflicts
+  local as_root=$1 release options package log
   shift
   log=$(mktemp)
-  plan=$(mktemp)
-  # shellcheck disable=SC2086 # the prefix is empty or words of a command
-  {
-    $as_root apt-get -qq update >"$log" 2>&1 </dev/null ||
-      say "apt-get update failed; continuing with the present package lists."
-    if ! LC_ALL=C apt-get -s --no-install-recommends --no-remove install "$@" >"$plan" 2>&1; then
-      cat "$plan" >&2
-      fail "apt cannot install: $*"
+  # shellcheck disable=SC2086
+  $as_root apt-get -qq update >"$log" 2>&1 </dev/null ||
+    say "apt-get update failed; continuing with the present package lists."
+  rm -f "$log"
+  # shellcheck source=/dev/null
+  release=$(. /etc/os-release && echo "${VERSION_CODENAME:-stable}")
+  if [[ -z $(obstacles "" "$@") ]]; then
+    apt_install_with "" "$as_root" "$@"
+    return
+  fi
+  for package in "$@"; do
+    options=""
+    [[ -z $(obstacles "" "$package") ]] || options="--target-release $release"
+    if [[ -n $(obstacles "$options" "$package") ]]; then
+      say "$package cannot be installed without changing packages that are installed:"
+      say "$(obstacles "" "$package")"
+      fail "Install the missing packages by hand, then start again."
     fi
-    conflicts=$(awk '$1 == "Remv" || ($1 == "Inst" && $3 ~ /^\[/) { print "  " $2 }' "$plan")
-    if [[ -n $conflicts ]]; then
-      say "Installing $* would upgrade or remove packages that are installed:"
-      say "$conflicts"
-      fail "Nothing was changed. Install the missing packages by hand, then start again."
-    fi
-    if ! $as_root env DEBIAN_FRONTEND=noninteractive apt-get -y -q --no-install-recommends \
-      --no-remove -o DPkg::Lock::Timeout=300 install "$@" >"$log" 2>&1 </dev/null; then
-      tail -n 30 "$log" >&2
-      fail "apt could not install: $*"
-    fi
-  }
-  rm -f "$log" "$plan"
+    apt_install_with "$options" "$as_root" "$package"
+  done
 }
 
 # Installs the packages of the given groups that are missing, after listing them with their purpose.
