@@ -5,8 +5,10 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "kestrel/KestrelException.h"
+#include "plugins/host/support/PlainUser.h"
 #include "support/ScopedTempDir.h"
 
 namespace Kestrel::Host {
@@ -155,6 +157,60 @@ TEST(CpusTest, ATopologyThatIsNoNumberIsUnknown) {
   EXPECT_EQ(cpus[0].node, -1);
   EXPECT_THAT(cpus[0].siblings, IsEmpty());
 }
+
+// A file or folder with data of a processor that exists must be readable.
+TEST(CpusTest, ReportsWhatCannotBeRead) {
+  const std::string cpu = "sys/devices/system/cpu/cpu0";
+  for (const std::string& hidden :
+       {std::string("proc/cpuinfo"), std::string("sys/devices/system/cpu/present"),
+        std::string("sys/devices/system/cpu/online"), cpu + "/topology/physical_package_id",
+        cpu + "/topology/core_id", cpu + "/topology/thread_siblings_list"}) {
+    const ScopedTempDir root;
+    ::chmod(root.GetPath().c_str(), 0755);
+    root.Write("proc/cpuinfo", kTwoProcessors);
+    root.Write("sys/devices/system/cpu/present", "0-1\n");
+    root.Write("sys/devices/system/cpu/online", "0-1\n");
+    for (const char* const name : {"physical_package_id", "core_id", "thread_siblings_list"}) {
+      root.Write(cpu + "/topology/" + name, "0\n");
+    }
+    ASSERT_EQ(::chmod(root.GetPath(hidden).c_str(), 0), 0);
+    const Testing::PlainUser user;
+    EXPECT_THAT([&root] { ReadCpus(root.GetPath("proc"), root.GetPath("sys")); },
+                ThrowsMessage<KestrelException>("Unable to read " + root.GetPath(hidden) +
+                                                ": Permission denied"));
+  }
+}
+
+struct FrequencyCase {
+  const char* name;
+  const char* text;
+  long kilohertz;
+};
+
+const FrequencyCase kFrequencies[] = {
+    {"Usual", "2596.146", 2596146},
+    {"Whole", "2596", 2596000},
+    {"OneDigit", "2596.1", 2596100},
+    {"MoreDigits", "2596.1469", 2596146},
+    {"Point", "2596.", 2596000},
+    {"Zero", "0.000", 0},
+    {"Empty", "", -1},
+    {"Word", "fast", -1},
+    {"WordAfterThePoint", "1.x", -1},
+    {"TwoPoints", "1.2.3", -1},
+    {"Beyond64Bits", "99999999999999999999.0", -1},
+};
+
+class FrequencyTest : public ::testing::TestWithParam<FrequencyCase> {};
+
+TEST_P(FrequencyTest, IsInKilohertz) {
+  const ScopedTempDir proc;
+  proc.Write("cpuinfo", std::string("processor : 0\ncpu MHz : ") + GetParam().text + "\n");
+  EXPECT_EQ(ReadCpus(proc.GetPath(), "/nowhere").at(0).kilohertz, GetParam().kilohertz);
+}
+
+INSTANTIATE_TEST_SUITE_P(Texts, FrequencyTest, ::testing::ValuesIn(kFrequencies),
+                         [](const auto& test) { return test.param.name; });
 
 }  // namespace
 }  // namespace Kestrel::Host

@@ -602,6 +602,189 @@ TEST_F(AccountMachineTest, GroupsOfManyAccountsAreLookedUpTogether) {
   });
 }
 
+class UserMachineTest : public AccountMachineTest {
+ protected:
+  UserMachineTest() {
+    File("etc/passwd",
+         "root:x:0:0:root:/root:/bin/bash\n"
+         "daemon:x:1:1:daemon:/usr/sbin:/usr/sbin/nologin\n"
+         "anna:x:1000:1000:Anna \x1b[1m Other,,,:/home/anna:/bin/bash\n"
+         "bob:x:1001:100::/home/bob:/bin/false\n"
+         "eve:x:4294967294:4294967294:Eve:/:/bin/sh\n");
+    File("etc/group",
+         "root:x:0:\ndaemon:x:1:\nusers:x:100:anna,bob\nanna:x:1000:\nstaff:x:50:bob,anna\n"
+         "odd\x1b[2J:x:60:anna\n");
+  }
+
+  static std::vector<std::string> Names(const Parameters& parameters) {
+    return CallColumn("system account list", "Name", parameters);
+  }
+
+  static std::string Groups(const std::string& name) {
+    return CallText("system account groups", {{"name", name}});
+  }
+};
+
+TEST_F(UserMachineTest, ListsAccountsInTheOrderOfTheSystem) {
+  ExpectPrinted("system account list",
+                "Name    User Id     Group       Login  Shell              Home\n"
+                "------  ----------  ----------  -----  -----------------  ----\n"
+                "root             0  root        true   /bin/bash          /root\n"
+                "daemon           1  daemon      false  /usr/sbin/nologin  /usr/sbin\n"
+                "anna          1000  anna        true   /bin/bash          /home/anna\n"
+                "bob           1001  users       false  /bin/false         /home/bob\n"
+                "eve     4294967294  4294967294  true   /bin/sh            /\n");
+}
+
+TEST_F(UserMachineTest, SelectsAccounts) {
+  RunThere([] {
+    EXPECT_THAT(Names({{"login", ""}}), ElementsAre("root", "anna", "eve"));
+    EXPECT_THAT(Names({{"minimum-id", "1000"}}), ElementsAre("anna", "bob", "eve"));
+    EXPECT_THAT(Names({{"minimum-id", "1000"}, {"login", ""}}), ElementsAre("anna", "eve"));
+    EXPECT_THAT(Names({{"minimum-id", "4294967295"}}), IsEmpty());
+    EXPECT_THAT(Names({{"name", "*a*"}, {"minimum-id", "2"}}), ElementsAre("anna"));
+    EXPECT_THAT(Names({{"sort", "User Id"}, {"descending", ""}, {"limit", "2"}}),
+                ElementsAre("eve", "bob"));
+    EXPECT_THAT(Names({{"sort", "Login"}}), ElementsAre("daemon", "bob", "root", "anna", "eve"))
+        << "false before true; equal ones keep their order";
+  });
+}
+
+TEST_F(UserMachineTest, ShowsTextOfOthersSafely) {
+  RunThere([] {
+    EXPECT_THAT(CallColumn("system account list", "Full Name", {{"name", "anna"}}),
+                ElementsAre("Anna \\x1b[1m Other"));
+    EXPECT_THAT(Groups("anna"), HasSubstr("odd\\x1b[2J"));
+  });
+}
+
+TEST_F(UserMachineTest, ListsTheGroupsOfAnAccountItsOwnFirst) {
+  RunThere([] {
+    EXPECT_EQ(Groups("anna"), "anna, users, staff, odd\\x1b[2J");
+    EXPECT_EQ(Groups("bob"), "users, staff");
+    EXPECT_EQ(Groups("root"), "root");
+    EXPECT_EQ(Groups("eve"), "4294967294") << "a group without a name";
+    EXPECT_THAT(CallErrors("system account groups", {{"name", "an*"}}),
+                ElementsAre("There is no account 'an*'"))
+        << "one account, so an exact name";
+  });
+}
+
+TEST_F(UserMachineTest, NamesTheUsersOfProcesses) {
+  AddProcess({1, "init", "", 'S', 0, 0});
+  AddProcess({30, "editor", "", 'S', 1, 1000});
+  AddProcess({31, "stray", "", 'S', 1, 77});
+  RunThere([] {
+    EXPECT_THAT(CallColumn("system process list", "User"), ElementsAre("root", "anna", "77"));
+    EXPECT_THAT(Ids({{"user", "anna"}}), ElementsAre("30"));
+    EXPECT_THAT(Ids({{"user", "1000"}}), ElementsAre("30"));
+    EXPECT_THAT(Ids({{"user", "77"}}), ElementsAre("31"));
+    EXPECT_THAT(Ids({{"user", "an*"}}), IsEmpty()) << "a name or a number";
+  });
+}
+
+// The time of the boot.
+
+struct ZoneCase {
+  const char* name;
+  const char* zone;
+  const char* started;
+};
+
+const ZoneCase kZones[] = {
+    {"Utc", "UTC0", "2023-11-14 22:13:20"},
+    {"HalfAnHour", "XST-05:30", "2023-11-15 03:43:20"},
+    {"West", "XST+08:00", "2023-11-14 14:13:20"},
+    {"FarEast", "XST-14", "2023-11-15 12:13:20"},
+};
+
+class ZoneTest : public SystemMachineTest, public ::testing::WithParamInterface<ZoneCase> {};
+
+TEST_P(ZoneTest, TimesAreInTheZoneOfTheUser) {
+  AddProcess({1, "init", "", 'S', 0, 0});
+  File("run/systemd/sessions/1", "USER=anna\nCLASS=user\nLEADER=7\nREALTIME=1700000000999999\n");
+  RunThere([] {
+    const ScopedEnvironment environment("TZ", GetParam().zone);
+    ::tzset();
+    EXPECT_EQ(CallStruct("system uptime get").at("Started"), GetParam().started);
+    EXPECT_THAT(CallColumn("system process list", "Started"), ElementsAre(GetParam().started));
+    EXPECT_THAT(CallColumn("system session list", "Started"), ElementsAre(GetParam().started));
+  });
+}
+
+INSTANTIATE_TEST_SUITE_P(Zones, ZoneTest, ::testing::ValuesIn(kZones),
+                         [](const auto& test) { return test.param.name; });
+
+// Averages and spans as people read them, with their integers.
+
+struct LoadCase {
+  const char* name;
+  const char* content;
+  const char* text;
+  const char* hundredths;
+};
+
+const LoadCase kLoads[] = {
+    {"Idle", "0.00 0 0 1/9 7\n", "0.00", "0"},
+    {"Small", "0.05 0 0 1/9 7\n", "0.05", "5"},
+    {"Whole", "3 0 0 1/9 7\n", "3.00", "300"},
+    {"OneDigit", "3.5 0 0 1/9 7\n", "3.50", "350"},
+    {"ThreeDigits", "3.999 0 0 1/9 7\n", "3.99", "399"},
+    {"Large", "1234.56 0 0 1/9 7\n", "1234.56", "123456"},
+    {"Largest", "92233720368547758.07 0 0 1/9 7\n", "92233720368547758.07", "9223372036854775807"},
+};
+
+class LoadTest : public SystemMachineTest, public ::testing::WithParamInterface<LoadCase> {};
+
+TEST_P(LoadTest, IsATextAndAnInteger) {
+  File("proc/loadavg", GetParam().content);
+  RunThere([] {
+    const Row row = CallStruct("system load get");
+    EXPECT_EQ(row.at("One Minute"), GetParam().text);
+    EXPECT_EQ(row.at("One Minute Hundredths"), GetParam().hundredths);
+  });
+}
+
+INSTANTIATE_TEST_SUITE_P(Loads, LoadTest, ::testing::ValuesIn(kLoads),
+                         [](const auto& test) { return test.param.name; });
+
+// The share of a processor, of a process that started with the machine 187384.99 seconds ago.
+
+struct ShareCase {
+  const char* name;
+  long ticks;
+  long startTicks;
+  const char* text;
+  const char* hundredths;
+};
+
+const ShareCase kShares[] = {
+    {"None", 0, 0, "0.00 %", "0"},
+    {"Half", 9369250, 0, "50.00 %", "5000"},
+    {"All", 18738499, 0, "100.00 %", "10000"},
+    {"SeveralThreads", 37476998, 0, "200.00 %", "20000"},
+    {"SinceItsStart", 50, 18738399, "50.00 %", "5000"},
+    {"StartsNow", 50, 18738499, "0.00 %", "0"},
+    {"StartsLater", 50, 18738599, "0.00 %", "0"},
+    {"MoreThan64Bits", 9223372036854775807, 18738498, "92233720368547758.07 %",
+     "9223372036854775807"},
+};
+
+class ShareTest : public SystemMachineTest, public ::testing::WithParamInterface<ShareCase> {};
+
+TEST_P(ShareTest, IsThatOfTheTimeSinceTheStart) {
+  Folder("proc/1");
+  AddProcess({7, "x", "", 'S', 1, 0, 0, GetParam().ticks, GetParam().startTicks, 0});
+  RunThere([] {
+    const Row row = CallRows("system process list").at(0);
+    EXPECT_EQ(row.at("CPU"), GetParam().text);
+    EXPECT_EQ(row.at("CPU Hundredths"), GetParam().hundredths);
+  });
+}
+
+INSTANTIATE_TEST_SUITE_P(Shares, ShareTest, ::testing::ValuesIn(kShares),
+                         [](const auto& test) { return test.param.name; });
+
 // Crontabs.
 
 class CrontabMachineTest : public SystemMachineTest {
