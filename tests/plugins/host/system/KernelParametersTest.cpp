@@ -216,5 +216,52 @@ TEST(KernelParameterTextTest, PutsAValueOnOneLine) {
   EXPECT_EQ(OnOneLine(""), "");
 }
 
+struct ValueCase {
+  const char* name;
+  const char* content;
+  const char* value;
+};
+
+// Exactly one line feed at the end belongs to the file and not to the value.
+const ValueCase kValues[] = {
+    {"Number", "60\n", "60"},
+    {"WithoutLineFeed", "60", "60"},
+    {"Empty", "", ""},
+    {"OnlyALineFeed", "\n", ""},
+    {"TwoLineFeeds", "a\n\n", "a\n"},
+    {"SeveralLines", "a\nb\n", "a\nb"},
+    {"Tabs", "1\t2\t3\n", "1\t2\t3"},
+    {"SpacesAtTheEnds", "  a  \n", "  a  "},
+};
+
+class ParameterValueTest : public ::testing::TestWithParam<ValueCase> {};
+
+TEST_P(ParameterValueTest, IsReadAsItIs) {
+  const ScopedTempDir proc;
+  proc.Write("sys/a/b", GetParam().content);
+  EXPECT_EQ(ReadParameter(proc.GetPath(), "a.b"), GetParam().value);
+  const auto listed = ReadParameters(proc.GetPath(), "");
+  ASSERT_EQ(listed.size(), 1u);
+  EXPECT_EQ(listed[0].value, GetParam().value);
+  EXPECT_TRUE(listed[0].isReadable);
+}
+
+INSTANTIATE_TEST_SUITE_P(Values, ParameterValueTest, ::testing::ValuesIn(kValues),
+                         [](const auto& test) { return test.param.name; });
+
+TEST_F(KernelParametersTest, AChangeIsReadBack) {
+  for (const std::string value : {"1", "a b c", "", "1\t2"}) {
+    WriteParameter(proc_.GetPath(), "vm.swappiness", value);
+    EXPECT_EQ(ReadParameter(proc_.GetPath(), "vm.swappiness"), value);
+  }
+}
+
+TEST_F(KernelParametersTest, OneThatVanishesIsNotListed) {
+  ASSERT_EQ(::symlink("/nowhere", proc_.GetPath("sys/vm/gone").c_str()), 0);
+  EXPECT_THAT(NamesUnder("vm.gone"), IsEmpty());
+  EXPECT_THAT([this] { ReadParameter(proc_.GetPath(), "vm.gone"); },
+              ThrowsMessage<KestrelException>("There is no parameter 'vm.gone'"));
+}
+
 }  // namespace
 }  // namespace Kestrel::Host

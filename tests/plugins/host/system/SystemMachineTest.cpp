@@ -532,6 +532,39 @@ TEST_F(ParameterMachineTest, ChangesAValue) {
   ExpectPrinted("system parameter get --name=vm.swappiness", "10\n");
 }
 
+TEST_F(ParameterMachineTest, ChangesAValueThatNobodyCanRead) {
+  File("proc/sys/vm/drop_caches", "");
+  Mode("proc/sys/vm/drop_caches", 0200);
+  RunThere([] {
+    const PlainUser user;
+    EXPECT_THAT(CallErrors("system parameter set", {{"name", "vm.drop_caches"}, {"value", "3"}}),
+                ElementsAre("You do not have the right to change the parameter 'vm.drop_caches'; "
+                            "usually only root may, and some are read-only"));
+    EXPECT_THAT(CallErrors("system parameter get", {{"name", "vm.drop_caches"}}),
+                ElementsAre("You do not have the right to read the parameter 'vm.drop_caches'"));
+  });
+}
+
+TEST_F(ParameterMachineTest, WritesNothingForAnUnknownName) {
+  RunThere([this] {
+    EXPECT_THAT(CallErrors("system parameter set", {{"name", "vm.new"}, {"value", "3"}}),
+                ElementsAre("There is no parameter 'vm.new'"));
+    EXPECT_FALSE(IsFile("proc/sys/vm/new"));
+    EXPECT_EQ(Content("proc/sys/vm/swappiness"), "60\n");
+  });
+}
+
+TEST_F(ParameterMachineTest, ListsParametersInTheOrderThatTheUserWants) {
+  RunThere([] {
+    EXPECT_THAT(Names({{"sort", "Value"}, {"limit", "2"}}),
+                ElementsAre("net.ipv4.conf.eth0/1.mtu", "net.ipv4.tcp_rmem"));
+    EXPECT_THAT(Names({{"sort", "Name"}, {"descending", ""}, {"limit", "1"}}),
+                ElementsAre("vm.swappiness"));
+    EXPECT_THAT(CallErrors("system parameter list", {{"descending", ""}}), SizeIs(1))
+        << "without a field there is no order to reverse";
+  });
+}
+
 TEST_F(ParameterMachineTest, NothingLeadsOutOfTheFolderOfParameters) {
   File("proc/secret", "x\n");
   RunThere([] {

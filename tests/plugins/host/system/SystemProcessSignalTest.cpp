@@ -7,6 +7,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -175,6 +176,72 @@ TEST(SystemProcessSignalTest, SaysThatItChangesSomething) {
                                                       ->GetNamespaceNode("signal"));
   ASSERT_NE(command, nullptr);
   EXPECT_EQ(command->GetMetaData().at("changes"), "true");
+}
+
+// What the kernel reports about the end of a process that received the signal.
+struct EndCase {
+  const char* text;
+  int signal;
+};
+
+const EndCase kEnds[] = {{"HUP", SIGHUP},   {"INT", SIGINT},    {"QUIT", SIGQUIT},
+                         {"KILL", SIGKILL}, {"USR2", SIGUSR2},  {"ALRM", SIGALRM},
+                         {"SEGV", SIGSEGV}, {"sigsys", SIGSYS}, {"3", SIGQUIT},
+                         {"RTMIN", 34},     {"rtmin+5", 39},    {"64", 64}};
+
+class SignalEndTest : public ::testing::TestWithParam<EndCase> {};
+
+TEST_P(SignalEndTest, IsTheOneThatTheProcessReceives) {
+  ScopedProcess process("kestrel-ten");
+  const Row row = CallRows(kPath, {{"id", process.GetId()}, {"signal", GetParam().text}}).at(0);
+  EXPECT_EQ(row.at("Signal Number"), std::to_string(GetParam().signal));
+  EXPECT_EQ(process.WaitUntilItIsKilled(), GetParam().signal);
+}
+
+INSTANTIATE_TEST_SUITE_P(Signals, SignalEndTest, ::testing::ValuesIn(kEnds), [](const auto& test) {
+  std::string name = test.param.text;
+  std::replace(name.begin(), name.end(), '+', '_');
+  return name;
+});
+
+TEST(SystemProcessSignalTest, StopsAProcessAndLetsItGoOn) {
+  const ScopedProcess process("kestrel-eleven");
+  process.WaitUntilItSleeps();
+  const auto state = [&process] {
+    return CallColumn("system process list", "State", {{"id", process.GetId()}});
+  };
+  CallRows(kPath, {{"id", process.GetId()}, {"signal", "STOP"}});
+  ASSERT_EQ(::waitpid(process.GetNumber(), nullptr, WUNTRACED), process.GetNumber());
+  EXPECT_THAT(state(), ElementsAre("stopped"));
+  CallRows(kPath, {{"id", process.GetId()}, {"signal", "CONT"}});
+  process.WaitUntilItSleeps();
+  EXPECT_THAT(state(), ElementsAre("sleeping"));
+}
+
+TEST(SystemProcessSignalTest, AZombieReceivesSignalsWithoutEffect) {
+  const ScopedProcess zombie("kestrel-twelve", true);
+  EXPECT_THAT(CallColumn(kPath, "Outcome", {{"id", zombie.GetId()}}), ElementsAre("sent"));
+  EXPECT_THAT(CallColumn("system process list", "State", {{"id", zombie.GetId()}}),
+              ElementsAre("zombie"));
+}
+
+TEST(SystemProcessSignalTest, ReportsAllMistakesOfACall) {
+  EXPECT_THAT(CallErrors(kPath, {{"id", "4194303"}, {"id", "1"}, {"id", "4194304"}}),
+              ElementsAre("There is no process 4194303", "There is no process 4194304",
+                          ::testing::StartsWith("All other processes depend on process 1 (")));
+}
+
+TEST(SystemProcessSignalTest, ItsOutputIsTheSameInEveryFormat) {
+  for (const std::string format : {"json", "xml", "python", "simple"}) {
+    ScopedProcess process("kestrel-last");
+    const VexilResult result = HostRun({"--formatter=" + format, "system", "process", "signal",
+                                        "--name=kestrel-last", "--signal=USR1"})
+                                   .Run();
+    ASSERT_EQ(result.status, 0) << format;
+    EXPECT_THAT(result.out, ::testing::HasSubstr("kestrel-last")) << format;
+    EXPECT_THAT(result.out, ::testing::HasSubstr(process.GetId())) << format;
+    EXPECT_EQ(process.WaitUntilItIsKilled(), SIGUSR1) << format;
+  }
 }
 
 }  // namespace

@@ -5,10 +5,13 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <limits>
 
 #include "kestrel/KestrelException.h"
+#include "plugins/host/support/PlainUser.h"
 #include "support/ScopedTempDir.h"
 
 namespace Kestrel::Host {
@@ -163,6 +166,49 @@ TEST_P(MemoryLineTest, IsRead) {
 
 INSTANTIATE_TEST_SUITE_P(Lines, MemoryLineTest, ::testing::ValuesIn(kMemoryLines),
                          [](const auto& test) { return test.param.name; });
+
+struct StatisticsFile {
+  const char* file;
+  void (*read)(const std::string& proc);
+};
+
+const StatisticsFile kStatisticsFiles[] = {
+    {"uptime", [](const std::string& proc) { ReadUptime(proc); }},
+    {"loadavg", [](const std::string& proc) { ReadLoad(proc); }},
+    {"meminfo", [](const std::string& proc) { ReadMemory(proc); }},
+    {"stat", [](const std::string& proc) { ReadStartTime(proc); }},
+};
+
+class StatisticsErrorTest : public ::testing::TestWithParam<StatisticsFile> {
+ protected:
+  void ExpectUnreadable(const char* reason) const {
+    EXPECT_THAT([this] { GetParam().read(proc_.GetPath()); },
+                ThrowsMessage<KestrelException>("Unable to read " + proc_.GetPath(GetParam().file) +
+                                                ": " + reason));
+  }
+
+  ScopedTempDir proc_;
+};
+
+TEST_P(StatisticsErrorTest, AFileWithoutThePermissionIsReported) {
+  ::chmod(proc_.GetPath().c_str(), 0755);
+  ASSERT_EQ(::chmod(proc_.Write(GetParam().file, "1 1\n").c_str(), 0), 0);
+  const Testing::PlainUser user;
+  ExpectUnreadable("Permission denied");
+}
+
+TEST_P(StatisticsErrorTest, AFolderInsteadOfAFileIsReported) {
+  proc_.MakeDirectory(GetParam().file);
+  ExpectUnreadable("Is a directory");
+}
+
+TEST_P(StatisticsErrorTest, ALoopOfLinksIsReported) {
+  ASSERT_EQ(::symlink(GetParam().file, proc_.GetPath(GetParam().file).c_str()), 0);
+  ExpectUnreadable("Too many levels of symbolic links");
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, StatisticsErrorTest, ::testing::ValuesIn(kStatisticsFiles),
+                         [](const auto& test) { return std::string(test.param.file); });
 
 }  // namespace
 }  // namespace Kestrel::Host
