@@ -109,8 +109,8 @@ def write_archive(folder):
 
 def main():
     parser = argparse.ArgumentParser(usage=__doc__)
-    parser.add_argument("--tool", required=True)
-    parser.add_argument("--plugin-dir", required=True)
+    parser.add_argument("--tool", required=True, type=os.path.abspath)
+    parser.add_argument("--plugin-dir", required=True, type=os.path.abspath)
     parser.add_argument("--absent")
     with tempfile.TemporaryDirectory() as folder:
         write_archive(folder)

@@ -19,8 +19,8 @@
 
 namespace Kestrel::Host {
 
-/// The base of the commands of this plug-in: short declarations of parameters, result and default
-/// format.
+/// Base class of the commands of this plug-in. It makes the declarations of parameters, result and
+/// default format short.
 ///
 /// The constructor of a concrete command declares what help and formatters need. Parameters and the
 /// shape of the result are declared at the first call. A result is ignored once there is an error

@@ -59,8 +59,8 @@ std::optional<std::vector<std::string>> ListOptionalFolder(const std::string& pa
 /// KestrelException if that cannot be determined.
 bool Exists(const std::string& path);
 
-/// Throws KestrelException if the folder is missing or empty, as a folder of the kernel is that is
-/// not mounted. A list of its entries would wrongly say that there are none.
+/// Throws KestrelException if the folder is missing or empty. A folder of the kernel that is not
+/// mounted is empty, and must not be mistaken for one without entries.
 void RequireEntries(const std::string& folder);
 
 /// Returns the target of a symbolic link, or nothing if there is no readable link at `path`.

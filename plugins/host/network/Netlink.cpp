@@ -155,7 +155,7 @@ std::uint32_t NetlinkAttributes::GetNumber(unsigned type) const {
   return number;
 }
 
-std::string NetlinkAttributes::GetText(unsigned type) const {
+std::string NetlinkAttributes::GetString(unsigned type) const {
   const std::string_view bytes = Get(type);
   return std::string(bytes.substr(0, bytes.find('\0')));
 }

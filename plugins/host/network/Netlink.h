@@ -29,7 +29,7 @@ class NetlinkAttributes {
   /// Returns the content as a number in the host's byte order; 0 if it is absent or too short.
   std::uint32_t GetNumber(unsigned type) const;
   /// Returns the content up to its first NUL; empty if it is absent.
-  std::string GetText(unsigned type) const;
+  std::string GetString(unsigned type) const;
 
  private:
   std::vector<std::pair<unsigned, std::string_view>> attributes_;

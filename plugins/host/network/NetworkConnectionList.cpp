@@ -96,11 +96,11 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Socket& socket, const Socket
   result->SetField("Recv-Q", socket.receiveQueue);
   result->SetField("Send-Q", socket.sendQueue);
   result->SetField("Local",
-                   SanitizedText(TextOrNone(isUnix ? socket.path : socket.local.ToText())));
+                   SanitizedText(TextOrNone(isUnix ? socket.path : socket.local.ToString())));
   result->SetField("Local Address", TextOrNone(socket.local.address));
   result->SetField("Local Port", socket.local.port);
-  result->SetField("Remote",
-                   SanitizedText(TextOrNone(isUnix ? socket.remotePath : socket.remote.ToText())));
+  result->SetField(
+      "Remote", SanitizedText(TextOrNone(isUnix ? socket.remotePath : socket.remote.ToString())));
   result->SetField("Remote Address", TextOrNone(socket.remote.address));
   result->SetField("Remote Port", socket.remote.port);
   result->SetField("User Id", socket.userId);

@@ -10,7 +10,7 @@
 
 namespace Kestrel::Host {
 
-bool IsSwitchedOn(const NetworkLink& link) { return (link.flags & IFF_UP) != 0; }
+bool IsEnabled(const NetworkLink& link) { return (link.flags & IFF_UP) != 0; }
 
 void DeclareInterfaceFields(StructShape& shape) {
   shape.Int("Index", "The index of the interface.")
@@ -26,7 +26,7 @@ void DeclareInterfaceFields(StructShape& shape) {
 void SetInterfaceFields(const NetworkLink& link, MetaObj::MetaStruct& result) {
   result.SetField("Index", link.index);
   result.SetField("State", link.state);
-  result.SetField("Up", IsSwitchedOn(link));
+  result.SetField("Up", IsEnabled(link));
   result.SetField("Type", link.type);
   result.SetField("Kind", SanitizedText(TextOrNone(link.kind)));
   result.SetField("MTU", link.mtu);

@@ -11,7 +11,7 @@
 namespace Kestrel::Host {
 
 /// Returns whether the administrator has enabled the interface.
-bool IsSwitchedOn(const NetworkLink& link);
+bool IsEnabled(const NetworkLink& link);
 
 /// Declares the fields that the list of interfaces and the details of one interface share: "Index"
 /// to "MAC Address".

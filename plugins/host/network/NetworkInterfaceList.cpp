@@ -83,7 +83,7 @@ class NetworkInterfaceList final : public ListCommand {
     auto prefixes = PrefixesByLink();
     for (const NetworkLink& link : ReadLinks()) {
       if (interfaces.Accepts(link.name) && states.Accepts(link.state) &&
-          up.Accepts(IsSwitchedOn(link))) {
+          up.Accepts(IsEnabled(link))) {
         rows.Add(ToStruct(link, prefixes[link.index]));
       }
     }

@@ -105,14 +105,14 @@ NetworkLink ParseLink(const ifinfomsg& fixed, const NetlinkAttributes& attribute
   link.mtu = attributes.GetNumber(IFLA_MTU);
   link.queueLength = attributes.GetNumber(IFLA_TXQLEN);
   link.flags = fixed.ifi_flags;
-  link.name = attributes.GetText(IFLA_IFNAME);
+  link.name = attributes.GetString(IFLA_IFNAME);
   link.type = NameOf(kLinkTypes, fixed.ifi_type);
-  link.kind = NetlinkAttributes(attributes.Get(IFLA_LINKINFO)).GetText(IFLA_INFO_KIND);
+  link.kind = NetlinkAttributes(attributes.Get(IFLA_LINKINFO)).GetString(IFLA_INFO_KIND);
   link.state = OperationalState(attributes.Get(IFLA_OPERSTATE));
   link.address = LinkAddress(fixed.ifi_type, attributes.Get(IFLA_ADDRESS));
   link.broadcast = LinkAddress(fixed.ifi_type, attributes.Get(IFLA_BROADCAST));
-  link.queueing = attributes.GetText(IFLA_QDISC);
-  link.alias = attributes.GetText(IFLA_IFALIAS);
+  link.queueing = attributes.GetString(IFLA_QDISC);
+  link.alias = attributes.GetString(IFLA_IFALIAS);
   ReadTraffic(attributes.Get(IFLA_STATS64), link);
   return link;
 }
@@ -139,7 +139,7 @@ NetworkAddress ParseAddress(const ifaddrmsg& fixed, const NetlinkAttributes& att
   address.family = FamilyNumber(fixed.ifa_family);
   address.prefixLength = fixed.ifa_prefixlen;
   address.scope = fixed.ifa_scope;
-  address.label = attributes.GetText(IFA_LABEL);
+  address.label = attributes.GetString(IFA_LABEL);
   address.broadcast = FormatAddress(attributes.Get(IFA_BROADCAST));
   const std::string other = FormatAddress(attributes.Get(IFA_ADDRESS));
   const std::string local = FormatAddress(attributes.Get(IFA_LOCAL));

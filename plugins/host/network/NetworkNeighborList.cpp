@@ -74,11 +74,11 @@ class NetworkNeighborList final : public ListCommand {
       return;
     }
     // An explicit --state also lists states that are omitted by default.
-    const bool isEverythingListed = input.IsFlagSet("all") || states.IsGiven();
+    const bool isAll = input.IsFlagSet("all") || states.IsGiven();
     const auto links = LinkNames(ReadLinks());
     for (const NetworkNeighbor& neighbor : ReadNeighbors()) {
       const bool wasAsked = neighbor.state != "noarp" && neighbor.state != "none";
-      if ((isEverythingListed || wasAsked) && families.Accepts(neighbor.family) &&
+      if ((isAll || wasAsked) && families.Accepts(neighbor.family) &&
           states.Accepts(neighbor.state) &&
           interfaces.Accepts(LinkName(links, neighbor.interfaceIndex))) {
         rows.Add(ToStruct(neighbor, links));

@@ -121,8 +121,8 @@ class RouteFilter {
         isInterfaceGiven_(input.HasParameter("interface")),
         types_(input, "type", RouteTypeWords(), output),
         tables_(input, "table", names.routing.tables, output),
-        isEveryTableListed_(input.IsFlagSet("all")) {
-    if (isEveryTableListed_ && input.HasParameter("table")) {
+        isAll_(input.IsFlagSet("all")) {
+    if (isAll_ && input.HasParameter("table")) {
       output.AddErrorMessage(
           "--all lists the routes of all tables, so --table cannot be used too.");
     }
@@ -130,16 +130,15 @@ class RouteFilter {
 
   bool Accepts(const NetworkRoute& route) const {
     return IsTableChosen(route.table) && families_.Accepts(route.family) &&
-           types_.Accepts(RouteTypeName(route.type)) && LeavesThroughChosenInterface(route);
+           types_.Accepts(RouteTypeName(route.type)) && UsesChosenInterface(route);
   }
 
  private:
   bool IsTableChosen(unsigned table) const {
-    return isEveryTableListed_ ||
-           (tables_.IsGiven() ? tables_.Accepts(table) : table == RT_TABLE_MAIN);
+    return isAll_ || (tables_.IsGiven() ? tables_.Accepts(table) : table == RT_TABLE_MAIN);
   }
 
-  bool LeavesThroughChosenInterface(const NetworkRoute& route) const {
+  bool UsesChosenInterface(const NetworkRoute& route) const {
     return !isInterfaceGiven_ ||
            std::any_of(route.nextHops.begin(), route.nextHops.end(), [this](const NextHop& hop) {
              return interfaces_.Accepts(LinkName(names_.links, hop.interfaceIndex));
@@ -152,7 +151,7 @@ class RouteFilter {
   bool isInterfaceGiven_;
   WordFilter types_;
   NumberFilter tables_;
-  bool isEveryTableListed_;
+  bool isAll_;
 };
 
 class NetworkRouteList final : public ListCommand {

@@ -124,7 +124,7 @@ void Append(std::vector<Socket>&& more, std::vector<Socket>& sockets) {
 
 }  // namespace
 
-std::string SocketEndpoint::ToText() const {
+std::string SocketEndpoint::ToString() const {
   if (address.empty()) {
     return std::string();
   }

@@ -16,7 +16,7 @@ struct SocketEndpoint {
 
   /// Formats the endpoint as "127.0.0.1:80" or "[::1]:80"; the port 0 is "*". Empty without an
   /// address.
-  std::string ToText() const;
+  std::string ToString() const;
 };
 
 /// A socket.

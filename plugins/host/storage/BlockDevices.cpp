@@ -157,14 +157,14 @@ void AppendParts(const std::string& folder, const BlockDevice& disk,
 }
 
 // Some file systems have a device number of their own; their mounts name the device as source.
-bool LiesOn(const Mount& mount, const BlockDevice& device) {
+bool IsMountedFrom(const Mount& mount, const BlockDevice& device) {
   return mount.device == device.number || mount.source == "/dev/" + device.name ||
          (!device.mappedName.empty() && mount.source == "/dev/mapper/" + device.mappedName);
 }
 
 void SetMountPoints(const std::vector<Mount>& mounts, BlockDevice& device) {
   for (const Mount& mount : mounts) {
-    if (LiesOn(mount, device)) {
+    if (IsMountedFrom(mount, device)) {
       device.mountPoints.push_back(mount.target);
     }
   }

@@ -65,9 +65,9 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const DiskCounters& counters) {
 }
 
 // The devices that were used since the start of the machine, or all.
-std::vector<DiskCounters> ReadCounters(bool isEverythingListed) {
+std::vector<DiskCounters> ReadCounters(bool isAll) {
   std::vector<DiskCounters> devices = ReadDiskCounters();
-  if (!isEverythingListed) {
+  if (!isAll) {
     devices.erase(std::remove_if(devices.begin(), devices.end(),
                                  [](const DiskCounters& device) { return device.IsUnused(); }),
                   devices.end());
@@ -76,10 +76,10 @@ std::vector<DiskCounters> ReadCounters(bool isEverythingListed) {
 }
 
 // What is counted during the next `seconds`.
-std::vector<DiskCounters> Count(long seconds, bool isEverythingListed) {
+std::vector<DiskCounters> Count(long seconds, bool isAll) {
   const std::vector<DiskCounters> first = ReadDiskCounters();
   std::this_thread::sleep_for(std::chrono::seconds(seconds));
-  return CountedBetween(first, ReadCounters(isEverythingListed));
+  return CountedBetween(first, ReadCounters(isAll));
 }
 
 class StorageDeviceCounterList final : public ListCommand {
@@ -114,11 +114,10 @@ class StorageDeviceCounterList final : public ListCommand {
   void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,
                MetaObj::MetaList& rows) const override {
     const NameFilter names(input, "name");
-    const bool isEverythingListed = input.IsFlagSet("all");
-    for (const DiskCounters& counters :
-         input.HasParameter("interval")
-             ? Count(input.GetParameterInt("interval"), isEverythingListed)
-             : ReadCounters(isEverythingListed)) {
+    const bool isAll = input.IsFlagSet("all");
+    for (const DiskCounters& counters : input.HasParameter("interval")
+                                            ? Count(input.GetParameterInt("interval"), isAll)
+                                            : ReadCounters(isAll)) {
       if (names.Accepts(counters.name)) {
         rows.Add(ToStruct(counters));
       }

@@ -148,11 +148,10 @@ class StorageDeviceList final : public ListCommand {
     const StringFilter kinds(input, "kind");
     const BoolFilter readOnly(input, "read-only");
     const BoolFilter removable(input, "removable");
-    const bool isEverythingListed = input.IsFlagSet("all");
+    const bool isAll = input.IsFlagSet("all");
     for (const BlockDevice& device : ReadBlockDevices(kSys, ReadMounts())) {
-      if ((isEverythingListed || device.size > 0) && names.Accepts(device.name) &&
-          kinds.Accepts(device.kind) && readOnly.Accepts(device.isReadOnly) &&
-          removable.Accepts(device.isRemovable) &&
+      if ((isAll || device.size > 0) && names.Accepts(device.name) && kinds.Accepts(device.kind) &&
+          readOnly.Accepts(device.isReadOnly) && removable.Accepts(device.isRemovable) &&
           device.size / kMebibyte >= input.GetParameterInt("minimum-size")) {
         rows.Add(ToStruct(device));
       }

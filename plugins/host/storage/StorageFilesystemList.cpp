@@ -69,7 +69,7 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Filesystem& filesystem) {
 }
 
 // Keeps one mount of each file system: the first that shows all of it, otherwise the first.
-std::vector<Mount> WithoutRepeats(const std::vector<Mount>& mounts) {
+std::vector<Mount> WithoutDuplicates(const std::vector<Mount>& mounts) {
   std::vector<Mount> kept;
   std::map<dev_t, std::size_t> places;
   for (const Mount& mount : mounts) {
@@ -119,20 +119,20 @@ class StorageFilesystemList final : public ListCommand {
 
   void AddRows(const CallSpec::Input& input, CallSpec::Output& /*output*/,
                MetaObj::MetaList& rows) const override {
-    const bool isEverythingListed = input.IsFlagSet("all");
+    const bool isAll = input.IsFlagSet("all");
     const long timeout =
         input.HasParameter("timeout") ? input.GetParameterInt("timeout") : kDefaultTimeout;
-    for (const Filesystem& filesystem : Ask(Choose(StringFilter(input, "type"), isEverythingListed),
-                                            std::chrono::seconds(timeout))) {
+    for (const Filesystem& filesystem :
+         Ask(Choose(StringFilter(input, "type"), isAll), std::chrono::seconds(timeout))) {
       const bool isEmpty = filesystem.answer.error == 0 && filesystem.answer.usage.size == 0;
-      if ((isEverythingListed || !isEmpty) &&
+      if ((isAll || !isEmpty) &&
           filesystem.answer.usage.GetPercent() >= input.GetParameterInt("minimum-percent")) {
         rows.Add(ToStruct(filesystem));
       }
     }
   }
 
-  static std::vector<Mount> Choose(const StringFilter& types, bool isEverythingListed) {
+  static std::vector<Mount> Choose(const StringFilter& types, bool isAll) {
     std::vector<Mount> chosen;
     for (const Mount& mount : ReadMounts()) {
       // A query would make the automounter mount something.
@@ -140,7 +140,7 @@ class StorageFilesystemList final : public ListCommand {
         chosen.push_back(mount);
       }
     }
-    return isEverythingListed ? chosen : WithoutRepeats(chosen);
+    return isAll ? chosen : WithoutDuplicates(chosen);
   }
 
   static std::vector<Filesystem> Ask(const std::vector<Mount>& mounts,

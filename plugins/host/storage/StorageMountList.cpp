@@ -99,9 +99,9 @@ class StorageMountList final : public ListCommand {
     const StringFilter options(input, "option");
     const BoolFilter readOnly(input, "read-only");
     const std::string below = GetFolder(input);
-    const bool isEverythingListed = input.IsFlagSet("all");
+    const bool isAll = input.IsFlagSet("all");
     for (const Mount& mount : ReadMounts()) {
-      if ((isEverythingListed || !mount.isHidden) && types.Accepts(mount.type) &&
+      if ((isAll || !mount.isHidden) && types.Accepts(mount.type) &&
           options.AcceptsAnyOf(mount.options) && readOnly.Accepts(mount.HasOption("ro")) &&
           LiesBelow(mount.target, below)) {
         rows.Add(ToStruct(mount));

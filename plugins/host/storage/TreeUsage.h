@@ -8,7 +8,7 @@
 
 namespace Kestrel::Host {
 
-/// What a file uses, or a folder together with everything below it.
+/// The space that a file uses, or a folder together with everything below it.
 struct SpaceUsage {
   long diskSize = 0;      ///< The allocated space in bytes.
   long apparentSize = 0;  ///< The sum of the lengths in bytes.

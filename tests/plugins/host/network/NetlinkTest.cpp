@@ -35,14 +35,14 @@ TEST(NetlinkAttributesTest, FindsAttributesByType) {
   EXPECT_TRUE(attributes.Has(3));
   EXPECT_FALSE(attributes.Has(4));
   EXPECT_EQ(attributes.GetNumber(1), 77u);
-  EXPECT_EQ(attributes.GetText(2), "name");
+  EXPECT_EQ(attributes.GetString(2), "name");
   EXPECT_EQ(attributes.Get(3), "x");
   EXPECT_EQ(attributes.Get(4), "");
 }
 
 TEST(NetlinkAttributesTest, AStringNeedsNoFinalNul) {
   const std::string bytes = Attribute(1, "name");
-  EXPECT_EQ(NetlinkAttributes(bytes).GetText(1), "name");
+  EXPECT_EQ(NetlinkAttributes(bytes).GetString(1), "name");
 }
 
 TEST(NetlinkAttributesTest, ANumberThatIsTooShortIs0) {
@@ -57,7 +57,7 @@ TEST(NetlinkAttributesTest, TheLastOfSeveralCounts) {
 
 TEST(NetlinkAttributesTest, TheNestingMarkIsNoPartOfTheType) {
   const std::string bytes = Attribute(NLA_F_NESTED | 18, Attribute(1, "veth"));
-  EXPECT_EQ(NetlinkAttributes(NetlinkAttributes(bytes).Get(18)).GetText(1), "veth");
+  EXPECT_EQ(NetlinkAttributes(NetlinkAttributes(bytes).Get(18)).GetString(1), "veth");
 }
 
 TEST(NetlinkAttributesTest, IncompleteAttributesAreReadWithoutHarm) {

@@ -33,8 +33,8 @@ TEST(SocketTablesTest, ReadsInternetSockets) {
   EXPECT_EQ(sockets[0].type, "stream");
   EXPECT_EQ(sockets[0].family, 4);
   EXPECT_EQ(sockets[0].state, "listen");
-  EXPECT_EQ(sockets[0].local.ToText(), "127.0.0.1:22");
-  EXPECT_EQ(sockets[0].remote.ToText(), "0.0.0.0:*");
+  EXPECT_EQ(sockets[0].local.ToString(), "127.0.0.1:22");
+  EXPECT_EQ(sockets[0].remote.ToString(), "0.0.0.0:*");
   EXPECT_EQ(sockets[0].receiveQueue, 3);
   EXPECT_EQ(sockets[0].userId, 1000);
   EXPECT_EQ(sockets[0].inode, 12345);
@@ -55,8 +55,8 @@ TEST(SocketTablesTest, ReadsInternetSocketsOfVersion6) {
   ASSERT_EQ(sockets.size(), 1u);
   EXPECT_EQ(sockets[0].type, "datagram");
   EXPECT_EQ(sockets[0].state, "unconnected");
-  EXPECT_EQ(sockets[0].local.ToText(), "[::1]:53");
-  EXPECT_EQ(sockets[0].remote.ToText(), "[2001:db8::2]:*");
+  EXPECT_EQ(sockets[0].local.ToString(), "[::1]:53");
+  EXPECT_EQ(sockets[0].remote.ToString(), "[2001:db8::2]:*");
 }
 
 TEST(SocketTablesTest, StatesHaveNames) {
@@ -170,7 +170,7 @@ class SocketEndpointTest : public ::testing::TestWithParam<EndpointCase> {};
 
 TEST_P(SocketEndpointTest, IsWritten) {
   const SocketEndpoint endpoint = {GetParam().address, GetParam().port};
-  EXPECT_EQ(endpoint.ToText(), GetParam().text);
+  EXPECT_EQ(endpoint.ToString(), GetParam().text);
 }
 
 INSTANTIATE_TEST_SUITE_P(Endpoints, SocketEndpointTest, ::testing::ValuesIn(kEndpoints),
