@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The entry point of host.so, the plug-in with the commands of the machine that it runs on.
+// The entry point of host.so, the plug-in with the commands about the machine it runs on.
 
 #include <kestrel/autocli/PluginEntryPoint.h>
 

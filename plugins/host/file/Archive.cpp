@@ -25,8 +25,8 @@ using Reader = std::unique_ptr<archive, CloseArchive>;
 
 using StringOf = const char* (*)(archive_entry*);
 
-// Returns a string of the entry. `other` is asked only if that does not exist, because it converts
-// the string, which takes time.
+// Returns a string of the entry. Calls `other` only if `first` has no result, because `other`
+// converts the string, which takes time.
 std::string FirstOf(archive_entry* entry, StringOf first, StringOf other) {
   const char* text = first(entry);
   if (text == nullptr) {
@@ -107,7 +107,7 @@ void VisitArchive(const std::string& path, const std::function<void(const Archiv
     if (result == ARCHIVE_EOF) {
       return;
     }
-    // A warning is about something that is not listed, or a name that is not text.
+    // A warning concerns data that is not listed, or a name that is not valid text.
     if (result != ARCHIVE_OK && result != ARCHIVE_WARN) {
       ThrowArchiveError(path, *reader);
     }

@@ -24,9 +24,10 @@ struct ArchiveMember {
   std::string target;                   ///< Of a link; empty for the others.
 };
 
-/// Calls `visit` with each member of an archive, in its order: a tar archive, which may be
-/// compressed by gzip, bzip2, xz or zstd, or a zip archive. The content decides, not the name.
-/// Throws KestrelException if the file is anything else, or cannot be read completely.
+/// Calls `visit` for each member of an archive, in the archive's order. The archive is a zip
+/// archive, or a tar archive that may be compressed by gzip, bzip2, xz or zstd; its content
+/// decides, not its name. Throws KestrelException if the file is anything else or cannot be read
+/// completely.
 void VisitArchive(const std::string& path, const std::function<void(const ArchiveMember&)>& visit);
 
 }  // namespace Kestrel::Host

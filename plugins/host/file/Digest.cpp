@@ -36,7 +36,7 @@ const nettle_hash& FindHash(const std::string& algorithm) {
   return **hash;
 }
 
-// The state of a computation. It contains traces of the key, so it is erased.
+// The state of a computation. It contains traces of the key, so the destructor erases it.
 class DigestState {
  public:
   DigestState(const nettle_hash& hash, const std::string* key)
@@ -58,7 +58,7 @@ class DigestState {
     }
   }
 
-  // The key is part of the state, so data are added in the same way with and without it.
+  // The key is part of the state, so data is added in the same way with and without a key.
   void Update(const std::uint8_t* bytes, std::size_t size) {
     hash_.update(state_.data(), size, bytes);
   }

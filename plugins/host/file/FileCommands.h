@@ -13,8 +13,8 @@ namespace Kestrel::Host {
 /// Adds the namespace "file" with its commands about files and archives.
 void RegisterFile(const std::shared_ptr<AutoCli::Namespace>& root);
 
-// The commands of the namespace, each defined in the file of its name if the build found the
-// library that it needs: nettle for the first, libarchive for the second.
+// The commands of the namespace, each defined in the file of its name. A command is present if the
+// build found its library: nettle for the first, libarchive for the second.
 std::shared_ptr<AutoCli::Command> NewFileChecksum();
 std::shared_ptr<AutoCli::Command> NewFileMembers();
 

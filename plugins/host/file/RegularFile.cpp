@@ -16,7 +16,7 @@
 namespace Kestrel::Host {
 
 FileDescriptor OpenRegularFile(const std::string& path) {
-  // O_NONBLOCK, because opening a pipe otherwise waits for its other end.
+  // O_NONBLOCK, because opening a named pipe otherwise waits for its other end.
   FileDescriptor file = OpenPath(path, O_NOCTTY | O_NONBLOCK);
   struct stat status = {};
   if (!file.IsOpen() || ::fstat(file.Get(), &status) != 0) {

@@ -9,11 +9,11 @@
 
 namespace Kestrel::Host {
 
-/// Opens a regular file for reading; its path may have any length. Everything else may have no end,
-/// such as a pipe. Throws KestrelException with the path and the reason.
+/// Opens a regular file for reading; its path may have any length. Rejects everything else, such as
+/// a pipe, because it may have no end. Throws KestrelException with the path and the reason.
 FileDescriptor OpenRegularFile(const std::string& path);
 
-/// Throws KestrelException: `path` cannot be read, for this reason.
+/// Throws KestrelException, saying that `path` cannot be read for this reason.
 [[noreturn]] void ThrowReadError(const std::string& path, const std::string& reason);
 
 }  // namespace Kestrel::Host

@@ -13,13 +13,13 @@ constexpr std::uint64_t kStep = 1024;
 constexpr const char* kUnits[] = {"B", "KiB", "MiB", "GiB", "TiB", "PiB", "EiB"};
 constexpr std::size_t kLastUnit = std::size(kUnits) - 1;
 
-/// Tenths of the unit whose size is 1024 to the power of `exponent`, rounded to the nearest.
-/// Divides before it multiplies, so that no number of bytes overflows.
+/// Returns `bytes` in tenths of the unit 1024 to the power of `exponent`, rounded to the nearest.
+/// Divides before multiplying, so that no number of bytes overflows.
 std::uint64_t TenthsOf(std::uint64_t bytes, std::size_t exponent) {
   const std::uint64_t unit = std::uint64_t{1} << (10 * exponent);
   const std::uint64_t whole = bytes / unit;
   const std::uint64_t rest = bytes % unit;
-  // The rest is below 2^60, so ten times it fits.
+  // The remainder is below 2^60, so ten times the remainder fits.
   return whole * 10 + (rest * 10 + unit / 2) / unit;
 }
 

@@ -27,16 +27,17 @@ namespace {
 constexpr int kFirstFreeDescriptor = 3;
 constexpr std::size_t kReadSize = std::size_t{64} << 10;
 constexpr int kSignalStatus = 128;
-// How long a reader with a limit waits for output before it asks whether the program has ended, and
-// how long it waits for that once the streams are closed.
+// A reader with a time limit waits this long for output before it checks whether the program has
+// ended. Once the streams are closed, it checks at the shorter interval.
 constexpr int kSliceMilliseconds = 20;
 constexpr int kEndMilliseconds = 1;
-// Far more than a program prints that ends by itself.
+// A program that ends by itself prints far less.
 constexpr std::size_t kMaxOutputSize = std::size_t{256} << 20;
-// Where programs are when PATH is not set.
+// Where programs are searched for if PATH is not set.
 constexpr char kStandardPath[] = "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
 
-// What a program may need to find others, the user's files and the services it asks.
+// The environment variables that a program may need to find other programs, the user's files and
+// the services it contacts.
 constexpr const char* kPassedOn[] = {"PATH",
                                      "HOME",
                                      "USER",
@@ -83,8 +84,8 @@ struct Pipe {
   FileDescriptor writeEnd;
 };
 
-// Away from 0 to 2, which become the program's streams even when this process was started with one
-// of them closed.
+// Moves a descriptor above 0 to 2. Those become the program's streams, even if this process was
+// started with one of them closed.
 FileDescriptor AboveStandardStreams(FileDescriptor descriptor, const std::string& path) {
   if (descriptor.Get() >= kFirstFreeDescriptor) {
     return descriptor;
@@ -107,11 +108,11 @@ Pipe OpenPipe(const std::string& path) {
           AboveStandardStreams(std::move(writeEnd), path)};
 }
 
-// Which processes a signal to a program reaches: itself alone, or also those that it started.
+// Whether a signal reaches only the program or also the processes that it started.
 enum class Reach { Program, Group };
 
-// How a program is started: its streams, and none of the signals that this process ignores or
-// blocks.
+// How a program is started: which streams it has, and that it neither blocks signals nor ignores
+// SIGPIPE, whatever this process does.
 class SpawnPlan {
  public:
   SpawnPlan(int output, int errorOutput, Reach reach) {
@@ -155,7 +156,7 @@ class SpawnPlan {
   posix_spawnattr_t attributes_;
 };
 
-// A started program, which is waited for on every path.
+// A started program. The destructor kills it if it still runs, and waits for it.
 class RunningProgram {
  public:
   RunningProgram(pid_t process, Reach reach) : process_(process), reach_(reach) {}
@@ -163,7 +164,7 @@ class RunningProgram {
   RunningProgram& operator=(const RunningProgram&) = delete;
   ~RunningProgram() {
     if (process_ > 0) {
-      Kill();  // its output is not read any more
+      Kill();  // its output is no longer read
       AwaitEnd();
     }
   }
@@ -190,7 +191,7 @@ class RunningProgram {
       waited = ::waitpid(process_, &status, 0);
     } while (waited < 0 && errno == EINTR);
     process_ = 0;
-    // Where this process ignores its children's ends, the system keeps no status.
+    // If this process ignores SIGCHLD, the system keeps no status.
     return waited < 0 ? 0 : status;
   }
 
@@ -198,7 +199,7 @@ class RunningProgram {
   Reach reach_;
 };
 
-// The streams of a program, and who receives what it writes.
+// The streams of a program, and the functions that receive what it writes.
 class Streams {
  public:
   enum class Reading { Nothing, Some, Enough };
@@ -220,10 +221,10 @@ class Streams {
 
   bool AreOpen() const { return output_.readEnd.IsOpen() || errorOutput_.readEnd.IsOpen(); }
 
-  // Waits until there is something to read, -1 means without a limit, and passes it on. Both are
-  // read as they fill, so that the program never waits for one of them.
+  // Waits until there is something to read, and passes it on; -1 waits without a limit. Reads both
+  // streams as they fill, so that the program never blocks on one of them.
   Reading ReadOnce(int milliseconds) {
-    // A closed one has a negative number, which poll passes over.
+    // A closed pipe has a negative number, which poll ignores.
     pollfd events[] = {{output_.readEnd.Get(), POLLIN, 0}, {errorOutput_.readEnd.Get(), POLLIN, 0}};
     const int count = ::poll(events, 2, milliseconds);
     if (count < 0 && errno != EINTR) {
@@ -240,7 +241,8 @@ class Streams {
   }
 
  private:
-  // Passes on what the pipe holds, or closes it at its end. False when the reader has enough.
+  // Passes on what the pipe contains, or closes it at its end. Returns false if the reader needs no
+  // more.
   bool Read(FileDescriptor& pipe, const OutputReader& reader) const {
     std::array<char, kReadSize> buffer;
     const ssize_t count = pipe.Read(buffer.data(), buffer.size());
@@ -261,7 +263,7 @@ class Streams {
   const OutputReader errorReader_;
 };
 
-// False when the reader of the output has enough.
+// Returns false if the reader of the output needs no more.
 bool ReadToTheEnd(Streams& streams) {
   while (streams.AreOpen()) {
     if (streams.ReadOnce(-1) == Streams::Reading::Enough) {
@@ -271,8 +273,8 @@ bool ReadToTheEnd(Streams& streams) {
   return true;
 }
 
-// Reads until the program has ended and nothing is left, or time is up. Returns whether it has
-// ended.
+// Reads until the program has ended and nothing is left, or until the time is up. Returns whether
+// the program has ended.
 bool ReadWithin(std::chrono::milliseconds limit, Streams& streams, const RunningProgram& program) {
   using Clock = std::chrono::steady_clock;
   const Clock::time_point deadline = Clock::now() + limit;
@@ -294,7 +296,7 @@ OutputReader AppendTo(std::string& text) {
   };
 }
 
-// The same for a program that may never stop writing.
+// Like AppendTo, but throws if a program does not stop writing.
 OutputReader AppendLimited(std::string& text, const std::string& path) {
   return [&text, path](std::string_view piece) {
     if (text.size() + piece.size() > kMaxOutputSize) {

@@ -19,35 +19,38 @@ struct ProgramResult {
   std::string errorOutput;  ///< standard error
   bool isTimedOut = false;  ///< whether it took too long and was killed
 
-  /// Why it failed, for a message: the first line of its standard error, else its status.
+  /// Returns why the program failed, for a message: the first line of its standard error, otherwise
+  /// its exit status.
   std::string GetReason() const;
 };
 
-/// The path of a program: `name` in the first folder of PATH that has an executable file of that
-/// name. Relative folders do not count: the answer would depend on the current one.
+/// Returns the path of a program: the first executable file called `name` in the folders of PATH.
+/// Skips relative folders, because the result would depend on the current folder.
 std::optional<std::string> FindProgram(const std::string& name);
 
-/// Runs the program at `path` to its end with these arguments and an empty standard input.
+/// Runs the program at `path` with these arguments and an empty standard input, and waits for it to
+/// end.
 ///
-/// No shell reads the arguments. Of the environment the program gets what finds programs, the
-/// user's session and the time zone, and LC_ALL=C: nothing that changes what it prints. Throws
-/// KestrelException with the system's text when it cannot be started, read or waited for.
+/// No shell interprets the arguments. The program gets LC_ALL=C and only those variables of the
+/// environment that locate programs, the user's session and the time zone, so that no other setting
+/// changes what it prints. Throws KestrelException with the system's text if the program cannot be
+/// started, read or waited for.
 ProgramResult RunProgram(const std::string& path, const std::vector<std::string>& arguments);
 
-/// Receives standard output piece by piece. Returns false when it has enough.
+/// Receives standard output piece by piece. Returns false if it needs no more.
 using OutputReader = std::function<bool(std::string_view piece)>;
 
-/// The same for an output that is not kept whole. A program whose reader has enough is ended, and
-/// its status is then 0.
+/// Runs a program whose output is passed to a reader instead of being kept. If the reader needs no
+/// more, the program is killed and the result has status 0.
 ProgramResult RunProgram(const std::string& path, const std::vector<std::string>& arguments,
                          const OutputReader& reader);
 
-/// The same for a program that may take no longer than `limit`. After that it is killed together
-/// with what it started; the result then has what it wrote until then. Throws also when it writes
-/// more than 256 MiB.
+/// Runs a program that may take no longer than `limit`. After that, the program is killed together
+/// with the processes it started, and the result contains what it wrote until then. Also throws if
+/// it writes more than 256 MiB.
 ///
-/// Waits for the program itself only, not for one that it leaves running with its streams open, as
-/// a script that starts a server may do.
+/// Waits only for the program itself. A process that it leaves running with its streams open, such
+/// as a server started by a script, is not waited for.
 ProgramResult RunProgramWithin(std::chrono::milliseconds limit, const std::string& path,
                                const std::vector<std::string>& arguments);
 

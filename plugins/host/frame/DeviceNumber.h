@@ -11,11 +11,11 @@
 
 namespace Kestrel::Host {
 
-/// Parses the number of a device as major and minor number, as in "8:1". Returns nothing for
+/// Parses a device number given as major and minor number, as in "8:1". Returns nothing for
 /// anything else.
 std::optional<dev_t> ParseDeviceNumber(std::string_view text);
 
-/// Formats the number of a device in the same way.
+/// Formats a device number as major and minor number, as in "8:1".
 std::string FormatDeviceNumber(dev_t device);
 
 }  // namespace Kestrel::Host

@@ -12,7 +12,7 @@
 
 namespace Kestrel::Host {
 
-/// Owns one file descriptor and closes it; a negative number means that it owns none.
+/// Owns a file descriptor and closes it. A negative number means that it owns none.
 class FileDescriptor {
  public:
   explicit FileDescriptor(int number) : number_(number) {}

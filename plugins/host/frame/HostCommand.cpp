@@ -32,7 +32,7 @@ void HostCommand::ExecuteInternal(const std::shared_ptr<CallSpec::Input>& input,
     throw KestrelException("The command needs an input");
   }
   ChooseFormat(*input);
-  // A failure to get the result is not a fault of the program, so the message has no prefix.
+  // A failure to get the result is not a defect of the program, so the message has no prefix.
   try {
     Run(*input, *output);
   } catch (const KestrelException& error) {
@@ -43,7 +43,7 @@ void HostCommand::ExecuteInternal(const std::shared_ptr<CallSpec::Input>& input,
 void HostCommand::ShowAsTable(const std::string& columns,
                               std::initializer_list<FormatParameter> parameters) {
   SetFormat("table", parameters);
-  // Not "fields:<TypeName>", which would win over a "fields" that the user chooses.
+  // Not "fields:<TypeName>", which would take precedence over "fields" chosen by the user.
   SetDefaultOutputParameter("fields", columns);
 }
 

@@ -19,13 +19,13 @@
 
 namespace Kestrel::Host {
 
-/// Base class of the commands of this plug-in. It makes the declarations of parameters, result and
-/// default format short.
+/// The base class of the commands of this plug-in. It shortens the declarations of parameters,
+/// result and default format.
 ///
-/// The constructor of a concrete command declares what help and formatters need. Parameters and the
-/// shape of the result are declared at the first call. A result is ignored once there is an error
-/// message, so `Run` returns after adding one. An exception that leaves `Run` becomes an error
-/// message.
+/// The constructor of a concrete command declares what help and formatters need. The parameters and
+/// the shape of the result are declared when the command is first called. A result is ignored once
+/// there is an error message, so `Run` returns after adding one. An exception that leaves `Run`
+/// becomes an error message.
 class HostCommand : public AutoCli::Command {
  public:
   ~HostCommand() override;
@@ -51,27 +51,28 @@ class HostCommand : public AutoCli::Command {
   /// separated by commas.
   void ShowAsLines(const char* typeName, const char* fields,
                    std::initializer_list<FormatParameter> parameters = {});
-  /// Shows a result that has no fields: a single value or a list of values.
+  /// Shows a result without fields: a single value or a list of values.
   void ShowAsValue();
 
  private:
-  /// Adds the parameters that a whole kind of commands has; none unless overridden.
+  /// Adds the parameters that all commands of a derived base class share. Adds none unless
+  /// overridden.
   virtual void DeclareCommonParameters(CallSpec::InputSpec& spec) const;
-  /// Adapts the default format to what `input` asks for; nothing unless overridden. Called before
-  /// each run, because a command serves many calls.
+  /// Adapts the default format to the parameters in `input`; does nothing unless overridden. Called
+  /// before each run, because one command object serves many calls.
   virtual void ChooseFormat(const CallSpec::Input& input);
-  /// Declares the parameters. By default there are none.
+  /// Declares the parameters; none unless overridden.
   virtual void DeclareParameters(CallSpec::InputSpec& spec) const;
   /// Declares the result: an example of its structure, and its description.
   virtual void DeclareResult(CallSpec::OutputSpec& spec) const = 0;
-  /// Does the work: sets the root object of `output`, or adds an error message.
+  /// Runs the command: sets the root object of `output`, or adds an error message.
   virtual void Run(const CallSpec::Input& input, CallSpec::Output& output) const = 0;
 
   void SetFormat(const char* formatter, std::initializer_list<FormatParameter> parameters);
 };
 
-/// Returns the namespace `name` below `parent`, and adds it if it is missing. A description that it
-/// already has is kept.
+/// Returns the namespace `name` below `parent`, adding it if it is missing. An existing description
+/// is kept.
 std::shared_ptr<AutoCli::NamespaceNode> AddNamespace(
     const std::shared_ptr<AutoCli::NamespaceNode>& parent, const char* name,
     const char* description);

@@ -21,7 +21,7 @@
 namespace Kestrel::Host {
 namespace {
 
-// Large enough for most files of the kernel.
+// Large enough for most of the kernel's files.
 constexpr std::size_t kFirstReadSize = 1 << 12;
 
 struct CloseFolder {
@@ -111,7 +111,7 @@ std::optional<std::vector<std::string>> ReadFolder(const std::string& path) {
   }
   std::vector<std::string> names;
   for (;;) {
-    errno = 0;  // null is the end or an error
+    errno = 0;  // readdir returns null at the end and on errors
     const dirent* const entry = ::readdir(folder.get());
     if (entry == nullptr) {
       break;

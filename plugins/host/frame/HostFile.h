@@ -45,22 +45,23 @@ bool IsAbsence(int error);
 /// read.
 std::vector<std::string> ListFolder(const std::string& path);
 
-/// Returns the same names. Returns nothing, with `errno` set, if the folder cannot be opened or
-/// read completely.
+/// Like ListFolder, but returns nothing, with `errno` set, if the folder cannot be opened or read
+/// completely.
 std::optional<std::vector<std::string>> ReadFolder(const std::string& path);
 
-/// Returns the same names. Throws KestrelException if the folder cannot be read.
+/// Like ListFolder, but throws KestrelException if the folder cannot be read.
 std::vector<std::string> ListRequiredFolder(const std::string& path);
 
-/// The same, but nothing if there is no such folder. Throws KestrelException for any other error.
+/// Like ListFolder, but returns nothing if there is no such folder. Throws KestrelException for any
+/// other error.
 std::optional<std::vector<std::string>> ListOptionalFolder(const std::string& path);
 
 /// Whether there is anything at `path`; a link counts even if its target is missing. Throws
 /// KestrelException if that cannot be determined.
 bool Exists(const std::string& path);
 
-/// Throws KestrelException if the folder is missing or empty. A folder of the kernel that is not
-/// mounted is empty, and must not be mistaken for one without entries.
+/// Throws KestrelException if the folder is missing or empty. An empty folder of the kernel is one
+/// that is not mounted; it must not be mistaken for a folder without entries.
 void RequireEntries(const std::string& folder);
 
 /// Returns the target of a symbolic link, or nothing if there is no readable link at `path`.

@@ -37,7 +37,7 @@ std::optional<long> ParseHundredths(std::string_view text) {
   if (!IsDigits(whole) || !IsDigits(fraction)) {
     return std::nullopt;
   }
-  // The same number as an integer: the whole digits, then two of the fraction.
+  // The number of hundredths: the whole digits, then two digits of the fraction.
   std::string digits(whole);
   digits += fraction.substr(0, 2);
   digits.resize(whole.size() + 2, '0');

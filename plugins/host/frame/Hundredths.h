@@ -9,11 +9,11 @@
 
 namespace Kestrel::Host {
 
-/// A number of hundredths as a decimal fraction: 46 is "0.46".
+/// Formats a number of hundredths as a decimal fraction: 46 is "0.46".
 std::string FormatHundredths(long hundredths);
 
-/// Parses a decimal fraction that is not negative and returns its hundredths; further digits are
-/// cut off. Returns nothing for anything else, and for a number that does not fit into 64 bits.
+/// Parses a decimal fraction that is not negative and returns its hundredths, ignoring further
+/// digits. Returns nothing for anything else, and for a number that does not fit into 64 bits.
 std::optional<long> ParseHundredths(std::string_view text);
 
 }  // namespace Kestrel::Host

@@ -13,20 +13,21 @@ namespace Kestrel::Host {
 
 /// A command whose result is a list of structures of one shape.
 ///
-/// Every such command has the parameters "sort", "descending" and "limit", and "human" when its
-/// shape has sizes. A wrong one is an error before any row is made. A concrete command declares its
-/// other parameters and makes rows; an error message ends the call without a result.
+/// Every such command has the parameters "sort", "descending" and "limit", and also "human" if its
+/// shape has sizes. A wrong value is an error before any row is made. A concrete command declares
+/// its other parameters and makes the rows; an error message ends the call without a result.
 class ListCommand : public HostCommand {
  protected:
-  /// `shape` is asked for when the command is called, not before; `result` describes the list.
+  /// `shape` is called when the command is first called, not before; `result` describes the list.
   ListCommand(const char* description, const StructShape& (*shape)(), const char* result);
 
-  /// Shows the rows as a table with those columns, a list separated by commas. With "human" the
-  /// bytes of a size give way to its text for people; programs get both in any case.
+  /// Shows the rows as a table with those columns, a list separated by commas. With "human", the
+  /// text of a size replaces its number of bytes in the table; the result contains both in any
+  /// case.
   void ShowColumns(const char* columns, std::initializer_list<FormatParameter> parameters = {});
 
-  /// The columns that a call with `input` shows unless the user chooses others; those of
-  /// ShowColumns unless overridden.
+  /// Returns the columns that a call with `input` shows unless the user chooses others. Unless
+  /// overridden, these are the columns of ShowColumns.
   virtual std::string GetColumns(const CallSpec::Input& input) const;
 
  private:

@@ -12,7 +12,8 @@
 namespace Kestrel::Host {
 namespace {
 
-// Where to split `path` so that the system accepts the first part; npos if no split helps.
+// Returns where to split `path` so that the system accepts the first part; npos if `path` needs no
+// split or cannot be split.
 std::size_t FindSplit(const std::string& path) {
   constexpr std::size_t kMaxLength = PATH_MAX - 1;
   return path.size() <= kMaxLength ? std::string::npos : path.rfind('/', kMaxLength - 1);
@@ -31,7 +32,7 @@ FileDescriptor OpenPath(const std::string& path, int flags) {
       return next;
     }
     at = folder.emplace(std::move(next)).Get();
-    // Without the slashes at its start, which would make it an absolute path.
+    // Removes the slashes at its start, which would make it an absolute path.
     rest.erase(0, std::min(rest.find_first_not_of('/', split), rest.size()));
     if (rest.empty()) {
       rest = ".";

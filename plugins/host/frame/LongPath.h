@@ -9,8 +9,9 @@
 
 namespace Kestrel::Host {
 
-/// open(2) for reading, with these flags and O_CLOEXEC, but without the system's limit for the
-/// length of a path. Owns no descriptor, with `errno` set, if the file cannot be opened.
+/// Opens a file for reading with these flags and O_CLOEXEC, like open(2) but without the system's
+/// limit on the length of a path. If the file cannot be opened, the result owns no descriptor and
+/// `errno` is set.
 FileDescriptor OpenPath(const std::string& path, int flags);
 
 }  // namespace Kestrel::Host

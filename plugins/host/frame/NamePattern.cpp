@@ -21,7 +21,7 @@ bool MatchesNamePattern(std::string_view name, std::string_view pattern) {
     return false;
   }
   name = name.substr(star, name.size() - star - end.size());
-  // The first place for each piece leaves the most room for those after it.
+  // Matching each piece as early as possible leaves the most room for the pieces after it.
   for (const std::string_view piece : Split(pattern.substr(star, lastStar - star), '*')) {
     const std::size_t found = name.find(piece);
     if (found == std::string_view::npos) {

@@ -11,12 +11,12 @@
 
 namespace Kestrel::Host {
 
-/// Whether `name` is `pattern`. In the pattern, * stands for any bytes, or none; no other character
-/// is special.
+/// Whether `name` matches `pattern`. In the pattern, * matches any number of bytes, including none;
+/// no other character is special.
 bool MatchesNamePattern(std::string_view name, std::string_view pattern);
 
-/// The names and patterns that the user gave for a parameter. A row is listed when one of them
-/// matches, or when none was given.
+/// The names and patterns that the user gave for a parameter. A row is listed if one of them
+/// matches, or if the user gave none.
 class NameFilter {
  public:
   NameFilter(const CallSpec::Input& input, const char* parameter);

@@ -12,12 +12,12 @@
 
 namespace Kestrel::Host {
 
-/// Declares a parameter, which is optional unless `Required` is called: `Parameter("user",
+/// Declares a parameter. It is optional unless `Required` is called: `Parameter("user",
 /// CallSpec::String, "...").Short("u").AddTo(spec)`.
 class Parameter {
  public:
-  /// One of the words that a parameter accepts. The list that replaces %FULLENUM% omits words
-  /// without a description.
+  /// One of the words that a parameter accepts. The list that replaces %FULLENUM% omits words that
+  /// have no description.
   struct Word {
     const char* value;
     const char* description;
@@ -27,10 +27,10 @@ class Parameter {
 
   Parameter& Short(const char* shortName);
   Parameter& Required();
-  /// Asks for the value without echo if the command line omits it. For strings only.
+  /// Prompts for the value, without echo, if the command line omits it. For strings only.
   Parameter& Secret();
 
-  // At most one constraint.
+  // A parameter has at most one constraint.
   Parameter& Between(std::int64_t minimum, std::int64_t maximum);
   Parameter& OneOf(std::initializer_list<std::int64_t> values);
   Parameter& OneOf(std::initializer_list<Word> words);

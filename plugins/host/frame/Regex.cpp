@@ -22,14 +22,14 @@ struct MatchDataDeleter {
 
 PCRE2_SPTR Units(const std::string& text) { return reinterpret_cast<PCRE2_SPTR>(text.data()); }
 
-/// Compiles `expression`. Returns null and sets `error` to its number if that fails.
+/// Compiles `expression`. On failure, returns null and sets `error` to PCRE2's error number.
 pcre2_code* Compile(const std::string& expression, std::uint32_t options, int& error) {
   PCRE2_SIZE offset = 0;
   return pcre2_compile(Units(expression), expression.size(), options | PCRE2_DOTALL, &error,
                        &offset, nullptr);
 }
 
-/// An expression that is not UTF-8 is compared byte by byte.
+/// Compiles an expression that is not valid UTF-8 for matching byte by byte.
 pcre2_code* CompileTextOrBytes(const std::string& expression, int& error) {
   pcre2_code* const code = Compile(expression, PCRE2_UTF | PCRE2_MATCH_INVALID_UTF, error);
   const bool isNotUtf8 = code == nullptr && error < 0;

@@ -10,10 +10,10 @@ struct pcre2_real_code_8;
 
 namespace Kestrel::Host {
 
-/// A regular expression in Perl syntax, given by the user, which may match any part of a string.
+/// A regular expression in Perl syntax, given by the user. It may match any part of a string.
 ///
-/// A full stop matches any character, line feeds included. Strings are UTF-8; bytes that are not
-/// match no character of the expression.
+/// A full stop matches any character, including a line feed. Strings are UTF-8; a byte that is not
+/// valid UTF-8 matches no character of the expression.
 class Regex {
  public:
   /// Throws KestrelException with the reason if the expression is invalid.

@@ -25,7 +25,7 @@ using Rows = std::vector<std::shared_ptr<MetaObject>>;
 
 constexpr std::int64_t kMaxLimit = 1000000000;
 
-/// Sorts the rows by the values, of class `Class`, of a field. Each value is looked up once.
+/// Sorts the rows by a field whose values are of class `Class`. Looks up each value once.
 template <typename Class, typename Key>
 void SortBy(const std::string& field, bool isDescending, Rows& rows) {
   std::vector<std::pair<Key, std::shared_ptr<MetaObject>>> keyed;
@@ -48,7 +48,7 @@ void SortRows(MetaObj::MetaType kind, const std::string& field, bool isDescendin
     case MetaObj::MetaType::Int:
       return SortBy<MetaObj::MetaInt, long>(field, isDescending, rows);
     default:
-      // The rows own the strings.
+      // The views are valid because the rows own the strings.
       return SortBy<MetaObj::MetaString, std::string_view>(field, isDescending, rows);
   }
 }

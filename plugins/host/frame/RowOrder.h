@@ -19,25 +19,26 @@
 
 namespace Kestrel::Host {
 
-/// The order and the number of rows that a user wants from a command that lists structures: the
-/// parameters "sort", "descending" and "limit".
+/// The order and number of rows that the user requests from a command that lists structures, with
+/// the parameters "sort", "descending" and "limit".
 class RowOrder {
  public:
   /// Declares the three parameters.
   static void DeclareParameters(CallSpec::InputSpec& spec);
 
-  /// What `input` asks for. Nothing, with a message on `output`, when it asks for a field that
-  /// `shape` does not have or that has no order, or for "descending" alone.
+  /// Returns the order that `input` requests. Returns nothing, and adds a message to `output`, if
+  /// it names a field that `shape` does not have or that has no order, or if "descending" is given
+  /// without "sort".
   static std::optional<RowOrder> Read(const CallSpec::Input& input, const StructShape& shape,
                                       CallSpec::Output& output);
 
-  /// The rows in that order, at most as many as wanted; `rows` itself if that changes nothing.
-  /// Strings are compared byte by byte, integers by value, and false comes before true. Rows that
-  /// are equal keep their order.
+  /// Returns the rows in that order, up to the limit; returns `rows` itself if that changes
+  /// nothing. Strings are compared byte by byte, integers by value, and false comes before true.
+  /// Equal rows keep their order.
   std::shared_ptr<MetaObj::MetaList> Apply(const std::shared_ptr<MetaObj::MetaList>& rows) const;
 
  private:
-  std::string field_;                                   // empty when the rows keep their order
+  std::string field_;                                   // empty if the rows keep their order
   MetaObj::MetaType kind_ = MetaObj::MetaType::String;  // of the field
   bool isDescending_ = false;
   std::size_t limit_ = std::numeric_limits<std::size_t>::max();

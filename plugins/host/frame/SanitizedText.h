@@ -13,13 +13,13 @@
 
 namespace Kestrel::Host {
 
-// Names of files, users and devices may contain bytes that make the output invalid or control the
-// terminal. The values that these functions return have every control character, and every byte
-// that is not part of valid UTF-8, replaced by \xHH.
+// The names of files, users and devices may contain bytes that make the output invalid or control
+// the terminal. In the values returned here, \xHH replaces every control character and every byte
+// that is not part of valid UTF-8.
 
 std::shared_ptr<MetaObj::MetaString> SanitizedText(std::string_view text);
 
-/// Keeps tabs and line feeds, for text of several lines.
+/// Like SanitizedText, but keeps tabs and line feeds, for text of several lines.
 std::shared_ptr<MetaObj::MetaString> SanitizedLines(std::string_view text);
 
 /// Returns a list of strings, each sanitized by SanitizedText.

@@ -15,7 +15,7 @@
 
 namespace Kestrel::Host {
 
-/// The declared fields of a structure. A structure created from the shape cannot get any other
+/// The declared fields of a structure. A structure created from the shape cannot have any other
 /// field.
 ///
 /// A command keeps its shape in a function-local static, created at the first use: `static const
@@ -24,7 +24,7 @@ class StructShape {
  public:
   explicit StructShape(const char* typeName);
 
-  // Each adds a field. `documentation` says what it contains, and in which unit.
+  // Each of the following adds a field. `documentation` describes its content and unit.
   StructShape& String(const char* name, const char* documentation);
   StructShape& Int(const char* name, const char* documentation);
   StructShape& Bool(const char* name, const char* documentation);
@@ -33,16 +33,17 @@ class StructShape {
   StructShape& Struct(const char* name, const StructShape& shape, const char* documentation);
   StructShape& Structs(const char* name, const StructShape& shape, const char* documentation);
 
-  /// Adds a number of bytes in two fields: the integer "<name> Bytes", and the string `name` with
-  /// the number in IEC units for people. `SetSize` fills both.
+  /// Adds a number of bytes as two fields: the integer "<name> Bytes", and the string `name` with
+  /// the number in IEC units for people. `SetSize` sets both.
   StructShape& Size(const char* name, const char* documentation);
 
-  /// Adds a share of a whole in two fields: the integer "<name> Hundredths", in hundredths of a
-  /// percent, and the string `name` with the same in percent for people. `SetShare` fills both.
+  /// Adds a fraction of a whole as two fields: the integer "<name> Hundredths", in hundredths of a
+  /// percent, and the string `name` with the same value in percent for people. `SetShare` sets
+  /// both.
   StructShape& Share(const char* name, const char* documentation);
 
-  /// Rows that are sorted by the string `field` are compared by `key`, which has the same quantity
-  /// as an integer.
+  /// Sorts rows by the integer field `key` when the user sorts by the string field `field`, which
+  /// shows the same quantity.
   StructShape& SortedBy(const char* field, const char* key);
 
   /// Adds fields that several shapes share.
@@ -51,17 +52,18 @@ class StructShape {
   /// Whether `Size` was called.
   bool HasSizes() const { return !sizes_.empty(); }
 
-  /// The fields that rows can be sorted by, in byte order: those with a scalar value.
+  /// Returns the fields that rows can be sorted by, in byte order: those with a scalar value.
   std::vector<std::string> GetSortFields() const;
 
-  /// The field whose values are compared when rows are sorted by `field`, one of the above: the
-  /// integer of a quantity, such as the bytes of a size, else `field` itself.
+  /// Returns the field whose values are compared when rows are sorted by `field`, which is one of
+  /// GetSortFields: the integer of a quantity, such as the bytes of a size, otherwise `field`
+  /// itself.
   const std::string& GetSortKey(const std::string& field) const;
 
-  /// The kind of a declared field.
+  /// Returns the type of a declared field.
   MetaObj::MetaType GetKind(const std::string& field) const;
 
-  /// A list of columns with the bytes of each size replaced by its text for people.
+  /// Returns a list of columns in which the text of each size replaces its number of bytes.
   std::string ForPeople(const std::string& columns) const;
 
   /// Returns a structure of this shape without values.
@@ -69,9 +71,9 @@ class StructShape {
   /// Returns an empty list of such structures.
   std::shared_ptr<MetaObj::MetaList> NewList() const;
 
-  /// Declares one such structure as a command's result.
+  /// Declares a structure of this shape as a command's result.
   void DeclareStruct(CallSpec::OutputSpec& spec, const char* description) const;
-  /// Declares a list of such structures as a command's result.
+  /// Declares a list of structures of this shape as a command's result.
   void DeclareList(CallSpec::OutputSpec& spec, const char* description) const;
 
  private:
@@ -79,15 +81,15 @@ class StructShape {
                      const char* documentation);
 
   std::shared_ptr<MetaObj::MetaStruct> definition_;
-  std::map<std::string, std::string> sizes_;     // the field with the text, and that with the bytes
-  std::map<std::string, std::string> sortKeys_;  // the same for sizes and other quantities
+  std::map<std::string, std::string> sizes_;     // from the string to the bytes
+  std::map<std::string, std::string> sortKeys_;  // from the string to its integer
 };
 
 /// Sets both fields of a size that the shape of `row` declares by `StructShape::Size`.
 void SetSize(MetaObj::MetaStruct& row, const std::string& name, long bytes);
 
 /// Sets both fields of a share that the shape of `row` declares by `StructShape::Share`. A negative
-/// number of hundredths means that the share is unknown: -1 and "unknown".
+/// number of hundredths means that the share is unknown: the fields are set to -1 and "unknown".
 void SetShare(MetaObj::MetaStruct& row, const std::string& name, long hundredths);
 
 }  // namespace Kestrel::Host

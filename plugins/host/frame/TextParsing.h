@@ -13,7 +13,7 @@ namespace Kestrel::Host {
 // White space means spaces, tabs, carriage returns and line feeds. Returned views point into
 // `text`.
 
-/// Replaces the capital letters of ASCII, whatever the locale is.
+/// Replaces the ASCII capital letters by lower-case letters, regardless of the locale.
 std::string LowerCase(std::string_view text);
 
 bool StartsWith(std::string_view text, std::string_view prefix);
@@ -35,11 +35,11 @@ std::vector<std::string_view> SplitLines(std::string_view text);
 std::optional<long> ParseNumber(std::string_view text);
 
 /// Parses a list such as "0-3,8", the form in which the kernel writes sets of processors. Skips
-/// pieces that are neither a number nor a range, and ranges of more than 65536 numbers.
+/// pieces that are neither numbers nor ranges, and ranges of more than 65536 numbers.
 std::vector<long> ParseNumberList(std::string_view text);
 
-// Arithmetic on untrusted numbers: a result that does not fit into 64 bits becomes the nearest one
-// that does.
+// Arithmetic on untrusted numbers: a result that does not fit into 64 bits becomes the nearest
+// number that does.
 long ClampedSum(long left, long right);
 long ClampedDifference(long left, long right);
 long ClampedProduct(long left, long right);

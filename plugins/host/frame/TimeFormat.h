@@ -12,7 +12,8 @@ namespace Kestrel::Host {
 /// the system cannot convert the time.
 std::string FormatTimestamp(std::time_t time);
 
-/// Formats a duration as "03:04:05", or with days as "12-03:04:05". Treats a negative one as 0.
+/// Formats a duration as "03:04:05", or with days as "12-03:04:05". Treats a negative duration as
+/// 0.
 std::string FormatDuration(long seconds);
 
 }  // namespace Kestrel::Host

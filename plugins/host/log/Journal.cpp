@@ -19,13 +19,13 @@ namespace {
 constexpr std::int64_t kMicroseconds = 1000000;
 constexpr std::size_t kLengthSize = 8;
 
-// What journalctl prints in the C locale.
+// Messages of journalctl in the C locale.
 constexpr std::string_view kNoFiles = "No journal files were found";
 constexpr std::string_view kNoRight = "insufficient permissions";
 constexpr std::string_view kOwnEntriesOnly = "You are currently not seeing messages from other";
 constexpr std::string_view kNoSuchUnits = "Failed to add filter for units: No data available";
 
-// Where a machine without a journal keeps its messages.
+// Where a machine without a journal usually stores its messages.
 constexpr const char* kUsualFiles[] = {"/var/log/syslog", "/var/log/messages"};
 
 bool Contains(std::string_view text, std::string_view part) {
@@ -81,16 +81,16 @@ void RequireSuccess(const ProgramResult& result) {
   }
 }
 
-// The newest entry comes first, so that nothing is read that is not wanted.
+// Requests the newest entry first, so that reading can stop as soon as there are enough.
 std::vector<std::string> ArgumentsFor(const std::vector<std::string>& units,
                                       const LogFilter& filter) {
   std::vector<std::string> arguments = {"--no-pager", "--reverse", "--output=export",
                                         "--output-fields=PRIORITY,SYSLOG_IDENTIFIER,_COMM,MESSAGE"};
-  // The entries that do not match count among journalctl's lines, and not among ours.
+  // journalctl's limit would also count entries that do not match.
   if (filter.match == nullptr && filter.lines != kAllLines) {
     arguments.push_back("--lines=" + std::to_string(filter.lines));
   }
-  // Which also leaves out the entries without a priority.
+  // This also omits entries without a priority.
   if (filter.level < kLowestLevel) {
     arguments.push_back("--priority=" + std::to_string(filter.level));
   }
@@ -127,8 +127,8 @@ std::vector<LogLine> AskJournal(const std::vector<std::string>& units, const Log
   return lines;
 }
 
-// In the export format journalctl does not mention a journal that is missing, or of which it shows
-// a part; it does when it is asked for no lines as text.
+// Throws if the journal is missing or only partly readable. In the export format, journalctl does
+// not report either; when asked for zero lines of text, it does.
 void RequireWholeJournal() {
   RequireSuccess(RunProgram(RequireJournalctl(), {"--no-pager", "--lines=0"}));
 }
@@ -139,7 +139,7 @@ bool IsInJournal(const std::string& unit) {
   return !AskJournal({unit}, filter).empty();
 }
 
-// What systemctl has loaded, or could load.
+// Whether systemctl has loaded the unit or could load it.
 bool IsKnownToManager(const std::string& unit) {
   const auto systemctl = FindProgram("systemctl");
   if (!systemctl) {
@@ -174,7 +174,7 @@ std::optional<LogLine> JournalParser::Next() {
   return std::exchange(entry_, LogLine());
 }
 
-// False when the text goes on in a piece that is not there yet.
+// Returns false if the field continues in a piece that has not arrived yet.
 bool JournalParser::TakeField() {
   const std::size_t lineEnd = text_.find('\n', position_);
   if (lineEnd == std::string::npos) {
@@ -206,7 +206,7 @@ bool JournalParser::TakeSizedField(std::size_t nameEnd) {
   const std::string_view text = text_;
   const auto size = static_cast<std::size_t>(length);
   SetField(text.substr(position_, nameEnd - position_), text.substr(start, size));
-  position_ = start + size + 1;  // a newline ends the field
+  position_ = start + size + 1;  // a line feed ends the field
   return true;
 }
 

@@ -12,17 +12,18 @@
 
 namespace Kestrel::Host {
 
-/// Puts together the entries of a journal from its export format, in whatever pieces it comes: a
-/// line "NAME=value" for each field, or a line with the name alone, then eight bytes for the length
-/// of the value, the least first, and the value; and an empty line after each entry.
+/// Assembles the entries of a journal from journalctl's export format, which may arrive in pieces
+/// of any size. A field is a line "NAME=value", or a line with only the name, followed by the
+/// length of the value in eight bytes, least significant first, and the value. An empty line ends
+/// each entry.
 class JournalParser {
  public:
   void Append(std::string_view piece) { text_.append(piece); }
 
-  /// The next entry that is there whole.
+  /// Returns the next entry that has arrived completely.
   std::optional<LogLine> Next();
 
-  /// Whether nothing is left of an entry that is not there whole.
+  /// Whether no incomplete entry is left.
   bool IsBetweenEntries() const { return position_ == text_.size() && !hasFields_; }
 
  private:
@@ -31,18 +32,18 @@ class JournalParser {
   void SetField(std::string_view name, std::string_view value);
 
   std::string text_;
-  std::size_t position_ = 0;  // of the first byte of text_ that is not read
+  std::size_t position_ = 0;  // of the first unread byte of text_
   LogLine entry_;
-  std::string command_;  // of the process that wrote the entry
+  std::string command_;  // the name of the process that wrote the entry
   bool hasFields_ = false;
   bool isComplete_ = false;
 };
 
-/// The last lines of the journal that pass the filter, the oldest first. With `units`, those of
-/// these units only; a unit may contain `*`.
+/// Returns the last lines of the journal that pass the filter, the oldest first. If `units` is not
+/// empty, only the lines of these units count; a unit may contain `*`.
 ///
-/// Asks journalctl as found in PATH. Throws KestrelException when there is no journal, when not all
-/// of it may be read, and when neither the journal nor systemctl knows a unit.
+/// Runs journalctl, found in PATH. Throws KestrelException if there is no journal, if this user may
+/// not read all of it, or if neither the journal nor systemctl knows a unit.
 std::vector<LogLine> ReadJournal(const std::vector<std::string>& units, const LogFilter& filter);
 
 }  // namespace Kestrel::Host

@@ -18,9 +18,10 @@ namespace Kestrel::Host {
 namespace {
 
 constexpr int kLevels = 8;
-// The kernel's own bound for one message is 8 KiB; it refuses to read into less than that.
+// The kernel limits a message to 8 KiB, and returns an error if the buffer is too small for it.
 constexpr std::size_t kMaxMessageSize = std::size_t{32} << 10;
-// More messages than any buffer holds: a log that is written as fast as it is read ends here.
+// More messages than any kernel buffer contains. Reading stops here if messages are written as fast
+// as they are read.
 constexpr std::size_t kMaxMessages = 1000000;
 
 constexpr const char* kFacilities[] = {
@@ -43,7 +44,7 @@ int HexDigit(char letter) {
   return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : -1;
 }
 
-// The kernel writes what is not printable, and the backslash, as \xHH.
+// The kernel writes the backslash and unprintable characters as \xHH.
 std::string DecodeText(std::string_view text) {
   std::string decoded;
   decoded.reserve(text.size());
@@ -60,7 +61,7 @@ std::string DecodeText(std::string_view text) {
   return decoded;
 }
 
-// To leave it out would make the list shorter than the log.
+// Throws rather than skips a message, so that the list is never shorter than the log.
 KernelMessage RequireMessage(std::string_view entry, const std::string& path) {
   auto message = ParseKernelMessage(entry);
   if (!message) {
@@ -79,7 +80,7 @@ const char* FacilityName(int facility) {
 }
 
 std::optional<KernelMessage> ParseKernelMessage(std::string_view entry) {
-  // The lines after the first one are properties of the device that the message is about.
+  // The lines after the first one are properties of the device that the message concerns.
   const std::string_view line = entry.substr(0, entry.find('\n'));
   const std::size_t textStart = line.find(';');
   if (textStart == std::string_view::npos) {

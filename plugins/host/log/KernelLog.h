@@ -11,7 +11,7 @@
 
 namespace Kestrel::Host {
 
-/// One message of the kernel's buffer.
+/// A message in the kernel's buffer.
 struct KernelMessage {
   int level = 0;
   int facility = 0;
@@ -19,18 +19,18 @@ struct KernelMessage {
   std::string text;
 };
 
-/// Where the kernel publishes its messages.
+/// The file in which the kernel publishes its messages.
 extern const char* const kKernelLog;
 
-/// The word for a facility, as in syslog(3): kern, user, daemon and others; "unknown" for a number
-/// that has none.
+/// Returns the word for a facility, as in syslog(3): kern, user, daemon and so on; "unknown" for a
+/// number without a word.
 const char* FacilityName(int facility);
 
-/// Parses a message in the kernel's form: "6,12,345678,-;text", where the first number is 8 times
-/// the facility plus the level and the third one the time. Nothing for other strings.
+/// Parses a message in the kernel's form: "6,12,345678,-;text". The first number is 8 times the
+/// facility plus the level; the third one is the time. Returns nothing for other strings.
 std::optional<KernelMessage> ParseKernelMessage(std::string_view entry);
 
-/// All messages, the oldest first. Throws KestrelException when they may not be read.
+/// Returns all messages, the oldest first. Throws KestrelException if this user may not read them.
 std::vector<KernelMessage> ReadKernelLog(const std::string& path = kKernelLog);
 
 }  // namespace Kestrel::Host

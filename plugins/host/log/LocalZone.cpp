@@ -14,10 +14,10 @@ constexpr std::int64_t kQuarter = 15 * kMinute;
 constexpr std::int64_t kHour = 60 * kMinute;
 constexpr std::int64_t kDay = 24 * kHour;
 
-// A period of the Gregorian calendar, after which days and weekdays repeat.
+// The period of the Gregorian calendar, after which dates fall on the same weekdays again.
 constexpr std::int64_t kEraYears = 400;
 constexpr std::int64_t kEraDays = 146097;
-// From 0000-03-01, where the era begins here, to 1970-01-01.
+// The number of days from 0000-03-01, where the first era begins, to 1970-01-01.
 constexpr std::int64_t kDaysBeforeEpoch = 719468;
 
 std::int64_t DivideDown(std::int64_t number, std::int64_t divisor) {
@@ -31,7 +31,7 @@ int DaysInMonth(int year, int month) {
   return month == 2 && IsLeapYear(year) ? 29 : kDays[month - 1];
 }
 
-// Years are counted from March here, so that the day that a leap year adds is its last.
+// Years start in March here, so that the leap day is the last day of the year.
 std::int64_t DaysSinceEpoch(const CivilTime& time) {
   const std::int64_t year = time.month > 2 ? time.year : time.year - 1;
   const std::int64_t era = DivideDown(year, kEraYears);
@@ -61,15 +61,16 @@ void AppendTwoDigits(char separator, int number, std::string& text) {
   text += static_cast<char>('0' + number % 10);
 }
 
-// As the C library has it, for one moment.
+// Returns the offset of the C library for a single moment.
 std::int64_t LookUpOffset(std::int64_t seconds) {
   const auto moment = static_cast<std::time_t>(seconds);
   std::tm parts = {};
   return ::localtime_r(&moment, &parts) == nullptr ? 0 : parts.tm_gmtoff;
 }
 
-// `clock` is what a clock of the zone shows, in seconds as if it ran on UTC. A day before and after
-// it, the offsets are those before and after the jump near it, if there is one.
+// Returns the offset at local time `clock`, given in seconds as if it were UTC. If the offset
+// changes nearby, the offsets one day earlier and one day later are those before and after the
+// change.
 std::int64_t OffsetOfClock(std::int64_t clock, LocalZone::Repeated repeated) {
   const std::int64_t before = LookUpOffset(clock - kDay);
   const std::int64_t after = LookUpOffset(clock + kDay);
@@ -105,7 +106,7 @@ CivilTime UtcTime(std::int64_t seconds) {
   return time;
 }
 
-LocalZone::LocalZone() { ::tzset(); }  // else only the first conversion of a program reads TZ
+LocalZone::LocalZone() { ::tzset(); }  // otherwise only the first conversion in a program reads TZ
 
 std::int64_t LocalZone::ToSeconds(const CivilTime& time, Repeated repeated) const {
   const std::int64_t clock = UtcSeconds(time);

@@ -9,7 +9,7 @@
 
 namespace Kestrel::Host {
 
-/// A date and a time of day as a calendar and a clock show them, in whatever zone.
+/// A date and a time of day in some time zone.
 struct CivilTime {
   int year = 1970;
   int month = 1;  ///< 1 to 12
@@ -19,38 +19,38 @@ struct CivilTime {
   int second = 0;  ///< 60 is a leap second
 };
 
-/// Whether a calendar has that day and a clock that time.
+/// Whether the date and the time of day exist.
 bool IsValid(const CivilTime& time);
 
-/// The seconds since the epoch at which clocks that run on UTC show `time`.
+/// Converts a time in UTC to seconds since the epoch.
 std::int64_t UtcSeconds(const CivilTime& time);
 
-/// What clocks that run on UTC show at that second since the epoch.
+/// Converts seconds since the epoch to a time in UTC.
 CivilTime UtcTime(std::int64_t seconds);
 
-/// The time zone of the machine: that of the variable TZ, else of /etc/localtime.
+/// The time zone of the machine: that of the variable TZ, otherwise of /etc/localtime.
 ///
-/// Converts without a look at the file for each time, and remembers the last offset: times of a log
-/// are close to each other. Offsets are taken to change at full quarters of an hour only.
+/// Remembers the last offset instead of asking the C library for each time, because successive
+/// times of a log are close together. Assumes that offsets change only at full quarters of an hour.
 class LocalZone {
  public:
-  /// Which of two moments is meant when the clock shows a time twice, at the end of summer time.
+  /// Which moment is meant by a local time that occurs twice, at the end of summer time.
   enum class Repeated { Earlier, Later };
 
   LocalZone();
 
-  /// The seconds since the epoch at which clocks of the zone show `time`. A time that they skip is
-  /// read with the offset before the jump.
+  /// Converts a local time to seconds since the epoch. For a local time that does not exist, the
+  /// offset before the change applies.
   std::int64_t ToSeconds(const CivilTime& time, Repeated repeated) const;
 
-  /// What clocks of the zone show at that second since the epoch.
+  /// Converts seconds since the epoch to a local time.
   CivilTime ToCivil(std::int64_t seconds) const;
 
-  /// The same as text: "2031-01-02 03:04:05".
+  /// Formats seconds since the epoch as local time: "2031-01-02 03:04:05".
   std::string ToText(std::int64_t seconds) const;
 
  private:
-  /// The offset of a quarter of an hour, in seconds east of Greenwich.
+  /// The offset during a quarter of an hour, in seconds east of Greenwich.
   struct KnownOffset {
     std::int64_t quarter = std::numeric_limits<std::int64_t>::min();
     std::int64_t offset = 0;
@@ -59,7 +59,7 @@ class LocalZone {
   std::int64_t OffsetAt(std::int64_t seconds) const;
 
   mutable KnownOffset byUtc_;
-  mutable KnownOffset byClock_[2];  // for each value of Repeated
+  mutable KnownOffset byClock_[2];  // one for each value of Repeated
 };
 
 }  // namespace Kestrel::Host

@@ -10,10 +10,10 @@
 
 namespace Kestrel::Host {
 
-/// Adds "log" and the commands below it: the journal, log files and the kernel's messages.
+/// Adds the namespace "log" with its commands about the journal, log files and kernel messages.
 void RegisterLog(const std::shared_ptr<AutoCli::Namespace>& root);
 
-// The commands below "log", each in the file of its name.
+// The commands of the namespace, each defined in the file of its name.
 std::shared_ptr<AutoCli::Command> NewLogList();
 std::shared_ptr<AutoCli::Command> NewLogKernelList();
 

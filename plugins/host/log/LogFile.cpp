@@ -26,14 +26,14 @@ constexpr std::size_t kBlockSize = std::size_t{64} << 10;
 
 [[noreturn]] void FailWithSystemText(const std::string& path) { Fail(path, std::strerror(errno)); }
 
-// The kernel makes such a file's content up as it is read, and does not know its size before.
+// The kernel generates the content of such a file while it is read, so its size is unknown before.
 bool IsMadeByKernel(const std::string& path) {
   struct statfs system = {};
   return ::statfs(path.c_str(), &system) == 0 &&
          (system.f_type == PROC_SUPER_MAGIC || system.f_type == SYSFS_MAGIC);
 }
 
-// Before the file is opened, so that no device notices.
+// Checks before opening, because opening a device can have side effects.
 void RequireRegularFile(const std::string& path) {
   struct stat status = {};
   if (::stat(path.c_str(), &status) != 0) {
@@ -47,7 +47,7 @@ void RequireRegularFile(const std::string& path) {
   }
 }
 
-// Should the path lead to a pipe by now, it is not waited for.
+// O_NONBLOCK, in case the path has become a named pipe since the check: opening must not wait.
 FileDescriptor Open(const std::string& path) {
   RequireRegularFile(path);
   FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
@@ -65,7 +65,7 @@ std::uint64_t SizeOf(const FileDescriptor& file, const std::string& path) {
   return static_cast<std::uint64_t>(status.st_size);
 }
 
-// The position of the last newline in the first `size` bytes, else npos.
+// Returns the position of the last line feed in the first `size` bytes, otherwise npos.
 std::size_t FindLastNewline(const std::string& text, std::size_t size) {
   const void* const found = ::memrchr(text.data(), '\n', size);
   return found == nullptr ? std::string::npos
@@ -104,13 +104,13 @@ void LogFile::Start() {
   isStarted_ = true;
   if (offset_ > 0) {
     ReadBlockBefore();
-    // This newline ends the last line, and does not start another.
+    // This line feed ends the last line and does not start another.
     end_ -= buffer_[end_ - 1] == '\n' ? 1 : 0;
   }
 }
 
-// Returns how many bytes are new, at the start of the buffer. Blocks grow with a line that goes
-// over several of them, so that its bytes are moved a few times only.
+// Returns the number of bytes added at the start of the buffer. Blocks become larger while a line
+// extends over several of them, so that its bytes are moved only a few times.
 std::size_t LogFile::ReadBlockBefore() {
   if (end_ > kMaxLineSize) {
     Fail(path_, "A line is longer than " + std::to_string(kMaxLineSize >> 20) + " MiB");

@@ -13,24 +13,23 @@
 
 namespace Kestrel::Host {
 
-/// The lines of a file, from the last one to the first, read block by block: to get the last few
-/// lines of a long log, only its end is read.
+/// Returns the lines of a file from the last to the first. It reads block by block, so that the
+/// last few lines of a long log need only its end.
 ///
-/// Lines that are added after the file was opened are ignored. A last line without a newline is a
-/// line like the others.
+/// Lines added after the file was opened are ignored. The last line need not end with a line feed.
 class LogFile {
  public:
-  /// A longer line is an error: no log has one, and all of it would have to be in memory.
+  /// A longer line is an error: no log contains one, and it would have to be kept in memory.
   static constexpr std::size_t kMaxLineSize = std::size_t{64} << 20;
 
-  /// Throws KestrelException with the system's text if the file cannot be opened, and if it is not
-  /// a regular file: pipes and devices could block, and files in /proc and /sys have no end to
+  /// Throws KestrelException with the system's text if the file cannot be opened or is not a
+  /// regular file: pipes and devices could block, and files in /proc and /sys have no known end to
   /// start from.
   explicit LogFile(const std::string& path);
 
-  /// The line before the one that was returned last, without its newline, until the next call;
-  /// nothing before the first line. Throws KestrelException when the file cannot be read, became
-  /// shorter in the meantime, or has a line of more than kMaxLineSize.
+  /// Returns the line before the one returned last, without its line feed; nothing before the first
+  /// line. The view is valid until the next call. Throws KestrelException if the file cannot be
+  /// read, has become shorter, or has a line longer than kMaxLineSize.
   std::optional<std::string_view> PreviousLine();
 
  private:
@@ -40,11 +39,11 @@ class LogFile {
 
   std::string path_;
   FileDescriptor file_;
-  std::uint64_t offset_;  // in the file, of the first byte of buffer_
+  std::uint64_t offset_;  // of the first byte of buffer_ in the file
   std::string buffer_;
-  std::size_t end_ = 0;  // of what has not been returned, in buffer_
+  std::size_t end_ = 0;  // of the unreturned part of buffer_
   bool isStarted_ = false;
-  bool hasFirstLine_;  // which has no newline before it, and has not been returned
+  bool hasFirstLine_;  // whether the first line, after no line feed, is yet to be returned
 };
 
 }  // namespace Kestrel::Host

@@ -35,7 +35,7 @@ const StructShape& Shape() {
   return shape;
 }
 
-// The seconds since the epoch of what the kernel has written, by the clock of now.
+// Converts the times of kernel messages to seconds since the epoch, using the present clock.
 class KernelClock {
  public:
   std::int64_t ToSeconds(const KernelMessage& message) const {

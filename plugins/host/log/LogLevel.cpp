@@ -17,11 +17,11 @@ struct LevelWord {
 constexpr const char* kLevelNames[] = {"emerg",   "alert",  "crit", "err",
                                        "warning", "notice", "info", "debug"};
 
-// What people write for a level besides its name.
+// Other common names of the levels.
 constexpr LevelWord kOtherNames[] = {{"emergency", 0}, {"panic", 0}, {"critical", 2},
                                      {"error", 3},     {"warn", 4},  {"informational", 6}};
 
-// The words of a line that show its level.
+// Words that indicate the level of a line.
 constexpr LevelWord kTellingWords[] = {
     {"emerg", 0},   {"emergency", 0}, {"panic", 0}, {"alert", 1},  {"crit", 2},    {"critical", 2},
     {"fatal", 2},   {"err", 3},       {"error", 3}, {"failed", 3}, {"failure", 3}, {"warn", 4},
@@ -29,13 +29,13 @@ constexpr LevelWord kTellingWords[] = {
 constexpr std::size_t kShortestTelling = 3;
 constexpr std::size_t kLongestTelling = 9;
 
-// The priority of a message has three digits at most: 8 times the facility, plus the level.
+// A priority has at most three digits: it is 8 times the facility, plus the level.
 constexpr std::size_t kMaxPriorityDigits = 3;
 constexpr int kLevelsPerFacility = 8;
 
 bool IsDigit(char letter) { return letter >= '0' && letter <= '9'; }
 
-// Independent of the locale, which would cost a call for each letter of a log.
+// Does not use the locale, which would cost a call for each letter of a log.
 char ToLower(char letter) {
   return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
 }
@@ -50,7 +50,8 @@ bool EqualsInAnyCase(std::string_view text, std::string_view lowerCase) {
                     [](char letter, char lower) { return ToLower(letter) == lower; });
 }
 
-// For each byte, whether it is part of a word: every byte of a log is looked up.
+// Returns a table of the bytes that are part of words. A table is fast, and every byte of a log is
+// looked up.
 std::array<bool, 256> MakeWordLetters() {
   std::array<bool, 256> letters = {};
   for (int byte = 0; byte < 256; ++byte) {
@@ -83,7 +84,7 @@ int MostUrgentWord(std::string_view line) {
       ++position;
     }
     level = std::min(level, LevelOfWord(line.substr(first, position - first)));
-    ++position;  // past what ended the word
+    ++position;  // skip the byte after the word
   }
   return level;
 }

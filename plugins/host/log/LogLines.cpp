@@ -12,7 +12,7 @@
 namespace Kestrel::Host {
 namespace {
 
-// Gathers lines from the last one to the first.
+// Collects matching lines, which are added from the last to the first.
 class LastLines {
  public:
   LastLines(const LogFilter& filter, LogTimeReader& times) : filter_(filter), times_(times) {}
@@ -38,7 +38,7 @@ class LastLines {
   // Whether none of the lines has a time.
   bool LacksTimes() const { return hasLines_ && !hasTimes_; }
 
-  // In the order of the file.
+  // Returns the lines in the order of the file.
   std::vector<LogLine> Take() {
     std::reverse(kept_.begin(), kept_.end());
     return std::move(kept_);
@@ -50,7 +50,7 @@ class LastLines {
     return {time, level, std::string(), std::string(line)};
   }
 
-  // Its level, when all but its time lets the line pass.
+  // Returns the level of the line if the line passes all filters except the time.
   std::optional<int> LevelIfWanted(std::string_view line) const {
     const int level = GuessLevel(line);
     const bool isWanted = level <= filter_.level &&
@@ -74,7 +74,8 @@ class LastLines {
     }
   }
 
-  // The line before it decides. Lines beyond the wanted number are not held.
+  // Keeps a line without a time until the line before it decides whether it passes. Keeps no more
+  // lines than requested.
   void AddUntimed(std::string_view line) {
     if (kept_.size() + pending_.size() >= filter_.lines) {
       return;
@@ -87,7 +88,7 @@ class LastLines {
   const LogFilter& filter_;
   LogTimeReader& times_;
   std::vector<LogLine> kept_;
-  std::vector<LogLine> pending_;  // without a time, until a line with one is reached
+  std::vector<LogLine> pending_;  // lines without a time that wait for a line with one
   std::size_t olderRun_ = 0;
   bool hasLines_ = false;
   bool hasTimes_ = false;

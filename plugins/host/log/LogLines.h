@@ -17,7 +17,7 @@
 
 namespace Kestrel::Host {
 
-/// One line of a log, wherever it came from.
+/// A line of any log.
 struct LogLine {
   std::optional<std::int64_t> time;  ///< in seconds since the epoch
   int level = kInfoLevel;
@@ -25,10 +25,10 @@ struct LogLine {
   std::string text;
 };
 
-/// A number of lines that no log has.
+/// Means that the number of lines is not limited.
 constexpr std::size_t kAllLines = std::numeric_limits<std::size_t>::max();
 
-/// Which lines of a log are wanted.
+/// Which lines of a log are listed.
 struct LogFilter {
   std::size_t lines = 0;  ///< how many at most, of those that pass the last ones; or kAllLines
   int level = kLowestLevel;
@@ -36,15 +36,16 @@ struct LogFilter {
   const Regex* match = nullptr;  ///< not owned
 };
 
-/// The last lines of a file that pass the filter, in the file's order, without a source.
+/// Returns the last lines of a file that pass the filter, in the file's order. Their sources are
+/// empty.
 ///
-/// With `since`, a line without a time passes when the last line before it that has one does. The
-/// file is read from its end, until there are enough lines or, as logs are in order but for
-/// disturbances, kMaxOlderRun lines in a row are too old. Throws KestrelException when the file
-/// cannot be read, and when `since` is given and no line of a file with lines has a time.
+/// With `since`, a line without a time passes if the nearest earlier line with a time does. The
+/// file is read from its end until there are enough lines, or until kMaxOlderRun successive lines
+/// are too old; logs are in order except for rare disturbances. Throws KestrelException if the file
+/// cannot be read, or if `since` is given and the file has lines but none with a time.
 std::vector<LogLine> ReadLastLines(LogFile& file, const LogFilter& filter, LogTimeReader& times);
 
-/// A machine that starts with a wrong clock writes fewer lines before it is set.
+/// A machine that starts with a wrong clock writes fewer lines before the clock is set.
 constexpr std::size_t kMaxOlderRun = 100000;
 
 }  // namespace Kestrel::Host

@@ -16,10 +16,10 @@
 
 namespace Kestrel::Host {
 
-/// Adds "since", "level", "match" and "lines", by which lines of any log are chosen.
+/// Adds "since", "level", "match" and "lines", which select lines of any log.
 void AddLogParameters(CallSpec::InputSpec& spec);
 
-/// The lines that the values of those parameters choose.
+/// The selection of lines that those parameters make.
 class LogChoice {
  public:
   /// Adds an error message to `output` for each value that is not a valid time, level or regular

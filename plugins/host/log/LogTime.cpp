@@ -14,15 +14,15 @@ namespace Kestrel::Host {
 namespace {
 
 constexpr std::int64_t kMicroseconds = 1000000;
-// Seconds since the start with more digits are none that a kernel counts.
+// No kernel counts seconds since the start with more digits.
 constexpr std::size_t kMaxKernelDigits = 10;
 constexpr std::size_t kMaxFractionDigits = 6;
 constexpr std::string_view kDigits = "0123456789";
-// How far inside a line the common log format is looked for.
+// The common log format is searched for in this many bytes of a line.
 constexpr std::size_t kMaxFieldsSize = 4096;
-// The clock of the machine that wrote a line may be ahead of the one that reads it.
+// The clock of the machine that wrote a line may be ahead of this machine's clock.
 constexpr std::int64_t kMaxAhead = 3600;
-// Of leap years, at most seven years lie between one and the next.
+// Two successive leap years are at most eight years apart.
 constexpr int kMaxYearsBack = 8;
 
 // Labels that may precede an ISO time at the start of a line.
@@ -45,7 +45,7 @@ bool IsWeekday(std::string_view word) {
   return std::find(std::begin(kWeekdays), std::end(kWeekdays), word) != std::end(kWeekdays);
 }
 
-// Of a number of seconds before and after its point.
+// Converts a number of seconds, given as the digits before and after the point.
 std::optional<std::int64_t> Microseconds(std::string_view seconds, std::string_view fraction) {
   if (seconds.empty() || seconds.size() > kMaxKernelDigits || fraction.empty() ||
       fraction.size() > kMaxFractionDigits) {
@@ -67,7 +67,7 @@ std::int64_t ReadClock(clockid_t clock) {
   return time.tv_sec * kMicroseconds + time.tv_nsec / 1000;
 }
 
-// Without the priority and, after it, the version of the message's format.
+// Removes the priority and the version of the message format that may follow it.
 std::string_view WithoutPriority(std::string_view line) {
   const auto priority = ReadPriority(line);
   if (!priority) {
@@ -77,7 +77,8 @@ std::string_view WithoutPriority(std::string_view line) {
   return StartsWith(line, "1 ") ? line.substr(2) : line;
 }
 
-// What comes after the first word, when that is a weekday or names a level: "[INFO]", "warning:".
+// Returns the text after the first word if that is a weekday or names a level: "[INFO]",
+// "warning:".
 std::string_view AfterLeadingWord(std::string_view text) {
   constexpr std::string_view kMarks = "[]():";
   const std::size_t size = std::min(text.find(' '), text.size());
@@ -98,7 +99,7 @@ std::string_view AfterLabel(std::string_view text) {
   return AfterLeadingWord(text);
 }
 
-// An ISO time after something else. A day alone is not enough there.
+// Reads an ISO time after a label or a leading word. There, a date without a time is not enough.
 std::optional<WrittenTime> TakeLabelledTime(std::string_view text) {
   std::string_view rest = AfterLabel(text);
   const auto written = TakeIsoTime(rest);
@@ -118,7 +119,7 @@ std::optional<WrittenTime> FindCommonLogTime(std::string_view line) {
   return std::nullopt;
 }
 
-// The start of a line, or of what is in brackets there.
+// Reads a time at the start of a line, or after a bracket there.
 std::optional<WrittenTime> TakeStart(std::string_view text) {
   if (text.empty()) {
     return std::nullopt;
@@ -136,7 +137,7 @@ std::optional<WrittenTime> TakeStart(std::string_view text) {
   return written ? written : TakeLetterTime(text);
 }
 
-// Wherever the line has it.
+// Finds a time anywhere in the line.
 std::optional<WrittenTime> FindTime(std::string_view text) {
   if (const auto written = TakeStart(text[0] == '[' ? text.substr(1) : text)) {
     return written;
@@ -145,7 +146,8 @@ std::optional<WrittenTime> FindTime(std::string_view text) {
   return written ? written : FindCommonLogTime(text);
 }
 
-// "[12345.678901] text", the brackets padded: microseconds since the start of the machine.
+// Reads the microseconds since the start of the machine from "[12345.678901] text", in which the
+// number may be padded.
 std::optional<std::int64_t> ReadKernelTime(std::string_view text) {
   const std::size_t first = std::min(text.find_first_not_of(' ', 1), text.size());
   const std::size_t point = text.find_first_not_of(kDigits, first);
@@ -171,7 +173,7 @@ LogTimeReader::LogTimeReader(const LocalZone& zone, Clock now, Clock boot)
 std::optional<std::int64_t> LogTimeReader::Read(std::string_view line) {
   const std::string_view text = WithoutPriority(line);
   if (text.empty() || text[0] == ' ' || text[0] == '\t') {
-    return std::nullopt;  // goes on with the line before it
+    return std::nullopt;  // continues the line before it
   }
   if (const auto microseconds = ReadKernelTime(text)) {
     return (bootMicroseconds_ + *microseconds) / kMicroseconds;
@@ -188,7 +190,7 @@ std::optional<std::int64_t> LogTimeReader::InLatestYear(WrittenTime written) {
   for (int yearsBack = 0; yearsBack <= kMaxYearsBack; ++yearsBack) {
     written.time.year = year - yearsBack;
     if (!IsValid(written.time)) {
-      continue;  // a day that leap years alone have
+      continue;  // a day that exists only in leap years
     }
     const std::int64_t seconds = ToSeconds(written);
     if (!IsInFuture(seconds)) {
@@ -199,7 +201,7 @@ std::optional<std::int64_t> LogTimeReader::InLatestYear(WrittenTime written) {
 }
 
 std::int64_t LogTimeReader::ToSeconds(const WrittenTime& written) const {
-  // Of two moments that clocks show alike, the later one: no line is then left out as too old.
+  // If a local time occurs twice, take the later moment, so that no line is omitted as too old.
   return written.offset ? UtcSeconds(written.time) - *written.offset
                         : zone_.ToSeconds(written.time, LocalZone::Repeated::Later);
 }

@@ -12,19 +12,23 @@
 
 namespace Kestrel::Host {
 
-/// The seconds since the epoch now.
+/// Returns the present time in seconds since the epoch.
 std::int64_t CurrentSeconds();
 
-/// The microseconds since the epoch at which the machine started, by its clock of now.
+/// Returns when the machine started, in microseconds since the epoch, according to its present
+/// clock.
 std::int64_t BootMicroseconds();
 
-/// Recognizes the times that programs write at the start of a line.
+/// Recognizes the times that programs write at the start of a line:
+/// - both styles of syslog, with or without a priority before them,
+/// - ISO 8601 and similar forms, also in brackets, after a label such as `time=`, or after the
+///   word for a level,
+/// - the common log format, also further inside the line,
+/// - the output of date(1),
+/// - seconds since the start of the machine.
 ///
-/// A line of syslog in both its styles, with or without a priority before it; ISO 8601 and its
-/// relatives, also in brackets, after `time=` and the like, or after the word for a level; the
-/// common log format, further inside too; what date(1) prints; seconds since the machine started.
-/// A time without an offset is one of the machine's zone. A time without a year is the latest one
-/// that is not more than an hour in the future: the clocks of two machines differ.
+/// A time without an offset is in the machine's time zone. A time without a year is in the latest
+/// year in which it is not more than an hour in the future; the hour allows for clocks that differ.
 class LogTimeReader {
  public:
   using Clock = std::int64_t (*)();
@@ -32,7 +36,7 @@ class LogTimeReader {
   explicit LogTimeReader(const LocalZone& zone, Clock now = CurrentSeconds,
                          Clock boot = BootMicroseconds);
 
-  /// Seconds since the epoch; nothing for a line that shows no time.
+  /// Returns the time in seconds since the epoch; nothing if the line has no time.
   std::optional<std::int64_t> Read(std::string_view line);
 
  private:

@@ -16,7 +16,7 @@ constexpr std::int64_t kMinute = 60;
 constexpr std::int64_t kHour = 60 * kMinute;
 constexpr std::int64_t kDay = 24 * kHour;
 constexpr std::int64_t kWeek = 7 * kDay;
-// Spans that no log is as old as; beyond them a multiplication could overflow.
+// No log goes back as far; with larger numbers, a multiplication could overflow.
 constexpr std::int64_t kMaxCount = 1000000000;
 
 struct Unit {
@@ -45,15 +45,14 @@ std::int64_t Midnight(const LocalZone& zone, CivilTime time) {
   return zone.ToSeconds(time, LocalZone::Repeated::Earlier);
 }
 
-// A day is not always 24 hours long, but noon is within the day before when 24 hours are taken
-// away.
+// A day is not always 24 hours long, but 24 hours before noon is always within the day before.
 std::int64_t MidnightBefore(const LocalZone& zone, CivilTime time) {
   time.hour = 12;
   const std::int64_t noon = zone.ToSeconds(time, LocalZone::Repeated::Earlier);
   return Midnight(zone, zone.ToCivil(noon - kDay));
 }
 
-// "-2h", "-30 minutes".
+// Parses "-2h" or "-30 minutes".
 std::optional<std::int64_t> ParseSpanBack(std::string_view text) {
   if (text.empty() || text[0] != '-') {
     return std::nullopt;

@@ -11,13 +11,14 @@
 
 namespace Kestrel::Host {
 
-/// What `ParseSince` reads, for messages and help.
+/// Describes what `ParseSince` accepts, for messages and help.
 extern const char* const kSinceForms;
 
-/// The time of the first line that a user wants to see, in seconds since the epoch. `text` is
-/// "today" or "yesterday" (meaning their midnight), "now", a span before `now` such as "-2h" or "-3
-/// days", or a date with or without a time of day and an offset. Words may be in either case.
-/// Nothing for other strings, and for days and times that do not exist.
+/// Parses the time of the first line that the user wants to see, and returns it in seconds since
+/// the epoch. `text` is "today" or "yesterday" (meaning midnight), "now", a span before `now` such
+/// as "-2h" or "-3 days", or a date with or without a time of day and an offset. Words may be in
+/// upper or lower case. Returns nothing for other strings, and for dates and times that do not
+/// exist.
 std::optional<std::int64_t> ParseSince(std::string_view text, const LocalZone& zone,
                                        std::int64_t now);
 

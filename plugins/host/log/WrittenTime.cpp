@@ -11,10 +11,10 @@ namespace {
 constexpr std::string_view kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                         "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 constexpr std::string_view kWeekdays[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-// date(1) prints no longer names of zones.
+// date(1) prints no longer zone names.
 constexpr std::size_t kMaxZoneLetters = 5;
 constexpr int kMaxOffsetHours = 15;
-// The year for a time without one: it has every day.
+// Stands for the missing year of a time. A leap year contains every date.
 constexpr int kLeapYear = 2000;
 
 bool IsDigit(char letter) { return letter >= '0' && letter <= '9'; }
@@ -23,7 +23,7 @@ bool IsLetter(char letter) { return IsUpper(letter) || (letter >= 'a' && letter 
 
 bool StartsWithDigit(std::string_view text) { return !text.empty() && IsDigit(text[0]); }
 
-// Whether the text goes on where a number or a word has to end.
+// Whether a letter or digit follows where a number or a word has to end.
 bool GoesOn(std::string_view text) {
   return !text.empty() && (IsDigit(text[0]) || IsLetter(text[0]));
 }
@@ -85,7 +85,7 @@ bool TakeWeekday(std::string_view& text) {
   return false;
 }
 
-// A day of one or two digits.
+// Takes a day of one or two digits.
 bool TakeShortDay(std::string_view& text, int& day) {
   return TakeDigits(text, 2, day) || TakeDigits(text, 1, day);
 }
@@ -99,7 +99,7 @@ void TakeFraction(std::string_view& text) {
   }
 }
 
-// Hours, minutes and seconds, with colons between them.
+// Takes hours, minutes and seconds, separated by colons.
 bool TakeClock(std::string_view& text, CivilTime& time) {
   if (!TakeDigits(text, 2, time.hour) || !Take(text, ':') || !TakeDigits(text, 2, time.minute) ||
       !Take(text, ':') || !TakeDigits(text, 2, time.second)) {
@@ -109,7 +109,7 @@ bool TakeClock(std::string_view& text, CivilTime& time) {
   return !StartsWithDigit(text);
 }
 
-// The same, of which the seconds may be left out.
+// Like TakeClock, but the seconds are optional.
 bool TakeShortClock(std::string_view& text, CivilTime& time) {
   std::string_view rest = text;
   if (TakeClock(rest, time)) {
@@ -121,7 +121,7 @@ bool TakeShortClock(std::string_view& text, CivilTime& time) {
          (text.empty() || text[0] != ':') && (!GoesOn(text) || text[0] == 'Z');
 }
 
-// Sign, hours and minutes, which may be left out unless they are needed.
+// Takes a sign, hours and minutes. The minutes are optional unless `needsMinutes` is true.
 std::optional<std::int64_t> TakeNumericOffset(std::string_view& text, bool needsMinutes) {
   if (text.empty() || (text[0] != '+' && text[0] != '-')) {
     return std::nullopt;
@@ -145,7 +145,7 @@ std::optional<std::int64_t> TakeNumericOffset(std::string_view& text, bool needs
   return sign * (hours * 3600 + minutes * 60);
 }
 
-// A word for UTC, not the start of another one.
+// Takes a word for UTC, unless it is the start of another word.
 bool TakeUtcWord(std::string_view& text, std::string_view word) {
   std::string_view rest = text;
   if (!Take(rest, word) || GoesOn(rest)) {
@@ -155,7 +155,7 @@ bool TakeUtcWord(std::string_view& text, std::string_view word) {
   return true;
 }
 
-// After a space the short forms are not offsets: "10:00:00 -5 degrees".
+// Takes an offset. After a space, the short forms are not offsets: "10:00:00 -5 degrees".
 std::optional<std::int64_t> TakeOffset(std::string_view& text) {
   std::string_view rest = text;
   const bool isApart = Take(rest, ' ');
@@ -168,7 +168,7 @@ std::optional<std::int64_t> TakeOffset(std::string_view& text) {
   return offset;
 }
 
-// 2026-11-22 or 2026/11/22.
+// Takes a date: 2026-11-22 or 2026/11/22.
 bool TakeDate(std::string_view& text, CivilTime& time) {
   if (!TakeDigits(text, 4, time.year) || text.empty()) {
     return false;
@@ -178,12 +178,12 @@ bool TakeDate(std::string_view& text, CivilTime& time) {
          TakeDigits(text, 2, time.month) && Take(text, separator) && TakeDigits(text, 2, time.day);
 }
 
-// The space or the letter between date and time, with a digit after it.
+// Takes the space or the letter between date and time. A digit has to follow.
 bool TakeClockStart(std::string_view& text) {
   return (Take(text, 'T') || Take(text, 't') || TakeSpaces(text)) && StartsWithDigit(text);
 }
 
-// 20261122T100000.
+// Takes a date and time: 20261122T100000.
 bool TakeBasicTime(std::string_view& text, CivilTime& time) {
   if (!TakeDigits(text, 4, time.year) || !TakeDigits(text, 2, time.month) ||
       !TakeDigits(text, 2, time.day) || !Take(text, 'T') || !TakeDigits(text, 2, time.hour) ||
@@ -194,7 +194,7 @@ bool TakeBasicTime(std::string_view& text, CivilTime& time) {
   return !StartsWithDigit(text);
 }
 
-// Reads with `read`, and leaves `text` as it was when that fails or there is no such day or time.
+// Calls `read`, and leaves `text` unchanged if that fails or if the date or time does not exist.
 template <typename Read>
 std::optional<WrittenTime> TakeTime(std::string_view& text, Read read) {
   std::string_view rest = text;
@@ -238,7 +238,7 @@ bool ReadSyslogTime(std::string_view& text, WrittenTime& written) {
   return TakeClock(text, time);
 }
 
-// In this format the zone is before the year.
+// In this format the zone precedes the year.
 bool TakeZoneName(std::string_view& text, WrittenTime& written) {
   std::size_t size = 0;
   while (size < text.size() && IsUpper(text[size])) {

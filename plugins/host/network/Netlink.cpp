@@ -24,8 +24,8 @@ namespace {
 
 // Larger than any datagram of a dump.
 constexpr std::size_t kDatagramSize = 1 << 17;
-// How often a dump is repeated that a change of the table has interrupted. The last one is used
-// even if it was interrupted.
+// How often a dump is attempted if the table changes during it. The last attempt is used even if
+// it was interrupted.
 constexpr int kMaxAttempts = 5;
 
 [[noreturn]] void ThrowSystemError(const std::string& what, int error) {
@@ -79,7 +79,7 @@ class NetlinkSocket {
 
 std::size_t Align(std::size_t size, std::size_t to) { return (size + to - 1) / to * to; }
 
-// What a datagram reports about its dump.
+// What a datagram says about the progress of its dump.
 struct DumpProgress {
   bool isDone = false;
   bool isInterrupted = false;

@@ -11,7 +11,7 @@
 namespace Kestrel::Host {
 
 /// Adds the namespace "network" with its commands about interfaces, addresses, routes, connections,
-/// ports and the resolution of names.
+/// ports and name resolution.
 void RegisterNetwork(const std::shared_ptr<AutoCli::Namespace>& root);
 
 // The commands of the namespace, each defined in the file of its name.

@@ -109,7 +109,7 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Socket& socket, const Socket
   return result;
 }
 
-/// The sockets that the user asks for.
+/// Selects the sockets that the user asks for.
 class SocketFilter {
  public:
   SocketFilter(const CallSpec::Input& input, CallSpec::Output& output)

@@ -36,7 +36,7 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const ServicePort& port) {
   return result;
 }
 
-// The protocols in the list, which are all that a user can ask for.
+// Returns the protocols in the list, which are the only valid values of "protocol".
 WordSet ProtocolsOf(const std::vector<ServicePort>& ports) {
   std::set<std::string> protocols;
   for (const ServicePort& port : ports) {

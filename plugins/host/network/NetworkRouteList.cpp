@@ -21,7 +21,7 @@
 namespace Kestrel::Host {
 namespace {
 
-/// What the numbers in a route mean.
+/// The names for the numbers in a route.
 struct RouteNames {
   std::map<long, std::string> links;
   RoutingNames routing;
@@ -111,7 +111,7 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const NetworkRoute& route, const R
   return result;
 }
 
-/// The routes that the user asks for.
+/// Selects the routes that the user asks for.
 class RouteFilter {
  public:
   RouteFilter(const CallSpec::Input& input, const RouteNames& names, CallSpec::Output& output)

@@ -76,7 +76,7 @@ std::vector<NextHop> RouteNextHops(const NetlinkAttributes& attributes) {
   return {only};
 }
 
-// No address means the address that consists of zeros.
+// An absent address means the address whose bytes are all zero.
 std::string DestinationText(const rtmsg& fixed, std::string_view bytes) {
   if (!bytes.empty()) {
     return FormatAddress(bytes);

@@ -27,7 +27,7 @@ constexpr const char* kSortList = "sortlist";
 constexpr const char* kResolverFile = "/etc/resolv.conf";
 constexpr const char* kResolvedFile = "/run/systemd/resolve/resolv.conf";
 
-// The C library keeps only so many servers.
+// The C library uses no more servers than this.
 constexpr long kMaxServers = 3;
 
 // An IPv6 address may have a zone after "%".
@@ -82,7 +82,7 @@ class Collector {
     Add(kServer, address, isUsed);
   }
 
-  // A line without domains is ignored.
+  // A later list replaces the earlier ones; a line without domains is ignored.
   void ReplaceSearchList(const std::vector<std::string_view>& domains) {
     if (domains.empty()) {
       return;
@@ -102,7 +102,7 @@ bool IsUsedServer(const ResolverSetting& setting) {
   return setting.kind == kServer && setting.isUsed;
 }
 
-// The addresses at which systemd-resolved answers.
+// Whether the setting is an address at which systemd-resolved listens.
 bool IsResolved(const ResolverSetting& setting) {
   return IsUsedServer(setting) && (setting.value == "127.0.0.53" || setting.value == "127.0.0.54");
 }
@@ -114,7 +114,7 @@ void AddServersOfResolved(const std::string& root, std::vector<ResolverSetting>&
   }
   for (ResolverSetting& setting : ParseResolverSettings(*text, kResolvedFile)) {
     if (setting.kind == kServer) {
-      setting.isUsed = IsAddress(setting.value);  // it has no limit of three
+      setting.isUsed = IsAddress(setting.value);  // systemd-resolved has no limit of three
       settings.push_back(std::move(setting));
     }
   }

@@ -11,7 +11,7 @@
 
 namespace Kestrel::Host {
 
-/// One of the settings by which names are resolved.
+/// A setting that determines how names are resolved.
 struct ResolverSetting {
   std::string kind;    ///< "server", "search", "option" or "sortlist".
   std::string value;   ///< An address, a domain or an option.
@@ -20,7 +20,7 @@ struct ResolverSetting {
   std::string source;  ///< The path of its file, or "default".
 };
 
-/// The words for the kinds.
+/// The words for the kinds of settings.
 const WordSet& ResolverSettingKinds();
 
 /// Parses the content of a file such as /etc/resolv.conf(5), whose path is `source`. The C library
@@ -29,10 +29,10 @@ const WordSet& ResolverSettingKinds();
 std::vector<ResolverSetting> ParseResolverSettings(std::string_view text,
                                                    const std::string& source);
 
-/// Returns the settings of the machine whose root folder is `root`: those in /etc/resolv.conf; the
-/// server that the C library asks if that file names none; and, if it names the local server of
-/// systemd-resolved, the servers that this one asks. Throws KestrelException if a file exists and
-/// cannot be read.
+/// Returns the settings of the machine whose root folder is `root`: those in /etc/resolv.conf. If
+/// that file names no server, the result contains the server that the C library uses instead. If it
+/// names the local server of systemd-resolved, the result also contains the servers that
+/// systemd-resolved queries. Throws KestrelException if a file exists and cannot be read.
 std::vector<ResolverSetting> ReadResolverSettings(const std::string& root = std::string());
 
 }  // namespace Kestrel::Host

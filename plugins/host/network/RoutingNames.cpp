@@ -18,7 +18,7 @@
 namespace Kestrel::Host {
 namespace {
 
-// Those of the administrator precede those of the distribution.
+// The administrator's folder precedes those of the distribution.
 constexpr const char* kFolders[] = {"/etc/iproute2", "/usr/share/iproute2", "/usr/lib/iproute2"};
 
 std::optional<unsigned> ReadDigits(std::string_view text) {
@@ -46,7 +46,7 @@ bool EndsWith(std::string_view text, std::string_view end) {
   return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
 }
 
-// The names in a folder that need not exist.
+// Returns the names in a folder that need not exist.
 std::vector<std::string> NamesInFolder(const std::string& path) {
   auto names = ReadFolder(path);
   if (!names && errno != ENOENT && errno != ENOTDIR) {
@@ -73,7 +73,7 @@ NumberTable ReadTable(const std::string& root, const std::string& name,
       break;
     }
   }
-  // The administrator's names are added last and so replace the others.
+  // Adds the administrator's names last, so that they replace the others.
   for (auto folder = std::rbegin(kFolders); folder != std::rend(kFolders); ++folder) {
     AddFilesOf(root + *folder + "/" + name + ".d", table);
   }

@@ -16,33 +16,33 @@
 
 namespace Kestrel::Host {
 
-/// Names that stand for numbers, some of them given by the administrator.
+/// Names for numbers, some of them chosen by the administrator.
 class NumberTable {
  public:
   NumberTable() = default;
   NumberTable(std::initializer_list<std::pair<const unsigned, std::string>> names);
 
-  /// Adds the names in lines such as "254 main" or "0xfe main". A later name of a number replaces
-  /// an earlier one. "#" starts a comment; other lines are skipped.
+  /// Adds the names in lines such as "254 main" or "0xfe main". If a number has several names, the
+  /// last one counts. "#" starts a comment; other lines are skipped.
   void AddLines(std::string_view text);
 
   /// Returns the name of `number`, or its decimal digits if it has none.
   std::string NameOf(unsigned number) const;
-  /// Returns the names, by their numbers, separated by ", ".
+  /// Returns the names, in the order of their numbers, separated by ", ".
   std::string GetList() const;
-  /// Returns the number that a name, in upper or lower case, or a decimal or hexadecimal number
-  /// means; nothing for other strings.
+  /// Returns the number for a name, in upper or lower case, or for a decimal or hexadecimal number;
+  /// nothing for other strings.
   std::optional<unsigned> NumberOf(std::string_view text) const;
 
  private:
   std::map<unsigned, std::string> names_;
 };
 
-/// The numbers that the user gave for a parameter, by name or as numbers. Accepts every number if
-/// the user gave none.
+/// The numbers that the user gave for a parameter, as names or digits. Accepts every number if the
+/// user gave none.
 class NumberFilter {
  public:
-  /// Adds an error message to `output` for each value that is neither.
+  /// Adds an error message to `output` for each value that is neither a name nor a number.
   NumberFilter(const CallSpec::Input& input, const char* parameter, const NumberTable& table,
                CallSpec::Output& output);
 

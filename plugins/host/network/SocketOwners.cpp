@@ -35,8 +35,8 @@ std::optional<long> SocketInode(std::string_view target) {
   return ReadDigits(target.substr(kPrefix.size(), target.size() - kPrefix.size() - 1));
 }
 
-// Handles the failure to read something of another process: that process may have ended, or belong
-// to someone else.
+// Handles a failure to read the files of another process: the process may have ended, or belong to
+// another user.
 void AcceptRefusal(const std::string& path, SocketOwners& owners) {
   if (errno == EACCES || errno == EPERM) {
     owners.isComplete = false;

@@ -15,17 +15,17 @@ struct SocketOwner {
   std::string name;
 };
 
-/// Which processes have sockets open.
+/// The processes that have sockets open.
 struct SocketOwners {
-  /// The processes by the inode of the socket, sorted by number.
+  /// The processes by the inode of the socket, sorted by process number.
   std::map<long, std::vector<SocketOwner>> byInode;
-  /// Whether this process could look into all processes.
+  /// Whether this process could read the files of all processes.
   bool isComplete = true;
 };
 
-/// Reads the open files of all processes. Those that this process may not look into make the result
-/// incomplete; those that end before they are read are skipped. Throws KestrelException if the
-/// system refuses for another reason.
+/// Reads the open files of all processes. A process that may not be read makes the result
+/// incomplete; one that ends before it is read is skipped. Throws KestrelException if the system
+/// refuses for another reason.
 SocketOwners ReadSocketOwners(const std::string& procFolder);
 
 }  // namespace Kestrel::Host

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The kernel is asked by netlink. In /proc/net/unix, a line feed in the name of a socket would
-// start another line, which may look like that of another socket.
+// The sockets are requested by netlink. In /proc/net/unix, a line feed in the name of a socket
+// would start another line, which could look like another socket.
 
 #include "plugins/host/network/UnixSockets.h"
 
@@ -32,7 +32,7 @@ constexpr NumberName kTypes[] = {
 constexpr NumberName kStates[] = {
     {TCP_ESTABLISHED, "connected"}, {TCP_CLOSE, "unconnected"}, {TCP_LISTEN, "listen"}};
 
-// An abstract name starts with NUL. The name of a file may end with one.
+// Formats a name. An abstract name starts with NUL; the name of a file may end with one.
 std::string NameText(std::string_view name) {
   if (name.empty() || name[0] != '\0') {
     return std::string(name.substr(0, name.find('\0')));

@@ -8,7 +8,7 @@
 namespace Kestrel::Host {
 namespace {
 
-// Independent of the locale.
+// Converts a letter to lower case independently of the locale, and "_" to "-".
 char ToPlain(char letter) {
   if (letter >= 'A' && letter <= 'Z') {
     return static_cast<char>(letter - 'A' + 'a');

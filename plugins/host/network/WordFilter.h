@@ -17,7 +17,7 @@
 
 namespace Kestrel::Host {
 
-/// The words that a parameter accepts, in upper and lower case and with "_" for "-".
+/// The words that a parameter accepts. Case is ignored, and "_" is equivalent to "-".
 class WordSet {
  public:
   /// Adds a word that messages list.
@@ -34,7 +34,7 @@ class WordSet {
     return *this;
   }
 
-  /// Returns the word that `text` means, spelled as it was added; nothing if there is none.
+  /// Returns the matching word, spelled as it was added; nothing if there is none.
   std::optional<std::string> Find(std::string_view text) const;
   /// Returns the words in the order in which they were added, separated by ", ".
   const std::string& GetList() const { return list_; }

@@ -20,8 +20,8 @@ bool IsSameName(std::string_view left, std::string_view right) {
   return left.size() == right.size() && ::strncasecmp(left.data(), right.data(), left.size()) == 0;
 }
 
-// The end of the field that begins at `start`: the line feed before the next line that does not
-// continue it, or the end of the text.
+// Returns the end of the field that begins at `start`: the line feed before the next line that does
+// not continue the field, or the end of the text.
 std::size_t FieldEnd(std::string_view text, std::size_t start) {
   std::size_t end = text.find('\n', start);
   while (end != std::string_view::npos && end + 1 < text.size() &&
@@ -31,7 +31,7 @@ std::size_t FieldEnd(std::string_view text, std::size_t start) {
   return std::min(end, text.size());
 }
 
-// The start of the next paragraph: the first byte from `start` on that is not a line feed.
+// Returns the start of the next paragraph: the first byte from `start` on that is not a line feed.
 std::size_t SkipEmptyLines(std::string_view text, std::size_t start) {
   return std::min(text.find_first_not_of('\n', start), text.size());
 }

@@ -11,9 +11,9 @@
 
 namespace Kestrel::Host {
 
-/// One paragraph of a file in the form that dpkg and apt use for their data: lines "Name: value",
-/// each with the lines after it that begin with white space. It points into the text that it was
-/// made from.
+/// A paragraph of a file in the format that dpkg and apt use for their data. It consists of lines
+/// "Name: value", each of which continues on the following lines that begin with white space. It
+/// refers to the text passed to the constructor, which must outlive it.
 class ControlStanza {
  public:
   /// Throws KestrelException if a line is not a field.
@@ -21,14 +21,14 @@ class ControlStanza {
 
   std::string_view GetText() const { return text_; }
 
-  /// The value of a field, trimmed; lines after its first one keep their indentation. Empty when
-  /// there is no such field. The case of a name does not matter.
+  /// Returns the trimmed value of a field; its continuation lines keep their indentation. Empty if
+  /// there is no such field. Names are compared without regard to case.
   std::string_view Get(std::string_view name) const;
 
-  /// The first line of a value.
+  /// Returns the first line of a value.
   std::string_view GetFirstLine(std::string_view name) const;
 
-  /// The pieces of a value between commas, trimmed.
+  /// Returns the pieces of a value between commas, trimmed.
   std::vector<std::string> GetList(std::string_view name) const;
 
  private:
@@ -36,14 +36,14 @@ class ControlStanza {
   std::vector<std::pair<std::string_view, std::string_view>> fields_;
 };
 
-/// A line of a damaged file for a message: its start, safe to print.
+/// Returns the start of a line of a damaged file, safe to print in a message.
 std::string ShownLine(std::string_view line);
 
-/// Calls `use` for each paragraph of `text`, the contents of the file at `path`.
+/// Calls `use` for each paragraph of `text`, the content of the file at `path`.
 ///
-/// A program that writes such a file ends each paragraph with an empty line. Without one at the
-/// end the file was cut: that is an error, for a shorter answer would look like a whole one.
-/// Throws KestrelException with the path.
+/// Programs end each paragraph of such a file with an empty line. If the last one is missing, the
+/// file is incomplete. That is an error, because a shorter answer would look complete. Throws
+/// KestrelException with the path.
 void ReadControlFile(const std::string& path, std::string_view text,
                      const std::function<void(const ControlStanza&)>& use);
 

@@ -1,9 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The order of versions. The epoch is a number. The two other parts are split into pieces, which
-// alternate between characters that are not digits and numbers, and are compared piece by piece. In
-// the former, ~ sorts before everything, even the end, and letters sort before other characters.
+// The order of versions. The epoch is compared as a number. The two other parts are split into
+// alternating pieces without digits and of digits, which are compared one by one. In a piece
+// without digits, ~ sorts before everything, even the end, and letters sort before other
+// characters.
 
 #include "plugins/host/package/DebianVersion.h"
 
@@ -19,7 +20,7 @@ bool IsLetter(char letter) {
   return (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z');
 }
 
-// The rank of the first character of the rest of a piece without digits.
+// Returns the rank of the first character of `text`, a piece without digits.
 int Rank(std::string_view text) {
   if (text.empty() || IsDigit(text[0])) {
     return 0;
@@ -48,7 +49,7 @@ int CompareNonDigits(std::string_view& left, std::string_view& right) {
   return 0;
 }
 
-// Takes the digits from the start of `text`; returns them without zeros in front.
+// Removes the digits at the start of `text`, and returns them without leading zeros.
 std::string_view TakeNumber(std::string_view& text) {
   const auto length =
       static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), IsDigit) - text.begin());
@@ -58,7 +59,7 @@ std::string_view TakeNumber(std::string_view& text) {
   return digits;
 }
 
-// Numbers of any length: the longer one is greater.
+// Compares numbers of any length: the longer one is greater.
 int CompareNumbers(std::string_view left, std::string_view right) {
   if (left.size() != right.size()) {
     return left.size() < right.size() ? -1 : 1;

@@ -7,8 +7,8 @@
 
 namespace Kestrel::Host {
 
-/// Less than, equal to or greater than 0 as `left` is an older, the same or a newer version than
-/// `right`. Versions are "[epoch:]upstream[-revision]", as the packages of dpkg have them.
+/// Returns a number less than, equal to or greater than 0 if `left` is older than, equal to or
+/// newer than `right`. Versions have dpkg's form "[epoch:]upstream[-revision]".
 int CompareVersions(std::string_view left, std::string_view right);
 
 }  // namespace Kestrel::Host

@@ -31,7 +31,8 @@ void RequireWholeLines(const std::string& path, std::string_view text) {
   }
 }
 
-// A package that may be here for several architectures at once has its own file for each.
+// Returns the path of the package's list of files. A package that can be installed for several
+// architectures at once has one list for each.
 std::string ListPath(const Package& package, const std::string& folder) {
   const std::string start = folder + "/info/" + std::string(package.name);
   std::string path = start + ":" + std::string(package.architecture) + ".list";
@@ -40,7 +41,7 @@ std::string ListPath(const Package& package, const std::string& folder) {
   return isThere ? path : start + ".list";
 }
 
-// The diversions that move files of this package.
+// Returns the diversions that move files of this package.
 std::map<std::string, std::string> ReadDiversions(const Package& package,
                                                   const std::string& folder) {
   const std::string path = folder + "/diversions";

@@ -10,14 +10,14 @@
 
 namespace Kestrel::Host {
 
-/// A file or directory that a package brought.
+/// A file or directory that belongs to a package.
 struct InstalledFile {
   std::string path;
   std::string divertedTo;  ///< where it is instead, because another has the path; else empty
 };
 
-/// The files of a package in the order in which dpkg recorded them. Throws KestrelException when
-/// they, or the diversions, cannot be read whole.
+/// Returns the files of a package in the order in which dpkg recorded them. Throws KestrelException
+/// if the list or the diversions cannot be read completely.
 std::vector<InstalledFile> ReadInstalledFiles(const Package& package,
                                               const std::string& folder = kDpkgFolder);
 

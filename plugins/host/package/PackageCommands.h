@@ -10,10 +10,10 @@
 
 namespace Kestrel::Host {
 
-/// Adds "package" and the commands below it: the software that dpkg and apt manage.
+/// Adds the namespace "package" with its commands about the software that dpkg and apt manage.
 void RegisterPackage(const std::shared_ptr<AutoCli::Namespace>& root);
 
-// The commands below "package", each in the file of its name.
+// The commands of the namespace, each defined in the file of its name.
 std::shared_ptr<AutoCli::Command> NewPackageCheck();
 std::shared_ptr<AutoCli::Command> NewPackageFiles();
 std::shared_ptr<AutoCli::Command> NewPackageGet();

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // The database is the file "status" and, while dpkg works or after it was interrupted, numbered
-// files in the folder "updates", each with newer entries.
+// files with newer entries in the folder "updates".
 
 #include "plugins/host/package/PackageDatabase.h"
 
@@ -49,7 +49,8 @@ bool IsState(std::string_view word) {
          std::find(kPackageStates.begin(), kPackageStates.end(), word) != kPackageStates.end();
 }
 
-// "install ok installed": what is wanted, whether it must be installed again, what is.
+// Parses "install ok installed": the wanted state, whether it must be installed again, and the
+// present state.
 void SetStatus(std::string_view status, Package& package) {
   const std::vector<std::string_view> words = SplitWords(status);
   if (words.size() != 3 || !IsOneOf(words[0], kWishes) || !IsOneOf(words[1], kFlags) ||
@@ -66,8 +67,8 @@ Package ToPackage(const ControlStanza& stanza) {
   Package package;
   package.name = RequireField(stanza, "Package");
   SetStatus(RequireField(stanza, "Status"), package);
-  // What is left of a package has no version, and need not say which architecture it was for. Nor
-  // does an entry from before the files of a new package were unpacked.
+  // A removed package whose configuration remains has no version, and its architecture may be
+  // missing. The same is true before the files of a new package are unpacked.
   const bool isHere = package.IsUnpacked() && package.state != kHalfInstalled;
   package.version = isHere ? RequireField(stanza, "Version") : stanza.GetFirstLine("Version");
   package.architecture =
@@ -80,7 +81,8 @@ Package ToPackage(const ControlStanza& stanza) {
   return package;
 }
 
-// dpkg writes each update to a file whose name consists of digits; others are unfinished.
+// dpkg writes each update to a file whose name consists of digits. Files with other names are
+// unfinished.
 std::vector<std::string> UpdateFiles(const std::string& folder) {
   std::error_code error;
   std::vector<std::string> paths;
@@ -98,14 +100,14 @@ std::vector<std::string> UpdateFiles(const std::string& folder) {
   return paths;
 }
 
-// "name (= 1.2)" and "name:any" without what follows the name.
+// Returns the name in "name (= 1.2)" or "name:any".
 std::string_view NameInRelation(std::string_view relation) {
   relation = Trim(relation);
   return relation.substr(0, relation.find_first_of(" \t\n(:"));
 }
 
 bool Provides(const Package& package, std::string_view name) {
-  // Most packages that are asked for it provide nothing.
+  // Fast path: most packages provide nothing.
   if (package.provides.empty() || name.empty()) {
     return false;
   }
@@ -190,7 +192,8 @@ void PackageDatabase::ReadStatus(const std::string& path) {
   texts_.push_back(std::move(*text));
   ReadControlFile(path, texts_.back(),
                   [this](const ControlStanza& stanza) { packages_.push_back(ToPackage(stanza)); });
-  // A full disk or a fault leaves an empty file; dpkg itself is a package.
+  // The package dpkg is always present. An empty database is the result of a full disk or another
+  // failure.
   if (packages_.empty()) {
     throw KestrelException("Unable to read " + path + ": it contains no package");
   }

@@ -12,13 +12,13 @@
 
 namespace Kestrel::Host {
 
-/// The folder in which dpkg keeps its data.
+/// The folder in which dpkg stores its data.
 extern const char* const kDpkgFolder;
 
-/// The words for the states of a package of which something is here.
+/// The words for the states of a package that is not completely absent.
 extern const std::vector<std::string> kPackageStates;
 
-/// A package that dpkg knows. It points into the text of its database.
+/// A package that dpkg knows. It refers to the text of its database.
 struct Package {
   std::string_view name;
   std::string_view architecture;
@@ -34,33 +34,33 @@ struct Package {
 
   bool IsInstalled() const { return state == "installed"; }
   bool IsHeld() const { return wanted == "hold"; }
-  /// Whether its files are here, though it may not be set up.
+  /// Whether the files of the package are present, even if it is not configured.
   bool IsUnpacked() const;
 };
 
-/// The packages in the database of dpkg, read from its files: one read takes a fraction of the time
-/// of a program that prints them.
+/// The packages in dpkg's database. Reads its files directly, which takes a fraction of the time of
+/// a program that prints them.
 class PackageDatabase {
  public:
-  /// Throws KestrelException when the folder contains no database, and when one of its files cannot
-  /// be read, is cut or damaged: never are there silently fewer packages.
+  /// Throws KestrelException if the folder contains no database, or if one of its files cannot be
+  /// read, is incomplete or damaged. Packages are never silently omitted.
   explicit PackageDatabase(const std::string& folder = kDpkgFolder);
   PackageDatabase(const PackageDatabase&) = delete;
   PackageDatabase& operator=(const PackageDatabase&) = delete;
 
-  /// In the order of names, those of one name in the order of architectures. A package that left
-  /// nothing but a note of what is wanted is not among them.
+  /// Returns the packages sorted by name, then by architecture. Omits packages of which nothing is
+  /// left but the wanted state.
   const std::vector<Package>& GetPackages() const { return packages_; }
 
-  /// The architecture of dpkg itself; empty when it is not among the packages.
+  /// Returns the architecture of dpkg itself; empty if dpkg is not among the packages.
   std::string_view GetNativeArchitecture() const;
 
-  /// The package of that name, or of "name:architecture". If a name has several architectures, the
-  /// first choice is the one that is unpacked, then the native one. Throws KestrelException with
-  /// the name if there is none, and with the packages that provide it if it is virtual.
+  /// Returns the package with that name, or with that "name:architecture". If a name has several
+  /// architectures, prefers the unpacked one, then the native one. If there is none, throws
+  /// KestrelException with the name and, for a virtual package, the packages that provide it.
   const Package& Require(const std::string& name) const;
 
-  /// The names of the unpacked packages that provide `name`.
+  /// Returns the names of the unpacked packages that provide `name`.
   std::vector<std::string> FindProviders(std::string_view name) const;
 
  private:

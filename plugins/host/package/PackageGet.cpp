@@ -15,7 +15,7 @@
 namespace Kestrel::Host {
 namespace {
 
-// The fields of one line, and those that are lists, under the names that packages give them.
+// The fields that have one line and those that are lists, under the names that dpkg uses.
 constexpr const char* kLineFields[] = {"Section", "Priority", "Source",
                                        "Origin",  "Homepage", "Multi-Arch"};
 constexpr const char* kListFields[] = {"Pre-Depends", "Depends",    "Recommends", "Suggests",
@@ -77,7 +77,7 @@ const StructShape& Shape() {
   return shape;
 }
 
-// "Name <address>".
+// Parses "Name <address>".
 std::shared_ptr<MetaObj::MetaStruct> ToMaintainer(std::string_view text) {
   const std::size_t start = text.find('<');
   std::string_view address =
@@ -89,7 +89,7 @@ std::shared_ptr<MetaObj::MetaStruct> ToMaintainer(std::string_view text) {
   return result;
 }
 
-// Lines begin with a space; one with a full stop alone stands for an empty one.
+// Lines begin with a space; a line with only a full stop is an empty line.
 std::string LongDescription(std::string_view text) {
   std::string description;
   const std::vector<std::string_view> lines = SplitLines(text);
@@ -100,7 +100,7 @@ std::string LongDescription(std::string_view text) {
   return description;
 }
 
-// "path checksum" and perhaps "obsolete", each on its line. A path may contain spaces.
+// Parses lines with a path, a checksum and possibly "obsolete". A path may contain spaces.
 std::vector<std::string> SettingsFiles(std::string_view text) {
   std::vector<std::string> paths;
   for (std::string_view line : SplitLines(text)) {

@@ -11,14 +11,14 @@
 
 namespace Kestrel::Host {
 
-/// The folder in which apt keeps its data.
+/// The folder in which apt stores its data.
 extern const char* const kAptFolder;
 
-/// apt's marks of packages that were installed automatically, as dependencies of others.
+/// apt's marks for packages that were installed automatically, as dependencies of others.
 class PackageMarks {
  public:
-  /// Without a file of marks none is marked, as on a machine without apt. Throws KestrelException
-  /// when the file cannot be read, is cut or damaged.
+  /// Without a file of marks, as on a machine without apt, no package is marked. Throws
+  /// KestrelException if the file cannot be read, is incomplete or damaged.
   explicit PackageMarks(std::string_view nativeArchitecture,
                         const std::string& folder = kAptFolder);
 

@@ -18,13 +18,13 @@ namespace Kestrel::Host {
 /// Adds "name", the name of one package.
 void AddPackageName(CallSpec::InputSpec& spec);
 
-/// Adds "name" and "match", which choose packages by their names.
+/// Adds "name" and "match", which select packages by their names.
 void AddPackageNames(CallSpec::InputSpec& spec);
 
-/// What the parameters of AddPackageNames choose.
+/// The selection that the parameters of AddPackageNames make.
 class PackageNames {
  public:
-  /// Throws KestrelException when the regular expression is invalid.
+  /// Throws KestrelException if the regular expression is invalid.
   explicit PackageNames(const CallSpec::Input& input);
 
   bool Accept(const Package& package) const;
@@ -34,7 +34,7 @@ class PackageNames {
   std::optional<Regex> match_;
 };
 
-/// `text`, or "none" when it is empty.
+/// Returns `text`, or "none" if it is empty.
 std::string TextOrNone(std::string_view text);
 
 }  // namespace Kestrel::Host

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The form of the answer, for each package:
+// The output for each package:
 //
 //   bash:
 //     Installed: 5.2.15-2+b8
@@ -28,7 +28,7 @@ constexpr std::size_t kVersionColumn = 5;
 constexpr char kInstalledMarker[] = " *** ";
 constexpr char kCandidate[] = "  Candidate: ";
 constexpr char kNone[] = "(none)";
-// The database of what is installed, which apt lists among the places that have a version.
+// dpkg's database, which apt lists among the sources of a version.
 constexpr char kDatabase[] = "/var/lib/dpkg/status";
 
 std::size_t Indentation(std::string_view line) {
@@ -39,13 +39,13 @@ std::size_t Indentation(std::string_view line) {
   return indentation == std::string_view::npos ? line.size() : indentation;
 }
 
-// "500 http://... Packages" without the priority.
+// Returns "http://... Packages" from "500 http://... Packages".
 std::string_view SourceIn(std::string_view line) {
   line = Trim(line);
   return Trim(line.substr(SplitWords(line).front().size()));
 }
 
-// Whether a line of the table, "version priority", is that of a version.
+// Whether a line of the table, "version priority", is about this version.
 bool IsVersion(std::string_view line, std::string_view version) {
   const std::vector<std::string_view> words = SplitWords(line);
   return !words.empty() && words.front() == version;
@@ -93,7 +93,7 @@ class PolicyReader {
 
   PackagePolicy& policy_;
   PackageCandidate* candidate_ = nullptr;
-  bool isCandidate_ = false;  // whether the sources that follow are those of the candidate
+  bool isCandidate_ = false;  // whether the following sources belong to the candidate
 };
 
 }  // namespace

@@ -16,13 +16,13 @@ struct PackageCandidate {
   std::string source;    ///< where apt would get it from; empty when no list of packages has it
 };
 
-/// What "apt-cache policy" answers.
+/// The result of "apt-cache policy".
 struct PackagePolicy {
   std::map<std::string, PackageCandidate> candidates;  ///< by the name that apt prints
   bool hasLists = false;  ///< whether apt knows any version from a list of packages
 
-  /// Adds what is in the program's output for some packages. Throws KestrelException when it has
-  /// another form or ends within a line.
+  /// Adds the packages in the program's output. Throws KestrelException if the output has another
+  /// form or ends within a line.
   void Add(std::string_view output);
 };
 

@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Which version of a package is the one to install follows from the lists of packages, from pins
-// and from priorities: that is for apt to decide. It is asked by a program, not by its library,
-// which would be loaded with this plug-in whatever the command is. Of its programs "apt-cache
-// policy" has an output for scripts, changes nothing and needs no rights. "apt list" warns that its
-// output may change; "apt-get --simulate" leaves out what is held back and resolves all
-// dependencies first, which takes several times as long.
+// Which version of a package apt would install depends on the package lists, on pins and on
+// priorities, so apt has to decide. This command runs a program of apt and does not use apt's
+// library, which would be loaded together with this plug-in even for other commands. The program is
+// "apt-cache policy": its output is meant for scripts, and it changes nothing and needs no
+// privileges. "apt list" warns that its output may change. "apt-get --simulate" omits packages that
+// are held back, and first resolves all dependencies, which takes several times as long.
 
 #include <kestrel/KestrelException.h>
 
@@ -28,7 +28,7 @@ namespace Kestrel::Host {
 namespace {
 
 constexpr char kProgram[] = "apt-cache";
-// Far fewer bytes than the kernel accepts for one program.
+// Far fewer bytes than the kernel accepts as arguments of one program.
 constexpr std::size_t kMaxNamesInACall = 10000;
 
 const StructShape& Shape() {
@@ -56,7 +56,7 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Package& package,
   return row;
 }
 
-// The name by which apt knows a package: with the architecture when it is not the native one.
+// Returns apt's name of a package: it includes the architecture unless that is the native one.
 std::string AptName(const Package& package, std::string_view native) {
   std::string name(package.name);
   if (package.architecture != native && package.architecture != "all") {
@@ -94,7 +94,7 @@ PackagePolicy AskPolicy(const std::vector<std::string>& names) {
          names.begin() + static_cast<std::ptrdiff_t>(end)},
         policy);
   }
-  // Without any list everything would look as new as can be.
+  // Without package lists, every package would seem to be up to date.
   if (!names.empty() && !policy.hasLists) {
     throw KestrelException("apt has no lists of available packages; 'apt-get update' fetches them");
   }
@@ -132,7 +132,7 @@ class PackageUpgradableList final : public ListCommand {
     std::vector<const Package*> packages;
     std::vector<std::string> names;
     for (const Package& package : database.GetPackages()) {
-      // Without a version it is not here yet.
+      // A package without a version is not installed yet.
       if (package.IsUnpacked() && !package.version.empty() && chosen.Accept(package)) {
         packages.push_back(&package);
         names.push_back(AptName(package, native));

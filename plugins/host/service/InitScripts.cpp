@@ -22,11 +22,10 @@ namespace Kestrel::Host {
 namespace {
 
 constexpr std::string_view kSummary = "# Short-Description:";
-// The folders with the links that start services with the machine, unless it starts in single-user
-// mode.
+// The folders with the links that start services at boot, except in single-user mode.
 constexpr const char* kStartFolders[] = {"/../rcS.d", "/../rc2.d", "/../rc3.d", "/../rc4.d",
                                          "/../rc5.d"};
-// "S01name".
+// The size of the prefix in "S01name".
 constexpr std::size_t kOrderSize = 3;
 
 bool IsScript(const std::string& path) {
@@ -35,7 +34,7 @@ bool IsScript(const std::string& path) {
          ::access(path.c_str(), R_OK | X_OK) == 0;
 }
 
-// Throws unless the folder can be read or is missing.
+// Throws if the folder exists but cannot be read.
 void RequireReadableFolder(const std::string& folder) {
   const FileDescriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!opened.IsOpen() && errno != ENOENT) {
@@ -44,7 +43,7 @@ void RequireReadableFolder(const std::string& folder) {
   }
 }
 
-// dpkg leaves versions of a changed script beside it.
+// dpkg leaves old or new versions of a changed script in the same folder.
 bool IsLeftOver(const std::string& name) {
   return name.find(".dpkg-") != std::string::npos || name[0] == '.';
 }
@@ -65,8 +64,8 @@ std::string ToState(const ProgramResult& result) {
   switch (result.status) {
     case 0:
       return "running";
-    case 1:  // it ended and left the file with its number
-    case 2:  // it ended and left its lock
+    case 1:  // the service ended and left its PID file
+    case 2:  // the service ended and left its lock file
       return "failed";
     case 3:
       return "stopped";
@@ -129,14 +128,14 @@ Service InitScripts::ToService(const std::string& name, bool startsAtBoot) const
 }
 
 std::string InitScripts::AskState(const std::string& name, const std::string& script) const {
-  // A script without the word could take it for another one.
+  // A script that does not know "status" could mistake it for another word.
   if (script.find("status") == std::string::npos) {
     return "unknown";
   }
   try {
     return ToState(Run(name, "status", limit_));
   } catch (const KestrelException&) {
-    return "unknown";  // a script that cannot be started does not hide the others
+    return "unknown";  // a script that cannot be started must not hide the others
   }
 }
 

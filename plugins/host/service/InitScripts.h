@@ -13,21 +13,22 @@
 
 namespace Kestrel::Host {
 
-/// The scripts that manage services on a machine without systemd.
+/// The init scripts that manage services on a machine without systemd.
 class InitScripts {
  public:
   /// How long a script may take to report the state of its service.
   static constexpr std::chrono::seconds kStatusLimit{5};
 
-  /// Beside the folder with the scripts are the folders rc2.d and so on, whose links start them.
+  /// The parent of `folder` also contains the folders rc2.d and so on, whose links start the
+  /// scripts.
   explicit InitScripts(std::string folder, std::chrono::milliseconds limit = kStatusLimit);
 
-  /// The services in byte order of their names. Each script that knows "status" is asked, and its
-  /// exit status has the meaning that the Linux Standard Base defines. Throws KestrelException when
-  /// the folder cannot be read; none when there is no such folder.
+  /// Returns the services in byte order of their names. Runs each script that knows "status"; its
+  /// exit status has the meaning that the Linux Standard Base defines. Returns none if there is no
+  /// such folder. Throws KestrelException if the folder cannot be read.
   std::vector<Service> Read() const;
 
-  /// One of them; nothing when there is no such script.
+  /// Returns a single service; nothing if there is no such script.
   std::optional<ServiceDetails> Read(const std::string& name) const;
 
   /// Runs a script with "start", "stop" and so on.

@@ -20,7 +20,7 @@ struct Service {
   std::string description;  ///< may be empty
 };
 
-/// What more is known about a single service.
+/// Further details about a single service.
 struct ServiceDetails {
   Service service;
   std::string loadState;         ///< systemd's word for how its unit was read; may be empty
@@ -30,14 +30,14 @@ struct ServiceDetails {
   std::string file;  ///< its unit or script; may be empty
 };
 
-/// Who manages a service.
+/// The managers of a service.
 extern const char* const kSystemd;
 extern const char* const kInitScripts;
 
-/// What a service can be doing. One that is "running" has a process that works, as far as its
-/// manager knows; a script may also mean that all is well with a service without one. The work of
-/// one that "exited" is done, and systemd counts it as active. A "template" is what services are
-/// made from, an "alias" another name of one of them.
+/// The states of a service. "running": it has a process that works, as far as its manager knows; a
+/// script may also report this for a service without a process. "exited": its work is done, and
+/// systemd counts it as active. "template": a unit from which services are made. "alias": another
+/// name of a service.
 constexpr std::array<const char*, 13> kServiceStates = {
     "running", "exited",    "reloading", "refreshing", "activating",  "deactivating", "failed",
     "stopped", "not-found", "template",  "alias",      "maintenance", "unknown"};

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // The commands that change a service. They differ only in the word that they pass to its manager,
-// and in what they show of the change.
+// and in which changes they show.
 
 #include <string>
 

@@ -10,7 +10,7 @@
 
 namespace Kestrel::Host {
 
-/// Adds "service" and the commands below it, and "system timer list".
+/// Adds the namespace "service" with its commands, and "system timer list".
 void RegisterService(const std::shared_ptr<AutoCli::Namespace>& root);
 
 // The commands, each in the file of its name; those that change a service are in

@@ -45,7 +45,7 @@ const StructShape& Shape() {
   return shape;
 }
 
-// Each line begins below the name of the field.
+// Formats the log so that each line begins below the name of the field.
 std::string ForPeople(const ServiceLog& log) {
   std::string text = log.problem.empty() ? "" : "(" + log.problem + ")";
   for (const std::string& line : log.lines) {
@@ -54,7 +54,7 @@ std::string ForPeople(const ServiceLog& log) {
   return TextOr(kNone, text);
 }
 
-// A machine without systemd has no journal that knows services.
+// Returns no log without systemd, because there is then no journal that knows services.
 ServiceLog ReadLog(const ServiceDetails& details) {
   if (details.service.source != kSystemd) {
     return {{}, "without systemd there is no journal"};

@@ -15,15 +15,15 @@ namespace Kestrel::Host {
 namespace {
 
 constexpr std::chrono::seconds kLimit{10};
-// As many as systemctl shows with the status of a unit.
+// The number that systemctl shows with the status of a unit.
 constexpr char kLines[] = "--lines=10";
 constexpr std::size_t kClockEnd = sizeof("2026-11-22T10:00:00") - 1;
 constexpr std::size_t kOffsetSize = sizeof("+0000") - 1;
 
-// Remarks of journalctl between the lines: "-- No entries --", "-- Boot 1234 --".
+// Whether a line is a remark of journalctl: "-- No entries --", "-- Boot 1234 --".
 bool IsRemark(std::string_view line) { return StartsWith(line, "-- "); }
 
-// "2026-11-22T10:00:00+0000 text" becomes "2026-11-22 10:00:00 text"; further lines of the same
+// Converts "2026-11-22T10:00:00+0000 text" to "2026-11-22 10:00:00 text". Further lines of the same
 // entry begin with spaces.
 std::string WithPlainTime(std::string_view line) {
   if (line.size() < kClockEnd + kOffsetSize || line[10] != 'T' || line[kClockEnd - 3] != ':') {
@@ -34,7 +34,7 @@ std::string WithPlainTime(std::string_view line) {
   return text.erase(kClockEnd, kOffsetSize);
 }
 
-// The program succeeds with what it may read, and hints at the rest.
+// journalctl also succeeds if it may read only a part; it then prints a hint about the rest.
 std::string FindProblem(const ProgramResult& result) {
   const std::string_view words = result.errorOutput;
   for (const std::string_view hint : {"not seeing messages", "insufficient permissions"}) {

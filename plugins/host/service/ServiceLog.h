@@ -8,14 +8,14 @@
 
 namespace Kestrel::Host {
 
-/// The last lines that a service wrote.
+/// The last lines that a service logged.
 struct ServiceLog {
   std::vector<std::string> lines;  ///< the oldest first, each with its time in the machine's zone
   std::string problem;             ///< why lines may be missing; empty when none are
 };
 
-/// Asks journalctl as found in PATH for the last lines of a unit. A journal that is missing or that
-/// this user may not read is a problem, not an error: the service is known all the same.
+/// Runs journalctl, found in PATH, to get the last lines of a unit. If the journal is missing or
+/// may not be read by this user, that is a problem and not an error: the service is known anyway.
 ServiceLog ReadServiceLog(const std::string& unit);
 
 }  // namespace Kestrel::Host

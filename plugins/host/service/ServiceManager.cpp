@@ -22,7 +22,7 @@
 namespace Kestrel::Host {
 namespace {
 
-// The words by which systemctl says that the user lacks the right.
+// Parts of systemctl's messages that mean that the user lacks permission.
 constexpr std::string_view kRefusals[] = {"authentication required", "Access denied",
                                           "Permission denied", "Not authorized"};
 
@@ -68,8 +68,8 @@ void RequireSuccess(const ProgramResult& result, const std::string& action, cons
   throw KestrelException("Unable to " + action + " the service " + Quote(name) + ": " + words);
 }
 
-// A script starts and stops its service. Whether that starts with the machine is a matter of links,
-// which a program of its own changes.
+// Runs a script to start or stop its service. Enabling and disabling it changes links, which is the
+// task of a separate program.
 ProgramResult RunScript(const InitScripts& scripts, const std::string& action,
                         const std::string& name, std::chrono::seconds limit) {
   if (action != "enable" && action != "disable") {
@@ -125,7 +125,7 @@ ServiceChange ServiceManager::Change(const std::string& action, const std::strin
   if (!isSystemd_ && ::geteuid() != 0) {
     Refuse(action, name, "only root may");
   }
-  // The name may be that of an alias, which may be gone afterwards.
+  // The given name may be an alias, which may not exist after the change.
   const std::string& ownName = change.before.service.name;
   const ProgramResult result =
       isSystemd_ ? Systemctl().Change(action, ServiceUnit(ownName), limit)

@@ -24,24 +24,24 @@ struct ServiceChange {
   std::string message;  ///< what the program that made it says, on one line; may be empty
 };
 
-/// The manager of the services of this machine: systemd if it runs, else the scripts.
+/// The manager of this machine's services: systemd if it runs, otherwise the init scripts.
 ///
-/// A name may have the ending ".service" or not. Operations throw KestrelException when the manager
-/// cannot be asked, and those with a name when there is no such service.
+/// Names may end with ".service" or not. The operations throw KestrelException if the manager
+/// cannot be queried, or if there is no service with the given name.
 class ServiceManager {
  public:
   explicit ServiceManager(ServicePlaces places = {});
 
   bool IsSystemd() const { return isSystemd_; }
 
-  /// The services in byte order of their names.
+  /// Returns the services in byte order of their names.
   std::vector<Service> List() const;
 
   ServiceDetails Get(const std::string& name) const;
 
-  /// Does what "start", "stop", "restart", "enable" or "disable" says and returns what that
-  /// changed. Never asks for a password. Throws KestrelException with the words of the manager when
-  /// the user has no right to do it, when it fails, and when it takes longer than `limit`.
+  /// Performs `action`, which is "start", "stop", "restart", "enable" or "disable", and returns
+  /// what has changed. Never prompts for a password. Throws KestrelException with the manager's
+  /// message if the user may not do this, if it fails, or if it takes longer than `limit`.
   ServiceChange Change(const std::string& action, const std::string& name,
                        std::chrono::seconds limit) const;
 

@@ -9,7 +9,7 @@ namespace Kestrel::Host {
 namespace {
 
 constexpr std::string_view kEnding = ".service";
-// Of the unit, as systemd has it.
+// systemd's limit for the name of a unit.
 constexpr std::size_t kMaxUnitSize = 255;
 
 bool HasEnding(std::string_view unit) {

@@ -8,14 +8,14 @@
 
 namespace Kestrel::Host {
 
-/// The name of a unit without the ending ".service": "ssh" for "ssh" and for "ssh.service".
+/// Returns the name of a unit without the ending ".service": "ssh" for "ssh" and for "ssh.service".
 std::string ServiceName(std::string_view unit);
 
-/// The unit of a service: "ssh.service" for "ssh" and for "ssh.service".
+/// Returns the unit of a service: "ssh.service" for "ssh" and for "ssh.service".
 std::string ServiceUnit(std::string_view name);
 
-/// Whether a service can have that name, with or without the ending. False for what systemctl reads
-/// in another way: a pattern, which may mean several units, or a path.
+/// Whether `name` can be the name of a service, with or without the ending. False for names that
+/// systemctl interprets differently: a pattern, which may match several units, or a path.
 bool IsServiceName(std::string_view name);
 
 }  // namespace Kestrel::Host

@@ -20,17 +20,17 @@ namespace Kestrel::Host {
 /// Adds "name", the name of one service.
 void AddServiceName(CallSpec::InputSpec& spec);
 
-/// Units that a user chooses by "name" and "match".
+/// The units that the user selects by "name" and "match".
 class UnitNames {
  public:
-  /// `what` is the word for such units in the help, `ending` that of their names, which the user
-  /// may write or not.
+  /// `what` is the word for the units in the help. `ending` is the ending of their names, which the
+  /// user may omit.
   static void DeclareParameters(CallSpec::InputSpec& spec, const char* what);
 
-  /// Throws KestrelException when the regular expression is invalid.
+  /// Throws KestrelException if the regular expression is invalid.
   UnitNames(const CallSpec::Input& input, std::string_view ending);
 
-  /// Whether a unit is chosen. `name` is without the ending.
+  /// Whether a unit is selected. `name` is without the ending.
   bool Accept(const std::string& name) const;
 
  private:
@@ -38,7 +38,7 @@ class UnitNames {
   std::optional<Regex> match_;
 };
 
-/// The states that a user names in "state", in either case.
+/// The states that the user lists in "state", in upper or lower case.
 class ServiceStates {
  public:
   static void DeclareParameter(CallSpec::InputSpec& spec);
@@ -52,7 +52,7 @@ class ServiceStates {
   std::vector<std::string> states_;
 };
 
-/// `text`, or `word` when it is empty.
+/// Returns `text`, or `word` if it is empty.
 std::string TextOr(const char* word, const std::string& text);
 
 }  // namespace Kestrel::Host

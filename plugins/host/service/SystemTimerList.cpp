@@ -74,7 +74,7 @@ class SystemTimerList final : public ListCommand {
     }
     const std::string output = Systemctl().Ask(
         {"list-timers", "--all", "--full", "--no-legend", "--no-pager", "--output=json"});
-    ::tzset();  // else the first conversion of a program decides about the zone of all
+    ::tzset();  // otherwise the first conversion in the program would fix the zone for all
     for (const Timer& timer : ParseTimers(output)) {
       if (names.Accept(WithoutEnding(timer.unit))) {
         rows.Add(ToStruct(timer));

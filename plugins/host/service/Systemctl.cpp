@@ -15,7 +15,7 @@ namespace Kestrel::Host {
 namespace {
 
 constexpr char kProgram[] = "systemctl";
-// A message, not a log.
+// Enough for a message, but not for a log.
 constexpr std::size_t kMaxWordsSize = 1000;
 
 }  // namespace

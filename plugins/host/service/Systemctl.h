@@ -12,27 +12,27 @@
 
 namespace Kestrel::Host {
 
-/// The lines of `text`, without those that are empty, joined by spaces.
+/// Joins the non-empty lines of `text` with spaces.
 std::string OnOneLine(std::string_view text);
 
-/// What a program says about its failure, on one line and safe to show: all lines of its standard
-/// error, else its status.
+/// Returns why a program failed, on one line and safe to print: all lines of its standard error,
+/// otherwise its exit status.
 std::string FailureWords(const ProgramResult& result);
 
-/// The program systemctl as found in PATH, by which systemd is asked.
+/// The program systemctl, found in PATH, which queries systemd.
 class Systemctl {
  public:
-  /// How long an answer may take; changes take as long as they need, up to a limit of their own.
+  /// How long a query may take. Changes have limits of their own.
   static constexpr std::chrono::seconds kAnswerLimit{30};
 
-  /// Throws KestrelException when there is no such program.
+  /// Throws KestrelException if there is no such program.
   explicit Systemctl(std::chrono::milliseconds limit = kAnswerLimit);
 
-  /// What it prints for these arguments. Throws KestrelException with its words when it fails, and
-  /// when it takes too long.
+  /// Returns what systemctl prints for these arguments. Throws KestrelException with its message if
+  /// it fails, and also if it takes too long.
   std::string Ask(const std::vector<std::string>& arguments) const;
 
-  /// Makes it change a unit: "start", "stop" and so on. It never asks for a password.
+  /// Changes a unit with "start", "stop" and so on. Never prompts for a password.
   ProgramResult Change(const std::string& action, const std::string& unit,
                        std::chrono::milliseconds limit) const;
 

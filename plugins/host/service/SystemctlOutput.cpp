@@ -28,7 +28,7 @@ constexpr std::size_t kMaxShown = 60;
                          SanitizedText(Trim(output).substr(0, kMaxShown))->GetValue() + "'");
 }
 
-// A list of structures, or nothing for what does not begin like one.
+// Parses a list of structures. Returns nothing for output that does not begin like one.
 std::optional<Json> ParseList(const std::string& output) {
   if (!StartsWith(Trim(output), "[")) {
     return std::nullopt;
@@ -58,7 +58,8 @@ std::string RequireText(const Json& row, const char* key) {
   return text;
 }
 
-// Microseconds since the epoch; none and 0 mean that there is no such time.
+// Returns a time in seconds from a number of microseconds since the epoch. A missing number and 0
+// mean that there is no time.
 std::optional<std::int64_t> TimeIn(const Json& row, const char* key) {
   const auto found = row.find(key);
   if (found == row.end() || !found->is_number_unsigned() || *found == 0U) {
@@ -67,13 +68,14 @@ std::optional<std::int64_t> TimeIn(const Json& row, const char* key) {
   return static_cast<std::int64_t>(found->get<std::uint64_t>() / kMicroseconds);
 }
 
-// What follows the first words of a line.
+// Returns the rest of a line after `lastWord`, which is a part of it.
 std::string_view RestAfter(std::string_view line, std::string_view lastWord) {
   return Trim(
       line.substr(static_cast<std::size_t>(lastWord.data() - line.data()) + lastWord.size()));
 }
 
-// The words of a line that begins with a unit and has at least so many.
+// Returns the words of a line that begins with a unit and has at least `count` words; throws for
+// other lines.
 std::vector<std::string_view> RequireWords(std::string_view line, std::size_t count) {
   std::vector<std::string_view> words = SplitWords(line);
   if (words.size() < count || words[0].find('.') == std::string_view::npos) {
@@ -88,8 +90,9 @@ LoadedUnit ParseUnitLine(std::string_view line) {
           std::string(words[3]), std::string(RestAfter(line, words[3]))};
 }
 
-// A line of the table of timers: when the next start is and how long that takes, when the last one
-// was and how long ago, the timer, and what it starts. "-" and "n/a" mean that there is no time.
+// Parses a line of the table of timers: the next start and the time until then, the last start and
+// the time since then, the timer, and the unit that it starts. "-" and "n/a" mean that there is no
+// time.
 //
 //   Mon 2026-11-23 00:00:00 UTC 15h left n/a n/a a.timer a.service
 class TimerLine {
@@ -129,7 +132,7 @@ class TimerLine {
     return words_[position_++];
   }
 
-  // The words between two times: one that means none, or a span such as "1h 2min left".
+  // Skips the words between two times: a word for no time, or a span such as "1h 2min left".
   void SkipSpan() {
     Take();
     while (position_ < words_.size() && !IsNone(words_[position_]) &&
@@ -138,7 +141,7 @@ class TimerLine {
     }
   }
 
-  // "Mon 2026-11-23 00:00:00 UTC", in the zone of this process.
+  // Takes "Mon 2026-11-23 00:00:00 UTC", in the zone of this process.
   std::optional<std::int64_t> TakeTime() {
     if (IsNone(Take())) {
       return std::nullopt;

@@ -11,11 +11,12 @@
 
 namespace Kestrel::Host {
 
-// What systemctl prints. Lists are asked for as JSON: in a table, a description with a line feed
-// would look like another row. Versions of systemctl that do not know that form print a table
-// without a header, which is read too. All throw KestrelException for anything else.
+// Parsers of systemctl's output. Lists are requested as JSON: in a table, a description with a line
+// feed would look like another row. Older versions of systemctl ignore that request and print a
+// table without a header, which is parsed too. All functions throw KestrelException for anything
+// else.
 
-/// A unit that systemd has loaded, or that another one refers to.
+/// A unit that systemd has loaded, or that another unit refers to.
 struct LoadedUnit {
   std::string unit;
   std::string load;
@@ -25,7 +26,7 @@ struct LoadedUnit {
 };
 std::vector<LoadedUnit> ParseUnits(const std::string& output);
 
-/// The state of each installed unit, such as "enabled", by its name.
+/// Returns the state of each installed unit, such as "enabled", by its name.
 std::map<std::string, std::string> ParseUnitFiles(const std::string& output);
 
 /// A timer. Times are in seconds since the epoch.
@@ -37,7 +38,7 @@ struct Timer {
 };
 std::vector<Timer> ParseTimers(const std::string& output);
 
-/// The lines "Name=value" about one unit or, each after an empty line, several units.
+/// The properties of a unit, from lines "Name=value". An empty line separates several units.
 using UnitProperties = std::map<std::string, std::string>;
 std::vector<UnitProperties> ParseProperties(const std::string& output);
 

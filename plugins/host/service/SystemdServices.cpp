@@ -22,7 +22,7 @@ using UnitFiles = std::map<std::string, std::string>;
 constexpr char kAlias[] = "alias";
 constexpr char kNotFound[] = "not-found";
 constexpr char kInactive[] = "inactive";
-// Far fewer bytes than the kernel accepts for one program.
+// Far fewer bytes than the kernel accepts as arguments of one program.
 constexpr std::size_t kMaxUnitsInACall = 400;
 
 std::string Get(const UnitProperties& unit, const std::string& name) {
@@ -35,7 +35,8 @@ std::vector<std::string> ListArguments(const char* list) {
           "--plain", "--no-legend",    "--no-pager", "--output=json"};
 }
 
-// The state by systemd's words for what the unit does and for whether it has a file.
+// Returns the state for systemd's words: `load` says whether the unit has a file, `active` and
+// `sub` say what it does.
 std::string ToState(const std::string& load, const std::string& active, const std::string& sub) {
   if (active == "active") {
     return sub == "exited" ? sub : "running";
@@ -48,7 +49,7 @@ std::string ToState(const std::string& load, const std::string& active, const st
   return isKnown ? active : "unknown";
 }
 
-// The state of an installed service that is not loaded.
+// Returns the state of an installed service that is not loaded.
 std::string ToStateOfFile(const std::string& name, const std::string& fileState) {
   if (fileState == kAlias) {
     return kAlias;
@@ -63,7 +64,7 @@ Service ToService(const LoadedUnit& unit) {
 
 bool IsInstance(const std::string& unit) { return unit.find('@') != std::string::npos; }
 
-// The boot states of instances of templates, which have no files of their own.
+// Returns the boot states of units without files of their own, which are instances of templates.
 UnitFiles AskBootStates(const Systemctl& systemctl, const std::vector<std::string>& units) {
   UnitFiles states;
   for (std::size_t start = 0; start < units.size(); start += kMaxUnitsInACall) {
@@ -104,7 +105,7 @@ constexpr char kProperties[] =
     "SourcePath,MainPID,MemoryCurrent,ActiveEnterTimestamp,ActiveExitTimestamp,"
     "InactiveEnterTimestamp,InactiveExitTimestamp";
 
-// The property with the time at which a unit came into its state.
+// Returns the property with the time at which a unit entered its state.
 const char* SinceProperty(const std::string& active) {
   if (active == "active" || active == "reloading" || active == "refreshing") {
     return "ActiveEnterTimestamp";
@@ -115,13 +116,13 @@ const char* SinceProperty(const std::string& active) {
   return active == "deactivating" ? "ActiveExitTimestamp" : "InactiveEnterTimestamp";
 }
 
-// "Sun 2026-11-22 10:00:00 UTC", in the zone of this process.
+// Parses "Sun 2026-11-22 10:00:00 UTC", in the zone of this process.
 std::string ParseTimestamp(const std::string& text) {
   const auto words = SplitWords(text);
   return words.size() < 3 ? std::string() : std::string(words[1]).append(" ").append(words[2]);
 }
 
-// systemd writes the largest number, or words, for a number that it does not have.
+// systemd writes the largest number, or words, if it has no value.
 std::optional<std::int64_t> ParseMemory(const std::string& text) {
   const auto number = ParseNumber(text);
   return number && *number >= 0 ? std::make_optional<std::int64_t>(*number) : std::nullopt;

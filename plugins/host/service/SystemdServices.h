@@ -11,11 +11,11 @@
 
 namespace Kestrel::Host {
 
-/// The services of systemd in byte order of their names: those that are loaded, and the installed
-/// ones that are not.
+/// Returns systemd's services in byte order of their names: the loaded services, and the installed
+/// ones that are not loaded.
 std::vector<Service> ReadSystemdServices(const Systemctl& systemctl);
 
-/// One of them, with the state "not-found" when systemd has no such service.
+/// Returns a single service. Its state is "not-found" if systemd has no such service.
 ServiceDetails ReadSystemdService(const Systemctl& systemctl, const std::string& name);
 
 }  // namespace Kestrel::Host

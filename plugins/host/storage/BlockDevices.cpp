@@ -26,7 +26,8 @@ std::string DeviceName(std::string folderName) {
   return folderName;
 }
 
-// The identifier starts with the owner of the volume, as in "LVM-..." and "CRYPT-LUKS2-...".
+// Returns the kind of a mapped volume. Its identifier starts with the owner of the volume, as in
+// "LVM-..." and "CRYPT-LUKS2-...".
 std::string MappedKind(const std::string& folder) {
   const std::string identifier = ReadAttribute(folder + "/dm/uuid");
   std::string owner = identifier.substr(0, identifier.find('-'));
@@ -72,8 +73,8 @@ std::string ReadModel(const std::string& folder) {
   return model.empty() ? ReadAttribute(folder + "/device/name") : model;
 }
 
-// What a name of a folder on the way to the device, or the beginning of the name of a disk, says
-// about the transport.
+// The transport that is indicated by the name of a folder on the path to the device, or by the
+// start of a disk's name.
 struct TransportName {
   std::string_view beginning;
   std::string_view transport;
@@ -89,7 +90,7 @@ std::string FindTransportName(std::string_view name, const std::vector<Transport
   return std::string();
 }
 
-// The folder of a disk is a link to the path of the buses that lead to it. The last one counts.
+// The folder of a disk is a link to the path of the buses that lead to it. The last bus counts.
 std::string FindTransport(const std::string& folder, const std::string& name) {
   static const std::vector<TransportName> buses = {
       {"usb", "usb"},       {"ata", "sata"},     {"end_device-", "sas"}, {"rport-", "fc"},

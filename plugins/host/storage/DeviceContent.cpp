@@ -58,7 +58,7 @@ DeviceContent FromProperties(const DeviceProperties& properties) {
   return content;
 }
 
-// Whether a device can be opened by other processes or machines, but not by this process here.
+// Whether the error means that this process cannot open the device, though others may be able to.
 bool IsOutOfReach(int error) {
   return error == EACCES || error == EPERM || error == ENOENT || error == ENOTDIR ||
          error == ENODEV || error == ENXIO || error == ENOMEDIUM || error == EBUSY || error == EIO;
@@ -106,7 +106,7 @@ std::optional<DeviceContent> ProbeContent(int file) {
   ::blkid_probe_set_superblocks_flags(probe.get(), kValues);
   ::blkid_probe_enable_partitions(probe.get(), 1);
   ::blkid_probe_set_partitions_flags(probe.get(), BLKID_PARTS_ENTRY_DETAILS);
-  // Fails also if there seem to be two kinds of content.
+  // Also fails if there seem to be two kinds of content.
   if (::blkid_do_safeprobe(probe.get()) < 0) {
     return std::nullopt;
   }

@@ -8,7 +8,7 @@
 
 namespace Kestrel::Host {
 
-/// What the kernel counts for one kind of transfer.
+/// The kernel's counters for one kind of transfer.
 struct TransferCounters {
   long count = 0;   ///< Completed requests.
   long merged = 0;  ///< Requests that were added to another one.
@@ -16,7 +16,7 @@ struct TransferCounters {
   long milliseconds = 0;  ///< The sum of the times of all requests.
 };
 
-/// What the kernel counts for a block device. What an old kernel does not count is 0.
+/// The kernel's counters for a block device. Counters that an old kernel lacks are 0.
 struct DiskCounters {
   std::string name;  ///< The path below /dev.
   TransferCounters reads;
@@ -28,7 +28,7 @@ struct DiskCounters {
   long busyMilliseconds = 0;    ///< The time during which there was at least one request.
   long queuedMilliseconds = 0;  ///< The same, times the number of requests.
 
-  /// Whether it was never used.
+  /// Whether the device was never used.
   bool IsUnused() const;
 };
 
@@ -37,8 +37,8 @@ struct DiskCounters {
 /// in another format.
 std::vector<DiskCounters> ReadDiskCounters(const std::string& path = "/proc/diskstats");
 
-/// Returns what was counted from `first` to `second`, for each device in `second`. A device that is
-/// only there, and a counter that began again, counted from 0.
+/// Returns the differences between `first` and `second` for each device in `second`. If a device is
+/// not in `first`, or if a counter restarted, the value in `second` is returned.
 std::vector<DiskCounters> CountedBetween(const std::vector<DiskCounters>& first,
                                          const std::vector<DiskCounters>& second);
 

@@ -227,7 +227,7 @@ class FilesystemProbe {
     }
   }
 
-  // The time until the next limit of a silent child.
+  // Returns the time until the next silent child reaches its limit.
   milliseconds TimeToNextLimit() const {
     const Clock::time_point now = Clock::now();
     milliseconds time = deadline_;

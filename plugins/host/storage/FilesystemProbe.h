@@ -22,10 +22,10 @@ struct FilesystemAnswer {
 /// Queries the file system at each path and returns the results in the order of the paths.
 ///
 /// A file system on an unreachable server can block the query without limit, so child processes do
-/// the queries. If one does not respond within a moment, another child continues with the next file
-/// system. A result is awaited for `deadline` at most, so the call takes at most that time plus a
-/// moment for each file system that does not respond. Throws KestrelException if no child can be
-/// started.
+/// the queries. If a child does not respond within a moment, another child continues with the next
+/// file system. Each result is awaited for at most `deadline`, so the call takes at most that time
+/// plus a moment for each file system that does not respond. Throws KestrelException if no child
+/// can be started.
 std::vector<FilesystemAnswer> ProbeFilesystems(const std::vector<std::string>& paths,
                                                std::chrono::milliseconds deadline);
 

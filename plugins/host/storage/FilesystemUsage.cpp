@@ -8,7 +8,7 @@
 namespace Kestrel::Host {
 namespace {
 
-// Some file systems report more free space than they have; they count as empty.
+// Some file systems report more free space than they have; their usage counts as 0.
 std::uint64_t Difference(std::uint64_t all, std::uint64_t free) {
   return all > free ? all - free : 0;
 }

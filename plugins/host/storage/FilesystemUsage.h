@@ -18,11 +18,12 @@ struct FilesystemUsage {
 
   std::uint64_t GetUsed() const;
   std::uint64_t GetUsedInodes() const;
-  /// Returns the used part of what is used or available, in percent, rounded up; 0 if both are 0.
+  /// Returns the used part of the used and available space, in percent, rounded up; 0 if both are
+  /// 0.
   long GetPercent() const;
 };
 
-/// Converts a number. One that is too large becomes the largest long.
+/// Converts a number to long. Numbers that are too large become the largest long.
 long ToLong(std::uint64_t number);
 
 }  // namespace Kestrel::Host

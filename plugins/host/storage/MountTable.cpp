@@ -111,8 +111,8 @@ void NameRootDevice(const std::string& sysFolder, Mount& mount) {
   }
 }
 
-// Finds the mounts that no path leads to. At each step of a path, a mount that is attached there
-// replaces the current one. A mount on the root of another one hides it completely.
+// Finds the mounts that no path leads to. At each step of a path, a mount attached at that point
+// replaces the current one. A mount on the root of another mount hides it completely.
 class HiddenMounts {
  public:
   explicit HiddenMounts(std::vector<Mount>& mounts) : mounts_(mounts) {

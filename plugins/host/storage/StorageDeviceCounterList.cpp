@@ -64,7 +64,7 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const DiskCounters& counters) {
   return row;
 }
 
-// The devices that were used since the start of the machine, or all.
+// Returns all devices, or only those that were used since the start of the machine.
 std::vector<DiskCounters> ReadCounters(bool isAll) {
   std::vector<DiskCounters> devices = ReadDiskCounters();
   if (!isAll) {
@@ -75,7 +75,7 @@ std::vector<DiskCounters> ReadCounters(bool isAll) {
   return devices;
 }
 
-// What is counted during the next `seconds`.
+// Returns what is counted during the next `seconds`.
 std::vector<DiskCounters> Count(long seconds, bool isAll) {
   const std::vector<DiskCounters> first = ReadDiskCounters();
   std::this_thread::sleep_for(std::chrono::seconds(seconds));

@@ -17,8 +17,8 @@
 namespace Kestrel::Host {
 namespace {
 
-// Whether an attribute does not exist, or has no value. EIO and EINVAL are the answers of a driver
-// that does not know the value.
+// Whether an attribute does not exist or has no value. A driver that does not know the value
+// answers EIO or EINVAL.
 bool IsMissing(int error) {
   return error == ENOENT || error == ENOTDIR || error == ENODEV || error == ENXIO || error == EIO ||
          error == EINVAL || error == EOPNOTSUPP || error == EACCES;
@@ -28,7 +28,7 @@ bool IsMissing(int error) {
   throw KestrelException("Unable to read " + path + ": " + std::strerror(error));
 }
 
-// Adds the names and returns 0, or the number of an error.
+// Adds the names of the entries. Returns 0 or an error number.
 int AddNames(const std::string& folder, std::vector<std::string>& names) {
   std::error_code error;
   for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;

@@ -9,9 +9,9 @@
 
 namespace Kestrel::Host {
 
-// The attributes of devices below /sys. One that a device does not have, or whose device is being
-// removed, is missing. Any other failure to read it throws KestrelException with its path, so that
-// a limit of the system is not taken for a machine without devices.
+// These functions read the attributes of devices below /sys. An attribute is missing if the device
+// does not have it or is being removed. Any other failure to read it throws KestrelException with
+// its path, so that a limit of the system is not mistaken for a machine without devices.
 
 /// Returns a file's line without white space at its ends; an empty string if it is missing.
 std::string ReadAttribute(const std::string& path);
@@ -22,7 +22,7 @@ std::optional<long> ReadNumber(const std::string& path);
 /// Returns the names in a folder, in byte order; none if it is missing.
 std::vector<std::string> ListAttributes(const std::string& folder);
 
-/// The same, but a folder that is missing is an error, too.
+/// Like ListAttributes, but also throws KestrelException if the folder is missing.
 std::vector<std::string> ListDevices(const std::string& folder);
 
 }  // namespace Kestrel::Host

@@ -1,9 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The walk keeps a list of levels, one for each folder on the way from the top to the current one.
-// Entering a folder reads all of its names at once, adds up its files and remembers the folders in
-// it. The walk enters these one after the other, and leaves the folder after the last one.
+// The walk keeps a list of levels, one for each folder on the path from the top to the current
+// folder. On entering a folder, it reads all of the folder's names at once, adds up its files and
+// remembers its subfolders. It then enters these one after the other, and leaves the folder after
+// the last one.
 
 #include "plugins/host/storage/TreeUsage.h"
 
@@ -64,7 +65,7 @@ struct Subfolder {
 };
 
 struct Level {
-  std::optional<FileDescriptor> folder;  // none if it could not be opened, or is closed for now
+  std::optional<FileDescriptor> folder;  // none if it could not be opened or is temporarily closed
   FileIdentity identity;
   std::size_t parentPathSize = 0;
   std::vector<Subfolder> subfolders;  // those not yet entered
@@ -115,7 +116,7 @@ class TreeWalk {
     Level& parent = levels_.back();
     FileDescriptor folder(::openat(parent.folder->Get(), subfolder.name.c_str(),
                                    kFolderFlags | O_NOFOLLOW | O_RDONLY | O_CLOEXEC));
-    // ENOENT: it was removed. The others: something else has its name now.
+    // ENOENT: it was removed. The other errors: something else has its name now.
     if (!folder.IsOpen() && (errno == ENOENT || errno == ENOTDIR || errno == ELOOP)) {
       return;
     }
@@ -188,7 +189,7 @@ class TreeWalk {
     if (!options_.crossesFilesystems && status.st_dev != device_) {
       return;
     }
-    // A folder is met again at a mount of a part of its own file system.
+    // A folder occurs again where a part of its own file system is mounted.
     if ((isFolder || status.st_nlink > 1) && !met_.insert(IdentityOf(status)).second) {
       return;
     }
@@ -238,7 +239,7 @@ class TreeWalk {
     }
   }
 
-  // Opens the current folder again, from a folder in it.
+  // Opens the current folder again, starting from a folder in it.
   void Reopen(const FileDescriptor& child) {
     Level& level = levels_.back();
     FileDescriptor folder(::openat(child.Get(), "..", kFolderFlags | O_RDONLY | O_CLOEXEC));

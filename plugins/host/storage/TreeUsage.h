@@ -8,7 +8,7 @@
 
 namespace Kestrel::Host {
 
-/// The space that a file uses, or a folder together with everything below it.
+/// The space used by a file, or by a folder together with everything below it.
 struct SpaceUsage {
   long diskSize = 0;      ///< The allocated space in bytes.
   long apparentSize = 0;  ///< The sum of the lengths in bytes.
@@ -17,7 +17,7 @@ struct SpaceUsage {
   void Add(const SpaceUsage& other);
 };
 
-/// A folder or file in the answer.
+/// A folder or file in the result.
 struct TreeEntry {
   std::string path;  ///< Begins with the path that was asked for.
   bool isFolder = false;
@@ -42,9 +42,9 @@ struct TreeUsage {
   std::vector<UnreadFolder> unread;  ///< In the order in which they were met.
 };
 
-/// Measures what the folder at `path` and everything below it uses. What has several names counts
-/// once, at the first name that is met. The work needs neither a deep stack nor many open files,
-/// and its paths may have any length. What is removed during the walk is not counted. Throws
+/// Measures the space used by the folder at `path` and everything below it. A file with several
+/// names counts once, under the first name found. The walk needs neither a deep stack nor many open
+/// files, and paths may have any length. Whatever is removed during the walk is not counted. Throws
 /// KestrelException if `path` is not a folder that can be opened.
 TreeUsage MeasureTree(const std::string& path, const TreeOptions& options);
 

@@ -17,7 +17,7 @@ namespace {
 constexpr char kAccountFile[] = "/etc/passwd";
 constexpr char kGroupFile[] = "/etc/group";
 
-// What a login starts if the entry of the account names no program.
+// The program that a login starts if the account names none.
 constexpr char kDefaultShell[] = "/bin/sh";
 
 // Programs that end at once instead of starting a session, in any folder.

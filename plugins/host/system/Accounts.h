@@ -22,11 +22,11 @@ struct Account {
   std::string shell;
 };
 
-// The system answers as if an account or a group did not exist when it cannot read its files. Each
-// of the following throws KestrelException in that case, with the name of the file.
+// If the system cannot read its files, it answers as if an account or a group did not exist. In
+// that case, each of the following functions throws KestrelException with the name of the file.
 
-/// Returns all accounts in the order in which the system lists them. Directory services may not
-/// list theirs.
+/// Returns all accounts in the order in which the system lists them. Some directory services do not
+/// list their accounts.
 std::vector<Account> ReadAccounts();
 
 /// Returns the account of that name, if there is one.

@@ -70,8 +70,8 @@ std::string FindName(const ClassName (&classes)[Count], std::uint8_t number) {
 std::uint8_t ClassByte(std::uint32_t classId) { return static_cast<std::uint8_t>(classId >> 16); }
 std::uint8_t SubclassByte(std::uint32_t classId) { return static_cast<std::uint8_t>(classId >> 8); }
 
-// The names below "bus/<bus>/devices". Without the bus there are none, provided that the folder of
-// the buses shows others: an empty one means that nothing is mounted there.
+// Returns the names below "bus/<bus>/devices". If the bus is missing, there are none, provided that
+// the folder of the buses contains others: an empty folder means that nothing is mounted there.
 std::vector<std::string> ListDevices(const std::string& sys, const std::string& bus) {
   const std::string folder = sys + "/bus/" + bus + "/devices";
   auto names = ListOptionalFolder(folder);
@@ -85,7 +85,7 @@ std::vector<std::string> ListDevices(const std::string& sys, const std::string& 
   return {};
 }
 
-// A hexadecimal number, with or without "0x".
+// Reads a hexadecimal number, with or without "0x".
 std::uint32_t ParseHexadecimal(const std::string& path) {
   const std::string text = ReadRequiredFile(path);
   std::string_view digits = Trim(text);
@@ -121,7 +121,7 @@ std::string ReadDriver(const std::string& folder) {
   return target ? target->substr(target->rfind('/') + 1) : std::string();
 }
 
-// What a device says about itself; empty if it says nothing.
+// Reads the name that the device itself reports; empty if there is none.
 std::string ReadOwnName(const std::string& path) {
   const auto text = ReadOptionalFile(path);
   return text ? std::string(Trim(*text)) : std::string();
@@ -148,8 +148,8 @@ std::uint32_t ReadUsbClass(const std::string& folder, const std::string& prefix)
          ParseByte(folder + "/" + prefix + "Protocol");
 }
 
-// The folders of a device's interfaces: "1-1:1.0" in "1-1". Those of the root hub "usb1" are named
-// "1-0:1.0".
+// Returns the folders of a device's interfaces, such as "1-1:1.0" in "1-1". Those of the root hub
+// "usb1" are called "1-0:1.0".
 std::vector<std::string> ListInterfaces(const std::string& folder) {
   std::vector<std::string> interfaces;
   for (const std::string& name : ListOptionalFolder(folder).value_or(std::vector<std::string>())) {
@@ -212,7 +212,7 @@ std::string NameClass(const BusDevice& device, const HardwareNames& names) {
 
 // Whether a name in the folder of a bus is that of a device.
 bool IsDevice(Bus bus, const std::string& name) {
-  // The interfaces of a USB device are beside it, as in "1-1:1.0".
+  // The folder of the bus also contains the interfaces of USB devices, as in "1-1:1.0".
   return bus == Bus::Pci || name.find(':') == std::string::npos;
 }
 
@@ -232,7 +232,7 @@ std::vector<BusDevice> ReadDevices(const std::string& sys, const HardwareNames& 
     } catch (const KestrelException&) {
       if (Exists(folder)) {
         throw;
-      }  // else it was removed while it was read
+      }  // otherwise it was removed while it was read
     }
   }
   return devices;

@@ -23,17 +23,18 @@ struct BusDevice {
   std::string vendor;
   std::string device;
   std::string className;
-  /// Those that serve it, sorted; for USB those of its interfaces.
+  /// The drivers that serve the device, sorted; for USB, those of its interfaces.
   std::vector<std::string> drivers;
 };
 
-/// Returns the devices in "bus/pci/devices" in `sys`, in the order of their addresses, and their
-/// names as `names` has them. There is none if the kernel does not have the bus. Throws
-/// KestrelException if the folder or an attribute of a device cannot be read.
+/// Returns the devices in "bus/pci/devices" in `sys`, in the order of their addresses, with their
+/// names from `names`. There are none if the machine has no such bus. Throws KestrelException if
+/// the folder or an attribute of a device cannot be read.
 std::vector<BusDevice> ReadPciDevices(const std::string& sys, const HardwareNames& names);
 
-/// The same for "bus/usb/devices". A name that `names` does not have is the one that the device
-/// reports itself. The class of a device whose interfaces have one each is that of the first.
+/// Like ReadPciDevices, for "bus/usb/devices". If `names` lacks a name, the one reported by the
+/// device is used. The class of a device that leaves it to its interfaces is the class of the first
+/// interface.
 std::vector<BusDevice> ReadUsbDevices(const std::string& sys, const HardwareNames& names);
 
 }  // namespace Kestrel::Host

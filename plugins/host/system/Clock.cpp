@@ -21,19 +21,19 @@ constexpr std::string_view kZoneFolder = "/zoneinfo/";
 constexpr long kMinute = 60;
 constexpr long kHour = 60 * kMinute;
 
-// The target of the link is a file of the data base of zones: ".../zoneinfo/Europe/Berlin".
+// The link leads to a file of the time zone database: ".../zoneinfo/Europe/Berlin".
 std::string NameInLink(const std::string& target) {
   const std::size_t folder = target.rfind(kZoneFolder);
   return folder == std::string::npos ? std::string() : target.substr(folder + kZoneFolder.size());
 }
 
-// The only line of a file; an empty string if there is no such file.
+// Reads the only line of a file; an empty string if there is no such file.
 std::string ReadOptionalLine(const std::string& path) {
   const auto text = ReadOptionalFile(path);
   return text ? std::string(Trim(*text)) : std::string();
 }
 
-// The third line of the file says it: UTC or LOCAL.
+// The third line of the file is UTC or LOCAL.
 bool ShowsLocalTime(const std::string& adjtime) {
   const auto text = ReadOptionalFile(adjtime);
   const auto lines = SplitLines(text ? *text : std::string_view());
@@ -67,7 +67,7 @@ ClockDiscipline ToDiscipline(int result, const struct timex& report) {
 }
 
 ClockDiscipline ReadDiscipline() {
-  struct timex report = {};  // no bit in "modes": nothing is changed
+  struct timex report = {};  // with no bit set in "modes", nothing is changed
   const int result = ::adjtimex(&report);
   if (result < 0) {
     throw KestrelException(std::string("Unable to read the state of the clock: ") +

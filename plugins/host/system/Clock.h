@@ -10,7 +10,7 @@
 
 namespace Kestrel::Host {
 
-/// How well the kernel's clock follows a reference.
+/// How closely the kernel's clock follows a reference clock.
 struct ClockDiscipline {
   bool isSynchronized = false;
   long maximumError = 0;    ///< In microseconds.
@@ -24,23 +24,24 @@ struct HardwareClock {
   bool isLocalTime = false;  ///< Whether it shows the time of the machine's zone instead of UTC.
 };
 
-/// Returns what adjtimex(2) reports: its result and the structure that it filled.
+/// Converts the result of adjtimex(2) and the structure that it filled.
 ClockDiscipline ToDiscipline(int result, const struct timex& report);
 
-/// Asks the kernel. Throws KestrelException with the system's text.
+/// Queries the kernel. Throws KestrelException with the system's text.
 ClockDiscipline ReadDiscipline();
 
-/// Returns the name of the machine's time zone, such as "Europe/Berlin": the value of TZ, else the
-/// target of "localtime" in the folder `etc`, else the first line of "timezone" there. Without any
-/// of them it is "UTC"; if "localtime" is there and its zone has no name, it is "unknown".
+/// Returns the name of the machine's time zone, such as "Europe/Berlin": the value of TZ, otherwise
+/// the target of "localtime" in the folder `etc`, otherwise the first line of "timezone" there. If
+/// there is none of them, it is "UTC"; if "localtime" exists but its zone has no name, it is
+/// "unknown".
 std::string ReadZoneName(const std::string& etc);
 
-/// Returns the clock from which the kernel took the time, else the first one below "class/rtc" in
-/// `sys`; nothing if the machine has none. `etc` has the file "adjtime". Throws KestrelException if
-/// there is one that cannot be read.
+/// Returns the clock from which the kernel took the time, otherwise the first clock below
+/// "class/rtc" in `sys`; nothing if the machine has none. `etc` contains the file "adjtime". Throws
+/// KestrelException if there is a clock that cannot be read.
 std::optional<HardwareClock> ReadHardwareClock(const std::string& sys, const std::string& etc);
 
-/// Formats an offset from UTC, as in "+05:30"; with seconds if it has any.
+/// Formats an offset from UTC, as in "+05:30"; with seconds if they are not 0.
 std::string FormatOffset(long seconds);
 
 }  // namespace Kestrel::Host

@@ -19,7 +19,7 @@ namespace {
 constexpr std::string_view kPrefix = "cpu";
 constexpr long double kWhole = 10000;  // hundredths of a percent
 
-// The columns of a line, after the name. Kernels before 2.6.33 have fewer.
+// The columns of a line after the name. Kernels before 2.6.33 have fewer.
 constexpr long CpuTimes::*const kColumns[] = {
     &CpuTimes::user,          &CpuTimes::nice,      &CpuTimes::system,
     &CpuTimes::idle,          &CpuTimes::inputWait, &CpuTimes::interrupt,
@@ -54,7 +54,7 @@ std::optional<CpuTimes> ParseTimes(std::string_view line) {
   return times;
 }
 
-// What passed between two samples. The kernel may lower its idle times.
+// Returns the time that passed between two samples. A time that the kernel has lowered counts as 0.
 CpuTimes Difference(const CpuTimes& before, const CpuTimes& after) {
   CpuTimes passed;
   for (const auto column : kColumns) {

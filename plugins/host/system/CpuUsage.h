@@ -8,7 +8,7 @@
 
 namespace Kestrel::Host {
 
-/// What a processor did since the boot, in ticks of the kernel.
+/// How a processor has spent its time since the boot, in ticks of the kernel.
 struct CpuTimes {
   long number = -1;  ///< -1 is the sum of all processors.
   long user = 0;     ///< Programs, including those in virtual machines.
@@ -22,8 +22,8 @@ struct CpuTimes {
   long guest = 0;  ///< Part of user: programs in virtual machines.
 };
 
-/// The shares of a time that a processor spent on its tasks, in hundredths of a percent; all -1 if
-/// they are unknown.
+/// How a processor spent a period of time, as shares in hundredths of a percent; all -1 if they are
+/// unknown.
 struct CpuUsage {
   long number = -1;  ///< -1 is all processors together.
   long busy = -1;    ///< Everything but idle and waiting for input or output.
@@ -42,9 +42,9 @@ struct CpuUsage {
 /// in `proc`. Throws KestrelException if the file is missing or damaged.
 std::vector<CpuTimes> ReadCpuTimes(const std::string& proc);
 
-/// Returns the shares for each of `after`, in that order, between the two samples. They are unknown
-/// for a processor that is not in `before`, and if no time was counted. A time that the kernel
-/// corrected downwards counts as none.
+/// Returns the shares between the two samples for each processor in `after`, in that order. They
+/// are unknown for a processor that is not in `before`, or if no time passed. A time that the
+/// kernel lowered counts as 0.
 std::vector<CpuUsage> CompareCpuTimes(const std::vector<CpuTimes>& before,
                                       const std::vector<CpuTimes>& after);
 

@@ -17,7 +17,7 @@ namespace {
 
 using CpuTexts = std::map<std::string_view, std::string_view>;
 
-// Each processor that is online has a paragraph of "name : value" lines.
+// Each online processor has a paragraph of "name : value" lines.
 std::map<long, CpuTexts> ParseCpuInfo(std::string_view text) {
   std::map<long, CpuTexts> cpus;
   CpuTexts* current = nullptr;
@@ -57,7 +57,7 @@ bool Contains(const std::vector<long>& numbers, long number) {
   return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
 }
 
-// As in "2596.146", in kHz; -1 for anything else.
+// Parses a frequency such as "2596.146" to kHz; -1 for anything else.
 long ParseMegahertz(const std::string& text) {
   if (text.empty()) {
     return -1;

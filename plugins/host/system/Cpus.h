@@ -8,8 +8,8 @@
 
 namespace Kestrel::Host {
 
-/// A logical processor. Unknown numbers are -1 and unknown strings empty, as they are while it is
-/// offline.
+/// A logical processor. Unknown numbers are -1 and unknown strings are empty, for example while it
+/// is offline.
 struct Cpu {
   long number = 0;
   bool isOnline = false;
@@ -24,8 +24,8 @@ struct Cpu {
 
 /// Returns the processors that are present, in ascending order, as listed in "devices/system/cpu"
 /// below `sys` and in "cpuinfo" in `proc`. If `sys` lists none, as in some containers, the
-/// processors in cpuinfo count as present and online. Throws KestrelException if there is none in
-/// either, or if a file exists but cannot be read.
+/// processors in cpuinfo count as present and online. Throws KestrelException if neither lists a
+/// processor, or if a file exists but cannot be read.
 std::vector<Cpu> ReadCpus(const std::string& proc, const std::string& sys);
 
 }  // namespace Kestrel::Host

@@ -73,7 +73,7 @@ std::string_view SkipBlanks(std::string_view text) {
   return first == std::string_view::npos ? std::string_view() : text.substr(first);
 }
 
-// Takes the first word from `text`, and the space after it.
+// Removes the first word from `text`, with the space after it, and returns it.
 std::string_view TakeWord(std::string_view& text) {
   const std::size_t end = std::min(text.find_first_of(kBlanks), text.size());
   const std::string_view word = text.substr(0, end);
@@ -96,7 +96,7 @@ std::optional<long> ParseValue(std::string_view text, const Column& column) {
   return number && *number >= column.first && *number <= column.last ? number : std::nullopt;
 }
 
-// "*", "3" or "1-5", optionally followed by a step as in "/2".
+// Whether the text is "*", "3" or "1-5", optionally followed by a step as in "/2".
 bool IsRange(std::string_view text, const Column& column) {
   const std::size_t slash = text.find('/');
   if (slash != std::string_view::npos) {
@@ -122,7 +122,7 @@ bool IsColumn(std::string_view text, const Column& column) {
                      [&column](std::string_view range) { return IsRange(range, column); });
 }
 
-// Takes what quotes surround, or the word before one of `ends`.
+// Takes the text within quotes, or the word before one of `ends`.
 std::string_view TakeQuoted(std::string_view& text, std::string_view ends) {
   if (!text.empty() && (text.front() == '"' || text.front() == '\'')) {
     const std::size_t end = text.find(text.front(), 1);
@@ -175,7 +175,7 @@ class CrontabParser {
   }
 
  private:
-  // `isCut` says that no line feed ends the line.
+  // `isCut` means that no line feed ends the line.
   void ParseLine(std::string_view line, bool isCut) {
     if (Trim(line).empty() || line.front() == '#') {
       return;
@@ -201,7 +201,7 @@ class CrontabParser {
     entries_.push_back(std::move(entry));
   }
 
-  // Returns what is wrong; an empty string if nothing is.
+  // Returns the error in the line; an empty string if there is none.
   std::string ParseEntry(std::string_view line, CrontabEntry& entry) const {
     std::string problem =
         line.front() == '@' ? TakeScheduleWord(line, entry) : TakeColumns(line, entry);
@@ -273,7 +273,7 @@ std::vector<std::string> NamesIn(const std::string& folder) {
   return ListOptionalFolder(folder).value_or(std::vector<std::string>());
 }
 
-// Cron leaves out hidden files, and copies such as those of the package tools.
+// Cron skips hidden files, and copies such as those that package tools leave.
 bool IsAcceptedName(std::string_view name) {
   return std::all_of(name.begin(), name.end(), [](char letter) {
     return (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z') ||

@@ -26,15 +26,15 @@ struct CrontabEntry {
   long line = 0;
 };
 
-/// Parses the content of a crontab. `user` owns it; if that is empty, each line has a column with a
-/// user.
+/// Parses the content of a crontab that belongs to `user`. If `user` is empty, each line has a
+/// column with the user.
 std::vector<CrontabEntry> ParseCrontab(std::string_view text, const std::string& file,
                                        const std::string& user);
 
-// The crontabs below `root`, by the names of their files. A file or folder that does not exist has
-// no entries; each throws KestrelException if one cannot be read.
+// These read the crontabs below `root`, in the order of their file names. A file or folder that
+// does not exist has no entries. They throw KestrelException if one cannot be read.
 
-/// Reads those of the users, in /var/spool/cron/crontabs.
+/// Reads the users' crontabs in /var/spool/cron/crontabs.
 std::vector<CrontabEntry> ReadUserCrontabs(const std::string& root);
 
 /// Reads /etc/crontab and the files in /etc/cron.d whose names cron accepts.

@@ -23,7 +23,7 @@ struct Numbered {
   std::string_view name;
 };
 
-// A number of exactly so many hexadecimal digits, a space, and the name.
+// Parses a line with a number of exactly `digits` hexadecimal digits, a space, and the name.
 std::optional<Numbered> ParseNumbered(std::string_view line, std::size_t digits) {
   if (line.size() <= digits || line[digits] != ' ') {
     return std::nullopt;
@@ -37,7 +37,7 @@ std::optional<Numbered> ParseNumbered(std::string_view line, std::size_t digits)
   return numbered;
 }
 
-// Moves `position` past the line that begins there.
+// Returns the line at `position`, and moves `position` past it.
 std::string_view NextLine(std::string_view text, std::size_t& position) {
   const std::size_t end = std::min(text.find('\n', position), text.size());
   const std::string_view line = text.substr(position, end - position);

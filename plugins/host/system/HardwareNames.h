@@ -17,13 +17,13 @@ namespace Kestrel::Host {
 /// else is skipped.
 class HardwareNames {
  public:
-  /// Without any name.
+  /// Contains no names.
   HardwareNames() = default;
   explicit HardwareNames(std::string text);
   HardwareNames(const HardwareNames&) = delete;
   HardwareNames& operator=(const HardwareNames&) = delete;
 
-  // Each returns an empty string if the file does not have the name.
+  // Each of these returns an empty string if the file does not contain the name.
   std::string FindVendor(std::uint16_t vendor) const;
   std::string FindDevice(std::uint16_t vendor, std::uint16_t device) const;
   std::string FindClass(std::uint8_t deviceClass) const;
@@ -45,8 +45,8 @@ class HardwareNames {
   Entries classes_;
 };
 
-/// Reads the file of that name in "misc" or "hwdata" in the folder `share`; there are no names if
-/// it is not installed. Throws KestrelException if it is there and cannot be read.
+/// Reads the file of that name in "misc" or "hwdata" in the folder `share`; empty if it is not
+/// installed. Throws KestrelException if it exists and cannot be read.
 std::string ReadHardwareNames(const std::string& share, const std::string& file);
 
 }  // namespace Kestrel::Host

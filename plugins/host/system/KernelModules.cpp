@@ -34,8 +34,8 @@ std::string WithUnderscores(std::string_view name) {
   return changed;
 }
 
-// The name of a module from a line with the path of its file, as in
-// "kernel/drivers/net/tun.ko.xz:", after which the modules that it needs may follow.
+// Returns the name of the module whose file is listed in a line such as
+// "kernel/drivers/net/tun.ko.xz:", which may continue with the modules it needs.
 std::string ModuleOfLine(std::string_view line) {
   const std::string_view path = line.substr(0, line.find(':'));
   const std::string_view file = path.substr(path.rfind('/') + 1);
@@ -50,8 +50,8 @@ bool ListsModule(const std::string& path, const std::string& name) {
                      [&name](std::string_view line) { return ModuleOfLine(line) == name; });
 }
 
-// As in "snd_pcm,snd_hda,". A module that cannot be unloaded has "[permanent]" in its list; "-" is
-// an empty list.
+// Parses a list such as "snd_pcm,snd_hda,". It contains "[permanent]" if the module cannot be
+// unloaded; "-" is an empty list.
 std::vector<std::string> ParseUsers(std::string_view text) {
   std::vector<std::string> users;
   for (const std::string_view user : Split(text, ',')) {
@@ -100,7 +100,7 @@ std::vector<KernelModule> ReadModules(const std::string& proc) {
 
 std::string ModuleFolder() {
   utsname kernel = {};
-  ::uname(&kernel);  // fails for an invalid address alone
+  ::uname(&kernel);  // can fail only for an invalid address
   return std::string("/lib/modules/") + kernel.release;
 }
 

@@ -25,13 +25,13 @@ std::vector<KernelModule> ParseModules(std::string_view text);
 /// KestrelException if /proc is not mounted or the file cannot be read.
 std::vector<KernelModule> ReadModules(const std::string& proc);
 
-/// Where the module tools look for the modules of the running kernel.
+/// Returns the folder with the modules of the running kernel.
 std::string ModuleFolder();
 
-/// Returns whether a module is loaded or built into the kernel; false if it could be loaded from
+/// Returns whether a module is loaded or built into the kernel; false if it is not, but exists in
 /// `modules`, the folder with the modules of this kernel. In its name, "-" and "_" are equivalent.
-/// Throws KestrelException if there is no such module, and if that folder is missing, because its
-/// lists of modules are then unknown.
+/// Throws KestrelException if there is no such module, or if that folder is missing and the module
+/// may therefore exist.
 bool HasModule(const std::string& proc, const std::string& sys, const std::string& modules,
                const std::string& name);
 

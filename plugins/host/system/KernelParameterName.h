@@ -7,7 +7,7 @@
 
 namespace Kestrel::Host {
 
-/// Parts of a name, none of them empty, separated by "." or "/".
+/// Matches names: non-empty parts separated by "." or "/".
 constexpr const char* kParameterNamePattern = "[^./]+([./][^./]+)*";
 
 /// Declares "name", the required name of a kernel parameter.

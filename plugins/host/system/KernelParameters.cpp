@@ -93,8 +93,8 @@ std::string WithoutLineEnd(std::string text) {
   }
 }
 
-// Returns 0 or an error number. The kernel takes the value from a single write, so a partial write
-// has failed.
+// Writes the value with a single call, as the kernel requires. Returns 0 or an error number; a
+// partial write is an error.
 int WriteAtOnce(const std::string& path, const std::string& text) {
   FileDescriptor file(::open(path.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC | O_NOCTTY));
   if (!file.IsOpen()) {
@@ -117,14 +117,14 @@ bool IsBelow(const std::string& relative, const std::string& prefix) {
   throw KestrelException("Unable to read " + path + ": " + std::strerror(error));
 }
 
-// Throws for any error except that of something that is not there any more.
+// Throws for any error except that the file no longer exists.
 void RequireAbsence(const std::string& path, int error) {
   if (!IsAbsence(error)) {
     ThrowUnreadable(path, error);
   }
 }
 
-// Throws for an error that is due to this process and not to the file.
+// Throws for an error that is caused by this process and not by the file.
 void RequireResources(const std::string& path, int error) {
   if (error == EMFILE || error == ENFILE || error == ENOMEM) {
     ThrowUnreadable(path, error);
@@ -182,8 +182,8 @@ class ParameterWalk {
     found_.push_back(std::move(parameter));
   }
 
-  // Returns whether the parameter exists. Some kernels refuse to read a parameter that has no value
-  // yet, with an error of their choice.
+  // Returns whether the parameter exists. Some kernels report an arbitrary error when a parameter
+  // without a value is read.
   static bool ReadValue(const std::string& path, KernelParameter& parameter) {
     auto text = ReadFile(path);
     if (!text) {

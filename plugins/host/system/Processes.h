@@ -12,7 +12,7 @@
 
 namespace Kestrel::Host {
 
-/// The largest number of a process.
+/// The largest possible process number.
 constexpr long kMaxProcessId = 1 << 22;
 
 /// A process as described by the kernel. The process itself chooses the bytes of its name and
@@ -34,33 +34,33 @@ struct Process {
   std::string command;      ///< The arguments, separated by spaces; empty for a kernel thread.
 };
 
-/// Parses the content of a "stat" file; returns nothing if it is damaged. The name is in
+/// Parses the content of a "stat" file. Returns nothing if it is damaged. The name is in
 /// parentheses and may contain any byte, including parentheses and line feeds.
 std::optional<Process> ParseProcess(std::string_view stat);
 
-/// Reads the process of that number in `proc`. Returns nothing if it ends before everything is
+/// Reads the process with that number in `proc`. Returns nothing if it ends before everything is
 /// read. Throws KestrelException if a file of a running process cannot be read or is damaged.
 std::optional<Process> ReadProcess(const std::string& proc, long id);
 
 /// Returns all processes in `proc`, in ascending order of their numbers. Skips those that end while
-/// they are read. Throws KestrelException if there is none, which means that `proc` is not mounted,
-/// and if one cannot be read.
+/// they are read. Throws KestrelException if there are none, which means that `proc` is not
+/// mounted, or if one cannot be read.
 std::vector<Process> ReadProcesses(const std::string& proc);
 
-/// Whether the kernel hides the processes of other users, because `proc` is mounted with such an
-/// option: then the first process, which always runs, seems to be missing.
+/// Whether the kernel hides the processes of other users, because `proc` is mounted with that
+/// option. If it does, process 1, which always runs, is missing.
 bool HidesProcesses(const std::string& proc);
 
-/// The processor time that a process has used, in hundredths of a percent of the time since it
-/// started. More than 10000 if several of its threads ran at the same time.
+/// Returns the processor time that a process has used, in hundredths of a percent of the time since
+/// it started. More than 10000 if several of its threads ran at the same time.
 long ProcessorShare(long usedTicks, long elapsedTicks);
 
 /// Returns the name of a state, such as "sleeping" for the letter S; "unknown" for an unknown
 /// letter.
 const char* StateName(char state);
 
-/// Returns the letter of a state: of its name in either case, or of the letter itself, as ps prints
-/// it. Returns nothing if there is no such state.
+/// Returns the letter of a state, given as its name in upper or lower case, or as the letter that
+/// ps prints. Returns nothing if there is no such state.
 std::optional<char> ParseState(std::string_view text);
 
 /// Returns the name of a terminal below /dev, such as "pts/3"; its device number if the name is

@@ -50,7 +50,8 @@ Session ParseSession(std::string_view text) {
   return session;
 }
 
-// The entry of a session remains when the machine loses its power.
+// Returns the sessions whose process is alive. The entry of a session remains if the machine loses
+// power.
 std::vector<Session> AliveSessions(std::string_view records) {
   auto sessions = ParseSessionRecords(records);
   sessions.erase(std::remove_if(sessions.begin(), sessions.end(),
@@ -79,7 +80,7 @@ std::vector<Session> ParseSessionRecords(std::string_view records) {
 std::vector<Session> ReadSessionFolder(const std::string& path) {
   std::vector<Session> sessions;
   for (const std::string& name : ListOptionalFolder(path).value_or(std::vector<std::string>())) {
-    // Besides the file of a session there may be a pipe, as in "1.ref".
+    // The folder may also contain a pipe for a session, as in "1.ref".
     if (name.find('.') != std::string::npos) {
       continue;
     }

@@ -16,7 +16,7 @@
 namespace Kestrel::Host {
 namespace {
 
-// Second names of signals.
+// Alternative names of signals.
 struct OtherName {
   std::string_view name;
   int signal;
@@ -26,7 +26,7 @@ constexpr OtherName kOtherNames[] = {{"iot", SIGABRT}, {"cld", SIGCHLD}, {"io", 
 
 bool IsSignal(long number) { return number >= 1 && number <= SIGRTMAX; }
 
-// The functions of the same names in the C library came later than the calls of the kernel.
+// Calls the kernel directly, because older C libraries do not have the functions.
 int OpenProcess(long process) {
   return static_cast<int>(::syscall(SYS_pidfd_open, static_cast<pid_t>(process), 0u));
 }
@@ -75,7 +75,7 @@ std::optional<SignalTarget> SignalTarget::Open(long process) {
   }
   switch (errno) {
     case ESRCH:
-    case EINVAL:  // the number of a thread
+    case EINVAL:  // the number is that of a thread
       return std::nullopt;
     case ENOSYS:
       break;

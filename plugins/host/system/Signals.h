@@ -15,12 +15,12 @@ namespace Kestrel::Host {
 /// it has no name.
 std::string SignalName(int signal);
 
-/// Returns the number of a signal: of its name in either case, with or without "SIG", or of the
-/// number itself. Returns nothing if there is no such signal.
+/// Returns the number of a signal, given as its name in upper or lower case, with or without "SIG",
+/// or as the number itself. Returns nothing if there is no such signal.
 std::optional<int> ParseSignal(std::string_view text);
 
-/// A running process that can be sent signals. It stays that process: if it ends, a later one
-/// with the same number is not affected.
+/// A running process that signals can be sent to. If it ends, a later process with the same number
+/// is not affected.
 class SignalTarget {
  public:
   /// Returns nothing if there is no such process. Throws KestrelException if the system cannot keep
@@ -34,7 +34,7 @@ class SignalTarget {
   SignalTarget(long process, int descriptor) : process_(process), descriptor_(descriptor) {}
 
   long process_;
-  FileDescriptor descriptor_;  // closed on kernels that do not have them for processes
+  FileDescriptor descriptor_;  // not open if the kernel has no descriptors for processes
 };
 
 }  // namespace Kestrel::Host

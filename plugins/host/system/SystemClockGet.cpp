@@ -43,7 +43,7 @@ const StructShape& Shape() {
   return shape;
 }
 
-// time(2) may still return the second before.
+// Does not use time(2), which may still return the previous second.
 std::time_t Now() {
   timespec now = {};
   ::clock_gettime(CLOCK_REALTIME, &now);

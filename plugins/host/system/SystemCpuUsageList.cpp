@@ -14,7 +14,7 @@
 namespace Kestrel::Host {
 namespace {
 
-// The kernel counts in ticks of 10 ms, so that a shorter time says little.
+// The kernel counts in ticks of 10 ms, so a shorter interval would be meaningless.
 constexpr long kMinInterval = 10;
 constexpr long kMaxInterval = 3600 * 1000;
 constexpr long kDefaultInterval = 500;

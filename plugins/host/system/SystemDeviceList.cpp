@@ -66,7 +66,7 @@ std::string Join(const std::vector<std::string>& drivers) {
   return joined;
 }
 
-// "Maker Model", "Maker 0d57", or "8086:0d57".
+// Returns "Maker Model", "Maker 0d57" or "8086:0d57".
 std::string NameOf(const BusDevice& device) {
   const std::string number = ToDigits(device.deviceId, 4);
   if (device.vendor.empty()) {
@@ -91,7 +91,7 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const BusDevice& device) {
   return result;
 }
 
-/// The devices that the user wants.
+/// Selects the devices that the user asks for.
 class DeviceFilter {
  public:
   explicit DeviceFilter(const CallSpec::Input& input)

@@ -57,7 +57,7 @@ class SystemParameterSet final : public HostCommand {
     output.SetRootObject(result);
   }
 
-  // Some parameters are write-only. If there is another problem, the write reports it.
+  // Some parameters are write-only. If there is another problem, writing reports it.
   static std::string ReadIfPossible(const std::string& name) {
     try {
       return ReadParameter(kProc, name);

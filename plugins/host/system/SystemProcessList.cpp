@@ -59,10 +59,10 @@ const StructShape& Shape() {
   return shape;
 }
 
-// Decides which processes are listed.
+// Selects the processes to list.
 class ProcessFilter {
  public:
-  // Adds a message to `output` for each value that makes no sense.
+  // Adds a message to `output` for each invalid value.
   ProcessFilter(const CallSpec::Input& input, CallSpec::Output& output)
       : ids_(input, "id"), users_(input, "user"), names_(input, "name") {
     ReadStates(input, output);
@@ -85,7 +85,7 @@ class ProcessFilter {
            IsMatch(process);
   }
 
-  // Whether processes of all other users are unwanted.
+  // Whether the processes of all other users are excluded.
   bool IsOnlyOf(uid_t user, const std::string& name) const {
     return users_.IsGiven() && users_.IsOnlyOneOf({name, std::to_string(user)});
   }
@@ -123,14 +123,14 @@ class ProcessFilter {
   IntFilter ids_;
   StringFilter users_;
   NameFilter names_;
-  std::string states_;  // their letters
+  std::string states_;  // the letters of the states
   std::unique_ptr<Regex> match_;
   bool isWholeCommand_ = false;
   bool isKernelListed_ = true;
   std::int64_t minimumMemory_ = 0;
 };
 
-// Converts processes to structures, with the data that they share.
+// Converts processes to structures. Keeps the data that all of them need.
 class ProcessStructs {
  public:
   ProcessStructs()
@@ -180,7 +180,7 @@ class ProcessStructs {
 class SystemProcessList final : public ListCommand {
  public:
   SystemProcessList() : ListCommand("List the processes.", Shape, "The processes.") {
-    // Without the command line, which is often longer than the screen is wide.
+    // Does not show the command line, which is often wider than the screen.
     ShowColumns("Id,User,State,CPU,Resident Bytes,Time,Name", {{"wrap-last", "true"}});
     AddMetaData("complete:id", "system.process.list Id");
     AddMetaData("complete:name", "system.process.list Name");

@@ -39,7 +39,7 @@ const StructShape& Shape() {
   return shape;
 }
 
-// A process that is to be signalled, as it was before.
+// A process that may be signalled, as it was before.
 struct Candidate {
   Process process;
   SignalTarget target;
@@ -59,8 +59,8 @@ std::optional<Candidate> FindCandidate(long id) {
   return Candidate{std::move(*process), std::move(*target)};
 }
 
-// The processes that the user means, and what speaks against signalling them. Either all of them
-// are signalled or none is.
+// The processes selected by the user, and the reasons not to signal them. Either all of them are
+// signalled or none is.
 class Selection {
  public:
   Selection(const CallSpec::Input& input, CallSpec::Output& output)
@@ -114,7 +114,7 @@ class Selection {
     }
   }
 
-  // A name never means this process: its user wants to see the outcome.
+  // A name never selects this process, so that the user sees the result.
   bool AddIfNamed(const Process& process, const std::string& name) {
     if (process.name != name || !IsOfUser(process) || process.id == ::getpid()) {
       return false;
