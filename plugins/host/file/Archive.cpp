@@ -12,14 +12,50 @@
 #include <memory>
 
 #include "plugins/host/file/RegularFile.h"
+#include "plugins/host/frame/LoadedLibrary.h"
 #include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/frame/TextParsing.h"
 
 namespace Kestrel::Host {
 namespace {
 
+struct Libarchive : LoadedLibrary {
+  Libarchive() : LoadedLibrary(KESTREL_HOST_LIBARCHIVE) {}
+  KESTREL_LOADED(archive_entry_filetype);
+  KESTREL_LOADED(archive_entry_gid);
+  KESTREL_LOADED(archive_entry_gname);
+  KESTREL_LOADED(archive_entry_gname_utf8);
+  KESTREL_LOADED(archive_entry_hardlink);
+  KESTREL_LOADED(archive_entry_mtime);
+  KESTREL_LOADED(archive_entry_mtime_is_set);
+  KESTREL_LOADED(archive_entry_pathname);
+  KESTREL_LOADED(archive_entry_pathname_utf8);
+  KESTREL_LOADED(archive_entry_size);
+  KESTREL_LOADED(archive_entry_strmode);
+  KESTREL_LOADED(archive_entry_symlink);
+  KESTREL_LOADED(archive_entry_uid);
+  KESTREL_LOADED(archive_entry_uname);
+  KESTREL_LOADED(archive_entry_uname_utf8);
+  KESTREL_LOADED(archive_error_string);
+  KESTREL_LOADED(archive_read_free);
+  KESTREL_LOADED(archive_read_new);
+  KESTREL_LOADED(archive_read_next_header);
+  KESTREL_LOADED(archive_read_open_fd);
+  KESTREL_LOADED(archive_read_support_filter_bzip2);
+  KESTREL_LOADED(archive_read_support_filter_gzip);
+  KESTREL_LOADED(archive_read_support_filter_xz);
+  KESTREL_LOADED(archive_read_support_filter_zstd);
+  KESTREL_LOADED(archive_read_support_format_tar);
+  KESTREL_LOADED(archive_read_support_format_zip);
+};
+
+const Libarchive& Library() {
+  static const Libarchive library;
+  return library;
+}
+
 struct CloseArchive {
-  void operator()(archive* reader) const { ::archive_read_free(reader); }
+  void operator()(archive* reader) const { Library().archive_read_free(reader); }
 };
 using Reader = std::unique_ptr<archive, CloseArchive>;
 
@@ -36,10 +72,10 @@ std::string FirstOf(archive_entry* entry, StringOf first, StringOf other) {
 }
 
 std::string KindOf(archive_entry* entry) {
-  if (::archive_entry_hardlink(entry) != nullptr) {
+  if (Library().archive_entry_hardlink(entry) != nullptr) {
     return "hardlink";
   }
-  switch (::archive_entry_filetype(entry)) {
+  switch (Library().archive_entry_filetype(entry)) {
     case AE_IFDIR:
       return "folder";
     case AE_IFLNK:
@@ -58,37 +94,38 @@ std::string KindOf(archive_entry* entry) {
 
 ArchiveMember ToMember(archive_entry* entry) {
   ArchiveMember member;
-  member.name = FirstOf(entry, ::archive_entry_pathname, ::archive_entry_pathname_utf8);
+  member.name =
+      FirstOf(entry, Library().archive_entry_pathname, Library().archive_entry_pathname_utf8);
   member.kind = KindOf(entry);
-  member.mode = Trim(::archive_entry_strmode(entry));
-  member.user = FirstOf(entry, ::archive_entry_uname, ::archive_entry_uname_utf8);
-  member.group = FirstOf(entry, ::archive_entry_gname, ::archive_entry_gname_utf8);
-  member.userId = ::archive_entry_uid(entry);
-  member.groupId = ::archive_entry_gid(entry);
-  member.size = ::archive_entry_size(entry);
-  if (::archive_entry_mtime_is_set(entry) != 0) {
-    member.modified = ::archive_entry_mtime(entry);
+  member.mode = Trim(Library().archive_entry_strmode(entry));
+  member.user = FirstOf(entry, Library().archive_entry_uname, Library().archive_entry_uname_utf8);
+  member.group = FirstOf(entry, Library().archive_entry_gname, Library().archive_entry_gname_utf8);
+  member.userId = Library().archive_entry_uid(entry);
+  member.groupId = Library().archive_entry_gid(entry);
+  member.size = Library().archive_entry_size(entry);
+  if (Library().archive_entry_mtime_is_set(entry) != 0) {
+    member.modified = Library().archive_entry_mtime(entry);
   }
-  member.target = FirstOf(entry, ::archive_entry_symlink, ::archive_entry_hardlink);
+  member.target = FirstOf(entry, Library().archive_entry_symlink, Library().archive_entry_hardlink);
   return member;
 }
 
 Reader NewReader() {
-  Reader reader(::archive_read_new());
+  Reader reader(Library().archive_read_new());
   if (reader == nullptr) {
     throw KestrelException("Unable to read archives: Cannot allocate memory");
   }
-  ::archive_read_support_format_tar(reader.get());
-  ::archive_read_support_format_zip(reader.get());
-  ::archive_read_support_filter_gzip(reader.get());
-  ::archive_read_support_filter_bzip2(reader.get());
-  ::archive_read_support_filter_xz(reader.get());
-  ::archive_read_support_filter_zstd(reader.get());
+  Library().archive_read_support_format_tar(reader.get());
+  Library().archive_read_support_format_zip(reader.get());
+  Library().archive_read_support_filter_gzip(reader.get());
+  Library().archive_read_support_filter_bzip2(reader.get());
+  Library().archive_read_support_filter_xz(reader.get());
+  Library().archive_read_support_filter_zstd(reader.get());
   return reader;
 }
 
 [[noreturn]] void ThrowArchiveError(const std::string& path, archive& reader) {
-  const char* const reason = ::archive_error_string(&reader);
+  const char* const reason = Library().archive_error_string(&reader);
   ThrowReadError(path, SanitizedText(reason == nullptr ? "Damaged archive" : reason)->GetValue());
 }
 
@@ -98,12 +135,12 @@ void VisitArchive(const std::string& path, const std::function<void(const Archiv
   constexpr std::size_t kReadSize = 1 << 17;
   const FileDescriptor file = OpenRegularFile(path);
   const Reader reader = NewReader();
-  if (::archive_read_open_fd(reader.get(), file.Get(), kReadSize) != ARCHIVE_OK) {
+  if (Library().archive_read_open_fd(reader.get(), file.Get(), kReadSize) != ARCHIVE_OK) {
     ThrowArchiveError(path, *reader);
   }
   for (;;) {
     archive_entry* entry = nullptr;
-    const int result = ::archive_read_next_header(reader.get(), &entry);
+    const int result = Library().archive_read_next_header(reader.get(), &entry);
     if (result == ARCHIVE_EOF) {
       return;
     }

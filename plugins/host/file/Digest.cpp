@@ -18,15 +18,34 @@
 
 #include "plugins/host/file/RegularFile.h"
 #include "plugins/host/frame/HexDigits.h"
+#include "plugins/host/frame/LoadedLibrary.h"
 
 namespace Kestrel::Host {
 namespace {
 
 constexpr std::size_t kReadSize = 1 << 17;
 
+struct Libnettle : LoadedLibrary {
+  Libnettle() : LoadedLibrary(KESTREL_HOST_LIBNETTLE) {}
+  KESTREL_LOADED(nettle_md5);
+  KESTREL_LOADED(nettle_sha1);
+  KESTREL_LOADED(nettle_sha224);
+  KESTREL_LOADED(nettle_sha256);
+  KESTREL_LOADED(nettle_sha384);
+  KESTREL_LOADED(nettle_sha512);
+  KESTREL_LOADED(nettle_hmac_set_key);
+  KESTREL_LOADED(nettle_hmac_digest);
+};
+
+const Libnettle& Library() {
+  static const Libnettle library;
+  return library;
+}
+
 const nettle_hash& FindHash(const std::string& algorithm) {
   static const std::array<const nettle_hash*, 6> hashes = {
-      &nettle_md5, &nettle_sha1, &nettle_sha224, &nettle_sha256, &nettle_sha384, &nettle_sha512};
+      Library().nettle_md5,    Library().nettle_sha1,   Library().nettle_sha224,
+      Library().nettle_sha256, Library().nettle_sha384, Library().nettle_sha512};
   const auto hash = std::find_if(hashes.begin(), hashes.end(), [&](const nettle_hash* candidate) {
     return algorithm == candidate->name;
   });
@@ -47,8 +66,8 @@ class DigestState {
     }
     outer_.resize(hash.context_size);
     inner_.resize(hash.context_size);
-    ::hmac_set_key(outer_.data(), inner_.data(), state_.data(), &hash_, key->size(),
-                   reinterpret_cast<const std::uint8_t*>(key->data()));
+    Library().nettle_hmac_set_key(outer_.data(), inner_.data(), state_.data(), &hash_, key->size(),
+                                  reinterpret_cast<const std::uint8_t*>(key->data()));
   }
   DigestState(const DigestState&) = delete;
   DigestState& operator=(const DigestState&) = delete;
@@ -66,8 +85,8 @@ class DigestState {
   std::string GetDigits() {
     std::vector<std::uint8_t> digest(hash_.digest_size);
     if (hasKey_) {
-      ::hmac_digest(outer_.data(), inner_.data(), state_.data(), &hash_, digest.size(),
-                    digest.data());
+      Library().nettle_hmac_digest(outer_.data(), inner_.data(), state_.data(), &hash_,
+                                   digest.size(), digest.data());
     } else {
       hash_.digest(state_.data(), digest.size(), digest.data());
     }

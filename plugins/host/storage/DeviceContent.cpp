@@ -21,6 +21,7 @@
 #include "plugins/host/frame/DeviceNumber.h"
 #include "plugins/host/frame/FileDescriptor.h"
 #include "plugins/host/frame/HostFile.h"
+#include "plugins/host/frame/LoadedLibrary.h"
 #include "plugins/host/frame/TextParsing.h"
 
 namespace Kestrel::Host {
@@ -80,14 +81,32 @@ std::optional<DeviceContent> ProbeDevice(const std::string& path, dev_t number) 
 
 #ifdef KESTREL_HOST_HAS_BLKID
 
+struct Libblkid : LoadedLibrary {
+  Libblkid() : LoadedLibrary(KESTREL_HOST_LIBBLKID) {}
+  KESTREL_LOADED(blkid_do_safeprobe);
+  KESTREL_LOADED(blkid_free_probe);
+  KESTREL_LOADED(blkid_new_probe);
+  KESTREL_LOADED(blkid_probe_enable_partitions);
+  KESTREL_LOADED(blkid_probe_enable_superblocks);
+  KESTREL_LOADED(blkid_probe_lookup_value);
+  KESTREL_LOADED(blkid_probe_set_device);
+  KESTREL_LOADED(blkid_probe_set_partitions_flags);
+  KESTREL_LOADED(blkid_probe_set_superblocks_flags);
+};
+
+const Libblkid& Library() {
+  static const Libblkid library;
+  return library;
+}
+
 struct FreeProbe {
-  void operator()(blkid_probe probe) const { ::blkid_free_probe(probe); }
+  void operator()(blkid_probe probe) const { Library().blkid_free_probe(probe); }
 };
 using Probe = std::unique_ptr<std::remove_pointer_t<blkid_probe>, FreeProbe>;
 
 std::string ProbedValue(blkid_probe probe, const char* name) {
   const char* value = nullptr;
-  return ::blkid_probe_lookup_value(probe, name, &value, nullptr) == 0 ? value : "";
+  return Library().blkid_probe_lookup_value(probe, name, &value, nullptr) == 0 ? value : "";
 }
 
 #endif
@@ -98,16 +117,16 @@ std::string ProbedValue(blkid_probe probe, const char* name) {
 
 std::optional<DeviceContent> ProbeContent(int file) {
   constexpr int kValues = BLKID_SUBLKS_TYPE | BLKID_SUBLKS_LABEL | BLKID_SUBLKS_UUID;
-  const Probe probe(::blkid_new_probe());
-  if (probe == nullptr || ::blkid_probe_set_device(probe.get(), file, 0, 0) != 0) {
+  const Probe probe(Library().blkid_new_probe());
+  if (probe == nullptr || Library().blkid_probe_set_device(probe.get(), file, 0, 0) != 0) {
     return std::nullopt;
   }
-  ::blkid_probe_enable_superblocks(probe.get(), 1);
-  ::blkid_probe_set_superblocks_flags(probe.get(), kValues);
-  ::blkid_probe_enable_partitions(probe.get(), 1);
-  ::blkid_probe_set_partitions_flags(probe.get(), BLKID_PARTS_ENTRY_DETAILS);
+  Library().blkid_probe_enable_superblocks(probe.get(), 1);
+  Library().blkid_probe_set_superblocks_flags(probe.get(), kValues);
+  Library().blkid_probe_enable_partitions(probe.get(), 1);
+  Library().blkid_probe_set_partitions_flags(probe.get(), BLKID_PARTS_ENTRY_DETAILS);
   // Also fails if there seem to be two kinds of content.
-  if (::blkid_do_safeprobe(probe.get()) < 0) {
+  if (Library().blkid_do_safeprobe(probe.get()) < 0) {
     return std::nullopt;
   }
   DeviceContent content;
