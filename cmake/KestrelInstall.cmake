@@ -28,7 +28,7 @@ configure_package_config_file(
   INSTALL_DESTINATION ${package_dir}
   NO_SET_AND_CHECK_MACRO)
 write_basic_package_version_file(
-  ${PROJECT_BINARY_DIR}/KestrelConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+  ${PROJECT_BINARY_DIR}/KestrelConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(EXPORT KestrelTargets
   NAMESPACE Kestrel:: DESTINATION ${package_dir} COMPONENT development)
 install(FILES ${PROJECT_BINARY_DIR}/KestrelConfig.cmake

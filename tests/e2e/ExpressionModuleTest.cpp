@@ -40,17 +40,18 @@ class ExpressionModuleTest : public ::testing::Test {
         fs::copy_file(library, Path(entry.path().filename().string()));
       }
     }
-    fs::create_directory(Path("kestrel"));
+    fs::create_directory(fs::path(ModulePath()).parent_path());
     std::ofstream(Path("hat.xml")) << kDescriptor;
   }
 
   std::string Path(const std::string& name) const { return folder_.GetPath() + "/" + name; }
 
-  std::string ModulePath() const { return Path("kestrel/expression.so"); }
-
-  static std::string BuiltModule() {
-    return fs::path(KESTREL_LIBRARY).parent_path().string() + "/kestrel/expression.so";
+  std::string ModulePath() const {
+    const fs::path library = fs::path(KESTREL_LIBRARY).parent_path();
+    return Path(fs::path(BuiltModule()).lexically_relative(library));
   }
+
+  static std::string BuiltModule() { return KESTREL_EXPRESSION_MODULE; }
 
   VexilResult Run(const std::string& option) const {
     return VexilRun({"--plugin", Path("hat.xml"), "hat", "list", option})

@@ -76,11 +76,11 @@ END
 
 fake_boost 1.75.0
 configure boost-before -DBoost_DIR="$work/boost-1.75.0"
-expect "$(link_command boost-before kestrel/expression.so)" '-lboost_regex'
+expect "$(link_command boost-before kestrel1/expression.so)" '-lboost_regex'
 
 fake_boost 1.76.0
 configure boost-since -DBoost_DIR="$work/boost-1.76.0"
-expect_not "$(link_command boost-since kestrel/expression.so)" '-lboost'
+expect_not "$(link_command boost-since kestrel1/expression.so)" '-lboost'
 
 note='-- The tool looks for plug-ins in /usr/lib/norvane/vexil \(KESTREL_PLUGIN_DIR\), but they are'
 configure usr -DCMAKE_INSTALL_PREFIX=/usr
