@@ -48,8 +48,8 @@ class Workplace:
         bin_dir = os.path.join(folder, ".bin")
         os.mkdir(bin_dir)
         plugins = f' --plugin-dir "{plugin_dir}"' if plugin_dir else ""
-        self._script(os.path.join(bin_dir, "vexil"), f'exec -a vexil "{tool}" "$@"')
-        self._script(os.path.join(folder, "run"), f'exec -a vexil "{tool}"{plugins} "$@"')
+        self.add_program("vexil", f'exec -a vexil "{tool}" "$@"')
+        self.save("run", f'#!/bin/bash\nexec -a vexil "{tool}"{plugins} "$@"\n')
         for program in programs:
             os.symlink(os.path.abspath(program), os.path.join(bin_dir, os.path.basename(program)))
         for link in links:
@@ -61,8 +61,9 @@ class Workplace:
     def save(self, name, text):
         self._executable(os.path.join(self.folder, name), text)
 
-    def _script(self, path, line):
-        self._executable(path, "#!/bin/bash\n" + line + "\n")
+    def add_program(self, name, script):
+        """Makes the script of bash the program that commands call by this name."""
+        self._executable(os.path.join(self.folder, ".bin", name), f"#!/bin/bash\n{script}\n")
 
     @staticmethod
     def _executable(path, text):
