@@ -10,7 +10,7 @@ namespace Kestrel::Catalog {
 
 namespace {
 
-/// The element with that path in a list that is in order of paths, or null.
+/// Returns the element with that path in a list sorted by path, or null.
 template <typename Element>
 const Element* FindByPath(const std::vector<Element>& elements, const std::string& path) {
   const auto found = std::lower_bound(
@@ -19,7 +19,7 @@ const Element* FindByPath(const std::vector<Element>& elements, const std::strin
   return found != elements.end() && found->path == path ? &*found : nullptr;
 }
 
-// All members of each structure, so that a new one is forgotten in one place only.
+// Lists the members of each structure in a single place, for all comparisons.
 auto Members(const ValueKind& kind) { return std::tie(kind.type, kind.isList); }
 auto Members(const Field& field) {
   return std::tie(field.path, field.kind, field.typeName, field.documentation);

@@ -15,46 +15,47 @@
 
 /// Everything that a loaded tree declares, as plain values.
 ///
-/// `ReadTree` makes the values from a live dispatcher; `WriteJson` and `ReadJson` carry them to
-/// another process or to a later day. They keep nothing of the dispatcher alive and compare by
-/// value.
+/// `ReadTree` makes the values from a live dispatcher. `WriteJson` and `ReadJson` store them and
+/// pass them to other processes. The values keep nothing of the dispatcher alive and are compared
+/// by value.
 ///
 /// - A path is the words of a node from the root down, separated by a space: "storage mount list".
 /// - A plug-in is named by its file without folders: "host.so", "log.xml".
 /// - Strings are valid UTF-8; other bytes of a declaration are replaced by `\xHH`. An empty string
-///   means that nothing was declared.
+/// means that nothing was declared.
 namespace Kestrel::Catalog {
 
-/// The plug-in of a node that comes from the library or from the program itself. No file has this
-/// name.
+/// The plug-in of a node that comes from the library or from the program itself. No plug-in file
+/// can have this name.
 inline constexpr const char* kBuiltIn = "built-in";
 
-/// The kind of a value that a result contains.
+/// The kind of a value in a result.
 struct ValueKind {
-  /// The kind of the value, or of each element when it is a list; never `List`.
+  /// The kind of the value or, for a list, of its elements; never `List`.
   MetaObj::MetaType type = MetaObj::MetaType::String;
   bool isList = false;
 };
 
 /// One field of a declared result.
 struct Field {
-  /// The names of the fields that lead here, separated by full stops: "Usage.Free". The fields of
-  /// the structures in a list are reached through the list's own name.
+  /// The names of the fields from the root to this one, separated by full stops: "Usage.Free". A
+  /// path leads through a list of structures by the name of the list alone.
   std::string path;
   ValueKind kind;
-  /// The name of the structure, or of those in the list; empty for other kinds.
+  /// The name of the structure or, for a list, of its structures; empty for other kinds.
   std::string typeName;
   std::string documentation;
 };
 
 /// The declared shape of a command's result.
 struct Result {
-  /// Nothing when the command declares no root value; it can then never succeed.
+  /// Nothing if the command declares no root value; it can then never succeed.
   std::optional<ValueKind> kind;
   /// As in `Field`, for the root.
   std::string typeName;
   std::string description;
-  /// A structure's fields in byte order of their names, each followed by those within it.
+  /// The fields of the structure in byte order of their names, each followed by the fields inside
+  /// it.
   std::vector<Field> fields;
 };
 
@@ -64,8 +65,8 @@ struct AllowedValue {
   std::string description;
 };
 
-/// What narrows the values of a parameter beyond its kind. Only the members of `type` have a
-/// meaning; the others are as they were made here.
+/// A restriction on the values of a parameter beyond its kind. Only the members that belong to
+/// `type` are meaningful; the others keep their initial values.
 struct Constraint {
   CallSpec::ParameterConstraintType type = CallSpec::NoConstraint;
   /// The bounds of an IntRange, both included.
@@ -75,44 +76,44 @@ struct Constraint {
   std::vector<std::int64_t> integers;
   /// The values of a StringEnum, in the declared order.
   std::vector<AllowedValue> strings;
-  /// The regular expression of a StringRegex, which has to match the whole value.
+  /// The regular expression of a StringRegex, which must match the whole value.
   std::string expression;
-  /// The constraint as help pages and messages say it; empty for NoConstraint.
+  /// The constraint as worded in help pages and messages; empty for NoConstraint.
   std::string text;
 };
 
-/// One parameter of a command. The parameter `help`, which every command has, is in no catalog.
+/// A parameter of a command. The catalog omits the parameter `help`, which every command has.
 struct Parameter {
   /// The long name, without dashes.
   std::string name;
   /// One character, or empty.
   std::string shortName;
   CallSpec::ParameterType kind = CallSpec::String;
-  /// As help pages show it, with the constraint's text in place of its markers.
+  /// The description in help pages, with the constraint's text instead of the markers.
   std::string description;
   bool required = false;
-  /// Whether the value is not to be seen while it is typed.
+  /// Whether the value must not be visible while it is typed.
   bool secret = false;
   /// Whether the parameter may be repeated, each time with a value.
   bool multiple = false;
   Constraint constraint;
 };
 
-/// How a command is called to some end.
+/// An example of how to call a command.
 struct Example {
-  /// What follows the command's path; empty when nothing does.
+  /// The text after the command's path; may be empty.
   std::string arguments;
   std::string description;
 };
 
 struct Command {
   std::string path;
-  /// The file that brought the command, `kBuiltIn`, or empty when that cannot be found out.
+  /// The file that the command comes from, `kBuiltIn`, or empty if it cannot be determined.
   std::string plugin;
   std::string description;
   std::vector<Example> examples;
   std::map<std::string, std::string> metaData;
-  /// The default formatter; empty when the command names none and so prints nothing by itself.
+  /// The default formatter; empty if the command names none, so that nothing is printed by default.
   std::string formatter;
   std::map<std::string, std::string> formatParameters;
   /// In byte order of their names.
@@ -123,32 +124,33 @@ struct Command {
 struct Namespace {
   std::string path;
   std::string description;
-  /// The plug-ins that declare the namespace or have a command below it, in byte order. Empty when
-  /// nothing is below it and no descriptor declares it.
+  /// The plug-ins that declare the namespace or have a command below it, in byte order. Empty if it
+  /// contains nothing and no descriptor declares it.
   std::vector<std::string> plugins;
 };
 
-/// A node whose declaration failed; the catalog has nothing else about it.
+/// A node whose declaration failed; the catalog contains nothing else about it.
 struct Fault {
   std::string path;
   /// As in `Command`.
   std::string plugin;
-  /// What the declaration threw.
+  /// The message of the exception that the declaration threw.
   std::string text;
 };
 
-/// A whole tree, but for the root, which declares nothing. Each list is in byte order of the paths;
-/// no path is twice in the first two.
+/// A whole tree except the root, which declares nothing. Each list is sorted by path in byte order.
+/// No path occurs twice in `namespaces` and `commands`.
 struct Tree {
   std::vector<Namespace> namespaces;
   std::vector<Command> commands;
   std::vector<Fault> faults;
 };
 
-/// The command at a path, or null. The pointer is good as long as the list is not changed.
+/// Returns the command at a path, or null. The pointer is valid as long as the list does not
+/// change.
 const Command* FindCommand(const Tree& tree, const std::string& path);
 
-/// The same for a namespace and for a fault.
+/// Like FindCommand, for namespaces and faults.
 const Namespace* FindNamespace(const Tree& tree, const std::string& path);
 const Fault* FindFault(const Tree& tree, const std::string& path);
 

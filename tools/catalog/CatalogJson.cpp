@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Each structure lists its members once, in a `Form`; a writer and a reader walk through them. A
-// reader fills the members in the order of the list, so a later one may depend on an earlier one.
+// For each structure, a `Form` lists the members once; a writer and a reader process that list. The
+// reader sets the members in the order of the list, so a later member may depend on an earlier one.
 
 #include "tools/catalog/CatalogJson.h"
 
@@ -202,7 +202,7 @@ class Writer {
   }
 };
 
-/// What is wrong with a value, and where: a path of keys and indexes, which each caller extends.
+/// What is wrong with a value, and where. Each caller extends the path of keys and indexes.
 struct Mismatch {
   std::string place;
   std::string expected;
@@ -226,7 +226,7 @@ void ReadAt(const std::string& place, Read read) {
 
 class Reader {
  public:
-  /// Throws when the value is not an object.
+  /// Throws if the value is not an object.
   explicit Reader(const Json& object) : object_(object) {
     Require(object.is_object(), "an object");
   }
@@ -248,7 +248,7 @@ class Reader {
     }
   }
 
-  /// Throws when the object has keys that were not read.
+  /// Throws if the object has keys that were not read.
   void Finish() const { Require(read_ == object_.size(), "no other keys"); }
 
  private:

@@ -12,18 +12,18 @@
 
 namespace Kestrel::Catalog {
 
-// The kinds as people and files name them, in the words that descriptors use. `WordOf` throws
-// KestrelException for a kind that does not exist; a word that names no kind yields nothing.
+// The words for kinds, which are those of descriptors. `WordOf` throws KestrelException for a kind
+// that does not exist. The inverse functions return nothing for an unknown word.
 
-/// "string", "int", "bool", "flag", "string-list", "int-list" or "bool-list".
+/// Returns "string", "int", "bool", "flag", "string-list", "int-list" or "bool-list".
 const char* WordOf(CallSpec::ParameterType kind);
 std::optional<CallSpec::ParameterType> ParameterKindOf(std::string_view word);
 
-/// "string", "int", "bool" or "structure"; for a list of them the word and "-list".
+/// Returns "string", "int", "bool" or "structure"; for a list of them, with "-list" appended.
 const char* WordOf(const ValueKind& kind);
 std::optional<ValueKind> ValueKindOf(std::string_view word);
 
-/// "none", "range", "intenum", "stringenum" or "regex".
+/// Returns "none", "range", "intenum", "stringenum" or "regex".
 const char* WordOf(CallSpec::ParameterConstraintType type);
 std::optional<CallSpec::ParameterConstraintType> ConstraintTypeOf(std::string_view word);
 

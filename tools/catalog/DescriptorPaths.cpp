@@ -22,8 +22,8 @@ using AutoCli::XmlPlugin;
 
 namespace {
 
-/// A root that says of every path that it leads to the root itself and of every name that it is
-/// free, so that whatever a descriptor registers arrives here and nothing has to be there before.
+/// A root that returns itself for every path and has no names, so that every node of a descriptor
+/// is registered here and nothing needs to exist before.
 class RecordingRoot : public Namespace {
  public:
   static std::shared_ptr<RecordingRoot> New() { return std::make_shared<RecordingRoot>(); }
@@ -53,10 +53,10 @@ class RecordingRoot : public Namespace {
   }
 
  private:
-  std::string above_;  // the words that the next node is registered below, each with a space
+  std::string above_;  // the words that the next node is registered below, each followed by a space
 };
 
-/// As much of a file as can be read.
+/// Returns as much of a file as can be read.
 std::string ReadFile(const std::string& file) {
   std::ifstream in(file, std::ios_base::binary);
   std::string text;
@@ -77,7 +77,7 @@ DescriptorPaths ReadDescriptorPaths(const std::string& file) {
   try {
     return LoadDescriptorPaths(file);
   } catch (const KestrelException&) {
-    return {};  // It has changed since it was loaded; what it declared then is not known.
+    return {};  // The file has changed since it was loaded, so its declarations are unknown.
   }
 }
 

@@ -10,25 +10,25 @@
 
 namespace Kestrel::Catalog {
 
-/// The nodes that a descriptor declares: their paths, words separated by a space, in the order of
-/// the file.
+/// The paths of the nodes that a descriptor declares, in the order of the file. Their words are
+/// separated by a space.
 struct DescriptorPaths {
   std::vector<std::string> namespaces;
   std::vector<std::string> commands;
 };
 
-/// Reads what a descriptor that has been loaded declares. No path when the file is not a
-/// descriptor (any more).
+/// Reads the declarations of a descriptor that has been loaded. Returns no paths if the file is not
+/// a descriptor, or no longer one.
 DescriptorPaths ReadDescriptorPaths(const std::string& file);
 
-/// The same from the text of a descriptor, without building anything of it: ten times as fast as
-/// loading. Nothing when the text has one of the rare constructs that only the library's reader
-/// knows to handle: a document type, a name or path with a prefix or a reference in it, an encoding
-/// other than UTF-8 or ASCII; or when it is not well-formed.
+/// Reads the paths from the content of a descriptor without building any nodes, which is ten times
+/// as fast as loading it. Returns nothing if the content is not well-formed or has one of these
+/// rare constructs, which only the library's reader can handle: a document type, a name or path
+/// with a prefix or a reference in it, or an encoding other than UTF-8 or ASCII.
 std::optional<DescriptorPaths> ScanDescriptor(std::string_view text);
 
-/// The same by the library's reader, as loading does it. Throws KestrelException when that refuses
-/// the file.
+/// Reads the paths with the library's reader, as loading does. Throws KestrelException if that
+/// rejects the file.
 DescriptorPaths LoadDescriptorPaths(const std::string& file);
 
 }  // namespace Kestrel::Catalog

@@ -1,12 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Of a descriptor only the tags matter here, and of those the ones on the third level:
+// Only the tags on the third level matter:
 //
-//   <root> ... <namespaces> <namespace path="a.b"> ... <commands> <command path="a.b.c"> ...
+// <root> ... <namespaces> <namespace path="a.b"> ... <commands> <command path="a.b.c"> ...
 //
-// Everything else is stepped over: text, comments, sections of character data, instructions, the
-// values of other attributes. What cannot be stepped over safely ends the scan without a result.
+// Everything else is skipped: text, comments, CDATA sections, processing instructions, and the
+// values of other attributes. If something cannot be skipped safely, the scan ends without a
+// result.
 
 #include <algorithm>
 #include <cstddef>
@@ -30,7 +31,7 @@ bool StartsWith(std::string_view text, std::string_view start) {
   return text.substr(0, start.size()) == start;
 }
 
-/// The words of a path as a descriptor writes it, separated by a space.
+/// Replaces the full stops of a descriptor's path by spaces.
 std::string JoinWords(std::string_view written) {
   std::string path;
   for (const std::string& word : AutoCli::XmlPlugin::SplitPath(std::string(written))) {
@@ -39,7 +40,7 @@ std::string JoinWords(std::string_view written) {
   return path;
 }
 
-/// A start tag's name and the value of its attribute `path`, as they are written.
+/// The name of a start tag and the value of its attribute `path`, unchanged.
 struct StartTag {
   std::string_view name;
   std::string_view path;
@@ -50,10 +51,10 @@ class Scanner {
  public:
   explicit Scanner(std::string_view text) : rest_(text) {}
 
-  /// Whether the text was understood to its end.
+  /// Returns whether the scan understood everything.
   bool Run() {
     if (rest_.find('\0') != std::string_view::npos) {
-      return false;  // It is in an encoding of wider units.
+      return false;  // The encoding has wider code units.
     }
     while (SkipUntil("<")) {
       if (!ReadMarkup()) {
@@ -66,7 +67,7 @@ class Scanner {
   DescriptorPaths paths;
 
  private:
-  /// Steps over the text up to `end` and over `end` itself; false when there is none.
+  /// Skips everything up to and including `end`. Returns false if there is no `end`.
   bool SkipUntil(std::string_view end) { return TakeUntil(end).has_value(); }
 
   std::optional<std::string_view> TakeUntil(std::string_view end) {
@@ -101,7 +102,7 @@ class Scanner {
     }
   }
 
-  /// The characters up to a space or one that ends a name.
+  /// Takes the characters up to white space or a character that ends a name.
   std::string_view TakeName() {
     const auto end = std::find_if(rest_.begin(), rest_.end(), EndsName);
     const std::string_view name(rest_.data(), static_cast<std::size_t>(end - rest_.begin()));
@@ -109,7 +110,7 @@ class Scanner {
     return name;
   }
 
-  /// Reads what follows a "<".
+  /// Reads the markup after a "<".
   bool ReadMarkup() {
     if (Skip('/')) {
       return depth_-- > 0 && SkipUntil(">");
@@ -120,7 +121,7 @@ class Scanner {
     return Skip('!') ? ReadDeclaration() : ReadElement();
   }
 
-  /// A comment or a section of character data; a document type is not understood.
+  /// Skips a comment or a CDATA section. Returns false for a document type.
   bool ReadDeclaration() {
     if (Skip("--")) {
       return SkipUntil("-->");
@@ -128,7 +129,7 @@ class Scanner {
     return Skip("[CDATA[") && SkipUntil("]]>");
   }
 
-  /// The first instruction may name an encoding.
+  /// Reads a processing instruction. The first one may name an encoding.
   bool ReadInstruction() {
     const std::optional<std::string_view> text = TakeUntil("?>");
     if (!text.has_value() || !StartsWith(*text, "xml") ||
@@ -202,7 +203,7 @@ class Scanner {
 
   std::string_view rest_;
   std::size_t depth_ = 0;
-  std::string_view section_;  // the element on the second level that is open, or was the last
+  std::string_view section_;  // the current or last element on the second level
 };
 
 }  // namespace

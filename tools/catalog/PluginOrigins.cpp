@@ -30,7 +30,7 @@ bool EndsWith(std::string_view text, std::string_view ending) {
   return text.size() > ending.size() && text.substr(text.size() - ending.size()) == ending;
 }
 
-/// By the same endings as the dispatcher's.
+/// Determines the kind from the same file name endings as the dispatcher.
 PluginKind KindOf(const std::string& path) {
   if (EndsWith(path, ".so")) {
     return PluginKind::SharedLibrary;
@@ -40,7 +40,7 @@ PluginKind KindOf(const std::string& path) {
 
 std::string FileOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 
-/// The shared object that is in memory under that path, or null.
+/// Returns the shared object that was loaded by that path, or null.
 const link_map* FindLoaded(const std::string& path) {
   const ObjectHandle handle(dlopen(path.c_str(), RTLD_LAZY | RTLD_NOLOAD));
   link_map* object = nullptr;
@@ -50,7 +50,7 @@ const link_map* FindLoaded(const std::string& path) {
   return object;
 }
 
-/// The object that the description of a class is in; null when the loader does not know it.
+/// Returns the object that contains the type information of a class; null if the loader has none.
 const link_map* FindObject(const std::type_info& type) {
   Dl_info info;
   void* object = nullptr;
@@ -58,7 +58,7 @@ const link_map* FindObject(const std::type_info& type) {
                                                               : nullptr;
 }
 
-/// The loader knows the program by an empty name.
+/// Whether the object is the program, which the loader lists with an empty name.
 bool IsProgram(const link_map& object) { return *object.l_name == '\0'; }
 
 std::string ProgramPath() {
@@ -66,7 +66,7 @@ std::string ProgramPath() {
   return std::filesystem::read_symlink("/proc/self/exe", error).string();
 }
 
-/// The path of an object that is the library; a program may contain the library itself.
+/// Returns the path of the object that contains the library, which may be the program.
 std::string PathOf(const link_map* object) {
   return object == nullptr || IsProgram(*object) ? ProgramPath() : object->l_name;
 }

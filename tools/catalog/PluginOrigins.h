@@ -12,7 +12,7 @@
 #include "kestrel/autocli/Dispatcher.h"
 #include "kestrel/autocli/NamespaceNode.h"
 
-/// The loader's entry of a shared object.
+/// The loader's entry for a shared object.
 struct link_map;
 
 namespace Kestrel::Catalog {
@@ -20,7 +20,7 @@ namespace Kestrel::Catalog {
 enum class PluginKind { BuiltIn, SharedLibrary, Descriptor };
 
 struct Plugin {
-  /// The path that it was loaded by; for a built-in plug-in that of the library or the program.
+  /// The path it was loaded from; for a built-in plug-in, the path of the library or the program.
   std::string path;
   /// The last component of the path; `kBuiltIn` for a built-in plug-in.
   std::string file;
@@ -29,15 +29,15 @@ struct Plugin {
 
 /// Determines the plug-in that a command comes from.
 ///
-/// A dispatcher does not remember it, so the command itself has to show it:
-/// - The class of a native command is in a shared object, which is the plug-in. A class with the
-///   same name and default visibility in two plug-ins is one class to the loader; its commands then
-///   count as those of the plug-in that was loaded first.
-/// - A command of a descriptor has a class of the library; its plug-in is the descriptor that
-///   declares its path. The descriptors are read again for that, once, when the first such command
-///   is asked for. One that cannot be read any more declares nothing.
+/// A dispatcher does not remember this, so it is derived from the command itself:
+/// - The class of a native command is in a shared object, which is the plug-in. If two plug-ins
+/// have classes of the same name with default visibility, the loader treats them as one class;
+/// their commands then count as those of the plug-in that was loaded first.
+/// - A command from a descriptor has a class of the library. Its plug-in is the descriptor that
+/// declares its path. For this, all descriptors are read again, once, when the plug-in of such a
+/// command is first requested. A descriptor that can no longer be read declares nothing.
 ///
-/// References and pointers that it returns live as long as the object does.
+/// Returned references and pointers are valid during the lifetime of the object.
 class PluginOrigins {
  public:
   explicit PluginOrigins(const AutoCli::Dispatcher& dispatcher);
@@ -47,20 +47,21 @@ class PluginOrigins {
   /// The registered plug-ins, in the order in which they were loaded.
   const std::vector<const Plugin*>& GetPlugins() const { return registered_; }
 
-  /// The plug-in of the command at `path`, or null when that cannot be found out; null for a
-  /// namespace of the library's class. It is none of `GetPlugins` when it failed after it had
-  /// registered the command, or when the command's class is in a library that the plug-in uses.
+  /// Returns the plug-in of the command at `path`; null if it cannot be determined, or if the node
+  /// is a namespace of the library's class. The result is not one of `GetPlugins` if the plug-in
+  /// failed after it had registered the command, or if the command's class is in a library that the
+  /// plug-in uses.
   const Plugin* FindPlugin(const AutoCli::NamespaceNode& command, const std::string& path);
 
-  /// The descriptors that declare the namespace at `path`.
+  /// Returns the descriptors that declare the namespace at `path`.
   std::vector<const Plugin*> FindDescriptors(const std::string& path);
 
  private:
   const Plugin* FindOwner(const std::type_info& type);
   const Plugin* FindOwner(const link_map* object);
   void AddPlugin(const std::string& name);
-  /// The library's built-in plug-in is the first. The program's come after it; the last of them
-  /// counts as that of all the program's commands.
+  /// Returns a built-in plug-in. The first one is the library's; the program's follow, and the last
+  /// of them counts as the plug-in of all commands of the program.
   const Plugin* FindBuiltIn(bool isOfLibrary) const;
   void ReadDescriptors();
 

@@ -41,7 +41,7 @@ namespace {
 /// The parameter that the library adds to every command.
 constexpr const char* kHelp = "help";
 
-/// Looks at every byte, without a branch for each.
+/// Checks every byte without a branch for each.
 bool IsAscii(const std::string& text) {
   unsigned bits = 0;
   for (const char c : text) {
@@ -50,7 +50,8 @@ bool IsAscii(const std::string& text) {
   return bits < 0x80;
 }
 
-/// `text` as valid UTF-8. Piece by piece, because the library's check ends at a NUL.
+/// Returns `text` as valid UTF-8. Converts it in pieces, because the library's check stops at a
+/// NUL.
 std::string Escaped(const std::string& text) {
   std::string escaped;
   std::size_t begin = 0;
@@ -67,7 +68,7 @@ std::string Escaped(const std::string& text) {
 
 std::string ReadText(const std::string& text) { return IsAscii(text) ? text : Escaped(text); }
 
-/// The library's own words for a documentation that was never set.
+/// The library has a fixed string for documentation that was never set.
 std::string ReadDocumentation(const std::string& text) {
   return text == MetaStruct::_docMissingStaticString ? std::string() : ReadText(text);
 }
@@ -80,7 +81,7 @@ std::map<std::string, std::string> ReadTexts(const std::map<std::string, std::st
   return read;
 }
 
-/// Throws KestrelException when there is no word for the kind.
+/// Throws KestrelException if there is no word for the kind.
 template <typename Kind>
 const Kind& RequireKnown(const Kind& kind) {
   WordOf(kind);
@@ -146,13 +147,13 @@ std::vector<Parameter> ReadParameters(CommandSpec& command) {
   return parameters;
 }
 
-/// The kind of a value and, if it is a structure or a list of structures, their structure.
+/// The kind of a value and, for a structure or a list of structures, that structure.
 struct Shape {
   ValueKind kind;
   std::shared_ptr<const MetaStruct> structure;
 };
 
-/// Looks at the class of a value only if its kind says that there is more to see.
+/// Checks the class of a value only if its kind has more details.
 Shape ReadShape(const std::shared_ptr<MetaObject>& value) {
   Shape shape;
   shape.kind.type = value->GetType();
@@ -202,7 +203,7 @@ Result ReadResult(const OutputSpec& declared) {
   return result;
 }
 
-/// What `read` throws, as text; nothing when it ends well.
+/// Calls `read` and returns the message of the exception that it throws; nothing if it succeeds.
 template <typename Read>
 std::optional<std::string> CatchFault(Read read) {
   try {
@@ -222,8 +223,8 @@ void SortByPath(std::vector<Element>& elements) {
   });
 }
 
-/// The walk from the root down. Paths are made of the names on the way and not asked of the nodes,
-/// whose links upwards may lead elsewhere.
+/// The walk from the root down. Paths consist of the names on the way. The nodes are not asked for
+/// their paths, because their parents may be different ones.
 class TreeWalk {
  public:
   explicit TreeWalk(const AutoCli::Dispatcher& dispatcher) : origins_(dispatcher) {}
@@ -241,7 +242,7 @@ class TreeWalk {
   using Nodes = std::vector<std::shared_ptr<NamespaceNode>>;
   using Names = std::set<std::string>;
 
-  /// Adds to `plugins` those that are found below the node.
+  /// Adds the plug-ins that are found below the node to `plugins`.
   void VisitChildren(const NamespaceNode& node, const Nodes& children, const std::string& prefix,
                      Names& plugins) {
     above_.push_back(&node);

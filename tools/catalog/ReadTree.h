@@ -11,18 +11,19 @@
 
 namespace Kestrel::Catalog {
 
-/// Everything that the tree of `dispatcher` declares at this moment, in one walk from the root.
+/// Returns everything that the tree of `dispatcher` declares at present. Walks the tree once from
+/// the root.
 ///
-/// Asks every command for its parameters and its result; whatever one of them throws becomes a
-/// fault of the tree, and so does a node that only has the type of a command, that is below
-/// itself, or that has the path of another node. Runs no command. The result does not depend on the
-/// order in which the plug-ins were loaded, as long as that order left the same tree.
+/// Asks every command for its parameters and its result, but runs none. A fault of the tree is
+/// recorded if a command throws an exception, and for nodes that claim to be a command without
+/// being one, that are below themselves, or that have the path of another node. The result does not
+/// depend on the order in which plug-ins were loaded, as long as the order left the same tree.
 Tree ReadTree(const AutoCli::Dispatcher& dispatcher);
 
-/// What one command declares, with `path` as its path and without its plug-in.
+/// Returns what a command declares, with `path` as its path and without its plug-in.
 ///
-/// Throws what the declaration throws, and KestrelException when it declares a kind that does not
-/// exist.
+/// Throws the exceptions of the declaration, and KestrelException if it declares a kind that does
+/// not exist.
 Command ReadCommand(AutoCli::CommandSpec& command, const std::string& path);
 
 }  // namespace Kestrel::Catalog

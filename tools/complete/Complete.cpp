@@ -88,7 +88,7 @@ class LineCompleter {
     }
   }
 
-  // The parameter whose value is at the cursor.
+  // Returns the parameter whose value is at the cursor.
   std::shared_ptr<ParameterSpec> FindParameter() {
     for (const auto& parameter : context_.command->GetInputSpec()->GetParameters()) {
       if (line_.option &&
@@ -124,7 +124,7 @@ class LineCompleter {
     }
   }
 
-  // The short name only after a dash: both together say the same twice.
+  // Offers the short name only after a single dash, because both names together are redundant.
   void AddParameter(const ParameterSpec& parameter) {
     const std::string description = parameter.GetDescription(true);
     completion_.Add(line_.word, "--" + parameter.GetName(), description);

@@ -10,9 +10,9 @@
 
 namespace Kestrel::Complete {
 
-/// What the word at the cursor may become, in the tree that `dispatcher` has loaded. Values from
-/// data are left out when they take longer than the deadline. Throws what a plug-in's own
-/// declaration throws.
+/// Returns the possible completions of the word at the cursor, based on the tree that `dispatcher`
+/// has loaded. Omits values from data that take longer than the deadline. Throws the exceptions of
+/// a plug-in's declaration.
 Completion CompleteLine(const AutoCli::Dispatcher& dispatcher, const CursorLine& line,
                         Deadline deadline);
 

@@ -8,22 +8,22 @@
 
 namespace Kestrel::Complete {
 
-/// One way to complete the word at the cursor.
+/// A possible completion of the word at the cursor.
 struct Candidate {
   /// The whole word, not only what is missing.
   std::string word;
-  /// Empty, or what the word means.
+  /// What the word means, or empty.
   std::string description;
 };
 
-/// What the shell does beyond offering the candidates.
+/// What the shell does in addition to offering the candidates.
 enum class Directive {
   None,
   /// Offers files too.
   Files,
   /// Offers folders too.
   Folders,
-  /// Writes no space after the word, because it can go on.
+  /// Adds no space after the word, because more may follow.
   NoSpace
 };
 
@@ -35,9 +35,9 @@ struct Completion {
   void Add(const std::string& prefix, std::string word, std::string description = {});
 };
 
-/// The lines for the scripts of the shells: "WORD" or "WORD<tab>description" for each candidate,
-/// then ":" and the name of the directive. Words with control characters, which a line cannot
-/// contain, are left out, and so are repeated words; in descriptions such characters become spaces.
+/// Returns the lines for the shell scripts: "WORD" or "WORD<tab>description" for each candidate,
+/// then ":" and the name of the directive. Omits repeated words, and words with control characters,
+/// which a line cannot contain; in descriptions, such characters become spaces.
 std::string WriteCompletion(const Completion& completion);
 
 }  // namespace Kestrel::Complete

@@ -15,7 +15,7 @@ namespace {
 
 bool BeginsWith(const std::string& text, const char* prefix) { return text.rfind(prefix, 0) == 0; }
 
-// Whether the last word is an option that still lacks its value.
+// Whether the last word is an option without its value.
 bool EndsWithOpenOption(const Words& words) {
   return !words.empty() && words.back().find('=') == std::string::npos &&
          AutoCli::OptionParser().IsParameter(words.back());
@@ -69,7 +69,7 @@ CursorLine ReadCursorLine(const Words& words, std::size_t index) {
 
   Words all = before;
   if (line.option) {
-    // Without a value it would not be an option.
+    // A word is an option only if it has a value, so a value is added.
     all.push_back(line.word == line.beforeValue ? line.word + "?" : line.word);
   }
   all.insert(all.end(), after.begin(), after.end());

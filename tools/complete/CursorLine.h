@@ -13,7 +13,7 @@
 
 namespace Kestrel::Complete {
 
-/// Where on the road of a command line a word is.
+/// The part of a command line that a word belongs to.
 enum class Place {
   /// Before the path: an option of the dispatcher, or the first word of the path.
   BeforePath,
@@ -30,28 +30,30 @@ struct CursorLine {
   Place place = Place::BeforePath;
   /// The word up to the cursor.
   std::string word;
-  /// What precedes the part of the word that is a value: "--sort=", or nothing.
+  /// The start of the word before its value, such as "--sort="; empty if the whole word is the
+  /// value.
   std::string beforeValue;
-  /// The name of the option that the word, or its end, is the value of.
+  /// The name of the option whose value is the word, or the end of the word.
   std::optional<std::string> option;
   /// Whether an option would take any word here as its value.
   bool followsOption = false;
   /// The words of the path before the cursor.
   Vexil::Words path;
-  /// The whole line without an unfinished option at the cursor: what is given already, also after
-  /// the cursor, and the path of the command even if the cursor is before it.
+  /// The whole line without an unfinished option at the cursor. Includes the options after the
+  /// cursor, and the path of the command even if the cursor is before it.
   Vexil::CommandLine given;
   /// The dispatcher options without the one at the cursor.
   std::vector<Vexil::TypedOption> settledOptions;
-  /// Whether nothing but the tool's name and the word is in the line.
+  /// Whether the line contains only the tool's name and the word.
   bool isOnlyWord = false;
 
   /// The part of the word that is a value.
   std::string GetValue() const { return word.substr(beforeValue.size()); }
 };
 
-/// Reads the words of a line, the first of which is the tool's name. `index` is at least 1 and at
-/// most the number of words; in the latter case the cursor is after the last word.
+/// Parses the words of a line; the first one is the tool's name. `index` is the index of the word
+/// at the cursor, from 1 to the number of words; the latter means that the cursor is after the last
+/// word.
 CursorLine ReadCursorLine(const Vexil::Words& words, std::size_t index);
 
 }  // namespace Kestrel::Complete

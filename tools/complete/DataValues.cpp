@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The child writes each value and a NUL, at the end the mark. Without the mark the result is not
-// whole and does not count.
+// The child process writes each value followed by a NUL, and a marker at the end. Without the
+// marker, the result is incomplete and is ignored.
 
 #include "tools/complete/DataValues.h"
 
@@ -45,7 +45,7 @@ namespace {
 
 constexpr char kMark = '.';
 
-// More than a person can choose from; a bound for a command that never stops writing.
+// More than a person can choose from. Limits a command that never stops writing.
 constexpr std::size_t kMaxBytes = 16 << 20;
 
 struct Source {
@@ -65,7 +65,7 @@ bool ChangesSomething(const Command& command) {
   return found != command.GetMetaData().end() && found->second == "true";
 }
 
-// Its command is null when it cannot serve.
+// The result has no command if that cannot be used.
 Source FindSource(const AutoCli::Dispatcher& dispatcher, const std::string& text) {
   const std::size_t end = std::min(text.find(' '), text.size());
   Source source;
@@ -103,7 +103,7 @@ void AddField(const std::shared_ptr<MetaObject>& value, const std::string& field
   }
 }
 
-// The field of a structure, or of each structure in a list.
+// Returns the field of a structure, or of each structure in a list.
 std::string CollectField(const std::shared_ptr<MetaObject>& root, const std::string& field) {
   std::string text;
   if (root == nullptr || root->GetType() != MetaType::List) {
@@ -117,7 +117,7 @@ std::string CollectField(const std::shared_ptr<MetaObject>& root, const std::str
   return text;
 }
 
-// A relative folder in PATH, also an empty one, would find programs in the current folder.
+// A relative or empty folder in PATH would find programs in the current folder.
 void KeepAbsoluteFolders() {
   const char* path = std::getenv("PATH");
   std::string folders;
@@ -151,7 +151,8 @@ bool RunCommand(const Source& source, int descriptor) {
 }
 
 [[noreturn]] void RunInChild(const Source& source, int descriptor) {
-  // A group of its own, so that all that the command starts can be killed with it.
+  // The child gets its own process group, so that it can be killed with all processes that it
+  // starts.
   setpgid(0, 0);
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   KeepAbsoluteFolders();
@@ -163,7 +164,7 @@ bool RunCommand(const Source& source, int descriptor) {
   }
 }
 
-// False at the end, at the deadline and after an error.
+// Returns false at the end, at the deadline and after an error.
 bool WaitForData(int descriptor, Deadline deadline) {
   const auto left =
       std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());

@@ -13,12 +13,13 @@ namespace Kestrel::Complete {
 
 using Deadline = std::chrono::steady_clock::time_point;
 
-/// The values of one field in the result of a command; `source` is the path of the command, its
-/// words separated by full stops, one space and the field: "network.interface.list Name".
+/// Returns the values of a field in the result of a command. `source` is the path of the command,
+/// with its words separated by full stops, a space and the field: "network.interface.list Name".
 ///
-/// Runs the command in a child process, in the root folder and with absolute folders alone in PATH.
-/// At the deadline the child is killed with all that it started. Empty when that happens or the
-/// command fails, when it needs a parameter, or when its meta-data say that it changes something.
+/// Runs the command in a child process, whose current folder is the root folder and whose PATH
+/// contains only absolute folders. At the deadline, the child is killed with all processes that it
+/// started. Returns no values in that case, if the command fails or needs a parameter, or if its
+/// meta-data says that it changes something.
 std::vector<std::string> ReadDataValues(const AutoCli::Dispatcher& dispatcher,
                                         const std::string& source, Deadline deadline);
 

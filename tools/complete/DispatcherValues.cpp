@@ -34,12 +34,13 @@ void AddFormatters(const ValueContext& context, Completion& completion) {
   }
 }
 
-// The declared result of the command, null while there is no command.
+// Returns the declared result of the command; null if there is no command.
 std::shared_ptr<MetaObj::MetaObject> GetResult(const ValueContext& context) {
   return context.command == nullptr ? nullptr : context.command->GetOutputSpec()->GetRootObject();
 }
 
-// The one of the line, else the command's own; a table while there is no command.
+// Returns the formatter on the line, otherwise the default formatter of the command; "table" if
+// there is no command.
 std::string GetFormatter(const ValueContext& context) {
   for (const Vexil::TypedOption& option : context.line.settledOptions) {
     if (option.name == "formatter") {
@@ -68,7 +69,7 @@ void AddKeys(const ValueContext& context, Completion& completion) {
   }
 }
 
-// The names in the list that is being typed, after the last comma of which `begin` is.
+// Adds the names for the list being typed, whose last name starts at `begin`.
 void AddNames(const CursorLine& line, std::size_t begin, const Words& names,
               Completion& completion) {
   const std::size_t listBegin = line.word.find('=', line.beforeValue.size()) + 1;
@@ -80,8 +81,8 @@ void AddNames(const CursorLine& line, std::size_t begin, const Words& names,
   }
 }
 
-// The fields that the value of the key may name. The tool's own formatters know them by their
-// paths, those of the library by their names.
+// Returns the fields that the value of the key may contain. The tool's own formatters identify
+// fields by their paths, those of the library by their names.
 Words ListFields(const ValueContext& context, const std::string& key) {
   const std::shared_ptr<MetaObj::MetaObject> result = GetResult(context);
   const std::vector<ResultType> types = Vexil::ListResultTypes(result);
@@ -91,7 +92,7 @@ Words ListFields(const ValueContext& context, const std::string& key) {
   return key == "fields" ? Vexil::ListFieldPaths(result) : Words();
 }
 
-// A field to sort by; after "-" the greatest value comes first.
+// Adds the fields to sort by. A "-" before the field reverses the order.
 void AddSortFields(const ValueContext& context, std::size_t begin, Completion& completion) {
   const CursorLine& line = context.line;
   const bool isDescending = line.word.compare(begin, 1, "-") == 0;

@@ -30,7 +30,7 @@ void LoadTrusted(Dispatcher& dispatcher, const std::string& file) {
   }
 }
 
-// In the order of the dispatcher, which loads files in byte order.
+// Loads files in byte order, like the dispatcher.
 void LoadFolder(Dispatcher& dispatcher, const std::string& folder) {
   std::error_code error;
   std::set<std::string> files;

@@ -10,8 +10,8 @@
 
 namespace Kestrel::Complete {
 
-/// Loads the tool's own plug-in, those of the default folders, and of the options --plugin-dir and
-/// --plugin those files that are trusted. A file that cannot be loaded is left out.
+/// Loads the tool's own plug-in, those in the default folders, and the trusted files among those
+/// that the options --plugin-dir and --plugin specify. Skips files that cannot be loaded.
 void LoadPlugins(AutoCli::Dispatcher& dispatcher, const std::vector<Vexil::TypedOption>& options);
 
 }  // namespace Kestrel::Complete

@@ -19,7 +19,7 @@ namespace {
 struct BooleanWord {
   const char* word;
   const char* description;
-  /// Offered only when its first letter has been typed.
+  /// Whether the word is offered only after its first letter has been typed.
   bool isSynonym;
 };
 

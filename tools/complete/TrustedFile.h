@@ -7,10 +7,11 @@
 
 namespace Kestrel::Complete {
 
-/// Whether the file at an absolute path may be loaded while a user only types: only root and the
-/// user can have written it. The file, with all links followed, belongs to one of them and only
-/// its owner may write it; each folder above it belongs to one of them, and others may not write
-/// it, or not remove what is not theirs. False for a relative path.
+/// Whether the file at an absolute path may be loaded while a user is only typing, because only
+/// root and the user can have written it. This is so if the file, with all links followed, belongs
+/// to one of them and only its owner may write it, and each folder above it belongs to one of them
+/// and others may not write to it, or may not remove files of others from it. False for a relative
+/// path.
 bool IsTrustedFile(const std::string& path);
 
 }  // namespace Kestrel::Complete

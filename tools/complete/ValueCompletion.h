@@ -14,17 +14,18 @@
 
 namespace Kestrel::Complete {
 
-/// What the values at the cursor may depend on.
+/// What the completion of a value depends on.
 struct ValueContext {
   const AutoCli::Dispatcher& dispatcher;
   const CursorLine& line;
-  /// The command of the line, null when it names none (yet).
+  /// The command on the line; null if it names none, or none yet.
   std::shared_ptr<AutoCli::CommandSpec> command;
   Deadline deadline;
 };
 
 /// Adds the values of a parameter of the command: those of its constraint, the words of a boolean,
-/// or those that the meta-data `complete:PARAMETER` of the command lead to. None of a secret.
+/// or those from the source in the command's meta-data `complete:PARAMETER`. Adds none for a
+/// secret.
 void AddParameterValues(const ValueContext& context, const CallSpec::ParameterSpec& parameter,
                         Completion& completion);
 

@@ -46,7 +46,7 @@ constexpr const char* kUsage =
     "colon\n"
     "followed by nothing, \"files\", \"folders\" or \"nospace\".\n";
 
-// The index, at most the number of the words; nothing for anything else.
+// Parses the index, which is at most the number of words. Returns nothing for anything else.
 std::optional<std::size_t> ReadIndex(std::string_view text, std::size_t count) {
   std::size_t index = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), index);
@@ -54,8 +54,8 @@ std::optional<std::size_t> ReadIndex(std::string_view text, std::size_t count) {
   return isIndex ? std::optional(index) : std::nullopt;
 }
 
-// Connects the standard streams to nothing, because plug-ins may read, print and complain; returns
-// a descriptor of the former standard output.
+// Connects the standard streams to /dev/null, because plug-ins may read from and write to them.
+// Returns a descriptor of the original standard output.
 int TakeStandardOutput() {
   const int output = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
   const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
@@ -74,7 +74,7 @@ Completion CompleteAt(const Words& words, std::size_t index) {
   return Kestrel::Complete::CompleteLine(*dispatcher, line, deadline);
 }
 
-// Whatever a plug-in throws: a shell has no use for the message.
+// Ignores all exceptions of plug-ins, because a shell has no use for their messages.
 Completion TryToCompleteAt(const Words& words, std::size_t index) {
   if (index == 0) {
     return {};
