@@ -32,8 +32,8 @@ CommandLine SplitArguments(int argc, const char* const* argv) {
   return SplitCommandLine(arguments);
 }
 
-// The message ends at the word that names nothing; the arguments have the words after it too. They
-// do not begin with the words of the message when the line was read from a file.
+// The message ends with the unknown word; the arguments also contain the words after it. The
+// arguments do not begin with the words of the message if the line was read from a file.
 Words CompletePath(const Words& known, const Words& arguments) {
   // An argument may contain a whole path.
   const Words path = SplitWords(JoinWords(arguments, " "), " ");
@@ -52,7 +52,7 @@ std::string FindSuggestions(const AutoCli::Dispatcher& dispatcher, const Words& 
   return DidYouMean(SuggestPaths(ListNodePaths(*root), CompletePath(*known, path)));
 }
 
-// Through the C stream: a plug-in may have set a width on std::cerr or made it throw.
+// Uses the C stream, because a plug-in may have set a width on std::cerr or made it throw.
 void PrintLine(const std::string& line) {
   const std::string shown = AutoCli::MessageFor(STDERR_FILENO, line);
   std::fprintf(stderr, "%s\n", shown.c_str());

@@ -10,9 +10,9 @@
 
 namespace Kestrel::Vexil {
 
-/// An option as it was typed.
+/// An option as typed.
 struct TypedOption {
-  /// With its dashes, without its value: "--sort" or "-s".
+  /// Includes the dashes but not the value: "--sort" or "-s".
   std::string spelling;
   /// Without the dashes.
   std::string name;
@@ -21,8 +21,8 @@ struct TypedOption {
   bool tookWord = false;
 };
 
-/// The parts of a command line. Other than the library's parser, it remembers which values are
-/// words of their own.
+/// The parts of a command line. Unlike the result of the library's parser, it includes which values
+/// were separate words.
 struct CommandLine {
   std::vector<TypedOption> dispatcherOptions;
   Words path;

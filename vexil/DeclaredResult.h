@@ -10,8 +10,8 @@
 
 namespace Kestrel::Vexil {
 
-/// What the command that the arguments name declares as its result. Null if they name no command,
-/// or if command lines are read from elsewhere.
+/// Returns the result that the command named by the arguments declares. Null if they do not name a
+/// command, or if command lines are read from a file or standard input.
 std::shared_ptr<MetaObj::MetaObject> FindDeclaredResult(const AutoCli::Dispatcher& dispatcher,
                                                         int argc, const char* const* argv);
 

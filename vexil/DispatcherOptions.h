@@ -8,7 +8,7 @@
 
 namespace Kestrel::Vexil {
 
-/// An option for the tool itself, which comes before the path.
+/// An option of the tool itself, which precedes the path.
 struct DispatcherOption {
   /// Without dashes; a short option has one letter.
   std::string name;
@@ -17,10 +17,10 @@ struct DispatcherOption {
   bool isRepeatable = false;
 };
 
-/// All of them, in byte order of their names.
+/// Returns all options, in byte order of their names.
 const std::vector<DispatcherOption>& GetDispatcherOptions();
 
-/// The one with exactly this name, or null.
+/// Returns the option with exactly this name, or null.
 const DispatcherOption* FindDispatcherOption(const std::string& name);
 
 }  // namespace Kestrel::Vexil

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The table of the distances between all beginnings of both strings, row by row. A row belongs to a
-// beginning of `left`; a swap needs the row before the last one too.
+// Computes, row by row, a table of the distances between all prefixes of both strings. A row
+// belongs to a prefix of `left`; a swap also needs the row before the previous one.
 
 #include "vexil/EditDistance.h"
 

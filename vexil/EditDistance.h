@@ -8,8 +8,8 @@
 
 namespace Kestrel::Vexil {
 
-/// The least number of edits that turn one string into the other. An edit inserts, removes or
-/// replaces a byte, or swaps two neighbours; no byte is edited twice.
+/// Returns the least number of edits that turn one string into the other. An edit inserts, removes
+/// or replaces a byte, or swaps two adjacent bytes; no byte is edited twice.
 std::size_t EditDistance(std::string_view left, std::string_view right);
 
 }  // namespace Kestrel::Vexil

@@ -13,7 +13,7 @@ std::shared_ptr<NamespaceNode> FindNode(const std::shared_ptr<NamespaceNode>& ro
                                         const Words& path) {
   std::shared_ptr<NamespaceNode> node = root;
   for (const std::string& word : path) {
-    // A command throws when it is asked for a child.
+    // A command throws if it is asked for a child.
     if (!node->HasNamespaceNode(word)) {
       return nullptr;
     }

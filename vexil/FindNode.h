@@ -10,7 +10,8 @@
 
 namespace Kestrel::Vexil {
 
-/// The node at `path` below `root`, `root` itself for an empty path; null when there is none.
+/// Returns the node at `path` below `root`, or `root` itself if the path is empty; null if there is
+/// none.
 std::shared_ptr<AutoCli::NamespaceNode> FindNode(
     const std::shared_ptr<AutoCli::NamespaceNode>& root, const Words& path);
 

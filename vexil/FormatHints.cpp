@@ -28,7 +28,7 @@ bool Contains(const Names& names, const std::string& name) {
   return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-// " Did you mean ...?" when a name is near, otherwise all names.
+// Returns " Did you mean ...?" if a name is similar, otherwise a list of all names.
 std::string AskForOrList(const std::string& typed, const Names& names, const std::string& lead) {
   const Names near = NearestNames(typed, names, kMaxNames);
   if (!near.empty() || names.empty()) {
@@ -37,7 +37,7 @@ std::string AskForOrList(const std::string& typed, const Names& names, const std
   return " " + lead + " " + JoinWords(names, ", ") + ".";
 }
 
-// The last value counts.
+// Returns the last of several such options, because its value counts.
 const TypedOption* FindOption(const CommandLine& line, const std::string& name) {
   const auto found =
       std::find_if(line.dispatcherOptions.rbegin(), line.dispatcherOptions.rend(),
@@ -77,7 +77,7 @@ bool IsHelpWanted(const CommandLine& line) {
       [](const TypedOption& option) { return option.name == "help" || option.name == "h"; });
 }
 
-// Checks the format parameters of one line against what its command and formatter know.
+// Checks the format parameters of a line against those that its command and formatter know.
 class ParameterCheck {
  public:
   ParameterCheck(const HintContext& context, Hints& hints)

@@ -14,7 +14,7 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-// Keys as the formatter knows them. <T> stands for each type, <T>.<F> for each of its fields.
+// The keys of a formatter. <T> stands for each type, <T>.<F> for each of its fields.
 struct FormatterKeys {
   std::string_view formatter;
   std::array<std::string_view, 9> keys;

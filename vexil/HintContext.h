@@ -18,25 +18,27 @@ struct HintContext {
   const AutoCli::Dispatcher& dispatcher;
   const CommandLine& line;
   /// The command that the line names, or would name if its last dispatcher option had not taken the
-  /// first word of the path; null when there is none.
+  /// first word of the path as its value; null if there is none.
   std::shared_ptr<AutoCli::CommandSpec> command;
-  /// The path of the command, in quotes.
+  /// The path of the command, in single quotes.
   std::string quotedPath;
 };
 
 using Hints = std::vector<std::string>;
 
-/// Options that do not exist where they are, values that are not accepted.
+/// Adds hints about options that are unknown on their side of the path, and about values that are
+/// not accepted.
 void AddOptionHints(const HintContext& context, Hints& hints);
 
-/// The formatter, its parameters, and the width to format for.
+/// Adds hints about the formatter, its parameters, and the width of the output.
 void AddFormatHints(const HintContext& context, Hints& hints);
 
-/// `text` in single quotes; control characters, which would act on the terminal, become '?'.
+/// Returns `text` in single quotes. Replaces control characters, which could control the terminal,
+/// by '?'.
 std::string Quote(std::string text);
 
-/// " Did you mean 'A' or 'B'?", or " Did you mean --A or --B?" with such a prefix; empty when there
-/// are no names.
+/// Returns " Did you mean 'A' or 'B'?" or, with the prefix "--", " Did you mean --A or --B?". Empty
+/// if there are no names.
 std::string AskFor(const std::vector<std::string>& names, const std::string& prefix = "");
 
 }  // namespace Kestrel::Vexil

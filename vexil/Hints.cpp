@@ -25,7 +25,8 @@ struct PathOfLine {
   std::shared_ptr<NamespaceNode> node;
 };
 
-// An option that needs no value, or does not exist, takes the first word of the path all the same.
+// Even an option that needs no value or does not exist takes the first word of the path as its
+// value.
 bool MayHaveTakenPath(const CommandLine& line) {
   if (line.dispatcherOptions.empty() || !line.dispatcherOptions.back().tookWord) {
     return false;

@@ -11,11 +11,11 @@
 
 namespace Kestrel::Vexil {
 
-/// What a person may want to know about the mistakes in a command line, a sentence or two each:
-/// options and values that are nearly right, that are on the wrong side of the path, or that have
-/// no effect. Empty when there is nothing to say. Never contains the value of a secret.
+/// Returns hints about the mistakes in a command line, of one or two sentences each: about options
+/// and values that are nearly right, that are on the wrong side of the path, or that have no
+/// effect. Empty if there are none. A hint never contains the value of a secret.
 ///
-/// Throws what the declaration of the command throws.
+/// Throws the exceptions of the command's declaration.
 std::vector<std::string> FindHints(const AutoCli::Dispatcher& dispatcher, const CommandLine& line);
 
 }  // namespace Kestrel::Vexil

@@ -13,7 +13,7 @@ using AutoCli::NodeType;
 
 namespace {
 
-// Far beyond every tree that a person uses; small enough to search at once.
+// Far beyond every tree that a person uses, but small enough to be searched quickly.
 constexpr std::size_t kMaxDepth = 16;
 constexpr std::size_t kMaxPaths = 20000;
 

@@ -15,9 +15,9 @@ struct NodePath {
   bool isCommand = false;
 };
 
-/// The paths of all nodes below `root`, each after the one that it is below. Bounded in depth and
-/// number, because a plug-in can register a namespace below itself. Throws what a plug-in's own
-/// node throws.
+/// Returns the paths of all nodes below `root`, each after the path of its parent. Depth and number
+/// are limited, because a plug-in can register a namespace below itself. Throws the exceptions of a
+/// plug-in's node.
 std::vector<NodePath> ListNodePaths(AutoCli::NamespaceNode& root);
 
 }  // namespace Kestrel::Vexil

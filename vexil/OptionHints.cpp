@@ -54,7 +54,7 @@ std::vector<std::string> GetDispatcherOptionNames() {
   return names;
 }
 
-// The accepted values, empty unless they are enumerated.
+// Returns the accepted values if they are enumerated, otherwise none.
 std::vector<std::string> GetAcceptedValues(const ParameterSpec& parameter) {
   const std::shared_ptr<ParameterConstraint>& constraint = parameter.GetConstraint();
   if (constraint == nullptr) {

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Words and names are aligned as bytes are in an edit distance: a table contains the cost of each
-// beginning of the typed words against each beginning of the names.
+// Words and names are aligned in the same way as bytes in an edit distance: a table contains the
+// cost of aligning each prefix of the typed words with each prefix of the names.
 
 #include "vexil/PathCost.h"
 
@@ -22,7 +22,8 @@ constexpr int kMissingCost = 3;
 constexpr int kForeignCost = 8;
 constexpr int kSurplusCost = 6;
 
-// Six missing names: the name of a command alone finds it on any level of a usual tree.
+// Allows six missing names, so that the name of a command alone finds it on any level of a usual
+// tree.
 constexpr int kMaxCost = 20;
 constexpr int kFar = 1000;
 constexpr std::size_t kMaxForeignWords = 2;
@@ -35,7 +36,7 @@ class Alignment {
         names_(names),
         costs_((typed_.size() + 1) * (names.size() + 1), kFar) {}
 
-  /// The cost of the whole, `kFar` or more when it is not near.
+  /// Returns the total cost; `kFar` or more if the path is not similar.
   int Measure() {
     At(0, 0) = 0;
     for (std::size_t i = 0; i <= typed_.size(); ++i) {
@@ -80,7 +81,8 @@ class Alignment {
   std::vector<int> costs_;
 };
 
-// The cost when the first words are none of this path. One word that remains has to be the path.
+// Returns the cost if the first `foreign` words do not belong to this path. If one word remains, it
+// must be the whole path.
 int MeasureAfter(std::size_t foreign, const Words& typed, const Words& names) {
   const int cost = Alignment(typed, foreign, names).Measure();
   const bool isEnough = foreign == 0 || cost == 0 || typed.size() - foreign > 1;

@@ -9,11 +9,11 @@
 
 namespace Kestrel::Vexil {
 
-/// How far typed words are from the path of a node; nothing when the path is not near.
+/// Returns how much typed words differ from the path of a node; nothing if they are not similar.
 ///
-/// Each typed word has to be near a name of the path, in order. Names may be missing, two
-/// neighbours may be swapped, or written as one word or one as two. Words too many are accepted
-/// before an otherwise good path, and after the exact path of a command.
+/// Each typed word has to be similar to a name of the path, in the same order. Names may be
+/// missing, two adjacent names may be swapped, two may be written as one word, or one as two. Extra
+/// words are accepted before an otherwise matching path, and after the exact path of a command.
 std::optional<int> PathCost(const Words& typed, const NodePath& path);
 
 }  // namespace Kestrel::Vexil

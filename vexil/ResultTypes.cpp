@@ -17,10 +17,11 @@ using MetaObj::MetaType;
 
 namespace {
 
-// Deeper than any result that a person prints; a declaration can contain itself.
+// Deeper than any result that a person prints. A limit is needed because a declaration can contain
+// itself.
 constexpr std::size_t kMaxDepth = 8;
 
-// The structure itself, or the one that every element of the list has.
+// Returns the structure itself, or the structure of a list's elements.
 std::shared_ptr<MetaStruct> FindStructure(const std::shared_ptr<MetaObject>& value) {
   if (value != nullptr && value->GetType() == MetaType::List) {
     return std::static_pointer_cast<MetaList>(value)->GetListStructure();

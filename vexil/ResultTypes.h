@@ -18,11 +18,11 @@ struct ResultType {
   std::vector<std::string> fields;
 };
 
-/// The structures in the declared root of a result: the outermost first, each followed by those
-/// within it. Empty when `root` is null or contains none.
+/// Returns the structures in the declared root of a result: the outermost one first, each followed
+/// by those inside it. Empty if `root` is null or contains none.
 std::vector<ResultType> ListResultTypes(const std::shared_ptr<MetaObj::MetaObject>& root);
 
-/// The fields of the same structures as paths from the root: "Usage", then "Usage.Free".
+/// Returns the fields of these structures as paths from the root: "Usage", then "Usage.Free".
 std::vector<std::string> ListFieldPaths(const std::shared_ptr<MetaObj::MetaObject>& root);
 
 }  // namespace Kestrel::Vexil

@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::size_t kMaxSuggestions = 3;
 
-// An edit or a missing name more than in the best suggestion is too much.
+// A suggestion may exceed the best one by less than an edit or a missing name.
 constexpr int kMaxExcess = 2;
 
 struct Candidate {
@@ -29,7 +29,7 @@ bool IsBetter(const Candidate& left, const Candidate& right) {
          std::forward_as_tuple(right.cost, right.words->size(), *right.words);
 }
 
-// Results write the path of a namespace with full stops: "storage.mount".
+// In results, the path of a namespace contains full stops: "storage.mount".
 Words SplitAll(const Words& typed) { return SplitWords(JoinWords(typed, "."), "./"); }
 
 std::vector<Candidate> FindCandidates(const std::vector<NodePath>& paths, const Words& typed) {

@@ -10,11 +10,11 @@
 
 namespace Kestrel::Vexil {
 
-/// The paths that the user may have meant by `typed`, at most three, the nearest first; empty when
-/// none is near. Each is the whole path, its words separated by a space.
+/// Returns at most three paths that the user may have meant by `typed`, the most similar first;
+/// empty if none is similar. Each is a whole path, its words separated by a space.
 std::vector<std::string> SuggestPaths(const std::vector<NodePath>& paths, const Words& typed);
 
-/// "Did you mean: A, B?", or nothing when there are no suggestions.
+/// Returns "Did you mean: A, B?", or an empty string if there are no suggestions.
 std::string DidYouMean(const std::vector<std::string>& suggestions);
 
 }  // namespace Kestrel::Vexil

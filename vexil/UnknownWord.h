@@ -10,10 +10,10 @@
 
 namespace Kestrel::Vexil {
 
-/// The words of the path that a message about a word that names nothing is about, up to that word;
-/// nothing for every other message.
+/// If `message` is about an unknown word of a path, returns the words of the path up to and
+/// including that word; otherwise nothing.
 ///
-/// The message is all that is left of a line that was read from a file.
+/// For a line that was read from a file, the message is the only source of these words.
 std::optional<Words> ReadUnknownWord(const std::string& message);
 
 }  // namespace Kestrel::Vexil

@@ -16,7 +16,7 @@ constexpr int kCaseCost = 1;
 constexpr int kPluralCost = 2;
 constexpr int kAbbreviationCost = 6;
 
-// A longer word is not a mistyped name, and the time for the distance grows with its square.
+// A longer word is not a mistyped name, and the time needed grows with the square of the length.
 constexpr std::size_t kMaxWordLength = 64;
 constexpr std::size_t kMinAbbreviationLength = 3;
 constexpr std::size_t kMinNounLength = 3;
@@ -42,11 +42,11 @@ bool IsAbbreviationOf(const std::string& typed, const std::string& name) {
   return typed.size() >= kMinAbbreviationLength && name.compare(0, typed.size(), typed) == 0;
 }
 
-// One edit in three characters, two in seven, three in eleven. In a shorter word one edit leaves
-// too little to recognize it by.
+// One edit in three characters, two in seven, three in eleven. After an edit, a shorter word is too
+// short to be recognized.
 std::size_t GetEditLimit(std::size_t length) { return length < 3 ? 0 : (length + 1) / 4; }
 
-// Nothing when there are too many edits.
+// Returns nothing if there are too many edits.
 std::optional<int> GetEditCost(const std::string& typed, const std::string& name) {
   const auto [shorter, longer] = std::minmax({typed.size(), name.size()});
   const std::size_t limit = GetEditLimit(longer);

@@ -11,16 +11,16 @@
 
 namespace Kestrel::Vexil {
 
-/// What one edit of a word costs; the measure of all costs.
+/// The cost of one edit of a word, which is the unit of all costs.
 inline constexpr int kEditCost = 4;
 
-/// How far a typed word is from a name; nothing when the name is not near. In ascending order: the
-/// same word, another case, singular and plural, few edits (fewer in a short word), the beginning
-/// of the name.
+/// Returns how much a typed word differs from a name; nothing if they are not similar. The cost
+/// increases in this order: the same word, a different case, singular instead of plural or the
+/// reverse, a few edits (fewer in a short word), a prefix of the name.
 std::optional<int> WordCost(std::string_view typed, std::string_view name);
 
-/// The first `limit` of those names that are nearest to `typed`, all at the same cost; empty when
-/// none is near.
+/// Returns the names that are most similar to `typed`, all at the same cost, but at most `limit`.
+/// Empty if none is similar.
 std::vector<std::string> NearestNames(std::string_view typed, const std::vector<std::string>& names,
                                       std::size_t limit);
 

@@ -9,10 +9,10 @@
 
 namespace Kestrel::Vexil {
 
-/// The words of a path, from the first below the root; or other words and names.
+/// The words of a path below the root, or other words and names.
 using Words = std::vector<std::string>;
 
-/// The pieces of `text` between any of the bytes in `separators`; no piece is empty.
+/// Splits `text` at any of the bytes in `separators`. No piece is empty.
 Words SplitWords(std::string_view text, std::string_view separators);
 
 std::string JoinWords(const Words& words, std::string_view separator);

@@ -27,14 +27,14 @@
 
 namespace {
 
-// Through the C stream: a plug-in may have set a width on std::cerr or made it throw.
+// Uses the C stream, because a plug-in may have set a width on std::cerr or made it throw.
 void Report(const char* message) {
   const std::string shown = Kestrel::AutoCli::MessageFor(STDERR_FILENO, message);
   std::fprintf(stderr, "%s\n", shown.c_str());
 }
 
-// Ends the tool when memory runs out where nothing can catch that: in the initialisers of a
-// library, and while an exception is thrown. Every other failure aborts.
+// Ends the tool if memory runs out where this cannot be caught: in the initialisers of a library,
+// and while an exception is thrown. Every other failure aborts.
 [[noreturn]] void Terminate() {
   try {
     if (const std::exception_ptr failure = std::current_exception()) {
@@ -59,7 +59,7 @@ __attribute__((section(".preinit_array"), used)) void (*const kFirst)(int, char*
 
 // Whether everything printed so far has reached standard output.
 bool FlushOutput() {
-  // A plug-in may have made the stream throw. While the process ends, nothing catches that.
+  // A plug-in may have made the stream throw. At exit, nothing would catch the exception.
   std::cout.exceptions(std::ios_base::goodbit);
   std::cout.flush();
   return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && std::cout.good();
@@ -93,7 +93,7 @@ void CheckStandardOutput() {
   }
 }
 
-// With other words it is an option that the dispatcher does not know.
+// Together with other words, --version is an option that the dispatcher does not know.
 bool IsVersionWanted(int argc, char** argv) {
   return argc == 2 && std::string_view(argv[1]) == "--version";
 }
@@ -124,7 +124,8 @@ int main(int argc, char** argv) {
     std::puts("vexil " KESTREL_VERSION_STRING);
     return EXIT_SUCCESS;
   }
-  // Outside of the try block, so that the plug-in that has the class of an exception stays loaded.
+  // Outside the try block, so that a plug-in that defines the class of an exception stays loaded
+  // while it is handled.
   std::optional<Kestrel::AutoCli::CliDispatcher> dispatcher;
   const Call call = {dispatcher, argc, argv};
   try {

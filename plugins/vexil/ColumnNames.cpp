@@ -14,7 +14,7 @@ using Catalog::Field;
 
 namespace {
 
-/// The format parameters that choose fields, the first one that is set counts.
+/// Returns the format parameters that choose fields. The first one that is set counts.
 std::vector<std::string> KeysOf(const Command& command) {
   const std::string typed = "fields:" + command.result.typeName;
   if (command.formatter == "table") {
@@ -32,7 +32,7 @@ std::string Trimmed(const std::string& name) {
              : name.substr(begin, name.find_last_not_of(kSpaces) - begin + 1);
 }
 
-/// The names in a list that is separated by commas, split as formatters do it.
+/// Splits a list at its commas in the same way as the formatters.
 std::vector<std::string> SplitNames(const std::string& list) {
   AutoCli::FormatParameters parameters;
   parameters.SetParameter("fields", list);
@@ -43,13 +43,13 @@ std::vector<std::string> SplitNames(const std::string& list) {
   return names;
 }
 
-/// Whether `field` is in the structure or structures of `outer`, which precedes it.
+/// Whether `field` is inside the structure or structures of `outer`, which precedes it.
 bool IsWithin(const Field& field, const Field& outer) {
   return outer.kind.type == MetaObj::MetaType::Struct &&
          field.path.compare(0, outer.path.size() + 1, outer.path + ".") == 0;
 }
 
-/// The fields of the result itself, without those within them.
+/// Returns the fields of the result itself, without the fields inside them.
 std::vector<std::string> OwnFields(const std::vector<Field>& fields) {
   std::vector<std::string> names;
   const Field* last = nullptr;

@@ -91,7 +91,7 @@ std::shared_ptr<MetaStruct> ToStruct(const AllowedValue& value) {
   return result;
 }
 
-/// The enumerated values of either type of enumeration.
+/// Returns the enumerated values of either type of enumeration.
 std::vector<AllowedValue> ValuesOf(const Constraint& constraint) {
   std::vector<AllowedValue> values = constraint.strings;
   for (const std::int64_t integer : constraint.integers) {
@@ -117,7 +117,7 @@ std::shared_ptr<MetaList> ToList(const StructShape& shape, const std::vector<Ele
   return list;
 }
 
-/// "alpha (the first letter), beta"
+/// Formats values as "alpha (the first letter), beta".
 std::string ListValues(const std::vector<AllowedValue>& values) {
   std::string list;
   for (const AllowedValue& value : values) {
@@ -127,7 +127,7 @@ std::string ListValues(const std::vector<AllowedValue>& values) {
   return list;
 }
 
-/// "optional string, short name s, one of alpha (the first letter), beta"
+/// Formats a parameter as "optional string, short name s, one of alpha (the first letter), beta".
 std::string Summarize(const Parameter& parameter) {
   std::string summary = parameter.required ? "required " : "optional ";
   summary += (parameter.secret ? "secret " : "") + std::string(WordOf(parameter.kind));

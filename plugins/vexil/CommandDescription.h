@@ -13,11 +13,12 @@
 
 namespace Kestrel::Vexil {
 
-/// The shape of a command's description as the result of a command.
+/// Returns the shape of a command's description, which is itself the result of a command.
 const Host::StructShape& DescriptionShape();
 
-/// What a command declares, as a structure of that shape. `plugin` is null if it is not known. A
-/// string that is not declared is the word "none", because strings of a result are not left empty.
+/// Returns what a command declares, as a structure of that shape. `plugin` is null if it is not
+/// known. An undeclared string becomes the word "none", because strings of a result are never
+/// empty.
 std::shared_ptr<MetaObj::MetaStruct> MakeDescription(const Catalog::Command& command,
                                                      const Catalog::Plugin* plugin);
 

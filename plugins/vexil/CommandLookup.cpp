@@ -32,7 +32,7 @@ void Append(const std::string& word, const char* separator, std::string& path) {
 
 std::string Quoted(const std::string& text) { return "'" + text + "'"; }
 
-/// Why `node`, which `path` leads to, has no child `word`.
+/// Returns why `node`, which is at `path`, has no child `word`.
 std::string WhyNotBelow(NamespaceNode& node, const std::string& path, const std::string& word) {
   if (path.empty()) {
     return Quoted(word) + " is unknown";

@@ -11,15 +11,14 @@
 
 namespace Kestrel::Vexil {
 
-/// What a path that a user wrote leads to: a command, or the reason why not.
+/// The result of looking up a path that a user wrote: a command, or the reason why there is none.
 struct CommandLookup {
   std::shared_ptr<AutoCli::CommandSpec> command;
   /// The words of the path, separated by a space.
   std::string path;
   /// A sentence that repeats the path as it was written; empty if there is a command.
   std::string reason;
-  /// The last namespace that the path leads through, its words separated by full stops. Empty if
-  /// that is the root.
+  /// The words of the last namespace on the path, separated by full stops; empty for the root.
   std::string lastNamespace;
 };
 

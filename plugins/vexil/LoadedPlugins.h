@@ -14,12 +14,12 @@ namespace Kestrel::Vexil {
 struct LoadedPlugin {
   /// Its path is absolute and without "." and "..".
   Catalog::Plugin plugin;
-  /// How many commands of the tree come from it.
+  /// The number of commands in the tree that come from the plug-in.
   long commands = 0;
 };
 
-/// The plug-ins of a dispatcher in the order of loading: the library's own first. A plug-in that
-/// failed is in the list, after all others, if it had registered commands before it failed.
+/// Returns the plug-ins of a dispatcher in the order of loading; the library's own is the first. A
+/// plug-in that registered commands before its initialisation failed comes after all others.
 std::vector<LoadedPlugin> FindLoadedPlugins(const AutoCli::Dispatcher& dispatcher);
 
 }  // namespace Kestrel::Vexil

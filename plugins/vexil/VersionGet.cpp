@@ -45,7 +45,8 @@ const Host::StructShape& Shape() {
   return shape;
 }
 
-/// Where a path leads; the path itself if that cannot be determined.
+/// Returns the target of a path with all links followed; the path itself if that cannot be
+/// determined.
 std::string Resolved(const std::string& path) {
   std::error_code error;
   const std::filesystem::path resolved = std::filesystem::canonical(path, error);

@@ -12,7 +12,7 @@ namespace {
 using Kestrel::AutoCli::Namespace;
 using Kestrel::AutoCli::NamespaceNode;
 
-/// The namespace `name` below `parent`; made and described if there is none.
+/// Returns the namespace `name` below `parent`, adding it with a description if it is missing.
 std::shared_ptr<NamespaceNode> AddNamespace(const std::shared_ptr<NamespaceNode>& parent,
                                             const char* name, const char* description) {
   if (!parent->HasNamespaceNode(name)) {
@@ -26,7 +26,7 @@ std::shared_ptr<NamespaceNode> AddNamespace(const std::shared_ptr<NamespaceNode>
 }  // namespace
 
 void AutoCli_RegisterNamespaces(std::shared_ptr<Namespace> root) {
-  // The library has these two already.
+  // The library has already registered these two.
   const auto vexil = root->SubNamespace("vexil");
   vexil->SubNamespace("command")->RegisterNamespaceNode(Kestrel::Vexil::NewCommandDescribe(),
                                                         "describe");

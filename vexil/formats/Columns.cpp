@@ -91,8 +91,8 @@ void Columns::AddPath(const MetaStruct& shape, const FieldPath& path) {
   AddAll(value, field);
 }
 
-/// Adds a column for the value, or columns for all that a structure contains. Uses a stack of its
-/// own, because structures may be nested deeply.
+/// Adds a column for the value, or a column for each scalar and list that a structure contains.
+/// Uses its own stack, because structures may be nested deeply.
 void Columns::AddAll(const Value& value, const Field& field) {
   std::vector<std::pair<Value, Field>> left = {{value, field}};
   while (!left.empty()) {

@@ -25,11 +25,11 @@ class Columns {
 
   std::size_t Count() const { return columns_.size(); }
 
-  /// The names that lead to the field of a column.
+  /// Returns the names that lead to the field of a column.
   FieldPath PathOf(std::size_t column) const;
 
-  /// Begins with the cells of a row, which must exist until the next row begins. Throws ValueFault
-  /// if the row does not have the shape of the result.
+  /// Sets the row that GetCell reads. The row must exist until the next call. Throws ValueFault if
+  /// the row does not have the shape of the result.
   void BeginRow(const MetaObj::MetaObject& row);
 
   /// Returns the value in a cell of the row. Throws ValueFault if there is none.
@@ -58,13 +58,13 @@ class Columns {
   }
 
   bool isScalar_;
-  std::vector<Field> nested_;  // the structures with the indexes from 1
+  std::vector<Field> nested_;  // the nested structures, from index 1
   std::map<Key, std::size_t> nestedIndex_;
   std::vector<Field> columns_;
   std::map<Key, std::size_t> columnIndex_;
-  std::vector<FieldReader> readers_;             // by index of the structure
-  const MetaObj::MetaObject* row_ = nullptr;     // the row
-  std::vector<FieldReader::Fields> structures_;  // of the row
+  std::vector<FieldReader> readers_;  // by index of the structure
+  const MetaObj::MetaObject* row_ = nullptr;
+  std::vector<FieldReader::Fields> structures_;  // those in the row
 };
 
 }  // namespace Kestrel::Formats

@@ -12,7 +12,7 @@ namespace Kestrel::Formats {
 
 namespace {
 
-// Stops at what must be in quotes.
+// Stops at bytes that require quotes.
 struct Unquoted {
   template <typename Bytes>
   static constexpr auto Stops(Bytes bytes) {

@@ -26,7 +26,7 @@ namespace Kestrel::Formats {
 //   static void Replace(char32_t character, TextBuffer& out);
 //       Prints a character that is not copied. May throw ValueFault.
 
-/// Sixteen bytes that are compared at once. gcc and clang make vector instructions of it.
+/// Sixteen bytes that are compared at once. gcc and clang generate vector instructions for it.
 using ByteVector = unsigned char __attribute__((vector_size(16)));
 
 template <typename Rules>
@@ -53,14 +53,14 @@ bool AnyStopIn(ByteVector bytes) {
   return (halves[0] | halves[1]) != 0;
 }
 
-/// The 16 bytes from `bytes` on.
+/// Loads the 16 bytes at `bytes`.
 inline ByteVector LoadBytes(const char* bytes) {
   ByteVector loaded;
   std::memcpy(&loaded, bytes, sizeof loaded);
   return loaded;
 }
 
-/// The 8 bytes from `first` on and the 8 bytes from `second` on.
+/// Loads the 8 bytes at `first` and the 8 bytes at `second`.
 inline ByteVector LoadHalves(const char* first, const char* second) {
   char both[16];
   std::memcpy(both, first, 8);
@@ -84,7 +84,7 @@ bool AnyStop(std::string_view text) {
       return true;
     }
   }
-  return AnyStopIn<Rules>(LoadBytes(end - 16));  // may overlap those before
+  return AnyStopIn<Rules>(LoadBytes(end - 16));  // may overlap the bytes already checked
 }
 
 /// Returns the number of bytes at the beginning of `text` that `Rules` copies.

@@ -18,8 +18,8 @@ class ExactFormatter : public AutoCli::Formatter {
   explicit ExactFormatter(const ExactFormat& format, DeclaredResult declared = nullptr);
   ~ExactFormatter() override;
 
-  /// Sets the description and the parameters, unless they are set. Not done at once, because each
-  /// start of the tool makes all formatters and uses one at most.
+  /// Sets the description and the parameters unless they are already set. The constructor does not
+  /// do this, because each start of the tool makes all formatters and uses at most one.
   void Describe();
 
   void Format(const std::shared_ptr<CallSpec::Output>& output, AutoCli::FormatParameters& params,

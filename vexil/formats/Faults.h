@@ -29,7 +29,7 @@ struct ValueLocation {
 /// Combines what is wrong with a value and where it is.
 ResultFault LocateFault(const ValueFault& fault, const ValueLocation& location);
 
-/// The fault of the name of a field.
+/// Returns the fault for an invalid field name.
 ResultFault LocateNameFault(const ValueFault& fault, const std::string& name);
 
 }  // namespace Kestrel::Formats

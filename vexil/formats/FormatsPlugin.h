@@ -12,7 +12,7 @@ namespace Kestrel::Formats {
 /// adds no commands. Its name is "Formats".
 class FormatsPlugin : public AutoCli::Plugin {
  public:
-  /// Makes the formatters; there is nothing to initialise. `declared` may be empty.
+  /// Makes the formatters. `declared` may be empty.
   explicit FormatsPlugin(const DeclaredResult& declared = nullptr);
   ~FormatsPlugin() override;
 

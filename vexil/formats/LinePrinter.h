@@ -51,7 +51,7 @@ class LinePrinter {
   }
 
  private:
-  /// Prints the lists in one column. They are in JSON.
+  /// Prints the lists in one column as JSON.
   struct ListPrinter {
     TextBuffer text;
     JsonLine syntax{text};

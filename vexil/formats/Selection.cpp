@@ -33,14 +33,16 @@ std::string_view Trimmed(std::string_view text) {
              : text.substr(first, text.find_last_not_of(" \t") + 1 - first);
 }
 
-/// The structure that the elements of a declared list have, if it is one.
+/// Returns the structure of the elements of a declared list; null if it is not a list of
+/// structures.
 std::shared_ptr<MetaStruct> StructureOf(const Value& declared) {
   const bool isList = declared != nullptr && KindOf(*declared) == MetaType::List;
   return isList ? static_cast<const MetaList&>(*declared).GetListStructure() : nullptr;
 }
 
-/// Finds the field that `name` means. A name may contain full stops, so it is first taken as a
-/// whole; otherwise a part of it must name a structure and the rest a field inside that.
+/// Finds the field that `name` refers to. A name may contain full stops, so it is first looked up
+/// as a whole; otherwise its beginning must be the name of a structure and the rest a field inside
+/// it.
 bool FindField(const MetaStruct& shape, std::string_view name, FieldPath& path) {
   path.emplace_back(name);
   if (shape.HasField(path.back())) {
@@ -59,7 +61,7 @@ bool FindField(const MetaStruct& shape, std::string_view name, FieldPath& path) 
   return false;
 }
 
-/// Adds all other fields, also to the structures that are chosen in part.
+/// Adds all other fields, including those of partly chosen structures.
 void AddOthers(FieldChoice& choice) {
   choice.hasOthers = true;
   for (FieldChoice::Field& field : choice.fields) {
@@ -84,7 +86,7 @@ void AddPath(FieldChoice& root, const FieldPath& path) {
   AddOthers(*choice);
 }
 
-/// The value of a row to sort by, which is a scalar.
+/// Returns the value of a row to sort by, which is a scalar.
 Value ValueAt(const Value& row, const FieldPath& path) {
   Value value = row;
   for (const std::string& name : path) {
@@ -97,7 +99,7 @@ Value ValueAt(const Value& row, const FieldPath& path) {
   return value;
 }
 
-/// What a row is sorted by. Of `number` and `text`, one is used.
+/// The value by which a row is sorted, in either `number` or `text`.
 struct SortKey {
   long number;
   std::string_view text;
@@ -121,7 +123,7 @@ SortKey MakeSortKey(const MetaObject& value, std::size_t row) {
 
 std::vector<Value> SortedRows(const Selection::Rows& rows, const FieldPath& path,
                               bool isDescending) {
-  std::vector<Value> values;  // owns what the keys refer to
+  std::vector<Value> values;  // owns the strings that the keys refer to
   std::vector<SortKey> keys;
   values.reserve(rows.count);
   keys.reserve(rows.count);
@@ -201,7 +203,7 @@ void Selection::ReadShape(const Value& root, const DeclaredResult& declared) {
   }
 }
 
-/// Finds the field that a name in a parameter means. Of a row that is a scalar, the path is empty.
+/// Finds the field for a name in a parameter. For a scalar row, the path is empty.
 bool Selection::Find(const std::string& name, FieldPath& path) const {
   if (hasScalarRows_) {
     return Trimmed(name) == kScalarName;

@@ -32,7 +32,7 @@ struct FieldChoice {
   /// One of the fields. If its value is not a structure, all of it is printed.
   struct Field;
 
-  /// What is chosen inside a field; null if the field is not in `fields`.
+  /// Returns what is chosen inside a field; null if the field is not in `fields`.
   const FieldChoice* Find(const std::string& name) const;
 
   std::vector<Field> fields;

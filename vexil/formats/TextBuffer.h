@@ -21,7 +21,7 @@ struct Decimal {
 
 /// Keeps output in memory until it is known that all of it can be printed.
 ///
-/// It is in blocks of growing size, so appending never copies the output so far.
+/// The memory consists of blocks of growing size, so appending never copies earlier output.
 class TextBuffer {
  public:
   void Append(char byte) {
@@ -63,7 +63,7 @@ class TextBuffer {
   /// Returns a copy of the output.
   std::string ToString() const;
 
-  /// Forgets the output.
+  /// Removes all output.
   void Clear();
 
  private:
@@ -126,7 +126,7 @@ class TextBuffer {
   std::size_t Room() const { return static_cast<std::size_t>(limit_ - end_); }
   std::size_t Used() const { return static_cast<std::size_t>(end_ - block_.get()); }
 
-  /// Makes room for `count` bytes and returns the place where they go.
+  /// Makes room for `count` bytes and returns where to write them.
   char* Reserve(std::size_t count) {
     if (Room() < count) {
       AddBlock(count);

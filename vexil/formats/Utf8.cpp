@@ -11,7 +11,7 @@ namespace {
 
 bool IsFollowing(char byte) { return (static_cast<unsigned char>(byte) & 0xc0U) == 0x80; }
 
-// The number of bytes of a character that begins with `first`, 0 for a byte that begins none.
+// Returns the number of bytes of a character that begins with `first`; 0 if none can.
 std::size_t SizeOf(unsigned char first) {
   if (first < 0x80) {
     return 1;
@@ -30,7 +30,7 @@ bool IsCharacter(char32_t code, std::size_t size) {
 
 bool IsControl(char32_t code) { return code < 0x20 || (code >= 0x7f && code < 0xa0); }
 
-// Characters that change the direction or the lines of the text after them.
+// Characters that change the direction or the line breaks of the text after them.
 bool IsInvisible(char32_t code) {
   return (code >= 0x200b && code <= 0x200f) || (code >= 0x2028 && code <= 0x202e) ||
          (code >= 0x2060 && code <= 0x2069) || code == 0x61c || code == 0xfeff;

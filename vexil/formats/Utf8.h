@@ -15,8 +15,8 @@ struct Character {
   std::size_t size = 0;  ///< its bytes in UTF-8; 0 if the string does not begin with a character
 };
 
-/// Returns the character at the beginning of `text`, which is not empty. Surrogates, forms that are
-/// longer than necessary and numbers beyond U+10FFFF are not characters.
+/// Returns the character at the beginning of `text`, which must not be empty. Surrogates, overlong
+/// forms and numbers beyond U+10FFFF are not valid characters.
 Character FirstCharacter(std::string_view text);
 
 /// Appends `code` to `text` as UTF-8.

@@ -22,7 +22,7 @@
 
 namespace Kestrel::Formats {
 
-/// Where a structure is.
+/// The position of a structure within the output.
 struct StructPlace {
   long level;      ///< how deep it is; the result is at level 0
   bool isElement;  ///< whether it is an element of a list
@@ -78,8 +78,8 @@ class ValuePrinter {
     }
   }
 
-  /// Whether lists in one place had structures of different shapes. That is possible if the list in
-  /// the declared structure has no structure.
+  /// Whether lists at the same position of the result contained structures of different shapes.
+  /// That is possible if the declared list does not say what its elements are.
   bool HasMixedShapes() const { return hasMixedShapes_; }
 
   /// Prints a value that is not a row. Throws ValueFault if that is not possible.
@@ -102,14 +102,14 @@ class ValuePrinter {
     Plan* inside;  // for the structure in this field, or the elements of the list; null at first
   };
 
-  /// How the structures in one place of the result are printed, which all have the same shape.
+  /// How to print the structures at one position of the result, which all have the same shape.
   struct Plan {
     const MetaObj::MetaStruct* shape;
     FieldReader reader;
     std::vector<Field> fields;
   };
 
-  /// A structure or list of which a part has been printed.
+  /// A structure or list that has been partly printed.
   struct Open {
     const MetaObj::MetaStruct* structure;  // null for a list
     const MetaObj::MetaList* list;
@@ -174,7 +174,7 @@ class ValuePrinter {
     open_.push_back({nullptr, &list, &plan, 0, level});
   }
 
-  /// Prints the rest of the innermost open value, or up to a value that is opened.
+  /// Prints the rest of the innermost open value, or until another value is opened.
   void Continue() { open_.back().list == nullptr ? ContinueStruct() : ContinueList(); }
 
   void ContinueStruct() {
@@ -210,8 +210,8 @@ class ValuePrinter {
     open_.pop_back();
   }
 
-  /// Makes sure that `plan` fits the elements of `list`, a list of structures in the same place as
-  /// the one for which the plan was made, if there was one.
+  /// Makes sure that `plan` fits the elements of `list`, a list of structures at the same position
+  /// as the list for which the plan was made, if any.
   void PlanElements(const MetaObj::MetaList& list, Plan*& plan, long level) {
     const std::shared_ptr<MetaObj::MetaStruct> shape = list.GetListStructure();
     if (plan == nullptr) {
@@ -247,7 +247,7 @@ class ValuePrinter {
     }
   }
 
-  /// Returns where the value is that was printed last. `position` is that of the row, or 0.
+  /// Returns the location of the value that was printed last. `position` is that of the row, or 0.
   ValueLocation Locate(std::size_t position) const {
     ValueLocation location;
     if (position != 0) {

@@ -16,8 +16,8 @@
 #include "vexil/formats/ValuePrinter.h"
 
 // The format "value-xml": the documents in which commands from descriptors return their results.
-// The tool reads a document back as the value that was printed, with the same strings. XML 1.0 has
-// no form for some control characters, and its readers change line ends, so these are escaped.
+// The tool reads such a document back as the value that was printed, with the same strings. XML 1.0
+// cannot represent some control characters, and its readers change line ends, so these are escaped.
 
 namespace Kestrel::Formats {
 
@@ -25,7 +25,7 @@ namespace {
 
 constexpr std::size_t kIndentStep = 3;  // as in the formatters of the library
 
-// The reader accepts no more. An element that contains others counts.
+// The limit of the reader. An element that contains others counts.
 constexpr long kMaxDepth = 256;
 constexpr std::size_t kMaxTextSize = 10000000;
 
@@ -65,7 +65,8 @@ struct Content {
   }
 };
 
-// The value of an attribute, in which a reader replaces tabs and line feeds by spaces.
+// The value of an attribute. Tabs and line feeds are escaped, because readers replace them by
+// spaces.
 struct Attribute {
   template <typename Bytes>
   static constexpr auto Stops(Bytes bytes) {
@@ -164,7 +165,7 @@ class ValueXmlSyntax {
   static constexpr long kStructDepth = 2;  // the elements structure and field
   static constexpr long kListDepth = 1;
 
-  /// Checks that there may be another value inside.
+  /// Checks that another nested value is allowed.
   void Enter(long depth) {
     depth_ += depth;
     if (depth_ >= kMaxDepth) {
@@ -181,10 +182,11 @@ class ValueXmlSyntax {
   }
 
   TextBuffer& out_;
-  long depth_ = 1;  // the element output
+  long depth_ = 1;  // the element `output`
 };
 
-// The reader takes the first element of a list for the shape of all.
+// Whether the reader accepts the document: it requires all elements of a list to have the shape of
+// the first one.
 bool IsReadBack(const std::string& document) {
   try {
     return AutoCli::XmlUtil_ParseXmlOutput(document) != nullptr;

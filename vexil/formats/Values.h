@@ -14,13 +14,13 @@
 
 namespace Kestrel::Formats {
 
-// The only file of the tool that uses a private header of the library. Without it, asking for the
-// fields of a row would take longer than printing them.
+// This is the only file of the tool that includes a private header of the library. Without it,
+// reading the fields of a row would take longer than printing them.
 
 using Value = std::shared_ptr<MetaObj::MetaObject>;
 
-/// Returns the kind of `value`, which is then of the class of that kind. Throws ValueFault if it is
-/// of another class: a plug-in may have classes of its own that claim any kind.
+/// Returns the kind of `value`, whose class then matches that kind. Throws ValueFault if it does
+/// not: a plug-in may have its own classes, which can claim any kind.
 inline MetaObj::MetaType KindOf(const MetaObj::MetaObject& value) {
   if (!MetaObj::ValueAccess::IsValueClass(value)) {
     throw ValueFault{"has a value that is not of the class of its kind"};
@@ -58,7 +58,7 @@ class FieldReader {
  private:
   static const MetaObj::MetaObject& GetByName(const MetaObj::MetaStruct& structure,
                                               const std::string& name) {
-    // The structure owns the value too.
+    // The structure owns the value too, so it outlives the returned pointer.
     const MetaObj::MetaObject* const value = structure.GetField(name).get();
     if (value == nullptr) {
       throw ValueFault{"is missing"};

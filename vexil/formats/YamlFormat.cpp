@@ -15,9 +15,9 @@
 #include "vexil/formats/ValuePrinter.h"
 
 // The format "yaml": YAML 1.2 in block style. The fields of a structure and the elements of a list
-// are on lines of their own, indented by two spaces for each level; elements begin with "- ". Empty
-// ones are {} and []. A string is in double quotes unless every reader, also one of YAML 1.1, reads
-// the same string without them.
+// are on separate lines, indented by two spaces for each level; elements begin with "- ". Empty
+// structures and lists are {} and []. A string is in double quotes unless every reader, including
+// readers of YAML 1.1, reads the same string without them.
 
 namespace Kestrel::Formats {
 
@@ -28,8 +28,8 @@ constexpr std::size_t kIndentStep = 2;
 // A longer name must be written as "? name" on a line before the value.
 constexpr std::size_t kMaxSimpleKey = 1000;
 
-// Characters that YAML must not contain as such, and those that some readers take for line ends or
-// drop.
+// Characters that YAML does not allow unescaped, and those that some readers treat as line ends or
+// discard.
 constexpr bool IsEscaped(char32_t character) {
   return character < 0xa0 || character == 0x2028 || character == 0x2029 || character == 0xfeff ||
          character == 0xfffe || character == 0xffff;
@@ -40,7 +40,7 @@ constexpr bool IsSpace(char32_t character) {
          character == 0x202f || character == 0x205f || character == 0x3000;
 }
 
-// Stops at what needs quotes.
+// Stops at bytes that require quotes.
 struct Plain {
   template <typename Bytes>
   static constexpr auto Stops(Bytes bytes) {
@@ -83,7 +83,8 @@ struct Quoted {
   }
 };
 
-// Words that some readers take for a boolean or for nothing, in any mixture of cases.
+// Words that some readers interpret as a boolean or null, in any combination of upper and lower
+// case.
 bool IsReserved(std::string_view text) {
   constexpr std::array<std::string_view, 9> kWords = {"true", "false", "null", "yes", "no",
                                                       "on",   "off",   "y",    "n"};
@@ -95,7 +96,7 @@ bool IsReserved(std::string_view text) {
          });
 }
 
-// Numbers, dates and all characters with a meaning at the beginning are excluded.
+// Excludes numbers, dates and all characters that have a special meaning at the beginning.
 bool CanBegin(char byte) {
   return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || byte == '_' ||
          byte == '/' || static_cast<unsigned char>(byte) >= 0x80;
@@ -162,7 +163,7 @@ class YamlSyntax {
     if (isEmpty) {
       out_.Append(emptyText);
     } else if (!before.empty()) {
-      out_.RemoveLast();  // the space after the colon; the value begins on the next line
+      out_.RemoveLast();  // the space after the colon: the value begins on the next line
     }
   }
 
