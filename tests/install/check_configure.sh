@@ -2,8 +2,8 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# check_configure.sh SOURCE WORK: checks which libraries are linked under each build option. Compiles
-# nothing, but reads the commands that the build would run.
+# check_configure.sh SOURCE WORK: checks which libraries are linked under each build option.
+# Compiles nothing, but reads the commands that the build would run.
 set -euo pipefail
 
 source=$1 work=$2

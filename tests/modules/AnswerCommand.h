@@ -10,8 +10,8 @@
 
 namespace {
 
-/// A command of a test plug-in that answers with one text. Each plug-in has a class of its own, so
-/// that the command's code, its destructor included, is the plug-in's.
+/// A command of a test plug-in that returns a fixed string. Each plug-in defines its own class, so
+/// that the command's code, including its destructor, is part of the plug-in.
 class AnswerCommand : public Kestrel::AutoCli::Command {
  public:
   explicit AnswerCommand(std::string text) : text_(std::move(text)) {

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Registers one namespace with a command that answers with the text it is given.
+// Registers one namespace with a command that returns its parameter.
 
 #include <kestrel/autocli/PluginEntryPoint.h>
 #include <kestrel/kestrel.h>

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Preloaded into a program, makes allocation number FAIL_AT fail; with FAIL_FROM_THEN_ON set, also
-// all after it.
+// When preloaded into a program, makes memory allocation number FAIL_AT fail; if FAIL_FROM_THEN_ON
+// is set, also all later ones.
 
 #include <cstddef>
 #include <cstdlib>

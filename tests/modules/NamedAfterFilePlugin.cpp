@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Registers one command under the name of the file that the plug-in was loaded from, so that
-// copies of it can be told apart.
+// Registers a command that has the name of the plug-in's file, so that copies of the plug-in can be
+// told apart.
 
 #include <dlfcn.h>
 #include <kestrel/autocli/PluginEntryPoint.h>

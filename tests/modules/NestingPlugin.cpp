@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Has its dispatcher load another plug-in, named by an environment variable, while it is being
-// registered itself.
+// While it is being registered, makes its dispatcher load another plug-in, which an environment
+// variable specifies.
 
 #include <kestrel/autocli/PluginEntryPoint.h>
 
@@ -15,7 +15,7 @@ void AutoCli_RegisterNamespaces(std::shared_ptr<Kestrel::AutoCli::Namespace> roo
   try {
     root->GetDispatcher()->AddPlugin(std::getenv("KESTREL_NESTED_PLUGIN"));
   } catch (const Kestrel::KestrelException&) {
-    // A broken inner plug-in is of no concern to the outer one.
+    // A failure of the inner plug-in must not affect the outer one.
     return;
   }
 }

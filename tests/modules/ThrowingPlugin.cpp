@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Registers a command and then throws; KESTREL_THROW_AS names the function that does.
+// Registers a command and then throws an exception; KESTREL_THROW_AS is the name of the function
+// that throws.
 
 #include <kestrel/autocli/PluginEntryPoint.h>
 
@@ -11,13 +12,13 @@
 
 namespace {
 
-// An exception of a class that goes out of memory with the plug-in.
+// An exception of a class that is unloaded together with the plug-in.
 class Own {
  public:
   virtual ~Own() = default;
 };
 
-// Each built plug-in uses one of the three.
+// Each plug-in built from this file uses one of the three.
 [[maybe_unused]] void KestrelException() {
   throw Kestrel::KestrelException("the plug-in has no fuel");
 }

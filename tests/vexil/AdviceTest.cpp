@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What the real tool says beyond the library's messages: on pipes and on a terminal.
+// The output of the real tool in addition to the library's messages: on pipes and on a terminal.
 
 #include <gmock/gmock.h>
 
@@ -24,7 +24,7 @@ const std::string kSuggested =
     "Unable to find a command or namespace with the name 'comand' in namespace vexil\n"
     "Did you mean: vexil command list?\n";
 
-// The tool's output and messages on a terminal.
+// Returns the output and messages of the tool on a terminal.
 std::string RunOnTerminal(const VexilRun& run) {
   PseudoTerminal terminal;
   terminal.Start([&run]() -> int { run.Exec(); });

@@ -17,7 +17,7 @@ namespace {
 
 using Vexil::EditDistance;
 
-// The definition, without a table.
+// Computes the distance from its definition, without a table.
 std::size_t Define(std::string_view left, std::string_view right) {
   if (left.empty() || right.empty()) {
     return left.size() + right.size();

@@ -7,8 +7,8 @@
 
 namespace Kestrel::Testing {
 
-// The descriptors of the source tree, as they are in the build tree. What else is there may be left
-// from an earlier build.
+// Returns the descriptors of the source tree, with their paths in the build tree. Other files there
+// may be left from an earlier build.
 std::vector<std::string> ListShippedPlugins() {
   std::vector<std::string> plugins = {KESTREL_HOST_PLUGIN, KESTREL_VEXIL_PLUGIN};
   for (const auto& entry :

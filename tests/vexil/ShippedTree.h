@@ -10,7 +10,7 @@
 
 namespace Kestrel::Testing {
 
-/// The files of the plug-ins of this project, as the build made them.
+/// Returns the plug-in files of this project in the build tree.
 std::vector<std::string> ListShippedPlugins();
 
 /// Loads all of them.

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Slips of a person who knows the path of a command: one edit in one of its words.
+// Typing errors of a person who knows the path of a command: one edit in one of its words.
 
 #include <gtest/gtest.h>
 
@@ -67,7 +67,7 @@ class TypoTest : public ::testing::Test {
                  [](const NodePath& path) { return path.isCommand; });
   }
 
-  // A path with one edit that makes it name nothing.
+  // Returns the path with one edit, so that it is not the path of a node.
   Words Mistype(const Words& path, Random& random) {
     while (true) {
       Words typed = path;

@@ -24,7 +24,7 @@ using ::testing::IsEmpty;
 using ::testing::Optional;
 using Vexil::ReadUnknownWord;
 
-// The message of the library about `path` in a tree with the command "storage mount list".
+// Returns the library's message about `path` in a tree with the command "storage mount list".
 std::string GetMessage(std::list<std::string> path) {
   const AutoCli::Dispatcher dispatcher;
   RegisterAt(dispatcher.GetRootNamespace(), {"storage", "mount", "list"},

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""check_guide.py GUIDE FOLDER: whether the guide quotes the files of the example plug-in whole.
+"""check_guide.py GUIDE FOLDER: checks that the guide quotes the example plug-in completely.
 
 The blocks marked `cpp`, one after the other, must be FOLDER/Hello.cpp, and those marked `cmake`
-FOLDER/CMakeLists.txt, byte for byte but for the lines of the licence.
+FOLDER/CMakeLists.txt, byte for byte except for the lines of the licence.
 """
 
 import difflib

@@ -12,7 +12,7 @@
 #include "kestrel/callspec/ParameterSpec.h"
 #include "support/Golden.h"
 
-// What the commands of each area declare. Scripts depend on it.
+// The declarations of the commands in each area. Scripts depend on them.
 namespace Kestrel::Testing {
 namespace {
 
@@ -83,8 +83,8 @@ std::string DescribeBelow(const std::shared_ptr<NamespaceNode>& node) {
 
 class HostDeclarationTest : public ::testing::TestWithParam<const char*> {};
 
-// Commands without any call so far: the default columns of some depend on the parameters of the
-// call. The dispatcher is never destroyed, as in GetDispatcher.
+// Commands that have not been called yet, because a call can change the default columns of some.
+// The dispatcher is never destroyed, as in GetDispatcher.
 std::shared_ptr<NamespaceNode> NewRoot() {
   auto* const dispatcher = new AutoCli::Dispatcher();
   dispatcher->AddPlugin(KESTREL_HOST_PLUGIN);

@@ -94,8 +94,8 @@ std::shared_ptr<MetaStruct> GetRow(Command& command) {
   return list == nullptr ? nullptr : list->GetListStructure();
 }
 
-// The type name and the field, which may be empty, of a key such as "fields:Type" or
-// "units:Type.Field".
+// Splits a key such as "fields:Type" or "units:Type.Field" into the type name and the field, which
+// may be empty.
 std::pair<std::string, std::string> SplitKey(const std::string& key) {
   const std::string qualifier = key.substr(key.find(':') + 1);
   const std::size_t point = qualifier.find('.');
@@ -103,8 +103,8 @@ std::pair<std::string, std::string> SplitKey(const std::string& key) {
           point == std::string::npos ? "" : qualifier.substr(point + 1)};
 }
 
-// Parameters with which a command without required ones succeeds on any host, even without a
-// journal.
+// Returns parameters with which a command without required ones succeeds on any host, even on one
+// without a journal.
 Parameters ParametersFor(const std::string& path) {
   return path == "log list" ? Parameters{{"file", "/etc/passwd"}} : Parameters();
 }
@@ -115,7 +115,7 @@ bool Changes(const Command& command) {
   return changes != metaData.end() && changes->second == "true";
 }
 
-// Whether this user may read what the command lists.
+// Whether this user may read the data that the command lists.
 bool CanAnswer(const std::string& path) {
   const auto mayReadKernelLog = [] {
     const int log = ::open("/dev/kmsg", O_RDONLY | O_CLOEXEC);
@@ -155,7 +155,7 @@ TEST(HostPluginTest, EveryParameterHasADescriptionWithoutLooseMarkers) {
       const std::string text = parameter->GetDescription(true);
       EXPECT_THAT(text, Not(IsEmpty())) << path << " --" << parameter->GetName();
       EXPECT_THAT(text, Not(HasSubstr("%"))) << path << " --" << parameter->GetName();
-      // What every list has is the same everywhere, and leaves the letters to the commands.
+      // The parameters that every list has are the same everywhere and have no short names.
       const bool isCommon = kCommonParameters.count(parameter->GetName()) == 1;
       EXPECT_EQ(parameter->GetShortName().size(), isCommon ? 0u : 1u)
           << path << " --" << parameter->GetName();

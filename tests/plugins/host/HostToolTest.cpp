@@ -7,7 +7,7 @@
 #include "plugins/host/support/HostRun.h"
 #include "support/Witness.h"
 
-// The plug-in in the real tool, as a person sees it.
+// The plug-in in the real tool, as a user sees it.
 namespace Kestrel::Testing {
 namespace {
 

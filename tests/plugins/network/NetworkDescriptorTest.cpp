@@ -79,7 +79,7 @@ struct AddressCase {
 
 class CheckedAddressTest : public ::testing::TestWithParam<AddressCase> {};
 
-// It is one argument, unchanged, and no option.
+// The address is a single argument, unchanged, and never an option.
 TEST_P(CheckedAddressTest, ReachesPingAsItIs) {
   const MadeUpTool ping("ping", "for last; do :; done; printf '[%s]\\n' \"$last\" >&2; exit 2\n");
   EXPECT_THAT(CallErrors(kCheck, {{"address", GetParam().address}}),

@@ -7,7 +7,7 @@
 #include "support/VexilRun.h"
 #include "support/Witness.h"
 
-// The shipped descriptors in the real tool, as a person sees them.
+// The shipped descriptors in the real tool, as a user sees them.
 namespace Kestrel::Testing {
 namespace {
 
@@ -19,7 +19,7 @@ VexilRun DescriptorRun(const std::string& name, std::vector<std::string> argumen
 }
 
 TEST(DescriptorToolTest, LoadsEachDescriptorOfTheFolder) {
-  // host.so declares namespaces of network.xml.
+  // host.so declares namespaces that network.xml uses.
   const std::string host = KESTREL_HOST_PLUGIN;
   const VexilResult result = VexilRun({"--plugin-dir", host.substr(0, host.rfind('/')),
                                        "--plugin-dir", KESTREL_DESCRIPTOR_DIR})
@@ -32,7 +32,7 @@ TEST(DescriptorToolTest, LoadsEachDescriptorOfTheFolder) {
   EXPECT_EQ(result.status, 1);
 }
 
-// The commands of network.xml, some of whose namespaces are declared by host.so.
+// Runs the commands of network.xml. Some of its namespaces are declared by host.so.
 VexilRun NetworkRun(std::vector<std::string> arguments) {
   arguments.insert(arguments.begin(), {"--plugin", KESTREL_HOST_PLUGIN, "--plugin",
                                        KESTREL_DESCRIPTOR_DIR "/network.xml"});

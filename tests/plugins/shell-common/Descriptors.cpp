@@ -11,7 +11,7 @@ AutoCli::Dispatcher& GetDispatcher() {
   // Never destroyed: the static objects of the plug-in are destroyed before those of this program.
   static AutoCli::Dispatcher& dispatcher = *new AutoCli::Dispatcher();
   static const bool isLoaded = [] {
-    // Declares namespaces of the descriptors.
+    // This plug-in declares namespaces that the descriptors use.
     dispatcher.AddPlugin(KESTREL_HOST_PLUGIN);
     for (const char* const name : {"network", "password"}) {
       dispatcher.AddPlugin(KESTREL_DESCRIPTOR_DIR "/" + std::string(name) + ".xml");

@@ -11,7 +11,7 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// The error of a script that lacks a tool.
+// The error message of a script if a program is missing.
 namespace Kestrel::Testing {
 namespace {
 
@@ -30,7 +30,7 @@ void PrintTo(const MissingTool& missing, std::ostream* out) {
 
 class MissingToolTest : public ::testing::TestWithParam<MissingTool> {
  protected:
-  /// Fills a folder with links to every tool of the scripts except one.
+  /// Fills a folder with links to all programs of the scripts except one.
   MissingToolTest() {
     for (const char* const name : {"awk", "cat", "getent", "head", "mktemp", "mv", "openssl",
                                    "perl", "ping", "rm", "sed", "sort", "wc"}) {
@@ -56,7 +56,7 @@ TEST_P(MissingToolTest, IsNamed) {
 INSTANTIATE_TEST_SUITE_P(
     Tools, MissingToolTest,
     ::testing::Values(
-        // Tools of every script.
+        // Programs that every script uses.
         MissingTool{"awk", "mawk", "system password hash", {{"password", "x"}}},
         MissingTool{"cat", "coreutils", "system password hash", {{"password", "x"}}},
         MissingTool{"head", "coreutils", "system password hash", {{"password", "x"}}},
@@ -66,7 +66,7 @@ INSTANTIATE_TEST_SUITE_P(
         MissingTool{"rm", "coreutils", "system password hash", {{"password", "x"}}},
         MissingTool{"sed", "sed", "system password hash", {{"password", "x"}}},
         MissingTool{"sort", "coreutils", "system password hash", {{"password", "x"}}},
-        // Tools of a single script.
+        // Programs that a single script uses.
         MissingTool{"getent", "libc-bin", "network name resolve", {{"name", "localhost"}}},
         MissingTool{"ping", "iputils-ping", "network address check", {{"address", "localhost"}}},
         MissingTool{"wc", "coreutils", "system password hash", {{"password", "x"}}},

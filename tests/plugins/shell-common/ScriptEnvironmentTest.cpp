@@ -11,13 +11,13 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// Variables of the caller that change what a shell or a tool does, or make it run code.
+// Environment variables that change the behaviour of a shell or program, or make it run code.
 namespace Kestrel::Testing {
 namespace {
 
 using ::testing::HasSubstr;
 
-/// Runs a script as the descriptors do, which prints the names in a folder.
+/// Runs a script in the same way as the descriptors. It prints the names in a folder.
 std::string RunScript() {
   const ScopedTempDir folder;
   folder.Write("names/caf\xc3\xa9", "x");
@@ -32,7 +32,7 @@ std::string RunScript() {
 
 struct Variable {
   const char* name;
-  const char* value;  // "@" is the path of a folder with code
+  const char* value;  // "@" stands for the path of a folder with code
 };
 
 class ScriptEnvironmentTest : public ::testing::TestWithParam<Variable> {};

@@ -12,7 +12,7 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// The program that converts data to value documents: the library must read the same data back.
+// The program that converts data to value documents. The library must read the same data back.
 namespace Kestrel::Testing {
 namespace {
 
@@ -20,7 +20,7 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-/// The value that the library reads from the document made of `data`.
+/// Returns the value that the library reads from the document made from `data`.
 std::shared_ptr<MetaObj::MetaObject> ReadBack(const std::string& form, const std::string& data) {
   const ScopedTempDir folder;
   const std::string path = folder.Write("data", data);
@@ -84,7 +84,7 @@ INSTANTIATE_TEST_SUITE_P(
         TextCase{"Latin1", "caf\xE9 & <\xFF>", "caf\\xe9 & <\\xff>"}),
     [](const auto& each) { return std::string(each.param.name); });
 
-// SanitizedTextTest compares what host.so escapes with the same file.
+// SanitizedTextTest checks host.so against the same file.
 TEST(ValueDocumentTest, EscapesExactlyWhatTheNativePluginEscapes) {
   std::string shown;
   for (const std::string& name : NamesWithEveryByte()) {

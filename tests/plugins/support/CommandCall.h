@@ -16,15 +16,15 @@
 #include "kestrel/metaobj/MetaObject.h"
 #include "kestrel/metaobj/MetaStruct.h"
 
-// Calls commands in a dispatcher of the test program.
+// Functions that call commands in a dispatcher of the test program.
 namespace Kestrel::Testing {
 
 using Parameters = std::vector<std::pair<std::string, std::string>>;
 
-/// The fields of a structure, as text.
+/// The fields of a structure as strings.
 using Row = std::map<std::string, std::string>;
 
-/// The dispatcher with the plug-ins under test. Each test program defines it.
+/// Returns the dispatcher with the plug-ins under test. Each test program defines it.
 AutoCli::Dispatcher& GetDispatcher();
 
 /// The result of a call.
@@ -42,7 +42,7 @@ struct CommandResult {
   std::vector<std::shared_ptr<MetaObj::MetaStruct>> GetStructs() const;
 };
 
-/// Calls a command; `path` has spaces between its words.
+/// Calls a command. The words of `path` are separated by spaces.
 CommandResult Call(const std::string& path, const Parameters& parameters = {});
 
 /// Returns the errors of a call. Fails the test if there is a value.
@@ -50,19 +50,19 @@ std::vector<std::string> CallErrors(const std::string& path, const Parameters& p
 
 // Each of the following fails the test if the call reports an error.
 
-/// The value as text.
+/// Returns the value as a string.
 std::string CallText(const std::string& path, const Parameters& parameters = {});
-/// The fields of the structure.
+/// Returns the fields of the structure.
 Row CallStruct(const std::string& path, const Parameters& parameters = {});
-/// The structures of the list.
+/// Returns the structures of the list.
 std::vector<Row> CallRows(const std::string& path, const Parameters& parameters = {});
-/// One field of each structure of the list.
+/// Returns one field of each structure in the list.
 std::vector<std::string> CallColumn(const std::string& path, const std::string& field,
                                     const Parameters& parameters = {});
 
 Row ToRow(const MetaObj::MetaStruct& structure);
 
-/// The structures in a list. Fails the test if `value` is not a list of structures.
+/// Returns the structures in a list. Fails the test if `value` is not a list of structures.
 std::vector<Row> ToRows(const std::shared_ptr<MetaObj::MetaObject>& value);
 
 }  // namespace Kestrel::Testing

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Every command that we ship is described in every format that can print a structure.
+// Every command of this project must have a description in every format that can print a structure.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -27,8 +27,8 @@ using testing::ElementsAreArray;
 using testing::HasSubstr;
 using testing::Not;
 
-/// The descriptors of the source tree, as they are in the build tree. What else is there may be
-/// left from an earlier build.
+/// Returns the descriptors of the source tree, with their paths in the build tree. Other files
+/// there may be left from an earlier build.
 std::vector<std::string> ShippedPlugins() {
   std::vector<std::string> plugins = {KESTREL_HOST_PLUGIN};
   for (const auto& entry :
@@ -41,7 +41,7 @@ std::vector<std::string> ShippedPlugins() {
   return plugins;
 }
 
-/// The paths of all commands, their words separated by full stops.
+/// Returns the paths of all commands, their words separated by full stops.
 std::vector<std::string> ShippedCommands() {
   std::vector<std::string> paths;
   for (const json& row : RunForJson(ShippedPlugins(), {"vexil", "command", "list"})) {
@@ -51,7 +51,8 @@ std::vector<std::string> ShippedCommands() {
   return paths;
 }
 
-/// What one run of the tool prints that describes each of the commands, with these options.
+/// Returns the output of a single run of the tool that describes each of the commands, with these
+/// options.
 std::string DescribeAll(const std::vector<std::string>& paths, const std::string& options) {
   std::string lines;
   for (const std::string& path : paths) {
@@ -82,7 +83,7 @@ std::vector<std::string> SplitBefore(const std::string& text, const std::string&
   return pieces;
 }
 
-/// The json formatter writes each byte of a character as a character of its own.
+/// Restores the bytes: the json formatter writes each byte of a character as a separate character.
 std::string ToBytes(const std::string& text) {
   std::string bytes;
   for (std::size_t at = 0; at < text.size(); ++at) {
@@ -110,7 +111,7 @@ std::string FieldNameOf(xmlNode* node) {
   return reinterpret_cast<const char*>(name.get());
 }
 
-/// The value that an element of the xml formatter contains, as JSON.
+/// Converts the value in an element of the xml formatter's output to JSON.
 json ToJson(xmlNode* node) {
   const std::string name = NameOf(node);
   if (name == "string") {
@@ -134,7 +135,7 @@ json ToJson(xmlNode* node) {
   return value;
 }
 
-/// The root value of a document that the xml formatter has printed.
+/// Returns the root value of a document that the xml formatter has printed.
 json ReadXmlDocument(const std::string& text) {
   const std::unique_ptr<xmlDoc, void (*)(xmlDoc*)> document(
       xmlReadMemory(text.data(), static_cast<int>(text.size()), nullptr, nullptr, 0), xmlFreeDoc);
@@ -150,7 +151,7 @@ json ReadXmlDocument(const std::string& text) {
   return "without a root value";
 }
 
-/// The document with its strings as bytes, each of which must have some.
+/// Returns the document with its strings as bytes. No string may be empty.
 json CheckedStrings(const json& document, const std::string& path) {
   if (document.is_string()) {
     EXPECT_NE("", document.get<std::string>()) << path;

@@ -11,14 +11,14 @@
 
 namespace Kestrel::Testing {
 
-/// The path of a shared object of the tests.
+/// Returns the path of a shared object of the tests.
 std::string GetModulePath(const std::string& name);
 
-/// A run of the tool with vexil.so and then `plugins` loaded; `words` may begin with dispatcher
-/// options.
+/// Returns a run of the tool that loads vexil.so and then `plugins`. `words` may begin with
+/// dispatcher options.
 VexilRun RunWith(const std::vector<std::string>& plugins, std::vector<std::string> words);
 
-/// What such a run prints as JSON; the test fails if the run does.
+/// Returns the output of such a run as JSON. Fails the test if the run fails.
 nlohmann::json RunForJson(const std::vector<std::string>& plugins, std::vector<std::string> words);
 
 }  // namespace Kestrel::Testing

@@ -29,7 +29,7 @@ constexpr const char* kRest =
     "<description>d</description><input-spec/><output-spec><string/></output-spec>"
     "<format-parameters/><execute>true</execute></command>";
 
-/// A descriptor with two namespaces and a command below each, one of them foreign.
+/// A descriptor with two namespaces and a command in each; one namespace is declared elsewhere.
 const std::string kPlain = std::string(kHead) +
                            "<namespaces><namespace path=\"disk\"><description>d</description>"
                            "</namespace><namespace path='disk.usage'><description>d</description>"

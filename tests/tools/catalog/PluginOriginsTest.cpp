@@ -35,7 +35,8 @@ using Testing::RegisterAt;
 using Testing::ScopedTempDir;
 using Testing::TestPluginPath;
 
-/// A descriptor with the namespace `name`, which more than one may have, and a command in it.
+/// Returns a descriptor that declares the namespace `name`, which others may declare too, and a
+/// command in it.
 std::string MakeDescriptor(const std::string& name, const std::string& command) {
   return "<p><version>1.0.0</version><namespaces><namespace path=\"" + name +
          "\"><description>Shared.</description></namespace></namespaces><commands><command "
@@ -68,14 +69,15 @@ class ProgramPlugin : public AutoCli::Plugin {
 
 class PluginOriginsTest : public testing::Test {
  protected:
-  /// The plug-in of a command, as "kind path file"; "none" when it is not found.
+  /// Returns the plug-in of a command as "kind path file"; "none" if it is not found.
   std::string Find(const std::string& path) {
     const auto node = Resolve(path);
     const Plugin* const plugin = origins().FindPlugin(*node, path);
     return plugin == nullptr ? "none" : Describe(*plugin);
   }
 
-  /// The library's own plug-in; its path is the one that the loader found the library by.
+  /// Returns the library's own plug-in. Its path is the one under which the loader found the
+  /// library.
   std::string LibraryPlugin() {
     const Plugin& plugin = *origins().GetPlugins().front();
     EXPECT_TRUE(std::filesystem::equivalent(KESTREL_LIBRARY, plugin.path));
@@ -98,7 +100,7 @@ class PluginOriginsTest : public testing::Test {
     return dispatcher_.GetRootNamespace()->ResolveNode(words);
   }
 
-  /// Made with the first question, when everything is loaded.
+  /// Made at the first call, when all plug-ins are loaded.
   PluginOrigins& origins() {
     if (origins_ == nullptr) {
       origins_ = std::make_unique<PluginOrigins>(dispatcher_);

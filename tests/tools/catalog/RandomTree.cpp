@@ -19,8 +19,8 @@ using Testing::Random;
 
 namespace {
 
-// Ordinary characters, those that JSON escapes, the first and last of each length in UTF-8, and
-// some that programs like to trip over.
+// Ordinary characters, characters that JSON escapes, the first and last characters of each UTF-8
+// length, and some that programs often handle incorrectly.
 const std::vector<std::string> kCharacters = {"a",
                                               "Z",
                                               "7",
@@ -157,7 +157,7 @@ Namespace MakeNamespace(Random& random) {
 
 Fault MakeFault(Random& random) { return {MakeText(random), MakeText(random), MakeText(random)}; }
 
-/// In order of paths, and each path once.
+/// Sorts the elements by path and removes those with equal paths.
 template <typename Element>
 std::vector<Element> InOrder(std::vector<Element> elements) {
   std::map<std::string, Element> byPath;

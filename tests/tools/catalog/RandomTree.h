@@ -8,12 +8,12 @@
 
 namespace Kestrel::Catalog {
 
-/// A tree with something of everything: strings of all kinds of characters, every kind of
-/// parameter, constraint and value, the limits of integers, empty lists. Its paths are in order.
+/// Returns a tree that contains strings with all kinds of characters, every kind of parameter,
+/// constraint and value, the limits of integers, and empty lists. Its lists are sorted by path.
 Tree MakeRandomTree(Testing::Random& random);
 
-/// The tree with one member of one structure changed, even one that has no meaning for the type of
-/// its constraint.
+/// Returns the tree with a change in one member of one structure, which may be a member that is
+/// meaningless for the type of its constraint.
 Tree MakeChangedTree(const Tree& tree, Testing::Random& random);
 
 }  // namespace Kestrel::Catalog

@@ -69,13 +69,13 @@ class OddNamespace : public AutoCli::Namespace {
   std::vector<std::shared_ptr<NamespaceNode>> GetNamespaceNodes() override { return children(); }
 };
 
-/// A namespace that says that it is a command.
+/// A namespace whose type is that of a command.
 class FalseCommand : public AutoCli::Namespace {
  public:
   AutoCli::NodeType GetType() override { return AutoCli::NodeType::Command; }
 };
 
-/// Throws what a test chooses when it is asked what it declares.
+/// A command whose declarations throw an exception that the test chooses.
 class BrokenCommand : public SampleCommand {
  public:
   std::function<void()> beforeInput = [] {};
@@ -96,7 +96,7 @@ class ReadTreeTest : public testing::Test {
  protected:
   std::shared_ptr<AutoCli::RootNamespace> Root() { return dispatcher_.GetRootNamespace(); }
 
-  /// A command "sample get", of which a test declares what it likes.
+  /// Adds a command "sample get", whose declarations the test chooses.
   SampleCommand& AddSample() {
     const auto command = std::make_shared<SampleCommand>();
     RegisterAt(Root(), {"sample", "get"}, command);
@@ -109,7 +109,7 @@ class ReadTreeTest : public testing::Test {
     return *command;
   }
 
-  /// What the catalog has of "sample get".
+  /// Returns the catalog's entry for "sample get".
   Command ReadSample() {
     const Tree tree = ReadTree(dispatcher_);
     const Command* const command = FindCommand(tree, "sample get");
@@ -117,13 +117,13 @@ class ReadTreeTest : public testing::Test {
     return command == nullptr ? Command() : *command;
   }
 
-  /// The result of "sample get" when it declares `root`.
+  /// Returns the result of "sample get" if it declares `root`.
   Result ReadResult(const std::shared_ptr<MetaObject>& root) {
     AddSample().outputSpec->SetRootObject(root);
     return ReadSample().result;
   }
 
-  /// The faults as pairs of path and text.
+  /// Returns the path and message of each fault.
   std::vector<std::pair<std::string, std::string>> ReadFaults() {
     std::vector<std::pair<std::string, std::string>> faults;
     for (const Fault& fault : ReadTree(dispatcher_).faults) {
@@ -145,7 +145,7 @@ std::vector<std::string> PathsOf(const std::vector<Element>& elements) {
   return paths;
 }
 
-/// "path kind typeName: documentation" of each field.
+/// Returns "path kind typeName: documentation" for each field.
 std::vector<std::string> Describe(const std::vector<Field>& fields) {
   std::vector<std::string> described;
   for (const Field& field : fields) {

@@ -104,7 +104,7 @@ class CompleteTest : public ::testing::Test {
     dispatcher_.GetRootNamespace()->GetNamespaceNode("paint")->SetDescription("Colours.");
   }
 
-  // Completes the last of the words; `after` follows the cursor.
+  // Completes the last of the words; `after` are the words after the cursor.
   Completion Run(Words words, const Words& after = {}) {
     words.insert(words.begin(), "vexil");
     const std::size_t index = words.size() - 1;

@@ -69,7 +69,7 @@ std::shared_ptr<SampleCommand> MakeRowsCommand(SampleCommand::Work work) {
   return command;
 }
 
-// A tree with the command "row list", whose work the test sets.
+// A tree with the command "row list", whose behaviour the test sets.
 class DataValuesTest : public ::testing::Test {
  protected:
   void Register(SampleCommand::Work work) {

@@ -28,7 +28,7 @@ class LoadPluginsTest : public ::testing::Test {
     chmod(file_.c_str(), 0644);
   }
 
-  // Whether the command of the plug-in is in the tree after the option has been followed.
+  // Returns whether the option loads the plug-in with the command `name`.
   static bool IsLoadedBy(const std::string& name, const std::string& value) {
     AutoCli::Dispatcher dispatcher;
     Complete::LoadPlugins(dispatcher, {TypedOption{"--" + name, name, value, true}});

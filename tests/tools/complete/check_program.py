@@ -5,7 +5,7 @@
 
     check_program.py STAGE
 
-STAGE is an installed tree. What there is to know comes from `vexil command describe`. The exit
+STAGE is an installed tree. The expected candidates come from `vexil command describe`. The exit
 status is 1 if something is missing or wrong.
 """
 
@@ -25,14 +25,14 @@ class Tree:
         self.options = ["--plugin-dir", os.path.join(stage, "lib/norvane/vexil")]
 
     def call(self, *words):
-        """The result of a command, from its JSON."""
+        """Returns the result of a command, which is printed as JSON."""
         arguments = [self.tool, *self.options, "--formatter=json", *words]
         output = subprocess.run(arguments, check=True, stdout=subprocess.PIPE,
                                 stderr=subprocess.DEVNULL).stdout
         return json.loads(output)
 
     def complete(self, *words, after=()):
-        """The candidates for the last word as pairs, and the directive."""
+        """Returns the candidates for the last word as pairs, and the directive."""
         line = ["vexil", *self.options, *words]
         run = subprocess.run([self.program, str(len(line) - 1), *line, *after],
                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
@@ -48,7 +48,7 @@ class Tree:
 
 
 def read_paths(tree):
-    """The words of each command's path."""
+    """Returns the words of each command's path."""
     return [row["Namespace"].split(".") + [row["Command"]]
             for row in tree.call("vexil", "command", "list")]
 
@@ -112,7 +112,7 @@ def value_problems(tree, path, parameter):
 
 
 def column_problems(tree, path, fields):
-    """The columns of a table or of simple output, before the path and also after a comma."""
+    """Checks the columns of tables and of simple output, before the path and also after a comma."""
     own = [field["Path"] for field in fields if "." not in field["Path"]]
     for key in ("fields=", "fields=" + ",".join(own[:1]) + "," if own else "fields="):
         missing = set(own[1:]) - {word[len(key):]
@@ -123,14 +123,14 @@ def column_problems(tree, path, fields):
 
 
 def random_problems(tree, paths):
-    """Any line has an answer."""
+    """Checks that every line has a valid answer."""
     pieces = ["", "-", "--", "-a", "--x=", "--formatter", "=", "--format-param", "fields=", "a\nb",
               "\xff", "'", "--plugin", "/etc/passwd", ".", "x" * 5000, "--help", "\t", ","]
     chosen = random.Random(7)
     for _ in range(150):
         words = chosen.choice(paths)[:chosen.randrange(4)] + chosen.choices(pieces, k=4)
         chosen.shuffle(words)
-        tree.complete(*words)  # raises for an answer that is not one
+        tree.complete(*words)  # raises if the answer is invalid
     yield from ()
 
 

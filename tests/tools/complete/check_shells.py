@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Types command lines in a real shell on a pseudo-terminal and checks what the tab key makes of them.
+"""Types command lines in a real shell on a pseudo-terminal and checks how the tab key completes them.
 
     check_shells.py STAGE SHELL
 
@@ -24,8 +24,8 @@ SECONDS = 20
 ESCAPES = re.compile(rb"\x1b(\[[0-9;?>=]*[A-Za-z]|\][^\x07]*\x07|[()][A-Z0-9]|[=>78])|[\x0e\x0f]")
 NOT_INSTALLED = 77
 
-# In a line, "|" is the cursor when it is not at the end. PLUGINS is the folder of the plug-ins.
-# Each line is typed after "vexil --plugin-dir PLUGINS ".
+# In a line, "|" marks the cursor if it is not at the end. PLUGINS stands for the folder of the
+# plug-ins. Each line is typed after "vexil --plugin-dir PLUGINS ".
 COMPLETIONS = [
     # the words of a path
     ("stora", "storage "),
@@ -55,8 +55,8 @@ COMPLETIONS = [
     ("--input ST", "--input STDIN "),
 ]
 
-# The same for shells that show a completion what follows the cursor, and in which a backslash keeps
-# any letter as it is. Fish does neither.
+# Further lines for shells that pass the text after the cursor to completions, and in which a
+# backslash preserves any letter. Neither is true of fish.
 MORE_COMPLETIONS = [
     ("storage mount list --de| --descending", "storage mount list --de| --descending"),
     ("--format-param fields=Ty| storage mount list", "--format-param fields=Type| storage mount list"),
@@ -65,11 +65,12 @@ MORE_COMPLETIONS = [
     ("stor\\age mou", "stor\\age mount "),
 ]
 
-# Values from data may take longer than a person waits while the machine is busy; a few attempts.
+# On a busy machine, values from data may take longer than a person waits, so there are a few
+# attempts.
 DATA_COMPLETION = ("package get --name=dpk", "package get --name=dpkg")
 ATTEMPTS = 10
 
-# The tab key, pressed twice, shows these words.
+# Pressing the tab key twice shows these words.
 LISTS = [
     ("storage ", ["device", "filesystem", "mount", "Disks, partitions and volumes."]),
     ("file checksum --algorithm ", ["md5", "sha1", "sha256", "sha512"]),
@@ -132,7 +133,7 @@ class Shell:
         os.write(self.terminal, text.encode())
 
     def read_until(self, pattern):
-        """What the shell shows up to the pattern, without escape sequences."""
+        """Returns what the shell shows up to the pattern, without escape sequences."""
         end = time.monotonic() + SECONDS
         while True:
             shown = ESCAPES.sub(b"", self.text)
@@ -146,9 +147,9 @@ class Shell:
             self.text += os.read(self.terminal, 65536)
 
     def complete(self, line, tabs=1):
-        """Types a line and the tab key; returns the line that results and all that was shown."""
+        """Types a line and the tab key; returns the resulting line and everything that was shown."""
         before, _, after = line.partition("|")
-        # ^B moves back, ^U and ^K erase the line around the cursor.
+        # ^B moves the cursor back; ^U and ^K erase the line around it.
         self.type(before + after + "\x02" * len(after))
         for _ in range(tabs):
             time.sleep(0.15 if self.name == "fish" else 0)
@@ -170,7 +171,7 @@ def completions_of(shell):
 
 
 def problems(shell, plugins):
-    """A line for each completion that is not as expected."""
+    """Yields a line for each completion that is not as expected."""
     start = f"vexil --plugin-dir {plugins} "
     for line, expected in completions_of(shell.name):
         wanted = expected if "|" in expected else expected + "|"

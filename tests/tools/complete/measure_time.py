@@ -5,10 +5,10 @@
 
     measure_time.py STAGE PLUGIN [--runs N] [--limit MILLISECONDS]
 
-STAGE is an installed tree; PLUGIN brings 1,000 commands, to which those of the shipped plug-ins are
-added. Prints, for each of some lines, the median and the 99th percentile of the time from start to
-end and of the processor time. With --limit, the exit status is 1 if the latter percentile of the
-processor time exceeds it: it does not depend on what else the machine does.
+STAGE is an installed tree; PLUGIN has 1,000 commands, in addition to those of the shipped plug-ins.
+For several lines, prints the median and the 99th percentile of the elapsed time and of the
+processor time. With --limit, the exit status is 1 if the 99th percentile of the processor time
+exceeds it; other programs on the machine hardly affect processor time.
 """
 
 import argparse
@@ -29,7 +29,7 @@ AFTER = {"columns": ["storage", "mount", "list"]}
 
 
 def run_once(arguments):
-    """The time from start to end and the processor time, in milliseconds."""
+    """Returns the elapsed time and the processor time, in milliseconds."""
     before = resource.getrusage(resource.RUSAGE_CHILDREN)
     start = time.perf_counter()
     lines = subprocess.run(arguments, check=True, stdout=subprocess.PIPE).stdout.split(b"\n")

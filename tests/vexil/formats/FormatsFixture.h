@@ -41,7 +41,7 @@ using Testing::MakeRecord;
 
 using Parameters = std::initializer_list<std::pair<const char*, const char*>>;
 
-/// What a formatter writes for a result, and the messages that it adds to the output.
+/// The output of a formatter for a result, and the messages that it adds.
 struct Printed {
   std::string text;
   std::vector<std::string> errors;
@@ -65,7 +65,7 @@ inline std::string Print(const ExactFormat& format, const std::shared_ptr<MetaOb
   return printed.text;
 }
 
-/// Returns the messages for a result that cannot be printed. Nothing may be written then.
+/// Returns the messages for a result that cannot be printed. Fails the test if anything is written.
 inline std::vector<std::string> ErrorsOf(const ExactFormat& format,
                                          const std::shared_ptr<MetaObject>& root,
                                          Parameters parameters = {}) {

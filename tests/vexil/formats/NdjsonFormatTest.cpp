@@ -65,7 +65,8 @@ TEST(NdjsonFormatTest, PrintsStringsOfEveryLength) {
 }
 
 TEST(NdjsonFormatTest, PrintsListsOfDifferentShapesInOneField) {
-  // The declared list has no structure, so the lists of the rows may have any.
+  // The declared list does not say which structures it contains, so the lists of the rows may
+  // contain any.
   const auto makeRow = [](const std::shared_ptr<MetaList>& list) {
     auto row = MetaStruct::New("Row");
     row->SetField("Items", list);
@@ -84,7 +85,8 @@ TEST(NdjsonFormatTest, PrintsListsOfDifferentShapesInOneField) {
 }
 
 TEST(NdjsonFormatTest, PrintsRowsThatStoreTheirFieldsDifferently) {
-  // More fields than a shared layout has, and documentation that the declared structure lacks.
+  // The row has more fields than a shared layout allows, and documentation that the declared
+  // structure lacks.
   const auto makeRow = [](bool isDocumented) {
     auto row = MetaStruct::New("Row");
     for (int i = 0; i < 70; ++i) {

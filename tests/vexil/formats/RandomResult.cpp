@@ -184,7 +184,7 @@ std::shared_ptr<MetaObject> RandomResult::MakeLike(const std::shared_ptr<MetaObj
     if (list->GetListType() != MetaType::Struct) {
       return list;
     }
-    // A list without a declared structure matches lists of all structures.
+    // A list without a declared structure may contain structures of any shape.
     return MakeStructs(
         IsNull(list->GetListStructure()) ? MakeStruct(3, 3) : list->GetListStructure(), 4);
   }

@@ -15,15 +15,15 @@
 
 namespace Kestrel::Formats {
 
-/// Makes random results with strings and names of all characters. The same seed makes the same
-/// results on every host.
+/// Makes random results whose strings and names contain all kinds of characters. The same seed
+/// produces the same results on every host.
 class RandomResult {
  public:
   explicit RandomResult(std::uint64_t seed) : random_(seed) {}
 
   std::shared_ptr<MetaObj::MetaObject> Make();
 
-  /// Makes parameters that choose from `root`, which `Make` returned.
+  /// Makes random format parameters for `root`, which `Make` returned.
   AutoCli::FormatParameters MakeParameters(const MetaObj::MetaObject& root);
 
  private:
@@ -38,7 +38,7 @@ class RandomResult {
   std::shared_ptr<MetaObj::MetaList> MakeStructs(const std::shared_ptr<MetaObj::MetaStruct>& shape,
                                                  std::uint64_t maxCount);
 
-  /// Another value of the same shape.
+  /// Returns another value of the same shape.
   std::shared_ptr<MetaObj::MetaObject> MakeLike(const std::shared_ptr<MetaObj::MetaObject>& value);
   std::shared_ptr<MetaObj::MetaStruct> MakeLike(const MetaObj::MetaStruct& structure);
 

@@ -3,12 +3,12 @@
 
 // kestrel_write_results SEED COUNT
 //
-// Writes random results and what each of the tool's formats prints for them, to be checked by
-// check_formats.py. The output consists of netstrings. For each result these are:
+// Writes random results and the output of each of the tool's formats for them, to be checked by
+// check_formats.py. The output consists of netstrings. For each result, these are:
 //
-//   its seed, the number of parameters, the key and value of each parameter, the result and its
-//   declared structure in the notation of EncodeValue, and for each format the text and the
-//   messages.
+// its seed, the number of parameters, the key and value of each parameter, the result and its
+// declared structure in the notation of EncodeValue, and for each format the output and the
+// messages.
 
 #include <cstdlib>
 #include <iostream>
@@ -35,7 +35,7 @@ std::string EncodeShape(const MetaObject& root) {
   return Testing::EncodeValue(list == nullptr ? nullptr : list->GetListStructure().get());
 }
 
-/// Writes what the formatter prints and its messages, and returns the former.
+/// Writes the formatter's output and its messages, and returns the output.
 std::string Print(AutoCli::Formatter& formatter, const std::shared_ptr<MetaObject>& root,
                   AutoCli::FormatParameters params) {
   const auto output = CallSpec::Output::New();

@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Reads what the tool's formats print for random results with other programs.
+"""Prints random results in the tool's formats and reads them with other programs.
 
     check_formats.py --program WRITE_RESULTS [--seed SEED] [--count COUNT]
 
-A result is named after its seed; `--seed N --count 1` checks only that one. The default is 2,000
-results, always the same; with KESTREL_CAMPAIGN=1 in the environment it is 100,000 new ones.
+A result is named after its seed; `--seed N --count 1` checks only that one. By default, the same
+2,000 results are checked each time; with KESTREL_CAMPAIGN=1 in the environment, 100,000 new ones.
 """
 
 import argparse
@@ -50,7 +50,7 @@ def read_cases(data):
 
 
 def problems_of_messages(cases):
-    """A result is printed, or there is a message: never both, and the right one of them."""
+    """Checks that a result is either printed or refused with a message, whichever is right."""
     for case in cases:
         for name, reason in readers.FORMATS.items():
             text, messages = case.printed[name]

@@ -1,10 +1,10 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 
-"""What the parameters `fields`, `sort` and `limit` choose from a result.
+"""Implements the parameters `fields`, `sort` and `limit` a second time.
 
-Works on the values of values.py. Written without a look at the tool's source, so that a mistake
-there is not repeated here.
+Works on the values of values.py. Written without reference to the tool's source, so that it does
+not repeat a mistake there.
 """
 
 from values import List, Struct
@@ -13,7 +13,7 @@ SCALARS = (bool, int, bytes)
 
 
 class Mistake(Exception):
-    """A parameter that names no field, or one that cannot be sorted by."""
+    """A parameter names a field that does not exist or cannot be sorted by."""
 
 
 def field_of(structure, name):
@@ -21,7 +21,7 @@ def field_of(structure, name):
 
 
 def resolve(shape, name):
-    """The names that lead to the field that a parameter names; an empty list if there is none."""
+    """Returns the names that lead to the field that a parameter names; an empty list if there is none."""
     if any(name == known for known, _ in shape.fields):
         return [name]
     parts = name.split(b".")
@@ -51,7 +51,7 @@ class Chosen:
             self.rows = self.rows[:int(params[b"limit"])]
 
     def _resolve(self, name):
-        """A path, [] for a scalar, or None after a mistake."""
+        """Returns a path, [] for a scalar, or None after a mistake."""
         if self.has_scalars:
             if name.strip(b" \t") == b"value":
                 return []
@@ -65,7 +65,7 @@ class Chosen:
         return None
 
     def _paths(self, fields):
-        """The chosen paths, or None for all fields."""
+        """Returns the chosen paths, or None for all fields."""
         if fields is None:
             return None
         names = fields.split(b",")
@@ -91,14 +91,14 @@ class Chosen:
         self.rows.sort(key=value_at, reverse=is_descending)  # keeps the order of equal rows
 
     def values(self):
-        """The rows with the chosen fields only."""
+        """Returns the rows with only the chosen fields."""
         if self.paths is None or self.has_scalars:
             return self.rows
         tree = merge(self.paths)
         return [narrow(row, tree) for row in self.rows]
 
     def columns(self):
-        """The paths of all columns. A scalar has the column []."""
+        """Returns the paths of all columns. A scalar has the column []."""
         if self.has_scalars:
             return [[]]
         if self.shape is None:
@@ -140,7 +140,7 @@ ALL = None  # in a tree: all fields that are not named before, in byte order
 
 
 def merge(paths):
-    """A dictionary of dictionaries in the order of the paths; ALL is a key that means the rest."""
+    """Returns a dictionary of dictionaries in the order of the paths; ALL is a key that means the rest."""
     tree = {}
     for path in paths:
         inner = tree

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 
-"""Other programs that read the tool's formats, and the values that they should find."""
+"""Other programs that read the tool's formats, and the values that they should return."""
 
 import csv
 import io
@@ -22,7 +22,7 @@ csv.field_size_limit(1 << 30)
 
 
 def texts_in(value):
-    """All strings and names in a value."""
+    """Yields all strings and names in a value."""
     if isinstance(value, bytes):
         yield value
     elif isinstance(value, Struct):
@@ -43,7 +43,7 @@ def is_utf8(text):
 
 
 def not_utf8(chosen):
-    """The first string that is not UTF-8 in what is printed as nested values."""
+    """Returns the first string that is not UTF-8 in the nested values to be printed."""
     return [text for value in chosen.values() for text in texts_in(value) if not is_utf8(text)][:1]
 
 
@@ -54,7 +54,7 @@ def not_utf8_in_cells(chosen):
 
 
 def not_xml(chosen):
-    """The first string with a character that XML does not allow, or the first empty name."""
+    """Returns the first string with a character that XML does not allow, or the first empty name."""
     texts = [text for value in chosen.values() for text in texts_in(value)]
     names = [name for value in chosen.values() for name in names_in(value)]
     return (not_utf8(chosen) or [text for text in texts if FORBIDDEN.search(text.decode())][:1] or
@@ -63,7 +63,7 @@ def not_xml(chosen):
 
 
 def mixed(value):
-    """The reader takes the first element of a list for the shape of all."""
+    """Returns the elements that the reader rejects because the first one has another shape."""
     if isinstance(value, Struct):
         return [problem for _, field in value.fields for problem in mixed(field)]
     if isinstance(value, List):
@@ -97,13 +97,13 @@ def names_in(value):
             yield from names_in(item)
 
 
-# For each format, in the order of the program's output: what it cannot print.
+# What each format cannot print, in the order of the program's output.
 FORMATS = {"csv": not_utf8_in_cells, "json-utf8": not_utf8, "ndjson": not_utf8,
            "tsv": not_utf8_in_cells, "value-xml": not_xml, "yaml": not_utf8}
 
 
 def pairs(value):
-    """The value as JSON has it. A structure is a list of pairs, so that the order counts."""
+    """Returns the value as read from JSON. A structure is a list of pairs, so the order matters."""
     if isinstance(value, bytes):
         return value.decode()
     if isinstance(value, Struct):
@@ -216,7 +216,7 @@ def cell_text(value):
 
 
 def json_text(value):
-    """The value as compact JSON."""
+    """Returns the value as compact JSON."""
     if isinstance(value, List):
         return "[" + ",".join(map(json_text, value.items)) + "]"
     if isinstance(value, Struct):
@@ -257,7 +257,7 @@ class CsvReader:
 
 
 class TsvReader:
-    """What a script does: splits lines and cells, then replaces the escapes."""
+    """Reads like a script: splits lines and cells, then replaces the escapes."""
 
     format = "tsv"
     ESCAPES = {"t": "\t", "n": "\n", "r": "\r", "\\": "\\"}
@@ -285,7 +285,7 @@ class YamlReader:
 
     def __init__(self, loader, share):
         self.loader = loader
-        self.share = share  # reads one of so many results: the parser in Python is slow
+        self.share = share  # reads one in `share` results, because the parser in Python is slow
 
     def can_read(self, case):
         return yaml is not None and int(case.seed) % self.share == 0
@@ -305,7 +305,7 @@ def as_pairs_of_dict(value):
 
 
 def without_shapes(value):
-    """The value without the declared structures of lists, and with fields in byte order."""
+    """Returns the value without the declared structures of lists, and with fields in byte order."""
     if isinstance(value, Struct):
         return Struct(value.type_name,
                       sorted((name, without_shapes(field)) for name, field in value.fields))
@@ -320,7 +320,7 @@ def expected_value(case):
 
 
 class ToolReader:
-    """The reader of results of commands from descriptors."""
+    """The library's reader for the results of commands from descriptors."""
 
     format = "value-xml"
 
@@ -369,7 +369,7 @@ class XmlReader:
 
 
 def ordered_value(case):
-    """The expected value with fields in the order in which they are printed."""
+    """Returns the expected value with fields in the order in which they are printed."""
     def plain(value):
         if isinstance(value, Struct):
             return Struct(value.type_name, [(name, plain(field)) for name, field in value.fields])
@@ -380,7 +380,7 @@ def ordered_value(case):
 
 
 class XmllintReader(XmlReader):
-    """xmllint, which uses libxml2: what it writes for all documents at once."""
+    """xmllint, which uses libxml2. A single call writes its values for all documents."""
 
     def read(self, cases):
         if not shutil.which("xmllint"):

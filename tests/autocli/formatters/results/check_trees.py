@@ -6,8 +6,8 @@
     check_trees.py --program WRITE_TREES [--samples] [--seed SEED] [--count COUNT]
 
 The values are random or, with --samples, those of the golden files. A random tree is named after
-its seed; `--seed N --count 1` checks only that tree. The default is 1,000 trees, always the same;
-with KESTREL_CAMPAIGN=1 in the environment it is 10,000 new ones.
+its seed; `--seed N --count 1` checks only that tree. By default, the same 1,000 trees are checked
+each time; with KESTREL_CAMPAIGN=1 in the environment, 10,000 new ones.
 """
 
 import argparse

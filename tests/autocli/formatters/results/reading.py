@@ -5,7 +5,7 @@
 
 Each reader names the formatter whose output it reads and the program that it needs, if any.
 `can_read(case)` says whether the output is a valid document at all; docs/output-formats.md lists
-what is not. `check(cases)` yields the differences between the values and what is read.
+which outputs are not. `check(cases)` yields the differences between the values and what is read.
 """
 
 import ast

@@ -40,7 +40,7 @@ std::vector<std::string> Names(const std::string& path) {
   return names;
 }
 
-// A folder with an archive that `command` makes there.
+// A folder with an archive that `command` creates in it.
 class MadeArchive {
  public:
   explicit MadeArchive(const std::string& command) {
@@ -209,7 +209,7 @@ TEST(ArchiveTest, RefusesAFileThatIsNotAnArchive) {
 
 class DamagedArchiveTest : public ::testing::TestWithParam<FormatCase> {};
 
-// Wherever the archive is cut, it is not a shorter list.
+// A truncated archive must never be read as a shorter list, wherever it ends.
 TEST_P(DamagedArchiveTest, AnArchiveThatIsCutIsAnError) {
   const ScopedTempDir folder;
   for (const std::string name : {"in/a", "in/b"}) {
@@ -225,7 +225,7 @@ TEST_P(DamagedArchiveTest, AnArchiveThatIsCutIsAnError) {
   EXPECT_THAT(Names(folder.GetPath("archive")), ElementsAre("a", "b"));
   for (std::size_t size = 1; size + 1600 < whole.size(); size += 97) {
     const std::string cut = folder.Write("cut", whole.substr(0, size));
-    // Nothing distinguishes an archive that is cut after a member from a whole one.
+    // An archive that ends right after a member cannot be distinguished from a complete one.
     if (size == 9728) {
       continue;
     }

@@ -25,7 +25,7 @@ struct Vector {
   const char* digits;
 };
 
-// The published vectors of RFC 4231.
+// The test vectors that RFC 4231 publishes.
 const Vector kKeyedVectors[] = {
     {"ShortKey224", "Jefe", "what do ya want for nothing?", "sha224",
      "a30e01098bc6dbbf45690f3a7e9e6d0f8bbea2a39e6148008fd05e44"},
@@ -44,7 +44,7 @@ const Vector kKeyedVectors[] = {
      "60e431591ee0b67f0d8a26aacbf5b77f8e0bc6213728c5140546040f0ee37f54"},
 };
 
-// Published with the algorithms.
+// The test vectors that were published with the algorithms.
 const Vector kPlainVectors[] = {
     {"Md5", "", "abc", "md5", "900150983cd24fb0d6963f7d28e17f72"},
     {"Sha1", "", "abc", "sha1", "a9993e364706816aba3e25717850c26c9cd0d89d"},
@@ -96,7 +96,7 @@ TEST_P(DigestSizeTest, AgreesWithOpenssl) {
   }
 }
 
-// Around the sizes of the algorithms' blocks, and of the buffer.
+// Sizes around those of the algorithms' blocks and of the buffer.
 INSTANTIATE_TEST_SUITE_P(Sizes, DigestSizeTest,
                          ::testing::Values(0, 1, 55, 56, 63, 64, 65, 111, 112, 127, 128, 131071,
                                            131072, 131073, 300000));

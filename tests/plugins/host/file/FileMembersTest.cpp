@@ -27,7 +27,7 @@ using ::testing::IsEmpty;
 
 constexpr char kCommand[] = "file members";
 
-// Makes a zone that of this process, which reads TZ only on demand.
+// Sets the time zone of this process, which otherwise reads TZ only on demand.
 class ScopedZone {
  public:
   explicit ScopedZone(const char* zone) : value_(std::in_place, "TZ", zone) { ::tzset(); }
@@ -138,7 +138,7 @@ TEST_F(FileMembersTest, ShowsSizesForPeople) {
             "-rw-r--r--  2.0 KiB  2024-05-06 07:08:09  etc/a b.conf\n");
 }
 
-// Of a large archive, every member is listed with the figures that tar prints.
+// Every member of a large archive is listed with the same values as by tar.
 TEST(FileMembersWitnessTest, ListsWhatTarLists) {
   const ScopedTempDir folder;
   const ScopedZone zone("UTC");

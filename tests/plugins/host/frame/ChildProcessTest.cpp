@@ -41,14 +41,14 @@ ProgramResult RunScript(const std::string& script, const std::vector<std::string
 
 using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kShort(300);
-// Less than the programs that are killed would take.
+// Shorter than the programs that are killed would run.
 constexpr std::chrono::seconds kLong(30);
 
 ProgramResult RunWithin(std::chrono::milliseconds limit, const std::string& script) {
   return RunProgramWithin(limit, "/bin/sh", {"-c", script});
 }
 
-// Not for a process that has ended and whose parent has not noticed.
+// False for a process that has ended but has not been waited for.
 bool IsRunning(pid_t process) {
   const auto status = ReadFile("/proc/" + std::to_string(process) + "/stat");
   return status && status->find(") Z") == std::string::npos;
@@ -201,7 +201,7 @@ TEST(RunProgramWithinTest, KillsWhatTheProgramStarted) {
   const ScopedTempDir folder;
   RunWithin(kShort, "sleep 60 & echo $! >'" + folder.GetPath("child") + "'; wait");
   const int child = std::stoi(folder.Read("child"));
-  // Its new parent may need a moment to bury it.
+  // The new parent may need a moment to wait for it.
   for (int attempt = 0; attempt < 1000 && IsRunning(child); ++attempt) {
     ::usleep(10000);
   }

@@ -25,7 +25,7 @@ ino_t InodeOf(int file) {
   return status.st_ino;
 }
 
-// Creates folders in each other, and returns the inode of the last one.
+// Creates nested folders and returns the inode of the innermost one.
 ino_t MakeFolders(const std::string& top, const std::string& name, int count) {
   std::optional<FileDescriptor> folder(std::in_place, ::open(top.c_str(), O_PATH | O_CLOEXEC));
   for (int i = 0; i < count; ++i) {

@@ -42,7 +42,7 @@ INSTANTIATE_TEST_SUITE_P(
         PatternCase{"BothEnds", "libc6-dev", "lib*-dev", true},
         PatternCase{"EndsThatOverlap", "aba", "ab*ba", false},
         PatternCase{"EndsThatTouch", "abba", "ab*ba", true},
-        // Several.
+        // Several stars.
         PatternCase{"Inside", "libstdc++6", "*stdc*", true},
         PatternCase{"NotInside", "libc6", "*stdc*", false},
         PatternCase{"Order", "abc", "*a*b*c*", true},
@@ -51,14 +51,15 @@ INSTANTIATE_TEST_SUITE_P(
         PatternCase{"NotTheSameByteTwice", "a", "*a*a*", false},
         PatternCase{"PieceUsedByTheEnd", "ab", "*b*b", false},
         PatternCase{"TwoStars", "ab", "a**b", true},
-        // What a regular expression would take as special.
+        // Characters that are special in regular expressions.
         PatternCase{"FullStop", "baXh", "ba.h", false}, PatternCase{"Plus", "g++", "g++", true},
         PatternCase{"PlusAndStar", "g++-12", "g++*", true},
         PatternCase{"Question", "ab", "a?", false}, PatternCase{"Brackets", "a", "[a]", false},
         PatternCase{"Backslash", "a*", "a\\*", false}),
     [](const auto& each) { return std::string(each.param.test); });
 
-// As many places as there are bytes for each star: a search that tries all would not end.
+// Each star matches at as many positions as there are bytes, so trying all combinations would never
+// end.
 TEST(NamePatternSpeedTest, DoesNotTryAllPlaces) {
   const std::string name(100000, 'a');
   std::string pattern;

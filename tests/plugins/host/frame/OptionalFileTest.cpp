@@ -27,7 +27,7 @@ using Testing::PlainUser;
 using Testing::ScopedTempDir;
 using ::testing::ThrowsMessage;
 
-/// Takes every file descriptor that this process may have.
+/// Uses up all file descriptors that this process may have.
 class NoMoreFiles {
  public:
   NoMoreFiles() {

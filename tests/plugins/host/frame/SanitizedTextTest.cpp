@@ -46,7 +46,7 @@ const SanitizeCase kSanitizeCases[] = {
     Same("TwoBytes", "caf\xc3\xa9"),
     Same("ThreeBytes", "\xe2\x82\xac"),
     Same("FourBytes", "\xf0\x9f\x98\x80"),
-    // What is not UTF-8.
+    // Bytes that are not UTF-8.
     {"Latin1", "caf\xe9", "caf\\xe9"},
     {"StrayContinuation", "a\x80z", "a\\x80z"},
     {"CutShort", "\xe2\x82", "\\xe2\\x82"},
@@ -75,7 +75,7 @@ TEST(SanitizedTextTest, EscapesEveryControlCharacterAndNoOtherAsciiByte) {
   }
 }
 
-// ValueDocumentTest compares what the scripts of descriptors escape with the same file.
+// ValueDocumentTest checks the scripts of descriptors against the same file.
 TEST(SanitizedTextTest, EscapesTheNamesWithEveryByte) {
   std::string shown;
   for (const std::string& name : Testing::NamesWithEveryByte()) {

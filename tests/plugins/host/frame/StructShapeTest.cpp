@@ -160,7 +160,7 @@ TEST(StructShapeTest, AListOfAnotherShapeIsNotValid) {
   EXPECT_THAT(errors, Not(IsEmpty()));
 }
 
-// Text and hundredths of a share.
+// The string and the hundredths of a share.
 struct ShareCase {
   long hundredths;
   const char* text;
@@ -186,7 +186,7 @@ TEST(StructShapeTest, AShareIsSortedByItsHundredths) {
   EXPECT_EQ(shape.GetSortKey("Busy"), "Busy Hundredths");
   EXPECT_EQ(shape.GetSortKey("Busy Hundredths"), "Busy Hundredths");
   EXPECT_EQ(shape.GetSortKey("Room"), "Room Bytes");
-  // A share does not change with "human".
+  // "human" does not affect a share.
   EXPECT_FALSE(StructShape("Shares").Share("Busy", "How busy.").HasSizes());
   EXPECT_EQ(shape.ForPeople("Busy Hundredths,Room Bytes"), "Busy Hundredths,Room");
 }

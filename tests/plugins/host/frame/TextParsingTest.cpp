@@ -73,7 +73,7 @@ struct NumberListCase {
   std::vector<long> numbers;
 };
 
-// No kernel writes such lists. Parsing must end without overflow.
+// No kernel writes such lists. Parsing must still end, and without overflow.
 const NumberListCase kHostileLists[] = {
     {"RangeThatEndsAtTheLargestNumber",
      "9223372036854775806-9223372036854775807,7",

@@ -16,7 +16,7 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// Answers of journalctl that are cut, damaged or hostile.
+// Output of journalctl that is incomplete, damaged or hostile.
 namespace Kestrel::Host {
 namespace {
 
@@ -29,7 +29,8 @@ using ::testing::ThrowsMessage;
 
 constexpr char kCut[] = "journalctl's answer ends in the middle of an entry";
 
-// A value with its length before it, as the export format has values with line feeds.
+// Returns a field with the length before the value, as in the export format for values with line
+// feeds.
 std::string Sized(const std::string& name, const std::string& value) {
   std::string field = name + "\n";
   std::uint64_t length = value.size();
@@ -51,7 +52,7 @@ LogFilter Lines(std::size_t count) {
 
 class JournalAnswerTest : public ::testing::Test {
  protected:
-  // What is read of an answer; without any unit nothing else is asked.
+  // Returns the entries in the output. Without units, no other program is run.
   std::vector<LogLine> Read(const std::string& answer, std::size_t count = 1000) const {
     const MadeUpTool journalctl("journalctl", "cat '" + folder_.Write("answer", answer) + "'\n");
     return ReadJournal({}, Lines(count));
@@ -68,7 +69,7 @@ class JournalAnswerTest : public ::testing::Test {
 TEST_F(JournalAnswerTest, CutAnywhereIsAnErrorAndNoShorterList) {
   const std::string first = Entry("one");
   const std::string whole = first + Sized("MESSAGE", "two\nlines") + "PRIORITY=3\n\n";
-  // One shell for all lengths would be faster, but each answer is one of a program of its own.
+  // A single shell for all lengths would be faster, but each output must come from its own program.
   for (std::size_t length = first.size() + 1; length < whole.size(); length += 3) {
     EXPECT_THAT([&] { Read(whole.substr(0, length)); }, ThrowsMessage<KestrelException>(kCut))
         << length;
@@ -214,11 +215,11 @@ TEST_F(JournalAnswerTest, MayComeWithMoreWarningsThanAPipeHolds) {
   EXPECT_THAT(ReadJournal({}, Lines(9)), SizeIs(1));
 }
 
-// ---- what the program is asked
+// ---- how the program is called
 
 class JournalQuestionTest : public ::testing::Test {
  protected:
-  // The arguments that choose lines, one in each line.
+  // Returns the arguments that select lines, one per line.
   std::string Ask(const std::vector<std::string>& units, const LogFilter& filter) const {
     const MadeUpTool journalctl("journalctl", "printf '%s\\n' \"$@\" >'" +
                                                   folder_.GetPath("words") + "'\ncat '" +
@@ -277,7 +278,7 @@ TEST_F(JournalQuestionTest, IsAskedWithoutTheSettingsOfTheUser) {
 }
 
 TEST_F(JournalQuestionTest, MoreLinesThanAUserMayNameAreRead) {
-  // As many as "--since" finds, and "--lines" accepts no such number.
+  // The number is not limited with "--since", and may exceed the maximum of "--lines".
   const MadeUpTool journalctl("journalctl", "yes 'MESSAGE=x\n' | head -n 240000\n");
   LogFilter filter = Lines(kAllLines);
   filter.since = 1;

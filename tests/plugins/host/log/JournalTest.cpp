@@ -27,7 +27,7 @@ using Testing::ScopedTempDir;
 using ::testing::StartsWith;
 using ::testing::ThrowsMessage;
 
-// Two entries, the second with a value that has a length, as each value with a line feed.
+// Two entries. The second has a value with a length, as every value with a line feed has.
 const std::string kExport(
     "__CURSOR=s=1;i=2\n__REALTIME_TIMESTAMP=1700000001000000\nPRIORITY=3\n_COMM=crond\n"
     "SYSLOG_IDENTIFIER=cron\nMESSAGE=a=b \xFF\n\n"
@@ -74,7 +74,7 @@ TEST(JournalParserTest, WaitsForAValueOfAnyLength) {
   EXPECT_THAT(Parse(header + "text\n\n", 3), IsEmpty());
 }
 
-// A program that prints the entries, and notes its arguments.
+// A program that prints the entries and records its arguments.
 class JournalTest : public ::testing::Test {
  protected:
   std::string Script(const std::string& output, const std::string& more = "") const {
@@ -119,7 +119,7 @@ TEST_F(JournalTest, IsAskedForWhatIsWanted) {
 }
 
 TEST_F(JournalTest, IsSearchedUntilThereAreEnoughLines) {
-  // The tool writes entries as long as its output is read.
+  // The program writes entries until its output is closed.
   const MadeUpTool journalctl("journalctl",
                               "while printf 'MESSAGE=no\\n\\nMESSAGE=yes\\n\\n'; do :; done");
   const Regex pattern("^y");
@@ -141,7 +141,7 @@ TEST_F(JournalTest, IsMissingWithoutItsProgram) {
                   "Read a log file with --file instead")));
 }
 
-// Asked for entries to export, the program is silent about it.
+// When asked to export entries, the program does not report this.
 TEST_F(JournalTest, IsMissingWithoutItsFiles) {
   const MadeUpTool journalctl(
       "journalctl",
@@ -155,7 +155,7 @@ TEST_F(JournalTest, MustBeReadableAsAWhole) {
   constexpr char kRefusal[] =
       "Only root and members of the group systemd-journal may read the whole journal";
   {
-    // In a folder that another user may enter.
+    // The programs are in a folder that other users may enter.
     const ScopedTempDir tools;
     const std::string tool = tools.Write(
         "journalctl",
@@ -190,7 +190,7 @@ TEST_F(JournalTest, MayFailSilently) {
 constexpr char kNoUnit[] = "Neither the journal nor systemctl knows the unit nosuch";
 
 TEST_F(JournalTest, HasUnitsThatWroteNothingLately) {
-  // Nothing at the wanted level, but something at all.
+  // There is no entry of the requested level, but there are others.
   const MadeUpTool journalctl("journalctl",
                               "case \"$*\" in *--priority*) ;; *) " + Script(kExport) + ";; esac");
   LogFilter filter = Filter(9);

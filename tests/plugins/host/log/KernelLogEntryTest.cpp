@@ -16,7 +16,8 @@
 #include "plugins/host/log/KernelLog.h"
 #include "support/ScopedTempDir.h"
 
-// Messages of the kernel in every form. The device is a pipe that keeps messages apart.
+// Kernel messages in every form. The device is replaced by a pipe that preserves message
+// boundaries.
 namespace Kestrel::Host {
 namespace {
 

@@ -20,7 +20,7 @@ using Repeated = LocalZone::Repeated;
 
 constexpr CivilTime kSummer = {2026, 7, 1, 12, 0, 0};
 constexpr CivilTime kWinter = {2026, 1, 1, 12, 0, 0};
-// The clocks of Berlin show it twice, and never show the other one.
+// In Berlin, the first local time occurs twice, and the second never.
 constexpr CivilTime kRepeated = {2026, 10, 25, 2, 30, 0};
 constexpr CivilTime kSkipped = {2026, 3, 29, 2, 30, 0};
 
@@ -29,7 +29,7 @@ std::int64_t WitnessSeconds(const std::string& text) {
 }
 
 TEST(CivilTimeTest, CountsSecondsAsTheCLibraryDoes) {
-  // Steps of a prime number of seconds reach every month, leap days and years before 1970.
+  // A step of a prime number of seconds covers every month, leap days and years before 1970.
   constexpr std::time_t kStep = 1234577;
   for (std::time_t moment = -5000000000; moment < 9000000000; moment += kStep) {
     std::tm parts = {};
@@ -100,7 +100,7 @@ TEST(LocalZoneTest, ConvertsTimesOfAnyOrder) {
   const ScopedEnvironment variable("TZ", "Europe/Berlin");
   const LocalZone zone;
   const std::int64_t start = WitnessSeconds("2026-10-24 12:00:00");
-  // Back and forth over the end of summer time.
+  // Times before and after the end of summer time alternate.
   for (std::int64_t distance = 0; distance < 86400; distance += 600) {
     for (const std::int64_t seconds : {start + distance, start + 86400 - distance}) {
       const std::time_t moment = seconds;

@@ -17,8 +17,8 @@
 #include "support/ScopedEnvironment.h"
 #include "support/ScopedTempDir.h"
 
-// The choice of lines beside a simple one that reads a log from its start, and the words by which
-// users choose.
+// Compares the selection of lines with that of a simple reader that reads a log from its start, and
+// checks the words that users can write.
 namespace Kestrel::Host {
 namespace {
 
@@ -27,7 +27,7 @@ using Testing::ScopedEnvironment;
 
 constexpr std::int64_t kStart = 1704164645;  // 2024-01-02 03:04:05 in UTC
 
-/// Makes logs, the same in each run: most lines have a time, which mostly grows.
+/// Makes logs that are the same in each run. Most lines have a time, which mostly increases.
 class LogMaker {
  public:
   explicit LogMaker(unsigned seed) : state_(seed) {}
@@ -63,8 +63,9 @@ class LogMaker {
   unsigned state_;
 };
 
-// The rule in words: a line stays if its own time, else that of the last line before it with one,
-// is late enough; of the lines that stay and that are wanted otherwise, the last ones.
+// Applies the rule directly: a line passes if its own time, or otherwise the time of the last line
+// with a time before it, is late enough. Of the lines that also pass the other filters, the last
+// ones are returned.
 std::vector<std::string> Expected(const std::vector<LogMaker::Line>& lines,
                                   const LogFilter& filter) {
   std::vector<std::string> texts;
@@ -119,11 +120,11 @@ TEST_P(LogChoiceTest, IsThatOfAReaderFromTheStart) {
 
 INSTANTIATE_TEST_SUITE_P(Seeds, LogChoiceTest, ::testing::Range(1u, 13u));
 
-// ---- the words of a beginning
+// ---- words for the time of the first line
 
 struct SinceCase {
   const char* text;
-  const char* time;  // in UTC; "none" for what is none
+  const char* time;  // in UTC; "none" if the word is invalid
 };
 
 // 2026-11-22 10:00:00 in UTC.
@@ -213,7 +214,7 @@ TEST(SinceWordTest, NoZeroByteEndsAForm) {
   EXPECT_EQ(ParseSince(std::string("2026-11-01\0", 11), zone, kNow), std::nullopt);
 }
 
-// Each unit is a multiple of the one before it, under each of its names.
+// Each unit is a multiple of the previous one, under each of its names.
 TEST(SinceWordTest, UnitsHaveTheirLengths) {
   const LocalZone zone;
   const std::vector<std::vector<std::string>> names = {{"s", "sec", "second", "seconds"},
@@ -236,7 +237,7 @@ TEST(SinceWordTest, UnitsHaveTheirLengths) {
   }
 }
 
-// A day without a time begins where the words for it do.
+// A date without a time means the same midnight as the words for that day.
 TEST(SinceWordTest, ADateIsTheMidnightOfItsDay) {
   const ScopedEnvironment variable("TZ", "Europe/Berlin");
   const LocalZone zone;
@@ -249,7 +250,7 @@ TEST(SinceWordTest, ADateIsTheMidnightOfItsDay) {
   }
 }
 
-// ---- the level that a line shows
+// ---- the level that a line indicates
 
 struct LevelLine {
   const char* line;

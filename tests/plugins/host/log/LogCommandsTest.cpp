@@ -21,7 +21,7 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// The commands below "log".
+// The commands in the namespace "log".
 namespace Kestrel::Testing {
 namespace {
 
@@ -216,7 +216,7 @@ TEST_F(LogFileListTest, ReportsThatNoLineHasATime) {
             "No line has a time that is known, so none can be chosen by its time");
 }
 
-// A log as long as a machine writes in months: its end is read, and nothing else.
+// A log with as many lines as a machine writes in months. Only its end is read.
 TEST_F(LogFileListTest, ReadsTheEndOfALongLogAtOnce) {
   const std::string path = folder_.GetPath("long");
   Witness(
@@ -224,7 +224,7 @@ TEST_F(LogFileListTest, ReadsTheEndOfALongLogAtOnce) {
       ", and longer' 180000 >'" +
       path + "'");
   const auto expected = WitnessLines("tail -5 '" + path + "'");
-  // The best of several runs: other work of the machine does not count.
+  // Takes the best of several runs, so that other programs do not affect the result.
   auto best = std::chrono::steady_clock::duration::max();
   for (int run = 0; run < 5; ++run) {
     const auto start = std::chrono::steady_clock::now();
@@ -317,7 +317,8 @@ TEST(LogKernelListTest, HasTheMessagesThatDmesgHas) {
   EXPECT_EQ(agreement.command, agreement.witness);
 }
 
-// dmesg(1) writes the times in this form too; the two read the clock at different moments.
+// dmesg(1) can write the times in the same form. The two programs read the clock at different
+// times.
 TEST(LogKernelListTest, HasTheTimesThatDmesgHas) {
   if (!IsKernelLogReadable()) {
     GTEST_SKIP() << "The kernel's log may not be read here";
@@ -341,7 +342,7 @@ TEST(LogKernelListTest, MayBeChosen) {
   ASSERT_FALSE(all.empty());
   EXPECT_THAT(CallRows("log kernel list", {{"lines", "1"}}), SizeIs(1));
   EXPECT_THAT(CallRows("log kernel list", {{"match", "no message has this text"}}), IsEmpty());
-  // The kernel may log another message in between.
+  // The kernel may log another message between the two calls.
   EXPECT_GE(CallRows("log kernel list", {{"since", "2000-01-01"}}).size(), all.size());
   EXPECT_THAT(CallRows("log kernel list", {{"since", "9999-01-01"}}), IsEmpty());
   EXPECT_THAT(CallColumn("log kernel list", "Level", {{"level", "notice"}}),

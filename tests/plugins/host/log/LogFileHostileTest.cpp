@@ -22,7 +22,7 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// Logs that no program should have written, and logs that change while they are read.
+// Logs that no proper program writes, and logs that change while they are read.
 namespace Kestrel::Host {
 namespace {
 
@@ -51,7 +51,7 @@ auto Unreadable(const std::string& path, const std::string& reason) {
 
 std::string Bytes(const char* text, std::size_t size) { return std::string(text, size); }
 
-// What is in the file, and its lines from the last to the first.
+// The content of a file, and its lines from the last to the first.
 struct ContentCase {
   const char* name;
   std::string content;
@@ -107,7 +107,7 @@ TEST_P(LogContentTest, IsSplitAtNewlinesAlone) {
   EXPECT_THAT(LinesIn(folder.Write("log", GetParam().content)), ElementsAreArray(GetParam().lines));
 }
 
-// The same far from the end, so that the content is split into blocks anywhere.
+// The same content far from the end, so that block boundaries occur anywhere in it.
 TEST_P(LogContentTest, IsTheSameBeforeALongLine) {
   const ScopedTempDir folder;
   for (const std::size_t length : {65530u, 65534u, 65535u, 65536u, 131070u}) {
@@ -127,7 +127,7 @@ INSTANTIATE_TEST_SUITE_P(Contents, LogContentTest, ::testing::ValuesIn(kContents
 
 TEST(LogFileSizeTest, EveryBlockBoundaryIsSeamless) {
   const ScopedTempDir folder;
-  // One newline at each distance from the boundary between the first two blocks.
+  // A line feed at each distance from the boundary between the first two blocks.
   for (int distance = -3; distance <= 3; ++distance) {
     std::string text(std::size_t{3} << 16, 'y');
     const auto newline = static_cast<std::size_t>((2 << 16) + distance);
@@ -143,7 +143,7 @@ TEST(LogFileSizeTest, LinesOfAnyLengthAreThoseOfTac) {
   const ScopedTempDir folder;
   std::string text;
   unsigned seed = 7;
-  // From no byte to several blocks, without zero bytes, which the shell would drop.
+  // From zero bytes to several blocks. There are no NULs, which the shell would drop.
   for (const unsigned bound : {3u, 90u, 5000u, 70000u, 200000u, 2u, 300u}) {
     for (int line = 0; line < 12; ++line) {
       seed = seed * 1664525u + 1013904223u;
@@ -158,7 +158,7 @@ TEST(LogFileSizeTest, ALineMayHaveTheGreatestLength) {
   const ScopedTempDir folder;
   const std::string path = folder.Write("log", "first\n");
   const auto size = static_cast<off_t>(LogFile::kMaxLineSize / 2);
-  ASSERT_EQ(::truncate(path.c_str(), size), 0);  // the rest are zero bytes without a newline
+  ASSERT_EQ(::truncate(path.c_str(), size), 0);  // the new bytes are NULs without a line feed
   const auto lines = LinesIn(path);
   ASSERT_EQ(lines.size(), 2u);
   EXPECT_EQ(lines[0].size(), static_cast<std::size_t>(size) - 6);
@@ -166,7 +166,7 @@ TEST(LogFileSizeTest, ALineMayHaveTheGreatestLength) {
 }
 
 TEST(LogFileSizeTest, AHoleAfterTheLastLineIsALineOfZeroBytes) {
-  // A machine that lost its power leaves such logs.
+  // Such logs exist after a machine has lost power.
   const ScopedTempDir folder;
   const std::string path = folder.Write("log", "one\ntwo\n");
   ASSERT_EQ(::truncate(path.c_str(), 4104), 0);
@@ -176,13 +176,13 @@ TEST(LogFileSizeTest, AHoleAfterTheLastLineIsALineOfZeroBytes) {
 TEST(LogFileSizeTest, OnlyTheEndOfALongFileIsRead) {
   const ScopedTempDir folder;
   const std::string path = folder.Write("log", "");
-  ASSERT_EQ(::truncate(path.c_str(), off_t{1} << 40), 0);  // a tebibyte that takes no space
+  ASSERT_EQ(::truncate(path.c_str(), off_t{1} << 40), 0);  // a tebibyte that needs no space
   std::ofstream(path, std::ios::app) << "\nlast\n";
   LogFile file(path);
   EXPECT_EQ(file.PreviousLine(), "last");
 }
 
-// ---- what happens to a log while it is read
+// ---- changes of a log while it is read
 
 class LogRotationTest : public ::testing::Test {
  protected:
@@ -243,7 +243,7 @@ TEST_F(LogRotationTest, ALineThatIsBeingWrittenIsALine) {
   EXPECT_EQ(file.PreviousLine(), "last");
 }
 
-// ---- what cannot be a log
+// ---- files that cannot be logs
 
 TEST(LogPathTest, ALinkLeadsToItsFile) {
   const ScopedTempDir folder;

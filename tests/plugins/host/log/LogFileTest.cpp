@@ -61,7 +61,7 @@ TEST(LogFileTest, KeepsEveryByte) {
 }
 
 TEST(LogFileTest, JoinsLinesOverBlocks) {
-  // Around the size of a block and its multiples, where a newline is the first or last byte.
+  // Sizes around multiples of a block, where a line feed is the first or last byte.
   for (const std::size_t size : {65534u, 65535u, 65536u, 65537u, 131071u, 131072u, 131073u}) {
     const std::string a(size, 'a');
     const std::string b(size, 'b');
@@ -92,7 +92,7 @@ TEST(LogFileTest, MayHaveALineOfTenMillionBytes) {
 TEST(LogFileTest, RefusesALineThatHasNoEnd) {
   const ScopedTempDir folder;
   const std::string path = folder.Write("log", "a\n");
-  ASSERT_EQ(::truncate(path.c_str(), off_t{1} << 40), 0);  // takes no space
+  ASSERT_EQ(::truncate(path.c_str(), off_t{1} << 40), 0);  // needs no space
   EXPECT_THAT(
       [&] { LinesFromTheEnd(path); },
       ThrowsMessage<KestrelException>("Unable to read " + path + ": A line is longer than 64 MiB"));

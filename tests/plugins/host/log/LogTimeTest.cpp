@@ -16,7 +16,7 @@ namespace {
 using Testing::ScopedEnvironment;
 using Testing::Witness;
 
-// 2026-11-22 10:00:00 in UTC, and a machine that has run for a day and half a second by then.
+// 2026-11-22 10:00:00 in UTC. The machine has been running for a day and half a second.
 std::int64_t Now() { return 1795341600; }
 std::int64_t Boot() { return (Now() - 86400) * 1000000 - 500000; }
 
@@ -30,7 +30,7 @@ struct LineCase {
 
 void PrintTo(const LineCase& lineCase, std::ostream* out) { *out << lineCase.line; }
 
-// The time of a line as it is shown in a zone.
+// Returns the time of a line in a time zone.
 std::string TimeIn(const char* zoneName, const std::string& line) {
   const ScopedEnvironment variable("TZ", zoneName);
   const LocalZone zone;
@@ -148,7 +148,7 @@ INSTANTIATE_TEST_SUITE_P(
         LineCase{"WebServer", "[Sun Nov 22 10:00:00.123456 2026] [core:error] text",
                  "2026-11-22 10:00:00"},
         LineCase{"Letter", "E1122 09:00:00.123456    7 file.go:12] text", "2026-11-22 09:00:00"},
-        // Started at 09:59:59.5 a day before.
+        // The machine started at 09:59:59.5 on the previous day.
         LineCase{"Kernel", "[12345.678901] text", "2026-11-21 13:25:45"},
         LineCase{"KernelStart", "[    0.000000] text", "2026-11-21 09:59:59"},
         LineCase{"KernelFraction", "[    0.500000] text", "2026-11-21 10:00:00"},

@@ -16,7 +16,7 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// Logs as a user meets them: which lines are chosen, what is printed, and what is reported.
+// Logs from the user's view: which lines are listed, what is printed, and what is reported.
 namespace Kestrel::Testing {
 namespace {
 
@@ -42,7 +42,7 @@ class LogUserTest : public ::testing::Test {
   const ScopedTempDir folder_;
 };
 
-// ---- which lines
+// ---- selection of lines
 
 TEST_F(LogUserTest, ATimeFromWhichOnHasNoGreatestNumberOfLines) {
   const std::string path = folder_.GetPath("many");
@@ -98,7 +98,7 @@ TEST_F(LogUserTest, ALevelIsAWordInAnyCaseOrItsNumber) {
   }
 }
 
-// Lines without a time belong to the line before them, whatever is chosen.
+// A line without a time belongs to the line before it, whichever lines are selected.
 TEST_F(LogUserTest, ATraceStaysWithItsLine) {
   const std::string content =
       "2024-01-01 00:00:00 old failure\n"
@@ -121,7 +121,7 @@ TEST_F(LogUserTest, ATraceStaysWithItsLine) {
               ElementsAre("  of the new one"));
 }
 
-// One line of each program, all at ten o'clock in Greenwich.
+// One line in the style of each program, all written at 10:00 UTC.
 TEST_F(LogUserTest, LogsOfAllProgramsAreUnderstoodInOneFile) {
   const std::string content =
       "Nov 22 10:00:00 host sshd[1]: syslog\n"
@@ -140,12 +140,12 @@ TEST_F(LogUserTest, LogsOfAllProgramsAreUnderstoodInOneFile) {
       "2024-11-22 10:00:00.000 UTC [1] LOG:  data base\n";
   auto times = Column("Time", content);
   ASSERT_THAT(times, SizeIs(14));
-  EXPECT_THAT(times.front(), ::testing::EndsWith("-11-22 10:00:00"));  // of the latest year
+  EXPECT_THAT(times.front(), ::testing::EndsWith("-11-22 10:00:00"));  // in any year
   times.erase(times.begin());
   EXPECT_THAT(times, ::testing::Each("2024-11-22 10:00:00"));
 }
 
-// ---- the same everywhere
+// ---- independent of the time zone
 
 class LogZoneUserTest : public LogUserTest, public ::testing::WithParamInterface<const char*> {};
 

@@ -17,8 +17,8 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// Times in many zones, around the days on which clocks are changed. The witness is date(1), which
-// is asked for many moments at once.
+// Times in many zones, around the days on which their offsets change, compared with date(1). It is
+// called once for many times.
 namespace Kestrel::Host {
 namespace {
 
@@ -30,7 +30,7 @@ using Repeated = LocalZone::Repeated;
 constexpr std::int64_t kHour = 3600;
 constexpr std::int64_t kDay = 24 * kHour;
 
-// A zone, and a moment at which its clocks were changed.
+// A time zone, and a moment at which its offset changed.
 struct ZoneChange {
   const char* zone;
   const char* moment;
@@ -81,7 +81,8 @@ class ZoneChangeTest : public ::testing::TestWithParam<ZoneChange> {
   ZoneChangeTest() : zone_("TZ", std::string(GetParam().zone)) {
     const std::int64_t change =
         std::stoll(WitnessLines(std::string("date +%s -d '") + GetParam().moment + "'").front());
-    // Every ten minutes of the hours around it, and a few moments of the days before and after.
+    // Every ten minutes of the hours around the change, and a few times on the days before and
+    // after it.
     for (std::int64_t distance = -4 * kHour; distance <= 4 * kHour; distance += 600) {
       moments_.push_back(change + distance);
     }
@@ -92,7 +93,7 @@ class ZoneChangeTest : public ::testing::TestWithParam<ZoneChange> {
     moments_.insert(moments_.end(), {change - 1, change + 1, change - 59, change + 59});
   }
 
-  // What date(1) prints for each moment.
+  // Returns the output of date(1) for each moment.
   std::vector<std::string> Dates(const std::string& format) const {
     std::string input;
     for (const std::int64_t moment : moments_) {
@@ -127,7 +128,7 @@ TEST_P(ZoneChangeTest, WhatAClockShowsIsOneOfTheTwoMomentsItCanBe) {
   }
 }
 
-// With an offset or seconds since the epoch a line has one meaning, even in a repeated hour.
+// A line with an offset or with seconds since the epoch is unambiguous, even in a repeated hour.
 TEST_P(ZoneChangeTest, LinesWithAnOffsetAreReadExactly) {
   const LocalZone zone;
   LogTimeReader reader(zone);
@@ -143,7 +144,7 @@ TEST_P(ZoneChangeTest, LinesWithAnOffsetAreReadExactly) {
   }
 }
 
-// Without one, a line is read as what a clock on the wall showed.
+// A line without an offset is read as local time.
 TEST_P(ZoneChangeTest, LinesWithoutAnOffsetKeepTheTimeThatTheyShow) {
   const LocalZone zone;
   LogTimeReader reader(zone);
@@ -197,7 +198,7 @@ TEST_P(ZoneChangeTest, YesterdayEndsWhereTodayBegins) {
 
 INSTANTIATE_TEST_SUITE_P(Zones, ZoneChangeTest, ::testing::ValuesIn(kChanges), NameOf);
 
-// Midnights that clocks never showed, or showed twice.
+// Midnights that do not exist or occur twice.
 struct MidnightCase {
   const char* zone;
   const char* now;
@@ -279,10 +280,10 @@ TEST_P(LineYearTest, IsTheLatestThatIsPossible) {
 INSTANTIATE_TEST_SUITE_P(Lines, LineYearTest, ::testing::ValuesIn(kYears),
                          [](const auto& test) { return test.param.name; });
 
-// A year of lines, one for each day, is read on the last day in the order of the year.
+// A year of lines, one for each day, keeps its order when read on the last day.
 TEST(LineYearSequenceTest, AWholeYearOfLinesIsInOrder) {
   const ScopedEnvironment variable("TZ", "Europe/Berlin");
-  lineYearNow = 1782900000;  // the first of July 2026
+  lineYearNow = 1782900000;  // 2026-07-01
   const LocalZone zone;
   LogTimeReader reader(
       zone, [] { return lineYearNow; }, [] { return std::int64_t{0}; });

@@ -10,7 +10,7 @@
 #include "plugins/host/support/HostCall.h"
 #include "plugins/host/support/MadeUpMachine.h"
 
-// The list of connections on a machine with made-up sockets.
+// The list of connections on a machine with simulated sockets.
 namespace Kestrel::Testing {
 namespace {
 

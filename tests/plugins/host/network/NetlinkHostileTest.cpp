@@ -17,8 +17,8 @@
 #include "plugins/host/network/NetworkRoutes.h"
 #include "plugins/host/network/UnixSockets.h"
 
-// Answers of no kernel: the parsers read them without harm, and no message becomes more than one
-// entry.
+// Messages that no kernel sends. The parsers must read them safely, and no message may result in
+// more than one entry.
 namespace Kestrel::Host {
 namespace {
 
@@ -28,7 +28,7 @@ using Testing::Message;
 
 constexpr int kAnswers = 300;
 
-// Calls every parser, and returns how many entries they found together.
+// Calls every parser, and returns the total number of entries found.
 std::size_t ParseAll(const std::string& answer) {
   return ParseLinks(answer).size() + ParseAddresses(answer).size() + ParseRoutes(answer).size() +
          ParseNeighbors(answer).size() + ParseUnixSockets(answer).size();

@@ -29,7 +29,7 @@
 #include "plugins/host/support/Rows.h"
 #include "support/Witness.h"
 
-// The commands below "network" except for connections, compared with ip and /sys.
+// The commands in the namespace "network" except for connections, compared with ip and /sys.
 namespace Kestrel::Testing {
 namespace {
 
@@ -246,7 +246,7 @@ const std::map<std::string, std::string> kCounters = {
     {"RX Dropped", "rx.dropped"}, {"TX Bytes", "tx.bytes"},     {"TX Packets", "tx.packets"},
     {"TX Errors", "tx.errors"},   {"TX Dropped", "tx.dropped"}};
 
-// Sends it over the loopback interface to a port without a listener.
+// Sends a datagram over the loopback interface to a port without a listener.
 void SendDatagram(const std::string& text) {
   const int sender = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
   sockaddr_in place = {};
@@ -303,7 +303,7 @@ TEST(NetworkCounterListTest, CountsTheTrafficOfItsOwnNetwork) {
     SendDatagram("hello\n");
     EXPECT_THAT(active(), ElementsAre("lo"));
     const Row row = CallRows("network counter list", {{"i", "lo"}, {"a", ""}}).at(0);
-    // A datagram with six bytes, and the message that its port is unreachable.
+    // A datagram of six bytes, and the message that the port is unreachable.
     EXPECT_EQ(row.at("TX Packets"), "2");
     EXPECT_EQ(row.at("RX Packets"), "2");
     EXPECT_EQ(row.at("TX Bytes"), StatisticOf(IpLinks().at(0), "tx.bytes"));
@@ -525,7 +525,7 @@ std::string TextOfHops(const std::vector<Row>& hops) {
   return text;
 }
 
-// The words of ip for each next hop.
+// Returns ip's words for each next hop.
 std::string ViaOfHops(const std::vector<Row>& hops) {
   std::string text;
   for (const Row& hop : hops) {
@@ -672,7 +672,7 @@ TEST(NetworkRouteListTest, RejectsUnknownTablesAndTypes) {
   }
 }
 
-// ip reads its files only once it meets a number without a name of its own, so only such numbers
+// ip reads these files only when it finds a number for which it has no name, so only such numbers
 // are named here.
 TEST(NetworkRouteListTest, UsesTheNamesOfTheAdministratorAsIpDoes) {
   IN_OWN_NETWORK([] {

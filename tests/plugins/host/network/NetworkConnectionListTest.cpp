@@ -209,7 +209,7 @@ std::vector<Row> SsInternetRows() {
   for (const std::string& line : WitnessLines("ss -H -O -n -t -u -a -e")) {
     const std::vector<std::string> words = WordsIn(line);
     const bool isListening = words.at(1) == "LISTEN";
-    // ss writes "*" for any address of both families.
+    // ss writes "*" for an unspecified address of either family.
     const auto end = [](const std::string& text) {
       return text.rfind("*:", 0) == 0 ? "[::]" + text.substr(1) : text;
     };
@@ -315,7 +315,7 @@ TEST(NetworkConnectionListTest, ListsUnixSockets) {
   EXPECT_EQ(RowOf(two.GetInode(), parameters).at("State"), "connected");
 }
 
-// A name that looks like another line of /proc/net/unix.
+// The name of a socket looks like another line of /proc/net/unix.
 TEST(NetworkConnectionListTest, ANameForgesNoRow) {
   const std::string refusal = RunInNamespaces(CLONE_NEWNET, [] {
     const std::string name =

@@ -17,7 +17,7 @@
 #include "plugins/host/support/Rows.h"
 #include "support/Witness.h"
 
-// What is true of every list below "network".
+// Properties of every list in the namespace "network".
 namespace Kestrel::Testing {
 namespace {
 
@@ -53,7 +53,7 @@ const ListCase kLists[] = {
 
 class NetworkListTest : public ::testing::TestWithParam<ListCase> {
  protected:
-  // A network with something to list, without anything that changes by itself.
+  // Makes a network that has entries for every list and does not change by itself.
   static void MakeEverything() {
     MakeNetwork();
     MakeAddresses();
@@ -100,7 +100,7 @@ TEST_P(NetworkListTest, SortsByEveryString) {
     MakeEverything();
     for (const std::string& field : Fields(MetaType::String)) {
       if (field == "RX" || field == "TX") {
-        continue;  // written for people; their bytes are compared
+        continue;  // formatted for people; the order is that of the bytes
       }
       std::vector<std::string> values;
       for (const auto& row : CallWith({{"sort", field}}).GetStructs()) {
@@ -129,7 +129,7 @@ TEST_P(NetworkListTest, ALimitKeepsTheFirstRows) {
     MakeEverything();
     std::vector<Row> all = ToRows(CallWith({}).GetValue());
     all.resize(std::min<std::size_t>(all.size(), 2));
-    // The inode of a socket is that of the call; the fields beside it do not change.
+    // The call itself changes the inode of a socket but not the other fields.
     EXPECT_EQ(ToRows(CallWith({{"limit", "2"}}).GetValue()).size(), all.size());
   });
 }
@@ -140,7 +140,7 @@ TEST_P(NetworkListTest, AnUnknownFieldToSortByIsAnError) {
   EXPECT_THAT(errors[0], StartsWith("There is no field 'Colour' to sort by. Sort by one of: "));
 }
 
-// Without the spaces at their ends, which are not seen.
+// Does not count trailing spaces, which are invisible.
 std::vector<std::size_t> LengthsOfLines(const std::string& text) {
   std::vector<std::size_t> lengths;
   for (std::size_t start = 0; start < text.size(); start = text.find('\n', start) + 1) {
@@ -204,7 +204,7 @@ struct MistakeCase {
 
 class NetworkMistakeTest : public ::testing::TestWithParam<MistakeCase> {};
 
-// It is a plain message on standard error.
+// The message is on standard error, without any decoration.
 TEST_P(NetworkMistakeTest, IsReportedPlainly) {
   std::vector<std::string> arguments = {"network"};
   arguments.insert(arguments.end(), GetParam().arguments.begin(), GetParam().arguments.end());

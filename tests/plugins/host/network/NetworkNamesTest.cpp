@@ -19,7 +19,7 @@
 #include "plugins/host/network/NetworkRoutes.h"
 #include "plugins/host/network/RoutingNames.h"
 
-// Every entry of the tables of names, and some numbers that they lack.
+// Every entry of the tables of names, and some numbers that are not in them.
 namespace Kestrel::Host {
 namespace {
 
@@ -193,7 +193,7 @@ const Named kNeighborStates[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Numbers, NeighborStateTest, ::testing::ValuesIn(kNeighborStates), NameOf);
 
-// An incomplete answer is read without harm.
+// Answers that end early must be read safely.
 class CutAnswerTest : public ::testing::TestWithParam<unsigned short> {};
 
 TEST_P(CutAnswerTest, IsReadAsFarAsItGoes) {

@@ -9,7 +9,7 @@
 #include "plugins/host/network/MadeUpNetwork.h"
 #include "plugins/host/support/HostCall.h"
 
-// One route of each kind, made by ip.
+// One route of each type, created by ip.
 namespace Kestrel::Testing {
 namespace {
 

@@ -18,8 +18,8 @@
 #include "plugins/host/support/Namespaces.h"
 #include "support/Sanitizer.h"
 
-// The commands below "network" when the system refuses what they need: the result is the whole one
-// or an error, never a shorter list.
+// The commands in the namespace "network" when the system refuses access. The result must be
+// complete or an error, never a shorter list.
 namespace Kestrel::Testing {
 namespace {
 
@@ -53,12 +53,12 @@ const Reader kReaders[] = {
     {"Routes", "network route list", {}, true, true},
 };
 
-// What a call returned.
+// Returns the result of a call as a string.
 std::string TextOf(const CommandResult& result) {
   return result.GetValue() == nullptr ? "nothing" : result.GetValue()->ToString();
 }
 
-// Expects that the call fails with the system's text for `error`.
+// Expects the call to fail with the system's text for `error`.
 void ExpectError(const Reader& reader, int error) {
   const CommandResult result = Call(reader.command, reader.parameters);
   EXPECT_THAT(result.GetErrors(), ElementsAre(HasSubstr(std::strerror(error)))) << TextOf(result);
@@ -117,7 +117,7 @@ INSTANTIATE_TEST_SUITE_P(Readers, RefusedNetlinkTest,
 
 class FewDescriptorsTest : public ::testing::TestWithParam<Reader> {};
 
-// With every number of free descriptors, from none to as many as are needed.
+// Tries every number of free descriptors from zero to the number needed.
 TEST_P(FewDescriptorsTest, TheResultIsTheWholeOneOrAnError) {
   RunWithRefusal([] {
     const int lowestFree = ::dup(0);

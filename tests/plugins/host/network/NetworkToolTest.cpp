@@ -13,7 +13,7 @@
 #include "support/Golden.h"
 #include "support/Witness.h"
 
-// The commands below "network" as a person sees them.
+// The commands in the namespace "network" as a user sees them.
 namespace Kestrel::Testing {
 namespace {
 

@@ -14,7 +14,7 @@
 #include "plugins/host/network/MadeUpEtc.h"
 #include "plugins/host/support/HostCall.h"
 
-// `network dns list`, compared with what the C library reads.
+// `network dns list`, compared with the settings that the C library reads.
 namespace Kestrel::Testing {
 namespace {
 

@@ -84,7 +84,7 @@ TEST_F(SocketOwnersTest, AProcessThatHasEndedIsSkipped) {
   EXPECT_THAT(Read().byInode, ElementsAre(Pair(5, ElementsAre(Owner(9, "x")))));
 }
 
-// The kernel cannot name a file in a folder that is nested too deeply.
+// A file in a very deeply nested folder has no name that the kernel can return.
 TEST_F(SocketOwnersTest, AFileWithAVeryLongPathIsNoSocket) {
   const std::string refusal = Testing::RunInNamespaces(0, [] {
     const Testing::ScopedTempDir folder;
@@ -145,7 +145,7 @@ TEST_F(SocketOwnersTest, AFileInThePlaceOfAFolderIsAnError) {
                                               ": Not a directory"));
 }
 
-// Every number of free descriptors: the result is the whole one or an error.
+// Tries every number of free descriptors. The result must be complete or an error.
 TEST_F(SocketOwnersTest, TooManyOpenFilesAreAnErrorAndNoShorterList) {
   Name("9", "x\n");
   Open("9", "0", "socket:[5]");

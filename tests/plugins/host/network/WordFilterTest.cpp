@@ -25,7 +25,7 @@ WordSet Words() { return WordSet().Numbered(kNames).Word("ESTAB").Alias("open", 
 struct FoundCase {
   const char* name;
   const char* text;
-  const char* word;  // empty for none
+  const char* word;  // empty if there is none
 };
 
 class WordSetTest : public ::testing::TestWithParam<FoundCase> {};

@@ -38,7 +38,7 @@ TEST(ControlStanzaTest, ReturnsNothingForAnAbsentField) {
   EXPECT_EQ(stanza.Get("Version"), "");
   EXPECT_EQ(stanza.GetFirstLine("Version"), "");
   EXPECT_THAT(stanza.GetList("Version"), IsEmpty());
-  // The start of a name is not the name.
+  // A prefix of a name is not the name.
   EXPECT_EQ(stanza.Get("Pack"), "");
   EXPECT_EQ(stanza.Get("Packages"), "");
 }

@@ -12,7 +12,7 @@
 namespace Kestrel::Host {
 namespace {
 
-// From the oldest to the newest; those in one row are the same.
+// Versions from the oldest to the newest; those on one line are equal.
 const std::vector<std::vector<std::string>> kOrder = {
     {"~~"},
     {"~"},
@@ -71,7 +71,7 @@ TEST(CompareVersionsTest, AgreesWithDpkg) {
   if (std::system("command -v dpkg >/dev/null 2>&1") != 0) {
     GTEST_SKIP() << "there is no dpkg to compare with";
   }
-  // dpkg takes nothing but a digit at the start of a version.
+  // dpkg accepts only a digit at the start of a version.
   std::vector<std::string> versions;
   for (const std::vector<std::string>& same : kOrder) {
     if (!same.front().empty() && same.front()[0] != '~') {

@@ -22,7 +22,7 @@ using ::testing::ThrowsMessage;
 
 class InstalledFilesTest : public ::testing::Test {
  protected:
-  // Paths, those that are elsewhere with " -> " and the place.
+  // Returns the paths; " -> " precedes the actual path of a diverted file.
   std::vector<std::string> Read(const char* architecture = "amd64") const {
     Package package;
     package.name = "sample";

@@ -12,7 +12,7 @@
 #include "plugins/host/support/Rows.h"
 #include "support/Witness.h"
 
-// The commands below "package" against the package manager itself.
+// The commands in the namespace "package", compared with the package manager itself.
 namespace Kestrel::Testing {
 namespace {
 
@@ -38,7 +38,7 @@ class PackageCommandsTest : public ::testing::Test {
   }
 };
 
-// The packages, by name and architecture, that were installed on request.
+// Returns the packages, as name and architecture, that were installed on request.
 std::set<std::string> ManualPackages() {
   const std::string native = WitnessLines("dpkg --print-architecture").front();
   std::set<std::string> names;
@@ -94,7 +94,7 @@ TEST_F(PackageCommandsTest, ListByNames) {
             WitnessRows("grep -E '^installed (lib[^ ]*1|perl[^ ]*) '"));
   EXPECT_EQ(ListRows({{"name", "libstdc++*"}}), WitnessRows("grep -E '^installed libstdc[+][+]'"));
   EXPECT_THAT(ListRows({{"name", "no-such-package"}}), IsEmpty());
-  // A full stop is no other character.
+  // A full stop matches only itself.
   EXPECT_THAT(ListRows({{"name", "ba.h"}}), IsEmpty());
 }
 
@@ -182,7 +182,7 @@ TEST_F(PackageCommandsTest, ShowAnUnknownPackageByItsName) {
 }
 
 TEST_F(PackageCommandsTest, ShowTheProvidersOfAVirtualPackage) {
-  // Which awk there is differs, but one is essential.
+  // Which awk is installed varies, but one of them is essential.
   std::string providers;
   for (const std::string& name :
        WitnessLines("dpkg-query -W -f '${db:Status-Status} ${Package} ${Provides}\\n' |"
@@ -209,7 +209,8 @@ TEST_F(PackageCommandsTest, ReportWhetherOneIsInstalled) {
 // ---- package files
 
 TEST_F(PackageCommandsTest, ListFiles) {
-  // One with a list for its architecture, one without, and one whose files others divert.
+  // A package whose list has an architecture in its name, one without, and one whose files are
+  // diverted.
   for (const std::string name : {"coreutils", "libc6", "dash", "vim-runtime"}) {
     if (std::system(("dpkg-query -W " + name + " >/dev/null 2>&1").c_str()) == 0) {
       EXPECT_THAT(CallColumn("package files", "Path", {{"name", name}}),

@@ -34,7 +34,7 @@ class PackageDatabaseTest : public ::testing::Test {
  protected:
   void Status(const std::string& text) { folder_.Write("status", text); }
 
-  // "name:architecture version state" of each package.
+  // Returns "name:architecture version state" for each package.
   std::vector<std::string> Read() const {
     std::vector<std::string> lines;
     const PackageDatabase database(folder_.GetPath());
@@ -139,7 +139,7 @@ TEST_F(PackageDatabaseTest, RefusesACutUpdate) {
   ExpectError("/updates/0001: it ends in the middle of an entry");
 }
 
-// ---- what is not a database
+// ---- files that are not a database
 
 TEST_F(PackageDatabaseTest, SaysThatThereIsNone) {
   EXPECT_THAT(

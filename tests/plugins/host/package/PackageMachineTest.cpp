@@ -16,7 +16,7 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// The commands below "package" on a machine whose packages are in the test.
+// The commands in the namespace "package" on a machine with simulated packages.
 namespace Kestrel::Testing {
 namespace {
 
@@ -37,7 +37,8 @@ constexpr char kStatus[] =
     "Package: broken\nStatus: install reinstreq half-installed\nArchitecture: amd64\n"
     "Version: 3\n\n";
 
-// Answers for each name like apt: 2 is available of "foreign", nothing newer of the others.
+// Prints an answer like apt's for each name: version 2 of "foreign" is available, and nothing newer
+// of the others.
 constexpr char kAptCache[] =
     "#!/bin/sh\n"
     "[ \"$1 $2\" = 'policy --' ] || exit 9\n"
@@ -60,9 +61,9 @@ class PackageMachineTest : public ::testing::Test {
     ::chmod(files_.Write("bin/apt-cache", text).c_str(), 0755);
   }
 
-  // Runs `body` where dpkg and apt have the test's data.
+  // Runs `body` on a machine whose dpkg and apt have the test's data.
   void RunThere(const std::function<void()>& body) const {
-    GetDispatcher();  // loads the plug-in while the machine is still the real one
+    GetDispatcher();  // loads the plug-in before the machine is replaced
     const std::string refusal = RunInNamespaces(CLONE_NEWNS, [this, &body] {
       for (const char* const name : {"dpkg", "apt"}) {
         ASSERT_EQ(::mount(files_.GetPath(name).c_str(), (std::string("/var/lib/") + name).c_str(),
@@ -231,7 +232,7 @@ TEST_F(InterruptedPackageTest, HasNeitherAVersionNorAnArchitecture) {
 }
 
 TEST_F(InterruptedPackageTest, IsNotUpgradable) {
-  // Whatever apt would install of it, nothing of it is here that could be replaced.
+  // Even if apt would install the package, no present version of it could be replaced.
   RunThere(
       [] { EXPECT_THAT(CallColumn("package upgradable list", "Name"), ElementsAre("foreign")); });
 }
@@ -251,7 +252,7 @@ TEST_F(PackageMachineTest, NoFieldOfAListIsEmpty) {
   });
 }
 
-// ---- what is missing or damaged is never an empty list
+// ---- missing or damaged data never results in an empty list
 
 TEST_F(PackageMachineTest, SaysThatThereIsNoDpkg) {
   Witness("rm '" + files_.GetPath("dpkg/status") + "'");

@@ -17,7 +17,7 @@
 #include "plugins/host/support/PlainUser.h"
 #include "support/ScopedTempDir.h"
 
-// Lists of files, marks of apt and its answers that are odd, cut or damaged.
+// Lists of files, apt's marks and apt's output that are unusual, truncated or damaged.
 namespace Kestrel::Host {
 namespace {
 
@@ -80,7 +80,7 @@ TEST(FileListFormTest, CutInAnyLineIsAnError) {
   for (std::size_t length = 1; length < whole.size(); ++length) {
     const std::string path = folder.Write("info/sample.list", whole.substr(0, length));
     if (whole[length - 1] == '\n') {
-      continue;  // whole lines: dpkg does not write how many there are
+      continue;  // these lines are complete, and dpkg does not store how many there are
     }
     EXPECT_THAT([&] { ReadInstalledFiles(Sample(), folder.GetPath()); },
                 ThrowsMessage<KestrelException>("Unable to read " + path +
@@ -185,7 +185,7 @@ TEST(MarkFileTest, AFolderOrALoopInItsPlaceIsAnError) {
                                               ": Too many levels of symbolic links"));
 }
 
-// ---- answers of apt-cache
+// ---- output of apt-cache
 
 constexpr char kAnswer[] =
     "one:\n"
@@ -210,7 +210,7 @@ PackagePolicy Read(std::string_view text) {
   return policy;
 }
 
-// Whatever is missing, a package is unknown or has the right candidate: never an older one.
+// Whatever is missing, a package is unknown or has the right candidate, never an older one.
 TEST(PolicyAnswerTest, CutAnywhereNeverChangesACandidate) {
   const std::string whole = kAnswer;
   for (std::size_t length = 1; length <= whole.size(); ++length) {

@@ -18,8 +18,8 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// Databases of packages that are odd, damaged or out of reach. dpkg-query is asked about the same
-// files.
+// Databases of packages that are unusual, damaged or unreadable, compared with the output of
+// dpkg-query for the same files.
 namespace Kestrel::Host {
 namespace {
 
@@ -30,7 +30,7 @@ using ::testing::SizeIs;
 using ::testing::ThrowsMessage;
 using Testing::WitnessLines;
 
-// All fields that dpkg requires.
+// Returns an entry with all fields that dpkg requires.
 std::string Entry(const std::string& name, const std::string& status = "install ok installed",
                   const std::string& more = "", const std::string& version = "1.0-1",
                   const std::string& architecture = "amd64") {
@@ -68,7 +68,7 @@ class StatusFileTest : public ::testing::Test {
     return lines;
   }
 
-  // The same by dpkg-query, whose order of architectures is another one.
+  // Returns the same list from dpkg-query, which sorts architectures differently.
   std::vector<std::string> Ask() const {
     return WitnessLines(
         "dpkg-query --admindir='" + folder_.GetPath() +
@@ -166,7 +166,7 @@ TEST_P(ReadableStatusTest, IsReadAsByDpkg) {
   EXPECT_EQ(Read(), Ask());
 }
 
-// An update that is not merged counts, whatever the state before it.
+// An update that is not yet merged counts, whatever the entry in the file is.
 TEST_P(ReadableStatusTest, IsReadAsByDpkgWithAnUpdate) {
   Status(Entry("zz") + Entry("a", "install ok unpacked"));
   folder_.Write("updates/0000", GetParam().text);
@@ -239,7 +239,7 @@ TEST_P(RefusedStatusTest, IsRefusedInAnUpdateToo) {
 INSTANTIATE_TEST_SUITE_P(Files, RefusedStatusTest, ::testing::ValuesIn(kRefused),
                          [](const auto& test) { return test.param.name; });
 
-// A byte that changed on the disk is found, or it is in a value; but no entry is lost.
+// A byte that was changed on the disk is either detected or part of a value; no entry is lost.
 TEST_F(StatusFileTest, ADamagedByteNeverMakesTheListShorter) {
   const std::string whole =
       Entry("aa", "install ok installed", "Conffiles:\n /etc/a 0123\n") + Entry("bb");
@@ -248,7 +248,7 @@ TEST_F(StatusFileTest, ADamagedByteNeverMakesTheListShorter) {
       std::string text = whole;
       text[position] = byte;
       Status(text);
-      // An empty line that is no longer empty joins two entries; the others are two in any case.
+      // A change of the empty line joins two entries.
       const bool joins = whole[position] == '\n' && position + 1 < whole.size() &&
                          (whole[position + 1] == '\n' || whole[position - 1] == '\n');
       try {
@@ -302,9 +302,9 @@ TEST_F(StatusFileTest, ManyUpdatesAreReadInTheirOrder) {
   EXPECT_EQ(Read(), Ask());
 }
 
-// ---- out of reach
+// ---- unreadable files
 
-/// No file can be opened as long as it lives.
+/// No file can be opened during the lifetime of this object.
 class NoFiles {
  public:
   NoFiles() {

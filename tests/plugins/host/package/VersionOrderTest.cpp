@@ -13,7 +13,7 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// The order of versions beside that of dpkg, which one shell asks about many pairs.
+// The order of versions, compared with dpkg's order. One shell compares many pairs.
 namespace Kestrel::Host {
 namespace {
 
@@ -24,7 +24,7 @@ char Sign(int difference) { return difference < 0 ? '<' : difference > 0 ? '>' :
 
 using Pair = std::pair<std::string, std::string>;
 
-// "<", "=" or ">" for each pair, by dpkg.
+// Returns "<", "=" or ">" for each pair, according to dpkg.
 std::vector<std::string> AskDpkg(const std::vector<Pair>& pairs) {
   std::string input;
   for (const auto& [left, right] : pairs) {
@@ -137,7 +137,7 @@ TEST_P(VersionOrderTest, IsThatOfDpkg) {
 INSTANTIATE_TEST_SUITE_P(Pairs, VersionOrderTest, ::testing::ValuesIn(kOrders),
                          [](const auto& test) { return test.param.name; });
 
-/// Versions as no maintainer would choose them, the same in each run.
+/// Makes versions that no maintainer would choose. They are the same in each run.
 class VersionMaker {
  public:
   std::string Next() {

@@ -103,7 +103,7 @@ TEST_F(InitScriptsTest, DoNotIncludeWhatDpkgLeaves) {
   EXPECT_FALSE(InitScripts(Folder()).Read("ssh.dpkg-old").has_value());
 }
 
-// As the Linux Standard Base defines them. The word status is in the script.
+// The states that the Linux Standard Base defines. The script must contain the word "status".
 TEST_F(InitScriptsTest, ReportTheirStateByTheExitStatus) {
   EXPECT_EQ(StateOf("exit 0 # status"), "running");
   EXPECT_EQ(StateOf("exit 1 # status"), "failed");
@@ -120,7 +120,7 @@ TEST_F(InitScriptsTest, AreAskedForTheirStatusOnly) {
   EXPECT_EQ(files_.Read("words"), "1 status\n");
 }
 
-// A script could take the word for another one, such as start.
+// Such a script could mistake the word for another one, such as "start".
 TEST_F(InitScriptsTest, AreNotAskedWhenTheyDoNotKnowTheWord) {
   Add("silent", "touch '" + files_.GetPath("touched") + "'");
   EXPECT_EQ(Read().at(0).state, "unknown");
@@ -239,7 +239,8 @@ TEST_F(InitScriptsTest, AreRunWithOneWord) {
   EXPECT_EQ(result.status, 7);
 }
 
-// Such a server keeps the streams of the script, which would otherwise seem not to end.
+// Such a server keeps the streams of the script open, so the script would otherwise seem not to
+// end.
 TEST_F(InitScriptsTest, MayLeaveAServerBehind) {
   Add("a", "sleep 30 & echo $! >'" + files_.GetPath("server") + "'; echo started");
   const auto start = std::chrono::steady_clock::now();

@@ -12,7 +12,7 @@
 namespace Kestrel::Testing {
 namespace {
 
-// PATH has no other programs, so the shell finds its own here.
+// PATH contains no other programs, so the shell needs absolute paths.
 constexpr char kProgram[] = R"sh(#!/bin/sh
 PATH=/usr/bin:/bin
 printf '%s\n' "$*" >>"$folder/calls"
@@ -32,7 +32,7 @@ exit 0
 }  // namespace
 
 MadeUpSystemd::MadeUpSystemd() : path_("PATH", folder_.GetPath()) {
-  // Other users may look into it too, for tests as such a user.
+  // Allows other users to enter the folder, for tests that run as such a user.
   EXPECT_EQ(::chmod(folder_.GetPath().c_str(), 0777), 0);
   std::string program = kProgram;
   program.insert(program.find("printf"), "folder='" + folder_.GetPath() + "'\n");

@@ -19,8 +19,8 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// The commands below "service" with a real systemd: that of this host, and an instance for a user
-// that a test starts among mounts of its own.
+// The commands in the namespace "service" with a real systemd: that of this host, and a user
+// instance that a test starts in its own mount namespace.
 namespace Kestrel::Testing {
 namespace {
 
@@ -34,7 +34,7 @@ using ::testing::StartsWith;
 
 constexpr char kProgram[] = "/lib/systemd/systemd";
 
-// What systemctl lists: units by `awk`, each without its ending.
+// Returns the units that systemctl lists, selected by `awk`, without their endings.
 std::vector<std::string> WitnessNames(const std::string& awk) {
   return WitnessLines(
       "{ systemctl list-units --type=service --all --plain --no-legend --full; "
@@ -129,7 +129,8 @@ class OwnSystemdTest : public ::testing::Test {
   }
 
  private:
-  // It starts where a folder says that systemd runs, and where it may make control groups.
+  // It needs a folder that indicates a running systemd, and a folder in which it may create control
+  // groups.
   static constexpr char kStart[] = R"sh(
 mount -t tmpfs none /run
 mkdir -p /run/systemd/system /run/user-files /run/home/.config/systemd
@@ -242,7 +243,7 @@ TEST_F(OwnSystemdTest, EnablesAndDisables) {
     EXPECT_EQ(enable.at("State After"), "stopped");
     EXPECT_THAT(enable.at("Message"), AllOf(StartsWith("Created symlink "), HasSubstr(link)));
     EXPECT_EQ(::access(link.c_str(), F_OK), 0);
-    // The alias is listed as such, and stands for the service.
+    // The alias is listed as such, and refers to the service.
     EXPECT_THAT(CallColumn("service list", "State", {{"name", "www"}}), ElementsAre("alias"));
     EXPECT_EQ(Get("www").at("Name"), "web");
     const Row disable = CallStruct("service disable", {{"name", "www"}});
@@ -270,7 +271,7 @@ TEST_F(OwnSystemdTest, ReportsFailuresInTheWordsOfSystemctl) {
   });
 }
 
-// The job goes on when systemctl, which waits for it, is killed.
+// The job continues when systemctl, which waits for it, is killed.
 TEST_F(OwnSystemdTest, ReportsAChangeThatTakesTooLong) {
   RunThere([] {
     EXPECT_THAT(CallErrors("service start", {{"name", "slow"}, {"timeout", "1"}}),

@@ -14,7 +14,7 @@
 #include "support/ScopedEnvironment.h"
 #include "support/Witness.h"
 
-// The commands below "service", and "system timer list", on a machine with a made-up systemd.
+// The commands in the namespace "service", and "system timer list", with a simulated systemd.
 namespace Kestrel::Testing {
 namespace {
 
@@ -62,7 +62,7 @@ class ServiceCommandsTest : public MadeUpMachineTest {
     return CallColumn("service list", "Name", parameters);
   }
 
-  // The fields of one row in the order of the declaration.
+  // Returns the fields of one row in the order of their declaration.
   static std::vector<std::string> Fields(const std::string& name) {
     const std::vector<Row> rows = CallRows("service list", {{"name", name}});
     if (rows.size() != 1) {

@@ -43,7 +43,7 @@ class SystemdManagerTest : public ::testing::Test {
 
   ServiceManager Manager() const { return ServiceManager(places_); }
 
-  // A change of ssh that fails with these words.
+  // Expects a change of ssh to fail with this message.
   void ExpectFailure(const std::string& action, const std::string& words,
                      const std::string& message) const {
     systemd_.Answer("show", ShownUnit("ssh.service", "inactive", "dead", 0));
@@ -149,7 +149,7 @@ TEST_F(SystemdManagerTest, PassesOnWhatSystemctlSays) {
             "a line Created symlink /etc/a -> /lib/a. Created symlink /etc/b -> /lib/b.");
 }
 
-// An alias may be gone after the change.
+// An alias may no longer exist after the change.
 TEST_F(SystemdManagerTest, ChangesTheServiceThatAnAliasStandsFor) {
   systemd_.Answer("show", ShownUnit("ssh.service", "active", "running", 7));
   systemd_.Answer("disable", "");
@@ -161,7 +161,7 @@ TEST_F(SystemdManagerTest, ChangesTheServiceThatAnAliasStandsFor) {
   EXPECT_THAT(calls[2], EndsWith(" -- ssh.service"));
 }
 
-// The unit ran without its file, and was forgotten when it stopped.
+// The unit ran without a file, and systemd forgot it when it stopped.
 TEST_F(SystemdManagerTest, StopsAServiceWithoutFile) {
   systemd_.Answer("show", ShownUnit("ssh.service", "active", "running", 7, "", "not-found"));
   systemd_.AnswerAfter("stop", ShownUnknown("ssh.service"));
@@ -240,7 +240,7 @@ class ScriptManagerTest : public ::testing::Test {
   std::string Running() const { return files_.GetPath("running"); }
   ServiceManager Manager() const { return ServiceManager(places_); }
 
-  // Changes are for root.
+  // Only root may change services.
   void SetUp() override {
     if (::geteuid() != 0) {
       GTEST_SKIP() << "scripts start services as root only";
@@ -329,7 +329,7 @@ TEST_F(ScriptManagerTest, NeedsThatProgram) {
                   "init-system-helpers) is not in PATH"));
 }
 
-// Both managers mean the same by these words.
+// Both managers use these words in the same sense.
 TEST_F(ScriptManagerTest, AgreesWithSystemdOnTheStates) {
   const MadeUpSystemd systemd;
   const ServiceManager other({files_.MakeDirectory("systemd"), "/nosuch"});

@@ -34,7 +34,7 @@ TEST(ServiceUnitTest, IsTheSameForBothNames) {
   EXPECT_EQ(ServiceUnit("org.freedesktop.x"), "org.freedesktop.x.service");
 }
 
-// Else a command about a service would be one about a unit of another kind.
+// Otherwise a command about a service could affect a unit of another kind.
 TEST(ServiceUnitTest, IsAlwaysAService) {
   EXPECT_EQ(ServiceUnit("poweroff.target"), "poweroff.target.service");
   EXPECT_EQ(ServiceUnit("dbus.socket"), "dbus.socket.service");
@@ -48,7 +48,7 @@ TEST(IsServiceNameTest, AcceptsWhatUnitsAreCalled) {
   }
 }
 
-// systemctl would take such a name for a pattern, and change several services.
+// systemctl would treat such a name as a pattern and change several services.
 TEST(IsServiceNameTest, RejectsPatterns) {
   for (const char* const name : {"*", "ssh*", "s?h", "[a-z]*", "ssh.*"}) {
     EXPECT_FALSE(IsServiceName(name)) << name;

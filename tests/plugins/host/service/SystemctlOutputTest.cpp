@@ -82,7 +82,7 @@ TEST(ParseUnitsTest, RefusesJsonOfAnotherForm) {
   ExpectRefused([] { ParseUnits(R"([{"load":"x"}])"); }, R"({"load":"x"})");
 }
 
-// The program was killed, or the disk of the one who recorded it was full.
+// The program was killed, or its output was recorded on a full disk.
 TEST(ParseUnitsTest, RefusesACutList) {
   const std::string whole =
       R"([{"unit":"a.service","load":"loaded","active":"active","sub":"x","description":"d"}])";
@@ -121,8 +121,8 @@ TEST(ParseUnitsTest, ReadsManyUnits) {
   EXPECT_EQ(units.back().unit, "u19999.service");
 }
 
-// What versions print that do not know the option --output here: options were --plain, --full and
-// --no-legend.
+// The output of versions that do not support --output for this command. The options were --plain,
+// --full and --no-legend.
 TEST(ParseUnitsTest, ReadsATable) {
   const auto units = ParseUnits(
       "cron.service                   loaded    active   running Regular  background daemon \n"
@@ -141,7 +141,7 @@ TEST(ParseUnitsTest, ReadsATable) {
   EXPECT_THAT(Words(units[4]), ElementsAre("bare.service", "loaded", "inactive", "dead", ""));
 }
 
-// A description that repeats the state does not move it.
+// The description is found even if it repeats the state.
 TEST(ParseUnitsTest, FindsTheDescriptionInATable) {
   const auto units = ParseUnits("a.service loaded active running loaded active running\n");
   ASSERT_THAT(units, SizeIs(1));
@@ -156,7 +156,7 @@ TEST(ParseUnitsTest, ReadsAnEmptyTable) {
 TEST(ParseUnitsTest, RefusesLinesThatAreNoUnits) {
   ExpectRefused([] { ParseUnits("a.service loaded active\n"); }, "a.service loaded active");
   ExpectRefused([] { ParseUnits("0 loaded units listed.\n"); }, "0 loaded units listed.");
-  // What a table with a header has.
+  // The first line of a table with a header.
   ExpectRefused([] { ParseUnits("  UNIT LOAD ACTIVE SUB DESCRIPTION\n"); },
                 "UNIT LOAD ACTIVE SUB DESCRIPTION");
 }
@@ -228,7 +228,7 @@ TEST(ParseTimersTest, ReadsTheLargestNumber) {
 
 TEST(ParseTimersTest, ReadsAnEmptyList) { EXPECT_THAT(ParseTimers("[]\n"), IsEmpty()); }
 
-// As versions write it that know no JSON here, and as later ones do.
+// The formats of versions without JSON for timers, and of later ones.
 TEST(ParseTimersTest, ReadsATable) {
   const Testing::ScopedEnvironment zone("TZ", "UTC");
   ::tzset();
@@ -286,7 +286,7 @@ TEST(ParsePropertiesTest, MayBeEmpty) {
   EXPECT_THAT(ParseProperties("\n\n"), IsEmpty());
 }
 
-// A line that another value smuggled in does not replace the first one.
+// If a value forges a second line of the same name, the first one counts.
 TEST(ParsePropertiesTest, KeepsTheFirstOfTwoValues) {
   const auto units = ParseProperties("LoadState=loaded\nLoadState=not-found\n");
   ASSERT_THAT(units, SizeIs(1));

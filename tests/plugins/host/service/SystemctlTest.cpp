@@ -22,7 +22,7 @@ using ::testing::ThrowsMessage;
 
 using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kShort(200);
-// Far less than the programs of these tests would take.
+// Shorter than the programs of these tests would run.
 constexpr std::chrono::seconds kSoon(20);
 
 ProgramResult Failed(const std::string& errorOutput, int status = 1) {
@@ -60,7 +60,7 @@ TEST(FailureWordsTest, CannotControlTheTerminal) {
 
 TEST(FailureWordsTest, AreAMessageNotALog) {
   EXPECT_EQ(FailureWords(Failed(std::string(5000, 'x'))), std::string(1000, 'x'));
-  // A cut character is shown as what is left of it.
+  // The remaining byte of a truncated character is escaped.
   EXPECT_EQ(FailureWords(Failed(std::string(999, 'x') + "\xc3\xa9")),
             std::string(999, 'x') + "\\xc3");
 }
@@ -86,7 +86,7 @@ TEST(SystemctlTest, ReportsAFailureInTheProgramsWords) {
                   "systemctl failed: Failed to connect to bus: Connection refused"));
 }
 
-// What it printed before could be a part of the answer.
+// Output before a failure could be mistaken for the complete answer.
 TEST(SystemctlTest, ReturnsNothingOfAFailedAnswer) {
   const MadeUpSystemd systemd;
   systemd.Answer("list-units", "[]", 3);

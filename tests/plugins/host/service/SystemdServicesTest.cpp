@@ -46,7 +46,7 @@ std::string List(const std::vector<std::string>& rows) {
   return list + "]\n";
 }
 
-// The fields of a service, joined by spaces; "-" for what is empty.
+// Returns the fields of a service, joined by spaces; "-" if a field is empty.
 std::string Line(const Service& service) {
   std::string line = service.name;
   for (const std::string& text :
@@ -139,7 +139,7 @@ INSTANTIATE_TEST_SUITE_P(
     States, UnitStateTest,
     ::testing::Values(
         StateOfUnit{"Running", "loaded", "active", "running", "running"},
-        // Not stopped: its work is done, and what needs it may start.
+        // Not "stopped", because units that need it may start.
         StateOfUnit{"Exited", "loaded", "active", "exited", "exited"},
         StateOfUnit{"Reloading", "loaded", "reloading", "reload", "reloading"},
         StateOfUnit{"Refreshing", "loaded", "refreshing", "refresh", "refreshing"},
@@ -152,10 +152,10 @@ INSTANTIATE_TEST_SUITE_P(
         StateOfUnit{"Masked", "masked", "inactive", "dead", "stopped"},
         StateOfUnit{"BadSetting", "bad-setting", "inactive", "dead", "stopped"},
         StateOfUnit{"NotFound", "not-found", "inactive", "dead", "not-found"},
-        // Its file was removed while it ran, or after it failed.
+        // The unit file was removed while the service ran, or after it failed.
         StateOfUnit{"RunningWithoutFile", "not-found", "active", "running", "running"},
         StateOfUnit{"FailedWithoutFile", "not-found", "failed", "failed", "failed"},
-        // Words of versions to come.
+        // Words that a future version might use.
         StateOfUnit{"NewState", "loaded", "levitating", "up", "unknown"},
         StateOfUnit{"NewSubState", "loaded", "active", "levitating", "running"},
         StateOfUnit{"NoState", "loaded", "", "", "unknown"}),
@@ -200,7 +200,7 @@ TEST_F(SystemdServicesTest, IncludeInstancesWithFilesOfTheirOwn) {
   EXPECT_THAT(systemd_.GetCalls(), SizeIs(2));
 }
 
-// Units that came or went since the lists were made.
+// Units that were created or removed since the lists were made.
 TEST_F(SystemdServicesTest, IgnoreAnswersAboutOthers) {
   SetLists({Unit("a@1.service", "loaded", "active", "running")}, {});
   systemd_.Answer("show", "Id=b@1.service\nUnitFileState=enabled\n");
@@ -234,7 +234,7 @@ TEST_F(SystemdServicesTest, KeepEscapesInNames) {
                                   "systemd d"));
 }
 
-// The other options of the call would be those of such a name.
+// Such a name would be taken as an option.
 TEST_F(SystemdServicesTest, DoNotAskForNamesThatAreNone) {
   SetLists({Unit("a@*.service", "loaded", "active", "running"),
             Unit("@ b.service", "loaded", "active", "running")},
@@ -267,7 +267,7 @@ TEST_F(SystemdServicesTest, AreManyWithoutMuchDelay) {
   EXPECT_THAT(ReadSystemdServices(Systemctl()), SizeIs(20000));
 }
 
-// A part of the list would look like all of it.
+// A part of the list could be mistaken for all of it.
 TEST_F(SystemdServicesTest, AreAllListedOrNone) {
   SetLists({Unit("a@1.service", "loaded", "active", "running")}, {});
   systemd_.Fail("show", "No way");
@@ -363,7 +363,7 @@ TEST_F(SystemdServiceTest, NeedNotMeasureItsMemory) {
   };
   EXPECT_EQ(memory("0"), 0);
   EXPECT_EQ(memory("8589934592"), 8589934592);
-  // How versions of systemd write that there is no such number.
+  // The forms in which versions of systemd write that there is no such number.
   EXPECT_EQ(memory("[not set]"), std::nullopt);
   EXPECT_EQ(memory("18446744073709551615"), std::nullopt);
   EXPECT_EQ(memory(""), std::nullopt);

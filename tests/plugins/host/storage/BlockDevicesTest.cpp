@@ -20,7 +20,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::ThrowsMessage;
 
-/// A made-up /sys.
+/// A simulated /sys.
 class SysTree {
  public:
   SysTree& Device(const std::string& folder, const std::string& number, const std::string& size) {
@@ -161,7 +161,7 @@ TEST(BlockDevicesTest, AMissingListIsAnError) {
 struct TransportCase {
   const char* name;
   const char* disk;
-  const char* path;  // to which the folder of the disk is a link
+  const char* path;  // the target of the disk's link
   const char* transport;
 };
 

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A statvfs that never returns for the paths in KESTREL_SILENT_PATHS and ends the process for those
-// in KESTREL_DEADLY_PATHS, two lists separated by ":". For other paths it calls the function of
-// libc.
+// Replaces statvfs by a function that never returns for the paths in KESTREL_SILENT_PATHS and ends
+// the process for those in KESTREL_DEADLY_PATHS, two lists separated by ":". For other paths it
+// calls the function of libc.
 
 #include <dlfcn.h>
 #include <sys/statvfs.h>

@@ -28,7 +28,7 @@ using ::testing::ThrowsMessage;
 
 const dev_t kNumber = makedev(8, 1);
 
-// What the device manager stores about a device whose properties are `lines`.
+// Returns the content of a device for which the device manager has stored `lines`.
 std::optional<DeviceContent> Stored(const std::string& lines) {
   const ScopedTempDir folder;
   folder.Write("b8:1", lines);
@@ -140,7 +140,7 @@ INSTANTIATE_TEST_SUITE_P(Labels, DeviceLabelTest, ::testing::ValuesIn(kLabels),
 // Images of devices.
 struct ImageCase {
   const char* name;
-  const char* command;  // makes it, after it has 8 MiB of zeros
+  const char* command;  // creates the content in a file of 8 MiB of zeros
 };
 
 class ProbeContentTest : public ::testing::TestWithParam<ImageCase> {
@@ -150,7 +150,7 @@ class ProbeContentTest : public ::testing::TestWithParam<ImageCase> {
     return ProbeContent(file.Get());
   }
 
-  // The tags that blkid prints.
+  // Returns the tags that blkid prints.
   std::map<std::string, std::string> Tags() const {
     std::map<std::string, std::string> tags;
     for (const std::string& line :

@@ -114,8 +114,8 @@ std::string WaitForChildDescriptors(pid_t process) {
   return std::string();
 }
 
-// The kernel may keep a blocked child. A process that reads the output to its end must not wait for
-// that child.
+// The kernel may keep a blocked child. A process that reads the tool's output to its end must not
+// have to wait for that child.
 TEST(FilesystemProbeTest, ASilentChildHoldsItsReportPipeAlone) {
   const Testing::ScopedEnvironment silent("KESTREL_SILENT_PATHS", "/proc");
   const pid_t process = ::fork();

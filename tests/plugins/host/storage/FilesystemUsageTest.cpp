@@ -34,7 +34,7 @@ const UsageCase kUsageCases[] = {
     // Space reserved for the superuser is neither used nor available.
     {"AllKeptForTheSuperuser", 100, 10, 0, 90, 100},
     {"SomeKeptForTheSuperuser", 100, 20, 10, 80, 89},
-    // Impossible numbers.
+    // Numbers that contradict each other.
     {"MoreFreeThanThereIs", 100, 200, 200, 0, 0},
     {"MoreAvailableThanFree", 100, 50, 150, 50, 25},
     {"LargestNumbers", kMaxUnsigned, 0, kMaxUnsigned, kMaxUnsigned, 50},

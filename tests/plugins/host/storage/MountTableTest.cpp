@@ -242,7 +242,7 @@ TEST_P(MountOptionsTest, AreMerged) {
 INSTANTIATE_TEST_SUITE_P(Options, MountOptionsTest, ::testing::ValuesIn(kOptions),
                          [](const auto& row) { return row.param.name; });
 
-// "/", "/a" and "/a/b" for "/a/b".
+// Returns "/", "/a" and "/a/b" for "/a/b".
 std::vector<std::string> PathsOnTheWay(const std::string& path) {
   std::vector<std::string> paths = {"/"};
   for (std::size_t end = 0; path.size() > 1 && end != std::string::npos;) {
@@ -252,7 +252,7 @@ std::vector<std::string> PathsOnTheWay(const std::string& path) {
   return paths;
 }
 
-// The mount that a path leads to: at each step, it enters the mount that is attached there, and
+// Returns the mount that a path leads to: each step enters the mount attached at that point, and
 // then any mount on top of it.
 long Resolve(const std::vector<Mount>& mounts, const std::string& path) {
   long current = 0;

@@ -18,7 +18,7 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// The commands below "storage", compared with other programs.
+// The commands in the namespace "storage", compared with other programs.
 namespace Kestrel::Testing {
 namespace {
 
@@ -64,7 +64,8 @@ std::vector<Row> MountRows() {
       {"Id", "Parent Id", "Mount Point", "Source", "Type", "Options", "Root", "Device"});
 }
 
-// Whether the path of a mount leads to it: the kernel reports to which mount a directory belongs.
+// Whether the path of a mount leads to that mount. The kernel reports the mount to which a
+// directory belongs.
 bool LeadsTo(const std::string& target, const std::string& id) {
   struct statx found = {};
   const int result = ::statx(AT_FDCWD, target.c_str(), AT_NO_AUTOMOUNT, STATX_MNT_ID, &found);
@@ -77,7 +78,7 @@ bool KernelNamesMounts() {
          (found.stx_mask & STATX_MNT_ID) != 0;
 }
 
-// The mount point with its escapes undone.
+// Returns the mount point without its escapes.
 std::string PathOf(const Row& row) {
   return Replace(Replace(row.at("Mount Point"), "\\x0a", "\n"), "\\x09", "\t");
 }
@@ -239,14 +240,14 @@ long NumberIn(const Row& row, const std::string& field) {
 }
 
 const Row* Find(const std::vector<Row>& rows, const std::string& mountPoint) {
-  // The last one is on top.
+  // The last mount is on top.
   const auto found = std::find_if(rows.rbegin(), rows.rend(), [&mountPoint](const Row& row) {
     return row.at("Mount Point") == mountPoint;
   });
   return found == rows.rend() ? nullptr : &*found;
 }
 
-// Fields whose values are not between those of df before and after.
+// Returns the fields whose values are not between those of df before and after.
 std::string Outside(const Row& row, const Row& before, const Row& after,
                     const std::map<std::string, std::string>& fields) {
   std::string outside;
@@ -261,7 +262,7 @@ std::string Outside(const Row& row, const Row& before, const Row& after,
   return outside;
 }
 
-// The differences between the command and df, which runs before and after it.
+// Returns the differences between the command and df, which runs before and after it.
 std::string DifferenceToDf(const std::string& arguments,
                            const std::map<std::string, std::string>& fields) {
   const std::vector<Row> before = DfRows(arguments);
@@ -281,7 +282,7 @@ std::string DifferenceToDf(const std::string& arguments,
   return difference;
 }
 
-// Other programs change the numbers, so tries until everything agrees.
+// Other programs can change the numbers, so this tries until everything agrees.
 void ExpectAgreementWithDf(const std::string& arguments,
                            const std::map<std::string, std::string>& fields) {
   std::string difference;
@@ -408,7 +409,7 @@ TEST(StorageFilesystemListTest, RefusesNumbersOutsideTheirRanges) {
 // ---- storage device list
 
 std::vector<Row> LsblkRows() {
-  std::map<std::string, Row> rows;  // a device on several others is listed several times
+  std::map<std::string, Row> rows;  // lsblk repeats a device that belongs to several others
   std::map<std::string, std::vector<std::string>> parents;
   const Json answer = JsonWitness(
       "lsblk --json --bytes --all --list --output"
@@ -574,7 +575,7 @@ TEST(StorageDeviceListTest, TakesEveryNameLiterally) {
 
 // ---- storage device counter list
 
-// The numbers that the kernel shows for each device in a file of its own.
+// Returns the numbers that the kernel publishes in a separate file for each device.
 std::map<std::string, std::vector<std::string>> SysStatistics() {
   std::map<std::string, std::vector<std::string>> statistics;
   for (const std::string& line :

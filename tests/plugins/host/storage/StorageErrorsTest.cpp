@@ -21,7 +21,7 @@
 #include "plugins/host/support/PlainUser.h"
 #include "support/ScopedTempDir.h"
 
-// Whatever the system refuses to a reader is an error, and not a shorter answer.
+// If the system refuses access to a reader, the result is an error and not a shorter list.
 namespace Kestrel::Host {
 namespace {
 
@@ -35,7 +35,7 @@ using ::testing::ThrowsMessage;
 
 struct Reader {
   const char* name;
-  const char* file;  // that it reads; a folder if it ends with a slash
+  const char* file;  // a file that it reads; a folder if it ends with a slash
   std::function<void(const std::string&)> read;
 };
 
@@ -91,7 +91,7 @@ INSTANTIATE_TEST_SUITE_P(Readers, StorageErrorsTest, ::testing::ValuesIn(kReader
 TEST(StorageErrorTest, AnAttributeOfADeviceIsNotLost) {
   const ScopedTempDir folder;
   folder.Write("block/sda/dev", "8:0\n");
-  folder.MakeDirectory("block/sda/size");  // reading it fails for a reason of its own
+  folder.MakeDirectory("block/sda/size");  // a folder cannot be read as a file
   EXPECT_THAT([&] { ReadBlockDevices(folder.GetPath(), {}); },
               ThrowsMessage<KestrelException>("Unable to read " + folder.GetPath("block/sda/size") +
                                               ": Is a directory"));

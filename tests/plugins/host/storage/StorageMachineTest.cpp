@@ -11,7 +11,7 @@
 #include "plugins/host/support/HostCall.h"
 #include "plugins/host/support/MadeUpMachine.h"
 
-// The commands below "storage" on a machine with made-up devices and mounts.
+// The commands in the namespace "storage" on a machine with simulated devices and mounts.
 namespace Kestrel::Testing {
 namespace {
 

@@ -11,7 +11,7 @@
 #include "plugins/host/support/HostCall.h"
 #include "plugins/host/support/MadeUpMachine.h"
 
-// The tables of the commands below "storage" in every order and at several widths.
+// The tables of the commands in the namespace "storage" in every order and at several widths.
 namespace Kestrel::Testing {
 namespace {
 
@@ -124,7 +124,7 @@ struct FieldCase {
 class StorageUnsortableTest : public StorageTablesTest,
                               public ::testing::WithParamInterface<FieldCase> {};
 
-// Lists cannot be compared, and a field must be written as the header has it.
+// Lists cannot be compared, and a field must be spelled as in the header.
 TEST_P(StorageUnsortableTest, IsAnErrorThatListsTheFields) {
   RunThere([] {
     const auto errors = CallErrors(GetParam().command, {{"sort", GetParam().field}});

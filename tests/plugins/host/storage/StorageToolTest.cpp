@@ -14,7 +14,7 @@
 #include "support/Golden.h"
 #include "support/Witness.h"
 
-// The commands below "storage" as a person sees them.
+// The commands in the namespace "storage" as a user sees them.
 namespace Kestrel::Testing {
 namespace {
 

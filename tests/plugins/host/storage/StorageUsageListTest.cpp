@@ -36,7 +36,7 @@ std::vector<std::string> Paths(const Parameters& parameters) {
   return CallColumn(kCommand, "Path", parameters);
 }
 
-// A folder with two folders in it that a plain user may not read.
+// A folder that contains two folders which an ordinary user may not read.
 class StorageUsageListLockedTest : public ::testing::Test {
  protected:
   StorageUsageListLockedTest()
@@ -271,7 +271,7 @@ TEST(StorageUsageListTest, CountsOtherFileSystemsOnDemand) {
     EXPECT_THAT(Paths({{"directory", top}}), UnorderedElementsAre(top, top + "/own"));
     const Parameters all = {{"directory", top}, {"all-filesystems", ""}};
     EXPECT_THAT(Paths(all), ElementsAre(top, other, top + "/own"));
-    // A mount point that is asked for itself is another top.
+    // If the user names a mount point, that is the top.
     EXPECT_THAT(CallColumn(kCommand, "Size", {{"directory", other}}), ElementsAre("1.0 MiB"));
     ASSERT_EQ(::umount(other.c_str()), 0);
   });

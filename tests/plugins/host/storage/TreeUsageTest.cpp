@@ -62,7 +62,7 @@ TreeEntry EntryAt(const TreeUsage& tree, const std::string& path) {
   return {};
 }
 
-// What du prints for each path, with these options.
+// Returns the output of du for each path, with these options.
 std::vector<std::string> DuLines(const std::string& options, const std::string& path) {
   std::vector<std::string> lines =
       Testing::WitnessLines("du --one-file-system " + options + " '" + path + "'");
@@ -79,7 +79,7 @@ std::vector<std::string> Lines(const TreeUsage& tree, long SpaceUsage::*figure, 
   return lines;
 }
 
-// A folder in `folder` that a plain user may not read, until the object is destroyed.
+// Makes a folder in `folder` that an ordinary user may not read during the lifetime of this object.
 class LockedFolder {
  public:
   LockedFolder(const ScopedTempDir& folder, const std::string& name, mode_t mode = 0)
@@ -97,7 +97,7 @@ class LockedFolder {
   std::string path_;
 };
 
-// Makes folders in each other that all have this name.
+// Creates nested folders that all have this name.
 void MakeChain(const std::string& top, const std::string& name, int count) {
   int folder = ::open(top.c_str(), O_PATH | O_CLOEXEC);
   for (int i = 0; i < count; ++i) {
@@ -109,7 +109,7 @@ void MakeChain(const std::string& top, const std::string& name, int count) {
   ::close(folder);
 }
 
-// The folder is deleted by rm, because its paths are too long for the standard library.
+// Deletes the folder with rm, because its paths are too long for the standard library.
 struct DeletedByRm {
   ScopedTempDir folder;
   ~DeletedByRm() { Witness("rm -r '" + folder.GetPath() + "'/*"); }
@@ -287,7 +287,7 @@ TEST(TreeUsageTest, WalksATreeThatIsDeeperThanTheLimitsForPathsAndFiles) {
 TEST(TreeUsageTest, FindsItsWayBackToFoldersThatItClosed) {
   const DeletedByRm top;
   MakeChain(top.folder.GetPath(), "deep", 100);
-  // Each of the folders on the way has a second folder.
+  // Each folder on the path contains a second folder.
   std::string path;
   for (int level = 0; level < 60; ++level) {
     top.folder.Write(path + "side/file", "x");
@@ -361,8 +361,8 @@ TEST(TreeUsageTest, WithoutTheTopThereIsNoAnswer) {
                                               ": Permission denied"));
 }
 
-// Calls `check` with the path of a folder on which another file system is mounted, and into which
-// a part of its own one is mounted a second time.
+// Calls `check` with the path of a folder that contains two mounts: another file system, and a part
+// of its own file system for a second time.
 void RunWithMounts(void (*check)(const std::string& path)) {
   const std::string refusal = Testing::RunInNamespaces(CLONE_NEWNS, [check] {
     ASSERT_EQ(::mount("outer", "/mnt", "tmpfs", 0, ""), 0);

@@ -10,8 +10,8 @@
 
 namespace Kestrel::Testing {
 
-/// Limits the open files of this process to those that are open now and `count` more, during its
-/// lifetime.
+/// During its lifetime, limits the open files of this process to those that are open at its
+/// construction and `count` more.
 class FileLimit {
  public:
   explicit FileLimit(rlim_t count) {

@@ -19,7 +19,7 @@ namespace {
 
 FileWatch* currentWatch = nullptr;
 
-// Returns whether the attempt is to fail; errno is then set.
+// Returns whether the call must fail; errno is then set.
 bool Fails(const char* path) {
   const int error = currentWatch == nullptr ? 0 : currentWatch->Note(path);
   if (error != 0) {
@@ -61,7 +61,7 @@ int FileWatch::Note(const char* path) {
 
 }  // namespace Kestrel::Testing
 
-// These replace the functions of the C library in this program and in the plug-ins that it loads.
+// These functions replace those of the C library in this program and in the plug-ins that it loads.
 extern "C" {
 
 __attribute__((visibility("default"))) int open(const char* path, int flags, ...) {

@@ -8,8 +8,8 @@
 
 namespace Kestrel::Testing {
 
-/// While it exists, notes the files and folders that the plug-in opens, and may let one of them
-/// fail once. There is one at a time. It does not see what the C library opens by itself.
+/// During its lifetime, records which files and folders the plug-in opens, and can let one of the
+/// calls fail. Only one may exist at a time. It does not see files that the C library itself opens.
 class FileWatch {
  public:
   FileWatch();
@@ -19,13 +19,13 @@ class FileWatch {
   FileWatch& operator=(const FileWatch&) = delete;
   ~FileWatch();
 
-  /// The paths in byte order, each once.
+  /// Returns the paths in byte order, each once.
   std::vector<std::string> GetOpened() const;
 
-  /// Whether the failure has happened.
+  /// Whether the call has failed.
   bool HasFailed() const { return hasFailed_; }
 
-  /// Returns the error number with which an attempt to open `path` is to fail, or 0.
+  /// Returns the error number if the call that opens `path` must fail, otherwise 0.
   int Note(const char* path);
 
  private:

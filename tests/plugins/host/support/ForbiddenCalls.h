@@ -5,9 +5,9 @@
 
 namespace Kestrel::Testing {
 
-/// Makes a system call (SYS_...) with that first argument, or with any if it is negative, fail in
-/// this process with an error, or do nothing if the error is 0. Cannot be undone, so it is for the
-/// child processes of RunInNamespaces.
+/// Lets a system call (SYS_...) fail in this process with an error, or do nothing if the error is
+/// 0. Only calls with that first argument are affected, or all if it is negative. This cannot be
+/// undone, so it must be used only in the child processes of RunInNamespaces.
 void Forbid(long call, long argument, unsigned error);
 
 }  // namespace Kestrel::Testing

@@ -16,7 +16,7 @@ namespace Kestrel::Testing {
 /// Fails the test if the call reports an error.
 std::string Print(const std::string& path, const Parameters& parameters, unsigned short width);
 
-/// Returns a field as text. Fails the test if there is no such field.
+/// Returns a field as a string. Fails the test if there is no such field.
 std::string TextOf(const std::shared_ptr<MetaObj::MetaStruct>& structure, const std::string& field);
 /// Returns one field of each structure.
 std::vector<std::string> FieldOf(

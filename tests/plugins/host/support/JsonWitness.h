@@ -11,15 +11,15 @@ namespace Kestrel::Testing {
 
 using Json = boost::property_tree::ptree;
 
-/// Returns the JSON that a shell command prints; an empty tree if it prints nothing. Fails the test
-/// as `Witness` does.
+/// Returns the JSON that a shell command prints; empty if it prints nothing. Fails the test in the
+/// same cases as `Witness`.
 Json JsonWitness(const std::string& command);
 
-/// Returns a member that is a scalar as text, or `otherwise` if it is absent or null.
+/// Returns a scalar member as a string, or `otherwise` if it is absent or null.
 std::string MemberText(const Json& node, const std::string& name,
                        const std::string& otherwise = std::string());
 
-/// Returns the strings in a member that is a list, except nulls; none if it is absent.
+/// Returns the strings in a list, except for nulls; none if the member is absent.
 std::vector<std::string> MemberTexts(const Json& node, const std::string& name);
 
 }  // namespace Kestrel::Testing

@@ -43,7 +43,7 @@ void MadeUpMachineTest::RunThere(const std::function<void()>& body) const {
   if (kIsSanitized) {
     GTEST_SKIP() << "the sanitizer needs files of its own in /proc";
   }
-  GetDispatcher();  // loads the plug-in while the machine is still the real one
+  GetDispatcher();  // loads the plug-in before the machine is replaced
   ::chmod(files_.GetPath().c_str(), 0755);
   const std::string refusal = RunInNamespaces(CLONE_NEWNS, [this, &body] {
     for (const char* const name : {"proc", "run", "sys", "etc", "var"}) {

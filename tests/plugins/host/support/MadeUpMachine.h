@@ -14,8 +14,8 @@
 
 namespace Kestrel::Testing {
 
-/// Tests commands on a machine whose /proc, /run and /sys are made up by the test; so are /etc and
-/// /var if it puts something there.
+/// The base of tests of commands on a simulated machine, whose /proc, /run and /sys contain only
+/// files from the test. The same applies to /etc and /var if the test adds files there.
 class MadeUpMachineTest : public ::testing::Test {
  protected:
   MadeUpMachineTest();

@@ -31,7 +31,7 @@ bool WriteFile(const char* path, const std::string& text) {
   return isWritten;
 }
 
-// Without the right to it, a user namespace may give the right within.
+// A process without the required privilege may have it inside a user namespace.
 bool EnterAsRoot(int namespaces) {
   const std::string user = std::to_string(::geteuid());
   const std::string group = std::to_string(::getegid());
@@ -44,7 +44,7 @@ bool Enter(int namespaces) {
   if (::unshare(namespaces) != 0 && !EnterAsRoot(namespaces)) {
     return false;
   }
-  // Mounts in this namespace do not affect others.
+  // Makes the mounts of this namespace private, so that they do not affect others.
   return (namespaces & CLONE_NEWNS) == 0 ||
          ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
 }

@@ -13,8 +13,8 @@ namespace Kestrel::Testing {
 /// string, or the reason if this machine does not allow it and `body` did not run.
 std::string RunInNamespaces(int namespaces, const std::function<void()>& body);
 
-/// The same with a network namespace in which interfaces of the kinds veth and bridge can be
-/// created.
+/// Like RunInNamespaces, with a network namespace in which interfaces of the kinds veth and bridge
+/// can be created.
 std::string RunInOwnNetwork(const std::function<void()>& body);
 
 }  // namespace Kestrel::Testing

@@ -9,7 +9,7 @@
 
 namespace Kestrel::Testing {
 
-/// Removes the rights of root from this process during its lifetime. Does nothing for other users.
+/// During its lifetime, this process has no root privileges. Does nothing for other users.
 class PlainUser {
  public:
   PlainUser() : user_(::geteuid()) {

@@ -11,7 +11,7 @@
 
 namespace Kestrel::Testing {
 
-/// Reduces the rows to these fields.
+/// Removes all other fields from the rows.
 std::vector<Row> OnlyFields(const std::vector<Row>& rows, const std::vector<std::string>& fields);
 
 /// Returns the rows that a filter accepts.
@@ -27,8 +27,8 @@ std::string Joined(const std::vector<std::string>& texts);
 /// Sorts strings.
 std::vector<std::string> Sorted(std::vector<std::string> texts);
 
-/// The results of the command and the witness at a time at which the witness did not change: it
-/// runs before and after the command. Fails the test if it always changes.
+/// The results of the command and of the witness, which runs before and after the command, from a
+/// time at which the witness's result did not change. Fails the test if it always changes.
 struct Agreement {
   std::vector<Row> command;
   std::vector<Row> witness;

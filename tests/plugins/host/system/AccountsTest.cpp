@@ -100,7 +100,7 @@ TEST(AccountsTest, NamesOfManyGroupsAreThoseOfEachGroup) {
   EXPECT_EQ(names.Get(kUnknown), "3999999999");
 }
 
-// A lookup that finds the answer elsewhere may succeed; no answer may be wrong.
+// A lookup may succeed if the answer is available elsewhere; no answer may be wrong.
 struct AccountQuestion {
   const char* name;
   const char* file;

@@ -43,7 +43,7 @@ class BusDevicesTest : public ::testing::Test {
     }
   }
 
-  // `deviceClass` has the three numbers of two digits each.
+  // `deviceClass` contains the three numbers, with two digits each.
   void Usb(const std::string& address, const std::string& vendor, const std::string& product,
            const std::string& deviceClass) const {
     const std::string folder = "bus/usb/devices/" + address;
@@ -53,7 +53,7 @@ class BusDevicesTest : public ::testing::Test {
     Link("../../../../bus/usb/drivers/usb", folder + "/driver");
   }
 
-  // The kernel shows an interface beside the device and in it.
+  // The kernel lists an interface both next to and in the folder of its device.
   void Interface(const std::string& device, const std::string& name, const std::string& itsClass,
                  const std::string& driver) const {
     for (const std::string& folder :
@@ -119,7 +119,7 @@ TEST_F(BusDevicesTest, WhatIsInNoListIsEmpty) {
   ASSERT_EQ(devices.size(), 2u);
   EXPECT_EQ(devices[0].vendor, "Maker B");
   EXPECT_EQ(devices[0].device, "");
-  EXPECT_EQ(devices[0].className, "Memory controller");  // one of the standard
+  EXPECT_EQ(devices[0].className, "Memory controller");  // a name from the standard
   EXPECT_THAT(devices[0].drivers, IsEmpty());
   EXPECT_EQ(devices[1].vendor, "");
   EXPECT_EQ(devices[1].className, "");
@@ -184,7 +184,7 @@ TEST_F(BusDevicesTest, ADeviceOnUsbMayNameItself) {
   EXPECT_EQ(devices[1].device, "Unlisted mouse");
   EXPECT_EQ(devices[2].vendor, "");
   EXPECT_EQ(devices[2].device, "");
-  EXPECT_EQ(devices[2].className, "");  // no interface has one either
+  EXPECT_EQ(devices[2].className, "");  // its interfaces have no class either
 }
 
 TEST_F(BusDevicesTest, EachDriverOfTheInterfacesIsNamedOnce) {
@@ -196,7 +196,7 @@ TEST_F(BusDevicesTest, EachDriverOfTheInterfacesIsNamedOnce) {
   const auto devices = ReadUsb();
   ASSERT_EQ(devices.size(), 1u);
   EXPECT_THAT(devices[0].drivers, ElementsAre("btusb", "cdc_ncm"));
-  EXPECT_EQ(devices[0].classId, 0x020d00u);  // that of the first interface
+  EXPECT_EQ(devices[0].classId, 0x020d00u);  // the class of the first interface
 }
 
 TEST_F(BusDevicesTest, WithoutTheBusThereAreNone) {
@@ -254,8 +254,8 @@ TEST_F(BusDevicesTest, AnAttributeThatIsMissingIsAnError) {
 
 TEST_F(BusDevicesTest, ADeviceThatWasRemovedIsSkipped) {
   Pci("0000:00:00.0", "0x1\n", "0x1\n", "0x0\n");
-  // What the kernel shows while it removes a device: a link whose target is gone is still a name,
-  // so only a name that is gone too may be skipped.
+  // The state of the files while the kernel removes a device. A link whose target is missing is
+  // still a name, so a device may be skipped only if its name is gone too.
   Link("../../../devices/gone", "bus/pci/devices/0000:00:01.0");
   EXPECT_THAT([this] { ReadPci(); },
               ThrowsMessage<KestrelException>("Unable to read " +

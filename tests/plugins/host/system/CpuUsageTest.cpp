@@ -29,7 +29,7 @@ std::vector<CpuUsage> Compare(const std::string& before, const std::string& afte
   return CompareCpuTimes(Parse(before), Parse(after));
 }
 
-// Every field, in the order of the structure.
+// Returns every field, in the order of the structure.
 std::vector<long> Fields(const CpuUsage& usage) {
   return {usage.number,        usage.busy,  usage.user,      usage.nice,
           usage.system,        usage.idle,  usage.inputWait, usage.interrupt,
@@ -189,7 +189,7 @@ TEST(CpuUsageTest, AProcessorThatWentBetweenTheSamplesIsNotListed) {
 }
 
 TEST(CpuUsageTest, GuestsAreNeverMoreThanThePrograms) {
-  // The kernel counts both in one step, but a reader may see the one without the other.
+  // The kernel changes both counters together, but a reader may see only one of the changes.
   const auto usages = Compare("cpu 0 0 0 0 0 0 0 0 0", "cpu 10 0 0 10 0 0 0 0 15");
   ASSERT_EQ(usages.size(), 1u);
   EXPECT_EQ(usages[0].user, 5000);

@@ -91,7 +91,7 @@ TEST(CpusTest, ReportsThatThereIsNone) {
                                               "/sysless/devices/system/cpu and /nowhere/cpuinfo"));
 }
 
-// No kernel writes some of these sets. The call ends and uses what is valid.
+// No kernel writes some of these sets. The call must end and use the valid parts.
 struct SetCase {
   const char* name;
   const char* present;
@@ -158,7 +158,7 @@ TEST(CpusTest, ATopologyThatIsNoNumberIsUnknown) {
   EXPECT_THAT(cpus[0].siblings, IsEmpty());
 }
 
-// A file or folder with data of a processor that exists must be readable.
+// If a file or folder about a processor exists, it must be readable.
 TEST(CpusTest, ReportsWhatCannotBeRead) {
   const std::string cpu = "sys/devices/system/cpu/cpu0";
   for (const std::string& hidden :

@@ -25,7 +25,8 @@ using Testing::PlainUser;
 using Testing::ScopedTempDir;
 using ::testing::ThrowsMessage;
 
-// One line per entry: its line, user, schedule and command, and its problem if it has one.
+// Returns a line for each entry: its line number, user, schedule and command, and its problem if
+// there is one.
 std::vector<std::string> Show(const std::vector<CrontabEntry>& entries) {
   std::vector<std::string> lines;
   lines.reserve(entries.size());
@@ -132,7 +133,7 @@ TEST_P(CrontabSettingTest, IsNoEntry) {
 INSTANTIATE_TEST_SUITE_P(Lines, CrontabSettingTest, ::testing::ValuesIn(kSettings),
                          [](const auto& test) { return test.param.name; });
 
-// Values of each column that cron understands, and others.
+// Valid and invalid values of each column.
 struct ColumnCase {
   std::size_t column;
   const char* name;
@@ -154,7 +155,7 @@ const ColumnCase kColumnCases[] = {
 
 class CrontabColumnTest : public ::testing::TestWithParam<ColumnCase> {
  protected:
-  // A line with the value in its column.
+  // Returns a line with the value in its column.
   static std::string Line(const std::string& value) {
     std::string line;
     for (std::size_t i = 0; i < kCrontabColumns; ++i) {

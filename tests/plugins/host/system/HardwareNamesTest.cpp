@@ -83,7 +83,7 @@ TEST(HardwareNamesClassTest, FindsClassesAndSubclasses) {
   EXPECT_EQ(names.FindSubclass(0x02, 0x00), "Ethernet controller");
   EXPECT_EQ(names.FindSubclass(0x02, 0x80), "Network controller, other");
   EXPECT_EQ(names.FindSubclass(0x02, 0x01), "");  // the number of an interface
-  EXPECT_EQ(names.FindSubclass(0x02, 0x03), "");  // that of another class
+  EXPECT_EQ(names.FindSubclass(0x02, 0x03), "");  // a subclass of another class
   EXPECT_EQ(names.FindClass(0x0c), "Serial bus controller");
   EXPECT_EQ(names.FindClass(0x01), "");
   EXPECT_EQ(names.FindClass(0x12), "");
@@ -105,7 +105,7 @@ TEST(HardwareNamesClassTest, TheFirstOfTwoEntriesCounts) {
   EXPECT_EQ(names.FindDevice(1, 2), "");
 }
 
-// What a damaged file may contain: the rest is still found.
+// Damage that a file may have. The rest is still found.
 struct DamagedCase {
   const char* name;
   std::string text;

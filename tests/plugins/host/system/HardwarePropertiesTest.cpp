@@ -21,7 +21,7 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// Properties of the readers about processors and devices, over many inputs.
+// Properties of the readers for processors and devices, tested with many inputs.
 namespace Kestrel::Host {
 namespace {
 
@@ -32,7 +32,7 @@ using ::testing::SizeIs;
 using ::testing::ThrowsMessage;
 using Testing::WitnessLines;
 
-/// Numbers that are the same in each run.
+/// A sequence of numbers that is the same in each run.
 class Numbers {
  public:
   explicit Numbers(unsigned seed) : state_(seed) {}
@@ -46,11 +46,11 @@ class Numbers {
   unsigned state_;
 };
 
-// ---- shares of processors
+// ---- shares of processor time
 
 class CpuShareProperty : public ::testing::TestWithParam<unsigned> {
  protected:
-  // Nine columns, guests included in the first one.
+  // Returns nine columns. The first one includes the time of guests.
   static std::vector<long> Ticks(Numbers& numbers, unsigned bound) {
     std::vector<long> ticks(9);
     for (long& column : ticks) {
@@ -70,7 +70,7 @@ class CpuShareProperty : public ::testing::TestWithParam<unsigned> {
     return ReadCpuTimes(proc.GetPath());
   }
 
-  // To the nearest hundredth of a percent, in integers.
+  // Computes a share with integers, to the nearest hundredth of a percent.
   static long Share(long part, long total) { return (2 * 10000 * part + total) / (2 * total); }
 };
 
@@ -141,7 +141,7 @@ TEST_F(InstalledNamesTest, EveryVendorIsFound) {
 }
 
 TEST_F(InstalledNamesTest, DevicesOfEveryVendorAreFound) {
-  // Every seventh one; "vendor device name" in a line.
+  // Checks every seventh device, given as "vendor device name" on a line.
   const auto lines =
       WitnessLines(std::string("awk '/^[0-9a-f]/ { v = substr($0, 1, 4) } /^C / { exit } "
                                "/^\\t[0-9a-f]/ && ++n % 7 == 0 { print v substr($0, 2) }' ") +

@@ -57,7 +57,7 @@ TEST(KernelModulesTest, ListsModulesByName) {
   EXPECT_THAT(names, ElementsAre("fixed", "kept", "loop", "snd_timer"));
 }
 
-// A line per module: name, size, references and its sorted users.
+// Returns a line for each module: name, size, references and its sorted users.
 std::vector<std::string> LinesOf(const std::vector<KernelModule>& modules) {
   std::vector<std::string> lines;
   for (const KernelModule& module : modules) {
@@ -95,7 +95,7 @@ TEST(KernelModulesTest, AgreesWithLsmodAboutThisMachine) {
   EXPECT_EQ(LinesOf(ReadModules("/proc")), LinesOfLsmod("lsmod"));
 }
 
-// A machine with made-up modules.
+// A machine with simulated modules.
 constexpr char kLsmodElsewhere[] = R"(unshare --mount sh -ec '
   modules=$(cat "$0")
   mount -t tmpfs none /sys
@@ -143,7 +143,7 @@ TEST(KernelModulesTest, ReportsAMissingProc) {
       ThrowsMessage<KestrelException>("Unable to read /nowhere: No such file or directory"));
 }
 
-// A machine with loaded modules, and others that its kernel has.
+// A machine with loaded modules, and with others that its kernel could load.
 class HasModuleTest : public ::testing::Test {
  protected:
   HasModuleTest() {

@@ -92,7 +92,7 @@ TEST_F(KernelParametersTest, ListsAParameterThatTheUserMayNotRead) {
 
 TEST_F(KernelParametersTest, ReportsAFolderThatTheUserMayNotRead) {
   ::chmod(proc_.GetPath().c_str(), 0755);
-  for (const mode_t mode : {0000, 0600}) {  // not even its names, and only its names
+  for (const mode_t mode : {0000, 0600}) {  // nothing is readable; only names
     ::chmod(proc_.GetPath("sys/vm").c_str(), mode);
     const PlainUser user;
     EXPECT_THAT([this] { ReadParameters(proc_.GetPath(), ""); },

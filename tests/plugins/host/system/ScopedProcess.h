@@ -50,14 +50,14 @@ class ScopedProcess {
     }
   }
 
-  /// Gives up after a while; the test then fails.
+  /// Stops waiting after a while; the test then fails.
   void WaitUntilItSleeps() const {
     for (int i = 0; i < 500 && Witness("ps -p " + GetId() + " -o s=") != "S\n"; ++i) {
       ::usleep(10000);
     }
   }
 
-  /// The number of the signal that ends it.
+  /// Returns the number of the signal that ends it.
   int WaitUntilItIsKilled() {
     int status = 0;
     EXPECT_EQ(::waitpid(id_, &status, 0), id_);

@@ -45,7 +45,7 @@ std::string LoginEntry(short type, const std::string& user, const std::string& l
   return std::string(reinterpret_cast<const char*>(&entry), sizeof(entry));
 }
 
-// With the names of months in the C locale, as who prints them.
+// Formats a time with C locale month names, as who prints it.
 std::string MomentAsWho(std::time_t moment) {
   std::tm parts = {};
   ::localtime_r(&moment, &parts);

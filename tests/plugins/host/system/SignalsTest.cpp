@@ -30,7 +30,7 @@ TEST(SignalsTest, HaveTheNamesThatTheShellHas) {
   for (int signal = 1; signal < 32; ++signal) {
     const std::string name =
         Testing::WitnessLines("bash -c 'kill -l " + std::to_string(signal) + "'").at(0);
-    if (signal != SIGIO) {  // it has two names, of which the shell prints the other one
+    if (signal != SIGIO) {  // it has two names, and the shell prints the other one
       EXPECT_EQ(SignalName(signal), name) << signal;
     }
     EXPECT_EQ(ParseSignal(name), signal) << name;

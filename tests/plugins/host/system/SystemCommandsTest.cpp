@@ -20,8 +20,8 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// The commands below "system", compared with other programs. If a value can change, the other
-// program runs before and after the command.
+// The commands in the namespace "system", compared with other programs. If a value can change, the
+// other program runs before and after the command.
 namespace Kestrel::Testing {
 namespace {
 
@@ -48,7 +48,7 @@ std::string WitnessLine(const std::string& command) {
 
 long WitnessNumber(const std::string& command) { return std::stol(WitnessLine(command)); }
 
-// Between both, plus or minus what the other program rounds.
+// Expects a value between the two others, plus or minus the rounding of the other program.
 void ExpectBetween(long value, long before, long after, long room, const std::string& what) {
   EXPECT_GE(value, std::min(before, after) - room) << what;
   EXPECT_LE(value, std::max(before, after) + room) << what;
@@ -74,7 +74,7 @@ TEST(SystemUptimeGetTest, AgreesWithUptime) {
   const Structure structure = Call("system uptime get").GetStruct();
   ExpectBetween(NumberOf(structure, "Seconds"), before, WitnessNumber(seconds), 0, "Seconds");
   ExpectBetween(NumberOf(structure, "Idle Seconds"), idleBefore, WitnessNumber(idle), 0, "Idle");
-  // Both compute the time of the boot from different clocks.
+  // The two programs compute the time of the boot from different clocks.
   const long started = WitnessNumber("date -d \"$(uptime -s)\" +%s");
   const long own = WitnessNumber("date -d '" + TextOf(structure, "Started") + "' +%s");
   ExpectBetween(own, started, started, 1, "Started");
@@ -106,7 +106,8 @@ TEST(SystemLoadGetTest, IsOneOfTheLoadsAroundIt) {
 }
 
 TEST(SystemLoadGetTest, AgreesWithUptime) {
-  // The kernel updates the load every five seconds; a second attempt is within one such interval.
+  // The kernel updates the load every five seconds, so a second attempt falls within one such
+  // interval.
   for (int attempt = 0;; ++attempt) {
     const Structure structure = Call("system load get").GetStruct();
     const std::string own = TextOf(structure, "One Minute") + ", " +
@@ -222,7 +223,7 @@ TEST(SystemCpuListTest, AgreesWithTheKernelAboutTheFrequency) {
   }
   ASSERT_EQ(structures.size(), before.size());
   for (std::size_t i = 0; i < structures.size(); ++i) {
-    // It may have changed in between, within the range of a processor.
+    // It may have changed between the readings, within the range of a processor.
     ExpectBetween(NumberOf(structures[i], "Frequency Kilohertz"), std::stol(before[i]),
                   std::stol(after[i]), before[i] == after[i] ? 1 : 1000000, "Frequency");
     EXPECT_EQ(TextOf(structures[i], "Frequency"),
@@ -293,7 +294,7 @@ TEST(SystemProcessListTest, AgreesWithPsAboutEveryProcess) {
     const auto first = before.find(id);
     const auto second = after.find(id);
     if (first == before.end() || second == after.end() || first->second[8] != second->second[8]) {
-      continue;  // started, ended or changed its program in between
+      continue;  // started, ended or executed another program between the calls
     }
     const auto isEither = [&](std::size_t column, const char* field) {
       EXPECT_THAT(TextOf(structure, field), AnyOf(first->second[column], second->second[column]))
@@ -314,7 +315,7 @@ TEST(SystemProcessListTest, AgreesWithPsAboutEveryProcess) {
       isEither(4, "Nice");
     }
     isBetween(7, "Seconds", 1);
-    // The memory of a compiler may change in between.
+    // The memory of a compiler may change between the calls.
     if (first->second[5] == second->second[5]) {
       isBetweenKib(5, "Virtual Bytes");
       isBetweenKib(6, "Resident Bytes");
@@ -322,7 +323,7 @@ TEST(SystemProcessListTest, AgreesWithPsAboutEveryProcess) {
     ++compared;
   }
   EXPECT_GT(compared, 5u);
-  // No process that existed all the time is missing.
+  // No process that existed during all calls is missing.
   for (const auto& [id, words] : before) {
     EXPECT_TRUE(after.count(id) == 0 || found.count(id) == 1) << id << " " << words[8];
   }
@@ -352,7 +353,7 @@ TEST(SystemProcessListTest, AgreesWithPsAboutAProcessThatDoesNotChange) {
   EXPECT_EQ(TextOf(structure, "Kernel"), "false");
   const std::string terminal = TextOf(structure, "Terminal");
   EXPECT_EQ(terminal == "none" ? "?" : terminal, WordsIn(ps("tty"))[0]);
-  // ps computes the time of the boot from another clock.
+  // ps computes the time of the boot from a different clock.
   const long started = WitnessNumber("date -d \"$(ps -p " + id + " -o lstart=)\" +%s");
   ExpectBetween(WitnessNumber("date -d '" + TextOf(structure, "Started") + "' +%s"), started,
                 started, 1, "Started");
@@ -367,7 +368,7 @@ TEST(SystemProcessListTest, AgreesWithPsAboutTheShareOfAProcessor) {
   const Structure structure = FindProcess(id);
   const double after = share();
   WitnessLine("kill -9 " + id);
-  // Both divide by the time since the start, ps by whole seconds.
+  // Both divide by the time since the start, but ps uses whole seconds.
   const double own = static_cast<double>(NumberOf(structure, "CPU Hundredths")) / 100;
   EXPECT_GT(own, 5);
   EXPECT_GE(own, std::min(before, after) / 2);
@@ -430,7 +431,7 @@ TEST(SystemProcessListTest, FiltersByNameAndRegularExpression) {
   EXPECT_THAT(ids({{"match", "^kestrel\\.odd$"}}), ElementsAre(process.GetId()));
   EXPECT_THAT(ids({{"match", "trel.o"}}), Contains(process.GetId()));
   EXPECT_THAT(ids({{"match", "^odd"}}), IsEmpty());
-  // The command line is that of the test.
+  // The command line of the test itself contains the expression.
   EXPECT_THAT(ids({{"match", "kestrel_host_tests"}}), Not(Contains(process.GetId())));
   EXPECT_THAT(ids({{"match", "kestrel_host_tests"}, {"full", ""}}), Contains(process.GetId()));
   EXPECT_THAT(Call("system process list", {{"match", "(a"}}).GetErrors(),
@@ -541,7 +542,7 @@ TEST(SystemParameterListTest, AgreesWithSysctl) {
     for (const Structure& structure :
          Call("system parameter list", {{"under", group}}).GetStructs()) {
       if (TextOf(structure, "Value").empty() || TextOf(structure, "Readable") == "false") {
-        continue;  // sysctl does not print those
+        continue;  // sysctl does not print parameters without a value
       }
       found.push_back(TextOf(structure, "Name") + " = " + TextOf(structure, "Value"));
     }
@@ -567,7 +568,7 @@ TEST(SystemParameterListTest, AgreesWithSysctl) {
     for (const std::string& line : found) {
       equal += expected.count(line);
     }
-    // Counters and random numbers always change; every other value is one of both.
+    // Counters and random numbers always change; every other value equals one of the two.
     EXPECT_GE(equal + 4, found.size()) << group;
   }
 }

@@ -13,8 +13,9 @@
 #include "support/Sanitizer.h"
 #include "support/Witness.h"
 
-// The commands below "system" in the real tool, in environments other than that of a shell of root:
-// every format, no environment, few files, a plain user, and a /proc that hides processes.
+// The commands in the namespace "system" in the real tool, in environments other than a shell of
+// root: in every format, without environment variables, with few files, as an ordinary user, and
+// with a /proc that hides processes.
 namespace Kestrel::Testing {
 namespace {
 
@@ -30,18 +31,18 @@ bool Succeeds(const std::string& command) {
   return std::system(("(" + command + ") >/dev/null 2>&1").c_str()) == 0;
 }
 
-// What a shell command prints, errors included, followed by its status.
+// Returns the output of a shell command, including errors, followed by its status.
 std::string OutcomeOf(const std::string& command) {
   return Witness("(" + command + ") 2>&1 || echo \"status $?\"");
 }
 
-// Whether the last line of an outcome is a status.
+// Whether the last line of the output is a status.
 bool HasFailed(const std::string& outcome) {
   const std::size_t end = outcome.rfind('\n', outcome.size() - 2);
   return outcome.compare(end == std::string::npos ? 0 : end + 1, 7, "status ") == 0;
 }
 
-// Whether another user can run the tool from where it was built.
+// Whether another user can run the tool from the build folder.
 bool MayAnotherUserRunTheTool() {
   return ::geteuid() == 0 && Succeeds(kAsNobody + kTool + "system uptime get");
 }
@@ -49,7 +50,7 @@ bool MayAnotherUserRunTheTool() {
 struct ToolCase {
   const char* name;
   const char* words;  // the command and its parameters
-  bool isConstant;    // whether two answers in a row are the same
+  bool isConstant;    // whether two successive answers are equal
 };
 
 const ToolCase kTools[] = {
@@ -83,7 +84,7 @@ TEST_P(SystemEnvironmentTest, AnswersInEveryFormat) {
   for (const std::string format : {"simple", "xml", "python", "json"}) {
     EXPECT_FALSE(HasFailed(OutcomeOf(kTool + "--formatter=" + format + " " + Words()))) << format;
   }
-  // Only a list of structures is a table.
+  // Only a list of structures can be printed as a table.
   const bool isTable = std::string(GetParam().name).find("List") != std::string::npos;
   EXPECT_NE(HasFailed(OutcomeOf(kTool + "--formatter=table " + Words())), isTable);
 }
@@ -119,7 +120,7 @@ TEST_P(SystemEnvironmentTest, AnswersAPlainUser) {
   }
 }
 
-// With each number of files that a process may have open, the answer is complete or an error.
+// For every limit of open files, the answer is complete or an error.
 TEST_P(SystemEnvironmentTest, AnswersCompletelyOrNotAtAllWithFewFiles) {
   if (kIsSanitized) {
     GTEST_SKIP() << "the sanitizer opens files of its own";
@@ -146,7 +147,7 @@ TEST_P(SystemEnvironmentTest, AFullDeviceIsAnError) {
 INSTANTIATE_TEST_SUITE_P(Commands, SystemEnvironmentTest, ::testing::ValuesIn(kTools),
                          [](const auto& test) { return test.param.name; });
 
-// Mistakes of the user: a message without rows, status 1.
+// Mistakes of the user result in a message without rows, and status 1.
 struct MistakeCase {
   const char* name;
   const char* words;
@@ -181,7 +182,7 @@ TEST_P(SystemMistakeTest, IsAMessageInItsOwnWords) {
 INSTANTIATE_TEST_SUITE_P(Mistakes, SystemMistakeTest, ::testing::ValuesIn(kMistakes),
                          [](const auto& test) { return test.param.name; });
 
-// A /proc that the kernel mounts with an option that hides processes.
+// A /proc that is mounted with an option that hides processes.
 class HiddenProcessTest : public ::testing::Test {
  protected:
   void SetUp() override {

@@ -13,8 +13,8 @@
 #include "plugins/host/support/HostCall.h"
 #include "plugins/host/system/FullMachine.h"
 
-// An error of the system is an error of the command: never a shorter list, and never a number for
-// what has a name. Each file and folder that a command opens fails once.
+// An error of the system must be an error of the command, never a shorter list, and never a number
+// instead of an existing name. Each file and folder that a command opens fails once.
 namespace Kestrel::Testing {
 namespace {
 
@@ -27,7 +27,7 @@ struct WatchedCommand {
   const char* name;
   const char* path;
   Parameters parameters;
-  const char* file;  // one that it opens, as proof that the watch sees it
+  const char* file;  // a file that it opens; proves that the watch works
 };
 
 const WatchedCommand kCommands[] = {
@@ -66,7 +66,7 @@ class SystemErrorTest : public FullMachineTest,
     return watch.GetOpened();
   }
 
-  // That a parameter may not be read is shown in its row; everything else is an error.
+  // A parameter that may not be read is marked in its row; every other failure is an error.
   static bool IsShown(const std::string& file, int error) {
     return std::string(GetParam().path) == "system parameter list" && error == EACCES &&
            (file == "/proc/sys/vm/swappiness" || file == "/proc/sys/net/core/somaxconn");

@@ -21,8 +21,8 @@
 #include "support/ScopedEnvironment.h"
 #include "support/Witness.h"
 
-// The commands about clocks, processors at work and devices: compared with other programs, and on a
-// machine with made-up data.
+// The commands about clocks, processor usage and devices: compared with other programs, and on a
+// machine with simulated data.
 namespace Kestrel::Testing {
 namespace {
 
@@ -79,7 +79,7 @@ TEST(SystemClockGetTest, TheSecondsAgreeWithTheOffset) {
 }
 
 TEST(SystemClockGetTest, SynchronizationAgreesWithTheKernel) {
-  // The bit STA_UNSYNC and the result TIME_ERROR, asked for without our headers.
+  // Reads the bit STA_UNSYNC and the result TIME_ERROR without using the headers of this project.
   const std::string kernel = FirstLine(
       "python3 -c 'import ctypes; b = ctypes.create_string_buffer(512); "
       "r = ctypes.CDLL(None).adjtimex(b); s = ctypes.c_int.from_buffer(b, 40).value; "
@@ -103,7 +103,7 @@ TEST(SystemCpuUsageListTest, ListsTheProcessorsThatAreOnline) {
 TEST(SystemCpuUsageListTest, TheSharesOfAProcessorAreTheWhole) {
   for (const Row& row : CallRows("system cpu usage list", {{"interval", "200"}})) {
     if (row.at("Busy Hundredths") == "-1") {
-      continue;  // it was switched on between the samples
+      continue;  // it came online between the samples
     }
     long sum = 0;
     for (const char* const name :
@@ -133,7 +133,7 @@ TEST(SystemCpuUsageListTest, TheIntervalIsInMilliseconds) {
 }
 
 TEST(SystemCpuUsageListTest, SeesAProcessorAtWork) {
-  // Other programs may be at work too, but not less than this one.
+  // Other programs may use a processor too, but not less than this one.
   const pid_t child = ::fork();
   if (child == 0) {
     for (volatile unsigned long i = 0;; i = i + 1) {
@@ -164,9 +164,9 @@ TEST(SystemCpuUsageListTest, SortsSharesByTheirValue) {
   EXPECT_TRUE(std::is_sorted(shares.begin(), shares.end()));
 }
 
-// The devices.
+// Devices.
 
-// The sections of lspci, each with its "name: value" lines.
+// Returns the sections of lspci's output, each with its "name: value" lines.
 std::vector<std::map<std::string, std::string>> AskLspci(const std::string& options) {
   std::vector<std::map<std::string, std::string>> devices(1);
   for (const std::string& line : WitnessLines("lspci -D -k -vmm " + options + " 2>/dev/null")) {
@@ -210,7 +210,7 @@ TEST(SystemDeviceListTest, TheNamesAgreeWithLspci) {
               device.at("Vendor"));
     EXPECT_EQ(rows[i].at("Device") == "unknown" ? unknownDevice : rows[i].at("Device"),
               device.at("Device"));
-    // It adds the number to a class that it does not know: "Unassigned class [ffff]".
+    // lspci adds the number to an unknown class: "Unassigned class [ffff]".
     const std::string witnessed = device.at("Class");
     EXPECT_EQ(rows[i].at("Class"), witnessed.substr(0, witnessed.find(" [")));
   }
@@ -227,7 +227,7 @@ TEST(SystemDeviceListTest, TheNumbersOnUsbAgreeWithTheKernel) {
   EXPECT_EQ(lines, witness);
 }
 
-// On a machine with made-up data. No list of names has its numbers.
+// A machine with simulated data. No list of names contains its numbers.
 class SystemHardwareMachineTest : public MadeUpMachineTest {
  protected:
   void Pci(const std::string& address, const std::string& deviceClass, const std::string& driver) {
@@ -408,7 +408,7 @@ TEST_F(SystemHardwareMachineTest, DamagedTimesOfProcessorsAreAnError) {
   });
 }
 
-// In the real tool.
+// The real tool.
 
 TEST(SystemHardwareToolTest, TheTablesFitTheirScreens) {
   for (const char* const width : {"--screen-width=80", "--screen-width=200"}) {

@@ -12,8 +12,8 @@
 #include "plugins/host/system/FullMachine.h"
 #include "support/Random.h"
 
-// Files with any content: each command returns a result of its declared shape or reports an error,
-// and what it prints never controls the terminal.
+// Files with arbitrary content: each command returns a result of its declared shape or reports an
+// error, and its output never controls the terminal.
 namespace Kestrel::Testing {
 namespace {
 

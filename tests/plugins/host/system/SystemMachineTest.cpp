@@ -16,8 +16,8 @@
 #include "support/ScopedEnvironment.h"
 #include "support/Witness.h"
 
-// The commands below "system" on a machine with made-up data: their exact output, and the effect of
-// each filter.
+// The commands in the namespace "system" on a machine with simulated data: their exact output, and
+// the effect of each filter.
 namespace Kestrel::Testing {
 namespace {
 
@@ -28,7 +28,7 @@ using ::testing::SizeIs;
 
 class SystemMachineTest : public MadeUpMachineTest {
  protected:
-  // Started at 2023-11-14 22:13:20 UTC.
+  // The machine started at 2023-11-14 22:13:20 UTC.
   SystemMachineTest() {
     File("proc/uptime", "187384.99 360000.50\n");
     File("proc/stat", "cpu  1 2 3\nbtime 1700000000\nprocesses 5\n");
@@ -39,7 +39,7 @@ class SystemMachineTest : public MadeUpMachineTest {
          "SwapFree: 1500 kB\n");
   }
 
-  // Other numbers are 0.
+  // The other numbers are 0.
   struct Sample {
     long id = 0;
     std::string name;
@@ -73,7 +73,7 @@ class SystemMachineTest : public MadeUpMachineTest {
     AddProcess({100, "a\n(b)", "", 'Z', 1, 0, 0, 0, 0, 0});
   }
 
-  // The numbers of the listed processes.
+  // Returns the numbers of the listed processes.
   static std::vector<std::string> Ids(const Parameters& parameters) {
     return CallColumn("system process list", "Id", parameters);
   }
@@ -586,7 +586,7 @@ class AccountMachineTest : public SystemMachineTest {
  protected:
   AccountMachineTest() { File("etc/nsswitch.conf", "passwd: files\ngroup: files\n"); }
 
-  // Accounts from the number 1000 on. The groups of all of them are in the file.
+  // Adds accounts from number 1000 on. The file of groups contains the groups of all of them.
   void AddAccounts(long count, bool hasGroupEach) {
     std::string accounts;
     std::string groups;
@@ -600,7 +600,7 @@ class AccountMachineTest : public SystemMachineTest {
     File("etc/group", groups);
   }
 
-  // The processor time of the command, in seconds.
+  // Returns the processor time that the command used, in seconds.
   static double TimeToList(std::size_t count) {
     const std::clock_t start = std::clock();
     EXPECT_THAT(Call("system account list").GetStructs(), SizeIs(count));
@@ -623,7 +623,7 @@ TEST_F(AccountMachineTest, HasAWordForEachMissingValue) {
   });
 }
 
-// Looking up each group by itself reads the file of groups once for each account.
+// Looking up each group separately would read the file of groups once for each account.
 TEST_F(AccountMachineTest, GroupsOfManyAccountsAreLookedUpTogether) {
   constexpr long kCount = 30000;
   AddAccounts(kCount, true);
@@ -716,7 +716,7 @@ TEST_F(UserMachineTest, NamesTheUsersOfProcesses) {
   });
 }
 
-// The time of the boot.
+// Formats the time of the boot.
 
 struct ZoneCase {
   const char* name;
@@ -748,7 +748,7 @@ TEST_P(ZoneTest, TimesAreInTheZoneOfTheUser) {
 INSTANTIATE_TEST_SUITE_P(Zones, ZoneTest, ::testing::ValuesIn(kZones),
                          [](const auto& test) { return test.param.name; });
 
-// Averages and spans as people read them, with their integers.
+// Averages and durations as formatted for people, with their integers.
 
 struct LoadCase {
   const char* name;
@@ -781,7 +781,7 @@ TEST_P(LoadTest, IsATextAndAnInteger) {
 INSTANTIATE_TEST_SUITE_P(Loads, LoadTest, ::testing::ValuesIn(kLoads),
                          [](const auto& test) { return test.param.name; });
 
-// The share of a processor, of a process that started with the machine 187384.99 seconds ago.
+// The processor share of a process that started with the machine, 187384.99 seconds ago.
 
 struct ShareCase {
   const char* name;

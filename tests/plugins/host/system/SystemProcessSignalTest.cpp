@@ -17,7 +17,7 @@
 #include "plugins/host/system/ScopedProcess.h"
 #include "support/Witness.h"
 
-// The command "system process signal", always with processes of the test.
+// The command "system process signal". It only signals processes of the test.
 namespace Kestrel::Testing {
 namespace {
 
@@ -136,7 +136,7 @@ TEST(SystemProcessSignalTest, NeedsTheRight) {
     GTEST_SKIP() << "only root can give up a right";
   }
   const ScopedProcess process("kestrel-\x1b[8");
-  GetDispatcher();  // loads the plug-in, which the user may not be allowed to read
+  GetDispatcher();  // loads the plug-in, which the ordinary user may not be allowed to read
   EXPECT_EQ(RunInNamespaces(0,
                             [&process] {
                               ASSERT_EQ(::setuid(65534), 0);
@@ -178,7 +178,7 @@ TEST(SystemProcessSignalTest, SaysThatItChangesSomething) {
   EXPECT_EQ(command->GetMetaData().at("changes"), "true");
 }
 
-// What the kernel reports about the end of a process that received the signal.
+// How a process that received the signal ended, according to the kernel.
 struct EndCase {
   const char* text;
   int signal;

@@ -17,8 +17,8 @@
 #include "plugins/host/support/HostCall.h"
 #include "plugins/host/system/FullMachine.h"
 
-// What all lists below "system" promise: words for missing values, tables that fit, one meaning of
-// each parameter, an order by value, and values that can be completed.
+// Properties of all lists in the namespace "system": words for missing values, tables that fit the
+// screen, consistent parameters, an order by value, and completion of values.
 namespace Kestrel::Testing {
 namespace {
 
@@ -29,7 +29,7 @@ using ::testing::SizeIs;
 
 using Command = AutoCli::Command;
 
-// The command at a path with spaces; null if there is none.
+// Returns the command at a path with spaces; null if there is none.
 std::shared_ptr<Command> FindCommand(const std::string& path) {
   std::shared_ptr<AutoCli::NamespaceNode> node = GetDispatcher().GetRootNamespace();
   std::string name;
@@ -70,7 +70,7 @@ const ListCase kLists[] = {
 
 class SystemListTest : public FullMachineTest, public ::testing::WithParamInterface<ListCase> {
  protected:
-  // Values that some kernels and files do not have.
+  // Removes the values that some kernels and files do not have.
   void RemoveWhatMayBeMissing() {
     File("etc/passwd", "bare:x:1000:77:::\n");
     File("proc/cpuinfo", "processor : 0\n");
@@ -84,7 +84,7 @@ class SystemListTest : public FullMachineTest, public ::testing::WithParamInterf
     return Call(GetParam().path, parameters);
   }
 
-  // The lines of the table on a screen of that width.
+  // Returns the lines of the table on a screen of that width.
   static std::vector<std::string> TableLines(unsigned short width) {
     std::vector<std::string> lines(1);
     for (const char letter : Print(GetParam().path, GetParam().parameters, width)) {
@@ -185,7 +185,7 @@ TEST_P(SystemListTest, ChangesNothing) {
 INSTANTIATE_TEST_SUITE_P(Commands, SystemListTest, ::testing::ValuesIn(kLists),
                          [](const auto& test) { return test.param.name; });
 
-// "--name": exact, or any text for each *; repeated.
+// The parameter "--name": exact, except that * matches any text; may be repeated.
 struct NameCase {
   const char* name;
   const char* path;
@@ -259,12 +259,12 @@ TEST_P(SystemNameTest, IsCompletedWithTheNamesInTheList) {
 INSTANTIATE_TEST_SUITE_P(Lists, SystemNameTest, ::testing::ValuesIn(kNames),
                          [](const auto& test) { return test.param.name; });
 
-// Regular expressions, found anywhere.
+// Regular expressions, which may match anywhere.
 struct MatchCase {
   const char* name;
   const char* path;
   const char* field;
-  std::vector<std::pair<std::string, std::size_t>> counts;  // an expression, and its rows
+  std::vector<std::pair<std::string, std::size_t>> counts;  // an expression and its number of rows
 };
 
 const MatchCase kMatches[] = {
@@ -299,7 +299,7 @@ TEST_P(SystemMatchTest, AnInvalidExpressionIsOneError) {
 INSTANTIATE_TEST_SUITE_P(Lists, SystemMatchTest, ::testing::ValuesIn(kMatches),
                          [](const auto& test) { return test.param.name; });
 
-// Every parameter that can be completed names a list with that field, and a parameter that exists.
+// The completion of each parameter names a list that has the field, and the parameter exists.
 TEST(SystemCompletionTest, NamesFieldsThatExist) {
   std::size_t completed = 0;
   for (const char* const path :

@@ -137,7 +137,7 @@ struct MemoryLineCase {
   long buffers;
 };
 
-// A further line, and the number of buffers that results from it.
+// An additional line, and the resulting number of buffers.
 const MemoryLineCase kMemoryLines[] = {
     {"Usual", "Buffers:          12 kB", 12 * kKib},
     {"WithoutUnit", "Buffers: 12", 12 * kKib},

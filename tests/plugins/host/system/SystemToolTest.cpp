@@ -40,11 +40,11 @@ TEST(SystemToolTest, ReportsAMissingPermission) {
   EXPECT_EQ(result.status, 1);
 }
 
-// A machine that is made up in a mount namespace of its own.
+// Whether a machine can be simulated in a separate mount namespace.
 
 bool CanMakeUpAMachine() { return ::system("unshare --mount true 2>/dev/null") == 0; }
 
-// The output of a command on a machine that the shell commands in `setUp` prepare.
+// Returns the output of a command on a machine that the shell commands in `setUp` prepare.
 std::string PrintElsewhere(const std::string& setUp, const std::string& command) {
   return Witness("unshare --mount sh -ec '" + setUp + "\n" + command + "'");
 }
