@@ -178,7 +178,7 @@ void BM_CommandCallCli11(benchmark::State& state) {
 BENCHMARK(BM_CommandCallCli11)->Arg(20)->Arg(10000);
 #endif
 
-// How the cost of an operation grows. The last word of a name says what its size counts.
+// How the cost of an operation grows. The last word of a name says what the size counts.
 
 void BM_InputSpecAddParameters(benchmark::State& state) {
   std::vector<std::shared_ptr<ParameterSpec>> parameters;

@@ -7,7 +7,7 @@
 
 namespace Kestrel::Benchmarks {
 
-/// The cost of one piece of work: building an object, destroying it, and the memory for it.
+/// The cost of a task: building an object, destroying it, and its memory.
 struct Cost {
   double buildSeconds = 0;
   double destroySeconds = 0;
@@ -15,15 +15,15 @@ struct Cost {
   double peakBytes = 0;
 };
 
-/// Runs `work` in a new process, where no memory is warm from an earlier round, and returns its
-/// cost. Throws std::runtime_error when the process fails.
+/// Runs `work` in a new process, in which earlier rounds have not warmed up any memory, and returns
+/// its cost. Throws std::runtime_error if the process fails.
 Cost InFreshProcess(const std::function<Cost()>& work);
 
-/// The number of bytes that are allocated on the heap.
+/// Returns the number of bytes allocated on the heap.
 double HeapBytes();
 
-/// The processor time of this process in seconds, user and system. Other load on the machine
-/// affects it less than elapsed time.
+/// Returns the processor time of this process in seconds, user and system. Other load on the
+/// machine affects it less than elapsed time.
 double ProcessSeconds();
 
 }  // namespace Kestrel::Benchmarks

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// How the time grows with the work: twice the work should take no more than twice the time.
+// How the time grows with the work: twice the work should take at most twice the time.
 
 #include <benchmark/benchmark.h>
 

@@ -144,8 +144,8 @@ void BM_TemplateSubstitute(benchmark::State& state) {
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
 }
 
-/// Blocks in one another. Each removal opens the block around it, so that there is a pass for each
-/// level and the time grows with the square of the size.
+/// Returns nested blocks. Removing a block opens the one around it, so there is a pass for each
+/// level, and the time grows with the square of the size.
 std::string MakeNest(std::int64_t size) {
   constexpr std::int64_t kBytesOfALevel = 16;
   std::string text;

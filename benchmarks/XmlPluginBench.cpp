@@ -107,8 +107,8 @@ class DescriptorFolder {
   std::vector<std::string> files_;
 };
 
-// What is done with each file: each class is made before the first file and destroyed after the
-// last.
+// What is done with each file. An object of each class is made before the first file and destroyed
+// after the last.
 
 class Trees {
  public:

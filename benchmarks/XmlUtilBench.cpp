@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What does it cost to read a value document, in time and in memory? Compared with making a tree of
-// it, a parser that fills plain members, another library, and only finding each tag.
+// The cost of reading a value document, in time and in memory, compared with building a tree of it,
+// a parser that fills plain members, another library, and only finding each tag.
 
 #include "kestrel/autocli/XmlUtil.h"
 
@@ -131,7 +131,7 @@ class TreeOfPugixml {
 };
 #endif
 
-/// The lower limit: only finds each tag.
+/// The lower limit: finds each tag and does nothing else.
 class TagsByMemchr {
  public:
   explicit TagsByMemchr(const std::string& text) {
@@ -183,7 +183,7 @@ double PeakResidentBytes() {
 
 template <typename Contender>
 Cost MemoryToRead(const std::string& text) {
-  malloc_trim(0);  // memory that earlier work has freed would hide what is used here
+  malloc_trim(0);  // memory freed by earlier work would otherwise hide the memory used here
   const double before = ResidentBytes();
   const Contender contender(text);
   if (!contender.IsRead()) {
@@ -194,8 +194,8 @@ Cost MemoryToRead(const std::string& text) {
   return cost;
 }
 
-/// Reports the peak memory of a reading in bytes per byte of the document. The document itself does
-/// not count.
+/// Reports the peak memory of reading, in bytes per byte of the document. The document itself is
+/// not included.
 template <typename Contender>
 void BM_ValueDocumentPeakMemory(benchmark::State& state) {
   const std::string text = MakeValueDocument(static_cast<std::size_t>(state.range(0)));

@@ -5,8 +5,8 @@
 
     growth.py RESULT.json...
 
-Reads what --benchmark_out wrote. For every benchmark with at least two sizes it prints the range
-of sizes and the exponent of the power law through the median times, by least squares: 1.00 means
+Reads files written by --benchmark_out. For every benchmark with at least two sizes it prints the
+range of sizes and the exponent of the power law through the median times, by least squares: 1.00 means
 that doubling the work doubles the time. If the work is not the size, but for example the number of
 bytes written, the benchmark reports it as the counter "work".
 """
@@ -38,7 +38,7 @@ def times_by_family(results):
 
 
 def exponent(times):
-    """The slope of the line through (log work, log median time)."""
+    """Returns the slope of the line through (log work, log median time)."""
     points = [(math.log(work), math.log(statistics.median(runs))) for work, runs in times.items()]
     return statistics.linear_regression(*zip(*points)).slope
 

@@ -12,7 +12,7 @@ contains it.
 
 The measurements run as root in network and mount namespaces of their own, with a small and a large
 amount of data: 10 and 20,000 routes, log lines, packages, accounts, mounts, files. The host does not
-change. Without root, or if a witness is not installed, the row is left out and named at the end.
+change. Without root, or if a witness is not installed, the row is omitted and named at the end.
 """
 
 import argparse
@@ -31,8 +31,8 @@ IN_NAMESPACE = "--in-namespace"
 
 
 class Row:
-    """A question: the words for the tool, the command line of the witness, and the data of each
-    size, a function of the folder to write to and the number of items."""
+    """A question: the words for the tool, the command line of the witness, and a function that
+    creates the data from the folder to write to and the number of items."""
 
     def __init__(self, command, witness, data=None, sizes=(None,)):
         self.command, self.witness, self.data, self.sizes = command, witness, data, sizes
@@ -77,7 +77,7 @@ def make_links(_folder, count):
 
 
 def cover(path, text):
-    """Shows `text` in place of the file `path` in this mount namespace."""
+    """Replaces the content of the file `path` by `text` in this mount namespace."""
     with tempfile.NamedTemporaryFile("w", delete=False, encoding="utf-8") as file:
         file.write(text)
     os.chmod(file.name, 0o644)
@@ -128,7 +128,7 @@ def make_big_file(folder, count):
 
 
 def make_processes(folder, count):
-    """Starts sleeping processes in a process namespace that ends with this one."""
+    """Starts sleeping processes in a process namespace that ends together with this process."""
     del folder
     for _ in range(count):
         subprocess.Popen(["sleep", "600"])
@@ -201,7 +201,7 @@ def measure(row, size, options):
 
 
 def in_namespace(row, size, arguments):
-    """Measures one row in namespaces of its own: network, mounts, processes."""
+    """Measures one row in separate network, mount and process namespaces."""
     command = ["unshare", "--net", "--mount", "--pid", "--fork", "--kill-child", "--mount-proc",
                sys.executable, "-B", os.path.abspath(__file__), *arguments,
                IN_NAMESPACE, str(ROWS.index(row)), str(size or 0)]

@@ -19,7 +19,8 @@ file(RELATIVE_PATH from_libexec_to_lib
 set_target_properties(vexil-complete PROPERTIES INSTALL_RPATH "$ORIGIN/${from_libexec_to_lib}")
 install(TARGETS vexil-complete RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR} COMPONENT tool)
 
-# Without a source folder, DIRECTORY creates an empty one. The tool reports a missing folder.
+# Without a source folder, DIRECTORY creates an empty folder. The tool would report a missing
+# folder.
 install(DIRECTORY DESTINATION ${KESTREL_PLUGIN_INSTALL_DIR}/ext COMPONENT tool)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/Kestrel)

@@ -1,14 +1,15 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# kestrel_add_plugin(NAME SOURCE...): a plug-in NAME.so, built against the public headers as
-# plug-ins of others are, and installed where the tool looks by default.
+# kestrel_add_plugin(NAME SOURCE...): adds a plug-in NAME.so, built against the public headers like
+# any other plug-in, and installed where the tool looks by default.
 #
-# The folder is a fixed part of the tool's interface and independent of CMAKE_INSTALL_LIBDIR.
+# That folder is a fixed part of the tool's interface and does not depend on CMAKE_INSTALL_LIBDIR.
 set(KESTREL_PLUGIN_INSTALL_DIR "lib/norvane/vexil")
-# The folder of the descriptors in the build tree, for tests; their scripts are in scripts/ in it.
+# The folder of the descriptors in the build tree, for tests; its folder scripts/ contains their
+# scripts.
 set(KESTREL_BUILD_DESCRIPTOR_DIR ${PROJECT_BINARY_DIR}/plugins/descriptors)
-# Without the descriptors of an earlier configuration, which may no longer be in the sources.
+# Removes descriptors of an earlier configuration, which may no longer be in the sources.
 file(REMOVE_RECURSE ${KESTREL_BUILD_DESCRIPTOR_DIR})
 
 function(kestrel_add_plugin name)
@@ -21,8 +22,8 @@ function(kestrel_add_plugin name)
   set_property(GLOBAL APPEND PROPERTY KESTREL_PLUGINS ${name})
 endfunction()
 
-# kestrel_add_scripts(FILE...): executables that descriptors start. All of them are in one folder,
-# in the build tree as in the installed tree.
+# kestrel_add_scripts(FILE...): adds executables that descriptors start. All of them are in one
+# folder, both in the build tree and in the installed tree.
 function(kestrel_add_scripts)
   foreach(script IN LISTS ARGN)
     configure_file(${script} ${KESTREL_BUILD_DESCRIPTOR_DIR}/scripts/${script} COPYONLY)

@@ -3,9 +3,9 @@
 
 // Input: the arguments of the tool, one per line.
 //
-// Covers everything from the arguments to the printed text, with the built-in plug-in and a command
-// that takes every kind of parameter. An unknown path throws KestrelException and prints nothing, a
-// successful command prints no messages, and the size of the output is bounded.
+// Covers everything from the arguments to the printed output, with the built-in plug-in and a
+// command that takes every kind of parameter. An unknown path throws KestrelException and prints
+// nothing, a successful command prints no messages, and the size of the output is bounded.
 
 #include <cstddef>
 #include <cstdint>
@@ -149,7 +149,7 @@ class StreamRedirect {
   std::streambuf* const old_;
 };
 
-// Whether there is an option that a fuzz target must not use, because it ends the process, loads a
+// Whether there is an option that a fuzz target must not use because it ends the process, loads a
 // plug-in or reads a file.
 bool HasExcludedOption(const OptionParser& parser) {
   for (const char* option : {"h", "help", "plugin", "plugin-dir", "input"}) {

@@ -4,9 +4,9 @@
 // Input: the index of the word at the cursor, then the words of the line after the tool's name, one
 // per line.
 //
-// Completes the line in a small tree. Every candidate begins with what was typed and is offered
-// again when it has been typed whole, and the lines for the shells have the form that the scripts
-// rely on. Suggestions and hints for the same line end, too.
+// Completes the line in a small tree. Every candidate begins with the typed part and is offered
+// again when it has been typed completely, and the output for the shells has the form that the
+// scripts rely on. Suggestions and hints for the same line must end too.
 
 #include "tools/complete/Complete.h"
 
@@ -49,7 +49,7 @@ using MetaObj::MetaList;
 using MetaObj::MetaStruct;
 using Vexil::Words;
 
-// The words are few, so that the target spends its time on their meaning.
+// There are few words, so that the target spends its time on their meaning.
 constexpr std::size_t kMaxWords = 24;
 
 class PaintCommand : public Command {
@@ -132,7 +132,7 @@ void RequireCompletes(Words words, std::size_t index) {
     Require(candidate.word.compare(0, typed.size(), typed) == 0,
             "a candidate begins with what was typed");
     words[index] = candidate.word;
-    // After "=" the values follow.
+    // After "=", the candidates are values instead.
     Require(candidate.word.back() == '=' || Offers(CompleteAt(words, index), candidate.word),
             "a candidate that has been typed is offered");
   }

@@ -3,8 +3,8 @@
 
 // Input: one line of a stream.
 //
-// The parser's tokens are those of a simple reference tokenizer. Tokens that are written in quotes
-// read back as the same tokens.
+// The parser's tokens equal those of a simple reference tokenizer. Tokens written in quotes are
+// read back unchanged.
 
 #include <algorithm>
 #include <cstddef>

@@ -3,9 +3,9 @@
 
 // Input: a value of the parameter "aa" and two of the list "li", one per line; then the template.
 //
-// Values must not be interpreted. So the template is filled twice: with the values, and with
-// stand-ins that have no meaning in a template. The results must be equal when each stand-in is
-// replaced by its value, which was made safe in one of several ways.
+// Values must not be interpreted. The template is therefore filled twice: with the values, and with
+// placeholders that have no meaning in a template. The results must be equal after each placeholder
+// is replaced by its value, which may have been made safe in one of several ways.
 
 #include <algorithm>
 #include <cctype>
@@ -92,8 +92,8 @@ bool MayVanish(const Values& values) {
   return MayVanish(values.scalar) || MayVanish(values.list[0]) || MayVanish(values.list[1]);
 }
 
-// Returns the end of the part of a marker, from `dollar` on, in which an inserted value could
-// complete the marker. For a conditional this part ends after the name.
+// Returns the end of the part of a marker, starting at `dollar`, in which an inserted value could
+// complete the marker. For a conditional, this part ends after the name.
 std::size_t FindMarkerEnd(std::string_view text, std::size_t dollar) {
   std::size_t end = dollar + 1;
   while (end < text.size() && std::isalpha(static_cast<unsigned char>(text[end])) != 0) {
@@ -128,8 +128,9 @@ bool KeepsValuesApart(std::string_view text) {
 }
 
 // Whether the values cannot change how the rest of the template is read. In a template with
-// conditionals, a brace in a value may end the text of one, a "$" may be the last before a block,
-// and an empty value may leave one without text, so that it is not a conditional.
+// conditionals, a brace in a value may end the text of a conditional, a "$" may be the last
+// character before a block, and an empty value may leave a conditional without text, so that it no
+// longer is one.
 bool IsOnlyText(const std::string& text, const Values& values) {
   return text.find_first_of("\1\2\3") == kNone && KeepsValuesApart(text) &&
          (text.find("$if") == kNone || !(HasAnyOf(values, "{}$") || MayVanish(values)));
@@ -177,7 +178,8 @@ std::vector<std::string> WaysToWrite(char standIn, const Values& values, bool fo
   }
 }
 
-// Whether `text` is `pattern` with each stand-in replaced by its value, written in one of its ways.
+// Whether `text` is `pattern` with each placeholder replaced by its value, written in one of its
+// ways.
 bool Matches(std::string_view text, std::string_view pattern, const Values& values, bool forStdin) {
   std::set<std::size_t> ends = {0};
   for (const char c : pattern) {

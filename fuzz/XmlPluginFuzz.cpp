@@ -51,7 +51,7 @@ bool BeginsWith(std::string_view text, std::string_view start) {
   return text.substr(0, start.size()) == start;
 }
 
-// Loads the descriptor. Returns null when it is refused.
+// Loads the descriptor. Returns null if it is refused.
 std::shared_ptr<XmlPlugin> Load(const std::string& path) {
   const std::shared_ptr<XmlPlugin> plugin = XmlPlugin::New(path);
   try {
@@ -188,7 +188,7 @@ void RequireRegistered(const std::string& text, const std::shared_ptr<NamespaceN
   RequireRegistered(descriptor, "commands", "command", NodeType::Command, root);
 }
 
-// Returns false when a node cannot be inserted. What was inserted before stays and must work.
+// Returns false if a node cannot be inserted. Nodes inserted before remain and must work.
 bool Register(XmlPlugin& plugin, const std::shared_ptr<RootNamespace>& root) {
   try {
     plugin.RegisterNamespaces(root);

@@ -3,8 +3,8 @@
 
 // Input: a value document, as a command prints it.
 //
-// The result must be the same as from a tree of the document, including the diagnostics of the
-// parser. A value must be readable again after it was printed.
+// The result must equal that from a tree of the document, including the parser's diagnostics. A
+// value must be readable again after it has been printed.
 
 #include "kestrel/autocli/XmlUtil.h"
 
@@ -27,8 +27,8 @@
 namespace Kestrel::Fuzz {
 namespace {
 
-// The result of a reading. The text contains the diagnostics of the parser and the printed value or
-// the message of the exception.
+// The result of reading a document. The text contains the parser's diagnostics and either the
+// printed value or the message of the exception.
 struct Outcome {
   std::string text;
   Value value;

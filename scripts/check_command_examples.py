@@ -5,11 +5,12 @@
 
     check_command_examples.py --tool TOOL --plugin-dir DIR [--absent FILE]
 
-An example is run by the shell as it is printed, in a folder with an archive, without a terminal,
-once in its default format and once as JSON; a secret is read from standard input. It must succeed
-without a message. No string in a list is empty, because a value that is missing is a word. FILE
-names what a host may lack: each line has the beginning of an example and, after a tab, a regular
-expression; that example may also end with status 1 and only messages that the expression matches.
+The shell runs each example exactly as it is printed, without a terminal, in a folder with an
+archive, once in its default format and once as JSON; a secret is read from standard input. The
+example must succeed without a message. No string in a list may be empty, because a word stands for
+a missing value. FILE lists examples that may fail because a host lacks something: each line
+contains the beginning of an example and, after a tab, a regular expression. Such an example may
+also end with status 1 if the expression matches all of its messages.
 """
 
 import argparse
@@ -23,7 +24,7 @@ import tempfile
 
 from declared_commands import TIMEOUT_SECONDS, Tool, changes_something
 
-# Fields whose value is the empty string, and not missing.
+# Fields in which the empty string is a value and does not mean that it is missing.
 MAY_BE_EMPTY = {"system.parameter.list": {"Value"}}
 
 START_TOOL = 'vexil() { command "$TOOL" --plugin-dir "$PLUGINS" $FORMAT "$@"; }\n'
@@ -50,7 +51,7 @@ def run(line, form, options, folder):
 
 
 def is_absent(done, expressions):
-    """Whether the example failed only because the host lacks what it asks for."""
+    """Whether the example failed only because the host lacks something that it needs."""
     messages = [text for text in done.stderr.splitlines() if text.strip() not in ("", "Errors:")]
     return (done.returncode == 1 and done.stdout == "" and bool(messages)
             and all(any(re.fullmatch(expression, text) for expression in expressions)
@@ -102,7 +103,7 @@ def complaints(options, folder):
 
 
 def write_archive(folder):
-    """Writes the archive that examples list."""
+    """Writes the archive that some examples list."""
     with tarfile.open(os.path.join(folder, "backup.tar.gz"), "w:gz") as archive:
         archive.add(__file__, "etc/sample.conf")
 

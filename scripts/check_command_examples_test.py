@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Tests of check_command_examples.py over a stand-in for the tool."""
+"""Tests of check_command_examples.py with a simulated tool."""
 
 import os
 import subprocess

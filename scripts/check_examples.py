@@ -20,7 +20,7 @@ Other marks of a block:
     console host                  the output differs between hosts: only the exit status and the
                                   first line are compared, ignoring spaces
     cpp file=PATH                 the block must be in that file of the project, line for line
-    xml file=PATH                 the same; all such blocks of a page together must be the whole
+    xml file=PATH                 likewise; all such blocks of a page together must be the whole
                                   file except for the lines of its licence
     xml save=NAME, sh save=NAME   the block is written to the folder as an executable file
 
@@ -72,7 +72,7 @@ class Workplace:
         os.chmod(path, os.stat(path).st_mode | stat.S_IXUSR)
 
     def run(self, command):
-        """The output of the command, with its exit status as the last line unless it is 0."""
+        """Returns the output of the command, with its exit status as the last line unless it is 0."""
         done = subprocess.run(["bash", "-c", command], cwd=self.folder, env=self.environment,
                               stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                               stderr=subprocess.STDOUT, timeout=60, check=False)
@@ -81,7 +81,7 @@ class Workplace:
 
 
 def commands_of(block):
-    """Pairs: the lines of a command and the lines of its expected output."""
+    """Returns pairs of the lines of a command and the lines of its expected output."""
     pairs = []
     for line in block.splitlines():
         if line.startswith("$ "):

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Tests of check_examples.py, each over a page of its own."""
+"""Tests of check_examples.py, each with its own page."""
 
 import os
 import tempfile
@@ -12,7 +12,7 @@ import check_examples
 
 class CheckExamplesTest(unittest.TestCase):
     def check(self, page):
-        """The problems of a page, and its text with the present output."""
+        """Returns the problems of a page, and its text with the present output."""
         with tempfile.TemporaryDirectory() as folder:
             path = os.path.join(folder, "page.md")
             with open(path, "w", encoding="utf-8") as file:

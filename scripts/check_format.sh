@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# Checks that every C++ file is formatted as .clang-format says; `--fix` formats them.
+# Checks that every C++ file is formatted according to .clang-format; `--fix` formats them.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."

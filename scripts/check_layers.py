@@ -8,7 +8,7 @@
 A folder is a layer. A file may include its own folder and the folders before it in the list below.
 Reports, one per line, every include that
 
-- leads from a folder to a later one, or to one beside it,
+- leads from a folder to a later one, or to one on the same level,
 - is part of a cycle of headers,
 - is reserved for other folders (libxml2, the loader, the host's libraries, ...),
 - adds anything but the standard library to a public header,
@@ -28,7 +28,7 @@ import sys
 
 from problem_report import report
 
-# From the bottom to the top. Folders in one row are beside each other: none of them may include
+# From the bottom to the top. Folders in one row are on the same level: none of them may include
 # another.
 LAYERS = [
     ["platform"],
@@ -57,8 +57,9 @@ RANK = {folder: rank for rank, folders in enumerate(LAYERS) for folder in folder
 LIBRARY = [folder for folder in RANK if not folder.startswith(("plugins/", "tools/", "vexil"))]
 
 PUBLIC = "include/kestrel/"
-# A public header belongs to the folder of its source. A header without a source belongs to the
-# highest folder that it includes. These have no source, and their includes do not show the folder.
+# A public header belongs to the folder of its source, or, without a source, to the highest folder
+# that it includes. The following headers have no source, and their includes do not determine the
+# folder.
 HEADERS_WITHOUT_A_SOURCE = {
     "include/kestrel/Export.h": "metaobj",
     "include/kestrel/Version.h.in": "metaobj",
@@ -79,9 +80,9 @@ FOR_USERS = {
     ],
 }
 
-# The exceptions to the rule that private headers of the library are for the library: the tool, which
-# is installed with the library of its own version, reads rows of a result in place and shows its
-# messages as the library does.
+# The exceptions to the rule that private headers of the library are for the library only: the tool,
+# which is installed with the library of its own version, reads rows of a result in place and prints
+# its messages in the same way as the library.
 READS_PRIVATE = [
     ("vexil/formats/Values.h", "metaobj/ValueAccess.h"),
     ("vexil/Advice.cpp", "autocli/text/TerminalText.h"),
@@ -115,7 +116,7 @@ INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*[<"]([^>"\n]+)[>"]', re.MULTIL
 
 
 def sources_below(root):
-    """The C++ files of the project, as sorted paths relative to the root."""
+    """Returns the C++ files of the project, as sorted paths relative to the root."""
     found = []
     for folder in SOURCE_FOLDERS:
         for directory, _, names in os.walk(os.path.join(root, folder)):
@@ -145,7 +146,7 @@ class Tree:
             return [(text, resolve(path, text, known)) for text in INCLUDE.findall(file.read())]
 
     def layer_of(self, path):
-        """The folder that a file belongs to, or None."""
+        """Returns the folder that a file belongs to, or None."""
         if path not in self._layers:
             self._layers[path] = None  # ends the recursion of headers that include each other
             self._layers[path] = self._find_layer(path)
@@ -178,7 +179,7 @@ class Tree:
 
 
 def resolve(path, text, known):
-    """The project's file that an include names, None if it is not a header of the project."""
+    """Returns the project's file that an include names, None if it is not a header of the project."""
     beside = os.path.normpath(os.path.join(os.path.dirname(path), text))
     for candidate in ("include/" + text, "include/" + text + ".in", "platform/include/" + text,
                       text, beside):
@@ -214,7 +215,7 @@ def order_problems(tree, path, text, target):
 
 
 def library_problems(tree, path, text, target):
-    """The problems of one include in a file of the library."""
+    """Yields the problems of one include in a file of the library."""
     if path not in FOR_USERS.get(target, [path]):
         yield f"{path}: includes {text}, which is for users"
     for start, layers in RESERVED.items():

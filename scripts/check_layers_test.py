@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Tests of check_layers.py, each over a small source tree of its own."""
+"""Tests of check_layers.py, each with its own small source tree."""
 
 import os
 import re

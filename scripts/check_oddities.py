@@ -28,13 +28,13 @@ def read(path):
 
 
 def tests_of(root):
-    """The tests of the project, as Suite.Name."""
+    """Returns the tests of the project, as Suite.Name."""
     sources = glob.glob(os.path.join(root, "tests", "**", "*.cpp"), recursive=True)
     return {".".join(match) for path in sources for match in DEFINITION.findall(read(path))}
 
 
 def rows_without_a_test(text):
-    """The rows that name no test, without the heads of the tables."""
+    """Returns the rows that name no test, except the headers of the tables."""
     lines = text.splitlines()
     bodies = (line for above, line in zip(lines, lines[1:])
               if line.startswith("|") and above.startswith("|") and not line.startswith("|--"))

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Tests of check_oddities.py, each over a small tree of its own."""
+"""Tests of check_oddities.py, each with its own small tree."""
 
 import os
 import tempfile

@@ -37,7 +37,7 @@ def headers_on_disk(root):
 
 
 def headers_included_by(root, header, known):
-    """The header and all headers that it includes, directly or indirectly."""
+    """Returns the header and all headers that it includes, directly or indirectly."""
     included, waiting = set(), [header]
     while waiting:
         current = waiting.pop()

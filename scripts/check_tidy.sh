@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# Checks that each check of .clang-tidy reports the mistake that tests/lint/tidy contains for it.
+# Checks that each check in .clang-tidy reports the mistake that tests/lint/tidy contains for it.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."

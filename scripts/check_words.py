@@ -12,8 +12,8 @@ of the system keep their words. A phrase may be split over two lines.
 Prints FILE:LINE: PHRASE: write REPLACEMENT. The exit status is 1 if a phrase was found. --count
 prints the number of phrases in each folder instead.
 
-To allow a use that is right, extend ALLOWED. To add a phrase, extend PHRASES: prefer idioms that
-are wrong nearly everywhere, because each false report costs a reader more than an odd sentence.
+To allow a correct use, extend ALLOWED. To add a phrase, extend PHRASES. Prefer idioms that are
+wrong nearly everywhere, because a false report costs more time than an odd sentence.
 """
 
 import ast
@@ -69,7 +69,7 @@ PHRASES = [
     (r"stays? as (it|they) (is|are)|meanwhile", "must not change until ..., does not change"),
 ]
 
-# Uses that are right.
+# Correct uses.
 ALLOWED = [
     r"blank lines?",
     r"there (is|are) no",
@@ -84,7 +84,7 @@ ALLOWED = [
     r"audit records?",
 ]
 
-# Not ours to rewrite, or exact output.
+# Files that are not ours to rewrite, or that contain exact output.
 SKIPPED = ["build", ".git", "LICENSE", "LICENSES", "fuzz/corpus", "fuzz/regressions", "tests/data",
            "tests/golden"]
 
@@ -199,7 +199,7 @@ PERMITS = [compiled(phrase) for phrase in ALLOWED]
 
 
 def phrases_in(path, text):
-    """Line, phrase and replacement of each phrase in the prose of a file."""
+    """Yields line, phrase and replacement of each phrase in the prose of a file."""
     prose = QUOTED.sub(lambda match: mask(match.group()), reader_of(path)(text))
     prose = re.sub(r"\x01[\x01 \t]*\x01", CODE, prose).lower()
     for permit in PERMITS:
@@ -217,7 +217,7 @@ def is_skipped(path):
 
 
 def files_below(root, path):
-    """The files with prose at or below a path, relative to the root, sorted."""
+    """Returns the files with prose at or below a path, relative to the root, sorted."""
     full = os.path.join(root, path)
     if os.path.isfile(full):
         return [path]
@@ -232,7 +232,7 @@ def files_below(root, path):
 
 
 def check(root, paths):
-    """File, line, phrase and replacement of each phrase below the paths."""
+    """Yields file, line, phrase and replacement of each phrase below the paths."""
     for path in paths:
         for name in files_below(root, path):
             with open(os.path.join(root, name), encoding="utf-8") as file:

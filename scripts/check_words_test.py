@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Tests of check_words.py, each over a small file or tree of its own."""
+"""Tests of check_words.py, each with its own small file or tree."""
 
 import os
 import tempfile
@@ -25,7 +25,7 @@ PROSE = {
     "k.pl": "#!/usr/bin/perl\nmy $a;  # made anew\n",
 }
 
-# The same phrase where it is not a sentence of ours.
+# The same phrase where it is not part of our prose.
 NOT_PROSE = {
     "a.cpp": 'const char* anew = "made anew";  // see `anew` and "made anew"\n',
     "b.cpp": 'const char* a = R"(// made anew)"; const char b = \'"\'; const char* c = "anew";\n',

@@ -5,8 +5,8 @@
 
     commands_page.py [--check] --tool TOOL --plugin-dir DIR PAGE
 
-The page is made from what the commands declare. --check compares it with PAGE and prints the
-differences; the exit status is then 1.
+The page is generated from the declarations of the commands. --check compares it with PAGE and
+prints the differences; the exit status is then 1.
 """
 
 import argparse
@@ -36,7 +36,7 @@ for any command, including those of other plug-ins. Do not edit it: `cmake --bui
 
 
 def cell(text):
-    """Returns a string as the cell of a table: marked-up characters escaped, "none" left out."""
+    """Returns a string as the cell of a table: markup characters are escaped, and "none" becomes empty."""
     if text == "none":
         return ""
     for character in "\\|<>*_`[]":

@@ -43,13 +43,13 @@ root_prefix() {
   fi
 }
 
-# Prints why the packages cannot be installed with the given options of apt: what it complains about,
-# or the installed packages that it would upgrade or remove. Prints nothing if they can be.
+# Prints why the packages cannot be installed with the given options of apt: apt's error message, or
+# the installed packages that would be upgraded or removed. Prints nothing if they can be installed.
 # Usage: obstacles "OPTIONS" PACKAGE...
 obstacles() {
   local options=$1 plan
   shift
-  # The options are words.
+  # The options are separate words.
   # shellcheck disable=SC2086
   if ! plan=$(LC_ALL=C apt-get -s --no-install-recommends --no-remove $options install "$@" 2>&1); then
     echo "$plan"
@@ -58,12 +58,12 @@ obstacles() {
   awk '$1 == "Remv" || ($1 == "Inst" && $3 ~ /^\[/) { print "  would change " $2 }' <<<"$plan"
 }
 
-# Installs packages that obstacles() has nothing against. Usage: as obstacles().
+# Installs packages for which obstacles() printed nothing. Usage: as obstacles().
 apt_install_with() {
   local options=$1 as_root=$2 log
   shift 2
   log=$(mktemp)
-  # The prefix is empty or words of a command.
+  # The prefix is empty or consists of several words.
   # shellcheck disable=SC2086
   if ! $as_root env DEBIAN_FRONTEND=noninteractive apt-get -y -q --no-install-recommends \
     --no-remove -o DPkg::Lock::Timeout=300 $options install "$@" >"$log" 2>&1 </dev/null; then
@@ -73,9 +73,9 @@ apt_install_with() {
   rm -f "$log"
 }
 
-# Installs the given packages and their dependencies, and changes no installed package. If a library
-# is older than the latest version of its headers, the headers come from the release itself, without
-# its updates. If nothing fits, nothing more is installed.
+# Installs the given packages and their dependencies without changing any installed package. If an
+# installed library is older than the latest version of its headers, the headers are installed from
+# the release itself, without its updates. If there is no suitable version, nothing is installed.
 apt_install() {
   local as_root=$1 release options package log
   shift
@@ -120,7 +120,7 @@ ensure_packages() {
   apt_install "$as_root" "${missing[@]}"
 }
 
-# Runs a command with its output in a log file; prints the end of the file only if the command
+# Runs a command and writes its output to a log file. Prints the end of the file only if the command
 # fails.
 quietly() {
   local log=$1
@@ -136,7 +136,7 @@ quietly() {
 build_preset() {
   local preset=$1 tree=build/$1
   shift
-  # CMake refuses a tree that was configured in another folder.
+  # CMake refuses a build tree that was configured in a different folder.
   if [[ -e $tree/CMakeCache.txt ]] &&
     ! grep -qxF "CMAKE_HOME_DIRECTORY:INTERNAL=$PWD" "$tree/CMakeCache.txt"; then
     find "$tree" -mindepth 1 -maxdepth 1 ! -name lock ! -name started -exec rm -rf {} +

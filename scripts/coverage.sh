@@ -5,9 +5,9 @@
 # coverage.sh TREE: reports which lines and branches of the library the tests of a coverage build
 # ran.
 #
-# Prints the totals, writes the lines that did not run to TREE/coverage.txt, and fails below the
-# limits. Branches that only an exception takes are not counted: the compiler makes one for nearly
-# every call.
+# Prints the totals, writes the lines that did not run to TREE/coverage.txt, and fails if a total is
+# below its limit. Branches that are taken only for exceptions are not counted, because the compiler
+# adds one to nearly every call.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""What the commands of a built tool declare, read with `vexil command describe`."""
+"""Reads the declarations of the commands in a built tool with `vexil command describe`."""
 
 import json
 import subprocess

@@ -2,11 +2,12 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# fuzz.sh [SECONDS] [TARGET...]: has libFuzzer look for inputs that violate the assertions in fuzz/.
+# fuzz.sh [SECONDS] [TARGET...]: uses libFuzzer to look for inputs that violate the assertions in
+# fuzz/.
 #
 # The targets (all if none are named) run one after the other, for SECONDS each, 60 by default. The
-# inputs that a campaign learns stay in build/fuzz/learned for the next campaign; inputs that fail
-# are written to build/fuzz/found. The exit status is 1 if there was one.
+# inputs that a run learns are kept in build/fuzz/learned for the next run; inputs that fail are
+# written to build/fuzz/found. The exit status is 1 if there are any.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -26,11 +27,11 @@ build_preset fuzz fuzzers
 tree=build/fuzz
 failed=()
 
-# Longer inputs find hardly anything new and take more time. After 10 seconds an input counts as a
-# hang.
+# Longer inputs find hardly anything new and take more time. An input that takes more than 10
+# seconds counts as a hang.
 limits=(-max_len=4096 -timeout=10 -rss_limit_mb=2048)
 
-# figure NAME LOG: the number in the last line of the log with "NAME: 5" or "NAME 5".
+# figure NAME LOG: prints the number from the last line of the log with "NAME: 5" or "NAME 5".
 figure() { sed -nE "s/.*\b$1:? +([0-9]+).*/\1/p" "$2" | tail -n 1; }
 
 fuzz_target() {

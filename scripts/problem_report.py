@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 
-"""How the checks of the source tree report problems."""
+"""Reports the problems that the checks of the source tree find."""
 
 import os
 

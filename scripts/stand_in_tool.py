@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""A stand-in for a built tool, for the tests of scripts that ask the tool about its commands."""
+"""A simulated tool, for the tests of scripts that query the tool about its commands."""
 
 import json
 import os

@@ -2,7 +2,8 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# check-address.sh [--count=N] [--family=4|6] <ADDRESS: prints how fast a machine responds to ping.
+# check-address.sh [--count=N] [--family=4|6] <ADDRESS: prints how quickly a machine responds to
+# ping.
 here=${0%/*}
 # shellcheck source=plugins/shell-common/common.sh
 . "$here/common.sh"
@@ -21,7 +22,7 @@ need ping iputils-ping
 status=0
 ping ${family:+"$family"} -n -q -c "$count" -W 2 -- "$address" \
   >"$work/answer" 2>"$work/complaint" || status=$?
-# Status 1 means that no response came.
+# Status 1 means that there was no response.
 requests="$count requests"
 [ "$count" -ne 1 ] || requests='1 request'
 [ "$status" -ne 1 ] || fail "$address does not respond to $requests"

@@ -5,20 +5,22 @@
 # Shared by the scripts of the descriptors. A script sets "here" to its folder before it sources this
 # file.
 #
-# A script prints either a value document or one line that starts with ERROR:. It collects its data
-# in the temporary folder $work first, so that an error can still replace the document.
+# A script prints either a value document or a line that starts with ERROR:. It first collects its
+# data in the temporary folder $work, so that an error can still replace the document.
 set -eu
 : "${here:?}"
 
 LC_ALL=C.UTF-8
 export LC_ALL
-# Variables that change what the shell and the tools below do, or make them run code of the caller.
+# These variables change what the shell and the programs below do, or make them run code of the
+# caller.
 unset BASH_ENV CDPATH ENV GREP_COLORS GREP_OPTIONS GZIP POSIXLY_CORRECT TAR_OPTIONS
 unset AWKLIBPATH AWKPATH PERL5DB PERL5LIB PERL5OPT PERLIO PERLLIB PERL_UNICODE
 
-# fail MESSAGE: reports an error on one line and exits. Uses no tool, because a tool may be missing.
+# fail MESSAGE: reports an error on one line and exits. Uses no program, because it may be the one
+# that is missing.
 fail() {
-  # Reads the rest of the input, so that its writer does not get an error of its own.
+  # Reads the rest of the input, so that writing it does not fail.
   [ -t 0 ] || while read -r _; do :; done
   set -f
   IFS='
@@ -31,7 +33,7 @@ fail() {
   exit 0
 }
 
-# need TOOL PACKAGE: fails unless the tool is installed.
+# need TOOL PACKAGE: fails unless the program is installed.
 need() {
   command -v "$1" >/dev/null 2>&1 ||
     fail "This command needs the tool $1 (package $2), which is not installed"
@@ -46,8 +48,8 @@ finish() {
   fi
 }
 
-# complaint TOOL: prints the first line that the tool wrote to standard error, or a message of ours
-# if there is none.
+# complaint TOOL: prints the first line that the program wrote to standard error, or a fixed message
+# if it wrote none.
 complaint() {
   if [ -s "$work/complaint" ]; then
     head -n 1 "$work/complaint"
@@ -57,17 +59,17 @@ complaint() {
 }
 
 # gather COMMAND...: writes the output of a command to $work/data. If the command fails, reports its
-# complaint.
+# error message.
 gather() {
   "$@" >"$work/data" 2>"$work/complaint" || fail "$(complaint "$1")"
 }
 
-# integer TEXT: prints an integer without leading spaces, plus sign and zeros.
+# integer TEXT: prints an integer without leading spaces, plus sign or zeros.
 integer() {
   printf '%s' "$1" | sed -E 's/^[[:space:]]*[+]?0*([0-9])/\1/'
 }
 
-# document FORM...: prints $work/data as a value document, or an error if that fails.
+# document FORM...: prints $work/data as a value document, or an error message if that fails.
 document() {
   perl "$here/value-document" "$@" <"$work/data" >"$work/document" 2>"$work/complaint" ||
     fail "$(complaint value-document)"
