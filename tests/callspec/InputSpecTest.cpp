@@ -150,7 +150,7 @@ TEST(InputSpecTest, ATakenListShowsLaterAdditionsInTheirPlaces) {
                 "Found a duplicate paramater specification for parameter named 'nn'");
 }
 
-TEST(InputSpecTest, HelpStandsWhereItsNameSorts) {
+TEST(InputSpecTest, HelpIsInNameOrder) {
   EXPECT_THAT(Names(*SpecOf({Parameter("help"), Parameter("device"), Parameter("password")})),
               ElementsAre("device", "help", "password"));
 }

@@ -126,7 +126,7 @@ TEST(InputTest, KnowsWhetherAParameterWasGiven) {
   EXPECT_FALSE(input->HasParameter("give"s));
 }
 
-TEST(InputTest, AFlagIsSetWhenItWasGivenWhateverItsType) {
+TEST(InputTest, EveryGivenParameterCountsAsASetFlag) {
   const auto input = DeclaredInput();
   input->AddParameter("flag", "");
   input->AddParameter("number", "0");
@@ -286,13 +286,13 @@ TEST(InputTest, ReturnsAReferenceToTheStoredValue) {
   EXPECT_EQ(&input->GetParameter("text"s), &input->GetParameter("text"));
 }
 
-TEST(InputTest, AnyButOneValueReadsAsTheEmptyText) {
+TEST(InputTest, ReturnsAnEmptyStringUnlessThereIsOneValue) {
   EXPECT_EQ(DeclaredInput()->GetParameter("text"), "");
   EXPECT_EQ(InputWith("text", {"a", "b"})->GetParameter("text"), "");
   EXPECT_EQ(InputWith("number", {"1", "2"})->GetParameter("number"), "");
 }
 
-TEST(InputTest, OneEmptyTextServesTheWholeProcess) {
+TEST(InputTest, OneEmptyStringServesTheWholeProcess) {
   const auto first = InputWith("text", {"a", "b"});
   const auto second = DeclaredInput();
   EXPECT_EQ(&first->GetParameter("text"), &second->GetParameter("number"));

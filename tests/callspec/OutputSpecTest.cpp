@@ -83,7 +83,7 @@ TEST(OutputSpecTest, AnEmptyDescriptionReadsAsMissing) {
 // Called while static objects are initialised, perhaps before those of the library.
 const std::string kDescriptionAtStart = OutputSpec::New()->GetDescription();
 
-TEST(OutputSpecTest, TheMissingTextIsThereForStaticObjects) {
+TEST(OutputSpecTest, TheMissingTextIsAvailableToStaticObjects) {
   EXPECT_EQ(kDescriptionAtStart, "Documentation missing");
 }
 

@@ -126,7 +126,7 @@ TEST(OutputTest, KeepsABytewiseMessage) {
   EXPECT_EQ(output->GetErrors().front(), std::string("a\0b\xff", 4));
 }
 
-TEST(OutputTest, IsMadeByItsFactoryAloneAndCannotBeCopied) {
+TEST(OutputTest, IsMadeOnlyByItsFactoryAndCannotBeCopied) {
   EXPECT_FALSE(std::is_default_constructible<Output>::value);
   EXPECT_FALSE(std::is_copy_constructible<Output>::value);
   EXPECT_FALSE(std::is_copy_assignable<Output>::value);

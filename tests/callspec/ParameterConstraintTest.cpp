@@ -145,7 +145,7 @@ TEST(ParameterConstraintTest, AValueOutOfRangeIsNotNamed) {
                           "range 1-10"));
 }
 
-TEST(ParameterConstraintTest, AValueThatIsNoIntegerGetsTheTypeMessageFirst) {
+TEST(ParameterConstraintTest, AValueThatIsNotAnIntegerCausesTheTypeMessageFirst) {
   const char* const message = "Invalid data type for parameter 'count'. Expected an Integer";
   for (const std::string& value : {"abc"s, ""s, " "s, "7 "s, "11x"s, "7\0"s, "1.5"s}) {
     EXPECT_THAT(Refusal(Range(1, 10), value), ElementsAre(message));
@@ -153,7 +153,7 @@ TEST(ParameterConstraintTest, AValueThatIsNoIntegerGetsTheTypeMessageFirst) {
   }
 }
 
-TEST(ParameterConstraintTest, LeadingBlanksAndAPlusPassAndTrailingBlanksDoNot) {
+TEST(ParameterConstraintTest, AcceptsLeadingSpacesAndAPlusButNoTrailingSpaces) {
   EXPECT_TRUE(Accepts(Range(7, 7), " 7"));
   EXPECT_TRUE(Accepts(Range(7, 7), "+7"));
   EXPECT_TRUE(Accepts(Integers({7}), "\t007"));

@@ -309,7 +309,7 @@ TEST(ParameterSpecTest, ReadsBooleans) {
   EXPECT_FALSE(value);
 }
 
-TEST(ParameterSpecTest, NoValueGivesAMessageAndATrueResult) {
+TEST(ParameterSpecTest, NoValueCausesAMessageAndReturnsTrue) {
   for (const ParameterType type : kAllTypes) {
     const Verdict verdict = Validate(Spec(type), {});
     EXPECT_TRUE(verdict.isValid);

@@ -91,7 +91,7 @@ TEST(ExitStatusTest, AClosedStandardOutputIsReported) {
   EXPECT_EQ(1, result.status);
 }
 
-TEST(ExitStatusTest, AClosedStandardOutputIsNoErrorWhenNothingIsWritten) {
+TEST(ExitStatusTest, AClosedStandardOutputIsNotAnErrorWhenNothingIsWritten) {
   const VexilResult quiet = Try({"try", "quiet"}).WithoutDescriptor(1).Run();
   EXPECT_EQ("", quiet.err);
   EXPECT_EQ(0, quiet.status);

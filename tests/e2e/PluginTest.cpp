@@ -46,7 +46,7 @@ TEST(PluginTest, AFolderOffersThePluginsInItAndInItsSubfolder) {
   }
 }
 
-TEST(PluginTest, AMissingFileIsToldAndTheCommandRuns) {
+TEST(PluginTest, AMissingFileIsReportedAndTheCommandRuns) {
   const VexilResult result = VexilRun({"--plugin=/nosuch/plugin.so", "--plugin",
                                        TestPluginPath("EchoPlugin"), "echo", "say", "-t", "hello"})
                                  .Run();

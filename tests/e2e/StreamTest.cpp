@@ -73,14 +73,14 @@ TEST(StreamTest, TheStatusIsThatOfTheLastLineHandled) {
   EXPECT_EQ(0, passed.status);
 }
 
-TEST(StreamTest, AStreamWithoutCommandsIsNoError) {
+TEST(StreamTest, AStreamWithoutCommandsIsNotAnError) {
   const VexilResult result = VexilRun({"--input=STDIN"}).WithInput("# nothing\n\n").Run();
   EXPECT_EQ("", result.out);
   EXPECT_EQ("", result.err);
   EXPECT_EQ(0, result.status);
 }
 
-TEST(StreamTest, ALineIsVexilsWhateverTheToolIsCalled) {
+TEST(StreamTest, ALineUsesTheNameVexilWhateverTheToolIsCalled) {
   const VexilResult result =
       VexilRun({"--input=STDIN"}).CalledAs("tool").WithInput("vexil\n").Run();
   EXPECT_THAT(result.out, StartsWith("Usage: vexil [disp options] vexil "));

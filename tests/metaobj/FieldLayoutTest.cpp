@@ -69,7 +69,7 @@ TEST(FieldLayoutTest, IsSharedByShape) {
   EXPECT_EQ(LayoutOf({"a", "b"}).Get(), kept.Get());
 }
 
-TEST(FieldLayoutTest, IsSharedWhateverTheOrderOfTheFields) {
+TEST(FieldLayoutTest, IsSharedWhateverTheOrderOfTheFieldsIs) {
   const LayoutRef kept = LayoutOf({"a", "b", "c"});
   EXPECT_EQ(LayoutOf({"c", "b", "a"}).Get(), kept.Get());
   EXPECT_EQ(LayoutOf({"b", "c", "a"}).Get(), kept.Get());

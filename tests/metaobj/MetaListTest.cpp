@@ -74,7 +74,7 @@ TEST(MetaListTest, RefusesAListOfLists) {
               ThrowsMessage<KestrelException>(kScalarExpected));
 }
 
-TEST(MetaListTest, RefusesAKindThatIsNone) {
+TEST(MetaListTest, RefusesAKindThatDoesNotExist) {
   EXPECT_THAT([] { MetaList::New(static_cast<MetaType>(5)); },
               ThrowsMessage<KestrelException>(kScalarExpected));
 }
@@ -127,7 +127,7 @@ TEST(MetaListTest, AcceptsAnObjectThatIsAStructure) {
   EXPECT_THROW(list->GetListStructure()->SetField("b", 1), KestrelException);
 }
 
-TEST(MetaListTest, EveryOtherObjectCountsAsNoStructure) {
+TEST(MetaListTest, EveryOtherObjectIsNotAStructure) {
   const std::shared_ptr<MetaObject> number = MetaInt::New(1);
   const std::shared_ptr<MetaObject> none;
   const std::shared_ptr<MetaObject> liar = std::make_shared<LyingValue>(MetaType::Struct);
@@ -246,7 +246,7 @@ TEST(MetaListTest, LooksAtTheKindBeforeTheStructure) {
                                               "object of type Struct got object of type Int"));
 }
 
-TEST(MetaListTest, RefusesAFieldTooMany) {
+TEST(MetaListTest, RefusesAnExtraField) {
   const auto list = MetaList::New(MetaType::Struct, StructureOf({"a", "b"}));
   EXPECT_THAT(
       [&] {
@@ -270,7 +270,7 @@ TEST(MetaListTest, RefusesAFieldOfAnotherKind) {
                   std::string(kNotTheStructure) + ", "));
 }
 
-TEST(MetaListTest, RefusesEveryStructureWithoutOneOfItsOwn) {
+TEST(MetaListTest, RefusesEveryStructureWithoutAnElementStructure) {
   const auto list = MetaList::New(MetaType::Struct, nullptr);
   EXPECT_THAT([&] { list->Add(StructureOf({})); },
               ThrowsMessage<KestrelException>(
@@ -451,7 +451,7 @@ TEST(MetaListTest, StaysLinearOverManySmallVectors) {
 
 // Validate.
 
-TEST(MetaListTest, ValidatesNoNull) {
+TEST(MetaListTest, RejectsNull) {
   Errors errors;
   EXPECT_FALSE(MetaList::New(MetaType::Int)->Validate(nullptr, &errors));
   EXPECT_FALSE(MetaList::New(MetaType::Int)->Validate(nullptr, nullptr));
@@ -528,7 +528,7 @@ TEST(MetaListTest, DiffersFromAListOfAnotherKind) {
   EXPECT_THAT(errors, ElementsAre("Mismatch on list type"));
 }
 
-TEST(MetaListTest, MatchesWhateverTheElements) {
+TEST(MetaListTest, MatchesWhateverItsElementsAre) {
   Errors errors;
   EXPECT_TRUE(Numbers({1, 2})->IsSameStructure(Numbers({3}), &errors));
   EXPECT_THAT(errors, IsEmpty());
@@ -545,7 +545,7 @@ TEST(MetaListTest, ComparesDeclaredStructures) {
               ElementsAre("Missing field in input: a", "List type mismatch list and input"));
 }
 
-TEST(MetaListTest, MatchesWhenEitherHasNoStructure) {
+TEST(MetaListTest, MatchesWhenEitherHasNoElementStructure) {
   const auto one = MetaList::New(MetaType::Struct, StructureOf({"a"}));
   const auto none = MetaList::New(MetaType::Struct, nullptr);
   Errors errors;

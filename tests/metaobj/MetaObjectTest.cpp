@@ -98,7 +98,7 @@ TEST(MetaObjectTest, KnowsTheKindOfEachClass) {
   EXPECT_EQ(MetaList::New(MetaType::Int)->GetType(), MetaType::List);
 }
 
-TEST(MetaObjectTest, ScalarsOfOneKindMatchWhateverTheirValues) {
+TEST(MetaObjectTest, ScalarsOfOneKindMatchWhateverTheirValuesAre) {
   std::vector<std::string> errors;
   EXPECT_TRUE(MetaInt::New(1)->IsSameStructure(MetaInt::New(99), &errors));
   EXPECT_TRUE(MetaBool::New(true)->IsSameStructure(MetaBool::New(false), &errors));
@@ -139,7 +139,7 @@ TEST(MetaObjectTest, AScalarDiffersSilentlyFromNull) {
   EXPECT_THAT(errors, IsEmpty());
 }
 
-TEST(MetaObjectTest, TheBaseComparisonServesNoStructureAndNoList) {
+TEST(MetaObjectTest, TheBaseComparisonRejectsStructuresAndLists) {
   std::vector<std::string> errors;
   const auto structLike = std::make_shared<LyingValue>(MetaType::Struct);
   const auto listLike = std::make_shared<LyingValue>(MetaType::List);

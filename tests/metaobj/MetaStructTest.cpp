@@ -232,7 +232,7 @@ TEST(MetaStructTest, MakesObjectsOfStrings) {
   EXPECT_EQ(lasting, "lasting");
 }
 
-TEST(MetaStructTest, MakesAStringOfALiteralAndNoBoolean) {
+TEST(MetaStructTest, MakesAStringAndNotABooleanFromALiteral) {
   const auto structure = MetaStruct::New("Rec");
   char array[] = "array";
   structure->SetField("literal", "false");
@@ -376,7 +376,7 @@ TEST(MetaStructTest, RefusesNullBeforeItLooksAtTheLock) {
               ThrowsMessage<KestrelException>(kNullMessage));
 }
 
-TEST(MetaStructTest, RefusesAFieldThatTheDefinitionHasNot) {
+TEST(MetaStructTest, RefusesAFieldThatTheDefinitionLacks) {
   const auto definition = StructureOf({"a", "b"});
   const auto structure = MetaStruct::New(definition);
   EXPECT_THAT([&] { structure->SetField("c", 1); },
@@ -439,7 +439,7 @@ TEST(MetaStructTest, ReplacesValueKindAndDocumentationWhenLocked) {
   EXPECT_EQ(structure->GetFieldDocumentation("a"), "Documentation missing");
 }
 
-TEST(MetaStructTest, ChecksNoKindAgainstTheDefinition) {
+TEST(MetaStructTest, DoesNotCheckKindsAgainstTheDefinition) {
   const auto structure = MetaStruct::New(StructureOf({"a"}));
   structure->SetField("a", "a text");
   EXPECT_EQ(structure->GetFieldType("a"), MetaType::String);
@@ -532,7 +532,7 @@ TEST(MetaStructTest, ThrowsForTheDocumentationOfAnUnknownField) {
               ThrowsMessage<KestrelException>("Field b is not present in the structure Rec"));
 }
 
-TEST(MetaStructTest, PrintsEachFieldWithASeparatorBehindIt) {
+TEST(MetaStructTest, PrintsASeparatorAfterEachField) {
   const auto structure = MetaStruct::New("Rec");
   structure->SetField("b", "x");
   structure->SetField("a", 1);
@@ -705,7 +705,7 @@ TEST(MetaStructTest, MatchesTheSameFieldsWithOtherValues) {
   EXPECT_THAT(errors, IsEmpty());
 }
 
-TEST(MetaStructTest, MatchesWhateverTheDocumentation) {
+TEST(MetaStructTest, MatchesWhateverItsDocumentationIs) {
   Errors errors;
   const auto one = MetaStruct::New("Rec");
   const auto other = MetaStruct::New("Rec");
@@ -735,7 +735,7 @@ TEST(MetaStructTest, ReportsTheCountAndTheFirstMissingField) {
                                   "Missing field in input: b"));
 }
 
-TEST(MetaStructTest, NoticesAFieldTooManyByTheCountAlone) {
+TEST(MetaStructTest, ReportsAnExtraFieldOnlyByTheCount) {
   Errors errors;
   EXPECT_FALSE(StructureOf({"a"})->IsSameStructure(StructureOf({"a", "b"}), &errors));
   EXPECT_THAT(errors,

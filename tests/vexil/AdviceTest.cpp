@@ -71,7 +71,7 @@ TEST(AdviceTest, ALineOfAStreamGetsThePathUpToItsUnknownWord) {
   EXPECT_EQ(expected, VexilRun({"--input", file}).Run().err);
 }
 
-TEST(AdviceTest, NothingFollowsWhenNothingIsNear) {
+TEST(AdviceTest, NothingFollowsWhenNothingIsSimilar) {
   EXPECT_EQ("Unable to find a command or namespace with the name 'nosuch' in namespace \n",
             VexilRun({"nosuch"}).Run().err);
 }

@@ -47,7 +47,7 @@ TEST(EditDistanceTest, CountsEachEditOnce) {
 
 TEST(EditDistanceTest, EditsNoByteTwice) { EXPECT_EQ(3U, EditDistance("ca", "abc")); }
 
-TEST(EditDistanceTest, IsWhatTheDefinitionSays) {
+TEST(EditDistanceTest, AgreesWithTheDefinition) {
   Random random;
   for (int round = 0; round < Rounds(500, 20000); ++round) {
     const std::string left = random.Text("abc", 6);

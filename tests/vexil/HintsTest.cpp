@@ -105,7 +105,7 @@ TEST_F(HintsTest, ThereAreNoneForALineThatIsRight) {
               IsEmpty());
 }
 
-TEST_F(HintsTest, NameTheOptionThatIsNear) {
+TEST_F(HintsTest, SuggestASimilarOption) {
   EXPECT_THAT(Find({"--formater=xml", "paint", "list"}),
               ElementsAre("The dispatcher has no option --formater. Did you mean --formatter?"));
   EXPECT_THAT(Find({"paint", "list", "--color=red"}),
@@ -136,7 +136,7 @@ TEST_F(HintsTest, NameTheWordThatAnOptionTook) {
   EXPECT_THAT(Find({"--plugin-dir", "paint"}), IsEmpty());
 }
 
-TEST_F(HintsTest, NameTheAcceptedValueThatIsNear) {
+TEST_F(HintsTest, SuggestASimilarValue) {
   EXPECT_THAT(Find({"paint", "list", "--colour=geen"}),
               ElementsAre("--colour does not accept 'geen'. Did you mean 'green'?"));
   EXPECT_THAT(Find({"paint", "list", "--colour=gree"}),
@@ -150,7 +150,7 @@ TEST_F(HintsTest, NeverContainASecret) {
   EXPECT_THAT(Find({"paint", "list", "--secret=geen"}), IsEmpty());
 }
 
-TEST_F(HintsTest, NameTheFormatterThatIsNear) {
+TEST_F(HintsTest, SuggestASimilarFormatter) {
   EXPECT_THAT(Find({"--formatter=tabel", "paint", "list"}),
               ElementsAre("There is no formatter 'tabel'. Did you mean 'table'?"));
 }
@@ -162,7 +162,7 @@ TEST_F(HintsTest, ReportAWidthThatIsNotANumber) {
   }
 }
 
-TEST_F(HintsTest, NameTheFormatParameterThatIsNear) {
+TEST_F(HintsTest, SuggestASimilarFormatParameter) {
   EXPECT_THAT(Find({"--format-param=feilds=Name", "paint", "list"}),
               ElementsAre("The formatter 'table' does not use the parameter 'feilds'. Did you mean "
                           "'fields'?"));

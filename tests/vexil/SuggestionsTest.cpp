@@ -114,7 +114,7 @@ TEST_F(SuggestionsTest, OffersTheCommandWhenWordsFollowIt) {
   EXPECT_THAT(Suggest("service list all"), ElementsAre("service list"));
 }
 
-TEST_F(SuggestionsTest, OffersNothingWhenNothingIsNear) {
+TEST_F(SuggestionsTest, OffersNothingWhenNothingIsSimilar) {
   for (const char* line : {"", "nosuch", "x", "is", "nosuch list", "service nosuch",
                            "nosuch service nosuch", "- --", "storage mount nosuch"}) {
     EXPECT_THAT(Suggest(line), IsEmpty()) << line;

@@ -53,7 +53,7 @@ TEST(UnknownWordTest, MayContainAnything) {
               Optional(ElementsAre("storage", "x'", "in", "namespace", "y")));
 }
 
-TEST(UnknownWordTest, IsInNoOtherMessage) {
+TEST(UnknownWordTest, IsNotReadFromOtherMessages) {
   for (const char* message :
        {"", "no fuel", "Unable to find a command or namespace with the name 'a'",
         "Unable to find a namespace or command with the name 'a' on the command 'b'",

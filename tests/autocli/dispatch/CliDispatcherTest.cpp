@@ -267,7 +267,7 @@ TEST_F(CliDispatcherDeathTest, HelpComesBeforeAnyPluginIsLoaded) {
   EXPECT_EQ(kUsage, out.GetText());
 }
 
-TEST_F(CliDispatcherTest, AnUnknownWordPassesOutOfEachOperation) {
+TEST_F(CliDispatcherTest, AnUnknownWordMakesEachOperationThrow) {
   const char* const argv[] = {"tool", "nosuch"};
   const auto unknown = ThrowsMessage<KestrelException>(
       "Unable to find a command or namespace with the name 'nosuch' in namespace ");
@@ -564,7 +564,7 @@ TEST_F(CliDispatcherTest, ANodeThatResolvesToNullListsTheRootOnlyForHelp) {
   }
 }
 
-TEST_F(CliDispatcherTest, ANodeThatOnlyClaimsToBeACommandIsDoneWithoutAWord) {
+TEST_F(CliDispatcherTest, ANodeThatOnlyClaimsToBeACommandRunsNothingSilently) {
   dispatcher.GetRootNamespace()->RegisterNamespaceNode(std::make_shared<OddNode>(NodeType::Command),
                                                        "odd");
   const Handled handled = Handle({"odd", "--name"});
@@ -798,7 +798,7 @@ TEST_F(CliDispatcherTest, AStreamWithNothingToHandleSucceeds) {
   EXPECT_TRUE(HandleStream("\n  \n# x\n\"\"").result);
 }
 
-TEST_F(CliDispatcherTest, LinesShareTheScreenWidthAloneAndAreVexils) {
+TEST_F(CliDispatcherTest, LinesShareOnlyTheScreenWidthAndUseTheNameVexil) {
   const Handled handled = HandleStream(
       "--screen-width 50 --formatter showing --format-param a=b try say\n"
       "try say\n"
@@ -886,7 +886,7 @@ int FindDescriptor(const std::string& path) {
 // A line that runs a command, followed by more bytes than one read returns.
 const std::string kLongLines = "try say\n" + std::string(100000, '#') + "\ntry say\n";
 
-TEST_F(CliDispatcherTest, AFailedReadOfAFileIsAnErrorWhateverTheLastLine) {
+TEST_F(CliDispatcherTest, AFailedReadOfAFileIsAnErrorWhateverTheLastLineIs) {
   const ScopedTempDir folder;
   const std::string file = folder.Write("lines", kLongLines);
   command->work = [&file](const auto&, const auto& output) {
@@ -899,7 +899,7 @@ TEST_F(CliDispatcherTest, AFailedReadOfAFileIsAnErrorWhateverTheLastLine) {
   EXPECT_EQ("Unable to read file " + file + "\n", handled.err);
 }
 
-TEST_F(CliDispatcherTest, AFailedReadOfStandardInputIsAnErrorWhateverTheLastLine) {
+TEST_F(CliDispatcherTest, AFailedReadOfStandardInputIsAnErrorWhateverTheLastLineIs) {
   command->work = [](const auto&, const auto& output) {
     BreakReads(STDIN_FILENO);
     output->SetRootObject(MetaString::New("done"));

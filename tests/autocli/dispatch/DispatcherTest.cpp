@@ -144,7 +144,7 @@ TEST_F(DispatcherTest, StartsWithARootThatPointsBack) {
   EXPECT_EQ(dispatcher_.GetRootNamespace(), root);
 }
 
-TEST_F(DispatcherTest, StartsWithTheBuiltInPluginAlone) {
+TEST_F(DispatcherTest, StartsWithOnlyTheBuiltInPlugin) {
   EXPECT_THAT(dispatcher_.GetPluginNames(), ElementsAre("Internal"));
   EXPECT_THAT(dispatcher_.GetRootNamespace()->GetNamespaceNodeNames(), ElementsAre("vexil"));
   EXPECT_TRUE(dispatcher_.HasFormatter("table"));
@@ -170,7 +170,7 @@ TEST_F(DispatcherTest, AddPluginLoadsASharedObject) {
   EXPECT_EQ(output_->GetRootObject()->ToString(), "hello");
 }
 
-TEST_F(DispatcherTest, AddPluginPassesOverOtherFilesInSilence) {
+TEST_F(DispatcherTest, AddPluginSilentlySkipsOtherFiles) {
   StreamCapture err(STDERR_FILENO);
   for (const char* path : {"/nowhere/notes.txt", "/nowhere/libx.so.1", "/nowhere/x.SO", ".so", "",
                            "/nowhere/x.so\n", "/nowhere/"}) {
@@ -655,7 +655,7 @@ TEST_F(DispatcherTest, GetCommandFindsTheCommandAndLeavesTheInputAsItIs) {
   EXPECT_THAT(input->GetCommandPath(), ElementsAre("network", "ip", "list"));
 }
 
-TEST_F(DispatcherTest, AnUnknownWordGivesTwoErrors) {
+TEST_F(DispatcherTest, AnUnknownWordCausesTwoErrors) {
   Register({"network", "ip", "list"}, MakeAnsweringCommand("here"));
   const std::shared_ptr<CommandInput> input = MakeCommandInput({"network", "bogus"});
   EXPECT_EQ(dispatcher_.GetCommand(input, output_), nullptr);
@@ -674,7 +674,7 @@ TEST_F(DispatcherTest, AWordAfterACommandCausesTwoErrors) {
             "Unable to find command\n");
 }
 
-TEST_F(DispatcherTest, APathOfNoWordsFindsNoCommand) {
+TEST_F(DispatcherTest, AnEmptyPathFindsNoCommand) {
   const std::shared_ptr<CommandInput> input = MakeCommandInput({});
   EXPECT_FALSE(dispatcher_.ExecuteCommand(input, output_));
   EXPECT_THAT(output_->GetErrors(), ElementsAre("Unable to find command"));
@@ -693,7 +693,7 @@ class BareSpec : public CommandSpec {
   std::shared_ptr<CallSpec::OutputSpec> GetOutputSpecInternal() override { return nullptr; }
 };
 
-TEST_F(DispatcherTest, ANodeOfTheTypeCommandThatIsNoCommandAddsNoMessage) {
+TEST_F(DispatcherTest, ANodeOfTheTypeCommandThatIsNotACommandAddsNoMessage) {
   RegisterAt(dispatcher_.GetRootNamespace(), {"bare"}, std::make_shared<BareSpec>());
   const std::shared_ptr<CommandInput> input = MakeCommandInput({"bare"});
   EXPECT_EQ(dispatcher_.GetCommand(input, output_), nullptr);
@@ -737,7 +737,7 @@ TEST_F(DispatcherTest, BadParametersAreAllReportedAndTheCommandDoesNotRun) {
   EXPECT_EQ(command->executions, 0);
 }
 
-TEST_F(DispatcherTest, ObjectionsThatLeaveTheValidationTrueStopTheCallToo) {
+TEST_F(DispatcherTest, MessagesOfAValidationThatReturnsTrueStopTheCallToo) {
   const std::shared_ptr<SampleCommand> command = MakeDeletingCommand();
   Register({"file"}, command);
   const std::shared_ptr<CommandInput> input = MakeCommandInput({"file"});

@@ -454,7 +454,7 @@ TEST(OptionParserTest, ASecretWithAValueIsNotPromptedFor) {
   EXPECT_EQ("", out.GetText());
 }
 
-TEST(OptionParserTest, ASecretAtTheEndOfInputIsEmptyAndNoError) {
+TEST(OptionParserTest, ASecretAtTheEndOfInputIsEmptyAndNotAnError) {
   OptionParser parser = Parse({"ns", "cmd", "--password"});
   parser.SetInputSpec(MakeSpec());
   StreamCapture out(STDOUT_FILENO);
@@ -534,7 +534,7 @@ struct LineCase {
 
 class OptionParserLineTest : public ::testing::TestWithParam<LineCase> {};
 
-TEST_P(OptionParserLineTest, IsCutIntoItsWords) {
+TEST_P(OptionParserLineTest, IsSplitIntoItsWords) {
   OptionParser parser;
   EXPECT_EQ(GetParam().words.empty(), parser.ParseString(GetParam().line));
   EXPECT_EQ(GetParam().words,

@@ -150,12 +150,12 @@ TEST(FormatParametersTest, AListKeepsSpaces) {
   EXPECT_THAT(Split(" a, b"), ElementsAre(" a", " b"));
 }
 
-TEST(FormatParametersTest, AListKeepsEmptyPiecesBetweenAndInFrontOfCommas) {
+TEST(FormatParametersTest, AListKeepsEmptyPiecesBetweenAndBeforeCommas) {
   EXPECT_THAT(Split("a,,b"), ElementsAre("a", "", "b"));
   EXPECT_THAT(Split(",a"), ElementsAre("", "a"));
 }
 
-TEST(FormatParametersTest, AListDropsTheEmptyPieceBehindATrailingComma) {
+TEST(FormatParametersTest, AListDropsTheEmptyPieceAfterATrailingComma) {
   EXPECT_THAT(Split("a,b,"), ElementsAre("a", "b"));
   EXPECT_THAT(Split(","), ElementsAre(""));
   EXPECT_THAT(Split(",,"), ElementsAre("", ""));

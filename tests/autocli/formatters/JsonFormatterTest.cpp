@@ -93,7 +93,7 @@ TEST_F(JsonFormatterTest, EscapesEachOfAllBytes) {
   }
 }
 
-TEST_F(JsonFormatterTest, PrintsAStructureBehindAnEmptyLine) {
+TEST_F(JsonFormatterTest, PrintsAnEmptyLineBeforeAStructure) {
   const auto structure = MetaStruct::New("Row");
   structure->SetField("b", "x");
   structure->SetField("a", 1);
@@ -116,7 +116,7 @@ TEST_F(JsonFormatterTest, PrintsEachScalarOfAListOnALine) {
   EXPECT_EQ(Print(flags), "\n[\ntrue, \nfalse\n]\n");
 }
 
-TEST_F(JsonFormatterTest, PrintsStructuresOfAListBehindALineOfTheListsIndentation) {
+TEST_F(JsonFormatterTest, PrintsALineOfSpacesBeforeEachStructureOfAList) {
   EXPECT_EQ(Print(MakeDisks({{"a", 1}, {"b", 2}})),
             "\n"
             "[\n"

@@ -70,7 +70,7 @@ TEST_F(PythonFormatterTest, PrintsAStructureWithASeparatorAfterEachField) {
   EXPECT_EQ(Print(disk), "{\"Name\": \"\"\"disk1\"\"\", \"Size\": 512, }\n");
 }
 
-TEST_F(PythonFormatterTest, PrintsAListWithASeparatorBehindEachElement) {
+TEST_F(PythonFormatterTest, PrintsASeparatorAfterEachElementOfAList) {
   const auto flags = MetaList::New(MetaType::Bool);
   flags->AddAll(std::vector<bool>{true, false});
   EXPECT_EQ(Print(flags), "[True, False, ]\n");

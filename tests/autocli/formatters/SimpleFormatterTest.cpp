@@ -112,7 +112,7 @@ TEST_F(SimpleFormatterTest, PrintsNothingForNull) {
   EXPECT_EQ(PrintAt(0, nullptr), "");
 }
 
-TEST_F(SimpleFormatterTest, TellsOfAKindThatLies) {
+TEST_F(SimpleFormatterTest, ReportsAValueThatClaimsAnotherKind) {
   const auto print = [](MetaType type) { return Print(std::make_shared<LyingValue>(type)); };
   EXPECT_EQ(print(MetaType::Bool), "Error reading a bool\n");
   EXPECT_EQ(print(MetaType::Int), "Error reading a int\n");
@@ -302,7 +302,7 @@ TEST_F(SimpleFormatterTest, InsertsAFieldIntoTheHeader) {
   EXPECT_EQ(PrintHeader("%Name%"), "disk1");
 }
 
-TEST_F(SimpleFormatterTest, PutsInTheLastOfSeveralMarkers) {
+TEST_F(SimpleFormatterTest, ReplacesOnlyTheLastOfSeveralMarkers) {
   EXPECT_EQ(PrintHeader("%Name% of %Size%"), "%Name% of 5");
 }
 

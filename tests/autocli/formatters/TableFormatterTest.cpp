@@ -181,7 +181,7 @@ TEST_F(TableFormatterTest, AlignsIntegersToTheRightAndTheRestToTheLeft) {
             "true      -42  1, 2  {'Name' => 'a', 'Size' => '1', }  text\n");
 }
 
-TEST_F(TableFormatterTest, FollowsAnIntegerByTwoBlanksInTheLastColumnToo) {
+TEST_F(TableFormatterTest, PrintsTwoSpacesAfterAnIntegerInTheLastColumnToo) {
   EXPECT_EQ(Print(TwoDisks(), {{"fields", "Size"}}), "Size\n----\n 512  \n4096  \n");
 }
 
@@ -252,7 +252,7 @@ TEST_F(TableFormatterTest, PrintsElementsOfSeveralLayouts) {
             "documented     5  \n");
 }
 
-TEST_F(TableFormatterTest, AnUnknownColumnGivesAnErrorLineInPlaceOfTheTable) {
+TEST_F(TableFormatterTest, AnErrorLineReplacesATableWithAnUnknownColumn) {
   EXPECT_EQ(Print(TwoDisks(), {{"fields", "Name,Nope,Neither"}}),
             "Error: Unknown field in field list: Nope\n");
   EXPECT_EQ(Print(MakeDisks({}), {{"fields", "Nope"}}), "Nope\n----\n");
@@ -362,7 +362,7 @@ TEST_F(TableFormatterTest, AnEmptyWrappedValueLeavesNothing) {
             "x  \n");
 }
 
-TEST_F(TableFormatterTest, WrapsEveryColumnOfTheLastOnesName) {
+TEST_F(TableFormatterTest, WrapsEveryColumnWithTheNameOfTheLastOne) {
   const auto rows = MakeRow({{"a", "x"}, {"b", "one two"}});
   EXPECT_EQ(Print(rows, {{"fields", "b,a,b"}, {"wrap-last", "true"}, {"show-header", "false"}}, 8),
             "one \n   twox  one \n   two\n");

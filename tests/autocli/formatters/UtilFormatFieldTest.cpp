@@ -106,7 +106,7 @@ TEST(UtilFormatFieldTest, OnlyTheKeyOfThatTypeAndFieldJoinedByADotCounts) {
   EXPECT_EQ(AutoCli_FormatField("T", "F", MetaInt::New(512), params), "512");
 }
 
-TEST(UtilFormatFieldTest, PrintfOnAStructureOrAListBlanksTheField) {
+TEST(UtilFormatFieldTest, PrintfPrintsAStructureOrAListAsAnEmptyField) {
   FormatParameters params;
   params.SetParameter("printf:T.F", "%d");
   const auto list = MetaList::New(MetaType::Int);

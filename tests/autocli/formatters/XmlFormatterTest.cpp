@@ -74,7 +74,7 @@ TEST_F(XmlFormatterTest, NamesTheStylesheetInTheSecondLine) {
             "</output>\n");
 }
 
-TEST_F(XmlFormatterTest, EscapesTheStylesheetInTheMetaDataAlone) {
+TEST_F(XmlFormatterTest, EscapesTheStylesheetOnlyInTheMetaData) {
   const std::string text = Print(MetaInt::New(7), {{"stylesheet", "x\"y&z%"}});
   EXPECT_NE(text.find("\n<?xml-stylesheet type=\"text/xsl\" href=\"x\"y&z%\"?>\n<output "),
             std::string::npos);
@@ -136,7 +136,7 @@ TEST_F(XmlFormatterTest, PrintsTheLimitsOfIntegers) {
             "<integer>-9223372036854775808</integer>\n");
 }
 
-TEST_F(XmlFormatterTest, EscapesSixCharactersInATextAndNoOther) {
+TEST_F(XmlFormatterTest, EscapesExactlySixCharactersInAString) {
   EXPECT_EQ(PrintAt(0, MetaString::New("100%")), "<string>100&#37;</string>\n");
   EXPECT_EQ(PrintAt(0, MetaString::New("<a href=\"x\">&'%</a>")),
             "<string>&lt;a href=&quot;x&quot;&gt;&amp;&apos;&#37;&lt;/a&gt;</string>\n");
@@ -255,7 +255,7 @@ TEST_F(XmlFormatterTest, IndentsByThreeSpacesPerLevelFromLevelOne) {
             "</structure>\n");
 }
 
-TEST_F(XmlFormatterTest, TellsOfAKindThatLies) {
+TEST_F(XmlFormatterTest, ReportsAValueThatClaimsAnotherKind) {
   const auto print = [](MetaType type) { return PrintAt(2, std::make_shared<LyingValue>(type)); };
   EXPECT_EQ(print(MetaType::Bool), "<!-- Error reading a bool -->\n");
   EXPECT_EQ(print(MetaType::Int), "Error reading a int\n");

@@ -198,7 +198,7 @@ TEST_F(CommandListTest, DeclaresThreeOptionalStrings) {
   EXPECT_NE(command->GetInputSpecInternal(), spec);
 }
 
-TEST_F(CommandListTest, TheHelpParameterStandsAmongItsParametersByName) {
+TEST_F(CommandListTest, TheHelpParameterIsInNameOrder) {
   const std::shared_ptr<CommandList> command = CommandList::New(dispatcher_.GetRootNamespace());
   std::vector<std::string> names;
   for (const std::shared_ptr<ParameterSpec>& parameter : command->GetInputSpec()->GetParameters()) {

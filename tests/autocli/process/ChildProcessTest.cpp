@@ -179,7 +179,7 @@ TEST_F(ChildProcessTest, ASignalThatWasPendingBeforeStaysSo) {
   pthread_sigmask(SIG_UNBLOCK, &sigpipe, nullptr);
 }
 
-TEST_F(ChildProcessTest, TheChildHasNothingOfTheSignalsOfItsParent) {
+TEST_F(ChildProcessTest, TheChildInheritsNoSignalsOfItsParent) {
   sigset_t all;
   sigset_t before;
   sigfillset(&all);

@@ -301,7 +301,7 @@ TEST(EchoGuardTest, APromptThatWentToAFileIsNotWrittenAgain) {
   EXPECT_EQ(0, terminal.WaitForEnd());
 }
 
-TEST(EchoGuardTest, InputThatIsNoTerminalIsLeftAlone) {
+TEST(EchoGuardTest, InputThatIsNotATerminalIsLeftAlone) {
   const ScopedInput in("secret\n");
   const EchoGuard guard("Prompt: ");
   for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM, SIGTSTP, SIGCONT}) {

@@ -33,7 +33,7 @@ TEST(UtilFitStringTest, WritesAStringThatFitsAfterItsMargin) {
   EXPECT_EQ(Fit({4, 20, "short"}), "    short");
 }
 
-TEST(UtilFitStringTest, WritesOneBlankForAMarginOfNothing) {
+TEST(UtilFitStringTest, WritesOneSpaceForAMarginOfZeroColumns) {
   EXPECT_EQ(Fit({0, 20, "short"}), " short");
   EXPECT_EQ(Fit({-3, 20, "short"}), " short");
   EXPECT_EQ(Fit({1, 20, "short"}), " short");
@@ -49,7 +49,7 @@ TEST(UtilFitStringTest, EndsTheLastLineOnRequest) {
   EXPECT_EQ(Fit({4, 20, "", false, true}), "    \n");
 }
 
-TEST(UtilFitStringTest, BreaksAtBlanksAndLeavesOneBehind) {
+TEST(UtilFitStringTest, BreaksAtSpacesAndKeepsOne) {
   EXPECT_EQ(Fit({4, 20, "aaaa bbbb cccc dddd"}), "    aaaa bbbb cccc \n    dddd");
 }
 
@@ -63,7 +63,7 @@ TEST(UtilFitStringTest, DoesNotBreakAStringOfExactlyTheWidth) {
   EXPECT_EQ(Fit({4, 20, "aaaa bbbb cccc dd"}), "    aaaa bbbb cccc \n    dd");
 }
 
-TEST(UtilFitStringTest, ChargesAColumnForEachWordTheFirstOneToo) {
+TEST(UtilFitStringTest, CountsAColumnBeforeEachWordIncludingTheFirst) {
   // Without the additional column per word, nine bytes would fit in a line of ten.
   EXPECT_EQ(Fit({0, 10, "aaaa bbbbb cc"}), " aaaa \n bbbbb cc");
   EXPECT_EQ(Fit({0, 10, "aaaa bbbb ccc"}), " aaaa bbbb \n ccc");
@@ -119,7 +119,7 @@ TEST(UtilFitStringTest, JoinsLinesBySingleBreaksWhenTheLastIsNotEnded) {
   EXPECT_EQ(Fit({2, 10, "one\ntwo\nthree", false, false, 0, true}), "  one\n  two\n  three");
 }
 
-TEST(UtilFitStringTest, WritesNothingForAnEmptyTextSplitIntoLines) {
+TEST(UtilFitStringTest, WritesNothingForAnEmptyStringSplitIntoLines) {
   EXPECT_EQ(Fit({4, 20, "", false, true, 0, true}), "");
   EXPECT_EQ(Fit({4, 20, "", true, false, 0, true}), "");
 }

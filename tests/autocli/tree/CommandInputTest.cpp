@@ -86,7 +86,7 @@ TEST(CommandInputTest, IsAnInput) {
   EXPECT_THAT(output->GetErrors(), ElementsAre("Unknown parameter : name"));
 }
 
-TEST(CommandInputTest, AnOrdinaryInputIsNoCommandInput) {
+TEST(CommandInputTest, AnOrdinaryInputIsNotACommandInput) {
   EXPECT_EQ(std::dynamic_pointer_cast<CommandInput>(CallSpec::Input::New()), nullptr);
 }
 

@@ -46,7 +46,7 @@ TEST(CommandOutputTest, IsAnOutput) {
   EXPECT_EQ(std::dynamic_pointer_cast<CommandOutput>(output), command);
 }
 
-TEST(CommandOutputTest, AnOrdinaryOutputIsNoCommandOutput) {
+TEST(CommandOutputTest, AnOrdinaryOutputIsNotACommandOutput) {
   EXPECT_EQ(std::dynamic_pointer_cast<CommandOutput>(CallSpec::Output::New()), nullptr);
 }
 

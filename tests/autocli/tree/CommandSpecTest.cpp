@@ -204,7 +204,7 @@ TEST_F(CommandSpecTest, GetInputSpecAddsHelpOnceAndReturnsTheSameObject) {
   EXPECT_THAT(ParameterNames(*spec), ElementsAre("device", "help"));
 }
 
-TEST_F(CommandSpecTest, TheHelpParameterStandsWhereItsNameSorts) {
+TEST_F(CommandSpecTest, TheHelpParameterIsInNameOrder) {
   command_->inputSpec->AddParameter(OptionalParameter("password", ParameterType::String));
   command_->inputSpec->AddParameter(OptionalParameter("device", ParameterType::String));
   EXPECT_THAT(ParameterNames(*command_->GetInputSpec()), ElementsAre("device", "help", "password"));

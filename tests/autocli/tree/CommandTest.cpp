@@ -92,7 +92,7 @@ TEST_F(CommandTest, RunsThroughTheInterfaceOfACallTarget) {
 
 // Help.
 
-TEST_F(CommandTest, HelpIsGivenInsteadOfTheWorkEvenWhenRequiredParametersAreMissing) {
+TEST_F(CommandTest, HelpReplacesTheWorkEvenWhenRequiredParametersAreMissing) {
   const std::shared_ptr<SampleCommand> command = MakeThrowingCommand("never called");
   command->inputSpec->AddParameter(ParameterSpec::New("device", ParameterType::String));
   input_->AddParameter("help", "true");
@@ -106,12 +106,12 @@ TEST_F(CommandTest, HelpIsGivenInsteadOfTheWorkEvenWhenRequiredParametersAreMiss
   EXPECT_EQ(help->GetField("Path")->ToString(), "network ip list");
 }
 
-TEST_F(CommandTest, HelpIsGivenWhateverItsValueIs) {
+TEST_F(CommandTest, PrintsHelpForAnyValueOfTheParameter) {
   input_->AddParameter("help", "false");
   EXPECT_EQ(Run(std::make_shared<SampleCommand>())->GetOutputType(), Output::Help);
 }
 
-TEST_F(CommandTest, HelpThatCannotBeGivenIsAnError) {
+TEST_F(CommandTest, HelpThatCannotBeMadeIsAnError) {
   const auto command = std::make_shared<SampleCommand>();
   command->inputSpec = nullptr;
   input_->AddParameter("help", "");

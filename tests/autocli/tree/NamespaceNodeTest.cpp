@@ -144,7 +144,7 @@ TEST_F(NamespaceNodeTest, ADuplicateBelowTheRootNamesThePathWithSpaces) {
                                               "attempt to register two objects with name list"));
 }
 
-TEST_F(NamespaceNodeTest, NamesThatDifferInCaseAreNoDuplicates) {
+TEST_F(NamespaceNodeTest, NamesThatDifferInCaseAreNotDuplicates) {
   ip_->SubNamespace("fooBar");
   ip_->RegisterNamespaceNode(Namespace::New(), "foobar");
   EXPECT_THAT(ip_->GetNamespaceNodeNames(), ElementsAre("fooBar", "foobar", "list"));
@@ -203,7 +203,7 @@ TEST_F(NamespaceNodeTest, ANullCStringCountsAsTheEmptyName) {
       ThrowsMessage<KestrelException>(InvalidNameMessage("")));
 }
 
-TEST_F(NamespaceNodeTest, MessagesOfAnUnregisteredNamespaceTellOfItsMissingParent) {
+TEST_F(NamespaceNodeTest, MessagesOfAnUnregisteredNamespaceReportItsMissingParent) {
   const std::shared_ptr<Namespace> node = Namespace::New();
   node->SubNamespace("list");
   const std::string noParent =
@@ -337,7 +337,7 @@ TEST_F(NamespaceNodeTest, ResolvingStartsBelowTheCalledNode) {
   EXPECT_THAT(path, ElementsAre("list"));
 }
 
-TEST_F(NamespaceNodeTest, ResolvingAnEmptyPathGivesNull) {
+TEST_F(NamespaceNodeTest, ResolvingAnEmptyPathReturnsNull) {
   Words path;
   EXPECT_EQ(root_->ResolveNode(path), nullptr);
   EXPECT_EQ(list_->ResolveNode(path), nullptr);
@@ -351,7 +351,7 @@ TEST_F(NamespaceNodeTest, ResolvingAnUnknownWordNamesTheNamespaceThatLacksIt) {
                                               "'bogus' in namespace network"));
 }
 
-TEST_F(NamespaceNodeTest, ResolvingAnUnknownFirstWordEndsItsMessageInABlank) {
+TEST_F(NamespaceNodeTest, TheMessageAboutAnUnknownFirstWordEndsWithASpace) {
   Words path{"bogus"};
   EXPECT_THAT([&] { root_->ResolveNode(path); },
               ThrowsMessage<KestrelException>(

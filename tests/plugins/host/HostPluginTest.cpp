@@ -163,7 +163,7 @@ TEST(HostPluginTest, EveryParameterHasADescriptionWithoutLooseMarkers) {
   }
 }
 
-TEST(HostPluginTest, DefaultFormatsNameWhatIsThere) {
+TEST(HostPluginTest, DefaultFormatsNameExistingFields) {
   for (const auto& [path, command] : GetCommands()) {
     const auto format = command->GetDefaultOutputFormatParameters();
     EXPECT_TRUE(GetDispatcher().HasFormatter(format.GetFormatter())) << path;

@@ -56,7 +56,7 @@ TEST(NetworkAddressCheckTest, AMachineThatDoesNotRespondIsAnError) {
               ElementsAre("fe80::1%eth0 does not respond to 3 requests"));
 }
 
-TEST(NetworkAddressCheckTest, OneRequestIsNotSeveral) {
+TEST(NetworkAddressCheckTest, ReportsASingleRequest) {
   const MadeUpTool ping("ping", "exit 1\n");
   EXPECT_THAT(CallErrors(kCheck, {{"address", "a"}, {"count", "1"}}),
               ElementsAre("a does not respond to 1 request"));
@@ -80,7 +80,7 @@ struct AddressCase {
 class CheckedAddressTest : public ::testing::TestWithParam<AddressCase> {};
 
 // The address is a single argument, unchanged, and never an option.
-TEST_P(CheckedAddressTest, ReachesPingAsItIs) {
+TEST_P(CheckedAddressTest, ReachesPingUnchanged) {
   const MadeUpTool ping("ping", "for last; do :; done; printf '[%s]\\n' \"$last\" >&2; exit 2\n");
   EXPECT_THAT(CallErrors(kCheck, {{"address", GetParam().address}}),
               ElementsAre("[" + std::string(GetParam().address) + "]"));

@@ -85,7 +85,7 @@ TEST(ScriptFaultTest, ReportsThatThereIsNoTemporaryFolder) {
               ElementsAre("No temporary folder can be made in /nosuch"));
 }
 
-TEST(ScriptFaultTest, LeavesNothingBehind) {
+TEST(ScriptFaultTest, RemovesItsTemporaryFiles) {
   const ScopedTempDir work;
   const ScopedEnvironment folder("TMPDIR", work.GetPath());
   Call("system password hash", {{"password", "x"}});

@@ -103,7 +103,7 @@ TEST(ValueDocumentTest, ReadsBackALongText) {
   EXPECT_EQ(ReadBackText("string", text + "."), text + ".");
 }
 
-TEST(ValueDocumentTest, RefusesATextThatNoReaderTakes) {
+TEST(ValueDocumentTest, RefusesAStringThatReadersReject) {
   EXPECT_EQ(Witness("head -c 10000001 /dev/zero | tr '\\0' a | perl '" +
                     ScriptPath("value-document") + "' string 2>&1 >/dev/null || :"),
             "A string is longer than 10000000 bytes\n");
@@ -141,7 +141,7 @@ TEST(ValueDocumentTest, TakesTheUsualWordsForTrue) {
   }
 }
 
-TEST(ValueDocumentTest, GivesTheLastFieldOfALineTheRest) {
+TEST(ValueDocumentTest, TheLastFieldOfALineIsTheRest) {
   EXPECT_THAT(ToRows(ReadBack("list R A:string B:int C:string", "a\t1\tx\ty\t\n\n&\n")),
               ElementsAre(Row({{"A", "a"}, {"B", "1"}, {"C", "x\\x09y\\x09"}}),
                           Row({{"A", ""}, {"B", "0"}, {"C", ""}}),
@@ -160,7 +160,7 @@ TEST(ValueDocumentTest, TakesAnythingBetweenNuls) {
       ElementsAre(Row({{"A", "a\\x09b\\x0ac"}, {"B", "2"}}), Row({{"A", "<d>"}, {"B", "3"}})));
 }
 
-TEST(ValueDocumentTest, MakesAnEmptyListOfNothing) {
+TEST(ValueDocumentTest, MakesAnEmptyListFromNothing) {
   EXPECT_THAT(ToRows(ReadBack("list R A:string", "")), IsEmpty());
   EXPECT_THAT(ToRows(ReadBack("-z list R A:string", "")), IsEmpty());
 }

@@ -96,7 +96,7 @@ json Field(const char* path, const char* kind, const char* type) {
   return {{"Path", path}, {"Kind", kind}, {"Type", type}, {"Documentation", "none"}};
 }
 
-TEST(CommandDescribeTest, SaysEverythingThatACommandDeclares) {
+TEST(CommandDescribeTest, ReturnsEverythingThatACommandDeclares) {
   const ScopedTempDir folder;
   const json description = DescribeAsJson("sample list", {folder.Write("sample.xml", kDescriptor)});
 
@@ -228,7 +228,7 @@ TEST(CommandDescribeTest, NothingIsBelowACommand) {
                 "--namespace-filter vexil.command");
 }
 
-TEST(CommandDescribeTest, ANamespaceIsNoCommand) {
+TEST(CommandDescribeTest, ANamespaceIsNotACommand) {
   ExpectRefusal("vexil command",
                 "The path 'vexil command' leads to a namespace, not to a command. To list the "
                 "commands: vexil vexil command list --namespace-filter vexil.command");

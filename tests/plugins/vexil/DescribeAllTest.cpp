@@ -177,7 +177,7 @@ class DescribeAllTest : public testing::Test {
 
 std::vector<std::string>* DescribeAllTest::paths_ = nullptr;
 
-TEST_F(DescribeAllTest, InXmlAndJsonWithTheSameContent) {
+TEST_F(DescribeAllTest, XmlAndJsonHaveTheSameContent) {
   ASSERT_GT(paths_->size(), 20u);
   const std::vector<json> documents = ReadJsonDocuments(DescribeAll(*paths_, "--formatter json"));
   const std::vector<std::string> texts =
@@ -190,7 +190,7 @@ TEST_F(DescribeAllTest, InXmlAndJsonWithTheSameContent) {
   }
 }
 
-TEST_F(DescribeAllTest, UnderItsPathWithAPluginADescriptionAndFields) {
+TEST_F(DescribeAllTest, HasAPathAPluginADescriptionAndFields) {
   const std::vector<json> documents = ReadJsonDocuments(DescribeAll(*paths_, "--formatter json"));
   ASSERT_EQ(paths_->size(), documents.size());
   for (std::size_t index = 0; index < documents.size(); ++index) {
@@ -203,7 +203,7 @@ TEST_F(DescribeAllTest, UnderItsPathWithAPluginADescriptionAndFields) {
   }
 }
 
-TEST_F(DescribeAllTest, WithTheParametersOfItsHelpPage) {
+TEST_F(DescribeAllTest, HasTheParametersOfItsHelpPage) {
   std::string lines;
   for (std::string path : *paths_) {
     std::replace(path.begin(), path.end(), '.', ' ');
@@ -226,7 +226,7 @@ TEST_F(DescribeAllTest, WithTheParametersOfItsHelpPage) {
   }
 }
 
-TEST_F(DescribeAllTest, ForReadersAndInPython) {
+TEST_F(DescribeAllTest, PrintsForReadersAndInPython) {
   const std::string simple = DescribeAll(*paths_, "");
   EXPECT_THAT(simple, Not(HasSubstr("Error getting field")));
   for (std::string path : *paths_) {

@@ -46,7 +46,7 @@ TEST(PluginListTest, ListsEachPluginInTheOrderOfLoading) {
   EXPECT_TRUE(std::filesystem::equivalent(KESTREL_LIBRARY, LibraryPath(rows)));
 }
 
-TEST(PluginListTest, CountsPluginsOfTheSameFileNameApart) {
+TEST(PluginListTest, DistinguishesPluginsWithTheSameFileName) {
   const ScopedTempDir folder;
   const std::string first = folder.Write("a/sample.xml", kDescriptor);
   const std::string second =

@@ -170,7 +170,7 @@ TEST(CatalogJsonTest, AnyTreeReadsBackEqualAndWritesTheSameBytesAgain) {
   }
 }
 
-TEST(CatalogJsonTest, DoesNotCareForSpacesAndTheOrderOfKeys) {
+TEST(CatalogJsonTest, IgnoresSpacesAndTheOrderOfKeys) {
   EXPECT_TRUE(Tree() ==
               ReadJson("\n{\"namespaces\":[],\"format\":1,\"faults\":[ ],\"commands\":[]}"));
 }

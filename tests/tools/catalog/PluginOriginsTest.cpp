@@ -131,7 +131,7 @@ TEST_F(PluginOriginsTest, APluginOfTheProgramIsBuiltIntoTheProgram) {
   EXPECT_EQ(LibraryPlugin(), Find("vexil command list"));
 }
 
-TEST_F(PluginOriginsTest, ANativeCommandIsOfTheSharedObjectThatHasItsClass) {
+TEST_F(PluginOriginsTest, ANativeCommandBelongsToTheSharedObjectWithItsClass) {
   const std::string first = folder_.GetPath("first.so");
   const std::string second = folder_.GetPath("second.so");
   CopyTestPlugin("NamedAfterFilePlugin", first);
@@ -153,7 +153,7 @@ TEST_F(PluginOriginsTest, APluginIsFoundByTheNameThatItWasLoadedBy) {
   std::filesystem::current_path(here);
 }
 
-TEST_F(PluginOriginsTest, ACommandOfADescriptorIsOfTheOneThatDeclaresIt) {
+TEST_F(PluginOriginsTest, ACommandBelongsToTheDescriptorThatDeclaresIt) {
   const std::string list = folder_.Write("list.xml", MakeDescriptor("disk", "list"));
   const std::string get = folder_.Write("get.xml", MakeDescriptor("disk", "get"));
   dispatcher_.AddPlugin(list);
@@ -175,24 +175,24 @@ TEST_F(PluginOriginsTest, TheDescriptorsOfANamespaceAreThoseThatDeclareIt) {
   EXPECT_THAT(origins().FindDescriptors("vexil"), IsEmpty());
 }
 
-TEST_F(PluginOriginsTest, NobodyIsFoundForADescriptorThatIsGone) {
+TEST_F(PluginOriginsTest, ReturnsNullForADescriptorThatIsGone) {
   const std::string list = folder_.Write("list.xml", MakeDescriptor("disk", "list"));
   dispatcher_.AddPlugin(list);
   std::remove(list.c_str());
   EXPECT_EQ("none", Find("disk list"));
 }
 
-TEST_F(PluginOriginsTest, NobodyIsFoundForAnExtensionCommandThatNoDescriptorDeclares) {
+TEST_F(PluginOriginsTest, ReturnsNullForAnExtensionCommandThatNoDescriptorDeclares) {
   dispatcher_.AddPlugin(folder_.Write("list.xml", MakeDescriptor("disk", "list")));
   RegisterAt(dispatcher_.GetRootNamespace(), {"disk", "get"}, AutoCli::ExtensionCommand::New());
   EXPECT_EQ("none", Find("disk get"));
 }
 
-TEST_F(PluginOriginsTest, NobodyIsFoundForAPlainNamespace) {
+TEST_F(PluginOriginsTest, ReturnsNullForAPlainNamespace) {
   EXPECT_EQ("none", Find("vexil command"));
 }
 
-TEST_F(PluginOriginsTest, APluginThatFailedIsFoundAndIsNoneOfTheRegisteredOnes) {
+TEST_F(PluginOriginsTest, APluginThatFailedIsFoundButNotRegistered) {
   const std::string path = TestPluginPath("ThrowingPluginKestrelException");
   EXPECT_THROW(dispatcher_.AddPlugin(path), KestrelException);
   EXPECT_EQ("shared " + path + " ThrowingPluginKestrelException.so", Find("throwing early"));

@@ -248,7 +248,7 @@ TEST_F(ReadTreeTest, ReadsEveryKindOfParameterAndLeavesHelpOut) {
   }
 }
 
-TEST_F(ReadTreeTest, ReadsTheMarksOfAParameter) {
+TEST_F(ReadTreeTest, ReadsThePropertiesOfAParameter) {
   const auto parameter = ParameterSpec::New("password", ParameterType::String);
   parameter->SetShortName("P");
   parameter->SetSecret(true);
@@ -395,7 +395,7 @@ TEST_F(ReadTreeTest, AKindThatDoesNotExistIsAFault) {
   EXPECT_THAT(ReadFaults(), ElementsAre(Pair("sample get", "A kind does not exist")));
 }
 
-TEST_F(ReadTreeTest, AListThatIsNoneIsAFault) {
+TEST_F(ReadTreeTest, AFalseListIsAFault) {
   const auto record = MetaStruct::New("Row");
   record->SetField("Parts", std::make_shared<LyingValue>(MetaType::List));
   AddSample().outputSpec->SetRootObject(record);
@@ -484,7 +484,7 @@ TEST_F(ReadTreeTest, NamesThePluginsOfNodes) {
   EXPECT_THAT(FindNamespace(tree, "nobodys")->plugins, IsEmpty());
 }
 
-TEST_F(ReadTreeTest, AnyOrderOfLoadingGivesTheSameBytes) {
+TEST_F(ReadTreeTest, AnyOrderOfLoadingResultsInTheSameBytes) {
   std::vector<std::string> files = {TestPluginPath("EchoPlugin")};
   for (const char* const name : {"list", "get", "check", "count"}) {
     files.push_back(folder_.Write(std::string(name) + ".xml", MakeDescriptor(name)));
@@ -525,7 +525,7 @@ TEST(ReadCommandTest, ThrowsWhatTheDeclarationThrows) {
               testing::ThrowsMessage<std::runtime_error>("no oil"));
 }
 
-TEST(ReadCommandTest, HasThePathThatItIsGivenAndNoPlugin) {
+TEST(ReadCommandTest, HasTheGivenPathAndNoPlugin) {
   SampleCommand command;
   const Command read = ReadCommand(command, "a b");
   EXPECT_EQ("a b", read.path);

@@ -35,7 +35,7 @@ TEST(CompletionTest, TakesTheCandidatesThatBeginAsTyped) {
   EXPECT_EQ("list\n:\n", WriteCompletion(completion));
 }
 
-TEST(CompletionTest, LeavesOutWhatALineCannotContain) {
+TEST(CompletionTest, OmitsWhatALineCannotContain) {
   Completion completion;
   completion.Add("", "a\nb");
   completion.Add("", "a\tb");

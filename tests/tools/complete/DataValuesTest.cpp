@@ -89,7 +89,7 @@ class DataValuesTest : public ::testing::Test {
   std::shared_ptr<SampleCommand> command_;
 };
 
-TEST_F(DataValuesTest, AreTheFieldOfEachRow) {
+TEST_F(DataValuesTest, ComeFromTheFieldOfEachRow) {
   RegisterRows(2);
   EXPECT_THAT(Read("row.list Name"), ElementsAre("row0", "row1"));
   EXPECT_THAT(Read("row.list Mount Point"), ElementsAre("/row0", "/row1"));
@@ -97,7 +97,7 @@ TEST_F(DataValuesTest, AreTheFieldOfEachRow) {
   EXPECT_THAT(Read("row.list Tags"), ElementsAre("row01", "row02", "row11", "row12"));
 }
 
-TEST_F(DataValuesTest, AreTheFieldOfASingleStructure) {
+TEST_F(DataValuesTest, ComeFromTheFieldOfASingleStructure) {
   Register([](const auto&, const auto& output) { output->SetRootObject(MakeRow("one", 1)); });
   command_->outputSpec->SetRootObject(MakeRow("", 0));
   EXPECT_THAT(Read("row.list Name"), ElementsAre("one"));
@@ -108,7 +108,7 @@ TEST_F(DataValuesTest, MayBeMany) {
   EXPECT_THAT(Read("row.list Mount Point", milliseconds(60000)), SizeIs(50000));
 }
 
-TEST_F(DataValuesTest, AreNoneWhenTheSourceIsWrong) {
+TEST_F(DataValuesTest, AreEmptyWhenTheSourceIsWrong) {
   RegisterRows(2);
   for (const char* source : {"", " ", "row.list", "row.list ", "row.list Nosuch", "row Name",
                              "nosuch.list Name", "row.list.more Name", " Name", "..."}) {
@@ -116,7 +116,7 @@ TEST_F(DataValuesTest, AreNoneWhenTheSourceIsWrong) {
   }
 }
 
-TEST_F(DataValuesTest, AreNoneWhenTheCommandFails) {
+TEST_F(DataValuesTest, AreEmptyWhenTheCommandFails) {
   Register([](const auto&, const auto& output) {
     output->SetRootObject(MakeRows(2));
     output->AddErrorMessage("no fuel");
@@ -124,7 +124,7 @@ TEST_F(DataValuesTest, AreNoneWhenTheCommandFails) {
   EXPECT_THAT(Read("row.list Name"), IsEmpty());
 }
 
-TEST_F(DataValuesTest, AreNoneWhenTheCommandThrowsOrEndsTheProcess) {
+TEST_F(DataValuesTest, AreEmptyWhenTheCommandThrowsOrEndsTheProcess) {
   Register([](const auto&, const auto&) { throw std::runtime_error("no fuel"); });
   EXPECT_THAT(Read("row.list Name"), IsEmpty());
   command_->work = [](const auto&, const auto&) { throw 42; };
@@ -150,14 +150,14 @@ TEST_F(DataValuesTest, AreNeverThoseOfACommandThatChangesSomething) {
   EXPECT_EQ(0, access(file.c_str(), F_OK));
 }
 
-TEST_F(DataValuesTest, AreNoneWhenTheCommandNeedsAParameter) {
+TEST_F(DataValuesTest, AreEmptyWhenTheCommandNeedsAParameter) {
   RegisterRows(1);
   command_->inputSpec = InputSpec::New();
   command_->inputSpec->AddParameter(ParameterSpec::New("name", CallSpec::String));
   EXPECT_THAT(Read("row.list Name"), IsEmpty());
 }
 
-TEST_F(DataValuesTest, AreNoneAtTheDeadlineAndAllThatRunsIsKilled) {
+TEST_F(DataValuesTest, AreEmptyAtTheDeadlineAndTheProcessesAreKilled) {
   const ScopedTempDir folder;
   const std::string file = folder.GetPath("late");
   Register([file](const auto&, const auto& output) {

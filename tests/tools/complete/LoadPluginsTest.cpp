@@ -51,7 +51,7 @@ TEST_F(LoadPluginsTest, LoadsNoFileThatOthersCanWrite) {
   EXPECT_FALSE(IsLoadedBy("plugin-dir", folder_.GetPath()));
 }
 
-TEST_F(LoadPluginsTest, LeavesOutFilesThatCannotBeLoaded) {
+TEST_F(LoadPluginsTest, SkipsFilesThatCannotBeLoaded) {
   const std::string broken = folder_.Write("a.so", "text");
   chmod(broken.c_str(), 0644);
   EXPECT_TRUE(IsLoadedBy("plugin-dir", folder_.GetPath()));

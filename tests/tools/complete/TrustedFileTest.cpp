@@ -30,7 +30,7 @@ class TrustedFileTest : public ::testing::Test {
   std::string file_ = folder_.Write("plugin.so", "");
 };
 
-TEST_F(TrustedFileTest, BelongsToTheUserAndIsWrittenByNobodyElse) {
+TEST_F(TrustedFileTest, BelongsToTheUserWhoAloneCanWriteIt) {
   EXPECT_TRUE(IsTrustedFile(file_));
   chmod(file_.c_str(), 0666);
   EXPECT_FALSE(IsTrustedFile(file_));
@@ -42,7 +42,7 @@ TEST_F(TrustedFileTest, BelongsToTheUserAndIsWrittenByNobodyElse) {
 
 TEST_F(TrustedFileTest, MayBelongToRoot) { EXPECT_TRUE(IsTrustedFile("/etc/passwd")); }
 
-TEST_F(TrustedFileTest, BelongsToNobodyElse) {
+TEST_F(TrustedFileTest, DoesNotBelongToAnotherUser) {
   if (geteuid() != 0) {
     GTEST_SKIP() << "only root can change the owner of a file";
   }
@@ -50,14 +50,14 @@ TEST_F(TrustedFileTest, BelongsToNobodyElse) {
   EXPECT_FALSE(IsTrustedFile(file_));
 }
 
-TEST_F(TrustedFileTest, IsInFoldersThatNobodyElseWrites) {
+TEST_F(TrustedFileTest, IsInFoldersThatOnlyItsOwnerCanWrite) {
   chmod(folder_.GetPath().c_str(), 0777);
   EXPECT_FALSE(IsTrustedFile(file_));
   chmod(folder_.GetPath().c_str(), 01777);
   EXPECT_TRUE(IsTrustedFile(file_));
 }
 
-TEST_F(TrustedFileTest, IsJudgedByWhatALinkLeadsTo) {
+TEST_F(TrustedFileTest, IsTheTargetOfALink) {
   const std::string link = folder_.GetPath("link.so");
   ASSERT_EQ(0, symlink(file_.c_str(), link.c_str()));
   EXPECT_TRUE(IsTrustedFile(link));

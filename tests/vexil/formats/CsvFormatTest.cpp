@@ -21,7 +21,7 @@ TEST(CsvFormatTest, OmitsTheHeaderOnRequest) {
               ElementsAre("The value of header is neither true nor false: no"));
 }
 
-TEST(CsvFormatTest, QuotesWhatASeparatorOrAQuoteIsIn) {
+TEST(CsvFormatTest, QuotesCellsWithASeparatorOrAQuote) {
   EXPECT_EQ(
       Csv(MakeTexts({"a,b", "say \"hi\"", "a\nb", "a\rb", " a ", "a\tb;c"}), {{"header", "false"}}),
       "\"a,b\"\r\n\"say \"\"hi\"\"\"\r\n\"a\nb\"\r\n\"a\rb\"\r\n a \r\na\tb;c\r\n");

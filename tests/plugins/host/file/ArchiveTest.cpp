@@ -97,7 +97,7 @@ const FormatCase kFormats[] = {
 INSTANTIATE_TEST_SUITE_P(Formats, ArchiveFormatTest, ::testing::ValuesIn(kFormats),
                          [](const auto& row) { return row.param.name; });
 
-TEST(ArchiveTest, HasTheNamesOfOwnersThatTheArchiveHas) {
+TEST(ArchiveTest, ReturnsTheNamesOfOwnersInTheArchive) {
   const MadeArchive named(std::string(kMakeFiles) + "-f ../archive pipe");
   EXPECT_EQ(Members(named.GetPath()).at(0).user, "ann");
   EXPECT_EQ(Members(named.GetPath()).at(0).group, "users");

@@ -71,7 +71,7 @@ TEST(FileChecksumTest, TheDefaultIsSha256) {
             CallRows(kCommand, {{"file", "/etc/passwd"}, {"algorithm", "sha256"}}));
 }
 
-TEST(FileChecksumTest, KeepsTheOrderOfTheFilesUnlessToldOtherwise) {
+TEST(FileChecksumTest, KeepsTheOrderOfTheFilesUnlessSorted) {
   const ScopedTempDir folder;
   const std::string a = folder.Write("a", "1");
   const std::string b = folder.Write("b", "22");

@@ -73,7 +73,7 @@ TEST(FindProgramTest, FindsTheFirstProgramInPath) {
   EXPECT_EQ(FindProgram("other"), std::nullopt);
 }
 
-TEST(FindProgramTest, PassesOverRelativeFolders) {
+TEST(FindProgramTest, SkipsRelativeFolders) {
   const ScopedEnvironment path("PATH", "::.:bin:../../../bin");
   EXPECT_EQ(FindProgram("sh"), std::nullopt);
 }
@@ -91,7 +91,7 @@ TEST(RunProgramTest, ReturnsBothStreamsAndTheStatus) {
   EXPECT_EQ(RunScript("kill -TERM $$").status, 128 + SIGTERM);
 }
 
-TEST(RunProgramTest, PassesArgumentsAsTheyAre) {
+TEST(RunProgramTest, PassesArgumentsUnchanged) {
   const std::vector<std::string> odd = {"", "a b", "it's", "$(x)", "*", "a\nb"};
   EXPECT_EQ(RunScript("printf '<%s>' \"$@\"", odd).output, "<><a b><it's><$(x)><*><a\nb>");
 }
@@ -113,7 +113,7 @@ TEST(RunProgramTest, EndsAProgramWhoseReaderHasEnough) {
   EXPECT_EQ(result.status, 0);
 }
 
-TEST(RunProgramTest, GivesAnEmptyStandardInput) {
+TEST(RunProgramTest, RunsWithAnEmptyStandardInput) {
   EXPECT_EQ(RunScript("cat; echo end").output, "end\n");
 }
 
@@ -149,7 +149,7 @@ TEST(RunProgramTest, LeavesNoDescriptorAndNoChild) {
   EXPECT_EQ(errno, ECHILD);
 }
 
-TEST(RunProgramWithinTest, IsTheSameForAProgramThatEndsInTime) {
+TEST(RunProgramWithinTest, ReturnsTheSameForAProgramThatEndsInTime) {
   const ProgramResult result = RunWithin(kLong, "echo out; echo wrong >&2; exit 3");
   EXPECT_EQ(result.output, "out\n");
   EXPECT_EQ(result.errorOutput, "wrong\n");
@@ -229,7 +229,7 @@ TEST(RunProgramWithinTest, ReadsAllThatAnEndedProgramWrote) {
   }
 }
 
-TEST(RunProgramWithinTest, WorksWhereEndsOfChildrenAreIgnored) {
+TEST(RunProgramWithinTest, WorksWhenTheSignalOfChildrenIsIgnored) {
   ::signal(SIGCHLD, SIG_IGN);
   const ProgramResult result = RunWithin(kLong, "echo out");
   ::signal(SIGCHLD, SIG_DFL);

@@ -22,14 +22,14 @@ TEST(DeviceNumberTest, IsReadFromMajorAndMinorNumber) {
   EXPECT_THAT(ParseDeviceNumber("259:1048575"), Optional(makedev(259, 1048575)));
 }
 
-TEST(DeviceNumberTest, IsNothingInAnyOtherText) {
+TEST(DeviceNumberTest, RejectsEveryOtherString) {
   for (const char* const text : {"", ":", "8", "8:", ":1", "8:1:2", "8,1", "a:1", "8:b", "8:1x",
                                  "99999999999999999999:1", "8:99999999999999999999"}) {
     EXPECT_EQ(ParseDeviceNumber(text), std::nullopt) << text;
   }
 }
 
-TEST(DeviceNumberTest, IsWrittenAsItIsRead) {
+TEST(DeviceNumberTest, IsFormattedAsItIsParsed) {
   for (const char* const text : {"0:0", "8:1", "253:7", "4095:1048575"}) {
     EXPECT_EQ(FormatDeviceNumber(*ParseDeviceNumber(text)), text);
   }

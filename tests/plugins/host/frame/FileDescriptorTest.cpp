@@ -60,7 +60,7 @@ TEST(FileDescriptorTest, ReportsAFailedClose) {
   EXPECT_EQ(file.Close(), EBADF);
 }
 
-TEST(FileDescriptorTest, GivesUpItsOwnershipWhenMoved) {
+TEST(FileDescriptorTest, LosesItsOwnershipWhenMoved) {
   FileDescriptor first = Open("/dev/null");
   const int number = first.Get();
   {

@@ -118,13 +118,13 @@ TEST(HostFileTest, ReadsALineWithoutTheSpaceAroundIt) {
   EXPECT_EQ(ReadLine(folder.GetPath("absent")), "");
 }
 
-TEST(HostFileTest, AFolderWithAnEntryIsThere) {
+TEST(HostFileTest, AFolderWithAnEntryIsAccepted) {
   const ScopedTempDir folder;
   folder.Write("entry", "");
   RequireEntries(folder.GetPath());
 }
 
-TEST(HostFileTest, AnEmptyAndAMissingFolderAreNotThere) {
+TEST(HostFileTest, AnEmptyOrMissingFolderHasNoEntries) {
   const ScopedTempDir folder;
   const std::string start = "Unable to read " + folder.GetPath();
   EXPECT_THAT([&] { RequireEntries(folder.GetPath()); },
@@ -152,7 +152,7 @@ TEST(HostFileTest, WhatCannotBeReadIsReported) {
   EXPECT_THAT([&] { ListRequiredFolder(hidden); }, message(hidden, "Permission denied"));
 }
 
-TEST(HostFileTest, WhatIsRequiredMustBeThere) {
+TEST(HostFileTest, WhatIsRequiredMustExist) {
   EXPECT_THAT(
       [] { RequireReadable("/nowhere/x"); },
       ThrowsMessage<KestrelException>("Unable to read /nowhere/x: No such file or directory"));
@@ -162,7 +162,7 @@ TEST(HostFileTest, WhatIsRequiredMustBeThere) {
   RequireReadable("/proc/self/stat");
 }
 
-TEST(HostFileTest, KnowsTheErrorsOfWhatIsAbsent) {
+TEST(HostFileTest, RecognizesTheErrorsOfAbsence) {
   for (const int error : {ENOENT, ENOTDIR, ESRCH, ENODEV}) {
     EXPECT_TRUE(IsAbsence(error)) << error;
   }

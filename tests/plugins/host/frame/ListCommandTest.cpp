@@ -177,7 +177,7 @@ TEST_F(ListCommandTest, RefusesDescendingAlone) {
               ElementsAre("--descending needs --sort with the name of a field."));
 }
 
-TEST_F(ListCommandTest, RefusesALimitThatIsNoCount) {
+TEST_F(ListCommandTest, RefusesALimitThatIsNotACount) {
   EXPECT_THAT(Errors({{"limit", "-1"}}),
               ElementsAre("Invalid data constraint for parameter 'limit'. Expected integer in the "
                           "range 0-1000000000"));
@@ -201,7 +201,7 @@ TEST_F(ListCommandTest, ShowsSizesToPeopleOnlyWhenAsked) {
             "fig       9               100  \n");
 }
 
-TEST_F(ListCommandTest, GivesProgramsTheSameResultWithAndWithoutSizesForPeople) {
+TEST_F(ListCommandTest, ReturnsTheSameResultWithAndWithoutSizesForPeople) {
   AutoCli::FormatParameters json;
   json.SetFormatter("json");
   EXPECT_EQ(Printed({{"human", ""}}, json), Printed({}, json));
@@ -216,7 +216,7 @@ TEST_F(ListCommandTest, ShowsTheColumnsThatTheUserChooses) {
             "   10  pear\n");
 }
 
-TEST_F(ListCommandTest, ReportsAFailureInItsOwnWordsAndWithoutRows) {
+TEST_F(ListCommandTest, ReportsAFailureWithoutPrefixAndWithoutRows) {
   EXPECT_THAT(Errors({{"fail", ""}}), ElementsAre("The shelf is gone"));
   EXPECT_EQ(output_->GetRootObject(), nullptr);
 }

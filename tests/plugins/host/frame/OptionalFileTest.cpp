@@ -44,7 +44,7 @@ class NoMoreFiles {
   struct rlimit limit_ = {};
 };
 
-TEST(OptionalFileTest, ReadsWhatIsThere) {
+TEST(OptionalFileTest, ReadsWhatExists) {
   const ScopedTempDir folder;
   const std::string file = folder.Write("b", "text\n");
   folder.Write("a", "");

@@ -16,7 +16,7 @@ namespace {
 using ::testing::StartsWith;
 using ::testing::ThrowsMessage;
 
-TEST(RegexTest, LooksAnywhereInAText) {
+TEST(RegexTest, MatchesAnyPartOfAString) {
   EXPECT_TRUE(Regex("b+").IsFoundIn("abbc"));
   EXPECT_FALSE(Regex("^b").IsFoundIn("abbc"));
   EXPECT_TRUE(Regex("").IsFoundIn(""));

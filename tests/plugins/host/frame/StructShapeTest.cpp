@@ -167,7 +167,7 @@ struct ShareCase {
   long kept;
 };
 
-TEST(StructShapeTest, AShareHasAnIntegerAndAText) {
+TEST(StructShapeTest, AShareHasAnIntegerAndAString) {
   const StructShape shape = StructShape("Shares").Share("Busy", "How busy.");
   const ShareCase cases[] = {{0, "0.00 %", 0},           {5, "0.05 %", 5},
                              {100, "1.00 %", 100},       {1234, "12.34 %", 1234},
@@ -191,7 +191,7 @@ TEST(StructShapeTest, AShareIsSortedByItsHundredths) {
   EXPECT_EQ(shape.ForPeople("Busy Hundredths,Room Bytes"), "Busy Hundredths,Room");
 }
 
-TEST(StructShapeTest, ATextIsSortedByTheIntegerOfItsQuantity) {
+TEST(StructShapeTest, AStringIsSortedByTheIntegerOfItsQuantity) {
   const StructShape shape = StructShape("Use")
                                 .String("Time", "x")
                                 .Int("Seconds", "x")

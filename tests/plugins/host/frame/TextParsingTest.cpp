@@ -21,7 +21,7 @@ using ::testing::Optional;
 constexpr long kMax = std::numeric_limits<long>::max();
 constexpr long kMin = std::numeric_limits<long>::min();
 
-TEST(TextParsingTest, APrefixMayBeTheWholeText) {
+TEST(TextParsingTest, APrefixMayBeTheWholeString) {
   EXPECT_TRUE(StartsWith("abc", "ab"));
   EXPECT_TRUE(StartsWith("abc", "abc"));
   EXPECT_TRUE(StartsWith("abc", ""));
@@ -49,7 +49,7 @@ TEST(TextParsingTest, SplitsWordsAndLines) {
   EXPECT_THAT(SplitLines(""), IsEmpty());
 }
 
-TEST(TextParsingTest, ReadsNumbersThatAreTheWholeText) {
+TEST(TextParsingTest, ReadsNumbersThatAreTheWholeString) {
   EXPECT_THAT(ParseNumber("0"), Optional(0L));
   EXPECT_THAT(ParseNumber(" 12\n"), Optional(12L));
   EXPECT_THAT(ParseNumber("-7"), Optional(-7L));

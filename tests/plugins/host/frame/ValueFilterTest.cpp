@@ -76,7 +76,7 @@ TEST(ValueFilterTest, KnowsTheWordsForTrueAndFalse) {
   EXPECT_TRUE(BoolFilter(*both, "item").Accepts(false));
 }
 
-TEST(ValueFilterTest, TakesOneValueOfAParameterThatIsNoList) {
+TEST(ValueFilterTest, TakesOneValueOfAParameterThatIsNotAList) {
   const auto number = InputFor(CallSpec::Int, {"4"});
   EXPECT_TRUE(IntFilter(*number, "item").Accepts(4));
   EXPECT_FALSE(IntFilter(*number, "item").Accepts(6));

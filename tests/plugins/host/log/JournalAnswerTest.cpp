@@ -66,7 +66,7 @@ class JournalAnswerTest : public ::testing::Test {
   const ScopedTempDir folder_;
 };
 
-TEST_F(JournalAnswerTest, CutAnywhereIsAnErrorAndNoShorterList) {
+TEST_F(JournalAnswerTest, TruncatedAnywhereIsAnErrorAndNotAShorterList) {
   const std::string first = Entry("one");
   const std::string whole = first + Sized("MESSAGE", "two\nlines") + "PRIORITY=3\n\n";
   // A single shell for all lengths would be faster, but each output must come from its own program.
@@ -78,7 +78,7 @@ TEST_F(JournalAnswerTest, CutAnywhereIsAnErrorAndNoShorterList) {
   EXPECT_THAT(Read(first), SizeIs(1));
 }
 
-TEST_F(JournalAnswerTest, CutAfterTheWantedLinesIsNoMatter) {
+TEST_F(JournalAnswerTest, MayBeTruncatedAfterTheWantedLines) {
   EXPECT_THAT(Read(Entry("new") + "MESSAGE=cu", 1), SizeIs(1));
 }
 
@@ -114,7 +114,7 @@ TEST_F(JournalAnswerTest, AnEntryMayHaveNoMessage) {
   EXPECT_EQ(lines[1].level, kInfoLevel);
 }
 
-TEST_F(JournalAnswerTest, FieldsOfOneEntryDoNotReachTheNext) {
+TEST_F(JournalAnswerTest, FieldsOfAnEntryDoNotAffectTheNextOne) {
   const auto lines = Read(
       "__REALTIME_TIMESTAMP=1700000000000000\nPRIORITY=0\nSYSLOG_IDENTIFIER=a\n_COMM=b\n"
       "MESSAGE=one\n\nMESSAGE=two\n\n");
@@ -131,7 +131,7 @@ struct FieldCase {
   int level;
 };
 
-TEST_F(JournalAnswerTest, TimesAndLevelsThatAreNoneAreUnknown) {
+TEST_F(JournalAnswerTest, InvalidTimesAndLevelsAreUnknown) {
   const FieldCase cases[] = {
       {"__REALTIME_TIMESTAMP=1700000000999999", 1700000000, 6},
       {"__REALTIME_TIMESTAMP=0", 0, 6},
@@ -156,14 +156,14 @@ TEST_F(JournalAnswerTest, TimesAndLevelsThatAreNoneAreUnknown) {
   }
 }
 
-TEST_F(JournalAnswerTest, TheProgramIsNamedByItselfBeforeTheSystemNamesIt) {
+TEST_F(JournalAnswerTest, TheNameFromTheProgramPrecedesTheNameFromTheSystem) {
   EXPECT_EQ(Read("_COMM=sh\nSYSLOG_IDENTIFIER=cron\n\n").at(0).source, "cron");
   EXPECT_EQ(Read("SYSLOG_IDENTIFIER=cron\n_COMM=sh\n\n").at(0).source, "cron");
   EXPECT_EQ(Read("_COMM=sh\n\n").at(0).source, "sh");
   EXPECT_EQ(Read("_COMM=sh\nSYSLOG_IDENTIFIER=\n\n").at(0).source, "sh");
 }
 
-TEST_F(JournalAnswerTest, LinesThatAreNoFieldsAreSkipped) {
+TEST_F(JournalAnswerTest, LinesThatAreNotFieldsAreSkipped) {
   const auto lines = Read("-- Boot 0123 --\nnot a field\nMESSAGE=x\n\n-- No entries --\n");
   ASSERT_THAT(lines, SizeIs(1));
   EXPECT_EQ(lines[0].text, "x");
@@ -171,7 +171,7 @@ TEST_F(JournalAnswerTest, LinesThatAreNoFieldsAreSkipped) {
 
 // ---- how the program ends
 
-TEST_F(JournalAnswerTest, OfAProgramThatWasKilledIsAnError) {
+TEST_F(JournalAnswerTest, IsAnErrorIfTheProgramWasKilled) {
   const MadeUpTool journalctl("journalctl",
                               "cat '" + folder_.Write("a", Entry("one")) + "'\nkill -9 $$\n");
   EXPECT_THAT([] { ReadJournal({}, Lines(9)); },
@@ -258,7 +258,7 @@ TEST_F(JournalQuestionTest, NamesALevelUnlessEveryLevelIsWanted) {
   EXPECT_EQ(Ask({}, filter), "--lines=5\n");
 }
 
-TEST_F(JournalQuestionTest, PassesNamesOfUnitsAsTheyAre) {
+TEST_F(JournalQuestionTest, PassesNamesOfUnitsUnchanged) {
   for (const char* const unit :
        {"ssh", "getty@tty1.service", "a b", "$(id)", "`id`", "'", "\"", "--lines=1", "*", "a;b"}) {
     EXPECT_EQ(Ask({unit}, Lines(5)), std::string("--lines=5\n--unit=") + unit + "\n");
@@ -285,7 +285,7 @@ TEST_F(JournalQuestionTest, MoreLinesThanAUserMayNameAreRead) {
   EXPECT_THAT(ReadJournal({}, filter), SizeIs(120000));
 }
 
-TEST_F(JournalQuestionTest, EndsAProgramThatGoesOn) {
+TEST_F(JournalQuestionTest, EndsAProgramThatContinues) {
   const MadeUpTool journalctl("journalctl", "while :; do printf 'MESSAGE=x\\n\\n'; done\n");
   const Regex pattern("x");
   LogFilter filter = Lines(4);

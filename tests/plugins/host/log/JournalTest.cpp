@@ -63,7 +63,7 @@ TEST(JournalParserTest, ReadsEntriesInPiecesOfAnySize) {
   }
 }
 
-TEST(JournalParserTest, IgnoresWhatIsNoEntry) {
+TEST(JournalParserTest, IgnoresWhatIsNotAnEntry) {
   EXPECT_THAT(Parse("-- No entries --\n", 100), IsEmpty());
   EXPECT_THAT(Parse("\n\n\n", 100), IsEmpty());
   EXPECT_THAT(Parse("MESSAGE=not at its end\n", 100), IsEmpty());
@@ -151,7 +151,7 @@ TEST_F(JournalTest, IsMissingWithoutItsFiles) {
                   StartsWith("There is no journal: no journal files were found. Read a log file")));
 }
 
-TEST_F(JournalTest, MustBeReadableAsAWhole) {
+TEST_F(JournalTest, MustBeReadableCompletely) {
   constexpr char kRefusal[] =
       "Only root and members of the group systemd-journal may read the whole journal";
   {
@@ -208,7 +208,7 @@ TEST_F(JournalTest, HasUnitsThatSystemctlKnows) {
   }
 }
 
-TEST_F(JournalTest, ReportsAUnitThatNobodyKnows) {
+TEST_F(JournalTest, ReportsAnUnknownUnit) {
   const MadeUpTool journalctl("journalctl", "exit 0\n");
   for (const char* const script : {"echo not-found\n", "exit 1\n", "echo loaded; exit 1\n", ""}) {
     const MadeUpTool systemctl("systemctl", script);

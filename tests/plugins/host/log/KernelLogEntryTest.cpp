@@ -68,7 +68,7 @@ TEST_F(KernelPipeTest, IsReadInItsOrder) {
 
 TEST_F(KernelPipeTest, MayBeEmpty) { EXPECT_THAT(Texts(), IsEmpty()); }
 
-TEST_F(KernelPipeTest, AMessageInAnUnknownFormIsAnErrorAndNoShorterList) {
+TEST_F(KernelPipeTest, AMessageInAnUnknownFormIsAnErrorAndNotAShorterList) {
   Write("6,1,10,-;one\n");
   Write("a new form\n");
   EXPECT_THAT([this] { ReadKernelLog(path_); },
@@ -164,7 +164,7 @@ TEST_P(KernelEntryTest, IsParsed) {
 INSTANTIATE_TEST_SUITE_P(Entries, KernelEntryTest, ::testing::ValuesIn(kEntries),
                          [](const auto& test) { return test.param.name; });
 
-TEST(KernelEntryFormTest, CutBeforeItsTextIsNone) {
+TEST(KernelEntryFormTest, IsRejectedIfItEndsBeforeItsText) {
   const std::string entry = "30,12,345678901,-;text";
   const std::size_t text = entry.find(';') + 1;
   for (std::size_t length = 0; length < text; ++length) {
@@ -177,7 +177,7 @@ TEST(KernelEntryFormTest, CutBeforeItsTextIsNone) {
   }
 }
 
-TEST(KernelEntryFormTest, OtherNumbersAreNone) {
+TEST(KernelEntryFormTest, RejectsOtherNumbers) {
   for (const char* const entry :
        {"6.5,1,1,-;x", "6 6,1,1,-;x", "0x6,1,1,-;x", ",1,1,-;x", "6,1,,-;x", "6,1,1s,-;x",
         "99999999999999999999,1,1,-;x", "6,1,99999999999999999999,-;x", "\n6,1,1,-;x"}) {

@@ -41,7 +41,7 @@ TEST(KernelMessageTest, IsDecoded) {
             "a\nb \\x \xE9 \\xzz \\x1");
 }
 
-TEST(KernelMessageTest, IsNothingElse) {
+TEST(KernelMessageTest, RejectsEverythingElse) {
   for (const char* const text : {"", ";", "6;a", "6,1;a", "x,1,2,-;a", "-1,1,2,-;a", "6,1,x,-;a",
                                  "6,1,2,- without a text\n;"}) {
     EXPECT_FALSE(ParseKernelMessage(text).has_value()) << text;

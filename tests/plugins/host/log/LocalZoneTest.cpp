@@ -46,7 +46,7 @@ TEST(CivilTimeTest, CountsSecondsAsTheCLibraryDoes) {
   }
 }
 
-TEST(CivilTimeTest, KnowsWhichDaysAndTimesThereAre) {
+TEST(CivilTimeTest, KnowsWhichDatesAndTimesExist) {
   EXPECT_TRUE(IsValid({2024, 2, 29, 23, 59, 60}));
   EXPECT_TRUE(IsValid({2000, 2, 29, 0, 0, 0}));
   EXPECT_FALSE(IsValid({2026, 2, 29, 0, 0, 0}));
@@ -80,7 +80,7 @@ TEST(LocalZoneTest, FollowsTheVariableFromOneObjectToTheNext) {
   EXPECT_EQ(LocalZone().ToText(1700000000), "2023-11-14 22:13:20");
 }
 
-TEST(LocalZoneTest, TakesOneOrTheOtherOfTwoMomentsOnOneClock) {
+TEST(LocalZoneTest, DistinguishesTwoMomentsWithTheSameLocalTime) {
   const ScopedEnvironment variable("TZ", "Europe/Berlin");
   const LocalZone zone;
   const std::int64_t earlier = zone.ToSeconds(kRepeated, Repeated::Earlier);

@@ -89,7 +89,7 @@ bool HasTimes(const std::vector<LogMaker::Line>& lines) {
 
 class LogChoiceTest : public ::testing::TestWithParam<unsigned> {};
 
-TEST_P(LogChoiceTest, IsThatOfAReaderFromTheStart) {
+TEST_P(LogChoiceTest, AgreesWithAReaderFromTheStart) {
   const ScopedEnvironment variable("TZ", "UTC");
   const LocalZone zone;
   const Testing::ScopedTempDir folder;
@@ -207,7 +207,7 @@ TEST(SinceWordTest, EachFormHasOneMeaning) {
   }
 }
 
-TEST(SinceWordTest, NoZeroByteEndsAForm) {
+TEST(SinceWordTest, ANulDoesNotEndAForm) {
   const LocalZone zone;
   EXPECT_EQ(ParseSince(std::string("today\0", 6), zone, kNow), std::nullopt);
   EXPECT_EQ(ParseSince(std::string("-2h\0", 4), zone, kNow), std::nullopt);

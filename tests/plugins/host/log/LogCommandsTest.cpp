@@ -139,7 +139,7 @@ TEST_F(LogFileListTest, HasFiftyLinesUnlessAskedForOthers) {
   EXPECT_THAT(CallRows("log list", {{"file", path}, {"since", "2024-01-01"}}), SizeIs(60));
 }
 
-TEST_F(LogFileListTest, EscapesWhatATerminalWouldObey) {
+TEST_F(LogFileListTest, EscapesWhatCouldControlATerminal) {
   const std::string data("\0<\r>\n\x1B[1m\xC3\xA4\xFF\tx\n\n", 16);
   EXPECT_THAT(TextsOf(data), ElementsAre("\\x00<\\x0d>", "\\x1b[1m\xC3\xA4\\xff\\x09x", ""));
 }

@@ -102,7 +102,7 @@ const ContentCase kContents[] = {
 
 class LogContentTest : public ::testing::TestWithParam<ContentCase> {};
 
-TEST_P(LogContentTest, IsSplitAtNewlinesAlone) {
+TEST_P(LogContentTest, IsSplitOnlyAtLineFeeds) {
   const ScopedTempDir folder;
   EXPECT_THAT(LinesIn(folder.Write("log", GetParam().content)), ElementsAreArray(GetParam().lines));
 }
@@ -211,7 +211,7 @@ TEST_F(LogRotationTest, ADeletedLogIsReadToItsStart) {
   EXPECT_EQ(ReadAll(file).back(), "first");
 }
 
-TEST_F(LogRotationTest, AnEmptiedLogIsAnErrorAndNoShorterList) {
+TEST_F(LogRotationTest, AnEmptiedLogIsAnErrorAndNotAShorterList) {
   LogFile file(path_);
   EXPECT_EQ(file.PreviousLine(), "last");
   ASSERT_EQ(::truncate(path_.c_str(), 0), 0);
@@ -226,7 +226,7 @@ TEST_F(LogRotationTest, ALogThatWasEmptiedBeforeTheFirstLineIsAnError) {
               Unreadable(path_, "It became shorter while it was read"));
 }
 
-TEST_F(LogRotationTest, ALogThatGrowsHasTheLinesOfItsOpening) {
+TEST_F(LogRotationTest, ALogThatGrowsHasTheLinesFromWhenItWasOpened) {
   LogFile file(path_);
   for (int line = 0; line < 1000; ++line) {
     std::ofstream(path_, std::ios::app) << "line " << line << "\n";

@@ -30,7 +30,7 @@ TEST(LogLevelTest, IsNamedInAnyCaseAndAsPeopleSpellIt) {
   EXPECT_EQ(ParseLevel("informational"), 6);
 }
 
-TEST(LogLevelTest, IsNoOtherText) {
+TEST(LogLevelTest, RejectsEveryOtherString) {
   for (const char* const text : {"", "8", "-1", "07", "3 ", "er", "errors", "failed", "warn\n"}) {
     EXPECT_EQ(ParseLevel(text), std::nullopt) << text;
   }
@@ -79,7 +79,7 @@ TEST(LogLevelTest, IsNotGuessedFromPartsOfWords) {
   EXPECT_EQ(GuessLevel("errors panicking error_log alerted no_error debugging"), 6);
 }
 
-TEST(LogLevelTest, IsThatOfThePriorityWhateverTheWordsAre) {
+TEST(LogLevelTest, IsThatOfThePriorityRegardlessOfWords) {
   EXPECT_EQ(GuessLevel("<30>disk error"), 6);
   EXPECT_EQ(GuessLevel("<3>[   12.345678] fine"), 3);
 }

@@ -112,19 +112,19 @@ TEST_F(LogLinesTest, WithoutATimeFollowTheLastLineThatHasOne) {
   EXPECT_THAT(Texts(log_, Since(kSecond + 3)), IsEmpty());
 }
 
-TEST_F(LogLinesTest, AreAFewOfThoseFromATimeOn) {
+TEST_F(LogLinesTest, AreTheLastOnesSinceATime) {
   EXPECT_THAT(Texts(log_, Since(kSecond + 1, 3)),
               ElementsAre("of two warning", "2024-01-02 03:04:07 three", " of three"));
   EXPECT_THAT(Texts(log_, Since(kSecond + 1, 1)), ElementsAre(" of three"));
 }
 
-TEST_F(LogLinesTest, AreFoundThoughTheOrderIsDisturbed) {
+TEST_F(LogLinesTest, AreFoundEvenIfTheOrderIsDisturbed) {
   EXPECT_THAT(Texts("2024-01-02 03:04:06 a\n2024-01-02 03:04:00 b\n of b\n2024-01-02 03:04:07 c\n",
                     Since(kSecond)),
               ElementsAre("2024-01-02 03:04:06 a", "2024-01-02 03:04:07 c"));
 }
 
-TEST_F(LogLinesTest, AreNotLookedForBeforeALongRunOfOlderOnes) {
+TEST_F(LogLinesTest, AreNotSearchedForBeforeALongRunOfOlderOnes) {
   std::string text = "2024-01-02 03:04:07 lost\n";
   for (std::size_t count = 0; count < kMaxOlderRun; ++count) {
     text += "2024-01-02 03:04:05 old\n";

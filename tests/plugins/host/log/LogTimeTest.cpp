@@ -178,7 +178,7 @@ TEST(LogTimeReaderTest, ConvertsToTheZoneOfTheMachine) {
   EXPECT_EQ(TimeIn("America/New_York", "2026-11-22 10:00:00 UTC text"), "2026-11-22 05:00:00");
 }
 
-TEST(LogTimeReaderTest, LeavesATimeWithoutAnOffsetAsItIs) {
+TEST(LogTimeReaderTest, LeavesATimeWithoutAnOffsetUnchanged) {
   for (const char* const line : {"2026-07-01 10:00:00 a", "2026/07/01 10:00:00 a",
                                  "Jul  1 10:00:00 a", "Wed Jul  1 10:00:00 CEST 2026 a"}) {
     EXPECT_EQ(TimeIn("Europe/Berlin", line), "2026-07-01 10:00:00") << line;

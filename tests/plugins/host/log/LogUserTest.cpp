@@ -44,7 +44,7 @@ class LogUserTest : public ::testing::Test {
 
 // ---- selection of lines
 
-TEST_F(LogUserTest, ATimeFromWhichOnHasNoGreatestNumberOfLines) {
+TEST_F(LogUserTest, WithSinceTheNumberOfLinesIsNotLimited) {
   const std::string path = folder_.GetPath("many");
   Witness("yes '2024-01-02 03:04:05 line' | head -n 120000 >'" + path + "'");
   EXPECT_THAT(CallColumn("log list", "Level", {{"file", path}, {"since", "2024-01-01"}}),
@@ -149,7 +149,7 @@ TEST_F(LogUserTest, LogsOfAllProgramsAreUnderstoodInOneFile) {
 
 class LogZoneUserTest : public LogUserTest, public ::testing::WithParamInterface<const char*> {};
 
-TEST_P(LogZoneUserTest, ABeginningChoosesTheSameLinesInEveryZone) {
+TEST_P(LogZoneUserTest, ATimeSelectsTheSameLinesInEveryZone) {
   const ScopedEnvironment zone("TZ", std::string(GetParam()));
   const std::string content =
       "2026-03-29T00:30:00Z a\n2026-03-29T01:30:00Z b\n2026-03-29T02:30:00Z c\n"
@@ -177,7 +177,7 @@ INSTANTIATE_TEST_SUITE_P(Zones, LogZoneUserTest,
                            return name;
                          });
 
-TEST_F(LogUserTest, NoTextIsChangedButForTheTerminal) {
+TEST_F(LogUserTest, TextIsChangedOnlyToProtectTheTerminal) {
   constexpr char kRaw[] =
       "a\r\n\x1b[31mred\n\xc3\xa9\n\xff\n\0\n\x7f\xc2\x9b"
       "31m\n";
@@ -200,7 +200,7 @@ TEST_F(LogUserTest, ALevelOfAGiganticLineIsThatOfItsWords) {
 
 // ---- the tool
 
-TEST_F(LogUserTest, ThePathIsTakenAsItIs) {
+TEST_F(LogUserTest, ThePathIsUsedUnchanged) {
   for (const char* const name :
        {"a b", "it's", "\"q\"", "$(id)", "`id`", "*", "[a]", "a\nb", "-f", "--help", "\xc3\xa4",
         "\xff", "%s", "{x}", "a,b", "a;b", "a|b", "\\", "~"}) {
@@ -247,7 +247,7 @@ struct MistakeCase {
   std::string message;
 };
 
-TEST_F(LogUserTest, MistakesAreMessagesWithoutThePrefixOfAFault) {
+TEST_F(LogUserTest, MistakesAreMessagesWithoutAPrefix) {
   const std::string path = folder_.Write("x.log", "plain\n");
   const MistakeCase cases[] = {
       {{"log", "list", "--file", path, "--unit", "ssh"},

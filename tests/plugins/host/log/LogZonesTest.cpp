@@ -116,7 +116,7 @@ TEST_P(ZoneChangeTest, ClocksShowWhatDateShows) {
   EXPECT_EQ(shown, Dates("%F %T"));
 }
 
-TEST_P(ZoneChangeTest, WhatAClockShowsIsOneOfTheTwoMomentsItCanBe) {
+TEST_P(ZoneChangeTest, ALocalTimeIsOneOfItsPossibleMoments) {
   const LocalZone zone;
   for (const std::int64_t moment : moments_) {
     const CivilTime shown = zone.ToCivil(moment);
@@ -163,7 +163,7 @@ TEST_P(ZoneChangeTest, LinesWithoutAnOffsetKeepTheTimeThatTheyShow) {
   }
 }
 
-TEST_P(ZoneChangeTest, ADateWithAnOffsetIsAnExactBeginning) {
+TEST_P(ZoneChangeTest, ADateWithAnOffsetIsAnExactTime) {
   const LocalZone zone;
   const auto dates = Dates("%FT%T%:z");
   for (std::size_t index = 0; index < dates.size(); ++index) {

@@ -71,14 +71,14 @@ TEST(SinceTimeTest, MayBeADate) {
   EXPECT_EQ(SinceIn("Asia/Kolkata", "2026-11-01 10:00:00+05:00"), "2026-11-01 10:30:00");
 }
 
-TEST(SinceTimeTest, IsTheEarlierOfTwoMomentsOnOneClock) {
+TEST(SinceTimeTest, IsTheEarlierOfTwoMomentsWithTheSameLocalTime) {
   const ScopedEnvironment variable("TZ", "Europe/Berlin");
   const LocalZone zone;
   EXPECT_EQ(ParseSince("2026-10-25 02:30", zone, kNow),
             ParseSince("2026-10-25T00:30Z", zone, kNow));
 }
 
-TEST(SinceTimeTest, IsNoOtherText) {
+TEST(SinceTimeTest, RejectsEveryOtherString) {
   for (const char* const text : {"",
                                  " ",
                                  "tomorrow",

@@ -55,7 +55,7 @@ class Random {
 constexpr std::uint16_t kTypes[] = {RTM_NEWLINK, RTM_NEWADDR, RTM_NEWROUTE, RTM_NEWNEIGH,
                                     SOCK_DIAG_BY_FAMILY};
 
-TEST(NetlinkHostileTest, BytesOfAnyKindAreNoEntries) {
+TEST(NetlinkHostileTest, RandomBytesAreNotEntries) {
   Random random(1);
   for (int answer = 0; answer < kAnswers; ++answer) {
     const std::string bytes = random.Text(random.Below(200));
@@ -115,7 +115,7 @@ TEST(NetlinkHostileTest, AMessageThatClaimsToBeLongerEndsTheAnswer) {
 }
 
 // An address has 4 or 16 bytes.
-TEST(NetlinkHostileTest, AnAddressOfAnotherLengthIsNone) {
+TEST(NetlinkHostileTest, AnAddressOfAnotherLengthIsIgnored) {
   for (std::size_t size = 0; size < 40; ++size) {
     rtmsg fixed = {};
     fixed.rtm_family = AF_INET6;
@@ -127,14 +127,14 @@ TEST(NetlinkHostileTest, AnAddressOfAnotherLengthIsNone) {
   }
 }
 
-TEST(NetlinkHostileTest, ATextEndsAtItsFirstNul) {
+TEST(NetlinkHostileTest, AStringEndsAtItsFirstNul) {
   const auto links = ParseLinks(Message(
       RTM_NEWLINK, Bytes(ifinfomsg()) + Attribute(IFLA_IFNAME, std::string("eth0\0forged", 11))));
   ASSERT_EQ(links.size(), 1u);
   EXPECT_EQ(links[0].name, "eth0");
 }
 
-TEST(NetlinkHostileTest, OfAnAttributeThatIsThereTwiceTheLastCounts) {
+TEST(NetlinkHostileTest, TheLastOfTwoEqualAttributesCounts) {
   const auto links =
       ParseLinks(Message(RTM_NEWLINK, Bytes(ifinfomsg()) + Attribute(IFLA_IFNAME, "first") +
                                           Attribute(IFLA_IFNAME, "last")));

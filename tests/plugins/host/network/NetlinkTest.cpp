@@ -55,7 +55,7 @@ TEST(NetlinkAttributesTest, TheLastOfSeveralCounts) {
   EXPECT_EQ(NetlinkAttributes(bytes).Get(1), "b");
 }
 
-TEST(NetlinkAttributesTest, TheNestingMarkIsNoPartOfTheType) {
+TEST(NetlinkAttributesTest, TheNestingMarkIsNotPartOfTheType) {
   const std::string bytes = Attribute(NLA_F_NESTED | 18, Attribute(1, "veth"));
   EXPECT_EQ(NetlinkAttributes(NetlinkAttributes(bytes).Get(18)).GetString(1), "veth");
 }

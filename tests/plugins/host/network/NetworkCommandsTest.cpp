@@ -788,7 +788,7 @@ TEST(NetworkNeighborListTest, RejectsUnknownStates) {
 
 // ---- where the kernel does not answer
 
-TEST(NetworkRefusalTest, WithoutTheRightToAskThereIsAMessage) {
+TEST(NetworkRefusalTest, ReportsAMissingPermission) {
   const std::string refusal = RunInNamespaces(0, [] {
     Call("network interface list");
     Forbid(SYS_socket, AF_NETLINK, EPERM);

@@ -316,7 +316,7 @@ TEST(NetworkConnectionListTest, ListsUnixSockets) {
 }
 
 // The name of a socket looks like another line of /proc/net/unix.
-TEST(NetworkConnectionListTest, ANameForgesNoRow) {
+TEST(NetworkConnectionListTest, ANameCannotForgeARow) {
   const std::string refusal = RunInNamespaces(CLONE_NEWNET, [] {
     const std::string name =
         std::string("\0x\n", 3) +
@@ -468,7 +468,7 @@ TEST(NetworkConnectionListTest, FiltersChooseAmongTheSockets) {
   }
 }
 
-TEST(NetworkConnectionListTest, WithoutTheKernelsTablesThereIsAMessage) {
+TEST(NetworkConnectionListTest, ReportsThatTheKernelsTablesAreMissing) {
   const std::string refusal = RunInNamespaces(CLONE_NEWNS, [] {
     Call(kCommand);  // loads the plug-in while /proc is mounted
     ASSERT_EQ(::mount("none", "/proc", "tmpfs", 0, nullptr), 0);

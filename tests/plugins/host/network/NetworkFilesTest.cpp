@@ -67,7 +67,7 @@ TEST(NetworkDnsListTest, PrintsATable) {
   }
 }
 
-TEST(NetworkDnsListTest, AMachineWithoutSettingsAsksItself) {
+TEST(NetworkDnsListTest, AMachineWithoutSettingsUsesItselfAsServer) {
   const std::string refusal = RunWithEtc({}, [] {
     EXPECT_THAT(CallRows(kDns), ElementsAre(Row({{"Kind", "server"},
                                                  {"Value", "127.0.0.1"},
@@ -165,7 +165,7 @@ TEST(NetworkPortListTest, PrintsATable) {
   }
 }
 
-TEST(NetworkPortListTest, WithoutTheFileThereIsAMessage) {
+TEST(NetworkPortListTest, ReportsThatTheFileIsMissing) {
   const std::string refusal = RunWithEtc({}, [] {
     EXPECT_THAT(CallErrors(kPorts),
                 ElementsAre("Unable to read /etc/services: No such file or directory"));

@@ -103,7 +103,7 @@ TEST(NetworkLinksTest, ACounterBeyondALongBecomesTheLargestLong) {
   EXPECT_EQ(link.received.bytes, std::numeric_limits<long>::max());
 }
 
-TEST(NetworkLinksTest, CountersOfAnOlderKernelAreReadAsFarAsTheyGo) {
+TEST(NetworkLinksTest, ReadsTheFewerCountersOfAnOlderKernel) {
   const std::string attribute = Attribute(IFLA_STATS64, Bytes(std::uint64_t{5}));
   const NetworkLink link = OnlyLink(LinkMessage(ARPHRD_ETHER, 1, attribute));
   EXPECT_EQ(link.received.packets, 5);

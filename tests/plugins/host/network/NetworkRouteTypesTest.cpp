@@ -25,7 +25,7 @@ struct RouteCase {
 
 class RouteOfAKindTest : public ::testing::TestWithParam<RouteCase> {};
 
-TEST_P(RouteOfAKindTest, IsListedWithWhatItDoes) {
+TEST_P(RouteOfAKindTest, IsListedWithItsType) {
   IN_OWN_NETWORK([] {
     MakeNetwork();
     MakeAddresses();
@@ -143,7 +143,7 @@ TEST(RouteFilterTest, EachNextHopCounts) {
 }
 
 // An interface may be called "none", which is also the word for no interface.
-TEST(RouteFilterTest, ARouteWithoutAnInterfaceIsNotThroughTheOneCalledNone) {
+TEST(RouteFilterTest, ARouteWithoutAnInterfaceDoesNotMatchAnInterfaceCalledNone) {
   IN_OWN_NETWORK([] {
     Configure(
         "ip link add none type veth peer name peer0; ip link set none up;"

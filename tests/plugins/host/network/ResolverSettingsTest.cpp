@@ -68,7 +68,7 @@ struct IgnoredCase {
 
 class IgnoredResolverLineTest : public ::testing::TestWithParam<IgnoredCase> {};
 
-TEST_P(IgnoredResolverLineTest, HasNoSetting) {
+TEST_P(IgnoredResolverLineTest, ContainsNoSetting) {
   EXPECT_THAT(TextsOf(GetParam().line), IsEmpty());
   EXPECT_THAT(TextsOf(GetParam().line + "\nnameserver 10.0.0.1"), ElementsAre("server 1 10.0.0.1"));
 }
@@ -90,7 +90,7 @@ const IgnoredCase kIgnoredLines[] = {
 INSTANTIATE_TEST_SUITE_P(Lines, IgnoredResolverLineTest, ::testing::ValuesIn(kIgnoredLines),
                          [](const auto& row) { return std::string(row.param.name); });
 
-TEST(ResolverSettingsTest, WithoutAServerTheLibraryAsksThisMachine) {
+TEST(ResolverSettingsTest, WithoutAServerTheLibraryUsesThisMachine) {
   const ScopedTempDir root;
   const auto missing = ReadResolverSettings(root.GetPath());
   EXPECT_THAT(Texts(missing), ElementsAre("server 1 127.0.0.1"));
@@ -100,7 +100,7 @@ TEST(ResolverSettingsTest, WithoutAServerTheLibraryAsksThisMachine) {
               ElementsAre("search 1 a", "[server 1 none]", "server 1 127.0.0.1"));
 }
 
-TEST(ResolverSettingsTest, TheServersBehindALocalOneAreListed) {
+TEST(ResolverSettingsTest, TheServersOfALocalServerAreListed) {
   const ScopedTempDir root;
   root.Write("etc/resolv.conf", "nameserver 127.0.0.53\noptions edns0\n");
   EXPECT_THAT(Texts(ReadResolverSettings(root.GetPath())),

@@ -84,7 +84,7 @@ TEST(NumberTableTest, TakesNumbersThatHaveNoName) {
   EXPECT_EQ(table.NumberOf("1 "), std::nullopt);
 }
 
-TEST(NumberTableTest, ANameOfDigitsWins) {
+TEST(NumberTableTest, ANameOfDigitsPrecedesTheNumber) {
   EXPECT_THAT(TableOf("7 8\n").NumberOf("8"), Optional(7u));
 }
 

@@ -62,7 +62,7 @@ TEST_F(SocketOwnersTest, FindsTheProcessesOfASocket) {
                           Pair(777, ElementsAre(Owner(20, "client"), Owner(100, "a server (1)")))));
 }
 
-TEST_F(SocketOwnersTest, IgnoresWhatIsNoSocket) {
+TEST_F(SocketOwnersTest, IgnoresWhatIsNotASocket) {
   Name("9", "x\n");
   int number = 0;
   for (const char* const target : {"socket:[x]", "socket:[5", "socket:[]", "socket:5]",
@@ -85,7 +85,7 @@ TEST_F(SocketOwnersTest, AProcessThatHasEndedIsSkipped) {
 }
 
 // A file in a very deeply nested folder has no name that the kernel can return.
-TEST_F(SocketOwnersTest, AFileWithAVeryLongPathIsNoSocket) {
+TEST_F(SocketOwnersTest, AFileWithAVeryLongPathIsNotASocket) {
   const std::string refusal = Testing::RunInNamespaces(0, [] {
     const Testing::ScopedTempDir folder;
     ASSERT_EQ(::chdir(folder.GetPath().c_str()), 0);
@@ -116,7 +116,7 @@ TEST_F(SocketOwnersTest, IsCompleteForRootOnly) {
   EXPECT_FALSE(Read().isComplete);
 }
 
-TEST_F(SocketOwnersTest, AProcessOfSomeoneElseMakesItIncomplete) {
+TEST_F(SocketOwnersTest, AProcessOfAnotherUserMakesItIncomplete) {
   if (::geteuid() != 0) {
     GTEST_SKIP() << "only root can look into all processes";
   }
@@ -138,7 +138,7 @@ TEST_F(SocketOwnersTest, AMissingFolderIsAnError) {
       ThrowsMessage<KestrelException>("Unable to read /nonexistent: No such file or directory"));
 }
 
-TEST_F(SocketOwnersTest, AFileInThePlaceOfAFolderIsAnError) {
+TEST_F(SocketOwnersTest, AFileInsteadOfAFolderIsAnError) {
   proc_.Write("9/fd", "");
   EXPECT_THAT([this] { Read(); },
               ThrowsMessage<KestrelException>("Unable to read " + proc_.GetPath("9/fd") +
@@ -146,7 +146,7 @@ TEST_F(SocketOwnersTest, AFileInThePlaceOfAFolderIsAnError) {
 }
 
 // Tries every number of free descriptors. The result must be complete or an error.
-TEST_F(SocketOwnersTest, TooManyOpenFilesAreAnErrorAndNoShorterList) {
+TEST_F(SocketOwnersTest, TooManyOpenFilesAreAnErrorAndNotAShorterList) {
   Name("9", "x\n");
   Open("9", "0", "socket:[5]");
   const std::string refusal = Testing::RunInNamespaces(0, [this] {

@@ -89,7 +89,7 @@ struct DamageCase {
 
 class DamagedSocketTest : public ::testing::TestWithParam<DamageCase> {};
 
-TEST_P(DamagedSocketTest, IsLeftOut) {
+TEST_P(DamagedSocketTest, IsSkipped) {
   std::string line = kListener;
   line.replace(line.find(GetParam().from), std::string(GetParam().from).size(), GetParam().to);
   EXPECT_THAT(ParseInternetSockets(line, "tcp", 4), IsEmpty());
@@ -109,7 +109,7 @@ INSTANTIATE_TEST_SUITE_P(
                       DamageCase{"User", " 1000 ", " root "}, DamageCase{"Inode", "12345", "1x"}),
     [](const auto& row) { return std::string(row.param.name); });
 
-TEST(SocketTablesTest, EmptyTablesHoldNothing) {
+TEST(SocketTablesTest, EmptyTablesContainNothing) {
   EXPECT_THAT(ParseInternetSockets("", "tcp", 4), IsEmpty());
   EXPECT_THAT(ParseInternetSockets(kHeader, "tcp", 4), IsEmpty());
 }
@@ -176,7 +176,7 @@ TEST_P(SocketEndpointTest, IsWritten) {
 INSTANTIATE_TEST_SUITE_P(Endpoints, SocketEndpointTest, ::testing::ValuesIn(kEndpoints),
                          [](const auto& test) { return test.param.name; });
 
-TEST(SocketTablesTest, QueuesBeyond64BitsDamageTheirLineOnly) {
+TEST(SocketTablesTest, QueuesBeyond64BitsAffectOnlyTheirLine) {
   std::string line = kListener;
   line.replace(line.find("00000000:00000003"), 17, "FFFFFFFFFFFFFFFF:0");
   EXPECT_THAT(ParseInternetSockets(line, "tcp", 4), IsEmpty());

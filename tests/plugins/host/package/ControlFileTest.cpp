@@ -108,7 +108,7 @@ TEST(ReadControlFileTest, CallsForEachStanza) {
   EXPECT_THAT(Names("\nPackage: a\n\n\n\nPackage: b\nVersion: 1\n\n"), ElementsAre("a", "b"));
 }
 
-TEST(ReadControlFileTest, RefusesACutFileWhereverItEnds) {
+TEST(ReadControlFileTest, RefusesATruncatedFileWhereverItEnds) {
   const std::string whole = "Package: a\nVersion: 1\n\nPackage: b\nVersion: 2\n\n";
   const std::size_t boundary = whole.find("\n\n") + 2;
   for (std::size_t length = 1; length < whole.size(); ++length) {

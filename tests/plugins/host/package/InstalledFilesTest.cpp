@@ -72,19 +72,19 @@ TEST_F(InstalledFilesTest, RefusesAMissingList) {
   ExpectError("/info/sample.list: No such file or directory");
 }
 
-TEST_F(InstalledFilesTest, RefusesACutList) {
+TEST_F(InstalledFilesTest, RefusesATruncatedList) {
   folder_.Write("info/sample.list", "/.\n/usr");
   ExpectError("/info/sample.list: it ends in the middle of a line");
 }
 
-TEST_F(InstalledFilesTest, RefusesWhatIsNoPath) {
+TEST_F(InstalledFilesTest, RefusesWhatIsNotAPath) {
   folder_.Write("info/sample.list", "/.\n\n/usr\n");
   ExpectError("/info/sample.list: a line is no path: ");
   folder_.Write("info/sample.list", "usr\n");
   ExpectError("/info/sample.list: a line is no path: usr");
 }
 
-TEST_F(InstalledFilesTest, RefusesCutDiversions) {
+TEST_F(InstalledFilesTest, RefusesTruncatedDiversions) {
   folder_.Write("info/sample.list", "/.\n");
   folder_.Write("diversions", "/bin/a\n/bin/b\n");
   ExpectError("/diversions: it ends in the middle of a diversion");

@@ -92,7 +92,7 @@ TEST_F(PackageDatabaseTest, SortsByNameAndArchitecture) {
                                   "a:i386 1.0-1 installed", "b:amd64 1.0-1 installed"));
 }
 
-TEST_F(PackageDatabaseTest, LeavesOutWhatIsNotInstalled) {
+TEST_F(PackageDatabaseTest, OmitsWhatIsNotInstalled) {
   Status(Entry("a", "purge ok not-installed") + Entry("b", "deinstall ok config-files"));
   EXPECT_THAT(Read(), ElementsAre("b:amd64 1.0-1 config-files"));
 }
@@ -133,7 +133,7 @@ TEST_F(PackageDatabaseTest, IgnoresUnfinishedUpdates) {
   EXPECT_THAT(Read(), ElementsAre("a:amd64 1.0-1 installed"));
 }
 
-TEST_F(PackageDatabaseTest, RefusesACutUpdate) {
+TEST_F(PackageDatabaseTest, RefusesATruncatedUpdate) {
   Status(Entry("a"));
   folder_.Write("updates/0001", "Package: a\nSta");
   ExpectError("/updates/0001: it ends in the middle of an entry");
@@ -141,7 +141,7 @@ TEST_F(PackageDatabaseTest, RefusesACutUpdate) {
 
 // ---- files that are not a database
 
-TEST_F(PackageDatabaseTest, SaysThatThereIsNone) {
+TEST_F(PackageDatabaseTest, ReportsThatThereIsNoDatabase) {
   EXPECT_THAT(
       [this] { PackageDatabase database(folder_.GetPath()); },
       ThrowsMessage<KestrelException>("This machine has no packages of dpkg: there is no file " +
@@ -170,7 +170,7 @@ TEST_F(PackageDatabaseTest, RefusesUnreadableUpdates) {
   ::chmod(folder_.GetPath("updates").c_str(), 0755);
 }
 
-TEST_F(PackageDatabaseTest, RefusesAFolderInPlaceOfTheFile) {
+TEST_F(PackageDatabaseTest, RefusesAFolderInsteadOfTheFile) {
   folder_.MakeDirectory("status");
   ExpectError("/status: Is a directory");
 }
@@ -180,7 +180,7 @@ TEST_F(PackageDatabaseTest, RefusesAnEmptyFile) {
   ExpectError("/status: it contains no package");
 }
 
-TEST_F(PackageDatabaseTest, RefusesACutFileWhereverItEnds) {
+TEST_F(PackageDatabaseTest, RefusesATruncatedFileWhereverItEnds) {
   const std::string whole = Entry("a", "install ok installed", "Description: x\n y\n");
   for (std::size_t length = 1; length < whole.size(); ++length) {
     Status(whole.substr(0, length));
@@ -188,7 +188,7 @@ TEST_F(PackageDatabaseTest, RefusesACutFileWhereverItEnds) {
   }
 }
 
-TEST_F(PackageDatabaseTest, RefusesWhatIsNoDatabase) {
+TEST_F(PackageDatabaseTest, RefusesWhatIsNotADatabase) {
   Status(std::string(4096, '\0'));
   ExpectError("/status: it ends in the middle of an entry");
   Status("hello\n\n");

@@ -207,7 +207,7 @@ class InterruptedPackageTest : public PackageMachineTest {
   }
 };
 
-TEST_F(InterruptedPackageTest, DoesNotKeepTheOthersFromBeingListed) {
+TEST_F(InterruptedPackageTest, DoesNotHideTheOthers) {
   RunThere([] {
     EXPECT_THAT(CallColumn("package list", "Name"), ElementsAre("dpkg", "foreign", "odd"));
     EXPECT_THAT(CallColumn("package list", "Name", {{"state", "any"}}),
@@ -254,7 +254,7 @@ TEST_F(PackageMachineTest, NoFieldOfAListIsEmpty) {
 
 // ---- missing or damaged data never results in an empty list
 
-TEST_F(PackageMachineTest, SaysThatThereIsNoDpkg) {
+TEST_F(PackageMachineTest, ReportsThatThereIsNoDpkg) {
   Witness("rm '" + files_.GetPath("dpkg/status") + "'");
   const std::string message =
       "This machine has no packages of dpkg: there is no file /var/lib/dpkg/status";
@@ -266,13 +266,13 @@ TEST_F(PackageMachineTest, SaysThatThereIsNoDpkg) {
   }
 }
 
-TEST_F(PackageMachineTest, RefusesACutDatabase) {
+TEST_F(PackageMachineTest, RefusesATruncatedDatabase) {
   files_.Write("dpkg/status", std::string(kStatus).substr(0, sizeof kStatus - 10));
   ExpectErrors("package list", {},
                "Unable to read /var/lib/dpkg/status: it ends in the middle of an entry");
 }
 
-TEST_F(PackageMachineTest, RefusesCutMarks) {
+TEST_F(PackageMachineTest, RefusesTruncatedMarks) {
   files_.Write("apt/extended_states", "Package: odd\nArch");
   ExpectErrors("package list", {},
                "Unable to read /var/lib/apt/extended_states: it ends in the middle of an entry");
@@ -299,14 +299,14 @@ TEST_F(PackageMachineTest, ListsWhatIsUpgradable) {
   });
 }
 
-TEST_F(PackageMachineTest, AsksNothingForNoPackage) {
+TEST_F(PackageMachineTest, DoesNotRunAptWithoutPackages) {
   Program("#!/bin/sh\nexit 3\n");
   RunThere([] {
     EXPECT_THAT(CallColumn("package upgradable list", "Name", {{"name", "nosuch"}}), IsEmpty());
   });
 }
 
-TEST_F(PackageMachineTest, SaysThatAptHasNoLists) {
+TEST_F(PackageMachineTest, ReportsThatAptHasNoLists) {
   Program(
       "#!/bin/sh\nshift 2\nfor name; do printf '%s:\\n  Installed: 1\\n  Candidate: 1\\n' $name\n"
       "printf '  Version table:\\n *** 1 100\\n        100 /var/lib/dpkg/status\\n'; done\n");
@@ -314,7 +314,7 @@ TEST_F(PackageMachineTest, SaysThatAptHasNoLists) {
                "apt has no lists of available packages; 'apt-get update' fetches them");
 }
 
-TEST_F(PackageMachineTest, RefusesAnAnswerThatLeavesOutAPackage) {
+TEST_F(PackageMachineTest, RefusesAnAnswerThatLacksAPackage) {
   Program("#!/bin/sh\nprintf 'dpkg:\\n  Candidate: 9\\n     9 1\\n        500 x\\n'\n");
   ExpectErrors("package upgradable list", {}, "apt-cache does not answer for the package 'broken'");
 }
@@ -331,12 +331,12 @@ TEST_F(PackageMachineTest, RefusesAnAnswerThatEndsWithinALine) {
   ExpectErrors("package upgradable list", {}, "apt-cache's answer ends in the middle of a line");
 }
 
-TEST_F(PackageMachineTest, SaysWhyAptFails) {
+TEST_F(PackageMachineTest, ReportsWhyAptFails) {
   Program("#!/bin/sh\necho 'E: it is locked' >&2\nexit 100\n");
   ExpectErrors("package upgradable list", {}, "apt-cache failed: E: it is locked");
 }
 
-TEST_F(PackageMachineTest, SaysThatThereIsNoApt) {
+TEST_F(PackageMachineTest, ReportsThatThereIsNoApt) {
   RunThere([] {
     const ScopedEnvironment path("PATH", "/nosuch");
     EXPECT_THAT(CallErrors("package upgradable list", {}),

@@ -71,7 +71,7 @@ TEST_F(PackageMarksTest, MarksNoneWithoutAFile) {
   EXPECT_FALSE(IsAutomatic("a", "amd64"));
 }
 
-TEST_F(PackageMarksTest, RefusesACutFile) {
+TEST_F(PackageMarksTest, RefusesATruncatedFile) {
   Marks("Package: a\nArchitecture: amd64\nAuto-Inst");
   ExpectError("it ends in the middle of an entry");
 }

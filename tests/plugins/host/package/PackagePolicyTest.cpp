@@ -64,7 +64,7 @@ TEST(PackagePolicyTest, AddsAnswers) {
   EXPECT_TRUE(policy.hasLists);
 }
 
-TEST(PackagePolicyTest, HasNoCandidateForNone) {
+TEST(PackagePolicyTest, MayHaveNoCandidate) {
   const PackagePolicy policy =
       Parse("a:\n  Installed: 1\n  Candidate: (none)\n  Version table:\n *** 1 -1\n");
   EXPECT_EQ(policy.candidates.at("a").version, "");

@@ -60,7 +60,7 @@ const ListCase kLists[] = {
 
 class FileListTest : public ::testing::TestWithParam<ListCase> {};
 
-TEST_P(FileListTest, IsReadAsItIs) {
+TEST_P(FileListTest, IsReadUnchanged) {
   const ScopedTempDir folder;
   folder.Write("info/sample.list", GetParam().text);
   std::vector<std::string> paths;
@@ -74,7 +74,7 @@ TEST_P(FileListTest, IsReadAsItIs) {
 INSTANTIATE_TEST_SUITE_P(Lists, FileListTest, ::testing::ValuesIn(kLists),
                          [](const auto& test) { return test.param.name; });
 
-TEST(FileListFormTest, CutInAnyLineIsAnError) {
+TEST(FileListFormTest, TruncatedInAnyLineIsAnError) {
   const ScopedTempDir folder;
   const std::string whole = "/.\n/usr\n/usr/bin\n/usr/bin/x\n";
   for (std::size_t length = 1; length < whole.size(); ++length) {
@@ -109,7 +109,7 @@ TEST(FileListFormTest, ManyFilesAndDiversionsAreRead) {
   EXPECT_EQ(files[99991].divertedTo, "");
 }
 
-TEST(FileListFormTest, TheListOfAnotherArchitectureIsNotTaken) {
+TEST(FileListFormTest, TheListOfAnotherArchitectureIsNotUsed) {
   const ScopedTempDir folder;
   folder.Write("info/sample:i386.list", "/i\n");
   EXPECT_THAT(
@@ -149,7 +149,7 @@ TEST(MarkFileTest, OnlyOneValueMeansAutomatic) {
   }
 }
 
-TEST(MarkFileTest, CutAnywhereIsAnError) {
+TEST(MarkFileTest, TruncatedAnywhereIsAnError) {
   const ScopedTempDir folder;
   const std::string one = "Package: sample\nArchitecture: amd64\nAuto-Installed: 1\n\n";
   const std::string whole = one + one;
@@ -173,7 +173,7 @@ TEST(MarkFileTest, UnknownFieldsAndOtherPackagesDoNotMatter) {
   EXPECT_TRUE(PackageMarks("amd64", folder.GetPath()).IsAutomatic(Sample()));
 }
 
-TEST(MarkFileTest, AFolderOrALoopInItsPlaceIsAnError) {
+TEST(MarkFileTest, AFolderOrALoopOfLinksIsAnError) {
   const ScopedTempDir folder;
   const std::string path = folder.MakeDirectory("extended_states");
   EXPECT_THAT([&] { PackageMarks marks("amd64", folder.GetPath()); },
@@ -211,7 +211,7 @@ PackagePolicy Read(std::string_view text) {
 }
 
 // Whatever is missing, a package is unknown or has the right candidate, never an older one.
-TEST(PolicyAnswerTest, CutAnywhereNeverChangesACandidate) {
+TEST(PolicyAnswerTest, TruncatedAnywhereNeverChangesACandidate) {
   const std::string whole = kAnswer;
   for (std::size_t length = 1; length <= whole.size(); ++length) {
     const std::string text = whole.substr(0, length);
@@ -289,7 +289,7 @@ TEST(PolicyAnswerTest, ThousandsOfPackagesAreRead) {
   EXPECT_EQ(policy.candidates.at("p19999").version, "19999");
 }
 
-TEST(PolicyAnswerTest, OtherTextsAreRefusedAndShownSafely) {
+TEST(PolicyAnswerTest, OtherOutputIsRefusedAndShownSafely) {
   EXPECT_THAT([] { Read("\x1b[2J\n"); },
               ThrowsMessage<KestrelException>("apt-cache answers in an unknown form: \\x1b[2J"));
   EXPECT_THAT([] { Read(std::string(500, 'x') + "\n"); },

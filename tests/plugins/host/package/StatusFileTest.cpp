@@ -335,19 +335,19 @@ TEST_F(StatusFileTest, TooManyOpenFilesAreAnError) {
                                               "/info/a.list: Too many open files"));
 }
 
-TEST_F(StatusFileTest, LinksThatLeadInACircleAreAnError) {
+TEST_F(StatusFileTest, ALoopOfLinksIsAnError) {
   ASSERT_EQ(::symlink("status", folder_.GetPath("status").c_str()), 0);
   ExpectError("/status: Too many levels of symbolic links");
 }
 
-TEST_F(StatusFileTest, AFileInPlaceOfTheUpdatesIsAnError) {
+TEST_F(StatusFileTest, AFileInsteadOfTheUpdatesIsAnError) {
   Status(Entry("a"));
   ASSERT_EQ(::rmdir(folder_.GetPath("updates").c_str()), 0);
   folder_.Write("updates", "");
   ExpectError("/updates: Not a directory");
 }
 
-TEST_F(StatusFileTest, AFolderInPlaceOfAnUpdateIsAnError) {
+TEST_F(StatusFileTest, AFolderInsteadOfAnUpdateIsAnError) {
   Status(Entry("a"));
   folder_.MakeDirectory("updates/0001");
   ExpectError("/updates/0001: Is a directory");

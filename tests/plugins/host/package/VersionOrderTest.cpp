@@ -125,7 +125,7 @@ const OrderCase kOrders[] = {
 
 class VersionOrderTest : public ::testing::TestWithParam<OrderCase> {};
 
-TEST_P(VersionOrderTest, IsThatOfDpkg) {
+TEST_P(VersionOrderTest, AgreesWithDpkg) {
   std::vector<Pair> pairs = GetParam().pairs;
   for (const auto& [left, right] : GetParam().pairs) {
     pairs.emplace_back(right, left);
@@ -160,7 +160,7 @@ class VersionMaker {
   unsigned state_ = 20261122;
 };
 
-TEST(VersionPropertyTest, MadeUpVersionsHaveTheOrderOfDpkg) {
+TEST(VersionPropertyTest, RandomVersionsHaveTheOrderOfDpkg) {
   VersionMaker maker;
   std::vector<Pair> pairs;
   for (int count = 0; count < 400; ++count) {

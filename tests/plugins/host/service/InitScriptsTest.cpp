@@ -137,7 +137,7 @@ TEST_F(InitScriptsTest, MayBeBroken) {
   EXPECT_EQ(Read().at(0).state, "unknown");
 }
 
-TEST_F(InitScriptsTest, AreNotWaitedForForever) {
+TEST_F(InitScriptsTest, AreNotAwaitedForever) {
   Add("slow", "sleep 60 # status");
   Add("well", "exit 0 # status");
   const auto start = std::chrono::steady_clock::now();
@@ -177,9 +177,9 @@ TEST_F(InitScriptsTest, NeedNotDescribeThemselves) {
   EXPECT_EQ(DescriptionOf("# Short-Description:yes"), "yes");
 }
 
-TEST_F(InitScriptsTest, MayBeNone) { EXPECT_THAT(Read(), IsEmpty()); }
+TEST_F(InitScriptsTest, MayBeAbsent) { EXPECT_THAT(Read(), IsEmpty()); }
 
-TEST_F(InitScriptsTest, AreNoneWithoutTheirFolder) {
+TEST_F(InitScriptsTest, MayLackTheirFolder) {
   EXPECT_THAT(InitScripts(files_.GetPath("nosuch")).Read(), IsEmpty());
 }
 
@@ -212,7 +212,7 @@ TEST_F(InitScriptsTest, HaveDetails) {
   EXPECT_EQ(ssh->memoryBytes, std::nullopt);
 }
 
-TEST_F(InitScriptsTest, AskOnlyTheOneThatIsWanted) {
+TEST_F(InitScriptsTest, RunOnlyTheRequestedOne) {
   Add("a", "exit 0 # status");
   Add("b", "touch '" + files_.GetPath("touched") + "' # status");
   EXPECT_TRUE(InitScripts(Folder()).Read("a").has_value());
@@ -241,7 +241,7 @@ TEST_F(InitScriptsTest, AreRunWithOneWord) {
 
 // Such a server keeps the streams of the script open, so the script would otherwise seem not to
 // end.
-TEST_F(InitScriptsTest, MayLeaveAServerBehind) {
+TEST_F(InitScriptsTest, MayLeaveAServerRunning) {
   Add("a", "sleep 30 & echo $! >'" + files_.GetPath("server") + "'; echo started");
   const auto start = std::chrono::steady_clock::now();
   const ProgramResult result = InitScripts(Folder()).Run("a", "start", std::chrono::seconds(25));

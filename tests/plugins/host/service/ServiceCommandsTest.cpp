@@ -252,7 +252,7 @@ TEST_F(ServiceCommandsTest, ShowAServiceThatNeverRan) {
   });
 }
 
-TEST_F(ServiceCommandsTest, SayWhyLinesOfTheLogAreMissing) {
+TEST_F(ServiceCommandsTest, ReportWhyLinesOfTheLogAreMissing) {
   systemd_.Answer("show", ShownUnit("ssh.service", "active", "running", 812));
   systemd_.Answer("journal", "2026-11-22T08:00:02+0000 a: mine\n", 0,
                   "Hint: You are currently not seeing messages from other users.\n");
@@ -275,7 +275,7 @@ TEST_F(ServiceCommandsTest, ShowLinesThatCannotControlTheTerminal) {
   });
 }
 
-TEST_F(ServiceCommandsTest, NameAServiceThatIsNotThere) {
+TEST_F(ServiceCommandsTest, NameAMissingService) {
   systemd_.Answer("show", ShownUnknown("nosuch.service"));
   RunThere([] {
     for (const std::string action : {"get", "start", "stop", "restart", "enable", "disable"}) {
@@ -355,7 +355,7 @@ TEST_F(ServiceCommandsTest, ChangeOneServiceByItsUnit) {
   });
 }
 
-TEST_F(ServiceCommandsTest, RefuseWithoutTheRight) {
+TEST_F(ServiceCommandsTest, ReportAMissingPermission) {
   systemd_.Answer("show", ShownUnit("ssh.service", "active", "running", 812));
   systemd_.Fail("stop", "Failed to stop ssh.service: Interactive authentication required.");
   RunThere([] {

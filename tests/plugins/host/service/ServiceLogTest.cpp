@@ -61,7 +61,7 @@ TEST_F(ServiceLogTest, KeepsLinesOfOtherForms) {
   }
 }
 
-TEST_F(ServiceLogTest, LeavesOutTheRemarksOfTheProgram) {
+TEST_F(ServiceLogTest, OmitsTheRemarksOfTheProgram) {
   EXPECT_THAT(Read("-- No entries --\n").lines, IsEmpty());
   EXPECT_THAT(Read("-- Journal begins at Sun 2026-11-22 08:00:00 UTC. --\n"
                    "-- Boot 0123456789abcdef --\n"
@@ -70,12 +70,12 @@ TEST_F(ServiceLogTest, LeavesOutTheRemarksOfTheProgram) {
               ElementsAre("2026-11-22 10:00:00 a[1]: -- not a remark --"));
 }
 
-TEST_F(ServiceLogTest, KeepsBytesAsTheyAre) {
+TEST_F(ServiceLogTest, KeepsAllBytes) {
   EXPECT_THAT(Read("2026-11-22T10:00:00+0000 a: \x1b[31m\xff\n").lines,
               ElementsAre("2026-11-22 10:00:00 a: \x1b[31m\xff"));
 }
 
-TEST_F(ServiceLogTest, SaysThatTheUserMayNotReadAllOfIt) {
+TEST_F(ServiceLogTest, ReportsThatTheUserMayNotReadAllOfIt) {
   constexpr char kMayNot[] =
       "only root and members of the group systemd-journal may read the whole journal";
   const ServiceLog own =
@@ -90,25 +90,25 @@ TEST_F(ServiceLogTest, SaysThatTheUserMayNotReadAllOfIt) {
   EXPECT_EQ(none.problem, kMayNot);
 }
 
-TEST_F(ServiceLogTest, SaysThatThereIsNoJournal) {
+TEST_F(ServiceLogTest, ReportsThatThereIsNoJournal) {
   EXPECT_EQ(Read("-- No entries --\n", 0, "No journal files were found.\n").problem,
             "there is no journal");
 }
 
-TEST_F(ServiceLogTest, SaysThatThereIsNoProgram) {
+TEST_F(ServiceLogTest, ReportsThatThereIsNoProgram) {
   systemd_.Remove("journalctl");
   const ServiceLog log = ReadServiceLog("ssh.service");
   EXPECT_THAT(log.lines, IsEmpty());
   EXPECT_EQ(log.problem, "the program journalctl is not in PATH");
 }
 
-TEST_F(ServiceLogTest, SaysWhyTheProgramFailed) {
+TEST_F(ServiceLogTest, ReportsWhyTheProgramFailed) {
   const ServiceLog log = Read("2026-11-22T10:00:00+0000 a: b\n", 1, "Bad message\nTry again\n");
   EXPECT_EQ(log.problem, "journalctl failed: Bad message Try again");
   EXPECT_THAT(log.lines, SizeIs(1));
 }
 
-TEST_F(ServiceLogTest, IsNoProblemWithOtherHints) {
+TEST_F(ServiceLogTest, HasNoProblemWithOtherHints) {
   EXPECT_EQ(Read("", 0, "Journal file x is truncated, ignoring file.\n").problem, "");
 }
 

@@ -86,7 +86,7 @@ TEST_F(SystemdManagerTest, ReportsAnUnknownServiceByItsName) {
               ThrowsMessage<KestrelException>("There is no service 'nosuch.service'"));
 }
 
-TEST_F(SystemdManagerTest, AsksForNothingThatIsNoName) {
+TEST_F(SystemdManagerTest, DoesNotQueryInvalidNames) {
   EXPECT_THAT([this] { Manager().Get("ssh*"); },
               ThrowsMessage<KestrelException>("There is no service 'ssh*'"));
   EXPECT_THAT([this] { Manager().Change("stop", "*", kLimit); },
@@ -141,7 +141,7 @@ TEST_F(SystemdManagerTest, DoesWhatTheWordSays) {
   }
 }
 
-TEST_F(SystemdManagerTest, PassesOnWhatSystemctlSays) {
+TEST_F(SystemdManagerTest, ReturnsTheMessagesOfSystemctl) {
   systemd_.Answer("show", ShownUnit("ssh.service", "active", "running", 1));
   systemd_.Answer("enable", "a line\n", 0,
                   "Created symlink /etc/a -> /lib/a.\nCreated symlink /etc/b -> /lib/b.\n");
@@ -185,7 +185,7 @@ TEST_F(SystemdManagerTest, ReportsAFailureInTheWordsOfSystemctl) {
   ExpectFailure("restart", "", "Unable to restart the service 'ssh': exit status 1");
 }
 
-TEST_F(SystemdManagerTest, SaysThatTheUserHasNoRight) {
+TEST_F(SystemdManagerTest, ReportsAMissingPermission) {
   ExpectFailure("start",
                 "Failed to start ssh.service: Interactive authentication required.\n"
                 "See system logs and 'systemctl status ssh.service' for details.",
@@ -321,7 +321,7 @@ TEST_F(ScriptManagerTest, EnablesAServiceByItsProgram) {
   EXPECT_EQ(files_.Read("words"), "ssh enable\nssh disable\n");
 }
 
-TEST_F(ScriptManagerTest, NeedsThatProgram) {
+TEST_F(ScriptManagerTest, ReportsThatTheProgramIsMissing) {
   const Testing::ScopedEnvironment path("PATH", files_.GetPath("nosuch"));
   EXPECT_THAT([this] { Manager().Change("enable", "ssh", kLimit); },
               ThrowsMessage<KestrelException>(

@@ -40,7 +40,7 @@ TEST(ServiceUnitTest, IsAlwaysAService) {
   EXPECT_EQ(ServiceUnit("dbus.socket"), "dbus.socket.service");
 }
 
-TEST(IsServiceNameTest, AcceptsWhatUnitsAreCalled) {
+TEST(IsServiceNameTest, AcceptsNamesOfUnits) {
   for (const char* const name :
        {"ssh", "ssh.service", "a", "getty@tty1", "systemd-fsck@dev-disk-by\\x2dlabel-UEFI",
         "dbus-org.freedesktop.login1", "user@1000", "1", "A_b:c", "-a"}) {
@@ -55,7 +55,7 @@ TEST(IsServiceNameTest, RejectsPatterns) {
   }
 }
 
-TEST(IsServiceNameTest, RejectsWhatNoUnitIsCalled) {
+TEST(IsServiceNameTest, RejectsInvalidNames) {
   for (const char* const name :
        {"", ".service", " ", "a b", "a/b", "/etc/passwd", "../ssh", "a\nb", "a;b", "$(reboot)",
         "\x1b[31m", "caf\xc3\xa9", "a=b", "a,b", "a%b"}) {
@@ -64,7 +64,7 @@ TEST(IsServiceNameTest, RejectsWhatNoUnitIsCalled) {
   EXPECT_FALSE(IsServiceName(std::string_view("a\0b", 3)));
 }
 
-TEST(IsServiceNameTest, KnowsTheLongestName) {
+TEST(IsServiceNameTest, AcceptsTheLongestName) {
   // The unit has at most 255 bytes, with the ending.
   EXPECT_TRUE(IsServiceName(std::string(247, 'a')));
   EXPECT_TRUE(IsServiceName(std::string(247, 'a') + ".service"));

@@ -66,7 +66,7 @@ TEST(ParseUnitsTest, ReadsAnEmptyList) {
   EXPECT_THAT(ParseUnits(" [ ] "), IsEmpty());
 }
 
-TEST(ParseUnitsTest, NeedsNoMoreThanTheName) {
+TEST(ParseUnitsTest, NeedsOnlyTheName) {
   const auto units = ParseUnits(R"([{"unit":"a.service"},{"unit":"b.service","sub":null}])");
   ASSERT_THAT(units, SizeIs(2));
   EXPECT_THAT(Words(units[0]), ElementsAre("a.service", "", "", "", ""));
@@ -83,7 +83,7 @@ TEST(ParseUnitsTest, RefusesJsonOfAnotherForm) {
 }
 
 // The program was killed, or its output was recorded on a full disk.
-TEST(ParseUnitsTest, RefusesACutList) {
+TEST(ParseUnitsTest, RefusesATruncatedList) {
   const std::string whole =
       R"([{"unit":"a.service","load":"loaded","active":"active","sub":"x","description":"d"}])";
   ASSERT_THAT(ParseUnits(whole), SizeIs(1));
@@ -94,7 +94,7 @@ TEST(ParseUnitsTest, RefusesACutList) {
   }
 }
 
-TEST(ParseUnitsTest, RefusesInvalidText) {
+TEST(ParseUnitsTest, RefusesInvalidUtf8) {
   EXPECT_THAT([] { ParseUnits("[{\"unit\":\"a\xff.service\"}]"); },
               ThrowsMessage<KestrelException>(StartsWith(kUnexpected)));
 }
@@ -153,7 +153,7 @@ TEST(ParseUnitsTest, ReadsAnEmptyTable) {
   EXPECT_THAT(ParseUnits("\n\n"), IsEmpty());
 }
 
-TEST(ParseUnitsTest, RefusesLinesThatAreNoUnits) {
+TEST(ParseUnitsTest, RefusesLinesThatAreNotUnits) {
   ExpectRefused([] { ParseUnits("a.service loaded active\n"); }, "a.service loaded active");
   ExpectRefused([] { ParseUnits("0 loaded units listed.\n"); }, "0 loaded units listed.");
   // The first line of a table with a header.
@@ -209,7 +209,7 @@ TEST(ParseTimersTest, ReadsTimesInSeconds) {
               ElementsAre("apt-daily.timer", "apt-daily.service", "1795392000", "1795305600"));
 }
 
-TEST(ParseTimersTest, KnowsTimesThatAreNone) {
+TEST(ParseTimersTest, RecognizesMissingTimes) {
   const auto timers = ParseTimers(
       R"([{"next":null,"left":null,"last":0,"passed":0,"unit":"a.timer","activates":null},)"
       R"({"next":"n/a","last":-1,"unit":"b.timer","activates":"b.service"},)"
@@ -256,7 +256,7 @@ TEST(ParseTimersTest, ReadsTheTimesOfATableInTheZoneOfTheMachine) {
 
 TEST(ParseTimersTest, ReadsAnEmptyTable) { EXPECT_THAT(ParseTimers("\n"), IsEmpty()); }
 
-TEST(ParseTimersTest, RefusesLinesThatAreNoTimers) {
+TEST(ParseTimersTest, RefusesLinesThatAreNotTimers) {
   for (const char* const line :
        {"0 timers listed.", "x", "n/a", "n/a n/a n/a n/a a.service", "n/a n/a n/a n/a",
         "Mon 2026-11-23", "Mon 2026-11-23 25:00:00 UTC 1h - - a.timer a.service",

@@ -39,7 +39,7 @@ TEST(OnOneLineTest, JoinsLines) {
   EXPECT_EQ(OnOneLine("\n \n"), "");
 }
 
-TEST(FailureWordsTest, AreAllThatTheProgramSays) {
+TEST(FailureWordsTest, AreTheWholeMessageOfTheProgram) {
   EXPECT_EQ(FailureWords(Failed(
                 "Warning: The unit file of a.service changed on disk.\n"
                 "Job for a.service failed because the control process exited with error code.\n"
@@ -49,7 +49,7 @@ TEST(FailureWordsTest, AreAllThatTheProgramSays) {
             "details.");
 }
 
-TEST(FailureWordsTest, AreTheStatusWhenItSaysNothing) {
+TEST(FailureWordsTest, AreTheStatusWithoutAMessage) {
   EXPECT_EQ(FailureWords(Failed("", 4)), "exit status 4");
   EXPECT_EQ(FailureWords(Failed(" \n", 137)), "exit status 137");
 }
@@ -65,7 +65,7 @@ TEST(FailureWordsTest, AreAMessageNotALog) {
             std::string(999, 'x') + "\\xc3");
 }
 
-TEST(FailureWordsTest, SayThatTimeWasUp) {
+TEST(FailureWordsTest, ReportATimeout) {
   ProgramResult result = Failed("still at it\n", 137);
   result.isTimedOut = true;
   EXPECT_EQ(FailureWords(result), "it did not finish in time");
@@ -94,14 +94,14 @@ TEST(SystemctlTest, ReturnsNothingOfAFailedAnswer) {
               ThrowsMessage<KestrelException>("systemctl failed: exit status 3"));
 }
 
-TEST(SystemctlTest, IsEndedBySignalsToo) {
+TEST(SystemctlTest, MayBeEndedByASignal) {
   const MadeUpSystemd systemd;
   systemd.Do("show", "kill -KILL $$");
   EXPECT_THAT([] { Systemctl().Ask({"show"}); },
               ThrowsMessage<KestrelException>("systemctl failed: exit status 137"));
 }
 
-TEST(SystemctlTest, IsNotWaitedForForever) {
+TEST(SystemctlTest, IsNotAwaitedForever) {
   const MadeUpSystemd systemd;
   systemd.Do("show", "sleep 60");
   const Clock::time_point start = Clock::now();

@@ -97,7 +97,7 @@ TEST_F(SystemdServicesTest, AreAskedForInTwoCalls) {
                   "--output=json"));
 }
 
-TEST_F(SystemdServicesTest, MayBeNone) {
+TEST_F(SystemdServicesTest, MayBeAbsent) {
   SetLists({}, {});
   EXPECT_THAT(Read(), IsEmpty());
 }
@@ -235,7 +235,7 @@ TEST_F(SystemdServicesTest, KeepEscapesInNames) {
 }
 
 // Such a name would be taken as an option.
-TEST_F(SystemdServicesTest, DoNotAskForNamesThatAreNone) {
+TEST_F(SystemdServicesTest, DoNotQueryInvalidNames) {
   SetLists({Unit("a@*.service", "loaded", "active", "running"),
             Unit("@ b.service", "loaded", "active", "running")},
            {});
@@ -278,7 +278,7 @@ TEST_F(SystemdServicesTest, AreAllListedOrNone) {
   EXPECT_THAT([] { Read(); }, ThrowsMessage<KestrelException>("systemctl failed: No units"));
 }
 
-TEST_F(SystemdServicesTest, AreNotMadeOfGarbage) {
+TEST_F(SystemdServicesTest, AreNotReadFromGarbage) {
   SetLists({}, {});
   for (const char* const word : {"list-units", "list-unit-files"}) {
     systemd_.Answer(word, "no list\n");
@@ -288,7 +288,7 @@ TEST_F(SystemdServicesTest, AreNotMadeOfGarbage) {
   }
 }
 
-TEST_F(SystemdServicesTest, AreNotWaitedForForever) {
+TEST_F(SystemdServicesTest, AreNotAwaitedForever) {
   systemd_.Do("list-units", "sleep 60");
   EXPECT_THAT([] { ReadSystemdServices(Systemctl(std::chrono::milliseconds(200))); },
               ThrowsMessage<KestrelException>("systemctl failed: it did not finish in time"));
@@ -327,15 +327,15 @@ TEST_F(SystemdServiceTest, IsAskedForByItsUnit) {
   EXPECT_THAT(calls[0], ::testing::EndsWith(" -- ssh.service"));
 }
 
-TEST_F(SystemdServiceTest, HasItsOwnNameWhenAnAliasIsAskedFor) {
+TEST_F(SystemdServiceTest, HasItsOwnNameIfRequestedByAnAlias) {
   EXPECT_EQ(Read(ShownUnit("ssh.service", "active", "running", 1), "sshd").service.name, "ssh");
 }
 
-TEST_F(SystemdServiceTest, HasTheNameThatWasAskedForWithoutAnother) {
+TEST_F(SystemdServiceTest, HasTheRequestedNameWithoutAnother) {
   EXPECT_EQ(Read("ActiveState=active\nSubState=running\n", "ssh.service").service.name, "ssh");
 }
 
-TEST_F(SystemdServiceTest, HasTheTimeAtWhichItCameIntoItsState) {
+TEST_F(SystemdServiceTest, HasTheTimeAtWhichItEnteredItsState) {
   const auto since = [this](const char* active, const char* sub) {
     return Read(ShownUnit("ssh.service", active, sub, 0)).since;
   };
@@ -378,7 +378,7 @@ TEST_F(SystemdServiceTest, MayComeFromAScript) {
   EXPECT_EQ(service.service.bootState, "generated");
 }
 
-TEST_F(SystemdServiceTest, IsMarkedWhenThereIsNone) {
+TEST_F(SystemdServiceTest, IsNotFoundIfThereIsNone) {
   EXPECT_EQ(Read(ShownUnknown("nosuch.service"), "nosuch").service.state, "not-found");
 }
 

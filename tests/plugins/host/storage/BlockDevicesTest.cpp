@@ -52,7 +52,7 @@ Mount MakeMount(dev_t device, const std::string& source, const std::string& targ
   return mount;
 }
 
-TEST(BlockDevicesTest, ReadsADiskAndItsParts) {
+TEST(BlockDevicesTest, ReadsADiskAndItsPartitions) {
   SysTree tree;
   tree.Device("sda", "8:0", "2048")
       .Attribute("ro", "1\n")
@@ -203,7 +203,7 @@ const TransportCase kTransports[] = {
 INSTANTIATE_TEST_SUITE_P(Paths, DeviceTransportTest, ::testing::ValuesIn(kTransports),
                          [](const auto& test) { return test.param.name; });
 
-TEST(BlockDevicesTest, ADiskWithoutALinkMayTellItsTransportByItsName) {
+TEST(BlockDevicesTest, TheNameOfADiskWithoutALinkMayShowItsTransport) {
   SysTree tree;
   tree.Device("nvme0n1", "259:0", "8")
       .Device("mmcblk1", "179:0", "8")

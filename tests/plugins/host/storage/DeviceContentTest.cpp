@@ -35,7 +35,7 @@ std::optional<DeviceContent> Stored(const std::string& lines) {
   return ReadDeviceContent("nosuch", kNumber, folder.GetPath(), folder.GetPath());
 }
 
-TEST(DeviceContentTest, TheDeviceManagerKnowsIt) {
+TEST(DeviceContentTest, ReadsItFromTheDeviceManager) {
   const auto content = Stored(
       "I:1\nE:ID_FS_TYPE=ext4\nE:ID_FS_LABEL=My_Disk\n"
       "E:ID_FS_LABEL_ENC=My\\x20Disk\\x5cx\\xg0\\x2\nE:ID_FS_UUID_ENC=12-34\n"
@@ -48,7 +48,7 @@ TEST(DeviceContentTest, TheDeviceManagerKnowsIt) {
   EXPECT_EQ(content->partitionUuid, "56-78");
 }
 
-TEST(DeviceContentTest, TheDeviceManagerKnowsThatThereIsNone) {
+TEST(DeviceContentTest, TheDeviceManagerMayReportThatThereIsNone) {
   const auto content = Stored("I:1\n");
   ASSERT_TRUE(content.has_value());
   EXPECT_EQ(content->filesystem, "");
@@ -67,7 +67,7 @@ TEST(DeviceContentTest, AnotherFileWithTheNameOfTheDeviceIsNotRead) {
   EXPECT_FALSE(ReadDeviceContent("zero", kNumber, folder.GetPath(), "/dev"));
 }
 
-TEST(DeviceContentTest, ReadsWhatTheDeviceManagerNoted) {
+TEST(DeviceContentTest, ReadsThePropertiesOfTheDeviceManager) {
   const ScopedTempDir folder;
   folder.Write("b8:1", "E:ID_FS_TYPE=ext4\nS:disk/by-label/a\nE:ID_FS_LABEL_ENC=a=b\nE:\n");
   const auto properties = ReadDeviceProperties(kNumber, folder.GetPath());
@@ -188,7 +188,7 @@ const ImageCase kImages[] = {
 INSTANTIATE_TEST_SUITE_P(Images, ProbeContentTest, ::testing::ValuesIn(kImages),
                          [](const auto& test) { return test.param.name; });
 
-TEST_F(ProbeContentTest, TellsALabel) {
+TEST_F(ProbeContentTest, ReadsALabel) {
   Testing::Witness("cd '" + folder_.GetPath() +
                    "' && truncate -s 8M image && PATH=$PATH:/sbin mkswap -q -L swapped image");
   const auto content = Probe();

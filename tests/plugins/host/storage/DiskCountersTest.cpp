@@ -122,7 +122,7 @@ TEST(DiskCountersTest, CountsBetweenTwoReadings) {
   EXPECT_EQ(counted[1].inProgress, 3) << "it is no counter";
 }
 
-TEST(DiskCountersTest, ACounterThatBeganAgainCountedFromZero) {
+TEST(DiskCountersTest, ACounterThatRestartedCountsFromZero) {
   const auto counted = CountedBetween(Read("8 0 sda 10 0 10 0 0 0 0 0 0 4294967290 0\n"),
                                       Read("8 0 sda 4 0 5 0 0 0 0 0 0 6 0\n"));
   ASSERT_EQ(counted.size(), 1U);

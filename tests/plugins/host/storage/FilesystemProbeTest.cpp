@@ -116,7 +116,7 @@ std::string WaitForChildDescriptors(pid_t process) {
 
 // The kernel may keep a blocked child. A process that reads the tool's output to its end must not
 // have to wait for that child.
-TEST(FilesystemProbeTest, ASilentChildHoldsItsReportPipeAlone) {
+TEST(FilesystemProbeTest, ASilentChildKeepsOnlyItsReportPipeOpen) {
   const Testing::ScopedEnvironment silent("KESTREL_SILENT_PATHS", "/proc");
   const pid_t process = ::fork();
   if (process == 0) {

@@ -149,7 +149,7 @@ TEST(MountTableTest, AMountBelowAHiddenMountIsHidden) {
               ElementsAre("2 /a", "3 /a/b", "4 /a/b/c"));
 }
 
-TEST(MountTableTest, AMountOverTheRootHidesAllThatLayInTheOldOne) {
+TEST(MountTableTest, AMountOverTheRootHidesEverythingInTheOldRoot) {
   EXPECT_THAT(HiddenTargets("1 0 8:1 / / rw - ext3 none rw\n"
                             "2 1 8:2 / /a rw - ext3 none rw\n"
                             "3 1 8:3 / / rw - ext3 none rw\n"
@@ -157,7 +157,7 @@ TEST(MountTableTest, AMountOverTheRootHidesAllThatLayInTheOldOne) {
               ElementsAre("1 /", "2 /a"));
 }
 
-TEST(MountTableTest, ACircleOfParentsEnds) {
+TEST(MountTableTest, ACycleOfParentsEnds) {
   EXPECT_THAT(HiddenTargets("1 1 8:1 / / rw - ext3 none rw\n"
                             "2 3 8:2 / /a rw - ext3 none rw\n"
                             "3 2 8:3 / /a/b rw - ext3 none rw\n"),
@@ -189,7 +189,7 @@ const DamagedMount kDamagedMounts[] = {
 
 class DamagedMountTest : public ::testing::TestWithParam<DamagedMount> {};
 
-TEST_P(DamagedMountTest, IsLeftOut) {
+TEST_P(DamagedMountTest, IsSkipped) {
   const auto mounts = Read(std::string("1 0 8:1 / / rw - ext3 none rw\n") + GetParam().line + "\n" +
                            "2 1 8:2 / /b rw - ext3 none rw\n");
   ASSERT_EQ(mounts.size(), 2u);

@@ -199,7 +199,7 @@ TEST(StorageMountListTest, RejectsInvalidBooleans) {
                   "accept any values. "));
 }
 
-TEST(StorageMountListTest, WithoutTheKernelsTableThereIsAMessage) {
+TEST(StorageMountListTest, ReportsThatTheKernelsTableIsMissing) {
   const std::string refusal = RunInNamespaces(CLONE_NEWNS, [] {
     Call("storage mount list");  // loads the plug-in while /proc is mounted
     Mount("none", "/proc", "tmpfs", 0);
@@ -522,7 +522,7 @@ TEST(StorageDeviceListTest, ReportsThePropertiesOfTheDeviceManager) {
   }
 }
 
-TEST(StorageDeviceListTest, AContentThatNobodyKnowsIsNotTakenForNone) {
+TEST(StorageDeviceListTest, UnknownContentDiffersFromNoContent) {
   const std::string refusal = RunInNamespaces(CLONE_NEWNS, [] {
     Mount("none", "/run", "tmpfs", 0);
     Mount("none", "/dev", "tmpfs", 0);
@@ -536,7 +536,7 @@ TEST(StorageDeviceListTest, AContentThatNobodyKnowsIsNotTakenForNone) {
   }
 }
 
-TEST(StorageDeviceListTest, WithoutTheKernelsFoldersThereIsAMessage) {
+TEST(StorageDeviceListTest, ReportsThatTheKernelsFoldersAreMissing) {
   const std::string refusal = RunInNamespaces(CLONE_NEWNS, [] {
     Mount("none", "/sys", "tmpfs", 0);
     EXPECT_THAT(CallErrors("storage device list", {{"all", ""}}),

@@ -70,7 +70,7 @@ TEST_P(StorageErrorsTest, AnExhaustedLimitIsReported) {
   EXPECT_THAT(Reading(), Fails("Too many open files"));
 }
 
-TEST_P(StorageErrorsTest, AMissingRightIsReported) {
+TEST_P(StorageErrorsTest, AMissingPermissionIsReported) {
   ASSERT_EQ(::chmod(path_.c_str(), 0), 0);
   const PlainUser user;
   EXPECT_THAT(Reading(), Fails("Permission denied"));
@@ -97,7 +97,7 @@ TEST(StorageErrorTest, AnAttributeOfADeviceIsNotLost) {
                                               ": Is a directory"));
 }
 
-TEST(StorageErrorTest, FileSystemsThatNobodyCanBeSentToAreAnError) {
+TEST(StorageErrorTest, FailingToStartAChildIsAnError) {
   const FileLimit limit(0);
   EXPECT_THAT(
       [] {

@@ -320,7 +320,7 @@ TEST_F(StorageMachineTest, AMissingFileSystemHasTheReason) {
                 "/dev/sda1                0      0 %  No such file or directory  /gone/away\n");
 }
 
-TEST_F(StorageMachineTest, TheAutomountersMountPointIsNotAsked) {
+TEST_F(StorageMachineTest, TheMountPointOfTheAutomounterIsNotQueried) {
   File("proc/self/mountinfo", "1 0 0:1 / /gone rw - autofs none rw\n");
   RunThere([] { EXPECT_THAT(CallRows("storage filesystem list", {{"all", ""}}), IsEmpty()); });
 }

@@ -158,7 +158,7 @@ TEST(StorageUsageListTest, ListsOddNames) {
                                    shown + "/\xC3\xA4", shown + "/\\xff\\x01"));
 }
 
-TEST(StorageUsageListTest, AMinimumLeavesOutWhatIsSmaller) {
+TEST(StorageUsageListTest, AMinimumOmitsSmallerEntries) {
   const ScopedTempDir folder;
   folder.Write("large/file", std::string(3 << 20, 'x'));
   folder.Write("small/file", std::string(1 << 20, 'x'));
@@ -229,7 +229,7 @@ TEST_F(StorageUsageListLockedTest, TheToolReportsWhatItCouldNotRead) {
 
 class StorageUsageListPathTest : public ::testing::TestWithParam<const char*> {};
 
-TEST_P(StorageUsageListPathTest, IsTakenAsItIs) {
+TEST_P(StorageUsageListPathTest, IsUsedUnchanged) {
   const ScopedTempDir folder;
   const std::string name = GetParam();
   folder.Write(name + "/below/file", "x");

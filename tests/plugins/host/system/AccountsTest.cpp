@@ -47,7 +47,7 @@ TEST(AccountsTest, WritesANumberWithoutAnAccountInDigits) {
   EXPECT_EQ(GroupName(kUnknown), "3999999999");
 }
 
-TEST(AccountsTest, RecognizesShellsThatAllowNoLogin) {
+TEST(AccountsTest, RecognizesShellsThatRefuseLogins) {
   for (const char* const shell : {"/usr/sbin/nologin", "/bin/false", "/bin/sync", "nologin"}) {
     EXPECT_FALSE(IsLoginShell(shell)) << shell;
   }

@@ -112,7 +112,7 @@ TEST_F(BusDevicesTest, ListsThemByAddress) {
   EXPECT_THAT(addresses, ElementsAre("0000:00:02.0", "0000:03:00.0", "10000:e0:06.0"));
 }
 
-TEST_F(BusDevicesTest, WhatIsInNoListIsEmpty) {
+TEST_F(BusDevicesTest, NamesThatAreInNoListAreEmpty) {
   Pci("a", "0x10de\n", "0x1\n", "0x058000\n");
   Pci("b", "0x1\n", "0x1\n", "0xfe0000\n");
   const auto devices = ReadPci();
@@ -210,7 +210,7 @@ TEST_F(BusDevicesTest, ABusWithoutDevicesHasNone) {
   EXPECT_THAT(ReadPci(), IsEmpty());
 }
 
-TEST_F(BusDevicesTest, WhereNothingIsMountedItIsAnError) {
+TEST_F(BusDevicesTest, AnUnmountedFolderIsAnError) {
   const auto missing = ThrowsMessage<KestrelException>(
       "Unable to read " + sys_.GetPath("bus/usb/devices") + ": No such file or directory");
   EXPECT_THAT([this] { ReadUsb(); }, missing);
@@ -233,7 +233,7 @@ TEST_F(BusDevicesTest, AFolderThatMayNotBeReadIsAnError) {
   ASSERT_EQ(::chmod(folder.c_str(), 0755), 0);
 }
 
-TEST_F(BusDevicesTest, AnAttributeThatMayNotBeReadIsAnErrorAndNoShorterList) {
+TEST_F(BusDevicesTest, AnUnreadableAttributeIsAnErrorAndNotAShorterList) {
   Pci("0000:00:00.0", "0x1\n", "0x1\n", "0x0\n");
   Pci("0000:00:01.0", "0x1\n", "0x1\n", "0x0\n");
   const std::string path = sys_.GetPath("bus/pci/devices/0000:00:01.0/class");
@@ -265,7 +265,7 @@ TEST_F(BusDevicesTest, ADeviceThatWasRemovedIsSkipped) {
   EXPECT_EQ(ReadPci().size(), 1u);
 }
 
-TEST_F(BusDevicesTest, ADriverThatIsNoLinkIsAnError) {
+TEST_F(BusDevicesTest, ADriverThatIsNotALinkIsAnError) {
   Pci("0000:00:00.0", "0x1\n", "0x1\n", "0x0\n");
   const std::string path = sys_.Write("bus/pci/devices/0000:00:00.0/driver", "e1000e");
   EXPECT_THAT([this] { ReadPci(); },

@@ -41,7 +41,7 @@ const DisciplineCase kDisciplines[] = {
 
 class ClockDisciplineTest : public ::testing::TestWithParam<DisciplineCase> {};
 
-TEST_P(ClockDisciplineTest, IsThatOfTheKernel) {
+TEST_P(ClockDisciplineTest, AgreesWithTheKernel) {
   struct timex report = {};
   report.status = GetParam().status;
   report.maxerror = 1234;
@@ -114,7 +114,7 @@ const VariableCase kVariables[] = {
 
 class ZoneVariableTest : public ::testing::TestWithParam<VariableCase> {};
 
-TEST_P(ZoneVariableTest, WinsOverTheFiles) {
+TEST_P(ZoneVariableTest, PrecedesTheFiles) {
   const ScopedEnvironment zone("TZ", std::string(GetParam().value));
   const ScopedTempDir etc;
   ASSERT_EQ(::symlink("/usr/share/zoneinfo/Europe/Berlin", etc.GetPath("localtime").c_str()), 0);
@@ -192,14 +192,14 @@ TEST_F(HardwareClockTest, IsTheOneFromWhichTheKernelTookTheTime) {
   EXPECT_EQ(Read()->seconds, 2);
 }
 
-TEST_F(HardwareClockTest, IsElseTheFirst) {
+TEST_F(HardwareClockTest, IsOtherwiseTheFirst) {
   Clock("rtc1", "2\n", "0\n");
   Clock("rtc0", "-5\n", "0\n");
   EXPECT_EQ(Read()->device, "rtc0");
   EXPECT_EQ(Read()->seconds, -5);
 }
 
-TEST_F(HardwareClockTest, ThatShowsNoNumberIsAnError) {
+TEST_F(HardwareClockTest, IsAnErrorWithoutANumber) {
   for (const char* const text : {"", "soon\n", "1700000000.5\n", "1 2\n"}) {
     Clock("rtc0", text, "1\n");
     EXPECT_THAT([this] { Read(); },
@@ -209,7 +209,7 @@ TEST_F(HardwareClockTest, ThatShowsNoNumberIsAnError) {
   }
 }
 
-TEST_F(HardwareClockTest, ThatCannotBeReadIsAnError) {
+TEST_F(HardwareClockTest, IsAnErrorIfItCannotBeRead) {
   root_.MakeDirectory("sys/class/rtc/rtc0");
   EXPECT_THAT([this] { Read(); },
               ThrowsMessage<KestrelException>("Unable to read " +
@@ -217,7 +217,7 @@ TEST_F(HardwareClockTest, ThatCannotBeReadIsAnError) {
                                               ": No such file or directory"));
 }
 
-TEST_F(HardwareClockTest, BelowAFolderThatMayNotBeReadIsAnError) {
+TEST_F(HardwareClockTest, IsAnErrorInAnUnreadableFolder) {
   Clock("rtc0", "1\n", "1\n");
   const std::string folder = root_.GetPath("sys/class/rtc");
   ASSERT_EQ(::chmod(root_.GetPath().c_str(), 0755), 0);

@@ -88,7 +88,7 @@ const DamagedCase kDamaged[] = {
 
 class DamagedCpuTimesTest : public ::testing::TestWithParam<DamagedCase> {};
 
-TEST_P(DamagedCpuTimesTest, IsAnErrorAndNoShorterList) {
+TEST_P(DamagedCpuTimesTest, IsAnErrorAndNotAShorterList) {
   const ScopedTempDir proc;
   const std::string path = proc.Write("stat", GetParam().text);
   EXPECT_THAT([&] { ReadCpuTimes(proc.GetPath()); },
@@ -173,14 +173,14 @@ TEST(CpuUsageTest, EachProcessorIsComparedWithItself) {
   EXPECT_EQ(usages[2].busy, 0);
 }
 
-TEST(CpuUsageTest, AProcessorThatCameBetweenTheSamplesIsUnknown) {
+TEST(CpuUsageTest, AProcessorThatWasAddedBetweenTheSamplesIsUnknown) {
   const auto usages =
       Compare("cpu 0 0 0 0\ncpu0 0 0 0 0\n", "cpu 1 0 0 0\ncpu0 1 0 0 0\ncpu7 5 5 5 5\n");
   ASSERT_EQ(usages.size(), 3u);
   EXPECT_THAT(Fields(usages[2]), ElementsAre(7, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1));
 }
 
-TEST(CpuUsageTest, AProcessorThatWentBetweenTheSamplesIsNotListed) {
+TEST(CpuUsageTest, AProcessorThatWasRemovedBetweenTheSamplesIsNotListed) {
   const auto usages =
       Compare("cpu 0 0 0 0\ncpu0 0 0 0 0\ncpu1 0 0 0 0\n", "cpu 1 0 0 0\ncpu1 1 0 0 0\n");
   ASSERT_EQ(usages.size(), 2u);

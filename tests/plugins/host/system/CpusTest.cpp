@@ -142,7 +142,7 @@ TEST(CpusTest, AFrequencyMayHaveNoFractionAndMayBeMissing) {
   EXPECT_THAT(frequencies, ElementsAre(1000000, 2000999, -1, -1));
 }
 
-TEST(CpusTest, ATopologyThatIsNoNumberIsUnknown) {
+TEST(CpusTest, ATopologyThatIsNotANumberIsUnknown) {
   const ScopedTempDir sys;
   const std::string cpu = "devices/system/cpu";
   sys.Write(cpu + "/present", "0");

@@ -124,7 +124,7 @@ const SettingCase kSettings[] = {
 
 class CrontabSettingTest : public ::testing::TestWithParam<SettingCase> {};
 
-TEST_P(CrontabSettingTest, IsNoEntry) {
+TEST_P(CrontabSettingTest, IsNotAnEntry) {
   const auto entries = ParseCrontab(std::string(GetParam().line) + "\n@daily x\n", "file", "anna");
   ASSERT_EQ(entries.size(), 1u);
   EXPECT_THAT(entries[0].environment, ElementsAre(GetParam().setting));
@@ -200,7 +200,7 @@ TEST(CrontabsTest, ReportsIncompleteLines) {
                           "2|root|* * * * *|* * * * * root|there is no command"));
 }
 
-TEST(CrontabsTest, ReportsAWordThatIsNoSchedule) {
+TEST(CrontabsTest, ReportsAWordThatIsNotASchedule) {
   EXPECT_THAT(OfUser("@Daily x\n@ x\n@fortnightly x\n"),
               ElementsAre("1|anna|@Daily|@Daily x|there is no schedule @Daily",
                           "2|anna|@|@ x|there is no schedule @",

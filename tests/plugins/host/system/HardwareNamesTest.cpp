@@ -151,7 +151,7 @@ TEST(HardwareNamesFileTest, IsInOneOfTwoFolders) {
   EXPECT_EQ(ReadHardwareNames(share.GetPath(), "pci.ids"), "usual");
 }
 
-TEST(HardwareNamesFileTest, ThatCannotBeReadIsAnError) {
+TEST(HardwareNamesFileTest, IsAnErrorIfItCannotBeRead) {
   const ScopedTempDir share;
   ASSERT_EQ(::chmod(share.GetPath().c_str(), 0755), 0);
   const std::string path = share.Write("misc/pci.ids", kNames);
@@ -161,7 +161,7 @@ TEST(HardwareNamesFileTest, ThatCannotBeReadIsAnError) {
               ThrowsMessage<KestrelException>("Unable to read " + path + ": Permission denied"));
 }
 
-TEST(HardwareNamesFileTest, ThatIsAFolderIsAnError) {
+TEST(HardwareNamesFileTest, IsAnErrorIfItIsAFolder) {
   const ScopedTempDir share;
   const std::string path = share.MakeDirectory("misc/usb.ids");
   EXPECT_THAT([&] { ReadHardwareNames(share.GetPath(), "usb.ids"); },

@@ -255,7 +255,7 @@ TEST_F(UsbFolderTest, ThousandsOfDevicesAreListed) {
   EXPECT_THAT(Read(), SizeIs(2000));
 }
 
-TEST_F(UsbFolderTest, TooManyOpenFilesAreAnErrorAndNoEmptyList) {
+TEST_F(UsbFolderTest, TooManyOpenFilesAreAnErrorAndNotAnEmptyList) {
   struct rlimit limit = {};
   ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &limit), 0);
   struct rlimit none = limit;

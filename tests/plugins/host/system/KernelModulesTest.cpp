@@ -174,7 +174,7 @@ TEST_F(HasModuleTest, FindsBuiltInModules) {
   EXPECT_TRUE(Has("a_b"));
 }
 
-TEST_F(HasModuleTest, AModuleThatCouldBeLoadedIsNotThere) {
+TEST_F(HasModuleTest, AModuleThatCouldBeLoadedIsNotPresent) {
   EXPECT_FALSE(Has("tun"));
   EXPECT_FALSE(Has("snd_hda"));
   EXPECT_FALSE(Has("snd-hda"));
@@ -188,7 +188,7 @@ TEST_F(HasModuleTest, ReportsAModuleThatTheMachineDoesNotHave) {
   }
 }
 
-TEST_F(HasModuleTest, CannotTellWithoutTheFolderOfModules) {
+TEST_F(HasModuleTest, ReportsThatTheFolderOfModulesIsMissing) {
   const auto has = [this](const char* name) {
     return HasModule(root_.GetPath("proc"), root_.GetPath("sys"), root_.GetPath("gone"), name);
   };
@@ -200,7 +200,7 @@ TEST_F(HasModuleTest, CannotTellWithoutTheFolderOfModules) {
                                               root_.GetPath("gone")));
 }
 
-TEST_F(HasModuleTest, CannotTellWithoutTheListsOfModules) {
+TEST_F(HasModuleTest, ReportsThatTheListsOfModulesAreMissing) {
   for (const std::string list : {"modules/modules.dep", "modules/modules.builtin"}) {
     ASSERT_EQ(::unlink(root_.GetPath(list).c_str()), 0);
     EXPECT_THAT([&] { Has("tun"); },

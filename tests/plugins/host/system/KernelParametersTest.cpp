@@ -102,7 +102,7 @@ TEST_F(KernelParametersTest, ReportsAFolderThatTheUserMayNotRead) {
   }
 }
 
-TEST_F(KernelParametersTest, ReportsAShortageOfFiles) {
+TEST_F(KernelParametersTest, ReportsTooManyOpenFiles) {
   EXPECT_EQ(Testing::RunInNamespaces(0,
                                      [this] {
                                        const rlimit few = {3, 3};
@@ -180,7 +180,7 @@ TEST_F(KernelParametersTest, WritesNothingNew) {
               ThrowsMessage<KestrelException>("'vm' is a group of parameters"));
 }
 
-TEST_F(KernelParametersTest, NeedsTheRightToReadAndToChange) {
+TEST_F(KernelParametersTest, NeedsPermissionToReadAndToChange) {
   ::chmod(proc_.GetPath().c_str(), 0755);
   const std::string proc = proc_.GetPath();
   const PlainUser user;
@@ -236,7 +236,7 @@ const ValueCase kValues[] = {
 
 class ParameterValueTest : public ::testing::TestWithParam<ValueCase> {};
 
-TEST_P(ParameterValueTest, IsReadAsItIs) {
+TEST_P(ParameterValueTest, IsReadUnchanged) {
   const ScopedTempDir proc;
   proc.Write("sys/a/b", GetParam().content);
   EXPECT_EQ(ReadParameter(proc.GetPath(), "a.b"), GetParam().value);

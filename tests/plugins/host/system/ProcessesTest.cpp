@@ -94,7 +94,7 @@ TEST(ProcessesTest, KnowsThreadsOfTheKernel) {
   EXPECT_TRUE(process->isKernelThread);
 }
 
-TEST(ProcessesTest, CountsANumberThatMakesNoSenseAsZero) {
+TEST(ProcessesTest, CountsAnInvalidNumberAsZero) {
   std::string numbers = kNumbers;
   numbers.replace(numbers.find("2097152"), 7, "99999999999999999999");
   const auto process = ParseProcess("42 (cat)" + numbers);
@@ -112,7 +112,7 @@ TEST(ProcessesTest, ReadsOneProcessFromItsFolder) {
   EXPECT_EQ(process->command, "cat -n file");
 }
 
-TEST(ProcessesTest, JoinsArgumentsHoweverTheyWereOverwritten) {
+TEST(ProcessesTest, JoinsOverwrittenArguments) {
   const ScopedTempDir proc;
   const std::pair<std::string, std::string> cases[] = {
       {"", ""},
@@ -293,12 +293,12 @@ const DamagedStat kDamagedStats[] = {
 
 class DamagedStatTest : public ::testing::TestWithParam<DamagedStat> {};
 
-TEST_P(DamagedStatTest, IsNoProcess) { EXPECT_FALSE(ParseProcess(GetParam().text)); }
+TEST_P(DamagedStatTest, IsRejected) { EXPECT_FALSE(ParseProcess(GetParam().text)); }
 
 INSTANTIATE_TEST_SUITE_P(Texts, DamagedStatTest, ::testing::ValuesIn(kDamagedStats),
                          [](const auto& test) { return test.param.name; });
 
-TEST(ProcessesTest, AColumnThatIsNoNumberCountsAsZero) {
+TEST(ProcessesTest, AColumnThatIsNotANumberCountsAsZero) {
   const auto process = ParseProcess("42 (cat) S x y z a b c d e f g h i j k l m n o p q r");
   ASSERT_TRUE(process);
   EXPECT_EQ(process->parentId, 0);

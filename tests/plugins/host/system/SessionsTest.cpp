@@ -201,7 +201,7 @@ TEST_P(SessionFileTest, IsRead) {
 INSTANTIATE_TEST_SUITE_P(Files, SessionFileTest, ::testing::ValuesIn(kSessionFiles),
                          [](const auto& test) { return test.param.name; });
 
-TEST(SessionsTest, SkipsWhatIsNoSession) {
+TEST(SessionsTest, SkipsWhatIsNotASession) {
   const ScopedTempDir folder;
   folder.MakeDirectory("1.ref");
   ASSERT_EQ(::mkfifo(folder.GetPath("2.ref").c_str(), 0600), 0);

@@ -84,7 +84,7 @@ TEST(SignalTargetTest, ReceivesTheSignal) {
   EXPECT_EQ(target->Send(SIGKILL), ESRCH) << "never another process of that number";
 }
 
-TEST(SignalTargetTest, NeedsTheRight) {
+TEST(SignalTargetTest, NeedsPermission) {
   const auto target = SignalTarget::Open(::getppid());
   ASSERT_TRUE(target);
   if (::geteuid() != 0) {

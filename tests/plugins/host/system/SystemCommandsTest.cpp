@@ -90,7 +90,7 @@ TEST(SystemUptimeGetTest, WritesTheSameTimeTwice) {
   EXPECT_EQ(TextOf(structure, "Up"), expected);
 }
 
-TEST(SystemLoadGetTest, IsOneOfTheLoadsAroundIt) {
+TEST(SystemLoadGetTest, AgreesWithTheKernel) {
   const auto before = WordsIn(Witness("cat /proc/loadavg"));
   const Structure structure = Call("system load get").GetStruct();
   const auto after = WordsIn(Witness("cat /proc/loadavg"));

@@ -174,7 +174,7 @@ const MistakeCase kMistakes[] = {
 
 class SystemMistakeTest : public ::testing::TestWithParam<MistakeCase> {};
 
-TEST_P(SystemMistakeTest, IsAMessageInItsOwnWords) {
+TEST_P(SystemMistakeTest, IsAMessageWithoutAPrefix) {
   EXPECT_EQ(OutcomeOf(kTool + GetParam().words),
             std::string("Errors: \n") + GetParam().message + "\nstatus 1\n");
 }
@@ -207,7 +207,7 @@ TEST_F(HiddenProcessTest, InvisibleOnesAreAnError) {
             "--user\nstatus 1\n");
 }
 
-TEST_F(HiddenProcessTest, OnesOwnAreListed) {
+TEST_F(HiddenProcessTest, OwnProcessesAreListed) {
   for (const std::string user : {"65534", "nobody", "nobody --user 65534"}) {
     EXPECT_THAT(List("invisible", "--user " + user), AllOf(StartsWith("Id "), HasSubstr("vexil")));
   }

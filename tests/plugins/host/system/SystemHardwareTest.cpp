@@ -272,7 +272,7 @@ TEST_F(SystemHardwareMachineTest, ShowsTheDevices) {
                 "2-1.4    none    Mass Storage  fff9:0001\n");
 }
 
-TEST_F(SystemHardwareMachineTest, ShowsWhatIsUnknownAsAWord) {
+TEST_F(SystemHardwareMachineTest, ShowsAWordForUnknownValues) {
   AddSamples();
   RunThere([] {
     const auto rows = CallRows("system device list");
@@ -389,7 +389,7 @@ TEST_F(SystemHardwareMachineTest, AnInterfaceNamesTheDriverOfItsDevice) {
   });
 }
 
-TEST_F(SystemHardwareMachineTest, ADamagedDeviceIsAnErrorAndNoShorterList) {
+TEST_F(SystemHardwareMachineTest, ADamagedDeviceIsAnErrorAndNotAShorterList) {
   AddSamples();
   File("sys/bus/pci/devices/0000:00:1f.2/class", "storage\n");
   RunThere([] {

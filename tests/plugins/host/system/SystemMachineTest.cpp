@@ -137,7 +137,7 @@ TEST_F(SystemMachineTest, ShowsTheUptime) {
   });
 }
 
-TEST_F(SystemMachineTest, ReportsStatisticsThatMakeNoSense) {
+TEST_F(SystemMachineTest, ReportsInvalidStatistics) {
   File("proc/loadavg", "0.46 12.00\n");
   File("proc/uptime", "long\n");
   File("proc/meminfo", "MemTotal: 1 kB\n");
@@ -311,7 +311,7 @@ TEST_F(SystemMachineTest, ShowsWhenAProcessStartedInTheZoneOfTheUser) {
   });
 }
 
-TEST_F(SystemMachineTest, DoesNotListSomeProcessesAsIfTheyWereAll) {
+TEST_F(SystemMachineTest, RefusesToListOnlySomeProcesses) {
   AddProcess({30, "server", "", 'S', 1, 4000000000});
   RunThere([] {
     EXPECT_THAT(CallErrors("system process list"),
@@ -424,7 +424,7 @@ TEST_F(SystemMachineTest, SkipsProcessesThatEnd) {
   RunThere([] { EXPECT_THAT(Ids({}), ElementsAre("1", "2", "30", "31", "100")); });
 }
 
-TEST_F(SystemMachineTest, ReportsAProcessThatMakesNoSense) {
+TEST_F(SystemMachineTest, ReportsAnInvalidProcess) {
   AddSampleProcesses();
   File("proc/56/stat", "56 (cut");
   File("proc/56/status", "Uid:\t0\t0\t0\t0\n");
@@ -532,7 +532,7 @@ TEST_F(ParameterMachineTest, ChangesAValue) {
   ExpectPrinted("system parameter get --name=vm.swappiness", "10\n");
 }
 
-TEST_F(ParameterMachineTest, ChangesAValueThatNobodyCanRead) {
+TEST_F(ParameterMachineTest, ChangesAValueThatCannotBeRead) {
   File("proc/sys/vm/drop_caches", "");
   Mode("proc/sys/vm/drop_caches", 0200);
   RunThere([] {
@@ -683,7 +683,7 @@ TEST_F(UserMachineTest, SelectsAccounts) {
   });
 }
 
-TEST_F(UserMachineTest, ShowsTextOfOthersSafely) {
+TEST_F(UserMachineTest, ShowsStringsOfOthersSafely) {
   RunThere([] {
     EXPECT_THAT(CallColumn("system account list", "Full Name", {{"name", "anna"}}),
                 ElementsAre("Anna \\x1b[1m Other"));
@@ -769,7 +769,7 @@ const LoadCase kLoads[] = {
 
 class LoadTest : public SystemMachineTest, public ::testing::WithParamInterface<LoadCase> {};
 
-TEST_P(LoadTest, IsATextAndAnInteger) {
+TEST_P(LoadTest, IsAStringAndAnInteger) {
   File("proc/loadavg", GetParam().content);
   RunThere([] {
     const Row row = CallStruct("system load get");
@@ -805,7 +805,7 @@ const ShareCase kShares[] = {
 
 class ShareTest : public SystemMachineTest, public ::testing::WithParamInterface<ShareCase> {};
 
-TEST_P(ShareTest, IsThatOfTheTimeSinceTheStart) {
+TEST_P(ShareTest, IsRelativeToTheTimeSinceTheStart) {
   Folder("proc/1");
   AddProcess({7, "x", "", 'S', 1, 0, 0, GetParam().ticks, GetParam().startTicks, 0});
   RunThere([] {
@@ -896,7 +896,7 @@ TEST_F(CrontabMachineTest, FiltersEntries) {
   });
 }
 
-TEST_F(CrontabMachineTest, SomeUsersMayReadTheEntriesOfTheSystemAlone) {
+TEST_F(CrontabMachineTest, AUserMayBeAllowedToReadOnlyTheEntriesOfTheSystem) {
   Mode("var/spool/cron/crontabs", 0700);
   RunThere([] {
     const PlainUser user;

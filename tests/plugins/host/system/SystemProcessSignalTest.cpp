@@ -131,7 +131,7 @@ TEST(SystemProcessSignalTest, ANameNeverMeansTheProgramItself) {
             "");
 }
 
-TEST(SystemProcessSignalTest, NeedsTheRight) {
+TEST(SystemProcessSignalTest, NeedsPermission) {
   if (::geteuid() != 0) {
     GTEST_SKIP() << "only root can give up a right";
   }
@@ -204,7 +204,7 @@ INSTANTIATE_TEST_SUITE_P(Signals, SignalEndTest, ::testing::ValuesIn(kEnds), [](
   return name;
 });
 
-TEST(SystemProcessSignalTest, StopsAProcessAndLetsItGoOn) {
+TEST(SystemProcessSignalTest, StopsAndContinuesAProcess) {
   const ScopedProcess process("kestrel-eleven");
   process.WaitUntilItSleeps();
   const auto state = [&process] {
