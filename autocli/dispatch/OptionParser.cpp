@@ -17,6 +17,7 @@
 #include "kestrel/autocli/OptionParser.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -27,6 +28,7 @@
 #include "autocli/process/TypedSecrets.h"
 #include "autocli/text/Report.h"
 #include "callspec/ParameterLookup.h"
+#include "kestrel/KestrelException.h"
 #include "kestrel/callspec/ParameterSpec.h"
 
 namespace Kestrel::AutoCli {
@@ -159,6 +161,13 @@ void AppendPairs(const Pairs& pairs, std::string& text) {
   }
 }
 
+// A failed read ends the line just as the end of the input does. A closed standard input is empty.
+void RequireStandardInput() {
+  if (std::ferror(stdin) != 0 && errno != EBADF) {
+    throw KestrelException("Unable to read standard input");
+  }
+}
+
 // Clears the end of input that an earlier prompt may have met: a terminal can continue after it.
 std::string ReadLine() {
   std::clearerr(stdin);
@@ -167,6 +176,7 @@ std::string ReadLine() {
   // A line never moves while it is read, which would leave a part of a secret in memory.
   line.reserve(kMaxUnmovedLine);
   std::getline(std::cin, line);
+  RequireStandardInput();
   return line;
 }
 

@@ -4,9 +4,12 @@
 #include "plugins/host/system/Accounts.h"
 
 #include <grp.h>
+#include <kestrel/KestrelException.h>
 #include <pwd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <string_view>
 
 #include "plugins/host/frame/HostFile.h"
@@ -16,6 +19,7 @@ namespace {
 
 constexpr char kAccountFile[] = "/etc/passwd";
 constexpr char kGroupFile[] = "/etc/group";
+constexpr char kSourcesFile[] = "/etc/nsswitch.conf";
 
 // The program that a login starts if the account names none.
 constexpr char kDefaultShell[] = "/bin/sh";
@@ -41,32 +45,83 @@ Account MakeAccount(const passwd& entry) {
   return account;
 }
 
+// Throws if the last call of the name service failed. Other error numbers are not failures: it also
+// sets them when there is no such name, or after the last entry.
+void RequireSuccess(const std::string& file) {
+  const int error = errno;
+  if (error == ENOMEM || error == EMFILE || error == ENFILE || error == EIO) {
+    throw KestrelException("Unable to read " + file + ": " + std::strerror(error));
+  }
+}
+
+// To be called when the name service does not know a name, or no name at all.
+void RequireAnswer(const std::string& file) {
+  RequireSuccess(file);
+  RequireReadable(file);
+  ReadExistingFile(kSourcesFile);  // without which there is no source, and no error
+}
+
+// Calls a function of the name service, which sets `errno` only when it fails.
+template <typename Function, typename... Arguments>
+auto* Ask(Function function, Arguments... arguments) {
+  errno = 0;
+  return function(arguments...);
+}
+
+// Looks up a name. The service may try a second source after the first one failed and report that
+// this one does not have the name, so a lookup without a result is repeated.
+template <typename Function, typename Key>
+auto* Find(Function function, Key key) {
+  auto* const entry = Ask(function, key);
+  return entry == nullptr ? Ask(function, key) : entry;
+}
+
+std::vector<Account> ReadAllAccounts() {
+  std::vector<Account> accounts;
+  ::setpwent();
+  while (const passwd* const entry = Ask(::getpwent)) {
+    accounts.push_back(MakeAccount(*entry));
+  }
+  RequireSuccess(kAccountFile);
+  ::endpwent();
+  return accounts;
+}
+
 std::string NameOfUser(uid_t id) {
-  const passwd* const entry = ::getpwuid(id);
+  const passwd* const entry = Find(::getpwuid, id);
   if (entry == nullptr) {
-    RequireReadable(kAccountFile);
+    RequireAnswer(kAccountFile);
     return std::to_string(id);
   }
   return entry->pw_name;
+}
+
+void RequireNoAccounts() {
+  if (!ReadRequiredFile(kAccountFile).empty()) {
+    throw KestrelException(std::string("Unable to read ") + kAccountFile +
+                           ": the name service returned no account");
+  }
 }
 
 }  // namespace
 
 std::vector<Account> ReadAccounts() {
   RequireReadable(kAccountFile);
-  std::vector<Account> accounts;
-  ::setpwent();
-  while (const passwd* const entry = ::getpwent()) {
-    accounts.push_back(MakeAccount(*entry));
+  std::vector<Account> accounts = ReadAllAccounts();
+  if (accounts.empty()) {
+    accounts = ReadAllAccounts();
   }
-  ::endpwent();
+  if (accounts.empty()) {
+    RequireAnswer(kAccountFile);
+    RequireNoAccounts();
+  }
   return accounts;
 }
 
 std::optional<Account> FindAccount(const std::string& name) {
-  const passwd* const entry = ::getpwnam(name.c_str());
+  const passwd* const entry = Find(::getpwnam, name.c_str());
   if (entry == nullptr) {
-    RequireReadable(kAccountFile);
+    RequireAnswer(kAccountFile);
     return std::nullopt;
   }
   return MakeAccount(*entry);
@@ -76,11 +131,14 @@ std::vector<std::string> ReadGroups(const Account& account) {
   RequireReadable(kGroupFile);
   std::vector<gid_t> ids(64);
   int count = static_cast<int>(ids.size());
+  errno = 0;
   while (::getgrouplist(account.name.c_str(), account.groupId, ids.data(), &count) < 0) {
     // `count` is now the size needed, unless the name service does not report it.
     count = std::max(count, 2 * static_cast<int>(ids.size()));
     ids.resize(static_cast<std::size_t>(count));
+    errno = 0;
   }
+  RequireSuccess(kGroupFile);
   ids.resize(static_cast<std::size_t>(count));
   std::vector<std::string> names;
   names.reserve(ids.size());
@@ -105,9 +163,9 @@ const std::string& UserNames::Get(uid_t id) {
 }
 
 std::string GroupName(gid_t id) {
-  const group* const entry = ::getgrgid(id);
+  const group* const entry = Find(::getgrgid, id);
   if (entry == nullptr) {
-    RequireReadable(kGroupFile);
+    RequireAnswer(kGroupFile);
     return std::to_string(id);
   }
   return entry->gr_name;
@@ -128,9 +186,10 @@ const std::string& GroupNames::Get(gid_t id) {
 void GroupNames::ReadAll() {
   RequireReadable(kGroupFile);
   ::setgrent();
-  while (const group* const entry = ::getgrent()) {
+  while (const group* const entry = Ask(::getgrent)) {
     names_.emplace(entry->gr_gid, entry->gr_name);
   }
+  RequireSuccess(kGroupFile);
   ::endgrent();
 }
 

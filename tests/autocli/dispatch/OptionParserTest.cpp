@@ -3,15 +3,18 @@
 
 #include "kestrel/autocli/OptionParser.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <iostream>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "kestrel/KestrelException.h"
 #include "kestrel/callspec/InputSpec.h"
 #include "kestrel/callspec/ParameterSpec.h"
 #include "support/Random.h"
@@ -29,6 +32,7 @@ using Kestrel::Testing::StreamCapture;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Pair;
+using ::testing::ThrowsMessage;
 
 using Pairs = std::vector<std::pair<std::string, std::string>>;
 using Tokens = std::vector<std::string>;
@@ -505,6 +509,17 @@ TEST(OptionParserTest, GetSilentStringContinuesAfterAnEndOfInput) {
   std::cin.setstate(std::ios::eofbit | std::ios::failbit);
   ScopedInput in("more\n");
   EXPECT_EQ("more", parser.GetSilentString());
+}
+
+TEST(OptionParserTest, AFolderAsStandardInputIsAnError) {
+  OptionParser parser;
+  ScopedInput in("");
+  const int folder = ::open("/", O_RDONLY | O_DIRECTORY);
+  ASSERT_EQ(STDIN_FILENO, ::dup2(folder, STDIN_FILENO));
+  ::close(folder);
+  EXPECT_THAT([&parser] { parser.GetSilentString(); },
+              ThrowsMessage<KestrelException>("Unable to read standard input"));
+  std::clearerr(stdin);
 }
 
 // Lines.
