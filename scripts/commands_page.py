@@ -24,13 +24,13 @@ SPDX-License-Identifier: Apache-2.0
 # Commands
 
 All commands that this project installs, with their parameters and the fields of their results. The
-page is made from what the commands declare; `vexil command describe --path "..."` shows the same
-for any command, including those of other plug-ins. Do not edit it: `cmake --build build/dev
---target update_commands` writes it.
+page is generated from the declarations of the commands. `vexil command describe --path "..."` shows
+the same for any command, including those of other plug-ins. Do not edit this page:
+`cmake --build build/dev --target update_commands` rewrites it.
 
 - `list` commands succeed if nothing matches. `get` and `check` commands report an error that names
   what was not found.
-- A parameter in **bold** is required. The parameter `help`, which every command has, is left out.
+- A parameter in **bold** is required. The parameter `help`, which every command has, is omitted.
 - A field with dots is a field of the structures in the field before the dot.
 """
 

@@ -71,7 +71,7 @@ long CountCommands(const std::vector<LoadedPlugin>& plugins) {
 class VersionGet final : public AutoCli::Command {
  public:
   VersionGet() {
-    SetDescription("Get the version of the tool, and what a report about it should name.");
+    SetDescription("Get the version of the tool and other details for bug reports.");
     AddMetaData("changes", "false");
     AddExample("", "Get the version");
     SetDefaultOutputFormatter("simple");

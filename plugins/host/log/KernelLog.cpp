@@ -32,7 +32,7 @@ constexpr const char* kFacilities[] = {
 [[noreturn]] void Fail(const std::string& path) {
   std::string reason = std::strerror(errno);
   if (errno == EPERM || errno == EACCES) {
-    reason += "; here only root and who has CAP_SYSLOG may read it";
+    reason += "; only root and processes with CAP_SYSLOG may read it";
   }
   throw KestrelException("Unable to read " + path + ": " + reason);
 }

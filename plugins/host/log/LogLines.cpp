@@ -106,7 +106,7 @@ std::vector<LogLine> ReadLastLines(LogFile& file, const LogFilter& filter, LogTi
     lines.Add(*line);
   }
   if (lines.LacksTimes()) {
-    throw KestrelException("No line has a time that is known, so none can be chosen by its time");
+    throw KestrelException("No line has a recognizable time, so lines cannot be selected by time");
   }
   return lines.Take();
 }

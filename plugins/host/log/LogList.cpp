@@ -74,7 +74,7 @@ class LogList final : public ListCommand {
  private:
   void DeclareParameters(CallSpec::InputSpec& spec) const override {
     Parameter("unit", CallSpec::StringList,
-              "List lines of this unit of the journal only, a name or a pattern with *.")
+              "List only lines of this unit in the journal; a name, or a pattern with *.")
         .Short("u")
         .AddTo(spec);
     Parameter("file", CallSpec::String, "Read this file instead of the journal.")

@@ -32,12 +32,13 @@ void AddLogParameters(CallSpec::InputSpec& spec) {
       .Short("l")
       .AddTo(spec);
   Parameter("match", CallSpec::String,
-            "List lines only whose text contains a match of this regular expression.")
+            "List only lines whose text contains a match of this regular expression.")
       .Short("m")
       .AddTo(spec);
-  Parameter("lines", CallSpec::Int,
-            "How many lines at most, of those the last ones; %ENUM%. Without it 50, and with "
-            "--since as many as there are.")
+  Parameter(
+      "lines", CallSpec::Int,
+      "The maximum number of lines, of which the last ones are listed; %ENUM%. The default is "
+      "50, or no limit with --since.")
       .Short("n")
       .Between(1, kMaxLines)
       .AddTo(spec);

@@ -14,7 +14,7 @@ namespace {
 const StructShape& Shape() {
   static const StructShape shape =
       StructShape("PackageFile")
-          .String("Path", "A file or directory that the package brought.")
+          .String("Path", "A file or directory of the package.")
           .String("Diverted To",
                   "Where it is instead, because another package or the administrator has the path; "
                   "\"none\" when it is in its place.");
@@ -24,7 +24,7 @@ const StructShape& Shape() {
 class PackageFiles final : public ListCommand {
  public:
   PackageFiles()
-      : ListCommand("List the files that a package brought.", Shape,
+      : ListCommand("List the files of a package.", Shape,
                     "The files and directories in the order in which they were recorded.") {
     ShowColumns("Path", {{"show-header", "false"}});
     AddMetaData("complete:name", "package.list Name");

@@ -119,9 +119,9 @@ class PackageList final : public ListCommand {
   void DeclareParameters(CallSpec::InputSpec& spec) const override {
     AddPackageNames(spec);
     Parameter("state", CallSpec::StringList,
-              "List packages in this state only: config-files, half-installed, unpacked, "
-              "half-configured, triggers-awaited, triggers-pending, installed or any. Without it, "
-              "those installed.")
+              "List only packages in this state: config-files, half-installed, unpacked, "
+              "half-configured, triggers-awaited, triggers-pending, installed or any. The "
+              "default is installed.")
         .Short("s")
         .AddTo(spec);
     Parameter("manual", CallSpec::BoolList,

@@ -17,11 +17,11 @@ void AddPackageName(CallSpec::InputSpec& spec) {
 
 void AddPackageNames(CallSpec::InputSpec& spec) {
   Parameter("name", CallSpec::StringList,
-            "List packages of this name only; * in it stands for anything.")
+            "List only packages with this name; * in it stands for any text.")
       .Short("n")
       .AddTo(spec);
   Parameter("match", CallSpec::String,
-            "List packages only whose name contains a match of this regular expression.")
+            "List only packages whose names contain a match of this regular expression.")
       .Short("m")
       .AddTo(spec);
 }

@@ -60,7 +60,7 @@ class PolicyReader {
     if (indentation == 0) {
       StartPackage(line);
     } else if (candidate_ == nullptr) {
-      throw KestrelException("apt-cache answers in an unknown form: " + ShownLine(line));
+      throw KestrelException("The output of apt-cache has an unknown form: " + ShownLine(line));
     } else if (StartsWith(line, kCandidate)) {
       const std::string_view version = Trim(line.substr(sizeof kCandidate - 1));
       candidate_->isKnown = true;
@@ -75,7 +75,7 @@ class PolicyReader {
  private:
   void StartPackage(std::string_view line) {
     if (line.size() < 2 || line.back() != ':') {
-      throw KestrelException("apt-cache answers in an unknown form: " + ShownLine(line));
+      throw KestrelException("The output of apt-cache has an unknown form: " + ShownLine(line));
     }
     candidate_ = &policy_.candidates[std::string(line.substr(0, line.size() - 1))];
     isCandidate_ = false;

@@ -104,7 +104,7 @@ PackagePolicy AskPolicy(const std::vector<std::string>& names) {
 const PackageCandidate& RequireCandidate(const PackagePolicy& policy, const std::string& name) {
   const auto found = policy.candidates.find(name);
   if (found == policy.candidates.end() || !found->second.isKnown) {
-    throw KestrelException(std::string(kProgram) + " does not answer for the package '" + name +
+    throw KestrelException(std::string(kProgram) + " returned nothing about the package '" + name +
                            "'");
   }
   return found->second;

@@ -63,8 +63,7 @@ class ServiceChangeCommand final : public HostCommand {
   void DeclareParameters(CallSpec::InputSpec& spec) const override {
     AddServiceName(spec);
     Parameter("timeout", CallSpec::Int,
-              "How many seconds the change may take, %ENUM%; 120 unless given. After that it is "
-              "not waited for any more.")
+              "How many seconds to wait for the change, %ENUM%; the default is 120.")
         .Short("t")
         .Between(1, kMaxSeconds)
         .AddTo(spec);

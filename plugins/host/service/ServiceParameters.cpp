@@ -44,13 +44,13 @@ void AddServiceName(CallSpec::InputSpec& spec) {
 }
 
 void UnitNames::DeclareParameters(CallSpec::InputSpec& spec, const char* what) {
-  const std::string those = std::string("List ") + what;
+  const std::string those = std::string("List only ") + what;
   Parameter("name", CallSpec::StringList,
-            (those + " of this name only. In it, * stands for any characters.").c_str())
+            (those + " with this name. * in it stands for any text.").c_str())
       .Short("n")
       .AddTo(spec);
   Parameter("match", CallSpec::String,
-            (those + " only whose name contains a match of this regular expression.").c_str())
+            (those + " whose names contain a match of this regular expression.").c_str())
       .Short("m")
       .AddTo(spec);
 }
@@ -74,8 +74,9 @@ bool UnitNames::Accept(const std::string& name) const {
 }
 
 void ServiceStates::DeclareParameter(CallSpec::InputSpec& spec) {
-  Parameter("state", CallSpec::StringList,
-            ("List services in this state only, in either case: " + StateWords() + ".").c_str())
+  Parameter(
+      "state", CallSpec::StringList,
+      ("List only services in this state, in upper or lower case: " + StateWords() + ".").c_str())
       .Short("s")
       .AddTo(spec);
 }

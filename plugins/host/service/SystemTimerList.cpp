@@ -51,10 +51,10 @@ std::string WithoutEnding(const std::string& unit) {
 class SystemTimerList final : public ListCommand {
  public:
   SystemTimerList()
-      : ListCommand(
-            "List the timers of systemd, and when each starts its unit.", Shape,
-            "The timers, those that start their units first at the beginning; none on a machine "
-            "without systemd.") {
+      : ListCommand("List the timers of systemd, and when each starts its unit.", Shape,
+                    "The timers, in the order in which they next start their units; none on a "
+                    "machine without "
+                    "systemd.") {
     ShowColumns("Next,Last,Unit", {{"wrap-last", "true"}});
     AddMetaData("complete:name", "system.timer.list Unit");
     AddExample("", "List all timers");

@@ -170,7 +170,7 @@ ServiceDetails ReadSystemdService(const Systemctl& systemctl, const std::string&
   const auto units =
       ParseProperties(systemctl.Ask({"show", "--no-pager", kProperties, "--", ServiceUnit(name)}));
   if (units.size() != 1 || units[0].count("ActiveState") == 0) {
-    throw KestrelException("systemctl does not answer for the service '" + name + "'");
+    throw KestrelException("systemctl returned nothing about the service '" + name + "'");
   }
   ServiceDetails details = ToDetails(units[0]);
   if (details.service.name.empty()) {

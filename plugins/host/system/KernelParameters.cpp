@@ -66,7 +66,7 @@ std::string WithoutLineEnd(std::string text) {
       throw KestrelException("'" + name + "' is a group of parameters");
     case EACCES:
     case EPERM:
-      throw KestrelException("You do not have the right to read the parameter '" + name + "'");
+      throw KestrelException("You do not have permission to read the parameter '" + name + "'");
     default:
       throw KestrelException("Unable to read the parameter '" + name +
                              "': " + std::strerror(error));
@@ -77,7 +77,7 @@ std::string WithoutLineEnd(std::string text) {
   switch (error) {
     case EACCES:
     case EPERM:
-      throw KestrelException("You do not have the right to change the parameter '" + name +
+      throw KestrelException("You do not have permission to change the parameter '" + name +
                              "'; usually only root may, and some are read-only");
     case EROFS:
       throw KestrelException("The parameter '" + name +

@@ -69,7 +69,7 @@ class SystemCpuUsageList final : public ListCommand {
  private:
   void DeclareParameters(CallSpec::InputSpec& spec) const override {
     Parameter("interval", CallSpec::Int,
-              "The time between the two samples, in milliseconds; 500 unless given. %ENUM%.")
+              "The time between the two samples in milliseconds, %ENUM%; the default is 500.")
         .Short("i")
         .Between(kMinInterval, kMaxInterval)
         .AddTo(spec);

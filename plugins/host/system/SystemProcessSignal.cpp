@@ -148,7 +148,7 @@ class Selection {
     } else if (!isForced_ && process.id == ::getpid()) {
       output_.AddErrorMessage("This program is " + Describe(process) + "; --force signals it");
     } else if (candidate.target.Send(0) == EPERM) {
-      output_.AddErrorMessage("You do not have the right to signal " + Describe(process) + " of " +
+      output_.AddErrorMessage("You do not have permission to signal " + Describe(process) + " of " +
                               userNames_.Get(process.user));
     }
   }

@@ -45,7 +45,7 @@ TEST(DescriptorToolTest, HelpsWithACommandOnANarrowScreen) {
   EXPECT_EQ(result.out,
             "Usage: vexil network address check <options>\n"
             "\n"
-            "Description: Check that a machine responds, and how fast.\n"
+            "Description: Check whether a machine responds, and how quickly.\n"
             "\n"
             "  -a|--address   The machine's name or address. (required)\n"
             "  -n|--count     How many requests to send, integer in the \n"

@@ -76,7 +76,7 @@ TEST(KernelLogTest, ReportsWhatTheSystemSays) {
   EXPECT_THAT([&] { ReadKernelLog(secret); },
               ThrowsMessage<KestrelException>(
                   "Unable to read " + secret +
-                  ": Permission denied; here only root and who has CAP_SYSLOG may read it"));
+                  ": Permission denied; only root and processes with CAP_SYSLOG may read it"));
 }
 
 }  // namespace

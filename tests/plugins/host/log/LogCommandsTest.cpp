@@ -213,7 +213,7 @@ TEST_F(LogFileListTest, ReportsAllMistakesAtOnce) {
 TEST_F(LogFileListTest, ReportsThatNoLineHasATime) {
   const std::string path = folder_.Write("b", "a\nb\n");
   EXPECT_EQ(Refused("log list", {{"file", path}, {"since", "today"}}),
-            "No line has a time that is known, so none can be chosen by its time");
+            "No line has a recognizable time, so lines cannot be selected by time");
 }
 
 // A log with as many lines as a machine writes in months. Only its end is read.

@@ -136,7 +136,7 @@ TEST_F(LogLinesTest, AreNotSearchedForBeforeALongRunOfOlderOnes) {
 TEST_F(LogLinesTest, CannotBeChosenByTimeWhenNoneHasOne) {
   EXPECT_THAT([&] { Read("a\nb\n", Since(kSecond)); },
               ThrowsMessage<KestrelException>(
-                  "No line has a time that is known, so none can be chosen by its time"));
+                  "No line has a recognizable time, so lines cannot be selected by time"));
   EXPECT_THAT(Texts("", Since(kSecond)), IsEmpty());
 }
 

@@ -253,7 +253,7 @@ TEST_F(LogUserTest, MistakesAreMessagesWithoutAPrefix) {
       {{"log", "list", "--file", path, "--unit", "ssh"},
        "--unit and --file exclude each other: a file has no units\n"},
       {{"log", "list", "--file", path, "--since", "today"},
-       "No line has a time that is known, so none can be chosen by its time\n"},
+       "No line has a recognizable time, so lines cannot be selected by time\n"},
       {{"log", "list", "--file", path, "--since", "2h"},
        "There is no such time: '2h'; --since is today, yesterday, now, -90s, -30m, -2h, -7d, -2w, "
        "2026-11-01 or \"2026-11-01 10:00\"\n"},

@@ -316,14 +316,16 @@ TEST_F(PackageMachineTest, ReportsThatAptHasNoLists) {
 
 TEST_F(PackageMachineTest, RefusesAnAnswerThatLacksAPackage) {
   Program("#!/bin/sh\nprintf 'dpkg:\\n  Candidate: 9\\n     9 1\\n        500 x\\n'\n");
-  ExpectErrors("package upgradable list", {}, "apt-cache does not answer for the package 'broken'");
+  ExpectErrors("package upgradable list", {},
+               "apt-cache returned nothing about the package 'broken'");
 }
 
 TEST_F(PackageMachineTest, RefusesAnAnswerWithoutACandidate) {
   Program(
       "#!/bin/sh\nshift 2\nfor name; do printf '%s:\\n  Installed: 1\\n  Version table:\\n' $name\n"
       "printf '     2 500\\n        500 http://example.org/ x Packages\\n'; done\n");
-  ExpectErrors("package upgradable list", {}, "apt-cache does not answer for the package 'broken'");
+  ExpectErrors("package upgradable list", {},
+               "apt-cache returned nothing about the package 'broken'");
 }
 
 TEST_F(PackageMachineTest, RefusesAnAnswerThatEndsWithinALine) {

@@ -91,8 +91,8 @@ TEST(PackagePolicyTest, ReadsAnEmptyAnswer) {
 TEST(PackagePolicyTest, RefusesAnotherForm) {
   for (const std::string text : {"hello\n", ":\n", "  Candidate: 1\n", "a:\nb\n"}) {
     const std::string line = text == "a:\nb\n" ? "b" : text.substr(0, text.size() - 1);
-    EXPECT_THAT([&] { Parse(text); },
-                ThrowsMessage<KestrelException>("apt-cache answers in an unknown form: " + line));
+    EXPECT_THAT([&] { Parse(text); }, ThrowsMessage<KestrelException>(
+                                          "The output of apt-cache has an unknown form: " + line));
   }
 }
 

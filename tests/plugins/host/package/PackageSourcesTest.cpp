@@ -290,14 +290,15 @@ TEST(PolicyAnswerTest, ThousandsOfPackagesAreRead) {
 }
 
 TEST(PolicyAnswerTest, OtherOutputIsRefusedAndShownSafely) {
-  EXPECT_THAT([] { Read("\x1b[2J\n"); },
-              ThrowsMessage<KestrelException>("apt-cache answers in an unknown form: \\x1b[2J"));
+  EXPECT_THAT(
+      [] { Read("\x1b[2J\n"); },
+      ThrowsMessage<KestrelException>("The output of apt-cache has an unknown form: \\x1b[2J"));
   EXPECT_THAT([] { Read(std::string(500, 'x') + "\n"); },
-              ThrowsMessage<KestrelException>("apt-cache answers in an unknown form: " +
+              ThrowsMessage<KestrelException>("The output of apt-cache has an unknown form: " +
                                               std::string(80, 'x')));
   EXPECT_THAT([] { Read("N: Unable to locate package x\n"); },
               ThrowsMessage<KestrelException>(
-                  "apt-cache answers in an unknown form: N: Unable to locate package x"));
+                  "The output of apt-cache has an unknown form: N: Unable to locate package x"));
 }
 
 }  // namespace

@@ -385,8 +385,8 @@ TEST_F(SystemdServiceTest, IsNotFoundIfThereIsNone) {
 TEST_F(SystemdServiceTest, NeedsAnAnswerAboutOneUnit) {
   for (const char* const shown : {"", "Description=x\n", "Id=a.service\n",
                                   "Id=a.service\nActiveState=active\n\nId=b.service\n"}) {
-    EXPECT_THAT([&] { Read(shown); },
-                ThrowsMessage<KestrelException>("systemctl does not answer for the service 'ssh'"))
+    EXPECT_THAT([&] { Read(shown); }, ThrowsMessage<KestrelException>(
+                                          "systemctl returned nothing about the service 'ssh'"))
         << shown;
   }
 }

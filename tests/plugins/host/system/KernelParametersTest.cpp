@@ -186,11 +186,11 @@ TEST_F(KernelParametersTest, NeedsPermissionToReadAndToChange) {
   const PlainUser user;
   EXPECT_THAT([&] { ReadParameter(proc, "vm.drop_caches"); },
               ThrowsMessage<KestrelException>(
-                  "You do not have the right to read the parameter 'vm.drop_caches'"));
+                  "You do not have permission to read the parameter 'vm.drop_caches'"));
   EXPECT_THAT(
       [&] { WriteParameter(proc, "vm.overcommit_memory", "1"); },
       ThrowsMessage<KestrelException>(
-          "You do not have the right to change the parameter 'vm.overcommit_memory'; usually only "
+          "You do not have permission to change the parameter 'vm.overcommit_memory'; usually only "
           "root may, and some are read-only"));
 }
 

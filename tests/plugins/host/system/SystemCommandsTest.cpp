@@ -658,7 +658,7 @@ TEST(SystemParameterSetTest, ReportsAMissingPermission) {
   }
   EXPECT_THAT(
       result.GetErrors(),
-      ElementsAre(AnyOf(std::string("You do not have the right to change "
+      ElementsAre(AnyOf(std::string("You do not have permission to change "
                                     "the parameter 'vm.swappiness'; usually only root may, "
                                     "and some are read-only"),
                         std::string("The parameter 'vm.swappiness' "

@@ -538,10 +538,10 @@ TEST_F(ParameterMachineTest, ChangesAValueThatCannotBeRead) {
   RunThere([] {
     const PlainUser user;
     EXPECT_THAT(CallErrors("system parameter set", {{"name", "vm.drop_caches"}, {"value", "3"}}),
-                ElementsAre("You do not have the right to change the parameter 'vm.drop_caches'; "
+                ElementsAre("You do not have permission to change the parameter 'vm.drop_caches'; "
                             "usually only root may, and some are read-only"));
     EXPECT_THAT(CallErrors("system parameter get", {{"name", "vm.drop_caches"}}),
-                ElementsAre("You do not have the right to read the parameter 'vm.drop_caches'"));
+                ElementsAre("You do not have permission to read the parameter 'vm.drop_caches'"));
   });
 }
 

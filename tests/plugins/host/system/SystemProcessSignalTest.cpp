@@ -142,7 +142,7 @@ TEST(SystemProcessSignalTest, NeedsPermission) {
                               ASSERT_EQ(::setuid(65534), 0);
                               EXPECT_THAT(
                                   CallErrors(kPath, {{"id", process.GetId()}}),
-                                  ElementsAre("You do not have the right to signal process " +
+                                  ElementsAre("You do not have permission to signal process " +
                                               process.GetId() + " (kestrel-\\x1b[8) of root"));
                             }),
             "");

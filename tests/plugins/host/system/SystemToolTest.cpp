@@ -31,7 +31,7 @@ TEST(SystemToolTest, ReportsAMissingPermission) {
   // Not even root may change this parameter.
   EXPECT_THAT(
       result.err,
-      AnyOf(Eq("Errors: \nYou do not have the right to "
+      AnyOf(Eq("Errors: \nYou do not have permission to "
                "change the parameter 'kernel.osrelease'; usually only root may, and some are "
                "read-only\n"),
             Eq("Errors: \nThe parameter "
