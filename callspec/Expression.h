@@ -13,16 +13,16 @@ class Expression {
  public:
   virtual ~Expression() = default;
 
-  /// Whether the expression matches the whole of `value`; false if that takes too long to find out.
+  /// Whether the expression matches the whole of `value`. False if matching would take too long.
   virtual bool MatchesWhole(const std::string& value) const = 0;
 };
 
 /// Compiles `text`, an expression in the Perl syntax of Boost.Regex. Throws the error of
 /// Boost.Regex if the expression is invalid.
 ///
-/// Boost.Regex is in a module beside the library, which the first call loads: a third of the time
-/// to start the tool would be spent on it, and few command lines need it. Throws KestrelException
-/// if the module cannot be loaded.
+/// Boost.Regex is in a separate module of the library, which the first call loads. Loading it takes
+/// a third of the tool's start time, and few command lines need it. Throws KestrelException if the
+/// module cannot be loaded.
 std::unique_ptr<const Expression> CompileExpression(const std::string& text);
 
 }  // namespace Kestrel::CallSpec

@@ -37,8 +37,9 @@ std::string InDoubleQuotes(const std::string& text) { return kDoubleQuote + text
 
 using Origin = MarkedText::Origin;
 
-/// Whether a "#" comes before a newline in `value`. The "#" may begin a comment of the shell, which
-/// the newline ends even after a backslash: the rest would be another command.
+/// Whether a "#" precedes a newline in `value`. The "#" may begin a comment of the shell, and the
+/// newline ends the comment even after a backslash: the shell would run the rest as another
+/// command.
 bool LeavesAComment(std::string_view value) {
   const std::size_t begin = value.find('#');
   return begin != std::string_view::npos && value.find('\n', begin) != std::string_view::npos;
@@ -102,7 +103,7 @@ class Substitution {
  public:
   Substitution(const Input& input, bool forStdin) : input_(input), forStdin_(forStdin) {}
 
-  /// Regards only the values of the parameter `name` as bare.
+  /// Treats only the values of the parameter `name` as bare.
   void WatchOnly(const std::string& name) { watched_ = &name; }
 
   /// Returns the template with the parameters `names` inserted, one after the other.
@@ -164,7 +165,7 @@ class Substitution {
       return;
     }
     const std::vector<std::string> items = ListOf(name);
-    // A comment that one value begins may end in another.
+    // A comment that begins in one value may end in another.
     const Origin origin = form->isQuoted ? Origin::Value : BareOrigin(name, Join(items, ""));
     MarkedText values;
     for (const std::string& value : items) {
@@ -176,7 +177,7 @@ class Substitution {
     text.InsertMultiList(name, values);
   }
 
-  /// The origin of the value of a parameter where it is not in quotes.
+  /// Returns the origin of the bytes of a parameter's value that is not in quotes.
   Origin BareOrigin(const std::string& name, std::string_view value) const {
     if (watched_ != nullptr && *watched_ != name) {
       return Origin::Value;
@@ -210,8 +211,8 @@ class Substitution {
     return joined;
   }
 
-  /// `value` without NUL bytes. The command line would end at the first one, before the quote that
-  /// closes the value.
+  /// Returns `value` without NUL bytes. The command line would end at the first NUL, before the
+  /// quote that closes the value.
   static std::string WithoutNul(const std::string& value) {
     return ExtensionCommand::SanitizeChar(value, '\0');
   }
@@ -221,7 +222,7 @@ class Substitution {
   const std::string* watched_ = nullptr;
 };
 
-/// Refuses the parameter because of which a command line leaves a comment of the shell.
+/// Throws, naming the parameter whose value could end a comment of the shell.
 [[noreturn]] void Refuse(const Input& input, const std::string& text,
                          const std::vector<std::string>& names) {
   std::string refused;
@@ -241,7 +242,7 @@ class Substitution {
                      "begins with a '#'");
 }
 
-/// Wipes a string when it is destroyed, if a secret is held.
+/// Wipes a string in its destructor if a secret is held.
 struct WipeAtEnd {
   std::string& text;
   ~WipeAtEnd() { TypedSecrets::WipeIfHeld(text); }

@@ -24,7 +24,7 @@ namespace {
 constexpr std::size_t kNoPart = std::string::npos;
 constexpr std::string_view kSeparators = " \n\t\",/:;<=>|";
 
-/// The name in the marker that opens at `position`; empty when none does.
+/// Returns the name in the marker that opens at `position`; empty if none does.
 std::string_view NameAt(std::string_view text, std::size_t position) {
   for (const std::string_view opening : {"$val{", "$if{", "$list{", "$multilist{"}) {
     if (text.compare(position, opening.size(), opening) == 0) {
@@ -71,7 +71,7 @@ class CutFinder {
     }
   }
 
-  /// The last place found; 0 when there is none so far.
+  /// Returns the last place found; 0 if there is none so far.
   std::size_t GetLast() const { return last_; }
 
  private:

@@ -13,8 +13,8 @@ namespace Kestrel::AutoCli {
 
 namespace {
 
-/// The end of the comment, CDATA section or processing instruction at `begin`; `begin` when there
-/// is none.
+/// Returns the end of the comment, CDATA section or processing instruction at `begin`; `begin` if
+/// there is none.
 std::size_t SkipSection(std::string_view markup, std::size_t begin) {
   struct Section {
     std::string_view opening;
@@ -30,7 +30,8 @@ std::size_t SkipSection(std::string_view markup, std::size_t begin) {
   return begin;
 }
 
-/// The number of attributes in the start tag at `position`, which is moved to its end.
+/// Returns the number of attributes in the start tag at `position`, and moves `position` to its
+/// end.
 std::size_t CountAttributes(std::string_view markup, std::size_t& position) {
   std::size_t count = 0;
   char quote = '\0';
@@ -49,7 +50,8 @@ std::size_t CountAttributes(std::string_view markup, std::size_t& position) {
   return count;
 }
 
-/// Adds up the text that references to entities stand for. No sum exceeds the limit by more than 1.
+/// Adds up the sizes to which references to entities expand. No sum exceeds the limit by more than
+/// 1.
 class Expansion {
  public:
   explicit Expansion(const xmlDoc* document) : document_(document) {}
@@ -80,7 +82,7 @@ class Expansion {
     if (entity == nullptr || entity->content == nullptr) {
       return 0;
     }
-    // Until its size is known, an entity counts as too large: it may refer to itself.
+    // Until its size is known, an entity counts as too large, because it may refer to itself.
     const auto [known, isNew] = sizes_.emplace(entity, kMaxXmlExpansion + 1);
     if (!isNew || depth == kMaxDepth) {
       return known->second;
@@ -89,7 +91,7 @@ class Expansion {
     return size = SizeOfText(AsChars(entity->content), depth);
   }
 
-  /// The size of `text`, in which each reference counts with what it stands for.
+  /// Returns the size of `text` after all references in it are expanded.
   std::size_t SizeOfText(std::string_view text, int depth) {
     std::size_t size = std::min(text.size(), kMaxXmlExpansion + 1);
     for (std::size_t i = text.find('&'); i != std::string_view::npos; i = text.find('&', i + 1)) {
@@ -104,8 +106,8 @@ class Expansion {
   std::size_t total_ = 0;
 };
 
-/// The node after `node` in document order, within `root`; null after the last. What an entity
-/// stands for is not part of the tree.
+/// Returns the node after `node` in document order, within `root`; null after the last one. The
+/// expansion of an entity is not part of the tree.
 const xmlNode* NextNode(const xmlNode* node, const xmlNode* root) {
   if (node->type == XML_ELEMENT_NODE && node->children != nullptr) {
     return node->children;

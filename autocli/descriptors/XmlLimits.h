@@ -18,7 +18,7 @@ namespace Kestrel::AutoCli {
 constexpr int kMaxXmlAttributes = 10000;
 constexpr const char* kTooManyXmlAttributes = "An element has more than 10000 attributes";
 
-/// The limit, in bytes, for the text that all references to entities in a document stand for.
+/// The limit, in bytes, of the text to which all references to entities in a document expand.
 constexpr std::size_t kMaxXmlExpansion = 10000000;
 constexpr const char* kTooMuchXmlExpansion = "The entities stand for more than 10 MB of text";
 
@@ -32,15 +32,15 @@ inline bool HasTooManyAttributes(const xmlParserCtxt& parser, int count) {
 /// whether the parser was stopped.
 bool StopAtTooManyAttributes(xmlParserCtxt& parser);
 
-/// Makes `parser` read nothing more, also when it is in the middle of an element.
+/// Makes `parser` stop reading, even in the middle of an element.
 void Stop(xmlParserCtxt& parser);
 
-/// The number of attributes of the start tag in `markup` that has most of them. More than there are
-/// if `markup` is not well-formed.
+/// Returns the largest number of attributes of any start tag in `markup`. The result may be too
+/// large if `markup` is not well-formed.
 std::size_t CountMostAttributes(std::string_view markup);
 
-/// Throws KestrelException when the references to entities in `node` and below it stand for more
-/// text than the limit. `node` may be null.
+/// Throws KestrelException if the references to entities in `node` and below it expand to more text
+/// than the limit. `node` may be null.
 void RefuseLargeExpansion(const xmlNode* node);
 
 /// Returns the value of `attribute`, which contains references to entities. Throws KestrelException

@@ -80,7 +80,7 @@ class LimitedParser {
     return parser.close_ == nullptr ? 0 : parser.close_(parser.context_);
   }
 
-  /// `parser` is another one than that of the document within an entity.
+  /// Within an entity, `parser` is not the parser of the document.
   static void StartElement(void* parser, const xmlChar* name, const xmlChar* prefix,
                            const xmlChar* uri, int namespaceCount, const xmlChar** namespaces,
                            int count, int defaultCount, const xmlChar** attributes) {
@@ -114,7 +114,7 @@ class LimitedParser {
       return;
     }
     xmlSAX2EntityDecl(parser, name, type, publicId, systemId, content);
-    // An entity for which there was no memory is missing without a diagnostic.
+    // If there was no memory for an entity, it is missing without a diagnostic.
     if (!IsDeclared(static_cast<xmlParserCtxt*>(parser)->myDoc, name, type)) {
       Of(parser).StopBecauseOf(kIncomplete, *static_cast<xmlParserCtxt*>(parser));
     }
@@ -158,7 +158,7 @@ class LimitedParser {
   XmlParser parser_;  // the last, because it calls `Close` when it is released
 };
 
-/// Whether no start tag in `text` can exceed the limit for attributes.
+/// Whether no start tag in `text` can exceed the limit of attributes.
 bool HasFewAttributes(std::string_view text) {
   return HasPlainProlog(text) && std::count(text.begin(), text.end(), '=') <= kMaxXmlAttributes;
 }

@@ -26,7 +26,8 @@ std::array<struct sigaction, kSignals.size()> previous;
 volatile sig_atomic_t receivedSignal = 0;
 volatile sig_atomic_t runningChild = 0;
 
-/// Appends `text` at `end` and returns the new end. No end is checked: the path below is short.
+/// Appends `text` at `end` and returns the new end. Does not check for an overflow, because the
+/// path below is short.
 char* Append(char* end, const char* text) {
   while (*text != '\0') {
     *end++ = *text++;
@@ -52,7 +53,8 @@ int OpenChildren(pid_t parent) {
   return open(path, O_RDONLY | O_CLOEXEC);
 }
 
-/// The processes that get the signal. They are stopped, so that none starts another one, or ends
+/// The processes that receive the signal. They are stopped, so that none of them starts another
+/// process, or ends before its children are known.
 /// before those that it has started are known.
 class Recipients {
  public:

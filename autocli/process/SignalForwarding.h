@@ -17,14 +17,15 @@ namespace Kestrel::AutoCli {
 class SignalForwarding {
  public:
   SignalForwarding();
-  /// If a signal came, it is raised here with its default action.
+  /// If a signal was received, raises it with its default action.
   ~SignalForwarding();
   SignalForwarding(const SignalForwarding&) = delete;
   SignalForwarding& operator=(const SignalForwarding&) = delete;
 
-  /// Begins to pass signals on to `child`, also one that came before.
+  /// Begins to pass signals on to `child`, including one that was received earlier.
   void Start(pid_t child);
-  /// Ends passing on. To be called before the child is reaped: its number may be used again.
+  /// Stops passing signals on. Must be called before the child is reaped, because its number may be
+  /// used again.
   void Stop();
 };
 

@@ -15,8 +15,8 @@ namespace Kestrel::Testing {
 struct VexilResult {
   std::string out;  ///< standard output
   std::string err;  ///< standard error, without the lines that VexilRun removes
-  int status = -1;  ///< the exit status, -1 when a signal ended the tool
-  int signal = 0;   ///< the signal that ended the tool, 0 when none did
+  int status = -1;  ///< the exit status; -1 if a signal ended the tool
+  int signal = 0;   ///< the signal that ended the tool; 0 if none did
 };
 
 /// A run of the tool that this build made.

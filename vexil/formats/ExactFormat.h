@@ -13,7 +13,7 @@ namespace Kestrel::Formats {
 struct ExactFormat {
   const char* name;
   const char* description;
-  const FormatKey* ownKey;  ///< the parameter that not every format has, or null
+  const FormatKey* ownKey;  ///< the additional parameter of this format, or null
 
   /// Prints the selected values. Throws ValueFault or ResultFault if that is not possible.
   void (*print)(const Selection& selection, const FormatOptions& options, TextBuffer& out);

@@ -22,8 +22,8 @@ struct ResultFault {
 
 /// Where a value is in a result.
 struct ValueLocation {
-  std::vector<std::string> fields;    ///< the names that lead to it, from the outside
-  std::vector<std::size_t> elements;  ///< the lists on the way: the positions in them, from 1
+  std::vector<std::string> fields;    ///< the names that lead to it, the outermost first
+  std::vector<std::size_t> elements;  ///< the positions in the lists that contain it, from 1
 };
 
 /// Combines what is wrong with a value and where it is.

@@ -32,12 +32,12 @@ inline constexpr FormatKey kHeaderKey = {"header",
 
 /// What the format parameters of a call choose.
 struct FormatOptions {
-  bool hasFields = false;           ///< false: all fields
+  bool hasFields = false;           ///< false means all fields
   std::vector<std::string> fields;  ///< the fields to print, in this order
-  bool isSorted = false;            ///< false: the rows keep their order
+  bool isSorted = false;            ///< false means that the rows keep their order
   std::string sortField;
   bool isDescending = false;
-  std::size_t limit = std::numeric_limits<std::size_t>::max();  ///< of rows
+  std::size_t limit = std::numeric_limits<std::size_t>::max();  ///< the maximum number of rows
   bool hasHeader = true;
 };
 

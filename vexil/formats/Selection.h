@@ -106,7 +106,7 @@ class Selection {
 struct ChosenField {
   std::string name;
   std::size_t position;       ///< in the byte order of the names of all fields
-  const FieldChoice* inside;  ///< null: all that the value contains
+  const FieldChoice* inside;  ///< null means everything that the value contains
 };
 
 /// Returns the fields of `structure` that are printed, in order; all if `choice` is null.

@@ -24,7 +24,7 @@ namespace Kestrel::Formats {
 
 /// The position of a structure within the output.
 struct StructPlace {
-  long level;      ///< how deep it is; the result is at level 0
+  long level;      ///< the depth; the result is at level 0
   bool isElement;  ///< whether it is an element of a list
 };
 

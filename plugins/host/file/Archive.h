@@ -19,9 +19,9 @@ struct ArchiveMember {
   std::string group;
   long userId = 0;
   long groupId = 0;
-  long size = 0;                        ///< Of the content, in bytes.
+  long size = 0;                        ///< The size of the content in bytes.
   std::optional<std::time_t> modified;  ///< None if the archive does not say.
-  std::string target;                   ///< Of a link; empty for the others.
+  std::string target;                   ///< The target of a link; empty for other members.
 };
 
 /// Calls `visit` for each member of an archive, in the archive's order. The archive is a zip

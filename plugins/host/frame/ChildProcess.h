@@ -14,7 +14,7 @@ namespace Kestrel::Host {
 
 /// What a program wrote, and how it ended.
 struct ProgramResult {
-  int status = 0;           ///< its exit status; 128 and the signal's number when that ended it
+  int status = 0;           ///< its exit status; if a signal ended it, 128 plus the signal's number
   std::string output;       ///< standard output
   std::string errorOutput;  ///< standard error
   bool isTimedOut = false;  ///< whether it took too long and was killed

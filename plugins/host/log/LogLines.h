@@ -21,7 +21,7 @@ namespace Kestrel::Host {
 struct LogLine {
   std::optional<std::int64_t> time;  ///< in seconds since the epoch
   int level = kInfoLevel;
-  std::string source;  ///< who wrote it; may be empty
+  std::string source;  ///< the program that wrote it; may be empty
   std::string text;
 };
 
@@ -30,7 +30,7 @@ constexpr std::size_t kAllLines = std::numeric_limits<std::size_t>::max();
 
 /// Which lines of a log are listed.
 struct LogFilter {
-  std::size_t lines = 0;  ///< how many at most, of those that pass the last ones; or kAllLines
+  std::size_t lines = 0;  ///< the maximum number, of which the last ones count; or kAllLines
   int level = kLowestLevel;
   std::optional<std::int64_t> since;
   const Regex* match = nullptr;  ///< not owned

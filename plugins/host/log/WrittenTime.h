@@ -15,8 +15,8 @@ namespace Kestrel::Host {
 struct WrittenTime {
   CivilTime time;
   bool hasYear = true;
-  bool hasClock = true;                ///< else it is a day alone, from its midnight on
-  std::optional<std::int64_t> offset;  ///< in seconds east of Greenwich, when the text names one
+  bool hasClock = true;                ///< otherwise it is only a date, which means midnight
+  std::optional<std::int64_t> offset;  ///< in seconds east of Greenwich, if the time has an offset
 };
 
 // Each function reads a time at the start of `text` and removes it. Returns nothing, and leaves

@@ -23,7 +23,7 @@ struct LinkTraffic {
 /// A network interface as described by the kernel.
 struct NetworkLink {
   long index = 0;
-  long masterIndex = 0;  ///< The bridge or bond that it is part of; 0 for none.
+  long masterIndex = 0;  ///< The index of its bridge or bond; 0 if there is none.
   long mtu = 0;          ///< In bytes.
   long queueLength = 0;  ///< In packets.
   unsigned flags = 0;    ///< IFF_ bits.
@@ -46,7 +46,7 @@ struct NetworkAddress {
   long family = 0;  ///< 4 or 6.
   long prefixLength = 0;
   std::string address;
-  std::string peer;  ///< The other end of a point-to-point link; empty for none.
+  std::string peer;  ///< The other end of a point-to-point link; otherwise empty.
   std::string broadcast;
   unsigned scope = 0;  ///< RT_SCOPE_...
   std::string label;

@@ -23,13 +23,13 @@ struct NetworkRoute {
   long family = 0;          ///< 4 or 6.
   std::string destination;  ///< "default", or an address without its prefix length.
   long prefixLength = 0;
-  std::string source;     ///< The preferred local address; empty for none.
+  std::string source;     ///< The preferred local address; may be empty.
   unsigned protocol = 0;  ///< RTPROT_...
   unsigned scope = 0;     ///< RT_SCOPE_...
   unsigned type = 0;      ///< RTN_...
   unsigned table = 0;     ///< RT_TABLE_..., or the number of another table.
   long metric = 0;
-  std::vector<NextHop> nextHops;  ///< None for a route that discards packets.
+  std::vector<NextHop> nextHops;  ///< Empty for a route that discards packets.
 };
 
 /// Returns the word for a type of route: "unicast", "local", "broadcast", "blackhole", ... or its

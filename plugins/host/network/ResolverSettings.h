@@ -15,7 +15,7 @@ namespace Kestrel::Host {
 struct ResolverSetting {
   std::string kind;    ///< "server", "search", "option" or "sortlist".
   std::string value;   ///< An address, a domain or an option.
-  long position = 0;   ///< Its place among those of its kind in its file, from 1.
+  long position = 0;   ///< Its position among the settings of its kind in its file, from 1.
   bool isUsed = true;  ///< Whether the C library uses it.
   std::string source;  ///< The path of its file, or "default".
 };

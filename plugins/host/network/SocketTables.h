@@ -28,11 +28,11 @@ struct Socket {
   SocketEndpoint local;
   SocketEndpoint remote;
   std::string path;        ///< The path of a Unix socket; "@" precedes an abstract name.
-  std::string remotePath;  ///< That of the socket to which a Unix socket is connected.
+  std::string remotePath;  ///< The path of the socket that a Unix socket is connected to.
   long receiveQueue = 0;   ///< In bytes; for a listening socket, the number of waiting connections.
-  long sendQueue = 0;      ///< In bytes; for a listening Unix socket, how many may wait.
-  long userId = -1;        ///< -1 if the kernel does not report it.
-  long inode = 0;          ///< 0 if no process has the socket open.
+  long sendQueue = 0;  ///< In bytes; for a listening Unix socket, the limit of waiting connections.
+  long userId = -1;    ///< -1 if the kernel does not report it.
+  long inode = 0;      ///< 0 if no process has the socket open.
 };
 
 /// Parses a table in the format of /proc/net/tcp for a protocol ("tcp" or "udp") and an address

@@ -13,7 +13,7 @@ namespace Kestrel::Host {
 /// A file or directory that belongs to a package.
 struct InstalledFile {
   std::string path;
-  std::string divertedTo;  ///< where it is instead, because another has the path; else empty
+  std::string divertedTo;  ///< the actual path of a diverted file; otherwise empty
 };
 
 /// Returns the files of a package in the order in which dpkg recorded them. Throws KestrelException

@@ -25,12 +25,12 @@ struct Package {
   std::string_view version;
   std::string_view
       wanted;  ///< what the administrator wants: install, hold, deinstall, purge, unknown
-  std::string_view state;  ///< one of the words above
+  std::string_view state;  ///< one of kPackageStates
   bool isReinstallRequired = false;
-  long sizeBytes = 0;  ///< 0 when it is not recorded
+  long sizeBytes = 0;  ///< 0 if it is not recorded
   std::string_view summary;
   std::string_view provides;  ///< as in the package: separated by commas, some with a version
-  std::string_view stanza;    ///< all that is recorded
+  std::string_view stanza;    ///< the whole entry
 
   bool IsInstalled() const { return state == "installed"; }
   bool IsHeld() const { return wanted == "hold"; }

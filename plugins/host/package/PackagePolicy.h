@@ -11,15 +11,15 @@ namespace Kestrel::Host {
 
 /// The version of a package that apt would install.
 struct PackageCandidate {
-  bool isKnown = false;  ///< whether the answer says which version that is, or that there is none
-  std::string version;   ///< empty when there is none
-  std::string source;    ///< where apt would get it from; empty when no list of packages has it
+  bool isKnown = false;  ///< whether the output specifies a version, or says that there is none
+  std::string version;   ///< empty if there is none
+  std::string source;    ///< where apt would get it from; empty if no package list contains it
 };
 
 /// The result of "apt-cache policy".
 struct PackagePolicy {
   std::map<std::string, PackageCandidate> candidates;  ///< by the name that apt prints
-  bool hasLists = false;  ///< whether apt knows any version from a list of packages
+  bool hasLists = false;  ///< whether apt knows any version from a package list
 
   /// Adds the packages in the program's output. Throws KestrelException if the output has another
   /// form or ends within a line.

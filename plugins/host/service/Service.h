@@ -23,9 +23,9 @@ struct Service {
 /// Further details about a single service.
 struct ServiceDetails {
   Service service;
-  std::string loadState;         ///< systemd's word for how its unit was read; may be empty
-  std::int64_t mainProcess = 0;  ///< 0 when there is none
-  std::string since;             ///< when it came into its state; may be empty
+  std::string loadState;  ///< systemd's word for the result of reading the unit; may be empty
+  std::int64_t mainProcess = 0;  ///< 0 if there is none
+  std::string since;             ///< when it entered its state; may be empty
   std::optional<std::int64_t> memoryBytes;
   std::string file;  ///< its unit or script; may be empty
 };

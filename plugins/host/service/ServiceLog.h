@@ -11,7 +11,7 @@ namespace Kestrel::Host {
 /// The last lines that a service logged.
 struct ServiceLog {
   std::vector<std::string> lines;  ///< the oldest first, each with its time in the machine's zone
-  std::string problem;             ///< why lines may be missing; empty when none are
+  std::string problem;             ///< why lines may be missing; empty if none are
 };
 
 /// Runs journalctl, found in PATH, to get the last lines of a unit. If the journal is missing or

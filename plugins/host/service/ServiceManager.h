@@ -21,7 +21,8 @@ struct ServicePlaces {
 struct ServiceChange {
   ServiceDetails before;
   ServiceDetails after;
-  std::string message;  ///< what the program that made it says, on one line; may be empty
+  std::string
+      message;  ///< the output of the program that made the change, on one line; may be empty
 };
 
 /// The manager of this machine's services: systemd if it runs, otherwise the init scripts.

@@ -25,7 +25,7 @@ struct BlockDevice {
   bool isRotational = false;
   std::string model;                     ///< Empty if the device does not report it, as below.
   std::string transport;                 ///< "sata", "sas", "usb", "nvme", "virtio", ...
-  std::vector<std::string> parents;      ///< The devices that it is part of or consists of.
+  std::vector<std::string> parents;      ///< The devices that contain it or that it consists of.
   std::vector<std::string> mountPoints;  ///< Sorted.
 };
 

@@ -11,7 +11,7 @@ namespace Kestrel::Host {
 /// The kernel's counters for one kind of transfer.
 struct TransferCounters {
   long count = 0;   ///< Completed requests.
-  long merged = 0;  ///< Requests that were added to another one.
+  long merged = 0;  ///< Requests that were merged with another one.
   long bytes = 0;
   long milliseconds = 0;  ///< The sum of the times of all requests.
 };
@@ -24,9 +24,10 @@ struct DiskCounters {
   TransferCounters discards;
   long flushes = 0;
   long flushMilliseconds = 0;
-  long inProgress = 0;          ///< Requests at this moment.
-  long busyMilliseconds = 0;    ///< The time during which there was at least one request.
-  long queuedMilliseconds = 0;  ///< The same, times the number of requests.
+  long inProgress = 0;        ///< Requests in progress.
+  long busyMilliseconds = 0;  ///< The time during which there was at least one request.
+  long queuedMilliseconds =
+      0;  ///< The same time, multiplied by the number of requests in progress.
 
   /// Whether the device was never used.
   bool IsUnused() const;

@@ -12,14 +12,14 @@ namespace Kestrel::Host {
 struct SpaceUsage {
   long diskSize = 0;      ///< The allocated space in bytes.
   long apparentSize = 0;  ///< The sum of the lengths in bytes.
-  long files = 0;         ///< How many files and folders there are.
+  long files = 0;         ///< The number of files and folders.
 
   void Add(const SpaceUsage& other);
 };
 
 /// A folder or file in the result.
 struct TreeEntry {
-  std::string path;  ///< Begins with the path that was asked for.
+  std::string path;  ///< Starts with the path passed to MeasureTree.
   bool isFolder = false;
   bool isComplete = true;  ///< Whether everything below it could be read.
   SpaceUsage usage;
@@ -28,18 +28,18 @@ struct TreeEntry {
 /// A folder that could not be read, or not completely.
 struct UnreadFolder {
   std::string path;
-  int error = 0;  ///< The first error of the system.
+  int error = 0;  ///< The first error that occurred.
 };
 
 struct TreeOptions {
-  long depth = 0;  ///< How many levels below the top are in the answer.
+  long depth = 0;  ///< The number of levels below the top that the result lists.
   bool listsFiles = false;
   bool crossesFilesystems = false;
 };
 
 struct TreeUsage {
-  std::vector<TreeEntry> entries;    ///< Each folder comes after those in it.
-  std::vector<UnreadFolder> unread;  ///< In the order in which they were met.
+  std::vector<TreeEntry> entries;    ///< Each folder follows its contents.
+  std::vector<UnreadFolder> unread;  ///< In the order in which they were found.
 };
 
 /// Measures the space used by the folder at `path` and everything below it. A file with several

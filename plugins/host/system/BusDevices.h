@@ -19,7 +19,7 @@ struct BusDevice {
   std::string address;  ///< Its name in the kernel: "0000:00:1f.2", "1-1.4".
   std::uint16_t vendorId = 0;
   std::uint16_t deviceId = 0;
-  std::uint32_t classId = 0;  ///< Class, subclass and interface (USB: protocol), a byte each.
+  std::uint32_t classId = 0;  ///< Class, subclass and interface (USB: protocol), one byte each.
   std::string vendor;
   std::string device;
   std::string className;

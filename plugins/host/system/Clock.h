@@ -19,8 +19,8 @@ struct ClockDiscipline {
 
 /// The clock that runs while the machine is off.
 struct HardwareClock {
-  std::string device;        ///< Such as "rtc0".
-  long seconds = 0;          ///< What it shows, as seconds since 1970.
+  std::string device;        ///< As in "rtc0".
+  long seconds = 0;          ///< The time that it shows, as seconds since 1970.
   bool isLocalTime = false;  ///< Whether it shows the time of the machine's zone instead of UTC.
 };
 

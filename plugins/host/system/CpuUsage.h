@@ -12,10 +12,10 @@ namespace Kestrel::Host {
 struct CpuTimes {
   long number = -1;  ///< -1 is the sum of all processors.
   long user = 0;     ///< Programs, including those in virtual machines.
-  long nice = 0;     ///< The same at a lowered priority.
+  long nice = 0;     ///< Programs of a lower priority.
   long system = 0;
   long idle = 0;
-  long inputWait = 0;  ///< Idle, with input or output under way.
+  long inputWait = 0;  ///< Idle while waiting for input or output.
   long interrupt = 0;
   long softInterrupt = 0;
   long steal = 0;  ///< Other virtual machines had the processor.
@@ -26,7 +26,7 @@ struct CpuTimes {
 /// unknown.
 struct CpuUsage {
   long number = -1;  ///< -1 is all processors together.
-  long busy = -1;    ///< Everything but idle and waiting for input or output.
+  long busy = -1;    ///< All time except idle time.
   long user = -1;
   long nice = -1;
   long system = -1;

@@ -20,7 +20,7 @@ struct CrontabEntry {
   std::string schedule;  ///< As written: the columns separated by spaces, or a word such as @daily.
   std::array<std::string, kCrontabColumns> columns;  ///< Empty for @reboot.
   std::string command;                   ///< As written; the whole line if it is broken.
-  std::string problem;                   ///< What is wrong; empty if nothing is.
+  std::string problem;                   ///< The error in the line; empty if there is none.
   std::vector<std::string> environment;  ///< The settings above the line, as NAME=VALUE.
   std::string file;
   long line = 0;

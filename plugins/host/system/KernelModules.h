@@ -13,8 +13,8 @@ namespace Kestrel::Host {
 struct KernelModule {
   std::string name;
   long size = 0;                   ///< In bytes.
-  long references = 0;             ///< How many users it has; -1 if it cannot be unloaded.
-  std::vector<std::string> users;  ///< The modules among the users.
+  long references = 0;             ///< The number of its users; -1 if it cannot be unloaded.
+  std::vector<std::string> users;  ///< The modules among its users.
   std::string state;               ///< "Live", "Loading" or "Unloading".
 };
 

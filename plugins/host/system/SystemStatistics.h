@@ -27,7 +27,7 @@ struct Load {
 struct Memory {
   long total = 0;
   long free = 0;
-  long available = 0;  ///< What programs can get without swapping.
+  long available = 0;  ///< The memory that programs can get without swapping.
   long shared = 0;
   long buffers = 0;
   long cached = 0;

@@ -21,7 +21,7 @@ std::shared_ptr<AutoCli::Formatter> MakeFormatter(const std::string& name);
 /// The outcome of formatting a value.
 struct Printed {
   std::string text;
-  std::string thrown;  ///< the message of the KestrelException, empty when none was thrown
+  std::string thrown;  ///< the message of the KestrelException; empty if none was thrown
 };
 
 /// Formats a value for a screen of that width.

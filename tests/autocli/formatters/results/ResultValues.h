@@ -15,7 +15,7 @@ namespace Kestrel::Testing {
 /// A value that a command may return, and the parameters that it is printed with.
 struct ResultValue {
   std::string name;
-  std::shared_ptr<MetaObj::MetaObject> root;  ///< null when the command returned nothing
+  std::shared_ptr<MetaObj::MetaObject> root;  ///< null if the command returned nothing
   AutoCli::FormatParameters params;
 };
 
