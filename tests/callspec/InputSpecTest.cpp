@@ -319,7 +319,7 @@ TEST(InputSpecTest, MissingParametersComeInTheOrderOfNames) {
                 "Missing required parameter --cc");
 }
 
-TEST(InputSpecTest, GivenParametersAreWalkedByName) {
+TEST(InputSpecTest, GivenParametersAreCheckedInNameOrder) {
   const auto spec = SpecOf({Parameter("bb", "", Int), Parameter("dd", "", Int), Parameter("ff")});
   ExpectInvalid(spec, {{"ee", ""}, {"dd", "x"}, {"cc", ""}, {"bb", "y"}, {"aa", ""}, {"zz", ""}},
                 "Unknown parameter : aa", "Invalid data 'y' for parameter bb expected type Integer",
@@ -355,7 +355,7 @@ TEST(InputSpecTest, AFailureIsNotForgottenByALaterSuccess) {
                 "Unknown parameter : aa");
 }
 
-TEST(InputSpecTest, AConstraintSpeaksInItsParametersPlace) {
+TEST(InputSpecTest, TheConstraintReportsInsteadOfItsParameter) {
   const auto constraint = ParameterConstraint::New(StringEnum);
   constraint->AddStringEnum("on");
   const auto parameter = Parameter("mode");
@@ -366,7 +366,7 @@ TEST(InputSpecTest, AConstraintSpeaksInItsParametersPlace) {
                 "Unknown parameter : zz");
 }
 
-TEST(InputSpecTest, ABadRegularExpressionEscapes) {
+TEST(InputSpecTest, ABadRegularExpressionThrows) {
   const auto constraint = ParameterConstraint::New(StringRegex);
   constraint->SetStringRegex("(");
   const auto parameter = Parameter("mode");
@@ -374,7 +374,7 @@ TEST(InputSpecTest, ABadRegularExpressionEscapes) {
   EXPECT_THROW(Validate(SpecOf({parameter}), {{"mode", "a"}}), std::runtime_error);
 }
 
-TEST(InputSpecTest, ValidationLeavesTheInputAsItWas) {
+TEST(InputSpecTest, ValidationDoesNotChangeTheInput) {
   const auto input = InputOf({{"name", "x"}, {"other", "y"}});
   const auto before = input->GetParameters();
   SpecOf({Parameter("name", "", Int)})->Validate(input, Output::New());

@@ -120,7 +120,7 @@ TEST(OutputTest, ErrorsReferenceShowsLaterMessages) {
   EXPECT_THAT(errors, ElementsAre("later"));
 }
 
-TEST(OutputTest, KeepsABytewiseMessage) {
+TEST(OutputTest, KeepsEveryByteOfAMessage) {
   const auto output = Output::New();
   output->AddErrorMessage(std::string("a\0b\xff", 4));
   EXPECT_EQ(output->GetErrors().front(), std::string("a\0b\xff", 4));

@@ -103,7 +103,7 @@ TEST(ParameterConstraintTest, EqualBoundsAcceptExactlyOneValue) {
   EXPECT_FALSE(Accepts(constraint, "6"));
 }
 
-TEST(ParameterConstraintTest, ARangeUpsideDownThrowsAndKeepsTheBounds) {
+TEST(ParameterConstraintTest, AReversedRangeThrowsAndKeepsTheBounds) {
   const auto constraint = Range(1, 10);
   EXPECT_THAT([&] { constraint->SetIntRange(6, 5); }, ThrowsMessage<KestrelException>(kBadRange));
   EXPECT_THAT([&] { constraint->SetIntRange(kMax, kMin); },

@@ -177,7 +177,7 @@ TEST(ParameterSpecTest, ABadShortNameThrowsAndKeepsTheOldOne) {
   EXPECT_EQ(spec->GetShortName(), "Z");
 }
 
-TEST(ParameterSpecTest, StoresTheDescriptionAsItIs) {
+TEST(ParameterSpecTest, StoresTheDescriptionUnchanged) {
   const auto spec = Spec(String);
   spec->SetDescription("plain");
   EXPECT_EQ(spec->GetDescription(false), "plain");
@@ -418,7 +418,7 @@ TEST(ParameterSpecTest, TheConstraintChecksEachOfTooManyValues) {
                 "set [a] got 'c'");
 }
 
-TEST(ParameterSpecTest, ABadRegularExpressionEscapes) {
+TEST(ParameterSpecTest, ABadRegularExpressionThrows) {
   const auto spec = Spec(String);
   spec->SetConstraint(Regex("("));
   EXPECT_THROW(spec->Validate({"a"}, Output::New()), std::runtime_error);
@@ -460,7 +460,7 @@ TEST(ParameterSpecTest, MarkersStayWithoutSubstitutionOrConstraint) {
   EXPECT_EQ(spec->GetDescription(false), text);
 }
 
-TEST(ParameterSpecTest, ADescriptionWithoutMarkersStaysAsItIs) {
+TEST(ParameterSpecTest, ADescriptionWithoutMarkersStaysUnchanged) {
   const auto spec = Spec(String);
   spec->SetConstraint(Strings({"a"}));
   for (const char* text : {"", "plain", "100% %regex% %ENUM %FULL"}) {

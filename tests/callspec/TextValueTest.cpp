@@ -209,7 +209,7 @@ TEST(TextValueTest, RefusesEveryOtherBooleanWordAndLeavesTheValueAlone) {
   }
 }
 
-TEST(TextValueTest, ANullTextIsTheEmptyText) {
+TEST(TextValueTest, ANullPointerIsTheEmptyString) {
   EXPECT_EQ(TextOrEmpty(nullptr), "");
   EXPECT_EQ(TextOrEmpty("text"), "text");
 }

@@ -76,7 +76,7 @@ TEST_F(ExpressionModuleTest, IsNotNeededUntilAnExpressionIsCompiled) {
   EXPECT_THAT(help.out, HasSubstr("--size"));
 }
 
-TEST_F(ExpressionModuleTest, IsMissedWithItsPath) {
+TEST_F(ExpressionModuleTest, IsReportedMissingWithItsPath) {
   const VexilResult result = Run("--size=7");
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.out, "");

@@ -79,7 +79,7 @@ TEST(FormatTest, TheFormattersOfTheToolReportMistakesAndPrintNothing) {
   EXPECT_EQ(1, result.status);
 }
 
-TEST(FormatTest, TheFormattersOfTheToolServeStreamsAndHelpPages) {
+TEST(FormatTest, TheFormattersOfTheToolPrintStreamsAndHelpPages) {
   const VexilResult stream = VexilRun({"--plugin", TestPluginPath("TryPlugin"), "--input", "STDIN"})
                                  .WithInput(
                                      "--formatter tsv --format-param limit=x try rows -c 1\n"

@@ -20,7 +20,7 @@ std::string RegistrationError(const std::string& path, const std::string& reason
          " The functionality in " + path + " will not be available until this issue is resolved.\n";
 }
 
-TEST(PluginTest, APluginNamedOnTheCommandLineOffersItsCommands) {
+TEST(PluginTest, APluginNamedOnTheCommandLineAddsItsCommands) {
   const VexilResult result =
       VexilRun({"--plugin", TestPluginPath("EchoPlugin"), "echo", "say", "-t", "hello"}).Run();
   EXPECT_EQ("hello\n", result.out);

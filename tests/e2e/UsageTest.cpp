@@ -31,7 +31,7 @@ TEST(UsageTest, TheUsageContainsTheNameThatTheToolWasCalledBy) {
   EXPECT_EQ(1, result.status);
 }
 
-TEST(UsageTest, HelpIsPrintedWhateverElseIsAskedFor) {
+TEST(UsageTest, HelpIsPrintedWhateverElseIsRequested) {
   const VexilResult result =
       VexilRun({"--colour", "--plugin=/nosuch.so", "--formatter=a", "--formatter=b", "--help"})
           .Run();

@@ -217,7 +217,7 @@ TEST(MetaListTest, RefusesNullOfEveryForm) {
   EXPECT_EQ(list->GetCount(), 0u);
 }
 
-TEST(MetaListTest, RefusesNullAlsoWithoutStructure) {
+TEST(MetaListTest, RefusesNullWithoutAnElementStructureToo) {
   EXPECT_THAT([] { MetaList::New(MetaType::Struct, nullptr)->Add(nullptr); },
               ThrowsMessage<KestrelException>(kNullMessage));
 }
@@ -287,7 +287,7 @@ TEST(MetaListTest, RefusesAnObjectWithAWrongKind) {
                   std::string(kNotTheStructure) + ", "));
 }
 
-TEST(MetaListTest, StaysAsItWasWhenItRefuses) {
+TEST(MetaListTest, IsUnchangedWhenItRefuses) {
   const auto list = MetaList::New(MetaType::Struct, StructureOf({"a"}));
   const auto good = StructureOf({"a"});
   list->Add(good);
@@ -459,7 +459,7 @@ TEST(MetaListTest, RejectsNull) {
   EXPECT_THAT(errors, ElementsAre("Invalid NULL input", "Invalid NULL input"));
 }
 
-TEST(MetaListTest, ValidatesNoOtherKind) {
+TEST(MetaListTest, RejectsOtherKinds) {
   Errors errors;
   EXPECT_FALSE(MetaList::New(MetaType::Int)->Validate(MetaBool::New(true), &errors));
   EXPECT_FALSE(MetaList::New(MetaType::Int)->Validate(MetaBool::New(true), nullptr));
@@ -467,7 +467,7 @@ TEST(MetaListTest, ValidatesNoOtherKind) {
   EXPECT_THAT(errors, ElementsAre(kNotTheType, kNotTheType));
 }
 
-TEST(MetaListTest, ValidatesNothingWithoutStructure) {
+TEST(MetaListTest, RejectsEverythingWithoutAnElementStructure) {
   Errors errors;
   EXPECT_FALSE(MetaList::New(MetaType::Struct, nullptr)->Validate(StructureOf({}), &errors));
   EXPECT_FALSE(MetaList::New(MetaType::Struct, nullptr)->Validate(StructureOf({}), nullptr));
@@ -491,7 +491,7 @@ TEST(MetaListTest, ValidatesStructuresByTheirShape) {
   EXPECT_THAT(errors, ElementsAre("Missing field in input: a", kNotTheStructure));
 }
 
-TEST(MetaListTest, ReportsAnotherTypeNameThoughItValidates) {
+TEST(MetaListTest, ReportsAnotherTypeNameAlthoughItIsValid) {
   const auto list = MetaList::New(MetaType::Struct, StructureOf({}));
   Errors errors;
   EXPECT_TRUE(list->Validate(MetaStruct::New("Other"), &errors));

@@ -29,7 +29,7 @@ const std::string kTextAtStart = MetaTypeString(MetaType::List) + MetaInt::New(2
                                  MetaBool::New(true)->ToString() + MetaString::New()->ToString() +
                                  MetaStruct::New("Early")->ToString();
 
-TEST(MetaObjectTest, ServesStaticObjects) { EXPECT_EQ(kTextAtStart, "List20true{}"); }
+TEST(MetaObjectTest, WorksInStaticObjects) { EXPECT_EQ(kTextAtStart, "List20true{}"); }
 
 // Whether a caller can make a value without its factory, with braces for the flag.
 template <typename Value, typename Argument, typename = void>

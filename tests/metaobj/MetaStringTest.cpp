@@ -50,18 +50,18 @@ TEST(MetaStringTest, MovesATemporary) {
   EXPECT_EQ(MetaString::New(std::move(value))->GetValue().data(), bytes);
 }
 
-TEST(MetaStringTest, CopiesALastingValue) {
+TEST(MetaStringTest, CopiesAnLvalue) {
   std::string value = "before";
   const auto copy = MetaString::New(value);
   value = "after";
   EXPECT_EQ(copy->GetValue(), "before");
 }
 
-TEST(MetaStringTest, PrintsItsValueAsItIs) {
+TEST(MetaStringTest, PrintsItsValueUnchanged) {
   EXPECT_EQ(MetaString::New("it's \"so\" \\n")->ToString(), "it's \"so\" \\n");
 }
 
-TEST(MetaStringTest, LeavesValidTextAlone) {
+TEST(MetaStringTest, LeavesValidTextUnchanged) {
   const std::string value = "gr\xC3\xBC\xC3\x9F \xE2\x82\xAC \xF0\x9F\x99\x82";
   EXPECT_EQ(MetaString::NewUtf8WithEscapes(std::string(value))->GetValue(), value);
 }
@@ -77,7 +77,7 @@ TEST(MetaStringTest, ChecksOnlyTheBytesBeforeTheFirstNul) {
   EXPECT_EQ(MetaString::NewUtf8WithEscapes("\0\xFF"s)->GetValue(), "\0\xFF"s);
 }
 
-TEST(MetaStringTest, OtherwiseNeverChangesBadText) {
+TEST(MetaStringTest, NeverChangesInvalidTextOtherwise) {
   EXPECT_EQ(MetaString::New("a\xFFz")->GetValue(), "a\xFFz");
 }
 

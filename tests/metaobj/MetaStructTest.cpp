@@ -416,7 +416,7 @@ TEST(MetaStructTest, RefusesWhatItsLikeMayHave) {
   EXPECT_THAT(like->GetFieldNames(), ElementsAre("a", "b"));
 }
 
-TEST(MetaStructTest, SpeaksOfTheLockBeforeTheDefinition) {
+TEST(MetaStructTest, ReportsTheLockBeforeTheDefinition) {
   const auto structure = MetaStruct::New(StructureOf({"a"}));
   structure->LockStructure();
   EXPECT_THAT([&] { structure->SetField("c", 1); },
@@ -649,7 +649,7 @@ TEST(MetaStructTest, KeepsItsDefinitionAlive) {
   EXPECT_TRUE(watched.expired());
 }
 
-TEST(MetaStructTest, MatchesItsDefinitionOnceAllFieldsAreThere) {
+TEST(MetaStructTest, MatchesItsDefinitionOnceAllFieldsAreSet) {
   const auto structure = MetaStruct::New(StructureOf({"a", "b"}));
   EXPECT_FALSE(structure->MatchesStructureDefinition());
   structure->SetField("a", 5);
@@ -757,7 +757,7 @@ TEST(MetaStructTest, StopsAtTheFirstFieldOfAnotherKind) {
   EXPECT_THAT(errors, ElementsAre("Type mismatch on field: a"));
 }
 
-TEST(MetaStructTest, ReportsEverythingInTheOrderOfTheWalk) {
+TEST(MetaStructTest, ReportsEverythingInFieldOrder) {
   Errors errors = {"earlier"};
   const auto other = MetaStruct::New("Other");
   other->SetField("a", "text");
@@ -806,7 +806,7 @@ TEST(MetaStructTest, ComparesListsInFieldsByTheirDeclaredShape) {
   EXPECT_THAT(errors, ElementsAre("Mismatch on list type", "Type mismatch on field: list"));
 }
 
-TEST(MetaStructTest, AsksAValueOfAnotherClassItself) {
+TEST(MetaStructTest, LetsAValueOfAnotherClassCompareItself) {
   const auto one = MetaStruct::New("Rec");
   one->SetField("a", std::make_shared<Stranger>(MetaType::Int));
   Errors errors;
@@ -816,7 +816,7 @@ TEST(MetaStructTest, AsksAValueOfAnotherClassItself) {
   EXPECT_TRUE(StructureOf({"a"})->IsSameStructure(one, nullptr));
 }
 
-TEST(MetaStructTest, FindsALyingKindInAField) {
+TEST(MetaStructTest, DetectsAFalseKindInAField) {
   const auto one = MetaStruct::New("Rec");
   const auto other = MetaStruct::New("Rec");
   one->SetField("a", MetaStruct::New("Inner"));
@@ -875,7 +875,7 @@ TEST_P(MetaStructOfSizeTest, ReplacesValueAndDocumentation) {
   EXPECT_EQ(structure->GetFieldNames().size(), static_cast<std::size_t>(GetParam()) + 1);
 }
 
-TEST_P(MetaStructOfSizeTest, StaysAsItIsWhenLocked) {
+TEST_P(MetaStructOfSizeTest, IsUnchangedWhenLocked) {
   const auto structure = Filled();
   structure->SetField("a", 1);
   structure->LockStructure();
@@ -907,7 +907,7 @@ TEST_P(MetaStructOfSizeTest, FollowsItsDefinition) {
   EXPECT_EQ(structure->GetTypeName(), "Rec");
 }
 
-TEST_P(MetaStructOfSizeTest, ComparesWithItsLike) {
+TEST_P(MetaStructOfSizeTest, ComparesWithASimilarStructure) {
   const auto one = Filled("documented");
   const auto other = Filled();
   one->SetField("z", 1);
@@ -942,7 +942,7 @@ TEST_P(MetaStructOfSizeTest, RefusesUnknownNames) {
   EXPECT_EQ(structure->GetFieldNames().size(), static_cast<std::size_t>(GetParam()));
 }
 
-TEST_P(MetaStructOfSizeTest, KeepsNullOut) {
+TEST_P(MetaStructOfSizeTest, RefusesNull) {
   const auto structure = Filled();
   EXPECT_THAT([&] { structure->SetField("a", nullptr); },
               ThrowsMessage<KestrelException>(kNullMessage));

@@ -123,7 +123,7 @@ class RandomValues {
   Random& random_;
 };
 
-TEST(ShapeComparisonTest, AgreesWithThePlainestForm) {
+TEST(ShapeComparisonTest, AgreesWithASimpleImplementation) {
   Random random;
   SCOPED_TRACE(random.HowToRepeat());
   RandomValues values(random);

@@ -79,7 +79,7 @@ TEST(SlabAllocatorTest, AllAllocatorsAreEqual) {
   EXPECT_FALSE(SlabAllocator<int>() != SlabAllocator<double>());
 }
 
-TEST(SlabAllocatorTest, AllocatesWhatDoesNotFitElsewhere) {
+TEST(SlabAllocatorTest, AllocatesLargeObjectsElsewhere) {
   SlabAllocator<long> several;
   long* const three = several.allocate(3);
   three[2] = 5;
@@ -102,7 +102,7 @@ TEST(SlabAllocatorTest, MakesSharedOwners) {
   EXPECT_EQ(value.use_count(), 1);
 }
 
-TEST(SlabAllocatorTest, DestroysAValueAsWhatItWasMade) {
+TEST(SlabAllocatorTest, DestroysAValueByItsOriginalClass) {
   struct Base {
     virtual ~Base() = default;
   };

@@ -17,7 +17,7 @@ TEST(AuditParamsTest, AParameterKeepsTheValueSetLast) {
   EXPECT_EQ("second", AuditTls::GetAuditParam("last"));
 }
 
-TEST(AuditParamsTest, TheScopeRestoresTheValueFromBefore) {
+TEST(AuditParamsTest, TheScopeRestoresTheEarlierValue) {
   AuditTls::SetAuditParam("scoped", "outer");
   {
     const AuditTls::AuditParamOnStack scope("scoped", "inner");
@@ -31,7 +31,7 @@ TEST(AuditParamsTest, TheScopeRestoresTheValueFromBefore) {
   EXPECT_EQ("outer", AuditTls::GetAuditParam("scoped"));
 }
 
-TEST(AuditParamsTest, TheScopeLeavesNothingWhereNothingWas) {
+TEST(AuditParamsTest, TheScopeLeavesAnUnsetParameterUnset) {
   { const AuditTls::AuditParamOnStack scope("fresh", "value"); }
   EXPECT_EQ("", AuditTls::GetAuditParam("fresh"));
 }

@@ -180,7 +180,7 @@ TEST(UnicodeTest, RefusesSurrogates) {
   EXPECT_TRUE(IsValid("\xEE\x80\x80"));
 }
 
-TEST(UnicodeTest, RefusesSequencesThatBreakOff) {
+TEST(UnicodeTest, RefusesIncompleteSequences) {
   EXPECT_FALSE(IsValid("\xF0\x9F\x99"));
   EXPECT_FALSE(IsValid("\xF0\x9F\x99x"));
   EXPECT_FALSE(IsValid("\xF0\x9Fx\x82"));
@@ -194,7 +194,7 @@ TEST(UnicodeTest, EscapesBadBytesAndLeavesTheRestAlone) {
   EXPECT_EQ(Escape("plain\ttext\x01\x7F"), "plain\ttext\x01\x7F");
 }
 
-TEST(UnicodeTest, FindsWhatIsNotAsciiAtEveryPlaceOfATextOfEveryLength) {
+TEST(UnicodeTest, FindsNonAsciiBytesAtEveryPositionInStringsOfEveryLength) {
   for (std::size_t size = 1; size < 40; ++size) {
     for (std::size_t at = 0; at < size; ++at) {
       const std::string before(at, '\x7F');
@@ -219,7 +219,7 @@ TEST(UnicodeTest, EndsAtTheNulWhenNoLengthIsGiven) {
   EXPECT_STREQ(text.get(), "\\xff!");
 }
 
-TEST(UnicodeTest, LooksAtSoManyBytesAndNoMore) {
+TEST(UnicodeTest, ReadsOnlyTheGivenNumberOfBytes) {
   EXPECT_TRUE(Unicode_IsBufferValid("ab\xFF", 2, 0));
   EXPECT_FALSE(Unicode_IsBufferValid("\xC3\xBC", 1, 0));
   EXPECT_TRUE(Unicode_IsBufferValid("\xFF", 0, 0));

@@ -64,10 +64,10 @@ std::string Join(const std::vector<std::string>& names) {
 }  // namespace
 
 void RowOrder::DeclareParameters(CallSpec::InputSpec& spec) {
-  Parameter("sort", CallSpec::String, "Sort the list by the field of this name.").AddTo(spec);
+  Parameter("sort", CallSpec::String, "Sort the list by the field with this name.").AddTo(spec);
   Parameter("descending", CallSpec::Flag, "Put the greatest value first; needs --sort.")
       .AddTo(spec);
-  Parameter("limit", CallSpec::Int, "List only so many, the first ones; %ENUM%.")
+  Parameter("limit", CallSpec::Int, "List only the first rows, at most this many; %ENUM%.")
       .Between(0, kMaxLimit)
       .AddTo(spec);
 }

@@ -104,7 +104,7 @@ TEST(ConditionalRemovalTest, NestedBlocksTakeAtMostOnePassForEachLevelAndALastOn
   }
 }
 
-TEST(ConditionalRemovalTest, PassesOverAContrivedNestOfTenKilobytesLookAtFiveMegabytesAtMost) {
+TEST(ConditionalRemovalTest, AContrivedNestOfTenKilobytesTakesAtMostFiveMegabytesOfScanning) {
   constexpr std::size_t kSize = 10000;
   const std::size_t levels = kSize / NestOfBlocks(1).size();
   for (const std::string& text :

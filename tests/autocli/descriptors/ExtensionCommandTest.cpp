@@ -463,7 +463,7 @@ TEST(ExtensionCommandTest, WithoutALanguageACompoundCommandNeedsASimpleOneBefore
   EXPECT_EQ(DescribeValue(Execute(":; " + compound)->GetRootObject()), "int 1");
 }
 
-TEST(ExtensionCommandTest, AnEmptyLanguageIsOne) {
+TEST(ExtensionCommandTest, AnEmptyLanguageCountsAsSet) {
   const ScopedEnvironment language("LANG", "");
   EXPECT_THAT(Execute("exit 3")->GetErrors(), ElementsAre(NoData("exit 3", 1)));
 }

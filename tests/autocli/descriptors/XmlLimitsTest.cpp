@@ -199,7 +199,7 @@ class XmlExpansionLimitTest : public testing::TestWithParam<ExpansionCase> {
   }
 };
 
-TEST_P(XmlExpansionLimitTest, EntitiesStandForAtMostTenMegabytes) {
+TEST_P(XmlExpansionLimitTest, EntitiesExpandToAtMostTenMegabytes) {
   EXPECT_EQ(ResultOf(Output(kMaxExpansion)), "string 'v'");
   EXPECT_EQ(FaultOfDescriptor(Descriptor(kMaxExpansion)), "no fault");
   EXPECT_EQ(ResultOf(Output(kMaxExpansion + 10)), Refusal(kTooMuchExpansion));
@@ -264,7 +264,7 @@ TEST(XmlLimitsTest, NestedEntitiesOfACallersTreeAreNotFollowedForever) {
   }
 }
 
-TEST(XmlLimitsTest, AValueOfACallersTreeStandsForAtMostTenMegabytes) {
+TEST(XmlLimitsTest, AValueOfACallersTreeExpandsToAtMostTenMegabytes) {
   const std::string type = "<!DOCTYPE a [<!ENTITY e '" + std::string(100000, 'x') + "'>]>";
   const auto list = [&](int count) {
     return type + "<list type='string'>" + Repeat("<string>&e;</string>", count) + "</list>";

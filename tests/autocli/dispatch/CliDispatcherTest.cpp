@@ -353,7 +353,7 @@ TEST_F(CliDispatcherTest, PrintsTheErrorsOfACommandThatFails) {
   EXPECT_EQ("Errors: \nError on command try say : no fuel\n", handled.err);
 }
 
-TEST_F(CliDispatcherTest, ACommandThatFailsLeavesTheFormatterUnasked) {
+TEST_F(CliDispatcherTest, TheFormatterIsNotCalledAfterACommandFails) {
   command->work = [](const auto&, const auto& output) { output->AddErrorMessage("no fuel"); };
   const Handled handled = Handle({"--formatter=nosuch", "try", "say"});
   EXPECT_FALSE(handled.result);
@@ -927,7 +927,7 @@ class OverlongInput : public std::streambuf {
   std::streambuf* original_;
 };
 
-TEST_F(CliDispatcherTest, ALineThatMemoryDoesNotHoldIsAnError) {
+TEST_F(CliDispatcherTest, ALineThatDoesNotFitIntoMemoryIsAnError) {
   const OverlongInput in;
   const Handled handled = Handle({"--input", "STDIN"});
   EXPECT_FALSE(handled.result);

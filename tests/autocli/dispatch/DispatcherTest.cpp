@@ -180,7 +180,7 @@ TEST_F(DispatcherTest, AddPluginSilentlySkipsOtherFiles) {
   EXPECT_THAT(dispatcher_.GetPluginNames(), ElementsAre("Internal"));
 }
 
-TEST_F(DispatcherTest, AddPluginLetsAFailedLoadPass) {
+TEST_F(DispatcherTest, AddPluginPassesOnAFailureToLoad) {
   const ScopedTempDir dir;
   const std::string path = dir.Write("x.so", "a text");
   EXPECT_THROW(dispatcher_.AddPlugin(path), KestrelException);
@@ -190,7 +190,7 @@ TEST_F(DispatcherTest, AddPluginLetsAFailedLoadPass) {
   EXPECT_THAT(dispatcher_.GetPluginNames(), ElementsAre("Internal"));
 }
 
-TEST_F(DispatcherTest, AddPluginLetsAFailedRegistrationPassWithItsContext) {
+TEST_F(DispatcherTest, AddPluginPassesOnAFailureToRegisterWithItsContext) {
   const std::string path = TestPluginPath("ThrowingPluginKestrelException");
   EXPECT_THAT(
       [&] { dispatcher_.AddPlugin(path); },
@@ -211,7 +211,7 @@ struct FailingPlugin {
 class DispatcherFailingPluginTest : public DispatcherTest,
                                     public testing::WithParamInterface<FailingPlugin> {};
 
-TEST_P(DispatcherFailingPluginTest, LeavesCommandsThatRunToTheEndAndItsCodeUntilThen) {
+TEST_P(DispatcherFailingPluginTest, KeepsItsCommandsAndItsCodeUntilTheEnd) {
   const std::string path = TestPluginPath(GetParam().name);
   {
     Dispatcher dispatcher;
@@ -439,7 +439,7 @@ TEST_F(DispatcherTest, EachReportIsWrittenInOnePiece) {
   EXPECT_EQ(rest, "");
 }
 
-TEST_F(DispatcherTest, AFileInPlaceOfADirectoryIsReportedAsMissing) {
+TEST_F(DispatcherTest, AFileInsteadOfADirectoryIsReportedAsMissing) {
   const ScopedTempDir dir;
   const std::string file = dir.Write("file", "");
   StreamCapture err(STDERR_FILENO);
@@ -646,7 +646,7 @@ TEST_F(DispatcherTest, AFailedRegistrationIsReportedBeforeAFormatterWhoseNameIsT
 
 // Finding a command.
 
-TEST_F(DispatcherTest, GetCommandFindsTheCommandAndLeavesTheInputAsItIs) {
+TEST_F(DispatcherTest, GetCommandFindsTheCommandAndLeavesTheInputUnchanged) {
   const std::shared_ptr<SampleCommand> command = MakeAnsweringCommand("here");
   Register({"network", "ip", "list"}, command);
   const std::shared_ptr<CommandInput> input = MakeCommandInput({"network", "ip", "list"});

@@ -81,7 +81,7 @@ TEST_F(TableFormatterTest, PrintsARowPerElementAndAColumnPerField) {
   EXPECT_EQ(Print(TwoDisks()), kTwoDisks);
 }
 
-TEST_F(TableFormatterTest, RefusesARootThatIsNoListOfStructures) {
+TEST_F(TableFormatterTest, RefusesARootThatIsNotAListOfStructures) {
   const auto scalars = MetaList::New(MetaType::Int);
   scalars->Add(1);
   const std::shared_ptr<MetaObject> roots[] = {nullptr,
@@ -185,7 +185,7 @@ TEST_F(TableFormatterTest, PrintsTwoSpacesAfterAnIntegerInTheLastColumnToo) {
   EXPECT_EQ(Print(TwoDisks(), {{"fields", "Size"}}), "Size\n----\n 512  \n4096  \n");
 }
 
-TEST_F(TableFormatterTest, AKindThatLiesIsAlignedByItsKind) {
+TEST_F(TableFormatterTest, AValueThatClaimsAnotherKindIsAlignedByThatKind) {
   const auto row = MetaStruct::New("Row");
   row->SetField("wide column", std::make_shared<LyingValue>(MetaType::Int));
   EXPECT_EQ(Print(MakeList({row})), "wide column\n-----------\n      a lie  \n");
@@ -378,7 +378,7 @@ TEST_F(TableFormatterTest, GetSubFieldFindsAField) {
   EXPECT_EQ(GetSubField(nullptr, "Name"), nullptr);
 }
 
-TEST_F(TableFormatterTest, GetSubFieldWalksAPath) {
+TEST_F(TableFormatterTest, GetSubFieldFollowsAPath) {
   const auto inner = MetaStruct::New("Inner");
   inner->SetField("b", "deep");
   inner->SetField("", "nameless");

@@ -224,7 +224,7 @@ TEST(UtilFormatFieldTest, MPrintsTheErrorOfTheCallersLastCall) {
   EXPECT_EQ(AutoCli_FormatField("T", "F", value, params), "   No such file or directory");
 }
 
-TEST(UtilFormatFieldTest, WhatDoesNotFitTheValueIsAnErrorInItsPlace) {
+TEST(UtilFormatFieldTest, AnErrorReplacesAFormatThatDoesNotFitTheValue) {
   const char* const formats[] = {"%s",   "%5$d",    "%2$d", "%1$d%d", "%d%1$d", "%d%d",  "%*d",
                                  "%.*d", "%1$*1$d", "%n",   "%1$n",   "%p",     "%f",    "%e",
                                  "%g",   "%a",      "%S",   "%C",     "%ls",    "%y",    "%",

@@ -110,7 +110,7 @@ TEST_F(ChildProcessTest, AChildThatPrintsBeforeItReadsDoesNotBlock) {
   EXPECT_EQ(output.size(), 4000000u);
 }
 
-TEST_F(ChildProcessTest, AChildThatClosesItsOutputMayGoOnReading) {
+TEST_F(ChildProcessTest, AChildThatClosesItsOutputMayContinueReading) {
   const LeavesNothing nothing;
   std::string output;
   EXPECT_EQ(RunShell("echo a; exec >&-; cat >/dev/null; exit 4", output, std::string(1000000, 'x')),
@@ -146,7 +146,7 @@ TEST_F(ChildProcessTest, AChildThatNeverReadsIsWaitedFor) {
   }
 }
 
-TEST_F(ChildProcessTest, ABrokenPipeLeavesSignalsAsTheyWere) {
+TEST_F(ChildProcessTest, ABrokenPipeLeavesSignalsUnchanged) {
   const LeavesNothing nothing;
   sigset_t before;
   sigset_t after;
@@ -164,7 +164,7 @@ TEST_F(ChildProcessTest, ABrokenPipeLeavesSignalsAsTheyWere) {
   }
 }
 
-TEST_F(ChildProcessTest, ASignalThatWasPendingBeforeStaysSo) {
+TEST_F(ChildProcessTest, APendingSignalStaysPending) {
   sigset_t sigpipe;
   sigemptyset(&sigpipe);
   sigaddset(&sigpipe, SIGPIPE);
@@ -203,7 +203,7 @@ TEST_F(ChildProcessTest, OutputIsReadUntilABackgroundProcessClosesIt) {
   EXPECT_EQ(OutputOf("(sleep 0.3; echo late) & echo early"), "early\nlate\n");
 }
 
-TEST_F(ChildProcessTest, ASignalEndsNoCall) {
+TEST_F(ChildProcessTest, ASignalDoesNotEndACall) {
   struct sigaction action = {};
   struct sigaction before;
   action.sa_handler = [](int) {};
@@ -236,7 +236,7 @@ class Interruption {
 
 int outputPipe = -1;  // the end of a child's output pipe that the library reads
 
-TEST_F(ChildProcessTest, AReadThatFailsKeepsWhatCameBefore) {
+TEST_F(ChildProcessTest, AFailedReadKeepsEarlierOutput) {
   const int first = FirstFreeDescriptor();
   outputPipe = first + 2;
   const auto readFails = [](const std::string& commandLine, const std::string& stdinData) {

@@ -100,7 +100,7 @@ TEST(EchoGuardTest, EchoThatWasOffStaysOff) {
   EXPECT_EQ(0, terminal.WaitForEnd());
 }
 
-TEST(EchoGuardTest, EchoComesBackWhenSomethingThrows) {
+TEST(EchoGuardTest, EchoIsRestoredWhenSomethingThrows) {
   PseudoTerminal terminal;
   terminal.Start([] {
     try {
@@ -113,7 +113,7 @@ TEST(EchoGuardTest, EchoComesBackWhenSomethingThrows) {
   EXPECT_EQ(0, terminal.WaitForEnd());
 }
 
-TEST(EchoGuardTest, TheSignalsAreAsBeforeAfterwards) {
+TEST(EchoGuardTest, TheSignalsAreRestoredAfterwards) {
   PseudoTerminal terminal;
   terminal.Start([] {
     HandleWith(SIGINT, SIG_IGN);

@@ -83,7 +83,7 @@ TEST(UtilShellTest, AppendsWhatTheCommandPrints) {
   EXPECT_EQ(output, "before one\ntwo");
 }
 
-TEST(UtilShellTest, ACommandThatPrintsNothingLeavesTheOutput) {
+TEST(UtilShellTest, ACommandThatPrintsNothingLeavesTheOutputUnchanged) {
   std::string output = "before";
   EXPECT_EQ(WEXITSTATUS(AutoCli_ShellCmd("exit 7", output, "")), 7);
   EXPECT_EQ(output, "before");
@@ -141,7 +141,7 @@ TEST(UtilShellTest, TheUserNamePrecedesTheCommandLine) {
   EXPECT_EQ(output.substr(output.find("in ")), "in '';$(x)\n'\n");
 }
 
-TEST(UtilShellTest, AnEmptyUserNameLeavesTheCommandLine) {
+TEST(UtilShellTest, AnEmptyUserNameLeavesTheCommandLineUnchanged) {
   const ScopedEnvironment user("OPR_USERNAME", "outer");
   const Listening listening;
   std::string output;
@@ -150,7 +150,7 @@ TEST(UtilShellTest, AnEmptyUserNameLeavesTheCommandLine) {
   EXPECT_THAT(listening.GetHeard(), ElementsAre(Pair("echo $OPR_USERNAME; exit 2", 2 << 8)));
 }
 
-TEST(UtilShellTest, TheListenerHearsOfEachFinishedCommand) {
+TEST(UtilShellTest, TheListenerIsCalledForEachFinishedCommand) {
   const Listening listening;
   OutputOf("exit 3");
   OutputOf("kill -KILL $$");
@@ -158,7 +158,7 @@ TEST(UtilShellTest, TheListenerHearsOfEachFinishedCommand) {
               ElementsAre(Pair("exit 3", 3 << 8), Pair("kill -KILL $$", SIGKILL)));
 }
 
-TEST(UtilShellTest, TheListenerDoesNotHearOfAFailedCall) {
+TEST(UtilShellTest, TheListenerIsNotCalledForAFailedCall) {
   const Listening listening;
   std::string output;
   EXPECT_THAT([&] { AutoCli_ShellCmd("exec <&-; sleep 0.2", output, std::string(1000000, 'x')); },
@@ -166,7 +166,7 @@ TEST(UtilShellTest, TheListenerDoesNotHearOfAFailedCall) {
   EXPECT_THAT(listening.GetHeard(), IsEmpty());
 }
 
-TEST(UtilShellTest, ARemovedListenerHearsNothing) {
+TEST(UtilShellTest, ARemovedListenerIsNotCalled) {
   const Listening listening;
   SetCommandExecListener(nullptr);
   OutputOf("exit 0");
@@ -179,7 +179,7 @@ TEST(UtilShellTest, TheMakerAddsAnArgumentToTheShell) {
   EXPECT_EQ(extra.GetId(), -1);
 }
 
-TEST(UtilShellTest, AnEmptyArgumentIsLeftOut) {
+TEST(UtilShellTest, AnEmptyArgumentIsOmitted) {
   const ExtraArgument extra("");
   EXPECT_EQ(OutputOf("echo [$-]; false; echo reached"), "[]\nreached\n");
 }

@@ -24,7 +24,7 @@ TEST(TerminalTextTest, KeepsEverythingElse) {
   EXPECT_EQ(WithVisibleControls(text), text);
 }
 
-TEST(TerminalTextTest, ACharacterThatIsCutShortHidesNothing) {
+TEST(TerminalTextTest, AnIncompleteCharacterHidesNothing) {
   EXPECT_EQ(WithVisibleControls("\xE2\x9Bx\x9B"), "\xE2\x9Bx\\x9B");
   EXPECT_EQ(WithVisibleControls("\xC3\x1b"), "\xC3\\x1B");
   EXPECT_EQ(WithVisibleControls("\xC2"), "\xC2");

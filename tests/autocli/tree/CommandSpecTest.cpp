@@ -220,7 +220,7 @@ TEST_F(CommandSpecTest, TheHelpParameterIsAnOptionalBoolWithAShortName) {
   EXPECT_FALSE(help.IsSecret());
 }
 
-TEST_F(CommandSpecTest, AParameterHelpOfTheCommandThrowsOnceAndIsKept) {
+TEST_F(CommandSpecTest, ACommandsOwnParameterHelpThrowsOnceAndIsKept) {
   command_->inputSpec->AddParameter(OptionalParameter("help", ParameterType::String));
   EXPECT_THAT([&] { command_->GetInputSpec(); },
               ThrowsMessage<KestrelException>(
@@ -295,7 +295,7 @@ TEST_F(CommandSpecTest, ADefaultFormatterNeedNotExist) {
   EXPECT_EQ(command_->GetDefaultOutputFormatParameters().GetFormatter(), "");
 }
 
-TEST_F(CommandSpecTest, OfMetaDataTheLastValueOfANameWins) {
+TEST_F(CommandSpecTest, TheLastMetaDataOfANameCounts) {
   EXPECT_THAT(command_->GetMetaData(), IsEmpty());
   command_->AddMetaData("owner", "one");
   command_->AddMetaData("level", "3");

@@ -188,7 +188,7 @@ TEST_F(CommandTest, ExceptionsOfOtherKindsPass) {
 
 // The result.
 
-TEST_F(CommandTest, AnErrorOfTheWorkSparesItsResultTheCheck) {
+TEST_F(CommandTest, AResultIsNotCheckedAfterAnErrorOfTheWork) {
   const std::shared_ptr<SampleCommand> command = MakeLyingCommand();
   command->work = [](const auto&, const auto& output) {
     output->SetRootObject(MetaInt::New(7));
@@ -198,7 +198,7 @@ TEST_F(CommandTest, AnErrorOfTheWorkSparesItsResultTheCheck) {
   EXPECT_EQ(command->outputSpecCalls, 0);
 }
 
-TEST_F(CommandTest, ErrorsThatWereThereBeforeSpareTheResultTheCheckToo) {
+TEST_F(CommandTest, AResultIsNotCheckedAfterEarlierErrorsEither) {
   const std::shared_ptr<Output> output = Output::New();
   output->AddErrorMessage("from before");
   const std::shared_ptr<SampleCommand> command = MakeLyingCommand();

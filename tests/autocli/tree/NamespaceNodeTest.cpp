@@ -106,7 +106,7 @@ TEST_F(NamespaceNodeTest, NameAndDescriptionAreEmptyAtFirst) {
   EXPECT_EQ(node->GetDescription(), "");
 }
 
-TEST_F(NamespaceNodeTest, DescriptionIsTakenAsItIs) {
+TEST_F(NamespaceNodeTest, DescriptionIsStoredUnchanged) {
   ip_->SetDescription(std::string("Line one\nline two\0end", 21));
   EXPECT_EQ(ip_->GetDescription(), std::string("Line one\nline two\0end", 21));
   ip_->SetDescription("  %x  ");
@@ -394,7 +394,7 @@ TEST_F(NamespaceNodeTest, ChildrenDoNotKeepTheirParentAlive) {
 
 // Hostile sizes.
 
-TEST_F(NamespaceNodeTest, ServesNamespacesThousandsDeep) {
+TEST_F(NamespaceNodeTest, HandlesNamespacesThousandsDeep) {
   constexpr int kDepth = 5000;
   Words path;
   std::string dotted;
@@ -411,7 +411,7 @@ TEST_F(NamespaceNodeTest, ServesNamespacesThousandsDeep) {
   EXPECT_EQ(node->GetDispatcher(), nullptr);
 }
 
-TEST_F(NamespaceNodeTest, ServesAHundredThousandChildren) {
+TEST_F(NamespaceNodeTest, HandlesAHundredThousandChildren) {
   constexpr int kCount = 100000;
   for (int i = 0; i < kCount; ++i) {
     list_->RegisterNamespaceNode(Namespace::New(), "child" + std::to_string(i));
@@ -423,7 +423,7 @@ TEST_F(NamespaceNodeTest, ServesAHundredThousandChildren) {
   EXPECT_EQ(root_->ResolveNode(path)->GetName(), "child99999");
 }
 
-TEST_F(NamespaceNodeTest, ServesNamesOfAMillionBytes) {
+TEST_F(NamespaceNodeTest, HandlesNamesOfAMillionBytes) {
   const std::string name(1000000, 'n');
   const std::shared_ptr<NamespaceNode> node = list_->SubNamespace(name);
   Words path{"network", "ip", "list", name};

@@ -125,12 +125,12 @@ TEST_F(BusDevicesTest, NamesThatAreInNoListAreEmpty) {
   EXPECT_EQ(devices[1].className, "");
 }
 
-TEST_F(BusDevicesTest, ASubclassWithoutANameHasThatOfItsClass) {
+TEST_F(BusDevicesTest, ASubclassWithoutANameHasTheNameOfItsClass) {
   Pci("a", "0x1\n", "0x1\n", "0x038000\n");
   EXPECT_EQ(ReadPci().at(0).className, "Display controller");
 }
 
-TEST_F(BusDevicesTest, WithoutNamesTheClassIsThatOfTheStandard) {
+TEST_F(BusDevicesTest, WithoutNamesTheClassHasItsStandardName) {
   Pci("a", "0x8086\n", "0xabcd\n", "0x020000\n");
   const auto devices = ReadPciDevices(sys_.GetPath(), HardwareNames());
   ASSERT_EQ(devices.size(), 1u);
