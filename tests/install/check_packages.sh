@@ -42,7 +42,7 @@ cpack --config "$build/CPackConfig.cmake" -D CPACK_PACKAGING_INSTALL_PREFIX=/usr
   >"$work/log" 2>&1 || fail "cpack fails:"$'\n'"$(<"$work/log")"
 
 contains libkestrel '/usr/lib/.*libkestrel\.so\.[0-9]+' '/usr/lib/.*libkestrel\.so\.[0-9.]+' \
-  '/usr/lib/(.*/)?kestrel/expression\.so'
+  '/usr/lib/(.*/)?kestrel[0-9]+/expression\.so'
 contains libkestrel-dev '/usr/lib/.*libkestrel\.so' '/usr/include/kestrel/kestrel\.h' \
   '/usr/lib/.*KestrelConfig\.cmake' '/usr/lib/.*/kestrel\.pc' \
   '/usr/share/man/man3/vexil-plugin\.3'
@@ -50,7 +50,7 @@ contains vexil '/usr/bin/vexil' '/usr/lib/norvane/vexil/ext/' '/usr/lib/norvane/
   '/usr/libexec/vexil-complete' '/usr/share/bash-completion/completions/vexil' \
   '/usr/share/zsh/.*/_vexil' '/usr/share/fish/vendor_completions\.d/vexil\.fish' \
   '/usr/share/man/man1/vexil-complete\.1' \
-  '/usr/share/man/man1/vexil\.1' '/usr/share/man/man5/vexil-plugin\.5'
+  '/usr/share/man/man1/vexil\.1' '/usr/share/man/man5/vexil-descriptor\.5'
 depends libkestrel-dev '^libkestrel \(= '
 depends vexil 'libkestrel \(= '
 depends libkestrel 'libc6'

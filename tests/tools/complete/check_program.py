@@ -140,7 +140,7 @@ def misuse_problems(tree):
                              stderr=subprocess.PIPE, check=False)
         if run.returncode != 2 or run.stdout or not run.stderr:
             yield f"{arguments}: expected status 2 and a message: {run}"
-    for option, start in (("--help", b"vexil-complete INDEX"), ("--version", b"vexil-complete 0.")):
+    for option, start in (("--help", b"vexil-complete INDEX"), ("--version", b"vexil-complete 1.")):
         run = subprocess.run([tree.program, option], stdout=subprocess.PIPE, check=False)
         if run.returncode != 0 or not run.stdout.startswith(start):
             yield f"{option}: {run}"
