@@ -24,22 +24,14 @@ namespace Kestrel::Vexil {
 
 namespace {
 
-CommandLine SplitArguments(int argc, const char* const* argv) {
-  std::vector<std::string> arguments;
-  for (int i = 1; i < argc && argv[i] != nullptr; ++i) {
-    arguments.emplace_back(argv[i]);
-  }
-  return SplitCommandLine(arguments);
-}
-
-// The message ends with the unknown word; the arguments also contain the words after it. The
-// arguments do not begin with the words of the message if the line was read from a file.
-Words CompletePath(const Words& known, const Words& arguments) {
-  // An argument may contain a whole path.
-  const Words path = SplitWords(JoinWords(arguments, " "), " ");
-  const bool isOfArguments =
+// The message ends at the word that names nothing; the line has the words after it too. Its path
+// does not begin with the words of the message when an option took the first one.
+Words CompletePath(const Words& known, const Words& typed) {
+  // A word may contain a whole path.
+  const Words path = SplitWords(JoinWords(typed, " "), " ");
+  const bool isOfLine =
       path.size() >= known.size() && std::equal(known.begin(), known.end(), path.begin());
-  return isOfArguments ? path : known;
+  return isOfLine ? path : known;
 }
 
 std::string FindSuggestions(const AutoCli::Dispatcher& dispatcher, const Words& path,
@@ -52,12 +44,6 @@ std::string FindSuggestions(const AutoCli::Dispatcher& dispatcher, const Words& 
   return DidYouMean(SuggestPaths(ListNodePaths(*root), CompletePath(*known, path)));
 }
 
-// Uses the C stream, because a plug-in may have set a width on std::cerr or made it throw.
-void PrintLine(const std::string& line) {
-  const std::string shown = AutoCli::MessageFor(STDERR_FILENO, line);
-  std::fprintf(stderr, "%s\n", shown.c_str());
-}
-
 template <typename Action>
 void IgnoreFailure(const Action& action) {
   try {
@@ -68,23 +54,28 @@ void IgnoreFailure(const Action& action) {
 
 }  // namespace
 
-void PrintSuggestions(const AutoCli::Dispatcher& dispatcher, int argc, const char* const* argv,
+void PrintMessage(const std::string& message) {
+  const std::string shown = AutoCli::MessageFor(STDERR_FILENO, message);
+  std::fprintf(stderr, "%s\n", shown.c_str());
+}
+
+void PrintSuggestions(const AutoCli::Dispatcher& dispatcher, const Words& words,
                       const std::string& message) {
   IgnoreFailure([&] {
-    const std::string line = FindSuggestions(dispatcher, SplitArguments(argc, argv).path, message);
+    const std::string line = FindSuggestions(dispatcher, SplitCommandLine(words).path, message);
     if (!line.empty()) {
-      PrintLine(line);
+      PrintMessage(line);
     }
   });
 }
 
-void PrintHints(const AutoCli::Dispatcher& dispatcher, int argc, const char* const* argv) {
+void PrintHints(const AutoCli::Dispatcher& dispatcher, const Words& words) {
   if (isatty(STDERR_FILENO) == 0) {
     return;
   }
   IgnoreFailure([&] {
-    for (const std::string& hint : FindHints(dispatcher, SplitArguments(argc, argv))) {
-      PrintLine("Hint: " + hint);
+    for (const std::string& hint : FindHints(dispatcher, SplitCommandLine(words))) {
+      PrintMessage("Hint: " + hint);
     }
   });
 }

@@ -6,18 +6,23 @@
 #include <string>
 
 #include "kestrel/autocli/Dispatcher.h"
+#include "vexil/Words.h"
 
 /// What the tool prints on standard error after the library's messages. Nothing here throws: advice
 /// that cannot be determined because a plug-in's declaration fails is omitted.
 namespace Kestrel::Vexil {
 
-/// If `message` is about an unknown word of a path, prints a line with the paths that the user may
-/// have meant, if there are any. The arguments are those of the process.
-void PrintSuggestions(const AutoCli::Dispatcher& dispatcher, int argc, const char* const* argv,
+/// Prints a line on standard error. Uses the C stream: a plug-in may have set a width on std::cerr
+/// or made it throw.
+void PrintMessage(const std::string& message);
+
+/// After `message` about a word of a path that names nothing: prints a line with the paths that may
+/// have been meant, if there are any. `words` are the tokens of the command line.
+void PrintSuggestions(const AutoCli::Dispatcher& dispatcher, const Words& words,
                       const std::string& message);
 
-/// Prints a line for each hint about the arguments of the process, but only if standard error is a
-/// terminal: scripts see only the library's messages.
-void PrintHints(const AutoCli::Dispatcher& dispatcher, int argc, const char* const* argv);
+/// Prints a line for each hint about a command line, but only when standard error is a terminal:
+/// scripts see the library's messages alone.
+void PrintHints(const AutoCli::Dispatcher& dispatcher, const Words& words);
 
 }  // namespace Kestrel::Vexil

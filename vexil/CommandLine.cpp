@@ -58,6 +58,24 @@ class Splitter {
 
 }  // namespace
 
+Words SplitLine(const std::string& line) {
+  Words words;
+  bool inQuotes = false;
+  bool isInWord = false;
+  for (const char byte : line) {
+    const bool isSpace = !inQuotes && (byte == ' ' || byte == '\t');
+    inQuotes = inQuotes != (byte == '"');
+    if (!isSpace && !isInWord) {
+      words.emplace_back();
+    }
+    isInWord = !isSpace;
+    if (isInWord && byte != '"') {
+      words.back() += byte;
+    }
+  }
+  return words;
+}
+
 CommandLine SplitCommandLine(const std::vector<std::string>& arguments) {
   Splitter splitter(arguments);
   CommandLine line;

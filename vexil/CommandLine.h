@@ -31,6 +31,9 @@ struct CommandLine {
   Words extraWords;
 };
 
+/// Splits a line of a stream into its tokens, as the library's parser does.
+Words SplitLine(const std::string& line);
+
 /// Splits the arguments after the tool's name as the library's parser does.
 CommandLine SplitCommandLine(const std::vector<std::string>& arguments);
 

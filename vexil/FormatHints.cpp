@@ -88,7 +88,8 @@ class ParameterCheck {
     formatter_ = option == nullptr
                      ? context.command->GetDefaultOutputFormatParameters().GetFormatter()
                      : option->value;
-    keys_ = ListFormatKeys(formatter_, types_);
+    isToolFormatter_ = IsToolFormatter(formatter_);
+    keys_ = isToolFormatter_ ? ListToolKeys() : ListFormatKeys(formatter_, types_);
   }
 
   void CheckAll() {
@@ -101,18 +102,40 @@ class ParameterCheck {
   }
 
  private:
+  std::optional<Names> ListToolKeys() const {
+    const auto formatter = context_.dispatcher.GetFormatter(formatter_);
+    if (formatter == nullptr) {
+      return std::nullopt;
+    }
+    Names keys;
+    for (const auto& parameter : formatter->GetParams()) {
+      keys.push_back(parameter.name);
+    }
+    return keys;
+  }
+
   void CheckKey(const std::string& key, const std::string& value) {
     if (!Contains(*keys_, key)) {
       hints_.push_back("The formatter " + Quote(formatter_) + " does not use the parameter " +
                        Quote(key) + "." + AskForOrList(key, *keys_, "It uses"));
       return;
     }
-    const Names fields = ListChoosableFields(key, types_);
-    for (const std::string& name : SplitFieldNames(value)) {
+    const bool isDescending = key == "sort" && value.compare(0, 1, "-") == 0;
+    const Names fields = ListFields(key);
+    for (const std::string& name : SplitFieldNames(value.substr(isDescending ? 1 : 0))) {
       if (!fields.empty() && !Contains(fields, name)) {
         AddFieldHint(name, fields);
       }
     }
+  }
+
+  // The tool's own formatters know fields by their paths, those of the library by their names.
+  Names ListFields(const std::string& key) const {
+    if (!isToolFormatter_) {
+      return ListChoosableFields(key, types_);
+    }
+    const auto root = context_.command->GetOutputSpec()->GetRootObject();
+    return key == "fields" ? ListFieldPaths(root) : key == "sort" ? ListScalarPaths(root) : Names();
   }
 
   void AddFieldHint(const std::string& name, const Names& fields) {
@@ -124,6 +147,7 @@ class ParameterCheck {
   Hints& hints_;
   std::vector<ResultType> types_;
   std::string formatter_;
+  bool isToolFormatter_ = false;
   std::optional<Names> keys_;
 };
 

@@ -88,6 +88,12 @@ std::optional<Names> ListFormatKeys(const std::string& formatter,
   return keys;
 }
 
+bool IsToolFormatter(const std::string& formatter) {
+  constexpr std::array<std::string_view, 7> kNames = {"csv", "json-utf8", "ndjson", "pretty",
+                                                      "tsv", "value-xml", "yaml"};
+  return std::find(kNames.begin(), kNames.end(), formatter) != kNames.end();
+}
+
 Names ListChoosableFields(const std::string& key, const std::vector<ResultType>& types) {
   const bool isOfAll = key == "fields" || key == "table-columns";
   Names fields;

@@ -16,6 +16,9 @@ namespace Kestrel::Vexil {
 std::optional<std::vector<std::string>> ListFormatKeys(const std::string& formatter,
                                                        const std::vector<ResultType>& types);
 
+/// Whether it is one of the tool's own formatters, which have the same keys for all results.
+bool IsToolFormatter(const std::string& formatter);
+
 /// Returns the fields that the value of `key` may contain: those of the type after the colon, or of
 /// all types. Empty if `key` does not choose fields.
 std::vector<std::string> ListChoosableFields(const std::string& key,

@@ -43,16 +43,27 @@ void AddTypes(const std::shared_ptr<MetaObject>& value, std::size_t depth,
   }
 }
 
-void AddPaths(const std::shared_ptr<MetaObject>& value, const std::string& outer, std::size_t depth,
-              std::vector<std::string>& paths) {
-  const std::shared_ptr<MetaStruct> structure = FindStructure(value);
-  if (structure == nullptr || depth == kMaxDepth) {
-    return;
+void AddPaths(const MetaStruct& structure, const std::string& outer, bool onlyScalars,
+              std::size_t depth, std::vector<std::string>& paths) {
+  for (const std::string& field : structure.GetFieldNames()) {
+    const std::shared_ptr<MetaObject> value = structure.GetField(field);
+    const MetaType kind = value->GetType();
+    if (!onlyScalars || (kind != MetaType::Struct && kind != MetaType::List)) {
+      paths.push_back(outer + field);
+    }
+    if (kind == MetaType::Struct && depth < kMaxDepth) {
+      AddPaths(static_cast<const MetaStruct&>(*value), outer + field + ".", onlyScalars, depth + 1,
+               paths);
+    }
   }
-  for (const std::string& field : structure->GetFieldNames()) {
-    paths.push_back(outer + field);
-    AddPaths(structure->GetField(field), outer + field + ".", depth + 1, paths);
+}
+
+std::vector<std::string> ListPaths(const std::shared_ptr<MetaObject>& root, bool onlyScalars) {
+  std::vector<std::string> paths;
+  if (const std::shared_ptr<MetaStruct> structure = FindStructure(root)) {
+    AddPaths(*structure, {}, onlyScalars, 1, paths);
   }
+  return paths;
 }
 
 }  // namespace
@@ -64,9 +75,11 @@ std::vector<ResultType> ListResultTypes(const std::shared_ptr<MetaObject>& root)
 }
 
 std::vector<std::string> ListFieldPaths(const std::shared_ptr<MetaObject>& root) {
-  std::vector<std::string> paths;
-  AddPaths(root, {}, 0, paths);
-  return paths;
+  return ListPaths(root, false);
+}
+
+std::vector<std::string> ListScalarPaths(const std::shared_ptr<MetaObject>& root) {
+  return ListPaths(root, true);
 }
 
 }  // namespace Kestrel::Vexil

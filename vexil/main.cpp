@@ -17,21 +17,13 @@
 #include <string>
 #include <string_view>
 
-#include "autocli/text/TerminalText.h"
 #include "kestrel/Version.h"
 #include "kestrel/autocli/CliDispatcher.h"
-#include "kestrel/autocli/OptionParser.h"
 #include "vexil/Advice.h"
-#include "vexil/DeclaredResult.h"
-#include "vexil/formats/FormatsPlugin.h"
+#include "vexil/Session.h"
+#include "vexil/TerminalFormatter.h"
 
 namespace {
-
-// Uses the C stream, because a plug-in may have set a width on std::cerr or made it throw.
-void Report(const char* message) {
-  const std::string shown = Kestrel::AutoCli::MessageFor(STDERR_FILENO, message);
-  std::fprintf(stderr, "%s\n", shown.c_str());
-}
 
 // Ends the tool if memory runs out where this cannot be caught: in the initialisers of a library,
 // and while an exception is thrown. Every other failure aborts.
@@ -88,7 +80,7 @@ void ResetSignals() {
 // Runs whenever the process exits: incomplete output must not look like success.
 void CheckStandardOutput() {
   if (!FlushOutput()) {
-    Report("Unable to write to standard output");
+    Kestrel::Vexil::PrintMessage("Unable to write to standard output");
     _exit(EXIT_FAILURE);
   }
 }
@@ -98,19 +90,16 @@ bool IsVersionWanted(int argc, char** argv) {
   return argc == 2 && std::string_view(argv[1]) == "--version";
 }
 
-struct Call {
-  const std::optional<Kestrel::AutoCli::CliDispatcher>& dispatcher;
-  int argc;
-  char** argv;
+struct Tool {
+  Kestrel::AutoCli::CliDispatcher dispatcher;
+  Kestrel::Vexil::Session session{dispatcher};
 };
 
-[[noreturn]] void HandleArguments(Kestrel::AutoCli::CliDispatcher& dispatcher, int argc,
-                                  char** argv) {
-  Kestrel::AutoCli::OptionParser parser;
-  parser.ParseArgv(argc, argv);
-  const bool isDone = dispatcher.HandleOptions(parser, true);
-  FlushOutput();
-  Kestrel::Vexil::PrintHints(dispatcher, argc, argv);
+[[noreturn]] void HandleArguments(Tool& tool, int argc, char** argv) {
+  tool.dispatcher.RegisterPlugin(
+      std::make_shared<Kestrel::Vexil::ToolFormats>(tool.dispatcher, tool.session));
+  tool.dispatcher.AddDefaultDirectories();
+  const bool isDone = tool.session.HandleArguments(argc, argv);
   std::exit(isDone ? EXIT_SUCCESS : EXIT_FAILURE);
 }
 
@@ -124,32 +113,25 @@ int main(int argc, char** argv) {
     std::puts("vexil " KESTREL_VERSION_STRING);
     return EXIT_SUCCESS;
   }
-  // Outside the try block, so that a plug-in that defines the class of an exception stays loaded
-  // while it is handled.
-  std::optional<Kestrel::AutoCli::CliDispatcher> dispatcher;
-  const Call call = {dispatcher, argc, argv};
+  // Outside of the try block, so that the plug-in that has the class of an exception stays loaded.
+  std::optional<Tool> tool;
   try {
-    dispatcher.emplace();
-    dispatcher->RegisterPlugin(std::make_shared<Kestrel::Formats::FormatsPlugin>([&call] {
-      return Kestrel::Vexil::FindDeclaredResult(*call.dispatcher, call.argc, call.argv);
-    }));
-    dispatcher->AddDefaultDirectories();
-    HandleArguments(*dispatcher, argc, argv);
+    HandleArguments(tool.emplace(), argc, argv);
   } catch (const std::bad_alloc&) {
     FlushOutput();
-    Report("Out of memory");
+    Kestrel::Vexil::PrintMessage("Out of memory");
   } catch (const std::exception& error) {
     FlushOutput();  // first, so that output and message appear in order
-    Report(error.what());
-    if (dispatcher.has_value()) {
-      Kestrel::Vexil::PrintSuggestions(*dispatcher, argc, argv, error.what());
-      Kestrel::Vexil::PrintHints(*dispatcher, argc, argv);
+    Kestrel::Vexil::PrintMessage(error.what());
+    if (tool.has_value()) {
+      Kestrel::Vexil::PrintSuggestions(tool->dispatcher, tool->session.GetWords(), error.what());
+      Kestrel::Vexil::PrintHints(tool->dispatcher, tool->session.GetWords());
     }
   } catch (const abi::__forced_unwind&) {
     throw;  // by pthread_exit, which has to pass
   } catch (...) {
     FlushOutput();
-    Report("A plug-in threw an exception that is not a std::exception");
+    Kestrel::Vexil::PrintMessage("A plug-in threw an exception that is not a std::exception");
   }
   return EXIT_FAILURE;
 }

@@ -61,14 +61,11 @@ TEST(AdviceTest, AWordAfterACommandGetsThePathOfTheCommand) {
       VexilRun({"vexil", "command", "list", "all"}).Run().err);
 }
 
-TEST(AdviceTest, ALineOfAStreamGetsThePathUpToItsUnknownWord) {
-  const std::string expected =
-      "Unable to find a command or namespace with the name 'comand' in namespace vexil\n"
-      "Did you mean: vexil command?\n";
-  EXPECT_EQ(expected, VexilRun({"--input=STDIN"}).WithInput("vexil comand list\n").Run().err);
+TEST(AdviceTest, ALineOfAStreamGetsTheSamePaths) {
+  EXPECT_EQ(kSuggested, VexilRun({"--input=STDIN"}).WithInput("vexil comand list\n").Run().err);
   const ScopedTempDir folder;
-  const std::string file = folder.Write("lines", "# a line\nvexil comand list\n");
-  EXPECT_EQ(expected, VexilRun({"--input", file}).Run().err);
+  const std::string file = folder.Write("lines", "# a line\n\"vexil\" comand list\n");
+  EXPECT_EQ(kSuggested, VexilRun({"--input", file}).Run().err);
 }
 
 TEST(AdviceTest, NothingFollowsWhenNothingIsSimilar) {
@@ -93,6 +90,18 @@ TEST(AdviceTest, HintsFollowEverythingElseOnATerminal) {
       "Did you mean: vexil command list?\r\n"
       "Hint: --debug took the word 'vexil' as its value.\r\n",
       RunOnTerminal(VexilRun({"--debug", "vexil", "command", "list"})));
+}
+
+TEST(AdviceTest, EachLineOfAStreamGetsItsHints) {
+  const ScopedTempDir folder;
+  const std::string file = folder.Write(
+      "lines", "--screen-width=x vexil command list --nosuch\nvexil command list --nosuch\n");
+  EXPECT_EQ(
+      "Errors: \r\nUnknown parameter : nosuch\r\n"
+      "Hint: The screen width 'x' is not a number.\r\n"
+      "Errors: \r\nUnknown parameter : nosuch\r\n"
+      "Hint: The screen width '8x' is not a number.\r\n",
+      RunOnTerminal(VexilRun({"--screen-width=8x", "--input", file})));
 }
 
 TEST(AdviceTest, ACommandThatSucceedsCanGetAHintToo) {

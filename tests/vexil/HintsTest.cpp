@@ -19,6 +19,7 @@
 #include "kestrel/metaobj/MetaList.h"
 #include "kestrel/metaobj/MetaStruct.h"
 #include "support/SampleCommands.h"
+#include "vexil/formats/FormatsPlugin.h"
 
 namespace Kestrel::Testing {
 
@@ -187,6 +188,30 @@ TEST_F(HintsTest, NameTheFieldsThatExist) {
   EXPECT_THAT(Find({"--format-param=fields=Free,None", "paint", "list"}),
               ElementsAre("The result of 'paint list' has no field 'None', but: Name, Size, Usage, "
                           "Free."));
+}
+
+TEST_F(HintsTest, KnowTheKeysAndFieldsOfTheToolsFormatters) {
+  dispatcher_.RegisterPlugin(std::make_shared<Formats::FormatsPlugin>());
+  const auto find = [this](const std::string& formatter, const std::string& parameter) {
+    return Find({"--formatter", formatter, "--format-param", parameter, "paint", "list"});
+  };
+  EXPECT_THAT(find("ndjson", "limt=1"),
+              ElementsAre("The formatter 'ndjson' does not use the parameter 'limt'. Did you mean "
+                          "'limit'?"));
+  EXPECT_THAT(find("csv", "colour=1"),
+              ElementsAre("The formatter 'csv' does not use the parameter 'colour'. It uses "
+                          "fields, sort, limit, header."));
+  EXPECT_THAT(find("pretty", "colour=always"),
+              ElementsAre("The formatter 'pretty' does not use the parameter 'colour'. Did you "
+                          "mean 'color'?"));
+  EXPECT_THAT(find("yaml", "fields=Name,Free,Usage.Free"),
+              ElementsAre("The result of 'paint list' has no field 'Free', but: Name, Size, Usage, "
+                          "Usage.Free."));
+  EXPECT_THAT(find("tsv", "sort=-Usage"),
+              ElementsAre("The result of 'paint list' has no field 'Usage', but: Name, Size, "
+                          "Usage.Free."));
+  EXPECT_THAT(find("value-xml", "sort=-Size"), IsEmpty());
+  EXPECT_THAT(find("json-utf8", "limit=x"), IsEmpty());
 }
 
 TEST_F(HintsTest, LeaveFormatParametersOfAHelpPageAlone) {

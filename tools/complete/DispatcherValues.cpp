@@ -96,7 +96,7 @@ Words ListFields(const ValueContext& context, const std::string& key) {
 void AddSortFields(const ValueContext& context, std::size_t begin, Completion& completion) {
   const CursorLine& line = context.line;
   const bool isDescending = line.word.compare(begin, 1, "-") == 0;
-  AddNames(line, begin + (isDescending ? 1 : 0), Vexil::ListFieldPaths(GetResult(context)),
+  AddNames(line, begin + (isDescending ? 1 : 0), Vexil::ListScalarPaths(GetResult(context)),
            completion);
 }
 
@@ -106,6 +106,8 @@ void AddKeyValues(const ValueContext& context, Completion& completion) {
   const std::string key = line.word.substr(line.beforeValue.size(), end - line.beforeValue.size());
   if (std::find(kBooleanKeys.begin(), kBooleanKeys.end(), key) != kBooleanKeys.end()) {
     AddNames(line, end + 1, {"true", "false"}, completion);
+  } else if (key == "color") {
+    AddNames(line, end + 1, {"always", "never"}, completion);
   } else if (key == "sort") {
     AddSortFields(context, end + 1, completion);
   } else {

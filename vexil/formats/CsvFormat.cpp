@@ -54,7 +54,10 @@ void Print(const Selection& selection, const FormatOptions& options, TextBuffer&
 
 }  // namespace
 
-const ExactFormat kCsvFormat = {
-    "csv", "Print lines of values that are separated by commas (RFC 4180).", &kHeaderKey, Print};
+const ExactFormat kCsvFormat = {"csv",
+                                "Print lines of values that are separated by commas (RFC 4180).",
+                                true,
+                                {&kHeaderKey},
+                                Print};
 
 }  // namespace Kestrel::Formats

@@ -13,7 +13,8 @@ namespace Kestrel::Formats {
 struct ExactFormat {
   const char* name;
   const char* description;
-  const FormatKey* ownKey;  ///< the additional parameter of this format, or null
+  bool isForPrograms;  ///< false: the command's own choice of fields counts
+  OwnKeys ownKeys;     ///< the parameters that not every format has
 
   /// Prints the selected values. Throws ValueFault or ResultFault if that is not possible.
   void (*print)(const Selection& selection, const FormatOptions& options, TextBuffer& out);
@@ -22,6 +23,7 @@ struct ExactFormat {
 extern const ExactFormat kCsvFormat;
 extern const ExactFormat kJsonUtf8Format;
 extern const ExactFormat kNdjsonFormat;
+extern const ExactFormat kPrettyFormat;
 extern const ExactFormat kTsvFormat;
 extern const ExactFormat kValueXmlFormat;
 extern const ExactFormat kYamlFormat;

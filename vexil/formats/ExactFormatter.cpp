@@ -17,16 +17,20 @@ using AutoCli::FormatParameters;
 using MetaObj::MetaObject;
 
 /// Prints `root` into `text`, or appends messages to `errors`.
-void Print(const ExactFormat& format, const DeclaredResult& declared,
+void Print(const ExactFormat& format, const CallFacts& facts,
            const std::shared_ptr<MetaObject>& root, const FormatParameters& params,
-           TextBuffer& text, std::vector<std::string>& errors) {
-  const FormatOptions options = ReadFormatOptions(params, format.ownKey, errors);
+           const Screen& screen, TextBuffer& text, std::vector<std::string>& errors) {
+  FormatOptions options = ReadFormatOptions(params, format.ownKeys, errors);
+  options.screen = screen;
+  if (format.isForPrograms && facts.isChosen != nullptr && !facts.isChosen("fields")) {
+    options.hasFields = false;  // a command sets them for people
+  }
   if (root == nullptr) {
     errors.emplace_back("The command returned nothing to print");
     return;
   }
   try {
-    const Selection selection(root, declared, options, errors);
+    const Selection selection(root, facts.declared, options, errors);
     if (errors.empty()) {
       format.print(selection, options, text);
     }
@@ -39,8 +43,8 @@ void Print(const ExactFormat& format, const DeclaredResult& declared,
 
 }  // namespace
 
-ExactFormatter::ExactFormatter(const ExactFormat& format, DeclaredResult declared)
-    : Formatter(format.name), format_(format), declared_(std::move(declared)) {}
+ExactFormatter::ExactFormatter(const ExactFormat& format, CallFacts facts)
+    : Formatter(format.name), format_(format), facts_(std::move(facts)) {}
 
 ExactFormatter::~ExactFormatter() = default;
 
@@ -52,17 +56,20 @@ void ExactFormatter::Describe() {
   for (const FormatKey& key : kCommonKeys) {
     params.push_back({std::string(key.name), key.description});
   }
-  if (format_.ownKey != nullptr) {
-    params.push_back({std::string(format_.ownKey->name), format_.ownKey->description});
+  for (const FormatKey* key : format_.ownKeys) {
+    if (key != nullptr) {
+      params.push_back({std::string(key->name), key->description});
+    }
   }
 }
 
 void ExactFormatter::Format(const std::shared_ptr<CallSpec::Output>& output,
-                            FormatParameters& parameters, AutoCli::DisplayContext& /*display*/,
+                            FormatParameters& parameters, AutoCli::DisplayContext& display,
                             std::ostream& out) {
   TextBuffer text;
   std::vector<std::string> errors;
-  Print(format_, declared_, output->GetRootObject(), parameters, text, errors);
+  const Screen screen = {display.width, &out == facts_.standardOutput};
+  Print(format_, facts_, output->GetRootObject(), parameters, screen, text, errors);
   for (const std::string& error : errors) {
     output->AddErrorMessage(error);
   }

@@ -3,10 +3,25 @@
 
 #pragma once
 
+#include <functional>
+#include <iosfwd>
+#include <string>
+
 #include "kestrel/autocli/Formatter.h"
 #include "vexil/formats/ExactFormat.h"
 
 namespace Kestrel::Formats {
+
+/// What is known about the call whose result is printed. All may be empty.
+struct CallFacts {
+  DeclaredResult declared;
+
+  /// Returns whether the user, rather than the command, has set the format parameter `key`.
+  std::function<bool(const std::string& key)> isChosen;
+
+  /// What is written to it appears on standard output at once. Null if nothing does.
+  const std::ostream* standardOutput = nullptr;
+};
 
 /// The formatter of one of the tool's formats. Unlike the formatters of the library it prints a
 /// result completely or not at all: if something is wrong with a parameter or a value, it adds
@@ -14,8 +29,8 @@ namespace Kestrel::Formats {
 class ExactFormatter : public AutoCli::Formatter {
  public:
   /// Makes a formatter without description and parameters. `format` must exist as long as the
-  /// formatter. `declared` may be empty.
-  explicit ExactFormatter(const ExactFormat& format, DeclaredResult declared = nullptr);
+  /// formatter.
+  explicit ExactFormatter(const ExactFormat& format, CallFacts facts = {});
   ~ExactFormatter() override;
 
   /// Sets the description and the parameters unless they are already set. The constructor does not
@@ -27,7 +42,7 @@ class ExactFormatter : public AutoCli::Formatter {
 
  private:
   const ExactFormat& format_;
-  DeclaredResult declared_;
+  CallFacts facts_;
 };
 
 }  // namespace Kestrel::Formats

@@ -35,11 +35,15 @@ bool IsCommon(std::string_view key) {
                      [key](const FormatKey& common) { return common.name == key; });
 }
 
-void CheckKeys(const FormatParameters& params, const FormatKey* ownKey,
+bool IsOwn(std::string_view key, const OwnKeys& ownKeys) {
+  return std::any_of(ownKeys.begin(), ownKeys.end(),
+                     [key](const FormatKey* own) { return own != nullptr && own->name == key; });
+}
+
+void CheckKeys(const FormatParameters& params, const OwnKeys& ownKeys,
                std::vector<std::string>& errors) {
   for (const auto& [key, value] : params.GetParameters()) {
-    const bool isOwn = ownKey != nullptr && ownKey->name == key;
-    if (!isOwn && !IsCommon(key) && !IsForeign(key)) {
+    if (!IsOwn(key, ownKeys) && !IsCommon(key) && !IsForeign(key)) {
       errors.push_back("Unknown format parameter: " + ShownText(key));
     }
   }
@@ -74,29 +78,47 @@ void ReadLimit(const FormatParameters& params, FormatOptions& options,
   }
 }
 
-void ReadHeader(const FormatParameters& params, FormatOptions& options,
-                std::vector<std::string>& errors) {
-  if (!params.HasParameter("header")) {
-    return;
+/// The value of `key` is one of two words: sets `isFirst` to whether it is the first. Returns false
+/// if there is no such parameter, or another value, for which a message is appended.
+bool ReadChoice(const FormatParameters& params, const FormatKey& key, const char* first,
+                const char* second, bool& isFirst, std::vector<std::string>& errors) {
+  const std::string name(key.name);
+  if (!params.HasParameter(name)) {
+    return false;
   }
-  const std::string& text = params.GetParameter("header");
-  options.hasHeader = text == "true";
-  if (!options.hasHeader && text != "false") {
-    errors.push_back("The value of header is neither true nor false: " + ShownText(text));
+  const std::string& text = params.GetParameter(name);
+  isFirst = text == first;
+  if (isFirst || text == second) {
+    return true;
+  }
+  errors.push_back("The value of " + name + " is neither " + first + " nor " + second + ": " +
+                   ShownText(text));
+  return false;
+}
+
+void ReadColor(const FormatParameters& params, FormatOptions& options,
+               std::vector<std::string>& errors) {
+  bool isAlways = false;
+  if (ReadChoice(params, kColorKey, "always", "never", isAlways, errors)) {
+    options.color = isAlways ? ColorChoice::Always : ColorChoice::Never;
   }
 }
 
 }  // namespace
 
-FormatOptions ReadFormatOptions(const FormatParameters& params, const FormatKey* ownKey,
+FormatOptions ReadFormatOptions(const FormatParameters& params, const OwnKeys& ownKeys,
                                 std::vector<std::string>& errors) {
-  CheckKeys(params, ownKey, errors);
+  CheckKeys(params, ownKeys, errors);
   FormatOptions options;
   ReadFields(params, options);
   ReadSort(params, options);
   ReadLimit(params, options, errors);
-  if (ownKey == &kHeaderKey) {
-    ReadHeader(params, options, errors);
+  if (IsOwn(kHeaderKey.name, ownKeys)) {
+    ReadChoice(params, kHeaderKey, "true", "false", options.hasHeader, errors);
+  }
+  if (IsOwn(kColorKey.name, ownKeys)) {
+    ReadColor(params, options, errors);
+    ReadChoice(params, kHumanKey, "true", "false", options.isHuman, errors);
   }
   return options;
 }

@@ -30,6 +30,24 @@ inline constexpr std::array<FormatKey, 3> kCommonKeys = {
 inline constexpr FormatKey kHeaderKey = {"header",
                                          "Omits the line with the names of the fields if 'false'"};
 
+/// The parameters of the format for people.
+inline constexpr FormatKey kColorKey = {
+    "color", "'always' prints colours also into a pipe, 'never' prints none on a terminal"};
+inline constexpr FormatKey kHumanKey = {"human",
+                                        "Prints sizes with units, such as 1.5 KiB, if 'true'"};
+
+/// The parameters that one format has beyond the common ones. The rest is null.
+using OwnKeys = std::array<const FormatKey*, 2>;
+
+/// Whether escape sequences are printed.
+enum class ColorChoice { Auto, Always, Never };
+
+/// Where a result is printed.
+struct Screen {
+  std::size_t width = 0;          ///< in columns; 0 if there is no limit
+  bool isStandardOutput = false;  ///< whether the output is written to standard output at once
+};
+
 /// What the format parameters of a call choose.
 struct FormatOptions {
   bool hasFields = false;           ///< false means all fields
@@ -39,13 +57,16 @@ struct FormatOptions {
   bool isDescending = false;
   std::size_t limit = std::numeric_limits<std::size_t>::max();  ///< the maximum number of rows
   bool hasHeader = true;
+  ColorChoice color = ColorChoice::Auto;
+  bool isHuman = false;
+  Screen screen;  ///< not from the parameters
 };
 
-/// Reads the parameters for a format that has `ownKey`, unless that is null, and the common keys.
+/// Reads the parameters for a format that has `ownKeys` and the common keys.
 ///
 /// Keys that only the formatters of the library know are ignored, because commands set them as
 /// defaults. A message is appended to `errors` for each other key and for each wrong value.
-FormatOptions ReadFormatOptions(const AutoCli::FormatParameters& params, const FormatKey* ownKey,
+FormatOptions ReadFormatOptions(const AutoCli::FormatParameters& params, const OwnKeys& ownKeys,
                                 std::vector<std::string>& errors);
 
 }  // namespace Kestrel::Formats

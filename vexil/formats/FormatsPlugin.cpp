@@ -6,7 +6,6 @@
 #include <array>
 
 #include "vexil/formats/ExactFormat.h"
-#include "vexil/formats/ExactFormatter.h"
 
 namespace Kestrel::Formats {
 
@@ -14,15 +13,16 @@ using AutoCli::Formatter;
 
 namespace {
 
-constexpr std::array<const ExactFormat*, 6> kFormats = {
-    &kCsvFormat, &kJsonUtf8Format, &kNdjsonFormat, &kTsvFormat, &kValueXmlFormat, &kYamlFormat};
+constexpr std::array<const ExactFormat*, 7> kFormats = {
+    &kCsvFormat, &kJsonUtf8Format, &kNdjsonFormat, &kPrettyFormat,
+    &kTsvFormat, &kValueXmlFormat, &kYamlFormat};
 
 }  // namespace
 
-FormatsPlugin::FormatsPlugin(const DeclaredResult& declared) : name_("Formats") {
+FormatsPlugin::FormatsPlugin(const CallFacts& facts) : name_("Formats") {
   formatters_.reserve(kFormats.size());
   for (const ExactFormat* format : kFormats) {
-    formatters_.push_back(std::make_shared<ExactFormatter>(*format, declared));
+    formatters_.push_back(std::make_shared<ExactFormatter>(*format, facts));
   }
 }
 

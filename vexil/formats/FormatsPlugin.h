@@ -4,7 +4,7 @@
 #pragma once
 
 #include "kestrel/autocli/Plugin.h"
-#include "vexil/formats/Selection.h"
+#include "vexil/formats/ExactFormatter.h"
 
 namespace Kestrel::Formats {
 
@@ -12,8 +12,8 @@ namespace Kestrel::Formats {
 /// adds no commands. Its name is "Formats".
 class FormatsPlugin : public AutoCli::Plugin {
  public:
-  /// Makes the formatters. `declared` may be empty.
-  explicit FormatsPlugin(const DeclaredResult& declared = nullptr);
+  /// Makes the formatters; there is nothing to initialise.
+  explicit FormatsPlugin(const CallFacts& facts = {});
   ~FormatsPlugin() override;
 
   void Initialize() override;

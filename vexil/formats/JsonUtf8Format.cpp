@@ -21,7 +21,7 @@ void Print(const Selection& selection, const FormatOptions& /*options*/, TextBuf
 
 }  // namespace
 
-const ExactFormat kJsonUtf8Format = {"json-utf8", "Print JSON in UTF-8 as one indented document.",
-                                     nullptr, Print};
+const ExactFormat kJsonUtf8Format = {
+    "json-utf8", "Print JSON in UTF-8 as one indented document.", true, {}, Print};
 
 }  // namespace Kestrel::Formats

@@ -18,6 +18,6 @@ void Print(const Selection& selection, const FormatOptions& /*options*/, TextBuf
 }  // namespace
 
 const ExactFormat kNdjsonFormat = {
-    "ndjson", "Print JSON in UTF-8, with a line for each element of a list.", nullptr, Print};
+    "ndjson", "Print JSON in UTF-8, with a line for each element of a list.", true, {}, Print};
 
 }  // namespace Kestrel::Formats

@@ -41,7 +41,7 @@ void Print(const Selection& selection, const FormatOptions& options, TextBuffer&
 
 }  // namespace
 
-const ExactFormat kTsvFormat = {"tsv", "Print lines of values that are separated by tabs.",
-                                &kHeaderKey, Print};
+const ExactFormat kTsvFormat = {
+    "tsv", "Print lines of values that are separated by tabs.", true, {&kHeaderKey}, Print};
 
 }  // namespace Kestrel::Formats

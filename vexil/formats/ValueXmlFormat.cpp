@@ -213,7 +213,10 @@ void Print(const Selection& selection, const FormatOptions& /*options*/, TextBuf
 }  // namespace
 
 const ExactFormat kValueXmlFormat = {
-    "value-xml", "Print an XML document in the form in which commands return results.", nullptr,
+    "value-xml",
+    "Print an XML document in the form in which commands return results.",
+    true,
+    {},
     Print};
 
 }  // namespace Kestrel::Formats

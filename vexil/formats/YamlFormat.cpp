@@ -178,6 +178,6 @@ void Print(const Selection& selection, const FormatOptions& /*options*/, TextBuf
 
 }  // namespace
 
-const ExactFormat kYamlFormat = {"yaml", "Print YAML 1.2 in block style.", nullptr, Print};
+const ExactFormat kYamlFormat = {"yaml", "Print YAML 1.2 in block style.", true, {}, Print};
 
 }  // namespace Kestrel::Formats

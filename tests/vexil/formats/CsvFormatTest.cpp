@@ -83,9 +83,8 @@ TEST(CsvFormatTest, TakesTheHeaderOfAnUnknownShapeFromTheDeclaration) {
     AutoCli::FormatParameters params = Testing::MakeParameters(parameters);
     AutoCli::DisplayContext display;
     std::ostringstream out;
-    ExactFormatter(kCsvFormat, [&declared] {
-      return declared;
-    }).Format(output, params, display, out);
+    const CallFacts facts = {[&declared] { return declared; }, nullptr, nullptr};
+    ExactFormatter(kCsvFormat, facts).Format(output, params, display, out);
     return out.str() + (output->HasError() ? output->GetErrors()[0] : "");
   };
   const auto declared = MetaList::New(MetaType::Struct, MakeVolume());

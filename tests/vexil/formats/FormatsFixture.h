@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <initializer_list>
 #include <memory>
 #include <sstream>
@@ -48,10 +49,11 @@ struct Printed {
 };
 
 inline Printed PrintWithErrors(const ExactFormat& format, const std::shared_ptr<MetaObject>& root,
-                               Parameters parameters = {}) {
+                               Parameters parameters = {}, std::uint16_t width = 0) {
   const auto output = Testing::MakeOutput(root);
   AutoCli::FormatParameters params = Testing::MakeParameters(parameters);
   AutoCli::DisplayContext display;
+  display.width = width;
   std::ostringstream out;
   ExactFormatter(format).Format(output, params, display, out);
   return {out.str(), output->GetErrors()};
@@ -59,8 +61,8 @@ inline Printed PrintWithErrors(const ExactFormat& format, const std::shared_ptr<
 
 /// Returns what a formatter writes for a result that can be printed.
 inline std::string Print(const ExactFormat& format, const std::shared_ptr<MetaObject>& root,
-                         Parameters parameters = {}) {
-  const Printed printed = PrintWithErrors(format, root, parameters);
+                         Parameters parameters = {}, std::uint16_t width = 0) {
+  const Printed printed = PrintWithErrors(format, root, parameters, width);
   EXPECT_THAT(printed.errors, IsEmpty());
   return printed.text;
 }

@@ -25,8 +25,8 @@ TEST(FormatsPluginTest, AddsItsFormattersToThoseOfTheLibrary) {
   AutoCli::Dispatcher dispatcher;
   dispatcher.RegisterPlugin(std::make_shared<FormatsPlugin>());
   EXPECT_THAT(NamesOf(dispatcher.GetFormatters()),
-              ElementsAre("commandhelp", "csv", "json", "json-utf8", "ndjson", "python", "simple",
-                          "table", "tsv", "value-xml", "xml", "yaml"));
+              ElementsAre("commandhelp", "csv", "json", "json-utf8", "ndjson", "pretty", "python",
+                          "simple", "table", "tsv", "value-xml", "xml", "yaml"));
   EXPECT_THAT(dispatcher.GetPluginNames(), ElementsAre("Internal", "Formats"));
 }
 
@@ -49,6 +49,10 @@ TEST(FormatsPluginTest, DescribesEachFormatterThatIsAskedFor) {
     EXPECT_EQ(formatter->GetParams()[2].name, "limit");
   }
   EXPECT_EQ(plugin.GetFormatter("csv")->GetParams().back().name, "header");
+  const auto& params = plugin.GetFormatter("pretty")->GetParams();
+  ASSERT_EQ(params.size(), 5u);
+  EXPECT_EQ(params[3].name, "color");
+  EXPECT_EQ(params[4].name, "human");
 }
 
 TEST(FormatsPluginTest, HasNoOtherFormatters) {
@@ -56,6 +60,22 @@ TEST(FormatsPluginTest, HasNoOtherFormatters) {
   EXPECT_FALSE(plugin.HasFormatter("json"));
   EXPECT_FALSE(plugin.HasFormatter("CSV"));
   EXPECT_EQ(plugin.GetFormatter(""), nullptr);
+}
+
+// Prints a disk with the parameter "fields", which the user or the command has set.
+std::string PrintName(const ExactFormat& format, bool isChosen) {
+  AutoCli::FormatParameters params = Testing::MakeParameters({{"fields", "Name"}});
+  AutoCli::DisplayContext display;
+  std::ostringstream out;
+  const CallFacts facts = {nullptr, [isChosen](const std::string&) { return isChosen; }, nullptr};
+  ExactFormatter(format, facts).Format(Testing::MakeOutput(MakeDisk("a", 1)), params, display, out);
+  return out.str();
+}
+
+TEST(ExactFormatterTest, IgnoresFieldsThatTheCommandChoseForPeople) {
+  EXPECT_EQ(PrintName(kNdjsonFormat, true), "{\"Name\":\"a\"}\n");
+  EXPECT_EQ(PrintName(kNdjsonFormat, false), "{\"Name\":\"a\",\"Size\":1}\n");
+  EXPECT_EQ(PrintName(kPrettyFormat, false), "Name: a\n");
 }
 
 TEST(ExactFormatterTest, WritesLargeResultsCompletely) {

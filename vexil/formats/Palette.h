@@ -1,0 +1,42 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <string_view>
+
+#include "vexil/formats/FormatOptions.h"
+
+namespace Kestrel::Formats {
+
+/// What a string means, which decides how it is printed.
+enum class Style { Plain, Name, Integer, Boolean, Good, Warning, Bad };
+
+/// The escape sequences that may be printed.
+class Palette {
+ public:
+  /// Without sequences.
+  Palette() = default;
+
+  /// Without bold and reverse there are no colours.
+  Palette(bool hasSequences, bool hasColors)
+      : hasSequences_(hasSequences), hasColors_(hasSequences && hasColors) {}
+
+  /// The palette for a call: there are sequences if standard output is a terminal that understands
+  /// them, unless `options` decides that. The environment variable NO_COLOR removes the colours.
+  static Palette For(const FormatOptions& options);
+
+  bool HasSequences() const { return hasSequences_; }
+
+  /// What begins a string of that style. Empty if it is printed as it is.
+  std::string_view Begin(Style style) const;
+
+  /// What ends it.
+  static constexpr std::string_view kEnd = "\x1b[0m";
+
+ private:
+  bool hasSequences_ = false;
+  bool hasColors_ = false;
+};
+
+}  // namespace Kestrel::Formats
