@@ -1,0 +1,25 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "FuzzInput.h"
+#include "Printed.h"
+#include "kestrel/autocli/FormatParameters.h"
+
+namespace Kestrel::Fuzz {
+
+/// Takes format parameters "key=value", one per line, up to an empty line.
+AutoCli::FormatParameters TakeParameters(FuzzInput& input);
+
+/// Takes a value, each part on a line of its own:
+///
+///   i NUMBER    b or B (false or true)    s TEXT
+///   { TYPE      a structure; its fields follow: for each, a line with the name, then a value
+///   [ KIND      a list of i, b, s or {; its elements follow
+///   }           ends the structure or list
+///
+/// Returns null if the input does not begin with a value.
+Value TakeValue(FuzzInput& input);
+
+}  // namespace Kestrel::Fuzz
