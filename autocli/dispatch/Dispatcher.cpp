@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "autocli/dispatch/CommandCall.h"
+#include "autocli/plugins/DefaultFolder.h"
 #include "autocli/plugins/PluginFiles.h"
 #include "autocli/text/Report.h"
 #include "kestrel/KestrelException.h"
@@ -24,17 +25,59 @@ namespace {
 
 constexpr const char* kDefaultDirectory = KESTREL_PLUGIN_DIR;
 
+enum class Folder { Default, Named };
+
+template <class FilePlugin>
+std::shared_ptr<Plugin> MakePlugin(const std::string& path, Folder folder) {
+  const std::shared_ptr<FilePlugin> plugin = FilePlugin::New(path);
+  if (folder == Folder::Default) {
+    DefaultFolder::Mark(*plugin);
+  }
+  return plugin;
+}
+
 // Null for a file that is not a plug-in.
-std::shared_ptr<Plugin> MakePlugin(const std::string& path) {
+std::shared_ptr<Plugin> MakePlugin(const std::string& path, Folder folder) {
   switch (KindOfPluginFile(path)) {
     case PluginFileKind::SharedLibrary:
-      return SharedLibraryPlugin::New(path);
+      return MakePlugin<SharedLibraryPlugin>(path, folder);
     case PluginFileKind::Descriptor:
-      return XmlPlugin::New(path);
+      return MakePlugin<XmlPlugin>(path, folder);
     case PluginFileKind::Other:
       break;
   }
   return nullptr;
+}
+
+void LoadPlugin(Dispatcher& dispatcher, const std::string& path, Folder folder) {
+  const std::shared_ptr<Plugin> plugin = MakePlugin(path, folder);
+  if (plugin == nullptr) {
+    return;
+  }
+  plugin->Initialize();
+  dispatcher.RegisterPlugin(plugin);
+}
+
+void LoadFolder(Dispatcher& dispatcher, const std::string& dir, bool reportMissing, Folder folder) {
+  const std::optional<std::vector<std::string>> paths = ListDirectory(dir);
+  if (!paths.has_value()) {
+    if (reportMissing) {
+      Report("Unable to open directory " + dir + " for plugin registration");
+    }
+    return;
+  }
+  for (const std::string& path : *paths) {
+    try {
+      LoadPlugin(dispatcher, path, folder);
+    } catch (const KestrelException& error) {
+      Report("Error loading plugin " + path + " skipping.  Error was: " + error.what());
+    }
+  }
+}
+
+void LoadFolders(Dispatcher& dispatcher, const std::string& dir, Folder folder) {
+  LoadFolder(dispatcher, dir + "/lib64", false, folder);
+  LoadFolder(dispatcher, dir, true, folder);
 }
 
 // Whether destroying the plug-in unloads code.
@@ -61,41 +104,20 @@ Dispatcher::~Dispatcher() = default;
 
 std::shared_ptr<RootNamespace> Dispatcher::GetRootNamespace() const { return root_; }
 
-void Dispatcher::AddPlugin(const std::string& path) {
-  const std::shared_ptr<Plugin> plugin = MakePlugin(path);
-  if (plugin == nullptr) {
-    return;
-  }
-  plugin->Initialize();
-  RegisterPlugin(plugin);
-}
+void Dispatcher::AddPlugin(const std::string& path) { LoadPlugin(*this, path, Folder::Named); }
 
 void Dispatcher::AddExternalDirectory(const std::string& dir) {
-  AddExternalDirectoryInt(dir + "/lib64", false);
-  AddExternalDirectoryInt(dir, true);
+  LoadFolders(*this, dir, Folder::Named);
 }
 
 void Dispatcher::AddExternalDirectoryInt(const std::string& dir, bool reportMissing) {
-  const std::optional<std::vector<std::string>> paths = ListDirectory(dir);
-  if (!paths.has_value()) {
-    if (reportMissing) {
-      Report("Unable to open directory " + dir + " for plugin registration");
-    }
-    return;
-  }
-  for (const std::string& path : *paths) {
-    try {
-      AddPlugin(path);
-    } catch (const KestrelException& error) {
-      Report("Error loading plugin " + path + " skipping.  Error was: " + error.what());
-    }
-  }
+  LoadFolder(*this, dir, reportMissing, Folder::Named);
 }
 
 void Dispatcher::AddDefaultDirectories() {
   const std::string dir = kDefaultDirectory;
-  AddExternalDirectory(dir);
-  AddExternalDirectory(dir + "/ext");
+  LoadFolders(*this, dir, Folder::Default);
+  LoadFolders(*this, dir + "/ext", Folder::Default);
 }
 
 void Dispatcher::RegisterPlugin(std::shared_ptr<Plugin> plugin) {

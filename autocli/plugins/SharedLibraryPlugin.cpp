@@ -5,10 +5,14 @@
 
 #include <dlfcn.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <cstddef>
 #include <utility>
 
+#include "autocli/plugins/CheckedFile.h"
 #include "autocli/plugins/SharedObjectFile.h"
+#include "autocli/text/SystemError.h"
 #include "kestrel/KestrelException.h"
 
 namespace Kestrel::AutoCli {
@@ -31,6 +35,54 @@ bool IsKnownNotToBeAFile(const std::string& path) {
   return HasFolder(path) && stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
 }
 
+/// Where the loader finds a shared object.
+struct ObjectFile {
+  FileDescriptor descriptor;  // of the checked file; none if nothing is checked
+  std::string name;
+};
+
+[[noreturn]] void Refuse(const std::string& path, const std::string& reason) {
+  throw KestrelException("Unable to load plugin from " + path + " : " + reason);
+}
+
+CheckedFile OpenChecked(const std::string& path) {
+  try {
+    return OpenCheckedFile(path);
+  } catch (const KestrelException& error) {
+    Refuse(path, error.what());
+  }
+}
+
+// The loader does not open an object whose name it knows, even if that name means another file by
+// now, and the number of a closed descriptor is used again. So each name has one slash more.
+std::string NameForLoader(const FileDescriptor& descriptor) {
+  static std::size_t slashes = 0;
+  return "/proc/self/fd" + std::string(++slashes, '/') + std::to_string(descriptor.Get());
+}
+
+ObjectFile FindObject(const std::string& path, bool isInDefaultFolder) {
+  if (!HasFolder(path) || !IsTrustRequired(isInDefaultFolder)) {
+    return {FileDescriptor(), path};
+  }
+  CheckedFile file = OpenChecked(path);
+  if (!file.descriptor.IsOpen()) {
+    Refuse(path, path + ": cannot open shared object file: " + SystemErrorText(file.error));
+  }
+  const std::string name = NameForLoader(file.descriptor);
+  return {std::move(file.descriptor), name};
+}
+
+// The loader's message, with the path of the plug-in in place of the object's name.
+std::string LoaderError(const std::string& name, const std::string& path) {
+  std::string text = LoaderError();
+  std::size_t at = text.find(name);
+  while (at != std::string::npos && name != path) {
+    text.replace(at, name.size(), path);
+    at = text.find(name, at + path.size());
+  }
+  return text;
+}
+
 }  // namespace
 
 void SharedLibraryPlugin::LibraryCloser::operator()(void* handle) const { dlclose(handle); }
@@ -45,25 +97,31 @@ SharedLibraryPlugin::SharedLibraryPlugin(const std::string& path, FactoryFlag /*
 SharedLibraryPlugin::~SharedLibraryPlugin() = default;
 
 void SharedLibraryPlugin::Initialize() {
-  if (IsKnownNotToBeAFile(path_)) {
-    throw KestrelException("Unable to load plugin from " + path_ + " : not a regular file");
+  ObjectFile file = FindObject(path_, isInDefaultFolder_);
+  if (IsKnownNotToBeAFile(file.name)) {
+    Refuse(path_, "not a regular file");
   }
-  if (HasFolder(path_) && IsSharedObjectCutShort(path_)) {
-    throw KestrelException("Unable to load plugin from " + path_ + " : " + path_ +
-                           ": file too short");
+  if (HasFolder(path_) && IsSharedObjectCutShort(file.name)) {
+    Refuse(path_, path_ + ": file too short");
   }
-  LibraryHandle handle(dlopen(path_.c_str(), RTLD_LAZY | RTLD_GLOBAL));
+  // The loader derives $ORIGIN from the name. Only those who are trusted could have made the path
+  // mean another file since it was checked.
+  if (file.descriptor.IsOpen() && UsesOrigin(file.name)) {
+    file.name = path_;
+  }
+  LibraryHandle handle(dlopen(file.name.c_str(), RTLD_LAZY | RTLD_GLOBAL));
   if (handle == nullptr) {
-    throw KestrelException("Unable to load plugin from " + path_ + " : " + LoaderError());
+    Refuse(path_, LoaderError(file.name, path_));
   }
   dlerror();  // clears a message that an earlier call of other code has left
   void* const symbol = dlsym(handle.get(), kEntryPoint);
   if (symbol == nullptr) {
     // The message is made before the handle is closed, which would replace the loader's text.
     throw KestrelException("Unable to get plugin registration point from " + path_ + " : " +
-                           LoaderError());
+                           LoaderError(file.name, path_));
   }
   handle_ = std::move(handle);
+  file_ = std::make_shared<FileDescriptor>(std::move(file.descriptor));
   registerFunction_ = reinterpret_cast<RegisterFunction>(symbol);
 }
 

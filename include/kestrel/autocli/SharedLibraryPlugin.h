@@ -12,6 +12,8 @@
 
 namespace Kestrel::AutoCli {
 
+class FileDescriptor;
+
 /// A plug-in in a shared object. It registers its namespaces and commands through the entry point
 /// that PluginEntryPoint.h declares, and has no formatters.
 ///
@@ -41,7 +43,8 @@ class KESTREL_API SharedLibraryPlugin : public Plugin {
   ///
   /// Throws KestrelException with the loader's message when either fails; the file is closed then.
   /// Also throws it for a path with "/" that names something other than a regular file, or a file
-  /// that was cut short, which would crash the loader.
+  /// that was cut short, which would crash the loader; and for a file that the process does not
+  /// trust, where it checks that (see Dispatcher::AddDefaultDirectories).
   void Initialize() override;
 
   /// Returns the path of the file.
@@ -61,12 +64,16 @@ class KESTREL_API SharedLibraryPlugin : public Plugin {
   const std::vector<std::shared_ptr<Formatter>>& GetFormatters() override;
 
  private:
+  friend struct DefaultFolder;
+
   struct LibraryCloser {
     void operator()(void* handle) const;
   };
   using LibraryHandle = std::unique_ptr<void, LibraryCloser>;
 
   std::string path_;
+  bool isInDefaultFolder_ = false;
+  std::shared_ptr<const FileDescriptor> file_;  // keeps the loader's name of a checked file valid
   LibraryHandle handle_;
   RegisterFunction registerFunction_ = nullptr;
 };

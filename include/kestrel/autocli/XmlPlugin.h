@@ -37,7 +37,9 @@ class KESTREL_API XmlPlugin : public Plugin {
   ~XmlPlugin() override;
 
   /// Reads the descriptor. Throws KestrelException, with the path and the fault in the message,
-  /// when it cannot be parsed or is invalid; what was read before the fault stays in the object.
+  /// when it cannot be parsed, is invalid, or is a file that the process does not trust, where it
+  /// checks that (see Dispatcher::AddDefaultDirectories). What was read before the fault stays in
+  /// the object. Nothing is fetched from a network.
   void Initialize() override;
 
   /// Returns the path of the descriptor.
@@ -69,10 +71,13 @@ class KESTREL_API XmlPlugin : public Plugin {
   void AddCommand(const xmlNode* node);
 
  private:
+  friend struct DefaultFolder;
+
   void ReadRoot(const xmlNode* root);
   static std::shared_ptr<ExtensionCommand> ReadCommand(const xmlNode* node);
 
   std::string path_;
+  bool isInDefaultFolder_ = false;
   std::vector<std::pair<std::string, std::shared_ptr<NamespaceNode>>> registrations_;
 };
 

@@ -118,5 +118,74 @@ TEST(SharedObjectFileTest, AFileThatCannotBeReadIsLeftToTheLoader) {
   EXPECT_FALSE(IsSharedObjectCutShort(dir.MakeDirectory("folder.so")));
 }
 
+constexpr std::uint64_t kAddress = 0x1000;  // of the beginning of the file in memory
+
+template <class Value>
+void Append(std::string& text, const Value& value) {
+  text.append(reinterpret_cast<const char*>(&value), sizeof value);
+}
+
+/// Makes a shared object whose entry for the loader with the tag `tag` is the string `value`.
+std::string MakeDynamicObject(std::int64_t tag, const std::string& value) {
+  constexpr std::size_t kCount = 3;
+  constexpr std::size_t kEntryPlace = kSegmentPlace + 2 * sizeof(ElfW(Phdr));
+  constexpr std::size_t kStringPlace = kEntryPlace + kCount * sizeof(ElfW(Dyn));
+  ElfW(Ehdr) header = ReadOwnHeader();
+  header.e_type = ET_DYN;
+  header.e_phoff = kSegmentPlace;
+  header.e_phentsize = sizeof(ElfW(Phdr));
+  header.e_phnum = 2;
+  ElfW(Phdr) load = {};
+  load.p_type = PT_LOAD;
+  load.p_vaddr = kAddress;
+  load.p_filesz = kStringPlace + 1 + value.size() + 1;
+  ElfW(Phdr) dynamic = {};
+  dynamic.p_type = PT_DYNAMIC;
+  dynamic.p_offset = kEntryPlace;
+  dynamic.p_filesz = kCount * sizeof(ElfW(Dyn));
+  std::string text;
+  Append(text, header);
+  Append(text, load);
+  Append(text, dynamic);
+  Append(text, ElfW(Dyn){tag, {1}});
+  Append(text, ElfW(Dyn){DT_STRTAB, {kAddress + kStringPlace}});
+  Append(text, ElfW(Dyn){DT_NULL, {0}});
+  return text.append(1, '\0').append(value).append(1, '\0');
+}
+
+bool UsesOriginIn(const std::string& text) {
+  const ScopedTempDir dir;
+  return UsesOrigin(dir.Write("x.so", text));
+}
+
+TEST(SharedObjectFileTest, FindsOriginInEachNameOfLibraries) {
+  for (const std::int64_t tag : {DT_NEEDED, DT_RPATH, DT_RUNPATH, DT_AUXILIARY, DT_FILTER}) {
+    EXPECT_TRUE(UsesOriginIn(MakeDynamicObject(tag, "$ORIGIN/lib"))) << tag;
+    EXPECT_TRUE(UsesOriginIn(MakeDynamicObject(tag, "/lib:${ORIGIN}"))) << tag;
+    EXPECT_FALSE(UsesOriginIn(MakeDynamicObject(tag, "/lib"))) << tag;
+  }
+  EXPECT_FALSE(UsesOriginIn(MakeDynamicObject(DT_SONAME, "$ORIGIN")));
+}
+
+TEST(SharedObjectFileTest, AFileCutAnywhereDoesNotUseOrigin) {
+  const std::string text = MakeDynamicObject(DT_RUNPATH, "$ORIGIN");
+  for (std::size_t size = 0; size < text.size() - 2; ++size) {
+    EXPECT_FALSE(UsesOriginIn(text.substr(0, size))) << size;
+  }
+}
+
+TEST(SharedObjectFileTest, AnObjectWithoutStringsDoesNotUseOrigin) {
+  EXPECT_FALSE(UsesOriginIn(MakeObject({PT_LOAD, 0, 1000}, 1000)));
+  EXPECT_FALSE(UsesOriginIn(MakeObject({PT_DYNAMIC, UINT64_MAX - 1, UINT64_MAX}, 1000)));
+  std::string text = MakeDynamicObject(DT_RUNPATH, "$ORIGIN");
+  const std::size_t address =
+      text.find("$ORIGIN") - 1 - 2 * sizeof(ElfW(Dyn)) + sizeof(ElfW(Sxword));
+  text[address + 4] = 1;  // 4 GB after the end
+  EXPECT_FALSE(UsesOriginIn(text));
+  text[address + 1] = 0;  // before the beginning
+  text[address + 4] = 0;
+  EXPECT_FALSE(UsesOriginIn(text));
+}
+
 }  // namespace
 }  // namespace Kestrel::AutoCli

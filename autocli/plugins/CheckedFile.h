@@ -1,0 +1,31 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <string>
+
+#include "autocli/process/FileDescriptor.h"
+
+namespace Kestrel::AutoCli {
+
+/// A file that has passed the checks.
+struct CheckedFile {
+  FileDescriptor descriptor;  ///< Refers to the file, and cannot read it; none after an error.
+  int error = 0;              ///< Why there is no descriptor, an errno value.
+};
+
+/// Opens the file at `path` and checks it, each folder and each symbolic link on the way to it, by
+/// the policy in TrustPolicy.h. Each of them is opened once, and what is opened is what is checked.
+///
+/// Throws KestrelException when something is not trusted, and when there is no /proc, without which
+/// the file cannot be opened by its descriptor.
+CheckedFile OpenCheckedFile(const std::string& path);
+
+/// Whether this process checks a plug-in before it loads it.
+bool IsTrustRequired(bool isInDefaultFolder);
+
+/// A path that opens the same file as `descriptor`, as long as it is open.
+std::string PathOfDescriptor(int descriptor);
+
+}  // namespace Kestrel::AutoCli

@@ -1,0 +1,157 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+// The folder of temporary files is assumed to be trusted: it and those above it belong to root and
+// are sticky if all may write them. As root, this program and its files must belong to root; as a
+// user, to that user.
+
+#include "autocli/plugins/CheckedFile.h"
+
+#include <errno.h>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "kestrel/KestrelException.h"
+#include "support/ScopedTempDir.h"
+
+namespace Kestrel::AutoCli {
+namespace {
+
+using Testing::ScopedTempDir;
+using ::testing::ThrowsMessage;
+
+namespace fs = std::filesystem;
+
+std::string Read(const CheckedFile& file) {
+  std::ifstream in(PathOfDescriptor(file.descriptor.Get()));
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+class CheckedFileTest : public ::testing::Test {
+ protected:
+  CheckedFileTest() : file_(folder_.Write("inner/file", "text")) {
+    SetMode(file_, 0644);
+    SetMode(Inner(), 0755);
+  }
+
+  void SetUp() override {
+    try {
+      ASSERT_TRUE(OpenCheckedFile(file_).descriptor.IsOpen());
+    } catch (const KestrelException& error) {
+      GTEST_SKIP() << "The files of this test are not trusted: " << error.what();
+    }
+  }
+
+  static void SetMode(const std::string& path, mode_t mode) {
+    ASSERT_EQ(chmod(path.c_str(), mode), 0);
+  }
+
+  std::string Inner() const { return folder_.GetPath("inner"); }
+
+  static void ExpectRefused(const std::string& path, const std::string& reason) {
+    EXPECT_THAT([&] { OpenCheckedFile(path); }, ThrowsMessage<KestrelException>(reason));
+  }
+
+  ScopedTempDir folder_;
+  std::string file_;
+};
+
+TEST_F(CheckedFileTest, OpensAFileByEachPathToIt) {
+  for (const std::string& path :
+       {file_, "/" + file_, Inner() + "//./file", Inner() + "/../inner/file", "/../.." + file_}) {
+    EXPECT_EQ(Read(OpenCheckedFile(path)), "text") << path;
+  }
+}
+
+TEST_F(CheckedFileTest, OpensARelativePathInTheWorkingFolder) {
+  const fs::path before = fs::current_path();
+  fs::current_path(folder_.GetPath());
+  const std::string text = Read(OpenCheckedFile("inner/file"));
+  fs::current_path(before);
+  EXPECT_EQ(text, "text");
+}
+
+TEST_F(CheckedFileTest, FollowsLinks) {
+  fs::create_symlink("inner", folder_.GetPath("relative"));
+  fs::create_symlink(Inner(), folder_.GetPath("absolute"));
+  fs::create_symlink("../absolute/./file", folder_.GetPath("inner/link"));
+  for (const char* const name : {"relative/file", "absolute/file", "inner/link", "relative/link"}) {
+    EXPECT_EQ(Read(OpenCheckedFile(folder_.GetPath(name))), "text") << name;
+  }
+}
+
+TEST_F(CheckedFileTest, NamesWhatIsNotTrustedWithoutLinks) {
+  fs::create_symlink("inner", folder_.GetPath("link"));
+  SetMode(file_, 0664);
+  ExpectRefused(folder_.GetPath("link/file"), file_ + " can be written by its group");
+  SetMode(Inner(), 0757);
+  ExpectRefused(folder_.GetPath("link/../link/file"), Inner() + " can be written by every user");
+}
+
+TEST_F(CheckedFileTest, AcceptsAStickyFolder) {
+  SetMode(Inner(), 01777);
+  EXPECT_EQ(Read(OpenCheckedFile(file_)), "text");
+}
+
+TEST_F(CheckedFileTest, RefusesAFileOfAnotherUser) {
+  if (geteuid() != 0) {
+    GTEST_SKIP() << "Only root can give a file away.";
+  }
+  ASSERT_EQ(chown(file_.c_str(), 4711, 0), 0);
+  ExpectRefused(file_,
+                file_ + " belongs to user 4711, who is neither root nor the owner of this program");
+}
+
+TEST_F(CheckedFileTest, KeepsTheFileThatItHasChecked) {
+  const CheckedFile file = OpenCheckedFile(file_);
+  fs::rename(file_, folder_.GetPath("moved"));
+  folder_.Write("inner/file", "other text");
+  EXPECT_EQ(Read(file), "text");
+}
+
+TEST_F(CheckedFileTest, ReportsWhyThereIsNoFile) {
+  const auto error = [this](const std::string& name) {
+    const CheckedFile file = OpenCheckedFile(folder_.GetPath(name));
+    EXPECT_FALSE(file.descriptor.IsOpen());
+    return file.error;
+  };
+  fs::create_symlink("nothing", folder_.GetPath("dangling"));
+  fs::create_symlink("loop", folder_.GetPath("loop"));
+  EXPECT_EQ(error("missing"), ENOENT);
+  EXPECT_EQ(error("missing/file"), ENOENT);
+  EXPECT_EQ(error("dangling"), ENOENT);
+  EXPECT_EQ(error("inner/file/more"), ENOTDIR);
+  EXPECT_EQ(error("loop"), ELOOP);
+  EXPECT_EQ(error(std::string(300, 'x')), ENAMETOOLONG);
+}
+
+TEST_F(CheckedFileTest, FollowsFortyLinksAndNotMore) {
+  fs::create_symlink("inner/file", folder_.GetPath("0"));
+  for (int i = 1; i <= 40; ++i) {
+    fs::create_symlink(std::to_string(i - 1), folder_.GetPath(std::to_string(i)));
+  }
+  EXPECT_EQ(Read(OpenCheckedFile(folder_.GetPath("39"))), "text");
+  EXPECT_EQ(OpenCheckedFile(folder_.GetPath("40")).error, ELOOP);
+}
+
+TEST_F(CheckedFileTest, LeavesNoDescriptorOpen) {
+  const auto count = [] {
+    return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+  };
+  fs::create_symlink("inner", folder_.GetPath("link"));
+  const auto before = count();
+  OpenCheckedFile(folder_.GetPath("link/file"));
+  OpenCheckedFile(folder_.GetPath("link/missing"));
+  SetMode(file_, 0666);
+  EXPECT_THROW(OpenCheckedFile(folder_.GetPath("link/file")), KestrelException);
+  EXPECT_EQ(count(), before);
+}
+
+}  // namespace
+}  // namespace Kestrel::AutoCli
