@@ -3,7 +3,9 @@
 
 #include "kestrel/autocli/XmlPlugin.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 
@@ -12,6 +14,7 @@
 #include "autocli/descriptors/XmlLimits.h"
 #include "autocli/descriptors/XmlNode.h"
 #include "autocli/descriptors/XmlTree.h"
+#include "autocli/plugins/CheckedFile.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/XmlUtil.h"
 
@@ -19,16 +22,34 @@ namespace Kestrel::AutoCli {
 
 namespace {
 
-/// False for a device or a pipe, which could block the start. True for a path that names nothing:
-/// the parser reports that.
-bool IsReadableFile(const std::string& path) {
-  struct stat status;
-  return stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode);
+/// False for a device or a pipe, which could block the start.
+bool IsRegularFile(const FileDescriptor& file) {
+  struct stat status = {};
+  return fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
-XmlDocument ParseDescriptor(const std::string& path) {
+XmlDocument ReadCheckedFile(const std::string& path) {
+  const CheckedFile file = OpenCheckedFile(path);
+  if (!file.descriptor.IsOpen()) {
+    ReportMissingXmlFile(path);
+    return nullptr;
+  }
+  return IsRegularFile(file.descriptor) ? ParseXmlFile(file.descriptor, path) : nullptr;
+}
+
+XmlDocument ReadAnyFile(const std::string& path) {
+  const FileDescriptor file(open(path.c_str(), O_PATH | O_CLOEXEC));
+  if (file.IsOpen() && !IsRegularFile(file)) {
+    return nullptr;
+  }
+  const bool isReadable = file.IsOpen() && access(PathOfDescriptor(file.Get()).c_str(), R_OK) == 0;
+  return isReadable ? ParseXmlFile(file, path) : ParseXmlFile(path);
+}
+
+XmlDocument ParseDescriptor(const std::string& path, bool isInDefaultFolder) {
   LIBXML_TEST_VERSION
-  XmlDocument document = IsReadableFile(path) ? ParseXmlFile(path) : nullptr;
+  XmlDocument document =
+      IsTrustRequired(isInDefaultFolder) ? ReadCheckedFile(path) : ReadAnyFile(path);
   if (document == nullptr || xmlDocGetRootElement(document.get()) == nullptr) {
     throw KestrelException("Unable to parse XML descriptor: " + path);
   }
@@ -55,7 +76,7 @@ XmlPlugin::~XmlPlugin() = default;
 
 void XmlPlugin::Initialize() {
   try {
-    const XmlDocument document = ParseDescriptor(path_);
+    const XmlDocument document = ParseDescriptor(path_, isInDefaultFolder_);
     const xmlNode* const root = xmlDocGetRootElement(document.get());
     RefuseLargeExpansion(root);
     ReadRoot(root);

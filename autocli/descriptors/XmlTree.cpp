@@ -5,6 +5,9 @@
 
 #include <libxml/SAX2.h>
 #include <libxml/parserInternals.h>
+#include <libxml/uri.h>
+#include <strings.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <exception>
@@ -15,6 +18,7 @@
 #include "autocli/descriptors/XmlLimits.h"
 #include "autocli/descriptors/XmlProlog.h"
 #include "autocli/descriptors/XmlStartTag.h"
+#include "autocli/plugins/CheckedFile.h"
 #include "kestrel/KestrelException.h"
 
 namespace Kestrel::AutoCli {
@@ -23,6 +27,12 @@ namespace {
 
 constexpr const char* kIncomplete =
     "The document is incomplete: out of memory, or text of more than 10 MB";
+
+struct FreeXmlString {
+  void operator()(xmlChar* text) const { xmlFree(text); }
+};
+
+using XmlString = std::unique_ptr<xmlChar, FreeXmlString>;
 
 /// Makes the tree of a document, and stops the parser when the document exceeds a limit.
 ///
@@ -168,7 +178,19 @@ bool SetInput(xmlParserCtxt& parser, xmlParserInput* input) {
   if (input == nullptr || inputPush(&parser, input) < 0) {
     return false;
   }
-  return xmlCtxtUseOptions(&parser, 0) == 0;
+  return xmlCtxtUseOptions(&parser, XML_PARSE_NONET) == 0;
+}
+
+XmlDocument ParseFromInput(XmlParser parser, const XmlDiagnostics& diagnostics) {
+  LimitedParser limited(std::move(parser));
+  limited.CheckEachRead();
+  return limited.Parse(diagnostics);
+}
+
+/// Whether libxml2 would fetch `path`.
+bool IsOnNetwork(const std::string& path) {
+  return strncasecmp(path.c_str(), "http://", 7) == 0 ||
+         strncasecmp(path.c_str(), "ftp://", 6) == 0;
 }
 
 }  // namespace
@@ -195,16 +217,39 @@ XmlDocument ParseXmlText(std::string_view text, const char* name) {
   return limited.Parse(diagnostics);
 }
 
-XmlDocument ParseXmlFile(const std::string& path) {
+XmlDocument ParseXmlFile(const FileDescriptor& file, const std::string& path) {
   const XmlDiagnostics diagnostics(XmlDiagnostics::Mode::Forwarded);
-  XmlParser parser(xmlNewParserCtxt());
-  if (parser == nullptr ||
-      !SetInput(*parser, xmlLoadExternalEntity(path.c_str(), nullptr, parser.get()))) {
+  // By a path, because libxml2 expands a compressed file only then.
+  const std::string name = PathOfDescriptor(file.Get());
+  XmlParser parser =
+      MakeXmlParser(xmlParserInputBufferCreateFilename(name.c_str(), XML_CHAR_ENCODING_NONE));
+  if (parser == nullptr) {
     return nullptr;
   }
-  LimitedParser limited(std::move(parser));
-  limited.CheckEachRead();
-  return limited.Parse(diagnostics);
+  parser->input->filename = AsChars(xmlCanonicPath(AsXmlChars(path.c_str())));
+  return ParseFromInput(std::move(parser), diagnostics);
+}
+
+XmlDocument ParseXmlFile(const std::string& path) {
+  if (IsOnNetwork(path)) {
+    ReportMissingXmlFile(path);
+    return nullptr;
+  }
+  const XmlDiagnostics diagnostics(XmlDiagnostics::Mode::Forwarded);
+  XmlParser parser(xmlNewParserCtxt());
+  const XmlString name(xmlCanonicPath(AsXmlChars(path.c_str())));
+  // Not `xmlLoadExternalEntity`: that looks for the name in catalogs, which may be on a network.
+  if (parser == nullptr || name == nullptr ||
+      !SetInput(*parser, xmlNewInputFromFile(parser.get(), AsChars(name.get())))) {
+    return nullptr;
+  }
+  return ParseFromInput(std::move(parser), diagnostics);
+}
+
+void ReportMissingXmlFile(const std::string& path) {
+  const XmlDiagnostics diagnostics(XmlDiagnostics::Mode::Forwarded);
+  xmlGenericError(xmlGenericErrorContext, "I/O warning : failed to load external entity \"%s\"\n",
+                  path.c_str());
 }
 
 XmlParser MakeXmlParser(xmlParserInputBuffer* buffer) {

@@ -9,16 +9,24 @@
 #include <string_view>
 
 #include "autocli/descriptors/XmlDocument.h"
+#include "autocli/process/FileDescriptor.h"
 
 namespace Kestrel::AutoCli {
 
 // Parse a document as `xmlReadMemory` and `xmlReadFile` do without options. Return null when it is
 // not well-formed or cannot be read. Throw KestrelException when memory runs out, and for a
-// document that exceeds a limit (see XmlLimits.h).
+// document that exceeds a limit (see XmlLimits.h). Nothing is fetched from a network.
 
 /// `name` is the name of the document in diagnostics.
 XmlDocument ParseXmlText(std::string_view text, const char* name);
+/// Reads an open file; `path` is its name in diagnostics.
+XmlDocument ParseXmlFile(const FileDescriptor& file, const std::string& path);
+/// For a path that cannot be opened: libxml2 may understand it otherwise, and reports why it cannot
+/// open it either. A path that libxml2 would fetch from a network is missing.
 XmlDocument ParseXmlFile(const std::string& path);
+
+/// Sends the diagnostic for a file that does not exist.
+void ReportMissingXmlFile(const std::string& path);
 
 /// Returns a parser that reads from `buffer` and owns it. Null when memory runs out or `buffer` is
 /// null.
