@@ -16,10 +16,14 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "autocli/process/ProcessRights.h"
 #include "kestrel/Version.h"
 #include "kestrel/autocli/CliDispatcher.h"
+#include "kestrel/autocli/OptionParser.h"
 #include "vexil/Advice.h"
+#include "vexil/ForeignRights.h"
 #include "vexil/Session.h"
 #include "vexil/TerminalFormatter.h"
 
@@ -85,6 +89,22 @@ void CheckStandardOutput() {
   }
 }
 
+// The user of a process with more rights than their own does not choose what it reads.
+void RestrictUser(int argc, char** argv) {
+  Kestrel::Vexil::CleanEnvironment();
+  Kestrel::AutoCli::OptionParser parser;
+  parser.ParseArgv(argc, argv);
+  const std::vector<std::string> refusals = Kestrel::Vexil::RefuseOptions(parser);
+  if (refusals.empty()) {
+    return;
+  }
+  Kestrel::Vexil::PrintMessage("Errors: ");
+  for (const std::string& refusal : refusals) {
+    Kestrel::Vexil::PrintMessage(refusal);
+  }
+  std::exit(EXIT_FAILURE);
+}
+
 // Together with other words, --version is an option that the dispatcher does not know.
 bool IsVersionWanted(int argc, char** argv) {
   return argc == 2 && std::string_view(argv[1]) == "--version";
@@ -109,6 +129,9 @@ int main(int argc, char** argv) {
   OccupyStandardDescriptors();
   ResetSignals();
   std::atexit(CheckStandardOutput);
+  if (Kestrel::AutoCli::HasForeignRights(Kestrel::AutoCli::GetProcessRights())) {
+    RestrictUser(argc, argv);
+  }
   if (IsVersionWanted(argc, argv)) {
     std::puts("vexil " KESTREL_VERSION_STRING);
     return EXIT_SUCCESS;

@@ -1,0 +1,65 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <sys/types.h>
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "support/VexilRun.h"
+
+namespace Kestrel::Testing {
+
+/// Why the tool cannot run in a throw-away root on this machine; nothing if it can.
+std::optional<std::string> WhyNoThrowAwayRoot();
+
+/// A run of the tool in a root folder of its own, in which every file may belong to anyone. The
+/// folder exists in memory and in the mounts of the run only.
+///
+/// It contains the tool, the library and an empty default folder for plug-ins where this build has
+/// them; shared objects in /samples; /usr of this machine, which is read-only; /dev, /proc and
+/// /tmp. What is not of this machine belongs to root.
+class ThrowAwayRoot {
+ public:
+  /// `prepare` is called as root, in the new root, before the tool starts.
+  explicit ThrowAwayRoot(std::function<void()> prepare) : prepare_(std::move(prepare)) {}
+
+  /// The real and the effective user of the process that starts the tool; root by default. Its
+  /// groups have the number of the real user.
+  ThrowAwayRoot& As(uid_t real, uid_t effective);
+
+  /// Sets a variable of the environment, which is otherwise empty.
+  ThrowAwayRoot& WithEnvironment(const std::string& name, const std::string& value);
+
+  ThrowAwayRoot& WithoutProc();
+
+  VexilResult Run(const std::vector<std::string>& arguments) const;
+
+ private:
+  void Enter(const std::string& folder) const;
+  [[noreturn]] void Exec(const std::vector<std::string>& arguments) const;
+
+  std::function<void()> prepare_;
+  uid_t real_ = 0;
+  uid_t effective_ = 0;
+  std::map<std::string, std::string> environment_;
+  bool hasProc_ = true;
+};
+
+// What a preparation does. Each ends the run when it fails.
+
+void Own(const std::string& path, uid_t user, gid_t group = 0);  // of a link, not of its target
+void SetMode(const std::string& path, mode_t mode);
+void MakeLink(const std::string& target, const std::string& path);
+void MakeFolder(const std::string& path);
+void MakePipe(const std::string& path);
+void WriteFile(const std::string& path, const std::string& text);
+void Move(const std::string& from, const std::string& to);
+
+}  // namespace Kestrel::Testing

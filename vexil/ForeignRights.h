@@ -1,0 +1,22 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "kestrel/autocli/OptionParser.h"
+
+// What the tool does when it has rights that the user who started it does not have.
+
+namespace Kestrel::Vexil {
+
+/// Removes all variables from the environment but the language, the terminal and the time zone, and
+/// sets PATH to the folders of the system. Others may not write the files that the tool creates.
+void CleanEnvironment();
+
+/// Returns a message for each dispatcher option of `parser` that names files of the user.
+std::vector<std::string> RefuseOptions(const AutoCli::OptionParser& parser);
+
+}  // namespace Kestrel::Vexil
