@@ -17,10 +17,14 @@ bool BelongsToUser(const struct stat& status) {
   return status.st_uid == 0 || status.st_uid == geteuid();
 }
 
+bool IsWrittenByOwnerOnly(const struct stat& status) {
+  return (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+}
+
 bool IsTrustedFolder(const std::string& folder) {
   struct stat status = {};
   return stat(folder.c_str(), &status) == 0 && BelongsToUser(status) &&
-         ((status.st_mode & S_IWOTH) == 0 || (status.st_mode & S_ISVTX) != 0);
+         (IsWrittenByOwnerOnly(status) || (status.st_mode & S_ISVTX) != 0);
 }
 
 bool AreFoldersTrusted(std::string path) {
@@ -48,8 +52,7 @@ bool IsTrustedFile(const std::string& path) {
   const std::unique_ptr<char, Free> real(realpath(path.c_str(), nullptr));
   struct stat status = {};
   return real != nullptr && stat(real.get(), &status) == 0 && S_ISREG(status.st_mode) &&
-         BelongsToUser(status) && (status.st_mode & (S_IWGRP | S_IWOTH)) == 0 &&
-         AreFoldersTrusted(real.get());
+         BelongsToUser(status) && IsWrittenByOwnerOnly(status) && AreFoldersTrusted(real.get());
 }
 
 }  // namespace Kestrel::Complete

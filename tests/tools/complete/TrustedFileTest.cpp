@@ -51,8 +51,10 @@ TEST_F(TrustedFileTest, DoesNotBelongToAnotherUser) {
 }
 
 TEST_F(TrustedFileTest, IsInFoldersThatOnlyItsOwnerCanWrite) {
-  chmod(folder_.GetPath().c_str(), 0777);
-  EXPECT_FALSE(IsTrustedFile(file_));
+  for (const mode_t mode : {0777, 0775, 0757}) {
+    chmod(folder_.GetPath().c_str(), mode);
+    EXPECT_FALSE(IsTrustedFile(file_)) << mode;
+  }
   chmod(folder_.GetPath().c_str(), 01777);
   EXPECT_TRUE(IsTrustedFile(file_));
 }
