@@ -1,12 +1,13 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Checks that every test named in docs/decisions exists.
+"""Checks that every test named in docs/decisions and docs/security.md exists.
 
     check_oddities.py [ROOT]
 
-A page names a test as `SuiteTest.Name`; deliberate-oddities.md must name one in every row of its
-tables. Prints each missing test on a line. The exit status is 1 if there was one.
+A page names a test as `SuiteTest.Name`. In deliberate-oddities.md every row of a table must name
+one, and in security.md every row of the table of promises. Prints each missing test on a line. The
+exit status is 1 if there was one.
 """
 
 import glob
@@ -16,8 +17,9 @@ import sys
 
 from problem_report import report
 
-PAGES = "docs/decisions/*.md"
-TABLES = "docs/decisions/deliberate-oddities.md"
+PAGES = ["docs/decisions/*.md", "docs/security.md"]
+# The pages with such tables, and what the head of such a table begins with.
+TABLES = {"docs/decisions/deliberate-oddities.md": "|", "docs/security.md": "| promise |"}
 DEFINITION = re.compile(r"\bTEST(?:_F|_P)?\(\s*(\w+),\s*(\w+)\s*\)")
 MENTION = re.compile(r"`(\w+Test)\.(\w+)`")
 
@@ -33,23 +35,28 @@ def tests_of(root):
     return {".".join(match) for path in sources for match in DEFINITION.findall(read(path))}
 
 
-def rows_without_a_test(text):
-    """Returns the rows that name no test, except the headers of the tables."""
-    lines = text.splitlines()
-    bodies = (line for above, line in zip(lines, lines[1:])
-              if line.startswith("|") and above.startswith("|") and not line.startswith("|--"))
-    return [line for line in bodies if not MENTION.search(line)]
+def rows_without_a_test(text, head):
+    """Yields the rows without a test, except the headers, of the tables whose header begins so."""
+    in_table = False
+    for above, line in zip([""] + text.splitlines(), text.splitlines()):
+        if not line.startswith("|"):
+            in_table = False
+        elif not above.startswith("|"):
+            in_table = line.startswith(head)
+        elif in_table and not line.startswith("|--") and not MENTION.search(line):
+            yield line
 
 
 def problems(root):
     known = tests_of(root)
-    pages = sorted(glob.glob(os.path.join(root, PAGES)))
+    pages = sorted(page for pattern in PAGES for page in glob.glob(os.path.join(root, pattern)))
     for page in pages:
         for match in MENTION.findall(read(page)):
             if ".".join(match) not in known:
                 yield f"{os.path.relpath(page, root)}: no test {'.'.join(match)}"
-    for row in rows_without_a_test(read(os.path.join(root, TABLES))):
-        yield f"{TABLES}: no test in the row {row}"
+    for page, head in TABLES.items():
+        for row in rows_without_a_test(read(os.path.join(root, page)), head):
+            yield f"{page}: no test in the row {row}"
 
 
 if __name__ == "__main__":

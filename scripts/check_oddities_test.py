@@ -10,13 +10,16 @@ import unittest
 import check_oddities
 
 PAGE = "docs/decisions/deliberate-oddities.md"
+SECURITY = "docs/security.md"
 HEAD = "| behaviour | test |\n|---|---|\n"
+PROMISES = "| promise | test |\n|---|---|\n"
 
 
 class CheckOdditiesTest(unittest.TestCase):
-    def problems_of(self, page, source="TEST(MetaListTest, IsOdd) {}\n"):
+    def problems_of(self, page, source="TEST(MetaListTest, IsOdd) {}\n", security=""):
         with tempfile.TemporaryDirectory() as root:
-            for path, text in {PAGE: page, "tests/metaobj/MetaListTest.cpp": source}.items():
+            for path, text in {PAGE: page, SECURITY: security,
+                               "tests/metaobj/MetaListTest.cpp": source}.items():
                 full = os.path.join(root, path)
                 os.makedirs(os.path.dirname(full), exist_ok=True)
                 with open(full, "w", encoding="utf-8") as file:
@@ -38,6 +41,15 @@ class CheckOdditiesTest(unittest.TestCase):
     def test_reports_a_row_without_a_test(self):
         self.assertEqual([f"{PAGE}: no test in the row | odd | none |"],
                          self.problems_of(HEAD + "| odd | none |\n"))
+
+    def test_reports_a_promise_without_a_test_that_exists(self):
+        rows = "| kept | `MetaListTest.IsOdd` |\n| broken | none |\n| old | `MetaListTest.WasOdd` |\n"
+        self.assertEqual([f"{SECURITY}: no test MetaListTest.WasOdd",
+                          f"{SECURITY}: no test in the row | broken | none |"],
+                         self.problems_of("", security=PROMISES + rows))
+
+    def test_reads_no_other_tables_of_the_page_about_security(self):
+        self.assertEqual([], self.problems_of("", security=HEAD + "| odd | none |\n"))
 
 
 if __name__ == "__main__":

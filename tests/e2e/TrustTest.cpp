@@ -368,6 +368,17 @@ TEST_F(TrustTest, WhatRootNamesIsLoaded) {
   }
 }
 
+TEST_F(TrustTest, AnOptionAfterThePathLoadsNothing) {
+  for (const char* const option : {"--plugin", "--plugin-dir", "--input"}) {
+    const VexilResult result =
+        ThrowAwayRoot([] {
+          MakeFolder("/other");
+        }).Run({"vexil", "command", "list", option, "/samples/EchoPlugin.so"});
+    EXPECT_EQ(result.err, "Errors: \nUnknown parameter : " + std::string(option + 2) + "\n");
+    EXPECT_EQ(result.out, "");
+  }
+}
+
 void SetUserId() { SetMode(KESTREL_TOOL, 04755); }
 
 TEST_F(TrustTest, ASetUserIdToolRefusesFilesOfItsUser) {
