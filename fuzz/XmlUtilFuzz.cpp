@@ -4,7 +4,8 @@
 // Input: a value document, as a command prints it.
 //
 // The result must equal that from a tree of the document, including the parser's diagnostics. A
-// value must be readable again after it has been printed.
+// document is refused instead if its entities stand for more than 10 MB of text. A value must be
+// readable again after it has been printed.
 
 #include "kestrel/autocli/XmlUtil.h"
 
@@ -13,6 +14,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
+#include <map>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -55,9 +58,13 @@ bool IsTextOrComment(const xmlNode& node) {
          node.type == XML_COMMENT_NODE;
 }
 
+std::unique_ptr<xmlDoc, void (*)(xmlDoc*)> ParseTree(const std::string& text) {
+  return {xmlReadMemory(text.data(), static_cast<int>(text.size()), "STDOUT", nullptr, 0),
+          xmlFreeDoc};
+}
+
 Value ReadTree(const std::string& text) {
-  const std::unique_ptr<xmlDoc, void (*)(xmlDoc*)> document(
-      xmlReadMemory(text.data(), static_cast<int>(text.size()), "STDOUT", nullptr, 0), xmlFreeDoc);
+  const std::unique_ptr<xmlDoc, void (*)(xmlDoc*)> document = ParseTree(text);
   if (document == nullptr) {
     return nullptr;
   }
@@ -76,6 +83,76 @@ Value ReadTree(const std::string& text) {
   }
 }
 
+// The text that the entities of a document stand for, which may be too long to be made.
+class EntityText {
+ public:
+  explicit EntityText(const xmlDoc& document) : document_(document) {}
+
+  // The size of the text of all references below `first` and its siblings.
+  double SizeBelow(const xmlNode* first) {
+    double size = 0;
+    for (const xmlNode* node = first; node != nullptr; node = node->next) {
+      if (node->type == XML_ENTITY_REF_NODE) {
+        size += SizeOf(AsText(node->name));
+      } else if (node->type == XML_ELEMENT_NODE) {
+        size += SizeBelow(node->children);
+      }
+      const xmlAttr* attribute = node->type == XML_ELEMENT_NODE ? node->properties : nullptr;
+      for (; attribute != nullptr; attribute = attribute->next) {
+        size += SizeBelow(attribute->children);
+      }
+    }
+    return size;
+  }
+
+ private:
+  static std::string AsText(const xmlChar* text) { return reinterpret_cast<const char*>(text); }
+
+  double SizeOf(const std::string& name) {
+    const xmlEntity* const entity =
+        xmlGetDocEntity(&document_, reinterpret_cast<const xmlChar*>(name.c_str()));
+    if (entity == nullptr || entity->content == nullptr) {
+      return 0;
+    }
+    // An entity that refers to itself stands for text without an end.
+    const auto [known, isNew] = sizes_.emplace(name, std::numeric_limits<double>::infinity());
+    return isNew ? sizes_[name] = SizeOfText(AsText(entity->content)) : known->second;
+  }
+
+  double SizeOfText(const std::string& text) {
+    double size = static_cast<double>(text.size());
+    for (std::size_t i = text.find('&'); i != std::string::npos; i = text.find('&', i + 1)) {
+      size += SizeOf(text.substr(i + 1, text.find(';', i) - i - 1));
+    }
+    return size;
+  }
+
+  const xmlDoc& document_;
+  std::map<std::string, double> sizes_;
+};
+
+constexpr double kMaxEntityText = 10e6;
+
+bool HasTooLongEntities(const std::string& text) {
+  const XmlMessages messages;
+  const std::unique_ptr<xmlDoc, void (*)(xmlDoc*)> document = ParseTree(text);
+  return document != nullptr &&
+         EntityText(*document).SizeBelow(xmlDocGetRootElement(document.get())) > kMaxEntityText;
+}
+
+bool IsRefused(const Outcome& outcome) {
+  const std::string message =
+      "throws Error parsing command output.  The entities stand for more than 10 MB of text";
+  return outcome.text.size() >= message.size() &&
+         outcome.text.substr(outcome.text.size() - message.size()) == message;
+}
+
+// The default values of attributes count too. They are not in the tree.
+void RequireReason(const std::string& text) {
+  const bool hasReason = HasTooLongEntities(text) || text.find("<!ATTLIST") != std::string::npos;
+  Require(hasReason, "a refused document has entities that stand for more than 10 MB");
+}
+
 }  // namespace
 }  // namespace Kestrel::Fuzz
 
@@ -83,6 +160,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   using namespace Kestrel::Fuzz;
   const std::string text = FuzzInput(data, size).TakeRest();
   const Outcome read = OutcomeOf([&] { return Kestrel::AutoCli::XmlUtil_ParseXmlOutput(text); });
+  if (IsRefused(read)) {
+    RequireReason(text);
+    return 0;
+  }
+  Require(!HasTooLongEntities(text), "entities stand for at most 10 MB");
   RequireEqual(read.text, OutcomeOf([&] { return ReadTree(text); }).text,
                "a document is read as from its tree");
   if (read.value != nullptr) {
