@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include "autocli/descriptors/XmlProlog.h"
 #include "autocli/text/StartsWith.h"
 #include "kestrel/KestrelException.h"
 
@@ -191,6 +192,13 @@ std::size_t CountMostAttributes(std::string_view markup) {
     position = markup.find('<', position);
   }
   return most;
+}
+
+bool HasFewAttributes(std::string_view document) {
+  constexpr std::size_t kShortestAttribute = 5;  // a space, a letter, "=" and two quotes
+  return HasPlainProlog(document) &&
+         (document.size() <= kShortestAttribute * kMaxXmlAttributes ||
+          std::count(document.begin(), document.end(), '=') <= kMaxXmlAttributes);
 }
 
 void RefuseLargeExpansion(const xmlNode* node) {

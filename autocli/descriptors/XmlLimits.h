@@ -39,6 +39,10 @@ void Stop(xmlParserCtxt& parser);
 /// large if `markup` is not well-formed.
 std::size_t CountMostAttributes(std::string_view markup);
 
+/// Whether no start tag in `document` can exceed the limit of attributes, as far as can be seen
+/// without parsing it.
+bool HasFewAttributes(std::string_view document);
+
 /// Throws KestrelException if the references to entities in `node` and below it expand to more text
 /// than the limit. `node` may be null.
 void RefuseLargeExpansion(const xmlNode* node);

@@ -11,6 +11,7 @@
 
 #include "autocli/descriptors/NodeInsertion.h"
 #include "autocli/descriptors/XmlDocument.h"
+#include "autocli/descriptors/XmlEventTree.h"
 #include "autocli/descriptors/XmlLimits.h"
 #include "autocli/descriptors/XmlNode.h"
 #include "autocli/descriptors/XmlTree.h"
@@ -28,32 +29,66 @@ bool IsRegularFile(const FileDescriptor& file) {
   return fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
-XmlDocument ReadCheckedFile(const std::string& path) {
+/// A descriptor that was read, in one of two kinds of trees.
+struct Descriptor {
+  std::unique_ptr<XmlEventTree> tree;
+  XmlDocument document;
+
+  /// The root element; null if the descriptor was not read.
+  const xmlNode* GetRoot() const {
+    return tree != nullptr ? tree->GetRoot() : xmlDocGetRootElement(document.get());
+  }
+};
+
+/// Returns the content of a file; the empty string if it cannot be read or is larger than an
+/// ordinary descriptor.
+std::string ReadOrdinaryFile(const std::string& path) {
+  const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  struct stat status = {};
+  if (!file.IsOpen() || fstat(file.Get(), &status) != 0 ||
+      status.st_size > static_cast<off_t>(XmlEventTree::kMaxSize)) {
+    return std::string();
+  }
+  std::string content(static_cast<std::size_t>(status.st_size), '\0');
+  const bool isRead = read(file.Get(), content.data(), content.size()) == status.st_size;
+  return isRead ? content : std::string();
+}
+
+Descriptor ReadFile(const FileDescriptor& file, const std::string& path) {
+  Descriptor descriptor;
+  descriptor.tree = XmlEventTree::Read(ReadOrdinaryFile(PathOfDescriptor(file.Get())));
+  if (descriptor.tree == nullptr) {
+    descriptor.document = ParseXmlFile(file, path);
+  }
+  return descriptor;
+}
+
+Descriptor ReadCheckedFile(const std::string& path) {
   const CheckedFile file = OpenCheckedFile(path);
   if (!file.descriptor.IsOpen()) {
     ReportMissingXmlFile(path);
-    return nullptr;
+    return {};
   }
-  return IsRegularFile(file.descriptor) ? ParseXmlFile(file.descriptor, path) : nullptr;
+  return IsRegularFile(file.descriptor) ? ReadFile(file.descriptor, path) : Descriptor();
 }
 
-XmlDocument ReadAnyFile(const std::string& path) {
+Descriptor ReadAnyFile(const std::string& path) {
   const FileDescriptor file(open(path.c_str(), O_PATH | O_CLOEXEC));
   if (file.IsOpen() && !IsRegularFile(file)) {
-    return nullptr;
+    return {};
   }
   const bool isReadable = file.IsOpen() && access(PathOfDescriptor(file.Get()).c_str(), R_OK) == 0;
-  return isReadable ? ParseXmlFile(file, path) : ParseXmlFile(path);
+  return isReadable ? ReadFile(file, path) : Descriptor{nullptr, ParseXmlFile(path)};
 }
 
-XmlDocument ParseDescriptor(const std::string& path, bool isInDefaultFolder) {
+Descriptor ParseDescriptor(const std::string& path, bool isInDefaultFolder) {
   LIBXML_TEST_VERSION
-  XmlDocument document =
+  Descriptor descriptor =
       IsTrustRequired(isInDefaultFolder) ? ReadCheckedFile(path) : ReadAnyFile(path);
-  if (document == nullptr || xmlDocGetRootElement(document.get()) == nullptr) {
+  if (descriptor.GetRoot() == nullptr) {
     throw KestrelException("Unable to parse XML descriptor: " + path);
   }
-  return document;
+  return descriptor;
 }
 
 const xmlNode* RequireChild(const xmlNode* command, const char* name) {
@@ -76,10 +111,9 @@ XmlPlugin::~XmlPlugin() = default;
 
 void XmlPlugin::Initialize() {
   try {
-    const XmlDocument document = ParseDescriptor(path_, isInDefaultFolder_);
-    const xmlNode* const root = xmlDocGetRootElement(document.get());
-    RefuseLargeExpansion(root);
-    ReadRoot(root);
+    const Descriptor descriptor = ParseDescriptor(path_, isInDefaultFolder_);
+    RefuseLargeExpansion(descriptor.GetRoot());
+    ReadRoot(descriptor.GetRoot());
   } catch (const KestrelException& error) {
     throw KestrelException("Unable to handle XML Plugin " + path_ +
                            ".  There was an error while parsing: " + error.what());

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -57,7 +58,7 @@ void ForEachEntry(const xmlNode* node, const EntrySet& set, Handler handle) {
 }
 
 struct ParameterTypeWord {
-  const char* word;
+  std::string_view word;
   ParameterType type;
 };
 
@@ -69,7 +70,7 @@ constexpr ParameterTypeWord kParameterTypes[] = {
 };
 
 /// The entry for `word`; null when it names no type.
-const ParameterTypeWord* FindParameterType(const std::string& word) {
+const ParameterTypeWord* FindParameterType(std::string_view word) {
   for (const ParameterTypeWord& entry : kParameterTypes) {
     if (word == entry.word) {
       return &entry;
@@ -78,7 +79,7 @@ const ParameterTypeWord* FindParameterType(const std::string& word) {
   return nullptr;
 }
 
-bool IsBooleanWord(const std::string& word) { return word == "true" || word == "false"; }
+bool IsBooleanWord(std::string_view word) { return word == "true" || word == "false"; }
 
 /// The attributes and the description of a `parameter` element, unchecked.
 struct ParameterElement {
@@ -188,7 +189,7 @@ std::shared_ptr<ParameterConstraint> MakeRange(const xmlNode* node) {
 
 /// A type of constraint: its name, the child element with its data, and its factory.
 struct ConstraintWord {
-  const char* word;
+  std::string_view word;
   const char* childName;
   std::shared_ptr<ParameterConstraint> (*make)(const xmlNode*);
 };

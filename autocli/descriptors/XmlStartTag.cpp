@@ -4,34 +4,47 @@
 #include "autocli/descriptors/XmlStartTag.h"
 
 #include <algorithm>
-#include <string_view>
+#include <cstring>
 
 namespace Kestrel::AutoCli {
-
-namespace {
-
-/// Appends an attribute's value as the parser passes it, where "&#38;" stands for "&". There are no
-/// other references: the parser has replaced them, and a document without a type has no entities.
-void AppendDecoded(std::string_view value, std::string& decoded) {
-  constexpr std::string_view kRestOfReference = "#38;";
-  for (std::size_t end = value.find('&'); end != std::string_view::npos; end = value.find('&')) {
-    decoded.append(value.substr(0, end + 1));
-    value.remove_prefix(std::min(end + 1 + kRestOfReference.size(), value.size()));
-  }
-  decoded.append(value);
-}
-
-}  // namespace
 
 void XmlAttributes::Get(const xmlChar* name, std::string& value) const {
   value.clear();
   for (int i = 0; i < count_; ++i) {
-    const xmlChar** entry = Entry(i);
-    if (entry[0] == name) {
-      const auto size = static_cast<std::size_t>(entry[4] - entry[3]);
-      return AppendDecoded(std::string_view(AsChars(entry[3]), size), value);
+    if (GetName(i) == name) {
+      std::string buffer;
+      value = Get(i, buffer);
+      return;
     }
   }
+}
+
+// The parser passes "&#38;" for "&". There are no other references: it has replaced them, and a
+// document without a type has no entities.
+std::string_view XmlAttributes::Get(int index, std::string& buffer) const {
+  constexpr std::string_view kRestOfReference = "#38;";
+  std::string_view rest(AsChars(Entry(index)[3]), GetSize(index));
+  std::size_t end = rest.find('&');
+  if (end == std::string_view::npos) {
+    return rest;
+  }
+  buffer.clear();
+  for (; end != std::string_view::npos; end = rest.find('&')) {
+    buffer.append(rest.substr(0, end + 1));
+    rest.remove_prefix(std::min(end + 1 + kRestOfReference.size(), rest.size()));
+  }
+  return buffer.append(rest);
+}
+
+bool XmlAttributes::HasXmlId() const {
+  for (int i = 0; i < count_; ++i) {
+    const xmlChar* const prefix = Entry(i)[1];
+    if (prefix != nullptr && std::strcmp(AsChars(prefix), "xml") == 0 &&
+        std::strcmp(AsChars(GetName(i)), "id") == 0) {
+      return true;
+    }
+  }
+  return false;
 }
 
 }  // namespace Kestrel::AutoCli

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 #include "autocli/descriptors/XmlDocument.h"
 
@@ -23,15 +24,12 @@ struct XmlNames {
         string(Find(dictionary, "string")),
         name(Find(dictionary, "name")),
         type(Find(dictionary, "type")),
-        typeName(Find(dictionary, "typeName")),
-        xml(Find(dictionary, "xml")),
-        id(Find(dictionary, "id")) {}
+        typeName(Find(dictionary, "typeName")) {}
 
   /// Whether all names were stored, which takes memory.
   bool IsComplete() const {
     return field != nullptr && structure != nullptr && integer != nullptr && boolean != nullptr &&
-           string != nullptr && name != nullptr && type != nullptr && typeName != nullptr &&
-           xml != nullptr && id != nullptr;
+           string != nullptr && name != nullptr && type != nullptr && typeName != nullptr;
   }
 
   const xmlChar* const field;
@@ -42,8 +40,6 @@ struct XmlNames {
   const xmlChar* const name;
   const xmlChar* const type;
   const xmlChar* const typeName;
-  const xmlChar* const xml;
-  const xmlChar* const id;
 
  private:
   static const xmlChar* Find(xmlDict* dictionary, const char* text) {
@@ -69,21 +65,19 @@ class XmlAttributes {
     return value;
   }
 
-  /// The number of bytes of the value of an attribute.
+  int GetCount() const { return count_; }
+  const xmlChar* GetName(int index) const { return Entry(index)[0]; }
+
+  /// The number of bytes of the value of an attribute, as the parser passes it.
   std::size_t GetSize(int index) const {
     return static_cast<std::size_t>(Entry(index)[4] - Entry(index)[3]);
   }
 
+  /// The value of an attribute. `buffer` holds it when it is not what the parser passes.
+  std::string_view Get(int index, std::string& buffer) const;
+
   /// Whether the attribute `xml:id` is present. Only a parser that makes a tree checks its value.
-  bool HasXmlId(const XmlNames& names) const {
-    for (int i = 0; i < count_; ++i) {
-      const xmlChar** entry = Entry(i);
-      if (entry[1] == names.xml && entry[0] == names.id) {
-        return true;
-      }
-    }
-    return false;
-  }
+  bool HasXmlId() const;
 
  private:
   const xmlChar** Entry(int index) const { return entries_ + 5 * index; }

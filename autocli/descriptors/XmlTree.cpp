@@ -9,14 +9,12 @@
 #include <strings.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <exception>
 #include <unordered_map>
 #include <utility>
 
 #include "autocli/descriptors/XmlDiagnostics.h"
 #include "autocli/descriptors/XmlLimits.h"
-#include "autocli/descriptors/XmlProlog.h"
 #include "autocli/descriptors/XmlStartTag.h"
 #include "autocli/plugins/CheckedFile.h"
 #include "kestrel/KestrelException.h"
@@ -167,11 +165,6 @@ class LimitedParser {
   const char* fault_ = nullptr;
   XmlParser parser_;  // the last, because it calls `Close` when it is released
 };
-
-/// Whether no start tag in `text` can exceed the limit of attributes.
-bool HasFewAttributes(std::string_view text) {
-  return HasPlainProlog(text) && std::count(text.begin(), text.end(), '=') <= kMaxXmlAttributes;
-}
 
 /// Makes `input` the input of `parser`. Returns false when it is null.
 bool SetInput(xmlParserCtxt& parser, xmlParserInput* input) {

@@ -21,7 +21,7 @@ constexpr std::size_t kMaxJoinedText = 10000000;
 
 void XmlValueBuilder::StartElement(const xmlChar* name, const XmlAttributes& attributes) {
   last_ = LastNode::None;
-  if (attributes.HasXmlId(names_)) {
+  if (attributes.HasXmlId()) {
     needsTree_ = true;
   }
   if (done_) {

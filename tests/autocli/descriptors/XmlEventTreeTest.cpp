@@ -1,0 +1,221 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+// A tree made from events must be the same as the one that `xmlReadMemory` makes, to everything
+// that the library reads of a tree. There is none for a document that the parser says something
+// about.
+
+#include "autocli/descriptors/XmlEventTree.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <string_view>
+
+#include "autocli/descriptors/XmlDiagnostics.h"
+#include "autocli/descriptors/XmlDocument.h"
+#include "autocli/descriptors/XmlNode.h"
+#include "kestrel/autocli/XmlUtil.h"
+#include "support/BrokenDescriptors.h"
+#include "support/Random.h"
+#include "support/RandomXml.h"
+
+namespace Kestrel::AutoCli {
+namespace {
+
+using Testing::kXmlPieces;
+using Testing::MutateXml;
+using Testing::Random;
+using Testing::Rounds;
+using Testing::XmlDocumentMaker;
+
+void Describe(const xmlNode* node, std::string& description) {
+  description += "(" + std::to_string(node->type) + " " + NameOf(node);
+  if (node->type == XML_ELEMENT_NODE) {
+    for (const xmlAttr* i = node->properties; i != nullptr; i = i->next) {
+      const std::string name = AsChars(i->name);
+      description += " " + name + "=[" + XmlUtil_ExtractAttribute(node, name) + "]";
+    }
+    for (const xmlNode* child : XmlChildren(node)) {
+      Describe(child, description);
+    }
+    description += " content=[" + XmlUtil_GetContent(node) + "]";
+  } else {
+    description += node->content == nullptr ? " none" : std::string(" =") + AsChars(node->content);
+  }
+  description += ")";
+}
+
+/// The tree that the parser makes; empty when it reports anything.
+std::string DescribeParsersTree(const std::string& text) {
+  const XmlDiagnostics diagnostics(XmlDiagnostics::Mode::Silenced);
+  const XmlDocument document(
+      xmlReadMemory(text.data(), static_cast<int>(text.size()), "test", nullptr, 0));
+  std::string description;
+  if (document != nullptr && diagnostics.IsEmpty()) {
+    Describe(xmlDocGetRootElement(document.get()), description);
+  }
+  return description;
+}
+
+/// Whether there is a tree made from events. If so, expects the parser to make the same.
+bool ExpectSameTreeIfAny(const std::string& text) {
+  const std::unique_ptr<XmlEventTree> tree = XmlEventTree::Read(text);
+  if (tree == nullptr) {
+    return false;
+  }
+  std::string description;
+  Describe(tree->GetRoot(), description);
+  EXPECT_EQ(description, DescribeParsersTree(text)) << text.substr(0, 2000);
+  return true;
+}
+
+std::string ReadFile(const std::filesystem::path& path) {
+  std::ifstream file(path);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+std::string GetDescriptor() {
+  return ReadFile(KESTREL_SOURCE_DIR "/plugins/network/network.xml.in");
+}
+
+TEST(XmlEventTreeTest, IsTheTreeOfEachShippedDescriptor) {
+  for (const char* path :
+       {"/plugins/network/network.xml.in", "/plugins/password/password.xml.in"}) {
+    EXPECT_TRUE(ExpectSameTreeIfAny(ReadFile(std::string(KESTREL_SOURCE_DIR) + path))) << path;
+  }
+}
+
+TEST(XmlEventTreeTest, HasWhatADocumentCanContain) {
+  constexpr const char* kDocuments[] = {
+      "<o/>",
+      "<o a='1' b=\"\" c='&amp;&lt;&#65;' a2='x\ny'/>",
+      "<o>text<a/>more</o>",
+      "<o>&lt;&amp;&gt;&#65;&#x20AC;</o>",
+      "<o><![CDATA[a<b]]><![CDATA[]]>x<![CDATA[c]]></o>",
+      "<o>a<!--c-->b<!----></o>",
+      "<o>a<?pi data?>b<?pi?></o>",
+      "<!-- before --><?pi?><o xmlns:p='urn:p'><p:a p:x='1' x='2'/></o><!-- after --><?pi?>",
+      "<?xml version='1.0' encoding='UTF-8'?>\n<o>\r\n\xC3\xA4\r</o>\n",
+      "\xEF\xBB\xBF<o xml:space='preserve'>  </o>",
+  };
+  for (const std::string document : kDocuments) {
+    EXPECT_TRUE(ExpectSameTreeIfAny(document)) << document;
+  }
+}
+
+TEST(XmlEventTreeTest, IsMissingForOtherDocuments) {
+  const std::string manyAttributes = [] {
+    std::string text = "<o";
+    for (int i = 0; i <= 10000; ++i) {
+      text += " a" + std::to_string(i) + "=''";
+    }
+    return text + "/>";
+  }();
+  const std::string documents[] = {
+      "",
+      "<o>",
+      "<o>&e;</o>",
+      "<o xml:id='a'/>",
+      "<o xml:id='1'/>",
+      "<o><p:a/></o>",
+      "<!DOCTYPE o><o/>",
+      "<!DOCTYPE o [<!ENTITY e 'v'>]><o>&e;</o>",
+      "<?xml version='1.0' encoding='ISO-8859-1'?><o>\xE4</o>",
+      "<o>\xE4</o>",
+      manyAttributes,
+      "<o>" + std::string(5000001, 'a') + "</o>",
+  };
+  for (const std::string& document : documents) {
+    EXPECT_EQ(XmlEventTree::Read(document), nullptr) << document.substr(0, 100);
+  }
+}
+
+TEST(XmlEventTreeTest, IsMissingForAProgramThatHasSpaceRemoved) {
+  const int before = xmlKeepBlanksDefault(0);
+  const std::unique_ptr<XmlEventTree> tree = XmlEventTree::Read("<o> <a/> </o>");
+  xmlKeepBlanksDefault(before);
+  EXPECT_EQ(tree, nullptr);
+}
+
+TEST(XmlEventTreeTest, IsMissingForAProgramWithItsOwnHandlerOfErrors) {
+  xmlSetStructuredErrorFunc(nullptr, [](void*, xmlError*) {});
+  const std::unique_ptr<XmlEventTree> tree = XmlEventTree::Read("<o/>");
+  xmlSetStructuredErrorFunc(nullptr, nullptr);
+  EXPECT_EQ(tree, nullptr);
+}
+
+TEST(XmlEventTreeTest, ReportsNothing) {
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(XmlEventTree::Read("<o><a></o>"), nullptr);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(XmlEventTreeTest, JoinsTextThatComesInManyPieces) {
+  std::string text = "<o>";
+  for (int i = 0; i < 300000; ++i) {
+    text += "a&lt;";
+  }
+  EXPECT_TRUE(ExpectSameTreeIfAny(text + "</o>"));
+}
+
+TEST(XmlEventTreeTest, IsTheTreeOfRandomDocuments) {
+  Random random;
+  SCOPED_TRACE(random.HowToRepeat());
+  XmlDocumentMaker maker(random);
+  const int rounds = Rounds(10000, 1000000);
+  int trees = 0;
+  for (int i = 0; i < rounds && !HasFailure(); ++i) {
+    std::string text = maker.Make();
+    for (std::size_t damage = random.Below(4); damage > 1; --damage) {
+      MutateXml(text, random);
+    }
+    trees += ExpectSameTreeIfAny(text) ? 1 : 0;
+  }
+  EXPECT_GT(trees, rounds / 5);
+}
+
+TEST(XmlEventTreeTest, IsTheTreeOfDamagedDescriptors) {
+  Random random;
+  SCOPED_TRACE(random.HowToRepeat());
+  const std::string descriptor = GetDescriptor();
+  const int rounds = Rounds(2000, 1000000);
+  int trees = 0;
+  for (int i = 0; i < rounds && !HasFailure(); ++i) {
+    std::string text = descriptor;
+    for (std::size_t damage = random.Below(4); damage > 0; --damage) {
+      MutateXml(text, random);
+    }
+    trees += ExpectSameTreeIfAny(text) ? 1 : 0;
+  }
+  EXPECT_GT(trees, rounds / 10);
+}
+
+TEST(XmlEventTreeTest, IsTheTreeOfBrokenDescriptors) {
+  for (const auto& broken : Testing::GetBrokenDescriptors()) {
+    ExpectSameTreeIfAny(
+        ReadFile(Testing::GetBrokenDescriptorFolder() + "/" + broken.name + ".xml"));
+  }
+}
+
+TEST(XmlEventTreeTest, IsTheTreeOfADocumentDamagedAtEachPosition) {
+  const std::string text =
+      "<?xml version='1.0'?><!-- c --><o xmlns:p='urn:p'> <list type='structure'><structure "
+      "typeName='S'><field name='a&lt;'><int> 7</int></field></structure></list><?pi d?><p:b "
+      "p:x=\"1\"/><![CDATA[x]]>&#65;</o>\n";
+  for (std::size_t i = 0; i < text.size() && !HasFailure(); ++i) {
+    ExpectSameTreeIfAny(text.substr(0, i));
+    ExpectSameTreeIfAny(text.substr(0, i) + text.substr(i + 1));
+    for (const std::string_view piece : kXmlPieces) {
+      ExpectSameTreeIfAny(std::string(text).insert(i, piece));
+    }
+    ExpectSameTreeIfAny(std::string(text).insert(i, 1, '\0'));
+  }
+}
+
+}  // namespace
+}  // namespace Kestrel::AutoCli
