@@ -65,7 +65,7 @@ void RequireNdjson(const std::string& text) {
   });
 }
 
-// The number of cells in each record, which must be the same.
+// Requires that each line has the same number of cells.
 void RequireCells(const std::string& text, char separator) {
   std::size_t cells = 1;
   std::size_t expected = 0;

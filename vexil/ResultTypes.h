@@ -22,8 +22,8 @@ struct ResultType {
 /// by those inside it. Empty if `root` is null or contains none.
 std::vector<ResultType> ListResultTypes(const std::shared_ptr<MetaObj::MetaObject>& root);
 
-/// Returns the fields of the result, or of each element if it is a list, and of the structures in these:
-/// "Usage", then "Usage.Free".
+/// Returns the fields of the result, or of each element if it is a list, and of the structures in
+/// these: "Usage", then "Usage.Free".
 std::vector<std::string> ListFieldPaths(const std::shared_ptr<MetaObj::MetaObject>& root);
 
 /// Those that are neither structures nor lists, so that elements can be sorted by them.

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "support/ScopedTempDir.h"
+#include "support/TestPlugins.h"
 #include "support/VexilRun.h"
 
 namespace Kestrel::Testing {
@@ -85,7 +86,7 @@ TEST_F(ExpressionModuleTest, IsReportedMissingWithItsPath) {
 }
 
 TEST_F(ExpressionModuleTest, IsRefusedWithoutItsEntryPoint) {
-  fs::copy_file(KESTREL_LIBRARY, ModulePath());
+  fs::copy_file(TestPluginPath("NoEntryPoint"), ModulePath());
   const VexilResult result = Run("--size=7");
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.err, HasSubstr("undefined symbol: Kestrel_CompileExpression"));

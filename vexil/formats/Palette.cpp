@@ -11,8 +11,8 @@ namespace Kestrel::Formats {
 
 namespace {
 
-std::string_view Variable(const char* name) {
-  const char* const value = std::getenv(name);
+/// The value of a variable of the environment; the empty string if it is missing.
+std::string_view OrEmpty(const char* value) {
   return value == nullptr ? std::string_view() : value;
 }
 
@@ -45,7 +45,8 @@ Palette Palette::For(const FormatOptions& options) {
       break;
   }
   const bool isTerminal = options.screen.isStandardOutput && isatty(STDOUT_FILENO) == 1;
-  return {isTerminal && Variable("TERM") != "dumb", Variable("NO_COLOR").empty()};
+  return {isTerminal && OrEmpty(std::getenv("TERM")) != "dumb",
+          OrEmpty(std::getenv("NO_COLOR")).empty()};
 }
 
 std::string_view Palette::Begin(Style style) const {

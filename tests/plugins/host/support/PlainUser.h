@@ -14,14 +14,14 @@ class PlainUser {
  public:
   PlainUser() : user_(::geteuid()) {
     if (user_ == 0) {
-      EXPECT_EQ(::seteuid(kNobody), 0);
+      EXPECT_EQ(::setresuid(kNobody, kNobody, user_), 0);
     }
   }
   PlainUser(const PlainUser&) = delete;
   PlainUser& operator=(const PlainUser&) = delete;
   ~PlainUser() {
     if (user_ == 0) {
-      EXPECT_EQ(::seteuid(user_), 0);
+      EXPECT_EQ(::setresuid(user_, user_, user_), 0);
     }
   }
 
