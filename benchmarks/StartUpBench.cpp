@@ -82,6 +82,41 @@ void Measure(benchmark::State& state, const std::vector<std::string>& words, int
 void BM_StartRootListing(benchmark::State& state) { Measure(state, {KESTREL_TOOL}, 1); }
 BENCHMARK(BM_StartRootListing)->UseManualTime();
 
+/// Also loads the plug-ins that are shipped. Skipped without them: the target `stage` installs
+/// them.
+void MeasureShipped(benchmark::State& state, std::vector<std::string> words, int expectedStatus) {
+  if (!fs::exists(KESTREL_SHIPPED_PLUGINS "/host.so")) {
+    state.SkipWithError("the plug-ins are not staged");
+    return;
+  }
+  words.insert(words.begin(), {KESTREL_TOOL, "--plugin-dir", KESTREL_SHIPPED_PLUGINS});
+  Measure(state, words, expectedStatus);
+}
+
+void BM_StartShippedPlugins(benchmark::State& state) { MeasureShipped(state, {}, 1); }
+BENCHMARK(BM_StartShippedPlugins)->UseManualTime();
+
+void BM_StartFindmnt(benchmark::State& state) { Measure(state, {"findmnt"}, 0); }
+BENCHMARK(BM_StartFindmnt)->UseManualTime();
+
+// Lists with one row, and what else prints it.
+
+void BM_StartOneMount(benchmark::State& state) {
+  MeasureShipped(state, {"storage", "mount", "list", "--limit", "1"}, 0);
+}
+BENCHMARK(BM_StartOneMount)->UseManualTime();
+
+void BM_StartFindmntRoot(benchmark::State& state) { Measure(state, {"findmnt", "/"}, 0); }
+BENCHMARK(BM_StartFindmntRoot)->UseManualTime();
+
+void BM_StartOneLink(benchmark::State& state) {
+  MeasureShipped(state, {"network", "interface", "list", "--interface", "lo"}, 0);
+}
+BENCHMARK(BM_StartOneLink)->UseManualTime();
+
+void BM_StartIpLink(benchmark::State& state) { Measure(state, {"ip", "link", "show", "lo"}, 0); }
+BENCHMARK(BM_StartIpLink)->UseManualTime();
+
 void BM_StartEmptyMainWithLibraries(benchmark::State& state) {
   Measure(state, {KESTREL_EMPTY_WITH_LIBRARIES}, 0);
 }

@@ -15,6 +15,11 @@
 #include <string>
 #include <vector>
 
+#ifdef KESTREL_HAS_CLI11
+#include <CLI/CLI.hpp>
+#endif
+
+#include "benchmarks/Descriptor.h"
 #include "kestrel/autocli/Namespace.h"
 
 namespace Kestrel::Benchmarks {
@@ -22,67 +27,6 @@ namespace {
 
 using AutoCli::Namespace;
 using AutoCli::XmlPlugin;
-
-constexpr const char* kCommand = R"(
-      <description>List what the store holds, those of one owner or all.</description>
-      <meta-data>
-        <meta-data-entry name="changes-host">false</meta-data-entry>
-      </meta-data>
-      <input-spec>
-        <parameter name="owner" shortname="o" type="string-list" required="false">
-          <description>List what belongs to one of these owners only; %REGEX%.</description>
-          <constraint type="regex">
-            <regex>[a-z][a-z0-9-]*</regex>
-          </constraint>
-        </parameter>
-        <parameter name="state" shortname="s" type="string" required="true">
-          <description>List volumes in this state only, one of %ENUM%.</description>
-          <constraint type="stringenum">
-            <enum>
-              <enum-value value="online"/>
-              <enum-value value="offline"/>
-              <enum-value value="any"/>
-            </enum>
-          </constraint>
-        </parameter>
-        <parameter name="limit" type="int" required="false">
-          <description>The most rows, from %MIN% to %MAX%.</description>
-          <constraint type="range">
-            <range min="1" max="1000"/>
-          </constraint>
-        </parameter>
-      </input-spec>
-      <output-spec>
-        <list type="structure">
-          <structure typeName="Volume">
-            <field name="Name"><string/></field>
-            <field name="Size"><int/></field>
-            <field name="Enabled"><bool/></field>
-            <field name="Path"><string/></field>
-          </structure>
-        </list>
-      </output-spec>
-      <format-parameters>
-        <formatter>table</formatter>
-        <format-parameter name="fields:Volume">Name,Size,Path</format-parameter>
-        <format-parameter name="units:Volume.Size">KiB</format-parameter>
-      </format-parameters>
-      <execute>list-volumes --state='$val{state}'$if{owner, --owner=$list{owner,',',true}}</execute>
-    </command>
-)";
-
-std::string MakeDescriptor(const std::string& name) {
-  std::string text =
-      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<vexil-plugin>\n  <version>1.0.0</version>\n"
-      "  <namespaces>\n    <namespace path=\"" +
-      name +
-      "\">\n      <description>Volumes.</description>\n    </namespace>\n  </namespaces>\n"
-      "  <commands>\n";
-  for (int i = 0; i < 10; ++i) {
-    text += "    <command path=\"" + name + ".list" + std::to_string(i) + "\">" + kCommand;
-  }
-  return text + "  </commands>\n</vexil-plugin>\n";
-}
 
 /// A folder of descriptors, each with its own namespace. Deleted with the object.
 class DescriptorFolder {
@@ -147,6 +91,30 @@ void BM_DescriptorsTake(benchmark::State& state) {
 BENCHMARK(BM_DescriptorsTake<Plugins>)->RangeMultiplier(10)->Range(1, 1000);
 BENCHMARK(BM_DescriptorsTake<RegisteredPlugins>)->RangeMultiplier(10)->Range(1, 1000);
 BENCHMARK(BM_DescriptorsTake<Trees>)->RangeMultiplier(10)->Range(1, 1000);
+
+#ifdef KESTREL_HAS_CLI11
+/// Declares the commands of a hundred such descriptors with the same parameters and constraints.
+void BM_Cli11MakeDescriptorCommands(benchmark::State& state) {
+  constexpr int kCommands = 1000;
+  for (auto _ : state) {
+    CLI::App app;
+    std::vector<std::string> owners;
+    std::string status;
+    int limit = 0;
+    for (int i = 0; i < kCommands; ++i) {
+      CLI::App* const command =
+          app.add_subcommand("list" + std::to_string(i), "List what the store holds.");
+      command->add_option("-o,--owner", owners, "List what belongs to one of these owners only.");
+      command->add_option("-s,--state", status, "List volumes in this state only.")
+          ->required()
+          ->check(CLI::IsMember({"online", "offline", "any"}));
+      command->add_option("--limit", limit, "The most rows.")->check(CLI::Range(1, 1000));
+    }
+    benchmark::DoNotOptimize(app);
+  }
+}
+BENCHMARK(BM_Cli11MakeDescriptorCommands);
+#endif
 
 }  // namespace
 }  // namespace Kestrel::Benchmarks
