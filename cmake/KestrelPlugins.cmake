@@ -18,6 +18,10 @@ function(kestrel_add_plugin name)
   # The process that loads the plug-in already has the library, so no path to it is needed.
   set_target_properties(${name} PROPERTIES SKIP_BUILD_RPATH ON INSTALL_RPATH "")
   target_link_libraries(${name} PRIVATE Kestrel::Kestrel kestrel_warnings kestrel_sanitizers)
+  target_link_options(${name} PRIVATE
+    "LINKER:--version-script=${PROJECT_SOURCE_DIR}/plugins/entry_points.map")
+  set_target_properties(${name} PROPERTIES
+    LINK_DEPENDS ${PROJECT_SOURCE_DIR}/plugins/entry_points.map)
   install(TARGETS ${name} LIBRARY DESTINATION ${KESTREL_PLUGIN_INSTALL_DIR} COMPONENT tool)
   set_property(GLOBAL APPEND PROPERTY KESTREL_PLUGINS ${name})
 endfunction()
