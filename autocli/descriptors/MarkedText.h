@@ -20,8 +20,8 @@ inline bool IsNameByte(char c) {
 /// a "$" in a value never begins a marker.
 class MarkedText {
  public:
-  /// Where a byte came from. The shell may interpret some bytes of a bare value, and the end of a
-  /// value that leaves its comment as another command.
+  /// Where a byte came from. The shell may interpret some bytes of a bare value. If such a value
+  /// ends a comment that it began, the shell would even run the rest of it as another command.
   enum class Origin : char { Template, Value, BareValue, ValueThatLeavesAComment };
 
   MarkedText() = default;

@@ -22,7 +22,7 @@ namespace Kestrel::AutoCli {
 namespace {
 
 constexpr std::size_t kNone = std::string::npos;
-constexpr std::size_t kMaxSecret = 4096;  // as long as a terminal lets a line be
+constexpr std::size_t kMaxSecret = 4096;  // the longest line that a terminal accepts
 
 /// The extent of one occurrence of a marker, and of the part of it that varies.
 struct Marker {

@@ -22,9 +22,9 @@ class TemplateText {
   explicit TemplateText(MarkedText text) : text_(std::move(text)) {}
 
   enum class ValuePlace { Bare, InSingleQuotes };
-  /// Whether the last `$val{name}` is directly between single quotes; nothing when there is none.
+  /// Whether the last `$val{name}` is directly between single quotes; nothing if there is none.
   std::optional<ValuePlace> FindValue(const std::string& name) const;
-  /// `origin` is that of the value where it is not directly between single quotes.
+  /// `origin` is the origin of the value where it is not directly between single quotes.
   void InsertValue(const std::string& name, std::string_view value,
                    MarkedText::Origin origin = MarkedText::Origin::Value);
 

@@ -160,8 +160,9 @@ class LimitedParser {
   xmlInputReadCallback read_ = nullptr;
   xmlInputCloseCallback close_ = nullptr;
   void* context_ = nullptr;
-  std::unordered_map<std::string, int> defaults_;  // declared for each element
-  std::size_t defaultsSize_ = 0;                   // of all that stand for missing attributes
+  std::unordered_map<std::string, int>
+      defaults_;                  // the number of default attributes declared for each element
+  std::size_t defaultsSize_ = 0;  // the total size of the inserted defaults
   const char* fault_ = nullptr;
   XmlParser parser_;  // the last, because it calls `Close` when it is released
 };

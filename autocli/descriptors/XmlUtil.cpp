@@ -31,8 +31,8 @@ bool IsFieldElement(const xmlNode* node) {
   return node->type == XML_ELEMENT_NODE && IsNamed(node, "field");
 }
 
-/// Whether an attribute's value is one text node, which can be read without a copy. It is not when
-/// it is empty, contains references, or is a default from the document type.
+/// Whether an attribute's value is a single text node, which can be read without a copy. It is not
+/// if it is empty, contains references, or is a default from the document type.
 bool IsOneText(const xmlAttr& attribute) {
   const xmlNode* value = attribute.type == XML_ATTRIBUTE_NODE ? attribute.children : nullptr;
   return value != nullptr && value->next == nullptr && value->type == XML_TEXT_NODE &&
@@ -44,7 +44,7 @@ std::string DefaultOf(const xmlAttribute& declaration) {
   return declaration.defaultValue == nullptr ? std::string() : AsChars(declaration.defaultValue);
 }
 
-/// The first node at or after `node` that is not skipped between elements, or null.
+/// Returns the first node at or after `node` that is not skipped between elements, or null.
 const xmlNode* FirstValueAt(const xmlNode* node) {
   while (node != nullptr && IsTextOrComment(node)) {
     node = node->next;

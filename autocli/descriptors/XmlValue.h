@@ -10,8 +10,8 @@
 #include "kestrel/metaobj/MetaList.h"
 #include "kestrel/metaobj/MetaObject.h"
 
-// The meaning of the elements of a value document, shared by both ways of reading one: from the
-// events of a parser and from a tree.
+// The meaning of the elements of a value document. Shared by both ways to read one: from the events
+// of a parser, and from a tree.
 
 namespace Kestrel::AutoCli {
 

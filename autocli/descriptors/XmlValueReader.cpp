@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The events of the parser go straight to a builder. Once the value is complete or cannot be built,
-// the rest of the document is still checked for being well-formed: that fault takes precedence over
-// an invalid value.
+// The builder receives the events directly from the parser. Once the value is complete or cannot be
+// built, the parser still checks that the rest of the document is well-formed, because that error
+// takes precedence over an invalid value.
 //
-// A document about which the parser reports anything is read through a tree instead, because the
+// If the parser reports anything, the document is read through a tree instead, because the
 // diagnostics must be those of a parser that makes a tree.
 
 #include "autocli/descriptors/XmlValueReader.h"

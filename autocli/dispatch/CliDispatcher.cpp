@@ -131,8 +131,8 @@ class SecretWipe {
   const CommandInput& input_;
 };
 
-// How `output` is printed unless the user chooses otherwise. Help is printed in the same way for
-// all commands.
+// Returns how `output` is printed unless the user chooses otherwise. Help is printed in the same
+// way for all commands.
 FormatParameters GetDefaultFormat(const CliDispatcher& dispatcher, const Command* command,
                                   const Output& output) {
   if (output.GetOutputType() == Output::Help) {

@@ -124,8 +124,8 @@ void Dispatcher::RegisterPlugin(std::shared_ptr<Plugin> plugin) {
   if (plugin == nullptr) {
     throw KestrelException("Null plugin passed to RegisterPlugin");
   }
-  // Retained even if registration fails: nodes that it has registered stay in the tree and need its
-  // code. An exception of one of its own classes needs it too.
+  // The plug-in is retained even if registration fails: nodes that it has registered stay in the
+  // tree and need its code. An exception of one of its own classes needs it too.
   const bool unmapsCode = UnmapsCode(plugin);
   if (unmapsCode) {
     retained_.push_back(plugin);
@@ -134,7 +134,7 @@ void Dispatcher::RegisterPlugin(std::shared_ptr<Plugin> plugin) {
   RegisterFormattersOf(plugin);
   plugins_.push_back(plugin);
   if (unmapsCode) {
-    // Not always the last: its entry point may have loaded other plug-ins that failed.
+    // It is not always the last one: its entry point may have loaded other plug-ins that failed.
     const auto place = std::find(retained_.rbegin(), retained_.rend(), plugin);
     retained_.erase(std::next(place).base());
   }

@@ -37,7 +37,7 @@ namespace {
 
 using Pairs = std::vector<std::pair<std::string, std::string>>;
 
-constexpr std::size_t kMaxUnmovedLine = 4096;  // as long as a terminal lets a line be
+constexpr std::size_t kMaxUnmovedLine = 4096;  // the longest line that a terminal accepts
 
 bool IsBlank(char c) { return c == ' ' || c == '\t'; }
 

@@ -55,12 +55,11 @@ int OpenChildren(pid_t parent) {
 
 /// The processes that receive the signal. They are stopped, so that none of them starts another
 /// process, or ends before its children are known.
-/// before those that it has started are known.
 class Recipients {
  public:
   explicit Recipients(pid_t child) {
     Add(child);
-    // A process may still finish a start while it is being stopped, hence the last round.
+    // A process that is being stopped may still finish starting another one, hence the last round.
     for (std::size_t before = 0; before < count_;) {
       before = count_;
       AddAllChildren();
