@@ -84,7 +84,7 @@ class Selection {
   /// The fields of each row in the order in which they were chosen. Empty if all are printed.
   const std::vector<FieldPath>& Paths() const { return paths_; }
 
-  /// The same as a tree, in which the fields of a structure are together.
+  /// The chosen fields as a tree, in which the fields of a structure are together.
   const FieldChoice& Choice() const { return choice_; }
 
  private:

@@ -70,7 +70,7 @@ class KESTREL_API CommandSpec : public CallSpec::CallTargetSpec, public Namespac
   /// `description` is what the example does.
   void AddExample(std::string arguments, std::string description);
 
-  /// The same for C strings; null counts as the empty string.
+  /// Overload for C strings; null counts as the empty string.
   void AddExample(const char* arguments, const char* description);
 
   /// The examples, each as arguments and description, in the order in which they were added.
@@ -80,13 +80,13 @@ class KESTREL_API CommandSpec : public CallSpec::CallTargetSpec, public Namespac
   /// another. The name is looked up when a result is formatted, not here.
   void SetDefaultOutputFormatter(std::string name);
 
-  /// The same for a C string; null counts as the empty string.
+  /// Overload for a C string; null counts as the empty string.
   void SetDefaultOutputFormatter(const char* name);
 
   /// Sets one parameter of that formatter; a second value replaces the first.
   void SetDefaultOutputParameter(std::string name, std::string value);
 
-  /// The same for C strings; null counts as the empty string.
+  /// Overload for C strings; null counts as the empty string.
   void SetDefaultOutputParameter(const char* name, const char* value);
 
   /// The default formatter's name and parameters, as a copy.

@@ -80,7 +80,7 @@ class KESTREL_API NamespaceNode : public std::enable_shared_from_this<NamespaceN
   /// unchanged then; in the last case `node` has the new name.
   virtual void RegisterNamespaceNode(std::shared_ptr<NamespaceNode> node, std::string name);
 
-  /// The same for a C string; calls the operation above. Null counts as the empty string.
+  /// Overload for a C string; calls the operation above. Null counts as the empty string.
   virtual void RegisterNamespaceNode(std::shared_ptr<NamespaceNode> node, const char* name);
 
   /// Follows the names in `path`, starting with a child of this node, and returns the last node;
@@ -114,7 +114,7 @@ class KESTREL_API NamespaceNode : public std::enable_shared_from_this<NamespaceN
   /// Sets the description, which listings and help show. Any string is accepted.
   void SetDescription(std::string description);
 
-  /// The same for a C string; null counts as the empty string.
+  /// Overload for a C string; null counts as the empty string.
   void SetDescription(const char* description);
 
   /// The description; empty until it is set. The reference is valid as long as the node.

@@ -46,12 +46,12 @@ class KESTREL_API Input {
 
   /// Whether the parameter was given.
   bool HasParameter(const std::string& name) const;
-  /// The same.
+  /// As above.
   bool HasParameter(const char* name) const;
 
   /// Whether the parameter was given; its type does not matter.
   bool IsFlagSet(const std::string& name) const;
-  /// The same.
+  /// As above.
   bool IsFlagSet(const char* name) const;
 
   /// The declared type of a parameter. Throws KestrelException when no such parameter is declared
@@ -64,7 +64,7 @@ class KESTREL_API Input {
   /// Throws KestrelException when the parameter is not declared, is a flag, or can have several
   /// values.
   const std::string& GetParameter(const std::string& name) const;
-  /// The same.
+  /// As above.
   const std::string& GetParameter(const char* name) const;
 
   /// The value of a parameter as an integer, read as `ParameterSpec::GetInt` does; -1 when it is

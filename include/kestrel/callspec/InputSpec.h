@@ -71,8 +71,8 @@ class KESTREL_API InputSpec {
   bool ValidateRequired(const Input& input, const std::shared_ptr<Output>& output) const;
 
   DeclaredParameters declared_;
-  // The same as a list, made on the first request. Until then an addition moves no other parameter;
-  // afterwards additions update the list, because readers may keep a reference to it.
+  // The same parameters as a list, made on request. Until then an addition moves no other
+  // parameter; afterwards additions update the list, because readers may keep a reference to it.
   mutable std::vector<std::shared_ptr<ParameterSpec>> listed_;
   mutable bool isListed_;
   std::set<std::string> contexts_;

@@ -46,15 +46,15 @@ class KESTREL_API Output {
 
   /// Sets the root value to `root`, which is shared, not copied. Null clears it.
   void SetRootObject(const std::shared_ptr<MetaObj::MetaObject>& root);
-  /// The same.
+  /// As above.
   void SetRootObject(const std::shared_ptr<MetaObj::MetaBool>& root);
-  /// The same.
+  /// As above.
   void SetRootObject(const std::shared_ptr<MetaObj::MetaInt>& root);
-  /// The same.
+  /// As above.
   void SetRootObject(const std::shared_ptr<MetaObj::MetaString>& root);
-  /// The same.
+  /// As above.
   void SetRootObject(const std::shared_ptr<MetaObj::MetaList>& root);
-  /// The same.
+  /// As above.
   void SetRootObject(const std::shared_ptr<MetaObj::MetaStruct>& root);
   /// Clears the root value.
   void SetRootObject(std::nullptr_t root);
@@ -64,9 +64,9 @@ class KESTREL_API Output {
 
   /// Appends a message; the empty string is a message too.
   void AddErrorMessage(const std::string& message);
-  /// The same; null counts as the empty string.
+  /// As above; null counts as the empty string.
   void AddErrorMessage(const char* message);
-  /// The same; moves the message.
+  /// As above; moves the message.
   void AddErrorMessage(std::string&& message);
 
   /// Whether at least one message was added.

@@ -35,17 +35,17 @@ class KESTREL_API OutputSpec {
   /// Sets the sample value; moves the owner. Throws KestrelException when `root` is null; the
   /// earlier sample is kept then.
   void SetRootObject(std::shared_ptr<MetaObj::MetaObject>&& root);
-  /// The same; shares `root`.
+  /// As above; shares `root`.
   void SetRootObject(const std::shared_ptr<MetaObj::MetaObject>& root);
-  /// The same; shares `root`.
+  /// As above; shares `root`.
   void SetRootObject(const std::shared_ptr<MetaObj::MetaBool>& root);
-  /// The same; shares `root`.
+  /// As above; shares `root`.
   void SetRootObject(const std::shared_ptr<MetaObj::MetaInt>& root);
-  /// The same; shares `root`.
+  /// As above; shares `root`.
   void SetRootObject(const std::shared_ptr<MetaObj::MetaString>& root);
-  /// The same; shares `root`.
+  /// As above; shares `root`.
   void SetRootObject(const std::shared_ptr<MetaObj::MetaList>& root);
-  /// The same; shares `root`.
+  /// As above; shares `root`.
   void SetRootObject(const std::shared_ptr<MetaObj::MetaStruct>& root);
   /// Always throws, as for every null.
   void SetRootObject(std::nullptr_t root);

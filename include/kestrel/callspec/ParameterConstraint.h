@@ -59,9 +59,9 @@ class KESTREL_API ParameterConstraint {
   /// Adds an allowed string; values are compared with it exactly. An empty description counts as
   /// none. Throws KestrelException and changes nothing when the string is in the list already.
   void AddStringEnum(std::string value, std::string description = std::string());
-  /// The same; null counts as the empty string.
+  /// As above; null counts as the empty string.
   void AddStringEnum(const char* value, const char* description);
-  /// The same, without a description.
+  /// As above, without a description.
   void AddStringEnum(const char* value);
 
   /// Sets the regular expression, in Perl syntax. It is compiled when a value is validated, not

@@ -40,9 +40,9 @@ class KESTREL_API ParameterSpec {
   /// constraint. Throws KestrelException when the name is empty or contains anything except the
   /// letters a to z, digits and '-'.
   static std::shared_ptr<ParameterSpec> New(const std::string& name, ParameterType type);
-  /// The same; moves the name.
+  /// As above; moves the name.
   static std::shared_ptr<ParameterSpec> New(std::string&& name, ParameterType type);
-  /// The same.
+  /// As above.
   static std::shared_ptr<ParameterSpec> New(const char* name, ParameterType type);
 
   ParameterSpec(std::string&& name, ParameterType type, FactoryFlag flag);
@@ -55,7 +55,7 @@ class KESTREL_API ParameterSpec {
 
   /// The type; it never changes.
   ParameterType GetParameterType() const;
-  /// The same as `GetParameterType`.
+  /// Equivalent to `GetParameterType`.
   ParameterType GetType() const;
 
   /// The short name, one character; empty when there is none.
@@ -73,13 +73,13 @@ class KESTREL_API ParameterSpec {
 
   /// Sets the short name, one of a-z, A-Z and 0-9. Throws KestrelException for anything else.
   void SetShortName(std::string shortName);
-  /// The same.
+  /// As above.
   void SetShortName(const char* shortName);
 
   /// Sets the description. It may contain the markers %REGEX%, %ENUM% and %FULLENUM%; see
   /// `GetDescription`.
   void SetDescription(std::string description);
-  /// The same.
+  /// As above.
   void SetDescription(const char* description);
 
   /// Sets whether every call needs this parameter; initially true.

@@ -38,7 +38,7 @@ class KESTREL_API MetaList : public MetaObject {
                                        const std::shared_ptr<MetaStruct>& structure);
   static std::shared_ptr<MetaList> New(MetaType elementKind,
                                        std::shared_ptr<MetaStruct>&& structure);
-  /// The same; an object that is not a structure counts as null.
+  /// As above; an object that is not a structure counts as null.
   static std::shared_ptr<MetaList> New(MetaType elementKind,
                                        const std::shared_ptr<MetaObject>& structure);
   static std::shared_ptr<MetaList> New(MetaType elementKind, std::nullptr_t structure);

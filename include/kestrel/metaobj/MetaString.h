@@ -23,9 +23,9 @@ class KESTREL_API MetaString : public MetaObject {
 
   /// Returns the shared instance for the empty string, a new instance for any other value.
   static std::shared_ptr<MetaString> New(std::string&& value);
-  /// The same, with a copy of `value`.
+  /// As above, with a copy of `value`.
   static std::shared_ptr<MetaString> New(const std::string& value);
-  /// The same, with a copy of a NUL-terminated string. Null counts as the empty string.
+  /// As above, with a copy of a NUL-terminated string. Null counts as the empty string.
   static std::shared_ptr<MetaString> New(const char* value);
 
   /// For input from outside the library: the same as `New`, except that a value that is not valid

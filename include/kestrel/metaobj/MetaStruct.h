@@ -72,7 +72,7 @@ class KESTREL_API MetaStruct : public MetaObject {
   void SetField(const std::string& name, const std::shared_ptr<MetaObject>& value,
                 const std::string& documentation);
 
-  /// The same, without documentation. A value that is not an object yet becomes one; a vector
+  /// As above, without documentation. A value that is not an object yet becomes one; a vector
   /// becomes a list of the matching element kind.
   void SetField(const std::string& name, const std::shared_ptr<MetaObject>& value);
   void SetField(const std::string& name, const std::shared_ptr<MetaStruct>& value);
@@ -93,7 +93,7 @@ class KESTREL_API MetaStruct : public MetaObject {
   /// Always throws, as for every null value.
   void SetField(const std::string& name, std::nullptr_t value);
 
-  /// The same, with a NUL-terminated name.
+  /// As above, with a NUL-terminated name.
   void SetField(const char* name, const std::shared_ptr<MetaObject>& value);
   void SetField(const char* name, const std::shared_ptr<MetaStruct>& value);
   void SetField(const char* name, const std::shared_ptr<MetaList>& value);

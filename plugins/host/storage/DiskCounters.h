@@ -24,10 +24,9 @@ struct DiskCounters {
   TransferCounters discards;
   long flushes = 0;
   long flushMilliseconds = 0;
-  long inProgress = 0;        ///< Requests in progress.
-  long busyMilliseconds = 0;  ///< The time during which there was at least one request.
-  long queuedMilliseconds =
-      0;  ///< The same time, multiplied by the number of requests in progress.
+  long inProgress = 0;          ///< Requests in progress.
+  long busyMilliseconds = 0;    ///< The time during which there was at least one request.
+  long queuedMilliseconds = 0;  ///< That time, multiplied by the requests in progress.
 
   /// Whether the device was never used.
   bool IsUnused() const;
