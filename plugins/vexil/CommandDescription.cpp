@@ -48,7 +48,7 @@ const StructShape& ParameterShape() {
           .String("Description", "What the parameter is for, or none.")
           .String("Summary", "Kind, short name, constraint and values on one line, for readers.")
           .Bool("Required", "Whether the command fails without it.")
-          .Bool("Secret", "Whether the value is asked for without echo.")
+          .Bool("Secret", "Whether the value is prompted for without echo.")
           .Bool("Multiple", "Whether it may be repeated, each time with a value.")
           .String("Constraint", "What narrows the values, as messages say it, or none.")
           .Ints("Bounds", "The least and the greatest accepted integer; empty without a range.")

@@ -23,8 +23,8 @@ const StructShape& Shape() {
   static const StructShape shape =
       StructShape("KernelLogLine")
           .String("Time",
-                  "When it was written, in the time zone of the machine, by its clock of now. Time "
-                  "that the machine spent asleep makes older ones inexact.")
+                  "When it was written, in the time zone of the machine, according to its present "
+                  "clock. Older times are inexact if the machine has been asleep since.")
           .Int("Uptime Microseconds",
                "How long the machine had been running, in microseconds, as the kernel counts.")
           .Int("Level", "How urgent it is, from 0, emergency, to 7, debug.")

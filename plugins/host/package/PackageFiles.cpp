@@ -16,8 +16,8 @@ const StructShape& Shape() {
       StructShape("PackageFile")
           .String("Path", "A file or directory of the package.")
           .String("Diverted To",
-                  "Where it is instead, because another package or the administrator has the path; "
-                  "\"none\" when it is in its place.");
+                  "Its actual path, if another package or the administrator uses this path; "
+                  "otherwise \"none\".");
   return shape;
 }
 

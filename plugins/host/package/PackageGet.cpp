@@ -36,7 +36,7 @@ void DeclareRelations(StructShape& shape) {
       .Strings("Recommends", "What is found with it in most cases.")
       .Strings("Suggests", "What makes it more useful.")
       .Strings("Enhances", "What it makes more useful.")
-      .Strings("Provides", "The virtual packages that it stands for.")
+      .Strings("Provides", "The virtual packages that it provides.")
       .Strings("Breaks", "What does not work with it.")
       .Strings("Conflicts", "What cannot be installed with it.")
       .Strings("Replaces", "Whose files it may overwrite.")

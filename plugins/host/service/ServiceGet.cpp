@@ -32,7 +32,7 @@ const StructShape& Shape() {
                   "\"none\" without systemd.")
           .Int("Main Process", "The number of its main process; 0 when there is none.")
           .String("Since",
-                  "When it came into its state; \"unknown\" when that never happened or is not "
+                  "When it entered its state; \"unknown\" if that never happened or is not "
                   "recorded.")
           .Size("Memory",
                 "How much memory its processes use; 0 and \"unknown\" when it is not "
@@ -41,7 +41,7 @@ const StructShape& Shape() {
           .String("File", "The file that defines it; \"none\" when there is none.")
           .String("Description", "What it is; \"none\" when it is not recorded.")
           .Strings("Last Lines", "The last lines that it wrote to the journal, the oldest first.")
-          .String("Log", "The same for people, or why lines may be missing.");
+          .String("Log", "The lines as one string for people, or why lines may be missing.");
   return shape;
 }
 

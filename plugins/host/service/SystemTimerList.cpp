@@ -24,8 +24,8 @@ const StructShape& Shape() {
       StructShape("Timer")
           .String("Unit", "The name of the timer.")
           .String("Activates", "The unit that it starts; \"none\" when there is none.")
-          .String("Next", "When it starts that next; \"none\" when it will not.")
-          .String("Last", "When it started that last; \"never\" when it has not yet.");
+          .String("Next", "When it next starts the unit; \"none\" if it will not.")
+          .String("Last", "When it last started the unit; \"never\" if it has not yet.");
   return shape;
 }
 

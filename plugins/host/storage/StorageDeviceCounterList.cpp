@@ -38,7 +38,7 @@ const StructShape& Shape() {
           .Int("In Progress", "How many requests there are at this moment.")
           .Int("Busy Milliseconds", "How long there was at least one request, in milliseconds.")
           .Int("Queued Milliseconds",
-               "The same, times the number of requests at each moment, in milliseconds.");
+               "That time multiplied by the requests in progress, in milliseconds.");
   return shape;
 }
 

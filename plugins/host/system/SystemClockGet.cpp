@@ -23,11 +23,11 @@ const StructShape& Shape() {
   static const StructShape shape =
       StructShape("SystemClock")
           .String("Time", "The time in the machine's zone.")
-          .Int("Epoch Seconds", "The same in seconds since 1970 in UTC.")
+          .Int("Epoch Seconds", "The time in seconds since 1970 in UTC.")
           .String("Zone", "The name of the zone; `unknown` if it has none.")
           .String("Abbreviation", "The short name of the zone at that time, such as `CET`.")
           .String("Offset", "What the zone adds to UTC at that time, as in `+01:00`.")
-          .Int("Offset Seconds", "The same in seconds.")
+          .Int("Offset Seconds", "The offset in seconds.")
           .Bool("Synchronized", "Whether the kernel's clock follows a reference.")
           .Int("Maximum Error Microseconds", "The greatest possible error of the clock.")
           .Int("Estimated Error Microseconds", "The estimated error of the clock.")

@@ -23,7 +23,7 @@ const StructShape& Shape() {
           .String("Vendor", "Its vendor; \"unknown\" while it is offline.")
           .String("Model", "Its model; \"unknown\" while it is offline.")
           .String("Frequency", "Its current frequency in MHz; \"unknown\" while it is offline.")
-          .Int("Frequency Kilohertz", "The same in kHz; -1 if unknown.")
+          .Int("Frequency Kilohertz", "The frequency in kHz; -1 if unknown.")
           .SortedBy("Frequency", "Frequency Kilohertz");
   return shape;
 }

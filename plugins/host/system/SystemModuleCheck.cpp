@@ -16,7 +16,7 @@ class SystemModuleCheck final : public HostCommand {
   SystemModuleCheck() : HostCommand("Show whether a module is loaded or built into the kernel.") {
     ShowAsValue();
     AddMetaData("complete:name", "system.module.list Name");
-    AddExample("--name=kernel", "Show whether the core of the kernel is there, which it always is");
+    AddExample("--name=kernel", "Show that the core of the kernel is built in");
   }
 
  private:

@@ -49,7 +49,7 @@ const StructShape& Shape() {
           .Size("Virtual", "Its virtual memory.")
           .Size("Resident", "Its resident memory.")
           .String("Time", "The processor time that it has used: days-hours:minutes:seconds.")
-          .Int("Seconds", "The same in seconds.")
+          .Int("Seconds", "That time in seconds.")
           .SortedBy("Time", "Seconds")
           .String("Started", "When it started, in the time zone of the machine.")
           .String("Terminal", "Its terminal below /dev, or \"none\".")

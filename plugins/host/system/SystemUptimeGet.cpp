@@ -15,7 +15,7 @@ const StructShape& Shape() {
       StructShape("SystemUptime")
           .String("Started", "When the machine was started, in its time zone.")
           .String("Up", "How long it has been running: days-hours:minutes:seconds.")
-          .Int("Seconds", "The same in seconds.")
+          .Int("Seconds", "The time in seconds.")
           .Int("Idle Seconds", "The idle time in seconds, the sum of all processors.");
   return shape;
 }
