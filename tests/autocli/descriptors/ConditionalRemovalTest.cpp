@@ -33,7 +33,7 @@ std::size_t BytesLookedAt(std::string_view text) {
   return bytes;
 }
 
-/// Blocks in one another. Each removal includes the end of the block around it, so that the next
+/// Returns nested blocks. Each removal includes the end of the block around it, so that the next
 /// pass steps into that block.
 std::string NestOfBlocks(std::size_t levels) {
   return Repeat("{ ", levels) + Repeat("$if{no,x} } {}", levels);

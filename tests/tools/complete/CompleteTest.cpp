@@ -149,7 +149,7 @@ TEST_F(CompleteTest, AParameterIsOfferedOnceUnlessItIsRepeatable) {
               ElementsAre("--secret", "--size"));
 }
 
-TEST_F(CompleteTest, AParameterAfterTheCursorIsGivenToo) {
+TEST_F(CompleteTest, AParameterAfterTheCursorCountsAsGiven) {
   EXPECT_THAT(RunForWords({"paint", "list", "--c"}, {"-c", "red"}), IsEmpty());
   EXPECT_THAT(RunForWords({"paint", "list", ""}, {"--force"}), Not(Contains("--force")));
 }
