@@ -74,7 +74,7 @@ class Page:
         return found.group(1) if found else ""
 
     def words(self, macro, source=None):
-        """The arguments of a macro in the source, a word each, without commas."""
+        """Returns the arguments of a macro in the source as single words, without commas."""
         lines = re.findall(rf"^\.(?:It )?{macro} (.*)$", source or self.source, re.MULTILINE)
         return [word for line in lines
                 for word in re.split(r"[ ,.]+", line.replace(f"{macro} ", "")) if word]

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Tests of check_manual.py over an installed tree with one program and its page."""
+"""Tests of check_manual.py with an installed tree that contains one program and its page."""
 
 import os
 import shutil

@@ -38,7 +38,7 @@ class Sink:
 
     name = "file"
     limit = None
-    unnoticed = 0  # how many bytes may be lost unnoticed
+    unnoticed = 0  # the number of bytes that may be lost without being noticed
 
     def open(self, folder):
         self.path = os.path.join(folder, "sink")
@@ -91,8 +91,8 @@ class SizeLimit(Sink):
 
 
 class BrokenPipe(Sink):
-    """A pipe whose reader takes some bytes and closes it. Bytes that are in the pipe at that moment
-    are lost unnoticed."""
+    """A pipe whose reader takes some bytes and closes it. The loss of bytes that are in the
+    pipe at that moment is not noticed."""
 
     def __init__(self, taken):
         self.taken = taken

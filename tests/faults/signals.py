@@ -26,10 +26,10 @@ import tool
 
 SIGNALS = ("HUP", "INT", "QUIT", "TERM", "USR1", "USR2", "ALRM", "XCPU", "VTALRM", "PROF")
 FORWARDED = ("INT", "TERM")
-# Longer than the processes below the tool need to end.
+# The processes below the tool need less time to end.
 MAX_SECONDS_LEFT = 5
 LONG_CHILD_SECONDS = 60
-# After this a user presses the key again.
+# After this time, a user would press the key again.
 SECONDS_BEFORE_SECOND = 3
 
 PR_SET_CHILD_SUBREAPER = 36

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Runs the tool for long, and often.
+"""Runs the tool for a long time, and many times.
 
 lines    One process reads command lines from its standard input: values, lists, messages, every
          formatter, commands that run a child. After a tenth of the lines and at the end, its

@@ -119,7 +119,7 @@ def wait(process, terminal, seconds=MAX_SECONDS):
             elif ended in ready:
                 return os.waitstatus_to_exitcode(os.waitpid(process, 0)[1])
             elif terminal is not None:
-                terminal.answer()  # to a prompt that could not be printed
+                terminal.answer()  # the prompt could not be printed
             if time.monotonic() > end:
                 os.kill(process, signal.SIGKILL)
                 os.waitpid(process, 0)
@@ -217,7 +217,7 @@ def describe(result, whole, size=400):
 
 
 def environment(**more):
-    """What the tool needs to run; nothing of the caller's settings."""
+    """Returns the environment variables that the tool needs, without the caller's settings."""
     return {"PATH": "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin", "HOME": "/",
             "LC_ALL": "C.UTF-8", "TZ": "UTC0", **more}
 

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Preloaded into a program, makes allocation number FAIL_AT fail; with FAIL_FROM_THEN_ON set, also
-// all after it. At its normal end the program writes the number of its allocations to the file
-// FAIL_COUNT_FILE, if that is set. Child processes are not affected.
+// When preloaded into a program, makes memory allocation number FAIL_AT fail, and with
+// FAIL_FROM_THEN_ON set also all later ones. At its normal end, the program writes the number of
+// its allocations to the file FAIL_COUNT_FILE, if that is set. Child processes are not affected.
 //
 // With FAIL_AFTER_NAME_SERVICE set, the C library reads /etc/nsswitch.conf before the count starts:
 // glibc 2.36 uses a null pointer when memory runs out there, which no program can prevent.
