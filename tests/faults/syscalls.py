@@ -135,6 +135,13 @@ def command(campaign, line, fault):
     return [*strace(*options, *(["-P", fault.path] if fault.path else [])), *program]
 
 
+def without_strace(result):
+    """The result without what strace itself has printed."""
+    lines = result.err.splitlines(keepends=True)
+    return result._replace(err=b"".join(line for line in lines
+                                        if not line.startswith(b"/usr/bin/strace:")))
+
+
 def can_trace(campaign):
     line = tool.CommandLine("version", ["--version"])
     result = tool.run([*strace("-o", "/dev/null"), campaign.tool, "--version"],
@@ -178,7 +185,8 @@ def main():
             faults = chance.sample(faults, min(options.sample, len(faults)))
 
         def fail(fault, line=line, whole=whole, stderr_writes=stderr_writes):
-            result = tool.run(command(campaign, line, fault), tool.environment(), line)
+            result = without_strace(
+                tool.run(command(campaign, line, fault), tool.environment(), line))
             tally.add(outcome_of(fault, result, whole, stderr_writes),
                       f"{line.name}, {fault.name}", tool.describe(result, whole))
 

@@ -107,10 +107,16 @@ std::string FindTransport(const std::string& folder, const std::string& name) {
   return FindTransportName(name, {{"nvme", "nvme"}, {"mmcblk", "mmc"}});
 }
 
+// Returns an attribute that every device has; an empty string if the device has gone. Any other
+// failure is an error, because the device would be missing from the list.
+std::string ReadRequiredAttribute(const std::string& path) {
+  return std::string(Trim(ReadOptionalFile(path).value_or(std::string())));
+}
+
 // Reads what disks and partitions have in common.
 std::optional<BlockDevice> ReadDevice(const std::string& folder, const std::string& folderName) {
-  const auto number = ParseDeviceNumber(ReadAttribute(folder + "/dev"));
-  const auto size = ReadNumber(folder + "/size");
+  const auto number = ParseDeviceNumber(ReadRequiredAttribute(folder + "/dev"));
+  const auto size = ParseNumber(ReadRequiredAttribute(folder + "/size"));
   if (!number || !size) {
     return std::nullopt;
   }

@@ -97,6 +97,17 @@ TEST(StorageErrorTest, AnAttributeOfADeviceIsNotLost) {
                                               ": Is a directory"));
 }
 
+TEST(StorageErrorTest, ADeviceWithAnUnreadableSizeIsNotLost) {
+  const ScopedTempDir folder;
+  ASSERT_EQ(::chmod(folder.GetPath().c_str(), 0755), 0);
+  folder.Write("block/sda/dev", "8:0\n");
+  const std::string size = folder.Write("block/sda/size", "8\n");
+  ASSERT_EQ(::chmod(size.c_str(), 0), 0);
+  const PlainUser user;
+  EXPECT_THAT([&] { ReadBlockDevices(folder.GetPath(), {}); },
+              ThrowsMessage<KestrelException>("Unable to read " + size + ": Permission denied"));
+}
+
 TEST(StorageErrorTest, FailingToStartAChildIsAnError) {
   const FileLimit limit(0);
   EXPECT_THAT(
