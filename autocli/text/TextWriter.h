@@ -130,7 +130,7 @@ class TextWriter {
   static constexpr std::size_t kMaxEscapedAtOnce = 1024;
 
   // The first is 0 instead of 1, so that the number 0 has one digit.
-  static constexpr std::array<unsigned long, 20> kPowersOfTen = [] {
+  static constexpr std::array<unsigned long, 20> kPowersOfTen = []() {
     std::array<unsigned long, 20> powers{};
     for (unsigned long power = 10, i = 1; i < powers.size(); ++i, power *= 10) {
       powers[i] = power;

@@ -22,12 +22,14 @@ namespace {
 struct Libarchive : LoadedLibrary {
   Libarchive() : LoadedLibrary(KESTREL_HOST_LIBARCHIVE) {}
   KESTREL_LOADED(archive_entry_filetype);
+  KESTREL_LOADED(archive_entry_free);
   KESTREL_LOADED(archive_entry_gid);
   KESTREL_LOADED(archive_entry_gname);
   KESTREL_LOADED(archive_entry_gname_utf8);
   KESTREL_LOADED(archive_entry_hardlink);
   KESTREL_LOADED(archive_entry_mtime);
   KESTREL_LOADED(archive_entry_mtime_is_set);
+  KESTREL_LOADED(archive_entry_new2);
   KESTREL_LOADED(archive_entry_pathname);
   KESTREL_LOADED(archive_entry_pathname_utf8);
   KESTREL_LOADED(archive_entry_size);
@@ -39,8 +41,9 @@ struct Libarchive : LoadedLibrary {
   KESTREL_LOADED(archive_error_string);
   KESTREL_LOADED(archive_read_free);
   KESTREL_LOADED(archive_read_new);
-  KESTREL_LOADED(archive_read_next_header);
+  KESTREL_LOADED(archive_read_next_header2);
   KESTREL_LOADED(archive_read_open_fd);
+  KESTREL_LOADED(archive_read_set_callback_data);
   KESTREL_LOADED(archive_read_support_filter_bzip2);
   KESTREL_LOADED(archive_read_support_filter_gzip);
   KESTREL_LOADED(archive_read_support_filter_xz);
@@ -58,6 +61,11 @@ struct CloseArchive {
   void operator()(archive* reader) const { Library().archive_read_free(reader); }
 };
 using Reader = std::unique_ptr<archive, CloseArchive>;
+
+struct FreeEntry {
+  void operator()(archive_entry* entry) const { Library().archive_entry_free(entry); }
+};
+using Entry = std::unique_ptr<archive_entry, FreeEntry>;
 
 using StringOf = const char* (*)(archive_entry*);
 
@@ -110,11 +118,18 @@ ArchiveMember ToMember(archive_entry* entry) {
   return member;
 }
 
-Reader NewReader() {
-  Reader reader(Library().archive_read_new());
-  if (reader == nullptr) {
+void RequireMemory(bool isAllocated) {
+  if (!isAllocated) {
     throw KestrelException("Unable to read archives: Cannot allocate memory");
   }
+}
+
+// libarchive does not check that it has memory for the data of its callbacks, which is allocated
+// when they are set first, nor for an entry of its own.
+Reader NewReader() {
+  Reader reader(Library().archive_read_new());
+  RequireMemory(reader != nullptr);
+  RequireMemory(Library().archive_read_set_callback_data(reader.get(), nullptr) == ARCHIVE_OK);
   Library().archive_read_support_format_tar(reader.get());
   Library().archive_read_support_format_zip(reader.get());
   Library().archive_read_support_filter_gzip(reader.get());
@@ -135,12 +150,13 @@ void VisitArchive(const std::string& path, const std::function<void(const Archiv
   constexpr std::size_t kReadSize = 1 << 17;
   const FileDescriptor file = OpenRegularFile(path);
   const Reader reader = NewReader();
+  const Entry entry(Library().archive_entry_new2(reader.get()));
+  RequireMemory(entry != nullptr);
   if (Library().archive_read_open_fd(reader.get(), file.Get(), kReadSize) != ARCHIVE_OK) {
     ThrowArchiveError(path, *reader);
   }
   for (;;) {
-    archive_entry* entry = nullptr;
-    const int result = Library().archive_read_next_header(reader.get(), &entry);
+    const int result = Library().archive_read_next_header2(reader.get(), entry.get());
     if (result == ARCHIVE_EOF) {
       return;
     }
@@ -148,7 +164,7 @@ void VisitArchive(const std::string& path, const std::function<void(const Archiv
     if (result != ARCHIVE_OK && result != ARCHIVE_WARN) {
       ThrowArchiveError(path, *reader);
     }
-    visit(ToMember(entry));
+    visit(ToMember(entry.get()));
   }
 }
 
