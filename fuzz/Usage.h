@@ -1,0 +1,37 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstddef>
+#include <ctime>
+
+namespace Kestrel::Fuzz {
+
+/// Counts an allocation of the program's operator new.
+void CountAllocation(std::size_t size);
+
+/// Limits what the code between its construction and Check may use, in proportion to its input. For
+/// that, the program's operator new counts bytes; released memory counts too.
+class Usage {
+ public:
+  explicit Usage(std::size_t inputSize);
+
+  /// Requires that at most `kMaxBytesPerByte` bytes and `kMaxNanosecondsPerByte` were used for each
+  /// byte of the input, beyond what any input may use.
+  void Check() const;
+
+ private:
+  // A row of a small line takes some hundred bytes, and a vector that grows takes three times as
+  // much as in the end.
+  static constexpr std::size_t kMaxBytesPerByte = 1024;
+  static constexpr std::size_t kMaxBytes = std::size_t{256} << 10;
+  static constexpr long kMaxNanosecondsPerByte = 50'000;
+  static constexpr long kMaxNanoseconds = 50'000'000;
+
+  std::size_t inputSize_;
+  std::size_t bytesBefore_;
+  long nanosecondsBefore_;
+};
+
+}  // namespace Kestrel::Fuzz
