@@ -97,7 +97,7 @@ def soak_lines(campaign, count):
     status = process.wait(tool.MAX_SECONDS)
     begin, end = measurements[0], measurements[-1]
     print(f"lines: {count} in {time.monotonic() - started:.0f} s, status {status}: from {begin} "
-          f"to {end}")
+          f"to {end}", flush=True)
     return (status == 0 and end.memory - begin.memory < MAX_GROWTH_KB
             and end.descriptors == begin.descriptors and end.children == 0)
 

@@ -30,7 +30,7 @@ GOOD = ("same", "reported")
 Result = collections.namedtuple("Result", "out err status")
 HANG = Result(b"", b"", None)
 
-MAX_SECONDS = 20
+MAX_SECONDS = 60
 
 
 class CommandLine:
