@@ -35,12 +35,14 @@ uid_t FindOwnerOfProgram() {
   return stat("/proc/self/exe", &status) == 0 ? status.st_uid : 0;
 }
 
+// The root folder for a relative path in a working folder that has been deleted.
 std::string MakeAbsolute(const std::string& path) {
   if (!path.empty() && path[0] == '/') {
     return path;
   }
   std::error_code error;
-  return std::filesystem::current_path(error).string() + "/" + path;
+  const std::string folder = std::filesystem::current_path(error).string();
+  return error ? "/" : folder + "/" + path;
 }
 
 /// Follows a path from the root folder, one name after the other, and checks all that it opens.

@@ -77,6 +77,15 @@ TEST_F(CheckedFileTest, OpensARelativePathInTheWorkingFolder) {
   EXPECT_EQ(text, "text");
 }
 
+TEST_F(CheckedFileTest, FindsNoFileInAWorkingFolderThatIsDeleted) {
+  const fs::path before = fs::current_path();
+  fs::current_path(Inner());
+  fs::remove_all(Inner());
+  const CheckedFile file = OpenCheckedFile("etc/passwd");
+  fs::current_path(before);
+  EXPECT_TRUE(fs::is_directory(PathOfDescriptor(file.descriptor.Get())));
+}
+
 TEST_F(CheckedFileTest, FollowsLinks) {
   fs::create_symlink("inner", folder_.GetPath("relative"));
   fs::create_symlink(Inner(), folder_.GetPath("absolute"));
