@@ -14,6 +14,11 @@ install(TARGETS kestrel EXPORT KestrelTargets
 file(RELATIVE_PATH from_bin_to_lib ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
 set_target_properties(vexil PROPERTIES INSTALL_RPATH "$ORIGIN/${from_bin_to_lib}")
 install(TARGETS vexil RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tool)
+if(TARGET vexil-lint)
+  set_target_properties(vexil-lint PROPERTIES INSTALL_RPATH "$ORIGIN/${from_bin_to_lib}")
+  install(TARGETS vexil-lint RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tool)
+  set(author_tools vexil-lint)
+endif()
 file(RELATIVE_PATH from_libexec_to_lib
      ${CMAKE_INSTALL_FULL_LIBEXECDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
 set_target_properties(vexil-complete PROPERTIES INSTALL_RPATH "$ORIGIN/${from_libexec_to_lib}")
@@ -59,4 +64,4 @@ add_custom_target(stage ALL
           -P ${PROJECT_SOURCE_DIR}/cmake/KestrelStage.cmake
   COMMENT "Staging the installed tree"
   VERBATIM)
-add_dependencies(stage kestrel vexil vexil-complete ${plugins})
+add_dependencies(stage kestrel vexil vexil-complete ${author_tools} ${plugins})

@@ -52,6 +52,7 @@ LAYERS = [
     ["tools/catalog"],
     ["plugins/vexil"],
     ["tools/complete"],
+    ["tools/lint"],
 ]
 RANK = {folder: rank for rank, folders in enumerate(LAYERS) for folder in folders}
 LIBRARY = [folder for folder in RANK if not folder.startswith(("plugins/", "tools/", "vexil"))]
@@ -95,8 +96,8 @@ RESERVED = {
     "kestrel/platform/TessaLibs.h": ["metaobj", "autocli/dispatch"],
     "kestrel/platform/Zoluser.h": ["autocli/process"],
     "kestrel/platform/AuditTls.h": ["autocli/dispatch"],
-    "libxml/": ["autocli/descriptors"],
-    "dlfcn.h": ["autocli/plugins", "callspec/expression"],
+    "libxml/": ["autocli/descriptors", "tools/lint"],
+    "dlfcn.h": ["autocli/plugins", "callspec/expression", "tools/lint"],
     "termios.h": ["autocli/process"],
     "sys/ioctl.h": ["autocli/dispatch"],
 }

@@ -46,7 +46,9 @@ contains libkestrel '/usr/lib/.*libkestrel\.so\.[0-9]+' '/usr/lib/.*libkestrel\.
 contains libkestrel-dev '/usr/lib/.*libkestrel\.so' '/usr/include/kestrel/kestrel\.h' \
   '/usr/lib/.*KestrelConfig\.cmake' '/usr/lib/.*/kestrel\.pc' \
   '/usr/share/man/man3/vexil-plugin\.3'
-contains vexil '/usr/bin/vexil' '/usr/lib/norvane/vexil/ext/' '/usr/lib/norvane/vexil/host\.so' \
+contains vexil '/usr/bin/vexil' '/usr/bin/vexil-lint' '/usr/share/man/man1/vexil-lint\.1' \
+  '/usr/share/bash-completion/completions/vexil-lint' \
+  '/usr/lib/norvane/vexil/ext/' '/usr/lib/norvane/vexil/host\.so' \
   '/usr/libexec/vexil-complete' '/usr/share/bash-completion/completions/vexil' \
   '/usr/share/zsh/.*/_vexil' '/usr/share/fish/vendor_completions\.d/vexil\.fish' \
   '/usr/share/man/man1/vexil-complete\.1' \

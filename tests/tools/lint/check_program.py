@@ -1,0 +1,92 @@
+#!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+"""Checks the program vexil-lint: its options, its status, and that our own plug-ins are clean.
+
+    check_program.py PROGRAM FOLDER...
+
+There must be no finding at all in any FOLDER of plug-ins.
+"""
+
+import json
+import os
+import subprocess
+import sys
+import tempfile
+
+BAD = "<x><version>1</version></x>"
+
+
+class Checker:
+    def __init__(self, program):
+        self.program = program
+        self.failures = 0
+
+    def run(self, *arguments):
+        return subprocess.run([self.program, *arguments], capture_output=True, text=True,
+                              timeout=60, check=False)
+
+    def expect(self, condition, what):
+        if not condition:
+            self.failures += 1
+            print(f"FAILED: {what}", file=sys.stderr)
+
+    def check_answers(self):
+        for option, start in (("--help", "vexil-lint [OPTION]"), ("--version", "vexil-lint 0."),
+                              ("--rules", "attribute-missing (error)\n")):
+            done = self.run(option)
+            self.expect(done.returncode == 0 and done.stdout.startswith(start), option)
+        rules = [line.split()[0] for line in self.run("--rules").stdout.splitlines()]
+        for rule in rules:
+            done = self.run("--explain", rule)
+            self.expect(done.returncode == 0 and done.stdout.startswith(rule + " ("), rule)
+
+    def check_mistakes(self):
+        for arguments in ((), ("--format", "yaml", "x"), ("--format",), ("--explain", "none"),
+                          ("--suppress=none", "x"), ("--bad", "x")):
+            done = self.run(*arguments)
+            self.expect(done.returncode == 2 and done.stderr.startswith("vexil-lint: "),
+                        f"status of {arguments}: {done}")
+
+    def check_statuses(self, folder):
+        bad = os.path.join(folder, "bad.xml")
+        with open(bad, "w", encoding="utf-8") as file:
+            file.write(BAD)
+        done = self.run(bad)
+        self.expect(done.returncode == 1, f"status of findings: {done}")
+        self.expect(done.stdout.startswith(f"{bad}:1:1: error: element-missing: "), done.stdout)
+        missing = os.path.join(folder, "missing.xml")
+        done = self.run(missing, bad)
+        self.expect(done.returncode == 2 and bad in done.stdout and missing in done.stderr,
+                    f"a file that is missing: {done}")
+        done = self.run("--suppress", "version", "--suppress=element-missing", bad)
+        self.expect(done.returncode == 0 and done.stdout == "", f"suppressed: {done}")
+        for form, key in (("json", "findings"), ("sarif", "runs")):
+            done = self.run(f"--format={form}", bad)
+            self.expect(done.returncode == 1 and key in json.loads(done.stdout), form)
+        with open("/dev/full", "w", encoding="utf-8") as full:
+            status = subprocess.run([self.program, bad], stdout=full, check=False).returncode
+        self.expect(status == 2, "standard output that is full")
+
+    def check_clean(self, folders):
+        for folder in folders:
+            files = [name for name in os.listdir(folder) if name.endswith((".so", ".xml"))]
+            self.expect(files != [], f"{folder} has plug-ins")
+        # host.so declares a namespace that a descriptor uses.
+        done = self.run(*reversed(folders))
+        self.expect(done.returncode == 0 and done.stdout == "", done.stdout)
+
+
+def main():
+    checker = Checker(sys.argv[1])
+    checker.check_answers()
+    checker.check_mistakes()
+    with tempfile.TemporaryDirectory() as folder:
+        checker.check_statuses(folder)
+    for folder in sys.argv[2:]:
+        checker.check_clean([folder])
+    return 1 if checker.failures else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

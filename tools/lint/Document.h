@@ -1,0 +1,123 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tools/lint/Finding.h"
+
+struct _xmlDoc;
+struct _xmlNode;
+
+namespace Kestrel::Lint {
+
+struct Attribute {
+  std::string name;
+  std::string value;
+};
+
+/// A run of text, a CDATA section, a comment or a processing instruction.
+struct Piece {
+  enum class Kind { Text, CData, Comment, Instruction };
+
+  Kind kind = Kind::Text;
+  std::string text;
+  /// For each byte of `text`, the byte of the file that it comes from.
+  std::vector<std::size_t> offsets;
+
+  bool IsText() const { return kind == Kind::Text || kind == Kind::CData; }
+  bool HasWords() const { return text.find_first_not_of(" \t\r\n") != std::string::npos; }
+};
+
+/// A comment that suppresses rules for the element after it.
+struct Suppression {
+  Position position;
+  std::vector<std::string> rules;
+  bool hasReason = false;
+  std::set<std::string> used;  // the rules that it has suppressed
+};
+
+/// An element of a document, with its place.
+struct Element {
+  std::string name;  // without a prefix
+  Position position;
+  std::vector<Attribute> attributes;
+  std::vector<std::unique_ptr<Element>> children;
+  std::vector<Piece> pieces;  // what is directly in the element, without its children
+  std::vector<std::shared_ptr<Suppression>> suppressions;
+  const Element* parent = nullptr;
+  /// The same element for the functions of the library.
+  _xmlNode* node = nullptr;
+
+  /// The value of an attribute; empty when there is none, as the loader sees it.
+  const std::string& Get(std::string_view attribute) const;
+  bool Has(std::string_view attribute) const;
+  /// The first child of a name, or null.
+  const Element* Find(std::string_view child) const;
+  std::vector<const Element*> FindAll(std::string_view child) const;
+  /// The piece that the loader takes for the content of the element: the last one. Null for none.
+  const Piece* GetContentPiece() const;
+  /// The content as the loader sees it.
+  std::string GetContent() const;
+};
+
+/// Keeps the parser from printing diagnostics on standard error during its lifetime.
+class SilentParser {
+ public:
+  SilentParser();
+  SilentParser(const SilentParser&) = delete;
+  SilentParser& operator=(const SilentParser&) = delete;
+  ~SilentParser();
+
+ private:
+  void (*const handler_)(void* context, const char* format, ...);
+  void* const context_;
+};
+
+/// A parsed file.
+class Document {
+ public:
+  /// Why a file has no elements to examine, and where.
+  struct Problem {
+    const char* rule;
+    Position position;
+    std::string what;
+    /// Whether the loader may accept the file all the same.
+    bool mayLoad = false;
+  };
+
+  explicit Document(std::string text);
+  Document(const Document&) = delete;
+  Document& operator=(const Document&) = delete;
+  ~Document();
+
+  /// Null when there is a problem.
+  const Element* GetRoot() const { return root_.get(); }
+  const std::optional<Problem>& GetProblem() const { return problem_; }
+  const std::vector<std::shared_ptr<Suppression>>& GetSuppressions() const { return suppressions_; }
+
+  /// The place of a byte of the text.
+  Position PositionOf(std::size_t offset) const;
+
+ private:
+  friend class Scanner;
+
+  void Parse();
+  void Link();
+
+  const std::string text_;
+  std::vector<std::size_t> lineStarts_;
+  _xmlDoc* tree_ = nullptr;
+  std::unique_ptr<Element> root_;
+  std::vector<std::shared_ptr<Suppression>> suppressions_;
+  std::optional<Problem> problem_;
+};
+
+}  // namespace Kestrel::Lint

@@ -1,0 +1,35 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <bitset>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Kestrel::Lint {
+
+using ByteSet = std::bitset<256>;
+
+/// A regular expression as a tree.
+struct ExpressionNode {
+  enum class Kind { Bytes, Sequence, Alternatives, Repeat };
+
+  Kind kind = Kind::Sequence;
+  ByteSet bytes;  // of Bytes
+  std::vector<ExpressionNode> children;
+  std::size_t least = 0;              // of Repeat
+  std::optional<std::size_t> most{};  // of Repeat; nothing when there is no limit
+};
+
+/// Reads an expression in the syntax of constraints. Nothing when it contains something whose
+/// language is not regular or not known here: back-references, assertions, anchors within it,
+/// flags. Does not report every error of the syntax.
+std::optional<ExpressionNode> ParseExpression(const std::string& text);
+
+/// A node that matches exactly `text`.
+ExpressionNode LiteralExpression(const std::string& text);
+
+}  // namespace Kestrel::Lint

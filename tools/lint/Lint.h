@@ -1,0 +1,30 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "tools/lint/Finding.h"
+
+namespace Kestrel::Lint {
+
+struct LintResult {
+  /// In the order of `Finding`.
+  std::vector<Finding> findings;
+  /// Messages about what could not be read.
+  std::vector<std::string> unreadable;
+};
+
+/// Examines descriptors and shared objects, in this order and as the loader would load them into
+/// one tree. A folder stands for the plug-ins in it. Findings of the rules `suppressed` are
+/// dropped.
+LintResult LintFiles(const std::vector<std::string>& paths,
+                     const std::set<std::string>& suppressed);
+
+/// 0 for no finding of severity error or warning, 1 for some, 2 if something could not be read.
+int StatusOf(const LintResult& result);
+
+}  // namespace Kestrel::Lint

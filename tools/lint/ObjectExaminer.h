@@ -1,0 +1,38 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "tools/lint/SharedObject.h"
+
+namespace Kestrel::Lint {
+
+/// Examines a shared object in this process, which may not survive it.
+///
+/// `enter` is called with the name of what is examined next, before anything of the shared object
+/// runs for it; `report` with every fault.
+class ObjectExaminer {
+ public:
+  using Enter = std::function<void(const std::string& what)>;
+  using Report = std::function<void(const ObjectFault& fault)>;
+
+  ObjectExaminer(Enter enter, Report report)
+      : enter_(std::move(enter)), report_(std::move(report)) {}
+
+  /// Loads the plug-ins `before`, then `file`, and examines what that adds. Returns the tree and
+  /// the formatters that it adds; the faults are reported on the way.
+  ObjectReport Run(const std::string& file, const std::vector<std::string>& before);
+
+ private:
+  Enter enter_;
+  Report report_;
+};
+
+/// The exported names in a shared object that look like a misspelt entry point.
+std::vector<std::string> FindMisspeltEntryPoints(const std::string& file);
+
+}  // namespace Kestrel::Lint

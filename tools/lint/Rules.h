@@ -1,0 +1,29 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+namespace Kestrel::Lint {
+
+enum class Severity { Error, Warning, Note, Info };
+
+/// The word for a severity in a report: "error".
+const char* WordOf(Severity severity);
+
+struct Rule {
+  const char* id;
+  Severity severity;
+  /// What `--explain` prints: what the rule reports, why that matters and what to do.
+  const char* explanation;
+};
+
+/// All rules, in byte order of their identifiers.
+const std::vector<Rule>& GetRules();
+
+/// The rule with an identifier, or null.
+const Rule* FindRule(std::string_view id);
+
+}  // namespace Kestrel::Lint
