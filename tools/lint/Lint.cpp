@@ -112,6 +112,7 @@ class Linter {
       CheckFormats(command, host_, report);
       CheckMetaData(command, report);
       CheckScript(command, report);
+      CheckTemplates(document, command, report);
     }
     CheckSuppressions(document, report);
   }

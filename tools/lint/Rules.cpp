@@ -35,6 +35,16 @@ const std::vector<Rule>& GetRules() {
       {"attribute-unknown", kWarning,
        "The loader ignores attributes that it does not know, so a misspelt one has no effect.\n"
        "Correct the name, or remove the attribute. Names with a prefix are not reported."},
+      {"changed-quotes", kNote,
+       "In single quotes directly around a marker, a value loses its own single quotes. "
+       "Everything\n"
+       "else arrives as it was typed. Pass the value in 'stdin' if quotes matter."},
+      {"changed-value", kWarning,
+       "A value arrives at the program with other bytes than the user typed: with backslashes, "
+       "without\n"
+       "line ends, or as the name of a file; or the shell cannot read the line. No option or "
+       "command\n"
+       "is added. The message has such a value."},
       {"constraint-everything", kWarning,
        "Every value of the parameter's type passes the constraint, so it restricts nothing.\n"
        "Restrict it, or remove it."},
@@ -74,6 +84,9 @@ const std::vector<Rule>& GetRules() {
        "The file is not in UTF-8. It is loaded, but nothing in it is examined except by the\n"
        "loader. Write it in UTF-8."},
       {"example-invalid", kError, "An example of a command is refused by its own declaration."},
+      {"execute-keyword", kWarning,
+       "If the variable LANG is not set, LANG=en_US.UTF-8 is put before the shell command. Before\n"
+       "if, for, while, until, case, ( and { that is a syntax error. Begin the command with ':;'."},
       {"execute-missing", kError,
        "The command has no shell command. The loader skips the whole descriptor."},
       {"field-empty", kWarning,
@@ -95,6 +108,35 @@ const std::vector<Rule>& GetRules() {
       {"formatter-unknown", kError,
        "There is no formatter of this name. Every call ends with an error unless the user names\n"
        "another one. Formatters of shared objects that are examined too are known."},
+      {"marker-kind", kError,
+       "$val is for one value, $list and $multilist are for lists, and a flag has no value: only "
+       "$if\n"
+       "is for flags."},
+      {"marker-malformed", kError,
+       "A marker does not have one of the forms $val{name}, $if{name,text}, $list{name,'c',true} "
+       "and\n"
+       "$multilist{name,prefix,false}. It reaches the shell unchanged."},
+      {"marker-misspelt", kError,
+       "Something looks like a marker and is none. It reaches the shell unchanged, which takes it "
+       "for\n"
+       "a variable."},
+      {"marker-nesting", kError,
+       "The text of an $if ends at the first '}' in it that is not the end of a $val. It cannot\n"
+       "contain another $if, and a list in it must be at its very end."},
+      {"marker-outside-if", kError,
+       "The marker of a parameter that is not given is left in the template, outside of an $if "
+       "for\n"
+       "that parameter. The shell takes it for a variable and braces."},
+      {"marker-place", kWarning,
+       "A marker is within a here-document, arithmetic, a case or another construct, and what the\n"
+       "shell makes of a value there is not examined. Pass it as an argument or in 'stdin'."},
+      {"marker-program", kError,
+       "A value becomes a part of a program for another interpreter, whose rules of quoting the\n"
+       "markers do not know. Pass it as an argument to that program."},
+      {"marker-unclosed", kError, "A marker has no '}'. It reaches the shell unchanged."},
+      {"marker-unknown", kError,
+       "A marker names a parameter that the command does not have. It reaches the shell "
+       "unchanged."},
       {"meta-data-key", kWarning,
        "The name of a meta-data entry is close to 'changes' or 'complete:PARAMETER', which have a\n"
        "meaning, but is neither. Other names can be used as you like."},
@@ -153,6 +195,8 @@ const std::vector<Rule>& GetRules() {
       {"parameter-untypable", kError,
        "The parameter can be declared but not typed: an option begins with a letter, and --help\n"
        "and -h are taken."},
+      {"parameter-unused", kWarning,
+       "Neither template contains the parameter, so it has no effect. Its marker may be misspelt."},
       {"path-duplicate", kError,
        "Two commands, or a command and a namespace, have one path, or a top-level namespace is\n"
        "declared with two descriptions. All files that are examined together count."},
@@ -177,6 +221,9 @@ const std::vector<Rule>& GetRules() {
       {"script-relative", kNote,
        "The shell command runs in the folder of the user and does not know the folder of its\n"
        "descriptor. Write an absolute path."},
+      {"secret-on-command-line", kError,
+       "While a shell command runs, every user of the machine can read its words. Pass secrets in\n"
+       "'stdin'."},
       {"shape-invalid", kError,
        "The loader cannot build the declared result and skips the whole descriptor."},
       {"shape-missing", kError,
@@ -191,6 +238,18 @@ const std::vector<Rule>& GetRules() {
       {"text-ignored", kWarning,
        "The loader ignores text between elements. A line that was to be a comment or an element\n"
        "has no effect."},
+      {"unsafe-command", kError,
+       "A value makes the shell run a command that the template does not contain. The message has\n"
+       "such a value. Write the quotes of '$val{name}' directly around the marker and nowhere "
+       "else."},
+      {"unsafe-option", kError,
+       "A value becomes a word that begins with '-', which a program takes for an option: '-0' is "
+       "an\n"
+       "integer too. Write --name='$val{name}', put -- before it, or restrict the value."},
+      {"unsafe-word", kError,
+       "A value becomes more than one word: at a space, as the pattern of file names, or, in bash, "
+       "at\n"
+       "braces. An integer may have a space before it. Write '$val{name}' in quotes."},
       {"version", kError,
        "The version of the descriptor language is missing or unknown. It is 1.0.0, and spaces\n"
        "count. The loader skips the whole descriptor."},

@@ -1,0 +1,417 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+// lint_campaign WORDS COUNT [SEED]: compares what vexil-lint says about values in templates with
+// what dash and bash do.
+//
+// Inserts COUNT values into random templates, runs each command line in a scratch folder, and
+// compares: whether a command runs that the template does not contain, whether there are more words
+// than with a harmless value, and whether there are more options. WORDS is a program that notes its
+// arguments. Prints each difference; the status is 1 if there was one.
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <optional>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "kestrel/callspec/InputSpec.h"
+#include "kestrel/callspec/Output.h"
+#include "kestrel/callspec/ParameterConstraint.h"
+#include "kestrel/callspec/ParameterSpec.h"
+#include "support/ScopedTempDir.h"
+#include "tools/lint/FileReport.h"
+#include "tools/lint/Injection.h"
+#include "tools/lint/ValuePool.h"
+
+namespace {
+
+using Kestrel::CallSpec::InputSpec;
+using Kestrel::CallSpec::Output;
+using Kestrel::CallSpec::ParameterConstraint;
+using Kestrel::CallSpec::ParameterSpec;
+using Kestrel::CallSpec::ParameterType;
+using Kestrel::Lint::Injection;
+using Kestrel::Lint::Quote;
+using Kestrel::Lint::Verdict;
+using Kestrel::Testing::ScopedTempDir;
+
+namespace fs = std::filesystem;
+
+constexpr const char* kHarmless = "\3";
+constexpr std::size_t kMaxValuesOfTemplate = 40;
+
+struct Observation {
+  bool runsCommand = false;
+  std::size_t words = 0;
+  std::size_t options = 0;
+  std::vector<std::string> all;
+};
+
+/// Runs command lines in a folder that is empty but for what a line itself creates.
+class Laboratory {
+ public:
+  explicit Laboratory(const std::string& wordsProgram) {
+    fs::create_directory(scratch_.GetPath("bin"));
+    for (const char* name : {"words", "canary"}) {
+      fs::create_symlink(wordsProgram, scratch_.GetPath("bin") + "/" + name);
+    }
+  }
+
+  Observation Run(const char* shell, const std::string& line) {
+    fs::remove_all(scratch_.GetPath("work"));
+    fs::create_directory(scratch_.GetPath("work"));
+    Observation seen = RunOnce(shell, line);
+    if (CreateMatches(seen.all)) {
+      const Observation again = RunOnce(shell, line);
+      seen.words = std::max(seen.words, again.words);
+      seen.options = std::max(seen.options, again.options);
+      seen.runsCommand = seen.runsCommand || again.runsCommand;
+    }
+    return seen;
+  }
+
+ private:
+  Observation RunOnce(const char* shell, const std::string& line) {
+    fs::remove(scratch_.GetPath("words"));
+    Start(shell, line);
+    return Read();
+  }
+
+  void Start(const char* shell, const std::string& line) {
+    const pid_t id = fork();
+    if (id == 0) {
+      setenv("PATH", scratch_.GetPath("bin").c_str(), 1);
+      setenv("LINT_WORDS", scratch_.GetPath("words").c_str(), 1);
+      setenv("HOME", "/", 1);
+      const int nothing = open("/dev/null", O_RDWR);
+      const int errors =
+          open(scratch_.GetPath("errors").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+      dup2(nothing, STDIN_FILENO);
+      dup2(nothing, STDOUT_FILENO);
+      dup2(errors, STDERR_FILENO);
+      if (chdir(scratch_.GetPath("work").c_str()) == 0) {
+        execl(shell, "sh", "-c", line.c_str(), nullptr);
+      }
+      _exit(126);
+    }
+    int status = 0;
+    waitpid(id, &status, 0);
+  }
+
+  Observation Read() const {
+    Observation seen;
+    const std::string errors = scratch_.Read("errors");
+    // A shell looks for a command of another name, or finds that the name is empty.
+    seen.runsCommand = errors.find("not found") != std::string::npos ||
+                       errors.find("Permission denied") != std::string::npos;
+    const std::string text = scratch_.Read("words");
+    std::vector<std::string> words;
+    for (std::size_t begin = 0; begin < text.size();) {
+      const std::size_t end = text.find('\0', begin);
+      words.push_back(text.substr(begin, end - begin));
+      begin = end + 1;
+    }
+    for (std::size_t i = 0; i < words.size();) {
+      const std::size_t count = std::stoul(words[i]);
+      Count(std::vector<std::string>(words.begin() + static_cast<std::ptrdiff_t>(i) + 1,
+                                     words.begin() + static_cast<std::ptrdiff_t>(i + 1 + count)),
+            seen);
+      i += count + 1;
+    }
+    return seen;
+  }
+
+  static void Count(const std::vector<std::string>& words, Observation& seen) {
+    seen.runsCommand = seen.runsCommand || words[0] != "words";
+    seen.words += words.size();
+    seen.all.insert(seen.all.end(), words.begin(), words.end());
+    for (std::size_t i = 1; i < words.size() && words[i] != "--"; ++i) {
+      seen.options += words[i].size() > 1 && words[i][0] == '-' ? 1 : 0;
+    }
+  }
+
+  // A pattern that matches nothing is left as it is: files that match are created for it.
+  bool CreateMatches(const std::vector<std::string>& words) {
+    bool isCreated = false;
+    for (const std::string& word : words) {
+      if (word.find_first_of("?[") != std::string::npos) {
+        for (const char c : {'p', 'q', '-'}) {
+          isCreated = Create(Match(word, c)) || isCreated;
+        }
+      }
+    }
+    return isCreated;
+  }
+
+  // A name that the pattern matches, with `c` for each "?".
+  static std::string Match(const std::string& pattern, char c) {
+    std::string name;
+    for (std::size_t i = 0; i < pattern.size(); ++i) {
+      const std::size_t end = pattern[i] == '[' ? pattern.find(']', i + 2) : std::string::npos;
+      if (pattern[i] == '?') {
+        name += c;
+      } else if (end != std::string::npos) {
+        const std::string inside = pattern.substr(i + 1, end - i - 1);
+        const bool isFirst = c == 'p' || (c == '-' && inside.find('-') == std::string::npos);
+        const char other = *std::find_if(inside.begin(), inside.end() - 1,
+                                         [&](char each) { return each != inside[0]; });
+        name += c == '-' && inside.find('-') != std::string::npos ? '-'
+                : isFirst                                         ? inside[0]
+                                                                  : other;
+        i = end;
+      } else {
+        name += pattern[i];
+      }
+    }
+    return name;
+  }
+
+  bool Create(const std::string& name) {
+    const fs::path path = fs::path(scratch_.GetPath("work")) / ("./" + name);
+    std::error_code error;
+    fs::create_directories(path.parent_path(), error);
+    const std::ofstream file(path);
+    return !error && file.good();
+  }
+
+  const ScopedTempDir scratch_;
+};
+
+/// Makes random templates, parameters and values.
+class Generator {
+ public:
+  explicit Generator(unsigned seed) : random_(seed) {}
+
+  template <typename Range>
+  const auto& Pick(const Range& range) {
+    return *(std::begin(range) +
+             static_cast<std::ptrdiff_t>(Below(static_cast<std::size_t>(std::size(range)))));
+  }
+  std::size_t Below(std::size_t count) { return random_() % count; }
+
+  std::shared_ptr<ParameterSpec> MakeParameter(bool isList) {
+    const bool isInteger = Below(4) == 0;
+    const ParameterType type =
+        isInteger ? (isList ? Kestrel::CallSpec::IntList : Kestrel::CallSpec::Int)
+                  : (isList ? Kestrel::CallSpec::StringList : Kestrel::CallSpec::String);
+    const auto parameter = ParameterSpec::New("name", type);
+    if (isInteger && Below(2) == 0) {
+      const auto range = ParameterConstraint::New(Kestrel::CallSpec::IntRange);
+      range->SetIntRange(Below(2) == 0 ? 1 : -5, 20);
+      parameter->SetConstraint(range);
+    } else if (!isInteger && Below(3) != 0) {
+      static const std::string expressions[] = {
+          "[a-z]+",    "[a-z ]+",   "[a-z -]+",   "[a-z;]+",     "[a-z']+",  "[a-z?]+",
+          "[a-z{},]+", "[^'\"]+",   "[a-z\"; ]+", "-?[a-z]*",    " ?[a-z]+", "[a-z]+ ?",
+          "[a-z=/ ]+", "[a-z$()]+", "[a-z#\\n]+", "[^ ]*",       "[a-z~]*",  "[a-z\\[\\]]+",
+          "[a-z}]+",   "[a-z&|]+",  "[a-z`]+",    "[a-z\\\\ ]+", ".[a-z]*",  "[a-z]+.?"};
+      const auto expression = ParameterConstraint::New(Kestrel::CallSpec::StringRegex);
+      expression->SetStringRegex(Pick(expressions));
+      parameter->SetConstraint(expression);
+    }
+    return parameter;
+  }
+
+  std::string MakeTemplate(bool isList) {
+    static const std::string values[] = {"$val{name}",
+                                         "'$val{name}'",
+                                         "\"$val{name}\"",
+                                         "--n=$val{name}",
+                                         "--n='$val{name}'",
+                                         "--n=\"$val{name}\"",
+                                         "'a $val{name} b'",
+                                         "'a'$val{name}'b'",
+                                         "\"'$val{name}'\"",
+                                         "\"a $val{name} b\"",
+                                         "$val{name}s",
+                                         "p$val{name}s",
+                                         "-- $val{name}",
+                                         "-- '$val{name}'",
+                                         "; X=$val{name} words",
+                                         "$if{name, --n='$val{name}'}",
+                                         "$if{name, --n=$val{name}}",
+                                         "$(words $val{name})",
+                                         "\"$(words '$val{name}')\"",
+                                         "''$val{name}''",
+                                         "# $val{name}",
+                                         "; $val{name} b",
+                                         "x\"y\"$val{name}",
+                                         "'a'\"$val{name}\"",
+                                         "; (words $val{name})"};
+    static const std::string lists[] = {
+        "$list{name,',',true}",       "$list{name,',',false}",
+        "--l=$list{name,',',true}",   "--l=$list{name,';',false}",
+        "$list{name,' ',false}",      "$multilist{name,--l,true}",
+        "$multilist{name,--l,false}", "$if{name, --l=$list{name,',',true}}",
+        "$list{name,'',false}",       "$(words $list{name,',',false})"};
+    static const std::string words[] = {"a",        "'b c'", "-v", "| words",  "; words b",
+                                        "&& words", "\"d\"", "--", "\n words", "e\\ f"};
+    std::string text = "words";
+    for (std::size_t i = Below(3); i > 0; --i) {
+      text += " " + Pick(words);
+    }
+    text += " " + (isList ? Pick(lists) : Pick(values));
+    for (std::size_t i = Below(3); i > 0; --i) {
+      text += " " + Pick(words);
+    }
+    return text;
+  }
+
+  std::string MakeValue() {
+    static const std::string pieces[] = {
+        "a",  "b",   "c",   " ",     "\t",        "\n",       "'",        "\"",  "\\",     "$",
+        ";",  "&",   "|",   "(",     ")",         "#",        "-",        "?",   "[",      "]",
+        "{",  "}",   ",",   "~",     "=",         "!",        "`",        "7",   "canary", "0",
+        "ab", " -x", "'b'", "{a,b}", "$(canary)", "; canary", "\xC3\xA4", "x=1", "+"};
+    std::string value;
+    for (std::size_t i = Below(6); i > 0; --i) {
+      value += Pick(pieces);
+    }
+    return value;
+  }
+
+ private:
+  std::mt19937 random_;
+};
+
+bool IsAccepted(const ParameterSpec& parameter, const std::string& value) {
+  const auto output = Output::New();
+  return parameter.Validate({value}, output) && !output->HasError();
+}
+
+/// What the shells show of one value: nothing when the loader refuses it.
+class Campaign {
+ public:
+  Campaign(const std::string& wordsProgram, unsigned seed)
+      : laboratory_(wordsProgram), generator_(seed) {}
+
+  std::size_t RunTemplate() {
+    const bool isList = generator_.Below(4) == 0;
+    parameter_ = generator_.MakeParameter(isList);
+    text_ = generator_.MakeTemplate(isList);
+    expected_.clear();
+    const auto input = InputSpec::New();
+    input->AddParameter(parameter_);
+    const Injection injection(text_, input);
+    const Verdict whole = injection.Judge("name");
+    if (whole.isUnknown) {
+      return 0;
+    }
+    std::size_t count = 0;
+    for (const std::string& value : MakeValues(whole)) {
+      TryValue(injection, whole, value);
+      ++count;
+    }
+    return count;
+  }
+
+  std::size_t differences = 0;
+
+ private:
+  std::vector<std::string> MakeValues(const Verdict& whole) {
+    std::vector<std::string> values;
+    for (const auto* witness : {&whole.runsCommand, &whole.addsWord, &whole.addsOption}) {
+      if (witness->has_value()) {
+        values.push_back(**witness);
+      }
+    }
+    const std::vector<std::string> hostile = Kestrel::Lint::MakeHostileValues(*parameter_);
+    for (std::size_t i = 0; i < kMaxValuesOfTemplate; ++i) {
+      const std::string value =
+          i % 2 == 0 && !hostile.empty() ? generator_.Pick(hostile) : generator_.MakeValue();
+      if (IsAccepted(*parameter_, value)) {
+        values.push_back(value);
+      }
+    }
+    return values;
+  }
+
+  // A list is tried with one value and with two.
+  void TryValue(const Injection& injection, const Verdict& whole, const std::string& value) {
+    Observation seen;
+    bool addsWord = false;
+    bool addsOption = false;
+    const std::size_t most = parameter_->AllowMultiple() ? 2 : 1;
+    for (std::size_t count = 1; count <= most; ++count) {
+      const auto hostile = injection.MakeLine({{"name", std::vector<std::string>(count, value)}});
+      for (const char* shell : {"/bin/dash", "/bin/bash"}) {
+        if (!hostile) {
+          return;
+        }
+        const Observation& expected = GetExpected(injection, shell, count);
+        const Observation own = laboratory_.Run(shell, *hostile);
+        seen.runsCommand = seen.runsCommand || own.runsCommand;
+        addsWord = addsWord || (!own.runsCommand && own.words > expected.words);
+        addsOption = addsOption || (!own.runsCommand && own.options > expected.options);
+      }
+    }
+    const Verdict said = injection.JudgeValue("name", value);
+    Expect("unsafe-command", seen.runsCommand, said.runsCommand.has_value(),
+           whole.runsCommand.has_value(), value);
+    Expect("unsafe-word", addsWord, said.addsWord.has_value(), whole.addsWord.has_value(), value);
+    Expect("unsafe-option", addsOption, said.addsOption.has_value(), whole.addsOption.has_value(),
+           value);
+  }
+
+  const Observation& GetExpected(const Injection& injection, const std::string& shell,
+                                 std::size_t count) {
+    const auto [found, isNew] = expected_.try_emplace({shell, count});
+    if (isNew) {
+      const auto line = injection.MakeLine({{"name", std::vector<std::string>(count, kHarmless)}});
+      found->second = laboratory_.Run(shell.c_str(), line.value_or(""));
+    }
+    return found->second;
+  }
+
+  void Expect(const char* rule, bool isSeen, bool isSaid, bool isSaidOfTemplate,
+              const std::string& value) {
+    if (isSeen == isSaid && (!isSeen || isSaidOfTemplate)) {
+      return;
+    }
+    ++differences;
+    const auto& constraint = parameter_->GetConstraint();
+    std::cout << rule << ": " << (isSeen ? "seen" : "not seen") << ", "
+              << (isSaid ? "said" : "not said")
+              << (isSaidOfTemplate ? "" : ", not said of the template") << ": " << Quote(text_)
+              << " with " << Quote(value) << ", "
+              << (constraint ? constraint->ToString() : "no constraint") << std::endl;
+  }
+
+  Laboratory laboratory_;
+  Generator generator_;
+  std::shared_ptr<ParameterSpec> parameter_;
+  std::string text_;
+  std::map<std::pair<std::string, std::size_t>, Observation> expected_;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 3) {
+    std::cerr << "lint_campaign WORDS COUNT [SEED]\n";
+    return 2;
+  }
+  const std::size_t wanted = std::strtoul(argv[2], nullptr, 10);
+  const auto seed = static_cast<unsigned>(argc > 3 ? std::strtoul(argv[3], nullptr, 10) : 1);
+  Campaign campaign(argv[1], seed);
+  std::size_t count = 0;
+  while (count < wanted) {
+    count += campaign.RunTemplate();
+  }
+  std::cout << count << " values, " << campaign.differences << " differences" << std::endl;
+  return campaign.differences == 0 ? 0 : 1;
+}

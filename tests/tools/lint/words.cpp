@@ -1,0 +1,28 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+// Appends its name and its arguments, each ended by a NUL byte, to the file that the variable
+// LINT_WORDS names. Before them come their number and a NUL byte.
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string>
+
+int main(int argc, char** argv) {
+  const char* const file = std::getenv("LINT_WORDS");
+  if (file == nullptr) {
+    return 1;
+  }
+  std::string text = std::to_string(argc);
+  text += '\0';
+  for (int i = 0; i < argc; ++i) {
+    text += argv[i];
+    text += '\0';
+  }
+  const int descriptor = open(file, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600);
+  const bool isWritten = descriptor >= 0 && write(descriptor, text.data(), text.size()) ==
+                                                static_cast<ssize_t>(text.size());
+  return isWritten ? 0 : 1;
+}

@@ -1,0 +1,458 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+// The grammar, as far as it is understood:
+//
+//   list    = {command (";" | "&" | "|" | "&&" | "||" | newline)}
+//   command = {assignment} {word | redirection} | "(" list ")" | keyword command
+//   word    = {byte | "\" byte | "'" bytes "'" | '"' parts '"' | "$" expansion | "`" list "`"}
+
+#include "tools/lint/ShellReader.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstddef>
+#include <optional>
+#include <utility>
+
+#include "tools/lint/BraceExpansion.h"
+
+namespace Kestrel::Lint {
+
+namespace {
+
+constexpr std::string_view kOperators = ";&|<>()\n";
+constexpr std::size_t kMaxDepth = 50;
+
+bool IsNameByte(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_'; }
+
+bool IsOneOf(const std::string& word, std::initializer_list<std::string_view> words) {
+  return std::find(words.begin(), words.end(), word) != words.end();
+}
+
+// Words after which a command begins.
+bool IsKeyword(const std::string& word) {
+  return IsOneOf(
+      word, {"if", "then", "else", "elif", "fi", "while", "until", "do", "done", "!", "{", "}"});
+}
+
+bool IsOutOfReach(const std::string& word) {
+  return IsOneOf(word, {"case", "esac", "function", "select", "[[", "coproc", "time"});
+}
+
+bool IsAssignment(const RawWord& word) {
+  std::size_t i = 0;
+  while (i < word.size() && !word[i].isQuoted && IsNameByte(word[i].byte)) {
+    ++i;
+  }
+  return i > 0 && i < word.size() && word[i].byte == '=' && !word[i].isQuoted &&
+         std::isdigit(static_cast<unsigned char>(word[0].byte)) == 0;
+}
+
+std::string TextOf(const RawWord& word) {
+  std::string text;
+  for (const RawByte& byte : word) {
+    if (byte.byte != '\0') {
+      text += byte.byte;
+    }
+  }
+  return text;
+}
+
+bool IsUnquoted(const RawWord& word) {
+  return std::none_of(word.begin(), word.end(), [](const RawByte& byte) { return byte.isQuoted; });
+}
+
+// Whether the bytes between brackets match more than one byte.
+bool MatchesSeveral(const RawWord& word, std::size_t begin, std::size_t end) {
+  for (std::size_t i = begin; i < end; ++i) {
+    if (word[i].byte == '/') {
+      return false;
+    }
+  }
+  return std::any_of(word.begin() + static_cast<std::ptrdiff_t>(begin),
+                     word.begin() + static_cast<std::ptrdiff_t>(end),
+                     [&](const RawByte& byte) { return byte.byte != word[begin].byte; });
+}
+
+bool IsPattern(const RawWord& word) {
+  for (std::size_t i = 0; i < word.size(); ++i) {
+    if (word[i].isQuoted) {
+      continue;
+    }
+    if (word[i].byte == '?' || word[i].byte == '*') {
+      return true;
+    }
+    // A "]" directly after the "[" is one of the bytes that match.
+    for (std::size_t end = i + 2; word[i].byte == '[' && end < word.size(); ++end) {
+      if (word[end].byte == ']' && !word[end].isQuoted) {
+        return MatchesSeveral(word, i + 1, end);
+      }
+    }
+  }
+  return false;
+}
+
+// Whether a pattern matches names that begin with "-".
+bool MayBeOption(const RawWord& word) {
+  if (!IsPattern(word) || word[0].isQuoted) {
+    return false;
+  }
+  if (word[0].byte != '[') {
+    return word[0].byte == '?' || word[0].byte == '*';
+  }
+  const auto end = std::find_if(word.begin() + 2, word.end(), [](const RawByte& byte) {
+    return byte.byte == ']' && !byte.isQuoted;
+  });
+  const char first = word[1].byte;
+  return end != word.end() && (first == '-' || (end - 1)->byte == '-' ||
+                               (!word[1].isQuoted && (first == '!' || first == '^')));
+}
+
+bool IsHome(const RawWord& word) { return word[0].byte == '~' && !word[0].isQuoted; }
+
+class Reader {
+ public:
+  Reader(std::string_view line, Shell shell, ShellReading& reading, std::size_t depth)
+      : line_(line), shell_(shell), reading_(reading), depth_(depth) {}
+
+  /// Reads up to the end, or to the ")" that closes the list. Returns the position after it.
+  std::size_t ReadList(std::size_t position, bool isNested) {
+    position_ = position;
+    isNested_ = isNested;
+    BeginCommand();
+    while (reading_.isComplete && reading_.isUnderstood) {
+      SkipSpaces();
+      if (AtEnd()) {
+        Fail(isNested_ || openBraces_ != 0);
+        break;
+      }
+      if (line_[position_] == ')') {
+        ++position_;
+        Fail(!isNested_ || openBraces_ != 0);
+        break;
+      }
+      ReadNext();
+    }
+    return position_;
+  }
+
+ private:
+  bool AtEnd() const { return position_ >= line_.size(); }
+  char Peek(std::size_t ahead = 0) const {
+    return position_ + ahead < line_.size() ? line_[position_ + ahead] : '\0';
+  }
+
+  void Fail(bool isWrong) { reading_.isComplete = reading_.isComplete && !isWrong; }
+  void GiveUp() { reading_.isUnderstood = false; }
+
+  void BeginCommand() {
+    command_.reset();
+    isFollowedByCommand_ = true;
+  }
+
+  void SkipSpaces() {
+    while (!AtEnd()) {
+      if (Peek() == ' ' || Peek() == '\t') {
+        ++position_;
+      } else if (Peek() == '\\' && Peek(1) == '\n') {
+        position_ += 2;
+      } else if (Peek() == '#') {
+        position_ = std::min(line_.find('\n', position_), line_.size());
+      } else {
+        return;
+      }
+    }
+  }
+
+  void ReadNext() {
+    const char c = Peek();
+    if (c == '<' || c == '>') {
+      ReadRedirection();
+    } else if (c == '(') {
+      ReadSubshell();
+    } else if (kOperators.find(c) != std::string_view::npos) {
+      ReadOperator();
+    } else {
+      TakeWord(ReadWord());
+    }
+  }
+
+  void ReadOperator() {
+    const char c = Peek();
+    ++position_;
+    if (c == Peek() && (c == '&' || c == '|')) {
+      ++position_;
+    } else if (c == '&' && Peek() == '>') {
+      GiveUp();
+    }
+    // An operator needs a command before it.
+    Fail(c != '\n' && !command_ && !hasAssignment_ && !isAfterSubshell_);
+    isAfterSubshell_ = false;
+    hasAssignment_ = false;
+    BeginCommand();
+  }
+
+  void ReadSubshell() {
+    if (command_ || Peek(1) == '(' || hasAssignment_) {
+      // A function or arithmetic, or, in most lines, a mistake.
+      if (Peek(1) == '(') {
+        GiveUp();
+      }
+      Fail(true);
+      return;
+    }
+    ReadNested(1);
+    isAfterSubshell_ = true;
+  }
+
+  // Reads a list in parentheses, the first byte of which is `ahead` bytes away.
+  void ReadNested(std::size_t ahead) {
+    if (depth_ > kMaxDepth) {
+      GiveUp();
+      return;
+    }
+    Reader nested(line_, shell_, reading_, depth_ + 1);
+    position_ = nested.ReadList(position_ + ahead, true);
+  }
+
+  void ReadRedirection() {
+    const char c = Peek();
+    ++position_;
+    if (c == '<' && Peek() == '<') {
+      GiveUp();
+      return;
+    }
+    if (Peek() == '(') {
+      // Only bash has process substitution, and not in every version when it is sh.
+      GiveUp();
+      return;
+    }
+    if (!AtEnd() && std::string_view("&>|").find(Peek()) != std::string_view::npos) {
+      ++position_;
+    }
+    while (Peek() == ' ' || Peek() == '\t' || (Peek() == '\\' && Peek(1) == '\n')) {
+      position_ += Peek() == '\\' ? 2 : 1;
+    }
+    Fail(AtEnd() || Peek() == '#' || kOperators.find(Peek()) != std::string_view::npos);
+    if (reading_.isComplete) {
+      ReadWord();
+      hasAssignment_ = hasAssignment_ || !command_;  // a redirection alone is a command too
+    }
+  }
+
+  void TakeWord(RawWord word) {
+    const std::string text = TextOf(word);
+    const bool isDigits = !text.empty() && IsUnquoted(word) &&
+                          text.find_first_not_of("0123456789") == std::string::npos;
+    if (isDigits && (Peek() == '<' || Peek() == '>')) {
+      return;  // the number of a file descriptor
+    }
+    if (isFollowedByCommand_ && IsUnquoted(word)) {
+      if (IsOutOfReach(text)) {
+        GiveUp();
+        return;
+      }
+      if (IsKeyword(text)) {
+        openBraces_ += text == "{" ? 1 : text == "}" ? -1 : 0;
+        Fail(openBraces_ < 0);
+        isAfterSubshell_ = true;  // nothing is missing before an operator
+        return;
+      }
+    }
+    if (isFollowedByCommand_ && IsAssignment(word)) {
+      hasAssignment_ = true;
+      return;
+    }
+    Fail(isAfterSubshell_ && !command_ && !isFollowedByCommand_);
+    AddWords(word);
+  }
+
+  void AddWords(const RawWord& word) {
+    const std::vector<RawWord> expanded =
+        shell_ == Shell::Bash ? ExpandBraces(word) : std::vector<RawWord>{word};
+    for (const RawWord& each : expanded) {
+      if (each.empty()) {
+        continue;
+      }
+      if (!command_) {
+        command_ = reading_.commands.size();
+        reading_.commands.emplace_back();
+      }
+      reading_.commands[*command_].words.push_back(
+          {TextOf(each), IsPattern(each), MayBeOption(each), IsHome(each)});
+      isFollowedByCommand_ = false;
+    }
+  }
+
+  RawWord ReadWord() {
+    RawWord word;
+    while (!AtEnd() && reading_.isComplete && reading_.isUnderstood) {
+      const char c = Peek();
+      if (c == ' ' || c == '\t' || kOperators.find(c) != std::string_view::npos) {
+        break;
+      }
+      ReadPart(word);
+    }
+    return word;
+  }
+
+  void ReadPart(RawWord& word) {
+    const char c = Peek();
+    if (c == '\\') {
+      ReadBackslash(word);
+    } else if (c == '\'') {
+      ReadSingleQuotes(word);
+    } else if (c == '"') {
+      ReadDoubleQuotes(word);
+    } else if (c == '$') {
+      ReadDollar(word, false);
+    } else if (c == '`') {
+      ReadBackquotes(word);
+    } else {
+      word.push_back({c, false});
+      ++position_;
+    }
+  }
+
+  void ReadBackslash(RawWord& word) {
+    if (Peek(1) == '\n') {
+      position_ += 2;
+    } else if (position_ + 1 == line_.size()) {
+      word.push_back({'\\', true});
+      ++position_;
+    } else {
+      word.push_back({Peek(1), true});
+      position_ += 2;
+    }
+  }
+
+  void ReadSingleQuotes(RawWord& word) {
+    const std::size_t end = line_.find('\'', position_ + 1);
+    word.push_back({'\0', true});  // an empty string in quotes is a word
+    if (end == std::string_view::npos) {
+      Fail(true);
+      return;
+    }
+    for (const char c : line_.substr(position_ + 1, end - position_ - 1)) {
+      word.push_back({c, true});
+    }
+    position_ = end + 1;
+  }
+
+  void ReadDoubleQuotes(RawWord& word) {
+    word.push_back({'\0', true});
+    ++position_;
+    while (reading_.isComplete && reading_.isUnderstood) {
+      if (AtEnd()) {
+        Fail(true);
+      } else if (Peek() == '"') {
+        ++position_;
+        return;
+      } else if (Peek() == '\\') {
+        ReadQuotedBackslash(word);
+      } else if (Peek() == '$') {
+        ReadDollar(word, true);
+      } else if (Peek() == '`') {
+        ReadBackquotes(word);
+      } else {
+        word.push_back({Peek(), true});
+        ++position_;
+      }
+    }
+  }
+
+  void ReadQuotedBackslash(RawWord& word) {
+    constexpr std::string_view kEscapable = "$`\"\\";
+    if (Peek(1) == '\n') {
+      position_ += 2;
+      return;
+    }
+    const bool isEscape =
+        position_ + 1 < line_.size() && kEscapable.find(Peek(1)) != std::string_view::npos;
+    word.push_back({isEscape ? Peek(1) : '\\', true});
+    position_ += isEscape ? 2 : 1;
+  }
+
+  void ReadDollar(RawWord& word, bool isQuoted) {
+    const char next = Peek(1);
+    if (next == '(' && Peek(2) == '(') {
+      GiveUp();
+    } else if (next == '(') {
+      ReadNested(2);
+      word.push_back({'\1', true});
+    } else if (next == '{') {
+      ReadVariableInBraces(word);
+    } else if (next == '\'' && !isQuoted) {
+      GiveUp();  // a form of quotes in bash only
+    } else if (next != '\0' && (IsNameByte(next) ||
+                                std::string_view("?$#@*!-").find(next) != std::string_view::npos)) {
+      ReadVariable(word);
+    } else {
+      word.push_back({'$', isQuoted});
+      ++position_;
+    }
+  }
+
+  void ReadVariable(RawWord& word) {
+    const bool isName =
+        IsNameByte(Peek(1)) && std::isdigit(static_cast<unsigned char>(Peek(1))) == 0;
+    position_ += 2;
+    while (isName && IsNameByte(Peek())) {
+      ++position_;
+    }
+    word.push_back({'\1', true});
+  }
+
+  void ReadVariableInBraces(RawWord& word) {
+    const std::size_t end = line_.find('}', position_);
+    const std::string_view inside = line_.substr(position_ + 2, end - position_ - 2);
+    const bool isPlain = std::all_of(inside.begin(), inside.end(), IsNameByte);
+    if (end == std::string_view::npos || !isPlain || inside.empty()) {
+      GiveUp();
+      return;
+    }
+    position_ = end + 1;
+    word.push_back({'\1', true});
+  }
+
+  void ReadBackquotes(RawWord& word) {
+    const std::size_t end = line_.find('`', position_ + 1);
+    const std::string_view inside = line_.substr(position_ + 1, end - position_ - 1);
+    if (end == std::string_view::npos) {
+      Fail(true);
+      return;
+    }
+    if (inside.find('\\') != std::string_view::npos || depth_ > kMaxDepth) {
+      GiveUp();
+      return;
+    }
+    Reader nested(inside, shell_, reading_, depth_ + 1);
+    nested.ReadList(0, false);
+    position_ = end + 1;
+    word.push_back({'\1', true});
+  }
+
+  const std::string_view line_;
+  const Shell shell_;
+  ShellReading& reading_;
+  const std::size_t depth_;
+  std::size_t position_ = 0;
+  bool isNested_ = false;
+  std::optional<std::size_t> command_;  // the one that is being read
+  bool isFollowedByCommand_ = true;
+  bool hasAssignment_ = false;
+  bool isAfterSubshell_ = false;
+  int openBraces_ = 0;
+};
+
+}  // namespace
+
+ShellReading ReadShellLine(std::string_view line, Shell shell) {
+  ShellReading reading;
+  Reader(line, shell, reading, 0).ReadList(0, false);
+  return reading;
+}
+
+}  // namespace Kestrel::Lint

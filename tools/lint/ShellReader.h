@@ -1,0 +1,44 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Kestrel::Lint {
+
+/// The shells that may be /bin/sh, as far as they differ here: bash expands braces.
+enum class Shell { Dash, Bash };
+
+/// One argument of a command.
+struct ShellWord {
+  /// Without quotes and backslashes. A byte 1 stands for what an expansion adds.
+  std::string text;
+  /// Whether the shell replaces the word by the names of files.
+  bool isPattern = false;
+  /// Whether such a name may begin with "-".
+  bool mayBeOption = false;
+  /// Whether the shell replaces the beginning of the word by a home folder.
+  bool isHome = false;
+};
+
+/// A simple command: its name and its arguments. Assignments and redirections are left out.
+struct ShellCommand {
+  std::vector<ShellWord> words;
+};
+
+/// What a shell makes of a command line before it runs anything.
+struct ShellReading {
+  /// All commands in the order in which they begin, those in command substitutions included.
+  std::vector<ShellCommand> commands;
+  /// Whether the line contains only what is known here: no here-document, no arithmetic, no `case`.
+  bool isUnderstood = true;
+  /// Whether the syntax is right; if not, the shell runs nothing of the line.
+  bool isComplete = true;
+};
+
+ShellReading ReadShellLine(std::string_view line, Shell shell);
+
+}  // namespace Kestrel::Lint

@@ -1,0 +1,17 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "kestrel/callspec/ParameterSpec.h"
+
+namespace Kestrel::Lint {
+
+/// Values that a user may type for a parameter and that do most harm to a shell: for each way to
+/// cheat a shell a shortest value that the constraint accepts.
+std::vector<std::string> MakeHostileValues(const CallSpec::ParameterSpec& parameter);
+
+}  // namespace Kestrel::Lint
