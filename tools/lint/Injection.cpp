@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A value is judged by comparing two readings of the command line: with the value, and with a
+// A value is examined by comparing two readings of the command line: with the value, and with a
 // harmless one, a byte that no shell knows. What the template itself writes is in both.
 
 #include "tools/lint/Injection.h"

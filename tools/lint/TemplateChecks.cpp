@@ -161,7 +161,7 @@ class TemplateCheck {
     }
   }
 
-  // A template with other mistakes is judged once they are corrected.
+  // A template with other mistakes is examined once they are corrected.
   void CheckValues(const Element& execute, const MarkerList& list) {
     if (hasFault_) {
       return;
