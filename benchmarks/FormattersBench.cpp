@@ -27,6 +27,9 @@
 #include "vexil/formats/ExactFormat.h"
 #include "vexil/formats/ExactFormatter.h"
 
+#ifdef KESTREL_HAS_LIBYAML
+#include <yaml.h>
+#endif
 #ifdef KESTREL_HAS_NLOHMANN_JSON
 #include <nlohmann/json.hpp>
 #endif
@@ -225,6 +228,87 @@ void BM_NlohmannJsonIntoString(benchmark::State& state) {
   IntoString(state, PrintingByNlohmannJson(static_cast<std::size_t>(state.range(0))));
 }
 BENCHMARK(BM_NlohmannJsonIntoString)->Apply(Sizes);
+#endif
+
+#ifdef KESTREL_HAS_LIBYAML
+/// Emits the events of YAML in block style with libyaml.
+class YamlEmitter {
+ public:
+  YamlEmitter() {
+    yaml_emitter_initialize(&emitter_);
+    yaml_emitter_set_output(&emitter_, Append, &text_);
+    yaml_emitter_set_unicode(&emitter_, 1);
+  }
+  YamlEmitter(const YamlEmitter&) = delete;
+  YamlEmitter& operator=(const YamlEmitter&) = delete;
+  ~YamlEmitter() { yaml_emitter_delete(&emitter_); }
+
+  const std::string& GetText() const { return text_; }
+
+  void Emit(const std::vector<Record>& records) {
+    yaml_stream_start_event_initialize(&event_, YAML_UTF8_ENCODING);
+    Emit();
+    yaml_document_start_event_initialize(&event_, nullptr, nullptr, nullptr, 1);
+    Emit();
+    yaml_sequence_start_event_initialize(&event_, nullptr, nullptr, 1, YAML_BLOCK_SEQUENCE_STYLE);
+    Emit();
+    for (const Record& record : records) {
+      EmitRecord(record);
+    }
+    yaml_sequence_end_event_initialize(&event_);
+    Emit();
+    yaml_document_end_event_initialize(&event_, 1);
+    Emit();
+    yaml_stream_end_event_initialize(&event_);
+    Emit();
+  }
+
+ private:
+  static int Append(void* text, unsigned char* bytes, std::size_t size) {
+    static_cast<std::string*>(text)->append(reinterpret_cast<const char*>(bytes), size);
+    return 1;
+  }
+
+  void EmitRecord(const Record& record) {
+    yaml_mapping_start_event_initialize(&event_, nullptr, nullptr, 1, YAML_BLOCK_MAPPING_STYLE);
+    Emit();
+    EmitField("Count", std::to_string(record.count));
+    EmitField("Enabled", record.isEnabled ? "true" : "false");
+    EmitField("Name", record.name);
+    EmitField("Path", record.path);
+    EmitField("Size", std::to_string(record.size));
+    yaml_mapping_end_event_initialize(&event_);
+    Emit();
+  }
+
+  void EmitField(const std::string& name, const std::string& value) {
+    EmitScalar(name);
+    EmitScalar(value);
+  }
+
+  void EmitScalar(const std::string& text) {
+    yaml_scalar_event_initialize(&event_, nullptr, nullptr,
+                                 reinterpret_cast<const yaml_char_t*>(text.data()),
+                                 static_cast<int>(text.size()), 1, 1, YAML_ANY_SCALAR_STYLE);
+    Emit();
+  }
+
+  void Emit() { yaml_emitter_emit(&emitter_, &event_); }
+
+  yaml_emitter_t emitter_;
+  yaml_event_t event_;
+  std::string text_;
+};
+
+void BM_LibyamlIntoString(benchmark::State& state) {
+  const std::vector<Record> records = MakeRecords(static_cast<std::size_t>(state.range(0)));
+  IntoString(state, [&records](std::ostream& out) {
+    YamlEmitter emitter;
+    emitter.Emit(records);
+    out << emitter.GetText();
+  });
+}
+BENCHMARK(BM_LibyamlIntoString)->Apply(Sizes);
 #endif
 
 #ifdef KESTREL_HAS_PUGIXML

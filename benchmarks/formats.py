@@ -7,8 +7,8 @@
 
 Prints, for each formatter, bytes for a structure, megabytes of output per second of processor time,
 and nanoseconds for a structure, into a string; beside it the same of the best writer of that format
-that is installed: rapidjson and nlohmann-json in the program, Python's csv.writer, libyaml through
-PyYAML. The workload is that of README.md, N structures (default 1000). The programs run in turn,
+that is installed: rapidjson, nlohmann-json, libyaml and pugixml in the program, and Python's
+csv.writer. The workload is that of README.md, N structures (default 1000). The programs run in turn,
 five times, each for S seconds (default 0.2), and the fastest run of each counts.
 """
 
@@ -35,6 +35,7 @@ FORMATS = {
     "pretty": ("BM_FormatIntoString<Exact<Formats::kPrettyFormat>>", ["ostream"]),
 }
 PEERS = {"rapidjson": "BM_RapidJsonIntoString", "nlohmann-json": "BM_NlohmannJsonIntoString",
+         "libyaml": "BM_LibyamlIntoString",
          "pugixml": "BM_PugixmlIntoString", "ostream": "BM_StreamIntoString"}
 
 
@@ -63,11 +64,6 @@ def write_csv(rows):
     return out.getvalue()
 
 
-def write_yaml(rows):
-    import yaml  # pylint: disable=import-outside-toplevel
-    return yaml.dump(rows, Dumper=yaml.CSafeDumper)
-
-
 def measure(write, rows, seconds):
     size = runs = 0
     begin = time.process_time()
@@ -89,10 +85,6 @@ def measure_all(program, count, seconds):
     for _ in range(REPETITIONS):
         best(rates, run_benchmarks(program, count, seconds))
         best(rates, {"csv.writer": measure(write_csv, rows, seconds)})
-        try:
-            best(rates, {"libyaml": measure(write_yaml, rows, seconds)})
-        except (ImportError, AttributeError):
-            pass  # PyYAML is not installed, or without libyaml
     return rates
 
 
