@@ -25,8 +25,11 @@ class KESTREL_API KestrelException : public std::exception {
                                         !std::is_base_of<KestrelException, std::decay_t<T>>::value>>
   explicit KestrelException(T&& message) : message_(Text(std::forward<T>(message))) {}
 
+  /// @{
+  /// Copies the message.
   KestrelException(const KestrelException& other);
   KestrelException& operator=(const KestrelException& other);
+  /// @}
 
   /// Defined in the library, so that the library, programs and plug-ins share one type.
   ~KestrelException() override;

@@ -22,6 +22,7 @@ class KESTREL_API CommandInput : public CallSpec::Input {
   /// Makes an input without parameters, with an empty dispatcher name and an empty path.
   static std::shared_ptr<CommandInput> New();
 
+  /// For `New` only; no other caller can make the flag.
   explicit CommandInput(FactoryFlag flag);
   ~CommandInput() override;
 

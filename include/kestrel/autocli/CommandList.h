@@ -24,6 +24,7 @@ class KESTREL_API CommandList : public Command {
   /// after `root` has been destroyed.
   static std::shared_ptr<CommandList> New(std::shared_ptr<Namespace> root);
 
+  /// For `New` only; no other caller can make the flag.
   CommandList(Namespace* root, FactoryFlag flag);
   ~CommandList() override;
 

@@ -21,6 +21,7 @@ class KESTREL_API CommandOutput : public CallSpec::Output {
   /// Makes an empty output with an empty formatted string.
   static std::shared_ptr<CommandOutput> New();
 
+  /// For `New` only; no other caller can make the flag.
   explicit CommandOutput(FactoryFlag flag);
   ~CommandOutput() override;
 

@@ -29,13 +29,16 @@ class KESTREL_API ExtensionCommand : public Command {
   /// Makes a command without specifications and with empty templates.
   static std::shared_ptr<ExtensionCommand> New();
 
+  /// For `New` only; no other caller can make the key.
   explicit ExtensionCommand(ConstructionKey);
   ~ExtensionCommand() override;
 
+  /// @{
   /// Set the declared parameters and output, which the command shares with the caller. They are
   /// read when the command is first asked for them; do not change them afterwards.
   void SetInputSpec(const std::shared_ptr<CallSpec::InputSpec>& spec);
   void SetOutputSpec(const std::shared_ptr<CallSpec::OutputSpec>& spec);
+  /// @}
 
   /// Sets the template of the command line.
   void SetExecuteCommand(const std::string& commandTemplate);

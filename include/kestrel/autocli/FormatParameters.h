@@ -22,9 +22,11 @@ class KESTREL_API FormatParameters {
   /// Creates an object without a formatter name and without parameters.
   FormatParameters();
 
+  /// @{
   /// Sets the name of the formatter; empty for none. A null `name` counts as empty.
   void SetFormatter(std::string name);
   void SetFormatter(const char* name);
+  /// @}
 
   /// Returns the name of the formatter, empty if there is none. The reference is valid as long as
   /// the object exists.
@@ -40,9 +42,11 @@ class KESTREL_API FormatParameters {
   /// valid until the object is assigned to or destroyed.
   const std::string& GetParameter(const std::string& key) const;
 
+  /// @{
   /// Adds a parameter or replaces its value. A null `key` or `value` counts as empty.
   void SetParameter(std::string key, std::string value);
   void SetParameter(const char* key, const char* value);
+  /// @}
 
   /// Copies the formatter name of `other`, unless it is empty, and all parameters of `other`.
   /// Parameters that only this object has are kept. `other` may be this object.

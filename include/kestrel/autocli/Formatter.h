@@ -45,7 +45,9 @@ class KESTREL_API Formatter {
   const std::vector<FormatterParam>& GetParams() const;
 
  protected:
+  /// What `GetDescription` returns; a derived class sets it.
   std::string description;
+  /// What `GetParams` returns; a derived class sets it.
   std::vector<FormatterParam> params;
 
  private:

@@ -24,6 +24,7 @@ class KESTREL_API InternalPlugin : public Plugin {
   /// Makes a plug-in without formatters.
   static std::shared_ptr<InternalPlugin> New();
 
+  /// For `New` only; no other caller can make the flag.
   explicit InternalPlugin(FactoryFlag flag);
   ~InternalPlugin() override;
 

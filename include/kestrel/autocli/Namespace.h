@@ -23,6 +23,7 @@ class KESTREL_API Namespace : public NamespaceNode {
   /// Makes a namespace without a name, description, parent or children.
   static std::shared_ptr<Namespace> New();
 
+  /// For `New` only; no other caller can make the flag.
   explicit Namespace(FactoryFlag flag);
   ~Namespace() override;
 

@@ -25,6 +25,7 @@ class KESTREL_API RootNamespace : public Namespace {
   /// Makes the root of `dispatcher`, which is not owned and may be null.
   static std::shared_ptr<RootNamespace> New(Dispatcher* dispatcher);
 
+  /// For `New` only; no other caller can make the flag.
   RootNamespace(Dispatcher* dispatcher, FactoryFlag flag);
   ~RootNamespace() override;
 

@@ -32,6 +32,7 @@ class KESTREL_API SharedLibraryPlugin : public Plugin {
   /// plug-in.
   static std::shared_ptr<SharedLibraryPlugin> New(const std::string& path);
 
+  /// For `New` only; no other caller can make the flag.
   SharedLibraryPlugin(const std::string& path, FactoryFlag flag);
   SharedLibraryPlugin(const SharedLibraryPlugin&) = delete;
   SharedLibraryPlugin& operator=(const SharedLibraryPlugin&) = delete;

@@ -33,6 +33,7 @@ class KESTREL_API XmlPlugin : public Plugin {
   /// name of the plug-in.
   static std::shared_ptr<XmlPlugin> New(const std::string& path);
 
+  /// For `New` only; no other caller can make the key.
   XmlPlugin(const std::string& path, ConstructionKey);
   ~XmlPlugin() override;
 
@@ -63,12 +64,14 @@ class KESTREL_API XmlPlugin : public Plugin {
   /// is dropped.
   static std::list<std::string> SplitPath(const std::string& path);
 
+  /// @{
   /// Read an element of a descriptor and keep what it declares for `RegisterNamespaces`. Throw
   /// KestrelException when the element is invalid.
   void AddNamespaces(const xmlNode* node);
   void AddNamespace(const xmlNode* node);
   void AddCommands(const xmlNode* node);
   void AddCommand(const xmlNode* node);
+  /// @}
 
  private:
   friend struct DefaultFolder;

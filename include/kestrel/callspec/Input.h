@@ -26,6 +26,7 @@ class KESTREL_API Input {
   /// Makes an input without parameters, contexts or a declaration.
   static std::shared_ptr<Input> New();
 
+  /// For `New` only; no other caller can make the flag.
   explicit Input(FactoryFlag flag);
   Input(const Input&) = delete;
   Input& operator=(const Input&) = delete;

@@ -28,6 +28,7 @@ class KESTREL_API InputSpec {
   /// Makes a declaration without parameters or contexts.
   static std::shared_ptr<InputSpec> New();
 
+  /// For `New` only; no other caller can make the flag.
   explicit InputSpec(FactoryFlag flag);
   InputSpec(const InputSpec&) = delete;
   InputSpec& operator=(const InputSpec&) = delete;

@@ -39,6 +39,7 @@ class KESTREL_API Output {
   /// Makes an ordinary output without a root value and without errors.
   static std::shared_ptr<Output> New();
 
+  /// For `New` only; no other caller can make the flag.
   explicit Output(FactoryFlag flag);
   Output(const Output&) = delete;
   Output& operator=(const Output&) = delete;

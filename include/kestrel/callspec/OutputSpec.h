@@ -27,6 +27,7 @@ class KESTREL_API OutputSpec {
   /// Makes a declaration without a sample and without a description.
   static std::shared_ptr<OutputSpec> New();
 
+  /// For `New` only; no other caller can make the flag.
   explicit OutputSpec(FactoryFlag flag);
   OutputSpec(const OutputSpec&) = delete;
   OutputSpec& operator=(const OutputSpec&) = delete;

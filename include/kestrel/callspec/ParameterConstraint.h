@@ -38,6 +38,7 @@ class KESTREL_API ParameterConstraint {
   /// expression.
   static std::shared_ptr<ParameterConstraint> New(ParameterConstraintType type);
 
+  /// For `New` only; no other caller can make the flag.
   ParameterConstraint(ParameterConstraintType type, FactoryFlag flag);
   ParameterConstraint(const ParameterConstraint&) = delete;
   ParameterConstraint& operator=(const ParameterConstraint&) = delete;

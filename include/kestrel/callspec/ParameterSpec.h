@@ -45,6 +45,7 @@ class KESTREL_API ParameterSpec {
   /// As above.
   static std::shared_ptr<ParameterSpec> New(const char* name, ParameterType type);
 
+  /// For `New` only; no other caller can make the flag.
   ParameterSpec(std::string&& name, ParameterType type, FactoryFlag flag);
   ParameterSpec(const ParameterSpec&) = delete;
   ParameterSpec& operator=(const ParameterSpec&) = delete;

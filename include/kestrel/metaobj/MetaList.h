@@ -22,15 +22,18 @@ class MetaStruct;
 /// their other owners. For use in several threads see MetaObject.
 class KESTREL_API MetaList : public MetaObject {
  public:
+  /// @{
   /// For `New` only; no other caller can make the flag.
   MetaList(MetaType elementKind, FactoryFlag flag);
   MetaList(MetaType elementKind, std::shared_ptr<MetaStruct>&& structure, FactoryFlag flag);
+  /// @}
   ~MetaList() override;
 
   /// Makes an empty list of integers, booleans or strings.
   /// Throws KestrelException for the kinds Struct and List.
   static std::shared_ptr<MetaList> New(MetaType elementKind);
 
+  /// @{
   /// Makes an empty list of structures that have the shape of `structure`. The list shares and
   /// locks `structure`. If it is null, the list accepts no element.
   /// Throws KestrelException for every kind except Struct.
@@ -38,11 +41,15 @@ class KESTREL_API MetaList : public MetaObject {
                                        const std::shared_ptr<MetaStruct>& structure);
   static std::shared_ptr<MetaList> New(MetaType elementKind,
                                        std::shared_ptr<MetaStruct>&& structure);
+  /// @}
+  /// @{
   /// As above; an object that is not a structure counts as null.
   static std::shared_ptr<MetaList> New(MetaType elementKind,
                                        const std::shared_ptr<MetaObject>& structure);
   static std::shared_ptr<MetaList> New(MetaType elementKind, std::nullptr_t structure);
+  /// @}
 
+  /// @{
   /// Appends `item`.
   /// Throws KestrelException when `item` is null, has another kind than the elements of the list,
   /// or is a structure of another shape than the declared one. The list is unchanged then.
@@ -51,7 +58,9 @@ class KESTREL_API MetaList : public MetaObject {
   void Add(const std::shared_ptr<MetaInt>& item);
   void Add(const std::shared_ptr<MetaString>& item);
   void Add(const std::shared_ptr<MetaStruct>& item);
+  /// @}
 
+  /// @{
   /// Appends an object made of `value`. A null `const char*` counts as the empty string.
   void Add(bool value);
   void Add(long value);
@@ -59,14 +68,17 @@ class KESTREL_API MetaList : public MetaObject {
   void Add(const char* value);
   void Add(std::string&& value);
   void Add(const std::string& value);
+  /// @}
   /// Always throws, as for every null item.
   void Add(std::nullptr_t item);
 
+  /// @{
   /// Appends each value in turn. If one fails, those before it stay in the list.
   void AddAll(const std::vector<bool>& values);
   void AddAll(const std::vector<long>& values);
   void AddAll(const std::vector<std::string>& values);
   void AddAll(std::vector<std::string>&& values);
+  /// @}
 
   /// The kind of the elements.
   MetaType GetListType() const { return elementKind_; }

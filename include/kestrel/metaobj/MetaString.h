@@ -14,9 +14,11 @@ namespace Kestrel::MetaObj {
 /// instance.
 class KESTREL_API MetaString : public MetaObject {
  public:
+  /// @{
   /// For `New` only; no other caller can make the flag.
   MetaString(std::string&& value, FactoryFlag flag);
   MetaString(std::string_view value, FactoryFlag flag);
+  /// @}
 
   /// Returns the shared empty string. The reference stays valid until the library is unloaded.
   static const std::shared_ptr<MetaString>& New();

@@ -39,25 +39,35 @@ class KESTREL_API MetaStruct : public MetaObject {
  public:
   /// A value and its documentation.
   struct KESTREL_API Field {
+    /// A field with this value, which is shared, and this documentation.
     Field(const std::shared_ptr<MetaObject>& value, const std::string& documentation);
+    /// @{
+    /// Moves both.
     Field(Field&& other);
     Field& operator=(Field&& other);
+    /// @}
 
+    /// The value, which is shared with its other owners.
     std::shared_ptr<MetaObject> value;
+    /// The documentation, empty if there is none.
     std::string documentation;
   };
 
+  /// @{
   /// For `New` only; no other caller can make the flag.
   MetaStruct(const std::string& typeName, FactoryFlag flag);
   MetaStruct(const std::shared_ptr<MetaStruct>& definition, FactoryFlag flag);
   MetaStruct(LayoutRef&& layout, FactoryFlag flag);
+  /// @}
   ~MetaStruct() override;
 
+  /// @{
   /// Makes an empty, unlocked structure without a definition.
   /// Throws KestrelException when `IsValidStructName(typeName)` is false.
   static std::shared_ptr<MetaStruct> New(const std::string& typeName);
   static std::shared_ptr<MetaStruct> New(std::string&& typeName);
   static std::shared_ptr<MetaStruct> New(const char* typeName);
+  /// @}
 
   /// Makes an empty, unlocked structure that has the type name of `definition` and is bound to it.
   /// The structure shares and locks `definition`.
@@ -72,6 +82,7 @@ class KESTREL_API MetaStruct : public MetaObject {
   void SetField(const std::string& name, const std::shared_ptr<MetaObject>& value,
                 const std::string& documentation);
 
+  /// @{
   /// As above, without documentation. A value that is not an object yet becomes one; a vector
   /// becomes a list of the matching element kind.
   void SetField(const std::string& name, const std::shared_ptr<MetaObject>& value);
@@ -90,9 +101,11 @@ class KESTREL_API MetaStruct : public MetaObject {
   void SetField(const std::string& name, std::vector<std::string>&& value);
   void SetField(const std::string& name, const std::vector<long>& value);
   void SetField(const std::string& name, const std::vector<bool>& value);
+  /// @}
   /// Always throws, as for every null value.
   void SetField(const std::string& name, std::nullptr_t value);
 
+  /// @{
   /// As above, with a NUL-terminated name.
   void SetField(const char* name, const std::shared_ptr<MetaObject>& value);
   void SetField(const char* name, const std::shared_ptr<MetaStruct>& value);
@@ -110,6 +123,7 @@ class KESTREL_API MetaStruct : public MetaObject {
   void SetField(const char* name, std::vector<std::string>&& value);
   void SetField(const char* name, const std::vector<long>& value);
   void SetField(const char* name, const std::vector<bool>& value);
+  /// @}
   /// Always throws, as for every null value.
   void SetField(const char* name, std::nullptr_t value);
 
