@@ -25,8 +25,11 @@ SPDX-License-Identifier: Apache-2.0
 
 All commands that this project installs, with their parameters and the fields of their results. The
 page is generated from the declarations of the commands. `vexil command describe --path "..."` shows
-the same for any command, including those of other plug-ins. Do not edit this page:
-`cmake --build build/dev --target update_commands` rewrites it.
+the same for any command, including those of other plug-ins.
+
+<!-- sources -->
+Do not edit this page: `cmake --build build/dev --target update_commands` rewrites it.
+<!-- /sources -->
 
 - `list` commands succeed if nothing matches. `get` and `check` commands report an error that names
   what was not found.

@@ -1,0 +1,154 @@
+#!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+#
+# check_packages.sh [--built FOLDER [--again FOLDER]]: builds the Debian packages twice, in two
+# folders and at two times, and checks that the results are equal, what lintian, blhc and
+# hardening-check report, which symbols and types the library exports, what the packages contain,
+# and their life in a throw-away root: install, test, upgrade, remove, purge.
+#
+# --built checks packages that build_packages.sh has built; --again is the second build of them, and
+# without it the builds are not compared. The throw-away root is an overlay of this machine's root;
+# nothing outside it changes. Needs root for that.
+set -euo pipefail
+
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+# shellcheck source=scripts/common.sh
+source scripts/common.sh
+ensure_packages build package
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+multiarch=$(dpkg-architecture --query DEB_HOST_MULTIARCH)
+built='' again=''
+while [[ $# -gt 0 ]]; do
+  case $1 in
+    --built) built=$(realpath "$2") && shift 2 ;;
+    --again) again=$(realpath "$2") && shift 2 ;;
+    *) fail "Usage: check_packages.sh [--built FOLDER [--again FOLDER]]" ;;
+  esac
+done
+
+# package NAME: prints the path of the package.
+package() { echo "$built"/"$1"_*.deb; }
+
+build_twice() {
+  built=$PWD/build/packages again=$work/another/longer/place
+  scripts/build_packages.sh "$built"
+  mkdir -p "$again"
+  (
+    export TZ=Asia/Tokyo LC_ALL=C.UTF-8
+    umask 027
+    scripts/build_packages.sh "$again"
+  )
+}
+
+check_reproducible() {
+  (cd "$built" && sha256sum ./*.deb ./*.dsc ./*.tar.xz) >"$work/sums"
+  (cd "$again" && sha256sum --check --quiet "$work/sums") ||
+    fail "Two builds of the packages differ."
+  say "reproducible: $(wc -l <"$work/sums") files are equal in two builds"
+}
+
+check_lintian() {
+  lintian --allow-root --pedantic --display-info --tag-display-limit 0 "$built"/*.changes \
+    >"$work/lintian" || true
+  sort "$work/lintian" >&2
+  ! grep -qE '^[EWI]:' "$work/lintian" || fail "lintian has complaints."
+  say "lintian: no error, no warning, no information"
+}
+
+check_build_log() {
+  blhc "$built/log" >&2 || fail "blhc has complaints."
+  local flag compilations flags=(-fstack-clash-protection)
+  [[ $multiarch != x86_64* ]] || flags+=(-fcf-protection)
+  compilations=$(grep -E ' -c /?.*\.cpp$' "$built/log") || fail "The log has no compilation."
+  for flag in "${flags[@]}"; do
+    ! grep -vqF -e " $flag " <<<"$compilations" || fail "A source is compiled without $flag."
+  done
+  say "blhc: silent; all $(wc -l <<<"$compilations") sources are compiled with ${flags[*]}"
+}
+
+check_hardening() {
+  local file name
+  for name in libkestrel1 vexil; do
+    dpkg-deb --extract "$(package "$name")" "$work/root"
+  done
+  for file in "usr/lib/$multiarch/libkestrel.so.1" usr/lib/norvane/vexil/host.so; do
+    hardening-check --nocfprotection "$work/root/$file" >"$work/hardening" ||
+      fail "${file##*/} is not hardened: $(<"$work/hardening")"
+  done
+  # Its few functions of the C library have nothing to fortify.
+  for file in usr/bin/vexil usr/libexec/vexil-complete; do
+    hardening-check --nocfprotection --nofortify "$work/root/$file" >"$work/hardening" ||
+      fail "${file##*/} is not hardened: $(<"$work/hardening")"
+  done
+  say "hardening-check: the library, host.so and the programs pass"
+}
+
+# contains NAME PATTERN...: fails unless each pattern matches a path in the package.
+contains() {
+  local name=$1 paths pattern
+  shift
+  paths=$(dpkg-deb --contents "$(package "$name")" | awk '{ print $6 }')
+  for pattern in "$@"; do
+    grep -qxE -- "\.$pattern" <<<"$paths" || fail "$name lacks $pattern:"$'\n'"$paths"
+  done
+}
+
+# depends NAME PATTERN: fails unless the pattern matches the dependencies of the package.
+depends() {
+  local line
+  line=$(dpkg-deb --field "$(package "$1")" Depends)
+  grep -qE -- "$2" <<<"$line" || fail "$1 does not depend on $2, but on: $line"
+}
+
+check_contents() {
+  contains libkestrel1 "/usr/lib/$multiarch/libkestrel\.so\.1" \
+    "/usr/lib/$multiarch/kestrel1/expression\.so"
+  contains libkestrel-dev "/usr/lib/$multiarch/libkestrel\.so" '/usr/include/kestrel/kestrel\.h' \
+    "/usr/lib/$multiarch/cmake/Kestrel/KestrelConfig\.cmake" \
+    "/usr/lib/$multiarch/pkgconfig/kestrel\.pc" '/usr/share/man/man3/vexil-plugin\.3\.gz'
+  contains vexil '/usr/bin/vexil' '/usr/lib/norvane/vexil/ext/' '/usr/lib/norvane/vexil/host\.so' \
+    '/usr/libexec/vexil-complete' '/usr/share/bash-completion/completions/vexil' \
+    '/usr/share/fish/vendor_completions.d/vexil\.fish' '/usr/share/zsh/vendor-completions/_vexil' \
+    '/usr/share/man/man1/vexil\.1\.gz' '/usr/share/man/man5/vexil-descriptor\.5\.gz'
+  contains kestrel-doc '/usr/share/doc/.*/command-line\.md(\.gz)?' \
+    '/usr/share/doc/.*/reference/index\.html' '/usr/share/doc-base/.*kestrel.*'
+  depends libkestrel-dev '^libkestrel1 \(= '
+  depends vexil 'libkestrel1 \(>= '
+  depends libkestrel1 'libboost-regex'
+  say "contents and dependencies: as expected"
+}
+
+# as_version VERSION FOLDER: makes packages of another version with the same files. One package has
+# a file more, which an upgrade has to remove.
+as_version() {
+  local version=$1 folder=$2 name
+  mkdir -p "$folder"
+  for name in libkestrel1 libkestrel-dev vexil vexil-tools; do
+    rm -rf "$work/raw"
+    dpkg-deb --raw-extract "$(package "$name")" "$work/raw"
+    sed -i -E "s/^(Version: ).*/\1$version/; s/((libkestrel1|vexil) \(>?= )[^)]*/\1$version/g" \
+      "$work/raw/DEBIAN/control"
+    [[ $name != vexil ]] || echo "$version" >"$work/raw/usr/lib/norvane/vexil/of-$version"
+    dpkg-deb --root-owner-group --build "$work/raw" "$folder/${name}_${version}.deb" >/dev/null
+  done
+}
+
+check_life() {
+  as_version 0.9.0-1 "$work/earlier"
+  as_version 1.0.1-1 "$work/later"
+  mkdir "$work/overlay"
+  unshare --mount scripts/try_packages.sh "$work/earlier" "$built" "$work/later" "$work/overlay"
+}
+
+[[ $EUID -eq 0 ]] || fail "The packages are installed in a throw-away root, which needs root."
+[[ -n $built ]] || build_twice
+check_lintian
+check_build_log
+check_hardening
+scripts/check_abi.sh "$built"
+check_contents
+check_life
+[[ -z $again ]] || check_reproducible
