@@ -44,11 +44,25 @@ install(FILES ${PROJECT_BINARY_DIR}/KestrelConfig.cmake
 set(pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 cmake_path(ABSOLUTE_PATH pkgconfig_dir BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX}
            OUTPUT_VARIABLE full_pkgconfig_dir)
-cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${full_pkgconfig_dir}
-           OUTPUT_VARIABLE from_pkgconfig_to_prefix)
+# pkg-config omits the options for the folders that the compiler searches by itself, if it can
+# recognize them. Every other prefix is relative, so the installed tree can be moved.
+if(CMAKE_INSTALL_PREFIX MATCHES "^/usr(/local)?$")
+  set(pkgconfig_prefix ${CMAKE_INSTALL_PREFIX})
+else()
+  cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${full_pkgconfig_dir}
+             OUTPUT_VARIABLE from_pkgconfig_to_prefix)
+  set(pkgconfig_prefix "\${pcfiledir}/${from_pkgconfig_to_prefix}")
+endif()
 configure_file(cmake/kestrel.pc.in ${PROJECT_BINARY_DIR}/kestrel.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/kestrel.pc
   DESTINATION ${pkgconfig_dir} COMPONENT development)
+
+add_custom_target(uninstall
+  COMMAND ${CMAKE_COMMAND} -DMANIFEST=${PROJECT_BINARY_DIR}/install_manifest.txt
+          -DPLUGIN_DIR=${KESTREL_PLUGIN_INSTALL_DIR}
+          -P ${PROJECT_SOURCE_DIR}/cmake/KestrelUninstall.cmake
+  COMMENT "Removing what the latest installation has installed"
+  VERBATIM)
 
 set(installed_plugin_dir ${CMAKE_INSTALL_PREFIX}/${KESTREL_PLUGIN_INSTALL_DIR})
 if(NOT KESTREL_PLUGIN_DIR STREQUAL installed_plugin_dir)

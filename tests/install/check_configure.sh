@@ -85,6 +85,9 @@ expect_not "$(link_command boost-since kestrel1/expression.so)" '-lboost'
 note='-- The tool looks for plug-ins in /usr/lib/norvane/vexil \(KESTREL_PLUGIN_DIR\), but they are'
 configure usr -DCMAKE_INSTALL_PREFIX=/usr
 expect_not "$(<"$work/usr/output")" 'KESTREL_PLUGIN_DIR'
+[[ $(PKG_CONFIG_PATH=$work/usr pkg-config --cflags kestrel) =~ ^\ *$ ]] ||
+  fail "pkg-config names a folder that the compiler searches by itself"
+ninja -C "$work/usr" -t query uninstall >"$work/uninstall" || fail "there is no target 'uninstall'"
 configure opt -DCMAKE_INSTALL_PREFIX=/opt/kestrel
 expect "$(<"$work/opt/output")" "$note installed to /opt/kestrel/lib/norvane/vexil"
 configure own -DCMAKE_INSTALL_PREFIX=/opt/kestrel -DKESTREL_PLUGIN_DIR=/opt/kestrel/lib/norvane/vexil
