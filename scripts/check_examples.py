@@ -4,7 +4,7 @@
 """Runs the examples in the guides and compares their output.
 
     check_examples.py [--update] --tool TOOL [--plugin-dir DIR] [--program FILE]...
-                      [--link NAME=PATH]... PAGE...
+                      [--link NAME=PATH]... [--prefix DIR | --no-builds] PAGE...
 
 An example is a fenced block marked `console`. A line that begins with "$ " is a command, a line
 that begins with "> " continues it, and the lines after it are its output on both streams. Spaces at
@@ -15,6 +15,9 @@ In a block, `vexil` starts TOOL without plug-ins, `./run` starts it with the plu
 the name of a FILE starts that program. The commands of a page run in order, in one folder that is
 empty except for a link to each PATH.
 
+A block marked `sh` runs too, whatever it prints. CMake and pkg-config find the library that is
+installed in the DIR of --prefix. With --no-builds, no such block runs.
+
 Other marks of a block:
 
     console host                  the output differs between hosts: only the exit status and the
@@ -22,14 +25,20 @@ Other marks of a block:
     cpp file=PATH                 the block must be in that file of the project, line for line
     xml file=PATH                 likewise; all such blocks of a page together must be the whole
                                   file except for the lines of its licence
-    xml save=NAME, sh save=NAME   the block is written to the folder as an executable file
+    xml save=NAME, sh save=NAME, cmake save=NAME
+                                  the block is written to the folder as an executable file
+    cmake file=PATH               the block must be in that file of the project
+    sh long                       it takes too long: only its syntax is checked, and that its scripts,
+                                  presets and targets exist
 
 --update writes the present output into the pages instead of comparing.
 """
 
 import argparse
+import glob
 import os
 import re
+import shutil
 import stat
 import subprocess
 import sys
@@ -37,7 +46,7 @@ import tempfile
 
 ROOT = os.path.normpath(os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
 LICENCE = re.compile(r"^<!-- SPDX-.*\n", re.MULTILINE)
-FENCE = re.compile(r"^```(console|cpp|sh|xml)([^\n]*)\n(.*?)^```$", re.MULTILINE | re.DOTALL)
+FENCE = re.compile(r"^```(console|cmake|cpp|sh|xml)([^\n]*)\n(.*?)^```$", re.MULTILINE | re.DOTALL)
 
 
 class Workplace:
@@ -58,6 +67,14 @@ class Workplace:
         self.environment = {
             "HOME": folder, "LANG": "C", "PATH": bin_dir + ":/usr/sbin:/usr/bin:/sbin:/bin"}
 
+    def use_library(self, prefix):
+        """Lets CMake and pkg-config find the library that is installed there."""
+        prefix = os.path.abspath(prefix)
+        self.environment["CMAKE_PREFIX_PATH"] = prefix
+        files = glob.glob(os.path.join(prefix, "lib*", "**", "kestrel.pc"), recursive=True)
+        self.environment["PKG_CONFIG_PATH"] = os.path.dirname(files[0])
+        self.environment["LD_LIBRARY_PATH"] = os.path.dirname(os.path.dirname(files[0]))
+
     def save(self, name, text):
         self._executable(os.path.join(self.folder, name), text)
 
@@ -75,9 +92,30 @@ class Workplace:
         """Returns the output of the command, with its exit status as the last line unless it is 0."""
         done = subprocess.run(["bash", "-c", command], cwd=self.folder, env=self.environment,
                               stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                              stderr=subprocess.STDOUT, timeout=60, check=False)
+                              stderr=subprocess.STDOUT, timeout=600, check=False)
         lines = done.stdout.decode("utf-8", "replace").splitlines()
         return lines + ([f"[exit status {done.returncode}]"] if done.returncode else [])
+
+
+def missing_from(block):
+    """What the commands of a block name and the project does not have."""
+    commands = re.sub(r"#.*|\\\n", " ", block)
+    missing = []
+    for word in re.findall(r"^([^\s=]+)(?:\s|$)", commands, re.MULTILINE):
+        if "/" in word and not word.startswith("build/") and \
+                not os.access(os.path.join(ROOT, word), os.X_OK):
+            missing.append(word)
+        elif "/" not in word and not shutil.which(word):
+            missing.append(word)
+    with open(os.path.join(ROOT, "CMakePresets.json"), encoding="utf-8") as file:
+        presets = re.findall(r'"name": "([^"]+)"', file.read())
+    missing += [name for name in re.findall(r"--preset (\S+)", commands) if name not in presets]
+    lists = subprocess.run(["git", "-C", ROOT, "grep", "-hoE",
+                            r"add_(executable|library|custom_target)\([a-zA-Z_-]+"],
+                           stdout=subprocess.PIPE, check=False).stdout.decode()
+    targets = re.findall(r"\((\S+)", lists)
+    return missing + [name for name in re.findall(r"--target (\S+)", commands)
+                      if name not in targets]
 
 
 def commands_of(block):
@@ -108,9 +146,10 @@ def matches_on_any_host(expected, printed):
 
 
 class Page:
-    def __init__(self, path, workplace):
+    def __init__(self, path, workplace, runs_builds=True):
         self.path = path
         self.workplace = workplace
+        self.runs_builds = runs_builds
         self.problems = []
         self.examples = 0
         self.quoted = {}
@@ -138,7 +177,19 @@ class Page:
         saved = re.search(r"save=(\S+)", info)
         if saved:
             self.workplace.save(saved.group(1), block)
+        elif kind == "sh":
+            self._check_script(block, "long" in info.split())
         return fence.group(0)
+
+    def _check_script(self, block, is_long):
+        if is_long:
+            wrong = missing_from(block)
+            wrong += self.workplace.run(f"bash -n <<'END_OF_BLOCK'\n{block}END_OF_BLOCK")
+            self.problems += [f"{self.path}: a block names {word}" for word in wrong]
+        elif self.runs_builds:
+            printed = self.workplace.run("set -e\n" + block)
+            if printed and printed[-1].startswith("[exit status "):
+                self.problems.append("\n".join([f"{self.path}: {block.splitlines()[0]}"] + printed))
 
     @staticmethod
     def _source(path):
@@ -166,14 +217,19 @@ def main():
     parser.add_argument("--plugin-dir")
     parser.add_argument("--program", action="append", default=[])
     parser.add_argument("--link", action="append", default=[])
+    parser.add_argument("--prefix")
+    parser.add_argument("--no-builds", action="store_true")
     parser.add_argument("pages", nargs="+")
     arguments = parser.parse_args()
 
     failed = False
     for path in arguments.pages:
         with tempfile.TemporaryDirectory() as folder:
-            page = Page(path, Workplace(folder, os.path.abspath(arguments.tool),
-                                        arguments.plugin_dir, arguments.program, arguments.link))
+            workplace = Workplace(folder, os.path.abspath(arguments.tool), arguments.plugin_dir,
+                                  arguments.program, arguments.link)
+            if arguments.prefix:
+                workplace.use_library(arguments.prefix)
+            page = Page(path, workplace, not arguments.no_builds)
             text = page.check()
         if arguments.update:
             with open(path, "w", encoding="utf-8") as file:

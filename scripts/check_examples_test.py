@@ -71,6 +71,24 @@ class CheckExamplesTest(unittest.TestCase):
         problems, _ = self.check("```cpp file=scripts/check_examples.py\nimport so\n```\n")
         self.assertEqual(1, len(problems))
 
+    def test_runs_scripts_and_reports_those_that_fail(self):
+        self.assert_accepts("```sh\necho a >file\ngrep a file\n```\n")
+        problems, _ = self.check("```sh\nfalse\ntrue\n```\n")
+        self.assertEqual(["[exit status 1]"], problems[0].splitlines()[1:])
+
+    def test_looks_for_what_a_long_script_names(self):
+        self.assert_accepts("```sh long\n./test    # all\ncmake --preset dev\n"
+                            "cmake --build build/dev --target kestrel_unit_tests\n```\n")
+        for line in ("./nosuch", "nosuch-program --help", "cmake --preset nosuch",
+                     "cmake --build build --target nosuch", "if"):
+            problems, _ = self.check(f"```sh long\n{line}\n```\n")
+            self.assertNotEqual([], problems, line)
+
+    def test_looks_for_a_block_of_cmake_in_its_file(self):
+        self.assert_accepts("```cmake file=CMakeLists.txt\nadd_subdirectory(include)\n```\n")
+        problems, _ = self.check("```cmake file=CMakeLists.txt\nadd_subdirectory(no)\n```\n")
+        self.assertEqual(1, len(problems))
+
 
 if __name__ == "__main__":
     unittest.main()

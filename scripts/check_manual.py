@@ -232,9 +232,7 @@ def new_workplace(folder, checker):
     workplace.add_program("vexil", f'[ "$*" = --version ] || set -- --plugin-dir '
                                    f'"{stage}/lib/norvane/vexil" "$@"\n'
                                    f'exec -a vexil "{stage}/bin/vexil" "$@"')
-    library = glob.glob(os.path.join(stage, "lib*/**/kestrel.pc"), recursive=True)
-    workplace.environment["PKG_CONFIG_PATH"] = os.path.dirname(library[0])
-    workplace.environment["LD_LIBRARY_PATH"] = os.path.dirname(os.path.dirname(library[0]))
+    workplace.use_library(stage)
     return workplace
 
 
