@@ -36,6 +36,18 @@ std::size_t SkipEmptyLines(std::string_view text, std::size_t start) {
   return std::min(text.find_first_not_of('\n', start), text.size());
 }
 
+// The end of the paragraph at `start`, without its last line feed.
+std::size_t StanzaEnd(std::string_view text, std::size_t start, LastStanza last) {
+  const std::size_t end = text.find("\n\n", start);
+  if (end != std::string_view::npos) {
+    return end;
+  }
+  if (last == LastStanza::EmptyLine || text.back() != '\n') {
+    throw KestrelException("it ends in the middle of an entry");
+  }
+  return text.size() - 1;
+}
+
 }  // namespace
 
 ControlStanza::ControlStanza(std::string_view text) : text_(text) {
@@ -81,14 +93,11 @@ std::string ShownLine(std::string_view line) {
   return SanitizedText(line.substr(0, kMaxShownBytes))->GetValue();
 }
 
-void ReadControlFile(const std::string& path, std::string_view text,
+void ReadControlFile(const std::string& path, std::string_view text, LastStanza last,
                      const std::function<void(const ControlStanza&)>& use) {
   try {
     for (std::size_t start = SkipEmptyLines(text, 0); start < text.size();) {
-      const std::size_t end = text.find("\n\n", start);
-      if (end == std::string_view::npos) {
-        throw KestrelException("it ends in the middle of an entry");
-      }
+      const std::size_t end = StanzaEnd(text, start, last);
       use(ControlStanza(text.substr(start, end - start)));
       start = SkipEmptyLines(text, end);
     }

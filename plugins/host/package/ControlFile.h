@@ -39,12 +39,17 @@ class ControlStanza {
 /// Returns the start of a line of a damaged file, safe to print in a message.
 std::string ShownLine(std::string_view line);
 
+/// How the last paragraph of a file ends.
+enum class LastStanza {
+  EmptyLine,  ///< With an empty line, as all others.
+  LineFeed,   ///< With a line feed; an empty line may follow.
+};
+
 /// Calls `use` for each paragraph of `text`, the content of the file at `path`.
 ///
-/// Programs end each paragraph of such a file with an empty line. If the last one is missing, the
-/// file is incomplete. That is an error, because a shorter answer would look complete. Throws
-/// KestrelException with the path.
-void ReadControlFile(const std::string& path, std::string_view text,
+/// If the last paragraph ends differently, the file was cut: that is an error, because a shorter
+/// answer would look like a complete one. Throws KestrelException with the path.
+void ReadControlFile(const std::string& path, std::string_view text, LastStanza last,
                      const std::function<void(const ControlStanza&)>& use);
 
 }  // namespace Kestrel::Host

@@ -2,11 +2,14 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // The database is the file "status" and, while dpkg works or after it was interrupted, numbered
-// files with newer entries in the folder "updates".
+// files in the folder "updates", each with a newer entry. dpkg replaces "status" by a file with all
+// entries before it removes the updates, so an update may disappear while the database is read;
+// then it is in the new "status".
 
 #include "plugins/host/package/PackageDatabase.h"
 
 #include <kestrel/KestrelException.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -29,6 +32,8 @@ constexpr char kHalfInstalled[] = "half-installed";
 constexpr std::string_view kWishes[] = {"unknown", "install", "hold", "deinstall", "purge"};
 constexpr std::string_view kFlags[] = {"ok", "reinstreq"};
 constexpr long kKibibyte = 1024;
+// dpkg writes to the disk in between, which takes longer than a read.
+constexpr int kMaxReads = 20;
 
 std::string_view RequireField(const ControlStanza& stanza, const char* name) {
   const std::string_view value = stanza.GetFirstLine(name);
@@ -100,6 +105,17 @@ std::vector<std::string> UpdateFiles(const std::string& folder) {
   return paths;
 }
 
+// What distinguishes a file from the one that replaces it; nothing if there is no file.
+using FileIdentity = std::tuple<ino_t, time_t, long>;
+
+std::optional<FileIdentity> Identify(const std::string& path) {
+  struct stat status = {};
+  if (::stat(path.c_str(), &status) != 0) {
+    return std::nullopt;
+  }
+  return FileIdentity(status.st_ino, status.st_mtim.tv_sec, status.st_mtim.tv_nsec);
+}
+
 // Returns the name in "name (= 1.2)" or "name:any".
 std::string_view NameInRelation(std::string_view relation) {
   relation = Trim(relation);
@@ -136,8 +152,19 @@ const std::vector<std::string> kPackageStates = {
 bool Package::IsUnpacked() const { return state != kNotInstalled && state != kConfigFiles; }
 
 PackageDatabase::PackageDatabase(const std::string& folder) {
-  ReadStatus(folder + "/status");
-  ReadUpdates(folder + "/updates");
+  const std::string status = folder + "/status";
+  std::optional<FileIdentity> read;
+  int count = 0;
+  do {
+    if (++count > kMaxReads) {
+      throw KestrelException("Unable to read " + status + ": it changes all the time");
+    }
+    packages_.clear();
+    texts_.clear();
+    read = Identify(status);
+    ReadStatus(status);
+    ReadUpdates(folder + "/updates");
+  } while (Identify(status) != read);
   packages_.erase(std::remove_if(packages_.begin(), packages_.end(),
                                  [](const Package& each) { return each.state == kNotInstalled; }),
                   packages_.end());
@@ -190,7 +217,7 @@ void PackageDatabase::ReadStatus(const std::string& path) {
                            std::generic_category().message(errno));
   }
   texts_.push_back(std::move(*text));
-  ReadControlFile(path, texts_.back(),
+  ReadControlFile(path, texts_.back(), LastStanza::EmptyLine,
                   [this](const ControlStanza& stanza) { packages_.push_back(ToPackage(stanza)); });
   // The package dpkg is always present. An empty database is the result of a full disk or another
   // failure.
@@ -201,8 +228,12 @@ void PackageDatabase::ReadStatus(const std::string& path) {
 
 void PackageDatabase::ReadUpdates(const std::string& folder) {
   for (const std::string& path : UpdateFiles(folder)) {
-    texts_.push_back(ReadRequiredFile(path));
-    ReadControlFile(path, texts_.back(),
+    std::optional<std::string> text = ReadExistingFile(path);
+    if (!text) {
+      continue;  // It has become a part of the status.
+    }
+    texts_.push_back(std::move(*text));
+    ReadControlFile(path, texts_.back(), LastStanza::LineFeed,
                     [this](const ControlStanza& stanza) { Replace(ToPackage(stanza)); });
   }
 }

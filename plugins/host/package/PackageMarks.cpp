@@ -36,7 +36,7 @@ PackageMarks::PackageMarks(std::string_view nativeArchitecture, const std::strin
     throw KestrelException("Unable to read " + path + ": " +
                            std::generic_category().message(errno));
   }
-  ReadControlFile(path, *text, [this](const ControlStanza& stanza) {
+  ReadControlFile(path, *text, LastStanza::EmptyLine, [this](const ControlStanza& stanza) {
     if (stanza.Get("Auto-Installed") == "1") {
       automatic_.insert(Key(stanza.Get("Package"), stanza.Get("Architecture")));
     }

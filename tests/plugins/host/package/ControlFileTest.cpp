@@ -93,9 +93,9 @@ INSTANTIATE_TEST_SUITE_P(
         BadStanza{"NulBytes", std::string(3, '\0'), "a line is no field: \\x00\\x00\\x00"}),
     [](const auto& each) { return std::string(each.param.test); });
 
-std::vector<std::string> Names(std::string_view text) {
+std::vector<std::string> Names(std::string_view text, LastStanza last = LastStanza::EmptyLine) {
   std::vector<std::string> names;
-  ReadControlFile("/made/up", text, [&names](const ControlStanza& stanza) {
+  ReadControlFile("/made/up", text, last, [&names](const ControlStanza& stanza) {
     names.emplace_back(stanza.Get("Package"));
   });
   return names;
@@ -119,6 +119,15 @@ TEST(ReadControlFileTest, RefusesATruncatedFileWhereverItEnds) {
           << length;
     }
   }
+}
+
+TEST(ReadControlFileTest, AcceptsALineFeedAtTheEndWhereItIsEnough) {
+  const std::string text = "Package: a\n\nPackage: b\nVersion: 1\n";
+  EXPECT_THAT(Names(text, LastStanza::LineFeed), ElementsAre("a", "b"));
+  EXPECT_THAT(Names(text + "\n", LastStanza::LineFeed), ElementsAre("a", "b"));
+  EXPECT_THAT([&] { Names("Package: a", LastStanza::LineFeed); },
+              ThrowsMessage<KestrelException>(
+                  "Unable to read /made/up: it ends in the middle of an entry"));
 }
 
 TEST(ReadControlFileTest, NamesTheFileOfABadLine) {

@@ -3,12 +3,15 @@
 
 #include "plugins/host/package/PackageDatabase.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <kestrel/KestrelException.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <limits>
+#include <thread>
 
 #include "plugins/host/support/PlainUser.h"
 #include "support/ScopedTempDir.h"
@@ -119,6 +122,40 @@ TEST_F(PackageDatabaseTest, MergesUpdatesInTheirOrder) {
                                     Entry("b", "purge ok not-installed") + Entry("d"));
   EXPECT_THAT(Read(), ElementsAre("a:amd64 1.0-1 half-configured", "c:amd64 1.0-1 installed",
                                   "d:amd64 1.0-1 installed"));
+}
+
+// dpkg writes no empty line after the only entry of an update.
+TEST_F(PackageDatabaseTest, ReadsAnUpdateThatEndsWithALineFeed) {
+  Status(Entry("a"));
+  folder_.Write("updates/0000",
+                "Package: b\nStatus: install reinstreq half-installed\n"
+                "Architecture: amd64\nVersion: 2\n");
+  EXPECT_THAT(Read(), ElementsAre("a:amd64 1.0-1 installed", "b:amd64 2 half-installed"));
+}
+
+TEST_F(PackageDatabaseTest, NeedsNoUpdateThatDpkgRemovesMeanwhile) {
+  Status(Entry("a"));
+  folder_.MakeDirectory("updates");
+  ASSERT_EQ(::symlink("removed", folder_.GetPath("updates/0000").c_str()), 0);
+  folder_.Write("updates/0001", Entry("b"));
+  EXPECT_THAT(Read(), ElementsAre("a:amd64 1.0-1 installed", "b:amd64 1.0-1 installed"));
+}
+
+TEST_F(PackageDatabaseTest, ReadsAgainWhenDpkgReplacesTheStatusMeanwhile) {
+  Status(Entry("a"));
+  folder_.MakeDirectory("updates");
+  const std::string update = folder_.GetPath("updates/0000");
+  ASSERT_EQ(::mkfifo(update.c_str(), 0600), 0);
+  std::thread dpkg([&] {
+    const int file = ::open(update.c_str(), O_WRONLY | O_CLOEXEC);  // waits for the reader
+    folder_.Write("status-new", Entry("a", "install ok unpacked") + Entry("b"));
+    EXPECT_EQ(::rename(folder_.GetPath("status-new").c_str(), folder_.GetPath("status").c_str()),
+              0);
+    EXPECT_EQ(::unlink(update.c_str()), 0);
+    ::close(file);
+  });
+  EXPECT_THAT(Read(), ElementsAre("a:amd64 1.0-1 unpacked", "b:amd64 1.0-1 installed"));
+  dpkg.join();
 }
 
 TEST_F(PackageDatabaseTest, UpdatesTheSameArchitectureOnly) {

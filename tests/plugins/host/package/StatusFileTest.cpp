@@ -290,6 +290,15 @@ TEST_F(StatusFileTest, TensOfThousandsOfPackagesAreRead) {
   EXPECT_EQ(database.Require("package39999").name, "package39999");
 }
 
+TEST_F(StatusFileTest, AnUpdateWithoutAnEmptyLineIsReadAsByDpkg) {
+  Status(Entry("a"));
+  std::string update = Entry("a", "install ok unpacked", "", "2.0");
+  update.pop_back();
+  folder_.Write("updates/0000", update);
+  EXPECT_THAT(Read(), ElementsAre("a|amd64|2.0|install|unpacked|made up|ok"));
+  EXPECT_EQ(Read(), Ask());
+}
+
 TEST_F(StatusFileTest, ManyUpdatesAreReadInTheirOrder) {
   Status(Entry("a") + Entry("b"));
   for (int number = 0; number < 150; ++number) {
