@@ -25,6 +25,7 @@
 
 #include "plugins/host/frame/HostFile.h"
 #include "plugins/host/frame/TextParsing.h"
+#include "plugins/host/system/Accounts.h"
 
 namespace Kestrel::Host {
 namespace {
@@ -248,24 +249,54 @@ class CrontabParser {
   std::vector<CrontabEntry> entries_;
 };
 
-bool IsRegularFile(const std::string& path) {
+// Calls stat or lstat; returns nothing if there is no file.
+std::optional<struct stat> FileStatus(int (*call)(const char*, struct stat*),
+                                      const std::string& path) {
   struct stat status = {};
-  if (::stat(path.c_str(), &status) == 0) {
-    return S_ISREG(status.st_mode);
+  if (call(path.c_str(), &status) == 0) {
+    return status;
   }
   if (!IsAbsence(errno)) {
     throw KestrelException("Unable to read " + path + ": " + std::strerror(errno));
   }
-  return false;
+  return std::nullopt;
+}
+
+std::optional<uid_t> OwnerOf(const std::string& path) {
+  const auto status = FileStatus(::lstat, path);
+  return status ? std::optional<uid_t>(status->st_uid) : std::nullopt;
+}
+
+bool IsOwnedBy(const struct stat& status, const std::string& user) {
+  const auto account = FindAccount(user);
+  return account && status.st_uid == account->id;
+}
+
+// Returns why cron ignores the file, whose status is `status`; an empty string if it reads it.
+// `user` is empty for a file of the system; a link to such a file has to be root's, too.
+std::string WhyIgnored(const std::string& root, const std::string& path, const struct stat& status,
+                       const std::string& user) {
+  const auto superuser = OwnerOf(root + "/");
+  const bool isTrusted = user.empty() ? status.st_uid == superuser && OwnerOf(path) == superuser
+                                      : status.st_uid == superuser || IsOwnedBy(status, user);
+  if (!isTrusted) {
+    return "cron ignores the file: its owner is not root" + (user.empty() ? "" : " or " + user);
+  }
+  const bool isWritable = (status.st_mode & (S_IWGRP | S_IWOTH)) != 0;
+  return isWritable ? "cron ignores the file: others than its owner can write to it" : "";
 }
 
 void AddCrontab(const std::string& root, const std::string& file, const std::string& user,
                 std::vector<CrontabEntry>& entries) {
   const std::string path = root + file;
-  const auto text = IsRegularFile(path) ? ReadOptionalFile(path) : std::nullopt;
-  if (text) {
-    auto added = ParseCrontab(*text, file, user);
-    std::move(added.begin(), added.end(), std::back_inserter(entries));
+  const auto status = FileStatus(::stat, path);
+  const bool isRegular = status && S_ISREG(status->st_mode);
+  if (const auto text = isRegular ? ReadOptionalFile(path) : std::nullopt) {
+    const std::string ignored = WhyIgnored(root, path, *status, user);
+    for (CrontabEntry& entry : ParseCrontab(*text, file, user)) {
+      entry.ignored = ignored;
+      entries.push_back(std::move(entry));
+    }
   }
 }
 

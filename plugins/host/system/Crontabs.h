@@ -21,6 +21,7 @@ struct CrontabEntry {
   std::array<std::string, kCrontabColumns> columns;  ///< Empty for @reboot.
   std::string command;                   ///< As written; the whole line if it is broken.
   std::string problem;                   ///< The error in the line; empty if there is none.
+  std::string ignored;                   ///< Why cron ignores the file; empty if it reads it.
   std::vector<std::string> environment;  ///< The settings above the line, as NAME=VALUE.
   std::string file;
   long line = 0;
@@ -32,7 +33,8 @@ std::vector<CrontabEntry> ParseCrontab(std::string_view text, const std::string&
                                        const std::string& user);
 
 // These read the crontabs below `root`, in the order of their file names. A file or folder that
-// does not exist has no entries. They throw KestrelException if one cannot be read.
+// does not exist has no entries. They throw KestrelException if one cannot be read. Cron
+// ignores a file that others could have written; the owner of `root` counts as root.
 
 /// Reads the users' crontabs in /var/spool/cron/crontabs.
 std::vector<CrontabEntry> ReadUserCrontabs(const std::string& root);

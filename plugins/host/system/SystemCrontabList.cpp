@@ -26,7 +26,8 @@ const StructShape& Shape() {
                   "The user as whom the command runs; \"unknown\" if a broken line names none.")
           .String("Schedule",
                   "The five columns of the schedule, or a word such as @reboot; \"broken\" for a "
-                  "line that cron does not understand.")
+                  "line that cron does not understand, \"ignored\" for one in a file that it "
+                  "ignores.")
           .String("Minute", "The minutes; \"-\" for @reboot and a broken line.")
           .String("Hour", "The hours; likewise.")
           .String("Day", "The days of the month; likewise.")
@@ -36,7 +37,7 @@ const StructShape& Shape() {
           .Strings("Environment", "The settings that apply to the command, as NAME=VALUE.")
           .String("File", "The file that contains the entry.")
           .Int("Line", "The number of its line, from 1 on.")
-          .String("Problem", "What is wrong with the line, or \"none\".");
+          .String("Problem", "What is wrong with the line or its file, or \"none\".");
   return shape;
 }
 
@@ -44,11 +45,18 @@ std::shared_ptr<MetaObj::MetaString> TextOr(const std::string& text, const char*
   return SanitizedText(text.empty() ? otherwise : text);
 }
 
+std::string ScheduleOf(const CrontabEntry& entry) {
+  if (!entry.problem.empty()) {
+    return "broken";
+  }
+  return entry.ignored.empty() ? entry.schedule : "ignored";
+}
+
 std::shared_ptr<MetaObj::MetaStruct> ToStruct(const CrontabEntry& entry) {
   const bool isBroken = !entry.problem.empty();
   auto result = Shape().NewStruct();
   result->SetField("User", TextOr(entry.user, "unknown"));
-  result->SetField("Schedule", SanitizedText(isBroken ? "broken" : entry.schedule));
+  result->SetField("Schedule", SanitizedText(ScheduleOf(entry)));
   for (std::size_t i = 0; i < kCrontabColumns; ++i) {
     result->SetField(kColumnFields[i], TextOr(isBroken ? "" : entry.columns[i], "-"));
   }
@@ -56,7 +64,7 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const CrontabEntry& entry) {
   result->SetField("Environment", SanitizedList(entry.environment));
   result->SetField("File", SanitizedText(entry.file));
   result->SetField("Line", entry.line);
-  result->SetField("Problem", TextOr(entry.problem, "none"));
+  result->SetField("Problem", TextOr(isBroken ? entry.problem : entry.ignored, "none"));
   return result;
 }
 

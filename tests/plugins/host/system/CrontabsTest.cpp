@@ -263,6 +263,84 @@ TEST(CrontabsTest, ReadsTheFilesOfTheSystemWithNamesThatCronAccepts) {
   EXPECT_EQ(entries[1].file, "/etc/cron.d/b_1-X");
 }
 
+class IgnoredCrontabTest : public ::testing::Test {
+ protected:
+  IgnoredCrontabTest() {
+    for (const char* const path : {kUserFile, kSystemFile, kPackageFile}) {
+      root_.Write(path, "@daily root a\n");
+      SetMode(path, 0600);
+    }
+  }
+
+  void SetMode(const char* path, mode_t mode) const {
+    EXPECT_EQ(::chmod(root_.GetPath(path).c_str(), mode), 0);
+  }
+
+  void SetOwner(const char* path, uid_t owner) const {
+    EXPECT_EQ(::lchown(root_.GetPath(path).c_str(), owner, static_cast<gid_t>(-1)), 0);
+  }
+
+  // Why each file is ignored: the user's, /etc/crontab, the package's.
+  std::vector<std::string> Ignored() const {
+    std::vector<std::string> reasons;
+    for (const auto read : {ReadUserCrontabs, ReadSystemCrontabs}) {
+      for (const CrontabEntry& entry : read(root_.GetPath())) {
+        reasons.push_back(entry.ignored);
+      }
+    }
+    return reasons;
+  }
+
+  static constexpr char kUserFile[] = "var/spool/cron/crontabs/daemon";
+  static constexpr char kSystemFile[] = "etc/crontab";
+  static constexpr char kPackageFile[] = "etc/cron.d/package";
+  static constexpr char kWritable[] =
+      "cron ignores the file: others than its owner can write to it";
+
+  const ScopedTempDir root_;
+};
+
+TEST_F(IgnoredCrontabTest, NoneWithTheRightOwnersAndModes) {
+  EXPECT_THAT(Ignored(), ElementsAre("", "", ""));
+  for (const char* const path : {kUserFile, kSystemFile, kPackageFile}) {
+    SetMode(path, 0755);
+  }
+  EXPECT_THAT(Ignored(), ElementsAre("", "", ""));
+}
+
+TEST_F(IgnoredCrontabTest, AFileThatOthersCanWriteTo) {
+  SetMode(kUserFile, 0620);
+  SetMode(kSystemFile, 0666);
+  SetMode(kPackageFile, 0602);
+  EXPECT_THAT(Ignored(), ElementsAre(kWritable, kWritable, kWritable));
+}
+
+TEST_F(IgnoredCrontabTest, AFileOfAnotherOwner) {
+  if (::geteuid() != 0) {
+    GTEST_SKIP() << "Only root can change owners";
+  }
+  const std::string reason = "cron ignores the file: its owner is not root";
+  for (const char* const path : {kUserFile, kSystemFile, kPackageFile}) {
+    SetOwner(path, 65534);
+  }
+  EXPECT_THAT(Ignored(), ElementsAre(reason + " or daemon", reason, reason));
+  for (const char* const path : {kUserFile, kSystemFile, kPackageFile}) {
+    SetOwner(path, 1);  // daemon
+  }
+  EXPECT_THAT(Ignored(), ElementsAre("", reason, reason));
+}
+
+TEST_F(IgnoredCrontabTest, ALinkOfAnotherOwnerToAFileOfRoot) {
+  if (::geteuid() != 0) {
+    GTEST_SKIP() << "Only root can change owners";
+  }
+  EXPECT_EQ(::unlink(root_.GetPath(kPackageFile).c_str()), 0);
+  EXPECT_EQ(::symlink("../crontab", root_.GetPath(kPackageFile).c_str()), 0);
+  EXPECT_THAT(Ignored(), ElementsAre("", "", ""));
+  SetOwner(kPackageFile, 1);
+  EXPECT_THAT(Ignored(), ElementsAre("", "", "cron ignores the file: its owner is not root"));
+}
+
 TEST(CrontabsTest, AMachineWithoutCronHasNoEntries) {
   const ScopedTempDir root;
   EXPECT_THAT(ReadUserCrontabs(root.GetPath()), IsEmpty());
