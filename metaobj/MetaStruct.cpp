@@ -488,7 +488,9 @@ std::shared_ptr<MetaObject>* MetaStruct::AddOuterSlot() {
   }
   std::vector<std::shared_ptr<MetaObject>>& slots = overflow_->slots;
   if (slots.empty()) {
-    slots.reserve(2 * kInlineSlots);
+    // A structure with a definition gets no other fields.
+    const std::size_t declared = definition_ == nullptr ? 0 : definition_->layout_->Count();
+    slots.reserve(declared > kInlineSlots ? declared : 2 * kInlineSlots);
     const auto first = inline_.begin();
     const auto last = first + static_cast<std::ptrdiff_t>(layout_->Count());
     slots.assign(std::make_move_iterator(first), std::make_move_iterator(last));

@@ -4,6 +4,8 @@
 #include "plugins/host/frame/SanitizedText.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 
 #include "plugins/host/frame/HexDigits.h"
 
@@ -22,8 +24,24 @@ void AppendEscaped(unsigned char byte, std::string& text) {
   AppendHexDigits(byte, text);
 }
 
+constexpr std::uint64_t kOnes = 0x0101010101010101;
+
+// Whether one of the eight bytes is less than `bound`, at most 128. A borrow can make a byte above
+// one that is less look so too, and no other.
+bool HasLess(std::uint64_t bytes, std::uint64_t bound) {
+  return ((bytes - kOnes * bound) & ~bytes & (kOnes << 7)) != 0;
+}
+
+bool HasByte(std::uint64_t bytes, std::uint64_t byte) { return HasLess(bytes ^ (kOnes * byte), 1); }
+
 // Fast path: most strings contain none of these bytes.
 bool MayNeedEscapes(std::string_view text) {
+  for (std::uint64_t bytes = 0; text.size() >= sizeof(bytes); text.remove_prefix(sizeof(bytes))) {
+    std::memcpy(&bytes, text.data(), sizeof(bytes));
+    if (HasLess(bytes, 0x20) || HasByte(bytes, 0x7f) || HasByte(bytes, 0xc2)) {
+      return true;
+    }
+  }
   return std::any_of(text.begin(), text.end(), [](char letter) {
     const auto byte = static_cast<unsigned char>(letter);
     return IsControl(byte) || byte == 0xc2;
@@ -59,6 +77,14 @@ std::shared_ptr<MetaObj::MetaString> SanitizedText(std::string_view text) {
 
 std::shared_ptr<MetaObj::MetaString> SanitizedLines(std::string_view text) {
   return MetaObj::MetaString::NewUtf8WithEscapes(EscapeControls(text, "\t\n"));
+}
+
+const std::shared_ptr<MetaObj::MetaString>& RepeatedText::Get(std::string_view text) {
+  if (text != text_) {
+    sanitized_ = SanitizedText(text);
+    text_ = text;
+  }
+  return sanitized_;
 }
 
 std::shared_ptr<MetaObj::MetaList> SanitizedList(const std::vector<std::string>& texts) {

@@ -22,6 +22,17 @@ std::shared_ptr<MetaObj::MetaString> SanitizedText(std::string_view text);
 /// Like SanitizedText, but keeps tabs and line feeds, for text of several lines.
 std::shared_ptr<MetaObj::MetaString> SanitizedLines(std::string_view text);
 
+/// Sanitizes strings of which many equal the one before: these share one value.
+class RepeatedText {
+ public:
+  /// The reference is valid until the next call.
+  const std::shared_ptr<MetaObj::MetaString>& Get(std::string_view text);
+
+ private:
+  std::string text_;
+  std::shared_ptr<MetaObj::MetaString> sanitized_ = MetaObj::MetaString::New();
+};
+
 /// Returns a list of strings, each sanitized by SanitizedText.
 std::shared_ptr<MetaObj::MetaList> SanitizedList(const std::vector<std::string>& texts);
 

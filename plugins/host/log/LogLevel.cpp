@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 
 namespace Kestrel::Host {
 namespace {
@@ -50,14 +51,22 @@ bool EqualsInAnyCase(std::string_view text, std::string_view lowerCase) {
                     [](char letter, char lower) { return ToLower(letter) == lower; });
 }
 
-// Returns a table of the bytes that are part of words. A table is fast, and every byte of a log is
-// looked up.
-std::array<bool, 256> MakeWordLetters() {
-  std::array<bool, 256> letters = {};
-  for (int byte = 0; byte < 256; ++byte) {
-    letters[static_cast<std::size_t>(byte)] = IsWordLetter(static_cast<char>(byte));
+enum class ByteKind : unsigned char { Other, Word, TellingStart };
+
+// Returns a table of all bytes: whether each is part of words, and whether a telling word may start
+// with it. A table is fast, and every byte of a log is looked up.
+std::array<ByteKind, 256> ClassifyBytes() {
+  std::array<ByteKind, 256> kinds = {};
+  for (std::size_t byte = 0; byte < kinds.size(); ++byte) {
+    const auto letter = static_cast<char>(byte);
+    const bool isTelling =
+        std::any_of(std::begin(kTellingWords), std::end(kTellingWords),
+                    [&](const LevelWord& each) { return each.word[0] == ToLower(letter); });
+    kinds[byte] = isTelling              ? ByteKind::TellingStart
+                  : IsWordLetter(letter) ? ByteKind::Word
+                                         : ByteKind::Other;
   }
-  return letters;
+  return kinds;
 }
 
 int LevelOfWord(std::string_view word) {
@@ -74,17 +83,17 @@ int LevelOfWord(std::string_view word) {
 }
 
 int MostUrgentWord(std::string_view line) {
-  static const std::array<bool, 256> isWordLetter = MakeWordLetters();
+  static const std::array<ByteKind, 256> kinds = ClassifyBytes();
+  const auto kindAt = [&](std::size_t at) { return kinds[static_cast<unsigned char>(line[at])]; };
   int level = kLowestLevel + 1;
-  std::size_t position = 0;
-  const auto isInWord = [&] { return isWordLetter[static_cast<unsigned char>(line[position])]; };
-  while (position < line.size()) {
+  for (std::size_t position = 0; position < line.size(); ++position) {
     const std::size_t first = position;
-    while (position < line.size() && isInWord()) {
+    while (position < line.size() && kindAt(position) != ByteKind::Other) {
       ++position;
     }
-    level = std::min(level, LevelOfWord(line.substr(first, position - first)));
-    ++position;  // skip the byte after the word
+    if (position > first && kindAt(first) == ByteKind::TellingStart) {
+      level = std::min(level, LevelOfWord(line.substr(first, position - first)));
+    }
   }
   return level;
 }

@@ -1,6 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
+#include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -35,15 +37,38 @@ const StructShape& Shape() {
   return shape;
 }
 
-std::shared_ptr<MetaObj::MetaStruct> ToStruct(const LogLine& line, const LocalZone& zone) {
-  auto result = Shape().NewStruct();
-  result->SetField("Time", line.time ? zone.ToText(*line.time) : "none");
-  result->SetField("Level", line.level);
-  result->SetField("Level Name", LevelName(line.level));
-  result->SetField("Source", SanitizedText(line.source.empty() ? "unknown" : line.source));
-  result->SetField("Text", SanitizedText(line.text));
-  return result;
-}
+/// Makes the rows. Lines next to each other share what they have in common.
+class LogRows {
+ public:
+  explicit LogRows(const LocalZone& zone) : zone_(zone) {}
+
+  std::shared_ptr<MetaObj::MetaStruct> ToStruct(const LogLine& line) {
+    // In the order in which a structure keeps them, so that none has to be moved.
+    auto result = Shape().NewStruct();
+    result->SetField("Level", line.level);
+    result->SetField("Level Name", levels_.Get(LevelName(line.level)));
+    result->SetField("Source", sources_.Get(line.source.empty() ? "unknown" : line.source));
+    result->SetField("Text", SanitizedText(line.text));
+    result->SetField("Time", line.time ? TimeText(*line.time) : none_);
+    return result;
+  }
+
+ private:
+  const std::shared_ptr<MetaObj::MetaString>& TimeText(std::int64_t seconds) {
+    if (timeText_ == nullptr || seconds != time_) {
+      timeText_ = MetaObj::MetaString::New(zone_.ToText(seconds));
+      time_ = seconds;
+    }
+    return timeText_;
+  }
+
+  const LocalZone& zone_;
+  const std::shared_ptr<MetaObj::MetaString> none_ = MetaObj::MetaString::New("none");
+  std::int64_t time_ = 0;
+  std::shared_ptr<MetaObj::MetaString> timeText_;
+  RepeatedText levels_;
+  RepeatedText sources_;
+};
 
 std::vector<LogLine> ReadFile(const std::string& path, const LogFilter& filter,
                               const LocalZone& zone) {
@@ -93,8 +118,9 @@ class LogList final : public ListCommand {
     if (output.HasError()) {
       return;
     }
+    LogRows made(zone);
     for (const LogLine& line : Read(input, choice.GetFilter(), zone)) {
-      rows.Add(ToStruct(line, zone));
+      rows.Add(made.ToStruct(line));
     }
   }
 

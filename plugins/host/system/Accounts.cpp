@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <cstring>
 #include <string_view>
+#include <tuple>
 
 #include "plugins/host/frame/HostFile.h"
 
@@ -76,15 +77,25 @@ auto* Find(Function function, Key key) {
   return entry == nullptr ? Ask(function, key) : entry;
 }
 
-std::vector<Account> ReadAllAccounts() {
-  std::vector<Account> accounts;
-  ::setpwent();
+/// Opens the system's list of accounts at its start, and closes it.
+class AccountListing {
+ public:
+  AccountListing() { ::setpwent(); }
+  AccountListing(const AccountListing&) = delete;
+  AccountListing& operator=(const AccountListing&) = delete;
+  ~AccountListing() { ::endpwent(); }
+};
+
+// Returns how many accounts there are.
+std::size_t ListAccounts(const std::function<void(const Account& account)>& use) {
+  const AccountListing listing;
+  std::size_t count = 0;
   while (const passwd* const entry = Ask(::getpwent)) {
-    accounts.push_back(MakeAccount(*entry));
+    use(MakeAccount(*entry));
+    ++count;
   }
   RequireSuccess(kAccountFile);
-  ::endpwent();
-  return accounts;
+  return count;
 }
 
 std::string NameOfUser(uid_t id) {
@@ -105,17 +116,13 @@ void RequireNoAccounts() {
 
 }  // namespace
 
-std::vector<Account> ReadAccounts() {
+void ForEachAccount(const std::function<void(const Account& account)>& use) {
   RequireReadable(kAccountFile);
-  std::vector<Account> accounts = ReadAllAccounts();
-  if (accounts.empty()) {
-    accounts = ReadAllAccounts();
-  }
-  if (accounts.empty()) {
+  // A list without entries may be a failure, and is asked for again.
+  if (ListAccounts(use) == 0 && ListAccounts(use) == 0) {
     RequireAnswer(kAccountFile);
     RequireNoAccounts();
   }
-  return accounts;
 }
 
 std::optional<Account> FindAccount(const std::string& name) {
@@ -171,26 +178,38 @@ std::string GroupName(gid_t id) {
   return entry->gr_name;
 }
 
-const std::string& GroupNames::Get(gid_t id) {
+std::string_view GroupNames::Get(gid_t id) {
   if (!isRead_) {
     ReadAll();
     isRead_ = true;
   }
-  const auto [place, isNew] = names_.try_emplace(id);
-  if (isNew) {
-    place->second = GroupName(id);
+  const auto place =
+      std::lower_bound(places_.begin(), places_.end(), id,
+                       [](const Place& each, gid_t wanted) { return each.id < wanted; });
+  if (place != places_.end() && place->id == id) {
+    return std::string_view(text_).substr(place->start, place->size);
   }
-  return place->second;
+  const auto [name, isNew] = unlisted_.try_emplace(id);
+  if (isNew) {
+    name->second = GroupName(id);
+  }
+  return name->second;
 }
 
 void GroupNames::ReadAll() {
   RequireReadable(kGroupFile);
   ::setgrent();
   while (const group* const entry = Ask(::getgrent)) {
-    names_.emplace(entry->gr_gid, entry->gr_name);
+    const std::string_view name = entry->gr_name;
+    places_.push_back({entry->gr_gid, static_cast<std::uint32_t>(text_.size()),
+                       static_cast<std::uint32_t>(name.size())});
+    text_ += name;
   }
   RequireSuccess(kGroupFile);
   ::endgrent();
+  std::sort(places_.begin(), places_.end(), [](const Place& left, const Place& right) {
+    return std::tie(left.id, left.start) < std::tie(right.id, right.start);
+  });
 }
 
 }  // namespace Kestrel::Host

@@ -5,9 +5,12 @@
 
 #include <sys/types.h>
 
+#include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Kestrel::Host {
@@ -25,9 +28,9 @@ struct Account {
 // If the system cannot read its files, it answers as if an account or a group did not exist. In
 // that case, each of the following functions throws KestrelException with the name of the file.
 
-/// Returns all accounts in the order in which the system lists them. Some directory services do not
-/// list their accounts.
-std::vector<Account> ReadAccounts();
+/// Calls `use` for each account, in the order in which the system lists them. Some directory
+/// services do not list their accounts. `use` must not list accounts itself.
+void ForEachAccount(const std::function<void(const Account& account)>& use);
 
 /// Returns the account of that name, if there is one.
 std::optional<Account> FindAccount(const std::string& name);
@@ -54,14 +57,24 @@ std::string GroupName(gid_t id);
 /// Looks up names of groups. Reads all groups at the first use, so it is for many names.
 class GroupNames {
  public:
-  /// Returns the name of the group, or the number in digits if the group has no name.
-  const std::string& Get(gid_t id);
+  /// Returns the name of the group, or the number in digits if the group has no name. It is valid
+  /// until the next call.
+  std::string_view Get(gid_t id);
 
  private:
+  // Where the name of a group is in `text_`: a string for each would take several times the memory.
+  struct Place {
+    gid_t id;
+    std::uint32_t start;
+    std::uint32_t size;
+  };
+
   void ReadAll();
 
   bool isRead_ = false;
-  std::map<gid_t, std::string> names_;
+  std::string text_;
+  std::vector<Place> places_;  // by number; of those of one number the first counts
+  std::map<gid_t, std::string> unlisted_;
 };
 
 }  // namespace Kestrel::Host

@@ -1,7 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
+#include <kestrel/metaobj/MetaInt.h>
+
 #include <limits>
+#include <memory>
+#include <string>
+#include <string_view>
 
 #include "plugins/host/frame/ListCommand.h"
 #include "plugins/host/frame/NamePattern.h"
@@ -27,29 +32,48 @@ const StructShape& Shape() {
   return shape;
 }
 
-std::shared_ptr<MetaObj::MetaString> TextOrNone(const std::string& text) {
-  return SanitizedText(text.empty() ? "none" : text);
+const std::string& OrNone(const std::string& text) {
+  static const std::string none = "none";
+  return text.empty() ? none : text;
 }
 
-std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Account& account, GroupNames& groups) {
-  auto result = Shape().NewStruct();
-  result->SetField("Name", SanitizedText(account.name));
-  result->SetField("User Id", static_cast<long>(account.id));
-  result->SetField("Group Id", static_cast<long>(account.groupId));
-  result->SetField("Group", SanitizedText(groups.Get(account.groupId)));
-  result->SetField("Full Name", TextOrNone(account.fullName));
-  result->SetField("Home", TextOrNone(account.home));
-  result->SetField("Shell", SanitizedText(account.shell));
-  result->SetField("Login", IsLoginShell(account.shell));
-  return result;
-}
+/// Makes the rows. Many accounts have a group of their own name and number, and most have the same
+/// shell: equal values are shared, in a row and between rows.
+class AccountRows {
+ public:
+  std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Account& account) {
+    const auto name = SanitizedText(account.name);
+    const auto id = MetaObj::MetaInt::New(static_cast<long>(account.id));
+    const std::string_view group = groups_.Get(account.groupId);
+    // In the order in which a structure keeps them, so that none has to be moved.
+    auto result = Shape().NewStruct();
+    result->SetField("Full Name", fullNames_.Get(OrNone(account.fullName)));
+    result->SetField("Group", group == account.name ? name : groupTexts_.Get(group));
+    result->SetField("Group Id", account.groupId == account.id
+                                     ? id
+                                     : MetaObj::MetaInt::New(static_cast<long>(account.groupId)));
+    result->SetField("Home", homes_.Get(OrNone(account.home)));
+    result->SetField("Login", IsLoginShell(account.shell));
+    result->SetField("Name", name);
+    result->SetField("Shell", shells_.Get(account.shell));
+    result->SetField("User Id", id);
+    return result;
+  }
+
+ private:
+  GroupNames groups_;
+  RepeatedText groupTexts_;
+  RepeatedText fullNames_;
+  RepeatedText homes_;
+  RepeatedText shells_;
+};
 
 class SystemAccountList final : public ListCommand {
  public:
   SystemAccountList()
       : ListCommand("List the accounts of users.", Shape,
                     "The accounts, in the order of the system.") {
-    ShowColumns("Name,User Id,Group,Login,Shell,Home", {{"wrap-last", "true"}});
+    ShowColumns("Name,User Id,Login,Shell,Home", {{"wrap-last", "true"}});
     AddMetaData("complete:name", "system.account.list Name");
     AddExample("", "List all accounts");
     AddExample("--login --minimum-id=1000", "List the accounts of persons");
@@ -77,13 +101,13 @@ class SystemAccountList final : public ListCommand {
     const std::int64_t minimum =
         input.HasParameter("minimum-id") ? input.GetParameterInt("minimum-id") : 0;
     const bool isLoginOnly = input.IsFlagSet("login");
-    GroupNames groups;
-    for (const Account& account : ReadAccounts()) {
+    AccountRows made;
+    ForEachAccount([&](const Account& account) {
       if (names.Accepts(account.name) && account.id >= minimum &&
           (!isLoginOnly || IsLoginShell(account.shell))) {
-        rows.Add(ToStruct(account, groups));
+        rows.Add(made.ToStruct(account));
       }
-    }
+    });
   }
 };
 

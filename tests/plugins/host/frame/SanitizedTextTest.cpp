@@ -98,5 +98,39 @@ TEST(SanitizedTextTest, SanitizesAListOfStrings) {
   EXPECT_THAT(SanitizedList({})->GetObjects(), IsEmpty());
 }
 
+TEST(SanitizedTextTest, FindsEachByteAtEachPlaceOfAText) {
+  for (std::size_t length = 1; length <= 20; ++length) {
+    for (std::size_t place = 0; place < length; ++place) {
+      for (const int byte : {0x00, 0x01, 0x1f, 0x20, 0x7e, 0x7f}) {
+        std::string text(length, 'x');
+        text[place] = static_cast<char>(byte);
+        const std::string value = SanitizedText(text)->GetValue();
+        const bool isControl = byte < 0x20 || byte == 0x7f;
+        EXPECT_EQ(value.size(), length + (isControl ? 3 : 0)) << length << " " << place;
+        EXPECT_EQ(value[place], isControl ? '\\' : text[place]) << length << " " << place;
+      }
+    }
+  }
+}
+
+TEST(SanitizedTextTest, FindsAControlPairAtEachPlaceOfAText) {
+  for (std::size_t place = 0; place < 20; ++place) {
+    const std::string before(place, 'x');
+    EXPECT_EQ(SanitizedText(before + "\xc2\x9b" + "after")->GetValue(),
+              before + "\\xc2\\x9b" + "after");
+  }
+}
+
+TEST(RepeatedTextTest, SharesWhatIsTheSameAsBefore) {
+  RepeatedText texts;
+  EXPECT_EQ(texts.Get("")->GetValue(), "");
+  const auto first = texts.Get("a\n");
+  EXPECT_EQ(first->GetValue(), "a\\x0a");
+  EXPECT_EQ(texts.Get("a\n"), first);
+  EXPECT_EQ(texts.Get("b")->GetValue(), "b");
+  EXPECT_EQ(texts.Get("a\n")->GetValue(), "a\\x0a");
+  EXPECT_EQ(texts.Get("")->GetValue(), "");
+}
+
 }  // namespace
 }  // namespace Kestrel::Host

@@ -58,10 +58,20 @@ TEST(AccountsTest, RecognizesShellsThatRefuseLogins) {
 
 TEST(AccountsTest, ListsTheAccountsThatGetentLists) {
   std::vector<std::string> names;
-  for (const Account& account : ReadAccounts()) {
-    names.push_back(account.name);
-  }
+  ForEachAccount([&names](const Account& account) { names.push_back(account.name); });
   EXPECT_EQ(names, Testing::WitnessLines("getent passwd | cut -d: -f1"));
+}
+
+TEST(AccountsTest, AListingThatWasGivenUpDoesNotShortenTheNext) {
+  EXPECT_THROW(ForEachAccount([](const Account& account) {
+                 if (account.id != 0) {
+                   throw KestrelException("enough");
+                 }
+               }),
+               KestrelException);
+  std::size_t count = 0;
+  ForEachAccount([&count](const Account&) { ++count; });
+  EXPECT_EQ(count, Testing::WitnessLines("getent passwd").size());
 }
 
 TEST(AccountsTest, AFullNameEndsAtTheFirstComma) {
@@ -75,11 +85,11 @@ TEST(AccountsTest, AFullNameEndsAtTheFirstComma) {
 }
 
 TEST(AccountsTest, AnAccountsOwnGroupIsTheFirst) {
-  for (const Account& account : ReadAccounts()) {
+  ForEachAccount([](const Account& account) {
     const auto groups = ReadGroups(account);
     ASSERT_FALSE(groups.empty()) << account.name;
     EXPECT_EQ(groups[0], GroupName(account.groupId)) << account.name;
-  }
+  });
 }
 
 TEST(AccountsTest, AnAccountWithoutAnEntryHasItsOwnGroupOnly) {
@@ -108,7 +118,7 @@ struct AccountQuestion {
 };
 
 const AccountQuestion kQuestions[] = {
-    {"AllAccounts", "/etc/passwd", [] { ReadAccounts(); }},
+    {"AllAccounts", "/etc/passwd", [] { ForEachAccount([](const Account&) {}); }},
     {"Account", "/etc/passwd", [] { FindAccount("no such account"); }},
     {"User", "/etc/passwd", [] { UserNames().Get(kUnknown); }},
     {"Group", "/etc/group", [] { GroupName(kUnknown); }},

@@ -612,11 +612,12 @@ TEST_F(AccountMachineTest, HasAWordForEachMissingValue) {
   File("etc/passwd", "bare:x:1000:77:::\nfull:x:1001:1000:Full Name,room:/home:/bin/false\n");
   File("etc/group", "staff:x:1000:\n");
   ExpectPrinted("system account list",
-                "Name  User Id  Group  Login  Shell       Home\n"
-                "----  -------  -----  -----  ----------  ----\n"
-                "bare     1000  77     true   /bin/sh     none\n"
-                "full     1001  staff  false  /bin/false  /home\n");
+                "Name  User Id  Login  Shell       Home\n"
+                "----  -------  -----  ----------  ----\n"
+                "bare     1000  true   /bin/sh     none\n"
+                "full     1001  false  /bin/false  /home\n");
   RunThere([] {
+    EXPECT_THAT(CallColumn("system account list", "Group"), ElementsAre("77", "staff"));
     EXPECT_THAT(CallColumn("system account list", "Full Name"), ElementsAre("none", "Full Name"));
     EXPECT_THAT(CallColumn("system account list", "Name", {{"minimum-id", "1001"}}),
                 ElementsAre("full"));
@@ -660,13 +661,17 @@ class UserMachineTest : public AccountMachineTest {
 
 TEST_F(UserMachineTest, ListsAccountsInTheOrderOfTheSystem) {
   ExpectPrinted("system account list",
-                "Name    User Id     Group       Login  Shell              Home\n"
-                "------  ----------  ----------  -----  -----------------  ----\n"
-                "root             0  root        true   /bin/bash          /root\n"
-                "daemon           1  daemon      false  /usr/sbin/nologin  /usr/sbin\n"
-                "anna          1000  anna        true   /bin/bash          /home/anna\n"
-                "bob           1001  users       false  /bin/false         /home/bob\n"
-                "eve     4294967294  4294967294  true   /bin/sh            /\n");
+                "Name    User Id     Login  Shell              Home\n"
+                "------  ----------  -----  -----------------  ----\n"
+                "root             0  true   /bin/bash          /root\n"
+                "daemon           1  false  /usr/sbin/nologin  /usr/sbin\n"
+                "anna          1000  true   /bin/bash          /home/anna\n"
+                "bob           1001  false  /bin/false         /home/bob\n"
+                "eve     4294967294  true   /bin/sh            /\n");
+  RunThere([] {
+    EXPECT_THAT(CallColumn("system account list", "Group"),
+                ElementsAre("root", "daemon", "anna", "users", "4294967294"));
+  });
 }
 
 TEST_F(UserMachineTest, SelectsAccounts) {
@@ -876,6 +881,19 @@ TEST_F(CrontabMachineTest, ShowsEveryField) {
                             {"File", "/etc/cron.d/backup"},
                             {"Line", "2"},
                             {"Problem", "'70' is not a valid minute"}}));
+  });
+}
+
+TEST_F(CrontabMachineTest, SaysWhichFilesCronIgnores) {
+  Mode("etc/cron.d/backup", 0666);
+  RunThere([] {
+    const std::vector<Row> rows = CallRows("system crontab list", {{"match", "save|never"}});
+    ASSERT_EQ(rows.size(), 2u);
+    EXPECT_EQ(rows[0].at("Schedule"), "ignored");
+    EXPECT_EQ(rows[0].at("Problem"),
+              "cron ignores the file: others than its owner can write to it");
+    EXPECT_EQ(rows[1].at("Schedule"), "broken");
+    EXPECT_EQ(rows[1].at("Problem"), "'70' is not a valid minute");
   });
 }
 
