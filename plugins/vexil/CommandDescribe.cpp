@@ -37,7 +37,6 @@ class CommandDescribe final : public AutoCli::Command {
  public:
   CommandDescribe() {
     SetDescription("Describe a command: its parameters, its result and how it is printed.");
-    AddMetaData("changes", "false");
     AddExample("--path \"vexil command list\"", "Describe the command that lists all commands");
     AddExample("--path vexil.plugin.list", "Describe a command without the need for quotes");
     SetDefaultOutputFormatter("simple");

@@ -58,7 +58,6 @@ class PluginList final : public AutoCli::Command {
  public:
   PluginList() {
     SetDescription("List the plug-ins that are loaded, in the order of loading.");
-    AddMetaData("changes", "false");
     AddExample("", "List the plug-ins");
     AddExample("--sort Commands --descending --limit 3", "List those with the most commands");
     SetDefaultOutputFormatter("table");

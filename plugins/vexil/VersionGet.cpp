@@ -72,7 +72,6 @@ class VersionGet final : public AutoCli::Command {
  public:
   VersionGet() {
     SetDescription("Get the version of the tool and other details for bug reports.");
-    AddMetaData("changes", "false");
     AddExample("", "Get the version");
     SetDefaultOutputFormatter("simple");
     SetDefaultOutputParameter("align-fields", "true");

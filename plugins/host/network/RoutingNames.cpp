@@ -3,13 +3,10 @@
 
 #include "plugins/host/network/RoutingNames.h"
 
-#include <kestrel/KestrelException.h>
 #include <linux/rtnetlink.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
-#include <cstring>
 #include <iterator>
 
 #include "plugins/host/frame/HostFile.h"
@@ -46,17 +43,8 @@ bool EndsWith(std::string_view text, std::string_view end) {
   return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
 }
 
-// Returns the names in a folder that need not exist.
-std::vector<std::string> NamesInFolder(const std::string& path) {
-  auto names = ReadFolder(path);
-  if (!names && errno != ENOENT && errno != ENOTDIR) {
-    throw KestrelException("Unable to read " + path + ": " + std::strerror(errno));
-  }
-  return std::move(names).value_or(std::vector<std::string>());
-}
-
 void AddFilesOf(const std::string& folder, NumberTable& table) {
-  for (const std::string& name : NamesInFolder(folder)) {
+  for (const std::string& name : ListOptionalFolder(folder).value_or(std::vector<std::string>())) {
     const bool isRead = EndsWith(name, ".conf") && name[0] != '.';
     if (const auto text = isRead ? ReadOptionalFile(folder + "/" + name) : std::nullopt) {
       table.AddLines(*text);
