@@ -93,9 +93,12 @@ def make_packages(_folder, count):
 
 
 def make_accounts(_folder, count):
+    """Each user has a group of the same name and number, as `useradd` makes it."""
+    numbers = range(1000, 1000 + count)
     cover("/etc/passwd", "root:x:0:0:root:/root:/bin/bash\n" + "".join(
-        f"user{number}:x:{number}:{number}::/home/user{number}:/bin/sh\n"
-        for number in range(1000, 1000 + count)))
+        f"user{number}:x:{number}:{number}::/home/user{number}:/bin/sh\n" for number in numbers))
+    cover("/etc/group", "root:x:0:\n" + "".join(
+        f"user{number}:x:{number}:\n" for number in numbers))
 
 
 def make_mounts(folder, count):
@@ -135,7 +138,9 @@ def make_processes(folder, count):
 
 
 ROWS = [
-    Row("log list --file lines.log --limit 5", "tail -n 5 lines.log", make_lines, (10, 200_000)),
+    Row("log list --file lines.log --lines 5", "tail -n 5 lines.log", make_lines, (10, 200_000)),
+    Row("log list --file lines.log --lines 100000", "tail -n 100000 lines.log", make_lines,
+        (10, 200_000)),
     Row("package list", "dpkg-query -W", make_packages, (10, 100_000)),
     Row("package get --name name000001", "dpkg-query -s name000001", make_packages, (10, 100_000)),
     Row("network route list", "ip route", make_routes, (10, 20_000)),
@@ -147,9 +152,9 @@ ROWS = [
     Row("storage mount list", "findmnt", make_mounts, (10, 1_000)),
     Row("storage filesystem list", "df", make_mounts, (10, 1_000)),
     Row("storage device list", "lsblk"),
-    Row("storage usage list --path tree", "du tree", make_tree, (10, 100_000)),
+    Row("storage usage list --directory tree", "du tree", make_tree, (10, 100_000)),
     Row("file checksum --file big", "sha256sum big", make_big_file, (1, 256)),
-    Row("file members --file a.tar", "tar -tvf a.tar", make_archive, (10, 100_000)),
+    Row("file members --archive a.tar", "tar -tvf a.tar", make_archive, (10, 100_000)),
     Row("system process list", "ps -ef", make_processes, (10, 1_000)),
     Row("system account list", "getent passwd", make_accounts, (10, 100_000)),
     Row("system module list", "lsmod"),
