@@ -27,6 +27,7 @@ void CheckCompletion(const Element& entry, const CommandParts& command, FileRepo
   const std::string parameter = entry.Get("name").substr(kComplete.size());
   const std::string value = entry.GetContent();
   std::vector<std::string> names;
+  names.reserve(command.parameters.size());
   for (const auto& known : command.parameters) {
     names.push_back(known.first);
   }

@@ -171,6 +171,7 @@ class FormatCheck {
   void CheckOwnKey(const Element& parameter, const std::string& key,
                    const AutoCli::Formatter& formatter) {
     Words keys;
+    keys.reserve(formatter.GetParams().size());
     for (const auto& known : formatter.GetParams()) {
       keys.push_back(known.name);
     }

@@ -340,8 +340,10 @@ std::vector<CommandParts> CheckLoading(const Element& root, const std::string& f
       CheckNamespace(*declared, file, report);
     }
   }
+  const std::vector<const Element*> elements = FindCommands(root);
   std::vector<CommandParts> commands;
-  for (const Element* command : FindCommands(root)) {
+  commands.reserve(elements.size());
+  for (const Element* command : elements) {
     commands.push_back(CheckCommand(*command, report));
   }
   const std::string text = TextOf([&] { XmlPlugin::New(file)->Initialize(); });

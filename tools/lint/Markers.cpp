@@ -204,8 +204,7 @@ class Finder {
 
   // The text of an $if ends at the first "}" that does not belong to a $val.
   void CheckNesting() {
-    for (std::size_t i = 0; i < list_.markers.size(); ++i) {
-      Marker& outer = list_.markers[i];
+    for (Marker& outer : list_.markers) {
       if (outer.kind != Marker::Kind::Conditional) {
         continue;
       }

@@ -110,8 +110,10 @@ std::vector<Node> WithoutKnown(std::vector<Node> nodes, const std::vector<Node>&
 }
 
 std::vector<std::string> ListFormatters(const Dispatcher& dispatcher) {
+  const auto formatters = dispatcher.GetFormatters();
   std::vector<std::string> names;
-  for (const auto& formatter : dispatcher.GetFormatters()) {
+  names.reserve(formatters.size());
+  for (const auto& formatter : formatters) {
     names.push_back(formatter->GetName());
   }
   return names;

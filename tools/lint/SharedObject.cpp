@@ -14,8 +14,10 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -64,9 +66,16 @@ void PrepareChild() {
       [descriptor](const ObjectFault& fault) {
         Send(descriptor, {{"fault", json::array({fault.rule, fault.what, fault.advice})}});
       });
-  const ObjectReport report = examiner.Run(file, before);
-  Send(descriptor,
-       {{"end", {{"tree", Catalog::WriteJson(report.tree)}, {"formatters", report.formatters}}}});
+  try {
+    const ObjectReport report = examiner.Run(file, before);
+    Send(descriptor,
+         {{"end", {{"tree", Catalog::WriteJson(report.tree)}, {"formatters", report.formatters}}}});
+  } catch (...) {
+    Send(descriptor, {{"fault", json::array({"object-exception",
+                                             "it throws something that is not a KestrelException",
+                                             "throw KestrelException"})}});
+    _exit(EXIT_FAILURE);
+  }
   _exit(EXIT_SUCCESS);
 }
 

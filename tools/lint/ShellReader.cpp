@@ -242,7 +242,7 @@ class Reader {
     }
   }
 
-  void TakeWord(RawWord word) {
+  void TakeWord(const RawWord& word) {
     const std::string text = TextOf(word);
     const bool isDigits = !text.empty() && IsUnquoted(word) &&
                           text.find_first_not_of("0123456789") == std::string::npos;

@@ -40,6 +40,7 @@ std::string CommandAt(const std::string& path) {
 
 std::vector<std::string> RulesOf(const LintResult& result) {
   std::vector<std::string> rules;
+  rules.reserve(result.findings.size());
   for (const Finding& finding : result.findings) {
     rules.emplace_back(finding.rule->id);
   }
