@@ -32,7 +32,7 @@ class Checker:
             print(f"FAILED: {what}", file=sys.stderr)
 
     def check_answers(self):
-        for option, start in (("--help", "vexil-lint [OPTION]"), ("--version", "vexil-lint 0."),
+        for option, start in (("--help", "vexil-lint [OPTION]"), ("--version", "vexil-lint "),
                               ("--rules", "attribute-missing (error)\n")):
             done = self.run(option)
             self.expect(done.returncode == 0 and done.stdout.startswith(start), option)
