@@ -94,20 +94,25 @@ bool IsPattern(const RawWord& word) {
   return false;
 }
 
-// Whether a pattern matches names that begin with "-".
+// Whether the bytes after the first one of a pattern make an option of a name that begins with "-":
+// the names "-" and "--" are none.
+bool MakesOption(const std::string& rest) { return !rest.empty() && rest != "-"; }
+
+// Whether a pattern matches names that begin with "-" and are options.
 bool MayBeOption(const RawWord& word) {
   if (!IsPattern(word) || word[0].isQuoted) {
     return false;
   }
   if (word[0].byte != '[') {
-    return word[0].byte == '?' || word[0].byte == '*';
+    return word[0].byte == '*' || (word[0].byte == '?' && MakesOption(TextOf(word).substr(1)));
   }
   const auto end = std::find_if(word.begin() + 2, word.end(), [](const RawByte& byte) {
     return byte.byte == ']' && !byte.isQuoted;
   });
   const char first = word[1].byte;
-  return end != word.end() && (first == '-' || (end - 1)->byte == '-' ||
-                               (!word[1].isQuoted && (first == '!' || first == '^')));
+  return end != word.end() && MakesOption(TextOf({end + 1, word.end()})) &&
+         (first == '-' || (end - 1)->byte == '-' ||
+          (!word[1].isQuoted && (first == '!' || first == '^')));
 }
 
 bool IsHome(const RawWord& word) { return word[0].byte == '~' && !word[0].isQuoted; }
