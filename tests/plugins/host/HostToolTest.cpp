@@ -47,7 +47,7 @@ TEST(HostToolTest, PrintsATableInAnotherForm) {
   const VexilResult result =
       HostRun({"--formatter=simple", "system", "account", "list", "--name=root"}).Run();
   EXPECT_EQ(result.out,
-            "\nAccount:\n   Name: root\n   User Id: 0\n   Group: root\n   Login: true\n"
+            "\nAccount:\n   Name: root\n   User Id: 0\n   Login: true\n"
             "   Shell: " +
                 Witness("getent passwd root | cut -d: -f7") +
                 "   Home: " + Witness("getent passwd root | cut -d: -f6") + "\n");
