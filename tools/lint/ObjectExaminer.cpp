@@ -129,7 +129,9 @@ void LoadQuietly(Dispatcher& dispatcher, const std::string& file) {
 // The loader looks up a function when it is called first, which may be long after the start.
 void CheckSymbols(const std::string& file, const ObjectExaminer::Report& report) {
   const std::string path = file.find('/') == std::string::npos ? "./" + file : file;
-  if (dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL) != nullptr) {
+  void* const object = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+  if (object != nullptr) {
+    dlclose(object);
     return;
   }
   const char* const error = dlerror();
