@@ -6,10 +6,8 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
-#include <list>
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 #ifdef KESTREL_HAS_CLI11
@@ -17,24 +15,17 @@
 #endif
 
 #include "benchmarks/CommandTree.h"
-#include "kestrel/autocli/CommandInput.h"
-#include "kestrel/autocli/CommandOutput.h"
 #include "kestrel/autocli/Dispatcher.h"
 #include "kestrel/autocli/Namespace.h"
 #include "kestrel/autocli/OptionParser.h"
 #include "kestrel/autocli/RootNamespace.h"
 #include "kestrel/callspec/InputSpec.h"
-#include "kestrel/callspec/OutputSpec.h"
-#include "kestrel/metaobj/MetaBool.h"
 
 namespace Kestrel::Benchmarks {
 namespace {
 
-using AutoCli::CommandInput;
-using AutoCli::CommandOutput;
 using AutoCli::OptionParser;
 using CallSpec::InputSpec;
-using CallSpec::OutputSpec;
 using CallSpec::ParameterSpec;
 using CallSpec::ParameterType;
 
