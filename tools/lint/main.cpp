@@ -1,8 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <exception>
 #include <set>
 #include <string>
@@ -131,18 +133,23 @@ class ArgumentReader {
   Arguments arguments_;
 };
 
-bool Print(const std::string& text) {
-  return std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0;
-}
-
 void Complain(const std::string& text) {
   std::fputs(("vexil-lint: " + text + "\n").c_str(), stderr);
+}
+
+/// Returns whether all of the text was written. Reports why not.
+bool Print(const std::string& text) {
+  if (std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0) {
+    return true;
+  }
+  Complain(std::string("cannot write to standard output: ") + std::strerror(errno));
+  return false;
 }
 
 int Run(int argc, char** argv) {
   const Arguments arguments = ArgumentReader(argc, argv).Run();
   if (!arguments.error.empty()) {
-    Complain(arguments.error);
+    Complain(arguments.error + "; see vexil-lint --help");
     return kUsageError;
   }
   if (!arguments.answer.empty()) {

@@ -45,7 +45,8 @@ class Checker:
         for arguments in ((), ("--format", "yaml", "x"), ("--format",), ("--explain", "none"),
                           ("--suppress=none", "x"), ("--bad", "x")):
             done = self.run(*arguments)
-            self.expect(done.returncode == 2 and done.stderr.startswith("vexil-lint: "),
+            self.expect(done.returncode == 2 and done.stderr.startswith("vexil-lint: ")
+                        and done.stderr.endswith("; see vexil-lint --help\n"),
                         f"status of {arguments}: {done}")
 
     def check_statuses(self, folder):
@@ -65,8 +66,11 @@ class Checker:
             done = self.run(f"--format={form}", bad)
             self.expect(done.returncode == 1 and key in json.loads(done.stdout), form)
         with open("/dev/full", "w", encoding="utf-8") as full:
-            status = subprocess.run([self.program, bad], stdout=full, check=False).returncode
-        self.expect(status == 2, "standard output that is full")
+            done = subprocess.run([self.program, bad], stdout=full, stderr=subprocess.PIPE, text=True,
+                                  check=False)
+        self.expect(done.returncode == 2 and done.stderr ==
+                    "vexil-lint: cannot write to standard output: No space left on device\n",
+                    f"standard output that is full: {done}")
 
     def check_clean(self, folders):
         for folder in folders:
