@@ -274,16 +274,7 @@ ObjectReport ObjectExaminer::Run(const std::string& file, const std::vector<std:
   }
   const Catalog::Tree known = Catalog::ReadTree(*dispatcher);
   enter_("loading it");
-  CheckSymbols(file, report_);
-  try {
-    dispatcher->AddPlugin(file);
-  } catch (const KestrelException& error) {
-    report_(DescribeRefusal(file, error.what()));
-  } catch (...) {
-    report_({"object-exception",
-             "it throws " + DescribeForeignException().value_or("") + " while it is loaded",
-             "throw KestrelException"});
-  }
+  Load(*dispatcher, file);
   enter_("reading what it declares");
   ObjectReport result;
   result.tree = Catalog::ReadTree(*dispatcher);
@@ -291,26 +282,45 @@ ObjectReport ObjectExaminer::Run(const std::string& file, const std::vector<std:
   result.tree.commands = WithoutKnown(std::move(result.tree.commands), known.commands);
   result.tree.faults = WithoutKnown(std::move(result.tree.faults), known.faults);
   result.formatters = ListFormatters(*dispatcher);
-  for (const Catalog::Fault& fault : result.tree.faults) {
+  Examine(*dispatcher, result.tree);
+  return result;
+}
+
+void ObjectExaminer::Load(Dispatcher& dispatcher, const std::string& file) {
+  CheckSymbols(file, report_);
+  try {
+    dispatcher.AddPlugin(file);
+  } catch (const KestrelException& error) {
+    report_(DescribeRefusal(file, error.what()));
+  } catch (...) {
+    report_({"object-exception",
+             "it throws " + DescribeForeignException().value_or("") + " while it is loaded",
+             "throw KestrelException"});
+  }
+}
+
+void ObjectExaminer::Examine(const Dispatcher& dispatcher, const Catalog::Tree& tree) {
+  for (const Catalog::Fault& fault : tree.faults) {
     report_({"object-declaration",
              "vexil " + fault.path + ": the declaration throws: " + fault.text,
              "correct the declaration"});
   }
-  for (const Catalog::Command& declared : result.tree.commands) {
-    const auto node = Vexil::FindNode(dispatcher->GetRootNamespace(), SplitWords(declared.path));
-    const auto command = std::dynamic_pointer_cast<CommandSpec>(node);
-    if (command == nullptr) {
-      continue;
-    }
-    enter_("vexil " + declared.path);
-    try {
-      CommandExaminer(*command, declared.path, report_).Run();
-    } catch (const std::exception& error) {
-      report_({"object-declaration", "vexil " + declared.path + ": it throws: " + error.what(),
-               "correct the declaration"});
+  for (const Catalog::Command& declared : tree.commands) {
+    const auto node = Vexil::FindNode(dispatcher.GetRootNamespace(), SplitWords(declared.path));
+    if (const auto command = std::dynamic_pointer_cast<CommandSpec>(node)) {
+      Examine(*command, declared.path);
     }
   }
-  return result;
+}
+
+void ObjectExaminer::Examine(CommandSpec& command, const std::string& path) {
+  enter_("vexil " + path);
+  try {
+    CommandExaminer(command, path, report_).Run();
+  } catch (const std::exception& error) {
+    report_({"object-declaration", "vexil " + path + ": it throws: " + error.what(),
+             "correct the declaration"});
+  }
 }
 
 std::vector<std::string> FindMisspeltEntryPoints(const std::string& file) {

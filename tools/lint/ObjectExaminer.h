@@ -9,6 +9,11 @@
 
 #include "tools/lint/SharedObject.h"
 
+namespace Kestrel::AutoCli {
+class CommandSpec;
+class Dispatcher;
+}  // namespace Kestrel::AutoCli
+
 namespace Kestrel::Lint {
 
 /// Examines a shared object in this process, which may not survive it.
@@ -28,6 +33,10 @@ class ObjectExaminer {
   ObjectReport Run(const std::string& file, const std::vector<std::string>& before);
 
  private:
+  void Load(AutoCli::Dispatcher& dispatcher, const std::string& file);
+  void Examine(const AutoCli::Dispatcher& dispatcher, const Catalog::Tree& tree);
+  void Examine(AutoCli::CommandSpec& command, const std::string& path);
+
   Enter enter_;
   Report report_;
 };

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -70,6 +71,9 @@ class TemplateCheck {
   }
 
  private:
+  using Adder =
+      std::function<void(const char* rule, const std::string& what, const std::string& advice)>;
+
   void AddAt(const char* rule, const Element& element, std::size_t position,
              const std::string& what, const std::string& advice) {
     const Piece& piece = *element.GetContentPiece();
@@ -180,44 +184,51 @@ class TemplateCheck {
   }
 
   void Report(const Element& execute, const Marker& marker, const Verdict& verdict) {
-    const auto add = [&](const char* rule, const std::string& what, const std::string& advice) {
+    const Adder add = [&](const char* rule, const std::string& what, const std::string& advice) {
       AddAt(rule, execute, marker.begin, what, advice);
     };
-    const std::string marked = "'$val{" + marker.name + "}'";
-    const bool isValue = marker.kind == Marker::Kind::Value;
     if (verdict.isUnknown) {
       add("marker-place", "what the shell makes of '" + marker.name + "' here is not known",
           "pass it as an argument of a plain command, or in 'stdin'");
-      return;
-    }
-    if (!verdict.program.empty()) {
+    } else if (!verdict.program.empty()) {
       add("marker-program",
           "'" + marker.name + "' becomes a part of a program for " + verdict.program,
           "pass it as an argument of its own");
-      return;
+    } else if (verdict.runsCommand || verdict.addsWord || verdict.addsOption) {
+      ReportUnsafe(marker, verdict, add);
+    } else {
+      ReportChanged(marker, verdict, add);
     }
+  }
+
+  static std::string SuggestQuotes(const Marker& marker) {
+    return "write '$val{" + marker.name + "}', with the quotes directly around it";
+  }
+
+  static void ReportUnsafe(const Marker& marker, const Verdict& verdict, const Adder& add) {
+    const bool isValue = marker.kind == Marker::Kind::Value;
     if (verdict.runsCommand) {
       add("unsafe-command", "the value " + Quote(*verdict.runsCommand) + " runs another command",
-          isValue ? "write " + marked + ", with the quotes directly around it and nothing else"
+          isValue ? SuggestQuotes(marker) + " and nothing else"
                   : "write false instead of true, or pass it in 'stdin'");
     }
     if (verdict.addsWord) {
       add("unsafe-word", "the value " + Quote(*verdict.addsWord) + " becomes several words",
-          isValue ? "write " + marked + ", with the quotes directly around it"
-                  : "restrict the values, or pass them in 'stdin'");
+          isValue ? SuggestQuotes(marker) : "restrict the values, or pass them in 'stdin'");
     }
     if (verdict.addsOption) {
       add("unsafe-option", "the value " + Quote(*verdict.addsOption) + " is taken for an option",
           "write it after '--option=', or put -- before it, or restrict the value");
     }
-    if (verdict.runsCommand || verdict.addsWord || verdict.addsOption) {
-      return;
-    }
+  }
+
+  static void ReportChanged(const Marker& marker, const Verdict& verdict, const Adder& add) {
     if (verdict.isAltered) {
       const bool isCut = verdict.isAltered->find('}') != std::string::npos;
+      const bool isValue = marker.kind == Marker::Kind::Value;
       add("changed-value", "the value " + Quote(*verdict.isAltered) + " arrives altered",
           isCut     ? "exclude '}' by a constraint, because it ends the $if, or use 'stdin'"
-          : isValue ? "write " + marked + ", with the quotes directly around it, or use 'stdin'"
+          : isValue ? SuggestQuotes(marker) + ", or use 'stdin'"
                     : "restrict the values, or pass them in 'stdin'");
     } else if (verdict.losesQuotes) {
       add("changed-quotes", "the value " + Quote(*verdict.losesQuotes) + " loses its quotes",
