@@ -48,11 +48,11 @@ class MetaRecords {
 
   long LookUp(std::size_t index, const Names& names) const {
     const auto& structure = static_cast<const MetaStruct&>(*list_->GetObjects()[index]);
-    const auto name = structure.GetField(names.name);
-    const auto size = structure.GetField(names.size);
-    const auto isEnabled = structure.GetField(names.isEnabled);
-    const auto path = structure.GetField(names.path);
-    const auto count = structure.GetField(names.count);
+    const auto* name = structure.FindField(names.name);
+    const auto* size = structure.FindField(names.size);
+    const auto* isEnabled = structure.FindField(names.isEnabled);
+    const auto* path = structure.FindField(names.path);
+    const auto* count = structure.FindField(names.count);
     return static_cast<long>(static_cast<const MetaString&>(*name).GetValue().size() +
                              static_cast<const MetaString&>(*path).GetValue().size()) +
            static_cast<const MetaInt&>(*size).GetValue() +

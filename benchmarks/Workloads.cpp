@@ -52,7 +52,7 @@ Work LookUp() {
   return [list = MakeList(MakeRecords(kRecords)), names] {
     for (const auto& record : list->GetObjects()) {
       for (const std::string& name : names) {
-        static_cast<const MetaObj::MetaStruct&>(*record).GetField(name);
+        static_cast<const MetaObj::MetaStruct&>(*record).FindField(name);
       }
     }
   };

@@ -279,6 +279,11 @@ std::shared_ptr<MetaObject> MetaStruct::GetField(const std::string& name) const 
   return value == nullptr ? nullptr : *value;
 }
 
+const MetaObject* MetaStruct::FindField(const std::string& name) const {
+  const std::shared_ptr<MetaObject>* const value = Find(FieldName(name));
+  return value == nullptr ? nullptr : value->get();
+}
+
 bool MetaStruct::HasField(const std::string& name) const {
   return Find(FieldName(name)) != nullptr;
 }

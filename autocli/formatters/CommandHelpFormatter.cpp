@@ -33,14 +33,12 @@ constexpr std::string_view kDescriptionEnd = " :";
 constexpr std::string_view kSyntaxStart = "# ";
 
 std::string GetText(const MetaStruct& structure, const std::string& name) {
-  const std::shared_ptr<MetaObject> value = structure.GetField(name);
-  const auto* text = ViewAs<MetaString>(value.get());
+  const auto* text = ViewAs<MetaString>(structure.FindField(name));
   return text == nullptr ? std::string() : text->GetValue();
 }
 
 bool IsTrue(const MetaStruct& structure, const char* name) {
-  const std::shared_ptr<MetaObject> value = structure.GetField(name);
-  const auto* flag = ViewAs<MetaBool>(value.get());
+  const auto* flag = ViewAs<MetaBool>(structure.FindField(name));
   return flag != nullptr && flag->GetValue();
 }
 

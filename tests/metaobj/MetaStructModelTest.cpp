@@ -187,6 +187,7 @@ class Walk {
     ASSERT_EQ(pair.structure->HasField(name), found != pair.plain->fields.end());
     if (found == pair.plain->fields.end()) {
       EXPECT_EQ(pair.structure->GetField(name), nullptr);
+      EXPECT_EQ(pair.structure->FindField(name), nullptr);
       EXPECT_THROW(pair.structure->GetFieldType(name), int);
       EXPECT_EQ(MessageOf([&] { pair.structure->GetFieldDocumentation(name); }),
                 "Field " + name + " is not present in the structure " + pair.plain->typeName);
@@ -194,6 +195,7 @@ class Walk {
     }
     const auto& [value, documentation] = found->second;
     EXPECT_EQ(pair.structure->GetField(name), value);
+    EXPECT_EQ(pair.structure->FindField(name), value.get());
     EXPECT_EQ(pair.structure->GetFieldType(name), value->GetType());
     EXPECT_EQ(pair.structure->GetFieldDocumentation(name),
               documentation.empty() ? "Documentation missing" : documentation);

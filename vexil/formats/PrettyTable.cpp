@@ -67,8 +67,7 @@ const MetaObject& PrettyTable::CellOf(const MetaObject& row, const Column& colum
     if (KindOf(*value) != MetaType::Struct) {
       throw ValueFault{"is not a structure"};
     }
-    // The structure owns the value too.
-    value = static_cast<const MetaStruct&>(*value).GetField(name).get();
+    value = static_cast<const MetaStruct&>(*value).FindField(name);
     if (value == nullptr) {
       throw ValueFault{"is missing"};
     }

@@ -58,8 +58,7 @@ class FieldReader {
  private:
   static const MetaObj::MetaObject& GetByName(const MetaObj::MetaStruct& structure,
                                               const std::string& name) {
-    // The structure owns the value too, so it outlives the returned pointer.
-    const MetaObj::MetaObject* const value = structure.GetField(name).get();
+    const MetaObj::MetaObject* const value = structure.FindField(name);
     if (value == nullptr) {
       throw ValueFault{"is missing"};
     }

@@ -130,6 +130,10 @@ class KESTREL_API MetaStruct : public MetaObject {
   /// The value of the field, null when there is no such field.
   std::shared_ptr<MetaObject> GetField(const std::string& name) const;
 
+  /// The same value without sharing it, which is faster. The structure owns it: the pointer is
+  /// valid until the field is set again or removed, and not longer than this object.
+  const MetaObject* FindField(const std::string& name) const;
+
   /// Whether there is a field of that name.
   bool HasField(const std::string& name) const;
 

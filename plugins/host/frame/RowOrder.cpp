@@ -31,7 +31,7 @@ void SortBy(const std::string& field, bool isDescending, Rows& rows) {
   std::vector<std::pair<Key, std::shared_ptr<MetaObject>>> keyed;
   keyed.reserve(rows.size());
   for (std::shared_ptr<MetaObject>& row : rows) {
-    const auto value = static_cast<const MetaObj::MetaStruct&>(*row).GetField(field);
+    const auto* value = static_cast<const MetaObj::MetaStruct&>(*row).FindField(field);
     keyed.emplace_back(static_cast<const Class&>(*value).GetValue(), std::move(row));
   }
   std::stable_sort(keyed.begin(), keyed.end(), [&](const auto& left, const auto& right) {
