@@ -19,7 +19,6 @@ from problem_report import report
 # Included by name by the few sources that need them.
 BY_NAME_ONLY = {
     "kestrel/Version.h",
-    "kestrel/autocli/PluginEntryPoint.h",
 }
 
 INCLUDE = re.compile(r'^#include "(kestrel/[^"]+)"', re.MULTILINE)

@@ -15,11 +15,15 @@
 #include "autocli/text/SystemError.h"
 #include "kestrel/KestrelException.h"
 
+#define KESTREL_NOT_A_PLUGIN
+#include "kestrel/autocli/PluginEntryPoint.h"
+
 namespace Kestrel::AutoCli {
 
 namespace {
 
 constexpr const char* kEntryPoint = "AutoCli_RegisterNamespaces";
+constexpr const char* kAbiNumber = "AutoCli_PluginAbi";
 
 std::string LoaderError() {
   const char* const text = dlerror();
@@ -83,6 +87,16 @@ std::string LoaderError(const std::string& name, const std::string& path) {
   return text;
 }
 
+// Plug-ins that do not include the header have no number.
+void RequireOwnAbi(void* handle, const std::string& path) {
+  const auto* const number = static_cast<const unsigned*>(dlsym(handle, kAbiNumber));
+  dlerror();  // clears the message about a missing number
+  if (number != nullptr && *number != KESTREL_PLUGIN_ABI) {
+    Refuse(path, path + ": compiled for plug-in ABI " + std::to_string(*number) +
+                     ", but this library has plug-in ABI " + std::to_string(KESTREL_PLUGIN_ABI));
+  }
+}
+
 }  // namespace
 
 void SharedLibraryPlugin::LibraryCloser::operator()(void* handle) const { dlclose(handle); }
@@ -120,6 +134,7 @@ void SharedLibraryPlugin::Initialize() {
     throw KestrelException("Unable to get plugin registration point from " + path_ + " : " +
                            LoaderError(file.name, path_));
   }
+  RequireOwnAbi(handle.get(), path_);
   handle_ = std::move(handle);
   file_ = std::make_shared<FileDescriptor>(std::move(file.descriptor));
   registerFunction_ = reinterpret_cast<RegisterFunction>(symbol);

@@ -3,7 +3,8 @@
 
 #pragma once
 
-/// Includes every public header, for programs and plug-ins that use the library.
+/// Includes the public headers of the library, for programs and plug-ins that use it. Only
+/// kestrel/Version.h is not among them.
 
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/CliDispatcher.h"
@@ -26,6 +27,7 @@
 #include "kestrel/autocli/NamespaceNode.h"
 #include "kestrel/autocli/OptionParser.h"
 #include "kestrel/autocli/Plugin.h"
+#include "kestrel/autocli/PluginEntryPoint.h"
 #include "kestrel/autocli/PythonFormatter.h"
 #include "kestrel/autocli/RootNamespace.h"
 #include "kestrel/autocli/SharedLibraryPlugin.h"

@@ -155,6 +155,41 @@ TEST(SharedLibraryPluginTest, AnEntryPointAtNullIsRefusedWithoutTextOfTheLoader)
   EXPECT_FALSE(IsLoaded(path));
 }
 
+// The number of the plug-in interface.
+
+TEST(SharedLibraryPluginTest, APluginCompiledForAnotherAbiIsRefusedAndClosed) {
+  const std::string path = TestPluginPath("OtherAbiPlugin");
+  EXPECT_THAT([&] { SharedLibraryPlugin::New(path)->Initialize(); },
+              ThrowsMessage<KestrelException>(
+                  "Unable to load plugin from " + path + " : " + path +
+                  ": compiled for plug-in ABI 4000000000, but this library has plug-in ABI 1"));
+  EXPECT_FALSE(IsLoaded(path));
+}
+
+TEST(SharedLibraryPluginTest, APluginWithoutANumberIsLoaded) {
+  const std::shared_ptr<SharedLibraryPlugin> plugin =
+      SharedLibraryPlugin::New(TestPluginPath("NoAbiPlugin"));
+  plugin->Initialize();
+  EXPECT_EQ(dlerror(), nullptr);
+  const std::shared_ptr<RootNamespace> root = RootNamespace::New(nullptr);
+  plugin->RegisterNamespaces(root);
+  EXPECT_THAT(root->GetNamespaceNodeNames(), ElementsAre("own"));
+}
+
+// A unique symbol would have the first definition for all.
+TEST(SharedLibraryPluginTest, EachPluginHasANumberOfItsOwn) {
+  const std::unique_ptr<void, int (*)(void*)> other(
+      dlopen(TestPluginPath("OtherAbiPlugin").c_str(), RTLD_LAZY | RTLD_GLOBAL), dlclose);
+  ASSERT_NE(other, nullptr);
+  const std::string path = TestPluginPath("EchoPlugin");
+  SharedLibraryPlugin::New(path)->Initialize();
+
+  const std::unique_ptr<void, int (*)(void*)> echo(dlopen(path.c_str(), RTLD_LAZY), dlclose);
+  const auto* const number = static_cast<const unsigned*>(dlsym(echo.get(), "AutoCli_PluginAbi"));
+  ASSERT_NE(number, nullptr);
+  EXPECT_EQ(*number, 1U);
+}
+
 // Incomplete files.
 
 std::string ReadFile(const std::string& path) {
