@@ -8,9 +8,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdio>
-#include <cstdlib>
 #include <iostream>
-#include <string_view>
 #include <vector>
 
 #include "kestrel/autocli/CommandOutput.h"
@@ -20,6 +18,7 @@
 #include "vexil/Advice.h"
 #include "vexil/CommandLine.h"
 #include "vexil/FindNode.h"
+#include "vexil/PrettyRequest.h"
 
 namespace Kestrel::Vexil {
 
@@ -29,11 +28,7 @@ namespace {
 
 constexpr const char* kPrettyOption = "--formatter=pretty";
 
-bool IsPrettyWanted() {
-  const char* const formatter = std::getenv("VEXIL_TERMINAL_FORMATTER");
-  return formatter != nullptr && std::string_view(formatter) == "pretty" &&
-         isatty(STDOUT_FILENO) == 1;
-}
+bool IsPrettyWanted() { return IsPrettyRequested() && isatty(STDOUT_FILENO) == 1; }
 
 /// Sets the current line and, when it is destroyed, that there is none.
 class CurrentLine {
@@ -216,8 +211,7 @@ bool Session::IsPretty() const {
   if (command == nullptr) {
     return false;
   }
-  const std::string formatter = command->GetDefaultOutputFormatParameters().GetFormatter();
-  return formatter == "table" || formatter == "simple";
+  return YieldsToPretty(command->GetDefaultOutputFormatParameters().GetFormatter());
 }
 
 std::shared_ptr<AutoCli::CommandSpec> Session::FindCommand() const {

@@ -14,6 +14,7 @@
 #include "kestrel/callspec/OutputSpec.h"
 #include "tools/complete/ValueCompletion.h"
 #include "vexil/FormatKeys.h"
+#include "vexil/PrettyRequest.h"
 #include "vexil/ResultTypes.h"
 #include "vexil/Words.h"
 
@@ -39,17 +40,19 @@ std::shared_ptr<MetaObj::MetaObject> GetResult(const ValueContext& context) {
   return context.command == nullptr ? nullptr : context.command->GetOutputSpec()->GetRootObject();
 }
 
-// Returns the formatter on the line, otherwise the default formatter of the command; "table" if
-// there is no command.
+// Returns the formatter on the line, otherwise the one that prints the command's result on a
+// terminal; "table" if there is no command.
 std::string GetFormatter(const ValueContext& context) {
   for (const Vexil::TypedOption& option : context.line.settledOptions) {
     if (option.name == "formatter") {
       return option.value;
     }
   }
-  return context.command == nullptr
-             ? "table"
-             : context.command->GetDefaultOutputFormatParameters().GetFormatter();
+  if (context.command == nullptr) {
+    return "table";
+  }
+  const std::string name = context.command->GetDefaultOutputFormatParameters().GetFormatter();
+  return Vexil::IsPrettyRequested() && Vexil::YieldsToPretty(name) ? "pretty" : name;
 }
 
 void AddKeys(const ValueContext& context, Completion& completion) {

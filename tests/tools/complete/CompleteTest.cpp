@@ -19,6 +19,7 @@
 #include "kestrel/metaobj/MetaList.h"
 #include "kestrel/metaobj/MetaStruct.h"
 #include "support/SampleCommands.h"
+#include "support/ScopedEnvironment.h"
 #include "vexil/formats/FormatsPlugin.h"
 
 namespace Kestrel::Testing {
@@ -232,6 +233,15 @@ TEST_F(CompleteTest, KeysOfFormatParametersBelongToTheFormatter) {
   EXPECT_THAT(RunForWords({"--formatter=json", "--format-param", ""}, {"paint", "list"}),
               IsEmpty());
   EXPECT_EQ(Directive::NoSpace, Run({"--format-param", "f"}).directive);
+}
+
+TEST_F(CompleteTest, KeysBelongToPrettyWhereTheEnvironmentRequestsIt) {
+  dispatcher_.RegisterPlugin(std::make_shared<Formats::FormatsPlugin>());
+  const ScopedEnvironment environment("VEXIL_TERMINAL_FORMATTER", "pretty");
+  EXPECT_THAT(RunForWords({"--format-param", "hu"}, {"paint", "list"}), ElementsAre("human="));
+  EXPECT_THAT(RunForWords({"--format-param", "fields:"}, {"paint", "list"}), IsEmpty());
+  EXPECT_THAT(RunForWords({"--formatter=table", "--format-param", "hu"}, {"paint", "list"}),
+              IsEmpty());
 }
 
 TEST_F(CompleteTest, ColumnsBelongToTheCommandAlsoAfterAComma) {
