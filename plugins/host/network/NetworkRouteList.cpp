@@ -79,37 +79,53 @@ std::string ViaText(const NetworkRoute& route, const RouteNames& names) {
   return TextOrNone(std::move(text));
 }
 
-std::shared_ptr<MetaObj::MetaStruct> ToStruct(const NextHop& nextHop, const RouteNames& names) {
-  auto result = NextHopShape().NewStruct();
-  result->SetField("Gateway", TextOrNone(nextHop.gateway));
-  result->SetField("Interface", SanitizedText(LinkName(names.links, nextHop.interfaceIndex)));
-  result->SetField("Weight", nextHop.weight);
-  return result;
-}
+/// Makes the rows. Most routes have the same words as the one before.
+class RouteRows {
+ public:
+  /// The names must exist as long as the object.
+  explicit RouteRows(const RouteNames& names) : names_(names) {}
 
-std::shared_ptr<MetaObj::MetaStruct> ToStruct(const NetworkRoute& route, const RouteNames& names) {
-  const NextHop first = route.nextHops.empty() ? NextHop() : route.nextHops.front();
-  const auto nextHops = NextHopShape().NewList();
-  for (const NextHop& nextHop : route.nextHops) {
-    nextHops->Add(ToStruct(nextHop, names));
+  std::shared_ptr<MetaObj::MetaStruct> Make(const NetworkRoute& route) {
+    const NextHop first = route.nextHops.empty() ? NextHop() : route.nextHops.front();
+    const RoutingNames& routing = names_.routing;
+    auto result = Shape().NewStruct();
+    result->SetField("Destination", DestinationText(route));
+    result->SetField("Family", route.family);
+    result->SetField("Prefix Length", route.prefixLength);
+    result->SetField("Type", RouteTypeName(route.type));
+    result->SetField("Via", via_.Get(ViaText(route, names_)));
+    result->SetField("Gateway", TextOrNone(first.gateway));
+    result->SetField("Interface", interfaces_.Get(LinkName(names_.links, first.interfaceIndex)));
+    result->SetField("Next Hops", MakeNextHops(route));
+    result->SetField("Protocol", protocols_.Get(routing.protocols.NameOf(route.protocol)));
+    result->SetField("Scope", scopes_.Get(routing.scopes.NameOf(route.scope)));
+    result->SetField("Source", TextOrNone(route.source));
+    result->SetField("Metric", route.metric);
+    result->SetField("Table", tables_.Get(routing.tables.NameOf(route.table)));
+    result->SetField("Table Number", static_cast<long>(route.table));
+    return result;
   }
-  auto result = Shape().NewStruct();
-  result->SetField("Destination", DestinationText(route));
-  result->SetField("Family", route.family);
-  result->SetField("Prefix Length", route.prefixLength);
-  result->SetField("Type", RouteTypeName(route.type));
-  result->SetField("Via", SanitizedText(ViaText(route, names)));
-  result->SetField("Gateway", TextOrNone(first.gateway));
-  result->SetField("Interface", SanitizedText(LinkName(names.links, first.interfaceIndex)));
-  result->SetField("Next Hops", nextHops);
-  result->SetField("Protocol", SanitizedText(names.routing.protocols.NameOf(route.protocol)));
-  result->SetField("Scope", SanitizedText(names.routing.scopes.NameOf(route.scope)));
-  result->SetField("Source", TextOrNone(route.source));
-  result->SetField("Metric", route.metric);
-  result->SetField("Table", SanitizedText(names.routing.tables.NameOf(route.table)));
-  result->SetField("Table Number", static_cast<long>(route.table));
-  return result;
-}
+
+ private:
+  std::shared_ptr<MetaObj::MetaList> MakeNextHops(const NetworkRoute& route) {
+    auto nextHops = NextHopShape().NewList();
+    for (const NextHop& nextHop : route.nextHops) {
+      auto row = NextHopShape().NewStruct();
+      row->SetField("Gateway", TextOrNone(nextHop.gateway));
+      row->SetField("Interface", interfaces_.Get(LinkName(names_.links, nextHop.interfaceIndex)));
+      row->SetField("Weight", nextHop.weight);
+      nextHops->Add(row);
+    }
+    return nextHops;
+  }
+
+  const RouteNames& names_;
+  RepeatedText via_;
+  RepeatedText interfaces_;
+  RepeatedText protocols_;
+  RepeatedText scopes_;
+  RepeatedText tables_;
+};
 
 /// Selects the routes that the user asks for.
 class RouteFilter {
@@ -197,9 +213,10 @@ class NetworkRouteList final : public ListCommand {
       return;
     }
     names.links = LinkNames(ReadLinks());
+    RouteRows made(names);
     for (const NetworkRoute& route : ReadRoutes()) {
       if (filter.Accepts(route)) {
-        rows.Add(ToStruct(route, names));
+        rows.Add(made.Make(route));
       }
     }
   }

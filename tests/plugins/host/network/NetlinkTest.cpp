@@ -118,6 +118,8 @@ TEST(NetlinkMessageTest, ABodyThatIsTooShortIsNotRead) {
 
 TEST(NetlinkTest, WritesAddresses) {
   EXPECT_EQ(FormatAddress(AddressBytes("127.0.0.1")), "127.0.0.1");
+  EXPECT_EQ(FormatAddress(AddressBytes("255.255.255.255")), "255.255.255.255");
+  EXPECT_EQ(FormatAddress(AddressBytes("0.10.99.100")), "0.10.99.100");
   EXPECT_EQ(FormatAddress(AddressBytes("fe80::1")), "fe80::1");
   EXPECT_EQ(FormatAddress(""), "");
   EXPECT_EQ(FormatAddress("abc"), "");
