@@ -12,6 +12,7 @@
 #include <string_view>
 
 #include "autocli/text/EscapeTable.h"
+#include "autocli/text/ShortCopy.h"
 
 namespace Kestrel::AutoCli {
 
@@ -144,26 +145,9 @@ class TextWriter {
       std::memcpy(to, from, size);
     } else if (size >= 16) {
       CopyEnds<16>(to, from, size);
-    } else if (size >= 8) {
-      CopyEnds<8>(to, from, size);
-    } else if (size >= 4) {
-      CopyEnds<4>(to, from, size);
-    } else if (size > 0) {
-      to[0] = from[0];
-      to[size / 2] = from[size / 2];
-      to[size - 1] = from[size - 1];
+    } else {
+      CopyUpTo16(to, from, size);
     }
-  }
-
-  /// Copies `size` bytes, from `Half` to 2 * `Half`, as two blocks that may overlap.
-  template <std::size_t Half>
-  static void CopyEnds(char* to, const char* from, std::size_t size) {
-    char first[Half];
-    char last[Half];
-    std::memcpy(first, from, Half);
-    std::memcpy(last, from + size - Half, Half);
-    std::memcpy(to, first, Half);
-    std::memcpy(to + size - Half, last, Half);
   }
 
   /// Returns an upper bound of the bytes that a piece takes. Up to kSlack more may be overwritten.

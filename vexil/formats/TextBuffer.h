@@ -12,6 +12,8 @@
 #include <string_view>
 #include <vector>
 
+#include "autocli/text/ShortCopy.h"
+
 namespace Kestrel::Formats {
 
 /// A number in decimal, with a sign if it is negative.
@@ -103,24 +105,9 @@ class TextBuffer {
         std::memcpy(to + 16, from + 16, 16);
         std::memcpy(to + size - 32, from + size - 32, 16);
       }
-    } else if (size >= 8) {
-      CopyEnds<8>(to, from, size);
-    } else if (size >= 4) {
-      CopyEnds<4>(to, from, size);
-    } else if (size > 0) {
-      to[0] = from[0];
-      to[size / 2] = from[size / 2];
-      to[size - 1] = from[size - 1];
+    } else {
+      AutoCli::CopyUpTo16(to, from, size);
     }
-  }
-
-  /// Copies `size` bytes, from `Half` to 2 * `Half`, as two parts that may overlap.
-  template <std::size_t Half>
-  static void CopyEnds(char* to, const char* from, std::size_t size) {
-    char last[Half];
-    std::memcpy(last, from + size - Half, Half);
-    std::memcpy(to, from, Half);
-    std::memcpy(to + size - Half, last, Half);
   }
 
   std::size_t Room() const { return static_cast<std::size_t>(limit_ - end_); }

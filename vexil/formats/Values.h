@@ -14,8 +14,8 @@
 
 namespace Kestrel::Formats {
 
-// This is the only file of the tool that includes a private header of the library. Without it,
-// reading the fields of a row would take longer than printing them.
+// Reads the fields of a row in place, through a private header of the library. Otherwise it would
+// take longer to read them than to print them.
 
 using Value = std::shared_ptr<MetaObj::MetaObject>;
 

@@ -1,0 +1,36 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+
+namespace Kestrel::AutoCli {
+
+/// Copies `size` bytes, from `Half` to 2 * `Half`, as two blocks that may overlap.
+template <std::size_t Half>
+void CopyEnds(char* to, const char* from, std::size_t size) {
+  char first[Half];
+  char last[Half];
+  std::memcpy(first, from, Half);
+  std::memcpy(last, from + size - Half, Half);
+  std::memcpy(to, first, Half);
+  std::memcpy(to + size - Half, last, Half);
+}
+
+/// Copies up to 16 bytes. Like memcpy, but without a function call, which would take longer than
+/// the copy.
+[[gnu::always_inline]] inline void CopyUpTo16(char* to, const char* from, std::size_t size) {
+  if (size >= 8) {
+    CopyEnds<8>(to, from, size);
+  } else if (size >= 4) {
+    CopyEnds<4>(to, from, size);
+  } else if (size > 0) {
+    to[0] = from[0];
+    to[size / 2] = from[size / 2];
+    to[size - 1] = from[size - 1];
+  }
+}
+
+}  // namespace Kestrel::AutoCli
