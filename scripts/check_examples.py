@@ -4,7 +4,7 @@
 """Runs the examples in the guides and compares their output.
 
     check_examples.py [--update] --tool TOOL [--plugin-dir DIR] [--program FILE]...
-                      [--link NAME=PATH]... [--prefix DIR | --no-builds] PAGE...
+                      [--link NAME=PATH]... [--catalog FILE] [--prefix DIR | --no-builds] PAGE...
 
 An example is a fenced block marked `console`. A line that begins with "$ " is a command, a line
 that begins with "> " continues it, and the lines after it are its output on both streams. Spaces at
@@ -16,7 +16,8 @@ the name of a FILE starts that program. The commands of a page run in order, in 
 empty except for a link to each PATH.
 
 A block marked `sh` runs too, whatever it prints. CMake and pkg-config find the library that is
-installed in the DIR of --prefix. With --no-builds, no such block runs.
+installed in the DIR of --prefix. With --no-builds, no such block runs. Programs for XML use the
+catalog FILE.
 
 Other marks of a block:
 
@@ -217,6 +218,7 @@ def main():
     parser.add_argument("--plugin-dir")
     parser.add_argument("--program", action="append", default=[])
     parser.add_argument("--link", action="append", default=[])
+    parser.add_argument("--catalog")
     parser.add_argument("--prefix")
     parser.add_argument("--no-builds", action="store_true")
     parser.add_argument("pages", nargs="+")
@@ -227,6 +229,8 @@ def main():
         with tempfile.TemporaryDirectory() as folder:
             workplace = Workplace(folder, os.path.abspath(arguments.tool), arguments.plugin_dir,
                                   arguments.program, arguments.link)
+            if arguments.catalog:
+                workplace.environment["XML_CATALOG_FILES"] = os.path.abspath(arguments.catalog)
             if arguments.prefix:
                 workplace.use_library(arguments.prefix)
             page = Page(path, workplace, not arguments.no_builds)
