@@ -52,7 +52,10 @@ LAYERS = [
     ["tools/catalog"],
     ["plugins/vexil"],
     ["tools/complete"],
+    ["tools/isolation"],
     ["tools/lint"],
+    ["tools/doctor"],
+    ["tools/explain"],
 ]
 RANK = {folder: rank for rank, folders in enumerate(LAYERS) for folder in folders}
 LIBRARY = [folder for folder in RANK if not folder.startswith(("plugins/", "tools/", "vexil"))]
@@ -98,7 +101,7 @@ RESERVED = {
     "kestrel/platform/Zoluser.h": ["autocli/process"],
     "kestrel/platform/AuditTls.h": ["autocli/dispatch"],
     "libxml/": ["autocli/descriptors", "tools/lint"],
-    "dlfcn.h": ["autocli/plugins", "callspec/expression", "tools/lint"],
+    "dlfcn.h": ["autocli/plugins", "callspec/expression", "tools/isolation"],
     "termios.h": ["autocli/process"],
     "sys/ioctl.h": ["autocli/dispatch"],
 }

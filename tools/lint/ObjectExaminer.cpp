@@ -3,8 +3,6 @@
 
 #include "tools/lint/ObjectExaminer.h"
 
-#include <dlfcn.h>
-
 #include <algorithm>
 #include <cctype>
 #include <exception>
@@ -27,6 +25,7 @@
 #include "kestrel/callspec/ParameterConstraint.h"
 #include "kestrel/callspec/ParameterSpec.h"
 #include "tools/catalog/ReadTree.h"
+#include "tools/isolation/PluginFaults.h"
 #include "tools/lint/FileReport.h"
 #include "tools/lint/Language.h"
 #include "vexil/FindNode.h"
@@ -85,19 +84,6 @@ bool Contains(const std::string& text, const std::string& what) {
   return text.find(what) != std::string::npos;
 }
 
-/// The exception that is being handled, in words; nothing for a KestrelException.
-std::optional<std::string> DescribeForeignException() {
-  try {
-    throw;
-  } catch (const KestrelException&) {
-    return std::nullopt;
-  } catch (const std::exception& error) {
-    return std::string("a std::exception: ") + error.what();
-  } catch (...) {
-    return "something that is not a std::exception";
-  }
-}
-
 template <typename Node>
 std::vector<Node> WithoutKnown(std::vector<Node> nodes, const std::vector<Node>& known) {
   std::set<std::string> paths;
@@ -126,18 +112,9 @@ void LoadQuietly(Dispatcher& dispatcher, const std::string& file) {
   }
 }
 
-// The loader looks up a function when it is called first, which may be long after the start.
 void CheckSymbols(const std::string& file, const ObjectExaminer::Report& report) {
-  const std::string path = file.find('/') == std::string::npos ? "./" + file : file;
-  void* const object = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
-  if (object != nullptr) {
-    dlclose(object);
-    return;
-  }
-  const char* const error = dlerror();
-  const std::string text = error == nullptr ? "" : error;
-  if (Contains(text, "undefined symbol")) {
-    report({"object-symbol", "a function that it calls is not there: " + text,
+  if (const std::optional<std::string> missing = Isolation::FindMissingSymbol(file)) {
+    report({"object-symbol", "a function that it calls is not there: " + *missing,
             "link the library that defines it"});
   }
 }
@@ -293,9 +270,10 @@ void ObjectExaminer::Load(Dispatcher& dispatcher, const std::string& file) {
   } catch (const KestrelException& error) {
     report_(DescribeRefusal(file, error.what()));
   } catch (...) {
-    report_({"object-exception",
-             "it throws " + DescribeForeignException().value_or("") + " while it is loaded",
-             "throw KestrelException"});
+    report_(
+        {"object-exception",
+         "it throws " + Isolation::DescribeForeignException().value_or("") + " while it is loaded",
+         "throw KestrelException"});
   }
 }
 

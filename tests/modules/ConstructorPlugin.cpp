@@ -1,0 +1,67 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+// Does something bad while it is opened; KESTREL_CONSTRUCTOR is the name of the function.
+
+#include <kestrel/autocli/PluginEntryPoint.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+namespace {
+
+[[maybe_unused]] void Crash() { std::raise(SIGSEGV); }
+
+[[maybe_unused]] void Exit() { std::exit(3); }
+
+// The numbers of the two processes, for the test. The second one leaves the process group.
+void WriteNumbers() {
+  std::FILE* const file = std::fopen(std::getenv("KESTREL_TEST_PROCESSES"), "w");
+  const pid_t second = fork();
+  if (second == 0) {
+    setsid();
+    while (true) {
+      pause();
+    }
+  }
+  std::fprintf(file, "%d %d\n", static_cast<int>(getpid()), static_cast<int>(second));
+  std::fclose(file);
+}
+
+[[maybe_unused]] void Hang() {
+  std::signal(SIGINT, SIG_IGN);
+  std::signal(SIGTERM, SIG_IGN);
+  WriteNumbers();
+  while (true) {
+    pause();
+  }
+}
+
+// Hides the end of the pipe from those who wait for it.
+[[maybe_unused]] void CloseAndHang() {
+  for (int descriptor = 0; descriptor < 100; ++descriptor) {
+    close(descriptor);
+  }
+  while (true) {
+    pause();
+  }
+}
+
+[[maybe_unused]] void Scribble() {
+  for (int descriptor = 3; descriptor < 20; ++descriptor) {
+    if (write(descriptor, "nonsense\n", 9) < 0) {
+      continue;
+    }
+  }
+}
+
+__attribute__((constructor)) void Construct() { KESTREL_CONSTRUCTOR(); }
+
+}  // namespace
+
+void AutoCli_RegisterNamespaces(std::shared_ptr<Kestrel::AutoCli::Namespace> root) {
+  root->SubNamespace("constructed")->SetDescription("Of a plug-in that does something first.");
+}

@@ -1,0 +1,16 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace Kestrel::Doctor {
+
+/// Reads the number of the plug-in interface that a shared object was compiled for from the file,
+/// without loading it. Nothing if it has none, or if the file is not a shared object of this
+/// machine.
+std::optional<unsigned> ReadAbiNumber(const std::string& file);
+
+}  // namespace Kestrel::Doctor

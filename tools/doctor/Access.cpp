@@ -1,0 +1,75 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "tools/doctor/Access.h"
+
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <optional>
+#include <system_error>
+
+namespace Kestrel::Doctor {
+
+namespace {
+
+std::string NameOf(uid_t user) {
+  const passwd* const entry = getpwuid(user);
+  return entry == nullptr ? std::to_string(user) : entry->pw_name;
+}
+
+std::string OctalOf(mode_t mode) {
+  char text[8];
+  std::snprintf(text, sizeof text, "%04o", static_cast<unsigned>(mode & 07777));
+  return text;
+}
+
+// In a sticky folder, users can remove and rename only their own files.
+std::optional<std::string> FindFault(const struct stat& status, bool mayBeSticky) {
+  if (status.st_uid != 0 && status.st_uid != geteuid()) {
+    return "belongs to the user " + NameOf(status.st_uid);
+  }
+  if (mayBeSticky && S_ISDIR(status.st_mode) && (status.st_mode & S_ISVTX) != 0) {
+    return std::nullopt;
+  }
+  if ((status.st_mode & S_IWOTH) != 0) {
+    return "can be written by every user";
+  }
+  return (status.st_mode & S_IWGRP) != 0 ? std::optional<std::string>("can be written by its group")
+                                         : std::nullopt;
+}
+
+Access ReadOne(const std::string& path, bool mayBeSticky, std::vector<std::string>& faults) {
+  struct stat status = {};
+  if (stat(path.c_str(), &status) != 0) {
+    return {path, "", ""};
+  }
+  if (const std::optional<std::string> fault = FindFault(status, mayBeSticky)) {
+    faults.push_back(path + " " + *fault);
+  }
+  return {path, NameOf(status.st_uid), OctalOf(status.st_mode)};
+}
+
+}  // namespace
+
+FileAccess ReadAccess(const std::string& file) {
+  FileAccess access;
+  std::error_code error;
+  const std::filesystem::path real = std::filesystem::canonical(file, error);
+  if (error) {
+    return access;
+  }
+  std::filesystem::path folder;
+  for (const auto& name : real.parent_path()) {
+    folder /= name;
+    const bool isAbove = folder != real.parent_path();
+    access.folders.push_back(ReadOne(folder.string(), isAbove, access.faults));
+  }
+  access.file = ReadOne(real.string(), false, access.faults);
+  return access;
+}
+
+}  // namespace Kestrel::Doctor

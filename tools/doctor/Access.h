@@ -1,0 +1,28 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace Kestrel::Doctor {
+
+/// Who may change a file or folder.
+struct Access {
+  std::string path;
+  std::string owner;  ///< the name of the user, or the number if there is none
+  std::string mode;   ///< four octal digits
+};
+
+/// A plug-in and what is above it.
+struct FileAccess {
+  Access file;
+  std::vector<Access> folders;      ///< from the root folder to the one that contains the file
+  std::vector<std::string> faults;  ///< how users other than root and this one can exchange it
+};
+
+/// Follows links. All is empty for a file that does not exist.
+FileAccess ReadAccess(const std::string& file);
+
+}  // namespace Kestrel::Doctor

@@ -1,0 +1,45 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tools/doctor/Access.h"
+#include "tools/doctor/Examination.h"
+
+namespace Kestrel::Doctor {
+
+/// A path of a command that another plug-in has already.
+struct DuplicatePath {
+  std::string path;
+  std::string file;  ///< the plug-in that has it, or "built-in"
+};
+
+/// A plug-in and everything that is known about it.
+struct Diagnosis {
+  std::string file;
+  Examination examination;
+  FileAccess access;
+  std::optional<unsigned> abi;
+  std::vector<DuplicatePath> duplicates;
+};
+
+struct DoctorResult {
+  std::vector<Diagnosis> plugins;       ///< in the order in which the tool loads them
+  std::vector<std::string> unreadable;  ///< a message for each argument that cannot be read
+};
+
+/// Examines the plug-ins in folders, or single files. Every plug-in is loaded in a process of its
+/// own, after the working ones before it, and has the time `patience`. Without arguments: those
+/// that the tool loads by default.
+DoctorResult ExaminePlugins(const std::vector<std::string>& paths,
+                            std::chrono::milliseconds patience);
+
+/// Returns 0 if all plug-ins work, 1 if not, 2 if something cannot be read.
+int StatusOf(const DoctorResult& result);
+
+}  // namespace Kestrel::Doctor

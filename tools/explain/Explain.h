@@ -1,0 +1,21 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "kestrel/autocli/CliDispatcher.h"
+#include "tools/explain/Explanation.h"
+
+namespace Kestrel::Explain {
+
+/// Explains the arguments of the tool. Loads the plug-ins that they name; plug-ins that cannot be
+/// loaded are reported on standard error as by the tool. No command runs and nothing is asked for.
+///
+/// Throws the exceptions of the command's declaration.
+Explanation ExplainLine(AutoCli::CliDispatcher& dispatcher,
+                        const std::vector<std::string>& arguments);
+
+}  // namespace Kestrel::Explain

@@ -1,0 +1,48 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Kestrel::Explain {
+
+/// What the tool would do with a parameter of a command.
+struct ExplainedParameter {
+  std::string name;
+  std::string kind;                 ///< such as "int-list"
+  std::vector<std::string> values;  ///< as the command reads them: 7, true, 'text', ***
+  std::string origin;               ///< where they are from; empty if the parameter is not given
+  std::string constraint;           ///< empty without one
+  bool isConstraintMet = true;
+};
+
+/// A parameter of a formatter.
+struct ExplainedFormat {
+  std::string name;
+  std::string value;
+  std::string origin;
+};
+
+/// What the shell would get.
+struct ShellTexts {
+  std::string commandLine;
+  std::string standardInput;
+};
+
+/// What the tool would do with a command line. Values of secret parameters are "***" everywhere.
+struct Explanation {
+  std::string path;
+  std::string plugin;               ///< the file that brings the command
+  std::vector<std::string> errors;  ///< the messages of the tool; empty for a valid line
+  bool isHelp = false;              ///< the tool prints the help page instead
+  std::vector<ExplainedParameter> parameters;
+  ExplainedFormat formatter;  ///< the name is empty if nothing is printed
+  std::vector<ExplainedFormat> formatParameters;
+  /// Nothing for a native command, for help and for a line that is not valid.
+  std::optional<ShellTexts> shell;
+};
+
+}  // namespace Kestrel::Explain

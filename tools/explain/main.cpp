@@ -1,0 +1,125 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "kestrel/Version.h"
+#include "kestrel/autocli/CliDispatcher.h"
+#include "tools/explain/Explain.h"
+#include "tools/explain/WriteReport.h"
+#include "vexil/CommandLine.h"
+#include "vexil/formats/FormatsPlugin.h"
+
+namespace {
+
+using Kestrel::Explain::Explanation;
+
+constexpr int kNotValid = 1;
+constexpr int kCouldNotRun = 2;
+
+constexpr const char* kUsage =
+    "vexil-explain [--shell-text | --shell-input] [dispatcher options] PATH... PARAMETERS\n"
+    "\n"
+    "Reports what vexil would do with the same arguments. Nothing runs.\n"
+    "\n"
+    "  --shell-text   only print the text that the shell would get, byte for byte\n"
+    "  --shell-input  only print the standard input of the shell, byte for byte\n"
+    "  --help         show this message\n"
+    "  --version      show the name and the version of the program\n"
+    "\n"
+    "All other options are those of vexil. The status is 0 if the arguments are valid, 1 if not,\n"
+    "2 if they cannot be explained.\n";
+
+void Complain(const std::string& text) {
+  std::fputs(("vexil-explain: " + text + "\n").c_str(), stderr);
+}
+
+/// Returns whether all of the text was written. Reports why not.
+bool Print(const std::string& text) {
+  if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0) {
+    return true;
+  }
+  Complain(std::string("cannot write to standard output: ") + std::strerror(errno));
+  return false;
+}
+
+/// Removes the first argument if it is one of this program's own. Returns it, or an empty string.
+std::string TakeOwnOption(std::vector<std::string>& arguments) {
+  std::string option;
+  if (!arguments.empty() && (arguments[0] == "--shell-text" || arguments[0] == "--shell-input")) {
+    option = arguments[0];
+    arguments.erase(arguments.begin());
+  }
+  return option;
+}
+
+bool IsHelpWanted(const std::vector<std::string>& arguments) {
+  for (const auto& option : Kestrel::Vexil::SplitCommandLine(arguments).dispatcherOptions) {
+    if (option.name == "help" || option.name == "h") {
+      return true;
+    }
+  }
+  return false;
+}
+
+int PrintShell(const Explanation& explanation, bool isInput) {
+  if (!explanation.errors.empty()) {
+    for (const std::string& error : explanation.errors) {
+      Complain(error);
+    }
+    return kNotValid;
+  }
+  if (!explanation.shell.has_value()) {
+    Complain("no shell would be started");
+    return kCouldNotRun;
+  }
+  const std::string& text =
+      isInput ? explanation.shell->standardInput : explanation.shell->commandLine;
+  return Print(text) ? EXIT_SUCCESS : kCouldNotRun;
+}
+
+int Run(std::vector<std::string> arguments) {
+  const std::string own = TakeOwnOption(arguments);
+  if (IsHelpWanted(arguments)) {
+    return Print(kUsage) ? EXIT_SUCCESS : kCouldNotRun;
+  }
+  if (arguments == std::vector<std::string>{"--version"}) {
+    return Print("vexil-explain " KESTREL_VERSION_STRING "\n") ? EXIT_SUCCESS : kCouldNotRun;
+  }
+  if (arguments.empty()) {
+    Complain("no command line is given; see vexil-explain --help");
+    return kCouldNotRun;
+  }
+  // Static, so that the plug-in that has the class of an exception stays loaded.
+  static Kestrel::AutoCli::CliDispatcher dispatcher;
+  dispatcher.RegisterPlugin(std::make_shared<Kestrel::Formats::FormatsPlugin>());
+  dispatcher.AddDefaultDirectories();
+  const Explanation explanation = Kestrel::Explain::ExplainLine(dispatcher, arguments);
+  if (!own.empty()) {
+    return PrintShell(explanation, own == "--shell-input");
+  }
+  if (!Print(WriteReport(explanation))) {
+    return kCouldNotRun;
+  }
+  return explanation.errors.empty() ? EXIT_SUCCESS : kNotValid;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Run({argv + 1, argv + argc});
+  } catch (const std::exception& error) {
+    Complain(error.what());
+  } catch (...) {
+    Complain("a plug-in threw an exception that is not a std::exception");
+  }
+  return kCouldNotRun;
+}

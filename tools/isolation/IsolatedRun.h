@@ -1,0 +1,60 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace Kestrel::Isolation {
+
+/// Sends a line, which contains no line feed, to the process that waits for it.
+using Send = std::function<void(const std::string& line)>;
+
+/// Work that may crash, hang or start processes, in a child process.
+///
+/// The child has no standard streams and writes no core dump. It ends with this process. When the
+/// run ends, all processes below this one are killed, including those that have left the child's
+/// process group, so this process must have no other children.
+class IsolatedRun {
+ public:
+  /// Starts the work. Throws KestrelException if there can be no further process.
+  explicit IsolatedRun(const std::function<void(const Send&)>& work);
+  IsolatedRun(const IsolatedRun&) = delete;
+  IsolatedRun& operator=(const IsolatedRun&) = delete;
+  ~IsolatedRun();
+
+  /// Returns the next line of the child. Nothing after the last one, and when no line is complete
+  /// within `patience`; see `IsLate`.
+  std::optional<std::string> ReadLine(std::chrono::milliseconds patience);
+
+  /// Whether the child was killed, or is going to be killed, because it did not end in time.
+  bool IsLate() const { return isLate_; }
+
+  /// Kills the child if it is late or does not end within a second, and everything below it.
+  /// Returns its wait status. If a signal has interrupted the run (see `KillOnInterrupt`), it ends
+  /// this process afterwards.
+  int Wait();
+
+ private:
+  void WaitForEnd();
+
+  int input_ = -1;
+  pid_t id_ = -1;
+  int status_ = 0;
+  bool isLate_ = false;
+  std::string buffer_;
+};
+
+/// From now on, SIGINT, SIGTERM and SIGHUP end this process only after the current run has been
+/// cleaned up.
+void KillOnInterrupt();
+
+/// Returns how a process ended, from its wait status: "it is ended by the signal Aborted".
+std::string DescribeEnd(int status);
+
+}  // namespace Kestrel::Isolation
