@@ -728,7 +728,7 @@ std::vector<Row> IpNeighborRows(const std::string& arguments) {
     rows.push_back(
         {{"Address", address},
          {"Family", address.find(':') == std::string::npos ? "4" : "6"},
-         {"Interface", MemberText(neighbor, "dev")},
+         {"Interface", MemberText(neighbor, "dev", "none")},
          {"MAC Address", MemberText(neighbor, "lladdr", "unknown")},
          {"State", states.empty() ? "none" : LowerCase(states.front())},
          {"Router", neighbor.find("router") == neighbor.not_found() ? "false" : "true"}});
