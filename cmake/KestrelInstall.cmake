@@ -81,3 +81,6 @@ add_custom_target(stage ALL
   COMMENT "Staging the installed tree"
   VERBATIM)
 add_dependencies(stage kestrel vexil vexil-complete ${author_tools} ${plugins})
+if(TARGET kestrel_fleet_rows)
+  add_dependencies(stage kestrel_fleet_rows)
+endif()

@@ -11,8 +11,8 @@ function(kestrel_add_manual_page page component)
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section} COMPONENT ${component})
 endfunction()
 
-foreach(page vexil.1 vexil-complete.1 vexil-doctor.1 vexil-explain.1 vexil-lint.1 vexil-descriptor.5
-             vexil-template.5 vexil-formats.7)
+foreach(page vexil.1 vexil-complete.1 vexil-doctor.1 vexil-explain.1 vexil-fleet.1 vexil-lint.1
+             vexil-descriptor.5 vexil-template.5 vexil-formats.7)
   kestrel_add_manual_page(${page} tool)
 endforeach()
 foreach(page libkestrel.3 vexil-plugin.3)

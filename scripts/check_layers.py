@@ -52,6 +52,7 @@ LAYERS = [
     ["tools/catalog"],
     ["plugins/vexil"],
     ["tools/complete"],
+    ["tools/fleet/rows"],
     ["tools/isolation"],
     ["tools/lint"],
     ["tools/doctor"],

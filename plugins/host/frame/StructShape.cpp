@@ -52,6 +52,10 @@ StructShape& StructShape::Ints(const char* name, const char* documentation) {
   return Field(name, MetaList::New(MetaType::Int), documentation);
 }
 
+StructShape& StructShape::Bools(const char* name, const char* documentation) {
+  return Field(name, MetaList::New(MetaType::Bool), documentation);
+}
+
 StructShape& StructShape::Struct(const char* name, const StructShape& shape,
                                  const char* documentation) {
   return Field(name, shape.definition_, documentation);

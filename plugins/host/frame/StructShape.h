@@ -30,6 +30,7 @@ class StructShape {
   StructShape& Bool(const char* name, const char* documentation);
   StructShape& Strings(const char* name, const char* documentation);
   StructShape& Ints(const char* name, const char* documentation);
+  StructShape& Bools(const char* name, const char* documentation);
   StructShape& Struct(const char* name, const StructShape& shape, const char* documentation);
   StructShape& Structs(const char* name, const StructShape& shape, const char* documentation);
 

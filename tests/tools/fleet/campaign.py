@@ -1,0 +1,268 @@
+#!/usr/bin/python3
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+"""Long runs of vexil-fleet with many ssh servers, and how it compares with clush.
+
+    campaign.py --tree BUILD [--hosts N] [--rows N] [--commands N] [--rounds N] [PART...]
+
+The parts, all of them if none is named:
+
+    commands   command lines in a row on all hosts, until N commands have run on a host: each answer
+               has the same bytes, and no process is left over
+    rows       a list of N rows on each host, other ones on each: all of them are printed, and the
+               memory is below three times the bytes received
+    clush      a list on 16 hosts, in turns with clush that runs the same command: the median of the
+               ratios of the times is at most 1.3
+    merge      64 results with 10,000 rows each are compared in less than three seconds
+
+Prints figures. The exit status is 1 if something is not so, and 77 if no ssh server can be started.
+"""
+
+import argparse
+import json
+import os
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+from pathlib import Path
+from typing import Any, Callable, Dict, List, NamedTuple, Sequence
+
+_MAX_SECONDS = 3000
+_MAX_RATIO, _MAX_MEMORY, _MAX_MERGE = 1.3, 3.0, 3.0
+_MERGED, _MERGED_ROWS = 64, 10_000
+_COMPARED = 16
+SKIPPED = 77
+
+
+class Done(NamedTuple):
+    """What a call printed, and what it took: `memory` is that of its largest process, in bytes."""
+    status: int
+    out: bytes
+    err: bytes
+    wall: float
+    processor: float
+    memory: int
+
+
+def call(command: Sequence[Any], environment: Dict[str, str]) -> Done:
+    """Runs a command in a process that does nothing else, which counts what it used."""
+    with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as err:
+        start = time.monotonic()
+        with subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=out, stderr=err,
+                              env=environment) as process:
+            _, status, usage = os.wait4(process.pid, 0)
+            process.returncode = os.waitstatus_to_exitcode(status)
+        wall = time.monotonic() - start
+        out.seek(0)
+        err.seek(0)
+        return Done(process.returncode, out.read(), err.read(), wall,
+                    usage.ru_utime + usage.ru_stime, usage.ru_maxrss * 1024)
+
+
+class Campaign:
+    """The hosts, and the calls of the programs that reach them."""
+
+    def __init__(self, options: argparse.Namespace, fleet: Any) -> None:
+        self.options = options
+        self.fleet = fleet
+        self.problems: List[str] = []
+        self.environment = {**os.environ, "LC_ALL": "C.UTF-8"}
+
+    def check(self, holds: bool, problem: str) -> None:
+        if not holds:
+            self.problems.append(problem)
+            print(f"PROBLEM: {problem}", flush=True)
+
+    def nodes(self, count: int) -> str:
+        return f"web[1-{count}]"
+
+    def fleet_command(self, count: int, *words: str) -> List[Any]:
+        stage = self.options.tree / "stage"
+        return [stage / "bin/vexil-fleet", "-f", "64", f"-o-F{self.fleet.ssh_config}", "-w",
+                self.nodes(count), *words]
+
+    def clush_command(self, count: int, command: str) -> List[str]:
+        return ["clush", "-f", "64", "-o", f"-F{self.fleet.ssh_config}", "-w", self.nodes(count),
+                command]
+
+    def commands(self) -> None:
+        """The answers are the same bytes, whatever the formatter."""
+        hosts, wanted = self.options.hosts, self.options.commands
+        kinds = [("ndjson", "volume", "list"), ("table", "volume", "list"),
+                 ("csv", "volume", "show"), ("json-utf8", "volume", "show")]
+        first: Dict[int, bytes] = {}
+        calls, start = 0, time.monotonic()
+        while calls * hosts < wanted and len(self.problems) < 10:
+            kind = calls % len(kinds)
+            done = call(self.fleet_command(hosts, "--no-merge", "--formatter", *kinds[kind]),
+                        self.environment)
+            self.check(done.status == 0 and not done.err,
+                       f"call {calls}: {done.status} {done.err!r}")
+            self.check(done.out == first.setdefault(kind, done.out), f"call {calls}: other bytes")
+            calls += 1
+        seconds = time.monotonic() - start
+        self.check_no_processes()
+        print(f"commands: {calls} calls for {hosts} hosts, {calls * hosts} commands in "
+              f"{seconds:.0f} s, {seconds / calls:.2f} s a call; no byte differs", flush=True)
+
+    def check_no_processes(self) -> None:
+        end = time.monotonic() + 30
+        while any(host.processes() for host in self.fleet.hosts.values()):
+            if time.monotonic() > end:
+                self.check(False, "processes are left over")
+                return
+            time.sleep(0.1)
+
+    def rows(self) -> None:
+        """No row is lost, whatever their number."""
+        hosts, rows = self.options.hosts, self.options.rows
+        for number, host in enumerate(self.fleet.hosts.values()):
+            self.set_rows(host, [{"Name": f"volume-{number}-{row}", "Size": row * hosts + number}
+                                 for row in range(rows)])
+        report = self.fleet.folder / "report"
+        done = call(self.fleet_command(hosts, "--no-merge", "--formatter=ndjson", "--report",
+                                       str(report), "volume", "list"), self.environment)
+        received = sum(json.loads(line)["bytes"]
+                       for line in report.read_text(encoding="utf-8").splitlines())
+        self.check(done.status == 0 and not done.err, f"rows: {done.status} {done.err[-500:]!r}")
+        self.check(done.out.count(b"\n") == hosts * rows, f"rows: {done.out.count(10)} lines")
+        sizes = sum(int(line.rpartition(b":")[2][:-1]) for line in done.out.splitlines())
+        everything = hosts * rows
+        self.check(sizes == everything * (everything - 1) // 2, "rows: other values")
+        ratio = done.memory / received
+        self.check(ratio < _MAX_MEMORY, f"rows: {ratio:.2f} times the bytes received")
+        print(f"rows: {hosts} hosts with {rows} rows each in {done.wall:.0f} s, "
+              f"{received / 1e6:.0f} MB received, memory {done.memory / 1e6:.0f} MB, "
+              f"{ratio:.2f} times that", flush=True)
+
+    @staticmethod
+    def set_rows(host: Any, volumes: Sequence[Dict[str, Any]]) -> None:
+        from fleet_case import FleetCase  # pylint: disable=import-outside-toplevel
+        FleetCase.set_volumes(host, volumes)
+
+    def clush(self) -> None:
+        """In turns, because other work on the machine changes with the time."""
+        count = min(_COMPARED, self.options.hosts)
+        own = self.fleet_command(count, "--formatter=ndjson", "volume", "list")
+        other = self.clush_command(count, "vexil --formatter ndjson volume list")
+        pairs = []
+        for _ in range(self.options.rounds):
+            pairs.append((self.measured(own), self.measured(other)))
+        for what, unit in (("wall", "s"), ("processor", "s")):
+            times = [(getattr(ours, what), getattr(theirs, what)) for ours, theirs in pairs]
+            ratio = statistics.median(ours / theirs for ours, theirs in times)
+            print(f"clush: {count} hosts, {len(pairs)} rounds, {what} time "
+                  f"{statistics.median(ours for ours, _ in times):.2f} {unit} against "
+                  f"{statistics.median(theirs for _, theirs in times):.2f} {unit}, "
+                  f"median of the ratios {ratio:.2f}", flush=True)
+            if what == "wall":
+                self.check(ratio <= _MAX_RATIO, f"clush: {ratio:.2f} times its time")
+
+    def measured(self, command: Sequence[Any]) -> Done:
+        """The processor time includes that of the hosts."""
+        before = self.host_seconds()
+        done = call(command, self.environment)
+        self.check(done.status == 0, f"{command[0]}: {done.status} {done.err[-500:]!r}")
+        self.check_no_processes()
+        return done._replace(processor=done.processor + self.host_seconds() - before)
+
+    def host_seconds(self) -> float:
+        """What the servers and all of their children have used that have ended."""
+        ticks = 0
+        for host in self.fleet.hosts.values():
+            pid = (host.folder / "sshd.pid").read_text(encoding="ascii").strip()
+            fields = Path(f"/proc/{pid}/stat").read_text(encoding="ascii").rsplit(")", 1)[1].split()
+            ticks += sum(map(int, fields[11:15]))
+        return ticks / os.sysconf("SC_CLK_TCK")
+
+
+def merge(check: Callable[[bool, str], None]) -> None:
+    """The time of everything after the results have arrived, but for the printing."""
+    import samples  # pylint: disable=import-outside-toplevel
+    from vexil_fleet.answers import Answer, Status  # pylint: disable=import-outside-toplevel
+    from vexil_fleet.merge import Reference, group_by_value  # pylint: disable=C0415
+    from vexil_fleet.rows import read_rows  # pylint: disable=import-outside-toplevel
+    description = samples.describe()
+
+    def body(number: int, own: int) -> bytes:
+        return b"".join(b'{"Name":"volume%d","Size":%d}\n' % (row, row + (row < own) * number)
+                        for row in range(_MERGED_ROWS))
+    for own in (0, 1, _MERGED_ROWS):
+        bodies = [body(number, own) for number in range(_MERGED)]
+        start = time.process_time()
+        answers = [Answer(f"web{number}", Status.OK, description=description,
+                          rows=read_rows(description.shape, each))
+                   for number, each in enumerate(bodies)]
+        groups = group_by_value(answers)
+        reference = Reference(groups[0])
+        lines = sum(len(list(comparison.show())) for comparison in
+                    map(reference.compare, groups[1:]) if comparison is not None)
+        seconds = time.process_time() - start
+        check(seconds < _MAX_MERGE, f"merge: {seconds:.2f} s")
+        print(f"merge: {_MERGED} results with {_MERGED_ROWS} rows, {own} of them other ones in "
+              f"each: {len(groups)} groups, {lines} lines of differences, {seconds:.2f} s of "
+              "processor time", flush=True)
+
+
+def read_options() -> argparse.Namespace:
+    parser = argparse.ArgumentParser(description=__doc__.split("\n", maxsplit=1)[0])
+    parser.add_argument("--tree", type=Path, required=True, help="the build tree")
+    parser.add_argument("--hosts", type=int, default=64, help="how many hosts; default: 64")
+    parser.add_argument("--rows", type=int, default=100_000,
+                        help="how many rows each has; default: 100,000")
+    parser.add_argument("--commands", type=int, default=10_000,
+                        help="how many commands run, of all hosts; default: 10,000")
+    parser.add_argument("--rounds", type=int, default=11,
+                        help="how many comparisons with clush; default: 11")
+    parser.add_argument("parts", nargs="*", metavar="PART",
+                        help="commands, rows, clush or merge; default: all")
+    options = parser.parse_args()
+    unknown = set(options.parts) - {"commands", "rows", "clush", "merge"}
+    if unknown:
+        parser.error("unknown part: " + ", ".join(sorted(unknown)))
+    options.parts = options.parts or ["merge", "clush", "commands", "rows"]
+    return options
+
+
+def run_with_hosts(options: argparse.Namespace, parts: Sequence[str]) -> List[str]:
+    from fleet_case import FleetCase  # pylint: disable=import-outside-toplevel
+    from sshd_hosts import Fleet  # pylint: disable=import-outside-toplevel
+    stage = options.tree / "stage"
+    names = [f"web{number + 1}" for number in range(options.hosts)]
+    with Fleet(names, str(stage / "bin/vexil"), str(options.tree / "empty-plugin-dir")) as fleet:
+        for host in fleet.hosts.values():
+            host.add_plugin(stage / "lib/norvane/vexil/vexil.so")
+            FleetCase.set_fields(host, "")
+            FleetCase.set_volumes(host, [{"Name": f"volume{row}", "Size": row}
+                                         for row in range(20)])
+            host.start()
+        campaign = Campaign(options, fleet)
+        for part in parts:
+            getattr(campaign, part)()
+        return campaign.problems
+
+
+def main() -> int:
+    options = read_options()
+    options.tree = options.tree.resolve()
+    os.environ["KESTREL_STAGE"] = str(options.tree / "stage")
+    os.environ["KESTREL_PLUGIN_DIR"] = str(options.tree / "empty-plugin-dir")
+    from sshd_hosts import reason_to_skip  # pylint: disable=import-outside-toplevel
+    problems: List[str] = []
+    if "merge" in options.parts:
+        merge(lambda holds, problem: None if holds else problems.append(problem))
+    parts = [part for part in options.parts if part != "merge"]
+    if parts:
+        reason = reason_to_skip()
+        if reason is not None:
+            print(reason)
+            return SKIPPED
+        problems += run_with_hosts(options, parts)
+    print("\n".join(problems) or "no problem")
+    return 1 if problems else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,219 @@
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+"""Runs one script on many hosts, through ClusterShell and ssh."""
+
+import logging
+import os
+import time
+from dataclasses import dataclass
+from typing import Callable, Dict, Iterable, List, Optional
+
+from ClusterShell.Event import EventHandler
+from ClusterShell.NodeSet import NodeSet
+from ClusterShell.Propagation import RouteResolvingError
+from ClusterShell.Task import Task, task_self
+from ClusterShell.Worker.Tree import TreeWorker
+from ClusterShell.Worker.Worker import Worker
+
+from .remote import REMOTE_COMMAND, Job, Reply
+
+
+@dataclass(frozen=True)
+class Settings:
+    """How hosts are reached. None means what ClusterShell's configuration says."""
+    fanout: Optional[int] = None
+    connect_timeout: Optional[float] = None
+    command_timeout: Optional[float] = None
+    user: Optional[str] = None
+    ssh_path: Optional[str] = None
+    ssh_options: str = ""
+    topology: Optional[str] = None
+
+
+@dataclass
+class Visit:
+    """What came of one host: its reply, the status of ssh, and how long it took."""
+    host: str
+    reply: Reply
+    started: Optional[float] = None
+    seconds: float = 0.0
+    ssh_status: Optional[int] = None
+    is_timed_out: bool = False
+    is_interrupted: bool = False
+
+    @property
+    def is_over(self) -> bool:
+        return self.ssh_status is not None or self.is_timed_out or self.is_interrupted
+
+    @property
+    def has_succeeded(self) -> bool:
+        return (self.ssh_status == 0 and self.reply.described == 0
+                and self.reply.ended in (None, 0))
+
+    def stop(self) -> None:
+        if self.started is not None:
+            self.seconds = time.monotonic() - self.started
+
+
+Visits = Dict[str, Visit]
+# The status of ssh if it could not connect, or if the connection broke.
+SSH_FAILED = 255
+_LOST = b"the connection to its gateway broke"
+
+
+class _Collector(EventHandler):  # type: ignore[misc]
+    """Collects what the hosts send, and what is said about gateways."""
+
+    def __init__(self, visits: Visits, on_event: Callable[[], None],
+                 on_end: Callable[[Visit], None]) -> None:
+        super().__init__()
+        self._visits = visits
+        self._on_event = on_event
+        self._on_end = on_end
+        self._gateway_errors: List[bytes] = []
+
+    def ev_pickup(self, worker: Worker, node: str) -> None:
+        self._visits[node].started = time.monotonic()
+
+    def ev_read(self, worker: Worker, node: str, sname: str, msg: bytes) -> None:
+        visit = self._visits.get(node)
+        if visit is None:
+            self._gateway_errors.append(str(node).encode() + b": " + msg)
+        elif sname == worker.SNAME_STDERR:
+            visit.reply.add_error(msg)
+        else:
+            visit.reply.add_line(msg)
+
+    def ev_hup(self, worker: Worker, node: str, rc: int) -> None:
+        visit = self._visits[node]
+        visit.ssh_status = rc
+        visit.stop()
+        self._on_end(visit)
+        self._on_event()
+
+    def ev_timer(self, timer: object) -> None:
+        self._on_event()
+
+    def close(self, timed_out: Iterable[str]) -> None:
+        """Hosts that nothing more was heard of were lost with their gateway."""
+        for host in timed_out:
+            self._visits[host].is_timed_out = True
+            self._visits[host].stop()
+        for visit in self._visits.values():
+            if visit.started is not None and not visit.is_over:
+                visit.ssh_status = SSH_FAILED
+                visit.reply.errors += self._gateway_errors or [_LOST]
+                visit.stop()
+
+
+class _Tree(TreeWorker):  # type: ignore[misc]  # pylint: disable=abstract-method
+    """Hosts that are reached through gateways. The base class sends the hosts of a gateway that
+    cannot be reached to another one, but not what was written to them before."""
+
+    script = b""
+
+    def _relaunch(self, previous_gateway: str) -> None:
+        hosts = self.gwtargets[previous_gateway].copy()
+        workers = len(self.workers)
+        try:
+            super()._relaunch(previous_gateway)
+        except RouteResolvingError:
+            return  # there is no other one
+        for worker in self.workers[workers:]:
+            worker.write(self.script)
+        for gateway, targets in self.gwtargets.items():
+            if targets & hosts:
+                self.task._pchannel(gateway, self).write(  # pylint: disable=protected-access
+                    nodes=targets & hosts, buf=self.script, worker=self)
+
+
+class Engine:
+    """Visits hosts, as many at a time as the fan-out allows, and none after an interrupt."""
+
+    # Seconds between two calls of `on_event` when no host has finished.
+    _TICK = 0.5
+
+    def __init__(self, settings: Settings) -> None:
+        logging.getLogger("ClusterShell").addHandler(logging.NullHandler())
+        self._settings = settings
+        self.is_interrupted = False
+        task = self._new_task()
+        self.fanout = int(task.info("fanout"))
+        self._timeout = settings.command_timeout
+        if self._timeout is None:
+            self._timeout = task.info("command_timeout")
+        task.abort(kill=True)
+
+    def _new_task(self) -> Task:
+        """A task that has done nothing: after a run, gateways cannot be reached a second time."""
+        task, settings = task_self(), self._settings
+        # What hosts send is collected here only.
+        task.set_default("stdout_msgtree", False)
+        task.set_default("stderr_msgtree", False)
+        for key, value in (("fanout", settings.fanout), ("ssh_user", settings.user),
+                           ("connect_timeout", settings.connect_timeout),
+                           ("ssh_path", settings.ssh_path)):
+            if value is not None:
+                task.set_info(key, value)
+        task.set_info("ssh_options", " ".join(
+            filter(None, [task.info("ssh_options"), settings.ssh_options])))
+        topology = settings.topology
+        if topology is None and task.default("auto_tree"):
+            topology = _default_topology()
+        if topology is not None:
+            task.load_topology(topology)
+        return task
+
+    def run(self, job: Job, hosts: NodeSet, on_event: Callable[[Visits], None],
+            on_end: Callable[[Visit], None]) -> Visits:
+        """Returns what came of each host. An interrupt ends what still runs, and is not raised.
+        `on_end` is called for each host at once when its connection has ended by itself."""
+        mark = job.mark.encode()
+        visits = {host: Visit(host, Reply(mark)) for host in hosts}
+        if self.is_interrupted:
+            return visits
+        task = self._new_task()
+        collector = _Collector(visits, lambda: on_event(visits), on_end)
+        worker = self._new_worker(task, hosts, collector, job.script())
+        task.timer(self._TICK, collector, interval=self._TICK, autoclose=True)
+        try:
+            task.resume()
+        except KeyboardInterrupt:
+            self._interrupt(visits)
+        else:
+            collector.close(worker.iter_keys_timeout())
+        task.abort(kill=True)
+        return visits
+
+    def _new_worker(self, task: Task, hosts: NodeSet, collector: _Collector,
+                    script: bytes) -> Worker:
+        timeout = self._timeout or None
+        if task.topology is None:
+            worker = task.shell(REMOTE_COMMAND, nodes=hosts, handler=collector, stderr=True,
+                                timeout=timeout, tree=False)
+        else:
+            worker = _Tree(hosts, collector, timeout, command=REMOTE_COMMAND, stderr=True)
+            worker.script = script
+            task.schedule(worker)
+        worker.write(script)
+        return worker
+
+    def _interrupt(self, visits: Visits) -> None:
+        self.is_interrupted = True
+        for visit in visits.values():
+            if visit.started is not None and visit.reply.ended is None:
+                visit.is_interrupted = True
+                visit.stop()
+
+
+def _default_topology() -> Optional[str]:
+    """The file that clush would use."""
+    for path in reversed(Task.TOPOLOGY_CONFIGS):
+        if os.path.exists(path):
+            return str(path)
+    return None
+
+
+def fold(hosts: List[str]) -> str:
+    """The hosts in the short form of ClusterShell: web[1-40,42]."""
+    return str(NodeSet.fromlist(hosts))

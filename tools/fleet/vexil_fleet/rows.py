@@ -1,0 +1,192 @@
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+"""The rows of a host's result, checked against the declared shape.
+
+The rows stay the lines of JSON that the host printed; they are decoded only to be checked and
+compared. Large results would otherwise take ten times the memory.
+"""
+
+import hashlib
+import json
+import re
+from dataclasses import dataclass, field
+from typing import Any, Callable, Dict, List, Set, Tuple
+
+from .description import Field, Shape
+
+# How many lines are decoded at once.
+_CHUNK = 2000
+_INT_MIN, _INT_MAX = -2**63, 2**63 - 1
+# A prompt of vexil for a secret, one for each before the result.
+_PROMPT = re.compile(rb"Enter value for '[^'\n]*': \n")
+
+# An escape of half a character. Without the other half, it cannot be printed.
+_SURROGATE = re.compile(rb"\\u[dD][89a-fA-F]")
+
+# The name of the only field of results without fields.
+VALUE = "Value"
+
+
+Row = Dict[str, Any]
+
+
+class BadResult(ValueError):
+    """Output that is not a result of the declared shape."""
+
+
+@dataclass(frozen=True)
+class Rows:
+    """The rows of one result, as lines of JSON with an object each."""
+    shape: Shape
+    body: bytes = field(repr=False)
+    identity: bytes  # is the same for equal rows in the same order, whatever their text is
+    is_plain: bool = True  # the names of the fields are in order, so equal rows are equal lines
+
+    def lines(self) -> List[bytes]:
+        return self.body.split(b"\n")[:-1]
+
+    @property
+    def count(self) -> int:
+        return self.body.count(b"\n")
+
+
+def skip_prompts(body: bytes) -> bytes:
+    """The result without the prompts for secrets, which vexil prints before it."""
+    position = 0
+    while (match := _PROMPT.match(body, position)) is not None:
+        position = match.end()
+    return body[position:]
+
+
+def read_rows(shape: Shape, body: bytes) -> Rows:
+    """Checks a result. Throws BadResult if anything about it is wrong."""
+    body = skip_prompts(body)
+    if body and not body.endswith(b"\n"):
+        raise BadResult("the last line has no end")
+    lines = body.split(b"\n")[:-1]
+    if not shape.is_list and len(lines) != 1:
+        raise BadResult(f"{len(lines)} lines instead of one")
+    if not shape.has_fields:
+        lines = [b'{"%s":%s}' % (VALUE.encode(), line) for line in lines]
+        body = b"".join(line + b"\n" for line in lines)
+    return _checked_rows(row_shape(shape), body, lines)
+
+
+def _checked_rows(shape: Shape, body: bytes, lines: List[bytes]) -> Rows:
+    check = RowCheck(shape)
+    digest = hashlib.blake2b(digest_size=16)
+    is_plain = True
+    for start in range(0, len(lines), _CHUNK):
+        rows = decode(lines[start:start + _CHUNK])
+        check.check(rows)
+        for row in rows:
+            if check.is_canonical(row):
+                digest.update(repr(row).encode())
+            else:
+                digest.update(canonical(row).encode())
+                is_plain = False
+    return Rows(shape, body, digest.digest(), is_plain)
+
+
+def canonical(row: Row) -> str:
+    """A string that is the same for equal rows only."""
+    return repr(_in_order(row))
+
+
+def _in_order(value: Any) -> Any:
+    if isinstance(value, dict):
+        return {name: _in_order(value[name]) for name in sorted(value)}
+    return [_in_order(each) for each in value] if isinstance(value, list) else value
+
+
+def row_shape(shape: Shape) -> Shape:
+    """The shape of the rows of a result: a list of structures."""
+    if shape.has_fields:
+        return Shape("structure-list", shape.type_name, shape.fields)
+    element = shape.kind[:-len("-list")] if shape.is_list else shape.kind
+    return Shape("structure-list", "FleetValue", (Field(VALUE, element, "none"),))
+
+
+def decode(lines: List[bytes]) -> List[Row]:
+    """One value for each line."""
+    text = b"[" + b",".join(lines) + b"]"
+    try:
+        values = json.loads(text.decode("utf-8"), parse_constant=_refuse, parse_float=_refuse)
+        if _SURROGATE.search(text) is not None:
+            json.dumps(values, ensure_ascii=False).encode("utf-8")
+    except BadResult:
+        raise
+    except (ValueError, RecursionError) as error:
+        raise BadResult("not JSON") from error
+    if len(values) != len(lines):
+        raise BadResult("not one value on each line")
+    return list(values)
+
+
+def _refuse(text: str) -> Any:
+    raise BadResult(f"{text} is not a value of vexil")
+
+
+class RowCheck:
+    """Whether rows are of the declared shape. Rows with the same names and types, and without
+    structures and lists, are compared once."""
+
+    def __init__(self, shape: Shape) -> None:
+        self._fields = shape.fields
+        self._names = sorted(field.name for field in shape.fields)
+        self._known: Set[Tuple[Any, ...]] = set()
+        self._nested = [field for field in shape.fields
+                        if field.kind not in ("string", "int", "bool")]
+        self._integers = [field.name for field in shape.fields if field.kind == "int"]
+
+    def is_canonical(self, row: Row) -> bool:
+        """Whether the names of the fields are in order."""
+        return not self._nested and list(row) == self._names
+
+    def check(self, rows: List[Row]) -> None:
+        for row in rows:
+            if type(row) is not dict:  # pylint: disable=unidiomatic-typecheck
+                raise BadResult("a row is not an object")
+            kinds = (*row, *map(type, row.values()))
+            if kinds not in self._known:
+                check_fields(self._fields, row, "")
+                self._known.add(kinds)
+            for name in self._integers:
+                if not _INT_MIN <= row[name] <= _INT_MAX:
+                    raise BadResult(f"{name} has more than 64 bits")
+            for nested in self._nested:
+                check_value(nested, row[nested.name], nested.name)
+
+
+def check_fields(fields: Tuple[Field, ...], row: Any, path: str) -> None:
+    if not isinstance(row, dict):
+        raise BadResult(f"{path or 'a row'} is not a structure")
+    names = {field.name for field in fields}
+    for missing in sorted(names - row.keys()):
+        raise BadResult(f"{path}{missing} is missing")
+    for unknown in sorted(row.keys() - names):
+        raise BadResult(f"{path}{unknown} is not declared")
+    for declared in fields:
+        check_value(declared, row[declared.name], path + declared.name)
+
+
+def check_value(declared: Field, value: Any, path: str) -> None:
+    kind = declared.kind
+    if kind.endswith("-list"):
+        if not isinstance(value, list):
+            raise BadResult(f"{path} is not a list")
+        element = Field(declared.name, kind[:-len("-list")], declared.type_name, declared.inner)
+        for each in value:
+            check_value(element, each, path)
+    elif kind == "structure":
+        check_fields(declared.inner, value, path + ".")
+    elif kind not in _SCALARS or not _SCALARS[kind](value):
+        raise BadResult(f"{path} is not of the kind {kind}")
+
+
+_SCALARS: Dict[str, Callable[[Any], bool]] = {
+    "string": lambda value: isinstance(value, str),
+    "bool": lambda value: isinstance(value, bool),
+    "int": lambda value: (isinstance(value, int) and not isinstance(value, bool)
+                          and _INT_MIN <= value <= _INT_MAX),
+}

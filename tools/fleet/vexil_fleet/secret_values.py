@@ -1,0 +1,43 @@
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+"""Secrets: taken off the command line, or asked for once, and never given to another one."""
+
+import getpass
+import os
+import sys
+from typing import List, Sequence, Tuple
+
+from .description import Description
+from .words import Option
+
+
+class BadSecret(ValueError):
+    """A secret that cannot be sent."""
+
+
+def take_secrets(options: Sequence[Option],
+                 descriptions: Sequence[Description]) -> Tuple[List[str], List[str]]:
+    """The tokens of the line without values of secrets, and these values in their order."""
+    tokens: List[str] = []
+    values: List[str] = []
+    for option in options:
+        name = next(filter(None, (each.secret_name(option) for each in descriptions)), None)
+        if name is None:
+            tokens += option.tokens
+        else:
+            tokens.append(f"--{name}")
+            values.append(_checked(ask(name) if option.value is None else option.value, name))
+    return tokens, values
+
+
+def ask(name: str) -> str:
+    """As vexil asks: without echo on a terminal, else a line of standard input."""
+    if sys.stdin.isatty():
+        return getpass.getpass(f"Enter value for '{name}': ")
+    return os.fsdecode(sys.stdin.buffer.readline()).rstrip("\n")
+
+
+def _checked(value: str, name: str) -> str:
+    if "\n" in value or "\0" in value:
+        raise BadSecret(f"The value of --{name} must be one line")
+    return value
