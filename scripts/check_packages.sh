@@ -113,10 +113,15 @@ check_contents() {
     '/usr/libexec/vexil-complete' '/usr/share/bash-completion/completions/vexil' \
     '/usr/share/fish/vendor_completions.d/vexil\.fish' '/usr/share/zsh/vendor-completions/_vexil' \
     '/usr/share/man/man1/vexil\.1\.gz' '/usr/share/man/man5/vexil-descriptor\.5\.gz'
+  contains vexil-tools '/usr/bin/vexil-fleet' '/usr/share/kestrel/fleet/vexil_fleet/main\.py' \
+    "/usr/lib/$multiarch/kestrel/fleet-rows\.so" '/usr/share/man/man1/vexil-fleet\.1\.gz' \
+    '/usr/share/bash-completion/completions/vexil-fleet' \
+    '/usr/share/ansible/collections/ansible_collections/kestrel/vexil/plugins/modules/command\.py'
   contains kestrel-doc '/usr/share/doc/.*/command-line\.md(\.gz)?' \
     '/usr/share/doc/.*/reference/index\.html' '/usr/share/doc-base/.*kestrel.*'
   depends libkestrel-dev '^libkestrel1 \(= '
   depends vexil 'libkestrel1 \(>= '
+  depends vexil-tools 'vexil \(= '
   depends libkestrel1 'libboost-regex'
   say "contents and dependencies: as expected"
 }
