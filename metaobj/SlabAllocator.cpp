@@ -12,10 +12,17 @@
 
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer)
-#define KESTREL_PLAIN_BLOCKS 1
+#define KESTREL_ADDRESS_SANITIZER 1
 #endif
 #endif
 #if defined(__SANITIZE_ADDRESS__)
+#define KESTREL_ADDRESS_SANITIZER 1
+#endif
+
+#if defined(KESTREL_POISONED_SLABS)
+#include <sanitizer/asan_interface.h>
+#include <sanitizer/lsan_interface.h>
+#elif defined(KESTREL_ADDRESS_SANITIZER)
 #define KESTREL_PLAIN_BLOCKS 1
 #endif
 
@@ -49,6 +56,23 @@ struct FreeBlock {
   FreeBlock* next;
 };
 
+// With KESTREL_POISONED_SLABS, the sanitizer reports any use of free memory except by the functions
+// that are marked for it.
+#ifdef KESTREL_POISONED_SLABS
+void Poison(const void* memory, std::size_t size) { ASAN_POISON_MEMORY_REGION(memory, size); }
+void Unpoison(const void* memory, std::size_t size) { ASAN_UNPOISON_MEMORY_REGION(memory, size); }
+void RequireInUse(void* block) { *static_cast<volatile char*>(block) = 0; }
+void PoisonChunk(const void* memory, std::size_t size) {
+  Poison(memory, size);
+  __lsan_ignore_object(memory);
+}
+#else
+void Poison(const void*, std::size_t) {}
+void Unpoison(const void*, std::size_t) {}
+void PoisonChunk(const void*, std::size_t) {}
+void RequireInUse(void*) {}
+#endif
+
 // The memory of a thread. It has neither constructor nor destructor, so it works during the whole
 // life of the thread, also in destructors of other thread-local objects.
 struct ThreadBlocks {
@@ -67,7 +91,7 @@ thread_local ThreadBlocks blocks __attribute__((tls_model("initial-exec")));
 class Pool {
  public:
   // Takes the lists of the calling thread.
-  void PutLists(ThreadBlocks& owner) {
+  [[gnu::no_sanitize_address]] void PutLists(ThreadBlocks& owner) {
     const std::lock_guard<std::mutex> lock(mutex_);
     for (std::size_t sizeClass = 0; sizeClass < kClasses; ++sizeClass) {
       if (FreeBlock* const first = std::exchange(owner.freed[sizeClass], nullptr)) {
@@ -78,7 +102,7 @@ class Pool {
 
   // Takes the rest of the calling thread's chunk. A rest that is too small for the largest block is
   // lost.
-  void PutRest(ThreadBlocks& owner) {
+  [[gnu::no_sanitize_address]] void PutRest(ThreadBlocks& owner) {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (static_cast<std::size_t>(owner.end - owner.next) >= Slab::kMaxBlock) {
       rests_ = new (owner.next) Rest{rests_, owner.end};
@@ -87,7 +111,7 @@ class Pool {
   }
 
   // Returns a list of blocks of that class, null when there is none.
-  FreeBlock* GetList(std::size_t sizeClass) {
+  [[gnu::no_sanitize_address]] FreeBlock* GetList(std::size_t sizeClass) {
     const std::lock_guard<std::mutex> lock(mutex_);
     List* const list = lists_[sizeClass];
     if (list == nullptr) {
@@ -99,7 +123,7 @@ class Pool {
 
   // Assigns the rest of a chunk to the calling thread; any block fits into it. Returns false when
   // there is none.
-  bool GetRest(ThreadBlocks& owner) {
+  [[gnu::no_sanitize_address]] bool GetRest(ThreadBlocks& owner) {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (rests_ == nullptr) {
       return false;
@@ -173,18 +197,21 @@ void StartChunk() {
   if (size == kMaxChunk) {
     Populate(blocks.next, size);
   }
+  PoisonChunk(blocks.next, size);
 }
 
 void* Cut(std::size_t size) {
   void* const block = blocks.next;
   blocks.next += size;
+  Unpoison(block, size);
   return block;
 }
 
-void* TakeFromPool(std::size_t sizeClass) {
+[[gnu::no_sanitize_address]] void* TakeFromPool(std::size_t sizeClass) {
   FreeBlock* const list = pool.GetList(sizeClass);
   if (list != nullptr) {
     blocks.freed[sizeClass] = list->next;
+    Unpoison(list, SizeOf(sizeClass));
   }
   return list;
 }
@@ -215,9 +242,10 @@ void* TakeFromPool(std::size_t sizeClass) {
 
 }  // namespace
 
-void* Slab::AllocateClass(std::size_t sizeClass) {
+[[gnu::no_sanitize_address]] void* Slab::AllocateClass(std::size_t sizeClass) {
   if (FreeBlock* const block = blocks.freed[sizeClass]) {
     blocks.freed[sizeClass] = block->next;
+    Unpoison(block, SizeOf(sizeClass));
     return block;
   }
   const std::size_t size = SizeOf(sizeClass);
@@ -225,9 +253,11 @@ void* Slab::AllocateClass(std::size_t sizeClass) {
                                                                    : Cut(size);
 }
 
-void Slab::FreeClass(void* block, std::size_t sizeClass) noexcept {
+[[gnu::no_sanitize_address]] void Slab::FreeClass(void* block, std::size_t sizeClass) noexcept {
+  RequireInUse(block);
   FreeBlock*& first = blocks.freed[sizeClass];
   first = new (block) FreeBlock{first};
+  Poison(block, SizeOf(sizeClass));
   if (--blocks.freesLeft < 0) {
     PoolLists();
   }

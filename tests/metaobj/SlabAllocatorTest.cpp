@@ -20,7 +20,7 @@ using Kestrel::MetaObj::MakeInSlab;
 using Kestrel::MetaObj::Slab;
 using Kestrel::MetaObj::SlabAllocator;
 
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(__SANITIZE_ADDRESS__) && !defined(KESTREL_POISONED_SLABS)
 constexpr bool kHasSlabs = false;
 #else
 constexpr bool kHasSlabs = true;
@@ -139,6 +139,41 @@ TEST(SlabAllocatorTest, ABlockMayBeFreedInAnotherThread) {
     EXPECT_EQ(*others[each], -static_cast<long>(each));
   }
 }
+
+#ifdef KESTREL_POISONED_SLABS
+
+TEST(PoisonedSlabDeathTest, AUseOfAFreedBlockIsReported) {
+  auto* const block = static_cast<volatile char*>(Slab::Allocate(40));
+  block[39] = 'x';
+  Slab::Free(const_cast<char*>(block), 40);
+  EXPECT_DEATH(block[0] = 'x', "use-after-poison");
+  EXPECT_DEATH(block[39] = 'x', "use-after-poison");
+}
+
+TEST(PoisonedSlabDeathTest, AUseOfABlockInThePoolIsReported) {
+  volatile char* block = nullptr;
+  std::thread([&block] {
+    void* const freed = Slab::Allocate(40);
+    block = static_cast<volatile char*>(freed);
+    Slab::Free(freed, 40);
+  }).join();
+  EXPECT_DEATH(block[0] = 'x', "use-after-poison");
+}
+
+TEST(PoisonedSlabDeathTest, ASecondFreeIsReported) {
+  void* const block = Slab::Allocate(40);
+  Slab::Free(block, 40);
+  EXPECT_DEATH(Slab::Free(block, 40), "use-after-poison");
+}
+
+TEST(PoisonedSlabDeathTest, AWriteIntoTheRestOfAChunkIsReported) {
+  std::thread([] {
+    auto* const block = static_cast<volatile char*>(Slab::Allocate(Slab::kMaxBlock));
+    EXPECT_DEATH(block[Slab::kMaxBlock] = 'x', "use-after-poison");
+  }).join();
+}
+
+#endif
 
 // Memory does not accumulate, whichever threads allocate and free it.
 
