@@ -18,6 +18,7 @@
 
 #include "FuzzInput.h"
 #include "Property.h"
+#include "Usage.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/CliDispatcher.h"
 #include "kestrel/autocli/Command.h"
@@ -171,6 +172,7 @@ bool PathExists(CliDispatcher& dispatcher, const OptionParser& parser) {
 
 void RequireHandles(CliDispatcher& dispatcher, OptionParser& parser) {
   const bool pathExists = PathExists(dispatcher, parser);
+  const Usage usage(parser.ToString().size());
   const StreamRedirect out(std::cout);
   const StreamRedirect messages(std::cerr);
   bool isDone = false;
@@ -182,6 +184,7 @@ void RequireHandles(CliDispatcher& dispatcher, OptionParser& parser) {
   }
   const std::string text = out.GetText();
   const std::string errors = messages.GetText();
+  usage.Check(text.size() + errors.size());
   Require(pathExists || hasThrown, "an unknown path throws");
   Require(pathExists || (text.empty() && errors.empty()), "an unknown path prints nothing");
   Require(!isDone || errors.empty(), "a successful command prints no messages");

@@ -19,6 +19,7 @@
 
 #include "FuzzInput.h"
 #include "Property.h"
+#include "Usage.h"
 #include "kestrel/autocli/CliDispatcher.h"
 #include "kestrel/autocli/Command.h"
 #include "kestrel/autocli/RootNamespace.h"
@@ -165,6 +166,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     words.push_back(input.TakeText());
   }
   words.resize(std::max(words.size(), static_cast<std::size_t>(index) + 1));
+  GetDispatcher();
+  const Usage usage(size);
+  const Completion completion = CompleteAt(words, static_cast<std::size_t>(index));
+  usage.Check(WriteCompletion(completion).size());
   RequireCompletes(words, static_cast<std::size_t>(index));
   RequireAdvises(words);
   return 0;

@@ -14,6 +14,7 @@
 
 #include "FuzzInput.h"
 #include "Property.h"
+#include "Usage.h"
 #include "kestrel/autocli/Util.h"
 #include "support/SlowFitString.h"
 
@@ -48,10 +49,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   FuzzInput input(data, size);
   const FitArguments arguments = TakeArguments(input);
 
+  const Usage usage(size);
   std::ostringstream out;
   Kestrel::AutoCli::AutoCli_FitString(arguments.indent, arguments.width, arguments.text,
                                       arguments.skipFirstIndent, out, arguments.endLine,
                                       arguments.wrapChar, arguments.splitLines);
+  usage.Check(out.str().size());
   RequireEqual(out.str(), Kestrel::Testing::FitSlowly(arguments),
                "the text is wrapped as the reference implementation wraps it");
   return 0;

@@ -22,6 +22,7 @@
 #include "FuzzInput.h"
 #include "Printed.h"
 #include "Property.h"
+#include "Usage.h"
 #include "kestrel/autocli/Util.h"
 #include "kestrel/metaobj/MetaBool.h"
 #include "kestrel/metaobj/MetaInt.h"
@@ -96,7 +97,9 @@ void RequireFormatsField(const Value& value, const std::string& format, const st
   FormatParameters params;
   params.SetParameter("printf:Type.Field", format);
   errno = 0;
+  const Usage usage(format.size() + value->ToString().size());
   const std::string text = AutoCli_FormatField("Type", "Field", value, params);
+  usage.Check(text.size());
   constexpr std::string_view kError =
       "Error while handling formatting parameter printf:Type.Field.  Unable to format field: ";
   const bool isRefused = text.compare(0, kError.size(), kError) == 0;

@@ -14,6 +14,7 @@
 #include "Printed.h"
 #include "Property.h"
 #include "TypedValue.h"
+#include "Usage.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/InternalPlugin.h"
 
@@ -53,8 +54,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       continue;
     }
     try {
-      Require(Print(*formatter, value, params, width).size() <= kMaxOutputOfFormatter,
-              "the size of the output is bounded");
+      const Usage usage(size);
+      const std::size_t outputSize = Print(*formatter, value, params, width).size();
+      usage.Check(outputSize);
+      Require(outputSize <= kMaxOutputOfFormatter, "the size of the output is bounded");
     } catch (const Kestrel::KestrelException&) {
       // Some formatters print values of certain shapes only.
     }

@@ -20,6 +20,7 @@
 
 #include "FuzzInput.h"
 #include "Property.h"
+#include "Usage.h"
 #include "kestrel/callspec/InputSpec.h"
 #include "kestrel/callspec/ParameterSpec.h"
 
@@ -179,15 +180,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   while (!input.IsEmpty()) {
     tokens.emplace_back(input.TakeText());
   }
+  static const std::shared_ptr<InputSpec> spec = MakeInputSpec();
+  const Usage usage(size);
   OptionParser bare;
   bare.ParseVector(tokens);
-  RequireMatchesReference(bare, tokens);
-  RequireReadsBack(bare);
-
-  static const std::shared_ptr<InputSpec> spec = MakeInputSpec();
   OptionParser declared;
   declared.ParseVector(tokens);
   declared.SetInputSpec(spec);
+  usage.Check();
+  RequireMatchesReference(bare, tokens);
+  RequireReadsBack(bare);
   RequireSmallErrors(declared, tokens);
   Require(declared.GetCommandParameters() == bare.GetCommandParameters(),
           "a specification adds errors but changes no parameter");

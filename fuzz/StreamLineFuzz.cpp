@@ -15,6 +15,7 @@
 
 #include "FuzzInput.h"
 #include "Property.h"
+#include "Usage.h"
 #include "kestrel/autocli/OptionParser.h"
 
 namespace Kestrel::Fuzz {
@@ -103,8 +104,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string line = FuzzInput(data, size).TakeRest();
   const std::vector<std::string> tokens = ReferenceTokenizer(line).GetTokens();
 
+  const Usage usage(size);
   OptionParser parser;
-  Require(parser.ParseString(line) == tokens.empty(), "a line without tokens is skipped");
+  const bool isSkipped = parser.ParseString(line);
+  usage.Check();
+  Require(isSkipped == tokens.empty(), "a line without tokens is skipped");
   RequireEqual(parser.ToString(), Dump(tokens), "the tokens are those of the reference tokenizer");
 
   if (!tokens.empty() && CanBeQuoted(tokens)) {

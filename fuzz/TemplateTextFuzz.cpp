@@ -20,6 +20,7 @@
 
 #include "FuzzInput.h"
 #include "Property.h"
+#include "Usage.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/ExtensionCommand.h"
 #include "kestrel/callspec/Input.h"
@@ -211,7 +212,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string text = input.TakeRest();
 
   for (const bool forStdin : {false, true}) {
+    const Usage usage(size);
     const std::optional<std::string> filled = Fill(text, values, forStdin);
+    usage.Check(size * size);  // a marker in the prefix of another multiplies the result
     if (text.find('$') == std::string::npos) {
       Require(filled == text, "a template without a marker is unchanged");
     }

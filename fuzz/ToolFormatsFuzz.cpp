@@ -20,6 +20,7 @@
 #include "FuzzInput.h"
 #include "Property.h"
 #include "TypedValue.h"
+#include "Usage.h"
 #include "kestrel/autocli/XmlUtil.h"
 #include "kestrel/callspec/Output.h"
 #include "vexil/formats/DisplayText.h"
@@ -106,14 +107,16 @@ void RequireFormat(const std::string& name, const std::string& text, std::size_t
 }
 
 void PrintAndCheck(Formatter& formatter, const Value& value, AutoCli::FormatParameters params,
-                   int width) {
+                   int width, std::size_t inputSize) {
   const auto output = CallSpec::Output::New();
   output->SetRootObject(value);
   AutoCli::DisplayContext display;
   display.width = static_cast<std::uint16_t>(width);
   std::ostringstream out;
+  const Usage usage(inputSize);
   formatter.Format(output, params, display, out);
   const std::string text = out.str();
+  usage.Check(text.size());
   Require(!output->HasError() || text.empty(), "there is no output with messages");
   Require(text.size() <= kMaxOutputOfFormatter, "the size of the output is bounded");
   const bool isColored = params.GetParameter("color") == "always";
@@ -138,7 +141,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const Value value = TakeValue(input);
   const auto formatter = plugin.GetFormatter(name);
   if (value != nullptr && formatter != nullptr) {
-    PrintAndCheck(*formatter, value, params, width);
+    PrintAndCheck(*formatter, value, params, width, size);
   }
   return 0;
 }

@@ -26,12 +26,13 @@ Usage::Usage(std::size_t inputSize)
       bytesBefore_(allocatedBytes),
       nanosecondsBefore_(NanosecondsOfThread()) {}
 
-void Usage::Check() const {
+void Usage::Check(std::size_t outputSize) const {
   const long nanoseconds = NanosecondsOfThread() - nanosecondsBefore_;
-  Require(allocatedBytes - bytesBefore_ <= kMaxBytes + kMaxBytesPerByte * inputSize_,
-          "memory is bounded by a multiple of the input");
-  Require(nanoseconds <= kMaxNanoseconds + kMaxNanosecondsPerByte * static_cast<long>(inputSize_),
-          "time is bounded by a multiple of the input");
+  const std::size_t size = inputSize_ + outputSize;
+  Require(allocatedBytes - bytesBefore_ <= kMaxBytes + kMaxBytesPerByte * size,
+          "memory is bounded by a multiple of the input and the output");
+  Require(nanoseconds <= kMaxNanoseconds + kMaxNanosecondsPerByte * static_cast<long>(size),
+          "time is bounded by a multiple of the input and the output");
 }
 
 void CountAllocation(std::size_t size) { allocatedBytes += size; }

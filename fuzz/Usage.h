@@ -11,15 +11,17 @@ namespace Kestrel::Fuzz {
 /// Counts an allocation of the program's operator new.
 void CountAllocation(std::size_t size);
 
-/// Limits what the code between its construction and Check may use, in proportion to its input. For
-/// that, the program's operator new counts bytes; released memory counts too.
+/// Limits what the code between its construction and Check may use, in proportion to its input and
+/// its output. For that, the program's operator new counts bytes; released memory counts too, the
+/// memory of libxml2 does not. What a program makes once, such as a static object, must exist
+/// before.
 class Usage {
  public:
   explicit Usage(std::size_t inputSize);
 
   /// Requires that at most `kMaxBytesPerByte` bytes and `kMaxNanosecondsPerByte` were used for each
-  /// byte of the input, beyond what any input may use.
-  void Check() const;
+  /// byte of the input and of an output, beyond what any input may use.
+  void Check(std::size_t outputSize = 0) const;
 
  private:
   // A row of a small line takes some hundred bytes, and a vector that grows takes three times as

@@ -6,10 +6,14 @@
 #include <libxml/xmlerror.h>
 
 #include <cstdarg>
+#include <cstddef>
 #include <cstdio>
 #include <string>
 
 namespace Kestrel::Fuzz {
+
+/// The text that the entities of a document may stand for.
+constexpr std::size_t kMaxEntityText = 10'000'000;
 
 /// Collects the diagnostics of libxml2 during its lifetime. Nearly every input causes some, which
 /// would otherwise go to standard error.

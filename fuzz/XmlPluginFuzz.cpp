@@ -23,6 +23,7 @@
 #include "FuzzInput.h"
 #include "Printed.h"
 #include "Property.h"
+#include "Usage.h"
 #include "XmlMessages.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/CommandHelpFormatter.h"
@@ -207,7 +208,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string text = FuzzInput(data, size).TakeRest();
   static const Kestrel::Testing::MemoryFile file;
   file.Write(text);
+  const Usage usage(size);
   const std::shared_ptr<XmlPlugin> plugin = Load(file.GetPath());
+  usage.Check(text.find("<!") == std::string::npos ? 0 : kMaxEntityText);
   if (plugin != nullptr) {
     const std::shared_ptr<RootNamespace> root = RootNamespace::New(nullptr);
     if (Register(*plugin, root)) {

@@ -23,6 +23,7 @@
 #include "FuzzInput.h"
 #include "Printed.h"
 #include "Property.h"
+#include "Usage.h"
 #include "XmlMessages.h"
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/XmlFormatter.h"
@@ -131,8 +132,6 @@ class EntityText {
   std::map<std::string, double> sizes_;
 };
 
-constexpr double kMaxEntityText = 10e6;
-
 bool HasTooLongEntities(const std::string& text) {
   const XmlMessages messages;
   const std::unique_ptr<xmlDoc, void (*)(xmlDoc*)> document = ParseTree(text);
@@ -159,7 +158,9 @@ void RequireReason(const std::string& text) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace Kestrel::Fuzz;
   const std::string text = FuzzInput(data, size).TakeRest();
+  const Usage usage(size);
   const Outcome read = OutcomeOf([&] { return Kestrel::AutoCli::XmlUtil_ParseXmlOutput(text); });
+  usage.Check(read.text.size() + (text.find("<!") == std::string::npos ? 0 : kMaxEntityText));
   if (IsRefused(read)) {
     RequireReason(text);
     return 0;
