@@ -3,7 +3,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """Long runs of vexil-fleet with many ssh servers, and how it compares with clush.
 
-    campaign.py --tree BUILD [--hosts N] [--rows N] [--commands N] [--rounds N] [PART...]
+    campaign.py --tree BUILD [OPTION...] [PART...]
 
 The parts, all of them if none is named:
 
@@ -14,6 +14,9 @@ The parts, all of them if none is named:
     clush      a list on 16 hosts, in turns with clush that runs the same command: the median of the
                ratios of the times is at most 1.3
     merge      64 results with 10,000 rows each are compared in less than three seconds
+    connection what a connection costs this side, with real servers
+    scale      10,000 simulated hosts, which cost this side no key exchange: directly with two
+               fan-outs, and through gateways
 
 Prints figures. The exit status is 1 if something is not so, and 77 if no ssh server can be started.
 """
@@ -33,6 +36,8 @@ _MAX_SECONDS = 3000
 _MAX_RATIO, _MAX_MEMORY, _MAX_MERGE = 1.3, 3.0, 3.0
 _MERGED, _MERGED_ROWS = 64, 10_000
 _COMPARED = 16
+_SIMULATED = 10_000
+_PARTS = ("merge", "clush", "connection", "commands", "rows", "scale")
 SKIPPED = 77
 
 
@@ -80,12 +85,12 @@ class Campaign:
 
     def fleet_command(self, count: int, *words: str) -> List[Any]:
         stage = self.options.tree / "stage"
-        return [stage / "bin/vexil-fleet", "-f", "64", f"-o-F{self.fleet.ssh_config}", "-w",
-                self.nodes(count), *words]
+        return [stage / "bin/vexil-fleet", "-f", str(self.options.fanout), "-o",
+                f"-F{self.fleet.ssh_config}", "-w", self.nodes(count), *words]
 
     def clush_command(self, count: int, command: str) -> List[str]:
-        return ["clush", "-f", "64", "-o", f"-F{self.fleet.ssh_config}", "-w", self.nodes(count),
-                command]
+        return ["clush", "-f", str(self.options.fanout), "-o", f"-F{self.fleet.ssh_config}", "-w",
+                self.nodes(count), command]
 
     def commands(self) -> None:
         """The answers are the same bytes, whatever the formatter."""
@@ -102,6 +107,8 @@ class Campaign:
                        f"call {calls}: {done.status} {done.err!r}")
             self.check(done.out == first.setdefault(kind, done.out), f"call {calls}: other bytes")
             calls += 1
+            if calls % 20 == 0:
+                print(f"{calls * hosts} commands", file=sys.stderr, flush=True)
         seconds = time.monotonic() - start
         self.check_no_processes()
         print(f"commands: {calls} calls for {hosts} hosts, {calls * hosts} commands in "
@@ -160,6 +167,19 @@ class Campaign:
             if what == "wall":
                 self.check(ratio <= _MAX_RATIO, f"clush: {ratio:.2f} times its time")
 
+    def connection(self) -> None:
+        """The slope between few and many hosts: the start of the program is in both."""
+        few, many = min(8, self.options.hosts // 2), self.options.hosts
+        words = ("--formatter=ndjson", "volume", "list")
+        costs = []
+        for _ in range(self.options.rounds):
+            done = [call(self.fleet_command(count, *words), self.environment)
+                    for count in (few, many)]
+            self.check(not any(each.status for each in done), "connection: a host failed")
+            costs.append((done[1].processor - done[0].processor) / (many - few))
+        print(f"connection: {statistics.median(costs) * 1000:.1f} ms of processor time of this "
+              f"side for each, with ssh ({few} and {many} hosts, {len(costs)} rounds)", flush=True)
+
     def measured(self, command: Sequence[Any]) -> Done:
         """The processor time includes that of the hosts."""
         before = self.host_seconds()
@@ -176,6 +196,19 @@ class Campaign:
             fields = Path(f"/proc/{pid}/stat").read_text(encoding="ascii").rsplit(")", 1)[1].split()
             ticks += sum(map(int, fields[11:15]))
         return ticks / os.sysconf("SC_CLK_TCK")
+
+
+def scale(check: Callable[[bool, str], None], program: Path) -> None:
+    """What the user's side needs for many hosts."""
+    from simulated import SimulatedHosts  # pylint: disable=import-outside-toplevel
+    for fanout, gateways in ((64, None), (512, None), (64, 100)):
+        with SimulatedHosts(program) as hosts:
+            taken = hosts.run(_SIMULATED, fanout, gateways)
+        check(taken.status == 0, f"scale: status {taken.status}")
+        print(f"scale: {_SIMULATED} hosts, fan-out {fanout}, {gateways or 'no'} gateways: "
+              f"{taken.wall:.0f} s, {taken.received / 1e6:.1f} MB of answers, vexil-fleet alone "
+              f"{taken.processor:.1f} s of processor time and {taken.memory / 1e6:.0f} MB",
+              flush=True)
 
 
 def merge(check: Callable[[bool, str], None]) -> None:
@@ -210,6 +243,8 @@ def read_options() -> argparse.Namespace:
     parser = argparse.ArgumentParser(description=__doc__.split("\n", maxsplit=1)[0])
     parser.add_argument("--tree", type=Path, required=True, help="the build tree")
     parser.add_argument("--hosts", type=int, default=64, help="how many hosts; default: 64")
+    parser.add_argument("--fanout", type=int, default=64,
+                        help="how many hosts are reached at a time; default: 64")
     parser.add_argument("--rows", type=int, default=100_000,
                         help="how many rows each has; default: 100,000")
     parser.add_argument("--commands", type=int, default=10_000,
@@ -217,12 +252,12 @@ def read_options() -> argparse.Namespace:
     parser.add_argument("--rounds", type=int, default=11,
                         help="how many comparisons with clush; default: 11")
     parser.add_argument("parts", nargs="*", metavar="PART",
-                        help="commands, rows, clush or merge; default: all")
+                        help=f"{', '.join(_PARTS)}; default: all")
     options = parser.parse_args()
-    unknown = set(options.parts) - {"commands", "rows", "clush", "merge"}
+    unknown = set(options.parts) - set(_PARTS)
     if unknown:
         parser.error("unknown part: " + ", ".join(sorted(unknown)))
-    options.parts = options.parts or ["merge", "clush", "commands", "rows"]
+    options.parts = options.parts or _PARTS
     return options
 
 
@@ -233,7 +268,8 @@ def run_with_hosts(options: argparse.Namespace, parts: Sequence[str]) -> List[st
     names = [f"web{number + 1}" for number in range(options.hosts)]
     with Fleet(names, str(stage / "bin/vexil"), str(options.tree / "empty-plugin-dir")) as fleet:
         for host in fleet.hosts.values():
-            host.add_plugin(stage / "lib/norvane/vexil/vexil.so")
+            for plugin in (stage / "lib/norvane/vexil").glob("*.so"):
+                host.add_plugin(plugin)
             FleetCase.set_fields(host, "")
             FleetCase.set_volumes(host, [{"Name": f"volume{row}", "Size": row}
                                          for row in range(20)])
@@ -251,9 +287,15 @@ def main() -> int:
     os.environ["KESTREL_PLUGIN_DIR"] = str(options.tree / "empty-plugin-dir")
     from sshd_hosts import reason_to_skip  # pylint: disable=import-outside-toplevel
     problems: List[str] = []
+
+    def check(holds: bool, problem: str) -> None:
+        if not holds:
+            problems.append(problem)
     if "merge" in options.parts:
-        merge(lambda holds, problem: None if holds else problems.append(problem))
-    parts = [part for part in options.parts if part != "merge"]
+        merge(check)
+    if "scale" in options.parts:
+        scale(check, options.tree / "stage/bin/vexil-fleet")
+    parts = [part for part in options.parts if part not in ("merge", "scale")]
     if parts:
         reason = reason_to_skip()
         if reason is not None:

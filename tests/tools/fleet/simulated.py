@@ -1,0 +1,112 @@
+# SPDX-FileCopyrightText: 2026 The Kestrel authors
+# SPDX-License-Identifier: Apache-2.0
+"""Many simulated hosts: in place of ssh, a program runs the script or the gateway on this machine,
+and in place of vexil on a host, one prints a prepared answer. Everything on the user's side is real.
+"""
+
+import json
+import os
+import resource
+import socket
+import subprocess
+import tempfile
+import time
+from pathlib import Path
+from typing import Any, Dict, List, NamedTuple, Optional, Sequence
+
+import samples
+
+_SSH = """#!/bin/sh
+for command; do :; done
+exec /bin/sh -c "$command"
+"""
+_TOOL = """#!/bin/sh
+case $* in
+  *'command describe'*) exec cat '{folder}/description' ;;
+esac
+exec cat '{folder}/rows'
+"""
+_DOCUMENTATION = "What this field of a volume means, in one sentence as a plug-in has it."
+_ROWS = 40
+_TICKS = os.sysconf("SC_CLK_TCK")
+
+
+class Taken(NamedTuple):
+    """What a run took: `processor` and `memory` (in bytes) are those of vexil-fleet alone."""
+    wall: float
+    processor: float
+    memory: int
+    received: int
+    status: int
+
+
+class SimulatedHosts:
+    """A context manager with the programs that stand for ssh and for the hosts."""
+
+    def __init__(self, program: Path) -> None:
+        self._program = program
+        self._temporary = tempfile.TemporaryDirectory(prefix="vexil-fleet-")
+        self._folder = Path(self._temporary.name)
+        self._write("ssh", _SSH)
+        self._write("vexil", _TOOL.format(folder=self._folder))
+        fields = [{**field, "Documentation": _DOCUMENTATION} for field in samples.VOLUME]
+        self._write("description", json.dumps(samples.values(Fields=fields)) + "\n")
+        self._write("rows", "".join(f'{{"Name":"a volume with a name {row:04}","Size":{row}}}\n'
+                                    for row in range(_ROWS)))
+
+    def __enter__(self) -> "SimulatedHosts":
+        return self
+
+    def __exit__(self, *_: object) -> None:
+        self._temporary.cleanup()
+
+    def _write(self, name: str, text: str) -> Path:
+        path = self._folder / name
+        path.write_text(text, encoding="utf-8")
+        path.chmod(0o755)
+        return path
+
+    def run(self, hosts: int, fanout: int, gateways: Optional[int] = None) -> Taken:
+        """Runs a command on so many hosts, through gateways if their number is given."""
+        report = self._folder / "report"
+        command: List[Any] = [self._program, "-w", f"web[1-{hosts}]", "-f", str(fanout), "--merge",
+                              "--report", report, "--formatter=ndjson"]
+        if gateways is not None:
+            here = socket.gethostname().partition(".")[0]
+            command += ["--topology", self._write("topology.conf", (
+                f"[routes]\n{here}: gateway[1-{gateways}]\n"
+                f"gateway[1-{gateways}]: web[1-{hosts}]\n"))]
+        start = time.monotonic()
+        with subprocess.Popen([*command, "volume", "list"], stdout=subprocess.DEVNULL,
+                              env=self._environment(), preexec_fn=_raise_limits) as process:
+            processor, memory = _watch(process)
+        received = sum(json.loads(line)["bytes"]
+                       for line in report.read_text(encoding="utf-8").splitlines())
+        return Taken(time.monotonic() - start, processor, memory, received, process.returncode)
+
+    def _environment(self) -> Dict[str, str]:
+        return {"PATH": f"{self._folder}:/usr/bin:/bin", "LC_ALL": "C.UTF-8",
+                "CLUSTERSHELL_GW_LOG_DIR": str(self._folder)}
+
+
+def _raise_limits() -> None:
+    _, most = resource.getrlimit(resource.RLIMIT_NOFILE)
+    resource.setrlimit(resource.RLIMIT_NOFILE, (most, most))
+
+
+def _watch(process: "subprocess.Popen[bytes]") -> "tuple[float, int]":
+    """The processor time and the greatest memory of a process without its children."""
+    processor, memory = 0.0, 0
+    while process.poll() is None:
+        try:
+            stat = Path(f"/proc/{process.pid}/stat").read_text(encoding="ascii")
+            status = Path(f"/proc/{process.pid}/status").read_text(encoding="ascii")
+        except OSError:
+            continue
+        words: Sequence[str] = stat.rsplit(")", 1)[1].split()
+        processor = max(processor, (int(words[11]) + int(words[12])) / _TICKS)
+        for line in status.splitlines():
+            if line.startswith("VmHWM:"):
+                memory = max(memory, int(line.split()[1]) * 1024)
+        time.sleep(0.05)
+    return processor, memory
