@@ -21,8 +21,14 @@ struct MetaStruct::Overflow {
   using Fields =
       std::map<std::string, Field, std::less<>, SlabAllocator<std::pair<const std::string, Field>>>;
 
-  std::vector<std::shared_ptr<MetaObject>> slots;  // all values, while a layout has the names
-  Fields fields;                                   // all fields, once it has its own index
+  using Slots =
+      std::vector<std::shared_ptr<MetaObject>, SlabAllocator<std::shared_ptr<MetaObject>>>;
+
+  static void* operator new(std::size_t size) { return Slab::Allocate(size); }
+  static void operator delete(void* block, std::size_t size) noexcept { Slab::Free(block, size); }
+
+  Slots slots;    // all values, while a layout has the names
+  Fields fields;  // all fields, once it has its own index
 };
 
 inline const std::shared_ptr<MetaObject>* MetaStruct::Slots() const {

@@ -90,6 +90,10 @@ MetaStruct::MetaStruct(const std::string& typeName, FactoryFlag flag)
 MetaStruct::MetaStruct(const std::shared_ptr<MetaStruct>& definition, FactoryFlag flag)
     : MetaStruct(definition->layout_->GetRoot(), flag) {
   definition_ = definition;
+  if (definition->layout_->Count() > kInlineSlots) {
+    overflow_ = std::make_unique<Overflow>();
+    overflow_->slots.reserve(definition->layout_->Count());
+  }
 }
 
 MetaStruct::MetaStruct(LayoutRef&& layout, FactoryFlag flag)
@@ -491,11 +495,9 @@ std::shared_ptr<MetaObject>* MetaStruct::AddOuterSlot() {
   if (overflow_ == nullptr) {
     overflow_ = std::make_unique<Overflow>();
   }
-  std::vector<std::shared_ptr<MetaObject>>& slots = overflow_->slots;
-  if (slots.empty()) {
-    // A structure with a definition gets no other fields.
-    const std::size_t declared = definition_ == nullptr ? 0 : definition_->layout_->Count();
-    slots.reserve(declared > kInlineSlots ? declared : 2 * kInlineSlots);
+  Overflow::Slots& slots = overflow_->slots;
+  if (slots.empty() && layout_->Count() > 0) {
+    slots.reserve(2 * kInlineSlots);
     const auto first = inline_.begin();
     const auto last = first + static_cast<std::ptrdiff_t>(layout_->Count());
     slots.assign(std::make_move_iterator(first), std::make_move_iterator(last));

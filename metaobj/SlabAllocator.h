@@ -64,15 +64,15 @@ class SlabAllocator {
   SlabAllocator(const SlabAllocator<U>&) noexcept {}  // NOLINT: rebinding converts
 
   T* allocate(std::size_t count) {
-    if (kFits && count == 1) {
-      return static_cast<T*>(Slab::Allocate(sizeof(T)));
+    if (IsInSlab(count)) {
+      return static_cast<T*>(Slab::Allocate(count * sizeof(T)));
     }
     return std::allocator<T>().allocate(count);
   }
 
   void deallocate(T* block, std::size_t count) noexcept {
-    if (kFits && count == 1) {
-      return Slab::Free(block, sizeof(T));
+    if (IsInSlab(count)) {
+      return Slab::Free(block, count * sizeof(T));
     }
     std::allocator<T>().deallocate(block, count);
   }
@@ -84,7 +84,9 @@ class SlabAllocator {
   }
 
  private:
-  static constexpr bool kFits = sizeof(T) <= Slab::kMaxBlock && alignof(T) <= Slab::kGranule;
+  static constexpr bool IsInSlab(std::size_t count) {
+    return alignof(T) <= Slab::kGranule && count > 0 && count <= Slab::kMaxBlock / sizeof(T);
+  }
 };
 
 template <typename T, typename U>

@@ -79,11 +79,29 @@ TEST(SlabAllocatorTest, AllAllocatorsAreEqual) {
   EXPECT_FALSE(SlabAllocator<int>() != SlabAllocator<double>());
 }
 
+TEST(SlabAllocatorTest, AllocatesSmallArraysInASlab) {
+  if (!kHasSlabs) {
+    GTEST_SKIP() << "the address sanitizer keeps freed blocks back";
+  }
+  constexpr std::size_t kMost = Slab::kMaxBlock / sizeof(long);
+  for (const std::size_t count : {std::size_t{1}, std::size_t{3}, kMost}) {
+    SlabAllocator<long> several;
+    long* const array = several.allocate(count);
+    std::fill(array, array + count, 5);
+    several.deallocate(array, count);
+    void* const again = Slab::Allocate(count * sizeof(long));
+    EXPECT_EQ(again, array) << count;
+    Slab::Free(again, count * sizeof(long));
+  }
+}
+
 TEST(SlabAllocatorTest, AllocatesLargeObjectsElsewhere) {
   SlabAllocator<long> several;
-  long* const three = several.allocate(3);
-  three[2] = 5;
-  several.deallocate(three, 3);
+  for (const std::size_t count : {std::size_t{0}, Slab::kMaxBlock / sizeof(long) + 1}) {
+    long* const array = several.allocate(count);
+    std::fill(array, array + count, 5);
+    several.deallocate(array, count);
+  }
   struct Large {
     std::array<char, Slab::kMaxBlock + 1> bytes;
   };
