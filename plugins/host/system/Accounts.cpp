@@ -11,7 +11,6 @@
 #include <cerrno>
 #include <cstring>
 #include <string_view>
-#include <tuple>
 
 #include "plugins/host/frame/HostFile.h"
 
@@ -19,8 +18,6 @@ namespace Kestrel::Host {
 namespace {
 
 constexpr char kAccountFile[] = "/etc/passwd";
-constexpr char kGroupFile[] = "/etc/group";
-constexpr char kSourcesFile[] = "/etc/nsswitch.conf";
 
 // The program that a login starts if the account names none.
 constexpr char kDefaultShell[] = "/bin/sh";
@@ -30,20 +27,15 @@ constexpr std::string_view kRefusingShells[] = {"nologin", "false", "true",
                                                 "sync",    "halt",  "shutdown"};
 
 // The full name is the part of the description before the first comma.
-std::string FullName(const char* description) {
+std::string_view FullName(const char* description) {
   const std::string_view text = description == nullptr ? "" : description;
-  return std::string(text.substr(0, text.find(',')));
+  return text.substr(0, text.find(','));
 }
 
-Account MakeAccount(const passwd& entry) {
-  Account account;
-  account.name = entry.pw_name;
-  account.id = entry.pw_uid;
-  account.groupId = entry.pw_gid;
-  account.fullName = FullName(entry.pw_gecos);
-  account.home = entry.pw_dir;
-  account.shell = *entry.pw_shell == '\0' ? kDefaultShell : entry.pw_shell;
-  return account;
+AccountEntry ToEntry(const passwd& entry) {
+  return {entry.pw_name, entry.pw_uid,
+          entry.pw_gid,  FullName(entry.pw_gecos),
+          entry.pw_dir,  *entry.pw_shell == '\0' ? kDefaultShell : entry.pw_shell};
 }
 
 // Throws if the last call of the name service failed. Other error numbers are not failures: it also
@@ -86,12 +78,21 @@ class AccountListing {
   ~AccountListing() { ::endpwent(); }
 };
 
+/// Opens the system's list of groups at its start, and closes it.
+class GroupListing {
+ public:
+  GroupListing() { ::setgrent(); }
+  GroupListing(const GroupListing&) = delete;
+  GroupListing& operator=(const GroupListing&) = delete;
+  ~GroupListing() { ::endgrent(); }
+};
+
 // Returns how many accounts there are.
-std::size_t ListAccounts(const std::function<void(const Account& account)>& use) {
+std::size_t ListAccounts(const std::function<void(const AccountEntry& account)>& use) {
   const AccountListing listing;
   std::size_t count = 0;
   while (const passwd* const entry = Ask(::getpwent)) {
-    use(MakeAccount(*entry));
+    use(ToEntry(*entry));
     ++count;
   }
   RequireSuccess(kAccountFile);
@@ -116,7 +117,10 @@ void RequireNoAccounts() {
 
 }  // namespace
 
-void ForEachAccount(const std::function<void(const Account& account)>& use) {
+const char* const kGroupFile = "/etc/group";
+const char* const kSourcesFile = "/etc/nsswitch.conf";
+
+void ForEachAccount(const std::function<void(const AccountEntry& account)>& use) {
   RequireReadable(kAccountFile);
   // A list without entries may be a failure, and is asked for again.
   if (ListAccounts(use) == 0 && ListAccounts(use) == 0) {
@@ -125,13 +129,30 @@ void ForEachAccount(const std::function<void(const Account& account)>& use) {
   }
 }
 
+void ForEachGroup(const std::function<void(gid_t id, std::string_view name)>& use) {
+  RequireReadable(kGroupFile);
+  const GroupListing listing;
+  while (const group* const entry = Ask(::getgrent)) {
+    use(entry->gr_gid, entry->gr_name);
+  }
+  RequireSuccess(kGroupFile);
+}
+
 std::optional<Account> FindAccount(const std::string& name) {
   const passwd* const entry = Find(::getpwnam, name.c_str());
   if (entry == nullptr) {
     RequireAnswer(kAccountFile);
     return std::nullopt;
   }
-  return MakeAccount(*entry);
+  const AccountEntry found = ToEntry(*entry);
+  Account account;
+  account.name = found.name;
+  account.id = found.id;
+  account.groupId = found.groupId;
+  account.fullName = found.fullName;
+  account.home = found.home;
+  account.shell = found.shell;
+  return account;
 }
 
 std::vector<std::string> ReadGroups(const Account& account) {
@@ -155,8 +176,8 @@ std::vector<std::string> ReadGroups(const Account& account) {
   return names;
 }
 
-bool IsLoginShell(const std::string& shell) {
-  const std::string_view program = std::string_view(shell).substr(shell.rfind('/') + 1);
+bool IsLoginShell(std::string_view shell) {
+  const std::string_view program = shell.substr(shell.rfind('/') + 1);
   return std::find(std::begin(kRefusingShells), std::end(kRefusingShells), program) ==
          std::end(kRefusingShells);
 }
@@ -176,40 +197,6 @@ std::string GroupName(gid_t id) {
     return std::to_string(id);
   }
   return entry->gr_name;
-}
-
-std::string_view GroupNames::Get(gid_t id) {
-  if (!isRead_) {
-    ReadAll();
-    isRead_ = true;
-  }
-  const auto place =
-      std::lower_bound(places_.begin(), places_.end(), id,
-                       [](const Place& each, gid_t wanted) { return each.id < wanted; });
-  if (place != places_.end() && place->id == id) {
-    return std::string_view(text_).substr(place->start, place->size);
-  }
-  const auto [name, isNew] = unlisted_.try_emplace(id);
-  if (isNew) {
-    name->second = GroupName(id);
-  }
-  return name->second;
-}
-
-void GroupNames::ReadAll() {
-  RequireReadable(kGroupFile);
-  ::setgrent();
-  while (const group* const entry = Ask(::getgrent)) {
-    const std::string_view name = entry->gr_name;
-    places_.push_back({entry->gr_gid, static_cast<std::uint32_t>(text_.size()),
-                       static_cast<std::uint32_t>(name.size())});
-    text_ += name;
-  }
-  RequireSuccess(kGroupFile);
-  ::endgrent();
-  std::sort(places_.begin(), places_.end(), [](const Place& left, const Place& right) {
-    return std::tie(left.id, left.start) < std::tie(right.id, right.start);
-  });
 }
 
 }  // namespace Kestrel::Host

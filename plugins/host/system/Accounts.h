@@ -5,7 +5,6 @@
 
 #include <sys/types.h>
 
-#include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
@@ -14,6 +13,10 @@
 #include <vector>
 
 namespace Kestrel::Host {
+
+extern const char* const kGroupFile;
+/// The file that says where the system looks for accounts and groups.
+extern const char* const kSourcesFile;
 
 /// A user account from the machine's own files or from a directory service.
 struct Account {
@@ -25,12 +28,26 @@ struct Account {
   std::string shell;
 };
 
+/// An account in a list. Its strings are valid until the next account is read.
+struct AccountEntry {
+  std::string_view name;
+  uid_t id;
+  gid_t groupId;
+  std::string_view fullName;
+  std::string_view home;
+  std::string_view shell;
+};
+
 // If the system cannot read its files, it answers as if an account or a group did not exist. In
 // that case, each of the following functions throws KestrelException with the name of the file.
 
 /// Calls `use` for each account, in the order in which the system lists them. Some directory
 /// services do not list their accounts. `use` must not list accounts itself.
-void ForEachAccount(const std::function<void(const Account& account)>& use);
+void ForEachAccount(const std::function<void(const AccountEntry& account)>& use);
+
+/// Calls `use` for each group, in the order in which the system lists them. Some directory services
+/// do not list their groups. `use` must not list groups itself.
+void ForEachGroup(const std::function<void(gid_t id, std::string_view name)>& use);
 
 /// Returns the account of that name, if there is one.
 std::optional<Account> FindAccount(const std::string& name);
@@ -39,7 +56,7 @@ std::optional<Account> FindAccount(const std::string& name);
 std::vector<std::string> ReadGroups(const Account& account);
 
 /// Returns whether the shell starts a session, unlike nologin or false.
-bool IsLoginShell(const std::string& shell);
+bool IsLoginShell(std::string_view shell);
 
 /// Looks up names of users, each only once.
 class UserNames {
@@ -51,30 +68,8 @@ class UserNames {
   std::map<uid_t, std::string> names_;
 };
 
-/// Returns the name of a group, or the number in digits if the group has no name.
+/// Returns the name of a group, or the number in digits if the group has no name. For many groups,
+/// GroupNames is faster.
 std::string GroupName(gid_t id);
-
-/// Looks up names of groups. Reads all groups at the first use, so it is for many names.
-class GroupNames {
- public:
-  /// Returns the name of the group, or the number in digits if the group has no name. It is valid
-  /// until the next call.
-  std::string_view Get(gid_t id);
-
- private:
-  // Where the name of a group is in `text_`: a string for each would take several times the memory.
-  struct Place {
-    gid_t id;
-    std::uint32_t start;
-    std::uint32_t size;
-  };
-
-  void ReadAll();
-
-  bool isRead_ = false;
-  std::string text_;
-  std::vector<Place> places_;  // by number; of those of one number the first counts
-  std::map<gid_t, std::string> unlisted_;
-};
 
 }  // namespace Kestrel::Host

@@ -5,13 +5,13 @@
 
 #include <limits>
 #include <memory>
-#include <string>
 #include <string_view>
 
 #include "plugins/host/frame/ListCommand.h"
 #include "plugins/host/frame/NamePattern.h"
 #include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/system/Accounts.h"
+#include "plugins/host/system/GroupNames.h"
 #include "plugins/host/system/SystemCommands.h"
 
 namespace Kestrel::Host {
@@ -32,16 +32,13 @@ const StructShape& Shape() {
   return shape;
 }
 
-const std::string& OrNone(const std::string& text) {
-  static const std::string none = "none";
-  return text.empty() ? none : text;
-}
+std::string_view OrNone(std::string_view text) { return text.empty() ? "none" : text; }
 
 /// Makes the rows. Many accounts have a group of their own name and number, and most have the same
 /// shell: equal values are shared, in a row and between rows.
 class AccountRows {
  public:
-  std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Account& account) {
+  std::shared_ptr<MetaObj::MetaStruct> ToStruct(const AccountEntry& account) {
     const auto name = SanitizedText(account.name);
     const auto id = MetaObj::MetaInt::New(static_cast<long>(account.id));
     const std::string_view group = groups_.Get(account.groupId);
@@ -52,7 +49,7 @@ class AccountRows {
     result->SetField("Group Id", account.groupId == account.id
                                      ? id
                                      : MetaObj::MetaInt::New(static_cast<long>(account.groupId)));
-    result->SetField("Home", homes_.Get(OrNone(account.home)));
+    result->SetField("Home", SanitizedText(OrNone(account.home)));
     result->SetField("Login", IsLoginShell(account.shell));
     result->SetField("Name", name);
     result->SetField("Shell", shells_.Get(account.shell));
@@ -64,7 +61,6 @@ class AccountRows {
   GroupNames groups_;
   RepeatedText groupTexts_;
   RepeatedText fullNames_;
-  RepeatedText homes_;
   RepeatedText shells_;
 };
 
@@ -102,7 +98,7 @@ class SystemAccountList final : public ListCommand {
         input.HasParameter("minimum-id") ? input.GetParameterInt("minimum-id") : 0;
     const bool isLoginOnly = input.IsFlagSet("login");
     AccountRows made;
-    ForEachAccount([&](const Account& account) {
+    ForEachAccount([&](const AccountEntry& account) {
       if (names.Accepts(account.name) && account.id >= minimum &&
           (!isLoginOnly || IsLoginShell(account.shell))) {
         rows.Add(made.ToStruct(account));

@@ -1,0 +1,36 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <sys/types.h>
+
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace Kestrel::Host {
+
+/// A group, as in a line of /etc/group.
+struct GroupLine {
+  gid_t id;
+  std::string_view name;
+};
+
+/// Parses the content of /etc/group; the names point into it. Returns nothing if a line has any but
+/// the plain form, because the C library has rules of its own for damaged lines and for those that
+/// begin with + or -.
+std::optional<std::vector<GroupLine>> ParseGroupFile(std::string_view text);
+
+/// What /etc/nsswitch.conf says about groups.
+struct GroupSources {
+  /// Whether a number means the first group in /etc/group that has it, if there is one.
+  bool isFileFirst = false;
+  /// Whether the system lists all groups. Directory services may not list theirs.
+  bool isListComplete = false;
+};
+
+/// Parses the content of /etc/nsswitch.conf. Both are false for a form that is not understood.
+GroupSources ParseGroupSources(std::string_view text);
+
+}  // namespace Kestrel::Host
