@@ -32,6 +32,28 @@ bool HasLess(std::uint64_t bytes, std::uint64_t bound) {
   return ((bytes - kOnes * bound) & ~bytes & (kOnes << 7)) != 0;
 }
 
+// Whether a byte is not printable ASCII: one below 0x20 borrows, 0x7f carries, one above has the
+// highest bit. Borrows and carries from a byte only reach others if it is such a byte itself.
+std::uint64_t UnusualBits(std::uint64_t bytes) {
+  return ((bytes - kOnes * 0x20) | (bytes + kOnes) | bytes) & (kOnes << 7);
+}
+
+// Fast path: most strings are printable ASCII, which is also valid UTF-8.
+bool IsPrintableAscii(std::string_view text) {
+  std::uint64_t bytes = 0;
+  if (text.size() < sizeof(bytes)) {
+    return std::all_of(text.begin(), text.end(),
+                       [](char letter) { return letter >= 0x20 && letter < 0x7f; });
+  }
+  std::uint64_t unusual = 0;
+  for (std::size_t at = 0; at + sizeof(bytes) <= text.size(); at += sizeof(bytes)) {
+    std::memcpy(&bytes, text.data() + at, sizeof(bytes));
+    unusual |= UnusualBits(bytes);
+  }
+  std::memcpy(&bytes, text.data() + text.size() - sizeof(bytes), sizeof(bytes));
+  return (unusual | UnusualBits(bytes)) == 0;
+}
+
 bool HasByte(std::uint64_t bytes, std::uint64_t byte) { return HasLess(bytes ^ (kOnes * byte), 1); }
 
 // Fast path: most strings contain none of these bytes.
@@ -72,6 +94,9 @@ std::string EscapeControls(std::string_view text, std::string_view kept) {
 }  // namespace
 
 std::shared_ptr<MetaObj::MetaString> SanitizedText(std::string_view text) {
+  if (IsPrintableAscii(text)) {
+    return MetaObj::MetaString::New(std::string(text));
+  }
   return MetaObj::MetaString::NewUtf8WithEscapes(EscapeControls(text, ""));
 }
 

@@ -5,24 +5,27 @@
 
 #include <kestrel/KestrelException.h>
 
-#include <algorithm>
-#include <iterator>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace Kestrel::Host {
 namespace {
 
-// Collects matching lines, which are added from the last to the first.
+using UseLine = std::function<void(const FileLine& line)>;
+
+// Selects lines, which are added from the last to the first.
 class LastLines {
  public:
-  LastLines(const LogFilter& filter, LogTimeReader& times) : filter_(filter), times_(times) {}
+  LastLines(const LogFilter& filter, LogTimeReader& times, const UseLine& use)
+      : filter_(filter), times_(times), use_(use) {}
 
-  bool IsComplete() const { return kept_.size() >= filter_.lines || olderRun_ >= kMaxOlderRun; }
+  bool IsComplete() const { return count_ >= filter_.lines || olderRun_ >= kMaxOlderRun; }
 
   void Add(std::string_view line) {
     if (!filter_.since) {
       if (const auto level = LevelIfWanted(line)) {
-        kept_.push_back(MakeLine(line, *level, times_.Read(line)));
+        Use({times_.Read(line), *level, line});
       }
       return;
     }
@@ -38,16 +41,15 @@ class LastLines {
   // Whether none of the lines has a time.
   bool LacksTimes() const { return hasLines_ && !hasTimes_; }
 
-  // Returns the lines in the order of the file.
-  std::vector<LogLine> Take() {
-    std::reverse(kept_.begin(), kept_.end());
-    return std::move(kept_);
-  }
-
  private:
-  static LogLine MakeLine(std::string_view line, int level,
-                          const std::optional<std::int64_t>& time) {
-    return {time, level, std::string(), std::string(line)};
+  struct UntimedLine {
+    int level;
+    std::string text;
+  };
+
+  void Use(const FileLine& line) {
+    use_(line);
+    ++count_;
   }
 
   // Returns the level of the line if the line passes all filters except the time.
@@ -66,29 +68,32 @@ class LastLines {
       return;
     }
     olderRun_ = 0;
-    std::move(pending_.begin(), pending_.end(), std::back_inserter(kept_));
+    for (const UntimedLine& each : pending_) {
+      Use({std::nullopt, each.level, each.text});
+    }
     pending_.clear();
     const auto level = LevelIfWanted(line);
-    if (level && kept_.size() < filter_.lines) {
-      kept_.push_back(MakeLine(line, *level, time));
+    if (level && count_ < filter_.lines) {
+      Use({time, *level, line});
     }
   }
 
   // Keeps a line without a time until the line before it decides whether it passes. Keeps no more
   // lines than requested.
   void AddUntimed(std::string_view line) {
-    if (kept_.size() + pending_.size() >= filter_.lines) {
+    if (count_ + pending_.size() >= filter_.lines) {
       return;
     }
     if (const auto level = LevelIfWanted(line)) {
-      pending_.push_back(MakeLine(line, *level, std::nullopt));
+      pending_.push_back({*level, std::string(line)});
     }
   }
 
   const LogFilter& filter_;
   LogTimeReader& times_;
-  std::vector<LogLine> kept_;
-  std::vector<LogLine> pending_;  // lines without a time that wait for a line with one
+  const UseLine& use_;
+  std::size_t count_ = 0;             // of the lines that were used
+  std::vector<UntimedLine> pending_;  // wait for a line with a time
   std::size_t olderRun_ = 0;
   bool hasLines_ = false;
   bool hasTimes_ = false;
@@ -96,8 +101,9 @@ class LastLines {
 
 }  // namespace
 
-std::vector<LogLine> ReadLastLines(LogFile& file, const LogFilter& filter, LogTimeReader& times) {
-  LastLines lines(filter, times);
+void ForEachLastLine(LogFile& file, const LogFilter& filter, LogTimeReader& times,
+                     const UseLine& use) {
+  LastLines lines(filter, times, use);
   while (!lines.IsComplete()) {
     const auto line = file.PreviousLine();
     if (!line) {
@@ -108,7 +114,6 @@ std::vector<LogLine> ReadLastLines(LogFile& file, const LogFilter& filter, LogTi
   if (lines.LacksTimes()) {
     throw KestrelException("No line has a recognizable time, so lines cannot be selected by time");
   }
-  return lines.Take();
 }
 
 }  // namespace Kestrel::Host

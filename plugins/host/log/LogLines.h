@@ -5,10 +5,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <optional>
 #include <string>
-#include <vector>
+#include <string_view>
 
 #include "plugins/host/frame/Regex.h"
 #include "plugins/host/log/LogFile.h"
@@ -17,12 +18,19 @@
 
 namespace Kestrel::Host {
 
-/// A line of any log.
+/// A line of the journal.
 struct LogLine {
   std::optional<std::int64_t> time;  ///< in seconds since the epoch
   int level = kInfoLevel;
   std::string source;  ///< the program that wrote it; may be empty
   std::string text;
+};
+
+/// A line of a log file.
+struct FileLine {
+  std::optional<std::int64_t> time;  ///< in seconds since the epoch
+  int level;
+  std::string_view text;
 };
 
 /// Means that the number of lines is not limited.
@@ -36,14 +44,14 @@ struct LogFilter {
   const Regex* match = nullptr;  ///< not owned
 };
 
-/// Returns the last lines of a file that pass the filter, in the file's order. Their sources are
-/// empty.
+/// Calls `use` with the last lines of a file that pass the filter, from the last to the first.
 ///
 /// With `since`, a line without a time passes if the nearest earlier line with a time does. The
 /// file is read from its end until there are enough lines, or until kMaxOlderRun successive lines
 /// are too old; logs are in order except for rare disturbances. Throws KestrelException if the file
 /// cannot be read, or if `since` is given and the file has lines but none with a time.
-std::vector<LogLine> ReadLastLines(LogFile& file, const LogFilter& filter, LogTimeReader& times);
+void ForEachLastLine(LogFile& file, const LogFilter& filter, LogTimeReader& times,
+                     const std::function<void(const FileLine& line)>& use);
 
 /// A machine that starts with a wrong clock writes fewer lines before the clock is set.
 constexpr std::size_t kMaxOlderRun = 100000;

@@ -1,9 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "plugins/host/frame/ListCommand.h"
@@ -42,12 +44,12 @@ class LogRows {
  public:
   explicit LogRows(const LocalZone& zone) : zone_(zone) {}
 
-  std::shared_ptr<MetaObj::MetaStruct> ToStruct(const LogLine& line) {
+  std::shared_ptr<MetaObj::MetaStruct> ToStruct(const FileLine& line, std::string_view source) {
     // In the order in which a structure keeps them, so that none has to be moved.
     auto result = Shape().NewStruct();
     result->SetField("Level", line.level);
     result->SetField("Level Name", levels_.Get(LevelName(line.level)));
-    result->SetField("Source", sources_.Get(line.source.empty() ? "unknown" : line.source));
+    result->SetField("Source", sources_.Get(source));
     result->SetField("Text", SanitizedText(line.text));
     result->SetField("Time", line.time ? TimeText(*line.time) : none_);
     return result;
@@ -70,16 +72,27 @@ class LogRows {
   RepeatedText sources_;
 };
 
-std::vector<LogLine> ReadFile(const std::string& path, const LogFilter& filter,
-                              const LocalZone& zone) {
+void AddFileRows(const std::string& path, const LogFilter& filter, const LocalZone& zone,
+                 MetaObj::MetaList& rows) {
   LogFile file(path);
   LogTimeReader times(zone);
-  std::vector<LogLine> lines = ReadLastLines(file, filter, times);
+  LogRows made(zone);
   const std::string name = path.substr(path.rfind('/') + 1);
-  for (LogLine& line : lines) {
-    line.source = name;
+  std::vector<std::shared_ptr<MetaObj::MetaStruct>> lastFirst;
+  ForEachLastLine(file, filter, times,
+                  [&](const FileLine& line) { lastFirst.push_back(made.ToStruct(line, name)); });
+  rows.Reserve(lastFirst.size());
+  std::for_each(lastFirst.rbegin(), lastFirst.rend(), [&rows](const auto& row) { rows.Add(row); });
+}
+
+void AddJournalRows(const std::vector<std::string>& units, const LogFilter& filter,
+                    const LocalZone& zone, MetaObj::MetaList& rows) {
+  LogRows made(zone);
+  for (const LogLine& line : ReadJournal(units, filter)) {
+    const std::string_view source = line.source;
+    rows.Add(
+        made.ToStruct({line.time, line.level, line.text}, source.empty() ? "unknown" : source));
   }
-  return lines;
 }
 
 class LogList final : public ListCommand {
@@ -118,20 +131,12 @@ class LogList final : public ListCommand {
     if (output.HasError()) {
       return;
     }
-    LogRows made(zone);
-    for (const LogLine& line : Read(input, choice.GetFilter(), zone)) {
-      rows.Add(made.ToStruct(line));
-    }
-  }
-
-  static std::vector<LogLine> Read(const CallSpec::Input& input, const LogFilter& filter,
-                                   const LocalZone& zone) {
     if (input.HasParameter("file")) {
-      return ReadFile(input.GetParameter("file"), filter, zone);
+      return AddFileRows(input.GetParameter("file"), choice.GetFilter(), zone, rows);
     }
     std::vector<std::string> units;
     input.GetParameterList("unit", units);
-    return ReadJournal(units, filter);
+    AddJournalRows(units, choice.GetFilter(), zone, rows);
   }
 };
 

@@ -50,18 +50,20 @@ bool TakeSpaces(std::string_view& text) {
   return count > 0;
 }
 
-bool TakeDigits(std::string_view& text, std::size_t count, int& number) {
-  if (text.size() < count) {
+// The count is known at compile time, because these are most of the steps for each line of a log.
+template <std::size_t kCount>
+bool TakeDigits(std::string_view& text, int& number) {
+  if (text.size() < kCount) {
     return false;
   }
   int value = 0;
-  for (const char letter : text.substr(0, count)) {
-    if (!IsDigit(letter)) {
+  for (std::size_t index = 0; index < kCount; ++index) {
+    if (!IsDigit(text[index])) {
       return false;
     }
-    value = 10 * value + (letter - '0');
+    value = 10 * value + (text[index] - '0');
   }
-  text.remove_prefix(count);
+  text.remove_prefix(kCount);
   number = value;
   return true;
 }
@@ -87,7 +89,7 @@ bool TakeWeekday(std::string_view& text) {
 
 // Takes a day of one or two digits.
 bool TakeShortDay(std::string_view& text, int& day) {
-  return TakeDigits(text, 2, day) || TakeDigits(text, 1, day);
+  return TakeDigits<2>(text, day) || TakeDigits<1>(text, day);
 }
 
 void TakeFraction(std::string_view& text) {
@@ -101,8 +103,8 @@ void TakeFraction(std::string_view& text) {
 
 // Takes hours, minutes and seconds, separated by colons.
 bool TakeClock(std::string_view& text, CivilTime& time) {
-  if (!TakeDigits(text, 2, time.hour) || !Take(text, ':') || !TakeDigits(text, 2, time.minute) ||
-      !Take(text, ':') || !TakeDigits(text, 2, time.second)) {
+  if (!TakeDigits<2>(text, time.hour) || !Take(text, ':') || !TakeDigits<2>(text, time.minute) ||
+      !Take(text, ':') || !TakeDigits<2>(text, time.second)) {
     return false;
   }
   TakeFraction(text);
@@ -117,7 +119,7 @@ bool TakeShortClock(std::string_view& text, CivilTime& time) {
     return true;
   }
   time.second = 0;
-  return TakeDigits(text, 2, time.hour) && Take(text, ':') && TakeDigits(text, 2, time.minute) &&
+  return TakeDigits<2>(text, time.hour) && Take(text, ':') && TakeDigits<2>(text, time.minute) &&
          (text.empty() || text[0] != ':') && (!GoesOn(text) || text[0] == 'Z');
 }
 
@@ -129,11 +131,11 @@ std::optional<std::int64_t> TakeNumericOffset(std::string_view& text, bool needs
   std::string_view rest = text.substr(1);
   int hours = 0;
   int minutes = 0;
-  if (!TakeDigits(rest, 2, hours)) {
+  if (!TakeDigits<2>(rest, hours)) {
     return std::nullopt;
   }
   const bool hasColon = Take(rest, ':');
-  const bool hasMinutes = TakeDigits(rest, 2, minutes);
+  const bool hasMinutes = TakeDigits<2>(rest, minutes);
   if (((hasColon || needsMinutes) && !hasMinutes) || GoesOn(rest)) {
     return std::nullopt;
   }
@@ -157,6 +159,9 @@ bool TakeUtcWord(std::string_view& text, std::string_view word) {
 
 // Takes an offset. After a space, the short forms are not offsets: "10:00:00 -5 degrees".
 std::optional<std::int64_t> TakeOffset(std::string_view& text) {
+  if (!text.empty() && (text[0] == '+' || text[0] == '-')) {
+    return TakeNumericOffset(text, false);  // fast path
+  }
   std::string_view rest = text;
   const bool isApart = Take(rest, ' ');
   const bool isUtc = TakeUtcWord(rest, "UTC") || TakeUtcWord(rest, "GMT") ||
@@ -170,12 +175,12 @@ std::optional<std::int64_t> TakeOffset(std::string_view& text) {
 
 // Takes a date: 2026-11-22 or 2026/11/22.
 bool TakeDate(std::string_view& text, CivilTime& time) {
-  if (!TakeDigits(text, 4, time.year) || text.empty()) {
+  if (!TakeDigits<4>(text, time.year) || text.empty()) {
     return false;
   }
   const char separator = text[0];
   return (separator == '-' || separator == '/') && Take(text, separator) &&
-         TakeDigits(text, 2, time.month) && Take(text, separator) && TakeDigits(text, 2, time.day);
+         TakeDigits<2>(text, time.month) && Take(text, separator) && TakeDigits<2>(text, time.day);
 }
 
 // Takes the space or the letter between date and time. A digit has to follow.
@@ -185,9 +190,9 @@ bool TakeClockStart(std::string_view& text) {
 
 // Takes a date and time: 20261122T100000.
 bool TakeBasicTime(std::string_view& text, CivilTime& time) {
-  if (!TakeDigits(text, 4, time.year) || !TakeDigits(text, 2, time.month) ||
-      !TakeDigits(text, 2, time.day) || !Take(text, 'T') || !TakeDigits(text, 2, time.hour) ||
-      !TakeDigits(text, 2, time.minute) || !TakeDigits(text, 2, time.second)) {
+  if (!TakeDigits<4>(text, time.year) || !TakeDigits<2>(text, time.month) ||
+      !TakeDigits<2>(text, time.day) || !Take(text, 'T') || !TakeDigits<2>(text, time.hour) ||
+      !TakeDigits<2>(text, time.minute) || !TakeDigits<2>(text, time.second)) {
     return false;
   }
   TakeFraction(text);
@@ -229,7 +234,7 @@ bool ReadSyslogTime(std::string_view& text, WrittenTime& written) {
     return false;
   }
   std::string_view rest = text;
-  written.hasYear = TakeDigits(rest, 4, time.year) && TakeSpaces(rest);
+  written.hasYear = TakeDigits<4>(rest, time.year) && TakeSpaces(rest);
   if (written.hasYear) {
     text = rest;
   } else {
@@ -260,13 +265,13 @@ bool ReadDateTime(std::string_view& text, WrittenTime& written) {
   return TakeWeekday(text) && TakeSpaces(text) && TakeMonthName(text, time.month) &&
          TakeSpaces(text) && TakeShortDay(text, time.day) && TakeSpaces(text) &&
          TakeClock(text, time) && TakeSpaces(text) && TakeZoneName(text, written) &&
-         TakeDigits(text, 4, time.year) && !GoesOn(text);
+         TakeDigits<4>(text, time.year) && !GoesOn(text);
 }
 
 bool ReadCommonLogTime(std::string_view& text, WrittenTime& written) {
   CivilTime& time = written.time;
-  if (!TakeDigits(text, 2, time.day) || !Take(text, '/') || !TakeMonthName(text, time.month) ||
-      !Take(text, '/') || !TakeDigits(text, 4, time.year) || !Take(text, ':') ||
+  if (!TakeDigits<2>(text, time.day) || !Take(text, '/') || !TakeMonthName(text, time.month) ||
+      !Take(text, '/') || !TakeDigits<4>(text, time.year) || !Take(text, ':') ||
       !TakeClock(text, time)) {
     return false;
   }
@@ -282,7 +287,7 @@ bool ReadLetterTime(std::string_view& text, WrittenTime& written) {
     return false;
   }
   text.remove_prefix(1);
-  return TakeDigits(text, 2, time.month) && TakeDigits(text, 2, time.day) && TakeSpaces(text) &&
+  return TakeDigits<2>(text, time.month) && TakeDigits<2>(text, time.day) && TakeSpaces(text) &&
          TakeClock(text, time);
 }
 

@@ -111,9 +111,9 @@ TEST_P(LogChoiceTest, AgreesWithAReaderFromTheStart) {
     LogFile file(folder.Write("log", content));
     LogTimeReader times(zone);
     std::vector<std::string> texts;
-    for (const LogLine& line : ReadLastLines(file, filter, times)) {
-      texts.push_back(line.text);
-    }
+    ForEachLastLine(file, filter, times,
+                    [&texts](const FileLine& line) { texts.emplace_back(line.text); });
+    std::reverse(texts.begin(), texts.end());
     EXPECT_THAT(texts, ElementsAreArray(Expected(lines, filter))) << content;
   }
 }

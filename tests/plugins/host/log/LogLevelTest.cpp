@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
+#include <cstddef>
 #include <string>
 
 namespace Kestrel::Host {
@@ -77,6 +79,55 @@ TEST(LogLevelTest, IsGuessedFromTheMostUrgentWord) {
 
 TEST(LogLevelTest, IsNotGuessedFromPartsOfWords) {
   EXPECT_EQ(GuessLevel("errors panicking error_log alerted no_error debugging"), 6);
+}
+
+constexpr Guess kTellingWords[] = {{"emerg", 0},   {"emergency", 0}, {"panic", 0},   {"alert", 1},
+                                   {"crit", 2},    {"critical", 2},  {"fatal", 2},   {"err", 3},
+                                   {"error", 3},   {"failed", 3},    {"failure", 3}, {"warn", 4},
+                                   {"warning", 4}, {"notice", 5},    {"debug", 7}};
+
+// Lines are read in blocks; a word may be anywhere in them, and at the end of a line.
+TEST(LogLevelTest, EveryWordCountsAtEveryPlace) {
+  for (const Guess& word : kTellingWords) {
+    for (std::size_t before = 0; before < 40; ++before) {
+      for (const std::size_t after : {0, 1, 2, 15, 16, 40}) {
+        const std::string line = std::string(before, '.') + word.line + std::string(after, ' ');
+        EXPECT_EQ(GuessLevel(line), word.level) << line;
+      }
+    }
+  }
+}
+
+TEST(LogLevelTest, PartsOfWordsCountNowhere) {
+  for (const Guess& word : kTellingWords) {
+    for (std::size_t before = 0; before < 40; ++before) {
+      const std::string start(before, '.');
+      for (const char letter : {'x', 'Z', '7', '_', 'a', '0', '9', 'A', 'z'}) {
+        EXPECT_EQ(GuessLevel(start + letter + word.line), 6) << word.line;
+        EXPECT_EQ(GuessLevel(start + letter + word.line + std::string(20, ' ')), 6) << word.line;
+      }
+    }
+  }
+}
+
+TEST(LogLevelTest, EveryOtherByteSeparatesWords) {
+  for (int byte = 0; byte < 256; ++byte) {
+    const auto letter = static_cast<char>(byte);
+    const bool isPart = byte < 128 && (std::isalnum(byte) != 0 || letter == '_');
+    for (const std::size_t before : {0, 1, 14, 15, 16, 17, 31}) {
+      const std::string line =
+          std::string(before, ' ') + letter + "crit" + letter + "                 ";
+      EXPECT_EQ(GuessLevel(line), isPart ? 6 : 2) << byte << " at " << before;
+    }
+  }
+}
+
+TEST(LogLevelTest, TheMostUrgentOfManyWordsCounts) {
+  std::string line;
+  for (int word = 14; word >= 0; --word) {
+    line += std::string("a page of data, ") + kTellingWords[word].line + " and so on; ";
+    EXPECT_EQ(GuessLevel(line), kTellingWords[word].level) << line;
+  }
 }
 
 TEST(LogLevelTest, IsThatOfThePriorityRegardlessOfWords) {

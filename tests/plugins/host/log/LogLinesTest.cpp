@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -27,7 +28,12 @@ class LogLinesTest : public ::testing::Test {
   std::vector<LogLine> Read(const std::string& text, const LogFilter& filter) const {
     LogFile file(folder_.Write("log", text));
     LogTimeReader times(zone_);
-    return ReadLastLines(file, filter, times);
+    std::vector<LogLine> lines;
+    ForEachLastLine(file, filter, times, [&lines](const FileLine& line) {
+      lines.push_back({line.time, line.level, "", std::string(line.text)});
+    });
+    std::reverse(lines.begin(), lines.end());
+    return lines;
   }
 
   std::vector<std::string> Texts(const std::string& text, const LogFilter& filter) const {
