@@ -68,7 +68,7 @@ void RowOrder::DeclareParameters(CallSpec::InputSpec& spec) {
   Parameter("descending", CallSpec::Flag, "Put the greatest value first; needs --sort.")
       .AddTo(spec);
   Parameter("limit", CallSpec::Int, "List only the first rows, at most this many; %ENUM%.")
-      .Between(0, kMaxLimit)
+      .Between(1, kMaxLimit)
       .AddTo(spec);
 }
 

@@ -17,7 +17,7 @@ class NetworkAddressList final : public ListCommand {
   NetworkAddressList()
       : ListCommand("List the addresses of the network interfaces.", NetworkAddressShape,
                     "The addresses, sorted by interface.") {
-    ShowColumns("Interface,CIDR,Peer,Scope,Flags", {{"wrap-last", "true"}});
+    ShowColumns("Interface,CIDR,Scope,Peer", {{"wrap-last", "true"}});
     AddMetaData("complete:interface", kInterfaceCompletion);
     AddExample("", "List every address");
     AddExample("--interface eth0 --family 6", "List the IPv6 addresses of one interface");

@@ -94,8 +94,7 @@ class StorageDeviceList final : public ListCommand {
   StorageDeviceList()
       : ListCommand("List the block devices: disks, partitions and volumes.", Shape,
                     "The block devices, sorted by name, each disk followed by its partitions.") {
-    ShowColumns("Name,Kind,Size Bytes,Read Only,Transport,Filesystem,Mount Points",
-                {{"wrap-last", "true"}});
+    ShowColumns("Name,Kind,Size Bytes,Transport,Filesystem,Mount Points", {{"wrap-last", "true"}});
     AddMetaData("complete:name", "storage.device.list Name");
     AddExample("", "List all devices with a size");
     AddExample("--kind disk --removable false", "List the disks that cannot be removed");

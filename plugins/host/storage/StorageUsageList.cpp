@@ -57,7 +57,7 @@ class StorageUsageList final : public ListCommand {
   StorageUsageList()
       : ListCommand("List how much space the folders in a folder use.", Shape,
                     "The folders, the largest first.") {
-    ShowColumns("Size Bytes,Apparent Size Bytes,Files,Path", {{"wrap-last", "true"}});
+    ShowColumns("Size Bytes,Files,Path", {{"wrap-last", "true"}});
     AddMetaData("complete:directory", "directory");
     AddExample("--directory /etc/default --human", "List the space that each folder uses");
     AddExample("--directory /etc/default --all --limit 10",

@@ -54,7 +54,8 @@ const StructShape& Shape() {
           .String("Started", "When it started, in the time zone of the machine.")
           .String("Terminal", "Its terminal below /dev, or \"none\".")
           .Bool("Kernel", "Whether it is a kernel thread.")
-          .String("Name", "The name of its program, at most 15 bytes.")
+          .String("Name",
+                  "The name of its program, at most 15 bytes; kernel threads may have longer ones.")
           .String("Command", "Its arguments, separated by spaces, or its name in brackets.");
   return shape;
 }
@@ -180,8 +181,9 @@ class ProcessStructs {
 class SystemProcessList final : public ListCommand {
  public:
   SystemProcessList() : ListCommand("List the processes.", Shape, "The processes.") {
-    // Does not show the command line, which is often wider than the screen.
-    ShowColumns("Id,User,State,CPU,Resident Bytes,Time,Name", {{"wrap-last", "true"}});
+    // Leaves room for users such as systemd-timesync and for the long names of kernel threads.
+    // Command lines are often wider than the screen.
+    ShowColumns("Id,User,CPU,Resident Bytes,Name", {{"wrap-last", "true"}});
     AddMetaData("complete:id", "system.process.list Id");
     AddMetaData("complete:name", "system.process.list Name");
     AddMetaData("complete:user", "system.account.list Name");

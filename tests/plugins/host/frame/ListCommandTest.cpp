@@ -153,7 +153,6 @@ TEST_F(ListCommandTest, SortsASizeByItsBytesUnderBothOfItsNames) {
 TEST_F(ListCommandTest, CutsTheListAfterSortingIt) {
   EXPECT_THAT(Names({{"limit", "2"}}), ElementsAre("pear", "fig"));
   EXPECT_THAT(Names({{"sort", "Name"}, {"limit", "1"}}), ElementsAre(""));
-  EXPECT_THAT(Names({{"limit", "0"}}), IsEmpty());
   EXPECT_THAT(Names({{"limit", "5"}}), ElementsAre("pear", "fig", "Plum", ""));
 }
 
@@ -178,9 +177,13 @@ TEST_F(ListCommandTest, RefusesDescendingAlone) {
 }
 
 TEST_F(ListCommandTest, RefusesALimitThatIsNotACount) {
-  EXPECT_THAT(Errors({{"limit", "-1"}}),
-              ElementsAre("Invalid data constraint for parameter 'limit'. Expected integer in the "
-                          "range 0-1000000000"));
+  for (const char* const limit : {"-1", "0", "1000000001"}) {
+    EXPECT_THAT(
+        Errors({{"limit", limit}}),
+        ElementsAre("Invalid data constraint for parameter 'limit'. Expected integer in the "
+                    "range 1-1000000000"))
+        << limit;
+  }
 }
 
 TEST_F(ListCommandTest, SortsAnEmptyList) {

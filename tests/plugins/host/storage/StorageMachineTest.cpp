@@ -71,13 +71,13 @@ class StorageMachineTest : public MadeUpMachineTest {
 TEST_F(StorageMachineTest, ListsDevices) {
   AddSampleDevices();
   ExpectPrinted("storage device list",
-                "Name        Kind  Size Bytes  Read Only  Transport  Filesystem  Mount Points\n"
-                "----------  ----  ----------  ---------  ---------  ----------  ------------\n"
-                "cciss/c0d0  disk     1048576  false      none       unknown     \n"
-                "dm-0        lvm      4194304  false      none       unknown     /\n"
-                "sda         disk   209715200  false      none       none        \n"
-                "sda1        part   104857600  false      none       ext4        /srv, /srv/a b\n"
-                "sda2        part     1048064  true       none       unknown     \n");
+                "Name        Kind  Size Bytes  Transport  Filesystem  Mount Points\n"
+                "----------  ----  ----------  ---------  ----------  ------------\n"
+                "cciss/c0d0  disk     1048576  none       unknown     \n"
+                "dm-0        lvm      4194304  none       unknown     /\n"
+                "sda         disk   209715200  none       none        \n"
+                "sda1        part   104857600  none       ext4        /srv, /srv/a b\n"
+                "sda2        part     1048064  none       unknown     \n");
 }
 
 TEST_F(StorageMachineTest, ShowsEveryFieldOfADevice) {

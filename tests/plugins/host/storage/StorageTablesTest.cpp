@@ -172,19 +172,19 @@ const WidthCase kWidths[] = {
      "ext4   true       /dev/nvme0n1  /srv/a folder \n"
      "                                with words\n"
      "tmpfs  false      tmpfs         /tmp\n"},
-    {"DevicesOn80Columns", "storage device list", 80,
-     "Name     Kind  Size Bytes   Read Only  Transport  Filesystem  Mount Points\n"
-     "-------  ----  -----------  ---------  ---------  ----------  ------------\n"
-     "nvme0n1  disk      2097152  true       nvme       ext4        /srv/a folder \n"
-     "                                                              with words\n"
-     "sda      disk  20971520000  false      none       xfs         /\n"
-     "sdb      disk         4608  false      none       none        \n"},
+    {"DevicesOn70Columns", "storage device list", 70,
+     "Name     Kind  Size Bytes   Transport  Filesystem  Mount Points\n"
+     "-------  ----  -----------  ---------  ----------  ------------\n"
+     "nvme0n1  disk      2097152  nvme       ext4        /srv/a folder with \n"
+     "                                                   words\n"
+     "sda      disk  20971520000  none       xfs         /\n"
+     "sdb      disk         4608  none       none        \n"},
     {"DevicesOn200Columns", "storage device list", 200,
-     "Name     Kind  Size Bytes   Read Only  Transport  Filesystem  Mount Points\n"
-     "-------  ----  -----------  ---------  ---------  ----------  ------------\n"
-     "nvme0n1  disk      2097152  true       nvme       ext4        /srv/a folder with words\n"
-     "sda      disk  20971520000  false      none       xfs         /\n"
-     "sdb      disk         4608  false      none       none        \n"},
+     "Name     Kind  Size Bytes   Transport  Filesystem  Mount Points\n"
+     "-------  ----  -----------  ---------  ----------  ------------\n"
+     "nvme0n1  disk      2097152  nvme       ext4        /srv/a folder with words\n"
+     "sda      disk  20971520000  none       xfs         /\n"
+     "sdb      disk         4608  none       none        \n"},
     {"CountersOn80Columns", "storage device counter list", 80,
      "Reads  Read Bytes  Writes  Written Bytes  Busy Milliseconds  Name\n"
      "-----  ----------  ------  -------------  -----------------  ----\n"
@@ -198,11 +198,10 @@ INSTANTIATE_TEST_SUITE_P(Widths, StorageWidthTest, ::testing::ValuesIn(kWidths),
 TEST_F(StorageTablesTest, ShowsSizesForPeopleOnDemand) {
   RunThere([] {
     EXPECT_EQ(Print("storage device list", {{"human", ""}, {"sort", "Size"}, {"limit", "2"}}, 80),
-              "Name     Kind  Size     Read Only  Transport  Filesystem  Mount Points\n"
-              "-------  ----  -------  ---------  ---------  ----------  ------------\n"
-              "sdb      disk  4.5 KiB  false      none       none        \n"
-              "nvme0n1  disk  2.0 MiB  true       nvme       ext4        /srv/a folder with \n"
-              "                                                          words\n");
+              "Name     Kind  Size     Transport  Filesystem  Mount Points\n"
+              "-------  ----  -------  ---------  ----------  ------------\n"
+              "sdb      disk  4.5 KiB  none       none        \n"
+              "nvme0n1  disk  2.0 MiB  nvme       ext4        /srv/a folder with words\n");
     EXPECT_EQ(Print("storage device counter list", {{"human", ""}, {"name", "nvme*"}}, 80),
               "Reads  Read      Writes  Written  Busy Milliseconds  Name\n"
               "-----  --------  ------  -------  -----------------  ----\n"

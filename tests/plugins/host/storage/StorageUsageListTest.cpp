@@ -131,16 +131,16 @@ TEST(StorageUsageListTest, PrintsATable) {
   const Parameters file = {
       {"directory", folder.GetPath()}, {"all", ""}, {"sort", "Kind"}, {"limit", "1"}};
   EXPECT_EQ(Print(kCommand, file, 80),
-            "Size Bytes  Apparent Size Bytes  Files  Path\n"
-            "----------  -------------------  -----  ----\n"
-            "         0              1572864      1  " +
+            "Size Bytes  Files  Path\n"
+            "----------  -----  ----\n"
+            "         0      1  " +
                 folder.GetPath("zeros") + "\n");
   Parameters human = file;
   human.emplace_back("human", "");
   EXPECT_EQ(Print(kCommand, human, 80),
-            "Size  Apparent Size  Files  Path\n"
-            "----  -------------  -----  ----\n"
-            "0 B   1.5 MiB            1  " +
+            "Size  Files  Path\n"
+            "----  -----  ----\n"
+            "0 B       1  " +
                 folder.GetPath("zeros") + "\n");
 }
 

@@ -526,10 +526,9 @@ TEST(SystemProcessListTest, PrintsATableThatFitsTheScreen) {
   const ScopedProcess process("still");
   process.WaitUntilItSleeps();
   const std::string text = Print("system process list", {{"id", process.GetId()}}, 80);
-  EXPECT_THAT(text, ::testing::MatchesRegex("Id +User +State +CPU +Resident Bytes +Time +Name\n"
-                                            "-+ +-+ +-+ +-+ +-+ +-+ +----\n"
-                                            " *[0-9]+ +[^ ]+ +sleeping +[0-9.]+ % +[0-9]+ +"
-                                            "[0-9:-]+ +still\n"));
+  EXPECT_THAT(text, ::testing::MatchesRegex("Id +User +CPU +Resident Bytes +Name\n"
+                                            "-+ +-+ +-+ +-+ +----\n"
+                                            " *[0-9]+ +[^ ]+ +[0-9.]+ % +[0-9]+ +still\n"));
 }
 
 // Parameters of the kernel.
