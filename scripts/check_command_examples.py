@@ -27,6 +27,9 @@ from declared_commands import TIMEOUT_SECONDS, Tool, changes_something
 # Fields in which the empty string is a value and does not mean that it is missing.
 MAY_BE_EMPTY = {"system.parameter.list": {"Value"}}
 
+# What the tool prints before it reads a secret.
+PROMPT = re.compile(r"\AEnter value for '[^']*': ?")
+
 START_TOOL = 'vexil() { command "$TOOL" --plugin-dir "$PLUGINS" $FORMAT "$@"; }\n'
 
 
@@ -79,7 +82,7 @@ def complaint(path, line, form, done, absent):
     if not form:
         return None if done.stdout else "printed nothing"
     try:
-        result = json.loads(done.stdout)
+        result = json.loads(PROMPT.sub("", done.stdout, count=1))
     except ValueError as error:
         return f"not JSON: {error}"
     empty = empty_fields(result) - MAY_BE_EMPTY.get(path, set()) if isinstance(result, list) else ()
@@ -92,7 +95,7 @@ def complaints(options, folder):
     for path, command in Tool(options.tool, options.plugin_dir).commands():
         if changes_something(command):
             continue
-        if not command["Examples"] and command["Plugin"].endswith(".so"):
+        if not command["Examples"] and command["Plugin"] != "built-in":
             yield f"{path}: has no example"
         for example in command["Examples"]:
             for form in ("", "--formatter json"):

@@ -72,6 +72,15 @@ class CheckCommandExamplesTest(unittest.TestCase):
     def test_reports_a_command_without_examples(self):
         self.assert_complains("hat.list: has no example", ":", {})
 
+    def test_accepts_a_command_of_the_library_without_examples(self):
+        self.assertEqual((0, "Every example runs."),
+                         self.check("exit 1", {"Plugin": "built-in"}))
+
+    def test_ignores_the_prompt_for_a_secret(self):
+        self.assertEqual((0, "Every example runs."),
+                         self.check("""echo "Enter value for 'pin': "; echo '"x"'"""))
+        self.assert_complains("not JSON", "echo \"Enter value for 'pin': \"; echo hats")
+
     def test_does_not_run_what_changes_something(self):
         self.assertEqual((0, "Every example runs."),
                          self.check("exit 1", {**EXAMPLE, **CHANGES}))

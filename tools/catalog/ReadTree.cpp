@@ -7,6 +7,7 @@
 #include <exception>
 #include <memory>
 #include <set>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -203,6 +204,43 @@ Result ReadResult(const OutputSpec& declared) {
   return result;
 }
 
+constexpr std::string_view kExamplePrefix = "example:";
+constexpr std::string_view kFieldPrefix = "field:";
+constexpr const char* kResultName = "result";
+
+/// Removes `prefix` from `text`; returns false if `text` does not begin with it.
+bool TakePrefix(std::string_view prefix, std::string& text) {
+  if (text.compare(0, prefix.size(), prefix) != 0) {
+    return false;
+  }
+  text.erase(0, prefix.size());
+  return true;
+}
+
+void Document(const std::string& path, const std::string& documentation,
+              std::vector<Field>& fields) {
+  for (Field& field : fields) {
+    if (field.path == path && field.documentation.empty()) {
+      field.documentation = documentation;
+    }
+  }
+}
+
+/// Adds what meta-data say about a command. In a descriptor, nothing else can describe the result
+/// or contain examples. A declaration of the command itself takes precedence.
+void ApplyMetaData(Command& command) {
+  for (const auto& [key, value] : command.metaData) {
+    std::string name = key;
+    if (TakePrefix(kExamplePrefix, name)) {
+      command.examples.push_back({name, value});
+    } else if (TakePrefix(kFieldPrefix, name)) {
+      Document(name, value, command.result.fields);
+    } else if (name == kResultName && command.result.description.empty()) {
+      command.result.description = value;
+    }
+  }
+}
+
 /// Calls `read` and returns the message of the exception that it throws; nothing if it succeeds.
 template <typename Read>
 std::optional<std::string> CatchFault(Read read) {
@@ -339,6 +377,7 @@ Command ReadCommand(CommandSpec& command, const std::string& path) {
   read.formatParameters = ReadTexts(format.GetParameters());
   read.parameters = ReadParameters(command);
   read.result = ReadResult(*command.GetOutputSpec());
+  ApplyMetaData(read);
   return read;
 }
 

@@ -203,6 +203,22 @@ TEST_F(DescribeAllTest, HasAPathAPluginADescriptionAndFields) {
   }
 }
 
+TEST_F(DescribeAllTest, EveryCommandHasExamplesAndDocumentsItsResult) {
+  std::size_t fields = 0;
+  for (const json& document : ReadJsonDocuments(DescribeAll(*paths_, "--formatter json"))) {
+    if (document.at("Plugin") == "built-in") {
+      continue;
+    }
+    EXPECT_FALSE(document.at("Examples").empty()) << document.at("Path");
+    EXPECT_NE("none", document.at("Result Description")) << document.at("Path");
+    for (const json& field : document.at("Fields")) {
+      EXPECT_NE("none", field.at("Documentation")) << document.at("Path") << field.at("Path");
+      ++fields;
+    }
+  }
+  EXPECT_GT(fields, 200u);
+}
+
 TEST_F(DescribeAllTest, HasTheParametersOfItsHelpPage) {
   std::string lines;
   for (std::string path : *paths_) {

@@ -300,6 +300,44 @@ TEST_F(ReadTreeTest, ReadsEveryTypeOfConstraint) {
   EXPECT_EQ("[b, a]\n    b: the second\n", read[2].description);
 }
 
+TEST_F(ReadTreeTest, ReadsExamplesAndDocumentationFromMetaData) {
+  const auto usage = MetaStruct::New("Usage");
+  usage->SetField("Free", MetaInt::New(), "What is left.");
+  usage->SetField("Full", MetaBool::New());
+  const auto disk = MetaStruct::New("Disk");
+  disk->SetField("Name", MetaString::New());
+  disk->SetField("Usage", usage);
+  SampleCommand& command = AddSample();
+  command.outputSpec->SetRootObject(disk);
+  command.AddExample("--all", "Get all");
+  command.AddMetaData("example:", "Get it");
+  command.AddMetaData("example:--name 'a:b'", "Get one");
+  command.AddMetaData("field:Name", "Its name.");
+  command.AddMetaData("field:Usage.Full", "Whether nothing is left.");
+  command.AddMetaData("field:Usage.Free", "Not this.");
+  command.AddMetaData("field:Full", "Of no field.");
+  command.AddMetaData("result", "A disk.");
+  const Command read = ReadSample();
+  EXPECT_THAT(read.examples, ElementsAre(Example{"--all", "Get all"}, Example{"", "Get it"},
+                                         Example{"--name 'a:b'", "Get one"}));
+  EXPECT_EQ("A disk.", read.result.description);
+  EXPECT_THAT(Describe(read.result.fields),
+              ElementsAre("Name string : Its name.",
+                          "Usage structure Usage: ", "Usage.Free int : What is left.",
+                          "Usage.Full bool : Whether nothing is left."));
+  EXPECT_THAT(read.metaData, testing::SizeIs(7));
+}
+
+TEST_F(ReadTreeTest, MetaDataDoNotReplaceTheDescriptionOfTheResult) {
+  SampleCommand& command = AddSample();
+  command.outputSpec->SetDescription("What was got.");
+  command.AddMetaData("result", "Something else.");
+  command.AddMetaData("results", "Something else.");
+  command.AddMetaData("examples:--all", "Not an example");
+  EXPECT_EQ("What was got.", ReadSample().result.description);
+  EXPECT_THAT(ReadSample().examples, IsEmpty());
+}
+
 TEST_F(ReadTreeTest, ReadsAScalarResult) {
   const Result result = ReadResult(MetaInt::New(7));
   EXPECT_STREQ("int", WordOf(result.kind.value()));
