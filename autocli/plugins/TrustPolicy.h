@@ -11,13 +11,16 @@
 #include "autocli/process/ProcessRights.h"
 
 // Whose plug-ins a process loads. The policy refuses only where a user other than root and the
-// owner of the program could make a process with more rights run code: see docs/security.md.
+// owner of the program could make a process with more rights run code: see docs/security.md. The
+// functions are inline because vexil-complete uses them too, and the library does not export them.
 
 namespace Kestrel::AutoCli {
 
 /// Whether a process with these rights checks a plug-in: all of them with the rights of another
 /// user, those in the default folders as root.
-bool IsTrustRequired(const ProcessRights& rights, bool isInDefaultFolder);
+inline bool IsTrustRequired(const ProcessRights& rights, bool isInDefaultFolder) {
+  return HasForeignRights(rights) || (isInDefaultFolder && rights.effectiveUser == 0);
+}
 
 /// Returns why a file, a folder above it or a symbolic link on its path is not trusted: the end of
 /// a sentence that begins with its path. Nothing when only root and `owner`, the owner of the
@@ -25,6 +28,20 @@ bool IsTrustRequired(const ProcessRights& rights, bool isInDefaultFolder);
 ///
 /// The mode of a link has no meaning. A sticky folder passes, because others cannot remove or
 /// rename what is in it and does not belong to them; what is in it must pass itself.
-std::optional<std::string> FindDistrust(const struct stat& status, uid_t owner);
+inline std::optional<std::string> FindDistrust(const struct stat& status, uid_t owner) {
+  if (status.st_uid != 0 && status.st_uid != owner) {
+    return "belongs to user " + std::to_string(status.st_uid) +
+           ", who is neither root nor the owner of this program";
+  }
+  const bool isSafe =
+      S_ISLNK(status.st_mode) || (S_ISDIR(status.st_mode) && (status.st_mode & S_ISVTX) != 0);
+  if (!isSafe && (status.st_mode & S_IWOTH) != 0) {
+    return "can be written by every user";
+  }
+  if (!isSafe && (status.st_mode & S_IWGRP) != 0) {
+    return "can be written by its group";
+  }
+  return std::nullopt;
+}
 
 }  // namespace Kestrel::AutoCli

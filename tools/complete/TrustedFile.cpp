@@ -9,22 +9,19 @@
 #include <cstdlib>
 #include <memory>
 
+#include "autocli/plugins/TrustPolicy.h"
+
 namespace Kestrel::Complete {
 
 namespace {
 
-bool BelongsToUser(const struct stat& status) {
-  return status.st_uid == 0 || status.st_uid == geteuid();
-}
-
-bool IsWrittenByOwnerOnly(const struct stat& status) {
-  return (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+bool IsTrusted(const struct stat& status) {
+  return !AutoCli::FindDistrust(status, geteuid()).has_value();
 }
 
 bool IsTrustedFolder(const std::string& folder) {
   struct stat status = {};
-  return stat(folder.c_str(), &status) == 0 && BelongsToUser(status) &&
-         (IsWrittenByOwnerOnly(status) || (status.st_mode & S_ISVTX) != 0);
+  return stat(folder.c_str(), &status) == 0 && IsTrusted(status);
 }
 
 bool AreFoldersTrusted(std::string path) {
@@ -52,7 +49,7 @@ bool IsTrustedFile(const std::string& path) {
   const std::unique_ptr<char, Free> real(realpath(path.c_str(), nullptr));
   struct stat status = {};
   return real != nullptr && stat(real.get(), &status) == 0 && S_ISREG(status.st_mode) &&
-         BelongsToUser(status) && IsWrittenByOwnerOnly(status) && AreFoldersTrusted(real.get());
+         IsTrusted(status) && AreFoldersTrusted(real.get());
 }
 
 }  // namespace Kestrel::Complete
