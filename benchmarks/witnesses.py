@@ -31,11 +31,12 @@ IN_NAMESPACE = "--in-namespace"
 
 
 class Row:
-    """A question: the words for the tool, the command line of the witness, and a function that
-    creates the data from the folder to write to and the number of items."""
+    """A question: the words for the tool, the command line of the witness, a function that creates
+    the data from the folder to write to and the number of items, and what is special about them."""
 
-    def __init__(self, command, witness, data=None, sizes=(None,)):
+    def __init__(self, command, witness, data=None, sizes=(None,), note=""):
         self.command, self.witness, self.data, self.sizes = command, witness, data, sizes
+        self.label = command + (f" ({note})" if note else "")
 
 
 def make_lines(folder, count):
@@ -101,6 +102,11 @@ def make_accounts(_folder, count):
         f"user{number}:x:{number}:\n" for number in numbers))
 
 
+def make_accounts_without_groups(folder, count):
+    make_accounts(folder, count)
+    cover("/etc/group", "root:x:0:\n")
+
+
 def make_mounts(folder, count):
     for number in range(count):
         path = os.path.join(folder, f"m{number}")
@@ -157,6 +163,8 @@ ROWS = [
     Row("file members --archive a.tar", "tar -tvf a.tar", make_archive, (10, 100_000)),
     Row("system process list", "ps -ef", make_processes, (10, 1_000)),
     Row("system account list", "getent passwd", make_accounts, (10, 100_000)),
+    Row("system account list", "getent passwd", make_accounts_without_groups, (10, 100_000),
+        "groups missing"),
     Row("system module list", "lsmod"),
     Row("system parameter list", "sysctl -a"),
     Row("system cpu list", "lscpu -e"),
@@ -198,10 +206,10 @@ def measure(row, size, options):
         result = compare(row, options, folder)
         subprocess.run(f"umount {folder}/* 2>/dev/null", shell=True, check=False)
     if result is None:
-        print(f"| {row.command} | {row.witness} | {size or ''} | failed | | |", flush=True)
+        print(f"| {row.label} | {row.witness} | {size or ''} | failed | | |", flush=True)
         return False
     print("| {} | {} | {} | {:.1f} | {:.1f} | {:.2f} |".format(
-        row.command, row.witness, size or "", *result), flush=True)
+        row.label, row.witness, size or "", *result), flush=True)
     return True
 
 
@@ -233,14 +241,14 @@ def main(arguments):
           flush=True)
     left_out = []
     for row in ROWS:
-        if options.names and not any(name in row.command for name in options.names):
+        if options.names and not any(name in row.label for name in options.names):
             continue
         if os.geteuid() != 0 or shutil.which(row.witness.split()[0]) is None:
-            left_out.append(row.command)
+            left_out.append(row.label)
             continue
         for size in row.sizes:
             if not in_namespace(row, size, arguments):
-                left_out.append(row.command)
+                left_out.append(row.label)
     if left_out:
         print("Left out: " + "; ".join(dict.fromkeys(left_out)))
     return 0
