@@ -29,8 +29,9 @@ class IsolatedRun {
   ~IsolatedRun();
 
   /// Returns the next line of the child. Nothing after the last one, and when no line is complete
-  /// within `patience`; see `IsLate`.
-  std::optional<std::string> ReadLine(std::chrono::milliseconds patience);
+  /// within `patience`; see `IsLate`. A child that could not run because the machine is busy gets
+  /// the same time again, `extensions` times at most.
+  std::optional<std::string> ReadLine(std::chrono::milliseconds patience, int extensions = 0);
 
   /// Whether the child was killed, or is going to be killed, because it did not end in time.
   bool IsLate() const { return isLate_; }

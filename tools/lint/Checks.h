@@ -13,6 +13,7 @@
 #include "kestrel/autocli/NamespaceNode.h"
 #include "kestrel/callspec/InputSpec.h"
 #include "kestrel/callspec/OutputSpec.h"
+#include "kestrel/callspec/ParameterSpec.h"
 #include "tools/lint/Document.h"
 #include "tools/lint/FileReport.h"
 
@@ -58,6 +59,10 @@ void InsertNode(const std::string& path, const std::shared_ptr<AutoCli::Namespac
 
 /// Names that cannot be typed, descriptions, constraints.
 void CheckParameters(const CommandParts& command, FileReport& report);
+
+/// Whether there is a constraint that was refused, or one that is misspelt. What depends on it is
+/// not reported.
+bool HasLostConstraint(const CallSpec::ParameterSpec& parameter, const Element& element);
 
 /// The shape of the result, formatters and their parameters.
 void CheckFormats(const CommandParts& command, const Host& host, FileReport& report);

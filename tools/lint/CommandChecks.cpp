@@ -6,59 +6,17 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tools/lint/Checks.h"
+#include "tools/lint/MetaDataRules.h"
 
 namespace Kestrel::Lint {
 
 namespace {
-
-const std::string kComplete = "complete:";
-
-bool StartsWith(const std::string& text, const std::string& prefix) {
-  return text.compare(0, prefix.size(), prefix) == 0;
-}
-
-void CheckCompletion(const Element& entry, const CommandParts& command, FileReport& report) {
-  const std::string parameter = entry.Get("name").substr(kComplete.size());
-  const std::string value = entry.GetContent();
-  std::vector<std::string> names;
-  names.reserve(command.parameters.size());
-  for (const auto& known : command.parameters) {
-    names.push_back(known.first);
-  }
-  if (command.parameters.count(parameter) == 0) {
-    report.Add("meta-data-parameter", entry, "there is no parameter " + Quote(parameter),
-               AdviseNearest(parameter, names, "name a parameter of the command"));
-  }
-  if (value != "file" && value != "directory" && value.find(' ') == std::string::npos) {
-    report.Add("meta-data-value", entry, Quote(value) + " says nothing about completion",
-               "write 'file', 'directory', or a command, a space and a field of its result");
-  }
-}
-
-void CheckEntry(const Element& entry, const CommandParts& command, FileReport& report) {
-  const std::string& name = entry.Get("name");
-  const std::string value = entry.GetContent();
-  const std::string prefix = name.substr(0, name.find(':') + 1);
-  if (name == "changes") {
-    if (value != "true" && value != "false") {
-      report.Add("meta-data-value", entry, Quote(value) + " is neither 'true' nor 'false'",
-                 "write 'true' if the command changes something");
-    }
-  } else if (StartsWith(name, kComplete)) {
-    CheckCompletion(entry, command, report);
-  } else if (!FindNearest(prefix, {kComplete}).empty()) {
-    report.Add("meta-data-key", entry, Quote(name) + " has no meaning",
-               "write 'complete:' before the parameter");
-  } else if (!FindNearest(name, {"changes"}).empty()) {
-    report.Add("meta-data-key", entry, Quote(name) + " has no meaning", "write 'changes'");
-  }
-}
 
 // The first word of a shell command, without its quotes; empty when it is more than a path.
 std::string FirstWord(const std::string& command) {
@@ -82,15 +40,19 @@ void CheckMetaData(const CommandParts& command, FileReport& report) {
   if (metaData == nullptr) {
     return;
   }
-  std::vector<std::string> seen;
-  for (const Element* entry : metaData->FindAll("meta-data-entry")) {
-    const std::string& name = entry->Get("name");
-    if (std::find(seen.begin(), seen.end(), name) != seen.end()) {
-      report.Add("meta-data-twice", *entry, "only the last entry " + Quote(name) + " counts",
-                 "remove one of them");
-    }
-    seen.push_back(name);
-    CheckEntry(*entry, command, report);
+  const std::vector<const Element*> elements = metaData->FindAll("meta-data-entry");
+  std::vector<std::pair<std::string, std::string>> entries;
+  entries.reserve(elements.size());
+  for (const Element* entry : elements) {
+    entries.emplace_back(entry->Get("name"), entry->GetContent());
+  }
+  std::vector<std::string> parameters;
+  parameters.reserve(command.parameters.size());
+  for (const auto& parameter : command.parameters) {
+    parameters.push_back(parameter.first);
+  }
+  for (const MetaDataFault& fault : FindMetaDataFaults(entries, parameters)) {
+    report.Add(fault.rule, *elements[fault.entry], fault.what, fault.advice);
   }
 }
 

@@ -111,8 +111,8 @@ class Linter {
       CheckParameters(command, report);
       CheckFormats(command, host_, report);
       CheckMetaData(command, report);
-      CheckScript(command, report);
       CheckTemplates(document, command, report);
+      CheckScript(command, report);
     }
     CheckSuppressions(document, report);
   }

@@ -168,13 +168,25 @@ void RemoveConstraints(xmlNode* copy) { RemoveChildren(copy, "constraint"); }
 
 void RemoveAttribute(xmlNode* copy, const char* name) { xmlUnsetProp(copy, AsXml(name)); }
 
+// A type that the constraint is for, so that the constraint is not reported too.
+void SetFittingType(xmlNode* copy) {
+  const char* type = "string";
+  for (xmlNode* child = copy->children; child != nullptr; child = child->next) {
+    const std::string constraint = AutoCli::XmlUtil_ExtractAttribute(child, "type");
+    if (constraint == "range" || constraint == "intenum") {
+      type = "int";
+    }
+  }
+  SetAttribute(copy, "type", type);
+}
+
 constexpr const char* kAddOrCorrect = "add or correct it";
 
 constexpr ParameterFault kParameterFaults[] = {
     {"Missing required attribute: 'name'", "attribute-missing", nullptr, "add it",
      [](xmlNode* copy) { SetAttribute(copy, "name", "no-name"); }},
     {"Missing or invalid required attribute: 'type'", "parameter-type", nullptr, kAddOrCorrect,
-     [](xmlNode* copy) { SetAttribute(copy, "type", "string"); }},
+     SetFittingType},
     {"Missing or invalid 'required'", "parameter-required", nullptr, kAddOrCorrect,
      [](xmlNode* copy) { SetAttribute(copy, "required", "true"); }},
     {"Missing command description", "element-missing", nullptr, "add a description",

@@ -3,8 +3,14 @@
 
 #include "tools/lint/ObjectExaminer.h"
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
 #include <exception>
 #include <fstream>
 #include <iterator>
@@ -14,20 +20,27 @@
 #include <utility>
 
 #include "kestrel/KestrelException.h"
+#include "kestrel/autocli/Command.h"
+#include "kestrel/autocli/CommandInput.h"
+#include "kestrel/autocli/CommandOutput.h"
 #include "kestrel/autocli/CommandSpec.h"
 #include "kestrel/autocli/Dispatcher.h"
+#include "kestrel/autocli/FormatParameters.h"
 #include "kestrel/autocli/Formatter.h"
 #include "kestrel/autocli/OptionParser.h"
 #include "kestrel/autocli/RootNamespace.h"
 #include "kestrel/callspec/Input.h"
 #include "kestrel/callspec/InputSpec.h"
 #include "kestrel/callspec/Output.h"
-#include "kestrel/callspec/ParameterConstraint.h"
+#include "kestrel/callspec/OutputSpec.h"
 #include "kestrel/callspec/ParameterSpec.h"
 #include "tools/catalog/ReadTree.h"
 #include "tools/isolation/PluginFaults.h"
 #include "tools/lint/FileReport.h"
-#include "tools/lint/Language.h"
+#include "tools/lint/FormatRules.h"
+#include "tools/lint/InputProbe.h"
+#include "tools/lint/MetaDataRules.h"
+#include "tools/lint/ParameterRules.h"
 #include "vexil/FindNode.h"
 #include "vexil/formats/FormatsPlugin.h"
 
@@ -128,7 +141,8 @@ ObjectFault DescribeRefusal(const std::string& file, const std::string& text) {
                                   ", after including kestrel/autocli/PluginEntryPoint.h"
                             : "rename " + similar.front() + " to " + kEntryPoint};
   }
-  if (Contains(text, "already registered") || Contains(text, "Duplicate top-level")) {
+  if (Contains(text, "already registered") || Contains(text, "Duplicate top-level") ||
+      Contains(text, "Duplicate registration")) {
     return {"path-duplicate", what, "use another path, or the same description"};
   }
   return {"object-refused", what, "correct what it names"};
@@ -137,8 +151,9 @@ ObjectFault DescribeRefusal(const std::string& file, const std::string& text) {
 /// Examines one command of a shared object.
 class CommandExaminer {
  public:
-  CommandExaminer(CommandSpec& command, std::string path, const ObjectExaminer::Report& report)
-      : command_(command), path_(std::move(path)), report_(report) {}
+  CommandExaminer(CommandSpec& command, std::string path, const Dispatcher& dispatcher,
+                  const ObjectExaminer::Report& report)
+      : command_(command), path_(std::move(path)), dispatcher_(dispatcher), report_(report) {}
 
   void Run() {
     if (command_.GetDescription().empty()) {
@@ -146,9 +161,12 @@ class CommandExaminer {
     }
     const auto input = command_.GetInputSpec();
     for (const auto& parameter : input->GetParameters()) {
-      CheckParameter(*parameter);
+      if (parameter->GetName() != "help") {  // the library adds it
+        CheckParameter(*parameter);
+      }
     }
-    CheckFormatter();
+    CheckMetaData();
+    CheckFormat();
     for (const auto& [arguments, description] : command_.GetExamples()) {
       CheckExample(arguments);
     }
@@ -160,54 +178,34 @@ class CommandExaminer {
   }
 
   void CheckParameter(const ParameterSpec& parameter) {
-    const std::string name = "--" + parameter.GetName();
-    const std::string shown = parameter.GetDescription(true);
-    if (shown.empty()) {
-      Add("description-missing", name + " has no description", "say what it is");
-    }
-    for (const char* marker : {"%ENUM%", "%REGEX%", "%FULLENUM%"}) {
-      if (Contains(shown, marker)) {
-        Add("description-marker", "the description of " + name + " shows " + marker + " unchanged",
-            "set a constraint, or remove the marker");
-      }
-    }
-    const auto& constraint = parameter.GetConstraint();
-    if (constraint != nullptr && constraint->GetType() == CallSpec::StringRegex) {
-      CheckExpression(name, constraint->GetStringRegex(), *constraint);
-    } else if (constraint != nullptr && IsEmptyEnumeration(*constraint)) {
-      Add("constraint-nothing", "the enumeration of " + name + " is empty", "add values");
+    for (const ParameterFault& fault : FindParameterFaults(parameter)) {
+      Add(fault.rule, "--" + parameter.GetName() + ": " + fault.what, fault.advice);
     }
   }
 
-  static bool IsEmptyEnumeration(const CallSpec::ParameterConstraint& constraint) {
-    return (constraint.GetType() == CallSpec::IntEnum && constraint.GetIntEnum().empty()) ||
-           (constraint.GetType() == CallSpec::StringEnum && constraint.GetStringEnum().empty());
-  }
-
-  void CheckExpression(const std::string& name, const std::string& text,
-                       const CallSpec::ParameterConstraint& constraint) {
-    try {
-      constraint.Validate("", name, CallSpec::Output::New());
-    } catch (const std::exception& error) {
-      Add("regex-invalid", "the expression of " + name + " does not compile: " + error.what(),
-          "correct it");
-      return;
+  void CheckMetaData() {
+    const auto& entries = command_.GetMetaData();
+    std::vector<std::string> names;
+    for (const auto& parameter : command_.GetInputSpec()->GetParameters()) {
+      names.push_back(parameter->GetName());
     }
-    const std::optional<Language> language = Language::Parse(text);
-    if (language && language->IsEmpty()) {
-      Add("constraint-nothing", "no value matches the expression of " + name, "correct it");
-    } else if (language && language->IsExponential()) {
-      Add("regex-exponential", "the expression of " + name + " takes exponential time",
-          "write it without a repeat in a repeat");
+    for (const MetaDataFault& fault : FindMetaDataFaults({entries.begin(), entries.end()}, names)) {
+      Add(fault.rule, "meta-data: " + fault.what, fault.advice);
     }
   }
 
-  void CheckFormatter() {
-    const std::string formatter = command_.GetDefaultOutputFormatParameters().GetFormatter();
-    const Dispatcher* const dispatcher = command_.GetDispatcher();
-    if (!formatter.empty() && dispatcher != nullptr && !dispatcher->HasFormatter(formatter)) {
-      Add("formatter-unknown", "there is no formatter " + Quote(formatter),
-          "use one that 'vexil --help' lists");
+  void CheckFormat() {
+    const AutoCli::FormatParameters& format = command_.GetDefaultOutputFormatParameters();
+    const auto& parameters = format.GetParameters();
+    const FormatDeclaration declaration{format.GetFormatter(),
+                                        {parameters.begin(), parameters.end()},
+                                        command_.GetOutputSpec()->GetRootObject()};
+    if (declaration.root == nullptr) {
+      Add("shape-missing", "no result is declared, so every result is rejected",
+          "declare the shape of the result by a sample of it");
+    }
+    for (const FormatFault& fault : FindFormatFaults(declaration, dispatcher_, {})) {
+      Add(fault.rule, fault.what, fault.advice);
     }
   }
 
@@ -218,7 +216,7 @@ class CommandExaminer {
     words.insert(words.end(), typed.begin(), typed.end());
     parser.ParseVector(std::move(words));
     parser.SetInputSpec(command_.GetInputSpec());
-    const auto input = CallSpec::Input::New();
+    const auto input = AutoCli::CommandInput::New();
     for (const auto& [name, value] : parser.GetCommandParameters()) {
       input->AddParameter(name, value);
     }
@@ -231,11 +229,61 @@ class CommandExaminer {
     if (!errors.empty()) {
       Add("example-invalid", "the example " + Quote(arguments) + " is refused: " + errors.front(),
           "correct the example");
+    } else if (OnlyReports()) {
+      RunApart(arguments, input);
+    }
+  }
+
+  // A command that does not say that it changes nothing never runs here.
+  bool OnlyReports() const {
+    const auto found = command_.GetMetaData().find("changes");
+    return found != command_.GetMetaData().end() && found->second == "false";
+  }
+
+  // Runs the example in a process of its own, which may take a second: what it waits for may not be
+  // on this machine.
+  void RunApart(const std::string& arguments, const std::shared_ptr<CallSpec::Input>& input) {
+    const pid_t id = fork();
+    if (id == 0) {
+      alarm(1);
+      Run(input);
+      _exit(EXIT_SUCCESS);
+    }
+    int status = 0;
+    while (id > 0 && waitpid(id, &status, 0) < 0 && errno == EINTR) {
+    }
+    if (id > 0 && WIFSIGNALED(status) && WTERMSIG(status) != SIGALRM) {
+      Add("object-crash",
+          "the example " + Quote(arguments) + " ends by signal " + std::to_string(WTERMSIG(status)),
+          "run the tool with the plug-in in a debugger");
+    }
+  }
+
+  void Run(const std::shared_ptr<CallSpec::Input>& input) {
+    const auto command = dynamic_cast<AutoCli::Command*>(&command_);
+    if (command == nullptr) {
+      return;
+    }
+    try {
+      command->Execute(input, AutoCli::CommandOutput::New());
+    } catch (...) {
+      Add("object-exception",
+          "it throws " + Isolation::DescribeForeignException().value_or("") + " in a call",
+          "throw KestrelException");
+    }
+    std::set<std::string> reported;
+    for (const Misreading& each : TakeMisreadings()) {
+      if (reported.insert(each.parameter).second) {
+        Add("parameter-misread",
+            "--" + each.parameter + " is read by " + each.function + ", which is for another type",
+            "use the function for its type, or declare that type");
+      }
     }
   }
 
   CommandSpec& command_;
   const std::string path_;
+  const Dispatcher& dispatcher_;
   const ObjectExaminer::Report& report_;
 };
 
@@ -286,15 +334,16 @@ void ObjectExaminer::Examine(const Dispatcher& dispatcher, const Catalog::Tree& 
   for (const Catalog::Command& declared : tree.commands) {
     const auto node = Vexil::FindNode(dispatcher.GetRootNamespace(), SplitWords(declared.path));
     if (const auto command = std::dynamic_pointer_cast<CommandSpec>(node)) {
-      Examine(*command, declared.path);
+      Examine(*command, declared.path, dispatcher);
     }
   }
 }
 
-void ObjectExaminer::Examine(CommandSpec& command, const std::string& path) {
+void ObjectExaminer::Examine(CommandSpec& command, const std::string& path,
+                             const Dispatcher& dispatcher) {
   enter_("vexil " + path);
   try {
-    CommandExaminer(command, path, report_).Run();
+    CommandExaminer(command, path, dispatcher, report_).Run();
   } catch (const std::exception& error) {
     report_({"object-declaration", "vexil " + path + ": it throws: " + error.what(),
              "correct the declaration"});

@@ -35,7 +35,8 @@ class ObjectExaminer {
  private:
   void Load(AutoCli::Dispatcher& dispatcher, const std::string& file);
   void Examine(const AutoCli::Dispatcher& dispatcher, const Catalog::Tree& tree);
-  void Examine(AutoCli::CommandSpec& command, const std::string& path);
+  void Examine(AutoCli::CommandSpec& command, const std::string& path,
+               const AutoCli::Dispatcher& dispatcher);
 
   Enter enter_;
   Report report_;

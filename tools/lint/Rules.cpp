@@ -175,6 +175,11 @@ const std::vector<Rule>& GetRules() {
        "The shared object needs a symbol that nothing defines. Link the library that does."},
       {"parameter-duplicate", kError,
        "Two parameters of a command have one name. The loader skips the whole descriptor."},
+      {"parameter-misread", kError,
+       "A command reads a parameter by a function for another type, such as a string by\n"
+       "GetParameterInt, which returns -1 without a message. It is found when an example of a "
+       "command\n"
+       "with the meta-data 'changes' = 'false' runs."},
       {"parameter-name", kError,
        "The name of a parameter has at least two characters: lower-case letters, digits and '-'.\n"
        "The loader skips the whole descriptor."},

@@ -37,8 +37,9 @@ bool IsKeyword(const std::string& word) {
       word, {"if", "then", "else", "elif", "fi", "while", "until", "do", "done", "!", "{", "}"});
 }
 
-bool IsOutOfReach(const std::string& word) {
-  return IsOneOf(word, {"case", "esac", "function", "select", "[[", "coproc", "time"});
+bool IsOutOfReach(const std::string& word, Shell shell) {
+  return IsOneOf(word, {"case", "esac"}) ||
+         (shell == Shell::Bash && IsOneOf(word, {"function", "select", "[[", "coproc", "time"}));
 }
 
 bool IsAssignment(const RawWord& word) {
@@ -195,6 +196,7 @@ class Reader {
     // An operator needs a command before it.
     Fail(c != '\n' && !command_ && !hasAssignment_ && !isAfterSubshell_);
     isAfterSubshell_ = false;
+    isClosed_ = false;
     hasAssignment_ = false;
     BeginCommand();
   }
@@ -210,6 +212,7 @@ class Reader {
     }
     ReadNested(1);
     isAfterSubshell_ = true;
+    isClosed_ = true;
   }
 
   // Reads a list in parentheses, the first byte of which is `ahead` bytes away.
@@ -255,22 +258,23 @@ class Reader {
       return;  // the number of a file descriptor
     }
     if (isFollowedByCommand_ && IsUnquoted(word)) {
-      if (IsOutOfReach(text)) {
+      if (IsOutOfReach(text, shell_)) {
         GiveUp();
         return;
       }
       if (IsKeyword(text)) {
+        isClosed_ = false;
         openBraces_ += text == "{" ? 1 : text == "}" ? -1 : 0;
         Fail(openBraces_ < 0);
         isAfterSubshell_ = true;  // nothing is missing before an operator
         return;
       }
     }
+    Fail(isClosed_);
     if (isFollowedByCommand_ && IsAssignment(word)) {
       hasAssignment_ = true;
       return;
     }
-    Fail(isAfterSubshell_ && !command_ && !isFollowedByCommand_);
     AddWords(word);
   }
 
@@ -449,6 +453,7 @@ class Reader {
   bool isFollowedByCommand_ = true;
   bool hasAssignment_ = false;
   bool isAfterSubshell_ = false;
+  bool isClosed_ = false;  // a ")" ends the command, and no word can follow it
   int openBraces_ = 0;
 };
 

@@ -173,7 +173,8 @@ class TemplateCheck {
     const Injection injection(execute.GetContent(), command_.input);
     std::set<std::string> done;
     for (const Marker& marker : list.markers) {
-      if (marker.kind != Marker::Kind::Conditional && done.insert(marker.name).second) {
+      if (marker.kind != Marker::Kind::Conditional && done.insert(marker.name).second &&
+          !HasLostConstraint(*parameters_.at(marker.name), *command_.parameters.at(marker.name))) {
         const Verdict verdict = injection.Judge(marker.name);
         Report(execute, marker, verdict);
         if (verdict.isUnknown) {

@@ -67,6 +67,16 @@ TEST(LintTest, QuotesWhatTheLoaderSaysAboutEveryBrokenDescriptor) {
   }
 }
 
+TEST(LintTest, ReportsWhatTheLoaderRefusesInAFileThatIsNotExamined) {
+  const ScopedTempDir folder;
+  const std::string file = folder.Write(
+      "a.xml", "<!DOCTYPE x [<!ENTITY v '1.0'>]>\n<x><version>&v;</version><commands/></x>");
+  const LintResult result = LintFiles({file}, {});
+  EXPECT_THAT(RulesOf(result), ElementsAre("document-type", "refused"));
+  EXPECT_EQ(result.findings[1].position.line, 1U);
+  EXPECT_THAT(result.findings[1].message, HasSubstr("Unknown vexil extention version."));
+}
+
 TEST(LintTest, ReportsTwoFaultsOfOneParameterInOnePass) {
   const std::string path =
       Testing::GetBrokenDescriptorFolder() + "/two-faults-type-and-required.xml";
@@ -113,6 +123,20 @@ TEST(LintTest, DoesNotCountNotes) {
   const LintResult result = LintFiles({path}, {});
   EXPECT_THAT(result.findings, SizeIs(1));
   EXPECT_EQ(StatusOf(result), 0);
+}
+
+TEST(LintTest, ExaminesTheTemplateOfAScriptToo) {
+  const ScopedTempDir folder;
+  const std::string file = folder.Write(
+      "a.xml",
+      Descriptor(NamespaceAt("one"),
+                 "<command path='one.go'><description>Go.</description><input-spec>"
+                 "<parameter name='name' type='int' required='true'><description>A number."
+                 "</description></parameter></input-spec><output-spec><string/></output-spec>"
+                 "<format-parameters><formatter>simple</formatter></format-parameters>"
+                 "<execute>./go --n=$val{name}</execute></command>"));
+  EXPECT_THAT(RulesOf(LintFiles({file}, {})),
+              ElementsAre("script-relative", "unsafe-option", "unsafe-word"));
 }
 
 TEST(LintTest, SuppressesWhatACommentWithAReasonNames) {

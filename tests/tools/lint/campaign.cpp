@@ -115,9 +115,11 @@ class Laboratory {
   Observation Read() const {
     Observation seen;
     const std::string errors = scratch_.Read("errors");
-    // A shell looks for a command of another name, or finds that the name is empty.
+    // A shell looks for a command of another name, finds that the name is empty, or has it built
+    // in.
     seen.runsCommand = errors.find("not found") != std::string::npos ||
-                       errors.find("Permission denied") != std::string::npos;
+                       errors.find("Permission denied") != std::string::npos ||
+                       errors.find("[: missing") != std::string::npos;
     const std::string text = scratch_.Read("words");
     std::vector<std::string> words;
     for (std::size_t begin = 0; begin < text.size();) {
@@ -157,13 +159,14 @@ class Laboratory {
     return isCreated;
   }
 
-  // A name that the pattern matches, with `c` for each "?".
+  // A name that the pattern matches, with `c` for each "?"; a "-" only for the first one, because
+  // "--" is not an option.
   static std::string Match(const std::string& pattern, char c) {
     std::string name;
     for (std::size_t i = 0; i < pattern.size(); ++i) {
       const std::size_t end = pattern[i] == '[' ? pattern.find(']', i + 2) : std::string::npos;
       if (pattern[i] == '?') {
-        name += c;
+        name += c == '-' && i > 0 ? 'p' : c;
       } else if (end != std::string::npos) {
         const std::string inside = pattern.substr(i + 1, end - i - 1);
         const bool isFirst = c == 'p' || (c == '-' && inside.find('-') == std::string::npos);

@@ -3,18 +3,23 @@
 # SPDX-License-Identifier: Apache-2.0
 """Checks the program vexil-lint: its options, its status, and that our own plug-ins are clean.
 
-    check_program.py PROGRAM FOLDER...
+    check_program.py PROGRAM GUIDES FOLDER...
 
-There must be no finding at all in any FOLDER of plug-ins.
+There must be no finding at all in any FOLDER of plug-ins, nor in the descriptors that the pages in
+GUIDES save, except those on the pages of mistakes.
 """
 
+import glob
 import json
 import os
+import re
 import subprocess
 import sys
 import tempfile
 
 BAD = "<x><version>1</version></x>"
+PAGES_OF_MISTAKES = ("linting.md", "schemas.md")
+BLOCK = re.compile(r"^```xml save=(\S+)\n(.*?)^```$", re.MULTILINE | re.DOTALL)
 
 
 class Checker:
@@ -80,6 +85,22 @@ class Checker:
         done = self.run(*reversed(folders))
         self.expect(done.returncode == 0 and done.stdout == "", done.stdout)
 
+    def check_guides(self, pages, plugins, folder):
+        examined = 0
+        for page in sorted(glob.glob(os.path.join(pages, "*.md"))):
+            with open(page, encoding="utf-8") as file:
+                blocks = BLOCK.findall(file.read())
+            for name, block in blocks:
+                if "<commands>" not in block or os.path.basename(page) in PAGES_OF_MISTAKES:
+                    continue
+                path = os.path.join(folder, name)
+                with open(path, "w", encoding="utf-8") as file:
+                    file.write(block)
+                done = self.run(*plugins, path)
+                self.expect(done.returncode == 0 and done.stdout == "", f"{page}: {done.stdout}")
+                examined += 1
+        self.expect(examined >= 3, f"only {examined} descriptors in the guides")
+
 
 def main():
     checker = Checker(sys.argv[1])
@@ -87,7 +108,8 @@ def main():
     checker.check_mistakes()
     with tempfile.TemporaryDirectory() as folder:
         checker.check_statuses(folder)
-    for folder in sys.argv[2:]:
+        checker.check_guides(sys.argv[2], sys.argv[3:], folder)
+    for folder in sys.argv[3:]:
         checker.check_clean([folder])
     return 1 if checker.failures else 0
 
