@@ -12,6 +12,7 @@ function(kestrel_add_manual_page page component)
 endfunction()
 
 foreach(page vexil.1 vexil-complete.1 vexil-doctor.1 vexil-explain.1 vexil-fleet.1 vexil-lint.1
+             vexil-newplugin.1
              vexil-descriptor.5 vexil-template.5 vexil-formats.7)
   kestrel_add_manual_page(${page} tool)
 endforeach()

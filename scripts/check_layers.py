@@ -53,6 +53,7 @@ LAYERS = [
     ["plugins/vexil"],
     ["tools/complete"],
     ["tools/fleet/rows"],
+    ["tools/newplugin/templates/native"],
     ["tools/isolation"],
     ["tools/lint"],
     ["tools/doctor"],

@@ -31,7 +31,7 @@ from check_examples import ROOT, Workplace, commands_of, matches  # noqa: E402
 
 MAX_WIDTH = 80
 FAULTY_XR = re.compile(r".*referenced manual not found: Xr (\S+) (\d)")
-VARIABLE = re.compile(r'getenv\("(\w+)"\)')
+VARIABLE = re.compile(r'(?:getenv|environ\.get)\("(\w+)"\)')
 PASSED_ON = re.compile(r"kPassedOn\[\] = \{(.*?)\}", re.DOTALL)
 FILE_NAME = re.compile(r"\b[\w-]+\.(?:xml|cpp|json|txt)\b")
 # The folders of each program's own sources; every other program is in tools/ under its last name.
@@ -161,7 +161,8 @@ class Checker:
         folders = SOURCES.get(page.name, ["tools/" + page.name.split("-", 1)[-1]])
         variables = set()
         for folder in folders:
-            for path in glob.glob(os.path.join(ROOT, folder, "**", "*.cpp"), recursive=True):
+            for path in glob.glob(os.path.join(ROOT, folder, "**", "*.cpp"), recursive=True) + \
+                    glob.glob(os.path.join(ROOT, folder, "*.py.in")):
                 with open(path, encoding="utf-8") as file:
                     source = file.read()
                 variables |= set(VARIABLE.findall(source))

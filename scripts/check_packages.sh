@@ -115,7 +115,8 @@ check_contents() {
     '/usr/share/man/man1/vexil\.1\.gz' '/usr/share/man/man5/vexil-descriptor\.5\.gz'
   contains vexil-tools '/usr/bin/vexil-fleet' '/usr/share/kestrel/fleet/vexil_fleet/main\.py' \
     "/usr/lib/$multiarch/kestrel/fleet-rows\.so" '/usr/share/man/man1/vexil-fleet\.1\.gz' \
-    '/usr/share/bash-completion/completions/vexil-fleet' \
+    '/usr/share/bash-completion/completions/vexil-fleet' '/usr/bin/vexil-newplugin' \
+    '/usr/share/kestrel/newplugin/native/Plugin\.cpp' '/usr/share/xml/kestrel/catalog\.xml' \
     '/usr/share/ansible/collections/ansible_collections/kestrel/vexil/plugins/modules/command\.py'
   contains kestrel-doc '/usr/share/doc/.*/command-line\.md(\.gz)?' \
     '/usr/share/doc/.*/reference/index\.html' '/usr/share/doc-base/.*kestrel.*'
