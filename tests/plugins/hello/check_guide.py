@@ -13,8 +13,10 @@ import re
 import sys
 
 
-def quoted(guide, language):
-    blocks = re.findall(rf"^```{language}\b[^\n]*\n(.*?)^```$", guide, re.MULTILINE | re.DOTALL)
+def quoted(guide, language, path):
+    """The blocks of the guide that are marked with this path, one after the other."""
+    blocks = re.findall(rf"^```{language} file={re.escape(path)}\n(.*?)^```$", guide,
+                        re.MULTILINE | re.DOTALL)
     return "".join(blocks)
 
 
@@ -30,9 +32,10 @@ def main(guide_path, folder):
         path = os.path.join(folder, name)
         with open(path, encoding="utf-8") as file:
             text = without_licence(file.read())
-        lines = list(difflib.unified_diff(text.splitlines(), quoted(guide, language).splitlines(),
-                                          path, guide_path, lineterm=""))
-        differs = differs or bool(lines) or quoted(guide, language) != text
+        blocks = quoted(guide, language, path)
+        lines = list(difflib.unified_diff(text.splitlines(), blocks.splitlines(), path, guide_path,
+                                          lineterm=""))
+        differs = differs or bool(lines) or blocks != text
         print("\n".join(lines or [f"{path}: quoted whole"]))
     return 1 if differs else 0
 
