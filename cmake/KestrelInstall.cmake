@@ -10,6 +10,10 @@ install(TARGETS kestrel EXPORT KestrelTargets
   FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
+list(TRANSFORM KESTREL_TEST_ADAPTERS PREPEND include/)
+install(FILES ${KESTREL_TEST_ADAPTERS}
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kestrel/testing COMPONENT development)
+
 # The tool finds the library relative to itself, so the installed tree can be moved.
 file(RELATIVE_PATH from_bin_to_lib ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
 set_target_properties(vexil PROPERTIES INSTALL_RPATH "$ORIGIN/${from_bin_to_lib}")

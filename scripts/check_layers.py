@@ -71,6 +71,15 @@ HEADERS_WITHOUT_A_SOURCE = {
     "include/kestrel/Version.h.in": "metaobj",
     "include/kestrel/autocli/DisplayContext.h": "autocli/formatters",
     "include/kestrel/autocli/FormatterParam.h": "autocli/formatters",
+    "include/kestrel/testing/Catch2.h": "autocli/dispatch",
+    "include/kestrel/testing/GoogleTest.h": "autocli/dispatch",
+    "include/kestrel/testing/Golden.h": "autocli/dispatch",
+    "include/kestrel/testing/Verdict.h": "autocli/dispatch",
+}
+# The test frameworks that public headers may include.
+FRAMEWORKS = {
+    "include/kestrel/testing/Catch2.h": "catch2/",
+    "include/kestrel/testing/GoogleTest.h": "gtest/",
 }
 
 # Headers for users, with the only sources of the library that may include each.
@@ -232,6 +241,8 @@ def library_problems(tree, path, text, target):
         if text.startswith(start) and tree.layer_of(path) not in layers + ["platform"]:
             yield f"{path}: includes {text}, which is reserved for: {', '.join(layers)}"
     if not path.startswith(PUBLIC):
+        return
+    if target is None and text.startswith(FRAMEWORKS.get(path, "\n")):
         return
     if target is None and text not in STANDARD_HEADERS:
         yield f"{path}: a public header includes {text}, which is not of the standard library"

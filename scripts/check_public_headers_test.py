@@ -46,6 +46,11 @@ class CheckPublicHeadersTest(unittest.TestCase):
             ["kestrel/kestrel.h", "kestrel/Version.h"],
             {"kestrel/kestrel.h": "", "kestrel/Version.h": ""}))
 
+    def test_accepts_that_the_test_kit_is_included_by_name_only(self):
+        self.assertEqual([], self.problems_of(
+            ["kestrel/kestrel.h", "kestrel/testing/CommandRun.h"],
+            {"kestrel/kestrel.h": "", "kestrel/testing/CommandRun.h": ""}))
+
 
 if __name__ == "__main__":
     unittest.main()

@@ -12,9 +12,11 @@
 #include <sstream>
 #include <string>
 
-#include "kestrel/autocli/OptionParser.h"
 #include "kestrel/callspec/ParameterSpec.h"
+#include "kestrel/testing/CommandRun.h"
+#include "kestrel/testing/GoogleTest.h"
 #include "plugins/host/support/HostCall.h"
+#include "plugins/host/support/HostTool.h"
 #include "support/StreamCapture.h"
 
 // Properties of every command of the plug-in.
@@ -103,16 +105,10 @@ std::pair<std::string, std::string> SplitKey(const std::string& key) {
           point == std::string::npos ? "" : qualifier.substr(point + 1)};
 }
 
-// Returns parameters with which a command without required ones succeeds on any host, even on one
+// Returns a line with which a command without required parameters succeeds on any host, even on one
 // without a journal.
-Parameters ParametersFor(const std::string& path) {
-  return path == "log list" ? Parameters{{"file", "/etc/passwd"}} : Parameters();
-}
-
-bool Changes(const Command& command) {
-  const auto& metaData = command.GetMetaData();
-  const auto changes = metaData.find("changes");
-  return changes != metaData.end() && changes->second == "true";
+Words LineFor(const std::string& path) {
+  return SplitShellWords(path == "log list" ? "log list --file=/etc/passwd" : path);
 }
 
 // Whether this user may read the data that the command lists.
@@ -194,26 +190,23 @@ TEST(HostPluginTest, DefaultFormatsNameExistingFields) {
 }
 
 TEST(HostPluginTest, EveryExampleIsAValidCall) {
+  std::string typed;
   for (const auto& [path, command] : GetCommands()) {
     EXPECT_THAT(command->GetExamples(), Not(IsEmpty())) << path;
     for (const auto& [arguments, description] : command->GetExamples()) {
       EXPECT_THAT(description, Not(IsEmpty())) << path;
-      const ScopedInput secrets("secret\n");
-      const StreamCapture prompt(STDOUT_FILENO);
-      AutoCli::OptionParser parser;
-      parser.ParseString(path + " " + arguments);
-      parser.SetInputSpec(command->GetInputSpec());
-      auto input = CallSpec::Input::New();
-      for (const auto& [name, values] : parser.GetCommandParameters()) {
-        input->AddParameter(name, values);
-      }
-      EXPECT_THAT(parser.GetParseErrors(), IsEmpty()) << path << " " << arguments;
-      input->SetInputSpec(command->GetInputSpec());
-      const auto output = CallSpec::Output::New();
-      command->GetInputSpec()->Validate(input, output);
-      EXPECT_THAT(output->GetErrors(), IsEmpty()) << path << " " << arguments;
+      typed += "secret\n";
     }
   }
+  const ScopedInput secrets(typed);
+  const StreamCapture prompt(STDOUT_FILENO);
+  EXPECT_TRUE(Passes(CheckExamples(GetTool())));
+}
+
+// Each of them selects what is listed, by a value that may be anything.
+TEST(HostPluginTest, TreatsHostileValuesAsData) {
+  EXPECT_TRUE(Passes(RunHostileValues(GetTool(), "system module check")));
+  EXPECT_TRUE(Passes(RunHostileValues(GetTool(), "system session list")));
 }
 
 TEST(HostPluginTest, EveryCommandHasAHelpPage) {
@@ -242,9 +235,9 @@ TEST(HostPluginTest, EveryCommandThatNeedsNoParameterAnswersInItsDeclaredShape) 
     const bool isReady = std::none_of(parameters.begin(), parameters.end(),
                                       [](const auto& spec) { return spec->IsRequired(); });
     if (isReady && !Changes(*command) && CanAnswer(path)) {
-      const CommandResult result = Call(path, ParametersFor(path));
-      EXPECT_THAT(result.GetErrors(), IsEmpty()) << path;
-      EXPECT_NE(result.output->GetRootObject(), nullptr) << path;
+      const CommandRun run = GetTool().Run(LineFor(path));
+      EXPECT_TRUE(Passes(CheckShape(run))) << path;
+      EXPECT_NE(run.Result(), nullptr) << path;
       ++called;
     }
   }
@@ -265,7 +258,7 @@ TEST(HostPluginTest, HeadersOfTablesFitAScreenOf80Columns) {
                                       [](const auto& spec) { return spec->IsRequired(); });
     if (isReady && !Changes(*command) && CanAnswer(path) &&
         command->GetDefaultOutputFormatParameters().GetFormatter() == "table") {
-      const std::string text = Print(path, ParametersFor(path), 80);
+      const std::string text = Printed(GetTool().Run(LineFor(path)), "", {}, 80);
       EXPECT_LE(text.find('\n'), 80u) << path;
     }
   }

@@ -8,21 +8,20 @@
 #include <sstream>
 
 #include "kestrel/metaobj/MetaInt.h"
+#include "plugins/host/support/HostTool.h"
 
 namespace Kestrel::Testing {
 
 using MetaObj::MetaInt;
 using MetaObj::MetaStruct;
 
-AutoCli::Dispatcher& GetDispatcher() {
+const TestTool& GetTool() {
   // Never destroyed: the static objects of the plug-in are destroyed before those of this program.
-  static AutoCli::Dispatcher& dispatcher = [] {
-    auto* const made = new AutoCli::Dispatcher();
-    made->AddPlugin(KESTREL_HOST_PLUGIN);
-    return std::ref(*made);
-  }();
-  return dispatcher;
+  static const TestTool& tool = *new TestTool(KESTREL_HOST_PLUGIN);
+  return tool;
 }
+
+AutoCli::Dispatcher& GetDispatcher() { return GetTool().GetDispatcher(); }
 
 std::string Print(const std::string& path, const Parameters& parameters, unsigned short width) {
   const CommandResult result = Call(path, parameters);

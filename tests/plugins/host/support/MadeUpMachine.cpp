@@ -8,8 +8,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "kestrel/autocli/OptionParser.h"
-#include "plugins/host/support/HostCall.h"
+#include "kestrel/testing/CommandRun.h"
+#include "kestrel/testing/GoogleTest.h"
+#include "plugins/host/support/HostTool.h"
 #include "plugins/host/support/Namespaces.h"
 #include "support/Sanitizer.h"
 
@@ -43,7 +44,7 @@ void MadeUpMachineTest::RunThere(const std::function<void()>& body) const {
   if (kIsSanitized) {
     GTEST_SKIP() << "the sanitizer needs files of its own in /proc";
   }
-  GetDispatcher();  // loads the plug-in before the machine is replaced
+  GetTool();  // loads the plug-in before the machine is replaced
   ::chmod(files_.GetPath().c_str(), 0755);
   const std::string refusal = RunInNamespaces(CLONE_NEWNS, [this, &body] {
     for (const char* const name : {"proc", "run", "sys", "etc", "var"}) {
@@ -65,13 +66,9 @@ void MadeUpMachineTest::RunThere(const std::function<void()>& body) const {
 void MadeUpMachineTest::ExpectPrinted(const std::string& commandLine,
                                       const std::string& printed) const {
   RunThere([&] {
-    AutoCli::OptionParser parser;
-    parser.ParseString(commandLine);
-    std::string path;
-    for (const std::string& word : parser.GetCommandPath()) {
-      path += (path.empty() ? "" : " ") + word;
-    }
-    EXPECT_EQ(Print(path, parser.GetCommandParameters(), 80), printed) << commandLine;
+    const CommandRun run = GetTool().Run(SplitShellWords(commandLine));
+    EXPECT_TRUE(Passes(CheckShape(run))) << commandLine;
+    EXPECT_EQ(Printed(run, "", {}, 80), printed) << commandLine;
   });
 }
 

@@ -1,0 +1,85 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "kestrel/callspec/OutputSpec.h"
+#include "kestrel/metaobj/MetaList.h"
+#include "kestrel/metaobj/MetaObject.h"
+#include "kestrel/metaobj/MetaStruct.h"
+#include "kestrel/testing/TestTool.h"
+#include "kestrel/testing/Verdict.h"
+
+namespace Kestrel::Testing {
+
+/// The structures in a declared result, by type name.
+using Structures = std::map<std::string, std::shared_ptr<const MetaObj::MetaStruct>>;
+
+/// Adds the structures in a value, however deep they are.
+inline void AddStructures(const std::shared_ptr<MetaObj::MetaObject>& value, Structures& found) {
+  if (const auto structure = std::dynamic_pointer_cast<MetaObj::MetaStruct>(value)) {
+    found[structure->GetTypeName()] = structure;
+    for (const std::string& field : structure->GetFieldNames()) {
+      AddStructures(structure->GetField(field), found);
+    }
+  } else if (const auto list = std::dynamic_pointer_cast<MetaObj::MetaList>(value)) {
+    AddStructures(list->GetListStructure(), found);
+  }
+}
+
+/// Checks that the format parameters `fields` and `fields:TYPE` of a command name only fields of
+/// its declared result. The formatters print nothing for others.
+inline Verdict CheckFields(AutoCli::Command& command) {
+  Verdict verdict;
+  Structures structures;
+  AddStructures(command.GetOutputSpec()->GetRootObject(), structures);
+  const AutoCli::FormatParameters format = command.GetDefaultOutputFormatParameters();
+  for (const auto& [key, value] : format.GetParameters()) {
+    if (key != "fields" && key.rfind("fields:", 0) != 0) {
+      continue;
+    }
+    for (const std::string& field : format.GetParameterAsList(key)) {
+      const bool isKnown =
+          std::any_of(structures.begin(), structures.end(), [&, k = key](const auto& entry) {
+            return (k == "fields" || k == "fields:" + entry.first) &&
+                   entry.second->HasField(field.substr(field.find_first_not_of(' ')));
+          });
+      if (!isKnown && !field.empty()) {
+        verdict.Add("the format parameter " + key + " names the field '" + field +
+                    "', which the declared result does not have");
+      }
+    }
+  }
+  return verdict;
+}
+
+/// Checks that a run succeeded, that its result has exactly the declared shape, type names
+/// included, and that the default format names fields of it.
+inline Verdict CheckShape(const CommandRun& run) {
+  Verdict verdict;
+  for (const std::string& message : run.Messages()) {
+    verdict.Add("it reports: " + message);
+  }
+  if (run.GetCommand() == nullptr) {
+    verdict.Add("it names no command");
+    return verdict;
+  }
+  if (run.Status() != 0 || run.GetOutput()->GetOutputType() != CallSpec::Output::Ordinary) {
+    return verdict;
+  }
+  std::vector<std::string> errors;
+  run.GetCommand()->GetOutputSpec()->Validate(run.GetOutput(), &errors);
+  for (const std::string& error : errors) {
+    verdict.Add("the result is not as declared: " + error);
+  }
+  verdict.Add(CheckFields(*run.GetCommand()), "the declaration");
+  return verdict;
+}
+
+}  // namespace Kestrel::Testing

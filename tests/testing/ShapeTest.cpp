@@ -1,0 +1,70 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "kestrel/testing/Shape.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "kestrel/testing/GoogleTest.h"
+#include "testing/SamplePlugin.h"
+
+namespace Kestrel::Testing {
+namespace {
+
+using ::testing::ElementsAre;
+
+const Words kLine = {"sample", "show", "--text=x"};
+
+TEST(ShapeTest, AcceptsTheDeclaredResultAndAHelpPage) {
+  const TestTool tool(MakePlugin(ReturnText, [](SampleCommand& command) {
+    command.SetDefaultOutputParameter("fields:Sample", "Text");
+    command.SetDefaultOutputParameter("fields", "Text, Text");
+  }));
+  EXPECT_TRUE(Passes(CheckShape(tool.Run(kLine))));
+  EXPECT_TRUE(Passes(CheckShape(tool.Run({"sample", "show", "--help"}))));
+}
+
+TEST(ShapeTest, ReportsMessages) {
+  const auto plugin = MakePlugin(
+      [](const std::string&, CallSpec::Output& output) { output.AddErrorMessage("no fuel"); });
+  EXPECT_THAT(CheckShape(Testing::Run(plugin, kLine)).GetProblems(),
+              ElementsAre("it reports: no fuel"));
+}
+
+TEST(ShapeTest, ReportsATypeNameThatIsNotDeclared) {
+  const auto plugin = MakePlugin([](const std::string& text, CallSpec::Output& output) {
+    output.SetRootObject(SampleCommand::MakeResult("Other", text));
+  });
+  EXPECT_THAT(CheckShape(Testing::Run(plugin, kLine)).GetProblems(),
+              ElementsAre("the result is not as declared: Type names do not match."));
+}
+
+TEST(ShapeTest, ReportsAFieldOfTheFormatThatDoesNotExist) {
+  const auto plugin = MakePlugin(ReturnText, [](SampleCommand& command) {
+    command.SetDefaultOutputParameter("fields:Sample", "Text,Size");
+    command.SetDefaultOutputParameter("fields:Other", "Text");
+  });
+  EXPECT_THAT(CheckShape(Testing::Run(plugin, kLine)).GetProblems(),
+              ElementsAre("the declaration: the format parameter fields:Other names the field "
+                          "'Text', which the declared result does not have",
+                          "the declaration: the format parameter fields:Sample names the field "
+                          "'Size', which the declared result does not have"));
+}
+
+TEST(ShapeTest, ReportsALineWithoutACommand) {
+  EXPECT_FALSE(CheckShape(Testing::Run(MakePlugin(ReturnText), {"sample"})));
+}
+
+TEST(GoogleTestAdapterTest, ShowsTheProblems) {
+  Verdict verdict;
+  EXPECT_TRUE(Passes(verdict));
+  verdict.Add("one");
+  verdict.Add("two");
+  EXPECT_STREQ(Passes(verdict).message(), "one\ntwo\n");
+}
+
+}  // namespace
+}  // namespace Kestrel::Testing
