@@ -174,6 +174,18 @@ TEST_P(NetworkListTest, ItsTableFitsAScreenOf80Columns) {
   });
 }
 
+TEST(NetworkAddressListTest, TheLongestNamesAndAddressesFitAScreenOf80Columns) {
+  IN_OWN_NETWORK([] {
+    Configure(
+        "ip link add br-0123456789ab type bridge; ip link set br-0123456789ab addrgenmode none up;"
+        "ip address add 2001:db8:1234:5678:9abc:def0:1234:5678/128 dev br-0123456789ab nodad");
+    EXPECT_EQ(Print("network address list", {{"prefix-length", "128"}}, 80),
+              "Interface        CIDR                                        Scope   Peer\n"
+              "---------------  ------------------------------------------  ------  ----\n"
+              "br-0123456789ab  2001:db8:1234:5678:9abc:def0:1234:5678/128  global  none\n");
+  });
+}
+
 TEST_P(NetworkListTest, EveryUserMayCallIt) {
   IN_OWN_NETWORK([] {
     MakeOrdinaryHost();

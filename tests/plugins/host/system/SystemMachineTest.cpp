@@ -282,6 +282,26 @@ TEST_F(SystemMachineTest, ListsProcessesByNumber) {
                 "100  root        0.00 %                0  a\\x0a(b)\n");
 }
 
+// The longest name of a user on an ordinary machine, the largest number of a process, and a kernel
+// thread that shows what it works on.
+TEST_F(SystemMachineTest, ProcessesFitAScreenOf80Columns) {
+  File("etc/nsswitch.conf", "passwd: files\ngroup: files\n");
+  File("etc/passwd", "root:x:0:0:::\nsystemd-timesync:x:997:997:::\n");
+  File("etc/group", "root:x:0:\n");
+  AddProcess({1, "init", "/sbin/init", 'S', 0, 0, 0, 0, 0, 0});
+  AddProcess({40, "kworker/u8:2-events_unbound", "", 'I', 2, 0, 0x00200000, 0, 0, 0});
+  AddProcess({4194303, "systemd-timesyn", "/lib/x", 'S', 1, 997, 0, 0, 0, 999999999});
+  const std::string rows =
+      "     40  root              0.00 %               0  kworker/u8:2-events_unbound\n"
+      "4194303  systemd-timesync  0.00 %   1023999998976  systemd-timesyn\n";
+  EXPECT_LE(rows.find('\n'), 80u);
+  ExpectPrinted("system process list",
+                "Id       User              CPU     Resident Bytes  Name\n"
+                "-------  ----------------  ------  --------------  ----\n"
+                "      1  root              0.00 %               0  init\n" +
+                    rows);
+}
+
 TEST_F(SystemMachineTest, ShowsTheMemoryOfProcessesForPeople) {
   AddSampleProcesses();
   ExpectPrinted("system process list --human --user=4000000000 --sort=CPU --descending",
