@@ -83,6 +83,12 @@ TEST(TemplatePartsTest, CutsAfterSeparatorsAndBetweenConditionals) {
               ElementsAre("$multilist{bb,-x y,true}", "$val{aa} $val{aa} "));
 }
 
+TEST(TemplatePartsTest, CutsOnlyAfterTheLastMarkerOfAParameter) {
+  EXPECT_THAT(PartsOf("$val{aa} $val{aa}$val{bb}", {"aa", "bb"}), ElementsAre());
+  EXPECT_THAT(PartsOf("$val{aa} $val{aa} $val{bb}", {"aa", "bb"}),
+              ElementsAre("$val{aa} $val{aa} ", "$val{bb}"));
+}
+
 TEST(TemplatePartsTest, AParameterWithoutMarkersHasNoPart) {
   EXPECT_THAT(PartsOf("c $val{aa} $val{bbb}", {"aa", "bb"}), ElementsAre("c $val{aa} $val{bbb}"));
   EXPECT_EQ(InParts("no markers", {{"aa", "1"}}), "no markers");

@@ -102,6 +102,10 @@ TEST_F(ChildProcessTest, MovesMuchDataBothWaysAtOnce) {
   EXPECT_EQ(OutputOf("cat", data), data);
 }
 
+TEST_F(ChildProcessTest, OutputMayComeByteByByte) {
+  EXPECT_EQ(OutputOf("printf a; sleep 0.1; printf b; sleep 0.1; printf c"), "abc");
+}
+
 TEST_F(ChildProcessTest, AChildThatPrintsBeforeItReadsDoesNotBlock) {
   const LeavesNothing nothing;
   const std::string data(1000000, 'x');

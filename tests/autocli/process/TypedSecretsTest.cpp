@@ -180,5 +180,14 @@ TEST(TypedSecretsTest, OnlyTypedValuesAreMasked) {
   EXPECT_EQ(TypedSecrets::Mask("a"), "***");
 }
 
+TEST(TypedSecretsTest, EveryOccurrenceIsMasked) {
+  const TypedSecrets secrets;
+  TypedSecrets::Expect();
+  TypedSecrets::Add("pw");
+  EXPECT_EQ(TypedSecrets::Mask("pwpw"), "******");
+  TypedSecrets::Add("*");
+  EXPECT_EQ(TypedSecrets::Mask("a*b**"), "a***b******");
+}
+
 }  // namespace
 }  // namespace Kestrel::AutoCli
