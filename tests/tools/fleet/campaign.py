@@ -15,7 +15,7 @@ The parts, all of them if none is named:
                ratios of the times is at most 1.3
     merge      64 results with 10,000 rows each are compared in less than three seconds
     connection what a connection costs this side, with real servers
-    scale      10,000 simulated hosts, which cost this side no key exchange: directly with two
+    scale      simulated hosts, which cost this side no key exchange: directly with two
                fan-outs, and through gateways
 
 Prints figures. The exit status is 1 if something is not so, and 77 if no ssh server can be started.
@@ -36,7 +36,6 @@ _MAX_SECONDS = 3000
 _MAX_RATIO, _MAX_MEMORY, _MAX_MERGE = 1.3, 3.0, 3.0
 _MERGED, _MERGED_ROWS = 64, 10_000
 _COMPARED = 16
-_SIMULATED = 10_000
 _PARTS = ("merge", "clush", "connection", "commands", "rows", "scale")
 SKIPPED = 77
 
@@ -99,7 +98,8 @@ class Campaign:
                  ("csv", "volume", "show"), ("json-utf8", "volume", "show")]
         first: Dict[int, bytes] = {}
         calls, start = 0, time.monotonic()
-        while calls * hosts < wanted and len(self.problems) < 10:
+        while calls * hosts < wanted and len(self.problems) < 10 and \
+                time.monotonic() - start < self.options.minutes * 60:
             kind = calls % len(kinds)
             done = call(self.fleet_command(hosts, "--no-merge", "--formatter", *kinds[kind]),
                         self.environment)
@@ -198,14 +198,14 @@ class Campaign:
         return ticks / os.sysconf("SC_CLK_TCK")
 
 
-def scale(check: Callable[[bool, str], None], program: Path) -> None:
+def scale(check: Callable[[bool, str], None], program: Path, count: int) -> None:
     """What the user's side needs for many hosts."""
     from simulated import SimulatedHosts  # pylint: disable=import-outside-toplevel
     for fanout, gateways in ((64, None), (512, None), (64, 100)):
         with SimulatedHosts(program) as hosts:
-            taken = hosts.run(_SIMULATED, fanout, gateways)
+            taken = hosts.run(count, fanout, gateways)
         check(taken.status == 0, f"scale: status {taken.status}")
-        print(f"scale: {_SIMULATED} hosts, fan-out {fanout}, {gateways or 'no'} gateways: "
+        print(f"scale: {count} hosts, fan-out {fanout}, {gateways or 'no'} gateways: "
               f"{taken.wall:.0f} s, {taken.received / 1e6:.1f} MB of answers, vexil-fleet alone "
               f"{taken.processor:.1f} s of processor time and {taken.memory / 1e6:.0f} MB",
               flush=True)
@@ -249,8 +249,12 @@ def read_options() -> argparse.Namespace:
                         help="how many rows each has; default: 100,000")
     parser.add_argument("--commands", type=int, default=10_000,
                         help="how many commands run, of all hosts; default: 10,000")
+    parser.add_argument("--minutes", type=float, default=60,
+                        help="how long commands run at most; default: 60")
     parser.add_argument("--rounds", type=int, default=11,
                         help="how many comparisons with clush; default: 11")
+    parser.add_argument("--simulated", type=int, default=10_000,
+                        help="how many hosts are simulated; default: 10,000")
     parser.add_argument("parts", nargs="*", metavar="PART",
                         help=f"{', '.join(_PARTS)}; default: all")
     options = parser.parse_args()
@@ -294,7 +298,7 @@ def main() -> int:
     if "merge" in options.parts:
         merge(check)
     if "scale" in options.parts:
-        scale(check, options.tree / "stage/bin/vexil-fleet")
+        scale(check, options.tree / "stage/bin/vexil-fleet", options.simulated)
     parts = [part for part in options.parts if part not in ("merge", "scale")]
     if parts:
         reason = reason_to_skip()

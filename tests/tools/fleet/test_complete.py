@@ -3,6 +3,7 @@
 """Completion of command lines of vexil-fleet: its own options here, the rest by vexil-complete."""
 
 import os
+import shutil
 import subprocess
 import tempfile
 import unittest
@@ -62,6 +63,25 @@ class Candidates(unittest.TestCase):
                                   stderr=subprocess.PIPE, check=False)
             self.assertEqual(2, done.returncode, arguments)
             self.assertEqual(b"Usage: vexil-fleet-complete INDEX WORD...\n", done.stderr)
+
+    def test_bash_completes_with_it(self) -> None:
+        script = STAGE.resolve() / "share/bash-completion/completions/vexil-fleet"
+        done = subprocess.run(
+            ["bash", "--norc", "-c", 'source "$1"; COMP_LINE="vexil-fleet --repo" COMP_POINT=18 '
+             'COMP_WORDS=(vexil-fleet --repo) COMP_CWORD=1 COMP_TYPE=9; _vexil_fleet; '
+             'printf "%s\\n" "${COMPREPLY[@]}"', "bash", script],
+            stdout=subprocess.PIPE, check=True, timeout=60)
+        self.assertEqual(b"--report\n", done.stdout)
+
+    @unittest.skipUnless(shutil.which("fish"), "fish is missing")
+    def test_fish_completes_with_it(self) -> None:
+        script = STAGE.resolve() / "share/fish/vendor_completions.d/vexil-fleet.fish"
+        with tempfile.TemporaryDirectory() as home:
+            done = subprocess.run(
+                ["fish", "--no-config", "-c",
+                 f"source '{script}'; complete -C 'vexil-fleet --repo'"],
+                stdout=subprocess.PIPE, check=True, timeout=60, env={**os.environ, "HOME": home})
+        self.assertEqual(b"--report\twrite a line of JSON for each host\n", done.stdout)
 
 
 if __name__ == "__main__":
