@@ -79,7 +79,11 @@ class SimulatedHosts:
         start = time.monotonic()
         with subprocess.Popen([*command, "volume", "list"], stdout=subprocess.DEVNULL,
                               env=self._environment(), preexec_fn=_raise_limits) as process:
-            processor, memory = _watch(process)
+            try:
+                processor, memory = _watch(process)
+            except BaseException:
+                process.terminate()  # without the program in place of ssh, it would use the real one
+                raise
         received = sum(json.loads(line)["bytes"]
                        for line in report.read_text(encoding="utf-8").splitlines())
         return Taken(time.monotonic() - start, processor, memory, received, process.returncode)

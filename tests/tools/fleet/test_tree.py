@@ -89,6 +89,13 @@ class Gateways(FleetCase):
         self.assertIn("ClusterShell.Gateway", seen)
         self.assertNotIn("top-secret", seen)
 
+    def test_the_topology_of_cluster_shell_is_the_default(self) -> None:
+        command = FleetCase.command(self, "volume", "open", "--key=x", hosts="web3")
+        with mock.patch.dict(os.environ, CLUSTERSHELL_CFGDIR=str(self.fleet.folder)):
+            subprocess.run(command, stdout=subprocess.DEVNULL, check=True, timeout=60)
+        self.assertIn("ClusterShell.Gateway", (self.fleet["web3"].folder / "ps").read_text(
+            encoding="utf-8", errors="replace"))
+
     def test_every_byte_of_a_value_arrives(self) -> None:
         every = bytes(range(1, 256))
         result = self.call("--formatter=ndjson", "volume", "echo", b"--value=" + every,
