@@ -26,7 +26,7 @@ FOR_PEOPLE = ("table", "simple", "pretty")
 JOINABLE = (*FOR_PEOPLE, "ndjson")
 # The format that prints each row for itself.
 _BY_LINES = "ndjson"
-# How many rows the tool gets at once where they can be divided: it needs 500 bytes for each.
+# How many rows the tool gets at once where they can be divided: it needs 300 bytes or more for each.
 _MAX_ROWS = 100_000
 _EXACT = ("csv", "json-utf8", "ndjson", "tsv", "value-xml", "yaml")
 _KEY = re.compile(r"[A-Za-z0-9 .:-]+")
