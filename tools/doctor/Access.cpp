@@ -7,18 +7,24 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstddef>
 #include <cstdio>
 #include <filesystem>
 #include <optional>
 #include <system_error>
+#include <vector>
 
 namespace Kestrel::Doctor {
 
 namespace {
 
 std::string NameOf(uid_t user) {
-  const passwd* const entry = getpwuid(user);
-  return entry == nullptr ? std::to_string(user) : entry->pw_name;
+  constexpr std::size_t kMaxEntry = std::size_t{16} << 10U;
+  std::vector<char> strings(kMaxEntry);
+  passwd entry = {};
+  passwd* found = nullptr;
+  const int error = getpwuid_r(user, &entry, strings.data(), strings.size(), &found);
+  return error != 0 || found == nullptr ? std::to_string(user) : entry.pw_name;
 }
 
 std::string OctalOf(mode_t mode) {
