@@ -3,12 +3,12 @@
 # SPDX-License-Identifier: Apache-2.0
 """Tests the tests: puts mistakes into the library, one at a time, and runs the tests.
 
-    mutate.py prepare    builds the tests with all mutants, and records which of them each test
+    mutate.py prepare    builds the tests with all mutants, and finds out which of them each test
                          reaches (takes minutes)
     mutate.py run        runs, for each mutant that has no result yet, the tests that reach it, until
                          one fails (takes an hour)
     mutate.py report     prints the figures and the mutants that survived
-    mutate.py all        the three together
+    mutate.py all        does all three, in this order
 
 All mutants are compiled into one copy of the sources, in build/mutants. scripts/mutations.py lists
 the kinds; a mutation that does not compile is left out. A mutant is killed if a test fails, crashes,
@@ -38,7 +38,7 @@ import mutations
 
 ROOT = os.path.normpath(os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
 FOLDER = os.path.join(ROOT, "build", "mutants")
-# The tree is where that of the preset would be, so that a compiler cache knows the tests already.
+# The paths are those of a build with the preset, so that a compiler cache already has the tests.
 SOURCE = os.path.join(FOLDER, "source")
 TREE = os.path.join(SOURCE, "build", "ci")
 HARNESS = os.path.join(ROOT, "tests", "mutants")
@@ -48,7 +48,7 @@ FOLDERS = ("metaobj", "callspec", "autocli")
 # The programs whose tests run, in this order, with their folders.
 PROGRAMS = {"kestrel_unit_tests": "tests", "kestrel_internal_tests": "tests",
             "kestrel_e2e_tests": "tests/e2e"}
-# They repeat what faster tests check, or measure what the mutants change: memory and time.
+# These tests repeat checks of faster ones, or measure memory and time, which mutants change.
 LEFT_OUT = re.compile(r"Hostile|MemoryTest|SlowFit|^Random")
 MAX_SECONDS_OF_A_TEST = 3
 SECONDS_OF_BATCHES = (0.03, 0.1, 0.5)
@@ -253,7 +253,7 @@ class Server:
 
     def __init__(self, program, shared):
         folder = os.path.join(TREE, PROGRAMS[program])
-        # The messages of the tests themselves go to /dev/null; these are of the programs' starts.
+        # Standard error only has messages about the start; the tests themselves write to /dev/null.
         self._process = subprocess.Popen(
             [os.path.join(folder, program), "--serve"], cwd=folder, text=True,
             stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
@@ -351,8 +351,8 @@ class Worker:
         self.servers = {program: Server(program, shared) for program in PROGRAMS}
 
     def batches(self, mutant):
-        """The tests that reach a mutant: first those of its class, then all others, and the quick
-        ones first. Each batch is of one program; the first ones are small."""
+        """The tests that reach a mutant: first those of its class, then all others, the quick
+        ones first. A batch has tests of one program; the first batches are small."""
         stem = os.path.splitext(os.path.basename(mutant.file))[0]
         for is_own in (True, False):
             for program in PROGRAMS:
@@ -378,8 +378,8 @@ class Worker:
         return "survived"
 
     def try_mutant(self, mutant):
-        """Returns "killed", "slow", "survived" or "unreached". What programs run when they start is
-        tried with programs that start with the mutant."""
+        """Returns "killed", "slow", "survived" or "unreached". A mutant in code that runs at the
+        start of a program is tried in a program that starts with the mutant."""
         self.shared.activate(mutant.number)
         programs = self.at_start[mutant.number]
         outcome = self.try_batches(mutant, self.servers)

@@ -24,7 +24,7 @@ using Symbol = ElfW(Sym);
 
 constexpr std::string_view kName = "AutoCli_PluginAbi";
 
-/// A shared object as a file. Whatever is beyond its end reads as zero bytes.
+/// The bytes of a shared object. Reading beyond the end of the file returns zero bytes.
 class ObjectFile {
  public:
   explicit ObjectFile(const std::string& path)

@@ -8,8 +8,8 @@
 
 namespace Kestrel::Doctor {
 
-/// Reads the number of the plug-in interface that a shared object was compiled for from the file,
-/// without loading it. Nothing if it has none, or if the file is not a shared object of this
+/// Returns the number of the plug-in interface that a shared object was compiled for. Reads the
+/// file without loading it. Returns nothing if it has no number, or is not a shared object of this
 /// machine.
 std::optional<unsigned> ReadAbiNumber(const std::string& file);
 

@@ -15,14 +15,14 @@ struct Access {
   std::string mode;   ///< four octal digits
 };
 
-/// A plug-in and what is above it.
+/// The access to a plug-in and to the folders above it.
 struct FileAccess {
   Access file;
   std::vector<Access> folders;      ///< from the root folder to the one that contains the file
-  std::vector<std::string> faults;  ///< how users other than root and this one can exchange it
+  std::vector<std::string> faults;  ///< how users other than root and this one can replace it
 };
 
-/// Follows links. All is empty for a file that does not exist.
+/// Follows links. All members are empty for a file that does not exist.
 FileAccess ReadAccess(const std::string& file);
 
 }  // namespace Kestrel::Doctor

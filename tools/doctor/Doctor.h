@@ -13,13 +13,13 @@
 
 namespace Kestrel::Doctor {
 
-/// A path of a command that another plug-in has already.
+/// The path of a command that another plug-in already has.
 struct DuplicatePath {
   std::string path;
   std::string file;  ///< the plug-in that has it, or "built-in"
 };
 
-/// A plug-in and everything that is known about it.
+/// A plug-in and the results of its examination.
 struct Diagnosis {
   std::string file;
   Examination examination;
@@ -33,9 +33,9 @@ struct DoctorResult {
   std::vector<std::string> unreadable;  ///< a message for each argument that cannot be read
 };
 
-/// Examines the plug-ins in folders, or single files. Every plug-in is loaded in a process of its
-/// own, after the working ones before it, and has the time `patience`. Without arguments: those
-/// that the tool loads by default.
+/// Examines the plug-ins in folders, or single files; without arguments, those that the tool loads
+/// by default. Every plug-in is loaded in a process of its own, after the working ones that precede
+/// it, and may take as long as `patience`.
 DoctorResult ExaminePlugins(const std::vector<std::string>& paths,
                             std::chrono::milliseconds patience);
 

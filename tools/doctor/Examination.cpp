@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The child sends one JSON value on each line. Its keys are those of the members of Examination;
-// "step" is what it does next, and "own" marks the first step that concerns the plug-in itself.
+// The child sends one JSON value on each line. The keys are the names of the members of
+// Examination, "step" for what the child does next, and "own" for the first step of the examined
+// plug-in itself.
 
 #include "tools/doctor/Examination.h"
 
@@ -73,7 +74,7 @@ Paths ListCommands(const Dispatcher& dispatcher) {
 void LoadQuietly(Dispatcher& dispatcher, const std::string& file) {
   try {
     dispatcher.AddPlugin(file);
-  } catch (...) {  // NOLINT(bugprone-empty-catch): it is examined by itself
+  } catch (...) {  // NOLINT(bugprone-empty-catch): it has its own examination
   }
 }
 
@@ -148,7 +149,7 @@ void ListInChild(const std::string& file, const Reporter& reporter) {
   reporter.Tell("end", true);
 }
 
-/// What a child says until it ends.
+/// Reads the messages of a child until it ends.
 class Listener {
  public:
   Listener(IsolatedRun& run, milliseconds patience) : run_(run), patience_(patience) {}
@@ -171,13 +172,13 @@ class Listener {
   }
 
  private:
-  // The other plug-ins get the same time, each.
+  // Each of the other plug-ins gets the same time.
   milliseconds TimeLeft() const {
     return isOwn_ ? std::chrono::duration_cast<milliseconds>(start_ + patience_ - Clock::now())
                   : patience_;
   }
 
-  // A plug-in may have written to the pipe, this one or one before it.
+  // This plug-in, or one before it, may have written to the pipe.
   void Take(const json& message) {
     if (message.is_object() && message.size() == 1) {
       Take(message.begin().key(), message.begin().value());

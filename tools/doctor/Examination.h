@@ -9,7 +9,7 @@
 
 namespace Kestrel::Doctor {
 
-/// What became of a plug-in when it was loaded.
+/// The result of loading a plug-in.
 enum class State {
   Loaded,   ///< it works
   Faulty,   ///< it is loaded, but something is wrong with it
@@ -30,13 +30,13 @@ struct Examination {
   long milliseconds = 0;              ///< for loading it
 };
 
-/// Loads the plug-in `file` in a child process, after those in `before`. The child is killed when
-/// it takes longer than `patience`.
+/// Loads the plug-in `file` in a child process, after those in `before`. The child is killed if it
+/// takes longer than `patience`.
 Examination Examine(const std::string& file, const std::vector<std::string>& before,
                     std::chrono::milliseconds patience);
 
-/// Returns the paths of the commands that a plug-in declares, also if it cannot be loaded after
-/// others. A shared object is loaded alone, in a child process.
+/// Returns the paths of the commands that a plug-in declares, even if it cannot be loaded after
+/// other plug-ins. A shared object is loaded alone, in a child process.
 std::vector<std::string> ListDeclaredCommands(const std::string& file,
                                               std::chrono::milliseconds patience);
 

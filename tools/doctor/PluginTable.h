@@ -16,8 +16,8 @@ namespace Kestrel::Doctor {
 /// Returns a structure of the type "Plugin" for each plug-in.
 std::shared_ptr<MetaObj::MetaList> MakeTable(const std::vector<Diagnosis>& plugins);
 
-/// How a formatter prints it; an empty name means `table`. People see the fields that matter most,
-/// programs see all.
+/// Returns the parameters for printing the list with a formatter; an empty name means `table`. The
+/// formats for people have the most important fields, those for programs have all.
 AutoCli::FormatParameters MakeFormat(const std::string& formatter);
 
 }  // namespace Kestrel::Doctor

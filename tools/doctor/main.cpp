@@ -93,7 +93,7 @@ void Complain(const std::string& text) {
   std::fputs(("vexil-doctor: " + text + "\n").c_str(), stderr);
 }
 
-/// Returns whether all of the output was written. Reports if not.
+/// Returns whether all output was written. If not, reports the error.
 bool Flush() {
   std::cout.flush();
   const bool isWritten = std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && std::cout.good();

@@ -37,7 +37,8 @@ constexpr const char* kOfCommand = "default of the command";
 constexpr const char* kOfLine = "command line";
 constexpr const char* kOfEnvironment = "VEXIL_TERMINAL_FORMATTER";
 
-// The tool prints ordinary results of its default formatters for people as pretty on a terminal.
+// On a terminal, the user may choose `pretty` in place of the default formatters for people. The
+// tool uses it for ordinary results only.
 bool IsPrettyWanted(const std::string& formatter) {
   const char* const wanted = std::getenv("VEXIL_TERMINAL_FORMATTER");
   return wanted != nullptr && std::string_view(wanted) == "pretty" && isatty(STDOUT_FILENO) != 0 &&

@@ -14,21 +14,21 @@
 
 namespace Kestrel::Explain {
 
-/// The parameters of a command as a line contains them. A secret that the tool would ask for is not
+/// The parameters of a command in one command line. A secret that the tool would ask for is not
 /// asked for.
 class ExplainedCall {
  public:
   ExplainedCall(AutoCli::CommandSpec& command, const Vexil::CommandLine& line);
 
   /// The messages of the tool about the line, without values of secrets: those of the parser or, if
-  /// there are none, those about the values. A secret that is still to be typed counts as valid.
+  /// there are none, those about the values. A secret without a value counts as valid.
   std::vector<std::string> Validate() const;
 
   std::vector<ExplainedParameter> DescribeParameters() const;
 
   bool IsHelpWanted() const { return input_->HasParameter("help"); }
 
-  /// The values as the command gets them; a secret that is still to be typed has one empty value.
+  /// The values as the command receives them. A secret without a value has one empty value.
   const std::shared_ptr<AutoCli::CommandInput>& GetInput() const { return input_; }
 
   /// The same with `placeholder` in place of each value of a secret.

@@ -14,7 +14,7 @@ struct ExplainedParameter {
   std::string name;
   std::string kind;                 ///< such as "int-list"
   std::vector<std::string> values;  ///< as the command reads them: 7, true, 'text', ***
-  std::string origin;               ///< where they are from; empty if the parameter is not given
+  std::string origin;               ///< their source; empty if the parameter is not given
   std::string constraint;           ///< empty without one
   bool isConstraintMet = true;
 };
@@ -26,7 +26,7 @@ struct ExplainedFormat {
   std::string origin;
 };
 
-/// What the shell would get.
+/// What the shell would receive.
 struct ShellTexts {
   std::string commandLine;
   std::string standardInput;
@@ -35,7 +35,7 @@ struct ShellTexts {
 /// What the tool would do with a command line. Values of secret parameters are "***" everywhere.
 struct Explanation {
   std::string path;
-  std::string plugin;               ///< the file that brings the command
+  std::string plugin;               ///< the file that contains the command
   std::vector<std::string> errors;  ///< the messages of the tool; empty for a valid line
   bool isHelp = false;              ///< the tool prints the help page instead
   std::vector<ExplainedParameter> parameters;

@@ -18,7 +18,7 @@ using AutoCli::ExtensionCommand;
 
 namespace {
 
-// Letters and digits, so that no form of a marker changes it.
+// Only letters and digits, so that no form of a marker changes it.
 constexpr const char* kPlaceholder = "KestrelHiddenSecret7f3a91";
 
 std::string ShowSecrets(std::string text) {

@@ -11,8 +11,8 @@
 
 namespace Kestrel::Explain {
 
-/// Returns what the shell would get from a command of a descriptor, byte for byte, with "***" in
-/// place of each secret. Throws KestrelException where the command would refuse a value.
+/// Returns what the shell would receive from a command of a descriptor, byte for byte, with "***"
+/// in place of each secret. Throws KestrelException if the command would refuse a value.
 ShellTexts MakeShellTexts(AutoCli::ExtensionCommand& command, const ExplainedCall& call);
 
 /// Returns `text` in single quotes, with control characters and bytes that are not UTF-8 as

@@ -9,8 +9,8 @@
 
 namespace Kestrel::Explain {
 
-/// Returns the explanation for readers. What the shell would get follows a heading with their size
-/// and is followed by a line feed of the report; nothing in it is changed.
+/// Returns the explanation as text for people. What the shell would receive is printed unchanged,
+/// between a heading with its size and a line feed.
 std::string WriteReport(const Explanation& explanation);
 
 }  // namespace Kestrel::Explain

@@ -41,7 +41,7 @@ void Complain(const std::string& text) {
   std::fputs(("vexil-explain: " + text + "\n").c_str(), stderr);
 }
 
-/// Returns whether all of the text was written. Reports why not.
+/// Returns whether all output was written. If not, reports the error.
 bool Print(const std::string& text) {
   if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0) {
     return true;
@@ -50,7 +50,7 @@ bool Print(const std::string& text) {
   return false;
 }
 
-/// Removes the first argument if it is one of this program's own. Returns it, or an empty string.
+/// Removes the first argument if it is an option of this program. Returns it, or an empty string.
 std::string TakeOwnOption(std::vector<std::string>& arguments) {
   std::string option;
   if (!arguments.empty() && (arguments[0] == "--shell-text" || arguments[0] == "--shell-input")) {

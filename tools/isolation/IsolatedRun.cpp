@@ -49,7 +49,7 @@ void WriteAll(int descriptor, std::string_view text) {
   }
 }
 
-// A plug-in may read, print and complain, and a crash is expected.
+// A plug-in may read and print, which must not disturb this program, and a crash is expected.
 void PrepareChild(pid_t parent) {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     std::signal(signal, SIG_DFL);
@@ -85,8 +85,8 @@ pid_t ParentOf(const std::string& id) {
   return end == std::string::npos || line.size() < end + 4 ? 0 : std::atoi(line.c_str() + end + 4);
 }
 
-// Whether a process could not run as long as it needed to: it does not sleep, and has not used the
-// processor for `patience`.
+// Whether a process did not get enough processor time: it does not sleep, and its processor time is
+// less than `patience`.
 bool IsHeldUp(pid_t id, milliseconds patience) {
   std::ifstream in("/proc/" + std::to_string(id) + "/stat");
   std::string text;
@@ -193,7 +193,7 @@ std::optional<std::string> IsolatedRun::ReadLine(milliseconds patience, int exte
   }
 }
 
-// A child that has closed the pipe may run on.
+// A child may continue to run after it has closed the pipe.
 void IsolatedRun::WaitForEnd() {
   const Clock::time_point deadline = Clock::now() + kMaxEnding;
   while (!isLate_) {

@@ -22,18 +22,18 @@ using Send = std::function<void(const std::string& line)>;
 /// process group, so this process must have no other children.
 class IsolatedRun {
  public:
-  /// Starts the work. Throws KestrelException if there can be no further process.
+  /// Starts the work. Throws KestrelException if the process cannot be created.
   explicit IsolatedRun(const std::function<void(const Send&)>& work);
   IsolatedRun(const IsolatedRun&) = delete;
   IsolatedRun& operator=(const IsolatedRun&) = delete;
   ~IsolatedRun();
 
-  /// Returns the next line of the child. Nothing after the last one, and when no line is complete
-  /// within `patience`; see `IsLate`. A child that could not run because the machine is busy gets
-  /// the same time again, `extensions` times at most.
+  /// Returns the next line of the child, or nothing after the last one. Also returns nothing if no
+  /// line is complete within `patience`; see `IsLate`. A child that could not run because the
+  /// machine is busy gets the same time again, at most `extensions` times.
   std::optional<std::string> ReadLine(std::chrono::milliseconds patience, int extensions = 0);
 
-  /// Whether the child was killed, or is going to be killed, because it did not end in time.
+  /// Whether the child did not end in time, and so was killed or will be killed.
   bool IsLate() const { return isLate_; }
 
   /// Kills the child if it is late or does not end within a second, and everything below it.

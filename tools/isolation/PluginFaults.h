@@ -9,13 +9,13 @@
 namespace Kestrel::Isolation {
 
 /// Loads a shared object with all of its functions bound, and returns the loader's message about a
-/// function that is not defined; nothing if all are. The loader looks up a function when it is
-/// called first, which may be long after the start of the tool. Has to be called before the file is
-/// loaded in another way.
+/// function that is not defined, or nothing. Otherwise, the loader looks up a function at its first
+/// call, which may be long after the start of the tool. Must be called before the file is loaded in
+/// another way.
 std::optional<std::string> FindMissingSymbol(const std::string& file);
 
-/// Returns the exception that is being handled in words, such as "a std::exception: no fuel";
-/// nothing for a KestrelException.
+/// Returns a description of the exception that is being handled, such as "a std::exception: no
+/// fuel", or nothing for a KestrelException.
 std::optional<std::string> DescribeForeignException();
 
 }  // namespace Kestrel::Isolation

@@ -13,7 +13,7 @@
 
 namespace Kestrel::Testing {
 
-/// Fails the test with the problems: `CheckPasses(RunExamples("./greet.so"))`.
+/// Fails the test if there are problems, and prints them: `CheckPasses(RunExamples("./greet.so"))`.
 inline void CheckPasses(const Verdict& verdict) {
   INFO(verdict.ToString());
   CHECK(static_cast<bool>(verdict));

@@ -18,7 +18,7 @@
 namespace Kestrel::Testing {
 
 /// Splits text into words as a shell does: at spaces outside quotes, without the quotes and the
-/// backslashes. Expansions are left as they are.
+/// backslashes. Expansions are not performed.
 inline Words SplitShellWords(const std::string& text) {
   Words words;
   bool isOpen = false;
@@ -52,8 +52,8 @@ inline bool Changes(const AutoCli::Command& command) {
   return entry != command.GetMetaData().end() && entry->second == "true";
 }
 
-/// Checks a command line without running the command: what the tool would report about it, and
-/// whether the shell text of a descriptor's command can be made.
+/// Checks a command line without running the command. The verdict contains the messages of the tool
+/// and, for a command of a descriptor, the reason why its script cannot be made.
 inline Verdict Explain(const TestTool& tool, const Words& words) {
   Verdict verdict;
   try {
@@ -91,8 +91,8 @@ inline Verdict Explain(const TestTool& tool, const Words& words) {
   return verdict;
 }
 
-/// Calls `check` with the words of every example of the plug-in under test, and whether its command
-/// changes something.
+/// Calls `check` for every example of the plug-in under test, with its words and with whether its
+/// command changes something. Returns the problems of all examples.
 template <typename Check>
 Verdict ForEachExample(const TestTool& tool, const Check& check) {
   Verdict verdict;

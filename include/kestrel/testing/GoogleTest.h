@@ -9,7 +9,8 @@
 
 namespace Kestrel::Testing {
 
-/// For `EXPECT_TRUE(Passes(RunExamples("./greet.so")))`: prints the problems.
+/// Turns a verdict into an assertion that prints the problems:
+/// `EXPECT_TRUE(Passes(RunExamples("./greet.so")))`.
 inline ::testing::AssertionResult Passes(const Verdict& verdict) {
   return verdict ? ::testing::AssertionSuccess()
                  : ::testing::AssertionFailure() << verdict.ToString();

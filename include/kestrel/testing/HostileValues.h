@@ -19,7 +19,8 @@
 
 namespace Kestrel::Testing {
 
-/// A path in the folder for temporary files that a hostile value would create as a file.
+/// A path in the folder for temporary files. A hostile value that runs in a shell creates this
+/// file.
 class Canary {
  public:
   Canary()
@@ -42,8 +43,9 @@ class Canary {
   std::filesystem::path path_;
 };
 
-/// Values that have broken commands: of the shell, with `touch` and a path, of printf, of
-/// terminals, of documents, of file names, and numbers at their limits.
+/// Returns values that have broken commands. They are special to the shell (those that run `touch`
+/// create the file `canary`), to printf, terminals, documents or file names, or are numbers at
+/// their limits.
 inline std::vector<std::string> ListHostileValues(const std::string& canary) {
   const std::string touch = "touch " + canary;
   std::vector<std::string> values = {"",
@@ -100,7 +102,7 @@ inline std::vector<std::string> ListHostileValues(const std::string& canary) {
   return values;
 }
 
-/// Returns the words of a call with another value for a parameter, whose spellings are removed.
+/// Returns the words of a call with `value` for a parameter. Its other values are removed.
 inline Words Replace(const Words& words, const CallSpec::ParameterSpec& parameter,
                      const std::string& value) {
   const std::string name = "--" + parameter.GetName();
@@ -122,8 +124,8 @@ inline Words Replace(const Words& words, const CallSpec::ParameterSpec& paramete
   return replaced;
 }
 
-/// Returns what is wrong with a run: a value reached a shell, the result does not have the declared
-/// shape, or a formatter of the library cannot print it.
+/// Runs a command line and returns its problems: the value ran in a shell, the result does not have
+/// the declared shape, or a formatter of the library cannot print it.
 inline Verdict CheckHostileRun(const TestTool& tool, const Words& words, Canary& canary) {
   Verdict verdict;
   const CommandRun run = tool.Run(words);
@@ -151,8 +153,8 @@ inline Verdict CheckHostileRun(const TestTool& tool, const Words& words, Canary&
 /// Calls a command of the plug-in under test with hostile values, for each of its parameters that
 /// takes a value, and checks that the values are refused or treated as data.
 ///
-/// `words` are the parameters of a valid call; without them, those of the command's first example.
-/// For a command that changes something, the shell text is made, but nothing runs.
+/// `words` are the parameters of a valid call. Without them, those of the command's first example
+/// are used. For a command that changes something, the script for the shell is made, but not run.
 inline Verdict RunHostileValues(const TestTool& tool, const std::string& path, Words words = {}) {
   Verdict verdict;
   const auto commands = tool.GetCommands();

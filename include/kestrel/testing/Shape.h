@@ -21,7 +21,7 @@ namespace Kestrel::Testing {
 /// The structures in a declared result, by type name.
 using Structures = std::map<std::string, std::shared_ptr<const MetaObj::MetaStruct>>;
 
-/// Adds the structures in a value, however deep they are.
+/// Adds the structures in a value, at every depth.
 inline void AddStructures(const std::shared_ptr<MetaObj::MetaObject>& value, Structures& found) {
   if (const auto structure = std::dynamic_pointer_cast<MetaObj::MetaStruct>(value)) {
     found[structure->GetTypeName()] = structure;

@@ -39,7 +39,7 @@ using FormatPairs = std::vector<std::pair<std::string, std::string>>;
 /// What the tool did with a command line.
 class CommandRun {
  public:
-  /// What is on standard output: the result in the format of the command, a help page, a list of
+  /// The bytes on standard output: the result in the format of the command, a help page, a list of
   /// namespaces and commands, or the usage. The width is that of a pipe: unlimited.
   const std::string& Output() const { return printed_; }
 
@@ -80,7 +80,7 @@ class CommandRun {
   int status_ = 1;
 };
 
-/// Collects what a scope writes to std::cout.
+/// Collects the output to std::cout during its lifetime.
 class CoutCapture {
  public:
   CoutCapture() : before_(std::cout.rdbuf(text_.rdbuf())) {}
@@ -88,7 +88,7 @@ class CoutCapture {
   CoutCapture& operator=(const CoutCapture&) = delete;
   ~CoutCapture() { std::cout.rdbuf(before_); }
 
-  /// What was written so far.
+  /// The output so far.
   std::string GetText() const { return text_.str(); }
 
  private:
@@ -136,8 +136,8 @@ class TestTool {
     return commands;
   }
 
-  /// Handles a command line as the tool does. Secrets need values, or they are read from standard
-  /// input. An exception that is not a std::exception, which would end the tool, passes.
+  /// Handles a command line as the tool does. A secret without a value is read from standard input.
+  /// An exception that is not a std::exception would end the tool; here, it reaches the caller.
   CommandRun Run(const Words& words) const {
     CommandRun run(dispatcher_);
     try {
@@ -244,7 +244,7 @@ class TestTool {
   }
 
   std::shared_ptr<AutoCli::CliDispatcher> dispatcher_ = NewDispatcher();
-  Commands known_;  // those that were there before the plug-in under test
+  Commands known_;  // the commands before the plug-in under test was added
 };
 
 /// Handles one command line with a plug-in: `Run("./greet.so", {"greet", "show"})`. In a test of

@@ -8,8 +8,8 @@
 
 namespace Kestrel::Testing {
 
-/// What a check found: nothing, or problems in words. The adapters for test frameworks turn it into
-/// an assertion; without a framework, evaluate it as a condition and print `ToString`.
+/// The result of a check: nothing, or a message for each problem. The adapters for test frameworks
+/// turn it into an assertion; without a framework, evaluate it as a condition and print `ToString`.
 class Verdict {
  public:
   /// A check without problems.

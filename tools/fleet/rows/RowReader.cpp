@@ -92,7 +92,7 @@ void Declare(const Field& field, StructShape& shape) {
   }
 }
 
-/// Text for people, such as "1.5 GiB", is sorted by the integer in the field beside it.
+/// A string for people, such as "1.5 GiB", is sorted by the integer in its companion field.
 void DeclareSortKeys(const std::vector<Field>& fields, StructShape& shape) {
   for (const Field& text : fields) {
     for (const Field& key : fields) {

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""What the visits to the hosts mean: results, or failures with a reason."""
+"""Turns visits to hosts into answers: results, or failures with a reason."""
 
 import json
 import signal
@@ -19,7 +19,7 @@ _MAX_MESSAGE = 500
 
 
 class Status(Enum):
-    """What became of the command on a host."""
+    """The outcome of the command on a host."""
     OK = "ok"
     UNREACHABLE = "unreachable"
     TIMED_OUT = "timed out"
@@ -59,7 +59,7 @@ class Reader:
         self._rows: dict[tuple[int, bytes], Rows] = {}
 
     def read(self, visit: Visit, runs: bool) -> Answer:
-        """`runs` is whether the command was to run, and not only its description."""
+        """`runs` is false if the hosts had only to describe the command."""
         answer = Answer(visit.host, Status.OK, seconds=visit.seconds, size=visit.reply.size)
         self._read_description(visit, answer)
         if answer.status == Status.OK and runs:

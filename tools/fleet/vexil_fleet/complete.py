@@ -1,9 +1,9 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Completes a command line of vexil-fleet, in the way of vexil-complete.
+"""Completes a command line of vexil-fleet as vexil-complete does.
 
-That program completes the path and the parameters of the command, and the formats and their
-parameters; what it knows is the tree of the local tool.
+vexil-complete itself completes the path and the parameters of the command, and the formats and
+their parameters, all from the tree of the local tool.
 """
 
 import itertools

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""What a host says about a command: the result of `vexil command describe`."""
+"""A host's description of a command: the result of `vexil command describe`."""
 
 import json
 from dataclasses import dataclass
@@ -102,7 +102,7 @@ def _short_name(parameter: Dict[str, Any]) -> Optional[str]:
 
 
 def read_fields(rows: List[Dict[str, str]]) -> Tuple[Field, ...]:
-    """The tree of fields. A field is followed by those within it; a name may contain full stops."""
+    """The tree of fields. The inner fields follow their field; a name may contain full stops."""
     fields, rest = _read_level(rows, 0, "")
     if rest != len(rows):
         raise BadDescription("the fields of the result are in disorder")

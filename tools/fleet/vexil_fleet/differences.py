@@ -1,11 +1,11 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""What is different between two values: field by field, by kind and value and not by text."""
+"""The differences of two values, field by field. Kinds and values are compared, not their text."""
 
 import json
 from typing import Any, Dict, Iterator, List, Sequence, Tuple
 
-# The names of the members by which the elements of a description's lists are known.
+# The members that identify an element in the lists of a description.
 _KEYS = ("Name", "Path", "Value", "Line")
 
 Difference = Tuple[str, Any, Any]
@@ -37,7 +37,7 @@ def differences(left: Any, right: Any, path: str = "") -> Iterator[Difference]:
 
 
 def _are_structures(left: Any, right: Any) -> bool:
-    """Whether both are lists, and have structures in them."""
+    """Whether both are lists, and at least one contains a structure."""
     return (isinstance(left, list) and isinstance(right, list)
             and any(isinstance(element, dict) for element in [*left, *right]))
 

@@ -20,7 +20,7 @@ from .remote import REMOTE_COMMAND, Job, Reply
 
 @dataclass(frozen=True)
 class Settings:
-    """How hosts are reached. None means what ClusterShell's configuration says."""
+    """How hosts are reached. None means the value in ClusterShell's configuration."""
     fanout: Optional[int] = None
     connect_timeout: Optional[float] = None
     command_timeout: Optional[float] = None
@@ -32,7 +32,7 @@ class Settings:
 
 @dataclass
 class Visit:
-    """What came of one host: its reply, the status of ssh, and how long it took."""
+    """The visit to one host: its reply, the status of ssh, and how long it took."""
     host: str
     reply: Reply
     started: Optional[float] = None
@@ -62,7 +62,7 @@ _LOST = b"the connection to its gateway broke"
 
 
 class _Collector(EventHandler):  # type: ignore[misc]
-    """Collects what the hosts send, and what is said about gateways."""
+    """Collects the output of the hosts, and the messages about gateways."""
 
     def __init__(self, visits: Visits, on_event: Callable[[], None],
                  on_end: Callable[[Visit], None]) -> None:
@@ -95,7 +95,7 @@ class _Collector(EventHandler):  # type: ignore[misc]
         self._on_event()
 
     def close(self, timed_out: Iterable[str]) -> None:
-        """Hosts that nothing more was heard of were lost with their gateway."""
+        """Ends the visits. Hosts that are not finished were lost with their gateway."""
         for host in timed_out:
             self._visits[host].is_timed_out = True
             self._visits[host].stop()
@@ -107,8 +107,8 @@ class _Collector(EventHandler):  # type: ignore[misc]
 
 
 class _Tree(TreeWorker):  # type: ignore[misc]  # pylint: disable=abstract-method
-    """Hosts that are reached through gateways. The base class sends the hosts of a gateway that
-    cannot be reached to another one, but not what was written to them before."""
+    """Hosts that are reached through gateways. If a gateway cannot be reached, the base class
+    assigns its hosts to another one, but does not repeat what was written to them before."""
 
     script = b""
 
@@ -118,7 +118,7 @@ class _Tree(TreeWorker):  # type: ignore[misc]  # pylint: disable=abstract-metho
         try:
             super()._relaunch(previous_gateway)
         except RouteResolvingError:
-            return  # there is no other one
+            return  # there is no other gateway
         for worker in self.workers[workers:]:
             worker.write(self.script)
         for gateway, targets in self.gwtargets.items():
@@ -145,9 +145,9 @@ class Engine:
         task.abort(kill=True)
 
     def _new_task(self) -> Task:
-        """A task that has done nothing: after a run, gateways cannot be reached a second time."""
+        """A new task: after a run, a task cannot reach gateways a second time."""
         task, settings = task_self(), self._settings
-        # What hosts send is collected here only.
+        # Only the collector stores the output of the hosts.
         task.set_default("stdout_msgtree", False)
         task.set_default("stderr_msgtree", False)
         for key, value in (("fanout", settings.fanout), ("ssh_user", settings.user),
@@ -166,8 +166,8 @@ class Engine:
 
     def run(self, job: Job, hosts: NodeSet, on_event: Callable[[Visits], None],
             on_end: Callable[[Visit], None]) -> Visits:
-        """Returns what came of each host. An interrupt ends what still runs, and is not raised.
-        `on_end` is called for each host at once when its connection has ended by itself."""
+        """Returns the visit of each host. An interrupt ends the visits that still run, and is not
+        raised. `on_end` is called for each host as soon as its connection has ended by itself."""
         mark = job.mark.encode()
         visits = {host: Visit(host, Reply(mark)) for host in hosts}
         if self.is_interrupted:

@@ -120,7 +120,7 @@ def carry_out(options: argparse.Namespace, tool: Optional[str], plugin: str) -> 
 
 
 def run(tool: Optional[str], plugin: str, version: str, arguments: Sequence[str]) -> int:
-    """The exit status. What the user has to know is printed."""
+    """Returns the exit status, after printing the messages for the user."""
     if arguments[:1] == ["export-ansible"]:
         return ansible_export.main(tool or "vexil", arguments[1:])
     options = command_line.parse(arguments, version)
@@ -134,14 +134,14 @@ def run(tool: Optional[str], plugin: str, version: str, arguments: Sequence[str]
 
 
 def end_by_signal(number: int) -> None:
-    """Ends this process as the signal does if nothing catches it."""
+    """Ends this process by the signal, as if no handler were installed."""
     signal.signal(number, signal.SIG_DFL)
     os.kill(os.getpid(), number)
 
 
 def main(tool: Optional[str], plugin: str, arguments: Optional[Sequence[str]] = None,
          version: str = "") -> int:
-    """Runs the program. `tool` is the local vexil; None to look for it."""
+    """Runs the program. `tool` is the local vexil; with None, it is searched for."""
     # The end of this program ends the commands on the hosts as well.
     signal.signal(signal.SIGTERM, signal.default_int_handler)
     try:
@@ -153,7 +153,7 @@ def main(tool: Optional[str], plugin: str, arguments: Optional[Sequence[str]] = 
     except BrokenPipeError:
         end_by_signal(signal.SIGPIPE)
     except OSError as error:
-        # Python would try once more at the end, and end with a traceback.
+        # At the end, Python would try to write again, and print a traceback.
         os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
         print(f"Unable to write to standard output: {error.strerror}", file=sys.stderr)
     return NONE_ANSWERED

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Hosts with equal results are one group; the others are compared with the largest one."""
+"""Groups hosts with equal results, and compares the other groups with the largest one."""
 
 from collections import Counter
 from dataclasses import dataclass, field
@@ -54,7 +54,7 @@ class Lines:
         return len(self.counts) == self.rows.count
 
 
-# Results with more different rows are compared only if fewer than half of the rows differ.
+# If more rows than this differ, results are compared only if these are fewer than half of the rows.
 _MAX_FEW = 20
 
 
@@ -109,7 +109,7 @@ class Comparison:
 
 
 def _different_rows(left: List[bytes], right: List[bytes]) -> Tuple[List[Row], List[Row]]:
-    """The rows of each side that the other one does not have, whatever their text is."""
+    """The rows of each side that the other one does not have, compared by value."""
     left_rows, right_rows = decode(left), decode(right)
     left_values = Counter(map(canonical, left_rows))
     right_values = Counter(map(canonical, right_rows))

@@ -134,7 +134,7 @@ def split_options(arguments: Sequence[str]) -> List[Tuple[str, ...]]:
 
 
 def join_values(arguments: Sequence[str]) -> List[str]:
-    """Joins options with their values: argparse takes a value like -v for another option."""
+    """Joins options with their values: argparse would read a value like -v as another option."""
     joined: List[str] = []
     options = split_options(arguments)
     for option in options:

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""What is printed: one list, or each distinct result once and then the differences."""
+"""Prints one list, or each distinct result once and then the differences."""
 
 import sys
 from typing import Dict, List, Sequence, Tuple

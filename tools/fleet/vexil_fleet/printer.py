@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """Prints rows of many hosts through the local vexil, in each of its formats.
 
-The rows go to a plug-in of the tool's, fleet-rows.so, which returns them as one list with the host
-in the first field. So sorting, formats and their parameters are those of every other command.
+The rows go to a plug-in of the tool, fleet-rows.so, which returns them as one list with the host in
+the first field. So sorting, formats and their parameters work as for every other command.
 """
 
 import json
@@ -22,15 +22,15 @@ _OTHER_HOST = "Node"
 DEFAULT_FORMATTER = "table"
 # Formats for people, which may be followed by other text.
 FOR_PEOPLE = ("table", "simple", "pretty")
-# Formats of which one document after another is a document again.
+# Formats whose documents can be printed one after another.
 JOINABLE = (*FOR_PEOPLE, "ndjson")
-# The format that prints each row for itself.
+# The format that prints each row independently of the others.
 _BY_LINES = "ndjson"
-# How many rows the tool gets at once where they can be divided: it needs 300 bytes or more for each.
+# How many rows the tool gets at once if the list can be divided. A row needs at least 300 bytes.
 _MAX_ROWS = 100_000
 _EXACT = ("csv", "json-utf8", "ndjson", "tsv", "value-xml", "yaml")
 _KEY = re.compile(r"[A-Za-z0-9 .:-]+")
-# What a command sets for any formatter for people; the rest belongs to its own formatter.
+# Parameters that apply to every formatter for people; all others are for the command's formatter.
 _FOR_FIELDS = ("printf:", "units:")
 
 
@@ -58,7 +58,7 @@ class Format:
         return self.formatter == _BY_LINES and self.sort is None and self.limit is None
 
 
-# The hosts of some rows, in the short form, and the rows.
+# Rows, and the short form of the hosts that they are from.
 Part = Tuple[str, Rows]
 
 
@@ -122,7 +122,7 @@ class Printer:
         return command
 
     def _parameters(self, shape: Shape, description: Description, host: str) -> Dict[str, str]:
-        """Those of the command, with the host as the first field, then those of the user."""
+        """The parameters of the command, with the host as the first field, then the user's."""
         wanted = self.format
         parameters = {key: value for key, value in description.format_parameters.items()
                       if self._applies(key, description) and _KEY.fullmatch(key) and value}

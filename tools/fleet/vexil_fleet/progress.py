@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""The line on a terminal that says how far the run is."""
+"""The line on a terminal that shows the progress of the run."""
 
 import sys
 import time
@@ -36,7 +36,7 @@ class Progress:
         self._is_shown = True
 
     def finish_batch(self, visits: Visits) -> None:
-        """What these visits count stays; the next ones are of other hosts."""
+        """Adds these visits to the totals; the next visits are of other hosts."""
         succeeded = sum(1 for visit in visits.values() if visit.has_succeeded)
         self._done += succeeded
         self._failed += len(visits) - succeeded

@@ -4,11 +4,11 @@
 
 The command line on the host is only REMOTE_COMMAND, whatever the user's login shell is; the shell
 reads the script from its standard input. So no word of the user is on the command line of ssh or of
-the remote shell, and there is no limit to the length of a word. Standard input stays open while the
-command runs: when it ends early, because this side was interrupted or the connection broke, the
-script ends the command.
+the remote shell, and the length of a word is not limited. Standard input stays open while the
+command runs. If it is closed early, because the local side was interrupted or the connection broke,
+the script ends the command.
 
-Lines of the script's own begin with a mark that is random in each run:
+The lines that the script itself prints begin with a mark that is random in each run:
 
     MARK begin              everything before, such as a greeting of the login shell, is ignored
     the description         only if it was asked for
@@ -30,7 +30,7 @@ from .words import quote, quote_all
 
 REMOTE_COMMAND = "exec /bin/sh"
 RESULT_FORMAT = "ndjson"
-# What ends a command that ignores SIGTERM, in seconds.
+# A command that ignores SIGTERM is killed after this time, in seconds.
 _KILL_AFTER = 5
 
 _BEGIN = """
@@ -83,7 +83,7 @@ _FEED = """case $(command -v printf) in
 
 @dataclass(frozen=True)
 class Job:
-    """What the hosts are asked to do."""
+    """The request to the hosts."""
     path: Sequence[str]
     words: Sequence[str] = ()  # the whole line, without the values of secrets; none: only describe
     secret_values: Sequence[str] = ()
@@ -150,7 +150,7 @@ class Reply:
             self.body = self._take_body()
 
     def _take_body(self) -> bytearray:
-        """What came before a mark. The line feed before the mark is the script's."""
+        """The bytes before a mark. The line feed before the mark is from the script."""
         body, self.body = self.body, bytearray()
         del body[-1:]
         return body

@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """The rows of a host's result, checked against the declared shape.
 
-The rows stay the lines of JSON that the host printed; they are decoded only to be checked and
-compared. Large results would otherwise take ten times the memory.
+The rows are stored as the lines of JSON that the host printed, and are decoded only to be checked
+and compared. Large results would otherwise take ten times the memory.
 """
 
 import hashlib
@@ -20,7 +20,7 @@ _INT_MIN, _INT_MAX = -2**63, 2**63 - 1
 # A prompt of vexil for a secret, one for each before the result.
 _PROMPT = re.compile(rb"Enter value for '[^'\n]*': \n")
 
-# An escape of half a character. Without the other half, it cannot be printed.
+# An escape of one half of a surrogate pair. Without the other half, it cannot be printed.
 _SURROGATE = re.compile(rb"\\u[dD][89a-fA-F]")
 
 # The name of the only field of results without fields.
@@ -36,7 +36,7 @@ class BadResult(ValueError):
 
 @dataclass(frozen=True)
 class Rows:
-    """The rows of one result, as lines of JSON with an object each."""
+    """The rows of one result: lines of JSON, each with one object."""
     shape: Shape
     body: bytes = field(repr=False)
     identity: bytes  # is the same for equal rows in the same order, whatever their text is

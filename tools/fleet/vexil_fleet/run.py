@@ -1,10 +1,10 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""One run: the command's description first, then the command, in batches if wanted.
+"""One run: the command's description first, then the command, in batches on request.
 
 A command that only reports needs one connection to each host: the host itself checks the
-description before it runs the command. A second connection follows where the command changes
-something or needs a secret, and always with --strict, --batch and --stop-on-failure.
+description before it runs the command. A second connection follows if the command changes something
+or needs a secret, and always with --strict, --batch and --stop-on-failure.
 """
 
 import sys
@@ -29,7 +29,7 @@ class Stopped(Exception):
 
 @dataclass(frozen=True)
 class Request:
-    """What the user wants to be done."""
+    """The request of the user."""
     path: Sequence[str]
     options: Sequence[Option]
     strict: bool = False
@@ -107,7 +107,7 @@ class Run:
     def _run_held(self, held: List[Answer]) -> None:
         request = self._request
         hosts = NodeSet.fromlist(answer.host for answer in held)
-        # Nothing changes if its result could not be shown.
+        # Checked first, so that nothing is changed whose result cannot be printed.
         self._printer.check(common_description(held))
         if not request.is_confirmed and any(
                 answer.description.changes for answer in held if answer.description is not None):

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Secrets: taken off the command line, or asked for once, and never given to another one."""
+"""Secrets: read from the command line or asked for once, and never passed on another one."""
 
 import getpass
 import os
@@ -31,7 +31,7 @@ def take_secrets(options: Sequence[Option],
 
 
 def ask(name: str) -> str:
-    """As vexil asks: without echo on a terminal, else a line of standard input."""
+    """Asks as vexil does: without echo on a terminal, else by reading a line of standard input."""
     if sys.stdin.isatty():
         return getpass.getpass(f"Enter value for '{name}': ")
     return os.fsdecode(sys.stdin.buffer.readline()).rstrip("\n")

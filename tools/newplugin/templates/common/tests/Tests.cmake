@@ -5,7 +5,7 @@ find_program(VEXIL_LINT vexil-lint REQUIRED)
 # The plug-in has none of the mistakes that vexil-lint knows.
 add_test(NAME lint COMMAND ${VEXIL_LINT} ${PLUGIN_FILE})
 
-# The output of the command in three formats is that of the files in tests/golden.
+# The output of the command in three formats equals the files in tests/golden.
 foreach(format table json-utf8 xml)
   add_test(NAME golden.${format}
     COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/tests/check-golden.sh

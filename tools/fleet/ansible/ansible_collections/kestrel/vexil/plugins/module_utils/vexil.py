@@ -17,7 +17,7 @@ _FALSE = ('false', 'no', 'n', 'f', '0', 'off')
 
 
 class VexilError(Exception):
-    """What is wrong with a call, for the user."""
+    """A mistake in a call, with a message for the user."""
 
 
 class VexilCommand(object):
@@ -107,7 +107,7 @@ def is_true(value):
 
 
 def to_word(value):
-    """A value as the tool reads it."""
+    """A value in the form that the tool reads."""
     return {True: 'true', False: 'false'}[value] if isinstance(value, bool) else to_text(value)
 
 
