@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdio>
 #include <filesystem>
@@ -59,6 +60,19 @@ Access ReadOne(const std::string& path, bool mayBeSticky, std::vector<std::strin
   return {path, NameOf(status.st_uid), OctalOf(status.st_mode)};
 }
 
+// Adds the folders above `path`, from the root folder on, that are not there yet.
+void AddFolders(const std::filesystem::path& path, FileAccess& access) {
+  std::filesystem::path folder;
+  for (const auto& name : path.parent_path()) {
+    folder /= name;
+    const std::string text = folder.string();
+    const auto isSame = [&](const Access& other) { return other.path == text; };
+    if (std::none_of(access.folders.begin(), access.folders.end(), isSame)) {
+      access.folders.push_back(ReadOne(text, folder != path.parent_path(), access.faults));
+    }
+  }
+}
+
 }  // namespace
 
 FileAccess ReadAccess(const std::string& file) {
@@ -68,12 +82,9 @@ FileAccess ReadAccess(const std::string& file) {
   if (error) {
     return access;
   }
-  std::filesystem::path folder;
-  for (const auto& name : real.parent_path()) {
-    folder /= name;
-    const bool isAbove = folder != real.parent_path();
-    access.folders.push_back(ReadOne(folder.string(), isAbove, access.faults));
-  }
+  AddFolders(real, access);
+  // Who can write to a folder of the path as given can replace a link in it.
+  AddFolders(std::filesystem::absolute(file, error).lexically_normal(), access);
   access.file = ReadOne(real.string(), false, access.faults);
   return access;
 }

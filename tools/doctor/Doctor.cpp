@@ -3,8 +3,12 @@
 
 #include "tools/doctor/Doctor.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <map>
 #include <set>
@@ -77,6 +81,8 @@ class Doctor {
       result.unreadable.push_back(
           "cannot read " + file + ": " +
           (error ? error : make_error_code(std::errc::no_such_file_or_directory)).message());
+    } else if (access(file.c_str(), R_OK) != 0) {
+      result.unreadable.push_back("cannot read " + file + ": " + std::strerror(errno));
     } else if (!IsPlugin(file)) {
       result.unreadable.push_back(file +
                                   " is not a plug-in: its name ends in neither .so nor .xml");

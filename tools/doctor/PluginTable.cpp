@@ -3,8 +3,10 @@
 
 #include "tools/doctor/PluginTable.h"
 
+#include <algorithm>
 #include <string>
 
+#include "autocli/text/TerminalText.h"
 #include "kestrel/metaobj/MetaInt.h"
 #include "kestrel/metaobj/MetaString.h"
 #include "kestrel/metaobj/MetaStruct.h"
@@ -19,9 +21,14 @@ using MetaObj::MetaType;
 
 namespace {
 
-// Names of files and the loader's messages may contain any bytes.
+std::string OneLine(std::string text) {
+  std::replace(text.begin(), text.end(), '\n', ' ');
+  return text;
+}
+
+// Names of files and the loader's messages may contain any bytes, such as commands to a terminal.
 std::shared_ptr<MetaString> Text(const std::string& text) {
-  return MetaString::NewUtf8WithEscapes(std::string(text));
+  return MetaString::NewUtf8WithEscapes(AutoCli::WithVisibleControls(OneLine(text)));
 }
 
 std::shared_ptr<MetaStruct> MakeFolder(const Access& access) {

@@ -1,6 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
+#include <unistd.h>
+
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -11,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "autocli/text/TerminalText.h"
 #include "kestrel/Version.h"
 #include "kestrel/autocli/CliDispatcher.h"
 #include "kestrel/autocli/DisplayContext.h"
@@ -90,7 +93,8 @@ class ArgumentReader {
 };
 
 void Complain(const std::string& text) {
-  std::fputs(("vexil-doctor: " + text + "\n").c_str(), stderr);
+  const std::string message = "vexil-doctor: " + text + "\n";
+  std::fputs(Kestrel::AutoCli::MessageFor(STDERR_FILENO, message).c_str(), stderr);
 }
 
 /// Returns whether all output was written. If not, reports the error.

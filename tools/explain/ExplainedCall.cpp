@@ -49,6 +49,14 @@ bool IsMet(const ParameterConstraint& constraint, const std::vector<std::string>
   });
 }
 
+std::string Replace(std::string text, const std::string& from, const std::string& to) {
+  for (std::size_t at = text.find(from); !from.empty() && at != std::string::npos;
+       at = text.find(from, at + to.size())) {
+    text.replace(at, from.size(), to);
+  }
+  return text;
+}
+
 }  // namespace
 
 ExplainedCall::ExplainedCall(AutoCli::CommandSpec& command, const Vexil::CommandLine& line)
@@ -141,18 +149,37 @@ std::vector<std::string> ExplainedCall::Validate() const {
         prompted_.begin(), prompted_.end(),
         [&](const std::string& name) { return error == "Missing required parameter --" + name; });
     if (!isAboutPrompted) {
-      errors.push_back(Mask(error));
+      errors.push_back(HideSecretsIn(error));
     }
   }
   return errors;
 }
 
-std::string ExplainedCall::Mask(std::string text) const {
-  for (const std::string& secret : secrets_) {
-    for (std::size_t at = text.find(secret); !secret.empty() && at != std::string::npos;
-         at = text.find(secret, at + 3)) {
-      text.replace(at, secret.size(), kHidden);
+// A message about a secret is taken from a call with another value, because a mask would show which
+// letters of the fixed text are a short secret. Few constraints accept both of the other values.
+std::string ExplainedCall::HideSecretsIn(const std::string& error) const {
+  for (const std::string& placeholder : {std::string(kHidden), std::string("\x01")}) {
+    const std::shared_ptr<Output> output = Output::New();
+    spec_->Validate(HideSecrets(placeholder), output);
+    for (const std::string& other : output->GetErrors()) {
+      const auto isSame = [&](const std::string& secret) {
+        return Replace(other, placeholder, secret) == error;
+      };
+      if (other == error || std::any_of(secrets_.begin(), secrets_.end(), isSame)) {
+        return Replace(other, placeholder, kHidden);
+      }
     }
+  }
+  return Mask(error);
+}
+
+// The longest secret first: another one may be a part of it.
+std::string ExplainedCall::Mask(std::string text) const {
+  std::vector<std::string> secrets(secrets_.begin(), secrets_.end());
+  std::sort(secrets.begin(), secrets.end(),
+            [](const auto& left, const auto& right) { return left.size() > right.size(); });
+  for (const std::string& secret : secrets) {
+    text = Replace(text, secret, kHidden);
   }
   return text;
 }

@@ -35,6 +35,7 @@ class ExplainedCall {
   std::shared_ptr<AutoCli::CommandInput> HideSecrets(const std::string& placeholder) const;
 
   /// `text` with "***" in place of each value of a secret.
+  std::string HideSecretsIn(const std::string& error) const;
   std::string Mask(std::string text) const;
 
  private:

@@ -1,6 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -10,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "autocli/text/TerminalText.h"
 #include "kestrel/Version.h"
 #include "kestrel/autocli/CliDispatcher.h"
 #include "tools/explain/Explain.h"
@@ -38,7 +41,8 @@ constexpr const char* kUsage =
     "2 if they cannot be explained.\n";
 
 void Complain(const std::string& text) {
-  std::fputs(("vexil-explain: " + text + "\n").c_str(), stderr);
+  const std::string message = "vexil-explain: " + text + "\n";
+  std::fputs(Kestrel::AutoCli::MessageFor(STDERR_FILENO, message).c_str(), stderr);
 }
 
 /// Returns whether all output was written. If not, reports the error.
@@ -105,7 +109,8 @@ int Run(std::vector<std::string> arguments) {
   if (!own.empty()) {
     return PrintShell(explanation, own == "--shell-input");
   }
-  if (!Print(WriteReport(explanation))) {
+  // The words may control a terminal.
+  if (!Print(Kestrel::AutoCli::MessageFor(STDOUT_FILENO, WriteReport(explanation)))) {
     return kCouldNotRun;
   }
   return explanation.errors.empty() ? EXIT_SUCCESS : kNotValid;

@@ -67,6 +67,16 @@ void PrepareChild(pid_t parent) {
   setrlimit(RLIMIT_CORE, &noCore);
 }
 
+// The child replaces its standard streams. An end of the pipe has such a number if this process was
+// started without a stream.
+void MoveAboveStreams(int& descriptor) {
+  if (descriptor <= STDERR_FILENO) {
+    const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    close(descriptor);
+    descriptor = moved;
+  }
+}
+
 [[noreturn]] void RunChild(int descriptor, const std::function<void(const Send&)>& work) {
   try {
     work([descriptor](const std::string& line) { WriteAll(descriptor, line + "\n"); });
@@ -142,6 +152,8 @@ IsolatedRun::IsolatedRun(const std::function<void(const Send&)>& work) {
   if (pipe2(ends, O_CLOEXEC) != 0) {
     throw KestrelException(std::string("cannot make a pipe: ") + std::strerror(errno));
   }
+  MoveAboveStreams(ends[0]);
+  MoveAboveStreams(ends[1]);
   input_ = ends[0];
   prctl(PR_SET_CHILD_SUBREAPER, 1);
   const pid_t parent = getpid();

@@ -3,6 +3,8 @@
 
 #include "tools/lint/Lint.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
@@ -36,19 +38,33 @@ bool HasSuffix(const std::string& file, const std::string& suffix) {
          file.compare(file.size() - suffix.size(), suffix.size(), suffix) == 0;
 }
 
-std::optional<std::string> ReadFile(const std::string& file) {
-  std::ifstream in(file, std::ios_base::binary);
-  if (!in || std::filesystem::is_directory(file)) {
-    return std::nullopt;
+// Why a file cannot be read; empty if it can. A pipe or a device may have no end.
+std::string FindObstacle(const std::string& file) {
+  std::error_code error;
+  const auto type = std::filesystem::status(file, error).type();
+  if (!error && type != std::filesystem::file_type::regular) {
+    return "it is not a regular file";
   }
-  std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-  return in.bad() ? std::nullopt : std::optional(std::move(text));
+  return access(file.c_str(), R_OK) == 0 ? std::string() : std::strerror(errno);
 }
 
-// The plug-ins in a folder, in the order of the loader.
-std::vector<std::string> ListFolder(const std::string& folder) {
+std::string ReadFile(const std::string& file) {
+  std::ifstream in(file, std::ios_base::binary);
+  return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+}
+
+// The plug-ins in a folder, in the order of the loader. Appends the folders that cannot be read.
+std::vector<std::string> ListFolder(const std::string& folder,
+                                    std::vector<std::string>& unreadable) {
   std::vector<std::string> all;
-  for (const std::string& part : {folder + "/lib64", folder, folder + "/ext"}) {
+  std::error_code obstacle;
+  std::filesystem::directory_iterator(folder, obstacle);
+  if (obstacle) {
+    unreadable.push_back("cannot read " + folder + ": " + obstacle.message());
+    return all;
+  }
+  for (const char* const inner : {"/lib64", "", "/ext/lib64", "/ext"}) {
+    const std::string part = folder + inner;
     std::set<std::string> files;
     std::error_code error;
     for (const auto& entry : std::filesystem::directory_iterator(part, error)) {
@@ -58,6 +74,9 @@ std::vector<std::string> ListFolder(const std::string& folder) {
       }
     }
     all.insert(all.end(), files.begin(), files.end());
+    if (error && error != std::errc::no_such_file_or_directory) {
+      unreadable.push_back("cannot read " + part + ": " + error.message());
+    }
   }
   return all;
 }
@@ -74,16 +93,16 @@ class Linter {
   }
 
   void Examine(const std::string& file) {
-    const std::optional<std::string> text = ReadFile(file);
-    if (!text) {
-      result.unreadable.push_back("cannot read " + file + ": " + std::strerror(errno));
+    const std::string obstacle = FindObstacle(file);
+    if (!obstacle.empty()) {
+      result.unreadable.push_back("cannot read " + file + ": " + obstacle);
       return;
     }
     FileReport report(file, suppressed_);
     if (HasSuffix(file, ".so")) {
       ExamineObject(file, report);
     } else {
-      ExamineDescriptor(*text, report);
+      ExamineDescriptor(ReadFile(file), report);
     }
     before_.push_back(file);
     const std::vector<Finding>& findings = report.GetFindings();
@@ -165,7 +184,8 @@ LintResult LintFiles(const std::vector<std::string>& paths,
   for (const std::string& path : paths) {
     std::error_code error;
     const bool isFolder = std::filesystem::is_directory(path, error);
-    for (const std::string& file : isFolder ? ListFolder(path) : std::vector<std::string>{path}) {
+    for (const std::string& file :
+         isFolder ? ListFolder(path, linter.result.unreadable) : std::vector<std::string>{path}) {
       if (seen.insert(file).second) {
         linter.Examine(file);
       }

@@ -19,14 +19,21 @@ namespace {
 
 constexpr const char* kDigits = "0123456789abcdef";
 
+// Shows control characters, also U+0080 to U+009F, which some terminals interpret as commands.
 std::string WithoutControls(const std::string& text) {
   std::string safe;
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte < 0x20 || byte == 0x7F) {
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    auto byte = static_cast<unsigned char>(text[i]);
+    const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : '\0');
+    const bool isPair = byte == 0xC2 && next >= 0x80 && next < 0xA0;
+    if (isPair) {
+      byte = next;
+      ++i;
+    }
+    if (isPair || byte < 0x20 || byte == 0x7F) {
       safe += std::string("\\x") + kDigits[byte >> 4U] + kDigits[byte & 0xFU];
     } else {
-      safe += c;
+      safe += text[i];
     }
   }
   return safe;

@@ -57,7 +57,19 @@ class Listener {
   explicit Listener(ObjectReport& report) : report_(report) {}
 
   void Take(const std::string& line) {
-    const json value = json::parse(line);
+    try {
+      Read(json::parse(line));
+    } catch (const std::exception&) {  // the plug-in has written into the pipe
+      isGarbled = true;
+    }
+  }
+
+  std::string step;
+  bool isComplete = false;
+  bool isGarbled = false;
+
+ private:
+  void Read(const json& value) {
     if (value.contains("enter")) {
       step = value["enter"].get<std::string>();
     } else if (value.contains("fault")) {
@@ -71,10 +83,6 @@ class Listener {
     }
   }
 
-  std::string step;
-  bool isComplete = false;
-
- private:
   ObjectReport& report_;
 };
 
@@ -101,6 +109,10 @@ ObjectReport ExamineSharedObject(const std::string& file, const std::vector<std:
                              "it makes no progress for " + std::to_string(patience.count()) +
                                  " ms at: " + listener.step,
                              "end every loop and wait"});
+  } else if (listener.isGarbled) {
+    report.faults.push_back(
+        {"object-crash", "it writes to file descriptors that are not its own, at: " + listener.step,
+         "write only to what the plug-in has opened"});
   } else if (!listener.isComplete && !IsExplained(status, report)) {
     report.faults.push_back({"object-crash",
                              Isolation::DescribeEnd(status) + " at: " + listener.step,

@@ -1,6 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -11,7 +13,9 @@
 #include <string_view>
 #include <vector>
 
+#include "autocli/text/TerminalText.h"
 #include "kestrel/Version.h"
+#include "tools/isolation/IsolatedRun.h"
 #include "tools/lint/Lint.h"
 #include "tools/lint/Output.h"
 #include "tools/lint/Rules.h"
@@ -134,7 +138,8 @@ class ArgumentReader {
 };
 
 void Complain(const std::string& text) {
-  std::fputs(("vexil-lint: " + text + "\n").c_str(), stderr);
+  const std::string message = "vexil-lint: " + text + "\n";
+  std::fputs(Kestrel::AutoCli::MessageFor(STDERR_FILENO, message).c_str(), stderr);
 }
 
 /// Returns whether all of the text was written. Reports why not.
@@ -155,6 +160,7 @@ int Run(int argc, char** argv) {
   if (!arguments.answer.empty()) {
     return Print(arguments.answer) ? EXIT_SUCCESS : kUsageError;
   }
+  Kestrel::Isolation::KillOnInterrupt();
   const Kestrel::Lint::LintResult result =
       Kestrel::Lint::LintFiles(arguments.paths, arguments.suppressed);
   for (const std::string& message : result.unreadable) {

@@ -192,6 +192,14 @@ class Checker:
                         os.path.realpath(plugins) + " can be written by every user",
                         f"a folder that all can write: {rows}")
             self.expect(rows[file]["Folders"][-1]["Mode"] == f"{mode:04o}", "the mode of the folder")
+        link = os.path.join(plugins, "link.so")
+        other = os.path.join(folder, "other.so")
+        self.copy("EchoPlugin", other)
+        os.symlink(other, link)
+        status, rows = self.list(link)
+        self.expect(status == 1 and rows[link]["State"] == "faulty",
+                    f"a link that all can replace: {rows}")
+        os.remove(link)
         os.chmod(plugins, 0o755)
         os.chmod(file, 0o775)
         status, rows = self.list(file)
@@ -204,6 +212,15 @@ class Checker:
         done = self.run(file)
         self.expect(done.returncode == 0 and "loaded" in done.stdout and done.stderr == "",
                     f"a plug-in that works: {done}")
+        done = subprocess.run(["sh", "-c", '"$0" "$1" <&- 2>&-', self.program, file],
+                              stdout=subprocess.PIPE, check=False)
+        self.expect(done.returncode == 0 and b"loaded" in done.stdout, f"closed streams: {done}")
+        strange = os.path.join(folder, "a\x1b[31m\nb.xml")
+        with open(strange, "w", encoding="utf-8") as plugin:
+            plugin.write("<x/>")
+        done = self.run(strange)
+        self.expect("a\\x1B[31m b.xml" in done.stdout and "\x1b" not in done.stdout + done.stderr,
+                    f"a name that controls a terminal: {done}")
         with open("/dev/full", "w", encoding="utf-8") as full:
             done = subprocess.run([self.program, file], stdout=full, stderr=subprocess.PIPE,
                                   check=False)

@@ -152,6 +152,10 @@ class Checker:
             refused = self.explain("--plugin", self.file, "try", "secret", "--password", value)
             self.expect(refused.returncode == 1 and b"constraint not met" in refused.stdout and
                         b"\x01" not in refused.stdout, f"a secret that is not valid: {refused}")
+        # A mask of one letter, or of a word of the message, would show which one is the secret.
+        texts = {self.explain("--plugin", self.file, "try", "secret", "--password", value).stdout
+                 for value in ("x", "e", "In")}
+        self.expect(len(texts) == 1 and b"Invalid data constraint" in texts.pop(), f"{texts}")
 
     def check_report(self):
         done = self.explain("--plugin", self.file, "--formatter=json", "--format-param", "a=b", "try",

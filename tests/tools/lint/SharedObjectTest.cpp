@@ -56,6 +56,13 @@ TEST(SharedObjectTest, ReportsAFileThatIsNoSharedObject) {
   EXPECT_THAT(report.tree.commands, IsEmpty());
 }
 
+TEST(SharedObjectTest, SurvivesWhatAPluginWritesIntoThePipe) {
+  const ObjectReport report = Examine("ConstructorPluginScribble");
+  ASSERT_THAT(report.faults, SizeIs(1));
+  EXPECT_EQ(report.faults[0].rule, "object-crash");
+  EXPECT_THAT(report.faults[0].what, HasSubstr("file descriptors that are not its own"));
+}
+
 TEST(SharedObjectTest, LoadsThePluginsBeforeItFirst) {
   const std::string file = Testing::TestPluginPath("DuplicatePlugin");
   const ObjectReport alone = ExamineSharedObject(file, {}, kPatience);

@@ -13,6 +13,7 @@ import glob
 import json
 import os
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -65,6 +66,25 @@ class Checker:
         done = self.run(missing, bad)
         self.expect(done.returncode == 2 and bad in done.stdout and missing in done.stderr,
                     f"a file that is missing: {done}")
+        pipe = os.path.join(folder, "pipe.xml")
+        os.mkfifo(pipe)
+        done = self.run(pipe, bad)
+        self.expect(done.returncode == 2 and bad in done.stdout and
+                    f"cannot read {pipe}: it is not a regular file" in done.stderr, f"a pipe: {done}")
+        os.remove(pipe)
+        if os.geteuid() == 0:
+            os.chmod(folder, 0o700)
+            done = subprocess.run([self.program, folder], capture_output=True, text=True, user=65534,
+                                  check=False)
+            self.expect(done.returncode == 2 and done.stderr ==
+                        f"vexil-lint: cannot read {folder}: Permission denied\n",
+                        f"a folder without rights: {done}")
+        inner = os.path.join(folder, "ext", "lib64")
+        os.makedirs(inner)
+        shutil.copy(bad, inner)
+        done = self.run(folder)
+        self.expect(os.path.join(inner, "bad.xml") in done.stdout, f"ext/lib64: {done}")
+        shutil.rmtree(os.path.join(folder, "ext"))
         done = self.run("--suppress", "version", "--suppress=element-missing", bad)
         self.expect(done.returncode == 0 and done.stdout == "", f"suppressed: {done}")
         for form, key in (("json", "findings"), ("sarif", "runs")):

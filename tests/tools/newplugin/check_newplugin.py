@@ -73,6 +73,7 @@ class Checker:
         self.refuse(1, "No such file or directory", NAME, "--native", "--in", "nowhere")
         self.check_overwriting()
         self.check_output()
+        self.check_author()
         self.expect(os.listdir(self.folder) == [], f"left: {os.listdir(self.folder)}")
 
     def check_overwriting(self):
@@ -94,6 +95,20 @@ class Checker:
                                   stderr=subprocess.PIPE, check=False, text=True)
         self.expect(done.returncode == 1 and done.stderr == "vexil-newplugin: cannot write to "
                     "standard output: No space left on device\n", f"{done}")
+
+        done = subprocess.run(["sh", "-c", "vexil-newplugin --version >&-"], env=self.environment,
+                              capture_output=True, check=False)
+        self.expect(done.returncode == 1, f"a closed output: {done}")
+
+    def check_author(self):
+        """The name of the author becomes a field of a control file, which has one line."""
+        names = {**self.environment, "DEBFULLNAME": "Ada\nSection: evil\udcff", "DEBEMAIL": "a@b.c"}
+        done = subprocess.run(["vexil-newplugin", "authored", "--native"], cwd=self.folder, env=names,
+                              capture_output=True, check=False)
+        with open(os.path.join(self.folder, "authored", "debian", "control"),
+                  encoding="utf-8") as file:
+            self.expect("Maintainer: Ada Section: evil? <a@b.c>\n" in file.read(), f"{done}")
+        shutil.rmtree(os.path.join(self.folder, "authored"))
 
     # native, descriptor
 
