@@ -15,6 +15,7 @@
 #include "kestrel/autocli/Namespace.h"
 #include "kestrel/autocli/RootNamespace.h"
 #include "support/SampleCommands.h"
+#include "support/Sanitizer.h"
 
 namespace Kestrel::Testing {
 
@@ -130,6 +131,9 @@ TEST_F(SuggestionsTest, OffersNothingForMoreWordsThanAPathHas) {
 }
 
 TEST_F(SuggestionsTest, EndsInATreeThatContainsItself) {
+  if (kIsSanitized) {
+    GTEST_SKIP() << "a tree that contains itself is never released";
+  }
   const auto loop = AutoCli::Namespace::New();
   dispatcher_.GetRootNamespace()->RegisterNamespaceNode(loop, "loop");
   loop->RegisterNamespaceNode(loop, "loop");
@@ -137,6 +141,9 @@ TEST_F(SuggestionsTest, EndsInATreeThatContainsItself) {
 }
 
 TEST_F(SuggestionsTest, ListsABoundedNumberOfPaths) {
+  if (kIsSanitized) {
+    GTEST_SKIP() << "a tree that contains itself is never released";
+  }
   const auto loop = AutoCli::Namespace::New();
   for (const char* name : {"a1", "b1", "c1"}) {
     loop->RegisterNamespaceNode(loop, name);

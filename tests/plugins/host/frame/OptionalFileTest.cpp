@@ -15,6 +15,7 @@
 #include "kestrel/KestrelException.h"
 #include "plugins/host/frame/HostFile.h"
 #include "plugins/host/support/PlainUser.h"
+#include "support/Sanitizer.h"
 #include "support/ScopedTempDir.h"
 
 namespace Kestrel::Host {
@@ -108,6 +109,9 @@ TEST(OptionalFileTest, ALoopOfLinksIsAnError) {
 }
 
 TEST(OptionalFileTest, TooManyOpenFilesAreAnError) {
+  if (Testing::kIsSanitized) {
+    GTEST_SKIP() << "the sanitizer needs descriptors of its own";
+  }
   const ScopedTempDir folder;
   const std::string file = folder.Write("file", "text");
   const NoMoreFiles none;

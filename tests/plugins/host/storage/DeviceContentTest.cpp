@@ -14,6 +14,7 @@
 
 #include "plugins/host/frame/FileDescriptor.h"
 #include "plugins/host/support/FileLimit.h"
+#include "support/Sanitizer.h"
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
@@ -96,6 +97,9 @@ TEST(DeviceContentTest, AFileThatCannotBeReadIsAnError) {
 }
 
 TEST(DeviceContentTest, ADeviceThatCannotBeOpenedBecauseOfALimitIsAnError) {
+  if (Testing::kIsSanitized) {
+    GTEST_SKIP() << "the sanitizer needs descriptors of its own";
+  }
   const Testing::FileLimit limit(0);
   EXPECT_THAT([&] { ReadDeviceProperties(kNumber, "/nowhere"); },
               ThrowsMessage<KestrelException>("Unable to read /nowhere/b8:1: Too many open files"));

@@ -19,6 +19,7 @@
 #include "plugins/host/storage/TreeUsage.h"
 #include "plugins/host/support/FileLimit.h"
 #include "plugins/host/support/PlainUser.h"
+#include "support/Sanitizer.h"
 #include "support/ScopedTempDir.h"
 
 // If the system refuses access to a reader, the result is an error and not a shorter list.
@@ -109,6 +110,9 @@ TEST(StorageErrorTest, ADeviceWithAnUnreadableSizeIsNotLost) {
 }
 
 TEST(StorageErrorTest, FailingToStartAChildIsAnError) {
+  if (Testing::kIsSanitized) {
+    GTEST_SKIP() << "the sanitizer needs descriptors of its own";
+  }
   const FileLimit limit(0);
   EXPECT_THAT(
       [] {

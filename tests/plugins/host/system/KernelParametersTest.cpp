@@ -12,6 +12,7 @@
 #include "kestrel/KestrelException.h"
 #include "plugins/host/support/Namespaces.h"
 #include "plugins/host/support/PlainUser.h"
+#include "support/Sanitizer.h"
 #include "support/ScopedTempDir.h"
 
 namespace Kestrel::Host {
@@ -103,6 +104,9 @@ TEST_F(KernelParametersTest, ReportsAFolderThatTheUserMayNotRead) {
 }
 
 TEST_F(KernelParametersTest, ReportsTooManyOpenFiles) {
+  if (Testing::kIsSanitized) {
+    GTEST_SKIP() << "the sanitizer needs descriptors of its own";
+  }
   EXPECT_EQ(Testing::RunInNamespaces(0,
                                      [this] {
                                        const rlimit few = {3, 3};
