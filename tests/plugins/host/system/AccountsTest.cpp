@@ -18,6 +18,7 @@
 #include "plugins/host/support/Namespaces.h"
 #include "plugins/host/support/PlainUser.h"
 #include "plugins/host/system/GroupNames.h"
+#include "support/Sanitizer.h"
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
@@ -144,6 +145,9 @@ TEST_P(AccountErrorTest, AFileWithoutThePermissionToReadItIsAnError) {
 }
 
 TEST_P(AccountErrorTest, TooManyOpenFilesAreAnError) {
+  if (Testing::kIsSanitized) {
+    GTEST_SKIP() << "the sanitizer needs descriptors of its own";
+  }
   const std::string refusal = Testing::RunInNamespaces(0, [] {
     const rlimit none = {0, 0};
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
