@@ -74,6 +74,7 @@ HEADERS_WITHOUT_A_SOURCE = {
     "include/kestrel/testing/Catch2.h": "autocli/dispatch",
     "include/kestrel/testing/GoogleTest.h": "autocli/dispatch",
     "include/kestrel/testing/Golden.h": "autocli/dispatch",
+    "include/kestrel/testing/ShellWords.h": "autocli/dispatch",
     "include/kestrel/testing/Verdict.h": "autocli/dispatch",
 }
 # The test frameworks that public headers may include.

@@ -5,10 +5,8 @@
 
 #include <unistd.h>
 
-#include <cstdlib>
 #include <list>
 #include <memory>
-#include <string_view>
 #include <utility>
 
 #include "kestrel/KestrelException.h"
@@ -21,6 +19,7 @@
 #include "tools/explain/ExplainedCall.h"
 #include "tools/explain/ShellTexts.h"
 #include "vexil/CommandLine.h"
+#include "vexil/PrettyRequest.h"
 #include "vexil/Words.h"
 
 namespace Kestrel::Explain {
@@ -40,9 +39,8 @@ constexpr const char* kOfEnvironment = "VEXIL_TERMINAL_FORMATTER";
 // On a terminal, the user may choose `pretty` in place of the default formatters for people. The
 // tool uses it for ordinary results only.
 bool IsPrettyWanted(const std::string& formatter) {
-  const char* const wanted = std::getenv("VEXIL_TERMINAL_FORMATTER");
-  return wanted != nullptr && std::string_view(wanted) == "pretty" && isatty(STDOUT_FILENO) != 0 &&
-         (formatter == "table" || formatter == "simple");
+  return Vexil::IsPrettyRequested() && Vexil::YieldsToPretty(formatter) &&
+         isatty(STDOUT_FILENO) == 1;
 }
 
 /// Explains one line.

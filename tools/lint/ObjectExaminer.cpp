@@ -34,6 +34,7 @@
 #include "kestrel/callspec/Output.h"
 #include "kestrel/callspec/OutputSpec.h"
 #include "kestrel/callspec/ParameterSpec.h"
+#include "kestrel/testing/ShellWords.h"
 #include "tools/catalog/ReadTree.h"
 #include "tools/isolation/PluginFaults.h"
 #include "tools/lint/FileReport.h"
@@ -61,34 +62,6 @@ std::vector<std::string> SplitWords(const std::string& path) {
     const std::size_t end = std::min(path.find(' ', begin), path.size());
     words.push_back(path.substr(begin, end - begin));
     begin = end + 1;
-  }
-  return words;
-}
-
-// The words of an example as a shell splits them; expansions are left as they are.
-std::vector<std::string> SplitShellWords(const std::string& text) {
-  std::vector<std::string> words;
-  bool isOpen = false;
-  char quote = '\0';
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const char c = text[i];
-    if (quote == '\0' && (c == ' ' || c == '\n')) {
-      isOpen = false;
-      continue;
-    }
-    if (!isOpen) {
-      words.emplace_back();
-      isOpen = true;
-    }
-    if (c == quote) {
-      quote = '\0';
-    } else if (quote == '\0' && (c == '\'' || c == '"')) {
-      quote = c;
-    } else if (c == '\\' && quote != '\'' && i + 1 < text.size()) {
-      words.back() += text[++i];
-    } else {
-      words.back() += c;
-    }
   }
   return words;
 }
@@ -212,7 +185,7 @@ class CommandExaminer {
   void CheckExample(const std::string& arguments) {
     AutoCli::OptionParser parser;
     std::vector<std::string> words = SplitWords(path_);
-    const std::vector<std::string> typed = SplitShellWords(arguments);
+    const std::vector<std::string> typed = Testing::SplitShellWords(arguments);
     words.insert(words.end(), typed.begin(), typed.end());
     parser.ParseVector(std::move(words));
     parser.SetInputSpec(command_.GetInputSpec());

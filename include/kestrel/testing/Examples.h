@@ -12,39 +12,11 @@
 #include "kestrel/autocli/ExtensionCommand.h"
 #include "kestrel/callspec/InputSpec.h"
 #include "kestrel/testing/Shape.h"
+#include "kestrel/testing/ShellWords.h"
 #include "kestrel/testing/TestTool.h"
 #include "kestrel/testing/Verdict.h"
 
 namespace Kestrel::Testing {
-
-/// Splits text into words as a shell does: at spaces outside quotes, without the quotes and the
-/// backslashes. Expansions are not performed.
-inline Words SplitShellWords(const std::string& text) {
-  Words words;
-  bool isOpen = false;
-  char quote = '\0';
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const char c = text[i];
-    if (quote == '\0' && (c == ' ' || c == '\n')) {
-      isOpen = false;
-      continue;
-    }
-    if (!isOpen) {
-      words.emplace_back();
-      isOpen = true;
-    }
-    if (c == quote) {
-      quote = '\0';
-    } else if (quote == '\0' && (c == '\'' || c == '"')) {
-      quote = c;
-    } else if (c == '\\' && quote != '\'' && i + 1 < text.size()) {
-      words.back() += text[++i];
-    } else {
-      words.back() += c;
-    }
-  }
-  return words;
-}
 
 /// Whether the meta-data of a command says that it changes something.
 inline bool Changes(const AutoCli::Command& command) {
