@@ -27,7 +27,7 @@ mkdir "$work/files/earlier" "$work/files/built" "$work/files/later" "$work/files
 cp "$1"/*.deb "$work/files/earlier"
 cp "$2"/*.deb "$work/files/built"
 cp "$3"/*.deb "$work/files/later"
-mount --bind --options ro "$PWD" "$work/files/source"
+mount --bind --options ro "$PWD" "$work/root/mnt/source"
 
 inside() { chroot "$work/root" env LC_ALL=C.UTF-8 PATH=/usr/sbin:/usr/bin:/sbin:/bin "$@"; }
 
