@@ -34,8 +34,10 @@ FAULTY_XR = re.compile(r".*referenced manual not found: Xr (\S+) (\d)")
 VARIABLE = re.compile(r'(?:getenv|environ\.get)\("(\w+)"\)')
 PASSED_ON = re.compile(r"kPassedOn\[\] = \{(.*?)\}", re.DOTALL)
 FILE_NAME = re.compile(r"\b[\w-]+\.(?:xml|cpp|json|txt)\b")
-# The folders of each program's own sources; every other program is in tools/ under its last name.
-SOURCES = {"vexil": ["autocli", "callspec", "metaobj", "platform", "vexil", "plugins"]}
+# The folders and files of each program's own sources; every other program is in tools/ under its
+# last name.
+SOURCES = {"vexil": ["autocli", "callspec", "metaobj", "platform", "vexil", "plugins"],
+           "vexil-explain": ["tools/explain", "vexil/PrettyRequest.cpp"]}
 # The key of a format parameter for one type, as a page writes it and as the tool completes it.
 SAMPLE_TYPE, SAMPLE_FIELD = "VexilCommand", ("Command", "Description", "Namespace")
 
@@ -45,6 +47,14 @@ def output_of(*command, env=None, status=0):
     done = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, env=env,
                           stderr=subprocess.PIPE, timeout=60, check=False)
     return done.stdout.decode() if done.returncode == status else None
+
+
+def sources_in(place):
+    """The source files in a folder; a file is its own only one."""
+    if os.path.isfile(place):
+        return [place]
+    return glob.glob(os.path.join(place, "**", "*.cpp"), recursive=True) + \
+        glob.glob(os.path.join(place, "*.py.in"))
 
 
 def complaints_of(*command):
@@ -158,11 +168,10 @@ class Checker:
         self.compare(page, "exit status", page.statuses(), {status for status, _ in cases})
 
     def check_variables(self, page):
-        folders = SOURCES.get(page.name, ["tools/" + page.name.split("-", 1)[-1]])
+        places = SOURCES.get(page.name, ["tools/" + page.name.split("-", 1)[-1]])
         variables = set()
-        for folder in folders:
-            for path in glob.glob(os.path.join(ROOT, folder, "**", "*.cpp"), recursive=True) + \
-                    glob.glob(os.path.join(ROOT, folder, "*.py.in")):
+        for place in places:
+            for path in sources_in(os.path.join(ROOT, place)):
                 with open(path, encoding="utf-8") as file:
                     source = file.read()
                 variables |= set(VARIABLE.findall(source))
