@@ -1,0 +1,5 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+//
+// The target that compiles the common headers of the tests needs a source. It is never run.
+int main() { return 0; }
