@@ -105,7 +105,7 @@ class OwnSystemdTest : public ::testing::Test {
       if (Shell(kStart)) {
         tools_.Write("started", "");
         body();
-        Shell(kEnd);
+        EXPECT_TRUE(Shell(kEnd)) << tools_.Read("output");
       }
     });
     if (!refusal.empty() || ::access(tools_.GetPath("started").c_str(), F_OK) != 0) {
@@ -130,7 +130,7 @@ class OwnSystemdTest : public ::testing::Test {
 
  private:
   // It needs a folder that indicates a running systemd, and a folder in which it may create control
-  // groups.
+  // groups: one of its own, because another instance would end the services in it.
   static constexpr char kStart[] = R"sh(
 mount -t tmpfs none /run
 mkdir -p /run/systemd/system /run/user-files /run/home/.config/systemd
@@ -140,8 +140,8 @@ if [ "$(stat -fc %T /sys/fs/cgroup)" != cgroup2fs ]; then
   umount -R /sys/fs/cgroup
   mount -t cgroup2 none /sys/fs/cgroup
 fi
-mkdir "/sys/fs/cgroup/kestrel-test-$PPID"
-echo "$PPID" >"/sys/fs/cgroup/kestrel-test-$PPID/cgroup.procs"
+mkdir "/sys/fs/cgroup/${1##*/}"
+echo $$ >"/sys/fs/cgroup/${1##*/}/cgroup.procs"
 /lib/systemd/systemd --user </dev/null >"$1/log" 2>&1 &
 for attempt in 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20; do
   sleep 0.25
@@ -152,13 +152,11 @@ exit 1
 )sh";
   static constexpr char kEnd[] = R"sh(
 systemctl exit || true
-for attempt in 1 2 3 4 5 6 7 8 9 10; do
-  if ! systemctl is-system-running; then break; fi
+for attempt in 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20; do
+  if find "/sys/fs/cgroup/${1##*/}" -depth -type d -exec rmdir {} +; then exit 0; fi
   sleep 0.2
 done
-echo "$PPID" >/sys/fs/cgroup/cgroup.procs
-sleep 0.2
-find "/sys/fs/cgroup/kestrel-test-$PPID" -depth -type d -exec rmdir {} +
+exit 1
 )sh";
 
   const ScopedTempDir tools_;
