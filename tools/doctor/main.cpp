@@ -1,23 +1,20 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include <unistd.h>
-
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <iostream>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "autocli/text/TerminalText.h"
 #include "kestrel/Version.h"
 #include "kestrel/autocli/CliDispatcher.h"
 #include "kestrel/autocli/DisplayContext.h"
 #include "kestrel/callspec/Output.h"
+#include "tools/console/Console.h"
 #include "tools/doctor/Doctor.h"
 #include "tools/doctor/PluginTable.h"
 #include "tools/isolation/IsolatedRun.h"
@@ -27,6 +24,7 @@ namespace {
 
 using Kestrel::AutoCli::CliDispatcher;
 using Kestrel::AutoCli::FormatParameters;
+using Kestrel::Console::Console;
 
 constexpr int kCouldNotRun = 2;
 constexpr std::chrono::milliseconds kPatience(2000);
@@ -92,36 +90,22 @@ class ArgumentReader {
   Arguments arguments_;
 };
 
-void Complain(const std::string& text) {
-  const std::string message = "vexil-doctor: " + text + "\n";
-  std::fputs(Kestrel::AutoCli::MessageFor(STDERR_FILENO, message).c_str(), stderr);
-}
-
-/// Returns whether all output was written. If not, reports the error.
-bool Flush() {
-  std::cout.flush();
-  const bool isWritten = std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && std::cout.good();
-  if (!isWritten) {
-    Complain("cannot write to standard output");
-  }
-  return isWritten;
-}
-
 bool Print(CliDispatcher& dispatcher, const std::string& formatter,
-           const Kestrel::Doctor::DoctorResult& result) {
+           const Kestrel::Doctor::DoctorResult& result, const Console& console) {
   const auto output = Kestrel::CallSpec::Output::New();
   output->SetRootObject(Kestrel::Doctor::MakeTable(result.plugins));
   FormatParameters format = Kestrel::Doctor::MakeFormat(formatter);
   Kestrel::AutoCli::DisplayContext display;
   dispatcher.GetDisplayContext(display);
-  dispatcher.FormatOutput(output, format, display, std::cout);
+  std::ostringstream list;
+  dispatcher.FormatOutput(output, format, display, list);
   for (const std::string& error : output->GetErrors()) {
-    Complain(error);
+    console.Complain(error);
   }
-  return Flush() && !output->HasError();
+  return console.Print(list.str()) && !output->HasError();
 }
 
-int Run(int argc, char** argv) {
+int Run(int argc, char** argv, const Console& console) {
   const Arguments arguments = ArgumentReader(argc, argv).Run();
   CliDispatcher dispatcher;
   dispatcher.RegisterPlugin(std::make_shared<Kestrel::Formats::FormatsPlugin>());
@@ -130,29 +114,29 @@ int Run(int argc, char** argv) {
     error = "there is no formatter " + arguments.formatter;
   }
   if (!error.empty()) {
-    Complain(error + "; see vexil-doctor --help");
+    console.Complain(error + "; see vexil-doctor --help");
     return kCouldNotRun;
   }
   if (!arguments.answer.empty()) {
-    std::cout << arguments.answer;
-    return Flush() ? EXIT_SUCCESS : kCouldNotRun;
+    return console.Print(arguments.answer) ? EXIT_SUCCESS : kCouldNotRun;
   }
   Kestrel::Isolation::KillOnInterrupt();
   const Kestrel::Doctor::DoctorResult result =
       Kestrel::Doctor::ExaminePlugins(arguments.paths, kPatience);
   for (const std::string& message : result.unreadable) {
-    Complain(message);
+    console.Complain(message);
   }
-  return Print(dispatcher, arguments.formatter, result) ? StatusOf(result) : kCouldNotRun;
+  return Print(dispatcher, arguments.formatter, result, console) ? StatusOf(result) : kCouldNotRun;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  const Console console("vexil-doctor");
   try {
-    return Run(argc, argv);
+    return Run(argc, argv, console);
   } catch (const std::exception& error) {
-    Complain(error.what());
+    console.Complain(error.what());
     return kCouldNotRun;
   }
 }

@@ -3,10 +3,7 @@
 
 #include <unistd.h>
 
-#include <cerrno>
-#include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <exception>
 #include <memory>
 #include <string>
@@ -15,6 +12,7 @@
 #include "autocli/text/TerminalText.h"
 #include "kestrel/Version.h"
 #include "kestrel/autocli/CliDispatcher.h"
+#include "tools/console/Console.h"
 #include "tools/explain/Explain.h"
 #include "tools/explain/WriteReport.h"
 #include "vexil/CommandLine.h"
@@ -22,6 +20,7 @@
 
 namespace {
 
+using Kestrel::Console::Console;
 using Kestrel::Explain::Explanation;
 
 constexpr int kNotValid = 1;
@@ -39,20 +38,6 @@ constexpr const char* kUsage =
     "\n"
     "All other options are those of vexil. The status is 0 if the arguments are valid, 1 if not,\n"
     "2 if they cannot be explained.\n";
-
-void Complain(const std::string& text) {
-  const std::string message = "vexil-explain: " + text + "\n";
-  std::fputs(Kestrel::AutoCli::MessageFor(STDERR_FILENO, message).c_str(), stderr);
-}
-
-/// Returns whether all output was written. If not, reports the error.
-bool Print(const std::string& text) {
-  if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0) {
-    return true;
-  }
-  Complain(std::string("cannot write to standard output: ") + std::strerror(errno));
-  return false;
-}
 
 /// Removes the first argument if it is an option of this program. Returns it, or an empty string.
 std::string TakeOwnOption(std::vector<std::string>& arguments) {
@@ -73,32 +58,33 @@ bool IsHelpWanted(const std::vector<std::string>& arguments) {
   return false;
 }
 
-int PrintShell(const Explanation& explanation, bool isInput) {
+int PrintShell(const Explanation& explanation, bool isInput, const Console& console) {
   if (!explanation.errors.empty()) {
     for (const std::string& error : explanation.errors) {
-      Complain(error);
+      console.Complain(error);
     }
     return kNotValid;
   }
   if (!explanation.shell.has_value()) {
-    Complain("no shell would be started");
+    console.Complain("no shell would be started");
     return kCouldNotRun;
   }
   const std::string& text =
       isInput ? explanation.shell->standardInput : explanation.shell->commandLine;
-  return Print(text) ? EXIT_SUCCESS : kCouldNotRun;
+  return console.Print(text) ? EXIT_SUCCESS : kCouldNotRun;
 }
 
-int Run(std::vector<std::string> arguments) {
+int Run(std::vector<std::string> arguments, const Console& console) {
   const std::string own = TakeOwnOption(arguments);
   if (IsHelpWanted(arguments)) {
-    return Print(kUsage) ? EXIT_SUCCESS : kCouldNotRun;
+    return console.Print(kUsage) ? EXIT_SUCCESS : kCouldNotRun;
   }
   if (arguments == std::vector<std::string>{"--version"}) {
-    return Print("vexil-explain " KESTREL_VERSION_STRING "\n") ? EXIT_SUCCESS : kCouldNotRun;
+    return console.Print("vexil-explain " KESTREL_VERSION_STRING "\n") ? EXIT_SUCCESS
+                                                                       : kCouldNotRun;
   }
   if (arguments.empty()) {
-    Complain("no command line is given; see vexil-explain --help");
+    console.Complain("no command line is given; see vexil-explain --help");
     return kCouldNotRun;
   }
   // Static, so that the plug-in that has the class of an exception stays loaded.
@@ -107,10 +93,10 @@ int Run(std::vector<std::string> arguments) {
   dispatcher.AddDefaultDirectories();
   const Explanation explanation = Kestrel::Explain::ExplainLine(dispatcher, arguments);
   if (!own.empty()) {
-    return PrintShell(explanation, own == "--shell-input");
+    return PrintShell(explanation, own == "--shell-input", console);
   }
   // The words may control a terminal.
-  if (!Print(Kestrel::AutoCli::MessageFor(STDOUT_FILENO, WriteReport(explanation)))) {
+  if (!console.Print(Kestrel::AutoCli::MessageFor(STDOUT_FILENO, WriteReport(explanation)))) {
     return kCouldNotRun;
   }
   return explanation.errors.empty() ? EXIT_SUCCESS : kNotValid;
@@ -119,12 +105,13 @@ int Run(std::vector<std::string> arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  const Console console("vexil-explain");
   try {
-    return Run({argv + 1, argv + argc});
+    return Run({argv + 1, argv + argc}, console);
   } catch (const std::exception& error) {
-    Complain(error.what());
+    console.Complain(error.what());
   } catch (...) {
-    Complain("a plug-in threw an exception that is not a std::exception");
+    console.Complain("a plug-in threw an exception that is not a std::exception");
   }
   return kCouldNotRun;
 }

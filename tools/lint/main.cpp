@@ -1,20 +1,15 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <exception>
 #include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "autocli/text/TerminalText.h"
 #include "kestrel/Version.h"
+#include "tools/console/Console.h"
 #include "tools/isolation/IsolatedRun.h"
 #include "tools/lint/Lint.h"
 #include "tools/lint/Output.h"
@@ -22,6 +17,7 @@
 
 namespace {
 
+using Kestrel::Console::Console;
 using Kestrel::Lint::Finding;
 using Kestrel::Lint::Rule;
 
@@ -137,45 +133,32 @@ class ArgumentReader {
   Arguments arguments_;
 };
 
-void Complain(const std::string& text) {
-  const std::string message = "vexil-lint: " + text + "\n";
-  std::fputs(Kestrel::AutoCli::MessageFor(STDERR_FILENO, message).c_str(), stderr);
-}
-
-/// Returns whether all of the text was written. Reports why not.
-bool Print(const std::string& text) {
-  if (std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0) {
-    return true;
-  }
-  Complain(std::string("cannot write to standard output: ") + std::strerror(errno));
-  return false;
-}
-
-int Run(int argc, char** argv) {
+int Run(int argc, char** argv, const Console& console) {
   const Arguments arguments = ArgumentReader(argc, argv).Run();
   if (!arguments.error.empty()) {
-    Complain(arguments.error + "; see vexil-lint --help");
+    console.Complain(arguments.error + "; see vexil-lint --help");
     return kUsageError;
   }
   if (!arguments.answer.empty()) {
-    return Print(arguments.answer) ? EXIT_SUCCESS : kUsageError;
+    return console.Print(arguments.answer) ? EXIT_SUCCESS : kUsageError;
   }
   Kestrel::Isolation::KillOnInterrupt();
   const Kestrel::Lint::LintResult result =
       Kestrel::Lint::LintFiles(arguments.paths, arguments.suppressed);
   for (const std::string& message : result.unreadable) {
-    Complain(message);
+    console.Complain(message);
   }
-  return Print(arguments.write(result.findings)) ? StatusOf(result) : kUsageError;
+  return console.Print(arguments.write(result.findings)) ? StatusOf(result) : kUsageError;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  const Console console("vexil-lint");
   try {
-    return Run(argc, argv);
+    return Run(argc, argv, console);
   } catch (const std::exception& error) {
-    Complain(error.what());
+    console.Complain(error.what());
     return kUsageError;
   }
 }
