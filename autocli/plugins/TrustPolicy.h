@@ -12,7 +12,8 @@
 
 // Whose plug-ins a process loads. The policy refuses only where a user other than root and the
 // owner of the program could make a process with more rights run code: see docs/security.md. The
-// functions are inline because vexil-complete uses them too, and the library does not export them.
+// functions are inline because vexil-complete and vexil-doctor use them too, and the library does
+// not export them.
 
 namespace Kestrel::AutoCli {
 
@@ -20,6 +21,21 @@ namespace Kestrel::AutoCli {
 /// user, those in the default folders as root.
 inline bool IsTrustRequired(const ProcessRights& rights, bool isInDefaultFolder) {
   return HasForeignRights(rights) || (isInDefaultFolder && rights.effectiveUser == 0);
+}
+
+/// Whether users can remove and rename only their own files in what has this mode.
+inline bool IsStickyFolder(mode_t mode) { return S_ISDIR(mode) && (mode & S_ISVTX) != 0; }
+
+/// Returns that other users than the owner may write, in words that follow a path; nothing if they
+/// may not.
+inline std::optional<std::string> FindOtherWriters(mode_t mode) {
+  if ((mode & S_IWOTH) != 0) {
+    return "can be written by every user";
+  }
+  if ((mode & S_IWGRP) != 0) {
+    return "can be written by its group";
+  }
+  return std::nullopt;
 }
 
 /// Returns why a file, a folder above it or a symbolic link on its path is not trusted: the end of
@@ -33,15 +49,10 @@ inline std::optional<std::string> FindDistrust(const struct stat& status, uid_t 
     return "belongs to user " + std::to_string(status.st_uid) +
            ", who is neither root nor the owner of this program";
   }
-  const bool isSafe =
-      S_ISLNK(status.st_mode) || (S_ISDIR(status.st_mode) && (status.st_mode & S_ISVTX) != 0);
-  if (!isSafe && (status.st_mode & S_IWOTH) != 0) {
-    return "can be written by every user";
+  if (S_ISLNK(status.st_mode) || IsStickyFolder(status.st_mode)) {
+    return std::nullopt;
   }
-  if (!isSafe && (status.st_mode & S_IWGRP) != 0) {
-    return "can be written by its group";
-  }
-  return std::nullopt;
+  return FindOtherWriters(status.st_mode);
 }
 
 }  // namespace Kestrel::AutoCli

@@ -15,6 +15,8 @@
 #include <system_error>
 #include <vector>
 
+#include "autocli/plugins/TrustPolicy.h"
+
 namespace Kestrel::Doctor {
 
 namespace {
@@ -34,19 +36,15 @@ std::string OctalOf(mode_t mode) {
   return text;
 }
 
-// In a sticky folder, users can remove and rename only their own files.
+// Stricter than the loader with the folder of a plug-in: in a sticky one, others can still add one.
 std::optional<std::string> FindFault(const struct stat& status, bool mayBeSticky) {
   if (status.st_uid != 0 && status.st_uid != geteuid()) {
     return "belongs to the user " + NameOf(status.st_uid);
   }
-  if (mayBeSticky && S_ISDIR(status.st_mode) && (status.st_mode & S_ISVTX) != 0) {
+  if (mayBeSticky && AutoCli::IsStickyFolder(status.st_mode)) {
     return std::nullopt;
   }
-  if ((status.st_mode & S_IWOTH) != 0) {
-    return "can be written by every user";
-  }
-  return (status.st_mode & S_IWGRP) != 0 ? std::optional<std::string>("can be written by its group")
-                                         : std::nullopt;
+  return AutoCli::FindOtherWriters(status.st_mode);
 }
 
 Access ReadOne(const std::string& path, bool mayBeSticky, std::vector<std::string>& faults) {
