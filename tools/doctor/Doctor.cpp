@@ -17,6 +17,7 @@
 
 #include "tools/catalog/Catalog.h"
 #include "tools/doctor/AbiNumber.h"
+#include "tools/isolation/PluginFaults.h"
 
 namespace Kestrel::Doctor {
 
@@ -75,7 +76,8 @@ class Doctor {
   DoctorResult result;
 
  private:
-  void ExamineFile(const std::string& file) {
+  void ExamineFile(const std::string& path) {
+    const std::string file = Isolation::PathForLoader(path);
     std::error_code error;
     if (!std::filesystem::exists(file, error)) {
       result.unreadable.push_back(

@@ -63,7 +63,6 @@ class ArgumentReader {
 
  private:
   void Read(const std::string& word) {
-    constexpr const char* kFormatter = "--formatter=";
     if (areOptionsOver_ || word.size() < 2 || word[0] != '-') {
       arguments_.paths.push_back(word);
     } else if (word == "--") {
@@ -72,14 +71,21 @@ class ArgumentReader {
       arguments_.answer = kUsage;
     } else if (word == "--version") {
       arguments_.answer = "vexil-doctor " KESTREL_VERSION_STRING "\n";
-    } else if (word == "--formatter" && next_ + 1 < words_.size()) {
-      arguments_.formatter = words_[++next_];
-    } else if (word.rfind(kFormatter, 0) == 0) {
-      arguments_.formatter = word.substr(std::string(kFormatter).size());
-    } else if (word != "--formatter") {
+    } else if (word == "--formatter" || word.rfind("--formatter=", 0) == 0) {
+      ReadFormatter(word);
+    } else {
       arguments_.error = "there is no option " + word;
     }
-    if (word.rfind("--formatter", 0) == 0 && arguments_.formatter.empty()) {
+  }
+
+  void ReadFormatter(const std::string& word) {
+    const std::size_t equals = word.find('=');
+    if (equals != std::string::npos) {
+      arguments_.formatter = word.substr(equals + 1);
+    } else {
+      arguments_.formatter = next_ + 1 < words_.size() ? words_[++next_] : "";
+    }
+    if (arguments_.formatter.empty()) {
       arguments_.error = "--formatter has no value";
     }
   }

@@ -11,9 +11,12 @@
 
 namespace Kestrel::Isolation {
 
+std::string PathForLoader(const std::string& file) {
+  return file.find('/') == std::string::npos ? "./" + file : file;
+}
+
 std::optional<std::string> FindMissingSymbol(const std::string& file) {
-  const std::string path = file.find('/') == std::string::npos ? "./" + file : file;
-  void* const object = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+  void* const object = dlopen(PathForLoader(file).c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
   if (object != nullptr) {
     dlclose(object);
     return std::nullopt;

@@ -93,7 +93,7 @@ std::vector<std::string> ListFormatters(const Dispatcher& dispatcher) {
 
 void LoadQuietly(Dispatcher& dispatcher, const std::string& file) {
   try {
-    dispatcher.AddPlugin(file);
+    dispatcher.AddPlugin(Isolation::PathForLoader(file));
   } catch (...) {  // NOLINT(bugprone-empty-catch): it was examined before
   }
 }
@@ -287,7 +287,7 @@ ObjectReport ObjectExaminer::Run(const std::string& file, const std::vector<std:
 void ObjectExaminer::Load(Dispatcher& dispatcher, const std::string& file) {
   CheckSymbols(file, report_);
   try {
-    dispatcher.AddPlugin(file);
+    dispatcher.AddPlugin(Isolation::PathForLoader(file));
   } catch (const KestrelException& error) {
     report_(DescribeRefusal(file, error.what()));
   } catch (...) {

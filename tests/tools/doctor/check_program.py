@@ -70,11 +70,11 @@ class Checker:
         self.modules = modules
         self.failures = 0
 
-    def run(self, *arguments, env=None):
+    def run(self, *arguments, env=None, cwd=None):
         # In a build with sanitizers, a crash must still be one, and the end of a child no leak.
         sanitizer = os.environ.get("ASAN_OPTIONS", "") + ":handle_segv=0:detect_leaks=0"
         return subprocess.run([self.program, *arguments], stdout=subprocess.PIPE,
-                              stderr=subprocess.PIPE, text=True, timeout=100, check=False,
+                              stderr=subprocess.PIPE, text=True, timeout=100, check=False, cwd=cwd,
                               env={**(env or os.environ), "ASAN_OPTIONS": sanitizer})
 
     def list(self, *arguments, **options):
@@ -102,7 +102,8 @@ class Checker:
         with open(other, "w", encoding="utf-8") as file:
             file.write("none")
         for arguments in (("--formatter",), ("--formatter=",), ("--formatter=none",), ("--bad",),
-                          (os.path.join(folder, "missing.so"),), (other,)):
+                          ("--formatter", "json", "--formatter"), ("--formatter=json", "--formatter"),
+                          ("--formatters",), (os.path.join(folder, "missing.so"),), (other,)):
             done = self.run(*arguments)
             self.expect(done.returncode == 2 and done.stderr.startswith("vexil-doctor: "),
                         f"status of {arguments}: {done}")
@@ -226,6 +227,15 @@ class Checker:
                                   check=False)
         self.expect(done.returncode == 2 and b"standard output" in done.stderr, f"no space: {done}")
 
+    def check_plain_name(self, folder):
+        """A name without a slash means the file in the current folder."""
+        folder = os.path.join(folder, "plain")
+        os.mkdir(folder)
+        self.copy("EchoPlugin", os.path.join(folder, "echo.so"))
+        status, rows = self.list("echo.so", "./echo.so", cwd=folder)
+        self.expect(status == 0 and list(rows) == ["./echo.so"] and rows["./echo.so"]["Commands"] == 1,
+                    f"a plain name: {status} {rows}")
+
     def check_shipped(self, folder):
         status, rows = self.list(folder)
         names = {os.path.basename(file) for file in rows}
@@ -254,6 +264,7 @@ def main():
         checker.check_descriptors(folder)
         checker.check_access(folder)
         checker.check_output(folder)
+        checker.check_plain_name(folder)
     for folder in sys.argv[3:]:
         checker.check_shipped(folder)
     return 1 if checker.failures else 0

@@ -28,8 +28,8 @@ class Checker:
         self.program = program
         self.failures = 0
 
-    def run(self, *arguments):
-        return subprocess.run([self.program, *arguments], capture_output=True, text=True,
+    def run(self, *arguments, cwd=None):
+        return subprocess.run([self.program, *arguments], capture_output=True, text=True, cwd=cwd,
                               timeout=60, check=False)
 
     def expect(self, condition, what):
@@ -101,6 +101,9 @@ class Checker:
         for folder in folders:
             files = [name for name in os.listdir(folder) if name.endswith((".so", ".xml"))]
             self.expect(files != [], f"{folder} has plug-ins")
+            # The loader would search its own folders for names without a slash.
+            done = self.run(*sorted(name for name in files if name.endswith(".so")), cwd=folder)
+            self.expect(done.returncode == 0 and done.stdout == "", done)
         # host.so declares a namespace that a descriptor uses.
         done = self.run(*reversed(folders))
         self.expect(done.returncode == 0 and done.stdout == "", done.stdout)
