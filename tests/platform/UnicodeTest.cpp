@@ -3,12 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "kestrel/platform/TessaLibs.h"
+#include "support/Utf8.h"
 
 namespace {
 
@@ -22,28 +24,13 @@ bool IsValid(const std::string& bytes) {
   return Unicode_IsBufferValid(bytes.data(), static_cast<ssize_t>(bytes.size()), 0);
 }
 
-std::string Encode(unsigned long point) {
-  if (point < 0x80) {
-    return {static_cast<char>(point)};
-  }
-  if (point < 0x800) {
-    return {static_cast<char>(0xC0 | point >> 6), static_cast<char>(0x80 | (point & 0x3F))};
-  }
-  if (point < 0x10000) {
-    return {static_cast<char>(0xE0 | point >> 12), static_cast<char>(0x80 | (point >> 6 & 0x3F)),
-            static_cast<char>(0x80 | (point & 0x3F))};
-  }
-  return {static_cast<char>(0xF0 | point >> 18), static_cast<char>(0x80 | (point >> 12 & 0x3F)),
-          static_cast<char>(0x80 | (point >> 6 & 0x3F)), static_cast<char>(0x80 | (point & 0x3F))};
-}
-
 // The sequences of up to three bytes that encode a code point, found by encoding all of them.
 class KnownSequences {
  public:
   KnownSequences() {
-    for (unsigned long point = 0; point < 0x10000; ++point) {
+    for (std::uint32_t point = 0; point < 0x10000; ++point) {
       if (point < 0xD800 || point > 0xDFFF) {
-        known_[Key(Encode(point))] = true;
+        known_[Key(Kestrel::Testing::EncodeUtf8(point))] = true;
       }
     }
   }
@@ -149,9 +136,9 @@ TEST(UnicodeTest, EscapesSequencesOfThreeBytesAsTheModelDoes) {
 }
 
 TEST(UnicodeTest, AcceptsEveryCodePoint) {
-  for (unsigned long point = 1; point <= 0x10FFFF; ++point) {
+  for (std::uint32_t point = 1; point <= 0x10FFFF; ++point) {
     const bool isSurrogate = point >= 0xD800 && point <= 0xDFFF;
-    if (IsValid(Encode(point)) == isSurrogate) {
+    if (IsValid(Kestrel::Testing::EncodeUtf8(point)) == isSurrogate) {
       ADD_FAILURE() << std::hex << point;
       return;
     }

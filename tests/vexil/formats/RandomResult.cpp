@@ -9,6 +9,7 @@
 #include "kestrel/metaobj/MetaBool.h"
 #include "kestrel/metaobj/MetaInt.h"
 #include "kestrel/metaobj/MetaString.h"
+#include "support/Utf8.h"
 
 namespace Kestrel::Formats {
 
@@ -36,19 +37,6 @@ const std::vector<std::string>& SpecialTexts() {
       "\ufeff",     "\ufffd", "\ufffe", "\uffff", "\ud7ff", "\ue000", "\U00010000", "\U0010ffff",
       "\U0001f600", "e\u0301"};
   return texts;
-}
-
-std::string Utf8(std::uint32_t point) {
-  if (point < 0x80) {
-    return {static_cast<char>(point)};
-  }
-  const int following = point < 0x800 ? 1 : point < 0x10000 ? 2 : 3;
-  const std::uint32_t marks[] = {0, 0xc0, 0xe0, 0xf0};
-  std::string text(1, static_cast<char>(marks[following] | point >> 6 * following));
-  for (int left = following - 1; left >= 0; --left) {
-    text += static_cast<char>(0x80 | (point >> 6 * left & 0x3f));
-  }
-  return text;
 }
 
 bool IsNull(const std::shared_ptr<MetaStruct>& structure) { return structure == nullptr; }
@@ -250,7 +238,7 @@ std::string RandomResult::MakeCharacter() {
       const std::uint64_t size = Pick(4);
       const auto point =
           static_cast<std::uint32_t>(limits[size] + Pick(limits[size + 1] - limits[size]));
-      return Utf8(point >= 0xd800 && point < 0xe000 ? 0x20ac : point);
+      return Testing::EncodeUtf8(point >= 0xd800 && point < 0xe000 ? 0x20ac : point);
     }
     default:
       return {static_cast<char>('a' + Pick(26))};

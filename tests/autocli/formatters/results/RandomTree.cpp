@@ -9,6 +9,7 @@
 #include "kestrel/metaobj/MetaInt.h"
 #include "kestrel/metaobj/MetaString.h"
 #include "support/SampleValues.h"
+#include "support/Utf8.h"
 
 namespace Kestrel::Testing {
 
@@ -198,7 +199,7 @@ void RandomTree::AddCharacter(std::string& text) {
     const std::uint64_t size = Pick(3);
     const auto point =
         static_cast<std::uint32_t>(kLimits[size] + Pick(kLimits[size + 1] - kLimits[size]));
-    AddCodePoint(text, point >= 0xd800 && point < 0xe000 ? 0x20ac : point);
+    text += EncodeUtf8(point >= 0xd800 && point < 0xe000 ? 0x20ac : point);
     return;
   }
   if (wildness_ != Tame && OneIn(10)) {
@@ -206,15 +207,6 @@ void RandomTree::AddCharacter(std::string& text) {
     return;
   }
   text += OneIn(4) ? "&<>%\"'/#;{}[],:"[Pick(15)] : static_cast<char>('a' + Pick(26));
-}
-
-void RandomTree::AddCodePoint(std::string& text, std::uint32_t point) {
-  const int following = point < 0x800 ? 1 : point < 0x10000 ? 2 : 3;
-  const std::uint32_t marks[] = {0, 0xc0, 0xe0, 0xf0};
-  text += static_cast<char>(marks[following] | point >> 6 * following);
-  for (int left = following - 1; left >= 0; --left) {
-    text += static_cast<char>(0x80 | (point >> 6 * left & 0x3f));
-  }
 }
 
 AutoCli::FormatParameters RandomTree::MakeParams() {

@@ -52,7 +52,6 @@ class RandomTree {
   std::string MakeWord();
   std::string MakeName();
   void AddCharacter(std::string& text);
-  void AddCodePoint(std::string& text, std::uint32_t point);
   AutoCli::FormatParameters MakeParams();
 
   std::mt19937_64 random_;
