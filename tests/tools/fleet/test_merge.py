@@ -14,12 +14,13 @@ from vexil_fleet.description import Description
 from vexil_fleet.differences import differences, show_difference
 from vexil_fleet.merge import Comparison, Group, Reference, group_by_value
 from vexil_fleet.rows import read_rows
+from vexil_fleet.stored import StoredLines
 
 
 def answer(host: str, body: str, kind: str = "structure-list") -> Answer:
     description = describe(Result_Kind=kind)
     return Answer(host, Status.OK, description=description,
-                  rows=read_rows(description.shape, body.encode()))
+                  rows=read_rows(description.shape, StoredLines(body.encode())))
 
 
 def rows(*pairs: "tuple[str, int]") -> str:
@@ -82,9 +83,10 @@ class Groups(unittest.TestCase):
 
     def test_an_integer_is_not_a_boolean(self) -> None:
         fields = [{"Path": "On", "Kind": "bool", "Type": "none"}]
-        one = read_rows(volumes(fields=fields), b'{"Name":"a","Size":1,"On":true}\n')
+        one = read_rows(volumes(fields=fields),
+                        StoredLines(b'{"Name":"a","Size":1,"On":true}\n'))
         other = read_rows(volumes(fields=[{**fields[0], "Kind": "int"}]),
-                          b'{"Name":"a","Size":1,"On":1}\n')
+                          StoredLines(b'{"Name":"a","Size":1,"On":1}\n'))
         self.assertNotEqual(one.identity, other.identity)
 
 

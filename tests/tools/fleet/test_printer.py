@@ -3,19 +3,24 @@
 """How rows are given to the local tool."""
 
 import unittest
-from typing import List, Tuple
+from typing import Iterable, List, Tuple
 from unittest import mock
 
 import modules  # noqa: F401  pylint: disable=unused-import
 
 from samples import describe
-from vexil_fleet import printer
-from vexil_fleet.printer import Format, Part, Printer
+from vexil_fleet import printer, stored
+from vexil_fleet.printer import Format, Part, Piece, Printer
 from vexil_fleet.rows import read_rows
+from vexil_fleet.stored import StoredLines
 
 
 def part(name: str, first: int, count: int) -> Part:
-    body = b"".join(b'{"Name":"a","Size":%d}\n' % (first + row) for row in range(count))
+    """Rows in chunks of one each."""
+    body = StoredLines()
+    with mock.patch.object(stored, "_MAX_OPEN", 1):
+        for row in range(count):
+            body.add(b'{"Name":"a","Size":%d}\n' % (first + row))
     return name, read_rows(describe().shape, body)
 
 
@@ -26,9 +31,10 @@ class Lists(unittest.TestCase):
         """The hosts and the lines of each list."""
         lists = []
 
-        def print_list(_: Printer, some: List[Part], __: object) -> bool:
-            lists.append(([name for name, _ in some],
-                          [line for _, rows in some for line in rows.lines()]))
+        def print_list(_: Printer, __: object, some: Iterable[Piece], ___: object) -> bool:
+            pieces = list(some)
+            lists.append((list(dict.fromkeys(name for name, _ in pieces)),
+                          [line for _, chunk in pieces for line in chunk.lines()]))
             return True
         with mock.patch.object(printer, "_MAX_ROWS", 3), \
                 mock.patch.object(Printer, "_print_list", print_list):
@@ -38,7 +44,7 @@ class Lists(unittest.TestCase):
     def test_lines_are_printed_in_parts(self) -> None:
         parts = [part("a1", 0, 2), part("a2", 2, 1), part("a3", 3, 7), part("a4", 10, 0)]
         lists = self.printed(Format("ndjson"), *parts)
-        self.assertEqual([["a1", "a2"], ["a3"], ["a3"], ["a3", "a4"]],
+        self.assertEqual([["a1", "a2"], ["a3"], ["a3"], ["a3"]],
                          [hosts for hosts, _ in lists])
         self.assertEqual([line for _, rows in parts for line in rows.lines()],
                          [line for _, lines in lists for line in lines])

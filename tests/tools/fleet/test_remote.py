@@ -69,7 +69,7 @@ class Scripts(unittest.TestCase):
         for shell in self.shells:
             reply = self.run_job(shell, Job(["a", "b"], ["a", "b", "--c=d e"]))
             self.assertEqual((0, 0, False), (reply.described, reply.ended, reply.is_held), reply)
-            self.assertEqual(b"{}\n", bytes(reply.body))
+            self.assertEqual(b"{}\n", reply.body.text)
             self.assertEqual(["--formatter", "ndjson", "a", "b", "--c=d e"], self.arguments())
 
     def test_a_description_alone_runs_nothing(self) -> None:
@@ -162,15 +162,15 @@ class Replies(unittest.TestCase):
     def test_text_before_the_begin_is_ignored(self) -> None:
         reply = self.reply(b"Welcome!\n\nMARK begin\n{}\n\nMARK described 0\n1\n2\n\nMARK ended 0\n")
         self.assertEqual(b"{}", reply.description)
-        self.assertEqual(b"1\n2\n", bytes(reply.body))
+        self.assertEqual(b"1\n2\n", reply.body.text)
 
     def test_a_line_without_an_end_keeps_none(self) -> None:
         reply = self.reply(b"\nMARK begin\n{}\n\nMARK described 0\n1\n2\nMARK ended 0\n")
-        self.assertEqual(b"1\n2", bytes(reply.body))
+        self.assertEqual(b"1\n2", reply.body.text)
 
     def test_an_empty_result_is_empty(self) -> None:
         reply = self.reply(b"\nMARK begin\n{}\n\nMARK described 0\n\nMARK ended 0\n")
-        self.assertEqual(b"", bytes(reply.body))
+        self.assertEqual(b"", reply.body.text)
 
     def test_without_the_end_there_is_no_status(self) -> None:
         reply = self.reply(b"\nMARK begin\n{}\n\nMARK described 0\n1\n2")

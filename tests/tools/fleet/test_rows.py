@@ -8,7 +8,8 @@ import modules  # noqa: F401  pylint: disable=unused-import
 
 from samples import describe, volumes
 from vexil_fleet.description import BadDescription, Description, Shape
-from vexil_fleet.rows import BadResult, decode, read_rows
+from vexil_fleet.rows import BadResult, Rows, decode, read_rows
+from vexil_fleet.stored import StoredLines
 
 _NESTED = [{"Path": "Tags", "Kind": "string-list", "Type": "none"},
            {"Path": "To", "Kind": "structure", "Type": "To"},
@@ -18,22 +19,30 @@ _NESTED = [{"Path": "Tags", "Kind": "string-list", "Type": "none"},
 _WHOLE = b'{"Name":"a","Size":1,"Tags":["x"],"To":{"Id":1,"Of":[{"On":true}]}}\n'
 
 
+def read(shape: Shape, body: bytes) -> Rows:
+    return read_rows(shape, StoredLines(body))
+
+
+def text(rows: Rows) -> bytes:
+    return b"".join(chunk.text() for chunk in rows.chunks())
+
+
 class ReadRows(unittest.TestCase):
     """Results against their declared shape."""
 
     def assert_refused(self, shape: Shape, body: bytes, message: str) -> None:
         with self.assertRaises(BadResult) as caught:
-            read_rows(shape, body)
+            read(shape, body)
         self.assertEqual(message, str(caught.exception), body)
 
     def test_lines_become_rows(self) -> None:
         body = b'{"Name":"a","Size":1}\n{"Name":"\\u0000","Size":-9223372036854775808}\n'
-        rows = read_rows(volumes(), body)
-        self.assertEqual(body, rows.body)
+        rows = read(volumes(), body)
+        self.assertEqual(body, text(rows))
         self.assertEqual(2, rows.count)
 
     def test_an_empty_list_has_no_rows(self) -> None:
-        self.assertEqual(0, read_rows(volumes(), b"").count)
+        self.assertEqual(0, read(volumes(), b"").count)
 
     def test_what_is_not_of_the_shape_is_refused(self) -> None:
         for body, message in (
@@ -60,7 +69,7 @@ class ReadRows(unittest.TestCase):
 
     def test_nested_values_are_checked(self) -> None:
         shape = volumes(fields=_NESTED)
-        self.assertEqual(1, read_rows(shape, _WHOLE).count)
+        self.assertEqual(1, read(shape, _WHOLE).count)
         for old, new, message in (
                 (b'["x"]', b'"x"', "Tags is not a list"),
                 (b'["x"]', b'[1]', "Tags is not of the kind string"),
@@ -71,24 +80,38 @@ class ReadRows(unittest.TestCase):
 
     def test_a_structure_is_one_row(self) -> None:
         line = b'{"Name":"a","Size":1}\n'
-        self.assertEqual(line, read_rows(volumes("structure"), line).body)
+        self.assertEqual(line, text(read(volumes("structure"), line)))
         self.assert_refused(volumes("structure"), line * 2, "2 lines instead of one")
         self.assert_refused(volumes("structure"), b"", "0 lines instead of one")
 
     def test_values_without_fields_get_one(self) -> None:
-        self.assertEqual(b'{"Value":7}\n', read_rows(Shape("int", "none", ()), b"7\n").body)
+        self.assertEqual(b'{"Value":7}\n', text(read(Shape("int", "none", ()), b"7\n")))
         self.assertEqual(b'{"Value":true}\n{"Value":false}\n',
-                         read_rows(Shape("bool-list", "none", ()), b"true\nfalse\n").body)
+                         text(read(Shape("bool-list", "none", ()), b"true\nfalse\n")))
         self.assert_refused(Shape("int", "none", ()), b'"7"\n', "Value is not of the kind int")
         self.assert_refused(Shape("none", "none", ()), b"1\n", "Value is not of the kind none")
 
     def test_prompts_for_secrets_are_no_part_of_the_result(self) -> None:
         body = b"Enter value for 'pin': \nEnter value for 'key': \n{\"Name\":\"a\",\"Size\":1}\n"
-        self.assertEqual(b'{"Name":"a","Size":1}\n', read_rows(volumes(), body).body)
+        self.assertEqual(b'{"Name":"a","Size":1}\n', text(read(volumes(), body)))
+
+    def test_rows_in_several_chunks_are_all_read(self) -> None:
+        line = b'{"Name":"a","Size":%d}\n'
+        body = StoredLines(b"Enter value for 'pin': \n")
+        for row in range(10_000):
+            body.add(line % row)
+        self.assertGreater(len(list(body.chunks())), 2)
+        rows = read_rows(volumes(), body)
+        self.assertEqual(10_000, rows.count)
+        self.assertEqual(b"".join(line % row for row in range(10_000)), text(rows))
+        self.assertEqual(read(volumes(), text(rows)).identity, rows.identity)
+        body.add(b'{"Name":"a"}\n')
+        with self.assertRaisesRegex(BadResult, "^Size is missing$"):
+            read_rows(volumes(), body)
 
     def test_equal_values_have_the_same_identity(self) -> None:
         def identity(body: bytes) -> bytes:
-            return read_rows(volumes(), body).identity
+            return read(volumes(), body).identity
         plain = identity(b'{"Name":"\xc3\xa9","Size":1}\n')
         self.assertEqual(plain, identity(b'{"Size":1, "Name":"\\u00e9"}\n'))
         self.assertNotEqual(plain, identity(b'{"Name":"e","Size":1}\n'))

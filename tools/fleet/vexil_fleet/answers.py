@@ -11,6 +11,7 @@ from typing import List, Optional
 from .description import BadDescription, Description
 from .engine import SSH_FAILED, Visit
 from .rows import BadResult, Rows, read_rows
+from .stored import StoredLines
 
 _NOT_FOUND = 127
 _SIGNALLED = 128
@@ -64,7 +65,7 @@ class Reader:
         self._read_description(visit, answer)
         if answer.status == Status.OK and runs:
             self._read_result(visit, answer)
-        visit.reply.body = bytearray()
+        visit.reply.description, visit.reply.body = b"", StoredLines()
         return answer
 
     def _read_description(self, visit: Visit, answer: Answer) -> None:
@@ -94,12 +95,12 @@ class Reader:
     def _read_rows(self, visit: Visit, answer: Answer) -> None:
         assert answer.description is not None
         try:
-            answer.rows = self._shared_rows(answer.description, bytes(visit.reply.body))
+            answer.rows = self._shared_rows(answer.description, visit.reply.body)
         except BadResult as error:
             answer.status, answer.message = Status.INVALID, str(error)
 
-    def _shared_rows(self, description: Description, body: bytes) -> Rows:
-        key = (id(description), body)
+    def _shared_rows(self, description: Description, body: StoredLines) -> Rows:
+        key = (id(description), body.digest)
         if key not in self._rows:
             self._rows[key] = read_rows(description.shape, body)
         return self._rows[key]

@@ -10,11 +10,12 @@ import json
 import re
 import subprocess
 import sys
-from dataclasses import dataclass, field, replace
-from typing import IO, Dict, Iterator, List, Optional, Sequence, Tuple
+from dataclasses import dataclass, field
+from typing import IO, Dict, Iterable, Iterator, List, Optional, Sequence, Tuple
 
 from .description import Description, Field, Shape
 from .rows import Rows, row_shape
+from .stored import Chunk
 
 _HOST = "Host"
 # The name of the first field if the command has a field "Host" itself.
@@ -60,6 +61,8 @@ class Format:
 
 # Rows, and the short form of the hosts that they are from.
 Part = Tuple[str, Rows]
+# The same for some of the rows.
+Piece = Tuple[str, Chunk]
 
 
 class BadFormat(ValueError):
@@ -76,9 +79,11 @@ class Printer:
 
     def print(self, parts: Sequence[Part], description: Description) -> bool:
         """Prints rows of one shape. Returns whether that succeeded; messages are printed."""
+        shape = parts[0][1].shape
+        pieces = ((name, chunk) for name, rows in parts for chunk in rows.chunks())
         if self.format.is_divisible:
-            return all(self._print_list(some, description) for some in _divide(parts))
-        return self._print_list(parts, description)
+            return all(self._print_list(shape, some, description) for some in _divide(pieces))
+        return self._print_list(shape, pieces, description)
 
     def check(self, description: Description) -> None:
         """Throws BadFormat with the messages of the tool if it cannot print such a list."""
@@ -90,15 +95,15 @@ class Printer:
         if done.returncode != 0:
             raise BadFormat(done.stderr.decode("utf-8", "backslashreplace").rstrip("\n"))
 
-    def _print_list(self, parts: Sequence[Part], description: Description) -> bool:
-        shape = parts[0][1].shape
+    def _print_list(self, shape: Shape, pieces: Iterable[Piece],
+                    description: Description) -> bool:
         host = host_field(shape)
         sys.stdout.flush()
         with subprocess.Popen(self._command(shape, description, host), stdin=subprocess.PIPE,
                               stderr=subprocess.PIPE) as process:
             assert process.stdin is not None and process.stderr is not None
             try:
-                _feed(process.stdin, shape, host, parts)
+                _feed(process.stdin, shape, host, pieces)
                 process.stdin.close()
             except BrokenPipeError:
                 pass  # its messages say why
@@ -149,27 +154,17 @@ def host_field(shape: Shape) -> str:
     return _OTHER_HOST if _HOST in {field.name for field in shape.fields} else _HOST
 
 
-def _divide(parts: Sequence[Part]) -> Iterator[List[Part]]:
-    """The same rows in lists of at most _MAX_ROWS."""
-    some: List[Part] = []
+def _divide(pieces: Iterable[Piece]) -> Iterator[List[Piece]]:
+    """The same rows in lists of at most _MAX_ROWS, as far as no piece has more."""
+    some: List[Piece] = []
     count = 0
-    for name, rows in parts:
-        for piece in _pieces(rows):
-            if some and count + piece.count > _MAX_ROWS:
-                yield some
-                some, count = [], 0
-            some.append((name, piece))
-            count += piece.count
+    for name, chunk in pieces:
+        if some and count + chunk.count > _MAX_ROWS:
+            yield some
+            some, count = [], 0
+        some.append((name, chunk))
+        count += chunk.count
     yield some
-
-
-def _pieces(rows: Rows) -> Iterator[Rows]:
-    if rows.count <= _MAX_ROWS:
-        yield rows
-        return
-    lines = rows.lines()
-    for start in range(0, len(lines), _MAX_ROWS):
-        yield replace(rows, body=b"".join(line + b"\n" for line in lines[start:start + _MAX_ROWS]))
 
 
 def _declaration(shape: Shape, host: str) -> bytes:
@@ -178,8 +173,8 @@ def _declaration(shape: Shape, host: str) -> bytes:
     return json.dumps(declared).encode() + b"\n"
 
 
-def _feed(stream: IO[bytes], shape: Shape, host: str, parts: Sequence[Part]) -> None:
+def _feed(stream: IO[bytes], shape: Shape, host: str, pieces: Iterable[Piece]) -> None:
     stream.write(_declaration(shape, host))
-    for name, rows in parts:
-        stream.write(json.dumps({"host": name, "rows": rows.count}).encode() + b"\n")
-        stream.write(rows.body)
+    for name, chunk in pieces:
+        stream.write(json.dumps({"host": name, "rows": chunk.count}).encode() + b"\n")
+        stream.write(chunk.text())

@@ -26,6 +26,7 @@ from dataclasses import dataclass, field
 from typing import List, Optional, Sequence
 
 from .description import KEYS
+from .stored import StoredLines
 from .words import quote, quote_all
 
 REMOTE_COMMAND = "exec /bin/sh"
@@ -120,7 +121,7 @@ class Reply:
     described: Optional[int] = None  # the status of the description
     ended: Optional[int] = None  # the status of the command
     description: bytes = b""
-    body: bytearray = field(default_factory=bytearray)
+    body: StoredLines = field(default_factory=StoredLines)
     errors: List[bytes] = field(default_factory=list)
     size: int = 0
 
@@ -129,8 +130,7 @@ class Reply:
         if line.startswith(self.mark):
             self._add_mark(line[len(self.mark):].split())
         elif self.has_begun and self.ended is None:
-            self.body += line
-            self.body += b"\n"
+            self.body.add(line + b"\n")
 
     def add_error(self, line: bytes) -> None:
         self.size += len(line) + 1
@@ -144,13 +144,13 @@ class Reply:
             self.is_held = True
         elif what == b"described":
             self.described = int(words[1])
-            self.description = bytes(self._take_body()).rstrip(b"\n")
+            self.description = self._take_body().text.rstrip(b"\n")
         elif what == b"ended":
             self.ended = int(words[1])
             self.body = self._take_body()
 
-    def _take_body(self) -> bytearray:
+    def _take_body(self) -> StoredLines:
         """The bytes before a mark. The line feed before the mark is from the script."""
-        body, self.body = self.body, bytearray()
-        del body[-1:]
+        body, self.body = self.body, StoredLines()
+        body.drop_last_byte()
         return body

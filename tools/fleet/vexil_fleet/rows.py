@@ -2,17 +2,19 @@
 # SPDX-License-Identifier: Apache-2.0
 """The rows of a host's result, checked against the declared shape.
 
-The rows are stored as the lines of JSON that the host printed, and are decoded only to be checked
-and compared. Large results would otherwise take ten times the memory.
+The rows are stored as the lines of JSON that the host printed, compressed, and are decoded only to
+be checked and compared. Large results would otherwise take ten times the memory.
 """
 
 import hashlib
+import itertools
 import json
 import re
 from dataclasses import dataclass, field
-from typing import Any, Callable, Dict, List, Set, Tuple
+from typing import Any, Callable, Dict, Iterable, Iterator, List, Set, Tuple
 
 from .description import Field, Shape
+from .stored import Chunk, StoredLines
 
 # How many lines are decoded at once.
 _CHUNK = 2000
@@ -38,46 +40,62 @@ class BadResult(ValueError):
 class Rows:
     """The rows of one result: lines of JSON, each with one object."""
     shape: Shape
-    body: bytes = field(repr=False)
+    count: int
+    _body: StoredLines = field(repr=False)
     identity: bytes  # is the same for equal rows in the same order, whatever their text is
     is_plain: bool = True  # the names of the fields are in order, so equal rows are equal lines
 
-    def lines(self) -> List[bytes]:
-        return self.body.split(b"\n")[:-1]
+    def chunks(self) -> Iterator[Chunk]:
+        return self._body.chunks()
 
-    @property
-    def count(self) -> int:
-        return self.body.count(b"\n")
+    def lines(self) -> Iterator[bytes]:
+        for chunk in self.chunks():
+            yield from chunk.lines()
 
 
-def skip_prompts(body: bytes) -> bytes:
+def skip_prompts(text: bytes) -> bytes:
     """The result without the prompts for secrets, which vexil prints before it."""
     position = 0
-    while (match := _PROMPT.match(body, position)) is not None:
+    while (match := _PROMPT.match(text, position)) is not None:
         position = match.end()
-    return body[position:]
+    return text[position:]
 
 
-def read_rows(shape: Shape, body: bytes) -> Rows:
+def _without_prompts(body: StoredLines) -> StoredLines:
+    chunks = list(body.chunks())
+    first = chunks[0].text() if chunks else b""
+    rest = skip_prompts(first)
+    if len(rest) == len(first):
+        return body
+    return _store(itertools.chain([rest], (chunk.text() for chunk in chunks[1:])))
+
+
+def _store(texts: Iterable[bytes]) -> StoredLines:
+    stored = StoredLines()
+    for text in texts:
+        stored.add(text)
+    return stored
+
+
+def read_rows(shape: Shape, body: StoredLines) -> Rows:
     """Checks a result. Throws BadResult if anything about it is wrong."""
-    body = skip_prompts(body)
-    if body and not body.endswith(b"\n"):
+    body = _without_prompts(body)
+    if not body.is_ended:
         raise BadResult("the last line has no end")
-    lines = body.split(b"\n")[:-1]
-    if not shape.is_list and len(lines) != 1:
-        raise BadResult(f"{len(lines)} lines instead of one")
+    count = sum(chunk.count for chunk in body.chunks())
+    if not shape.is_list and count != 1:
+        raise BadResult(f"{count} lines instead of one")
     if not shape.has_fields:
-        lines = [b'{"%s":%s}' % (VALUE.encode(), line) for line in lines]
-        body = b"".join(line + b"\n" for line in lines)
-    return _checked_rows(row_shape(shape), body, lines)
+        body = _store(b"".join(b'{"%s":%s}\n' % (VALUE.encode(), line) for line in chunk.lines())
+                      for chunk in body.chunks())
+    return _checked_rows(row_shape(shape), body, count)
 
 
-def _checked_rows(shape: Shape, body: bytes, lines: List[bytes]) -> Rows:
+def _checked_rows(shape: Shape, body: StoredLines, count: int) -> Rows:
     check = RowCheck(shape)
     digest = hashlib.blake2b(digest_size=16)
     is_plain = True
-    for start in range(0, len(lines), _CHUNK):
-        rows = decode(lines[start:start + _CHUNK])
+    for rows in _decode_all(body):
         check.check(rows)
         for row in rows:
             if check.is_canonical(row):
@@ -85,7 +103,15 @@ def _checked_rows(shape: Shape, body: bytes, lines: List[bytes]) -> Rows:
             else:
                 digest.update(canonical(row).encode())
                 is_plain = False
-    return Rows(shape, body, digest.digest(), is_plain)
+    return Rows(shape, count, body, digest.digest(), is_plain)
+
+
+def _decode_all(body: StoredLines) -> Iterator[List[Row]]:
+    """All rows, some at a time."""
+    for chunk in body.chunks():
+        lines = chunk.lines()
+        for start in range(0, len(lines), _CHUNK):
+            yield decode(lines[start:start + _CHUNK])
 
 
 def canonical(row: Row) -> str:
