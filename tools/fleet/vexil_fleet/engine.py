@@ -4,9 +4,10 @@
 
 import logging
 import os
+import signal
 import time
 from dataclasses import dataclass
-from typing import Callable, Dict, Iterable, List, Optional
+from typing import Any, Callable, Dict, Iterable, List, Optional
 
 from ClusterShell.Event import EventHandler
 from ClusterShell.NodeSet import NodeSet
@@ -106,6 +107,34 @@ class _Collector(EventHandler):  # type: ignore[misc]
                 visit.stop()
 
 
+class Interrupts:
+    """A context in which no interrupt is lost. Python ignores the exception if it is raised in some
+    of its own callbacks, such as those of a fork, so `check` raises it again."""
+
+    def __init__(self) -> None:
+        self._is_pending = False
+        self._replaced: List[int] = []
+
+    def __enter__(self) -> "Interrupts":
+        for number in (signal.SIGINT, signal.SIGTERM):
+            if signal.getsignal(number) is signal.default_int_handler:
+                signal.signal(number, self._interrupt)
+                self._replaced.append(number)
+        return self
+
+    def __exit__(self, *_: object) -> None:
+        for number in self._replaced:
+            signal.signal(number, signal.default_int_handler)
+
+    def check(self) -> None:
+        if self._is_pending:
+            raise KeyboardInterrupt
+
+    def _interrupt(self, _number: int, _frame: Any) -> None:
+        self._is_pending = True
+        raise KeyboardInterrupt
+
+
 class _ByLines:  # pylint: disable=too-few-public-methods
     """Passes the lines of hosts on to the handler. The method of the base class looks up the
     signature of the handler for each line, which takes ten times as long as everything else."""
@@ -187,11 +216,18 @@ class Engine:
         if self.is_interrupted:
             return visits
         task = self._new_task()
-        collector = _Collector(visits, lambda: on_event(visits), on_end)
+        interrupts = Interrupts()
+
+        def handle_event() -> None:
+            interrupts.check()
+            on_event(visits)
+
+        collector = _Collector(visits, handle_event, on_end)
         worker = self._new_worker(task, hosts, collector, job.script())
         task.timer(self._TICK, collector, interval=self._TICK, autoclose=True)
         try:
-            task.resume()
+            with interrupts:
+                task.resume()
         except KeyboardInterrupt:
             self._interrupt(visits)
         else:
