@@ -10,6 +10,8 @@ from .engine import Visits
 
 # Short runs show nothing.
 _QUIET_SECONDS = 1.0
+# The hosts are counted at most so often: it takes milliseconds if there are thousands of them.
+_MIN_INTERVAL = 0.2
 
 
 class Progress:
@@ -18,15 +20,16 @@ class Progress:
     def __init__(self, total: int, stream: TextIO = sys.stderr) -> None:
         self._total = total
         self._stream = stream
-        self._start = time.monotonic()
+        self._next = time.monotonic() + _QUIET_SECONDS
         self._is_shown = False
         self._is_enabled = stream.isatty()
         self._done = 0
         self._failed = 0
 
     def update(self, visits: Visits) -> None:
-        if not self._is_enabled or time.monotonic() - self._start < _QUIET_SECONDS:
+        if not self._is_enabled or time.monotonic() < self._next:
             return
+        self._next = time.monotonic() + _MIN_INTERVAL
         over = [visit for visit in visits.values() if visit.is_over]
         failed = self._failed + sum(1 for visit in over if not visit.has_succeeded)
         done = self._done + len(over) - (failed - self._failed)
