@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Many simulated hosts: in place of ssh, a program runs the script or the gateway on this machine,
-and in place of vexil on a host, one prints a prepared answer. Everything on the user's side is real.
+"""Many simulated hosts: in place of ssh, a program runs the gateways on this machine, and answers as
+the script on a host would. Everything on the user's side is real.
 """
 
 import json
@@ -14,17 +14,33 @@ import time
 from pathlib import Path
 from typing import Any, Dict, List, NamedTuple, Optional, Sequence
 
+import modules  # noqa: F401  pylint: disable=unused-import
+
 import samples
+from vexil_fleet.remote import REMOTE_COMMAND
 
 _SSH = """#!/bin/sh
 for command; do :; done
+[ "$command" != '{remote}' ] || exec sed -n -f '{folder}/answer'
 exec /bin/sh -c "$command"
 """
-_TOOL = """#!/bin/sh
-case $* in
-  *'command describe'*) exec cat '{folder}/description' ;;
-esac
-exec cat '{folder}/rows'
+# Reads the script up to its last line, because its standard input stays open. The first rule stores
+# the mark of the run.
+_ANSWER = r"""
+/.*"\(vexil-fleet-[0-9a-f]*\) begin".*/ {{
+  s//\1/
+  h
+}}
+/; exit 0$/ {{
+  g; s/.*/\n& begin/p
+  i\
+{description}
+  g; s/.*/\n& described 0/p
+  i\
+{rows}
+  g; s/.*/\n& ended 0/p
+  q
+}}
 """
 _DOCUMENTATION = "What this field of a volume means, in one sentence as a plug-in has it."
 _ROWS = 40
@@ -47,12 +63,12 @@ class SimulatedHosts:
         self._program = program
         self._temporary = tempfile.TemporaryDirectory(prefix="vexil-fleet-")
         self._folder = Path(self._temporary.name)
-        self._write("ssh", _SSH)
-        self._write("vexil", _TOOL.format(folder=self._folder))
         fields = [{**field, "Documentation": _DOCUMENTATION} for field in samples.VOLUME]
-        self._write("description", json.dumps(samples.values(Fields=fields)) + "\n")
-        self._write("rows", "".join(f'{{"Name":"a volume with a name {row:04}","Size":{row}}}\n'
-                                    for row in range(_ROWS)))
+        rows = "\n".join(f'{{"Name":"a volume with a name {row:04}","Size":{row}}}'
+                         for row in range(_ROWS))
+        self._write("ssh", _SSH.format(folder=self._folder, remote=REMOTE_COMMAND))
+        self._write("answer", _ANSWER.format(
+            description=_quote(json.dumps(samples.values(Fields=fields))), rows=_quote(rows)))
 
     def __enter__(self) -> "SimulatedHosts":
         return self
@@ -91,6 +107,11 @@ class SimulatedHosts:
     def _environment(self) -> Dict[str, str]:
         return {"PATH": f"{self._folder}:/usr/bin:/bin", "LC_ALL": "C.UTF-8",
                 "CLUSTERSHELL_GW_LOG_DIR": str(self._folder)}
+
+
+def _quote(text: str) -> str:
+    """The lines as a text of sed."""
+    return text.replace("\\", "\\\\").replace("\n", "\\\n")
 
 
 def _raise_limits() -> None:
