@@ -110,7 +110,7 @@ class SimulatedHosts:
 
 
 def _quote(text: str) -> str:
-    """The lines as a text of sed."""
+    """The lines as an argument of a command of sed."""
     return text.replace("\\", "\\\\").replace("\n", "\\\n")
 
 
