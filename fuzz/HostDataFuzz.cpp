@@ -22,6 +22,7 @@
 #include "Property.h"
 #include "Usage.h"
 #include "kestrel/KestrelException.h"
+#include "plugins/host/network/InternetSockets.h"
 #include "plugins/host/network/NetworkLinks.h"
 #include "plugins/host/network/NetworkRoutes.h"
 #include "plugins/host/network/SocketTables.h"
@@ -105,6 +106,10 @@ const std::map<std::string_view, void (*)(const std::string&)> kParsers = {
     {"process", ParseProcess},
     {"utmp", ParseUtmp},
     {"tcp", ParseTcp},
+    {"diagnosis",
+     [](const std::string& bytes) {
+       RequireMessages(bytes, Host::ParseInternetDiagnosis(bytes, "tcp"));
+     }},
     {"unix",
      [](const std::string& bytes) { RequireMessages(bytes, Host::ParseUnixSockets(bytes)); }},
     {"routes", [](const std::string& bytes) { RequireMessages(bytes, Host::ParseRoutes(bytes)); }},

@@ -4,7 +4,6 @@
 #include "plugins/host/network/Netlink.h"
 
 #include <arpa/inet.h>
-#include <kestrel/KestrelException.h>
 #include <linux/rtnetlink.h>
 #include <sys/socket.h>
 #include <sys/time.h>
@@ -29,16 +28,12 @@ constexpr std::size_t kDatagramSize = 1 << 17;
 // it was interrupted.
 constexpr int kMaxAttempts = 5;
 
-[[noreturn]] void ThrowSystemError(const std::string& what, int error) {
-  throw KestrelException("Unable to ask the kernel for its " + what + ": " + std::strerror(error));
-}
-
 class NetlinkSocket {
  public:
   NetlinkSocket(int protocol, const std::string& what, std::chrono::milliseconds deadline)
       : what_(what), socket_(::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, protocol)) {
     if (!socket_.IsOpen()) {
-      ThrowSystemError(what_, errno);
+      throw NetlinkError(what_, errno);
     }
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(deadline);
     const std::chrono::microseconds rest = deadline - seconds;
@@ -55,7 +50,7 @@ class NetlinkSocket {
     std::string message(reinterpret_cast<const char*>(&header), sizeof(header));
     message += request.body;
     if (::send(socket_.Get(), message.data(), message.size(), 0) < 0) {
-      ThrowSystemError(what_, errno);
+      throw NetlinkError(what_, errno);
     }
   }
 
@@ -65,10 +60,10 @@ class NetlinkSocket {
       size = ::recv(socket_.Get(), buffer.data(), buffer.size(), MSG_TRUNC);
     } while (size < 0 && errno == EINTR);
     if (size < 0) {
-      ThrowSystemError(what_, errno == EAGAIN ? ETIMEDOUT : errno);
+      throw NetlinkError(what_, errno == EAGAIN ? ETIMEDOUT : errno);
     }
     if (static_cast<std::size_t>(size) > buffer.size()) {
-      ThrowSystemError(what_, EMSGSIZE);
+      throw NetlinkError(what_, EMSGSIZE);
     }
     return std::string_view(buffer.data(), static_cast<std::size_t>(size));
   }
@@ -94,6 +89,13 @@ int ErrorNumber(std::string_view body) {
   return std::abs(std::max(error, -std::numeric_limits<std::int32_t>::max()));
 }
 
+// The kernel reports in the last message if it could not start or continue the dump.
+void RequireWholeDump(std::string_view lastBody, const std::string& what) {
+  if (const int error = ErrorNumber(lastBody); error != 0) {
+    throw NetlinkError(what, error);
+  }
+}
+
 void CollectDatagram(std::string_view datagram, std::uint32_t sequence, const std::string& what,
                      std::string& collected, DumpProgress& progress) {
   while (datagram.size() >= sizeof(nlmsghdr)) {
@@ -108,12 +110,14 @@ void CollectDatagram(std::string_view datagram, std::uint32_t sequence, const st
       continue;  // belongs to an earlier dump
     }
     progress.isInterrupted |= (header.nlmsg_flags & NLM_F_DUMP_INTR) != 0;
+    const std::string_view body = message.substr(sizeof(header));
     if (header.nlmsg_type == NLMSG_DONE) {
+      RequireWholeDump(body, what);
       progress.isDone = true;
       return;
     }
     if (header.nlmsg_type == NLMSG_ERROR) {
-      ThrowSystemError(what, ErrorNumber(message.substr(sizeof(header))));
+      throw NetlinkError(what, ErrorNumber(body));
     }
     collected.append(message);
     collected.resize(Align(collected.size(), NLMSG_ALIGNTO));
@@ -134,6 +138,10 @@ std::string FormatVersion4(std::string_view bytes) {
 }
 
 }  // namespace
+
+NetlinkError::NetlinkError(const std::string& what, int number)
+    : KestrelException("Unable to ask the kernel for its " + what + ": " + std::strerror(number)),
+      number_(number) {}
 
 NetlinkAttributes::NetlinkAttributes(std::string_view bytes) {
   while (bytes.size() >= sizeof(nlattr)) {

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <kestrel/KestrelException.h>
 #include <linux/netlink.h>
 
 #include <chrono>
@@ -65,9 +66,21 @@ struct NetlinkRequest {
   std::string body;    ///< The fixed part of the message.
 };
 
+/// The kernel rejects a request or does not respond.
+class NetlinkError : public KestrelException {
+ public:
+  /// `what` is the plural noun that names what is requested; `number` is an error of the system.
+  NetlinkError(const std::string& what, int number);
+
+  int GetNumber() const { return number_; }
+
+ private:
+  int number_;
+};
+
 /// Requests a dump from the kernel and returns its messages, one after the other. Error messages
-/// name what is requested as `what`, a plural noun. Throws KestrelException if the kernel rejects
-/// the request or does not respond within `deadline`.
+/// name what is requested as `what`, a plural noun. Throws NetlinkError if the kernel rejects the
+/// request, cannot complete the dump, or does not respond within `deadline`.
 std::string DumpNetlink(const NetlinkRequest& request, const std::string& what,
                         std::chrono::milliseconds deadline = std::chrono::seconds(5));
 

@@ -10,10 +10,10 @@
 #include "plugins/host/frame/ListCommand.h"
 #include "plugins/host/frame/SanitizedText.h"
 #include "plugins/host/frame/ValueFilter.h"
+#include "plugins/host/network/InternetSockets.h"
 #include "plugins/host/network/NetworkCommands.h"
 #include "plugins/host/network/NetworkParameters.h"
 #include "plugins/host/network/SocketOwners.h"
-#include "plugins/host/network/SocketTables.h"
 #include "plugins/host/network/UnixSockets.h"
 #include "plugins/host/network/WordFilter.h"
 

@@ -19,8 +19,6 @@
 #include <iterator>
 #include <utility>
 
-#include "plugins/host/frame/HostFile.h"
-#include "plugins/host/frame/TextParsing.h"
 #include "plugins/host/network/Netlink.h"
 
 namespace Kestrel::Host {
@@ -84,18 +82,6 @@ bool ReadEnd(std::string_view word, SocketEndpoint& end) {
          ReadNumber(port, 16, end.port);
 }
 
-std::string InternetStateName(const std::string& protocol, unsigned state) {
-  static constexpr const char* kStates[] = {
-      "unknown",    "established", "syn-sent",    "syn-received", "fin-wait-1",
-      "fin-wait-2", "time-wait",   "closed",      "close-wait",   "last-ack",
-      "listen",     "closing",     "syn-received"};
-  constexpr unsigned kClosed = 7;
-  if (protocol == "udp" && state == kClosed) {
-    return "unconnected";
-  }
-  return state < std::size(kStates) ? kStates[state] : kStates[0];
-}
-
 bool ParseInternetLine(std::string_view line, Socket& socket) {
   TakeWord(line);
   if (!ReadEnd(TakeWord(line), socket.local) || !ReadEnd(TakeWord(line), socket.remote)) {
@@ -118,10 +104,6 @@ bool ParseInternetLine(std::string_view line, Socket& socket) {
   return ReadNumber(user, 10, socket.userId) && ReadNumber(TakeWord(line), 10, socket.inode);
 }
 
-void Append(std::vector<Socket>&& more, std::vector<Socket>& sockets) {
-  std::move(more.begin(), more.end(), std::back_inserter(sockets));
-}
-
 }  // namespace
 
 std::string SocketEndpoint::ToString() const {
@@ -131,6 +113,18 @@ std::string SocketEndpoint::ToString() const {
   const std::string portText = port == 0 ? "*" : std::to_string(port);
   const bool isVersion6 = address.find(':') != std::string::npos;
   return (isVersion6 ? "[" + address + "]" : address) + ":" + portText;
+}
+
+std::string InternetStateName(const std::string& protocol, unsigned state) {
+  static constexpr const char* kStates[] = {
+      "unknown",    "established", "syn-sent",    "syn-received", "fin-wait-1",
+      "fin-wait-2", "time-wait",   "closed",      "close-wait",   "last-ack",
+      "listen",     "closing",     "syn-received"};
+  constexpr unsigned kClosed = 7;
+  if (protocol == "udp" && state == kClosed) {
+    return "unconnected";
+  }
+  return state < std::size(kStates) ? kStates[state] : kStates[0];
 }
 
 std::vector<Socket> ParseInternetSockets(std::string_view table, const std::string& protocol,
@@ -144,15 +138,6 @@ std::vector<Socket> ParseInternetSockets(std::string_view table, const std::stri
     if (ParseInternetLine(TakeLine(table), socket)) {
       sockets.push_back(std::move(socket));
     }
-  }
-  return sockets;
-}
-
-std::vector<Socket> ReadInternetSockets(const std::string& folder, const std::string& protocol) {
-  const std::string path = folder + "/" + protocol;
-  std::vector<Socket> sockets = ParseInternetSockets(ReadRequiredFile(path), protocol, 4);
-  if (const auto table = ReadOptionalFile(path + "6")) {
-    Append(ParseInternetSockets(*table, protocol, 6), sockets);
   }
   return sockets;
 }

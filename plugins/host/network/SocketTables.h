@@ -35,13 +35,13 @@ struct Socket {
   long inode = 0;      ///< 0 if no process has the socket open.
 };
 
+/// Returns the name of a state of the kernel for a protocol ("tcp" or "udp"); "unknown" if there is
+/// none.
+std::string InternetStateName(const std::string& protocol, unsigned state);
+
 /// Parses a table in the format of /proc/net/tcp for a protocol ("tcp" or "udp") and an address
 /// family (4 or 6). Skips damaged lines.
 std::vector<Socket> ParseInternetSockets(std::string_view table, const std::string& protocol,
                                          long family);
-
-/// Returns the sockets of a protocol ("tcp" or "udp") in its two tables in a folder, usually
-/// "/proc/net". Throws KestrelException if one cannot be read; a kernel without IPv6 has only one.
-std::vector<Socket> ReadInternetSockets(const std::string& folder, const std::string& protocol);
 
 }  // namespace Kestrel::Host

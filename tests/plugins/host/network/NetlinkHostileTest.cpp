@@ -12,6 +12,7 @@
 #include <random>
 #include <string>
 
+#include "plugins/host/network/InternetSockets.h"
 #include "plugins/host/network/NetlinkMessages.h"
 #include "plugins/host/network/NetworkLinks.h"
 #include "plugins/host/network/NetworkRoutes.h"
@@ -31,7 +32,8 @@ constexpr int kAnswers = 300;
 // Calls every parser, and returns the total number of entries found.
 std::size_t ParseAll(const std::string& answer) {
   return ParseLinks(answer).size() + ParseAddresses(answer).size() + ParseRoutes(answer).size() +
-         ParseNeighbors(answer).size() + ParseUnixSockets(answer).size();
+         ParseNeighbors(answer).size() + ParseUnixSockets(answer).size() +
+         ParseInternetDiagnosis(answer, "tcp").size();
 }
 
 class Random {

@@ -6,11 +6,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <kestrel/KestrelException.h>
+#include <linux/inet_diag.h>
 #include <linux/rtnetlink.h>
+#include <linux/sock_diag.h>
+#include <netinet/in.h>
 #include <sched.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
+
+#include <cerrno>
 
 #include "plugins/host/network/NetlinkMessages.h"
 #include "plugins/host/support/Namespaces.h"
@@ -147,6 +152,24 @@ TEST(NetlinkTest, ARequestThatTheKernelDoesNotKnowIsAnError) {
     EXPECT_THAT([] { DumpRoutingNetlink(RTM_MAX | 3, "wishes"); },
                 ThrowsMessage<KestrelException>(
                     "Unable to ask the kernel for its wishes: Operation not supported"));
+  });
+  if (!refusal.empty()) {
+    GTEST_SKIP() << refusal;
+  }
+}
+
+// The kernel accepts the request and reports the failure in the message that ends the dump.
+TEST(NetlinkTest, ADumpThatTheKernelCannotStartIsAnError) {
+  const std::string refusal = Testing::RunInNamespaces(CLONE_NEWNET, [] {
+    inet_diag_req_v2 request = {};
+    request.sdiag_family = AF_INET;
+    request.sdiag_protocol = IPPROTO_GRE;
+    EXPECT_THAT(
+        [&] {
+          DumpNetlink({NETLINK_SOCK_DIAG, SOCK_DIAG_BY_FAMILY, Bytes(request)}, "tunnels");
+        },
+        ::testing::Throws<NetlinkError>(
+            ::testing::Property(&NetlinkError::GetNumber, ::testing::Eq(ENOENT))));
   });
   if (!refusal.empty()) {
     GTEST_SKIP() << refusal;

@@ -5,15 +5,11 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <kestrel/KestrelException.h>
-
-#include "support/ScopedTempDir.h"
 
 namespace Kestrel::Host {
 namespace {
 
 using ::testing::IsEmpty;
-using ::testing::ThrowsMessage;
 
 constexpr const char* kHeader =
     "  sl  local_address rem_address   st tx_queue rx_queue tr tm->when retrnsmt   uid  timeout "
@@ -112,41 +108,6 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(SocketTablesTest, EmptyTablesContainNothing) {
   EXPECT_THAT(ParseInternetSockets("", "tcp", 4), IsEmpty());
   EXPECT_THAT(ParseInternetSockets(kHeader, "tcp", 4), IsEmpty());
-}
-
-TEST(SocketTablesTest, ReadsBothTablesOfAProtocol) {
-  const Testing::ScopedTempDir folder;
-  folder.Write("tcp", std::string(kHeader) + kListener);
-  folder.Write(
-      "tcp6",
-      "   0: 00000000000000000000000001000000:0035 00000000000000000000000000000000:0000 0A "
-      "00000000:00000000 00:00000000 00000000     0        0 9 2 0 0\n");
-  folder.Write("udp", std::string(kHeader) + kConnection);
-  const auto sockets = ReadInternetSockets(folder.GetPath(), "tcp");
-  ASSERT_EQ(sockets.size(), 2u);
-  EXPECT_EQ(sockets[0].family, 4);
-  EXPECT_EQ(sockets[0].inode, 12345);
-  EXPECT_EQ(sockets[1].family, 6);
-  EXPECT_EQ(sockets[1].inode, 9);
-  EXPECT_EQ(ReadInternetSockets(folder.GetPath(), "udp").at(0).protocol, "udp");
-}
-
-TEST(SocketTablesTest, AKernelWithoutIpv6HasOneTable) {
-  const Testing::ScopedTempDir folder;
-  folder.Write("tcp", std::string(kHeader) + kListener);
-  EXPECT_EQ(ReadInternetSockets(folder.GetPath(), "tcp").size(), 1u);
-}
-
-TEST(SocketTablesTest, ATableThatCannotBeReadIsAnError) {
-  const Testing::ScopedTempDir folder;
-  folder.MakeDirectory("udp6");
-  folder.Write("udp", kHeader);
-  EXPECT_THAT([&] { ReadInternetSockets(folder.GetPath(), "tcp"); },
-              ThrowsMessage<KestrelException>("Unable to read " + folder.GetPath("tcp") +
-                                              ": No such file or directory"));
-  EXPECT_THAT([&] { ReadInternetSockets(folder.GetPath(), "udp"); },
-              ThrowsMessage<KestrelException>("Unable to read " + folder.GetPath("udp6") +
-                                              ": Is a directory"));
 }
 
 struct EndpointCase {

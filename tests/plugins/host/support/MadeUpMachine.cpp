@@ -56,12 +56,15 @@ void MadeUpMachineTest::RunThere(const std::function<void()>& body) const {
                 0)
           << name;
     }
+    PrepareThere();
     body();
   });
   if (!refusal.empty()) {
     GTEST_SKIP() << refusal;
   }
 }
+
+void MadeUpMachineTest::PrepareThere() const {}
 
 void MadeUpMachineTest::ExpectPrinted(const std::string& commandLine,
                                       const std::string& printed) const {

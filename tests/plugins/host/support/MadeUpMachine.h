@@ -31,6 +31,9 @@ class MadeUpMachineTest : public ::testing::Test {
   /// Runs `body` in a child process on that machine. Skips the test if that is not possible.
   void RunThere(const std::function<void()>& body) const;
 
+  /// Called on that machine before each body, in the child process. Does nothing unless overridden.
+  virtual void PrepareThere() const;
+
   /// Checks what a command prints in its default format on a screen of 80 columns.
   void ExpectPrinted(const std::string& commandLine, const std::string& printed) const;
 
