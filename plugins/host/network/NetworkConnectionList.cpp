@@ -20,6 +20,9 @@
 namespace Kestrel::Host {
 namespace {
 
+constexpr char kUnix[] = "unix";
+constexpr long kFamilyOfUnix = 0;
+
 const StructShape& Shape() {
   static const StructShape shape =
       StructShape("NetworkConnection")
@@ -87,7 +90,7 @@ void SetOwners(const Socket& socket, const SocketOwners& owners, MetaObj::MetaSt
 }
 
 std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Socket& socket, const SocketOwners& owners) {
-  const bool isUnix = socket.protocol == "unix";
+  const bool isUnix = socket.protocol == kUnix;
   auto result = Shape().NewStruct();
   result->SetField("Protocol", socket.protocol);
   result->SetField("Type", socket.type);
@@ -125,7 +128,11 @@ class SocketFilter {
 
   bool AcceptsProtocol(const std::string& protocol) const {
     return isEveryProtocolListed_ ||
-           (protocols_.IsGiven() ? protocols_.Accepts(protocol) : protocol != "unix");
+           (protocols_.IsGiven() ? protocols_.Accepts(protocol) : protocol != kUnix);
+  }
+
+  bool AcceptsUnixSockets() const {
+    return AcceptsProtocol(kUnix) && families_.Accepts(kFamilyOfUnix);
   }
 
   bool Accepts(const Socket& socket) const {
@@ -208,7 +215,7 @@ class NetworkConnectionList final : public ListCommand {
         std::move(more.begin(), more.end(), std::back_inserter(sockets));
       }
     }
-    if (filter.AcceptsProtocol("unix")) {
+    if (filter.AcceptsUnixSockets()) {
       std::vector<Socket> more = ReadUnixSockets();
       std::move(more.begin(), more.end(), std::back_inserter(sockets));
     }
