@@ -16,7 +16,7 @@ The parts, all of them if none is named:
     merge      64 results with 10,000 rows each are compared in less than three seconds
     connection what a connection costs this side, with real servers
     scale      simulated hosts, which cost this side no key exchange: directly with two
-               fan-outs, and through gateways
+               fan-outs, and through gateways; the memory is below three times the bytes received
 
 Prints figures. The exit status is 1 if something is not so, and 77 if no ssh server can be started.
 """
@@ -222,9 +222,13 @@ def scale(check: Callable[[bool, str], None], program: Path, count: int) -> None
         with SimulatedHosts(program) as hosts:
             taken = hosts.run(count, fanout, gateways)
         check(taken.status == 0, f"scale: status {taken.status}")
+        ratio = taken.memory / taken.received
+        check(ratio < _MAX_MEMORY or taken.received < _MAX_START,
+              f"scale: {ratio:.2f} times the bytes received")
         print(f"scale: {count} hosts, fan-out {fanout}, {gateways or 'no'} gateways: "
               f"{taken.wall:.0f} s, {taken.received / 1e6:.1f} MB of answers, vexil-fleet alone "
-              f"{taken.processor:.1f} s of processor time and {taken.memory / 1e6:.0f} MB",
+              f"{taken.processor:.1f} s of processor time and {taken.memory / 1e6:.0f} MB, which is "
+              f"{ratio:.2f} times the bytes, and at most {taken.files} open files seen",
               flush=True)
 
 

@@ -48,10 +48,12 @@ _TICKS = os.sysconf("SC_CLK_TCK")
 
 
 class Taken(NamedTuple):
-    """What a run took: `processor` and `memory` (in bytes) are those of vexil-fleet alone."""
+    """What a run took. `processor`, `memory` (in bytes) and `files`, which is the greatest number of
+    open files that was seen, are those of vexil-fleet alone."""
     wall: float
     processor: float
     memory: int
+    files: int
     received: int
     status: int
 
@@ -96,13 +98,14 @@ class SimulatedHosts:
         with subprocess.Popen([*command, "volume", "list"], stdout=subprocess.DEVNULL,
                               env=self._environment(), preexec_fn=_raise_limits) as process:
             try:
-                processor, memory = _watch(process)
+                processor, memory, files = _watch(process)
             except BaseException:
                 process.terminate()  # without the program in place of ssh, it would use the real one
                 raise
         received = sum(json.loads(line)["bytes"]
                        for line in report.read_text(encoding="utf-8").splitlines())
-        return Taken(time.monotonic() - start, processor, memory, received, process.returncode)
+        return Taken(time.monotonic() - start, processor, memory, files, received,
+                     process.returncode)
 
     def _environment(self) -> Dict[str, str]:
         return {"PATH": f"{self._folder}:/usr/bin:/bin", "LC_ALL": "C.UTF-8",
@@ -119,13 +122,15 @@ def _raise_limits() -> None:
     resource.setrlimit(resource.RLIMIT_NOFILE, (most, most))
 
 
-def _watch(process: "subprocess.Popen[bytes]") -> "tuple[float, int]":
-    """The processor time and the greatest memory of a process without its children."""
-    processor, memory = 0.0, 0
+def _watch(process: "subprocess.Popen[bytes]") -> "tuple[float, int, int]":
+    """The processor time, the greatest memory and the greatest number of open files of a process
+    without its children."""
+    processor, memory, files = 0.0, 0, 0
     while process.poll() is None:
         try:
             stat = Path(f"/proc/{process.pid}/stat").read_text(encoding="ascii")
             status = Path(f"/proc/{process.pid}/status").read_text(encoding="ascii")
+            files = max(files, len(os.listdir(f"/proc/{process.pid}/fd")))
         except OSError:
             continue
         words: Sequence[str] = stat.rsplit(")", 1)[1].split()
@@ -134,4 +139,4 @@ def _watch(process: "subprocess.Popen[bytes]") -> "tuple[float, int]":
             if line.startswith("VmHWM:"):
                 memory = max(memory, int(line.split()[1]) * 1024)
         time.sleep(0.05)
-    return processor, memory
+    return processor, memory, files

@@ -182,6 +182,8 @@ class Fleet:
         (self.folder / "known_hosts").write_text(known, encoding="ascii")
         text = "".join(f"Host {host.name}\n  HostName {host.address}\n  Port {self.port}\n"
                        for host in self.hosts.values())
+        # Nothing listens there. Without an address, a name server would be asked.
+        text += "Host nowhere\n  HostName 127.0.0.1\n  Port 1\n"
         text += "Host *\n" + _SSH_CONFIG.format(folder=self.folder)
         self.ssh_config.write_text(text, encoding="ascii")
 

@@ -107,7 +107,7 @@ class EqualHosts(FleetCase):
         self.call("--report", str(report), "volume", "list", hosts="web[1-2],nowhere")
         text = report.read_text(encoding="utf-8")
         self.assertRegex(text, r'\{"host": "nowhere", "status": "unreachable", "seconds": [0-9.]+, '
-                               r'"bytes": [0-9]+, "message": "ssh: Could not resolve hostname')
+                               r'"bytes": [0-9]+, "message": "ssh: connect to host 127.0.0.1 port 1: Conn')
         self.assertRegex(text, r'"host": "web2", "status": "ok", "seconds": [0-9.]+, '
                                r'"bytes": [1-9][0-9]+, "message": ""')
         self.assertEqual(3, len(text.splitlines()))

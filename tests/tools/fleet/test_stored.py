@@ -2,6 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """Lines that are stored compressed."""
 
+import random
+import tracemalloc
 import unittest
 
 import modules  # noqa: F401  pylint: disable=unused-import
@@ -36,6 +38,18 @@ class Stored(unittest.TestCase):
         for chunk in chunks:
             self.assertEqual(chunk.count, len(chunk.lines()))
             self.assertLess(len(chunk.text()), 66_000)
+
+    def test_the_memory_is_a_part_of_the_bytes(self) -> None:
+        noise = random.Random(16)
+        noisy = [noise.randbytes(40) for _ in range(20_000)]
+        for lines, most in ((_LINES, 0.5), (noisy, 1.2)):
+            tracemalloc.start()
+            result = stored(*lines)
+            memory, _ = tracemalloc.get_traced_memory()
+            tracemalloc.stop()
+            size = len(result.text)
+            self.assertGreater(size, 600_000)
+            self.assertLess(memory, most * size)
 
     def test_equal_bytes_have_the_same_digest_however_they_were_added(self) -> None:
         whole = StoredLines(b"".join(_LINES))
