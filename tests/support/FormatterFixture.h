@@ -85,6 +85,20 @@ class FormatterFixture : public ::testing::Test {
     return asked;
   }
 
+  /// Prints a short output to a full disk, whose stream throws. Returns whether the exception
+  /// reached the caller.
+  static bool ThrowsOnAFullDisk() {
+    LimitedBuffer buffer(10);
+    std::ostream out(&buffer);
+    out.exceptions(std::ios_base::badbit);
+    try {
+      Format(MakeOutput(MakeDisks({{"a", 1}})), out);
+    } catch (const std::ios_base::failure&) {
+      return true;
+    }
+    return false;
+  }
+
   /// Returns a list of the disks "a" and "c" with a structure of type "Floppy" between them.
   static std::shared_ptr<MetaList> MakeDisksAndAFloppy() {
     const auto list = MakeDisks({{"a", 1}});

@@ -68,6 +68,11 @@ TEST(ConditionalRemovalTest, AConditionalBeginsWithADollarAndABraceOfTheTemplate
   brace.AppendValue("{no,x");
   brace.AppendTemplate("{}");
   EXPECT_FALSE(RemoveConditionalsOnce(brace));
+
+  MarkedText name("$if{");
+  name.AppendValue("no");
+  name.AppendTemplate(",x}");
+  EXPECT_TRUE(RemoveConditionalsOnce(name));
 }
 
 TEST(ConditionalRemovalTest, KeepsWhichBytesCameFromValues) {

@@ -110,6 +110,32 @@ TEST(XmlUtilTest, ExtractAttributeUsesTheDocumentType) {
   EXPECT_EQ(XmlUtil_ExtractAttribute(tree.GetRoot(), "default"), "a default");
 }
 
+TEST(XmlUtilTest, ExtractAttributeExpandsAnEntityWithinAnEntity) {
+  const Tree tree("<!DOCTYPE a [<!ENTITY e 'x'><!ENTITY f '1&e;2'>]><a only='&f;'/>");
+  EXPECT_EQ(XmlUtil_ExtractAttribute(tree.GetRoot(), "only"), "1x2");
+}
+
+void Append(xmlAttr& attribute, xmlNode* node) {
+  node->parent = reinterpret_cast<xmlNode*>(&attribute);
+  node->prev = attribute.last;
+  attribute.last->next = node;
+  attribute.last = node;
+}
+
+const xmlChar* AsXmlChars(const char* text) { return reinterpret_cast<const xmlChar*>(text); }
+
+// The parser makes no such nodes, but the caller can.
+TEST(XmlUtilTest, ExtractAttributeJoinsTheNodesOfACallersAttribute) {
+  const Tree tree("<a one='1'/>");
+  xmlAttr& attribute = *tree.GetRoot()->properties;
+  Append(attribute, xmlNewDocComment(attribute.doc, AsXmlChars("comment")));
+  Append(attribute, xmlNewCDataBlock(attribute.doc, AsXmlChars("<2>"), 3));
+  xmlNode* const reference = xmlNewReference(attribute.doc, AsXmlChars("undeclared"));
+  reference->content = const_cast<xmlChar*>(AsXmlChars("3"));
+  Append(attribute, reference);
+  EXPECT_EQ(XmlUtil_ExtractAttribute(tree.GetRoot(), "one"), "1<2>3");
+}
+
 TEST(XmlUtilTest, ExtractAttributeOfANodeThatHasNoneIsEmpty) {
   const Tree tree("<a>text</a>");
   EXPECT_EQ(XmlUtil_ExtractAttribute(tree.GetChild(0), "one"), "");

@@ -331,6 +331,11 @@ TEST(CommandHelpFormatterTest, FlushesOnceAndStopsAtAFullDisk) {
   formatter.Format(MakeOutput(MakeFullPage()), params, display, refused);
   EXPECT_EQ(full.GetText(), "Usage: vex");
   EXPECT_TRUE(refused.bad());
+  LimitedBuffer fullToo(10);
+  std::ostream throwing(&fullToo);
+  throwing.exceptions(std::ios_base::badbit);
+  EXPECT_THROW(formatter.Format(MakeOutput(MakeFullPage()), params, display, throwing),
+               std::ios_base::failure);
 }
 
 TEST(CommandHelpFormatterTest, PrintsTenThousandParameters) {

@@ -27,6 +27,10 @@ std::shared_ptr<MetaList> MakeNumbers(const std::vector<long>& numbers) {
   return list;
 }
 
+TEST_F(JsonFormatterTest, TheExceptionOfAStreamReachesTheCaller) {
+  EXPECT_TRUE(ThrowsOnAFullDisk());
+}
+
 TEST_F(JsonFormatterTest, DocumentsItself) {
   const JsonFormatter formatter;
   EXPECT_EQ(formatter.GetName(), "json");

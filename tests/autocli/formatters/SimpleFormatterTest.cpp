@@ -46,6 +46,10 @@ class SimpleFormatterTest : public FormatterFixture<SimpleFormatter> {
   }
 };
 
+TEST_F(SimpleFormatterTest, TheExceptionOfAStreamReachesTheCaller) {
+  EXPECT_TRUE(ThrowsOnAFullDisk());
+}
+
 TEST_F(SimpleFormatterTest, DocumentsItself) {
   const SimpleFormatter formatter;
   EXPECT_EQ(formatter.GetName(), "simple");
@@ -271,6 +275,10 @@ TEST_F(SimpleFormatterTest, AlignsFieldsOnRequest) {
 TEST_F(SimpleFormatterTest, AlignsToTheLongestNameOfTheListEvenIfUnknown) {
   EXPECT_EQ(Print(MakeDisk("a", 1), {{"align-fields", "true"}, {"fields", "Name,no-such-field"}}),
             "Disk:\n   Name         : a\nError getting field no-such-field\n");
+}
+
+TEST_F(SimpleFormatterTest, AlignsAFieldWithoutANameToo) {
+  EXPECT_EQ(Print(MakeRecord({{"", "1"}}), {{"align-fields", "true"}}), "Row:\n   : 1\n");
 }
 
 TEST_F(SimpleFormatterTest, AlignsBeforeNestedValuesToo) {

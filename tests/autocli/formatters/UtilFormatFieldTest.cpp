@@ -304,6 +304,12 @@ TEST(UtilFormatFieldTest, WidthAndPrecisionAreReducedTogether) {
   EXPECT_EQ(PrintInt('A', "%5.5000c"), "    A");
 }
 
+TEST(UtilFormatFieldTest, APrecisionOfZeroPrintsNothingOfALongString) {
+  const std::string text(300, 'x');
+  EXPECT_EQ(PrintString(text, "[%1$.0s]%1$.0s"), "[]");
+  EXPECT_EQ(PrintString(text, "%1$.360s%1$300.0s"), text + std::string(17 + 64, ' '));
+}
+
 TEST(UtilFormatFieldTest, ManyConversionsOfALongStringCostNoMoreThanTheirOutput) {
   const std::string text(100000, 'x');
   std::string format;

@@ -36,6 +36,10 @@ class XmlFormatterTest : public FormatterFixture<XmlFormatter> {
   }
 };
 
+TEST_F(XmlFormatterTest, TheExceptionOfAStreamReachesTheCaller) {
+  EXPECT_TRUE(ThrowsOnAFullDisk());
+}
+
 TEST_F(XmlFormatterTest, DocumentsItself) {
   const XmlFormatter formatter;
   EXPECT_EQ(formatter.GetName(), "xml");

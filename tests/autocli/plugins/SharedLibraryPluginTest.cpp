@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstddef>
 #include <filesystem>
@@ -308,6 +309,93 @@ TEST(SharedLibraryPluginTest, SymbolsAreBoundLazilyAndVisibleToLaterPlugins) {
   const std::shared_ptr<CallSpec::Output> output = CallSpec::Output::New();
   command->Execute(CallSpec::Input::New(), output);
   EXPECT_EQ(output->GetRootObject()->ToString(), "a text on loan");
+}
+
+// Plug-ins that are checked before they are loaded.
+
+constexpr uid_t kOtherUser = 4711;
+
+/// The process has another real than effective user, so that every plug-in is checked.
+class ForeignRightsTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (geteuid() != 0) {
+      GTEST_SKIP() << "Only root can change the real user.";
+    }
+    ASSERT_EQ(setresuid(kOtherUser, 0, 0), 0);
+    try {
+      SharedLibraryPlugin::New(CopyOf("LenderPlugin"))->Initialize();
+    } catch (const KestrelException& error) {
+      GTEST_SKIP() << "The files of this test are not trusted: " << error.what();
+    }
+  }
+
+  void TearDown() override {
+    if (geteuid() == 0) {
+      ASSERT_EQ(setresuid(0, 0, 0), 0);
+    }
+  }
+
+  std::string CopyOf(const std::string& name) const {
+    const std::string path = dir_.GetPath(name + ".so");
+    CopyTestPlugin(name, path);
+    SetMode(path, 0755);
+    return path;
+  }
+
+  static void SetMode(const std::string& path, mode_t mode) {
+    EXPECT_EQ(chmod(path.c_str(), mode), 0);
+  }
+
+  static std::list<std::string> NamesOf(const std::string& path) {
+    const std::shared_ptr<SharedLibraryPlugin> plugin = SharedLibraryPlugin::New(path);
+    plugin->Initialize();
+    const std::shared_ptr<RootNamespace> root = RootNamespace::New(nullptr);
+    plugin->RegisterNamespaces(root);
+    const auto names = root->GetNamespaceNodeNames();
+    return {names.begin(), names.end()};
+  }
+
+  static void ExpectRefused(const std::string& path, const std::string& reason) {
+    EXPECT_THAT([&] { SharedLibraryPlugin::New(path)->Initialize(); },
+                ThrowsMessage<KestrelException>(reason));
+  }
+
+  const ScopedTempDir dir_;
+};
+
+TEST_F(ForeignRightsTest, ATrustedSharedObjectIsLoaded) {
+  EXPECT_THAT(NamesOf(CopyOf("EchoPlugin")), ElementsAre("echo"));
+  EXPECT_THAT(NamesOf(CopyOf("NoAbiPlugin")), ElementsAre("own"));
+}
+
+TEST_F(ForeignRightsTest, AFileThatOthersCanWriteIsRefused) {
+  const std::string path = CopyOf("EchoPlugin");
+  SetMode(path, 0666);
+  ExpectRefused(
+      path, "Unable to load plugin from " + path + " : " + path + " can be written by every user");
+}
+
+TEST_F(ForeignRightsTest, MessagesNameThePathAndNotTheDescriptor) {
+  const std::string missing = dir_.GetPath("missing.so");
+  ExpectRefused(missing, "Unable to load plugin from " + missing + " : " + missing +
+                             ": cannot open shared object file: No such file or directory");
+  const std::string text = dir_.Write("text.so", std::string(1000, 'x'));
+  SetMode(text, 0644);
+  ExpectRefused(text, "Unable to load plugin from " + text + " : " + text + ": invalid ELF header");
+  const std::string bare = CopyOf("NoEntryPoint");
+  ExpectRefused(bare, "Unable to get plugin registration point from " + bare + " : " + bare +
+                          ": undefined symbol: AutoCli_RegisterNamespaces");
+  ExpectRefused(dir_.GetPath(),
+                "Unable to load plugin from " + dir_.GetPath() + " : not a regular file");
+}
+
+TEST_F(ForeignRightsTest, ASharedObjectFindsLibrariesBesideIt) {
+  const std::string path = CopyOf("OriginPlugin");
+  std::filesystem::copy(
+      std::filesystem::path(TestPluginPath("OriginPlugin")).parent_path() / "helpers",
+      dir_.GetPath("helpers"));
+  EXPECT_THAT(NamesOf(path), ElementsAre("echo"));
 }
 
 // Exceptions.

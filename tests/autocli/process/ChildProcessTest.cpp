@@ -405,6 +405,21 @@ TEST_F(ChildProcessTest, WithoutStandardStreamsItMayRunOutOfDescriptorsToo) {
   EXPECT_EQ(messageIs(2, "Can't create output pipe: Too many open files"), 17);
 }
 
+TEST_F(ChildProcessTest, ASignalReachesTheChildAndThenEndsTheCaller) {
+  const ScopedTempDir folder;
+  const std::string file = folder.GetPath("received");
+  const pid_t caller = fork();
+  if (caller == 0) {
+    signal(SIGTERM, SIG_DFL);
+    OutputOf("trap 'touch " + file + "; exit' TERM; kill -TERM $PPID; sleep 5; exit 1");
+    _exit(0);
+  }
+  int status = 0;
+  waitpid(caller, &status, 0);
+  EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM) << status;
+  EXPECT_TRUE(std::filesystem::exists(file));
+}
+
 TEST_F(ChildProcessTest, ManyRunsLeaveNoDescriptorOrChild) {
   const LeavesNothing nothing;
   const int runs = Testing::Rounds(500, 10000);

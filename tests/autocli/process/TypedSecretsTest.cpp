@@ -11,6 +11,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <fstream>
 #include <string>
@@ -146,8 +147,10 @@ TEST(TypedSecretsTest, IsMaskedInAMessage) {
 }
 
 TEST(TypedSecretsTest, CoreDumpsAreDisabledWhileOneIsHeld) {
-  rlimit before = {};
-  getrlimit(RLIMIT_CORE, &before);
+  rlimit original = {};
+  getrlimit(RLIMIT_CORE, &original);
+  const rlimit before = {std::min<rlim_t>(4096, original.rlim_max), original.rlim_max};
+  setrlimit(RLIMIT_CORE, &before);
   const int wasDumpable = prctl(PR_GET_DUMPABLE);
   {
     const TypedSecrets secrets;
@@ -160,6 +163,7 @@ TEST(TypedSecretsTest, CoreDumpsAreDisabledWhileOneIsHeld) {
   }
   rlimit after = {};
   getrlimit(RLIMIT_CORE, &after);
+  setrlimit(RLIMIT_CORE, &original);
   EXPECT_EQ(after.rlim_cur, before.rlim_cur);
   EXPECT_EQ(prctl(PR_GET_DUMPABLE), wasDumpable);
 }
@@ -178,6 +182,21 @@ TEST(TypedSecretsTest, OnlyTypedValuesAreMasked) {
     EXPECT_EQ(TypedSecrets::Mask("a"), "***");
   }
   EXPECT_EQ(TypedSecrets::Mask("a"), "***");
+}
+
+TEST(TypedSecretsTest, AStringIsWipedOnlyIfItIsASecret) {
+  std::string secret = "pw";
+  std::string other = "other";
+  const TypedSecrets secrets;
+  TypedSecrets::WipeIfSecret(secret);
+  EXPECT_EQ(secret, "pw");
+  TypedSecrets::Expect();
+  TypedSecrets::Add("first");
+  TypedSecrets::Add("pw");
+  TypedSecrets::WipeIfSecret(secret);
+  TypedSecrets::WipeIfSecret(other);
+  EXPECT_EQ(secret, "");
+  EXPECT_EQ(other, "other");
 }
 
 TEST(TypedSecretsTest, EveryOccurrenceIsMasked) {

@@ -1,0 +1,74 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "autocli/descriptors/XmlDiagnostics.h"
+
+#include <gtest/gtest.h>
+#include <libxml/parser.h>
+#include <unistd.h>
+
+#include "support/StreamCapture.h"
+
+namespace Kestrel::AutoCli {
+namespace {
+
+using Testing::StreamCapture;
+
+constexpr char kBroken[] = "<o><a></o>";
+
+void ParseBroken() { xmlFreeDoc(xmlReadMemory(kBroken, sizeof(kBroken) - 1, "test", nullptr, 0)); }
+
+/// A handler for errors, as a program may have one. Counts the errors.
+class OwnHandler {
+ public:
+  OwnHandler() {
+    xmlSetStructuredErrorFunc(&errors_, [](void* count, auto*) { ++*static_cast<int*>(count); });
+  }
+  OwnHandler(const OwnHandler&) = delete;
+  OwnHandler& operator=(const OwnHandler&) = delete;
+  ~OwnHandler() { xmlSetStructuredErrorFunc(nullptr, nullptr); }
+
+  int GetCount() const { return errors_; }
+
+ private:
+  int errors_ = 0;
+};
+
+TEST(XmlDiagnosticsTest, SilencesTheHandlerOfTheProgram) {
+  const OwnHandler handler;
+  {
+    const XmlDiagnostics diagnostics(XmlDiagnostics::Mode::Silenced);
+    EXPECT_TRUE(diagnostics.IsEmpty());
+    ParseBroken();
+    EXPECT_FALSE(diagnostics.IsEmpty());
+    EXPECT_FALSE(diagnostics.HasMemoryFailure());
+  }
+  EXPECT_EQ(handler.GetCount(), 0);
+  ParseBroken();
+  EXPECT_EQ(handler.GetCount(), 2);
+}
+
+TEST(XmlDiagnosticsTest, ForwardsToTheHandlerOfTheProgram) {
+  const OwnHandler handler;
+  const XmlDiagnostics diagnostics(XmlDiagnostics::Mode::Forwarded);
+  ParseBroken();
+  EXPECT_FALSE(diagnostics.IsEmpty());
+  EXPECT_EQ(handler.GetCount(), 2);
+}
+
+TEST(XmlDiagnosticsTest, ForwardsToStandardErrorIfThereIsNoHandler) {
+  StreamCapture captured(STDERR_FILENO);
+  {
+    const XmlDiagnostics diagnostics(XmlDiagnostics::Mode::Silenced);
+    ParseBroken();
+    EXPECT_FALSE(diagnostics.IsEmpty());
+  }
+  EXPECT_EQ(captured.GetText(), "");
+  const XmlDiagnostics diagnostics(XmlDiagnostics::Mode::Forwarded);
+  ParseBroken();
+  EXPECT_FALSE(diagnostics.IsEmpty());
+  EXPECT_EQ(captured.GetText().substr(0, 20), "test:1: parser error");
+}
+
+}  // namespace
+}  // namespace Kestrel::AutoCli
