@@ -33,6 +33,8 @@
 #include "kestrel/autocli/XmlUtil.h"
 #include "kestrel/callspec/Output.h"
 #include "kestrel/metaobj/MetaStruct.h"
+#include "vexil/formats/ExactFormat.h"
+#include "vexil/formats/ExactFormatter.h"
 
 namespace Kestrel::Benchmarks {
 namespace {
@@ -58,16 +60,26 @@ Work LookUp() {
   };
 }
 
-template <typename Formatter>
-Work Print() {
+Work PrintWith(const std::shared_ptr<AutoCli::Formatter>& formatter) {
   const auto output = CallSpec::Output::New();
   output->SetRootObject(MakeList(MakeRecords(kRecords)));
-  return [output] {
+  return [output, formatter] {
     std::ostringstream out;
     AutoCli::FormatParameters parameters;
     AutoCli::DisplayContext display;
-    Formatter().Format(output, parameters, display, out);
+    formatter->Format(output, parameters, display, out);
   };
+}
+
+template <typename Formatter>
+Work Print() {
+  return PrintWith(std::make_shared<Formatter>());
+}
+
+/// Prints with a formatter of the tool.
+template <const Formats::ExactFormat& kFormat>
+Work PrintExactly() {
+  return PrintWith(std::make_shared<Formats::ExactFormatter>(kFormat));
 }
 
 Work ReadValueDocument() {
@@ -113,6 +125,12 @@ Work MakeWork(const std::string& name, const std::string& file) {
       {"xml", Print<AutoCli::XmlFormatter>},
       {"json", Print<AutoCli::JsonFormatter>},
       {"python", Print<AutoCli::PythonFormatter>},
+      {"ndjson", PrintExactly<Formats::kNdjsonFormat>},
+      {"json-utf8", PrintExactly<Formats::kJsonUtf8Format>},
+      {"csv", PrintExactly<Formats::kCsvFormat>},
+      {"tsv", PrintExactly<Formats::kTsvFormat>},
+      {"yaml", PrintExactly<Formats::kYamlFormat>},
+      {"value-xml", PrintExactly<Formats::kValueXmlFormat>},
       {"value-document", ReadValueDocument},
       {"call", CallCommand},
   };

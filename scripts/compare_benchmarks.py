@@ -44,6 +44,12 @@ WORKLOADS = {
     "xml": 3,
     "json": 3,
     "python": 3,
+    "ndjson": 3,
+    "json-utf8": 3,
+    "csv": 3,
+    "tsv": 3,
+    "yaml": 3,
+    "value-xml": 3,
 }
 
 

@@ -56,12 +56,11 @@ FieldPath Columns::PathOf(std::size_t column) const {
   return path;
 }
 
-void Columns::BeginRow(const MetaObject& row) {
-  row_ = &row;
+void Columns::OpenRow(const MetaObject& row) {
+  structures_.clear();
   if (isScalar_) {
     return;
   }
-  structures_.clear();
   OpenStructure(row);
   for (const Field& field : nested_) {
     OpenStructure(Get(field));

@@ -28,13 +28,18 @@ class Columns {
   /// Returns the names that lead to the field of a column.
   FieldPath PathOf(std::size_t column) const;
 
-  /// Sets the row that GetCell reads. The row must exist until the next call. Throws ValueFault if
-  /// the row does not have the shape of the result.
-  void BeginRow(const MetaObj::MetaObject& row);
-
-  /// Returns the value in a cell of the row. Throws ValueFault if there is none.
-  const MetaObj::MetaObject& GetCell(std::size_t column) const {
-    return isScalar_ ? *row_ : Get(columns_[column]);
+  /// Calls `use` with each value of `row`, one for each column. `column` is always the index of the
+  /// next column. Throws ValueFault if the row does not have the shape of the result.
+  template <typename Use>
+  void ReadRow(const MetaObj::MetaObject& row, std::size_t& column, const Use& use) {
+    OpenRow(row);
+    const FieldReader::Fields* const structures = structures_.data();
+    const bool isScalar = isScalar_;
+    for (const Field& field : columns_) {
+      use(isScalar ? row
+                   : FieldReader::Get(structures[field.structure], field.position, field.name));
+      ++column;
+    }
   }
 
  private:
@@ -51,6 +56,7 @@ class Columns {
   void AddAll(const Value& value, const Field& field);
   std::size_t AddStructure(const Field& field);
   void AddColumn(const Field& field);
+  void OpenRow(const MetaObj::MetaObject& row);
   void OpenStructure(const MetaObj::MetaObject& value);
 
   const MetaObj::MetaObject& Get(const Field& field) const {
@@ -62,8 +68,7 @@ class Columns {
   std::map<Key, std::size_t> nestedIndex_;
   std::vector<Field> columns_;
   std::map<Key, std::size_t> columnIndex_;
-  std::vector<FieldReader> readers_;  // by index of the structure
-  const MetaObj::MetaObject* row_ = nullptr;
+  std::vector<FieldReader> readers_;             // by index of the structure
   std::vector<FieldReader::Fields> structures_;  // those in the row
 };
 

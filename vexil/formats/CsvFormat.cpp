@@ -16,7 +16,7 @@ namespace {
 struct Unquoted {
   template <typename Bytes>
   static constexpr auto Stops(Bytes bytes) {
-    return (bytes == ',') | (bytes == '"') | (bytes == '\r') | (bytes == '\n') | (bytes >= 0x80);
+    return (bytes == ',') | (bytes == '"') | (bytes == '\r') | (bytes == '\n') | (bytes < 0);
   }
   static bool IsCopied(char32_t /*character*/) { return true; }
 };
@@ -24,7 +24,7 @@ struct Unquoted {
 struct Quoted {
   template <typename Bytes>
   static constexpr auto Stops(Bytes bytes) {
-    return (bytes == '"') | (bytes >= 0x80);
+    return (bytes == '"') | (bytes < 0);
   }
   static bool IsCopied(char32_t /*character*/) { return true; }
   static void Replace(char32_t /*quote*/, TextBuffer& out) { out.Append("\"\""); }
@@ -34,9 +34,14 @@ struct CsvSyntax {
   static constexpr char kSeparator = ',';
   static constexpr std::string_view kLineEnd = "\r\n";
 
-  using Rules = Unquoted;
+  struct Ordinary {
+    template <typename Bytes>
+    static constexpr auto Stops(Bytes bytes) {
+      return (bytes < 0x20) | (bytes == ',') | (bytes == '"');
+    }
+  };
 
-  static void SpecialText(std::string_view text, bool isAlone, TextBuffer& out) {
+  static void Text(std::string_view text, bool isAlone, TextBuffer& out) {
     // Without quotes, a line with one empty cell would be an empty line, which readers skip.
     const bool mustQuote = text.empty() && isAlone;
     if (!mustQuote && CountCopied<Unquoted>(text) == text.size()) {

@@ -23,7 +23,7 @@ constexpr char32_t kEmojiSelector = 0xfe0f;
 struct PrintableAscii {
   template <typename Bytes>
   static constexpr auto Stops(Bytes bytes) {
-    return (bytes < 0x20) | (bytes >= 0x7f);
+    return (bytes < 0x20) | (bytes == 0x7f);
   }
 };
 

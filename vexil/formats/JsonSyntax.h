@@ -19,7 +19,7 @@ namespace Kestrel::Formats {
 struct JsonRules {
   template <typename Bytes>
   static constexpr auto Stops(Bytes bytes) {
-    return (bytes < 0x20) | (bytes == '"') | (bytes == '\\') | (bytes >= 0x80);
+    return (bytes < 0x20) | (bytes == '"') | (bytes == '\\');
   }
   static bool IsCopied(char32_t /*character*/) { return true; }
   static void Replace(char32_t character, TextBuffer& out);
@@ -84,8 +84,7 @@ class JsonSyntax {
 
   void BeginLine(long level) {
     if (kIndentStep != 0) {
-      out_.Append('\n');
-      out_.AppendSpaces(kIndentStep * static_cast<std::size_t>(level));
+      out_.AppendAll('\n', Spaces{kIndentStep * static_cast<std::size_t>(level)});
     }
   }
 

@@ -28,6 +28,9 @@ namespace Kestrel::Formats {
 ///
 ///   static constexpr char kSeparator;
 ///   static constexpr std::string_view kLineEnd;
+///   struct Ordinary;
+///       Stops, as described in EscapedText.h, at all bytes that are not simply copied. May stop at
+///       others, if that takes fewer comparisons.
 ///   static void Text(std::string_view text, bool isAlone, TextBuffer& out);
 ///       Prints the text of a cell. `isAlone` is true if there is only one column. Throws
 ///       ValueFault if that is not possible.
@@ -82,17 +85,17 @@ class LinePrinter {
   void PrintRow(const MetaObj::MetaObject& row) {
     std::size_t column = 0;
     try {
-      const std::size_t count = columns_.Count();
-      for (columns_.BeginRow(row); column < count; ++column) {
-        PrintCell(columns_.GetCell(column), lists_[column]);
-      }
+      columns_.ReadRow(row, column, [this, &column](const MetaObj::MetaObject& value) {
+        PrintCell(value, lists_[column]);
+      });
     } catch (const ValueFault& fault) {
       throw LocateFault(fault, {columns_.PathOf(column), Position()});
     }
     EndLine();
   }
 
-  void PrintCell(const MetaObj::MetaObject& value, std::unique_ptr<ListPrinter>& list) {
+  [[gnu::always_inline]] void PrintCell(const MetaObj::MetaObject& value,
+                                        std::unique_ptr<ListPrinter>& list) {
     switch (KindOf(value)) {
       case MetaObj::MetaType::Int:
         return out_.AppendAll(Decimal{static_cast<const MetaObj::MetaInt&>(value).GetValue()},
@@ -109,7 +112,8 @@ class LinePrinter {
 
   static std::string_view WordFor(bool value) { return value ? "true" : "false"; }
 
-  void PrintList(const MetaObj::MetaObject& value, std::unique_ptr<ListPrinter>& list) {
+  [[gnu::noinline]] void PrintList(const MetaObj::MetaObject& value,
+                                   std::unique_ptr<ListPrinter>& list) {
     if (list == nullptr) {
       list = std::make_unique<ListPrinter>();
     }
@@ -118,12 +122,16 @@ class LinePrinter {
     Text(list->text.ToString());
   }
 
-  void Text(std::string_view text) {
-    if (text.empty() || AnyStop<typename Syntax::Rules>(text)) {
-      Syntax::SpecialText(text, columns_.Count() == 1, out_);
-      return out_.Append(Syntax::kSeparator);
+  [[gnu::always_inline]] void Text(std::string_view text) {
+    if (text.empty() || AnyStop<typename Syntax::Ordinary>(text)) {
+      return SpecialText(text);
     }
     out_.AppendAll(text, Syntax::kSeparator);
+  }
+
+  [[gnu::noinline]] void SpecialText(std::string_view text) {
+    Syntax::Text(text, columns_.Count() == 1, out_);
+    out_.Append(Syntax::kSeparator);
   }
 
   /// Ends a line. Each cell ends with a separator, also the last one.

@@ -18,9 +18,9 @@ void TextBuffer::ForEachPart(const Use& use) const {
   }
 }
 
-void TextBuffer::AppendSpaces(std::size_t count) {
-  std::memset(Reserve(count), ' ', count);
-  end_ += count;
+void TextBuffer::Append(Spaces spaces) {
+  std::memset(Reserve(spaces.count), ' ', spaces.count);
+  end_ += spaces.count;
 }
 
 void TextBuffer::WriteTo(std::ostream& out) const {

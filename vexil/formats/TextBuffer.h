@@ -3,8 +3,9 @@
 
 #pragma once
 
-#include <charconv>
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <ostream>
@@ -13,13 +14,12 @@
 #include <vector>
 
 #include "autocli/text/ShortCopy.h"
+#include "autocli/text/TextWriter.h"
 
 namespace Kestrel::Formats {
 
-/// A number in decimal, with a sign if it is negative.
-struct Decimal {
-  long value;
-};
+using AutoCli::Decimal;
+using AutoCli::Spaces;
 
 /// Keeps output in memory until it is known that all of it can be printed.
 ///
@@ -39,8 +39,8 @@ class TextBuffer {
     end_ += text.size();
   }
 
-  /// Appends strings, bytes and Decimals in order. Faster than one call for each, because there is
-  /// a single check for room.
+  /// Appends strings, bytes, Spaces and Decimals in order. Faster than one call for each, because
+  /// there is a single check for room.
   template <typename... Pieces>
   void AppendAll(const Pieces&... pieces) {
     if (((MaxBytes(pieces) <= kMaxShort) && ...)) {
@@ -54,7 +54,7 @@ class TextBuffer {
 
   void Append(Decimal number) { end_ = Put(number, Reserve(kMaxDecimal)); }
 
-  void AppendSpaces(std::size_t count);
+  void Append(Spaces spaces);
 
   /// Removes the byte that was appended last, by one of the operations above.
   void RemoveLast() { --end_; }
@@ -79,9 +79,20 @@ class TextBuffer {
   static constexpr std::size_t kFirstBlock = std::size_t{4} << 10U;
   static constexpr std::size_t kMaxBlock = std::size_t{1} << 20U;
 
+  /// The numbers from 00 to 99.
+  static constexpr std::array<char, 200> kDigitPairs = [] {
+    std::array<char, 200> pairs{};
+    for (std::size_t i = 0; i < 100; ++i) {
+      pairs[2 * i] = static_cast<char>('0' + i / 10);
+      pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+    }
+    return pairs;
+  }();
+
   static std::size_t MaxBytes(char /*byte*/) { return 1; }
   static std::size_t MaxBytes(std::string_view text) { return text.size(); }
   static std::size_t MaxBytes(Decimal /*number*/) { return kMaxDecimal; }
+  static std::size_t MaxBytes(Spaces spaces) { return spaces.count; }
 
   /// Writes a piece to `place`, where there is room for kMaxShort bytes, and returns its end.
   static char* Put(char byte, char* place) {
@@ -92,9 +103,16 @@ class TextBuffer {
     CopyShort(place, text.data(), text.size());
     return place + text.size();
   }
-  static char* Put(Decimal number, char* place) {
-    return std::to_chars(place, place + kMaxDecimal, number.value).ptr;
+  static char* Put(Spaces spaces, char* place) {
+    std::memset(place, ' ', kMaxShort);  // a fixed size needs no function call
+    return place + spaces.count;
   }
+  static char* Put(Decimal number, char* place);
+
+  /// Writes the last digits of `number` before `at`, two at a time, and returns the others: a
+  /// number below 100. Moves `at` to the first of them.
+  template <typename Number>
+  static Number PutPairs(Number number, char*& at);
 
   /// Like memcpy, but without a function call. Up to kMaxShort bytes at `to` may be overwritten.
   [[gnu::always_inline]] static void CopyShort(char* to, const char* from, std::size_t size) {
@@ -132,5 +150,33 @@ class TextBuffer {
   char* end_ = nullptr;    // of the text in `block_`
   char* limit_ = nullptr;  // of `block_`
 };
+
+template <typename Number>
+Number TextBuffer::PutPairs(Number number, char*& at) {
+  for (; number >= 100; number /= 100) {
+    at -= 2;
+    std::memcpy(at, &kDigitPairs[number % 100 * 2], 2);
+  }
+  return number;
+}
+
+// Takes half the instructions of std::to_chars.
+inline char* TextBuffer::Put(Decimal number, char* place) {
+  const bool isNegative = number.value < 0;
+  const auto value = static_cast<unsigned long>(number.value);
+  const unsigned long magnitude = isNegative ? 0 - value : value;
+  *place = '-';
+  char* const end = place + AutoCli::TextWriter::Measure(number);
+  char* at = end;
+  // Most numbers need 32 bits, which are divided by half the instructions.
+  const auto rest = magnitude <= UINT32_MAX ? PutPairs(static_cast<std::uint32_t>(magnitude), at)
+                                            : static_cast<std::uint32_t>(PutPairs(magnitude, at));
+  if (rest >= 10) {
+    std::memcpy(at - 2, &kDigitPairs[rest * 2], 2);
+  } else {
+    at[-1] = static_cast<char>('0' + rest);
+  }
+  return end;
+}
 
 }  // namespace Kestrel::Formats

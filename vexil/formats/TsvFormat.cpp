@@ -15,7 +15,7 @@ namespace {
 struct TsvRules {
   template <typename Bytes>
   static constexpr auto Stops(Bytes bytes) {
-    return (bytes == '\t') | (bytes == '\n') | (bytes == '\r') | (bytes == '\\') | (bytes >= 0x80);
+    return (bytes == '\t') | (bytes == '\n') | (bytes == '\r') | (bytes == '\\') | (bytes < 0);
   }
   static bool IsCopied(char32_t /*character*/) { return true; }
   static void Replace(char32_t character, TextBuffer& out) {
@@ -28,9 +28,14 @@ struct TsvSyntax {
   static constexpr char kSeparator = '\t';
   static constexpr std::string_view kLineEnd = "\n";
 
-  using Rules = TsvRules;
+  struct Ordinary {
+    template <typename Bytes>
+    static constexpr auto Stops(Bytes bytes) {
+      return (bytes < 0x20) | (bytes == '\\');
+    }
+  };
 
-  static void SpecialText(std::string_view text, bool /*isAlone*/, TextBuffer& out) {
+  static void Text(std::string_view text, bool /*isAlone*/, TextBuffer& out) {
     AppendEscaped<TsvRules>(text, out);
   }
 };

@@ -129,26 +129,30 @@ class ValuePrinter {
     }
   }
 
-  /// Prints a scalar, an empty structure or an empty list. Opens any other value. Inlined, because
-  /// most values are scalars.
-  [[gnu::always_inline]] void Print(std::string_view before, const MetaObj::MetaObject& value,
+  /// Prints a scalar, an empty structure or an empty list. Opens any other value and returns true.
+  /// Inlined, because most values are scalars.
+  [[gnu::always_inline]] bool Print(std::string_view before, const MetaObj::MetaObject& value,
                                     Plan*& plan, const FieldChoice* choice, StructPlace place) {
     switch (KindOf(value)) {
       case MetaObj::MetaType::Int:
-        return syntax_.Int(before, static_cast<const MetaObj::MetaInt&>(value).GetValue());
+        syntax_.Int(before, static_cast<const MetaObj::MetaInt&>(value).GetValue());
+        return false;
       case MetaObj::MetaType::Bool:
-        return syntax_.Bool(before, static_cast<const MetaObj::MetaBool&>(value).GetValue());
+        syntax_.Bool(before, static_cast<const MetaObj::MetaBool&>(value).GetValue());
+        return false;
       case MetaObj::MetaType::String:
-        return syntax_.String(before, static_cast<const MetaObj::MetaString&>(value).GetValue());
+        syntax_.String(before, static_cast<const MetaObj::MetaString&>(value).GetValue());
+        return false;
       case MetaObj::MetaType::Struct:
         return OpenStruct(before, static_cast<const MetaObj::MetaStruct&>(value), plan, choice,
                           place);
       case MetaObj::MetaType::List:
         return OpenList(before, static_cast<const MetaObj::MetaList&>(value), plan, place.level);
     }
+    return false;
   }
 
-  void OpenStruct(std::string_view before, const MetaObj::MetaStruct& structure, Plan*& plan,
+  bool OpenStruct(std::string_view before, const MetaObj::MetaStruct& structure, Plan*& plan,
                   const FieldChoice* choice, StructPlace place) {
     if (plan == nullptr) {
       plan = &plans_.emplace_back();
@@ -157,36 +161,40 @@ class ValuePrinter {
     const bool isEmpty = plan->fields.empty();
     syntax_.BeginStruct(before, structure, isEmpty);
     if (isEmpty) {
-      return syntax_.EndStruct(true, place.level);
+      syntax_.EndStruct(true, place.level);
+      return false;
     }
     open_.push_back({&structure, nullptr, &plan, 0, place.level});
+    return true;
   }
 
-  void OpenList(std::string_view before, const MetaObj::MetaList& list, Plan*& plan, long level) {
+  bool OpenList(std::string_view before, const MetaObj::MetaList& list, Plan*& plan, long level) {
     const bool isEmpty = list.GetCount() == 0;
     syntax_.BeginList(before, list, isEmpty);
     if (isEmpty) {
-      return syntax_.EndList(true, level);
+      syntax_.EndList(true, level);
+      return false;
     }
     if (list.GetListType() == MetaObj::MetaType::Struct) {
       PlanElements(list, plan, level);
     }
     open_.push_back({nullptr, &list, &plan, 0, level});
+    return true;
   }
 
   /// Prints the rest of the innermost open value, or until another value is opened.
   void Continue() { open_.back().list == nullptr ? ContinueStruct() : ContinueList(); }
 
   void ContinueStruct() {
-    const std::size_t depth = open_.size();
     Open& inside = open_.back();
-    std::vector<Field>& fields = (*inside.plan)->fields;
-    const FieldReader::Fields values = (*inside.plan)->reader.Open(*inside.structure);
-    while (inside.next < fields.size()) {
-      Field& field = fields[inside.next++];
-      const MetaObj::MetaObject& value = FieldReader::Get(values, field.position, field.name);
-      Print(field.before, value, field.inside, field.choice, {inside.level + 1, false});
-      if (open_.size() != depth) {
+    Plan& plan = **inside.plan;
+    const FieldReader::Fields values = plan.reader.Open(*inside.structure);
+    const StructPlace place = {inside.level + 1, false};
+    Field* const end = plan.fields.data() + plan.fields.size();
+    for (Field* field = plan.fields.data() + inside.next; field != end; ++field) {
+      ++inside.next;
+      const MetaObj::MetaObject& value = FieldReader::Get(values, field->position, field->name);
+      if (Print(field->before, value, field->inside, field->choice, place)) {
         return;  // `inside` may have moved
       }
     }
@@ -195,14 +203,12 @@ class ValuePrinter {
   }
 
   void ContinueList() {
-    const std::size_t depth = open_.size();
     Open& inside = open_.back();
     const std::vector<Value>& elements = inside.list->GetObjects();
     while (inside.next < elements.size()) {
       const std::size_t index = inside.next++;
       syntax_.BeginElement(index == 0, inside.level);
-      Print("", *elements[index], *inside.plan, nullptr, {inside.level + 1, true});
-      if (open_.size() != depth) {
+      if (Print("", *elements[index], *inside.plan, nullptr, {inside.level + 1, true})) {
         return;  // `inside` may have moved
       }
     }

@@ -46,7 +46,7 @@ struct Content {
   template <typename Bytes>
   static constexpr auto Stops(Bytes bytes) {
     return ((bytes < 0x20) & (bytes != '\t') & (bytes != '\n')) | (bytes == '&') | (bytes == '<') |
-           (bytes == '>') | (bytes >= 0x80);
+           (bytes == '>');
   }
   static bool IsCopied(char32_t character) { return character != 0xfffe && character != 0xffff; }
   static void Replace(char32_t character, TextBuffer& out) {
@@ -70,8 +70,7 @@ struct Content {
 struct Attribute {
   template <typename Bytes>
   static constexpr auto Stops(Bytes bytes) {
-    return (bytes < 0x20) | (bytes == '&') | (bytes == '<') | (bytes == '>') | (bytes == '"') |
-           (bytes >= 0x80);
+    return (bytes < 0x20) | (bytes == '&') | (bytes == '<') | (bytes == '>') | (bytes == '"');
   }
   static bool IsCopied(char32_t character) { return Content::IsCopied(character); }
   static void Replace(char32_t character, TextBuffer& out) {
@@ -111,9 +110,8 @@ class ValueXmlSyntax {
     }
     CheckSize(name);
     TextBuffer prefix;
-    prefix.AppendAll(std::string_view(isFirst ? "" : "</field>"), '\n');
-    prefix.AppendSpaces(IndentOf(place.level + 1));
-    prefix.Append("<field name=\"");
+    prefix.AppendAll(std::string_view(isFirst ? "" : "</field>"), '\n',
+                     Spaces{IndentOf(place.level + 1)}, std::string_view("<field name=\""));
     AppendEscaped<Attribute>(name, prefix);
     prefix.Append("\">");
     return prefix.ToString();
@@ -152,8 +150,7 @@ class ValueXmlSyntax {
                    std::string_view("\">"));
   }
   void BeginElement(bool /*isFirst*/, long level) {
-    out_.Append('\n');
-    out_.AppendSpaces(IndentOf(level + 1));
+    out_.AppendAll('\n', Spaces{IndentOf(level + 1)});
   }
   void EndList(bool isEmpty, long level) {
     Close("", isEmpty, level);
@@ -176,8 +173,7 @@ class ValueXmlSyntax {
   void Close(std::string_view lastEnd, bool isEmpty, long level) {
     out_.Append(lastEnd);
     if (!isEmpty) {
-      out_.Append('\n');
-      out_.AppendSpaces(IndentOf(level));
+      out_.AppendAll('\n', Spaces{IndentOf(level)});
     }
   }
 
@@ -197,7 +193,7 @@ bool IsReadBack(const std::string& document) {
 
 void Print(const Selection& selection, const FormatOptions& /*options*/, TextBuffer& out) {
   out.Append("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<output>\n");
-  out.AppendSpaces(IndentOf(0));
+  out.Append(Spaces{IndentOf(0)});
   ValueXmlSyntax syntax(out);
   ValuePrinter<ValueXmlSyntax> printer(syntax);
   printer.PrintResult(selection);

@@ -40,15 +40,28 @@ constexpr bool IsSpace(char32_t character) {
          character == 0x202f || character == 0x205f || character == 0x3000;
 }
 
+template <typename Bytes>
+constexpr auto IsIn(Bytes bytes, signed char first, signed char last) {
+  return (bytes > static_cast<signed char>(first - 1)) &
+         (bytes < static_cast<signed char>(last + 1));
+}
+
+// Stops at all bytes that require quotes, and at some that do not: that takes fewer comparisons.
+struct Ordinary {
+  template <typename Bytes>
+  static constexpr auto Stops(Bytes bytes) {
+    return (IsIn(bytes | 0x20, 'a', 'z') | IsIn(bytes, '-', '9') | (bytes == '_') |
+            (bytes == ' ')) == 0;
+  }
+};
+
 // Stops at bytes that require quotes.
 struct Plain {
   template <typename Bytes>
   static constexpr auto Stops(Bytes bytes) {
-    const auto isPlain = ((bytes >= 'a') & (bytes <= 'z')) | ((bytes >= 'A') & (bytes <= 'Z')) |
-                         ((bytes >= '-') & (bytes <= '9')) | (bytes == '_') | (bytes == ' ') |
-                         (bytes == '(') | (bytes == ')') | (bytes == '+') | (bytes == '@') |
-                         (bytes == '%');
-    return isPlain == 0;
+    const auto isPlain = IsIn(bytes | 0x20, 'a', 'z') | IsIn(bytes, '(', '9') | (bytes == '_') |
+                         (bytes == ' ') | (bytes == '@') | (bytes == '%');
+    return (isPlain == 0) | (bytes == '*') | (bytes == ',');
   }
   static bool IsCopied(char32_t character) { return !IsEscaped(character) && !IsSpace(character); }
 };
@@ -56,7 +69,7 @@ struct Plain {
 struct Quoted {
   template <typename Bytes>
   static constexpr auto Stops(Bytes bytes) {
-    return (bytes < 0x20) | (bytes == '"') | (bytes == '\\') | (bytes >= 0x7f);
+    return (bytes < 0x20) | (bytes == '"') | (bytes == '\\') | (bytes == 0x7f);
   }
   static bool IsCopied(char32_t character) { return !IsEscaped(character); }
 
@@ -85,16 +98,16 @@ struct Quoted {
 
 // Words that some readers interpret as a boolean or null, in any combination of upper and lower
 // case.
-bool IsReserved(std::string_view text) {
-  constexpr std::array<std::string_view, 9> kWords = {"true", "false", "null", "yes", "no",
-                                                      "on",   "off",   "y",    "n"};
-  constexpr std::size_t kMaxSize = 5;
-  return text.size() <= kMaxSize &&
-         std::any_of(kWords.begin(), kWords.end(), [text](std::string_view word) {
-           return std::equal(text.begin(), text.end(), word.begin(), word.end(),
-                             [](char left, char right) { return (left | 0x20) == right; });
-         });
+[[gnu::noinline]] bool IsReserved(std::string_view text) {
+  static constexpr std::array<std::string_view, 9> kWords = {"true", "false", "null", "yes", "no",
+                                                             "on",   "off",   "y",    "n"};
+  return std::any_of(kWords.begin(), kWords.end(), [text](std::string_view word) {
+    return std::equal(text.begin(), text.end(), word.begin(), word.end(),
+                      [](char left, char right) { return (left | 0x20) == right; });
+  });
 }
+
+constexpr std::size_t kMaxReserved = 5;
 
 // Excludes numbers, dates and all characters that have a special meaning at the beginning.
 bool CanBegin(char byte) {
@@ -102,9 +115,10 @@ bool CanBegin(char byte) {
          byte == '/' || static_cast<unsigned char>(byte) >= 0x80;
 }
 
-bool IsPlain(std::string_view text) {
-  return !text.empty() && CanBegin(text.front()) && text.back() != ' ' && !IsReserved(text) &&
-         (!AnyStop<Plain>(text) || CountCopied<Plain>(text) == text.size());
+inline bool IsPlain(std::string_view text) {
+  return !text.empty() && CanBegin(text.front()) && text.back() != ' ' &&
+         (text.size() > kMaxReserved || !IsReserved(text)) &&
+         (!AnyStop<Ordinary>(text) || CountCopied<Plain>(text) == text.size());
 }
 
 class YamlSyntax {
@@ -127,16 +141,11 @@ class YamlSyntax {
     out_.AppendAll(before, std::string_view(value ? "true" : "false"));
   }
   void Int(std::string_view before, long value) { out_.AppendAll(before, Decimal{value}); }
-  void String(std::string_view before, const std::string& value) {
+  [[gnu::always_inline]] void String(std::string_view before, const std::string& value) {
     if (IsPlain(value)) {
       return out_.AppendAll(before, std::string_view(value));
     }
-    if (!AnyStop<Quoted>(value)) {
-      return out_.AppendAll(before, '"', std::string_view(value), '"');
-    }
-    out_.AppendAll(before, '"');
-    AppendEscaped<Quoted>(value, out_);
-    out_.Append('"');
+    QuotedString(before, value);
   }
 
   void BeginStruct(std::string_view before, const MetaObj::MetaStruct& /*structure*/,
@@ -149,15 +158,24 @@ class YamlSyntax {
     Begin(before, isEmpty, "[]");
   }
   void BeginElement(bool isFirst, long level) {
-    if (!isFirst || level != 0) {
-      out_.Append('\n');
-      out_.AppendSpaces(kIndentStep * static_cast<std::size_t>(level));
+    if (isFirst && level == 0) {
+      return out_.Append("- ");
     }
-    out_.Append("- ");
+    out_.AppendAll('\n', Spaces{kIndentStep * static_cast<std::size_t>(level)},
+                   std::string_view("- "));
   }
   void EndList(bool /*isEmpty*/, long /*level*/) {}
 
  private:
+  [[gnu::noinline]] void QuotedString(std::string_view before, const std::string& value) {
+    if (!AnyStop<Quoted>(value)) {
+      return out_.AppendAll(before, '"', std::string_view(value), '"');
+    }
+    out_.AppendAll(before, '"');
+    AppendEscaped<Quoted>(value, out_);
+    out_.Append('"');
+  }
+
   void Begin(std::string_view before, bool isEmpty, std::string_view emptyText) {
     out_.Append(before);
     if (isEmpty) {

@@ -30,6 +30,23 @@ TEST(CsvFormatTest, QuotesCellsWithASeparatorOrAQuote) {
             "ë\r\n\"ë,\"\r\n\"ë\"\"\"\r\n");
 }
 
+TEST(CsvFormatTest, DoesNotQuoteOtherControlCharacters) {
+  for (const std::string text : {"\x01", "a\tb\x1f", "a long cell\twith tabs\tand Zoë in it\x7f"}) {
+    EXPECT_EQ(Csv(MetaString::New(text), {{"header", "false"}}), text + "\r\n");
+  }
+}
+
+TEST(CsvFormatTest, QuotesACellForACharacterAnywhereInIt) {
+  for (std::size_t size = 1; size < 70; ++size) {
+    for (std::size_t at = 0; at < size; ++at) {
+      std::string text(size, 'x');
+      text[at] = '"';
+      EXPECT_EQ(Csv(MetaString::New(text), {{"header", "false"}}),
+                '"' + text.substr(0, at) + "\"\"" + text.substr(at + 1) + "\"\r\n");
+    }
+  }
+}
+
 TEST(CsvFormatTest, PrintsALoneEmptyCellAsQuotes) {
   EXPECT_EQ(Csv(MakeTexts({"", "a"})), "value\r\n\"\"\r\na\r\n");
   EXPECT_EQ(Csv(MakeRow("", "")), "\"\"\r\n\"\"\r\n");

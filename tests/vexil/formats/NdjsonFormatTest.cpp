@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
+#include <cstdint>
 #include <limits>
 
 #include "vexil/formats/FormatsFixture.h"
@@ -32,6 +33,18 @@ TEST(NdjsonFormatTest, PrintsAnyOtherValueOnOneLine) {
 TEST(NdjsonFormatTest, PrintsTheLimitsOfIntegers) {
   EXPECT_EQ(Ndjson(MetaInt::New(std::numeric_limits<long>::min())), "-9223372036854775808\n");
   EXPECT_EQ(Ndjson(MetaInt::New(std::numeric_limits<long>::max())), "9223372036854775807\n");
+}
+
+TEST(NdjsonFormatTest, PrintsIntegersOfEveryLength) {
+  const long max32 = std::numeric_limits<std::uint32_t>::max();
+  std::vector<long> numbers = {0, max32 - 1, max32, max32 + 1};
+  for (long power = 1; power <= std::numeric_limits<long>::max() / 10; power *= 10) {
+    numbers.insert(numbers.end(), {power - 1, power, power + 1, 10 * power - 1, 9 * power + 7});
+  }
+  for (const long number : numbers) {
+    EXPECT_EQ(Ndjson(MetaInt::New(number)), std::to_string(number) + "\n");
+    EXPECT_EQ(Ndjson(MetaInt::New(-number)), std::to_string(-number) + "\n");
+  }
 }
 
 TEST(NdjsonFormatTest, EscapesOnlyWhatJsonRequires) {

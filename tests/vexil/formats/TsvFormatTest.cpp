@@ -22,6 +22,13 @@ TEST(TsvFormatTest, EscapesWhatWouldSplitACell) {
   EXPECT_EQ(Tsv(MakeRow("a\tb", "x")), "a\\tb\nx\n");
 }
 
+TEST(TsvFormatTest, CopiesOtherControlCharacters) {
+  for (const std::string text :
+       {"\x01", "a\x1f Zoë", "a long cell\fwith \"other\" characters\x7f"}) {
+    EXPECT_EQ(Tsv(MetaString::New(text), {{"header", "false"}}), text + '\n');
+  }
+}
+
 TEST(TsvFormatTest, PrintsALoneEmptyCellAsAnEmptyLine) {
   EXPECT_EQ(Tsv(MakeTexts({"", "a"})), "value\n\na\n");
 }

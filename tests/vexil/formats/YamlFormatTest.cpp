@@ -58,9 +58,23 @@ TEST(YamlFormatTest, PrintsScalars) {
 
 TEST(YamlFormatTest, DoesNotQuotePlainStrings) {
   for (const char* text : {"a", "archive", "/dev/sda1", "Kept for ten years", "x86_64", "a-b.c+d",
-                           "Zoë", "日本", "ext4", "yesterday", "e3", "50%"}) {
+                           "Zoë", "日本", "ext4", "yesterday", "e3", "50%", "a(b)+c@d%e",
+                           "a longer string (of 40 bytes) with a + b"}) {
     const bool isNumber = text[0] == '5';
     EXPECT_EQ(YamlString(text), isNumber ? "\"50%\"\n" : std::string(text) + "\n");
+  }
+}
+
+TEST(YamlFormatTest, DecidesAboutEveryAsciiCharacterAtEveryPosition) {
+  const std::string plain =
+      " %()+-./0123456789@ABCDEFGHIJKLMNOPQRSTUVWXYZ_abcdefghijklmnopqrstuvwxyz";
+  for (char character = ' '; character < '\x7f'; ++character) {
+    for (const std::size_t at : {1, 6, 14, 16, 33}) {
+      std::string text(at + 7, 'x');
+      text[at] = character;
+      const bool isPlain = plain.find(character) != std::string::npos;
+      EXPECT_EQ(YamlString(text)[0], isPlain ? 'x' : '"') << text;
+    }
   }
 }
 
