@@ -1,12 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Input: the index of the word at the cursor, then the words of the line after the tool's name, one
-// per line.
+// Input: the index of the word at the cursor, then the words of the line after the program's name,
+// one per line.
 //
-// Completes the line in a small tree. Every candidate begins with the typed part and is offered
-// again when it has been typed completely, and the output for the shells has the form that the
-// scripts rely on. Suggestions and hints for the same line must end too.
+// Completes the line in a small tree, as one of vexil and as one of vexil-explain. Every candidate
+// begins with the typed part and is offered again when it has been typed completely, and the output
+// for the shells has the form that the scripts rely on. Suggestions and hints for the same line
+// must end too.
 
 #include "tools/complete/Complete.h"
 
@@ -161,7 +162,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   using namespace Kestrel::Fuzz;
   FuzzInput input(data, size);
   const int index = input.TakeNumber(1, kMaxWords);
-  Words words = {"vexil"};
+  Words words = {"vexil-explain"};
   while (!input.IsEmpty() && words.size() < kMaxWords) {
     words.push_back(input.TakeText());
   }
@@ -170,6 +171,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const Usage usage(size);
   const Completion completion = CompleteAt(words, static_cast<std::size_t>(index));
   usage.Check(WriteCompletion(completion).size());
+  RequireCompletes(words, static_cast<std::size_t>(index));
+  words[0] = "vexil";
   RequireCompletes(words, static_cast<std::size_t>(index));
   RequireAdvises(words);
   return 0;

@@ -116,6 +116,9 @@ check_contents() {
   contains vexil-tools '/usr/bin/vexil-fleet' '/usr/share/kestrel/fleet/vexil_fleet/main\.py' \
     "/usr/lib/$multiarch/kestrel/fleet-rows\.so" '/usr/share/man/man1/vexil-fleet\.1\.gz' \
     '/usr/share/bash-completion/completions/vexil-fleet' '/usr/bin/vexil-newplugin' \
+    '/usr/share/bash-completion/completions/vexil-explain' \
+    '/usr/share/fish/vendor_completions.d/vexil-explain\.fish' \
+    '/usr/share/zsh/vendor-completions/_vexil-explain' \
     '/usr/share/kestrel/newplugin/native/Plugin\.cpp' '/usr/share/xml/kestrel/catalog\.xml' \
     '/usr/share/ansible/collections/ansible_collections/kestrel/vexil/plugins/modules/command\.py'
   contains kestrel-doc '/usr/share/doc/.*/command-line\.md(\.gz)?' \

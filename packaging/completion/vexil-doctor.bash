@@ -7,7 +7,10 @@
 _vexil_doctor() {
   local current=$2 previous=$3 words=
   COMPREPLY=()
-  if [[ $previous == --formatter ]]; then
+  if [[ " ${COMP_WORDS[*]:1:COMP_CWORD-1} " == *' -- '* ]]; then
+    compopt -o default
+    return
+  elif [[ $previous == --formatter ]]; then
     words='csv json json-utf8 ndjson pretty python simple table tsv value-xml xml yaml'
   elif [[ $current == -* ]]; then
     words='--formatter --help --version'

@@ -7,6 +7,10 @@
 _vexil_lint() {
   local current=$2 previous=$3 words=
   COMPREPLY=()
+  if [[ " ${COMP_WORDS[*]:1:COMP_CWORD-1} " == *' -- '* ]]; then
+    compopt -o default
+    return
+  fi
   case $previous in
     --format) words='text json sarif' ;;
     --explain | --suppress) words=$(vexil-lint --rules 2>/dev/null | cut -d ' ' -f 1) ;;

@@ -58,22 +58,36 @@ class LineCompleter {
  private:
   void CompleteBeforePath() {
     if (line_.option) {
-      AddDispatcherValues(context_, *line_.option, completion_);
+      if (!IsRefused(*line_.option)) {
+        AddDispatcherValues(context_, *line_.option, completion_);
+      }
       return;
     }
     if (line_.word.empty() || line_.word[0] != '-') {
       AddChildren();
       return;
     }
-    for (const DispatcherOption& option : Vexil::GetDispatcherOptions()) {
-      if (option.isRepeatable || !IsGiven(line_.given.dispatcherOptions, option.name)) {
-        completion_.Add(line_.word, Spell(option.name), option.description);
+    AddDispatcherOptions();
+    if (line_.isFirstExplained) {
+      for (const auto& [option, description] : kExplainOptions) {
+        completion_.Add(line_.word, option, description);
       }
     }
     if (line_.isOnlyWord) {
-      completion_.Add(line_.word, "--version", "Show the name and the version of the tool.");
+      completion_.Add(line_.word, "--version", "Show the name and the version of the program.");
     }
   }
+
+  void AddDispatcherOptions() {
+    for (const DispatcherOption& option : Vexil::GetDispatcherOptions()) {
+      const bool isGiven = IsGiven(line_.given.dispatcherOptions, option.name);
+      if ((option.isRepeatable || !isGiven) && !IsRefused(option.name)) {
+        completion_.Add(line_.word, Spell(option.name), option.description);
+      }
+    }
+  }
+
+  bool IsRefused(const std::string& option) const { return line_.isExplained && option == "input"; }
 
   void CompleteInCommand() {
     if (context_.command == nullptr) {

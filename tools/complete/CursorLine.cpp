@@ -3,6 +3,8 @@
 
 #include "tools/complete/CursorLine.h"
 
+#include <algorithm>
+
 #include "kestrel/autocli/OptionParser.h"
 
 namespace Kestrel::Complete {
@@ -53,9 +55,16 @@ Words SkipFirst(const Words& words, std::size_t count) {
              : Words(words.begin() + static_cast<std::ptrdiff_t>(count), words.end());
 }
 
-}  // namespace
+bool IsExplain(const std::string& program) {
+  return program.substr(program.rfind('/') + 1) == "vexil-explain";
+}
 
-CursorLine ReadCursorLine(const Words& words, std::size_t index) {
+bool IsExplainOption(const std::string& word) {
+  return std::any_of(kExplainOptions.begin(), kExplainOptions.end(),
+                     [&word](const auto& option) { return option.first == word; });
+}
+
+CursorLine ReadToolLine(const Words& words, std::size_t index) {
   const Words before(words.begin() + 1, words.begin() + static_cast<std::ptrdiff_t>(index));
   const Words after = SkipFirst(words, index + 1);
   const CommandLine lineBefore = Vexil::SplitCommandLine(before);
@@ -80,6 +89,22 @@ CursorLine ReadCursorLine(const Words& words, std::size_t index) {
                               static_cast<std::ptrdiff_t>(lineBefore.dispatcherOptions.size()) -
                               (line.beforeValue.empty() ? 1 : 0));
   }
+  return line;
+}
+
+}  // namespace
+
+CursorLine ReadCursorLine(const Words& words, std::size_t index) {
+  if (!IsExplain(words[0])) {
+    return ReadToolLine(words, index);
+  }
+  const bool hasOwnOption = index > 1 && IsExplainOption(words[1]);
+  Words toolWords = words;
+  toolWords.erase(toolWords.begin() + 1, toolWords.begin() + (hasOwnOption ? 2 : 1));
+  CursorLine line = ReadToolLine(toolWords, index - (hasOwnOption ? 1 : 0));
+  line.isOnlyWord = line.isOnlyWord && !hasOwnOption;
+  line.isExplained = true;
+  line.isFirstExplained = index == 1;
   return line;
 }
 

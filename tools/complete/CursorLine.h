@@ -3,9 +3,11 @@
 
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "vexil/CommandLine.h"
@@ -46,14 +48,24 @@ struct CursorLine {
   std::vector<Vexil::TypedOption> settledOptions;
   /// Whether the line contains only the tool's name and the word.
   bool isOnlyWord = false;
+  /// Whether the line is one of vexil-explain: those of the tool without --input, and two options
+  /// more.
+  bool isExplained = false;
+  /// Whether the word is the first one of such a line. Only that can be one of these options.
+  bool isFirstExplained = false;
 
   /// The part of the word that is a value.
   std::string GetValue() const { return word.substr(beforeValue.size()); }
 };
 
-/// Parses the words of a line; the first one is the tool's name. `index` is the index of the word
-/// at the cursor, from 1 to the number of words; the latter means that the cursor is after the last
-/// word.
+/// The options that only vexil-explain has, and their descriptions.
+inline constexpr std::array<std::pair<const char*, const char*>, 2> kExplainOptions = {
+    {{"--shell-text", "Only print the text that the shell would get."},
+     {"--shell-input", "Only print the standard input of the shell."}}};
+
+/// Parses the words of a line; the first one is the name of the tool or of vexil-explain. `index`
+/// is the index of the word at the cursor, from 1 to the number of words; the latter means that the
+/// cursor is after the last word.
 CursorLine ReadCursorLine(const Vexil::Words& words, std::size_t index);
 
 }  // namespace Kestrel::Complete

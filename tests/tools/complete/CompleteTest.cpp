@@ -106,20 +106,24 @@ class CompleteTest : public ::testing::Test {
   }
 
   // Completes the last of the words; `after` are the words after the cursor.
-  Completion Run(Words words, const Words& after = {}) {
-    words.insert(words.begin(), "vexil");
+  Completion Run(Words words, const Words& after = {}, const char* program = "vexil") {
+    words.insert(words.begin(), program);
     const std::size_t index = words.size() - 1;
     words.insert(words.end(), after.begin(), after.end());
     return CompleteLine(dispatcher_, Complete::ReadCursorLine(words, index),
                         std::chrono::steady_clock::now() + std::chrono::seconds(10));
   }
 
-  Words RunForWords(const Words& words, const Words& after = {}) {
+  Words RunForWords(const Words& words, const Words& after = {}, const char* program = "vexil") {
     Words found;
-    for (const Candidate& candidate : Run(words, after).candidates) {
+    for (const Candidate& candidate : Run(words, after, program).candidates) {
       found.push_back(candidate.word);
     }
     return found;
+  }
+
+  Words RunExplain(const Words& words, const Words& after = {}) {
+    return RunForWords(words, after, "/usr/bin/vexil-explain");
   }
 
   AutoCli::Dispatcher dispatcher_;
@@ -210,6 +214,43 @@ TEST_F(CompleteTest, VersionIsOfferedAsTheOnlyArgument) {
   EXPECT_THAT(RunForWords({"--v"}), ElementsAre("--version"));
   EXPECT_THAT(RunForWords({"--v"}, {"paint"}), IsEmpty());
   EXPECT_THAT(RunForWords({"--formatter=xml", "--v"}), IsEmpty());
+}
+
+// The parser knows no end of the options: "--" is a word like any other, and names nothing.
+TEST_F(CompleteTest, TwoDashesAreAWord) {
+  EXPECT_THAT(RunForWords({"--", ""}), IsEmpty());
+  EXPECT_THAT(RunForWords({"--", "--f"}), IsEmpty());
+  EXPECT_THAT(RunForWords({"paint", "--", "l"}), IsEmpty());
+  EXPECT_THAT(RunForWords({"paint", "list", "--", "--c"}), IsEmpty());
+  EXPECT_THAT(RunForWords({"paint", "list", "--colour", "red", "--", "--s"}), IsEmpty());
+  EXPECT_THAT(RunForWords({"paint", "list", "--file", "--", "--c"}), ElementsAre("--colour"));
+}
+
+TEST_F(CompleteTest, LinesOfExplainBeginWithItsOwnOptions) {
+  EXPECT_THAT(RunExplain({"--shell"}), ElementsAre("--shell-text", "--shell-input"));
+  EXPECT_THAT(RunExplain({"--shell"}, {"paint", "list"}),
+              ElementsAre("--shell-text", "--shell-input"));
+  EXPECT_THAT(RunExplain({"--shell-text", "--shell"}), IsEmpty());
+  EXPECT_THAT(RunExplain({"--formatter", "xml", "--shell"}), IsEmpty());
+  EXPECT_THAT(RunForWords({"--shell"}), IsEmpty());
+  EXPECT_THAT(RunExplain({"--v"}), ElementsAre("--version"));
+  EXPECT_THAT(RunExplain({"--shell-text", "--v"}), IsEmpty());
+}
+
+TEST_F(CompleteTest, LinesOfExplainAreOtherwiseThoseOfTheTool) {
+  EXPECT_THAT(RunExplain({"p"}), ElementsAre("paint", "pencil"));
+  EXPECT_THAT(RunExplain({"--shell-input", "p"}), ElementsAre("paint", "pencil"));
+  EXPECT_THAT(RunExplain({"--shell-text", "--formatter=json", "paint", "list", "--c"}),
+              ElementsAre("--colour"));
+  EXPECT_THAT(RunExplain({"--shell-text", "--f"}, {"--formatter", "xml", "paint"}),
+              ElementsAre("--format-param"));
+}
+
+TEST_F(CompleteTest, ExplainHasNoInput) {
+  EXPECT_THAT(RunForWords({"--i"}), ElementsAre("--input"));
+  EXPECT_THAT(RunExplain({"--i"}), IsEmpty());
+  EXPECT_THAT(RunExplain({"--input", ""}), IsEmpty());
+  EXPECT_EQ(Directive::None, Run({"--input", ""}, {}, "vexil-explain").directive);
 }
 
 TEST_F(CompleteTest, FormattersComeFromThePlugins) {

@@ -65,6 +65,33 @@ MORE_COMPLETIONS = [
     ("stor\\age mou", "stor\\age mount "),
 ]
 
+# Lines that are typed after "vexil-explain ". The path in the last one comes from the plug-ins.
+EXPLAIN_COMPLETIONS = [
+    ("--shell-i", "--shell-input "),
+    ("--vers", "--version "),
+    ("--inp", "--inp"),
+    ("--formatter js", "--formatter json "),
+    ("--shell-text --formatter js", "--shell-text --formatter json "),
+    ("--shell-text --plugin-dir PLUGINS storage mou",
+     "--shell-text --plugin-dir PLUGINS storage mount "),
+]
+
+# Options that the list after "vexil-explain --" shows, each on one line.
+EXPLAIN_OPTIONS = ["--formatter", "--plugin-dir", "--shell-input", "--shell-text", "--version"]
+
+# Whole lines of programs that know "--" as the end of the options.
+OTHER_COMPLETIONS = [
+    ("vexil-doctor --vers", "vexil-doctor --version "),
+    ("vexil-doctor -- --vers", "vexil-doctor -- --vers"),
+    ("vexil-doctor -- fil", "vexil-doctor -- file-one "),
+    ("vexil-lint --vers", "vexil-lint --version "),
+    ("vexil-lint -- --vers", "vexil-lint -- --vers"),
+    ("vexil-lint -- fil", "vexil-lint -- file-one "),
+]
+
+# The programs whose completion is tested.
+PROGRAMS = ["vexil", "vexil-doctor", "vexil-explain", "vexil-lint"]
+
 # On a busy machine, values from data may take longer than a person waits, so there are a few
 # attempts.
 DATA_COMPLETION = ("package get --name=dpk", "package get --name=dpkg")
@@ -109,7 +136,7 @@ class Shell:
                 "bind 'set enable-bracketed-paste off'",
                 "bind -x '\"\\C-g\": printf \"\\n<%s>\\n\" "
                 "\"${READLINE_LINE:0:READLINE_POINT}|${READLINE_LINE:READLINE_POINT}\"'",
-                f"source {share}/bash-completion/completions/vexil"],
+                *(f"source {share}/bash-completion/completions/{each}" for each in PROGRAMS)],
             "zsh": [
                 "PROMPT='$ '; unsetopt beep",
                 f"fpath=({share}/zsh/site-functions $fpath)",
@@ -119,7 +146,7 @@ class Shell:
             "fish": [
                 "function fish_prompt; echo '$ '; end; set -g fish_greeting",
                 "set -g fish_autosuggestion_enabled 0",
-                f"source {share}/fish/vendor_completions.d/vexil.fish",
+                *(f"source {share}/fish/vendor_completions.d/{each}.fish" for each in PROGRAMS),
                 "function show; set -l line (commandline); set -l at (commandline -C); "
                 "echo; echo '<'(string sub -l $at -- \"$line\")'|'"
                 "(string sub -s (math $at + 1) -- \"$line\")'>'; commandline -f repaint; end",
@@ -170,14 +197,35 @@ def completions_of(shell):
     return COMPLETIONS + (MORE_COMPLETIONS if shell != "fish" else [])
 
 
-def problems(shell, plugins):
-    """Yields a line for each completion that is not as expected."""
-    start = f"vexil --plugin-dir {plugins} "
-    for line, expected in completions_of(shell.name):
+def wrong_completions(shell, start, completions):
+    """Yields a line for each completion that is not as expected. Each is typed after `start`."""
+    for line, expected in completions:
         wanted = expected if "|" in expected else expected + "|"
         got = shell.complete(start + line)[0]
         if got != start + wanted and got != start + wanted.replace(" |", "|"):
-            yield f"{line!r}: expected {wanted!r}, got {got[len(start):]!r}"
+            yield f"{start + line!r}: expected {wanted!r}, got {got[len(start):]!r}"
+
+
+def explain_problems(shell, plugins):
+    """The same for vexil-explain, whose lines are those of the tool with options of its own."""
+    lines = [[text.replace("PLUGINS", plugins) for text in pair] for pair in EXPLAIN_COMPLETIONS]
+    yield from wrong_completions(shell, "vexil-explain ", lines)
+    # In fish, the second tab would choose a word; and fish shows the list again after the line.
+    shown = shell.complete("vexil-explain --", 1 if shell.name == "fish" else 2)[1].split("\n<")[0]
+    for option in EXPLAIN_OPTIONS:
+        count = len(re.findall(r"[\r\n]" + option + r"(?![-\w])", shown))
+        if count != 1:
+            yield f"'vexil-explain --': {option} is shown {count} times: {shown!r}"
+    if "--input" in shown:
+        yield f"'vexil-explain --': --input is shown: {shown!r}"
+
+
+def problems(shell, plugins):
+    """Yields a line for each completion that is not as expected."""
+    start = f"vexil --plugin-dir {plugins} "
+    yield from wrong_completions(shell, start, completions_of(shell.name))
+    yield from explain_problems(shell, plugins)
+    yield from wrong_completions(shell, "", OTHER_COMPLETIONS)
     line, expected = DATA_COMPLETION
     if not any(shell.complete(start + line)[0].startswith(start + expected)
                for _ in range(ATTEMPTS)):
@@ -205,7 +253,8 @@ def main():
             shell.close()
     for line in found:
         print(f"{name}: {line}", file=sys.stderr)
-    print(f"{name}: {len(completions_of(name))} completions, {len(LISTS)} lists, {len(found)} wrong")
+    count = len(completions_of(name)) + len(EXPLAIN_COMPLETIONS) + len(OTHER_COMPLETIONS)
+    print(f"{name}: {count} completions, {len(LISTS) + 1} lists, {len(found)} wrong")
     return 1 if found else 0
 
 
