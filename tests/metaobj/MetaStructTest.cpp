@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <algorithm>
 #include <map>
@@ -1141,6 +1142,27 @@ TEST(MetaStructTest, DestroysDeepNestingOnAFlatStack) {
     auto structure = Nested(20 * kDeep, hasLists);
     const std::weak_ptr<MetaStruct> watched = structure;
     structure.reset();
+    EXPECT_TRUE(watched.expired());
+  }
+}
+
+// The structures that wait to be destroyed are destroyed one after the other, too.
+TEST(MetaStructTest, DestroysDeepNestingOnASmallStack) {
+  constexpr std::size_t kStack = 256 * 1024;
+  for (const bool hasLists : {false, true}) {
+    auto structure = Nested(20 * kDeep, hasLists);
+    const std::weak_ptr<MetaStruct> watched = structure;
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, kStack), 0);
+    const auto release = [](void* held) -> void* {
+      static_cast<std::shared_ptr<MetaStruct>*>(held)->reset();
+      return nullptr;
+    };
+    pthread_t thread;
+    ASSERT_EQ(pthread_create(&thread, &attributes, release, &structure), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
     EXPECT_TRUE(watched.expired());
   }
 }

@@ -532,6 +532,10 @@ TEST(UnsafeFormTest, ACommentOfOneBareValueMustNotEndInAnother) {
       "value before it begins with a '#'";
   EXPECT_EQ(MessageOf("echo $val{xx} $val{yy}", {"#"}, {}, {"\necho ran"}), refusal);
   EXPECT_EQ(MessageOf("echo $val{xx} $val{yy}", {"a #1"}, {}, {"a\nb"}), refusal);
+  EXPECT_EQ(MessageOf("echo a;$val{xx} $val{yy}", {"#"}, {}, {"a\nb"}), refusal);
+  EXPECT_EQ(MessageOf("echo a\necho $val{xx} $val{yy} $list{ll,',',false}", {"#"}, {"c"}, {"a\nb"}),
+            refusal);
+  EXPECT_EQ(MessageOf("echo $val{xx} $val{yy}", {";#"}, {}, {"a\nb"}), "");
   EXPECT_EQ(MessageOf("echo $val{yy} $val{xx}", {"#"}, {}, {"a\nb"}), "");
   EXPECT_EQ(MessageOf("echo $val{xx}\necho $val{yy}", {"#"}, {}, {"a\nb"}), "");
   EXPECT_EQ(MessageOf("echo $val{xx} $val{yy}", {"C#"}, {}, {"a\nb"}), "");

@@ -71,6 +71,14 @@ TEST(TemplateTextTest, WhatARemovalJoinsMayBeAMarker) {
   EXPECT_EQ(Cleaned("$if{a$if{x,y},b {c}"), "");
 }
 
+TEST(TemplateTextTest, AMultiListHasAPrefixOfAtLeastOneByte) {
+  const MarkedText values("values");
+  TemplateText twice("$multilist{li,,true} $multilist{li,-x,true} $multilist{li,-y,true}");
+  twice.InsertMultiList("li", values);
+  EXPECT_EQ(twice.GetText(), "values values");
+  EXPECT_FALSE(TemplateText("$multilist{li,,true}").FindMultiList("li").has_value());
+}
+
 constexpr const char* kScalars[] = {"aa", "ab", "c-1", "zz"};
 constexpr const char* kLists[] = {"li", "lj"};
 constexpr const char* kFlag = "ff";

@@ -27,6 +27,7 @@
 #include "kestrel/metaobj/MetaList.h"
 #include "kestrel/metaobj/MetaString.h"
 #include "kestrel/metaobj/MetaStruct.h"
+#include "support/LimitedBuffer.h"
 #include "support/PseudoTerminal.h"
 #include "support/SampleCommands.h"
 #include "support/ScopedTempDir.h"
@@ -42,6 +43,7 @@ using CallSpec::Output;
 using CallSpec::OutputSpec;
 using CallSpec::ParameterSpec;
 using CallSpec::ParameterType;
+using Kestrel::Testing::LimitedBuffer;
 using Kestrel::Testing::MakeAnsweringCommand;
 using Kestrel::Testing::MakeThrowingCommand;
 using Kestrel::Testing::PseudoTerminal;
@@ -229,6 +231,17 @@ TEST_F(CliDispatcherDeathTest, HandleArgvInputExitsWithOneOnAnError) {
   EXPECT_EXIT(dispatcher.HandleArgvInput(5, argv), ExitedWithCode(1),
               "^Errors: \nUnable to find requested formatter: nosuch\n$");
   EXPECT_EQ("", out.GetText());
+}
+
+TEST_F(CliDispatcherDeathTest, HandleArgvInputReadsInputAndExitsAsItsLastLine) {
+  const ScopedTempDir folder;
+  const std::string good = folder.Write("good", "try\ntry say\n");
+  const std::string bad = folder.Write("bad", "try say\n--formatter=nosuch try say\n");
+  const char* const argv[] = {"tool", "--input", good.c_str()};
+  EXPECT_EXIT(dispatcher.HandleArgvInput(3, argv), ExitedWithCode(0), "^$");
+  const char* const failing[] = {"tool", "--input", bad.c_str()};
+  EXPECT_EXIT(dispatcher.HandleArgvInput(3, failing), ExitedWithCode(1),
+              "^Errors: \nUnable to find requested formatter: nosuch\n$");
 }
 
 TEST_F(CliDispatcherDeathTest, HandleArgvInputListsTheRootAndExitsWithOne) {
@@ -786,6 +799,19 @@ TEST_F(CliDispatcherTest, AStreamIsHandledLineByLine) {
   EXPECT_TRUE(handled.result);
   EXPECT_EQ("done\ndone\n", handled.out);
   EXPECT_EQ("Errors: \nUnable to find requested formatter: nosuch\n", handled.err);
+}
+
+// A program that reads the output while the tool waits for its next line sees everything so far.
+TEST_F(CliDispatcherTest, EachLineOfAStreamFlushesItsOutput) {
+  for (const char* line : {"try\n", "try say\n", "try say --help\n"}) {
+    LimitedBuffer buffer(100000);
+    std::istringstream in(line);
+    std::streambuf* const before = std::cout.rdbuf(&buffer);
+    dispatcher.ParseStreamInput(in);
+    std::cout.rdbuf(before);
+    EXPECT_NE(buffer.GetText(), "") << line;
+    EXPECT_GE(buffer.GetFlushes(), 1) << line;
+  }
 }
 
 TEST_F(CliDispatcherTest, AStreamsResultIsThatOfItsLastLine) {

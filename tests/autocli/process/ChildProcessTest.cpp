@@ -405,6 +405,17 @@ TEST_F(ChildProcessTest, WithoutStandardStreamsItMayRunOutOfDescriptorsToo) {
   EXPECT_EQ(messageIs(2, "Can't create output pipe: Too many open files"), 17);
 }
 
+TEST_F(ChildProcessTest, LeavesOtherChildrenOfTheProgramAlone) {
+  const pid_t other = fork();
+  if (other == 0) {
+    _exit(0);
+  }
+  siginfo_t ended;
+  waitid(P_PID, static_cast<id_t>(other), &ended, WEXITED | WNOWAIT);
+  EXPECT_EQ(OutputOf("echo a"), "a\n");
+  EXPECT_EQ(waitpid(other, nullptr, 0), other);
+}
+
 TEST_F(ChildProcessTest, ASignalReachesTheChildAndThenEndsTheCaller) {
   const ScopedTempDir folder;
   const std::string file = folder.GetPath("received");
