@@ -533,9 +533,11 @@ TEST(UnsafeFormTest, ACommentOfOneBareValueMustNotEndInAnother) {
   EXPECT_EQ(MessageOf("echo $val{xx} $val{yy}", {"#"}, {}, {"\necho ran"}), refusal);
   EXPECT_EQ(MessageOf("echo $val{xx} $val{yy}", {"a #1"}, {}, {"a\nb"}), refusal);
   EXPECT_EQ(MessageOf("echo a;$val{xx} $val{yy}", {"#"}, {}, {"a\nb"}), refusal);
-  EXPECT_EQ(MessageOf("echo a\necho $val{xx} $val{yy} $list{ll,',',false}", {"#"}, {"c"}, {"a\nb"}),
-            refusal);
   EXPECT_EQ(MessageOf("echo $val{xx} $val{yy}", {";#"}, {}, {"a\nb"}), "");
+  EXPECT_EQ(
+      MessageOf("echo a\necho $list{ll,',',false} $val{xx} $val{yy}", {"a\nb"}, {"#"}, {"c"}),
+      "The value of the parameter 'xx' is not passed to the shell: it contains a newline, and a "
+      "value before it begins with a '#'");
   EXPECT_EQ(MessageOf("echo $val{yy} $val{xx}", {"#"}, {}, {"a\nb"}), "");
   EXPECT_EQ(MessageOf("echo $val{xx}\necho $val{yy}", {"#"}, {}, {"a\nb"}), "");
   EXPECT_EQ(MessageOf("echo $val{xx} $val{yy}", {"C#"}, {}, {"a\nb"}), "");
