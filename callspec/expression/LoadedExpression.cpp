@@ -16,8 +16,11 @@ using Compiler = const Expression*(const std::string&);
 /// Returns the folder that this library was loaded from, with a slash at the end.
 std::string LibraryFolder() {
   Dl_info library = {};
-  if (dladdr(reinterpret_cast<const void*>(&CompileExpression), &library) == 0) {
-    return "";
+  if (dladdr(reinterpret_cast<const void*>(&CompileExpression), &library) == 0 ||
+      library.dli_fname[0] != '/') {
+    // A relative name is relative to the folder that was current when the library was loaded, and
+    // only the loader still knows that folder.
+    return "$ORIGIN/";
   }
   const std::string path(library.dli_fname);
   return path.substr(0, path.rfind('/') + 1);

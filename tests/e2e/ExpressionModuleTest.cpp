@@ -71,6 +71,19 @@ TEST_F(ExpressionModuleTest, IsLoadedFromTheFolderOfTheLibrary) {
               HasSubstr("does not match the expected regular expression ([0-9]+)"));
 }
 
+TEST_F(ExpressionModuleTest, IsFoundByARelativeNameAfterTheCurrentFolderChanged) {
+  fs::copy_file(BuiltModule(), ModulePath());
+  const auto run = [this](const std::string& option) {
+    return VexilRun({"--plugin", TestPluginPath("FolderPlugin"), "--plugin", Path("hat.xml"), "hat",
+                     "list", option})
+        .WithEnvironment("LD_LIBRARY_PATH", fs::proximate(Path(".")).string())
+        .Run();
+  };
+  EXPECT_EQ(run("--size=7").err, "");
+  EXPECT_THAT(run("--size=x").err,
+              HasSubstr("does not match the expected regular expression ([0-9]+)"));
+}
+
 TEST_F(ExpressionModuleTest, IsNotNeededUntilAnExpressionIsCompiled) {
   const VexilResult help = Run("--help");
   EXPECT_EQ(help.status, 0);
