@@ -212,6 +212,8 @@ std::shared_ptr<MetaList> DescribePath(NamespaceNode& node) {
 
 }  // namespace
 
+std::uint32_t CliDispatcher::screenWidth_ = 0;
+
 CliDispatcher::CliDispatcher() = default;
 
 CliDispatcher::~CliDispatcher() = default;

@@ -75,8 +75,10 @@ class KESTREL_API CliDispatcher : public Dispatcher {
   void LoadPlugins(const OptionParser& parser);
   void PrintUsage() const;
 
+  // What --screen-width set last; 0 when it was never given. It holds for the whole process.
+  [[gnu::visibility("hidden")]] static std::uint32_t screenWidth_;
+
   std::string dispatcherName_;
-  std::uint32_t screenWidth_ = 0;  // what --screen-width set last; 0 when it was never given
 };
 
 }  // namespace Kestrel::AutoCli
