@@ -160,7 +160,7 @@ Number TextBuffer::PutPairs(Number number, char*& at) {
   return number;
 }
 
-// Takes half the instructions of std::to_chars.
+// Prints two digits at a time, from the last ones on.
 inline char* TextBuffer::Put(Decimal number, char* place) {
   const bool isNegative = number.value < 0;
   const auto value = static_cast<unsigned long>(number.value);
@@ -168,7 +168,7 @@ inline char* TextBuffer::Put(Decimal number, char* place) {
   *place = '-';
   char* const end = place + AutoCli::TextWriter::Measure(number);
   char* at = end;
-  // Most numbers need 32 bits, which are divided by half the instructions.
+  // Most numbers fit into 32 bits, which are divided faster.
   const auto rest = magnitude <= UINT32_MAX ? PutPairs(static_cast<std::uint32_t>(magnitude), at)
                                             : static_cast<std::uint32_t>(PutPairs(magnitude, at));
   if (rest >= 10) {
