@@ -73,7 +73,9 @@ class DigestState {
   DigestState& operator=(const DigestState&) = delete;
   ~DigestState() {
     for (std::vector<std::uint8_t>* const part : {&state_, &outer_, &inner_}) {
-      ::explicit_bzero(part->data(), part->size());
+      if (!part->empty()) {
+        ::explicit_bzero(part->data(), part->size());
+      }
     }
   }
 

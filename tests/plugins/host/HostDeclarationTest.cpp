@@ -85,14 +85,17 @@ class HostDeclarationTest : public ::testing::TestWithParam<const char*> {};
 
 // Commands that have not been called yet, because a call can change the default columns of some.
 // The dispatcher is never destroyed, as in GetDispatcher.
-std::shared_ptr<NamespaceNode> NewRoot() {
-  auto* const dispatcher = new AutoCli::Dispatcher();
-  dispatcher->AddPlugin(KESTREL_HOST_PLUGIN);
+std::shared_ptr<NamespaceNode> GetRoot() {
+  static AutoCli::Dispatcher* dispatcher = nullptr;
+  if (dispatcher == nullptr) {
+    dispatcher = new AutoCli::Dispatcher();
+    dispatcher->AddPlugin(KESTREL_HOST_PLUGIN);
+  }
   return dispatcher->GetRootNamespace();
 }
 
 TEST_P(HostDeclarationTest, IsKept) {
-  const auto area = NewRoot()->GetNamespaceNode(GetParam());
+  const auto area = GetRoot()->GetNamespaceNode(GetParam());
   ASSERT_NE(area, nullptr);
   EXPECT_THAT(DescribeBelow(area), MatchesGolden(std::string("host/declared-") + GetParam()));
 }

@@ -152,9 +152,11 @@ exit 1
 )sh";
   static constexpr char kEnd[] = R"sh(
 systemctl exit || true
+group=/sys/fs/cgroup/${1##*/}
 for attempt in 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20; do
-  if find "/sys/fs/cgroup/${1##*/}" -depth -type d -exec rmdir {} +; then exit 0; fi
-  sleep 0.2
+  find "$group" -depth -type d -exec rmdir {} + || true
+  if [ ! -e "$group" ]; then exit 0; fi
+  sleep 0.5
 done
 exit 1
 )sh";

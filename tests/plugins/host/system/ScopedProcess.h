@@ -25,6 +25,7 @@ class ScopedProcess {
     if (id_ == 0) {
       ::prctl(PR_SET_PDEATHSIG, SIGKILL);
       ::prctl(PR_SET_NAME, name.c_str());
+      ::signal(SIGSEGV, SIG_DFL);  // the sanitizer handles it
       ::close(ready[0]);
       ::close(ready[1]);
       while (!isZombie) {
