@@ -3,9 +3,10 @@
 # SPDX-License-Identifier: Apache-2.0
 """Compares the manual pages with the installed tree that they describe, and runs their examples.
 
-    check_manual.py --stage DIR --version VERSION --statuses FILE [PAGE...]
+    check_manual.py --stage DIR --version VERSION --statuses FILE [--sanitizers NAMES] [PAGE...]
 
-DIR is the installed tree. Every installed page is checked, or only those that are named ("vexil.1"):
+DIR is the installed tree; NAMES are the sanitizers that it is built with. Every installed page is
+checked, or only those that are named ("vexil.1"):
 
 - mandoc and groff accept it; no line is wider than 80 columns; every page that it refers to exists;
 - its options are those of the program of that name;
@@ -21,6 +22,7 @@ import argparse
 import glob
 import os
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -108,9 +110,10 @@ class Page:
 
 
 class Checker:
-    def __init__(self, stage, version):
+    def __init__(self, stage, version, sanitizers):
         self.stage = stage
         self.version = version
+        self.sanitizers = sanitizers
         self.problems = []
         self.examples = 0
         found = glob.glob(os.path.join(stage, "share/man/man*/*"))
@@ -243,6 +246,9 @@ def new_workplace(folder, checker):
                                    f'"{stage}/lib/norvane/vexil" "$@"\n'
                                    f'exec -a vexil "{stage}/bin/vexil" "$@"')
     workplace.use_library(stage)
+    if checker.sanitizers:
+        workplace.add_program(
+            "c++", f'exec {shutil.which("c++")} -fsanitize={checker.sanitizers} "$@"')
     return workplace
 
 
@@ -266,10 +272,11 @@ def main():
     parser.add_argument("--stage", required=True)
     parser.add_argument("--version", required=True)
     parser.add_argument("--statuses", required=True)
+    parser.add_argument("--sanitizers")
     parser.add_argument("pages", nargs="*")
     arguments = parser.parse_args()
 
-    checker = Checker(os.path.abspath(arguments.stage), arguments.version)
+    checker = Checker(os.path.abspath(arguments.stage), arguments.version, arguments.sanitizers)
     cases = read_statuses(arguments.statuses)
     for file in arguments.pages or checker.pages:
         check_page(checker, checker.pages[file], cases)

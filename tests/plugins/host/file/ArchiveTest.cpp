@@ -214,8 +214,8 @@ TEST_P(DamagedArchiveTest, AnArchiveThatIsCutIsAnError) {
   const ScopedTempDir folder;
   for (const std::string name : {"in/a", "in/b"}) {
     std::string data;
-    for (int i = 0; i < 9000; ++i) {
-      data += static_cast<char>(i * i * 31 >> 5);
+    for (unsigned i = 0; i < 9000; ++i) {
+      data += static_cast<char>(i * i * 31 >> 5U);
     }
     folder.Write(name, data);
   }
