@@ -150,7 +150,7 @@ class Laboratory {
   bool CreateMatches(const std::vector<std::string>& words) {
     bool isCreated = false;
     for (const std::string& word : words) {
-      if (word.find_first_of("?[") != std::string::npos) {
+      if (word.find_first_of("*?[") != std::string::npos) {
         for (const char c : {'p', 'q', '-'}) {
           isCreated = Create(Match(word, c)) || isCreated;
         }
@@ -159,13 +159,14 @@ class Laboratory {
     return isCreated;
   }
 
-  // A name that the pattern matches, with `c` for each "?"; a "-" only for the first one, because
+  // A name that the pattern matches, with `c` for each "*" and "?"; a "-" only for the first one,
+  // because
   // "--" is not an option.
   static std::string Match(const std::string& pattern, char c) {
     std::string name;
     for (std::size_t i = 0; i < pattern.size(); ++i) {
       const std::size_t end = pattern[i] == '[' ? pattern.find(']', i + 2) : std::string::npos;
-      if (pattern[i] == '?') {
+      if (pattern[i] == '*' || pattern[i] == '?') {
         name += c == '-' && i > 0 ? 'p' : c;
       } else if (end != std::string::npos) {
         const std::string inside = pattern.substr(i + 1, end - i - 1);
