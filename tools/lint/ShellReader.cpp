@@ -318,7 +318,7 @@ class Reader {
     } else if (c == '$') {
       ReadDollar(word, false);
     } else if (c == '`') {
-      ReadBackquotes(word);
+      ReadBackquotes(word, false);
     } else {
       word.push_back({c, false});
       ++position_;
@@ -364,7 +364,7 @@ class Reader {
       } else if (Peek() == '$') {
         ReadDollar(word, true);
       } else if (Peek() == '`') {
-        ReadBackquotes(word);
+        ReadBackquotes(word, true);
       } else {
         word.push_back({Peek(), true});
         ++position_;
@@ -393,8 +393,8 @@ class Reader {
       word.push_back({'\1', true});
     } else if (next == '{') {
       ReadVariableInBraces(word);
-    } else if (next == '\'' && !isQuoted) {
-      GiveUp();  // a form of quotes in bash only
+    } else if (next == '\'' && !isQuoted && shell_ == Shell::Bash) {
+      GiveUp();  // a form of quotes
     } else if (next != '\0' && (IsNameByte(next) ||
                                 std::string_view("?$#@*!-").find(next) != std::string_view::npos)) {
       ReadVariable(word);
@@ -426,14 +426,21 @@ class Reader {
     word.push_back({'\1', true});
   }
 
-  void ReadBackquotes(RawWord& word) {
-    const std::size_t end = line_.find('`', position_ + 1);
-    const std::string_view inside = line_.substr(position_ + 1, end - position_ - 1);
-    if (end == std::string_view::npos) {
+  void ReadBackquotes(RawWord& word, bool isQuoted) {
+    const std::string_view escapable = isQuoted ? "$`\\\"" : "$`\\";
+    std::string inside;
+    std::size_t end = position_ + 1;
+    for (; end < line_.size() && line_[end] != '`'; ++end) {
+      const bool isEscape = line_[end] == '\\' && end + 1 < line_.size() &&
+                            escapable.find(line_[end + 1]) != std::string_view::npos;
+      end += isEscape ? 1 : 0;
+      inside += line_[end];
+    }
+    if (end == line_.size()) {
       Fail(true);
       return;
     }
-    if (inside.find('\\') != std::string_view::npos || depth_ > kMaxDepth) {
+    if (depth_ > kMaxDepth) {
       GiveUp();
       return;
     }

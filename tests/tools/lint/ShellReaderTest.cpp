@@ -48,6 +48,10 @@ TEST(ShellReaderTest, SeparatesCommands) {
 TEST(ShellReaderTest, ReadsCommandsWithinCommands) {
   EXPECT_EQ(Words("a $(b c) \"$(d)\""), "[a][\1][\1]|[b][c]|[d]");
   EXPECT_EQ(Words("a `b c`"), "[a][\1]|[b][c]");
+  EXPECT_EQ(Words("a `b \\`c\\` \\\\\\$d \\e`"), "[a][\1]|[b][\1][$d][e]|[c]");
+  EXPECT_EQ(Words("a `b \\\"c\\\"` \"`d \\\"e\\\"`\""), "[a][\1][\1]|[b][\"c\"]|[d][e]");
+  EXPECT_EQ(Words("a \"\\$(b)`\" c \"\\$(d)`\""), "[a][$(b)\1]|[d]|[ c \1]");
+  EXPECT_EQ(Words("a `b"), "wrong");
 }
 
 TEST(ShellReaderTest, LeavesOutAssignmentsRedirectionsAndComments) {
@@ -69,9 +73,11 @@ TEST(ShellReaderTest, RecognizesPatternsOutsideOfQuotes) {
 
 TEST(ShellReaderTest, GivesUpOnWhatItDoesNotKnow) {
   for (const char* line :
-       {"a <<b", "a $((1))", "case a in b) c;; esac", "a ${b:-c}", "a $'b'", "a <(b)", "((1))"}) {
+       {"a <<b", "a $((1))", "case a in b) c;; esac", "a ${b:-c}", "a <(b)", "((1))"}) {
     EXPECT_EQ(Words(line), "unknown") << line;
   }
+  EXPECT_EQ(Words("a $'b'", Shell::Bash), "unknown");
+  EXPECT_EQ(Words("a $'b'", Shell::Dash), "[a][$b]");
 }
 
 }  // namespace
