@@ -100,7 +100,9 @@ bool IsPattern(const RawWord& word) {
 bool MakesOption(const std::string& rest) { return !rest.empty() && rest != "-"; }
 
 // Whether a pattern matches names that begin with "-" and are options.
-bool MayBeOption(const RawWord& word) {
+bool MayBeOption(RawWord word) {
+  const auto isEmptyString = [](const RawByte& byte) { return byte.byte == '\0'; };
+  word.erase(std::remove_if(word.begin(), word.end(), isEmptyString), word.end());
   if (!IsPattern(word) || word[0].isQuoted) {
     return false;
   }

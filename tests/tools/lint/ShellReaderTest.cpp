@@ -71,6 +71,18 @@ TEST(ShellReaderTest, RecognizesPatternsOutsideOfQuotes) {
   EXPECT_EQ(Words("a b? '?' \\? [cd] [c] [ *"), "[a][b?*][?][?][[cd]*][[c]][[][**]");
 }
 
+TEST(ShellReaderTest, FindsPatternsThatMatchOptions) {
+  const auto mayBeOption = [](const std::string& word) {
+    return ReadShellLine("a " + word, Shell::Dash).commands.at(0).words.at(1).mayBeOption;
+  };
+  for (const char* word : {"*", "''*''", "?a", "''?a", "[-a]b"}) {
+    EXPECT_TRUE(mayBeOption(word)) << word;
+  }
+  for (const char* word : {"'*'", "a*", "'a'*", "?", "[ab]c", "''"}) {
+    EXPECT_FALSE(mayBeOption(word)) << word;
+  }
+}
+
 TEST(ShellReaderTest, GivesUpOnWhatItDoesNotKnow) {
   for (const char* line :
        {"a <<b", "a $((1))", "case a in b) c;; esac", "a ${b:-c}", "a <(b)", "((1))"}) {

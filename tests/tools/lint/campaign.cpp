@@ -91,9 +91,16 @@ class Laboratory {
     return Read();
   }
 
+  // Waits for the shell and for the commands that it leaves in the background: they have the end of
+  // a pipe.
   void Start(const char* shell, const std::string& line) {
+    int ends[2];
+    if (pipe(ends) != 0) {
+      std::abort();
+    }
     const pid_t id = fork();
     if (id == 0) {
+      close(ends[0]);
       setenv("PATH", scratch_.GetPath("bin").c_str(), 1);
       setenv("LINT_WORDS", scratch_.GetPath("words").c_str(), 1);
       setenv("HOME", "/", 1);
@@ -108,6 +115,11 @@ class Laboratory {
       }
       _exit(126);
     }
+    close(ends[1]);
+    char byte = 0;
+    while (read(ends[0], &byte, 1) > 0) {
+    }
+    close(ends[0]);
     int status = 0;
     waitpid(id, &status, 0);
   }
