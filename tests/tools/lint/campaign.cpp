@@ -172,14 +172,14 @@ class Laboratory {
   }
 
   // A name that the pattern matches, with `c` for each "*" and "?"; a "-" only for the first one,
-  // because
-  // "--" is not an option.
+  // because "--" is not an option, and before a letter if it is a "*", because "-" is none either.
   static std::string Match(const std::string& pattern, char c) {
     std::string name;
     for (std::size_t i = 0; i < pattern.size(); ++i) {
       const std::size_t end = pattern[i] == '[' ? pattern.find(']', i + 2) : std::string::npos;
       if (pattern[i] == '*' || pattern[i] == '?') {
         name += c == '-' && i > 0 ? 'p' : c;
+        name += c == '-' && i == 0 && pattern[i] == '*' ? "p" : "";
       } else if (end != std::string::npos) {
         const std::string inside = pattern.substr(i + 1, end - i - 1);
         const bool isFirst = c == 'p' || (c == '-' && inside.find('-') == std::string::npos);
