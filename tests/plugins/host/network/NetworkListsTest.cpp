@@ -193,7 +193,7 @@ TEST_P(NetworkListTest, EveryUserMayCallIt) {
     const PlainUser user;
     const CommandResult result = CallWith({});
     EXPECT_THAT(result.GetErrors(), IsEmpty());
-    EXPECT_GE(result.GetStructs().size(), rows);  // the kernel may add neighbors meanwhile
+    EXPECT_GE(result.GetStructs().size(), rows);  // the kernel may have added neighbors
   });
 }
 
