@@ -46,11 +46,8 @@ SocketEndpoint ToEndpoint(unsigned family, const __be32 (&address)[4], __be16 po
 }
 
 Socket ToSocket(const inet_diag_msg& fixed, const std::string& protocol) {
-  Socket socket;
-  socket.protocol = protocol;
-  socket.type = protocol == "tcp" ? "stream" : "datagram";
+  Socket socket = NewInternetSocket(protocol, FamilyNumber(fixed.idiag_family));
   socket.state = InternetStateName(protocol, fixed.idiag_state);
-  socket.family = FamilyNumber(fixed.idiag_family);
   socket.local = ToEndpoint(fixed.idiag_family, fixed.id.idiag_src, fixed.id.idiag_sport);
   socket.remote = ToEndpoint(fixed.idiag_family, fixed.id.idiag_dst, fixed.id.idiag_dport);
   socket.receiveQueue = fixed.idiag_rqueue;
@@ -108,9 +105,9 @@ bool MeansNoDiagnosis(int error) {
   return std::find(std::begin(kErrors), std::end(kErrors), error) != std::end(kErrors);
 }
 
-std::vector<Socket> AskKernel(unsigned char family, const std::string& protocol) {
+std::vector<Socket> AskKernel(const std::string& protocol, long family) {
   inet_diag_req_v2 request = {};
-  request.sdiag_family = family;
+  request.sdiag_family = family == 4 ? AF_INET : AF_INET6;
   request.sdiag_protocol = protocol == "tcp" ? IPPROTO_TCP : IPPROTO_UDP;
   request.idiag_states = kStatesOfTables;
   const std::string body(reinterpret_cast<const char*>(&request), sizeof(request));
@@ -119,26 +116,13 @@ std::vector<Socket> AskKernel(unsigned char family, const std::string& protocol)
 }
 
 // A kernel without IPv6 has no table for it.
-std::vector<Socket> ReadTable(const std::string& folder, const std::string& protocol,
-                              unsigned char family) {
+std::vector<Socket> ReadTable(const std::string& folder, const std::string& protocol, long family) {
   const std::string path = folder + "/" + protocol;
-  if (family == AF_INET) {
-    return ParseInternetSockets(ReadRequiredFile(path), protocol, 4);
+  if (family == 4) {
+    return ParseInternetSockets(ReadRequiredFile(path), protocol, family);
   }
   const auto table = ReadOptionalFile(path + "6");
-  return table ? ParseInternetSockets(*table, protocol, 6) : std::vector<Socket>();
-}
-
-std::vector<Socket> ReadFamily(const std::string& folder, const std::string& protocol,
-                               unsigned char family) {
-  try {
-    return AskKernel(family, protocol);
-  } catch (const NetlinkError& error) {
-    if (!MeansNoDiagnosis(error.GetNumber())) {
-      throw;
-    }
-  }
-  return ReadTable(folder, protocol, family);
+  return table ? ParseInternetSockets(*table, protocol, family) : std::vector<Socket>();
 }
 
 }  // namespace
@@ -167,11 +151,16 @@ std::vector<Socket> ParseInternetDiagnosis(std::string_view answer, const std::s
   return sockets;
 }
 
-std::vector<Socket> ReadInternetSockets(const std::string& folder, const std::string& protocol) {
-  std::vector<Socket> sockets = ReadFamily(folder, protocol, AF_INET);
-  std::vector<Socket> more = ReadFamily(folder, protocol, AF_INET6);
-  std::move(more.begin(), more.end(), std::back_inserter(sockets));
-  return sockets;
+std::vector<Socket> ReadInternetSockets(const std::string& folder, const std::string& protocol,
+                                        long family) {
+  try {
+    return AskKernel(protocol, family);
+  } catch (const NetlinkError& error) {
+    if (!MeansNoDiagnosis(error.GetNumber())) {
+      throw;
+    }
+  }
+  return ReadTable(folder, protocol, family);
 }
 
 }  // namespace Kestrel::Host

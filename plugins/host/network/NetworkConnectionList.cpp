@@ -131,12 +131,10 @@ class SocketFilter {
            (protocols_.IsGiven() ? protocols_.Accepts(protocol) : protocol != kUnix);
   }
 
-  bool AcceptsUnixSockets() const {
-    return AcceptsProtocol(kUnix) && families_.Accepts(kFamilyOfUnix);
-  }
+  bool AcceptsFamily(long family) const { return families_.Accepts(family); }
 
   bool Accepts(const Socket& socket) const {
-    return families_.Accepts(socket.family) && states_.Accepts(socket.state) &&
+    return states_.Accepts(socket.state) &&
            ports_.AcceptsAnyOf({socket.local.port, socket.remote.port});
   }
 
@@ -210,16 +208,20 @@ class NetworkConnectionList final : public ListCommand {
   static std::vector<Socket> ReadSockets(const SocketFilter& filter) {
     std::vector<Socket> sockets;
     for (const char* const protocol : {"tcp", "udp"}) {
-      if (filter.AcceptsProtocol(protocol)) {
-        std::vector<Socket> more = ReadInternetSockets(std::string(kProc) + "/net", protocol);
-        std::move(more.begin(), more.end(), std::back_inserter(sockets));
+      for (const long family : {4, 6}) {
+        if (filter.AcceptsProtocol(protocol) && filter.AcceptsFamily(family)) {
+          Append(ReadInternetSockets(std::string(kProc) + "/net", protocol, family), sockets);
+        }
       }
     }
-    if (filter.AcceptsUnixSockets()) {
-      std::vector<Socket> more = ReadUnixSockets();
-      std::move(more.begin(), more.end(), std::back_inserter(sockets));
+    if (filter.AcceptsProtocol(kUnix) && filter.AcceptsFamily(kFamilyOfUnix)) {
+      Append(ReadUnixSockets(), sockets);
     }
     return sockets;
+  }
+
+  static void Append(std::vector<Socket> more, std::vector<Socket>& sockets) {
+    std::move(more.begin(), more.end(), std::back_inserter(sockets));
   }
 };
 

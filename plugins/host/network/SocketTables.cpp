@@ -115,6 +115,14 @@ std::string SocketEndpoint::ToString() const {
   return (isVersion6 ? "[" + address + "]" : address) + ":" + portText;
 }
 
+Socket NewInternetSocket(const std::string& protocol, long family) {
+  Socket socket;
+  socket.protocol = protocol;
+  socket.type = protocol == "tcp" ? "stream" : "datagram";
+  socket.family = family;
+  return socket;
+}
+
 std::string InternetStateName(const std::string& protocol, unsigned state) {
   static constexpr const char* kStates[] = {
       "unknown",    "established", "syn-sent",    "syn-received", "fin-wait-1",
@@ -131,10 +139,7 @@ std::vector<Socket> ParseInternetSockets(std::string_view table, const std::stri
                                          long family) {
   std::vector<Socket> sockets;
   while (!table.empty()) {
-    Socket socket;
-    socket.protocol = protocol;
-    socket.type = protocol == "tcp" ? "stream" : "datagram";
-    socket.family = family;
+    Socket socket = NewInternetSocket(protocol, family);
     if (ParseInternetLine(TakeLine(table), socket)) {
       sockets.push_back(std::move(socket));
     }

@@ -35,6 +35,10 @@ struct Socket {
   long inode = 0;      ///< 0 if no process has the socket open.
 };
 
+/// Returns a socket of a protocol ("tcp" or "udp") and an address family (4 or 6). Nothing else is
+/// known about it yet.
+Socket NewInternetSocket(const std::string& protocol, long family);
+
 /// Returns the name of a state of the kernel for a protocol ("tcp" or "udp"); "unknown" if there is
 /// none.
 std::string InternetStateName(const std::string& protocol, unsigned state);

@@ -202,7 +202,7 @@ void RunWithoutNetlink(int error, const std::function<void()>& body) {
 
 class NoDiagnosisTest : public ::testing::TestWithParam<int> {};
 
-TEST_P(NoDiagnosisTest, BothTablesAreRead) {
+TEST_P(NoDiagnosisTest, TheTablesAreRead) {
   RunWithoutNetlink(GetParam(), [] {
     const Testing::ScopedTempDir folder;
     folder.Write("tcp", kListener);
@@ -211,13 +211,15 @@ TEST_P(NoDiagnosisTest, BothTablesAreRead) {
         "   0: 00000000000000000000000001000000:0035 00000000000000000000000000000000:0000 0A "
         "00000000:00000000 00:00000000 00000000     0        0 9 2 0 0\n");
     folder.Write("udp", kListener);
-    const auto sockets = ReadInternetSockets(folder.GetPath(), "tcp");
-    ASSERT_EQ(sockets.size(), 2u);
+    const auto sockets = ReadInternetSockets(folder.GetPath(), "tcp", 4);
+    ASSERT_EQ(sockets.size(), 1u);
     EXPECT_EQ(sockets[0].family, 4);
     EXPECT_EQ(sockets[0].inode, 12345);
-    EXPECT_EQ(sockets[1].family, 6);
-    EXPECT_EQ(sockets[1].inode, 9);
-    EXPECT_EQ(ReadInternetSockets(folder.GetPath(), "udp").at(0).protocol, "udp");
+    const auto sockets6 = ReadInternetSockets(folder.GetPath(), "tcp", 6);
+    ASSERT_EQ(sockets6.size(), 1u);
+    EXPECT_EQ(sockets6[0].family, 6);
+    EXPECT_EQ(sockets6[0].inode, 9);
+    EXPECT_EQ(ReadInternetSockets(folder.GetPath(), "udp", 4).at(0).protocol, "udp");
   });
 }
 
@@ -232,7 +234,7 @@ TEST_P(FailedDiagnosisTest, IsAnErrorAlthoughThereAreTables) {
   RunWithoutNetlink(GetParam(), [] {
     const Testing::ScopedTempDir folder;
     folder.Write("tcp", kListener);
-    EXPECT_THAT([&] { ReadInternetSockets(folder.GetPath(), "tcp"); },
+    EXPECT_THAT([&] { ReadInternetSockets(folder.GetPath(), "tcp", 4); },
                 ThrowsMessage<KestrelException>(
                     std::string("Unable to ask the kernel for its tcp sockets: ") +
                     std::strerror(GetParam())));
@@ -247,7 +249,8 @@ TEST(SocketTableFilesTest, AKernelWithoutIpv6HasOneTable) {
   RunWithoutNetlink(EPROTONOSUPPORT, [] {
     const Testing::ScopedTempDir folder;
     folder.Write("tcp", kListener);
-    EXPECT_EQ(ReadInternetSockets(folder.GetPath(), "tcp").size(), 1u);
+    EXPECT_EQ(ReadInternetSockets(folder.GetPath(), "tcp", 4).size(), 1u);
+    EXPECT_THAT(ReadInternetSockets(folder.GetPath(), "tcp", 6), IsEmpty());
   });
 }
 
@@ -256,10 +259,10 @@ TEST(SocketTableFilesTest, ATableThatCannotBeReadIsAnError) {
     const Testing::ScopedTempDir folder;
     folder.MakeDirectory("udp6");
     folder.Write("udp", kListener);
-    EXPECT_THAT([&] { ReadInternetSockets(folder.GetPath(), "tcp"); },
+    EXPECT_THAT([&] { ReadInternetSockets(folder.GetPath(), "tcp", 4); },
                 ThrowsMessage<KestrelException>("Unable to read " + folder.GetPath("tcp") +
                                                 ": No such file or directory"));
-    EXPECT_THAT([&] { ReadInternetSockets(folder.GetPath(), "udp"); },
+    EXPECT_THAT([&] { ReadInternetSockets(folder.GetPath(), "udp", 6); },
                 ThrowsMessage<KestrelException>("Unable to read " + folder.GetPath("udp6") +
                                                 ": Is a directory"));
   });
