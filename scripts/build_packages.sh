@@ -7,6 +7,7 @@
 #
 # DEB_BUILD_OPTIONS=nocheck leaves out the tests. What dpkg-buildpackage prints is in FOLDER/log.
 set -euo pipefail
+umask 022  # the modes of the files are in the packages
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # shellcheck source=scripts/common.sh
@@ -22,7 +23,7 @@ archive=$folder/kestrel_${version%-*}.orig.tar.xz
 
 rm -rf "${folder:?}"/*
 mkdir "$source"
-git ls-files -z --cached --others --exclude-standard | tar --null -T - -c | tar -C "$source" -x
+git ls-files -z --cached --others --exclude-standard | tar --null -T - --mode 'u=rwX,go=rX' -c | tar -C "$source" -x
 
 # The same files give the same archive.
 tar -C "$folder" --exclude "${source##*/}/debian" --sort name --mtime "@$epoch" --owner 0 --group 0 \
