@@ -66,7 +66,7 @@ class FieldCursor {
 
  private:
   std::size_t left_;
-  const std::shared_ptr<const FieldText>* text_ = nullptr;  // null with an own index
+  const std::shared_ptr<const FieldText>* text_ = nullptr;  // null if it has its own index
   const std::shared_ptr<MetaObject>* slot_ = nullptr;
   MetaStruct::Overflow::Fields::const_iterator own_;
 };

@@ -51,7 +51,8 @@ class ReleaseScope {
     }
   }
 
-  // False when there is no memory for waiting: the value is released at once then, at any depth.
+  // Returns false if there is no memory for the list of waiting values. The value is then released
+  // at once, at any depth.
   static bool Defer(std::shared_ptr<MetaObject>&& value) {
     try {
       waiting->emplace_back();

@@ -16,9 +16,9 @@ namespace Kestrel::AutoCli {
 
 /// The elements, attributes and text of an ordinary document, as nodes of libxml2.
 ///
-/// They are made from the events of the parser, in memory that is released at once. This takes half
-/// of the instructions of the tree that the parser makes itself. Code that reads the parser's tree
-/// also reads this one.
+/// They are made from the events of the parser, in memory that is released all at once. This takes
+/// half the instructions of the tree that the parser makes itself. Code that reads the parser's
+/// tree also reads this one.
 ///
 /// The nodes are valid as long as this object and must not be changed. They belong to no document
 /// and to no namespace. An attribute with an empty value has no text.
@@ -29,8 +29,8 @@ class XmlEventTree {
   static constexpr std::size_t kMaxSize = 5000000;
 
   /// Returns null when the document is not ordinary: when it has a document type, is not encoded in
-  /// UTF-8, comes near a limit, or when the parser reports anything about it. Only the tree of the
-  /// parser shows what becomes of such a document. Reports nothing.
+  /// UTF-8, comes near a limit, or when the parser reports anything about it. Such a document must
+  /// be read through the parser's own tree. Reports nothing.
   static std::unique_ptr<XmlEventTree> Read(std::string_view text);
 
   XmlEventTree(const XmlEventTree&) = delete;

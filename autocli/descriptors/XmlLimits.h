@@ -13,8 +13,8 @@
 
 namespace Kestrel::AutoCli {
 
-/// The limit for the attributes of one element, which the parser compares with each other. The
-/// namespaces in scope count, because it compares each prefix with all of them.
+/// The maximum number of attributes of one element, because the parser compares each with all
+/// others. Namespaces in scope count too, because it compares each prefix with all of them.
 constexpr int kMaxXmlAttributes = 10000;
 constexpr const char* kTooManyXmlAttributes = "An element has more than 10000 attributes";
 
@@ -27,9 +27,9 @@ inline bool HasTooManyAttributes(const xmlParserCtxt& parser, int count) {
   return parser.nsNr / 2 + count > kMaxXmlAttributes;  // there are two entries for a namespace
 }
 
-/// Stops `parser` when the start tag that it is reading clearly exceeds the limit. To be called
-/// before each read: the parser compares the attributes once it has read the whole tag. Returns
-/// whether the parser was stopped.
+/// Stops `parser` when the start tag that it is reading clearly exceeds the limit. Call it before
+/// each read: the parser compares the attributes once it has read the whole tag. Returns whether
+/// the parser was stopped.
 bool StopAtTooManyAttributes(xmlParserCtxt& parser);
 
 /// Makes `parser` stop reading, even in the middle of an element.

@@ -26,7 +26,7 @@ struct XmlNames {
         type(Find(dictionary, "type")),
         typeName(Find(dictionary, "typeName")) {}
 
-  /// Whether all names were stored, which takes memory.
+  /// Whether all names were stored; false if memory ran out.
   bool IsComplete() const {
     return field != nullptr && structure != nullptr && integer != nullptr && boolean != nullptr &&
            string != nullptr && name != nullptr && type != nullptr && typeName != nullptr;

@@ -34,7 +34,7 @@ using XmlString = std::unique_ptr<xmlChar, FreeXmlString>;
 
 /// Makes the tree of a document, and stops the parser when the document exceeds a limit.
 ///
-/// Takes the place of the function that reads the input of the parser and of some handlers.
+/// It wraps the function that reads the parser's input, and some of the parser's handlers.
 class LimitedParser {
  public:
   /// `parser` must have its input.
@@ -47,8 +47,8 @@ class LimitedParser {
   LimitedParser(const LimitedParser&) = delete;
   LimitedParser& operator=(const LimitedParser&) = delete;
 
-  /// Stops the parser also in the middle of a start tag. To be called unless the parser has all its
-  /// input from the beginning.
+  /// Makes the parser stop even in the middle of a start tag. Must be called unless all of the
+  /// input is in the parser's buffer from the beginning.
   void CheckEachRead() {
     xmlParserInputBuffer& buffer = *parser_->input->buf;
     read_ = std::exchange(buffer.readcallback, Read);
@@ -88,7 +88,7 @@ class LimitedParser {
     return parser.close_ == nullptr ? 0 : parser.close_(parser.context_);
   }
 
-  /// Within an entity, `parser` is not the parser of the document.
+  /// Inside an entity, `parser` is a parser of its own, not that of the document.
   static void StartElement(void* parser, const xmlChar* name, const xmlChar* prefix,
                            const xmlChar* uri, int namespaceCount, const xmlChar** namespaces,
                            int count, int defaultCount, const xmlChar** attributes) {
@@ -194,7 +194,7 @@ XmlDocument ParseXmlText(std::string_view text, const char* name) {
     return nullptr;
   }
   const XmlDiagnostics diagnostics(XmlDiagnostics::Mode::Forwarded);
-  // From memory where possible: diagnostics quote more of the document then.
+  // Reads from memory where possible, because diagnostics then quote more of the document.
   const bool isInMemory = HasFewAttributes(text);
   XmlParser parser = MakeXmlParser(
       isInMemory ? xmlParserInputBufferCreateMem(text.data(), static_cast<int>(text.size()),
@@ -213,7 +213,7 @@ XmlDocument ParseXmlText(std::string_view text, const char* name) {
 
 XmlDocument ParseXmlFile(const FileDescriptor& file, const std::string& path) {
   const XmlDiagnostics diagnostics(XmlDiagnostics::Mode::Forwarded);
-  // By a path, because libxml2 expands a compressed file only then.
+  // Opened by a path, because otherwise libxml2 does not expand a compressed file.
   const std::string name = PathOfDescriptor(file.Get());
   XmlParser parser =
       MakeXmlParser(xmlParserInputBufferCreateFilename(name.c_str(), XML_CHAR_ENCODING_NONE));

@@ -39,7 +39,7 @@ bool IsOneText(const xmlAttr& attribute) {
          value->content != nullptr;
 }
 
-/// The value of an attribute that is missing, from the document type.
+/// The default that the document type declares for a missing attribute.
 std::string DefaultOf(const xmlAttribute& declaration) {
   return declaration.defaultValue == nullptr ? std::string() : AsChars(declaration.defaultValue);
 }

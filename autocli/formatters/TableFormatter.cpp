@@ -75,8 +75,8 @@ class FieldPath {
   }
 
  private:
-  /// What a path of several names needs. Separate, because most paths are a single name, and there
-  /// may be very many.
+  /// The members that only a path of several names needs. They are allocated separately, because
+  /// most paths are a single name and there may be very many paths.
   struct Rest {
     std::string first;
     std::vector<FieldSlot> steps;

@@ -24,9 +24,9 @@ namespace Kestrel::AutoCli {
 
 namespace {
 
-constexpr int kMaxLinks = 40;  // as the kernel
+constexpr int kMaxLinks = 40;  // the kernel's limit
 
-// Such a descriptor needs no right to read, and opening a device has no effect.
+// Opening a file with these flags needs no permission to read it, and has no effect on a device.
 constexpr int kFlags = O_PATH | O_NOFOLLOW | O_CLOEXEC;
 
 /// The owner of the running program; root when there is no /proc.
@@ -35,7 +35,7 @@ uid_t FindOwnerOfProgram() {
   return stat("/proc/self/exe", &status) == 0 ? status.st_uid : 0;
 }
 
-// The root folder for a relative path in a working folder that has been deleted.
+// Returns "/" for a relative path if the working folder has been deleted.
 std::string MakeAbsolute(const std::string& path) {
   if (!path.empty() && path[0] == '/') {
     return path;

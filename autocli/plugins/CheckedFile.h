@@ -11,12 +11,13 @@ namespace Kestrel::AutoCli {
 
 /// A file that has passed the checks.
 struct CheckedFile {
-  FileDescriptor descriptor;  ///< Refers to the file, and cannot read it; none after an error.
+  FileDescriptor descriptor;  ///< Refers to the file but cannot read it; none after an error.
   int error = 0;              ///< Why there is no descriptor, an errno value.
 };
 
-/// Opens the file at `path` and checks it, each folder and each symbolic link on the way to it, by
-/// the policy in TrustPolicy.h. Each of them is opened once, and what is opened is what is checked.
+/// Opens the file at `path`. Checks the file, and every folder and symbolic link on the way to it,
+/// by the policy in TrustPolicy.h. Each is opened only once, and the checks apply to what was
+/// opened.
 ///
 /// Throws KestrelException when something is not trusted, and when there is no /proc, without which
 /// the file cannot be opened by its descriptor.

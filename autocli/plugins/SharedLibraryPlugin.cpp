@@ -57,8 +57,8 @@ CheckedFile OpenChecked(const std::string& path) {
   }
 }
 
-// The loader does not open an object whose name it knows, even if that name means another file by
-// now, and the number of a closed descriptor is used again. So each name has one slash more.
+// The loader does not open a name that it already knows, even if the name refers to another file by
+// now. Because descriptor numbers are reused, each name gets one more slash than the last.
 std::string NameForLoader(const FileDescriptor& descriptor) {
   static std::size_t slashes = 0;
   return "/proc/self/fd" + std::string(++slashes, '/') + std::to_string(descriptor.Get());
@@ -118,8 +118,8 @@ void SharedLibraryPlugin::Initialize() {
   if (HasFolder(path_) && IsSharedObjectCutShort(file.name)) {
     Refuse(path_, path_ + ": file too short");
   }
-  // The loader derives $ORIGIN from the name. Only those who are trusted could have made the path
-  // mean another file since it was checked.
+  // The loader derives $ORIGIN from the name. Using the path is safe: since the check, only trusted
+  // users could have made it refer to another file.
   if (file.descriptor.IsOpen() && UsesOrigin(file.name)) {
     file.name = path_;
   }

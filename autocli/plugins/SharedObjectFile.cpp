@@ -97,7 +97,8 @@ std::vector<DynamicEntry> ReadDynamicEntries(std::ifstream& file,
   return entries;
 }
 
-/// The place in the file of what is at `address` in memory; the end of all files if there is none.
+/// The offset in the file of the byte that is mapped at `address`. If there is none, an offset
+/// beyond the end of every file.
 std::uint64_t PlaceOf(std::uint64_t address, const std::vector<SegmentHeader>& segments) {
   for (const SegmentHeader& segment : segments) {
     if (segment.p_type == PT_LOAD && address >= segment.p_vaddr &&
@@ -108,7 +109,7 @@ std::uint64_t PlaceOf(std::uint64_t address, const std::vector<SegmentHeader>& s
   return std::numeric_limits<std::int64_t>::max();
 }
 
-/// Whether the value of the entry is the place of a string in which the loader replaces $ORIGIN.
+/// Whether the value of the entry is the offset of a string in which the loader replaces $ORIGIN.
 bool NamesLibraries(const DynamicEntry& entry) {
   constexpr std::array kTags = {DT_NEEDED, DT_RPATH, DT_RUNPATH, DT_AUXILIARY, DT_FILTER};
   return std::find(kTags.begin(), kTags.end(), entry.d_tag) != kTags.end();

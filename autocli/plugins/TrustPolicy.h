@@ -17,8 +17,8 @@
 
 namespace Kestrel::AutoCli {
 
-/// Whether a process with these rights checks a plug-in: all of them with the rights of another
-/// user, those in the default folders as root.
+/// Whether a process with these rights checks a plug-in. A process with the rights of another user
+/// checks every plug-in; root checks those in the default folders.
 inline bool IsTrustRequired(const ProcessRights& rights, bool isInDefaultFolder) {
   return HasForeignRights(rights) || (isInDefaultFolder && rights.effectiveUser == 0);
 }
@@ -26,8 +26,8 @@ inline bool IsTrustRequired(const ProcessRights& rights, bool isInDefaultFolder)
 /// Whether users can remove and rename only their own files in what has this mode.
 inline bool IsStickyFolder(mode_t mode) { return S_ISDIR(mode) && (mode & S_ISVTX) != 0; }
 
-/// Returns that other users than the owner may write, in words that follow a path; nothing if they
-/// may not.
+/// Returns who other than the owner may write: the end of a sentence that begins with a path.
+/// Returns nothing if no one else may.
 inline std::optional<std::string> FindOtherWriters(mode_t mode) {
   if ((mode & S_IWOTH) != 0) {
     return "can be written by every user";
@@ -42,8 +42,8 @@ inline std::optional<std::string> FindOtherWriters(mode_t mode) {
 /// a sentence that begins with its path. Nothing when only root and `owner`, the owner of the
 /// running program, can change it.
 ///
-/// The mode of a link has no meaning. A sticky folder passes, because others cannot remove or
-/// rename what is in it and does not belong to them; what is in it must pass itself.
+/// The mode of a link has no meaning. A sticky folder passes, because users can remove and rename
+/// only their own files in it; each file in it must pass by itself.
 inline std::optional<std::string> FindDistrust(const struct stat& status, uid_t owner) {
   if (status.st_uid != 0 && status.st_uid != owner) {
     return "belongs to user " + std::to_string(status.st_uid) +

@@ -40,7 +40,8 @@ bool IsGuarded(int signal) {
   }
 }
 
-// All numbers from 1; the C library keeps some for itself and refuses to handle them.
+// Signal numbers are from 1 to one less than this. The C library reserves some of them and refuses
+// to install a handler for these.
 constexpr int kSignalEnd = _NSIG;
 
 // The data of the signal handlers; written only while none of them is installed.

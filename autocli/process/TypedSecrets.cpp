@@ -49,7 +49,7 @@ struct Held {
   std::vector<std::string> secrets;
 };
 
-int depth = 0;  // the number of objects
+int depth = 0;  // the number of TypedSecrets objects
 std::unique_ptr<Held> held;
 
 void ReplaceAll(std::string& text, const std::string& part) {
@@ -90,7 +90,8 @@ void TypedSecrets::Expect() {
 void TypedSecrets::Add(const std::string& secret) {
   if (held != nullptr) {
     held->secrets.emplace_back();
-    // A short string would be within the object, which the vector copies when it grows.
+    // Forces the string to allocate. A short one would be stored inside the string object, and the
+    // vector would leave a copy of it in memory when it grows.
     held->secrets.back().reserve(secret.size() + sizeof(std::string));
     held->secrets.back() += secret;
     _areHeld = true;

@@ -7,11 +7,12 @@
 
 namespace Kestrel::AutoCli {
 
-/// Overwrites the memory of a string, also what is beyond its end, and makes it empty.
+/// Overwrites the memory of a string, including the unused part after its end, and makes it empty.
 void Wipe(std::string& text);
 
-/// The secrets that were typed at a prompt, as long as the object exists. Outside of its lifetime
-/// the functions do nothing. Several objects share the secrets until the last one is destroyed.
+/// Holds the secrets that are typed at a prompt while an object of this class exists. If there is
+/// none, the functions do nothing. Several objects share the secrets until the last one is
+/// destroyed.
 ///
 /// From the first prompt on, the process writes no core dump; the destructor wipes the secrets and
 /// restores the earlier settings.
@@ -22,7 +23,7 @@ class TypedSecrets {
   TypedSecrets(const TypedSecrets&) = delete;
   TypedSecrets& operator=(const TypedSecrets&) = delete;
 
-  /// To be called before a secret is read.
+  /// Must be called before a secret is read.
   static void Expect();
   /// Keeps a copy of a secret that was read.
   static void Add(const std::string& secret);
@@ -36,8 +37,8 @@ class TypedSecrets {
       Wipe(text);
     }
   }
-  /// Returns `message` with every secret replaced by "***", also in the form that `escape` returns
-  /// for it.
+  /// Returns `message` with every secret replaced by "***", both as typed and as `escape` returns
+  /// it.
   static std::string Mask(std::string message, std::string (*escape)(const std::string&) = nullptr);
 
  private:

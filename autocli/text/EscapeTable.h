@@ -61,7 +61,7 @@ class EscapeTable {
   }
 
  private:
-  // Few groups of this many bytes contain one that is replaced.
+  // Most groups of this many bytes contain none that is replaced.
   static constexpr std::size_t kGroup = 8;
 
   /// Whether none of the kGroup bytes is replaced.
