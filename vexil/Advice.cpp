@@ -24,8 +24,9 @@ namespace Kestrel::Vexil {
 
 namespace {
 
-// The message ends at the word that names nothing; the line has the words after it too. Its path
-// does not begin with the words of the message when an option took the first one.
+// The message contains the path only up to the unknown word; the command line also has the words
+// after it. If an option took the first word of the path, the line does not begin with the words of
+// the message, which are then all that is known.
 Words CompletePath(const Words& known, const Words& typed) {
   // A word may contain a whole path.
   const Words path = SplitWords(JoinWords(typed, " "), " ");

@@ -26,7 +26,7 @@ std::vector<ResultType> ListResultTypes(const std::shared_ptr<MetaObj::MetaObjec
 /// these: "Usage", then "Usage.Free".
 std::vector<std::string> ListFieldPaths(const std::shared_ptr<MetaObj::MetaObject>& root);
 
-/// Those that are neither structures nor lists, so that elements can be sorted by them.
+/// Returns those of these paths that lead to scalars, by which elements can be sorted.
 std::vector<std::string> ListScalarPaths(const std::shared_ptr<MetaObj::MetaObject>& root);
 
 }  // namespace Kestrel::Vexil

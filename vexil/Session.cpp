@@ -30,7 +30,7 @@ constexpr const char* kPrettyOption = "--formatter=pretty";
 
 bool IsPrettyWanted() { return IsPrettyRequested() && isatty(STDOUT_FILENO) == 1; }
 
-/// Sets the current line and, when it is destroyed, that there is none.
+/// Sets the current line; the destructor resets it to null.
 class CurrentLine {
  public:
   CurrentLine(const OptionParser*& line, const OptionParser& parser) : line_(line) {
@@ -52,13 +52,15 @@ Words ListArguments(int argc, const char* const* argv) {
   return words;
 }
 
-/// The first token of such a line contains spaces before it, but only because it is the first.
+/// Whether the spaces at the beginning of the line become a part of its first token, which would
+/// not happen to a later token.
 bool BeginsWithQuotedSpace(const std::string& line) {
   const std::string begin = line.substr(0, line.find_first_not_of(" \t\""));
   return begin.find('"') < begin.find_last_of(" \t") + 1;
 }
 
-/// A file of lines. Not a stream, whose classes would be looked up at each start of the tool.
+/// A file of lines. It does not use a C++ stream, whose symbols would be looked up at each start of
+/// the tool.
 class LineFile {
  public:
   explicit LineFile(const std::string& name) : file_(std::fopen(name.c_str(), "r")) {}
@@ -101,7 +103,7 @@ class LineFile {
   std::size_t capacity_ = 0;
 };
 
-/// Whether the dispatcher does no more for these options than to read one file.
+/// Whether reading one file is all that the dispatcher does for these options.
 bool ReadsOneInput(const OptionParser& parser) {
   return parser.GetParseErrors().empty() && parser.GetDispatcherParameter("input").size() == 1 &&
          !parser.HasDispatcherParameter("h") && !parser.HasDispatcherParameter("help");
@@ -172,7 +174,7 @@ bool Session::HandleLines(const ReadLine& readLine) {
 // reported, because lines may be lost. std::cin is bad only if a line did not fit into memory.
 bool Session::ReadStandardInput() {
   std::clearerr(stdin);
-  // The stream that prompts for secrets read too.
+  // Prompts for secrets read from the same stream.
   const bool result = HandleLines(
       [](std::string& line) { return static_cast<bool>(std::getline(std::cin, line)); });
   if (std::ferror(stdin) == 0 && !std::cin.bad()) {

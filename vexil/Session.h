@@ -14,8 +14,8 @@
 
 namespace Kestrel::Vexil {
 
-/// Handles the command lines of one run of the tool: the arguments, or the lines of --input. Knows
-/// the current line, for what the dispatcher does not pass to a formatter.
+/// Handles the command lines of one run of the tool: the arguments, or the lines of --input. Keeps
+/// the current line, because the dispatcher does not pass all of it to a formatter.
 class Session {
  public:
   /// `dispatcher` must exist as long as the session.
@@ -26,8 +26,8 @@ class Session {
   /// is a terminal; see TerminalFormatter. Hints follow each line.
   bool HandleArguments(int argc, const char* const* argv);
 
-  /// The tokens of the last line that was handled, or that an exception has ended. An option for
-  /// the formatter that the session has chosen is among them.
+  /// The tokens of the last line that was handled, or that an exception has ended. They include the
+  /// option that the session adds when it chooses a formatter.
   const Words& GetWords() const { return words_; }
 
   /// The command of the current line; null if the line names none.
@@ -42,8 +42,8 @@ class Session {
   /// Whether the session has chosen the formatter pretty for the current line.
   bool HasAddedFormatter() const { return hasAddedFormatter_; }
 
-  /// Whether it has, and the command of that line prints its result for people by default, so that
-  /// the result is pretty.
+  /// Whether it has chosen it and the command prints its result for people by default, so that the
+  /// result is pretty.
   bool IsPretty() const;
 
  private:

@@ -47,7 +47,7 @@ void TerminalFormatter::Format(const std::shared_ptr<Output>& output,
   dispatcher_.FormatOutput(output, others, display, out);
 }
 
-// As the dispatcher chooses it. Empty: nothing is printed.
+// Returns the formatter that the dispatcher would choose; empty if nothing is printed.
 std::string TerminalFormatter::DefaultFormatter(const Output& output) const {
   if (output.GetOutputType() == Output::Help) {
     return dispatcher_.GetHelpFormatParams().GetFormatter();

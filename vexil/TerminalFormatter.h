@@ -16,7 +16,7 @@ namespace Kestrel::Vexil {
 
 /// The formatter of lines that choose none, if the environment requests pretty on terminals. Prints
 /// a result as pretty if the command prints it as table or simple by default; prints everything
-/// else, such as help, as without the request.
+/// else, such as help, as if there were no request.
 class TerminalFormatter : public AutoCli::Formatter {
  public:
   /// All arguments must exist as long as the formatter, and `pretty` must not be null.

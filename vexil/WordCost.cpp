@@ -42,8 +42,8 @@ bool IsAbbreviationOf(const std::string& typed, const std::string& name) {
   return typed.size() >= kMinAbbreviationLength && name.compare(0, typed.size(), typed) == 0;
 }
 
-// One edit in three characters, two in seven, three in eleven. After an edit, a shorter word is too
-// short to be recognized.
+// One edit in three characters, two in seven, three in eleven. Shorter words allow no edit, because
+// they could not be recognized after one.
 std::size_t GetEditLimit(std::size_t length) { return length < 3 ? 0 : (length + 1) / 4; }
 
 // Returns nothing if there are too many edits.

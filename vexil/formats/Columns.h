@@ -43,7 +43,7 @@ class Columns {
   }
 
  private:
-  /// A field of the structure with that index: the row has 0, nested structures follow.
+  /// A field of the structure with that index. The row has index 0; the nested structures follow.
   struct Field {
     std::size_t structure;
     std::string name;

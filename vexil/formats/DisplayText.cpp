@@ -19,7 +19,7 @@ namespace {
 constexpr char32_t kZeroWidthJoiner = 0x200d;
 constexpr char32_t kEmojiSelector = 0xfe0f;
 
-// Stops at what is not a printable character of ASCII.
+// Stops at bytes that are not printable ASCII characters.
 struct PrintableAscii {
   template <typename Bytes>
   static constexpr auto Stops(Bytes bytes) {
@@ -29,12 +29,12 @@ struct PrintableAscii {
 
 bool IsAscii(std::string_view text) { return !AnyStop<PrintableAscii>(text); }
 
-// Symbols that become emoji, and emoji.
+// Whether the character is an emoji, or in a range with symbols that can be drawn as emoji.
 bool IsPictograph(char32_t code) {
   return (code >= 0x2190 && code < 0x2c00) || (code >= 0x1f000 && code < 0x20000);
 }
 
-// Two of them are a flag, of two columns. Some terminals draw each of them with two.
+// Two of them form a flag of two columns, but some terminals draw two columns for each of them.
 bool IsRegionalIndicator(char32_t code) { return code >= 0x1f1e6 && code <= 0x1f1ff; }
 
 std::string EscapeByte(char byte) {

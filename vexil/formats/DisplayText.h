@@ -41,7 +41,8 @@ struct DisplayLine {
 
 inline constexpr std::size_t kUnlimitedWidth = std::numeric_limits<std::size_t>::max() / 4;
 
-/// Marks the beginning and the end of an escape that is not in the string itself.
+/// Begin and end an escape, so that it looks different from the same characters in the string
+/// itself.
 inline constexpr std::string_view kReverseOn = "\x1b[7m";
 inline constexpr std::string_view kReverseOff = "\x1b[27m";
 
@@ -49,9 +50,9 @@ inline constexpr std::string_view kReverseOff = "\x1b[27m";
 /// UTF-8 count as their escapes.
 TextWidth MeasureText(std::string_view text);
 
-/// Breaks `text` into lines of at most `maxWidth` columns, at least 1: after spaces and wide
-/// characters, otherwise where a line ends. Spaces at the end of a line are dropped. There is at
-/// least one line.
+/// Breaks `text` into lines of at most `maxWidth` columns, which must be at least 1. A line is
+/// broken after a space or a wide character, or, if it has none, where it is full. Spaces at the
+/// end of a line are dropped. There is at least one line.
 ///
 /// Hidden characters are shown as `\n`, `\r`, `\t`, `\xNN` or `\u{NNNN}`, bytes that are not UTF-8
 /// as `\xNN`. `marksEscapes` shows these in reverse.

@@ -19,9 +19,9 @@ namespace Kestrel::Formats {
 // A format describes how it prints strings by a type with these members:
 //
 //   template <typename Bytes> static constexpr auto Stops(Bytes bytes);
-//       True for a byte that is not simply copied, as bytes from 0x80 on, which must be checked.
+//       True for a byte that is not simply copied, such as any from 0x80 on, which must be checked.
 //       Must consist of comparisons, `|` and `&`, because `bytes` is a byte or a vector of bytes.
-//       They are signed, so those from 0x80 on are negative: vectors are compared faster so.
+//       They are signed, so those from 0x80 on are negative; this makes comparing vectors faster.
 //   static bool IsCopied(char32_t character);
 //       Whether a character that is not ASCII is copied.
 //   static void Replace(char32_t character, TextBuffer& out);

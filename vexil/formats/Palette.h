@@ -18,20 +18,20 @@ class Palette {
   /// Without sequences.
   Palette() = default;
 
-  /// Without bold and reverse there are no colours.
+  /// Without `hasSequences`, `hasColors` has no effect.
   Palette(bool hasSequences, bool hasColors)
       : hasSequences_(hasSequences), hasColors_(hasSequences && hasColors) {}
 
   /// The palette for a call: there are sequences if standard output is a terminal that understands
-  /// them, unless `options` decides that. The environment variable NO_COLOR removes the colours.
+  /// them, unless `options` says otherwise. The environment variable NO_COLOR removes the colours.
   static Palette For(const FormatOptions& options);
 
   bool HasSequences() const { return hasSequences_; }
 
-  /// What begins a string of that style. Empty if it is printed as it is.
+  /// The sequence that begins a string of that style; empty if the string is printed unchanged.
   std::string_view Begin(Style style) const;
 
-  /// What ends it.
+  /// The sequence that ends such a string.
   static constexpr std::string_view kEnd = "\x1b[0m";
 
  private:

@@ -28,7 +28,7 @@ using MetaObj::MetaString;
 using MetaObj::MetaStruct;
 using MetaObj::MetaType;
 
-// In lower case, as all words below.
+// In lower case, like all words below.
 constexpr std::string_view kSizeNames[] = {"size", "bytes"};
 constexpr std::string_view kStateNames[] = {"state",  "status",     "severity", "health",
                                             "result", "level name", "priority"};

@@ -21,15 +21,15 @@ using MetaObj::MetaType;
 
 namespace {
 
-// What is nested more deeply is on one line, because no reader can follow so many levels.
+// Anything nested more deeply is printed on one line, because no reader can follow so many levels.
 constexpr unsigned kMaxDepth = 24;
 
 constexpr std::size_t kIndent = 2;
-// In less room, indentation would leave too little for values.
+// Below this width nothing is indented, because too little room would be left for values.
 constexpr std::size_t kMinIndentedWidth = 12;
-// A value begins on the line of its name if there are at least so many columns for it.
+// A value begins on the line of its name if at least this many columns are left for it.
 constexpr std::size_t kMinValueWidth = 12;
-// Values are not aligned with those of longer names.
+// Names that are longer than this do not move the column in which values begin.
 constexpr std::size_t kMaxLabelWidth = 40;
 
 std::size_t IndentFor(const Room& room) { return room.width < kMinIndentedWidth ? 0 : kIndent; }

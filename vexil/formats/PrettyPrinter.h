@@ -36,7 +36,8 @@ class PrettyPrinter {
  public:
   PrettyPrinter(const Palette& palette, bool isHuman) : palette_(palette), isHuman_(isHuman) {}
 
-  /// Returns the value in the field `name`. `choice` is what to print of a structure; null: all.
+  /// Returns the lines of `value`, which is in the field `name`. `choice` selects what is printed
+  /// of a structure; null means all of it.
   Block Print(const MetaObj::MetaObject& value, const std::string& name, const FieldChoice* choice,
               const Room& room) const;
 

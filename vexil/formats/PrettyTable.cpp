@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::size_t kGap = 2;
 
-// In less room, most words would be broken.
+// In a narrower column, most words would be broken.
 constexpr std::size_t kMinTextWidth = 10;
 constexpr std::size_t kMinTreeWidth = 16;
 

@@ -32,7 +32,7 @@ class PrettyTable {
   void AddScalarColumn();
 
   /// Chooses the widths of the columns for these rows. Returns false if there is no room for all
-  /// columns, or if there is none.
+  /// columns, or if the table has none.
   bool Fit(const Value* rows, std::size_t count);
 
   void PrintHeader(Block& block) const;

@@ -96,7 +96,7 @@ class Selection {
   const MetaObj::MetaList* list_ = nullptr;
   std::shared_ptr<MetaObj::MetaStruct> shape_;
   bool hasScalarRows_ = false;
-  std::vector<Value> ownRows_;  // if they are not those of the list in its order
+  std::vector<Value> ownRows_;  // the rows, unless `rows_` points into the list
   Rows rows_ = {nullptr, 0};
   std::vector<FieldPath> paths_;
   FieldChoice choice_;

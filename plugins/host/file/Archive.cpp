@@ -124,8 +124,8 @@ void RequireMemory(bool isAllocated) {
   }
 }
 
-// libarchive does not check that it has memory for the data of its callbacks, which is allocated
-// when they are set first, nor for an entry of its own.
+// libarchive allocates memory when a callback is first set, and later does not check whether that
+// failed. So the first callback is set here, where the result can be checked.
 Reader NewReader() {
   Reader reader(Library().archive_read_new());
   RequireMemory(reader != nullptr);

@@ -26,14 +26,15 @@ void AppendEscaped(unsigned char byte, std::string& text) {
 
 constexpr std::uint64_t kOnes = 0x0101010101010101;
 
-// Whether one of the eight bytes is less than `bound`, at most 128. A borrow can make a byte above
-// one that is less look so too, and no other.
+// Whether one of the eight bytes is less than `bound`, which is at most 128. The borrow from such a
+// byte can make the next higher byte look smaller too, but never changes the result.
 bool HasLess(std::uint64_t bytes, std::uint64_t bound) {
   return ((bytes - kOnes * bound) & ~bytes & (kOnes << 7)) != 0;
 }
 
-// Whether a byte is not printable ASCII: one below 0x20 borrows, 0x7f carries, one above has the
-// highest bit. Borrows and carries from a byte only reach others if it is such a byte itself.
+// Returns a value other than 0 if one of the bytes is not printable ASCII: a byte below 0x20
+// borrows, 0x7f carries, and a higher byte has its highest bit set. Only such a byte can borrow
+// from or carry into another one, so printable bytes alone never set a bit.
 std::uint64_t UnusualBits(std::uint64_t bytes) {
   return ((bytes - kOnes * 0x20) | (bytes + kOnes) | bytes) & (kOnes << 7);
 }

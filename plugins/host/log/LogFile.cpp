@@ -26,7 +26,8 @@ constexpr std::size_t kBlockSize = std::size_t{64} << 10;
 
 [[noreturn]] void FailWithSystemText(const std::string& path) { Fail(path, std::strerror(errno)); }
 
-// The kernel generates the content of such a file while it is read, so its size is unknown before.
+// The kernel generates the content of such a file while it is read, so its size is not known in
+// advance.
 bool IsMadeByKernel(const std::string& path) {
   struct statfs system = {};
   return ::statfs(path.c_str(), &system) == 0 &&

@@ -43,7 +43,7 @@ class LogFile {
   std::string buffer_;
   std::size_t end_ = 0;  // of the unreturned part of buffer_
   bool isStarted_ = false;
-  bool hasFirstLine_;  // whether the first line, after no line feed, is yet to be returned
+  bool hasFirstLine_;  // whether the first line is yet to be returned
 };
 
 }  // namespace Kestrel::Host

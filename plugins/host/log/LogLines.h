@@ -38,7 +38,7 @@ constexpr std::size_t kAllLines = std::numeric_limits<std::size_t>::max();
 
 /// Which lines of a log are listed.
 struct LogFilter {
-  std::size_t lines = 0;  ///< the maximum number, of which the last ones count; or kAllLines
+  std::size_t lines = 0;  ///< list at most this many, the last ones; or kAllLines
   int level = kLowestLevel;
   std::optional<std::int64_t> since;
   const Regex* match = nullptr;  ///< not owned
@@ -48,12 +48,13 @@ struct LogFilter {
 ///
 /// With `since`, a line without a time passes if the nearest earlier line with a time does. The
 /// file is read from its end until there are enough lines, or until kMaxOlderRun successive lines
-/// are too old; logs are in order except for rare disturbances. Throws KestrelException if the file
-/// cannot be read, or if `since` is given and the file has lines but none with a time.
+/// are too old; the lines of a log are in order, with rare exceptions. Throws KestrelException if
+/// the file cannot be read, or if `since` is given and the file has lines but none with a time.
 void ForEachLastLine(LogFile& file, const LogFilter& filter, LogTimeReader& times,
                      const std::function<void(const FileLine& line)>& use);
 
-/// A machine that starts with a wrong clock writes fewer lines before the clock is set.
+/// The number of successive lines that must be too old before the search ends. It exceeds what a
+/// machine writes while its clock is still wrong after the start.
 constexpr std::size_t kMaxOlderRun = 100000;
 
 }  // namespace Kestrel::Host

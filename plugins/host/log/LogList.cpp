@@ -45,7 +45,7 @@ class LogRows {
   explicit LogRows(const LocalZone& zone) : zone_(zone) {}
 
   std::shared_ptr<MetaObj::MetaStruct> ToStruct(const FileLine& line, std::string_view source) {
-    // In the order in which a structure keeps them, so that none has to be moved.
+    // Fields are set in the order in which a structure keeps them, so that none has to be moved.
     auto result = Shape().NewStruct();
     result->SetField("Level", line.level);
     result->SetField("Level Name", levels_.Get(LevelName(line.level)));

@@ -1,14 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The sockets are requested by netlink, which takes the kernel about a third of the time that it
-// needs to write its tables below /proc/net. What the two sources report differently is adjusted to
-// the tables:
+// The sockets are requested through netlink (SOCK_DIAG), which takes the kernel about a third of
+// the time that it needs to write its tables below /proc/net. Where the answer, called the
+// diagnosis here, differs from the tables, the result is that of the tables:
 //
-// - Of a listening socket, the diagnosis reports in the send queue how many connections may wait.
-// - A half-open connection has no user in the diagnosis, but that of the listening socket in the
-//   tables. It is not a socket yet, so it has no shutdown state.
-// - Sockets that are bound, but neither listen nor connect, are only in the diagnosis, as a state
+// - For a listening socket, the diagnosis reports in the send queue how many connections may wait.
+// - A half-open connection has no user in the diagnosis; in the tables it has the user of the
+//   listening socket. It is not a socket yet, so it has no shutdown state.
+// - Sockets that are bound, but neither listen nor connect, are only in the diagnosis, with a state
 //   of their own.
 
 #include "plugins/host/network/InternetSockets.h"

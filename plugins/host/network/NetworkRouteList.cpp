@@ -79,7 +79,7 @@ std::string ViaText(const NetworkRoute& route, const RouteNames& names) {
   return TextOrNone(std::move(text));
 }
 
-/// Makes the rows. Most routes have the same words as the one before.
+/// Makes the rows. Most strings are equal to those of the previous route, so rows share them.
 class RouteRows {
  public:
   /// The names must exist as long as the object.

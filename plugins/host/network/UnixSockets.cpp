@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The sockets are requested by netlink. In /proc/net/unix, a line feed in the name of a socket
+// The sockets are requested through netlink. In /proc/net/unix, a line feed in the name of a socket
 // would start another line, which could look like another socket.
 
 #include "plugins/host/network/UnixSockets.h"

@@ -41,7 +41,7 @@ std::string ShownLine(std::string_view line);
 
 /// How the last paragraph of a file ends.
 enum class LastStanza {
-  EmptyLine,  ///< With an empty line, as all others.
+  EmptyLine,  ///< With an empty line, like all others.
   LineFeed,   ///< With a line feed; an empty line may follow.
 };
 

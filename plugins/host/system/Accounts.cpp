@@ -47,11 +47,11 @@ void RequireSuccess(const std::string& file) {
   }
 }
 
-// To be called when the name service does not know a name, or no name at all.
+// Must be called when the name service does not find a name, or lists no names at all.
 void RequireAnswer(const std::string& file) {
   RequireSuccess(file);
   RequireReadable(file);
-  ReadExistingFile(kSourcesFile);  // without which there is no source, and no error
+  ReadExistingFile(kSourcesFile);  // throws if it is unreadable; the service then reports no error
 }
 
 // Calls a function of the name service, which sets `errno` only when it fails.

@@ -33,8 +33,8 @@ struct BusDevice {
 std::vector<BusDevice> ReadPciDevices(const std::string& sys, const HardwareNames& names);
 
 /// Like ReadPciDevices, for "bus/usb/devices". If `names` lacks a name, the one reported by the
-/// device is used. The class of a device that leaves it to its interfaces is the class of the first
-/// interface.
+/// device is used. If a device leaves its class to its interfaces, the class of the first interface
+/// is used.
 std::vector<BusDevice> ReadUsbDevices(const std::string& sys, const HardwareNames& names);
 
 }  // namespace Kestrel::Host

@@ -17,9 +17,9 @@ struct GroupLine {
   std::string_view name;
 };
 
-/// Parses the content of /etc/group; the names point into it. Returns nothing if a line has any but
-/// the plain form, because the C library has rules of its own for damaged lines and for those that
-/// begin with + or -.
+/// Parses the content of /etc/group; the names point into it. Returns nothing if any line does not
+/// have the plain form, because the C library has rules of its own for damaged lines and for those
+/// that begin with + or -.
 std::optional<std::vector<GroupLine>> ParseGroupFile(std::string_view text);
 
 /// What /etc/nsswitch.conf says about groups.
@@ -30,7 +30,8 @@ struct GroupSources {
   bool isListComplete = false;
 };
 
-/// Parses the content of /etc/nsswitch.conf. Both are false for a form that is not understood.
+/// Parses the content of /etc/nsswitch.conf. Both members are false if the content has a form that
+/// is not understood.
 GroupSources ParseGroupSources(std::string_view text);
 
 }  // namespace Kestrel::Host

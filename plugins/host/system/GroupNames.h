@@ -37,7 +37,7 @@ class GroupNames {
   bool hasAll_ = false;          // not only those in /etc/group
   bool isListComplete_ = false;  // whether a group that is not listed does not exist
   std::string text_;  // with all names: a string for each would take several times the memory
-  std::vector<GroupLine> groups_;  // by number; of those of one number the first counts
+  std::vector<GroupLine> groups_;  // by number; the first of each number counts
   std::size_t next_ = 0;           // the group after the one found last
   std::map<gid_t, std::string> unlisted_;
   std::string digits_;

@@ -42,7 +42,7 @@ class AccountRows {
     const auto name = SanitizedText(account.name);
     const auto id = MetaObj::MetaInt::New(static_cast<long>(account.id));
     const std::string_view group = groups_.Get(account.groupId);
-    // In the order in which a structure keeps them, so that none has to be moved.
+    // Fields are set in the order in which a structure keeps them, so that none has to be moved.
     auto result = Shape().NewStruct();
     result->SetField("Full Name", fullNames_.Get(OrNone(account.fullName)));
     result->SetField("Group", group == account.name ? name : groupTexts_.Get(group));

@@ -39,7 +39,7 @@ const StructShape& Shape() {
   return shape;
 }
 
-// A process that may be signalled, as it was before.
+// A process that may be signalled. `process` describes it as it was before the signal.
 struct Candidate {
   Process process;
   SignalTarget target;
