@@ -24,8 +24,8 @@ class Usage {
   void Check(std::size_t outputSize = 0) const;
 
  private:
-  // A row of a small line takes some hundred bytes, and a vector that grows takes three times as
-  // much as in the end.
+  // A row for a short line takes a few hundred bytes, and a growing vector takes three times its
+  // final size.
   static constexpr std::size_t kMaxBytesPerByte = 1024;
   static constexpr std::size_t kMaxBytes = std::size_t{256} << 10;
   static constexpr long kMaxNanosecondsPerByte = 50'000;

@@ -25,7 +25,7 @@ rm -rf "${folder:?}"/*
 mkdir "$source"
 git ls-files -z --cached --others --exclude-standard | tar --null -T - --mode 'u=rwX,go=rX' -c | tar -C "$source" -x
 
-# The same files give the same archive.
+# The same files always result in the same archive.
 tar -C "$folder" --exclude "${source##*/}/debian" --sort name --mtime "@$epoch" --owner 0 --group 0 \
   --numeric-owner --mode 'u=rwX,go=rX' -c "${source##*/}" | xz -6 >"$archive"
 

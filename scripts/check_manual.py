@@ -52,7 +52,7 @@ def output_of(*command, env=None, status=0):
 
 
 def sources_in(place):
-    """The source files in a folder; a file is its own only one."""
+    """The source files in a folder, or the file itself if `place` is a file."""
     if os.path.isfile(place):
         return [place]
     return glob.glob(os.path.join(place, "**", "*.cpp"), recursive=True) + \

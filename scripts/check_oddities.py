@@ -36,7 +36,7 @@ def tests_of(root):
 
 
 def rows_without_a_test(text, head):
-    """Yields the rows without a test, except the headers, of the tables whose header begins so."""
+    """Yields the rows without a test in the tables whose header begins with the given string."""
     in_table = False
     for above, line in zip([""] + text.splitlines(), text.splitlines()):
         if not line.startswith("|"):

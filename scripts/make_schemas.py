@@ -117,7 +117,7 @@ def make_xsd(name, target):
         grammar = os.path.join(folder, name + ".rnc")
         with open(grammar, "w", encoding="utf-8") as file:
             file.write(grammar_for_xsd(name))
-        # Other programs than libxml2 refuse the default, "skip", with an attribute beside a string.
+        # Programs other than libxml2 refuse the default, "skip", with an attribute beside a string.
         trang(grammar, target, "-o", "any-attribute-process-contents=lax")
     with open(target, encoding="utf-8") as file:
         schema = file.read()

@@ -202,7 +202,8 @@ class Writer {
   }
 };
 
-/// What is wrong with a value, and where. Each caller extends the path of keys and indexes.
+/// Thrown for a wrong value, with its place. Each function that it passes through adds a key or
+/// index to the path.
 struct Mismatch {
   std::string place;
   std::string expected;

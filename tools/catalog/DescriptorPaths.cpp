@@ -22,8 +22,8 @@ using AutoCli::XmlPlugin;
 
 namespace {
 
-/// A root that returns itself for every path and has no names, so that every node of a descriptor
-/// is registered here and nothing needs to exist before.
+/// A root that returns itself for every path and never contains a name. So a descriptor registers
+/// every node here, and no parent needs to exist.
 class RecordingRoot : public Namespace {
  public:
   static std::shared_ptr<RecordingRoot> New() { return std::make_shared<RecordingRoot>(); }

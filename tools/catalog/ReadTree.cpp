@@ -154,7 +154,8 @@ struct Shape {
   std::shared_ptr<const MetaStruct> structure;
 };
 
-/// Checks the class of a value only if its kind has more details.
+/// Returns the shape of a value. Checks the class of the value only if its kind is structure or
+/// list.
 Shape ReadShape(const std::shared_ptr<MetaObject>& value) {
   Shape shape;
   shape.kind.type = value->GetType();
@@ -226,8 +227,8 @@ void Document(const std::string& path, const std::string& documentation,
   }
 }
 
-/// Adds what meta-data say about a command. In a descriptor, nothing else can describe the result
-/// or contain examples. A declaration of the command itself takes precedence.
+/// Adds what the meta-data say about a command: in a descriptor, nothing else can describe the
+/// result or contain examples. What the command itself declares takes precedence.
 void ApplyMetaData(Command& command) {
   for (const auto& [key, value] : command.metaData) {
     std::string name = key;
@@ -261,8 +262,8 @@ void SortByPath(std::vector<Element>& elements) {
   });
 }
 
-/// The walk from the root down. Paths consist of the names on the way. The nodes are not asked for
-/// their paths, because their parents may be different ones.
+/// Walks the tree from the root down and builds each path from the names on the way. Nodes are not
+/// asked for their paths, because a node may have been registered again below another parent.
 class TreeWalk {
  public:
   explicit TreeWalk(const AutoCli::Dispatcher& dispatcher) : origins_(dispatcher) {}

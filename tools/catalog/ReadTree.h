@@ -16,8 +16,8 @@ namespace Kestrel::Catalog {
 ///
 /// Asks every command for its parameters and its result, but runs none. A fault of the tree is
 /// recorded if a command throws an exception, and for nodes that claim to be a command without
-/// being one, that are below themselves, or that have the path of another node. The result does not
-/// depend on the order in which plug-ins were loaded, as long as the order left the same tree.
+/// being one, that are below themselves, or that have the path of another node. The result depends
+/// only on the tree, not on the order in which plug-ins were loaded.
 Tree ReadTree(const AutoCli::Dispatcher& dispatcher);
 
 /// Returns what a command declares, with `path` as its path and without its plug-in.

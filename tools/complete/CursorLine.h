@@ -48,10 +48,11 @@ struct CursorLine {
   std::vector<Vexil::TypedOption> settledOptions;
   /// Whether the line contains only the tool's name and the word.
   bool isOnlyWord = false;
-  /// Whether the line is one of vexil-explain: those of the tool without --input, and two options
-  /// more.
+  /// Whether the line is a command line of vexil-explain, which accepts what the tool accepts
+  /// except --input, and two more options.
   bool isExplained = false;
-  /// Whether the word is the first one of such a line. Only that can be one of these options.
+  /// Whether the word is the first argument of such a line. Only the first can be one of the two
+  /// options.
   bool isFirstExplained = false;
 
   /// The part of the word that is a value.

@@ -8,10 +8,9 @@
 namespace Kestrel::Complete {
 
 /// Whether the file at an absolute path may be loaded while a user is only typing, because only
-/// root and the user can have written it. This is so if the file, with all links followed, belongs
-/// to one of them and only its owner may write it, and each folder above it belongs to one of them
-/// and others may not write to it, or may not remove files of others from it. False for a relative
-/// path.
+/// root and the user can have written it. After all links are followed, root or the user must own
+/// the file and each folder above it. Only the owner may write to the file. A folder may be
+/// writable for others only if it is sticky. False for a relative path.
 bool IsTrustedFile(const std::string& path);
 
 }  // namespace Kestrel::Complete

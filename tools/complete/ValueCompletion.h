@@ -14,7 +14,7 @@
 
 namespace Kestrel::Complete {
 
-/// What the completion of a value depends on.
+/// The data needed to complete a value.
 struct ValueContext {
   const AutoCli::Dispatcher& dispatcher;
   const CursorLine& line;

@@ -36,7 +36,8 @@ std::string OctalOf(mode_t mode) {
   return text;
 }
 
-// Stricter than the loader with the folder of a plug-in: in a sticky one, others can still add one.
+// Stricter than the loader about the folder that contains a plug-in: if it is sticky, other users
+// can still add plug-ins to it.
 std::optional<std::string> FindFault(const struct stat& status, bool mayBeSticky) {
   if (status.st_uid != 0 && status.st_uid != geteuid()) {
     return "belongs to the user " + NameOf(status.st_uid);
@@ -58,7 +59,7 @@ Access ReadOne(const std::string& path, bool mayBeSticky, std::vector<std::strin
   return {path, NameOf(status.st_uid), OctalOf(status.st_mode)};
 }
 
-// Adds the folders above `path`, from the root folder on, that are not there yet.
+// Adds the folders above `path`, from the root folder on, unless they have been added before.
 void AddFolders(const std::filesystem::path& path, FileAccess& access) {
   std::filesystem::path folder;
   for (const auto& name : path.parent_path()) {
@@ -81,7 +82,7 @@ FileAccess ReadAccess(const std::string& file) {
     return access;
   }
   AddFolders(real, access);
-  // Who can write to a folder of the path as given can replace a link in it.
+  // Anyone who can write to a folder of the path as given can replace a link in that folder.
   AddFolders(std::filesystem::absolute(file, error).lexically_normal(), access);
   access.file = ReadOne(real.string(), false, access.faults);
   return access;

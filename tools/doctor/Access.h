@@ -19,7 +19,7 @@ struct Access {
 struct FileAccess {
   Access file;
   std::vector<Access> folders;      ///< from the root folder to the one that contains the file
-  std::vector<std::string> faults;  ///< how users other than root and this one can replace it
+  std::vector<std::string> faults;  ///< how a user other than root and the caller can replace it
 };
 
 /// Follows links. All members are empty for a file that does not exist.

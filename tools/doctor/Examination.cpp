@@ -38,7 +38,7 @@ using Paths = std::vector<std::string>;
 
 namespace {
 
-// Every message of the child is a line.
+// Sends the messages of the child, one per line.
 class Reporter {
  public:
   explicit Reporter(const Isolation::Send& send) : send_(send) {}
@@ -74,7 +74,7 @@ Paths ListCommands(const Dispatcher& dispatcher) {
 void LoadQuietly(Dispatcher& dispatcher, const std::string& file) {
   try {
     dispatcher.AddPlugin(file);
-  } catch (...) {  // NOLINT(bugprone-empty-catch): it has its own examination
+  } catch (...) {  // NOLINT(bugprone-empty-catch): its own examination reports it
   }
 }
 
@@ -172,7 +172,7 @@ class Listener {
   }
 
  private:
-  // Each of the other plug-ins gets the same time.
+  // Each of the plug-ins that are loaded before this one has the same time limit.
   milliseconds TimeLeft() const {
     return isOwn_ ? std::chrono::duration_cast<milliseconds>(start_ + patience_ - Clock::now())
                   : patience_;

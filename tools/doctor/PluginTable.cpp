@@ -26,7 +26,7 @@ std::string OneLine(std::string text) {
   return text;
 }
 
-// Names of files and the loader's messages may contain any bytes, such as commands to a terminal.
+// File names and the loader's messages may contain any bytes, even escape sequences.
 std::shared_ptr<MetaString> Text(const std::string& text) {
   return MetaString::NewUtf8WithEscapes(AutoCli::WithVisibleControls(OneLine(text)));
 }

@@ -16,8 +16,8 @@ namespace Kestrel::Doctor {
 /// Returns a structure of the type "Plugin" for each plug-in.
 std::shared_ptr<MetaObj::MetaList> MakeTable(const std::vector<Diagnosis>& plugins);
 
-/// Returns the parameters for printing the list with a formatter; an empty name means `table`. The
-/// formats for people have the most important fields, those for programs have all.
+/// Returns the parameters for printing the list with a formatter; an empty name means `table`.
+/// Formats for people print the most important fields, those for programs all fields.
 AutoCli::FormatParameters MakeFormat(const std::string& formatter);
 
 }  // namespace Kestrel::Doctor

@@ -12,7 +12,8 @@
 namespace Kestrel::Explain {
 
 /// Explains the arguments of the tool. Loads the plug-ins that they name; plug-ins that cannot be
-/// loaded are reported on standard error as by the tool. No command runs and nothing is asked for.
+/// loaded are reported on standard error, as the tool does. Runs no command and prompts for
+/// nothing.
 ///
 /// Throws the exceptions of the command's declaration.
 Explanation ExplainLine(AutoCli::CliDispatcher& dispatcher,

@@ -155,8 +155,9 @@ std::vector<std::string> ExplainedCall::Validate() const {
   return errors;
 }
 
-// A message about a secret is taken from a call with another value, because a mask would show which
-// letters of the fixed text are a short secret. Few constraints accept both of the other values.
+// A message about a secret is taken from a call with another value. Masking the secret in the
+// message would not be enough: a short secret may also occur in the fixed part, and the mask would
+// reveal it. Two other values are tried, because few constraints accept both.
 std::string ExplainedCall::HideSecretsIn(const std::string& error) const {
   for (const std::string& placeholder : {std::string(kHidden), std::string("\x01")}) {
     const std::shared_ptr<Output> output = Output::New();
@@ -173,7 +174,7 @@ std::string ExplainedCall::HideSecretsIn(const std::string& error) const {
   return Mask(error);
 }
 
-// The longest secret first: another one may be a part of it.
+// Masks the longest secret first, because a shorter one may be a part of it.
 std::string ExplainedCall::Mask(std::string text) const {
   std::vector<std::string> secrets(secrets_.begin(), secrets_.end());
   std::sort(secrets.begin(), secrets.end(),

@@ -14,8 +14,7 @@
 
 namespace Kestrel::Explain {
 
-/// The parameters of a command in one command line. A secret that the tool would ask for is not
-/// asked for.
+/// The parameters of a command in one command line. Never prompts for a secret.
 class ExplainedCall {
  public:
   ExplainedCall(AutoCli::CommandSpec& command, const Vexil::CommandLine& line);
@@ -28,13 +27,14 @@ class ExplainedCall {
 
   bool IsHelpWanted() const { return input_->HasParameter("help"); }
 
-  /// The values as the command receives them. A secret without a value has one empty value.
+  /// The values as the command receives them. A secret that was given without a value has one empty
+  /// value.
   const std::shared_ptr<AutoCli::CommandInput>& GetInput() const { return input_; }
 
-  /// The same with `placeholder` in place of each value of a secret.
+  /// Returns a copy of the input with `placeholder` in place of each value of a secret.
   std::shared_ptr<AutoCli::CommandInput> HideSecrets(const std::string& placeholder) const;
 
-  /// `text` with "***" in place of each value of a secret.
+  /// Returns the message `error` with "***" in place of each value of a secret.
   std::string HideSecretsIn(const std::string& error) const;
   std::string Mask(std::string text) const;
 

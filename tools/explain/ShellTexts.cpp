@@ -30,7 +30,7 @@ std::string ShowSecrets(std::string text) {
   return text;
 }
 
-// The shell sets the variable for the command.
+// Returns the assignment with which the shell sets the variable for the command.
 std::string SetUser(const std::string& user) {
   if (user.empty()) {
     return {};
@@ -42,8 +42,8 @@ std::string SetUser(const std::string& user) {
   return "OPR_USERNAME='" + quoted + "' ";
 }
 
-// Whether the byte belongs to a control character, which in UTF-8 has one byte, or two: 0xc2 and
-// another one below 0xa0.
+// Whether the byte belongs to a control character. In UTF-8, this is one byte, or 0xc2 and a byte
+// below 0xa0.
 bool IsControl(const std::string& text, std::size_t at) {
   const auto byte = [&](std::size_t i) {
     return i < text.size() ? static_cast<unsigned char>(text[i]) : 0xffU;

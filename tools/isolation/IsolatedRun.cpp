@@ -67,8 +67,8 @@ void PrepareChild(pid_t parent) {
   setrlimit(RLIMIT_CORE, &noCore);
 }
 
-// The child replaces its standard streams. An end of the pipe has such a number if this process was
-// started without a stream.
+// Moves a descriptor out of the range of the standard streams, which the child replaces. An end of
+// the pipe is in that range if this process was started with a stream closed.
 void MoveAboveStreams(int& descriptor) {
   if (descriptor <= STDERR_FILENO) {
     const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
@@ -95,8 +95,8 @@ pid_t ParentOf(const std::string& id) {
   return end == std::string::npos || line.size() < end + 4 ? 0 : std::atoi(line.c_str() + end + 4);
 }
 
-// Whether a process did not get enough processor time: it does not sleep, and its processor time is
-// less than `patience`.
+// Whether a process did not get enough processor time: it is not asleep, and has used less than
+// `patience`.
 bool IsHeldUp(pid_t id, milliseconds patience) {
   std::ifstream in("/proc/" + std::to_string(id) + "/stat");
   std::string text;

@@ -55,7 +55,7 @@ class IsolatedRun {
 /// cleaned up.
 void KillOnInterrupt();
 
-/// Returns how a process ended, from its wait status: "it is ended by the signal Aborted".
+/// Describes how a process ended, from its wait status: "it is ended by the signal Aborted".
 std::string DescribeEnd(int status);
 
 }  // namespace Kestrel::Isolation

@@ -8,14 +8,14 @@
 
 namespace Kestrel::Isolation {
 
-/// Returns a path with a slash to the same file: the loader would search its own folders for a name
-/// without one.
+/// Returns a path to the same file that contains a slash. Without one, the loader would search its
+/// own folders.
 std::string PathForLoader(const std::string& file);
 
-/// Loads a shared object with all of its functions bound, and returns the loader's message about a
-/// function that is not defined, or nothing. Otherwise, the loader looks up a function at its first
-/// call, which may be long after the start of the tool. Must be called before the file is loaded in
-/// another way.
+/// Loads a shared object with all of its functions bound at once, and returns the loader's message
+/// about an undefined function, or nothing. With lazy binding, the loader looks up a function when
+/// it is first called, perhaps long after the start of the tool. Must be called before the file is
+/// loaded in any other way.
 std::optional<std::string> FindMissingSymbol(const std::string& file);
 
 /// Returns a description of the exception that is being handled, such as "a std::exception: no

@@ -7,15 +7,16 @@
 
 namespace Kestrel::Lint {
 
-/// A byte of a word, and whether quotes or a backslash protect it. A quoted NUL stands for quotes,
-/// which may be empty.
+/// A byte of a word, and whether quotes or a backslash protect it. A quoted NUL marks the place of
+/// a pair of quotes, because even empty quotes make a word.
 struct RawByte {
   char byte;
   bool isQuoted;
 };
 using RawWord = std::vector<RawByte>;
 
-/// The words that bash makes of braces such as "{a,b}" and "{1..3}", at most some dozens.
+/// Returns the words into which bash expands braces such as "{a,b}" and "{1..3}"; at most a few
+/// dozen.
 std::vector<RawWord> ExpandBraces(const RawWord& word);
 
 }  // namespace Kestrel::Lint

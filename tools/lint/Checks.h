@@ -42,10 +42,10 @@ struct Host {
   std::map<std::string, std::string> owners;
 };
 
-/// Unknown elements and attributes, text that is ignored, content that is cut.
+/// Reports unknown elements and attributes, ignored text, and content that is cut off.
 void CheckStructure(const Document& document, FileReport& report);
 
-/// What the loader refuses, in its own words. Returns the commands.
+/// Reports what the loader refuses, in its own words. Returns the commands.
 std::vector<CommandParts> CheckLoading(const Element& root, const std::string& file,
                                        FileReport& report);
 
@@ -57,26 +57,26 @@ void CheckPaths(const Element& root, Host& host, FileReport& report);
 void InsertNode(const std::string& path, const std::shared_ptr<AutoCli::NamespaceNode>& node,
                 const std::string& file, Host& host);
 
-/// Names that cannot be typed, descriptions, constraints.
+/// Checks names that cannot be typed, descriptions and constraints.
 void CheckParameters(const CommandParts& command, FileReport& report);
 
-/// Whether there is a constraint that was refused, or one that is misspelt. What depends on it is
-/// not reported.
+/// Whether the parameter has a constraint that was refused or is misspelt. Findings that depend on
+/// the constraint are then not reported.
 bool HasLostConstraint(const CallSpec::ParameterSpec& parameter, const Element& element);
 
-/// The shape of the result, formatters and their parameters.
+/// Checks the shape of the result, the formatter and its parameters.
 void CheckFormats(const CommandParts& command, const Host& host, FileReport& report);
 
-/// The meta-data of a command.
+/// Checks the meta-data of a command.
 void CheckMetaData(const CommandParts& command, FileReport& report);
 
-/// The program that the shell command starts.
+/// Checks the program that the shell command starts.
 void CheckScript(const CommandParts& command, FileReport& report);
 
-/// The markers of the templates.
+/// Checks the markers of the templates.
 void CheckTemplates(const Document& document, const CommandParts& command, FileReport& report);
 
-/// Suppressions without a reason, of unknown rules, and without effect.
+/// Reports suppressions that have no reason, name an unknown rule, or have no effect.
 void CheckSuppressions(const Document& document, FileReport& report);
 
 /// All elements of the commands, in the order of the document.

@@ -18,7 +18,7 @@ namespace Kestrel::Lint {
 
 namespace {
 
-// The first word of a shell command, without its quotes; empty when it is more than a path.
+// The first word of a shell command, without its quotes; empty if the word is not a plain path.
 std::string FirstWord(const std::string& command) {
   const std::size_t begin = command.find_first_not_of(" \t\r\n");
   if (begin == std::string::npos) {

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Two walks through the graph: the first orders the nodes by the end of their visits, the second
-// goes against the edges, from the last node of that order on.
+// Walks through the graph twice. The first walk orders the nodes by when their visits end. The
+// second follows the edges backwards, starting with the last node of that order.
 
 #include "tools/lint/Components.h"
 

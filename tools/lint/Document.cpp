@@ -60,7 +60,7 @@ bool IsUtf8(const xmlDoc& tree) {
          xmlParseCharEncoding(encoding.c_str()) == XML_CHAR_ENCODING_ASCII;
 }
 
-// Links elements with nodes; both are in the order of the document.
+// Links elements with nodes; both are in document order.
 void LinkElements(Element& element, xmlNode* node) {
   element.node = node;
   xmlNode* child = node->children;

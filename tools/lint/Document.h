@@ -53,7 +53,7 @@ struct Element {
   std::vector<Piece> pieces;  // what is directly in the element, without its children
   std::vector<std::shared_ptr<Suppression>> suppressions;
   const Element* parent = nullptr;
-  /// The same element for the functions of the library.
+  /// The node of the same element, for the functions of the library.
   _xmlNode* node = nullptr;
 
   /// The value of an attribute; empty when there is none, as the loader sees it.
@@ -62,7 +62,8 @@ struct Element {
   /// The first child of a name, or null.
   const Element* Find(std::string_view child) const;
   std::vector<const Element*> FindAll(std::string_view child) const;
-  /// The piece that the loader takes for the content of the element: the last one. Null for none.
+  /// The piece that the loader uses as the content of the element: the last one. Null if there is
+  /// none.
   const Piece* GetContentPiece() const;
   /// The content as the loader sees it.
   std::string GetContent() const;
@@ -89,7 +90,7 @@ class Document {
     const char* rule;
     Position position;
     std::string what;
-    /// Whether the loader may accept the file all the same.
+    /// Whether the loader may still accept the file.
     bool mayLoad = false;
   };
 

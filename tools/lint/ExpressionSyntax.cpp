@@ -21,7 +21,7 @@ namespace {
 constexpr std::size_t kMaxRepeat = 1000;  // a larger repeat is not examined
 constexpr std::size_t kMaxDepth = 100;
 
-/// Thrown for whatever is not understood.
+/// Thrown for anything that the parser does not understand.
 struct NotUnderstood {};
 
 ByteSet SetOf(char byte) { return ByteSet().set(static_cast<unsigned char>(byte)); }
@@ -130,7 +130,7 @@ class Parser {
         ReadBounds(repeat);
       }
       if (Peek() == '+') {
-        throw NotUnderstood();  // does not go back, so it matches less
+        throw NotUnderstood();  // a possessive repeat: it never gives up a match
       }
       Skip('?');
       repeat.children.push_back(std::move(item));

@@ -24,9 +24,9 @@ struct ExpressionNode {
   std::optional<std::size_t> most{};  // of Repeat; nothing when there is no limit
 };
 
-/// Reads an expression in the syntax of constraints. Nothing when it contains something whose
-/// language is not regular or not known here: back-references, assertions, anchors within it,
-/// flags. Does not report every error of the syntax.
+/// Reads an expression in the syntax of constraints. Returns nothing if the expression contains
+/// something that is not regular or not supported here: back-references, assertions, flags, or
+/// anchors inside it. Does not detect every syntax error.
 std::optional<ExpressionNode> ParseExpression(const std::string& text);
 
 /// A node that matches exactly `text`.

@@ -15,7 +15,7 @@ namespace Kestrel::Lint {
 /// Collects the findings of one file. A finding that a comment or an option suppresses is dropped.
 class FileReport {
  public:
-  /// `suppressed` are the rules of the options; it must outlive the report.
+  /// `suppressed` contains the rules that options suppress; it must outlive the report.
   FileReport(std::string file, const std::set<std::string>& suppressed)
       : file_(std::move(file)), suppressed_(suppressed) {}
 
@@ -29,9 +29,9 @@ class FileReport {
   void AddAt(const char* rule, const Element* element, Position position, const std::string& what,
              const std::string& advice);
 
-  /// Whether there is a finding about the element itself or, when it was suppressed, would be.
+  /// Whether there is a finding about the element itself, suppressed or not.
   bool HasFinding(const Element& element) const { return reported_.count(&element) != 0; }
-  /// Whether nothing was found, not even what was suppressed.
+  /// Whether nothing was found, not even a suppressed finding.
   bool IsEmpty() const { return places_.empty(); }
   /// Whether there is a finding of `rule` within `element`.
   bool HasFindingBelow(const char* rule, const Element& element) const;
@@ -51,14 +51,15 @@ class FileReport {
   std::vector<Place> places_;
 };
 
-/// The best of some words for a misspelt one: `, write 'NAME'`, or `otherwise` when none is near.
+/// Returns the advice for a misspelt word: `, write 'NAME'` with the nearest of `words`, or
+/// `otherwise` if none is near.
 std::string AdviseNearest(const std::string& word, const std::vector<std::string>& words,
                           const std::string& otherwise);
 
-/// The nearest of some words to a misspelt one; empty when none is near.
+/// Returns the one of `words` that is nearest to a misspelt word; empty if none is near.
 std::string FindNearest(const std::string& word, const std::vector<std::string>& words);
 
-/// The text in single quotes, cut after 80 bytes, with control characters as escapes.
+/// Returns the text in single quotes, cut after 80 bytes, with control characters escaped.
 std::string Quote(const std::string& text);
 
 }  // namespace Kestrel::Lint

@@ -25,7 +25,7 @@ struct Finding {
   std::string message;
 };
 
-/// By file, place, rule and message.
+/// Compares by file, place, rule and message.
 bool operator<(const Finding& left, const Finding& right);
 bool operator==(const Finding& left, const Finding& right);
 

@@ -32,8 +32,7 @@ std::string Join(const Words& words) {
   return joined;
 }
 
-// Whether the key is one whose part after the colon the formatter looks up, such as
-// "units:TYPE.FIELD".
+// Whether the formatter looks up the part of the key after the colon, as in "units:TYPE.FIELD".
 bool IsQualified(const std::string& key) {
   for (const char* prefix : {"fields:", "units:", "printf:", "header:"}) {
     if (key.compare(0, std::string(prefix).size(), prefix) == 0) {
@@ -165,7 +164,7 @@ class Finder {
   const AutoCli::Dispatcher& dispatcher_;
   const std::set<std::string>& others_;
   const std::vector<Vexil::ResultType> types_;
-  std::optional<std::size_t> parameter_;  // that is being checked
+  std::optional<std::size_t> parameter_;  // the one being checked
   std::vector<FormatFault> faults_;
 };
 

@@ -31,8 +31,8 @@ struct FormatFault {
   std::string advice;
 };
 
-/// The mistakes in a default format. `others` are the formatters that the dispatcher does not have
-/// and that exist nevertheless.
+/// Returns the mistakes in a default format. `others` are formatters that exist although the
+/// dispatcher does not have them.
 std::vector<FormatFault> FindFormatFaults(const FormatDeclaration& declaration,
                                           const AutoCli::Dispatcher& dispatcher,
                                           const std::set<std::string>& others);

@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A value is examined by comparing two readings of the command line: with the value, and with a
-// harmless one, a byte that no shell knows. What the template itself writes is in both.
+// A value is examined by comparing two readings of the command line: one with the value, and one
+// with a harmless byte that is not special to any shell. What comes from the template itself is in
+// both.
 
 #include "tools/lint/Injection.h"
 
@@ -56,7 +57,8 @@ std::size_t CountWords(const ShellReading& reading) {
   return count;
 }
 
-// Options are the words that begin with "-", up to "--". A name of a file can begin with "-" too.
+// Options are the words that begin with "-", up to "--". A file name that replaces a pattern can
+// begin with "-" too.
 std::size_t CountOptions(const ShellReading& reading) {
   std::size_t count = 0;
   for (const ShellCommand& command : reading.commands) {
@@ -85,8 +87,7 @@ std::string WithoutQuotes(const std::string& value) {
   return AutoCli::ExtensionCommand::SanitizeChar(value, '\'');
 }
 
-// Whether the words of a reading are those of another one with `value` in place of the harmless
-// byte.
+// Whether the words of `hostile` are those of `plain` with `value` in place of the harmless byte.
 bool Arrives(const std::string& value, const ShellReading& plain, const ShellReading& hostile) {
   if (plain.commands.size() != hostile.commands.size()) {
     return false;

@@ -17,40 +17,40 @@ namespace Kestrel::Lint {
 
 /// What a value can do to the command line that it is inserted into.
 struct Verdict {
-  /// For each of them, a value that does it; nothing when none does.
+  /// Each contains a value that has this effect; nothing if no value does.
   std::optional<std::string> runsCommand;
   std::optional<std::string> addsWord;
   std::optional<std::string> addsOption;
-  /// A value that loses its single quotes on the way, and is unchanged otherwise.
+  /// A value that loses its single quotes on the way but is otherwise unchanged.
   std::optional<std::string> losesQuotes;
   /// A value that arrives altered in another way.
   std::optional<std::string> isAltered;
-  /// Whether the line has parts that are not understood, so that nothing is known.
+  /// Whether the line has parts that are not understood, so that the effect is unknown.
   bool isUnknown = false;
   /// Whether the value is a part of a program in another language, or of a second shell.
   std::string program;
 };
 
-/// Inserts values into a template as the loader does, and reads the result as a shell does. Runs
+/// Inserts values into a template as the loader does, and parses the result as a shell does. Runs
 /// nothing.
 class Injection {
  public:
   Injection(const std::string& execute, std::shared_ptr<CallSpec::InputSpec> input);
 
-  /// What values of the parameter `name` can do.
+  /// Returns what values of the parameter `name` can do.
   Verdict Judge(const std::string& name) const;
 
-  /// What one value of the parameter does; the others have harmless values.
+  /// Returns what one value of the parameter does while all other parameters have harmless values.
   Verdict JudgeValue(const std::string& name, const std::string& value) const;
 
-  /// The command line for these values. Nothing when the loader refuses them.
+  /// Returns the command line for these values; nothing if the loader refuses them.
   std::optional<std::string> MakeLine(
       const std::map<std::string, std::vector<std::string>>& values) const;
 
  private:
   using Values = std::map<std::string, std::vector<std::string>>;
 
-  /// A call: the values of all parameters that are given, the one in question excepted.
+  /// Returns the calls to try: each contains the values of all given parameters except `name`.
   std::vector<Values> MakeCalls(const std::string& name) const;
   const CallSpec::ParameterSpec* Find(const std::string& name) const;
   void JudgeCall(const Values& call, const CallSpec::ParameterSpec& parameter,

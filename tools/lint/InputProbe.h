@@ -8,17 +8,18 @@
 
 namespace Kestrel::Lint {
 
-/// A parameter that was read by a function for another type: it returns a value, and no message
-/// says that the value means nothing.
+/// A parameter that was read by a function for another type. Such a function returns a meaningless
+/// value without any message.
 struct Misreading {
   std::string parameter;
   std::string function;
 };
 
-/// Returns those since the last call.
+/// Returns the misreadings since the last call.
 ///
-/// This program defines the functions of `CallSpec::Input` that read numbers and booleans itself.
-/// The loader searches the program before the library, so a shared object calls these.
+/// This program has its own definitions of the functions of `CallSpec::Input` that read numbers and
+/// booleans. The dynamic loader searches the program before the library, so a shared object calls
+/// these.
 std::vector<Misreading> TakeMisreadings();
 
 }  // namespace Kestrel::Lint

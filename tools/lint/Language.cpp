@@ -19,7 +19,7 @@ constexpr std::size_t kMaxStates = 3000;
 constexpr std::size_t kMaxSubsets = 1000;
 constexpr std::size_t kMaxPairs = 200000;
 
-/// A part of an expression: the states that it may begin and end with.
+/// A part of an expression: the states in which it may begin and end.
 struct Fragment {
   std::vector<std::size_t> first;
   std::vector<std::size_t> last;
@@ -50,7 +50,7 @@ std::vector<bool> MarkReachable(const Graph& graph, std::vector<std::size_t> tod
   return isReached;
 }
 
-// The byte of a set that is easiest to read.
+// Returns the byte of a set that is easiest to read.
 char Readable(const ByteSet& bytes) {
   constexpr std::string_view kPreferred =
       "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_./:,@%+-= ";
@@ -145,7 +145,7 @@ class Language::Builder {
     return node.most ? Join(whole, BuildOptional(child, *node.most - node.least)) : whole;
   }
 
-  // From the inside out, x(x(x)?)?, because x?x?x? matches one x in three ways.
+  // Built from the inside out, as x(x(x)?)?, because x?x?x? would match a single x in three ways.
   Fragment BuildOptional(const ExpressionNode& node, std::size_t count) {
     Fragment whole;
     for (std::size_t i = 0; i < count; ++i) {
@@ -203,7 +203,7 @@ std::optional<Language> Language::Of(const std::vector<std::string>& strings) {
   return Build(node);
 }
 
-// The states that are on a way from the initial state to a final one.
+// Returns the states that are on a path from the initial state to a final one.
 std::vector<bool> Language::FindUseful() const {
   Graph forward(states_.size());
   Graph backward(states_.size());
@@ -280,7 +280,7 @@ std::vector<std::size_t> Language::FindComponents() const {
   return NumberComponents(graph);
 }
 
-/// The pairs of states that the same string can lead to, as far as they stay in a loop.
+/// The pairs of states that the same string can lead to, limited to pairs within a loop.
 class Language::PairGraph {
  public:
   explicit PairGraph(const Language& language)
@@ -321,7 +321,7 @@ class Language::PairGraph {
     return component_[from] == component_[to] && isUseful_[to];
   }
 
-  // Returns whether there are two ways between the same two states.
+  // Returns whether there are two paths between the same two states.
   bool Expand(std::size_t number) {
     const Pair pair = pairs_[number];
     for (const auto& [left, ways] : states_[pair.first].next) {

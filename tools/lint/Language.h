@@ -14,29 +14,29 @@
 
 namespace Kestrel::Lint {
 
-/// The set of strings that an expression matches, as an automaton: a state for each place of a byte
-/// in the expression, entered by the bytes of that place.
+/// The set of strings that an expression matches, as an automaton. Each position in the expression
+/// that matches a byte is a state, which is entered by the bytes that match there.
 class Language {
  public:
-  /// Nothing when the expression is not understood or too large.
+  /// Returns nothing if the expression is not understood or too large.
   static std::optional<Language> Parse(const std::string& expression);
   static std::optional<Language> Build(const ExpressionNode& expression);
-  /// These strings, of which there is at least one.
+  /// Returns the language that consists of these strings; there must be at least one.
   static std::optional<Language> Of(const std::vector<std::string>& strings);
 
   bool IsEmpty() const;
-  /// Whether every string is in the language; false when that takes too long to find out.
+  /// Whether every string is in the language; false if it would take too long to determine that.
   bool IsEverything() const;
-  /// Whether a matcher that goes back to try alternatives may take exponential time: there is a
-  /// loop that matches one string in two ways.
+  /// Whether a backtracking matcher may take exponential time, because a loop matches one string in
+  /// two ways.
   bool IsExponential() const;
-  /// A shortest string that is in both languages.
+  /// Returns a shortest string that is in both languages.
   std::optional<std::string> FindCommon(const Language& other) const;
 
  private:
   struct State {
     ByteSet bytes;
-    std::map<std::size_t, int> next;  // the number of ways to each state, at most 2
+    std::map<std::size_t, int> next;  // the number of transitions to each state, at most 2
     bool isFinal = false;
   };
   class Builder;

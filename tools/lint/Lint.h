@@ -14,7 +14,7 @@ namespace Kestrel::Lint {
 struct LintResult {
   /// In the order of `Finding`.
   std::vector<Finding> findings;
-  /// Messages about what could not be read.
+  /// A message for each file or folder that could not be read.
   std::vector<std::string> unreadable;
 };
 
@@ -24,7 +24,7 @@ struct LintResult {
 LintResult LintFiles(const std::vector<std::string>& paths,
                      const std::set<std::string>& suppressed);
 
-/// 0 for no finding of severity error or warning, 1 for some, 2 if something could not be read.
+/// Returns 0 if there is no error or warning, 1 if there is one, 2 if something could not be read.
 int StatusOf(const LintResult& result);
 
 }  // namespace Kestrel::Lint

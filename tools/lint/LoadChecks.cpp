@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What the loader refuses. The functions of the library read one element each, so every element is
-// examined by itself and all faults are found in one pass.
+// Finds what the loader refuses. Each function of the library reads one element, so every element
+// is examined by itself and one pass finds all faults.
 
 #include <libxml/tree.h>
 
@@ -34,7 +34,7 @@ using OwnedNode = std::unique_ptr<xmlNode, FreeNode>;
 
 const xmlChar* AsXml(const char* text) { return reinterpret_cast<const xmlChar*>(text); }
 
-/// What a function of the library throws; empty when it accepts.
+/// Returns the message that a function of the library throws; empty if it throws nothing.
 std::string TextOf(const std::function<void()>& call) {
   try {
     call();
@@ -54,7 +54,8 @@ const Element& SecondOr(const Element& parent, std::string_view child) {
   return found.size() > 1 ? *found[1] : parent;
 }
 
-/// Reports a child that is there twice but may be there once; returns its node, or null.
+/// Returns the node of a child, or null. Reports a child that occurs twice although only one is
+/// allowed.
 xmlNode* FindOnly(const Element& parent, const char* child, FileReport& report) {
   xmlNode* node = nullptr;
   const std::string text =
@@ -65,7 +66,7 @@ xmlNode* FindOnly(const Element& parent, const char* child, FileReport& report) 
   return node;
 }
 
-/// The same for a child with content. Returns the content.
+/// Like FindOnly, but returns the content of the child.
 std::string GetOnlyContent(const Element& parent, const char* child, FileReport& report) {
   std::string content;
   const std::string text =
@@ -134,12 +135,12 @@ void CheckEntries(const Element& set, const EntrySet& kind, FileReport& report) 
   }
 }
 
-/// A fault of a parameter: what the loader's message contains, and how a copy of the element is
-/// changed so that the loader goes on to the next fault.
+/// A fault of a parameter: what the loader's message contains, and how to change a copy of the
+/// element so that the loader proceeds to the next fault.
 struct ParameterFault {
   const char* text;
   const char* rule;
-  const char* child;  // that the finding is about; null for the parameter itself
+  const char* child;  // the subject of the finding; null for the parameter itself
   const char* advice;
   void (*repair)(xmlNode* copy);
 };
@@ -168,7 +169,7 @@ void RemoveConstraints(xmlNode* copy) { RemoveChildren(copy, "constraint"); }
 
 void RemoveAttribute(xmlNode* copy, const char* name) { xmlUnsetProp(copy, AsXml(name)); }
 
-// A type that the constraint is for, so that the constraint is not reported too.
+// Sets a type that the constraint allows, so that the constraint is not reported too.
 void SetFittingType(xmlNode* copy) {
   const char* type = "string";
   for (xmlNode* child = copy->children; child != nullptr; child = child->next) {
@@ -252,7 +253,7 @@ void CheckParameter(const Element& element, CommandParts& parts, FileReport& rep
   }
 }
 
-/// The innermost element below `element` that the loader cannot build a value of.
+/// Returns the innermost element at or below `element` from which the loader cannot build a value.
 const Element* FindUnbuildable(const Element& element) {
   for (const auto& child : element.children) {
     if (const Element* const found = FindUnbuildable(*child)) {

@@ -105,7 +105,7 @@ class Finder {
     }
   }
 
-  // "$val" alone is a variable of the shell, and "${val}" too.
+  // "$val" alone is a shell variable, and so is "${val}".
   void CheckBare(const std::string& word, std::size_t begin, bool isInBraces, std::size_t end) {
     const bool isClosed = isInBraces && end < text_.size() && text_[end] == '}';
     if (isClosed && IsParameter(word)) {
@@ -208,7 +208,7 @@ class Finder {
       if (outer.kind != Marker::Kind::Conditional) {
         continue;
       }
-      // Values are inserted before the end is looked for.
+      // The loader inserts values before it looks for the end.
       for (const Marker& inner : list_.markers) {
         if (inner.kind == Marker::Kind::Value && inner.begin > outer.begin &&
             inner.end == outer.end) {

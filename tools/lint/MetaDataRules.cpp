@@ -72,7 +72,7 @@ class Finder {
   }
 
   const std::vector<std::string>& parameters_;
-  std::vector<std::string> names_;  // of the entries before
+  std::vector<std::string> names_;  // of the earlier entries
 };
 
 }  // namespace

@@ -18,7 +18,8 @@ struct MetaDataFault {
   std::string advice;
 };
 
-/// The mistakes in entries of a name and a value. `parameters` are those of the command.
+/// Returns the mistakes in meta-data, given as pairs of name and value. `parameters` are those of
+/// the command.
 std::vector<MetaDataFault> FindMetaDataFaults(
     const std::vector<std::pair<std::string, std::string>>& entries,
     const std::vector<std::string>& parameters);

@@ -94,7 +94,7 @@ std::vector<std::string> ListFormatters(const Dispatcher& dispatcher) {
 void LoadQuietly(Dispatcher& dispatcher, const std::string& file) {
   try {
     dispatcher.AddPlugin(Isolation::PathForLoader(file));
-  } catch (...) {  // NOLINT(bugprone-empty-catch): it was examined before
+  } catch (...) {  // NOLINT(bugprone-empty-catch): has been examined already
   }
 }
 
@@ -207,14 +207,14 @@ class CommandExaminer {
     }
   }
 
-  // A command that does not say that it changes nothing never runs here.
+  // Whether the command declares that it changes nothing. No other command runs here.
   bool OnlyReports() const {
     const auto found = command_.GetMetaData().find("changes");
     return found != command_.GetMetaData().end() && found->second == "false";
   }
 
-  // Runs the example in a process of its own, which may take a second: what it waits for may not be
-  // on this machine.
+  // Runs the example in a process of its own, for at most a second: it may wait for something that
+  // this machine does not have.
   void RunApart(const std::string& arguments, const std::shared_ptr<CallSpec::Input>& input) {
     const pid_t id = fork();
     if (id == 0) {
@@ -333,7 +333,7 @@ std::vector<std::string> FindMisspeltEntryPoints(const std::string& file) {
       name += c;
       continue;
     }
-    // Mangled names have a length and the parameters around the name.
+    // A mangled name contains the name between its length and the parameters.
     if (name != kEntryPoint &&
         (Contains(name, kEntryPoint) || !FindNearest(name, {kEntryPoint}).empty())) {
       names.push_back(name);

@@ -18,8 +18,8 @@ namespace Kestrel::Lint {
 
 /// Examines a shared object in this process, which may not survive it.
 ///
-/// `enter` is called with the name of what is examined next, before anything of the shared object
-/// runs for it; `report` with every fault.
+/// Calls `enter` with a description of each step before any code of the shared object runs for it,
+/// and `report` with every fault.
 class ObjectExaminer {
  public:
   using Enter = std::function<void(const std::string& what)>;
@@ -28,8 +28,8 @@ class ObjectExaminer {
   ObjectExaminer(Enter enter, Report report)
       : enter_(std::move(enter)), report_(std::move(report)) {}
 
-  /// Loads the plug-ins `before`, then `file`, and examines what that adds. Returns the tree and
-  /// the formatters that it adds; the faults are reported on the way.
+  /// Loads the plug-ins `before`, then `file`, and examines what `file` adds. Returns the added
+  /// tree and formatters; faults go to `report` as they are found.
   ObjectReport Run(const std::string& file, const std::vector<std::string>& before);
 
  private:
@@ -42,7 +42,7 @@ class ObjectExaminer {
   Report report_;
 };
 
-/// The exported names in a shared object that look like a misspelt entry point.
+/// Returns the exported names in a shared object that look like a misspelt entry point.
 std::vector<std::string> FindMisspeltEntryPoints(const std::string& file);
 
 }  // namespace Kestrel::Lint

@@ -19,7 +19,8 @@ namespace {
 
 constexpr const char* kDigits = "0123456789abcdef";
 
-// Shows control characters, also U+0080 to U+009F, which some terminals interpret as commands.
+// Escapes control characters, including U+0080 to U+009F, which some terminals interpret as
+// commands.
 std::string WithoutControls(const std::string& text) {
   std::string safe;
   for (std::size_t i = 0; i < text.size(); ++i) {

@@ -10,14 +10,14 @@
 
 namespace Kestrel::Lint {
 
-/// `FILE:LINE:COLUMN: SEVERITY: RULE: MESSAGE`, one line for each finding. Control characters are
-/// written as `\xHH`.
+/// Returns a line `FILE:LINE:COLUMN: SEVERITY: RULE: MESSAGE` for each finding. Control characters
+/// are written as `\xHH`.
 std::string WriteText(const std::vector<Finding>& findings);
 
-/// An object with the array `findings`.
+/// Returns a JSON object with the array `findings`.
 std::string WriteJson(const std::vector<Finding>& findings);
 
-/// A log in the format SARIF 2.1.0.
+/// Returns a log in the format SARIF 2.1.0.
 std::string WriteSarif(const std::vector<Finding>& findings);
 
 }  // namespace Kestrel::Lint

@@ -21,7 +21,7 @@ bool IsBlank(const std::string& text) {
   return text.find_first_not_of(" \t\r\n") == std::string::npos;
 }
 
-// The spaces are most likely the reason for whatever else is wrong with the expression.
+// The spaces are probably the cause of any other fault of the expression.
 bool HasSpaceAround(const ParameterSpec& parameter) {
   const auto& constraint = parameter.GetConstraint();
   if (constraint == nullptr || constraint->GetType() != CallSpec::StringRegex) {
@@ -31,7 +31,7 @@ bool HasSpaceAround(const ParameterSpec& parameter) {
   return IsBlank(text.substr(0, 1)) || IsBlank(text.substr(text.size() - 1));
 }
 
-// The element in the constraint; the constraint itself if it is empty.
+// Returns the element inside the constraint, or the constraint itself if it has none.
 const Element& DataOf(const Element& constraint) {
   return constraint.children.empty() ? constraint : *constraint.children[0];
 }

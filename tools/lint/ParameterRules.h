@@ -20,7 +20,8 @@ struct ParameterFault {
   std::string advice;
 };
 
-/// Names that cannot be typed, descriptions, and constraints that nothing or everything passes.
+/// Returns the mistakes in a parameter: names that cannot be typed, bad descriptions, and
+/// constraints that accept nothing or everything.
 std::vector<ParameterFault> FindParameterFaults(const CallSpec::ParameterSpec& parameter);
 
 }  // namespace Kestrel::Lint

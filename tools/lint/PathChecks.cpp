@@ -41,15 +41,15 @@ void ReportPath(const Element& element, const std::string& text, const Host& hos
   }
 }
 
-/// Registers what `add` adds to a plug-in of this file. `element` is not a part of the tree when
-/// the loader refuses it.
+/// Registers what `add` adds to a plug-in of this file. If the loader refuses `element`, it does
+/// not become a part of the tree.
 template <typename Add>
 void Register(const Element& element, Add add, Host& host, FileReport& report) {
   const std::shared_ptr<XmlPlugin> plugin = XmlPlugin::New(report.GetFile());
   try {
     add(*plugin);
   } catch (const KestrelException&) {
-    if (element.name == "namespace") {  // Without it, everything in it would be reported.
+    if (element.name == "namespace") {  // otherwise, everything below it would be reported
       InsertNode(element.Get("path"), Namespace::New(), report.GetFile(), host);
     }
     return;
@@ -80,7 +80,7 @@ void InsertNode(const std::string& path, const std::shared_ptr<AutoCli::Namespac
       parent->RegisterNamespaceNode(node, name);
       host.owners.emplace(path, file);
     }
-  } catch (const KestrelException&) {  // NOLINT(bugprone-empty-catch): reported by its plug-in
+  } catch (const KestrelException&) {  // NOLINT(bugprone-empty-catch): reported for its plug-in
   }
 }
 

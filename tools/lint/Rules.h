@@ -16,7 +16,7 @@ const char* WordOf(Severity severity);
 struct Rule {
   const char* id;
   Severity severity;
-  /// What `--explain` prints: what the rule reports, why that matters and what to do.
+  /// The output of `--explain`: what the rule reports, why it matters and what to do.
   const char* explanation;
 };
 

@@ -14,8 +14,8 @@
 
 namespace Kestrel::Lint {
 
-/// Reads the elements of a document with the place of each. The document must be well-formed, in
-/// UTF-8 and without a document type, which a parser has to check first.
+/// Reads the elements of a document with their places. The document must be well-formed UTF-8
+/// without a document type; a parser has to check that first.
 class Scanner {
  public:
   using PositionOf = std::function<Position(std::size_t)>;

@@ -2,7 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // The child writes one JSON value on each line: {"enter": WHAT} before each step, {"fault": ...},
-// and {"end": ...} as the last. So its parent knows what was being examined when it ends early.
+// and {"end": ...} at the end. So if the child ends early, its parent knows what was being
+// examined.
 
 #include "tools/lint/SharedObject.h"
 
@@ -86,7 +87,7 @@ class Listener {
   ObjectReport& report_;
 };
 
-// The loader ends a process that calls a function which is not there.
+// The loader ends a process that calls an undefined function.
 bool IsExplained(int status, const ObjectReport& report) {
   const auto isSymbol = [](const ObjectFault& fault) { return fault.rule == "object-symbol"; };
   return WIFEXITED(status) && WEXITSTATUS(status) == 127 &&

@@ -26,7 +26,7 @@ struct ObjectReport {
 };
 
 /// Loads a shared object in a child process, after the plug-ins `before`, and examines everything
-/// that it declares. The child is killed when it makes no progress for `patience`.
+/// that it declares. The child is killed if it makes no progress for `patience`.
 ObjectReport ExamineSharedObject(const std::string& file, const std::vector<std::string>& before,
                                  std::chrono::milliseconds patience);
 

@@ -65,7 +65,7 @@ bool IsUnquoted(const RawWord& word) {
   return std::none_of(word.begin(), word.end(), [](const RawByte& byte) { return byte.isQuoted; });
 }
 
-// Whether the bytes between brackets match more than one byte.
+// Whether a bracket expression matches more than one byte.
 bool MatchesSeveral(const RawWord& word, std::size_t begin, std::size_t end) {
   for (std::size_t i = begin; i < end; ++i) {
     if (word[i].byte == '/') {
@@ -95,8 +95,7 @@ bool IsPattern(const RawWord& word) {
   return false;
 }
 
-// Whether the bytes after the first one of a pattern make an option of a name that begins with "-":
-// the names "-" and "--" are none.
+// Whether "-" followed by `rest` is an option; "-" and "--" are not.
 bool MakesOption(const std::string& rest) { return !rest.empty() && rest != "-"; }
 
 // Whether a pattern matches names that begin with "-" and are options.
@@ -205,7 +204,7 @@ class Reader {
 
   void ReadSubshell() {
     if (command_ || Peek(1) == '(' || hasAssignment_) {
-      // A function or arithmetic, or, in most lines, a mistake.
+      // A function definition, arithmetic or, most often, a mistake.
       if (Peek(1) == '(') {
         GiveUp();
       }
@@ -235,7 +234,7 @@ class Reader {
       return;
     }
     if (Peek() == '(') {
-      // Only bash has process substitution, and not in every version when it is sh.
+      // Only bash has process substitution, and some versions do not have it when called as sh.
       GiveUp();
       return;
     }
@@ -268,7 +267,7 @@ class Reader {
         isClosed_ = false;
         openBraces_ += text == "{" ? 1 : text == "}" ? -1 : 0;
         Fail(openBraces_ < 0);
-        isAfterSubshell_ = true;  // nothing is missing before an operator
+        isAfterSubshell_ = true;  // an operator may follow
         return;
       }
     }
@@ -396,7 +395,7 @@ class Reader {
     } else if (next == '{') {
       ReadVariableInBraces(word);
     } else if (next == '\'' && !isQuoted && shell_ == Shell::Bash) {
-      GiveUp();  // a form of quotes
+      GiveUp();  // another form of quotes
     } else if (next != '\0' && (IsNameByte(next) ||
                                 std::string_view("?$#@*!-").find(next) != std::string_view::npos)) {
       ReadVariable(word);

@@ -9,7 +9,7 @@
 
 namespace Kestrel::Lint {
 
-/// The shells that may be /bin/sh, as far as they differ here: bash expands braces.
+/// The shells that /bin/sh may be. Here they differ only in that bash expands braces.
 enum class Shell { Dash, Bash };
 
 /// One argument of a command.
@@ -29,13 +29,14 @@ struct ShellCommand {
   std::vector<ShellWord> words;
 };
 
-/// What a shell makes of a command line before it runs anything.
+/// How a shell reads a command line, before it runs anything.
 struct ShellReading {
-  /// All commands in the order in which they begin, those in command substitutions included.
+  /// All commands in the order in which they begin, including those in command substitutions.
   std::vector<ShellCommand> commands;
-  /// Whether the line contains only what is known here: no here-document, no arithmetic, no `case`.
+  /// Whether the line contains only constructs that the reader supports: no here-document, no
+  /// arithmetic, no `case`.
   bool isUnderstood = true;
-  /// Whether the syntax is right; if not, the shell runs nothing of the line.
+  /// Whether the syntax is correct; if not, the shell runs no part of the line.
   bool isComplete = true;
 };
 

@@ -91,7 +91,7 @@ bool Contains(const Words& words, const std::string& word) {
   return std::find(words.begin(), words.end(), word) != words.end();
 }
 
-// The only child of a constraint that its type reads.
+// Whether `child` is the only child of a constraint that the loader reads for its type.
 bool IsReadBy(const Element& constraint, const std::string& child) {
   const std::string& type = constraint.Get("type");
   const bool isEnum = type == "stringenum" || type == "intenum";
@@ -143,7 +143,7 @@ void CheckText(const Document& document, const Element& element, FileReport& rep
   }
 }
 
-// The loader takes the last piece of text, comments included.
+// The loader uses only the last piece of text, which may be a comment.
 void CheckContent(const Document& document, const Element& element, FileReport& report) {
   if (element.pieces.empty() || report.HasFinding(element)) {
     return;

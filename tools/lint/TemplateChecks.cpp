@@ -90,7 +90,7 @@ class TemplateCheck {
     for (const MarkerFault& fault : list.faults) {
       used_.insert(fault.name);
       if (HasRefused() && std::string_view(fault.rule) == "marker-unknown") {
-        continue;  // It may mean a parameter that the loader refuses.
+        continue;  // it may refer to a parameter that the loader refuses
       }
       AddAt(fault.rule, element, fault.position, fault.what, fault.advice);
       hasFault_ = true;

@@ -24,7 +24,7 @@ namespace {
 
 constexpr std::size_t kMaxEnumerated = 200;
 
-// Complete attempts. "canary" stands for any command.
+// Complete attacks. "canary" stands for any command.
 const std::vector<std::string>& GetAttempts() {
   static const std::vector<std::string> attempts = {"",
                                                     "canary",
@@ -95,7 +95,8 @@ const std::vector<std::string>& GetAttempts() {
   return attempts;
 }
 
-// Ways to cheat a shell, as expressions; the shortest value that also fits the constraint is tried.
+// Kinds of values that mislead a shell, as expressions. For each, the shortest value that also
+// meets the constraint is tried.
 const std::vector<std::string>& GetWays() {
   static const std::vector<std::string> ways = [] {
     std::vector<std::string> list = {"[a-z]*",
@@ -150,7 +151,7 @@ const std::vector<Language>& GetWayLanguages() {
   return languages;
 }
 
-// An integer arrives as it was typed: with space and a sign before it, and with zeros.
+// An integer is passed as it was typed, with leading spaces, signs and zeros.
 void AddIntegers(const ParameterSpec& parameter, std::vector<std::string>& values) {
   std::vector<std::int64_t> numbers = {0, 7, -7};
   if (const auto& constraint = parameter.GetConstraint()) {

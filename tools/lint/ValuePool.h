@@ -10,8 +10,8 @@
 
 namespace Kestrel::Lint {
 
-/// Values that a user may type for a parameter and that do most harm to a shell: for each way to
-/// cheat a shell a shortest value that the constraint accepts.
+/// Returns the most dangerous values that a user may type for a parameter: for each way to mislead
+/// a shell, a shortest value that the constraint accepts.
 std::vector<std::string> MakeHostileValues(const CallSpec::ParameterSpec& parameter);
 
 }  // namespace Kestrel::Lint

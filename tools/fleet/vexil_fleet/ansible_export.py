@@ -101,7 +101,7 @@ def option_of(parameter: Dict[str, Any]) -> Dict[str, Any]:
 def specification(values: Dict[str, Any]) -> Dict[str, Any]:
     options: Dict[str, Any] = {"tool": {"type": "str", "default": "vexil"}}
     for parameter in values["Parameters"]:
-        # Said of each, because Ansible suspects names such as `key`.
+        # Stated for every option, because Ansible suspects names such as `key` to be secrets.
         options[option_name(parameter["Name"])] = {**option_of(parameter),
                                                    "no_log": bool(parameter["Secret"])}
     return options

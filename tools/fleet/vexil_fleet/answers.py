@@ -60,7 +60,7 @@ class Reader:
         self._rows: dict[tuple[int, bytes], Rows] = {}
 
     def read(self, visit: Visit, runs: bool) -> Answer:
-        """`runs` is false if the hosts had only to describe the command."""
+        """`runs` is false if the hosts only had to describe the command."""
         answer = Answer(visit.host, Status.OK, seconds=visit.seconds, size=visit.reply.size)
         self._read_description(visit, answer)
         if answer.status == Status.OK and runs:

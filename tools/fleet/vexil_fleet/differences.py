@@ -72,8 +72,8 @@ def show_difference(difference: Difference) -> str:
 class RowDifferences:
     """How the rows of one result differ from those of another one.
 
-    Rows that are equal on both sides are left out. The others are paired by the first field that
-    has a value of its own in each of them.
+    Rows that are equal on both sides are left out. The others are paired by the first field
+    whose value is different in every row.
     """
 
     def __init__(self, left: Sequence[Dict[str, Any]], right: Sequence[Dict[str, Any]],

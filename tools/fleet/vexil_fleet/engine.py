@@ -108,8 +108,8 @@ class _Collector(EventHandler):  # type: ignore[misc]
 
 
 class Interrupts:
-    """A context in which no interrupt is lost. Python ignores the exception if it is raised in some
-    of its own callbacks, such as those of a fork, so `check` raises it again."""
+    """A context in which no interrupt is lost. Python discards the exception if it is raised in
+    some of its own callbacks, such as those around a fork; `check` then raises it again."""
 
     def __init__(self) -> None:
         self._is_pending = False
@@ -187,7 +187,7 @@ class Engine:
         task.abort(kill=True)
 
     def _new_task(self) -> Task:
-        """A new task: after a run, a task cannot reach gateways a second time."""
+        """Returns a new task, because a task that has run cannot use gateways again."""
         task, settings = task_self(), self._settings
         # Only the collector stores the output of the hosts.
         task.set_default("stdout_msgtree", False)

@@ -54,7 +54,7 @@ class Lines:
         return len(self.counts) == self.rows.count
 
 
-# If more rows than this differ, results are compared only if these are fewer than half of the rows.
+# If more rows than this differ, results are compared only if fewer than half of the rows differ.
 _MAX_FEW = 20
 
 

@@ -66,7 +66,7 @@ def _alone(answer: Answer) -> Group:
 
 
 def _with_common_shape(answers: List[Answer]) -> List[Answer]:
-    """One document has one shape, so hosts with another one have failed."""
+    """A document has one shape, so hosts whose results have another shape count as failed."""
     counts: Dict[Shape, int] = {}
     for answer in answers:
         assert answer.rows is not None

@@ -155,7 +155,7 @@ def host_field(shape: Shape) -> str:
 
 
 def _divide(pieces: Iterable[Piece]) -> Iterator[List[Piece]]:
-    """The same rows in lists of at most _MAX_ROWS, as far as no piece has more."""
+    """The same rows in lists of at most _MAX_ROWS, unless a single piece has more."""
     some: List[Piece] = []
     count = 0
     for name, chunk in pieces:

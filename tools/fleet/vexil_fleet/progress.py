@@ -10,7 +10,7 @@ from .engine import Visits
 
 # Short runs show nothing.
 _QUIET_SECONDS = 1.0
-# The hosts are counted at most so often: it takes milliseconds if there are thousands of them.
+# Seconds between two counts of the hosts: counting thousands of hosts takes milliseconds.
 _MIN_INTERVAL = 0.2
 
 

@@ -10,10 +10,10 @@ the script ends the command.
 
 The lines that the script itself prints begin with a mark that is random in each run:
 
-    MARK begin              everything before, such as a greeting of the login shell, is ignored
-    the description         only if it was asked for
+    MARK begin              anything before it, such as a greeting of the login shell, is ignored
+    the description         only if it was requested
     MARK described STATUS
-    MARK held               the command does not run before it is confirmed or has its secrets
+    MARK held               the command needs a confirmation or its secrets, and does not run yet
     the result
     MARK ended STATUS
 
@@ -86,7 +86,7 @@ _FEED = """case $(command -v printf) in
 class Job:
     """The request to the hosts."""
     path: Sequence[str]
-    words: Sequence[str] = ()  # the whole line, without the values of secrets; none: only describe
+    words: Sequence[str] = ()  # the line without the values of secrets; empty: only describe
     secret_values: Sequence[str] = ()
     is_confirmed: bool = False  # else a command that changes something, or has secrets, is held
     mark: str = field(default_factory=lambda: "vexil-fleet-" + secrets.token_hex(16))

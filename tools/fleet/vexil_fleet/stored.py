@@ -11,7 +11,7 @@ import zlib
 from dataclasses import dataclass
 from typing import Iterator, List
 
-# Lines are compressed as soon as they have so many bytes.
+# Lines are compressed as soon as they have this many bytes.
 _MAX_OPEN = 1 << 16
 _FASTEST = 1
 
@@ -61,7 +61,7 @@ class StoredLines:
 
     @property
     def digest(self) -> bytes:
-        """Is the same for equal bytes."""
+        """A value that is the same for equal bytes."""
         whole = self._hash.copy()
         whole.update(self._open)
         return whole.digest()

@@ -36,12 +36,12 @@ std::shared_ptr<MetaObj::MetaStruct> NewRow(const Item& item) {
   return row;
 }
 
-// A list declares the fields of its elements by one of them, whose values do not matter.
+// An empty list. A sample structure declares the fields of its elements; its values do not matter.
 std::shared_ptr<MetaObj::MetaList> NewList() {
   return MetaObj::MetaList::New(MetaObj::MetaType::Struct, NewRow({}));
 }
 
-// One parameter; all of the command are optional.
+// Makes a parameter. All parameters of the command are optional.
 std::shared_ptr<CallSpec::ParameterSpec> NewParameter(const char* name, const char* shortName,
                                                       CallSpec::ParameterType type,
                                                       const char* description) {

@@ -13,7 +13,7 @@ ln -s "$build" "$folder/build"
 PATH=$folder/bin:$PATH
 cd "$folder"
 
-# The lines of the blocks with commands, as they are in the page and as they are now.
+# The blocks with commands, as the page shows them and as the commands print now.
 # shellcheck disable=SC2016 # the backquotes are those of the page
 sed -n '/^```console$/,/^```$/p' "$readme" | sed '/^```/d' >written
 [ -s written ] || exit 1
