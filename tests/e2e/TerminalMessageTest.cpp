@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Messages that quote input must not control a terminal. Anything else gets the bytes themselves.
+// Messages that quote input must not control a terminal. Files and pipes receive the bytes
+// unchanged.
 
 #include <gmock/gmock.h>
 

@@ -24,7 +24,7 @@ std::optional<std::string> WhyNoThrowAwayRoot();
 ///
 /// It contains the tool, the library and an empty default folder for plug-ins where this build has
 /// them; shared objects in /samples; /usr of this machine, which is read-only; /dev, /proc and
-/// /tmp. What is not of this machine belongs to root.
+/// /tmp. Everything that does not come from this machine belongs to root.
 class ThrowAwayRoot {
  public:
   /// `prepare` is called as root, in the new root, before the tool starts.

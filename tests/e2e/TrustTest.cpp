@@ -84,7 +84,8 @@ class TrustTest : public ::testing::Test {
   }
 };
 
-// The processes that start the tool, which belongs to root or to `kToolOwner`.
+// How the tool is started: the users of the process, and the owner of the tool (root or
+// `kToolOwner`).
 struct Start {
   uid_t real = 0;
   uid_t effective = 0;
@@ -167,16 +168,16 @@ void LinkFolder(const std::string&) {
 const TrustCase kCases[] = {
     // The file.
     {"AFileOfRoot", kRoot, Keep, None},
-    {"AFileThatOnlyRootReads", kRoot, SetFileMode<0600>, None},
-    {"AFileThatNobodyWrites", kRoot, SetFileMode<0444>, None},
+    {"AFileThatOnlyRootMayRead", kRoot, SetFileMode<0600>, None},
+    {"AFileThatNoOneMayWrite", kRoot, SetFileMode<0444>, None},
     {"ASetUserIdFile", kRoot, SetFileMode<04755>, None},
-    {"AFileThatItsGroupWrites", kRoot, SetFileMode<0664>, FileOfGroup},
-    {"AFileThatItsGroupOnlyWrites", kRoot, SetFileMode<0620>, FileOfGroup},
-    {"AFileThatOthersWrite", kRoot, SetFileMode<0646>, FileOfEveryone},
-    {"AFileThatAllWrite", kRoot, SetFileMode<0666>, FileOfEveryone},
-    {"AStickyFileThatAllWrite", kRoot, SetFileMode<01666>, FileOfEveryone},
+    {"AFileThatItsGroupMayWrite", kRoot, SetFileMode<0664>, FileOfGroup},
+    {"AFileThatItsGroupMayOnlyWrite", kRoot, SetFileMode<0620>, FileOfGroup},
+    {"AFileThatOthersMayWrite", kRoot, SetFileMode<0646>, FileOfEveryone},
+    {"AFileThatEveryoneMayWrite", kRoot, SetFileMode<0666>, FileOfEveryone},
+    {"AStickyFileThatEveryoneMayWrite", kRoot, SetFileMode<01666>, FileOfEveryone},
     {"AFileOfAnotherUser", kRoot, OwnFile<kStranger>, FileOfStranger},
-    {"AFileOfAnotherUserThatNobodyWrites", kRoot,
+    {"AFileOfAnotherUserThatNoOneMayWrite", kRoot,
      [](const std::string& file) {
        Own(file, kStranger);
        SetMode(file, 0444);
@@ -186,19 +187,19 @@ const TrustCase kCases[] = {
     {"AFileOfTheToolsOwner", kRootWithToolOfAnother, OwnFile<kToolOwner>, None},
     {"AFileOfRootForAToolOfAnother", kRootWithToolOfAnother, Keep, None},
     {"AFileOfAThirdUser", kRootWithToolOfAnother, OwnFile<kStranger>, FileOfStranger},
-    {"AFileOfTheToolsOwnerThatItsGroupWrites", kRootWithToolOfAnother,
+    {"AFileOfTheToolsOwnerThatItsGroupMayWrite", kRootWithToolOfAnother,
      [](const std::string& file) {
        Own(file, kToolOwner);
        SetMode(file, 0664);
      },
      FileOfGroup},
     // The folder.
-    {"AFolderThatItsGroupWrites", kRoot, SetFolderMode<0775>, FolderOfGroup},
-    {"AFolderThatOthersWrite", kRoot, SetFolderMode<0757>, FolderOfEveryone},
-    {"AFolderThatAllWrite", kRoot, SetFolderMode<0777>, FolderOfEveryone},
-    {"AFolderThatOnlyRootEnters", kRoot, SetFolderMode<0700>, None},
-    {"AStickyFolderThatAllWrite", kRoot, SetFolderMode<01777>, None},
-    {"AStickyFolderThatItsGroupWrites", kRoot, SetFolderMode<01775>, None},
+    {"AFolderThatItsGroupMayWrite", kRoot, SetFolderMode<0775>, FolderOfGroup},
+    {"AFolderThatOthersMayWrite", kRoot, SetFolderMode<0757>, FolderOfEveryone},
+    {"AFolderThatEveryoneMayWrite", kRoot, SetFolderMode<0777>, FolderOfEveryone},
+    {"AFolderThatOnlyRootMayEnter", kRoot, SetFolderMode<0700>, None},
+    {"AStickyFolderThatEveryoneMayWrite", kRoot, SetFolderMode<01777>, None},
+    {"AStickyFolderThatItsGroupMayWrite", kRoot, SetFolderMode<01775>, None},
     {"AStickyFolderWithAFileOfAnother", kRoot,
      [](const std::string& file) {
        SetMode(kFolder, 01777);
@@ -221,12 +222,12 @@ const TrustCase kCases[] = {
      },
      None},
     // The folders above it.
-    {"ARootFolderThatAllWrite", kRoot, [](const std::string&) { SetMode("/", 0777); },
+    {"ARootFolderThatEveryoneMayWrite", kRoot, [](const std::string&) { SetMode("/", 0777); },
      [](const std::string&) { return Everyone("/"); }},
     {"AStickyRootFolder", kRoot, [](const std::string&) { SetMode("/", 01777); }, None},
     {"ARootFolderOfAnother", kRoot, [](const std::string&) { Own("/", kStranger); },
      [](const std::string&) { return Belongs("/", kStranger); }},
-    {"AFolderInOneThatItsGroupWrites", kRoot, [](const std::string&) { SetMode(kAbove, 0775); },
+    {"AFolderInOneThatItsGroupMayWrite", kRoot, [](const std::string&) { SetMode(kAbove, 0775); },
      [](const std::string&) { return Group(kAbove); }},
     {"AFolderInOneOfAnother", kRoot, [](const std::string&) { Own(kAbove, kStranger); },
      [](const std::string&) { return Belongs(kAbove, kStranger); }},
@@ -251,7 +252,7 @@ const TrustCase kCases[] = {
        Own("/other/file", kStranger);
      },
      [](const std::string&) { return Belongs("/other/file", kStranger); }},
-    {"ALinkIntoAFolderThatItsGroupWrites", kRoot, LinkInto<0775>, OtherOfGroup},
+    {"ALinkIntoAFolderThatItsGroupMayWrite", kRoot, LinkInto<0775>, OtherOfGroup},
     {"ALinkIntoAFolderOfAnother", kRoot,
      [](const std::string& file) {
        LinkInto<0755>(file);
@@ -282,7 +283,7 @@ const TrustCase kCases[] = {
      },
      None},
     {"ALinkToTheFolder", kRoot, LinkFolder<0755>, None},
-    {"ALinkToTheFolderBelowOneThatItsGroupWrites", kRoot, LinkFolder<0775>, OtherOfGroup},
+    {"ALinkToTheFolderBelowOneThatItsGroupMayWrite", kRoot, LinkFolder<0775>, OtherOfGroup},
     // Other rights.
     {"AnythingForAUser", kUser,
      [](const std::string& file) {
@@ -293,8 +294,8 @@ const TrustCase kCases[] = {
      None},
     {"AFileOfRootForASetUserIdTool", kSetRoot, Keep, None},
     {"AFileOfTheCallerForASetUserIdTool", kSetRoot, OwnFile<kCaller>, FileOfCaller},
-    {"AFileThatAllWriteForASetUserIdTool", kSetRoot, SetFileMode<0666>, FileOfEveryone},
-    {"AFolderThatItsGroupWritesForASetUserIdTool", kSetRoot, SetFolderMode<0775>, FolderOfGroup},
+    {"AFileThatEveryoneMayWriteForASetUserIdTool", kSetRoot, SetFileMode<0666>, FileOfEveryone},
+    {"AFolderThatItsGroupMayWriteForASetUserIdTool", kSetRoot, SetFolderMode<0775>, FolderOfGroup},
     {"ASetUserIdToolThatRootCalls", kSetRootByRoot, OwnFile<kStranger>, FileOfStranger},
     {"AFileOfTheUserThatIsSet", kSetToolOwner, OwnFile<kToolOwner>, None},
     {"AFileOfRootForTheUserThatIsSet", kSetToolOwner, Keep, None},
@@ -456,7 +457,7 @@ TEST_F(TrustTest, AnotherToolKeepsTheEnvironment) {
   }
 }
 
-TEST_F(TrustTest, WithoutProcNothingIsLoadedThatMustBeChecked) {
+TEST_F(TrustTest, WithoutProcNoFileThatMustBeCheckedIsLoaded) {
   if (kIsSanitized) {
     GTEST_SKIP() << "the sanitizer needs /proc";
   }
@@ -498,8 +499,8 @@ TEST_F(TrustTest, WithoutProcTheOwnerOfTheToolIsNotKnown) {
   EXPECT_THAT(result.err, StartsWith(Skipped(file, Belongs(file, kToolOwner))));
 }
 
-// Files that are trusted and cannot be loaded are reported in the words of the loader and of
-// libxml2, as for a user.
+// If a trusted file cannot be loaded, root sees the same message of the loader or of libxml2 as a
+// user.
 
 struct BrokenFile {
   const char* name;

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Lets memory run out at each allocation of a run of the tool.
+"""Makes memory run out at each allocation of a run of the tool.
 
 Each command line runs once to count its allocations. It then runs once for each of them, in which
 that allocation fails, alone or together with all later ones. The tool must print the same as

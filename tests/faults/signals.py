@@ -5,9 +5,9 @@
 
 The tool runs on a terminal. Afterwards it must have ended by the signal, or as usual with the whole
 output if the signal came too late. The terminal must echo, and no process may be left: SIGINT and
-SIGTERM end the child, which would run for long; after another signal the child, which is short, ends
-by itself. A shell that is about to start a program may miss SIGINT, as it may miss the interrupt key
-of a terminal; then a second SIGINT must end everything.
+SIGTERM end the child, which would run for a long time; after another signal the child, which is
+short, ends by itself. A shell that is about to start a program may miss SIGINT, as it may miss the
+interrupt key of a terminal; then a second SIGINT must end everything.
 
 The full form sends each of the ten signals at 1,000 moments, the quick form at 12.
 """

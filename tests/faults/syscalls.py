@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Lets system calls of the tool fail.
+"""Makes system calls of the tool fail.
 
 Each command line runs once under strace to list its calls. It then runs again and again, each time
 with one fault that strace injects into the tool, but not into its child processes:
@@ -77,8 +77,8 @@ def list_calls(campaign, line):
 
 
 def can_fail(kind, arguments, is_before_main):
-    """The dynamic loader does not check its first mmap. That the modes of a terminal cannot be read
-    or set is ignored by design: standard input need not be a terminal."""
+    """The dynamic loader does not check its first mmap. Failures to read or set the modes of a
+    terminal are ignored by design: standard input need not be a terminal."""
     return not (kind == "mmap" and is_before_main) and \
         not (kind == "ioctl" and re.match(r"0, .*\b(TCGETS|TCSETS)\b", arguments))
 

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Checks the schemas: what they accept and refuse, their catalog, and that they are those of their
-grammars.
+"""Checks the schemas: what they accept and refuse, their catalog, and that they are generated from
+the current grammars.
 
     check_schemas.py valid|refused|places|catalog|made --stage DIR [--rewrite]
 
@@ -85,7 +85,7 @@ class Checker:
         return {path for path in paths if f"\n{path} validates\n" in "\n" + printed}
 
     def expect_valid(self, name, paths):
-        """Both forms of a schema accept all of the files, of which there are some."""
+        """Both forms of a schema accept all of the files; there is at least one."""
         self.checked += len(paths)
         if not paths:
             self.fail(f"there are no documents for {name}")
@@ -123,8 +123,8 @@ class Checker:
 
     def check_golden_outputs(self):
         documents = self.golden_outputs()
-        # Values whose kind is a lie have an error message instead, and some strings and stylesheets
-        # contain what no document can.
+        # Values that claim a wrong kind are printed as error messages, and some strings and
+        # stylesheets contain characters that no document can contain.
         lies = {name for name in documents if name.startswith("results-lies")}
         broken = {name for name, path in documents.items() if name not in lies and not is_xml(path)}
         self.compare("not-well-formed.txt", sorted(broken))

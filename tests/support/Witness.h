@@ -8,8 +8,8 @@
 
 namespace Kestrel::Testing {
 
-/// Standard output of a shell command in the C locale. Fails the test when the command fails or is
-/// not there.
+/// Standard output of a shell command in the C locale. Fails the test if the command fails or does
+/// not exist.
 std::string Witness(const std::string& command);
 
 /// The lines of the output, without an empty last one.

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// XmlLimitsTest reads whole documents. These tests are about the counts themselves, because a wrong
-// one only takes time in most documents.
+// XmlLimitsTest reads whole documents. These tests check the counts themselves, because in most
+// documents a wrong count only costs time.
 
 #include <gtest/gtest.h>
 #include <libxml/parser.h>

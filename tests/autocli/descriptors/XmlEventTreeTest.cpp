@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A tree made from events must be the same as the one that `xmlReadMemory` makes, to everything
-// that the library reads of a tree. There is none for a document that the parser says something
-// about.
+// A tree made from events must equal the one that `xmlReadMemory` makes in everything that the
+// library reads from a tree. If the parser reports anything about a document, no tree is made from
+// its events.
 
 #include "autocli/descriptors/XmlEventTree.h"
 

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Small documents that would take minutes or gigabytes to read are refused, and all documents
-// within the limits are read as before.
+// Small documents that would take minutes or gigabytes to read are refused; all documents within
+// the limits are read.
 
 #include <gtest/gtest.h>
 #include <libxml/parser.h>

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The folder of temporary files is assumed to be trusted: it and those above it belong to root and
-// are sticky if all may write them. As root, this program and its files must belong to root; as a
-// user, to that user.
+// The folder of temporary files is assumed to be trusted: it and the folders above it belong to
+// root, and are sticky if everyone may write to them. As root, this program and its files must
+// belong to root; as a user, to that user.
 
 #include "autocli/plugins/CheckedFile.h"
 

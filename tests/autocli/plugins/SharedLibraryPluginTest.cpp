@@ -315,7 +315,7 @@ TEST(SharedLibraryPluginTest, SymbolsAreBoundLazilyAndVisibleToLaterPlugins) {
 
 constexpr uid_t kOtherUser = 4711;
 
-/// The process has another real than effective user, so that every plug-in is checked.
+/// The real user of the process differs from the effective one, so every plug-in is checked.
 class ForeignRightsTest : public ::testing::Test {
  protected:
   void SetUp() override {

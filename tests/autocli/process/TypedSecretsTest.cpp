@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// After a command that asked for a secret, no copy of it is left in memory.
+// No copy of a secret is left in memory after the command that prompted for it.
 
 #include "autocli/process/TypedSecrets.h"
 

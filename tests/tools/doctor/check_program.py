@@ -71,7 +71,8 @@ class Checker:
         self.failures = 0
 
     def run(self, *arguments, env=None, cwd=None):
-        # In a build with sanitizers, a crash must still be one, and the end of a child no leak.
+        # In a build with sanitizers, a crash must still be a signal, and the end of a child must
+        # not count as a leak.
         sanitizer = os.environ.get("ASAN_OPTIONS", "") + ":handle_segv=0:detect_leaks=0"
         return subprocess.run([self.program, *arguments], stdout=subprocess.PIPE,
                               stderr=subprocess.PIPE, text=True, timeout=100, check=False, cwd=cwd,
@@ -143,7 +144,7 @@ class Checker:
                     "the duplicate path")
 
     def expect_gone(self, processes):
-        """The two processes that a plug-in has written to a file do not exist any more."""
+        """The two processes whose numbers a plug-in has written to a file no longer exist."""
         with open(processes, encoding="utf-8") as file:
             numbers = file.read().split()
         self.expect(len(numbers) == 2, f"two processes: {numbers}")

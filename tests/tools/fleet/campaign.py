@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Long runs of vexil-fleet with many ssh servers, and how it compares with clush.
+"""Runs vexil-fleet for a long time with many ssh servers, and compares it with clush.
 
     campaign.py --tree BUILD [OPTION...] [PART...]
 
@@ -52,7 +52,7 @@ class Done(NamedTuple):
     memory: int
 
 
-# The memory of a process counts from its start as a copy of the one that starts it. So a small
+# The peak memory of a process includes the time when it is still a copy of its parent. So a small
 # process starts the command.
 _MEASURE = """
 import json, os, subprocess, sys, time
@@ -167,7 +167,7 @@ class Campaign:
         FleetCase.set_volumes(host, volumes)
 
     def clush(self) -> None:
-        """In turns, because other work on the machine changes with the time."""
+        """Runs both in turns, because the load of the machine varies."""
         count = min(_COMPARED, self.options.hosts)
         own = self.fleet_command(count, "--formatter=ndjson", "volume", "list")
         other = self.clush_command(count, "vexil --formatter ndjson volume list")
@@ -185,7 +185,7 @@ class Campaign:
                 self.check(ratio <= _MAX_RATIO, f"clush: {ratio:.2f} times its time")
 
     def connection(self) -> None:
-        """The slope between few and many hosts: the start of the program is in both."""
+        """The cost per host: the difference of two runs, so that the start does not count."""
         few, many = min(8, self.options.hosts // 2), self.options.hosts
         words = ("--formatter=ndjson", "volume", "list")
         costs = []
@@ -233,7 +233,7 @@ def scale(check: Callable[[bool, str], None], program: Path, count: int) -> None
 
 
 def merge(check: Callable[[bool, str], None]) -> None:
-    """The time of everything after the results have arrived, but for the printing."""
+    """The time of everything between the arrival of the results and the printing."""
     import samples  # pylint: disable=import-outside-toplevel
     from vexil_fleet.answers import Answer, Status  # pylint: disable=import-outside-toplevel
     from vexil_fleet.merge import Reference, group_by_value  # pylint: disable=C0415

@@ -85,7 +85,7 @@ class SimulatedHosts:
         return path
 
     def run(self, hosts: int, fanout: int, gateways: Optional[int] = None) -> Taken:
-        """Runs a command on so many hosts, through gateways if their number is given."""
+        """Runs a command on this many hosts, through gateways if their number is given."""
         report = self._folder / "report"
         command: List[Any] = [self._program, "-w", f"web[1-{hosts}]", "-f", str(fanout), "--merge",
                               "--report", report, "--formatter=ndjson"]

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""How rows are given to the local tool."""
+"""How rows are passed to the local tool."""
 
 import unittest
 from typing import Iterable, List, Tuple

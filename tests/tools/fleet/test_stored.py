@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Lines that are stored compressed."""
+"""Lines that are stored in compressed form."""
 
 import random
 import tracemalloc

@@ -60,8 +60,8 @@ TEST(LanguageTest, ReportsExpressionsOnWhichTheLibraryGivesUp) {
   const auto constraint = CallSpec::ParameterConstraint::New(CallSpec::StringRegex);
   constraint->SetStringRegex("(a+)+");
   ASSERT_TRUE(constraint->Validate(std::string(10, 'a'), "x", CallSpec::Output::New()));
-  // With a byte that does not match at its end the value is refused in any case, with one that does
-  // in front of it only if the library gives up.
+  // A value with a wrong last byte is refused in any case. A value with a matching byte before that
+  // is refused only if the library gives up.
   constraint->SetStringRegex("((a+)+x)?a*x?y|a+z");
   EXPECT_FALSE(constraint->Validate(std::string(60, 'a') + "z", "x", CallSpec::Output::New()));
   EXPECT_TRUE(Parse("((a+)+x)?a*x?y|a+z").IsExponential());

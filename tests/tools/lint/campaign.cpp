@@ -61,7 +61,7 @@ struct Observation {
   std::vector<std::string> all;
 };
 
-/// Runs command lines in a folder that is empty but for what a line itself creates.
+/// Runs command lines in a folder that contains only what the line itself creates.
 class Laboratory {
  public:
   explicit Laboratory(const std::string& wordsProgram) {
@@ -127,8 +127,8 @@ class Laboratory {
   Observation Read() const {
     Observation seen;
     const std::string errors = scratch_.Read("errors");
-    // A shell looks for a command of another name, finds that the name is empty, or has it built
-    // in.
+    // The shell searches for a command of another name, finds the name empty, or has a built-in
+    // command of that name.
     seen.runsCommand = errors.find("not found") != std::string::npos ||
                        errors.find("Permission denied") != std::string::npos ||
                        errors.find("[: missing") != std::string::npos;
@@ -158,7 +158,7 @@ class Laboratory {
     }
   }
 
-  // A pattern that matches nothing is left as it is: files that match are created for it.
+  // The shell leaves a pattern unchanged if nothing matches, so matching files are created.
   bool CreateMatches(const std::vector<std::string>& words) {
     bool isCreated = false;
     for (const std::string& word : words) {

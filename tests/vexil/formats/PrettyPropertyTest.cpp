@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What holds for everything that the format pretty prints: random results, random widths.
+// Properties of everything that the format pretty prints, tested with random results and widths.
 
 #include <wchar.h>
 
@@ -40,7 +40,7 @@ bool ActsOnText(char32_t code) {
          code == 0x200f || (code >= 0x2028 && code <= 0x202e) || (code >= 0x2066 && code <= 0x2069);
 }
 
-/// The columns of a character, each for itself. The system may not know the newest ones.
+/// The columns of each character by itself. The system may not know the newest characters.
 std::size_t ColumnsOf(char32_t code) {
   const int columns = wcwidth(static_cast<wchar_t>(code));
   return columns >= 0 ? static_cast<std::size_t>(columns)

@@ -21,8 +21,7 @@ std::string Netstring(const std::string& text);
 ///   x<kind>,<netstring>      a value whose class does not match its kind, and its text
 ///   r<netstring><count>,     a structure: its type name, then the name and value of each field
 ///   l<kind>,<count>,         a list of scalars: its elements
-///   t<shape><count>,         a list of structures: its shape, then its elements. The shape is n,
-///   or
+///   t<shape><count>,         a list of structures: its shape, then its elements. The shape is n or
 ///                            the declared structure as in r, but without the values of its fields
 std::string EncodeValue(const MetaObj::MetaObject* value);
 

@@ -22,7 +22,7 @@ int readsUntilFailure = -1;
 
 }  // namespace
 
-// Replaces the function of the C library to let a read fail in the middle of a file.
+// Replaces the function of the C library to make a read fail in the middle of a file.
 extern "C" ssize_t read(int file, void* buffer, size_t size) {
   if (readsUntilFailure == 0) {
     errno = EIO;

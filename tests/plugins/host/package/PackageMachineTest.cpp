@@ -37,8 +37,8 @@ constexpr char kStatus[] =
     "Package: broken\nStatus: install reinstreq half-installed\nArchitecture: amd64\n"
     "Version: 3\n\n";
 
-// Prints an answer like apt's for each name: version 2 of "foreign" is available, and nothing newer
-// of the others.
+// Prints an answer like apt's for each name: version 2 of "foreign" is available, but no newer
+// version of any other package.
 constexpr char kAptCache[] =
     "#!/bin/sh\n"
     "[ \"$1 $2\" = 'policy --' ] || exit 9\n"

@@ -25,7 +25,7 @@ class MadeUpSystemd {
   void Answer(const std::string& word, const std::string& output, int status = 0,
               const std::string& errorOutput = "") const;
 
-  /// Lets the call for a word fail with this message.
+  /// Makes the call for a word fail with this message.
   void Fail(const std::string& word, const std::string& words, int status = 1) const {
     Answer(word, "", status, words + "\n");
   }
@@ -33,7 +33,7 @@ class MadeUpSystemd {
   /// Sets shell commands to run after printing the output for a word.
   void Do(const std::string& word, const std::string& script) const;
 
-  /// Lets a call for `word` set a new output for "show", as if the unit changed its state.
+  /// Makes a call for `word` set a new output for "show", as if the unit changed its state.
   void AnswerAfter(const std::string& word, const std::string& output) const;
 
   /// Removes one of the programs.

@@ -8,7 +8,7 @@
 
 namespace Kestrel::Testing {
 
-/// During its lifetime, records which files and folders the plug-in opens, and can let one of the
+/// During its lifetime, records which files and folders the plug-in opens, and can make one of the
 /// calls fail. Only one may exist at a time. It does not see files that the C library itself opens.
 class FileWatch {
  public:

@@ -5,7 +5,7 @@
 
 namespace Kestrel::Testing {
 
-/// Lets a system call (SYS_...) fail in this process with an error, or do nothing if the error is
+/// Makes a system call (SYS_...) fail in this process with an error, or do nothing if the error is
 /// 0. Only calls with that first argument are affected, or all if it is negative. This cannot be
 /// undone, so it must be used only in the child processes of RunInNamespaces.
 void Forbid(long call, long argument, unsigned error);

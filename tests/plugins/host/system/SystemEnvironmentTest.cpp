@@ -13,7 +13,7 @@
 #include "support/Sanitizer.h"
 #include "support/Witness.h"
 
-// The commands in the namespace "system" in the real tool, in environments other than a shell of
+// The commands in the namespace "system" in the real tool, in other environments than a shell of
 // root: in every format, without environment variables, with few files, as an ordinary user, and
 // with a /proc that hides processes.
 namespace Kestrel::Testing {

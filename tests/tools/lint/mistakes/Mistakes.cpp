@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What authors of shared objects get wrong: a function for each mistake, which a shared object of
-// its own calls in its entry point.
+// Mistakes of authors of shared objects. There is a function for each mistake, and a shared object
+// whose entry point calls it.
 
 #include <kestrel/kestrel.h>
 #include <unistd.h>
