@@ -24,7 +24,7 @@ struct Record {
 /// Returns `count` rows, the same in each run.
 std::vector<Record> MakeRecords(std::size_t count);
 
-/// Converts the rows, of which there must be at least one, to a list of structures.
+/// Converts the rows to a list of structures. There must be at least one row.
 std::shared_ptr<MetaObj::MetaList> MakeList(const std::vector<Record>& records);
 
 }  // namespace Kestrel::Benchmarks

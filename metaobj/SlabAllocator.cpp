@@ -74,7 +74,7 @@ void RequireInUse(void*) {}
 #endif
 
 // The memory of a thread. It has neither constructor nor destructor, so it works during the whole
-// life of the thread, also in destructors of other thread-local objects.
+// life of the thread, even in destructors of other thread-local objects.
 struct ThreadBlocks {
   FreeBlock* freed[kClasses];  // by class
   char* next;                  // what is left of the newest chunk

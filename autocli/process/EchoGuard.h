@@ -9,11 +9,11 @@ namespace Kestrel::AutoCli {
 
 /// Turns off echo on the terminal on descriptor 0 as long as the guard exists.
 ///
-/// The earlier modes are restored by the destructor, and also before a signal ends the process or
-/// SIGTSTP stops it; the signal then acts as it would without the guard. That is true for all
-/// signals but SIGKILL and SIGSTOP, which cannot be caught. When a stopped process continues, echo
-/// is turned off again and the prompt is written again. If descriptor 0 is not a terminal, the
-/// guard does nothing. There must not be two guards at a time.
+/// The destructor restores the earlier modes. They are also restored before a signal ends the
+/// process or SIGTSTP stops it; the signal then acts as it would without the guard. That is true
+/// for all signals but SIGKILL and SIGSTOP, which cannot be caught. When a stopped process
+/// continues, echo is turned off again and the prompt is written again. If descriptor 0 is not a
+/// terminal, the guard does nothing. There must not be two guards at a time.
 class EchoGuard {
  public:
   /// Turns echo off. `prompt` is written only when the process continues after a stop.

@@ -16,7 +16,7 @@ constexpr std::size_t kMaxErrorText = 255;
 
 std::string SystemErrorText(int error) {
   char buffer[kMaxErrorText + 1] = "";
-  // Known errors have messages of any length outside the buffer.
+  // The result does not use the buffer for a known error, whose message may be longer.
   return std::string(strerror_r(error, buffer, sizeof buffer)).substr(0, kMaxErrorText);
 }
 

@@ -52,7 +52,7 @@ class ThrowAwayRoot {
   bool hasProc_ = true;
 };
 
-// What a preparation does. Each ends the run when it fails.
+// Functions for a preparation. Each ends the run if it fails.
 
 void Own(const std::string& path, uid_t user, gid_t group = 0);  // of a link, not of its target
 void SetMode(const std::string& path, mode_t mode);

@@ -234,7 +234,7 @@ class Checker:
         self.check_other_validator()
 
     def check_other_validator(self):
-        """Another validator than xmllint accepts the XML schemas and documents."""
+        """A validator other than xmllint accepts the XML schemas and documents."""
         tool = os.path.join(self.stage, "bin/vexil")
         documents = {
             "descriptor": os.path.join(ROOT, "tests/data/lint/disks.xml"),

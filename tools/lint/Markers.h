@@ -20,7 +20,7 @@ struct Marker {
   std::size_t end = 0;  // the byte after the marker
 };
 
-/// What is wrong with the form of a marker.
+/// A fault in the form of a marker.
 struct MarkerFault {
   const char* rule;
   std::size_t position;

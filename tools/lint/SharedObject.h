@@ -11,7 +11,7 @@
 
 namespace Kestrel::Lint {
 
-/// What is wrong with a shared object.
+/// A fault of a shared object.
 struct ObjectFault {
   std::string rule;
   std::string what;

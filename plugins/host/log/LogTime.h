@@ -21,9 +21,9 @@ std::int64_t BootMicroseconds();
 
 /// Recognizes the times that programs write at the start of a line:
 /// - both styles of syslog, with or without a priority before them,
-/// - ISO 8601 and similar forms, also in brackets, after a label such as `time=`, or after the
-///   word for a level,
-/// - the common log format, also further inside the line,
+/// - ISO 8601 and similar forms, including those in brackets, after a label such as `time=`, or
+///   after the word for a level,
+/// - the common log format, even further inside the line,
 /// - the output of date(1),
 /// - seconds since the start of the machine.
 ///

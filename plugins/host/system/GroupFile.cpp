@@ -40,7 +40,7 @@ std::optional<GroupLine> ParseLine(std::string_view line) {
   return isNumber ? std::make_optional(group) : std::nullopt;
 }
 
-// Returns what follows "group:" in the only line that begins so.
+// Returns what follows "group:" in the only line that begins with it.
 std::optional<std::string_view> FindSources(std::string_view text) {
   std::optional<std::string_view> found;
   for (const std::string_view line : SplitLines(text)) {
@@ -57,7 +57,7 @@ std::optional<std::string_view> FindSources(std::string_view text) {
   return found;
 }
 
-// Whether an action, such as "[NOTFOUND=return]", leaves the first answer as it is.
+// Whether an action, such as "[NOTFOUND=return]", leaves the first answer unchanged.
 bool KeepsAnswer(std::string_view action) {
   const std::string word = LowerCase(action);
   return word == "[success=merge]" || word == "[success=return]" || word == "[notfound=return]";

@@ -161,8 +161,8 @@ TEST(XmlLimitsTest, TheNamespacesInScopeCountAsAttributes) {
             Refusal(kTooManyAttributes));
 }
 
-// Ways to declare that the references in a document stand for `size` bytes, of which a reference
-// stands for one tenth.
+// Ways to declare that the references in a document stand for `size` bytes in total. A single
+// reference stands for a tenth of that.
 
 struct ExpansionCase {
   const char* name;

@@ -146,7 +146,8 @@ class CliDispatcherTest : public ::testing::Test {
     dispatcher.RegisterPlugin(std::make_shared<ShowingPlugin>());
     command->SetDefaultOutputFormatter("simple");
     RegisterAt(dispatcher.GetRootNamespace(), {"try", "say"}, command);
-    // The width is the process's: what an earlier test set would show here.
+    // The width belongs to the process, so the width that an earlier test has set would have an
+    // effect.
     Apply({"--screen-width=0"});
   }
 

@@ -59,7 +59,7 @@ class Taken(NamedTuple):
 
 
 class SimulatedHosts:
-    """A context manager with the programs that stand for ssh and for the hosts."""
+    """A context manager with the programs that replace ssh and the hosts."""
 
     def __init__(self, program: Path) -> None:
         self._program = program

@@ -309,7 +309,7 @@ bool IsAccepted(const ParameterSpec& parameter, const std::string& value) {
   return parameter.Validate({value}, output) && !output->HasError();
 }
 
-/// What the shells show of one value: nothing when the loader refuses it.
+/// The effects of one value in the shells; nothing if the loader refuses the value.
 class Campaign {
  public:
   Campaign(const std::string& wordsProgram, unsigned seed)

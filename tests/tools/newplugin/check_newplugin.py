@@ -159,7 +159,7 @@ class Checker:
 
     def check_package(self, project, kind):
         with open(os.path.join(project, "debian/shlibs.local"), "w", encoding="utf-8") as file:
-            file.write("libkestrel 1 libkestrel1\n")  # it is not from a package here
+            file.write("libkestrel 1 libkestrel1\n")  # the library here is not from a package
         shutil.rmtree(os.path.join(project, "build"))
         self.succeed("dpkg-buildpackage", "--build=binary", "--no-sign", "--no-check-builddeps",
                      cwd=project)

@@ -140,7 +140,7 @@ def returned(values: Dict[str, Any]) -> Dict[str, Any]:
 
 
 def to_yaml(value: Any, indent: int = 0) -> Iterator[str]:
-    """Block style, with each scalar as JSON, which is YAML."""
+    """YAML in block style. Scalars are written as JSON, which is valid YAML."""
     blank = " " * indent
     if isinstance(value, dict) and value:
         for key, inner in value.items():

@@ -127,7 +127,7 @@ class Printer:
         return command
 
     def _parameters(self, shape: Shape, description: Description, host: str) -> Dict[str, str]:
-        """The parameters of the command, with the host as the first field, then the user's."""
+        """The format parameters: the command's, with the host as the first field, and the user's."""
         wanted = self.format
         parameters = {key: value for key, value in description.format_parameters.items()
                       if self._applies(key, description) and _KEY.fullmatch(key) and value}
