@@ -42,7 +42,7 @@ TEST(HelpTest, ThePageIsPrintedWhateverElseIsGiven) {
   EXPECT_EQ(0, result.status);
 }
 
-TEST(HelpTest, NoSecretIsAskedForWhenItIsGivenWithThePage) {
+TEST(HelpTest, AGivenSecretCausesNoPromptBeforeThePage) {
   const VexilResult result = Try({"try", "unlock", "--password", "x", "--pin=y", "--help"}).Run();
   EXPECT_EQ("Usage: vexil try unlock <options>\n", result.out.substr(0, 34));
   EXPECT_EQ(0, result.status);

@@ -74,7 +74,7 @@ std::uint64_t TenthsOf(std::uint64_t bytes, unsigned exponent) {
   return bytes / unit * 10 + (bytes % unit * 10 + unit / 2) / unit;
 }
 
-/// "512 B", "1.5 KiB", as the commands for this host print sizes.
+/// Formats a size as in "512 B" or "1.5 KiB", like the commands of the host plug-in.
 std::string SizeText(long size) {
   constexpr const char* kUnits[] = {" B", " KiB", " MiB", " GiB", " TiB", " PiB", " EiB"};
   const auto number = static_cast<std::uint64_t>(size);

@@ -85,7 +85,7 @@ bool IsOneOf(const std::vector<Value>& values, const Value& value) {
   return std::find(values.begin(), values.end(), value) != values.end();
 }
 
-/// The items that a call is about.
+/// The items that the parameters of a call select.
 class Selection {
  public:
   // The input has been checked against the declared parameters.
