@@ -37,7 +37,7 @@ class KESTREL_API CliDispatcher : public Dispatcher {
 
   /// Handles one parsed command line. Returns whether a command ran without any error message;
   /// false when the children of a namespace were listed. If the line requests the dispatcher's own
-  /// help, also in a stream, ends the process with `exit(1)`. `fromArgv` enables --input.
+  /// help, even in a stream, ends the process with `exit(1)`. `fromArgv` enables --input.
   bool HandleOptions(OptionParser& parser, bool fromArgv);
 
   /// Applies the dispatcher options of `parser`: loads plug-ins, sets the chosen formatter and its

@@ -29,8 +29,8 @@ class KESTREL_API CommandSpec : public CallSpec::CallTargetSpec, public Namespac
 
   /// The command's parameters and the parameter "help" ("h"). The first call requests the
   /// specification from the command and adds "help"; later calls return the same object.
-  /// Throws KestrelException when the command returns null or declares a "help" of its own. In the
-  /// latter case later calls return the specification as the command made it.
+  /// Throws KestrelException when the command returns null or declares a "help" of its own. If it
+  /// declares one, later calls return the specification as the command made it.
   std::shared_ptr<CallSpec::InputSpec> GetInputSpec() override;
 
   /// The command's declared result. The first call requests it from the command; later calls return
@@ -94,8 +94,7 @@ class KESTREL_API CommandSpec : public CallSpec::CallTargetSpec, public Namespac
 
   /// Fills `output`, which must not be null, with this command's help: the root object becomes a
   /// structure "VexilCommandHelp", the type becomes `Help`. If `input` is a CommandInput, the help
-  /// contains its dispatcher name and path; otherwise, also if `input` is null, it contains
-  /// neither.
+  /// contains its dispatcher name and path; otherwise, or if `input` is null, it contains neither.
   void GenerateHelpOutput(const std::shared_ptr<CallSpec::Input>& input,
                           const std::shared_ptr<CallSpec::Output>& output);
 

@@ -57,9 +57,9 @@ class KESTREL_API Dispatcher {
   /// `AddExternalDirectory` does. The default directory is set when the library is built, usually
   /// to "/usr/lib/norvane/vexil".
   ///
-  /// If the effective user is root, skips each file that another user than root or the owner of the
-  /// running program could have written or replaced, and reports the reason. A process with rights
-  /// that its user does not have does so in every directory, and `AddPlugin` throws.
+  /// If the effective user is root, skips each file that a user other than root and the owner of
+  /// the running program could have written or replaced, and reports the reason. A process with
+  /// rights that its user does not have does so in every directory, and `AddPlugin` throws.
   void AddDefaultDirectories();
 
   /// Adds the namespaces, commands and formatters of `plugin`, which must be initialised, and

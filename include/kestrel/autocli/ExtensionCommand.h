@@ -59,7 +59,7 @@ class KESTREL_API ExtensionCommand : public Command {
                        const std::shared_ptr<CallSpec::Output>& output) override;
 
   /// Returns the template of the standard input (`forStdin`) or of the command line with the
-  /// parameters of `input` inserted; a null `input` has none.
+  /// parameters of `input` inserted; a null `input` has no parameters.
   ///
   /// In a command line, values are escaped for the shell unless the form of the marker says
   /// otherwise, and lose their NUL bytes, which a command line cannot contain. Throws

@@ -110,7 +110,7 @@ class KESTREL_API OptionParser {
   /// Reads one line from standard input while the terminal does not echo; returns it without its
   /// line end, or the empty string at the end of the input.
   ///
-  /// The modes of the terminal are restored in all cases, also before a signal ends or stops the
+  /// The modes of the terminal are restored in all cases, even before a signal ends or stops the
   /// process. Input that is not a terminal is read the same way.
   std::string GetSilentString();
 

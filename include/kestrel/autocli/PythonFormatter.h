@@ -21,8 +21,8 @@ namespace Kestrel::AutoCli {
 /// script should use `ast.literal_eval`, never `eval`, or read JSON instead. Field names are not
 /// escaped.
 ///
-/// For a value that is not of the class that its kind announces, the output contains an error
-/// message in its place. Nesting is limited by memory only.
+/// If the class of a value does not match its kind, the output contains an error message in its
+/// place. Nesting is limited by memory only.
 class KESTREL_API PythonFormatter : public Formatter {
  public:
   PythonFormatter();

@@ -21,8 +21,9 @@ namespace Kestrel::AutoCli {
 ///
 /// Parameters:
 /// - "fields:<TypeName>" or "fields" lists the fields to print. Names are not trimmed.
-/// - "header:<TypeName>" is the header of a structure; "<NONE>" omits it. Each occurrence of the
-///   last marker "%<Field>%" in it is replaced by the text of that field; other markers are not.
+/// - "header:<TypeName>" is the header of a structure; "<NONE>" omits it. If the header contains
+///   markers "%<Field>%", the last one and its repetitions are replaced by the text of that field;
+///   other markers stay.
 /// - "align-fields" = "true" pads all field names to the same length.
 ///
 /// For a value that cannot be printed, the output contains an error message in its place. Nesting
@@ -32,8 +33,8 @@ class KESTREL_API SimpleFormatter : public Formatter {
   SimpleFormatter();
   ~SimpleFormatter() override;
 
-  /// Prints the root of `output`, a list at level -1, anything else at level 0. Prints nothing for
-  /// a null root.
+  /// Prints the root of `output`: a list at level -1, and anything else at level 0. Prints nothing
+  /// for a null root.
   void Format(const std::shared_ptr<CallSpec::Output>& output, FormatParameters& params,
               DisplayContext& display, std::ostream& out) override;
 

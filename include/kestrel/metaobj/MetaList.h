@@ -51,8 +51,8 @@ class KESTREL_API MetaList : public MetaObject {
 
   /// @{
   /// Appends `item`.
-  /// Throws KestrelException when `item` is null, has another kind than the elements of the list,
-  /// or is a structure of another shape than the declared one. The list is unchanged then.
+  /// Throws KestrelException when `item` is null, when its kind is not that of the list's elements,
+  /// or when it is a structure whose shape is not the declared one. The list is unchanged then.
   void Add(const std::shared_ptr<MetaObject>& item);
   void Add(const std::shared_ptr<MetaBool>& item);
   void Add(const std::shared_ptr<MetaInt>& item);
