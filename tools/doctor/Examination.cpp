@@ -173,10 +173,7 @@ class Listener {
 
  private:
   // Each of the plug-ins that are loaded before this one has the same time limit.
-  milliseconds TimeLeft() const {
-    return isOwn_ ? std::chrono::duration_cast<milliseconds>(start_ + patience_ - Clock::now())
-                  : patience_;
-  }
+  milliseconds TimeLeft() const { return isOwn_ ? start_ + patience_ - run_.GetTime() : patience_; }
 
   // This plug-in, or one before it, may have written to the pipe.
   void Take(const json& message) {
@@ -193,7 +190,7 @@ class Listener {
       step_ = value.get<std::string>();
     } else if (key == "own") {
       isOwn_ = true;
-      start_ = Clock::now();
+      start_ = run_.GetTime();
     } else if (key == "state") {
       result_.state = std::max(result_.state, value.get<State>());
     } else if (key == "reasons") {
@@ -215,7 +212,7 @@ class Listener {
   IsolatedRun& run_;
   const milliseconds patience_;
   bool isOwn_ = false;
-  Clock::time_point start_;
+  milliseconds start_{0};
   std::string step_ = "starting";
   bool isComplete_ = false;
   bool isDisturbed_ = false;

@@ -15,19 +15,13 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string_view>
-#include <system_error>
-#include <vector>
 
 #include "kestrel/KestrelException.h"
 
 namespace Kestrel::Isolation {
 
 using std::chrono::milliseconds;
-using Clock = std::chrono::steady_clock;
 
 namespace {
 
@@ -86,47 +80,6 @@ void MoveAboveStreams(int& descriptor) {
   _exit(EXIT_SUCCESS);
 }
 
-/// The parent of a process, 0 if there is no such process.
-pid_t ParentOf(const std::string& id) {
-  std::ifstream file("/proc/" + id + "/stat");
-  std::string line;
-  std::getline(file, line);
-  const std::size_t end = line.rfind(')');  // of the name, which may contain anything
-  return end == std::string::npos || line.size() < end + 4 ? 0 : std::atoi(line.c_str() + end + 4);
-}
-
-// Whether a process did not get enough processor time: it is not asleep, and has used less than
-// `patience`.
-bool IsHeldUp(pid_t id, milliseconds patience) {
-  std::ifstream in("/proc/" + std::to_string(id) + "/stat");
-  std::string text;
-  std::getline(in, text);
-  // After the name: the state, ten numbers, and the time in ticks.
-  std::istringstream fields(text.substr(text.rfind(')') + 1));
-  char state = 'S';
-  fields >> state;
-  for (int i = 0; i < 10; ++i) {
-    fields >> text;
-  }
-  long user = 0;
-  long system = 0;
-  fields >> user >> system;
-  const long ticks = sysconf(_SC_CLK_TCK);
-  return (state == 'R' || state == 'D') && (user + system) * 1000 / ticks < patience.count();
-}
-
-std::vector<pid_t> ListChildren() {
-  std::vector<pid_t> children;
-  std::error_code error;
-  for (const auto& entry : std::filesystem::directory_iterator("/proc", error)) {
-    const std::string name = entry.path().filename().string();
-    if (name.find_first_not_of("0123456789") == std::string::npos && ParentOf(name) == getpid()) {
-      children.push_back(std::atoi(name.c_str()));
-    }
-  }
-  return children;
-}
-
 bool HasChildren() {
   pid_t ended = 1;
   while (ended > 0) {
@@ -138,7 +91,7 @@ bool HasChildren() {
 // The children of a process that ends become children of this one.
 void KillChildren() {
   for (int round = 0; round < kMaxRounds && HasChildren(); ++round) {
-    for (const pid_t child : ListChildren()) {
+    for (const pid_t child : ListChildren(getpid())) {
       kill(child, SIGKILL);
     }
     poll(nullptr, 0, kPauseInMilliseconds);
@@ -175,8 +128,8 @@ IsolatedRun::~IsolatedRun() {
   close(input_);
 }
 
-std::optional<std::string> IsolatedRun::ReadLine(milliseconds patience, int extensions) {
-  Clock::time_point deadline = Clock::now() + patience;
+std::optional<std::string> IsolatedRun::ReadLine(milliseconds patience) {
+  FairDeadline deadline(clock_, patience);
   while (true) {
     const std::size_t end = buffer_.find('\n');
     if (end != std::string::npos) {
@@ -184,15 +137,10 @@ std::optional<std::string> IsolatedRun::ReadLine(milliseconds patience, int exte
       buffer_.erase(0, end + 1);
       return line;
     }
-    const auto left = std::chrono::duration_cast<milliseconds>(deadline - Clock::now());
+    const milliseconds left = deadline.GetTimeLeft();
     pollfd source = {input_, POLLIN, 0};
-    const int ready = poll(&source, 1, static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
-    if (ready < 0 && interrupt == 0) {
-      continue;
-    }
-    if (ready == 0 && extensions > 0 && IsHeldUp(id_, patience)) {
-      --extensions;
-      deadline += patience;
+    const int ready = poll(&source, 1, static_cast<int>(std::min(left, FairClock::kStep).count()));
+    if (ready <= 0 && left.count() > 0 && interrupt == 0) {
       continue;
     }
     isLate_ = ready <= 0;
@@ -207,13 +155,13 @@ std::optional<std::string> IsolatedRun::ReadLine(milliseconds patience, int exte
 
 // A child may continue to run after it has closed the pipe.
 void IsolatedRun::WaitForEnd() {
-  const Clock::time_point deadline = Clock::now() + kMaxEnding;
+  FairDeadline deadline(clock_, kMaxEnding);
   while (!isLate_) {
     const pid_t ended = waitpid(id_, &status_, WNOHANG);
     if (ended == id_ || (ended < 0 && errno != EINTR)) {
       return;
     }
-    isLate_ = Clock::now() > deadline || interrupt != 0;
+    isLate_ = deadline.GetTimeLeft().count() == 0 || interrupt != 0;
     poll(nullptr, 0, kPauseInMilliseconds);
   }
   kill(id_, SIGKILL);

@@ -10,6 +10,8 @@
 #include <optional>
 #include <string>
 
+#include "tools/isolation/FairClock.h"
+
 namespace Kestrel::Isolation {
 
 /// Sends a line, which contains no line feed, to the process that waits for it.
@@ -29,9 +31,12 @@ class IsolatedRun {
   ~IsolatedRun();
 
   /// Returns the next line of the child, or nothing after the last one. Also returns nothing if no
-  /// line is complete within `patience`; see `IsLate`. A child that could not run because the
-  /// machine is busy gets the same time again, at most `extensions` times.
-  std::optional<std::string> ReadLine(std::chrono::milliseconds patience, int extensions = 0);
+  /// line is complete within `patience`; see `IsLate` and `GetTime`.
+  std::optional<std::string> ReadLine(std::chrono::milliseconds patience);
+
+  /// The time since the start, without that in which the child could not run because the machine is
+  /// busy; see `FairClock`.
+  std::chrono::milliseconds GetTime() { return clock_.Now(); }
 
   /// Whether the child did not end in time, and so was killed or will be killed.
   bool IsLate() const { return isLate_; }
@@ -44,6 +49,7 @@ class IsolatedRun {
  private:
   void WaitForEnd();
 
+  FairClock clock_;
   int input_ = -1;
   pid_t id_ = -1;
   int status_ = 0;

@@ -168,8 +168,9 @@ const std::vector<Rule>& GetRules() {
        "The shared object throws something that is not a KestrelException. The tool ends with a\n"
        "message instead of skipping the plug-in."},
       {"object-hang", kError,
-       "The shared object does not finish in two seconds. The message names what was being\n"
-       "examined."},
+       "The shared object does not finish in two seconds; those in which the machine is too busy "
+       "to\n"
+       "run it do not count. The message names what was being examined."},
       {"object-refused", kError, "The loader refuses the shared object; the text is its own."},
       {"object-symbol", kError,
        "The shared object needs a symbol that nothing defines. Link the library that does."},

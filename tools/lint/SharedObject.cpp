@@ -24,9 +24,6 @@ using nlohmann::json;
 
 namespace {
 
-// How often an object gets more time because the machine is busy.
-constexpr int kMaxExtensions = 10;
-
 void Send(const Isolation::Send& send, const json& value) {
   send(value.dump(-1, ' ', false, json::error_handler_t::replace));
 }
@@ -101,7 +98,7 @@ ObjectReport ExamineSharedObject(const std::string& file, const std::vector<std:
   ObjectReport report;
   Listener listener(report);
   Isolation::IsolatedRun child([&](const Isolation::Send& send) { RunChild(send, file, before); });
-  while (const std::optional<std::string> line = child.ReadLine(patience, kMaxExtensions)) {
+  while (const std::optional<std::string> line = child.ReadLine(patience)) {
     listener.Take(*line);
   }
   const int status = child.Wait();

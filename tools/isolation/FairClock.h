@@ -1,0 +1,51 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <vector>
+
+namespace Kestrel::Isolation {
+
+/// Returns the processes whose parent is `parent`.
+std::vector<pid_t> ListChildren(pid_t parent);
+
+/// Measures the time in which the processes below this one slept or had a processor.
+///
+/// While one of them is ready to run, only their processor time counts, so a process is not called
+/// slow because the machine is busy. Waiting for a disk counts like waiting for a processor.
+class FairClock {
+ public:
+  using milliseconds = std::chrono::milliseconds;
+
+  /// How often `Now` must be called: the processes are looked at this often.
+  static constexpr milliseconds kStep{100};
+
+  /// The time since the construction. Within a step, all time counts at first.
+  milliseconds Now();
+
+ private:
+  std::chrono::steady_clock::time_point looked_ = std::chrono::steady_clock::now();
+  milliseconds counted_{0};
+  milliseconds processorTime_{0};
+};
+
+/// A moment of a FairClock. It is also reached when a multiple of the time has passed in the world,
+/// so that the wait ends on a machine that is busy forever.
+class FairDeadline {
+ public:
+  FairDeadline(FairClock& clock, std::chrono::milliseconds patience);
+
+  /// The time that is left, 0 or more.
+  std::chrono::milliseconds GetTimeLeft();
+
+ private:
+  FairClock& clock_;
+  const std::chrono::milliseconds end_;
+  const std::chrono::steady_clock::time_point latest_;
+};
+
+}  // namespace Kestrel::Isolation
