@@ -244,13 +244,9 @@ void Injection::Compare(const ParameterSpec& parameter, const std::string& value
     return;
   }
   FindProgram(plain, verdict);
-  if (!hostile.isUnderstood) {
-    return;
-  }
   const auto note = [&value](std::optional<std::string>& which) { which = which.value_or(value); };
-  if (!hostile.isComplete) {
+  if (hostile.isUnderstood && !hostile.isComplete) {
     note(verdict.isAltered);
-    return;
   }
   // The descriptor itself writes the values of an enumeration.
   const auto& constraint = parameter.GetConstraint();
@@ -272,7 +268,7 @@ void Injection::Compare(const ParameterSpec& parameter, const std::string& value
   if (addsOption && !isListed) {
     note(verdict.addsOption);
   }
-  if (Arrives(value, plain, hostile)) {
+  if (!hostile.isUnderstood || !hostile.isComplete || Arrives(value, plain, hostile)) {
     return;
   }
   note(Arrives(WithoutQuotes(value), plain, hostile) ? verdict.losesQuotes : verdict.isAltered);

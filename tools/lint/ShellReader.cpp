@@ -31,10 +31,23 @@ bool IsOneOf(const std::string& word, std::initializer_list<std::string_view> wo
   return std::find(words.begin(), words.end(), word) != words.end();
 }
 
-// Words after which a command begins.
-bool IsKeyword(const std::string& word) {
-  return IsOneOf(
-      word, {"if", "then", "else", "elif", "fi", "while", "until", "do", "done", "!", "{", "}"});
+/// A word after which a command begins, and the word that ends the compound command.
+struct Keyword {
+  std::string_view text;
+  std::string_view end;
+};
+
+constexpr std::array<Keyword, 5> kFirstKeywords = {
+    {{"if", "fi"}, {"while", "done"}, {"until", "done"}, {"for", "done"}, {"{", "}"}}};
+constexpr std::array<Keyword, 4> kInnerKeywords = {
+    {{"then", "fi"}, {"elif", "fi"}, {"else", "fi"}, {"do", "done"}}};
+
+/// The word that ends the compound command to which `word` belongs; empty if it is not a keyword.
+template <typename Keywords>
+std::string_view FindEnd(const Keywords& keywords, const std::string& word) {
+  const auto found = std::find_if(keywords.begin(), keywords.end(),
+                                  [&](const Keyword& keyword) { return keyword.text == word; });
+  return found == keywords.end() ? std::string_view() : found->end;
 }
 
 bool IsOutOfReach(const std::string& word, Shell shell) {
@@ -124,6 +137,16 @@ class Reader {
   Reader(std::string_view line, Shell shell, ShellReading& reading, std::size_t depth)
       : line_(line), shell_(shell), reading_(reading), depth_(depth) {}
 
+  /// Reads a whole line, or the commands in backquotes.
+  static ShellReading ReadAll(std::string_view line, Shell shell, std::size_t depth) {
+    ShellReading reading;
+    Reader reader(line, shell, reading, depth);
+    reader.ReadList(0, false);
+    reader.DropLinesNotRun();
+    return reading;
+  }
+
+ private:
   /// Reads up to the end, or to the ")" that closes the list. Returns the position after it.
   std::size_t ReadList(std::size_t position, bool isNested) {
     position_ = position;
@@ -132,12 +155,13 @@ class Reader {
     while (reading_.isComplete && reading_.isUnderstood) {
       SkipSpaces();
       if (AtEnd()) {
-        Fail(isNested_ || openBraces_ != 0);
+        EndList(isNested_);
         break;
       }
       if (line_[position_] == ')') {
         ++position_;
-        Fail(!isNested_ || openBraces_ != 0);
+        // In backquotes, dash ignores what follows.
+        EndList(!isNested_ && (depth_ == 0 || shell_ == Shell::Bash));
         break;
       }
       ReadNext();
@@ -145,7 +169,13 @@ class Reader {
     return position_;
   }
 
- private:
+  /// Drops the commands after the last line that the shell has read when it meets a mistake.
+  void DropLinesNotRun() {
+    if (!reading_.isComplete || !reading_.isUnderstood) {
+      reading_.commands.resize(complete_);
+    }
+  }
+
   bool AtEnd() const { return position_ >= line_.size(); }
   char Peek(std::size_t ahead = 0) const {
     return position_ + ahead < line_.size() ? line_[position_ + ahead] : '\0';
@@ -157,6 +187,21 @@ class Reader {
   void BeginCommand() {
     command_.reset();
     isFollowedByCommand_ = true;
+    hasAssignment_ = false;
+    isNegated_ = false;
+    isAfterCompound_ = false;
+  }
+
+  bool HasWords() const { return command_ || hasAssignment_ || isAfterCompound_; }
+
+  void EndList(bool isWrong) { Fail(isWrong || !ends_.empty() || needsCommand_); }
+
+  // A shell runs each line before it reads the next one.
+  void EndLine() {
+    BeginCommand();
+    if (!isNested_ && ends_.empty() && !needsCommand_) {
+      complete_ = reading_.commands.size();
+    }
   }
 
   void SkipSpaces() {
@@ -186,34 +231,43 @@ class Reader {
     }
   }
 
+  std::string_view TakeOperator() {
+    const std::string_view two = line_.substr(position_, 2);
+    const bool isDouble =
+        two == "&&" || two == "||" || (shell_ == Shell::Bash && (two == "|&" || two == "&>"));
+    const std::string_view text = isDouble ? two : two.substr(0, 1);
+    position_ += text.size();
+    return text;
+  }
+
   void ReadOperator() {
-    const char c = Peek();
-    ++position_;
-    if (c == Peek() && (c == '&' || c == '|')) {
-      ++position_;
-    } else if (c == '&' && Peek() == '>') {
+    const std::string_view text = TakeOperator();
+    if (text == "\n") {
+      EndLine();
+      return;
+    }
+    if (text == "&>") {
       GiveUp();
     }
-    // An operator needs a command before it.
-    Fail(c != '\n' && !command_ && !hasAssignment_ && !isAfterSubshell_);
-    isAfterSubshell_ = false;
-    isClosed_ = false;
-    hasAssignment_ = false;
+    Fail((!HasWords() && !isNegated_) || needsCommand_);
     BeginCommand();
+    isPiped_ = text == "|" || text == "|&";
+    needsCommand_ = isPiped_ || text == "&&" || text == "||";
   }
 
   void ReadSubshell() {
-    if (command_ || Peek(1) == '(' || hasAssignment_) {
-      // A function definition, arithmetic or, most often, a mistake.
-      if (Peek(1) == '(') {
+    if (HasWords() || Peek(1) == '(') {
+      // A function definition, arithmetic, a list of values or, most often, a mistake.
+      if (Peek(1) == '(' || (hasAssignment_ && shell_ == Shell::Bash)) {
         GiveUp();
       }
       Fail(true);
-      return;
     }
-    ReadNested(1);
-    isAfterSubshell_ = true;
-    isClosed_ = true;
+    if (reading_.isComplete && reading_.isUnderstood) {
+      ReadNested(1);
+    }
+    needsCommand_ = false;
+    isAfterCompound_ = true;
   }
 
   // Reads a list in parentheses, the first byte of which is `ahead` bytes away.
@@ -223,6 +277,7 @@ class Reader {
       return;
     }
     Reader nested(line_, shell_, reading_, depth_ + 1);
+    nested.needsCommand_ = ahead == 1;  // only a substitution may be empty
     position_ = nested.ReadList(position_ + ahead, true);
   }
 
@@ -248,6 +303,7 @@ class Reader {
     if (reading_.isComplete) {
       ReadWord();
       hasAssignment_ = hasAssignment_ || !command_;  // a redirection alone is a command too
+      needsCommand_ = false;
     }
   }
 
@@ -258,25 +314,71 @@ class Reader {
     if (isDigits && (Peek() == '<' || Peek() == '>')) {
       return;  // the number of a file descriptor
     }
-    if (isFollowedByCommand_ && IsUnquoted(word)) {
-      if (IsOutOfReach(text, shell_)) {
-        GiveUp();
-        return;
-      }
-      if (IsKeyword(text)) {
-        isClosed_ = false;
-        openBraces_ += text == "{" ? 1 : text == "}" ? -1 : 0;
-        Fail(openBraces_ < 0);
-        isAfterSubshell_ = true;  // an operator may follow
-        return;
-      }
+    const bool mayBeKeyword = isFollowedByCommand_ && !hasAssignment_ && IsUnquoted(word);
+    if (mayBeKeyword && TakeKeyword(text)) {
+      return;
     }
-    Fail(isClosed_);
+    Fail(isAfterCompound_);
+    needsCommand_ = false;
     if (isFollowedByCommand_ && IsAssignment(word)) {
       hasAssignment_ = true;
       return;
     }
     AddWords(word);
+  }
+
+  bool TakeKeyword(const std::string& text) {
+    if (IsOutOfReach(text, shell_)) {
+      GiveUp();
+      return true;
+    }
+    if (text == "!") {
+      Negate();
+      return true;
+    }
+    return TakeFirstKeyword(text) || TakeInnerKeyword(text) || TakeLastKeyword(text);
+  }
+
+  // Only bash knows the result of no command.
+  void Negate() {
+    Fail((isPiped_ && needsCommand_) || isAfterCompound_ || (isNegated_ && shell_ == Shell::Dash));
+    needsCommand_ = needsCommand_ || shell_ == Shell::Dash;
+    isNegated_ = true;
+  }
+
+  bool TakeFirstKeyword(const std::string& text) {
+    const std::string_view end = FindEnd(kFirstKeywords, text);
+    if (end.empty()) {
+      return false;
+    }
+    Fail(isAfterCompound_);
+    ends_.push_back(end);
+    isPiped_ = false;
+    needsCommand_ = true;
+    return text != "for";  // what follows is read like the arguments of a command
+  }
+
+  bool TakeInnerKeyword(const std::string& text) {
+    const std::string_view end = FindEnd(kInnerKeywords, text);
+    if (end.empty()) {
+      return false;
+    }
+    Fail(needsCommand_ || ends_.empty() || ends_.back() != end);
+    BeginCommand();
+    needsCommand_ = true;
+    return true;
+  }
+
+  bool TakeLastKeyword(const std::string& text) {
+    if (!IsOneOf(text, {"fi", "done", "}"})) {
+      return false;
+    }
+    Fail(needsCommand_ || ends_.empty() || ends_.back() != text);
+    if (reading_.isComplete) {
+      ends_.pop_back();
+    }
+    isAfterCompound_ = true;
+    return true;
   }
 
   void AddWords(const RawWord& word) {
@@ -387,15 +489,17 @@ class Reader {
 
   void ReadDollar(RawWord& word, bool isQuoted) {
     const char next = Peek(1);
-    if (next == '(' && Peek(2) == '(') {
-      GiveUp();
+    if ((next == '(' && Peek(2) == '(') || (next == '[' && shell_ == Shell::Bash)) {
+      GiveUp();  // arithmetic
     } else if (next == '(') {
       ReadNested(2);
       word.push_back({'\1', true});
     } else if (next == '{') {
       ReadVariableInBraces(word);
     } else if (next == '\'' && !isQuoted && shell_ == Shell::Bash) {
-      GiveUp();  // another form of quotes
+      ReadQuotesWithEscapes(word);
+    } else if (next == '"' && !isQuoted && shell_ == Shell::Bash) {
+      ++position_;  // quotes whose text is translated
     } else if (next != '\0' && (IsNameByte(next) ||
                                 std::string_view("?$#@*!-").find(next) != std::string_view::npos)) {
       ReadVariable(word);
@@ -405,21 +509,44 @@ class Reader {
     }
   }
 
+  void ReadQuotesWithEscapes(RawWord& word) {
+    ++position_;
+    const std::size_t first = line_.find_first_of("'\\", position_ + 1);
+    if (first != std::string_view::npos && line_[first] == '\\') {
+      GiveUp();
+      return;
+    }
+    ReadSingleQuotes(word);
+  }
+
   void ReadVariable(RawWord& word) {
-    const bool isName =
-        IsNameByte(Peek(1)) && std::isdigit(static_cast<unsigned char>(Peek(1))) == 0;
+    const char first = Peek(1);
+    const bool isName = IsNameByte(first) && std::isdigit(static_cast<unsigned char>(first)) == 0;
     position_ += 2;
     while (isName && IsNameByte(Peek())) {
       ++position_;
     }
     word.push_back({'\1', true});
+    // To the expansion of braces, the second "$" of "$${" begins a variable.
+    if (first == '$' && Peek() == '{' && shell_ == Shell::Bash) {
+      word.push_back({'{', true});
+      ++position_;
+    }
   }
 
   void ReadVariableInBraces(RawWord& word) {
     const std::size_t end = line_.find('}', position_);
+    if (end == std::string_view::npos) {
+      Fail(true);
+      return;
+    }
     const std::string_view inside = line_.substr(position_ + 2, end - position_ - 2);
-    const bool isPlain = std::all_of(inside.begin(), inside.end(), IsNameByte);
-    if (end == std::string_view::npos || !isPlain || inside.empty()) {
+    const auto rest = std::find_if_not(inside.begin(), inside.end(), IsNameByte);
+    const bool isPlain = rest == inside.end();
+    // "${a,b}" changes the case of letters.
+    const bool changesCase = shell_ == Shell::Bash && !isPlain && *rest == ',' &&
+                             std::all_of(rest + 1, inside.end(), IsNameByte);
+    if (rest == inside.begin() || !(isPlain || changesCase)) {
       GiveUp();
       return;
     }
@@ -445,10 +572,16 @@ class Reader {
       GiveUp();
       return;
     }
-    Reader nested(inside, shell_, reading_, depth_ + 1);
-    nested.ReadList(0, false);
+    AddCommands(ReadAll(inside, shell_, depth_ + 1));
     position_ = end + 1;
     word.push_back({'\1', true});
+  }
+
+  // Dash reads the commands in backquotes with the line, bash when it runs them.
+  void AddCommands(const ShellReading& inner) {
+    reading_.commands.insert(reading_.commands.end(), inner.commands.begin(), inner.commands.end());
+    reading_.isUnderstood = reading_.isUnderstood && inner.isUnderstood;
+    Fail(!inner.isComplete && shell_ == Shell::Dash);
   }
 
   const std::string_view line_;
@@ -460,17 +593,18 @@ class Reader {
   std::optional<std::size_t> command_;  // the one that is being read
   bool isFollowedByCommand_ = true;
   bool hasAssignment_ = false;
-  bool isAfterSubshell_ = false;
-  bool isClosed_ = false;  // a ")" ends the command, and no word can follow it
-  int openBraces_ = 0;
+  bool isNegated_ = false;
+  bool isPiped_ = false;
+  bool isAfterCompound_ = false;        // no word can follow
+  bool needsCommand_ = false;           // perhaps on the next line
+  std::vector<std::string_view> ends_;  // of the compound commands that are open
+  std::size_t complete_ = 0;            // the commands in lines that are complete
 };
 
 }  // namespace
 
 ShellReading ReadShellLine(std::string_view line, Shell shell) {
-  ShellReading reading;
-  Reader(line, shell, reading, 0).ReadList(0, false);
-  return reading;
+  return Reader::ReadAll(line, shell, 0);
 }
 
 }  // namespace Kestrel::Lint

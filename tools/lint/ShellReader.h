@@ -31,12 +31,13 @@ struct ShellCommand {
 
 /// How a shell reads a command line, before it runs anything.
 struct ShellReading {
-  /// All commands in the order in which they begin, including those in command substitutions.
+  /// All commands in the order in which they begin, including those in command substitutions. If
+  /// there is a mistake or something unknown, only those in the lines before it, which run.
   std::vector<ShellCommand> commands;
   /// Whether the line contains only constructs that the reader supports: no here-document, no
   /// arithmetic, no `case`.
   bool isUnderstood = true;
-  /// Whether the syntax is correct; if not, the shell runs no part of the line.
+  /// Whether the syntax is correct.
   bool isComplete = true;
 };
 

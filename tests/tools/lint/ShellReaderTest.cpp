@@ -45,6 +45,76 @@ TEST(ShellReaderTest, SeparatesCommands) {
   EXPECT_EQ(Words("{ a"), "wrong");
 }
 
+TEST(ShellReaderTest, ExpectsACommandAfterEachOperator) {
+  for (const char* line : {"a |", "a && # b", "(a ||)", "a | ; b", "()", "( \n )", "{ }", "{ a | }",
+                           "a | ! b", "a ;; b", "(a) b", "(a) (b)", "(a) { b; }"}) {
+    for (const Shell shell : {Shell::Dash, Shell::Bash}) {
+      EXPECT_EQ(Words(line, shell), "wrong") << line;
+    }
+  }
+  EXPECT_EQ(Words("a |\n\n# b\nc"), "[a]|[c]");
+  EXPECT_EQ(Words("$() \"$( )\""), "[\1][\1]");
+}
+
+TEST(ShellReaderTest, KnowsOperatorsOfBash) {
+  EXPECT_EQ(Words("a |& b", Shell::Bash), "[a]|[b]");
+  EXPECT_EQ(Words("a |& b"), "wrong");
+  EXPECT_EQ(Words("a; !", Shell::Bash), "[a]");
+  EXPECT_EQ(Words("a; !"), "wrong");
+}
+
+TEST(ShellReaderTest, ReadsKeywordsAtTheBeginningOfACommand) {
+  EXPECT_EQ(Words("X=1 { a"), "[{][a]");
+  EXPECT_EQ(Words(">x if a"), "[if][a]");
+  EXPECT_EQ(Words("! { a; }; { (b) }"), "[a]|[b]");
+  EXPECT_EQ(Words("while a; do b; done | c"), "[a]|[b]|[c]");
+  EXPECT_EQ(Words("for x in a b; do c; done"), "[for][x][in][a][b]|[c]");
+  for (const char* line : {"if a", "a; fi", "if a; then b; done", "{ a; } b", "then a"}) {
+    EXPECT_EQ(Words(line), "wrong") << line;
+  }
+}
+
+// The commands that run although there is a mistake in the line.
+std::vector<std::string> CommandsBeforeMistake(const std::string& line, Shell shell) {
+  const ShellReading reading = ReadShellLine(line, shell);
+  EXPECT_FALSE(reading.isComplete && reading.isUnderstood) << line;
+  std::vector<std::string> names;
+  for (const ShellCommand& command : reading.commands) {
+    names.push_back(command.words.front().text);
+  }
+  return names;
+}
+
+TEST(ShellReaderTest, KeepsTheCommandsInLinesBeforeAMistake) {
+  using testing::ElementsAre;
+  for (const Shell shell : {Shell::Dash, Shell::Bash}) {
+    EXPECT_THAT(CommandsBeforeMistake("a $(b)\nc; ;", shell), ElementsAre("a", "b"));
+    EXPECT_THAT(CommandsBeforeMistake("a\nb \\\n'", shell), ElementsAre("a"));
+    EXPECT_THAT(CommandsBeforeMistake("a &&\nb; ;", shell), ElementsAre());
+    EXPECT_THAT(CommandsBeforeMistake("{ a\nb; ;", shell), ElementsAre());
+    EXPECT_THAT(CommandsBeforeMistake("a $(b\nc", shell), ElementsAre());
+    EXPECT_THAT(CommandsBeforeMistake("a\nb; c $((1))", shell), ElementsAre("a"));
+  }
+}
+
+TEST(ShellReaderTest, ReadsBackquotesWhenTheShellDoes) {
+  EXPECT_EQ(Words("a `b\nc (`", Shell::Bash), "[a][\1]|[b]");
+  EXPECT_EQ(Words("a `b\nc (`"), "wrong");
+  EXPECT_EQ(Words("a `b) c`"), "[a][\1]|[b]");
+  EXPECT_EQ(Words("a `b) c`", Shell::Bash), "[a][\1]");
+}
+
+TEST(ShellReaderTest, ReadsDollarsBeforeQuotesAndBraces) {
+  EXPECT_EQ(Words("a $'b'", Shell::Bash), "[a][b]");
+  EXPECT_EQ(Words("a $'b'"), "[a][$b]");
+  EXPECT_EQ(Words("a $\"-b\"", Shell::Bash), "[a][-b]");
+  EXPECT_EQ(Words("a $\"-b\""), "[a][$-b]");
+  EXPECT_EQ(Words("a {b,c}${d,e}", Shell::Bash), "[a][b\1][c\1]");
+  EXPECT_EQ(Words("a {b,c}${d,e}"), "unknown");
+  EXPECT_EQ(Words("a $${b,c}", Shell::Bash), "[a][\1{b,c}]");
+  EXPECT_EQ(Words("a ${b"), "wrong");
+}
+
 TEST(ShellReaderTest, ReadsCommandsWithinCommands) {
   EXPECT_EQ(Words("a $(b c) \"$(d)\""), "[a][\1][\1]|[b][c]|[d]");
   EXPECT_EQ(Words("a `b c`"), "[a][\1]|[b][c]");
@@ -88,8 +158,9 @@ TEST(ShellReaderTest, GivesUpOnWhatItDoesNotKnow) {
        {"a <<b", "a $((1))", "case a in b) c;; esac", "a ${b:-c}", "a <(b)", "((1))"}) {
     EXPECT_EQ(Words(line), "unknown") << line;
   }
-  EXPECT_EQ(Words("a $'b'", Shell::Bash), "unknown");
-  EXPECT_EQ(Words("a $'b'", Shell::Dash), "[a][$b]");
+  for (const char* line : {"a $'\\b'", "a $[1]", "a &>b", "X=(a)"}) {
+    EXPECT_EQ(Words(line, Shell::Bash), "unknown") << line;
+  }
 }
 
 }  // namespace

@@ -1,13 +1,16 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// lint_campaign WORDS COUNT [SEED]: compares what vexil-lint says about values in templates with
-// what dash and bash do.
+// lint_campaign WORDS COUNT [SEED [TEMPLATE [VALUE]]]: compares what vexil-lint says about values
+// in templates with what dash and bash do.
 //
 // Inserts COUNT values into random templates, runs each command line in a scratch folder, and
 // compares: whether a command runs that the template does not contain, whether there are more words
 // than with a harmless value, and whether there are more options. WORDS is a program that notes its
 // arguments. Prints each difference; the status is 1 if there was one.
+//
+// With TEMPLATE, all values are inserted into this template, without a constraint. With VALUE, only
+// this value is, and what each shell does is printed.
 
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -22,10 +25,10 @@
 #include <iterator>
 #include <map>
 #include <memory>
-#include <optional>
 #include <random>
 #include <string>
-#include <utility>
+#include <thread>
+#include <tuple>
 #include <vector>
 
 #include "kestrel/callspec/InputSpec.h"
@@ -61,6 +64,18 @@ struct Observation {
   std::vector<std::string> all;
 };
 
+/// How a command line is run. "||" shows a command only if the one before it fails.
+struct Condition {
+  std::string shell;
+  bool doWordsFail = false;
+  std::size_t count = 1;  // of values
+
+  bool operator<(const Condition& other) const {
+    return std::tie(shell, doWordsFail, count) <
+           std::tie(other.shell, other.doWordsFail, other.count);
+  }
+};
+
 /// Runs command lines in a folder that contains only what the line itself creates.
 class Laboratory {
  public:
@@ -71,12 +86,12 @@ class Laboratory {
     }
   }
 
-  Observation Run(const char* shell, const std::string& line) {
+  Observation Run(const Condition& condition, const std::string& line) {
     fs::remove_all(scratch_.GetPath("work"));
     fs::create_directory(scratch_.GetPath("work"));
-    Observation seen = RunOnce(shell, line);
+    Observation seen = RunOnce(condition, line);
     if (CreateMatches(seen.all)) {
-      const Observation again = RunOnce(shell, line);
+      const Observation again = RunOnce(condition, line);
       seen.words = std::max(seen.words, again.words);
       seen.options = std::max(seen.options, again.options);
       seen.runsCommand = seen.runsCommand || again.runsCommand;
@@ -85,15 +100,15 @@ class Laboratory {
   }
 
  private:
-  Observation RunOnce(const char* shell, const std::string& line) {
+  Observation RunOnce(const Condition& condition, const std::string& line) {
     fs::remove(scratch_.GetPath("words"));
-    Start(shell, line);
+    Start(condition, line);
     return Read();
   }
 
   // Waits for the shell and for the commands that it leaves in the background: they have the end of
   // a pipe.
-  void Start(const char* shell, const std::string& line) {
+  void Start(const Condition& condition, const std::string& line) {
     int ends[2];
     if (pipe(ends) != 0) {
       std::abort();
@@ -103,6 +118,7 @@ class Laboratory {
       close(ends[0]);
       setenv("PATH", scratch_.GetPath("bin").c_str(), 1);
       setenv("LINT_WORDS", scratch_.GetPath("words").c_str(), 1);
+      setenv("LINT_STATUS", condition.doWordsFail ? "1" : "0", 1);
       setenv("HOME", "/", 1);
       const int nothing = open("/dev/null", O_RDWR);
       const int errors =
@@ -111,7 +127,7 @@ class Laboratory {
       dup2(nothing, STDOUT_FILENO);
       dup2(errors, STDERR_FILENO);
       if (chdir(scratch_.GetPath("work").c_str()) == 0) {
-        execl(shell, "sh", "-c", line.c_str(), nullptr);
+        execl(condition.shell.c_str(), "sh", "-c", line.c_str(), nullptr);
       }
       _exit(126);
     }
@@ -163,7 +179,7 @@ class Laboratory {
     bool isCreated = false;
     for (const std::string& word : words) {
       if (word.find_first_of("*?[") != std::string::npos) {
-        for (const char c : {'p', 'q', '-'}) {
+        for (const char c : {'p', 'q', 'r', 's', 't', 'u', '-'}) {
           isCreated = Create(Match(word, c)) || isCreated;
         }
       }
@@ -310,15 +326,41 @@ bool IsAccepted(const ParameterSpec& parameter, const std::string& value) {
 }
 
 /// The effects of one value in the shells; nothing if the loader refuses the value.
+struct Difference {
+  bool runsCommand = false;
+  bool addsWord = false;
+  bool addsOption = false;
+};
+
+/// Compares what is said of values with what the shells show.
 class Campaign {
  public:
-  Campaign(const std::string& wordsProgram, unsigned seed)
-      : laboratory_(wordsProgram), generator_(seed) {}
+  /// Tries every template whose number leaves the remainder `share` when divided by `shares`.
+  Campaign(const std::string& wordsProgram, unsigned seed, unsigned share, unsigned shares)
+      : laboratory_(wordsProgram), generator_(seed), share_(share), shares_(shares) {}
 
+  /// Returns the number of values, even if another share tries them.
   std::size_t RunTemplate() {
     const bool isList = generator_.Below(4) == 0;
-    parameter_ = generator_.MakeParameter(isList);
-    text_ = generator_.MakeTemplate(isList);
+    const auto parameter = generator_.MakeParameter(isList);
+    return Run(generator_.MakeTemplate(isList), parameter, nullptr);
+  }
+
+  std::size_t RunGivenTemplate(const std::string& text, const std::string* value) {
+    const bool isList = text.find("list{") != std::string::npos;
+    return Run(text,
+               ParameterSpec::New(
+                   "name", isList ? Kestrel::CallSpec::StringList : Kestrel::CallSpec::String),
+               value);
+  }
+
+  std::size_t differences = 0;
+
+ private:
+  std::size_t Run(const std::string& text, const std::shared_ptr<ParameterSpec>& parameter,
+                  const std::string* value) {
+    parameter_ = parameter;
+    text_ = text;
     expected_.clear();
     const auto input = InputSpec::New();
     input->AddParameter(parameter_);
@@ -327,17 +369,16 @@ class Campaign {
     if (whole.isUnknown) {
       return 0;
     }
-    std::size_t count = 0;
-    for (const std::string& value : MakeValues(whole)) {
-      TryValue(injection, whole, value);
-      ++count;
+    isShown_ = value != nullptr;
+    const std::vector<std::string> values =
+        value != nullptr ? std::vector{*value} : MakeValues(whole);
+    const bool isOwn = ++templates_ % shares_ == share_;
+    for (const std::string& each : isOwn ? values : std::vector<std::string>()) {
+      TryValue(injection, whole, each);
     }
-    return count;
+    return values.size();
   }
 
-  std::size_t differences = 0;
-
- private:
   std::vector<std::string> MakeValues(const Verdict& whole) {
     std::vector<std::string> values;
     for (const auto* witness : {&whole.runsCommand, &whole.addsWord, &whole.addsOption}) {
@@ -356,39 +397,61 @@ class Campaign {
     return values;
   }
 
-  // A list is tried with one value and with two.
   void TryValue(const Injection& injection, const Verdict& whole, const std::string& value) {
-    Observation seen;
-    bool addsWord = false;
-    bool addsOption = false;
-    const std::size_t most = parameter_->AllowMultiple() ? 2 : 1;
-    for (std::size_t count = 1; count <= most; ++count) {
-      const auto hostile = injection.MakeLine({{"name", std::vector<std::string>(count, value)}});
-      for (const char* shell : {"/bin/dash", "/bin/bash"}) {
-        if (!hostile) {
-          return;
-        }
-        const Observation& expected = GetExpected(injection, shell, count);
-        const Observation own = laboratory_.Run(shell, *hostile);
-        seen.runsCommand = seen.runsCommand || own.runsCommand;
-        addsWord = addsWord || (!own.runsCommand && own.words > expected.words);
-        addsOption = addsOption || (!own.runsCommand && own.options > expected.options);
+    Difference seen;
+    for (const Condition& condition : MakeConditions()) {
+      const auto line =
+          injection.MakeLine({{"name", std::vector<std::string>(condition.count, value)}});
+      if (!line) {
+        return;
+      }
+      if (!condition.doWordsFail || line->find("||") != std::string::npos) {
+        Observe(condition, *line, GetExpected(injection, condition), seen);
       }
     }
     const Verdict said = injection.JudgeValue("name", value);
     Expect("unsafe-command", seen.runsCommand, said.runsCommand.has_value(),
            whole.runsCommand.has_value(), value);
-    Expect("unsafe-word", addsWord, said.addsWord.has_value(), whole.addsWord.has_value(), value);
-    Expect("unsafe-option", addsOption, said.addsOption.has_value(), whole.addsOption.has_value(),
+    Expect("unsafe-word", seen.addsWord, said.addsWord.has_value(), whole.addsWord.has_value(),
            value);
+    Expect("unsafe-option", seen.addsOption, said.addsOption.has_value(),
+           whole.addsOption.has_value(), value);
   }
 
-  const Observation& GetExpected(const Injection& injection, const std::string& shell,
-                                 std::size_t count) {
-    const auto [found, isNew] = expected_.try_emplace({shell, count});
+  // A list is tried with one value and with two.
+  std::vector<Condition> MakeConditions() const {
+    std::vector<Condition> conditions;
+    const std::size_t most = parameter_->AllowMultiple() ? 2 : 1;
+    for (std::size_t count = 1; count <= most; ++count) {
+      for (const char* shell : {"/bin/dash", "/bin/bash"}) {
+        for (const bool doWordsFail : {false, true}) {
+          conditions.push_back({shell, doWordsFail, count});
+        }
+      }
+    }
+    return conditions;
+  }
+
+  void Observe(const Condition& condition, const std::string& line, const Observation& expected,
+               Difference& seen) {
+    const Observation own = laboratory_.Run(condition, line);
+    if (isShown_) {
+      std::cout << condition.shell << (condition.doWordsFail ? ", words fail: " : ": ")
+                << Quote(line) << (own.runsCommand ? " runs a command, " : " runs no command, ")
+                << own.words << " words instead of " << expected.words << ", " << own.options
+                << " options instead of " << expected.options << std::endl;
+    }
+    seen.runsCommand = seen.runsCommand || own.runsCommand;
+    seen.addsWord = seen.addsWord || (!own.runsCommand && own.words > expected.words);
+    seen.addsOption = seen.addsOption || (!own.runsCommand && own.options > expected.options);
+  }
+
+  const Observation& GetExpected(const Injection& injection, const Condition& condition) {
+    const auto [found, isNew] = expected_.try_emplace(condition);
     if (isNew) {
-      const auto line = injection.MakeLine({{"name", std::vector<std::string>(count, kHarmless)}});
-      found->second = laboratory_.Run(shell.c_str(), line.value_or(""));
+      const auto line =
+          injection.MakeLine({{"name", std::vector<std::string>(condition.count, kHarmless)}});
+      found->second = laboratory_.Run(condition, line.value_or(""));
     }
     return found->second;
   }
@@ -409,25 +472,57 @@ class Campaign {
 
   Laboratory laboratory_;
   Generator generator_;
+  const unsigned share_;
+  const unsigned shares_;
+  unsigned templates_ = 0;
   std::shared_ptr<ParameterSpec> parameter_;
   std::string text_;
-  std::map<std::pair<std::string, std::size_t>, Observation> expected_;
+  bool isShown_ = false;
+  std::map<Condition, Observation> expected_;
 };
+
+struct Result {
+  std::size_t count = 0;
+  std::size_t differences = 0;
+};
+
+Result RunShare(int argc, char** argv, unsigned share, unsigned shares) {
+  const std::string value = argc > 5 ? argv[5] : "";
+  const std::size_t wanted = argc > 5 ? 1 : std::strtoul(argv[2], nullptr, 10);
+  const auto seed = static_cast<unsigned>(argc > 3 ? std::strtoul(argv[3], nullptr, 10) : 1);
+  Campaign campaign(argv[1], seed, share, shares);
+  Result result;
+  while (result.count < wanted) {
+    result.count += argc > 4 ? campaign.RunGivenTemplate(argv[4], argc > 5 ? &value : nullptr)
+                             : campaign.RunTemplate();
+  }
+  result.differences = campaign.differences;
+  return result;
+}
 
 }  // namespace
 
+// Runs a share of the templates in each of as many processes as there are processors.
 int main(int argc, char** argv) {
   if (argc < 3) {
-    std::cerr << "lint_campaign WORDS COUNT [SEED]\n";
+    std::cerr << "lint_campaign WORDS COUNT [SEED [TEMPLATE [VALUE]]]\n";
     return 2;
   }
-  const std::size_t wanted = std::strtoul(argv[2], nullptr, 10);
-  const auto seed = static_cast<unsigned>(argc > 3 ? std::strtoul(argv[3], nullptr, 10) : 1);
-  Campaign campaign(argv[1], seed);
-  std::size_t count = 0;
-  while (count < wanted) {
-    count += campaign.RunTemplate();
+  const unsigned shares = argc > 5 ? 1 : std::max(std::thread::hardware_concurrency(), 1U);
+  std::vector<pid_t> others;
+  for (unsigned share = 1; share < shares; ++share) {
+    others.push_back(fork());
+    if (others.back() == 0) {
+      const Result own = RunShare(argc, argv, share, shares);
+      return static_cast<int>(std::min<std::size_t>(own.differences, 255));
+    }
   }
-  std::cout << count << " values, " << campaign.differences << " differences" << std::endl;
-  return campaign.differences == 0 ? 0 : 1;
+  Result result = RunShare(argc, argv, 0, shares);
+  for (const pid_t id : others) {
+    int status = 0;
+    const bool hasEnded = waitpid(id, &status, 0) == id && WIFEXITED(status);
+    result.differences += hasEnded ? static_cast<std::size_t>(WEXITSTATUS(status)) : 1;
+  }
+  std::cout << result.count << " values, " << result.differences << " differences" << std::endl;
+  return result.differences == 0 ? 0 : 1;
 }

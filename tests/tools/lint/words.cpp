@@ -2,7 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // Appends its name and its arguments, each ended by a NUL byte, to the file that the variable
-// LINT_WORDS names. Before them come their number and a NUL byte.
+// LINT_WORDS names. Before them come their number and a NUL byte. Returns the status in
+// LINT_STATUS.
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -24,5 +25,6 @@ int main(int argc, char** argv) {
   const int descriptor = open(file, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600);
   const bool isWritten = descriptor >= 0 && write(descriptor, text.data(), text.size()) ==
                                                 static_cast<ssize_t>(text.size());
-  return isWritten ? 0 : 1;
+  const char* const status = std::getenv("LINT_STATUS");
+  return isWritten && (status == nullptr || *status == '0') ? 0 : 1;
 }
