@@ -29,6 +29,7 @@
 #include <string>
 #include <thread>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include "kestrel/callspec/InputSpec.h"
@@ -361,7 +362,7 @@ class Campaign {
                   const std::string* value) {
     parameter_ = parameter;
     text_ = text;
-    expected_.clear();
+    seen_.clear();
     const auto input = InputSpec::New();
     input->AddParameter(parameter_);
     const Injection injection(text_, input);
@@ -434,7 +435,7 @@ class Campaign {
 
   void Observe(const Condition& condition, const std::string& line, const Observation& expected,
                Difference& seen) {
-    const Observation own = laboratory_.Run(condition, line);
+    const Observation& own = Look(condition, line);
     if (isShown_) {
       std::cout << condition.shell << (condition.doWordsFail ? ", words fail: " : ": ")
                 << Quote(line) << (own.runsCommand ? " runs a command, " : " runs no command, ")
@@ -447,11 +448,16 @@ class Campaign {
   }
 
   const Observation& GetExpected(const Injection& injection, const Condition& condition) {
-    const auto [found, isNew] = expected_.try_emplace(condition);
+    const auto line =
+        injection.MakeLine({{"name", std::vector<std::string>(condition.count, kHarmless)}});
+    return Look(condition, line.value_or(""));
+  }
+
+  // Several values of a template, such as "a'" and "a", may make the same line.
+  const Observation& Look(const Condition& condition, const std::string& line) {
+    const auto [found, isNew] = seen_.try_emplace({condition, line});
     if (isNew) {
-      const auto line =
-          injection.MakeLine({{"name", std::vector<std::string>(condition.count, kHarmless)}});
-      found->second = laboratory_.Run(condition, line.value_or(""));
+      found->second = laboratory_.Run(condition, line);
     }
     return found->second;
   }
@@ -478,7 +484,7 @@ class Campaign {
   std::shared_ptr<ParameterSpec> parameter_;
   std::string text_;
   bool isShown_ = false;
-  std::map<Condition, Observation> expected_;
+  std::map<std::pair<Condition, std::string>, Observation> seen_;
 };
 
 struct Result {
