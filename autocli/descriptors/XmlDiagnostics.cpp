@@ -26,9 +26,8 @@ xmlGenericErrorFunc DefaultHandler() {
 
 }  // namespace
 
-XmlDiagnostics::XmlDiagnostics(Mode mode)
-    : mode_(mode),
-      handler_(xmlGenericError),
+XmlDiagnostics::XmlDiagnostics()
+    : handler_(xmlGenericError),
       context_(xmlGenericErrorContext),
       structuredHandler_(xmlStructuredError),
       structuredContext_(xmlStructuredErrorContext) {
@@ -45,12 +44,8 @@ XmlDiagnostics::~XmlDiagnostics() {
 
 void XmlDiagnostics::Receive(void* self, const char* format, ...) {
   auto& diagnostics = *static_cast<XmlDiagnostics*>(self);
-  diagnostics.isEmpty_ = false;
   const xmlError* const last = xmlGetLastError();
   diagnostics.hasMemoryFailure_ |= last != nullptr && last->code == XML_ERR_NO_MEMORY;
-  if (diagnostics.mode_ == Mode::Silenced) {
-    return;
-  }
   // libxml2 sends a diagnostic in short pieces, none of which is longer than its own buffers.
   char piece[64000];
   std::va_list arguments;
@@ -68,11 +63,8 @@ void XmlDiagnostics::Receive(void* self, const char* format, ...) {
 
 void XmlDiagnostics::ReceiveStructured(void* self, xmlError* error) {
   auto& diagnostics = *static_cast<XmlDiagnostics*>(self);
-  diagnostics.isEmpty_ = false;
   diagnostics.hasMemoryFailure_ |= error->code == XML_ERR_NO_MEMORY;
-  if (diagnostics.mode_ == Mode::Forwarded) {
-    diagnostics.structuredHandler_(diagnostics.structuredContext_, error);
-  }
+  diagnostics.structuredHandler_(diagnostics.structuredContext_, error);
 }
 
 }  // namespace Kestrel::AutoCli

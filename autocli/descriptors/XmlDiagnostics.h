@@ -7,21 +7,17 @@
 
 namespace Kestrel::AutoCli {
 
-/// Watches the diagnostics of libxml2 on this thread during its lifetime.
+/// Watches the diagnostics of libxml2 on this thread during its lifetime, and forwards them.
 ///
 /// A parser does not always report in its own state that memory ran out: the document then lacks a
 /// part and looks complete. But it always sends a diagnostic.
 class XmlDiagnostics {
  public:
-  enum class Mode { Forwarded, Silenced };
-
-  explicit XmlDiagnostics(Mode mode);
+  XmlDiagnostics();
   XmlDiagnostics(const XmlDiagnostics&) = delete;
   XmlDiagnostics& operator=(const XmlDiagnostics&) = delete;
   ~XmlDiagnostics();
 
-  /// Whether there was no diagnostic.
-  bool IsEmpty() const { return isEmpty_; }
   /// Whether memory ran out.
   bool HasMemoryFailure() const { return hasMemoryFailure_; }
 
@@ -29,12 +25,10 @@ class XmlDiagnostics {
   static void Receive(void* self, const char* format, ...) __attribute__((format(printf, 2, 3)));
   static void ReceiveStructured(void* self, xmlError* error);
 
-  const Mode mode_;
   const xmlGenericErrorFunc handler_;
   void* context_;
   const xmlStructuredErrorFunc structuredHandler_;
   void* const structuredContext_;
-  bool isEmpty_ = true;
   bool hasMemoryFailure_ = false;
 };
 

@@ -15,7 +15,6 @@
 
 #include "autocli/descriptors/XmlDiagnostics.h"
 #include "autocli/descriptors/XmlLimits.h"
-#include "autocli/descriptors/XmlStartTag.h"
 #include "autocli/plugins/CheckedFile.h"
 #include "kestrel/KestrelException.h"
 
@@ -105,9 +104,9 @@ class LimitedParser {
       StopBecauseOf(kTooManyXmlAttributes, parser);
       return;
     }
-    const XmlAttributes all(attributes, count);
     for (int i = count - defaultCount; i < count; ++i) {
-      defaultsSize_ += all.GetSize(i);
+      const xmlChar** const entry = attributes + 5 * i;  // two names, a namespace, begin and end
+      defaultsSize_ += static_cast<std::size_t>(entry[4] - entry[3]);
     }
     if (defaultsSize_ > kMaxXmlExpansion) {
       StopBecauseOf(kTooMuchXmlExpansion, parser);
@@ -175,6 +174,29 @@ bool SetInput(xmlParserCtxt& parser, xmlParserInput* input) {
   return xmlCtxtUseOptions(&parser, XML_PARSE_NONET) == 0;
 }
 
+/// Returns a parser that reads from `buffer` and owns it. Null when memory runs out or `buffer` is
+/// null.
+XmlParser MakeXmlParser(xmlParserInputBuffer* buffer) {
+  XmlParser parser(buffer == nullptr ? nullptr : xmlNewParserCtxt());
+  xmlParserInput* const input =
+      parser == nullptr ? nullptr
+                        : xmlNewIOInputStream(parser.get(), buffer, XML_CHAR_ENCODING_NONE);
+  if (input == nullptr) {
+    xmlFreeParserInputBuffer(buffer);
+    return nullptr;
+  }
+  return SetInput(*parser, input) ? std::move(parser) : XmlParser();
+}
+
+/// Moves the first bytes of `*text`, a `std::string_view`, to `buffer`. Returns their number, which
+/// is at most `length`.
+int TakeText(void* text, char* buffer, int length) {
+  auto& left = *static_cast<std::string_view*>(text);
+  const std::size_t count = left.copy(buffer, static_cast<std::size_t>(length));
+  left.remove_prefix(count);
+  return static_cast<int>(count);
+}
+
 XmlDocument ParseFromInput(XmlParser parser, const XmlDiagnostics& diagnostics) {
   LimitedParser limited(std::move(parser));
   limited.CheckEachRead();
@@ -193,7 +215,7 @@ XmlDocument ParseXmlText(std::string_view text, const char* name) {
   if (text.empty()) {
     return nullptr;
   }
-  const XmlDiagnostics diagnostics(XmlDiagnostics::Mode::Forwarded);
+  const XmlDiagnostics diagnostics;
   // Reads from memory where possible, because diagnostics then quote more of the document.
   const bool isInMemory = HasFewAttributes(text);
   XmlParser parser = MakeXmlParser(
@@ -212,7 +234,7 @@ XmlDocument ParseXmlText(std::string_view text, const char* name) {
 }
 
 XmlDocument ParseXmlFile(const FileDescriptor& file, const std::string& path) {
-  const XmlDiagnostics diagnostics(XmlDiagnostics::Mode::Forwarded);
+  const XmlDiagnostics diagnostics;
   // Opened by a path, because otherwise libxml2 does not expand a compressed file.
   const std::string name = PathOfDescriptor(file.Get());
   XmlParser parser =
@@ -229,7 +251,7 @@ XmlDocument ParseXmlFile(const std::string& path) {
     ReportMissingXmlFile(path);
     return nullptr;
   }
-  const XmlDiagnostics diagnostics(XmlDiagnostics::Mode::Forwarded);
+  const XmlDiagnostics diagnostics;
   XmlParser parser(xmlNewParserCtxt());
   const XmlString name(xmlCanonicPath(AsXmlChars(path.c_str())));
   // Not `xmlLoadExternalEntity`: that looks for the name in catalogs, which may be on a network.
@@ -241,28 +263,9 @@ XmlDocument ParseXmlFile(const std::string& path) {
 }
 
 void ReportMissingXmlFile(const std::string& path) {
-  const XmlDiagnostics diagnostics(XmlDiagnostics::Mode::Forwarded);
+  const XmlDiagnostics diagnostics;
   xmlGenericError(xmlGenericErrorContext, "I/O warning : failed to load external entity \"%s\"\n",
                   path.c_str());
-}
-
-XmlParser MakeXmlParser(xmlParserInputBuffer* buffer) {
-  XmlParser parser(buffer == nullptr ? nullptr : xmlNewParserCtxt());
-  xmlParserInput* const input =
-      parser == nullptr ? nullptr
-                        : xmlNewIOInputStream(parser.get(), buffer, XML_CHAR_ENCODING_NONE);
-  if (input == nullptr) {
-    xmlFreeParserInputBuffer(buffer);
-    return nullptr;
-  }
-  return SetInput(*parser, input) ? std::move(parser) : XmlParser();
-}
-
-int TakeText(void* text, char* buffer, int length) {
-  auto& left = *static_cast<std::string_view*>(text);
-  const std::size_t count = left.copy(buffer, static_cast<std::size_t>(length));
-  left.remove_prefix(count);
-  return static_cast<int>(count);
 }
 
 }  // namespace Kestrel::AutoCli

@@ -3,8 +3,6 @@
 
 #pragma once
 
-#include <libxml/xmlIO.h>
-
 #include <string>
 #include <string_view>
 
@@ -28,13 +26,5 @@ XmlDocument ParseXmlFile(const std::string& path);
 
 /// Sends the diagnostic for a file that does not exist.
 void ReportMissingXmlFile(const std::string& path);
-
-/// Returns a parser that reads from `buffer` and owns it. Null when memory runs out or `buffer` is
-/// null.
-XmlParser MakeXmlParser(xmlParserInputBuffer* buffer);
-
-/// Moves the first bytes of `*text`, a `std::string_view`, to `buffer`. Returns their number, which
-/// is at most `length`.
-int TakeText(void* text, char* buffer, int length);
 
 }  // namespace Kestrel::AutoCli

@@ -3,7 +3,6 @@
 
 #include "autocli/descriptors/XmlValue.h"
 
-#include <cstring>
 #include <utility>
 
 #include "autocli/text/LeadingInteger.h"
@@ -21,7 +20,7 @@ using MetaObj::MetaType;
 
 namespace {
 
-MetaType ParseListType(const std::string& word) {
+MetaType ParseListType(std::string_view word) {
   if (word == "string") {
     return MetaType::String;
   }
@@ -65,29 +64,29 @@ KestrelException UnbuildableXmlOutput(const KestrelException& cause) {
       cause.what());
 }
 
-XmlValueTag ParseXmlValueTag(const char* name) {
-  if (std::strcmp(name, "text") == 0) {
+XmlValueTag ParseXmlValueTag(std::string_view name) {
+  if (name == "text") {
     throw KestrelException("Trying to make a meta object from a text field");
   }
-  if (std::strcmp(name, "comment") == 0) {
+  if (name == "comment") {
     throw KestrelException("Trying to make a meta object from a comment");
   }
-  if (std::strcmp(name, "list") == 0) {
+  if (name == "list") {
     return XmlValueTag::List;
   }
-  if (std::strcmp(name, "structure") == 0) {
+  if (name == "structure") {
     return XmlValueTag::Structure;
   }
-  if (std::strcmp(name, "int") == 0) {
+  if (name == "int") {
     return XmlValueTag::Int;
   }
-  if (std::strcmp(name, "bool") == 0) {
+  if (name == "bool") {
     return XmlValueTag::Bool;
   }
-  if (std::strcmp(name, "string") == 0) {
+  if (name == "string") {
     return XmlValueTag::String;
   }
-  throw KestrelException(std::string("Unable to make a MetaObject from a node with tag '") + name +
+  throw KestrelException("Unable to make a MetaObject from a node with tag '" + std::string(name) +
                          "'");
 }
 
@@ -110,7 +109,7 @@ std::shared_ptr<MetaObject> MakeXmlString(std::string content) {
   return MetaObj::MetaString::NewUtf8WithEscapes(std::move(content));
 }
 
-XmlListBuilder::XmlListBuilder(const std::string& typeWord) : kind_(ParseListType(typeWord)) {
+XmlListBuilder::XmlListBuilder(std::string_view typeWord) : kind_(ParseListType(typeWord)) {
   if (kind_ != MetaType::Struct && kind_ != MetaType::List) {
     list_ = MetaList::New(kind_);
   }

@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "kestrel/KestrelException.h"
 #include "kestrel/metaobj/MetaList.h"
@@ -24,7 +25,7 @@ KestrelException UnbuildableXmlOutput(const KestrelException& cause);
 enum class XmlValueTag { List, Structure, Int, Bool, String };
 
 /// The kind of the value element `name`. Throws KestrelException for any other name.
-XmlValueTag ParseXmlValueTag(const char* name);
+XmlValueTag ParseXmlValueTag(std::string_view name);
 
 /// The value of an `int` element: the integer that `content` begins with, 0 when it is empty.
 /// Throws KestrelException when there is no integer or it does not fit in 64 bits.
@@ -41,7 +42,7 @@ std::shared_ptr<MetaObj::MetaObject> MakeXmlString(std::string content);
 class XmlListBuilder {
  public:
   /// For an element with this `type` attribute. Throws KestrelException when it names no type.
-  explicit XmlListBuilder(const std::string& typeWord);
+  explicit XmlListBuilder(std::string_view typeWord);
 
   /// Appends an element. Throws KestrelException when it has another type or shape, and for every
   /// element when the type is "list".

@@ -12,18 +12,7 @@ namespace Kestrel::AutoCli {
 using MetaObj::MetaObject;
 using MetaObj::MetaStruct;
 
-namespace {
-
-/// The limit of a tree, in bytes, for text or a CDATA section that the parser passes in pieces.
-constexpr std::size_t kMaxJoinedText = 10000000;
-
-}  // namespace
-
-void XmlValueBuilder::StartElement(const xmlChar* name, const XmlAttributes& attributes) {
-  last_ = LastNode::None;
-  if (attributes.HasXmlId()) {
-    needsTree_ = true;
-  }
+void XmlValueBuilder::StartElement(std::string_view name, const XmlAttributes& attributes) {
   if (done_) {
     return;
   }
@@ -39,7 +28,6 @@ void XmlValueBuilder::StartElement(const xmlChar* name, const XmlAttributes& att
 }
 
 void XmlValueBuilder::EndElement() {
-  last_ = LastNode::Other;
   if (done_) {
     return;
   }
@@ -50,26 +38,10 @@ void XmlValueBuilder::EndElement() {
   EndOpen();
 }
 
-void XmlValueBuilder::Comment(const char* text) {
-  last_ = LastNode::Other;
-  if (TakesContent()) {
+void XmlValueBuilder::Content(std::string_view text) {
+  if (scalar_.has_value() && ignoredDepth_ == 0 && !done_) {
     content_ = text;
   }
-}
-
-void XmlValueBuilder::ProcessingInstruction(const xmlChar* target, const char* data) {
-  last_ = LastNode::Other;
-  if (TakesContent()) {
-    if (data != nullptr) {
-      content_ = data;
-    }
-    return;
-  }
-  if (done_ || ignoredDepth_ > 0 || depth_ == 0 || !AwaitsValue(Innermost())) {
-    return;
-  }
-  StartValue(target, XmlAttributes());
-  EndOpen();
 }
 
 bool XmlValueBuilder::AwaitsValue(const OpenElement& element) {
@@ -94,11 +66,11 @@ XmlValueBuilder::OpenElement& XmlValueBuilder::Open(OpenElement::Kind kind) {
   return opened;
 }
 
-void XmlValueBuilder::StartInside(const OpenElement& parent, const xmlChar* name,
+void XmlValueBuilder::StartInside(const OpenElement& parent, std::string_view name,
                                   const XmlAttributes& attributes) {
   if (AwaitsValue(parent)) {
     StartValue(name, attributes);
-  } else if (parent.kind == OpenElement::Kind::Structure && name == names_.field) {
+  } else if (parent.kind == OpenElement::Kind::Structure && name == "field") {
     StartField(attributes);
   } else {
     ignoredDepth_ = 1;
@@ -107,39 +79,23 @@ void XmlValueBuilder::StartInside(const OpenElement& parent, const xmlChar* name
 
 void XmlValueBuilder::StartField(const XmlAttributes& attributes) {
   OpenElement& field = Open(OpenElement::Kind::Field);
-  attributes.Get(names_.name, field.name);
+  field.name = ValueOf(attributes, "name");
   if (field.name.empty()) {
     throw KestrelException(kFieldWithoutName);
   }
 }
 
-void XmlValueBuilder::StartValue(const xmlChar* name, const XmlAttributes& attributes) {
-  const XmlValueTag tag = FindTag(name);
+void XmlValueBuilder::StartValue(std::string_view name, const XmlAttributes& attributes) {
+  const XmlValueTag tag = ParseXmlValueTag(name);
   if (tag == XmlValueTag::List) {
-    Open(OpenElement::Kind::List).list.emplace(attributes.Get(names_.type));
+    Open(OpenElement::Kind::List).list.emplace(ValueOf(attributes, "type"));
   } else if (tag == XmlValueTag::Structure) {
-    Open(OpenElement::Kind::Structure).structure = MetaStruct::New(attributes.Get(names_.typeName));
+    Open(OpenElement::Kind::Structure).structure =
+        MetaStruct::New(std::string(ValueOf(attributes, "typeName")));
   } else {
     scalar_ = tag;
     content_.clear();
   }
-}
-
-XmlValueTag XmlValueBuilder::FindTag(const xmlChar* name) const {
-  // Fast path: the address of a name is enough to recognise it. All other names are compared.
-  if (name == names_.string) {
-    return XmlValueTag::String;
-  }
-  if (name == names_.integer) {
-    return XmlValueTag::Int;
-  }
-  if (name == names_.boolean) {
-    return XmlValueTag::Bool;
-  }
-  if (name == names_.structure) {
-    return XmlValueTag::Structure;
-  }
-  return ParseXmlValueTag(AsChars(name));
 }
 
 void XmlValueBuilder::EndOpen() {
@@ -184,26 +140,6 @@ void XmlValueBuilder::Complete(const std::shared_ptr<MetaObject>& value) {
     value_ = value;
     done_ = true;
   }
-}
-
-bool XmlValueBuilder::TakesContent() const {
-  return scalar_.has_value() && ignoredDepth_ == 0 && !done_;
-}
-
-void XmlValueBuilder::Join(LastNode kind, const char* text, std::size_t length) {
-  const bool continues = last_ == kind;
-  joinedLength_ = continues ? joinedLength_ + length : length;
-  last_ = kind;
-  if (continues && joinedLength_ > kMaxJoinedText) {
-    needsTree_ = true;
-  }
-  if (!TakesContent()) {
-    return;
-  }
-  if (!continues) {
-    content_.clear();
-  }
-  content_.append(text, length);
 }
 
 }  // namespace Kestrel::AutoCli

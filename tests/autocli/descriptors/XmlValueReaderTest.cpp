@@ -1,9 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Reading a document from the events of the parser must be the same as reading it from the tree
-// that `xmlReadMemory` makes: the same value, message of an exception, and diagnostics of the
-// parser.
+// Reading a document without the parser must be the same as reading it from the tree that
+// `xmlReadMemory` makes: the same value, message of an exception, and diagnostics of the parser.
 
 #include "autocli/descriptors/XmlValueReader.h"
 
@@ -377,6 +376,8 @@ TEST(XmlValueReaderTest, LeavesUnusualDocumentsToATree) {
   EXPECT_FALSE(ReadXmlValue(" \t\r\n<!DOCTYPE o><o/>", value));
   EXPECT_FALSE(ReadXmlValue("<?xml version='1.0' encoding='latin1'?><o/>", value));
   EXPECT_FALSE(ReadXmlValue("<o xml:id='a'/>", value));
+  EXPECT_FALSE(ReadXmlValue("<o><?pi data?></o>", value));
+  EXPECT_FALSE(ReadXmlValue("<o>\r\n</o>", value));
   EXPECT_FALSE(ReadXmlValue("<o><a></o>", value));
   EXPECT_FALSE(ReadXmlValue("<o><p:a/></o>", value));
   EXPECT_FALSE(ReadXmlValue("", value));
