@@ -15,6 +15,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <memory>
 
 #include "plugins/host/frame/FileDescriptor.h"
 #include "plugins/host/frame/HexDigits.h"
@@ -54,18 +55,19 @@ class NetlinkSocket {
     }
   }
 
-  std::string_view Receive(std::vector<char>& buffer) const {
+  /// `buffer` has kDatagramSize bytes.
+  std::string_view Receive(char* buffer) const {
     ssize_t size = 0;
     do {
-      size = ::recv(socket_.Get(), buffer.data(), buffer.size(), MSG_TRUNC);
+      size = ::recv(socket_.Get(), buffer, kDatagramSize, MSG_TRUNC);
     } while (size < 0 && errno == EINTR);
     if (size < 0) {
       throw NetlinkError(what_, errno == EAGAIN ? ETIMEDOUT : errno);
     }
-    if (static_cast<std::size_t>(size) > buffer.size()) {
+    if (static_cast<std::size_t>(size) > kDatagramSize) {
       throw NetlinkError(what_, EMSGSIZE);
     }
-    return std::string_view(buffer.data(), static_cast<std::size_t>(size));
+    return std::string_view(buffer, static_cast<std::size_t>(size));
   }
 
  private:
@@ -202,14 +204,15 @@ void ForEachNetlinkMessage(std::string_view bytes,
 std::string DumpNetlink(const NetlinkRequest& request, const std::string& what,
                         std::chrono::milliseconds deadline) {
   const NetlinkSocket socket(request.protocol, what, deadline);
-  std::vector<char> buffer(kDatagramSize);
+  // Without initial values, so that only the pages that datagrams reach are allocated.
+  const std::unique_ptr<char[]> buffer(new char[kDatagramSize]);
   std::string collected;
   for (std::uint32_t attempt = 1; attempt <= kMaxAttempts; ++attempt) {
     collected.clear();
     DumpProgress progress;
     socket.Send(request, attempt);
     while (!progress.isDone) {
-      CollectDatagram(socket.Receive(buffer), attempt, what, collected, progress);
+      CollectDatagram(socket.Receive(buffer.get()), attempt, what, collected, progress);
     }
     if (!progress.isInterrupted) {
       break;
