@@ -79,7 +79,13 @@ void Measure(benchmark::State& state, const std::vector<std::string>& words, int
   }
 }
 
-void BM_StartRootListing(benchmark::State& state) { Measure(state, {KESTREL_TOOL}, 1); }
+/// The staged tool if there is one: the one in the build tree makes the loader look for each library
+/// in folders of that tree.
+std::string Tool() {
+  return fs::exists(KESTREL_STAGED_TOOL) ? KESTREL_STAGED_TOOL : KESTREL_TOOL;
+}
+
+void BM_StartRootListing(benchmark::State& state) { Measure(state, {Tool()}, 1); }
 BENCHMARK(BM_StartRootListing)->UseManualTime();
 
 /// Also loads the plug-ins that are shipped. Skipped without them: the target `stage` installs
@@ -89,7 +95,7 @@ void MeasureShipped(benchmark::State& state, std::vector<std::string> words, int
     state.SkipWithError("the plug-ins are not staged");
     return;
   }
-  words.insert(words.begin(), {KESTREL_TOOL, "--plugin-dir", KESTREL_SHIPPED_PLUGINS});
+  words.insert(words.begin(), {Tool(), "--plugin-dir", KESTREL_SHIPPED_PLUGINS});
   Measure(state, words, expectedStatus);
 }
 
@@ -160,7 +166,7 @@ class PluginFolder {
 
 void BM_StartPlugins(benchmark::State& state) {
   const PluginFolder folder(static_cast<int>(state.range(0)));
-  Measure(state, {KESTREL_TOOL, "--plugin-dir", folder.GetPath()}, 1);
+  Measure(state, {Tool(), "--plugin-dir", folder.GetPath()}, 1);
 }
 BENCHMARK(BM_StartPlugins)->Arg(1)->Arg(10)->Arg(100)->Arg(1000)->UseManualTime();
 

@@ -70,10 +70,11 @@ def count_instructions(words, folder, status=0):
 
 def start_rows(build):
     """The whole runs: their words. Each lists the root, which exits with 1."""
+    stage = build / "stage"
     return {
-        "start": [build / "vexil" / "vexil"],
-        "start-shipped": [build / "vexil" / "vexil", "--plugin-dir",
-                          build / "stage" / "lib" / "norvane" / "vexil"],
+        "start": [stage / "bin" / "vexil"],
+        "start-shipped": [stage / "bin" / "vexil", "--plugin-dir",
+                          stage / "lib" / "norvane" / "vexil"],
     }
 
 
