@@ -79,11 +79,9 @@ void Measure(benchmark::State& state, const std::vector<std::string>& words, int
   }
 }
 
-/// The staged tool if there is one: the one in the build tree makes the loader look for each library
-/// in folders of that tree.
-std::string Tool() {
-  return fs::exists(KESTREL_STAGED_TOOL) ? KESTREL_STAGED_TOOL : KESTREL_TOOL;
-}
+/// The staged tool if there is one: the one in the build tree makes the loader look for each
+/// library in folders of that tree.
+std::string Tool() { return fs::exists(KESTREL_STAGED_TOOL) ? KESTREL_STAGED_TOOL : KESTREL_TOOL; }
 
 void BM_StartRootListing(benchmark::State& state) { Measure(state, {Tool()}, 1); }
 BENCHMARK(BM_StartRootListing)->UseManualTime();

@@ -22,7 +22,7 @@ namespace {
 // Bounds that are well below the limits of the parser.
 constexpr std::size_t kMaxDepth = 200;
 constexpr std::size_t kMaxAttributes = 100;
-constexpr std::ptrdiff_t kMaxPiece = 5000000;  // the bytes of a text, value or comment
+constexpr std::ptrdiff_t kMaxPiece = 5000000;  // the bytes of one text, value or comment
 constexpr std::size_t kMaxNames = 1000000;     // the bytes of all different names
 
 constexpr std::string_view kCDataBegin = "<![CDATA[";
