@@ -23,7 +23,8 @@ namespace {
 constexpr std::size_t kMaxDepth = 200;
 constexpr std::size_t kMaxAttributes = 100;
 constexpr std::ptrdiff_t kMaxPiece = 5000000;  // the bytes of one text, value or comment
-constexpr std::size_t kMaxNames = 1000000;     // the bytes of all different names
+constexpr std::size_t kMaxName = 10000;        // the bytes of a name
+constexpr std::size_t kMaxNames = 4000000;     // the bytes of all different names
 
 constexpr std::string_view kCDataBegin = "<![CDATA[";
 
@@ -287,7 +288,7 @@ class Scanner {
     }
     Skip(kName);
     name = Since(begin);
-    return !hasManyNames_ || CountName(name);
+    return name.size() <= kMaxName && (!hasManyNames_ || CountName(name));
   }
 
   bool CountName(std::string_view name) {

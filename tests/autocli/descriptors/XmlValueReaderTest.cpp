@@ -195,13 +195,9 @@ TEST(XmlValueReaderTest, RandomDocumentsLeadToEveryKindOfResult) {
   EXPECT_GT(exceptions, 100);
 }
 
-// Changes a document that contains something of every kind, at each position.
-TEST(XmlValueReaderTest, ReadsADamagedDocumentAsATreeDoes) {
-  const std::string text =
-      "<?xml version='1.0'?><!-- c --><o xmlns:p='urn:p'> <list type='structure'><structure "
-      "typeName='S'><field name='a&lt;'><int> 7</int></field></structure></list><?pi d?><p:b "
-      "p:x=\"1\"/><![CDATA[x]]>&#65;</o>\n";
-  for (std::size_t i = 0; i < text.size() && !HasFailure(); ++i) {
+/// Expects the same reading of `text` after each change of one place.
+void ExpectSameReadingOfDamaged(const std::string& text) {
+  for (std::size_t i = 0; i < text.size() && !testing::Test::HasFailure(); ++i) {
     ExpectSameReading(text.substr(0, i));
     ExpectSameReading(text.substr(i));
     ExpectSameReading(text.substr(0, i) + text.substr(i + 1));
@@ -210,6 +206,22 @@ TEST(XmlValueReaderTest, ReadsADamagedDocumentAsATreeDoes) {
     }
     ExpectSameReading(std::string(text).insert(i, 1, '\0'));
   }
+}
+
+TEST(XmlValueReaderTest, ReadsADamagedDocumentAsATreeDoes) {
+  ExpectSameReadingOfDamaged(
+      "<?xml version='1.0'?><!-- c --><o xmlns:p='urn:p'> <list type='structure'><structure "
+      "typeName='S'><field name='a&lt;'><int> 7</int></field></structure></list><?pi d?><p:b "
+      "p:x=\"1\"/><![CDATA[x]]>&#65;</o>\n");
+}
+
+TEST(XmlValueReaderTest, ReadsADamagedOrdinaryDocumentAsATreeDoes) {
+  const std::string text =
+      "<?xml version='1.0'?><!-- c --><o> <list type='structure'><structure typeName='S'><field "
+      "name='a&lt;'><string>\xC3\xA4]&#65;<![CDATA[x]]><!--c--></string></field></structure>"
+      "</list><b x = \"1\" y='2'/></o>\n";
+  EXPECT_EQ(ExpectSameReading(text), Way::Events);
+  ExpectSameReadingOfDamaged(text);
 }
 
 TEST(XmlValueReaderTest, ReadsAllShortTextsAsATreeDoes) {
@@ -344,6 +356,32 @@ TEST(XmlValueReaderTest, ReadsLongTextsOfEveryKindAsATreeDoes) {
     ExpectSameReading("<o><string/>" + text + "&lt;xxxx</o>");
     ExpectSameReading("<o><structure typeName='" + text + "xxxxx'/></o>");
     ExpectSameReading("<o a='" + text + "&lt;xxxx'><string/></o>");
+  }
+}
+
+TEST(XmlValueReaderTest, ReadsLongNamesAsATreeDoes) {
+  for (const std::size_t size : {10000, 10001, 49999, 50000, 50001}) {
+    const std::string name(size, 'n');
+    ExpectSameReading("<o><string/><" + name + "/></o>");
+    ExpectSameReading("<o><string " + name + "='a'/></o>");
+  }
+}
+
+TEST(XmlValueReaderTest, LeavesADocumentWithManyNamesToATree) {
+  // The parser can store about 10 MB of names.
+  for (const int count : {400000, 600000}) {
+    std::string text = "<o>";
+    for (int i = 0; i < count; ++i) {
+      text += "<n" + std::to_string(i + 1000000) + "/>";
+    }
+    std::shared_ptr<MetaObject> value;
+    bool isRead = false;
+    try {
+      isRead = ReadXmlValue(text + "</o>", value);
+    } catch (const KestrelException&) {
+      isRead = true;  // no such value
+    }
+    EXPECT_EQ(isRead, count == 400000);
   }
 }
 
