@@ -26,7 +26,7 @@ class XmlEventTree final : private XmlEvents {
   static constexpr std::size_t kMaxSize = 5000000;
 
   /// Returns null when the document is not ordinary: see `ScanXml`. Such a document must be read
-  /// through the parser's own tree. Reports nothing.
+  /// through the parser's own tree. Reports nothing. Throws std::bad_alloc when memory runs out.
   static std::unique_ptr<XmlEventTree> Read(std::string_view text);
 
   XmlEventTree(const XmlEventTree&) = delete;

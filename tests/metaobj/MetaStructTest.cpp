@@ -8,6 +8,7 @@
 #include <pthread.h>
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <numeric>
 #include <random>
@@ -1146,24 +1147,38 @@ TEST(MetaStructTest, DestroysDeepNestingOnAFlatStack) {
   }
 }
 
+void RunOnASmallStack(std::function<void()> work) {
+  constexpr std::size_t kStack = 256 * 1024;
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  ASSERT_EQ(pthread_attr_setstacksize(&attributes, kStack), 0);
+  const auto run = [](void* function) -> void* {
+    (*static_cast<std::function<void()>*>(function))();
+    return nullptr;
+  };
+  pthread_t thread;
+  ASSERT_EQ(pthread_create(&thread, &attributes, run, &work), 0);
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attributes);
+}
+
 // The structures that wait to be destroyed are destroyed one after the other, too.
 TEST(MetaStructTest, DestroysDeepNestingOnASmallStack) {
-  constexpr std::size_t kStack = 256 * 1024;
   for (const bool hasLists : {false, true}) {
     auto structure = Nested(20 * kDeep, hasLists);
     const std::weak_ptr<MetaStruct> watched = structure;
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    ASSERT_EQ(pthread_attr_setstacksize(&attributes, kStack), 0);
-    const auto release = [](void* held) -> void* {
-      static_cast<std::shared_ptr<MetaStruct>*>(held)->reset();
-      return nullptr;
-    };
-    pthread_t thread;
-    ASSERT_EQ(pthread_create(&thread, &attributes, release, &structure), 0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
+    RunOnASmallStack([&] { structure.reset(); });
     EXPECT_TRUE(watched.expired());
+  }
+}
+
+TEST(MetaStructTest, ComparesDeepNestingOnASmallStack) {
+  for (const bool hasLists : {false, true}) {
+    const auto mine = Nested(kDeep, hasLists);
+    const auto other = Nested(kDeep, hasLists);
+    bool isSame = false;
+    RunOnASmallStack([&] { isSame = mine->IsSameStructure(other, nullptr); });
+    EXPECT_TRUE(isSame);
   }
 }
 

@@ -524,6 +524,7 @@ TEST(UnsafeFormTest, ABareValueThatCouldLeaveItsCommentIsRefused) {
   EXPECT_EQ(MessageOf("echo a$multilist{ll,-m,false}", {}, {value}), refusal("ll"));
   EXPECT_EQ(MessageOf("echo a$multilist{ll,-m,false}", {}, {"#", "\necho ran"}), refusal("ll"));
   EXPECT_EQ(MessageOf("echo $val{yy} $list{ll,',',false}", {}, {value}, {"a\nb#"}), refusal("ll"));
+  EXPECT_EQ(MessageOf("echo $if{no,$val{xx}} $val{yy}", {value}, {}, {value}), refusal("yy"));
 }
 
 TEST(UnsafeFormTest, ACommentOfOneBareValueMustNotEndInAnother) {

@@ -32,6 +32,7 @@ TEST(XmlAttributeCountTest, ASectionContainsNoTags) {
   EXPECT_EQ(CountMostAttributes("<!-- <a b='' c=''> --><a b=''/>"), 1u);
   EXPECT_EQ(CountMostAttributes("<![CDATA[<a b='' c=''>]]><a b=''/>"), 1u);
   EXPECT_EQ(CountMostAttributes("<?p <a b='' c=''>?><a b=''/>"), 1u);
+  EXPECT_EQ(CountMostAttributes("<!--<=--><a/>"), 0u);
 }
 
 TEST(XmlAttributeCountTest, ALargeDocumentHasFewAttributesIfItHasFewEqualsSigns) {

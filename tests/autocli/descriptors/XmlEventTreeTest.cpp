@@ -13,8 +13,11 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory_resource>
+#include <new>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "autocli/descriptors/XmlDocument.h"
 #include "autocli/descriptors/XmlNode.h"
@@ -171,6 +174,36 @@ TEST(XmlEventTreeTest, IsMissingForAProgramThatHasSpaceRemoved) {
   const std::unique_ptr<XmlEventTree> tree = XmlEventTree::Read("<o> <a/> </o>");
   xmlKeepBlanksDefault(before);
   EXPECT_EQ(tree, nullptr);
+}
+
+/// Memory for one allocation.
+class OneAllocation : public std::pmr::memory_resource {
+ private:
+  void* do_allocate(std::size_t size, std::size_t alignment) override {
+    if (std::exchange(isUsed_, true)) {
+      throw std::bad_alloc();
+    }
+    return std::pmr::new_delete_resource()->allocate(size, alignment);
+  }
+  void do_deallocate(void* memory, std::size_t size, std::size_t alignment) override {
+    std::pmr::new_delete_resource()->deallocate(memory, size, alignment);
+  }
+  bool do_is_equal(const memory_resource& other) const noexcept override { return this == &other; }
+
+  bool isUsed_ = false;
+};
+
+TEST(XmlEventTreeTest, ThrowsIfMemoryRunsOut) {
+  std::string text = "<o>";
+  for (int i = 0; i < 1000; ++i) {
+    text += "<a/>";
+  }
+  text += "</o>";
+  EXPECT_NE(XmlEventTree::Read(text), nullptr);
+  OneAllocation memory;
+  std::pmr::memory_resource* const before = std::pmr::set_default_resource(&memory);
+  EXPECT_THROW(XmlEventTree::Read(text), std::bad_alloc);
+  std::pmr::set_default_resource(before);
 }
 
 TEST(XmlEventTreeTest, ReportsNothing) {

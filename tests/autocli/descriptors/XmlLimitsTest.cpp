@@ -179,6 +179,9 @@ const ExpansionCase kExpansionCases[] = {
     {"Attributes", [](std::size_t size) { return EntityOf(size + 50) + "]>"; }, "<e a='&e;'/>"},
     {"NestedEntities", [](std::size_t size) { return EntityOf(size + 20) + "<!ENTITY f '&e;'>]>"; },
      "<e>&f;</e>"},
+    {"NestedEntitiesAfterText",
+     [](std::size_t size) { return EntityOf(size - 20) + "<!ENTITY f 'xx&e;xx'>]>"; },
+     "<e>&f;</e>"},
     {"Defaults",
      [](std::size_t size) {
        return "<!DOCTYPE x [<!ATTLIST e a CDATA '" + std::string(size / 10, 'x') + "'>]>";
@@ -262,6 +265,19 @@ TEST(XmlLimitsTest, NestedEntitiesOfACallersTreeAreNotFollowedForever) {
     EXPECT_EQ(FaultOf([&] { XmlUtil_ExtractAttribute(tree.GetRoot(), "typeName"); }),
               kTooMuchExpansion);
   }
+}
+
+TEST(XmlLimitsTest, AHundredThousandEntitiesWithinEachOtherAreRefused) {
+  constexpr int kEntities = 100000;
+  std::string type = "<!DOCTYPE a [<!ENTITY e0 'x'>";
+  for (int i = 1; i <= kEntities; ++i) {
+    type += "<!ENTITY e" + std::to_string(i) + " '&e" + std::to_string(i - 1) + ";'>";
+  }
+  const Tree tree(type + "]><list type='string'/>");
+  const std::string last = "e" + std::to_string(kEntities);
+  xmlNode* const root = tree.GetRoot();
+  xmlAddChild(root, xmlNewReference(root->doc, reinterpret_cast<const xmlChar*>(last.c_str())));
+  EXPECT_EQ(FaultOf([&] { BuildMetaList(root); }), kTooMuchExpansion);
 }
 
 TEST(XmlLimitsTest, AValueOfACallersTreeExpandsToAtMostTenMegabytes) {

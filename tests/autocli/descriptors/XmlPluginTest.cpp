@@ -29,6 +29,7 @@ namespace Kestrel::AutoCli {
 namespace {
 
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::IsEmpty;
 using testing::Pair;
 using testing::StartsWith;
@@ -219,6 +220,51 @@ TEST(XmlPluginTest, RefusesAFileThatCannotBeParsed) {
   for (const std::string& path : {missing, empty, truncated, directory, fifo}) {
     EXPECT_EQ(fault(path), expected(path));
   }
+}
+
+/// Sets the users of this process during its lifetime, if it has the rights of root.
+class OtherUsers {
+ public:
+  OtherUsers(uid_t real, uid_t effective) : isRoot_(geteuid() == 0) {
+    if (isRoot_) {
+      EXPECT_EQ(setresuid(real, effective, 0), 0);
+    }
+  }
+  OtherUsers(const OtherUsers&) = delete;
+  OtherUsers& operator=(const OtherUsers&) = delete;
+  ~OtherUsers() {
+    if (isRoot_) {
+      EXPECT_EQ(setresuid(0, 0, 0), 0);
+    }
+  }
+
+ private:
+  const bool isRoot_;
+};
+
+std::string DiagnosticsOf(const std::string& path) {
+  StreamCapture diagnostics(STDERR_FILENO);
+  EXPECT_THROW(XmlPlugin::New(path)->Initialize(), KestrelException);
+  return diagnostics.GetText();
+}
+
+TEST(XmlPluginTest, ReportsThatAFileCannotBeOpened) {
+  constexpr uid_t kUser = 4711;
+  const ScopedTempDir folder;
+  const std::string missing = folder.GetPath("missing.xml");
+  const std::string secret = folder.Write("secret.xml", "<x/>");
+  ASSERT_EQ(chmod(folder.GetPath().c_str(), 0755), 0);
+  ASSERT_EQ(chmod(secret.c_str(), 0), 0);
+  const auto expected = [](const std::string& path) {
+    return "I/O warning : failed to load external entity \"" + path + "\"\n";
+  };
+  EXPECT_EQ(DiagnosticsOf(missing), expected(missing));
+  {
+    const OtherUsers isChecked(kUser, 0);
+    EXPECT_EQ(DiagnosticsOf(missing), expected(missing));
+  }
+  const OtherUsers mayNotRead(kUser, kUser);
+  EXPECT_THAT(DiagnosticsOf(secret), EndsWith(expected(secret)));
 }
 
 TEST(XmlPluginTest, RefusesEveryOtherVersion) {

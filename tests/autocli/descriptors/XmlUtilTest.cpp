@@ -136,6 +136,12 @@ TEST(XmlUtilTest, ExtractAttributeJoinsTheNodesOfACallersAttribute) {
   EXPECT_EQ(XmlUtil_ExtractAttribute(tree.GetRoot(), "one"), "1<2>3");
 }
 
+TEST(XmlUtilTest, ExtractAttributeOfATextWithoutContentIsEmpty) {
+  const Tree tree("<a one='1'/>");
+  xmlNodeSetContent(tree.GetRoot()->properties->children, nullptr);
+  EXPECT_EQ(XmlUtil_ExtractAttribute(tree.GetRoot(), "one"), "");
+}
+
 TEST(XmlUtilTest, ExtractAttributeOfANodeThatHasNoneIsEmpty) {
   const Tree tree("<a>text</a>");
   EXPECT_EQ(XmlUtil_ExtractAttribute(tree.GetChild(0), "one"), "");

@@ -412,6 +412,8 @@ TEST(XmlValueReaderTest, LeavesUnusualDocumentsToATree) {
   EXPECT_TRUE(ReadXmlValue("<?xml version='1.0'?><!-- <!DOCTYPE o> --><o/>", value));
   EXPECT_FALSE(ReadXmlValue("<?xml version='1.0'?><!-- c --> <!DOCTYPE o><o/>", value));
   EXPECT_FALSE(ReadXmlValue(" \t\r\n<!DOCTYPE o><o/>", value));
+  EXPECT_FALSE(ReadXmlValue("<?p?><!DOCTYPE o><o/>", value));
+  EXPECT_FALSE(ReadXmlValue("<?xml version='1.0' encoding='l1'?><o/>", value));
   EXPECT_FALSE(ReadXmlValue("<?xml version='1.0' encoding='latin1'?><o/>", value));
   EXPECT_FALSE(ReadXmlValue("<o xml:id='a'/>", value));
   EXPECT_FALSE(ReadXmlValue("<o><?pi data?></o>", value));

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <ios>
 #include <limits>
 #include <memory>
 #include <sstream>
@@ -14,6 +15,7 @@
 
 #include "kestrel/KestrelException.h"
 #include "support/FormatterFixture.h"
+#include "support/LimitedBuffer.h"
 
 namespace Kestrel::AutoCli {
 namespace {
@@ -22,6 +24,14 @@ using namespace ::Kestrel::Testing;  // NOLINT: helpers of these tests
 using ::testing::ThrowsMessage;
 
 class PythonFormatterTest : public FormatterFixture<PythonFormatter> {};
+
+TEST_F(PythonFormatterTest, TheExceptionOfAStreamReachesTheCaller) {
+  EXPECT_TRUE(ThrowsOnAFullDisk());
+  LimitedBuffer full(1);
+  std::ostream out(&full);
+  out.exceptions(std::ios_base::badbit);
+  EXPECT_THROW(PythonFormatter().Format(MetaInt::New(12345), out, 0), std::ios_base::failure);
+}
 
 TEST_F(PythonFormatterTest, DocumentsItself) {
   const PythonFormatter formatter;

@@ -45,6 +45,10 @@ const char kTwoDisks[] =
 
 std::shared_ptr<MetaList> TwoDisks() { return MakeDisks({{"disk1", 512}, {"d2", 4096}}); }
 
+TEST_F(TableFormatterTest, TheExceptionOfAStreamReachesTheCaller) {
+  EXPECT_TRUE(ThrowsOnAFullDisk());
+}
+
 TEST_F(TableFormatterTest, DocumentsItself) {
   const TableFormatter formatter;
   EXPECT_EQ(formatter.GetName(), "table");

@@ -10,6 +10,7 @@
 #include <errno.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -18,12 +19,15 @@
 #include <string>
 
 #include "kestrel/KestrelException.h"
+#include "support/MemoryFile.h"
 #include "support/ScopedTempDir.h"
 
 namespace Kestrel::AutoCli {
 namespace {
 
+using Testing::MemoryFile;
 using Testing::ScopedTempDir;
+using ::testing::StartsWith;
 using ::testing::ThrowsMessage;
 
 namespace fs = std::filesystem;
@@ -44,6 +48,7 @@ class CheckedFileTest : public ::testing::Test {
     try {
       ASSERT_TRUE(OpenCheckedFile(file_).descriptor.IsOpen());
     } catch (const KestrelException& error) {
+      ASSERT_THAT(error.what(), StartsWith("/"));  // the path of what is not trusted
       GTEST_SKIP() << "The files of this test are not trusted: " << error.what();
     }
   }
@@ -98,7 +103,9 @@ TEST_F(CheckedFileTest, FollowsLinks) {
 TEST_F(CheckedFileTest, NamesWhatIsNotTrustedWithoutLinks) {
   fs::create_symlink("inner", folder_.GetPath("link"));
   SetMode(file_, 0664);
+  fs::create_symlink(Inner(), folder_.GetPath("absolute"));
   ExpectRefused(folder_.GetPath("link/file"), file_ + " can be written by its group");
+  ExpectRefused(folder_.GetPath("absolute/file"), file_ + " can be written by its group");
   SetMode(Inner(), 0757);
   ExpectRefused(folder_.GetPath("link/../link/file"), Inner() + " can be written by every user");
 }
@@ -115,6 +122,35 @@ TEST_F(CheckedFileTest, RefusesAFileOfAnotherUser) {
   ASSERT_EQ(chown(file_.c_str(), 4711, 0), 0);
   ExpectRefused(file_,
                 file_ + " belongs to user 4711, who is neither root nor the owner of this program");
+}
+
+/// The reason why a file is refused in a root folder without /proc; empty if it is not.
+std::string ReasonWithoutProc(const std::string& folder, const std::string& path) {
+  const MemoryFile reason;
+  const pid_t child = fork();
+  if (child == 0) {
+    try {
+      if (chroot(folder.c_str()) == 0) {
+        OpenCheckedFile(path);
+      }
+    } catch (const KestrelException& error) {
+      reason.Write(error.what());
+    }
+    _exit(0);
+  }
+  waitpid(child, nullptr, 0);
+  return reason.Read();
+}
+
+TEST_F(CheckedFileTest, RefusesEveryFileWithoutProc) {
+  if (geteuid() != 0) {
+    GTEST_SKIP() << "Only root can change the root folder.";
+  }
+  EXPECT_EQ(ReasonWithoutProc(Inner(), "/file"),
+            "it can be loaded safely only where /proc is mounted");
+  ASSERT_EQ(chown(file_.c_str(), 1, 0), 0);
+  EXPECT_EQ(ReasonWithoutProc(Inner(), "/file"),
+            "/file belongs to user 1, who is neither root nor the owner of this program");
 }
 
 TEST_F(CheckedFileTest, KeepsTheFileThatItHasChecked) {

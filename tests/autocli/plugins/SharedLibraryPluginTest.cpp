@@ -34,8 +34,10 @@ namespace {
 using Testing::CopyTestPlugin;
 using testing::ElementsAre;
 using testing::EndsWith;
+using testing::HasSubstr;
 using testing::IsEmpty;
 using Testing::IsLoaded;
+using testing::Not;
 using Testing::ScopedTempDir;
 using Testing::TestPluginPath;
 using testing::ThrowsMessage;
@@ -326,6 +328,7 @@ class ForeignRightsTest : public ::testing::Test {
     try {
       SharedLibraryPlugin::New(CopyOf("LenderPlugin"))->Initialize();
     } catch (const KestrelException& error) {
+      ASSERT_THAT(error.what(), Not(HasSubstr("cannot open")));
       GTEST_SKIP() << "The files of this test are not trusted: " << error.what();
     }
   }

@@ -260,6 +260,18 @@ TEST_F(ChildProcessTest, AFailedReadKeepsEarlierOutput) {
   EXPECT_EQ(FirstFreeDescriptor(), first);
 }
 
+TEST_F(ChildProcessTest, AFailedCallReapsAChildThatHasEnded) {
+  const LeavesNothing nothing;
+  outputPipe = FirstFreeDescriptor() + 2;
+  const Interruption interruption([](int) {
+    siginfo_t ended;
+    waitid(P_ALL, 0, &ended, WEXITED | WNOWAIT);
+    close(outputPipe);
+  });
+  std::string output;
+  EXPECT_THROW(RunShell("sleep 0.1; kill -ALRM $PPID; sleep 0.1", output), KestrelException);
+}
+
 /// Restores the limit of descriptors in its destructor.
 class DescriptorLimit {
  public:
@@ -423,6 +435,23 @@ TEST_F(ChildProcessTest, ASignalReachesTheChildAndThenEndsTheCaller) {
   if (caller == 0) {
     signal(SIGTERM, SIG_DFL);
     OutputOf("trap 'touch " + file + "; exit' TERM; kill -TERM $PPID; sleep 5; exit 1");
+    _exit(0);
+  }
+  int status = 0;
+  waitpid(caller, &status, 0);
+  EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM) << status;
+  EXPECT_TRUE(std::filesystem::exists(file));
+}
+
+TEST_F(ChildProcessTest, ASignalReachesTheChildAfterAnInterruptedWait) {
+  const ScopedTempDir folder;
+  const std::string file = folder.GetPath("received");
+  const pid_t caller = fork();
+  if (caller == 0) {
+    signal(SIGTERM, SIG_DFL);
+    const Interruption interruption([](int) {});
+    OutputOf("exec >&-; trap 'touch " + file + "; exit' TERM; sleep 0.1; kill -ALRM $PPID; " +
+             "sleep 0.1; kill -TERM $PPID; sleep 1; exit 1");
     _exit(0);
   }
   int status = 0;

@@ -306,6 +306,20 @@ TEST(EchoGuardTest, APromptThatWentToAFileIsNotWrittenAgain) {
   EXPECT_EQ(0, terminal.WaitForEnd());
 }
 
+TEST(EchoGuardTest, APromptThatCannotBeWrittenIsLeftOut) {
+  PseudoTerminal terminal;
+  terminal.Start([] {
+    const EchoGuard guard("Prompt: ");
+    close(STDOUT_FILENO);
+    raise(SIGTSTP);
+    return HasEcho() ? 1 : 0;
+  });
+  ASSERT_TRUE(terminal.WaitUntilStopped());
+  terminal.Continue();
+  EXPECT_EQ(0, terminal.WaitForEnd());
+  EXPECT_EQ("", terminal.ReadRest());
+}
+
 TEST(EchoGuardTest, InputThatIsNotATerminalIsLeftAlone) {
   const ScopedInput in("secret\n");
   const EchoGuard guard("Prompt: ");

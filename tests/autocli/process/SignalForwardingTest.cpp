@@ -3,6 +3,7 @@
 
 #include "autocli/process/SignalForwarding.h"
 
+#include <errno.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
@@ -142,6 +143,17 @@ TEST_F(SignalForwardingTest, PassesNothingOnAfterStop) {
     raise(SIGTERM);
     kill(child, SIGKILL);
     RequireOrExit(SignalThatEnded(child) == SIGKILL);
+  });
+  EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM) << status;
+}
+
+TEST_F(SignalForwardingTest, ASignalLeavesTheErrorNumberAlone) {
+  const int status = StatusOf([] {
+    SignalForwarding forwarding;
+    forwarding.Start(1 << 30);  // no process has such a number, so each call for it fails
+    errno = EDOM;
+    raise(SIGTERM);
+    RequireOrExit(errno == EDOM);
   });
   EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM) << status;
 }

@@ -138,6 +138,19 @@ TEST(TypedSecretsTest, ACopyIsFoundUntilItIsWiped) {
   EXPECT_EQ(CountCopies(), 0);
 }
 
+// A string that has become shorter keeps what it contained before.
+TEST(TypedSecretsTest, WipesAStringBeyondItsEnd) {
+  std::string text = "a former text of some length";
+  const char* const bytes = text.data();
+  text.resize(2);
+  ASSERT_EQ(bytes[3], 'o');
+  Wipe(text);
+  EXPECT_EQ(text.data(), bytes);
+  for (int i = 0; i < 28; ++i) {
+    EXPECT_EQ(bytes[i], '\0') << i;
+  }
+}
+
 TEST(TypedSecretsTest, IsMaskedInAMessage) {
   const std::string message = Call("true '$val{password}'", "");
   EXPECT_NE(message.find("Command \"true '***'\""), std::string::npos) << message;

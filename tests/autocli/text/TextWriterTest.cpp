@@ -294,6 +294,16 @@ TEST(TextWriterTest, AnExceptionOfTheStreamIsPassedOnceAndNothingIsWrittenTwice)
   EXPECT_EQ(buffer.GetRefusals(), 1);
 }
 
+TEST(TextWriterTest, AStreamThatHasThrownCountsAsFailed) {
+  LimitedBuffer buffer(5);
+  std::ostream out(&buffer);
+  out.exceptions(std::ios_base::badbit);
+  TextWriter writer(out);
+  writer.Append("0123456789");
+  EXPECT_THROW(writer.Finish(), std::ios_base::failure);
+  EXPECT_TRUE(writer.HasFailed());
+}
+
 TEST(TextWriterTest, TheDestructorIgnoresExceptionsOfTheStream) {
   LimitedBuffer buffer(5);
   std::ostream out(&buffer);
