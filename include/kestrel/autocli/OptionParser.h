@@ -19,10 +19,10 @@ namespace Kestrel::AutoCli {
 /// Splits one command line into its parts: the dispatcher options before the command path, the
 /// words of the path, and the command's own parameters after it.
 ///
-/// An option is a dash and one ASCII letter ("-v"), or two dashes, a letter and at least one more
-/// letter, digit or dash ("--verbose"), optionally followed by "=" and at least one byte
-/// ("--level=3"). Every other token is a word, for example "-", "--", "-1", "-ab", "--x" and
-/// "--name=".
+/// A short option is a dash and one ASCII letter ("-v"). A long option is two dashes, a letter and
+/// at least one more letter, digit or dash ("--verbose"). Only a long option may be followed by "="
+/// and at least one byte ("--level=3"). Every other token is a word, for example "-", "--", "-1",
+/// "-ab", "-v=3", "--x" and "--name=".
 ///
 /// One parser handles one command line. It knows neither which options nor which namespaces exist:
 /// the caller uses the dispatcher options and the path, passes the declaration of the command

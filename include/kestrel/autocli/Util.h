@@ -35,7 +35,7 @@ KESTREL_API bool AutoCli_IsValidName(const std::string& name);
 ///
 /// The format may contain literal text, "%%", "%m" and one conversion of the value (or several of
 /// the form "%1$d"): d, i, o, u, x, X or c for an integer or a boolean, s for a string. The result
-/// is cut after as many bytes as the format and `value->ToString()` have together, plus 64. For any
+/// is cut to the combined length of the format and `value->ToString()`, plus 64 bytes. For any
 /// other format, the result is an error message without units. A structure or list is printed as an
 /// empty string.
 KESTREL_API std::string AutoCli_FormatField(const std::string& typeName,
