@@ -37,7 +37,7 @@ std::string AskForOrList(const std::string& typed, const Names& names, const std
   return " " + lead + " " + JoinWords(names, ", ") + ".";
 }
 
-// Returns the last of several such options, because its value counts.
+// Returns the last option with this name, because only its value is used.
 const TypedOption* FindOption(const CommandLine& line, const std::string& name) {
   const auto found =
       std::find_if(line.dispatcherOptions.rbegin(), line.dispatcherOptions.rend(),

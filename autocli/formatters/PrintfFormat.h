@@ -24,8 +24,8 @@ class PrintfFormat {
   explicit PrintfFormat(const std::string& format);
 
   /// Prints `value` to `text` and returns 0, or returns an errno value: EINVAL if the format is
-  /// invalid or does not fit the kind of the value. The result is cut after as many bytes as the
-  /// format and `value.ToString()` have together, plus 64, and ends at its first NUL byte. It is
+  /// invalid or does not fit the kind of the value. The result is cut to the combined length
+  /// of the format and `value.ToString()`, plus 64 bytes, and ends at its first NUL byte. It is
   /// empty for a value that is neither an integer, a boolean nor a string.
   int Print(const MetaObj::MetaObject& value, std::string& text) const;
 

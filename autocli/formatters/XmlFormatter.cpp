@@ -82,7 +82,7 @@ class XmlPrinter : public DocumentPrinter<XmlPrinter> {
   }
 
   void Misread(std::string_view before, const MetaObject* value) {
-    // Of these messages, only this one is an XML comment: scripts match them.
+    // Only the message about a boolean is an XML comment. Scripts match the messages as they are.
     const bool isBool = value != nullptr && value->GetType() == MetaType::Bool;
     out_.AppendAll(before,
                    isBool ? "<!-- Error reading a bool -->" : MisreadText(value, kUnsupportedText),

@@ -16,7 +16,7 @@ struct DirectoryCloser {
   void operator()(DIR* directory) const { closedir(directory); }
 };
 
-// The suffix must follow at least one byte, which may be any.
+// At least one byte, of any value, must precede the suffix.
 bool HasSuffix(std::string_view path, std::string_view suffix) {
   return path.size() > suffix.size() &&
          path.compare(path.size() - suffix.size(), suffix.size(), suffix) == 0;

@@ -177,8 +177,8 @@ EchoGuard::EchoGuard(std::string prompt)
   terminal.hidden = terminal.shown;
   terminal.hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
   terminal.prompt = prompt_.data();
-  // On a terminal, the shell's output follows the prompt when the process stops. Elsewhere the
-  // prompt need not be repeated.
+  // On a terminal, the prompt is repeated after the process was stopped, because the shell prints
+  // something after it. In a file or a pipe, one prompt is enough.
   terminal.promptSize = isatty(STDOUT_FILENO) ? prompt_.size() : 0;
   InstallHandlers();
   isGuarded = 1;

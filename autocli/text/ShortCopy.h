@@ -8,7 +8,8 @@
 
 namespace Kestrel::AutoCli {
 
-/// Copies `size` bytes, from `Half` to 2 * `Half`, as two blocks that may overlap.
+/// Copies `size` bytes as two blocks that may overlap. `size` is at least `Half` and at most
+/// 2 * `Half`.
 template <std::size_t Half>
 void CopyEnds(char* to, const char* from, std::size_t size) {
   char first[Half];

@@ -11,9 +11,10 @@
 
 namespace Kestrel::AutoCli {
 
-/// Returns `text` with its control characters except newline and tab shown as \xHH, where HH is the
-/// code of the character: U+0000 to U+001F and U+007F to U+009F, and single bytes from 80 to 9F
-/// that are not part of a character, which some terminals interpret as well.
+/// Returns `text` with each control character except newline and tab shown as \xHH, where HH is its
+/// code. The control characters are U+0000 to U+001F and U+007F to U+009F. Single bytes from 80 to
+/// 9F that are not part of a character are shown in the same way, because some terminals interpret
+/// them too.
 inline std::string WithVisibleControls(std::string_view text) {
   constexpr char kDigits[] = "0123456789ABCDEF";
   std::string shown;

@@ -150,7 +150,7 @@ def can_trace(campaign):
 
 
 def outcome_of(fault, result, whole, stderr_writes):
-    """The outcome of a run. A message that cannot be written leaves only the status to report."""
+    """The outcome of a run. If a message cannot be written, the status alone reports the fault."""
     if fault.bytes and result != whole:
         return "changed"
     outcome = tool.classify(result, whole)

@@ -63,7 +63,7 @@ TEST(KestrelExceptionTest, CopiesIndependently) {
   EXPECT_STREQ(copy.what(), "first");
 }
 
-TEST(KestrelExceptionTest, IsMadeOfStringsOnly) {
+TEST(KestrelExceptionTest, IsMadeFromStringsOnlyAndNeverImplicitly) {
   EXPECT_FALSE((std::is_constructible_v<KestrelException, int>));
   EXPECT_FALSE((std::is_convertible_v<const char*, KestrelException>));
 }

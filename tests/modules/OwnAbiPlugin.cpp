@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A plug-in that does not include PluginEntryPoint.h. It has the number KESTREL_TEST_ABI of the
-// plug-in interface, or none if that is not defined.
+// A plug-in that does not include PluginEntryPoint.h. Its interface number is KESTREL_TEST_ABI; if
+// that is not defined, it has none.
 
 #include <kestrel/Export.h>
 #include <kestrel/autocli/Namespace.h>

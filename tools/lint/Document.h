@@ -53,13 +53,13 @@ struct Element {
   std::vector<Piece> pieces;  // what is directly in the element, without its children
   std::vector<std::shared_ptr<Suppression>> suppressions;
   const Element* parent = nullptr;
-  /// The node of the same element, for the functions of the library.
+  /// The same element in the tree of libxml2, for Kestrel's functions that take a node.
   _xmlNode* node = nullptr;
 
   /// The value of an attribute; empty when there is none, as the loader sees it.
   const std::string& Get(std::string_view attribute) const;
   bool Has(std::string_view attribute) const;
-  /// The first child of a name, or null.
+  /// The first child with this name, or null.
   const Element* Find(std::string_view child) const;
   std::vector<const Element*> FindAll(std::string_view child) const;
   /// The piece that the loader uses as the content of the element: the last one. Null if there is

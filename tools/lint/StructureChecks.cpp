@@ -91,7 +91,8 @@ bool Contains(const Words& words, const std::string& word) {
   return std::find(words.begin(), words.end(), word) != words.end();
 }
 
-// Whether `child` is the only child of a constraint that the loader reads for its type.
+// Whether the loader reads `child`. In a constraint, it reads only the child that belongs to the
+// type of the constraint.
 bool IsReadBy(const Element& constraint, const std::string& child) {
   const std::string& type = constraint.Get("type");
   const bool isEnum = type == "stringenum" || type == "intenum";

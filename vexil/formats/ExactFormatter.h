@@ -19,7 +19,7 @@ struct CallFacts {
   /// Returns whether the user, rather than the command, has set the format parameter `key`.
   std::function<bool(const std::string& key)> isChosen;
 
-  /// The stream whose output appears on standard output at once; null if there is none.
+  /// The stream that writes directly to standard output; null if there is none.
   const std::ostream* standardOutput = nullptr;
 };
 

@@ -45,7 +45,7 @@ enum class ColorChoice { Auto, Always, Never };
 /// Where a result is printed.
 struct Screen {
   std::size_t width = 0;          ///< in columns; 0 if there is no limit
-  bool isStandardOutput = false;  ///< whether the output is written to standard output at once
+  bool isStandardOutput = false;  ///< whether the output goes directly to standard output
 };
 
 /// What the format parameters of a call choose.

@@ -45,7 +45,7 @@ class PrettyTable {
     bool isRightAligned = false;
     std::size_t minWidth = 0;
     std::size_t width = 0;
-    bool isWhole = true;    // whether no cell must be broken
+    bool isWhole = true;    // whether the column is wide enough for all of its cells
     std::size_t slack = 0;  // by how much a terminal may draw a cell wider than usual
   };
 

@@ -23,7 +23,7 @@ class NumberTable {
   NumberTable(std::initializer_list<std::pair<const unsigned, std::string>> names);
 
   /// Adds the names in lines such as "254 main" or "0xfe main". If a number has several names, the
-  /// last one counts. "#" starts a comment; other lines are skipped.
+  /// last one is used. "#" starts a comment; other lines are skipped.
   void AddLines(std::string_view text);
 
   /// Returns the name of `number`, or its decimal digits if it has none.

@@ -30,7 +30,7 @@ std::string Shown(std::string_view text) { return Break(text, 1000).at(0); }
 
 std::size_t UsualWidth(std::string_view text) { return MeasureText(text).usual; }
 
-// The table may know newer characters than the system, never fewer.
+// Characters that the system does not know, or that the table hides, are not compared.
 TEST(WidthClassTest, IsThatOfTheSystem) {
   const Utf8Locale locale;
   for (char32_t code = 0; code < 0x110000; ++code) {
@@ -120,7 +120,7 @@ TEST(BreakTextTest, KeepsEscapesWholeIfPossible) {
   EXPECT_THAT(Break("\u6f22", 1), ElementsAre("\\", "u", "{", "6", "f", "2", "2", "}"));
 }
 
-TEST(BreakTextTest, AlignsAnEmojiThatBeginsALineByItself) {
+TEST(BreakTextTest, UsesTheFullWidthOfAJoinedEmojiThatBeginsALine) {
   const auto lines = BreakText("\U0001f468\u200d\U0001f469", 3, false);
   ASSERT_EQ(lines.size(), 2u);
   EXPECT_EQ(lines[1].width.usual, 2u);

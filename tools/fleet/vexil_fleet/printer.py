@@ -27,7 +27,8 @@ FOR_PEOPLE = ("table", "simple", "pretty")
 JOINABLE = (*FOR_PEOPLE, "ndjson")
 # The format that prints each row independently of the others.
 _BY_LINES = "ndjson"
-# How many rows the tool gets at once if the list can be divided. A row needs at least 300 bytes.
+# How many rows the tool gets at once if the list can be divided. It needs at least 300 bytes of
+# memory for each.
 _MAX_ROWS = 100_000
 _EXACT = ("csv", "json-utf8", "ndjson", "tsv", "value-xml", "yaml")
 _KEY = re.compile(r"[A-Za-z0-9 .:-]+")

@@ -58,7 +58,7 @@ def _read_option(tokens: Sequence[str], index: int) -> Option:
 
 
 def quote(word: str) -> str:
-    """The word as /bin/sh reads it."""
+    """The word, quoted for /bin/sh."""
     return shlex.quote(word)
 
 

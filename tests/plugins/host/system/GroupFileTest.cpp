@@ -30,7 +30,7 @@ TEST(GroupFileTest, ReturnsTheGroupsInTheirOrder) {
       Optional(ElementsAre(GroupLine{0, "root"}, GroupLine{100, "users"}, GroupLine{4, "adm"})));
 }
 
-TEST(GroupFileTest, TheLastLineNeedNotEnd) {
+TEST(GroupFileTest, TheLastLineNeedNotEndWithALineFeed) {
   EXPECT_THAT(ParseGroupFile("a:x:1:\nb:x:4294967295:"),
               Optional(ElementsAre(GroupLine{1, "a"}, GroupLine{4294967295, "b"})));
 }
@@ -106,14 +106,14 @@ constexpr SourcesCase kSources[] = {
     {"Return", "group: files [success=return] [NOTFOUND=return] systemd", true, true},
     {"Directory", "group: files sss", true, false},
     {"DirectoryAfterSystemd", "group: files systemd ldap", true, false},
-    // The first answer is not the last.
+    // A source other than the file may decide.
     {"Continue", "group: files [SUCCESS=continue] sss", false, false},
     {"Not", "group: files [!NOTFOUND=continue] sss", false, false},
     {"SpacesInAnAction", "group: files [ SUCCESS=continue ] sss", false, false},
     {"FilesSecond", "group: sss files", false, false},
     {"Compat", "group: compat", false, false},
     {"ActionFirst", "group: [SUCCESS=return] files", false, false},
-    // Another line decides, or none.
+    // No line, or more than one, sets a source for groups.
     {"OtherDatabases", "gshadow: files\nnetgroup: files\ngroups: files\n", false, false},
     {"CommentedOut", "#group: files\n", false, false},
     {"Twice", "group: files\ngroup: sss\n", false, false},

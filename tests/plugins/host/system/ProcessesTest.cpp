@@ -191,7 +191,7 @@ TEST(ProcessesTest, NoticesThatTheKernelHidesProcesses) {
   EXPECT_FALSE(HidesProcesses(proc.GetPath()));
 }
 
-TEST(ProcessesTest, TheShareOfAProcessorIsItsTimePerTimeSinceTheStart) {
+TEST(ProcessesTest, TheProcessorShareIsTheUsedTimeDividedByTheTimeSinceTheStart) {
   constexpr long kMax = std::numeric_limits<long>::max();
   constexpr long kMin = std::numeric_limits<long>::min();
   EXPECT_EQ(ProcessorShare(0, 1000), 0);

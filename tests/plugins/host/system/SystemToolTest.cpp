@@ -51,7 +51,7 @@ std::string PrintElsewhere(const std::string& setUp, const std::string& command)
 
 const std::string kTool = std::string(KESTREL_HOST_TOOL) + " --plugin=" + KESTREL_HOST_PLUGIN + " ";
 
-TEST(SystemToolTest, ListsTheSessionsThatWhoLists) {
+TEST(SystemToolTest, ListsTheSameSessionsAsWho) {
   if (!CanMakeUpAMachine()) {
     GTEST_SKIP() << "a machine can be made up by root alone";
   }
