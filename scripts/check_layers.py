@@ -98,14 +98,14 @@ FOR_USERS = {
 }
 
 # The exceptions to the rule that private headers of the library are for the library only: the tool,
-# which is installed with the library of its own version, reads rows of a result in place, copies
-# short strings, counts the digits of numbers, prints its messages and determines its rights in the
-# same way as the library.
+# which is installed with the library of its own version, reads rows of a result in place, writes
+# strings and numbers, prints its messages and determines its rights in the same way as the library.
 # vexil-complete and vexil-doctor decide in the same way which files others can change.
 READS_PRIVATE = [
     ("tools/complete/TrustedFile.cpp", "autocli/plugins/TrustPolicy.h"),
-    ("vexil/formats/TextBuffer.h", "autocli/text/ShortCopy.h"),
-    ("vexil/formats/TextBuffer.h", "autocli/text/TextWriter.h"),
+    ("vexil/formats/EscapedText.h", "autocli/text/ShortCopy.h"),
+    ("vexil/formats/TextBuffer.cpp", "autocli/text/WriteUnpadded.h"),
+    ("vexil/formats/TextBuffer.h", "autocli/text/PutPiece.h"),
     ("vexil/formats/Values.h", "metaobj/ValueAccess.h"),
     ("tools/console/Console.cpp", "autocli/text/TerminalText.h"),
     ("tools/doctor/Access.cpp", "autocli/plugins/TrustPolicy.h"),

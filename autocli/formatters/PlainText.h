@@ -3,13 +3,12 @@
 
 #pragma once
 
-#include <charconv>
 #include <cstddef>
 #include <string>
 #include <string_view>
 
 #include "autocli/formatters/ValueView.h"
-#include "autocli/text/TextWriter.h"
+#include "autocli/text/Decimal.h"
 
 namespace Kestrel::AutoCli {
 
@@ -36,16 +35,16 @@ class PlainText {
   /// Returns the length of that text.
   std::size_t Measure(const MetaObj::MetaObject& value) {
     const auto* number = ViewAs<MetaObj::MetaInt>(&value);
-    return number == nullptr ? Of(value).size() : TextWriter::Measure(Decimal{number->GetValue()});
+    return number == nullptr ? Of(value).size() : Decimal{number->GetValue()}.Length();
   }
 
  private:
   std::string_view PrintNumber(long number) {
-    const char* const end = std::to_chars(digits_, digits_ + sizeof digits_, number).ptr;
+    const char* const end = Decimal{number}.WriteTo(digits_);
     return {digits_, static_cast<std::size_t>(end - digits_)};
   }
 
-  char digits_[20];
+  char digits_[Decimal::kMaxLength];
   std::string text_;
 };
 

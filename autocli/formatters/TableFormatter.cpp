@@ -338,7 +338,7 @@ class Table {
   }
 
   void WriteNumber(const Column& column, Decimal number) {
-    const std::size_t size = TextWriter::Measure(number);
+    const std::size_t size = number.Length();
     writer_.AppendAll(Fill(column.width - kGap, size), number, kGapText);
   }
 

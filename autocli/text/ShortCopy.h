@@ -8,6 +8,9 @@
 
 namespace Kestrel::AutoCli {
 
+// Like memcpy, but without a function call for short strings, such as names and numbers. The call
+// would take longer than the copy.
+
 /// Copies `size` bytes as two blocks that may overlap. `size` is at least `Half` and at most
 /// 2 * `Half`.
 template <std::size_t Half>
@@ -20,8 +23,7 @@ void CopyEnds(char* to, const char* from, std::size_t size) {
   std::memcpy(to + size - Half, last, Half);
 }
 
-/// Copies up to 16 bytes. Like memcpy, but without a function call, which would take longer than
-/// the copy.
+/// Copies up to 16 bytes.
 [[gnu::always_inline]] inline void CopyUpTo16(char* to, const char* from, std::size_t size) {
   if (size >= 8) {
     CopyEnds<8>(to, from, size);
@@ -32,6 +34,22 @@ void CopyEnds(char* to, const char* from, std::size_t size) {
     to[size / 2] = from[size / 2];
     to[size - 1] = from[size - 1];
   }
+}
+
+/// Copies `size` bytes; up to 64 without a function call.
+[[gnu::always_inline]] inline void CopyBytes(char* to, const char* from, std::size_t size) {
+  if (size <= 16) {
+    return CopyUpTo16(to, from, size);
+  }
+  if (size <= 32) {
+    return CopyEnds<16>(to, from, size);
+  }
+  if (size > 64) {
+    std::memcpy(to, from, size);
+    return;
+  }
+  CopyEnds<16>(to, from, 32);
+  CopyEnds<16>(to + size - 32, from + size - 32, 32);
 }
 
 }  // namespace Kestrel::AutoCli

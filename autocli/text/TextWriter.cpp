@@ -27,7 +27,7 @@ void TextWriter::AppendOne(const Escaped& escaped) {
   std::string_view rest = escaped.text;
   while (!rest.empty() && !failed_) {
     const Escaped part{rest.substr(0, kMaxEscapedAtOnce), escaped.table};
-    used_ = static_cast<std::size_t>(Put(part, Reserve(MaxBytes(part))) - buffer_);
+    used_ = static_cast<std::size_t>(PutPiece(part, Reserve(MaxBytes(part))) - buffer_);
     rest.remove_prefix(part.text.size());
   }
 }

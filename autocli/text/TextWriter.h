@@ -3,36 +3,14 @@
 
 #pragma once
 
-#include <algorithm>
-#include <array>
-#include <charconv>
 #include <cstddef>
 #include <cstring>
 #include <ostream>
 #include <string_view>
 
-#include "autocli/text/EscapeTable.h"
-#include "autocli/text/ShortCopy.h"
+#include "autocli/text/PutPiece.h"
 
 namespace Kestrel::AutoCli {
-
-// What TextWriter can append besides strings and bytes.
-
-/// A number of spaces.
-struct Spaces {
-  std::size_t count;
-};
-
-/// A number in decimal, with a sign if it is negative.
-struct Decimal {
-  long value;
-};
-
-/// A string in which the bytes are replaced as in the table.
-struct Escaped {
-  std::string_view text;
-  const EscapeTable& table;
-};
 
 /// Collects output in a buffer and writes it to a stream in large pieces.
 ///
@@ -68,7 +46,7 @@ class TextWriter {
       AppendLong(text);
       return;
     }
-    Copy(buffer_ + used_, text.data(), text.size());
+    PutPiece(text, buffer_ + used_);
     used_ += text.size();
   }
 
@@ -81,29 +59,17 @@ class TextWriter {
       return;
     }
     char* place = buffer_ + used_;
-    ((place = Put(pieces, place)), ...);
+    ((place = PutPiece(pieces, place)), ...);
     used_ = static_cast<std::size_t>(place - buffer_);
   }
 
-  /// Returns how many bytes the number takes, without formatting it.
-  static std::size_t Measure(Decimal number) {
-    const bool isNegative = number.value < 0;
-    const auto value = static_cast<unsigned long>(number.value);
-    const unsigned long rest = isNegative ? 0 - value : value;
-    // A number of n bits has n * log10(2) digits, rounded down, or one more. 1233 / 4096 is close
-    // enough to log10(2).
-    const int bits = 64 - __builtin_clzl(rest | 1);
-    const auto digits = static_cast<std::size_t>(bits * 1233 >> 12);
-    return digits + (rest >= kPowersOfTen[digits] ? 1 : 0) + (isNegative ? 1 : 0);
-  }
-
   void Repeat(char byte, std::size_t count) {
-    if (count > kSlack || count > kCapacity - used_) {
+    if (count > kPieceSlack || count > kCapacity - used_) {
       RepeatLong(byte, count);
       return;
     }
     // A fixed size needs no function call. The bytes after `count` are overwritten or never sent.
-    std::memset(buffer_ + used_, byte, kSlack);
+    std::memset(buffer_ + used_, byte, kPieceSlack);
     used_ += count;
   }
 
@@ -126,68 +92,13 @@ class TextWriter {
 
  private:
   static constexpr std::size_t kCapacity = 32 * 1024;
-  static constexpr std::size_t kSlack = 32;
-  static constexpr std::size_t kMaxIntLength = 20;
   static constexpr std::size_t kMaxEscapedAtOnce = 1024;
-
-  // The first is 0 instead of 1, so that the number 0 has one digit.
-  static constexpr std::array<unsigned long, 20> kPowersOfTen = []() {
-    std::array<unsigned long, 20> powers{};
-    for (unsigned long power = 10, i = 1; i < powers.size(); ++i, power *= 10) {
-      powers[i] = power;
-    }
-    return powers;
-  }();
-
-  /// Like memcpy, but without a function call for short strings, such as names and numbers.
-  static void Copy(char* to, const char* from, std::size_t size) {
-    if (size > 32) {
-      std::memcpy(to, from, size);
-    } else if (size >= 16) {
-      CopyEnds<16>(to, from, size);
-    } else {
-      CopyUpTo16(to, from, size);
-    }
-  }
-
-  /// Returns an upper bound of the bytes that a piece takes. Up to kSlack more may be overwritten.
-  static std::size_t MaxBytes(char /*byte*/) { return 1; }
-  static std::size_t MaxBytes(std::string_view text) { return text.size(); }
-  static std::size_t MaxBytes(Spaces spaces) { return std::min(spaces.count, kCapacity + 1); }
-  static std::size_t MaxBytes(Decimal /*number*/) { return kMaxIntLength; }
-  static std::size_t MaxBytes(const Escaped& escaped) {
-    return escaped.text.size() * EscapeTable::kMaxLength;
-  }
-
-  /// Writes the piece to `place`, where there must be room, and returns its end.
-  static char* Put(char byte, char* place) {
-    *place = byte;
-    return place + 1;
-  }
-  static char* Put(std::string_view text, char* place) {
-    Copy(place, text.data(), text.size());
-    return place + text.size();
-  }
-  static char* Put(Spaces spaces, char* place) {
-    if (spaces.count <= kSlack) {
-      std::memset(place, ' ', kSlack);
-    } else {
-      std::memset(place, ' ', spaces.count);
-    }
-    return place + spaces.count;
-  }
-  static char* Put(Decimal number, char* place) {
-    return std::to_chars(place, place + kMaxIntLength, number.value).ptr;
-  }
-  static char* Put(const Escaped& escaped, char* place) {
-    return escaped.table.Escape(escaped.text, place);
-  }
 
   void AppendOne(char byte) { Append(byte); }
   void AppendOne(std::string_view text) { Append(text); }
   void AppendOne(Spaces spaces) { Repeat(' ', spaces.count); }
   void AppendOne(Decimal number) {
-    used_ = static_cast<std::size_t>(Put(number, Reserve(kMaxIntLength)) - buffer_);
+    used_ = static_cast<std::size_t>(PutPiece(number, Reserve(MaxBytes(number))) - buffer_);
   }
   void AppendOne(const Escaped& escaped);
 
@@ -208,7 +119,7 @@ class TextWriter {
   std::size_t used_ = 0;
   bool failed_;
   bool isDrained_ = false;
-  char buffer_[kCapacity + kSlack];
+  char buffer_[kCapacity + kPieceSlack];
 };
 
 }  // namespace Kestrel::AutoCli

@@ -5,8 +5,6 @@
 
 #include <algorithm>
 
-#include "vexil/formats/Faults.h"
-
 namespace Kestrel::Formats {
 
 namespace {
@@ -14,8 +12,6 @@ namespace {
 using MetaObj::MetaObject;
 using MetaObj::MetaStruct;
 using MetaObj::MetaType;
-
-constexpr std::size_t kRow = 0;
 
 std::size_t PositionOf(const std::string& name, const MetaStruct& structure) {
   const std::vector<std::string> names = structure.GetFieldNames();
@@ -26,11 +22,29 @@ std::size_t PositionOf(const std::string& name, const MetaStruct& structure) {
 }  // namespace
 
 Columns::Columns(const Selection& selection) : isScalar_(selection.HasScalarRows()) {
-  const MetaStruct* const shape = selection.Shape();
-  if (isScalar_) {
-    AddColumn({kRow, std::string(kScalarName), 0});
-    return;
+  isScalar_ ? AddColumn({kRow, std::string(kScalarName), 0}) : AddColumns(selection);
+  structures_.resize(nested_.size() + 1);
+  for (Column& column : columns_) {
+    column.structure = &structures_[column.field.structure];
   }
+}
+
+FieldPath Columns::PathOf(std::size_t column) const {
+  FieldPath path;
+  if (isScalar_) {
+    return path;
+  }
+  const Field& field = columns_[column].field;
+  path.push_back(field.name);
+  for (std::size_t outer = field.structure; outer != kRow; outer = nested_[outer - 1].structure) {
+    path.push_back(nested_[outer - 1].name);
+  }
+  std::reverse(path.begin(), path.end());
+  return path;
+}
+
+void Columns::AddColumns(const Selection& selection) {
+  const MetaStruct* const shape = selection.Shape();
   for (const FieldPath& path : selection.Paths()) {
     shape == nullptr ? AddColumn({kRow, path[0], 0}) : AddPath(*shape, path);
   }
@@ -40,42 +54,6 @@ Columns::Columns(const Selection& selection) : isScalar_(selection.HasScalarRows
       AddAll(shape->GetField(names[i]), {kRow, names[i], i});
     }
   }
-}
-
-FieldPath Columns::PathOf(std::size_t column) const {
-  FieldPath path;
-  if (isScalar_) {
-    return path;
-  }
-  path.push_back(columns_[column].name);
-  for (std::size_t outer = columns_[column].structure; outer != kRow;
-       outer = nested_[outer - 1].structure) {
-    path.push_back(nested_[outer - 1].name);
-  }
-  std::reverse(path.begin(), path.end());
-  return path;
-}
-
-void Columns::OpenRow(const MetaObject& row) {
-  structures_.clear();
-  if (isScalar_) {
-    return;
-  }
-  OpenStructure(row);
-  for (const Field& field : nested_) {
-    OpenStructure(Get(field));
-  }
-}
-
-void Columns::OpenStructure(const MetaObject& value) {
-  if (KindOf(value) != MetaType::Struct) {
-    throw ValueFault{"is not a structure"};
-  }
-  const auto& structure = static_cast<const MetaStruct&>(value);
-  if (structures_.size() == readers_.size()) {
-    readers_.emplace_back(structure);
-  }
-  structures_.push_back(readers_[structures_.size()].Open(structure));
 }
 
 void Columns::AddPath(const MetaStruct& shape, const FieldPath& path) {
@@ -121,7 +99,7 @@ std::size_t Columns::AddStructure(const Field& field) {
 
 void Columns::AddColumn(const Field& field) {
   if (columnIndex_.try_emplace({field.structure, field.name}, columns_.size()).second) {
-    columns_.push_back(field);
+    columns_.push_back({nullptr, field});
   }
 }
 

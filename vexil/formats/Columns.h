@@ -11,6 +11,7 @@
 
 #include "kestrel/metaobj/MetaObject.h"
 #include "kestrel/metaobj/MetaStruct.h"
+#include "vexil/formats/Faults.h"
 #include "vexil/formats/Selection.h"
 #include "vexil/formats/Values.h"
 
@@ -23,6 +24,9 @@ class Columns {
  public:
   explicit Columns(const Selection& selection);
 
+  Columns(const Columns&) = delete;
+  Columns& operator=(const Columns&) = delete;
+
   std::size_t Count() const { return columns_.size(); }
 
   /// Returns the names that lead to the field of a column.
@@ -31,13 +35,11 @@ class Columns {
   /// Calls `use` with each value of `row`, one for each column. `column` is always the index of the
   /// next column. Throws ValueFault if the row does not have the shape of the result.
   template <typename Use>
-  void ReadRow(const MetaObj::MetaObject& row, std::size_t& column, const Use& use) {
+  void ReadRow(const Value& row, std::size_t& column, const Use& use) {
+    column = 0;
     OpenRow(row);
-    const FieldReader::Fields* const structures = structures_.data();
-    const bool isScalar = isScalar_;
-    for (const Field& field : columns_) {
-      use(isScalar ? row
-                   : FieldReader::Get(structures[field.structure], field.position, field.name));
+    for (const Column& each : columns_) {
+      use(FieldReader::Get(*each.structure, each.field.position, each.field.name));
       ++column;
     }
   }
@@ -49,15 +51,42 @@ class Columns {
     std::string name;
     std::size_t position;
   };
+  struct Column {
+    const FieldReader::Fields* structure;  // that has the field, in the row
+    Field field;
+  };
   /// The index of the structure and the name of a field.
   using Key = std::pair<std::size_t, std::string>;
 
+  static constexpr std::size_t kRow = 0;
+
+  void AddColumns(const Selection& selection);
   void AddPath(const MetaObj::MetaStruct& shape, const FieldPath& path);
   void AddAll(const Value& value, const Field& field);
   std::size_t AddStructure(const Field& field);
   void AddColumn(const Field& field);
-  void OpenRow(const MetaObj::MetaObject& row);
-  void OpenStructure(const MetaObj::MetaObject& value);
+
+  void OpenRow(const Value& row) {
+    if (isScalar_) {
+      structures_[kRow] = {nullptr, &row};  // as if it were the only field
+      return;
+    }
+    OpenStructure(kRow, *row);
+    for (std::size_t i = 0; i < nested_.size(); ++i) {
+      OpenStructure(i + 1, Get(nested_[i]));
+    }
+  }
+
+  void OpenStructure(std::size_t index, const MetaObj::MetaObject& value) {
+    if (KindOf(value) != MetaObj::MetaType::Struct) {
+      throw ValueFault{"is not a structure"};
+    }
+    const auto& structure = static_cast<const MetaObj::MetaStruct&>(value);
+    if (index == readers_.size()) {
+      readers_.emplace_back(structure);
+    }
+    structures_[index] = readers_[index].Open(structure);
+  }
 
   const MetaObj::MetaObject& Get(const Field& field) const {
     return FieldReader::Get(structures_[field.structure], field.position, field.name);
@@ -66,9 +95,9 @@ class Columns {
   bool isScalar_;
   std::vector<Field> nested_;  // the nested structures, from index 1
   std::map<Key, std::size_t> nestedIndex_;
-  std::vector<Field> columns_;
+  std::vector<Column> columns_;
   std::map<Key, std::size_t> columnIndex_;
-  std::vector<FieldReader> readers_;             // by index of the structure
+  std::vector<FieldReader> readers_;             // by index of the structure, made by the first row
   std::vector<FieldReader::Fields> structures_;  // those in the row
 };
 

@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include <endian.h>
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -10,6 +12,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "autocli/text/ShortCopy.h"
 #include "vexil/formats/Faults.h"
 #include "vexil/formats/TextBuffer.h"
 #include "vexil/formats/Utf8.h"
@@ -46,11 +49,38 @@ bool IsStop(char byte) {
   return kTable[static_cast<unsigned char>(byte)];
 }
 
+/// The lower and the upper half of `bytes` as numbers whose lowest byte is the first one.
+struct ByteHalves {
+  explicit ByteHalves(ByteVector bytes) {
+    std::uint64_t halves[2];
+    std::memcpy(halves, &bytes, sizeof halves);
+    lower = le64toh(halves[0]);
+    upper = le64toh(halves[1]);
+  }
+
+  std::uint64_t lower;
+  std::uint64_t upper;
+};
+
 /// Whether any byte is not 0.
 inline bool IsAnySet(ByteVector bytes) {
-  std::uint64_t halves[2];
-  std::memcpy(halves, &bytes, sizeof halves);
-  return (halves[0] | halves[1]) != 0;
+  const ByteHalves halves(bytes);
+  return (halves.lower | halves.upper) != 0;
+}
+
+/// Whether all bits are 1.
+inline bool AreAllSet(ByteVector bytes) {
+  const ByteHalves halves(bytes);
+  return (halves.lower & halves.upper) == UINT64_MAX;
+}
+
+/// Returns the index of the first byte that is not 0; 16 if there is none.
+inline std::size_t FindFirstSet(ByteVector bytes) {
+  const ByteHalves halves(bytes);
+  if (halves.lower != 0) {
+    return static_cast<std::size_t>(__builtin_ctzll(halves.lower)) / 8;
+  }
+  return halves.upper == 0 ? 16 : 8 + static_cast<std::size_t>(__builtin_ctzll(halves.upper)) / 8;
 }
 
 /// Loads the 16 bytes at `bytes`.
@@ -68,6 +98,19 @@ inline ByteVector LoadHalves(const char* first, const char* second) {
   return LoadBytes(both);
 }
 
+/// Stores the first 8 bytes at `first` and the others at `second`.
+inline void StoreHalves(ByteVector bytes, char* first, char* second) {
+  std::memcpy(first, &bytes, 8);
+  std::memcpy(second, reinterpret_cast<const char*>(&bytes) + 8, 8);
+}
+
+/// Copies the 16 bytes at `from` and returns them.
+inline ByteVector CopyVector(char* to, const char* from) {
+  const ByteVector bytes = LoadBytes(from);
+  std::memcpy(to, &bytes, sizeof bytes);
+  return bytes;
+}
+
 /// Whether any byte of `text` is a stop.
 template <typename Rules>
 bool AnyStop(std::string_view text) {
@@ -79,21 +122,65 @@ bool AnyStop(std::string_view text) {
   if (text.size() < 16) {
     return IsAnySet(Rules::Stops(LoadHalves(at, end - 8)));
   }
-  ByteVector stops = Rules::Stops(LoadBytes(end - 16));
+  ByteVector ordinary = ~Rules::Stops(LoadBytes(end - 16));
   for (; end - at > 16; at += 16) {
-    stops |= Rules::Stops(LoadBytes(at));  // the last ones may overlap those at the end
+    ordinary &= ~Rules::Stops(LoadBytes(at));  // the last ones may overlap those at the end
   }
-  return IsAnySet(stops);
+  return !AreAllSet(ordinary);
 }
 
-/// Returns the number of bytes at the beginning of `text`, a multiple of 16, that contain no stop.
+/// Copies `text` to `to`, where there must be room, and returns whether no byte of it is a stop.
+/// One pass does both, because most strings are copied unchanged. Inlined, because a call would
+/// take as long as copying a short string.
+template <typename Rules>
+[[gnu::always_inline]] inline bool CopyOrdinary(std::string_view text, char* to) {
+  const char* const from = text.data();
+  const std::size_t size = text.size();
+  if (size < 8) {
+    AutoCli::CopyUpTo16(to, from, size);
+    return std::none_of(from, from + size, IsStop<Rules>);
+  }
+  if (size < 16) {
+    const ByteVector halves = LoadHalves(from, from + size - 8);
+    StoreHalves(halves, to, to + size - 8);
+    return !IsAnySet(Rules::Stops(halves));
+  }
+  const std::size_t last = size - 16;
+  ByteVector ordinary = ~Rules::Stops(CopyVector(to + last, from + last));
+  for (std::size_t at = 0; at < last; at += 16) {
+    ordinary &= ~Rules::Stops(CopyVector(to + at, from + at));
+  }
+  return AreAllSet(ordinary);
+}
+
+/// Returns the number of bytes before the first stop in `text`.
 template <typename Rules>
 std::size_t CountOrdinary(std::string_view text) {
-  std::size_t count = 0;
-  while (text.size() - count >= 16 && !IsAnySet(Rules::Stops(LoadBytes(text.data() + count)))) {
-    count += 16;
+  const char* const begin = text.data();
+  const char* const end = begin + text.size();
+  if (text.size() < 16) {
+    return static_cast<std::size_t>(std::find_if(begin, end, IsStop<Rules>) - begin);
   }
-  return count;
+  for (const char* at = begin;; at = std::min(at + 16, end - 16)) {
+    const std::size_t count = FindFirstSet(Rules::Stops(LoadBytes(at)));
+    if (count < 16 || at == end - 16) {
+      return static_cast<std::size_t>(at - begin) + count;
+    }
+  }
+}
+
+/// Returns the length of the character at the beginning of `text`, a stop, if `Rules` copies it;
+/// otherwise 0. Throws ValueFault if the text does not begin with valid UTF-8.
+template <typename Rules>
+std::size_t MeasureCopied(std::string_view text) {
+  if (static_cast<unsigned char>(text.front()) < 0x80) {
+    return 0;
+  }
+  const Character character = FirstCharacter(text);
+  if (character.size == 0) {
+    throw ValueFault{"is not valid UTF-8"};
+  }
+  return Rules::IsCopied(character.code) ? character.size : 0;
 }
 
 /// Returns the number of bytes at the beginning of `text` that `Rules` copies.
@@ -102,21 +189,13 @@ template <typename Rules>
 std::size_t CountCopied(std::string_view text) {
   std::size_t count = CountOrdinary<Rules>(text);
   while (count < text.size()) {
-    if (!IsStop<Rules>(text[count])) {
-      ++count;
-      continue;
-    }
-    if (static_cast<unsigned char>(text[count]) < 0x80) {
+    const std::string_view rest = text.substr(count);
+    const std::size_t size =
+        IsStop<Rules>(rest.front()) ? MeasureCopied<Rules>(rest) : CountOrdinary<Rules>(rest);
+    if (size == 0) {
       break;
     }
-    const Character character = FirstCharacter(text.substr(count));
-    if (character.size == 0) {
-      throw ValueFault{"is not valid UTF-8"};
-    }
-    if (!Rules::IsCopied(character.code)) {
-      break;
-    }
-    count += character.size;
+    count += size;
   }
   return count;
 }

@@ -43,15 +43,17 @@ class JsonSyntax {
   explicit JsonSyntax(TextBuffer& out) : out_(out) {}
 
   void Bool(std::string_view before, bool value) {
-    out_.AppendAll(before, std::string_view(value ? "true" : "false"));
+    value ? out_.AppendAll(before, "true") : out_.AppendAll(before, "false");
   }
   void Int(std::string_view before, long value) { out_.AppendAll(before, Decimal{value}); }
   void String(std::string_view before, const std::string& value) {
-    if (AnyStop<JsonRules>(value)) {
-      out_.Append(before);
-      return AppendJsonString(value, out_);
+    char* const place = out_.Prepare(before.size() + value.size() + 2);
+    char* const begin = PutPiece('"', PutPiece(before, place));
+    if (CopyOrdinary<JsonRules>(value, begin)) {
+      return out_.Commit(PutPiece('"', begin + value.size()));
     }
-    out_.AppendAll(before, '"', std::string_view(value), '"');
+    out_.Append(before);
+    AppendJsonString(value, out_);
   }
 
   void BeginStruct(std::string_view before, const MetaObj::MetaStruct& /*structure*/,

@@ -38,7 +38,11 @@ template <typename Syntax>
 class LinePrinter {
  public:
   LinePrinter(const Selection& selection, TextBuffer& out)
-      : selection_(selection), columns_(selection), lists_(columns_.Count()), out_(out) {}
+      : selection_(selection),
+        columns_(selection),
+        lists_(columns_.Count()),
+        room_(columns_.Count() * kMaxCell + Syntax::kLineEnd.size()),
+        out_(out) {}
 
   /// Prints all lines; none if there are no columns. Throws ResultFault if that is not possible.
   void Print(bool hasHeader) {
@@ -48,12 +52,15 @@ class LinePrinter {
     if (hasHeader) {
       PrintHeader();
     }
-    for (row_ = 0; row_ < selection_.GetRows().count; ++row_) {
-      PrintRow(*selection_.GetRows().first[row_]);
+    for (const Value& row : selection_.GetRows()) {
+      PrintRow(row);
     }
   }
 
  private:
+  /// The room for a cell and its separator.
+  static constexpr std::size_t kMaxCell = 64;
+
   /// Prints the lists in one column as JSON.
   struct ListPrinter {
     TextBuffer text;
@@ -62,15 +69,16 @@ class LinePrinter {
   };
 
   void PrintHeader() {
+    char* place = PrepareLine();
     for (std::size_t column = 0; column < columns_.Count(); ++column) {
       const std::string name = NameOf(column);
       try {
-        Text(name);
+        place = PutPiece(Syntax::kSeparator, OtherText(name, place));
       } catch (const ValueFault& fault) {
         throw LocateNameFault(fault, name);
       }
     }
-    EndLine();
+    EndLine(place);
   }
 
   std::string NameOf(std::size_t column) const {
@@ -82,73 +90,78 @@ class LinePrinter {
     return name;
   }
 
-  void PrintRow(const MetaObj::MetaObject& row) {
-    std::size_t column = 0;
+  void PrintRow(const Value& row) {
+    char* place = PrepareLine();
+    std::size_t column;
     try {
-      columns_.ReadRow(row, column, [this, &column](const MetaObj::MetaObject& value) {
-        PrintCell(value, lists_[column]);
+      columns_.ReadRow(row, column, [this, &column, &place](const MetaObj::MetaObject& value) {
+        place = PrintCell(value, column, place);
       });
     } catch (const ValueFault& fault) {
-      throw LocateFault(fault, {columns_.PathOf(column), Position()});
+      throw LocateFault(fault, {columns_.PathOf(column), PositionOf(row)});
     }
-    EndLine();
+    EndLine(place);
   }
 
-  [[gnu::always_inline]] void PrintCell(const MetaObj::MetaObject& value,
-                                        std::unique_ptr<ListPrinter>& list) {
+  // There is room for a whole line, unless a cell is long or special: the other cells and their
+  // separators are put to `place` without further checks.
+
+  char* PrepareLine() { return out_.Prepare(room_); }
+
+  /// Prints a cell and a separator to `place`, and returns where the next cell goes.
+  [[gnu::always_inline]] char* PrintCell(const MetaObj::MetaObject& value, std::size_t column,
+                                         char* place) {
     switch (KindOf(value)) {
       case MetaObj::MetaType::Int:
-        return out_.AppendAll(Decimal{static_cast<const MetaObj::MetaInt&>(value).GetValue()},
-                              Syntax::kSeparator);
+        place = PutPiece(Decimal{static_cast<const MetaObj::MetaInt&>(value).GetValue()}, place);
+        return PutPiece(Syntax::kSeparator, place);
       case MetaObj::MetaType::Bool:
-        return out_.AppendAll(WordFor(static_cast<const MetaObj::MetaBool&>(value).GetValue()),
-                              Syntax::kSeparator);
+        place = static_cast<const MetaObj::MetaBool&>(value).GetValue() ? PutPiece("true", place)
+                                                                        : PutPiece("false", place);
+        return PutPiece(Syntax::kSeparator, place);
       case MetaObj::MetaType::String:
-        return Text(static_cast<const MetaObj::MetaString&>(value).GetValue());
+        return Text(static_cast<const MetaObj::MetaString&>(value).GetValue(), place);
       default:
-        return PrintList(value, list);
+        return PutPiece(Syntax::kSeparator, OtherText(ListText(value, lists_[column]), place));
     }
   }
 
-  static std::string_view WordFor(bool value) { return value ? "true" : "false"; }
-
-  [[gnu::noinline]] void PrintList(const MetaObj::MetaObject& value,
-                                   std::unique_ptr<ListPrinter>& list) {
+  [[gnu::noinline]] static std::string ListText(const MetaObj::MetaObject& value,
+                                                std::unique_ptr<ListPrinter>& list) {
     if (list == nullptr) {
       list = std::make_unique<ListPrinter>();
     }
     list->text.Clear();
     list->printer.PrintValue(value);
-    Text(list->text.ToString());
+    return list->text.ToString();
   }
 
-  [[gnu::always_inline]] void Text(std::string_view text) {
-    if (text.empty() || AnyStop<typename Syntax::Ordinary>(text)) {
-      return SpecialText(text);
-    }
-    out_.AppendAll(text, Syntax::kSeparator);
+  [[gnu::always_inline]] char* Text(std::string_view text, char* place) {
+    const bool isSimple = text.size() < kMaxCell && !text.empty() &&
+                          CopyOrdinary<typename Syntax::Ordinary>(text, place);
+    return PutPiece(Syntax::kSeparator, isSimple ? place + text.size() : OtherText(text, place));
   }
 
-  [[gnu::noinline]] void SpecialText(std::string_view text) {
+  [[gnu::noinline]] char* OtherText(std::string_view text, char* place) {
+    out_.Commit(place);
     Syntax::Text(text, columns_.Count() == 1, out_);
-    out_.Append(Syntax::kSeparator);
+    return PrepareLine();
   }
 
   /// Ends a line. Each cell ends with a separator, also the last one.
-  void EndLine() {
-    out_.RemoveLast();
-    out_.Append(Syntax::kLineEnd);
-  }
+  void EndLine(char* place) { out_.Commit(PutPiece(Syntax::kLineEnd, place - 1)); }
 
-  std::vector<std::size_t> Position() const {
-    return selection_.List() == nullptr ? std::vector<std::size_t>()
-                                        : std::vector<std::size_t>{row_ + 1};
+  std::vector<std::size_t> PositionOf(const Value& row) const {
+    if (selection_.List() == nullptr) {
+      return {};
+    }
+    return {static_cast<std::size_t>(&row - selection_.GetRows().first) + 1};
   }
 
   const Selection& selection_;
   Columns columns_;
   std::vector<std::unique_ptr<ListPrinter>> lists_;  // by column; null until one is printed
-  std::size_t row_ = 0;
+  const std::size_t room_;                           // for a line
   TextBuffer& out_;
 };
 

@@ -4,7 +4,10 @@
 #include "vexil/formats/TextBuffer.h"
 
 #include <algorithm>
+#include <string_view>
 #include <utility>
+
+#include "autocli/text/WriteUnpadded.h"
 
 namespace Kestrel::Formats {
 
@@ -18,15 +21,10 @@ void TextBuffer::ForEachPart(const Use& use) const {
   }
 }
 
-void TextBuffer::Append(Spaces spaces) {
-  std::memset(Reserve(spaces.count), ' ', spaces.count);
-  end_ += spaces.count;
-}
-
 void TextBuffer::WriteTo(std::ostream& out) const {
   ForEachPart([&out](std::string_view part) {
     if (out.good()) {
-      out.write(part.data(), static_cast<std::streamsize>(part.size()));
+      AutoCli::WriteUnpadded(out, part);
     }
   });
   if (out.good()) {
@@ -43,13 +41,6 @@ std::string TextBuffer::ToString() const {
 void TextBuffer::Clear() {
   full_.clear();
   end_ = block_.get();
-}
-
-void TextBuffer::AppendLong(std::string_view text) {
-  if (!text.empty()) {
-    std::memcpy(Reserve(std::max(text.size(), kMaxShort)), text.data(), text.size());
-    end_ += text.size();
-  }
 }
 
 void TextBuffer::AddBlock(std::size_t atLeast) {

@@ -56,26 +56,27 @@ class ValuePrinter {
 
   /// Prints all rows as one value. Throws ResultFault if that is not possible.
   void PrintResult(const Selection& selection) {
-    const Selection::Rows& rows = selection.GetRows();
-    if (selection.List() == nullptr) {
-      return PrintRow(selection, 0, {0, false});
+    const MetaObj::MetaList* const list = selection.List();
+    if (list == nullptr) {
+      return PrintRows(selection, [] {});
     }
-    syntax_.BeginList("", *selection.List(), rows.count == 0);
-    for (std::size_t row = 0; row < rows.count; ++row) {
+    const bool isEmpty = selection.GetRows().count == 0;
+    syntax_.BeginList("", *list, isEmpty);
+    ForEachRow(selection, [this, &selection](std::size_t row, const MetaObj::MetaObject& value) {
       syntax_.BeginElement(row == 0, 0);
-      PrintRow(selection, row, {1, true});
-    }
-    syntax_.EndList(rows.count == 0, 0);
+      PrintWhole(value, &selection.Choice(), {1, true});
+    });
+    syntax_.EndList(isEmpty, 0);
   }
 
   /// Prints each row as a value and calls `endRow` after it. Throws ResultFault if that is not
   /// possible.
   template <typename EndRow>
   void PrintRows(const Selection& selection, const EndRow& endRow) {
-    for (std::size_t row = 0; row < selection.GetRows().count; ++row) {
-      PrintRow(selection, row, {0, false});
+    ForEachRow(selection, [&](std::size_t /*row*/, const MetaObj::MetaObject& value) {
+      PrintWhole(value, &selection.Choice(), {0, false});
       endRow();
-    }
+    });
   }
 
   /// Whether lists at the same position of the result contained structures of different shapes.
@@ -83,12 +84,7 @@ class ValuePrinter {
   bool HasMixedShapes() const { return hasMixedShapes_; }
 
   /// Prints a value that is not a row. Throws ValueFault if that is not possible.
-  void PrintValue(const MetaObj::MetaObject& value) {
-    Print("", value, rows_, nullptr, {0, false});
-    while (!open_.empty()) {
-      Continue();
-    }
-  }
+  void PrintValue(const MetaObj::MetaObject& value) { PrintWhole(value, nullptr, {0, false}); }
 
  private:
   struct Plan;
@@ -118,38 +114,59 @@ class ValuePrinter {
     long level;
   };
 
-  void PrintRow(const Selection& selection, std::size_t row, StructPlace place) {
+  template <typename Use>
+  void ForEachRow(const Selection& selection, const Use& use) {
+    const Selection::Rows& rows = selection.GetRows();
+    std::size_t row = 0;
     try {
-      Print("", *selection.GetRows().first[row], rows_, &selection.Choice(), place);
-      while (!open_.empty()) {
-        Continue();
+      for (; row < rows.count; ++row) {
+        use(row, *rows.first[row]);
       }
     } catch (const ValueFault& fault) {
       throw LocateFault(fault, Locate(selection.List() == nullptr ? 0 : row + 1));
     }
   }
 
+  /// Prints a value with everything that it contains.
+  void PrintWhole(const MetaObj::MetaObject& value, const FieldChoice* choice, StructPlace place) {
+    Print("", value, rows_, choice, place);
+    while (!open_.empty()) {
+      Continue();
+    }
+  }
+
   /// Prints a scalar, an empty structure or an empty list. Opens any other value and returns true.
-  /// Inlined, because most values are scalars.
   [[gnu::always_inline]] bool Print(std::string_view before, const MetaObj::MetaObject& value,
                                     Plan*& plan, const FieldChoice* choice, StructPlace place) {
+    return !PrintScalar(before, value) && OpenValue(before, value, plan, choice, place);
+  }
+
+  /// Prints a scalar. Returns false for any other value.
+  [[gnu::always_inline]] bool PrintScalar(std::string_view before,
+                                          const MetaObj::MetaObject& value) {
     switch (KindOf(value)) {
       case MetaObj::MetaType::Int:
         syntax_.Int(before, static_cast<const MetaObj::MetaInt&>(value).GetValue());
-        return false;
+        return true;
       case MetaObj::MetaType::Bool:
         syntax_.Bool(before, static_cast<const MetaObj::MetaBool&>(value).GetValue());
-        return false;
+        return true;
       case MetaObj::MetaType::String:
         syntax_.String(before, static_cast<const MetaObj::MetaString&>(value).GetValue());
+        return true;
+      default:
         return false;
-      case MetaObj::MetaType::Struct:
-        return OpenStruct(before, static_cast<const MetaObj::MetaStruct&>(value), plan, choice,
-                          place);
-      case MetaObj::MetaType::List:
-        return OpenList(before, static_cast<const MetaObj::MetaList&>(value), plan, place.level);
     }
-    return false;
+  }
+
+  /// Opens a structure or list and returns true, unless it is empty. Not inlined, because most
+  /// values are scalars.
+  [[gnu::noinline]] bool OpenValue(std::string_view before, const MetaObj::MetaObject& value,
+                                   Plan*& plan, const FieldChoice* choice, StructPlace place) {
+    if (value.GetType() == MetaObj::MetaType::List) {
+      return OpenList(before, static_cast<const MetaObj::MetaList&>(value), plan, place.level);
+    }
+    return OpenStruct(before, static_cast<const MetaObj::MetaStruct&>(value), plan, choice, place);
   }
 
   bool OpenStruct(std::string_view before, const MetaObj::MetaStruct& structure, Plan*& plan,

@@ -120,16 +120,24 @@ class ValueXmlSyntax {
   explicit ValueXmlSyntax(TextBuffer& out) : out_(out) {}
 
   void Bool(std::string_view before, bool value) {
-    out_.AppendAll(before, std::string_view(value ? "<bool>true</bool>" : "<bool>false</bool>"));
+    value ? out_.AppendAll(before, "<bool>true</bool>")
+          : out_.AppendAll(before, "<bool>false</bool>");
   }
   void Int(std::string_view before, long value) {
     out_.AppendAll(before, std::string_view("<int>"), Decimal{value}, std::string_view("</int>"));
   }
   void String(std::string_view before, const std::string& value) {
     CheckSize(value);
-    out_.AppendAll(before, std::string_view("<string>"));
-    AnyStop<Content>(value) ? AppendEscaped<Content>(value, out_) : out_.Append(value);
-    out_.Append("</string>");
+    constexpr std::string_view kBegin = "<string>";
+    constexpr std::string_view kEnd = "</string>";
+    char* const place = out_.Prepare(before.size() + value.size() + kBegin.size() + kEnd.size());
+    char* const begin = PutPiece(kBegin, PutPiece(before, place));
+    if (CopyOrdinary<Content>(value, begin)) {
+      return out_.Commit(PutPiece(kEnd, begin + value.size()));
+    }
+    out_.AppendAll(before, kBegin);
+    AppendEscaped<Content>(value, out_);
+    out_.Append(kEnd);
   }
 
   void BeginStruct(std::string_view before, const MetaObj::MetaStruct& structure,

@@ -40,10 +40,17 @@ constexpr bool IsSpace(char32_t character) {
          character == 0x202f || character == 0x205f || character == 0x3000;
 }
 
-template <typename Bytes>
-constexpr auto IsIn(Bytes bytes, signed char first, signed char last) {
-  return (bytes > static_cast<signed char>(first - 1)) &
-         (bytes < static_cast<signed char>(last + 1));
+constexpr bool IsIn(int byte, signed char first, signed char last) {
+  return byte >= first && byte <= last;
+}
+
+// Moves the range to the end of the numbers of a byte, where one comparison is enough. Larger
+// numbers become negative.
+inline ByteVector IsIn(ByteVector bytes, signed char first, signed char last) {
+  using UnsignedBytes = unsigned char __attribute__((vector_size(16)));
+  const auto moved =
+      reinterpret_cast<UnsignedBytes>(bytes) + static_cast<unsigned char>(0x7f - last);
+  return reinterpret_cast<ByteVector>(moved) > static_cast<signed char>(0x7e - last + first);
 }
 
 // Stops at all bytes that require quotes, and at some that do not: that takes fewer comparisons.
@@ -115,10 +122,10 @@ bool CanBegin(char byte) {
          byte == '/' || static_cast<unsigned char>(byte) >= 0x80;
 }
 
-inline bool IsPlain(std::string_view text) {
+// Whether no quotes are required if all bytes are plain.
+inline bool CanBePlain(std::string_view text) {
   return !text.empty() && CanBegin(text.front()) && text.back() != ' ' &&
-         (text.size() > kMaxReserved || !IsReserved(text)) &&
-         (!AnyStop<Ordinary>(text) || CountCopied<Plain>(text) == text.size());
+         (text.size() > kMaxReserved || !IsReserved(text));
 }
 
 class YamlSyntax {
@@ -138,12 +145,17 @@ class YamlSyntax {
   explicit YamlSyntax(TextBuffer& out) : out_(out) {}
 
   void Bool(std::string_view before, bool value) {
-    out_.AppendAll(before, std::string_view(value ? "true" : "false"));
+    value ? out_.AppendAll(before, "true") : out_.AppendAll(before, "false");
   }
   void Int(std::string_view before, long value) { out_.AppendAll(before, Decimal{value}); }
   [[gnu::always_inline]] void String(std::string_view before, const std::string& value) {
-    if (IsPlain(value)) {
-      return out_.AppendAll(before, std::string_view(value));
+    const bool canBePlain = CanBePlain(value);
+    char* const begin = PutPiece(before, out_.Prepare(before.size() + value.size()));
+    if (canBePlain && CopyOrdinary<Ordinary>(value, begin)) {
+      return out_.Commit(begin + value.size());
+    }
+    if (canBePlain && CountCopied<Plain>(value) == value.size()) {
+      return out_.AppendAll(before, value);
     }
     QuotedString(before, value);
   }
@@ -169,7 +181,7 @@ class YamlSyntax {
  private:
   [[gnu::noinline]] void QuotedString(std::string_view before, const std::string& value) {
     if (!AnyStop<Quoted>(value)) {
-      return out_.AppendAll(before, '"', std::string_view(value), '"');
+      return out_.AppendAll(before, '"', value, '"');
     }
     out_.AppendAll(before, '"');
     AppendEscaped<Quoted>(value, out_);
