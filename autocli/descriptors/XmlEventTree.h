@@ -35,7 +35,9 @@ class XmlEventTree final : private XmlEvents {
   const xmlNode* GetRoot() const { return root_; }
 
  private:
-  explicit XmlEventTree(std::size_t size) : memory_(4 * size) {}
+  /// For a document of `size` bytes. Nodes take up to twelve times as much. They are in one block,
+  /// because an allocator would return several of them to the system after each descriptor.
+  explicit XmlEventTree(std::size_t size) : memory_(12 * size) {}
 
   void StartElement(std::string_view name, const XmlAttributes& attributes) override;
   void EndElement() override;
