@@ -46,8 +46,9 @@ class KESTREL_API CliDispatcher : public Dispatcher {
   bool HandleDispatcherOptions(OptionParser& parser, FormatParameters& params,
                                const std::shared_ptr<CallSpec::Output>& output);
 
-  /// Adds an error message to `output` for each unknown dispatcher option. --input is reported too:
-  /// it takes effect before the errors are checked.
+  /// Adds an error message to `output` for each unknown dispatcher option. --input is reported as
+  /// unknown too. In the arguments of a process it nevertheless works, because it takes effect
+  /// before the errors are checked.
   void ValidateDispatcherParameters(OptionParser& parser,
                                     const std::shared_ptr<CallSpec::Output>& output);
 

@@ -22,8 +22,8 @@ namespace Kestrel::AutoCli {
 ///   the booleans "Required" and "Secret";
 /// - "Example List", a list of structures with the strings "Description" and "Syntax".
 ///
-/// A string that is absent or of another kind counts as empty; such a boolean counts as false.
-/// Elements that are not structures are skipped.
+/// A string field that is absent or of another kind counts as empty; a boolean field that is absent
+/// or of another kind counts as false. Elements that are not structures are skipped.
 class KESTREL_API CommandHelpFormatter : public Formatter {
  public:
   CommandHelpFormatter();

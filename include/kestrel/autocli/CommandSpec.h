@@ -28,9 +28,9 @@ class KESTREL_API CommandSpec : public CallSpec::CallTargetSpec, public Namespac
   ~CommandSpec() override;
 
   /// The command's parameters and the parameter "help" ("h"). The first call requests the
-  /// specification from the command and adds "help"; later calls return the same object.
-  /// Throws KestrelException when the command returns null or declares a "help" of its own. If it
-  /// declares one, later calls return the specification as the command made it.
+  /// specification from the command and adds "help"; later calls return the same object. Throws
+  /// KestrelException when the command returns null or declares a "help" of its own. In the second
+  /// case, later calls do not throw; they return the specification as the command made it.
   std::shared_ptr<CallSpec::InputSpec> GetInputSpec() override;
 
   /// The command's declared result. The first call requests it from the command; later calls return

@@ -22,7 +22,7 @@
 namespace Kestrel::AutoCli {
 
 /// Owns the command tree and the plug-ins that fill it; finds, validates and runs commands, and
-/// formats their output. It does not deal with command lines and terminals.
+/// formats their output. It does not deal with command lines or terminals.
 ///
 /// Mistakes in a request become error messages of the output; mistakes of a plug-in throw
 /// KestrelException. A dispatcher must outlive everything that its root was passed to. It must not
@@ -58,8 +58,9 @@ class KESTREL_API Dispatcher {
   /// to "/usr/lib/norvane/vexil".
   ///
   /// If the effective user is root, skips each file that a user other than root and the owner of
-  /// the running program could have written or replaced, and reports the reason. A process with
-  /// rights that its user does not have does so in every directory, and `AddPlugin` throws.
+  /// the running program could have written or replaced, and reports the reason. In a process with
+  /// rights that its user does not have, such files are skipped in every directory, and `AddPlugin`
+  /// throws KestrelException for them.
   void AddDefaultDirectories();
 
   /// Adds the namespaces, commands and formatters of `plugin`, which must be initialised, and
@@ -88,8 +89,8 @@ class KESTREL_API Dispatcher {
 
   /// Finds the command at the path of `input`. Returns null and adds error messages to `output`
   /// when there is no node at the path or the node is a namespace; returns null without a message
-  /// when the node has the type `Command` but is not a Command. Neither argument may be null, here
-  /// and below.
+  /// when the node has the type `Command` but is not a Command. Here and in the operations below,
+  /// no argument may be null.
   std::shared_ptr<Command> GetCommand(std::shared_ptr<CommandInput> input,
                                       std::shared_ptr<CommandOutput> output);
 
@@ -99,8 +100,8 @@ class KESTREL_API Dispatcher {
   /// KestrelException when the command's declaration is broken.
   bool ExecuteCommand(std::shared_ptr<CommandInput> input, std::shared_ptr<CommandOutput> output);
 
-  /// The default formatter and parameters of the command that `GetCommand` finds; empty, with its
-  /// error messages, when it finds none.
+  /// The default formatter and parameters of the command that `GetCommand` finds. If it finds none,
+  /// the result is empty, and its error messages are added to `output`.
   FormatParameters GetDefaultOutputFormatParameters(std::shared_ptr<CommandInput> input,
                                                     std::shared_ptr<CommandOutput> output);
 

@@ -52,9 +52,11 @@ class KESTREL_API ExtensionCommand : public Command {
   /// Runs the command line and sets the printed value as the root of `output`. A document without a
   /// value sets nothing.
   ///
-  /// Errors become messages of `output`: each leading line that begins with "ERROR:", or a single
-  /// message when nothing was printed or the value is invalid, or when `SubstituteInput` refuses a
-  /// value; then nothing is run. Throws KestrelException when the child process cannot be run.
+  /// Errors become messages of `output`. If the output of the child process begins with lines that
+  /// begin with "ERROR:", each of them becomes a message. There is a single message when nothing
+  /// was printed, or when the printed value is invalid. When `SubstituteInput` refuses a value,
+  /// there is a single message too, and nothing is run. Throws KestrelException when the child
+  /// process cannot be run.
   void ExecuteInternal(const std::shared_ptr<CallSpec::Input>& input,
                        const std::shared_ptr<CallSpec::Output>& output) override;
 
@@ -64,8 +66,8 @@ class KESTREL_API ExtensionCommand : public Command {
   /// In a command line, values are escaped for the shell unless the form of the marker says
   /// otherwise, and lose their NUL bytes, which a command line cannot contain. Throws
   /// KestrelException when a marker does not fit the type of its parameter, and when a value
-  /// outside of quotes contains a "#" and after it a newline, which could end a comment of the
-  /// shell.
+  /// outside of quotes contains a "#" and, later, a newline: the "#" could begin a comment of the
+  /// shell, and the newline end it.
   std::string SubstituteInput(const std::shared_ptr<CallSpec::Input>& input, bool forStdin);
 
   /// Returns `value` with a backslash before every character for which `isBadChar` is true.

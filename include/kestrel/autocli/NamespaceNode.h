@@ -105,10 +105,10 @@ class KESTREL_API NamespaceNode : public std::enable_shared_from_this<NamespaceN
   /// The node's name; empty until it is registered. The reference is valid as long as the node.
   const std::string& GetName() const;
 
-  /// Sets the node's name; a parent still lists the node under its earlier name.
-  /// Throws KestrelException and changes nothing unless `name` consists of ASCII letters and
-  /// digits, does not begin with an upper-case letter and has no two upper-case letters in a row,
-  /// such as `list`, `ipv4` or `fooBar`.
+  /// Sets the node's name; a parent still lists the node under its earlier name. Throws
+  /// KestrelException and changes nothing if `name` is invalid. A valid name, such as `list`,
+  /// `ipv4` or `fooBar`, consists of ASCII letters and digits, does not begin with an upper-case
+  /// letter and has no two upper-case letters in a row.
   void SetName(const std::string& name);
 
   /// Sets the description, which listings and help show. Any string is accepted.

@@ -44,7 +44,7 @@ class KESTREL_API OptionParser {
   /// Parses tokens, the leftmost first; does not change the dispatcher name.
   void ParseVector(std::vector<std::string> tokens);
 
-  /// Splits `line` into tokens and parses them. Returns false if it did, and true if there was
+  /// Splits `line` into tokens and parses them. Returns false after parsing, and true if there was
   /// nothing to parse: the line is empty, consists of spaces and tabs, or is a comment.
   ///
   /// Spaces and tabs separate tokens, except within double quotes, which are removed everywhere. An
@@ -68,7 +68,7 @@ class KESTREL_API OptionParser {
 
   /// The command's parameters as (name, value) pairs in the order typed; calls
   /// ProcessCommandArguments first. Names have no dashes and are short or long, as typed. The
-  /// reference is valid as long as the parser, like those below.
+  /// reference, like those that the operations below return, is valid as long as the parser.
   const std::vector<std::pair<std::string, std::string>>& GetCommandParameters();
 
   /// The values of all command parameters with exactly this name, in the order typed; calls
@@ -120,8 +120,8 @@ class KESTREL_API OptionParser {
   /// Splits an option into its name, without dashes, and its value; returns whether it contains a
   /// value.
   ///
-  /// If it does not, `value` becomes empty. A token that is not an option adds a parse error and
-  /// leaves both unchanged.
+  /// If the option contains no value, `value` becomes empty. A token that is not an option adds a
+  /// parse error and leaves `name` and `value` unchanged.
   bool ParseParameter(const std::string& token, std::string& name, std::string& value);
 
   /// Pops the words on top of the stack up to the first option; returns them from left to right.

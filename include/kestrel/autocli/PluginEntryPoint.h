@@ -16,8 +16,8 @@
 #ifndef KESTREL_NOT_A_PLUGIN  // defined by sources that need only the number
 extern "C" {
 /// The number that a plug-in was compiled with, exported by every plug-in that includes this
-/// header. The library refuses a plug-in whose number differs from its own, and accepts one
-/// without.
+/// header. The library refuses a plug-in whose number differs from its own, and accepts a plug-in
+/// without a number.
 ///
 /// Weak, because several files of a plug-in may include the header. An inline variable would be
 /// unique in the process: all plug-ins would have the number of the first one.

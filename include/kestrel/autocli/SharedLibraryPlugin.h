@@ -43,10 +43,13 @@ class KESTREL_API SharedLibraryPlugin : public Plugin {
   /// loader.
   ///
   /// Throws KestrelException with the loader's message when either fails; the file is closed then.
-  /// Also throws it for a path with "/" that names something other than a regular file, or a file
-  /// that was cut short, which would crash the loader; for a file that the process does not trust,
-  /// where it checks that (see Dispatcher::AddDefaultDirectories); and for a plug-in that was
-  /// compiled with another KESTREL_PLUGIN_ABI, naming both numbers.
+  /// Also throws it for:
+  /// - a path with "/" that names something other than a regular file, or a file that was cut
+  ///   short, which would crash the loader,
+  /// - a file that the process does not trust, if it checks that (see
+  ///   Dispatcher::AddDefaultDirectories),
+  /// - a plug-in that was compiled with another KESTREL_PLUGIN_ABI; the message contains both
+  ///   numbers.
   void Initialize() override;
 
   /// Returns the path of the file.

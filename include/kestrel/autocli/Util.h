@@ -11,8 +11,8 @@
 #include "kestrel/autocli/FormatParameters.h"
 #include "kestrel/metaobj/MetaObject.h"
 
-/// Ends the process because of an internal error: writes "panic: " and the message that the printf
-/// format `format` makes, cut after 255 bytes, to standard error and calls `abort`.
+/// Ends the process because of an internal error: writes "panic: " and a message to standard error,
+/// and calls `abort`. The message is made by the printf format `format` and cut to 255 bytes.
 [[noreturn]] KESTREL_API void Panic(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
 namespace Kestrel::AutoCli {
@@ -31,7 +31,7 @@ KESTREL_API bool AutoCli_IsValidName(const std::string& name);
 ///
 /// This is `value->ToString()` or, if there is a parameter "printf:<typeName>.<fieldName>", the
 /// value printed by that format. If there is a parameter "units:<typeName>.<fieldName>", a space
-/// and its value follow. For a null `value`, the result is "NULL Object".
+/// and the value of that parameter follow. For a null `value`, the result is "NULL Object".
 ///
 /// The format may contain literal text, "%%", "%m" and one conversion of the value (or several of
 /// the form "%1$d"): d, i, o, u, x, X or c for an integer or a boolean, s for a string. The result

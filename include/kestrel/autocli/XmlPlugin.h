@@ -38,9 +38,9 @@ class KESTREL_API XmlPlugin : public Plugin {
   ~XmlPlugin() override;
 
   /// Reads the descriptor. Throws KestrelException, with the path and the fault in the message,
-  /// when it cannot be parsed, is invalid, or is a file that the process does not trust, where it
-  /// checks that (see Dispatcher::AddDefaultDirectories). What was read before the fault stays in
-  /// the object. Nothing is fetched from a network.
+  /// when the descriptor cannot be parsed or is invalid, or when the process checks whether it
+  /// trusts the file and does not (see Dispatcher::AddDefaultDirectories). What was read before the
+  /// fault stays in the object. Nothing is fetched from a network.
   void Initialize() override;
 
   /// Returns the path of the descriptor.

@@ -18,8 +18,8 @@ namespace Kestrel::AutoCli {
 
 // Functions on the nodes of a libxml2 document, which the caller keeps. `node` must not be null.
 //
-// An attribute, or a value that is built, throws KestrelException when its references to entities
-// stand for more than 10 MB of text.
+// Reading an attribute or building a value throws KestrelException when the references to entities
+// in it stand for more than 10 MB of text.
 
 /// Returns the value of an attribute; empty when the node has no attribute of that name.
 KESTREL_API std::string XmlUtil_ExtractAttribute(const xmlNode* node, const std::string& name);
@@ -29,7 +29,7 @@ KESTREL_API std::string XmlUtil_ExtractAttribute(const xmlNode* node, const std:
 KESTREL_API std::string XmlUtil_GetContent(const xmlNode* node);
 
 /// Returns the content of the child named `tag`; empty when there is none. Throws KestrelException
-/// when there is another one after a child whose content is not empty.
+/// when another child named `tag` follows one whose content is not empty.
 KESTREL_API std::string XmlUtil_GetContentForChildByTag(const xmlNode* node,
                                                         const std::string& tag);
 

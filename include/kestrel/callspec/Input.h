@@ -16,7 +16,7 @@ namespace Kestrel::CallSpec {
 
 /// The input of one call: the values of each parameter, as typed, and the values of call contexts.
 ///
-/// No getter throws because a value is absent. A null `const char*` counts as the empty string.
+/// An absent value does not make a getter throw. A null `const char*` counts as the empty string.
 class KESTREL_API Input {
   struct FactoryFlag {  // private, so only New can construct
     explicit FactoryFlag() = default;

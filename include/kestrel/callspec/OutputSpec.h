@@ -16,7 +16,7 @@ namespace Kestrel::CallSpec {
 /// The declared shape of a command's result: a sample value and a description.
 ///
 /// It is built once, when its command is registered, and only read afterwards. A result must have
-/// the kind of the sample, its fields and its element kinds. The values and list elements of the
+/// the same kind, fields and element kinds as the sample. The values and list elements of the
 /// sample do not matter.
 class KESTREL_API OutputSpec {
   struct FactoryFlag {  // private, so only New can construct
@@ -33,8 +33,8 @@ class KESTREL_API OutputSpec {
   OutputSpec& operator=(const OutputSpec&) = delete;
   ~OutputSpec();
 
-  /// Sets the sample value; moves the owner. Throws KestrelException when `root` is null; the
-  /// earlier sample is kept then.
+  /// Sets the sample value to `root`, which is moved. Throws KestrelException when `root` is null;
+  /// the earlier sample is kept then.
   void SetRootObject(std::shared_ptr<MetaObj::MetaObject>&& root);
   /// As above; shares `root`.
   void SetRootObject(const std::shared_ptr<MetaObj::MetaObject>& root);

@@ -69,8 +69,8 @@ class KESTREL_API ParameterConstraint {
   /// here.
   void SetStringRegex(const std::string& regex);
 
-  /// The allowed integers in the order in which they were added. This reference and the next three
-  /// are valid as long as this object.
+  /// The allowed integers in the order in which they were added. The reference, like those that the
+  /// next three operations return, is valid as long as this object.
   const std::vector<std::int64_t>& GetIntEnum() const;
 
   /// The allowed strings in the order in which they were added.

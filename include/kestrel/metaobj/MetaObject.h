@@ -27,8 +27,8 @@ KESTREL_API const std::string& MetaTypeString(const MetaType& type);
 /// been passed on. A value must not contain itself at any depth: comparing or printing it would
 /// never end.
 ///
-/// Values may be built, read and destroyed in several threads at once, as long as no two threads
-/// use the same value while one of them changes it. Only `SetField`, `RemoveField`,
+/// Values may be built, read and destroyed in several threads at the same time, as long as no two
+/// threads use the same value while one of them changes it. Only `SetField`, `RemoveField`,
 /// `LockStructure`, `Add`, `AddAll`, `Delete`, `Reserve` and `EnsureCapacity` change a value.
 /// Several threads may make structures and lists from one definition, although that locks the
 /// definition.

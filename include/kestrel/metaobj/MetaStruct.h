@@ -216,7 +216,7 @@ class KESTREL_API MetaStruct : public MetaObject {
 
   std::atomic<bool> locked_{false};  // several threads may lock one definition
   bool hasOwnIndex_ = false;
-  const FieldLayout* layout_;  // counted; without fields when the structure has its own index
+  const FieldLayout* layout_;  // shared; has no fields when the structure has its own index
   std::unique_ptr<Overflow> overflow_;  // null while all values are in the slots below
   std::array<std::shared_ptr<MetaObject>, kInlineSlots> inline_;
   std::shared_ptr<MetaStruct> definition_;

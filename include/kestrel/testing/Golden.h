@@ -16,7 +16,7 @@
 
 namespace Kestrel::Testing {
 
-/// Returns the line of `text` that contains the byte at `at`, without its end.
+/// Returns the line of `text` that contains the byte at `at`, without its line end.
 inline std::string LineAt(const std::string& text, std::size_t at) {
   const std::size_t before = at == 0 ? std::string::npos : text.rfind('\n', at - 1);
   const std::size_t start = before == std::string::npos ? 0 : before + 1;

@@ -43,9 +43,9 @@ class Canary {
   std::filesystem::path path_;
 };
 
-/// Returns values that have broken commands. They are special to the shell (those that run `touch`
-/// create the file `canary`), to printf, terminals, documents or file names, or are numbers at
-/// their limits.
+/// Returns values that have broken commands: strings with a special meaning to the shell, to
+/// printf, to terminals, in documents or in file names, and numbers at their limits. The values
+/// that run `touch` in a shell create the file `canary`.
 inline std::vector<std::string> ListHostileValues(const std::string& canary) {
   const std::string touch = "touch " + canary;
   std::vector<std::string> values = {"",
@@ -102,7 +102,7 @@ inline std::vector<std::string> ListHostileValues(const std::string& canary) {
   return values;
 }
 
-/// Returns the words of a call with `value` for a parameter. Its other values are removed.
+/// Returns the words of a call in which `value` replaces all values of a parameter.
 inline Words Replace(const Words& words, const CallSpec::ParameterSpec& parameter,
                      const std::string& value) {
   const std::string name = "--" + parameter.GetName();

@@ -34,7 +34,7 @@ inline void AddStructures(const std::shared_ptr<MetaObj::MetaObject>& value, Str
 }
 
 /// Checks that the format parameters `fields` and `fields:TYPE` of a command name only fields of
-/// its declared result. The formatters print nothing for others.
+/// its declared result. The formatters print nothing for other fields.
 inline Verdict CheckFields(AutoCli::Command& command) {
   Verdict verdict;
   Structures structures;
@@ -60,7 +60,7 @@ inline Verdict CheckFields(AutoCli::Command& command) {
 }
 
 /// Checks that a run succeeded, that its result has exactly the declared shape, type names
-/// included, and that the default format names fields of it.
+/// included, and that the default format names only fields of the declared result.
 inline Verdict CheckShape(const CommandRun& run) {
   Verdict verdict;
   for (const std::string& message : run.Messages()) {

@@ -70,7 +70,7 @@ class CommandRun {
   explicit CommandRun(std::shared_ptr<AutoCli::CliDispatcher> dispatcher)
       : dispatcher_(std::move(dispatcher)), output_(AutoCli::CommandOutput::New()) {}
 
-  // The code of the command is in a plug-in of the dispatcher, so this is destroyed last.
+  // The code of the command is in a plug-in of the dispatcher, so the dispatcher is destroyed last.
   std::shared_ptr<AutoCli::CliDispatcher> dispatcher_;
   std::shared_ptr<AutoCli::Command> command_;
   std::shared_ptr<AutoCli::CommandOutput> output_;
