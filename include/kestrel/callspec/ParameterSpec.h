@@ -21,8 +21,8 @@ enum ParameterType : std::int32_t {
   Bool = 2,        ///< A boolean word; see `ParameterSpec::GetBool`.
   Flag = 3,        ///< Given or not given, without a value.
   StringList = 4,  ///< Any strings, one for each time that the parameter is given.
-  IntList = 5,     ///< Integers, one for each time.
-  BoolList = 6     ///< Boolean words, one for each time.
+  IntList = 5,     ///< Integers, one for each time that the parameter is given.
+  BoolList = 6     ///< Boolean words, one for each time that the parameter is given.
 };
 
 /// The declaration of one parameter of a command, which also checks the values given for it.
