@@ -26,7 +26,7 @@ void AddCommands(AutoCli::Dispatcher& dispatcher, int commands);
 /// Returns the argument vector of a call of the middle command with all its parameters.
 std::vector<std::string> MakeCall(int commands);
 
-/// Pointers to the words, which must live as long.
+/// Returns pointers to the words, which must live as long as the pointers are used.
 std::vector<const char*> PointersTo(const std::vector<std::string>& words);
 
 /// Parses a call and executes it. Returns whether that succeeds.

@@ -79,8 +79,8 @@ void Measure(benchmark::State& state, const std::vector<std::string>& words, int
   }
 }
 
-/// The staged tool if there is one: the one in the build tree makes the loader look for each
-/// library in folders of that tree.
+/// Returns the staged tool if there is one, because the tool in the build tree makes the loader
+/// look for each library in folders of that tree.
 std::string Tool() { return fs::exists(KESTREL_STAGED_TOOL) ? KESTREL_STAGED_TOOL : KESTREL_TOOL; }
 
 void BM_StartRootListing(benchmark::State& state) { Measure(state, {Tool()}, 1); }
@@ -103,7 +103,7 @@ BENCHMARK(BM_StartShippedPlugins)->UseManualTime();
 void BM_StartFindmnt(benchmark::State& state) { Measure(state, {"findmnt"}, 0); }
 BENCHMARK(BM_StartFindmnt)->UseManualTime();
 
-// Lists with one row, and what else prints it.
+// Commands that list one row, and other programs that print the same.
 
 void BM_StartOneMount(benchmark::State& state) {
   MeasureShipped(state, {"storage", "mount", "list", "--limit", "1"}, 0);

@@ -5,11 +5,12 @@
 
     formats.py KESTREL_BENCHMARKS [--rows N] [--seconds S]
 
-Prints, for each formatter, bytes for a structure, megabytes of output per second of processor time,
-and nanoseconds for a structure, into a string; beside it the same of the best writer of that format
-that is installed: rapidjson, nlohmann-json, libyaml and pugixml in the program, and Python's
-csv.writer. The workload is that of README.md, N structures (default 1000). The programs run in turn,
-five times, each for S seconds (default 0.2), and the fastest run of each counts.
+Prints, for each formatter, the bytes for a structure, the megabytes of output per second of
+processor time, and the nanoseconds for a structure. Beside them are the same figures for the
+fastest installed writer of that format: rapidjson, nlohmann-json, libyaml and pugixml in the
+program, or Python's csv.writer. All of them write into a string. The workload is that of README.md,
+N structures (default 1000). The programs run in turn, five times, each for S seconds (default 0.2),
+and the fastest run of each is used.
 """
 
 import argparse

@@ -32,7 +32,8 @@ IN_NAMESPACE = "--in-namespace"
 
 class Row:
     """A question: the words for the tool, the command line of the witness, a function that creates
-    the data from the folder to write to and the number of items, and what is special about them."""
+    the data, the numbers of items, and a note on what is special. The function takes the folder
+    to write to and the number of items."""
 
     def __init__(self, command, witness, data=None, sizes=(None,), note=""):
         self.command, self.witness, self.data, self.sizes = command, witness, data, sizes

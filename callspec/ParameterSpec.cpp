@@ -179,7 +179,7 @@ bool ParameterSpec::GetBool(const std::string& text, bool& out) { return ReadBoo
 
 bool ParameterSpec::Validate(const std::vector<std::string>& values,
                              const std::shared_ptr<Output>& output) const {
-  // These two leave the result true; the caller checks the messages.
+  // The next two problems leave the result true; the caller checks the messages.
   if (values.empty()) {
     ReportError(output, "Missing value for parameter " + name_);
   } else if (values.size() > 1 && !AllowMultiple()) {

@@ -2,9 +2,9 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# installed-guides.sh FOLDER: writes the guides to FOLDER as they are read beside an installed tool:
-# the examples start `vexil`, and what concerns the sources only is left out, which the guides have
-# between <!-- sources --> and <!-- /sources -->. A link to a file of the sources becomes its text.
+# installed-guides.sh FOLDER: writes the guides to FOLDER as they are read beside an installed tool.
+# The examples start `vexil`. What is between <!-- sources --> and <!-- /sources --> concerns the
+# sources only and is left out. A link to a file of the sources is replaced by its text.
 #
 # Fails if a guide still mentions ./run, or links to a file that is not installed.
 set -euo pipefail

@@ -40,7 +40,7 @@ bool IsControl(char32_t code) {
          (code >= 0x2066 && code <= 0x2069);
 }
 
-// Whether all bytes are of UTF-8 and none of the characters is a control character.
+// Whether the text is valid UTF-8 without control characters.
 bool IsHarmless(std::string_view text) {
   while (!text.empty()) {
     const Formats::Character character = Formats::FirstCharacter(text);

@@ -12,9 +12,9 @@ namespace Kestrel::Fuzz {
 void CountAllocation(std::size_t size);
 
 /// Limits what the code between its construction and Check may use, in proportion to its input and
-/// its output. For that, the program's operator new counts bytes; released memory counts too, the
-/// memory of libxml2 does not. What a program makes once, such as a static object, must exist
-/// before.
+/// its output. For that, the program's operator new counts bytes, including those of memory that is
+/// released later. The memory of libxml2 is not included. What a program makes once, such as a
+/// static object, must exist before the construction.
 class Usage {
  public:
   explicit Usage(std::size_t inputSize);

@@ -146,7 +146,8 @@ bool IsRefused(const Outcome& outcome) {
          outcome.text.substr(outcome.text.size() - message.size()) == message;
 }
 
-// The default values of attributes count too. They are not in the tree.
+// The text may also be too long because of the default values of attributes, which are not in the
+// tree.
 void RequireReason(const std::string& text) {
   const bool hasReason = HasTooLongEntities(text) || text.find("<!ATTLIST") != std::string::npos;
   Require(hasReason, "a refused document has entities that stand for more than 10 MB");

@@ -28,7 +28,7 @@ struct MetaStruct::Overflow {
   static void operator delete(void* block, std::size_t size) noexcept { Slab::Free(block, size); }
 
   Slots slots;    // all values, while a layout has the names
-  Fields fields;  // all fields, once it has its own index
+  Fields fields;  // all fields, once the structure has its own index
 };
 
 inline const std::shared_ptr<MetaObject>* MetaStruct::Slots() const {
@@ -66,7 +66,8 @@ class FieldCursor {
 
  private:
   std::size_t left_;
-  const std::shared_ptr<const FieldText>* text_ = nullptr;  // null if it has its own index
+  // Null if the structure has its own index.
+  const std::shared_ptr<const FieldText>* text_ = nullptr;
   const std::shared_ptr<MetaObject>* slot_ = nullptr;
   MetaStruct::Overflow::Fields::const_iterator own_;
 };

@@ -115,7 +115,7 @@ class FieldLayout {
   /// Returns the layout of the same type without fields.
   LayoutRef GetRoot() const { return LayoutRef(root_ ? root_.Get() : this); }
 
-  /// The type name. The reference is valid as long as any layout of the type.
+  /// The type name. The reference is valid as long as a layout of the type exists.
   const std::string& TypeName() const { return root_ ? root_->typeName_ : typeName_; }
 
   std::size_t Count() const { return texts_.size(); }

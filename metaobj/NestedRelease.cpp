@@ -52,7 +52,7 @@ class ReleaseScope {
   }
 
   // Returns false if there is no memory for the list of waiting values. The value is then released
-  // at once, at any depth.
+  // immediately, at any depth.
   static bool Defer(std::shared_ptr<MetaObject>&& value) {
     try {
       waiting->emplace_back();

@@ -2,8 +2,9 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# build_packages.sh [FOLDER [VERSION]]: builds the source package and the Debian packages of the files
-# under version control into FOLDER (build/packages), as version VERSION (that of debian/changelog).
+# build_packages.sh [FOLDER [VERSION]]: builds the source package and the Debian packages of the
+# files under version control into FOLDER (default: build/packages), as version VERSION (default:
+# that of debian/changelog).
 #
 # DEB_BUILD_OPTIONS=nocheck leaves out the tests. What dpkg-buildpackage prints is in FOLDER/log.
 set -euo pipefail

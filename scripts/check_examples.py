@@ -99,7 +99,7 @@ class Workplace:
 
 
 def missing_from(block):
-    """What the commands of a block name and the project does not have."""
+    """Returns what the commands of a block name but the project does not have."""
     commands = re.sub(r"#.*|\\\n", " ", block)
     missing = []
     for word in re.findall(r"^([^\s=]+)(?:\s|$)", commands, re.MULTILINE):

@@ -16,7 +16,7 @@ Reports, one per line, every include that
 - adds a header for users to the library: kestrel.h, or Util.h in a source that does not define one
   of its functions,
 
-and every C++ file that is in none of the folders. The exit status is 1 if there was one.
+and every C++ file that is in none of the folders. The exit status is 1 if anything was reported.
 
 --graph instead prints a line for each folder in the order of the list, with the folders that its
 files include. Includes follow the order if every folder after an arrow begins an earlier line.

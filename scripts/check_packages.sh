@@ -3,9 +3,10 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # check_packages.sh [--built FOLDER [--again FOLDER]]: builds the Debian packages twice, in two
-# folders and at two times, and checks that the results are equal, what lintian, blhc and
-# hardening-check report, which symbols and types the library exports, what the packages contain,
-# and their life in a throw-away root: install, test, upgrade, remove, purge.
+# folders and at two times, and checks that the results are equal. Then checks the reports of
+# lintian, blhc and hardening-check, the symbols and types that the library exports, and the
+# contents of the packages. Finally, installs, tests, upgrades, removes and purges the packages in a
+# throw-away root.
 #
 # --built checks packages that build_packages.sh has built; --again is the second build of them, and
 # without it the builds are not compared. The throw-away root is an overlay of this machine's root;
@@ -131,7 +132,7 @@ check_contents() {
 }
 
 # as_version VERSION FOLDER: makes packages of another version with the same files. One package has
-# a file more, which an upgrade has to remove.
+# an additional file, which an upgrade has to remove.
 as_version() {
   local version=$1 folder=$2 name
   mkdir -p "$folder"

@@ -5,7 +5,7 @@
 
     make_schemas.py [FOLDER]
 
-Writes them to FOLDER, which is schemas/. They are under version control, so that a build needs no
+Writes them to FOLDER (default: schemas/). They are under version control, so that a build needs no
 Java; a test compares them with their grammars.
 
 trang does the work. For an XML schema it gets the grammar with the definitions in schemas/xsd,
@@ -77,8 +77,8 @@ def grammar_for_xsd(name):
 
 
 def take_group(schema, name):
-    """Removes the group that trang has made of an element because others have its name too. Returns
-    the schema and the element."""
+    """Removes the group that trang has made of an element because other elements have the same
+    name. Returns the schema and the element."""
     group = re.search(rf'  <xs:group name="command\.{name}">.*?<xs:sequence>\s*(<xs:element .*?'
                       rf'</xs:element>)\s*</xs:sequence>\s*</xs:group>\n', schema, re.DOTALL)
     return schema.replace(group.group(0), ""), group.group(1)
@@ -102,7 +102,7 @@ def in_any_order(schema, type_name, required, optional):
 
 
 def with_different_values(schema, element, children):
-    """Adds that the values of attributes must differ."""
+    """Adds the rule that the values of attributes must differ."""
     begin = schema.index(f'\n  <xs:element name="{element}">') + 1
     end = schema.index("\n  </xs:element>", begin)
     rules = "".join(f'\n    <xs:unique name="{child}.{attribute}">\n'

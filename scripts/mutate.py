@@ -97,8 +97,8 @@ def key_of(source):
 
 
 def read_sources():
-    """Reads the sources. One that has not changed keeps its numbers, so that its objects and its
-    results stay valid; another one gets new numbers."""
+    """Reads the sources. A source that has not changed keeps its numbers, so that its objects and
+    its results stay valid; a changed source gets new numbers."""
     firsts = load("firsts.json", {})
     free = max((first + count for first, count, _ in firsts.values()), default=1)
     sources = []
@@ -152,8 +152,8 @@ def build(targets, *options):
 
 
 def remove_broken(sources, log):
-    """Removes the mutations in the lines that errors name; a file with errors in other places only
-    loses them all. Returns whether any was removed."""
+    """Removes the mutations in the lines for which the compiler reports errors. A file loses all of
+    its mutations if its errors are only in other lines. Returns whether any was removed."""
     by_path = {source.path: source for source in sources}
     lines = collections.defaultdict(set)
     for match in re.finditer(r"^(?:\S*/source/)?(\w[\w/]*\.cpp):(\d+):\d+: +"

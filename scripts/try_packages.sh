@@ -7,7 +7,8 @@
 # runs the tests in debian/tests, upgrades to those in LATER, removes and purges them. Afterwards no
 # file of theirs may be left.
 #
-# check_packages.sh starts it in a mount namespace of its own, which takes the overlay with it.
+# check_packages.sh starts this script in a mount namespace of its own. When that namespace ends,
+# the overlay is unmounted.
 set -euo pipefail
 
 work=$4

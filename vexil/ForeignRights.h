@@ -13,7 +13,8 @@
 namespace Kestrel::Vexil {
 
 /// Removes all variables from the environment but the language, the terminal and the time zone, and
-/// sets PATH to the folders of the system. Others may not write the files that the tool creates.
+/// sets PATH to the folders of the system. Also sets the file mode creation mask so that others may
+/// not write the files that the tool creates.
 void CleanEnvironment();
 
 /// Returns a message for each dispatcher option of `parser` that names files of the user.

@@ -16,7 +16,8 @@ namespace Kestrel::Vexil {
 std::optional<std::vector<std::string>> ListFormatKeys(const std::string& formatter,
                                                        const std::vector<ResultType>& types);
 
-/// Whether it is one of the tool's own formatters, which have the same keys for all results.
+/// Whether `formatter` is one of the tool's own formatters, which have the same keys for all
+/// results.
 bool IsToolFormatter(const std::string& formatter);
 
 /// Returns the fields that the value of `key` may contain: those of the type after the colon, or of
@@ -24,7 +25,7 @@ bool IsToolFormatter(const std::string& formatter);
 std::vector<std::string> ListChoosableFields(const std::string& key,
                                              const std::vector<ResultType>& types);
 
-/// Returns the names in the value of such a key, without the spaces around them.
+/// Returns the names in the value of a key that chooses fields, without the spaces around them.
 std::vector<std::string> SplitFieldNames(const std::string& value);
 
 }  // namespace Kestrel::Vexil

@@ -22,8 +22,8 @@ struct ResultType {
 /// by those inside it. Empty if `root` is null or contains none.
 std::vector<ResultType> ListResultTypes(const std::shared_ptr<MetaObj::MetaObject>& root);
 
-/// Returns the fields of the result, or of each element if it is a list, and of the structures in
-/// these: "Usage", then "Usage.Free".
+/// Returns the paths of the fields of the result, or of each element if the result is a list. A
+/// field that is a structure is followed by the fields inside it: "Usage", then "Usage.Free".
 std::vector<std::string> ListFieldPaths(const std::shared_ptr<MetaObj::MetaObject>& root);
 
 /// Returns those of these paths that lead to scalars, by which elements can be sorted.

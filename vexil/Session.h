@@ -42,8 +42,8 @@ class Session {
   /// Whether the session has chosen the formatter pretty for the current line.
   bool HasAddedFormatter() const { return hasAddedFormatter_; }
 
-  /// Whether it has chosen it and the command prints its result for people by default, so that the
-  /// result is pretty.
+  /// Whether the result of the current line is printed as pretty: the session has chosen that
+  /// formatter, and the command prints its result for people by default.
   bool IsPretty() const;
 
  private:

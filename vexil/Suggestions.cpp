@@ -16,8 +16,8 @@ namespace {
 
 constexpr std::size_t kMaxSuggestions = 3;
 
-// The cost of a suggestion may exceed that of the best one by at most this, which is less than an
-// edit or a missing name.
+// The cost of a suggestion may exceed that of the best one by at most this much, which is less than
+// the cost of an edit or of a missing name.
 constexpr int kMaxExcess = 2;
 
 struct Candidate {

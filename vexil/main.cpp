@@ -89,7 +89,7 @@ void CheckStandardOutput() {
   }
 }
 
-// The user of a process with more rights than their own does not choose what it reads.
+// If the process has more rights than its user, the user may not choose what the process reads.
 void RestrictUser(int argc, char** argv) {
   Kestrel::Vexil::CleanEnvironment();
   Kestrel::AutoCli::OptionParser parser;
@@ -151,7 +151,7 @@ int main(int argc, char** argv) {
       Kestrel::Vexil::PrintHints(tool->dispatcher, tool->session.GetWords());
     }
   } catch (const abi::__forced_unwind&) {
-    throw;  // by pthread_exit, which has to pass
+    throw;  // thrown by pthread_exit, and has to pass
   } catch (...) {
     FlushOutput();
     Kestrel::Vexil::PrintMessage("A plug-in threw an exception that is not a std::exception");

@@ -26,8 +26,8 @@ namespace {
 
 constexpr std::size_t kNone = std::string::npos;
 
-/// The position of a "{" of the template, and the one after the "}" that closes it. The second is
-/// kNone when the block is not closed.
+/// The position of a "{" of the template, and the position after the "}" that closes it. The second
+/// position is kNone when the block is not closed.
 struct Block {
   std::size_t begin;
   std::size_t end;

@@ -17,8 +17,8 @@ void RefuseTakenPath(const std::string& path, const std::shared_ptr<NamespaceNod
                      const std::shared_ptr<Namespace>& root);
 
 /// Inserts `node` at `path` below `root`. A top-level namespace is not inserted when there is one
-/// of the same name and description already; both share the existing one. Throws KestrelException
-/// when the parent does not exist or rejects the name.
+/// of the same name and description already; the existing one is used instead. Throws
+/// KestrelException when the parent does not exist or rejects the name.
 void InsertNode(const std::string& path, const std::shared_ptr<NamespaceNode>& node,
                 const std::shared_ptr<Namespace>& root);
 

@@ -15,7 +15,7 @@ namespace Kestrel::AutoCli {
 
 /// The elements, attributes and text of an ordinary document, as nodes of libxml2.
 ///
-/// They are made without the parser, in memory that is released all at once. Code that reads the
+/// They are made without the parser, in memory that is released in one step. Code that reads the
 /// parser's tree also reads this one.
 ///
 /// The nodes are valid as long as this object and must not be changed. They belong to no document

@@ -72,7 +72,7 @@ class Expansion {
   bool IsTooLarge() const { return total_ > kMaxXmlExpansion; }
 
  private:
-  /// The parser follows no more entities within entities.
+  /// The parser follows entities within entities up to this depth.
   static constexpr int kMaxDepth = 1024;
 
   static std::size_t Sum(std::size_t left, std::size_t right) {

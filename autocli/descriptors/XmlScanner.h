@@ -44,7 +44,7 @@ class XmlEvents {
   ~XmlEvents() = default;
 };
 
-/// Reads an ordinary document, which takes a fraction of the instructions of a parser.
+/// Reads an ordinary document with a fraction of the instructions that a parser needs.
 ///
 /// Returns false if the document is not ordinary; the events before that have no meaning then. An
 /// ordinary document is well-formed UTF-8 with Unix lines. It has no document type, namespaces,

@@ -58,7 +58,8 @@ class XmlValueBuilder {
   void EndScalar();
   void Complete(const std::shared_ptr<MetaObj::MetaObject>& value);
 
-  // The outermost first; the first `depth_` are in use, the others are kept for their memory.
+  // The outermost element comes first. The first `depth_` elements are in use; the others are kept
+  // so that their memory can be used again.
   std::vector<OpenElement> open_;
   std::size_t depth_ = 0;
   std::optional<XmlValueTag> scalar_;  // an open string, int or bool within the innermost of them

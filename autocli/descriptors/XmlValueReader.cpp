@@ -19,7 +19,7 @@ using MetaObj::MetaObject;
 
 namespace {
 
-/// Passes the parts of a document to a builder until it refuses one.
+/// Passes the parts of a document to a builder until the builder refuses one.
 class ValueEvents final : public XmlEvents {
  public:
   /// The value; null when the document has none. Throws if it cannot be built.

@@ -11,7 +11,7 @@
 namespace Kestrel::AutoCli {
 
 /// Reads an ordinary result document (see `ScanXml`) into its value, without a tree in between.
-/// `value` is then the value of the document, null when it has none.
+/// Sets `value` to the value of the document, null when it has none, and returns true.
 ///
 /// Returns false when the document must be read through a tree, because it is not ordinary. Prints
 /// nothing in either case. Throws KestrelException when the value of an ordinary document cannot be

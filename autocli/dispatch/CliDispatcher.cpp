@@ -115,7 +115,7 @@ class SecretWipe {
     if (!TypedSecrets::AreHeld()) {
       return;
     }
-    // Both objects are not const, and no caller reads these values afterwards.
+    // Neither object is const, and no caller reads these values afterwards.
     for (const auto& [name, value] : parser_.GetCommandParameters()) {
       TypedSecrets::WipeIfSecret(const_cast<std::string&>(value));
     }

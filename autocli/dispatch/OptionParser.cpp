@@ -61,8 +61,8 @@ std::size_t FindLongNameEnd(const std::string& token) {
   return end > 3 ? end : 0;
 }
 
-// Whether one of the eight bytes at `text` is not greater than a double quote, as space, tab and
-// the quote itself are.
+// Whether one of the eight bytes at `text` is less than or equal to a double quote. This is true of
+// the space, the tab and the double quote itself.
 bool MayEndToken(const char* text) {
   constexpr std::uint64_t kOnes = 0x0101010101010101;
   constexpr std::uint64_t kHighBits = 0x8080808080808080;

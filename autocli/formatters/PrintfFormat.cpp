@@ -239,7 +239,7 @@ class PrintfFormat::Printer {
     return format + piece.modifier + piece.conversion;
   }
 
-  /// Returns how many bytes the printed argument has at least; 0 for a character.
+  /// Returns the minimum number of bytes of the printed argument; 0 for a character.
   long FindBodySize(const Piece& piece) const {
     if (piece.conversion == 's') {
       return piece.precision < 0 ? textSize_ : std::min(textSize_, piece.precision);

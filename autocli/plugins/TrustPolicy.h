@@ -10,10 +10,10 @@
 
 #include "autocli/process/ProcessRights.h"
 
-// Whose plug-ins a process loads. The policy refuses only where a user other than root and the
-// owner of the program could make a process with more rights run code: see docs/security.md. The
-// functions are inline because vexil-complete and vexil-doctor use them too, and the library does
-// not export them.
+// Decides whose plug-ins a process loads. The policy refuses a plug-in only where a user other than
+// root and the owner of the program could make a process with more rights run code: see
+// docs/security.md. The functions are inline because vexil-complete and vexil-doctor use them too,
+// and the library does not export them.
 
 namespace Kestrel::AutoCli {
 

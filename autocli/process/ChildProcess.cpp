@@ -116,7 +116,7 @@ class Child {
   }
 
  private:
-  SignalForwarding forwarding_;  // the first: a signal may end the process when it is destroyed
+  SignalForwarding forwarding_;  // the first member: its destructor may end the process
   pid_t pid_ = 0;
 };
 

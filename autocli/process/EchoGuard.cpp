@@ -118,8 +118,8 @@ void PassOn(int signal) {
   sigaction(signal, &own, &GetPrevious(signal));
 }
 
-// Echo goes off only after this handler is installed again, because the next signal may follow at
-// once.
+// Echo is turned off only after this handler is installed again, because the next signal may follow
+// immediately.
 void Interrupt(int signal) {
   const int error = errno;
   const sig_atomic_t wasPassingOn = isPassingOn;

@@ -7,7 +7,7 @@
 
 namespace Kestrel::AutoCli {
 
-/// Returns the system's message for `error`, an errno value, cut after 255 bytes. The system has a
+/// Returns the system's message for `error`, an errno value, cut to 255 bytes. The system has a
 /// message even for numbers that it does not know: "Unknown error 12345".
 std::string SystemErrorText(int error);
 

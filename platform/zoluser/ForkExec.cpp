@@ -43,7 +43,8 @@ class FileActions {
   int error_ = 0;
 };
 
-/// SIGPIPE has its default action and no signal is blocked, whatever the settings of the parent.
+/// In the child, SIGPIPE has its default action and no signal is blocked, whatever the settings of
+/// the parent.
 class SpawnAttributes {
  public:
   SpawnAttributes() {

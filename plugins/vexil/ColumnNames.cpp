@@ -14,7 +14,7 @@ using Catalog::Field;
 
 namespace {
 
-/// Returns the format parameters that choose fields. The first one that is set counts.
+/// Returns the format parameters that choose fields. The first one that is set is used.
 std::vector<std::string> KeysOf(const Command& command) {
   const std::string typed = "fields:" + command.result.typeName;
   if (command.formatter == "table") {

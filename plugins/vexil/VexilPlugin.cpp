@@ -26,7 +26,7 @@ std::shared_ptr<NamespaceNode> AddNamespace(const std::shared_ptr<NamespaceNode>
 }  // namespace
 
 void AutoCli_RegisterNamespaces(std::shared_ptr<Namespace> root) {
-  // The library has already registered these two.
+  // The library has already registered both namespaces.
   const auto vexil = root->SubNamespace("vexil");
   vexil->SubNamespace("command")->RegisterNamespaceNode(Kestrel::Vexil::NewCommandDescribe(),
                                                         "describe");

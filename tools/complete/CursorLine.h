@@ -35,7 +35,7 @@ struct CursorLine {
   /// The start of the word before its value, such as "--sort="; empty if the whole word is the
   /// value.
   std::string beforeValue;
-  /// The name of the option whose value is the word, or the end of the word.
+  /// The name of the option whose value is the word, or the part of the word after `beforeValue`.
   std::optional<std::string> option;
   /// Whether an option would take any word here as its value.
   bool followsOption = false;
@@ -48,8 +48,8 @@ struct CursorLine {
   std::vector<Vexil::TypedOption> settledOptions;
   /// Whether the line contains only the tool's name and the word.
   bool isOnlyWord = false;
-  /// Whether the line is a command line of vexil-explain, which accepts what the tool accepts
-  /// except --input, and two more options.
+  /// Whether the line is a command line of vexil-explain, which accepts everything that the tool
+  /// accepts except --input, and has two options of its own.
   bool isExplained = false;
   /// Whether the word is the first argument of such a line. Only the first can be one of the two
   /// options.

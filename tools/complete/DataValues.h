@@ -18,8 +18,8 @@ using Deadline = std::chrono::steady_clock::time_point;
 ///
 /// Runs the command in a child process, whose current folder is the root folder and whose PATH
 /// contains only absolute folders. At the deadline, the child is killed with all processes that it
-/// started. Returns no values in that case, if the command fails or needs a parameter, or if its
-/// meta-data says that it changes something.
+/// started. Returns no values in that case. Also returns none if the command fails or needs a
+/// parameter, or if its meta-data says that it changes something.
 std::vector<std::string> ReadDataValues(const AutoCli::Dispatcher& dispatcher,
                                         const std::string& source, Deadline deadline);
 

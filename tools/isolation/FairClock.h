@@ -15,8 +15,9 @@ std::vector<pid_t> ListChildren(pid_t parent);
 
 /// Measures the time in which the processes below this one slept or had a processor.
 ///
-/// While one of them is ready to run, only their processor time counts, so a process is not called
-/// slow because the machine is busy. Waiting for a disk counts like waiting for a processor.
+/// While one of them is ready to run, only their processor time is counted, so a process is not
+/// called slow because the machine is busy. A process that waits for a disk is treated like one
+/// that waits for a processor.
 class FairClock {
  public:
   using milliseconds = std::chrono::milliseconds;
@@ -24,7 +25,7 @@ class FairClock {
   /// How often `Now` must be called: the processes are looked at this often.
   static constexpr milliseconds kStep{100};
 
-  /// The time since the construction. Within a step, all time counts at first.
+  /// The time since the construction. The time of a step that has not ended is included completely.
   milliseconds Now();
 
  private:
@@ -33,8 +34,8 @@ class FairClock {
   milliseconds processorTime_{0};
 };
 
-/// A moment of a FairClock. It is also reached when a multiple of the time has passed in the world,
-/// so that the wait ends on a machine that is busy forever.
+/// A moment of a FairClock. It is also reached when a multiple of the time has passed on an
+/// ordinary clock, so that the wait ends on a machine that is busy forever.
 class FairDeadline {
  public:
   FairDeadline(FairClock& clock, std::chrono::milliseconds patience);

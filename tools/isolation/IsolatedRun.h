@@ -41,9 +41,9 @@ class IsolatedRun {
   /// Whether the child did not end in time, and so was killed or will be killed.
   bool IsLate() const { return isLate_; }
 
-  /// Kills the child if it is late or does not end within a second, and everything below it.
-  /// Returns its wait status. If a signal has interrupted the run (see `KillOnInterrupt`), it ends
-  /// this process afterwards.
+  /// Kills the child if it is late or does not end within a second, then kills all processes that
+  /// remain below this one. Returns the wait status of the child. If a signal has interrupted the
+  /// run (see `KillOnInterrupt`), the signal ends this process afterwards.
   int Wait();
 
  private:

@@ -12,10 +12,10 @@ namespace Kestrel::Isolation {
 /// own folders.
 std::string PathForLoader(const std::string& file);
 
-/// Loads a shared object with all of its functions bound at once, and returns the loader's message
-/// about an undefined function, or nothing. With lazy binding, the loader looks up a function when
-/// it is first called, perhaps long after the start of the tool. Must be called before the file is
-/// loaded in any other way.
+/// Loads a shared object, binding all of its functions immediately, and returns the loader's
+/// message about an undefined function, or nothing. With lazy binding, the loader looks up a
+/// function when it is first called, perhaps long after the start of the tool. Must be called
+/// before the file is loaded in any other way.
 std::optional<std::string> FindMissingSymbol(const std::string& file);
 
 /// Returns a description of the exception that is being handled, such as "a std::exception: no

@@ -59,7 +59,7 @@ std::string AdviseNearest(const std::string& word, const std::vector<std::string
 /// Returns the one of `words` that is nearest to a misspelt word; empty if none is near.
 std::string FindNearest(const std::string& word, const std::vector<std::string>& words);
 
-/// Returns the text in single quotes, cut after 80 bytes, with control characters escaped.
+/// Returns the text in single quotes, cut to 80 bytes, with control characters escaped.
 std::string Quote(const std::string& text);
 
 }  // namespace Kestrel::Lint

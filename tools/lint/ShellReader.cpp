@@ -339,7 +339,7 @@ class Reader {
     return TakeFirstKeyword(text) || TakeInnerKeyword(text) || TakeLastKeyword(text);
   }
 
-  // Only bash knows the result of no command.
+  // Only bash accepts "!" without a command after it.
   void Negate() {
     Fail((isPiped_ && needsCommand_) || isAfterCompound_ || (isNegated_ && shell_ == Shell::Dash));
     needsCommand_ = needsCommand_ || shell_ == Shell::Dash;
@@ -598,7 +598,7 @@ class Reader {
   bool isAfterCompound_ = false;        // no word can follow
   bool needsCommand_ = false;           // perhaps on the next line
   std::vector<std::string_view> ends_;  // of the compound commands that are open
-  std::size_t complete_ = 0;            // the commands in lines that are complete
+  std::size_t complete_ = 0;            // the number of commands in complete lines
 };
 
 }  // namespace

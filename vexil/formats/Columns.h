@@ -17,9 +17,9 @@
 
 namespace Kestrel::Formats {
 
-/// The columns of a result: one for each field that is chosen, where a nested structure counts as
-/// its fields. Rows that are scalars have the single column `value`. There are no columns for a
-/// structure without fields.
+/// The columns of a result: one for each field that is chosen. A nested structure has no column,
+/// but its fields have. Rows that are scalars have the single column `value`. There are no columns
+/// for a structure without fields.
 class Columns {
  public:
   explicit Columns(const Selection& selection);
@@ -45,7 +45,8 @@ class Columns {
   }
 
  private:
-  /// A field of the structure with that index. The row has index 0; the nested structures follow.
+  /// A field, and the index of the structure that contains it. The row has index 0; the nested
+  /// structures follow.
   struct Field {
     std::size_t structure;
     std::string name;

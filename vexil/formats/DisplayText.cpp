@@ -100,7 +100,7 @@ class PieceReader {
 
  private:
   TextWidth WidthOf(char32_t code, WidthClass widthClass) const {
-    // Some terminals draw a narrow symbol as a wide emoji if this follows.
+    // Some terminals draw a narrow symbol as a wide emoji if this character follows it.
     if (code == kEmojiSelector) {
       return {0, isAfterNarrow_ ? 1U : 0U};
     }
@@ -238,7 +238,7 @@ class LineBreaker {
   std::vector<DisplayLine> lines_;
   DisplayLine line_;
   Place wordEnd_;     // of the last character that is not a space
-  Place breakEnd_;    // where the line may end; at its beginning if it may not
+  Place breakEnd_;    // where the line may be broken; its beginning if there is no such place
   Place breakStart_;  // where the next line then begins
   bool isAfterWide_ = false;
   bool isSkippingSpaces_ = false;  // after a line that was broken

@@ -13,7 +13,7 @@ namespace Kestrel::Formats {
 struct ExactFormat {
   const char* name;
   const char* description;
-  bool isForPrograms;  ///< false: the command's own choice of fields counts
+  bool isForPrograms;  ///< false: the command's own choice of fields is used
   OwnKeys ownKeys;     ///< the parameters that not every format has
 
   /// Prints the selected values. Throws ValueFault or ResultFault if that is not possible.

@@ -23,7 +23,7 @@ void Print(const ExactFormat& format, const CallFacts& facts,
   FormatOptions options = ReadFormatOptions(params, format.ownKeys, errors);
   options.screen = screen;
   if (format.isForPrograms && facts.isChosen != nullptr && !facts.isChosen("fields")) {
-    options.hasFields = false;  // a command sets them for people
+    options.hasFields = false;  // those that a command sets are for people
   }
   if (root == nullptr) {
     errors.emplace_back("The command returned nothing to print");

@@ -78,8 +78,9 @@ void ReadLimit(const FormatParameters& params, FormatOptions& options,
   }
 }
 
-/// The value of `key` is one of two words: sets `isFirst` to whether it is the first. Returns false
-/// if there is no such parameter, or another value, for which a message is appended.
+/// Reads the parameter `key`, whose value must be one of two words, and sets `isFirst` to whether
+/// it is the first word. Returns false if there is no such parameter. If it has another value,
+/// appends a message and returns false too.
 bool ReadChoice(const FormatParameters& params, const FormatKey& key, const char* first,
                 const char* second, bool& isFirst, std::vector<std::string>& errors) {
   const std::string name(key.name);

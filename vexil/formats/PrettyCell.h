@@ -20,8 +20,8 @@ bool IsNested(const MetaObj::MetaObject& value);
 std::string_view CellText(const MetaObj::MetaObject& value, const std::string& name, bool isHuman,
                           std::string& storage);
 
-/// Returns how that text is printed: by the kind of the value, and a word for a state by how bad
-/// that state is.
+/// Returns how that text is printed. This depends on the kind of the value and, if the text is a
+/// word for a state, on how bad that state is.
 Style CellStyle(const MetaObj::MetaObject& value, const std::string& name);
 
 /// Returns any value on one line, for nesting that is too deep for trees: {A: 1, B: [x, y]}.

@@ -61,8 +61,8 @@ class Selection {
 
   /// Selects from `root`, which is not null. If nothing is known about the structures in an empty
   /// list, their shape is taken from what `declared` returns. Appends a message to `errors` for
-  /// each field that does not exist or cannot be sorted by. Throws ValueFault if a class of a value
-  /// is not that of its kind.
+  /// each field that does not exist or cannot be sorted by. Throws ValueFault if a value is not of
+  /// the class of its kind.
   Selection(const Value& root, const DeclaredResult& declared, const FormatOptions& options,
             std::vector<std::string>& errors);
 

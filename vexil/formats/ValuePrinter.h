@@ -199,7 +199,7 @@ class ValuePrinter {
     return true;
   }
 
-  /// Prints the rest of the innermost open value, or until another value is opened.
+  /// Continues to print the innermost open value, up to its end or until another value is opened.
   void Continue() { open_.back().list == nullptr ? ContinueStruct() : ContinueList(); }
 
   void ContinueStruct() {

@@ -25,7 +25,8 @@ namespace {
 
 constexpr std::size_t kIndentStep = 3;  // as in the formatters of the library
 
-// The limit of the reader. An element that contains others counts.
+// The limits of the reader. The depth is the number of elements that contain others, from the root
+// down.
 constexpr long kMaxDepth = 256;
 constexpr std::size_t kMaxTextSize = 10000000;
 

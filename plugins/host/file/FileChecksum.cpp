@@ -56,7 +56,7 @@ class FileChecksum final : public ListCommand {
               "A secret key, for the checksum that only those who know it can compute (HMAC).")
         .Short("k")
         .Secret()
-        .Matching(".+")  // An empty key would be accepted by mistake.
+        .Matching(".+")  // Otherwise, a key left empty by mistake would be accepted.
         .AddTo(spec);
   }
 

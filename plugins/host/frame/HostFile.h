@@ -56,7 +56,7 @@ std::vector<std::string> ListRequiredFolder(const std::string& path);
 /// other error.
 std::optional<std::vector<std::string>> ListOptionalFolder(const std::string& path);
 
-/// Whether there is anything at `path`; a link counts even if its target is missing. Throws
+/// Whether there is anything at `path`, even if it is a link whose target is missing. Throws
 /// KestrelException if that cannot be determined.
 bool Exists(const std::string& path);
 

@@ -40,7 +40,7 @@ class JournalParser {
 };
 
 /// Returns the last lines of the journal that pass the filter, the oldest first. If `units` is not
-/// empty, only the lines of these units count; a unit may contain `*`.
+/// empty, only the lines of these units are returned; a unit may contain `*`.
 ///
 /// Runs journalctl, found in PATH. Throws KestrelException if there is no journal, if this user may
 /// not read all of it, or if neither the journal nor systemctl knows a unit.

@@ -27,9 +27,9 @@ class LogFile {
   /// start from.
   explicit LogFile(const std::string& path);
 
-  /// Returns the line before the one returned last, without its line feed; nothing before the first
-  /// line. The view is valid until the next call. Throws KestrelException if the file cannot be
-  /// read, has become shorter, or has a line longer than kMaxLineSize.
+  /// Returns the line before the one returned last, without its line feed. Returns nothing once the
+  /// first line has been returned. The view is valid until the next call. Throws KestrelException
+  /// if the file cannot be read, has become shorter, or has a line longer than kMaxLineSize.
   std::optional<std::string_view> PreviousLine();
 
  private:

@@ -16,7 +16,7 @@ constexpr std::int64_t kMinute = 60;
 constexpr std::int64_t kHour = 60 * kMinute;
 constexpr std::int64_t kDay = 24 * kHour;
 constexpr std::int64_t kWeek = 7 * kDay;
-// No log goes back as far; with larger numbers, a multiplication could overflow.
+// No log goes back that far. With larger numbers, a multiplication could overflow.
 constexpr std::int64_t kMaxCount = 1000000000;
 
 struct Unit {

@@ -97,8 +97,8 @@ bool IsHalfOpen(const inet_diag_msg& fixed, const NetlinkMessage& message) {
          !message.GetAttributes(sizeof(fixed)).Has(INET_DIAG_SHUTDOWN);
 }
 
-// Whether an error means that such requests are not answered here, by the kernel or a sandbox.
-// Other errors, such as too many open files, mean that this request failed.
+// Whether an error means that the kernel or a sandbox does not answer such requests. Other errors,
+// such as too many open files, mean that this request failed.
 bool MeansNoDiagnosis(int error) {
   constexpr int kErrors[] = {ENOENT, EPROTONOSUPPORT, EAFNOSUPPORT, ESOCKTNOSUPPORT, EOPNOTSUPP,
                              ENOSYS, ECONNREFUSED,    EINVAL,       EACCES,          EPERM};

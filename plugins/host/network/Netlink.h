@@ -66,7 +66,7 @@ struct NetlinkRequest {
   std::string body;    ///< The fixed part of the message.
 };
 
-/// The kernel rejects a request or does not respond.
+/// Thrown if the kernel rejects a request or does not respond.
 class NetlinkError : public KestrelException {
  public:
   /// `what` is the plural noun that names what is requested; `number` is an error of the system.

@@ -47,8 +47,8 @@ enum class LastStanza {
 
 /// Calls `use` for each paragraph of `text`, the content of the file at `path`.
 ///
-/// If the last paragraph ends differently, the file was cut: that is an error, because a shorter
-/// answer would look like a complete one. Throws KestrelException with the path.
+/// If the last paragraph does not end as `last` says, the file was cut: that is an error, because a
+/// shorter answer would look like a complete one. Throws KestrelException with the path.
 void ReadControlFile(const std::string& path, std::string_view text, LastStanza last,
                      const std::function<void(const ControlStanza&)>& use);
 

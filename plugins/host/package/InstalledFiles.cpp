@@ -32,7 +32,7 @@ void RequireWholeLines(const std::string& path, std::string_view text) {
 }
 
 // Returns the path of the package's list of files. A package that can be installed for several
-// architectures at once has one list for each.
+// architectures at the same time has one list for each.
 std::string ListPath(const Package& package, const std::string& folder) {
   const std::string start = folder + "/info/" + std::string(package.name);
   std::string path = start + ":" + std::string(package.architecture) + ".list";

@@ -32,7 +32,8 @@ constexpr char kHalfInstalled[] = "half-installed";
 constexpr std::string_view kWishes[] = {"unknown", "install", "hold", "deinstall", "purge"};
 constexpr std::string_view kFlags[] = {"ok", "reinstreq"};
 constexpr long kKibibyte = 1024;
-// dpkg writes to the disk in between, which takes longer than a read.
+// How often the files are read if "status" changes while they are read. dpkg writes to the disk
+// between two changes, which takes longer than reading the files.
 constexpr int kMaxReads = 20;
 
 std::string_view RequireField(const ControlStanza& stanza, const char* name) {

@@ -22,7 +22,7 @@ using UnitFiles = std::map<std::string, std::string>;
 constexpr char kAlias[] = "alias";
 constexpr char kNotFound[] = "not-found";
 constexpr char kInactive[] = "inactive";
-// Far fewer bytes than the kernel accepts as arguments of one program.
+// So many names take far fewer bytes than the kernel accepts as arguments of one program.
 constexpr std::size_t kMaxUnitsInACall = 400;
 
 std::string Get(const UnitProperties& unit, const std::string& name) {

@@ -90,7 +90,8 @@ std::string FindTransportName(std::string_view name, const std::vector<Transport
   return std::string();
 }
 
-// The folder of a disk is a link to the path of the buses that lead to it. The last bus counts.
+// The folder of a disk is a link to the path of the buses that lead to it. The last bus on that
+// path is the transport.
 std::string FindTransport(const std::string& folder, const std::string& name) {
   static const std::vector<TransportName> buses = {
       {"usb", "usb"},       {"ata", "sata"},     {"end_device-", "sas"}, {"rport-", "fc"},

@@ -52,8 +52,8 @@ std::string_view TakeOption(std::string_view& options) {
   return option;
 }
 
-// Returns the options of the mount followed by those of the file system. It is read-only if either
-// says so.
+// Returns the options of the mount followed by those of the file system. The mount is read-only if
+// either list says so.
 std::vector<std::string> MergeOptions(const std::string& ofMount, const std::string& ofFilesystem) {
   std::vector<std::string> merged = {"rw"};
   const auto append = [&merged](std::string_view options) {

@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // The walk keeps a list of levels, one for each folder on the path from the top to the current
-// folder. On entering a folder, it reads all of the folder's names at once, adds up its files and
-// remembers its subfolders. It then enters these one after the other, and leaves the folder after
-// the last one.
+// folder. On entering a folder, it reads all of the folder's names, adds up its files and remembers
+// its subfolders. It then enters these one after the other, and leaves the folder after the last
+// one.
 
 #include "plugins/host/storage/TreeUsage.h"
 
@@ -29,7 +29,8 @@
 namespace Kestrel::Host {
 namespace {
 
-// Folders above these are closed, and opened again on the way back.
+// How many of the innermost folders are open. The folders above them are closed, and opened again
+// on the way back.
 constexpr std::size_t kMaxOpenFolders = 32;
 constexpr std::size_t kBufferSize = 1 << 16;
 constexpr int kFolderFlags = O_DIRECTORY | O_NONBLOCK | O_NOCTTY;

@@ -22,7 +22,7 @@ constexpr char kAccountFile[] = "/etc/passwd";
 // The program that a login starts if the account names none.
 constexpr char kDefaultShell[] = "/bin/sh";
 
-// Programs that end at once instead of starting a session, in any folder.
+// Programs, in any folder, that end immediately instead of starting a session.
 constexpr std::string_view kRefusingShells[] = {"nologin", "false", "true",
                                                 "sync",    "halt",  "shutdown"};
 
@@ -62,7 +62,7 @@ auto* Ask(Function function, Arguments... arguments) {
 }
 
 // Looks up a name. The service may try a second source after the first one failed and report that
-// this one does not have the name, so a lookup without a result is repeated.
+// the second one does not have the name, so a lookup without a result is repeated.
 template <typename Function, typename Key>
 auto* Find(Function function, Key key) {
   auto* const entry = Ask(function, key);
@@ -122,7 +122,7 @@ const char* const kSourcesFile = "/etc/nsswitch.conf";
 
 void ForEachAccount(const std::function<void(const AccountEntry& account)>& use) {
   RequireReadable(kAccountFile);
-  // A list without entries may be a failure, and is asked for again.
+  // A list without entries may be the result of a failure, so it is requested again.
   if (ListAccounts(use) == 0 && ListAccounts(use) == 0) {
     RequireAnswer(kAccountFile);
     RequireNoAccounts();

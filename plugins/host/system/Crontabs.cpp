@@ -272,8 +272,8 @@ bool IsOwnedBy(const struct stat& status, const std::string& user) {
   return account && status.st_uid == account->id;
 }
 
-// Returns why cron ignores the file, whose status is `status`; an empty string if it reads it.
-// `user` is empty for a file of the system; a link to such a file has to be root's, too.
+// Returns why cron ignores the file, whose status is `status`; an empty string if cron reads it.
+// `user` is empty for a file of the system; a link to such a file must belong to root, too.
 std::string WhyIgnored(const std::string& root, const std::string& path, const struct stat& status,
                        const std::string& user) {
   const auto superuser = OwnerOf(root + "/");

@@ -16,7 +16,7 @@
 
 namespace Kestrel::Host {
 
-/// Looks up names of groups. Reads all groups at the first use, so it is for many names.
+/// Looks up names of groups. Reads all groups at the first use, so it is meant for many look-ups.
 ///
 /// Usually /etc/group alone has the answers. The name service is asked for all groups when a number
 /// is missing there, and for single groups if it may have more than it lists.
@@ -37,7 +37,7 @@ class GroupNames {
   bool hasAll_ = false;          // not only those in /etc/group
   bool isListComplete_ = false;  // whether a group that is not listed does not exist
   std::string text_;  // with all names: a string for each would take several times the memory
-  std::vector<GroupLine> groups_;  // by number; the first of each number counts
+  std::vector<GroupLine> groups_;  // by number; the first of each number is used
   std::size_t next_ = 0;           // the group after the one found last
   std::map<gid_t, std::string> unlisted_;
   std::string digits_;

@@ -8,8 +8,8 @@
 
 namespace Kestrel::Host {
 
-/// Returns the value of `key` from lines of the form KEY=VALUE, quoted as in the shell. The last
-/// line with the key counts; the result is empty if there is none.
+/// Returns the value of `key` from lines of the form KEY=VALUE, quoted as in the shell. If several
+/// lines have the key, the last one is used. The result is empty if there is none.
 std::string ParseOsRelease(std::string_view text, std::string_view key);
 
 /// Returns the name and version of the distribution from /etc/os-release or /usr/lib/os-release.

@@ -8,7 +8,8 @@ from typing import Any, Dict, List, Optional, Tuple
 
 from .words import Option
 
-# All of it. The order matters to the script in remote.py: Meta Data comes after Formatter.
+# The fields of a whole description. The script in remote.py relies on their order: Meta Data comes
+# after Formatter.
 KEYS = ("Path", "Description", "Plugin", "Result Description", "Result Kind", "Result Type",
         "Columns", "Parameters", "Examples", "Format Parameters", "Formatter", "Meta Data",
         "Fields")

@@ -19,7 +19,7 @@ from .stored import Chunk, StoredLines
 # How many lines are decoded at once.
 _CHUNK = 2000
 _INT_MIN, _INT_MAX = -2**63, 2**63 - 1
-# A prompt of vexil for a secret, one for each before the result.
+# A prompt of vexil for a secret. There is one for each secret before the result.
 _PROMPT = re.compile(rb"Enter value for '[^'\n]*': \n")
 
 # An escape of one half of a surrogate pair. Without the other half, it cannot be printed.
@@ -154,7 +154,7 @@ def _refuse(text: str) -> Any:
 
 
 class RowCheck:
-    """Whether rows are of the declared shape. Rows with the same names and types, and without
+    """Checks that rows are of the declared shape. Rows with the same names and types, and without
     structures and lists, are compared once."""
 
     def __init__(self, shape: Shape) -> None:

@@ -122,7 +122,7 @@ def check_values(parameter, value):
 
 
 def check_value(parameter, word):
-    """Returns what is wrong with a value, or None. Expressions are left to the tool."""
+    """Returns what is wrong with a value, or None. The tool checks regular expressions."""
     kind = parameter['Kind'].split('-')[0]
     if kind in ('bool', 'flag') and word.lower() not in _TRUE + _FALSE:
         return 'not a boolean: %s' % word
