@@ -23,7 +23,8 @@ using CallSpec::InputSpec;
 using CallSpec::ParameterSpec;
 using CallSpec::ParameterType;
 
-/// A line of about a hundred bytes with every kind of marker, repeated.
+/// Returns a line of about a hundred bytes with every kind of marker, repeated to at least `size`
+/// bytes.
 std::string MakeTemplate(std::int64_t size) {
   const std::string line =
       "list '$val{name}'$if{all, --all}$if{unused, --unused} $list{ids,',',true}"

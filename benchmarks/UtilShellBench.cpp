@@ -68,7 +68,8 @@ void RunWithBareSpawn(std::string& output) {
   }
 }
 
-/// The processor time of this process and of the children that it has waited for, in seconds.
+/// Returns the processor time of this process and of the children that it has waited for, in
+/// seconds.
 double CpuSeconds() {
   double seconds = 0;
   for (const auto who : {RUSAGE_SELF, RUSAGE_CHILDREN}) {

@@ -41,7 +41,7 @@ PEERS = {"rapidjson": "BM_RapidJsonIntoString", "nlohmann-json": "BM_NlohmannJso
 
 
 def run_benchmarks(program, rows, seconds):
-    """The rates in bytes and structures per second of one run, by name."""
+    """Returns the rates in bytes and structures per second of one run, by name."""
     command = [program, f"--benchmark_filter=IntoString.*/{rows}$", "--benchmark_format=json",
                f"--benchmark_min_time={seconds}"]
     output = subprocess.run(command, check=True, capture_output=True, text=True).stdout
@@ -50,7 +50,7 @@ def run_benchmarks(program, rows, seconds):
 
 
 def make_rows(count):
-    """The rows of the program."""
+    """Returns the rows of the program."""
     return [{"Count": number % 25, "Enabled": number % 3 == 0, "Name": f"disk{number:08}",
              "Path": f"/srv/{'abcdefghijk' if number % 8 else 'a&b<c>d' + chr(34) + 'e%f'}"
                      f"/store/volume{number:08}/dd",
@@ -76,7 +76,7 @@ def measure(write, rows, seconds):
 
 
 def best(rates, others):
-    """The faster one for each name."""
+    """Keeps the faster rate for each name in `rates`."""
     for name, rate in others.items():
         rates[name] = max(rates.get(name, rate), rate)
 

@@ -59,12 +59,12 @@ ROWS = [
 
 
 def base_name(name):
-    """The name of a benchmark without the suffixes that say how time is measured."""
+    """Returns the name of a benchmark without the suffixes that say how time is measured."""
     return re.sub(r"(/(iterations:\d+|real_time|manual_time|repeats:\d+))+$", "", name)
 
 
 def times_of(results):
-    """The times of each benchmark, one per repetition."""
+    """Returns the times of each benchmark, one per repetition."""
     times = {}
     for result in results["benchmarks"]:
         if result.get("run_type") == "iteration" and "error_message" not in result:
@@ -74,7 +74,8 @@ def times_of(results):
 
 
 def ratios(times):
-    """The rows with both sides measured as (operation, peer, ratio), and the other operations."""
+    """Returns the rows with both sides measured, as (operation, peer, ratio), and the other
+    operations."""
     measured, missing = [], []
     for operation, ours, theirs, peer in ROWS:
         if ours in times and theirs in times:

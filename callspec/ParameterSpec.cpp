@@ -20,7 +20,7 @@ constexpr std::uint32_t kListBit = 4;
 
 bool IsListType(ParameterType type) { return static_cast<std::uint32_t>(type) - kListBit < 3; }
 
-// The type of a single value.
+// Returns the type of a single value.
 ParameterType ValueType(ParameterType type) {
   return static_cast<ParameterType>(static_cast<std::uint32_t>(type) & ~kListBit);
 }

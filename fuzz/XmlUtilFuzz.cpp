@@ -89,7 +89,7 @@ class EntityText {
  public:
   explicit EntityText(const xmlDoc& document) : document_(document) {}
 
-  // The size of the text of all references below `first` and its siblings.
+  // Returns the size of the text of all references below `first` and its siblings.
   double SizeBelow(const xmlNode* first) {
     double size = 0;
     for (const xmlNode* node = first; node != nullptr; node = node->next) {

@@ -120,7 +120,7 @@ class FieldLayout {
 
   std::size_t Count() const { return texts_.size(); }
 
-  /// The position of the field, or kNotFound.
+  /// Returns the position of the field, or kNotFound.
   std::size_t Find(const FieldName& name) const;
   std::size_t Find(std::string_view name) const { return Find(FieldName(name)); }
 

@@ -7,8 +7,8 @@
 
 namespace Kestrel::MetaObj {
 
-/// The string that is returned for missing documentation. A function, so that static objects of any
-/// source file can use it while they are initialised.
+/// The string that is returned for missing documentation. It is in a function so that static
+/// objects of any source file can use it while they are initialised.
 inline const std::string& MissingDocumentation() {
   static const std::string text = "Documentation missing";
   return text;

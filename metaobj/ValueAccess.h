@@ -21,14 +21,14 @@ class ValueAccess {
   /// Whether the object is of one of the five value classes, so that its kind determines its class.
   static bool IsValueClass(const MetaObject& object) { return object.isValueClass_; }
 
-  /// The object as a structure; null when it is not one, even if its kind says so.
+  /// Returns the object as a structure; null when it is not one, even if its kind says so.
   static const MetaStruct* AsStruct(const MetaObject& object) {
     return object.isValueClass_ && object.type_ == MetaType::Struct
                ? static_cast<const MetaStruct*>(&object)
                : nullptr;
   }
 
-  /// The object as a list; null when it is not one, even if its kind says so.
+  /// Returns the object as a list; null when it is not one, even if its kind says so.
   static const MetaList* AsList(const MetaObject& object) {
     return object.isValueClass_ && object.type_ == MetaType::List
                ? static_cast<const MetaList*>(&object)
@@ -40,26 +40,26 @@ class ValueAccess {
     return object.isValueClass_ && object.type_ < MetaType::Struct;
   }
 
-  /// The field's value, null when there is no such field.
+  /// Returns the field's value, null when there is no such field.
   static const std::shared_ptr<MetaObject>* Find(const MetaStruct& structure,
                                                  std::string_view name) {
     return structure.Find(FieldName(name));
   }
 
-  /// The layout of the structure; null when it has an index of its own. Structures of one layout
-  /// have a field in the same slot.
+  /// Returns the layout of the structure; null when it has an index of its own. Structures of one
+  /// layout have a field in the same slot.
   static const FieldLayout* Layout(const MetaStruct& structure) {
     return structure.hasOwnIndex_ ? nullptr : structure.layout_;
   }
 
-  /// The values of a structure that has a layout, in the layout's order.
+  /// Returns the values of a structure that has a layout, in the layout's order.
   static const std::shared_ptr<MetaObject>* Slots(const MetaStruct& structure) {
     const MetaStruct::Overflow* const overflow = structure.overflow_.get();
     return overflow != nullptr && !overflow->slots.empty() ? overflow->slots.data()
                                                            : structure.inline_.data();
   }
 
-  /// The declared structure of a list.
+  /// Returns the declared structure of a list.
   static const std::shared_ptr<MetaStruct>& Structure(const MetaList& list) {
     return list.structure_;
   }

@@ -295,7 +295,7 @@ def problems(root):
 
 
 def graph(root):
-    """A line for each folder that has files: the folder and those that its files include."""
+    """Yields a line for each folder that has files: the folder and those that its files include."""
     tree = Tree(root)
     used = {layer: set() for layer in RANK if layer in map(tree.layer_of, tree.files)}
     for path in tree.files:

@@ -45,14 +45,14 @@ SAMPLE_TYPE, SAMPLE_FIELD = "VexilCommand", ("Command", "Description", "Namespac
 
 
 def output_of(*command, env=None, status=0):
-    """What the command prints on standard output; None if it ends with another status."""
+    """Returns what the command prints on standard output; None if it ends with another status."""
     done = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, env=env,
                           stderr=subprocess.PIPE, timeout=60, check=False)
     return done.stdout.decode() if done.returncode == status else None
 
 
 def sources_in(place):
-    """The source files in a folder, or the file itself if `place` is a file."""
+    """Returns the source files in a folder, or the file itself if `place` is a file."""
     if os.path.isfile(place):
         return [place]
     return glob.glob(os.path.join(place, "**", "*.cpp"), recursive=True) + \
@@ -80,7 +80,7 @@ class Page:
         self.text = re.sub(r".\x08", "", self.text)
 
     def section(self, title):
-        """The source of a section, or an empty string."""
+        """Returns the source of a section, or an empty string."""
         found = re.search(rf"^\.Sh {title}\n(.*?)(?=^\.Sh |\Z)", self.source,
                           re.MULTILINE | re.DOTALL)
         return found.group(1) if found else ""
@@ -102,7 +102,7 @@ class Page:
         return set(map(int, re.findall(r"^\.It (\d+)$", self.section("EXIT STATUS"), re.MULTILINE)))
 
     def examples(self):
-        """The blocks of EXAMPLES, each with the sentence before it."""
+        """Returns the blocks of EXAMPLES, each with the sentence before it."""
         text = self.section("EXAMPLES")
         text = re.sub(r"^\.Dl (.*)$", r".Bd -literal\n\1\n.Ed", text, flags=re.MULTILINE)
         blocks = re.findall(r"(.*?)^\.Bd -literal.*?\n(.*?)^\.Ed$", text, re.MULTILINE | re.DOTALL)
@@ -236,7 +236,8 @@ def read_statuses(path):
 
 
 def new_workplace(folder, checker):
-    """A folder for the commands of a page, which find the installed tools and the library."""
+    """Returns a folder for the commands of a page. In it, they find the installed tools and the
+    library."""
     stage = checker.stage
     programs = [os.path.join(stage, folder, name) for folder in ("bin", "libexec")
                 for name in os.listdir(os.path.join(stage, folder)) if name != "vexil"]

@@ -58,7 +58,7 @@ class Failure(Exception):
 
 
 def count_instructions(words, folder, status=0):
-    """The instructions of one run, which must exit with `status`."""
+    """Returns the instructions of one run, which must exit with `status`."""
     output = pathlib.Path(folder) / "callgrind.out"
     run = subprocess.run(["valgrind", "--tool=callgrind", f"--callgrind-out-file={output}", *words],
                          stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True, check=False)
@@ -69,7 +69,7 @@ def count_instructions(words, folder, status=0):
 
 
 def start_rows(build):
-    """The whole runs: their words. Each lists the root, which exits with 1."""
+    """Returns the words of the whole runs. Each run lists the root, which exits with 1."""
     stage = build / "stage"
     return {
         "start": [stage / "bin" / "vexil"],
@@ -91,7 +91,7 @@ def measure(build, row, folder):
 
 
 def environment(build):
-    """What numbers depend on: the compiler and the versions of the libraries."""
+    """Returns what numbers depend on: the compiler and the versions of the libraries."""
     cache = (build / "CMakeCache.txt").read_text()
     compiler = re.search(r"CMAKE_CXX_COMPILER:\w+=(.*)", cache).group(1)
     version = subprocess.run([compiler, "--version"], capture_output=True, text=True, check=True)
@@ -102,13 +102,13 @@ def environment(build):
 
 
 def slower_rows(changelog):
-    """The rows that the changelog says are slower in the next release."""
+    """Returns the rows that the changelog says are slower in the next release."""
     unreleased = re.search(r"^## Unreleased$(.*?)(?=^## |\Z)", changelog, re.M | re.S)
     return set(re.findall(r"^- Slower: `([^`]+)`", unreleased.group(1) if unreleased else "", re.M))
 
 
 def faults(recorded, measured, explained):
-    """The rows that are worse than the limit without a line in the changelog."""
+    """Returns the rows that are worse than the limit without a line in the changelog."""
     return [row for row, count in measured.items()
             if row in recorded and count > LIMIT * recorded[row] and row not in explained]
 

@@ -53,13 +53,14 @@ def trang(source, target, *options):
 
 
 def references(grammar):
-    """The names that a grammar uses."""
+    """Returns the names that a grammar uses."""
     code = re.sub(r"#.*|\"[^\"]*\"", " ", grammar)
     return set(re.findall(r"[a-z][\w.-]*", re.sub(r"^[a-z][\w.-]* =", " ", code, flags=re.M)))
 
 
 def grammar_for_xsd(name):
-    """The grammar with what XML Schema can express, without the definitions that nothing uses."""
+    """Returns the grammar with what XML Schema can express, without the definitions that nothing
+    uses."""
     grammar = read("schemas", name + ".rnc")
     for found in DEFINITION.finditer(read("schemas", "xsd", name + ".rnc")):
         own = re.search(rf"^{re.escape(found.group(1))} =.*?(?=^(?:#|[a-z][\w.-]* =)|\Z)", grammar,

@@ -129,8 +129,8 @@ def copy_files(mutated):
 
 
 def write_build_file(sources):
-    """Mutants are compiled fast and without warnings, everything else as usual. The programs get
-    the main function of the harness."""
+    """Writes the build file. Mutants are compiled fast and without warnings, everything else as
+    usual. The programs get the main function of the harness."""
     with open(os.path.join(ROOT, "CMakeLists.txt"), encoding="utf-8") as file:
         text = file.read()
     names = "\n  ".join(os.path.join(SOURCE, source.path) for source in sources)
@@ -242,7 +242,7 @@ class Shared:
         self._memory[:4] = number.to_bytes(4, sys.byteorder)
 
     def take_reached(self):
-        """The mutants that were reached since the last call."""
+        """Returns the mutants that were reached since the last call."""
         reached = [match.start() for match in re.finditer(b"\x01", self._memory[4:])]
         self._memory[4:] = bytes(1 << 16)
         return reached
@@ -351,8 +351,9 @@ class Worker:
         self.servers = {program: Server(program, shared) for program in PROGRAMS}
 
     def batches(self, mutant):
-        """The tests that reach a mutant: first those of its class, then all others, the quick
-        ones first. A batch has tests of one program; the first batches are small."""
+        """Yields batches of the tests that reach a mutant: first those of its class, then all
+        others, the quick ones first. A batch has tests of one program; the first batches are
+        small."""
         stem = os.path.splitext(os.path.basename(mutant.file))[0]
         for is_own in (True, False):
             for program in PROGRAMS:
@@ -399,7 +400,7 @@ def load_mutants():
 
 
 def load_results():
-    """The last outcome of each mutant that has been tried."""
+    """Returns the last outcome of each mutant that has been tried."""
     results = {}
     path = os.path.join(FOLDER, "results.txt")
     if os.path.exists(path):
@@ -411,7 +412,7 @@ def load_results():
 
 
 def work(options):
-    """The body of `run`, in a namespace of processes."""
+    """Does the work of `run`, in a namespace of processes."""
     results = load_results()
     if options.again:
         results = {number: outcome for number, outcome in results.items()
@@ -447,7 +448,7 @@ def run(options):
 # --- The report
 
 def load_equivalent():
-    """The mutants that are listed as equivalent: keys of describe(), with the reasons."""
+    """Returns the mutants that are listed as equivalent: keys of describe(), with the reasons."""
     listed = {}
     reason = None
     with open(EQUIVALENT, encoding="utf-8") as file:
@@ -460,7 +461,7 @@ def load_equivalent():
 
 
 def describe(mutants):
-    """The text by which each mutant is listed, which stays the same while its line does."""
+    """Returns the text by which each mutant is listed, which stays the same while its line does."""
     counts = collections.Counter()
     texts = {}
     for mutant in mutants:

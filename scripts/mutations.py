@@ -33,8 +33,8 @@ Mutant = collections.namedtuple("Mutant", "number kind file line text")
 
 
 def mask(text):
-    """The text with comments, preprocessor lines and what is quoted replaced by spaces; the quotes
-    remain."""
+    """Returns the text with comments, preprocessor lines and what is quoted replaced by spaces;
+    the quotes remain."""
     pattern = re.compile(
         r'//[^\n]*|/\*.*?\*/|^#[^\n]*|R?"(?:\((?s:.)*?\)|(?:\\.|[^"\\\n])*)"|'
         r"(?<!\d)'(?:\\.|[^'\\\n])+'", re.S | re.M)
@@ -47,7 +47,7 @@ def mask(text):
 
 
 def closing(code, opening):
-    """The position of the parenthesis that closes the one at `opening`."""
+    """Returns the position of the parenthesis that closes the one at `opening`."""
     depth = 0
     for at in range(opening, len(code)):
         depth += {"(": 1, ")": -1}.get(code[at], 0)
@@ -122,7 +122,7 @@ class Source:
         return "constexpr" in self.text[self._starts[line - 1]:position]
 
     def offset(self, mutation):
-        """The number of a mutation if the numbers of the source began at 0."""
+        """Returns the number that a mutation would have if the numbers of its source began at 0."""
         return mutation.first - self.first
 
     def line_of(self, position):
@@ -136,7 +136,7 @@ class Source:
                 yield Mutant(number, kind, self.path, line, text)
 
     def mutated(self, header):
-        """The text with all mutants. Lines keep their numbers."""
+        """Returns the text with all mutants. Lines keep their numbers."""
         edits = sorted(((position, order, length, text.format(n=mutation.first))
                         for order, mutation in enumerate(self.mutations)
                         for position, length, text in mutation.edits), reverse=True)

@@ -59,7 +59,7 @@ def width_class(code):
 
 
 def runs():
-    """The first character of each run of characters of one class, and that class."""
+    """Yields the first character of each run of characters of one class, and that class."""
     last = None
     for code in range(0x110000):
         kind = width_class(code)

@@ -33,7 +33,7 @@ struct Block {
   std::size_t end;
 };
 
-/// The blocks of `text` in the order of their opening braces.
+/// Returns the blocks of `text` in the order of their opening braces.
 std::vector<Block> FindBlocks(const MarkedText& text) {
   const std::string& bytes = text.Bytes();
   std::vector<Block> blocks;

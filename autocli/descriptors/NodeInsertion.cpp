@@ -17,8 +17,8 @@ bool IsNamespace(const std::shared_ptr<NamespaceNode>& node) {
   return node->GetType() == NodeType::Namespace;
 }
 
-/// The node at a path of the tree, or null when there is none. Null is the usual result; the
-/// exception of ResolveNode would cost more.
+/// Returns the node at a path of the tree, or null when there is none. Null is the usual result;
+/// the exception of ResolveNode would cost more.
 std::shared_ptr<NamespaceNode> FindRegistered(const std::shared_ptr<Namespace>& root,
                                               const std::list<std::string>& words) {
   std::shared_ptr<NamespaceNode> node = root;

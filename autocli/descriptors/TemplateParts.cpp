@@ -122,13 +122,14 @@ class TemplateParts {
     return true;
   }
 
-  /// The part that contains the parameter's markers; null when there are no markers.
+  /// Returns the part that contains the parameter's markers; null when there are no markers.
   TemplateText* Find(const std::string& name) {
     const std::size_t part = partOf_.at(name);
     return part == kNoPart ? nullptr : &parts_[part];
   }
 
-  /// All parts joined. Nothing when the result contains the opening of a marker for a parameter.
+  /// Returns all parts joined. Returns nothing when the result contains the opening of a marker for
+  /// a parameter.
   std::optional<TemplateText> Join() const {
     MarkedText joined;
     for (const TemplateText& part : parts_) {

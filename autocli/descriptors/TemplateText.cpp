@@ -37,7 +37,7 @@ bool Continues(const std::string& text, std::size_t position, std::string_view w
   return text.compare(position, with.size(), with) == 0;
 }
 
-/// The first occurrence of `opening`, which begins with "$", at or after `position`.
+/// Returns the first occurrence of `opening`, which begins with "$", at or after `position`.
 std::size_t FindOpening(const MarkedText& text, const std::string& opening, std::size_t position) {
   position = text.Bytes().find(opening, position);
   while (position != kNone && text.IsFromValue(position)) {
@@ -46,15 +46,15 @@ std::size_t FindOpening(const MarkedText& text, const std::string& opening, std:
   return position;
 }
 
-/// The position of the last `c` before `end`, or kNone. Looks at many bytes at once, unlike a
-/// backward search for a longer string.
+/// Returns the position of the last `c` before `end`, or kNone. Looks at many bytes at once, unlike
+/// a backward search for a longer string.
 std::size_t FindLast(const std::string& text, char c, std::size_t end) {
   const void* const found = memrchr(text.data(), c, end);
   return found == nullptr ? kNone
                           : static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
 }
 
-/// The last occurrence of `opening`, which begins with "$", that ends at or before `end`.
+/// Returns the last occurrence of `opening`, which begins with "$", that ends at or before `end`.
 std::size_t FindLastOpening(const MarkedText& text, const std::string& opening, std::size_t end) {
   std::size_t position = end < opening.size() ? 0 : end - opening.size() + 1;
   do {
@@ -183,7 +183,7 @@ class Occurrences {
     return false;
   }
 
-  /// The occurrence that begins last, even if it is inside another one.
+  /// Returns the occurrence that begins last, even if it is inside another one.
   std::optional<Marker> Last() const {
     std::size_t end = Kind::LastOpeningEnd(text_.Bytes());
     Marker marker;

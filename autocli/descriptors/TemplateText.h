@@ -22,7 +22,8 @@ class TemplateText {
   explicit TemplateText(MarkedText text) : text_(std::move(text)) {}
 
   enum class ValuePlace { Bare, InSingleQuotes };
-  /// Whether the last `$val{name}` is directly between single quotes; nothing if there is none.
+  /// Returns whether the last `$val{name}` is directly between single quotes; nothing if there is
+  /// no such marker.
   std::optional<ValuePlace> FindValue(const std::string& name) const;
   /// `origin` is the origin of the value where it is not directly between single quotes.
   void InsertValue(const std::string& name, std::string_view value,
@@ -35,7 +36,7 @@ class TemplateText {
     std::string separator;  // one byte or none
     bool isQuoted;
   };
-  /// The form of the last `$list{name,'c',true|false}`; nothing when there is none.
+  /// Returns the form of the last `$list{name,'c',true|false}`; nothing when there is none.
   std::optional<ListForm> FindList(const std::string& name) const;
   void InsertList(const std::string& name, std::string_view value,
                   MarkedText::Origin origin = MarkedText::Origin::Value);
@@ -44,7 +45,7 @@ class TemplateText {
     MarkedText prefix;
     bool isQuoted;
   };
-  /// The form of the last `$multilist{name,prefix,true|false}`; nothing when there is none.
+  /// Returns the form of the last `$multilist{name,prefix,true|false}`; nothing when there is none.
   std::optional<MultiListForm> FindMultiList(const std::string& name) const;
   void InsertMultiList(const std::string& name, const MarkedText& values);
 

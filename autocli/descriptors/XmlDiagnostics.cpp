@@ -15,7 +15,7 @@ namespace Kestrel::AutoCli {
 
 namespace {
 
-/// The handler that writes to standard error.
+/// Returns the handler that writes to standard error.
 xmlGenericErrorFunc DefaultHandler() {
   const xmlGenericErrorFunc current = xmlGenericError;
   initGenericErrorDefaultFunc(nullptr);

@@ -35,7 +35,7 @@ class XmlChildren {
   xmlNode* first_;
 };
 
-/// The name of a node; empty for a CDATA section, which has none.
+/// Returns the name of a node; empty for a CDATA section, which has none.
 inline const char* NameOf(const xmlNode* node) {
   return node->name == nullptr ? "" : AsChars(node->name);
 }

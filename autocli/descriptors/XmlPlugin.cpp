@@ -34,7 +34,7 @@ struct Descriptor {
   std::unique_ptr<XmlEventTree> tree;
   XmlDocument document;
 
-  /// The root element; null if the descriptor was not read.
+  /// Returns the root element; null if the descriptor was not read.
   const xmlNode* GetRoot() const {
     return tree != nullptr ? tree->GetRoot() : xmlDocGetRootElement(document.get());
   }

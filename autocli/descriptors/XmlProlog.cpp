@@ -44,7 +44,7 @@ bool IsUtf8(std::string_view text) {
   return !StartsWith(text, "<?xml") || DeclaresUtf8(text.substr(0, text.find("?>")));
 }
 
-/// The rest of `text` after the first `end`; empty when there is none.
+/// Returns the rest of `text` after the first `end`; empty when there is none.
 std::string_view After(std::string_view text, std::string_view end) {
   const std::size_t found = text.find(end);
   return found == std::string_view::npos ? std::string_view() : text.substr(found + end.size());

@@ -16,7 +16,7 @@ struct XmlAttribute {
 
 using XmlAttributes = std::vector<XmlAttribute>;
 
-/// The value of the attribute `name`; empty if there is none.
+/// Returns the value of the attribute `name`; empty if there is none.
 inline std::string_view ValueOf(const XmlAttributes& attributes, std::string_view name) {
   for (const XmlAttribute& attribute : attributes) {
     if (attribute.name == name) {

@@ -69,7 +69,7 @@ constexpr ParameterTypeWord kParameterTypes[] = {
     {"flag", ParameterType::Flag},
 };
 
-/// The entry for `word`; null when it names no type.
+/// Returns the entry for `word`; null when it names no type.
 const ParameterTypeWord* FindParameterType(std::string_view word) {
   for (const ParameterTypeWord& entry : kParameterTypes) {
     if (word == entry.word) {

@@ -21,8 +21,9 @@ using MetaObj::MetaStruct;
 
 namespace {
 
-/// The child after `child`, or null. Unlike `child->next`, it stays within `node`: the only child
-/// of an entity reference is the declaration of the entity, whose `next` is another declaration.
+/// Returns the child after `child`, or null. Unlike `child->next`, it stays within `node`: the only
+/// child of an entity reference is the declaration of the entity, whose `next` is another
+/// declaration.
 const xmlNode* NextChild(const xmlNode* node, const xmlNode* child) {
   return child == node->last ? nullptr : child->next;
 }
@@ -39,7 +40,7 @@ bool IsOneText(const xmlAttr& attribute) {
          value->content != nullptr;
 }
 
-/// The default that the document type declares for a missing attribute.
+/// Returns the default that the document type declares for a missing attribute.
 std::string DefaultOf(const xmlAttribute& declaration) {
   return declaration.defaultValue == nullptr ? std::string() : AsChars(declaration.defaultValue);
 }
@@ -99,7 +100,7 @@ std::shared_ptr<MetaList> BuildList(const xmlNode* node) {
   return list.Finish();
 }
 
-/// The first value in a document's root element; null when there is none.
+/// Returns the first value in a document's root element; null when there is none.
 std::shared_ptr<MetaObject> BuildFromRoot(const xmlNode* root) {
   const xmlNode* value = FirstValueAt(root->children);
   return value == nullptr ? nullptr : BuildValue(value);

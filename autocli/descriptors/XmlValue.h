@@ -19,22 +19,23 @@ namespace Kestrel::AutoCli {
 inline constexpr const char* kFieldWithoutName =
     "Invalid <field> tag found.  <field> requires a 'name' attribute.";
 
-/// The exception for a result document whose value cannot be built because of `cause`.
+/// Returns the exception for a result document whose value cannot be built because of `cause`.
 KestrelException UnbuildableXmlOutput(const KestrelException& cause);
 
 enum class XmlValueTag { List, Structure, Int, Bool, String };
 
-/// The kind of the value element `name`. Throws KestrelException for any other name.
+/// Returns the kind of the value element `name`. Throws KestrelException for any other name.
 XmlValueTag ParseXmlValueTag(std::string_view name);
 
-/// The value of an `int` element: the integer that `content` begins with, 0 when it is empty.
-/// Throws KestrelException when there is no integer or it does not fit in 64 bits.
+/// Returns the value of an `int` element: the integer that `content` begins with, 0 when it is
+/// empty. Throws KestrelException when there is no integer or it does not fit in 64 bits.
 std::shared_ptr<MetaObj::MetaObject> MakeXmlInt(const std::string& content);
 
-/// The value of a `bool` element: false for the contents "false", "f" and "0", true for all others.
+/// Returns the value of a `bool` element: false for the contents "false", "f" and "0", true for all
+/// others.
 std::shared_ptr<MetaObj::MetaObject> MakeXmlBool(const std::string& content);
 
-/// The value of a `string` element: its content, unchanged.
+/// Returns the value of a `string` element: its content, unchanged.
 std::shared_ptr<MetaObj::MetaObject> MakeXmlString(std::string content);
 
 /// Makes the value of a `list` element, one element after the other. In a list of structures the

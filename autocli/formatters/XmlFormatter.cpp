@@ -35,8 +35,8 @@ constexpr EscapeTable kXmlEscapes = EscapeTable()
                                         .Set('"', "&quot;")
                                         .Set('\'', "&apos;");
 
-// The value of the attribute "type". Result documents that commands write use other words for the
-// same kinds.
+// Returns the value of the attribute "type". Result documents that commands write use other words
+// for the same kinds.
 std::string_view ListTypeWord(MetaType kind) {
   switch (kind) {
     case MetaType::Bool:

@@ -29,7 +29,7 @@ constexpr int kMaxLinks = 40;  // the kernel's limit
 // Opening a file with these flags needs no permission to read it, and has no effect on a device.
 constexpr int kFlags = O_PATH | O_NOFOLLOW | O_CLOEXEC;
 
-/// The owner of the running program; root when there is no /proc.
+/// Returns the owner of the running program; root when there is no /proc.
 uid_t FindOwnerOfProgram() {
   struct stat status = {};
   return stat("/proc/self/exe", &status) == 0 ? status.st_uid : 0;
@@ -59,7 +59,7 @@ class PathWalk {
   }
 
  private:
-  /// The next name on the path, which is empty between two slashes.
+  /// Removes the next name from the path and returns it. The name is empty between two slashes.
   std::string TakeName() {
     const std::size_t end = std::min(left_.find('/'), left_.size());
     std::string name = left_.substr(0, end);

@@ -26,7 +26,7 @@ CheckedFile OpenCheckedFile(const std::string& path);
 /// Whether this process checks a plug-in before it loads it.
 bool IsTrustRequired(bool isInDefaultFolder);
 
-/// A path that opens the same file as `descriptor`, as long as it is open.
+/// Returns a path that opens the same file as `descriptor`, as long as it is open.
 std::string PathOfDescriptor(int descriptor);
 
 }  // namespace Kestrel::AutoCli

@@ -76,7 +76,7 @@ ObjectFile FindObject(const std::string& path, bool isInDefaultFolder) {
   return {std::move(file.descriptor), name};
 }
 
-// The loader's message, with the path of the plug-in in place of the object's name.
+// Returns the loader's message, with the path of the plug-in in place of the object's name.
 std::string LoaderError(const std::string& name, const std::string& path) {
   std::string text = LoaderError();
   std::size_t at = text.find(name);

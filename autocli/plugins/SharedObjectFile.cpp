@@ -66,7 +66,7 @@ bool EndsAfter(const SegmentHeader& segment, std::uint64_t fileSize) {
          (segment.p_offset > fileSize || segment.p_filesz > fileSize - segment.p_offset);
 }
 
-/// The segments of a shared object that the loader accepts, none for any other file.
+/// Returns the segments of a shared object that the loader accepts; none for any other file.
 std::vector<SegmentHeader> ReadSegments(std::ifstream& file) {
   FileHeader header;
   if (!ReadAt(file, 0, &header, sizeof header) || !IsForLoader(header)) {
@@ -79,7 +79,7 @@ std::vector<SegmentHeader> ReadSegments(std::ifstream& file) {
   return segments;
 }
 
-/// The entries for the loader; a last part that cannot be read is left out.
+/// Returns the entries for the loader, up to the first one that cannot be read.
 std::vector<DynamicEntry> ReadDynamicEntries(std::ifstream& file,
                                              const std::vector<SegmentHeader>& segments) {
   std::vector<DynamicEntry> entries;
@@ -97,8 +97,8 @@ std::vector<DynamicEntry> ReadDynamicEntries(std::ifstream& file,
   return entries;
 }
 
-/// The offset in the file of the byte that is mapped at `address`. If there is none, an offset
-/// beyond the end of every file.
+/// Returns the offset in the file of the byte that is mapped at `address`. If there is none, an
+/// offset beyond the end of every file.
 std::uint64_t PlaceOf(std::uint64_t address, const std::vector<SegmentHeader>& segments) {
   for (const SegmentHeader& segment : segments) {
     if (segment.p_type == PT_LOAD && address >= segment.p_vaddr &&

@@ -20,7 +20,7 @@ using CallSpec::OutputSpec;
 
 namespace {
 
-// The path of the call; without one, the command's own name.
+// Returns the path of the call or, if it has none, the command's own name.
 std::string NameForMessages(const Command& command, const Input* input) {
   const auto* const commandInput = dynamic_cast<const CommandInput*>(input);
   return commandInput != nullptr ? commandInput->GetCommandPathString() : command.GetName();

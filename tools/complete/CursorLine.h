@@ -55,7 +55,7 @@ struct CursorLine {
   /// options.
   bool isFirstExplained = false;
 
-  /// The part of the word that is a value.
+  /// Returns the part of the word that is a value.
   std::string GetValue() const { return word.substr(beforeValue.size()); }
 };
 

@@ -19,8 +19,9 @@ class ExplainedCall {
  public:
   ExplainedCall(AutoCli::CommandSpec& command, const Vexil::CommandLine& line);
 
-  /// The messages of the tool about the line, without values of secrets: those of the parser or, if
-  /// there are none, those about the values. A secret without a value counts as valid.
+  /// Returns the messages of the tool about the line, without values of secrets: those of the
+  /// parser or, if there are none, those about the values. A secret without a value counts as
+  /// valid.
   std::vector<std::string> Validate() const;
 
   std::vector<ExplainedParameter> DescribeParameters() const;

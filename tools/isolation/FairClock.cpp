@@ -61,7 +61,7 @@ Process ReadProcess(const std::filesystem::path& folder) {
   return process;
 }
 
-/// The processes or threads in a folder of /proc.
+/// Returns the processes or threads in a folder of /proc.
 std::vector<Process> ReadProcesses(const std::filesystem::path& folder) {
   std::vector<Process> processes;
   std::error_code error;

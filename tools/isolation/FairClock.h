@@ -25,7 +25,8 @@ class FairClock {
   /// How often `Now` must be called: the processes are looked at this often.
   static constexpr milliseconds kStep{100};
 
-  /// The time since the construction. The time of a step that has not ended is included completely.
+  /// Returns the time since the construction. The time of a step that has not ended is included
+  /// completely.
   milliseconds Now();
 
  private:
@@ -40,7 +41,7 @@ class FairDeadline {
  public:
   FairDeadline(FairClock& clock, std::chrono::milliseconds patience);
 
-  /// The time that is left, 0 or more.
+  /// Returns the time that is left, 0 or more.
   std::chrono::milliseconds GetTimeLeft();
 
  private:

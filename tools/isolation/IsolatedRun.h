@@ -34,8 +34,8 @@ class IsolatedRun {
   /// line is complete within `patience`; see `IsLate` and `GetTime`.
   std::optional<std::string> ReadLine(std::chrono::milliseconds patience);
 
-  /// The time since the start, without that in which the child could not run because the machine is
-  /// busy; see `FairClock`.
+  /// Returns the time since the start, without that in which the child could not run because the
+  /// machine is busy; see `FairClock`.
   std::chrono::milliseconds GetTime() { return clock_.Now(); }
 
   /// Whether the child did not end in time, and so was killed or will be killed.

@@ -78,7 +78,7 @@ std::vector<std::string> Count(long first, long last, long step, bool isLetters)
   return items;
 }
 
-/// The items of a sequence such as "1..3" or "a..e..2"; nothing for everything else.
+/// Returns the items of a sequence such as "1..3" or "a..e..2"; nothing for everything else.
 std::vector<std::string> ReadSequence(const RawWord& inside) {
   std::string text;
   for (const RawByte& byte : inside) {

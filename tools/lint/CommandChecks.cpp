@@ -18,7 +18,8 @@ namespace Kestrel::Lint {
 
 namespace {
 
-// The first word of a shell command, without its quotes; empty if the word is not a plain path.
+// Returns the first word of a shell command, without its quotes; empty if the word is not a plain
+// path.
 std::string FirstWord(const std::string& command) {
   const std::size_t begin = command.find_first_not_of(" \t\r\n");
   if (begin == std::string::npos) {

@@ -56,16 +56,16 @@ struct Element {
   /// The same element in the tree of libxml2, for Kestrel's functions that take a node.
   _xmlNode* node = nullptr;
 
-  /// The value of an attribute; empty when there is none, as the loader sees it.
+  /// Returns the value of an attribute; empty when there is none, as the loader sees it.
   const std::string& Get(std::string_view attribute) const;
   bool Has(std::string_view attribute) const;
-  /// The first child with this name, or null.
+  /// Returns the first child with this name, or null.
   const Element* Find(std::string_view child) const;
   std::vector<const Element*> FindAll(std::string_view child) const;
-  /// The piece that the loader uses as the content of the element: the last one. Null if there is
-  /// none.
+  /// Returns the piece that the loader uses as the content of the element: the last one. Null if
+  /// there is none.
   const Piece* GetContentPiece() const;
-  /// The content as the loader sees it.
+  /// Returns the content as the loader sees it.
   std::string GetContent() const;
 };
 
@@ -104,7 +104,7 @@ class Document {
   const std::optional<Problem>& GetProblem() const { return problem_; }
   const std::vector<std::shared_ptr<Suppression>>& GetSuppressions() const { return suppressions_; }
 
-  /// The place of a byte of the text.
+  /// Returns the place of a byte of the text.
   Position PositionOf(std::size_t offset) const;
 
  private:

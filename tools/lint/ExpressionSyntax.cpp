@@ -235,7 +235,7 @@ class Parser {
     return isNegated ? ~set : set;
   }
 
-  // A byte, an escape, a named class, or two bytes with "-" between them.
+  // Reads a byte, an escape, a named class, or two bytes with "-" between them.
   ByteSet ReadRange() {
     const char c = Take();
     if (c == '[' && std::string_view(":.=").find(Peek()) != std::string_view::npos && !AtEnd()) {

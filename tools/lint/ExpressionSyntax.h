@@ -29,7 +29,7 @@ struct ExpressionNode {
 /// anchors inside it. Does not detect every syntax error.
 std::optional<ExpressionNode> ParseExpression(const std::string& text);
 
-/// A node that matches exactly `text`.
+/// Returns a node that matches exactly `text`.
 ExpressionNode LiteralExpression(const std::string& text);
 
 }  // namespace Kestrel::Lint

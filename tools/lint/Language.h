@@ -47,7 +47,7 @@ class Language {
   Subset Step(const Subset& subset, std::size_t byte) const;
 
   std::vector<bool> FindUseful() const;
-  /// The number of the strongly connected component of each state.
+  /// Returns the number of the strongly connected component of each state.
   std::vector<std::size_t> FindComponents() const;
 
   std::vector<State> states_;  // the first is the initial one

@@ -38,7 +38,7 @@ bool HasSuffix(const std::string& file, const std::string& suffix) {
          file.compare(file.size() - suffix.size(), suffix.size(), suffix) == 0;
 }
 
-// Why a file cannot be read; empty if it can. A pipe or a device may have no end.
+// Returns why a file cannot be read; empty if it can. A pipe or a device may have no end.
 std::string FindObstacle(const std::string& file) {
   std::error_code error;
   const auto type = std::filesystem::status(file, error).type();
@@ -53,7 +53,8 @@ std::string ReadFile(const std::string& file) {
   return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
 }
 
-// The plug-ins in a folder, in the order of the loader. Appends the folders that cannot be read.
+// Returns the plug-ins in a folder, in the order of the loader. Adds the folder to `unreadable` if
+// it cannot be read.
 std::vector<std::string> ListFolder(const std::string& folder,
                                     std::vector<std::string>& unreadable) {
   std::vector<std::string> all;

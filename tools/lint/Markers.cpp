@@ -155,7 +155,7 @@ class Finder {
     list_.markers.push_back({KindOf(word), name, begin, *end});
   }
 
-  /// The byte after a marker whose name ends at `position`.
+  /// Returns the byte after a marker whose name ends at `position`.
   std::optional<std::size_t> FindEnd(const std::string& word, std::size_t position) const {
     if (word == "val") {
       return position < text_.size() && text_[position] == '}' ? std::optional(position + 1)

@@ -10,7 +10,7 @@ namespace Kestrel::Lint {
 
 enum class Severity { Error, Warning, Note, Info };
 
-/// The word for a severity in a report: "error".
+/// Returns the word for a severity in a report: "error".
 const char* WordOf(Severity severity);
 
 struct Rule {
@@ -20,10 +20,10 @@ struct Rule {
   const char* explanation;
 };
 
-/// All rules, in byte order of their identifiers.
+/// Returns all rules, in byte order of their identifiers.
 const std::vector<Rule>& GetRules();
 
-/// The rule with an identifier, or null.
+/// Returns the rule with an identifier, or null.
 const Rule* FindRule(std::string_view id);
 
 }  // namespace Kestrel::Lint

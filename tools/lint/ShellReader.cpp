@@ -42,7 +42,8 @@ constexpr std::array<Keyword, 5> kFirstKeywords = {
 constexpr std::array<Keyword, 4> kInnerKeywords = {
     {{"then", "fi"}, {"elif", "fi"}, {"else", "fi"}, {"do", "done"}}};
 
-/// The word that ends the compound command to which `word` belongs; empty if it is not a keyword.
+/// Returns the word that ends the compound command to which `word` belongs; empty if it is not a
+/// keyword.
 template <typename Keywords>
 std::string_view FindEnd(const Keywords& keywords, const std::string& word) {
   const auto found = std::find_if(keywords.begin(), keywords.end(),

@@ -22,13 +22,15 @@ class Palette {
   Palette(bool hasSequences, bool hasColors)
       : hasSequences_(hasSequences), hasColors_(hasSequences && hasColors) {}
 
-  /// The palette for a call: there are sequences if standard output is a terminal that understands
-  /// them, unless `options` says otherwise. The environment variable NO_COLOR removes the colours.
+  /// Returns the palette for a call: there are sequences if standard output is a terminal that
+  /// understands them, unless `options` says otherwise. The environment variable NO_COLOR removes
+  /// the colours.
   static Palette For(const FormatOptions& options);
 
   bool HasSequences() const { return hasSequences_; }
 
-  /// The sequence that begins a string of that style; empty if the string is printed unchanged.
+  /// Returns the sequence that begins a string of that style; empty if the string is printed
+  /// unchanged.
   std::string_view Begin(Style style) const;
 
   /// The sequence that ends such a string.

@@ -15,7 +15,7 @@
 
 namespace Kestrel::Host {
 
-/// The shape of a "NetworkAddress".
+/// Returns the shape of a "NetworkAddress".
 const StructShape& NetworkAddressShape();
 
 /// Converts an address to such a structure. `linkNames` maps indexes to names of interfaces.

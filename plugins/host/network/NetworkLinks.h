@@ -70,7 +70,7 @@ std::vector<NetworkAddress> ReadAddresses();
 /// Returns the names of the flags, such as "UP" and "BROADCAST", in the order of their bits.
 std::vector<std::string> LinkFlagNames(unsigned flags);
 
-/// The words that a user may write for the state of an interface.
+/// Returns the words that a user may write for the state of an interface.
 const WordSet& LinkStateWords();
 
 /// Maps indexes to names.

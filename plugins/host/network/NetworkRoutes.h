@@ -35,7 +35,7 @@ struct NetworkRoute {
 /// Returns the word for a type of route: "unicast", "local", "broadcast", "blackhole", ... or its
 /// number.
 std::string RouteTypeName(unsigned type);
-/// The words that a user may write for a type of route.
+/// Returns the words that a user may write for a type of route.
 const WordSet& RouteTypeWords();
 
 /// Parses the IPv4 and IPv6 routes in an answer to RTM_GETROUTE. Skips cached routes.
@@ -53,7 +53,7 @@ struct NetworkNeighbor {
   bool isRouter = false;
 };
 
-/// The words that a user may write for the state of a neighbor.
+/// Returns the words that a user may write for the state of a neighbor.
 const WordSet& NeighborStateWords();
 
 /// Parses the IPv4 and IPv6 neighbors in an answer to RTM_GETNEIGH.

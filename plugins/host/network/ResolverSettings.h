@@ -20,7 +20,7 @@ struct ResolverSetting {
   std::string source;  ///< The path of its file, or "default".
 };
 
-/// The words for the kinds of settings.
+/// Returns the words for the kinds of settings.
 const WordSet& ResolverSettingKinds();
 
 /// Parses the content of a file such as /etc/resolv.conf(5), whose path is `source`. The C library

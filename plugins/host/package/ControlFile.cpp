@@ -36,7 +36,7 @@ std::size_t SkipEmptyLines(std::string_view text, std::size_t start) {
   return std::min(text.find_first_not_of('\n', start), text.size());
 }
 
-// The end of the paragraph at `start`, without its last line feed.
+// Returns the end of the paragraph at `start`, without its last line feed.
 std::size_t StanzaEnd(std::string_view text, std::size_t start, LastStanza last) {
   const std::size_t end = text.find("\n\n", start);
   if (end != std::string_view::npos) {

@@ -84,7 +84,7 @@ def sentence(text: str, otherwise: str) -> str:
 
 
 def option_of(parameter: Dict[str, Any]) -> Dict[str, Any]:
-    """An option as Ansible declares it, in code and in documentation."""
+    """Returns an option as Ansible declares it, in code and in documentation."""
     kind = parameter["Kind"]
     option: Dict[str, Any] = {"type": "list" if parameter["Multiple"] else _TYPES[kind]}
     if parameter["Multiple"]:
@@ -178,7 +178,7 @@ def make_module(values: Dict[str, Any]) -> str:
 
 
 def _literal(value: Dict[str, Any]) -> str:
-    """A dictionary in Python, a line for each of its members."""
+    """Returns a dictionary in Python, a line for each of its members."""
     if not value:
         return "{}"
     return "{\n" + "".join(f"    {name!r}: {each!r},\n" for name, each in value.items()) + "}"

@@ -107,7 +107,7 @@ class Reader:
 
 
 def _reason(visit: Visit, status: Optional[int]) -> tuple[Status, str]:
-    """Why a host has no result. `status` is that of vexil, if it has ended."""
+    """Returns why a host has no result. `status` is that of vexil, if it has ended."""
     message = _message(visit.reply.errors)
     if visit.is_interrupted:
         return Status.INTERRUPTED, ""
@@ -141,7 +141,8 @@ def _with_status(message: str, status: int) -> str:
 
 
 def _message(errors: List[bytes]) -> str:
-    """The messages of a host on one line, without the header that vexil prints before them."""
+    """Returns the messages of a host on one line, without the header that vexil prints before
+    them."""
     lines = [line.decode("utf-8", "backslashreplace").strip() for line in errors]
     text = "; ".join(line for line in lines if line and line != "Errors:")
     text = "".join(char if char.isprintable() else ascii(char)[1:-1] for char in text)

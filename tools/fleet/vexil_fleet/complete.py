@@ -24,7 +24,7 @@ _NOTHING: Candidates = ([], ":")
 
 
 def complete(program: str, index: int, words: Sequence[str]) -> Candidates:
-    """The lines of the candidates for the word at `index`, and the directive."""
+    """Returns the lines of the candidates for the word at `index`, and the directive."""
     line = [*words[:index], words[index] if index < len(words) else "", *words[index + 1:]]
     options = split_options(line[1:])
     start = 1 + sum(map(len, options))

@@ -12,7 +12,8 @@ from .engine import fold
 
 
 def report_contract(answers: Sequence[Answer]) -> List[str]:
-    """A line for each difference from the description that most hosts have; none if all agree."""
+    """Returns a line for each difference from the description that most hosts have; none if all
+    agree."""
     hosts: Dict[Description, List[str]] = {}
     for answer in answers:
         if answer.description is not None:
@@ -28,6 +29,6 @@ def report_contract(answers: Sequence[Answer]) -> List[str]:
 
 
 def common_description(answers: Sequence[Answer]) -> Description:
-    """The description that most of the answers have."""
+    """Returns the description that most of the answers have."""
     counts = Counter(answer.description for answer in answers if answer.description is not None)
     return counts.most_common(1)[0][0]

@@ -86,7 +86,7 @@ class Description:
         return bool(self._secrets)
 
     def secret_name(self, option: Option) -> Optional[str]:
-        """The long name of the secret parameter that the option sets."""
+        """Returns the long name of the secret parameter that the option sets."""
         for name, short_name in self._secrets.items():
             if option.name and option.name in (name, short_name):
                 return name
@@ -103,7 +103,8 @@ def _short_name(parameter: Dict[str, Any]) -> Optional[str]:
 
 
 def read_fields(rows: List[Dict[str, str]]) -> Tuple[Field, ...]:
-    """The tree of fields. The inner fields follow their field; a name may contain full stops."""
+    """Returns the tree of fields. In `rows`, the inner fields follow their field. A name may
+    contain full stops."""
     fields, rest = _read_level(rows, 0, "")
     if rest != len(rows):
         raise BadDescription("the fields of the result are in disorder")

@@ -24,7 +24,8 @@ def same(left: Any, right: Any) -> bool:
 
 
 def differences(left: Any, right: Any, path: str = "") -> Iterator[Difference]:
-    """The fields that differ, each with its path and both values, one of which may be ABSENT."""
+    """Yields the fields that differ, each with its path and both values, one of which may be
+    ABSENT."""
     if _are_structures(left, right):
         left, right = _by_key(left), _by_key(right)
     if not (isinstance(left, dict) and isinstance(right, dict)):
@@ -43,7 +44,7 @@ def _are_structures(left: Any, right: Any) -> bool:
 
 
 def _by_key(elements: List[Any]) -> Dict[str, Any]:
-    """The elements by their names, or by their positions if they have none."""
+    """Returns the elements by their names, or by their positions if they have none."""
     for key in _KEYS:
         names = [element.get(key) for element in elements if isinstance(element, dict)]
         if len(set(map(str, names))) == len(elements) and None not in names:
@@ -52,7 +53,7 @@ def _by_key(elements: List[Any]) -> Dict[str, Any]:
 
 
 def show(value: Any) -> str:
-    """A value on one line. Strings are without quotes if they are plain words."""
+    """Returns a value on one line. Strings are without quotes if they are plain words."""
     if value is ABSENT:
         return "absent"
     if isinstance(value, str) and value.isprintable() and value.strip() == value != "":
@@ -101,7 +102,7 @@ class RowDifferences:
         self.added = list(others.values())
 
     def show(self) -> Iterator[str]:
-        """A line for each changed field, and for each row without a counterpart."""
+        """Yields a line for each changed field, and for each row without a counterpart."""
         for value, changes in self.changed:
             row = "" if self.key is None else f"{self.key} {show(value)}: "
             for change in changes:

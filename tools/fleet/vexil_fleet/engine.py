@@ -262,7 +262,7 @@ def _by_lines(worker: type) -> type:
 
 
 def _default_topology() -> Optional[str]:
-    """The file that clush would use."""
+    """Returns the file that clush would use."""
     for path in reversed(Task.TOPOLOGY_CONFIGS):
         if os.path.exists(path):
             return str(path)
@@ -270,5 +270,5 @@ def _default_topology() -> Optional[str]:
 
 
 def fold(hosts: List[str]) -> str:
-    """The hosts in the short form of ClusterShell: web[1-40,42]."""
+    """Returns the hosts in the short form of ClusterShell: web[1-40,42]."""
     return str(NodeSet.fromlist(hosts))

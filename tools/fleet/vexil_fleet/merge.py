@@ -44,7 +44,7 @@ class Lines:
         self.counts = Counter(rows.lines())
 
     def without(self, other: "Lines") -> List[bytes]:
-        """The lines that the other result does not have, or has less often."""
+        """Returns the lines that the other result does not have, or has less often."""
         if self.is_distinct and other.is_distinct:
             return [line for line in self.counts if line not in other.counts]
         return list((self.counts - other.counts).elements())
@@ -66,7 +66,7 @@ class Reference:
         self.lines = Lines(group.rows)
 
     def compare(self, group: Group) -> Optional["Comparison"]:
-        """The differences, or None if the whole result is easier to read."""
+        """Returns the differences, or None if the whole result is easier to read."""
         left, right = self.lines, Lines(group.rows)
         added = right.without(left)
         is_plain = left.rows.is_plain and right.rows.is_plain
@@ -101,7 +101,7 @@ class Comparison:
         return fields == 1 or equal * 2 >= everything
 
     def show(self) -> Iterator[str]:
-        """A line for each difference."""
+        """Yields a line for each difference."""
         if self._is_order_only:
             yield f"{self.group.name}: the same rows in another order"
         for line in self._differences.show():
@@ -109,7 +109,7 @@ class Comparison:
 
 
 def _different_rows(left: List[bytes], right: List[bytes]) -> Tuple[List[Row], List[Row]]:
-    """The rows of each side that the other one does not have, compared by value."""
+    """Returns the rows of each side that the other one does not have, compared by value."""
     left_rows, right_rows = decode(left), decode(right)
     left_values = Counter(map(canonical, left_rows))
     right_values = Counter(map(canonical, right_rows))

@@ -103,7 +103,7 @@ def all_declared() -> List[Declared]:
 
 
 def find(name: str) -> Optional[Declared]:
-    """The option of that name, with its dashes."""
+    """Returns the option of that name, with its dashes."""
     return next((declared for declared in all_declared() if name in declared.names), None)
 
 
@@ -122,7 +122,7 @@ def make_parser(version: str) -> argparse.ArgumentParser:
 
 
 def split_options(arguments: Sequence[str]) -> List[Tuple[str, ...]]:
-    """The options before the path, each with its value if that is the next argument."""
+    """Returns the options before the path, each with its value if that is the next argument."""
     options: List[Tuple[str, ...]] = []
     index = 0
     while index < len(arguments) and arguments[index].startswith("-"):
@@ -147,7 +147,7 @@ def join_values(arguments: Sequence[str]) -> List[str]:
 
 
 def parse(arguments: Sequence[str], version: str = "") -> argparse.Namespace:
-    """The options, or a message and the exit status 2."""
+    """Returns the options. If they are wrong, prints a message and exits with status 2."""
     parser = make_parser(version)
     options = parser.parse_args(join_values(arguments))
     if not (options.nodes or options.group or options.all):

@@ -49,7 +49,7 @@ class Output:
         return is_printed
 
     def _print_groups(self, groups: Sequence[Group]) -> bool:
-        """A list for each shape: the rows of a list are of one shape."""
+        """Returns a list for each shape: the rows of a list are of one shape."""
         lists: Dict[Shape, List[Group]] = {}
         for group in groups:
             lists.setdefault(group.rows.shape, []).append(group)
@@ -90,7 +90,7 @@ def _print_lines(lines: Sequence[str]) -> None:
 
 
 def report_failures(answers: Sequence[Answer]) -> None:
-    """A line on standard error for each reason, with its hosts."""
+    """Prints a line on standard error for each reason, with its hosts."""
     reasons: Dict[Tuple[Status, str], List[str]] = {}
     for answer in answers:
         if answer.is_failure:

@@ -128,7 +128,8 @@ class Printer:
         return command
 
     def _parameters(self, shape: Shape, description: Description, host: str) -> Dict[str, str]:
-        """The format parameters: the command's, with the host as the first field, and the user's."""
+        """Returns the format parameters: the command's, with the host as the first field, and the
+        user's."""
         wanted = self.format
         parameters = {key: value for key, value in description.format_parameters.items()
                       if self._applies(key, description) and _KEY.fullmatch(key) and value}
@@ -156,7 +157,7 @@ def host_field(shape: Shape) -> str:
 
 
 def _divide(pieces: Iterable[Piece]) -> Iterator[List[Piece]]:
-    """The same rows in lists of at most _MAX_ROWS, unless a single piece has more."""
+    """Yields the same rows in lists of at most _MAX_ROWS, unless a single piece has more."""
     some: List[Piece] = []
     count = 0
     for name, chunk in pieces:

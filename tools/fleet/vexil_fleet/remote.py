@@ -150,7 +150,7 @@ class Reply:
             self.body = self._take_body()
 
     def _take_body(self) -> StoredLines:
-        """The bytes before a mark. The line feed before the mark is from the script."""
+        """Returns the bytes before a mark. The line feed before the mark is from the script."""
         body, self.body = self.body, StoredLines()
         body.drop_last_byte()
         return body

@@ -54,7 +54,7 @@ class Rows:
 
 
 def skip_prompts(text: bytes) -> bytes:
-    """The result without the prompts for secrets, which vexil prints before it."""
+    """Returns the result without the prompts for secrets, which vexil prints before it."""
     position = 0
     while (match := _PROMPT.match(text, position)) is not None:
         position = match.end()
@@ -107,7 +107,7 @@ def _checked_rows(shape: Shape, body: StoredLines, count: int) -> Rows:
 
 
 def _decode_all(body: StoredLines) -> Iterator[List[Row]]:
-    """All rows, some at a time."""
+    """Yields all rows, some at a time."""
     for chunk in body.chunks():
         lines = chunk.lines()
         for start in range(0, len(lines), _CHUNK):
@@ -115,7 +115,7 @@ def _decode_all(body: StoredLines) -> Iterator[List[Row]]:
 
 
 def canonical(row: Row) -> str:
-    """A string that is the same for equal rows only."""
+    """Returns a string that is the same for equal rows only."""
     return repr(_in_order(row))
 
 
@@ -126,7 +126,7 @@ def _in_order(value: Any) -> Any:
 
 
 def row_shape(shape: Shape) -> Shape:
-    """The shape of the rows of a result: a list of structures."""
+    """Returns the shape of the rows of a result: a list of structures."""
     if shape.has_fields:
         return Shape("structure-list", shape.type_name, shape.fields)
     element = shape.kind[:-len("-list")] if shape.is_list else shape.kind

@@ -59,7 +59,7 @@ class Run:
         self._answers: Dict[str, Answer] = {}
 
     def answers(self) -> List[Answer]:
-        """An answer for each host, in the order of the hosts."""
+        """Returns an answer for each host, in the order of the hosts."""
         request = self._request
         words = [] if request.is_described_first else request.words
         self._visit(Job(request.path, words), self._hosts)
@@ -70,7 +70,7 @@ class Run:
         return [self._finished(host) for host in self._hosts]
 
     def _held(self) -> List[Answer]:
-        """The answers of hosts that have only described the command."""
+        """Returns the answers of hosts that have only described the command."""
         wanted = Status.OK if self._request.is_described_first else Status.HELD
         return [answer for answer in self._answers.values()
                 if answer.status == wanted and answer.rows is None]

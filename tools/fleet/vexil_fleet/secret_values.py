@@ -17,7 +17,7 @@ class BadSecret(ValueError):
 
 def take_secrets(options: Sequence[Option],
                  descriptions: Sequence[Description]) -> Tuple[List[str], List[str]]:
-    """The tokens of the line without values of secrets, and these values in their order."""
+    """Returns the tokens of the line without values of secrets, and these values in their order."""
     tokens: List[str] = []
     values: List[str] = []
     for option in options:

@@ -27,7 +27,7 @@ class Chunk:
         return zlib.decompress(self._data) if self._is_packed else self._data
 
     def lines(self) -> List[bytes]:
-        """The lines without line feeds."""
+        """Returns the lines without line feeds."""
         return self.text().split(b"\n")[:-1]
 
 

@@ -28,7 +28,7 @@ def is_option(token: str) -> bool:
 
 
 def split_path(tokens: Sequence[str]) -> Tuple[List[str], List[str]]:
-    """The words of the path, and the tokens after it."""
+    """Returns the words of the path, and the tokens after it."""
     for index, token in enumerate(tokens):
         if is_option(token):
             return list(tokens[:index]), list(tokens[index:])
@@ -36,7 +36,8 @@ def split_path(tokens: Sequence[str]) -> Tuple[List[str], List[str]]:
 
 
 def read_options(tokens: Sequence[str]) -> Iterator[Option]:
-    """The parameters after the path. A word that belongs to none is an option without a name."""
+    """Yields the parameters after the path. A word that belongs to none is an option without a
+    name."""
     index = 0
     while index < len(tokens):
         option = _read_option(tokens, index)
@@ -58,7 +59,7 @@ def _read_option(tokens: Sequence[str], index: int) -> Option:
 
 
 def quote(word: str) -> str:
-    """The word, quoted for /bin/sh."""
+    """Returns the word, quoted for /bin/sh."""
     return shlex.quote(word)
 
 

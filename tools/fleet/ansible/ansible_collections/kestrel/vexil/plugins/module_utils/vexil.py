@@ -56,7 +56,7 @@ class VexilCommand(object):
                 self._module.no_log_values.add(to_native(value))
 
     def run(self, values):
-        """The result of the command, with its types."""
+        """Returns the result of the command, with its types."""
         words, secrets = self._words(values)
         for secret in secrets:
             if '\n' in secret:
@@ -67,7 +67,7 @@ class VexilCommand(object):
         return self._decode(output)
 
     def _words(self, values):
-        """The words of the line, and the lines that the tool reads for its secrets."""
+        """Returns the words of the line, and the lines that the tool reads for its secrets."""
         words, secrets = [], []
         for parameter in self.description['Parameters']:
             name, value = parameter['Name'], values.get(parameter['Name'])
@@ -107,7 +107,7 @@ def is_true(value):
 
 
 def to_word(value):
-    """A value in the form that the tool reads."""
+    """Returns a value in the form that the tool reads."""
     return {True: 'true', False: 'false'}[value] if isinstance(value, bool) else to_text(value)
 
 
