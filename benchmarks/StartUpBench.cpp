@@ -86,8 +86,8 @@ std::string Tool() { return fs::exists(KESTREL_STAGED_TOOL) ? KESTREL_STAGED_TOO
 void BM_StartRootListing(benchmark::State& state) { Measure(state, {Tool()}, 1); }
 BENCHMARK(BM_StartRootListing)->UseManualTime();
 
-/// Also loads the plug-ins that are shipped. Skipped without them: the target `stage` installs
-/// them.
+/// Measures the tool with the plug-ins that are shipped. Skips the benchmark if they are not
+/// installed; the target `stage` installs them.
 void MeasureShipped(benchmark::State& state, std::vector<std::string> words, int expectedStatus) {
   if (!fs::exists(KESTREL_SHIPPED_PLUGINS "/host.so")) {
     state.SkipWithError("the plug-ins are not staged");

@@ -47,7 +47,7 @@ void Input::AddParameter(const std::string& name, const std::vector<std::string>
     return;
   }
   std::vector<std::string>& entry = parameters_[name];
-  // By index, since `values` may be the entry itself.
+  // Copies by index, because `values` may be the entry itself.
   for (std::size_t i = 0; i < count; ++i) {
     entry.push_back(values[i]);
   }

@@ -25,7 +25,7 @@ ParameterType ValueType(ParameterType type) {
   return static_cast<ParameterType>(static_cast<std::uint32_t>(type) & ~kListBit);
 }
 
-// Not `isdigit` and the like, because they depend on the locale.
+// Does not use `isdigit` and the like, because they depend on the locale.
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 bool IsLower(char c) { return c >= 'a' && c <= 'z'; }

@@ -23,7 +23,7 @@ namespace Kestrel::AutoCli {
 
 namespace {
 
-/// False for a device or a pipe, which could block the start.
+/// Whether `file` is a regular file. Reading a device or a pipe could block the start.
 bool IsRegularFile(const FileDescriptor& file) {
   struct stat status = {};
   return fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode);

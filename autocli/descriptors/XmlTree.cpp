@@ -235,7 +235,7 @@ XmlDocument ParseXmlText(std::string_view text, const char* name) {
 
 XmlDocument ParseXmlFile(const FileDescriptor& file, const std::string& path) {
   const XmlDiagnostics diagnostics;
-  // Opened by a path, because otherwise libxml2 does not expand a compressed file.
+  // The file is opened by a path, because otherwise libxml2 does not expand a compressed file.
   const std::string name = PathOfDescriptor(file.Get());
   XmlParser parser =
       MakeXmlParser(xmlParserInputBufferCreateFilename(name.c_str(), XML_CHAR_ENCODING_NONE));

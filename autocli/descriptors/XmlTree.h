@@ -19,9 +19,9 @@ namespace Kestrel::AutoCli {
 XmlDocument ParseXmlText(std::string_view text, const char* name);
 /// Reads an open file; `path` is its name in diagnostics.
 XmlDocument ParseXmlFile(const FileDescriptor& file, const std::string& path);
-/// For a path that the system cannot open: libxml2 may still find a file, because it interprets
-/// some paths differently; otherwise it reports the reason. A path that libxml2 would fetch from a
-/// network counts as missing.
+/// Reads the file at a path that the system cannot open. libxml2 may still find a file, because it
+/// interprets some paths differently; otherwise it reports the reason. A path that libxml2 would
+/// fetch from a network counts as missing.
 XmlDocument ParseXmlFile(const std::string& path);
 
 /// Sends the diagnostic for a file that does not exist.

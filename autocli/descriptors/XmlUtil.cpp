@@ -168,7 +168,8 @@ std::string XmlUtil_GetContentForChildByTag(const xmlNode* node, const std::stri
     if (!IsNamed(child, tag)) {
       continue;
     }
-    // Checked by the content so far, so a second match is allowed after an empty one.
+    // Only a match with content makes the next one a duplicate; a second match is allowed after an
+    // empty one.
     if (!content.empty()) {
       throw KestrelException("Illegal Duplicate tags found.  The tag " + tag +
                              " was expected only once, but was found multiple times.");

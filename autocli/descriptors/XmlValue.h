@@ -42,7 +42,8 @@ std::shared_ptr<MetaObj::MetaObject> MakeXmlString(std::string content);
 /// first one declares the shape of all.
 class XmlListBuilder {
  public:
-  /// For an element with this `type` attribute. Throws KestrelException when it names no type.
+  /// Begins the list of an element with this `type` attribute. Throws KestrelException when it
+  /// names no type.
   explicit XmlListBuilder(std::string_view typeWord);
 
   /// Appends an element. Throws KestrelException when it has another type or shape, and for every

@@ -26,7 +26,7 @@ class XmlValueBuilder {
  public:
   void StartElement(std::string_view name, const XmlAttributes& attributes);
   void EndElement();
-  /// For text, CDATA sections and comments. The last one in a scalar is its content.
+  /// Receives text, a CDATA section or a comment. The last of these in a scalar is its content.
   void Content(std::string_view text);
 
   /// Ignores all events from here on.

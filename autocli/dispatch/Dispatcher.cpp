@@ -36,7 +36,7 @@ std::shared_ptr<Plugin> MakePlugin(const std::string& path, Folder folder) {
   return plugin;
 }
 
-// Null for a file that is not a plug-in.
+// Returns the plug-in in a file, or null if the file is not a plug-in.
 std::shared_ptr<Plugin> MakePlugin(const std::string& path, Folder folder) {
   switch (KindOfPluginFile(path)) {
     case PluginFileKind::SharedLibrary:

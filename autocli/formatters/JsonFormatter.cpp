@@ -25,7 +25,7 @@ constexpr EscapeTable MakeJsonEscapes() {
   constexpr char kDigits[] = "0123456789abcdef";
   EscapeTable table;
   for (int byte = 0; byte < 256; ++byte) {
-    // Also each byte of a multi-byte character: readers rely on it.
+    // Each byte of a multi-byte character is escaped too, because readers rely on it.
     if (byte < 32 || byte >= 127) {
       const char text[] = {'\\', 'u', '0', '0', kDigits[byte / 16], kDigits[byte % 16], '\0'};
       table.Set(static_cast<unsigned char>(byte), text);

@@ -325,8 +325,8 @@ class Table {
     const FieldStyle* const style = FindStyle(column);
     const auto* const number = style == nullptr ? ViewAs<MetaInt>(&value) : nullptr;
     if (number != nullptr) {
-      // Formatted directly into the output: copying digits that have just been written byte by byte
-      // would be slow.
+      // Formatted directly into the output. It would be slow to copy digits that were written just
+      // before, byte by byte.
       return WriteNumber(column, Decimal{number->GetValue()});
     }
     const std::string_view text = MakeText(style, value);

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// For programs that link the library's object files instead of the shared library. They contain
-// Boost.Regex, so there is no module to load.
+// Used by programs that link the library's object files instead of the shared library. Such
+// programs contain Boost.Regex, so there is no module to load.
 
 #include "callspec/expression/BoostExpression.h"
 

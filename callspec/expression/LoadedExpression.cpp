@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// For the library: loads the module with Boost.Regex when the first expression is compiled.
+// Used by the library. Loads the module with Boost.Regex when the first expression is compiled.
 
 #include <dlfcn.h>
 

@@ -49,7 +49,7 @@ struct Field {
 
 /// The declared shape of a command's result.
 struct Result {
-  /// Nothing if the command declares no root value; it can then never succeed.
+  /// Nothing if the command declares no root value; the command can then never succeed.
   std::optional<ValueKind> kind;
   /// As in `Field`, for the root.
   std::string typeName;

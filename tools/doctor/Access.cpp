@@ -36,8 +36,8 @@ std::string OctalOf(mode_t mode) {
   return text;
 }
 
-// Stricter than the loader about the folder that contains a plug-in: if it is sticky, other users
-// can still add plug-ins to it.
+// This check is stricter than that of the loader for the folder that contains a plug-in: if the
+// folder is sticky, other users can still add plug-ins to it.
 std::optional<std::string> FindFault(const struct stat& status, bool mayBeSticky) {
   if (status.st_uid != 0 && status.st_uid != geteuid()) {
     return "belongs to the user " + NameOf(status.st_uid);

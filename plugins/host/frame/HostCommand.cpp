@@ -43,7 +43,7 @@ void HostCommand::ExecuteInternal(const std::shared_ptr<CallSpec::Input>& input,
 void HostCommand::ShowAsTable(const std::string& columns,
                               std::initializer_list<FormatParameter> parameters) {
   SetFormat("table", parameters);
-  // Not "fields:<TypeName>", which would take precedence over "fields" chosen by the user.
+  // Does not set "fields:<TypeName>", which would take precedence over "fields" chosen by the user.
   SetDefaultOutputParameter("fields", columns);
 }
 
