@@ -23,7 +23,7 @@ Cost InFreshProcess(const std::function<Cost()>& work);
 double HeapBytes();
 
 /// Returns the processor time of this process in seconds, user and system. Other load on the
-/// machine affects it less than elapsed time.
+/// machine affects it less than it affects the elapsed time.
 double ProcessSeconds();
 
 }  // namespace Kestrel::Benchmarks

@@ -73,7 +73,8 @@ class LineFile {
     }
   }
 
-  /// Whether a first byte can be read, or the file is empty. A directory can be opened, too.
+  /// Whether the first byte can be read, or the file is empty. A directory can be opened too, but
+  /// it cannot be read.
   bool IsReadable() const {
     if (file_ == nullptr) {
       return false;

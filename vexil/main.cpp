@@ -62,8 +62,8 @@ bool FlushOutput() {
 }
 
 // If a standard stream is closed, the next file to be opened gets its descriptor, and output for
-// the stream would go to that file. So a closed stream is opened in the wrong direction: every
-// access fails.
+// the stream would go to that file. So a closed stream is opened in the wrong direction, and every
+// access to it fails.
 void OccupyStandardDescriptors() {
   for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (fcntl(descriptor, F_GETFD) == -1) {
@@ -72,8 +72,8 @@ void OccupyStandardDescriptors() {
   }
 }
 
-// The caller may have left SIGCHLD ignored, which discards the status of every child, or signals
-// blocked, which could then not end the tool.
+// The caller may have left SIGCHLD ignored, so that the status of every child is discarded. It may
+// also have left signals blocked, so that they cannot end the tool.
 void ResetSignals() {
   std::signal(SIGCHLD, SIG_DFL);
   sigset_t none;

@@ -3,8 +3,9 @@
 
 // A pass looks at each "{" from left to right:
 //   - It steps into a block that is not closed.
-//   - It removes a closed block together with the text before it, from the last "$" on, if the two
-//     are a conditional. The block need not be the one that the conditional's own brace opens.
+//   - It removes a closed block together with the text before it, from the last "$" on, if that
+//     text and the block form a conditional. The block need not be the one that the conditional's
+//     own brace opens.
 //   - It steps over any other closed block.
 // A removal can take away the end of a block that was stepped over. The next pass then steps into
 // that block.

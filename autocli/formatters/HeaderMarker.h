@@ -8,7 +8,7 @@
 namespace Kestrel::AutoCli {
 
 /// Returns what is between the last '%' of `header` and the nearest '%' before it that is not
-/// adjacent: the group of ".*%(.+)%.*". Empty if there is none.
+/// adjacent: what the group of ".*%(.+)%.*" matches. Empty if there is none.
 std::string_view FindHeaderMarker(std::string_view header);
 
 }  // namespace Kestrel::AutoCli

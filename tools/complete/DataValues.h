@@ -13,8 +13,9 @@ namespace Kestrel::Complete {
 
 using Deadline = std::chrono::steady_clock::time_point;
 
-/// Returns the values of a field in the result of a command. `source` is the path of the command,
-/// with its words separated by full stops, a space and the field: "network.interface.list Name".
+/// Returns the values of a field in the result of a command. `source` consists of the path of the
+/// command, whose words are separated by full stops, then a space, then the name of the field:
+/// "network.interface.list Name".
 ///
 /// Runs the command in a child process, whose current folder is the root folder and whose PATH
 /// contains only absolute folders. At the deadline, the child is killed with all processes that it

@@ -32,7 +32,8 @@ bool HasSuffix(std::string_view file, std::string_view suffix) {
 
 bool IsPlugin(std::string_view file) { return HasSuffix(file, ".so") || HasSuffix(file, ".xml"); }
 
-/// Adds the plug-ins in a folder in the order of the loader. Returns whether it can be read.
+/// Adds the plug-ins in a folder in the order of the loader. Returns the error if the folder cannot
+/// be read.
 std::error_code AddFolder(const std::string& folder, std::vector<std::string>& files) {
   std::error_code error;
   std::set<std::string> found;

@@ -52,8 +52,8 @@ std::vector<CommandParts> CheckLoading(const Element& root, const std::string& f
 /// Adds the nodes of the descriptor to the tree, and reports those that the tree refuses.
 void CheckPaths(const Element& root, Host& host, FileReport& report);
 
-/// Adds a node to the tree at a path, whose words are separated by full stops, unless there is one
-/// or its parent does not exist.
+/// Adds a node to the tree at a path, whose words are separated by full stops, unless there is a
+/// node at that path already or its parent does not exist.
 void InsertNode(const std::string& path, const std::shared_ptr<AutoCli::NamespaceNode>& node,
                 const std::string& file, Host& host);
 

@@ -148,7 +148,7 @@ class LinePrinter {
     return PrepareLine();
   }
 
-  /// Ends a line. Each cell ends with a separator, also the last one.
+  /// Ends a line. A separator follows each cell, even the last one, so it is replaced.
   void EndLine(char* place) { out_.Commit(PutPiece(Syntax::kLineEnd, place - 1)); }
 
   std::vector<std::size_t> PositionOf(const Value& row) const {

@@ -30,7 +30,7 @@ bool IsCharacter(char32_t code, std::size_t size) {
 
 bool IsControl(char32_t code) { return code < 0x20 || (code >= 0x7f && code < 0xa0); }
 
-// Characters that change the direction or the line breaks of the text after them.
+// Whether the character changes the direction or the line breaks of the text after it.
 bool IsInvisible(char32_t code) {
   return (code >= 0x200b && code <= 0x200f) || (code >= 0x2028 && code <= 0x202e) ||
          (code >= 0x2060 && code <= 0x2069) || code == 0x61c || code == 0xfeff;

@@ -69,7 +69,7 @@ auto* Find(Function function, Key key) {
   return entry == nullptr ? Ask(function, key) : entry;
 }
 
-/// Opens the system's list of accounts at its start, and closes it.
+/// Opens the system's list of accounts, to be read from its start. The destructor closes it.
 class AccountListing {
  public:
   AccountListing() { ::setpwent(); }
@@ -78,7 +78,7 @@ class AccountListing {
   ~AccountListing() { ::endpwent(); }
 };
 
-/// Opens the system's list of groups at its start, and closes it.
+/// Opens the system's list of groups, to be read from its start. The destructor closes it.
 class GroupListing {
  public:
   GroupListing() { ::setgrent(); }

@@ -28,10 +28,10 @@ std::vector<KernelModule> ReadModules(const std::string& proc);
 /// Returns the folder with the modules of the running kernel.
 std::string ModuleFolder();
 
-/// Returns whether a module is loaded or built into the kernel; false if it is not, but exists in
-/// `modules`, the folder with the modules of this kernel. In its name, "-" and "_" are equivalent.
-/// Throws KestrelException if there is no such module, or if that folder is missing and the module
-/// may therefore exist.
+/// Returns true if a module is loaded or built into the kernel, and false if it only exists in
+/// `modules`, the folder with the modules of this kernel. In the name of the module, "-" and "_"
+/// are equivalent. Throws KestrelException if there is no such module, or if that folder is missing
+/// and the module may therefore exist.
 bool HasModule(const std::string& proc, const std::string& sys, const std::string& modules,
                const std::string& name);
 
