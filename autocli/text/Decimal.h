@@ -41,9 +41,11 @@ struct Decimal {
   static constexpr std::uint64_t kEightDigits = 100'000'000;  // the first number with more
 
   // The first is 0 instead of 1, so that the number 0 has one digit.
-  static constexpr std::array<std::uint64_t, 20> kPowersOfTen = [] {
+  static constexpr std::array<std::uint64_t, 20> kPowersOfTen = []() {
     std::array<std::uint64_t, 20> powers{};
-    for (std::uint64_t power = 10, i = 1; i < powers.size(); ++i, power *= 10) {
+    std::uint64_t power = 1;
+    for (std::size_t i = 1; i < powers.size(); ++i) {
+      power *= 10;
       powers[i] = power;
     }
     return powers;

@@ -30,6 +30,9 @@ namespace Kestrel::Formats {
 //   static void Replace(char32_t character, TextBuffer& out);
 //       Prints a character that is not copied. May throw ValueFault.
 
+/// The length up to which strings are put into room that was made for several values.
+inline constexpr std::size_t kMaxShort = 64;
+
 /// Sixteen bytes that are compared at once. gcc and clang generate vector instructions for it.
 using ByteVector = signed char __attribute__((vector_size(16)));
 

@@ -42,16 +42,21 @@ class JsonSyntax {
 
   explicit JsonSyntax(TextBuffer& out) : out_(out) {}
 
-  void Bool(std::string_view before, bool value) {
-    value ? out_.AppendAll(before, "true") : out_.AppendAll(before, "false");
+  TextBuffer& Out() { return out_; }
+
+  char* Bool(std::string_view before, bool value, char* place) {
+    place = PutPiece(before, place);
+    return value ? PutPiece("true", place) : PutPiece("false", place);
   }
-  void Int(std::string_view before, long value) { out_.AppendAll(before, Decimal{value}); }
-  void String(std::string_view before, const std::string& value) {
-    char* const place = out_.Prepare(before.size() + value.size() + 2);
+  char* Int(std::string_view before, long value, char* place) {
+    return PutPiece(Decimal{value}, PutPiece(before, place));
+  }
+  char* String(std::string_view before, const std::string& value, char* place) {
     char* const begin = PutPiece('"', PutPiece(before, place));
-    if (CopyOrdinary<JsonRules>(value, begin)) {
-      return out_.Commit(PutPiece('"', begin + value.size()));
-    }
+    const bool isPut = value.size() <= kMaxShort && CopyOrdinary<JsonRules>(value, begin);
+    return isPut ? PutPiece('"', begin + value.size()) : nullptr;
+  }
+  void OtherString(std::string_view before, const std::string& value) {
     out_.Append(before);
     AppendJsonString(value, out_);
   }

@@ -59,7 +59,7 @@ class LinePrinter {
 
  private:
   /// The room for a cell and its separator.
-  static constexpr std::size_t kMaxCell = 64;
+  static constexpr std::size_t kMaxCell = kMaxShort + 1;
 
   /// Prints the lists in one column as JSON.
   struct ListPrinter {

@@ -114,10 +114,19 @@ class ShortSyntax {
 
   explicit ShortSyntax(TextBuffer& out) : out_(out) {}
 
-  void Bool(std::string_view before, bool value) { out_.AppendAll(before, WordFor(value)); }
-  void Int(std::string_view before, long value) { out_.AppendAll(before, Decimal{value}); }
-  void String(std::string_view before, const std::string& value) {
-    out_.AppendAll(before, std::string_view(value));
+  TextBuffer& Out() { return out_; }
+
+  char* Bool(std::string_view before, bool value, char* place) {
+    return PutPiece(WordFor(value), PutPiece(before, place));
+  }
+  char* Int(std::string_view before, long value, char* place) {
+    return PutPiece(Decimal{value}, PutPiece(before, place));
+  }
+  char* String(std::string_view before, const std::string& value, char* place) {
+    return value.size() <= kMaxShort ? PutPiece(value, PutPiece(before, place)) : nullptr;
+  }
+  void OtherString(std::string_view before, const std::string& value) {
+    out_.AppendAll(before, value);
   }
 
   void BeginStruct(std::string_view before, const MetaStruct& /*structure*/, bool /*isEmpty*/) {

@@ -16,11 +16,16 @@
 #include "kestrel/metaobj/MetaObject.h"
 #include "kestrel/metaobj/MetaString.h"
 #include "kestrel/metaobj/MetaStruct.h"
+#include "vexil/formats/EscapedText.h"
 #include "vexil/formats/Faults.h"
 #include "vexil/formats/Selection.h"
+#include "vexil/formats/TextBuffer.h"
 #include "vexil/formats/Values.h"
 
 namespace Kestrel::Formats {
+
+/// Room for a scalar and what surrounds it in any format, if it is no longer than kMaxShort.
+inline constexpr std::size_t kMaxScalar = kMaxShort + 32;
 
 /// The position of a structure within the output.
 struct StructPlace {
@@ -37,9 +42,14 @@ struct StructPlace {
 ///
 ///   static std::string FieldPrefix(const std::string& name, bool isFirst, StructPlace place);
 ///       Returns the end of the field before it and the beginning of a field of a structure.
-///   void Bool(std::string_view before, bool value);
-///   void Int(std::string_view before, long value);
-///   void String(std::string_view before, const std::string& value);
+///   TextBuffer& Out();
+///   char* Bool(std::string_view before, bool value, char* place);
+///   char* Int(std::string_view before, long value, char* place);
+///   char* String(std::string_view before, const std::string& value, char* place);
+///       Put the value to `place`, where there is room for it and kMaxScalar bytes, and return its
+///       end. `String` may do so for a string of up to kMaxShort bytes, and otherwise returns null.
+///   void OtherString(std::string_view before, const std::string& value);
+///       Appends a string for which `String` returned null.
 ///   void BeginStruct(std::string_view before, const MetaStruct& structure, bool isEmpty);
 ///   void EndStruct(bool isEmpty, long level);
 ///       Also ends the last field.
@@ -103,6 +113,7 @@ class ValuePrinter {
     const MetaObj::MetaStruct* shape;
     FieldReader reader;
     std::vector<Field> fields;
+    std::size_t room;  // for all fields, if they are scalars
   };
 
   /// A structure or list that has been partly printed.
@@ -136,27 +147,50 @@ class ValuePrinter {
   }
 
   /// Prints a scalar, an empty structure or an empty list. Opens any other value and returns true.
-  [[gnu::always_inline]] bool Print(std::string_view before, const MetaObj::MetaObject& value,
-                                    Plan*& plan, const FieldChoice* choice, StructPlace place) {
-    return !PrintScalar(before, value) && OpenValue(before, value, plan, choice, place);
+  bool Print(std::string_view before, const MetaObj::MetaObject& value, Plan*& plan,
+             const FieldChoice* choice, StructPlace place) {
+    if (KindOf(value) >= MetaObj::MetaType::Struct) {
+      return OpenValue(before, value, plan, choice, place);
+    }
+    PrintScalar(before, value);
+    return false;
   }
 
-  /// Prints a scalar. Returns false for any other value.
-  [[gnu::always_inline]] bool PrintScalar(std::string_view before,
-                                          const MetaObj::MetaObject& value) {
+  [[gnu::noinline]] void PrintScalar(std::string_view before, const MetaObj::MetaObject& value) {
+    TextBuffer& out = syntax_.Out();
+    char* const end = PutScalar(before, value, out.Prepare(before.size() + kMaxScalar));
+    end == nullptr ? PrintOtherString(before, value) : out.Commit(end);
+  }
+
+  void PrintOtherString(std::string_view before, const MetaObj::MetaObject& value) {
+    syntax_.OtherString(before, static_cast<const MetaObj::MetaString&>(value).GetValue());
+  }
+
+  /// Puts a scalar to `place`, where there must be room, and returns its end. Returns null if it is
+  /// a string that `Syntax` does not put, or no scalar.
+  [[gnu::always_inline]] char* PutScalar(std::string_view before, const MetaObj::MetaObject& value,
+                                         char* place) {
     switch (KindOf(value)) {
       case MetaObj::MetaType::Int:
-        syntax_.Int(before, static_cast<const MetaObj::MetaInt&>(value).GetValue());
-        return true;
+        return syntax_.Int(before, static_cast<const MetaObj::MetaInt&>(value).GetValue(), place);
       case MetaObj::MetaType::Bool:
-        syntax_.Bool(before, static_cast<const MetaObj::MetaBool&>(value).GetValue());
-        return true;
+        return syntax_.Bool(before, static_cast<const MetaObj::MetaBool&>(value).GetValue(), place);
       case MetaObj::MetaType::String:
-        syntax_.String(before, static_cast<const MetaObj::MetaString&>(value).GetValue());
-        return true;
+        return syntax_.String(before, static_cast<const MetaObj::MetaString&>(value).GetValue(),
+                              place);
       default:
-        return false;
+        return nullptr;
     }
+  }
+
+  /// Does the same as `Print` for a value for which `PutScalar` returned null.
+  [[gnu::noinline]] bool PrintOther(Field& field, const MetaObj::MetaObject& value,
+                                    StructPlace place) {
+    if (KindOf(value) != MetaObj::MetaType::String) {
+      return OpenValue(field.before, value, field.inside, field.choice, place);
+    }
+    PrintOtherString(field.before, value);
+    return false;
   }
 
   /// Opens a structure or list and returns true, unless it is empty. Not inlined, because most
@@ -207,14 +241,23 @@ class ValuePrinter {
     Plan& plan = **inside.plan;
     const FieldReader::Fields values = plan.reader.Open(*inside.structure);
     const StructPlace place = {inside.level + 1, false};
+    TextBuffer& out = syntax_.Out();
+    char* output = out.Prepare(plan.room);
     Field* const end = plan.fields.data() + plan.fields.size();
     for (Field* field = plan.fields.data() + inside.next; field != end; ++field) {
       ++inside.next;
       const MetaObj::MetaObject& value = FieldReader::Get(values, field->position, field->name);
-      if (Print(field->before, value, field->inside, field->choice, place)) {
+      if (char* const next = PutScalar(field->before, value, output); next != nullptr) {
+        output = next;
+        continue;
+      }
+      out.Commit(output);
+      if (PrintOther(*field, value, place)) {
         return;  // `inside` may have moved
       }
+      output = out.Prepare(plan.room);
     }
+    out.Commit(output);
     syntax_.EndStruct(false, inside.level);
     open_.pop_back();
   }
@@ -256,9 +299,11 @@ class ValuePrinter {
     plan.shape = &shape;
     plan.reader = FieldReader(shape);
     plan.fields.clear();
+    plan.room = 0;
     for (const ChosenField& field : ChosenFields(shape, choice)) {
       plan.fields.push_back({field.name, MakePrefix(field.name, plan.fields.empty(), place),
                              field.position, field.inside, nullptr});
+      plan.room += plan.fields.back().before.size() + kMaxScalar;
     }
   }
 

@@ -120,25 +120,26 @@ class ValueXmlSyntax {
 
   explicit ValueXmlSyntax(TextBuffer& out) : out_(out) {}
 
-  void Bool(std::string_view before, bool value) {
-    value ? out_.AppendAll(before, "<bool>true</bool>")
-          : out_.AppendAll(before, "<bool>false</bool>");
+  TextBuffer& Out() { return out_; }
+
+  char* Bool(std::string_view before, bool value, char* place) {
+    place = PutPiece(before, place);
+    return value ? PutPiece("<bool>true</bool>", place) : PutPiece("<bool>false</bool>", place);
   }
-  void Int(std::string_view before, long value) {
-    out_.AppendAll(before, std::string_view("<int>"), Decimal{value}, std::string_view("</int>"));
+  char* Int(std::string_view before, long value, char* place) {
+    place = PutPiece("<int>", PutPiece(before, place));
+    return PutPiece("</int>", PutPiece(Decimal{value}, place));
   }
-  void String(std::string_view before, const std::string& value) {
+  char* String(std::string_view before, const std::string& value, char* place) {
+    char* const begin = PutPiece(kBeginString, PutPiece(before, place));
+    const bool isPut = value.size() <= kMaxShort && CopyOrdinary<Content>(value, begin);
+    return isPut ? PutPiece(kEndString, begin + value.size()) : nullptr;
+  }
+  void OtherString(std::string_view before, const std::string& value) {
     CheckSize(value);
-    constexpr std::string_view kBegin = "<string>";
-    constexpr std::string_view kEnd = "</string>";
-    char* const place = out_.Prepare(before.size() + value.size() + kBegin.size() + kEnd.size());
-    char* const begin = PutPiece(kBegin, PutPiece(before, place));
-    if (CopyOrdinary<Content>(value, begin)) {
-      return out_.Commit(PutPiece(kEnd, begin + value.size()));
-    }
-    out_.AppendAll(before, kBegin);
+    out_.AppendAll(before, kBeginString);
     AppendEscaped<Content>(value, out_);
-    out_.Append(kEnd);
+    out_.Append(kEndString);
   }
 
   void BeginStruct(std::string_view before, const MetaObj::MetaStruct& structure,
@@ -168,6 +169,9 @@ class ValueXmlSyntax {
   }
 
  private:
+  static constexpr std::string_view kBeginString = "<string>";
+  static constexpr std::string_view kEndString = "</string>";
+
   static constexpr long kStructDepth = 2;  // the elements structure and field
   static constexpr long kListDepth = 1;
 

@@ -40,8 +40,8 @@ constexpr bool IsSpace(char32_t character) {
          character == 0x202f || character == 0x205f || character == 0x3000;
 }
 
-constexpr bool IsIn(int byte, signed char first, signed char last) {
-  return byte >= first && byte <= last;
+constexpr int IsIn(int byte, signed char first, signed char last) {
+  return byte >= first && byte <= last ? 1 : 0;
 }
 
 // Moves the range to the end of the numbers of a byte, where one comparison is enough. Larger
@@ -132,7 +132,7 @@ class YamlSyntax {
  public:
   static std::string FieldPrefix(const std::string& name, bool isFirst, StructPlace place) {
     TextBuffer key;
-    YamlSyntax(key).String("", name);
+    YamlSyntax(key).OtherString("", name);
     const std::string indent(kIndentStep * static_cast<std::size_t>(place.level), ' ');
     // The first field of an element follows the dash.
     const bool continuesLine = isFirst && (place.isElement || place.level == 0);
@@ -144,17 +144,23 @@ class YamlSyntax {
 
   explicit YamlSyntax(TextBuffer& out) : out_(out) {}
 
-  void Bool(std::string_view before, bool value) {
-    value ? out_.AppendAll(before, "true") : out_.AppendAll(before, "false");
+  TextBuffer& Out() { return out_; }
+
+  char* Bool(std::string_view before, bool value, char* place) {
+    place = PutPiece(before, place);
+    return value ? PutPiece("true", place) : PutPiece("false", place);
   }
-  void Int(std::string_view before, long value) { out_.AppendAll(before, Decimal{value}); }
-  [[gnu::always_inline]] void String(std::string_view before, const std::string& value) {
-    const bool canBePlain = CanBePlain(value);
-    char* const begin = PutPiece(before, out_.Prepare(before.size() + value.size()));
-    if (canBePlain && CopyOrdinary<Ordinary>(value, begin)) {
-      return out_.Commit(begin + value.size());
-    }
-    if (canBePlain && CountCopied<Plain>(value) == value.size()) {
+  char* Int(std::string_view before, long value, char* place) {
+    return PutPiece(Decimal{value}, PutPiece(before, place));
+  }
+  char* String(std::string_view before, const std::string& value, char* place) {
+    char* const begin = PutPiece(before, place);
+    const bool isPut =
+        value.size() <= kMaxShort && CanBePlain(value) && CopyOrdinary<Ordinary>(value, begin);
+    return isPut ? begin + value.size() : nullptr;
+  }
+  void OtherString(std::string_view before, const std::string& value) {
+    if (CanBePlain(value) && CountCopied<Plain>(value) == value.size()) {
       return out_.AppendAll(before, value);
     }
     QuotedString(before, value);
@@ -179,7 +185,7 @@ class YamlSyntax {
   void EndList(bool /*isEmpty*/, long /*level*/) {}
 
  private:
-  [[gnu::noinline]] void QuotedString(std::string_view before, const std::string& value) {
+  void QuotedString(std::string_view before, const std::string& value) {
     if (!AnyStop<Quoted>(value)) {
       return out_.AppendAll(before, '"', value, '"');
     }

@@ -3,7 +3,6 @@
 
 #include "autocli/text/Decimal.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <climits>

@@ -47,6 +47,28 @@ TEST(CsvFormatTest, QuotesACellForACharacterAnywhereInIt) {
   }
 }
 
+TEST(CsvFormatTest, PrintsCellsOfEveryLengthInEveryColumn) {
+  for (std::size_t size = 1; size < 150; ++size) {
+    const std::string text(size, 'x');
+    for (const std::string_view other : {"y", "\"", ""}) {
+      const std::string row = text + ',' + (other == "\"" ? "\"\"\"\"" : std::string(other)) + ',';
+      EXPECT_EQ(Csv(MakeRecord({{"A", text.c_str()}, {"B", other.data()}, {"C", text.c_str()}}),
+                    {{"header", "false"}}),
+                row + text + "\r\n");
+    }
+  }
+}
+
+TEST(CsvFormatTest, PrintsCellsOfEveryLengthAtAnyPlaceOfTheOutput) {
+  std::vector<std::string> texts;
+  std::string expected;
+  for (std::size_t i = 0; i < 5000; ++i) {
+    texts.emplace_back(1 + i * 31 % 130, static_cast<char>('a' + i % 26));
+    expected += texts.back() + "\r\n";
+  }
+  EXPECT_EQ(Csv(MakeTexts(texts), {{"header", "false"}}), expected);
+}
+
 TEST(CsvFormatTest, PrintsALoneEmptyCellAsQuotes) {
   EXPECT_EQ(Csv(MakeTexts({"", "a"})), "value\r\n\"\"\r\na\r\n");
   EXPECT_EQ(Csv(MakeRow("", "")), "\"\"\r\n\"\"\r\n");
