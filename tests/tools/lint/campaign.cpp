@@ -355,6 +355,7 @@ class Campaign {
                value);
   }
 
+  std::size_t templates = 0;
   std::size_t differences = 0;
 
  private:
@@ -373,7 +374,7 @@ class Campaign {
     isShown_ = value != nullptr;
     const std::vector<std::string> values =
         value != nullptr ? std::vector{*value} : MakeValues(whole);
-    const bool isOwn = ++templates_ % shares_ == share_;
+    const bool isOwn = ++templates % shares_ == share_;
     for (const std::string& each : isOwn ? values : std::vector<std::string>()) {
       TryValue(injection, whole, each);
     }
@@ -480,7 +481,6 @@ class Campaign {
   Generator generator_;
   const unsigned share_;
   const unsigned shares_;
-  unsigned templates_ = 0;
   std::shared_ptr<ParameterSpec> parameter_;
   std::string text_;
   bool isShown_ = false;
@@ -489,6 +489,7 @@ class Campaign {
 
 struct Result {
   std::size_t count = 0;
+  std::size_t templates = 0;
   std::size_t differences = 0;
 };
 
@@ -502,6 +503,7 @@ Result RunShare(int argc, char** argv, unsigned share, unsigned shares) {
     result.count += argc > 4 ? campaign.RunGivenTemplate(argv[4], argc > 5 ? &value : nullptr)
                              : campaign.RunTemplate();
   }
+  result.templates = campaign.templates;
   result.differences = campaign.differences;
   return result;
 }
@@ -529,6 +531,7 @@ int main(int argc, char** argv) {
     const bool hasEnded = waitpid(id, &status, 0) == id && WIFEXITED(status);
     result.differences += hasEnded ? static_cast<std::size_t>(WEXITSTATUS(status)) : 1;
   }
-  std::cout << result.count << " values, " << result.differences << " differences" << std::endl;
+  std::cout << result.count << " values in " << result.templates << " templates, "
+            << result.differences << " differences" << std::endl;
   return result.differences == 0 ? 0 : 1;
 }
