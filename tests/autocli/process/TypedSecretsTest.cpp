@@ -168,9 +168,10 @@ TEST(TypedSecretsTest, CoreDumpsAreDisabledWhileOneIsHeld) {
   const rlimit before = {std::min<rlim_t>(4096, original.rlim_max), original.rlim_max};
   setrlimit(RLIMIT_CORE, &before);
   const int wasDumpable = prctl(PR_GET_DUMPABLE);
+  prctl(PR_SET_DUMPABLE, 1);
   {
     const TypedSecrets secrets;
-    EXPECT_EQ(prctl(PR_GET_DUMPABLE), wasDumpable);
+    EXPECT_EQ(prctl(PR_GET_DUMPABLE), 1);
     TypedSecrets::Expect();
     rlimit within = {};
     getrlimit(RLIMIT_CORE, &within);
@@ -181,7 +182,8 @@ TEST(TypedSecretsTest, CoreDumpsAreDisabledWhileOneIsHeld) {
   getrlimit(RLIMIT_CORE, &after);
   setrlimit(RLIMIT_CORE, &original);
   EXPECT_EQ(after.rlim_cur, before.rlim_cur);
-  EXPECT_EQ(prctl(PR_GET_DUMPABLE), wasDumpable);
+  EXPECT_EQ(prctl(PR_GET_DUMPABLE), 1);
+  prctl(PR_SET_DUMPABLE, wasDumpable);
 }
 
 TEST(TypedSecretsTest, OnlyTypedValuesAreMasked) {
