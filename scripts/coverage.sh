@@ -6,13 +6,16 @@
 # ran.
 #
 # Prints the totals, writes the lines that did not run to TREE/coverage.txt, and fails if a total is
-# below its limit. Branches that are taken only for exceptions are not counted, because the compiler
-# adds one to nearly every call.
+# below its limit. Branches that only the compiler makes are not counted: those that are taken for
+# exceptions, one at nearly every call, and those on lines without a condition, which mostly decide
+# what is destroyed after an exception.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 tree=$1
+condition='\b(if|while|for|switch|case|default)\b|[?]|&&|[|][|]'
 gcovr --root . --object-directory "$tree" "$tree" \
   --filter 'metaobj/' --filter 'callspec/' --filter 'autocli/' \
-  --exclude-throw-branches --txt "$tree/coverage.txt" --html-details "$tree/coverage.html" \
-  --print-summary --fail-under-line 97 --fail-under-branch 90
+  --exclude-throw-branches --exclude-branches-by-pattern "(?!.*($condition))" \
+  --txt "$tree/coverage.txt" --html-details "$tree/coverage.html" \
+  --print-summary --fail-under-line 98 --fail-under-branch 93
