@@ -19,10 +19,10 @@
 // takes memory from the pool before it starts another chunk.
 //
 // Memory is never returned to the system, not even at exit: values may outlive every static object.
-// Under the address sanitizer, or with KESTREL_PLAIN_BLOCKS, each block is a separate allocation, so
-// that the sanitizer or another checker detects uses of freed blocks. With KESTREL_POISONED_SLABS,
-// the slabs remain and free blocks are poisoned instead, so that a sanitizer checks the code of the
-// slabs, too.
+// Under the address sanitizer, or with KESTREL_PLAIN_BLOCKS, each block is a separate allocation,
+// so that the sanitizer or another checker detects uses of freed blocks. With
+// KESTREL_POISONED_SLABS, the slabs remain and free blocks are poisoned instead, so that a
+// sanitizer checks the code of the slabs, too.
 namespace Kestrel::MetaObj {
 
 /// Allocates blocks of up to 256 bytes.
