@@ -2,8 +2,8 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# check_build.sh SOURCE STAGE WORK: follows the guide with a copy of the installed tree. Configures,
-# builds and installs the example from a folder of its own, and runs its command.
+# check_build.sh SOURCE STAGE WORK: follows the guide with a copy of the installed tree. The script
+# configures, builds and installs the example from a separate folder, and runs its command.
 set -euo pipefail
 
 source=$1 stage=$2 work=$3

@@ -3,8 +3,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """check_guide.py GUIDE FOLDER: checks that the guide quotes the example plug-in completely.
 
-The blocks marked `cpp`, one after the other, must be FOLDER/Hello.cpp, and those marked `cmake`
-FOLDER/CMakeLists.txt, byte for byte except for the lines of the licence.
+The blocks marked `cpp`, joined in order, must equal FOLDER/Hello.cpp byte for byte, and the blocks
+marked `cmake` must equal FOLDER/CMakeLists.txt. The lines of the licence are ignored.
 """
 
 import difflib
@@ -14,7 +14,7 @@ import sys
 
 
 def quoted(guide, language, path):
-    """The blocks of the guide that are marked with this path, one after the other."""
+    """Returns the blocks of the guide that are marked with this path, joined in order."""
     blocks = re.findall(rf"^```{language} file={re.escape(path)}\n(.*?)^```$", guide,
                         re.MULTILINE | re.DOTALL)
     return "".join(blocks)

@@ -83,8 +83,8 @@ std::string DescribeBelow(const std::shared_ptr<NamespaceNode>& node) {
 
 class HostDeclarationTest : public ::testing::TestWithParam<const char*> {};
 
-// Commands that have not been called yet, because a call can change the default columns of some.
-// The dispatcher is never destroyed, as in GetDispatcher.
+// Returns the root of a tree whose commands have not been called yet, because a call can change the
+// default columns of some commands. The dispatcher is never destroyed, as in GetDispatcher.
 std::shared_ptr<NamespaceNode> GetRoot() {
   static AutoCli::Dispatcher* dispatcher = nullptr;
   if (dispatcher == nullptr) {

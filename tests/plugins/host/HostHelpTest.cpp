@@ -44,7 +44,7 @@ TEST_P(HostHelpTest, IsAPage) {
   EXPECT_EQ(result.status, 0);
 }
 
-// Examples are not wrapped.
+// The lines of the examples may be longer than the screen, because they are not wrapped.
 TEST_P(HostHelpTest, FitsTheScreenUpToItsExamples) {
   std::string page = Help().out;
   ASSERT_NE(page.find("Examples: "), std::string::npos);

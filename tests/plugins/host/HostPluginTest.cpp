@@ -71,7 +71,7 @@ std::map<std::string, std::shared_ptr<Command>> GetCommands() {
   return commands;
 }
 
-// The structures in a declared result, by type name.
+// Adds the structures in a declared result to `shapes`, by type name.
 void CollectShapes(const std::shared_ptr<MetaObject>& object,
                    std::map<std::string, std::shared_ptr<MetaStruct>>& shapes) {
   if (const auto structure = std::dynamic_pointer_cast<MetaStruct>(object)) {
@@ -90,14 +90,14 @@ std::map<std::string, std::shared_ptr<MetaStruct>> GetShapes(Command& command) {
   return shapes;
 }
 
-// The structure of one row of a command that lists structures; null for another command.
+// Returns the structure of one row of a command that lists structures, or null for another command.
 std::shared_ptr<MetaStruct> GetRow(Command& command) {
   const auto list = std::dynamic_pointer_cast<MetaList>(command.GetOutputSpec()->GetRootObject());
   return list == nullptr ? nullptr : list->GetListStructure();
 }
 
-// Splits a key such as "fields:Type" or "units:Type.Field" into the type name and the field, which
-// may be empty.
+// Splits a key such as "fields:Type" or "units:Type.Field" into the type name and the field. The
+// field may be empty.
 std::pair<std::string, std::string> SplitKey(const std::string& key) {
   const std::string qualifier = key.substr(key.find(':') + 1);
   const std::size_t point = qualifier.find('.');
@@ -105,7 +105,7 @@ std::pair<std::string, std::string> SplitKey(const std::string& key) {
           point == std::string::npos ? "" : qualifier.substr(point + 1)};
 }
 
-// Returns a line with which a command without required parameters succeeds on any host, even on one
+// Returns a command line for a command without required parameters. It succeeds on any host, even
 // without a journal.
 Words LineFor(const std::string& path) {
   return SplitShellWords(path == "log list" ? "log list --file=/etc/passwd" : path);
@@ -151,7 +151,7 @@ TEST(HostPluginTest, EveryParameterHasADescriptionWithoutLooseMarkers) {
       const std::string text = parameter->GetDescription(true);
       EXPECT_THAT(text, Not(IsEmpty())) << path << " --" << parameter->GetName();
       EXPECT_THAT(text, Not(HasSubstr("%"))) << path << " --" << parameter->GetName();
-      // The parameters that every list has are the same everywhere and have no short names.
+      // The parameters that every list has are the same in all lists and have no short names.
       const bool isCommon = kCommonParameters.count(parameter->GetName()) == 1;
       EXPECT_EQ(parameter->GetShortName().size(), isCommon ? 0u : 1u)
           << path << " --" << parameter->GetName();
@@ -203,7 +203,7 @@ TEST(HostPluginTest, EveryExampleIsAValidCall) {
   EXPECT_TRUE(Passes(CheckExamples(GetTool())));
 }
 
-// Each of them selects what is listed, by a value that may be anything.
+// Each of these commands has parameters that select what is listed and accept any string.
 TEST(HostPluginTest, TreatsHostileValuesAsData) {
   EXPECT_TRUE(Passes(RunHostileValues(GetTool(), "system module check")));
   EXPECT_TRUE(Passes(RunHostileValues(GetTool(), "system session list")));

@@ -138,7 +138,7 @@ TEST_F(FileMembersTest, ShowsSizesForPeople) {
             "-rw-r--r--  2.0 KiB  2024-05-06 07:08:09  etc/a b.conf\n");
 }
 
-// Every member of a large archive is listed with the same values as by tar.
+// Every member of a large archive is listed with the same values as in the output of tar.
 TEST(FileMembersWitnessTest, ListsWhatTarLists) {
   const ScopedTempDir folder;
   const ScopedZone zone("UTC");

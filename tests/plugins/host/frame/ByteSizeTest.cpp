@@ -25,7 +25,7 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         Case{"Zero", 0, "0 B"}, Case{"One", 1, "1 B"}, Case{"LastByte", 1023, "1023 B"},
         Case{"FirstKibibyte", 1024, "1.0 KiB"}, Case{"Half", 1536, "1.5 KiB"},
-        // 0.05 or more is rounded up, less is rounded down.
+        // A remainder of 0.05 or more is rounded up, a smaller one is rounded down.
         Case{"RoundedDown", 1024 + 51, "1.0 KiB"}, Case{"RoundedUp", 1024 + 52, "1.1 KiB"},
         // 1023.95 KiB would be printed as 1024.0 KiB.
         Case{"LastKibibyte", 1048524, "1023.9 KiB"},

@@ -42,7 +42,7 @@ ProgramResult RunScript(const std::string& script, const std::vector<std::string
 
 using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kShort(300);
-// Shorter than the programs that are killed would run.
+// A limit that is shorter than the time for which the killed programs would run.
 constexpr std::chrono::seconds kLong(30);
 
 ProgramResult RunWithin(std::chrono::milliseconds limit, const std::string& script) {
@@ -219,7 +219,7 @@ TEST(RunProgramWithinTest, KillsWhatTheProgramStarted) {
   KillOnceBegun(kShort, "sleep 60 & echo $! >'" + folder.GetPath("child") + "'; wait",
                 [&](const ProgramResult& /*result*/) { return folder.Read("child") != ""; });
   const int child = std::stoi(folder.Read("child"));
-  // The new parent may need a moment to wait for it.
+  // The child's new parent may need a moment until it has waited for the child.
   for (int attempt = 0; attempt < 1000 && IsRunning(child); ++attempt) {
     ::usleep(10000);
   }

@@ -17,7 +17,7 @@
 
 namespace {
 
-// The number of reads until one fails; negative if none fails.
+// The number of reads that succeed before one fails; negative if none fails.
 int readsUntilFailure = -1;
 
 }  // namespace

@@ -196,7 +196,7 @@ TEST_F(ListCommandTest, ShowsSizesToPeopleOnlyWhenAsked) {
             "----  -----  ----------\n"
             "pear     10  2.0 KiB\n"
             "fig       9  100 B\n");
-  // A command serves many calls: the next one shows bytes again.
+  // A command serves many calls: the next call shows bytes again.
   EXPECT_EQ(Printed({{"limit", "2"}}),
             "Name  Shelf  Room Taken Bytes\n"
             "----  -----  ----------------\n"

@@ -33,7 +33,7 @@ std::shared_ptr<ParameterSpec> Declared(const Parameter& parameter) {
   return SpecWith(parameter)->GetParameters().at(0);
 }
 
-// Returns the error messages for an input in which the parameter "item" has that value.
+// Returns the error messages for an input in which the parameter "item" has the value `value`.
 std::vector<std::string> ErrorsFor(const Parameter& parameter, const std::string& value) {
   const auto spec = SpecWith(parameter);
   const auto input = Input::New();

@@ -160,7 +160,7 @@ TEST(StructShapeTest, AListOfAnotherShapeIsNotValid) {
   EXPECT_THAT(errors, Not(IsEmpty()));
 }
 
-// The string and the hundredths of a share.
+// A share in hundredths of a percent, and the string that shows it.
 struct ShareCase {
   long hundredths;
   const char* text;

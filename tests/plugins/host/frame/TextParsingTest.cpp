@@ -73,7 +73,7 @@ struct NumberListCase {
   std::vector<long> numbers;
 };
 
-// No kernel writes such lists. Parsing must still end, and without overflow.
+// No kernel writes such lists. Their parsing must still end, and must not overflow.
 const NumberListCase kHostileLists[] = {
     {"RangeThatEndsAtTheLargestNumber",
      "9223372036854775806-9223372036854775807,7",

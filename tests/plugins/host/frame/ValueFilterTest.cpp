@@ -14,7 +14,7 @@ namespace {
 
 using CallSpec::Input;
 
-// Returns an input with values for the parameter "item" of that type.
+// Returns an input with `values` for the parameter "item", which has the type `type`.
 std::shared_ptr<Input> InputFor(CallSpec::ParameterType type,
                                 const std::vector<std::string>& values) {
   const auto spec = CallSpec::InputSpec::New();

@@ -29,8 +29,8 @@ using ::testing::ThrowsMessage;
 
 constexpr char kCut[] = "journalctl's answer ends in the middle of an entry";
 
-// Returns a field with the length before the value, as in the export format for values with line
-// feeds.
+// Returns a field whose value follows its length. The export format uses this form for values that
+// contain line feeds.
 std::string Sized(const std::string& name, const std::string& value) {
   std::string field = name + "\n";
   std::uint64_t length = value.size();
@@ -52,7 +52,7 @@ LogFilter Lines(std::size_t count) {
 
 class JournalAnswerTest : public ::testing::Test {
  protected:
-  // Returns the entries in the output. Without units, no other program is run.
+  // Returns the entries in the output. No unit is requested, so only journalctl is run.
   std::vector<LogLine> Read(const std::string& answer, std::size_t count = 1000) const {
     const MadeUpTool journalctl("journalctl", "cat '" + folder_.Write("answer", answer) + "'\n");
     return ReadJournal({}, Lines(count));
@@ -278,7 +278,7 @@ TEST_F(JournalQuestionTest, IsAskedWithoutTheSettingsOfTheUser) {
 }
 
 TEST_F(JournalQuestionTest, MoreLinesThanAUserMayNameAreRead) {
-  // The number is not limited with "--since", and may exceed the maximum of "--lines".
+  // With "--since", the number of lines is not limited: it may exceed the maximum of "--lines".
   const MadeUpTool journalctl("journalctl", "yes 'MESSAGE=x\n' | head -n 240000\n");
   LogFilter filter = Lines(kAllLines);
   filter.since = 1;

@@ -27,7 +27,8 @@ using Testing::ScopedTempDir;
 using ::testing::StartsWith;
 using ::testing::ThrowsMessage;
 
-// Two entries. The second has a value with a length, as every value with a line feed has.
+// Two entries. The second contains a value with a line feed, which the export format writes after
+// its length.
 const std::string kExport(
     "__CURSOR=s=1;i=2\n__REALTIME_TIMESTAMP=1700000001000000\nPRIORITY=3\n_COMM=crond\n"
     "SYSLOG_IDENTIFIER=cron\nMESSAGE=a=b \xFF\n\n"
@@ -141,7 +142,7 @@ TEST_F(JournalTest, IsMissingWithoutItsProgram) {
                   "Read a log file with --file instead")));
 }
 
-// When asked to export entries, the program does not report this.
+// When asked to export entries, the program does not report that there are no journal files.
 TEST_F(JournalTest, IsMissingWithoutItsFiles) {
   const MadeUpTool journalctl(
       "journalctl",

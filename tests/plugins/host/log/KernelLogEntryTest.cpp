@@ -17,8 +17,7 @@
 #include "support/Sanitizer.h"
 #include "support/ScopedTempDir.h"
 
-// Kernel messages in every form. The device is replaced by a pipe that preserves message
-// boundaries.
+// Kernel messages in every form. A pipe that preserves message boundaries replaces the device.
 namespace Kestrel::Host {
 namespace {
 
@@ -78,7 +77,7 @@ TEST_F(KernelPipeTest, AMessageInAnUnknownFormIsAnErrorAndNotAShorterList) {
 }
 
 TEST_F(KernelPipeTest, MessagesMayBeAsLongAsTheKernelAllows) {
-  const std::string text(4000, 't');  // what such a pipe keeps together
+  const std::string text(4000, 't');  // fits into one message of such a pipe
   Write("6,1,10,-;" + text + "\n");
   Write("6,2,11,-;next\n");
   EXPECT_THAT(Texts(), ElementsAre(text, "next"));

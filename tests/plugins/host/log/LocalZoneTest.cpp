@@ -20,7 +20,7 @@ using Repeated = LocalZone::Repeated;
 
 constexpr CivilTime kSummer = {2026, 7, 1, 12, 0, 0};
 constexpr CivilTime kWinter = {2026, 1, 1, 12, 0, 0};
-// In Berlin, the first local time occurs twice, and the second never.
+// In Berlin, kRepeated occurs twice, and kSkipped never occurs.
 constexpr CivilTime kRepeated = {2026, 10, 25, 2, 30, 0};
 constexpr CivilTime kSkipped = {2026, 3, 29, 2, 30, 0};
 

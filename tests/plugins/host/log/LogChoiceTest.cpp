@@ -63,9 +63,9 @@ class LogMaker {
   unsigned state_;
 };
 
-// Applies the rule directly: a line passes if its own time, or otherwise the time of the last line
-// with a time before it, is late enough. Of the lines that also pass the other filters, the last
-// ones are returned.
+// Returns the selected lines by applying the rule directly. A line without a time has the time of
+// the last line before it that has one. A line passes if its time is late enough. Of the lines that
+// also pass the other filters, the last ones are returned.
 std::vector<std::string> Expected(const std::vector<LogMaker::Line>& lines,
                                   const LogFilter& filter) {
   std::vector<std::string> texts;
@@ -214,7 +214,7 @@ TEST(SinceWordTest, ANulDoesNotEndAForm) {
   EXPECT_EQ(ParseSince(std::string("2026-11-01\0", 11), zone, kNow), std::nullopt);
 }
 
-// Each unit is a multiple of the previous one, under each of its names.
+// Each unit is a multiple of the previous unit, whichever of its names is used.
 TEST(SinceWordTest, UnitsHaveTheirLengths) {
   const LocalZone zone;
   const std::vector<std::vector<std::string>> names = {{"s", "sec", "second", "seconds"},
@@ -237,7 +237,7 @@ TEST(SinceWordTest, UnitsHaveTheirLengths) {
   }
 }
 
-// A date without a time means the same midnight as the words for that day.
+// A date without a time means the same midnight as the word for that day, such as "today".
 TEST(SinceWordTest, ADateIsTheMidnightOfItsDay) {
   const ScopedEnvironment variable("TZ", "Europe/Berlin");
   const LocalZone zone;

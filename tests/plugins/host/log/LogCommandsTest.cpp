@@ -317,8 +317,8 @@ TEST(LogKernelListTest, HasTheMessagesThatDmesgHas) {
   EXPECT_EQ(agreement.command, agreement.witness);
 }
 
-// dmesg(1) can write the times in the same form. The two programs read the clock at different
-// times.
+// dmesg(1) can write the times in the same form. The times may differ slightly, because the two
+// programs read the clock at different moments.
 TEST(LogKernelListTest, HasTheTimesThatDmesgHas) {
   if (!IsKernelLogReadable()) {
     GTEST_SKIP() << "The kernel's log may not be read here";

@@ -52,7 +52,7 @@ auto Unreadable(const std::string& path, const std::string& reason) {
 
 std::string Bytes(const char* text, std::size_t size) { return std::string(text, size); }
 
-// The content of a file, and its lines from the last to the first.
+// The content of a file, and the lines in it from the last to the first.
 struct ContentCase {
   const char* name;
   std::string content;
@@ -108,7 +108,7 @@ TEST_P(LogContentTest, IsSplitOnlyAtLineFeeds) {
   EXPECT_THAT(LinesIn(folder.Write("log", GetParam().content)), ElementsAreArray(GetParam().lines));
 }
 
-// The same content far from the end, so that block boundaries occur anywhere in it.
+// The same content far from the end of the file, so that block boundaries can be anywhere in it.
 TEST_P(LogContentTest, IsTheSameBeforeALongLine) {
   const ScopedTempDir folder;
   for (const std::size_t length : {65530u, 65534u, 65535u, 65536u, 131070u}) {
@@ -144,7 +144,7 @@ TEST(LogFileSizeTest, LinesOfAnyLengthAreThoseOfTac) {
   const ScopedTempDir folder;
   std::string text;
   unsigned seed = 7;
-  // From zero bytes to several blocks. There are no NULs, which the shell would drop.
+  // Lines from zero bytes to several blocks. They contain no NULs, which the shell would drop.
   for (const unsigned bound : {3u, 90u, 5000u, 70000u, 200000u, 2u, 300u}) {
     for (int line = 0; line < 12; ++line) {
       seed = seed * 1664525u + 1013904223u;
@@ -177,7 +177,7 @@ TEST(LogFileSizeTest, AHoleAfterTheLastLineIsALineOfZeroBytes) {
 TEST(LogFileSizeTest, OnlyTheEndOfALongFileIsRead) {
   const ScopedTempDir folder;
   const std::string path = folder.Write("log", "");
-  ASSERT_EQ(::truncate(path.c_str(), off_t{1} << 40), 0);  // a tebibyte that needs no space
+  ASSERT_EQ(::truncate(path.c_str(), off_t{1} << 40), 0);  // a tebibyte, without using space
   std::ofstream(path, std::ios::app) << "\nlast\n";
   LogFile file(path);
   EXPECT_EQ(file.PreviousLine(), "last");

@@ -92,7 +92,7 @@ TEST(LogFileTest, MayHaveALineOfTenMillionBytes) {
 TEST(LogFileTest, RefusesALineThatHasNoEnd) {
   const ScopedTempDir folder;
   const std::string path = folder.Write("log", "a\n");
-  ASSERT_EQ(::truncate(path.c_str(), off_t{1} << 40), 0);  // needs no space
+  ASSERT_EQ(::truncate(path.c_str(), off_t{1} << 40), 0);  // the file needs no space
   EXPECT_THAT(
       [&] { LinesFromTheEnd(path); },
       ThrowsMessage<KestrelException>("Unable to read " + path + ": A line is longer than 64 MiB"));

@@ -86,7 +86,7 @@ constexpr Guess kTellingWords[] = {{"emerg", 0},   {"emergency", 0}, {"panic", 0
                                    {"error", 3},   {"failed", 3},    {"failure", 3}, {"warn", 4},
                                    {"warning", 4}, {"notice", 5},    {"debug", 7}};
 
-// Lines are read in blocks; a word may be anywhere in them, and at the end of a line.
+// Lines are examined in blocks. A word may be anywhere in a block, or at the end of a line.
 TEST(LogLevelTest, EveryWordCountsAtEveryPlace) {
   for (const Guess& word : kTellingWords) {
     for (std::size_t before = 0; before < 40; ++before) {

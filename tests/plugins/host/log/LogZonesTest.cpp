@@ -17,8 +17,8 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// Times in many zones, around the days on which their offsets change, compared with date(1). It is
-// called once for many times.
+// Compares times in many zones with the output of date(1), around the days on which the offsets of
+// the zones change. Each call of date(1) converts many times.
 namespace Kestrel::Host {
 namespace {
 
@@ -180,7 +180,7 @@ TEST_P(ZoneChangeTest, TodayBeginsOnTheDayThatTheClockShows) {
     EXPECT_EQ(zone.ToText(*today).substr(0, 10), days[index]);
     EXPECT_LE(*today, moments_[index]);
     EXPECT_LE(moments_[index] - *today, 26 * kHour);
-    // It is the first second of the day.
+    // `today` is the first second of the day, so the second before it belongs to the previous day.
     EXPECT_LT(zone.ToText(*today - 1).substr(0, 10), days[index]) << moments_[index];
   }
 }
