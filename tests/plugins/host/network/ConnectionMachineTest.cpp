@@ -43,7 +43,7 @@ class ConnectionMachineTest : public MadeUpMachineTest {
     Link("proc/8/fd/0", "/dev/null");
   }
 
-  // Only the kernel of the real machine could answer.
+  // Requests by netlink must fail, because the kernel of the real machine would answer them.
   void PrepareThere() const override { Forbid(SYS_socket, AF_NETLINK, EPROTONOSUPPORT); }
 
   static std::vector<std::string> Inodes(const Parameters& parameters) {

@@ -35,7 +35,7 @@ using ::testing::IsEmpty;
 using Testing::Message;
 using ::testing::ThrowsMessage;
 
-// A socket has a shutdown state, a half-open connection does not.
+// The attribute that only a socket has: a half-open connection has no shutdown state.
 const std::string kOfSocket = Attribute(INET_DIAG_SHUTDOWN, std::string(1, '\0'));
 
 inet_diag_msg Fixed(unsigned char state, const std::string& local, unsigned short port) {
@@ -183,7 +183,7 @@ TEST(InternetDiagnosisTest, OtherMessagesAreIgnored) {
   EXPECT_THAT(ParseInternetDiagnosis("", "tcp"), IsEmpty());
 }
 
-// ---- the tables, where the kernel does not answer
+// ---- the tables, which are read where the kernel does not answer
 
 constexpr const char* kListener =
     "   0: 0100007F:0016 00000000:0000 0A 00000000:00000003 00:00000000 00000000  1000        0 "

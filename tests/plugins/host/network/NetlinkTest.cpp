@@ -147,7 +147,8 @@ TEST(NetlinkTest, TheKernelNamesItsInterfaces) {
 }
 
 TEST(NetlinkTest, ARequestThatTheKernelDoesNotKnowIsAnError) {
-  // In a network namespace of our own, missing permissions cannot be the reason.
+  // In a network namespace of its own, this process has every permission, so a missing permission
+  // cannot be the reason for the error.
   const std::string refusal = Testing::RunInNamespaces(CLONE_NEWNET, [] {
     EXPECT_THAT([] { DumpRoutingNetlink(RTM_MAX | 3, "wishes"); },
                 ThrowsMessage<KestrelException>(

@@ -62,7 +62,7 @@ std::string PrefixLength(bool isVersion6, const std::string& destination) {
 
 // ---- network interface list, get and network counter list
 
-// Flags that only ip adds or omits.
+// Removes the flags that only ip adds or omits.
 std::vector<std::string> CommonFlags(std::vector<std::string> flags) {
   for (const char* name : {"NO-CARRIER", "M-DOWN", "RUNNING"}) {
     flags.erase(std::remove(flags.begin(), flags.end(), name), flags.end());
@@ -193,7 +193,7 @@ TEST(NetworkInterfaceTest, FiltersChooseAmongTheInterfaces) {
   IN_OWN_NETWORK([] {
     MakeNetwork();
     Configure("ip link set outside down");
-    // The kernel informs the other interface a moment later.
+    // The other interface notices that a moment later.
     Configure(
         "for i in $(seq 200); do ip link show inside | grep -q LOWERLAYERDOWN && exit 0; "
         "sleep 0.05; done; exit 1");
@@ -259,7 +259,8 @@ void SendDatagram(const std::string& text) {
   ::close(sender);
 }
 
-// Counters only increase, so the values of the command are between those of ip before and after.
+// Counters only increase, so the values of the command must be between those that ip prints before
+// and after it.
 TEST(NetworkCounterListTest, IsBetweenTheValuesOfIpBeforeAndAfter) {
   const auto before = IpLinks();
   const auto rows = CallRows("network counter list");
@@ -284,7 +285,7 @@ TEST(NetworkCounterListTest, IsBetweenTheValuesInSysBeforeAndAfter) {
   for (const auto& interface : CallColumn("network counter list", "Interface")) {
     const long before = read(interface, "rx_bytes");
     if (before < 0) {
-      continue;  // not in the network namespace in which /sys was mounted
+      continue;  // /sys shows another network namespace
     }
     const Row row = CallRows("network counter list", {{"interface", interface}}).at(0);
     EXPECT_GE(std::stol(row.at("RX Bytes")), before);
@@ -303,7 +304,7 @@ TEST(NetworkCounterListTest, CountsTheTrafficOfItsOwnNetwork) {
     SendDatagram("hello\n");
     EXPECT_THAT(active(), ElementsAre("lo"));
     const Row row = CallRows("network counter list", {{"i", "lo"}, {"a", ""}}).at(0);
-    // A datagram of six bytes, and the message that the port is unreachable.
+    // The packets are a datagram of six bytes and the message that its port is unreachable.
     EXPECT_EQ(row.at("TX Packets"), "2");
     EXPECT_EQ(row.at("RX Packets"), "2");
     EXPECT_EQ(row.at("TX Bytes"), StatisticOf(IpLinks().at(0), "tx.bytes"));
@@ -316,7 +317,8 @@ TEST(NetworkCounterListTest, CountsTheTrafficOfItsOwnNetwork) {
   });
 }
 
-// Sends a packet of a protocol that nothing receives over the loopback interface, which drops it.
+// Sends a packet over the loopback interface, which drops the packet because nothing receives its
+// protocol.
 void SendPacketThatIsDropped() {
   constexpr unsigned short kUnusedProtocol = 0x9999;
   const int sender = ::socket(AF_PACKET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
@@ -525,7 +527,7 @@ std::string TextOfHops(const std::vector<Row>& hops) {
   return text;
 }
 
-// Returns ip's words for each next hop.
+// Returns the words that ip prints for the next hops.
 std::string ViaOfHops(const std::vector<Row>& hops) {
   std::string text;
   for (const Row& hop : hops) {

@@ -187,7 +187,7 @@ TEST(NetworkConnectionListTest, ListsBothEndsOfAConnection) {
   }
 }
 
-// ---- against ss
+// ---- comparison with ss
 
 // Maps the names of states in ss to ours.
 std::string StateName(const std::string& protocol, const std::string& word) {
@@ -212,7 +212,8 @@ std::string Attribute(const std::vector<std::string>& words, const std::string& 
   return "0";
 }
 
-// The rows of ss -H -n -t -u -a -e. The queues of listening sockets have another meaning there.
+// Returns the rows of ss -H -O -n -t -u -a -e. The queues of listening sockets are left empty,
+// because ss and the command give them different meanings.
 std::vector<Row> SsInternetRows() {
   std::vector<Row> rows;
   for (const std::string& line : WitnessLines("ss -H -O -n -t -u -a -e")) {
@@ -286,7 +287,7 @@ TEST(NetworkConnectionListTest, AgreesWithSsAboutInternetSockets) {
   }
 }
 
-// ---- the answers of the kernel against its tables
+// ---- the answers of the kernel, compared with its tables
 
 // The program that discards every packet, so that a connection remains half-open.
 void DiscardPackets(const Socket& socket) {
@@ -349,7 +350,7 @@ class SocketsOfEveryKind {
   }
 
  private:
-  // Leaves an entry in the state "time-wait", which is not a socket any more.
+  // Leaves an entry in the state "time-wait". Such an entry is no longer a socket.
   static void ConnectAndClose(const Socket& listener, const std::string& address,
                               unsigned short port) {
     Socket client(AF_INET, SOCK_STREAM);

@@ -12,7 +12,8 @@
 #include "plugins/host/support/Rows.h"
 #include "support/Witness.h"
 
-// The commands that read files of the administrator: `network dns list` and `network port list`.
+// The commands that read files which the administrator edits: `network dns list` and
+// `network port list`.
 namespace Kestrel::Testing {
 namespace {
 

@@ -100,7 +100,7 @@ TEST_P(NetworkListTest, SortsByEveryString) {
     MakeEverything();
     for (const std::string& field : Fields(MetaType::String)) {
       if (field == "RX" || field == "TX") {
-        continue;  // formatted for people; the order is that of the bytes
+        continue;  // formatted for people, but sorted by the bytes
       }
       std::vector<std::string> values;
       for (const auto& row : CallWith({{"sort", field}}).GetStructs()) {
@@ -140,7 +140,7 @@ TEST_P(NetworkListTest, AnUnknownFieldToSortByIsAnError) {
   EXPECT_THAT(errors[0], StartsWith("There is no field 'Colour' to sort by. Sort by one of: "));
 }
 
-// Does not count trailing spaces, which are invisible.
+// Returns the length of each line without its trailing spaces, which are invisible.
 std::vector<std::size_t> LengthsOfLines(const std::string& text) {
   std::vector<std::size_t> lengths;
   for (std::size_t start = 0; start < text.size(); start = text.find('\n', start) + 1) {
@@ -150,7 +150,7 @@ std::vector<std::size_t> LengthsOfLines(const std::string& text) {
   return lengths;
 }
 
-// The addresses, names and routes of an ordinary host.
+// Makes the addresses, names and routes of an ordinary host.
 void MakeOrdinaryHost() {
   Configure(
       "ip link set lo up;"
@@ -216,7 +216,7 @@ struct MistakeCase {
 
 class NetworkMistakeTest : public ::testing::TestWithParam<MistakeCase> {};
 
-// The message is on standard error, without any decoration.
+// The message is on standard error, without a prefix.
 TEST_P(NetworkMistakeTest, IsReportedPlainly) {
   std::vector<std::string> arguments = {"network"};
   arguments.insert(arguments.end(), GetParam().arguments.begin(), GetParam().arguments.end());

@@ -120,7 +120,7 @@ TEST_P(LinkFlagTest, IsNamed) {
   EXPECT_THAT(LinkFlagNames(1u << GetParam().number), ElementsAre(GetParam().name));
 }
 
-// The number of the bit.
+// Each number is that of a bit.
 const Named kLinkFlags[] = {
     {0, "UP"},         {1, "BROADCAST"}, {2, "DEBUG"},      {3, "LOOPBACK"}, {4, "POINTOPOINT"},
     {5, "NOTRAILERS"}, {6, "RUNNING"},   {7, "NOARP"},      {8, "PROMISC"},  {9, "ALLMULTI"},
@@ -193,7 +193,7 @@ const Named kNeighborStates[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Numbers, NeighborStateTest, ::testing::ValuesIn(kNeighborStates), NameOf);
 
-// Answers that end early must be read safely.
+// Answers of the kernel that end early must be read safely.
 class CutAnswerTest : public ::testing::TestWithParam<unsigned short> {};
 
 TEST_P(CutAnswerTest, IsReadUpToItsEnd) {

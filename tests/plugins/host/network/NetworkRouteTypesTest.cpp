@@ -142,7 +142,7 @@ TEST(RouteFilterTest, EachNextHopCounts) {
   });
 }
 
-// An interface may be called "none", which is also the word for no interface.
+// An interface may be called "none", although the commands show the same word for no interface.
 TEST(RouteFilterTest, ARouteWithoutAnInterfaceDoesNotMatchAnInterfaceCalledNone) {
   IN_OWN_NETWORK([] {
     Configure(

@@ -32,7 +32,7 @@ struct Reader {
   Parameters parameters;
   bool readsFiles;
   bool asksTheKernel;
-  bool hasTables = false;  // which it reads if the kernel does not answer such requests
+  bool hasTables = false;  // whether it reads tables if the kernel does not answer requests
 };
 
 const Reader kReaders[] = {
@@ -128,7 +128,7 @@ TEST(RefusedNetlinkAndFilesTest, IsAnError) {
 
 class FewDescriptorsTest : public ::testing::TestWithParam<Reader> {};
 
-// Tries every number of free descriptors from zero to the number needed.
+// Tries every number of free descriptors from zero to the number that the command needs.
 TEST_P(FewDescriptorsTest, TheResultIsTheWholeOneOrAnError) {
   RunWithRefusal([] {
     const int lowestFree = ::dup(0);

@@ -85,7 +85,7 @@ TEST_F(SocketOwnersTest, AProcessThatHasEndedIsSkipped) {
   EXPECT_THAT(Read().byInode, ElementsAre(Pair(5, ElementsAre(Owner(9, "x")))));
 }
 
-// A file in a very deeply nested folder has no name that the kernel can return.
+// The kernel cannot return the path of a file in a very deeply nested folder.
 TEST_F(SocketOwnersTest, AFileWithAVeryLongPathIsNotASocket) {
   const std::string refusal = Testing::RunInNamespaces(0, [] {
     const Testing::ScopedTempDir folder;

@@ -38,7 +38,7 @@ class PackageCommandsTest : public ::testing::Test {
   }
 };
 
-// Returns the packages, as name and architecture, that were installed on request.
+// Returns the packages that were installed on request, each as its name and architecture.
 std::set<std::string> ManualPackages() {
   const std::string native = WitnessLines("dpkg --print-architecture").front();
   std::set<std::string> names;
@@ -94,7 +94,7 @@ TEST_F(PackageCommandsTest, ListByNames) {
             WitnessRows("grep -E '^installed (lib[^ ]*1|perl[^ ]*) '"));
   EXPECT_EQ(ListRows({{"name", "libstdc++*"}}), WitnessRows("grep -E '^installed libstdc[+][+]'"));
   EXPECT_THAT(ListRows({{"name", "no-such-package"}}), IsEmpty());
-  // A full stop matches only itself.
+  // In a name, a full stop matches only itself.
   EXPECT_THAT(ListRows({{"name", "ba.h"}}), IsEmpty());
 }
 

@@ -37,8 +37,8 @@ constexpr char kStatus[] =
     "Package: broken\nStatus: install reinstreq half-installed\nArchitecture: amd64\n"
     "Version: 3\n\n";
 
-// Prints an answer like apt's for each name: version 2 of "foreign" is available, but no newer
-// version of any other package.
+// Prints an answer in the form of apt-cache for each name. Version 2 of "foreign" is available; no
+// other package has a newer version.
 constexpr char kAptCache[] =
     "#!/bin/sh\n"
     "[ \"$1 $2\" = 'policy --' ] || exit 9\n"
@@ -232,7 +232,7 @@ TEST_F(InterruptedPackageTest, HasNeitherAVersionNorAnArchitecture) {
 }
 
 TEST_F(InterruptedPackageTest, IsNotUpgradable) {
-  // Even if apt would install the package, no present version of it could be replaced.
+  // Although apt would install the package, there is no installed version that it would upgrade.
   RunThere(
       [] { EXPECT_THAT(CallColumn("package upgradable list", "Name"), ElementsAre("foreign")); });
 }
@@ -252,7 +252,7 @@ TEST_F(PackageMachineTest, NoFieldOfAListIsEmpty) {
   });
 }
 
-// ---- missing or damaged data never results in an empty list
+// ---- missing or damaged data, which must never result in an empty list
 
 TEST_F(PackageMachineTest, ReportsThatThereIsNoDpkg) {
   Witness("rm '" + files_.GetPath("dpkg/status") + "'");

@@ -80,7 +80,7 @@ TEST(FileListFormTest, TruncatedInAnyLineIsAnError) {
   for (std::size_t length = 1; length < whole.size(); ++length) {
     const std::string path = folder.Write("info/sample.list", whole.substr(0, length));
     if (whole[length - 1] == '\n') {
-      continue;  // these lines are complete, and dpkg does not store how many there are
+      continue;  // every line is complete, and dpkg does not store their number
     }
     EXPECT_THAT([&] { ReadInstalledFiles(Sample(), folder.GetPath()); },
                 ThrowsMessage<KestrelException>("Unable to read " + path +
@@ -210,7 +210,7 @@ PackagePolicy Read(std::string_view text) {
   return policy;
 }
 
-// Whatever is missing, a package is unknown or has the right candidate, never an older one.
+// Wherever the answer ends, a package is unknown or has the right candidate, never an older one.
 TEST(PolicyAnswerTest, TruncatedAnywhereNeverChangesACandidate) {
   const std::string whole = kAnswer;
   for (std::size_t length = 1; length <= whole.size(); ++length) {

@@ -69,7 +69,8 @@ class StatusFileTest : public ::testing::Test {
     return lines;
   }
 
-  // Returns the same list from dpkg-query, which sorts architectures differently.
+  // Returns the same list from dpkg-query. It is sorted, because dpkg-query sorts architectures
+  // differently.
   std::vector<std::string> Ask() const {
     return WitnessLines(
         "dpkg-query --admindir='" + folder_.GetPath() +
@@ -167,7 +168,7 @@ TEST_P(ReadableStatusTest, IsReadAsByDpkg) {
   EXPECT_EQ(Read(), Ask());
 }
 
-// An update that is not yet merged counts, whatever the entry in the file is.
+// An update that is not yet merged replaces the entry in the status file, whatever that entry is.
 TEST_P(ReadableStatusTest, IsReadAsByDpkgWithAnUpdate) {
   Status(Entry("zz") + Entry("a", "install ok unpacked"));
   folder_.Write("updates/0000", GetParam().text);
@@ -249,7 +250,7 @@ TEST_F(StatusFileTest, ADamagedByteNeverMakesTheListShorter) {
       std::string text = whole;
       text[position] = byte;
       Status(text);
-      // A change of the empty line joins two entries.
+      // A change of the empty line between two entries joins them.
       const bool joins = whole[position] == '\n' && position + 1 < whole.size() &&
                          (whole[position + 1] == '\n' || whole[position - 1] == '\n');
       try {

@@ -13,7 +13,7 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// The order of versions, compared with dpkg's order. One shell compares many pairs.
+// Compares the order of versions with dpkg's order. One shell compares many pairs.
 namespace Kestrel::Host {
 namespace {
 

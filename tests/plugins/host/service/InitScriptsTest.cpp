@@ -103,7 +103,8 @@ TEST_F(InitScriptsTest, DoNotIncludeWhatDpkgLeaves) {
   EXPECT_FALSE(InitScripts(Folder()).Read("ssh.dpkg-old").has_value());
 }
 
-// The states that the Linux Standard Base defines. The script must contain the word "status".
+// The Linux Standard Base defines these states. A script is asked for its state only if it contains
+// the word "status".
 TEST_F(InitScriptsTest, ReportTheirStateByTheExitStatus) {
   EXPECT_EQ(StateOf("exit 0 # status"), "running");
   EXPECT_EQ(StateOf("exit 1 # status"), "failed");
@@ -120,7 +121,7 @@ TEST_F(InitScriptsTest, AreAskedForTheirStatusOnly) {
   EXPECT_EQ(files_.Read("words"), "1 status\n");
 }
 
-// Such a script could mistake the word for another one, such as "start".
+// A script that does not know "status" could treat it as another word, such as "start".
 TEST_F(InitScriptsTest, AreNotAskedWhenTheyDoNotKnowTheWord) {
   Add("silent", "touch '" + files_.GetPath("touched") + "'");
   EXPECT_EQ(Read().at(0).state, "unknown");
@@ -194,7 +195,7 @@ TEST_F(InitScriptsTest, AreAnErrorWhenTheFolderCannotBeRead) {
                                                                   ": Permission denied"));
 }
 
-// ---- a single one
+// ---- a single script
 
 TEST_F(InitScriptsTest, HaveDetails) {
   Add("ssh", "# Short-Description: Remote logins\nexit 3 # status");
@@ -239,8 +240,8 @@ TEST_F(InitScriptsTest, AreRunWithOneWord) {
   EXPECT_EQ(result.status, 7);
 }
 
-// Such a server keeps the streams of the script open, so the script would otherwise seem not to
-// end.
+// The server keeps the streams of the script open. If the command waited for the end of these
+// streams, the script would seem not to end.
 TEST_F(InitScriptsTest, MayLeaveAServerRunning) {
   Add("a", "sleep 30 & echo $! >'" + files_.GetPath("server") + "'; echo started");
   const auto start = std::chrono::steady_clock::now();

@@ -14,9 +14,9 @@ namespace Kestrel::Testing {
 /// Simulates systemd: the programs systemctl and journalctl, the only ones in PATH, print the
 /// output that a test sets and record their arguments.
 ///
-/// The output depends on the first argument that is not an option; for journalctl, which has no
-/// such argument, it is the output for "journal". If no output is set, the program fails as the
-/// real one does for an unknown word.
+/// The output depends on the word of the call, which is the first argument that is not an option.
+/// Calls of journalctl have no such argument; their word is "journal". If no output is set, the
+/// program fails as the real one does for an unknown word.
 class MadeUpSystemd {
  public:
   MadeUpSystemd();
@@ -25,7 +25,7 @@ class MadeUpSystemd {
   void Answer(const std::string& word, const std::string& output, int status = 0,
               const std::string& errorOutput = "") const;
 
-  /// Makes the call for a word fail with this message.
+  /// Makes the call for a word fail with the message `words`.
   void Fail(const std::string& word, const std::string& words, int status = 1) const {
     Answer(word, "", status, words + "\n");
   }
@@ -50,7 +50,7 @@ class MadeUpSystemd {
   ScopedEnvironment path_;
 };
 
-/// Returns the output of "systemctl show" for a unit in such a state, recorded from systemd 252.
+/// Returns the output of "systemctl show" for a unit in the given state, as systemd 252 prints it.
 std::string ShownUnit(const std::string& unit, const std::string& active, const std::string& sub,
                       int mainProcess, const std::string& boot = "enabled",
                       const std::string& load = "loaded");

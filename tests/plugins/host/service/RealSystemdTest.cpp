@@ -19,8 +19,8 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// The commands in the namespace "service" with a real systemd: that of this host, and a user
-// instance that a test starts in its own mount namespace.
+// The commands in the namespace "service" with a real systemd. Some tests use the systemd of this
+// host, others a user instance that the test starts in its own mount namespace.
 namespace Kestrel::Testing {
 namespace {
 
@@ -129,8 +129,8 @@ class OwnSystemdTest : public ::testing::Test {
   }
 
  private:
-  // It needs a folder that indicates a running systemd, and a folder in which it may create control
-  // groups: one of its own, because another instance would end the services in it.
+  // systemd needs a folder that indicates a running systemd, and a folder in which it may create
+  // control groups. No other instance may use that folder, because it would end the services in it.
   static constexpr char kStart[] = R"sh(
 mount -t tmpfs none /run
 mkdir -p /run/systemd/system /run/user-files /run/home/.config/systemd
@@ -271,9 +271,9 @@ TEST_F(OwnSystemdTest, ReportsFailuresInTheWordsOfSystemctl) {
   });
 }
 
-// The job continues when systemctl, which waits for it, is killed. A busy machine may kill
-// systemctl before it has asked for the job, hence several attempts, each twice as long as the one
-// before.
+// When the time is over, the command kills systemctl, but the job for which systemctl waits
+// continues. On a busy machine, systemctl may be killed before it has requested the job. So there
+// are several attempts, each with twice the time of the previous one.
 TEST_F(OwnSystemdTest, ReportsAChangeThatTakesTooLong) {
   RunThere([] {
     std::string state = "stopped";

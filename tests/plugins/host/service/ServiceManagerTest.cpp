@@ -43,7 +43,7 @@ class SystemdManagerTest : public ::testing::Test {
 
   ServiceManager Manager() const { return ServiceManager(places_); }
 
-  // Expects a change of ssh to fail with this message.
+  // Expects a change of the service ssh to fail with `message`.
   void ExpectFailure(const std::string& action, const std::string& words,
                      const std::string& message) const {
     systemd_.Answer("show", ShownUnit("ssh.service", "inactive", "dead", 0));
@@ -329,7 +329,7 @@ TEST_F(ScriptManagerTest, ReportsThatTheProgramIsMissing) {
                   "init-system-helpers) is not in PATH"));
 }
 
-// Both managers use these words in the same sense.
+// Both managers use the same words for the same states.
 TEST_F(ScriptManagerTest, AgreesWithSystemdOnTheStates) {
   const MadeUpSystemd systemd;
   const ServiceManager other({files_.MakeDirectory("systemd"), "/nosuch"});

@@ -34,7 +34,7 @@ TEST(ServiceUnitTest, IsTheSameForBothNames) {
   EXPECT_EQ(ServiceUnit("org.freedesktop.x"), "org.freedesktop.x.service");
 }
 
-// Otherwise a command about a service could affect a unit of another kind.
+// If a name could lead to a unit of another kind, a command about a service could affect that unit.
 TEST(ServiceUnitTest, IsAlwaysAService) {
   EXPECT_EQ(ServiceUnit("poweroff.target"), "poweroff.target.service");
   EXPECT_EQ(ServiceUnit("dbus.socket"), "dbus.socket.service");
@@ -65,7 +65,7 @@ TEST(IsServiceNameTest, RejectsInvalidNames) {
 }
 
 TEST(IsServiceNameTest, AcceptsTheLongestName) {
-  // The unit has at most 255 bytes, with the ending.
+  // The name of a unit has at most 255 bytes, including its ending.
   EXPECT_TRUE(IsServiceName(std::string(247, 'a')));
   EXPECT_TRUE(IsServiceName(std::string(247, 'a') + ".service"));
   EXPECT_FALSE(IsServiceName(std::string(248, 'a')));

@@ -82,7 +82,7 @@ TEST(ParseUnitsTest, RefusesJsonOfAnotherForm) {
   ExpectRefused([] { ParseUnits(R"([{"load":"x"}])"); }, R"({"load":"x"})");
 }
 
-// The program was killed, or its output was recorded on a full disk.
+// A list is truncated if the program was killed, or if its output was recorded on a full disk.
 TEST(ParseUnitsTest, RefusesATruncatedList) {
   const std::string whole =
       R"([{"unit":"a.service","load":"loaded","active":"active","sub":"x","description":"d"}])";
@@ -228,7 +228,7 @@ TEST(ParseTimersTest, ReadsTheLargestNumber) {
 
 TEST(ParseTimersTest, ReadsAnEmptyList) { EXPECT_THAT(ParseTimers("[]\n"), IsEmpty()); }
 
-// The formats of versions without JSON for timers, and of later ones.
+// The formats of versions that cannot print timers as JSON, and of later versions.
 TEST(ParseTimersTest, ReadsATable) {
   const Testing::ScopedEnvironment zone("TZ", "UTC");
   ::tzset();
@@ -286,7 +286,7 @@ TEST(ParsePropertiesTest, MayBeEmpty) {
   EXPECT_THAT(ParseProperties("\n\n"), IsEmpty());
 }
 
-// If a value forges a second line of the same name, the first one counts.
+// If a value forges a second line with the same name, the value on the first line is used.
 TEST(ParsePropertiesTest, KeepsTheFirstOfTwoValues) {
   const auto units = ParseProperties("LoadState=loaded\nLoadState=not-found\n");
   ASSERT_THAT(units, SizeIs(1));

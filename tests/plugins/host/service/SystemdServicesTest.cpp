@@ -200,7 +200,7 @@ TEST_F(SystemdServicesTest, IncludeInstancesWithFilesOfTheirOwn) {
   EXPECT_THAT(systemd_.GetCalls(), SizeIs(2));
 }
 
-// Units that were created or removed since the lists were made.
+// Units may be created or removed after the lists were made.
 TEST_F(SystemdServicesTest, IgnoreAnswersAboutOthers) {
   SetLists({Unit("a@1.service", "loaded", "active", "running")}, {});
   systemd_.Answer("show", "Id=b@1.service\nUnitFileState=enabled\n");
@@ -234,7 +234,7 @@ TEST_F(SystemdServicesTest, KeepEscapesInNames) {
                                   "systemd d"));
 }
 
-// Such a name would be taken as an option.
+// systemctl could treat an invalid name as a pattern or an option.
 TEST_F(SystemdServicesTest, DoNotQueryInvalidNames) {
   SetLists({Unit("a@*.service", "loaded", "active", "running"),
             Unit("@ b.service", "loaded", "active", "running")},
@@ -267,7 +267,7 @@ TEST_F(SystemdServicesTest, AreManyWithoutMuchDelay) {
   EXPECT_THAT(ReadSystemdServices(Systemctl()), SizeIs(20000));
 }
 
-// A part of the list could be mistaken for all of it.
+// A user could mistake a part of the list for all of it.
 TEST_F(SystemdServicesTest, AreAllListedOrNone) {
   SetLists({Unit("a@1.service", "loaded", "active", "running")}, {});
   systemd_.Fail("show", "No way");
