@@ -32,7 +32,8 @@ TEST(DescriptorToolTest, LoadsEachDescriptorOfTheFolder) {
   EXPECT_EQ(result.status, 1);
 }
 
-// Runs the commands of network.xml. Some of its namespaces are declared by host.so.
+// Returns a run of the tool that loads host.so and network.xml. host.so declares some of the
+// namespaces that network.xml uses.
 VexilRun NetworkRun(std::vector<std::string> arguments) {
   arguments.insert(arguments.begin(), {"--plugin", KESTREL_HOST_PLUGIN, "--plugin",
                                        KESTREL_DESCRIPTOR_DIR "/network.xml"});

@@ -8,7 +8,8 @@
 namespace Kestrel::Testing {
 
 AutoCli::Dispatcher& GetDispatcher() {
-  // Never destroyed: the static objects of the plug-in are destroyed before those of this program.
+  // The dispatcher is never destroyed, because the plug-in's static objects are destroyed before
+  // those of this program.
   static AutoCli::Dispatcher& dispatcher = *new AutoCli::Dispatcher();
   static const bool isLoaded = [] {
     // This plug-in declares namespaces that the descriptors use.

@@ -11,7 +11,7 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// The error message of a script if a program is missing.
+// The error message that a script prints if a program is missing.
 namespace Kestrel::Testing {
 namespace {
 

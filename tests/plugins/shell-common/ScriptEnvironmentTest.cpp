@@ -11,13 +11,13 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// Environment variables that change the behaviour of a shell or program, or make it run code.
+// Environment variables that change how a shell or another program behaves, or make it run code.
 namespace Kestrel::Testing {
 namespace {
 
 using ::testing::HasSubstr;
 
-/// Runs a script in the same way as the descriptors. It prints the names in a folder.
+/// Runs a script, which prints the names in a folder, in the same way as the descriptors do.
 std::string RunScript() {
   const ScopedTempDir folder;
   folder.Write("names/caf\xc3\xa9", "x");

@@ -34,11 +34,11 @@ struct CommandResult {
 
   const std::vector<std::string>& GetErrors() const { return output->GetErrors(); }
   std::shared_ptr<MetaObj::MetaObject> GetValue() const { return output->GetRootObject(); }
-  /// Null if the value is not a structure.
+  /// Returns the value, or null if it is not a structure.
   std::shared_ptr<MetaObj::MetaStruct> GetStruct() const;
-  /// Null if the value is not a list.
+  /// Returns the value, or null if it is not a list.
   std::shared_ptr<MetaObj::MetaList> GetList() const;
-  /// The structures in the list. Fails the test if the value is not a list.
+  /// Returns the structures in the list. Fails the test if the value is not a list.
   std::vector<std::shared_ptr<MetaObj::MetaStruct>> GetStructs() const;
 };
 
@@ -48,7 +48,7 @@ CommandResult Call(const std::string& path, const Parameters& parameters = {});
 /// Returns the errors of a call. Fails the test if there is a value.
 std::vector<std::string> CallErrors(const std::string& path, const Parameters& parameters = {});
 
-// Each of the following fails the test if the call reports an error.
+// Each of the following functions calls a command, and fails the test if the call reports an error.
 
 /// Returns the value as a string.
 std::string CallText(const std::string& path, const Parameters& parameters = {});

@@ -27,8 +27,9 @@ using testing::ElementsAreArray;
 using testing::HasSubstr;
 using testing::Not;
 
-/// Returns the descriptors of the source tree, with their paths in the build tree. Other files
-/// there may be left from an earlier build.
+/// Returns the paths of the host plug-in and of the descriptors in the build tree. The names of the
+/// descriptors come from the source tree, because an earlier build may have left others in the
+/// build tree.
 std::vector<std::string> ShippedPlugins() {
   std::vector<std::string> plugins = {KESTREL_HOST_PLUGIN};
   for (const auto& entry :
@@ -41,7 +42,7 @@ std::vector<std::string> ShippedPlugins() {
   return plugins;
 }
 
-/// Returns the paths of all commands, their words separated by full stops.
+/// Returns the paths of all commands. Full stops separate the words of a path.
 std::vector<std::string> ShippedCommands() {
   std::vector<std::string> paths;
   for (const json& row : RunForJson(ShippedPlugins(), {"vexil", "command", "list"})) {
@@ -51,8 +52,8 @@ std::vector<std::string> ShippedCommands() {
   return paths;
 }
 
-/// Returns the output of a single run of the tool that describes each of the commands, with these
-/// options.
+/// Returns the output of a single run of the tool that describes each of the commands. The options
+/// apply to each description.
 std::string DescribeAll(const std::vector<std::string>& paths, const std::string& options) {
   std::string lines;
   for (const std::string& path : paths) {
@@ -83,7 +84,8 @@ std::vector<std::string> SplitBefore(const std::string& text, const std::string&
   return pieces;
 }
 
-/// Restores the bytes: the json formatter writes each byte of a character as a separate character.
+/// Restores the bytes of a string that the json formatter has printed. The formatter writes each
+/// byte of a character as a separate character.
 std::string ToBytes(const std::string& text) {
   std::string bytes;
   for (std::size_t at = 0; at < text.size(); ++at) {
@@ -151,7 +153,8 @@ json ReadXmlDocument(const std::string& text) {
   return "without a root value";
 }
 
-/// Returns the document with its strings as bytes. No string may be empty.
+/// Returns the document with the original bytes of its strings. Fails the test if a string is
+/// empty.
 json CheckedStrings(const json& document, const std::string& path) {
   if (document.is_string()) {
     EXPECT_NE("", document.get<std::string>()) << path;

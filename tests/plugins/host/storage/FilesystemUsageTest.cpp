@@ -31,7 +31,7 @@ const UsageCase kUsageCases[] = {
     {"OneByteOfMany", 1000, 999, 999, 1, 1},
     {"OneByteLeft", 1000, 1, 1, 999, 100},
     {"ExactlyTwoPercent", 100, 98, 98, 2, 2},
-    // Space reserved for the superuser is neither used nor available.
+    // The space that is reserved for the superuser is neither used nor available.
     {"AllKeptForTheSuperuser", 100, 10, 0, 90, 100},
     {"SomeKeptForTheSuperuser", 100, 20, 10, 80, 89},
     // Numbers that contradict each other.

@@ -64,8 +64,8 @@ std::vector<Row> MountRows() {
       {"Id", "Parent Id", "Mount Point", "Source", "Type", "Options", "Root", "Device"});
 }
 
-// Whether the path of a mount leads to that mount. The kernel reports the mount to which a
-// directory belongs.
+// Whether the path of a mount leads to that mount, and not to another mount that hides it. The
+// kernel reports the mount to which the directory at a path belongs.
 bool LeadsTo(const std::string& target, const std::string& id) {
   struct statx found = {};
   const int result = ::statx(AT_FDCWD, target.c_str(), AT_NO_AUTOMOUNT, STATX_MNT_ID, &found);
@@ -240,14 +240,15 @@ long NumberIn(const Row& row, const std::string& field) {
 }
 
 const Row* Find(const std::vector<Row>& rows, const std::string& mountPoint) {
-  // The last mount is on top.
+  // Of several mounts at one mount point, the last one hides the others.
   const auto found = std::find_if(rows.rbegin(), rows.rend(), [&mountPoint](const Row& row) {
     return row.at("Mount Point") == mountPoint;
   });
   return found == rows.rend() ? nullptr : &*found;
 }
 
-// Returns the fields whose values are not between those of df before and after.
+// Returns the fields whose values are not between those that df printed before and after the
+// command.
 std::string Outside(const Row& row, const Row& before, const Row& after,
                     const std::map<std::string, std::string>& fields) {
   std::string outside;
@@ -282,7 +283,7 @@ std::string DifferenceToDf(const std::string& arguments,
   return difference;
 }
 
-// Other programs can change the numbers, so this tries until everything agrees.
+// Compares the command with df until all values agree, because other programs can change them.
 void ExpectAgreementWithDf(const std::string& arguments,
                            const std::map<std::string, std::string>& fields) {
   std::string difference;

@@ -22,7 +22,8 @@
 #include "support/Sanitizer.h"
 #include "support/ScopedTempDir.h"
 
-// If the system refuses access to a reader, the result is an error and not a shorter list.
+// If the system refuses access, each function that reads a list must throw and not return a shorter
+// list.
 namespace Kestrel::Host {
 namespace {
 

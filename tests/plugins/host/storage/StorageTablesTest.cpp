@@ -124,7 +124,8 @@ struct FieldCase {
 class StorageUnsortableTest : public StorageTablesTest,
                               public ::testing::WithParamInterface<FieldCase> {};
 
-// Lists cannot be compared, and a field must be spelled as in the header.
+// Rows cannot be sorted by a field that is a list, or by a field that is not spelled as in the
+// header.
 TEST_P(StorageUnsortableTest, IsAnErrorThatListsTheFields) {
   RunThere([] {
     const auto errors = CallErrors(GetParam().command, {{"sort", GetParam().field}});

@@ -62,7 +62,7 @@ TreeEntry EntryAt(const TreeUsage& tree, const std::string& path) {
   return {};
 }
 
-// Returns the output of du for each path, with these options.
+// Returns the lines that du prints for `path` with these options.
 std::vector<std::string> DuLines(const std::string& options, const std::string& path) {
   std::vector<std::string> lines =
       Testing::WitnessLines("du --one-file-system " + options + " '" + path + "'");
@@ -97,7 +97,7 @@ class LockedFolder {
   std::string path_;
 };
 
-// Creates nested folders that all have this name.
+// Creates `count` nested folders that all have the name `name`.
 void MakeChain(const std::string& top, const std::string& name, int count) {
   int folder = ::open(top.c_str(), O_PATH | O_CLOEXEC);
   for (int i = 0; i < count; ++i) {
@@ -361,8 +361,8 @@ TEST(TreeUsageTest, WithoutTheTopThereIsNoAnswer) {
                                               ": Permission denied"));
 }
 
-// Calls `check` with the path of a folder that contains two mounts: another file system, and a part
-// of its own file system for a second time.
+// Calls `check` with the path of a folder that contains two mounts. One is another file system; the
+// other is a part of the folder's own file system, mounted for a second time.
 void RunWithMounts(void (*check)(const std::string& path)) {
   const std::string refusal = Testing::RunInNamespaces(CLONE_NEWNS, [check] {
     ASSERT_EQ(::mount("outer", "/mnt", "tmpfs", 0, ""), 0);

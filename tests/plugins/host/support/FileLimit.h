@@ -10,8 +10,8 @@
 
 namespace Kestrel::Testing {
 
-/// During its lifetime, limits the open files of this process to those that are open at its
-/// construction and `count` more.
+/// While an object of this class exists, this process may open at most `count` files in addition to
+/// those that were open when the object was constructed.
 class FileLimit {
  public:
   explicit FileLimit(rlim_t count) {

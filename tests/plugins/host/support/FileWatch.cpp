@@ -19,7 +19,7 @@ namespace {
 
 FileWatch* currentWatch = nullptr;
 
-// Returns whether the call must fail; errno is then set.
+// Returns whether the call that opens `path` must fail. If so, sets errno.
 bool Fails(const char* path) {
   const int error = currentWatch == nullptr ? 0 : currentWatch->Note(path);
   if (error != 0) {

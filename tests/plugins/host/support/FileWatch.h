@@ -8,21 +8,22 @@
 
 namespace Kestrel::Testing {
 
-/// During its lifetime, records which files and folders the plug-in opens, and can make one of the
-/// calls fail. Only one may exist at a time. It does not see files that the C library itself opens.
+/// While a watch exists, it records which files and folders the plug-in opens, and can make one of
+/// the calls that open them fail. Only one watch may exist at a time. It does not see files that
+/// the C library itself opens.
 class FileWatch {
  public:
   FileWatch();
-  /// The first attempt to open `path` fails with that error number.
+  /// Makes the first attempt to open `path` fail with the error number `error`.
   FileWatch(std::string path, int error);
   FileWatch(const FileWatch&) = delete;
   FileWatch& operator=(const FileWatch&) = delete;
   ~FileWatch();
 
-  /// Returns the paths in byte order, each once.
+  /// Returns the paths that were opened, in byte order and each only once.
   std::vector<std::string> GetOpened() const;
 
-  /// Whether the call has failed.
+  /// Whether the watch has made that attempt fail.
   bool HasFailed() const { return hasFailed_; }
 
   /// Returns the error number if the call that opens `path` must fail, otherwise 0.

@@ -5,9 +5,10 @@
 
 namespace Kestrel::Testing {
 
-/// Makes a system call (SYS_...) fail in this process with an error, or do nothing if the error is
-/// 0. Only calls with that first argument are affected, or all if it is negative. This cannot be
-/// undone, so it must be used only in the child processes of RunInNamespaces.
+/// Makes the system call `call` (SYS_...) fail in this process with `error`. If `error` is 0, the
+/// call does nothing and succeeds. Only calls whose first argument is `argument` are affected; if
+/// `argument` is negative, all calls are. The change cannot be undone, so this function must be
+/// used only in the child processes of RunInNamespaces.
 void Forbid(long call, long argument, unsigned error);
 
 }  // namespace Kestrel::Testing

@@ -16,7 +16,8 @@ using MetaObj::MetaInt;
 using MetaObj::MetaStruct;
 
 const TestTool& GetTool() {
-  // Never destroyed: the static objects of the plug-in are destroyed before those of this program.
+  // The tool is never destroyed, because the plug-in's static objects are destroyed before those of
+  // this program.
   static const TestTool& tool = *new TestTool(KESTREL_HOST_PLUGIN);
   return tool;
 }

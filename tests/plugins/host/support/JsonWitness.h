@@ -19,7 +19,8 @@ Json JsonWitness(const std::string& command);
 std::string MemberText(const Json& node, const std::string& name,
                        const std::string& otherwise = std::string());
 
-/// Returns the strings in a list, except for nulls; none if the member is absent.
+/// Returns the strings in a member that is a list, without its nulls. Returns no string if the
+/// member is absent.
 std::vector<std::string> MemberTexts(const Json& node, const std::string& name);
 
 }  // namespace Kestrel::Testing

@@ -21,7 +21,7 @@ namespace {
 
 constexpr int kFailed = 1;
 constexpr int kNoInterfaces = 99;
-constexpr int kNotAllowed = 100;  // plus the error number
+constexpr int kNotAllowed = 100;  // the error number is added to it
 
 bool WriteFile(const char* path, const std::string& text) {
   const int file = ::open(path, O_WRONLY | O_CLOEXEC);

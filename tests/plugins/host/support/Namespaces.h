@@ -8,9 +8,10 @@
 
 namespace Kestrel::Testing {
 
-/// Runs `body` in a child process in namespaces of its own (CLONE_NEWNET, CLONE_NEWNS, ...), where
-/// it may change the network or the mounts. A failure there fails the test. Returns an empty
-/// string, or the reason if this machine does not allow it and `body` did not run.
+/// Runs `body` in a child process with its own namespaces of the kinds `namespaces` (CLONE_NEWNET,
+/// CLONE_NEWNS, ...), where it may change the network or the mounts. If `body` fails, the test
+/// fails. Returns an empty string. If this machine does not allow such namespaces, does not run
+/// `body` and returns the reason.
 std::string RunInNamespaces(int namespaces, const std::function<void()>& body);
 
 /// Like RunInNamespaces, with a network namespace in which interfaces of the kinds veth and bridge

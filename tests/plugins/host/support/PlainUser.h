@@ -9,7 +9,8 @@
 
 namespace Kestrel::Testing {
 
-/// During its lifetime, this process has no root privileges. Does nothing for other users.
+/// While an object of this class exists, this process has no root privileges. Does nothing if the
+/// process does not run as root.
 class PlainUser {
  public:
   PlainUser() : user_(::geteuid()) {

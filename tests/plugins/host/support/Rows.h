@@ -27,12 +27,14 @@ std::string Joined(const std::vector<std::string>& texts);
 /// Sorts strings.
 std::vector<std::string> Sorted(std::vector<std::string> texts);
 
-/// The results of the command and of the witness, which runs before and after the command, from a
-/// time at which the witness's result did not change. Fails the test if it always changes.
+/// The results of a command and of a witness.
 struct Agreement {
   std::vector<Row> command;
   std::vector<Row> witness;
 };
+/// Runs the witness before and after the command, and repeats this until both runs of the witness
+/// have the same result. Returns this result and that of the command. Fails the test if the results
+/// of the witness always differ.
 Agreement Compare(const std::function<std::vector<Row>()>& command,
                   const std::function<std::vector<Row>()>& witness);
 
