@@ -216,7 +216,8 @@ TEST_F(CompleteTest, VersionIsOfferedAsTheOnlyArgument) {
   EXPECT_THAT(RunForWords({"--formatter=xml", "--v"}), IsEmpty());
 }
 
-// The parser knows no end of the options: "--" is a word like any other, and names nothing.
+// The parser has no marker for the end of the options: "--" is a word like any other, and no node
+// has this name.
 TEST_F(CompleteTest, TwoDashesAreAWord) {
   EXPECT_THAT(RunForWords({"--", ""}), IsEmpty());
   EXPECT_THAT(RunForWords({"--", "--f"}), IsEmpty());

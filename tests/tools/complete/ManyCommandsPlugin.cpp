@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A very large tree: 1,000 commands in 50 namespaces, five parameters each.
+// A very large tree: 1,000 commands in 50 namespaces. Each command has five parameters.
 
 #include <kestrel/autocli/PluginEntryPoint.h>
 #include <kestrel/kestrel.h>

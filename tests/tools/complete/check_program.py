@@ -112,7 +112,7 @@ def value_problems(tree, path, parameter):
 
 
 def column_problems(tree, path, fields):
-    """Checks the columns of tables and of simple output, before the path and also after a comma."""
+    """Checks that columns are completed before the path: the first one, and one after a comma."""
     own = [field["Path"] for field in fields if "." not in field["Path"]]
     for key in ("fields=", "fields=" + ",".join(own[:1]) + "," if own else "fields="):
         missing = set(own[1:]) - {word[len(key):]

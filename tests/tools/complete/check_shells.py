@@ -55,8 +55,8 @@ COMPLETIONS = [
     ("--input ST", "--input STDIN "),
 ]
 
-# Further lines for shells that pass the text after the cursor to completions, and in which a
-# backslash preserves any letter. Neither is true of fish.
+# Further lines, for shells that pass the text after the cursor to completions and in which a
+# backslash preserves any letter. fish does neither.
 MORE_COMPLETIONS = [
     ("storage mount list --de| --descending", "storage mount list --de| --descending"),
     ("--format-param fields=Ty| storage mount list", "--format-param fields=Type| storage mount list"),
@@ -79,7 +79,7 @@ EXPLAIN_COMPLETIONS = [
 # Options that the list after "vexil-explain --" shows, each on one line.
 EXPLAIN_OPTIONS = ["--formatter", "--plugin-dir", "--shell-input", "--shell-text", "--version"]
 
-# Whole lines of programs that know "--" as the end of the options.
+# Whole lines of programs that treat "--" as the end of the options.
 OTHER_COMPLETIONS = [
     ("vexil-doctor --vers", "vexil-doctor --version "),
     ("vexil-doctor -- --vers", "vexil-doctor -- --vers"),
@@ -207,10 +207,10 @@ def wrong_completions(shell, start, completions):
 
 
 def explain_problems(shell, plugins):
-    """The same for vexil-explain, whose lines are those of the tool with options of its own."""
+    """Yields the same for vexil-explain. It takes the lines of the tool, and options of its own."""
     lines = [[text.replace("PLUGINS", plugins) for text in pair] for pair in EXPLAIN_COMPLETIONS]
     yield from wrong_completions(shell, "vexil-explain ", lines)
-    # In fish, the second tab would choose a word; and fish shows the list again after the line.
+    # In fish, the second tab would choose a word. fish also shows the list again after the line.
     shown = shell.complete("vexil-explain --", 1 if shell.name == "fish" else 2)[1].split("\n<")[0]
     for option in EXPLAIN_OPTIONS:
         count = len(re.findall(r"[\r\n]" + option + r"(?![-\w])", shown))

@@ -34,7 +34,8 @@ DESCRIPTOR = """<vexil-plugin>
 </vexil-plugin>
 """
 
-# In the order in which they are loaded: the file, the module, the state, a part of the reason.
+# The shared objects in the order in which they are loaded: the file, the module, the state, and a
+# part of the reason.
 OBJECTS = [
     ("a-echo.so", "EchoPlugin", "loaded", ""),
     ("b-crash.so", "ConstructorPluginCrash", "crashed",
@@ -71,15 +72,15 @@ class Checker:
         self.failures = 0
 
     def run(self, *arguments, env=None, cwd=None):
-        # In a build with sanitizers, a crash must still be a signal, and the end of a child must
-        # not count as a leak.
+        # In a build with sanitizers, a crash must still be a signal, and memory that a child holds
+        # when it ends must not be reported as a leak.
         sanitizer = os.environ.get("ASAN_OPTIONS", "") + ":handle_segv=0:detect_leaks=0"
         return subprocess.run([self.program, *arguments], stdout=subprocess.PIPE,
                               stderr=subprocess.PIPE, text=True, timeout=100, check=False, cwd=cwd,
                               env={**(env or os.environ), "ASAN_OPTIONS": sanitizer})
 
     def list(self, *arguments, **options):
-        """The status and the structures of the list by file."""
+        """Returns the status, and the structures of the list by file."""
         done = self.run("--formatter=ndjson", *arguments, **options)
         rows = [json.loads(line) for line in done.stdout.splitlines()]
         return done.returncode, {row["File"]: row for row in rows}
@@ -110,7 +111,7 @@ class Checker:
                         f"status of {arguments}: {done}")
 
     def check_objects(self, folder):
-        """Every bad one is named with its reason, and all others are listed."""
+        """Every plug-in that does not work must be listed with its reason, and all others too."""
         processes = os.path.join(folder, "processes")
         plugins = os.path.join(folder, "objects")
         os.mkdir(plugins)
@@ -152,7 +153,7 @@ class Checker:
             self.expect(not os.path.exists("/proc/" + number), f"process {number} is left behind")
 
     def check_interrupt(self, folder):
-        """After Ctrl-C, no process is left."""
+        """After Ctrl-C, no process may be left."""
         processes = os.path.join(folder, "interrupted")
         file = os.path.join(folder, "hang.so")
         self.copy("ConstructorPluginHang", file)
@@ -229,7 +230,7 @@ class Checker:
         self.expect(done.returncode == 2 and b"standard output" in done.stderr, f"no space: {done}")
 
     def check_plain_name(self, folder):
-        """A name without a slash means the file in the current folder."""
+        """A name without a slash must mean the file in the current folder."""
         folder = os.path.join(folder, "plain")
         os.mkdir(folder)
         self.copy("EchoPlugin", os.path.join(folder, "echo.so"))

@@ -101,7 +101,7 @@ class Checker:
                               check=False, **options)
 
     def trace(self, arguments, env):
-        """What the shell got: its text and its standard input."""
+        """Returns what the shell received: its text and its standard input."""
         log = os.path.join(self.folder, "trace")
         received = os.path.join(self.folder, "input")
         done = subprocess.run(
@@ -133,7 +133,7 @@ class Checker:
                     (len(text.stdout), text.stdout, len(stdin.stdout), stdin.stdout)), f"{whole}")
 
     def check_secrets(self):
-        """A secret is *** everywhere else, and the rest is that of the real run."""
+        """A secret must be shown as *** wherever it is, and everything else as in the real run."""
         for option in ("--password=hidden word", "-p"):
             words = [option] if option != "-p" else [option, "hidden word"]
             arguments = ["--plugin", self.file, "try", "secret", *words]
@@ -152,7 +152,8 @@ class Checker:
             refused = self.explain("--plugin", self.file, "try", "secret", "--password", value)
             self.expect(refused.returncode == 1 and b"constraint not met" in refused.stdout and
                         b"\x01" not in refused.stdout, f"a secret that is not valid: {refused}")
-        # A mask of one letter, or of a word of the message, would show which one is the secret.
+        # If every occurrence of the secret in the message were masked, the masks would show a
+        # secret that is a letter or a word of the message.
         texts = {self.explain("--plugin", self.file, "try", "secret", "--password", value).stdout
                  for value in ("x", "e", "In")}
         self.expect(len(texts) == 1 and b"Invalid data constraint" in texts.pop(), f"{texts}")
@@ -184,7 +185,7 @@ class Checker:
                     b"Formatter: commandhelp" in done.stdout, f"{done}")
 
     def check_mistakes(self):
-        """Not valid: the messages of the tool."""
+        """For a line that is not valid, the messages must be those of the tool."""
         plugin = ["--plugin", self.file]
         for arguments in ([*plugin, "try", "all", "--number=x"], [*plugin, "try", "all", "--nosuch=1"],
                           [*plugin, "try", "all", "--level", "middle"],

@@ -7,18 +7,19 @@
 
 The parts, all of them if none is named:
 
-    commands   command lines in a row on all hosts, until N commands have run on a host: each answer
-               has the same bytes, and no process is left over
-    rows       a list of N rows on each host, other ones on each: all of them are printed, and the
-               memory is below three times the bytes received
-    clush      a list on 16 hosts, in turns with clush that runs the same command: the median of the
-               ratios of the times is at most 1.3
+    commands   one command line after another on all hosts, until N commands have run on each host:
+               each answer has the same bytes, and no process is left over
+    rows       a list of N rows on each host, with different rows on each: all rows are printed, and
+               the memory is below three times the bytes received
+    clush      a list on 16 hosts, in turns with clush, which runs the same command: the median of
+               the ratios of the times is at most 1.3
     merge      64 results with 10,000 rows each are compared in less than three seconds
-    connection what a connection costs this side, with real servers
-    scale      simulated hosts, which cost this side no key exchange: directly with two
-               fan-outs, and through gateways; the memory is below three times the bytes received
+    connection prints what a connection with a real server costs this side
+    scale      simulated hosts, with which this side needs no key exchange: reached directly with
+               two fan-outs, and through gateways; the memory is below three times the bytes received
 
-Prints figures. The exit status is 1 if something is not so, and 77 if no ssh server can be started.
+Prints figures. The exit status is 1 if one of these claims is false, and 77 if no ssh server can be
+started.
 """
 
 import argparse
@@ -43,7 +44,7 @@ SKIPPED = 77
 
 
 class Done(NamedTuple):
-    """What a call printed, and what it took: `memory` is that of its largest process, in bytes."""
+    """What a call printed, and what it used. `memory` is that of its largest process, in bytes."""
     status: int
     out: bytes
     err: bytes
@@ -107,7 +108,7 @@ class Campaign:
                 self.nodes(count), command]
 
     def commands(self) -> None:
-        """The answers are the same bytes, whatever the formatter."""
+        """Every answer to a command must have the same bytes, whichever formatter is used."""
         hosts, wanted = self.options.hosts, self.options.commands
         kinds = [("ndjson", "volume", "list"), ("table", "volume", "list"),
                  ("csv", "volume", "show"), ("json-utf8", "volume", "show")]
@@ -185,7 +186,7 @@ class Campaign:
                 self.check(ratio <= _MAX_RATIO, f"clush: {ratio:.2f} times its time")
 
     def connection(self) -> None:
-        """The cost per host: the difference of two runs, so that the start does not count."""
+        """Prints the cost per host. It is the difference of two runs, so it excludes the start."""
         few, many = min(8, self.options.hosts // 2), self.options.hosts
         words = ("--formatter=ndjson", "volume", "list")
         costs = []
@@ -206,7 +207,7 @@ class Campaign:
         return done._replace(processor=done.processor + self.host_seconds() - before)
 
     def host_seconds(self) -> float:
-        """What the servers and all of their children have used that have ended."""
+        """Returns the processor time that the servers and their ended children have used."""
         ticks = 0
         for host in self.fleet.hosts.values():
             pid = (host.folder / "sshd.pid").read_text(encoding="ascii").strip()
@@ -233,7 +234,7 @@ def scale(check: Callable[[bool, str], None], program: Path, count: int) -> None
 
 
 def merge(check: Callable[[bool, str], None]) -> None:
-    """The time of everything between the arrival of the results and the printing."""
+    """Measures the time of all work between the arrival of the results and their printing."""
     import samples  # pylint: disable=import-outside-toplevel
     from vexil_fleet.answers import Answer, Status  # pylint: disable=import-outside-toplevel
     from vexil_fleet.merge import Reference, group_by_value  # pylint: disable=C0415

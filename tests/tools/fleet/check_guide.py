@@ -35,7 +35,7 @@ def add_hosts(fleet: Fleet, stage: Path) -> None:
 
 
 def check(fleet: Fleet, stage: Path, update: bool) -> int:
-    """The guide's `vexil-fleet` uses the configuration of the test hosts."""
+    """Makes `vexil-fleet` in the guide use the configuration of the test hosts."""
     program = fleet.folder / "vexil-fleet"
     program.write_text(f"#!/bin/sh\nexec '{stage}/bin/vexil-fleet' -o '-F{fleet.ssh_config}' \"$@\"\n",
                        encoding="utf-8")

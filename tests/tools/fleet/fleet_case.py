@@ -2,8 +2,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """What the tests with ssh servers have in common: hosts with volumes, and calls of vexil-fleet.
 
-The environment names what is tested: KESTREL_STAGE, the installed tree, KESTREL_PLUGIN_DIR, the
-folder where its tool looks for plug-ins, and KESTREL_CAMPAIGN, which makes some tests long.
+Environment variables determine what is tested. KESTREL_STAGE is the installed tree, and
+KESTREL_PLUGIN_DIR is the folder where its tool looks for plug-ins. KESTREL_CAMPAIGN makes some
+tests long.
 """
 
 import json
@@ -24,7 +25,8 @@ HOSTS = 64 if CAMPAIGN else 8
 PROGRAM = STAGE / "bin" / "vexil-fleet"
 _MAX_SECONDS = 120
 
-# %s: further fields of the result. Each host prints its own files.
+# %s is replaced by further fields of the result. The commands print files, which differ between
+# hosts.
 _DESCRIPTOR = """<?xml version="1.0"?>
 <descriptor>
   <version>1.0.0</version>
@@ -134,7 +136,7 @@ class Result:
 
 
 class FleetCase(unittest.TestCase):
-    """Tests with hosts web1, web2, ..., which are started once for all tests of a class."""
+    """Tests with the hosts web1, web2, ..., which are started once for all tests of a class."""
 
     fleet: Fleet
     count = HOSTS
@@ -183,7 +185,7 @@ class FleetCase(unittest.TestCase):
         return Result(done.returncode, done.stdout.decode(), done.stderr.decode())
 
     def processes_seen(self) -> str:
-        """The command lines of all processes while the hosts ran `volume open`."""
+        """Returns the command lines of all processes while the hosts ran `volume open`."""
         return "".join((host.folder / "ps").read_text(errors="replace")
                        for host in self.fleet.hosts.values())
 
@@ -194,6 +196,6 @@ class FleetCase(unittest.TestCase):
             time.sleep(0.02)
 
     def assert_no_processes(self) -> None:
-        """Nothing that ssh has started may be left over, after a moment to end."""
+        """No process that ssh has started may be left over. Each has a moment to end."""
         self.wait_until(lambda: not any(host.processes() for host in self.fleet.hosts.values()),
                         "no process is left over")

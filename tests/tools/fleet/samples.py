@@ -16,12 +16,12 @@ VOLUME: List[Dict[str, str]] = [
 
 
 def volumes(kind: str = "structure-list", fields: Sequence[Dict[str, str]] = ()) -> Shape:
-    """The shape of a list of volumes, or of one."""
+    """Returns the shape of a list of volumes, or of a single volume."""
     return Shape(kind, "Volume", read_fields([*VOLUME, *fields]))
 
 
 def values(**changes: Any) -> Dict[str, Any]:
-    """What a host says about the command that lists volumes."""
+    """Returns what a host reports about the command that lists volumes."""
     own = {"Path": "volume list", "Description": "List the volumes.", "Plugin": "volume.xml",
            "Result Description": "none", "Result Kind": "structure-list", "Result Type": "Volume",
            "Columns": ["Name", "Size"], "Parameters": [], "Examples": [], "Format Parameters": [],

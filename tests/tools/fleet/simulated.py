@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Many simulated hosts: in place of ssh, a program runs the gateways on this machine, and answers as
-the script on a host would. Everything on the user's side is real.
+"""Many simulated hosts. A program replaces ssh: it runs the gateways on this machine, and answers
+as the script on a host would. Everything on the user's side is real.
 """
 
 import json
@@ -113,7 +113,7 @@ class SimulatedHosts:
 
 
 def _quote(text: str) -> str:
-    """The lines as an argument of a command of sed."""
+    """Returns the lines as an argument of a command of sed."""
     return text.replace("\\", "\\\\").replace("\n", "\\\n")
 
 
@@ -123,8 +123,8 @@ def _raise_limits() -> None:
 
 
 def _watch(process: "subprocess.Popen[bytes]") -> "tuple[float, int, int]":
-    """The processor time, the greatest memory and the greatest number of open files of a process
-    without its children."""
+    """Returns the processor time, the greatest memory and the greatest number of open files of a
+    process without its children."""
     processor, memory, files = 0.0, 0, 0
     while process.poll() is None:
         try:

@@ -2,9 +2,10 @@
 # SPDX-License-Identifier: Apache-2.0
 """Hosts for tests: ssh servers on addresses of the loopback interface.
 
-Each server has a mount and a UTS namespace of its own, and in them its host name and its plug-ins,
-which are mounted where the tool looks for plug-ins. Only keys are accepted, on a random port. All
-files are in one temporary folder, and the servers are ended by their pid files.
+Each server has its own mount and UTS namespaces. In them, it has its own host name, and its own
+plug-ins are mounted where the tool looks for plug-ins. Each server listens on a random port and
+accepts only keys. All files are in one temporary folder. To end the servers, the tests read their
+process numbers from their pid files.
 """
 
 import os
@@ -51,9 +52,9 @@ UserKnownHostsFile {folder}/known_hosts
 LogLevel ERROR
 """
 
-# Runs in the namespaces. The privilege separation folder of sshd is below /run, its user and its
-# other programs are missing if it was extracted only. The user's own start file of bash may do
-# anything.
+# This script runs in the namespaces. The privilege separation folder of sshd must exist below /run.
+# If sshd was only extracted and not installed, its user and its other programs are missing. The
+# user's own start file of bash could do anything, so it is hidden.
 _START = """\
 set -e
 hostname "$1"
@@ -71,7 +72,7 @@ exec "$4" -f "$2/sshd_config" -E "$2/sshd.log"
 
 
 def reason_to_skip() -> Optional[str]:
-    """Why no host can be started here, or None."""
+    """Returns why no host can be started here, or None."""
     for program in (SSHD, "/usr/bin/ssh", "/usr/bin/unshare"):
         if not os.access(program, os.X_OK):
             return f"{program} is missing"
@@ -84,7 +85,7 @@ def reason_to_skip() -> Optional[str]:
 
 
 class Host:
-    """One host. `folder` is visible on all of them; `plugins` are its own."""
+    """One host. All hosts see its `folder`; only the host itself uses its `plugins`."""
 
     def __init__(self, fleet: "Fleet", name: str, address: str) -> None:
         self.name = name
@@ -128,8 +129,8 @@ class Host:
             self._pid_file.unlink(missing_ok=True)
 
     def processes(self) -> List[int]:
-        """The processes that were started through ssh on this host, by a variable that they
-        have in their environment."""
+        """Returns the processes that were started through ssh on this host. A variable in their
+        environment identifies them."""
         mark = f"VEXIL_TEST_HOST={self.folder}".encode()
         return [pid for pid in _all_processes() if mark in _environment(pid)]
 
@@ -182,7 +183,7 @@ class Fleet:
         (self.folder / "known_hosts").write_text(known, encoding="ascii")
         text = "".join(f"Host {host.name}\n  HostName {host.address}\n  Port {self.port}\n"
                        for host in self.hosts.values())
-        # Nothing listens there. Without an address, a name server would be asked.
+        # Nothing listens on this port. Without an address, a name server would be asked.
         text += "Host nowhere\n  HostName 127.0.0.1\n  Port 1\n"
         text += "Host *\n" + _SSH_CONFIG.format(folder=self.folder)
         self.ssh_config.write_text(text, encoding="ascii")

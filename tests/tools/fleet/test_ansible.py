@@ -38,7 +38,7 @@ class Collection(FleetCase):
 
     def run_module(self, options: Dict[str, Any], *words: str,
                    module: str = "command") -> List[Dict[str, Any]]:
-        """The result on each host. Ansible has temporary folders and connections of its own."""
+        """Returns the result on each host. Ansible has its own folders and connections."""
         folder = self.fleet.folder
         inventory = folder / "inventory"
         inventory.write_text("".join(f"{name}\n" for name in self.fleet.hosts), encoding="ascii")
@@ -92,7 +92,7 @@ class Collection(FleetCase):
             self.assertEqual(b"s3same".hex(), result["result"], result)
         self.assertNotIn("s3same", json.dumps(results))
         self.assertIn("VALUE_SPECIFIED_IN_NO_LOG_PARAMETER", self.printed)
-        # Only the command line of Ansible itself, which the user typed, has it.
+        # Only the command line of Ansible itself, which the user typed, contains the secret.
         self.assertEqual([], [line for line in self.processes_seen().splitlines()
                               if "s3same" in line and "bin/ansible " not in line])
 

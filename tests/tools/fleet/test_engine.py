@@ -21,7 +21,7 @@ class Runs(unittest.TestCase):
     """How a run ends."""
 
     def setUp(self) -> None:
-        # Programs that a shell starts in the background ignore it.
+        # If a shell has started these tests in the background, they ignore SIGINT.
         self.addCleanup(signal.signal, signal.SIGINT, signal.getsignal(signal.SIGINT))
         signal.signal(signal.SIGINT, signal.default_int_handler)
 
@@ -52,7 +52,7 @@ class Runs(unittest.TestCase):
             try:
                 os.kill(os.getpid(), signal.SIGINT)
             except KeyboardInterrupt:
-                pass  # as Python does in some of its own callbacks
+                pass  # Python ignores exceptions in some of its own callbacks, too
         started = time.monotonic()
         visits = engine.run(Job(["a"], ["a"]), NodeSet("web1"), interrupt, lambda _: None)
         self.assertLess(time.monotonic() - started, 300)

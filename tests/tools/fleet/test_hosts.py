@@ -133,7 +133,7 @@ class Secrets(FleetCase):
         for words in (["--key=top-secret"], ["--key", "top-secret"], ["-k", "top-secret"]):
             result = self.call("--formatter=ndjson", "volume", "open", *words)
             self.assertEqual([b"top-secret".hex()] * 2, [row["Value"] for row in result.rows])
-            # Only this side's own command line, which the user typed, has it.
+            # Only this side's own command line, which the user typed, contains the secret.
             lines = [line for line in self.processes_seen().splitlines()
                      if "top-secret" in line and "bin/vexil-fleet" not in line]
             self.assertEqual([], lines)
@@ -230,7 +230,7 @@ class Failures(FleetCase):
         self.tool.symlink_to(self.fleet.tool)
 
     def replace_tool(self, script: str) -> None:
-        """`script` runs in place of the command, and the real tool for its description."""
+        """Makes `script` run in place of the command. The real tool still describes the command."""
         self.tool.unlink()
         self.tool.write_text("#!/bin/sh\ncase $* in *'command describe'*) "
                              f"exec {self.fleet.tool} \"$@\" ;; esac\n{script}\n",
@@ -367,7 +367,7 @@ class Changes(FleetCase):
                 (host.folder / name).unlink(missing_ok=True)
 
     def cleared(self) -> "list[str]":
-        """The hosts that ran the command, in the order of their runs."""
+        """Returns the hosts that ran the command, in the order of their runs."""
         times = {name: (host.folder / "cleared").read_text(encoding="ascii").split()
                  for name, host in self.fleet.hosts.items()
                  if (host.folder / "cleared").exists()}

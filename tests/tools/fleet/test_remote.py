@@ -50,7 +50,7 @@ class Scripts(unittest.TestCase):
             env={**names, "PATH": f"{self.folder}:/usr/bin:/bin", "WORK": work})
 
     def run_job(self, shell: str, job: Job, work: str = "echo '{}'") -> Reply:
-        """Standard input stays open, as it does with ssh."""
+        """Runs the script. Standard input stays open, as it does with ssh."""
         with self.start(shell, work) as process:
             assert process.stdin and process.stdout and process.stderr
             process.stdin.write(job.script())

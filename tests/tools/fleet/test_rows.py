@@ -28,7 +28,7 @@ def text(rows: Rows) -> bytes:
 
 
 class ReadRows(unittest.TestCase):
-    """Results against their declared shape."""
+    """Comparison of results with their declared shape."""
 
     def assert_refused(self, shape: Shape, body: bytes, message: str) -> None:
         with self.assertRaises(BadResult) as caught:

@@ -33,7 +33,7 @@ class Gateways(FleetCase):
         here = socket.gethostname().partition(".")[0]
         self.topology = self.fleet.folder / "topology.conf"
         self.topology.write_text(_ROUTES.format(here=here), encoding="ascii")
-        # Without it, the gateways write into /tmp.
+        # Without this variable, the gateways write into /tmp.
         variables = mock.patch.dict(os.environ, CLUSTERSHELL_GW_LOG_DIR=str(self.fleet.folder))
         variables.start()
         self.addCleanup(variables.stop)

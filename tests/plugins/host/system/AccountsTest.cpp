@@ -103,7 +103,8 @@ TEST(AccountsTest, AnAccountWithoutAnEntryHasItsOwnGroupOnly) {
   EXPECT_EQ(ReadGroups(account), std::vector<std::string>{"3999999999"});
 }
 
-// A lookup may succeed if the answer is available elsewhere; no answer may be wrong.
+// A lookup in a file that cannot be read may still succeed if the answer is available elsewhere,
+// but no answer may be wrong.
 struct AccountQuestion {
   const char* name;
   const char* file;

@@ -53,7 +53,7 @@ class BusDevicesTest : public ::testing::Test {
     Link("../../../../bus/usb/drivers/usb", folder + "/driver");
   }
 
-  // The kernel lists an interface both next to and in the folder of its device.
+  // The kernel lists an interface both next to the folder of its device and in that folder.
   void Interface(const std::string& device, const std::string& name, const std::string& itsClass,
                  const std::string& driver) const {
     for (const std::string& folder :
@@ -254,8 +254,8 @@ TEST_F(BusDevicesTest, AnAttributeThatIsMissingIsAnError) {
 
 TEST_F(BusDevicesTest, ADeviceThatWasRemovedIsSkipped) {
   Pci("0000:00:00.0", "0x1\n", "0x1\n", "0x0\n");
-  // The state of the files while the kernel removes a device. A link whose target is missing is
-  // still a name, so a device may be skipped only if its name is gone too.
+  // While the kernel removes a device, the target of its link may already be missing. The name of
+  // the device still exists then. A device may be skipped only if its name is gone too.
   Link("../../../devices/gone", "bus/pci/devices/0000:00:01.0");
   EXPECT_THAT([this] { ReadPci(); },
               ThrowsMessage<KestrelException>("Unable to read " +

@@ -38,7 +38,8 @@ class MadeUpGroupsTest : public Testing::MadeUpMachineTest {
     File("etc/nsswitch.conf", sources);
   }
 
-  // Checks the names of the groups up to number 9 in several orders against single lookups.
+  // Looks up the names of the groups up to number 9 in several orders, and compares them with the
+  // results of single lookups.
   static void ExpectNamesOfEachGroup() {
     GroupNames upwards;
     GroupNames downwards;

@@ -23,8 +23,8 @@ using Testing::PlainUser;
 using Testing::ScopedTempDir;
 using ::testing::ThrowsMessage;
 
-// The words after the name: parent 7, terminal 34818, 300 and 45 ticks, nice -5, 3 threads, started
-// at tick 9000, 2 MiB of virtual memory, 5 resident pages.
+// The words after the name. They mean: parent 7, terminal 34818, 300 and 45 ticks, nice -5, 3
+// threads, started at tick 9000, 2 MiB of virtual memory, 5 resident pages.
 const std::string kNumbers =
     " S 7 42 42 34818 42 4194304 1 2 3 4 300 45 6 7 20 -5 3 0 9000 2097152 5 18446744073709551615 "
     "1 1 0 0 0 0 0 0 0 0 0 17 1 0 0 0 0 0 0 0 0 0 0 0 0 0\n";

@@ -48,7 +48,8 @@ std::string WitnessLine(const std::string& command) {
 
 long WitnessNumber(const std::string& command) { return std::stol(WitnessLine(command)); }
 
-// Expects a value between the two others, plus or minus the rounding of the other program.
+// Expects `value` to be between `before` and `after`, or outside that range by at most `room`,
+// because the other program rounds its values.
 void ExpectBetween(long value, long before, long after, long room, const std::string& what) {
   EXPECT_GE(value, std::min(before, after) - room) << what;
   EXPECT_LE(value, std::max(before, after) + room) << what;
@@ -223,7 +224,8 @@ TEST(SystemCpuListTest, AgreesWithTheKernelAboutTheFrequency) {
   }
   ASSERT_EQ(structures.size(), before.size());
   for (std::size_t i = 0; i < structures.size(); ++i) {
-    // It may have changed between the readings, within the range of a processor.
+    // If the frequency changed between the readings, it may be anywhere in the range of a
+    // processor.
     ExpectBetween(NumberOf(structures[i], "Frequency Kilohertz"), std::stol(before[i]),
                   std::stol(after[i]), before[i] == after[i] ? 1 : 1000000, "Frequency");
     EXPECT_EQ(TextOf(structures[i], "Frequency"),
@@ -567,7 +569,8 @@ TEST(SystemParameterListTest, AgreesWithSysctl) {
     for (const std::string& line : found) {
       equal += expected.count(line);
     }
-    // Counters and random numbers always change; every other value equals one of the two.
+    // Counters and random numbers always change. Every other value equals one of the values that
+    // sysctl printed before and after the command.
     EXPECT_GE(equal + 4, found.size()) << group;
   }
 }

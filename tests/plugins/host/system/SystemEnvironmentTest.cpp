@@ -13,9 +13,9 @@
 #include "support/Sanitizer.h"
 #include "support/Witness.h"
 
-// The commands in the namespace "system" in the real tool, in environments that differ from a shell
-// of root: in every format, without environment variables, with few files, as an ordinary user, and
-// with a /proc that hides processes.
+// The commands in the namespace "system" in the real tool: in every format, and in environments
+// that differ from a shell of root. These are runs without environment variables, with few files,
+// as an ordinary user, and with a /proc that hides processes.
 namespace Kestrel::Testing {
 namespace {
 

@@ -13,8 +13,8 @@
 #include "plugins/host/support/HostCall.h"
 #include "plugins/host/system/FullMachine.h"
 
-// An error of the system must be an error of the command, never a shorter list, and never a number
-// instead of an existing name. Each file and folder that a command opens fails once.
+// An error of the system must be an error of the command. It must never result in a shorter list,
+// or in a number instead of an existing name. Each file and folder that a command opens fails once.
 namespace Kestrel::Testing {
 namespace {
 

@@ -133,7 +133,7 @@ TEST(SystemCpuUsageListTest, TheIntervalIsInMilliseconds) {
 }
 
 TEST(SystemCpuUsageListTest, SeesAProcessorAtWork) {
-  // Other programs may use a processor too, but not less than this one.
+  // The child keeps a processor busy. Other programs can only add to that.
   const pid_t child = ::fork();
   if (child == 0) {
     for (volatile unsigned long i = 0;; i = i + 1) {

@@ -282,8 +282,8 @@ TEST_F(SystemMachineTest, ListsProcessesByNumber) {
                 "100  root        0.00 %                0  a\\x0a(b)\n");
 }
 
-// The longest name of a user on an ordinary machine, the largest number of a process, and a kernel
-// thread that shows what it works on.
+// The list contains the longest name of a user on an ordinary machine, the largest number of a
+// process, and a kernel thread whose name shows what it works on.
 TEST_F(SystemMachineTest, ProcessesFitAScreenOf80Columns) {
   File("etc/nsswitch.conf", "passwd: files\ngroup: files\n");
   File("etc/passwd", "root:x:0:0:::\nsystemd-timesync:x:997:997:::\n");
@@ -776,7 +776,7 @@ TEST_P(ZoneTest, TimesAreInTheZoneOfTheUser) {
 INSTANTIATE_TEST_SUITE_P(Zones, ZoneTest, ::testing::ValuesIn(kZones),
                          [](const auto& test) { return test.param.name; });
 
-// Averages and durations as formatted for people, with their integers.
+// Averages and durations as they are formatted for people, and the integers for programs.
 
 struct LoadCase {
   const char* name;

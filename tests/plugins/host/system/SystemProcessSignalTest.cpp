@@ -17,7 +17,7 @@
 #include "plugins/host/system/ScopedProcess.h"
 #include "support/Witness.h"
 
-// The command "system process signal". It only signals processes of the test.
+// The command "system process signal". These tests signal only processes that they have started.
 namespace Kestrel::Testing {
 namespace {
 

@@ -17,8 +17,8 @@
 #include "plugins/host/support/HostCall.h"
 #include "plugins/host/system/FullMachine.h"
 
-// Properties of all lists in the namespace "system": words for missing values, tables that fit the
-// screen, consistent parameters, an order by value, and completion of values.
+// Properties of all lists in the namespace "system": they have words for missing values, tables
+// that fit the screen, consistent parameters, sorting by value, and completion of values.
 namespace Kestrel::Testing {
 namespace {
 
@@ -185,7 +185,8 @@ TEST_P(SystemListTest, ChangesNothing) {
 INSTANTIATE_TEST_SUITE_P(Commands, SystemListTest, ::testing::ValuesIn(kLists),
                          [](const auto& test) { return test.param.name; });
 
-// The parameter "--name": exact, except that * matches any text; may be repeated.
+// The parameter "--name". A name must match exactly, except that * stands for any text. The
+// parameter may be repeated.
 struct NameCase {
   const char* name;
   const char* path;
@@ -299,7 +300,7 @@ TEST_P(SystemMatchTest, AnInvalidExpressionIsOneError) {
 INSTANTIATE_TEST_SUITE_P(Lists, SystemMatchTest, ::testing::ValuesIn(kMatches),
                          [](const auto& test) { return test.param.name; });
 
-// The completion of each parameter names a list that has the field, and the parameter exists.
+// Each completion is for a parameter that exists, and names a list that has the field.
 TEST(SystemCompletionTest, NamesFieldsThatExist) {
   std::size_t completed = 0;
   for (const char* const path :
