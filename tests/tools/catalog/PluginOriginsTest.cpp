@@ -76,8 +76,7 @@ class PluginOriginsTest : public testing::Test {
     return plugin == nullptr ? "none" : Describe(*plugin);
   }
 
-  /// Returns the library's own plug-in. Its path is the one under which the loader found the
-  /// library.
+  /// Returns the library's own plug-in. Its path is that at which the loader found the library.
   std::string LibraryPlugin() {
     const Plugin& plugin = *origins().GetPlugins().front();
     EXPECT_TRUE(std::filesystem::equivalent(KESTREL_LIBRARY, plugin.path));
@@ -100,7 +99,7 @@ class PluginOriginsTest : public testing::Test {
     return dispatcher_.GetRootNamespace()->ResolveNode(words);
   }
 
-  /// Made at the first call, when all plug-ins are loaded.
+  /// Returns the origins. They are made at the first call, when all plug-ins are loaded.
   PluginOrigins& origins() {
     if (origins_ == nullptr) {
       origins_ = std::make_unique<PluginOrigins>(dispatcher_);

@@ -16,7 +16,8 @@ The parts, all of them if none is named:
     merge      64 results with 10,000 rows each are compared in less than three seconds
     connection prints what a connection with a real server costs this side
     scale      simulated hosts, with which this side needs no key exchange: reached directly with
-               two fan-outs, and through gateways; the memory is below three times the bytes received
+               two fan-outs, and through gateways; the memory is below three times the bytes
+               received
 
 Prints figures. The exit status is 1 if one of these claims is false, and 77 if no ssh server can be
 started.

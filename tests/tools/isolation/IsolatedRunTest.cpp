@@ -26,7 +26,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr milliseconds kPatience(300);
 constexpr milliseconds kLongPatience(1000);
-constexpr int kMaxPatience = 15;  // how many times longer a busy machine may take
+constexpr int kMaxPatience = 15;  // factor by which a busy machine may be slower
 
 milliseconds Since(Clock::time_point start) {
   return std::chrono::duration_cast<milliseconds>(Clock::now() - start);
@@ -50,13 +50,14 @@ void SleepForever() {
   }
 }
 
-/// The outcome of work of which each line may take `patience`.
+/// The outcome of work.
 struct Outcome {
   std::string lines;
   bool isLate = false;
   milliseconds taken{0};
 };
 
+/// Runs work that may take `patience` for each line that it sends.
 Outcome RunWork(milliseconds patience, const std::function<void(const Send&)>& work) {
   const Clock::time_point start = Clock::now();
   IsolatedRun run(work);
@@ -77,7 +78,7 @@ void UseOneProcessor(int processor) {
   sched_setaffinity(0, sizeof(set), &set);
 }
 
-/// A processor that is always busy with work more important than that of a nice process.
+/// Keeps a processor busy with work that has a higher priority than a process with a nice value.
 class BusyProcessor {
  public:
   BusyProcessor()
@@ -93,7 +94,7 @@ class BusyProcessor {
     thread_.join();
   }
 
-  /// From now on, this process gets what the others leave of the processor.
+  /// From now on, this thread gets only the time of the processor that others leave.
   void UseRest() const {
     UseOneProcessor(number_);
     setpriority(PRIO_PROCESS, 0, 19);
@@ -146,7 +147,7 @@ TEST(IsolatedRunTest, CountsTheTimeOfEachLineAlone) {
   EXPECT_FALSE(outcome.isLate);
 }
 
-// The work takes longer than it may, but is short of processor time for most of it.
+// The work takes longer than its limit, but only because it gets little processor time.
 TEST(IsolatedRunTest, WaitsForWorkThatGetsNoProcessorTime) {
   const BusyProcessor processor;
   const Outcome outcome = RunWork(kLongPatience, [&](const Send& send) {

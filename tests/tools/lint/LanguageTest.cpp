@@ -60,8 +60,8 @@ TEST(LanguageTest, ReportsExpressionsOnWhichTheLibraryGivesUp) {
   const auto constraint = CallSpec::ParameterConstraint::New(CallSpec::StringRegex);
   constraint->SetStringRegex("(a+)+");
   ASSERT_TRUE(constraint->Validate(std::string(10, 'a'), "x", CallSpec::Output::New()));
-  // A value with a wrong last byte is refused in any case. A value with a matching byte before that
-  // is refused only if the library gives up.
+  // A value with a wrong last byte would be refused in any case. This value ends with the right
+  // byte, so it is refused only if the library gives up.
   constraint->SetStringRegex("((a+)+x)?a*x?y|a+z");
   EXPECT_FALSE(constraint->Validate(std::string(60, 'a') + "z", "x", CallSpec::Output::New()));
   EXPECT_TRUE(Parse("((a+)+x)?a*x?y|a+z").IsExponential());
@@ -74,7 +74,7 @@ TEST(LanguageTest, DoesNotUnderstandWhatIsNotRegular) {
   }
 }
 
-// What the automaton accepts, the constraint accepts, and the other way round.
+// The automaton and the constraint accept the same values.
 TEST(LanguageTest, AgreesWithTheConstraint) {
   const std::string expressions[] = {
       "[a-c]+",   "a|bc?|",      "(ab)*c{2}",      "[^a-b]",       "a.c",     "\\w+-\\d{1,2}",

@@ -19,7 +19,7 @@ namespace {
 
 using Testing::ScopedTempDir;
 
-/// A mistake in a shared object, which has its name.
+/// A mistake in a shared object. The file is named after the mistake.
 struct ObjectMistake {
   const char* name;
   const char* rule;

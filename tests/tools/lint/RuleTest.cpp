@@ -15,7 +15,7 @@
 namespace Kestrel::Lint {
 namespace {
 
-/// A file that breaks one rule, which its name begins with, in one place.
+/// A file that breaks one rule in one place. Its name begins with that of the rule.
 struct BadFile {
   const char* name;
   std::size_t line;
@@ -131,8 +131,8 @@ INSTANTIATE_TEST_SUITE_P(Rules, BadFileTest, ::testing::ValuesIn(GetBadFiles()),
                            return name;
                          });
 
-// These are about shared objects, or about a file that has another finding too; their tests are in
-// MistakeTest.cpp and LintTest.cpp.
+// These rules are about shared objects, or about files that have another finding too. Their tests
+// are in MistakeTest.cpp and LintTest.cpp.
 const std::set<std::string>& GetRulesWithoutFile() {
   static const std::set<std::string> rules = {
       "example-invalid",   "object-crash", "object-declaration", "object-entry-point",

@@ -11,7 +11,7 @@
 namespace Kestrel::Lint {
 namespace {
 
-/// The words of all commands, each in brackets, the commands separated by a bar.
+/// Returns the words of all commands. Each word is in brackets, and a bar separates two commands.
 std::string Words(const std::string& line, Shell shell = Shell::Dash) {
   const ShellReading reading = ReadShellLine(line, shell);
   if (!reading.isUnderstood || !reading.isComplete) {
@@ -74,7 +74,7 @@ TEST(ShellReaderTest, ReadsKeywordsAtTheBeginningOfACommand) {
   }
 }
 
-// The commands that run although there is a mistake in the line.
+// Returns the commands that run although there is a mistake in the line.
 std::vector<std::string> CommandsBeforeMistake(const std::string& line, Shell shell) {
   const ShellReading reading = ReadShellLine(line, shell);
   EXPECT_FALSE(reading.isComplete && reading.isUnderstood) << line;

@@ -4,13 +4,14 @@
 // lint_campaign WORDS COUNT [SEED [TEMPLATE [VALUE]]]: compares what vexil-lint says about values
 // in templates with what dash and bash do.
 //
-// Inserts COUNT values into random templates, runs each command line in a scratch folder, and
-// compares: whether a command runs that the template does not contain, whether there are more words
-// than with a harmless value, and whether there are more options. WORDS is a program that notes its
-// arguments. Prints each difference; the status is 1 if there was one.
+// Inserts COUNT values into random templates and runs each command line in a scratch folder. The
+// two sides must agree on three questions: whether a command runs that the template does not
+// contain, whether there are more words than with a harmless value, and whether there are more
+// options. WORDS is a program that records its arguments. Prints each difference; the status is 1
+// if there was one.
 //
-// With TEMPLATE, all values are inserted into this template, without a constraint. With VALUE, only
-// this value is, and what each shell does is printed.
+// With TEMPLATE, inserts all values into this template, without a constraint. With VALUE, inserts
+// only this value, and prints what each shell does.
 
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -65,11 +66,12 @@ struct Observation {
   std::vector<std::string> all;
 };
 
-/// How a command line is run. "||" shows a command only if the one before it fails.
+/// How a command line is run. Each line is also run with words that fail, because a shell runs a
+/// command after "||" only if the command before it fails.
 struct Condition {
   std::string shell;
   bool doWordsFail = false;
-  std::size_t count = 1;  // of values
+  std::size_t count = 1;  // the number of values
 
   bool operator<(const Condition& other) const {
     return std::tie(shell, doWordsFail, count) <
@@ -107,8 +109,8 @@ class Laboratory {
     return Read();
   }
 
-  // Waits for the shell and for the commands that it leaves in the background: they have the end of
-  // a pipe.
+  // Runs the line. Waits for the shell and for the commands that it leaves in the background: they
+  // hold one end of a pipe open until they end.
   void Start(const Condition& condition, const std::string& line) {
     int ends[2];
     if (pipe(ends) != 0) {
@@ -144,8 +146,8 @@ class Laboratory {
   Observation Read() const {
     Observation seen;
     const std::string errors = scratch_.Read("errors");
-    // The shell searches for a command of another name, finds the name empty, or has a built-in
-    // command of that name.
+    // The value changed the name of a command if the shell did not find a command, if the name was
+    // empty, or if it was the name of a built-in command.
     seen.runsCommand = errors.find("not found") != std::string::npos ||
                        errors.find("Permission denied") != std::string::npos ||
                        errors.find("[: missing") != std::string::npos;
@@ -188,8 +190,9 @@ class Laboratory {
     return isCreated;
   }
 
-  // A name that the pattern matches, with `c` for each "*" and "?"; a "-" only for the first one,
-  // because "--" is not an option, and before a letter if it is a "*", because "-" is none either.
+  // Returns a name that the pattern matches, with `c` in place of each "*" and "?". If `c` is "-",
+  // it is used only at the start of the name, because "--" is not an option. In place of a "*", a
+  // letter follows it, because "-" alone is not an option either.
   static std::string Match(const std::string& pattern, char c) {
     std::string name;
     for (std::size_t i = 0; i < pattern.size(); ++i) {
@@ -326,21 +329,22 @@ bool IsAccepted(const ParameterSpec& parameter, const std::string& value) {
   return parameter.Validate({value}, output) && !output->HasError();
 }
 
-/// The effects of one value in the shells; nothing if the loader refuses the value.
+/// The effects of one value in the shells. There are none if the loader refuses the value.
 struct Difference {
   bool runsCommand = false;
   bool addsWord = false;
   bool addsOption = false;
 };
 
-/// Compares what is said of values with what the shells show.
+/// Compares what vexil-lint says about values with what the shells do.
 class Campaign {
  public:
   /// Tries every template whose number leaves the remainder `share` when divided by `shares`.
   Campaign(const std::string& wordsProgram, unsigned seed, unsigned share, unsigned shares)
       : laboratory_(wordsProgram), generator_(seed), share_(share), shares_(shares) {}
 
-  /// Returns the number of values, even if another share tries them.
+  /// Returns the number of values of the template, even if they belong to another share and are not
+  /// tried.
   std::size_t RunTemplate() {
     const bool isList = generator_.Below(4) == 0;
     const auto parameter = generator_.MakeParameter(isList);
@@ -454,7 +458,8 @@ class Campaign {
     return Look(condition, line.value_or(""));
   }
 
-  // Several values of a template, such as "a'" and "a", may make the same line.
+  // Returns what was seen when the line ran. Several values of a template, such as "a'" and "a",
+  // may make the same line, so each line runs only once.
   const Observation& Look(const Condition& condition, const std::string& line) {
     const auto [found, isNew] = seen_.try_emplace({condition, line});
     if (isNew) {

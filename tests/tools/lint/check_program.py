@@ -6,7 +6,7 @@
     check_program.py PROGRAM GUIDES FOLDER...
 
 There must be no finding at all in any FOLDER of plug-ins, nor in the descriptors that the pages in
-GUIDES save, except those on the pages of mistakes.
+GUIDES save. The pages of mistakes are excepted.
 """
 
 import glob

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Appends its name and its arguments, each ended by a NUL byte, to the file that the variable
-// LINT_WORDS names. Before them come their number and a NUL byte. Returns the status in
-// LINT_STATUS.
+// Appends the number of its words and then the words, which are its name and its arguments, to the
+// file in the variable LINT_WORDS. A NUL byte ends the number and each word. The exit status is 1
+// if the variable LINT_STATUS is set and does not begin with 0, or if the file cannot be written.
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -105,7 +105,7 @@ class Checker:
         self.expect(done.returncode == 1, f"a closed output: {done}")
 
     def check_author(self):
-        """The name of the author becomes a field of a control file, which has one line."""
+        """The name of the author becomes a field of a control file, so it must be on one line."""
         names = {**self.environment, "DEBFULLNAME": "Ada\nSection: evil\udcff", "DEBEMAIL": "a@b.c"}
         done = subprocess.run(["vexil-newplugin", "authored", "--native"], cwd=self.folder, env=names,
                               capture_output=True, check=False)
@@ -134,7 +134,7 @@ class Checker:
             self.check_package(project, kind)
 
     def check_golden_test(self, project):
-        """A test notices that the output has changed."""
+        """A test of the new project must notice that the output has changed."""
         golden = os.path.join(project, "tests/golden/table")
         with open(golden, "a", encoding="utf-8") as file:
             file.write("more\n")
