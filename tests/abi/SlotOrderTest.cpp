@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The order of the virtual operations of the classes that a plug-in overrides. A compiled plug-in
-// contains tables in this order, so a test that fails here means a new KESTREL_PLUGIN_ABI.
+// Checks the order of the virtual operations in the classes that a plug-in derives from. A compiled
+// plug-in contains tables in this order. If a change makes a test here fail, it needs a new
+// KESTREL_PLUGIN_ABI.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -34,8 +35,9 @@ using NodePtr = std::shared_ptr<NamespaceNode>;
 static_assert(KESTREL_PLUGIN_ABI == KESTREL_VERSION_MAJOR,
               "a plug-in that needs another SOVERSION of the library is refused");
 
-/// The place of a virtual operation in the table of its class. The C++ ABI of gcc and clang stores
-/// its offset in bytes in the pointer; an odd number marks the operation as virtual.
+/// Returns the place of a virtual operation in the table of its class. In the C++ ABI of gcc and
+/// clang, a pointer to a virtual operation contains the offset of this place in bytes, plus one.
+/// The odd number marks the operation as virtual.
 template <typename Operation>
 std::ptrdiff_t SlotOf(Operation operation) {
   std::ptrdiff_t words[2];

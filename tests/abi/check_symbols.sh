@@ -7,7 +7,8 @@
 # of the interface.
 #
 # The list does not contain inline functions (weak symbols), because every user of a header compiles
-# its own copies and the optimiser decides which remain; nor thunks, which follow from the bases.
+# its own copies and the optimiser decides which remain. It does not contain thunks either, because
+# they follow from the base classes.
 set -euo pipefail
 
 update=false

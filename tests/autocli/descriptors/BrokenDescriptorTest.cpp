@@ -53,7 +53,7 @@ std::string ReplaceAll(std::string text, const std::string& what, const std::str
   return text;
 }
 
-// The next plug-in is loaded, and the dispatcher still works.
+// After a broken descriptor, the next plug-in is loaded and the dispatcher still works.
 TEST_P(BrokenDescriptorTest, IsReportedAndSkipped) {
   const ScopedTempDir folder;
   const std::string broken = folder.GetPath("a.xml");

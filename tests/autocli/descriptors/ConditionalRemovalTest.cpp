@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// TemplateTextTest compares the results with a model. These tests are about bytes from values, and
-// about the amount of work: the number of bytes that all passes together look at.
+// TemplateTextTest compares the results with a model. These tests check how bytes that came from
+// values are treated, and the amount of work: the number of bytes that all passes together look at.
 
 #include "autocli/descriptors/ConditionalRemoval.h"
 

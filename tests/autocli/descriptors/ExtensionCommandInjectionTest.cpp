@@ -84,8 +84,8 @@ class ShellWords {
   }
 
   /// Adds a value without quotes, with a backslash before every special byte. The shell drops a
-  /// newline together with its backslash. In a comment the newline counts: it ends the comment, and
-  /// the rest is another command line.
+  /// newline together with its backslash. In a comment a backslash has no effect, so a newline ends
+  /// the comment and the rest is another command line.
   void AddBareValue(std::string_view value) {
     for (const char c : value) {
       if (c == '\n' && inComment_) {
@@ -110,7 +110,8 @@ class ShellWords {
   }
 
   /// Adds a value between double quotes, with a backslash before every special byte. The shell
-  /// drops the backslash before four of them, and the newline with its own.
+  /// drops the backslash before four of these bytes, and drops a newline together with its
+  /// backslash.
   void AddDoubleQuotedValue(std::string_view value) {
     OpenQuotes();
     for (const char c : value) {
@@ -324,7 +325,8 @@ struct Shell {
   bool expandsMore;
 };
 
-/// The shell of the machine, and bash under the name sh, which is a link in `folder`.
+/// Returns the shell of the machine and, if there is one, bash. Bash is started by a link in
+/// `folder` that has the name sh.
 std::vector<Shell> MakeShells(const ScopedTempDir& folder) {
   std::vector<Shell> shells = {{"/bin/sh", false}};
   const std::filesystem::path bash = "/bin/bash";
@@ -377,8 +379,9 @@ class Batch {
     return true;
   }
 
-  /// Runs the command lines in `shell`. If it expands more than the standard demands, no exact
-  /// words are expected of those that contain a brace or a tilde.
+  /// Runs the command lines in `shell` and compares their words with the expected ones. If `shell`
+  /// expands more than the standard demands, command lines that contain a brace or a tilde are not
+  /// compared.
   void ExpectExactlyTheseWords(const Shell& shell) const {
     const ScopedTempDir folder;
     const std::string script = folder.Write("script", script_);
@@ -458,7 +461,7 @@ std::string NameOf(const testing::TestParamInfo<Form>& info) { return info.param
 
 INSTANTIATE_TEST_SUITE_P(Forms, SafeFormTest, testing::ValuesIn(SafeForms()), NameOf);
 
-/// Returns what the command line prints that results from the template `text`.
+/// Returns the output of the command line that results from the template `text`.
 std::string OutputOf(const std::string& text, const char* name, const std::string& value) {
   auto spec = InputSpec::New();
   spec->AddParameter(ParameterSpec::New("xx", ParameterType::String));
@@ -480,7 +483,8 @@ TEST(UnsafeFormTest, AQuotedMultiListRunsCommandsInAValue) {
   EXPECT_EQ(OutputOf("echo$multilist{ll,-p,true}", "ll", "`echo ran`"), "-p ran\n");
 }
 
-/// Executes a command and returns its messages. Expects that it runs nothing when it has one.
+/// Executes a command. Returns its message if a value was refused, otherwise an empty string.
+/// Expects that nothing runs exactly when a value was refused.
 std::string MessageOf(const std::string& text, const Values& xx, const Values& ll,
                       const Values& yy = {}) {
   auto spec = InputSpec::New();
@@ -569,7 +573,8 @@ TEST(UnsafeFormTest, StandardInputTakesEveryValue) {
   EXPECT_EQ(command->SubstituteInput(input, true), "#\necho");
 }
 
-// The last marker of a parameter determines how the value is written into all of them.
+// The last marker of a parameter determines how the value is written into all markers of that
+// parameter.
 TEST(UnsafeFormTest, ABareMarkerBeforeAQuotedOneIsNotProtected) {
   EXPECT_EQ(OutputOf("echo $val{xx} '$val{xx}'", "xx", ";echo ran"), "\nran ;echo ran\n");
 }

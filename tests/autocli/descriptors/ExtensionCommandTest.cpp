@@ -36,8 +36,8 @@ std::string lastLogEntry;
 
 }  // namespace
 
-/// Replaces the function of the C library, for the library under test too. Keeps the priority, the
-/// format and the only argument of the last entry.
+/// Replaces the function of the C library, also for calls from the library under test. Stores the
+/// priority, the format and the only argument of the last entry.
 [[gnu::visibility("default")]] void syslog(int priority, const char* format, ...) {
   std::va_list arguments;
   va_start(arguments, format);
@@ -239,8 +239,8 @@ INSTANTIATE_TEST_SUITE_P(
         SubstitutionCase{"NotDeclared", "cmd $if{nope,x} y", {}, "cmd  y"},
         SubstitutionCase{"WithValue", "cmd $if{aa,-a '$val{aa}'}x", {{"aa", "1"}}, "cmd -a '1'x"},
         SubstitutionCase{"WithValueNotGiven", "cmd $if{aa,-a '$val{aa}'}x", {}, "cmd x"},
-        // Parameters are inserted in name order: the marker of bb is still there when the text of
-        // aa is cut.
+        // Parameters are inserted in name order, so the marker of bb is still there when the text
+        // of aa is cut.
         SubstitutionCase{"CutAtTheFirstBrace",
                          "c $if{aa,$val{bb} x}",
                          {{"aa", "1"}, {"bb", "2"}},

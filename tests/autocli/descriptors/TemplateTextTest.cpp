@@ -160,7 +160,7 @@ void ModelOfParameter(std::string& text, const Input& input, const std::string& 
   }
 }
 
-/// One pass of the removal. Returns whether it removed anything.
+/// Makes one pass of the removal. Returns whether it removed anything.
 bool ModelOfPass(std::string& text) {
   static const boost::regex conditional("\\$if\\{[a-z0-9-]+,.+?\\}");
   bool hasRemoved = false;
@@ -181,7 +181,7 @@ bool ModelOfPass(std::string& text) {
   return hasRemoved;
 }
 
-/// The template with the parameters inserted. Values must not contain markers or braces.
+/// Returns the template with the parameters inserted. Values must not contain markers or braces.
 std::string ModelOfSubstitution(std::string text, const InputSpec& spec, const Input& input,
                                 bool forStdin) {
   static const boost::regex any(".*\\$if\\{[a-z0-9-]+,.+?\\}.*");
@@ -330,7 +330,7 @@ TEST(TemplateTextTest, AllShortTemplatesAreCleanedAsByTheModel) {
   }
 }
 
-// Blocks whose ends are removed: nested, and one after the other.
+// In these templates the ends of blocks are removed. The blocks are nested, or follow one another.
 TEST(TemplateTextTest, RandomBlocksAreCleanedAsByTheModel) {
   constexpr std::string_view kPieces[] = {
       "{", "}",     " }",     "{c}",      "${d}",     "{ ",       "$",  "b",     "$if",

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A tree made without the parser must equal the one that `xmlReadMemory` makes in everything that
-// the library reads from a tree. If the parser reports anything about a document, no tree is made
-// without it.
+// A tree made without the parser must equal the tree that `xmlReadMemory` makes. The comparison
+// covers everything that the library reads from a tree. If the parser reports anything about a
+// document, the library must not make a tree of that document without the parser.
 
 #include "autocli/descriptors/XmlEventTree.h"
 
@@ -68,7 +68,7 @@ class DiagnosticsCount {
   int count_ = 0;
 };
 
-/// The tree that the parser makes; empty when it reports anything.
+/// Describes the tree that the parser makes. The result is empty if the parser reports anything.
 std::string DescribeParsersTree(const std::string& text) {
   const DiagnosticsCount diagnostics;
   const XmlDocument document(
@@ -80,7 +80,7 @@ std::string DescribeParsersTree(const std::string& text) {
   return description;
 }
 
-/// Whether there is a tree made from events. If so, expects the parser to make the same.
+/// Returns whether a tree was made from events. If so, expects the parser to make the same tree.
 bool ExpectSameTreeIfAny(const std::string& text) {
   const std::unique_ptr<XmlEventTree> tree = XmlEventTree::Read(text);
   if (tree == nullptr) {

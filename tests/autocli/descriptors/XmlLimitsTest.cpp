@@ -39,7 +39,7 @@ std::string Repeat(std::string_view text, std::size_t count) {
   return repeated;
 }
 
-/// The text `before + N + after` for N from 1 to `count`.
+/// Returns one string that contains `before + N + after` for each N from 1 to `count`.
 std::string Number(const std::string& before, const std::string& after, int count) {
   std::string numbered;
   for (int i = 1; i <= count; ++i) {

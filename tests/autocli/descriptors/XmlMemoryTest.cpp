@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A document that the parser could not read completely, because memory ran out, must never count as
-// complete. So every allocation of the parser fails here, once or from then on.
+// If memory runs out, the parser cannot read a document completely. The library must never treat
+// such a document as complete. So these tests make each allocation of the parser fail, alone or
+// together with all later ones.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -36,7 +37,7 @@ class FailingAllocator {
  public:
   enum class Failing { Never, Once, FromThenOn };
 
-  /// The allocation `number`, counted from 1, fails.
+  /// The first allocation to fail is `number`, counted from 1.
   FailingAllocator(Failing failing, int number) {
     _failing = failing;
     _number = number;
@@ -80,7 +81,8 @@ std::string ResultOf(const std::function<std::string()>& read, Failing failing, 
   }
 }
 
-/// Expects that `read` has its whole result or is refused, whichever allocation fails.
+/// Expects that `read` returns its whole result or refuses the document, whichever allocation
+/// fails.
 void ExpectAllOrNothing(const std::function<std::string()>& read) {
   xmlInitParser();
   StreamCapture diagnostics(STDERR_FILENO);
@@ -133,7 +135,7 @@ constexpr Document kDocuments[] = {
 INSTANTIATE_TEST_SUITE_P(Documents, XmlMemoryTest, testing::ValuesIn(kDocuments),
                          [](const auto& tested) { return std::string(tested.param.name); });
 
-/// Names and descriptions in the tree of the descriptor at `path`.
+/// Returns the names and descriptions in the tree of the descriptor at `path`.
 std::string TreeOf(const std::string& path) {
   const auto plugin = XmlPlugin::New(path);
   plugin->Initialize();

@@ -92,8 +92,8 @@ class DescriptorFile {
     return root;
   }
 
-  /// What Initialize throws, without the beginning that all messages have. Empty when it throws
-  /// nothing.
+  /// Returns the message that Initialize throws, without the beginning that all messages have.
+  /// Returns an empty string if nothing is thrown.
   std::string GetFault() const {
     try {
       Load();
@@ -222,7 +222,8 @@ TEST(XmlPluginTest, RefusesAFileThatCannotBeParsed) {
   }
 }
 
-/// Sets the users of this process during its lifetime, if it has the rights of root.
+/// Changes the real and the effective user of this process during the lifetime of the object, if
+/// the process has the rights of root.
 class OtherUsers {
  public:
   OtherUsers(uid_t real, uid_t effective) : isRoot_(geteuid() == 0) {
@@ -510,7 +511,7 @@ TEST(XmlPluginTest, RefusesAnIncompleteParameter) {
             "Unable to parse Input Paramter pp. Invalid type int for secret, must be 'string'");
 }
 
-// As for commands: each parameter also has all later faults.
+// As in the test for commands, each parameter also has all faults that come later in the order.
 TEST(XmlPluginTest, ChecksAParameterInAFixedOrder) {
   EXPECT_EQ(InputFaultOf("<parameter type='x' required='x' secret='x'/>"),
             "Unable to parse Input Parameter.  Missing required attribute: 'name'");
@@ -745,7 +746,7 @@ TEST(XmlPluginTest, DoesNotMakeParents) {
                                         NamespaceElement("net.local", "L.") + "</namespaces>"),
                               root),
             "Unable to find a command or namespace with the name 'net' in namespace ");
-  // What was inserted before stays.
+  // The node that was inserted before the failure stays.
   EXPECT_THAT(root->GetNamespaceNodeNames(), ElementsAre("disk"));
 }
 

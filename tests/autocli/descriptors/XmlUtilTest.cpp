@@ -43,7 +43,7 @@ class Tree {
                   &xmlFreeDoc) {}
 
   xmlNode* GetRoot() const { return xmlDocGetRootElement(document_.get()); }
-  /// The child of the root at `position`. Text nodes and comments count.
+  /// The child of the root at `position`. Text nodes and comments are counted too.
   xmlNode* GetChild(int position) const {
     xmlNode* child = GetRoot()->children;
     for (; position > 0; --position) {
@@ -232,7 +232,7 @@ TEST(XmlUtilTest, RefusesToBuildFromTextOrComments) {
               ThrowsMessage<KestrelException>(ofText));
   EXPECT_THAT([&] { XmlUtil_BuildMetaObject(tree.GetChild(1)); },
               ThrowsMessage<KestrelException>(ofComment));
-  // Elements of these names are treated alike.
+  // Elements with the names "text" and "comment" are refused in the same way.
   EXPECT_THAT([&] { XmlUtil_BuildMetaObject(tree.GetChild(2)); },
               ThrowsMessage<KestrelException>(ofText));
   EXPECT_THAT([&] { XmlUtil_BuildMetaObject(tree.GetChild(3)); },
@@ -483,7 +483,7 @@ INSTANTIATE_TEST_SUITE_P(
         ReadingCase{"UnknownEntity", "<o><string>&nbsp;</string></o>", "null"},
         ReadingCase{"InvalidUtf8", "<o><string>\xC3\x28</string></o>", "null"},
         ReadingCase{"ControlCharacter", "<o><string>\x01</string></o>", "null"},
-        // That a document is not well-formed takes precedence over an invalid value.
+        // If a document is not well-formed, this is reported rather than an invalid value in it.
         ReadingCase{"UnbuildableAndThenNotWellFormed", "<o><int>x</int>", "null"},
         ReadingCase{"BadListAndThenNotWellFormed", "<o><list type='x'/></p>", "null"},
         ReadingCase{"NulByte", std::string("<o><string>a\0b</string></o>", 28), "null"}),

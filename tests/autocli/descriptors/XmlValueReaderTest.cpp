@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Reading a document without the parser must be the same as reading it from the tree that
-// `xmlReadMemory` makes: the same value, message of an exception, and diagnostics of the parser.
+// Reading a document without the parser must have the same results as reading it from the tree that
+// `xmlReadMemory` makes: the same value, the same message of an exception, and the same diagnostics
+// of the parser.
 
 #include "autocli/descriptors/XmlValueReader.h"
 
@@ -98,8 +99,8 @@ std::shared_ptr<MetaObject> ParseThroughTree(const std::string& text,
   xmlResetLastError();
   const XmlDocument document(
       xmlReadMemory(text.data(), static_cast<int>(text.size()), "STDOUT", nullptr, 0));
-  // The parser reports text that is too long as if memory had run out, and leaves out its end. What
-  // follows in the document may cause further errors.
+  // If a text is too long, the parser reports that memory ran out and leaves out the end of the
+  // text. What follows in the document may then cause further errors.
   const xmlError* const last = xmlGetLastError();
   if ((last != nullptr && last->code == XML_ERR_NO_MEMORY) ||
       diagnostics.GetText().find("huge text node") != std::string::npos) {

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The audit parameters, which are visible only to a program that links the library's objects.
+// Tests the audit parameters, which are visible only to a program that links the library's objects.
 
 #include <gmock/gmock.h>
 #include <unistd.h>

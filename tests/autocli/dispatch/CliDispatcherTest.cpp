@@ -146,8 +146,8 @@ class CliDispatcherTest : public ::testing::Test {
     dispatcher.RegisterPlugin(std::make_shared<ShowingPlugin>());
     command->SetDefaultOutputFormatter("simple");
     RegisterAt(dispatcher.GetRootNamespace(), {"try", "say"}, command);
-    // The width belongs to the process, so the width that an earlier test has set would have an
-    // effect.
+    // The width is a setting of the whole process, so a width set by an earlier test would still
+    // apply.
     Apply({"--screen-width=0"});
   }
 
@@ -900,7 +900,7 @@ void BreakReads(int descriptor) {
   close(unreadable);
 }
 
-// The descriptor of this process for the open file `path`.
+// Returns the descriptor of this process for the open file `path`.
 int FindDescriptor(const std::string& path) {
   for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
     std::error_code isGone;

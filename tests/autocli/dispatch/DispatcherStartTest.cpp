@@ -12,7 +12,7 @@ int preparations = 0;
 
 }  // namespace
 
-// The library calls this function in this program, not that of the platform.
+// In this program, the library calls this function instead of the one in the platform code.
 void FeatureState_InitDeltaMode() { ++preparations; }
 
 namespace Kestrel::AutoCli {

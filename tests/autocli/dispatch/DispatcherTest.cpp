@@ -410,7 +410,7 @@ class WrittenPieces {
   WrittenPieces(const WrittenPieces&) = delete;
   WrittenPieces& operator=(const WrittenPieces&) = delete;
 
-  // Returns the next write, empty if there is none.
+  // Returns the next write, or an empty string if there is none.
   std::string Next() {
     char piece[4096];
     const ssize_t length = recv(ends_[1], piece, sizeof piece, MSG_DONTWAIT);

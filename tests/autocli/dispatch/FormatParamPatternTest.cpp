@@ -20,7 +20,7 @@ void ExpectSameAnswers(const std::vector<std::string>& texts) {
   CliDispatcher dispatcher;
   for (const std::string& text : texts) {
     OptionParser parser;
-    // After "=", where every string except the empty one is a value.
+    // The text is placed after "=", where every string except the empty one is a value.
     parser.ParseVector({"--format-param=" + text});
     FormatParameters params;
     const auto output = CommandOutput::New();

@@ -21,8 +21,8 @@ inline ::testing::Matcher<FormatterParam> Documents(const std::string& name,
       ::testing::Field("flag", &FormatterParam::flag, flag));
 }
 
-/// The end of the descriptions of "units:" and "printf:", the same in all formatters but for the
-/// character between type and field.
+/// Returns the end of the descriptions of "units:" and "printf:". It is the same in all formatters
+/// except for the character between type and field.
 inline std::string UnitsExample(char separator) {
   return std::string("For example specifying \"units:ScsiDeviceList") + separator +
          "Size\" = \"Mb\" would append the string 'Mb' to the end of a field";

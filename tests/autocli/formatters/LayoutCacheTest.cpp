@@ -113,7 +113,8 @@ TEST_F(LayoutCacheTest, KeepsItsValuesWhenItIsMoved) {
   EXPECT_EQ(Get(moved, b_), 2);
 }
 
-// Otherwise, a layout could be destroyed and another one be created at its address.
+// If the cache did not own its layouts, a layout could be destroyed and another one be created at
+// its address.
 TEST_F(LayoutCacheTest, OwnsTheLayoutsThatItContainsAndNoOthers) {
   auto structure = MetaStruct::New("Row");
   structure->SetField("field of this test alone", 1);

@@ -1,9 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The folder of temporary files is assumed to be trusted: it and the folders above it belong to
-// root, and are sticky if everyone may write to them. As root, this program and its files must
-// belong to root; as a user, to that user.
+// The folder of temporary files is assumed to be trusted. That is: it and the folders above it
+// belong to root, and those that everyone may write to are sticky. If root runs the tests, this
+// program and its files must belong to root. If another user runs them, they must belong to that
+// user.
 
 #include "autocli/plugins/CheckedFile.h"
 
@@ -124,7 +125,8 @@ TEST_F(CheckedFileTest, RefusesAFileOfAnotherUser) {
                 file_ + " belongs to user 4711, who is neither root nor the owner of this program");
 }
 
-/// The reason why a file is refused in a root folder without /proc; empty if it is not.
+/// Returns the reason why a file is refused in a root folder without /proc. Returns an empty string
+/// if the file is accepted.
 std::string ReasonWithoutProc(const std::string& folder, const std::string& path) {
   const MemoryFile reason;
   const pid_t child = fork();

@@ -179,7 +179,7 @@ TEST(SharedLibraryPluginTest, APluginWithoutANumberIsLoaded) {
   EXPECT_THAT(root->GetNamespaceNodeNames(), ElementsAre("own"));
 }
 
-// A unique symbol would have the first definition for all.
+// If the number were a unique symbol, the loader would use the first definition for all plug-ins.
 TEST(SharedLibraryPluginTest, EachPluginHasANumberOfItsOwn) {
   const std::unique_ptr<void, int (*)(void*)> other(
       dlopen(TestPluginPath("OtherAbiPlugin").c_str(), RTLD_LAZY | RTLD_GLOBAL), dlclose);

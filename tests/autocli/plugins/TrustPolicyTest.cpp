@@ -21,7 +21,7 @@ struct stat Status(mode_t mode, uid_t user) {
   return status;
 }
 
-// The reason for the mode and the user, with a program of kOwner.
+// Returns why a file with this mode and user is not trusted if the program belongs to kOwner.
 std::string Distrust(mode_t mode, uid_t user) {
   return FindDistrust(Status(mode, user), kOwner).value_or("");
 }

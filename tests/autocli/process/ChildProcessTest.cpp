@@ -129,7 +129,7 @@ TEST_F(ChildProcessTest, AChildThatClosesItsInputFailsTheWrite) {
       [&] { RunShell("echo lost; exec <&-; echo lost", output, std::string(1000000, 'x')); },
       ThrowsMessage<KestrelException>("Unable to write to sub-process: Broken pipe"));
   EXPECT_EQ(output, "before");
-  while (HasChildren()) {  // it may end after the call; a later one reaps it
+  while (HasChildren()) {  // the child may end after the call; a later call reaps it
     OutputOf("exit 0");
   }
 }
@@ -277,7 +277,7 @@ class DescriptorLimit {
  public:
   DescriptorLimit() { getrlimit(RLIMIT_NOFILE, &before_); }
 
-  /// Until then, no descriptor can be opened that is not less than `limit`.
+  /// Until then, no descriptor can be opened whose number is `limit` or greater.
   explicit DescriptorLimit(int limit) : DescriptorLimit() {
     rlimit limited = before_;
     limited.rlim_cur = static_cast<rlim_t>(limit);

@@ -224,7 +224,7 @@ const GuardedRun kRuns[] = {
        ExpectPromptAgain(terminal);
        Answer(terminal);
      }},
-    // Reading the terminal in the background stops it again.
+    // Reading the terminal in the background stops the program again.
     {"InTheBackgroundItLeavesTheTerminalAlone", AskForSecret,
      [](auto& terminal) {
        terminal.Type("\x1a");

@@ -36,8 +36,8 @@ class SignalForwardingTest : public testing::Test {
   const Handler end_;
 };
 
-/// Runs a function in a process of its own, which a guard may end. Returns the wait status; no
-/// process that the function has started is left.
+/// Runs a function in a process of its own, which a guard may end. Returns the wait status of that
+/// process, after killing all processes that the function has started.
 int StatusOf(void (*function)()) {
   const pid_t process = fork();
   if (process == 0) {
@@ -59,7 +59,7 @@ void RequireOrExit(bool holds) {
 }
 
 /// Starts a process that waits for a signal, with a process of the same kind below it. Returns when
-/// both wait. The read end of `ends` reaches its end when both have ended.
+/// both wait. When both have ended, a read from the read end of `ends` returns the end of the file.
 pid_t StartTwo(int (&ends)[2]) {
   RequireOrExit(pipe(ends) == 0);
   const pid_t child = fork();

@@ -70,7 +70,7 @@ int CountCopies() {
   return copies;
 }
 
-/// Makes the secret and a line end the standard input.
+/// Makes the secret, followed by a line end, the content of standard input.
 void TypeSecret() {
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);

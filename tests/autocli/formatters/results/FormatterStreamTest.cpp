@@ -33,7 +33,7 @@ using MetaObj::MetaList;
 using MetaObj::MetaObject;
 using MetaObj::MetaStruct;
 
-/// What applies to every formatter of results, whatever stream it writes to.
+/// Tests what applies to every formatter of results, whatever stream it writes to.
 class FormatterStreamTest : public ::testing::TestWithParam<std::string> {
  protected:
   void Format(const std::shared_ptr<MetaObject>& root, std::ostream& out) {
@@ -180,7 +180,7 @@ TEST_P(FormatterStreamTest, NeedsNoMemoryForMoreRows) {
   const auto rows = MakeRows(count);
   CountingBuffer buffer;
   std::ostream out(&buffer);
-  Format(MakeRows(10), out);  // so that allocations of the first call do not count
+  Format(MakeRows(10), out);  // so that allocations of the first call are not measured
   const long before = PeakMemory();
   Format(rows, out);
   EXPECT_LT(PeakMemory() - before, 1024) << "KiB for " << count << " rows";

@@ -17,7 +17,7 @@ MISREAD = {"Bool": b"Error reading a bool", "Int": b"Error reading a int",
 
 
 class OutsideContract(Exception):
-    """Raised where the documents do not say what is printed."""
+    """Raised when the documentation does not say what is printed."""
 
 
 def indent(level):
