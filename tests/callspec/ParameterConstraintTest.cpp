@@ -55,7 +55,8 @@ std::shared_ptr<ParameterConstraint> Integers(const std::vector<std::int64_t>& v
   return constraint;
 }
 
-// The messages for one value of the parameter "count". There is one exactly if it is invalid.
+// Returns the messages for one value of the parameter "count". Expects that there are messages
+// exactly if the value is invalid.
 std::vector<std::string> Refusal(const std::shared_ptr<ParameterConstraint>& constraint,
                                  const std::string& value) {
   const auto output = Output::New();

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The module with regular expressions, beside a copy of the library in a folder of its own.
+// Tests how the library finds the module with regular expressions. Each test uses a folder of its
+// own with a copy of the library.
 
 #include <gmock/gmock.h>
 

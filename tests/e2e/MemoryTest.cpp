@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Memory runs out at each moment of the start.
+// Makes memory run out at each allocation while the tool starts.
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -53,7 +53,7 @@ Ended RunToEnd(const VexilRun& run) {
   return ended;
 }
 
-// The numbers go beyond the last allocation of the start.
+// The loop continues beyond the number of the last allocation while the tool starts.
 TEST_P(MemoryTest, AFailureEndsTheToolWithAMessage) {
   if (kIsSanitized) {
     GTEST_SKIP() << "The sanitizer has an allocator of its own";

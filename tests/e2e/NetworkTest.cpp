@@ -50,7 +50,7 @@ class Listener {
     close(client);
   }
 
-  // Whether there was a connection since the last call.
+  // Returns whether there was a connection since the last call.
   bool HasCaller() {
     const int caller = accept4(socket_, nullptr, nullptr, SOCK_CLOEXEC);
     close(caller);
@@ -66,7 +66,7 @@ class Listener {
 
 class NetworkTest : public ::testing::Test {
  protected:
-  // A document that names others of the network wherever that is possible.
+  // Returns a document that refers to documents on the network wherever a document can.
   std::string Document(const std::string& root) const {
     const std::string url = listener_.Url("http");
     return "<?xml version='1.0'?><?oasis-xml-catalog catalog='" + url + "/catalog'?>" +
@@ -75,7 +75,7 @@ class NetworkTest : public ::testing::Test {
            url + "/text'>]>" + root;
   }
 
-  // Attributes and elements that name documents of the network.
+  // Returns attributes and elements that name documents on the network.
   std::string References() const {
     const std::string url = listener_.Url("http");
     return "<a xmlns:i='http://www.w3.org/2001/XInclude' "

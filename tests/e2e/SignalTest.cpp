@@ -35,7 +35,7 @@ bool IsRunning(const std::string& process) {
   return name != std::string::npos && status.compare(name, 4, ") Z ") != 0;
 }
 
-/// Whether `process` ends within ten seconds.
+/// Returns whether `process` ends within ten seconds.
 bool EndsSoon(const std::string& process) {
   for (int i = 0; i < 10000 && IsRunning(process); ++i) {
     usleep(1000);
@@ -43,7 +43,7 @@ bool EndsSoon(const std::string& process) {
   return !IsRunning(process);
 }
 
-/// Whether `process` or a process below it runs the program sleep.
+/// Returns whether `process` or a process below it runs the program sleep.
 bool IsSleeping(const std::string& process) {
   if (ReadFile("/proc/" + process + "/comm") == "sleep\n") {
     return true;
@@ -71,8 +71,9 @@ class SignalTest : public ::testing::Test {
     return VexilRun({"--plugin=" + path, "sig", "run"});
   }
 
-  /// Waits for the numbers of processes that the command prints before "ready", and until the
-  /// program sleep runs below the first one. Until then a shell may miss a signal.
+  /// Returns the numbers of processes that the command prints before "ready". Waits for these
+  /// numbers and then until the program sleep runs below the first process, because a shell may
+  /// miss an earlier signal.
   std::vector<std::string> WaitForProcesses() {
     std::istringstream shown(terminal_.ReadUntil("ready"));
     std::vector<std::string> processes;

@@ -19,19 +19,20 @@ namespace Kestrel::Testing {
 /// Why the tool cannot run in a throw-away root on this machine; nothing if it can.
 std::optional<std::string> WhyNoThrowAwayRoot();
 
-/// A run of the tool in a root folder of its own, in which every file may belong to anyone. The
-/// folder exists in memory and in the mounts of the run only.
+/// A run of the tool in a root folder of its own, in which files may belong to any user. The folder
+/// is in memory, and only this run mounts it.
 ///
-/// It contains the tool, the library and an empty default folder for plug-ins where this build has
-/// them; shared objects in /samples; /usr of this machine, which is read-only; /dev, /proc and
-/// /tmp. Everything that does not come from this machine belongs to root.
+/// The folder contains the tool, the library and an empty default folder for plug-ins, at the same
+/// paths as in this build. It also contains shared objects in /samples; /usr of this machine, which
+/// is read-only; and /dev, /proc and /tmp. Everything that does not come from this machine belongs
+/// to root.
 class ThrowAwayRoot {
  public:
   /// `prepare` is called as root, in the new root, before the tool starts.
   explicit ThrowAwayRoot(std::function<void()> prepare) : prepare_(std::move(prepare)) {}
 
-  /// The real and the effective user of the process that starts the tool; root by default. Its
-  /// groups have the number of the real user.
+  /// Sets the real and the effective user of the process that starts the tool; both are root by
+  /// default. The groups of that process have the number of the real user.
   ThrowAwayRoot& As(uid_t real, uid_t effective);
 
   /// Sets a variable of the environment, which is otherwise empty.

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Whose plug-ins the tool loads. Each test starts the tool in a root folder of its own, where files
-// belong to several users.
+// Tests which users' plug-ins the tool loads. Each test starts the tool in a root folder of its
+// own, where files belong to several users.
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
@@ -58,7 +58,7 @@ void MakePlugin(const std::string& path) {
   }
 }
 
-// What the dispatcher reports for a plug-in of a folder that it skips.
+// Returns what the dispatcher reports for a plug-in of a folder that it skips.
 std::string Skipped(const std::string& path, const std::string& reason) {
   return "Error loading plugin " + path + " skipping.  Error was: " +
          (IsObject(path)
@@ -106,9 +106,9 @@ constexpr Start kUsersDiffer = {kCaller, 0};
 struct TrustCase {
   const char* name;
   Start start;
-  /// What is done to a plug-in of root that is trusted. `file` is its path.
+  /// Changes a plug-in that belongs to root and is trusted. `file` is its path.
   void (*change)(const std::string& file);
-  /// Why the plug-in is skipped; the empty string if it is loaded.
+  /// Returns why the plug-in is skipped, or an empty string if it is loaded.
   std::string (*reason)(const std::string& file);
 };
 
@@ -147,7 +147,8 @@ void OwnFolder(const std::string&) {
   Own(kFolder, user);
 }
 
-// The file is in the folder /other, which has the mode, and a link to it in the default folder.
+// Moves the file to the new folder /other, which has the mode `mode`. In the default folder, a link
+// takes the place of the file.
 template <mode_t mode>
 void LinkInto(const std::string& file) {
   MakeFolder("/other");
@@ -156,7 +157,7 @@ void LinkInto(const std::string& file) {
   SetMode("/other", mode);
 }
 
-// The default folder is a link to /other/plugins.
+// Makes the default folder a link to /other/plugins. The folder /other has the mode `mode`.
 template <mode_t mode>
 void LinkFolder(const std::string&) {
   MakeFolder("/other");

@@ -127,7 +127,7 @@ std::string Unlock(const Input& input) {
          "'";
 }
 
-// Keeps the descriptor open; later output of the tool must not go to that file.
+// Opens a file and keeps the descriptor open. Later output of the tool must not go to that file.
 std::string Hold(const Input& input) {
   return open(input.GetParameter("text").c_str(), O_WRONLY) == -1 ? "refused" : "held";
 }

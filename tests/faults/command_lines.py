@@ -34,8 +34,8 @@ TREE_PROLOG = '<?xml version="1.0"?>\n<!DOCTYPE output [<!ENTITY who "world">]>\
 
 
 def make_descriptor(campaign, count=40):
-    """Writes a descriptor with commands that print documents: read as they come, through a tree
-    (with a declaration), broken, and a single string."""
+    """Writes a descriptor whose commands print documents: one that is read as it comes, one that
+    is read through a tree because it has a declaration, a broken one, and a single string."""
     def listing(text):
         rows = "".join(ROW.format(f"{text} &amp; {number}", number) for number in range(count))
         return f'<output><list type="structure">{rows}</list>'

@@ -83,7 +83,7 @@ class FullDevice(Sink):
 
 
 class SizeLimit(Sink):
-    """A file that may have only some bytes; the signal of the limit is ignored or not."""
+    """A file with a limited size. The signal for exceeding the limit may be ignored."""
 
     def __init__(self, limit):
         self.limit = limit

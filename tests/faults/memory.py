@@ -3,9 +3,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """Makes memory run out at each allocation of a run of the tool.
 
-Each command line runs once to count its allocations. It then runs once for each of them, in which
-that allocation fails, alone or together with all later ones. The tool must print the same as
-before, or report an error: a message and a status that is not 0.
+Each command line runs once to count its allocations. Then it runs again for each allocation. In
+that run the allocation fails, alone or together with all later ones. The tool must print the same
+as before, or report an error: a message and a status that is not 0.
 
 The full form tries every allocation of all command lines, the quick form every seventh of five.
 """

@@ -3,11 +3,11 @@
 # SPDX-License-Identifier: Apache-2.0
 """Sends signals to the tool at random moments: at a prompt, while a child runs, while it prints.
 
-The tool runs on a terminal. Afterwards it must have ended by the signal, or as usual with the whole
-output if the signal came too late. The terminal must echo, and no process may be left: SIGINT and
-SIGTERM end the child, which would run for a long time; after another signal the child, which is
-short, ends by itself. A shell that is about to start a program may miss SIGINT, as it may miss the
-interrupt key of a terminal; then a second SIGINT must end everything.
+The tool runs on a terminal. The signal must end it. If the signal comes too late, the tool must end
+as usual with the whole output. Afterwards the terminal must echo, and no process may be left.
+SIGINT and SIGTERM must end the child, which would otherwise run for a long time. For other signals
+the child is a short one, which ends by itself. A shell that is about to start a program may miss
+SIGINT, as it may miss the interrupt key of a terminal. Then a second SIGINT must end everything.
 
 The full form sends each of the ten signals at 1,000 moments, the quick form at 12.
 """
@@ -57,8 +57,8 @@ def processes_of(session):
 
 
 def reap(session):
-    """Waits until the processes of a session that have become ours have ended. Returns those that
-    have not."""
+    """Waits until the processes of a session have ended, and reaps those that have become children
+    of this process. Returns the processes that have not ended in time."""
     end = time.monotonic() + MAX_SECONDS_LEFT
     while True:
         left = processes_of(session)

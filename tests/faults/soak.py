@@ -22,7 +22,8 @@ import tool
 
 MAX_GROWTH_KB = 1024
 
-# One of these for each line; the last one, which runs a child, only once in a thousand lines.
+# Each line is one of these. The last one, which runs a child, is used only once in a thousand
+# lines.
 LINES = (
     'try say --text "two words"',
     "try rows -c 5",

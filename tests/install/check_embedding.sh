@@ -2,8 +2,8 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# check_embedding.sh SOURCE TOOL WORK: builds a project that has Kestrel as a part: a program and a
-# plug-in, which TOOL loads.
+# check_embedding.sh SOURCE TOOL WORK: builds a project that contains Kestrel as a part. The project
+# consists of a program and a plug-in. TOOL loads the plug-in.
 set -euo pipefail
 
 source=$1 tool=$2 work=$3

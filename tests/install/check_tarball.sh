@@ -20,14 +20,14 @@ export DESTDIR=$work/root
 cmake --install "$build" --prefix /opt/kestrel >"$work/log" 2>&1 || fail "$(<"$work/log")"
 tar -C "$work/root" -c opt | tar -C "$work/unpacked" -x
 
-# The tool runs where the archive is unpacked; no line is about a missing folder.
+# The tool runs where the archive is unpacked, and does not report a missing folder.
 prefix=$work/unpacked/opt/kestrel
 "$prefix/bin/vexil" --plugin-dir "$prefix/lib/norvane/vexil" vexil plugin list >"$work/plugins" \
   2>"$work/errors" || fail "the tool fails: $(<"$work/errors")"
 [[ ! -s $work/errors ]] || fail "the tool complains: $(<"$work/errors")"
 grep -q "^host\.so " "$work/plugins" || fail "the tool lacks plug-ins: $(<"$work/plugins")"
 
-# Files of others stay, and so do the folders that they are in.
+# Files that were not installed stay, and so do the folders that contain them.
 touch "$work/root/opt/kestrel/bin/other"
 cmake -DMANIFEST="$build/install_manifest.txt" -DPLUGIN_DIR=lib/norvane/vexil \
   -P "${BASH_SOURCE[0]%/*}/../../cmake/KestrelUninstall.cmake" >"$work/log" 2>&1 ||

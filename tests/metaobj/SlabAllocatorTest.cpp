@@ -60,7 +60,8 @@ TEST(SlabAllocatorTest, ReusesAFreedBlockForItsSize) {
   Slab::Free(larger, 48);
 }
 
-// Enough for several of the largest chunks, which make a system call that may fail.
+// The blocks need several of the largest chunks. Allocating such a chunk makes a system call that
+// may fail.
 TEST(SlabAllocatorTest, DoesNotChangeErrno) {
   constexpr std::size_t kBlocks = 8 * 1024;
   std::vector<void*> blocks;
@@ -259,7 +260,7 @@ TEST_F(SlabAllocatorThreadTest, ReusesTheMemoryOfAThreadThatHasEnded) {
   EXPECT_LT(used.size(), 5 * kBlocks);
 }
 
-// Each thread allocates one block, so that the rest of its chunk matters.
+// Each thread allocates only one block, so it leaves most of its chunk unused.
 TEST_F(SlabAllocatorThreadTest, ReusesTheRestOfTheChunkOfAThreadThatHasEnded) {
   constexpr std::uintptr_t kChunk = 16 * 1024;
   std::set<std::uintptr_t> chunks;

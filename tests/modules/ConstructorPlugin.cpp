@@ -40,7 +40,8 @@ void WriteNumbers() {
   }
 }
 
-// Hides the end of the pipe from those who wait for it.
+// Closes the pipe to the parent but keeps running, so that the end of the pipe does not mean the
+// end of the process.
 [[maybe_unused]] void CloseAndHang() {
   for (int descriptor = 0; descriptor < 100; ++descriptor) {
     close(descriptor);

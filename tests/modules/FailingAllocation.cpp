@@ -1,12 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// When preloaded into a program, makes memory allocation number FAIL_AT fail, and with
-// FAIL_FROM_THEN_ON set also all later ones. At its normal end, the program writes the number of
-// its allocations to the file FAIL_COUNT_FILE, if that is set. Child processes are not affected.
+// When preloaded into a program, makes the memory allocation with the number FAIL_AT fail. If
+// FAIL_FROM_THEN_ON is set, all later allocations fail too. If FAIL_COUNT_FILE is set, the program
+// writes the number of its allocations to that file when it ends normally. Child processes are not
+// affected.
 //
-// With FAIL_AFTER_NAME_SERVICE set, the C library reads /etc/nsswitch.conf before the count starts:
-// glibc 2.36 uses a null pointer when memory runs out there, which no program can prevent.
+// If FAIL_AFTER_NAME_SERVICE is set, the C library reads /etc/nsswitch.conf before the count
+// starts. The reason is that glibc 2.36 uses a null pointer when memory runs out there, which no
+// program can prevent.
 
 #include <pwd.h>
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Registers nothing, and makes the root folder the current one of the process.
+// Registers nothing, and makes the root folder the working directory of the process.
 
 #include <kestrel/KestrelException.h>
 #include <kestrel/autocli/PluginEntryPoint.h>

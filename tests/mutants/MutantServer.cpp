@@ -1,12 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The main function of the test programs of scripts/mutate.py. It forks for each request, so that a
-// test needs neither a start of the program nor the state that an earlier one has left.
+// The main function of the test programs of scripts/mutate.py. It forks for each request. So the
+// program need not be started again for each test, and no test sees the state that an earlier one
+// has left.
 //
-// A request is a line of standard input: the limits of processor time and of time, in seconds, and
-// the names of the tests, separated by colons. The answer is "passed", "failed" or "slow", and the
-// microseconds of processor time.
+// A request is a line of standard input: the limits of processor time and of elapsed time, in
+// seconds, and the names of the tests, separated by colons. The answer is "passed", "failed" or
+// "slow", and the microseconds of processor time.
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -53,7 +54,7 @@ struct Request {
   std::exit(RUN_ALL_TESTS());
 }
 
-// Whether another process of this namespace runs or could run.
+// Returns whether another process of this namespace runs or could run.
 bool IsAnyRunning() {
   namespace fs = std::filesystem;
   const std::string self = std::to_string(getpid());
@@ -71,8 +72,9 @@ bool IsAnyRunning() {
   return false;
 }
 
-// Waits until a child ends. Returns false if it takes too long, or if nothing has run for a while:
-// on a busy machine, a test that only waits for a processor is not stuck.
+// Waits until a child ends. Returns false if that takes too long, or if no process has run for a
+// while. A test that only waits for a processor of a busy machine could run, so it is not regarded
+// as stuck.
 bool WaitForEnd(pid_t child, int seconds) {
   // The declaration of pidfd_open has no C linkage in some versions of the C library.
   pollfd end = {static_cast<int>(syscall(SYS_pidfd_open, child, 0)), POLLIN, 0};

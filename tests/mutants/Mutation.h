@@ -102,8 +102,9 @@ MUTATION_COMPARISON(GreaterEqual, >=, >, <)
 MUTATION_EQUALITY(Equal, ==, !=)
 MUTATION_EQUALITY(Unequal, !=, ==)
 
-/// A sum of numbers becomes a difference and the other way around; a distance is one greater; of
-/// anything else, the right side is left out.
+/// In a mutant, a sum of two numbers becomes a difference, and a difference becomes a sum. The
+/// distance of two pointers or iterators becomes greater by one. For all other operands, the result
+/// is the left operand.
 #define MUTATION_SUM(Name, op, other)                                          \
   MUTATION_HALF(Name, op)                                                      \
   template <int number, typename Left, typename Right>                         \

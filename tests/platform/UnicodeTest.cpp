@@ -37,7 +37,7 @@ class KnownSequences {
 
   bool Contains(const std::string& bytes) const { return known_[Key(bytes)]; }
 
-  // Whether three bytes consist of valid sequences.
+  // Returns whether three bytes consist of valid sequences.
   bool IsMadeOfThem(std::size_t threeBytes) const {
     const auto bytes = [threeBytes](unsigned first, unsigned count) {
       const std::size_t rest = threeBytes >> (8 * (3 - first - count));
@@ -49,7 +49,8 @@ class KnownSequences {
   }
 
  private:
-  // The bytes after a leading 1, so that the length is part of the number.
+  // Returns a number that consists of a leading 1 and the bytes, so that it depends on their number
+  // too.
   static std::size_t Key(const std::string& bytes) {
     std::size_t key = 1;
     for (const char byte : bytes) {
@@ -61,7 +62,7 @@ class KnownSequences {
   std::vector<bool> known_ = std::vector<bool>(std::size_t{1} << 25, false);
 };
 
-// The valid sequence at the beginning or an invalid byte, then the rest in the same way.
+// Copies each valid sequence and escapes each byte that is not part of one.
 std::string EscapeByTable(const KnownSequences& known, const std::string& bytes) {
   std::string text;
   for (std::size_t at = 0; at < bytes.size();) {

@@ -11,9 +11,9 @@ DIR is the installed tree, whose schemas are checked.
 valid     all descriptors of this project, its guides and their tests are accepted, and so are the
           documents that the formatters xml and value-xml print, and those of scripts
 refused   descriptors with mistakes are refused, except those in tests/data/schemas/accepted.txt
-places    jing refuses them at the places in tests/data/schemas/places.txt
+places    jing refuses these descriptors at the places in tests/data/schemas/places.txt
 catalog   the catalog names every schema, and a validator finds them by these names
-made      make_schemas.py makes the same schemas again
+made      make_schemas.py makes schemas that equal the installed ones
 
 The exit status is 77 if a check needs a program that is not installed. --rewrite writes the files
 in tests/data/schemas instead.
@@ -33,7 +33,7 @@ DATA = os.path.join(ROOT, "tests/data/schemas")
 SKIPPED = 77
 NAMES = ("descriptor", "value-document", "output")
 BAD_FOLDERS = ("tests/data/descriptors/broken", "tests/data/lint/rules")
-# An XML schema has a root of one name; the tool accepts any.
+# In an XML schema the root has a fixed name; the tool accepts any name.
 ANY_ROOT = re.compile(r"(</?)(descriptor|extension|try)(?=>)")
 
 
@@ -76,7 +76,7 @@ class Checker:
         return path
 
     def accepted(self, schema, paths):
-        """Which of the files a schema accepts; `schema` is a name with its suffix."""
+        """Returns the files that a schema accepts; `schema` is a name with its suffix."""
         option = "--schema" if schema.endswith(".xsd") else "--relaxng"
         path = os.path.join(self.schemas, schema)
         _, printed = run("xmllint", "--noout", "--nonet", option, path, *paths)
@@ -85,7 +85,7 @@ class Checker:
         return {path for path in paths if f"\n{path} validates\n" in "\n" + printed}
 
     def expect_valid(self, name, paths):
-        """Both forms of a schema accept all of the files; there is at least one."""
+        """Checks that both forms of a schema accept all files; at least one file must exist."""
         self.checked += len(paths)
         if not paths:
             self.fail(f"there are no documents for {name}")
@@ -100,7 +100,7 @@ class Checker:
     # valid
 
     def descriptors(self):
-        """Those that are installed, those in guides, and those that tests load."""
+        """Returns the descriptors that are installed, those in guides, and one that tests load."""
         found = glob.glob(os.path.join(self.stage, "lib/norvane/vexil/*.xml"))
         for page in sorted(glob.glob(os.path.join(ROOT, "docs/*.md"))):
             text = read(page).decode()
@@ -112,7 +112,7 @@ class Checker:
         return [self.with_usual_root(path) for path in found if is_descriptor(path)]
 
     def golden_outputs(self):
-        """The documents in the files of the tests of the formatter xml, by their names."""
+        """Returns the documents in the golden files of the formatter xml, by their names."""
         documents = {}
         for path in sorted(glob.glob(os.path.join(ROOT, "tests/golden/xml/*.txt"))):
             for part in re.split(rb"^=== ", read(path), flags=re.MULTILINE)[1:]:
@@ -135,7 +135,7 @@ class Checker:
                 self.fail(f"output{suffix} accepts {path}")
 
     def check_printed(self):
-        """What the tool and a script print now."""
+        """Checks documents that the tool and a script print during this test."""
         tool = [os.path.join(self.stage, "bin/vexil"),
                 "--plugin-dir", os.path.join(self.stage, "lib/norvane/vexil")]
         commands = (["vexil", "command", "list"], ["vexil", "plugin", "list"],
@@ -153,7 +153,7 @@ class Checker:
         self.expect_valid("value-document", [self.save("script", done.stdout)])
 
     def check_values(self):
-        """Documents that the tool accepts, and those that a schema refuses."""
+        """Checks documents that a schema must accept, and documents that it must refuse."""
         good = ("<string> a <![CDATA[<b>]]></string>", "<int/>", "<int> 42 </int>",
                 "<bool>f</bool>", "<structure typeName='A1'/>",
                 "<list type='bool'><bool>1</bool></list>",
@@ -188,7 +188,7 @@ class Checker:
     # refused
 
     def bad_descriptors(self):
-        """The well-formed ones, by the ends of their paths."""
+        """Returns the well-formed descriptors with mistakes, by the ends of their paths."""
         found = [path for folder in BAD_FOLDERS
                  for path in sorted(glob.glob(os.path.join(ROOT, folder, "*.xml")))]
         return {"/".join(path.split("/")[-2:]): path for path in found if is_xml(path)}
@@ -234,7 +234,7 @@ class Checker:
         self.check_other_validator()
 
     def check_other_validator(self):
-        """A validator other than xmllint accepts the XML schemas and documents."""
+        """Checks that a validator other than xmllint accepts the XML schemas and documents."""
         tool = os.path.join(self.stage, "bin/vexil")
         documents = {
             "descriptor": os.path.join(ROOT, "tests/data/lint/disks.xml"),

@@ -10,7 +10,8 @@ namespace Kestrel::Testing {
 /// The absolute path of a shared object from tests/modules; `name` has no suffix.
 std::string TestPluginPath(const std::string& name);
 
-/// Copies that shared object to `path`; the loader treats the copy as another object.
+/// Copies the shared object `name` from tests/modules to `path`. The loader treats the copy as
+/// another object.
 void CopyTestPlugin(const std::string& name, const std::string& path);
 
 /// Whether the shared object at `path` is loaded.

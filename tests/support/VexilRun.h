@@ -25,8 +25,8 @@ struct VexilResult {
 /// test and has the test's environment without OPR_USERNAME.
 ///
 /// The tool looks for plug-ins in the folders that were chosen when it was built. If they do not
-/// exist, its standard error begins with a line for each. The run requires exactly these lines
-/// there and removes them from the result.
+/// exist, the standard error of the tool begins with a line for each folder. `Run` requires exactly
+/// these lines at the beginning and removes them from the result.
 class VexilRun {
  public:
   explicit VexilRun(std::vector<std::string> arguments = {});

@@ -8,14 +8,15 @@
 
 namespace Kestrel::Testing {
 
-/// Standard output of a shell command in the C locale. Fails the test if the command fails or does
-/// not exist.
+/// Returns the standard output of a shell command in the C locale. Fails the test if the command
+/// fails or does not exist.
 std::string Witness(const std::string& command);
 
-/// The lines of the output, without an empty last one.
+/// Returns the lines of the output, without an empty last one.
 std::vector<std::string> WitnessLines(const std::string& command);
 
-/// The words of `text`, separated by spaces. With a limit, the last word is the rest of the text.
+/// Returns the words of `text`, which spaces separate. With a limit, the last word is the rest of
+/// the text.
 std::vector<std::string> WordsIn(const std::string& text, std::size_t limit = 0);
 
 }  // namespace Kestrel::Testing

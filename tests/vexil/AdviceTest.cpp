@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The output of the real tool in addition to the library's messages: on pipes and on a terminal.
+// Tests what the real tool prints in addition to the library's messages, on pipes and on a
+// terminal.
 
 #include <gmock/gmock.h>
 

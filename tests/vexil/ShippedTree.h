@@ -13,7 +13,7 @@ namespace Kestrel::Testing {
 /// Returns the plug-in files of this project in the build tree.
 std::vector<std::string> ListShippedPlugins();
 
-/// Loads all of them.
+/// Loads all plug-in files of this project into `dispatcher`.
 void LoadShippedTree(AutoCli::Dispatcher& dispatcher);
 
 }  // namespace Kestrel::Testing

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The formatter that the environment requests for results on a terminal.
+// Tests the formatter that the environment requests for results on a terminal.
 
 #include <gmock/gmock.h>
 
@@ -52,7 +52,8 @@ std::string MakeDescriptor() {
 
 class TerminalFormatterTest : public ::testing::Test {
  protected:
-  // A run that loads the commands, with the request unless `isRequested` is false.
+  // Returns a run that loads the commands. The environment requests a formatter unless
+  // `isRequested` is false.
   VexilRun Run(std::vector<std::string> words, bool isRequested = true) const {
     words.insert(words.begin(), {"--plugin", path_});
     VexilRun run(words);
@@ -63,7 +64,7 @@ class TerminalFormatterTest : public ::testing::Test {
     return run;
   }
 
-  // What the run writes to a terminal, without the lines about missing folders.
+  // Returns what the run writes to a terminal, without the lines about missing folders.
   static std::string OnTerminal(const VexilRun& run) {
     PseudoTerminal terminal;
     terminal.Start([&run]() -> int { run.Exec(); });

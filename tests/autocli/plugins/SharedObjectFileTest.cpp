@@ -125,7 +125,8 @@ void Append(std::string& text, const Value& value) {
   text.append(reinterpret_cast<const char*>(&value), sizeof value);
 }
 
-/// Makes a shared object whose entries for the loader include the string `value` with the tag `tag`.
+/// Makes a shared object in which the loader finds an entry with the tag `tag` and the string
+/// `value`.
 std::string MakeDynamicObject(std::int64_t tag, const std::string& value) {
   constexpr std::size_t kCount = 3;
   constexpr std::size_t kEntryPlace = kSegmentPlace + 2 * sizeof(ElfW(Phdr));

@@ -47,7 +47,8 @@ std::size_t ColumnsOf(char32_t code) {
                       : static_cast<std::size_t>(WidthClassOf(code));
 }
 
-/// Returns the columns of a line, without our sequences. Reports everything that may not be in it.
+/// Returns the number of columns that a line fills, without the escape sequences that the format
+/// prints. Reports everything that may not be in the line.
 std::size_t CheckLine(std::string_view line) {
   std::size_t columns = 0;
   while (!line.empty()) {

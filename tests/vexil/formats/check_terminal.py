@@ -114,7 +114,7 @@ def pipe(command):
                           timeout=TIMEOUT).stdout.decode().rstrip("\n").split("\n")
 
 
-# Writes what comes before the mark of each line and asks the terminal for the column.
+# Writes the part of each line before the "<" and asks the terminal for the column.
 ASK = r"""
 import os, re, sys, termios, tty
 modes = termios.tcgetattr(0)
