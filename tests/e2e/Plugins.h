@@ -12,8 +12,8 @@
 
 namespace Kestrel::Testing {
 
-/// A run of the tool that loads TryPlugin, whose commands are in the namespace "try". `options` are
-/// further dispatcher options.
+/// Makes a run of the tool that loads TryPlugin, whose commands are in the namespace "try".
+/// `options` are further dispatcher options.
 inline VexilRun Try(std::vector<std::string> words, std::vector<std::string> options = {}) {
   std::vector<std::string> arguments = {"--plugin", TestPluginPath("TryPlugin")};
   arguments.insert(arguments.end(), options.begin(), options.end());

@@ -15,7 +15,8 @@ namespace {
 
 using ::testing::StartsWith;
 
-// A comment, a line of spaces, a line that loads a plug-in, one that fails, and six that succeed.
+// Returns a comment, a line of spaces, a line that loads a plug-in, a line that fails, and six
+// lines that succeed.
 std::string MakeTenLines() {
   return "# ten lines\n"
          "   \t\n"

@@ -44,7 +44,7 @@ void Bind(const std::string& source, const std::string& target) {
   Require(mount(source.c_str(), target.c_str(), nullptr, MS_BIND | MS_REC, nullptr) == 0, target);
 }
 
-// The loader, the libraries and the shell of this machine.
+// Adds the loader, the libraries and the shell of this machine.
 void AddSystem(const std::string& root) {
   Bind("/usr", root + "/usr");
   const unsigned long flags = MS_BIND | MS_REMOUNT | MS_RDONLY;
@@ -91,7 +91,7 @@ bool CanMount() {
   return waitpid(child, &status, 0) == child && status == 0;
 }
 
-// The run-time library for coverage cannot write its data here.
+// Removes the messages of the run-time library for coverage, which cannot write its data here.
 std::string WithoutProfiling(const std::string& text) {
   std::string kept;
   for (std::size_t at = 0; at < text.size();) {

@@ -16,7 +16,7 @@
 
 namespace Kestrel::Testing {
 
-/// Why the tool cannot run in a throw-away root on this machine; nothing if it can.
+/// Returns why the tool cannot run in a throw-away root on this machine, or nothing if it can.
 std::optional<std::string> WhyNoThrowAwayRoot();
 
 /// A run of the tool in a root folder of its own, in which files may belong to any user. The folder

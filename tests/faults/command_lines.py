@@ -69,7 +69,7 @@ def make_files(campaign):
 
 
 def command_lines(campaign):
-    """The command lines of all campaigns, by name; the first five are those of the quick forms."""
+    """Returns the command lines of all campaigns, by name. The quick forms run the first five."""
     make_files(campaign)
     documents = make_descriptor(campaign)
     host = ["--plugin", os.path.join(campaign.tree, "plugins/host/host.so")]

@@ -200,7 +200,7 @@ def enter_namespaces():
 
 
 def calls(campaign):
-    """The command lines, as name, arguments and standard input."""
+    """Yields the command lines, as name, arguments and standard input."""
     trial = [campaign.tool, "--plugin", os.path.join(campaign.modules, "TryPlugin.so")]
     for formatter, size in itertools.product(FORMATTERS, SIZES):
         words = ["--formatter", formatter, "try", "rows", "-c", str(size)]

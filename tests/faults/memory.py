@@ -18,7 +18,7 @@ import tool
 
 
 def faults(line, preload, **settings):
-    """The environment of a run. FailingAllocation.cpp explains the exception."""
+    """Returns the environment of a run. FailingAllocation.cpp explains FAIL_AFTER_NAME_SERVICE."""
     if line.asks_names:
         settings["FAIL_AFTER_NAME_SERVICE"] = "1"
     return tool.environment(LD_PRELOAD=preload, **settings)

@@ -42,7 +42,7 @@ def adopt_orphans():
 
 
 def processes_of(session):
-    """The processes of a session."""
+    """Returns the processes of a session."""
     found = []
     for name in os.listdir("/proc"):
         if name.isdigit():

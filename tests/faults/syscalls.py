@@ -95,7 +95,7 @@ def single_faults(calls, before):
 
 
 def stderr_faults(calls, before):
-    """The names of the faults that make a write to standard error fail."""
+    """Returns the names of the faults that make a write to standard error fail."""
     is_stderr = [text.startswith("2,") for kind, text in calls if kind == "write"]
     single = {f"write {number} {error}" for number, hit in enumerate(is_stderr, 1) if hit
               for error in ERRORS["write"]}
@@ -136,7 +136,7 @@ def command(campaign, line, fault):
 
 
 def without_strace(result):
-    """The result without what strace itself has printed."""
+    """Returns the result without what strace itself has printed."""
     lines = result.err.splitlines(keepends=True)
     return result._replace(err=b"".join(line for line in lines
                                         if not line.startswith(b"/usr/bin/strace:")))
@@ -150,7 +150,8 @@ def can_trace(campaign):
 
 
 def outcome_of(fault, result, whole, stderr_writes):
-    """The outcome of a run. If a message cannot be written, the status alone reports the fault."""
+    """Returns the outcome of a run. If a message cannot be written, the status alone reports the
+    fault."""
     if fault.bytes and result != whole:
         return "changed"
     outcome = tool.classify(result, whole)

@@ -50,7 +50,7 @@ std::vector<LayoutRef> FillTable() {
   }
 }
 
-// The number of layouts that still fit into the table.
+// Returns the number of layouts that still fit into the table.
 std::size_t CountRoom() { return FillTable().size(); }
 
 TEST(FieldLayoutTest, HasOneRootForEachType) {

@@ -12,7 +12,7 @@ namespace {
 
 using Kestrel::MetaObj::FieldName;
 
-// All strings of up to `longest` bytes from a small alphabet.
+// Returns all strings of up to `longest` bytes from a small alphabet.
 std::vector<std::string> TextsUpTo(std::size_t longest) {
   std::vector<std::string> texts = {""};
   for (std::size_t next = 0; next < texts.size(); ++next) {

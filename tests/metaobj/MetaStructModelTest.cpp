@@ -126,7 +126,7 @@ class Walk {
  private:
   unsigned Pick(std::size_t count) { return static_cast<unsigned>(random_.Below(count)); }
 
-  // Mostly one of a few names, so that names repeat; sometimes a long one.
+  // Returns one of a few names, so that names repeat. Sometimes returns a long name.
   std::string Name() {
     const unsigned pool = Pick(4) == 0 ? 100 : 12;
     return std::to_string(Pick(pool)) + std::string(Pick(300) == 0 ? 250 + Pick(10) : 0, 'x');

@@ -833,7 +833,7 @@ TEST(MetaStructTest, DetectsAFalseKindInAField) {
 
 class MetaStructOfSizeTest : public testing::TestWithParam<int> {
  protected:
-  // A structure with that many fields in addition to those that the tests set.
+  // Makes a structure with that many fields in addition to those that the tests set.
   static std::shared_ptr<MetaStruct> Filled(const std::string& documentation = "") {
     auto structure = MetaStruct::New("Rec");
     for (int field = 0; field < GetParam(); ++field) {
@@ -1090,7 +1090,7 @@ TEST(MetaStructTest, AcceptsLongNamesAndStrings) {
   EXPECT_THAT(structure->GetFieldNames(), ElementsAre("a", name, name + "x"));
 }
 
-// Structures nested directly, or through lists of structures.
+// Makes structures nested directly, or through lists of structures.
 std::shared_ptr<MetaStruct> Nested(int depth, bool hasLists) {
   auto structure = StructureOf({"leaf"});
   for (int level = 0; level < depth; ++level) {

@@ -19,7 +19,7 @@ using Kestrel::Testing::Random;
 using Value = std::shared_ptr<MetaObject>;
 using Errors = std::vector<std::string>;
 
-// The model of the comparison: field by field, with public operations only.
+// The model compares values field by field, with public operations only.
 bool IsSameByModel(const Value& mine, const Value& other, Errors* errors);
 
 void Tell(Errors* errors, const std::string& text) {

@@ -67,7 +67,7 @@ Structure MakeFlat(long seed) {
   return flat;
 }
 
-// The same shape, with the fields set in another order.
+// Makes a structure of the same shape, with the fields set in another order.
 Structure MakeFlatBackwards(long seed) {
   const Structure flat = MetaStruct::New("Flat");
   flat->SetField("Path", "/" + std::to_string(seed));
@@ -88,13 +88,13 @@ Structure MakeOfManyFields(std::size_t count, long seed) {
   return many;
 }
 
-// More fields than fit into the structure itself.
+// Makes a structure with more fields than are stored in the structure itself.
 Structure MakeWide(long seed) { return MakeOfManyFields(20, seed); }
 
-// More fields than a layout can have.
+// Makes a structure with more fields than a layout can have.
 Structure MakeTooWide(long seed) { return MakeOfManyFields(70, seed); }
 
-// A name that is too long for a layout.
+// Makes a structure with a name of a field that is too long for a layout.
 Structure MakeLongNamed(long seed) {
   const Structure named = MetaStruct::New("Named");
   named->SetField("short", seed);
@@ -130,7 +130,7 @@ Structure MakeOfLists(long seed) {
   return lists;
 }
 
-// Deeper than the depth to which the destructors recurse.
+// Makes a structure that is deeper than the depth to which the destructors recurse.
 Structure MakeDeep(long seed) {
   Structure deep = MakeFlat(seed);
   for (int level = 0; level < 50; ++level) {
@@ -141,7 +141,7 @@ Structure MakeDeep(long seed) {
   return deep;
 }
 
-// A type whose layouts are made and destroyed again and again.
+// Makes a structure of a type whose layouts are made and destroyed again and again.
 Structure MakeRare(long seed) {
   const Structure rare = MetaStruct::New("Rare" + std::to_string(seed % 3));
   rare->SetField("a" + std::to_string(seed % 5), seed);

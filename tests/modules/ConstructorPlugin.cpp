@@ -17,7 +17,8 @@ namespace {
 
 [[maybe_unused]] void Exit() { std::exit(3); }
 
-// The numbers of the two processes, for the test. The second one leaves the process group.
+// Starts a second process, which leaves the process group. Writes the numbers of both processes to
+// a file for the test.
 void WriteNumbers() {
   std::FILE* const file = std::fopen(std::getenv("KESTREL_TEST_PROCESSES"), "w");
   const pid_t second = fork();

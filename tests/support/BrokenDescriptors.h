@@ -14,10 +14,10 @@ struct BrokenDescriptor {
   std::string fault;  ///< the error message; "@" stands for the path
 };
 
-/// All files of the folder, grouped by fault.
+/// Returns all files of the folder, grouped by fault.
 const std::vector<BrokenDescriptor>& GetBrokenDescriptors();
 
-/// The folder that contains the files.
+/// Returns the folder that contains the files.
 std::string GetBrokenDescriptorFolder();
 
 }  // namespace Kestrel::Testing

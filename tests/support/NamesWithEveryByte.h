@@ -8,8 +8,8 @@
 
 namespace Kestrel::Testing {
 
-/// Names for tests of escapes: one with each byte but NUL, one with each character from U+0080 to
-/// U+009F, and others that could forge a row of a table or control a terminal.
+/// Returns names for tests of escapes: one with each byte but NUL, one with each character from
+/// U+0080 to U+009F, and others that could forge a row of a table or control a terminal.
 inline std::vector<std::string> NamesWithEveryByte() {
   std::vector<std::string> names = {"first\nsecond", "first\r\nsecond", "a\tb",
                                     "\x1b[2J",       "\xc2\xc2\x9b",    "\\x1b"};

@@ -18,7 +18,7 @@ namespace Kestrel::Testing {
 /// terminal, and returns it when the work continues. Every wait fails the test after ten seconds.
 class PseudoTerminal {
  public:
-  /// A terminal of 80 columns and 24 rows.
+  /// Makes a terminal of 80 columns and 24 rows.
   PseudoTerminal();
   ~PseudoTerminal();
   PseudoTerminal(const PseudoTerminal&) = delete;
@@ -37,7 +37,7 @@ class PseudoTerminal {
   /// with "\r\n".
   std::string ReadUntil(const std::string& text);
 
-  /// Whether the terminal shows what is typed.
+  /// Returns whether the terminal shows what is typed.
   bool IsEchoOn() const;
 
   /// Turns echo on or off, as a shell does when it takes the terminal.

@@ -12,8 +12,8 @@
 
 namespace Kestrel::Testing {
 
-/// The number of rounds of a test with random input: `full` when the environment contains
-/// KESTREL_CAMPAIGN, otherwise `ordinary`.
+/// Returns the number of rounds of a test with random input. It is `full` when the environment
+/// contains KESTREL_CAMPAIGN, otherwise `ordinary`.
 inline int Rounds(int ordinary, int full) {
   return std::getenv("KESTREL_CAMPAIGN") == nullptr ? ordinary : full;
 }
@@ -27,24 +27,24 @@ class Random {
   /// Says how to repeat the run, for the messages of failed tests.
   std::string HowToRepeat() const { return "repeat with KESTREL_SEED=" + std::to_string(seed_); }
 
-  /// A number from 0 to `end` - 1; `end` is at least 1.
+  /// Returns a number from 0 to `end` - 1; `end` is at least 1.
   std::size_t Below(std::size_t end) { return engine_() % end; }
 
-  /// A number from `first` to `last`; `last` is at least `first`.
+  /// Returns a number from `first` to `last`; `last` is at least `first`.
   int Between(int first, int last) {
     return first + static_cast<int>(Below(static_cast<std::size_t>(last - first) + 1));
   }
 
-  /// True with a probability of `percent` percent.
+  /// Returns true with a probability of `percent` percent.
   bool Chance(unsigned percent) { return Below(100) < percent; }
 
-  /// One of the elements of `choices`.
+  /// Returns one of the elements of `choices`.
   template <typename Choices>
   const auto& Pick(const Choices& choices) {
     return std::data(choices)[Below(std::size(choices))];
   }
 
-  /// A string of at most `length` bytes from `alphabet`.
+  /// Returns a string of at most `length` bytes from `alphabet`.
   std::string Text(std::string_view alphabet, std::size_t length) {
     std::string text(Below(length + 1), '\0');
     for (char& c : text) {

@@ -124,7 +124,7 @@ void XmlDocumentMaker::AddFiller() {
   }
 }
 
-/// The name of an element, sometimes with a prefix.
+/// Returns the name of an element, sometimes with a prefix.
 std::string XmlDocumentMaker::Name(const std::string& name) {
   constexpr std::string_view kPrefixes[] = {"p:", "q:", "xml:", "p:p:"};
   return random_.Chance(3) ? std::string(random_.Pick(kPrefixes)) + name : name;

@@ -39,13 +39,13 @@ class SampleCommand : public AutoCli::Command {
   int executions = 0;
 };
 
-/// A command that returns `text`.
+/// Makes a command that returns `text`.
 std::shared_ptr<SampleCommand> MakeAnsweringCommand(const std::string& text);
 
-/// A command that throws `std::runtime_error(text)`.
+/// Makes a command that throws `std::runtime_error(text)`.
 std::shared_ptr<SampleCommand> MakeThrowingCommand(const std::string& text);
 
-/// A command that declares a string but returns an integer.
+/// Makes a command that declares a string but returns an integer.
 std::shared_ptr<SampleCommand> MakeLyingCommand();
 
 /// Registers `command` at `path` below `root`, creating namespaces as needed.
@@ -53,7 +53,7 @@ void RegisterAt(const std::shared_ptr<AutoCli::NamespaceNode>& root,
                 std::initializer_list<const char*> path,
                 const std::shared_ptr<AutoCli::NamespaceNode>& command);
 
-/// The input of a call of the command at `path` in the dispatcher "vexil".
+/// Makes the input of a call of the command at `path` in the dispatcher "vexil".
 std::shared_ptr<AutoCli::CommandInput> MakeCommandInput(std::initializer_list<const char*> path);
 
 }  // namespace Kestrel::Testing

@@ -38,30 +38,30 @@ class ActingValue : public MetaObj::MetaObject {
   std::function<std::string()> act_;
 };
 
-/// A structure of type "Row" with these string fields.
+/// Makes a structure of type "Row" with these string fields.
 std::shared_ptr<MetaObj::MetaStruct> MakeRecord(
     std::initializer_list<std::pair<const char*, const char*>> fields);
 
-/// A structure of type "Disk" with the fields Name and Size.
+/// Makes a structure of type "Disk" with the fields Name and Size.
 std::shared_ptr<MetaObj::MetaStruct> MakeDisk(const std::string& name, long size);
 
-/// A list of disks.
+/// Makes a list of disks.
 std::shared_ptr<MetaObj::MetaList> MakeDisks(
     std::initializer_list<std::pair<const char*, long>> disks);
 
-/// A list of structures, which must all have the fields of the first one.
+/// Makes a list of structures, which must all have the fields of the first one.
 std::shared_ptr<MetaObj::MetaList> MakeList(
     std::initializer_list<std::shared_ptr<MetaObj::MetaStruct>> structures);
 
-/// A list of mounts that covers all kinds of fields: strings (long, empty, with spaces), integers,
-/// a boolean, a nested structure "Usage" and a list of strings.
+/// Makes a list of mounts that covers all kinds of fields: strings (long, empty, with spaces),
+/// integers, a boolean, a nested structure "Usage" and a list of strings.
 std::shared_ptr<MetaObj::MetaList> MakeMounts();
 
-/// A chain of `depth` structures of type "Node", each with an integer "a" and, except for the
+/// Makes a chain of `depth` structures of type "Node", each with an integer "a" and, except for the
 /// innermost, the next structure in its field "child".
 std::shared_ptr<MetaObj::MetaStruct> MakeNested(int depth);
 
-/// The output of a call with this root value.
+/// Makes the output of a call with this root value.
 std::shared_ptr<CallSpec::Output> MakeOutput(const std::shared_ptr<MetaObj::MetaObject>& root);
 
 AutoCli::FormatParameters MakeParameters(

@@ -16,10 +16,10 @@ class ScopedTempDir {
   ScopedTempDir(const ScopedTempDir&) = delete;
   ScopedTempDir& operator=(const ScopedTempDir&) = delete;
 
-  /// The absolute path of the folder.
+  /// Returns the absolute path of the folder.
   const std::string& GetPath() const { return path_; }
 
-  /// The absolute path of `name` in the folder, whether it exists or not.
+  /// Returns the absolute path of `name` in the folder, whether it exists or not.
   std::string GetPath(const std::string& name) const { return path_ + "/" + name; }
 
   /// Writes a file, creating the folders in its name, and returns its absolute path.
@@ -28,7 +28,7 @@ class ScopedTempDir {
   /// Creates a folder and its parents, and returns its absolute path.
   std::string MakeDirectory(const std::string& name) const;
 
-  /// The contents of a file, empty when there is no such file.
+  /// Returns the contents of a file, empty when there is no such file.
   std::string Read(const std::string& name) const;
 
  private:

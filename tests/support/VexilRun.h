@@ -78,7 +78,7 @@ class VexilRun {
   bool ignoresBrokenPipes_ = false;
 };
 
-/// The folders from which the tool of this build loads plug-ins, in the order of loading.
+/// Returns the folders from which the tool of this build loads plug-ins, in the order of loading.
 std::vector<std::string> GetDefaultPluginFolders();
 
 }  // namespace Kestrel::Testing

@@ -23,7 +23,7 @@ std::string Repeat(std::string_view text, std::size_t count) {
   return repeated;
 }
 
-/// The size of the text at the beginning of each pass, summed over all passes.
+/// Returns the size of the text at the beginning of each pass, summed over all passes.
 std::size_t BytesLookedAt(std::string_view text) {
   MarkedText rest(text);
   std::size_t bytes = rest.Size();

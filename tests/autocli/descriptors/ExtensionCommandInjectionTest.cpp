@@ -414,7 +414,7 @@ class Batch {
     return word;
   }
 
-  /// The words that one command printed, after their number.
+  /// Returns the words that one command printed. Their number precedes them in `shown`.
   static std::vector<std::string> TakeWords(const std::string& shown, std::size_t& position) {
     std::vector<std::string> words;
     for (int left = std::atoi(TakeWord(shown, position).c_str()); left > 0; --left) {

@@ -63,7 +63,7 @@ std::string InTheWhole(const std::string& text, const Values& values) {
   return whole.GetText();
 }
 
-/// The parts into which a template is cut to separate the parameters `names`.
+/// Returns the parts into which a template is cut to separate the parameters `names`.
 std::vector<std::string> PartsOf(const std::string& text, const std::vector<std::string>& names) {
   std::vector<std::string> parts;
   ApplyInParts(text, names, [&](TemplateText& part, const std::string&) {

@@ -69,7 +69,7 @@ class FailingAllocator {
 
 using Failing = FailingAllocator::Failing;
 
-/// The result of `read`, or "refused" when it throws.
+/// Returns the result of `read`, or "refused" when it throws.
 std::string ResultOf(const std::function<std::string()>& read, Failing failing, int number) {
   const FailingAllocator allocator(failing, number);
   try {

@@ -44,7 +44,7 @@ using Testing::DescribeValue;
 using Testing::ScopedTempDir;
 using Testing::StreamCapture;
 
-/// A descriptor whose root element contains the version and `content`.
+/// Returns a descriptor whose root element contains the version and `content`.
 std::string Extension(const std::string& content) {
   return "<?xml version='1.0'?>\n<extension><version>1.0.0</version>" + content + "</extension>\n";
 }
@@ -114,7 +114,7 @@ class DescriptorFile {
 
 std::string FaultOf(const std::string& text) { return DescriptorFile(text).GetFault(); }
 
-/// The fault of a command, without the beginning that all messages have.
+/// Returns the fault of a command, without the beginning that all messages have.
 std::string CommandFaultOf(const CommandParts& parts) {
   const std::string fault = FaultOf(Commands(parts.At("disk.get")));
   const std::string prefix = "Unable to register the command 'vexil disk.get'  Error was ";
@@ -687,7 +687,8 @@ std::string OneNamespace(const std::string& path, const std::string& description
   return Extension("<namespaces>" + NamespaceElement(path, description) + "</namespaces>");
 }
 
-/// A tree with the namespace "disk", whose description is "Disks.", and the command "disk list".
+/// Makes a tree with the namespace "disk", whose description is "Disks.", and the command "disk
+/// list".
 std::shared_ptr<RootNamespace> MakeTakenTree() {
   const auto root = RootNamespace::New(nullptr);
   Testing::RegisterAt(root, {"disk", "list"}, Testing::MakeAnsweringCommand(""));

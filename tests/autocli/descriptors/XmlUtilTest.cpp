@@ -43,7 +43,7 @@ class Tree {
                   &xmlFreeDoc) {}
 
   xmlNode* GetRoot() const { return xmlDocGetRootElement(document_.get()); }
-  /// The child of the root at `position`. Text nodes and comments are counted too.
+  /// Returns the child of the root at `position`. Text nodes and comments are counted too.
   xmlNode* GetChild(int position) const {
     xmlNode* child = GetRoot()->children;
     for (; position > 0; --position) {
@@ -536,7 +536,8 @@ TEST(XmlUtilTest, AWellFormedDocumentIsReadSilently) {
   EXPECT_THAT(diagnostics.GetText(), IsEmpty());
 }
 
-/// A document of `depth` lists of structures, each in the first structure of the list around it.
+/// Makes a document of `depth` lists of structures, each in the first structure of the list around
+/// it.
 std::string NestedLists(int depth) {
   return "<output>" +
          Repeat("<list type='structure'><structure typeName='D'><field name='A'>", depth) +

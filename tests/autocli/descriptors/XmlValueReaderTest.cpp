@@ -99,8 +99,8 @@ std::shared_ptr<MetaObject> ParseThroughTree(const std::string& text,
   xmlResetLastError();
   const XmlDocument document(
       xmlReadMemory(text.data(), static_cast<int>(text.size()), "STDOUT", nullptr, 0));
-  // If a text is too long, the parser reports that memory ran out and leaves out the end of the
-  // text. What follows in the document may then cause further errors.
+  // If a string is too long, the parser reports that memory ran out and leaves out the end of the
+  // string. What follows in the document may then cause further errors.
   const xmlError* const last = xmlGetLastError();
   if ((last != nullptr && last->code == XML_ERR_NO_MEMORY) ||
       diagnostics.GetText().find("huge text node") != std::string::npos) {

@@ -204,7 +204,7 @@ class CliDispatcherTest : public ::testing::Test {
     return output->GetErrors();
   }
 
-  // The structure that describes the children of `node`.
+  // Returns the structure that describes the children of `node`.
   std::shared_ptr<MetaStruct> List(const std::shared_ptr<NamespaceNode>& node) {
     const auto output = CommandOutput::New();
     const StreamCapture out(STDOUT_FILENO);

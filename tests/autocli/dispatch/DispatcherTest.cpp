@@ -363,7 +363,7 @@ TEST_F(DispatcherTest, ADirectoryIsLoadedInByteOrderAndOtherFilesAreIgnored) {
   EXPECT_EQ(Run({"b"}), "b");
 }
 
-// A descriptor that adds one namespace.
+// Makes a descriptor that adds one namespace.
 std::string MakeDescriptor(const std::string& name) {
   return "<x><version>1.0.0</version><namespaces><namespace path='" + name +
          "'><description>Added.</description></namespace></namespaces></x>";

@@ -49,8 +49,8 @@ OptionParser ParseLine(const std::string& line) {
   return parser;
 }
 
-// A declaration: a string "device" (-d), a secret "password" (-p), a flag "force" (-f), "help"
-// (-h).
+// Makes a declaration: a string "device" (-d), a secret "password" (-p), a flag "force" (-f),
+// "help" (-h).
 std::shared_ptr<InputSpec> MakeSpec() {
   auto spec = InputSpec::New();
   const auto device = ParameterSpec::New("device", ParameterType::String);
@@ -606,7 +606,7 @@ TEST(OptionParserTest, QuotesJoinWordsIntoOneValue) {
               ElementsAre(Pair("name", "two words"), Pair("other", "abc")));
 }
 
-// The model of splitting a line: the rules, byte by byte.
+// Splits a line by the rules, byte by byte. This is the model for the parser.
 Tokens SplitByTheRules(const std::string& line) {
   const auto withoutQuotes = [&line](std::size_t start, std::size_t end) {
     std::string token;
@@ -646,7 +646,7 @@ Tokens SplitByTheRules(const std::string& line) {
   return tokens;
 }
 
-// The tokens of a line without options.
+// Returns the tokens of a line without options.
 Tokens SplitByTheParser(const std::string& line) {
   OptionParser parser;
   const bool isEmpty = parser.ParseString(line);

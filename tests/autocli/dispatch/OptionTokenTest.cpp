@@ -15,7 +15,7 @@ namespace Kestrel::AutoCli {
 
 namespace {
 
-// All strings of `prefix` and up to `longest` characters of `alphabet`.
+// Makes all strings that consist of `prefix` and up to `longest` characters of `alphabet`.
 std::vector<std::string> MakeStrings(const std::string& prefix, const std::string& alphabet,
                                      int longest) {
   std::vector<std::string> strings = {prefix};

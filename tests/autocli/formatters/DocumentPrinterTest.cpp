@@ -142,7 +142,7 @@ std::shared_ptr<MetaStruct> MakeRow(const std::string& typeName, int value) {
   return row;
 }
 
-/// A structure that contains two rows of one layout and one of another.
+/// Makes a structure that contains two rows of one layout and one of another.
 std::shared_ptr<MetaStruct> MakeRows() {
   auto rows = MetaStruct::New("Rows");
   rows->SetField("x", MakeRow("Row", 1));

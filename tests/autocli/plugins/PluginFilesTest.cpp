@@ -91,8 +91,8 @@ TEST(PluginFilesTest, EntriesOfEveryTypeAreListedInByteOrder) {
                                    at + "notes.txt", at + "\xc3\xa4")));
 }
 
-// The number of open file descriptors of this process, including the one that is used to count
-// them.
+// Returns the number of open file descriptors of this process, including the one that is used to
+// count them.
 std::ptrdiff_t CountDescriptors() {
   const std::filesystem::directory_iterator begin("/proc/self/fd");
   return std::distance(begin, std::filesystem::directory_iterator());

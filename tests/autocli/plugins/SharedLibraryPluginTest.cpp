@@ -45,7 +45,7 @@ using testing::ThrowsMessage;
 static_assert(!std::is_copy_constructible<SharedLibraryPlugin>::value,
               "one owner closes the shared object");
 
-// The message of the loader for `path`.
+// Returns the message of the loader for `path`.
 std::string LoaderErrorFor(const std::string& path) {
   if (void* const handle = dlopen(path.c_str(), RTLD_LAZY)) {
     dlclose(handle);

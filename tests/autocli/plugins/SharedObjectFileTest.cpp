@@ -28,7 +28,7 @@ struct Segment {
   std::uint64_t size = 0;
 };
 
-/// The header of the running program, which the loader has accepted.
+/// Returns the header of the running program, which the loader has accepted.
 ElfW(Ehdr) ReadOwnHeader() {
   ElfW(Ehdr) header = {};
   std::ifstream("/proc/self/exe", std::ios::binary)

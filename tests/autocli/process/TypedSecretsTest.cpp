@@ -36,7 +36,7 @@ constexpr std::array<char, 23> kShifted = {'P', 'q', 'f', 'o', '.', 'T', 'f', 't
 
 char SecretByte(std::size_t index) { return static_cast<char>(kShifted[index] - 1); }
 
-/// The number of copies of the secret in the memory that this process can write.
+/// Returns the number of copies of the secret in the memory that this process can write.
 int CountCopies() {
   std::ifstream maps("/proc/self/maps");
   const int memory = open("/proc/self/mem", O_RDONLY | O_CLOEXEC);

@@ -307,7 +307,7 @@ TEST_F(CommandSpecTest, TheLastMetaDataOfANameCounts) {
 
 class CommandSpecHelpTest : public CommandSpecTest {
  protected:
-  // The root object of the help for `input`.
+  // Returns the root object of the help for `input`.
   std::shared_ptr<MetaStruct> HelpFor(const std::shared_ptr<Input>& input) {
     output_ = Output::New();
     command_->GenerateHelpOutput(input, output_);
@@ -318,7 +318,7 @@ class CommandSpecHelpTest : public CommandSpecTest {
     return std::dynamic_pointer_cast<MetaList>(help.GetField(field));
   }
 
-  // The fields of each structure of a list, as strings.
+  // Returns the fields of each structure of a list, as strings.
   static std::vector<std::string> Texts(const MetaList& list) {
     std::vector<std::string> texts;
     for (const std::shared_ptr<MetaObject>& item : list.GetObjects()) {

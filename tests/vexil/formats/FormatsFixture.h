@@ -76,14 +76,14 @@ inline std::vector<std::string> ErrorsOf(const ExactFormat& format,
   return printed.errors;
 }
 
-/// A structure of type "Row" with one string field.
+/// Makes a structure of type "Row" with one string field.
 inline std::shared_ptr<MetaStruct> MakeRow(const std::string& name, const std::string& value) {
   auto row = MetaStruct::New("Row");
   row->SetField(name, value);
   return row;
 }
 
-/// A structure with a disk in the field "Disk", a list of strings and a boolean.
+/// Makes a structure with a disk in the field "Disk", a list of strings and a boolean.
 inline std::shared_ptr<MetaStruct> MakeVolume() {
   auto volume = MetaStruct::New("Volume");
   volume->SetField("Disk", MakeDisk("sda", 7));
@@ -92,7 +92,7 @@ inline std::shared_ptr<MetaStruct> MakeVolume() {
   return volume;
 }
 
-/// A list of strings.
+/// Makes a list of strings.
 inline std::shared_ptr<MetaList> MakeTexts(const std::vector<std::string>& texts) {
   auto list = MetaList::New(MetaType::String);
   list->AddAll(texts);

@@ -40,7 +40,8 @@ bool ActsOnText(char32_t code) {
          code == 0x200f || (code >= 0x2028 && code <= 0x202e) || (code >= 0x2066 && code <= 0x2069);
 }
 
-/// The columns of each character by itself. The system may not know the newest characters.
+/// Returns the columns that a character fills by itself. The system may not know the newest
+/// characters.
 std::size_t ColumnsOf(char32_t code) {
   const int columns = wcwidth(static_cast<wchar_t>(code));
   return columns >= 0 ? static_cast<std::size_t>(columns)

@@ -101,7 +101,7 @@ TEST(ValueXmlFormatTest, RejectsANameThatTheReaderRejects) {
               ElementsAre("The name of a field is empty, which a value document does not allow"));
 }
 
-/// A row with a list in the field "Items".
+/// Makes a row with a list in the field "Items".
 std::shared_ptr<MetaStruct> MakeItems(const std::shared_ptr<MetaList>& items) {
   auto row = MetaStruct::New("Row");
   row->SetField("Items", items);

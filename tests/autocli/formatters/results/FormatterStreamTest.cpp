@@ -165,7 +165,7 @@ TEST_P(FormatterStreamTest, ReportsAFullDisk) {
   EXPECT_TRUE(out.bad());
 }
 
-/// The peak memory of the process in KiB. CTest runs each test in a process of its own.
+/// Returns the peak memory of the process in KiB. CTest runs each test in a process of its own.
 long PeakMemory() {
   rusage usage = {};
   getrusage(RUSAGE_SELF, &usage);

@@ -12,10 +12,10 @@
 
 namespace Kestrel::Testing {
 
-/// The formatters that print results of commands.
+/// Returns the formatters that print results of commands.
 const std::vector<std::string>& ResultFormatterNames();
 
-/// The built-in formatter with that name.
+/// Makes the built-in formatter with that name.
 std::shared_ptr<AutoCli::Formatter> MakeFormatter(const std::string& name);
 
 /// The outcome of formatting a value.

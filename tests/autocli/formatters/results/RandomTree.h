@@ -22,10 +22,10 @@ class RandomTree {
  public:
   explicit RandomTree(std::uint64_t seed) : random_(seed) {}
 
-  /// A value with parameters for some of its fields. Its name says how it was made.
+  /// Makes a value with parameters for some of its fields. Its name says how it was made.
   ResultValue Make();
 
-  /// A width of the screen: often 0, otherwise a narrow or a wide one.
+  /// Returns a width of the screen: often 0, otherwise a narrow or a wide one.
   unsigned MakeWidth();
 
  private:
@@ -43,7 +43,7 @@ class RandomTree {
   std::shared_ptr<MetaObj::MetaList> MakeScalars();
   std::shared_ptr<MetaObj::MetaList> MakeStructs(const std::shared_ptr<MetaObj::MetaStruct>& shape);
 
-  /// Another value of the same shape.
+  /// Makes another value of the same shape.
   std::shared_ptr<MetaObj::MetaObject> MakeLike(const std::shared_ptr<MetaObj::MetaObject>& value);
   std::shared_ptr<MetaObj::MetaStruct> MakeLike(const MetaObj::MetaStruct& structure);
 

@@ -39,7 +39,8 @@ std::shared_ptr<MetaList> ListOf(MetaType kind, const std::vector<Element>& elem
   return list;
 }
 
-/// Each string as a root value, and all of them in a list of structures.
+/// Returns a value for each string as the root, and one value with a list of structures that
+/// contains all strings.
 std::vector<ResultValue> MakeTexts(const std::vector<std::pair<const char*, std::string>>& texts) {
   std::vector<ResultValue> values;
   auto shape = MetaStruct::New("Note");

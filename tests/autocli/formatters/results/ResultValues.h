@@ -25,13 +25,13 @@ struct ResultGroup {
   std::vector<ResultValue> values;
 };
 
-/// The names of the groups, in the order of `MakeResultGroups`.
+/// Returns the names of the groups, in the order of `MakeResultGroups`.
 std::vector<std::string> ResultGroupNames();
 
-/// Groups of values that cover all kinds and shapes, edge cases first.
+/// Makes groups of values that cover all kinds and shapes, edge cases first.
 std::vector<ResultGroup> MakeResultGroups();
 
-/// The group with that name.
+/// Returns the group with that name.
 ResultGroup MakeResultGroup(const std::string& name);
 
 }  // namespace Kestrel::Testing

@@ -56,7 +56,7 @@ def is_utf8(text):
 
 
 def all_lack(pattern, texts):
-    """Whether all strings are UTF-8 and contain no match of the pattern."""
+    """Returns whether all strings are UTF-8 and contain no match of the pattern."""
     return all(is_utf8(text) and not re.search(pattern, text) for text in texts)
 
 
