@@ -83,8 +83,8 @@ void InputSpec::CheckNames(const ParameterSpec& spec) const {
   }
 }
 
-// Checks the parameters themselves, up to `end`: a short name may have been set after its parameter
-// was added.
+// Asks each parameter before `end` for its current short name, because a short name may have been
+// set after its parameter was added. `end` is the parameter of the same name, if there is one.
 void InputSpec::CheckShortName(const ParameterSpec& spec,
                                DeclaredParameters::const_iterator end) const {
   const std::string& shortName = spec.GetShortName();

@@ -52,8 +52,8 @@ Words ListArguments(int argc, const char* const* argv) {
   return words;
 }
 
-/// Whether the spaces at the beginning of the line become a part of its first token, which would
-/// not happen to a later token.
+/// Whether spaces before the first token of the line belong to that token, as in `"" x`. They would
+/// not belong to it if an option were put before the line.
 bool BeginsWithQuotedSpace(const std::string& line) {
   const std::string begin = line.substr(0, line.find_first_not_of(" \t\""));
   return begin.find('"') < begin.find_last_of(" \t") + 1;
@@ -175,7 +175,7 @@ bool Session::HandleLines(const ReadLine& readLine) {
 // reported, because lines may be lost. std::cin is bad only if a line did not fit into memory.
 bool Session::ReadStandardInput() {
   std::clearerr(stdin);
-  // Prompts for secrets read from the same stream.
+  // Uses std::cin, because a prompt for a secret reads its value from std::cin, too.
   const bool result = HandleLines(
       [](std::string& line) { return static_cast<bool>(std::getline(std::cin, line)); });
   if (std::ferror(stdin) == 0 && !std::cin.bad()) {

@@ -78,7 +78,9 @@ class KESTREL_API SharedLibraryPlugin : public Plugin {
 
   std::string path_;
   bool isInDefaultFolder_ = false;
-  std::shared_ptr<const FileDescriptor> file_;  // keeps the loader's name of a checked file valid
+  // The loader knows a checked file by a name in /proc that refers to this descriptor, so the
+  // descriptor stays open.
+  std::shared_ptr<const FileDescriptor> file_;
   LibraryHandle handle_;
   RegisterFunction registerFunction_ = nullptr;
 };

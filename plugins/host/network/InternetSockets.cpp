@@ -77,7 +77,7 @@ class Listeners {
     users_[{socket.local.port, socket.local.address}] = socket.userId;
   }
 
-  /// Returns -1 if the socket does not listen any more.
+  /// Returns -1 if no socket listens on the connection's address and port any more.
   long GetUser(const Socket& halfOpen) const {
     for (const std::string& address : AcceptingAddresses(halfOpen.family, halfOpen.local.address)) {
       const auto found = users_.find({halfOpen.local.port, address});

@@ -154,8 +154,9 @@ def _refuse(text: str) -> Any:
 
 
 class RowCheck:
-    """Checks that rows are of the declared shape. Rows with the same names and types, and without
-    structures and lists, are compared once."""
+    """Checks that rows are of the declared shape. If several rows have the same names and types,
+    only the first one is checked for these. Integers, structures and lists are checked in every
+    row."""
 
     def __init__(self, shape: Shape) -> None:
         self._fields = shape.fields

@@ -174,7 +174,7 @@ class ListCommand : public AutoCli::Command {
     return spec;
   }
 
-  // A KestrelException becomes a message of the call, and so does AddErrorMessage of the output.
+  // A KestrelException becomes a message of the call, and so does what AddErrorMessage adds.
   void ExecuteInternal(const std::shared_ptr<CallSpec::Input>& input,
                        const std::shared_ptr<CallSpec::Output>& output) override {
     const auto list = NewList();
