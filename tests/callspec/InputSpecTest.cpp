@@ -155,7 +155,7 @@ TEST(InputSpecTest, HelpIsInNameOrder) {
               ElementsAre("device", "help", "password"));
 }
 
-TEST(InputSpecTest, ANameOfOneCharacterIsRefusedHere) {
+TEST(InputSpecTest, RefusesAParameterWithANameOfOneCharacter) {
   const auto spec = SpecOf({Parameter("first")});
   ExpectRefused(spec, Parameter("x"), kShortName);
   spec->AddParameter(Parameter("xx"));
@@ -205,7 +205,7 @@ TEST(InputSpecTest, ADuplicateThatSortsBeforeTheClashIsReported) {
                 "Found a duplicate paramater specification for parameter named 'mm'");
 }
 
-TEST(InputSpecTest, AShortNameSetAfterTheAdditionCounts) {
+TEST(InputSpecTest, ChecksAShortNameThatIsSetAfterTheAddition) {
   const auto late = Parameter("late");
   const auto spec = SpecOf({late, Parameter("early", "e")});
   late->SetShortName("x");

@@ -391,7 +391,7 @@ TEST(ParameterConstraintTest, AnUnknownTypeRefusesWithoutAMessage) {
             "unknown");
 }
 
-TEST(ParameterConstraintTest, TextForms) {
+TEST(ParameterConstraintTest, ToStringDescribesEachKindOfConstraint) {
   EXPECT_EQ(ParameterConstraint::New(NoConstraint)->ToString(), "no constraint");
   EXPECT_EQ(Range(1, 10)->ToString(), "integer in the range 1-10");
   EXPECT_EQ(Range(-5, 10)->ToString(), "integer in the range -5-10");

@@ -118,7 +118,7 @@ TEST(ParameterSpecTest, IsMadeFromEveryFormOfTheName) {
   EXPECT_EQ(ParameterSpec::New("literal", Int)->GetName(), "literal");
 }
 
-TEST(ParameterSpecTest, ANameOfOneCharacterIsCreatedHere) {
+TEST(ParameterSpecTest, AcceptsANameOfOneCharacter) {
   EXPECT_EQ(ParameterSpec::New("a", String)->GetName(), "a");
   EXPECT_EQ(ParameterSpec::New("-", String)->GetName(), "-");
   EXPECT_EQ(ParameterSpec::New("7", String)->GetName(), "7");

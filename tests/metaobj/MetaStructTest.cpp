@@ -399,7 +399,7 @@ TEST(MetaStructTest, RefusesANewFieldWhenLocked) {
 }
 
 // Structures that are built alike take a fast path, with the same checks.
-TEST(MetaStructTest, RefusesWhatItsLikeMayHave) {
+TEST(MetaStructTest, RefusesAFieldThatAStructureBuiltAlikeMayHave) {
   const auto like = StructureOf({"a", "b"});
   const auto bound = MetaStruct::New(StructureOf({"a"}));
   bound->SetField("a", 1);
@@ -750,7 +750,7 @@ TEST(MetaStructTest, StopsAtTheFirstMissingField) {
   EXPECT_THAT(errors, ElementsAre("Missing field in input: a"));
 }
 
-TEST(MetaStructTest, StopsAtTheFirstFieldOfAnotherKind) {
+TEST(MetaStructTest, ReportsOnlyTheFirstFieldOfAnotherType) {
   Errors errors;
   const auto other = StructureOf({"a", "b"});
   other->SetField("a", "text");

@@ -47,7 +47,7 @@ TEST(ConditionalRemovalTest, ReportsWhetherAPassRemovedAnything) {
   EXPECT_EQ(text.Bytes(), "a  {b}");
 }
 
-TEST(ConditionalRemovalTest, MarkersInValuesDoNotCount) {
+TEST(ConditionalRemovalTest, IgnoresMarkersInValues) {
   for (const char* value : {"$if{no,x}", "{", "}", "{}", "$", "$if{", "$if{no,"}) {
     MarkedText text("$if{no,");
     text.AppendValue(value);

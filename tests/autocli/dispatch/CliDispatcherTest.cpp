@@ -727,7 +727,7 @@ INSTANTIATE_TEST_SUITE_P(
                       WidthCase{"BeyondSixtyFourBits", "99999999999999999999", 5}),
     [](const auto& row) { return row.param.name; });
 
-TEST_F(CliDispatcherTest, TheLastWidthCountsAndStays) {
+TEST_F(CliDispatcherTest, UsesTheLastWidthForAllLaterCommands) {
   Apply({"--screen-width=50", "--screen-width=60"});
   for (int line = 0; line < 2; ++line) {
     EXPECT_EQ("root some\nsize 60 x 0\n", Handle({"--formatter=showing", "try", "say"}).out);

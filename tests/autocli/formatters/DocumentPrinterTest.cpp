@@ -98,7 +98,7 @@ TEST(DocumentPrinterTest, ReportsAValueOfAnotherClassThanItsKind) {
   }
 }
 
-TEST(DocumentPrinterTest, EndsAnEmptyStructureOrListAtOnce) {
+TEST(DocumentPrinterTest, EndsAnEmptyStructureOrListImmediately) {
   EXPECT_EQ(Trace(MetaStruct::New("Row"), 1), "Row{@1 }@1 ");
   EXPECT_EQ(Trace(MetaList::New(MetaType::Int), 1), "[@1 ]@1 ");
 }

@@ -95,7 +95,7 @@ TEST(UtilFormatFieldTest, PrintfAndUnitsWorkTogether) {
   EXPECT_EQ(AutoCli_FormatField("T", "F", MetaInt::New(5), params), "0005 MB");
 }
 
-TEST(UtilFormatFieldTest, OnlyTheKeyOfThatTypeAndFieldJoinedByADotCounts) {
+TEST(UtilFormatFieldTest, UsesOnlyTheKeyOfThatTypeAndFieldJoinedByADot) {
   FormatParameters params;
   params.SetParameter("units:T:F", "colon");
   params.SetParameter("units:U.F", "other type");

@@ -72,7 +72,7 @@ TEST(SharedObjectFileTest, ASegmentWhoseEndOverflowsIsAfterTheEnd) {
   EXPECT_TRUE(IsCutShort(MakeObject({PT_LOAD, 2, UINT64_MAX - 1}, 1000)));
 }
 
-TEST(SharedObjectFileTest, OnlyLoadedSegmentsCount) {
+TEST(SharedObjectFileTest, ChecksOnlyLoadedSegments) {
   EXPECT_FALSE(IsCutShort(MakeObject({PT_NOTE, 0, 5000}, 1000)));
 }
 

@@ -31,7 +31,7 @@ constexpr const char* kEveryone = "can be written by every user";
 constexpr const char* kForeign =
     "belongs to user 7, who is neither root nor the owner of this program";
 
-TEST(TrustPolicyTest, ARightToWriteCountsForEachKindOfFile) {
+TEST(TrustPolicyTest, DistrustsEveryKindOfFileThatOthersMayWrite) {
   for (const mode_t kind : {S_IFREG, S_IFDIR, S_IFIFO, S_IFCHR, S_IFBLK, S_IFSOCK}) {
     for (mode_t mode = 0; mode < 01000; ++mode) {
       const std::string expected = (mode & 0002) != 0   ? kEveryone
@@ -49,7 +49,7 @@ TEST(TrustPolicyTest, AStickyBitHelpsAFolderOnly) {
   EXPECT_EQ(Distrust(S_IFDIR | 06777, kRoot), kEveryone) << "other bits are not sticky";
 }
 
-TEST(TrustPolicyTest, TheModeOfALinkDoesNotCount) {
+TEST(TrustPolicyTest, IgnoresTheModeOfALink) {
   EXPECT_EQ(Distrust(S_IFLNK | 0777, kRoot), "");
   EXPECT_EQ(Distrust(S_IFLNK | 0777, kStranger), kForeign);
 }

@@ -93,7 +93,7 @@ TEST(FileDescriptorTest, ClosesWhatItOwnsOnce) {
   EXPECT_FALSE(first.IsOpen());
 }
 
-TEST_F(ChildProcessTest, MovesMuchDataBothWaysAtOnce) {
+TEST_F(ChildProcessTest, MovesMuchDataBothWaysTogether) {
   const LeavesNothing nothing;
   std::string data;
   while (data.size() < 5000000) {

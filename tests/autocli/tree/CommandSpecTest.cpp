@@ -295,7 +295,7 @@ TEST_F(CommandSpecTest, ADefaultFormatterNeedNotExist) {
   EXPECT_EQ(command_->GetDefaultOutputFormatParameters().GetFormatter(), "");
 }
 
-TEST_F(CommandSpecTest, TheLastMetaDataOfANameCounts) {
+TEST_F(CommandSpecTest, KeepsTheLastMetaDataOfAName) {
   EXPECT_THAT(command_->GetMetaData(), IsEmpty());
   command_->AddMetaData("owner", "one");
   command_->AddMetaData("level", "3");

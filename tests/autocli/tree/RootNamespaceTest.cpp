@@ -58,7 +58,7 @@ TEST(RootNamespaceTest, IsNeverTheResultOfAResolution) {
   EXPECT_EQ(root->ResolveNode(path), nullptr);
 }
 
-TEST(RootNamespaceTest, ItsChildrenArePathsOfOneWordWhateverItsName) {
+TEST(RootNamespaceTest, ItsChildrenHavePathsOfOneWordWhateverItsName) {
   const std::shared_ptr<RootNamespace> root = RootNamespace::New(nullptr);
   // A failed registration leaves the root with a name, which must not appear in paths.
   EXPECT_THROW(Namespace::New()->RegisterNamespaceNode(root, "named"), KestrelException);

@@ -94,7 +94,7 @@ std::shared_ptr<NamespaceNode> GetRoot() {
   return dispatcher->GetRootNamespace();
 }
 
-TEST_P(HostDeclarationTest, IsKept) {
+TEST_P(HostDeclarationTest, MatchesTheRecordedDeclaration) {
   const auto area = GetRoot()->GetNamespaceNode(GetParam());
   ASSERT_NE(area, nullptr);
   EXPECT_THAT(DescribeBelow(area), MatchesGolden(std::string("host/declared-") + GetParam()));

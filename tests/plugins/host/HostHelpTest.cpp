@@ -37,7 +37,7 @@ class HostHelpTest : public ::testing::TestWithParam<const char*> {
   }
 };
 
-TEST_P(HostHelpTest, IsAPage) {
+TEST_P(HostHelpTest, PrintsTheRecordedPage) {
   const VexilResult result = Help();
   EXPECT_THAT(result.out, MatchesGolden("host/" + Path(GetParam(), "-") + "-help"));
   EXPECT_EQ(result.err, "");

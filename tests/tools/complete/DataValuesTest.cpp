@@ -103,7 +103,7 @@ TEST_F(DataValuesTest, ComeFromTheFieldOfASingleStructure) {
   EXPECT_THAT(Read("row.list Name"), ElementsAre("one"));
 }
 
-TEST_F(DataValuesTest, MayBeMany) {
+TEST_F(DataValuesTest, ComeFromManyRows) {
   RegisterRows(50000);
   EXPECT_THAT(Read("row.list Mount Point", milliseconds(60000)), SizeIs(50000));
 }

@@ -164,7 +164,7 @@ class Replies(unittest.TestCase):
         self.assertEqual(b"{}", reply.description)
         self.assertEqual(b"1\n2\n", reply.body.text)
 
-    def test_a_line_without_an_end_keeps_none(self) -> None:
+    def test_a_last_line_without_an_end_gets_no_end(self) -> None:
         reply = self.reply(b"\nMARK begin\n{}\n\nMARK described 0\n1\n2\nMARK ended 0\n")
         self.assertEqual(b"1\n2", reply.body.text)
 
@@ -172,7 +172,7 @@ class Replies(unittest.TestCase):
         reply = self.reply(b"\nMARK begin\n{}\n\nMARK described 0\n\nMARK ended 0\n")
         self.assertEqual(b"", reply.body.text)
 
-    def test_without_the_end_there_is_no_status(self) -> None:
+    def test_a_reply_without_its_end_has_no_status(self) -> None:
         reply = self.reply(b"\nMARK begin\n{}\n\nMARK described 0\n1\n2")
         self.assertIsNone(reply.ended)
 

@@ -157,7 +157,7 @@ TEST(SelectionTest, ReportsALimitThatIsNotAWholeNumber) {
   }
 }
 
-TEST(SelectionTest, ReportsAllMistakesAtOnce) {
+TEST(SelectionTest, ReportsAllMistakesTogether) {
   EXPECT_THAT(
       Errors(MakeDisks({}), {{"a", "b"}, {"fields", "X"}, {"limit", "y"}, {"sort", "-Z"}}),
       ElementsAre("Unknown format parameter: a", "The value of limit is not a whole number: y",

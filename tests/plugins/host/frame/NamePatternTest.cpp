@@ -60,7 +60,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 // Each star can end at any of the bytes of the name, so trying all combinations would practically
 // never end.
-TEST(NamePatternSpeedTest, DoesNotTryAllPlaces) {
+TEST(NamePatternSpeedTest, DoesNotTryAllCombinationsOfPlaces) {
   const std::string name(100000, 'a');
   std::string pattern;
   for (int piece = 0; piece < 50; ++piece) {

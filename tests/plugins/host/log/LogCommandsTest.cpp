@@ -86,7 +86,7 @@ TEST_F(LogFileListTest, MayBeginAtATime) {
   EXPECT_THAT(List({{"since", "2024-03-05"}}), IsEmpty());
 }
 
-TEST_F(LogFileListTest, MayBeginAtAWordOrASpanBack) {
+TEST_F(LogFileListTest, MayBeginAtANamedDayOrSomeTimeAgo) {
   const std::string old = Witness("date -d '3 days ago' +'%F %T old'");
   const std::string yesterday = Witness("date -d yesterday +'%F 12:00:00 yesterday'");
   const std::string now = Witness("date +'%F %T now'");
@@ -199,7 +199,7 @@ TEST_F(LogFileListTest, ReportsMistakes) {
   EXPECT_THAT(Refused("log list", {{"file", path_}, {"lines", "0"}}), HasSubstr("lines"));
 }
 
-TEST_F(LogFileListTest, ReportsAllMistakesAtOnce) {
+TEST_F(LogFileListTest, ReportsAllMistakesTogether) {
   EXPECT_THAT(
       CallErrors(
           "log list",
@@ -217,7 +217,7 @@ TEST_F(LogFileListTest, ReportsThatNoLineHasATime) {
 }
 
 // A log with as many lines as a machine writes in months. Only its end is read.
-TEST_F(LogFileListTest, ReadsTheEndOfALongLogAtOnce) {
+TEST_F(LogFileListTest, ReadsTheEndOfALongLogImmediately) {
   const std::string path = folder_.GetPath("long");
   Witness(
       "seq -f '2024-01-01 00:00:00 host program[123]: message number %.0f of a log that is long"
@@ -334,7 +334,7 @@ TEST(LogKernelListTest, HasTheTimesThatDmesgHas) {
   EXPECT_NEAR(std::stod(seconds), std::stod(Witness("date +%s -d '" + time + "'")), 2);
 }
 
-TEST(LogKernelListTest, MayBeChosen) {
+TEST(LogKernelListTest, SelectsMessagesByCountTextTimeAndLevel) {
   if (!IsKernelLogReadable()) {
     GTEST_SKIP() << "The kernel's log may not be read here";
   }

@@ -98,7 +98,7 @@ TEST(LogFileTest, RefusesALineThatHasNoEnd) {
       ThrowsMessage<KestrelException>("Unable to read " + path + ": A line is longer than 64 MiB"));
 }
 
-TEST(LogFileTest, DoesNotCountWhatIsWrittenAfterwards) {
+TEST(LogFileTest, IgnoresLinesThatAreWrittenAfterwards) {
   const ScopedTempDir folder;
   const std::string path = folder.Write("log", "one\ntwo\n");
   LogFile file(path);

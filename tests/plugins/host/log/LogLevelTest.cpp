@@ -47,7 +47,7 @@ TEST(LogLevelTest, IsReadFromAPriority) {
   EXPECT_EQ(ReadPriority("<191>")->level, 7);
 }
 
-TEST(LogLevelTest, NeedsAWholePriority) {
+TEST(LogLevelTest, RefusesAnIncompleteOrInvalidPriority) {
   for (const char* const text : {"", "<", "<>", "<3", "<30", "<x>", "<-1>", "< 3>", "<1910>"}) {
     EXPECT_FALSE(ReadPriority(text).has_value()) << text;
   }
@@ -87,7 +87,7 @@ constexpr Guess kTellingWords[] = {{"emerg", 0},   {"emergency", 0}, {"panic", 0
                                    {"warning", 4}, {"notice", 5},    {"debug", 7}};
 
 // Lines are examined in blocks. A word may be anywhere in a block, or at the end of a line.
-TEST(LogLevelTest, EveryWordCountsAtEveryPlace) {
+TEST(LogLevelTest, FindsEveryWordAtEveryPlace) {
   for (const Guess& word : kTellingWords) {
     for (std::size_t before = 0; before < 40; ++before) {
       for (const std::size_t after : {0, 1, 2, 15, 16, 40}) {
@@ -98,7 +98,7 @@ TEST(LogLevelTest, EveryWordCountsAtEveryPlace) {
   }
 }
 
-TEST(LogLevelTest, PartsOfWordsCountNowhere) {
+TEST(LogLevelTest, IgnoresPartsOfWordsAtEveryPlace) {
   for (const Guess& word : kTellingWords) {
     for (std::size_t before = 0; before < 40; ++before) {
       const std::string start(before, '.');
@@ -122,7 +122,7 @@ TEST(LogLevelTest, EveryOtherByteSeparatesWords) {
   }
 }
 
-TEST(LogLevelTest, TheMostUrgentOfManyWordsCounts) {
+TEST(LogLevelTest, UsesTheMostUrgentOfManyWords) {
   std::string line;
   for (int word = 14; word >= 0; --word) {
     line += std::string("a page of data, ") + kTellingWords[word].line + " and so on; ";

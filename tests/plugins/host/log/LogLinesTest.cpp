@@ -130,7 +130,7 @@ TEST_F(LogLinesTest, AreFoundEvenIfTheOrderIsDisturbed) {
               ElementsAre("2024-01-02 03:04:06 a", "2024-01-02 03:04:07 c"));
 }
 
-TEST_F(LogLinesTest, AreNotSearchedForBeforeALongRunOfOlderOnes) {
+TEST_F(LogLinesTest, IgnoresLinesBeforeALongRunOfOlderLines) {
   std::string text = "2024-01-02 03:04:07 lost\n";
   for (std::size_t count = 0; count < kMaxOlderRun; ++count) {
     text += "2024-01-02 03:04:05 old\n";

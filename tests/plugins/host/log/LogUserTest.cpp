@@ -51,7 +51,7 @@ TEST_F(LogUserTest, WithSinceTheNumberOfLinesIsNotLimited) {
               SizeIs(120000));
 }
 
-TEST_F(LogUserTest, TheNumberOfLinesCountsAfterEveryOtherChoice) {
+TEST_F(LogUserTest, LimitsTheNumberOfLinesAfterEveryOtherChoice) {
   std::string content;
   for (int minute = 10; minute < 60; ++minute) {
     const std::string stamp = "2024-01-02 03:" + std::to_string(minute) + ":00 ";

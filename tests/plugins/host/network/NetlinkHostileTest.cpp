@@ -136,7 +136,7 @@ TEST(NetlinkHostileTest, AStringEndsAtItsFirstNul) {
   EXPECT_EQ(links[0].name, "eth0");
 }
 
-TEST(NetlinkHostileTest, TheLastOfTwoEqualAttributesCounts) {
+TEST(NetlinkHostileTest, UsesTheLastOfTwoAttributesOfAType) {
   const auto links =
       ParseLinks(Message(RTM_NEWLINK, Bytes(ifinfomsg()) + Attribute(IFLA_IFNAME, "first") +
                                           Attribute(IFLA_IFNAME, "last")));

@@ -55,7 +55,7 @@ TEST(NetlinkAttributesTest, ANumberThatIsTooShortIs0) {
   EXPECT_EQ(NetlinkAttributes(bytes).GetNumber(1), 0u);
 }
 
-TEST(NetlinkAttributesTest, TheLastOfSeveralCounts) {
+TEST(NetlinkAttributesTest, UsesTheLastOfSeveralAttributesOfAType) {
   const std::string bytes = Attribute(1, "a") + Attribute(1, "b");
   EXPECT_EQ(NetlinkAttributes(bytes).Get(1), "b");
 }

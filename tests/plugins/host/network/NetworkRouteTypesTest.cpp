@@ -125,7 +125,7 @@ INSTANTIATE_TEST_SUITE_P(Kinds, RouteOfAKindTest, ::testing::ValuesIn(kRoutes),
                          [](const auto& row) { return std::string(row.param.name); });
 
 // A filter chooses a route by any of its next hops.
-TEST(RouteFilterTest, EachNextHopCounts) {
+TEST(RouteFilterTest, ChoosesARouteByAnyOfItsNextHops) {
   IN_OWN_NETWORK([] {
     MakeNetwork();
     MakeAddresses();

@@ -64,7 +64,7 @@ TEST(NetworkRoutesTest, TheTableOfAnOlderKernelIsInTheHeader) {
   EXPECT_EQ(OnlyRoute(RouteHeader(AF_INET, 0), "").table, unsigned{RT_TABLE_MAIN});
 }
 
-TEST(NetworkRoutesTest, WithoutAddressTheDestinationIsEverything) {
+TEST(NetworkRoutesTest, ADestinationWithoutAnAddressIsDefaultOrZeros) {
   EXPECT_EQ(OnlyRoute(RouteHeader(AF_INET6, 0), "").destination, "default");
   EXPECT_EQ(OnlyRoute(RouteHeader(AF_INET, 8), "").destination, "0.0.0.0");
   EXPECT_EQ(OnlyRoute(RouteHeader(AF_INET6, 8), "").destination, "::");

@@ -129,7 +129,7 @@ TEST(RefusedNetlinkAndFilesTest, IsAnError) {
 class FewDescriptorsTest : public ::testing::TestWithParam<Reader> {};
 
 // Tries every number of free descriptors from zero to the number that the command needs.
-TEST_P(FewDescriptorsTest, TheResultIsTheWholeOneOrAnError) {
+TEST_P(FewDescriptorsTest, TheCommandReturnsTheWholeResultOrAnError) {
   RunWithRefusal([] {
     const int lowestFree = ::dup(0);
     ::close(lowestFree);

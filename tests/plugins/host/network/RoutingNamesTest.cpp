@@ -115,7 +115,7 @@ TEST(RoutingNamesTest, AFileAddsToTheBuiltInNamesAndReplacesThem) {
   EXPECT_EQ(names.scopes.GetList(), "everywhere, site, link, host, nowhere");
 }
 
-TEST(RoutingNamesTest, TheFirstFolderWithTheFileCounts) {
+TEST(RoutingNamesTest, ReadsEachFileFromTheFirstFolderThatHasIt) {
   const ScopedTempDir root;
   root.Write("usr/lib/iproute2/rt_tables", "1 library\n");
   root.Write("usr/lib/iproute2/rt_protos", "200 library\n");

@@ -59,7 +59,7 @@ TEST_F(MadeUpGroupsTest, MayBeInAnyOrder) {
   });
 }
 
-TEST_F(MadeUpGroupsTest, TheFirstGroupOfANumberCounts) {
+TEST_F(MadeUpGroupsTest, UsesTheNameOfTheFirstGroupOfANumber) {
   Etc("one:x:1:\nuno:x:1:\ntwo:x:2:\neins:x:1:\ndue:x:2:\n", kFilesOnly);
   RunThere([] {
     ExpectNamesOfEachGroup();

@@ -98,7 +98,7 @@ TEST(HardwareNamesClassTest, HasNoneByDefault) {
   EXPECT_EQ(names.FindSubclass(0, 0), "");
 }
 
-TEST(HardwareNamesClassTest, TheFirstOfTwoEntriesCounts) {
+TEST(HardwareNamesClassTest, UsesTheFirstOfTwoEntriesOfANumber) {
   const HardwareNames names("0001  One\n\t0001  A\n\t0001  B\n0001  Other\n\t0002  C\n");
   EXPECT_EQ(names.FindVendor(1), "One");
   EXPECT_EQ(names.FindDevice(1, 1), "A");

@@ -112,7 +112,7 @@ TEST(OsReleaseTest, ReportsAFileThatCannotBeRead) {
   }
 }
 
-TEST(OsReleaseTest, TheFileBelowEtcCounts) {
+TEST(OsReleaseTest, ReadsOnlyTheFileBelowEtcIfThereIsOne) {
   const ScopedTempDir root;
   root.Write("etc/os-release", "VERSION=1\n");
   root.Write("usr/lib/os-release", "NAME=Other\n");

@@ -38,7 +38,7 @@ TEST(SignalsTest, HaveTheNamesThatTheShellHas) {
   }
 }
 
-TEST(SignalsTest, OfRealTimeAreCountedFromTheFirst) {
+TEST(SignalsTest, NamesRealTimeSignalsByTheirDistanceFromTheFirst) {
   EXPECT_EQ(SignalName(SIGRTMIN), "RTMIN");
   EXPECT_EQ(SignalName(SIGRTMIN + 1), "RTMIN+1");
   EXPECT_EQ(ParseSignal("RTMIN"), SIGRTMIN);
