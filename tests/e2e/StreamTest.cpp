@@ -170,7 +170,7 @@ TEST(StreamTest, ASecretTakesTheNextLineOfStandardInput) {
   EXPECT_EQ(0, result.status);
 }
 
-TEST(StreamTest, ASecretLeavesAFileOfLinesAlone) {
+TEST(StreamTest, ASecretIsNotReadFromTheFileOfLines) {
   const ScopedTempDir folder;
   const std::string lines =
       folder.Write("lines", "try unlock --password --pin=1\ntry say --text after\n");

@@ -152,7 +152,7 @@ TEST(MetaObjectTest, TheBaseComparisonRejectsStructuresAndLists) {
                                   "Type mismatch in structure.  Expecting  got "));
 }
 
-TEST(MetaObjectTest, AScalarTrustsAKind) {
+TEST(MetaObjectTest, AScalarTrustsTheKindThatAnotherValueReports) {
   EXPECT_TRUE(
       MetaInt::New(1)->IsSameStructure(std::make_shared<LyingValue>(MetaType::Int), nullptr));
 }

@@ -62,7 +62,7 @@ TEST_F(SuggestionsTest, CorrectsAWordAnywhereInThePath) {
   EXPECT_THAT(Suggest("storag mout lst"), ElementsAre("storage mount list"));
 }
 
-TEST_F(SuggestionsTest, NamesANamespaceForThePathOfOne) {
+TEST_F(SuggestionsTest, SuggestsANamespaceForTheMistypedPathOfOne) {
   EXPECT_THAT(Suggest("storage mout"), ElementsAre("storage mount"));
   EXPECT_THAT(Suggest("storag"), ElementsAre("storage"));
 }
@@ -100,7 +100,7 @@ TEST_F(SuggestionsTest, ReadsThePunctuationAndCaseOfResults) {
   EXPECT_THAT(Suggest("Storage Mount List"), ElementsAre("storage mount list"));
 }
 
-TEST_F(SuggestionsTest, SeesWordsWrittenAsOneAndOneAsTwo) {
+TEST_F(SuggestionsTest, JoinsAndSplitsWordsToFindAPath) {
   EXPECT_THAT(Suggest("storagemount list"), ElementsAre("storage mount list"));
   EXPECT_THAT(Suggest("file check sum"), ElementsAre("file checksum"));
 }

@@ -108,7 +108,7 @@ TEST(XmlEventTreeTest, IsTheTreeOfEachShippedDescriptor) {
   }
 }
 
-TEST(XmlEventTreeTest, HasWhatADocumentCanContain) {
+TEST(XmlEventTreeTest, HasEveryKindOfNodeOfADocument) {
   constexpr const char* kDocuments[] = {
       "<o/>",
       "<o a='1' b=\"\" c='&amp;&lt;&#65;' a2='x\ny'/>",

@@ -391,7 +391,7 @@ TEST(OptionParserTest, AnUndeclaredParameterMayLackItsValue) {
   EXPECT_THAT(parser.GetParseErrors(), IsEmpty());
 }
 
-TEST(OptionParserTest, WithoutASpecNoValueIsMissed) {
+TEST(OptionParserTest, WithoutASpecNoMissingValueIsReported) {
   OptionParser parser = Parse({"ns", "cmd", "--device", "--password"});
   EXPECT_THAT(parser.GetCommandParameters(), ElementsAre(Pair("device", ""), Pair("password", "")));
   parser.SetInputSpec(MakeSpec());

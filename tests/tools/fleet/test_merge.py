@@ -60,7 +60,7 @@ class FieldDifferences(unittest.TestCase):
             report_contract([described("a1", common), described("a2", other),
                              described("a3", common), Answer("a4", Status.UNREACHABLE)]))
 
-    def test_each_part_of_a_contract_counts(self) -> None:
+    def test_each_part_of_a_contract_is_compared(self) -> None:
         for name, value in values().items():
             other = [] if value else [{"Name": "x", "Value": "y"}]
             changed = "other" if isinstance(value, str) else other

@@ -65,7 +65,7 @@ class Scripts(unittest.TestCase):
         path = self.folder / "arguments"
         return os.fsdecode(path.read_bytes()).split("\n")[:-1] if path.exists() else []
 
-    def test_a_command_that_only_reports_runs_at_once(self) -> None:
+    def test_a_command_that_only_reports_runs_immediately(self) -> None:
         for shell in self.shells:
             reply = self.run_job(shell, Job(["a", "b"], ["a", "b", "--c=d e"]))
             self.assertEqual((0, 0, False), (reply.described, reply.ended, reply.is_held), reply)

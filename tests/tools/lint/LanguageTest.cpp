@@ -24,7 +24,7 @@ std::optional<std::string> Common(const std::string& left, const std::string& ri
   return Parse(left).FindCommon(Parse(right));
 }
 
-TEST(LanguageTest, FindsAShortestStringOfBoth) {
+TEST(LanguageTest, FindsAShortestStringThatBothExpressionsMatch) {
   EXPECT_EQ(Common("[a-z]+", "b*c"), "c");
   EXPECT_EQ(Common("a{2,4}b?", "[ab]*b"), "aab");
   EXPECT_EQ(Common("(one|two|three)", ".*t.*"), "two");

@@ -102,7 +102,7 @@ TEST(SelectionTest, AcceptsAnyFieldIfNothingIsKnownAboutAnEmptyList) {
   EXPECT_EQ(Ndjson(list, {{"fields", "A,B.C"}, {"sort", "A"}}), "");
 }
 
-TEST(SelectionTest, CallsAScalarValue) {
+TEST(SelectionTest, FindsAScalarByTheNameValue) {
   const auto list = MakeTexts({"b", "a"});
   EXPECT_EQ(Ndjson(list, {{"fields", "value"}, {"sort", "value"}}), "\"a\"\n\"b\"\n");
   EXPECT_EQ(Ndjson(MetaBool::New(true), {{"fields", "value"}}), "true\n");

@@ -55,7 +55,7 @@ TEST(OptionalFileTest, ReadsWhatExists) {
   EXPECT_TRUE(Exists(file));
 }
 
-TEST(OptionalFileTest, WhatIsMissingIsNothing) {
+TEST(OptionalFileTest, AMissingFileOrFolderHasNoContent) {
   const ScopedTempDir folder;
   const std::string file = folder.Write("file", "");
   for (const std::string& path : {folder.GetPath("no"), folder.GetPath("no/no"), file + "/no"}) {

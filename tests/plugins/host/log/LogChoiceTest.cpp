@@ -294,7 +294,7 @@ const LevelLine kLevelLines[] = {
     {"Err!", 3},
 };
 
-TEST(LogLevelLineTest, IsTheMostUrgentOneThatItNames) {
+TEST(LogLevelLineTest, IsTheMostUrgentLevelInTheLine) {
   for (const LevelLine& each : kLevelLines) {
     EXPECT_EQ(GuessLevel(each.line), each.level) << each.line;
   }

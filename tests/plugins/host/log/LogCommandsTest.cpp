@@ -130,7 +130,7 @@ TEST_F(LogFileListTest, HasItsLastLines) {
   EXPECT_THAT(List({{"lines", "1"}, {"level", "err"}}), ElementsAre(error_));
 }
 
-TEST_F(LogFileListTest, HasFiftyLinesUnlessAskedForOthers) {
+TEST_F(LogFileListTest, HasFiftyLinesUnlessANumberOrATimeIsGiven) {
   const std::string path = folder_.GetPath("many");
   Witness("seq -f '2024-01-01 00:00:00 %g' 60 >'" + path + "'");
   EXPECT_EQ(CallColumn("log list", "Text", {{"file", path}}), WitnessLines("tail -50 " + path));

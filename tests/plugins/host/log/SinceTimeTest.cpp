@@ -52,7 +52,7 @@ TEST(SinceTimeTest, KnowsDaysOfMoreOrLessThanTwentyFourHours) {
   }
 }
 
-TEST(SinceTimeTest, MayBeASpanBack) {
+TEST(SinceTimeTest, MayBeSomeTimeAgo) {
   EXPECT_EQ(SinceIn("UTC", "-90s"), "2026-11-22 09:58:30");
   EXPECT_EQ(SinceIn("UTC", "-30m"), "2026-11-22 09:30:00");
   EXPECT_EQ(SinceIn("UTC", "-2h"), "2026-11-22 08:00:00");

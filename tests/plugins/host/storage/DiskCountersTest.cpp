@@ -100,7 +100,7 @@ TEST(DiskCountersTest, AMissingFileIsAnError) {
       ThrowsMessage<KestrelException>("Unable to read /nowhere: No such file or directory"));
 }
 
-TEST(DiskCountersTest, CountsBetweenTwoReadings) {
+TEST(DiskCountersTest, CountsWhatHappenedBetweenTwoReadings) {
   const auto first = Read(
       "8 0 sda 10 20 30 40 50 60 70 80 9 100 110 120 130 140 150 160 170\n"
       "8 1 gone 1 1 1 1 1 1 1 1 1 1 1\n");

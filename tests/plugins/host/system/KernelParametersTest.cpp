@@ -175,7 +175,7 @@ TEST_F(KernelParametersTest, WritesTheValueAsOneLine) {
   EXPECT_EQ(proc_.Read("sys/net/ipv4/tcp_mem"), "4 5 6\n");
 }
 
-TEST_F(KernelParametersTest, WritesNothingNew) {
+TEST_F(KernelParametersTest, CreatesNoParameter) {
   const std::string proc = proc_.GetPath();
   EXPECT_THAT([&] { WriteParameter(proc, "vm.nope", "1"); },
               ThrowsMessage<KestrelException>("There is no parameter 'vm.nope'"));
@@ -260,7 +260,7 @@ TEST_F(KernelParametersTest, AChangeIsReadBack) {
   }
 }
 
-TEST_F(KernelParametersTest, OneThatVanishesIsNotListed) {
+TEST_F(KernelParametersTest, AParameterThatVanishesIsNotListed) {
   ASSERT_EQ(::symlink("/nowhere", proc_.GetPath("sys/vm/gone").c_str()), 0);
   EXPECT_THAT(NamesUnder("vm.gone"), IsEmpty());
   EXPECT_THAT([this] { ReadParameter(proc_.GetPath(), "vm.gone"); },
