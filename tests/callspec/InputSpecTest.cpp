@@ -411,7 +411,7 @@ TEST(InputSpecTest, AgreesWithSearchesOnRandomInputs) {
   SCOPED_TRACE(random.HowToRepeat());
   const std::vector<std::string> pool = {"aa", "ab", "b0", "bb", "c-", "cc", "dd", "zz"};
   for (int rounds = Testing::Rounds(2000, 200000); rounds > 0; --rounds) {
-    std::map<std::string, bool> declared;  // name to whether it is required
+    std::map<std::string, bool> declared;  // whether each name is required
     std::set<std::string> given;
     const auto spec = InputSpec::New();
     const auto input = Input::New();

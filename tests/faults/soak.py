@@ -81,7 +81,7 @@ def feed(process, first, last):
 
 
 def soak_lines(campaign, count):
-    """Returns whether the tool neither grows nor keeps anything."""
+    """Returns whether the tool needs no more memory or descriptors, and leaves no zombie."""
     plugins = ["--plugin", os.path.join(campaign.modules, "TryPlugin.so"),
                "--plugin", campaign.path("doc.xml")]
     started = time.monotonic()

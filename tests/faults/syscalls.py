@@ -77,8 +77,9 @@ def list_calls(campaign, line):
 
 
 def can_fail(kind, arguments, is_before_main):
-    """The dynamic loader does not check its first mmap. Failures to read or set the modes of a
-    terminal are ignored by design: standard input need not be a terminal."""
+    """Returns whether the call is made to fail. The dynamic loader does not check its first mmap,
+    so that call is left out. Calls that read or set the modes of a terminal are left out too,
+    because the tool ignores their failures: standard input need not be a terminal."""
     return not (kind == "mmap" and is_before_main) and \
         not (kind == "ioctl" and re.match(r"0, .*\b(TCGETS|TCSETS)\b", arguments))
 

@@ -31,7 +31,8 @@ const std::string kTextAtStart = MetaTypeString(MetaType::List) + MetaInt::New(2
 
 TEST(MetaObjectTest, WorksInStaticObjects) { EXPECT_EQ(kTextAtStart, "List20true{}"); }
 
-// Whether a caller can make a value without its factory, with braces for the flag.
+// Whether a caller can make a value without its factory, by writing braces in place of the flag
+// that only factories can make.
 template <typename Value, typename Argument, typename = void>
 struct IsMadeByBraces : std::false_type {};
 template <typename Value, typename Argument>

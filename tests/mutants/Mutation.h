@@ -47,7 +47,8 @@ inline bool IsActive(int number) {
   return shared->active == number;
 }
 
-/// `a < b` becomes `a <Less<N>()< b`. Mutant N moves the boundary, mutant N+1 negates.
+/// `a < b` becomes `a <Less<N>()< b`. Mutant N moves the boundary of the comparison, and
+/// mutant N+1 negates the comparison.
 template <int number>
 struct Less {};
 template <int number>

@@ -421,7 +421,7 @@ TEST(ExtensionCommandTest, OnStandardInputValuesAreUnchanged) {
 }
 
 TEST(ExtensionCommandTest, WithoutADollarTheTemplateIsUnchanged) {
-  // Neither the input nor its specification is used then.
+  // There is neither an input nor a specification, because none is needed without a dollar.
   const auto command = ExtensionCommand::New();
   command->SetExecuteCommand("echo {a}");
   command->SetStdin("b");

@@ -65,7 +65,7 @@ std::string ResultOf(const std::string& text) {
   }
 }
 
-/// Does the same for the value element `text`, with the functions on nodes.
+/// Returns the same for the value element `text`, which the functions on nodes read.
 std::string BuildOf(const std::string& text) {
   const Tree tree(text);
   try {
@@ -124,7 +124,7 @@ void Append(xmlAttr& attribute, xmlNode* node) {
 
 const xmlChar* AsXmlChars(const char* text) { return reinterpret_cast<const xmlChar*>(text); }
 
-// The parser makes no such nodes, but the caller can.
+// The parser never puts these kinds of nodes into an attribute, but a caller can.
 TEST(XmlUtilTest, ExtractAttributeJoinsTheNodesOfACallersAttribute) {
   const Tree tree("<a one='1'/>");
   xmlAttr& attribute = *tree.GetRoot()->properties;

@@ -277,7 +277,7 @@ class DescriptorLimit {
  public:
   DescriptorLimit() { getrlimit(RLIMIT_NOFILE, &before_); }
 
-  /// Until then, no descriptor can be opened whose number is `limit` or greater.
+  /// While this object exists, no descriptor can be opened whose number is `limit` or greater.
   explicit DescriptorLimit(int limit) : DescriptorLimit() {
     rlimit limited = before_;
     limited.rlim_cur = static_cast<rlim_t>(limit);

@@ -38,7 +38,7 @@ std::string Describe(const ParameterSpec& parameter) {
   return text + "\n";
 }
 
-// The type of a value, followed by the fields of its structures.
+// Returns the type of a value, followed by the fields of its structures.
 std::string Describe(const std::shared_ptr<MetaObject>& value, const std::string& indent) {
   if (const auto list = std::dynamic_pointer_cast<MetaList>(value)) {
     const auto structure = list->GetListStructure();

@@ -111,7 +111,7 @@ Words LineFor(const std::string& path) {
   return SplitShellWords(path == "log list" ? "log list --file=/etc/passwd" : path);
 }
 
-// Whether this user may read the data that the command lists.
+// Returns whether this user may read the data that the command lists.
 bool CanAnswer(const std::string& path) {
   const auto mayReadKernelLog = [] {
     const int log = ::open("/dev/kmsg", O_RDONLY | O_CLOEXEC);

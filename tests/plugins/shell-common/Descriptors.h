@@ -7,7 +7,7 @@
 
 namespace Kestrel::Testing {
 
-/// The path of a script of the shipped descriptors in the build tree.
+/// Returns the path in the build tree of a script of the shipped descriptors.
 std::string ScriptPath(const std::string& name);
 
 }  // namespace Kestrel::Testing

@@ -136,7 +136,7 @@ Tree MakeSmallTree() {
   return {{{"disk", "Disks.", {"disk.xml"}}}, {list}, {{"disk get", "", "no fuel"}}};
 }
 
-/// Returns the JSON of the small tree with the first `from` replaced.
+/// Returns the JSON of the small tree with the first occurrence of `from` replaced by `to`.
 std::string Replaced(const std::string& from, const std::string& to) {
   std::string text = kSmallTree;
   const std::size_t at = text.find(from);

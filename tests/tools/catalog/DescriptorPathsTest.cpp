@@ -29,7 +29,8 @@ constexpr const char* kRest =
     "<description>d</description><input-spec/><output-spec><string/></output-spec>"
     "<format-parameters/><execute>true</execute></command>";
 
-/// A descriptor with two namespaces and a command in each; one namespace is declared elsewhere.
+/// A descriptor that declares two namespaces and two commands. One of the commands is in a
+/// namespace that the descriptor does not declare.
 const std::string kPlain = std::string(kHead) +
                            "<namespaces><namespace path=\"disk\"><description>d</description>"
                            "</namespace><namespace path='disk.usage'><description>d</description>"
@@ -37,7 +38,7 @@ const std::string kPlain = std::string(kHead) +
                            kRest + "<command path=\"elsewhere.below.get\">" + kRest +
                            "</commands></p>";
 
-/// The same descriptor with the first `from` replaced.
+/// Returns the same descriptor with the first occurrence of `from` replaced by `to`.
 std::string Replaced(const std::string& from, const std::string& to) {
   std::string text = kPlain;
   const std::size_t at = text.find(from);

@@ -145,7 +145,7 @@ class Checker:
                     "the duplicate path")
 
     def expect_gone(self, processes):
-        """The two processes whose numbers a plug-in has written to a file no longer exist."""
+        """The two processes whose numbers a plug-in has written to a file must have ended."""
         with open(processes, encoding="utf-8") as file:
             numbers = file.read().split()
         self.expect(len(numbers) == 2, f"two processes: {numbers}")

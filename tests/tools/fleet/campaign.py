@@ -140,7 +140,7 @@ class Campaign:
             time.sleep(0.1)
 
     def rows(self) -> None:
-        """No row is lost, whatever their number."""
+        """No row may be lost, however many there are."""
         hosts, rows = self.options.hosts, self.options.rows
         for number, host in enumerate(self.fleet.hosts.values()):
             self.set_rows(host, [{"Name": f"volume-{number}-{row}", "Size": row * hosts + number}
@@ -169,7 +169,7 @@ class Campaign:
         FleetCase.set_volumes(host, volumes)
 
     def clush(self) -> None:
-        """Runs both in turns, because the load of the machine varies."""
+        """Runs both programs in turns, because the load of the machine varies."""
         count = min(_COMPARED, self.options.hosts)
         own = self.fleet_command(count, "--formatter=ndjson", "volume", "list")
         other = self.clush_command(count, "vexil --formatter ndjson volume list")
@@ -200,7 +200,7 @@ class Campaign:
               f"side for each, with ssh ({few} and {many} hosts, {len(costs)} rounds)", flush=True)
 
     def measured(self, command: Sequence[Any]) -> Done:
-        """The processor time includes that of the hosts."""
+        """Runs a command. Its processor time includes that of the hosts."""
         before = self.host_seconds()
         done = call(command, self.environment)
         self.check(done.status == 0, f"{command[0]}: {done.status} {done.err[-500:]!r}")
@@ -218,7 +218,7 @@ class Campaign:
 
 
 def scale(check: Callable[[bool, str], None], program: Path, count: int) -> None:
-    """What the user's side needs for many hosts."""
+    """Measures what the user's side needs for many hosts."""
     from simulated import SimulatedHosts  # pylint: disable=import-outside-toplevel
     for fanout, gateways in ((64, None), (512, None), (64, 100)):
         with SimulatedHosts(program) as hosts:

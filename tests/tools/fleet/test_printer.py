@@ -28,7 +28,7 @@ class Lists(unittest.TestCase):
     """Long lists, in parts where the format allows it."""
 
     def printed(self, wanted: Format, *parts: Part) -> List[Tuple[List[str], List[bytes]]]:
-        """The hosts and the lines of each list."""
+        """Returns the hosts and the lines of each printed list."""
         lists = []
 
         def print_list(_: Printer, __: object, some: Iterable[Piece], ___: object) -> bool:

@@ -45,7 +45,7 @@ class Gateways(FleetCase):
         self.assertEqual(list(hosts), [row["Host"] for row in result.rows], result.err)
 
     def gateways(self) -> "dict[str, List[int]]":
-        """The processes of gateways, by their host."""
+        """Returns the processes of gateways, by their host."""
         return {name: [pid for pid in host.processes() if b"ClusterShell.Gateway" in _words(pid)]
                 for name, host in self.fleet.hosts.items()}
 

@@ -94,7 +94,7 @@ class BusyProcessor {
     thread_.join();
   }
 
-  /// From now on, this thread gets only the time of the processor that others leave.
+  /// From now on, this thread gets only the processor time that other threads leave.
   void UseRest() const {
     UseOneProcessor(number_);
     setpriority(PRIO_PROCESS, 0, 19);

@@ -132,7 +132,7 @@ open(sys.argv[2], "w").write("\n".join(columns))
 
 
 def ask_columns(folder, width, lines):
-    """The columns of the cursor before the "<" in each line."""
+    """Returns the column of the cursor before the "<" in each line."""
     paths = [os.path.join(folder, name) for name in ("ask.py", "lines", "columns")]
     for path, text in zip(paths, (ASK, "\n".join(lines))):
         with open(path, "w", encoding="utf-8") as file:

@@ -62,7 +62,7 @@ ProgramResult KillOnceBegun(std::chrono::milliseconds limit, const std::string& 
 
 bool HasWritten(const ProgramResult& result) { return !result.errorOutput.empty(); }
 
-// False for a process that has ended but has not been waited for.
+// Returns false for a process that has ended but has not been waited for.
 bool IsRunning(pid_t process) {
   const auto status = ReadFile("/proc/" + std::to_string(process) + "/stat");
   return status && status->find(") Z") == std::string::npos;

@@ -289,7 +289,7 @@ TEST(NetworkConnectionListTest, AgreesWithSsAboutInternetSockets) {
 
 // ---- the answers of the kernel, compared with its tables
 
-// The program that discards every packet, so that a connection remains half-open.
+// Makes the kernel discard every packet for the socket, so that a connection remains half-open.
 void DiscardPackets(const Socket& socket) {
   sock_filter discard = BPF_STMT(BPF_RET | BPF_K, 0);
   const sock_fprog program = {1, &discard};

@@ -64,8 +64,8 @@ std::vector<Row> MountRows() {
       {"Id", "Parent Id", "Mount Point", "Source", "Type", "Options", "Root", "Device"});
 }
 
-// Whether the path of a mount leads to that mount, and not to another mount that hides it. The
-// kernel reports the mount to which the directory at a path belongs.
+// Returns whether the path of a mount leads to that mount, and not to another mount that hides it.
+// The kernel reports the mount to which the directory at a path belongs.
 bool LeadsTo(const std::string& target, const std::string& id) {
   struct statx found = {};
   const int result = ::statx(AT_FDCWD, target.c_str(), AT_NO_AUTOMOUNT, STATX_MNT_ID, &found);

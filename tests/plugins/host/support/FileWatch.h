@@ -23,7 +23,7 @@ class FileWatch {
   /// Returns the paths that were opened, in byte order and each only once.
   std::vector<std::string> GetOpened() const;
 
-  /// Whether the watch has made that attempt fail.
+  /// Returns whether the watch has made that attempt fail.
   bool HasFailed() const { return hasFailed_; }
 
   /// Returns the error number if the call that opens `path` must fail, otherwise 0.

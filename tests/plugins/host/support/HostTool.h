@@ -7,7 +7,7 @@
 
 namespace Kestrel::Testing {
 
-/// The tool with the host plug-in, for all tests of the program.
+/// Returns the tool with the host plug-in, which all tests of the program share.
 const TestTool& GetTool();
 
 }  // namespace Kestrel::Testing

@@ -91,8 +91,7 @@ TEST(CpusTest, ReportsThatThereIsNone) {
                                               "/sysless/devices/system/cpu and /nowhere/cpuinfo"));
 }
 
-// Some of these sets are such as no kernel writes. The call must still end, and use the valid
-// parts.
+// No kernel writes some of these sets. The call must still end, and use the valid parts.
 struct SetCase {
   const char* name;
   const char* present;

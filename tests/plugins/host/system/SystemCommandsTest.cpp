@@ -273,7 +273,7 @@ Structure FindProcess(const std::string& id) {
   return structures.empty() ? nullptr : structures[0];
 }
 
-// The output of ps for each process, by number.
+// Returns the words that ps prints for each process, by the number of the process.
 std::map<std::string, std::vector<std::string>> LookAtProcesses() {
   std::map<std::string, std::vector<std::string>> processes;
   for (const std::string& line :

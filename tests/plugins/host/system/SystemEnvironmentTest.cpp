@@ -36,13 +36,13 @@ std::string OutcomeOf(const std::string& command) {
   return Witness("(" + command + ") 2>&1 || echo \"status $?\"");
 }
 
-// Whether the last line of the output is a status.
+// Returns whether the last line of the output is a status.
 bool HasFailed(const std::string& outcome) {
   const std::size_t end = outcome.rfind('\n', outcome.size() - 2);
   return outcome.compare(end == std::string::npos ? 0 : end + 1, 7, "status ") == 0;
 }
 
-// Whether another user can run the tool from the build folder.
+// Returns whether another user can run the tool from the build folder.
 bool MayAnotherUserRunTheTool() {
   return ::geteuid() == 0 && Succeeds(kAsNobody + kTool + "system uptime get");
 }

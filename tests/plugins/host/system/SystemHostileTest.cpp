@@ -53,7 +53,7 @@ class SystemHostileTest : public FullMachineTest,
     return watch.GetOpened();
   }
 
-  // Whether the content of this file can be replaced: folders and missing files cannot.
+  // Replaces the content of a file. Does nothing and returns false for a folder or a missing file.
   bool Replace(const std::string& file, const std::string& content) {
     const std::string path = file.substr(1);
     if (!IsFile(path)) {

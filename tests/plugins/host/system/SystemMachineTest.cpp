@@ -39,7 +39,7 @@ class SystemMachineTest : public MadeUpMachineTest {
          "SwapFree: 1500 kB\n");
   }
 
-  // The other numbers are 0.
+  // The properties of a process that a test sets.
   struct Sample {
     long id = 0;
     std::string name;

@@ -40,8 +40,7 @@ TEST(SystemToolTest, ReportsAMissingPermission) {
   EXPECT_EQ(result.status, 1);
 }
 
-// Whether a machine can be simulated in a separate mount namespace.
-
+// Returns whether a machine can be simulated in a separate mount namespace.
 bool CanMakeUpAMachine() { return ::system("unshare --mount true 2>/dev/null") == 0; }
 
 // Returns the output of a command on a machine that the shell commands in `setUp` prepare.
