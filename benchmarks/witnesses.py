@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Compares commands of the shipped plug-ins with the native tools that answer the same question.
+"""Compares commands of the shipped plug-ins with witnesses: native tools for the same questions.
 
     witnesses.py --tool TOOL --plugin-dir DIR [--runs N] [--seconds S] [NAME]...
 

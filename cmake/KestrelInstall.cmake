@@ -30,8 +30,8 @@ file(RELATIVE_PATH from_libexec_to_lib
 set_target_properties(vexil-complete PROPERTIES INSTALL_RPATH "$ORIGIN/${from_libexec_to_lib}")
 install(TARGETS vexil-complete RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR} COMPONENT tool)
 
-# Without a source folder, DIRECTORY creates an empty folder. The tool would report a missing
-# folder.
+# Without a source folder, DIRECTORY creates an empty folder. If the folder were missing, the tool
+# would report that.
 install(DIRECTORY DESTINATION ${KESTREL_PLUGIN_INSTALL_DIR}/ext COMPONENT tool)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/Kestrel)
@@ -50,8 +50,9 @@ install(FILES ${PROJECT_BINARY_DIR}/KestrelConfig.cmake
 set(pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 cmake_path(ABSOLUTE_PATH pkgconfig_dir BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX}
            OUTPUT_VARIABLE full_pkgconfig_dir)
-# pkg-config omits the options for the folders that the compiler searches by itself, if it can
-# recognize them. Every other prefix is relative, so the installed tree can be moved.
+# pkg-config omits the options for the folders that the compiler searches by itself. It recognizes
+# them by their absolute paths, so the prefixes of the system are absolute. Every other prefix is
+# relative, so that the installed tree can be moved.
 if(CMAKE_INSTALL_PREFIX MATCHES "^/usr(/local)?$")
   set(pkgconfig_prefix ${CMAKE_INSTALL_PREFIX})
 else()

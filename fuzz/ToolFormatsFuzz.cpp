@@ -6,7 +6,7 @@
 //
 // A formatter prints a value or adds messages, never both. JSON is valid, all lines of cells have
 // as many cells as the header, the tool reads value-xml back, yaml contains no control characters,
-// and no line of pretty is wider than the screen or acts on it.
+// and no line of pretty is wider than the screen or contains control characters.
 
 #include <algorithm>
 #include <cstddef>

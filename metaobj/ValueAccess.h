@@ -47,7 +47,7 @@ class ValueAccess {
   }
 
   /// Returns the layout of the structure; null when it has an index of its own. Structures of one
-  /// layout have a field in the same slot.
+  /// layout have each field in the same slot.
   static const FieldLayout* Layout(const MetaStruct& structure) {
     return structure.hasOwnIndex_ ? nullptr : structure.layout_;
   }

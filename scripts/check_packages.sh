@@ -79,7 +79,7 @@ check_hardening() {
     hardening-check --nocfprotection "$work/root/$file" >"$work/hardening" ||
       fail "${file##*/} is not hardened: $(<"$work/hardening")"
   done
-  # Its few functions of the C library have nothing to fortify.
+  # The few functions of the C library that these programs call have nothing to fortify.
   for file in usr/bin/vexil usr/libexec/vexil-complete; do
     hardening-check --nocfprotection --nofortify "$work/root/$file" >"$work/hardening" ||
       fail "${file##*/} is not hardened: $(<"$work/hardening")"

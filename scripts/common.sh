@@ -58,7 +58,8 @@ obstacles() {
   awk '$1 == "Remv" || ($1 == "Inst" && $3 ~ /^\[/) { print "  would change " $2 }' <<<"$plan"
 }
 
-# Installs packages for which obstacles() printed nothing. Usage: as obstacles().
+# Installs packages for which obstacles() printed nothing.
+# Usage: apt_install_with "OPTIONS" ROOT_PREFIX PACKAGE...
 apt_install_with() {
   local options=$1 as_root=$2 log
   shift 2

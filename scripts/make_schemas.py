@@ -59,8 +59,8 @@ def references(grammar):
 
 
 def grammar_for_xsd(name):
-    """Returns the grammar with what XML Schema can express, without the definitions that nothing
-    uses."""
+    """Returns the grammar, reduced to what XML Schema can express, without the definitions that
+    nothing uses."""
     grammar = read("schemas", name + ".rnc")
     for found in DEFINITION.finditer(read("schemas", "xsd", name + ".rnc")):
         own = re.search(rf"^{re.escape(found.group(1))} =.*?(?=^(?:#|[a-z][\w.-]* =)|\Z)", grammar,

@@ -5,7 +5,7 @@
 # try_packages.sh EARLIER BUILT LATER WORK: tries the life of the packages in an overlay of this
 # machine's root that is mounted at WORK: installs those in EARLIER, upgrades to those in BUILT and
 # runs the tests in debian/tests, upgrades to those in LATER, removes and purges them. Afterwards no
-# file of theirs may be left.
+# file of the packages may be left.
 #
 # check_packages.sh starts this script in a mount namespace of its own. When that namespace ends,
 # the overlay is unmounted.

@@ -20,8 +20,9 @@ inline bool IsNameByte(char c) {
 /// a "$" in a value never begins a marker.
 class MarkedText {
  public:
-  /// Where a byte came from. The shell may interpret some bytes of a bare value. If such a value
-  /// ends a comment that it began, the shell would even run the rest of it as another command.
+  /// Where a byte came from. A bare value is not in quotes, so the shell may interpret some of its
+  /// bytes. If it also ends a comment that it began, the shell would run the rest of the value as
+  /// another command.
   enum class Origin : char { Template, Value, BareValue, ValueThatLeavesAComment };
 
   MarkedText() = default;

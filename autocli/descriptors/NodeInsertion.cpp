@@ -31,7 +31,7 @@ std::shared_ptr<NamespaceNode> FindRegistered(const std::shared_ptr<Namespace>& 
   return node;
 }
 
-/// Whether `registered`, the node of the same name or null, is shared instead of inserting `node`.
+/// Whether `registered`, the node of the same name or null, is used instead of `node`.
 bool IsShared(const std::shared_ptr<NamespaceNode>& registered,
               const std::shared_ptr<NamespaceNode>& node) {
   return registered != nullptr && IsNamespace(registered) && IsNamespace(node) &&

@@ -83,7 +83,9 @@ std::size_t ReadFlag(const std::string& text, std::size_t position, bool& flag) 
 //   - `Opening` returns the bytes that an occurrence begins with.
 //   - `LastOpeningEnd` returns a position; an opening that ends after it is never complete.
 //   - `Read` reads the rest of an occurrence, which begins at `position`. It returns false when the
-//     marker is not complete. If the kind is unbounded, no later opening is complete then either.
+//     marker is not complete.
+//   - `kIsUnbounded` is true if `Read` searches the rest of the text for the end of the marker.
+//     Once it has found none, no later opening of this kind is complete either.
 
 class ValueMarker {
  public:

@@ -10,7 +10,7 @@ namespace Kestrel::AutoCli {
 /// Watches the diagnostics of libxml2 on this thread during its lifetime, and forwards them.
 ///
 /// A parser does not always report in its own state that memory ran out: the document then lacks a
-/// part and looks complete. But it always sends a diagnostic.
+/// part and looks complete. But the parser always sends a diagnostic.
 class XmlDiagnostics {
  public:
   XmlDiagnostics();

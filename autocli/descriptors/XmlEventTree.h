@@ -36,7 +36,7 @@ class XmlEventTree final : private XmlEvents {
 
  private:
   /// For a document of `size` bytes. Nodes take up to twelve times as much. They are in one block,
-  /// because an allocator would return several of them to the system after each descriptor.
+  /// because an allocator would return several blocks to the system after each descriptor.
   explicit XmlEventTree(std::size_t size) : memory_(12 * size) {}
 
   void StartElement(std::string_view name, const XmlAttributes& attributes) override;

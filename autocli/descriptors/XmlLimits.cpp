@@ -162,8 +162,8 @@ class AttributeExpansion {
 }  // namespace
 
 bool StopAtTooManyAttributes(xmlParserCtxt& parser) {
-  // There are five entries for an attribute and two for a namespace. The arrays grow to twice their
-  // size, so a tag within the limit never needs more than this.
+  // The parser's arrays have five entries for an attribute and two for a namespace. They grow to
+  // twice their size, so a tag within the limit never needs more than this.
   constexpr int kMaxEntries = 2 * 5 * kMaxXmlAttributes;
   constexpr int kMaxNamespaceEntries = 2 * 2 * kMaxXmlAttributes;
   const bool isTooLarge = parser.maxatts > kMaxEntries || parser.nsNr > kMaxNamespaceEntries;
@@ -174,7 +174,7 @@ bool StopAtTooManyAttributes(xmlParserCtxt& parser) {
 }
 
 void Stop(xmlParserCtxt& parser) {
-  // Unlike `xmlStopParser`, this leaves the input alone, which the callers still use.
+  // Unlike `xmlStopParser`, this does not change the input, because the callers still use it.
   parser.instate = XML_PARSER_EOF;
   parser.disableSAX = 1;
 }

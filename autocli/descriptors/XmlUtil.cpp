@@ -156,7 +156,7 @@ std::string XmlUtil_GetContent(const xmlNode* node) {
   const xmlChar* content = nullptr;
   for (const xmlNode* child = node->children; child != nullptr; child = NextChild(node, child)) {
     if (child->content != nullptr) {
-      content = child->content;  // the last one wins, comments included
+      content = child->content;  // the last one is used, even a comment
     }
   }
   return content == nullptr ? std::string() : std::string(AsChars(content));

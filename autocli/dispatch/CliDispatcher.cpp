@@ -80,7 +80,7 @@ bool IsFormatKeyCharacter(char c) {
          c == '.' || c == '-' || c == ':';
 }
 
-// The form is key=value. Neither is empty; a key consists of the characters above.
+// The form is key=value. Neither key nor value is empty; a key consists of the characters above.
 void SetFormatParameters(const OptionParser& parser, FormatParameters& params,
                          const std::shared_ptr<Output>& output) {
   for (const std::string& text : parser.GetDispatcherParameter("format-param")) {
@@ -96,7 +96,7 @@ void SetFormatParameters(const OptionParser& parser, FormatParameters& params,
 
 // Adds the command parameters to `input`, and the mistakes in them to `output`.
 void AddParameters(OptionParser& parser, CommandInput& input, Output& output) {
-  // The parameters come first, because processing them adds errors.
+  // The parameters are requested before the errors, because processing them adds errors.
   for (const auto& [name, value] : parser.GetCommandParameters()) {
     input.AddParameter(name, value);
   }
@@ -274,7 +274,7 @@ bool CliDispatcher::HandlePath(OptionParser& parser, const FormatParameters& cho
   }
   const std::shared_ptr<NamespaceNode> node = GetRootNamespace()->ResolveNode(path);
   if (node == nullptr) {
-    // Only a plug-in's own class of nodes returns null; all others throw.
+    // Only a class of nodes that a plug-in defines can return null; all others throw.
     if (parser.HasCommandParameter("help") || parser.HasCommandParameter("h")) {
       PrintChildren(GetRootNamespace(), output);
     }

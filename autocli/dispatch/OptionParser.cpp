@@ -161,7 +161,7 @@ void AppendPairs(const Pairs& pairs, std::string& text) {
   }
 }
 
-// A failed read ends the line just as the end of the input does. A closed standard input is empty.
+// A failed read ends the line just as the end of the input does. A closed standard input counts as empty.
 void RequireStandardInput() {
   if (std::ferror(stdin) != 0 && errno != EBADF) {
     throw KestrelException("Unable to read standard input");
@@ -173,7 +173,7 @@ std::string ReadLine() {
   std::clearerr(stdin);
   std::cin.clear();
   std::string line;
-  // A line never moves while it is read, which would leave a part of a secret in memory.
+  // The line must not move while it is read: that would leave a part of a secret in memory.
   line.reserve(kMaxUnmovedLine);
   std::getline(std::cin, line);
   RequireStandardInput();

@@ -325,8 +325,8 @@ class Table {
     const FieldStyle* const style = FindStyle(column);
     const auto* const number = style == nullptr ? ViewAs<MetaInt>(&value) : nullptr;
     if (number != nullptr) {
-      // Formatted directly into the output. It would be slow to copy digits that were written just
-      // before, byte by byte.
+      // Formatted directly into the output. Digits are written byte by byte, and copying them
+      // immediately afterwards would be slow.
       return WriteNumber(column, Decimal{number->GetValue()});
     }
     const std::string_view text = MakeText(style, value);

@@ -130,7 +130,7 @@ void SharedLibraryPlugin::Initialize() {
   dlerror();  // clears a message that an earlier call of other code has left
   void* const symbol = dlsym(handle.get(), kEntryPoint);
   if (symbol == nullptr) {
-    // The message is made before the handle is closed, which would replace the loader's text.
+    // The message is made before the handle is closed: closing would replace the loader's text.
     throw KestrelException("Unable to get plugin registration point from " + path_ + " : " +
                            LoaderError(file.name, path_));
   }

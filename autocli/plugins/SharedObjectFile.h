@@ -8,8 +8,8 @@
 namespace Kestrel::AutoCli {
 
 /// Returns whether `path` is a shared object that was cut short: a segment that its headers declare
-/// extends beyond the end of the file. The loader maps such a file without a check and is then
-/// ended by SIGBUS.
+/// extends beyond the end of the file. The loader maps such a file without a check, and SIGBUS then
+/// ends the process.
 ///
 /// Returns false for everything else, including the files that the loader itself rejects: one that
 /// ends within its headers, and one whose header is not for this machine.

@@ -18,7 +18,7 @@ namespace Kestrel::AutoCli {
 /// every case; a child that is still running then is reaped by a later call.
 ///
 /// A SIGINT or SIGTERM that would end this process goes to the child and all processes below it;
-/// this process ends by it once the child has ended.
+/// the same signal ends this process once the child has ended.
 int RunChildProcess(const std::vector<std::string>& arguments, const std::string& commandLine,
                     std::string& output, const std::string& stdinData);
 

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // The signals are passed on by their handler, so that no wait of the process needs to be
-// interrupted. All that it calls is safe in a handler.
+// interrupted. Everything that the handler calls is safe in a signal handler.
 
 #include "autocli/process/SignalForwarding.h"
 

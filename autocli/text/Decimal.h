@@ -67,8 +67,9 @@ struct Decimal {
   }
 
   // Write2, Write4 and Write8 write that many digits, WriteFirst2, WriteFirst4 and WriteFirst8 a
-  // number of up to that many digits. Each halves the number, so the digits are found from the
-  // first one on, without knowing how many there are, and few divisions depend on another one.
+  // number of up to that many digits. Each splits the digits into two halves. So the digits are
+  // found from the first one on, without knowing how many there are, and few divisions depend on
+  // another one.
 
   static char* Write2(std::uint32_t number, char* place) {
     std::memcpy(place, &kPairs[number * 2], 2);

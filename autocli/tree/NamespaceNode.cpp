@@ -109,8 +109,8 @@ std::shared_ptr<NamespaceNode> NamespaceNode::ResolveNode(std::list<std::string>
 }
 
 std::shared_ptr<NamespaceNode> NamespaceNode::SubNamespace(const std::string& name) {
-  // Checked first: GetNamespaceNode of a command throws, but RegisterNamespaceNode has the right
-  // message.
+  // Checked first, because GetNamespaceNode of a command throws. RegisterNamespaceNode throws too,
+  // but with the right message.
   if (HasNamespaceNode(name)) {
     return GetNamespaceNode(name);
   }

@@ -20,7 +20,7 @@ unset AWKLIBPATH AWKPATH PERL5DB PERL5LIB PERL5OPT PERLIO PERLLIB PERL_UNICODE
 # fail MESSAGE: reports an error on one line and exits. Starts no program, because that program may
 # be the one that is missing.
 fail() {
-  # Reads the rest of the input, so that writing it does not fail.
+  # Reads the rest of the input, so that the program that writes it does not fail.
   [ -t 0 ] || while read -r _; do :; done
   set -f
   IFS='

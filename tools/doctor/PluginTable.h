@@ -17,7 +17,7 @@ namespace Kestrel::Doctor {
 std::shared_ptr<MetaObj::MetaList> MakeTable(const std::vector<Diagnosis>& plugins);
 
 /// Returns the parameters for printing the list with a formatter; an empty name means `table`.
-/// Formats for people print the most important fields, those for programs all fields.
+/// Formats for people print the most important fields. Formats for programs print all fields.
 AutoCli::FormatParameters MakeFormat(const std::string& formatter);
 
 }  // namespace Kestrel::Doctor

@@ -26,7 +26,7 @@ using Clock = std::chrono::steady_clock;
 
 namespace {
 
-// A multiple of the patience: 30 seconds for 2.
+// The limit on an ordinary clock, as a multiple of the patience: 30 seconds for a patience of 2.
 constexpr int kMaxPatience = 15;
 
 struct Process {

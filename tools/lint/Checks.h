@@ -45,7 +45,7 @@ struct Host {
 /// Reports unknown elements and attributes, ignored text, and content that is cut off.
 void CheckStructure(const Document& document, FileReport& report);
 
-/// Reports what the loader refuses, in its own words. Returns the commands.
+/// Reports what the loader refuses, in the words of the loader. Returns the commands.
 std::vector<CommandParts> CheckLoading(const Element& root, const std::string& file,
                                        FileReport& report);
 
@@ -57,7 +57,7 @@ void CheckPaths(const Element& root, Host& host, FileReport& report);
 void InsertNode(const std::string& path, const std::shared_ptr<AutoCli::NamespaceNode>& node,
                 const std::string& file, Host& host);
 
-/// Checks names that cannot be typed, descriptions and constraints.
+/// Checks that names can be typed, and checks descriptions and constraints.
 void CheckParameters(const CommandParts& command, FileReport& report);
 
 /// Whether the parameter has a constraint that was refused or is misspelt. Findings that depend on

@@ -63,8 +63,8 @@ inline Verdict Explain(const TestTool& tool, const Words& words) {
   return verdict;
 }
 
-/// Calls `check` for every example of the plug-in under test, with its words and with whether its
-/// command changes something. Returns the problems of all examples.
+/// Calls `check` for every example of the plug-in under test. The arguments are the words of the
+/// example and whether its command changes something. Returns the problems of all examples.
 template <typename Check>
 Verdict ForEachExample(const TestTool& tool, const Check& check) {
   Verdict verdict;

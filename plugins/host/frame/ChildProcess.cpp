@@ -84,8 +84,8 @@ struct Pipe {
   FileDescriptor writeEnd;
 };
 
-// Moves a descriptor above 0 to 2. Those become the program's streams, even if this process was
-// started with one of them closed.
+// Returns the descriptor, or a duplicate of it with a number above 2. The numbers 0 to 2 become the
+// program's streams; they may be free if this process was started with one of them closed.
 FileDescriptor AboveStandardStreams(FileDescriptor descriptor, const std::string& path) {
   if (descriptor.Get() >= kFirstFreeDescriptor) {
     return descriptor;

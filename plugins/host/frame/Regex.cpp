@@ -29,7 +29,7 @@ pcre2_code* Compile(const std::string& expression, std::uint32_t options, int& e
                        &offset, nullptr);
 }
 
-/// Compiles an expression that is not valid UTF-8 for matching byte by byte.
+/// Compiles an expression. One that is not valid UTF-8 is compiled for matching byte by byte.
 pcre2_code* CompileTextOrBytes(const std::string& expression, int& error) {
   pcre2_code* const code = Compile(expression, PCRE2_UTF | PCRE2_MATCH_INVALID_UTF, error);
   const bool isNotUtf8 = code == nullptr && error < 0;

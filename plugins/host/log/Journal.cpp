@@ -90,7 +90,7 @@ std::vector<std::string> ArgumentsFor(const std::vector<std::string>& units,
   if (filter.match == nullptr && filter.lines != kAllLines) {
     arguments.push_back("--lines=" + std::to_string(filter.lines));
   }
-  // This also omits entries without a priority.
+  // Not passed for the lowest level, because the option also omits entries without a priority.
   if (filter.level < kLowestLevel) {
     arguments.push_back("--priority=" + std::to_string(filter.level));
   }

@@ -137,9 +137,9 @@ auto FindTellingStarts(const Block& first, const Block& second,
       ...);
 }
 
-// Fast path: the first two letters show that most words are not telling. Returns a byte for each of
-// the 16 bytes, which is not 0 if a telling word may begin there. Also reads the bytes before and
-// after.
+// Fast path: for most words, the first two letters show that they are not in kTellingWords. Returns
+// a byte for each of the 16 bytes; it is not 0 if a word of kTellingWords may begin there. Also
+// reads the bytes before and after the 16.
 std::array<char, kBlockSize> FindCandidates(const char* bytes) {
   constexpr unsigned char kToLower = 'a' - 'A';
   const Block before = Load(bytes - 1);
@@ -171,7 +171,7 @@ int MostUrgentWordInBlock(std::string_view line, std::size_t start) {
 }
 
 int MostUrgentWord(std::string_view line) {
-  // A block needs a byte before it and one after it. A word of one letter is not telling.
+  // A block needs a byte before it and one after it. No word of kTellingWords has only one letter.
   constexpr std::size_t kMinSize = kBlockSize + 2;
   if (line.size() < kMinSize) {
     return MostUrgentWordBefore(line, line.size());

@@ -80,7 +80,7 @@ UnitFiles AskBootStates(const Systemctl& systemctl, const std::vector<std::strin
   return states;
 }
 
-// Sets the boot states, and removes the files of these services from `files`.
+// Sets the boot states, and removes the entries of these services from `files`.
 void SetBootStates(const Systemctl& systemctl, UnitFiles& files, std::vector<Service>& services) {
   std::vector<std::string> instances;
   for (Service& service : services) {

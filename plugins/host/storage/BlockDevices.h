@@ -23,7 +23,7 @@ struct BlockDevice {
   bool isReadOnly = false;
   bool isRemovable = false;
   bool isRotational = false;
-  std::string model;                     ///< Empty if it is unknown; so is `transport`.
+  std::string model;                     ///< Empty if unknown, like `transport`.
   std::string transport;                 ///< "sata", "sas", "usb", "nvme", "virtio", ...
   std::vector<std::string> parents;      ///< The devices that contain it or that it consists of.
   std::vector<std::string> mountPoints;  ///< Sorted.

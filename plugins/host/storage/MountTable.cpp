@@ -112,7 +112,7 @@ void NameRootDevice(const std::string& sysFolder, Mount& mount) {
 }
 
 // Finds the mounts that no path leads to. At each step of a path, a mount attached at that point
-// replaces the current one. A mount on the root of another mount hides it completely.
+// replaces the current one. A mount on the root of another mount hides the latter completely.
 class HiddenMounts {
  public:
   explicit HiddenMounts(std::vector<Mount>& mounts) : mounts_(mounts) {
@@ -140,8 +140,8 @@ class HiddenMounts {
     return found != attached_.end() && found->second.count(target) != 0;
   }
 
-  // Returns whether a path to the target of this mount enters another mount with the same parent
-  // first.
+  // Returns whether a path to the target of this mount first enters another mount with the same
+  // parent.
   bool IsPassedBy(const Mount& mount) const {
     const std::string& target = mount.target;
     for (std::size_t slash = target.rfind('/'); slash != std::string::npos && target.size() > 1;

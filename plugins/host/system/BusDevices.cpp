@@ -70,8 +70,8 @@ std::string FindName(const ClassName (&classes)[Count], std::uint8_t number) {
 std::uint8_t ClassByte(std::uint32_t classId) { return static_cast<std::uint8_t>(classId >> 16); }
 std::uint8_t SubclassByte(std::uint32_t classId) { return static_cast<std::uint8_t>(classId >> 8); }
 
-// Returns the names below "bus/<bus>/devices". If the bus is missing but there are other buses,
-// there are none. Throws if there is no bus at all, because then nothing is mounted there.
+// Returns the names below "bus/<bus>/devices"; none if the bus is missing but there are other
+// buses. Throws if there is no bus at all, because then nothing is mounted there.
 std::vector<std::string> ListDevices(const std::string& sys, const std::string& bus) {
   const std::string folder = sys + "/bus/" + bus + "/devices";
   auto names = ListOptionalFolder(folder);

@@ -47,8 +47,8 @@ std::optional<Process> ReadProcess(const std::string& proc, long id);
 /// mounted, or if one cannot be read.
 std::vector<Process> ReadProcesses(const std::string& proc);
 
-/// Whether the kernel hides the processes of other users, because `proc` is mounted with that
-/// option. If it does, process 1, which always runs, is missing.
+/// Whether the kernel hides the processes of other users, because an option of the mount of `proc`
+/// says so. In that case, process 1 is missing, although it always runs.
 bool HidesProcesses(const std::string& proc);
 
 /// Returns the processor time that a process has used, in hundredths of a percent of the time since

@@ -105,7 +105,7 @@ class SystemCrontabList final : public ListCommand {
                                              ? std::make_unique<Regex>(input.GetParameter("match"))
                                              : nullptr;
     for (const CrontabEntry& entry : ReadEntries(input.GetParameter("source"))) {
-      // A broken line may belong to that user.
+      // A broken line that names no user may belong to one of the wanted users.
       const bool isWanted = entry.user.empty() || users.Accepts(entry.user);
       if (isWanted && (match == nullptr || match->IsFoundIn(entry.command))) {
         rows.Add(ToStruct(entry));

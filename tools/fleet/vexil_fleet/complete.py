@@ -70,7 +70,7 @@ def complete_value(program: str, name: str, value: str, path: Sequence[str]) -> 
 
 
 def groups() -> List[str]:
-    # Only when needed: it reads files, and may run programs.
+    # Imported only when needed, because that reads files, and may run programs.
     from ClusterShell.NodeSet import grouplist  # pylint: disable=import-outside-toplevel
     from ClusterShell.NodeUtils import GroupResolverError  # pylint: disable=C0415
     try:

@@ -41,7 +41,7 @@ class StoredLines:
         self.add(text)
 
     def add(self, text: bytes) -> None:
-        """Adds whole lines. Only what is added last need not end in a line feed."""
+        """Adds whole lines. Only the last addition may lack its final line feed."""
         if len(self._open) >= _MAX_OPEN:
             self._pack()
         self._open += text

@@ -5,8 +5,8 @@
 
 #include <string>
 
-/// What this library uses of the host's audit library: named strings that describe on whose behalf
-/// the process acts.
+/// What this library uses of the host's audit library: audit parameters, which are named strings.
+/// They describe on whose behalf the process acts.
 namespace AuditTls {
 
 /// Sets the audit parameter `name`; an empty value means none.
