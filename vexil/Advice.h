@@ -16,8 +16,8 @@ namespace Kestrel::Vexil {
 /// or made it throw.
 void PrintMessage(const std::string& message);
 
-/// After `message` about a word of a path that names nothing: prints a line with the paths that may
-/// have been meant, if there are any. `words` are the tokens of the command line.
+/// Prints a line with the paths that the user may have meant, if there are any. `message` is the
+/// message about an unknown word of a path. `words` are the tokens of the command line.
 void PrintSuggestions(const AutoCli::Dispatcher& dispatcher, const Words& words,
                       const std::string& message);
 

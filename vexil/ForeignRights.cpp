@@ -25,7 +25,8 @@ bool IsPlain(char c) {
          std::string_view("_.@:,+-").find(c) != std::string_view::npos;
 }
 
-// A value with a slash would be a path, one with a percent sign a format.
+// Whether the tool keeps the variable. A value with a slash could be a path, and a value with a
+// percent sign could be a format, so neither is kept.
 bool IsKept(const Variable& variable) {
   const auto& [name, value] = variable;
   const bool isKnown =

@@ -32,8 +32,8 @@ namespace Kestrel::AutoCli {
 ///       Also ends the last field.
 ///   void BeginList(std::string_view before, const MetaList& list, long level);
 ///   static std::string FieldPrefix(const std::string& name, bool isFirst, long level);
-///       Returns the end of the field before it and the beginning of the field `name`. `level` is
-///       that of the structure. The result must depend on the arguments only.
+///       Returns the end of the previous field, if any, and the beginning of the field `name`.
+///       `level` is that of the structure. The result must depend on the arguments only.
 template <typename Syntax>
 class DocumentPrinter {
  public:

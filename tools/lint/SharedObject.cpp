@@ -49,7 +49,7 @@ void RunChild(const Isolation::Send& send, const std::string& file,
   }
 }
 
-/// Reads the lines of a child into a report. Returns whether the last one was among them.
+/// Reads the lines of a child into a report. `isComplete` is true once it has read the line "end".
 class Listener {
  public:
   explicit Listener(ObjectReport& report) : report_(report) {}

@@ -34,7 +34,7 @@ bool IsPictograph(char32_t code) {
   return (code >= 0x2190 && code < 0x2c00) || (code >= 0x1f000 && code < 0x20000);
 }
 
-// Two of them form a flag of two columns, but some terminals draw two columns for each of them.
+// Two regional indicators form a flag of two columns, but some terminals draw two columns for each.
 bool IsRegionalIndicator(char32_t code) { return code >= 0x1f1e6 && code <= 0x1f1ff; }
 
 std::string EscapeByte(char byte) {

@@ -41,7 +41,7 @@ struct StructPlace {
 /// FieldPrefix returned, or empty. What is in a structure or list is one level deeper.
 ///
 ///   static std::string FieldPrefix(const std::string& name, bool isFirst, StructPlace place);
-///       Returns the end of the field before it and the beginning of a field of a structure.
+///       Returns the end of the previous field, if any, and the beginning of the field `name`.
 ///   TextBuffer& Out();
 ///   char* Bool(std::string_view before, bool value, char* place);
 ///   char* Int(std::string_view before, long value, char* place);

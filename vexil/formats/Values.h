@@ -28,7 +28,7 @@ inline MetaObj::MetaType KindOf(const MetaObj::MetaObject& value) {
   return value.GetType();
 }
 
-/// Reads fields of structures that have the same names of fields, such as the elements of a list.
+/// Reads fields of structures whose fields have the same names, such as the elements of a list.
 class FieldReader {
  public:
   /// The values of a structure. Valid until the structure changes.

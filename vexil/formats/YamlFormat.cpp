@@ -44,8 +44,8 @@ constexpr int IsIn(int byte, signed char first, signed char last) {
   return byte >= first && byte <= last ? 1 : 0;
 }
 
-// Moves the range to the end of the numbers of a byte, where one comparison is enough. Larger
-// numbers become negative.
+// Compares each byte with the range. Adds a number first, so that `last` becomes the largest number
+// of a signed byte and any larger byte becomes negative. Then one comparison is enough.
 inline ByteVector IsIn(ByteVector bytes, signed char first, signed char last) {
   using UnsignedBytes = unsigned char __attribute__((vector_size(16)));
   const auto moved =
