@@ -9,7 +9,8 @@ The build allocates the memory of each value separately (KESTREL_PLAIN_BLOCKS), 
 are checked, too. Forked children are checked until they start another program.
 
 Each program runs in parts, several at once. LEFT_OUT lists the tests that do not run, with the
-reasons; memcheck.supp lists reports that are not mistakes. The exit status is 1 if memcheck reports something or a test fails.
+reasons; memcheck.supp lists reports that are not mistakes. The exit status is 1 if memcheck reports
+something or a test fails.
 """
 
 import argparse

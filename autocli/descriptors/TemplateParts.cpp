@@ -161,7 +161,7 @@ std::optional<TemplateText> ApplyInParts(
       continue;
     }
     apply(*part, name);
-    // Checked before the next parameter is inserted, which could remove the opening.
+    // Checked before the next parameter is inserted, because that could remove the opening.
     if (HasOpening(part->GetMarkedText(), [&](std::string_view own) { return own == name; })) {
       return std::nullopt;
     }

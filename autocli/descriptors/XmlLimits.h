@@ -14,8 +14,8 @@
 namespace Kestrel::AutoCli {
 
 /// The maximum number of attributes of one element. The number is limited because the parser
-/// compares each attribute with all others. Namespaces in scope count too, because the parser
-/// compares each prefix with all of them.
+/// compares each attribute with all others. Namespaces in scope are counted too, because the
+/// parser compares each prefix with all of them.
 constexpr int kMaxXmlAttributes = 10000;
 constexpr const char* kTooManyXmlAttributes = "An element has more than 10000 attributes";
 

@@ -134,7 +134,7 @@ void Dispatcher::RegisterPlugin(std::shared_ptr<Plugin> plugin) {
   RegisterFormattersOf(plugin);
   plugins_.push_back(plugin);
   if (unmapsCode) {
-    // It is not always the last one: its entry point may have loaded other plug-ins that failed.
+    // The plug-in need not be the last one: its entry point may have loaded others that failed.
     const auto place = std::find(retained_.rbegin(), retained_.rend(), plugin);
     retained_.erase(std::next(place).base());
   }

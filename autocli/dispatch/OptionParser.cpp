@@ -161,7 +161,8 @@ void AppendPairs(const Pairs& pairs, std::string& text) {
   }
 }
 
-// A failed read ends the line just as the end of the input does. A closed standard input counts as empty.
+// A failed read ends the line just as the end of the input does. A closed standard input counts as
+// empty.
 void RequireStandardInput() {
   if (std::ferror(stdin) != 0 && errno != EBADF) {
     throw KestrelException("Unable to read standard input");

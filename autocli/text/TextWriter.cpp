@@ -67,7 +67,8 @@ void TextWriter::RepeatLong(char byte, std::size_t count) {
 }
 
 void TextWriter::Send() {
-  // The buffer counts as empty before the write, so that nothing is written twice if the write throws.
+  // The buffer counts as empty before the write, so that nothing is written twice if the write
+  // throws.
   WriteOut(std::string_view(buffer_, std::exchange(used_, 0)));
 }
 

@@ -124,7 +124,8 @@ milliseconds FairClock::Now() {
   const milliseconds processorTime(ticks * 1000 / sysconf(_SC_CLK_TCK));
   const milliseconds used = std::clamp(processorTime - processorTime_, milliseconds(0), passed);
   const bool isReady = std::any_of(processes.begin(), processes.end(), IsReadyToRun);
-  // This process may itself have waited for a processor: then most of the time is not known.
+  // If this process itself had to wait for a processor, nothing is known about most of the time. So
+  // at most two steps of it are counted.
   counted_ += isReady ? used : std::max(used, std::min(passed, 2 * kStep));
   processorTime_ = processorTime;
   looked_ = now;

@@ -32,7 +32,7 @@ FileDescriptor OpenPath(const std::string& path, int flags) {
       return next;
     }
     at = folder.emplace(std::move(next)).Get();
-    // Removes the slashes at its start, which would make it an absolute path.
+    // Removes the slashes at the start of the rest, because they would make it an absolute path.
     rest.erase(0, std::min(rest.find_first_not_of('/', split), rest.size()));
     if (rest.empty()) {
       rest = ".";

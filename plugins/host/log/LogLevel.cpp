@@ -68,7 +68,7 @@ constexpr int kLevelsPerFacility = 8;
 
 bool IsDigit(char letter) { return letter >= '0' && letter <= '9'; }
 
-// Does not use the locale, which would cost a call for each letter of a log.
+// Does not use the locale: that would cost a call for each letter of a log.
 char ToLower(char letter) {
   return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
 }

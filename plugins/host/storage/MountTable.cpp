@@ -112,7 +112,7 @@ void NameRootDevice(const std::string& sysFolder, Mount& mount) {
 }
 
 // Finds the mounts that no path leads to. At each step of a path, a mount attached at that point
-// replaces the current one. A mount on the root of another mount hides the latter completely.
+// replaces the current one. A mount on the root of another mount hides all of that mount.
 class HiddenMounts {
  public:
   explicit HiddenMounts(std::vector<Mount>& mounts) : mounts_(mounts) {

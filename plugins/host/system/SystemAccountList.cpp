@@ -34,8 +34,8 @@ const StructShape& Shape() {
 
 std::string_view OrNone(std::string_view text) { return text.empty() ? "none" : text; }
 
-/// Makes the rows. Many accounts have a group with the same name and number as the account, and most
-/// have the same shell: equal values are shared, in a row and between rows.
+/// Makes the rows. Many accounts have a group with the name and number of the account, and most
+/// accounts have the same shell. So equal values are shared, in a row and between rows.
 class AccountRows {
  public:
   std::shared_ptr<MetaObj::MetaStruct> ToStruct(const AccountEntry& account) {
