@@ -18,7 +18,7 @@ constexpr xmlChar kCommentName[] = "comment";
 }  // namespace
 
 std::unique_ptr<XmlEventTree> XmlEventTree::Read(std::string_view text) {
-  // A program can make libxml2 remove the space between elements. Only the parser does that.
+  // A program can make libxml2 remove the space between elements. Only its parser can do that.
   if (text.size() > kMaxSize || xmlKeepBlanksDefaultValue == 0) {
     return nullptr;
   }

@@ -21,8 +21,8 @@ bool IsBlank(const std::string& text) {
   return text.find_first_not_of(" \t\r\n") == std::string::npos;
 }
 
-// Whether the expression begins or ends with a space, which is then probably the cause of any other
-// fault of the expression.
+// Whether the expression begins or ends with white space, which is then probably the cause of any
+// other fault of the expression.
 bool HasSpaceAround(const ParameterSpec& parameter) {
   const auto& constraint = parameter.GetConstraint();
   if (constraint == nullptr || constraint->GetType() != CallSpec::StringRegex) {
