@@ -18,7 +18,8 @@ constexpr xmlChar kCommentName[] = "comment";
 }  // namespace
 
 std::unique_ptr<XmlEventTree> XmlEventTree::Read(std::string_view text) {
-  // A program can make libxml2 remove the space between elements. Only its parser can do that.
+  // A program can make libxml2 remove the space between elements. Then only libxml2's own parser
+  // makes the right tree.
   if (text.size() > kMaxSize || xmlKeepBlanksDefaultValue == 0) {
     return nullptr;
   }

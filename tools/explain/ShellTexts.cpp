@@ -30,7 +30,7 @@ std::string ShowSecrets(std::string text) {
   return text;
 }
 
-// Returns the assignment with which the shell sets the variable for the command.
+// Returns the assignment with which the shell sets OPR_USERNAME for the command.
 std::string SetUser(const std::string& user) {
   if (user.empty()) {
     return {};

@@ -170,7 +170,8 @@ class Reader {
     return position_;
   }
 
-  /// Drops the commands after the last line that the shell has read when it meets a mistake.
+  /// Drops the commands that the shell does not run because of a mistake in their line or before
+  /// it.
   void DropLinesNotRun() {
     if (!reading_.isComplete || !reading_.isUnderstood) {
       reading_.commands.resize(complete_);
@@ -528,7 +529,7 @@ class Reader {
       ++position_;
     }
     word.push_back({'\1', true});
-    // To the expansion of braces, the second "$" of "$${" begins a variable.
+    // For the expansion of braces, the second "$" of "$${" begins a variable.
     if (first == '$' && Peek() == '{' && shell_ == Shell::Bash) {
       word.push_back({'{', true});
       ++position_;

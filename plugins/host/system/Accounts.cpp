@@ -38,8 +38,8 @@ AccountEntry ToEntry(const passwd& entry) {
           entry.pw_dir,  *entry.pw_shell == '\0' ? kDefaultShell : entry.pw_shell};
 }
 
-// Throws if the last call of the name service failed. Other error numbers are not failures: it also
-// sets them when there is no such name, or after the last entry.
+// Throws if the last call of the name service failed. Only the numbers below are failures: the
+// service also sets others when there is no such name, or after the last entry.
 void RequireSuccess(const std::string& file) {
   const int error = errno;
   if (error == ENOMEM || error == EMFILE || error == ENFILE || error == EIO) {
@@ -54,7 +54,7 @@ void RequireAnswer(const std::string& file) {
   ReadExistingFile(kSourcesFile);  // throws if it is unreadable; the service then reports no error
 }
 
-// Calls a function of the name service, which sets `errno` only when it fails.
+// Calls a function of the name service, which leaves `errno` unchanged when it succeeds.
 template <typename Function, typename... Arguments>
 auto* Ask(Function function, Arguments... arguments) {
   errno = 0;

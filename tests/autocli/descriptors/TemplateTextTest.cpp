@@ -442,7 +442,6 @@ TEST(TemplateTextTest, MarkersInValuesAreKeptUnchanged) {
     command->SetStdin(text);
     std::vector<std::string> values;
     std::string expected = command->SubstituteInput(WithWords(*input, spec, values), true);
-    // The last word is replaced first, so that words within values are kept.
     for (std::size_t value = values.size(); value > 0; --value) {
       boost::replace_all(expected, "<" + std::to_string(value - 1) + ">", values[value - 1]);
     }

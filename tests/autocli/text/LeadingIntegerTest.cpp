@@ -62,7 +62,7 @@ TEST(LeadingIntegerTest, ReadsLongStringsAsAStreamDoes) {
   }
 }
 
-TEST(LeadingIntegerTest, LeavesTheValueUnchangedIfThereIsNone) {
+TEST(LeadingIntegerTest, LeavesTheValueUnchangedIfThereIsNoInteger) {
   std::int64_t value = 5;
   EXPECT_FALSE(ReadLeadingInteger("x", value));
   EXPECT_FALSE(ReadLeadingInteger("99999999999999999999", value));

@@ -12,7 +12,7 @@
 namespace Kestrel::Testing {
 namespace {
 
-// PATH contains no other programs, so the shell needs absolute paths.
+// The caller's PATH contains no other programs, so the script sets its own.
 constexpr char kProgram[] = R"sh(#!/bin/sh
 PATH=/usr/bin:/bin
 printf '%s\n' "$*" >>"$folder/calls"

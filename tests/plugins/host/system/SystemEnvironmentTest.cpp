@@ -31,7 +31,7 @@ bool Succeeds(const std::string& command) {
   return std::system(("(" + command + ") >/dev/null 2>&1").c_str()) == 0;
 }
 
-// Returns the output of a shell command, including errors, followed by its status.
+// Returns the output of a shell command, including errors, followed by its status if it fails.
 std::string OutcomeOf(const std::string& command) {
   return Witness("(" + command + ") 2>&1 || echo \"status $?\"");
 }
