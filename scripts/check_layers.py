@@ -41,6 +41,7 @@ LAYERS = [
     ["autocli/tree"],
     ["autocli/plugins"],
     ["autocli/descriptors"],
+    ["autocli/descriptors/libxml2"],
     ["autocli/dispatch"],
     ["vexil/formats"],
     ["vexil"],
@@ -121,8 +122,8 @@ RESERVED = {
     "kestrel/platform/TessaLibs.h": ["metaobj", "autocli/dispatch"],
     "kestrel/platform/Zoluser.h": ["autocli/process"],
     "kestrel/platform/AuditTls.h": ["autocli/dispatch"],
-    "libxml/": ["autocli/descriptors", "tools/lint"],
-    "dlfcn.h": ["autocli/plugins", "callspec/expression", "tools/isolation"],
+    "libxml/": ["autocli/descriptors", "autocli/descriptors/libxml2", "tools/lint"],
+    "dlfcn.h": ["autocli/plugins", "callspec", "tools/isolation"],
     "termios.h": ["autocli/process"],
     "sys/ioctl.h": ["autocli/dispatch"],
 }

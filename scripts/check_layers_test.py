@@ -134,7 +134,7 @@ class CheckLayersTest(unittest.TestCase):
     def test_reserves_the_hosts_headers_for_their_folders(self):
         self.assertEqual(
             ["autocli/text/Panic.cpp: includes libxml/tree.h, "
-             "which is reserved for: autocli/descriptors, tools/lint",
+             "which is reserved for: autocli/descriptors, autocli/descriptors/libxml2, tools/lint",
              "callspec/Input.cpp: includes termios.h, which is reserved for: autocli/process"],
             self.problems_of({
                 "autocli/process/EchoGuard.cpp": "#include <termios.h>\n",

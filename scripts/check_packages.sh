@@ -106,7 +106,7 @@ depends() {
 
 check_contents() {
   contains libkestrel1 "/usr/lib/$multiarch/libkestrel\.so\.1" \
-    "/usr/lib/$multiarch/kestrel1/expression\.so"
+    "/usr/lib/$multiarch/kestrel1/expression\.so" "/usr/lib/$multiarch/kestrel1/xml\.so"
   contains libkestrel-dev "/usr/lib/$multiarch/libkestrel\.so" '/usr/include/kestrel/kestrel\.h' \
     "/usr/lib/$multiarch/cmake/Kestrel/KestrelConfig\.cmake" \
     "/usr/lib/$multiarch/pkgconfig/kestrel\.pc" '/usr/share/man/man3/vexil-plugin\.3\.gz'

@@ -135,7 +135,7 @@ def write_build_file(sources):
         text = file.read()
     names = "\n  ".join(os.path.join(SOURCE, source.path) for source in sources)
     text += (f"\nset_property(SOURCE\n  {names}\n"
-             "  TARGET_DIRECTORY kestrel_objects kestrel kestrel_expression_objects\n"
+             "  TARGET_DIRECTORY kestrel_objects kestrel kestrel_expression_objects kestrel_xml_objects\n"
              "  PROPERTY COMPILE_OPTIONS -O1 -w -fpermissive)\n")
     server = os.path.join(HARNESS, "MutantServer.cpp")
     text += "".join(f"target_sources({program} PRIVATE {server})\n" for program in PROGRAMS)

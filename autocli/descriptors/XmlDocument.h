@@ -3,31 +3,22 @@
 
 #pragma once
 
-#include <libxml/parser.h>
 #include <libxml/tree.h>
 
 #include <memory>
 
 namespace Kestrel::AutoCli {
 
-// Guard objects for what libxml2 allocates. Each releases it on every path.
-
+/// Releases a document with the function of the module that made it, because the library itself
+/// does not link libxml2.
 struct FreeXmlDocument {
-  void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
-};
+  void (*free)(xmlDoc*) = nullptr;
 
-struct FreeXmlParser {
-  void operator()(xmlParserCtxt* parser) const {
-    xmlFreeDoc(parser->myDoc);
-    parser->myDoc = nullptr;
-    xmlFreeParserCtxt(parser);
-  }
+  void operator()(xmlDoc* document) const { free(document); }
 };
 
 /// A document and all its nodes.
 using XmlDocument = std::unique_ptr<xmlDoc, FreeXmlDocument>;
-/// A parser and the document that it has begun to make, if any.
-using XmlParser = std::unique_ptr<xmlParserCtxt, FreeXmlParser>;
 
 inline const char* AsChars(const xmlChar* text) { return reinterpret_cast<const char*>(text); }
 inline const xmlChar* AsXmlChars(const char* text) {

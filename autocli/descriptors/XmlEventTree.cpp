@@ -8,6 +8,9 @@
 #include <new>
 #include <utility>
 
+// Null in a process that has not loaded libxml2 at its start.
+#pragma weak __xmlKeepBlanksDefaultValue
+
 namespace Kestrel::AutoCli {
 
 namespace {
@@ -15,12 +18,16 @@ namespace {
 constexpr xmlChar kTextName[] = "text";
 constexpr xmlChar kCommentName[] = "comment";
 
+/// Whether the program has made libxml2 remove the space between elements.
+bool RemovesSpace() {
+  return &__xmlKeepBlanksDefaultValue != nullptr && xmlKeepBlanksDefaultValue == 0;
+}
+
 }  // namespace
 
 std::unique_ptr<XmlEventTree> XmlEventTree::Read(std::string_view text) {
-  // A program can make libxml2 remove the space between elements. Then only libxml2's own parser
-  // makes the right tree.
-  if (text.size() > kMaxSize || xmlKeepBlanksDefaultValue == 0) {
+  // If libxml2 removes space, only its own parser makes the right tree.
+  if (text.size() > kMaxSize || RemovesSpace()) {
     return nullptr;
   }
   std::unique_ptr<XmlEventTree> tree(new XmlEventTree(text.size()));

@@ -35,6 +35,15 @@ class XmlChildren {
   xmlNode* first_;
 };
 
+/// Returns the root element of a document; null if there is none. `document` may be null.
+inline const xmlNode* RootOf(const xmlDoc* document) {
+  const xmlNode* node = document == nullptr ? nullptr : document->children;
+  while (node != nullptr && node->type != XML_ELEMENT_NODE) {
+    node = node->next;
+  }
+  return node;
+}
+
 /// Returns the name of a node; empty for a CDATA section, which has none.
 inline const char* NameOf(const xmlNode* node) {
   return node->name == nullptr ? "" : AsChars(node->name);

@@ -12,7 +12,6 @@
 #include "autocli/descriptors/NodeInsertion.h"
 #include "autocli/descriptors/XmlDocument.h"
 #include "autocli/descriptors/XmlEventTree.h"
-#include "autocli/descriptors/XmlLimits.h"
 #include "autocli/descriptors/XmlNode.h"
 #include "autocli/descriptors/XmlTree.h"
 #include "autocli/plugins/CheckedFile.h"
@@ -36,7 +35,7 @@ struct Descriptor {
 
   /// Returns the root element; null if the descriptor was not read.
   const xmlNode* GetRoot() const {
-    return tree != nullptr ? tree->GetRoot() : xmlDocGetRootElement(document.get());
+    return tree != nullptr ? tree->GetRoot() : RootOf(document.get());
   }
 };
 
@@ -82,7 +81,6 @@ Descriptor ReadAnyFile(const std::string& path) {
 }
 
 Descriptor ParseDescriptor(const std::string& path, bool isInDefaultFolder) {
-  LIBXML_TEST_VERSION
   Descriptor descriptor =
       IsTrustRequired(isInDefaultFolder) ? ReadCheckedFile(path) : ReadAnyFile(path);
   if (descriptor.GetRoot() == nullptr) {

@@ -1,20 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
+// What an ordinary document needs is done here, without loading libxml2.
+
 #include "autocli/descriptors/XmlTree.h"
 
-#include <libxml/SAX2.h>
-#include <libxml/parserInternals.h>
-#include <libxml/uri.h>
-#include <strings.h>
-#include <unistd.h>
+#include <cstring>
+#include <stdexcept>
 
-#include <exception>
-#include <unordered_map>
-#include <utility>
-
-#include "autocli/descriptors/XmlDiagnostics.h"
-#include "autocli/descriptors/XmlLimits.h"
+#include "autocli/descriptors/XmlParser.h"
 #include "autocli/plugins/CheckedFile.h"
 #include "kestrel/KestrelException.h"
 
@@ -22,250 +16,66 @@ namespace Kestrel::AutoCli {
 
 namespace {
 
-constexpr const char* kIncomplete =
-    "The document is incomplete: out of memory, or text of more than 10 MB";
-
-struct FreeXmlString {
-  void operator()(xmlChar* text) const { xmlFree(text); }
-};
-
-using XmlString = std::unique_ptr<xmlChar, FreeXmlString>;
-
-/// Makes the tree of a document, and stops the parser when the document exceeds a limit.
-///
-/// It wraps the function that reads the parser's input, and some of the parser's handlers.
-class LimitedParser {
- public:
-  /// `parser` must have its input.
-  explicit LimitedParser(XmlParser parser) : parser_(std::move(parser)) {
-    parser_->sax->startElementNs = StartElement;
-    parser_->sax->entityDecl = DeclareEntity;
-    parser_->sax->attributeDecl = DeclareAttribute;
-    parser_->_private = this;
+/// Calls `function` with the parser, and reports its faults by KestrelException.
+template <typename Function>
+auto CallParser(Function function) {
+  const XmlParser& parser = GetXmlParser();
+  try {
+    return function(parser);
+  } catch (const std::runtime_error& fault) {
+    throw KestrelException(fault.what());
   }
-  LimitedParser(const LimitedParser&) = delete;
-  LimitedParser& operator=(const LimitedParser&) = delete;
-
-  /// Makes the parser stop even in the middle of a start tag. Must be called unless all of the
-  /// input is in the parser's buffer from the beginning.
-  void CheckEachRead() {
-    xmlParserInputBuffer& buffer = *parser_->input->buf;
-    read_ = std::exchange(buffer.readcallback, Read);
-    close_ = std::exchange(buffer.closecallback, Close);
-    context_ = std::exchange(buffer.context, this);
-  }
-
-  /// Returns null when the document is not well-formed. Throws KestrelException when it exceeds a
-  /// limit or memory ran out.
-  XmlDocument Parse(const XmlDiagnostics& diagnostics) {
-    xmlParseDocument(parser_.get());
-    if (fault_ != nullptr) {
-      throw KestrelException(fault_);
-    }
-    if (parser_->errNo == XML_ERR_NO_MEMORY || diagnostics.HasMemoryFailure()) {
-      throw KestrelException(kIncomplete);
-    }
-    return XmlDocument(parser_->wellFormed == 0 ? nullptr : std::exchange(parser_->myDoc, nullptr));
-  }
-
- private:
-  static LimitedParser& Of(void* parser) {
-    return *static_cast<LimitedParser*>(static_cast<xmlParserCtxt*>(parser)->_private);
-  }
-
-  static int Read(void* self, char* buffer, int length) {
-    auto& parser = *static_cast<LimitedParser*>(self);
-    if (StopAtTooManyAttributes(*parser.parser_)) {
-      parser.fault_ = kTooManyXmlAttributes;
-      return 0;
-    }
-    return parser.read_(parser.context_, buffer, length);
-  }
-
-  static int Close(void* self) {
-    const auto& parser = *static_cast<LimitedParser*>(self);
-    return parser.close_ == nullptr ? 0 : parser.close_(parser.context_);
-  }
-
-  /// Inside an entity, `parser` is a parser of its own, not that of the document.
-  static void StartElement(void* parser, const xmlChar* name, const xmlChar* prefix,
-                           const xmlChar* uri, int namespaceCount, const xmlChar** namespaces,
-                           int count, int defaultCount, const xmlChar** attributes) {
-    Of(parser).CheckStartTag(*static_cast<xmlParserCtxt*>(parser), count, defaultCount, attributes);
-    if (Of(parser).fault_ == nullptr) {
-      xmlSAX2StartElementNs(parser, name, prefix, uri, namespaceCount, namespaces, count,
-                            defaultCount, attributes);
-    }
-  }
-
-  void CheckStartTag(xmlParserCtxt& parser, int count, int defaultCount,
-                     const xmlChar** attributes) {
-    if (HasTooManyAttributes(parser, count)) {
-      StopBecauseOf(kTooManyXmlAttributes, parser);
-      return;
-    }
-    for (int i = count - defaultCount; i < count; ++i) {
-      const xmlChar** const entry = attributes + 5 * i;  // two names, a namespace, begin and end
-      defaultsSize_ += static_cast<std::size_t>(entry[4] - entry[3]);
-    }
-    if (defaultsSize_ > kMaxXmlExpansion) {
-      StopBecauseOf(kTooMuchXmlExpansion, parser);
-    }
-  }
-
-  static void DeclareEntity(void* parser, const xmlChar* name, int type, const xmlChar* publicId,
-                            const xmlChar* systemId, xmlChar* content) {
-    const std::string_view markup = content == nullptr ? "" : AsChars(content);
-    if (CountMostAttributes(markup) > kMaxXmlAttributes) {
-      Of(parser).StopBecauseOf(kTooManyXmlAttributes, *static_cast<xmlParserCtxt*>(parser));
-      return;
-    }
-    xmlSAX2EntityDecl(parser, name, type, publicId, systemId, content);
-    // If there was no memory for an entity, it is missing without a diagnostic.
-    if (!IsDeclared(static_cast<xmlParserCtxt*>(parser)->myDoc, name, type)) {
-      Of(parser).StopBecauseOf(kIncomplete, *static_cast<xmlParserCtxt*>(parser));
-    }
-  }
-
-  static bool IsDeclared(xmlDoc* document, const xmlChar* name, int type) {
-    const bool isParameter =
-        type == XML_INTERNAL_PARAMETER_ENTITY || type == XML_EXTERNAL_PARAMETER_ENTITY;
-    return (isParameter ? xmlGetParameterEntity(document, name)
-                        : xmlGetDocEntity(document, name)) != nullptr;
-  }
-
-  static void DeclareAttribute(void* parser, const xmlChar* element, const xmlChar* name, int type,
-                               int kind, const xmlChar* value, xmlEnumeration* words) {
-    Of(parser).CountDefault(element, value, *static_cast<xmlParserCtxt*>(parser));
-    xmlSAX2AttributeDecl(parser, element, name, type, kind, value, words);
-  }
-
-  void CountDefault(const xmlChar* element, const xmlChar* value, xmlParserCtxt& parser) {
-    try {
-      if (value != nullptr && ++defaults_[AsChars(element)] > kMaxXmlAttributes) {
-        StopBecauseOf(kTooManyXmlAttributes, parser);
-      }
-    } catch (const std::exception&) {
-      StopBecauseOf(kIncomplete, parser);
-    }
-  }
-
-  void StopBecauseOf(const char* fault, xmlParserCtxt& parser) {
-    fault_ = fault;
-    Stop(parser);
-    Stop(*parser_);
-  }
-
-  xmlInputReadCallback read_ = nullptr;
-  xmlInputCloseCallback close_ = nullptr;
-  void* context_ = nullptr;
-  std::unordered_map<std::string, int>
-      defaults_;                  // the number of default attributes declared for each element
-  std::size_t defaultsSize_ = 0;  // the total size of the inserted defaults
-  const char* fault_ = nullptr;
-  XmlParser parser_;  // the last, because it calls `Close` when it is released
-};
-
-/// Makes `input` the input of `parser`. Returns false when it is null.
-bool SetInput(xmlParserCtxt& parser, xmlParserInput* input) {
-  if (input == nullptr || inputPush(&parser, input) < 0) {
-    return false;
-  }
-  return xmlCtxtUseOptions(&parser, XML_PARSE_NONET) == 0;
 }
 
-/// Returns a parser that reads from `buffer` and owns it. Null when memory runs out or `buffer` is
-/// null.
-XmlParser MakeXmlParser(xmlParserInputBuffer* buffer) {
-  XmlParser parser(buffer == nullptr ? nullptr : xmlNewParserCtxt());
-  xmlParserInput* const input =
-      parser == nullptr ? nullptr
-                        : xmlNewIOInputStream(parser.get(), buffer, XML_CHAR_ENCODING_NONE);
-  if (input == nullptr) {
-    xmlFreeParserInputBuffer(buffer);
-    return nullptr;
-  }
-  return SetInput(*parser, input) ? std::move(parser) : XmlParser();
-}
-
-/// Moves the first bytes of `*text`, a `std::string_view`, to `buffer`. Returns their number, which
-/// is at most `length`.
-int TakeText(void* text, char* buffer, int length) {
-  auto& left = *static_cast<std::string_view*>(text);
-  const std::size_t count = left.copy(buffer, static_cast<std::size_t>(length));
-  left.remove_prefix(count);
-  return static_cast<int>(count);
-}
-
-XmlDocument ParseFromInput(XmlParser parser, const XmlDiagnostics& diagnostics) {
-  LimitedParser limited(std::move(parser));
-  limited.CheckEachRead();
-  return limited.Parse(diagnostics);
-}
-
-/// Whether libxml2 would fetch `path`.
-bool IsOnNetwork(const std::string& path) {
-  return strncasecmp(path.c_str(), "http://", 7) == 0 ||
-         strncasecmp(path.c_str(), "ftp://", 6) == 0;
+/// Whether `document`, which may be null, has a document type. Without one, there are no defaults
+/// of attributes and no entities except the predefined ones.
+bool HasDocumentType(const xmlDoc* document) {
+  return document != nullptr && (document->intSubset != nullptr || document->extSubset != nullptr);
 }
 
 }  // namespace
 
 XmlDocument ParseXmlText(std::string_view text, const char* name) {
-  if (text.empty()) {
-    return nullptr;
-  }
-  const XmlDiagnostics diagnostics;
-  // Reads from memory where possible, because diagnostics then quote more of the document.
-  const bool isInMemory = HasFewAttributes(text);
-  XmlParser parser = MakeXmlParser(
-      isInMemory ? xmlParserInputBufferCreateMem(text.data(), static_cast<int>(text.size()),
-                                                 XML_CHAR_ENCODING_NONE)
-                 : xmlParserInputBufferCreateIO(TakeText, nullptr, &text, XML_CHAR_ENCODING_NONE));
-  if (parser == nullptr) {
-    throw KestrelException(kIncomplete);
-  }
-  parser->input->filename = AsChars(xmlStrdup(AsXmlChars(name)));
-  LimitedParser limited(std::move(parser));
-  if (!isInMemory) {
-    limited.CheckEachRead();
-  }
-  return limited.Parse(diagnostics);
+  return CallParser([&](const XmlParser& parser) { return parser.ParseText(text, name); });
 }
 
 XmlDocument ParseXmlFile(const FileDescriptor& file, const std::string& path) {
-  const XmlDiagnostics diagnostics;
   // The file is opened by a path, because otherwise libxml2 does not expand a compressed file.
-  const std::string name = PathOfDescriptor(file.Get());
-  XmlParser parser =
-      MakeXmlParser(xmlParserInputBufferCreateFilename(name.c_str(), XML_CHAR_ENCODING_NONE));
-  if (parser == nullptr) {
-    return nullptr;
-  }
-  parser->input->filename = AsChars(xmlCanonicPath(AsXmlChars(path.c_str())));
-  return ParseFromInput(std::move(parser), diagnostics);
+  const std::string opened = PathOfDescriptor(file.Get());
+  return CallParser([&](const XmlParser& parser) { return parser.ParseFile(opened, path); });
 }
 
 XmlDocument ParseXmlFile(const std::string& path) {
-  if (IsOnNetwork(path)) {
-    ReportMissingXmlFile(path);
-    return nullptr;
-  }
-  const XmlDiagnostics diagnostics;
-  XmlParser parser(xmlNewParserCtxt());
-  const XmlString name(xmlCanonicPath(AsXmlChars(path.c_str())));
-  // Not `xmlLoadExternalEntity`: that looks for the name in catalogs, which may be on a network.
-  if (parser == nullptr || name == nullptr ||
-      !SetInput(*parser, xmlNewInputFromFile(parser.get(), AsChars(name.get())))) {
-    return nullptr;
-  }
-  return ParseFromInput(std::move(parser), diagnostics);
+  return CallParser([&](const XmlParser& parser) { return parser.FindAndParseFile(path); });
 }
 
 void ReportMissingXmlFile(const std::string& path) {
-  const XmlDiagnostics diagnostics;
-  xmlGenericError(xmlGenericErrorContext, "I/O warning : failed to load external entity \"%s\"\n",
-                  path.c_str());
+  CallParser([&](const XmlParser& parser) { parser.ReportMissingFile(path); });
+}
+
+const xmlAttr* FindXmlAttribute(const xmlNode* node, const std::string& name) {
+  if (node->type != XML_ELEMENT_NODE) {
+    return nullptr;
+  }
+  for (const xmlAttr* i = node->properties; i != nullptr; i = i->next) {
+    if (std::strcmp(AsChars(i->name), name.c_str()) == 0) {
+      return i;
+    }
+  }
+  return HasDocumentType(node->doc) ? GetXmlParser().FindAttribute(node, name.c_str()) : nullptr;
+}
+
+std::string ExpandXmlAttribute(const xmlAttr& attribute) {
+  if (attribute.children == nullptr) {
+    return std::string();
+  }
+  return CallParser([&](const XmlParser& parser) { return parser.ExpandAttribute(attribute); });
+}
+
+void RefuseLargeExpansion(const xmlNode* node) {
+  if (node != nullptr && HasDocumentType(node->doc)) {
+    CallParser([&](const XmlParser& parser) { parser.RefuseLargeExpansion(*node); });
+  }
 }
 
 }  // namespace Kestrel::AutoCli

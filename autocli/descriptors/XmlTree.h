@@ -12,8 +12,9 @@
 namespace Kestrel::AutoCli {
 
 // Parse a document as `xmlReadMemory` and `xmlReadFile` do without options. Return null when it is
-// not well-formed or cannot be read. Throw KestrelException when memory runs out, and for a
-// document that exceeds a limit (see XmlLimits.h). Nothing is fetched from a network.
+// not well-formed or cannot be read. Throw KestrelException when memory runs out, for a document
+// that exceeds a limit (see libxml2/XmlLimits.h), and when libxml2 cannot be loaded. Nothing is
+// fetched from a network.
 
 /// `name` is the name of the document in diagnostics.
 XmlDocument ParseXmlText(std::string_view text, const char* name);
@@ -26,5 +27,17 @@ XmlDocument ParseXmlFile(const std::string& path);
 
 /// Sends the diagnostic for a file that does not exist.
 void ReportMissingXmlFile(const std::string& path);
+
+/// Returns the attribute of that name, or the declaration of its default in the document type;
+/// null if there is none.
+const xmlAttr* FindXmlAttribute(const xmlNode* node, const std::string& name);
+
+/// Returns the value of an attribute. Throws KestrelException when the references to entities in it
+/// make it longer than 10 MB.
+std::string ExpandXmlAttribute(const xmlAttr& attribute);
+
+/// Throws KestrelException if the references to entities in `node` and below it expand to more than
+/// 10 MB of text. `node` may be null.
+void RefuseLargeExpansion(const xmlNode* node);
 
 }  // namespace Kestrel::AutoCli

@@ -6,7 +6,6 @@
 #include <climits>
 
 #include "autocli/descriptors/XmlDocument.h"
-#include "autocli/descriptors/XmlLimits.h"
 #include "autocli/descriptors/XmlNode.h"
 #include "autocli/descriptors/XmlTree.h"
 #include "autocli/descriptors/XmlValue.h"
@@ -110,7 +109,7 @@ XmlDocument ParseOutput(const std::string& text) {
   try {
     XmlDocument document = ParseXmlText(text, "STDOUT");
     if (document != nullptr) {
-      RefuseLargeExpansion(xmlDocGetRootElement(document.get()));
+      RefuseLargeExpansion(RootOf(document.get()));
     }
     return document;
   } catch (const KestrelException& error) {
@@ -123,7 +122,7 @@ std::shared_ptr<MetaObject> ParseThroughTree(const std::string& text) {
   if (document == nullptr) {
     return nullptr;
   }
-  const xmlNode* root = xmlDocGetRootElement(document.get());
+  const xmlNode* root = RootOf(document.get());
   if (root == nullptr) {
     throw KestrelException(
         "Error parsing command output.  Unable to find a properly formatted output tag as the "
@@ -139,7 +138,7 @@ std::shared_ptr<MetaObject> ParseThroughTree(const std::string& text) {
 }  // namespace
 
 std::string XmlUtil_ExtractAttribute(const xmlNode* node, const std::string& name) {
-  const xmlAttr* attribute = xmlHasProp(node, AsXmlChars(name.c_str()));
+  const xmlAttr* attribute = FindXmlAttribute(node, name);
   if (attribute == nullptr) {
     return std::string();
   }
@@ -149,7 +148,7 @@ std::string XmlUtil_ExtractAttribute(const xmlNode* node, const std::string& nam
   if (attribute->type == XML_ATTRIBUTE_DECL) {
     return DefaultOf(*reinterpret_cast<const xmlAttribute*>(attribute));
   }
-  return ExpandAttribute(*attribute);
+  return ExpandXmlAttribute(*attribute);
 }
 
 std::string XmlUtil_GetContent(const xmlNode* node) {

@@ -72,7 +72,7 @@ class DiagnosticsCount {
 std::string DescribeParsersTree(const std::string& text) {
   const DiagnosticsCount diagnostics;
   const XmlDocument document(
-      xmlReadMemory(text.data(), static_cast<int>(text.size()), "test", nullptr, 0));
+      xmlReadMemory(text.data(), static_cast<int>(text.size()), "test", nullptr, 0), {xmlFreeDoc});
   std::string description;
   if (document != nullptr && diagnostics.IsZero()) {
     Describe(xmlDocGetRootElement(document.get()), description);

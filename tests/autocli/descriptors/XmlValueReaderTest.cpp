@@ -98,7 +98,8 @@ std::shared_ptr<MetaObject> ParseThroughTree(const std::string& text,
                                              const DiagnosticsCapture& diagnostics) {
   xmlResetLastError();
   const XmlDocument document(
-      xmlReadMemory(text.data(), static_cast<int>(text.size()), "STDOUT", nullptr, 0));
+      xmlReadMemory(text.data(), static_cast<int>(text.size()), "STDOUT", nullptr, 0),
+      {xmlFreeDoc});
   // If a string is too long, the parser reports that memory ran out and leaves out the end of the
   // string. What follows in the document may then cause further errors.
   const xmlError* const last = xmlGetLastError();

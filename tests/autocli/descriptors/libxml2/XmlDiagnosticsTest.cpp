@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "autocli/descriptors/XmlDiagnostics.h"
+#include "autocli/descriptors/libxml2/XmlDiagnostics.h"
 
 #include <gtest/gtest.h>
 #include <libxml/parser.h>

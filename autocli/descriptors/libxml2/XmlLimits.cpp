@@ -1,14 +1,15 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "autocli/descriptors/XmlLimits.h"
+#include "autocli/descriptors/libxml2/XmlLimits.h"
 
 #include <algorithm>
+#include <stdexcept>
 #include <unordered_map>
+#include <utility>
 
-#include "autocli/descriptors/XmlProlog.h"
+#include "autocli/descriptors/libxml2/XmlProlog.h"
 #include "autocli/text/StartsWith.h"
-#include "kestrel/KestrelException.h"
 
 namespace Kestrel::AutoCli {
 
@@ -119,12 +120,6 @@ const xmlNode* NextNode(const xmlNode* node, const xmlNode* root) {
   return node == root ? nullptr : node->next;
 }
 
-bool HasEntities(const xmlDoc* document) {
-  return document != nullptr &&
-         ((document->intSubset != nullptr && document->intSubset->entities != nullptr) ||
-          (document->extSubset != nullptr && document->extSubset->entities != nullptr));
-}
-
 /// Appends the value of an attribute to a string, as long as it stays within the limit.
 class AttributeExpansion {
  public:
@@ -134,7 +129,7 @@ class AttributeExpansion {
     for (const xmlNode* node = first; node != nullptr; node = node == last ? nullptr : node->next) {
       AppendNode(*node);
       if (value_.size() > kMaxXmlExpansion || ++nodes_ > kMaxXmlExpansion) {
-        throw KestrelException(kTooMuchXmlExpansion);
+        throw std::runtime_error(kTooMuchXmlExpansion);
       }
     }
   }
@@ -201,13 +196,10 @@ bool HasFewAttributes(std::string_view document) {
           std::count(document.begin(), document.end(), '=') <= kMaxXmlAttributes);
 }
 
-void RefuseLargeExpansion(const xmlNode* node) {
-  if (node == nullptr || !HasEntities(node->doc)) {
-    return;
-  }
-  Expansion expansion(node->doc);
-  const xmlNode* const root = node;
-  for (; node != nullptr && !expansion.IsTooLarge(); node = NextNode(node, root)) {
+void RefuseLargeExpansion(const xmlNode& root) {
+  Expansion expansion(root.doc);
+  const xmlNode* node = &root;
+  for (; node != nullptr && !expansion.IsTooLarge(); node = NextNode(node, &root)) {
     if (node->type == XML_ENTITY_REF_NODE) {
       expansion.AddReference(node);
     }
@@ -217,7 +209,7 @@ void RefuseLargeExpansion(const xmlNode* node) {
     }
   }
   if (expansion.IsTooLarge()) {
-    throw KestrelException(kTooMuchXmlExpansion);
+    throw std::runtime_error(kTooMuchXmlExpansion);
   }
 }
 

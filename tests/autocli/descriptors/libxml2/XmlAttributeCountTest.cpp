@@ -9,7 +9,7 @@
 
 #include <string>
 
-#include "autocli/descriptors/XmlLimits.h"
+#include "autocli/descriptors/libxml2/XmlLimits.h"
 
 namespace Kestrel::AutoCli {
 namespace {

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "autocli/descriptors/XmlProlog.h"
+#include "autocli/descriptors/libxml2/XmlProlog.h"
 
 #include <strings.h>
 

@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include <libxml/parser.h>
+
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -44,12 +46,12 @@ std::size_t CountMostAttributes(std::string_view markup);
 /// without parsing it.
 bool HasFewAttributes(std::string_view document);
 
-/// Throws KestrelException if the references to entities in `node` and below it expand to more text
-/// than the limit. `node` may be null.
-void RefuseLargeExpansion(const xmlNode* node);
+/// Throws std::runtime_error if the references to entities in `root` and below it expand to more
+/// text than the limit. `root` must belong to a document.
+void RefuseLargeExpansion(const xmlNode& root);
 
-/// Returns the value of `attribute`, which contains references to entities. Throws KestrelException
-/// when it is longer than the limit.
+/// Returns the value of `attribute`, which contains references to entities. Throws
+/// std::runtime_error when it is longer than the limit.
 std::string ExpandAttribute(const xmlAttr& attribute);
 
 }  // namespace Kestrel::AutoCli
