@@ -102,16 +102,19 @@ FOR_USERS = {
 # which is installed with the library of its own version, reads rows of a result in place, writes
 # strings and numbers, prints its messages and determines its rights in the same way as the library.
 # vexil-complete and vexil-doctor decide in the same way which files others can change.
+# vexil-lint encodes characters in the same way.
 READS_PRIVATE = [
     ("tools/complete/TrustedFile.cpp", "autocli/plugins/TrustPolicy.h"),
     ("vexil/formats/EscapedText.h", "autocli/text/ShortCopy.h"),
     ("vexil/formats/TextBuffer.cpp", "autocli/text/WriteUnpadded.h"),
     ("vexil/formats/TextBuffer.h", "autocli/text/PutPiece.h"),
+    ("vexil/formats/Utf8.h", "autocli/text/Utf8.h"),
     ("vexil/formats/Values.h", "metaobj/ValueAccess.h"),
     ("tools/console/Console.cpp", "autocli/text/TerminalText.h"),
     ("tools/doctor/Access.cpp", "autocli/plugins/TrustPolicy.h"),
     ("tools/doctor/PluginTable.cpp", "autocli/text/TerminalText.h"),
     ("tools/explain/main.cpp", "autocli/text/TerminalText.h"),
+    ("tools/lint/Scanner.cpp", "autocli/text/Utf8.h"),
     ("vexil/Advice.cpp", "autocli/text/TerminalText.h"),
     ("vexil/main.cpp", "autocli/process/ProcessRights.h"),
     ("vexil/main.cpp", "autocli/text/TerminalText.h"),

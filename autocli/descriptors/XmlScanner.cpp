@@ -14,6 +14,7 @@
 #include <unordered_set>
 
 #include "autocli/text/StartsWith.h"
+#include "autocli/text/Utf8.h"
 
 namespace Kestrel::AutoCli {
 
@@ -69,43 +70,15 @@ bool IsXmlCharacter(std::uint32_t code) {
 
 /// Returns the number of bytes of the character beyond ASCII that `text` begins with; 0 if there is
 /// none that a document can contain.
-std::size_t SizeOfCharacter(std::string_view text) {
-  const auto first = static_cast<unsigned char>(text.empty() ? '\0' : text[0]);
-  if (first < 0xC2 || first > 0xF4) {
-    return 0;
-  }
-  const std::size_t size = first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
-  if (text.size() < size) {
-    return 0;
-  }
-  std::uint32_t code = first & (0x7Fu >> size);
-  for (std::size_t i = 1; i < size; ++i) {
-    if ((text[i] & 0xC0) != 0x80) {
-      return 0;
-    }
-    code = code << 6 | (text[i] & 0x3Fu);
-  }
-  constexpr std::uint32_t kSmallest[] = {0x80, 0x800, 0x10000};
-  return code >= kSmallest[size - 2] && IsXmlCharacter(code) ? size : 0;
-}
-
-void AppendUtf8(std::uint32_t code, std::string& text) {
-  if (code < 0x80) {
-    text += static_cast<char>(code);
-    return;
-  }
-  const int continuations = code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
-  constexpr std::uint32_t kFirst[] = {0xC0, 0xE0, 0xF0};
-  text += static_cast<char>(kFirst[continuations - 1] | code >> (6 * continuations));
-  for (int i = continuations - 1; i >= 0; --i) {
-    text += static_cast<char>(0x80 | (code >> (6 * i) & 0x3F));
-  }
+std::size_t SizeBeyondAscii(std::string_view text) {
+  const Character first = text.empty() ? Character{} : FirstCharacter(text);
+  return first.code >= 0x80 && IsXmlCharacter(first.code) ? first.size : 0;
 }
 
 /// Whether a document can contain all of `text` in a comment or a CDATA section.
 bool AreCharacters(std::string_view text) {
   while (!text.empty()) {
-    const std::size_t size = Is(kAscii, text[0]) ? 1 : SizeOfCharacter(text);
+    const std::size_t size = Is(kAscii, text[0]) ? 1 : SizeBeyondAscii(text);
     if (size == 0) {
       return false;
     }
@@ -378,7 +351,7 @@ class Scanner {
       ++position_;
       return true;
     }
-    const std::size_t size = SizeOfCharacter(Rest());
+    const std::size_t size = SizeBeyondAscii(Rest());
     replaced.append(position_, size);
     position_ += size;
     return size != 0;
@@ -408,7 +381,7 @@ class Scanner {
     if (error != std::errc() || !IsXmlCharacter(code)) {
       return false;
     }
-    AppendUtf8(code, replaced);
+    AppendCharacter(code, replaced);
     return Take(';');
   }
 

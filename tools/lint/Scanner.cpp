@@ -4,36 +4,16 @@
 #include "tools/lint/Scanner.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <cstdlib>
 #include <utility>
+
+#include "autocli/text/Utf8.h"
 
 namespace Kestrel::Lint {
 
 namespace {
 
 constexpr std::string_view kSpaces = " \t\r\n";
-
-void AppendUtf8(std::uint32_t character, std::string& text) {
-  const auto tail = [&text](std::uint32_t bits) {
-    text += static_cast<char>(0x80U | (bits & 0x3FU));
-  };
-  if (character < 0x80) {
-    text += static_cast<char>(character);
-  } else if (character < 0x800) {
-    text += static_cast<char>(0xC0U | (character >> 6U));
-    tail(character);
-  } else if (character < 0x10000) {
-    text += static_cast<char>(0xE0U | (character >> 12U));
-    tail(character >> 6U);
-    tail(character);
-  } else {
-    text += static_cast<char>(0xF0U | (character >> 18U));
-    tail(character >> 12U);
-    tail(character >> 6U);
-    tail(character);
-  }
-}
 
 // Appends what a reference such as "lt" or "#x41" stands for.
 void AppendReference(std::string_view name, std::string& text) {
@@ -47,9 +27,8 @@ void AppendReference(std::string_view name, std::string& text) {
   }
   const bool isHexadecimal = name.size() > 1 && name[1] == 'x';
   const std::string digits(name.substr(isHexadecimal ? 2 : 1));
-  AppendUtf8(
-      static_cast<std::uint32_t>(std::strtoul(digits.c_str(), nullptr, isHexadecimal ? 16 : 10)),
-      text);
+  const unsigned long code = std::strtoul(digits.c_str(), nullptr, isHexadecimal ? 16 : 10);
+  AutoCli::AppendCharacter(static_cast<char32_t>(code), text);
 }
 
 // Decodes references and line ends. `begin` is the offset of `raw` in the document.
