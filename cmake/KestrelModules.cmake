@@ -15,6 +15,7 @@ target_link_libraries(kestrel_modules PRIVATE kestrel_warnings kestrel_sanitizer
 
 function(kestrel_add_module name)
   cmake_parse_arguments(PARSE_ARGV 1 module "" "LOADED;LINKED" "SOURCES;LIBRARIES")
+  set(module_exports ${PROJECT_SOURCE_DIR}/cmake/module.map)
   set(objects kestrel_${name}_objects)
   add_library(${objects} OBJECT ${module_SOURCES})
   target_include_directories(${objects} PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
@@ -25,8 +26,10 @@ function(kestrel_add_module name)
   add_library(kestrel_${name} MODULE $<TARGET_OBJECTS:${objects}>)
   set_target_properties(kestrel_${name} PROPERTIES
     LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/${KESTREL_MODULE_FOLDER}
+    LINK_DEPENDS ${module_exports}
     OUTPUT_NAME ${name}
     PREFIX "")
+  target_link_options(kestrel_${name} PRIVATE LINKER:--version-script=${module_exports})
   target_link_libraries(kestrel_${name} PRIVATE
     ${module_LIBRARIES} kestrel_sanitizers kestrel_coverage)
   if(PROJECT_IS_TOP_LEVEL)

@@ -16,6 +16,7 @@ namespace Kestrel::AutoCli {
 /// report a fault by std::runtime_error, not by KestrelException.
 class XmlParser {
  public:
+  /// `text` must not be empty.
   virtual XmlDocument ParseText(std::string_view text, const char* name) const = 0;
   /// Reads the file at `path`; `name` is its name in diagnostics.
   virtual XmlDocument ParseFile(const std::string& path, const std::string& name) const = 0;

@@ -62,6 +62,17 @@ Descriptor ReadFile(const FileDescriptor& file, const std::string& path) {
   return descriptor;
 }
 
+/// Reads a file that cannot be opened by its descriptor, because there is no /proc or because the
+/// system does not find it.
+Descriptor ReadFileByPath(const std::string& path) {
+  Descriptor descriptor;
+  descriptor.tree = XmlEventTree::Read(ReadOrdinaryFile(path));
+  if (descriptor.tree == nullptr) {
+    descriptor.document = ParseXmlFile(path);
+  }
+  return descriptor;
+}
+
 Descriptor ReadCheckedFile(const std::string& path) {
   const CheckedFile file = OpenCheckedFile(path);
   if (!file.descriptor.IsOpen()) {
@@ -77,7 +88,7 @@ Descriptor ReadAnyFile(const std::string& path) {
     return {};
   }
   const bool isReadable = file.IsOpen() && access(PathOfDescriptor(file.Get()).c_str(), R_OK) == 0;
-  return isReadable ? ReadFile(file, path) : Descriptor{nullptr, ParseXmlFile(path)};
+  return isReadable ? ReadFile(file, path) : ReadFileByPath(path);
 }
 
 Descriptor ParseDescriptor(const std::string& path, bool isInDefaultFolder) {

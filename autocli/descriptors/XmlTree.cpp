@@ -36,6 +36,9 @@ bool HasDocumentType(const xmlDoc* document) {
 }  // namespace
 
 XmlDocument ParseXmlText(std::string_view text, const char* name) {
+  if (text.empty()) {
+    return nullptr;
+  }
   return CallParser([&](const XmlParser& parser) { return parser.ParseText(text, name); });
 }
 

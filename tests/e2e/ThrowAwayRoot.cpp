@@ -69,6 +69,8 @@ void AddTool(const std::string& root) {
       fs::copy(entry.path(), root + entry.path().string(), fs::copy_options::copy_symlinks);
     }
   }
+  const fs::path modules = fs::path(KESTREL_XML_MODULE).parent_path();
+  fs::copy(modules, root + modules.string());
   fs::create_directories(root + fs::path(KESTREL_TOOL).parent_path().string());
   fs::copy_file(KESTREL_TOOL, root + KESTREL_TOOL);
   fs::create_directories(root + KESTREL_PLUGIN_DIR "/ext");

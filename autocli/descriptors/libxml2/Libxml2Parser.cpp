@@ -250,9 +250,6 @@ class Libxml2Parser final : public XmlParser {
 };
 
 XmlDocument Libxml2Parser::ParseText(std::string_view text, const char* name) const {
-  if (text.empty()) {
-    return nullptr;
-  }
   const XmlDiagnostics diagnostics;
   // Reads from memory where possible, because diagnostics then quote more of the document.
   const bool isInMemory = HasFewAttributes(text);
