@@ -113,7 +113,7 @@ struct Command {
   std::string description;
   std::vector<Example> examples;
   std::map<std::string, std::string> metaData;
-  /// The default formatter; empty if the command names none, so that nothing is printed by default.
+  /// The default formatter. Empty if the command names none; nothing is then printed by default.
   std::string formatter;
   std::map<std::string, std::string> formatParameters;
   /// In byte order of their names.

@@ -73,7 +73,8 @@ const ParameterSpec* ExplainedCall::FindParameter(const std::string& anyName) co
   return nullptr;
 }
 
-// The parser of the library would ask for a secret that has no value, so it gets one here.
+// The parser of the library would ask for a secret that has no value, so such a secret gets a value
+// here.
 void ExplainedCall::ReadLine(const Vexil::CommandLine& line) {
   std::vector<std::string> tokens = line.path;
   for (const Vexil::TypedOption& option : line.commandOptions) {
@@ -157,7 +158,8 @@ std::vector<std::string> ExplainedCall::Validate() const {
 
 // A message about a secret is taken from a call with another value. Masking the secret in the
 // message would not be enough: a short secret may also occur in the fixed part, and the mask would
-// reveal it. Two other values are tried, because few constraints accept both.
+// reveal it. Two other values are tried: a value that the constraint accepts causes no message, but
+// few constraints accept both.
 std::string ExplainedCall::HideSecretsIn(const std::string& error) const {
   for (const std::string& placeholder : {std::string(kHidden), std::string("\x01")}) {
     const std::shared_ptr<Output> output = Output::New();

@@ -36,7 +36,7 @@ struct Process {
   long ticks = 0;
 };
 
-/// Returns the process 0 if there is no such process.
+/// Returns a process with the number 0 if there is no such process.
 Process ReadProcess(const std::filesystem::path& folder) {
   std::ifstream file(folder / "stat");
   std::string line;
@@ -124,8 +124,8 @@ milliseconds FairClock::Now() {
   const milliseconds processorTime(ticks * 1000 / sysconf(_SC_CLK_TCK));
   const milliseconds used = std::clamp(processorTime - processorTime_, milliseconds(0), passed);
   const bool isReady = std::any_of(processes.begin(), processes.end(), IsReadyToRun);
-  // If this process itself had to wait for a processor, nothing is known about most of the time. So
-  // at most two steps of it are counted.
+  // If this process itself had to wait for a processor, it has not observed most of the time that
+  // has passed. So at most two steps of that time are counted.
   counted_ += isReady ? used : std::max(used, std::min(passed, 2 * kStep));
   processorTime_ = processorTime;
   looked_ = now;

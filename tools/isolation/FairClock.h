@@ -35,7 +35,7 @@ class FairClock {
   milliseconds processorTime_{0};
 };
 
-/// A moment of a FairClock. It is also reached when a multiple of the time has passed on an
+/// A point in time on a FairClock. It is also reached when a multiple of the time has passed on an
 /// ordinary clock, so that the wait ends on a machine that is busy forever.
 class FairDeadline {
  public:

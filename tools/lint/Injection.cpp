@@ -109,7 +109,8 @@ bool Arrives(const std::string& value, const ShellReading& plain, const ShellRea
 
 std::string BaseName(const std::string& name) { return name.substr(name.rfind('/') + 1); }
 
-// Returns the index of the argument that is a program, or 0.
+// Returns the index of the argument that another interpreter runs as a program, as after "sh -c"; 0
+// if there is none.
 std::size_t FindProgram(const ShellCommand& command) {
   const std::string name = BaseName(NameOf(command));
   static const std::map<std::string, std::string> interpreters = {

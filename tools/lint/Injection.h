@@ -17,7 +17,8 @@ namespace Kestrel::Lint {
 
 /// What a value can do to the command line that it is inserted into.
 struct Verdict {
-  /// Each contains a value that has this effect; nothing if no value does.
+  /// Each of these members contains a value that has the effect in its name, or nothing if no value
+  /// has that effect.
   std::optional<std::string> runsCommand;
   std::optional<std::string> addsWord;
   std::optional<std::string> addsOption;

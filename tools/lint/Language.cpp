@@ -131,7 +131,7 @@ class Language::Builder {
     Fragment whole;
     for (std::size_t i = 0; i < node.least; ++i) {
       Fragment part = Build(child);
-      // The last one of an unlimited repeat is the loop.
+      // If there is no upper limit, the last copy is a loop.
       if (!node.most && i + 1 == node.least) {
         Link(part.last, part.first);
       }

@@ -9,7 +9,8 @@
 
 namespace Kestrel::Lint {
 
-/// The shells that /bin/sh may be. Here they differ only in that bash expands braces.
+/// The shells that /bin/sh may be. Bash has additional constructs, such as the expansion of braces,
+/// and treats some mistakes differently.
 enum class Shell { Dash, Bash };
 
 /// One argument of a command.

@@ -165,7 +165,7 @@ class TemplateCheck {
     }
   }
 
-  // A template with other mistakes is examined once they are corrected.
+  // Values are not examined until all other mistakes in the template have been corrected.
   void CheckValues(const Element& execute, const MarkerList& list) {
     if (hasFault_) {
       return;

@@ -13,7 +13,7 @@ ABSENT = object()
 
 
 def same(left: Any, right: Any) -> bool:
-    """Equal and of the same kind: 1 and true are different."""
+    """Whether the values are equal and of the same kind: 1 and true are different."""
     if type(left) is not type(right):
         return False
     if isinstance(left, dict):

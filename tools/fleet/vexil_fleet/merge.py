@@ -26,7 +26,7 @@ class Group:
 
 
 def group_by_value(answers: Sequence[Answer]) -> List[Group]:
-    """Groups of hosts whose results are equal; the largest group first."""
+    """Returns groups of hosts whose results are equal, the largest group first."""
     groups: Dict[Hashable, Group] = {}
     for answer in answers:
         assert answer.rows is not None and answer.description is not None

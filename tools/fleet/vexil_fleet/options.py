@@ -164,5 +164,5 @@ def format_parameters(texts: Sequence[str]) -> Dict[str, str]:
 
 
 def groups(names: Sequence[str]) -> List[str]:
-    """Node sets of groups: -g web,db and -g web -g db are the same."""
+    """Returns the node sets of groups: -g web,db and -g web -g db are the same."""
     return [f"@{name}" for text in names for name in text.split(",")]

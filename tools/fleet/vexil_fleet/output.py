@@ -49,7 +49,7 @@ class Output:
         return is_printed
 
     def _print_groups(self, groups: Sequence[Group]) -> bool:
-        """Returns a list for each shape: the rows of a list are of one shape."""
+        """Prints a list for each shape, because all rows of a list have the same shape."""
         lists: Dict[Shape, List[Group]] = {}
         for group in groups:
             lists.setdefault(group.rows.shape, []).append(group)
@@ -66,7 +66,7 @@ def _alone(answer: Answer) -> Group:
 
 
 def _with_common_shape(answers: List[Answer]) -> List[Answer]:
-    """A document has one shape, so hosts whose results have another shape count as failed."""
+    """A document has one shape, so hosts whose results have another shape are marked as failed."""
     counts: Dict[Shape, int] = {}
     for answer in answers:
         assert answer.rows is not None

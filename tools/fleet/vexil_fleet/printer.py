@@ -27,8 +27,8 @@ FOR_PEOPLE = ("table", "simple", "pretty")
 JOINABLE = (*FOR_PEOPLE, "ndjson")
 # The format that prints each row independently of the others.
 _BY_LINES = "ndjson"
-# How many rows the tool gets at once if the list can be divided. It needs at least 300 bytes of
-# memory for each.
+# How many rows are passed to the tool at a time if the list can be divided. The tool needs at least
+# 300 bytes of memory for each row.
 _MAX_ROWS = 100_000
 _EXACT = ("csv", "json-utf8", "ndjson", "tsv", "value-xml", "yaml")
 _KEY = re.compile(r"[A-Za-z0-9 .:-]+")
@@ -87,7 +87,8 @@ class Printer:
         return self._print_list(shape, pieces, description)
 
     def check(self, description: Description) -> None:
-        """Throws BadFormat with the messages of the tool if it cannot print such a list."""
+        """Throws BadFormat with the messages of the tool if it cannot print the result of the
+        described command."""
         shape = row_shape(description.shape)
         host = host_field(shape)
         done = subprocess.run(

@@ -102,7 +102,7 @@ class Job:
         if self.words:
             parts.append(self._run_function())
             calls.append("vexil_run")
-        # One line for the parser, so a part of a script never runs.
+        # The shell parses all of this before it runs anything, so a part of a script never runs.
         return os.fsencode("{ " + "".join(parts) + "}; " + "; ".join(calls) + "; exit 0\n")
 
     def _run_function(self) -> str:

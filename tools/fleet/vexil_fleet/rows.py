@@ -16,10 +16,10 @@ from typing import Any, Callable, Dict, Iterable, Iterator, List, Set, Tuple
 from .description import Field, Shape
 from .stored import Chunk, StoredLines
 
-# How many lines are decoded at once.
+# How many lines are decoded at a time.
 _CHUNK = 2000
 _INT_MIN, _INT_MAX = -2**63, 2**63 - 1
-# A prompt of vexil for a secret. There is one for each secret before the result.
+# A prompt of vexil for a secret. The prompts for all secrets precede the result.
 _PROMPT = re.compile(rb"Enter value for '[^'\n]*': \n")
 
 # An escape of one half of a surrogate pair. Without the other half, it cannot be printed.
@@ -134,7 +134,7 @@ def row_shape(shape: Shape) -> Shape:
 
 
 def decode(lines: List[bytes]) -> List[Row]:
-    """One value for each line."""
+    """Returns the value on each line."""
     text = b"[" + b",".join(lines) + b"]"
     try:
         values = json.loads(text.decode("utf-8"), parse_constant=_refuse, parse_float=_refuse)

@@ -85,7 +85,7 @@ class Run:
         progress = progress or Progress(len(hosts))
         answers: Dict[str, Answer] = {}
 
-        # Results are read while other hosts still work, so equal ones are not kept twice.
+        # Results are read while other hosts still work, so that equal ones are stored only once.
         def read(visit: Visit) -> None:
             answers[visit.host] = self._reader.read(visit, bool(job.words))
 
@@ -107,7 +107,7 @@ class Run:
     def _run_held(self, held: List[Answer]) -> None:
         request = self._request
         hosts = NodeSet.fromlist(answer.host for answer in held)
-        # Checked first, so that nothing is changed whose result cannot be printed.
+        # Checked first, so that no command changes anything if its result cannot be printed.
         self._printer.check(common_description(held))
         if not request.is_confirmed and any(
                 answer.description.changes for answer in held if answer.description is not None):

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Reads secrets from the command line, or prompts for each once. No other command line has them."""
+"""Reads secrets from the command line or prompts for each; no other command line has them."""
 
 import getpass
 import os

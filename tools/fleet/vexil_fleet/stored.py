@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Lines of bytes in little memory.
+"""Stores lines of bytes in little memory.
 
 Results of many hosts are kept until all of them have arrived. Most of their bytes are the names of
 the fields, so chunks of lines are stored compressed.
@@ -61,7 +61,7 @@ class StoredLines:
 
     @property
     def digest(self) -> bytes:
-        """A value that is the same for equal bytes."""
+        """Returns a value that is the same for equal bytes."""
         whole = self._hash.copy()
         whole.update(self._open)
         return whole.digest()
