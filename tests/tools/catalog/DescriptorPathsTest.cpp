@@ -66,7 +66,7 @@ TEST(DescriptorPathsTest, TheScanFindsTheSamePaths) {
   ExpectPlainPaths(*paths);
 }
 
-TEST(DescriptorPathsTest, BothAgreeOnEveryShippedDescriptor) {
+TEST(DescriptorPathsTest, TheScanAndTheReaderAgreeOnEveryShippedDescriptor) {
   int descriptors = 0;
   for (const auto& entry :
        std::filesystem::recursive_directory_iterator(KESTREL_DESCRIPTOR_SOURCE_DIR)) {

@@ -424,7 +424,7 @@ TEST_F(ReadTreeTest, AnExceptionOfAnotherClassIsAFault) {
               ElementsAre(Pair("sample broken", "An exception that is no std::exception")));
 }
 
-TEST_F(ReadTreeTest, NothingDeclaredIsAFault) {
+TEST_F(ReadTreeTest, ACommandThatDeclaresNoInputIsAFault) {
   AddBroken().inputSpec = nullptr;
   EXPECT_THAT(ReadFaults(), ElementsAre(Pair("sample broken", testing::HasSubstr("broken"))));
 }
@@ -434,7 +434,7 @@ TEST_F(ReadTreeTest, AKindThatDoesNotExistIsAFault) {
   EXPECT_THAT(ReadFaults(), ElementsAre(Pair("sample get", "A kind does not exist")));
 }
 
-TEST_F(ReadTreeTest, AFalseListIsAFault) {
+TEST_F(ReadTreeTest, AValueThatOnlyClaimsToBeAListIsAFault) {
   const auto record = MetaStruct::New("Row");
   record->SetField("Parts", std::make_shared<LyingValue>(MetaType::List));
   AddSample().outputSpec->SetRootObject(record);

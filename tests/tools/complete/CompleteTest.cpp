@@ -192,7 +192,7 @@ TEST_F(CompleteTest, AFlagTakesNoValueAndTheNextParametersFollow) {
   EXPECT_THAT(RunForWords({"paint", "list", "--force="}), IsEmpty());
 }
 
-TEST_F(CompleteTest, MetaDataLeadsToFilesAndFolders) {
+TEST_F(CompleteTest, FilesAndFoldersAreOfferedIfTheMetaDataSaySo) {
   EXPECT_EQ(Directive::Files, Run({"paint", "list", "--file", ""}).directive);
   EXPECT_EQ(Directive::Files, Run({"paint", "list", "--file=/e"}).directive);
   EXPECT_EQ(Directive::Folders, Run({"paint", "list", "-o", "x"}).directive);
@@ -247,7 +247,7 @@ TEST_F(CompleteTest, LinesOfExplainAreOtherwiseThoseOfTheTool) {
               ElementsAre("--format-param"));
 }
 
-TEST_F(CompleteTest, ExplainHasNoInput) {
+TEST_F(CompleteTest, TheOptionInputIsNotOfferedToExplain) {
   EXPECT_THAT(RunForWords({"--i"}), ElementsAre("--input"));
   EXPECT_THAT(RunExplain({"--i"}), IsEmpty());
   EXPECT_THAT(RunExplain({"--input", ""}), IsEmpty());

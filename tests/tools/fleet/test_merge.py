@@ -129,7 +129,7 @@ class Comparisons(unittest.TestCase):
         self.assertEqual(["a2: Name x -> y"],
                          self.shown(rows(("x", 1)), rows(("y", 1)), "structure"))
 
-    def test_rows_that_are_equal_in_another_text_are_equal(self) -> None:
+    def test_equal_rows_are_equal_whatever_their_text(self) -> None:
         self.assertEqual(["a2: Name y: Size 1 -> 2"],
                          self.shown(rows(("x", 1), ("y", 1)),
                                     '{"Size":1, "Name":"\\u0078"}\n' + rows(("y", 2))))

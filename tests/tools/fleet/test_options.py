@@ -102,7 +102,7 @@ class Program(unittest.TestCase):
         os.close(writer)
         self.assertEqual((b"", -signal.SIGPIPE), (done.stderr, done.returncode))
 
-    def test_without_its_engine_it_says_so(self) -> None:
+    def test_a_missing_cluster_shell_is_reported(self) -> None:
         with tempfile.TemporaryDirectory() as folder:
             Path(folder, "ClusterShell.py").write_text(
                 "raise ModuleNotFoundError(name='ClusterShell')\n", encoding="ascii")

@@ -16,7 +16,7 @@ from vexil_fleet.stored import StoredLines
 
 
 def part(name: str, first: int, count: int) -> Part:
-    """Rows in chunks of one each."""
+    """Returns rows, each in a chunk of its own."""
     body = StoredLines()
     with mock.patch.object(stored, "_MAX_OPEN", 1):
         for row in range(count):

@@ -88,7 +88,7 @@ class Scripts(unittest.TestCase):
                 self.assertEqual((True, None), (reply.is_held, reply.ended), changes)
                 self.assertEqual([], self.arguments())
 
-    def test_text_that_looks_like_a_description_does_not_hold(self) -> None:
+    def test_text_that_looks_like_a_description_does_not_hold_the_command(self) -> None:
         for shell in self.shells:
             self.describe(Description='"Secret":true ],"Formatter":"Meta Data":['
                                       '{"Name":"changes","Value":"true"} \\"Secret\\":true é',

@@ -116,7 +116,7 @@ TEST(IsolatedRunTest, EndsAnEndlessLoop) {
   EXPECT_GE(outcome.taken, kPatience);
 }
 
-TEST(IsolatedRunTest, EndsASleeper) {
+TEST(IsolatedRunTest, EndsWorkThatSleeps) {
   const Outcome outcome = RunWork(kPatience, [](const Send& send) {
     send("begins");
     SleepForever();

@@ -108,7 +108,7 @@ TEST(LintTest, KnowsTheNamespacesOfSharedObjects) {
   EXPECT_THAT(result.findings, IsEmpty()) << WriteText(result.findings);
 }
 
-TEST(LintTest, ReportsTheOthersWhenAFileCannotBeRead) {
+TEST(LintTest, ExaminesTheOtherFilesWhenOneCannotBeRead) {
   const ScopedTempDir folder;
   const std::string file = folder.Write("a.xml", "<x/>");
   const LintResult result = LintFiles({folder.GetPath("none.xml"), file}, {});
@@ -118,7 +118,7 @@ TEST(LintTest, ReportsTheOthersWhenAFileCannotBeRead) {
   EXPECT_EQ(StatusOf(result), 2);
 }
 
-TEST(LintTest, DoesNotCountNotes) {
+TEST(LintTest, NotesDoNotChangeTheStatus) {
   const std::string path = std::string(KESTREL_RULE_DATA_DIR) + "/script-relative.xml";
   const LintResult result = LintFiles({path}, {});
   EXPECT_THAT(result.findings, SizeIs(1));

@@ -63,7 +63,7 @@ TEST(SharedObjectTest, SurvivesWhatAPluginWritesIntoThePipe) {
   EXPECT_THAT(report.faults[0].what, HasSubstr("file descriptors that are not its own"));
 }
 
-TEST(SharedObjectTest, LoadsThePluginsBeforeItFirst) {
+TEST(SharedObjectTest, LoadsThePrecedingPluginsFirst) {
   const std::string file = Testing::TestPluginPath("DuplicatePlugin");
   const ObjectReport alone = ExamineSharedObject(file, {}, kPatience);
   const ObjectReport again = ExamineSharedObject(file, {file}, kPatience);
