@@ -145,7 +145,7 @@ TEST(CommandDescribeTest, ReturnsEverythingThatACommandDeclares) {
   EXPECT_EQ(expected, description) << json::diff(expected, description);
 }
 
-TEST(CommandDescribeTest, PrintsForReadersByDefault) {
+TEST(CommandDescribeTest, PrintsForPeopleByDefault) {
   const VexilResult result = Describe("vexil command describe");
   EXPECT_EQ(
       "vexil command describe:\n"
@@ -212,7 +212,7 @@ TEST(CommandDescribeTest, ColumnsAreThoseOfTheFormatter) {
   EXPECT_EQ(json({"File", "Kind", "Commands", "Path"}), plugins["Columns"]);
 }
 
-TEST(CommandDescribeTest, AnUnknownPathIsRepeated) {
+TEST(CommandDescribeTest, TheMessageRepeatsAnUnknownPath) {
   ExpectRefusal("storag mount list",
                 "No command has the path 'storag mount list': 'storag' is unknown. To list the "
                 "commands: vexil vexil command list");
@@ -263,7 +263,7 @@ TEST(CommandDescribeTest, ADeclarationThatThrowsIsAMessage) {
   EXPECT_EQ(1, result.status);
 }
 
-TEST(CommandDescribeTest, ASecondPluginOfThatKindIsRefused) {
+TEST(CommandDescribeTest, LoadingThePluginTwiceIsReported) {
   const VexilResult result = RunWith({KESTREL_VEXIL_PLUGIN}, {"vexil", "version", "get"}).Run();
   EXPECT_THAT(result.err, HasSubstr("Duplicate registration in namespace vexil command"));
   EXPECT_EQ(0, result.status);

@@ -245,7 +245,7 @@ TEST_F(DescribeAllTest, HasTheParametersOfItsHelpPage) {
   }
 }
 
-TEST_F(DescribeAllTest, PrintsForReadersAndInPython) {
+TEST_F(DescribeAllTest, PrintsForPeopleAndInPython) {
   const std::string simple = DescribeAll(*paths_, "");
   EXPECT_THAT(simple, Not(HasSubstr("Error getting field")));
   for (std::string path : *paths_) {

@@ -207,8 +207,8 @@ def wrong_completions(shell, start, completions):
 
 
 def explain_problems(shell, plugins):
-    """Yields a line for each wrong completion of vexil-explain, which takes the lines of the tool and
-    options of its own."""
+    """Yields a line for each wrong completion of vexil-explain, which takes the lines of the tool
+    and has options of its own."""
     lines = [[text.replace("PLUGINS", plugins) for text in pair] for pair in EXPLAIN_COMPLETIONS]
     yield from wrong_completions(shell, "vexil-explain ", lines)
     # In fish, the second tab would choose a word. fish also shows the list again after the line.

@@ -131,7 +131,7 @@ TEST_F(SystemdManagerTest, ChangesAService) {
                           StartsWith("show ")));
 }
 
-TEST_F(SystemdManagerTest, DoesWhatTheWordSays) {
+TEST_F(SystemdManagerTest, PassesTheActionToSystemctl) {
   systemd_.Answer("show", ShownUnit("ssh.service", "active", "running", 1));
   for (const std::string action : {"start", "stop", "restart", "enable", "disable"}) {
     systemd_.Answer(action, "");

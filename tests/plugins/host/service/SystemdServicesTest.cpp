@@ -331,7 +331,7 @@ TEST_F(SystemdServiceTest, HasItsOwnNameIfRequestedByAnAlias) {
   EXPECT_EQ(Read(ShownUnit("ssh.service", "active", "running", 1), "sshd").service.name, "ssh");
 }
 
-TEST_F(SystemdServiceTest, HasTheRequestedNameWithoutAnother) {
+TEST_F(SystemdServiceTest, HasTheRequestedNameIfSystemctlReportsNone) {
   EXPECT_EQ(Read("ActiveState=active\nSubState=running\n", "ssh.service").service.name, "ssh");
 }
 

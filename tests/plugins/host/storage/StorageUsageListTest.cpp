@@ -180,7 +180,7 @@ TEST(StorageUsageListTest, RefusesWhatIsNotAFolder) {
               ElementsAre("Unable to read : No such file or directory"));
 }
 
-TEST_F(StorageUsageListLockedTest, ReportsEachFolderAndNoRows) {
+TEST_F(StorageUsageListLockedTest, ReportsEachLockedFolderAndListsNothing) {
   const PlainUser user;
   EXPECT_THAT(CallErrors(kCommand, {{"directory", folder_.GetPath()}}),
               UnorderedElementsAre(FirstReport(), SecondReport()));

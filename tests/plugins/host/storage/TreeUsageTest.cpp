@@ -214,7 +214,7 @@ TEST(TreeUsageTest, CountsAFileWithSeveralNamesOnce) {
   EXPECT_EQ(EntryAt(tree, folder.GetPath()).usage.files, 5);
 }
 
-TEST(TreeUsageTest, CountsFilesThatOnlyShareTheirNumberOfNames) {
+TEST(TreeUsageTest, CountsDifferentFilesWithTheSameNumberOfNames) {
   const ScopedTempDir folder;
   for (const char* const name : {"a", "b", "c"}) {
     folder.Write(name, std::string(9000, 'x'));
@@ -321,7 +321,7 @@ TEST(TreeUsageTest, ReportsFoldersBelowTheListedOnes) {
   EXPECT_THAT(PathsIn(tree), ElementsAre(folder.GetPath()));
 }
 
-TEST(TreeUsageTest, ReportsAFolderWhoseFilesMayNotBeSeenOnce) {
+TEST(TreeUsageTest, ReportsOnlyOnceThatTheFilesOfAFolderMayNotBeSeen) {
   const ScopedTempDir folder;
   for (const char* const name : {"listed/a", "listed/b", "listed/c"}) {
     folder.Write(name, "x");
@@ -384,7 +384,7 @@ TEST(TreeUsageTest, StaysOnTheFileSystemOfTheTop) {
   });
 }
 
-TEST(TreeUsageTest, CrossesFileSystemsOnDemandAndCountsAFolderThatIsMountedTwiceOnce) {
+TEST(TreeUsageTest, CrossesFileSystemsOnDemandAndCountsAFolderThatIsMountedTwiceOnlyOnce) {
   RunWithMounts([](const std::string& path) {
     const TreeUsage tree = MeasureTree(path, {1, false, true});
     EXPECT_EQ(EntryAt(tree, path).usage.files, 5);

@@ -192,7 +192,7 @@ TEST_F(HardwareClockTest, IsTheOneFromWhichTheKernelTookTheTime) {
   EXPECT_EQ(Read()->seconds, 2);
 }
 
-TEST_F(HardwareClockTest, IsOtherwiseTheFirst) {
+TEST_F(HardwareClockTest, IsTheFirstOneIfTheKernelTookTheTimeFromNone) {
   Clock("rtc1", "2\n", "0\n");
   Clock("rtc0", "-5\n", "0\n");
   EXPECT_EQ(Read()->device, "rtc0");

@@ -301,7 +301,7 @@ class IgnoredCrontabTest : public ::testing::Test {
   const ScopedTempDir root_;
 };
 
-TEST_F(IgnoredCrontabTest, NoneWithTheRightOwnersAndModes) {
+TEST_F(IgnoredCrontabTest, NoneIsIgnoredIfOwnersAndModesAreRight) {
   EXPECT_THAT(Ignored(), ElementsAre("", "", ""));
   for (const char* const path : {kUserFile, kSystemFile, kPackageFile}) {
     SetMode(path, 0755);
@@ -309,14 +309,14 @@ TEST_F(IgnoredCrontabTest, NoneWithTheRightOwnersAndModes) {
   EXPECT_THAT(Ignored(), ElementsAre("", "", ""));
 }
 
-TEST_F(IgnoredCrontabTest, AFileThatOthersCanWriteTo) {
+TEST_F(IgnoredCrontabTest, AFileThatOthersCanWriteToIsIgnored) {
   SetMode(kUserFile, 0620);
   SetMode(kSystemFile, 0666);
   SetMode(kPackageFile, 0602);
   EXPECT_THAT(Ignored(), ElementsAre(kWritable, kWritable, kWritable));
 }
 
-TEST_F(IgnoredCrontabTest, AFileOfAnotherOwner) {
+TEST_F(IgnoredCrontabTest, AFileOfAnotherOwnerIsIgnored) {
   if (::geteuid() != 0) {
     GTEST_SKIP() << "Only root can change owners";
   }
@@ -331,7 +331,7 @@ TEST_F(IgnoredCrontabTest, AFileOfAnotherOwner) {
   EXPECT_THAT(Ignored(), ElementsAre("", reason, reason));
 }
 
-TEST_F(IgnoredCrontabTest, ALinkOfAnotherOwnerToAFileOfRoot) {
+TEST_F(IgnoredCrontabTest, ALinkOfAnotherOwnerToAFileOfRootIsIgnored) {
   if (::geteuid() != 0) {
     GTEST_SKIP() << "Only root can change owners";
   }

@@ -93,7 +93,7 @@ TEST_F(KernelParametersTest, ListsAParameterThatTheUserMayNotRead) {
 
 TEST_F(KernelParametersTest, ReportsAFolderThatTheUserMayNotRead) {
   ::chmod(proc_.GetPath().c_str(), 0755);
-  for (const mode_t mode : {0000, 0600}) {  // nothing is readable; only names
+  for (const mode_t mode : {0000, 0600}) {  // the owner may read nothing, or only the names
     ::chmod(proc_.GetPath("sys/vm").c_str(), mode);
     const PlainUser user;
     EXPECT_THAT([this] { ReadParameters(proc_.GetPath(), ""); },
@@ -206,7 +206,7 @@ TEST_F(KernelParametersTest, ReportsTheErrorOfTheKernel) {
                   "Unable to change the parameter 'full': No space left on device"));
 }
 
-TEST_F(KernelParametersTest, RepeatsAValueThatTheKernelRefuses) {
+TEST_F(KernelParametersTest, TheMessageRepeatsAValueThatTheKernelRefuses) {
   if (::access("/proc/sys/vm/swappiness", W_OK) != 0) {
     GTEST_SKIP() << "parameters are read-only here";
   }
