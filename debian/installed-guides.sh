@@ -2,9 +2,10 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# installed-guides.sh FOLDER: writes the guides to FOLDER as they are read beside an installed tool.
-# The examples start `vexil`. What is between <!-- sources --> and <!-- /sources --> concerns the
-# sources only and is left out. A link to a file of the sources is replaced by its text.
+# installed-guides.sh FOLDER: writes the guides to FOLDER, for readers who have the installed tool
+# but not the sources. The examples start `vexil`. What is between <!-- sources --> and
+# <!-- /sources --> concerns the sources only and is left out. A link to a file of the sources is
+# replaced by its text.
 #
 # Fails if a guide still mentions ./run, or links to a file that is not installed.
 set -euo pipefail

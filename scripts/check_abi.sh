@@ -6,9 +6,9 @@
 # abi/libkestrel.abi, which describes the symbols and types of the latest release.
 #
 # The descriptions are read from the debugging symbols, for the types of the public headers only and
-# without those of other libraries, which abi/suppressions lists. Any difference fails. --update
-# writes the present description instead. Increase the MINOR version for an addition, and the MAJOR
-# version for any other difference.
+# without those of other libraries, which abi/suppressions lists. Any difference is an error.
+# --update writes the present description instead. Increase the MINOR version for an addition, and
+# the MAJOR version for any other difference.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."

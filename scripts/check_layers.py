@@ -269,7 +269,7 @@ def is_private(tree, path, target):
 
 
 def header_cycles(tree):
-    """Each cycle of headers once, at the include that closes it."""
+    """Yields each cycle of headers once, at the include that closes it."""
     state = {}
 
     def visit(path, trail):

@@ -97,7 +97,7 @@ QUOTED = re.compile(r'`[^`\x01]*`|"[^"\x01]{0,300}"')
 
 
 class Prose:
-    """Masks everything but the prose of a file, which keeps its lines."""
+    """Masks everything but the prose of a file. The line breaks are kept."""
 
     def __init__(self, text):
         self.text = text

@@ -222,7 +222,7 @@ def prepare(options):
 # --- The tests
 
 class Shared:
-    """The file of tests/mutants/Mutation.h."""
+    """The shared file that tests/mutants/Mutation.h describes."""
 
     def __init__(self):
         file, self.path = tempfile.mkstemp(prefix="kestrel-mutants-")
@@ -261,7 +261,8 @@ class Server:
         self.is_ready = self._process.stdout.readline() == "ready\n"
 
     def run(self, tests, seconds):
-        """Runs tests that take some seconds of processor time. Returns the outcome and the seconds."""
+        """Runs tests that normally take `seconds` of processor time. Returns the outcome and the
+        seconds that they took."""
         if not self.is_ready:
             return "failed", 0
         limit = math.ceil(1 + 3 * seconds)
@@ -412,7 +413,7 @@ def load_results():
 
 
 def work(options):
-    """Does the work of `run`, in a namespace of processes."""
+    """Does the work of `run`, in a process namespace."""
     results = load_results()
     if options.again:
         results = {number: outcome for number, outcome in results.items()
@@ -461,7 +462,8 @@ def load_equivalent():
 
 
 def describe(mutants):
-    """Returns the text by which each mutant is listed, which stays the same while its line does."""
+    """Returns the text by which each mutant is listed. It changes only if the line of the mutant
+    changes."""
     counts = collections.Counter()
     texts = {}
     for mutant in mutants:

@@ -5,7 +5,8 @@
     negate   a condition is negated              compare  < becomes <= or >=, == becomes !=, ...
     logic    && has one more false condition, || one more true one
     sum      + becomes -; the right side of a sum of strings is left out
-    number   a number is one greater, 1 is 0     boolean  true becomes false
+    number   a number becomes one greater, 1 becomes 0
+    boolean  true becomes false
     delete   a statement is left out
 
 A mutation has one or two mutants, each with a number; tests/mutants/Mutation.h activates one of
