@@ -32,7 +32,7 @@ struct Plugin {
 /// A dispatcher does not remember this, so it is derived from the command itself:
 /// - The class of a native command is in a shared object, which is the plug-in. If two plug-ins
 /// have classes of the same name with default visibility, the loader treats them as one class;
-/// their commands then count as those of the plug-in that was loaded first.
+/// their commands are then attributed to the plug-in that was loaded first.
 /// - A command from a descriptor has a class of the library. Its plug-in is the descriptor that
 /// declares its path. For this, all descriptors are read again, once, when the plug-in of such a
 /// command is first requested. A descriptor that can no longer be read declares nothing.
@@ -61,7 +61,7 @@ class PluginOrigins {
   const Plugin* FindOwner(const link_map* object);
   void AddPlugin(const std::string& name);
   /// Returns a built-in plug-in. The first one is the library's; the program's follow, and the last
-  /// of them counts as the plug-in of all commands of the program.
+  /// of them is returned for all commands of the program.
   const Plugin* FindBuiltIn(bool isOfLibrary) const;
   void ReadDescriptors();
 

@@ -20,7 +20,7 @@ class ExplainedCall {
   ExplainedCall(AutoCli::CommandSpec& command, const Vexil::CommandLine& line);
 
   /// Returns the messages of the tool about the line, without values of secrets: those of the
-  /// parser or, if there are none, those about the values. A secret without a value counts as
+  /// parser or, if there are none, those about the values. A secret without a value is treated as
   /// valid.
   std::vector<std::string> Validate() const;
 
