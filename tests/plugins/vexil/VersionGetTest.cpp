@@ -19,7 +19,7 @@ using nlohmann::json;
 using testing::ContainsRegex;
 using testing::EndsWith;
 
-TEST(VersionGetTest, NamesWhatRuns) {
+TEST(VersionGetTest, ReportsTheVersionTheFilesAndTheSystem) {
   const json version = RunForJson({}, {"vexil", "version", "get"});
   EXPECT_EQ(KESTREL_VERSION_STRING, version.at("Version"));
   EXPECT_EQ(std::filesystem::canonical(KESTREL_TOOL).string(), version.at("Tool"));

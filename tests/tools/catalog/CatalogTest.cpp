@@ -21,7 +21,7 @@ Command CommandAt(const char* path) {
   return command;
 }
 
-TEST(CatalogTest, FindsWhatHasAPath) {
+TEST(CatalogTest, FindsEachElementByItsPath) {
   Tree tree;
   tree.namespaces = {{"network", "", {}}, {"network route", "", {}}};
   tree.commands = {CommandAt("network route list"), CommandAt("system get")};

@@ -130,7 +130,7 @@ TEST(FileChecksumTest, RefusesOtherValues) {
   EXPECT_THAT(CallErrors(kCommand, {}), ElementsAre("Missing required parameter --file"));
 }
 
-TEST(FileChecksumToolTest, AsksForTheKeyUnseen) {
+TEST(FileChecksumToolTest, AsksForTheKeyWithoutEcho) {
   const ScopedTempDir folder;
   const std::string file = folder.Write("data", "what do ya want for nothing?");
   PseudoTerminal terminal;
@@ -164,7 +164,7 @@ TEST(FileChecksumToolTest, ReadsTheKeyFromAPipe) {
   EXPECT_EQ(result.status, 0);
 }
 
-TEST(FileChecksumToolTest, WarnsOfAKeyOnTheCommandLineInItsHelp) {
+TEST(FileChecksumToolTest, ItsHelpWarnsOfAKeyOnTheCommandLine) {
   const VexilResult result = HostRun({"file", "checksum", "--help"}).Run();
   EXPECT_THAT(result.out, HasSubstr("WARNING: Providing secret values on the command line"));
 }

@@ -49,7 +49,7 @@ TEST(PackagePolicyTest, ReadsTheCandidateAndItsFirstSource) {
   EXPECT_TRUE(policy.hasLists);
 }
 
-TEST(PackagePolicyTest, KnowsWhatIsInTheDatabaseOnly) {
+TEST(PackagePolicyTest, ReadsAPackageThatOnlyTheDatabaseContains) {
   const PackagePolicy policy = Parse(kOwn);
   ASSERT_EQ(policy.candidates.count("own:i386"), 1U);
   EXPECT_EQ(policy.candidates.at("own:i386").version, "1");
@@ -57,7 +57,7 @@ TEST(PackagePolicyTest, KnowsWhatIsInTheDatabaseOnly) {
   EXPECT_FALSE(policy.hasLists);
 }
 
-TEST(PackagePolicyTest, AddsAnswers) {
+TEST(PackagePolicyTest, AddsTheCandidatesOfAFurtherAnswer) {
   PackagePolicy policy = Parse(kBash);
   policy.Add(kOwn);
   EXPECT_EQ(policy.candidates.size(), 2U);

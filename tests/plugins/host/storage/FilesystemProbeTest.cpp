@@ -75,7 +75,7 @@ TEST(FilesystemProbeTest, EveryFileSystemMayBeSilent) {
   }
 }
 
-TEST(FilesystemProbeTest, AChildThatDiesCostsOneAnswer) {
+TEST(FilesystemProbeTest, AChildThatDiesAffectsOnlyItsOwnAnswer) {
   const Testing::ScopedEnvironment deadly("KESTREL_DEADLY_PATHS", "/proc:/tmp");
   const auto answers = ProbeFilesystems({"/", "/proc", "/dev", "/tmp"}, kLong);
   ASSERT_EQ(answers.size(), 4u);

@@ -188,7 +188,7 @@ TEST(CpuUsageTest, AProcessorThatWasRemovedBetweenTheSamplesIsNotListed) {
   EXPECT_EQ(usages[1].busy, 10000);
 }
 
-TEST(CpuUsageTest, GuestsAreNeverMoreThanThePrograms) {
+TEST(CpuUsageTest, TheShareOfGuestsIsNeverGreaterThanThatOfPrograms) {
   // The kernel changes both counters together, but a reader may see only one of the changes.
   const auto usages = Compare("cpu 0 0 0 0 0 0 0 0 0", "cpu 10 0 0 10 0 0 0 0 15");
   ASSERT_EQ(usages.size(), 1u);

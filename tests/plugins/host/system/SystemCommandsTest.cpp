@@ -81,7 +81,7 @@ TEST(SystemUptimeGetTest, AgreesWithUptime) {
   ExpectBetween(own, started, started, 1, "Started");
 }
 
-TEST(SystemUptimeGetTest, WritesTheSameTimeTwice) {
+TEST(SystemUptimeGetTest, TheTextAgreesWithTheSeconds) {
   const Structure structure = Call("system uptime get").GetStruct();
   const long seconds = NumberOf(structure, "Seconds");
   const std::string expected =

@@ -176,7 +176,7 @@ TEST_P(SystemListTest, AFieldThatItDoesNotHaveIsAnErrorWithTheFieldsThatItHas) {
   });
 }
 
-TEST_P(SystemListTest, ChangesNothing) {
+TEST_P(SystemListTest, DoesNotDeclareThatItChangesSomething) {
   const auto& metaData = FindCommand(GetParam().path)->GetMetaData();
   const auto changes = metaData.find("changes");
   EXPECT_TRUE(changes == metaData.end() || changes->second == "false");
