@@ -7,13 +7,13 @@
 #include <memory>
 #include <sstream>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "kestrel/Version.h"
 #include "kestrel/autocli/CliDispatcher.h"
 #include "kestrel/autocli/DisplayContext.h"
 #include "kestrel/callspec/Output.h"
+#include "tools/console/Arguments.h"
 #include "tools/console/Console.h"
 #include "tools/doctor/Doctor.h"
 #include "tools/doctor/PluginTable.h"
@@ -25,6 +25,7 @@ namespace {
 using Kestrel::AutoCli::CliDispatcher;
 using Kestrel::AutoCli::FormatParameters;
 using Kestrel::Console::Console;
+using Kestrel::Console::UsageError;
 
 constexpr int kCouldNotRun = 2;
 constexpr std::chrono::milliseconds kPatience(2000);
@@ -46,55 +47,29 @@ struct Arguments {
   std::vector<std::string> paths;
   std::string formatter;
   std::string answer;  // what an option such as --help prints instead
-  std::string error;
 };
 
-/// Reads the arguments from left to right.
-class ArgumentReader {
- public:
-  ArgumentReader(int argc, char** argv) : words_(argv + 1, argv + argc) {}
-
-  Arguments Run() {
-    for (; next_ < words_.size() && arguments_.error.empty(); ++next_) {
-      Read(words_[next_]);
-    }
-    return std::move(arguments_);
-  }
-
- private:
-  void Read(const std::string& word) {
-    if (areOptionsOver_ || word.size() < 2 || word[0] != '-') {
-      arguments_.paths.push_back(word);
-    } else if (word == "--") {
-      areOptionsOver_ = true;
-    } else if (word == "--help") {
-      arguments_.answer = kUsage;
-    } else if (word == "--version") {
-      arguments_.answer = "vexil-doctor " KESTREL_VERSION_STRING "\n";
-    } else if (word == "--formatter" || word.rfind("--formatter=", 0) == 0) {
-      ReadFormatter(word);
-    } else {
-      arguments_.error = "there is no option " + word;
-    }
-  }
-
-  void ReadFormatter(const std::string& word) {
-    const std::size_t equals = word.find('=');
-    if (equals != std::string::npos) {
-      arguments_.formatter = word.substr(equals + 1);
-    } else {
-      arguments_.formatter = next_ + 1 < words_.size() ? words_[++next_] : "";
-    }
-    if (arguments_.formatter.empty()) {
-      arguments_.error = "--formatter has no value";
-    }
-  }
-
-  const std::vector<std::string> words_;
-  std::size_t next_ = 0;
-  bool areOptionsOver_ = false;
-  Arguments arguments_;
-};
+/// Throws UsageError.
+Arguments ReadArguments(const std::vector<std::string>& words, const CliDispatcher& dispatcher) {
+  Arguments arguments;
+  Kestrel::Console::ReadArguments(
+      words, {{"--help", "--version"}, {"--formatter"}},
+      [&](const std::string& option, const std::string& value) {
+        if (option.empty()) {
+          arguments.paths.push_back(value);
+        } else if (option == "--help") {
+          arguments.answer = kUsage;
+        } else if (option == "--version") {
+          arguments.answer = "vexil-doctor " KESTREL_VERSION_STRING "\n";
+        } else if (dispatcher.HasFormatter(value)) {
+          arguments.formatter = value;
+        } else {
+          throw UsageError(value.empty() ? option + " has no value"
+                                         : "there is no formatter " + value);
+        }
+      });
+  return arguments;
+}
 
 bool Print(CliDispatcher& dispatcher, const std::string& formatter,
            const Kestrel::Doctor::DoctorResult& result, const Console& console) {
@@ -111,18 +86,10 @@ bool Print(CliDispatcher& dispatcher, const std::string& formatter,
   return console.Print(list.str()) && !output->HasError();
 }
 
-int Run(int argc, char** argv, const Console& console) {
-  const Arguments arguments = ArgumentReader(argc, argv).Run();
+int Run(const std::vector<std::string>& words, const Console& console) {
   CliDispatcher dispatcher;
   dispatcher.RegisterPlugin(std::make_shared<Kestrel::Formats::FormatsPlugin>());
-  std::string error = arguments.error;
-  if (!arguments.formatter.empty() && !dispatcher.HasFormatter(arguments.formatter)) {
-    error = "there is no formatter " + arguments.formatter;
-  }
-  if (!error.empty()) {
-    console.Complain(error + "; see vexil-doctor --help");
-    return kCouldNotRun;
-  }
+  const Arguments arguments = ReadArguments(words, dispatcher);
   if (!arguments.answer.empty()) {
     return console.Print(arguments.answer) ? EXIT_SUCCESS : kCouldNotRun;
   }
@@ -140,7 +107,10 @@ int Run(int argc, char** argv, const Console& console) {
 int main(int argc, char** argv) {
   const Console console("vexil-doctor");
   try {
-    return Run(argc, argv, console);
+    return Run({argv + 1, argv + argc}, console);
+  } catch (const UsageError& error) {
+    console.Complain(std::string(error.what()) + "; see vexil-doctor --help");
+    return kCouldNotRun;
   } catch (const std::exception& error) {
     console.Complain(error.what());
     return kCouldNotRun;

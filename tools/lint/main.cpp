@@ -6,9 +6,11 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "kestrel/Version.h"
+#include "tools/console/Arguments.h"
 #include "tools/console/Console.h"
 #include "tools/isolation/IsolatedRun.h"
 #include "tools/lint/Lint.h"
@@ -18,6 +20,7 @@
 namespace {
 
 using Kestrel::Console::Console;
+using Kestrel::Console::UsageError;
 using Kestrel::Lint::Finding;
 using Kestrel::Lint::Rule;
 
@@ -46,7 +49,6 @@ struct Arguments {
   std::set<std::string> suppressed;
   Writer write = Kestrel::Lint::WriteText;
   std::string answer;  // what an option such as --help prints instead
-  std::string error;
 };
 
 std::string ListRules() {
@@ -57,88 +59,66 @@ std::string ListRules() {
   return list;
 }
 
-/// Reads the arguments from left to right.
-class ArgumentReader {
- public:
-  ArgumentReader(int argc, char** argv) : words_(argv + 1, argv + argc) {}
-
-  Arguments Run() {
-    for (; next_ < words_.size() && arguments_.error.empty(); ++next_) {
-      Read(words_[next_]);
-    }
-    if (arguments_.error.empty() && arguments_.answer.empty() && arguments_.paths.empty()) {
-      arguments_.error = "no file is named";
-    }
-    return std::move(arguments_);
+const Rule& RuleNamed(const std::string& id) {
+  const Rule* const rule = Kestrel::Lint::FindRule(id);
+  if (rule == nullptr) {
+    throw UsageError("there is no rule " + id);
   }
+  return *rule;
+}
 
- private:
-  void Read(const std::string& word) {
-    if (areOptionsOver_ || word.size() < 2 || word[0] != '-') {
-      arguments_.paths.push_back(word);
-    } else if (word == "--") {
-      areOptionsOver_ = true;
-    } else if (word == "--help") {
-      arguments_.answer = kUsage;
-    } else if (word == "--version") {
-      arguments_.answer = "vexil-lint " KESTREL_VERSION_STRING "\n";
-    } else if (word == "--rules") {
-      arguments_.answer = ListRules();
-    } else {
-      ReadOptionWithValue(word);
+std::string Explain(const Rule& rule) {
+  return std::string(rule.id) + " (" + WordOf(rule.severity) + ")\n\n" + rule.explanation + "\n";
+}
+
+Writer WriterOf(const std::string& format) {
+  constexpr std::pair<std::string_view, Writer> kWriters[] = {
+      {"text", Kestrel::Lint::WriteText},
+      {"json", Kestrel::Lint::WriteJson},
+      {"sarif", Kestrel::Lint::WriteSarif},
+  };
+  for (const auto& [name, write] : kWriters) {
+    if (name == format) {
+      return write;
     }
   }
+  throw UsageError("there is no format " + format);
+}
 
-  void ReadOptionWithValue(const std::string& word) {
-    const std::size_t equals = word.find('=');
-    const std::string option = word.substr(0, equals);
-    if (option != "--format" && option != "--suppress" && option != "--explain") {
-      arguments_.error = "there is no option " + option;
-    } else if (equals == std::string::npos && next_ + 1 == words_.size()) {
-      arguments_.error = option + " has no value";
-    } else {
-      Apply(option, equals == std::string::npos ? words_[++next_] : word.substr(equals + 1));
-    }
+void Apply(const std::string& option, const std::string& value, Arguments& arguments) {
+  if (option.empty()) {
+    arguments.paths.push_back(value);
+  } else if (option == "--help") {
+    arguments.answer = kUsage;
+  } else if (option == "--version") {
+    arguments.answer = "vexil-lint " KESTREL_VERSION_STRING "\n";
+  } else if (option == "--rules") {
+    arguments.answer = ListRules();
+  } else if (option == "--explain") {
+    arguments.answer = Explain(RuleNamed(value));
+  } else if (option == "--suppress") {
+    arguments.suppressed.insert(RuleNamed(value).id);
+  } else {
+    arguments.write = WriterOf(value);
   }
+}
 
-  void Apply(const std::string& option, const std::string& value) {
-    if (option == "--format") {
-      ChooseFormat(value);
-      return;
-    }
-    const Rule* const rule = Kestrel::Lint::FindRule(value);
-    if (rule == nullptr) {
-      arguments_.error = "there is no rule " + value;
-    } else if (option == "--suppress") {
-      arguments_.suppressed.insert(value);
-    } else {
-      arguments_.answer = std::string(rule->id) + " (" + WordOf(rule->severity) + ")\n\n" +
-                          rule->explanation + "\n";
-    }
+/// Throws UsageError.
+Arguments ReadArguments(const std::vector<std::string>& words) {
+  Arguments arguments;
+  Kestrel::Console::ReadArguments(
+      words, {{"--help", "--version", "--rules"}, {"--format", "--suppress", "--explain"}},
+      [&](const std::string& option, const std::string& value) {
+        Apply(option, value, arguments);
+      });
+  if (arguments.answer.empty() && arguments.paths.empty()) {
+    throw UsageError("no file is named");
   }
+  return arguments;
+}
 
-  void ChooseFormat(const std::string& value) {
-    if (value == "json") {
-      arguments_.write = Kestrel::Lint::WriteJson;
-    } else if (value == "sarif") {
-      arguments_.write = Kestrel::Lint::WriteSarif;
-    } else if (value != "text") {
-      arguments_.error = "there is no format " + value;
-    }
-  }
-
-  const std::vector<std::string> words_;
-  std::size_t next_ = 0;
-  bool areOptionsOver_ = false;
-  Arguments arguments_;
-};
-
-int Run(int argc, char** argv, const Console& console) {
-  const Arguments arguments = ArgumentReader(argc, argv).Run();
-  if (!arguments.error.empty()) {
-    console.Complain(arguments.error + "; see vexil-lint --help");
-    return kUsageError;
-  }
+int Run(const std::vector<std::string>& words, const Console& console) {
+  const Arguments arguments = ReadArguments(words);
   if (!arguments.answer.empty()) {
     return console.Print(arguments.answer) ? EXIT_SUCCESS : kUsageError;
   }
@@ -156,7 +136,10 @@ int Run(int argc, char** argv, const Console& console) {
 int main(int argc, char** argv) {
   const Console console("vexil-lint");
   try {
-    return Run(argc, argv, console);
+    return Run({argv + 1, argv + argc}, console);
+  } catch (const UsageError& error) {
+    console.Complain(std::string(error.what()) + "; see vexil-lint --help");
+    return kUsageError;
   } catch (const std::exception& error) {
     console.Complain(error.what());
     return kUsageError;
