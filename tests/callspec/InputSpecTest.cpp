@@ -138,7 +138,7 @@ TEST(InputSpecTest, SortsAfterEveryAddition) {
   EXPECT_THAT(Names(*spec), ElementsAre("aa", "help", "m-", "m0", "mm", "mma", "zz"));
 }
 
-TEST(InputSpecTest, ATakenListShowsLaterAdditionsInTheirPlaces) {
+TEST(InputSpecTest, AReturnedListShowsLaterAdditionsInTheirPlaces) {
   const auto spec = SpecOf({Parameter("mm"), Parameter("bb"), Parameter("xx")});
   const auto& parameters = spec->GetParameters();
   for (const char* name : {"zz", "aa", "nn"}) {
@@ -225,7 +225,7 @@ TEST(InputSpecTest, ANullParameterIsRefused) {
                 "Null parameter specification passed to AddParameter");
 }
 
-TEST(InputSpecTest, AgreesWithAWalkOnRandomAdditions) {
+TEST(InputSpecTest, RefusesRandomAdditionsAsASimpleModelDoes) {
   Testing::Random random;
   SCOPED_TRACE(random.HowToRepeat());
   // The rule: for each existing parameter in name order, first its name, then its short name.
@@ -406,7 +406,7 @@ TEST(InputSpecTest, AMessageWithoutAnOutputThrows) {
               ThrowsMessage<KestrelException>("Null output passed to Validate"));
 }
 
-TEST(InputSpecTest, AgreesWithSearchesOnRandomInputs) {
+TEST(InputSpecTest, ValidatesRandomInputsAsASimpleModelDoes) {
   Testing::Random random;
   SCOPED_TRACE(random.HowToRepeat());
   const std::vector<std::string> pool = {"aa", "ab", "b0", "bb", "c-", "cc", "dd", "zz"};

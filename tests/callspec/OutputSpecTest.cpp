@@ -83,7 +83,7 @@ TEST(OutputSpecTest, AnEmptyDescriptionReadsAsMissing) {
 // Called while static objects are initialised, perhaps before those of the library.
 const std::string kDescriptionAtStart = OutputSpec::New()->GetDescription();
 
-TEST(OutputSpecTest, TheMissingTextIsAvailableToStaticObjects) {
+TEST(OutputSpecTest, TheTextForAMissingDescriptionIsAvailableToStaticObjects) {
   EXPECT_EQ(kDescriptionAtStart, "Documentation missing");
 }
 
@@ -108,7 +108,7 @@ TEST(OutputSpecTest, AcceptsAMovedRoot) {
   EXPECT_EQ(spec->GetRootObject().get(), address);
 }
 
-TEST(OutputSpecTest, EveryNullThrowsAndLeavesTheRoot) {
+TEST(OutputSpecTest, EveryNullThrowsAndKeepsTheRoot) {
   const auto root = MetaInt::New(77);
   const auto spec = SpecOf(root);
   const auto expectRefused = [&](const auto& null) {

@@ -259,7 +259,7 @@ TEST(ParameterConstraintTest, AStringOutsideTheSetIsNamed) {
                           "from the set [] got ''"));
 }
 
-TEST(ParameterConstraintTest, TheValueComesBeforeTheName) {
+TEST(ParameterConstraintTest, ValidateTakesTheValueBeforeTheName) {
   const auto output = Output::New();
   EXPECT_FALSE(Strings({"on"})->Validate("the-value", "the-name", output));
   EXPECT_THAT(output->GetErrors(),
@@ -299,7 +299,7 @@ TEST(ParameterConstraintTest, ExpressionsHaveThePerlSyntax) {
   EXPECT_TRUE(Accepts(Regex("(a+?)\\1"), "aaaa"));
 }
 
-TEST(ParameterConstraintTest, AValueThatDoesNotMatchGetsTheExpression) {
+TEST(ParameterConstraintTest, TheMessageForAValueThatDoesNotMatchContainsTheExpression) {
   EXPECT_THAT(Refusal(Regex("[a-z]+(x)"), "1"),
               ElementsAre("Invalid data constraint for parameter 'count'. Value does not match the "
                           "expected regular expression ([a-z]+(x))"));

@@ -52,11 +52,11 @@ constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();
 const IntegerCase kIntegerCases[] = {
     // No digits.
     {"Empty", "", std::nullopt},
-    {"Blank", " ", std::nullopt},
+    {"Space", " ", std::nullopt},
     {"AllWhiteSpace", " \t\n\v\f\r", std::nullopt},
     {"Plus", "+", std::nullopt},
     {"Minus", "-", std::nullopt},
-    {"BlankMinus", " -", std::nullopt},
+    {"SpaceMinus", " -", std::nullopt},
     {"Nul", "\0"s, std::nullopt},
     {"Word", "abc", std::nullopt},
     // Digits.
@@ -73,16 +73,16 @@ const IntegerCase kIntegerCases[] = {
     {"TwoMinuses", "--5", std::nullopt},
     {"PlusMinus", "+-5", std::nullopt},
     {"MinusPlus", "-+5", std::nullopt},
-    {"SignBlank", "- 5", std::nullopt},
-    {"PlusBlank", "+ 5", std::nullopt},
+    {"SignSpace", "- 5", std::nullopt},
+    {"PlusSpace", "+ 5", std::nullopt},
     {"TrailingSign", "5-", std::nullopt},
     // White space.
-    {"LeadingBlank", " 7", 7},
+    {"LeadingSpace", " 7", 7},
     {"LeadingWhiteSpaceOfAllKinds", " \t\n\v\f\r7", 7},
-    {"LeadingBlankAndSign", "  +7", 7},
-    {"TrailingBlank", "7 ", std::nullopt},
+    {"LeadingSpaceAndSign", "  +7", 7},
+    {"TrailingSpace", "7 ", std::nullopt},
     {"TrailingNewline", "7\n", std::nullopt},
-    {"InnerBlank", "7 7", std::nullopt},
+    {"InnerSpace", "7 7", std::nullopt},
     {"NoBreakSpace",
      "\xa0"
      "7",
@@ -114,7 +114,7 @@ const IntegerCase kIntegerCases[] = {
     {"FarAboveWithLeftOver", "99999999999999999999999999 ", std::nullopt},
     {"LongZeros", std::string(100000, '0') + "7", 7},
     {"LongDigits", std::string(100000, '9'), kMax},
-    {"LongBlanks", std::string(100000, ' ') + "-7", -7},
+    {"LongSpaces", std::string(100000, ' ') + "-7", -7},
 };
 
 INSTANTIATE_TEST_SUITE_P(Table, TextValueIntegerTest, testing::ValuesIn(kIntegerCases),

@@ -20,7 +20,7 @@ TEST(HelpTest, ACommandPrintsItsPageAndEndsWithZero) {
   }
 }
 
-TEST(HelpTest, AnExampleIsPrintedOnceDecorated) {
+TEST(HelpTest, AnExampleIsDecoratedOnlyOnce) {
   const VexilResult result = Try({"try", "say", "--help"}).Run();
   EXPECT_THAT(result.out, MatchesGolden("commandhelp/tool-say"));
   EXPECT_EQ("", result.err);

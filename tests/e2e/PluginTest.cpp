@@ -106,7 +106,7 @@ TEST(PluginTest, APluginThatThrowsIsReportedAndItsEarlierCommandsWork) {
   EXPECT_EQ(0, result.status);
 }
 
-TEST(PluginTest, APluginInAFolderThatThrowsIsReportedAndTheNextOneLoads) {
+TEST(PluginTest, AThrowingPluginInAFolderIsReportedAndTheNextOneLoads) {
   const ScopedTempDir folder;
   const std::string broken = folder.GetPath("a.so");
   CopyTestPlugin("ThrowingPluginKestrelException", broken);

@@ -74,7 +74,7 @@ TEST_F(SecretTest, IsEmptyAtTheEndOfInputAndTheNextOneIsStillAskedFor) {
   EXPECT_EQ("\r\npassword 'sesame' pin ''\r\n", terminal.ReadRest());
 }
 
-TEST_F(SecretTest, GivenOnTheCommandLineIsNotAskedFor) {
+TEST_F(SecretTest, IsNotAskedForWhenItIsOnTheCommandLine) {
   Start({"try", "unlock", "--password=x", "--pin", "y"});
   EXPECT_EQ(0, terminal.WaitForEnd());
   EXPECT_EQ("password 'x' pin 'y'\r\n", terminal.ReadRest());

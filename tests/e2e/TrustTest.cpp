@@ -405,7 +405,7 @@ TEST_F(TrustTest, ASetUserIdToolRefusesFilesOfItsUser) {
                          "The option --plugin-dir" + reason);
 }
 
-TEST_F(TrustTest, ASetUserIdToolRunsOtherCalls) {
+TEST_F(TrustTest, ASetUserIdToolRunsCallsThatNameNoFile) {
   const VexilResult result = ThrowAwayRoot(SetUserId)
                                  .As(kCaller, kCaller)
                                  .Run({"--formatter", "csv", "vexil", "command", "list"});
@@ -447,7 +447,7 @@ TEST_F(TrustTest, ASetUserIdToolCleansTheEnvironment) {
   }
 }
 
-TEST_F(TrustTest, AnotherToolKeepsTheEnvironment) {
+TEST_F(TrustTest, AToolWithoutForeignRightsKeepsTheEnvironment) {
   for (const uid_t user : {uid_t{0}, kCaller}) {
     const std::string out = PrintEnvironment([] {}, user).out;
     for (const char* const line :

@@ -102,7 +102,7 @@ TEST(FieldLayoutTest, ReportsThePositionOfANewField) {
   EXPECT_EQ(first.layout.Get(), second.layout.Get());
 }
 
-TEST(FieldLayoutTest, KnowsTheStepsThatWereTaken) {
+TEST(FieldLayoutTest, KnowsAStepWhileItsResultExists) {
   const LayoutRef layout = LayoutOf({"b", "d"});
   EXPECT_EQ(layout->KnownStep(FieldName("c"), ""), nullptr);
   {
@@ -145,7 +145,7 @@ TEST(FieldLayoutTest, FindsFieldsOfLongNames) {
   EXPECT_EQ(layout->Find(start + " 3 bytes"), FieldLayout::kNotFound);
 }
 
-TEST(FieldLayoutTest, ChangesADocumentation) {
+TEST(FieldLayoutTest, ChangesTheDocumentationOfAField) {
   const LayoutRef layout = LayoutOf({"a", "b"});
   const LayoutRef documented = layout->WithDocumentation(1, "text");
   EXPECT_EQ(documented->At(1).documentation, "text");
@@ -241,7 +241,7 @@ TEST(FieldLayoutTest, IsSharedByStructuresOfOneShape) {
   EXPECT_NE(ValueAccess::Layout(*one), ValueAccess::Layout(*other));
 }
 
-TEST(FieldLayoutTest, IsSharedByStructuresOfADefinition) {
+TEST(FieldLayoutTest, IsSharedByADefinitionAndItsStructures) {
   const auto definition = MetaStruct::New("Rec");
   definition->SetField("a", 1);
   const auto structure = MetaStruct::New(definition);
@@ -333,7 +333,7 @@ TEST(FieldLayoutTest, ACursorWalksOverBothForms) {
 }
 
 // Threads look up, add and remove layouts of the same shapes at the same time.
-TEST(FieldLayoutTest, SeveralThreadsLeaveNoLayout) {
+TEST(FieldLayoutTest, NoLayoutIsLeftAfterSeveralThreads) {
   const std::size_t room = CountRoom();
   const auto work = [] {
     for (int round = 0; round < 2000; ++round) {

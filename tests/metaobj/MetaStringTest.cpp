@@ -77,7 +77,7 @@ TEST(MetaStringTest, ChecksOnlyTheBytesBeforeTheFirstNul) {
   EXPECT_EQ(MetaString::NewUtf8WithEscapes("\0\xFF"s)->GetValue(), "\0\xFF"s);
 }
 
-TEST(MetaStringTest, NeverChangesInvalidTextOtherwise) {
+TEST(MetaStringTest, NewLeavesInvalidTextUnchanged) {
   EXPECT_EQ(MetaString::New("a\xFFz")->GetValue(), "a\xFFz");
 }
 

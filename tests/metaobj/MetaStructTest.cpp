@@ -1109,7 +1109,7 @@ std::shared_ptr<MetaStruct> Nested(int depth, bool hasLists) {
 
 constexpr int kDeep = 10000;
 
-TEST(MetaStructTest, PrintsDeepNestingOnAFlatStack) {
+TEST(MetaStructTest, PrintsDeepNesting) {
   std::string expected = "{'leaf' => '1', }";
   std::string opening;
   for (int level = 0; level < kDeep; ++level) {
@@ -1122,7 +1122,7 @@ TEST(MetaStructTest, PrintsDeepNestingOnAFlatStack) {
   EXPECT_TRUE(Nested(kDeep, true)->ToString() == expected);
 }
 
-TEST(MetaStructTest, ComparesDeepNestingOnAFlatStack) {
+TEST(MetaStructTest, ComparesDeepNesting) {
   for (const bool hasLists : {false, true}) {
     Errors errors;
     EXPECT_TRUE(Nested(kDeep, hasLists)->IsSameStructure(Nested(kDeep, hasLists), &errors));
@@ -1138,7 +1138,7 @@ TEST(MetaStructTest, ReportsADeepDifferenceAtEachLevel) {
   EXPECT_EQ(errors.back(), "Type mismatch on field: in");
 }
 
-TEST(MetaStructTest, DestroysDeepNestingOnAFlatStack) {
+TEST(MetaStructTest, DestroysDeepNesting) {
   for (const bool hasLists : {false, true}) {
     auto structure = Nested(20 * kDeep, hasLists);
     const std::weak_ptr<MetaStruct> watched = structure;
@@ -1182,7 +1182,7 @@ TEST(MetaStructTest, ComparesDeepNestingOnASmallStack) {
   }
 }
 
-TEST(MetaStructTest, DestroysAChainOfDefinitionsOnAFlatStack) {
+TEST(MetaStructTest, DestroysALongChainOfDefinitions) {
   auto structure = StructureOf({"a"});
   const std::weak_ptr<MetaStruct> first = structure;
   for (int level = 0; level < 20 * kDeep; ++level) {

@@ -252,7 +252,7 @@ class Queue {
   std::deque<std::vector<Value>> batches_;
 };
 
-TEST(ValueThreadsTest, ValuesAreDestroyedInAnotherThreadThanTheyWereBuiltIn) {
+TEST(ValueThreadsTest, ValuesMayBeDestroyedInAnotherThreadThanTheOneThatBuiltThem) {
   constexpr int kBatches = 40;
   std::vector<Queue> queues(kThreads);
   RunInThreads([&queues](int number) {

@@ -67,7 +67,7 @@ TEST(ExamplesTest, DoesNotRunWhatChangesSomething) {
                           "--text"));
 }
 
-TEST(ExamplesTest, CheckExamplesRunsNone) {
+TEST(ExamplesTest, CheckExamplesRunsNoExample) {
   CountingPlugin good("--text a");
   EXPECT_TRUE(Passes(CheckExamples(good.plugin)));
   EXPECT_EQ(good.calls, 0);

@@ -23,7 +23,7 @@ using ::testing::IsEmpty;
 using ::testing::StartsWith;
 using ::testing::ThrowsMessage;
 
-TEST(TestToolTest, RunsACommandOfAFile) {
+TEST(TestToolTest, RunsACommandOfAPluginFile) {
   const CommandRun run = Testing::Run(KESTREL_ECHO_PLUGIN, {"echo", "say", "--text", "hello"});
   EXPECT_EQ(run.Output(), "hello\n");
   EXPECT_THAT(run.Messages(), IsEmpty());
@@ -31,7 +31,7 @@ TEST(TestToolTest, RunsACommandOfAFile) {
   EXPECT_EQ(run.Result()->ToString(), "hello");
 }
 
-TEST(TestToolTest, RunsACommandOfAnObject) {
+TEST(TestToolTest, RunsACommandOfAPluginObject) {
   const CommandRun run = Testing::Run(MakePlugin(ReturnText), {"sample", "show", "-t", "x"});
   EXPECT_EQ(run.Output(), "Sample:\n   Text: x\n");
   EXPECT_EQ(run.Status(), 0);

@@ -75,7 +75,7 @@ TEST(ConditionalRemovalTest, AConditionalBeginsWithADollarAndABraceOfTheTemplate
   EXPECT_TRUE(RemoveConditionalsOnce(name));
 }
 
-TEST(ConditionalRemovalTest, KeepsWhichBytesCameFromValues) {
+TEST(ConditionalRemovalTest, RemembersWhichBytesCameFromValues) {
   MarkedText text("$if{no,x}");
   text.AppendValue("$if{no,y}");
   text.AppendTemplate("{");

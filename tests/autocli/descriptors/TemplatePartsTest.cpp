@@ -105,7 +105,7 @@ TEST(TemplatePartsTest, RefusesParametersWithoutACutBetweenThem) {
   }
 }
 
-TEST(TemplatePartsTest, RefusesWhatBecomesAMarker) {
+TEST(TemplatePartsTest, RefusesATemplateInWhichAReplacementMakesAMarker) {
   EXPECT_EQ(InParts("$if{aa,$v}$if{bb,al{cc}}", {{"aa", "1"}, {"bb", "2"}, {"cc", "3"}}),
             std::nullopt);
   EXPECT_EQ(InParts("$val{c$val{aa}} $val{bb}", {{"aa", "c"}, {"bb", "2"}, {"cc", "3"}}),
@@ -188,7 +188,7 @@ constexpr std::string_view kPieces[] = {":",
 constexpr std::string_view kValuePieces[] = {"'",         "}", "{", "$val{bb}", "bb",    "c",
                                              "$if{dd,x}", "",  " ", ",true}",   "al{dd}"};
 
-TEST(TemplatePartsTest, ReturnsWhatTheWholeTemplateBecomes) {
+TEST(TemplatePartsTest, HasTheSameResultAsTheWholeTemplate) {
   Random random;
   SCOPED_TRACE(random.HowToRepeat());
   const int rounds = Rounds(50000, 5000000);

@@ -285,7 +285,7 @@ TEST(XmlPluginTest, RefusesADescriptorWithoutNamespacesAndCommands) {
             "Unable to find any namespaces or commands to register for plugin " + file.GetPath());
 }
 
-TEST(XmlPluginTest, RefusesSecondNamespacesAndCommands) {
+TEST(XmlPluginTest, RefusesASecondListOfNamespacesOrCommands) {
   EXPECT_EQ(FaultOf(Extension("<namespaces/><namespaces/>")),
             "More than one instance of namespaces found, expected only one.");
   EXPECT_EQ(FaultOf(Extension("<commands/><commands/>")),
@@ -696,7 +696,7 @@ std::shared_ptr<RootNamespace> MakeTakenTree() {
   return root;
 }
 
-TEST(XmlPluginTest, SharesATopLevelNamespaceOfTheSameDescription) {
+TEST(XmlPluginTest, SharesATopLevelNamespaceWithTheSameDescription) {
   const auto root = MakeTakenTree();
   const auto disk = root->GetNamespaceNode("disk");
   EXPECT_EQ(RegistrationFault(
@@ -734,7 +734,7 @@ TEST(XmlPluginTest, RefusesADeeperNamespaceEvenWithTheSameDescription) {
   EXPECT_EQ(RegistrationFault(text, root), "Vexil path is already registered: disk.local");
 }
 
-TEST(XmlPluginTest, APathOfACommandIsTakenForANamespace) {
+TEST(XmlPluginTest, RefusesANamespaceAtThePathOfACommand) {
   const auto root = RootNamespace::New(nullptr);
   Testing::RegisterAt(root, {"disk"}, Testing::MakeAnsweringCommand(""));
   EXPECT_EQ(RegistrationFault(OneNamespace("disk", "D."), root),

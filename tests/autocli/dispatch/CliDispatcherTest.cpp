@@ -236,7 +236,7 @@ TEST_F(CliDispatcherDeathTest, HandleArgvInputExitsWithOneOnAnError) {
   EXPECT_EQ("", out.GetText());
 }
 
-TEST_F(CliDispatcherDeathTest, HandleArgvInputReadsInputAndExitsAsItsLastLine) {
+TEST_F(CliDispatcherDeathTest, HandleArgvInputReadsInputAndExitsWithTheStatusOfItsLastLine) {
   const ScopedTempDir folder;
   const std::string good = folder.Write("good", "try\ntry say\n");
   const std::string bad = folder.Write("bad", "try say\n--formatter=nosuch try say\n");
@@ -580,7 +580,7 @@ TEST_F(CliDispatcherTest, ANodeThatResolvesToNullListsTheRootOnlyForHelp) {
   }
 }
 
-TEST_F(CliDispatcherTest, ANodeThatOnlyClaimsToBeACommandRunsNothingSilently) {
+TEST_F(CliDispatcherTest, ANodeThatOnlyClaimsToBeACommandRunsNothingAndReportsNothing) {
   dispatcher.GetRootNamespace()->RegisterNamespaceNode(std::make_shared<OddNode>(NodeType::Command),
                                                        "odd");
   const Handled handled = Handle({"odd", "--name"});
@@ -631,7 +631,7 @@ TEST_F(CliDispatcherTest, EveryMistakeInTheOptionsIsReportedAndTheCommandDoesNot
   EXPECT_EQ(0, command->executions);
 }
 
-TEST_F(CliDispatcherTest, TheFormatterIsSetInTheParameters) {
+TEST_F(CliDispatcherTest, TheFormatterOptionIsStoredInTheFormatParameters) {
   EXPECT_THAT(Apply({"--formatter", "xml"}), IsEmpty());
   EXPECT_EQ("xml", params.GetFormatter());
   EXPECT_THAT(Apply({}), IsEmpty());
@@ -742,7 +742,7 @@ TEST_F(CliDispatcherTest, TheWidthBelongsToTheProcess) {
   EXPECT_EQ(50, display.width);
 }
 
-TEST_F(CliDispatcherTest, TheSizeIsTheTerminalsAndTheOptionReplacesTheWidth) {
+TEST_F(CliDispatcherTest, TheSizeIsThatOfTheTerminalUntilTheOptionReplacesTheWidth) {
   PseudoTerminal terminal;
   terminal.SetSize(123, 45);
   terminal.Start([this] {

@@ -587,7 +587,7 @@ TEST_F(DispatcherTest, FormattersAreFoundByNameAndListedInByteOrder) {
   EXPECT_EQ(names.back(), "zeta");
 }
 
-TEST_F(DispatcherTest, TheOwnerDecidesAboutAFormatter) {
+TEST_F(DispatcherTest, ThePluginThatOwnsAFormatterDecidesWhetherItExists) {
   const auto plugin =
       std::make_shared<SamplePlugin>("Sample", std::vector<std::string>{"zeta", "eta"});
   dispatcher_.RegisterPlugin(plugin);

@@ -133,7 +133,7 @@ TEST(OptionParserTest, ParseArgvOfTheNameAloneParsesNothing) {
   EXPECT_THAT(parser.GetCommandPath(), IsEmpty());
 }
 
-TEST(OptionParserTest, ParseArgvKeepsTheNameWhenThereIsNone) {
+TEST(OptionParserTest, ParseArgvWithoutArgumentsKeepsTheName) {
   const char* const nothing[] = {nullptr};
   OptionParser parser("tool");
   parser.ParseArgv(0, nothing);
@@ -557,10 +557,10 @@ TEST_P(OptionParserLineTest, IsSplitIntoItsWords) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Blanks, OptionParserLineTest,
+    Spaces, OptionParserLineTest,
     ::testing::Values(LineCase{"Leading", " \t a", {"a"}}, LineCase{"Trailing", "a \t ", {"a"}},
                       LineCase{"Several", "a \t b", {"a", "b"}},
-                      LineCase{"OtherWhiteSpaceIsNone", "a\rb\vc\fd\ne", {"a\rb\vc\fd\ne"}},
+                      LineCase{"OtherWhiteSpaceDoesNotSeparate", "a\rb\vc\fd\ne", {"a\rb\vc\fd\ne"}},
                       LineCase{"Nul", std::string("a\0b c", 5), {std::string("a\0b", 3), "c"}},
                       LineCase{"NotAscii", "\xc3\xa4 \xa0", {"\xc3\xa4", "\xa0"}},
                       LineCase{"LongWords",
@@ -572,7 +572,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& row) { return row.param.name; });
 
 INSTANTIATE_TEST_SUITE_P(Quotes, OptionParserLineTest,
-                         ::testing::Values(LineCase{"AroundBlanks", "\"a b\" c", {"a b", "c"}},
+                         ::testing::Values(LineCase{"AroundSpaces", "\"a b\" c", {"a b", "c"}},
                                            LineCase{"WithinAWord", "a\"b\"c", {"abc"}},
                                            LineCase{"WithinALongWord",
                                                     "abc\"defghijkl mnopqrst\" u",
@@ -581,16 +581,16 @@ INSTANTIATE_TEST_SUITE_P(Quotes, OptionParserLineTest,
                                            LineCase{"NoEscape", "a\\\"b c", {"a\\b c"}},
                                            LineCase{"EmptyInTheMiddle", "a \"\" b", {"a", "", "b"}},
                                            LineCase{"EmptyAtTheEnd", "a \"\"", {"a"}},
-                                           LineCase{"EmptyAndABlankAtTheEnd", "a \"\" ", {"a", ""}},
+                                           LineCase{"EmptyAndASpaceAtTheEnd", "a \"\" ", {"a", ""}},
                                            LineCase{"EmptyAtTheStart", "\"\" x", {" x"}},
-                                           LineCase{"BlankAtTheStart", "\" a\"", {" a"}},
-                                           LineCase{"EmptyAndABlank", "\"\" ", {" "}}),
+                                           LineCase{"SpaceAtTheStart", "\" a\"", {" a"}},
+                                           LineCase{"EmptyAndASpace", "\"\" ", {" "}}),
                          [](const auto& row) { return row.param.name; });
 
 INSTANTIATE_TEST_SUITE_P(Comments, OptionParserLineTest,
                          ::testing::Values(LineCase{"AtTheStart", "# a b", {}},
-                                           LineCase{"BehindBlanks", " \t# a b", {}},
-                                           LineCase{"BehindQuotes", "\"\"# a b", {}},
+                                           LineCase{"AfterSpaces", " \t# a b", {}},
+                                           LineCase{"AfterQuotes", "\"\"# a b", {}},
                                            LineCase{"NotWithinAWord", "a#b", {"a#b"}},
                                            LineCase{"NotInASecondWord", "a #b", {"a", "#b"}}),
                          [](const auto& row) { return row.param.name; });
@@ -770,7 +770,7 @@ TEST(OptionParserTest, ToStringDumpsAnEmptyParser) {
       OptionParser().ToString());
 }
 
-TEST(OptionParserTest, ToStringListsErrorsThatItFindsInTheNextDump) {
+TEST(OptionParserTest, ErrorsThatToStringFindsAppearInTheNextDump) {
   OptionParser parser = Parse({"-v", "--level=3", "ns", "cmd", "--device", "-f", "x", "y"});
   parser.SetInputSpec(MakeSpec());
   const std::string rest =

@@ -242,7 +242,7 @@ TEST(CommandHelpFormatterTest, DoesNotRepeatWhatAnExampleAlreadyHas) {
             "\nExamples: \n\n     :\n# vexil storage disk list         \n\n");
 }
 
-TEST(CommandHelpFormatterTest, WrapsTheDescriptionOfAnExampleAlone) {
+TEST(CommandHelpFormatterTest, WrapsTheDescriptionOfAnExampleButNotItsCommandLine) {
   EXPECT_EQ(PrintBody(MakePage({}, {{"Some words that do not fit", "--a-long-option value"}}), 20),
             "\n"
             "Examples: \n"
@@ -253,7 +253,7 @@ TEST(CommandHelpFormatterTest, WrapsTheDescriptionOfAnExampleAlone) {
             "\n");
 }
 
-TEST(CommandHelpFormatterTest, TreatsALineBreakInAnExampleAsAnyByte) {
+TEST(CommandHelpFormatterTest, TreatsALineBreakInAnExampleLikeAnyOtherByte) {
   EXPECT_EQ(PrintBody(MakePage({}, {{"one\ntwo", "x"}})),
             "\nExamples: \n\n    one\ntwo :\n# vexil storage disk list x        \n\n");
 }

@@ -89,7 +89,7 @@ std::string EscapeByte(int byte) {
   return text;
 }
 
-TEST_F(JsonFormatterTest, EscapesEachOfAllBytes) {
+TEST_F(JsonFormatterTest, EscapesEveryByteAsTheRuleRequires) {
   for (int byte = 0; byte < 256; ++byte) {
     EXPECT_EQ(PrintAt(0, MetaString::New(std::string(2, static_cast<char>(byte)))),
               '"' + EscapeByte(byte) + EscapeByte(byte) + '"')

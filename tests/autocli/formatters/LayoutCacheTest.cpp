@@ -59,7 +59,7 @@ TEST_F(LayoutCacheTest, KeepsAValueForEachLevel) {
   EXPECT_EQ(Get(cache, a_, 7), 2);
 }
 
-TEST_F(LayoutCacheTest, IsAtLevelZeroWithoutALevel) {
+TEST_F(LayoutCacheTest, UsesLevelZeroIfNoneIsGiven) {
   LayoutCache<int, 3> cache;
   EXPECT_EQ(Get(cache, a_, 0), 1);
   EXPECT_EQ(cache.Get(*ValueAccess::Layout(*a_), [] { return 9; }), 1);

@@ -65,7 +65,7 @@ TEST_F(PythonFormatterTest, LeavesABackslashBeforeTheClosingQuotes) {
   EXPECT_EQ(Print(MetaString::New("\\\"")), "\"\"\"\\\\\"\"\"\"\n");
 }
 
-TEST_F(PythonFormatterTest, LeavesAllOtherBytes) {
+TEST_F(PythonFormatterTest, LeavesAllOtherBytesUnchanged) {
   for (int byte = 0; byte < 256; ++byte) {
     const std::string text(1, static_cast<char>(byte));
     const std::string expected = byte == '"' ? "\\\"" : byte == '\n' ? "\\n" : text;

@@ -262,7 +262,7 @@ TEST_F(TableFormatterTest, AnErrorLineReplacesATableWithAnUnknownColumn) {
   EXPECT_EQ(Print(MakeDisks({}), {{"fields", "Nope"}}), "Nope\n----\n");
 }
 
-TEST_F(TableFormatterTest, AnUnknownColumnLeavesTheAlignmentOfTheStream) {
+TEST_F(TableFormatterTest, AnUnknownColumnDoesNotChangeTheAlignmentOfTheStream) {
   std::ostringstream out;
   out << std::right;
   Format(MakeOutput(TwoDisks()), out, {{"fields", "Nope"}});
@@ -360,7 +360,7 @@ TEST_F(TableFormatterTest, WrapsEachLineOfAValueSeparately) {
             "x  one\n   two \n   three\n");
 }
 
-TEST_F(TableFormatterTest, AnEmptyWrappedValueLeavesNothing) {
+TEST_F(TableFormatterTest, PrintsNothingForAnEmptyWrappedValue) {
   EXPECT_EQ(Print(MakeRow({{"a", "x"}, {"b", ""}}),
                   {{"wrap-last", "true"}, {"show-header", "false"}}, 10),
             "x  \n");
@@ -432,7 +432,7 @@ TEST_F(TableFormatterTest, OneFormatterServesManyCalls) {
   EXPECT_EQ(FormatToText(formatter, TwoDisks()), kTwoDisks);
 }
 
-TEST_F(TableFormatterTest, AnExceptionWhileMeasuringLeavesNothing) {
+TEST_F(TableFormatterTest, PrintsNothingIfMeasuringThrows) {
   const auto row = MetaStruct::New("Row");
   row->SetField("a", "fine");
   row->SetField("b", std::make_shared<ActingValue>(

@@ -249,11 +249,11 @@ TEST(UtilFormatFieldTest, AnErrorTextHasNoUnits) {
             "Invalid argument");
 }
 
-TEST(UtilFormatFieldTest, AWideCharacterWithoutAByteFormIsTheSystemsError) {
+TEST(UtilFormatFieldTest, AWideCharacterWithoutBytesInTheLocaleCausesTheSystemsError) {
   EXPECT_EQ(PrintInt(0x20ac, "%lc"), kError + std::string(std::strerror(EILSEQ)));
 }
 
-TEST(UtilFormatFieldTest, WidthsAndPrecisionsBeyondAnIntAreTheSystemsOverflow) {
+TEST(UtilFormatFieldTest, WidthsAndPrecisionsBeyondAnIntCauseTheSystemsError) {
   const std::string overflow = kError + std::string(std::strerror(EOVERFLOW));
   for (const char* format : {"%2147483648d", "%.2147483648d", "%99999999999999999999999d",
                              "x%.99999999999999999999999ld", "%-2147483648m"}) {
@@ -266,7 +266,7 @@ TEST(UtilFormatFieldTest, AFormatThatDoesNotFitComesBeforeAnOverflow) {
   EXPECT_EQ(PrintInt(5, "%2147483648d%n"), Invalid());
 }
 
-TEST(UtilFormatFieldTest, TheResultIsCutAfterTheSizesOfFormatAndValuePlus64) {
+TEST(UtilFormatFieldTest, TheResultHasAtMostTheSizesOfFormatAndValuePlus64Bytes) {
   EXPECT_EQ(PrintInt(5, "%100d"), std::string(5 + 1 + 64, ' '));
   EXPECT_EQ(PrintInt(5, "%-100d"), "5" + std::string(6 + 1 + 64 - 1, ' '));
   EXPECT_EQ(PrintInt(5, "%0100d"), std::string(6 + 1 + 64, '0'));

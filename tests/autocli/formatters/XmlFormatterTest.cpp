@@ -310,7 +310,7 @@ TEST_F(XmlFormatterTest, SantizeStringReplacesEachCharacterOnce) {
   EXPECT_EQ(SantizeString("&&&"), "&amp;&amp;&amp;");
 }
 
-TEST_F(XmlFormatterTest, SantizeStringLeavesAllOtherBytes) {
+TEST_F(XmlFormatterTest, SantizeStringLeavesAllOtherBytesUnchanged) {
   for (int byte = 0; byte < 256; ++byte) {
     const std::string text(1, static_cast<char>(byte));
     const bool isSpecial = byte != 0 && std::string("&<>%\"'").find(text) != std::string::npos;

@@ -101,7 +101,7 @@ TEST_F(CheckedFileTest, FollowsLinks) {
   }
 }
 
-TEST_F(CheckedFileTest, NamesWhatIsNotTrustedWithoutLinks) {
+TEST_F(CheckedFileTest, NamesWhatIsNotTrustedByAPathWithoutLinks) {
   fs::create_symlink("inner", folder_.GetPath("link"));
   SetMode(file_, 0664);
   fs::create_symlink(Inner(), folder_.GetPath("absolute"));

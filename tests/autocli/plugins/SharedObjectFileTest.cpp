@@ -159,7 +159,7 @@ bool UsesOriginIn(const std::string& text) {
   return UsesOrigin(dir.Write("x.so", text));
 }
 
-TEST(SharedObjectFileTest, FindsOriginInEachNameOfLibraries) {
+TEST(SharedObjectFileTest, FindsOriginInEveryEntryThatNamesLibraries) {
   for (const std::int64_t tag : {DT_NEEDED, DT_RPATH, DT_RUNPATH, DT_AUXILIARY, DT_FILTER}) {
     EXPECT_TRUE(UsesOriginIn(MakeDynamicObject(tag, "$ORIGIN/lib"))) << tag;
     EXPECT_TRUE(UsesOriginIn(MakeDynamicObject(tag, "/lib:${ORIGIN}"))) << tag;

@@ -134,7 +134,7 @@ TEST_F(ChildProcessTest, AChildThatClosesItsInputFailsTheWrite) {
   }
 }
 
-TEST_F(ChildProcessTest, AChildMayLeaveTheRestOfItsInput) {
+TEST_F(ChildProcessTest, AChildMayLeaveInputUnread) {
   const LeavesNothing nothing;
   EXPECT_EQ(OutputOf("head -c 1", std::string(1000, 'x')), "x");
 }
@@ -183,7 +183,7 @@ TEST_F(ChildProcessTest, APendingSignalStaysPending) {
   pthread_sigmask(SIG_UNBLOCK, &sigpipe, nullptr);
 }
 
-TEST_F(ChildProcessTest, TheChildInheritsNoSignalsOfItsParent) {
+TEST_F(ChildProcessTest, TheChildInheritsNoBlockedOrIgnoredSignals) {
   sigset_t all;
   sigset_t before;
   sigfillset(&all);

@@ -245,7 +245,7 @@ const GuardedRun kRuns[] = {
        terminal.ContinueInBackground();
      },
      SIGTERM, false},
-    {"TheProgramsOwnHandlerLearnsThatItGoesOn",
+    {"TheProgramsOwnHandlerIsCalledWhenItContinues",
      [] {
        HandleWith(SIGCONT, [](int) { Show("going on "); });
        return AskForSecret();
@@ -256,7 +256,7 @@ const GuardedRun kRuns[] = {
        ExpectPromptAgain(terminal, "going on ");
        Answer(terminal);
      }},
-    {"AProgramThatIgnoresGoingOnHidesTheTyping",
+    {"AProgramThatIgnoresSigcontHidesTheTyping",
      [] {
        HandleWith(SIGCONT, SIG_IGN);
        return AskForSecret();

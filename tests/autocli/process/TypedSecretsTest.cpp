@@ -162,7 +162,7 @@ TEST(TypedSecretsTest, IsMaskedInAMessage) {
   Wipe(secret);
 }
 
-TEST(TypedSecretsTest, CoreDumpsAreDisabledWhileOneIsHeld) {
+TEST(TypedSecretsTest, CoreDumpsAreDisabledWhileASecretIsHeld) {
   rlimit original = {};
   getrlimit(RLIMIT_CORE, &original);
   const rlimit before = {std::min<rlim_t>(4096, original.rlim_max), original.rlim_max};

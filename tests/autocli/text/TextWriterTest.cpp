@@ -279,7 +279,7 @@ TEST(TextWriterTest, WritesNothingToAStreamThatFailedBefore) {
   EXPECT_EQ(out.str(), "");
 }
 
-TEST(TextWriterTest, AnExceptionOfTheStreamIsPassedOnceAndNothingIsWrittenTwice) {
+TEST(TextWriterTest, AnExceptionOfTheStreamReachesTheCallerAndNothingIsWrittenTwice) {
   LimitedBuffer buffer(5);
   std::ostream out(&buffer);
   out.exceptions(std::ios_base::badbit);

@@ -102,7 +102,7 @@ TEST(UtilFitStringTest, BreaksNothingWithoutColumns) {
   EXPECT_EQ(Fit({4, 4, "aaaa bbbb\ncccc ", false, true, 0, true}), "    aaaa bbbb\n    cccc \n");
 }
 
-TEST(UtilFitStringTest, TreatsALineBreakAsAnyByteIfLinesAreNotSplit) {
+TEST(UtilFitStringTest, TreatsALineBreakLikeAnyOtherByteIfLinesAreNotSplit) {
   EXPECT_EQ(Fit({2, 9, "aa\nbb cc dd"}), "  aa\nbb \n  cc dd");
 }
 

@@ -165,7 +165,7 @@ TEST_F(CommandTest, WithoutInputTheMessageNamesTheCommand) {
               ElementsAre("Error on command list : boom"));
 }
 
-TEST_F(CommandTest, AnInputWithoutPathLeavesTheCommandToBeNamed) {
+TEST_F(CommandTest, WithoutPathInTheInputTheMessageNamesTheCommand) {
   const std::shared_ptr<SampleCommand> command = MakeThrowingCommand("boom");
   command->SetName("named");
   const std::shared_ptr<Output> output = Output::New();

@@ -40,7 +40,7 @@ TEST(YamlFormatTest, PrintsListsAtTheRoot) {
             "- Labels:\n    - a\n    - b\n  Disk:\n    Name: sda\n    Size: 7\n");
 }
 
-TEST(YamlFormatTest, PrintsEmptyValuesOnTheLine) {
+TEST(YamlFormatTest, PrintsEmptyValuesWithoutABlock) {
   EXPECT_EQ(Yaml(MetaList::New(MetaType::Struct, nullptr)), "[]\n");
   EXPECT_EQ(Yaml(MetaStruct::New("Empty")), "{}\n");
   auto outer = MetaStruct::New("Outer");
@@ -65,7 +65,7 @@ TEST(YamlFormatTest, DoesNotQuotePlainStrings) {
   }
 }
 
-TEST(YamlFormatTest, DecidesAboutEveryAsciiCharacterAtEveryPosition) {
+TEST(YamlFormatTest, DecidesWhetherToQuoteForEveryAsciiCharacterAtEveryPosition) {
   const std::string plain =
       " %()+-./0123456789@ABCDEFGHIJKLMNOPQRSTUVWXYZ_abcdefghijklmnopqrstuvwxyz";
   for (char character = ' '; character < '\x7f'; ++character) {
