@@ -184,7 +184,8 @@ def processor_seconds(words, folder):
 
 
 def compare(row, options, folder):
-    """Returns the median times of both, in milliseconds, and the median ratio; or None."""
+    """Returns the median times of both, in milliseconds, and the median ratio; or None if one of
+    them fails."""
     ours = [options.tool, "--plugin-dir", options.plugin_dir, *row.command.split()]
     times = []
     end = time.monotonic() + options.seconds

@@ -51,7 +51,7 @@ using MetaObj::MetaList;
 using MetaObj::MetaStruct;
 using Vexil::Words;
 
-// There are few words, so that the target spends its time on their meaning.
+// The number of words is limited, so that the target spends its time on their meaning.
 constexpr std::size_t kMaxWords = 24;
 
 class PaintCommand : public Command {

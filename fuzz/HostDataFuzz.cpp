@@ -35,7 +35,7 @@
 namespace Kestrel::Fuzz {
 namespace {
 
-/// A file without a name that contains `text`, for parsers that read a path.
+/// A nameless file with the content `text`, for parsers that read the file at a path.
 class TextFile {
  public:
   explicit TextFile(const std::string& text) : file_(memfd_create("text", MFD_CLOEXEC)) {

@@ -12,7 +12,7 @@
 
 namespace Kestrel::Fuzz {
 
-/// The text that the entities of a document may stand for.
+/// The greatest number of bytes that the entities of a document may stand for.
 constexpr std::size_t kMaxEntityText = 10'000'000;
 
 /// Collects the diagnostics of libxml2 during its lifetime. Nearly every input causes some, which

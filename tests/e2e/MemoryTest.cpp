@@ -53,7 +53,7 @@ Ended RunToEnd(const VexilRun& run) {
   return ended;
 }
 
-// The loop continues beyond the number of the last allocation while the tool starts.
+// The loop reaches beyond the last of the allocations that the tool makes while it starts.
 TEST_P(MemoryTest, AFailureEndsTheToolWithAMessage) {
   if (kIsSanitized) {
     GTEST_SKIP() << "The sanitizer has an allocator of its own";

@@ -55,7 +55,7 @@ class ThrowAwayRoot {
 
 // Functions for a preparation. Each ends the run if it fails.
 
-void Own(const std::string& path, uid_t user, gid_t group = 0);  // of a link, not of its target
+void Own(const std::string& path, uid_t user, gid_t group = 0);  // does not follow a link
 void SetMode(const std::string& path, mode_t mode);
 void MakeLink(const std::string& target, const std::string& path);
 void MakeFolder(const std::string& path);

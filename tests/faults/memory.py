@@ -7,7 +7,8 @@ Each command line runs once to count its allocations. Then it runs again for eac
 that run the allocation fails, alone or together with all later ones. The tool must print the same
 as before, or report an error: a message and a status that is not 0.
 
-The full form tries every allocation of all command lines, the quick form every seventh of five.
+The full form tries every allocation of all command lines, the quick form every seventh allocation
+of five command lines.
 """
 
 import os

@@ -26,7 +26,7 @@ import tool
 
 SIGNALS = ("HUP", "INT", "QUIT", "TERM", "USR1", "USR2", "ALRM", "XCPU", "VTALRM", "PROF")
 FORWARDED = ("INT", "TERM")
-# The processes below the tool need less time to end.
+# The processes below the tool need less than this to end.
 MAX_SECONDS_LEFT = 5
 LONG_CHILD_SECONDS = 60
 # After this time, a user would press the key again.

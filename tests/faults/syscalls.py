@@ -14,7 +14,8 @@ with one fault that strace injects into the tool, but not into its child process
 The tool must print the same as before, or report an error: a message and a status that is not 0.
 Short transfers must not change anything.
 
-The full form tries every call of all command lines, the quick form some calls of five.
+The full form tries every call of all command lines, the quick form some calls of five command
+lines.
 """
 
 import collections

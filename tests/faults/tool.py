@@ -223,7 +223,7 @@ def environment(**more):
 
 
 def run_all(jobs, work, items):
-    """Calls work(item) for all items, at most `jobs` at once."""
+    """Calls work(item) for all items, at most `jobs` at a time."""
     with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
         for future in [pool.submit(work, item) for item in items]:
             future.result()

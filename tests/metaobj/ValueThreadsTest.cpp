@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Values are built, read and destroyed in several threads at once. The tests check the results; the
-// thread sanitizer checks that there are no data races (./test tsan).
+// Values are built, read and destroyed in several threads at the same time. The tests check the
+// results; the thread sanitizer checks that there are no data races (./test tsan).
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -37,7 +37,8 @@ using Structure = std::shared_ptr<MetaStruct>;
 
 constexpr int kThreads = 8;
 
-// Runs `work` in all threads at once, with the thread's number as the argument, and joins them.
+// Runs `work` in all threads at the same time, with the thread's number as the argument, and joins
+// them.
 void RunInThreads(const std::function<void(int)>& work) {
   std::atomic<int> ready{0};
   std::vector<std::thread> threads;

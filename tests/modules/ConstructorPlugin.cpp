@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Does something bad while it is opened; KESTREL_CONSTRUCTOR is the name of the function.
+// Does something bad while it is opened; KESTREL_CONSTRUCTOR is the name of the function that does
+// it.
 
 #include <kestrel/autocli/PluginEntryPoint.h>
 #include <unistd.h>

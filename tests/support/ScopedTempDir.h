@@ -28,7 +28,7 @@ class ScopedTempDir {
   /// Creates a folder and its parents, and returns its absolute path.
   std::string MakeDirectory(const std::string& name) const;
 
-  /// Returns the contents of a file, empty when there is no such file.
+  /// Returns the contents of a file, or an empty string if there is no such file.
   std::string Read(const std::string& name) const;
 
  private:

@@ -484,7 +484,7 @@ TEST(UnsafeFormTest, AQuotedMultiListRunsCommandsInAValue) {
 }
 
 /// Executes a command. Returns its message if a value was refused, otherwise an empty string.
-/// Expects that nothing runs exactly when a value was refused.
+/// Expects that something runs if, and only if, no value was refused.
 std::string MessageOf(const std::string& text, const Values& xx, const Values& ll,
                       const Values& yy = {}) {
   auto spec = InputSpec::New();

@@ -381,7 +381,7 @@ TEST(XmlValueReaderTest, DoesNotReadADocumentWithTooManyNames) {
     try {
       isRead = ReadXmlValue(text + "</o>", value);
     } catch (const KestrelException&) {
-      isRead = true;  // no such value
+      isRead = true;  // The document is read, but contains no value.
     }
     EXPECT_EQ(isRead, count == 400000);
   }

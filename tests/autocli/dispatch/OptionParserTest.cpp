@@ -560,7 +560,8 @@ INSTANTIATE_TEST_SUITE_P(
     Spaces, OptionParserLineTest,
     ::testing::Values(LineCase{"Leading", " \t a", {"a"}}, LineCase{"Trailing", "a \t ", {"a"}},
                       LineCase{"Several", "a \t b", {"a", "b"}},
-                      LineCase{"OtherWhiteSpaceDoesNotSeparate", "a\rb\vc\fd\ne", {"a\rb\vc\fd\ne"}},
+                      LineCase{
+                          "OtherWhiteSpaceDoesNotSeparate", "a\rb\vc\fd\ne", {"a\rb\vc\fd\ne"}},
                       LineCase{"Nul", std::string("a\0b c", 5), {std::string("a\0b", 3), "c"}},
                       LineCase{"NotAscii", "\xc3\xa4 \xa0", {"\xc3\xa4", "\xa0"}},
                       LineCase{"LongWords",

@@ -118,7 +118,7 @@ TEST(SharedObjectFileTest, AFileThatCannotBeReadIsLeftToTheLoader) {
   EXPECT_FALSE(IsSharedObjectCutShort(dir.MakeDirectory("folder.so")));
 }
 
-constexpr std::uint64_t kAddress = 0x1000;  // of the beginning of the file in memory
+constexpr std::uint64_t kAddress = 0x1000;  // where the file begins in memory
 
 template <class Value>
 void Append(std::string& text, const Value& value) {

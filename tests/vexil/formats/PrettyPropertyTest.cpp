@@ -49,7 +49,7 @@ std::size_t ColumnsOf(char32_t code) {
 }
 
 /// Returns the number of columns that a line fills, without the escape sequences that the format
-/// prints. Reports everything that may not be in the line.
+/// prints. Reports everything that must not be in the line.
 std::size_t CheckLine(std::string_view line) {
   std::size_t columns = 0;
   while (!line.empty()) {

@@ -21,7 +21,7 @@ import choosing  # noqa: E402
 import readers  # noqa: E402
 import values  # noqa: E402
 
-BATCH = 5000  # results in memory at once
+BATCH = 5000  # results in memory at a time
 MAX_PROBLEMS = 10
 MIN_READABLE_SHARE = 0.1  # Each reader must be able to read this share of the results.
 

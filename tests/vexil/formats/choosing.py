@@ -13,7 +13,7 @@ SCALARS = (bool, int, bytes)
 
 
 class Mistake(Exception):
-    """A parameter names a field that does not exist or cannot be sorted by."""
+    """A parameter names a field that does not exist, or one by which rows cannot be sorted."""
 
 
 def field_of(structure, name):
