@@ -4,8 +4,8 @@
 // Input: a value document, as a command prints it.
 //
 // The result must equal that of a reader that builds a tree of the document, including the parser's
-// diagnostics. A document must be refused instead if its entities stand for more than 10 MB of text.
-// A value must be readable again after it has been printed.
+// diagnostics. A document must be refused instead if its entities stand for more than 10 MB of
+// text. A value must be readable again after it has been printed.
 
 #include "kestrel/autocli/XmlUtil.h"
 
