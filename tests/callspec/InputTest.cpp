@@ -195,7 +195,7 @@ TEST(InputTest, FoldsByTheFirstOfTwoEqualShortNames) {
   EXPECT_THAT(input->GetParameters(), ElementsAre(Pair("aa", ElementsAre("value"))));
 }
 
-TEST(InputTest, AShortNameGivenAfterTheSpecWaitsForTheNextOne) {
+TEST(InputTest, AShortNameGivenAfterTheSpecIsFoldedByTheNextSpec) {
   const auto input = DeclaredInput();
   input->AddParameter("t", "value");
   EXPECT_EQ(input->GetParameter("text"), "");

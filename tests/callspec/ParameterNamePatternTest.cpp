@@ -28,7 +28,7 @@ bool Matches(const std::string& name) {
   return boost::regex_match(name, pattern);
 }
 
-TEST(ParameterNamePatternTest, HoldsForAllNamesOfTwoBytes) {
+TEST(ParameterNamePatternTest, EqualsTheExpressionOnAllNamesOfAtMostTwoBytes) {
   ASSERT_EQ(IsAccepted(""), Matches(""));
   for (int first = 0; first < 256; ++first) {
     const std::string name(1, static_cast<char>(first));

@@ -86,7 +86,7 @@ TEST(ParameterSpecTest, NumbersOfTheTypesAreFixed) {
   EXPECT_EQ(sizeof(ParameterType), 4U);
 }
 
-TEST(ParameterSpecTest, IsRequiredAndBareAtFirst) {
+TEST(ParameterSpecTest, IsRequiredAndHasOnlyNameAndTypeAtFirst) {
   for (const ParameterType type : kAllTypes) {
     const auto spec = ParameterSpec::New("some-name", type);
     EXPECT_EQ(spec->GetName(), "some-name");

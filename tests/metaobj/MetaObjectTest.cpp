@@ -166,7 +166,7 @@ TEST(MetaObjectTest, IsWrittenToAStreamAsItsText) {
   EXPECT_EQ(&result, &out);
 }
 
-TEST(MetaObjectTest, RunsTheDestructorOfTheWholeValue) {
+TEST(MetaObjectTest, RunsTheDestructorOfTheDerivedClass) {
   const auto inner = MetaInt::New(100);
   MetaObject* bare = nullptr;
   {

@@ -113,14 +113,14 @@ TEST(ForkExecTest, TheEnvironmentIsInheritedOrGiven) {
       0);
 }
 
-TEST(ForkExecTest, AProgramThatCannotBeExecutedIsAStatus) {
+TEST(ForkExecTest, AProgramThatCannotBeExecutedCausesAnErrorStatus) {
   const char* const argv[] = {"x", nullptr};
   pid_t pid = 0;
   EXPECT_EQ(ZoluserCompat_ForkExec("/no/such/program", argv, nullptr, nullptr, 0, &pid), ENOENT);
   EXPECT_EQ(ZoluserCompat_ForkExec("/etc/passwd", argv, nullptr, nullptr, 0, &pid), EACCES);
 }
 
-TEST(ForkExecTest, ADescriptorThatIsNotOpenIsAStatus) {
+TEST(ForkExecTest, ADescriptorThatIsNotOpenCausesAnErrorStatus) {
   EXPECT_EQ(Start("exit 0", {{1, 999}}).code, EBADF);
   EXPECT_EQ(Start("exit 0", {{-1, 0}}).code, EBADF);
 }

@@ -44,7 +44,7 @@ TEST(WordCostTest, AllowsMoreEditsInALongerWord) {
   EXPECT_EQ(3 * kEditCost, WordCost("konnektion", "connection2"));
 }
 
-TEST(WordCostTest, IsNothingForWordsThatAreNotSimilar) {
+TEST(WordCostTest, HasNoValueForWordsThatAreNotSimilar) {
   for (const char* word : {"", "x", "nosuch", "ip", "storage"}) {
     EXPECT_EQ(std::nullopt, WordCost(word, "mount")) << word;
   }

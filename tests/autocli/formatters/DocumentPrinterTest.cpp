@@ -91,7 +91,7 @@ TEST(DocumentPrinterTest, PrintsAScalarAtItsLevel) {
   EXPECT_EQ(Trace(MetaString::New("x"), 0), "'x'@0 ");
 }
 
-TEST(DocumentPrinterTest, ReportsAValueOfAnotherClassThanItsKind) {
+TEST(DocumentPrinterTest, ReportsAValueWhoseClassDoesNotMatchItsKind) {
   EXPECT_EQ(Trace(nullptr, 1), "null ");
   for (int kind = -1; kind < 6; ++kind) {
     EXPECT_EQ(Trace(std::make_shared<LyingValue>(static_cast<MetaType>(kind)), 1), "misread ");

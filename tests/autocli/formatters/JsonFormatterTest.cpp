@@ -204,7 +204,7 @@ TEST_F(JsonFormatterTest, IgnoresAllParameters) {
             "\n{\n   \"Name\": \"a\",\n   \"Size\": 1\n}\n");
 }
 
-TEST_F(JsonFormatterTest, ReportsAValueOfAnotherClassThanItsKind) {
+TEST_F(JsonFormatterTest, ReportsAValueWhoseClassDoesNotMatchItsKind) {
   const auto print = [](MetaType type) { return PrintAt(2, std::make_shared<LyingValue>(type)); };
   EXPECT_EQ(print(MetaType::Bool), "Error reading a bool\n");
   EXPECT_EQ(print(MetaType::Int), "Error reading a int\n");

@@ -135,7 +135,7 @@ TEST_F(PythonFormatterTest, IgnoresAllParameters) {
             "{\"Name\": \"\"\"a\"\"\", \"Size\": 1, }\n");
 }
 
-TEST_F(PythonFormatterTest, ReportsAValueOfAnotherClassThanItsKind) {
+TEST_F(PythonFormatterTest, ReportsAValueWhoseClassDoesNotMatchItsKind) {
   const auto print = [](MetaType type) { return PrintAt(2, std::make_shared<LyingValue>(type)); };
   EXPECT_EQ(print(MetaType::Bool), "Error reading a bool\n");
   EXPECT_EQ(print(MetaType::Int), "Error reading a int\n");

@@ -126,7 +126,7 @@ TEST_F(SimpleFormatterTest, ReportsAValueThatClaimsAnotherKind) {
   EXPECT_EQ(print(static_cast<MetaType>(5)), "");
 }
 
-TEST_F(SimpleFormatterTest, ReportsAFieldOfAnotherClassThanItsKind) {
+TEST_F(SimpleFormatterTest, ReportsAFieldWhoseClassDoesNotMatchItsKind) {
   const auto structure = MetaStruct::New("Row");
   structure->SetField("a", std::make_shared<LyingValue>(MetaType::Struct));
   structure->SetField("b", std::make_shared<LyingValue>(MetaType::List));

@@ -122,7 +122,7 @@ TEST(UtilFormatFieldTest, AnyFormatPrintsAStructureAsEmpty) {
   EXPECT_EQ(Print(MakeStruct(), "%n%s%99999999999d"), "");
 }
 
-TEST(UtilFormatFieldTest, AValueOfAnotherClassThanItsKindIsPrintedUnlessThereIsAFormat) {
+TEST(UtilFormatFieldTest, AValueWhoseClassDoesNotMatchItsKindIsPrintedUnlessThereIsAFormat) {
   for (const MetaType type : {MetaType::Int, MetaType::Bool, MetaType::String, MetaType::Struct}) {
     FormatParameters params;
     const auto value = std::make_shared<LyingValue>(type);
@@ -262,7 +262,7 @@ TEST(UtilFormatFieldTest, WidthsAndPrecisionsBeyondAnIntCauseTheSystemsError) {
   EXPECT_EQ(PrintString("x", "%2147483648s"), overflow);
 }
 
-TEST(UtilFormatFieldTest, AFormatThatDoesNotFitComesBeforeAnOverflow) {
+TEST(UtilFormatFieldTest, AFormatThatDoesNotFitIsReportedBeforeAnOverflow) {
   EXPECT_EQ(PrintInt(5, "%2147483648d%n"), Invalid());
 }
 

@@ -184,7 +184,7 @@ TEST(UtilShellTest, AnEmptyArgumentIsOmitted) {
   EXPECT_EQ(OutputOf("echo [$-]; false; echo reached"), "[]\nreached\n");
 }
 
-TEST(UtilShellTest, WithoutAMakerThereIsNoOption) {
+TEST(UtilShellTest, WithoutAMakerTheOptionIsEmpty) {
   EXPECT_EQ(MakeChildRpZolOption(-1), "");
   {
     const ExtraArgument extra("x y");

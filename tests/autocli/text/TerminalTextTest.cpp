@@ -24,13 +24,13 @@ TEST(TerminalTextTest, KeepsEverythingElse) {
   EXPECT_EQ(WithVisibleControls(text), text);
 }
 
-TEST(TerminalTextTest, AnIncompleteCharacterHidesNothing) {
+TEST(TerminalTextTest, AnIncompleteCharacterHidesNoControlCharacter) {
   EXPECT_EQ(WithVisibleControls("\xE2\x9Bx\x9B"), "\xE2\x9Bx\\x9B");
   EXPECT_EQ(WithVisibleControls("\xC3\x1b"), "\xC3\\x1B");
   EXPECT_EQ(WithVisibleControls("\xC2"), "\xC2");
 }
 
-TEST(TerminalTextTest, ShowsEveryByteOfTheFirstHalf) {
+TEST(TerminalTextTest, EscapesOnlyControlCharactersAmongTheAsciiBytes) {
   for (int byte = 0; byte < 0x80; ++byte) {
     const std::string text(1, static_cast<char>(byte));
     const bool isControl = (byte < 0x20 && byte != '\n' && byte != '\t') || byte == 0x7F;
