@@ -7,10 +7,10 @@
 
 Prints, for each formatter, the bytes for a structure, the megabytes of output per second of
 processor time, and the nanoseconds for a structure. Beside them are the same figures for the
-fastest installed writer of that format: rapidjson, nlohmann-json, libyaml and pugixml in the
-program, or Python's csv.writer. All of them write into a string. The workload is that of README.md,
-N structures (default 1000). The programs run in turn, five times, each for S seconds (default 0.2),
-and the fastest run of each is used.
+fastest installed writer of that format: rapidjson, nlohmann-json, libyaml, pugixml and, for pretty,
+stream operators in the program, or Python's csv.writer. All of them write into a string. The
+workload is that of README.md, N structures (default 1000). The programs run in turn, five times,
+each for S seconds (default 0.2), and the fastest run of each is used.
 """
 
 import argparse

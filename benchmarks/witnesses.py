@@ -5,14 +5,14 @@
 
     witnesses.py --tool TOOL --plugin-dir DIR [--runs N] [--seconds S] [NAME]...
 
-For each question it runs both programs in turn, up to N times (default 21) or until S seconds
-(default 5) have passed, and prints the median times and the median of the ratios. Time is processor
-time of the process and its children, in user and system mode. NAME selects the rows whose name
-contains it.
+For each question it runs both programs in turn, at least three times, until it has done so N times
+(default 21) or S seconds (default 5) have passed. It prints the median times and the median of the
+ratios. Time is processor time of the process and its children, in user and system mode. NAME
+selects the rows whose name contains it.
 
-The measurements run as root in network and mount namespaces of their own, with a small and a large
-amount of data: 10 and 20,000 routes, log lines, packages, accounts, mounts, files. The host does not
-change. Without root, or if a witness is not installed, the row is omitted and named at the end.
+The measurements run as root in network, mount and process namespaces of their own, with a small and
+a large amount of data: 10 and 20,000 routes, log lines, packages, accounts, mounts, files. The host
+does not change. Without root, or if a witness is not installed, the row is omitted and named at the end.
 """
 
 import argparse

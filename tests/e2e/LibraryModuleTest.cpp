@@ -73,7 +73,7 @@ class LibraryModuleTest : public ::testing::TestWithParam<ModuleCase> {
     return Path(fs::path(GetParam().file).lexically_relative(library));
   }
 
-  /// Runs the command, with an option if there is one.
+  /// Runs the command with `option`, or without an option if that is empty.
   VexilResult Run(const std::string& option) const {
     std::vector<std::string> words = {"--plugin", Path("hat.xml"), "hat", "list"};
     if (!option.empty()) {
@@ -108,7 +108,7 @@ TEST_P(LibraryModuleTest, IsFoundByARelativeNameAfterTheCurrentFolderChanged) {
   EXPECT_EQ(result.out, "hat\n");
 }
 
-TEST_P(LibraryModuleTest, IsNotNeededBeforeItIsUsed) {
+TEST_P(LibraryModuleTest, IsNotNeededByCallsThatDoNotUseIt) {
   EXPECT_THAT(Run("--help").out, HasSubstr("--size"));
   EXPECT_EQ(Run("").out, "hat\n");
 }
