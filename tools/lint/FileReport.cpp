@@ -61,7 +61,10 @@ std::string FindNearest(const std::string& word, const std::vector<std::string>&
   std::size_t least = std::min(kMaxDistance, word.size() / 2) + 1;
   std::string nearest;
   for (const std::string& candidate : words) {
-    const std::size_t distance = Vexil::EditDistance(word, candidate);
+    // The distance is at least the difference of the sizes, which is computed much faster.
+    const auto [shorter, longer] = std::minmax(word.size(), candidate.size());
+    const std::size_t distance =
+        longer - shorter < least ? Vexil::EditDistance(word, candidate) : least;
     if (distance < least && distance != 0) {
       least = distance;
       nearest = candidate;

@@ -326,6 +326,7 @@ void ObjectExaminer::Examine(CommandSpec& command, const std::string& path,
 std::vector<std::string> FindMisspeltEntryPoints(const std::string& file) {
   std::ifstream in(file, std::ios_base::binary);
   const std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  const std::vector<std::string> entryPoint = {kEntryPoint};
   std::vector<std::string> names;
   std::string name;
   for (const char c : bytes) {
@@ -335,7 +336,7 @@ std::vector<std::string> FindMisspeltEntryPoints(const std::string& file) {
     }
     // A mangled name contains the name between its length and the parameters.
     if (name != kEntryPoint &&
-        (Contains(name, kEntryPoint) || !FindNearest(name, {kEntryPoint}).empty())) {
+        (Contains(name, kEntryPoint) || !FindNearest(name, entryPoint).empty())) {
       names.push_back(name);
     }
     name.clear();
