@@ -41,27 +41,12 @@ def adopt_orphans():
         sys.exit("Unable to adopt processes")
 
 
-def processes_of(session):
-    """Returns the processes of a session."""
-    found = []
-    for name in os.listdir("/proc"):
-        if name.isdigit():
-            try:
-                with open(f"/proc/{name}/stat", "rb") as file:
-                    fields = file.read().rsplit(b")", 1)[1].split()
-            except (OSError, IndexError):
-                continue
-            if int(fields[3]) == session:
-                found.append(int(name))
-    return found
-
-
 def reap(session):
     """Waits until the processes of a session have ended, and reaps those that have become children
     of this process. Returns the processes that have not ended in time."""
     end = time.monotonic() + MAX_SECONDS_LEFT
     while True:
-        left = processes_of(session)
+        left = list(tool.processes_of(session))
         for process in left:
             try:
                 os.waitpid(process, os.WNOHANG)

@@ -31,6 +31,8 @@ Result = collections.namedtuple("Result", "out err status")
 HANG = Result(b"", b"", None)
 
 MAX_SECONDS = 60
+# How long a terminal is silent before the tool may count as waiting without a prompt.
+SECONDS_WITHOUT_PROMPT = 1
 
 
 class CommandLine:
@@ -75,12 +77,31 @@ class Terminal:
         """Types the next answer, if it would not be shown."""
         if self.answers and not self.echoes():
             os.write(self.master, self.answers.pop(0))
-            self.screen += b"\n"
+
+    def answer_without_prompt(self, session):
+        """Types the next answer if the tool waits for it although it has printed no prompt, because
+        it could not. A slow tool does not wait: one of its processes runs."""
+        if self.answers and set(processes_of(session).values()) == {"S"}:
+            self.answer()
 
     def read_rest(self):
         while select.select([self.master], [], [], 0)[0]:
             self.screen += os.read(self.master, 65536)
         return self.screen
+
+
+def processes_of(session):
+    """Returns the processes of a session with their states, such as "R" for one that runs."""
+    found = {}
+    for name in filter(str.isdigit, os.listdir("/proc")):
+        try:
+            with open(f"/proc/{name}/stat", "rb") as file:
+                fields = file.read().rsplit(b")", 1)[1].split()
+        except (OSError, IndexError):
+            continue  # has ended
+        if int(fields[3]) == session:
+            found[int(name)] = fields[0].decode()
+    return found
 
 
 class MemoryFiles:
@@ -113,13 +134,13 @@ def wait(process, terminal, seconds=MAX_SECONDS):
         if terminal is not None:
             poll.register(terminal.master, select.POLLIN)
         while True:
-            ready = {fd for fd, _ in poll.poll(1000)}
+            ready = {fd for fd, _ in poll.poll(1000 * SECONDS_WITHOUT_PROMPT)}
             if terminal is not None and terminal.master in ready:
                 terminal.read()
             elif ended in ready:
                 return os.waitstatus_to_exitcode(os.waitpid(process, 0)[1])
             elif terminal is not None:
-                terminal.answer()  # the prompt could not be printed
+                terminal.answer_without_prompt(process)
             if time.monotonic() > end:
                 os.kill(process, signal.SIGKILL)
                 os.waitpid(process, 0)
