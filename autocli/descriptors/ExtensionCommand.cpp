@@ -33,7 +33,14 @@ namespace {
 constexpr char kSingleQuote = '\'';
 constexpr char kDoubleQuote = '"';
 
-std::string InDoubleQuotes(const std::string& text) { return kDoubleQuote + text + kDoubleQuote; }
+// Strings that may contain a secret are reserved at once: growth would leave a part of it in
+// memory.
+
+std::string InDoubleQuotes(const std::string& text) {
+  std::string quoted;
+  quoted.reserve(text.size() + 2);
+  return quoted.append(1, kDoubleQuote).append(text).append(1, kDoubleQuote);
+}
 
 using Origin = MarkedText::Origin;
 
@@ -98,6 +105,20 @@ struct RefusedValue : KestrelException {
   using KestrelException::KestrelException;
 };
 
+/// The values of a list parameter.
+class Items {
+ public:
+  Items(const Input& input, const std::string& name) { input.GetParameterList(name, values_); }
+  Items(const Items&) = delete;
+  Items& operator=(const Items&) = delete;
+  ~Items() { std::for_each(values_.begin(), values_.end(), TypedSecrets::WipeIfHeld); }
+
+  const std::vector<std::string>& Get() const { return values_; }
+
+ private:
+  std::vector<std::string> values_;
+};
+
 /// Inserts the values of parameters into a template.
 class Substitution {
  public:
@@ -137,13 +158,12 @@ class Substitution {
     const std::string& value = input_.GetParameter(name);
     if (forStdin_) {
       text.InsertValue(name, value);
-    } else if (*place == TemplateText::ValuePlace::InSingleQuotes) {
-      text.InsertValue(name, ExtensionCommand::SanitizeChar(WithoutNul(value), kSingleQuote),
-                       BareOrigin(name, value));
-    } else {
-      text.InsertValue(name, ExtensionCommand::SanitizeInput(WithoutNul(value)),
-                       BareOrigin(name, value));
+      return;
     }
+    const bool isQuoted = *place == TemplateText::ValuePlace::InSingleQuotes;
+    std::string safe = isQuoted ? WithoutNulAnd(kSingleQuote, value) : Escaped(value);
+    const WipeAtEnd wipe(safe);
+    text.InsertValue(name, safe, BareOrigin(name, value));
   }
 
   void ApplyList(TemplateText& text, const std::string& name) const {
@@ -151,12 +171,15 @@ class Substitution {
     if (!form.has_value()) {
       return;
     }
-    std::string value = Join(ListOf(name), form->separator);
+    const Items items(input_, name);
+    std::string value = Join(items.Get(), form->separator);
+    const WipeAtEnd wipeValue(value);
     const Origin origin = form->isQuoted ? Origin::Value : BareOrigin(name, value);
-    if (!forStdin_) {
-      value = ExtensionCommand::SanitizeInput(WithoutNul(value));
-    }
-    text.InsertList(name, form->isQuoted ? InDoubleQuotes(value) : value, origin);
+    std::string safe = forStdin_ ? value : Escaped(value);
+    const WipeAtEnd wipeSafe(safe);
+    std::string inserted = form->isQuoted ? InDoubleQuotes(safe) : safe;
+    const WipeAtEnd wipeInserted(inserted);
+    text.InsertList(name, inserted, origin);
   }
 
   void ApplyMultiList(TemplateText& text, const std::string& name) const {
@@ -164,15 +187,19 @@ class Substitution {
     if (!form.has_value()) {
       return;
     }
-    const std::vector<std::string> items = ListOf(name);
+    const Items items(input_, name);
+    std::string joined = Join(items.Get(), "");
+    const WipeAtEnd wipeJoined(joined);
     // A comment that begins in one value may end in another.
-    const Origin origin = form->isQuoted ? Origin::Value : BareOrigin(name, Join(items, ""));
+    const Origin origin = form->isQuoted ? Origin::Value : BareOrigin(name, joined);
     MarkedText values;
-    for (const std::string& value : items) {
+    for (const std::string& value : items.Get()) {
+      std::string item = ListItem(value, form->isQuoted);
+      const WipeAtEnd wipeItem(item);
       values.AppendTemplate(" ");
       values.Append(form->prefix);
       values.AppendTemplate(" ");
-      values.AppendValue(ListItem(value, form->isQuoted), origin);
+      values.AppendValue(item, origin);
     }
     text.InsertMultiList(name, values);
   }
@@ -191,30 +218,42 @@ class Substitution {
     }
     if (isQuoted) {
       // Between double quotes the shell still interprets "$", backquotes and backslashes.
-      return InDoubleQuotes(ExtensionCommand::SanitizeChar(WithoutNul(value), kDoubleQuote));
+      std::string safe = WithoutNulAnd(kDoubleQuote, value);
+      const WipeAtEnd wipe(safe);
+      return InDoubleQuotes(safe);
     }
-    return ExtensionCommand::SanitizeInput(WithoutNul(value));
+    return Escaped(value);
   }
 
-  std::vector<std::string> ListOf(const std::string& name) const {
-    std::vector<std::string> values;
-    input_.GetParameterList(name, values);
-    return values;
-  }
-
+  /// Returns `values` with `separator` between them.
   static std::string Join(const std::vector<std::string>& values, const std::string& separator) {
+    std::size_t size = 0;
+    for (const std::string& value : values) {
+      size += value.size() + separator.size();
+    }
     std::string joined;
+    joined.reserve(size);
     for (std::size_t i = 0; i < values.size(); ++i) {
-      joined += i == 0 ? std::string() : separator;
+      joined += i == 0 ? std::string_view() : separator;
       joined += values[i];
     }
     return joined;
   }
 
-  /// Returns `value` without NUL bytes. The command line would end at the first NUL, before the
-  /// quote that closes the value.
-  static std::string WithoutNul(const std::string& value) {
-    return ExtensionCommand::SanitizeChar(value, '\0');
+  // The command line would end at the first NUL byte, before the quote that closes the value.
+
+  /// Returns `value` without NUL bytes and without `c`.
+  static std::string WithoutNulAnd(char c, const std::string& value) {
+    std::string kept = ExtensionCommand::SanitizeChar(value, '\0');
+    kept.erase(std::remove(kept.begin(), kept.end(), c), kept.end());
+    return kept;
+  }
+
+  /// Returns `value` without NUL bytes and with every byte escaped that the shell interprets.
+  static std::string Escaped(const std::string& value) {
+    std::string kept = ExtensionCommand::SanitizeChar(value, '\0');
+    const WipeAtEnd wipe(kept);
+    return ExtensionCommand::SanitizeInput(kept);
   }
 
   const Input& input_;
@@ -241,12 +280,6 @@ class Substitution {
                      "' is not passed to the shell: it contains a newline, and a value before it "
                      "begins with a '#'");
 }
-
-/// Wipes a string in its destructor if a secret is held.
-struct WipeAtEnd {
-  std::string& text;
-  ~WipeAtEnd() { TypedSecrets::WipeIfHeld(text); }
-};
 
 /// A call without input has no parameters.
 const Input& InputOrNone(const std::shared_ptr<Input>& input) {
@@ -332,14 +365,13 @@ std::shared_ptr<OutputSpec> ExtensionCommand::GetOutputSpecInternal() {
 
 void ExtensionCommand::ExecuteInternal(const std::shared_ptr<Input>& input,
                                        const std::shared_ptr<Output>& output) try {
-  const bool hasLocale = std::getenv("LANG") != nullptr;
-  std::string commandLine = SubstituteInput(input, false);
-  const WipeAtEnd wipeCommandLine{commandLine};
-  if (!hasLocale) {
-    commandLine.insert(0, "LANG=en_US.UTF-8 ");
-  }
+  const char* const locale = std::getenv("LANG") == nullptr ? "LANG=en_US.UTF-8 " : "";
+  std::string substituted = SubstituteInput(input, false);
+  const WipeAtEnd wipeSubstituted(substituted);
+  std::string commandLine = locale + substituted;
+  const WipeAtEnd wipeCommandLine(commandLine);
   std::string stdinData = SubstituteInput(input, true);
-  const WipeAtEnd wipeStdin{stdinData};
+  const WipeAtEnd wipeStdin(stdinData);
 
   const bool takesUser = GetInputSpecInternal()->IsContextSupported("user");
   const std::string user = takesUser ? InputOrNone(input).GetContext("user") : std::string();
@@ -380,7 +412,7 @@ std::string ExtensionCommand::SubstituteInput(const std::shared_ptr<Input>& inpu
 
 std::string ExtensionCommand::SanitizeInput(const std::string& value) {
   std::string safe;
-  safe.reserve(value.size() + 16);
+  safe.reserve(TypedSecrets::AreHeld() ? 2 * value.size() : value.size() + 16);
   for (const char c : value) {
     if (isBadChar(c)) {
       safe += '\\';

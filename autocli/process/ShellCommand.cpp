@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "autocli/process/ChildProcess.h"
+#include "autocli/process/TypedSecrets.h"
 #include "kestrel/autocli/Util.h"
 
 namespace Kestrel::AutoCli {
@@ -36,8 +37,9 @@ int RunShellCommand(const std::string& commandLine, const std::string& userName,
   if (userName.empty()) {
     return AutoCli_ShellCmd(commandLine, output, stdinData);
   }
-  return AutoCli_ShellCmd("OPR_USERNAME='" + InsideSingleQuotes(userName) + "' " + commandLine,
-                          output, stdinData);
+  std::string withUser = "OPR_USERNAME='" + InsideSingleQuotes(userName) + "' " + commandLine;
+  const WipeAtEnd wipe(withUser);
+  return AutoCli_ShellCmd(withUser, output, stdinData);
 }
 
 int AutoCli_ShellCmd(const std::string& commandLine, std::string& output,
@@ -47,7 +49,8 @@ int AutoCli_ShellCmd(const std::string& commandLine, std::string& output,
   if (!option.empty()) {
     arguments.push_back(std::move(option));
   }
-  arguments.insert(arguments.end(), {"-c", commandLine});
+  arguments.emplace_back("-c");
+  const WipeAtEnd wipe(arguments.emplace_back(commandLine));
   const int status = RunChildProcess(arguments, commandLine, output, stdinData);
   if (commandExecListener != nullptr) {
     commandExecListener(commandLine, status);

@@ -8,8 +8,12 @@
 #include <sys/resource.h>
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
+#include <cstring>
 #include <memory>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace Kestrel::AutoCli {
@@ -52,12 +56,47 @@ struct Held {
 int depth = 0;  // the number of TypedSecrets objects
 std::unique_ptr<Held> held;
 
-void ReplaceAll(std::string& text, const std::string& part) {
-  for (std::size_t at = text.find(part); !part.empty() && at != std::string::npos;
-       at = text.find(part, at)) {
-    text.replace(at, part.size(), "***");
-    at += 3;
+// Replaces every `part` of `text` by "***", and wipes the earlier text.
+void MaskPart(std::string& text, const std::string& part) {
+  constexpr std::string_view kMask = "***";
+  if (part.empty()) {
+    return;
   }
+  std::string masked;
+  masked.reserve(kMask.size() * text.size());  // growth would leave a copy of another secret
+  std::size_t done = 0;
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, done)) {
+    masked.append(text, done, at - done).append(kMask);
+    done = at + part.size();
+  }
+  masked.append(text, done);
+  Wipe(text);
+  text = std::move(masked);
+}
+
+constexpr std::size_t kMaxCopy = 8192;
+// More than the code below RunCommand uses; the largest part is a buffer of 64 kB for the output of
+// a child process.
+constexpr std::size_t kMaxStack = 96 * 1024;
+
+// The C library copies memory through vector registers, and parts of the last text stay in them.
+// Copying zeros of every size class, in both directions, overwrites the registers that it uses.
+[[gnu::noinline]] void WipeRegisters() {
+  std::array<char, 2 * kMaxCopy> zeros = {};
+  // A call through a volatile pointer is not optimised away.
+  void* (*volatile copy)(void*, const void*, std::size_t) = std::memmove;
+  for (std::size_t size = 1; size <= kMaxCopy; size *= 2) {
+    copy(zeros.data() + kMaxCopy, zeros.data(), size);
+    copy(zeros.data() + 1, zeros.data(), size);
+    copy(zeros.data(), zeros.data() + 1, size);
+  }
+}
+
+// Registers are written to the stack when the dynamic linker looks up a function at its first call,
+// and when a signal is handled.
+[[gnu::noinline]] void WipeStack() {
+  std::array<char, kMaxStack> used;
+  explicit_bzero(used.data(), used.size());
 }
 
 }  // namespace
@@ -77,6 +116,8 @@ TypedSecrets::~TypedSecrets() {
   for (std::string& secret : held->secrets) {
     Wipe(secret);
   }
+  WipeRegisters();  // first, or calling the functions that follow could write them to the stack
+  WipeStack();
   held.reset();
   _areHeld = false;
 }
@@ -111,9 +152,11 @@ std::string TypedSecrets::Mask(std::string message, std::string (*escape)(const 
   }
   for (const std::string& secret : held->secrets) {
     if (escape != nullptr) {
-      ReplaceAll(message, escape(secret));
+      std::string escaped = escape(secret);
+      const WipeAtEnd wipe(escaped);
+      MaskPart(message, escaped);
     }
-    ReplaceAll(message, secret);
+    MaskPart(message, secret);
   }
   return message;
 }

@@ -45,4 +45,16 @@ class TypedSecrets {
   static inline bool _areHeld = false;
 };
 
+/// Wipes a string in its destructor if a secret is held.
+class WipeAtEnd {
+ public:
+  explicit WipeAtEnd(std::string& text) : text_(text) {}
+  WipeAtEnd(const WipeAtEnd&) = delete;
+  WipeAtEnd& operator=(const WipeAtEnd&) = delete;
+  ~WipeAtEnd() { TypedSecrets::WipeIfHeld(text_); }
+
+ private:
+  std::string& text_;
+};
+
 }  // namespace Kestrel::AutoCli

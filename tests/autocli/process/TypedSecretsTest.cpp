@@ -70,10 +70,16 @@ int CountCopies() {
   return copies;
 }
 
-/// Makes the secret, followed by a line end, the content of standard input.
+// Bytes that are typed before the secret. The C library copies a line of this size through other
+// vector registers than a short one, and these keep the end of the line.
+constexpr std::size_t kBytesBefore = 2000;
+
+/// Makes a long line that ends with the secret the content of standard input.
 void TypeSecret() {
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
+  const std::string before(kBytesBefore, 'x');
+  ASSERT_EQ(write(ends[1], before.data(), before.size()), static_cast<ssize_t>(before.size()));
   for (std::size_t i = 0; i < kShifted.size(); ++i) {
     const char byte = SecretByte(i);
     ASSERT_EQ(write(ends[1], &byte, 1), 1);
@@ -124,6 +130,20 @@ TEST(TypedSecretsTest, NoCopyIsLeftAfterACommandThatPassedItToStandardInput) {
   EXPECT_EQ(CountCopies(), 0);
 }
 
+// The forms in which a template inserts a value into a command line, which then is in a message.
+TEST(TypedSecretsTest, NoCopyIsLeftAfterACommandLineThatContainedIt) {
+  if (Testing::kIsSanitized) {
+    GTEST_SKIP() << "The sanitizer keeps memory that was released";
+  }
+  for (const std::string form :
+       {"'$val{password}'", "$val{password}", "$list{password,',',true}",
+        "$list{password,',',false}", "$multilist{password,-p,true}",
+        "$multilist{password,-p,false}", "$if{password,-p $val{password}}"}) {
+    EXPECT_NE(Call("true " + form, "").find("***"), std::string::npos) << form;
+    EXPECT_EQ(CountCopies(), 0) << form;
+  }
+}
+
 TEST(TypedSecretsTest, ACopyIsFoundUntilItIsWiped) {
   if (Testing::kIsSanitized) {
     GTEST_SKIP() << "The sanitizer has too much memory to search";
@@ -149,6 +169,27 @@ TEST(TypedSecretsTest, WipesAStringBeyondItsEnd) {
   for (int i = 0; i < 28; ++i) {
     EXPECT_EQ(bytes[i], '\0') << i;
   }
+}
+
+/// Leaves a copy of the secret below the used part of the stack.
+[[gnu::noinline]] void LeaveCopyOnStack() {
+  std::array<volatile char, 80 * 1024> frame;
+  for (std::size_t i = 0; i < kShifted.size(); ++i) {
+    frame[i] = SecretByte(i);
+  }
+}
+
+TEST(TypedSecretsTest, CopiesBelowTheUsedStackAreWiped) {
+  if (Testing::kIsSanitized) {
+    GTEST_SKIP() << "The sanitizer has too much memory to search";
+  }
+  {
+    const TypedSecrets secrets;
+    TypedSecrets::Expect();
+    LeaveCopyOnStack();
+    EXPECT_EQ(CountCopies(), 1);
+  }
+  EXPECT_EQ(CountCopies(), 0);
 }
 
 TEST(TypedSecretsTest, IsMaskedInAMessage) {
