@@ -6,6 +6,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <string>
+#include <string_view>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -50,6 +55,25 @@ std::vector<LayoutRef> FillTable() {
   }
 }
 
+std::uint64_t HashOf(std::string_view text) { return std::hash<std::string_view>()(text); }
+
+// Returns a string of 8 bytes with this hash. The hash of the standard library is a chain of steps
+// that can each be undone: products with an odd number, and exclusive or.
+std::string TextOfHash(std::uint64_t hash) {
+  constexpr std::uint64_t kSeed = 0xc70f6907;
+  constexpr std::uint64_t kFactor = 0xc6a4a7935bd1e995;
+  constexpr std::uint64_t kInverse = 0x5f7a0ea7e59b19bd;
+  const auto mix = [](std::uint64_t number) { return number ^ (number >> 47); };
+  const std::uint64_t data = mix(mix(hash) * kInverse) * kInverse ^ kSeed ^ 8 * kFactor;
+  const std::uint64_t word = mix(data * kInverse) * kInverse;
+  std::string text(sizeof(word), '\0');
+  std::memcpy(text.data(), &word, sizeof(word));
+  return text;
+}
+
+// Returns another string with the hash of `text`.
+std::string TwinOf(std::string_view text) { return TextOfHash(HashOf(text)); }
+
 // Returns the number of layouts that still fit into the table.
 std::size_t CountRoom() { return FillTable().size(); }
 
@@ -85,10 +109,52 @@ TEST(FieldLayoutTest, DiffersByTypeNamesAndDocumentation) {
   EXPECT_NE(plain.Get(), documented.Get());
   EXPECT_NE(plain.Get(), otherName.Get());
   EXPECT_NE(plain.Get(), otherType.Get());
+  EXPECT_TRUE(plain->HasSameNames(*plain.Get()));
   EXPECT_TRUE(plain->HasSameNames(*documented.Get()));
   EXPECT_TRUE(plain->HasSameNames(*otherType.Get()));
   EXPECT_FALSE(plain->HasSameNames(*otherName.Get()));
   EXPECT_FALSE(plain->HasSameNames(*root.Get()));
+}
+
+TEST(FieldLayoutTest, DiffersByNamesOfEqualHash) {
+  ASSERT_EQ(HashOf(TwinOf("a")), HashOf("a"));
+  const LayoutRef one = LayoutOf({"a"});
+  const LayoutRef other = LayoutOf({TwinOf("a")});
+  EXPECT_THAT(NamesOf(one), ElementsAre("a"));
+  EXPECT_THAT(NamesOf(other), ElementsAre(TwinOf("a")));
+}
+
+TEST(FieldLayoutTest, DiffersByDocumentationOfEqualHash) {
+  const LayoutRef root = FieldLayout::Root("Rec");
+  const LayoutRef one = root->With(FieldName("a"), "text").layout;
+  const LayoutRef other = root->With(FieldName("a"), TwinOf("text")).layout;
+  EXPECT_EQ(one->At(0).documentation, "text");
+  EXPECT_EQ(other->At(0).documentation, TwinOf("text"));
+}
+
+TEST(FieldLayoutTest, DiffersByTypesOfEqualHash) {
+  const LayoutRef one = FieldLayout::Root("One");
+  const LayoutRef other = FieldLayout::Root(TwinOf("One"));
+  EXPECT_EQ(one->TypeName(), "One");
+  EXPECT_EQ(other->TypeName(), TwinOf("One"));
+}
+
+// The hash of a layout is a sum, to which the type and the documentation contribute their hashes.
+TEST(FieldLayoutTest, DiffersWhenTypeAndDocumentationAreExchanged) {
+  const LayoutRef one = FieldLayout::Root("One")->With(FieldName("a"), "Other").layout;
+  const LayoutRef other = FieldLayout::Root("Other")->With(FieldName("a"), "One").layout;
+  EXPECT_EQ(one->TypeName(), "One");
+  EXPECT_EQ(other->TypeName(), "Other");
+}
+
+// The type and the name contribute 0 to the hash of the first layout, so it is that of the second.
+TEST(FieldLayoutTest, DiffersFromARootOfEqualHash) {
+  const LayoutRef nothing = FieldLayout::Root(TextOfHash(0));
+  const LayoutRef one = nothing->With(FieldName(TextOfHash(~std::uint64_t{0})), "Other").layout;
+  const LayoutRef other = FieldLayout::Root("Other");
+  EXPECT_EQ(one->Count(), 1u);
+  EXPECT_EQ(other->Count(), 0u);
+  EXPECT_EQ(other->TypeName(), "Other");
 }
 
 TEST(FieldLayoutTest, ReportsThePositionOfANewField) {
@@ -192,6 +258,21 @@ TEST(FieldLayoutTest, AcceptsMoreFieldsThanItHasTransitions) {
   for (std::size_t field = 0; field < next.size(); ++field) {
     EXPECT_EQ(root->With(FieldName("f" + std::to_string(field)), "").layout.Get(),
               next[field].Get());
+  }
+}
+
+TEST(FieldLayoutTest, IsReachedFromMoreLayoutsThanItHasTransitions) {
+  std::vector<std::string> names;
+  for (std::size_t field = 0; field < 2 * FieldLayout::kMaxTransitions; ++field) {
+    names.push_back("f" + std::to_string(field));
+  }
+  const LayoutRef whole = LayoutOf(names);
+  std::vector<LayoutRef> shorter;
+  for (std::size_t field = 0; field < whole->Count(); ++field) {
+    shorter.push_back(whole->Without(field));
+    const FieldName name(whole->At(field).name);
+    EXPECT_EQ(shorter.back()->With(name, "").layout.Get(), whole.Get());
+    EXPECT_EQ(shorter.back()->With(name, "").position, field);
   }
 }
 

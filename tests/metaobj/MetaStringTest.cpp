@@ -5,9 +5,18 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
+#include <string>
+#include <utility>
+
+#include "support/MemoryLimit.h"
+#include "support/Sanitizer.h"
+
 namespace {
 
 using Kestrel::MetaObj::MetaString;
+using Kestrel::Testing::kIsSanitized;
+using Kestrel::Testing::MemoryLimit;
 using namespace std::string_literals;  // NOLINT: strings with a NUL inside
 
 TEST(MetaStringTest, IsEmptyByDefault) {
@@ -79,6 +88,15 @@ TEST(MetaStringTest, ChecksOnlyTheBytesBeforeTheFirstNul) {
 
 TEST(MetaStringTest, NewLeavesInvalidTextUnchanged) {
   EXPECT_EQ(MetaString::New("a\xFFz")->GetValue(), "a\xFFz");
+}
+
+TEST(MetaStringTest, ThrowsWhenMemoryRunsOutForTheEscapes) {
+  if (kIsSanitized) {
+    GTEST_SKIP() << "the sanitizer needs much memory";
+  }
+  std::string value(16 * MemoryLimit::kRest, '\xFF');
+  const MemoryLimit limit;
+  EXPECT_THROW(MetaString::NewUtf8WithEscapes(std::move(value)), std::bad_alloc);
 }
 
 TEST(MetaStringTest, HoldsALongValue) {

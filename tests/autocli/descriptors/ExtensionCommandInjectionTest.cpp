@@ -538,6 +538,10 @@ TEST(UnsafeFormTest, ABareValueThatCouldEndTheCommentOfAnEarlierOneIsRefused) {
   EXPECT_EQ(MessageOf("echo $val{xx} $val{yy}", {"#"}, {}, {"\necho ran"}), refusal);
   EXPECT_EQ(MessageOf("echo $val{xx} $val{yy}", {"a #1"}, {}, {"a\nb"}), refusal);
   EXPECT_EQ(MessageOf("echo a;$val{xx} $val{yy}", {"#"}, {}, {"a\nb"}), refusal);
+  EXPECT_EQ(MessageOf("echo $val{xx} $val{yy}", {"# #"}, {}, {"a\nb"}), refusal);
+  EXPECT_EQ(MessageOf("$val{xx} $val{yy}", {"#"}, {}, {"a\nb"}), refusal);
+  EXPECT_EQ(MessageOf("echo a$val{xx} $val{yy}", {"#"}, {}, {"a\nb"}), "");
+  EXPECT_EQ(MessageOf("echo a#$val{xx} $val{yy}", {"c"}, {}, {"a\nb"}), "");
   EXPECT_EQ(MessageOf("echo $val{xx} $val{yy}", {";#"}, {}, {"a\nb"}), "");
   EXPECT_EQ(
       MessageOf("echo a\necho $list{ll,',',false} $val{xx} $val{yy}", {"a\nb"}, {"#"}, {"c"}),

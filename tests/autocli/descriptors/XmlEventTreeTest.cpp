@@ -259,11 +259,29 @@ TEST(XmlEventTreeTest, IsTheTreeOfBrokenDescriptors) {
   }
 }
 
+/// Contains something of each kind that an ordinary document may contain.
+constexpr std::string_view kEverything =
+    "<?xml version='1.0'?><!-- c --><o> <list type='structure'><structure typeName='S'><field "
+    "name='a&lt;'><string>\xC3\xA4]&#65;<![CDATA[x]]><!--c--></string></field></structure>"
+    "</list><b x = \"1\" y='2'/></o>\n";
+
+TEST(XmlEventTreeTest, IsTheTreeOfADocumentWithAnyByteChangedOrAdded) {
+  int trees = 0;
+  for (std::size_t i = 0; i < kEverything.size() && !HasFailure(); ++i) {
+    std::string changed(kEverything);
+    std::string longer = std::string(kEverything).insert(i, 1, ' ');
+    for (int byte = 0; byte < 256; ++byte) {
+      changed[i] = static_cast<char>(byte);
+      longer[i] = static_cast<char>(byte);
+      trees += ExpectSameTreeIfAny(changed) ? 1 : 0;
+      trees += ExpectSameTreeIfAny(longer) ? 1 : 0;
+    }
+  }
+  EXPECT_GT(trees, 10000);
+}
+
 TEST(XmlEventTreeTest, IsTheTreeOfADocumentDamagedAtEachPosition) {
-  const std::string text =
-      "<?xml version='1.0'?><!-- c --><o> <list type='structure'><structure typeName='S'><field "
-      "name='a&lt;'><string>\xC3\xA4]&#65;<![CDATA[x]]><!--c--></string></field></structure>"
-      "</list><b x = \"1\" y='2'/></o>\n";
+  const std::string text(kEverything);
   int trees = 0;
   for (std::size_t i = 0; i < text.size() && !HasFailure(); ++i) {
     EXPECT_FALSE(i < text.size() - 1 && ExpectSameTreeIfAny(text.substr(0, i)));
