@@ -6,3 +6,5 @@
 // Mistakes that are only possible in a header; see Mistakes.cpp.
 
 int definedInAHeader = 0;  // misc-definitions-in-headers
+
+inline void UnusedVariable() { int unused = 0; }  // a warning of clang
