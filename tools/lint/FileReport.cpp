@@ -62,7 +62,7 @@ std::string FindNearest(const std::string& word, const std::vector<std::string>&
   std::string nearest;
   for (const std::string& candidate : words) {
     // The distance is at least the difference of the sizes, which is computed much faster.
-    const auto [shorter, longer] = std::minmax(word.size(), candidate.size());
+    const auto [shorter, longer] = std::minmax({word.size(), candidate.size()});
     const std::size_t distance =
         longer - shorter < least ? Vexil::EditDistance(word, candidate) : least;
     if (distance < least && distance != 0) {
