@@ -421,6 +421,8 @@ TEST(MetaListTest, MakesRoomAhead) {
   const auto list = Numbers({1, 2, 3});
   list->Reserve(10);
   EXPECT_GE(list->GetObjects().capacity(), 10u);
+  list->EnsureCapacity(list->GetObjects().capacity() - 2);  // there is room for three less
+  EXPECT_GE(list->GetObjects().capacity(), 11u);
   list->EnsureCapacity(100);
   EXPECT_GE(list->GetObjects().capacity(), 103u);
   const std::size_t capacity = list->GetObjects().capacity();

@@ -3,6 +3,7 @@
 
 #include "autocli/process/EchoGuard.h"
 
+#include <errno.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <string.h>
@@ -318,6 +319,24 @@ TEST(EchoGuardTest, APromptThatCannotBeWrittenIsLeftOut) {
   terminal.Continue();
   EXPECT_EQ(0, terminal.WaitForEnd());
   EXPECT_EQ("", terminal.ReadRest());
+}
+
+TEST(EchoGuardTest, ASignalLeavesTheErrorNumberAlone) {
+  PseudoTerminal terminal;
+  terminal.Start([] {
+    HandleWith(SIGUSR1, [](int) {});
+    const EchoGuard guard("Prompt: ");
+    close(STDOUT_FILENO);  // writing the prompt again fails
+    for (const int signal : {SIGUSR1, SIGCONT}) {
+      errno = EDOM;
+      raise(signal);
+      if (errno != EDOM) {
+        return signal;
+      }
+    }
+    return 0;
+  });
+  EXPECT_EQ(0, terminal.WaitForEnd());
 }
 
 TEST(EchoGuardTest, InputThatIsNotATerminalIsLeftAlone) {

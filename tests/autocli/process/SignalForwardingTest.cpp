@@ -158,6 +158,19 @@ TEST_F(SignalForwardingTest, ASignalLeavesTheErrorNumberAlone) {
   EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM) << status;
 }
 
+TEST_F(SignalForwardingTest, ASignalLeavesNoDescriptorOpen) {
+  const int status = StatusOf([] {
+    SignalForwarding forwarding;
+    int ends[2];
+    forwarding.Start(StartTwo(ends));
+    const int before = dup(ends[0]);
+    close(before);
+    raise(SIGTERM);
+    RequireOrExit(dup(ends[0]) == before);
+  });
+  EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM) << status;
+}
+
 TEST_F(SignalForwardingTest, WithoutASignalTheProcessGoesOn) {
   const int status = StatusOf([] { const SignalForwarding forwarding; });
   EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;

@@ -267,5 +267,13 @@ TEST(TypedSecretsTest, EveryOccurrenceIsMasked) {
   EXPECT_EQ(TypedSecrets::Mask("a*b**"), "a***b******");
 }
 
+TEST(TypedSecretsTest, TheEscapedFormIsMaskedToo) {
+  const TypedSecrets secrets;
+  TypedSecrets::Expect();
+  TypedSecrets::Add("a'b");
+  const auto escape = [](const std::string&) { return std::string("a'\\''b"); };
+  EXPECT_EQ(TypedSecrets::Mask("x a'\\''b a'b", escape), "x *** ***");
+}
+
 }  // namespace
 }  // namespace Kestrel::AutoCli
