@@ -21,6 +21,7 @@ This needs the rights of root.
 
 import argparse
 import collections
+import contextlib
 import hashlib
 import json
 import math
@@ -29,6 +30,7 @@ import os
 import random
 import re
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -91,14 +93,16 @@ def write_if_changed(path, text):
 
 
 def key_of(source):
-    found = [(source.offset(mutation), mutation.kind, mutation.edits)
+    """Returns a hash of the code of a source, without its comments, and of its mutations."""
+    found = [(source.offset(mutation), mutation.kind, [edit[1:] for edit in mutation.edits])
              for mutation in mutations.Source(source.path, source.text, source.first).mutations]
-    return hashlib.sha256(repr((source.text, found)).encode()).hexdigest()
+    code = mutations.without_comments(source.text).split()
+    return hashlib.sha256(repr((code, found)).encode()).hexdigest()
 
 
 def read_sources():
-    """Reads the sources. A source that has not changed keeps its numbers, so that its objects and
-    its results stay valid; a changed source gets new numbers."""
+    """Reads the sources. A source whose code has not changed keeps its numbers, so that its results
+    stay valid; a changed source gets new numbers."""
     firsts = load("firsts.json", {})
     free = max((first + count for first, count, _ in firsts.values()), default=1)
     sources = []
@@ -183,12 +187,12 @@ def remove_known(sources):
 
 
 def save_kept(sources):
-    save("kept.json", {key_of(source): [source.offset(mutation) for mutation in source.mutations]
-                       for source in sources})
+    found = {key_of(source): [source.offset(mutation) for mutation in source.mutations]
+             for source in sources}
+    save("kept.json", {**load("kept.json", {}), **found})
 
 
 def build_mutants(sources):
-    remove_known(sources)
     header = os.path.join(HARNESS, "Mutation.h")
     while True:
         for source in sources:
@@ -203,7 +207,9 @@ def build_mutants(sources):
 
 def prepare(options):
     os.makedirs(FOLDER, exist_ok=True)
-    sources = read_sources()
+    save("only.json", options.only.pattern)
+    everything = read_sources()
+    sources = [source for source in everything if options.only.search(source.path)]
     copy_files({source.path for source in sources})
     write_build_file(sources)
     for source in sources:
@@ -211,11 +217,12 @@ def prepare(options):
         if not os.path.exists(target):
             write_if_changed(target, source.text)
     subprocess.run(["cmake", "--preset", "ci"], cwd=SOURCE, check=True, stdout=subprocess.DEVNULL)
+    remove_known(everything)
     build_mutants(sources)
     status, log = build(PROGRAMS)
     if status != 0:
         sys.exit(log[-3000:])
-    save("mutants.json", [mutant for source in sources for mutant in source.mutants()])
+    save("mutants.json", [mutant for source in everything for mutant in source.mutants()])
     record(options)
 
 
@@ -239,7 +246,10 @@ class Shared:
         os.unlink(self.path)
 
     def activate(self, number):
+        """Activates a mutant, or none if the number is 0. Returns the number that was active."""
+        active = int.from_bytes(self._memory[:4], sys.byteorder)
         self._memory[:4] = number.to_bytes(4, sys.byteorder)
+        return active
 
     def take_reached(self):
         """Returns the mutants that were reached since the last call."""
@@ -278,6 +288,19 @@ class Server:
     def close(self):
         self._process.kill()
         self._process.communicate()
+
+    def process(self):
+        """Returns the number of the process."""
+        return self._process.pid
+
+
+def kill_others(kept):
+    """Ends all other processes of this namespace. A mutant may leave some, which would slow down the
+    tests of the next mutants."""
+    for name in os.listdir("/proc"):
+        if name.isdigit() and int(name) not in kept:
+            with contextlib.suppress(OSError):
+                os.kill(int(name), signal.SIGKILL)
 
 
 def list_tests(program):
@@ -375,9 +398,20 @@ class Worker:
                 continue
             outcome, seconds = servers[program].run(chosen, min(expected, left))
             left -= seconds
-            if outcome != "passed":
+            if outcome != "passed" and self._passes_without(program, chosen, expected):
                 return "killed" if outcome == "failed" else outcome
         return "survived"
+
+    def _passes_without(self, program, tests, seconds):
+        """Returns whether tests pass without a mutant: on a busy machine, they may fail for lack of
+        time. If the mutant has ended the server, nothing can be tried."""
+        server = self.servers[program]
+        if not server.is_ready:
+            return True
+        active = self.shared.activate(0)
+        outcome, _ = server.run(tests, seconds)
+        self.shared.activate(active)
+        return outcome == "passed"
 
     def try_mutant(self, mutant):
         """Returns "killed", "slow", "survived" or "unreached". A mutant in code that runs at the
@@ -392,8 +426,18 @@ class Worker:
                 outcome = outcome if server.is_ready else "killed"
                 server.close()
         self.shared.activate(0)
+        self._clean_up()
         is_reached = self.rows[mutant.number] or programs
         return outcome if is_reached else "unreached"
+
+    def _clean_up(self):
+        """Ends what the tests of a mutant have left, and replaces servers that the mutant ended:
+        no later mutant may be killed by them."""
+        kill_others({os.getpid(), *(server.process() for server in self.servers.values())})
+        for program, server in self.servers.items():
+            if not server.is_ready:
+                server.close()
+                self.servers[program] = Server(program, self.shared)
 
 
 def load_mutants():
@@ -420,7 +464,9 @@ def work(options):
                    if outcome == "killed"}
     mutants = load_mutants()
     random.Random(1).shuffle(mutants)
-    mutants = [mutant for mutant in mutants[:options.sample] if mutant.number not in results]
+    patterns = [options.only, re.compile(load("only.json", ""))]
+    mutants = [mutant for mutant in mutants[:options.sample] if mutant.number not in results
+               and all(pattern.search(mutant.file) for pattern in patterns)]
     table = [Row(*fields) for fields in load("reached.json")]
     with Shared() as shared, open(os.path.join(FOLDER, "results.txt"), "a", encoding="ascii") as file:
         worker = Worker(shared, table, options.seconds)
@@ -433,7 +479,7 @@ def run(options):
     command = ["unshare", "--pid", "--fork", "--kill-child", "--mount-proc",
                sys.executable, "-B", os.path.abspath(__file__), "work",
                "--sample", str(options.sample), "--jobs", str(options.jobs),
-               "--seconds", str(options.seconds)]
+               "--seconds", str(options.seconds), "--only", options.only.pattern]
     command += ["--again"] if options.again else []
     workers = [subprocess.Popen([*command, "--share", str(share)]) for share in range(options.jobs)]
     try:
@@ -525,6 +571,8 @@ def main():
              "all": run_all}
     parser.add_argument("command", choices=works, metavar="prepare|run|report|all")
     parser.add_argument("--sample", type=int, default=10 ** 6, help="how many mutants, at random")
+    parser.add_argument("--only", type=re.compile, default=re.compile(""), metavar="PATTERN",
+                        help="prepare, run: only the mutants of the files that match")
     parser.add_argument("--again", action="store_true", help="try those that survived or were slow again")
     parser.add_argument("--seconds", type=float, default=10,
                         help="processor time after which a mutant counts as a survivor (10)")

@@ -47,6 +47,14 @@ def mask(text):
     return pattern.sub(blank, text)
 
 
+def without_comments(text):
+    """Returns the text without its comments."""
+    pattern = re.compile(
+        r'//[^\n]*|/\*.*?\*/|R?"(?:\((?s:.)*?\)|(?:\\.|[^"\\\n])*)"|'
+        r"(?<!\d)'(?:\\.|[^'\\\n])+'", re.S)
+    return pattern.sub(lambda match: " " if match[0][0] == "/" else match[0], text)
+
+
 def closing(code, opening):
     """Returns the position of the parenthesis that closes the one at `opening`."""
     depth = 0

@@ -26,6 +26,7 @@
 #include <iostream>
 #include <sstream>
 #include <string>
+#include <system_error>
 
 namespace {
 
@@ -54,22 +55,33 @@ struct Request {
   std::exit(RUN_ALL_TESTS());
 }
 
+// Returns whether a thread runs or could run.
+bool IsRunning(const std::filesystem::path& thread) {
+  std::string line;
+  if (!std::getline(std::ifstream(thread / "stat"), line)) {
+    return false;
+  }
+  const char state = line[line.rfind(')') + 2];
+  return state == 'R' || state == 'D';
+}
+
+// Returns whether any thread of a process runs. The main thread may only wait for the others.
+bool IsAnyThreadRunning(const std::filesystem::path& process) {
+  std::error_code error;  // the process may end at any time
+  const std::filesystem::directory_iterator threads(process / "task", error);
+  return std::any_of(begin(threads), end(threads),
+                     [](const auto& thread) { return IsRunning(thread.path()); });
+}
+
 // Returns whether another process of this namespace runs or could run.
 bool IsAnyRunning() {
-  namespace fs = std::filesystem;
   const std::string self = std::to_string(getpid());
-  for (const fs::directory_entry& entry : fs::directory_iterator("/proc")) {
-    const std::string name = entry.path().filename();
-    std::string line;
-    if (name != self && std::all_of(name.begin(), name.end(), isdigit) &&
-        std::getline(std::ifstream(entry.path() / "stat"), line)) {
-      const char state = line[line.rfind(')') + 2];
-      if (state == 'R' || state == 'D') {
-        return true;
-      }
-    }
-  }
-  return false;
+  const std::filesystem::directory_iterator processes("/proc");
+  return std::any_of(begin(processes), end(processes), [&self](const auto& process) {
+    const std::string name = process.path().filename();
+    return name != self && std::all_of(name.begin(), name.end(), isdigit) &&
+           IsAnyThreadRunning(process.path());
+  });
 }
 
 // Waits until a child ends. Returns false if that takes too long, or if no process has run for a
