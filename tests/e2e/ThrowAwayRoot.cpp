@@ -73,6 +73,10 @@ void AddTool(const std::string& root) {
   fs::copy(modules, root + modules.string());
   fs::create_directories(root + fs::path(KESTREL_TOOL).parent_path().string());
   fs::copy_file(KESTREL_TOOL, root + KESTREL_TOOL);
+#ifdef KESTREL_COUNTED_OBJECTS
+  // The run-time library for coverage writes its data beside the object files.
+  Bind(KESTREL_COUNTED_OBJECTS, root + KESTREL_COUNTED_OBJECTS);
+#endif
   fs::create_directories(root + KESTREL_PLUGIN_DIR "/ext");
   fs::create_directories(root + "/samples/helpers");
   for (const char* const sample :
@@ -93,7 +97,7 @@ bool CanMount() {
   return waitpid(child, &status, 0) == child && status == 0;
 }
 
-// Removes the messages of the run-time library for coverage, which cannot write its data here.
+// Removes the messages of the run-time library for coverage, which can write its data only as root.
 std::string WithoutProfiling(const std::string& text) {
   std::string kept;
   for (std::size_t at = 0; at < text.size();) {

@@ -40,19 +40,22 @@ std::shared_ptr<MetaObject> Nested(std::shared_ptr<MetaObject> value, int levels
   return value;
 }
 
-// The values below many levels wait in a list, which cannot grow to this length.
+// Values at a certain depth wait in a list, which cannot grow to this length.
 TEST(NestedReleaseTest, ReleasesEachValueWhenMemoryRunsOut) {
   if (kIsSanitized) {
     GTEST_SKIP() << "the sanitizer needs much memory";
   }
   constexpr std::size_t kValues = 2 * MemoryLimit::kRest / sizeof(std::shared_ptr<MetaObject>);
   const std::shared_ptr<MetaObject> held = MetaInt::New(1000);
-  std::shared_ptr<MetaObject> outermost = Nested(
-      std::make_shared<Holder>(std::vector<std::shared_ptr<MetaObject>>(kValues, held)), 100);
-  ASSERT_EQ(held.use_count(), static_cast<long>(kValues) + 1);
-  const MemoryLimit limit;
-  outermost.reset();
-  EXPECT_EQ(held.use_count(), 1);
+  for (int levels = 0; levels < 40; ++levels) {
+    std::vector<std::shared_ptr<MetaObject>> values(kValues, held);
+    std::shared_ptr<MetaObject> outermost =
+        Nested(std::make_shared<Holder>(std::move(values)), levels);
+    ASSERT_EQ(held.use_count(), static_cast<long>(kValues) + 1);
+    const MemoryLimit limit;
+    outermost.reset();
+    EXPECT_EQ(held.use_count(), 1) << levels;
+  }
 }
 
 }  // namespace

@@ -189,6 +189,41 @@ TEST_F(JsonFormatterTest, IndentsByThreeSpacesPerLevelFromLevelOne) {
   EXPECT_EQ(PrintAt(2, MetaInt::New(1)), "1");
 }
 
+TEST_F(JsonFormatterTest, IndentsEachStructureByItsLevel) {
+  const auto inner = MetaStruct::New("Row");
+  inner->SetField("a", 1);
+  const auto structure = MetaStruct::New("Row");
+  structure->SetField("a", inner);
+  EXPECT_EQ(Print(structure), "\n{\n   \"a\": \n   {\n      \"a\": 1\n   }\n}\n");
+}
+
+TEST_F(JsonFormatterTest, PrintsAStructureOfManyFields) {
+  const auto structure = MetaStruct::New("Row");
+  std::string expected = "\n{\n";
+  for (int i = 100; i < 300; ++i) {
+    const std::string name = "f" + std::to_string(i);
+    structure->SetField(name, i);
+    expected += (i == 100 ? "" : ",\n");
+    expected += "   \"" + name + "\": " + std::to_string(i);
+  }
+  EXPECT_EQ(Print(structure), expected + "\n}\n");
+}
+
+TEST_F(JsonFormatterTest, WritesNothingMoreAfterTheStreamHasFailed) {
+  const auto inner = MetaStruct::New("Inner");
+  inner->SetField("a", std::string(100000, '"'));
+  inner->SetField("b", "text");
+  const auto structure = MetaStruct::New("Outer");
+  structure->SetField("inner", inner);
+  structure->SetField("last", "text");
+  LimitedBuffer buffer(1000);
+  std::ostream out(&buffer);
+  Format(MakeOutput(structure), out);
+  EXPECT_TRUE(out.bad());
+  EXPECT_EQ(buffer.GetText().size(), 1000u);
+  EXPECT_EQ(buffer.GetRefusals(), 1);
+}
+
 TEST_F(JsonFormatterTest, DoesNotEscapeFieldNames) {
   const auto structure = MetaStruct::New("Row");
   structure->SetField("a/b \"c\" \\ \xc3\xa4\n", 1);

@@ -433,6 +433,32 @@ TEST_F(SimpleFormatterTest, EndsSoonWhenTheStreamFails) {
   EXPECT_LT(PrintToAFullDisk(100000), 1000);
 }
 
+TEST_F(SimpleFormatterTest, WritesNothingMoreAfterTheStreamHasFailed) {
+  const auto structure = MetaStruct::New("Row");
+  const auto list = MetaList::New(MetaType::String);
+  for (int i = 100; i < 200; ++i) {
+    structure->SetField("f" + std::to_string(i), std::string(10000, 'x'));
+    list->Add(std::string(10000, 'x'));
+  }
+  for (const std::shared_ptr<MetaObject>& value :
+       {std::shared_ptr<MetaObject>(structure), std::shared_ptr<MetaObject>(list)}) {
+    LimitedBuffer buffer(1000);
+    std::ostream out(&buffer);
+    Format(MakeOutput(value), out);
+    EXPECT_TRUE(out.bad());
+    EXPECT_EQ(buffer.GetText().size(), 1000u);
+    EXPECT_EQ(buffer.GetRefusals(), 1);
+  }
+}
+
+TEST_F(SimpleFormatterTest, PrintsAnEmptyStructureOfALargeDefinition) {
+  const auto definition = MetaStruct::New("Row");
+  for (int i = 0; i < 10; ++i) {
+    definition->SetField("f" + std::to_string(i), i);
+  }
+  EXPECT_EQ(Print(MetaStruct::New(definition)), "Row:\n");
+}
+
 TEST_F(SimpleFormatterTest, PrintsAMillionElements) {
   const auto disk = MakeDisk("a", 5);
   const auto list = MakeList({disk});
@@ -462,6 +488,20 @@ TEST_F(SimpleFormatterTest, PrintsAStructureOfAHundredThousandFields) {
   const std::string text = Print(structure, {{"align-fields", "true"}});
   EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 100001);
   EXPECT_EQ(text.substr(0, 41), "Row:\n   f0    : 0\n   f1    : 1\n   f10   :");
+}
+
+TEST_F(SimpleFormatterTest, FindsAFieldAfterTheLastOneOfALargeStructure) {
+  const auto structure = MetaStruct::New("Row");
+  std::string names;
+  std::string expected = "Row:\n";
+  for (int i = 100; i < 200; ++i) {
+    const std::string name = "f" + std::to_string(i);
+    structure->SetField(name, i);
+    names += name + ",";
+    expected += "   " + name + ": " + std::to_string(i) + "\n";
+  }
+  const std::string choice = names + "f100";
+  EXPECT_EQ(Print(structure, {{"fields:Row", choice.c_str()}}), expected + "   f100: 100\n");
 }
 
 TEST_F(SimpleFormatterTest, FindsTheFieldsOfALargeStructureInAnyOrder) {

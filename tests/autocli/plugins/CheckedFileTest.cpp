@@ -20,12 +20,15 @@
 #include <string>
 
 #include "kestrel/KestrelException.h"
+#include "support/DescriptorLimit.h"
 #include "support/MemoryFile.h"
+#include "support/Sanitizer.h"
 #include "support/ScopedTempDir.h"
 
 namespace Kestrel::AutoCli {
 namespace {
 
+using Testing::DescriptorLimit;
 using Testing::MemoryFile;
 using Testing::ScopedTempDir;
 using ::testing::StartsWith;
@@ -185,6 +188,23 @@ TEST_F(CheckedFileTest, FollowsFortyLinksAndNotMore) {
   }
   EXPECT_EQ(Read(OpenCheckedFile(folder_.GetPath("39"))), "text");
   EXPECT_EQ(OpenCheckedFile(folder_.GetPath("40")).error, ELOOP);
+}
+
+TEST_F(CheckedFileTest, ReportsThatNoDescriptorIsLeft) {
+  if (Testing::kIsSanitized) {
+    GTEST_SKIP() << "the sanitizer needs descriptors of its own";
+  }
+  const std::string link = folder_.GetPath("link");
+  fs::create_symlink(file_, link);
+  const int lowest = dup(STDIN_FILENO);
+  close(lowest);
+  for (int count = 0; count < 3; ++count) {
+    const DescriptorLimit limit(lowest + count);
+    const CheckedFile file = OpenCheckedFile(link);
+    EXPECT_FALSE(file.descriptor.IsOpen()) << count;
+    EXPECT_EQ(file.error, EMFILE) << count;
+  }
+  EXPECT_TRUE(OpenCheckedFile(link).descriptor.IsOpen());
 }
 
 TEST_F(CheckedFileTest, LeavesNoDescriptorOpen) {

@@ -19,6 +19,7 @@
 
 #include "autocli/process/FileDescriptor.h"
 #include "kestrel/KestrelException.h"
+#include "support/DescriptorLimit.h"
 #include "support/Random.h"
 #include "support/Sanitizer.h"
 #include "support/ScopedTempDir.h"
@@ -26,6 +27,7 @@
 namespace Kestrel::AutoCli {
 namespace {
 
+using Testing::DescriptorLimit;
 using Testing::ScopedTempDir;
 using testing::ThrowsMessage;
 
@@ -271,25 +273,6 @@ TEST_F(ChildProcessTest, AFailedCallReapsAChildThatHasEnded) {
   std::string output;
   EXPECT_THROW(RunShell("sleep 0.1; kill -ALRM $PPID; sleep 0.1", output), KestrelException);
 }
-
-/// Restores the limit of descriptors in its destructor.
-class DescriptorLimit {
- public:
-  DescriptorLimit() { getrlimit(RLIMIT_NOFILE, &before_); }
-
-  /// While this object exists, no descriptor can be opened whose number is `limit` or greater.
-  explicit DescriptorLimit(int limit) : DescriptorLimit() {
-    rlimit limited = before_;
-    limited.rlim_cur = static_cast<rlim_t>(limit);
-    setrlimit(RLIMIT_NOFILE, &limited);
-  }
-  DescriptorLimit(const DescriptorLimit&) = delete;
-  DescriptorLimit& operator=(const DescriptorLimit&) = delete;
-  ~DescriptorLimit() { setrlimit(RLIMIT_NOFILE, &before_); }
-
- private:
-  rlimit before_;
-};
 
 TEST_F(ChildProcessTest, ASystemThatRefusesToWaitFailsTheWrite) {
   if (Testing::kIsSanitized) {

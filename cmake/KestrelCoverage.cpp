@@ -1,0 +1,34 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+// Linked in a coverage build in place of functions that may end the process without writing what it
+// has counted: after `_exit`, `abort` and most signals, nothing else would write it.
+
+// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): names of gcov and ld
+extern "C" {
+
+void __gcov_dump();
+void __gcov_reset();
+int __real_raise(int signal);
+[[noreturn]] void __real_abort();
+[[noreturn]] void __real__exit(int status);
+
+// A process may continue after a signal. It counts from 0 then, because the file contains the rest.
+int __wrap_raise(int signal) {
+  __gcov_dump();
+  __gcov_reset();
+  return __real_raise(signal);
+}
+
+[[noreturn]] void __wrap_abort() {
+  __gcov_dump();
+  __real_abort();
+}
+
+[[noreturn]] void __wrap__exit(int status) {
+  __gcov_dump();
+  __real__exit(status);
+}
+
+}  // extern "C"
+// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)

@@ -1,0 +1,29 @@
+// SPDX-FileCopyrightText: 2026 The Kestrel authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <sys/resource.h>
+
+namespace Kestrel::Testing {
+
+/// Restores the limit of descriptors in its destructor.
+class DescriptorLimit {
+ public:
+  DescriptorLimit() { getrlimit(RLIMIT_NOFILE, &before_); }
+
+  /// While this object exists, no descriptor can be opened whose number is `limit` or greater.
+  explicit DescriptorLimit(int limit) : DescriptorLimit() {
+    rlimit limited = before_;
+    limited.rlim_cur = static_cast<rlim_t>(limit);
+    setrlimit(RLIMIT_NOFILE, &limited);
+  }
+  DescriptorLimit(const DescriptorLimit&) = delete;
+  DescriptorLimit& operator=(const DescriptorLimit&) = delete;
+  ~DescriptorLimit() { setrlimit(RLIMIT_NOFILE, &before_); }
+
+ private:
+  rlimit before_;
+};
+
+}  // namespace Kestrel::Testing
