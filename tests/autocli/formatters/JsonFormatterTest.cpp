@@ -6,13 +6,16 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <ios>
 #include <limits>
 #include <memory>
+#include <ostream>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "support/FormatterFixture.h"
+#include "support/LimitedBuffer.h"
 
 namespace Kestrel::AutoCli {
 namespace {
@@ -29,6 +32,11 @@ std::shared_ptr<MetaList> MakeNumbers(const std::vector<long>& numbers) {
 
 TEST_F(JsonFormatterTest, TheExceptionOfAStreamReachesTheCaller) {
   EXPECT_TRUE(ThrowsOnAFullDisk());
+  LimitedBuffer buffer(0);
+  std::ostream out(&buffer);
+  out.exceptions(std::ios_base::badbit);
+  JsonFormatter formatter;
+  EXPECT_THROW(formatter.Format(MakeNumbers({1}), out, 0), std::ios_base::failure);
 }
 
 TEST_F(JsonFormatterTest, DocumentsItself) {

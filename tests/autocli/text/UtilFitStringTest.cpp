@@ -6,6 +6,7 @@
 
 #include <iomanip>
 #include <ios>
+#include <ostream>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -37,6 +38,14 @@ TEST(UtilFitStringTest, WritesOneSpaceForAMarginOfZeroColumns) {
   EXPECT_EQ(Fit({0, 20, "short"}), " short");
   EXPECT_EQ(Fit({-3, 20, "short"}), " short");
   EXPECT_EQ(Fit({1, 20, "short"}), " short");
+}
+
+TEST(UtilFitStringTest, TheExceptionOfAStreamReachesTheCaller) {
+  LimitedBuffer buffer(3);
+  std::ostream out(&buffer);
+  out.exceptions(std::ios_base::badbit);
+  EXPECT_THROW(AutoCli_FitString(4, 20, "short", false, out, false, ' ', false),
+               std::ios_base::failure);
 }
 
 TEST(UtilFitStringTest, OmitsTheFirstMargin) {
