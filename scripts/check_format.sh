@@ -9,4 +9,4 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 mode=(--dry-run --Werror)
 [[ ${1:-} != --fix ]] || mode=(-i)
 find . -path ./build -prune -o \( -name '*.cpp' -o -name '*.h' \) -print0 |
-  xargs -0 clang-format "${mode[@]}"
+  xargs -0 -n 50 -P "$(nproc)" clang-format "${mode[@]}"
