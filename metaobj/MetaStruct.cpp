@@ -485,7 +485,7 @@ std::shared_ptr<MetaObject> MetaStruct::TakeSlot(std::size_t position) {
   for (std::size_t place = position + 1; place < layout_->Count(); ++place) {
     slots[place].swap(slots[place - 1]);
   }
-  if (overflow_ != nullptr) {
+  if (overflow_ != nullptr && !overflow_->slots.empty()) {
     overflow_->slots.pop_back();
   }
   return taken;

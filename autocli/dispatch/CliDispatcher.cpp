@@ -310,7 +310,7 @@ bool CliDispatcher::RunCommand(const std::shared_ptr<NamespaceNode>& node, Optio
   }
   FormatParameters format = GetDefaultFormat(*this, command.get(), *output);
   format.OverrideValues(choices);
-  if (isDone) {
+  if (isDone && !output->HasError()) {
     DisplayContext display;
     GetDisplayContext(display);
     FormatOutput(output, format, display, std::cout);

@@ -140,7 +140,7 @@ class SimplePrinter {
   /// A list of scalars is not opened: it is printed on one line.
   static bool IsOpened(const MetaObject* value) {
     if (const auto* const list = ViewAs<MetaList>(value)) {
-      return list->GetListType() == MetaType::Struct;
+      return list->GetListType() == MetaType::Struct || list->GetListType() == MetaType::List;
     }
     return ViewAs<MetaStruct>(value) != nullptr;
   }

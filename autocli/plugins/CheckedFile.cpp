@@ -37,7 +37,7 @@ uid_t FindOwnerOfProgram() {
 
 // Returns "/" for a relative path if the working folder has been deleted.
 std::string MakeAbsolute(const std::string& path) {
-  if (path.rfind('/', 0) == 0) {
+  if (!path.empty() && path[0] == '/') {
     return path;
   }
   std::error_code error;

@@ -106,11 +106,11 @@ class Recipients {
     ssize_t size;
     while ((size = read(children, text, sizeof(text))) > 0) {
       for (ssize_t i = 0; i < size; ++i) {
-        if (text[i] == ' ') {  // comes after each number
+        if (text[i] >= '0' && text[i] <= '9') {
+          number = number * 10 + (text[i] - '0');
+        } else if (number > 0) {
           Add(number);
           number = 0;
-        } else {
-          number = number * 10 + (text[i] - '0');
         }
       }
     }
