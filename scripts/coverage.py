@@ -118,8 +118,10 @@ def run_gcov(notes):
     with tempfile.TemporaryDirectory(prefix="coverage-") as folder:
         command = ["gcov", "--all-blocks", "--branch-probabilities", "--branch-counts",
                    "--preserve-paths", "--relative-only", "--source-prefix", ROOT, notes]
-        subprocess.run(command, cwd=folder, check=True, stdout=subprocess.DEVNULL,
-                       stderr=subprocess.DEVNULL)
+        ended = subprocess.run(command, cwd=folder, check=False, stdout=subprocess.DEVNULL,
+                               stderr=subprocess.PIPE, encoding="utf-8", errors="replace")
+        if ended.returncode != 0:
+            sys.exit(f"gcov cannot read {notes}:\n{ended.stderr}")
         for name in os.listdir(folder):
             read_report(os.path.join(folder, name), lines)
     return lines
