@@ -7,24 +7,11 @@
 
 namespace Kestrel::Vexil {
 
-const std::vector<DispatcherOption>& GetDispatcherOptions() {
-  static const std::vector<DispatcherOption> kOptions = {
-      {"format-param", "Set a parameter of the formatter: key=value.", true, true},
-      {"formatter", "Print with this formatter.", true, false},
-      {"h", "Show the dispatcher options.", false, false},
-      {"help", "Show the dispatcher options.", false, false},
-      {"input", "Read command lines from this file, or from STDIN.", true, false},
-      {"plugin", "Load this plug-in.", true, true},
-      {"plugin-dir", "Load all plug-ins in this folder.", true, true},
-      {"screen-width", "Format for this number of columns.", true, false}};
-  return kOptions;
-}
-
-const DispatcherOption* FindDispatcherOption(const std::string& name) {
-  const std::vector<DispatcherOption>& options = GetDispatcherOptions();
-  const auto found = std::find_if(options.begin(), options.end(),
-                                  [&name](const auto& option) { return option.name == name; });
-  return found == options.end() ? nullptr : &*found;
+const DispatcherOption* FindDispatcherOption(std::string_view name) {
+  const auto* const found =
+      std::find_if(kDispatcherOptions.begin(), kDispatcherOptions.end(),
+                   [name](const DispatcherOption& option) { return option.name == name; });
+  return found == kDispatcherOptions.end() ? nullptr : found;
 }
 
 }  // namespace Kestrel::Vexil

@@ -11,6 +11,8 @@
 #include <string_view>
 #include <utility>
 
+#include "autocli/text/StartsWith.h"
+
 namespace Kestrel::Vexil {
 
 namespace {
@@ -30,7 +32,7 @@ bool IsPlain(char c) {
 bool IsKept(const Variable& variable) {
   const auto& [name, value] = variable;
   const bool isKnown =
-      name == "LANG" || name == "TERM" || name == "TZ" || name.compare(0, 3, "LC_") == 0;
+      name == "LANG" || name == "TERM" || name == "TZ" || AutoCli::StartsWith(name, "LC_");
   return isKnown && value.size() <= kMaxValueLength &&
          std::all_of(value.begin(), value.end(), IsPlain);
 }

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "autocli/text/StartsWith.h"
 #include "kestrel/autocli/FormatParameters.h"
 #include "kestrel/autocli/Formatter.h"
 #include "kestrel/callspec/OutputSpec.h"
@@ -60,7 +61,7 @@ void AddWidthHint(const HintContext& context, Hints& hints) {
 void AddFormatterHint(const HintContext& context, Hints& hints) {
   const TypedOption* option = FindOption(context.line, "formatter");
   if (option == nullptr || option->value.empty() ||
-      context.dispatcher.HasFormatter(option->value)) {
+      context.dispatcher.GetFormatter(option->value) != nullptr) {
     return;
   }
   Names names;
@@ -120,7 +121,7 @@ class ParameterCheck {
                        Quote(key) + "." + AskForOrList(key, *keys_, "It uses"));
       return;
     }
-    const bool isDescending = key == "sort" && value.compare(0, 1, "-") == 0;
+    const bool isDescending = key == "sort" && AutoCli::StartsWith(value, "-");
     const Names fields = ListFields(key);
     for (const std::string& name : SplitFieldNames(value.substr(isDescending ? 1 : 0))) {
       if (!fields.empty() && !Contains(fields, name)) {

@@ -8,6 +8,8 @@
 #include <cstddef>
 #include <string_view>
 
+#include "autocli/text/TextPieces.h"
+
 namespace Kestrel::Vexil {
 
 namespace {
@@ -61,11 +63,11 @@ void AddKeys(std::string_view key, const std::vector<ResultType>& types, Names& 
   }
 }
 
-std::string Trim(const std::string& text) {
-  constexpr const char* kSpaces = " \t\n\v\f\r";
+std::string_view Trim(std::string_view text) {
+  constexpr std::string_view kSpaces = " \t\n\v\f\r";
   const std::size_t begin = text.find_first_not_of(kSpaces);
-  return begin == std::string::npos
-             ? std::string()
+  return begin == std::string_view::npos
+             ? std::string_view()
              : text.substr(begin, text.find_last_not_of(kSpaces) - begin + 1);
 }
 
@@ -107,10 +109,9 @@ Names ListChoosableFields(const std::string& key, const std::vector<ResultType>&
 
 Names SplitFieldNames(const std::string& value) {
   Names names;
-  for (std::size_t begin = 0; begin < value.size();) {
-    const std::size_t end = std::min(value.find(',', begin), value.size());
-    names.push_back(Trim(value.substr(begin, end - begin)));
-    begin = end + 1;
+  AutoCli::TextPieces pieces(value, ',');
+  for (std::string_view piece; pieces.Next(piece);) {
+    names.emplace_back(Trim(piece));
   }
   return names;
 }

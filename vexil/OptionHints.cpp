@@ -48,8 +48,8 @@ std::vector<std::string> GetParameterNames(const HintContext& context) {
 
 std::vector<std::string> GetDispatcherOptionNames() {
   std::vector<std::string> names;
-  for (const DispatcherOption& option : GetDispatcherOptions()) {
-    names.push_back(option.name);
+  for (const DispatcherOption& option : kDispatcherOptions) {
+    names.emplace_back(option.name);
   }
   return names;
 }

@@ -9,8 +9,10 @@
 #include <cstddef>
 #include <cstdio>
 #include <iostream>
+#include <string_view>
 #include <vector>
 
+#include "autocli/text/StartsWith.h"
 #include "kestrel/autocli/CommandOutput.h"
 #include "kestrel/autocli/FormatParameters.h"
 #include "kestrel/autocli/RootNamespace.h"
@@ -54,8 +56,8 @@ Words ListArguments(int argc, const char* const* argv) {
 
 /// Whether spaces before the first token of the line belong to that token, as in `"" x`. They would
 /// not belong to it if an option were put before the line.
-bool BeginsWithQuotedSpace(const std::string& line) {
-  const std::string begin = line.substr(0, line.find_first_not_of(" \t\""));
+bool BeginsWithQuotedSpace(std::string_view line) {
+  const std::string_view begin = line.substr(0, line.find_first_not_of(" \t\""));
   return begin.find('"') < begin.find_last_of(" \t") + 1;
 }
 
@@ -177,7 +179,7 @@ bool Session::ReadStandardInput() {
   std::clearerr(stdin);
   // Uses std::cin, because a prompt for a secret reads its value from std::cin, too.
   const bool result = HandleLines(
-      [](std::string& line) { return static_cast<bool>(std::getline(std::cin, line)); });
+      [](std::string& line) { return static_cast<bool>(std::getline(std::cin, line, '\n')); });
   if (std::ferror(stdin) == 0 && !std::cin.bad()) {
     return result;
   }
@@ -237,7 +239,7 @@ bool Session::HasFormatParameter(const std::string& key) const {
   }
   const auto values = line_->GetDispatcherParameter("format-param");
   return std::any_of(values.begin(), values.end(), [&key](const std::string& value) {
-    return value.compare(0, key.size() + 1, key + "=") == 0;
+    return AutoCli::StartsWith(value, key + "=");
   });
 }
 

@@ -24,14 +24,8 @@ Formats::CallFacts FactsOf(const Session& session) {
 }  // namespace
 
 TerminalFormatter::TerminalFormatter(AutoCli::CliDispatcher& dispatcher, const Session& session,
-                                     std::shared_ptr<Formatter> pretty)
-    : Formatter(pretty->GetName()),
-      dispatcher_(dispatcher),
-      session_(session),
-      pretty_(std::move(pretty)) {
-  description = pretty_->GetDescription();
-  params = pretty_->GetParams();
-}
+                                     const Formats::CallFacts& facts)
+    : ExactFormatter(Formats::kPrettyFormat, facts), dispatcher_(dispatcher), session_(session) {}
 
 TerminalFormatter::~TerminalFormatter() = default;
 
@@ -39,12 +33,16 @@ void TerminalFormatter::Format(const std::shared_ptr<Output>& output,
                                AutoCli::FormatParameters& parameters,
                                AutoCli::DisplayContext& display, std::ostream& out) {
   if (output->GetOutputType() == Output::Ordinary && session_.IsPretty()) {
-    pretty_->Format(output, parameters, display, out);
-    return;
+    return ExactFormatter::Format(output, parameters, display, out);
   }
-  AutoCli::FormatParameters others = parameters;
-  others.SetFormatter(DefaultFormatter(*output));
-  dispatcher_.FormatOutput(output, others, display, out);
+  const std::string chosen = DefaultFormatter(*output);
+  const auto formatter = dispatcher_.GetFormatter(chosen);
+  if (formatter != nullptr) {
+    formatter->Format(output, parameters, display, out);
+  } else if (!chosen.empty()) {
+    const std::string message = "Unable to find requested formatter: " + chosen;
+    output->AddErrorMessage(message);
+  }
 }
 
 // Returns the formatter that the dispatcher would choose; empty if nothing is printed.
@@ -65,10 +63,13 @@ ToolFormats::ToolFormats(AutoCli::CliDispatcher& dispatcher, const Session& sess
 ToolFormats::~ToolFormats() = default;
 
 std::shared_ptr<Formatter> ToolFormats::GetFormatter(const std::string& name) {
-  std::shared_ptr<Formatter> formatter = FormatsPlugin::GetFormatter(name);
-  const bool isReplaced = formatter != nullptr && name == "pretty" && session_.HasAddedFormatter();
-  return isReplaced ? std::make_shared<TerminalFormatter>(dispatcher_, session_, formatter)
-                    : formatter;
+  if (name != Formats::kPrettyFormat.name || !session_.HasAddedFormatter()) {
+    return FormatsPlugin::GetFormatter(name);
+  }
+  const std::shared_ptr<TerminalFormatter> formatter(
+      new TerminalFormatter(dispatcher_, session_, FactsOf(session_)));
+  formatter->Describe();
+  return formatter;
 }
 
 }  // namespace Kestrel::Vexil

@@ -17,11 +17,12 @@ namespace Kestrel::Vexil {
 /// The formatter of lines that choose none, if the environment requests pretty on terminals. Prints
 /// a result as pretty if the command prints it as table or simple by default; prints everything
 /// else, such as help, as if there were no request.
-class TerminalFormatter : public AutoCli::Formatter {
+class TerminalFormatter : public Formats::ExactFormatter {
  public:
-  /// All arguments must exist as long as the formatter, and `pretty` must not be null.
+  /// `dispatcher` and `session` must exist as long as the formatter. `facts` are those of the
+  /// session.
   TerminalFormatter(AutoCli::CliDispatcher& dispatcher, const Session& session,
-                    std::shared_ptr<AutoCli::Formatter> pretty);
+                    const Formats::CallFacts& facts);
   ~TerminalFormatter() override;
 
   void Format(const std::shared_ptr<CallSpec::Output>& output, AutoCli::FormatParameters& params,
@@ -32,7 +33,6 @@ class TerminalFormatter : public AutoCli::Formatter {
 
   AutoCli::CliDispatcher& dispatcher_;
   const Session& session_;
-  std::shared_ptr<AutoCli::Formatter> pretty_;
 };
 
 /// The formatters of the tool, which know the current line.

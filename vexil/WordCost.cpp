@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "autocli/text/StartsWith.h"
 #include "vexil/EditDistance.h"
 
 namespace Kestrel::Vexil {
@@ -39,7 +40,7 @@ bool IsPluralOf(const std::string& plural, const std::string& word) {
 }
 
 bool IsAbbreviationOf(const std::string& typed, const std::string& name) {
-  return typed.size() >= kMinAbbreviationLength && name.compare(0, typed.size(), typed) == 0;
+  return typed.size() >= kMinAbbreviationLength && AutoCli::StartsWith(name, typed);
 }
 
 // One edit in three characters, two in seven, three in eleven. Shorter words allow no edit, because

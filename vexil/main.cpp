@@ -116,8 +116,8 @@ struct Tool {
 };
 
 [[noreturn]] void HandleArguments(Tool& tool, int argc, char** argv) {
-  tool.dispatcher.RegisterPlugin(
-      std::make_shared<Kestrel::Vexil::ToolFormats>(tool.dispatcher, tool.session));
+  tool.dispatcher.RegisterPlugin(std::shared_ptr<Kestrel::Vexil::ToolFormats>(
+      new Kestrel::Vexil::ToolFormats(tool.dispatcher, tool.session)));
   tool.dispatcher.AddDefaultDirectories();
   const bool isDone = tool.session.HandleArguments(argc, argv);
   std::exit(isDone ? EXIT_SUCCESS : EXIT_FAILURE);

@@ -150,8 +150,10 @@ void Dispatcher::RegisterNamespacesOf(Plugin& plugin) {
 
 // All names are checked before any is added.
 void Dispatcher::RegisterFormattersOf(const std::shared_ptr<Plugin>& plugin) {
+  const std::vector<std::shared_ptr<Formatter>>& formatters = plugin->GetFormatters();
   std::vector<std::string> names;
-  for (const std::shared_ptr<Formatter>& formatter : plugin->GetFormatters()) {
+  names.reserve(formatters.size());
+  for (const std::shared_ptr<Formatter>& formatter : formatters) {
     if (formatter == nullptr) {
       continue;
     }

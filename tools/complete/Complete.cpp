@@ -79,10 +79,11 @@ class LineCompleter {
   }
 
   void AddDispatcherOptions() {
-    for (const DispatcherOption& option : Vexil::GetDispatcherOptions()) {
-      const bool isGiven = IsGiven(line_.given.dispatcherOptions, option.name);
-      if ((option.isRepeatable || !isGiven) && !IsRefused(option.name)) {
-        completion_.Add(line_.word, Spell(option.name), option.description);
+    for (const DispatcherOption& option : Vexil::kDispatcherOptions) {
+      const std::string name(option.name);
+      const bool isGiven = IsGiven(line_.given.dispatcherOptions, name);
+      if ((option.isRepeatable || !isGiven) && !IsRefused(name)) {
+        completion_.Add(line_.word, Spell(name), std::string(option.description));
       }
     }
   }

@@ -29,18 +29,25 @@ Columns::Columns(const Selection& selection) : isScalar_(selection.HasScalarRows
   }
 }
 
-FieldPath Columns::PathOf(std::size_t column) const {
-  FieldPath path;
+FieldPath Columns::PathOf(const Column& column) const {
   if (isScalar_) {
-    return path;
+    return {};
   }
-  const Field& field = columns_[column].field;
-  path.push_back(field.name);
+  const Field& field = column.field;
+  FieldPath outwards = {field.name};
   for (std::size_t outer = field.structure; outer != kRow; outer = nested_[outer - 1].structure) {
-    path.push_back(nested_[outer - 1].name);
+    outwards.push_back(nested_[outer - 1].name);
   }
-  std::reverse(path.begin(), path.end());
-  return path;
+  return {outwards.rbegin(), outwards.rend()};
+}
+
+std::vector<std::string> Columns::Headers() const {
+  std::vector<std::string> headers;
+  headers.reserve(columns_.size());
+  for (const Column& column : columns_) {
+    headers.push_back(isScalar_ ? std::string(kScalarName) : JoinNames(PathOf(column)));
+  }
+  return headers;
 }
 
 void Columns::AddColumns(const Selection& selection) {

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
 #include <utility>
 
 #include "vexil/formats/EscapedText.h"
@@ -37,11 +36,7 @@ bool IsPictograph(char32_t code) {
 // Two regional indicators form a flag of two columns, but some terminals draw two columns for each.
 bool IsRegionalIndicator(char32_t code) { return code >= 0x1f1e6 && code <= 0x1f1ff; }
 
-std::string EscapeByte(char byte) {
-  char escape[8];
-  std::snprintf(escape, sizeof escape, "\\x%02x", static_cast<unsigned char>(byte));
-  return escape;
-}
+std::string EscapeByte(char byte) { return "\\x" + Hex(static_cast<unsigned char>(byte), 2); }
 
 std::string EscapeCharacter(char32_t code) {
   switch (code) {
@@ -57,9 +52,7 @@ std::string EscapeCharacter(char32_t code) {
   if (code < 0x80) {
     return EscapeByte(static_cast<char>(code));
   }
-  char escape[16];
-  std::snprintf(escape, sizeof escape, "\\u{%x}", static_cast<unsigned>(code));
-  return escape;
+  return "\\u{" + Hex(code, 1) + "}";
 }
 
 /// What is shown for one character, or for a byte that belongs to none.
@@ -225,7 +218,7 @@ class LineBreaker {
 
   /// Ends the line after its last word.
   void EndLine() {
-    line_.text.resize(wordEnd_.bytes);
+    line_.text.erase(wordEnd_.bytes);
     line_.width = wordEnd_.width;
     lines_.push_back(std::move(line_));
     line_ = {};

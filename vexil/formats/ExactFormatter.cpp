@@ -35,7 +35,8 @@ void Print(const ExactFormat& format, const CallFacts& facts,
       format.print(selection, options, text);
     }
   } catch (const ValueFault& fault) {
-    errors.push_back(LocateFault(fault, {}).message);
+    const ResultFault located = LocateFault(fault, {});
+    errors.push_back(located.message);
   } catch (const ResultFault& fault) {
     errors.push_back(fault.message);
   }

@@ -3,44 +3,56 @@
 
 #include "vexil/formats/Faults.h"
 
+#include <utility>
+
 #include "vexil/formats/Utf8.h"
 
 namespace Kestrel::Formats {
 
 namespace {
 
-std::string Join(const std::vector<std::string>& names) {
+std::string ShownPath(const std::vector<std::string>& names) {
   std::string text;
   for (const std::string& name : names) {
-    text += (&name == names.data() ? "" : ".") + ShownText(name);
+    text += &name == names.data() ? "" : ".";
+    text += ShownText(name);
   }
   return text;
 }
 
 std::string NameOf(const ValueLocation& location) {
   if (!location.fields.empty()) {
-    return "The field " + Join(location.fields);
+    return Concat({"The field ", ShownPath(location.fields)});
   }
   return location.elements.empty() ? "The result" : "The value";
 }
 
 }  // namespace
 
+std::string Concat(std::initializer_list<std::string_view> pieces) {
+  std::string text;
+  for (const std::string_view piece : pieces) {
+    text += piece;
+  }
+  return text;
+}
+
 ResultFault LocateFault(const ValueFault& fault, const ValueLocation& location) {
-  std::string text = NameOf(location) + " " + fault.problem;
-  const char* before = " (";
+  std::string text = Concat({NameOf(location), " ", fault.problem});
+  std::string_view before = " (";
   for (const std::size_t position : location.elements) {
-    text += before + ("element " + std::to_string(position));
+    text += Concat({before, "element ", std::to_string(position)});
     before = ", ";
   }
-  return {text + (location.elements.empty() ? "" : ")")};
+  text += location.elements.empty() ? "" : ")";
+  return {std::move(text)};
 }
 
 ResultFault LocateNameFault(const ValueFault& fault, const std::string& name) {
   if (name.empty()) {
-    return {"The name of a field " + fault.problem};
+    return {Concat({"The name of a field ", fault.problem})};
   }
-  return {"The name of the field " + ShownText(name) + " " + fault.problem};
+  return {Concat({"The name of the field ", ShownText(name), " ", fault.problem})};
 }
 
 }  // namespace Kestrel::Formats

@@ -4,7 +4,9 @@
 #pragma once
 
 #include <cstddef>
+#include <initializer_list>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Kestrel::Formats {
@@ -25,6 +27,9 @@ struct ValueLocation {
   std::vector<std::string> fields;    ///< the names that lead to it, the outermost first
   std::vector<std::size_t> elements;  ///< the positions in the lists that contain it, from 1
 };
+
+/// Returns the pieces of a message as one string.
+std::string Concat(std::initializer_list<std::string_view> pieces);
 
 /// Combines what is wrong with a value and where it is.
 ResultFault LocateFault(const ValueFault& fault, const ValueLocation& location);

@@ -5,21 +5,24 @@
 
 #include <algorithm>
 #include <charconv>
+#include <map>
 #include <system_error>
 
+#include "autocli/text/TextPieces.h"
+#include "vexil/formats/Faults.h"
 #include "vexil/formats/Utf8.h"
 
 namespace Kestrel::Formats {
 
 namespace {
 
-using AutoCli::FormatParameters;
+// Read in place, because each operation of FormatParameters would be looked up at every start.
+using Parameters = std::map<std::string, std::string>;
 
 // The keys that the formatters table, simple and xml know, except "fields".
-constexpr std::string_view kForeignKeys[] = {"align-fields", "header-line",   "show-header",
-                                             "stylesheet",   "table-columns", "table-header",
-                                             "wrap-last"};
-constexpr std::string_view kForeignPrefixes[] = {"fields:", "header:", "printf:", "units:"};
+constexpr char kForeignKeys[][14] = {"align-fields",  "header-line",  "show-header", "stylesheet",
+                                     "table-columns", "table-header", "wrap-last"};
+constexpr char kForeignPrefixes[][8] = {"fields:", "header:", "printf:", "units:"};
 
 bool IsForeign(std::string_view key) {
   const auto starts = [key](std::string_view prefix) {
@@ -40,40 +43,54 @@ bool IsOwn(std::string_view key, const OwnKeys& ownKeys) {
                      [key](const FormatKey* own) { return own != nullptr && own->name == key; });
 }
 
-void CheckKeys(const FormatParameters& params, const OwnKeys& ownKeys,
-               std::vector<std::string>& errors) {
-  for (const auto& [key, value] : params.GetParameters()) {
+/// Returns the value of the parameter `key`; null if there is none.
+const std::string* Find(const Parameters& params, std::string_view key) {
+  const auto found = params.find(std::string(key));
+  return found == params.end() ? nullptr : &found->second;
+}
+
+void CheckKeys(const Parameters& params, const OwnKeys& ownKeys, std::vector<std::string>& errors) {
+  for (const auto& [key, value] : params) {
     if (!IsOwn(key, ownKeys) && !IsCommon(key) && !IsForeign(key)) {
-      errors.push_back("Unknown format parameter: " + ShownText(key));
+      errors.push_back(Concat({"Unknown format parameter: ", ShownText(key)}));
     }
   }
 }
 
-void ReadFields(const FormatParameters& params, FormatOptions& options) {
-  options.hasFields = params.HasParameter("fields");
-  options.fields = params.GetParameterAsList("fields");
+void ReadFields(const Parameters& params, FormatOptions& options) {
+  const std::string* const names = Find(params, "fields");
+  if (names == nullptr) {
+    return;
+  }
+  options.hasFields = true;
+  AutoCli::TextPieces pieces(*names, ',');
+  for (std::string_view piece; pieces.Next(piece);) {
+    options.fields.emplace_back(piece);
+  }
   if (options.fields.empty()) {
     options.fields.emplace_back();  // a field may have the empty name
   }
 }
 
-void ReadSort(const FormatParameters& params, FormatOptions& options) {
-  options.isSorted = params.HasParameter("sort");
-  options.sortField = params.GetParameter("sort");
-  options.isDescending = !options.sortField.empty() && options.sortField[0] == '-';
-  options.sortField.erase(0, options.isDescending ? 1 : 0);
-}
-
-void ReadLimit(const FormatParameters& params, FormatOptions& options,
-               std::vector<std::string>& errors) {
-  if (!params.HasParameter("limit")) {
+void ReadSort(const Parameters& params, FormatOptions& options) {
+  const std::string* const field = Find(params, "sort");
+  if (field == nullptr) {
     return;
   }
-  const std::string& text = params.GetParameter("limit");
-  const char* const end = text.data() + text.size();
-  if (text.empty() || text.find_first_not_of("0123456789") != std::string::npos) {
-    errors.push_back("The value of limit is not a whole number: " + ShownText(text));
-  } else if (std::from_chars(text.data(), end, options.limit).ec != std::errc()) {
+  options.isSorted = true;
+  options.isDescending = !field->empty() && field->front() == '-';
+  options.sortField = field->substr(options.isDescending ? 1 : 0);
+}
+
+void ReadLimit(const Parameters& params, FormatOptions& options, std::vector<std::string>& errors) {
+  const std::string* const text = Find(params, "limit");
+  if (text == nullptr) {
+    return;
+  }
+  const char* const end = text->data() + text->size();
+  if (text->empty() || text->find_first_not_of("0123456789") != std::string::npos) {
+    errors.push_back(Concat({"The value of limit is not a whole number: ", ShownText(*text)}));
+  } else if (std::from_chars(text->data(), end, options.limit).ec != std::errc()) {
     options.limit = std::numeric_limits<std::size_t>::max();  // no list is longer
   }
 }
@@ -81,24 +98,22 @@ void ReadLimit(const FormatParameters& params, FormatOptions& options,
 /// Reads the parameter `key`, whose value must be one of two words, and sets `isFirst` to whether
 /// it is the first word. Returns false if there is no such parameter. If it has another value,
 /// appends a message and returns false too.
-bool ReadChoice(const FormatParameters& params, const FormatKey& key, const char* first,
-                const char* second, bool& isFirst, std::vector<std::string>& errors) {
-  const std::string name(key.name);
-  if (!params.HasParameter(name)) {
+bool ReadChoice(const Parameters& params, const FormatKey& key, std::string_view first,
+                std::string_view second, bool& isFirst, std::vector<std::string>& errors) {
+  const std::string* const text = Find(params, key.name);
+  if (text == nullptr) {
     return false;
   }
-  const std::string& text = params.GetParameter(name);
-  isFirst = text == first;
-  if (isFirst || text == second) {
+  isFirst = *text == first;
+  if (isFirst || *text == second) {
     return true;
   }
-  errors.push_back("The value of " + name + " is neither " + first + " nor " + second + ": " +
-                   ShownText(text));
+  errors.push_back(Concat(
+      {"The value of ", key.name, " is neither ", first, " nor ", second, ": ", ShownText(*text)}));
   return false;
 }
 
-void ReadColor(const FormatParameters& params, FormatOptions& options,
-               std::vector<std::string>& errors) {
+void ReadColor(const Parameters& params, FormatOptions& options, std::vector<std::string>& errors) {
   bool isAlways = false;
   if (ReadChoice(params, kColorKey, "always", "never", isAlways, errors)) {
     options.color = isAlways ? ColorChoice::Always : ColorChoice::Never;
@@ -107,8 +122,9 @@ void ReadColor(const FormatParameters& params, FormatOptions& options,
 
 }  // namespace
 
-FormatOptions ReadFormatOptions(const FormatParameters& params, const OwnKeys& ownKeys,
+FormatOptions ReadFormatOptions(const AutoCli::FormatParameters& parameters, const OwnKeys& ownKeys,
                                 std::vector<std::string>& errors) {
+  const Parameters& params = parameters.GetParameters();
   CheckKeys(params, ownKeys, errors);
   FormatOptions options;
   ReadFields(params, options);

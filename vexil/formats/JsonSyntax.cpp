@@ -8,12 +8,12 @@ namespace Kestrel::Formats {
 void JsonRules::Replace(char32_t character, TextBuffer& out) {
   constexpr std::string_view kPlain = "\"\\\b\f\n\r\t";
   constexpr std::string_view kLetters = "\"\\bfnrt";
-  constexpr char kDigits[] = "0123456789abcdef";
   const std::size_t found = kPlain.find(static_cast<char>(character));
   if (found != std::string_view::npos) {
     return out.AppendAll('\\', kLetters[found]);
   }
-  out.AppendAll(std::string_view("\\u00"), kDigits[character / 16], kDigits[character % 16]);
+  out.AppendAll(std::string_view("\\u00"), kLowerDigits[character / 16],
+                kLowerDigits[character % 16]);
 }
 
 void AppendJsonString(std::string_view text, TextBuffer& out) {

@@ -66,12 +66,12 @@ class LinePrinter {
     TextBuffer text;
     JsonLine syntax{text};
     ValuePrinter<JsonLine> printer{syntax};
+    std::string printed;
   };
 
   void PrintHeader() {
     char* place = PrepareLine();
-    for (std::size_t column = 0; column < columns_.Count(); ++column) {
-      const std::string name = NameOf(column);
+    for (const std::string& name : columns_.Headers()) {
       try {
         place = PutPiece(Syntax::kSeparator, OtherText(name, place));
       } catch (const ValueFault& fault) {
@@ -81,24 +81,15 @@ class LinePrinter {
     EndLine(place);
   }
 
-  std::string NameOf(std::size_t column) const {
-    const FieldPath path = columns_.PathOf(column);
-    std::string name(path.empty() ? kScalarName : path[0]);
-    for (std::size_t i = 1; i < path.size(); ++i) {
-      name += '.' + path[i];
-    }
-    return name;
-  }
-
   void PrintRow(const Value& row) {
     char* place = PrepareLine();
-    std::size_t column;
+    const Columns::Column* column = nullptr;
     try {
       columns_.ReadRow(row, column, [this, &column, &place](const MetaObj::MetaObject& value) {
-        place = PrintCell(value, column, place);
+        place = PrintCell(value, *column, place);
       });
     } catch (const ValueFault& fault) {
-      throw LocateFault(fault, {columns_.PathOf(column), PositionOf(row)});
+      throw Locate(fault, *column, row);
     }
     EndLine(place);
   }
@@ -109,8 +100,8 @@ class LinePrinter {
   char* PrepareLine() { return out_.Prepare(room_); }
 
   /// Prints a cell and a separator to `place`, and returns where the next cell goes.
-  [[gnu::always_inline]] char* PrintCell(const MetaObj::MetaObject& value, std::size_t column,
-                                         char* place) {
+  [[gnu::always_inline]] char* PrintCell(const MetaObj::MetaObject& value,
+                                         const Columns::Column& column, char* place) {
     switch (KindOf(value)) {
       case MetaObj::MetaType::Int:
         place = PutPiece(Decimal{static_cast<const MetaObj::MetaInt&>(value).GetValue()}, place);
@@ -122,18 +113,21 @@ class LinePrinter {
       case MetaObj::MetaType::String:
         return Text(static_cast<const MetaObj::MetaString&>(value).GetValue(), place);
       default:
-        return PutPiece(Syntax::kSeparator, OtherText(ListText(value, lists_[column]), place));
+        return PutPiece(Syntax::kSeparator,
+                        OtherText(ListText(value, lists_[columns_.IndexOf(column)]), place));
     }
   }
 
-  [[gnu::noinline]] static std::string ListText(const MetaObj::MetaObject& value,
-                                                std::unique_ptr<ListPrinter>& list) {
+  /// Returns a list as JSON. The text is valid until the next list of the column.
+  [[gnu::noinline]] static std::string_view ListText(const MetaObj::MetaObject& value,
+                                                     std::unique_ptr<ListPrinter>& list) {
     if (list == nullptr) {
       list = std::make_unique<ListPrinter>();
     }
     list->text.Clear();
     list->printer.PrintValue(value);
-    return list->text.ToString();
+    list->printed = list->text.ToString();
+    return list->printed;
   }
 
   [[gnu::always_inline]] char* Text(std::string_view text, char* place) {
@@ -151,11 +145,14 @@ class LinePrinter {
   /// Ends a line. A separator follows each cell, even the last one, so it is replaced.
   void EndLine(char* place) { out_.Commit(PutPiece(Syntax::kLineEnd, place - 1)); }
 
-  std::vector<std::size_t> PositionOf(const Value& row) const {
-    if (selection_.List() == nullptr) {
-      return {};
+  [[gnu::noinline]] ResultFault Locate(const ValueFault& fault, const Columns::Column& column,
+                                       const Value& row) const {
+    ValueLocation location = {columns_.PathOf(column), {}};
+    if (selection_.List() != nullptr) {
+      const auto index = static_cast<std::size_t>(&row - selection_.GetRows().first);
+      location.elements.push_back(index + 1);
     }
-    return {static_cast<std::size_t>(&row - selection_.GetRows().first) + 1};
+    return LocateFault(fault, location);
   }
 
   const Selection& selection_;

@@ -29,15 +29,15 @@ using MetaObj::MetaStruct;
 using MetaObj::MetaType;
 
 // In lower case, like all words below.
-constexpr std::string_view kSizeNames[] = {"size", "bytes"};
-constexpr std::string_view kStateNames[] = {"state",  "status",     "severity", "health",
-                                            "result", "level name", "priority"};
-constexpr std::string_view kGoodStates[] = {
-    "active", "connected", "enabled",   "established", "good",    "healthy", "ok",
-    "online", "passed",    "reachable", "running",     "success", "up"};
-constexpr std::string_view kWarningStates[] = {
-    "degraded", "half-configured", "half-installed", "stale", "warn", "warning"};
-constexpr std::string_view kBadStates[] = {
+constexpr char kSizeNames[][6] = {"size", "bytes"};
+constexpr char kStateNames[][11] = {"state",  "status",     "severity", "health",
+                                    "result", "level name", "priority"};
+constexpr char kGoodStates[][12] = {"active",  "connected", "enabled", "established", "good",
+                                    "healthy", "ok",        "online",  "passed",      "reachable",
+                                    "running", "success",   "up"};
+constexpr char kWarningStates[][16] = {"degraded", "half-configured", "half-installed", "stale",
+                                       "warn",     "warning"};
+constexpr char kBadStates[][12] = {
     "alert",     "bad",       "crit",    "critical", "dead",    "down",      "emerg",
     "emergency", "err",       "error",   "failed",   "failure", "fatal",     "faulty",
     "missing",   "no answer", "offline", "timeout",  "unclean", "unhealthy", "unreachable"};
@@ -55,14 +55,14 @@ bool EndsWith(std::string_view text, std::string_view lower) {
   return text.size() >= lower.size() && IsSame(text.substr(text.size() - lower.size()), lower);
 }
 
-template <std::size_t Count>
-bool Contains(const std::string_view (&words)[Count], std::string_view text) {
+template <std::size_t Count, std::size_t Size>
+bool Contains(const char (&words)[Count][Size], std::string_view text) {
   return std::any_of(std::begin(words), std::end(words),
                      [text](std::string_view word) { return IsSame(text, word); });
 }
 
-template <std::size_t Count>
-bool EndsWithAny(std::string_view name, const std::string_view (&words)[Count]) {
+template <std::size_t Count, std::size_t Size>
+bool EndsWithAny(std::string_view name, const char (&words)[Count][Size]) {
   return std::any_of(std::begin(words), std::end(words),
                      [name](std::string_view word) { return EndsWith(name, word); });
 }

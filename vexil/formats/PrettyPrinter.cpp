@@ -213,7 +213,7 @@ Block PrettyPrinter::PrintElements(const MetaList& list, const Room& room) const
 void AppendAt(std::size_t column, const DisplayLine& added, DisplayLine& line) {
   if (line.width.usual < column) {
     const std::size_t spaces = column - line.width.usual;
-    line.text.append(spaces, ' ');
+    line.text += std::string(spaces, ' ');
     line.width += {spaces, spaces};
   }
   line.text += added.text;

@@ -23,14 +23,6 @@ constexpr std::size_t kGap = 2;
 constexpr std::size_t kMinTextWidth = 10;
 constexpr std::size_t kMinTreeWidth = 16;
 
-std::string Join(const FieldPath& path) {
-  std::string title;
-  for (const std::string& name : path) {
-    title += (&name == path.data() ? "" : ".") + name;
-  }
-  return title;
-}
-
 }  // namespace
 
 void PrettyTable::AddAllColumns(const MetaStruct& shape) {
@@ -43,7 +35,7 @@ void PrettyTable::AddColumn(const FieldPath& path) {
   const bool isThere = std::any_of(columns_.begin(), columns_.end(),
                                    [&path](const Column& each) { return each.path == path; });
   if (!isThere) {
-    columns_.push_back({path, Join(path)});
+    columns_.push_back({path, JoinNames(path)});
   }
 }
 

@@ -33,6 +33,10 @@ std::string_view Trimmed(std::string_view text) {
              : text.substr(first, text.find_last_not_of(" \t") + 1 - first);
 }
 
+std::string UnknownField(std::string_view name) {
+  return Concat({"Unknown field: ", ShownText(Trimmed(name))});
+}
+
 /// Returns the structure of the elements of a declared list; null if it is not a list of
 /// structures.
 std::shared_ptr<MetaStruct> StructureOf(const Value& declared) {
@@ -45,7 +49,7 @@ std::shared_ptr<MetaStruct> StructureOf(const Value& declared) {
 /// it.
 bool FindField(const MetaStruct& shape, std::string_view name, FieldPath& path) {
   path.emplace_back(name);
-  if (shape.HasField(path.back())) {
+  if (shape.FindField(path.back()) != nullptr) {
     return true;
   }
   for (std::size_t stop = name.find('.'); stop != std::string_view::npos;
@@ -93,7 +97,7 @@ Value ValueAt(const Value& row, const FieldPath& path) {
     const bool isStruct = KindOf(*value) == MetaType::Struct;
     value = isStruct ? static_cast<const MetaStruct&>(*value).GetField(name) : nullptr;
     if (value == nullptr) {
-      throw ResultFault{"The field " + ShownText(name) + " is missing in an element"};
+      throw ResultFault{Concat({"The field ", ShownText(name), " is missing in an element"})};
     }
   }
   return value;
@@ -105,8 +109,9 @@ struct SortKey {
   std::string_view text;
   std::size_t row;
 
-  bool operator<(const SortKey& other) const {
-    return number != other.number ? number < other.number : text < other.text;
+  /// Returns a number below 0 if this value is smaller, above 0 if it is greater.
+  int Compare(const SortKey& other) const {
+    return number != other.number ? (number < other.number ? -1 : 1) : text.compare(other.text);
   }
 };
 
@@ -131,10 +136,10 @@ std::vector<Value> SortedRows(const Selection::Rows& rows, const FieldPath& path
     values.push_back(ValueAt(row, path));
     keys.push_back(MakeSortKey(*values.back(), keys.size()));
   }
-  std::stable_sort(keys.begin(), keys.end(),
-                   [isDescending](const SortKey& left, const SortKey& right) {
-                     return isDescending ? right < left : left < right;
-                   });
+  std::sort(keys.begin(), keys.end(), [isDescending](const SortKey& left, const SortKey& right) {
+    const int order = isDescending ? right.Compare(left) : left.Compare(right);
+    return order != 0 ? order < 0 : left.row < right.row;
+  });
   std::vector<Value> sorted;
   sorted.reserve(keys.size());
   for (const SortKey& key : keys) {
@@ -144,6 +149,15 @@ std::vector<Value> SortedRows(const Selection::Rows& rows, const FieldPath& path
 }
 
 }  // namespace
+
+std::string JoinNames(const FieldPath& path) {
+  std::string text;
+  for (const std::string& name : path) {
+    text += &name == path.data() ? "" : ".";
+    text += name;
+  }
+  return text;
+}
 
 const FieldChoice* FieldChoice::Find(const std::string& name) const {
   const auto found = std::find_if(fields.begin(), fields.end(),
@@ -221,7 +235,7 @@ void Selection::ChooseFields(const std::vector<std::string>& names,
   for (const std::string& name : names) {
     FieldPath path;
     if (!Find(name, path)) {
-      errors.push_back("Unknown field: " + ShownText(Trimmed(name)));
+      errors.push_back(UnknownField(name));
       continue;
     }
     AddPath(choice_, path);
@@ -232,12 +246,12 @@ void Selection::ChooseFields(const std::vector<std::string>& names,
 void Selection::Sort(const FormatOptions& options, std::vector<std::string>& errors) {
   FieldPath path;
   if (!Find(options.sortField, path)) {
-    errors.push_back("Unknown field: " + ShownText(Trimmed(options.sortField)));
+    errors.push_back(UnknownField(options.sortField));
     return;
   }
   if (shape_ != nullptr && !IsScalar(KindOf(*ValueAt(shape_, path)))) {
-    errors.push_back("Unable to sort by " + ShownText(Trimmed(options.sortField)) +
-                     ": its values are structures or lists");
+    errors.push_back(Concat({"Unable to sort by ", ShownText(Trimmed(options.sortField)),
+                             ": its values are structures or lists"}));
     return;
   }
   ownRows_ = SortedRows(rows_, path, options.isDescending);

@@ -27,6 +27,9 @@ using DeclaredResult = std::function<std::shared_ptr<MetaObj::MetaObject>()>;
 /// The names that lead from a structure to a field inside it, through structures only.
 using FieldPath = std::vector<std::string>;
 
+/// Returns the names in `path` with full stops between them.
+std::string JoinNames(const FieldPath& path);
+
 /// Which fields of a structure are printed: those in `fields` first, in that order.
 struct FieldChoice {
   /// One of the fields. If its value is not a structure, all of it is printed.

@@ -46,7 +46,7 @@ void TextBuffer::Clear() {
 void TextBuffer::AddBlock(std::size_t atLeast) {
   const std::size_t last = static_cast<std::size_t>(limit_ - block_.get());
   const std::size_t size = std::max({atLeast, kFirstBlock, std::min(last * 2, kMaxBlock)});
-  std::unique_ptr<char[]> block(new char[size]);
+  Bytes block(std::allocator<char>().allocate(size), Free{size});
   if (block_ != nullptr) {
     const std::size_t used = Used();
     full_.push_back({std::move(block_), used});

@@ -63,8 +63,18 @@ class TextBuffer {
   void Clear();
 
  private:
+  /// Frees a block of that many bytes.
+  struct Free {
+    std::size_t capacity;
+
+    void operator()(char* bytes) const { std::allocator<char>().deallocate(bytes, capacity); }
+  };
+
+  /// The bytes of a block. Not an array, whose operators would be looked up at each start.
+  using Bytes = std::unique_ptr<char, Free>;
+
   struct Block {
-    std::unique_ptr<char[]> bytes;
+    Bytes bytes;
     std::size_t size;
   };
 
@@ -80,7 +90,7 @@ class TextBuffer {
   void AddBlock(std::size_t atLeast);
 
   std::vector<Block> full_;
-  std::unique_ptr<char[]> block_;
+  Bytes block_;
   char* end_ = nullptr;    // of the text in `block_`
   char* limit_ = nullptr;  // of `block_`
 };

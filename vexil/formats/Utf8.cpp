@@ -3,8 +3,6 @@
 
 #include "vexil/formats/Utf8.h"
 
-#include <cstdio>
-
 namespace Kestrel::Formats {
 
 namespace {
@@ -17,25 +15,31 @@ bool IsInvisible(char32_t code) {
          (code >= 0x2060 && code <= 0x2069) || code == 0x61c || code == 0xfeff;
 }
 
-std::string Hex(unsigned number) {
-  char text[16];
-  std::snprintf(text, sizeof text, "%02x", number);
+}  // namespace
+
+std::string Hex(char32_t number, std::size_t minDigits, const char* digits) {
+  std::string text;
+  for (unsigned shift = 32; shift > 0;) {
+    shift -= 4;
+    const char32_t rest = number >> shift;
+    if (rest != 0 || shift / 4 < minDigits) {
+      text += digits[rest & 0xfU];
+    }
+  }
   return text;
 }
-
-}  // namespace
 
 std::string ShownText(std::string_view text) {
   std::string shown;
   while (!text.empty()) {
     const Character next = FirstCharacter(text);
     if (next.size == 0) {
-      shown += "\\x" + Hex(static_cast<unsigned char>(text[0]));
+      shown += "\\x" + Hex(static_cast<unsigned char>(text[0]), 2);
       text.remove_prefix(1);
       continue;
     }
     if (IsControl(next.code) || IsInvisible(next.code)) {
-      shown += "\\u{" + Hex(next.code) + "}";
+      shown += "\\u{" + Hex(next.code, 2) + "}";
     } else {
       shown += text.substr(0, next.size);
     }

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <cstddef>
-#include <cstdio>
 #include <exception>
 #include <string>
 #include <string_view>
@@ -13,6 +12,7 @@
 #include "vexil/formats/EscapedText.h"
 #include "vexil/formats/ExactFormat.h"
 #include "vexil/formats/TextBuffer.h"
+#include "vexil/formats/Utf8.h"
 #include "vexil/formats/ValuePrinter.h"
 
 // The format "value-xml": the documents in which commands from descriptors return their results.
@@ -37,9 +37,8 @@ void CheckSize(const std::string& text) {
 }
 
 [[noreturn]] void Reject(char32_t character) {
-  char number[16];
-  std::snprintf(number, sizeof number, "U+%04X", static_cast<unsigned>(character));
-  throw ValueFault{"contains " + std::string(number) + ", which XML does not allow"};
+  throw ValueFault{
+      Concat({"contains U+", Hex(character, 4, kUpperDigits), ", which XML does not allow"})};
 }
 
 // The content of an element.

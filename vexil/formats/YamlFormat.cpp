@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
+#include <iterator>
 #include <string>
 #include <string_view>
 
@@ -94,11 +94,10 @@ struct Quoted {
  private:
   // All escaped characters are below U+10000.
   static void AppendNumber(char32_t character, TextBuffer& out) {
-    constexpr char kDigits[] = "0123456789abcdef";
     out.Append(character < 0x100 ? "\\x" : "\\u");
     for (unsigned shift = character < 0x100 ? 8 : 16; shift > 0;) {
       shift -= 4;
-      out.Append(kDigits[character >> shift & 0xfU]);
+      out.Append(kLowerDigits[character >> shift & 0xfU]);
     }
   }
 };
@@ -106,9 +105,8 @@ struct Quoted {
 // Words that some readers interpret as a boolean or null, in any combination of upper and lower
 // case.
 [[gnu::noinline]] bool IsReserved(std::string_view text) {
-  static constexpr std::array<std::string_view, 9> kWords = {"true", "false", "null", "yes", "no",
-                                                             "on",   "off",   "y",    "n"};
-  return std::any_of(kWords.begin(), kWords.end(), [text](std::string_view word) {
+  static constexpr char kWords[][6] = {"true", "false", "null", "yes", "no", "on", "off", "y", "n"};
+  return std::any_of(std::begin(kWords), std::end(kWords), [text](std::string_view word) {
     return std::equal(text.begin(), text.end(), word.begin(), word.end(),
                       [](char left, char right) { return (left | 0x20) == right; });
   });
