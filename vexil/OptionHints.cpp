@@ -48,6 +48,7 @@ std::vector<std::string> GetParameterNames(const HintContext& context) {
 
 std::vector<std::string> GetDispatcherOptionNames() {
   std::vector<std::string> names;
+  names.reserve(kDispatcherOptions.size());
   for (const DispatcherOption& option : kDispatcherOptions) {
     names.emplace_back(option.name);
   }

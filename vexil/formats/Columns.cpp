@@ -29,11 +29,11 @@ Columns::Columns(const Selection& selection) : isScalar_(selection.HasScalarRows
   }
 }
 
-FieldPath Columns::PathOf(const Column& column) const {
+FieldPath Columns::PathOf(std::size_t column) const {
   if (isScalar_) {
     return {};
   }
-  const Field& field = column.field;
+  const Field& field = columns_[column].field;
   FieldPath outwards = {field.name};
   for (std::size_t outer = field.structure; outer != kRow; outer = nested_[outer - 1].structure) {
     outwards.push_back(nested_[outer - 1].name);
@@ -44,7 +44,7 @@ FieldPath Columns::PathOf(const Column& column) const {
 std::vector<std::string> Columns::Headers() const {
   std::vector<std::string> headers;
   headers.reserve(columns_.size());
-  for (const Column& column : columns_) {
+  for (std::size_t column = 0; column < columns_.size(); ++column) {
     headers.push_back(isScalar_ ? std::string(kScalarName) : JoinNames(PathOf(column)));
   }
   return headers;

@@ -22,18 +22,6 @@ namespace Kestrel::Formats {
 /// for a structure without fields.
 class Columns {
  public:
-  /// A field, and the index of the structure that contains it. The row has index 0; the nested
-  /// structures follow.
-  struct Field {
-    std::size_t structure;
-    std::string name;
-    std::size_t position;
-  };
-  struct Column {
-    const FieldReader::Fields* structure;  ///< that has the field, in the current row
-    Field field;
-  };
-
   explicit Columns(const Selection& selection);
 
   Columns(const Columns&) = delete;
@@ -42,29 +30,35 @@ class Columns {
   std::size_t Count() const { return columns_.size(); }
 
   /// Returns the names that lead to the field of a column.
-  FieldPath PathOf(const Column& column) const;
-
-  /// Returns the position of a column, from 0.
-  std::size_t IndexOf(const Column& column) const {
-    return static_cast<std::size_t>(&column - columns_.data());
-  }
+  FieldPath PathOf(std::size_t column) const;
 
   /// Returns the headers of all columns.
   std::vector<std::string> Headers() const;
 
-  /// Calls `use` with each value of `row`, one for each column. `column` is always the next column.
-  /// Throws ValueFault if the row does not have the shape of the result.
+  /// Calls `use` with each value of `row`, one for each column. `column` is always the index of the
+  /// next column. Throws ValueFault if the row does not have the shape of the result.
   template <typename Use>
-  void ReadRow(const Value& row, const Column*& column, const Use& use) {
-    column = columns_.data();
+  void ReadRow(const Value& row, std::size_t& column, const Use& use) {
+    column = 0;
     OpenRow(row);
-    for (const Column* const end = column + columns_.size(); column != end; ++column) {
-      const Field& field = column->field;
-      use(FieldReader::Get(*column->structure, field.position, field.name));
+    for (const Column& each : columns_) {
+      use(FieldReader::Get(*each.structure, each.field.position, each.field.name));
+      ++column;
     }
   }
 
  private:
+  /// A field, and the index of the structure that contains it. The row has index 0; the nested
+  /// structures follow.
+  struct Field {
+    std::size_t structure;
+    std::string name;
+    std::size_t position;
+  };
+  struct Column {
+    const FieldReader::Fields* structure;  // that has the field, in the row
+    Field field;
+  };
   /// The index of the structure and the name of a field.
   using Key = std::pair<std::size_t, std::string>;
 

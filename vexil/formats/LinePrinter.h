@@ -83,13 +83,13 @@ class LinePrinter {
 
   void PrintRow(const Value& row) {
     char* place = PrepareLine();
-    const Columns::Column* column = nullptr;
+    std::size_t column;
     try {
       columns_.ReadRow(row, column, [this, &column, &place](const MetaObj::MetaObject& value) {
-        place = PrintCell(value, *column, place);
+        place = PrintCell(value, column, place);
       });
     } catch (const ValueFault& fault) {
-      throw Locate(fault, *column, row);
+      throw Locate(fault, column, row);
     }
     EndLine(place);
   }
@@ -100,8 +100,8 @@ class LinePrinter {
   char* PrepareLine() { return out_.Prepare(room_); }
 
   /// Prints a cell and a separator to `place`, and returns where the next cell goes.
-  [[gnu::always_inline]] char* PrintCell(const MetaObj::MetaObject& value,
-                                         const Columns::Column& column, char* place) {
+  [[gnu::always_inline]] char* PrintCell(const MetaObj::MetaObject& value, std::size_t column,
+                                         char* place) {
     switch (KindOf(value)) {
       case MetaObj::MetaType::Int:
         place = PutPiece(Decimal{static_cast<const MetaObj::MetaInt&>(value).GetValue()}, place);
@@ -113,8 +113,7 @@ class LinePrinter {
       case MetaObj::MetaType::String:
         return Text(static_cast<const MetaObj::MetaString&>(value).GetValue(), place);
       default:
-        return PutPiece(Syntax::kSeparator,
-                        OtherText(ListText(value, lists_[columns_.IndexOf(column)]), place));
+        return PutPiece(Syntax::kSeparator, OtherText(ListText(value, lists_[column]), place));
     }
   }
 
@@ -145,7 +144,7 @@ class LinePrinter {
   /// Ends a line. A separator follows each cell, even the last one, so it is replaced.
   void EndLine(char* place) { out_.Commit(PutPiece(Syntax::kLineEnd, place - 1)); }
 
-  [[gnu::noinline]] ResultFault Locate(const ValueFault& fault, const Columns::Column& column,
+  [[gnu::noinline]] ResultFault Locate(const ValueFault& fault, std::size_t column,
                                        const Value& row) const {
     ValueLocation location = {columns_.PathOf(column), {}};
     if (selection_.List() != nullptr) {
