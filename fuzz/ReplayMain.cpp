@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Runs a fuzz target on files. Each argument is a file or a folder; hidden files in a folder are
-// skipped. The exit status is 1 when a file cannot be read or there is none.
+// Runs a fuzz target on files. Each argument is a file or a folder, which is searched with its
+// subfolders; hidden files are skipped. The exit status is 1 when a file cannot be read or there is
+// none.
 
 #include <unistd.h>
 
@@ -44,8 +45,8 @@ std::set<fs::path> FindInputs(int argc, char** argv) {
       inputs.insert(argv[i]);
       continue;
     }
-    for (const fs::directory_entry& entry : fs::directory_iterator(argv[i])) {
-      if (entry.path().filename().string().front() != '.') {
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(argv[i])) {
+      if (!entry.is_directory() && entry.path().filename().string().front() != '.') {
         inputs.insert(entry.path());
       }
     }

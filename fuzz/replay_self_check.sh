@@ -9,10 +9,10 @@ set -u
 replay=$1
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
-mkdir "$folder/empty" "$folder/good" "$folder/bad"
-touch "$folder/empty/.gitkeep" "$folder/good/nothing"
+mkdir -p "$folder/empty" "$folder/good/deeper" "$folder/bad/deeper"
+touch "$folder/empty/.gitkeep" "$folder/good/deeper/nothing"
 echo fine >"$folder/good/word"
-echo fault >"$folder/bad/word"
+echo fault >"$folder/bad/deeper/word"
 
 complain() {
   echo "replay_self_check: $*" >&2
@@ -23,7 +23,8 @@ complain() {
 grep -qx "2 inputs replayed" "$folder/out" || complain "does not count inputs"
 "$replay" "$folder/good" "$folder/bad" 2>"$folder/errors" && complain "passes a bad input"
 grep -qx "Does not hold: an input is fine" "$folder/errors" || complain "does not report the claim"
-grep -qx "Failed on the input $folder/bad/word" "$folder/errors" || complain "does not name the input"
+grep -qx "Failed on the input $folder/bad/deeper/word" "$folder/errors" ||
+  complain "does not name the input"
 "$replay" "$folder/empty" && complain "passes an empty folder"
 "$replay" "$folder/good" "$folder/missing" 2>"$folder/errors" && complain "passes a missing file"
 grep -qx "Unable to read $folder/missing" "$folder/errors" || complain "does not name the missing file"
