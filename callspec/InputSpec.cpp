@@ -101,7 +101,7 @@ void InputSpec::CheckShortName(const ParameterSpec& spec,
   }
 }
 
-// Both lists have the same order, so one loop visits both.
+// The given and the declared parameters are in the same order, so one loop visits both lists.
 bool InputSpec::ValidateGiven(const Input& input, const std::shared_ptr<Output>& output) const {
   bool isValid = true;
   auto spec = GetParameters().begin();

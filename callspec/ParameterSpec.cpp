@@ -56,8 +56,8 @@ bool IsAllowedFor(ParameterType type, ParameterConstraintType constraint) {
   return false;
 }
 
-// One line for each string that has a description, with a line end after the last; empty if there
-// is none.
+// Returns one line for each string that has a description, with a line end after the last; empty if
+// no string has a description.
 std::string DescribedStrings(const ParameterConstraint& constraint) {
   std::string text;
   if (constraint.GetType() != StringEnum || constraint.GetStringEnumWithDesc().empty()) {

@@ -1,8 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# Interface target that counts which lines and branches run; empty unless KESTREL_COVERAGE is on. What
-# is counted is not optimised, so that each branch of the source is one of the program.
+# Interface target that counts which lines and branches run; empty unless KESTREL_COVERAGE is on.
+# The counted code is not optimised, so that each branch in the source is also one in the program.
 add_library(kestrel_coverage INTERFACE)
 if(KESTREL_COVERAGE)
   add_library(kestrel_coverage_at_end STATIC ${CMAKE_CURRENT_LIST_DIR}/KestrelCoverage.cpp)

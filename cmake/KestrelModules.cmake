@@ -2,9 +2,10 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # kestrel_add_module(NAME SOURCES SOURCE... LIBRARIES LIBRARY... LOADED SOURCE LINKED SOURCE): adds a
-# module of the library, NAME.so, which the library loads when it needs it: callspec/LibraryModule.h.
+# module of the library, NAME.so, which the library loads when it needs it (see
+# callspec/LibraryModule.h).
 #
-# LOADED, a source of the library, loads the module and is compiled with its path in
+# LOADED, a source of the library, loads the module and is compiled with the module's path in
 # KESTREL_<NAME>_MODULE. Programs that link the objects of the library instead of the library link
 # kestrel_modules too, which contains all modules and, for each, the source LINKED.
 set(KESTREL_MODULE_FOLDER kestrel${PROJECT_VERSION_MAJOR})

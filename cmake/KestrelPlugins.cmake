@@ -9,7 +9,7 @@ set(KESTREL_PLUGIN_INSTALL_DIR "lib/norvane/vexil")
 # The folder of the descriptors in the build tree, for tests; its folder scripts/ contains their
 # scripts.
 set(KESTREL_BUILD_DESCRIPTOR_DIR ${PROJECT_BINARY_DIR}/plugins/descriptors)
-# Removes descriptors of an earlier configuration, which may no longer be in the sources.
+# Removes the descriptors of an earlier configuration, because their sources may have been removed.
 file(REMOVE_RECURSE ${KESTREL_BUILD_DESCRIPTOR_DIR})
 
 function(kestrel_add_plugin name)
@@ -35,7 +35,7 @@ function(kestrel_add_scripts)
   install(PROGRAMS ${ARGN} DESTINATION ${KESTREL_PLUGIN_INSTALL_DIR}/scripts COMPONENT tool)
 endfunction()
 
-# kestrel_add_descriptors(NAME...): descriptors configured from NAME.xml.in, once with the scripts
+# kestrel_add_descriptors(NAME...): configures descriptors from NAME.xml.in, once with the scripts
 # of the build tree and once with those of the installed tree. A shell command cannot find the
 # folder of its descriptor, so the folder of the scripts is inserted, escaped for XML and for single
 # quotes.

@@ -1,15 +1,15 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# Removes the files that the latest installation has listed in MANIFEST, below the folder DESTDIR of
-# the environment, and the folders that are empty afterwards. PLUGIN_DIR is the folder of plug-ins,
-# relative to the prefix.
+# Removes the files that the latest installation has listed in MANIFEST, and the folders that are
+# empty afterwards. The environment variable DESTDIR is put before each path. PLUGIN_DIR is the
+# folder of plug-ins, relative to the prefix.
 if(NOT EXISTS ${MANIFEST})
   message(FATAL_ERROR "${MANIFEST} does not exist: nothing was installed from here")
 endif()
 file(STRINGS ${MANIFEST} files)
 
-# An installation creates this folder without a file.
+# MANIFEST does not list the folder "ext", because an installation puts no file into it.
 set(folders)
 foreach(file IN LISTS files)
   if(file MATCHES "^(.*/${PLUGIN_DIR})/[^/]*$")

@@ -16,7 +16,7 @@
 
 namespace Kestrel::MetaObj {
 
-/// The fields of a structure that has more fields than slots.
+/// The fields of a structure that has more fields than fit into its inline slots.
 struct MetaStruct::Overflow {
   using Fields =
       std::map<std::string, Field, std::less<>, SlabAllocator<std::pair<const std::string, Field>>>;

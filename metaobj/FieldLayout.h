@@ -26,10 +26,11 @@
 // pointer to it.
 //
 // The number of layouts, the fields of a layout, the length of a name and the transitions of a
-// layout are bounded. A structure beyond a bound has an index of its own.
+// layout are bounded. A structure that exceeds a bound has no layout but an index of its own, which
+// maps names to fields.
 //
-// Several threads may use layouts. While the process has one thread, they take no lock and execute
-// no locked instruction.
+// Several threads may use layouts. While the process has one thread, the functions take no lock and
+// execute no locked instruction.
 namespace Kestrel::MetaObj {
 
 class FieldLayout;

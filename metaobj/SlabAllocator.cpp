@@ -56,8 +56,8 @@ struct FreeBlock {
   FreeBlock* next;
 };
 
-// With KESTREL_POISONED_SLABS, the sanitizer reports any use of free memory except by the functions
-// that are marked for it.
+// With KESTREL_POISONED_SLABS, the sanitizer reports any use of free memory, except in functions
+// marked `no_sanitize_address`.
 #ifdef KESTREL_POISONED_SLABS
 void Poison(const void* memory, std::size_t size) { ASAN_POISON_MEMORY_REGION(memory, size); }
 void Unpoison(const void* memory, std::size_t size) { ASAN_UNPOISON_MEMORY_REGION(memory, size); }
@@ -74,7 +74,7 @@ void RequireInUse(void*) {}
 #endif
 
 // The memory of a thread. It has neither constructor nor destructor, so it works during the whole
-// life of the thread, even in destructors of other thread-local objects.
+// lifetime of the thread, even in destructors of other thread-local objects.
 struct ThreadBlocks {
   FreeBlock* freed[kClasses];  // by class
   char* next;                  // what is left of the newest chunk
@@ -135,7 +135,7 @@ class Pool {
   }
 
  private:
-  // Each is stored in the memory that it describes.
+  // A list is described in its first block, and the rest of a chunk in its first bytes.
   struct List {
     FreeBlock* next;
     List* nextList;

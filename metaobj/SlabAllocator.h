@@ -12,11 +12,11 @@
 // Memory for values, which are small, of few sizes and very many. A block is cut from a large
 // chunk. A freed block goes to a list of its size and is reused for the next value of that size.
 //
-// Each thread has lists and a chunk of its own, so neither operation takes a lock. A block that a
-// thread frees belongs to this thread from then on, even if another thread allocated it. So that
-// memory does not accumulate in a thread that only frees, a thread passes its lists to a shared
-// pool from time to time, and all its memory when it ends. A thread that has used up its chunk
-// takes memory from the pool before it starts another chunk.
+// Each thread has lists and a chunk of its own, so neither allocating nor freeing takes a lock. A
+// block that a thread frees belongs to this thread from then on, even if another thread allocated
+// it. So that memory does not accumulate in a thread that only frees, a thread passes its lists to
+// a shared pool from time to time, and all its memory when it ends. A thread that has used up its
+// chunk takes memory from the pool before it starts another chunk.
 //
 // Memory is never returned to the system, not even at exit: values may outlive every static object.
 // Under the address sanitizer, or with KESTREL_PLAIN_BLOCKS, each block is a separate allocation,

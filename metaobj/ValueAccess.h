@@ -14,7 +14,7 @@
 
 namespace Kestrel::MetaObj {
 
-/// Private access to the contents of values, without copying names, sharing ownership or
+/// Private access to the contents of values, without copied names, shared ownership or
 /// dynamic casts. Pointers and references are valid until the value changes.
 class ValueAccess {
  public:

@@ -21,7 +21,8 @@ struct Bytes {
   std::size_t count;
 };
 
-// The bytes after a lead byte: the range of the second byte; later ones are 0x80 to 0xBF.
+// What a lead byte requires: the length of the sequence and the range of the second byte. Any later
+// bytes are 0x80 to 0xBF.
 struct Sequence {
   std::size_t length;
   Byte secondFirst;
@@ -54,7 +55,7 @@ Sequence SequenceOf(Byte lead) {
   return {0, 0, 0};
 }
 
-// Most text is ASCII, so eight bytes are checked at once.
+// Most text is ASCII, so eight bytes are checked in one step.
 constexpr std::size_t kGroup = sizeof(std::uint64_t);
 constexpr std::uint64_t kHighBits = 0x8080808080808080;
 

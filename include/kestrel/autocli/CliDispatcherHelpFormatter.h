@@ -15,10 +15,10 @@ namespace Kestrel::AutoCli {
 /// The formatter "clihelp". Prints the contents of a namespace: a usage line, a table of namespaces
 /// and a table of commands.
 ///
-/// CliDispatcher uses it directly. No plug-in offers it, so users cannot choose it. The root must
-/// be a structure of the type "VexilCommandPrint" with the fields "Dispatcher" (string), "Path"
-/// (list of strings) and "NamespaceNodes" (list of structures with the strings "Name",
-/// "Description" and "Type").
+/// CliDispatcher uses it directly. No plug-in offers it, so users cannot choose it. The root
+/// value of the output must be a structure of the type "VexilCommandPrint" with the fields
+/// "Dispatcher" (string), "Path" (list of strings) and "NamespaceNodes" (list of structures with
+/// the strings "Name", "Description" and "Type").
 class KESTREL_API CliDispatcherHelpFormatter : public Formatter {
  public:
   CliDispatcherHelpFormatter();

@@ -16,7 +16,8 @@ namespace Kestrel::AutoCli {
 /// The formatter "commandhelp". Prints the help page of one command, fitted to the width of the
 /// display. It has no parameters.
 ///
-/// The root must be a structure of the type "VexilCommandHelp" with these fields:
+/// The root value of the output must be a structure of the type "VexilCommandHelp" with these
+/// fields:
 /// - the strings "Dispatcher", "Path" and "Description";
 /// - "Param List", a list of structures with the strings "Name", "Short Name" and "Description" and
 ///   the booleans "Required" and "Secret";

@@ -51,7 +51,8 @@ class KESTREL_API CommandSpec : public CallSpec::CallTargetSpec, public Namespac
   /// Always throws KestrelException.
   void RegisterNamespaceNode(std::shared_ptr<NamespaceNode> node, const char* name) override;
 
-  /// Always throws KestrelException with the words of `path`, which is not changed.
+  /// Always throws KestrelException. The message also contains the names in `path`, which is not
+  /// changed.
   std::shared_ptr<NamespaceNode> ResolveNode(std::list<std::string>& path) override;
 
   Dispatcher* GetDispatcher() override;

@@ -84,8 +84,8 @@ class KESTREL_API NamespaceNode : public std::enable_shared_from_this<NamespaceN
   virtual void RegisterNamespaceNode(std::shared_ptr<NamespaceNode> node, const char* name);
 
   /// Follows the names in `path`, starting with a child of this node, and returns the last node;
-  /// null for an empty `path`. Throws KestrelException when one of the names does not exist; `path`
-  /// then contains only the names after it. Otherwise `path` is unchanged.
+  /// null for an empty `path`. Throws KestrelException at the first name that does not exist;
+  /// `path` then contains only the names after that one. Otherwise `path` is unchanged.
   virtual std::shared_ptr<NamespaceNode> ResolveNode(std::list<std::string>& path);
 
   /// Returns the child `name`, whatever its type. If there is none, registers a new namespace

@@ -42,10 +42,10 @@ class KESTREL_API SharedLibraryPlugin : public Plugin {
   /// opened later. A file whose path has no "/" is searched for in the folders of the system's
   /// loader.
   ///
-  /// Throws KestrelException with the loader's message when either fails; the file is closed then.
-  /// Also throws it for:
-  /// - a path with "/" that names something other than a regular file, or a file that was cut
-  ///   short, which would crash the loader,
+  /// Throws KestrelException with the loader's message when the file cannot be opened or has no
+  /// entry point; the file is closed then. Also throws it for:
+  /// - a path with "/" that names something other than a regular file,
+  /// - a path with "/" of a file that was cut short, because the loader would crash,
   /// - a file that the process does not trust, if it checks that (see
   ///   Dispatcher::AddDefaultDirectories),
   /// - a plug-in that was compiled with another KESTREL_PLUGIN_ABI; the message contains both

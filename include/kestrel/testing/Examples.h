@@ -24,8 +24,8 @@ inline bool Changes(const AutoCli::Command& command) {
   return entry != command.GetMetaData().end() && entry->second == "true";
 }
 
-/// Checks a command line without running the command. The verdict contains the messages of the tool
-/// and, for a command of a descriptor, the reason why its script cannot be made.
+/// Checks a command line without running the command. The verdict contains the messages of the
+/// tool. For a command of a descriptor whose script cannot be made, it also contains the reason.
 inline Verdict Explain(const TestTool& tool, const Words& words) {
   Verdict verdict;
   try {
@@ -82,8 +82,8 @@ inline Verdict CheckExamples(const TestTool& tool) {
   return ForEachExample(tool, [&](const Words& words, bool) { return Explain(tool, words); });
 }
 
-/// Runs every example of the plug-in under test, of native commands and of descriptors, and checks
-/// that it succeeds with a result of the declared shape. Examples of commands that change something
+/// Runs every example of the plug-in under test, a shared object or a descriptor, and checks that
+/// it succeeds with a result of the declared shape. Examples of commands that change something
 /// (meta-data `changes`) are checked without running them.
 inline Verdict RunExamples(const TestTool& tool) {
   return ForEachExample(tool, [&](const Words& words, bool changes) {

@@ -43,9 +43,9 @@ class Canary {
   std::filesystem::path path_;
 };
 
-/// Returns values that have broken commands: strings with a special meaning to the shell, to
-/// printf, to terminals, in documents or in file names, and numbers at their limits. The values
-/// that run `touch` in a shell create the file `canary`.
+/// Returns values with which commands are known to fail: strings with a special meaning to the
+/// shell, to printf, to terminals, in documents or in file names, and numbers at their limits. The
+/// values that run `touch` in a shell create the file `canary`.
 inline std::vector<std::string> ListHostileValues(const std::string& canary) {
   const std::string touch = "touch " + canary;
   std::vector<std::string> values = {"",

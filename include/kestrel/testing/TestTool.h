@@ -152,7 +152,8 @@ class TestTool {
   using Commands = std::map<std::string, std::shared_ptr<AutoCli::Command>>;
   using NodePtr = std::shared_ptr<AutoCli::NamespaceNode>;
 
-  // An empty line lists the root, and it also sets the name of the tool.
+  // Handles an empty line, because that sets the name of the tool. It also prints a list of the
+  // root, which is discarded.
   static std::shared_ptr<AutoCli::CliDispatcher> NewDispatcher() {
     const auto dispatcher = std::make_shared<AutoCli::CliDispatcher>();
     const CoutCapture capture;

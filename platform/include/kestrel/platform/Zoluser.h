@@ -7,7 +7,8 @@
 
 #include <cstddef>
 
-/// What this library uses of the host kernel's user library, under the host's names.
+/// What this library uses of the host's library for user-space access to its kernel, under the
+/// host's names.
 
 extern "C" {
 
