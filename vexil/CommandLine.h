@@ -21,7 +21,7 @@ struct TypedOption {
   bool tookWord = false;
 };
 
-/// The parts of a command line. Unlike the result of the library's parser, it includes which values
+/// The parts of a command line. Unlike the result of the library's parser, it shows which values
 /// were separate words.
 struct CommandLine {
   std::vector<TypedOption> dispatcherOptions;

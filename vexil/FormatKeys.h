@@ -11,8 +11,9 @@
 
 namespace Kestrel::Vexil {
 
-/// Returns the format parameters that have an effect if one of the library's formatters prints a
-/// result of these types, the most common ones first. Returns nothing for other formatters.
+/// Returns the format parameters that have an effect if `formatter`, one of the library's, prints a
+/// result of these types. The most common parameters come first. Returns nothing for any other
+/// formatter.
 std::optional<std::vector<std::string>> ListFormatKeys(const std::string& formatter,
                                                        const std::vector<ResultType>& types);
 

@@ -33,8 +33,8 @@ namespace {
 constexpr char kSingleQuote = '\'';
 constexpr char kDoubleQuote = '"';
 
-// Strings that may contain a secret are reserved at once: growth would leave a part of it in
-// memory.
+// All memory for a string that may contain a secret is reserved beforehand, because growth would
+// leave a part of the secret in memory.
 
 std::string InDoubleQuotes(const std::string& text) {
   std::string quoted;

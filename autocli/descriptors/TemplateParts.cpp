@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // A part contains all markers of one parameter and no marker of another. A template is cut in two
-// kinds of places: between two conditionals, and outside of braces after a separator. A separator
-// is a byte that cannot be part of an opening there and is not a single quote. So a cut never
+// kinds of places: between two conditionals, and, outside of braces, after a separator. A separator
+// is a byte that is neither a single quote nor part of the opening of any marker. So a cut never
 // divides a marker or separates it from its quotes.
 //
 // Parameters may still depend on each other: a marker may have no end in its part, or what was
@@ -51,7 +51,7 @@ bool HasOpening(const MarkedText& text, IsParameter isParameter) {
   return false;
 }
 
-/// Finds the places where a template can be cut, one byte after the other.
+/// Finds the places where a template can be cut. `Pass` must be called for each byte, in order.
 class CutFinder {
  public:
   explicit CutFinder(std::string_view text) : text_(text) {}

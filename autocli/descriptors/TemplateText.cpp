@@ -46,8 +46,8 @@ std::size_t FindOpening(const MarkedText& text, const std::string& opening, std:
   return position;
 }
 
-/// Returns the position of the last `c` before `end`, or kNone. Looks at many bytes at once, unlike
-/// a backward search for a longer string.
+/// Returns the position of the last `c` before `end`, or kNone. Compares many bytes in one step,
+/// unlike a backward search for a longer string.
 std::size_t FindLast(const std::string& text, char c, std::size_t end) {
   const void* const found = memrchr(text.data(), c, end);
   return found == nullptr ? kNone

@@ -8,7 +8,7 @@
 #include <new>
 #include <utility>
 
-// Null in a process that has not loaded libxml2 at its start.
+// The address of this function is null in a process that has not loaded libxml2 at its start.
 #pragma weak __xmlKeepBlanksDefaultValue
 
 namespace Kestrel::AutoCli {
@@ -60,7 +60,7 @@ void XmlEventTree::CData(std::string_view text) {
   Append(MakeText(XML_CDATA_SECTION_NODE, nullptr, text));
 }
 
-/// Comments around the root are left out.
+/// Ignores comments before and after the root element.
 void XmlEventTree::Comment(std::string_view text) {
   if (open_ != nullptr) {
     Append(MakeText(XML_COMMENT_NODE, kCommentName, text));

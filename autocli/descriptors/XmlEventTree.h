@@ -35,8 +35,8 @@ class XmlEventTree final : private XmlEvents {
   const xmlNode* GetRoot() const { return root_; }
 
  private:
-  /// For a document of `size` bytes. Nodes take up to twelve times as much. They are in one block,
-  /// because an allocator would return several blocks to the system after each descriptor.
+  /// For a document of `size` bytes, whose nodes take at most 12 * `size` bytes. They are in one
+  /// block, because an allocator would return several blocks to the system after each descriptor.
   explicit XmlEventTree(std::size_t size) : memory_(12 * size) {}
 
   void StartElement(std::string_view name, const XmlAttributes& attributes) override;

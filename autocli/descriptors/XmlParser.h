@@ -12,8 +12,8 @@ namespace Kestrel::AutoCli {
 
 /// The functions that call libxml2. XmlTree.h describes them.
 ///
-/// They are in a separate module of the library, which is not linked with the library. So they
-/// report a fault by std::runtime_error, not by KestrelException.
+/// They are in a separate module, which is not linked with the library and therefore cannot use
+/// KestrelException. They report a fault by std::runtime_error.
 class XmlParser {
  public:
   /// `text` must not be empty.

@@ -62,8 +62,8 @@ Descriptor ReadFile(const FileDescriptor& file, const std::string& path) {
   return descriptor;
 }
 
-/// Reads a file that cannot be opened by its descriptor, because there is no /proc or because the
-/// system does not find it.
+/// Reads a file by its path, for the case that it cannot be read by its descriptor: there is no
+/// /proc, or the system does not find the file.
 Descriptor ReadFileByPath(const std::string& path) {
   Descriptor descriptor;
   descriptor.tree = XmlEventTree::Read(ReadOrdinaryFile(path));

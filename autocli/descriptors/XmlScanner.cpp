@@ -308,7 +308,8 @@ class Scanner {
                        [name](const XmlAttribute& other) { return other.name == name; });
   }
 
-  /// Reads text or a value up to `end`. Only what does not stand for itself is copied.
+  /// Reads text or a value up to `end`. `text` refers to the document, or to a copy if a part of it
+  /// does not stand for itself.
   bool ReadCharacters(char end, std::uint8_t plain, std::string_view& text) {
     const char* const begin = position_;
     Skip(plain);

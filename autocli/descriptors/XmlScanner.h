@@ -26,7 +26,8 @@ inline std::string_view ValueOf(const XmlAttributes& attributes, std::string_vie
   return {};
 }
 
-/// Receives the parts of a document in their order. The arguments are valid during the call only.
+/// Receives the parts of a document in document order. The arguments are valid during the call
+/// only.
 class XmlEvents {
  public:
   virtual void StartElement(std::string_view name, const XmlAttributes& attributes) = 0;

@@ -40,8 +40,8 @@ MetaType ParseListType(std::string_view word) {
       "Invalid list type attribute.  Must be one of [string, int, bool, structure, list]");
 }
 
-/// Returns a copy of a structure with the same field values, and any other value itself. A list
-/// locks the structure that declares its shape; the element must stay unlocked.
+/// Returns a copy of a structure with the same field values; returns any other value itself. A list
+/// locks the structure that declares its shape, but the element itself must stay unlocked.
 std::shared_ptr<MetaObject> CopyOfStruct(const std::shared_ptr<MetaObject>& value) {
   const auto structure = std::dynamic_pointer_cast<MetaStruct>(value);
   if (structure == nullptr) {

@@ -26,7 +26,8 @@ namespace Kestrel::AutoCli {
 ///   void Int(std::string_view before, long value, long level);
 ///   void String(std::string_view before, const std::string& value, long level);
 ///   void Misread(std::string_view before, const MetaObject* value);
-///       Prints an error message for a value that is null or not of the class of its kind.
+///       Prints an error message for a value that is null, or that claims a kind but is not an
+///       object of that kind's class.
 ///   void BeginStruct(std::string_view before, const MetaStruct& structure, long level);
 ///   void EndStruct(bool isEmpty, long level);
 ///       Also ends the last field.
@@ -87,7 +88,7 @@ class DocumentPrinter {
   TextWriter& out_;
 
  private:
-  // Results with more layouts are rare and seldom repeat them.
+  // Results with more layouts are rare and seldom repeat any of them.
   static constexpr std::size_t kMaxLayouts = 64;
   // Deeper structures are rare, and keeping their long prefixes would take much memory.
   static constexpr long kMaxPreparedLevel = 64;

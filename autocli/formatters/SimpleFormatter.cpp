@@ -158,7 +158,8 @@ class SimplePrinter {
     }
   }
 
-  /// Prints the error message for a value that is not of the class of its kind.
+  /// Prints the error message for a value that claims `kind` but is not an object of that kind's
+  /// class.
   void PrintMisread(MetaType kind) {
     const std::string_view text = MisreadText(kind);
     if (!text.empty()) {
@@ -196,7 +197,7 @@ class SimplePrinter {
   void EndList(bool /*isEmpty*/, long /*level*/) { out_.Append('\n'); }
 
  private:
-  // A result with more layouts than these seldom repeats them.
+  // A result with more layouts than this seldom repeats any of them.
   static constexpr std::size_t kMaxPlans = 64;
 
   /// Returns the plan for the structure. The reference is valid until the next call.

@@ -87,7 +87,7 @@ std::string LoaderError(const std::string& name, const std::string& path) {
   return text;
 }
 
-// Plug-ins that do not include the header have no number.
+// Plug-ins that do not include PluginEntryPoint.h have no number.
 void RequireOwnAbi(void* handle, const std::string& path) {
   const auto* const number = static_cast<const unsigned*>(dlsym(handle, kAbiNumber));
   dlerror();  // clears the message about a missing number

@@ -15,9 +15,9 @@ namespace Kestrel::AutoCli {
 /// ends within its headers, and one whose header is not for this machine.
 bool IsSharedObjectCutShort(const std::string& path);
 
-/// Returns whether `path` is a shared object that refers to its own folder, because a path of
-/// libraries or the name of a library contains $ORIGIN. False for a file that was cut short or that
-/// the loader rejects.
+/// Returns whether `path` is a shared object that refers to its own folder, because the name of a
+/// library or a search path for libraries contains $ORIGIN. False for a file that was cut short or
+/// that the loader rejects.
 bool UsesOrigin(const std::string& path);
 
 }  // namespace Kestrel::AutoCli

@@ -23,7 +23,7 @@ inline bool IsTrustRequired(const ProcessRights& rights, bool isInDefaultFolder)
   return HasForeignRights(rights) || (isInDefaultFolder && rights.effectiveUser == 0);
 }
 
-/// Whether users can remove and rename only their own files in what has this mode.
+/// Whether `mode` is that of a folder in which users can remove and rename only their own files.
 inline bool IsStickyFolder(mode_t mode) { return S_ISDIR(mode) && (mode & S_ISVTX) != 0; }
 
 /// Returns who other than the owner may write: the end of a sentence that begins with a path.

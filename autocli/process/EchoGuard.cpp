@@ -23,8 +23,8 @@ namespace {
 
 // Whether a signal ends or stops the process by default and can be caught, or is SIGCONT.
 //
-// Faults of the process itself are included. SIGTTIN and SIGTTOU are not: they stop only a process
-// in the background, which leaves the terminal alone.
+// Signals for faults of the process itself, such as SIGSEGV, are included. SIGTTIN and SIGTTOU are
+// not: they stop only a process in the background, which leaves the terminal alone.
 bool IsGuarded(int signal) {
   switch (signal) {
     case SIGKILL:

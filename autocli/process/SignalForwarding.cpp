@@ -59,8 +59,8 @@ class Recipients {
  public:
   explicit Recipients(pid_t child) {
     Add(child);
-    // A process that is being stopped may still finish starting another one. So there is one more
-    // round after one that has found no process.
+    // A process that is being stopped may still finish starting another one. So one more round
+    // follows the first one that finds no new process.
     for (std::size_t before = 0; before < count_;) {
       before = count_;
       AddAllChildren();

@@ -7,8 +7,8 @@
 
 namespace Kestrel::AutoCli {
 
-/// Passes SIGINT and SIGTERM on to a child process as long as the guard exists. If it received one
-/// of them, its destructor ends this process by that signal.
+/// Passes SIGINT and SIGTERM on to a child process as long as the guard exists. If this process has
+/// received one of them, the destructor ends this process by that signal.
 ///
 /// The child shares the process group of this process, so that it may use the terminal, and the
 /// group may have members that have nothing to do with the child. So the signal goes to the child

@@ -31,7 +31,7 @@ class TypedSecrets {
   static void WipeIfSecret(std::string& text);
   /// Whether a secret is held.
   static bool AreHeld() { return _areHeld; }
-  /// Wipes `text` if a secret is held, because it may contain it.
+  /// Wipes `text` if a secret is held, because `text` may contain the secret.
   static void WipeIfHeld(std::string& text) {
     if (AreHeld()) {
       Wipe(text);

@@ -66,10 +66,10 @@ struct Decimal {
     return value < 0 ? 0 - number : number;
   }
 
-  // Write2, Write4 and Write8 write that many digits, WriteFirst2, WriteFirst4 and WriteFirst8 a
-  // number of up to that many digits. Each splits the digits into two halves. So the digits are
-  // found from the first one on, without knowing how many there are, and few divisions depend on
-  // another one.
+  // Write2, Write4 and Write8 write exactly 2, 4 and 8 digits. WriteFirst2, WriteFirst4 and
+  // WriteFirst8 write a number of at most 2, 4 and 8 digits. Each function splits the digits into
+  // two halves. So the digits are found from the first one on, without knowing how many there are,
+  // and few divisions depend on the result of another one.
 
   static char* Write2(std::uint32_t number, char* place) {
     std::memcpy(place, &kPairs[number * 2], 2);

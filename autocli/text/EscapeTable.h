@@ -61,7 +61,7 @@ class EscapeTable {
   }
 
  private:
-  // Most groups of this many bytes contain none that is replaced.
+  // The size of a group in bytes. Most groups contain no byte that is replaced.
   static constexpr std::size_t kGroup = 8;
 
   /// Whether none of the kGroup bytes is replaced.

@@ -16,7 +16,8 @@ constexpr std::size_t kMaxErrorText = 255;
 
 std::string SystemErrorText(int error) {
   char buffer[kMaxErrorText + 1] = "";
-  // The result does not use the buffer for a known error, whose message may be longer.
+  // For a known error, strerror_r does not use the buffer. It returns a constant string, which may
+  // be longer than the buffer.
   return std::string(strerror_r(error, buffer, sizeof buffer)).substr(0, kMaxErrorText);
 }
 

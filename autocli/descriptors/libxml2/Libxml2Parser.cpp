@@ -59,8 +59,9 @@ class LimitedParser {
   LimitedParser(const LimitedParser&) = delete;
   LimitedParser& operator=(const LimitedParser&) = delete;
 
-  /// Makes the parser stop even in the middle of a start tag. Must be called unless all of the
-  /// input is in the parser's buffer from the beginning.
+  /// Checks the limits at each read, so that the parser stops even in the middle of a start tag
+  /// that exceeds one. Must be called unless all of the input is in the parser's buffer from the
+  /// beginning.
   void CheckEachRead() {
     xmlParserInputBuffer& buffer = *parser_->input->buf;
     read_ = std::exchange(buffer.readcallback, Read);
@@ -69,7 +70,7 @@ class LimitedParser {
   }
 
   /// Returns null when the document is not well-formed. Throws std::runtime_error when it exceeds a
-  /// limit or memory ran out.
+  /// limit or when memory runs out.
   XmlDocument Parse(const XmlDiagnostics& diagnostics) {
     xmlParseDocument(parser_.get());
     if (fault_ != nullptr) {
@@ -180,7 +181,8 @@ class LimitedParser {
   ParserContext parser_;  // the last, because it calls `Close` when it is released
 };
 
-/// Makes `input` the input of `parser`. Returns false when it is null.
+/// Makes `input` the input of `parser` and forbids access to a network. Returns false when `input`
+/// is null or when one of these steps fails.
 bool SetInput(xmlParserCtxt& parser, xmlParserInput* input) {
   if (input == nullptr || inputPush(&parser, input) < 0) {
     return false;

@@ -52,7 +52,7 @@ void XmlDiagnostics::Receive(void* self, const char* format, ...) {
   va_start(arguments, format);
   std::vsnprintf(piece, sizeof(piece), format, arguments);
   va_end(arguments);
-  // The default handler ignores its argument. It uses the global context, and may change it.
+  // The default handler ignores its argument. It uses the global context, which it may also change.
   xmlGenericErrorContext = diagnostics.context_;
   const bool isShown = diagnostics.handler_ == DefaultHandler();
   const std::string shown = isShown ? MessageFor(STDERR_FILENO, piece) : std::string(piece);

@@ -10,7 +10,8 @@ namespace Kestrel::AutoCli {
 /// Watches the diagnostics of libxml2 on this thread during its lifetime, and forwards them.
 ///
 /// A parser does not always report in its own state that memory ran out: the document then lacks a
-/// part and looks complete. But the parser always sends a diagnostic.
+/// part and looks complete. But the parser sends a diagnostic, except while it declares an entity
+/// (see `DeclareEntity` in Libxml2Parser.cpp).
 class XmlDiagnostics {
  public:
   XmlDiagnostics();
