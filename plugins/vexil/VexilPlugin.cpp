@@ -26,7 +26,7 @@ std::shared_ptr<NamespaceNode> AddNamespace(const std::shared_ptr<NamespaceNode>
 }  // namespace
 
 void AutoCli_RegisterNamespaces(std::shared_ptr<Namespace> root) {
-  // The library has already registered both namespaces.
+  // The library has already registered `vexil` and `vexil command`.
   const auto vexil = root->SubNamespace("vexil");
   vexil->SubNamespace("command")->RegisterNamespaceNode(Kestrel::Vexil::NewCommandDescribe(),
                                                         "describe");

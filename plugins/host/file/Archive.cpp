@@ -160,7 +160,7 @@ void VisitArchive(const std::string& path, const std::function<void(const Archiv
     if (result == ARCHIVE_EOF) {
       return;
     }
-    // A warning concerns data that is not listed, or a name that is not valid text.
+    // Warnings are ignored: they concern data that is not listed, or a name that is not valid text.
     if (result != ARCHIVE_OK && result != ARCHIVE_WARN) {
       ThrowArchiveError(path, *reader);
     }

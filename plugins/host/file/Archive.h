@@ -25,9 +25,9 @@ struct ArchiveMember {
 };
 
 /// Calls `visit` for each member of an archive, in the archive's order. The archive is a zip
-/// archive, or a tar archive that may be compressed by gzip, bzip2, xz or zstd; its content
-/// decides, not its name. Throws KestrelException if the file is anything else or cannot be read
-/// completely.
+/// archive, or a tar archive that may be compressed by gzip, bzip2, xz or zstd. The format is
+/// recognized by the content of the file, not by its name. Throws KestrelException if the file is
+/// anything else or cannot be read completely.
 void VisitArchive(const std::string& path, const std::function<void(const ArchiveMember&)>& visit);
 
 }  // namespace Kestrel::Host

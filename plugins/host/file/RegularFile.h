@@ -10,7 +10,7 @@
 namespace Kestrel::Host {
 
 /// Opens a regular file for reading; its path may have any length. Rejects everything else, such as
-/// a pipe, because it may have no end. Throws KestrelException with the path and the reason.
+/// a pipe, whose data may have no end. Throws KestrelException with the path and the reason.
 FileDescriptor OpenRegularFile(const std::string& path);
 
 /// Throws KestrelException, saying that `path` cannot be read for this reason.

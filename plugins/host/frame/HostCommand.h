@@ -55,8 +55,8 @@ class HostCommand : public AutoCli::Command {
   void ShowAsValue();
 
  private:
-  /// Adds the parameters that all commands of a derived base class share. Adds none unless
-  /// overridden.
+  /// Adds the parameters that all commands derived from one class, such as ListCommand, share. Adds
+  /// none unless overridden.
   virtual void DeclareCommonParameters(CallSpec::InputSpec& spec) const;
   /// Adapts the default format to the parameters in `input`; does nothing unless overridden. Called
   /// before each run, because one command object serves many calls.

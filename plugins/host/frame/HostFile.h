@@ -30,8 +30,9 @@ std::string ReadRequiredFile(const std::string& path);
 /// empty string if the file cannot be read.
 std::string ReadLine(const std::string& path);
 
-/// Returns the content of a file; nothing if there is no such file. Throws KestrelException for any
-/// other error, such as a missing permission.
+/// Returns the content of a file; nothing if the file does not exist or if its process or device
+/// has gone (see IsAbsence). Throws KestrelException for any other error, such as a missing
+/// permission.
 std::optional<std::string> ReadOptionalFile(const std::string& path);
 
 /// Throws KestrelException with the reason if this process cannot open the file to read it.

@@ -14,7 +14,7 @@ namespace Kestrel::Host {
 /// A command whose result is a list of structures of one shape.
 ///
 /// Every such command has the parameters "sort", "descending" and "limit", and also "human" if its
-/// shape has sizes. A wrong value is an error before any row is made. A concrete command declares
+/// shape has sizes. A wrong value is reported before any row is made. A concrete command declares
 /// its other parameters and makes the rows; an error message ends the call without a result.
 class ListCommand : public HostCommand {
  protected:

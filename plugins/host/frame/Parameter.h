@@ -16,8 +16,8 @@ namespace Kestrel::Host {
 /// CallSpec::String, "...").Short("u").AddTo(spec)`.
 class Parameter {
  public:
-  /// One of the words that a parameter accepts. The list that replaces %FULLENUM% omits words that
-  /// have no description.
+  /// One of the words that a parameter accepts. In the description of the parameter, the marker
+  /// %FULLENUM% is replaced by a list of the words; words without a description are omitted.
   struct Word {
     const char* value;
     const char* description;

@@ -27,8 +27,8 @@ class RowOrder {
   static void DeclareParameters(CallSpec::InputSpec& spec);
 
   /// Returns the order that `input` requests. Returns nothing, and adds a message to `output`, if
-  /// it names a field that `shape` does not have or that has no order, or if "descending" is given
-  /// without "sort".
+  /// "sort" names a field that `shape` does not have or that has no order, or if "descending" is
+  /// given without "sort".
   static std::optional<RowOrder> Read(const CallSpec::Input& input, const StructShape& shape,
                                       CallSpec::Output& output);
 

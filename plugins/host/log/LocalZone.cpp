@@ -61,7 +61,7 @@ void AppendTwoDigits(char separator, int number, std::string& text) {
   text += static_cast<char>('0' + number % 10);
 }
 
-// Returns the offset of the C library for a single moment.
+// Returns the offset that the C library computes for a single moment.
 std::int64_t LookUpOffset(std::int64_t seconds) {
   const auto moment = static_cast<std::time_t>(seconds);
   std::tm parts = {};

@@ -50,7 +50,8 @@ bool TakeSpaces(std::string_view& text) {
   return count > 0;
 }
 
-// The count is known at compile time, because these are most of the steps for each line of a log.
+// The count is known at compile time, because taking digits is most of the work for each line of a
+// log.
 template <std::size_t kCount>
 bool TakeDigits(std::string_view& text, int& number) {
   if (text.size() < kCount) {

@@ -25,8 +25,8 @@ namespace {
 
 // Larger than any datagram of a dump.
 constexpr std::size_t kDatagramSize = 1 << 17;
-// How often a dump is attempted if the table changes during it. The last attempt is used even if
-// it was interrupted.
+// The maximum number of attempts. Another attempt follows if the table changed during a dump. The
+// last attempt is used even if it was interrupted.
 constexpr int kMaxAttempts = 5;
 
 class NetlinkSocket {

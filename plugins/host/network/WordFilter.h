@@ -20,7 +20,7 @@ namespace Kestrel::Host {
 /// The words that a parameter accepts. Case is ignored, and "_" is equivalent to "-".
 class WordSet {
  public:
-  /// Adds a word that messages list.
+  /// Adds a word, which is also listed in error messages.
   WordSet& Word(const std::string& word);
   /// Adds another spelling of a word, such as its number.
   WordSet& Alias(const std::string& alias, const std::string& word);

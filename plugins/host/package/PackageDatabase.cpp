@@ -32,8 +32,9 @@ constexpr char kHalfInstalled[] = "half-installed";
 constexpr std::string_view kWishes[] = {"unknown", "install", "hold", "deinstall", "purge"};
 constexpr std::string_view kFlags[] = {"ok", "reinstreq"};
 constexpr long kKibibyte = 1024;
-// How often the files are read if "status" changes while they are read. dpkg writes to the disk
-// between two changes, which takes longer than reading the files.
+// The maximum number of attempts. Another attempt is needed only if "status" changed while the
+// files were read. That seldom happens twice, because dpkg's write to the disk between two changes
+// takes longer than reading the files.
 constexpr int kMaxReads = 20;
 
 std::string_view RequireField(const ControlStanza& stanza, const char* name) {

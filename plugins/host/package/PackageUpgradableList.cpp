@@ -28,7 +28,7 @@ namespace Kestrel::Host {
 namespace {
 
 constexpr char kProgram[] = "apt-cache";
-// So many names take far fewer bytes than the kernel accepts as arguments of one program.
+// This number of names takes far fewer bytes than the kernel accepts as arguments of one program.
 constexpr std::size_t kMaxNamesInACall = 10000;
 
 const StructShape& Shape() {

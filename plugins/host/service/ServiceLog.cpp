@@ -15,7 +15,7 @@ namespace Kestrel::Host {
 namespace {
 
 constexpr std::chrono::seconds kLimit{10};
-// As many lines as systemctl shows with the status of a unit.
+// The number of lines that systemctl shows with the status of a unit.
 constexpr char kLines[] = "--lines=10";
 constexpr std::size_t kClockEnd = sizeof("2026-11-22T10:00:00") - 1;
 constexpr std::size_t kOffsetSize = sizeof("+0000") - 1;

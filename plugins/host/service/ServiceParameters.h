@@ -23,11 +23,11 @@ void AddServiceName(CallSpec::InputSpec& spec);
 /// The units that the user selects by "name" and "match".
 class UnitNames {
  public:
-  /// `what` is the word for the units in the help. `ending` is the ending of their names, which the
-  /// user may omit.
+  /// `what` is the word for the units in the help.
   static void DeclareParameters(CallSpec::InputSpec& spec, const char* what);
 
-  /// Throws KestrelException if the regular expression is invalid.
+  /// `ending` is the ending of the units' names, such as ".service"; the user may omit it. Throws
+  /// KestrelException if the regular expression is invalid.
   UnitNames(const CallSpec::Input& input, std::string_view ending);
 
   /// Whether a unit is selected. `name` is without the ending.

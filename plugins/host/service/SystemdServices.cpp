@@ -22,7 +22,7 @@ using UnitFiles = std::map<std::string, std::string>;
 constexpr char kAlias[] = "alias";
 constexpr char kNotFound[] = "not-found";
 constexpr char kInactive[] = "inactive";
-// So many names take far fewer bytes than the kernel accepts as arguments of one program.
+// This number of names takes far fewer bytes than the kernel accepts as arguments of one program.
 constexpr std::size_t kMaxUnitsInACall = 400;
 
 std::string Get(const UnitProperties& unit, const std::string& name) {

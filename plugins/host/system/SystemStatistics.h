@@ -39,7 +39,8 @@ struct Memory {
   long GetSwapUsed() const;
 };
 
-// Each reads a file in `proc`. Throws KestrelException if the file is missing or damaged.
+// Each function reads a file in `proc`, and throws KestrelException if the file is missing or
+// damaged.
 Uptime ReadUptime(const std::string& proc);
 Load ReadLoad(const std::string& proc);
 Memory ReadMemory(const std::string& proc);
