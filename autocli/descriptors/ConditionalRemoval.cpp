@@ -89,7 +89,8 @@ class Pass {
     }
   }
 
-  /// Whether "$if{", a name, a comma and at least one byte come before the last byte of `kept_`.
+  /// Whether `kept_`, from `dollar` on, consists of "$if{", a name, a comma, at least one byte and
+  /// the last byte.
   bool IsConditional(Dollar& dollar) const {
     constexpr std::string_view kOpening = "$if{";
     const std::string_view bytes = kept_.Bytes();

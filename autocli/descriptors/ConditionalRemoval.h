@@ -12,8 +12,8 @@ namespace Kestrel::AutoCli {
 /// byte. Returns whether anything was removed; if so, the next pass may find more.
 ///
 /// A pass takes time linear in the size of the text. A template as people write it takes one or two
-/// passes. Only a template in which every removal opens another nested block takes one pass for each
-/// block.
+/// passes. Only a template in which every removal opens another nested block takes one pass for
+/// each block.
 bool RemoveConditionalsOnce(MarkedText& text);
 
 }  // namespace Kestrel::AutoCli

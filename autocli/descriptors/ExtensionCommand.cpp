@@ -240,7 +240,8 @@ class Substitution {
     return joined;
   }
 
-  // The command line would end at the first NUL byte, before the quote that closes the value.
+  // NUL bytes are removed, because the command line would end at the first one, before the quote
+  // that closes the value.
 
   /// Returns `value` without NUL bytes and without `c`.
   static std::string WithoutNulAnd(char c, const std::string& value) {
