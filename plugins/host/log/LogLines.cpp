@@ -38,7 +38,7 @@ class LastLines {
     }
   }
 
-  // Whether none of the lines has a time.
+  // Whether lines were added and none of them has a time.
   bool LacksTimes() const { return hasLines_ && !hasTimes_; }
 
  private:
@@ -78,8 +78,8 @@ class LastLines {
     }
   }
 
-  // Keeps a line without a time until the line before it decides whether it passes. Keeps no more
-  // lines than requested.
+  // Keeps a line without a time until the nearest earlier line with a time decides whether it
+  // passes. Keeps no more lines than requested.
   void AddUntimed(std::string_view line) {
     if (count_ + pending_.size() >= filter_.lines) {
       return;

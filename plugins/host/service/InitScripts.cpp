@@ -128,7 +128,7 @@ Service InitScripts::ToService(const std::string& name, bool startsAtBoot) const
 }
 
 std::string InitScripts::AskState(const std::string& name, const std::string& script) const {
-  // A script that does not know "status" could mistake it for another word.
+  // A script that does not know "status" could mistake it for another action.
   if (script.find("status") == std::string::npos) {
     return "unknown";
   }

@@ -64,7 +64,7 @@ Service ToService(const LoadedUnit& unit) {
 
 bool IsInstance(const std::string& unit) { return unit.find('@') != std::string::npos; }
 
-// Returns the boot states of units without files of their own, which are instances of templates.
+// Returns the boot states of instances of templates, which have no unit files of their own.
 UnitFiles AskBootStates(const Systemctl& systemctl, const std::vector<std::string>& units) {
   UnitFiles states;
   for (std::size_t start = 0; start < units.size(); start += kMaxUnitsInACall) {
@@ -80,7 +80,7 @@ UnitFiles AskBootStates(const Systemctl& systemctl, const std::vector<std::strin
   return states;
 }
 
-// Sets the boot states, and removes the entries of these services from `files`.
+// Sets the boot states of `services`, and removes the entries of their units from `files`.
 void SetBootStates(const Systemctl& systemctl, UnitFiles& files, std::vector<Service>& services) {
   std::vector<std::string> instances;
   for (Service& service : services) {

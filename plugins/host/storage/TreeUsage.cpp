@@ -29,8 +29,8 @@
 namespace Kestrel::Host {
 namespace {
 
-// How many of the innermost folders are open. The folders above them are closed, and opened again
-// on the way back.
+// Only this number of folders, the innermost ones, are open at a time. The folders above them are
+// closed, and opened again on the way back.
 constexpr std::size_t kMaxOpenFolders = 32;
 constexpr std::size_t kBufferSize = 1 << 16;
 constexpr int kFolderFlags = O_DIRECTORY | O_NONBLOCK | O_NOCTTY;
@@ -190,7 +190,7 @@ class TreeWalk {
     if (!options_.crossesFilesystems && status.st_dev != device_) {
       return;
     }
-    // A folder occurs again where a part of its own file system is mounted.
+    // A file with several names is counted once, and so is a folder that a bind mount shows again.
     if ((isFolder || status.st_nlink > 1) && !met_.insert(IdentityOf(status)).second) {
       return;
     }

@@ -304,7 +304,8 @@ std::vector<std::string> NamesIn(const std::string& folder) {
   return ListOptionalFolder(folder).value_or(std::vector<std::string>());
 }
 
-// Cron skips hidden files, and copies such as those that package tools leave.
+// Whether cron reads a file of this name. It skips hidden files, and copies such as those that
+// package tools leave.
 bool IsAcceptedName(std::string_view name) {
   return std::all_of(name.begin(), name.end(), [](char letter) {
     return (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z') ||
