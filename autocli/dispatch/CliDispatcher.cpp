@@ -115,7 +115,7 @@ class SecretWipe {
     if (!TypedSecrets::AreHeld()) {
       return;
     }
-    // Neither object is const, and no caller reads these values afterwards.
+    // The values were not declared const, and no caller reads them afterwards.
     for (const auto& [name, value] : parser_.GetCommandParameters()) {
       TypedSecrets::WipeIfSecret(const_cast<std::string&>(value));
     }

@@ -161,15 +161,16 @@ void AppendPairs(const Pairs& pairs, std::string& text) {
   }
 }
 
-// A failed read ends the line just as the end of the input does. A closed standard input counts as
-// empty.
+// Throws if reading failed, which ends a line just as the end of the input does. A closed standard
+// input counts as empty.
 void RequireStandardInput() {
   if (std::ferror(stdin) != 0 && errno != EBADF) {
     throw KestrelException("Unable to read standard input");
   }
 }
 
-// Clears the end of input that an earlier prompt may have met: a terminal can continue after it.
+// Reads a line from standard input. First clears the end of input that an earlier prompt may have
+// met, because a terminal can continue after it.
 std::string ReadLine() {
   std::clearerr(stdin);
   std::cin.clear();

@@ -77,8 +77,8 @@ UnreapedChildren& Unreaped() {
   return children;
 }
 
-/// A started child. If an exception prevents waiting for it, it goes to `UnreapedChildren`; it is
-/// not killed, because it may have work to finish.
+/// A started child. If an exception prevents waiting for the child, `UnreapedChildren` takes it
+/// over. The child is not killed, because it may have work to finish.
 class Child {
  public:
   Child() = default;
@@ -116,7 +116,7 @@ class Child {
   }
 
  private:
-  SignalForwarding forwarding_;  // the first member: its destructor may end the process
+  SignalForwarding forwarding_;  // the first, so destroyed last: may end the process
   pid_t pid_ = 0;
 };
 

@@ -75,8 +75,8 @@ void MaskPart(std::string& text, const std::string& part) {
 }
 
 constexpr std::size_t kMaxCopy = 8192;
-// More than the code below RunCommand uses; the largest part is a buffer of 64 kB for the output of
-// a child process.
+// More stack than the functions use that run a command; the largest part is a buffer of 64 kB for
+// the output of a child process.
 constexpr std::size_t kMaxStack = 96 * 1024;
 
 // The C library copies memory through vector registers, and parts of the last text stay in them.
@@ -92,8 +92,8 @@ constexpr std::size_t kMaxStack = 96 * 1024;
   }
 }
 
-// Registers are written to the stack when the dynamic linker looks up a function at its first call,
-// and when a signal is handled.
+// Wipes the unused part of the stack. Registers are written to the stack when the dynamic linker
+// looks up a function at its first call, and when a signal is handled.
 [[gnu::noinline]] void WipeStack() {
   std::array<char, kMaxStack> used;
   explicit_bzero(used.data(), used.size());

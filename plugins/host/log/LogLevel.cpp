@@ -96,7 +96,7 @@ int LevelOfWord(std::string_view word) {
   return kLowestLevel + 1;
 }
 
-// Returns the level of the word that begins at `first`.
+// Returns the level that the word at `first` indicates; kLowestLevel + 1 if it indicates none.
 int LevelOfWordAt(std::string_view line, std::size_t first) {
   if (IsDigit(line[first])) {
     return kLowestLevel + 1;
@@ -108,7 +108,8 @@ int LevelOfWordAt(std::string_view line, std::size_t first) {
   return LevelOfWord(line.substr(first, last - first));
 }
 
-// Looks at each byte before `end`.
+// Returns the level that the most urgent of the words beginning before `end` indicates. Looks at
+// each byte.
 int MostUrgentWordBefore(std::string_view line, std::size_t end) {
   int level = kLowestLevel + 1;
   for (std::size_t first = 0; first < end; ++first) {

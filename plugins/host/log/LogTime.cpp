@@ -20,7 +20,8 @@ constexpr std::size_t kMaxFractionDigits = 6;
 constexpr std::string_view kDigits = "0123456789";
 // The common log format is searched for in this many bytes of a line.
 constexpr std::size_t kMaxFieldsSize = 4096;
-// The clock of the machine that wrote a line may be ahead of this machine's clock.
+// The clock of the machine that wrote a line may be this number of seconds ahead of this machine's
+// clock.
 constexpr std::int64_t kMaxAhead = 3600;
 // Two successive leap years are at most eight years apart.
 constexpr int kMaxYearsBack = 8;
@@ -119,7 +120,7 @@ std::optional<WrittenTime> FindCommonLogTime(std::string_view line) {
   return std::nullopt;
 }
 
-// Reads a time at the start of a line, or after a bracket there.
+// Reads a time at the start of `text`, which begins at the line or after a bracket.
 std::optional<WrittenTime> TakeStart(std::string_view text) {
   if (text.empty()) {
     return std::nullopt;
@@ -137,7 +138,8 @@ std::optional<WrittenTime> TakeStart(std::string_view text) {
   return written ? written : TakeLetterTime(text);
 }
 
-// Finds a time anywhere in the line.
+// Finds a time at the start of the line, after a label or a leading word, or in the common log
+// format further inside.
 std::optional<WrittenTime> FindTime(std::string_view text) {
   if (const auto written = TakeStart(text[0] == '[' ? text.substr(1) : text)) {
     return written;

@@ -108,8 +108,8 @@ std::string FindTransport(const std::string& folder, const std::string& name) {
   return FindTransportName(name, {{"nvme", "nvme"}, {"mmcblk", "mmc"}});
 }
 
-// Returns an attribute that every device has; an empty string if the device has gone. Any other
-// failure is an error, because the device would be missing from the list.
+// Returns an attribute that every device has; an empty string if the device has gone. Throws for
+// any other failure, because the device would otherwise be missing from the list.
 std::string ReadRequiredAttribute(const std::string& path) {
   return std::string(Trim(ReadOptionalFile(path).value_or(std::string())));
 }

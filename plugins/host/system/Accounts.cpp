@@ -47,14 +47,16 @@ void RequireSuccess(const std::string& file) {
   }
 }
 
-// Must be called when the name service does not find a name, or lists no names at all.
+// Throws if the name service could not read its files. Must be called when it does not find a name,
+// or lists no names at all.
 void RequireAnswer(const std::string& file) {
   RequireSuccess(file);
   RequireReadable(file);
   ReadExistingFile(kSourcesFile);  // throws if it is unreadable; the service then reports no error
 }
 
-// Calls a function of the name service, which leaves `errno` unchanged when it succeeds.
+// Calls a function of the name service. Sets `errno` to 0 before, because the function leaves it
+// unchanged when it succeeds.
 template <typename Function, typename... Arguments>
 auto* Ask(Function function, Arguments... arguments) {
   errno = 0;
@@ -87,7 +89,7 @@ class GroupListing {
   ~GroupListing() { ::endgrent(); }
 };
 
-// Returns how many accounts there are.
+// Calls `use` for each account, and returns their number.
 std::size_t ListAccounts(const std::function<void(const AccountEntry& account)>& use) {
   const AccountListing listing;
   std::size_t count = 0;

@@ -111,7 +111,7 @@ std::uint16_t ParseId(const std::string& path) {
 
 std::uint32_t ParseByte(const std::string& path) { return ParseHexadecimal(path) & 0xff; }
 
-// The driver is a link to its folder.
+// Returns the name of the driver: the link "driver" refers to a folder of that name.
 std::string ReadDriver(const std::string& folder) {
   const std::string link = folder + "/driver";
   const auto target = ReadLink(link);

@@ -21,13 +21,15 @@ constexpr std::string_view kZoneFolder = "/zoneinfo/";
 constexpr long kMinute = 60;
 constexpr long kHour = 60 * kMinute;
 
-// The link leads to a file of the time zone database: ".../zoneinfo/Europe/Berlin".
+// Returns "Europe/Berlin" for a link to ".../zoneinfo/Europe/Berlin", a file of the time zone
+// database.
 std::string NameInLink(const std::string& target) {
   const std::size_t folder = target.rfind(kZoneFolder);
   return folder == std::string::npos ? std::string() : target.substr(folder + kZoneFolder.size());
 }
 
-// Reads the only line of a file; an empty string if there is no such file.
+// Returns the content of a file without white space at its ends; an empty string if there is no
+// such file.
 std::string ReadOptionalLine(const std::string& path) {
   const auto text = ReadOptionalFile(path);
   return text ? std::string(Trim(*text)) : std::string();

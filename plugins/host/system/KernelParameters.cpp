@@ -26,7 +26,8 @@ std::string SwapSeparators(std::string name) {
   return name;
 }
 
-// "net.ipv4.conf.eth0/1.mtu" and "net/ipv4/conf/eth0.1/mtu" are the same parameter.
+// Returns the path of a parameter's file: "net/ipv4/conf/eth0.1/mtu" for that name and for the name
+// "net.ipv4.conf.eth0/1.mtu".
 std::string RelativePath(const std::string& name) {
   const std::size_t separator = name.find_first_of("./");
   const bool isPath = separator != std::string::npos && name[separator] == '/';
@@ -182,8 +183,8 @@ class ParameterWalk {
     found_.push_back(std::move(parameter));
   }
 
-  // Returns whether the parameter exists. Some kernels report an arbitrary error when a parameter
-  // without a value is read.
+  // Returns whether the parameter exists. An error other than its absence does not matter, because
+  // some kernels report an arbitrary error when a parameter without a value is read.
   static bool ReadValue(const std::string& path, KernelParameter& parameter) {
     auto text = ReadFile(path);
     if (!text) {

@@ -68,8 +68,8 @@ void FillNumbers(Process& process, const std::vector<std::string_view>& words) {
   process.residentMemory = ClampedProduct(NumberAt(words, kResidentPages), pageSize);
 }
 
-// Reads the effective user, which is the second number after "Uid:", and the resident memory, which
-// is more recent here than in "stat".
+// Reads the file "status": the effective user, which is the second number after "Uid:", and the
+// resident memory, which is more recent there than in "stat". Returns false if there is no user.
 bool FillStatus(Process& process, std::string_view status) {
   bool hasUser = false;
   for (const std::string_view line : SplitLines(status)) {

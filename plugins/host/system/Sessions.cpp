@@ -50,8 +50,8 @@ Session ParseSession(std::string_view text) {
   return session;
 }
 
-// Returns the sessions whose process is alive. The entry of a session remains if the machine loses
-// power.
+// Returns the sessions whose process is alive. Other entries may remain from the time before the
+// machine lost power.
 std::vector<Session> AliveSessions(std::string_view records) {
   auto sessions = ParseSessionRecords(records);
   sessions.erase(std::remove_if(sessions.begin(), sessions.end(),
