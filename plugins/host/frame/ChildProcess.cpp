@@ -296,7 +296,7 @@ OutputReader AppendTo(std::string& text) {
   };
 }
 
-// Like AppendTo, but throws if a program does not stop writing.
+// Like AppendTo, but throws if the program writes more than kMaxOutputSize bytes.
 OutputReader AppendLimited(std::string& text, const std::string& path) {
   return [&text, path](std::string_view piece) {
     if (text.size() + piece.size() > kMaxOutputSize) {

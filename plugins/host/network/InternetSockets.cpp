@@ -70,7 +70,7 @@ std::vector<std::string> AcceptingAddresses(long family, const std::string& addr
   return {address, "::"};
 }
 
-/// Finds the users of half-open connections, which are those of the listening sockets.
+/// Finds the user of a half-open connection, which is the user of the listening socket.
 class Listeners {
  public:
   void Add(const Socket& socket) {
@@ -115,7 +115,7 @@ std::vector<Socket> AskKernel(const std::string& protocol, long family) {
       DumpNetlink({NETLINK_SOCK_DIAG, SOCK_DIAG_BY_FAMILY, body}, protocol + " sockets"), protocol);
 }
 
-// A kernel without IPv6 has no table for it.
+// Returns no sockets for IPv6 if the kernel does not support it and so has no table for it.
 std::vector<Socket> ReadTable(const std::string& folder, const std::string& protocol, long family) {
   const std::string path = folder + "/" + protocol;
   if (family == 4) {

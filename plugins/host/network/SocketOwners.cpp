@@ -35,8 +35,8 @@ std::optional<long> SocketInode(std::string_view target) {
   return ReadDigits(target.substr(kPrefix.size(), target.size() - kPrefix.size() - 1));
 }
 
-// Handles a failure to read the files of another process: the process may have ended, or belong to
-// another user.
+// Handles a failure to read the files of another process. The process may have ended, or belong to
+// another user; throws for any other error.
 void AcceptRefusal(const std::string& path, SocketOwners& owners) {
   if (errno == EACCES || errno == EPERM) {
     owners.isComplete = false;
@@ -89,7 +89,7 @@ SocketOwners ReadSocketOwners(const std::string& procFolder) {
     throw KestrelException("Unable to read " + procFolder + ": " + std::strerror(errno));
   }
   SocketOwners owners;
-  // A mount option of /proc can hide the processes of others completely.
+  // Only root is sure to see all processes: a mount option of /proc can hide those of other users.
   owners.isComplete = ::geteuid() == 0;
   for (const std::string& name : *names) {
     if (const auto processId = ReadDigits(name)) {

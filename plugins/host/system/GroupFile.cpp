@@ -40,7 +40,8 @@ std::optional<GroupLine> ParseLine(std::string_view line) {
   return isNumber ? std::make_optional(group) : std::nullopt;
 }
 
-// Returns what follows "group:" in the only line that begins with it.
+// Returns what follows "group:" in the only line that begins with it; nothing if there is no such
+// line or more than one.
 std::optional<std::string_view> FindSources(std::string_view text) {
   std::optional<std::string_view> found;
   for (const std::string_view line : SplitLines(text)) {
