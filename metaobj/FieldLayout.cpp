@@ -54,7 +54,8 @@ class TableLock {
 
 std::size_t HashOf(std::string_view text) { return std::hash<std::string_view>()(text); }
 
-// The hash of a layout is the sum of the hashes of its fields, so their order does not matter.
+// The hash of a layout is the sum of the hashes of its type name and of its fields, so the order of
+// the fields does not matter.
 std::size_t HashOf(const FieldText& text) {
   constexpr std::size_t kOddFactor = 0x9e3779b97f4a7c15;
   return (HashOf(text.name) + 1) * kOddFactor + HashOf(text.documentation);

@@ -26,8 +26,8 @@
 // pointer to it.
 //
 // The number of layouts, the fields of a layout, the length of a name and the transitions of a
-// layout are bounded. A structure that exceeds a bound has no layout but an index of its own, which
-// maps names to fields.
+// layout are bounded. A structure that exceeds a bound has an index of its own, a map from names to
+// fields, and a layout without fields.
 //
 // Several threads may use layouts. While the process has one thread, the functions take no lock and
 // execute no locked instruction.

@@ -415,7 +415,8 @@ void MetaStruct::CheckValue(std::string_view name, const std::shared_ptr<MetaObj
   }
 }
 
-// An existing field needs no such check: the fields of a definition never change.
+// Called for a new field only. An existing field needs no check, because the fields of a definition
+// never change.
 inline void MetaStruct::CheckNewField(std::string_view name) const {
   if (locked_.load(std::memory_order_relaxed)) {
     throw KestrelException(LockedMessage(name));

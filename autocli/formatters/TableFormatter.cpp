@@ -68,7 +68,7 @@ class FieldPath {
   /// Returns the value at the end of the path, null if there is none. `first` is the value of the
   /// first name in `structure`, null if there is no such field. If a name other than the last one
   /// is not found, the next one is looked up in the same structure, because scripts rely on it. If
-  /// the value of such a name is not a structure, the result is null.
+  /// it is found, but its value is not a structure, the result is null.
   const std::shared_ptr<MetaObject>* Follow(const MetaStruct& structure,
                                             const std::shared_ptr<MetaObject>* first) {
     return rest_ == nullptr ? first : FollowRest(structure, first);
@@ -192,7 +192,8 @@ class Table {
       for (; column != columns_.end(); ++column, ++slot) {
         const auto* const value = column->path.Follow(row, ValueInSlot(slots, *slot));
         if (value == nullptr || !MetaObj::ValueAccess::IsScalarClass(**value)) {
-          // A value of a foreign class may change the row when `ToString` is called.
+          // A value of a foreign class may change the row when `ToString` is called, so the slots
+          // are not used from here on.
           break;
         }
         use(*column, **value);

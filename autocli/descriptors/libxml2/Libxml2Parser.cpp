@@ -178,7 +178,7 @@ class LimitedParser {
       defaults_;                  // the number of default attributes declared for each element
   std::size_t defaultsSize_ = 0;  // the total size of the inserted defaults
   const char* fault_ = nullptr;
-  ParserContext parser_;  // the last, because it calls `Close` when it is released
+  ParserContext parser_;  // the last, so released first: that calls `Close`
 };
 
 /// Makes `input` the input of `parser` and forbids access to a network. Returns false when `input`
@@ -219,7 +219,7 @@ XmlDocument ParseFromInput(ParserContext parser, const XmlDiagnostics& diagnosti
   return limited.Parse(diagnostics);
 }
 
-/// Whether libxml2 would fetch `path`.
+/// Whether libxml2 would fetch `path` from a network.
 bool IsOnNetwork(const std::string& path) {
   return strncasecmp(path.c_str(), "http://", 7) == 0 ||
          strncasecmp(path.c_str(), "ftp://", 6) == 0;
