@@ -11,8 +11,8 @@ namespace {
 
 constexpr std::string_view kSpaces = " \t\n\v\f\r";
 
-// A message of the library: "<before>WORD<between>PATH<after>". The word can contain any character,
-// the names in the path only letters and digits.
+// A message of the library: "<before>WORD<between>PATH<after>". The word can contain any character;
+// the names in the path consist of letters and digits.
 struct Form {
   std::string_view before;
   std::string_view between;

@@ -14,7 +14,8 @@ namespace {
 
 bool IsControl(unsigned char byte) { return byte < 0x20 || byte == 0x7f; }
 
-// U+0080 to U+009F, which some terminals interpret as commands.
+// Whether the bytes are a character from U+0080 to U+009F. Some terminals interpret these
+// characters as commands.
 bool IsControlPair(unsigned char first, unsigned char second) {
   return first == 0xc2 && second >= 0x80 && second <= 0x9f;
 }
@@ -57,7 +58,8 @@ bool IsPrintableAscii(std::string_view text) {
 
 bool HasByte(std::uint64_t bytes, std::uint64_t byte) { return HasLess(bytes ^ (kOnes * byte), 1); }
 
-// Fast path: most strings contain none of these bytes.
+// Fast path: most strings contain neither a control character nor the byte 0xc2, with which the
+// characters U+0080 to U+009F begin.
 bool MayNeedEscapes(std::string_view text) {
   for (std::uint64_t bytes = 0; text.size() >= sizeof(bytes); text.remove_prefix(sizeof(bytes))) {
     std::memcpy(&bytes, text.data(), sizeof(bytes));

@@ -244,7 +244,7 @@ bool ReadSyslogTime(std::string_view& text, WrittenTime& written) {
   return TakeClock(text, time);
 }
 
-// In this format the zone precedes the year.
+// Takes the name of a zone, if there is one. In the format of date(1), it precedes the year.
 bool TakeZoneName(std::string_view& text, WrittenTime& written) {
   std::size_t size = 0;
   while (size < text.size() && IsUpper(text[size])) {

@@ -68,7 +68,7 @@ std::optional<std::int64_t> TimeIn(const Json& row, const char* key) {
   return static_cast<std::int64_t>(found->get<std::uint64_t>() / kMicroseconds);
 }
 
-// Returns the rest of a line after `lastWord`, which is a part of it.
+// Returns the rest of `line` after `lastWord`, which is a view into `line`.
 std::string_view RestAfter(std::string_view line, std::string_view lastWord) {
   return Trim(
       line.substr(static_cast<std::size_t>(lastWord.data() - line.data()) + lastWord.size()));

@@ -27,7 +27,7 @@ constexpr long CpuTimes::*const kColumns[] = {
 constexpr std::size_t kFewestColumns = 4;
 constexpr std::size_t kColumnCount = sizeof(kColumns) / sizeof(kColumns[0]);
 
-// "cpu" is the sum, "cpu12" one processor.
+// Returns 12 for "cpu12", and -1 for "cpu", the sum of all processors.
 std::optional<long> ParseName(std::string_view name) {
   if (name == kPrefix) {
     return -1;

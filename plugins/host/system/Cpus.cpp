@@ -68,7 +68,8 @@ long ParseMegahertz(const std::string& text) {
   return ParseNumber(text.substr(0, point) + digits).value_or(-1);
 }
 
-// A link named "node3" in the folder of a processor means memory node 3.
+// Returns the number of a processor's memory node; -1 if it is unknown. For node 3, the folder of
+// the processor contains a link named "node3".
 long ReadNode(const std::string& folder) {
   constexpr std::string_view kPrefix = "node";
   for (const std::string& name : ListOptionalFolder(folder).value_or(std::vector<std::string>())) {

@@ -13,7 +13,7 @@ namespace Kestrel::Host {
 struct KernelModule {
   std::string name;
   long size = 0;                   ///< In bytes.
-  long references = 0;             ///< The number of its users; -1 if it cannot be unloaded.
+  long references = 0;             ///< The number of users; -1 if the kernel cannot unload modules.
   std::vector<std::string> users;  ///< The modules among its users.
   std::string state;               ///< "Live", "Loading" or "Unloading".
 };
