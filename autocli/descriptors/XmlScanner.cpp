@@ -338,7 +338,7 @@ class Scanner {
     return buffers_[firstFree_++];
   }
 
-  /// Reads a character that is not in the class `plain`.
+  /// Reads a character that is not in the class `plain`, and appends what it stands for.
   bool ReplaceCharacter(std::uint8_t plain, std::string& replaced) {
     const char c = Next();
     if (c == '&') {
@@ -392,7 +392,7 @@ class Scanner {
   XmlEvents& events_;
   std::vector<std::string_view> open_;  // the names of the elements that are open
   XmlAttributes attributes_;
-  std::deque<std::string> buffers_;  // for values with references
+  std::deque<std::string> buffers_;  // for copies of text and values
   std::size_t firstFree_ = 0;        // of the buffers
   std::unordered_set<std::string_view> names_;
   std::size_t namesSize_ = 0;

@@ -52,7 +52,7 @@ const xmlNode* FirstValueAt(const xmlNode* node) {
   return node;
 }
 
-// The limit for entities is checked before, for the whole value.
+// The callers of these functions check the limit for entities first, for the whole value.
 std::shared_ptr<MetaStruct> BuildStruct(const xmlNode* node);
 std::shared_ptr<MetaList> BuildList(const xmlNode* node);
 

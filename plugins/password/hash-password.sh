@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# hash-password.sh [--salt=TEXT]: prints the hash of the password on its standard input.
+# hash-password.sh [--salt=TEXT]: prints the hash of the password that its standard input contains.
 #
 # The password is never in a file or an argument, only in the memory of this shell and of openssl.
 here=${0%/*}
