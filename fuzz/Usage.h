@@ -20,7 +20,8 @@ class Usage {
   explicit Usage(std::size_t inputSize);
 
   /// Requires that at most `kMaxBytesPerByte` bytes and `kMaxNanosecondsPerByte` were used for each
-  /// byte of the input and of an output, beyond what any input may use.
+  /// byte of the input and of an output, in addition to `kMaxBytes` and `kMaxNanoseconds`, which
+  /// any input may use.
   void Check(std::size_t outputSize = 0) const;
 
  private:

@@ -48,7 +48,7 @@ class CheckOdditiesTest(unittest.TestCase):
                           f"{SECURITY}: no test in the row | broken | none |"],
                          self.problems_of("", security=PROMISES + rows))
 
-    def test_reads_no_other_tables_of_the_page_about_security(self):
+    def test_reads_only_the_table_of_promises_in_the_security_page(self):
         self.assertEqual([], self.problems_of("", security=HEAD + "| odd | none |\n"))
 
 

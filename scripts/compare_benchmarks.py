@@ -6,16 +6,16 @@
     compare_benchmarks.py [--build DIR] [--record] [ROW]...
 
 callgrind counts the instructions of two runs of a workload with different numbers of rounds; the
-difference is the cost of the rounds between them, without the start. A row that begins with "start"
-is a whole run of the tool. DIR is a build tree with the target `kestrel_workloads` and the stage
-(default build/bench). ROW selects rows by name.
+difference, divided by the number of additional rounds, is the cost of one round without the
+start-up. A row that begins with "start" is a whole run of the tool. DIR is a build tree with the
+target `kestrel_workloads` and the stage (default build/bench). ROW selects rows by name.
 
 Numbers depend on the compiler and the libraries, so they are compared only if both are the recorded
 ones. --record writes the numbers to benchmarks/results/instructions.json.
 
-Exit status: 0 if no row is more than 3 % above the recorded number, or if the section "Unreleased"
-of CHANGELOG.md has a line for each such row that begins with "- Slower: `ROW`" and says why. 1 if
-such a line is missing, or if the recorded numbers are those of another compiler or library. 2 if
+Exit status: 0 if no row is more than 3 % above the recorded number, or if, for each such row, the
+section "Unreleased" of CHANGELOG.md has a line that begins with "- Slower: `ROW`" and says why. 1
+if such a line is missing, or if the recorded numbers are those of another compiler or library. 2 if
 something could not be run.
 """
 
@@ -69,7 +69,8 @@ def count_instructions(words, folder, status=0):
 
 
 def start_rows(build):
-    """Returns the words of the whole runs. Each run lists the root, which exits with 1."""
+    """Returns the command lines of the rows that run the whole tool. Each lists the root, and so
+    exits with 1."""
     stage = build / "stage"
     return {
         "start": [stage / "bin" / "vexil"],

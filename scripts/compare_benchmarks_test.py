@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Tests of compare_benchmarks.py: which rows are faults. The counting needs a build and is not run."""
+"""Tests of compare_benchmarks.py. valgrind and the workloads, which need a build, are replaced."""
 
 import subprocess
 import unittest

@@ -2,8 +2,8 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# try_packages.sh EARLIER BUILT LATER WORK: tries the life of the packages in an overlay of this
-# machine's root that is mounted at WORK: installs those in EARLIER, upgrades to those in BUILT and
+# try_packages.sh EARLIER BUILT LATER WORK: tests the life cycle of the packages in an overlay of
+# this machine's root, mounted at WORK: installs those in EARLIER, upgrades to those in BUILT and
 # runs the tests in debian/tests, upgrades to those in LATER, removes and purges them. Afterwards no
 # file of the packages may be left.
 #

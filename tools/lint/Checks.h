@@ -79,7 +79,7 @@ void CheckTemplates(const Document& document, const CommandParts& command, FileR
 /// Reports suppressions that have no reason, name an unknown rule, or have no effect.
 void CheckSuppressions(const Document& document, FileReport& report);
 
-/// Returns all elements of the commands, in the order of the document.
+/// Returns the `command` elements, in document order.
 std::vector<const Element*> FindCommands(const Element& root);
 
 }  // namespace Kestrel::Lint

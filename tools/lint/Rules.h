@@ -10,7 +10,7 @@ namespace Kestrel::Lint {
 
 enum class Severity { Error, Warning, Note, Info };
 
-/// Returns the word for a severity in a report: "error".
+/// Returns the word for a severity in a report, such as "error".
 const char* WordOf(Severity severity);
 
 struct Rule {

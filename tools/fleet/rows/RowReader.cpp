@@ -37,7 +37,8 @@ struct Field {
   std::string name;
   std::string kind;  // without the suffix
   bool isList = false;
-  std::shared_ptr<const Structure> inner;  // of one or more structures; else null
+  // The shape, if the field is a structure or a list of structures; else null.
+  std::shared_ptr<const Structure> inner;
 };
 
 Structure ReadStructure(const std::string& typeName, const Json& fields);

@@ -12,8 +12,8 @@ from .engine import fold
 
 
 def report_contract(answers: Sequence[Answer]) -> List[str]:
-    """Returns a line for each difference from the description that most hosts have; none if all
-    agree."""
+    """Returns a heading and a line for each difference from the description that most hosts have;
+    an empty list if all agree."""
     hosts: Dict[Description, List[str]] = {}
     for answer in answers:
         if answer.description is not None:

@@ -1,9 +1,9 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Prints rows of many hosts through the local vexil, in each of its formats.
+"""Prints rows of many hosts through the local vexil, in any of its formats.
 
 The rows go to a plug-in of the tool, fleet-rows.so, which returns them as one list with the host in
-the first field. So sorting, formats and their parameters work as for every other command.
+the first field. So sorting, formats and their parameters work as for the other commands.
 """
 
 import json

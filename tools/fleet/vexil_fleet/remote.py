@@ -17,7 +17,8 @@ The lines that the script itself prints begin with a mark that is random in each
     the result
     MARK ended STATUS
 
-An empty line precedes each mark, so that a last line without a line feed is noticed.
+The script prints a line feed before each mark, so a mark begins a line even if the output before it
+does not end with a line feed.
 """
 
 import os
@@ -102,7 +103,8 @@ class Job:
         if self.words:
             parts.append(self._run_function())
             calls.append("vexil_run")
-        # The shell parses all of this before it runs anything, so a part of a script never runs.
+        # The shell parses all of this before it runs anything, so a script that arrives incomplete
+        # does not run at all.
         return os.fsencode("{ " + "".join(parts) + "}; " + "; ".join(calls) + "; exit 0\n")
 
     def _run_function(self) -> str:
