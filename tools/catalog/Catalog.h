@@ -19,7 +19,8 @@
 /// pass them to other processes. The values keep nothing of the dispatcher alive and are compared
 /// by value.
 ///
-/// - A path is the words of a node from the root down, separated by a space: "storage mount list".
+/// - A path consists of the names on the way from the root to a node, separated by a space:
+/// "storage mount list".
 /// - A plug-in is named by its file without folders: "host.so", "log.xml".
 /// - Strings are valid UTF-8; other bytes of a declaration are replaced by `\xHH`. An empty string
 /// means that nothing was declared.
@@ -124,8 +125,8 @@ struct Command {
 struct Namespace {
   std::string path;
   std::string description;
-  /// The plug-ins that declare the namespace or have a command below it, in byte order. Empty if it
-  /// contains nothing and no descriptor declares it.
+  /// The plug-ins that declare the namespace or have a command below it, in byte order. Empty if
+  /// the namespace contains nothing and no descriptor declares it.
   std::vector<std::string> plugins;
 };
 

@@ -202,8 +202,8 @@ class Writer {
   }
 };
 
-/// Thrown for a wrong value, with its place. Each function that it passes through adds a key or
-/// index to the path.
+/// Thrown for a wrong value. Each function that it passes through puts a key or an index before
+/// `place`.
 struct Mismatch {
   std::string place;
   std::string expected;

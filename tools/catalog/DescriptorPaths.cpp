@@ -23,7 +23,7 @@ using AutoCli::XmlPlugin;
 namespace {
 
 /// A root that returns itself for every path and never contains a name. So a descriptor registers
-/// every node here, and no parent needs to exist.
+/// all nodes directly in this root, and no parent needs to exist.
 class RecordingRoot : public Namespace {
  public:
   static std::shared_ptr<RecordingRoot> New() { return std::make_shared<RecordingRoot>(); }
@@ -53,7 +53,7 @@ class RecordingRoot : public Namespace {
   }
 
  private:
-  std::string above_;  // the words that the next node is registered below, each followed by a space
+  std::string above_;  // the path of the next node's parent, with a space after each word
 };
 
 /// Returns as much of a file as can be read.

@@ -27,8 +27,8 @@ DescriptorPaths ReadDescriptorPaths(const std::string& file);
 /// with a prefix or a reference in it, or an encoding other than UTF-8 or ASCII.
 std::optional<DescriptorPaths> ScanDescriptor(std::string_view text);
 
-/// Reads the paths with the library's reader, as loading does. Throws KestrelException if that
-/// rejects the file.
+/// Reads the paths with the library's reader, as loading does. Throws KestrelException if the
+/// reader rejects the file.
 DescriptorPaths LoadDescriptorPaths(const std::string& file);
 
 }  // namespace Kestrel::Catalog

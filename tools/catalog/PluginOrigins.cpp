@@ -50,7 +50,8 @@ const link_map* FindLoaded(const std::string& path) {
   return object;
 }
 
-/// Returns the object that contains the type information of a class; null if the loader has none.
+/// Returns the object that contains the type information of a class, or null if the loader knows no
+/// such object.
 const link_map* FindObject(const std::type_info& type) {
   Dl_info info;
   void* object = nullptr;

@@ -34,8 +34,8 @@ struct Plugin {
 /// have classes of the same name with default visibility, the loader treats them as one class;
 /// their commands are then attributed to the plug-in that was loaded first.
 /// - A command from a descriptor has a class of the library. Its plug-in is the descriptor that
-/// declares its path. For this, all descriptors are read again, once, when the plug-in of such a
-/// command is first requested. A descriptor that can no longer be read declares nothing.
+/// declares its path. All descriptors are read again for this, but only once: when the plug-in of
+/// such a command is first requested. A descriptor that can no longer be read declares nothing.
 ///
 /// Returned references and pointers are valid during the lifetime of the object.
 class PluginOrigins {
@@ -48,7 +48,7 @@ class PluginOrigins {
   const std::vector<const Plugin*>& GetPlugins() const { return registered_; }
 
   /// Returns the plug-in of the command at `path`; null if it cannot be determined, or if the node
-  /// is a namespace of the library's class. The result is not one of `GetPlugins` if the plug-in
+  /// is an object of the class Namespace. The result is not one of `GetPlugins` if the plug-in
   /// failed after it had registered the command, or if the command's class is in a library that the
   /// plug-in uses.
   const Plugin* FindPlugin(const AutoCli::NamespaceNode& command, const std::string& path);

@@ -69,7 +69,8 @@ std::string Escaped(const std::string& text) {
 
 std::string ReadText(const std::string& text) { return IsAscii(text) ? text : Escaped(text); }
 
-/// The library has a fixed string for documentation that was never set.
+/// Returns an empty string for documentation that was never set, for which the library has a fixed
+/// string.
 std::string ReadDocumentation(const std::string& text) {
   return text == MetaStruct::_docMissingStaticString ? std::string() : ReadText(text);
 }

@@ -117,7 +117,8 @@ std::string CollectField(const std::shared_ptr<MetaObject>& root, const std::str
   return text;
 }
 
-// A relative or empty folder in PATH would find programs in the current folder.
+// Removes relative and empty folders from PATH, because they would make the shell find programs in
+// the current folder.
 void KeepAbsoluteFolders() {
   const char* path = std::getenv("PATH");
   std::string folders;

@@ -11,9 +11,8 @@
 
 namespace Kestrel::Explain {
 
-/// Explains the arguments of the tool. Loads the plug-ins that they name; plug-ins that cannot be
-/// loaded are reported on standard error, as the tool does. Runs no command and prompts for
-/// nothing.
+/// Explains the arguments of the tool. Loads the plug-ins that they name and, as the tool does,
+/// reports on standard error those that cannot be loaded. Runs no command and prompts for nothing.
 ///
 /// Throws the exceptions of the command's declaration.
 Explanation ExplainLine(AutoCli::CliDispatcher& dispatcher,

@@ -14,8 +14,8 @@ struct ExplainedParameter {
   std::string name;
   std::string kind;                 ///< such as "int-list"
   std::vector<std::string> values;  ///< as the command reads them: 7, true, 'text', ***
-  std::string origin;               ///< their source; empty if the parameter is not given
-  std::string constraint;           ///< empty without one
+  std::string origin;               ///< where the values come from; empty if there are none
+  std::string constraint;           ///< empty if the parameter has none
   bool isConstraintMet = true;
 };
 

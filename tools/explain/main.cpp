@@ -95,7 +95,7 @@ int Run(std::vector<std::string> arguments, const Console& console) {
   if (!own.empty()) {
     return PrintShell(explanation, own == "--shell-input", console);
   }
-  // The words may control a terminal.
+  // The report contains words of the user, which could control a terminal.
   if (!console.Print(Kestrel::AutoCli::MessageFor(STDOUT_FILENO, WriteReport(explanation)))) {
     return kCouldNotRun;
   }

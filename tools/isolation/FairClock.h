@@ -22,11 +22,11 @@ class FairClock {
  public:
   using milliseconds = std::chrono::milliseconds;
 
-  /// How often `Now` must be called: the processes are looked at this often.
+  /// The interval at which the processes are looked at. `Now` must be called at least this often.
   static constexpr milliseconds kStep{100};
 
-  /// Returns the time since the construction. The time of a step that has not ended is included
-  /// completely.
+  /// Returns the time since the construction. The time since the last look at the processes is
+  /// included completely.
   milliseconds Now();
 
  private:

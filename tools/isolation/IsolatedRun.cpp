@@ -43,7 +43,8 @@ void WriteAll(int descriptor, std::string_view text) {
   }
 }
 
-// A plug-in may read and print, which must not disturb this program, and a crash is expected.
+// A plug-in may read and print, which must not disturb this program. Crashes are expected, so they
+// leave no core dump.
 void PrepareChild(pid_t parent) {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     std::signal(signal, SIG_DFL);

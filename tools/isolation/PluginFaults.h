@@ -8,8 +8,8 @@
 
 namespace Kestrel::Isolation {
 
-/// Returns a path to the same file that contains a slash. Without one, the loader would search its
-/// own folders.
+/// Returns a path that contains a slash and leads to the same file. Without a slash, the loader
+/// would search its own folders.
 std::string PathForLoader(const std::string& file);
 
 /// Loads a shared object, binding all of its functions immediately, and returns the loader's

@@ -45,7 +45,7 @@ struct Host {
 /// Reports unknown elements and attributes, ignored text, and content that is cut off.
 void CheckStructure(const Document& document, FileReport& report);
 
-/// Reports what the loader refuses, in the words of the loader. Returns the commands.
+/// Reports what the loader refuses, with the loader's messages. Returns the commands.
 std::vector<CommandParts> CheckLoading(const Element& root, const std::string& file,
                                        FileReport& report);
 

@@ -29,7 +29,7 @@ struct Piece {
 
   Kind kind = Kind::Text;
   std::string text;
-  /// For each byte of `text`, the byte of the file that it comes from.
+  /// For each byte of `text`, the offset in the file of the byte that it comes from.
   std::vector<std::size_t> offsets;
 
   bool IsText() const { return kind == Kind::Text || kind == Kind::CData; }
@@ -69,7 +69,7 @@ struct Element {
   std::string GetContent() const;
 };
 
-/// Keeps the parser from printing diagnostics on standard error during its lifetime.
+/// While an object of this class exists, the parser prints no diagnostics on standard error.
 class SilentParser {
  public:
   SilentParser();

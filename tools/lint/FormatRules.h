@@ -25,7 +25,7 @@ struct FormatDeclaration {
 /// A mistake in a default format.
 struct FormatFault {
   const char* rule;
-  /// The number of the parameter; nothing for the formatter.
+  /// The index of the parameter with the mistake; nothing if the mistake is in the formatter.
   std::optional<std::size_t> parameter;
   std::string what;
   std::string advice;

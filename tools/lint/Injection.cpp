@@ -57,8 +57,8 @@ std::size_t CountWords(const ShellReading& reading) {
   return count;
 }
 
-// Options are the words that begin with "-", up to "--". A file name that replaces a pattern can
-// begin with "-" too.
+// Counts the words before "--" that begin with "-", and the patterns that may be replaced by a file
+// name that begins with "-".
 std::size_t CountOptions(const ShellReading& reading) {
   std::size_t count = 0;
   for (const ShellCommand& command : reading.commands) {
@@ -249,7 +249,8 @@ void Injection::Compare(const ParameterSpec& parameter, const std::string& value
   if (hostile.isUnderstood && !hostile.isComplete) {
     note(verdict.isAltered);
   }
-  // The descriptor itself writes the values of an enumeration.
+  // The descriptor contains the values of an enumeration, so a command that one of them names is
+  // intended.
   const auto& constraint = parameter.GetConstraint();
   const bool isListed = constraint != nullptr && constraint->GetType() == CallSpec::StringEnum;
   const std::set<std::string> known = NamesOf(plain, isListed ? value : std::string(1, kHarmless));

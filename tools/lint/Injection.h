@@ -28,7 +28,8 @@ struct Verdict {
   std::optional<std::string> isAltered;
   /// Whether the line has parts that are not understood, so that the effect is unknown.
   bool isUnknown = false;
-  /// Whether the value is a part of a program in another language, or of a second shell.
+  /// The interpreter, if the value becomes a part of a program for another interpreter, such as awk
+  /// or a second shell; otherwise empty.
   std::string program;
 };
 

@@ -19,7 +19,7 @@ struct Misreading {
 ///
 /// This program has its own definitions of the functions of `CallSpec::Input` that read numbers and
 /// booleans. The dynamic loader searches the program before the library, so a shared object calls
-/// these.
+/// the program's definitions.
 std::vector<Misreading> TakeMisreadings();
 
 }  // namespace Kestrel::Lint

@@ -321,7 +321,8 @@ class Language::PairGraph {
     return component_[from] == component_[to] && isUseful_[to];
   }
 
-  // Returns whether there are two paths between the same two states.
+  // Adds the successors of a pair to the graph. Returns true if a state in a loop has two
+  // transitions to the same next state.
   bool Expand(std::size_t number) {
     const Pair pair = pairs_[number];
     for (const auto& [left, ways] : states_[pair.first].next) {

@@ -38,7 +38,8 @@ bool HasSuffix(const std::string& file, const std::string& suffix) {
          file.compare(file.size() - suffix.size(), suffix.size(), suffix) == 0;
 }
 
-// Returns why a file cannot be read; empty if it can. A pipe or a device may have no end.
+// Returns why a file cannot be read; empty if it can. Pipes and devices are refused, because they
+// may have no end.
 std::string FindObstacle(const std::string& file) {
   std::error_code error;
   const auto type = std::filesystem::status(file, error).type();

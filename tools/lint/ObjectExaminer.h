@@ -16,10 +16,10 @@ class Dispatcher;
 
 namespace Kestrel::Lint {
 
-/// Examines a shared object in this process, which may not survive it.
+/// Examines a shared object in this process, which may not survive the examination.
 ///
-/// Calls `enter` with a description of each step before any code of the shared object runs for it,
-/// and `report` with every fault.
+/// Calls `enter` with a description of each step, before any code of the shared object runs in that
+/// step, and `report` with each fault.
 class ObjectExaminer {
  public:
   using Enter = std::function<void(const std::string& what)>;

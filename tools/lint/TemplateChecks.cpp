@@ -33,7 +33,7 @@ bool BeginsCompound(const std::string& command) {
   return command[begin] == '(' || keywords.count(word) != 0;
 }
 
-/// The templates of one command.
+/// Checks the templates of one command.
 class TemplateCheck {
  public:
   TemplateCheck(const Document& document, const CommandParts& command, FileReport& report)

@@ -93,7 +93,8 @@ void Declare(const Field& field, StructShape& shape) {
   }
 }
 
-/// A string for people, such as "1.5 GiB", is sorted by the integer in its companion field.
+/// Declares that a string for people, such as "1.5 GiB", is sorted by the integer in its companion
+/// field.
 void DeclareSortKeys(const std::vector<Field>& fields, StructShape& shape) {
   for (const Field& text : fields) {
     for (const Field& key : fields) {

@@ -16,7 +16,7 @@ namespace Kestrel::Fleet {
 ///
 ///     the shape      {"type": TYPE, "fields": [FIELD, ...]}
 ///     for each part  {"host": HOST, "rows": COUNT}
-///                    as many rows, each an object with a member for each field but the first
+///                    COUNT rows, each an object with a member for each field but the first
 ///
 /// FIELD is an array: the name, the kind as `vexil command describe` names it, and for structures
 /// the type name and an array of fields. The first field of the shape is a string; it becomes HOST.

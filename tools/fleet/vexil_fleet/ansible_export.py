@@ -70,7 +70,8 @@ def describe(tool: str, path: str) -> Dict[str, Any]:
 
 
 def option_name(parameter: str) -> str:
-    """Options of modules have underscores; `tool` is one of the module's own."""
+    """Returns the name of the option for a parameter. Names of options have underscores; `tool` is
+    an option of the module itself."""
     name = re.sub(r"[^a-z0-9]", "_", parameter.lower())
     return f"{name}_" if name == "tool" else name
 
@@ -140,7 +141,8 @@ def returned(values: Dict[str, Any]) -> Dict[str, Any]:
 
 
 def to_yaml(value: Any, indent: int = 0) -> Iterator[str]:
-    """YAML in block style. Scalars are written as JSON, which is valid YAML."""
+    """Yields the lines of a value as YAML in block style. Scalars are written as JSON, which is
+    valid YAML."""
     blank = " " * indent
     if isinstance(value, dict) and value:
         for key, inner in value.items():

@@ -15,7 +15,7 @@ from .stored import StoredLines
 
 _NOT_FOUND = 127
 _SIGNALLED = 128
-# How much of a host's messages is shown.
+# How many characters of a host's messages are shown.
 _MAX_MESSAGE = 500
 
 
@@ -60,7 +60,8 @@ class Reader:
         self._rows: dict[tuple[int, bytes], Rows] = {}
 
     def read(self, visit: Visit, runs: bool) -> Answer:
-        """`runs` is false if the hosts only had to describe the command."""
+        """Returns the answer to a visit. `runs` is false if the host only had to describe the
+        command."""
         answer = Answer(visit.host, Status.OK, seconds=visit.seconds, size=visit.reply.size)
         self._read_description(visit, answer)
         if answer.status == Status.OK and runs:

@@ -41,7 +41,7 @@ def complete(program: str, index: int, words: Sequence[str]) -> Candidates:
 
 def complete_option(program: str, option: Sequence[str], part: int,
                     path: Sequence[str]) -> Candidates:
-    """`part` is 0 for the option itself and 1 for its value."""
+    """Completes an option: `part` is 0 for the option itself and 1 for its value."""
     if part == 1:
         return complete_value(program, option[0], option[1], path)
     name, is_joined, value = option[0].partition("=")
@@ -70,7 +70,7 @@ def complete_value(program: str, name: str, value: str, path: Sequence[str]) -> 
 
 
 def groups() -> List[str]:
-    # Imported only when needed, because that reads files, and may run programs.
+    # Imported only when needed, because the import reads files, and may run programs.
     from ClusterShell.NodeSet import grouplist  # pylint: disable=import-outside-toplevel
     from ClusterShell.NodeUtils import GroupResolverError  # pylint: disable=C0415
     try:
@@ -91,7 +91,8 @@ def ask_tool(program: str, index: int, words: Sequence[str]) -> Candidates:
 
 
 def main(program: str, arguments: Sequence[str]) -> int:
-    """`program` is vexil-complete; the arguments are an index and the words of the line."""
+    """Prints the candidates. `program` is vexil-complete; the arguments are an index and the words
+    of the line."""
     if len(arguments) < 2 or not arguments[0].isdigit() or int(arguments[0]) < 1:
         print("Usage: vexil-fleet-complete INDEX WORD...", file=sys.stderr)
         return _WRONG_USE

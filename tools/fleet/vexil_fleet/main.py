@@ -142,7 +142,7 @@ def end_by_signal(number: int) -> None:
 def main(tool: Optional[str], plugin: str, arguments: Optional[Sequence[str]] = None,
          version: str = "") -> int:
     """Runs the program. `tool` is the local vexil; with None, it is searched for."""
-    # The end of this program ends the commands on the hosts as well.
+    # SIGTERM has the effect of Ctrl-C, so it ends the commands on the hosts as well.
     signal.signal(signal.SIGTERM, signal.default_int_handler)
     try:
         try:
