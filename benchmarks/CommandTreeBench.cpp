@@ -49,7 +49,7 @@ struct Cli11Values {
   std::vector<std::int64_t> numbers = std::vector<std::int64_t>(kParameters);
 };
 
-/// Builds the same tree. Only the called command has options, which favours CLI11.
+/// Builds the same tree with CLI11. Only the called command has options, which favours CLI11.
 std::unique_ptr<CLI::App> MakeCli11Tree(int commands, Cli11Values& values) {
   auto app = std::make_unique<CLI::App>();
   CLI::App* group = nullptr;

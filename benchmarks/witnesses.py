@@ -95,7 +95,7 @@ def make_packages(_folder, count):
 
 
 def make_accounts(_folder, count):
-    """Each user has a group of the same name and number, as `useradd` makes it."""
+    """Creates users, each with a group of the same name and number, as `useradd` does."""
     numbers = range(1000, 1000 + count)
     cover("/etc/passwd", "root:x:0:0:root:/root:/bin/bash\n" + "".join(
         f"user{number}:x:{number}:{number}::/home/user{number}:/bin/sh\n" for number in numbers))

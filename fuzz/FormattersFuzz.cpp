@@ -3,8 +3,8 @@
 
 // Input: the name of a formatter; a width; format parameters and a value, see TypedValue.h.
 //
-// Every formatter prints every value or throws KestrelException. What json and xml print reads back
-// as the same value.
+// Every formatter prints every value or throws KestrelException. The output of json and xml can be
+// read back as the same value.
 
 #include <cstdint>
 #include <memory>

@@ -169,7 +169,7 @@ std::vector<std::string> WaysToWrite(const std::string& value, std::string_view 
 std::vector<std::string> WaysToWrite(char standIn, const Values& values, bool forStdin) {
   switch (standIn) {
     case '\1':
-      // Double quotes enclose it where a marker for lists treats it as a list of one value.
+      // Double quotes enclose the value where a marker for lists treats it as a list of one value.
       return WaysToWrite(values.scalar, "'\"", forStdin);
     case '\2':
     case '\3':

@@ -66,8 +66,8 @@ std::shared_ptr<XmlPlugin> Load(const std::string& path) {
   }
 }
 
-// The regular expression of a descriptor may be invalid. Compiling it then throws an exception of
-// the library for regular expressions.
+// Whether the parameter has a regular expression, which may be invalid. Compiling it then throws an
+// exception of the library for regular expressions.
 bool HasExpression(const ParameterSpec& parameter) {
   const auto& constraint = parameter.GetConstraint();
   return constraint != nullptr && constraint->GetType() == ParameterConstraintType::StringRegex;

@@ -146,8 +146,8 @@ bool IsRefused(const Outcome& outcome) {
          outcome.text.substr(outcome.text.size() - message.size()) == message;
 }
 
-// The text may also be too long because of the default values of attributes, which are not in the
-// tree.
+// Requires that a refused document has entities that are too long. Default values of attributes may
+// also be the reason, and they are not in the tree.
 void RequireReason(const std::string& text) {
   const bool hasReason = HasTooLongEntities(text) || text.find("<!ATTLIST") != std::string::npos;
   Require(hasReason, "a refused document has entities that stand for more than 10 MB");

@@ -24,7 +24,7 @@ import tempfile
 
 from declared_commands import TIMEOUT_SECONDS, Tool, changes_something
 
-# Fields in which the empty string is a value and does not mean that it is missing.
+# Fields in which the empty string is a value and does not mean that the value is missing.
 MAY_BE_EMPTY = {"system.parameter.list": {"Value"}}
 
 # What the tool prints before it reads a secret.

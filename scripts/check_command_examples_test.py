@@ -49,12 +49,12 @@ class CheckCommandExamplesTest(unittest.TestCase):
     def test_reports_what_is_not_json(self):
         self.assert_complains("vexil --formatter json hat list --all: not JSON", "echo hats")
 
-    def test_accepts_what_a_host_may_lack(self):
+    def test_accepts_a_listed_message_about_what_the_host_lacks(self):
         self.assertEqual((0, "Every example runs."),
                          self.check("echo Errors: >&2; echo no hats here >&2; exit 1", None,
                                     "hat list\tno hats .*\n"))
 
-    def test_reports_another_message_than_the_one_that_is_accepted(self):
+    def test_reports_a_message_other_than_the_listed_one(self):
         self.assert_complains("status 1: no caps", "echo no caps >&2; exit 1", None,
                               "hat list\tno hats\n")
 

@@ -29,8 +29,8 @@ Other marks of a block:
     xml save=NAME, sh save=NAME, cmake save=NAME
                                   the block is written to the folder as an executable file
     cmake file=PATH               the block must be in that file of the project
-    sh long                       it takes too long: only its syntax is checked, and that its scripts,
-                                  presets and targets exist
+    sh long                       the block takes too long: only its syntax is checked, and that its
+                                  scripts, presets and targets exist
 
 --update writes the present output into the pages instead of comparing.
 """
@@ -69,7 +69,7 @@ class Workplace:
             "HOME": folder, "LANG": "C", "PATH": bin_dir + ":/usr/sbin:/usr/bin:/sbin:/bin"}
 
     def use_library(self, prefix):
-        """Lets CMake and pkg-config find the library that is installed there."""
+        """Lets CMake and pkg-config find the library that is installed in `prefix`."""
         prefix = os.path.abspath(prefix)
         self.environment["CMAKE_PREFIX_PATH"] = prefix
         files = glob.glob(os.path.join(prefix, "lib*", "**", "kestrel.pc"), recursive=True)
@@ -80,7 +80,7 @@ class Workplace:
         self._executable(os.path.join(self.folder, name), text)
 
     def add_program(self, name, script):
-        """Makes the script of bash the program that commands call by this name."""
+        """Adds a program of this name for the commands. It runs the script in bash."""
         self._executable(os.path.join(self.folder, ".bin", name), f"#!/bin/bash\n{script}\n")
 
     @staticmethod

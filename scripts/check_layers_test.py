@@ -27,7 +27,7 @@ class CheckLayersTest(unittest.TestCase):
     def problems_of(self, files):
         return self.found(check_layers.problems, files)
 
-    def test_accepts_its_own_folder_and_those_before(self):
+    def test_accepts_includes_of_the_own_folder_and_of_earlier_ones(self):
         self.assertEqual([], self.problems_of({
             "include/kestrel/Export.h": "",
             "include/kestrel/metaobj/MetaInt.h": '#include <string>\n#include "kestrel/Export.h"\n',
@@ -84,7 +84,7 @@ class CheckLayersTest(unittest.TestCase):
              "scripts/check_layers.py"],
             self.problems_of({"include/kestrel/autocli/Stray.h": ""}))
 
-    def test_sees_a_private_header_named_by_its_own_folder(self):
+    def test_finds_a_header_that_is_named_relative_to_the_including_file(self):
         self.assertEqual(
             ['callspec/TextValue.h: includes "../autocli/process/EchoGuard.h": '
              'callspec may not use autocli/process, which is above it'],
@@ -185,7 +185,7 @@ class CheckLayersTest(unittest.TestCase):
                 "vexil/main.cpp": '#include "autocli/process/EchoGuard.h"\n',
             }))
 
-    def test_lets_one_file_of_the_tool_read_values_in_place(self):
+    def test_lets_only_one_file_of_the_tool_include_the_access_to_values(self):
         self.assertEqual(
             ["vexil/formats/Columns.cpp: includes metaobj/ValueAccess.h, "
              "which is private to the library"],
@@ -195,7 +195,7 @@ class CheckLayersTest(unittest.TestCase):
                 "vexil/formats/Columns.cpp": '#include "metaobj/ValueAccess.h"\n',
             }))
 
-    def test_draws_the_folders_in_their_order_with_those_that_they_include(self):
+    def test_prints_the_folders_in_their_order_with_those_that_each_includes(self):
         self.assertEqual(
             ["metaobj", "callspec -> metaobj", "autocli/tree -> metaobj callspec"],
             self.found(check_layers.graph, {

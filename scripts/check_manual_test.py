@@ -86,13 +86,13 @@ class CheckManualTest(unittest.TestCase):
         self.assertEqual(1, status)
         self.assertIn(expected, output)
 
-    def test_accepts_a_page_that_fits(self):
+    def test_accepts_a_page_that_agrees_with_the_installed_tree(self):
         self.assertEqual("1 pages, 1 examples\n", self.check()[1])
 
     def test_reports_what_mandoc_does_not_accept(self):
         self.assert_complains("skipping unknown macro", "lists hats.", "lists hats.\n.Zz")
 
-    def test_reports_a_reference_to_no_page(self):
+    def test_reports_a_reference_to_a_page_that_does_not_exist(self):
         self.assert_complains("Xr vexil-cap 1", "lists hats.", "lists hats, see\n.Xr vexil-cap 1 .")
 
     def test_reports_an_option_that_the_program_does_not_have(self):
@@ -127,7 +127,7 @@ class CheckManualTest(unittest.TestCase):
     def test_reports_a_page_without_examples(self):
         self.assert_complains("has no examples", ".Sh EXAMPLES", ".Sh STANDARDS")
 
-    def test_reports_another_version(self):
+    def test_reports_a_page_of_another_version(self):
         self.assert_complains("does not name version 1.0.0", "version 1.0.0", "version 1.1.0")
 
 

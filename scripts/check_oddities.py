@@ -5,9 +5,9 @@
 
     check_oddities.py [ROOT]
 
-A page names a test as `SuiteTest.Name`. In deliberate-oddities.md every row of a table must name
-one, and in security.md every row of the table of promises. Prints each missing test on a line. The
-exit status is 1 if there was one.
+A page names a test as `SuiteTest.Name`. Each row of a table in deliberate-oddities.md must name a
+test; so must each row of the table of promises in security.md. Prints each missing test on a line.
+The exit status is 1 if there was one.
 """
 
 import glob
@@ -18,7 +18,7 @@ import sys
 from problem_report import report
 
 PAGES = ["docs/decisions/*.md", "docs/security.md"]
-# The pages with such tables, and what the head of such a table begins with.
+# The pages with tables whose rows must name tests, and the beginning of the header of such a table.
 TABLES = {"docs/decisions/deliberate-oddities.md": "|", "docs/security.md": "| promise |"}
 DEFINITION = re.compile(r"\bTEST(?:_F|_P)?\(\s*(\w+),\s*(\w+)\s*\)")
 MENTION = re.compile(r"`(\w+Test)\.(\w+)`")

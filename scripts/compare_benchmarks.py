@@ -109,7 +109,7 @@ def slower_rows(changelog):
 
 
 def faults(recorded, measured, explained):
-    """Returns the rows that are worse than the limit without a line in the changelog."""
+    """Returns the rows that exceed the limit and have no line in the changelog."""
     return [row for row, count in measured.items()
             if row in recorded and count > LIMIT * recorded[row] and row not in explained]
 

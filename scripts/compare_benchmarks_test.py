@@ -26,7 +26,7 @@ class CompareBenchmarksTest(unittest.TestCase):
     def test_finds_the_rows_that_the_changelog_explains(self):
         self.assertEqual(compare_benchmarks.slower_rows(CHANGELOG), {"start"})
 
-    def test_finds_none_without_a_section_for_the_next_release(self):
+    def test_finds_no_rows_without_a_section_for_the_next_release(self):
         self.assertEqual(compare_benchmarks.slower_rows("# Changes\n\n## 1.0.0\n"), set())
 
     def test_accepts_up_to_three_percent_more(self):
