@@ -42,7 +42,7 @@ namespace {
 constexpr std::size_t kRecords = 2000;
 constexpr int kCommands = 10000;
 
-/// What is done in each round. It owns what it needs.
+/// The work of one round. The function owns the objects that it uses.
 using Work = std::function<void()>;
 
 Work BuildAndDestroy() {

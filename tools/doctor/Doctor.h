@@ -34,8 +34,8 @@ struct DoctorResult {
 };
 
 /// Examines the plug-ins in folders, or single files; without arguments, those that the tool loads
-/// by default. Every plug-in is loaded in a process of its own, after the working ones that precede
-/// it, and may take as long as `patience`.
+/// by default. Every plug-in is loaded in a process of its own, after those that precede it and do
+/// not end the tool, and may take as long as `patience`.
 DoctorResult ExaminePlugins(const std::vector<std::string>& paths,
                             std::chrono::milliseconds patience);
 

@@ -36,8 +36,8 @@ constexpr const char* kOfCommand = "default of the command";
 constexpr const char* kOfLine = "command line";
 constexpr const char* kOfEnvironment = "VEXIL_TERMINAL_FORMATTER";
 
-// On a terminal, the user may choose `pretty` in place of the default formatters for people. The
-// tool uses it for ordinary results only.
+// Whether the user has chosen `pretty` for results on a terminal, in place of a default formatter
+// for people. The tool uses `pretty` for ordinary results only, not for help pages.
 bool IsPrettyWanted(const std::string& formatter) {
   return Vexil::IsPrettyRequested() && Vexil::YieldsToPretty(formatter) &&
          isatty(STDOUT_FILENO) == 1;

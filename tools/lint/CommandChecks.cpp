@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Meta-data, scripts and suppressions.
+// The checks of meta-data, scripts and suppressions.
 
 #include <sys/stat.h>
 #include <unistd.h>

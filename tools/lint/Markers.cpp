@@ -77,7 +77,7 @@ class Finder {
     list_.faults.push_back({rule, position, what, advice, name});
   }
 
-  // "$word{", "$word (", "${word{" and the like.
+  // Reads a marker, or something that looks like one: "$word{", "$word (", "${word{" and the like.
   void ReadAt(std::size_t begin) {
     std::size_t position = begin + 1;
     const bool isInBraces = position < text_.size() && text_[position] == '{';

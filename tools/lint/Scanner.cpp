@@ -168,7 +168,7 @@ void Scanner::AddPiece(Piece::Kind kind, std::string_view raw) {
   open_->pieces.push_back(Decode(kind, raw, begin));
 }
 
-// Such a comment has the form "vexil-lint disable=RULE[,RULE]...: reason".
+// A comment that suppresses rules has the form "vexil-lint disable=RULE[,RULE]...: reason".
 void Scanner::NoteSuppression(std::string_view comment, std::size_t begin) {
   constexpr std::string_view kOpening = "vexil-lint disable=";
   comment = Trim(comment);

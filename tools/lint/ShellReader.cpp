@@ -161,7 +161,7 @@ class Reader {
       }
       if (line_[position_] == ')') {
         ++position_;
-        // In backquotes, dash ignores what follows.
+        // In backquotes, dash ignores an unmatched ")" and everything after it.
         EndList(!isNested_ && (depth_ == 0 || shell_ == Shell::Bash));
         break;
       }
@@ -272,7 +272,7 @@ class Reader {
     isAfterCompound_ = true;
   }
 
-  // Reads a list in parentheses, the first byte of which is `ahead` bytes away.
+  // Reads a list in parentheses. Its first byte is `ahead` bytes after the current position.
   void ReadNested(std::size_t ahead) {
     if (depth_ > kMaxDepth) {
       GiveUp();
@@ -598,7 +598,7 @@ class Reader {
   bool isNegated_ = false;
   bool isPiped_ = false;
   bool isAfterCompound_ = false;        // no word can follow
-  bool needsCommand_ = false;           // perhaps on the next line
+  bool needsCommand_ = false;           // a command must follow, perhaps on the next line
   std::vector<std::string_view> ends_;  // of the compound commands that are open
   std::size_t complete_ = 0;            // the number of commands in complete lines
 };

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""The differences of two values, field by field. Kinds and values are compared, not their text."""
+"""The differences between two values, field by field. Kinds and values are compared, not text."""
 
 import json
 from typing import Any, Dict, Iterator, List, Sequence, Tuple
@@ -73,8 +73,8 @@ def show_difference(difference: Difference) -> str:
 class RowDifferences:
     """How the rows of one result differ from those of another one.
 
-    Rows that are equal on both sides are left out. The others are paired by the first field
-    whose value is different in every row.
+    Rows that are equal on both sides are left out. The others are paired by the first field in
+    which no two rows of one side have the same value.
     """
 
     def __init__(self, left: Sequence[Dict[str, Any]], right: Sequence[Dict[str, Any]],

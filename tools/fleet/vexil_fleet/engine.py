@@ -108,8 +108,8 @@ class _Collector(EventHandler):  # type: ignore[misc]
 
 
 class Interrupts:
-    """A context in which no interrupt is lost. Python discards the exception if it is raised in
-    some of its own callbacks, such as those around a fork; `check` then raises it again."""
+    """A context in which no interrupt is lost. Python discards the exception KeyboardInterrupt in
+    some of Python's own callbacks, such as those around a fork; `check` then raises it again."""
 
     def __init__(self) -> None:
         self._is_pending = False
