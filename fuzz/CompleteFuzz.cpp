@@ -134,7 +134,7 @@ void RequireCompletes(Words words, std::size_t index) {
     Require(candidate.word.compare(0, typed.size(), typed) == 0,
             "a candidate begins with what was typed");
     words[index] = candidate.word;
-    // After "=", the candidates are values instead.
+    // After a candidate that ends with "=", values are offered instead.
     Require(candidate.word.back() == '=' || Offers(CompleteAt(words, index), candidate.word),
             "a candidate that has been typed is offered");
   }

@@ -188,8 +188,9 @@ bool IsPlainName(const std::string& name) {
          std::all_of(name.begin(), name.end(), [](char c) { return c >= ' ' && c <= '~'; });
 }
 
-// XML allows three control characters: tab, newline and carriage return. Parsers turn a carriage
-// return into a newline, and in an attribute they turn tabs and newlines into spaces.
+// Whether a string can be read back from XML unchanged. XML allows three control characters: tab,
+// newline and carriage return. Parsers turn a carriage return into a newline, and in an attribute
+// they turn tabs and newlines into spaces.
 bool IsXmlText(const std::string& text, bool isAttribute) {
   const bool hasControl = std::any_of(text.begin(), text.end(), [isAttribute](char c) {
     const bool isAllowed = !isAttribute && (c == '\t' || c == '\n');
@@ -218,8 +219,8 @@ void ReplaceAll(std::string& text, std::string_view from, std::string_view to) {
   }
 }
 
-// The formatter and the parser name the kinds differently. No string in the value matches the
-// replaced words: "<" and the double quote are escaped there.
+// Returns the output of the formatter as a value document, in which the kinds have other names. No
+// string in the value matches the replaced words: "<" and the double quote are escaped in strings.
 std::string ValueDocument(std::string text) {
   ReplaceAll(text, "boolean>", "bool>");
   ReplaceAll(text, "integer>", "int>");

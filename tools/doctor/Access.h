@@ -22,7 +22,8 @@ struct FileAccess {
   std::vector<std::string> faults;  ///< how a user other than root and the caller can replace it
 };
 
-/// Follows links. All members are empty for a file that does not exist.
+/// Returns the access to the file that a path leads to and to the folders above it. All members are
+/// empty for a file that does not exist.
 FileAccess ReadAccess(const std::string& file);
 
 }  // namespace Kestrel::Doctor

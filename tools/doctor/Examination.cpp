@@ -78,7 +78,8 @@ void LoadQuietly(Dispatcher& dispatcher, const std::string& file) {
   }
 }
 
-// Never destroyed: the process ends with all plug-ins loaded.
+// Returns a dispatcher that has loaded the plug-ins `before`. It is never destroyed: the process ends
+// with all plug-ins loaded.
 Dispatcher& NewDispatcher(const Paths& before, const Reporter& reporter) {
   auto* const dispatcher = new Dispatcher;
   dispatcher->RegisterPlugin(std::make_shared<Formats::FormatsPlugin>());
@@ -175,7 +176,7 @@ class Listener {
   // Each of the plug-ins that are loaded before this one has the same time limit.
   milliseconds TimeLeft() const { return isOwn_ ? start_ + patience_ - run_.GetTime() : patience_; }
 
-  // This plug-in, or one before it, may have written to the pipe.
+  // A message may be invalid, because this plug-in, or one before it, may have written to the pipe.
   void Take(const json& message) {
     if (message.is_object() && message.size() == 1) {
       Take(message.begin().key(), message.begin().value());

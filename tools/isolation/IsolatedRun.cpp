@@ -89,7 +89,8 @@ bool HasChildren() {
   return ended == 0;
 }
 
-// The children of a process that ends become children of this one.
+// Kills all processes below this one: the children of a process that ends become children of this
+// one.
 void KillChildren() {
   for (int round = 0; round < kMaxRounds && HasChildren(); ++round) {
     for (const pid_t child : ListChildren(getpid())) {

@@ -134,7 +134,7 @@ class Finder {
     }
   }
 
-  // The formatters of the tool document their keys completely.
+  // The formatters of the tool document all of their keys, so any other key is a mistake.
   void CheckOwnKey(const std::string& key, const std::string& value,
                    const AutoCli::Formatter& formatter) {
     Words keys;

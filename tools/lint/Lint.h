@@ -18,8 +18,8 @@ struct LintResult {
   std::vector<std::string> unreadable;
 };
 
-/// Examines descriptors and shared objects, in this order and as the loader would load them into
-/// one tree. A folder stands for the plug-ins in it. Findings of the rules `suppressed` are
+/// Examines descriptors and shared objects in the order of `paths`, as the loader would load them
+/// into one tree. A folder stands for the plug-ins in it. Findings of the rules `suppressed` are
 /// dropped.
 LintResult LintFiles(const std::vector<std::string>& paths,
                      const std::set<std::string>& suppressed);
