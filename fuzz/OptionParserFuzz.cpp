@@ -128,8 +128,8 @@ void RequireMatchesReference(OptionParser& parser, const std::vector<std::string
           "extra words are the only parse error");
 }
 
-// Appends the options as they can be typed. An empty value, or the value of a short name, is a token
-// of its own.
+// Appends the options as they can be typed. An empty value, or the value of a short name, is a
+// token of its own.
 void AppendOptions(const Pairs& pairs, std::vector<std::string>& tokens) {
   for (const auto& [name, value] : pairs) {
     const bool isLong = name.size() > 1;

@@ -81,8 +81,8 @@ std::string Dump(const std::vector<std::string>& tokens) {
   return parser.ToString();
 }
 
-// Whether the tokens can be written in quotes. Quotes have no effect at the start of a line, so they
-// cannot protect a first token that is empty or begins with a space, a tab or "#".
+// Whether the tokens can be written in quotes. Quotes have no effect at the start of a line, so
+// they cannot protect a first token that is empty or begins with a space, a tab or "#".
 bool CanBeQuoted(const std::vector<std::string>& tokens) {
   const std::string& first = tokens.front();
   return !first.empty() && first[0] != '#' && !IsSpaceOrTab(first[0]);

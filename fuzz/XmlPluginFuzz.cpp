@@ -168,8 +168,8 @@ std::list<std::string> SplitAtStops(const std::string& path) {
   return words;
 }
 
-// Requires that every element `elementName` in the elements `listName` has a node of the type `type`
-// in the tree.
+// Requires that every element `elementName` in the elements `listName` has a node of the type
+// `type` in the tree.
 void RequireRegistered(xmlNode* descriptor, const char* listName, const char* elementName,
                        NodeType type, const std::shared_ptr<NamespaceNode>& root) {
   for (xmlNode* list = descriptor->children; list != nullptr; list = list->next) {

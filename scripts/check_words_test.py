@@ -126,7 +126,7 @@ class CheckWordsTest(unittest.TestCase):
             The width that a user wants.
             """))
 
-    def test_skips_golden_files_and_what_is_below_none_of_the_paths(self):
+    def test_skips_golden_files_and_files_below_no_given_path(self):
         files = {"docs/a.md": "anew\n", "tests/golden/a.txt": "# anew\n", "tests/b.md": "anew\n"}
         self.assertEqual(["docs/a.md", "tests/b.md"], [name for name, *_ in self.found(files)])
         self.assertEqual(["docs/a.md"], [name for name, *_ in self.found(files, ["docs"])])

@@ -139,7 +139,7 @@ class LineCompleter {
     }
   }
 
-  // Offers the short name only after a single dash, because both names together are redundant.
+  // Offers the short name only if something has been typed; before that, the long name is enough.
   void AddParameter(const ParameterSpec& parameter) {
     const std::string description = parameter.GetDescription(true);
     completion_.Add(line_.word, "--" + parameter.GetName(), description);

@@ -65,7 +65,7 @@ bool ChangesSomething(const Command& command) {
   return found != command.GetMetaData().end() && found->second == "true";
 }
 
-// The result has no command if the command cannot be used.
+// Returns the command and the field that `text` names. The command is null if it cannot be used.
 Source FindSource(const AutoCli::Dispatcher& dispatcher, const std::string& text) {
   const std::size_t end = std::min(text.find(' '), text.size());
   Source source;

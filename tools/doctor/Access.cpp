@@ -36,9 +36,9 @@ std::string OctalOf(mode_t mode) {
   return text;
 }
 
-// Returns who else can change a file or folder; nothing if no other user can. This check is stricter
-// than that of the loader for the folder that contains a plug-in: if the folder is sticky, other
-// users can still add plug-ins to it.
+// Returns who else can change a file or folder; nothing if no other user can. This check is
+// stricter than that of the loader for the folder that contains a plug-in: if the folder is sticky,
+// other users can still add plug-ins to it.
 std::optional<std::string> FindFault(const struct stat& status, bool mayBeSticky) {
   if (status.st_uid != 0 && status.st_uid != geteuid()) {
     return "belongs to the user " + NameOf(status.st_uid);

@@ -78,8 +78,8 @@ void LoadQuietly(Dispatcher& dispatcher, const std::string& file) {
   }
 }
 
-// Returns a dispatcher that has loaded the plug-ins `before`. It is never destroyed: the process ends
-// with all plug-ins loaded.
+// Returns a dispatcher that has loaded the plug-ins `before`. It is never destroyed: the process
+// ends with all plug-ins loaded.
 Dispatcher& NewDispatcher(const Paths& before, const Reporter& reporter) {
   auto* const dispatcher = new Dispatcher;
   dispatcher->RegisterPlugin(std::make_shared<Formats::FormatsPlugin>());

@@ -155,7 +155,7 @@ std::optional<std::string> IsolatedRun::ReadLine(milliseconds patience) {
   }
 }
 
-// A child may continue to run after it has closed the pipe.
+// Waits for the child, which may continue to run after it has closed the pipe, or kills it.
 void IsolatedRun::WaitForEnd() {
   FairDeadline deadline(clock_, kMaxEnding);
   while (!isLate_) {

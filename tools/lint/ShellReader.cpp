@@ -198,8 +198,8 @@ class Reader {
 
   void EndList(bool isWrong) { Fail(isWrong || !ends_.empty() || needsCommand_); }
 
-  // Notes the commands that run even if a later line has a mistake: a shell runs each line before it
-  // reads the next one.
+  // Notes the commands that run even if a later line has a mistake: a shell runs each line before
+  // it reads the next one.
   void EndLine() {
     BeginCommand();
     if (!isNested_ && ends_.empty() && !needsCommand_) {

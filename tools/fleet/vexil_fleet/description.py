@@ -19,7 +19,7 @@ _LIST = "-list"
 
 
 class BadDescription(ValueError):
-    """A description that lacks something, or that has another form."""
+    """A description that lacks something, or that has an unexpected form."""
 
 
 @dataclass(frozen=True)

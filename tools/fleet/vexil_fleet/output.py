@@ -66,7 +66,8 @@ def _alone(answer: Answer) -> Group:
 
 
 def _with_common_shape(answers: List[Answer]) -> List[Answer]:
-    """A document has one shape, so hosts whose results have another shape are marked as failed."""
+    """Returns the answers with the most common shape. A document has one shape, so the other hosts
+    are marked as failed."""
     counts: Dict[Shape, int] = {}
     for answer in answers:
         assert answer.rows is not None

@@ -108,7 +108,7 @@ class Printer:
                 _feed(process.stdin, shape, host, pieces)
                 process.stdin.close()
             except BrokenPipeError:
-                pass  # its messages say why
+                pass  # the messages of the tool say why
             sys.stderr.write(process.stderr.read().decode("utf-8", "backslashreplace"))
         return process.returncode == 0
 
