@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Reads secrets from the command line or prompts for each; no other command line has them."""
+"""Reads each secret from the command line or at a prompt. No other command line contains it."""
 
 import getpass
 import os
@@ -31,7 +31,8 @@ def take_secrets(options: Sequence[Option],
 
 
 def ask(name: str) -> str:
-    """Asks as vexil does: without echo on a terminal, else by reading a line of standard input."""
+    """Asks for a secret as vexil does: without echo on a terminal; otherwise, a line of standard
+    input is read."""
     if sys.stdin.isatty():
         return getpass.getpass(f"Enter value for '{name}': ")
     return os.fsdecode(sys.stdin.buffer.readline()).rstrip("\n")

@@ -11,7 +11,7 @@ import zlib
 from dataclasses import dataclass
 from typing import Iterator, List
 
-# Lines are compressed as soon as they have this many bytes.
+# Lines are collected until they have this many bytes, then they are compressed together.
 _MAX_OPEN = 1 << 16
 _FASTEST = 1
 
