@@ -131,7 +131,7 @@ TEST(RunProgramTest, RunsWithAnEmptyStandardInput) {
   EXPECT_EQ(RunScript("cat; echo end").output, "end\n");
 }
 
-TEST(RunProgramTest, KeepsTheEnvironmentFromTheProgram) {
+TEST(RunProgramTest, PassesAnEnvironmentInWhichThisOneChangesOnlyTheZone) {
   const ScopedEnvironment option("POSIXLY_CORRECT", "1");
   const ScopedEnvironment locale("LC_ALL", "de_DE.UTF-8");
   const ScopedEnvironment language("LANGUAGE", "de");
@@ -163,7 +163,7 @@ TEST(RunProgramTest, LeavesNoDescriptorAndNoChild) {
   EXPECT_EQ(errno, ECHILD);
 }
 
-TEST(RunProgramWithinTest, ReturnsTheSameForAProgramThatEndsInTime) {
+TEST(RunProgramWithinTest, ReturnsTheSameAsRunProgramForAProgramThatEndsInTime) {
   const ProgramResult result = RunWithin(kLong, "echo out; echo wrong >&2; exit 3");
   EXPECT_EQ(result.output, "out\n");
   EXPECT_EQ(result.errorOutput, "wrong\n");
@@ -247,7 +247,7 @@ TEST(RunProgramWithinTest, ReadsAllThatAnEndedProgramWrote) {
   }
 }
 
-TEST(RunProgramWithinTest, WorksWhenTheSignalOfChildrenIsIgnored) {
+TEST(RunProgramWithinTest, WorksWhenThisProcessIgnoresTheSignalsOfItsChildren) {
   ::signal(SIGCHLD, SIG_IGN);
   const ProgramResult result = RunWithin(kLong, "echo out");
   ::signal(SIGCHLD, SIG_DFL);

@@ -22,7 +22,7 @@ TEST(DeviceNumberTest, IsReadFromMajorAndMinorNumber) {
   EXPECT_THAT(ParseDeviceNumber("259:1048575"), Optional(makedev(259, 1048575)));
 }
 
-TEST(DeviceNumberTest, RejectsEveryOtherString) {
+TEST(DeviceNumberTest, RejectsAnyOtherString) {
   for (const char* const text : {"", ":", "8", "8:", ":1", "8:1:2", "8,1", "a:1", "8:b", "8:1x",
                                  "99999999999999999999:1", "8:99999999999999999999"}) {
     EXPECT_EQ(ParseDeviceNumber(text), std::nullopt) << text;

@@ -31,7 +31,7 @@ TEST(HundredthsTest, AreParsedFromADecimalFraction) {
   EXPECT_EQ(ParseHundredths("92233720368547758.07"), std::numeric_limits<long>::max());
 }
 
-TEST(HundredthsTest, RejectEverythingElse) {
+TEST(HundredthsTest, RejectAnyOtherString) {
   for (const char* const text : {"", ".", "1.", ".5", "-1", "+1", "1,5", "1.2.3", " 1", "1 ", "x",
                                  "1.x", "1e3", "92233720368547758.08", "99999999999999999999"}) {
     EXPECT_EQ(ParseHundredths(text), std::nullopt) << text;

@@ -46,7 +46,7 @@ const SearchCase kSearches[] = {
     {"EmptyExpression", "", "anything", true},
     {"EmptyText", "a", "", false},
     {"Anywhere", "b", "abc", true},
-    {"CaseCounts", "B", "abc", false},
+    {"CaseIsSignificant", "B", "abc", false},
     {"CaseMayBeIgnored", "(?i)B", "abc", true},
     {"Start", "^a", "abc", true},
     {"NotAtTheStart", "^b", "abc", false},

@@ -52,7 +52,8 @@ LogFilter Lines(std::size_t count) {
 
 class JournalAnswerTest : public ::testing::Test {
  protected:
-  // Returns the entries in the output. No unit is requested, so only journalctl is run.
+  // Returns the entries in the output. No unit is requested, so systemctl, which would be asked for
+  // an unknown unit, is not run.
   std::vector<LogLine> Read(const std::string& answer, std::size_t count = 1000) const {
     const MadeUpTool journalctl("journalctl", "cat '" + folder_.Write("answer", answer) + "'\n");
     return ReadJournal({}, Lines(count));
@@ -131,7 +132,7 @@ struct FieldCase {
   int level;
 };
 
-TEST_F(JournalAnswerTest, InvalidTimesAndLevelsAreUnknown) {
+TEST_F(JournalAnswerTest, AnInvalidTimeIsUnknownAndAnInvalidLevelIsInfo) {
   const FieldCase cases[] = {
       {"__REALTIME_TIMESTAMP=1700000000999999", 1700000000, 6},
       {"__REALTIME_TIMESTAMP=0", 0, 6},
@@ -156,7 +157,7 @@ TEST_F(JournalAnswerTest, InvalidTimesAndLevelsAreUnknown) {
   }
 }
 
-TEST_F(JournalAnswerTest, TheNameFromTheProgramPrecedesTheNameFromTheSystem) {
+TEST_F(JournalAnswerTest, TheNameFromTheProgramTakesPrecedenceOverTheNameFromTheSystem) {
   EXPECT_EQ(Read("_COMM=sh\nSYSLOG_IDENTIFIER=cron\n\n").at(0).source, "cron");
   EXPECT_EQ(Read("SYSLOG_IDENTIFIER=cron\n_COMM=sh\n\n").at(0).source, "cron");
   EXPECT_EQ(Read("_COMM=sh\n\n").at(0).source, "sh");
@@ -183,7 +184,7 @@ struct EndCase {
   const char* message;
 };
 
-TEST_F(JournalAnswerTest, IsAnErrorWhateverTheReason) {
+TEST_F(JournalAnswerTest, AFailureOfTheProgramIsAnErrorWhateverItsReason) {
   const EndCase cases[] = {
       {"echo 'Failed to open root directory' >&2; exit 1",
        "journalctl failed: Failed to open root directory"},
@@ -233,7 +234,9 @@ class JournalQuestionTest : public ::testing::Test {
   const ScopedTempDir folder_;
 };
 
-TEST_F(JournalQuestionTest, NamesOnlyWhatIsWanted) { EXPECT_EQ(Ask({}, Lines(5)), "--lines=5\n"); }
+TEST_F(JournalQuestionTest, HasOnlyTheNumberOfLinesWithoutOtherFilters) {
+  EXPECT_EQ(Ask({}, Lines(5)), "--lines=5\n");
+}
 
 TEST_F(JournalQuestionTest, HasNoNumberOfLinesWhenAllAreWanted) {
   LogFilter filter = Lines(kAllLines);
@@ -241,7 +244,7 @@ TEST_F(JournalQuestionTest, HasNoNumberOfLinesWhenAllAreWanted) {
   EXPECT_EQ(Ask({}, filter), "--since=@-1\n");
 }
 
-TEST_F(JournalQuestionTest, LeavesThePatternToTheReader) {
+TEST_F(JournalQuestionTest, DoesNotPassThePatternBecauseTheOutputIsFilteredAfterwards) {
   const Regex pattern("o");
   LogFilter filter = Lines(5);
   filter.match = &pattern;
@@ -277,7 +280,7 @@ TEST_F(JournalQuestionTest, IsAskedWithoutTheSettingsOfTheUser) {
   EXPECT_EQ(ReadJournal({}, Lines(1)).at(0).text, "||C|");
 }
 
-TEST_F(JournalQuestionTest, MoreLinesThanAUserMayNameAreRead) {
+TEST_F(JournalQuestionTest, MayReadMoreLinesThanTheMaximumOfTheLinesOption) {
   // With "--since", the number of lines is not limited: it may exceed the maximum of "--lines".
   const MadeUpTool journalctl("journalctl", "yes 'MESSAGE=x\n' | head -n 240000\n");
   LogFilter filter = Lines(kAllLines);

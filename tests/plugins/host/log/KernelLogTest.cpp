@@ -41,7 +41,7 @@ TEST(KernelMessageTest, IsDecoded) {
             "a\nb \\x \xE9 \\xzz \\x1");
 }
 
-TEST(KernelMessageTest, RejectsEverythingElse) {
+TEST(KernelMessageTest, RejectsMessagesOfAnyOtherForm) {
   for (const char* const text : {"", ";", "6;a", "6,1;a", "x,1,2,-;a", "-1,1,2,-;a", "6,1,x,-;a",
                                  "6,1,2,- without a text\n;"}) {
     EXPECT_FALSE(ParseKernelMessage(text).has_value()) << text;
@@ -63,7 +63,7 @@ TEST(KernelLogTest, IsReadToItsEndWithoutWaiting) {
   EXPECT_THAT(ReadKernelLog(pipe), IsEmpty());
 }
 
-TEST(KernelLogTest, ReportsWhatTheSystemSays) {
+TEST(KernelLogTest, ReportsTheErrorOfTheSystem) {
   const ScopedTempDir folder;
   ASSERT_EQ(::chmod(folder.GetPath().c_str(), 0755), 0);
   const std::string absent = folder.GetPath("absent");

@@ -68,8 +68,8 @@ const ContentCase kContents[] = {
     {"ANewlineAndALetter", "\na", {"a", ""}},
     {"NoNewlineAtTheEnd", "one\ntwo", {"two", "one"}},
     {"AnEmptyLineAtTheEnd", "one\n\n", {"", "one"}},
-    {"EndsOfTheOtherSystem", "one\r\ntwo\r\n", {"two\r", "one\r"}},
-    {"EndsOfTheOldSystem", "one\rtwo\r", {"one\rtwo\r"}},
+    {"CarriageReturnsBeforeLineFeeds", "one\r\ntwo\r\n", {"two\r", "one\r"}},
+    {"CarriageReturnsInsteadOfLineFeeds", "one\rtwo\r", {"one\rtwo\r"}},
     {"ANulByte", Bytes("\0", 1), {Bytes("\0", 1)}},
     {"NulBytesAroundANewline", Bytes("\0\n\0", 3), {Bytes("\0", 1), Bytes("\0", 1)}},
     {"NulBytesInALine", Bytes("a\0b\nc\0", 6), {Bytes("c\0", 2), Bytes("a\0b", 3)}},
@@ -96,7 +96,7 @@ const ContentCase kContents[] = {
     {"FormFeedsAndVerticalTabs", "a\f\v\n", {"a\f\v"}},
     {"OnlySpaces", " \n  \n", {"  ", " "}},
     {"ATabAtTheEnd", "a\t\nb\t", {"b\t", "a\t"}},
-    {"TwoFilesInOne", "a\n\x04\nb\n", {"b", "\x04", "a"}},
+    {"AControlCharacterAlone", "a\n\x04\nb\n", {"b", "\x04", "a"}},
     {"EscapesForTerminals", "\x1b[2J\x1b]0;x\x07\n", {"\x1b[2J\x1b]0;x\x07"}},
     {"AnArchive", Bytes("\x1f\x8b\x08\0\0\n\0", 7), {Bytes("\0", 1), Bytes("\x1f\x8b\x08\0\0", 5)}},
 };
@@ -166,7 +166,7 @@ TEST(LogFileSizeTest, ALineMayHaveTheGreatestLength) {
   EXPECT_EQ(lines[1], "first");
 }
 
-TEST(LogFileSizeTest, AHoleAfterTheLastLineIsALineOfZeroBytes) {
+TEST(LogFileSizeTest, AHoleAfterTheLastLineIsALineOfNulBytes) {
   // Such logs exist after a machine has lost power.
   const ScopedTempDir folder;
   const std::string path = folder.Write("log", "one\ntwo\n");
@@ -264,7 +264,7 @@ TEST(LogPathTest, BrokenLinksAreErrors) {
   EXPECT_THAT([&] { LinesIn(loop); }, Unreadable(loop, "Too many levels of symbolic links"));
 }
 
-TEST(LogPathTest, LinksToPipesAndDevicesAreRefusedToo) {
+TEST(LogPathTest, LinksToPipesAndDevicesAreRefused) {
   const ScopedTempDir folder;
   ASSERT_EQ(::mkfifo(folder.GetPath("pipe").c_str(), 0600), 0);
   for (const char* const target : {"pipe", "/dev/zero", "/dev/tty", "/dev/kmsg"}) {

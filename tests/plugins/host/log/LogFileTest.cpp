@@ -98,7 +98,7 @@ TEST(LogFileTest, RefusesALineThatHasNoEnd) {
       ThrowsMessage<KestrelException>("Unable to read " + path + ": A line is longer than 64 MiB"));
 }
 
-TEST(LogFileTest, IgnoresLinesThatAreWrittenAfterwards) {
+TEST(LogFileTest, IgnoresLinesThatAreWrittenAfterItWasOpened) {
   const ScopedTempDir folder;
   const std::string path = folder.Write("log", "one\ntwo\n");
   LogFile file(path);
@@ -119,7 +119,7 @@ TEST(LogFileTest, ReportsAFileThatBecomesShorter) {
                                               ": It became shorter while it was read"));
 }
 
-TEST(LogFileTest, ReportsWhatTheSystemSays) {
+TEST(LogFileTest, ReportsTheErrorOfTheSystem) {
   const ScopedTempDir folder;
   const std::string absent = folder.GetPath("absent");
   EXPECT_THAT(

@@ -32,7 +32,7 @@ TEST(LogLevelTest, IsNamedInAnyCaseAndAsPeopleSpellIt) {
   EXPECT_EQ(ParseLevel("informational"), 6);
 }
 
-TEST(LogLevelTest, RejectsEveryOtherString) {
+TEST(LogLevelTest, RejectsAnyOtherString) {
   for (const char* const text : {"", "8", "-1", "07", "3 ", "er", "errors", "failed", "warn\n"}) {
     EXPECT_EQ(ParseLevel(text), std::nullopt) << text;
   }
@@ -110,7 +110,7 @@ TEST(LogLevelTest, IgnoresPartsOfWordsAtEveryPlace) {
   }
 }
 
-TEST(LogLevelTest, EveryOtherByteSeparatesWords) {
+TEST(LogLevelTest, AnyByteThatIsNotPartOfAWordSeparatesWords) {
   for (int byte = 0; byte < 256; ++byte) {
     const auto letter = static_cast<char>(byte);
     const bool isPart = byte < 128 && (std::isalnum(byte) != 0 || letter == '_');

@@ -51,7 +51,7 @@ TEST_F(LogUserTest, WithSinceTheNumberOfLinesIsNotLimited) {
               SizeIs(120000));
 }
 
-TEST_F(LogUserTest, LimitsTheNumberOfLinesAfterEveryOtherChoice) {
+TEST_F(LogUserTest, LimitsTheNumberOfLinesAfterAllOtherFilters) {
   std::string content;
   for (int minute = 10; minute < 60; ++minute) {
     const std::string stamp = "2024-01-02 03:" + std::to_string(minute) + ":00 ";
@@ -66,7 +66,7 @@ TEST_F(LogUserTest, LimitsTheNumberOfLinesAfterEveryOtherChoice) {
   EXPECT_THAT(Texts(content, {{"since", "2024-01-02 03:50"}, {"lines", "3"}}), SizeIs(3));
 }
 
-TEST_F(LogUserTest, TheLimitCutsWhatIsSorted) {
+TEST_F(LogUserTest, TheLimitKeepsTheFirstRowsAfterSorting) {
   const std::string content = "b error\na debug\nc warning\n";
   EXPECT_THAT(Texts(content, {{"sort", "Text"}}), ElementsAre("a debug", "b error", "c warning"));
   EXPECT_THAT(Texts(content, {{"sort", "Level"}, {"descending", ""}, {"limit", "1"}}),
@@ -193,7 +193,7 @@ TEST_F(LogUserTest, AGiganticLineIsShownWhole) {
   EXPECT_TRUE(texts[1] == line);
 }
 
-TEST_F(LogUserTest, ALevelOfAGiganticLineIsThatOfItsWords) {
+TEST_F(LogUserTest, TheLevelOfAGiganticLineIsThatOfItsWords) {
   EXPECT_THAT(Column("Level Name", std::string(2000000, ' ') + "error\n"), ElementsAre("err"));
   EXPECT_THAT(Column("Level Name", std::string(2000000, 'e') + "rror\n"), ElementsAre("info"));
 }

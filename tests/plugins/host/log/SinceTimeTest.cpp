@@ -78,7 +78,7 @@ TEST(SinceTimeTest, IsTheEarlierOfTwoMomentsWithTheSameLocalTime) {
             ParseSince("2026-10-25T00:30Z", zone, kNow));
 }
 
-TEST(SinceTimeTest, RejectsEveryOtherString) {
+TEST(SinceTimeTest, RejectsAnyOtherString) {
   for (const char* const text : {"",
                                  " ",
                                  "tomorrow",

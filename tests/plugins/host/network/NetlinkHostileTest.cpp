@@ -73,7 +73,7 @@ TEST(NetlinkHostileTest, AMessageOfAnyContentIsOneEntryAtMost) {
   }
 }
 
-TEST(NetlinkHostileTest, AttributesOfAnyContentLeaveTheEntry) {
+TEST(NetlinkHostileTest, AttributesOfAnyContentDoNotRemoveTheEntry) {
   Random random(3);
   for (int answer = 0; answer < kAnswers; ++answer) {
     std::string attributes;

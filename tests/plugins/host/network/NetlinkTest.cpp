@@ -135,13 +135,13 @@ TEST(NetlinkTest, WritesLinkAddresses) {
   EXPECT_EQ(FormatLinkAddress(""), "");
 }
 
-TEST(NetlinkTest, NumbersFamilies) {
+TEST(NetlinkTest, ConvertsFamiliesToNumbers) {
   EXPECT_EQ(FamilyNumber(AF_INET), 4);
   EXPECT_EQ(FamilyNumber(AF_INET6), 6);
   EXPECT_EQ(FamilyNumber(AF_UNIX), 0);
 }
 
-TEST(NetlinkTest, TheKernelNamesItsInterfaces) {
+TEST(NetlinkTest, ADumpOfTheKernelContainsItsInterfaces) {
   EXPECT_THAT(Messages(DumpRoutingNetlink(RTM_GETLINK, "network interfaces")),
               ::testing::Contains(Pair(RTM_NEWLINK, ::testing::_)));
 }

@@ -193,7 +193,7 @@ TEST(NetworkInterfaceTest, FiltersChooseAmongTheInterfaces) {
   IN_OWN_NETWORK([] {
     MakeNetwork();
     Configure("ip link set outside down");
-    // The other interface notices that a moment later.
+    // A moment later, the interface "inside" enters the state "lowerlayerdown".
     Configure(
         "for i in $(seq 200); do ip link show inside | grep -q LOWERLAYERDOWN && exit 0; "
         "sleep 0.05; done; exit 1");
@@ -330,7 +330,7 @@ void SendPacketThatIsDropped() {
   ::close(sender);
 }
 
-TEST(NetworkCounterListTest, ShowsWhichCounterMeansTrouble) {
+TEST(NetworkCounterListTest, ShowsWhichCounterIndicatesTrouble) {
   IN_OWN_NETWORK([] {
     Configure("ip link set lo up");
     EXPECT_THAT(CallRows("network counter list", {{"trouble", ""}}), IsEmpty());
@@ -700,7 +700,7 @@ TEST(NetworkRouteListTest, UsesTheNamesOfTheAdministratorAsIpDoes) {
   });
 }
 
-TEST(NetworkRouteListTest, ShowsControlCharactersInNamesHarmlessly) {
+TEST(NetworkRouteListTest, EscapesControlCharactersInNames) {
   IN_OWN_NETWORK([] {
     Configure("ip link set lo up");
     EXPECT_EQ(RunWithEtc({{"iproute2/rt_tables", "255 lo\x1b[31mcal\n"}},

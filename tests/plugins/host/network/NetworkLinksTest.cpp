@@ -130,7 +130,7 @@ INSTANTIATE_TEST_SUITE_P(
                       TypeCase{"none", ARPHRD_NONE}, TypeCase{"65535", ARPHRD_VOID}),
     [](const auto& row) { return std::string(row.param.name); });
 
-TEST(NetworkLinksTest, ATunnelHasInternetAddresses) {
+TEST(NetworkLinksTest, TheLinkAddressOfATunnelIsAnIpAddress) {
   const std::string attribute = Attribute(IFLA_ADDRESS, AddressBytes("192.0.2.1"));
   EXPECT_EQ(OnlyLink(LinkMessage(ARPHRD_TUNNEL, 1, attribute)).address, "192.0.2.1");
 }

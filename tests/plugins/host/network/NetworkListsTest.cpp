@@ -297,7 +297,7 @@ TEST_P(InterfaceFilterTest, TakesNamesAndPatterns) {
 }
 
 // The kernel accepts every byte except "/" and white space in the name of an interface.
-TEST(InterfaceNameTest, ControlCharactersAreShownHarmlessly) {
+TEST(InterfaceNameTest, ControlCharactersAreEscaped) {
   IN_OWN_NETWORK([] {
     Configure(
         "name=$(printf 'a\\033[2J'); ip link add \"$name\" type veth peer name far0;"

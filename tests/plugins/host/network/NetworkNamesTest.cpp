@@ -120,7 +120,7 @@ TEST_P(LinkFlagTest, IsNamed) {
   EXPECT_THAT(LinkFlagNames(1u << GetParam().number), ElementsAre(GetParam().name));
 }
 
-// Each number is that of a bit.
+// Each number is the position of a bit.
 const Named kLinkFlags[] = {
     {0, "UP"},         {1, "BROADCAST"}, {2, "DEBUG"},      {3, "LOOPBACK"}, {4, "POINTOPOINT"},
     {5, "NOTRAILERS"}, {6, "RUNNING"},   {7, "NOARP"},      {8, "PROMISC"},  {9, "ALLMULTI"},
@@ -165,7 +165,7 @@ const Named kAddressFlags[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Bits, AddressFlagTest, ::testing::ValuesIn(kAddressFlags), NameOf);
 
-TEST(AddressFlagTest, OneBitMeansSecondaryForIpv4) {
+TEST(AddressFlagTest, TheBitForTemporaryMeansSecondaryInAnIpv4Address) {
   EXPECT_THAT(AddressFlags(AF_INET, IFA_F_SECONDARY | IFA_F_PERMANENT), ElementsAre("secondary"));
 }
 

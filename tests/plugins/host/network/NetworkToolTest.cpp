@@ -37,7 +37,7 @@ TEST(NetworkToolTest, AllTablesAndOneTableExcludeEachOther) {
   EXPECT_EQ(result.status, 1);
 }
 
-TEST(NetworkToolTest, TheColumnsOfACallAreNotThoseOfTheNextOne) {
+TEST(NetworkToolTest, TheColumnsOfACallDoNotAffectTheNextCall) {
   const std::string refusal = RunInOwnNetwork([] {
     Witness("ip link set lo up && ip route add blackhole 10.4.0.0/16");
     const VexilResult result = HostRun({"--input=STDIN"})

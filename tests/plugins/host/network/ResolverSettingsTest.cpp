@@ -100,7 +100,7 @@ TEST(ResolverSettingsTest, WithoutAServerTheLibraryUsesThisMachine) {
               ElementsAre("search 1 a", "[server 1 none]", "server 1 127.0.0.1"));
 }
 
-TEST(ResolverSettingsTest, TheServersOfALocalServerAreListed) {
+TEST(ResolverSettingsTest, TheServersThatSystemdResolvedUsesAreListed) {
   const ScopedTempDir root;
   root.Write("etc/resolv.conf", "nameserver 127.0.0.53\noptions edns0\n");
   EXPECT_THAT(Texts(ReadResolverSettings(root.GetPath())),
@@ -117,7 +117,7 @@ TEST(ResolverSettingsTest, TheServersOfALocalServerAreListed) {
   EXPECT_EQ(settings[2].source, "/run/systemd/resolve/resolv.conf");
 }
 
-TEST(ResolverSettingsTest, OtherServersDoNotReadThatFile) {
+TEST(ResolverSettingsTest, TheFileOfSystemdResolvedIsNotReadForAnotherServer) {
   const ScopedTempDir root;
   root.Write("etc/resolv.conf", "nameserver 127.0.0.1\n");
   root.Write("run/systemd/resolve/resolv.conf", "nameserver 10.0.0.1\n");

@@ -93,7 +93,7 @@ const FileCase kFiles[] = {
      "nameserver 10.0.0.300\nnameserver name.example\nnameserver 10.0.0.2\nnameserver ::g\n"},
     {"InvalidServersOnly", "nameserver 10.0.0.300\n"},
     {"Comments", "# nameserver 10.0.0.1\n;nameserver 10.0.0.2\nnameserver 10.0.0.3\n"},
-    {"CommentBehind", "nameserver 10.0.0.3 # the third\n"},
+    {"CommentAfterTheValue", "nameserver 10.0.0.3 # the third\n"},
     {"SpaceBefore", " nameserver 10.0.0.1\n\tnameserver 10.0.0.2\n"},
     {"TabsBetween", "nameserver\t\t10.0.0.1\nsearch\ta.example\tb.example\n"},
     {"UpperCase", "NameServer 10.0.0.1\n"},

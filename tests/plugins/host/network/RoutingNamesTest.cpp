@@ -47,10 +47,10 @@ const LineCase kLineCases[] = {
     {"CarriageReturn", "7 seven\r\n", "seven"},
     {"Hexadecimal", "0x7 seven\n", "seven"},
     {"HexadecimalInUpperCase", "0X07 seven\n", "seven"},
-    {"CommentBehind", "7 seven # a number\n", "seven"},
+    {"CommentAfterTheName", "7 seven # a number\n", "seven"},
     {"CommentAtTheName", "7 seven# a number\n", "seven"},
     {"CommentedOut", "#7 seven\n", "7"},
-    {"TheLastOneCounts", "7 first\n7 last\n", "last"},
+    {"TheLastOfTwoLinesIsUsed", "7 first\n7 last\n", "last"},
     {"OtherNumbers", "6 six\n8 eight\n", "7"},
     {"NoName", "7\n", "7"},
     {"ANameOfTwoWords", "7 twice three\n", "7"},
@@ -84,7 +84,7 @@ TEST(NumberTableTest, TakesNumbersThatHaveNoName) {
   EXPECT_EQ(table.NumberOf("1 "), std::nullopt);
 }
 
-TEST(NumberTableTest, ANameOfDigitsPrecedesTheNumber) {
+TEST(NumberTableTest, ANameOfDigitsTakesPrecedenceOverTheNumber) {
   EXPECT_THAT(TableOf("7 8\n").NumberOf("8"), Optional(7u));
 }
 

@@ -137,7 +137,7 @@ TEST_P(SocketEndpointTest, IsWritten) {
 INSTANTIATE_TEST_SUITE_P(Endpoints, SocketEndpointTest, ::testing::ValuesIn(kEndpoints),
                          [](const auto& test) { return test.param.name; });
 
-TEST(SocketTablesTest, QueuesBeyond64BitsAffectOnlyTheirLine) {
+TEST(SocketTablesTest, AQueueTooLargeForALongAffectsOnlyItsLine) {
   std::string line = kListener;
   line.replace(line.find("00000000:00000003"), 17, "FFFFFFFFFFFFFFFF:0");
   EXPECT_THAT(ParseInternetSockets(line, "tcp", 4), IsEmpty());

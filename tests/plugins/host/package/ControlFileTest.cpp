@@ -101,7 +101,7 @@ std::vector<std::string> Names(std::string_view text, LastStanza last = LastStan
   return names;
 }
 
-TEST(ReadControlFileTest, CallsForEachStanza) {
+TEST(ReadControlFileTest, CallsTheFunctionForEachStanza) {
   EXPECT_THAT(Names(""), IsEmpty());
   EXPECT_THAT(Names("\n\n"), IsEmpty());
   EXPECT_THAT(Names("Package: a\n\n"), ElementsAre("a"));
@@ -121,7 +121,7 @@ TEST(ReadControlFileTest, RefusesATruncatedFileWhereverItEnds) {
   }
 }
 
-TEST(ReadControlFileTest, AcceptsALineFeedAtTheEndWhereItIsEnough) {
+TEST(ReadControlFileTest, AcceptsOneLineFeedAtTheEndIfTheCallerAllowsIt) {
   const std::string text = "Package: a\n\nPackage: b\nVersion: 1\n";
   EXPECT_THAT(Names(text, LastStanza::LineFeed), ElementsAre("a", "b"));
   EXPECT_THAT(Names(text + "\n", LastStanza::LineFeed), ElementsAre("a", "b"));

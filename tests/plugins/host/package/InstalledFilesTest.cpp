@@ -47,7 +47,7 @@ TEST_F(InstalledFilesTest, ListsInTheRecordedOrder) {
   EXPECT_THAT(Read(), ElementsAre("/.", "/usr", "/etc/a b"));
 }
 
-TEST_F(InstalledFilesTest, ListsNothingOfAnEmptyPackage) {
+TEST_F(InstalledFilesTest, ListsNothingForAnEmptyPackage) {
   folder_.Write("info/sample.list", "");
   EXPECT_THAT(Read(), IsEmpty());
 }

@@ -100,7 +100,7 @@ TEST_F(PackageDatabaseTest, OmitsWhatIsNotInstalled) {
   EXPECT_THAT(Read(), ElementsAre("b:amd64 1.0-1 config-files"));
 }
 
-TEST_F(PackageDatabaseTest, NeedsNoVersionOfWhatIsRemoved) {
+TEST_F(PackageDatabaseTest, NeedsNoVersionForARemovedPackage) {
   Status("Package: a\nStatus: deinstall ok config-files\n\n");
   EXPECT_THAT(Read(), ElementsAre("a:  config-files"));
 }
@@ -133,7 +133,7 @@ TEST_F(PackageDatabaseTest, ReadsAnUpdateThatEndsWithALineFeed) {
   EXPECT_THAT(Read(), ElementsAre("a:amd64 1.0-1 installed", "b:amd64 2 half-installed"));
 }
 
-TEST_F(PackageDatabaseTest, NeedsNoUpdateThatDpkgRemovesMeanwhile) {
+TEST_F(PackageDatabaseTest, IgnoresAnUpdateThatDpkgRemovesMeanwhile) {
   Status(Entry("a"));
   folder_.MakeDirectory("updates");
   ASSERT_EQ(::symlink("removed", folder_.GetPath("updates/0000").c_str()), 0);

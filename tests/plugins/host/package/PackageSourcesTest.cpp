@@ -52,7 +52,7 @@ const ListCase kLists[] = {
     {"NotUtf8", "/\xff\xfe\n", {"/\xff\xfe"}},
     {"NotAscii", "/\xc3\xa4\n", {"/\xc3\xa4"}},
     {"CarriageReturns", "/a\r\n/b\r\n", {"/a\r", "/b\r"}},
-    {"ZeroBytes", std::string("/a\0b\n", 5), {std::string("/a\0b", 4)}},
+    {"NulBytes", std::string("/a\0b\n", 5), {std::string("/a\0b", 4)}},
     {"Dots", "/..\n/../a\n", {"/..", "/../a"}},
     {"Twice", "/a\n/a\n", {"/a", "/a"}},
     {"AnEscapeOfATerminal", "/\x1b[2J\n", {"/\x1b[2J"}},
@@ -227,7 +227,7 @@ TEST(PolicyAnswerTest, TruncatedAnywhereNeverChangesACandidate) {
   }
 }
 
-TEST(PolicyAnswerTest, APackageIsKnownOnceItsCandidateIs) {
+TEST(PolicyAnswerTest, APackageIsKnownOnceItsCandidateIsRead) {
   EXPECT_FALSE(Read("one:\n").candidates.at("one").isKnown);
   EXPECT_FALSE(Read("one:\n  Installed: 1\n").candidates.at("one").isKnown);
   EXPECT_TRUE(Read("one:\n  Candidate: 1\n").candidates.at("one").isKnown);

@@ -139,7 +139,7 @@ const FileCase kFiles[] = {
      "Version: \t2 \nDescription: made up\n\n",
      1},
     {"ManyEmptyLines", "\n\n\n" + Entry("a") + "\n\n" + Entry("b") + "\n", 2},
-    {"LinesThatGoOn",
+    {"ContinuedLines",
      Entry("a", "install ok installed",
            "Depends: b,\n c (>= 1),\n\td\nConffiles:\n /etc/a 0123456789abcdef0123456789abcdef\n"),
      1},
@@ -209,8 +209,8 @@ const RefusedCase kRefused[] = {
      "the entry of package '' has no field Package"},
     {"ALineWithoutAColon", Entry("a", "install ok installed", "Oops\n"),
      "a line is no field: Oops"},
-    {"ALineThatGoesOnFromNothing", " Package: a\n\n", "a line is no field:  Package: a"},
-    {"ZeroBytes", Entry("a") + std::string(64, '\0') + "\n\n",
+    {"AContinuationOfNoLine", " Package: a\n\n", "a line is no field:  Package: a"},
+    {"NulBytes", Entry("a") + std::string(64, '\0') + "\n\n",
      "a line is no field: \\x00\\x00\\x00\\x00\\x00\\x00\\x00\\x00\\x00\\x00\\x00\\x00\\x00\\x00"},
     {"ALineWithoutAName", ": value\n\n", "a line is no field: : value"},
     {"TheStateAlone", Entry("a", "installed"),
@@ -231,7 +231,7 @@ TEST_P(RefusedStatusTest, IsRefusedAsByDpkg) {
   EXPECT_TRUE(IsRefusedByDpkg());
 }
 
-TEST_P(RefusedStatusTest, IsRefusedInAnUpdateToo) {
+TEST_P(RefusedStatusTest, IsRefusedInAnUpdate) {
   Status(Entry("before"));
   folder_.Write("updates/0001", GetParam().text);
   EXPECT_THAT([this] { PackageDatabase database(folder_.GetPath()); },

@@ -94,7 +94,7 @@ TEST_F(InitScriptsTest, AreExecutableFiles) {
   EXPECT_THAT(Names(), ElementsAre("script"));
 }
 
-TEST_F(InitScriptsTest, DoNotIncludeWhatDpkgLeaves) {
+TEST_F(InitScriptsTest, DoNotIncludeFilesThatDpkgLeavesBehind) {
   Add("ssh.dpkg-old", "");
   Add("ssh.dpkg-dist", "");
   Add(".hidden", "");
@@ -149,7 +149,7 @@ TEST_F(InitScriptsTest, AreNotAwaitedForever) {
   EXPECT_EQ(services[1].state, "running");
 }
 
-TEST_F(InitScriptsTest, StartWithTheMachineByTheirLinks) {
+TEST_F(InitScriptsTest, StartWithTheMachineIfLinksSaySo) {
   for (const char* const name : {"both", "early", "kill", "late", "none"}) {
     Add(name, "");
   }
@@ -213,7 +213,7 @@ TEST_F(InitScriptsTest, HaveDetails) {
   EXPECT_EQ(ssh->memoryBytes, std::nullopt);
 }
 
-TEST_F(InitScriptsTest, RunOnlyTheRequestedOne) {
+TEST_F(InitScriptsTest, AreNotRunWhenAnotherOneIsRequested) {
   Add("a", "exit 0 # status");
   Add("b", "touch '" + files_.GetPath("touched") + "' # status");
   EXPECT_TRUE(InitScripts(Folder()).Read("a").has_value());

@@ -253,7 +253,7 @@ TEST_F(OwnSystemdTest, EnablesAndDisables) {
   });
 }
 
-TEST_F(OwnSystemdTest, ReportsFailuresInTheWordsOfSystemctl) {
+TEST_F(OwnSystemdTest, ReportsFailuresWithTheMessagesOfSystemctl) {
   RunThere([] {
     const auto error = [](const std::string& action, const std::string& name) {
       const auto errors = CallErrors("service " + action, {{"name", name}});

@@ -108,7 +108,7 @@ TEST_F(ServiceLogTest, ReportsWhyTheProgramFailed) {
   EXPECT_THAT(log.lines, SizeIs(1));
 }
 
-TEST_F(ServiceLogTest, HasNoProblemWithOtherHints) {
+TEST_F(ServiceLogTest, ReportsNoProblemForAnyOtherHint) {
   EXPECT_EQ(Read("", 0, "Journal file x is truncated, ignoring file.\n").problem, "");
 }
 

@@ -170,7 +170,7 @@ TEST_F(SystemdManagerTest, StopsAServiceWithoutFile) {
   EXPECT_EQ(change.after.service.state, "not-found");
 }
 
-TEST_F(SystemdManagerTest, ReportsAFailureInTheWordsOfSystemctl) {
+TEST_F(SystemdManagerTest, ReportsAFailureWithTheMessageOfSystemctl) {
   ExpectFailure("start",
                 "Job for ssh.service failed because the control process exited with error code.\n"
                 "See \"systemctl status ssh.service\" and \"journalctl -xeu ssh.service\" for "

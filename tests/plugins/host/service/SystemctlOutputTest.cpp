@@ -104,7 +104,7 @@ TEST(ParseUnitsTest, ShowsOnlyTheBeginningOfGarbage) {
   ExpectRefused([] { ParseUnits(std::string(1000, 'x')); }, std::string(60, 'x'));
 }
 
-TEST(ParseUnitsTest, IsNotOverwhelmedByNesting) {
+TEST(ParseUnitsTest, RefusesJsonThatIsNestedTooDeeply) {
   EXPECT_THAT([] { ParseUnits(std::string(1000000, '[')); },
               ThrowsMessage<KestrelException>(StartsWith(kUnexpected)));
 }

@@ -78,7 +78,7 @@ TEST(SystemctlTest, ReturnsWhatTheProgramPrints) {
   EXPECT_THAT(systemd.GetCalls(), ElementsAre("list-units --all"));
 }
 
-TEST(SystemctlTest, ReportsAFailureInTheProgramsWords) {
+TEST(SystemctlTest, ReportsAFailureWithTheMessageOfTheProgram) {
   const MadeUpSystemd systemd;
   systemd.Fail("show", "Failed to connect to bus: Connection refused");
   EXPECT_THAT([] { Systemctl().Ask({"show"}); },
@@ -87,7 +87,7 @@ TEST(SystemctlTest, ReportsAFailureInTheProgramsWords) {
 }
 
 // Output before a failure could be mistaken for the complete answer.
-TEST(SystemctlTest, ReturnsNothingOfAFailedAnswer) {
+TEST(SystemctlTest, ReturnsNothingIfTheProgramFails) {
   const MadeUpSystemd systemd;
   systemd.Answer("list-units", "[]", 3);
   EXPECT_THAT([] { Systemctl().Ask({"list-units"}); },

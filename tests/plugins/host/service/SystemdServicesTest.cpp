@@ -244,7 +244,7 @@ TEST_F(SystemdServicesTest, DoNotQueryInvalidNames) {
   EXPECT_THAT(systemd_.GetCalls(), SizeIs(2));
 }
 
-TEST_F(SystemdServicesTest, AreReadFromTablesToo) {
+TEST_F(SystemdServicesTest, AreReadFromTables) {
   systemd_.Answer("list-units",
                   "ssh.service    loaded    active   running OpenBSD Secure Shell server\n"
                   "done.service   loaded    active   exited  Ran once\n");
@@ -391,7 +391,7 @@ TEST_F(SystemdServiceTest, NeedsAnAnswerAboutOneUnit) {
   }
 }
 
-TEST_F(SystemdServiceTest, FailsWithTheWordsOfSystemctl) {
+TEST_F(SystemdServiceTest, FailsWithTheMessageOfSystemctl) {
   systemd_.Fail("show", "Failed to get properties: Connection timed out");
   EXPECT_THAT([] { ReadSystemdService(Systemctl(), "ssh"); },
               ThrowsMessage<KestrelException>(

@@ -9,8 +9,8 @@
 namespace Kestrel::Testing {
 
 /// While a watch exists, it records which files and folders the plug-in opens, and can make one of
-/// the calls that open them fail. Only one watch may exist at a time. It does not see files that
-/// the C library itself opens.
+/// these attempts fail. Only one watch may exist at a time. It does not see files that the C
+/// library itself opens.
 class FileWatch {
  public:
   FileWatch();

@@ -292,7 +292,7 @@ const NumberCase kNumbers[] = {
     {"AWord", "maker\n", -1},
     {"Negative", "-1\n", -1},
     {"TwoNumbers", "0x1 0x2\n", -1},
-    {"ZeroBytes", "0x1\\0\n", -1},
+    {"NulBytes", "0x1\\0\n", -1},
 };
 
 class BusNumberTest : public ::testing::TestWithParam<NumberCase> {};

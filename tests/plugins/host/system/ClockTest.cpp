@@ -114,7 +114,7 @@ const VariableCase kVariables[] = {
 
 class ZoneVariableTest : public ::testing::TestWithParam<VariableCase> {};
 
-TEST_P(ZoneVariableTest, PrecedesTheFiles) {
+TEST_P(ZoneVariableTest, TakesPrecedenceOverTheFiles) {
   const ScopedEnvironment zone("TZ", std::string(GetParam().value));
   const ScopedTempDir etc;
   ASSERT_EQ(::symlink("/usr/share/zoneinfo/Europe/Berlin", etc.GetPath("localtime").c_str()), 0);

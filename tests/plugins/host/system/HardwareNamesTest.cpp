@@ -120,9 +120,9 @@ const DamagedCase kDamaged[] = {
     {"ANumberWithoutAName", "0002\n\t0002\n"},
     {"NoHexadecimalNumber", "wxyz  Maker\n000x  Maker\n-001  Maker\n+001  Maker\n"},
     {"NoSpaceAfterTheNumber", "0002Maker\n00021  Maker\n"},
-    {"ZeroBytes", std::string("\0\0\0\0\0\n0\0"
-                              "02  Maker\n",
-                              18)},
+    {"NulBytes", std::string("\0\0\0\0\0\n0\0"
+                             "02  Maker\n",
+                             18)},
     {"AnEndlessLine", std::string(1 << 20, '0') + "\n"},
     {"AClassWithoutANumber", "C \nC\nC zz  Class\n"},
 };

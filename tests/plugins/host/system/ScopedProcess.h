@@ -25,7 +25,7 @@ class ScopedProcess {
     if (id_ == 0) {
       ::prctl(PR_SET_PDEATHSIG, SIGKILL);
       ::prctl(PR_SET_NAME, name.c_str());
-      ::signal(SIGSEGV, SIG_DFL);  // the sanitizer handles it
+      ::signal(SIGSEGV, SIG_DFL);  // otherwise, a sanitizer would handle the signal
       ::close(ready[0]);
       ::close(ready[1]);
       while (!isZombie) {

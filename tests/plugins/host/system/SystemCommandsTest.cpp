@@ -317,7 +317,7 @@ TEST(SystemProcessListTest, AgreesWithPsAboutEveryProcess) {
       isEither(4, "Nice");
     }
     isBetween(7, "Seconds", 1);
-    // The memory of a compiler may change between the calls.
+    // The memory of a process that is working may change between the calls.
     if (first->second[5] == second->second[5]) {
       isBetweenKib(5, "Virtual Bytes");
       isBetweenKib(6, "Resident Bytes");
@@ -370,7 +370,7 @@ TEST(SystemProcessListTest, AgreesWithPsAboutTheShareOfAProcessor) {
   const Structure structure = FindProcess(id);
   const double after = share();
   WitnessLine("kill -9 " + id);
-  // Both divide by the time since the start, but ps uses whole seconds.
+  // The command and ps divide by the time since the start, but ps uses whole seconds.
   const double own = static_cast<double>(NumberOf(structure, "CPU Hundredths")) / 100;
   EXPECT_GT(own, 5);
   EXPECT_GE(own, std::min(before, after) / 2);

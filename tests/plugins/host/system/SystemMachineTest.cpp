@@ -205,7 +205,7 @@ TEST_F(CpuMachineTest, CountsProcessors) {
   ExpectPrinted("system cpu count --all", "3\n");
 }
 
-TEST_F(CpuMachineTest, ASetThatNoKernelWritesEndsTheCall) {
+TEST_F(CpuMachineTest, TheCallEndsDespiteASetThatNoKernelWrites) {
   File("sys/devices/system/cpu/present", "9223372036854775806-9223372036854775807,0\n");
   RunThere([] {
     EXPECT_THAT(Numbers({}), ElementsAre("9223372036854775806", "9223372036854775807", "0"));
@@ -406,7 +406,7 @@ const ProcessFilterCase kProcessFilters[] = {
     {"Expression", {{"match", "^(init|worker)$"}}, {"1", "31"}},
     {"ExpressionWithin", {{"match", "er"}}, {"30", "31"}},
     {"ExpressionAcrossLines", {{"match", "a\\n\\("}}, {"100"}},
-    {"CommandIsNotLookedAt", {{"match", "server:"}}, {}},
+    {"CommandLineIsNotSearched", {{"match", "server:"}}, {}},
     {"FullCommand", {{"match", "server:"}, {"full", ""}}, {"30", "31"}},
     {"FullCommandFallsBackToTheName", {{"match", "^kthreadd$"}, {"full", ""}}, {"2"}},
     {"FullWithoutExpression", {{"full", ""}}, {"1", "2", "30", "31", "100"}},

@@ -54,7 +54,7 @@ TEST(SystemProcessSignalTest, SendsTheSignalThatTheUserNames) {
   }
 }
 
-TEST(SystemProcessSignalTest, SignalsEveryProcessOfThatExactName) {
+TEST(SystemProcessSignalTest, SignalsEveryProcessWithExactlyTheGivenName) {
   ScopedProcess first("kestrel-two");
   ScopedProcess second("kestrel-two");
   const ScopedProcess other("kestrel-twofold");
@@ -191,7 +191,7 @@ const EndCase kEnds[] = {{"HUP", SIGHUP},   {"INT", SIGINT},    {"QUIT", SIGQUIT
 
 class SignalEndTest : public ::testing::TestWithParam<EndCase> {};
 
-TEST_P(SignalEndTest, IsTheOneThatTheProcessReceives) {
+TEST_P(SignalEndTest, IsCausedByTheGivenSignal) {
   ScopedProcess process("kestrel-ten");
   const Row row = CallRows(kPath, {{"id", process.GetId()}, {"signal", GetParam().text}}).at(0);
   EXPECT_EQ(row.at("Signal Number"), std::to_string(GetParam().signal));
