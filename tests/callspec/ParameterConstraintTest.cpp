@@ -348,7 +348,7 @@ TEST(ParameterConstraintTest, AMatchThatNeedsTooMuchMemoryCountsAsNoMatch) {
                           "expected regular expression ((a|b)*)"));
 }
 
-// A locale in which one more byte is a letter than in the classic one.
+// A locale that classifies one more byte as a letter than the classic locale does.
 class LetterLocale : public std::ctype<char> {
  public:
   LetterLocale() : std::ctype<char>(Table()) {}

@@ -516,7 +516,7 @@ TEST(ParameterSpecTest, TheFullMarkerIsEmptyWithoutDescribedStrings) {
   EXPECT_EQ(regex->GetDescription(true), "<>");
 }
 
-TEST(ParameterSpecTest, AMarkerWithinAnInsertedTextIsReplacedToo) {
+TEST(ParameterSpecTest, AMarkerWithinAnInsertedTextIsReplaced) {
   const auto regex = Spec(String);
   regex->SetConstraint(Regex("%ENUM%"));
   regex->SetDescription("%REGEX%");
@@ -529,7 +529,7 @@ TEST(ParameterSpecTest, AMarkerWithinAnInsertedTextIsReplacedToo) {
             "expression %ENUM%");
 }
 
-TEST(ParameterSpecTest, TheFullMarkerComesAfterTheOthers) {
+TEST(ParameterSpecTest, TheFullMarkerIsReplacedAfterTheOthers) {
   const auto constraint = ParameterConstraint::New(StringEnum);
   constraint->AddStringEnum("%FULLENUM%", "a marker for a value");
   const auto spec = Spec(String);

@@ -194,7 +194,7 @@ TEST(TextValueTest, ReadsTheBooleanWords) {
   }
 }
 
-TEST(TextValueTest, RefusesEveryOtherBooleanWordAndLeavesTheValueAlone) {
+TEST(TextValueTest, RefusesAnyOtherBooleanWordAndLeavesTheValueAlone) {
   const std::vector<std::string> words = {
       "",    " ",     "YES",   "TRUE",   "FALSE", "Yes", "No",   "NO",  "Y",
       "N",   "on",    "off",   "2",      "-1",    "01",  "00",   " 1",  "1 ",

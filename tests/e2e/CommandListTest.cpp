@@ -14,7 +14,7 @@ const char* const kList =
     "-------------  -------  -----------\n"
     "vexil.command  list     List all of the vexil commands.\n";
 
-TEST(CommandListTest, ListsTheCommandsAndEndsWithZero) {
+TEST(CommandListTest, ListsTheCommandsAndExitsWithStatus0) {
   const VexilResult result = VexilRun({"vexil", "command", "list"}).Run();
   EXPECT_EQ(kList, result.out);
   EXPECT_EQ("", result.err);

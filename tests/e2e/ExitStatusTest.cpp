@@ -26,7 +26,7 @@ const std::vector<std::string> kList = {"vexil", "command", "list"};
 // More output than any buffer on the way can take.
 const std::vector<std::string> kManyRows = {"try", "rows", "-c", "20000"};
 
-TEST(ExitStatusTest, AFailedCommandEndsWithOneAndItsMessages) {
+TEST(ExitStatusTest, AFailedCommandPrintsItsMessagesAndExitsWithStatus1) {
   const VexilResult result = Try({"try", "fail"}).Run();
   EXPECT_EQ("", result.out);
   EXPECT_EQ("Errors: \nError on command try fail : no fuel\n", result.err);
@@ -42,7 +42,7 @@ TEST(ExitStatusTest, AFullDiskIsReported) {
   }
 }
 
-TEST(ExitStatusTest, AFullDiskIsReportedForLargeOutputToo) {
+TEST(ExitStatusTest, AFullDiskIsReportedForLargeOutput) {
   const VexilResult result = Try(kManyRows).WithOutputTo("/dev/full").Run();
   EXPECT_EQ("Unable to write to standard output\n", result.err);
   EXPECT_EQ(1, result.status);

@@ -11,7 +11,7 @@ namespace Kestrel::Testing {
 
 namespace {
 
-TEST(HelpTest, ACommandPrintsItsPageAndEndsWithZero) {
+TEST(HelpTest, ACommandPrintsItsPageAndExitsWithStatus0) {
   for (const char* option : {"--help", "-h"}) {
     const VexilResult result = VexilRun({"vexil", "command", "list", option}).Run();
     EXPECT_THAT(result.out, MatchesGolden("commandhelp/tool-command-list"));

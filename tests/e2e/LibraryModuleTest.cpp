@@ -73,7 +73,7 @@ class LibraryModuleTest : public ::testing::TestWithParam<ModuleCase> {
     return Path(fs::path(GetParam().file).lexically_relative(library));
   }
 
-  /// Runs the command with `option`, or without an option if that is empty.
+  /// Runs the command with `option`, or without an option if `option` is empty.
   VexilResult Run(const std::string& option) const {
     std::vector<std::string> words = {"--plugin", Path("hat.xml"), "hat", "list"};
     if (!option.empty()) {

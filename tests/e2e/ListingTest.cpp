@@ -51,7 +51,7 @@ TEST(ListingTest, AnUnknownWordIsReportedOnOneLine) {
   EXPECT_EQ(1, result.status);
 }
 
-TEST(ListingTest, AnUnknownWordAtTheRootIsReportedLikewise) {
+TEST(ListingTest, AnUnknownWordAtTheRootIsReportedOnOneLine) {
   const VexilResult result = VexilRun({"nosuch"}).Run();
   EXPECT_EQ("", result.out);
   EXPECT_EQ("Unable to find a command or namespace with the name 'nosuch' in namespace \n",
@@ -59,7 +59,7 @@ TEST(ListingTest, AnUnknownWordAtTheRootIsReportedLikewise) {
   EXPECT_EQ(1, result.status);
 }
 
-TEST(ListingTest, AWordAfterACommandIsReportedLikewise) {
+TEST(ListingTest, AWordAfterACommandIsReportedOnOneLine) {
   const VexilResult result = VexilRun({"vexil", "command", "list", "extra", "-c", "list"}).Run();
   EXPECT_EQ("", result.out);
   EXPECT_EQ(

@@ -66,7 +66,7 @@ class Listener {
 
 class NetworkTest : public ::testing::Test {
  protected:
-  // Returns a document that refers to documents on the network wherever a document can.
+  // Returns a document that refers to the network in each way in which a document can.
   std::string Document(const std::string& root) const {
     const std::string url = listener_.Url("http");
     return "<?xml version='1.0'?><?oasis-xml-catalog catalog='" + url + "/catalog'?>" +

@@ -42,7 +42,7 @@ class SecretTest : public ::testing::Test {
   PseudoTerminal terminal;
 };
 
-TEST_F(SecretTest, IsTypedWithoutEchoWhichIsOnAgainAfterwards) {
+TEST_F(SecretTest, IsTypedWithoutEchoAndEchoIsOnAgainAfterwards) {
   StartAndWaitForPrompt();
   terminal.Type("open sesame\n");
   EXPECT_EQ(0, terminal.WaitForEnd());
@@ -50,7 +50,7 @@ TEST_F(SecretTest, IsTypedWithoutEchoWhichIsOnAgainAfterwards) {
   EXPECT_EQ("\r\npassword 'open sesame' pin '1'\r\n", terminal.ReadRest());
 }
 
-TEST_F(SecretTest, TwoSecretsAreAskedForInTheOrderTyped) {
+TEST_F(SecretTest, TwoSecretsAreAskedForInTheOrderOfTheirOptions) {
   Start({"try", "unlock", "-i", "-p"});
   EXPECT_EQ("Enter value for 'pin': ", terminal.ReadUntil("': "));
   EXPECT_FALSE(terminal.IsEchoOn());

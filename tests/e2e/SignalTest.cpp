@@ -92,7 +92,7 @@ class SignalTest : public ::testing::Test {
 
 const std::string kPrintDone = "printf '<o><string>done</string></o>'";
 
-TEST_F(SignalTest, ChildrenAreWaitedForAlthoughTheirEndIsIgnored) {
+TEST_F(SignalTest, ChildrenAreWaitedForAlthoughTheCallerIgnoresTheirSignals) {
   const VexilRun run = RunOf(kPrintDone);
   terminal_.Start([&run]() -> int {
     signal(SIGCHLD, SIG_IGN);

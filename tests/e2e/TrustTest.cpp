@@ -58,7 +58,7 @@ void MakePlugin(const std::string& path) {
   }
 }
 
-// Returns what the dispatcher reports for a plug-in of a folder that it skips.
+// Returns the dispatcher's message about a plug-in of a folder that is skipped.
 std::string Skipped(const std::string& path, const std::string& reason) {
   return "Error loading plugin " + path + " skipping.  Error was: " +
          (IsObject(path)

@@ -15,7 +15,7 @@ namespace {
 using ::testing::AnyOf;
 using ::testing::StartsWith;
 
-TEST(UsageTest, HelpPrintsTheUsageAndEndsWithOne) {
+TEST(UsageTest, HelpPrintsTheUsageAndExitsWithStatus1) {
   for (const char* option : {"--help", "-h"}) {
     const VexilResult result = VexilRun({option}).Run();
     EXPECT_THAT(result.out, MatchesGolden("usage/vexil"));

@@ -25,7 +25,7 @@ TEST(MetaIntTest, SharesTheValuesFromMinusOneToTwenty) {
   }
 }
 
-TEST(MetaIntTest, MakesAFreshObjectForEveryOtherValue) {
+TEST(MetaIntTest, MakesANewObjectForAnyOtherValue) {
   for (const long value : {-2L, 21L, 1000000000000L}) {
     const auto first = MetaInt::New(value);
     const auto second = MetaInt::New(value);

@@ -39,7 +39,7 @@ TEST(MetaStringTest, NullCountsAsTheEmptyString) {
   EXPECT_EQ(MetaString::New(none).get(), MetaString::New().get());
 }
 
-TEST(MetaStringTest, MakesAFreshObjectForEveryOtherValue) {
+TEST(MetaStringTest, MakesANewObjectForAnyOtherValue) {
   const auto first = MetaString::New("x");
   const auto second = MetaString::New("x");
   EXPECT_NE(first.get(), second.get());

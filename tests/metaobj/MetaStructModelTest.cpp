@@ -218,7 +218,7 @@ class Walk {
   std::vector<Pair> pairs_;
 };
 
-TEST(MetaStructModelTest, ManyStructuresBehaveAsTheirPlainForms) {
+TEST(MetaStructModelTest, ManyStructuresBehaveAsTheirModels) {
   Random random;
   SCOPED_TRACE(random.HowToRepeat());
   Walk walk(random);

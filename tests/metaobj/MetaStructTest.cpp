@@ -316,7 +316,7 @@ TEST(MetaStructTest, KeepsADocumentationText) {
   EXPECT_EQ(structure->GetField("a")->ToString(), "1");
 }
 
-TEST(MetaStructTest, FindsNoDocumentationInAnEmptyOne) {
+TEST(MetaStructTest, ReportsAnEmptyDocumentationAsMissing) {
   const auto structure = MetaStruct::New("Rec");
   structure->SetField("a", MetaInt::New(1), "");
   structure->SetField("b", 1);
@@ -983,7 +983,7 @@ INSTANTIATE_TEST_SUITE_P(Sizes, MetaStructOfSizeTest,
                          testing::Values(0, 4, 5, 6, 7, 11, 12, 61, 62, 63, 64, 65, 66, 200),
                          SizeName);
 
-// Against a model.
+// Comparison with a model.
 
 struct ModelField {
   std::string text;
@@ -1162,7 +1162,7 @@ void RunOnASmallStack(std::function<void()> work) {
   pthread_attr_destroy(&attributes);
 }
 
-// The structures that wait to be destroyed are destroyed one after the other, too.
+// Beyond a certain depth, structures are not destroyed recursively but one after the other.
 TEST(MetaStructTest, DestroysDeepNestingOnASmallStack) {
   for (const bool hasLists : {false, true}) {
     auto structure = Nested(20 * kDeep, hasLists);

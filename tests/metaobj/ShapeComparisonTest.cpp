@@ -68,7 +68,7 @@ bool IsSameListByModel(const MetaList& mine, const MetaList& other, Errors* erro
   return true;
 }
 
-// Only for two values of the same kind, as in fields.
+// Expects two values of the same kind.
 bool IsSameByModel(const Value& mine, const Value& other, Errors* errors) {
   if (mine->GetType() == MetaType::Struct) {
     return IsSameRecordByModel(static_cast<const MetaStruct&>(*mine),

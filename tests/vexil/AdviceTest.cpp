@@ -105,7 +105,7 @@ TEST(AdviceTest, EachLineOfAStreamGetsItsHints) {
       RunOnTerminal(VexilRun({"--screen-width=8x", "--input", file})));
 }
 
-TEST(AdviceTest, ACommandThatSucceedsCanGetAHintToo) {
+TEST(AdviceTest, ACommandThatSucceedsCanGetAHint) {
   EXPECT_THAT(RunOnTerminal(VexilRun({"--screen-width=x", "vexil", "command", "list"})),
               ::testing::EndsWith("commands.\r\nHint: The screen width 'x' is not a number.\r\n"));
 }

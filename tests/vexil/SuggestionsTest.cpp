@@ -62,12 +62,12 @@ TEST_F(SuggestionsTest, CorrectsAWordAnywhereInThePath) {
   EXPECT_THAT(Suggest("storag mout lst"), ElementsAre("storage mount list"));
 }
 
-TEST_F(SuggestionsTest, SuggestsANamespaceForTheMistypedPathOfOne) {
+TEST_F(SuggestionsTest, SuggestsANamespaceForItsMistypedPath) {
   EXPECT_THAT(Suggest("storage mout"), ElementsAre("storage mount"));
   EXPECT_THAT(Suggest("storag"), ElementsAre("storage"));
 }
 
-TEST_F(SuggestionsTest, OffersTheEquallyNearPathsInByteOrder) {
+TEST_F(SuggestionsTest, OffersEquallySimilarPathsInByteOrder) {
   EXPECT_THAT(Suggest("system parameter xet"),
               ElementsAre("system parameter get", "system parameter set"));
   EXPECT_THAT(Suggest("storage list"), ElementsAre("storage device list", "storage mount list"));
@@ -94,7 +94,7 @@ TEST_F(SuggestionsTest, FindsTheNameOfACommandAnywhere) {
   EXPECT_THAT(Suggest("system set"), ElementsAre("system parameter set"));
 }
 
-TEST_F(SuggestionsTest, ReadsThePunctuationAndCaseOfResults) {
+TEST_F(SuggestionsTest, AcceptsThePunctuationAndCaseInWhichResultsPrintPaths) {
   EXPECT_THAT(Suggest("storage.mount list"), ElementsAre("storage mount list"));
   EXPECT_THAT(Suggest("storage/mount/list"), ElementsAre("storage mount list"));
   EXPECT_THAT(Suggest("Storage Mount List"), ElementsAre("storage mount list"));

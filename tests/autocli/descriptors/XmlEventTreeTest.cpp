@@ -101,7 +101,7 @@ std::string GetDescriptor() {
   return ReadFile(KESTREL_SOURCE_DIR "/plugins/network/network.xml.in");
 }
 
-TEST(XmlEventTreeTest, IsTheTreeOfEachShippedDescriptor) {
+TEST(XmlEventTreeTest, EqualsTheParsersTreeForEachShippedDescriptor) {
   for (const char* path :
        {"/plugins/network/network.xml.in", "/plugins/password/password.xml.in"}) {
     EXPECT_TRUE(ExpectSameTreeIfAny(ReadFile(std::string(KESTREL_SOURCE_DIR) + path))) << path;
@@ -126,7 +126,7 @@ TEST(XmlEventTreeTest, HasEveryKindOfNodeOfADocument) {
   }
 }
 
-TEST(XmlEventTreeTest, IsMissingForOtherDocuments) {
+TEST(XmlEventTreeTest, IsNotMadeForOtherDocuments) {
   const std::string manyAttributes = [] {
     std::string text = "<o";
     for (int i = 0; i <= 10000; ++i) {
@@ -169,7 +169,7 @@ TEST(XmlEventTreeTest, IsMissingForOtherDocuments) {
   }
 }
 
-TEST(XmlEventTreeTest, IsMissingForAProgramThatHasSpaceRemoved) {
+TEST(XmlEventTreeTest, IsNotMadeIfTheProgramLetsTheParserRemoveSpace) {
   const int before = xmlKeepBlanksDefault(0);
   const std::unique_ptr<XmlEventTree> tree = XmlEventTree::Read("<o> <a/> </o>");
   xmlKeepBlanksDefault(before);
@@ -220,7 +220,7 @@ TEST(XmlEventTreeTest, JoinsTextThatComesInManyPieces) {
   EXPECT_TRUE(ExpectSameTreeIfAny(text + "</o>"));
 }
 
-TEST(XmlEventTreeTest, IsTheTreeOfRandomDocuments) {
+TEST(XmlEventTreeTest, EqualsTheParsersTreeIfARandomDocumentHasOne) {
   Random random;
   SCOPED_TRACE(random.HowToRepeat());
   XmlDocumentMaker maker(random);
@@ -236,7 +236,7 @@ TEST(XmlEventTreeTest, IsTheTreeOfRandomDocuments) {
   EXPECT_GT(trees, rounds / 5);
 }
 
-TEST(XmlEventTreeTest, IsTheTreeOfDamagedDescriptors) {
+TEST(XmlEventTreeTest, EqualsTheParsersTreeIfADamagedDescriptorHasOne) {
   Random random;
   SCOPED_TRACE(random.HowToRepeat());
   const std::string descriptor = GetDescriptor();
@@ -252,7 +252,7 @@ TEST(XmlEventTreeTest, IsTheTreeOfDamagedDescriptors) {
   EXPECT_GT(trees, rounds / 10);
 }
 
-TEST(XmlEventTreeTest, IsTheTreeOfBrokenDescriptors) {
+TEST(XmlEventTreeTest, EqualsTheParsersTreeIfABrokenDescriptorHasOne) {
   for (const auto& broken : Testing::GetBrokenDescriptors()) {
     ExpectSameTreeIfAny(
         ReadFile(Testing::GetBrokenDescriptorFolder() + "/" + broken.name + ".xml"));
@@ -265,7 +265,7 @@ constexpr std::string_view kEverything =
     "name='a&lt;'><string>\xC3\xA4]&#65;<![CDATA[x]]><!--c--></string></field></structure>"
     "</list><b x = \"1\" y='2'/></o>\n";
 
-TEST(XmlEventTreeTest, IsTheTreeOfADocumentWithAnyByteChangedOrAdded) {
+TEST(XmlEventTreeTest, EqualsTheParsersTreeAfterAnyByteIsChangedOrAdded) {
   int trees = 0;
   for (std::size_t i = 0; i < kEverything.size() && !HasFailure(); ++i) {
     std::string changed(kEverything);
@@ -280,7 +280,7 @@ TEST(XmlEventTreeTest, IsTheTreeOfADocumentWithAnyByteChangedOrAdded) {
   EXPECT_GT(trees, 9000);
 }
 
-TEST(XmlEventTreeTest, IsTheTreeOfADocumentDamagedAtEachPosition) {
+TEST(XmlEventTreeTest, EqualsTheParsersTreeAfterDamageAtEachPosition) {
   const std::string text(kEverything);
   int trees = 0;
   for (std::size_t i = 0; i < text.size() && !HasFailure(); ++i) {

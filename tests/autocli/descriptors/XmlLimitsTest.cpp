@@ -123,7 +123,7 @@ TEST_P(XmlAttributeLimitTest, AnElementHasAtMostTenThousandAttributes) {
   EXPECT_EQ(FaultOfDescriptor(Descriptor(kMaxAttributes + 1)), kTooManyAttributes);
 }
 
-// If the parser compared all of them with each other, this would take an hour.
+// If the parser compared all attributes with each other, this would take an hour.
 TEST_P(XmlAttributeLimitTest, AMillionAttributesAreRefusedImmediately) {
   Testing::StreamCapture diagnostics(STDERR_FILENO);
   EXPECT_EQ(ResultOf(Output(1000000)), Refusal(kTooManyAttributes));

@@ -268,7 +268,7 @@ TEST(XmlPluginTest, ReportsThatAFileCannotBeOpened) {
   EXPECT_THAT(DiagnosticsOf(secret), EndsWith(expected(secret)));
 }
 
-TEST(XmlPluginTest, RefusesEveryOtherVersion) {
+TEST(XmlPluginTest, RefusesAnyOtherVersion) {
   const std::string message = "Unknown vexil extention version.  Valid versions are: '1.0.0'";
   EXPECT_EQ(FaultOf("<x><version>1.0</version><commands/></x>"), message);
   EXPECT_EQ(FaultOf("<x><version> 1.0.0</version><commands/></x>"), message);
@@ -364,7 +364,8 @@ TEST(XmlPluginTest, ReadsNamespacesBeforeCommands) {
             "present.");
 }
 
-// Each command has a fault in every part from one part on. The first of these parts is reported.
+// In each command, one part and all parts after it have faults. The first of these parts is
+// reported.
 TEST(XmlPluginTest, ChecksThePartsOfACommandInAFixedOrder) {
   const auto duplicate = [](const std::string& tag) {
     return "Illegal Duplicate tags found.  The tag " + tag +

@@ -65,7 +65,7 @@ std::string ResultOf(const std::string& text) {
   }
 }
 
-/// Returns the same for the value element `text`, which the functions on nodes read.
+/// Reads the value element `text` with the functions on nodes. Returns the same as `ResultOf`.
 std::string BuildOf(const std::string& text) {
   const Tree tree(text);
   try {

@@ -293,7 +293,7 @@ TEST_F(CliDispatcherTest, AnUnknownWordMakesEachOperationThrow) {
   EXPECT_EQ(0, command->executions);
 }
 
-TEST_F(CliDispatcherTest, AWordAfterACommandThrowsToo) {
+TEST_F(CliDispatcherTest, AWordAfterACommandMakesEachOperationThrow) {
   EXPECT_THAT(
       [&] {
         Handle({"try", "say", "extra"});
@@ -386,7 +386,7 @@ TEST_F(CliDispatcherTest, PrintsTheHelpPageOfACommandWhateverElseIsWrong) {
   EXPECT_EQ(0, command->executions);
 }
 
-TEST_F(CliDispatcherTest, TheUsersFormatterWinsOverTheHelpPages) {
+TEST_F(CliDispatcherTest, TheUsersFormatterTakesPrecedenceOverThatOfHelpPages) {
   const Handled handled = Handle({"--formatter", "showing", "try", "say", "--help"});
   EXPECT_TRUE(handled.result);
   EXPECT_EQ("root some\nsize 0 x 0\n", handled.out);
@@ -852,7 +852,7 @@ TEST_F(CliDispatcherTest, InputReadsCommandLinesFromAFile) {
   EXPECT_EQ("", handled.err);
 }
 
-TEST_F(CliDispatcherTest, InputWinsOverThePathAndOverErrorsOfTheOptions) {
+TEST_F(CliDispatcherTest, InputTakesPrecedenceOverThePathAndOverErrorsOfTheOptions) {
   const ScopedTempDir folder;
   const std::string file = folder.Write("lines", "try\n");
   const Handled handled =

@@ -737,7 +737,7 @@ TEST_F(DispatcherTest, BadParametersAreAllReportedAndTheCommandDoesNotRun) {
   EXPECT_EQ(command->executions, 0);
 }
 
-TEST_F(DispatcherTest, MessagesOfAValidationThatReturnsTrueStopTheCallToo) {
+TEST_F(DispatcherTest, MessagesOfAValidationThatReturnsTrueStopTheCall) {
   const std::shared_ptr<SampleCommand> command = MakeDeletingCommand();
   Register({"file"}, command);
   const std::shared_ptr<CommandInput> input = MakeCommandInput({"file"});

@@ -137,7 +137,7 @@ TEST_F(TableFormatterTest, PrintsColumnsInTheOrderOfTheirListAndTrimsTheNames) {
             "Name\n----\ndisk1\nd2\n");
 }
 
-TEST_F(TableFormatterTest, TrimsTheNamesOfTheStructuresFieldsToo) {
+TEST_F(TableFormatterTest, TrimsTheNamesOfTheFieldsOfTheStructure) {
   EXPECT_EQ(Print(MakeRow({{" padded ", "x"}})), "Error: Unknown field in field list: padded\n");
 }
 
@@ -148,7 +148,7 @@ TEST_F(TableFormatterTest, DropsTheEmptyNameAfterATrailingCommaOnly) {
   EXPECT_EQ(Print(TwoDisks(), {{"fields", "Name, "}}), "Error: Unknown field in field list: \n");
 }
 
-TEST_F(TableFormatterTest, AFieldWithoutANameIsAColumnToo) {
+TEST_F(TableFormatterTest, AFieldWithoutANameIsAColumn) {
   EXPECT_EQ(Print(MakeRow({{"", "v"}, {"b", "w"}})), "   b\n-  -\nv  w\n");
 }
 
@@ -185,7 +185,7 @@ TEST_F(TableFormatterTest, AlignsIntegersToTheRightAndTheRestToTheLeft) {
             "true      -42  1, 2  {'Name' => 'a', 'Size' => '1', }  text\n");
 }
 
-TEST_F(TableFormatterTest, PrintsTwoSpacesAfterAnIntegerInTheLastColumnToo) {
+TEST_F(TableFormatterTest, PrintsTwoSpacesAfterAnIntegerEvenInTheLastColumn) {
   EXPECT_EQ(Print(TwoDisks(), {{"fields", "Size"}}), "Size\n----\n 512  \n4096  \n");
 }
 
@@ -561,7 +561,7 @@ TEST_F(TableFormatterTest, PrintsMountsWithFormatsAndWithoutHeader) {
               MatchesGolden("table/formats"));
 }
 
-/// Prints the same table cell by cell with the formatting of the stream, however slowly.
+/// A slow model of the formatter: prints a table cell by cell with the formatting of the stream.
 class SlowTable {
  public:
   static std::string Print(const MetaList& list, FormatParameters& params, int displayWidth) {

@@ -172,7 +172,7 @@ TEST(UtilFormatFieldTest, IntegersTakeEveryLengthModifier) {
   }
 }
 
-TEST(UtilFormatFieldTest, PlainDKeepsTheLow32Bits) {
+TEST(UtilFormatFieldTest, TheConversionDWithoutALengthKeepsTheLow32Bits) {
   EXPECT_EQ(PrintInt(0x100000005, "%d"), "5");
   EXPECT_EQ(PrintInt(0xffffffff, "%d"), "-1");
   EXPECT_EQ(PrintInt(-1, "%u"), "4294967295");
@@ -201,7 +201,7 @@ TEST(UtilFormatFieldTest, BooleansArePrintedAsNumbers) {
   EXPECT_EQ(Print(MetaBool::New(true), "%hhu"), "1");
 }
 
-TEST(UtilFormatFieldTest, StringsTakeS) {
+TEST(UtilFormatFieldTest, StringsTakeTheConversionS) {
   EXPECT_EQ(PrintString("text", "<%s>"), "<text>");
   EXPECT_EQ(PrintString("", "<%s>"), "<>");
   EXPECT_EQ(PrintString("100%d %n", "<%s>"), "<100%d %n>");
@@ -213,7 +213,7 @@ TEST(UtilFormatFieldTest, AnArgumentMayBeNamedRepeatedly) {
   EXPECT_EQ(PrintString("ab", "%1$s%1$s %%"), "abab %");
 }
 
-TEST(UtilFormatFieldTest, MPrintsTheErrorOfTheCallersLastCall) {
+TEST(UtilFormatFieldTest, TheConversionMPrintsTheErrorOfTheCallersLastCall) {
   FormatParameters params;
   params.SetParameter("printf:T.F", "%ld: %m");
   const auto value = MetaInt::New(7);

@@ -85,7 +85,7 @@ TEST_F(XmlFormatterTest, EscapesTheStylesheetOnlyInTheMetaData) {
   EXPECT_NE(text.find("name=\"stylesheet\" value=\"x&quot;y&amp;z&#37;\"/>\n"), std::string::npos);
 }
 
-TEST_F(XmlFormatterTest, AnEmptyStylesheetIsWrittenToo) {
+TEST_F(XmlFormatterTest, AnEmptyStylesheetIsWritten) {
   EXPECT_NE(Print(MetaInt::New(7), {{"stylesheet", ""}})
                 .find("\n<?xml-stylesheet type=\"text/xsl\" href=\"\"?>\n<output "),
             std::string::npos);
@@ -274,7 +274,7 @@ TEST_F(XmlFormatterTest, ReportsAnUnknownKindAndNull) {
   EXPECT_EQ(PrintAt(2, nullptr), text);
 }
 
-TEST_F(XmlFormatterTest, WritesTheDocumentAroundABadRootToo) {
+TEST_F(XmlFormatterTest, WritesTheDocumentAroundABadRoot) {
   EXPECT_EQ(PrintRoot(std::make_shared<LyingValue>(MetaType::Int)), "Error reading a int\n");
   std::ostringstream out;
   const auto output = CallSpec::Output::New();

@@ -211,7 +211,7 @@ TEST(SharedLibraryPluginTest, ASharedObjectThatWasCutShortIsRefused) {
   }
 }
 
-TEST(SharedLibraryPluginTest, FaultsThatTheLoaderFindsAreReportedInItsWords) {
+TEST(SharedLibraryPluginTest, FaultsThatTheLoaderFindsAreReportedWithItsMessage) {
   const ScopedTempDir dir;
   const std::string whole = ReadFile(TestPluginPath("EchoPlugin"));
   std::string odd = whole.substr(0, 4096);

@@ -42,7 +42,7 @@ TEST(TrustPolicyTest, DistrustsEveryKindOfFileThatOthersMayWrite) {
   }
 }
 
-TEST(TrustPolicyTest, AStickyBitHelpsAFolderOnly) {
+TEST(TrustPolicyTest, AStickyBitMakesOnlyAFolderTrusted) {
   EXPECT_EQ(Distrust(S_IFDIR | 01777, kRoot), "");
   EXPECT_EQ(Distrust(S_IFDIR | 01775, kOwner), "");
   EXPECT_EQ(Distrust(S_IFREG | 01777, kRoot), kEveryone);

@@ -374,7 +374,7 @@ TEST_F(ChildProcessTest, RunsWithoutStandardStreams) {
   }
 }
 
-TEST_F(ChildProcessTest, WithoutStandardStreamsItMayRunOutOfDescriptorsToo) {
+TEST_F(ChildProcessTest, RunningOutOfDescriptorsWithoutStandardStreamsIsReported) {
   if (Testing::kIsSanitized) {
     GTEST_SKIP() << "the sanitizer needs descriptors of its own";
   }

@@ -134,7 +134,7 @@ TEST_F(CommandSpecTest, ResolvingDoesNotChangeTheWords) {
   EXPECT_THAT(path, ElementsAre("one", "", "three"));
 }
 
-TEST_F(CommandSpecTest, ResolvingNoWordsThrowsToo) {
+TEST_F(CommandSpecTest, ResolvingNoWordsThrows) {
   std::list<std::string> path;
   EXPECT_THAT([&] { command_->ResolveNode(path); },
               ThrowsMessage<KestrelException>(

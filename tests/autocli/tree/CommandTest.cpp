@@ -136,7 +136,7 @@ TEST_F(CommandTest, AStandardExceptionBecomesTheOnlyError) {
   EXPECT_EQ(command->outputSpecCalls, 0);
 }
 
-TEST_F(CommandTest, AKestrelExceptionBecomesAnErrorToo) {
+TEST_F(CommandTest, AKestrelExceptionBecomesAnError) {
   const auto command = std::make_shared<SampleCommand>();
   command->work = [](const auto&, const auto&) { throw KestrelException("no such device"); };
   EXPECT_THAT(Run(command)->GetErrors(),
@@ -198,7 +198,7 @@ TEST_F(CommandTest, AResultIsNotCheckedAfterAnErrorOfTheWork) {
   EXPECT_EQ(command->outputSpecCalls, 0);
 }
 
-TEST_F(CommandTest, AResultIsNotCheckedAfterEarlierErrorsEither) {
+TEST_F(CommandTest, AResultIsNotCheckedAfterEarlierErrors) {
   const std::shared_ptr<Output> output = Output::New();
   output->AddErrorMessage("from before");
   const std::shared_ptr<SampleCommand> command = MakeLyingCommand();

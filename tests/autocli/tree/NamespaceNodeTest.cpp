@@ -440,7 +440,7 @@ TEST_F(NamespaceNodeTest, HandlesPathsOfAHundredThousandWords) {
   EXPECT_EQ(path.size(), 99996U);
 }
 
-// Against a model.
+// Comparison with a model.
 
 // The model of a tree: a map from a path to the paths of the children.
 using Model = std::map<std::string, std::vector<std::string>>;

@@ -135,7 +135,7 @@ TEST(PrettyFormatTest, PutsLongValuesBelowTheirNames) {
             "  one two three four\n");
 }
 
-TEST(PrettyFormatTest, PrintsNoRowsForAnEmptyList) {
+TEST(PrettyFormatTest, SaysNoRowsForAnEmptyList) {
   EXPECT_EQ(Pretty(MakeDisks({})), "no rows\n");
   EXPECT_EQ(Pretty(MakeTexts({})), "no rows\n");
   EXPECT_EQ(Pretty(MetaList::New(MetaType::Struct, nullptr)), "no rows\n");
@@ -148,7 +148,7 @@ TEST(PrettyFormatTest, PrintsStructuresWithoutFields) {
             "no fields\n\nno fields\n");
 }
 
-TEST(PrettyFormatTest, ChoosesSortsAndLimits) {
+TEST(PrettyFormatTest, SelectsFieldsAndSortsAndLimitsRows) {
   const auto disks = MakeDisks({{"a", 1}, {"b", 20}, {"c", 3}});
   EXPECT_EQ(Pretty(disks, 0, {{"fields", "Size,Name"}, {"sort", "-Size"}, {"limit", "2"}}),
             "Size  Name\n"
@@ -192,7 +192,7 @@ TEST(PrettyFormatTest, PrintsSizesWithUnits) {
             "Name: a\nSize: -8.0 EiB\n");
 }
 
-TEST(PrettyFormatTest, ShowsWhatActsOnATerminal) {
+TEST(PrettyFormatTest, EscapesCharactersThatWouldControlATerminal) {
   EXPECT_EQ(Pretty(MakeRow("a\x1b[2J", "\u202e\xff\nx")), "a\\x1b[2J: \\u{202e}\\xff\\nx\n");
 }
 

@@ -5,8 +5,9 @@
 
     check_formats.py --program WRITE_RESULTS [--seed SEED] [--count COUNT]
 
-A result is named after its seed; `--seed N --count 1` checks only that one. By default, the same
-2,000 results are checked each time; with KESTREL_CAMPAIGN=1 in the environment, 100,000 new ones.
+A result is named after its seed; `--seed N --count 1` checks only the result N. By default, the
+same 2,000 results are checked each time; with KESTREL_CAMPAIGN=1 in the environment, 100,000 new
+results are checked.
 """
 
 import argparse

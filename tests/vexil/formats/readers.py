@@ -380,7 +380,7 @@ def ordered_value(case):
 
 
 class XmllintReader(XmlReader):
-    """xmllint, which uses libxml2. A single call writes its values for all documents."""
+    """xmllint, which uses libxml2. A single call of xmllint prints the values of all documents."""
 
     def read(self, cases):
         if not shutil.which("xmllint"):
