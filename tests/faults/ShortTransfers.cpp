@@ -40,7 +40,7 @@ bool IsShortened(pid_t process, const Registers& registers) {
           NameOfFile(process, registers.rdi).find(".so") == std::string::npos);
 }
 
-// The size is restored after the call, because the kernel preserves that register.
+// The kernel preserves the register that contains the size, so the size is restored after the call.
 class Tracer {
  public:
   Tracer(pid_t process, Word maxBytes) : process_(process), maxBytes_(maxBytes) {}

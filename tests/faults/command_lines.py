@@ -34,7 +34,7 @@ TREE_PROLOG = '<?xml version="1.0"?>\n<!DOCTYPE output [<!ENTITY who "world">]>\
 
 
 def make_descriptor(campaign, count=40):
-    """Writes a descriptor whose commands print documents: one that is read as it comes, one that
+    """Writes a descriptor whose commands print documents: one that is read without a tree, one that
     is read through a tree because it has a declaration, a broken one, and a single string."""
     def listing(text):
         rows = "".join(ROW.format(f"{text} &amp; {number}", number) for number in range(count))

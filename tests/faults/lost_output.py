@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Loses output in every way, with every formatter.
+"""Loses output in every way, with each formatter in FORMATTERS.
 
 Standard output is a file on a full file system, a device that is always full, a pipe whose reader
 closes it immediately or after some bytes, a closed descriptor, one opened for reading only, or a
-file with a size limit. The result is printed by every formatter, in sizes from nothing to a
-megabyte, by one command line or by a stream of three.
+file with a size limit. The result is printed by each of these formatters, in sizes from nothing to
+a megabyte, by one command line or by a stream of three.
 
 The status must not be 0, or a signal must have ended the tool, whenever a byte was lost. When
 nothing was lost, the output and the status must be those of an undisturbed run.

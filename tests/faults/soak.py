@@ -3,8 +3,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """Runs the tool for a long time, and many times.
 
-lines    One process reads command lines from its standard input: values, lists, messages, every
-         formatter, commands that run a child. After a tenth of the lines and at the end, its
+lines    One process reads command lines from its standard input: values, lists, messages, several
+         formatters, commands that run a child. After a tenth of the lines and at the end, its
          memory and its open file descriptors are compared; it may have grown by less than 1 MB,
          and must have the same descriptors and no zombie.
 starts   The tool is started side by side, one process per job, and must print the same each time.

@@ -26,7 +26,7 @@ struct Shared {
 inline Shared nobody = {};
 inline Shared* shared = &nobody;
 
-// Runs before every other initialiser of a library or a program, because these have mutants, too.
+// Runs before the other initialisers of a library or a program, because one of them may be mutated.
 [[gnu::constructor(101)]] static void MapShared() {
   const char* const path = std::getenv("KESTREL_MUTANTS");
   const bool isMapped = shared != &nobody;

@@ -49,8 +49,8 @@ class KnownSequences {
   }
 
  private:
-  // Returns a number that consists of a leading 1 and the bytes, so that it depends on their number
-  // too.
+  // Returns a number that consists of a leading 1 and the bytes. Because of the 1, sequences of
+  // different lengths have different numbers.
   static std::size_t Key(const std::string& bytes) {
     std::size_t key = 1;
     for (const char byte : bytes) {

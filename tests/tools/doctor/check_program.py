@@ -111,7 +111,7 @@ class Checker:
                         f"status of {arguments}: {done}")
 
     def check_objects(self, folder):
-        """Every plug-in that does not work must be listed with its reason, and all others too."""
+        """Every plug-in must be listed, and each that does not work with its reason."""
         processes = os.path.join(folder, "processes")
         plugins = os.path.join(folder, "objects")
         os.mkdir(plugins)

@@ -169,7 +169,7 @@ class Campaign:
         FleetCase.set_volumes(host, volumes)
 
     def clush(self) -> None:
-        """Runs both programs in turns, because the load of the machine varies."""
+        """Runs vexil-fleet and clush in turns, because the load of the machine varies."""
         count = min(_COMPARED, self.options.hosts)
         own = self.fleet_command(count, "--formatter=ndjson", "volume", "list")
         other = self.clush_command(count, "vexil --formatter ndjson volume list")

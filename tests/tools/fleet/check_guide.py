@@ -35,7 +35,8 @@ def add_hosts(fleet: Fleet, stage: Path) -> None:
 
 
 def check(fleet: Fleet, stage: Path, update: bool) -> int:
-    """Makes `vexil-fleet` in the guide use the configuration of the test hosts."""
+    """Runs the examples with a `vexil-fleet` that uses the configuration of the test hosts. Returns
+    the exit status."""
     program = fleet.folder / "vexil-fleet"
     program.write_text(f"#!/bin/sh\nexec '{stage}/bin/vexil-fleet' -o '-F{fleet.ssh_config}' \"$@\"\n",
                        encoding="utf-8")

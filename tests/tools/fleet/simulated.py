@@ -100,7 +100,7 @@ class SimulatedHosts:
             try:
                 processor, memory, files = _watch(process)
             except BaseException:
-                process.terminate()  # without the program in place of ssh, it would use the real one
+                process.terminate()  # before the program that replaces ssh is deleted
                 raise
         received = sum(json.loads(line)["bytes"]
                        for line in report.read_text(encoding="utf-8").splitlines())

@@ -52,7 +52,7 @@ class Runs(unittest.TestCase):
             try:
                 os.kill(os.getpid(), signal.SIGINT)
             except KeyboardInterrupt:
-                pass  # Python ignores exceptions in some of its own callbacks, too
+                pass  # as Python itself ignores exceptions in some callbacks
         started = time.monotonic()
         visits = engine.run(Job(["a"], ["a"]), NodeSet("web1"), interrupt, lambda _: None)
         self.assertLess(time.monotonic() - started, 300)

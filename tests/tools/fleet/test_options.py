@@ -73,7 +73,7 @@ class Options(unittest.TestCase):
 
 
 class Program(unittest.TestCase):
-    """The installed program, where it can print nothing."""
+    """The installed program: its version, and its end if it cannot print or lacks a module."""
 
     program = Path(os.environ.get("KESTREL_STAGE", "build/ci/stage")) / "bin/vexil-fleet"
 

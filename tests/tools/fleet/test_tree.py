@@ -22,7 +22,7 @@ web[1-2]: web[3-5]
 
 
 class Gateways(FleetCase):
-    """Hosts that only gateways reach, which run ClusterShell."""
+    """Hosts that only gateways can reach. The gateways run ClusterShell."""
 
     count = 6
 

@@ -125,7 +125,7 @@ TEST(LintTest, NotesDoNotChangeTheStatus) {
   EXPECT_EQ(StatusOf(result), 0);
 }
 
-TEST(LintTest, ExaminesTheTemplateOfAScriptToo) {
+TEST(LintTest, ExaminesTheTemplateOfAScript) {
   const ScopedTempDir folder;
   const std::string file = folder.Write(
       "a.xml",

@@ -41,7 +41,7 @@ TEST(SharedObjectTest, ReportsAMissingEntryPoint) {
   EXPECT_THAT(report.faults[0].what, HasSubstr("the loader refuses this: "));
 }
 
-TEST(SharedObjectTest, ReportsTheWordsOfAnExceptionOfTheLibrary) {
+TEST(SharedObjectTest, ReportsTheMessageOfAnExceptionOfTheLibrary) {
   const ObjectReport report = Examine("ThrowingPluginKestrelException");
   ASSERT_FALSE(report.faults.empty());
   EXPECT_EQ(report.faults[0].rule, "object-refused");
