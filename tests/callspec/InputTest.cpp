@@ -274,7 +274,7 @@ TEST(InputTest, AskingAListForItsOneValueThrows) {
   }
 }
 
-TEST(InputTest, TheTypeIsCheckedForAbsentParametersToo) {
+TEST(InputTest, TheTypeIsCheckedEvenForAbsentParameters) {
   EXPECT_THROW(DeclaredInput()->GetParameter("flag"), KestrelException);
   EXPECT_THROW(DeclaredInput()->GetParameter("texts"), KestrelException);
 }

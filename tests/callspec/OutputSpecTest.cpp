@@ -199,7 +199,7 @@ TEST(OutputSpecTest, StructuresOfOtherFieldsDoNotMatch) {
   }
 }
 
-TEST(OutputSpecTest, TheSpecIsTheExpectedSide) {
+TEST(OutputSpecTest, MessagesNameTheKindOfTheSpecAsTheExpectedOne) {
   std::vector<std::string> errors;
   EXPECT_FALSE(SpecOf(MetaBool::New(true))->Validate(OutputOf(MetaInt::New(1)), &errors));
   EXPECT_THAT(errors, ElementsAre("Type mismatch in structure.  Expecting Bool got Int"));

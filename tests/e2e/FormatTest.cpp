@@ -176,7 +176,7 @@ TEST(FormatTest, TheTerminalsWidthAppliesUnlessTheUserSetsOne) {
   }
 }
 
-TEST(FormatTest, OutputThatAPluginWritesItselfKeepsItsPlace) {
+TEST(FormatTest, OutputThatAPluginWritesDirectlyKeepsItsPlace) {
   const VexilResult result = Try({"try", "write"}).Run();
   EXPECT_EQ("written by the plug-in\nand printed\nanswered\n", result.out);
   EXPECT_EQ(0, result.status);

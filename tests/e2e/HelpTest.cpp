@@ -20,7 +20,7 @@ TEST(HelpTest, ACommandPrintsItsPageAndExitsWithStatus0) {
   }
 }
 
-TEST(HelpTest, AnExampleIsDecoratedOnlyOnce) {
+TEST(HelpTest, WhatAnExampleAlreadyContainsIsNotRepeated) {
   const VexilResult result = Try({"try", "say", "--help"}).Run();
   EXPECT_THAT(result.out, MatchesGolden("commandhelp/tool-say"));
   EXPECT_EQ("", result.err);
@@ -48,7 +48,7 @@ TEST(HelpTest, AGivenSecretCausesNoPromptBeforeThePage) {
   EXPECT_EQ(0, result.status);
 }
 
-TEST(HelpTest, AnotherFormatterPrintsThePagesValue) {
+TEST(HelpTest, AnotherFormatterPrintsTheHelpPageAsAStructure) {
   const VexilResult result =
       VexilRun({"--formatter=simple", "vexil", "command", "list", "--help"}).Run();
   EXPECT_THAT(result.out, MatchesGolden("commandhelp/tool-command-list-simple"));

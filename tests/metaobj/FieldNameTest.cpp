@@ -51,7 +51,7 @@ TEST(FieldNameTest, LooksAtEachByte) {
   }
 }
 
-TEST(FieldNameTest, KnowsWhetherItsNumbersDetermineTheName) {
+TEST(FieldNameTest, OnlyANameOfAtMost16BytesIsDeterminedByItsNumbers) {
   EXPECT_TRUE(FieldName(std::string(16, 'n')).IsShort());
   EXPECT_FALSE(FieldName(std::string(17, 'n')).IsShort());
   EXPECT_TRUE(FieldName("12345678x12345678").HasSameNumbers(FieldName("12345678y12345678")));

@@ -47,7 +47,7 @@ TEST(AdviceTest, APathThatIsOneArgumentIsReadAsWords) {
       VexilRun({"vexil command list"}).Run().err);
 }
 
-TEST(AdviceTest, ThePathIsCompleteWhenAnOptionTookItsFirstWord) {
+TEST(AdviceTest, TheSuggestedPathIsCompleteWhenAnOptionTookItsFirstWord) {
   EXPECT_EQ(
       "Unable to find a command or namespace with the name 'command' in namespace \n"
       "Did you mean: vexil command list?\n",

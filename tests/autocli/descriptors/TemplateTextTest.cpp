@@ -41,12 +41,12 @@ std::string Cleaned(const std::string& text) {
   return cleaned.GetText();
 }
 
-TEST(TemplateTextTest, RemovesABlockThatABraceBeforeItLeavesOpen) {
+TEST(TemplateTextTest, ABlockInAnUnclosedConditionalEndsItsRemoval) {
   EXPECT_EQ(Cleaned("$if{a,b {c} d"), " d");
   EXPECT_EQ(Cleaned("x $if{q,$if{a,b {c} {d} e"), "x  e");
 }
 
-TEST(TemplateTextTest, RemovesUpToTheEndOfABlockFurtherOn) {
+TEST(TemplateTextTest, RemovesUpToTheEndOfALaterBlock) {
   EXPECT_EQ(Cleaned("{ $if{a,b} } {c}"), "{ ");
   EXPECT_EQ(Cleaned("$if{a,} {c}"), "");
 }

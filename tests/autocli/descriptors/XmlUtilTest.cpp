@@ -483,7 +483,7 @@ INSTANTIATE_TEST_SUITE_P(
         ReadingCase{"UnknownEntity", "<o><string>&nbsp;</string></o>", "null"},
         ReadingCase{"InvalidUtf8", "<o><string>\xC3\x28</string></o>", "null"},
         ReadingCase{"ControlCharacter", "<o><string>\x01</string></o>", "null"},
-        // If a document is not well-formed, this is reported rather than an invalid value in it.
+        // A document that is not well-formed is reported as such, whatever values it contains.
         ReadingCase{"UnbuildableAndThenNotWellFormed", "<o><int>x</int>", "null"},
         ReadingCase{"BadListAndThenNotWellFormed", "<o><list type='x'/></p>", "null"},
         ReadingCase{"NulByte", std::string("<o><string>a\0b</string></o>", 28), "null"}),

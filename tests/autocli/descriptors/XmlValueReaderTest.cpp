@@ -130,7 +130,8 @@ enum class Way { Events, Tree };
 
 std::string_view Beginning(std::string_view text) { return text.substr(0, 2000); }
 
-/// Reads `text` in both ways and compares the results. Returns the way that the library uses.
+/// Reads `text` with and without a tree and compares the results. Returns the way that the library
+/// uses.
 Way ExpectSameReading(const std::string& text) {
   Way way = Way::Events;
   const Reading expected = Observe(

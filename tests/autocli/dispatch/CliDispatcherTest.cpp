@@ -392,7 +392,7 @@ TEST_F(CliDispatcherTest, TheUsersFormatterTakesPrecedenceOverThatOfHelpPages) {
   EXPECT_EQ("root some\nsize 0 x 0\n", handled.out);
 }
 
-TEST_F(CliDispatcherTest, AnOutputOfAnotherTypeHasNoFormatterOfItsOwn) {
+TEST_F(CliDispatcherTest, AnOutputOfAnUnknownTypeIsPrintedOnlyByARequestedFormatter) {
   command->SetDefaultOutputFormatter("simple");
   command->work = [](const auto&, const auto& output) {
     output->SetRootObject(MetaString::New("ran"));
@@ -426,7 +426,7 @@ TEST_F(CliDispatcherTest, AnErrorThatTheFormatterAddsIsPrinted) {
   EXPECT_EQ("Errors: \nthe formatter complains\n", handled.err);
 }
 
-TEST_F(CliDispatcherTest, TheHelpFormatterIsNotOneThatAUserCanChoose) {
+TEST_F(CliDispatcherTest, AUserCannotChooseTheFormatterOfListings) {
   const Handled handled = Handle({"--formatter", "clihelp", "try", "say"});
   EXPECT_FALSE(handled.result);
   EXPECT_EQ("Errors: \nUnable to find requested formatter: clihelp\n", handled.err);

@@ -92,7 +92,7 @@ TEST(OptionParserTest, IsNeverMarkedAsParsed) {
   EXPECT_FALSE(parser.IsParsed());
 }
 
-TEST(OptionParserTest, ParseArgvCutsAWholeCommandLine) {
+TEST(OptionParserTest, ParseArgvSplitsAWholeCommandLine) {
   const char* const argv[] = {"/usr/bin/tool", "--formatter", "xml", "ns1", "ns2",
                               "cmd",           "--aa=1",      "-b",  "2",   "--cc"};
   OptionParser parser;

@@ -175,7 +175,7 @@ TEST(CommandHelpFormatterTest, MarksRequiredAndSecretParameters) {
             "     --ab   Text. (required secret)\n            " + warning);
 }
 
-TEST(CommandHelpFormatterTest, AnEmptyDescriptionWithoutFlagsLeavesTheLineOpen) {
+TEST(CommandHelpFormatterTest, AnEmptyDescriptionWithoutFlagsDoesNotEndTheLine) {
   EXPECT_EQ(PrintBody(MakePage({{"ab", "", ""}, {"cd", "c", "Text."}})),
             "     --ab     -c|--cd   Text.\n");
   EXPECT_EQ(PrintBody(MakePage({{"ab", "", "", true}})), "     --ab    (required)\n");

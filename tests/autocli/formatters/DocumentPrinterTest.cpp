@@ -159,7 +159,7 @@ TEST(DocumentPrinterTest, MakesPrefixesOncePerLayoutAndLevel) {
   EXPECT_EQ(TracePrinter::prefixesMade, 3 + 2 + 2);
 }
 
-TEST(DocumentPrinterTest, MakesPrefixesOneAtATimeDeeperThanLevel64) {
+TEST(DocumentPrinterTest, DoesNotShareThePrefixesOfRowsDeeperThanLevel64) {
   EXPECT_EQ(Trace(MakeRows(), 55),
             "Rows{@55 x@55=Row{@65 a@65=1@75 ;b@65=1@75 ;}@65 "
             ";y@55=Row{@65 a@65=2@75 ;b@65=2@75 ;}@65 "

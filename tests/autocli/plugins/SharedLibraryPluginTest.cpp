@@ -148,7 +148,7 @@ TEST(SharedLibraryPluginTest, ASharedObjectWithoutTheEntryPointIsRefusedAndClose
   EXPECT_FALSE(IsLoaded(path));
 }
 
-TEST(SharedLibraryPluginTest, AnEntryPointAtNullIsRefusedWithoutTextOfTheLoader) {
+TEST(SharedLibraryPluginTest, AnEntryPointWithTheAddressNullIsRefusedWithoutAMessageOfTheLoader) {
   const std::string path = TestPluginPath("NullEntryPoint");
   // The message of an earlier call must not appear.
   EXPECT_EQ(dlsym(RTLD_DEFAULT, "Kestrel_NoSuchSymbol"), nullptr);

@@ -18,7 +18,7 @@ TEST(TerminalTextTest, ShowsControlCharactersByTheirCode) {
   EXPECT_EQ(WithVisibleControls("\x80 \x9B \x9F"), "\\x80 \\x9B \\x9F");
 }
 
-TEST(TerminalTextTest, KeepsEverythingElse) {
+TEST(TerminalTextTest, KeepsAllOtherBytes) {
   const std::string text =
       "a\nb\tc ~\\ caf\xC3\xA9 \xC2\xA0 \xE2\x82\xAC \xE2\x80\x9C \xF0\x9F\x98\x80 \xC3\x9F \xFF";
   EXPECT_EQ(WithVisibleControls(text), text);

@@ -63,7 +63,7 @@ std::shared_ptr<ParameterSpec> OptionalParameter(const char* name, ParameterType
   return parameter;
 }
 
-// A command at the path network ip list.
+// A command at the path "network ip list".
 class CommandSpecTest : public testing::Test {
  protected:
   CommandSpecTest() { RegisterAt(root_, {"network", "ip", "list"}, command_); }

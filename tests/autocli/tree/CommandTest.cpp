@@ -48,7 +48,7 @@ constexpr const char* kImplementationError =
 
 class CommandTest : public testing::Test {
  protected:
-  // Registers the command as network ip list and runs it on that path.
+  // Registers the command as "network ip list" and runs it on that path.
   std::shared_ptr<Output> Run(const std::shared_ptr<Command>& command) {
     RegisterAt(root_, {"network", "ip", "list"}, command);
     std::shared_ptr<Output> output = Output::New();

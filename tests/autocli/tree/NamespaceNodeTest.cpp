@@ -34,7 +34,7 @@ std::string InvalidNameMessage(const std::string& name) {
          "', must be a name consisting of letters and numbers and must conform to 'camel' casing.";
 }
 
-// A root with the path network ip list below it; list is a namespace too.
+// A root with the path "network ip list" below it. In these tests, "list" is a namespace.
 class NamespaceNodeTest : public testing::Test {
  protected:
   std::shared_ptr<RootNamespace> root_ = RootNamespace::New(nullptr);

@@ -32,7 +32,7 @@ TEST(PasswordCommandsTest, HashesWithARandomSalt) {
   EXPECT_NE(CallText("system password hash", {{"password", "x"}}), first);
 }
 
-TEST(PasswordCommandsTest, RefusesAPasswordThatWouldBeCut) {
+TEST(PasswordCommandsTest, RefusesAPasswordThatIsEmptyOrTooLongOrHasTwoLines) {
   EXPECT_THAT(CallErrors("system password hash", {{"password", "a\nb"}}),
               ElementsAre("A password has one line"));
   EXPECT_THAT(CallErrors("system password hash", {{"password", std::string(257, 'x')}}),

@@ -177,7 +177,7 @@ TEST(ValueDocumentTest, PutsOuterFieldsAroundInnerOnes) {
                 ->ToString());
 }
 
-TEST(ValueDocumentTest, FailsWithoutARow) {
+TEST(ValueDocumentTest, AStructureWithoutARowIsAnError) {
   EXPECT_EQ(Witness("perl '" + ScriptPath("value-document") +
                     "' structure R A:string </dev/null 2>&1 >/dev/null || :"),
             "There is no row to show\n");

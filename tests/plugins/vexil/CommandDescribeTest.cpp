@@ -198,7 +198,7 @@ TEST(CommandDescribeTest, TheWordsOfAPathMayBeSeparatedInManyWays) {
   }
 }
 
-TEST(CommandDescribeTest, TheShortFormOfFieldsWorks) {
+TEST(CommandDescribeTest, FieldsWithoutATypeNameSelectTheFields) {
   const VexilResult result = RunWith({}, {"--format-param", "fields=Path,Plugin", "vexil",
                                           "command", "describe", "-p", "vexil.version.get"})
                                  .Run();
@@ -221,7 +221,7 @@ TEST(CommandDescribeTest, TheMessageRepeatsAnUnknownPath) {
                 "list the commands: vexil vexil command list --namespace-filter vexil");
 }
 
-TEST(CommandDescribeTest, NothingIsBelowACommand) {
+TEST(CommandDescribeTest, AWordAfterThePathOfACommandIsReported) {
   ExpectRefusal("vexil command list all",
                 "No command has the path 'vexil command list all': 'vexil command list' is a "
                 "command and contains nothing. To list the commands: vexil vexil command list "

@@ -277,7 +277,7 @@ TEST_F(CompleteTest, KeysOfFormatParametersBelongToTheFormatter) {
   EXPECT_EQ(Directive::NoSpace, Run({"--format-param", "f"}).directive);
 }
 
-TEST_F(CompleteTest, KeysBelongToPrettyWhereTheEnvironmentRequestsIt) {
+TEST_F(CompleteTest, KeysAreThoseOfPrettyIfTheEnvironmentRequestsIt) {
   dispatcher_.RegisterPlugin(std::make_shared<Formats::FormatsPlugin>());
   const ScopedEnvironment environment("VEXIL_TERMINAL_FORMATTER", "pretty");
   EXPECT_THAT(RunForWords({"--format-param", "hu"}, {"paint", "list"}), ElementsAre("human="));
@@ -286,7 +286,7 @@ TEST_F(CompleteTest, KeysBelongToPrettyWhereTheEnvironmentRequestsIt) {
               IsEmpty());
 }
 
-TEST_F(CompleteTest, ColumnsBelongToTheCommandAlsoAfterAComma) {
+TEST_F(CompleteTest, ColumnsAreThoseOfTheCommandEvenAfterAComma) {
   EXPECT_THAT(RunForWords({"--format-param", "fields="}, {"paint", "list"}),
               ElementsAre("fields=Name", "fields=Size", "fields=Usage", "fields=Free"));
   EXPECT_THAT(RunForWords({"--format-param=fields:Row=S"}, {"paint", "list"}),

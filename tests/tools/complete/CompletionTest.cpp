@@ -27,7 +27,7 @@ TEST(CompletionTest, NamesEachDirective) {
   EXPECT_EQ(":nospace\n", WriteCompletion({{}, Directive::NoSpace}));
 }
 
-TEST(CompletionTest, TakesTheCandidatesThatBeginAsTyped) {
+TEST(CompletionTest, KeepsOnlyCandidatesThatBeginWithTheTypedText) {
   Completion completion;
   completion.Add("li", "list");
   completion.Add("li", "get");

@@ -25,7 +25,7 @@ class Tree:
         self.options = ["--plugin-dir", os.path.join(stage, "lib/norvane/vexil")]
 
     def call(self, *words):
-        """Returns the result of a command, which is printed as JSON."""
+        """Runs a command with the formatter json and returns its result."""
         arguments = [self.tool, *self.options, "--formatter=json", *words]
         output = subprocess.run(arguments, check=True, stdout=subprocess.PIPE,
                                 stderr=subprocess.DEVNULL).stdout

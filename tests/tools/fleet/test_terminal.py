@@ -39,7 +39,7 @@ class Terminal:
             return False
         try:
             data = os.read(self._terminal, 65536)
-        except OSError:  # all of it was read, and the program has ended
+        except OSError:  # everything was read, and the program has ended
             return False
         self.text += data.decode().replace("\r\n", "\n")
         return bool(data)

@@ -136,7 +136,7 @@ TEST(IsolatedRunTest, EndsAnEndlessLoopInAThreadOrInAnotherProcess) {
               }).isLate);
 }
 
-TEST(IsolatedRunTest, CountsTheTimeOfEachLineAlone) {
+TEST(IsolatedRunTest, MeasuresTheTimeOfEachLineSeparately) {
   const Outcome outcome = RunWork(kLongPatience, [](const Send& send) {
     for (int i = 0; i < 3; ++i) {
       Compute(kLongPatience / 2);

@@ -515,7 +515,7 @@ Result RunShare(int argc, char** argv, unsigned share, unsigned shares) {
 
 }  // namespace
 
-// Runs a share of the templates in each of as many processes as there are processors.
+// Starts a process for each processor. Each process tries a share of the templates.
 int main(int argc, char** argv) {
   if (argc < 3) {
     std::cerr << "lint_campaign WORDS COUNT [SEED [TEMPLATE [VALUE]]]\n";

@@ -125,7 +125,7 @@ TEST(DigestTest, AnEmptyKeyIsAKey) {
             ComputeFileDigest(path, "sha256", nullptr).digits);
 }
 
-TEST(DigestTest, KnowsNoOtherAlgorithms) {
+TEST(DigestTest, RejectsUnknownAlgorithms) {
   const ScopedTempDir folder;
   const std::string path = folder.Write("data", "");
   for (const std::string algorithm : {"", "SHA256", "sha3_256", "md4", "sha"}) {

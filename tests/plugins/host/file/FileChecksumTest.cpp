@@ -119,7 +119,7 @@ TEST(FileChecksumTest, TheToolReportsTheFile) {
   EXPECT_EQ(result.status, 1);
 }
 
-TEST(FileChecksumTest, RefusesOtherValues) {
+TEST(FileChecksumTest, RefusesInvalidAndMissingParameters) {
   EXPECT_THAT(
       CallErrors(kCommand, {{"file", "/etc/passwd"}, {"algorithm", "crc"}}),
       ElementsAre("Invalid data constraint for parameter 'algorithm'. Expected a single value "

@@ -81,7 +81,7 @@ TEST_F(FileMembersTest, ShowsEveryField) {
               ElementsAre("plain.conf"));
 }
 
-TEST_F(FileMembersTest, AWordStandsForAMissingNameOrTime) {
+TEST_F(FileMembersTest, AWordReplacesTheMissingNamesOfUserAndGroup) {
   Witness("cd '" + folder_.GetPath() + "' && tar -c --numeric-owner -f numbers.tar in/etc/link");
   EXPECT_THAT(OnlyFields(CallRows(kCommand, {{"archive", folder_.GetPath("numbers.tar")}}),
                          {"User", "Group"}),

@@ -52,8 +52,8 @@ LogFilter Lines(std::size_t count) {
 
 class JournalAnswerTest : public ::testing::Test {
  protected:
-  // Returns the entries in the output. No unit is requested, so systemctl, which would be asked for
-  // an unknown unit, is not run.
+  // Returns the entries in the output. No unit is requested, so systemctl is not asked whether the
+  // unit exists.
   std::vector<LogLine> Read(const std::string& answer, std::size_t count = 1000) const {
     const MadeUpTool journalctl("journalctl", "cat '" + folder_.Write("answer", answer) + "'\n");
     return ReadJournal({}, Lines(count));

@@ -216,7 +216,7 @@ TEST_F(LogFileListTest, ReportsThatNoLineHasATime) {
             "No line has a recognizable time, so lines cannot be selected by time");
 }
 
-// A log with as many lines as a machine writes in months. Only its end is read.
+// A log that contains the lines of several months. Only its end is read.
 TEST_F(LogFileListTest, ReadsTheEndOfALongLogImmediately) {
   const std::string path = folder_.GetPath("long");
   Witness(

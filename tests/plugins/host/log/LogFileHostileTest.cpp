@@ -144,7 +144,7 @@ TEST(LogFileSizeTest, LinesOfAnyLengthAreThoseOfTac) {
   const ScopedTempDir folder;
   std::string text;
   unsigned seed = 7;
-  // Lines from zero bytes to several blocks. They contain no NULs, which the shell would drop.
+  // Lines of zero bytes up to several blocks. They contain no NULs, which the shell would drop.
   for (const unsigned bound : {3u, 90u, 5000u, 70000u, 200000u, 2u, 300u}) {
     for (int line = 0; line < 12; ++line) {
       seed = seed * 1664525u + 1013904223u;
@@ -296,7 +296,7 @@ TEST(LogPathTest, AFolderIsRefusedWhereverItIs) {
   EXPECT_THAT([&] { LinesIn("."); }, Unreadable(".", "Is a directory"));
 }
 
-TEST(LogPathTest, AFileHasNothingBelowIt) {
+TEST(LogPathTest, APathThatContinuesAfterAFileIsAnError) {
   const ScopedTempDir folder;
   const std::string path = folder.Write("log", "a\n");
   EXPECT_THAT([&] { LinesIn(path + "/"); }, Unreadable(path + "/", "Not a directory"));

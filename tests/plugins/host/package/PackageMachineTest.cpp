@@ -119,7 +119,7 @@ TEST_F(PackageMachineTest, ListsStatesAndMarks) {
   });
 }
 
-TEST_F(PackageMachineTest, ShowsEverything) {
+TEST_F(PackageMachineTest, ShowsTheFieldsOfAPackage) {
   RunThere([] {
     const Row row = CallStruct("package get", {{"name", "odd"}});
     EXPECT_EQ(row.at("Version"), "1:2-3");
@@ -137,7 +137,7 @@ TEST_F(PackageMachineTest, ShowsEverything) {
   });
 }
 
-TEST_F(PackageMachineTest, PrintsEverything) {
+TEST_F(PackageMachineTest, PrintsTheFieldsOfAPackage) {
   RunThere([] {
     EXPECT_EQ(Print("package get", {{"name", "odd"}}, 80),
               "Package odd:\n"

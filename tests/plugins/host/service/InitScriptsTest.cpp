@@ -132,7 +132,7 @@ TEST_F(InitScriptsTest, HaveNoStandardInput) {
   EXPECT_EQ(StateOf("[ \"$1\" = status ] && [ -z \"$(cat)\" ]"), "running");
 }
 
-TEST_F(InitScriptsTest, MayBeBroken) {
+TEST_F(InitScriptsTest, HaveAnUnknownStateIfTheyCannotBeRun) {
   Add("each", "");
   files_.Write("init.d/each", "#!/nosuch/shell\n# status\n");
   EXPECT_EQ(Read().at(0).state, "unknown");
@@ -220,7 +220,7 @@ TEST_F(InitScriptsTest, AreNotRunWhenAnotherOneIsRequested) {
   EXPECT_NE(::access(files_.GetPath("touched").c_str(), F_OK), 0);
 }
 
-TEST_F(InitScriptsTest, AreOnlyThoseOfTheFolder) {
+TEST_F(InitScriptsTest, AreFoundOnlyByTheirNamesInTheFolder) {
   Add("a", "");
   files_.MakeDirectory("init.d/sub");
   files_.Write("outside", "#!/bin/sh\n");

@@ -612,7 +612,7 @@ TEST(StorageDeviceCounterListTest, AgreesWithTheFilesOfTheDevices) {
   }
 }
 
-TEST(StorageDeviceCounterListTest, AnIntervalCountsLessThanTheWholeTime) {
+TEST(StorageDeviceCounterListTest, WithAnIntervalOnlyTheIntervalIsCounted) {
   const auto since = CallRows("storage device counter list");
   const auto during = CallRows("storage device counter list", {{"interval", "1"}});
   ASSERT_GE(during.size(), since.size());

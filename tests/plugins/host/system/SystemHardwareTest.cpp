@@ -424,7 +424,7 @@ TEST(SystemHardwareToolTest, TheTablesFitTheirScreens) {
   }
 }
 
-TEST(SystemHardwareToolTest, ProgramsReadNumbers) {
+TEST(SystemHardwareToolTest, TheJsonOutputContainsNumbers) {
   const std::string clock = HostRun({"--formatter", "json", "system", "clock", "get"}).Run().out;
   EXPECT_THAT(clock, ::testing::ContainsRegex("\"Epoch Seconds\": [0-9]{10}"));
   EXPECT_THAT(clock, ::testing::ContainsRegex("\"Offset Seconds\": -?[0-9]+"));
