@@ -106,6 +106,7 @@ FOR_USERS = {
 READS_PRIVATE = [
     ("tools/complete/TrustedFile.cpp", "autocli/plugins/TrustPolicy.h"),
     ("vexil/formats/EscapedText.h", "autocli/text/ShortCopy.h"),
+    ("vexil/formats/FormatOptions.cpp", "autocli/text/TextPieces.h"),
     ("vexil/formats/TextBuffer.cpp", "autocli/text/WriteUnpadded.h"),
     ("vexil/formats/TextBuffer.h", "autocli/text/PutPiece.h"),
     ("vexil/formats/Utf8.h", "autocli/text/Utf8.h"),
@@ -116,6 +117,11 @@ READS_PRIVATE = [
     ("tools/explain/main.cpp", "autocli/text/TerminalText.h"),
     ("tools/lint/Scanner.cpp", "autocli/text/Utf8.h"),
     ("vexil/Advice.cpp", "autocli/text/TerminalText.h"),
+    ("vexil/ForeignRights.cpp", "autocli/text/StartsWith.h"),
+    ("vexil/FormatHints.cpp", "autocli/text/StartsWith.h"),
+    ("vexil/FormatKeys.cpp", "autocli/text/TextPieces.h"),
+    ("vexil/Session.cpp", "autocli/text/StartsWith.h"),
+    ("vexil/WordCost.cpp", "autocli/text/StartsWith.h"),
     ("vexil/main.cpp", "autocli/process/ProcessRights.h"),
     ("vexil/main.cpp", "autocli/text/TerminalText.h"),
 ]

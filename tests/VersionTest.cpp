@@ -15,7 +15,7 @@ TEST(VersionTest, TheStringContainsTheThreeNumbers) {
             KESTREL_VERSION_STRING);
 }
 
-TEST(VersionTest, OneNumberContainsTheThreeNumbers) {
+TEST(VersionTest, TheVersionNumberIsMadeFromTheThreeNumbers) {
   EXPECT_EQ(KESTREL_VERSION / 10000, KESTREL_VERSION_MAJOR);
   EXPECT_EQ(KESTREL_VERSION / 100 % 100, KESTREL_VERSION_MINOR);
   EXPECT_EQ(KESTREL_VERSION % 100, KESTREL_VERSION_PATCH);

@@ -156,7 +156,7 @@ TEST(InputTest, FoldsAShortNameIntoTheLongOne) {
   EXPECT_THAT(input->GetParameters(), ElementsAre(Pair("text", ElementsAre("value"))));
 }
 
-TEST(InputTest, LongValuesComeBeforeShortOnes) {
+TEST(InputTest, ValuesOfTheLongNameComeBeforeThoseOfTheShortName) {
   const auto input = Input::New();
   input->AddParameter("T", "short one");
   input->AddParameter("texts", "long one");

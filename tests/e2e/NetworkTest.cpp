@@ -106,7 +106,7 @@ TEST_F(NetworkTest, TheListenerNoticesAConnection) {
   EXPECT_FALSE(listener_.HasCaller());
 }
 
-TEST_F(NetworkTest, ANameThatCouldBeFetchedIsAFileThatDoesNotExist) {
+TEST_F(NetworkTest, TheUrlOfAPluginNamesAFileThatDoesNotExist) {
   for (const char* const scheme : {"http", "HTTP", "ftp", "Ftp"}) {
     const std::string name = listener_.Url(scheme) + "/far.xml";
     const VexilResult result = VexilRun({"--plugin", name, "vexil", "command", "list"})
@@ -123,7 +123,7 @@ TEST_F(NetworkTest, ANameThatCouldBeFetchedIsAFileThatDoesNotExist) {
   }
 }
 
-TEST_F(NetworkTest, ANameThatCouldBeFetchedIsNotAFolder) {
+TEST_F(NetworkTest, TheUrlOfAFolderNamesNoFolder) {
   const std::string name = listener_.Url("http");
   const VexilResult result = VexilRun({"--plugin-dir", name, "vexil", "command", "list"}).Run();
   EXPECT_EQ(result.err, "Unable to open directory " + name + " for plugin registration\n");

@@ -76,7 +76,7 @@ TEST(TestToolTest, ReportsAnUnknownWordAsAMessage) {
   EXPECT_EQ(run.Result(), nullptr);
 }
 
-TEST(TestToolTest, PassesAForeignException) {
+TEST(TestToolTest, AForeignExceptionReachesTheCaller) {
   const auto plugin = MakePlugin([](const std::string&, CallSpec::Output&) { throw 7; });
   EXPECT_THROW(Testing::Run(plugin, {"sample", "show", "--text=x"}), int);
 }

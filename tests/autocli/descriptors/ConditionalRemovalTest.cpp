@@ -101,7 +101,7 @@ TEST(ConditionalRemovalTest, NestedConditionalsTakeTwoPasses) {
   }
 }
 
-TEST(ConditionalRemovalTest, NestedBlocksTakeAtMostOnePassForEachLevelAndALastOne) {
+TEST(ConditionalRemovalTest, NestedBlocksTakeAtMostOnePassForEachLevelAndOneMorePass) {
   constexpr std::size_t kLevels = 16;
   for (const std::size_t count : {1, 10, 1000}) {
     const std::string text = Repeat(NestOfBlocks(kLevels), count);

@@ -537,7 +537,7 @@ TEST(UnsafeFormTest, ABareValueThatCouldLeaveItsCommentIsRefused) {
   EXPECT_EQ(MessageOf("echo $if{no,$val{xx}} $val{yy}", {value}, {}, {value}), refusal("yy"));
 }
 
-TEST(UnsafeFormTest, ABareValueThatCouldEndTheCommentOfAnEarlierOneIsRefused) {
+TEST(UnsafeFormTest, ABareValueThatCouldEndTheCommentOfAnEarlierValueIsRefused) {
   const std::string refusal =
       "The value of the parameter 'yy' is not passed to the shell: it contains a newline, and a "
       "value before it begins with a '#'";

@@ -454,7 +454,7 @@ TEST(ExtensionCommandTest, WithoutALanguageTheChildGetsOne) {
   EXPECT_EQ(DescribeValue(output->GetRootObject()), "string 'en_US.UTF-8'");
 }
 
-TEST(ExtensionCommandTest, WithoutALanguageACompoundCommandNeedsASimpleOneBeforeIt) {
+TEST(ExtensionCommandTest, WithoutALanguageACompoundCommandNeedsASimpleCommandBeforeIt) {
   const ScopedEnvironment language("LANG", std::nullopt);
   const StreamCapture diagnostics(STDERR_FILENO);
   const std::string compound = "if true; then echo '<o><int>1</int></o>'; fi";

@@ -61,12 +61,12 @@ TEST(TemplateTextTest, StepsIntoEachBlockThatARemovalOpens) {
   EXPECT_EQ(Cleaned("{ $if{x,y} $if{a,b} } {c} ${d} {e}"), "{   ${d} {e}");
 }
 
-TEST(TemplateTextTest, ABlockWhoseEndIsRemovedMayEndFurtherOn) {
+TEST(TemplateTextTest, ABlockWhoseEndIsRemovedMayEndAtALaterBrace) {
   EXPECT_EQ(Cleaned("{ $if{x,y} $if{a,b} } {c} } e"), "{ $if{x,y}  } e");
   EXPECT_EQ(Cleaned("{ { $if{x,y} $if{a,b} } } {c} } e"), "{ { $if{x,y}  } e");
 }
 
-TEST(TemplateTextTest, WhatARemovalJoinsMayBeAMarker) {
+TEST(TemplateTextTest, TextThatARemovalJoinsMayBeAMarker) {
   EXPECT_EQ(Cleaned("$i$if{a,b}f{c,d}e"), "e");
   EXPECT_EQ(Cleaned("$if{a$if{x,y},b {c}"), "");
 }

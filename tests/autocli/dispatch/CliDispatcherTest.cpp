@@ -651,7 +651,7 @@ TEST_F(CliDispatcherTest, OnlyOneFormatterCanBeChosen) {
   EXPECT_EQ("", params.GetFormatter());
 }
 
-TEST_F(CliDispatcherTest, FormatParametersAreCutAtTheFirstEqualsSign) {
+TEST_F(CliDispatcherTest, FormatParametersAreSplitAtTheFirstEqualsSign) {
   EXPECT_THAT(Apply({"--format-param=a=b=c", "--format-param", "units:Disk.Size=Mb",
                      "--format-param=two words- = \n", "--format-param=a=last"}),
               IsEmpty());

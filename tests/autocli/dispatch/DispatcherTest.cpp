@@ -253,7 +253,7 @@ TEST_F(DispatcherTest, APluginThatRegistersATakenNameIsRefused) {
                   path + " will not be available until this issue is resolved."));
 }
 
-TEST_F(DispatcherTest, ExceptionsOfOtherTypesLeaveAddPluginUnchanged) {
+TEST_F(DispatcherTest, AddPluginPassesOnExceptionsOfOtherTypes) {
   EXPECT_THAT([&] { dispatcher_.AddPlugin(TestPluginPath("ThrowingPluginStandardException")); },
               ThrowsMessage<std::runtime_error>("the plug-in has no oil"));
 }
@@ -868,7 +868,7 @@ TEST_F(DispatcherFormatTest, AFormatterThatThrowsIsAnErrorAndKeepsWhatItPrinted)
   EXPECT_THAT(output_->GetErrors(), ElementsAre("cannot print this"));
 }
 
-TEST_F(DispatcherFormatTest, OtherExceptionsOfAFormatterPass) {
+TEST_F(DispatcherFormatTest, OtherExceptionsOfAFormatterReachTheCaller) {
   GetSampleFormatter().work = [](const auto&, auto&, auto&, auto&) {
     throw std::runtime_error("something else");
   };

@@ -105,7 +105,7 @@ TEST(OptionParserTest, ParseArgvSplitsAWholeCommandLine) {
   EXPECT_THAT(parser.GetParseErrors(), IsEmpty());
 }
 
-TEST(OptionParserTest, ParametersAfterThePathAreNotTheDispatchers) {
+TEST(OptionParserTest, ParametersAfterThePathBelongToTheCommand) {
   const char* const argv[] = {"tool", "ns1", "ns2", "cmd", "--aa=1", "-b", "2", "--cc"};
   OptionParser parser;
   parser.ParseArgv(8, argv);
@@ -219,7 +219,7 @@ INSTANTIATE_TEST_SUITE_P(
                       TokenCase{"ValueNotAscii", "--name=\xff", true}),
     [](const auto& row) { return row.param.name; });
 
-TEST(OptionParserTest, ParseParameterNamesAShortOption) {
+TEST(OptionParserTest, ParseParameterReturnsTheNameOfAShortOption) {
   OptionParser parser;
   std::string name = "old";
   std::string value = "old";
@@ -228,7 +228,7 @@ TEST(OptionParserTest, ParseParameterNamesAShortOption) {
   EXPECT_EQ("", value);
 }
 
-TEST(OptionParserTest, ParseParameterNamesALongOption) {
+TEST(OptionParserTest, ParseParameterReturnsTheNameOfALongOption) {
   OptionParser parser;
   std::string name;
   std::string value = "old";
@@ -237,7 +237,7 @@ TEST(OptionParserTest, ParseParameterNamesALongOption) {
   EXPECT_EQ("", value);
 }
 
-TEST(OptionParserTest, ParseParameterCutsTheValueAtTheFirstEqualsSign) {
+TEST(OptionParserTest, ParseParameterSplitsAtTheFirstEqualsSign) {
   OptionParser parser;
   std::string name;
   std::string value;
@@ -318,7 +318,7 @@ TEST(OptionParserTest, ProcessingASecondTimeFindsNothingToDo) {
   EXPECT_EQ(1u, parser.GetParseErrors().size());
 }
 
-TEST(OptionParserTest, KeepsNamesAsTypedAndRepeatedOptionsApart) {
+TEST(OptionParserTest, KeepsNamesAsTypedAndEachOfSeveralEqualOptions) {
   OptionParser parser = Parse({"ns", "cmd", "--name=1", "-n", "2", "--name", "3"});
   EXPECT_THAT(parser.GetCommandParameters(),
               ElementsAre(Pair("name", "1"), Pair("n", "2"), Pair("name", "3")));

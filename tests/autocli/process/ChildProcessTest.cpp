@@ -95,7 +95,7 @@ TEST(FileDescriptorTest, ClosesWhatItOwnsOnce) {
   EXPECT_FALSE(first.IsOpen());
 }
 
-TEST_F(ChildProcessTest, MovesMuchDataBothWaysTogether) {
+TEST_F(ChildProcessTest, MovesMuchDataInBothDirectionsAtTheSameTime) {
   const LeavesNothing nothing;
   std::string data;
   while (data.size() < 5000000) {
@@ -124,7 +124,7 @@ TEST_F(ChildProcessTest, AChildThatClosesItsOutputMayContinueReading) {
   EXPECT_EQ(output, "a\n");
 }
 
-TEST_F(ChildProcessTest, AChildThatClosesItsInputFailsTheWrite) {
+TEST_F(ChildProcessTest, AChildThatClosesItsInputMakesTheWriteFail) {
   const LeavesNothing nothing;
   std::string output = "before";
   EXPECT_THAT(
@@ -274,7 +274,7 @@ TEST_F(ChildProcessTest, AFailedCallReapsAChildThatHasEnded) {
   EXPECT_THROW(RunShell("sleep 0.1; kill -ALRM $PPID; sleep 0.1", output), KestrelException);
 }
 
-TEST_F(ChildProcessTest, ASystemThatRefusesToWaitFailsTheWrite) {
+TEST_F(ChildProcessTest, AFailureToWaitForTheChildsInputMakesTheWriteFail) {
   if (Testing::kIsSanitized) {
     GTEST_SKIP() << "the sanitizer needs descriptors of its own";
   }

@@ -180,7 +180,7 @@ TEST_F(CommandTest, WithoutInputTheWorkRuns) {
   EXPECT_EQ(command->executions, 1);
 }
 
-TEST_F(CommandTest, ExceptionsOfOtherKindsPass) {
+TEST_F(CommandTest, ExceptionsOfOtherKindsReachTheCaller) {
   const auto command = std::make_shared<SampleCommand>();
   command->work = [](const auto&, const auto&) { throw 42; };
   EXPECT_THROW(Run(command), int);

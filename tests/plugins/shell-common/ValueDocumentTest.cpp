@@ -183,7 +183,7 @@ TEST(ValueDocumentTest, AStructureWithoutARowIsAnError) {
             "There is no row to show\n");
 }
 
-TEST(ValueDocumentTest, ExplainsItself) {
+TEST(ValueDocumentTest, PrintsItsUsageIfTheArgumentsAreInvalid) {
   for (const char* const arguments :
        {"", "nosuch", "list", "list R", "list 'R<' A:int", "list R A", "list R A:float"}) {
     EXPECT_EQ(Witness("perl '" + ScriptPath("value-document") + "' " + arguments +

@@ -150,7 +150,7 @@ TEST_F(ListCommandTest, SortsASizeByItsBytesUnderBothOfItsNames) {
   EXPECT_THAT(Names({{"sort", "Room Taken Bytes"}}), ordered);
 }
 
-TEST_F(ListCommandTest, CutsTheListAfterSortingIt) {
+TEST_F(ListCommandTest, LimitsTheListAfterSortingIt) {
   EXPECT_THAT(Names({{"limit", "2"}}), ElementsAre("pear", "fig"));
   EXPECT_THAT(Names({{"sort", "Name"}, {"limit", "1"}}), ElementsAre(""));
   EXPECT_THAT(Names({{"limit", "5"}}), ElementsAre("pear", "fig", "Plum", ""));

@@ -83,7 +83,7 @@ TEST_F(KernelPipeTest, MessagesMayBeAsLongAsTheKernelAllows) {
   EXPECT_THAT(Texts(), ElementsAre(text, "next"));
 }
 
-TEST_F(KernelPipeTest, NoMessageIsLeftOut) {
+TEST_F(KernelPipeTest, EveryMessageIsRead) {
   std::vector<std::string> expected;
   for (int number = 0; number < 12; ++number) {
     Write("6," + std::to_string(number) + ",1,-;message " + std::to_string(number) + "\n");

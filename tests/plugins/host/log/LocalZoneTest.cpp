@@ -73,7 +73,7 @@ TEST(LocalZoneTest, ConvertsAsDateDoes) {
   }
 }
 
-TEST(LocalZoneTest, FollowsTheVariableFromOneObjectToTheNext) {
+TEST(LocalZoneTest, EachObjectUsesTheZoneThatTheVariableNamesAtThatTime) {
   const ScopedEnvironment variable("TZ", "XYZ-5:30");
   EXPECT_EQ(LocalZone().ToText(1700000000), "2023-11-15 03:43:20");
   const ScopedEnvironment other("TZ", "UTC0");

@@ -89,7 +89,7 @@ bool HasTimes(const std::vector<LogMaker::Line>& lines) {
 
 class LogChoiceTest : public ::testing::TestWithParam<unsigned> {};
 
-TEST_P(LogChoiceTest, AgreesWithAReaderFromTheStart) {
+TEST_P(LogChoiceTest, AgreesWithAReaderThatBeginsAtTheStart) {
   const ScopedEnvironment variable("TZ", "UTC");
   const LocalZone zone;
   const Testing::ScopedTempDir folder;

@@ -196,7 +196,7 @@ INSTANTIATE_TEST_SUITE_P(Numbers, NeighborStateTest, ::testing::ValuesIn(kNeighb
 // Answers of the kernel that end early must be read safely.
 class CutAnswerTest : public ::testing::TestWithParam<unsigned short> {};
 
-TEST_P(CutAnswerTest, IsReadUpToItsEnd) {
+TEST_P(CutAnswerTest, HasNoEntryUnlessItIsComplete) {
   std::string attributes;
   for (std::uint16_t type = 0; type < 32; ++type) {
     attributes += Attribute(type, std::string("\x01\x02\x03\x04\x05", type % 6));

@@ -136,7 +136,7 @@ std::string FieldOfDpkg(const std::string& package, const std::string& field) {
   return Witness("dpkg-query -W -f '${" + field + "}' " + package);
 }
 
-TEST_F(PackageCommandsTest, ShowOne) {
+TEST_F(PackageCommandsTest, ShowAPackage) {
   for (const char* const name : {"dpkg", "bash", "coreutils"}) {
     const Row row = CallStruct("package get", {{"name", name}});
     EXPECT_EQ(row.at("Name"), name);
@@ -198,7 +198,7 @@ TEST_F(PackageCommandsTest, ShowTheProvidersOfAVirtualPackage) {
 
 // ---- package check
 
-TEST_F(PackageCommandsTest, ReportWhetherOneIsInstalled) {
+TEST_F(PackageCommandsTest, ReportWhetherAPackageIsInstalled) {
   EXPECT_EQ(CallText("package check", {{"name", "dpkg"}}), "true");
   const std::string native = WitnessLines("dpkg --print-architecture").front();
   EXPECT_EQ(CallText("package check", {{"name", "dpkg:" + native}}), "true");

@@ -462,7 +462,7 @@ TEST_F(ScriptCommandsTest, ListTheScriptsOfThisHost) {
   });
 }
 
-TEST_F(ScriptCommandsTest, ShowOneOfThem) {
+TEST_F(ScriptCommandsTest, ShowOneScript) {
   RunThere([] {
     for (const std::string& name : CallColumn("service list", "Name", {{"limit", "1"}})) {
       const Row row = CallStruct("service get", {{"name", name + ".service"}});

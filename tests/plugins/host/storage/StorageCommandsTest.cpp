@@ -388,7 +388,7 @@ TEST(StorageFilesystemListTest, ASilentFileSystemIsListedAsSuch) {
   EXPECT_GT(rows.size(), 1u);
 }
 
-TEST(StorageFilesystemListTest, AFileSystemThatFailsHasTheReason) {
+TEST(StorageFilesystemListTest, TheRowOfAFileSystemThatFailsContainsTheReason) {
   const ScopedEnvironment deadly("KESTREL_DEADLY_PATHS", "/");
   const auto rows = CallRows("storage filesystem list");
   const Row* const root = Find(rows, "/");

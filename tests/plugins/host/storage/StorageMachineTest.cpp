@@ -312,7 +312,7 @@ TEST_F(StorageMachineTest, ListsCounters) {
   });
 }
 
-TEST_F(StorageMachineTest, AMissingFileSystemHasTheReason) {
+TEST_F(StorageMachineTest, TheRowOfAMissingFileSystemContainsTheReason) {
   File("proc/self/mountinfo", "1 0 8:1 / /gone/away rw - ext4 /dev/sda1 rw\n");
   ExpectPrinted("storage filesystem list --type=ext4",
                 "Source     Available Bytes  Percent  Status                     Mount Point\n"

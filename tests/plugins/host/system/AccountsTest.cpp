@@ -64,7 +64,7 @@ TEST(AccountsTest, ListsTheAccountsThatGetentLists) {
   EXPECT_EQ(names, Testing::WitnessLines("getent passwd | cut -d: -f1"));
 }
 
-TEST(AccountsTest, AListingThatWasGivenUpDoesNotShortenTheNext) {
+TEST(AccountsTest, AnInterruptedListingDoesNotShortenTheNextListing) {
   EXPECT_THROW(ForEachAccount([](const AccountEntry& account) {
                  if (account.id != 0) {
                    throw KestrelException("enough");

@@ -101,7 +101,7 @@ TEST_F(BusDevicesTest, ReadsADeviceOnPci) {
   EXPECT_THAT(devices[0].drivers, ElementsAre("e1000e"));
 }
 
-TEST_F(BusDevicesTest, ListsThemByAddress) {
+TEST_F(BusDevicesTest, ListsDevicesByAddress) {
   Pci("0000:03:00.0", "0x1\n", "0x1\n", "0x0\n");
   Pci("0000:00:02.0", "0x1\n", "0x1\n", "0x0\n");
   Pci("10000:e0:06.0", "0x1\n", "0x1\n", "0x0\n");
@@ -199,7 +199,7 @@ TEST_F(BusDevicesTest, EachDriverOfTheInterfacesIsNamedOnce) {
   EXPECT_EQ(devices[0].classId, 0x020d00u);  // the class of the first interface
 }
 
-TEST_F(BusDevicesTest, WithoutTheBusThereAreNone) {
+TEST_F(BusDevicesTest, WithoutTheBusThereAreNoDevices) {
   sys_.MakeDirectory("bus/platform");
   EXPECT_THAT(ReadPci(), IsEmpty());
   EXPECT_THAT(ReadUsb(), IsEmpty());

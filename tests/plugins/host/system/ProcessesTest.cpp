@@ -329,7 +329,7 @@ TEST(ProcessesTest, TheMemoryInStatusMayBeMissingOrAWord) {
   }
 }
 
-TEST(ProcessesTest, ReadsItself) {
+TEST(ProcessesTest, ReadsThisProcess) {
   const auto process = ReadProcess("/proc", ::getpid());
   ASSERT_TRUE(process);
   EXPECT_EQ(process->id, ::getpid());

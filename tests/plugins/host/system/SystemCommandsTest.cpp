@@ -607,7 +607,7 @@ TEST(SystemParameterGetTest, AgreesWithSysctl) {
   }
 }
 
-TEST(SystemParameterGetTest, SaysWhatIsWrong) {
+TEST(SystemParameterGetTest, ReportsUnknownInvalidAndMissingNames) {
   const auto errors = [](const Parameters& parameters) {
     return Call("system parameter get", parameters).GetErrors();
   };
