@@ -99,8 +99,8 @@ FOR_USERS = {
 }
 
 # The exceptions to the rule that private headers of the library are for the library only: the tool,
-# which is installed with the library of its own version, reads rows of a result in place, writes
-# strings and numbers, prints its messages and determines its rights in the same way as the library.
+# which is installed with the library of its own version, reads rows of a result in place, splits and
+# writes strings, prints its messages and determines its rights in the same way as the library.
 # vexil-complete and vexil-doctor decide in the same way which files others can change.
 # vexil-lint encodes characters in the same way.
 READS_PRIVATE = [
