@@ -79,8 +79,8 @@ void Measure(benchmark::State& state, const std::vector<std::string>& words, int
   }
 }
 
-/// Returns the staged tool if there is one, because the tool in the build tree makes the loader
-/// look for each library in folders of that tree.
+/// Returns the tool that the target `stage` has installed, if there is one, because the tool in the
+/// build tree makes the loader look for each library in folders of that tree.
 std::string Tool() { return fs::exists(KESTREL_STAGED_TOOL) ? KESTREL_STAGED_TOOL : KESTREL_TOOL; }
 
 void BM_StartRootListing(benchmark::State& state) { Measure(state, {Tool()}, 1); }

@@ -5,7 +5,7 @@
 # installed-guides.sh FOLDER: writes the guides to FOLDER, for readers who have the installed tool
 # but not the sources. The examples start `vexil`. What is between <!-- sources --> and
 # <!-- /sources --> concerns the sources only and is left out. A link to a file of the sources is
-# replaced by its text.
+# replaced by the text of the link.
 #
 # Fails if a guide still mentions ./run, or links to a file that is not installed.
 set -euo pipefail

@@ -7,8 +7,9 @@
 
 callgrind counts the instructions of two runs of a workload with different numbers of rounds; the
 difference, divided by the number of additional rounds, is the cost of one round without the
-start-up. A row that begins with "start" is a whole run of the tool. DIR is a build tree with the
-target `kestrel_workloads` and the stage (default build/bench). ROW selects rows by name.
+start-up. A row that begins with "start" is a whole run of the tool. DIR is a build tree in which
+the targets `kestrel_workloads` and `stage` are built (default build/bench). ROW selects rows by
+name.
 
 Numbers depend on the compiler and the libraries, so they are compared only if both are the recorded
 ones. --record writes the numbers to benchmarks/results/instructions.json.
