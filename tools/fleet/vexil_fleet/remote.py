@@ -87,7 +87,8 @@ _FEED = """case $(command -v printf) in
 class Job:
     """The request to the hosts."""
     path: Sequence[str]
-    words: Sequence[str] = ()  # the line without values of secrets; empty if the command is only described
+    # The line without values of secrets; empty if the command is only described.
+    words: Sequence[str] = ()
     secret_values: Sequence[str] = ()
     is_confirmed: bool = False  # else a command that changes something, or has secrets, is held
     mark: str = field(default_factory=lambda: "vexil-fleet-" + secrets.token_hex(16))
