@@ -507,7 +507,8 @@ std::string RefusalOf(const std::string& text, const Values& xx, const Values& l
   return message.find("is not passed to the shell") == std::string::npos ? "" : message;
 }
 
-/// As above. Expects that something runs if, and only if, no value was refused.
+/// Does the same as `RefusalOf`, and expects that something runs if, and only if, no value was
+/// refused.
 std::string MessageOf(const std::string& text, const Values& xx, const Values& ll,
                       const Values& yy = {}) {
   const ScopedTempDir folder;

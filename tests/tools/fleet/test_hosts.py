@@ -263,11 +263,11 @@ class Failures(FleetCase):
         result = self.call("--formatter=ndjson", "volume", "show")
         self.assertEqual(4, len(result.rows), result.err)
 
-    def test_rubbish(self) -> None:
+    def test_a_tool_that_prints_rubbish(self) -> None:
         self.replace_tool("echo rubbish")
         self.assert_others_answer("invalid output: not JSON")
 
-    def test_another_shape(self) -> None:
+    def test_a_tool_that_prints_another_shape(self) -> None:
         self.replace_tool("""echo '{"Name":"a","Size":"1"}'""")
         self.assert_others_answer("invalid output: Size is not of the kind int")
 

@@ -95,7 +95,7 @@ class Program(unittest.TestCase):
                              done.stderr)
             self.assertEqual(2, done.returncode)
 
-    def test_a_closed_pipe_ends_it_as_any_program(self) -> None:
+    def test_a_closed_pipe_ends_the_program_by_a_signal(self) -> None:
         reader, writer = os.pipe()
         os.close(reader)
         done = self.run_program("--help", stdout=writer)

@@ -159,7 +159,7 @@ class Replies(unittest.TestCase):
             reply.add_line(line)
         return reply
 
-    def test_text_before_the_begin_is_ignored(self) -> None:
+    def test_text_before_the_first_mark_is_ignored(self) -> None:
         reply = self.reply(b"Welcome!\n\nMARK begin\n{}\n\nMARK described 0\n1\n2\n\nMARK ended 0\n")
         self.assertEqual(b"{}", reply.description)
         self.assertEqual(b"1\n2\n", reply.body.text)

@@ -84,7 +84,7 @@ class ReadRows(unittest.TestCase):
         self.assert_refused(volumes("structure"), line * 2, "2 lines instead of one")
         self.assert_refused(volumes("structure"), b"", "0 lines instead of one")
 
-    def test_values_without_fields_get_one(self) -> None:
+    def test_values_without_fields_get_a_field(self) -> None:
         self.assertEqual(b'{"Value":7}\n', text(read(Shape("int", "none", ()), b"7\n")))
         self.assertEqual(b'{"Value":true}\n{"Value":false}\n',
                          text(read(Shape("bool-list", "none", ()), b"true\nfalse\n")))

@@ -39,7 +39,7 @@ class Stored(unittest.TestCase):
             self.assertEqual(chunk.count, len(chunk.lines()))
             self.assertLess(len(chunk.text()), 66_000)
 
-    def test_the_memory_is_a_part_of_the_bytes(self) -> None:
+    def test_the_memory_is_in_proportion_to_the_bytes(self) -> None:
         noise = random.Random(16)
         noisy = [noise.randbytes(40) for _ in range(20_000)]
         for lines, most in ((_LINES, 0.5), (noisy, 1.2)):

@@ -63,8 +63,8 @@ class ParserOfATag {
   xmlParserCtxt* const parser_;
 };
 
-// There are five entries for an attribute and two for a namespace, in arrays that may have twice
-// the size that is needed.
+// The parser's tables have five entries for an attribute and two for a namespace. The arrays may
+// have twice the size that is needed.
 TEST(XmlAttributeCountTest, StopsTheParserWhenItsTablesAreTooLarge) {
   ParserOfATag largest(100000, 40000);
   EXPECT_FALSE(largest.StopAtTooMany());

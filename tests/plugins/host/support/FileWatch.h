@@ -9,7 +9,7 @@
 namespace Kestrel::Testing {
 
 /// While a watch exists, it records which files and folders the plug-in opens, and can make one of
-/// these attempts fail. Only one watch may exist at a time. It does not see files that the C
+/// these attempts fail. Only one watch may exist at a time. A watch does not see files that the C
 /// library itself opens.
 class FileWatch {
  public:
