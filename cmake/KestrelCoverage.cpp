@@ -13,7 +13,8 @@ int __real_raise(int signal);
 [[noreturn]] void __real_abort();
 [[noreturn]] void __real__exit(int status);
 
-// A process may continue after a signal. It counts from 0 then, because the file contains the rest.
+// A process may continue after a signal. It then counts from 0, because the file already contains
+// what it counted before.
 int __wrap_raise(int signal) {
   __gcov_dump();
   __gcov_reset();
