@@ -130,8 +130,9 @@ class LinePrinter {
   }
 
   [[gnu::always_inline]] char* Text(std::string_view text, char* place) {
-    const bool isSimple = text.size() < kMaxCell && !text.empty() &&
-                          CopyOrdinary<typename Syntax::Ordinary>(text, place);
+    // One comparison: for the empty text, the difference is the largest number.
+    const bool isShort = text.size() - 1 < kMaxShort;
+    const bool isSimple = isShort && CopyOrdinary<typename Syntax::Ordinary>(text, place);
     return PutPiece(Syntax::kSeparator, isSimple ? place + text.size() : OtherText(text, place));
   }
 

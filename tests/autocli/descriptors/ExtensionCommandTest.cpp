@@ -34,14 +34,29 @@ namespace {
 
 std::string lastLogEntry;
 
+/// Stores the priority, the format and the only argument.
+void StoreLogEntry(int priority, const char* format, std::va_list& arguments) {
+  lastLogEntry = std::to_string(priority) + " " + format + " " + va_arg(arguments, const char*);
+}
+
 }  // namespace
 
-/// Replaces the function of the C library, also for calls from the library under test. Stores the
-/// priority, the format and the only argument of the last entry.
+/// Replaces the function of the C library, also for calls from the library under test.
 [[gnu::visibility("default")]] void syslog(int priority, const char* format, ...) {
   std::va_list arguments;
   va_start(arguments, format);
-  lastLogEntry = std::to_string(priority) + " " + format + " " + va_arg(arguments, const char*);
+  StoreLogEntry(priority, format, arguments);
+  va_end(arguments);
+}
+
+/// The same, for a library that is compiled with _FORTIFY_SOURCE.
+[[gnu::visibility("default")]] void CheckedSyslog(int priority, int flag, const char* format,
+                                                  ...) asm("__syslog_chk");
+
+void CheckedSyslog(int priority, int /*flag*/, const char* format, ...) {
+  std::va_list arguments;
+  va_start(arguments, format);
+  StoreLogEntry(priority, format, arguments);
   va_end(arguments);
 }
 
