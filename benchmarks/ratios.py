@@ -21,7 +21,7 @@ import tempfile
 # Operation, our benchmark, the peer's benchmark, the peer in words.
 ROWS = [
     ("start, no plug-ins", "BM_StartRootListing", "BM_StartEmptyMainWithLibraries",
-     "empty main with the same libraries"),
+     "empty main with libstdc++ and libxml2"),
     ("start, shipped plug-ins", "BM_StartShippedPlugins", "BM_StartFindmnt", "findmnt"),
     ("start, python3 argparse", "BM_StartRootListing", "BM_StartArgparse", "argparse, 100 commands"),
     ("one mount", "BM_StartOneMount", "BM_StartFindmntRoot", "findmnt /"),
