@@ -188,10 +188,7 @@ class Substitution {
       return;
     }
     const Items items(input_, name);
-    std::string joined = Join(items.Get(), "");
-    const WipeAtEnd wipeJoined(joined);
-    // A comment that begins in one value may end in another.
-    const Origin origin = form->isQuoted ? Origin::Value : BareOrigin(name, joined);
+    const Origin origin = form->isQuoted ? Origin::Value : BareOriginOfAll(name, items);
     MarkedText values;
     for (const std::string& value : items.Get()) {
       std::string item = ListItem(value, form->isQuoted);
@@ -210,6 +207,13 @@ class Substitution {
       return Origin::Value;
     }
     return LeavesAComment(value) ? Origin::ValueThatLeavesAComment : Origin::BareValue;
+  }
+
+  /// Like BareOrigin(), for several values: a comment that begins in one may end in another.
+  Origin BareOriginOfAll(const std::string& name, const Items& items) const {
+    std::string joined = Join(items.Get(), "");
+    const WipeAtEnd wipe(joined);
+    return BareOrigin(name, joined);
   }
 
   std::string ListItem(const std::string& value, bool isQuoted) const {

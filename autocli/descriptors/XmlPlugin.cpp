@@ -53,24 +53,25 @@ std::string ReadOrdinaryFile(const std::string& path) {
   return isRead ? content : std::string();
 }
 
-Descriptor ReadFile(const FileDescriptor& file, const std::string& path) {
+/// Reads the ordinary descriptor at `path`, or any other with `parse`.
+template <typename Parse>
+Descriptor ReadFile(const std::string& path, Parse parse) {
   Descriptor descriptor;
-  descriptor.tree = XmlEventTree::Read(ReadOrdinaryFile(PathOfDescriptor(file.Get())));
+  descriptor.tree = XmlEventTree::Read(ReadOrdinaryFile(path));
   if (descriptor.tree == nullptr) {
-    descriptor.document = ParseXmlFile(file, path);
+    descriptor.document = parse();
   }
   return descriptor;
+}
+
+Descriptor ReadOpenFile(const FileDescriptor& file, const std::string& path) {
+  return ReadFile(PathOfDescriptor(file.Get()), [&] { return ParseXmlFile(file, path); });
 }
 
 /// Reads a file by its path, for the case that it cannot be read by its descriptor: there is no
 /// /proc, or the system does not find the file.
 Descriptor ReadFileByPath(const std::string& path) {
-  Descriptor descriptor;
-  descriptor.tree = XmlEventTree::Read(ReadOrdinaryFile(path));
-  if (descriptor.tree == nullptr) {
-    descriptor.document = ParseXmlFile(path);
-  }
-  return descriptor;
+  return ReadFile(path, [&] { return ParseXmlFile(path); });
 }
 
 Descriptor ReadCheckedFile(const std::string& path) {
@@ -79,7 +80,7 @@ Descriptor ReadCheckedFile(const std::string& path) {
     ReportMissingXmlFile(path);
     return {};
   }
-  return IsRegularFile(file.descriptor) ? ReadFile(file.descriptor, path) : Descriptor();
+  return IsRegularFile(file.descriptor) ? ReadOpenFile(file.descriptor, path) : Descriptor();
 }
 
 Descriptor ReadAnyFile(const std::string& path) {
@@ -88,7 +89,7 @@ Descriptor ReadAnyFile(const std::string& path) {
     return {};
   }
   const bool isReadable = file.IsOpen() && access(PathOfDescriptor(file.Get()).c_str(), R_OK) == 0;
-  return isReadable ? ReadFile(file, path) : ReadFileByPath(path);
+  return isReadable ? ReadOpenFile(file, path) : ReadFileByPath(path);
 }
 
 Descriptor ParseDescriptor(const std::string& path, bool isInDefaultFolder) {

@@ -227,7 +227,8 @@ bool IsOnNetwork(const std::string& path) {
 
 class Libxml2Parser final : public XmlParser {
  public:
-  Libxml2Parser(){LIBXML_TEST_VERSION} Libxml2Parser(const Libxml2Parser&) = delete;
+  Libxml2Parser() { xmlCheckVersion(LIBXML_VERSION); }
+  Libxml2Parser(const Libxml2Parser&) = delete;
   Libxml2Parser& operator=(const Libxml2Parser&) = delete;
 
   XmlDocument ParseText(std::string_view text, const char* name) const override;
