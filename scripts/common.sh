@@ -43,9 +43,9 @@ root_prefix() {
   fi
 }
 
-# Prints why the packages cannot be installed with the given options of apt: apt's error message, or
-# the installed packages that would be upgraded or removed. Prints nothing if they can be installed.
-# Usage: obstacles "OPTIONS" PACKAGE...
+# Prints what installing the packages with the given options of apt would change: the installed
+# packages that would be upgraded, or apt's error message if it cannot install them without removing
+# one. Prints nothing if only packages would be added. Usage: obstacles "OPTIONS" PACKAGE...
 obstacles() {
   local options=$1 plan
   shift
@@ -55,10 +55,10 @@ obstacles() {
     echo "$plan"
     return
   fi
-  awk '$1 == "Remv" || ($1 == "Inst" && $3 ~ /^\[/) { print "  would change " $2 }' <<<"$plan"
+  awk '$1 == "Inst" && $3 ~ /^\[/ { print "  upgrade: " $2 }' <<<"$plan"
 }
 
-# Installs packages for which obstacles() printed nothing.
+# Installs packages for which obstacles() printed no error message.
 # Usage: apt_install_with "OPTIONS" ROOT_PREFIX PACKAGE...
 apt_install_with() {
   local options=$1 as_root=$2 log
@@ -74,11 +74,12 @@ apt_install_with() {
   rm -f "$log"
 }
 
-# Installs the given packages and their dependencies without changing any installed package. If an
-# installed library is older than the latest version of its headers, the headers are installed from
-# the release itself, without its updates. If there is no suitable version, nothing is installed.
+# Installs the given packages and their dependencies, if possible without changing any installed
+# package. If an installed library is older than the latest version of its headers, the headers are
+# installed from the release itself, without its updates. A package that fits nothing installed is
+# installed with the upgrades that it needs, after listing them. Nothing is ever removed.
 apt_install() {
-  local as_root=$1 release options package log
+  local as_root=$1 release options package changes log added=() others=()
   shift
   log=$(mktemp)
   # shellcheck disable=SC2086
@@ -87,17 +88,20 @@ apt_install() {
   rm -f "$log"
   # shellcheck source=/dev/null
   release=$(. /etc/os-release && echo "${VERSION_CODENAME:-stable}")
-  if [[ -z $(obstacles "" "$@") ]]; then
-    apt_install_with "" "$as_root" "$@"
-    return
-  fi
   for package in "$@"; do
+    if [[ -z $(obstacles "" "$package") ]]; then added+=("$package"); else others+=("$package"); fi
+  done
+  [[ ${#added[@]} -eq 0 ]] || apt_install_with "" "$as_root" "${added[@]}"
+  for package in "${others[@]}"; do
     options=""
-    [[ -z $(obstacles "" "$package") ]] || options="--target-release $release"
-    if [[ -n $(obstacles "$options" "$package") ]]; then
-      say "$package cannot be installed without changing packages that are installed:"
-      say "$(obstacles "" "$package")"
-      fail "Install the missing packages by hand, then start again."
+    if [[ -z $(obstacles "--target-release $release" "$package") ]]; then
+      options="--target-release $release"
+    else
+      changes=$(obstacles "" "$package")
+      say "$package requires changes of packages that are installed:"
+      say "$changes"
+      ! grep -qv '^  upgrade: ' <<<"$changes" ||
+        fail "Install the missing packages by hand, then start again."
     fi
     apt_install_with "$options" "$as_root" "$package"
   done
