@@ -3,6 +3,10 @@
 
 #include "benchmarks/Descriptor.h"
 
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
 namespace Kestrel::Benchmarks {
 namespace {
 
@@ -68,5 +72,17 @@ std::string MakeDescriptor(const std::string& name) {
   }
   return text + "  </commands>\n</vexil-plugin>\n";
 }
+
+DescriptorFolder::DescriptorFolder(std::int64_t count) {
+  std::string path = std::filesystem::temp_directory_path() / "kestrel-XXXXXX";
+  path_ = mkdtemp(path.data());
+  for (std::int64_t i = 0; i < count; ++i) {
+    const std::string name = "store" + std::to_string(i);
+    files_.push_back(path_ + "/" + name + ".xml");
+    std::ofstream(files_.back()) << MakeDescriptor(name);
+  }
+}
+
+DescriptorFolder::~DescriptorFolder() { std::filesystem::remove_all(path_); }
 
 }  // namespace Kestrel::Benchmarks

@@ -8,9 +8,7 @@
 #include <benchmark/benchmark.h>
 #include <libxml/parser.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -27,29 +25,6 @@ namespace {
 
 using AutoCli::Namespace;
 using AutoCli::XmlPlugin;
-
-/// A folder of descriptors, each with its own namespace. Deleted with the object.
-class DescriptorFolder {
- public:
-  explicit DescriptorFolder(std::int64_t count) {
-    std::string path = std::filesystem::temp_directory_path() / "kestrel-XXXXXX";
-    path_ = mkdtemp(path.data());
-    for (std::int64_t i = 0; i < count; ++i) {
-      const std::string name = "store" + std::to_string(i);
-      files_.push_back(path_ + "/" + name + ".xml");
-      std::ofstream(files_.back()) << MakeDescriptor(name);
-    }
-  }
-  DescriptorFolder(const DescriptorFolder&) = delete;
-  DescriptorFolder& operator=(const DescriptorFolder&) = delete;
-  ~DescriptorFolder() { std::filesystem::remove_all(path_); }
-
-  const std::vector<std::string>& GetFiles() const { return files_; }
-
- private:
-  std::string path_;
-  std::vector<std::string> files_;
-};
 
 // What is done with each file. An object of each class is made before the first file and destroyed
 // after the last.

@@ -23,7 +23,8 @@ ROWS = [
     ("start, no plug-ins", "BM_StartRootListing", "BM_StartEmptyMainWithLibraries",
      "empty main with libstdc++ and libxml2"),
     ("start, shipped plug-ins", "BM_StartShippedPlugins", "BM_StartFindmnt", "findmnt"),
-    ("start, python3 argparse", "BM_StartRootListing", "BM_StartArgparse", "argparse, 100 commands"),
+    ("start, no plug-ins", "BM_StartRootListing", "BM_StartArgparse",
+     "python3 with argparse, 100 commands"),
     ("one mount", "BM_StartOneMount", "BM_StartFindmntRoot", "findmnt /"),
     ("one link", "BM_StartOneLink", "BM_StartIpLink", "ip link show lo"),
     ("a descriptor, of 10", "BM_DescriptorsTake<RegisteredPlugins>/10", "BM_DescriptorsTake<Trees>/10",
@@ -34,6 +35,8 @@ ROWS = [
      "BM_DescriptorsTake<Trees>/1000", "xmlReadFile"),
     ("100 descriptors", "BM_DescriptorsTake<RegisteredPlugins>/100", "BM_Cli11MakeDescriptorCommands",
      "CLI11, 1,000 subcommands"),
+    ("the catalog of 1,000 commands", "BM_CatalogReadTree/1000", "BM_CatalogLoadTree/1000",
+     "loading their 100 descriptors"),
     ("a call of 20 parameters", "BM_CommandCall/10000", "BM_CommandCallCli11/10000", "CLI11"),
     ("look up five fields", "BM_RecordsLookUp<MetaRecords>/100000",
      "BM_RecordsLookUp<RapidPoolRecords>/100000", "rapidjson"),
@@ -103,7 +106,7 @@ def print_table(rows, markdown):
         print("| operation | peer | ratio |\n|---|---|--:|")
     for operation, peer, ratio in rows:
         print(f"| {operation} | {peer} | {ratio:.2f} |" if markdown
-              else f"{operation:26} {peer:36} {ratio:6.2f}")
+              else f"{operation:30} {peer:37} {ratio:6.2f}")
 
 
 def main(words):
