@@ -11,7 +11,7 @@
 namespace Kestrel::CallSpec {
 
 /// Adds the error message `message` to `output`. Throws KestrelException when `output` is null,
-/// because the caller would not learn why its values are invalid.
+/// because the caller would otherwise not learn why its values are invalid.
 void ReportError(const std::shared_ptr<Output>& output, std::string&& message);
 
 }  // namespace Kestrel::CallSpec

@@ -13,7 +13,8 @@ class Expression {
  public:
   virtual ~Expression() = default;
 
-  /// Whether the expression matches the whole of `value`. False if matching would take too long.
+  /// Whether the expression matches the whole of `value`. False if matching would take too many
+  /// steps or too much memory.
   virtual bool MatchesWhole(const std::string& value) const = 0;
 };
 

@@ -20,7 +20,7 @@ const std::string& EmptyText() {
   return text;
 }
 
-// A word that is not a boolean counts as false: validation has reported it already.
+// A word that is not a boolean counts as false. Reporting it is the task of the validation.
 bool IsTrue(const std::string& text) {
   bool value = false;
   ReadBoolean(text, value);
@@ -60,7 +60,7 @@ void Input::SetInputSpec(std::shared_ptr<InputSpec> spec) {
   spec_ = std::move(spec);
   for (const auto& parameter : spec_->GetParameters()) {
     if (parameter->GetShortName().empty()) {
-      continue;  // an entry without a name does not belong to any parameter
+      continue;  // values given under the empty name belong to no parameter
     }
     const auto given = parameters_.find(parameter->GetShortName());
     if (given != parameters_.end()) {

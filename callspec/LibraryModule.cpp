@@ -18,7 +18,7 @@ std::string LibraryFolder() {
   if (dladdr(reinterpret_cast<const void*>(&LoadLibraryModule), &library) == 0 ||
       library.dli_fname[0] != '/') {
     // A relative name is relative to the folder that was current when the library was loaded, and
-    // only the loader still knows that folder.
+    // only the dynamic loader still knows that folder.
     return "$ORIGIN/";
   }
   const std::string path(library.dli_fname);

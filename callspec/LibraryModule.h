@@ -5,15 +5,15 @@
 
 namespace Kestrel::CallSpec {
 
-/// A part of the library in a file of its own, which is loaded when it is first needed, because
-/// the libraries that it links take a large share of the tool's start time.
+/// A part of the library in a file of its own. It is loaded when it is first needed, because
+/// loading the libraries that it links takes a large share of the tool's start time.
 struct LibraryModule {
   const char* path;     ///< Relative to the folder of the library.
-  const char* entry;    ///< The name of its only function.
+  const char* entry;    ///< The name of the only function that it exports.
   const char* purpose;  ///< What the module is for, in messages.
 };
 
-/// Returns the function of the module, which remains loaded until the process ends.
+/// Returns the exported function of the module. The module remains loaded until the process ends.
 ///
 /// Finds the module by the path of the library's own file, so an installed tree can be moved.
 /// Throws KestrelException if the module cannot be loaded or has no such function.

@@ -25,7 +25,7 @@ ParameterType ValueType(ParameterType type) {
   return static_cast<ParameterType>(static_cast<std::uint32_t>(type) & ~kListBit);
 }
 
-// Does not use `isdigit` and the like, because they depend on the locale.
+// These functions do not use `islower` and the like, because those depend on the locale.
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 bool IsLower(char c) { return c >= 'a' && c <= 'z'; }
@@ -56,8 +56,8 @@ bool IsAllowedFor(ParameterType type, ParameterConstraintType constraint) {
   return false;
 }
 
-// Returns one line for each string that has a description, with a line end after the last; empty if
-// no string has a description.
+// Returns one line for each string that has a description, with a line end before the first line
+// and after the last. Empty if no string has a description or the constraint is not a `StringEnum`.
 std::string DescribedStrings(const ParameterConstraint& constraint) {
   std::string text;
   if (constraint.GetType() != StringEnum || constraint.GetStringEnumWithDesc().empty()) {

@@ -24,7 +24,8 @@ bool IsOneOf(const std::array<std::string_view, N>& words, std::string_view text
   return std::find(words.begin(), words.end(), text) != words.end();
 }
 
-// Removes what `std::from_chars` does not accept: leading white space and a plus sign.
+// Removes what `std::from_chars` does not accept: leading white space and a plus sign. In "+-5" the
+// plus sign stays, so that the text is refused.
 std::string_view WithoutSpaceAndPlus(std::string_view text) {
   text.remove_prefix(std::min(text.find_first_not_of(kWhiteSpace), text.size()));
   const bool hasPlus = text.size() > 1 && text[0] == '+' && text[1] != '-';

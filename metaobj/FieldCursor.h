@@ -16,7 +16,8 @@
 
 namespace Kestrel::MetaObj {
 
-/// The fields of a structure that has more fields than fit into its inline slots.
+/// What a structure stores outside of its inline slots: its values or, once it has its own index,
+/// all of its fields.
 struct MetaStruct::Overflow {
   using Fields =
       std::map<std::string, Field, std::less<>, SlabAllocator<std::pair<const std::string, Field>>>;
@@ -27,7 +28,7 @@ struct MetaStruct::Overflow {
   static void* operator new(std::size_t size) { return Slab::Allocate(size); }
   static void operator delete(void* block, std::size_t size) noexcept { Slab::Free(block, size); }
 
-  Slots slots;    // all values, while a layout has the names
+  Slots slots;    // all values, unless the structure has its own index
   Fields fields;  // all fields, once the structure has its own index
 };
 
@@ -66,7 +67,7 @@ class FieldCursor {
 
  private:
   std::size_t left_;
-  // Null if the structure has its own index.
+  // Null if the structure has its own index or no fields.
   const std::shared_ptr<const FieldText>* text_ = nullptr;
   const std::shared_ptr<MetaObject>* slot_ = nullptr;
   MetaStruct::Overflow::Fields::const_iterator own_;

@@ -219,8 +219,8 @@ void FieldLayout::RemoveTransition(const FieldLayout* next) const {
                      transitions_.end());
 }
 
-// Returns the layout of the same type with these fields, a new one if there is none; empty when the
-// table is full.
+// Returns the layout of the same type with these fields, a new one if there is none. Empty when a
+// new one is needed and the table is full, or was full when the root was made.
 LayoutRef FieldLayout::Sibling(FieldTexts&& texts) const {
   const TableLock lock;
   LayoutTable& table = LayoutTable::Get();

@@ -18,19 +18,20 @@
 
 // A layout is what structures of one shape have in common: the type name, the names of the fields
 // in byte order and their documentation. A structure has its values in slots, in the order of its
-// layout's fields. There is one layout per shape. When a structure gains a field, a transition from
-// its layout leads to the next layout, so the other fields need not be compared.
+// layout's fields. A table contains each layout once. When a structure gains a field, a transition
+// from its layout usually leads to the next layout, so the other fields need not be compared.
 //
 // A layout is destroyed with the last structure or layout that uses it. A layout owns its
 // predecessors and has plain pointers to its successors; the destructor of a successor removes the
 // pointer to it.
 //
-// The number of layouts, the fields of a layout, the length of a name and the transitions of a
-// layout are bounded. A structure that exceeds a bound has an index of its own, a map from names to
-// fields, and a layout without fields.
+// The number of layouts, the fields of a layout and the length of a name are bounded. A structure
+// that exceeds such a bound has its own index (a map from names to fields) and a layout without
+// fields. The transitions from and to a layout are bounded too; where there is none, the next
+// layout is looked up in the table.
 //
-// Several threads may use layouts. While the process has one thread, the functions take no lock and
-// execute no locked instruction.
+// Several threads may use layouts. While the process has one thread, the functions take no lock,
+// and execute a locked instruction only to destroy a layout.
 namespace Kestrel::MetaObj {
 
 class FieldLayout;
@@ -57,7 +58,7 @@ class LayoutRef {
 
   /// Makes an owner from what `Detach` returned.
   static LayoutRef Attach(const FieldLayout* layout);
-  /// Returns the layout without releasing it; this object is empty then.
+  /// Returns the layout without releasing it, and leaves this object empty.
   const FieldLayout* Detach() { return std::exchange(layout_, nullptr); }
 
   const FieldLayout* Get() const { return layout_; }
@@ -77,8 +78,8 @@ class FieldLayout {
   static constexpr std::size_t kMaxTransitions = 8;
   static constexpr std::size_t kNotFound = static_cast<std::size_t>(-1);
 
-  /// The result of adding a field: the layout that has it, and its position there. There is no
-  /// layout when the field would exceed a bound.
+  /// The result of adding a field: the layout that has the field, and the field's position there.
+  /// `layout` is empty when the field would exceed a bound.
   struct Step {
     LayoutRef layout;
     std::size_t position = 0;
@@ -92,11 +93,11 @@ class FieldLayout {
     std::size_t position;
   };
 
-  /// Returns the layout of this type without fields; never empty.
+  /// Returns the layout of this type that has no fields. The LayoutRef is never empty.
   static LayoutRef Root(std::string_view typeName);
 
-  /// Returns the layout of this type without fields if it was requested last; otherwise empty. A
-  /// fast path for building many structures of one type.
+  /// Fast path of `Root` for building many structures of one type: returns the layout if it is the
+  /// last one that `Root` found in the table or added to it; empty means unknown.
   static LayoutRef NewestRoot(std::string_view typeName);
 
   /// Returns the layout with one more field. This layout must not have a field of that name.
@@ -107,16 +108,17 @@ class FieldLayout {
   /// that name.
   const Transition* KnownStep(const FieldName& name, std::string_view documentation) const;
 
-  /// Returns the layout that differs in the documentation of one field; empty beyond a bound.
+  /// Returns the layout in which the field at `position` has this documentation; empty if there
+  /// would be too many layouts.
   LayoutRef WithDocumentation(std::size_t position, std::string_view documentation) const;
 
-  /// Returns the layout without one of the fields; empty beyond a bound.
+  /// Returns the layout without the field at `position`; empty if there would be too many layouts.
   LayoutRef Without(std::size_t position) const;
 
   /// Returns the layout of the same type without fields.
   LayoutRef GetRoot() const { return LayoutRef(root_ ? root_.Get() : this); }
 
-  /// The type name. The reference is valid as long as a layout of the type exists.
+  /// The type name. The reference is valid as long as a layout with the same root exists.
   const std::string& TypeName() const { return root_ ? root_->typeName_ : typeName_; }
 
   std::size_t Count() const { return texts_.size(); }

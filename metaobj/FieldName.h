@@ -10,9 +10,9 @@
 
 namespace Kestrel::MetaObj {
 
-/// The name of a field, and numbers for a fast comparison: its length and its first and last eight
-/// bytes. The numbers determine a name of up to 16 bytes. The name is not copied and must outlive
-/// this object.
+/// The name of a field, and numbers for a fast comparison: its length, and its first and last eight
+/// bytes (four, two or one of a shorter name). The numbers determine a name of up to 16 bytes. The
+/// name is not copied and must outlive this object.
 class FieldName {
  public:
   explicit FieldName(std::string_view text) : text_(text) {

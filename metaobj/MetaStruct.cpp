@@ -384,8 +384,8 @@ void MetaStruct::Store(std::string_view name, std::shared_ptr<MetaObject>&& valu
   UseLayout(std::move(next));
 }
 
-// Replaces the value, takes a step that no structure has taken before, or switches to an index of
-// its own.
+// Replaces the value, adds a field by a step that `KnownStep` did not return, or makes an index for
+// this structure.
 void MetaStruct::StoreSlowly(std::string_view name, std::shared_ptr<MetaObject>&& value,
                              std::string_view documentation) {
   const LayoutRef kept(layout_);  // the arguments may be strings of this layout

@@ -17,8 +17,8 @@ namespace Kestrel::MetaObj {
 bool IsSameShape(const MetaObject& mine, const std::shared_ptr<MetaObject>& other,
                  std::vector<std::string>* errors);
 
-/// Fast path of `IsSameShape` for structures of one layout. True means the same shape, without any
-/// message; false means unknown.
+/// Fast path of `IsSameShape` for values whose structures have layouts with equal type names and
+/// field names. True means the same shape, without any message; false means unknown.
 bool IsSurelySameShape(const MetaObject& mine, const MetaObject& other);
 
 }  // namespace Kestrel::MetaObj

@@ -49,7 +49,7 @@ constexpr std::size_t kMaxChunk = 256 * 1024;
 constexpr std::size_t kPage = 4096;
 constexpr std::size_t kClasses = Slab::kMaxBlock / Slab::kGranule;
 
-// After this many frees a thread passes its free blocks to the pool.
+// After this many frees, a thread that is not the only one passes its free blocks to the pool.
 constexpr int kMaxFrees = 1024;
 
 struct FreeBlock {

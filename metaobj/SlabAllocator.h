@@ -12,11 +12,11 @@
 // Memory for values, which are small, of few sizes and very many. A block is cut from a large
 // chunk. A freed block goes to a list of its size and is reused for the next value of that size.
 //
-// Each thread has lists and a chunk of its own, so neither allocating nor freeing takes a lock. A
+// Each thread has lists and a chunk of its own, so allocating and freeing seldom take a lock. A
 // block that a thread frees belongs to this thread from then on, even if another thread allocated
 // it. So that memory does not accumulate in a thread that only frees, a thread passes its lists to
-// a shared pool from time to time, and all its memory when it ends. A thread that has used up its
-// chunk takes memory from the pool before it starts another chunk.
+// a shared pool from time to time, and all its memory when it ends. Only the pool has a lock. A
+// thread that has used up its chunk takes memory from the pool before it starts another chunk.
 //
 // Memory is never returned to the system, not even at exit: values may outlive every static object.
 // Under the address sanitizer, or with KESTREL_PLAIN_BLOCKS, each block is a separate allocation,
@@ -34,7 +34,7 @@ class Slab {
   /// The alignment of every block, in bytes.
   static constexpr std::size_t kGranule = 8;
 
-  /// Returns a block of at least `size` bytes, 1 to `kMaxBlock`.
+  /// Returns a block of at least `size` bytes. `size` must be from 1 to `kMaxBlock`.
   /// Throws `std::bad_alloc` when memory runs out.
   static void* Allocate(std::size_t size) { return AllocateClass(ClassOf(size)); }
 
@@ -54,7 +54,8 @@ class Slab {
   static void FreeClass(void* block, std::size_t sizeClass) noexcept;
 };
 
-/// A standard allocator over the slabs, made for `std::allocate_shared`.
+/// A standard allocator that uses the slabs, or `std::allocator` for what does not fit into a
+/// block.
 template <typename T>
 class SlabAllocator {
  public:

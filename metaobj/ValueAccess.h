@@ -14,8 +14,8 @@
 
 namespace Kestrel::MetaObj {
 
-/// Private access to the contents of values, without copied names, shared ownership or
-/// dynamic casts. Pointers and references are valid until the value changes.
+/// Access to private contents of values that copies no names, shares no ownership and needs no
+/// dynamic cast. Pointers and references are valid until the value changes.
 class ValueAccess {
  public:
   /// Whether the object is of one of the five value classes, so that its kind determines its class.
@@ -46,8 +46,8 @@ class ValueAccess {
     return structure.Find(FieldName(name));
   }
 
-  /// Returns the layout of the structure; null when it has an index of its own. Structures of one
-  /// layout have each field in the same slot.
+  /// Returns the layout of the structure; null when the structure has its own index. Structures of
+  /// one layout have each field in the same slot.
   static const FieldLayout* Layout(const MetaStruct& structure) {
     return structure.hasOwnIndex_ ? nullptr : structure.layout_;
   }
@@ -59,7 +59,7 @@ class ValueAccess {
                                                            : structure.inline_.data();
   }
 
-  /// Returns the declared structure of a list.
+  /// Returns the declared structure of a list, null when there is none.
   static const std::shared_ptr<MetaStruct>& Structure(const MetaList& list) {
     return list.structure_;
   }

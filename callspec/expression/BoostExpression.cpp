@@ -22,7 +22,7 @@ class BoostExpression final : public Expression {
     try {
       return boost::regex_match(value, regex_);
     } catch (const std::runtime_error&) {
-      // The library gave up: matching takes too many steps or too much memory.
+      // Boost.Regex gave up: matching takes too many steps or too much memory.
       return false;
     }
   }
