@@ -4,8 +4,8 @@
 // A pass looks at each "{" from left to right:
 //   - It steps into a block that is not closed.
 //   - It removes a closed block together with the text before it, from the last "$" on, if that
-//     text and the block form a conditional. The block need not be the one that the conditional's
-//     own brace opens.
+//     text and the block form a conditional. The block need not be the conditional's own: in
+//     `$if{a,{b}`, where the brace of the conditional is not closed, it is `{b}`.
 //   - It steps over any other closed block.
 // A removal can take away the end of a block that was stepped over. The next pass then steps into
 // that block.
@@ -89,8 +89,8 @@ class Pass {
     }
   }
 
-  /// Whether `kept_`, from `dollar` on, consists of "$if{", a name, a comma, at least one byte and
-  /// the last byte.
+  /// Whether `kept_`, from `dollar` on, consists of "$if{", a name, a comma, at least one byte, and
+  /// the "}" with which `kept_` ends.
   bool IsConditional(Dollar& dollar) const {
     constexpr std::string_view kOpening = "$if{";
     const std::string_view bytes = kept_.Bytes();

@@ -244,8 +244,7 @@ class Substitution {
     return joined;
   }
 
-  // NUL bytes are removed, because the command line would end at the first one, before the quote
-  // that closes the value.
+  // NUL bytes are removed, because the command line would end at the first one.
 
   /// Returns `value` without NUL bytes and without `c`.
   static std::string WithoutNulAnd(char c, const std::string& value) {
@@ -254,7 +253,7 @@ class Substitution {
     return kept;
   }
 
-  /// Returns `value` without NUL bytes and with every byte escaped that the shell interprets.
+  /// Returns `value` without NUL bytes, escaped by `SanitizeInput`.
   static std::string Escaped(const std::string& value) {
     std::string kept = ExtensionCommand::SanitizeChar(value, '\0');
     const WipeAtEnd wipe(kept);

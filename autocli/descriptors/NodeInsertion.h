@@ -18,7 +18,7 @@ void RefuseTakenPath(const std::string& path, const std::shared_ptr<NamespaceNod
 
 /// Inserts `node` at `path` below `root`. A top-level namespace is not inserted when there is one
 /// of the same name and description already; the existing one is used instead. Throws
-/// KestrelException when the parent does not exist or rejects the name.
+/// KestrelException when the parent does not exist or rejects the node or its name.
 void InsertNode(const std::string& path, const std::shared_ptr<NamespaceNode>& node,
                 const std::shared_ptr<Namespace>& root);
 

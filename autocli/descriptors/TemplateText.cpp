@@ -24,7 +24,7 @@ namespace {
 constexpr std::size_t kNone = std::string::npos;
 constexpr std::size_t kMaxSecret = 4096;  // the longest line that a terminal accepts
 
-/// The extent of one occurrence of a marker, and of the part of it that varies.
+/// The extent of one occurrence of a marker, and of its TEXT, C or PREFIX.
 struct Marker {
   std::size_t begin = 0;
   std::size_t end = 0;
@@ -81,11 +81,12 @@ std::size_t ReadFlag(const std::string& text, std::size_t position, bool& flag) 
 
 // There is a class for each kind of marker:
 //   - `Opening` returns the bytes that an occurrence begins with.
-//   - `LastOpeningEnd` returns a position; an opening that ends after it is never complete.
+//   - `LastOpeningEnd` returns a position; an opening that ends after it is never complete. The
+//     class for conditionals has none, because the last conditional is never looked for.
 //   - `Read` reads the rest of an occurrence, which begins at `position`. It returns false when the
 //     marker is not complete.
 //   - `kIsUnbounded` is true if `Read` searches the rest of the text for the end of the marker.
-//     Once it has found none, no later opening of this kind is complete either.
+//     Once `Read` has found none, no later opening of this kind is complete either.
 
 class ValueMarker {
  public:

@@ -14,8 +14,9 @@ namespace Kestrel::AutoCli {
 
 /// A template into which parameters are inserted, one after the other.
 ///
-/// For each kind of marker, one operation returns the form of the parameter's last occurrence, and
-/// one replaces all occurrences. Each takes time linear in the size of the template.
+/// For each kind of marker, one operation replaces all occurrences for the parameter. For each kind
+/// except the conditional, another one returns the form of the last occurrence. These operations
+/// take time linear in the size of the template.
 class TemplateText {
  public:
   explicit TemplateText(std::string_view text) : text_(text) {}

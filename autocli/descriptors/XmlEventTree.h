@@ -15,17 +15,18 @@ namespace Kestrel::AutoCli {
 
 /// The elements, attributes and text of an ordinary document, as nodes of libxml2.
 ///
-/// They are made without the parser, in memory that is released in one step. Code that reads the
-/// parser's tree also reads this one.
+/// The nodes are made without the parser, in memory that is released in one step. Code that reads
+/// the parser's tree can read this one too.
 ///
-/// The nodes are valid as long as this object and must not be changed. They belong to no document
-/// and to no namespace. An attribute with an empty value has no text.
+/// The nodes are valid as long as this object exists, and must not be changed. They belong to no
+/// document and to no namespace. An attribute with an empty value has no text.
 class XmlEventTree final : private XmlEvents {
  public:
   /// The largest size of a document, in bytes. The memory for the tree is a multiple of it.
   static constexpr std::size_t kMaxSize = 5000000;
 
-  /// Returns null when the document is not ordinary: see `ScanXml`. Such a document must be read
+  /// Returns null when the document is not ordinary (see `ScanXml`) or exceeds `kMaxSize`, and when
+  /// the program has made libxml2 remove the space between elements. The document must then be read
   /// through the parser's own tree. Reports nothing. Throws std::bad_alloc when memory runs out.
   static std::unique_ptr<XmlEventTree> Read(std::string_view text);
 
@@ -35,8 +36,9 @@ class XmlEventTree final : private XmlEvents {
   const xmlNode* GetRoot() const { return root_; }
 
  private:
-  /// For a document of `size` bytes, whose nodes take at most 12 * `size` bytes. They are in one
-  /// block, because an allocator would return several blocks to the system after each descriptor.
+  /// For a document of `size` bytes. The nodes are in one block where possible, because an
+  /// allocator would return several blocks to the system after each descriptor. A document with
+  /// many short elements or attributes needs several blocks.
   explicit XmlEventTree(std::size_t size) : memory_(12 * size) {}
 
   void StartElement(std::string_view name, const XmlAttributes& attributes) override;

@@ -55,7 +55,7 @@ inline bool IsNamed(const xmlNode* node, std::string_view name) {
   return own[0] == (name.empty() ? '\0' : name[0]) && own == name;
 }
 
-/// Whether a node is one of those that are skipped between elements.
+/// Whether a node is text, a CDATA section or a comment. Such nodes are skipped between elements.
 inline bool IsTextOrComment(const xmlNode* node) {
   return node->type == XML_TEXT_NODE || node->type == XML_CDATA_SECTION_NODE ||
          node->type == XML_COMMENT_NODE;

@@ -33,7 +33,7 @@ class XmlParser {
   ~XmlParser() = default;
 };
 
-/// Loads the module when it is first called. Throws KestrelException if that fails.
+/// Loads the module on the first call. Throws KestrelException if that fails.
 const XmlParser& GetXmlParser();
 
 }  // namespace Kestrel::AutoCli

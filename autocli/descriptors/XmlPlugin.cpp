@@ -53,7 +53,7 @@ std::string ReadOrdinaryFile(const std::string& path) {
   return isRead ? content : std::string();
 }
 
-/// Reads the ordinary descriptor at `path`, or any other with `parse`.
+/// Reads the descriptor at `path`; calls `parse` for one that is not ordinary.
 template <typename Parse>
 Descriptor ReadFile(const std::string& path, Parse parse) {
   Descriptor descriptor;
@@ -68,8 +68,8 @@ Descriptor ReadOpenFile(const FileDescriptor& file, const std::string& path) {
   return ReadFile(PathOfDescriptor(file.Get()), [&] { return ParseXmlFile(file, path); });
 }
 
-/// Reads a file by its path, for the case that it cannot be read by its descriptor: there is no
-/// /proc, or the system does not find the file.
+/// Reads a file by its path, because it cannot be read through a file descriptor: there is no
+/// /proc, or the system does not find the file or does not permit reading it.
 Descriptor ReadFileByPath(const std::string& path) {
   return ReadFile(path, [&] { return ParseXmlFile(path); });
 }

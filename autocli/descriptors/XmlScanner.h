@@ -48,9 +48,9 @@ class XmlEvents {
 /// Reads an ordinary document with a fraction of the instructions that a parser needs.
 ///
 /// Returns false if the document is not ordinary; the events sent so far have no meaning then. An
-/// ordinary document is well-formed UTF-8 with Unix line ends. It has no document type, namespaces,
-/// processing instructions or names beyond ASCII, and comes near no limit of the parser. So the
-/// parser accepts it without a diagnostic and passes the same events.
+/// ordinary document is well-formed, is encoded in UTF-8 and has Unix line ends. It has no document
+/// type, namespaces, processing instructions or names beyond ASCII, and comes near no limit of the
+/// parser. So the parser accepts it without a diagnostic and passes the same events.
 bool ScanXml(std::string_view document, XmlEvents& events);
 
 }  // namespace Kestrel::AutoCli

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What an ordinary document needs is done here, without loading libxml2.
+// libxml2 is loaded when a function needs its parser. The functions on attributes and expansions do
+// not need it for an ordinary document (see XmlScanner.h).
 
 #include "autocli/descriptors/XmlTree.h"
 

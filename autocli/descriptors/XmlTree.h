@@ -20,9 +20,9 @@ namespace Kestrel::AutoCli {
 XmlDocument ParseXmlText(std::string_view text, const char* name);
 /// Reads an open file; `path` is its name in diagnostics.
 XmlDocument ParseXmlFile(const FileDescriptor& file, const std::string& path);
-/// Reads the file at a path that the system cannot open. libxml2 may still find a file, because it
-/// interprets some paths differently; otherwise it reports the reason. A path that libxml2 would
-/// fetch from a network counts as missing.
+/// Reads a file that cannot be read through a file descriptor. If the system does not find `path`,
+/// libxml2 may still find a file, because it interprets some paths differently; otherwise it
+/// reports the reason. A path that libxml2 would fetch from a network counts as missing.
 XmlDocument ParseXmlFile(const std::string& path);
 
 /// Sends the diagnostic for a file that does not exist.

@@ -32,7 +32,7 @@ bool IsFieldElement(const xmlNode* node) {
 }
 
 /// Whether an attribute's value is a single text node, which can be read without a copy. A value
-/// that is empty, contains references, or is a default from the document type is not.
+/// that is empty, contains references to entities, or is a default from the document type is not.
 bool IsOneText(const xmlAttr& attribute) {
   const xmlNode* value = attribute.type == XML_ATTRIBUTE_NODE ? attribute.children : nullptr;
   return value != nullptr && value->next == nullptr && value->type == XML_TEXT_NODE &&
@@ -44,7 +44,8 @@ std::string DefaultOf(const xmlAttribute& declaration) {
   return declaration.defaultValue == nullptr ? std::string() : AsChars(declaration.defaultValue);
 }
 
-/// Returns the first node at or after `node` that is not skipped between elements, or null.
+/// Returns the first node at or after `node` that is neither text, a CDATA section nor a comment;
+/// null if there is none.
 const xmlNode* FirstValueAt(const xmlNode* node) {
   while (node != nullptr && IsTextOrComment(node)) {
     node = node->next;

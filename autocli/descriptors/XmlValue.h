@@ -12,7 +12,7 @@
 #include "kestrel/metaobj/MetaObject.h"
 
 // The meaning of the elements of a value document. Shared by both ways to read one: from the events
-// of a parser, and from a tree.
+// of `ScanXml`, and from a tree.
 
 namespace Kestrel::AutoCli {
 
@@ -35,11 +35,12 @@ std::shared_ptr<MetaObj::MetaObject> MakeXmlInt(const std::string& content);
 /// others.
 std::shared_ptr<MetaObj::MetaObject> MakeXmlBool(const std::string& content);
 
-/// Returns the value of a `string` element: its content, unchanged.
+/// Returns the value of a `string` element: its content, with invalid UTF-8 escaped (see
+/// `MetaString::NewUtf8WithEscapes`).
 std::shared_ptr<MetaObj::MetaObject> MakeXmlString(std::string content);
 
-/// Makes the value of a `list` element, one element after the other. In a list of structures the
-/// first one declares the shape of all.
+/// Makes the value of a `list` element, one element after the other. In a list of structures, the
+/// first structure declares the shape of all.
 class XmlListBuilder {
  public:
   /// Begins the list of an element with this `type` attribute. Throws KestrelException when it

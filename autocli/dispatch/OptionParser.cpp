@@ -74,7 +74,7 @@ bool MayEndToken(const char* text) {
 bool IsAboveQuote(char c) { return static_cast<unsigned char>(c) > '"'; }
 
 // Returns the next space or tab outside quotes from `position` on, or the end of the line.
-// `inQuotes` is the state at `position` and afterwards the state at the result.
+// `inQuotes` is whether `position` is inside quotes, and afterwards whether the result is.
 std::size_t FindTokenEnd(const std::string& line, std::size_t position, bool& inQuotes) {
   const std::size_t size = line.size();
   for (;; ++position) {

@@ -37,8 +37,8 @@ std::shared_ptr<MetaList> GetList(const MetaStruct& structure, const std::string
                                   : nullptr;
 }
 
-// Returns a new list of the nodes whose "Type" is `typeName`, null if `nodes` has no structure
-// type.
+// Returns a new list of the nodes whose "Type" is `typeName`, null if `nodes` has no declared
+// structure.
 std::shared_ptr<MetaList> Filter(const MetaList& nodes, const std::string& typeName) {
   if (nodes.GetListStructure() == nullptr) {
     return nullptr;

@@ -26,8 +26,7 @@ namespace Kestrel::AutoCli {
 ///   void Int(std::string_view before, long value, long level);
 ///   void String(std::string_view before, const std::string& value, long level);
 ///   void Misread(std::string_view before, const MetaObject* value);
-///       Prints an error message for a value that is null, or that claims a kind but is not an
-///       object of that kind's class.
+///       Prints an error message, or throws, for a value that is null or of a foreign class.
 ///   void BeginStruct(std::string_view before, const MetaStruct& structure, long level);
 ///   void EndStruct(bool isEmpty, long level);
 ///       Also ends the last field.

@@ -50,8 +50,8 @@ class FieldSlot {
 };
 
 /// Finds any number of fields of one structure, which must not change until the object is
-/// destroyed. Looking up the fields of a large structure in the order of their names takes a single
-/// pass.
+/// destroyed. In a structure without a layout, looking up all fields in the order of their names
+/// takes a single pass.
 class FieldFinder {
  public:
   explicit FieldFinder(const MetaObj::MetaStruct& structure)

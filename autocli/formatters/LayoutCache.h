@@ -11,8 +11,8 @@
 
 namespace Kestrel::AutoCli {
 
-/// Keeps a value for each of up to `kMaxEntries` field layouts, so that what depends only on the
-/// layout of a structure is worked out once for all structures of that layout.
+/// Keeps up to `kMaxEntries` values, each for a field layout and a nesting level, so that what
+/// depends only on the two is determined once for all structures of that layout at that level.
 ///
 /// The cache owns its layouts. Otherwise, a layout could be destroyed and a new one be created at
 /// the same address, for which the cache would return the value of the old one.
@@ -24,9 +24,9 @@ class LayoutCache {
   LayoutCache& operator=(LayoutCache&&) = default;
 
   /// Returns the value for `layout` at the nesting level `level`. If the cache has none, `make()`
-  /// makes it, and it replaces the oldest value if the cache is full. If `make` throws, the cache
-  /// is unchanged. The reference is valid until the next call; use a shared_ptr as `T` for values
-  /// that must live longer.
+  /// makes one, which replaces the oldest value if the cache is full. If `make` throws, the values
+  /// in the cache are unchanged. The reference is valid until the next call; use a shared_ptr as
+  /// `T` for values that must live longer.
   template <typename Make>
   T& Get(const MetaObj::FieldLayout& layout, long level, const Make& make) {
     if (lastUsed_ == nullptr || !lastUsed_->IsFor(layout, level)) {

@@ -219,7 +219,8 @@ class PrintfFormat::Printer {
   std::size_t Room() const { return limit_ - text_.size(); }
 
   /// Returns the format of the conversion, with width and precision reduced to what the remaining
-  /// room can show. If the body is shortened, the number of spaces before it stays the same.
+  /// room can show. If the body (the printed argument without the spaces around it) is shortened,
+  /// the number of spaces before it stays the same.
   std::string MakeFormat(const Piece& piece) const {
     const long visible = static_cast<long>(Room() + 1 + kSlack);
     const long body = FindBodySize(piece);
@@ -239,7 +240,7 @@ class PrintfFormat::Printer {
     return format + piece.modifier + piece.conversion;
   }
 
-  /// Returns the minimum number of bytes of the printed argument; 0 for a character.
+  /// Returns the minimum size of the body in bytes, 0 or less if it is not known.
   long FindBodySize(const Piece& piece) const {
     if (piece.conversion == 's') {
       return piece.precision < 0 ? textSize_ : std::min(textSize_, piece.precision);

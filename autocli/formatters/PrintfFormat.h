@@ -24,9 +24,10 @@ class PrintfFormat {
   explicit PrintfFormat(const std::string& format);
 
   /// Prints `value` to `text` and returns 0, or returns an errno value: EINVAL if the format is
-  /// invalid or does not fit the kind of the value. The result is cut to the combined length
-  /// of the format and `value.ToString()`, plus 64 bytes, and ends at its first NUL byte. It is
-  /// empty for a value that is neither an integer, a boolean nor a string.
+  /// invalid or does not fit the kind of the value, EOVERFLOW if a width or precision exceeds
+  /// INT_MAX, or an error of the C library. The text is cut to the combined length of the format
+  /// and `value.ToString()`, plus 64 bytes, and ends at its first NUL byte. For a value that is
+  /// neither an integer, a boolean nor a string, the text is empty and 0 is returned.
   int Print(const MetaObj::MetaObject& value, std::string& text) const;
 
  private:

@@ -122,7 +122,7 @@ StructPlan::StructPlan(const MetaStruct& structure, const FormatParameters& para
   }
 }
 
-/// Prints what a `ValueWalk` visits, in the layout of the simple formatter.
+/// The printer of the simple format; see `ValueWalk`.
 class SimplePrinter {
  public:
   static constexpr long kFieldStep = 2;
@@ -158,8 +158,7 @@ class SimplePrinter {
     }
   }
 
-  /// Prints the error message for a value that claims `kind` but is not an object of that kind's
-  /// class.
+  /// Prints the error message for a value of a foreign class that has this kind.
   void PrintMisread(MetaType kind) {
     const std::string_view text = MisreadText(kind);
     if (!text.empty()) {

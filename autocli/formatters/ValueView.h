@@ -28,7 +28,8 @@ template <>
 inline constexpr MetaObj::MetaType kKindOf<MetaObj::MetaList> = MetaObj::MetaType::List;
 
 /// Returns `value` as a `Class`, one of the five value classes, or null if it is null or of another
-/// class. Its kind alone does not decide, because a value of a foreign class can claim any kind.
+/// class. Its kind alone does not decide, because a value of a foreign class, which is none of the
+/// five, can have any kind.
 template <typename Class>
 const Class* ViewAs(const MetaObj::MetaObject* value) {
   return value != nullptr && value->GetType() == kKindOf<Class> &&
@@ -37,8 +38,8 @@ const Class* ViewAs(const MetaObj::MetaObject* value) {
              : nullptr;
 }
 
-/// Returns what formatters write in place of a value that claims `kind` but is not of its class.
-/// Empty if `kind` is not one of the enumerators.
+/// Returns what formatters write in place of a value of a foreign class that has this kind. Empty
+/// if `kind` is not one of the enumerators.
 inline std::string_view MisreadText(MetaObj::MetaType kind) {
   switch (kind) {
     case MetaObj::MetaType::Bool:

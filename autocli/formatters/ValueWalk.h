@@ -17,12 +17,12 @@
 
 namespace Kestrel::AutoCli {
 
-/// Visits a value and everything that it contains, in order, and lets a printer write it. The walk
-/// keeps its own stack, so no depth of nesting can exhaust the program's. It ends early once the
-/// stream has failed.
+/// Visits a value and everything that it contains, in order, and makes a printer write it. The walk
+/// has its own stack, so deep nesting cannot exhaust the stack of the program. It ends early once
+/// the output stream has failed.
 ///
 /// A value is either a leaf, which the printer writes in one go, or a structure or list that the
-/// walk opens. The printer, which writes to the same writer as the walk, has these members;
+/// walk opens. The printer, which writes to the `TextWriter` of the walk, has these members;
 /// `level` is the depth of the value, structure or list concerned.
 ///
 ///   static bool IsOpened(const MetaObject* value);
@@ -112,8 +112,8 @@ class ValueWalk {
     }
   }
 
-  /// Prints elements up to the next one that is opened, and returns that one, or prints all that
-  /// are left and the end of the list.
+  /// Prints elements up to the next one that is opened, and returns that one; or prints all that
+  /// are left and the end of the list, and returns null.
   const MetaObj::MetaObject* PrintElements(InList& inside) {
     const auto& elements = *inside.elements;
     for (std::size_t next = inside.next; next < elements.size() && !out_.HasFailed(); ++next) {

@@ -12,7 +12,7 @@ namespace Kestrel::AutoCli {
 /// A file that has passed the checks.
 struct CheckedFile {
   FileDescriptor descriptor;  ///< Refers to the file but cannot read it; none after an error.
-  int error = 0;              ///< Why there is no descriptor, an errno value.
+  int error = 0;              ///< Why `descriptor` is none, as an errno value.
 };
 
 /// Opens the file at `path`. Checks the file, and every folder and symbolic link on the way to it,
@@ -20,13 +20,13 @@ struct CheckedFile {
 /// opened.
 ///
 /// Throws KestrelException when something is not trusted, and when there is no /proc, without which
-/// the file cannot be opened by its descriptor.
+/// the file cannot be opened through its file descriptor.
 CheckedFile OpenCheckedFile(const std::string& path);
 
 /// Whether this process checks a plug-in before it loads it.
 bool IsTrustRequired(bool isInDefaultFolder);
 
-/// Returns a path that opens the same file as `descriptor`, as long as it is open.
+/// Returns a path that refers to the file of `descriptor` as long as `descriptor` is open.
 std::string PathOfDescriptor(int descriptor);
 
 }  // namespace Kestrel::AutoCli

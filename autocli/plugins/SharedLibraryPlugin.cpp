@@ -30,7 +30,7 @@ std::string LoaderError() {
   return text != nullptr ? text : "(null)";
 }
 
-// The loader searches its own folders for a path without "/".
+// The dynamic loader searches its own folders for a path without "/".
 bool HasFolder(const std::string& path) { return path.find('/') != std::string::npos; }
 
 // A FIFO or a device would block the loader. The loader itself reports a file that does not exist.
@@ -57,8 +57,9 @@ CheckedFile OpenChecked(const std::string& path) {
   }
 }
 
-// The loader does not open a name that it already knows, even if the name refers to another file by
-// now. Because descriptor numbers are reused, each name gets one more slash than the last.
+// The loader does not open a name that it already knows, even if the name now refers to another
+// file. Because the numbers of file descriptors are reused, each name has one more slash than the
+// last.
 std::string NameForLoader(const FileDescriptor& descriptor) {
   static std::size_t slashes = 0;
   return "/proc/self/fd" + std::string(++slashes, '/') + std::to_string(descriptor.Get());

@@ -11,13 +11,13 @@ namespace Kestrel::AutoCli {
 /// extends beyond the end of the file. The loader maps such a file without a check, and SIGBUS then
 /// ends the process.
 ///
-/// Returns false for everything else, including the files that the loader itself rejects: one that
-/// ends within its headers, and one whose header is not for this machine.
+/// Returns false for everything else, including files that the loader itself rejects: one that ends
+/// within its headers, and one whose header has another word size, byte order or type.
 bool IsSharedObjectCutShort(const std::string& path);
 
 /// Returns whether `path` is a shared object that refers to its own folder, because the name of a
-/// library or a search path for libraries contains $ORIGIN. False for a file that was cut short or
-/// that the loader rejects.
+/// library or a search path for libraries contains $ORIGIN. False if these strings cannot be read
+/// or the loader rejects the header.
 bool UsesOrigin(const std::string& path);
 
 }  // namespace Kestrel::AutoCli

@@ -17,8 +17,8 @@
 
 namespace Kestrel::AutoCli {
 
-/// Whether a process with these rights checks a plug-in. A process with the rights of another user
-/// checks every plug-in; root checks those in the default folders.
+/// Whether a process with these rights checks a plug-in. A process with rights that its user does
+/// not have checks every plug-in; root checks those in the default folders.
 inline bool IsTrustRequired(const ProcessRights& rights, bool isInDefaultFolder) {
   return HasForeignRights(rights) || (isInDefaultFolder && rights.effectiveUser == 0);
 }

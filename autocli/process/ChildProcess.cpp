@@ -31,9 +31,9 @@ struct Pipe {
   FileDescriptor writeEnd;
 };
 
-/// Returns `fd` or a duplicate of it above 2: the descriptors 0 to 2 are the child's streams, and
-/// may be free if the tool was started with one of them closed. Throws KestrelException with
-/// `failureText` and the system's message when no descriptor is left.
+/// Returns `fd` or a duplicate of it above 2: the file descriptors 0 to 2 are the child's streams,
+/// and may be free if the tool was started with one of them closed. Throws KestrelException with
+/// `failureText` and the system's message when no file descriptor is left.
 FileDescriptor AboveStandardStreams(FileDescriptor fd, const char* failureText) {
   if (fd.Get() >= kFirstFreeDescriptor) {
     return fd;
@@ -225,7 +225,7 @@ bool Feed(const FileDescriptor& to, const std::string& data, const FileDescripto
   bool outputIsOpen = true;
   std::size_t written = 0;
   while (written < data.size()) {
-    // `poll` ignores a negative descriptor.
+    // `poll` ignores a negative file descriptor.
     pollfd events[2] = {{to.Get(), POLLOUT, 0}, {outputIsOpen ? from.Get() : -1, POLLIN, 0}};
     if (poll(events, 2, -1) < 0) {
       if (errno == EINTR) {

@@ -44,7 +44,8 @@ bool IsGuarded(int signal) {
 // to install a handler for these.
 constexpr int kSignalEnd = _NSIG;
 
-// The data of the signal handlers; written only while none of them is installed.
+// The data of the signal handlers. It is written only while none of them is installed, except that
+// PassOn stores the disposition of its signal in `previous` again.
 struct Terminal {
   termios shown;
   termios hidden;
@@ -177,8 +178,8 @@ EchoGuard::EchoGuard(std::string prompt)
   terminal.hidden = terminal.shown;
   terminal.hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
   terminal.prompt = prompt_.data();
-  // On a terminal, the prompt is repeated after the process was stopped, because the shell prints
-  // something after it. In a file or a pipe, one prompt is enough.
+  // On a terminal, the prompt is repeated when a stopped process continues, because the shell has
+  // printed something after the first prompt. In a file or a pipe, one prompt is enough.
   terminal.promptSize = isatty(STDOUT_FILENO) ? prompt_.size() : 0;
   InstallHandlers();
   isGuarded = 1;

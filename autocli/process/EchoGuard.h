@@ -7,16 +7,17 @@
 
 namespace Kestrel::AutoCli {
 
-/// Turns off echo on the terminal on descriptor 0 as long as the guard exists.
+/// Turns off echo on the terminal on file descriptor 0 as long as the guard exists.
 ///
 /// The destructor restores the earlier modes. They are also restored before a signal ends the
 /// process or SIGTSTP stops it; the signal then acts as it would without the guard. That is true
 /// for all signals but SIGKILL and SIGSTOP, which cannot be caught. When a stopped process
-/// continues, echo is turned off again and the prompt is written again. If descriptor 0 is not a
-/// terminal, the guard does nothing. There must not be two guards at a time.
+/// continues, or a signal handler of the program returns, echo is turned off again. If standard
+/// output is a terminal, the prompt is then written again. If file descriptor 0 is not a terminal,
+/// the guard does nothing. There must not be two guards at a time.
 class EchoGuard {
  public:
-  /// Turns echo off. `prompt` is written only when the process continues after a stop.
+  /// Turns echo off. `prompt` is not written now, only in the cases above.
   explicit EchoGuard(std::string prompt);
   ~EchoGuard();
   EchoGuard(const EchoGuard&) = delete;

@@ -7,8 +7,8 @@
 
 namespace Kestrel::AutoCli {
 
-/// Passes SIGINT and SIGTERM on to a child process as long as the guard exists. If this process has
-/// received one of them, the destructor ends this process by that signal.
+/// Passes SIGINT and SIGTERM on to a child process from `Start` to `Stop`. If this process has
+/// received one of them while the guard existed, the destructor ends this process by that signal.
 ///
 /// The child shares the process group of this process, so that it may use the terminal, and the
 /// group may have members that have nothing to do with the child. So the signal goes to the child
@@ -17,7 +17,7 @@ namespace Kestrel::AutoCli {
 class SignalForwarding {
  public:
   SignalForwarding();
-  /// If a signal was received, raises it with its default action.
+  /// Calls `Stop`. If a signal was received, raises it with its default action.
   ~SignalForwarding();
   SignalForwarding(const SignalForwarding&) = delete;
   SignalForwarding& operator=(const SignalForwarding&) = delete;

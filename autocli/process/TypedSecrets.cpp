@@ -20,7 +20,7 @@ namespace Kestrel::AutoCli {
 
 namespace {
 
-/// Prevents core dumps of this process and its children during its lifetime.
+/// Prevents core dumps of this process and its children as long as the object exists.
 class NoCoreDumps {
  public:
   NoCoreDumps() : wasDumpable_(prctl(PR_GET_DUMPABLE)) {
@@ -75,8 +75,8 @@ void MaskPart(std::string& text, const std::string& part) {
 }
 
 constexpr std::size_t kMaxCopy = 8192;
-// More stack than the functions use that run a command; the largest part is a buffer of 64 kB for
-// the output of a child process.
+// More stack than is used by the functions that run a command. The largest part of it is a buffer
+// of 64 kB for the output of a child process.
 constexpr std::size_t kMaxStack = 96 * 1024;
 
 // The C library copies memory through vector registers, and parts of the last text stay in them.

@@ -14,8 +14,8 @@ void Wipe(std::string& text);
 /// none, the functions do nothing. Several objects share the secrets until the last one is
 /// destroyed.
 ///
-/// From the first prompt on, the process writes no core dump; the destructor wipes the secrets and
-/// restores the earlier settings.
+/// From the first prompt on, the process writes no core dump. The last destructor wipes the secrets
+/// and restores the earlier settings.
 class TypedSecrets {
  public:
   TypedSecrets();

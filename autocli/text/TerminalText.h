@@ -38,8 +38,8 @@ inline std::string WithVisibleControls(std::string_view text) {
   return shown;
 }
 
-/// Returns `message` as it is written to a descriptor. For a terminal, control characters are made
-/// visible, because a message may quote input; otherwise the message is unchanged.
+/// Returns `message` as it is written to a file descriptor. For a terminal, control characters are
+/// made visible, because a message may quote input; otherwise the message is unchanged.
 inline std::string MessageFor(int descriptor, std::string message) {
   return isatty(descriptor) == 1 ? WithVisibleControls(message) : message;
 }

@@ -27,7 +27,7 @@ class TextWriter {
   /// `out`.
   explicit TextWriter(std::ostream& out);
 
-  /// Calls `Finish`, unless nothing was appended since the last `Drain` or `Finish`. Ignores
+  /// Calls `Finish`, unless `Drain` or `Finish` was called and the buffer is empty. Ignores
   /// exceptions of the stream.
   ~TextWriter();
 

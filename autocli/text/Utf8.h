@@ -12,7 +12,7 @@ namespace Kestrel::AutoCli {
 /// A Unicode character at the beginning of a string.
 struct Character {
   char32_t code = 0;
-  std::size_t size = 0;  ///< its bytes in UTF-8; 0 if the string does not begin with a character
+  std::size_t size = 0;  ///< in bytes of UTF-8; 0 if the string does not begin with a character
 };
 
 /// Returns the number of bytes of a character that begins with `first`; 0 if none can.
@@ -48,7 +48,8 @@ inline Character FirstCharacter(std::string_view text) {
   return isCharacter ? Character{code, size} : Character{};
 }
 
-/// Appends `code` to `text` as UTF-8. Codes up to U+1FFFFF are not checked.
+/// Appends `code`, which must be at most U+1FFFFF, to `text` as UTF-8. Does not check whether it is
+/// a valid character.
 inline void AppendCharacter(char32_t code, std::string& text) {
   const unsigned following = code < 0x80 ? 0 : code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
   constexpr unsigned kMarks[] = {0, 0xc0, 0xe0, 0xf0};

@@ -102,7 +102,7 @@ class LimitedParser {
     return parser.close_ == nullptr ? 0 : parser.close_(parser.context_);
   }
 
-  /// Inside an entity, `parser` is a parser of its own, not that of the document.
+  /// Inside an entity, `parser` is not the parser of the document but one for the entity alone.
   static void StartElement(void* parser, const xmlChar* name, const xmlChar* prefix,
                            const xmlChar* uri, int namespaceCount, const xmlChar** namespaces,
                            int count, int defaultCount, const xmlChar** attributes) {
