@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # Interface target with the parts of Boost that the library uses: the headers and Boost.Regex.
-# Boost.Regex is header-only since 1.76 and has a shared library before that.
+# Boost.Regex has been header-only since 1.76; before that, it had a shared library.
 if(POLICY CMP0167)
   cmake_policy(SET CMP0167 NEW)  # Boost's own package file, not CMake's search
 endif()

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Linked in a coverage build in place of functions that may end the process without writing what it
-// has counted: after `_exit`, `abort` and most signals, nothing else would write it.
+// Linked in a coverage build in place of functions that may end the process without writing its
+// counts: after `_exit`, `abort` and most signals, nothing else would write them.
 
 // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): names of gcov and ld
 extern "C" {

@@ -1,7 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# The files that `cmake --install` installs. Components: library, development, tool.
+# Installs the library, its headers and the compiled programs; other files install the modules, the
+# plug-ins, the manual pages and so on. Components: library, development, tool.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS kestrel EXPORT KestrelTargets

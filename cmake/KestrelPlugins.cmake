@@ -2,9 +2,10 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # kestrel_add_plugin(NAME SOURCE...): adds a plug-in NAME.so, built against the public headers like
-# any other plug-in, and installed where the tool looks by default.
+# any other plug-in, and installed where the tool looks by default if the prefix is /usr.
 #
-# That folder is a fixed part of the tool's interface and does not depend on CMAKE_INSTALL_LIBDIR.
+# That folder, relative to the prefix, is a fixed part of the tool's interface and does not depend
+# on CMAKE_INSTALL_LIBDIR.
 set(KESTREL_PLUGIN_INSTALL_DIR "lib/norvane/vexil")
 # The folder of the descriptors in the build tree, for tests; its folder scripts/ contains their
 # scripts.

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # Removes the files that the latest installation has listed in MANIFEST, and the folders that are
-# empty afterwards. The environment variable DESTDIR is put before each path. PLUGIN_DIR is the
+# empty afterwards. The environment variable DESTDIR is prepended to each path. PLUGIN_DIR is the
 # folder of plug-ins, relative to the prefix.
 if(NOT EXISTS ${MANIFEST})
   message(FATAL_ERROR "${MANIFEST} does not exist: nothing was installed from here")

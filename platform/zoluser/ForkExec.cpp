@@ -70,7 +70,7 @@ class SpawnAttributes {
 
 using FdMap = std::vector<ZoluserForkFd>;
 
-/// Whether one mapping would overwrite a descriptor before another has copied it.
+/// Whether one mapping may overwrite a file descriptor before another has copied it.
 bool Overlaps(const FdMap& map) {
   for (const ZoluserForkFd& source : map) {
     for (const ZoluserForkFd& target : map) {
@@ -90,8 +90,8 @@ int HighestFd(const FdMap& map) {
   return highest;
 }
 
-/// Duplicates every source above all mapped descriptors first, so that no mapping overwrites a
-/// source.
+/// First duplicates every source to a number above all mapped file descriptors, so that no mapping
+/// overwrites a source.
 void MoveSourcesUp(FdMap& map, FileActions& actions) {
   int next = HighestFd(map) + 1;
   for (ZoluserForkFd& entry : map) {

@@ -12,8 +12,8 @@ namespace AuditTls {
 /// Sets the audit parameter `name`; an empty value means none.
 void SetAuditParam(const std::string& name, const std::string& value);
 
-/// Returns the audit parameter `name`, empty when it is not set. Only the stand-in has this
-/// function, for tests.
+/// Returns the audit parameter `name`, empty when it is not set. For tests: only the stand-in for
+/// the host's library has this function.
 std::string GetAuditParam(const std::string& name);
 
 /// Sets an audit parameter; its destructor restores the earlier value.

@@ -12,10 +12,11 @@
 
 extern "C" {
 
-/// The result of an operation: 0 is success. The stand-in uses errno values for failures.
+/// The result of an operation: 0 is success. The stand-in for the host's library uses errno values
+/// for failures.
 typedef int ZoluserStatus;
 
-/// A descriptor of the child, and the descriptor of this process that it is a duplicate of.
+/// A file descriptor of the child, and the file descriptor of this process that it duplicates.
 typedef struct ZoluserForkFd {
   int childFd;
   int parentFd;
@@ -23,8 +24,9 @@ typedef struct ZoluserForkFd {
 
 /// Starts the program `path` in a child process and sets `childPid` to its process ID. `argv` and
 /// `envp` end with a null; a null `envp` means the environment of this process. The child has the
-/// `fdCount` descriptors of `fdMap` and no others; SIGPIPE has its default action and no signal is
-/// blocked. When the program cannot be executed, there is no child and a failure is returned.
+/// `fdCount` file descriptors of `fdMap` and no others; SIGPIPE has its default action and no
+/// signal is blocked. When the program cannot be executed, there is no child and a failure is
+/// returned.
 ZoluserStatus ZoluserCompat_ForkExec(const char* path, const char* const* argv,
                                      const char* const* envp, const ZoluserForkFd* fdMap,
                                      std::size_t fdCount, pid_t* childPid);
