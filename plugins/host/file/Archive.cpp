@@ -69,8 +69,8 @@ using Entry = std::unique_ptr<archive_entry, FreeEntry>;
 
 using StringOf = const char* (*)(archive_entry*);
 
-// Returns a string of the entry. Calls `other` only if `first` has no result, because `other`
-// converts the string, which takes time.
+// Returns the result of `first`, otherwise that of `other`; empty if both return null. Calls
+// `other` only if it is needed, because it may convert the string, which takes time.
 std::string FirstOf(archive_entry* entry, StringOf first, StringOf other) {
   const char* text = first(entry);
   if (text == nullptr) {

@@ -8,8 +8,8 @@
 
 namespace Kestrel::Host {
 
-/// Formats a number of bytes in IEC units with one decimal, rounded to the nearest: "512 B", "1.5
-/// KiB", "2.0 GiB". Plain bytes have no decimal. A negative number keeps its sign.
+/// Formats a number of bytes in IEC units with one decimal, rounded to the nearest:
+/// "1.5 KiB", "2.0 GiB". Less than 1 KiB has no decimal: "512 B". A negative number keeps its sign.
 std::string FormatByteSize(std::int64_t bytes);
 
 }  // namespace Kestrel::Host

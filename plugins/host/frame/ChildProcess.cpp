@@ -36,8 +36,8 @@ constexpr std::size_t kMaxOutputSize = std::size_t{256} << 20;
 // Where programs are searched for if PATH is not set.
 constexpr char kStandardPath[] = "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
 
-// The environment variables that a program may need to find other programs, the user's files and
-// the services it contacts.
+// The environment variables that a program may need to find other programs, the user's files, the
+// time zone and the services it contacts.
 constexpr const char* kPassedOn[] = {"PATH",
                                      "HOME",
                                      "USER",
@@ -84,8 +84,9 @@ struct Pipe {
   FileDescriptor writeEnd;
 };
 
-// Returns the descriptor, or a duplicate of it with a number above 2. The numbers 0 to 2 become the
-// program's streams; they may be free if this process was started with one of them closed.
+// Returns the file descriptor, or a duplicate of it with a number above 2. The numbers 0 to 2
+// become the program's streams; a new pipe can get one of them if this process was started with it
+// closed.
 FileDescriptor AboveStandardStreams(FileDescriptor descriptor, const std::string& path) {
   if (descriptor.Get() >= kFirstFreeDescriptor) {
     return descriptor;
@@ -108,7 +109,7 @@ Pipe OpenPipe(const std::string& path) {
           AboveStandardStreams(std::move(writeEnd), path)};
 }
 
-// Whether a signal reaches only the program or also the processes that it started.
+// Whether a signal reaches only the program or its whole process group.
 enum class Reach { Program, Group };
 
 // How a program is started: which streams it has, and that it neither blocks signals nor ignores
@@ -221,8 +222,9 @@ class Streams {
 
   bool AreOpen() const { return output_.readEnd.IsOpen() || errorOutput_.readEnd.IsOpen(); }
 
-  // Waits until there is something to read, and passes it on; -1 waits without a limit. Reads both
-  // streams as they fill, so that the program never blocks on one of them.
+  // Waits until there is something to read, at most for `milliseconds`, and passes it on; -1 means
+  // without a limit. Reads both streams as they fill, so that the program never blocks on one of
+  // them.
   Reading ReadOnce(int milliseconds) {
     // A closed pipe has a negative number, which poll ignores.
     pollfd events[] = {{output_.readEnd.Get(), POLLIN, 0}, {errorOutput_.readEnd.Get(), POLLIN, 0}};
@@ -263,7 +265,7 @@ class Streams {
   const OutputReader errorReader_;
 };
 
-// Returns false if the reader of the output needs no more.
+// Reads both streams to their ends. Returns false if the reader of standard output needs no more.
 bool ReadToTheEnd(Streams& streams) {
   while (streams.AreOpen()) {
     if (streams.ReadOnce(-1) == Streams::Reading::Enough) {
@@ -273,8 +275,8 @@ bool ReadToTheEnd(Streams& streams) {
   return true;
 }
 
-// Reads until the program has ended and nothing is left, or until the time is up. Returns whether
-// the program has ended.
+// Reads until the program has ended and nothing is left to read, or until the time is up. Returns
+// whether the program has ended.
 bool ReadWithin(std::chrono::milliseconds limit, Streams& streams, const RunningProgram& program) {
   using Clock = std::chrono::steady_clock;
   const Clock::time_point deadline = Clock::now() + limit;

@@ -23,9 +23,9 @@ namespace Kestrel::Host {
 /// result and default format.
 ///
 /// The constructor of a concrete command declares what help and formatters need. The parameters and
-/// the shape of the result are declared when the command is first called. A result is ignored once
-/// there is an error message, so `Run` returns after adding one. An exception that leaves `Run`
-/// becomes an error message.
+/// the shape of the result are declared when they are first requested, for example by a call, for
+/// help or for completion. A result is ignored once there is an error message, so `Run` need not
+/// set one then. An exception that leaves `Run` becomes an error message.
 class HostCommand : public AutoCli::Command {
  public:
   ~HostCommand() override;
@@ -44,7 +44,7 @@ class HostCommand : public AutoCli::Command {
     const char* value;
   };
 
-  /// Shows the result as a table. `columns` are fields of `typeName`, separated by commas.
+  /// Shows the result as a table. `columns` are names of fields, separated by commas.
   void ShowAsTable(const std::string& columns,
                    std::initializer_list<FormatParameter> parameters = {});
   /// Shows the result as indented lines, one per field. `fields` are fields of `typeName`,

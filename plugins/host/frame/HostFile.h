@@ -22,8 +22,8 @@ std::optional<std::string> ReadFile(const std::string& path);
 /// KestrelException with the path and the system's message if it exists and cannot be read.
 std::optional<std::string> ReadExistingFile(const std::string& path);
 
-/// Returns the content of a file that must be readable. Throws KestrelException with the path and
-/// the system's message.
+/// Returns the content of a file. Throws KestrelException with the path and the system's message if
+/// it cannot be read.
 std::string ReadRequiredFile(const std::string& path);
 
 /// Returns the content of a file that has one line, without white space at its ends. Returns an
@@ -53,16 +53,16 @@ std::optional<std::vector<std::string>> ReadFolder(const std::string& path);
 /// Like ListFolder, but throws KestrelException if the folder cannot be read.
 std::vector<std::string> ListRequiredFolder(const std::string& path);
 
-/// Like ListFolder, but returns nothing if there is no such folder. Throws KestrelException for any
-/// other error.
+/// Like ListFolder, but returns nothing if there is no such folder, or if its process or device has
+/// gone (see IsAbsence). Throws KestrelException for any other error.
 std::optional<std::vector<std::string>> ListOptionalFolder(const std::string& path);
 
 /// Whether there is anything at `path`, even if it is a link whose target is missing. Throws
 /// KestrelException if that cannot be determined.
 bool Exists(const std::string& path);
 
-/// Throws KestrelException if the folder is missing or empty. An empty folder of the kernel is one
-/// that is not mounted; it must not be mistaken for a folder without entries.
+/// Throws KestrelException if the folder is missing, unreadable or empty. An empty folder of the
+/// kernel is not mounted; that must not be mistaken for a system with nothing to list.
 void RequireEntries(const std::string& folder);
 
 /// Returns the target of a symbolic link, or nothing if there is no readable link at `path`.

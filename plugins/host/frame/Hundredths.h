@@ -12,8 +12,9 @@ namespace Kestrel::Host {
 /// Formats a number of hundredths as a decimal fraction: 46 is "0.46".
 std::string FormatHundredths(long hundredths);
 
-/// Parses a decimal fraction that is not negative and returns its hundredths, ignoring further
-/// digits. Returns nothing for anything else, and for a number that does not fit into 64 bits.
+/// Parses a decimal number without a sign, such as 5 or 0.46, and returns its hundredths, ignoring
+/// further digits. Returns nothing for anything else, and if the hundredths do not fit into 64
+/// bits.
 std::optional<long> ParseHundredths(std::string_view text);
 
 }  // namespace Kestrel::Host

@@ -14,11 +14,13 @@ namespace Kestrel::Host {
 /// A command whose result is a list of structures of one shape.
 ///
 /// Every such command has the parameters "sort", "descending" and "limit", and also "human" if its
-/// shape has sizes. A wrong value is reported before any row is made. A concrete command declares
-/// its other parameters and makes the rows; an error message ends the call without a result.
+/// shape has sizes. A wrong value of one of these is reported before any row is made. A concrete
+/// command declares its other parameters and makes the rows. A call with an error message has no
+/// result.
 class ListCommand : public HostCommand {
  protected:
-  /// `shape` is called when the command is first called, not before; `result` describes the list.
+  /// `shape` is called when the parameters or the result are first requested, not before; `result`
+  /// describes the list.
   ListCommand(const char* description, const StructShape& (*shape)(), const char* result);
 
   /// Shows the rows as a table with those columns, a list separated by commas. With "human", the

@@ -27,7 +27,8 @@ class Parameter {
 
   Parameter& Short(const char* shortName);
   Parameter& Required();
-  /// Prompts for the value, without echo, if the command line omits it. For strings only.
+  /// Prompts for the value, without echo, if the command line has the parameter without a value.
+  /// For strings only.
   Parameter& Secret();
 
   // A parameter has at most one constraint.

@@ -13,7 +13,8 @@ namespace Kestrel::Host {
 /// A regular expression in Perl syntax, given by the user. It may match any part of a string.
 ///
 /// A full stop matches any character, including a line feed. Strings are UTF-8; a byte that is not
-/// valid UTF-8 matches no character of the expression.
+/// valid UTF-8 matches no character of the expression. An expression that is itself not valid UTF-8
+/// is matched byte by byte.
 class Regex {
  public:
   /// Throws KestrelException with the reason if the expression is invalid.

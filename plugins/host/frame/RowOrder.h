@@ -32,9 +32,9 @@ class RowOrder {
   static std::optional<RowOrder> Read(const CallSpec::Input& input, const StructShape& shape,
                                       CallSpec::Output& output);
 
-  /// Returns the rows in that order, up to the limit; returns `rows` itself if that changes
-  /// nothing. Strings are compared byte by byte, integers by value, and false comes before true.
-  /// Equal rows keep their order.
+  /// Returns the rows in that order, up to the limit; returns `rows` itself if no order is
+  /// requested and the limit is not exceeded. Strings are compared byte by byte, integers by value,
+  /// and false comes before true. Equal rows keep their order.
   std::shared_ptr<MetaObj::MetaList> Apply(const std::shared_ptr<MetaObj::MetaList>& rows) const;
 
  private:

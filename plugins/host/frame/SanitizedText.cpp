@@ -33,9 +33,10 @@ bool HasLess(std::uint64_t bytes, std::uint64_t bound) {
   return ((bytes - kOnes * bound) & ~bytes & (kOnes << 7)) != 0;
 }
 
-// Returns a value other than 0 if one of the bytes is not printable ASCII: a byte below 0x20
-// borrows, 0x7f carries, and a higher byte has its highest bit set. Only such a byte can borrow
-// from or carry into another one, so printable bytes alone never set a bit.
+// Returns a value other than 0 if one of the bytes is not printable ASCII. The subtraction sets the
+// highest bit of a byte below 0x20, the addition that of 0x7f, and in a higher byte it is already
+// set. Only such a byte can borrow from or carry into another one, so printable bytes alone never
+// set a bit.
 std::uint64_t UnusualBits(std::uint64_t bytes) {
   return ((bytes - kOnes * 0x20) | (bytes + kOnes) | bytes) & (kOnes << 7);
 }

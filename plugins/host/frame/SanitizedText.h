@@ -22,8 +22,8 @@ std::shared_ptr<MetaObj::MetaString> SanitizedText(std::string_view text);
 /// Like SanitizedText, but keeps tabs and line feeds, for text of several lines.
 std::shared_ptr<MetaObj::MetaString> SanitizedLines(std::string_view text);
 
-/// Sanitizes a sequence of strings in which many are equal to the one before. Equal strings in a
-/// row share one value.
+/// Sanitizes a sequence of strings in which many are equal to the one before. Consecutive equal
+/// strings share one value.
 class RepeatedText {
  public:
   /// The reference is valid until the next call.

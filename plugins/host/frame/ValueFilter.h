@@ -23,7 +23,7 @@ class ValueFilter {
     return values_.empty() || std::find(values_.begin(), values_.end(), value) != values_.end();
   }
 
-  /// Returns whether all values that the user gave are in `values`.
+  /// Returns whether all values that the user gave are in `values`; true if the user gave none.
   bool IsOnlyOneOf(const std::vector<Value>& values) const {
     return std::all_of(values_.begin(), values_.end(), [&values](const Value& value) {
       return std::find(values.begin(), values.end(), value) != values.end();

@@ -20,10 +20,10 @@ class JournalParser {
  public:
   void Append(std::string_view piece) { text_.append(piece); }
 
-  /// Returns the next entry that has arrived completely.
+  /// Returns the next entry; nothing if it has not arrived completely.
   std::optional<LogLine> Next();
 
-  /// Whether no incomplete entry is left.
+  /// Whether all that has arrived belongs to entries that `Next` has returned.
   bool IsBetweenEntries() const { return position_ == text_.size() && !hasFields_; }
 
  private:
@@ -43,7 +43,8 @@ class JournalParser {
 /// empty, only the lines of these units are returned; a unit may contain `*`.
 ///
 /// Runs journalctl, found in PATH. Throws KestrelException if there is no journal, if this user may
-/// not read all of it, or if neither the journal nor systemctl knows a unit.
+/// not read all of it, if journalctl fails, or if neither the journal nor systemctl knows one of
+/// the units.
 std::vector<LogLine> ReadJournal(const std::vector<std::string>& units, const LogFilter& filter);
 
 }  // namespace Kestrel::Host

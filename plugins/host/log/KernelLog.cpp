@@ -20,8 +20,8 @@ namespace {
 constexpr int kLevels = 8;
 // The kernel limits a message to 8 KiB, and returns an error if the buffer is too small for it.
 constexpr std::size_t kMaxMessageSize = std::size_t{32} << 10;
-// More messages than any kernel buffer contains. Reading stops here if messages are written as fast
-// as they are read.
+// More messages than any kernel buffer contains. Reading stops at this number, because messages may
+// be written as fast as they are read.
 constexpr std::size_t kMaxMessages = 1000000;
 
 constexpr const char* kFacilities[] = {

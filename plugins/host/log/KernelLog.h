@@ -30,7 +30,8 @@ const char* FacilityName(int facility);
 /// facility plus the level; the third one is the time. Returns nothing for other strings.
 std::optional<KernelMessage> ParseKernelMessage(std::string_view entry);
 
-/// Returns all messages, the oldest first. Throws KestrelException if this user may not read them.
+/// Returns all messages, the oldest first. Throws KestrelException if they cannot be read, for
+/// example because this user may not, or if one has an unknown form.
 std::vector<KernelMessage> ReadKernelLog(const std::string& path = kKernelLog);
 
 }  // namespace Kestrel::Host

@@ -30,8 +30,9 @@ CivilTime UtcTime(std::int64_t seconds);
 
 /// The time zone of the machine: that of the variable TZ, otherwise of /etc/localtime.
 ///
-/// Remembers the last offset instead of asking the C library for each time, because successive
-/// times of a log are close together. Assumes that offsets change only at full quarters of an hour.
+/// Remembers the last offset from UTC instead of asking the C library for each time, because
+/// successive times of a log are close together. Assumes that offsets change only at full quarters
+/// of an hour.
 class LocalZone {
  public:
   /// Which moment is meant by a local time that occurs twice, at the end of summer time.

@@ -13,8 +13,8 @@
 
 namespace Kestrel::Host {
 
-/// Returns the lines of a file from the last to the first. It reads block by block, so that the
-/// last few lines of a long log need only its end.
+/// Reads the lines of a file from the last to the first, block by block, so that only the end of a
+/// long log is read for its last few lines.
 ///
 /// Lines added after the file was opened are ignored. The last line need not end with a line feed.
 class LogFile {
@@ -22,9 +22,8 @@ class LogFile {
   /// A longer line is an error: no log contains one, and it would have to be kept in memory.
   static constexpr std::size_t kMaxLineSize = std::size_t{64} << 20;
 
-  /// Throws KestrelException with the system's text if the file cannot be opened or is not a
-  /// regular file: pipes and devices could block, and files in /proc and /sys have no known end to
-  /// start from.
+  /// Throws KestrelException with the reason if the file cannot be opened or is not a regular file:
+  /// pipes and devices could block, and files in /proc and /sys have no known end to start from.
   explicit LogFile(const std::string& path);
 
   /// Returns the line before the one returned last, without its line feed. Returns nothing once the

@@ -33,7 +33,7 @@ constexpr LevelWord kTellingWords[] = {
 constexpr std::size_t kShortestTelling = 3;
 constexpr std::size_t kLongestTelling = 9;
 
-// The first two letters of all these words.
+// The first two letters of a word of kTellingWords.
 struct WordStart {
   unsigned char first;
   unsigned char second;
@@ -62,7 +62,7 @@ constexpr bool HaveAllTellingStarts() {
 }
 static_assert(HaveAllTellingStarts());
 
-// A priority has at most three digits: it is 8 times the facility, plus the level.
+// A priority is 8 times the facility plus the level. It has at most three digits.
 constexpr std::size_t kMaxPriorityDigits = 3;
 constexpr int kLevelsPerFacility = 8;
 
@@ -140,7 +140,7 @@ auto FindTellingStarts(const Block& first, const Block& second,
 
 // Fast path: for most words, the first two letters show that they are not in kTellingWords. Returns
 // a byte for each of the 16 bytes; it is not 0 if a word of kTellingWords may begin there. Also
-// reads the bytes before and after the 16.
+// reads the byte before the 16 and the byte after them.
 std::array<char, kBlockSize> FindCandidates(const char* bytes) {
   constexpr unsigned char kToLower = 'a' - 'A';
   const Block before = Load(bytes - 1);
@@ -172,7 +172,8 @@ int MostUrgentWordInBlock(std::string_view line, std::size_t start) {
 }
 
 int MostUrgentWord(std::string_view line) {
-  // A block needs a byte before it and one after it. No word of kTellingWords has only one letter.
+  // A block needs a byte before it and one after it. No word of kTellingWords begins at the last
+  // byte of the line, because each has at least two letters.
   constexpr std::size_t kMinSize = kBlockSize + 2;
   if (line.size() < kMinSize) {
     return MostUrgentWordBefore(line, line.size());

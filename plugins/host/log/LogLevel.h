@@ -19,8 +19,9 @@ extern const char* const kLevelForms;
 /// Returns the word for a level from 0 to 7: emerg, alert, crit, err, warning, notice, info, debug.
 const char* LevelName(int level);
 
-/// Parses a level given by the user: a digit from 0 to 7, a word of LevelName, or a common spelling
-/// (error, warn, critical), in upper or lower case. Returns nothing for other strings.
+/// Parses a level given by the user: a digit from 0 to 7, a word of LevelName, or another common
+/// word, such as error, warn or critical, in upper or lower case. Returns nothing for other
+/// strings.
 std::optional<int> ParseLevel(std::string_view text);
 
 /// The priority before the text of a message, such as "<30>", and its length.
@@ -32,8 +33,8 @@ struct LinePriority {
 std::optional<LinePriority> ReadPriority(std::string_view line);
 
 /// Returns the level that a line of a file indicates: its priority, otherwise the most urgent level
-/// named by one of its words, otherwise kInfoLevel. This is a guess, because log files do not store
-/// levels.
+/// named by one of its words, otherwise kInfoLevel. This is a guess, because most log files do not
+/// store levels.
 int GuessLevel(std::string_view line);
 
 }  // namespace Kestrel::Host

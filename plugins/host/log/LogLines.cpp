@@ -93,7 +93,7 @@ class LastLines {
   LogTimeReader& times_;
   const UseLine& use_;
   std::size_t count_ = 0;             // of the lines that were used
-  std::vector<UntimedLine> pending_;  // wait for a line with a time
+  std::vector<UntimedLine> pending_;  // that wait for a line with a time
   std::size_t olderRun_ = 0;
   bool hasLines_ = false;
   bool hasTimes_ = false;

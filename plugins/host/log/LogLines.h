@@ -46,15 +46,16 @@ struct LogFilter {
 
 /// Calls `use` with the last lines of a file that pass the filter, from the last to the first.
 ///
-/// With `since`, a line without a time passes if the nearest earlier line with a time does. The
-/// file is read from its end until there are enough lines, or until kMaxOlderRun successive lines
-/// are too old; the lines of a log are in order, with rare exceptions. Throws KestrelException if
-/// the file cannot be read, or if `since` is given and the file has lines but none with a time.
+/// With `since`, a line without a time is as old as the nearest earlier line with a time, and too
+/// old if there is none. The file is read from its end until there are enough lines, or until
+/// kMaxOlderRun successive lines with times are too old; the lines of a log are in order, with rare
+/// exceptions. Throws KestrelException if the file cannot be read, or if `since` is given and the
+/// file has lines but none with a time.
 void ForEachLastLine(LogFile& file, const LogFilter& filter, LogTimeReader& times,
                      const std::function<void(const FileLine& line)>& use);
 
-/// The number of successive lines that must be too old before the search ends. It exceeds what a
-/// machine writes while its clock is still wrong after the start.
+/// The number of successive lines with times that must be too old before the search ends. It
+/// exceeds what a machine writes while its clock is still wrong after the start.
 constexpr std::size_t kMaxOlderRun = 100000;
 
 }  // namespace Kestrel::Host

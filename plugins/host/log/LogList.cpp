@@ -39,7 +39,7 @@ const StructShape& Shape() {
   return shape;
 }
 
-/// Makes the rows. Lines next to each other share what they have in common.
+/// Makes the rows. Adjacent rows share equal values.
 class LogRows {
  public:
   explicit LogRows(const LocalZone& zone) : zone_(zone) {}

@@ -19,7 +19,7 @@ namespace Kestrel::Host {
 /// Adds "since", "level", "match" and "lines", which select lines of any log.
 void AddLogParameters(CallSpec::InputSpec& spec);
 
-/// The selection of lines that those parameters make.
+/// The selection of lines that the parameters of AddLogParameters make.
 class LogChoice {
  public:
   /// Adds an error message to `output` for each value that is not a valid time, level or regular

@@ -18,7 +18,7 @@ constexpr std::int64_t kMicroseconds = 1000000;
 constexpr std::size_t kMaxKernelDigits = 10;
 constexpr std::size_t kMaxFractionDigits = 6;
 constexpr std::string_view kDigits = "0123456789";
-// The common log format is searched for in this many bytes of a line.
+// The number of bytes at the start of a line in which the common log format is searched for.
 constexpr std::size_t kMaxFieldsSize = 4096;
 // The clock of the machine that wrote a line may be this number of seconds ahead of this machine's
 // clock.
@@ -46,7 +46,8 @@ bool IsWeekday(std::string_view word) {
   return std::find(std::begin(kWeekdays), std::end(kWeekdays), word) != std::end(kWeekdays);
 }
 
-// Converts a number of seconds, given as the digits before and after the point.
+// Converts a number of seconds, given as the digits before and after the point, to microseconds.
+// Returns nothing if either part has no digits or too many.
 std::optional<std::int64_t> Microseconds(std::string_view seconds, std::string_view fraction) {
   if (seconds.empty() || seconds.size() > kMaxKernelDigits || fraction.empty() ||
       fraction.size() > kMaxFractionDigits) {
@@ -78,8 +79,8 @@ std::string_view WithoutPriority(std::string_view line) {
   return StartsWith(line, "1 ") ? line.substr(2) : line;
 }
 
-// Returns the text after the first word if that is a weekday or names a level: "[INFO]",
-// "warning:".
+// Returns the text after the first word if that word is a weekday or names a level, such as
+// "[INFO]" or "warning:"; otherwise an empty string.
 std::string_view AfterLeadingWord(std::string_view text) {
   constexpr std::string_view kMarks = "[]():";
   const std::size_t size = std::min(text.find(' '), text.size());
@@ -120,7 +121,7 @@ std::optional<WrittenTime> FindCommonLogTime(std::string_view line) {
   return std::nullopt;
 }
 
-// Reads a time at the start of `text`, which begins at the line or after a bracket.
+// Reads a time at the start of `text`, which is a line without the bracket that may open it.
 std::optional<WrittenTime> TakeStart(std::string_view text) {
   if (text.empty()) {
     return std::nullopt;
@@ -148,8 +149,8 @@ std::optional<WrittenTime> FindTime(std::string_view text) {
   return written ? written : FindCommonLogTime(text);
 }
 
-// Reads the microseconds since the start of the machine from "[12345.678901] text", in which the
-// number may be padded.
+// Reads the microseconds since the start of the machine from "[12345.678901] text", in which spaces
+// may precede the number.
 std::optional<std::int64_t> ReadKernelTime(std::string_view text) {
   const std::size_t first = std::min(text.find_first_not_of(' ', 1), text.size());
   const std::size_t point = text.find_first_not_of(kDigits, first);
@@ -175,7 +176,7 @@ LogTimeReader::LogTimeReader(const LocalZone& zone, Clock now, Clock boot)
 std::optional<std::int64_t> LogTimeReader::Read(std::string_view line) {
   const std::string_view text = WithoutPriority(line);
   if (text.empty() || text[0] == ' ' || text[0] == '\t') {
-    return std::nullopt;  // continues the line before it
+    return std::nullopt;  // such a line continues the one before it
   }
   if (const auto microseconds = ReadKernelTime(text)) {
     return (bootMicroseconds_ + *microseconds) / kMicroseconds;

@@ -20,11 +20,13 @@ std::int64_t CurrentSeconds();
 std::int64_t BootMicroseconds();
 
 /// Recognizes the times that programs write at the start of a line:
-/// - both styles of syslog, with or without a priority before them,
+/// - both formats of syslog, as in "Nov 22 10:00:00" and "2026-11-22T10:00:00Z", with or without a
+///   priority before them,
 /// - ISO 8601 and similar forms, including those in brackets, after a label such as `time=`, or
 ///   after the word for a level,
 /// - the common log format, even further inside the line,
 /// - the output of date(1),
+/// - a letter for the level, then month, day and time, as in "E1122 10:00:00.123456",
 /// - seconds since the start of the machine.
 ///
 /// A time without an offset is in the machine's time zone. A time without a year is in the latest

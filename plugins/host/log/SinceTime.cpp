@@ -52,7 +52,7 @@ std::int64_t MidnightBefore(const LocalZone& zone, CivilTime time) {
   return Midnight(zone, zone.ToCivil(noon - kDay));
 }
 
-// Parses "-2h" or "-30 minutes".
+// Parses a span such as "-2h" or "-30 minutes", and returns its length in seconds.
 std::optional<std::int64_t> ParseSpanBack(std::string_view text) {
   if (text.empty() || text[0] != '-') {
     return std::nullopt;

@@ -11,10 +11,10 @@ namespace {
 constexpr std::string_view kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                         "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 constexpr std::string_view kWeekdays[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-// date(1) prints no longer zone names.
+// The length of the longest zone name that date(1) prints.
 constexpr std::size_t kMaxZoneLetters = 5;
 constexpr int kMaxOffsetHours = 15;
-// Stands for the missing year of a time. A leap year contains every date.
+// Used as the year of a time without a year, because a leap year contains every date.
 constexpr int kLeapYear = 2000;
 
 bool IsDigit(char letter) { return letter >= '0' && letter <= '9'; }
@@ -158,7 +158,8 @@ bool TakeUtcWord(std::string_view& text, std::string_view word) {
   return true;
 }
 
-// Takes an offset. After a space, the short forms are not offsets: "10:00:00 -5 degrees".
+// Takes an offset. After a space, neither "Z" nor a number without minutes is one:
+// "10:00:00 -05 degrees".
 std::optional<std::int64_t> TakeOffset(std::string_view& text) {
   if (!text.empty() && (text[0] == '+' || text[0] == '-')) {
     return TakeNumericOffset(text, false);  // fast path
