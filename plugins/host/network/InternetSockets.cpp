@@ -7,7 +7,7 @@
 //
 // - For a listening socket, the diagnosis reports in the send queue how many connections may wait.
 // - A half-open connection has no user in the diagnosis; in the tables it has the user of the
-//   listening socket. It is not a socket yet, so it has no shutdown state.
+//   listening socket. It is recognized by its lack of a shutdown state: it is not a socket yet.
 // - Sockets that are bound, but neither listen nor connect, are only in the diagnosis, with a state
 //   of their own.
 
@@ -34,7 +34,7 @@
 namespace Kestrel::Host {
 namespace {
 
-// Missing in the headers of the C library: a half-open connection.
+// The state of a half-open connection, which the headers of the C library lack.
 constexpr unsigned kNewSynReceived = 12;
 constexpr std::uint32_t kStatesOfTables = (2u << kNewSynReceived) - (1u << TCP_ESTABLISHED);
 
@@ -57,8 +57,8 @@ Socket ToSocket(const inet_diag_msg& fixed, const std::string& protocol) {
   return socket;
 }
 
-// Returns the addresses of the listening sockets that accept a connection to an address, the most
-// specific first.
+// Returns the addresses that a listening socket can have to accept a connection to `address`, the
+// most specific first.
 std::vector<std::string> AcceptingAddresses(long family, const std::string& address) {
   if (family == 4) {
     return {address, "0.0.0.0"};

@@ -66,10 +66,10 @@ struct NetlinkRequest {
   std::string body;    ///< The fixed part of the message.
 };
 
-/// Thrown if the kernel rejects a request or does not respond.
+/// Thrown if a request fails, for example because the kernel rejects it or does not respond.
 class NetlinkError : public KestrelException {
  public:
-  /// `what` is the plural noun that names what is requested; `number` is an error of the system.
+  /// `what` is the plural noun that names what is requested; `number` is a value of `errno`.
   NetlinkError(const std::string& what, int number);
 
   int GetNumber() const { return number_; }
@@ -79,8 +79,9 @@ class NetlinkError : public KestrelException {
 };
 
 /// Requests a dump from the kernel and returns its messages, one after the other. Error messages
-/// name what is requested as `what`, a plural noun. Throws NetlinkError if the kernel rejects the
-/// request, cannot complete the dump, or does not respond within `deadline`.
+/// name what is requested as `what`, a plural noun. Throws NetlinkError if the request fails: for
+/// example, the kernel rejects it, cannot complete the dump, or sends nothing for as long as
+/// `deadline`.
 std::string DumpNetlink(const NetlinkRequest& request, const std::string& what,
                         std::chrono::milliseconds deadline = std::chrono::seconds(5));
 

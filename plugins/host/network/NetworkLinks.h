@@ -55,16 +55,16 @@ struct NetworkAddress {
   std::vector<std::string> flags;
 };
 
-/// Parses an answer to RTM_GETLINK. Keeps its order.
+/// Parses the interfaces in an answer to RTM_GETLINK, in the order of the answer.
 std::vector<NetworkLink> ParseLinks(std::string_view answer);
 /// Parses the IPv4 and IPv6 addresses in an answer to RTM_GETADDR.
 std::vector<NetworkAddress> ParseAddresses(std::string_view answer);
 
-/// Returns the interfaces, sorted by index. Throws KestrelException if the kernel rejects the
-/// request.
+/// Returns the interfaces, sorted by index. Throws KestrelException if the request to the kernel
+/// fails.
 std::vector<NetworkLink> ReadLinks();
 /// Returns the addresses, sorted by the index of their interface. Throws KestrelException if the
-/// kernel rejects the request.
+/// request to the kernel fails.
 std::vector<NetworkAddress> ReadAddresses();
 
 /// Returns the names of the flags, such as "UP" and "BROADCAST", in the order of their bits.

@@ -82,7 +82,7 @@ std::string ViaText(const NetworkRoute& route, const RouteNames& names) {
 /// Makes the rows. Most strings are equal to those of the previous route, so rows share them.
 class RouteRows {
  public:
-  /// The names must exist as long as the object.
+  /// `names` must outlive this object.
   explicit RouteRows(const RouteNames& names) : names_(names) {}
 
   std::shared_ptr<MetaObj::MetaStruct> Make(const NetworkRoute& route) {

@@ -29,7 +29,7 @@ struct NetworkRoute {
   unsigned type = 0;      ///< RTN_...
   unsigned table = 0;     ///< RT_TABLE_..., or the number of another table.
   long metric = 0;
-  std::vector<NextHop> nextHops;  ///< Empty for a route that discards packets.
+  std::vector<NextHop> nextHops;  ///< Empty for a route with neither gateway nor interface.
 };
 
 /// Returns the word for a type of route: "unicast", "local", "broadcast", "blackhole", ... or its
@@ -40,7 +40,7 @@ const WordSet& RouteTypeWords();
 
 /// Parses the IPv4 and IPv6 routes in an answer to RTM_GETROUTE. Skips cached routes.
 std::vector<NetworkRoute> ParseRoutes(std::string_view answer);
-/// Returns the routes of all tables. Throws KestrelException if the kernel rejects the request.
+/// Returns the routes of all tables. Throws KestrelException if the request to the kernel fails.
 std::vector<NetworkRoute> ReadRoutes();
 
 /// An entry of the neighbor table, which maps addresses to link-layer addresses.
@@ -58,7 +58,7 @@ const WordSet& NeighborStateWords();
 
 /// Parses the IPv4 and IPv6 neighbors in an answer to RTM_GETNEIGH.
 std::vector<NetworkNeighbor> ParseNeighbors(std::string_view answer);
-/// Returns the neighbors. Throws KestrelException if the kernel rejects the request.
+/// Returns the neighbors. Throws KestrelException if the request to the kernel fails.
 std::vector<NetworkNeighbor> ReadNeighbors();
 
 }  // namespace Kestrel::Host

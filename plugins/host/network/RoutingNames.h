@@ -66,8 +66,8 @@ const RoutingNames& BuiltInRoutingNames();
 /// Reads the names in the files rt_tables, rt_protos and rt_scopes of the machine whose root folder
 /// is `root`. Each is read in the first folder that has it: /etc/iproute2, /usr/share/iproute2 or
 /// /usr/lib/iproute2. Its names are added to the built-in names and replace those of the same
-/// numbers. So do the names in the files that end in ".conf", in folders such as rt_tables.d.
-/// Throws KestrelException if a file or folder exists and cannot be read.
+/// numbers. So do the names in all files such as rt_tables.d/NAME.conf in these folders. Throws
+/// KestrelException if a file or folder exists and cannot be read.
 RoutingNames ReadRoutingNames(const std::string& root = std::string());
 
 }  // namespace Kestrel::Host

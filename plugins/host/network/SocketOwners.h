@@ -19,13 +19,14 @@ struct SocketOwner {
 struct SocketOwners {
   /// The processes by the inode of the socket, sorted by process number.
   std::map<long, std::vector<SocketOwner>> byInode;
-  /// Whether this process could read the files of all processes.
+  /// Whether no process is missing. False if the files of a process could not be read, or if this
+  /// user is not root, because only root is sure to see all processes.
   bool isComplete = true;
 };
 
 /// Reads the open files of all processes. A process that may not be read makes the result
-/// incomplete; one that ends before it is read is skipped. Throws KestrelException if the system
-/// refuses for another reason.
+/// incomplete; one that ends before it is read is skipped. Throws KestrelException if reading fails
+/// for another reason.
 SocketOwners ReadSocketOwners(const std::string& procFolder);
 
 }  // namespace Kestrel::Host

@@ -1,13 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The tables below /proc/net have a line for each socket, whose columns are separated by spaces:
+// The tables below /proc/net have a line for each socket:
 //
-//   "0: 0100007F:0050 00000000:0000 0A 00000000:00000000 00:00000000 00000000 0 0 1234
-//   ..."
-//              number, local endpoint, remote endpoint, state, send and receive queue, timer,
-//              retransmits, user, probes, inode. An address consists of groups of four bytes, each
-//              written as a hexadecimal number in the byte order of the host.
+//   0: 0100007F:0050 00000000:0000 0A 00000000:00000000 00:00000000 00000000 0 0 1234 ...
+//
+// The columns are separated by spaces: number, local endpoint, remote endpoint, state, send and
+// receive queue, timer, retransmits, user, probes, inode. An address consists of groups of four
+// bytes, each written as a hexadecimal number in the byte order of the host.
 
 #include "plugins/host/network/SocketTables.h"
 

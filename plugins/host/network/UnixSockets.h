@@ -10,10 +10,10 @@
 
 namespace Kestrel::Host {
 
-/// Parses the Unix sockets in an answer to SOCK_DIAG_BY_FAMILY. Keeps its order.
+/// Parses the Unix sockets in an answer to SOCK_DIAG_BY_FAMILY, in the order of the answer.
 std::vector<Socket> ParseUnixSockets(std::string_view answer);
 
-/// Returns the Unix sockets. Throws KestrelException if the kernel rejects the request.
+/// Returns the Unix sockets. Throws KestrelException if the request to the kernel fails.
 std::vector<Socket> ReadUnixSockets();
 
 }  // namespace Kestrel::Host

@@ -28,7 +28,7 @@ class ControlStanza {
   /// Returns the first line of a value.
   std::string_view GetFirstLine(std::string_view name) const;
 
-  /// Returns the pieces of a value between commas, trimmed.
+  /// Returns the pieces of a value between commas, trimmed; omits empty ones.
   std::vector<std::string> GetList(std::string_view name) const;
 
  private:
@@ -48,7 +48,8 @@ enum class LastStanza {
 /// Calls `use` for each paragraph of `text`, the content of the file at `path`.
 ///
 /// If the last paragraph does not end as `last` says, the file was cut: that is an error, because a
-/// shorter answer would look like a complete one. Throws KestrelException with the path.
+/// shorter answer would look like a complete one. Throws KestrelException with the path for this
+/// error, for a line that is not a field, and for an exception of `use`.
 void ReadControlFile(const std::string& path, std::string_view text, LastStanza last,
                      const std::function<void(const ControlStanza&)>& use);
 

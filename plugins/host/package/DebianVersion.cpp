@@ -20,7 +20,8 @@ bool IsLetter(char letter) {
   return (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z');
 }
 
-// Returns the rank of the first character of `text`, a piece without digits.
+// Returns the rank of the first character of `text`, which is in a piece without digits; 0 if the
+// piece has ended.
 int Rank(std::string_view text) {
   if (text.empty() || IsDigit(text[0])) {
     return 0;

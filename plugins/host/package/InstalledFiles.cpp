@@ -41,7 +41,8 @@ std::string ListPath(const Package& package, const std::string& folder) {
   return isThere ? path : start + ".list";
 }
 
-// Returns the diversions that apply to this package: those in which another package keeps the path.
+// Returns the diversions that apply to this package: those in which another package or the
+// administrator keeps the path.
 std::map<std::string, std::string> ReadDiversions(const Package& package,
                                                   const std::string& folder) {
   const std::string path = folder + "/diversions";

@@ -18,7 +18,7 @@ extern const char* const kDpkgFolder;
 /// The words for the states of a package that is not completely absent.
 extern const std::vector<std::string> kPackageStates;
 
-/// A package that dpkg knows. It refers to the text of its database.
+/// A package that dpkg knows. It refers to the text in its PackageDatabase, which must outlive it.
 struct Package {
   std::string_view name;
   std::string_view architecture;
@@ -34,7 +34,7 @@ struct Package {
 
   bool IsInstalled() const { return state == "installed"; }
   bool IsHeld() const { return wanted == "hold"; }
-  /// Whether the files of the package are present, even if it is not configured.
+  /// Whether files of the package are present, even if it is half-installed or not configured.
   bool IsUnpacked() const;
 };
 
@@ -43,7 +43,7 @@ struct Package {
 class PackageDatabase {
  public:
   /// Throws KestrelException if the folder contains no database, or if one of its files cannot be
-  /// read, is incomplete or damaged. Packages are never silently omitted.
+  /// read, is incomplete or damaged, or changes all the time. Packages are never silently omitted.
   explicit PackageDatabase(const std::string& folder = kDpkgFolder);
   PackageDatabase(const PackageDatabase&) = delete;
   PackageDatabase& operator=(const PackageDatabase&) = delete;

@@ -100,7 +100,8 @@ std::string LongDescription(std::string_view text) {
   return description;
 }
 
-// Parses lines with a path, a checksum and possibly "obsolete". A path may contain spaces.
+// Parses lines with a path, a checksum and possibly "obsolete" or "remove-on-upgrade". A path may
+// contain spaces.
 std::vector<std::string> SettingsFiles(std::string_view text) {
   std::vector<std::string> paths;
   for (std::string_view line : SplitLines(text)) {

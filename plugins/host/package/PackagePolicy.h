@@ -11,7 +11,7 @@ namespace Kestrel::Host {
 
 /// The version of a package that apt would install.
 struct PackageCandidate {
-  bool isKnown = false;  ///< whether the output specifies a version, or says that there is none
+  bool isKnown = false;  ///< whether the output says which version that is, or that there is none
   std::string version;   ///< empty if there is none
   std::string source;    ///< where apt would get it from; empty if no package list contains it
 };

@@ -56,7 +56,8 @@ std::shared_ptr<MetaObj::MetaStruct> ToStruct(const Package& package,
   return row;
 }
 
-// Returns apt's name of a package: it includes the architecture unless that is the native one.
+// Returns apt's name of a package: it includes the architecture unless that is the native one or
+// "all".
 std::string AptName(const Package& package, std::string_view native) {
   std::string name(package.name);
   if (package.architecture != native && package.architecture != "all") {

@@ -30,7 +30,7 @@ struct ServiceDetails {
   std::string file;  ///< its unit or script; may be empty
 };
 
-/// The managers of a service.
+/// The managers of services: the values of `Service::source`.
 extern const char* const kSystemd;
 extern const char* const kInitScripts;
 

@@ -15,7 +15,8 @@ struct ServiceLog {
 };
 
 /// Runs journalctl, found in PATH, to get the last lines of a unit. If the journal is missing or
-/// may not be read by this user, that is a problem and not an error: the service is known anyway.
+/// this user may not read it, `problem` says so and nothing is thrown, because the service is known
+/// anyway.
 ServiceLog ReadServiceLog(const std::string& unit);
 
 }  // namespace Kestrel::Host

@@ -40,9 +40,9 @@ class ServiceManager {
 
   ServiceDetails Get(const std::string& name) const;
 
-  /// Performs `action`, which is "start", "stop", "restart", "enable" or "disable", and returns
-  /// what has changed. Never prompts for a password. Throws KestrelException with the manager's
-  /// message if the user may not do this, if it fails, or if it takes longer than `limit`.
+  /// Performs `action`, which is "start", "stop", "restart", "enable" or "disable", and returns the
+  /// service before and after. Never prompts for a password. Throws KestrelException with the
+  /// reason if the user may not do this, if it fails, or if it takes longer than `limit`.
   ServiceChange Change(const std::string& action, const std::string& name,
                        std::chrono::seconds limit) const;
 

@@ -15,8 +15,8 @@ namespace Kestrel::Host {
 /// Joins the non-empty lines of `text` with spaces.
 std::string OnOneLine(std::string_view text);
 
-/// Returns why a program failed, on one line and safe to print: all lines of its standard error,
-/// otherwise its exit status.
+/// Returns why a program failed, on one line and safe to print: that it took too long, otherwise
+/// the lines of its standard error, up to a limit, or its exit status if there are none.
 std::string FailureWords(const ProgramResult& result);
 
 /// The program systemctl, found in PATH, which queries systemd.

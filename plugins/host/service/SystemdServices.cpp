@@ -116,7 +116,8 @@ const char* SinceProperty(const std::string& active) {
   return active == "deactivating" ? "ActiveExitTimestamp" : "InactiveEnterTimestamp";
 }
 
-// Parses "Sun 2026-11-22 10:00:00 UTC", in the zone of this process.
+// Returns "2026-11-22 10:00:00" from "Sun 2026-11-22 10:00:00 UTC", which is in the zone of this
+// process.
 std::string ParseTimestamp(const std::string& text) {
   const auto words = SplitWords(text);
   return words.size() < 3 ? std::string() : std::string(words[1]).append(" ").append(words[2]);
