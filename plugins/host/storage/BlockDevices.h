@@ -31,7 +31,7 @@ struct BlockDevice {
 
 /// Returns the block devices listed in `sysFolder`, usually /sys: the disks sorted by name, each
 /// followed by its partitions. Skips a device that is removed while it is read. Throws
-/// KestrelException if the list cannot be read.
+/// KestrelException if the list or a device cannot be read for another reason.
 std::vector<BlockDevice> ReadBlockDevices(const std::string& sysFolder,
                                           const std::vector<Mount>& mounts);
 

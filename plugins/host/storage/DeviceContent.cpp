@@ -59,7 +59,8 @@ DeviceContent FromProperties(const DeviceProperties& properties) {
   return content;
 }
 
-// Whether the error means that this process cannot open the device, though others may be able to.
+// Whether the error means that the device is missing, unreadable or closed to this process. Any
+// other error means only that this attempt failed.
 bool IsOutOfReach(int error) {
   return error == EACCES || error == EPERM || error == ENOENT || error == ENOTDIR ||
          error == ENODEV || error == ENXIO || error == ENOMEDIUM || error == EBUSY || error == EIO;

@@ -26,9 +26,9 @@ using DeviceProperties = std::map<std::string, std::string>;
 
 /// Returns what the device manager has stored in `folder` about the device with this number. If it
 /// has stored nothing, reads the content from the device called `name` in `devFolder`; returns
-/// nothing if this process may not do that, or if the build does not have the required library.
-/// Throws KestrelException if the stored data or the device exists but cannot be read for another
-/// reason.
+/// nothing if this process cannot reach the device, if its content is ambiguous, or if the build
+/// does not have the required library. Throws KestrelException if the stored data cannot be read,
+/// or if the device cannot be opened for another reason, such as too many open files.
 std::optional<DeviceContent> ReadDeviceContent(const std::string& name, dev_t number,
                                                const std::string& folder = "/run/udev/data",
                                                const std::string& devFolder = "/dev");
@@ -38,7 +38,8 @@ std::optional<DeviceContent> ReadDeviceContent(const std::string& name, dev_t nu
 std::optional<DeviceProperties> ReadDeviceProperties(dev_t device, const std::string& folder);
 
 /// Reads the content from the first and last blocks of a device or of an image of a device. Returns
-/// nothing if they cannot be read.
+/// nothing if they cannot be read, if there seem to be two kinds of content, or if the build does
+/// not have the required library.
 std::optional<DeviceContent> ProbeContent(int file);
 
 }  // namespace Kestrel::Host

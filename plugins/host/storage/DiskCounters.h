@@ -38,7 +38,8 @@ struct DiskCounters {
 std::vector<DiskCounters> ReadDiskCounters(const std::string& path = "/proc/diskstats");
 
 /// Returns the differences between `first` and `second` for each device in `second`. If a device is
-/// not in `first`, or if a counter restarted, the value in `second` is returned.
+/// not in `first`, or if a counter restarted, the value in `second` is returned. `inProgress` is
+/// always that of `second`.
 std::vector<DiskCounters> CountedBetween(const std::vector<DiskCounters>& first,
                                          const std::vector<DiskCounters>& second);
 

@@ -51,8 +51,9 @@ FilesystemAnswer QueryFilesystem(const std::string& path) {
   return answer;
 }
 
-// Closes everything else: a child that is blocked in the kernel must not keep open a pipe from
-// which another process reads until its end.
+// Closes all file descriptors except `pipe`, whose number changes, and replaces the standard
+// streams by /dev/null. Otherwise, a child that is blocked in the kernel would keep pipes open that
+// other processes read until their ends.
 void CloseAllExcept(int& pipe) {
   constexpr int kKept = 3;
   pipe = ::fcntl(pipe, F_DUPFD, kKept);
@@ -79,7 +80,8 @@ void CloseAllExcept(int& pipe) {
   ::_exit(0);
 }
 
-// A child process that queries the paths from `current_` to before `end_`, one after the other.
+// A child process that queries paths one after the other. The results from `current_` to before
+// `end_` are still awaited.
 class Prober {
  public:
   Prober(const std::vector<std::string>& paths, std::size_t first)

@@ -13,8 +13,8 @@ namespace Kestrel::Host {
 
 /// The result of querying a file system.
 struct FilesystemAnswer {
-  /// 0 if `usage` is valid, ETIMEDOUT if the file system did not respond, or the error of the
-  /// system.
+  /// 0 if `usage` is valid, ETIMEDOUT if the file system did not respond, EIO if the child process
+  /// ended, otherwise the error number of the query.
   int error = 0;
   FilesystemUsage usage;
 };
@@ -23,9 +23,9 @@ struct FilesystemAnswer {
 ///
 /// A file system on an unreachable server can block the query without limit, so child processes do
 /// the queries. If a child does not respond within a moment, another child continues with the next
-/// file system. Each result is awaited for at most `deadline`, so the call takes at most that time
-/// plus a moment for each file system that does not respond. Throws KestrelException if no child
-/// can be started.
+/// file system. Each result is awaited for at most `deadline`. These waits overlap, so the call
+/// takes at most `deadline` plus a moment for each file system that does not respond. Throws
+/// KestrelException if a child cannot be started.
 std::vector<FilesystemAnswer> ProbeFilesystems(const std::vector<std::string>& paths,
                                                std::chrono::milliseconds deadline);
 

@@ -156,8 +156,9 @@ class HiddenMounts {
     return false;
   }
 
-  // Walks up to the first mount whose answer is known, then passes the answer down. The walk also
-  // ends at a parent that is not listed, and at a cycle in a damaged file.
+  // Returns whether IsPassedBy is true of this mount or of one of its ancestors. Walks up to the
+  // first mount whose answer is known, then passes the answer down. The walk also ends at a parent
+  // that is not listed, and at a cycle in a damaged file.
   bool IsCovered(std::size_t index) {
     std::vector<std::size_t> way;
     Answer answer = Answer::No;

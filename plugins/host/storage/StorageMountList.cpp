@@ -38,7 +38,7 @@ bool LiesBelow(const std::string& path, const std::string& folder) {
          (path.size() == trimmed.size() || path[trimmed.size()] == '/');
 }
 
-// Returns the folder as an absolute path without "." and "..".
+// Returns the folder as an absolute path without "." and ".."; empty if none is given.
 std::string GetFolder(const CallSpec::Input& input) {
   const std::string& below = input.GetParameter("below");
   return below.empty() ? below : std::filesystem::absolute(below).lexically_normal().string();

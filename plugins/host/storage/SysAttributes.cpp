@@ -17,8 +17,8 @@
 namespace Kestrel::Host {
 namespace {
 
-// Whether an attribute does not exist or has no value. A driver that does not know the value
-// answers EIO or EINVAL.
+// Whether an attribute does not exist, has no value or may not be read. A driver that does not know
+// the value answers EIO or EINVAL.
 bool IsMissing(int error) {
   return error == ENOENT || error == ENOTDIR || error == ENODEV || error == ENXIO || error == EIO ||
          error == EINVAL || error == EOPNOTSUPP || error == EACCES;

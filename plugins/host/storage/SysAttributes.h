@@ -10,8 +10,9 @@
 namespace Kestrel::Host {
 
 // These functions read the attributes of devices below /sys. An attribute is missing if the device
-// does not have it or is being removed. Any other failure to read it throws KestrelException with
-// its path, so that a limit of the system is not mistaken for a machine without devices.
+// does not have it, does not know its value or is being removed, or if this process may not read
+// it. Any other failure to read it throws KestrelException with its path, so that a limit of the
+// system is not mistaken for a machine without devices.
 
 /// Returns a file's line without white space at its ends; an empty string if it is missing.
 std::string ReadAttribute(const std::string& path);

@@ -38,8 +38,8 @@ AccountEntry ToEntry(const passwd& entry) {
           entry.pw_dir,  *entry.pw_shell == '\0' ? kDefaultShell : entry.pw_shell};
 }
 
-// Throws if the last call of the name service failed. Only the numbers below are failures: the
-// service also sets others when there is no such name, or after the last entry.
+// Throws if the last call of the name service failed. Only the error numbers below are failures:
+// the service also sets others when there is no such name, or after the last entry.
 void RequireSuccess(const std::string& file) {
   const int error = errno;
   if (error == ENOMEM || error == EMFILE || error == ENFILE || error == EIO) {

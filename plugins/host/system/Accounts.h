@@ -39,7 +39,8 @@ struct AccountEntry {
 };
 
 // If the system cannot read its files, it answers as if an account or a group did not exist. In
-// that case, each of the following functions throws KestrelException with the name of the file.
+// that case, the functions below that query the system throw KestrelException with the name of the
+// file.
 
 /// Calls `use` for each account, in the order in which the system lists them. Some directory
 /// services do not list their accounts. `use` must not list accounts itself.

@@ -27,7 +27,7 @@ struct HardwareClock {
 /// Converts the result of adjtimex(2) and the structure that it filled.
 ClockDiscipline ToDiscipline(int result, const struct timex& report);
 
-/// Queries the kernel. Throws KestrelException with the system's text.
+/// Queries the kernel. Throws KestrelException with the system's text if that fails.
 ClockDiscipline ReadDiscipline();
 
 /// Returns the name of the machine's time zone, such as "Europe/Berlin": the value of TZ, otherwise

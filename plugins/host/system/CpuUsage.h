@@ -26,7 +26,7 @@ struct CpuTimes {
 /// unknown.
 struct CpuUsage {
   long number = -1;  ///< -1 is all processors together.
-  long busy = -1;    ///< All time except idle time.
+  long busy = -1;    ///< All time except `idle` and `inputWait`.
   long user = -1;
   long nice = -1;
   long system = -1;
@@ -39,7 +39,7 @@ struct CpuUsage {
 };
 
 /// Returns the times of all processors together and of each that is online, in the order of "stat"
-/// in `proc`. Throws KestrelException if the file is missing or damaged.
+/// in `proc`. Throws KestrelException if the file cannot be read or is damaged.
 std::vector<CpuTimes> ReadCpuTimes(const std::string& proc);
 
 /// Returns the shares between the two samples for each processor in `after`, in that order. They

@@ -123,7 +123,7 @@ bool IsColumn(std::string_view text, const Column& column) {
                      [&column](std::string_view range) { return IsRange(range, column); });
 }
 
-// Takes the text within quotes, or the word before one of `ends`.
+// Takes the text within quotes or, without quotes, the text before the first of `ends`.
 std::string_view TakeQuoted(std::string_view& text, std::string_view ends) {
   if (!text.empty() && (text.front() == '"' || text.front() == '\'')) {
     const std::size_t end = text.find(text.front(), 1);

@@ -34,8 +34,8 @@ std::vector<CrontabEntry> ParseCrontab(std::string_view text, const std::string&
 
 // The following functions read the crontabs below `root`, in the order of their file names. A file
 // or folder that does not exist has no entries. Each function throws KestrelException if a file or
-// folder cannot be read. Cron ignores a file that others could have written; the owner of `root`
-// counts as root.
+// folder cannot be read. Cron ignores a file that others could have written; its entries are
+// returned with the reason in `ignored`. The owner of `root` counts as root.
 
 /// Reads the users' crontabs in /var/spool/cron/crontabs.
 std::vector<CrontabEntry> ReadUserCrontabs(const std::string& root);

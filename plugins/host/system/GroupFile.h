@@ -30,8 +30,8 @@ struct GroupSources {
   bool isListComplete = false;
 };
 
-/// Parses the content of /etc/nsswitch.conf. Both members are false if the content has a form that
-/// is not understood.
+/// Parses the content of /etc/nsswitch.conf. Both members are false if /etc/group is not the first
+/// source, or if the content has a form that is not understood.
 GroupSources ParseGroupSources(std::string_view text);
 
 }  // namespace Kestrel::Host

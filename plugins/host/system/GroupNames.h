@@ -16,7 +16,8 @@
 
 namespace Kestrel::Host {
 
-/// Looks up names of groups. Reads all groups at the first use, so it is meant for many look-ups.
+/// Looks up names of groups. Reads the whole file /etc/group at the first use, so it is meant for
+/// many look-ups.
 ///
 /// Usually /etc/group alone has the answers. The name service is asked for all groups when a number
 /// is missing there, and for single groups if it may have more than it lists.

@@ -125,7 +125,7 @@ void RequireAbsence(const std::string& path, int error) {
   }
 }
 
-// Throws for an error that is caused by this process and not by the file.
+// Throws for an error that is caused by a lack of resources and not by the file.
 void RequireResources(const std::string& path, int error) {
   if (error == EMFILE || error == ENFILE || error == ENOMEM) {
     ThrowUnreadable(path, error);
@@ -183,8 +183,9 @@ class ParameterWalk {
     found_.push_back(std::move(parameter));
   }
 
-  // Returns whether the parameter exists. An error other than its absence does not matter, because
-  // some kernels report an arbitrary error when a parameter without a value is read.
+  // Returns whether the parameter exists. Throws only if resources are lacking. Other errors do not
+  // matter, because some kernels report an arbitrary error when a parameter without a value is
+  // read.
   static bool ReadValue(const std::string& path, KernelParameter& parameter) {
     auto text = ReadFile(path);
     if (!text) {

@@ -9,7 +9,7 @@
 
 namespace Kestrel::Host {
 
-/// A kernel parameter. The path of its file below /proc/sys is its name with "/" instead of ".".
+/// A kernel parameter. The path of its file below /proc/sys is its name with "." and "/" exchanged.
 struct KernelParameter {
   std::string name;   ///< As in "vm.swappiness"; "/" replaces a "." within a part.
   std::string value;  ///< Without the final line feed; may contain tabs and line feeds.
@@ -24,7 +24,7 @@ std::vector<KernelParameter> ReadParameters(const std::string& proc, const std::
 
 /// Returns the value of a parameter. A name whose first separator is "/" is a path; otherwise "."
 /// separates the parts, and "/" replaces a "." within a part. Throws KestrelException if the
-/// parameter does not exist, is a group of parameters, or may not be read.
+/// parameter does not exist, is a group of parameters, or cannot be read.
 std::string ReadParameter(const std::string& proc, const std::string& name);
 
 /// Sets the value of a parameter. Throws KestrelException, with a message for the user, if the

@@ -12,9 +12,9 @@ namespace Kestrel::Host {
 /// lines have the key, the last one is used. The result is empty if there is none.
 std::string ParseOsRelease(std::string_view text, std::string_view key);
 
-/// Returns the name and version of the distribution from /etc/os-release or /usr/lib/os-release.
-/// `root` is put before these paths. Empty if neither file contains a name. Throws KestrelException
-/// if a file exists but cannot be read.
+/// Returns the name and version of the distribution from /etc/os-release or, if that file does not
+/// exist, from /usr/lib/os-release. `root` precedes these paths. Empty if neither file exists or
+/// the file contains no name. Throws KestrelException if the file exists but cannot be read.
 std::string ReadDistributionName(const std::string& root);
 
 }  // namespace Kestrel::Host

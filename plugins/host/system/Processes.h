@@ -30,7 +30,7 @@ struct Process {
   long processorTicks = 0;  ///< Time in user and system mode, in ticks of sysconf(_SC_CLK_TCK).
   long startTicks = 0;      ///< Time from the boot to its start, in ticks.
   long terminal = 0;        ///< The device number of its terminal; 0 if it has none.
-  std::string name;         ///< The name of the program, at most 15 bytes.
+  std::string name;         ///< At most 15 bytes, except for a kernel thread.
   std::string command;      ///< The arguments, separated by spaces; empty for a kernel thread.
 };
 

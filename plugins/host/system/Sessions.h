@@ -19,16 +19,17 @@ struct Session {
   std::time_t start = 0;
 };
 
-/// Parses the content of a file of login entries (utmp), in its order. Throws KestrelException if
-/// it ends within an entry.
+/// Returns the sessions of users in the content of a file of login entries (utmp), in its order.
+/// Throws KestrelException if it ends within an entry.
 std::vector<Session> ParseSessionRecords(std::string_view records);
 
-/// Reads a folder of session files, which replaces the login entries on some systems; empty if
-/// there is no such folder. Throws KestrelException if it or a file in it cannot be read.
+/// Returns the sessions of users in a folder of session files, which replaces the login entries on
+/// some systems; none if there is no such folder. Throws KestrelException if it or a file in it
+/// cannot be read.
 std::vector<Session> ReadSessionFolder(const std::string& path);
 
-/// Returns the sessions whose process is alive, the oldest first, from the login entries below
-/// `root` or, without such a file, from the session files. Empty if there is neither. Throws
+/// Returns the sessions, the oldest first: those in the login entries below `root` whose process is
+/// alive or, without such a file, all in the session files. Empty if there is neither. Throws
 /// KestrelException if they exist but cannot be read.
 std::vector<Session> ReadSessions(const std::string& root);
 

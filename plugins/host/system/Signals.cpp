@@ -26,7 +26,7 @@ constexpr OtherName kOtherNames[] = {{"iot", SIGABRT}, {"cld", SIGCHLD}, {"io", 
 
 bool IsSignal(long number) { return number >= 1 && number <= SIGRTMAX; }
 
-// Calls the kernel directly, because older C libraries do not have the functions.
+// Calls the kernel directly, because older C libraries do not have these functions.
 int OpenProcess(long process) {
   return static_cast<int>(::syscall(SYS_pidfd_open, static_cast<pid_t>(process), 0u));
 }

@@ -20,11 +20,11 @@ std::string SignalName(int signal);
 std::optional<int> ParseSignal(std::string_view text);
 
 /// A running process that signals can be sent to. If it ends, a later process with the same number
-/// is not affected.
+/// is not affected, unless the kernel is too old to open processes.
 class SignalTarget {
  public:
-  /// Returns nothing if there is no such process. Throws KestrelException if the system cannot keep
-  /// track of another process.
+  /// Returns nothing if there is no such process. Throws KestrelException if the process cannot be
+  /// opened for another reason, such as too many open files.
   static std::optional<SignalTarget> Open(long process);
 
   /// Sends the signal; 0 sends none and only checks. Returns 0 or the error number.
@@ -34,7 +34,7 @@ class SignalTarget {
   SignalTarget(long process, int descriptor) : process_(process), descriptor_(descriptor) {}
 
   long process_;
-  FileDescriptor descriptor_;  // not open if the kernel has no descriptors for processes
+  FileDescriptor descriptor_;  // not open if the kernel is too old to open processes
 };
 
 }  // namespace Kestrel::Host

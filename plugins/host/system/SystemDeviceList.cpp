@@ -66,7 +66,7 @@ std::string Join(const std::vector<std::string>& drivers) {
   return joined;
 }
 
-// Returns "Maker Model", "Maker 0d57" or "8086:0d57".
+// Returns "Maker Model", "Maker 0d57", "8086:0d57 Model" or "8086:0d57".
 std::string NameOf(const BusDevice& device) {
   const std::string number = ToDigits(device.deviceId, 4);
   if (device.vendor.empty()) {

@@ -131,7 +131,7 @@ class ProcessFilter {
   std::int64_t minimumMemory_ = 0;
 };
 
-// Converts processes to structures. Keeps the data that all of them need.
+// Converts processes to structures. Contains the data that all conversions need.
 class ProcessStructs {
  public:
   ProcessStructs()

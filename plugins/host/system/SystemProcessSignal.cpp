@@ -39,7 +39,7 @@ const StructShape& Shape() {
   return shape;
 }
 
-// A process that may be signalled. `process` describes it as it was before the signal.
+// A process to signal. `process` describes it as it was before the signal.
 struct Candidate {
   Process process;
   SignalTarget target;
@@ -59,8 +59,8 @@ std::optional<Candidate> FindCandidate(long id) {
   return Candidate{std::move(*process), std::move(*target)};
 }
 
-// The processes selected by the user, and the reasons not to signal them. Either all of them are
-// signalled or none is.
+// The processes selected by the user. Each reason not to signal one of them becomes an error
+// message, and none of them is signalled then.
 class Selection {
  public:
   Selection(const CallSpec::Input& input, CallSpec::Output& output)

@@ -39,8 +39,8 @@ struct Memory {
   long GetSwapUsed() const;
 };
 
-// Each function reads a file in `proc`, and throws KestrelException if the file is missing or
-// damaged.
+// Each function reads a file in `proc`, and throws KestrelException if the file cannot be read or
+// is damaged.
 Uptime ReadUptime(const std::string& proc);
 Load ReadLoad(const std::string& proc);
 Memory ReadMemory(const std::string& proc);
