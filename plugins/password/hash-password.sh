@@ -4,7 +4,8 @@
 #
 # hash-password.sh [--salt=TEXT]: prints the hash of the password that its standard input contains.
 #
-# The password is never in a file or an argument, only in the memory of this shell and of openssl.
+# The password is never in a file or an argument. The shell passes it to programs only through
+# pipes.
 here=${0%/*}
 # shellcheck source=plugins/shell-common/common.sh
 . "$here/common.sh"

@@ -39,7 +39,8 @@ need() {
     fail "This command needs the tool $1 (package $2), which is not installed"
 }
 
-# finish STATUS: runs when a script exits.
+# finish STATUS: runs when a script exits. Removes $work and, if the script failed without a
+# message, reports that.
 finish() {
   trap - EXIT
   if [ -n "$work" ]; then rm -rf "$work"; fi

@@ -25,7 +25,7 @@ using CallSpec::InputSpec;
 using CallSpec::Output;
 using CallSpec::OutputSpec;
 
-/// Returns the command line that lists the commands which the user may have meant.
+/// Returns a sentence with the command line that lists the commands that the user may have meant.
 std::string HowToList(const Input* input, const CommandLookup& lookup) {
   const auto* const commandInput = dynamic_cast<const CommandInput*>(input);
   const std::string tool = commandInput != nullptr ? commandInput->GetDispatcher() : "vexil";

@@ -18,8 +18,9 @@ struct LoadedPlugin {
   long commands = 0;
 };
 
-/// Returns the plug-ins of a dispatcher in the order of loading; the library's own is the first. A
-/// plug-in that registered commands before its initialisation failed comes after all others.
+/// Returns the plug-ins of a dispatcher in the order of loading; the library's own is the first.
+/// After these come plug-ins that failed after they had registered commands, and libraries that
+/// contain commands of a plug-in.
 std::vector<LoadedPlugin> FindLoadedPlugins(const AutoCli::Dispatcher& dispatcher);
 
 }  // namespace Kestrel::Vexil
