@@ -33,8 +33,8 @@ std::size_t BytesLookedAt(std::string_view text) {
   return bytes;
 }
 
-/// Returns nested blocks. Each removal includes the end of the block around it, so that the next
-/// pass steps into that block.
+/// Returns nested blocks. Each removal takes away the end of the block around the conditional, so
+/// that the next pass steps into that block.
 std::string NestOfBlocks(std::size_t levels) {
   return Repeat("{ ", levels) + Repeat("$if{no,x} } {}", levels);
 }
@@ -86,14 +86,14 @@ TEST(ConditionalRemovalTest, RemembersWhichBytesCameFromValues) {
   EXPECT_FALSE(text.IsFromValue(9));
 }
 
-TEST(ConditionalRemovalTest, AFlatTemplateTakesTwoPasses) {
+TEST(ConditionalRemovalTest, AFlatTemplateTakesAtMostTwoPasses) {
   for (const std::size_t count : {1, 100, 10000}) {
     const std::string text = Repeat("tool $if{no,--no '$val{no}'} ${HOME} {c}\n", count);
     EXPECT_LE(BytesLookedAt(text), 2 * text.size()) << count;
   }
 }
 
-TEST(ConditionalRemovalTest, NestedConditionalsTakeTwoPasses) {
+TEST(ConditionalRemovalTest, NestedConditionalsTakeAtMostTwoPasses) {
   const std::string nest = Repeat("a $if{no,b ", 16) + Repeat(" c}", 16);
   for (const std::size_t count : {1, 100, 10000}) {
     const std::string text = Repeat(nest, count);

@@ -46,7 +46,8 @@ constexpr std::string_view kHome = "/home-of-the-test";
 /// Divides one command line into words by the rules of the shell, in a folder without files.
 class ShellWords {
  public:
-  /// Adds a byte without quotes or a backslash. It must not be an operator of the shell.
+  /// Adds a byte that is neither in quotes nor after a backslash. It must not be an operator of the
+  /// shell.
   void AddBare(char c) {
     if (inComment_) {
       return;
@@ -163,7 +164,7 @@ std::string Join(const Values& values, std::string_view separator) {
 
 /// The text of a conditional ends at the first "}", even if that comes from a value. The brace of
 /// the conditional itself then remains. Returns `value` without its first "}", and sets `after` to
-/// the brace that remains.
+/// the brace that remains, or to an empty string if `value` has no "}".
 std::string CutAtBrace(const std::string& value, std::string& after) {
   const std::size_t brace = value.find('}');
   after = brace == std::string::npos ? "" : "}";
@@ -215,7 +216,8 @@ std::vector<Form> SafeForms() {
     words.AddSingleQuotedValue(CutAtBrace(values[0], after));
     words.AddBare(after + " end");
   };
-  // Lists are inserted after the text was cut at the first "}", so their braces do not end it.
+  // Lists are inserted after the text of a conditional was cut at the first "}", so a "}" in their
+  // values does not end that text.
   return {
       {"Bare", "p $val{xx} end", false, bare},
       {"Quoted", "p '$val{xx}' end", false, quoted},
@@ -319,14 +321,14 @@ std::string MakeValue(Random& random) {
   return value;
 }
 
-/// A program that may be /bin/sh.
+/// A shell that is /bin/sh on some system.
 struct Shell {
   std::string path;
-  bool expandsMore;
+  bool expandsMore;  // than the standard demands: "{a,b}" becomes two words
 };
 
-/// Returns the shell of the machine and, if there is one, bash. Bash is started by a link in
-/// `folder` that has the name sh.
+/// Returns the shell of the machine and, if it is installed, bash. Bash is started through a link
+/// in `folder` that has the name sh.
 std::vector<Shell> MakeShells(const ScopedTempDir& folder) {
   std::vector<Shell> shells = {{"/bin/sh", false}};
   const std::filesystem::path bash = "/bin/bash";
@@ -380,7 +382,7 @@ class Batch {
   }
 
   /// Runs the command lines in `shell` and compares their words with the expected ones. If `shell`
-  /// expands more than the standard demands, command lines that contain a brace or a tilde are not
+  /// expands more than the standard demands, command lines that contain a "{" or a tilde are not
   /// compared.
   void ExpectExactlyTheseWords(const Shell& shell) const {
     const ScopedTempDir folder;
@@ -519,7 +521,7 @@ std::string MessageOf(const std::string& text, const Values& xx, const Values& l
 }
 
 // A comment ends at a newline, even after a backslash: what follows would be another command.
-TEST(UnsafeFormTest, ABareValueThatCouldLeaveItsCommentIsRefused) {
+TEST(UnsafeFormTest, ABareValueWithANewlineAfterAHashIsRefused) {
   const std::string value = "#\necho ran";
   const auto refusal = [](const std::string& name) {
     return "The value of the parameter '" + name +
@@ -572,7 +574,7 @@ TEST(UnsafeFormTest, OtherValuesWithNewlinesPass) {
   EXPECT_EQ(OutputOf("echo a $if{no,$val{xx}}", "xx", "#\necho ran"), "a\n");
 }
 
-TEST(UnsafeFormTest, StandardInputTakesEveryValue) {
+TEST(UnsafeFormTest, StandardInputTakesAValueWithANewlineAfterAHash) {
   auto spec = InputSpec::New();
   spec->AddParameter(ParameterSpec::New("xx", ParameterType::String));
   const auto command = ExtensionCommand::New();

@@ -87,8 +87,8 @@ std::string NoData(const std::string& commandLine, int number) {
   return kNoData + commandLine + kExited + std::to_string(number);
 }
 
-/// Makes a command with the parameters aa, bb and val (strings), number, flag, items and others
-/// (lists).
+/// Makes a command with the parameters aa, bb and val (strings), number (an integer), flag (a
+/// flag), items and others (lists of strings).
 std::shared_ptr<ExtensionCommand> MakeCommand(const std::string& commandTemplate,
                                               const std::string& stdinTemplate = "") {
   auto spec = InputSpec::New();
@@ -236,8 +236,10 @@ INSTANTIATE_TEST_SUITE_P(
         SubstitutionCase{"NotGiven", "echo $val{aa} $val{zz}", {}, "echo $val{aa} $val{zz}"},
         SubstitutionCase{
             "ValueIsLiteral", "echo '$val{aa}'", {{"aa", "$1 & \\1 $&"}}, "echo '$1 & \\1 $&'"},
-        SubstitutionCase{
-            "TwoValuesAreNone", "echo [$val{aa}]", {{"aa", "1"}, {"aa", "2"}}, "echo []"},
+        SubstitutionCase{"TwoValuesBecomeAnEmptyString",
+                         "echo [$val{aa}]",
+                         {{"aa", "1"}, {"aa", "2"}},
+                         "echo []"},
         SubstitutionCase{"Integer", "echo $val{number}", {{"number", "-12"}}, "echo -12"},
         SubstitutionCase{"Newline", "echo $val{aa}", {{"aa", "a\nb"}}, "echo a\\\nb"},
         SubstitutionCase{
@@ -322,7 +324,7 @@ INSTANTIATE_TEST_SUITE_P(
                          "c -p \"$(id)\" -p \"b\\\""},
         SubstitutionCase{
             "PrefixWithCommas", "c$multilist{items,a,b,c,true}", {{"items", "1"}}, "c a,b,c \"1\""},
-        SubstitutionCase{"TheFirstFlagEnds",
+        SubstitutionCase{"TheFirstFlagEndsTheMarker",
                          "c$multilist{items,a,true},false}",
                          {{"items", "1"}},
                          "c a \"1\",false}"},
@@ -408,7 +410,7 @@ INSTANTIATE_TEST_SUITE_P(
                                      "c x 12 y}"}),
     NameOf);
 
-TEST(ExtensionCommandTest, AMarkerThatDoesNotFitItsParameterThrows) {
+TEST(ExtensionCommandTest, AValMarkerOfAFlagOrAListThrows) {
   EXPECT_THAT(
       [] {
         Substitute("c $val{flag}", {{"flag", ""}});
@@ -550,7 +552,7 @@ TEST(ExtensionCommandTest, AnErrorLineAfterOtherLinesIsNotAMessage) {
   EXPECT_THAT(Execute("printf 'error:a\\n'")->GetErrors(), IsEmpty());
 }
 
-TEST(ExtensionCommandTest, AnUnreadableResultLeavesTheOutputEmpty) {
+TEST(ExtensionCommandTest, AResultWithoutAValueLeavesTheOutputEmpty) {
   const ScopedEnvironment language("LANG", "C");
   const StreamCapture diagnostics(STDERR_FILENO);
   for (const char* commandLine : {"echo done", "echo '<o/>'", "echo"}) {
@@ -610,7 +612,7 @@ TEST(ExtensionCommandTest, TheReportDoesNotShowTheUser) {
   EXPECT_THAT(output->GetErrors(), ElementsAre(NoData("exit 0", 1)));
 }
 
-TEST(ExtensionCommandTest, AFailureToRunTheChildIsThrownAndReportedByTheCommand) {
+TEST(ExtensionCommandTest, AFailureToWriteToTheChildIsThrownAndReportedByTheCommand) {
   const ScopedEnvironment language("LANG", "C");
   const auto command = MakeCommand("exit 0", std::string(1000000, 'x'));
   const auto root = RootNamespace::New(nullptr);

@@ -60,7 +60,7 @@ TEST_F(NodeInsertionTest, InsertsBelowItsParent) {
   EXPECT_EQ(registered_->GetNamespaceNode("list"), command);
 }
 
-TEST_F(NodeInsertionTest, RefusesTheSameNamespaceTwiceBelowAnother) {
+TEST_F(NodeInsertionTest, RefusesADeeperNamespaceEvenOfTheSameDescription) {
   InsertNode("disk.cache", MakeNamespace("Caches"), root_);
   EXPECT_THROW(InsertNode("disk.cache", MakeNamespace("Caches"), root_), KestrelException);
 }

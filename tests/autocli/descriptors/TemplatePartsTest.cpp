@@ -23,8 +23,8 @@ using Testing::Rounds;
 
 using Values = std::map<std::string, std::string>;
 
-/// Inserts one parameter into every kind of marker. What is inserted depends on the form of the
-/// marker.
+/// Inserts one parameter into its markers of every kind. What is inserted depends on the form of
+/// the marker.
 void Insert(TemplateText& text, const std::string& name, const std::string& value) {
   if (const auto place = text.FindValue(name)) {
     text.InsertValue(name, *place == TemplateText::ValuePlace::Bare ? value : "Q" + value);
@@ -63,7 +63,8 @@ std::string InTheWhole(const std::string& text, const Values& values) {
   return whole.GetText();
 }
 
-/// Returns the parts into which a template is cut to separate the parameters `names`.
+/// Cuts a template to separate the parameters `names`. Returns the part of each one that has
+/// markers, in the order of `names`; nothing if the parameters cannot be separated.
 std::vector<std::string> PartsOf(const std::string& text, const std::vector<std::string>& names) {
   std::vector<std::string> parts;
   ApplyInParts(text, names, [&](TemplateText& part, const std::string&) {

@@ -41,7 +41,7 @@ std::string Cleaned(const std::string& text) {
   return cleaned.GetText();
 }
 
-TEST(TemplateTextTest, ABlockInAnUnclosedConditionalEndsItsRemoval) {
+TEST(TemplateTextTest, RemovesAnUnclosedConditionalUpToTheEndOfABlockInIt) {
   EXPECT_EQ(Cleaned("$if{a,b {c} d"), " d");
   EXPECT_EQ(Cleaned("x $if{q,$if{a,b {c} {d} e"), "x  e");
 }
@@ -287,7 +287,7 @@ std::string Describe(const std::string& text, const Input& input) {
   return description;
 }
 
-TEST(TemplateTextTest, RandomTemplatesAreFilledAsByTheModel) {
+TEST(TemplateTextTest, FillsRandomTemplatesAsTheModelDoes) {
   Random random;
   SCOPED_TRACE(random.HowToRepeat());
   const auto spec = MakeInputSpec();
@@ -310,7 +310,7 @@ TEST(TemplateTextTest, RandomTemplatesAreFilledAsByTheModel) {
 }
 
 // Without parameters, only conditionals are removed.
-TEST(TemplateTextTest, AllShortTemplatesAreCleanedAsByTheModel) {
+TEST(TemplateTextTest, CleansAllShortTemplatesAsTheModelDoes) {
   constexpr std::string_view kPieces[] = {"$if{a,", "$if{", "$", "{", "}", "b", ","};
   const auto spec = InputSpec::New();
   const auto input = Input::New();
@@ -331,7 +331,7 @@ TEST(TemplateTextTest, AllShortTemplatesAreCleanedAsByTheModel) {
 }
 
 // In these templates the ends of blocks are removed. The blocks are nested, or follow one another.
-TEST(TemplateTextTest, RandomBlocksAreCleanedAsByTheModel) {
+TEST(TemplateTextTest, CleansRandomBlocksAsTheModelDoes) {
   constexpr std::string_view kPieces[] = {
       "{", "}",     " }",     "{c}",      "${d}",     "{ ",       "$",  "b",     "$if",
       ",", "$if{a", "$if{a,", "$if{a,b}", "$if{a,} ", "$if{a,b}", "$i", "f{c,d}"};
@@ -350,8 +350,8 @@ TEST(TemplateTextTest, RandomBlocksAreCleanedAsByTheModel) {
   }
 }
 
-/// Makes a value of pieces that would be markers in a template. It begins and ends with a letter,
-/// so that it does not combine with its neighbours.
+/// Makes a value of pieces that would be markers, or parts of markers, in a template. It begins and
+/// ends with a letter, so that it does not combine with its neighbours.
 std::string MakeMarkerValue(Random& random, bool withClosingBraces) {
   constexpr std::string_view kPieces[] = {"$val{zz}",
                                           "$val{aa}",
@@ -413,8 +413,8 @@ std::string MakeCompleteTemplate(Random& random, bool valuesInKeptTexts) {
   return text;
 }
 
-/// Returns the same parameters with each value replaced by a unique word, and appends the values to
-/// `values`.
+/// Returns the same parameters with each value replaced by a unique word, and appends the original
+/// values to `values`.
 std::shared_ptr<Input> WithWords(const Input& input, const std::shared_ptr<InputSpec>& spec,
                                  std::vector<std::string>& values) {
   auto words = Input::New();

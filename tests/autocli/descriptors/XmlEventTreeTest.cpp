@@ -126,7 +126,7 @@ TEST(XmlEventTreeTest, HasEveryKindOfNodeOfADocument) {
   }
 }
 
-TEST(XmlEventTreeTest, IsNotMadeForOtherDocuments) {
+TEST(XmlEventTreeTest, IsNotMadeForDocumentsThatAreNotOrdinary) {
   const std::string manyAttributes = [] {
     std::string text = "<o";
     for (int i = 0; i <= 10000; ++i) {
@@ -169,7 +169,7 @@ TEST(XmlEventTreeTest, IsNotMadeForOtherDocuments) {
   }
 }
 
-TEST(XmlEventTreeTest, IsNotMadeIfTheProgramLetsTheParserRemoveSpace) {
+TEST(XmlEventTreeTest, IsNotMadeIfTheProgramMakesTheParserRemoveSpace) {
   const int before = xmlKeepBlanksDefault(0);
   const std::unique_ptr<XmlEventTree> tree = XmlEventTree::Read("<o> <a/> </o>");
   xmlKeepBlanksDefault(before);
@@ -220,7 +220,7 @@ TEST(XmlEventTreeTest, JoinsTextThatComesInManyPieces) {
   EXPECT_TRUE(ExpectSameTreeIfAny(text + "</o>"));
 }
 
-TEST(XmlEventTreeTest, EqualsTheParsersTreeIfARandomDocumentHasOne) {
+TEST(XmlEventTreeTest, EqualsTheParsersTreeOfARandomDocument) {
   Random random;
   SCOPED_TRACE(random.HowToRepeat());
   XmlDocumentMaker maker(random);
@@ -236,7 +236,7 @@ TEST(XmlEventTreeTest, EqualsTheParsersTreeIfARandomDocumentHasOne) {
   EXPECT_GT(trees, rounds / 5);
 }
 
-TEST(XmlEventTreeTest, EqualsTheParsersTreeIfADamagedDescriptorHasOne) {
+TEST(XmlEventTreeTest, EqualsTheParsersTreeOfADamagedDescriptor) {
   Random random;
   SCOPED_TRACE(random.HowToRepeat());
   const std::string descriptor = GetDescriptor();
@@ -252,7 +252,7 @@ TEST(XmlEventTreeTest, EqualsTheParsersTreeIfADamagedDescriptorHasOne) {
   EXPECT_GT(trees, rounds / 10);
 }
 
-TEST(XmlEventTreeTest, EqualsTheParsersTreeIfABrokenDescriptorHasOne) {
+TEST(XmlEventTreeTest, EqualsTheParsersTreeOfABrokenDescriptor) {
   for (const auto& broken : Testing::GetBrokenDescriptors()) {
     ExpectSameTreeIfAny(
         ReadFile(Testing::GetBrokenDescriptorFolder() + "/" + broken.name + ".xml"));

@@ -79,7 +79,7 @@ std::string Extension(const std::string& prolog, const std::string& content) {
          "</namespace></namespaces></x>";
 }
 
-// Ways to declare that an element has `count` attributes.
+// Ways to give an element `count` attributes.
 
 struct AttributesCase {
   const char* name;
@@ -161,8 +161,8 @@ TEST(XmlLimitsTest, TheNamespacesInScopeCountAsAttributes) {
             Refusal(kTooManyAttributes));
 }
 
-// Ways to declare that the references in a document stand for `size` bytes in total. A single
-// reference stands for a tenth of that.
+// Ways to make ten elements expand to `size` bytes in total, each to a tenth of that. The library
+// also counts the references within entities, such as "&e;", as text.
 
 struct ExpansionCase {
   const char* name;
@@ -220,7 +220,7 @@ class Tree {
                                 XML_PARSE_HUGE),
                   &xmlFreeDoc) {}
 
-  /// Adds an attribute whose value contains references.
+  /// Sets the only attribute of the root. Its value may contain references.
   void SetAttribute(const char* name, const char* value) const {
     xmlAttr* const attribute =
         xmlNewDocProp(document_.get(), reinterpret_cast<const xmlChar*>(name),

@@ -135,7 +135,8 @@ constexpr Document kDocuments[] = {
 INSTANTIATE_TEST_SUITE_P(Documents, XmlMemoryTest, testing::ValuesIn(kDocuments),
                          [](const auto& tested) { return std::string(tested.param.name); });
 
-/// Returns the names and descriptions in the tree of the descriptor at `path`.
+/// Returns the names and descriptions of the commands below "disk" in the descriptor at `path`, and
+/// of their parameters.
 std::string TreeOf(const std::string& path) {
   const auto plugin = XmlPlugin::New(path);
   plugin->Initialize();

@@ -279,7 +279,7 @@ TEST(XmlPluginTest, RefusesAnyOtherVersion) {
             "multiple times.");
 }
 
-TEST(XmlPluginTest, RefusesADescriptorWithoutNamespacesAndCommands) {
+TEST(XmlPluginTest, RefusesADescriptorWithoutNamespacesOrCommands) {
   const DescriptorFile file(Extension(""));
   EXPECT_EQ(file.GetFault(),
             "Unable to find any namespaces or commands to register for plugin " + file.GetPath());
@@ -405,7 +405,7 @@ TEST(XmlPluginTest, MetaDataIsAddedToTheCommand) {
   EXPECT_THAT(CommandOf(parts)->GetMetaData(), ElementsAre(Pair("a", ""), Pair("b", "2")));
 }
 
-TEST(XmlPluginTest, RefusesUnknownMetaData) {
+TEST(XmlPluginTest, RefusesInvalidMetaData) {
   CommandParts parts;
   parts.more = "<meta-data><meta-data-entry>1</meta-data-entry></meta-data>";
   EXPECT_EQ(CommandFaultOf(parts),
@@ -487,7 +487,7 @@ TEST(XmlPluginTest, ContextSupportedIsUsedUnchanged) {
   EXPECT_FALSE(spec->IsContextSupported("user"));
 }
 
-TEST(XmlPluginTest, RefusesAnIncompleteParameter) {
+TEST(XmlPluginTest, RefusesAnInvalidParameter) {
   const std::string invalidType =
       ". Missing or invalid required attribute: 'type'.  Must be one of [string, string-list, "
       "bool, bool-list, int, int-list]";
@@ -640,7 +640,7 @@ TEST(XmlPluginTest, ASecondConstraintIsRefused) {
             "More than one instance of constraint found, expected only one.");
 }
 
-TEST(XmlPluginTest, TheOutputSpecIsOneValue) {
+TEST(XmlPluginTest, AnOutputSpecDeclaresOneValueOrNone) {
   CommandParts parts;
   parts.outputSpec =
       "<output-spec> <!-- c --><![CDATA[x]]><list type='structure'><structure typeName='Disk'>"
@@ -672,7 +672,8 @@ TEST(XmlPluginTest, SplitsPathsAtFullStops) {
   EXPECT_THAT(XmlPlugin::SplitPath("a..b."), ElementsAre("a", "", "b"));
 }
 
-/// Registers what the descriptor `text` declares. Returns the message when that fails.
+/// Registers what the descriptor `text` declares. Returns the message if that fails, otherwise an
+/// empty string.
 std::string RegistrationFault(const std::string& text, const std::shared_ptr<Namespace>& root) {
   const DescriptorFile file(text);
   const auto plugin = file.Load();
@@ -801,7 +802,7 @@ TEST(XmlPluginTest, ASubcommandOfACommandIsRefused) {
   EXPECT_THAT(fault, StartsWith("Unable to find a namespace or command with the name 'more'"));
 }
 
-TEST(XmlPluginTest, ReadsTheNodesOfAnyDocument) {
+TEST(XmlPluginTest, AddsNamespacesAndCommandsFromACallersNodes) {
   const std::string text = "<x><namespaces>" + NamespaceElement("disk", "D.") + "</namespaces>" +
                            "<commands>" + CommandParts().At("disk.get") + "</commands></x>";
   const std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)> document(

@@ -13,7 +13,7 @@
 namespace Kestrel::AutoCli {
 namespace {
 
-/// Keeps the last text and the last value of an attribute.
+/// Keeps the last text, and the value of the last attribute of the last start tag.
 class LastText final : public XmlEvents {
  public:
   void StartElement(std::string_view /*name*/, const XmlAttributes& attributes) override {
@@ -68,7 +68,7 @@ TEST(XmlScannerTest, LeavesValuesWithoutQuotesToTheParser) {
   }
 }
 
-TEST(XmlScannerTest, ReadsAPieceOfFiveMillionBytes) {
+TEST(XmlScannerTest, ReadsAPieceOfAtMostFiveMillionBytes) {
   const std::string most(5000000, 'x');
   EXPECT_TRUE(IsOrdinary(InElement(most)));
   EXPECT_FALSE(IsOrdinary(InElement(most + "x")));
@@ -79,7 +79,7 @@ TEST(XmlScannerTest, ReadsAPieceOfFiveMillionBytes) {
   EXPECT_FALSE(IsOrdinary(InElement("<!--" + most + "x-->")));
 }
 
-TEST(XmlScannerTest, ReadsDifferentNamesOfFourMillionBytes) {
+TEST(XmlScannerTest, ReadsDifferentNamesOfAtMostFourMillionBytes) {
   std::string document = "<o>";
   for (int i = 0; i < 400; ++i) {
     const std::string number = std::to_string(1000 + i);

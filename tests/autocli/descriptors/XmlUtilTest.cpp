@@ -65,7 +65,8 @@ std::string ResultOf(const std::string& text) {
   }
 }
 
-/// Reads the value element `text` with the functions on nodes. Returns the same as `ResultOf`.
+/// Reads the value element `text` with the functions on nodes. Returns a description of the value,
+/// or the message thrown.
 std::string BuildOf(const std::string& text) {
   const Tree tree(text);
   try {
@@ -136,13 +137,13 @@ TEST(XmlUtilTest, ExtractAttributeJoinsTheNodesOfACallersAttribute) {
   EXPECT_EQ(XmlUtil_ExtractAttribute(tree.GetRoot(), "one"), "1<2>3");
 }
 
-TEST(XmlUtilTest, ExtractAttributeOfATextWithoutContentIsEmpty) {
+TEST(XmlUtilTest, ExtractAttributeIsEmptyIfItsTextNodeHasNoContent) {
   const Tree tree("<a one='1'/>");
   xmlNodeSetContent(tree.GetRoot()->properties->children, nullptr);
   EXPECT_EQ(XmlUtil_ExtractAttribute(tree.GetRoot(), "one"), "");
 }
 
-TEST(XmlUtilTest, ExtractAttributeOfANodeThatHasNoneIsEmpty) {
+TEST(XmlUtilTest, ExtractAttributeOfATextNodeIsEmpty) {
   const Tree tree("<a>text</a>");
   EXPECT_EQ(XmlUtil_ExtractAttribute(tree.GetChild(0), "one"), "");
 }
@@ -170,7 +171,7 @@ TEST(XmlUtilTest, GetContentReturnsTheLastChildWithContent) {
   }
 }
 
-TEST(XmlUtilTest, GetContentIncludesAnEntityThatIsNotReplaced) {
+TEST(XmlUtilTest, GetContentReturnsTheTextOfAnEntityThatIsNotReplaced) {
   const Tree tree("<!DOCTYPE a [<!ENTITY e 'entity text'>]><a>a&e;</a>");
   EXPECT_EQ(XmlUtil_GetContent(tree.GetRoot()), "entity text");
 }
@@ -206,7 +207,7 @@ TEST(XmlUtilTest, GetContentForChildByTagAllowsEmptyFirstMatches) {
                KestrelException);
 }
 
-TEST(XmlUtilTest, GetContentForChildByTagSkipsASectionWithoutName) {
+TEST(XmlUtilTest, GetContentForChildByTagSkipsACDataSection) {
   EXPECT_EQ(XmlUtil_GetContentForChildByTag(Tree("<a><![CDATA[x]]><b>1</b></a>").GetRoot(), "b"),
             "1");
 }
@@ -310,7 +311,7 @@ INSTANTIATE_TEST_SUITE_P(
                     UnreadableInt("-9223372036854775809")},
         ReadingCase{"IntWord", "<int>x</int>", UnreadableInt("x")},
         ReadingCase{"IntSpacesOnly", "<int>  </int>", UnreadableInt("  ")},
-        ReadingCase{"IntSignsOnly", "<int>+-1</int>", UnreadableInt("+-1")},
+        ReadingCase{"IntTwoSigns", "<int>+-1</int>", UnreadableInt("+-1")},
         ReadingCase{"IntSignAndSpace", "<int>- 1</int>", UnreadableInt("- 1")},
         ReadingCase{"BoolWordFalse", "<bool>false</bool>", "bool false"},
         ReadingCase{"BoolLetterF", "<bool>f</bool>", "bool false"},
@@ -430,7 +431,8 @@ INSTANTIATE_TEST_SUITE_P(
                     "<output><string>a</string><int>x</int><z/></output>", "string 'a'"},
         ReadingCase{"TheRootMayHaveAnyName",
                     "<result-of.anything><int>1</int></result-of.anything>", "int 1"},
-        ReadingCase{"TheRootMayBeNamedAsAValue", "<int><string>a</string></int>", "string 'a'"},
+        ReadingCase{"TheRootMayHaveTheNameOfAValueElement", "<int><string>a</string></int>",
+                    "string 'a'"},
         ReadingCase{"EmptyRoot", "<output/>", "null"},
         ReadingCase{"RootOfSpaces", "<output>   </output>", "null"},
         ReadingCase{"RootWithoutElements", "<output> a <!-- c --><![CDATA[<int/>]]></output>",
@@ -459,7 +461,7 @@ INSTANTIATE_TEST_SUITE_P(
         ReadingCase{"AnEntityAmongTheElements",
                     "<!DOCTYPE o [<!ENTITY e 'x'>]><o>&e;<string>a</string></o>",
                     Unbuildable("Unable to make a MetaObject from a node with tag 'e'")},
-        ReadingCase{"AnEntityNamedAsAValue",
+        ReadingCase{"AnEntityWithTheNameOfAValueElement",
                     "<!DOCTYPE o [<!ENTITY string 'x'><!ATTLIST a b CDATA #IMPLIED>]><o>&string;"
                     "</o>",
                     "string 'x'"},
@@ -508,7 +510,7 @@ TEST(XmlUtilTest, AFieldOfADocumentHasNoDocumentation) {
   EXPECT_EQ(structure->GetFieldDocumentation("A"), "Documentation missing");
 }
 
-TEST(XmlUtilTest, AListWithoutFirstElementDeclaresNoStructure) {
+TEST(XmlUtilTest, AnEmptyListOfStructuresDeclaresNoStructure) {
   const auto list = std::dynamic_pointer_cast<MetaList>(
       XmlUtil_ParseXmlOutput("<o><list type='structure'/></o>"));
   EXPECT_THAT([&] { list->Add(MetaStruct::New("D")); },

@@ -159,7 +159,7 @@ std::string Repeat(std::string_view text, std::size_t count) {
   return repeated;
 }
 
-TEST(XmlValueReaderTest, ReadsRandomDocumentsAsATreeDoes) {
+TEST(XmlValueReaderTest, ReadsRandomDocumentsAsThroughATree) {
   Random random;
   SCOPED_TRACE(random.HowToRepeat());
   XmlDocumentMaker maker(random);
@@ -211,14 +211,14 @@ void ExpectSameReadingOfDamaged(const std::string& text) {
   }
 }
 
-TEST(XmlValueReaderTest, ReadsADamagedDocumentAsATreeDoes) {
+TEST(XmlValueReaderTest, ReadsADamagedDocumentAsThroughATree) {
   ExpectSameReadingOfDamaged(
       "<?xml version='1.0'?><!-- c --><o xmlns:p='urn:p'> <list type='structure'><structure "
       "typeName='S'><field name='a&lt;'><int> 7</int></field></structure></list><?pi d?><p:b "
       "p:x=\"1\"/><![CDATA[x]]>&#65;</o>\n");
 }
 
-TEST(XmlValueReaderTest, ReadsADamagedOrdinaryDocumentAsATreeDoes) {
+TEST(XmlValueReaderTest, ReadsADamagedOrdinaryDocumentAsThroughATree) {
   const std::string text =
       "<?xml version='1.0'?><!-- c --><o> <list type='structure'><structure typeName='S'><field "
       "name='a&lt;'><string>\xC3\xA4]&#65;<![CDATA[x]]><!--c--></string></field></structure>"
@@ -227,7 +227,7 @@ TEST(XmlValueReaderTest, ReadsADamagedOrdinaryDocumentAsATreeDoes) {
   ExpectSameReadingOfDamaged(text);
 }
 
-TEST(XmlValueReaderTest, ReadsAllShortTextsAsATreeDoes) {
+TEST(XmlValueReaderTest, ReadsAllShortTextsAsThroughATree) {
   constexpr std::string_view kAlphabet = "<o/>!?-a &";
   std::string text;
   const std::size_t length = static_cast<std::size_t>(Rounds(4, 6));
@@ -250,7 +250,7 @@ TEST(XmlValueReaderTest, ReadsAllShortTextsAsATreeDoes) {
   }
 }
 
-TEST(XmlValueReaderTest, ReadsDeepDocumentsAsATreeDoes) {
+TEST(XmlValueReaderTest, ReadsDeepDocumentsAsThroughATree) {
   for (std::size_t depth = 250; depth < 262 && !HasFailure(); ++depth) {
     ExpectSameReading("<o><string/>" + Repeat("<a>", depth - 1) + Repeat("</a>", depth - 1) +
                       "</o>");
@@ -266,7 +266,7 @@ TEST(XmlValueReaderTest, ReadsDeepDocumentsAsATreeDoes) {
   }
 }
 
-TEST(XmlValueReaderTest, ReadsEveryDeclaredEncodingAsATreeDoes) {
+TEST(XmlValueReaderTest, ReadsEveryDeclaredEncodingAsThroughATree) {
   constexpr std::string_view kEncodings[] = {
       "UTF-8",  "utf-8",     "UTF8",     "Utf-8",    "ISO-8859-1", "iso-8859-15", "US-ASCII",
       "ASCII",  "UTF-16",    "UTF-16LE", "UTF-16BE", "UTF-32",     "UCS-4",       "windows-1252",
@@ -312,7 +312,7 @@ std::string Widen(std::string_view text, std::size_t width, bool lowFirst) {
   return wide;
 }
 
-TEST(XmlValueReaderTest, ReadsWideEncodingsAsATreeDoes) {
+TEST(XmlValueReaderTest, ReadsWideEncodingsAsThroughATree) {
   for (const std::string_view text :
        {"<o><string>a</string></o>", "<?xml version='1.0'?><o><string>a</string></o>",
         "<?xml version='1.0' encoding='UTF-16'?><o><string>a</string></o>"}) {
@@ -336,7 +336,7 @@ std::string InString(const std::string& content) {
   return "<o><string>" + content + "</string></o>";
 }
 
-TEST(XmlValueReaderTest, ReadsLongTextsAsATreeDoes) {
+TEST(XmlValueReaderTest, ReadsLongTextsAsThroughATree) {
   for (const std::size_t size : {kLimit, kLimit + 1}) {
     const std::string text(size - 5, 'x');
     ExpectSameReading(InString(text + "&lt;xxxx"));
@@ -344,7 +344,7 @@ TEST(XmlValueReaderTest, ReadsLongTextsAsATreeDoes) {
   }
 }
 
-TEST(XmlValueReaderTest, ReadsLongTextsOfEveryKindAsATreeDoes) {
+TEST(XmlValueReaderTest, ReadsLongTextsOfEveryKindAsThroughATree) {
   if (Rounds(0, 1) == 0) {
     GTEST_SKIP() << "reads a gigabyte: part of a campaign only";
   }
@@ -362,7 +362,7 @@ TEST(XmlValueReaderTest, ReadsLongTextsOfEveryKindAsATreeDoes) {
   }
 }
 
-TEST(XmlValueReaderTest, ReadsLongNamesAsATreeDoes) {
+TEST(XmlValueReaderTest, ReadsLongNamesAsThroughATree) {
   for (const std::size_t size : {10000, 10001, 49999, 50000, 50001}) {
     const std::string name(size, 'n');
     ExpectSameReading("<o><string/><" + name + "/></o>");
@@ -371,7 +371,7 @@ TEST(XmlValueReaderTest, ReadsLongNamesAsATreeDoes) {
 }
 
 TEST(XmlValueReaderTest, DoesNotReadADocumentWithTooManyNames) {
-  // The parser can store about 10 MB of names.
+  // The scanner reads at most 4 MB of different names. (The parser can store about 10 MB.)
   for (const int count : {400000, 600000}) {
     std::string text = "<o>";
     for (int i = 0; i < count; ++i) {
@@ -382,20 +382,20 @@ TEST(XmlValueReaderTest, DoesNotReadADocumentWithTooManyNames) {
     try {
       isRead = ReadXmlValue(text + "</o>", value);
     } catch (const KestrelException&) {
-      isRead = true;  // The document is read, but contains no value.
+      isRead = true;  // The document is read, but its first element is not a value.
     }
     EXPECT_EQ(isRead, count == 400000);
   }
 }
 
-TEST(XmlValueReaderTest, ReadsLongAttributesAsATreeDoes) {
+TEST(XmlValueReaderTest, ReadsLongAttributesAsThroughATree) {
   // The parser stores a "&" in an attribute as five bytes.
   for (const std::size_t count : {kLimit / 5 - 1, kLimit / 5, kLimit / 5 + 1}) {
     ExpectSameReading("<o a='" + Repeat("&amp;", count) + "'><string/></o>");
   }
 }
 
-TEST(XmlValueReaderTest, ReadsAmpersandsInAttributesAsATreeDoes) {
+TEST(XmlValueReaderTest, ReadsAmpersandsInAttributesAsThroughATree) {
   for (const char* name :
        {"&amp;", "&amp;amp;", "&amp;#38;", "&#38;#38;", "a&#x26;b&amp;&amp;",
         "&lt;&gt;&quot;&apos;&#10;&#9;", "&foo;", "&amp", "& ", "&#0;", "&amp;&"}) {
@@ -404,7 +404,7 @@ TEST(XmlValueReaderTest, ReadsAmpersandsInAttributesAsATreeDoes) {
   }
 }
 
-TEST(XmlValueReaderTest, ReadsManyErrorsAsATreeDoes) {
+TEST(XmlValueReaderTest, ReadsManyErrorsAsThroughATree) {
   ExpectSameReading("<o>" + Repeat("<p:a/>", 1000) + "</o>");
   ExpectSameReading("<o>" + Repeat("&foo;", 1000) + "</o>");
   ExpectSameReading("<o>" + Repeat("<a b='1' b='2'>", 100) + "</o>");
@@ -437,7 +437,7 @@ TEST(XmlValueReaderTest, DoesNotExpandNestedEntities) {
   EXPECT_EQ(ExpectSameReading(text + "]><o a='&e29;'><string/></o>"), Way::Tree);
 }
 
-TEST(XmlValueReaderTest, ReadsThroughATreeWhenTheProgramHasItsOwnErrorHandler) {
+TEST(XmlValueReaderTest, ErrorsReachTheHandlerOfTheProgramOnce) {
   int errors = 0;
   xmlSetStructuredErrorFunc(&errors, [](void* count, auto*) { ++*static_cast<int*>(count); });
   std::shared_ptr<MetaObject> value;

@@ -14,7 +14,7 @@
 namespace Kestrel::AutoCli {
 namespace {
 
-TEST(XmlAttributeCountTest, CountsTheAttributesOfTheTagThatHasMost) {
+TEST(XmlAttributeCountTest, CountsTheAttributesOfTheTagThatHasTheMost) {
   EXPECT_EQ(CountMostAttributes(""), 0u);
   EXPECT_EQ(CountMostAttributes("= = ="), 0u);
   EXPECT_EQ(CountMostAttributes("<a/> = <a>"), 0u);
@@ -63,8 +63,8 @@ class ParserOfATag {
   xmlParserCtxt* const parser_;
 };
 
-// The parser's tables have five entries for an attribute and two for a namespace. The arrays may
-// have twice the size that is needed.
+// The parser's tables have five entries for an attribute and two for a namespace. They grow to
+// twice their size, so they may have twice the size that is needed.
 TEST(XmlAttributeCountTest, StopsTheParserWhenItsTablesAreTooLarge) {
   ParserOfATag largest(100000, 40000);
   EXPECT_FALSE(largest.StopAtTooMany());

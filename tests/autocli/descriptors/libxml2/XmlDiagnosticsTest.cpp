@@ -18,7 +18,7 @@ constexpr char kBroken[] = "<o><a></o>";
 
 void ParseBroken() { xmlFreeDoc(xmlReadMemory(kBroken, sizeof(kBroken) - 1, "test", nullptr, 0)); }
 
-/// A handler for errors, as a program may have one. Counts the errors.
+/// An error handler such as a program may have. It counts the errors.
 class OwnHandler {
  public:
   OwnHandler() {
