@@ -57,7 +57,7 @@ TEST_F(CliDispatcherAuditTest, TheUserComesFromTheEnvironmentWhileTheCommandRuns
   EXPECT_EQ("before", AuditTls::GetAuditParam("user"));
 }
 
-TEST_F(CliDispatcherAuditTest, AnUnknownUserIsEmpty) {
+TEST_F(CliDispatcherAuditTest, TheUserIsEmptyIfTheEnvironmentHasNone) {
   for (const std::optional<std::string>& value :
        {std::optional<std::string>(), std::optional<std::string>("")}) {
     const ScopedEnvironment user("OPR_USERNAME", value);

@@ -151,7 +151,7 @@ class CliDispatcherTest : public ::testing::Test {
     Apply({"--screen-width=0"});
   }
 
-  // The command has a string "name" (-n), a flag "force" (-f) and a secret "password".
+  // Declares a string "name" (-n), a flag "force" (-f) and a secret "password", all optional.
   void DeclareParameters() {
     auto spec = InputSpec::New();
     const auto name = ParameterSpec::New("name", ParameterType::String);
@@ -247,7 +247,7 @@ TEST_F(CliDispatcherDeathTest, HandleArgvInputReadsInputAndExitsWithTheStatusOfI
               "^Errors: \nUnable to find requested formatter: nosuch\n$");
 }
 
-TEST_F(CliDispatcherDeathTest, HandleArgvInputListsTheRootAndExitsWithOne) {
+TEST_F(CliDispatcherDeathTest, HandleArgvInputWithoutWordsListsTheRootAndExitsWithOne) {
   const char* const argv[] = {"tool"};
   StreamCapture out(STDOUT_FILENO);
   EXPECT_EXIT(dispatcher.HandleArgvInput(1, argv), ExitedWithCode(1), "^$");
@@ -293,7 +293,7 @@ TEST_F(CliDispatcherTest, AnUnknownWordMakesEachOperationThrow) {
   EXPECT_EQ(0, command->executions);
 }
 
-TEST_F(CliDispatcherTest, AWordAfterACommandMakesEachOperationThrow) {
+TEST_F(CliDispatcherTest, AWordAfterACommandMakesHandleOptionsThrow) {
   EXPECT_THAT(
       [&] {
         Handle({"try", "say", "extra"});
@@ -322,7 +322,7 @@ TEST_F(CliDispatcherTest, RunsACommandWithItsParameters) {
   EXPECT_EQ("tool|try say|x|force", seen);
 }
 
-TEST_F(CliDispatcherTest, PrintsEveryMistakeInTheParametersAndRunsNothing) {
+TEST_F(CliDispatcherTest, PrintsTheMistakesInTheParametersAndRunsNothing) {
   DeclareParameters();
   const Handled handled =
       Handle({"try", "say", "--name", "--force", "yes", "--name=x", "--other=1"});
@@ -376,7 +376,7 @@ TEST_F(CliDispatcherTest, TheFormatterIsNotCalledAfterACommandFails) {
   EXPECT_EQ("Errors: \nno fuel\n", handled.err);
 }
 
-TEST_F(CliDispatcherTest, PrintsTheHelpPageOfACommandWhateverElseIsWrong) {
+TEST_F(CliDispatcherTest, PrintsTheHelpPageOfACommandDespiteAnUnknownParameter) {
   command->SetDescription("Says something.");
   const Handled handled = Handle({"try", "say", "--other=1", "--help"});
   EXPECT_TRUE(handled.result);
@@ -433,7 +433,7 @@ TEST_F(CliDispatcherTest, AUserCannotChooseTheFormatterOfListings) {
   EXPECT_EQ(1, command->executions);
 }
 
-// A node with the type of a command that is not a Command: nothing runs, and there is no message.
+// A node that has the type of a command but is not a Command, so that it cannot run.
 class BareCommand : public CommandSpec {
  public:
   std::shared_ptr<InputSpec> GetInputSpecInternal() override { return InputSpec::New(); }
@@ -526,7 +526,7 @@ TEST_F(CliDispatcherTest, ANamespaceIsListedWhateverParametersFollowIt) {
   }
 }
 
-TEST_F(CliDispatcherTest, AnUnknownOptionDoesNotShowInAListing) {
+TEST_F(CliDispatcherTest, ErrorsOfTheOptionsAreNotPrintedWithAListing) {
   for (const Tokens& tokens :
        {Tokens{"--colour"}, Tokens{"--formatter"}, Tokens{"--format-param"}}) {
     const Handled handled = Handle(tokens);
@@ -580,7 +580,7 @@ TEST_F(CliDispatcherTest, ANodeThatResolvesToNullListsTheRootOnlyForHelp) {
   }
 }
 
-TEST_F(CliDispatcherTest, ANodeThatOnlyClaimsToBeACommandRunsNothingAndReportsNothing) {
+TEST_F(CliDispatcherTest, ANodeOfTheTypeCommandThatIsNotACommandRunsNothingAndReportsNothing) {
   dispatcher.GetRootNamespace()->RegisterNamespaceNode(std::make_shared<OddNode>(NodeType::Command),
                                                        "odd");
   const Handled handled = Handle({"odd", "--name"});
@@ -659,7 +659,7 @@ TEST_F(CliDispatcherTest, FormatParametersAreSplitAtTheFirstEqualsSign) {
                                                   Pair("units:Disk.Size", "Mb")));
 }
 
-TEST_F(CliDispatcherTest, FormatParametersWithoutKeyOrValueAreRefused) {
+TEST_F(CliDispatcherTest, FormatParametersWithoutAValidKeyOrAValueAreRefused) {
   EXPECT_THAT(
       Apply({"--format-param", "=x", "--format-param", "x", "--format-param",
              "x=", "--format-param", "a_b=c", "--format-param", "good=x", "--format-param"}),
@@ -719,7 +719,7 @@ INSTANTIATE_TEST_SUITE_P(
     Numbers, CliDispatcherWidthTest,
     ::testing::Values(WidthCase{"Decimal", "80", 80}, WidthCase{"Hexadecimal", "0x50", 80},
                       WidthCase{"Octal", "010", 8}, WidthCase{"One", "1", 1},
-                      WidthCase{"Largest", "9999", 9999}, WidthCase{"Limit", "10000", 5},
+                      WidthCase{"Largest", "9999", 9999}, WidthCase{"OneTooLarge", "10000", 5},
                       WidthCase{"TooLarge", "20000", 5}, WidthCase{"Zero", "0", 5},
                       WidthCase{"Word", "wide", 5}, WidthCase{"Empty", "--screen-width", 5},
                       WidthCase{"TrailingText", "40x", 40}, WidthCase{"Negative", " -1", 5},
@@ -765,7 +765,7 @@ TEST_F(CliDispatcherTest, TheFormatterForHelpPagesHasNoParameters) {
   EXPECT_THAT(help.GetParameters(), IsEmpty());
 }
 
-TEST_F(CliDispatcherTest, PrintErrorPrintsNothingWithoutErrors) {
+TEST_F(CliDispatcherTest, PrintErrorPrintsAllErrorsOrNothing) {
   StreamCapture err(STDERR_FILENO);
   const auto output = CommandOutput::New();
   dispatcher.PrintError(output);
@@ -776,7 +776,7 @@ TEST_F(CliDispatcherTest, PrintErrorPrintsNothingWithoutErrors) {
   EXPECT_EQ("Errors: \n\nsecond\n", err.GetText());
 }
 
-TEST_F(CliDispatcherTest, MessagesIgnoreTheStateOfTheStream) {
+TEST_F(CliDispatcherTest, MessagesIgnoreTheWidthOfTheStream) {
   StreamCapture err(STDERR_FILENO);
   const auto output = CommandOutput::New();
   output->AddErrorMessage("only");
@@ -836,7 +836,7 @@ TEST_F(CliDispatcherTest, LinesShareOnlyTheScreenWidthAndUseTheNameVexil) {
             handled.out.substr(0, 69));
 }
 
-TEST_F(CliDispatcherTest, ALineDoesNotReadFurtherInput) {
+TEST_F(CliDispatcherTest, TheInputOptionIsUnknownInALineOfAStream) {
   const Handled handled = HandleStream("--input nosuch try say\n--input=nosuch\n");
   EXPECT_FALSE(handled.result);
   EXPECT_EQ("Usage: vexil ", handled.out.substr(0, 13));
@@ -884,7 +884,7 @@ TEST_F(CliDispatcherTest, InputThatCannotBeOpenedIsAnError) {
   EXPECT_EQ("Unable to open file " + missing + "\n", handled.err);
 }
 
-TEST_F(CliDispatcherTest, InputFromAFolderOrFromNowhereIsAnError) {
+TEST_F(CliDispatcherTest, InputFromAFolderOrWithoutANameIsAnError) {
   const ScopedTempDir folder;
   EXPECT_EQ("Unable to open file " + folder.GetPath() + "\n",
             Handle({"--input", folder.GetPath()}).err);
@@ -893,14 +893,14 @@ TEST_F(CliDispatcherTest, InputFromAFolderOrFromNowhereIsAnError) {
   EXPECT_EQ("Unable to open file \n", empty.err);
 }
 
-// Makes every further read from `descriptor` fail.
+// Makes every further read from the file descriptor fail.
 void BreakReads(int descriptor) {
   const int unreadable = open("/dev/null", O_WRONLY);
   dup2(unreadable, descriptor);
   close(unreadable);
 }
 
-// Returns the descriptor of this process for the open file `path`.
+// Returns the file descriptor of this process for the open file `path`.
 int FindDescriptor(const std::string& path) {
   for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
     std::error_code isGone;
@@ -939,7 +939,7 @@ TEST_F(CliDispatcherTest, AFailedReadOfStandardInputIsAnErrorWhateverTheLastLine
   EXPECT_EQ("Unable to read standard input\n", handled.err);
 }
 
-// Returns one line; the next one does not fit into memory.
+// Replaces the input of std::cin by one line and a second one that does not fit into memory.
 class OverlongInput : public std::streambuf {
  public:
   OverlongInput() : original_(std::cin.rdbuf(this)) {

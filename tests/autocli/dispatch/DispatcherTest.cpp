@@ -293,7 +293,7 @@ TEST_F(DispatcherTest, ResetKeepsTheTreeTheFormattersAndTheCode) {
   EXPECT_FALSE(IsLoaded(path));
 }
 
-TEST_F(DispatcherTest, ResetReleasesPluginsThatUnmapNoCode) {
+TEST_F(DispatcherTest, ResetReleasesAPluginThatUnmapsNoCodeUnlessItHasFormatters) {
   auto plain = std::make_shared<SamplePlugin>("Plain");
   auto formatting = std::make_shared<SamplePlugin>("Formatting", std::vector<std::string>{"zeta"});
   const std::weak_ptr<Plugin> plainOwner = plain;
@@ -519,7 +519,7 @@ TEST_F(DispatcherTest, OneBrokenPluginDoesNotStopTheOthers) {
   EXPECT_FALSE(IsLoaded(noEntry));
 }
 
-TEST_F(DispatcherTest, AnExceptionOfAnotherTypeEndsTheDirectory) {
+TEST_F(DispatcherTest, AnExceptionOfAnotherTypeStopsLoadingTheDirectory) {
   const ScopedTempDir dir;
   CopyTestPlugin("NamedAfterFilePlugin", dir.GetPath("a.so"));
   CopyTestPlugin("ThrowingPluginStandardException", dir.GetPath("b.so"));
@@ -609,7 +609,7 @@ TEST_F(DispatcherTest, NullsAmongTheFormattersOfAPluginAreSkipped) {
   EXPECT_EQ(dispatcher_.GetFormatter("zeta"), plugin->formatters[1]);
 }
 
-TEST_F(DispatcherTest, AFormatterWhoseNameIsTakenKeepsItsPluginOut) {
+TEST_F(DispatcherTest, APluginWithATakenFormatterNameIsRefusedButItsCommandsStay) {
   const std::shared_ptr<Formatter> table = dispatcher_.GetFormatter("table");
   const auto plugin = std::make_shared<SamplePlugin>(
       "Second", std::vector<std::string>{"fresh", "table", "simple"});
@@ -686,7 +686,7 @@ TEST_F(DispatcherTest, APathToANamespaceCausesOneError) {
   EXPECT_THAT(output_->GetErrors(), ElementsAre("Path refers to a namespace, not a command."));
 }
 
-// A leaf with a declaration that cannot be run.
+// A node that has the type of a command but is not a Command, so that it cannot run.
 class BareSpec : public CommandSpec {
  public:
   std::shared_ptr<CallSpec::InputSpec> GetInputSpecInternal() override { return nullptr; }
@@ -757,7 +757,7 @@ TEST_F(DispatcherTest, ErrorsFromBeforeTheCallDoNotStopIt) {
   EXPECT_THAT(output_->GetErrors(), ElementsAre("from before"));
 }
 
-TEST_F(DispatcherTest, HelpRunsAlthoughParametersAreMissing) {
+TEST_F(DispatcherTest, HelpIsReturnedAlthoughParametersAreMissing) {
   const std::shared_ptr<SampleCommand> command = MakeDeletingCommand();
   Register({"file"}, command);
   const std::shared_ptr<CommandInput> input = MakeCommandInput({"file"});
@@ -775,7 +775,7 @@ TEST_F(DispatcherTest, ErrorsOfTheCommandMakeTheResultFalse) {
                                       "match the declared output type, see errors above.\n"));
 }
 
-TEST_F(DispatcherTest, ABrokenInputSpecificationIsThrown) {
+TEST_F(DispatcherTest, ACommandWithoutAnInputSpecificationThrows) {
   const std::shared_ptr<SampleCommand> command = MakeAnsweringCommand("here");
   command->inputSpec = nullptr;
   Register({"file"}, command);

@@ -39,7 +39,7 @@ void ExpectSameAnswers(const std::vector<std::string>& texts) {
   }
 }
 
-TEST(FormatParamPatternTest, EveryShortStringIsCheckedAsByTheExpression) {
+TEST(FormatParamPatternTest, ChecksEveryShortStringAsTheExpressionDoes) {
   std::vector<std::string> texts;
   std::vector<std::string> longest = {""};
   for (int length = 1; length <= 5; ++length) {
@@ -55,7 +55,7 @@ TEST(FormatParamPatternTest, EveryShortStringIsCheckedAsByTheExpression) {
   ExpectSameAnswers(texts);
 }
 
-TEST(FormatParamPatternTest, EveryByteInEachPlaceIsCheckedAsByTheExpression) {
+TEST(FormatParamPatternTest, ChecksEveryByteInEachPlaceAsTheExpressionDoes) {
   std::vector<std::string> texts;
   for (int byte = 0; byte < 256; ++byte) {
     const std::string c(1, static_cast<char>(byte));

@@ -49,8 +49,8 @@ OptionParser ParseLine(const std::string& line) {
   return parser;
 }
 
-// Makes a declaration: a string "device" (-d), a secret "password" (-p), a flag "force" (-f),
-// "help" (-h).
+// Makes a declaration: a string "device" (-d), a secret "password" (-p), a flag "force" (-f) and a
+// string "help" (-h).
 std::shared_ptr<InputSpec> MakeSpec() {
   auto spec = InputSpec::New();
   const auto device = ParameterSpec::New("device", ParameterType::String);
@@ -335,7 +335,7 @@ TEST(OptionParserTest, EachQuestionAboutCommandParametersProcessesThem) {
   EXPECT_THAT(Parse(tokens).GetCommandParameters(), ElementsAre(Pair("name", "x")));
 }
 
-TEST(OptionParserTest, QuestionsAboutDispatcherOptionsProcessNothing) {
+TEST(OptionParserTest, QuestionsAboutDispatcherOptionsIgnoreCommandParameters) {
   OptionParser parser = Parse({"--plugin=a", "--plugin=b", "-h", "x", "ns", "--name", "y"});
   EXPECT_FALSE(parser.HasDispatcherParameter("help"));
   EXPECT_THAT(parser.GetDispatcherParameter("plugin"), ElementsAre("a", "b"));
@@ -478,7 +478,7 @@ TEST(OptionParserTest, EarlierOutputPrecedesThePrompt) {
   EXPECT_EQ("before Enter value for 'password': \n", out.GetText());
 }
 
-TEST(OptionParserTest, ThePromptIgnoresTheStateOfTheStream) {
+TEST(OptionParserTest, ThePromptIgnoresTheWidthOfTheStream) {
   OptionParser parser = Parse({"ns", "cmd", "--password"});
   parser.SetInputSpec(MakeSpec());
   StreamCapture out(STDOUT_FILENO);

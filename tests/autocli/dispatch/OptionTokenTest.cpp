@@ -60,15 +60,15 @@ void ExpectSameAnswers(const std::vector<std::string>& tokens) {
   }
 }
 
-TEST(OptionTokenTest, EveryShortTokenIsCheckedAsByTheExpressions) {
+TEST(OptionTokenTest, ChecksEveryShortTokenAsTheExpressionsDo) {
   ExpectSameAnswers(MakeStrings("", "-=aZ1.\n", 6));
 }
 
-TEST(OptionTokenTest, EveryShortLongOptionIsCheckedAsByTheExpressions) {
+TEST(OptionTokenTest, ChecksEveryShortLongOptionAsTheExpressionsDo) {
   ExpectSameAnswers(MakeStrings("--", "-=aZ1.\n", 6));
 }
 
-TEST(OptionTokenTest, EveryByteInEachPlaceIsCheckedAsByTheExpressions) {
+TEST(OptionTokenTest, ChecksEveryByteInEachPlaceAsTheExpressionsDo) {
   std::vector<std::string> tokens;
   for (int byte = 0; byte < 256; ++byte) {
     const std::string c(1, static_cast<char>(byte));

@@ -92,7 +92,7 @@ TEST(CliDispatcherHelpFormatterTest, DescribesItself) {
   EXPECT_THAT(formatter.GetParams(), IsEmpty());
 }
 
-TEST(CliDispatcherHelpFormatterTest, PrintsTheRootWithNothingBetweenThePieces) {
+TEST(CliDispatcherHelpFormatterTest, PrintsTheRootWithoutAPath) {
   EXPECT_EQ(
       "Usage: tool [disp options] <namespaces> <command>\n"
       "\n"
@@ -216,7 +216,7 @@ TEST(CliDispatcherHelpFormatterTest, RefusesAStructureOfAnotherType) {
   ExpectRefused(output);
 }
 
-TEST(CliDispatcherHelpFormatterTest, PrintsWhatItFindsInAnEmptyStructure) {
+TEST(CliDispatcherHelpFormatterTest, PrintsPlaceholdersAndErrorsForMissingFields) {
   EXPECT_EQ(
       "Usage: <Dispatcher> [disp options] <namespaces> <command>\n"
       "\n"

@@ -27,7 +27,7 @@ std::shared_ptr<MetaStruct> MakeStruct(const std::string& fieldName) {
   return structure;
 }
 
-/// Has structures of four layouts, and makes values that count how many were made.
+/// Has structures of four layouts. The first value that it makes is 1, the second one is 2, etc.
 class LayoutCacheTest : public ::testing::Test {
  protected:
   template <typename Cache>
