@@ -116,7 +116,7 @@ TEST_F(SimpleFormatterTest, PrintsNothingForNull) {
   EXPECT_EQ(PrintAt(0, nullptr), "");
 }
 
-TEST_F(SimpleFormatterTest, ReportsAValueThatClaimsAnotherKind) {
+TEST_F(SimpleFormatterTest, ReportsAValueWhoseClassDoesNotMatchItsKind) {
   const auto print = [](MetaType type) { return Print(std::make_shared<LyingValue>(type)); };
   EXPECT_EQ(print(MetaType::Bool), "Error reading a bool\n");
   EXPECT_EQ(print(MetaType::Int), "Error reading a int\n");
@@ -282,7 +282,7 @@ TEST_F(SimpleFormatterTest, AlignsAFieldWithoutANameToo) {
   EXPECT_EQ(Print(MakeRecord({{"", "1"}})), "Row:\n   : 1\n");
 }
 
-TEST_F(SimpleFormatterTest, AlignsBeforeNestedValuesToo) {
+TEST_F(SimpleFormatterTest, AlignsTheNamesOfNestedValuesToo) {
   const auto structure = MetaStruct::New("Outer");
   structure->SetField("a", MakeRecord({{"x", "1"}}));
   structure->SetField("list", std::vector<long>{1, 2});
@@ -490,7 +490,7 @@ TEST_F(SimpleFormatterTest, PrintsAStructureOfAHundredThousandFields) {
   EXPECT_EQ(text.substr(0, 41), "Row:\n   f0    : 0\n   f1    : 1\n   f10   :");
 }
 
-TEST_F(SimpleFormatterTest, FindsAFieldAfterTheLastOneOfALargeStructure) {
+TEST_F(SimpleFormatterTest, FindsTheFirstFieldOfALargeStructureAgainAfterTheLast) {
   const auto structure = MetaStruct::New("Row");
   std::string names;
   std::string expected = "Row:\n";
@@ -559,7 +559,7 @@ TEST_F(SimpleFormatterTest, LooksTheSameAtEveryWidth) {
   }
 }
 
-/// Prints the same output by plain recursion, however slowly.
+/// A slow model of the formatter: prints a value by plain recursion.
 class SlowModel {
  public:
   explicit SlowModel(FormatParameters& params) : params_(params) {}

@@ -189,7 +189,7 @@ TEST_F(TableFormatterTest, PrintsTwoSpacesAfterAnIntegerEvenInTheLastColumn) {
   EXPECT_EQ(Print(TwoDisks(), {{"fields", "Size"}}), "Size\n----\n 512  \n4096  \n");
 }
 
-TEST_F(TableFormatterTest, AValueThatClaimsAnotherKindIsAlignedByThatKind) {
+TEST_F(TableFormatterTest, AValueWhoseClassDoesNotMatchItsKindIsAlignedByItsKind) {
   const auto row = MetaStruct::New("Row");
   row->SetField("wide column", std::make_shared<LyingValue>(MetaType::Int));
   EXPECT_EQ(Print(MakeList({row})), "wide column\n-----------\n      a lie  \n");

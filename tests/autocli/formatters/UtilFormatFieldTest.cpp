@@ -207,7 +207,7 @@ TEST(UtilFormatFieldTest, StringsTakeTheConversionS) {
   EXPECT_EQ(PrintString("100%d %n", "<%s>"), "<100%d %n>");
 }
 
-TEST(UtilFormatFieldTest, AnArgumentMayBeNamedRepeatedly) {
+TEST(UtilFormatFieldTest, NumberedConversionsMayRepeatTheArgument) {
   EXPECT_EQ(PrintInt(255, "%1$ld = %1$#lx"), "255 = 0xff");
   EXPECT_EQ(PrintInt(-1, "%1$hhu %1$lu"), "255 18446744073709551615");
   EXPECT_EQ(PrintString("ab", "%1$s%1$s %%"), "abab %");
@@ -288,7 +288,7 @@ TEST(UtilFormatFieldTest, LiteralTextIsNotCut) {
   EXPECT_EQ(PrintInt(5, literal + "%ld"), literal + "5");
 }
 
-TEST(UtilFormatFieldTest, HugeWidthsAndPrecisionsCostNothing) {
+TEST(UtilFormatFieldTest, HugeWidthsAndPrecisionsAreReducedToTheLimit) {
   EXPECT_EQ(PrintInt(5, "%2000000000d"), std::string(12 + 1 + 64, ' '));
   EXPECT_EQ(PrintInt(5, "%.1000000000d"), std::string(13 + 1 + 64, '0'));
   EXPECT_EQ(PrintInt(5, "%2147483647d"), std::string(12 + 1 + 64, ' '));
@@ -335,7 +335,7 @@ std::string SystemPrint(const std::string& format, std::size_t textSize, Argumen
   return buffer.data();
 }
 
-/// Returns a format with one conversion, or with several that all refer to the same argument.
+/// Makes formats with at most three conversions, which all refer to the same argument.
 class RandomFormats {
  public:
   int Pick(int from, int to) { return random_.Between(from, to); }

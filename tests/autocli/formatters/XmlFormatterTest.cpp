@@ -259,7 +259,7 @@ TEST_F(XmlFormatterTest, IndentsByThreeSpacesPerLevelFromLevelOne) {
             "</structure>\n");
 }
 
-TEST_F(XmlFormatterTest, ReportsAValueThatClaimsAnotherKind) {
+TEST_F(XmlFormatterTest, ReportsAValueWhoseClassDoesNotMatchItsKind) {
   const auto print = [](MetaType type) { return PrintAt(2, std::make_shared<LyingValue>(type)); };
   EXPECT_EQ(print(MetaType::Bool), "<!-- Error reading a bool -->\n");
   EXPECT_EQ(print(MetaType::Int), "Error reading a int\n");

@@ -1,10 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The folder of temporary files is assumed to be trusted. That is: it and the folders above it
-// belong to root, and those that everyone may write to are sticky. If root runs the tests, this
-// program and its files must belong to root. If another user runs them, they must belong to that
-// user.
+// These tests are skipped unless their files are trusted. That is: the folder of temporary files
+// and the folders above it belong to root or to the owner of this program, those that other users
+// may write to are sticky, and the user who runs the tests is root or the owner of this program.
 
 #include "autocli/plugins/CheckedFile.h"
 
@@ -158,7 +157,7 @@ TEST_F(CheckedFileTest, RefusesEveryFileWithoutProc) {
             "/file belongs to user 1, who is neither root nor the owner of this program");
 }
 
-TEST_F(CheckedFileTest, KeepsTheFileThatItHasChecked) {
+TEST_F(CheckedFileTest, RefersToTheFileThatItHasCheckedEvenIfThatIsMoved) {
   const CheckedFile file = OpenCheckedFile(file_);
   fs::rename(file_, folder_.GetPath("moved"));
   folder_.Write("inner/file", "other text");
@@ -190,7 +189,7 @@ TEST_F(CheckedFileTest, FollowsFortyLinksAndNotMore) {
   EXPECT_EQ(OpenCheckedFile(folder_.GetPath("40")).error, ELOOP);
 }
 
-TEST_F(CheckedFileTest, ReportsThatNoDescriptorIsLeft) {
+TEST_F(CheckedFileTest, ReportsThatNoFileDescriptorIsLeft) {
   if (Testing::kIsSanitized) {
     GTEST_SKIP() << "the sanitizer needs descriptors of its own";
   }
@@ -207,7 +206,7 @@ TEST_F(CheckedFileTest, ReportsThatNoDescriptorIsLeft) {
   EXPECT_TRUE(OpenCheckedFile(link).descriptor.IsOpen());
 }
 
-TEST_F(CheckedFileTest, LeavesNoDescriptorOpen) {
+TEST_F(CheckedFileTest, LeavesNoFileDescriptorOpen) {
   const auto count = [] {
     return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
   };

@@ -66,7 +66,7 @@ TEST(SharedLibraryPluginTest, NewOpensNothing) {
   EXPECT_FALSE(IsLoaded(path));
 }
 
-TEST(SharedLibraryPluginTest, TheSharedObjectStaysLoadedAsLongAsThePlugin) {
+TEST(SharedLibraryPluginTest, TheSharedObjectStaysLoadedAsLongAsThePluginExists) {
   const std::string path = TestPluginPath("EchoPlugin");
   std::shared_ptr<SharedLibraryPlugin> plugin = SharedLibraryPlugin::New(path);
   plugin->Initialize();
@@ -169,7 +169,7 @@ TEST(SharedLibraryPluginTest, APluginCompiledForAnotherAbiIsRefusedAndClosed) {
   EXPECT_FALSE(IsLoaded(path));
 }
 
-TEST(SharedLibraryPluginTest, APluginWithoutANumberIsLoaded) {
+TEST(SharedLibraryPluginTest, APluginWithoutAnAbiNumberIsLoaded) {
   const std::shared_ptr<SharedLibraryPlugin> plugin =
       SharedLibraryPlugin::New(TestPluginPath("NoAbiPlugin"));
   plugin->Initialize();
@@ -180,7 +180,7 @@ TEST(SharedLibraryPluginTest, APluginWithoutANumberIsLoaded) {
 }
 
 // If the number were a unique symbol, the loader would use the first definition for all plug-ins.
-TEST(SharedLibraryPluginTest, EachPluginHasANumberOfItsOwn) {
+TEST(SharedLibraryPluginTest, EachPluginHasAnAbiNumberOfItsOwn) {
   const std::unique_ptr<void, int (*)(void*)> other(
       dlopen(TestPluginPath("OtherAbiPlugin").c_str(), RTLD_LAZY | RTLD_GLOBAL), dlclose);
   ASSERT_NE(other, nullptr);
@@ -380,7 +380,7 @@ TEST_F(ForeignRightsTest, AFileThatOthersCanWriteIsRefused) {
       path, "Unable to load plugin from " + path + " : " + path + " can be written by every user");
 }
 
-TEST_F(ForeignRightsTest, MessagesNameThePathAndNotTheDescriptor) {
+TEST_F(ForeignRightsTest, MessagesNameThePathAndNotTheFileDescriptor) {
   const std::string missing = dir_.GetPath("missing.so");
   ExpectRefused(missing, "Unable to load plugin from " + missing + " : " + missing +
                              ": cannot open shared object file: No such file or directory");

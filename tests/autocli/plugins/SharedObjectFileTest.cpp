@@ -59,7 +59,7 @@ bool IsCutShort(const std::string& text) {
   return IsSharedObjectCutShort(dir.Write("x.so", text));
 }
 
-TEST(SharedObjectFileTest, TheLastSegmentMustEndWithinTheFile) {
+TEST(SharedObjectFileTest, ASegmentMustEndWithinTheFile) {
   EXPECT_FALSE(IsCutShort(MakeObject({PT_LOAD, 0, 1000}, 1000)));
   EXPECT_TRUE(IsCutShort(MakeObject({PT_LOAD, 0, 1001}, 1000)));
   EXPECT_FALSE(IsCutShort(MakeObject({PT_LOAD, 1000, 0}, 1000)));
@@ -67,7 +67,7 @@ TEST(SharedObjectFileTest, TheLastSegmentMustEndWithinTheFile) {
   EXPECT_TRUE(IsCutShort(MakeObject({PT_LOAD, 500, 501}, 1000)));
 }
 
-TEST(SharedObjectFileTest, ASegmentWhoseEndOverflowsIsAfterTheEnd) {
+TEST(SharedObjectFileTest, ASegmentWhoseEndOverflowsEndsAfterTheFile) {
   EXPECT_TRUE(IsCutShort(MakeObject({PT_LOAD, UINT64_MAX - 1, 2}, 1000)));
   EXPECT_TRUE(IsCutShort(MakeObject({PT_LOAD, 2, UINT64_MAX - 1}, 1000)));
 }
@@ -175,7 +175,7 @@ TEST(SharedObjectFileTest, AFileCutAnywhereDoesNotUseOrigin) {
   }
 }
 
-TEST(SharedObjectFileTest, AnObjectWithoutStringsDoesNotUseOrigin) {
+TEST(SharedObjectFileTest, AnObjectWithoutReadableStringsDoesNotUseOrigin) {
   EXPECT_FALSE(UsesOriginIn(MakeObject({PT_LOAD, 0, 1000}, 1000)));
   EXPECT_FALSE(UsesOriginIn(MakeObject({PT_DYNAMIC, UINT64_MAX - 1, UINT64_MAX}, 1000)));
   std::string text = MakeDynamicObject(DT_RUNPATH, "$ORIGIN");

@@ -158,7 +158,7 @@ TEST_P(FormatterStreamTest, EndsWhenTheReaderOfItsPipeIsGone) {
   EXPECT_TRUE(out.bad());
 }
 
-TEST_P(FormatterStreamTest, ReportsAFullDisk) {
+TEST_P(FormatterStreamTest, AFullDiskMakesTheStreamFail) {
   std::ofstream out("/dev/full");
   ASSERT_TRUE(out);
   Format(MakeMounts(), out);

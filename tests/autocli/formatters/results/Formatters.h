@@ -12,7 +12,7 @@
 
 namespace Kestrel::Testing {
 
-/// Returns the formatters that print results of commands.
+/// Returns the names of the formatters that print results of commands.
 const std::vector<std::string>& ResultFormatterNames();
 
 /// Makes the built-in formatter with that name.

@@ -39,7 +39,7 @@ std::shared_ptr<MetaObject> RandomTree::MakeRoot() {
     return MakeChain(20 + Pick(60));  // deeper than ordinary values
   }
   if (OneIn(100)) {
-    return MakeStruct(3, 80);  // more fields than a shared layout has
+    return MakeStruct(3, 80);  // may have more fields than a shared layout
   }
   return OneIn(2) ? MakeStructs(MakeStruct(1, 6)) : MakeValue(0);
 }

@@ -22,7 +22,7 @@ class RandomTree {
  public:
   explicit RandomTree(std::uint64_t seed) : random_(seed) {}
 
-  /// Makes a value with parameters for some of its fields. Its name says how it was made.
+  /// Makes a value and the parameters that it is printed with. Its name says how it was made.
   ResultValue Make();
 
   /// Returns a width of the screen: often 0, otherwise a narrow or a wide one.

@@ -39,8 +39,8 @@ std::shared_ptr<MetaList> ListOf(MetaType kind, const std::vector<Element>& elem
   return list;
 }
 
-/// Returns a value for each string as the root, and one value with a list of structures that
-/// contains all strings.
+/// Returns one value for each string, with the string as its root, and a last one with a list of
+/// structures that contains all strings.
 std::vector<ResultValue> MakeTexts(const std::vector<std::pair<const char*, std::string>>& texts) {
   std::vector<ResultValue> values;
   auto shape = MetaStruct::New("Note");

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Checks the guide's table of the bytes that do not read back, by reading each byte.
+"""Checks the guide's table of the bytes that cannot be read back, by reading each byte.
 
     check_bytes.py --program WRITE_TREES GUIDE
 

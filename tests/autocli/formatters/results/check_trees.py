@@ -21,7 +21,7 @@ import rendering
 import values
 
 MAX_PROBLEMS = 10
-MIN_READABLE_SHARE = 0.2  # Each reader must be able to read this share of the random trees.
+MIN_READABLE_SHARE = 0.2  # Of 1,000 trees or more, each reader must be able to read this share.
 
 
 def problems_of_rendering(cases):

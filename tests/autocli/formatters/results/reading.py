@@ -4,8 +4,9 @@
 """What other programs read from the output of the formatters.
 
 Each reader names the formatter whose output it reads and the program that it needs, if any.
-`can_read(case)` says whether the output is a valid document at all; docs/output-formats.md lists
-which outputs are not. `check(cases)` yields the differences between the values and what is read.
+`can_read(case)` returns whether the reader can read the output at all: docs/output-formats.md lists
+which outputs are not valid documents, and some readers limit the nesting. `check(cases)` yields the
+differences between the values and what is read.
 """
 
 import ast

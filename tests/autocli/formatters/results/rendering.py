@@ -177,7 +177,7 @@ def print_with(pattern, value):
         else:
             if not isinstance(value, int):
                 return None
-            if piece == b"%d":  # the low 32 bits
+            if piece == b"%d":  # prints only the low 32 bits
                 value = (value + 2**31) % 2**32 - 2**31
             text += piece.replace(b"ld", b"d") % value
     return text

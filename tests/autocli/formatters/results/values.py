@@ -1,7 +1,9 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 
-"""Reads the values that kestrel_write_trees writes; its source describes the notation.
+"""Reads the values that kestrel_write_trees writes.
+
+WriteTrees.cpp and EncodeValue.h describe the notation.
 
 Booleans and integers have Python's types, a string is `bytes`, nothing is None.
 """
@@ -10,7 +12,7 @@ import collections
 
 KINDS = ["Int", "Bool", "String", "Struct", "List"]
 
-Lie = collections.namedtuple("Lie", "kind text")  # claims a kind; `kind` is its name or None
+Lie = collections.namedtuple("Lie", "kind text")  # its class does not match `kind`, a name or None
 Struct = collections.namedtuple("Struct", "type_name fields")  # `fields`: pairs in name order
 List = collections.namedtuple("List", "kind items shape")  # `shape`: a Shape or None
 Shape = collections.namedtuple("Shape", "type_name names")  # the declared structure of a list
@@ -23,7 +25,7 @@ def kind_name(number):
 
 
 def kind_of(value):
-    """Returns the name of the kind that the value claims, or None when there is no such kind."""
+    """Returns the name of the value's kind, or None if the kind is unknown."""
     if isinstance(value, Lie):
         return value.kind
     kinds = {bool: "Bool", int: "Int", bytes: "String", Struct: "Struct", List: "List"}
