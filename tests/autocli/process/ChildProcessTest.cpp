@@ -57,7 +57,7 @@ bool HasChildren() {
   return waitid(P_ALL, 0, &info, WEXITED | WNOHANG | WNOWAIT) == 0;
 }
 
-/// Fails the test if a call has left a descriptor open or a child unreaped.
+/// Fails the test if a call has left a file descriptor open or a child unreaped.
 class LeavesNothing {
  public:
   LeavesNothing() : open_(CountOpenDescriptors()) {}
@@ -72,7 +72,7 @@ class LeavesNothing {
 
 class ChildProcessTest : public ::testing::Test {
  protected:
-  // Some tests need consecutive free descriptors, but this program may have inherited others
+  // Some tests need consecutive free file descriptors, but this program may have inherited others
   // between them.
   static void SetUpTestSuite() { closefrom(STDERR_FILENO + 1); }
 };
@@ -152,7 +152,7 @@ TEST_F(ChildProcessTest, AChildThatNeverReadsIsWaitedFor) {
   }
 }
 
-TEST_F(ChildProcessTest, ABrokenPipeLeavesSignalsUnchanged) {
+TEST_F(ChildProcessTest, ABrokenPipeLeavesTheStateOfSigpipeUnchanged) {
   const LeavesNothing nothing;
   sigset_t before;
   sigset_t after;
@@ -170,7 +170,7 @@ TEST_F(ChildProcessTest, ABrokenPipeLeavesSignalsUnchanged) {
   }
 }
 
-TEST_F(ChildProcessTest, APendingSignalStaysPending) {
+TEST_F(ChildProcessTest, APendingSigpipeStaysPending) {
   sigset_t sigpipe;
   sigemptyset(&sigpipe);
   sigaddset(&sigpipe, SIGPIPE);
@@ -185,7 +185,7 @@ TEST_F(ChildProcessTest, APendingSignalStaysPending) {
   pthread_sigmask(SIG_UNBLOCK, &sigpipe, nullptr);
 }
 
-TEST_F(ChildProcessTest, TheChildInheritsNoBlockedOrIgnoredSignals) {
+TEST_F(ChildProcessTest, TheChildBlocksNoSignalsAndDoesNotIgnoreSigpipe) {
   sigset_t all;
   sigset_t before;
   sigfillset(&all);
@@ -199,7 +199,7 @@ TEST_F(ChildProcessTest, TheChildInheritsNoBlockedOrIgnoredSignals) {
   EXPECT_EQ(std::stoull(ignoring, nullptr, 16) & (1u << (SIGPIPE - 1)), 0u) << ignoring;
 }
 
-TEST_F(ChildProcessTest, TheChildHasThreeDescriptors) {
+TEST_F(ChildProcessTest, TheChildHasThreeFileDescriptors) {
   const FileDescriptor other(open("/dev/null", O_RDONLY));  // without close-on-exec
   EXPECT_EQ(OutputOf("ls /proc/$$/fd; :"), "0\n1\n2\n");
 }
@@ -209,7 +209,7 @@ TEST_F(ChildProcessTest, OutputIsReadUntilABackgroundProcessClosesIt) {
   EXPECT_EQ(OutputOf("(sleep 0.3; echo late) & echo early"), "early\nlate\n");
 }
 
-TEST_F(ChildProcessTest, ASignalDoesNotEndACall) {
+TEST_F(ChildProcessTest, ASignalThatIsHandledDoesNotEndACall) {
   struct sigaction action = {};
   struct sigaction before;
   action.sa_handler = [](int) {};
@@ -274,12 +274,12 @@ TEST_F(ChildProcessTest, AFailedCallReapsAChildThatHasEnded) {
   EXPECT_THROW(RunShell("sleep 0.1; kill -ALRM $PPID; sleep 0.1", output), KestrelException);
 }
 
-TEST_F(ChildProcessTest, AFailureToWaitForTheChildsInputMakesTheWriteFail) {
+TEST_F(ChildProcessTest, AFailedPollMakesTheWriteFail) {
   if (Testing::kIsSanitized) {
     GTEST_SKIP() << "the sanitizer needs descriptors of its own";
   }
   const Interruption interruption([](int) {
-    rlimit one;  // waiting for two descriptors exceeds this limit
+    rlimit one;  // waiting for two file descriptors exceeds this limit
     getrlimit(RLIMIT_NOFILE, &one);
     one.rlim_cur = 1;
     setrlimit(RLIMIT_NOFILE, &one);
@@ -324,7 +324,7 @@ TEST_F(ChildProcessTest, AProgramThatCannotBeStartedIsReported) {
                                         "Failed to call process 'the line': Exec format error"));
 }
 
-TEST_F(ChildProcessTest, RunningOutOfDescriptorsIsReported) {
+TEST_F(ChildProcessTest, RunningOutOfFileDescriptorsIsReported) {
   if (Testing::kIsSanitized) {
     GTEST_SKIP() << "the sanitizer needs descriptors of its own";
   }
@@ -374,7 +374,7 @@ TEST_F(ChildProcessTest, RunsWithoutStandardStreams) {
   }
 }
 
-TEST_F(ChildProcessTest, RunningOutOfDescriptorsWithoutStandardStreamsIsReported) {
+TEST_F(ChildProcessTest, RunningOutOfFileDescriptorsWithoutStandardStreamsIsReported) {
   if (Testing::kIsSanitized) {
     GTEST_SKIP() << "the sanitizer needs descriptors of its own";
   }
@@ -443,7 +443,7 @@ TEST_F(ChildProcessTest, ASignalReachesTheChildAfterAnInterruptedWait) {
   EXPECT_TRUE(std::filesystem::exists(file));
 }
 
-TEST_F(ChildProcessTest, ManyRunsLeaveNoDescriptorOrChild) {
+TEST_F(ChildProcessTest, ManyRunsLeaveNoFileDescriptorOrChild) {
   const LeavesNothing nothing;
   const int runs = Testing::Rounds(500, 10000);
   for (int i = 0; i < runs; ++i) {

@@ -217,7 +217,7 @@ const GuardedRun kRuns[] = {
        terminal.Continue();
      },
      SIGTERM},
-    {"EchoGoesOffAgainAfterAStopThatNobodyCanCatch", AskForSecret,
+    {"EchoGoesOffAgainAfterSigstop", AskForSecret,
      [](auto& terminal) {
        ASSERT_NO_FATAL_FAILURE(Stop(terminal, SIGSTOP));
        terminal.SetEcho(true);
@@ -238,7 +238,7 @@ const GuardedRun kRuns[] = {
        ExpectPromptAgain(terminal);
        Answer(terminal);
      }},
-    {"EndingInTheBackgroundItLeavesTheTerminalAlone", AskForSecret,
+    {"WhenItEndsInTheBackgroundItLeavesTheTerminalAlone", AskForSecret,
      [](auto& terminal) {
        ASSERT_NO_FATAL_FAILURE(Stop(terminal, SIGSTOP));
        terminal.SetEcho(false);
@@ -257,7 +257,7 @@ const GuardedRun kRuns[] = {
        ExpectPromptAgain(terminal, "going on ");
        Answer(terminal);
      }},
-    {"AProgramThatIgnoresSigcontHidesTheTyping",
+    {"EchoGoesOffAgainEvenIfSigcontIsIgnored",
      [] {
        HandleWith(SIGCONT, SIG_IGN);
        return AskForSecret();

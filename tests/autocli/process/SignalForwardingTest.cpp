@@ -22,7 +22,7 @@ Handler HandlerOf(int signal) {
 
 void DoNothing(int /*signal*/) {}
 
-/// Both signals have their default action at the start of each test.
+/// SIGINT and SIGTERM have their default action at the start of each test.
 class SignalForwardingTest : public testing::Test {
  protected:
   SignalForwardingTest() : interrupt_(signal(SIGINT, SIG_DFL)), end_(signal(SIGTERM, SIG_DFL)) {}
@@ -36,8 +36,8 @@ class SignalForwardingTest : public testing::Test {
   const Handler end_;
 };
 
-/// Runs a function in a process of its own, which a guard may end. Returns the wait status of that
-/// process, after killing all processes that the function has started.
+/// Runs a function in a process of its own, which a SignalForwarding may end. Returns the wait
+/// status of that process, after killing all processes that the function has started.
 int StatusOf(void (*function)()) {
   const pid_t process = fork();
   if (process == 0) {
@@ -58,8 +58,9 @@ void RequireOrExit(bool holds) {
   }
 }
 
-/// Starts a process that waits for a signal, with a process of the same kind below it. Returns when
-/// both wait. When both have ended, a read from the read end of `ends` returns the end of the file.
+/// Starts a process that waits for a signal, with a process of the same kind below it. Returns the
+/// number of the first once both exist. When both have ended, a read from the read end of `ends`
+/// returns the end of the file.
 pid_t StartTwo(int (&ends)[2]) {
   RequireOrExit(pipe(ends) == 0);
   const pid_t child = fork();
@@ -158,7 +159,7 @@ TEST_F(SignalForwardingTest, ASignalLeavesTheErrorNumberAlone) {
   EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM) << status;
 }
 
-TEST_F(SignalForwardingTest, ASignalLeavesNoDescriptorOpen) {
+TEST_F(SignalForwardingTest, ASignalLeavesNoFileDescriptorOpen) {
   const int status = StatusOf([] {
     SignalForwarding forwarding;
     int ends[2];

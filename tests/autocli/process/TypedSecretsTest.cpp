@@ -74,7 +74,7 @@ int CountCopies() {
 // vector registers than a short one, and these keep the end of the line.
 constexpr std::size_t kBytesBefore = 2000;
 
-/// Makes a long line that ends with the secret the content of standard input.
+/// Replaces standard input by a long line that ends with the secret.
 void TypeSecret() {
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
@@ -99,7 +99,8 @@ std::string Descriptor(const std::string& execute, const std::string& input) {
          execute + "</execute><stdin>" + input + "</stdin></command></commands></x>";
 }
 
-/// Calls the command, for which the secret is typed. Returns what went to standard error.
+/// Calls the command, with the secret as the answer to its prompt. Returns what went to standard
+/// error.
 std::string Call(const std::string& execute, const std::string& input) {
   const ScopedTempDir folder;
   const std::string path = folder.Write("sec.xml", Descriptor(execute, input));
@@ -130,7 +131,8 @@ TEST(TypedSecretsTest, NoCopyIsLeftAfterACommandThatPassedItToStandardInput) {
   EXPECT_EQ(CountCopies(), 0);
 }
 
-// The forms in which a template inserts a value into a command line, which then is in a message.
+// Tries each form in which a template inserts a value into a command line. The command prints
+// nothing, so a message quotes the command line.
 TEST(TypedSecretsTest, NoCopyIsLeftAfterACommandLineThatContainedIt) {
   if (Testing::kIsSanitized) {
     GTEST_SKIP() << "The sanitizer keeps memory that was released";
@@ -203,7 +205,7 @@ TEST(TypedSecretsTest, IsMaskedInAMessage) {
   Wipe(secret);
 }
 
-TEST(TypedSecretsTest, CoreDumpsAreDisabledWhileASecretIsHeld) {
+TEST(TypedSecretsTest, CoreDumpsAreDisabledOnceASecretIsExpected) {
   rlimit original = {};
   getrlimit(RLIMIT_CORE, &original);
   const rlimit before = {std::min<rlim_t>(4096, original.rlim_max), original.rlim_max};

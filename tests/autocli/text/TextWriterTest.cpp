@@ -67,7 +67,7 @@ TEST(TextWriterTest, CopiesAndRepeatsEveryShortLength) {
   for (int i = 0; i < 100; ++i) {
     source += static_cast<char>(' ' + i % 90);
   }
-  // Start so close to the end of the buffer that some lengths fit and others do not.
+  // Except for 0, each start is so close to the end of the buffer that some lengths do not fit.
   for (const std::size_t start : {0u, 32768u - 70u, 32768u - 20u, 32768u}) {
     for (std::size_t length = 0; length <= source.size(); ++length) {
       const std::string head(start, 'h');
@@ -192,7 +192,7 @@ TEST(TextWriterTest, IgnoresTheStateOfTheStream) {
   EXPECT_EQ(out.width(), 0);
 }
 
-TEST(TextWriterTest, WritesLargePiecesAndFlushesOnceAtTheEnd) {
+TEST(TextWriterTest, FlushesOnceAtTheEnd) {
   LimitedBuffer buffer(kUnlimited);
   std::ostream out(&buffer);
   TextWriter writer(out);

@@ -34,7 +34,7 @@ TEST(UtilFitStringTest, WritesAStringThatFitsAfterItsMargin) {
   EXPECT_EQ(Fit({4, 20, "short"}), "    short");
 }
 
-TEST(UtilFitStringTest, WritesOneSpaceForAMarginOfZeroColumns) {
+TEST(UtilFitStringTest, WritesOneSpaceForAMarginOfAtMostOneColumn) {
   EXPECT_EQ(Fit({0, 20, "short"}), " short");
   EXPECT_EQ(Fit({-3, 20, "short"}), " short");
   EXPECT_EQ(Fit({1, 20, "short"}), " short");
@@ -73,7 +73,7 @@ TEST(UtilFitStringTest, DoesNotBreakAStringOfExactlyTheWidth) {
 }
 
 TEST(UtilFitStringTest, CountsAColumnBeforeEachWordIncludingTheFirst) {
-  // Without the additional column per word, nine bytes would fit in a line of ten.
+  // Without the column before the first word, ten bytes would fit in a line of ten.
   EXPECT_EQ(Fit({0, 10, "aaaa bbbbb cc"}), " aaaa \n bbbbb cc");
   EXPECT_EQ(Fit({0, 10, "aaaa bbbb ccc"}), " aaaa bbbb \n ccc");
 }
@@ -201,7 +201,7 @@ TEST(UtilFitStringTest, EqualsTheSlowModelOnRandomStrings) {
   }
 }
 
-TEST(UtilFitStringTest, FitsTenMegabytesInOnePass) {
+TEST(UtilFitStringTest, FitsTenMegabytes) {
   std::string words;
   for (int i = 0; i < 1000000; ++i) {
     words += "nine bytes";

@@ -318,7 +318,7 @@ class CommandSpecHelpTest : public CommandSpecTest {
     return std::dynamic_pointer_cast<MetaList>(help.GetField(field));
   }
 
-  // Returns the fields of each structure of a list, as strings.
+  // Returns each structure of a list as a string.
   static std::vector<std::string> Texts(const MetaList& list) {
     std::vector<std::string> texts;
     for (const std::shared_ptr<MetaObject>& item : list.GetObjects()) {

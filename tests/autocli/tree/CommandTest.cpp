@@ -48,7 +48,7 @@ constexpr const char* kImplementationError =
 
 class CommandTest : public testing::Test {
  protected:
-  // Registers the command as "network ip list" and runs it on that path.
+  // Registers the command as "network ip list" and runs it with `input_`.
   std::shared_ptr<Output> Run(const std::shared_ptr<Command>& command) {
     RegisterAt(root_, {"network", "ip", "list"}, command);
     std::shared_ptr<Output> output = Output::New();
@@ -106,7 +106,7 @@ TEST_F(CommandTest, HelpReplacesTheWorkEvenWhenRequiredParametersAreMissing) {
   EXPECT_EQ(help->GetField("Path")->ToString(), "network ip list");
 }
 
-TEST_F(CommandTest, PrintsHelpForAnyValueOfTheParameter) {
+TEST_F(CommandTest, ReturnsHelpForAnyValueOfTheParameter) {
   input_->AddParameter("help", "false");
   EXPECT_EQ(Run(std::make_shared<SampleCommand>())->GetOutputType(), Output::Help);
 }
@@ -165,7 +165,7 @@ TEST_F(CommandTest, WithoutInputTheMessageNamesTheCommand) {
               ElementsAre("Error on command list : boom"));
 }
 
-TEST_F(CommandTest, WithoutPathInTheInputTheMessageNamesTheCommand) {
+TEST_F(CommandTest, WithAnInputThatIsNotACommandInputTheMessageNamesTheCommand) {
   const std::shared_ptr<SampleCommand> command = MakeThrowingCommand("boom");
   command->SetName("named");
   const std::shared_ptr<Output> output = Output::New();
@@ -249,7 +249,7 @@ TEST_F(CommandTest, MessagesOfACheckThatPassesAreDropped) {
   EXPECT_THAT(Run(command)->GetErrors(), IsEmpty());
 }
 
-TEST_F(CommandTest, ABrokenSpecificationBecomesAnError) {
+TEST_F(CommandTest, AMissingOutputSpecificationBecomesAnError) {
   const std::shared_ptr<SampleCommand> command = MakeAnsweringCommand("fine");
   command->outputSpec = nullptr;
   EXPECT_THAT(Run(command)->GetErrors(),
