@@ -52,7 +52,7 @@ void Describe(const xmlNode* node, std::string& description) {
   description += ")";
 }
 
-/// Counts the diagnostics of the parser during its lifetime, instead of printing them.
+/// Counts the diagnostics of the parser instead of printing them, as long as the object exists.
 class DiagnosticsCount {
  public:
   DiagnosticsCount() {

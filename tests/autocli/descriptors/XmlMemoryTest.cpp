@@ -32,7 +32,7 @@ using Testing::DescribeValue;
 using Testing::ScopedTempDir;
 using Testing::StreamCapture;
 
-/// Takes the place of the allocator of libxml2 during its lifetime, and counts the allocations.
+/// Replaces the allocator of libxml2 as long as the object exists, and counts the allocations.
 class FailingAllocator {
  public:
   enum class Failing { Never, Once, FromThenOn };

@@ -761,7 +761,7 @@ TEST(XmlPluginTest, ChecksForTakenPathsBeforeItLooksForParents) {
             "Duplicate top-level namespaces must have the same description: disk");
 }
 
-TEST(XmlPluginTest, ReportsTheFirstTakenPath) {
+TEST(XmlPluginTest, ReportsATakenNamespaceBeforeATakenCommand) {
   const auto root = MakeTakenTree();
   EXPECT_EQ(RegistrationFault(Extension("<commands>" + CommandParts().At("disk.list") +
                                         "</commands><namespaces>" +

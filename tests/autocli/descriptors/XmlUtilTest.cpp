@@ -262,7 +262,7 @@ struct ReadingCase {
 // Reads each value element twice: from a tree, and as the value of a document.
 class XmlValueTest : public testing::TestWithParam<ReadingCase> {};
 
-TEST_P(XmlValueTest, IsBuilt) {
+TEST_P(XmlValueTest, HasTheSameResultFromATreeAndFromADocument) {
   const bool throws = GetParam().result.rfind("throws ", 0) == 0;
   EXPECT_EQ(BuildOf(GetParam().text), GetParam().result);
   EXPECT_EQ(ResultOf("<output>" + GetParam().text + "</output>"),

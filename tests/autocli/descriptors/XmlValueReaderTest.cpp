@@ -40,7 +40,7 @@ using Testing::Random;
 using Testing::Rounds;
 using Testing::XmlDocumentMaker;
 
-/// Collects the diagnostics of the parser during its lifetime.
+/// Collects the diagnostics of the parser as long as the object exists.
 class DiagnosticsCapture {
  public:
   DiagnosticsCapture() { xmlSetGenericErrorFunc(this, Collect); }

@@ -213,7 +213,7 @@ TEST(UtilFormatFieldTest, NumberedConversionsMayRepeatTheArgument) {
   EXPECT_EQ(PrintString("ab", "%1$s%1$s %%"), "abab %");
 }
 
-TEST(UtilFormatFieldTest, TheConversionMPrintsTheErrorOfTheCallersLastCall) {
+TEST(UtilFormatFieldTest, TheConversionMPrintsTheMessageForErrno) {
   FormatParameters params;
   params.SetParameter("printf:T.F", "%ld: %m");
   const auto value = MetaInt::New(7);
@@ -324,7 +324,7 @@ TEST(UtilFormatFieldTest, ManyConversionsOfALongStringCostNoMoreThanTheirOutput)
   EXPECT_EQ(PrintInt(0, format), std::string(format.size() + 1 + 64, '0'));
 }
 
-/// Returns what snprintf prints for a format that is known to be valid.
+/// Returns what snprintf prints for a valid format, up to the limit of AutoCli_FormatField.
 template <typename Argument>
 std::string SystemPrint(const std::string& format, std::size_t textSize, Argument argument) {
   std::vector<char> buffer(format.size() + textSize + 65);

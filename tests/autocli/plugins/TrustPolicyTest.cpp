@@ -75,7 +75,7 @@ TEST(TrustPolicyTest, RootChecksTheDefaultFolders) {
   EXPECT_FALSE(IsTrustRequired(Rights(0, 0), false));
 }
 
-TEST(TrustPolicyTest, AUserChecksNothing) {
+TEST(TrustPolicyTest, AnOrdinaryUserChecksNothing) {
   EXPECT_FALSE(IsTrustRequired(Rights(7, 7), true));
   EXPECT_FALSE(IsTrustRequired(Rights(7, 7), false));
 }

@@ -36,7 +36,7 @@ int StatusOf(const std::string& commandLine) {
   return AutoCli_ShellCmd(commandLine, output, "");
 }
 
-/// Records the commands that run while it exists.
+/// Records the commands that run while the object exists.
 class Listening {
  public:
   Listening() {
@@ -55,7 +55,7 @@ class Listening {
 
 std::vector<std::pair<std::string, int>> Listening::heard_;
 
-/// Adds an argument to every shell while it exists.
+/// Adds an argument to every shell that is started while the object exists.
 class ExtraArgument {
  public:
   explicit ExtraArgument(const std::string& argument) {

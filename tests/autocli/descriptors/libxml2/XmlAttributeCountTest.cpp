@@ -28,7 +28,7 @@ TEST(XmlAttributeCountTest, AValueContainsNoAttributes) {
   EXPECT_EQ(CountMostAttributes("<a b=\"'=\" c='\"=' d='' e='>' f=\">\"/>"), 5u);
 }
 
-TEST(XmlAttributeCountTest, ASectionContainsNoTags) {
+TEST(XmlAttributeCountTest, ACommentASectionOrAnInstructionContainsNoTags) {
   EXPECT_EQ(CountMostAttributes("<!-- <a b='' c=''> --><a b=''/>"), 1u);
   EXPECT_EQ(CountMostAttributes("<![CDATA[<a b='' c=''>]]><a b=''/>"), 1u);
   EXPECT_EQ(CountMostAttributes("<?p <a b='' c=''>?><a b=''/>"), 1u);
