@@ -189,7 +189,7 @@ TEST(InputSpecTest, ParametersWithoutShortNamesNeverClash) {
   EXPECT_THAT(Names(*spec), ElementsAre("four", "one", "three", "two"));
 }
 
-TEST(InputSpecTest, ShortNamesAreComparedByCase) {
+TEST(InputSpecTest, ShortNamesAreCaseSensitive) {
   const auto spec = SpecOf({Parameter("lower", "v"), Parameter("upper", "V")});
   EXPECT_THAT(Names(*spec), ElementsAre("lower", "upper"));
 }
@@ -283,7 +283,7 @@ TEST(InputSpecTest, KnowsTheContextsThatWereAdded) {
   EXPECT_FALSE(spec->IsContextSupported("use"));
 }
 
-TEST(InputSpecTest, ASpecWithoutParametersAcceptsNothing) {
+TEST(InputSpecTest, ASpecWithoutParametersAcceptsOnlyAnEmptyInput) {
   ExpectValid(InputSpec::New(), {});
   ExpectInvalid(InputSpec::New(), {{"any", ""}}, "Unknown parameter : any");
 }

@@ -65,7 +65,7 @@ TEST(InputTest, IsEmptyAtFirst) {
   EXPECT_EQ(input->GetContext(""), "");
 }
 
-TEST(InputTest, CanBeUsedThroughItsBaseAndNotCopied) {
+TEST(InputTest, HasAVirtualDestructorAndCannotBeCopied) {
   EXPECT_TRUE(std::has_virtual_destructor<Input>::value);
   EXPECT_FALSE(std::is_default_constructible<Input>::value);
   EXPECT_FALSE(std::is_copy_constructible<Input>::value);
@@ -385,7 +385,7 @@ TEST(InputTest, JoinsWithoutEscaping) {
             "\"a\"b,c,d\"");
 }
 
-TEST(InputTest, JoinsNothing) {
+TEST(InputTest, JoinsAbsentValuesToAnEmptyString) {
   EXPECT_EQ(Input::New()->GetParameterListAsString("texts", ',', false), "");
   EXPECT_EQ(Input::New()->GetParameterListAsString("texts", ',', true), "\"\"");
 }

@@ -127,7 +127,7 @@ TEST(OutputSpecTest, EveryNullThrowsAndKeepsTheRoot) {
   EXPECT_EQ(spec->GetRootObject(), root);
 }
 
-TEST(OutputSpecTest, ASpecWithoutRootValidatesNothing) {
+TEST(OutputSpecTest, ASpecWithoutRootRefusesAnOutput) {
   std::vector<std::string> errors = {"earlier"};
   EXPECT_FALSE(OutputSpec::New()->Validate(OutputOf(MetaInt::New(1)), &errors));
   EXPECT_THAT(errors, ElementsAre("earlier", kSpecWithoutRoot));
@@ -181,7 +181,7 @@ TEST(OutputSpecTest, ElementsOfListsAreNotCompared) {
   EXPECT_THAT(errors, IsEmpty());
 }
 
-TEST(OutputSpecTest, StructuresOfAnotherTypeNameMatch) {
+TEST(OutputSpecTest, StructuresWithAnotherTypeNameMatch) {
   std::vector<std::string> errors;
   const auto spec = SpecOf(Record("Declared", {"a", "b"}));
   EXPECT_TRUE(spec->Validate(OutputOf(Record("Other", {"a", "b"})), &errors));
@@ -189,7 +189,7 @@ TEST(OutputSpecTest, StructuresOfAnotherTypeNameMatch) {
   EXPECT_TRUE(spec->Validate(OutputOf(Record("Other", {"a", "b"})), nullptr));
 }
 
-TEST(OutputSpecTest, StructuresOfOtherFieldsDoNotMatch) {
+TEST(OutputSpecTest, StructuresWithOtherFieldsDoNotMatch) {
   const auto spec = SpecOf(Record("Declared", {"a", "b"}));
   for (const auto& fields :
        std::vector<std::vector<std::string>>{{"a"}, {"a", "b", "c"}, {"a", "c"}, {}}) {

@@ -146,7 +146,7 @@ TEST(ParameterConstraintTest, AValueOutOfRangeIsNotNamed) {
                           "range 1-10"));
 }
 
-TEST(ParameterConstraintTest, AValueThatIsNotAnIntegerCausesTheTypeMessageFirst) {
+TEST(ParameterConstraintTest, AValueThatIsNotAnIntegerCausesOnlyTheTypeMessage) {
   const char* const message = "Invalid data type for parameter 'count'. Expected an Integer";
   for (const std::string& value : {"abc"s, ""s, " "s, "7 "s, "11x"s, "7\0"s, "1.5"s}) {
     EXPECT_THAT(Refusal(Range(1, 10), value), ElementsAre(message));
@@ -211,7 +211,7 @@ TEST(ParameterConstraintTest, ADuplicateOfTheEmptyStringThrows) {
                   "Duplicate Value found in ParameterConstraint::AddStringEnum: "));
 }
 
-TEST(ParameterConstraintTest, StringsAreComparedByCaseAndByByte) {
+TEST(ParameterConstraintTest, StringsAreComparedByteByByte) {
   const auto constraint = Strings({"on", "On", "on ", "on\0"s});
   EXPECT_THAT(constraint->GetStringEnum(), ElementsAre("on", "On", "on ", "on\0"s));
   EXPECT_FALSE(Accepts(constraint, "ON"));
@@ -219,7 +219,7 @@ TEST(ParameterConstraintTest, StringsAreComparedByCaseAndByByte) {
   EXPECT_FALSE(Accepts(constraint, "on\0\0"s));
 }
 
-TEST(ParameterConstraintTest, StringsPrintInTheOrderAddedAndDescriptionsSort) {
+TEST(ParameterConstraintTest, ToStringKeepsTheOrderAddedAndDescriptionsAreSorted) {
   const auto constraint = ParameterConstraint::New(StringEnum);
   constraint->AddStringEnum("b", "second letter");
   constraint->AddStringEnum("a", "first letter");
@@ -305,7 +305,7 @@ TEST(ParameterConstraintTest, TheMessageForAValueThatDoesNotMatchContainsTheExpr
                           "expected regular expression ([a-z]+(x))"));
 }
 
-TEST(ParameterConstraintTest, ABadExpressionThrowsTheLibrarysErrorAtEachValidation) {
+TEST(ParameterConstraintTest, ABadExpressionThrowsTheErrorOfTheRegexLibraryAtEachValidation) {
   const auto constraint = Regex("[a");
   const auto output = Output::New();
   for (int round = 0; round < 2; ++round) {
@@ -471,7 +471,7 @@ TEST(ParameterConstraintTest, AMessageWithoutAnOutputThrows) {
               ThrowsMessage<KestrelException>("Null output passed to Validate"));
 }
 
-TEST(ParameterConstraintTest, LongSetsBehaveAsShortOnes) {
+TEST(ParameterConstraintTest, LongSetsBehaveLikeShortOnes) {
   const auto integers = ParameterConstraint::New(IntEnum);
   const auto strings = ParameterConstraint::New(StringEnum);
   for (int i = 0; i < 100; ++i) {

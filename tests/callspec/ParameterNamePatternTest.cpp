@@ -40,7 +40,7 @@ TEST(ParameterNamePatternTest, EqualsTheExpressionOnAllNamesOfAtMostTwoBytes) {
   }
 }
 
-TEST(ParameterNamePatternTest, EqualsTheExpressionOnAllShortNames) {
+TEST(ParameterNamePatternTest, EqualsTheExpressionOnAllNamesOfAtMostFiveSampleBytes) {
   const std::string alphabet = "a0-Z_ \n\0"s;
   std::vector<std::string> names = {""};
   for (std::size_t first = 0, length = 0; length < 5; ++length) {

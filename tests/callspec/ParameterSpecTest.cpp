@@ -188,7 +188,7 @@ TEST(ParameterSpecTest, StoresTheDescriptionUnchanged) {
   EXPECT_EQ(spec->GetDescription(false), "");
 }
 
-TEST(ParameterSpecTest, RequiredIsSetForEveryType) {
+TEST(ParameterSpecTest, RequiredCanBeSetForEveryType) {
   for (const ParameterType type : kAllTypes) {
     const auto spec = Spec(type);
     spec->SetRequired(false);
@@ -244,7 +244,7 @@ TEST(ParameterSpecTest, OnlySuitableConstraintsCanBeSet) {
   }
 }
 
-TEST(ParameterSpecTest, ARefusedConstraintLeavesTheEarlierOne) {
+TEST(ParameterSpecTest, ARefusedConstraintDoesNotReplaceTheEarlierOne) {
   const auto spec = Spec(Int);
   const auto range = Range(1, 2);
   spec->SetConstraint(range);
@@ -309,7 +309,7 @@ TEST(ParameterSpecTest, ReadsBooleans) {
   EXPECT_FALSE(value);
 }
 
-TEST(ParameterSpecTest, NoValueCausesAMessageAndReturnsTrue) {
+TEST(ParameterSpecTest, AMissingValueAddsAMessageAndTheResultIsTrue) {
   for (const ParameterType type : kAllTypes) {
     const Verdict verdict = Validate(Spec(type), {});
     EXPECT_TRUE(verdict.isValid);
@@ -492,7 +492,7 @@ TEST(ParameterSpecTest, RegexAndEnumMarkersAreReplacedForEveryConstraint) {
   EXPECT_EQ(regex->GetDescription(true), "(a string matching the regular expression [a-z]+)");
 }
 
-TEST(ParameterSpecTest, TheFullMarkerListsDescribedStringsInOrder) {
+TEST(ParameterSpecTest, TheFullMarkerListsDescribedStringsInSortedOrder) {
   const auto constraint = ParameterConstraint::New(StringEnum);
   constraint->AddStringEnum("b", "second");
   constraint->AddStringEnum("c");
@@ -516,7 +516,7 @@ TEST(ParameterSpecTest, TheFullMarkerIsEmptyWithoutDescribedStrings) {
   EXPECT_EQ(regex->GetDescription(true), "<>");
 }
 
-TEST(ParameterSpecTest, AMarkerWithinAnInsertedTextIsReplaced) {
+TEST(ParameterSpecTest, AnInsertedMarkerOfALaterKindIsReplacedIfItIsTheFirst) {
   const auto regex = Spec(String);
   regex->SetConstraint(Regex("%ENUM%"));
   regex->SetDescription("%REGEX%");

@@ -41,7 +41,7 @@ struct IntegerCase {
 
 class TextValueIntegerTest : public testing::TestWithParam<IntegerCase> {};
 
-TEST_P(TextValueIntegerTest, IsRead) {
+TEST_P(TextValueIntegerTest, IsReadOrRefusedAsByStrtoll) {
   EXPECT_EQ(Read(GetParam().text), GetParam().number);
   EXPECT_EQ(Read(GetParam().text), ReadByStrtoll(GetParam().text));
 }

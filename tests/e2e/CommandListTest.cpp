@@ -28,7 +28,7 @@ TEST(CommandListTest, TheFiltersTakeLongAndShortNames) {
   EXPECT_EQ(0, result.status);
 }
 
-TEST(CommandListTest, AFilterThatMatchesNothingLeavesTheHeader) {
+TEST(CommandListTest, AFilterThatMatchesNothingLeavesOnlyTheHeader) {
   const VexilResult result = VexilRun({"vexil", "command", "list", "-c", "List"}).Run();
   EXPECT_EQ("Namespace  Command  Description\n---------  -------  -----------\n", result.out);
   EXPECT_EQ("", result.err);

@@ -122,7 +122,7 @@ TEST(ExitStatusTest, AFileThatACommandOpensDoesNotBecomeStandardError) {
   EXPECT_EQ("", folder.Read("held"));
 }
 
-TEST(ExitStatusTest, ABrokenPipeEndsTheToolBySignal) {
+TEST(ExitStatusTest, ABrokenPipeEndsTheToolWithASignal) {
   for (const VexilRun& run : {VexilRun(kList), VexilRun(), Try(kManyRows)}) {
     const VexilResult result = VexilRun(run).WithoutReader().Run();
     EXPECT_EQ("", result.err);

@@ -53,7 +53,7 @@ TEST(FormatTest, AnUnknownFormatterIsAnError) {
   EXPECT_EQ(1, result.status);
 }
 
-TEST(FormatTest, TheFormattersOfTheToolPrintExactly) {
+TEST(FormatTest, NdjsonCsvTsvAndYamlPrintARow) {
   for (const auto& [formatter, expected] :
        {std::pair("ndjson", "{\"Number\":1,\"Text\":\"the text of a row\"}\n"),
         std::pair("csv", "Number,Text\r\n1,the text of a row\r\n"),
@@ -66,7 +66,7 @@ TEST(FormatTest, TheFormattersOfTheToolPrintExactly) {
   }
 }
 
-TEST(FormatTest, TheFormattersOfTheToolReportMistakesAndPrintNothing) {
+TEST(FormatTest, NdjsonReportsMistakesAndPrintsNothing) {
   const VexilResult result =
       TryRow({"--formatter", "ndjson", "--format-param", "fields=Text,Nope", "--format-param",
               "wrap-last=true", "--format-param", "limit=some", "--format-param", "colour=red"})
@@ -79,7 +79,7 @@ TEST(FormatTest, TheFormattersOfTheToolReportMistakesAndPrintNothing) {
   EXPECT_EQ(1, result.status);
 }
 
-TEST(FormatTest, TheFormattersOfTheToolPrintStreamsAndHelpPages) {
+TEST(FormatTest, FormattersOfTheToolWorkInAStreamAndForAHelpPage) {
   const VexilResult stream = VexilRun({"--plugin", TestPluginPath("TryPlugin"), "--input", "STDIN"})
                                  .WithInput(
                                      "--formatter tsv --format-param limit=x try rows -c 1\n"
@@ -129,7 +129,7 @@ TEST(FormatTest, EveryMistakeInTheOptionsIsReported) {
   EXPECT_EQ(1, result.status);
 }
 
-TEST(FormatTest, AFormatterNeedsAName) {
+TEST(FormatTest, TheFormatterOptionNeedsAName) {
   const VexilResult result = TryRow({"--formatter", "--screen-width=0"}).Run();
   EXPECT_EQ("", result.out);
   EXPECT_EQ("Errors: \n--formatter requires the name of the formatter to use for this command\n",
@@ -161,7 +161,7 @@ INSTANTIATE_TEST_SUITE_P(
                       WidthCase{"Word", "narrow", false}),
     [](const auto& row) { return row.param.name; });
 
-TEST(FormatTest, TheTerminalsWidthAppliesUnlessTheUserSetsOne) {
+TEST(FormatTest, AWidthOfZeroMeansTheWidthOfTheTerminal) {
   for (const auto& [option, expected] :
        {std::pair("--screen-width=0",
                   "Number  Text\r\n------  ----\r\n     1  the text of \r\n        a row\r\n"),

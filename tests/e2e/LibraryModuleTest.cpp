@@ -94,7 +94,7 @@ TEST_P(LibraryModuleTest, IsLoadedFromTheFolderOfTheLibrary) {
   EXPECT_EQ(result.err, "");
 }
 
-TEST_P(LibraryModuleTest, IsFoundByARelativeNameAfterTheCurrentFolderChanged) {
+TEST_P(LibraryModuleTest, IsFoundThroughARelativeLibraryPathAfterTheCurrentFolderChanged) {
   if (Testing::kIsSanitized) {
     GTEST_SKIP() << "the loader takes the folder of the sanitizer, which calls it, for ours";
   }

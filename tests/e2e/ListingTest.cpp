@@ -59,7 +59,7 @@ TEST(ListingTest, AnUnknownWordAtTheRootIsReportedOnOneLine) {
   EXPECT_EQ(1, result.status);
 }
 
-TEST(ListingTest, AWordAfterACommandIsReportedOnOneLine) {
+TEST(ListingTest, AWordAfterACommandIsReportedWithASuggestion) {
   const VexilResult result = VexilRun({"vexil", "command", "list", "extra", "-c", "list"}).Run();
   EXPECT_EQ("", result.out);
   EXPECT_EQ(

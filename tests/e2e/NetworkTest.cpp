@@ -168,7 +168,7 @@ TEST_F(NetworkTest, AResultFetchesNothing) {
   ExpectNoCaller();
 }
 
-TEST_F(NetworkTest, AFileMayStillBeNamedByItsPathOrItsUri) {
+TEST_F(NetworkTest, AFileMayBeNamedByItsPathOrItsUri) {
   const std::string file = folder_.Write(
       "far away.xml", Descriptor("printf '&lt;o>&lt;string>here&lt;/string>&lt;/o>'"));
   for (const std::string& name : {file, "file://" + folder_.GetPath("far%20away.xml")}) {

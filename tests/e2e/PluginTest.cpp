@@ -28,7 +28,7 @@ TEST(PluginTest, APluginNamedOnTheCommandLineAddsItsCommands) {
   EXPECT_EQ(0, result.status);
 }
 
-TEST(PluginTest, AFolderOffersThePluginsInItAndInItsSubfolder) {
+TEST(PluginTest, PluginsInAFolderAndInItsLib64FolderAreLoaded) {
   const ScopedTempDir folder;
   folder.MakeDirectory("lib64");
   const auto copy = [&folder](const char* plugin, const char* name) {

@@ -110,7 +110,7 @@ TEST(StreamTest, HelpEndsTheStream) {
   EXPECT_EQ(1, result.status);
 }
 
-TEST(StreamTest, AStreamWithinAStreamIsUnknown) {
+TEST(StreamTest, TheInputOptionIsUnknownWithinAStream) {
   const VexilResult result =
       VexilRun({"--input=STDIN"}).WithInput("--input=STDIN vexil command list\n").Run();
   EXPECT_EQ("", result.out);

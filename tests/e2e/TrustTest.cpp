@@ -387,7 +387,7 @@ TEST_F(TrustTest, AnOptionAfterThePathLoadsNothing) {
 
 void SetUserId() { SetMode(KESTREL_TOOL, 04755); }
 
-TEST_F(TrustTest, ASetUserIdToolRefusesFilesOfItsUser) {
+TEST_F(TrustTest, ASetUserIdToolRefusesOptionsThatNameFiles) {
   const std::string reason =
       " is not allowed, because this process has rights that its user does not have\n";
   for (const std::string option : {"--input", "--plugin", "--plugin-dir"}) {

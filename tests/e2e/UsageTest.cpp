@@ -40,7 +40,7 @@ TEST(UsageTest, HelpIsPrintedWhateverElseIsRequested) {
   EXPECT_EQ(1, result.status);
 }
 
-TEST(UsageTest, AnEmptyNameIsAName) {
+TEST(UsageTest, AnEmptyNameOfTheToolIsPrinted) {
   const VexilResult result = VexilRun().CalledAs("").Run();
   EXPECT_THAT(result.out, StartsWith("Usage:  [disp options] <namespaces> <command>\n"));
   EXPECT_EQ(1, result.status);

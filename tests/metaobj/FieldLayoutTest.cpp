@@ -202,7 +202,7 @@ TEST(FieldLayoutTest, FindsItsFields) {
   EXPECT_EQ(layout->Find(FieldName(std::string(256 + 2, 'a'))), FieldLayout::kNotFound);
 }
 
-TEST(FieldLayoutTest, FindsFieldsOfLongNames) {
+TEST(FieldLayoutTest, FindsFieldsWithLongNames) {
   const std::string start = "a name of many";
   const LayoutRef layout = LayoutOf({start + " 1 bytes", start + " 2 bytes", start});
   EXPECT_EQ(layout->Find(start), 0u);
@@ -392,7 +392,7 @@ TEST(FieldLayoutTest, RemovesAFieldWhenTheTableIsFull) {
   EXPECT_EQ(structure->ToString(), "{'b' => '2', 'c' => '3', }");
 }
 
-TEST(FieldLayoutTest, ACursorWalksOverBothForms) {
+TEST(FieldLayoutTest, ACursorVisitsTheFieldsWithAndWithoutALayout) {
   for (const int more : {0, 100}) {
     const auto structure = MetaStruct::New("Rec");
     structure->SetField("b", MetaInt::New(2), "doc");

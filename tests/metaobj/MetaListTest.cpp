@@ -64,7 +64,7 @@ TEST(MetaListTest, StartsEmpty) {
   }
 }
 
-TEST(MetaListTest, RefusesAScalarListOfStructures) {
+TEST(MetaListTest, RefusesAListOfStructuresWithoutAStructureArgument) {
   EXPECT_THAT([] { MetaList::New(MetaType::Struct); },
               ThrowsMessage<KestrelException>(kScalarExpected));
 }
@@ -127,7 +127,7 @@ TEST(MetaListTest, AcceptsAnObjectThatIsAStructure) {
   EXPECT_THROW(list->GetListStructure()->SetField("b", 1), KestrelException);
 }
 
-TEST(MetaListTest, EveryOtherObjectIsNotAStructure) {
+TEST(MetaListTest, AnyOtherObjectCountsAsNoStructure) {
   const std::shared_ptr<MetaObject> number = MetaInt::New(1);
   const std::shared_ptr<MetaObject> none;
   const std::shared_ptr<MetaObject> liar = std::make_shared<LyingValue>(MetaType::Struct);

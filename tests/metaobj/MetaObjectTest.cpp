@@ -180,7 +180,7 @@ TEST(MetaObjectTest, RunsTheDestructorOfTheDerivedClass) {
   EXPECT_EQ(inner.use_count(), 1);
 }
 
-TEST(MetaObjectTest, ItsVirtualFunctionsAreInAFixedOrder) {
+TEST(MetaObjectTest, ToStringIsTheSecondVirtualFunction) {
   // Plug-ins call by slot, so the order is fixed: comparison, string, destruction.
   using Slot = std::string (*)(const MetaObject*);
   const auto value = MetaInt::New(12345);

@@ -218,7 +218,7 @@ class Walk {
   std::vector<Pair> pairs_;
 };
 
-TEST(MetaStructModelTest, ManyStructuresBehaveAsTheirModels) {
+TEST(MetaStructModelTest, ManyStructuresBehaveLikeTheirModels) {
   Random random;
   SCOPED_TRACE(random.HowToRepeat());
   Walk walk(random);

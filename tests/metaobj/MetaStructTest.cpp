@@ -132,7 +132,7 @@ TEST(MetaStructTest, AcceptsEveryFieldName) {
   }
 }
 
-TEST(MetaStructTest, ReturnsTheDocumentationOfItsFields) {
+TEST(MetaStructTest, TheTextsForEmptyAndMissingDocumentationAreFixed) {
   EXPECT_EQ(MetaStruct::_docEmpty, "");
   EXPECT_EQ(MetaStruct::_docMissingStaticString, "Documentation missing");
 }
@@ -448,7 +448,7 @@ TEST(MetaStructTest, DoesNotCheckKindsAgainstTheDefinition) {
   EXPECT_FALSE(structure->MatchesStructureDefinition());
 }
 
-TEST(MetaStructTest, ErrorMessagesContainNamesWithTheirNul) {
+TEST(MetaStructTest, ANulInAFieldNameEndsTheErrorMessage) {
   const auto structure = MetaStruct::New("Rec");
   structure->LockStructure();
   const std::string name("a\0b", 3);
@@ -490,7 +490,7 @@ TEST(MetaStructTest, FindsOnlyWholeNames) {
   }
 }
 
-TEST(MetaStructTest, DistinguishesNamesOfEqualLengthEndsAndMiddle) {
+TEST(MetaStructTest, DistinguishesNamesThatDifferInOneOrTwoBytes) {
   const auto structure = MetaStruct::New("Rec");
   structure->SetField("a1cxe", 1);
   structure->SetField("a2cxe", 2);
@@ -877,7 +877,7 @@ TEST_P(MetaStructOfSizeTest, ReplacesValueAndDocumentation) {
   EXPECT_EQ(structure->GetFieldNames().size(), static_cast<std::size_t>(GetParam()) + 1);
 }
 
-TEST_P(MetaStructOfSizeTest, IsUnchangedWhenLocked) {
+TEST_P(MetaStructOfSizeTest, AcceptsOnlyNewValuesWhenLocked) {
   const auto structure = Filled();
   structure->SetField("a", 1);
   structure->LockStructure();
@@ -933,7 +933,7 @@ TEST_P(MetaStructOfSizeTest, ReportsAMissingField) {
   EXPECT_THAT(errors, ElementsAre("Missing field in input: z"));
 }
 
-TEST_P(MetaStructOfSizeTest, RefusesUnknownNames) {
+TEST_P(MetaStructOfSizeTest, HasNoFieldThatWasNotSet) {
   const auto structure = Filled();
   EXPECT_FALSE(structure->HasField("q"));
   EXPECT_EQ(structure->GetField("q"), nullptr);

@@ -54,7 +54,7 @@ class OpenFile {
   int fd_;
 };
 
-TEST(ForkExecTest, TheChildHasOnlyTheMappedDescriptors) {
+TEST(ForkExecTest, TheChildHasOnlyTheMappedFileDescriptors) {
   const ScopedTempDir folder;
   const OpenFile file(folder.GetPath("out"));
   const OpenFile other(folder.GetPath("other"));
@@ -81,7 +81,7 @@ TEST(ForkExecTest, AMappingMayOverwriteTheSourceOfAnother) {
   EXPECT_EQ(folder.Read("two"), "2\n");
 }
 
-TEST(ForkExecTest, ADescriptorMayKeepItsNumber) {
+TEST(ForkExecTest, AFileDescriptorMayKeepItsNumber) {
   const ScopedTempDir folder;
   const OpenFile file(folder.GetPath("out"));
   EXPECT_EQ(ExitStatusOf(
@@ -97,7 +97,7 @@ TEST(ForkExecTest, OneSourceMayBeMappedTwice) {
   EXPECT_EQ(folder.Read("out"), "a\nb\n");
 }
 
-TEST(ForkExecTest, WithoutAMapTheChildHasNoDescriptor) {
+TEST(ForkExecTest, WithoutAMapTheChildHasNoFileDescriptor) {
   EXPECT_EQ(ExitStatusOf(Start("[ ! -e /proc/$$/fd/0 ] && [ ! -e /proc/$$/fd/1 ] && "
                                "[ ! -e /proc/$$/fd/2 ]",
                                {})),
@@ -120,7 +120,7 @@ TEST(ForkExecTest, AProgramThatCannotBeExecutedCausesAnErrorStatus) {
   EXPECT_EQ(ZoluserCompat_ForkExec("/etc/passwd", argv, nullptr, nullptr, 0, &pid), EACCES);
 }
 
-TEST(ForkExecTest, ADescriptorThatIsNotOpenCausesAnErrorStatus) {
+TEST(ForkExecTest, AFileDescriptorThatIsNotOpenCausesAnErrorStatus) {
   EXPECT_EQ(Start("exit 0", {{1, 999}}).code, EBADF);
   EXPECT_EQ(Start("exit 0", {{-1, 0}}).code, EBADF);
 }

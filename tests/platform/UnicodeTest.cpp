@@ -93,7 +93,7 @@ void ExpectAsByTable(const KnownSequences& known, const std::string& bytes) {
   }
 }
 
-TEST(UnicodeTest, AgreesWithATableOnAllShortSequences) {
+TEST(UnicodeTest, AgreesWithATableOnAllSequencesOfOneOrTwoBytes) {
   const KnownSequences known;
   std::string bytes(3, '\0');
   for (int first = 0; first < 256; ++first) {
@@ -120,7 +120,7 @@ TEST(UnicodeTest, AgreesWithATableOnAllSequencesOfThreeBytes) {
   }
 }
 
-TEST(UnicodeTest, EscapesSequencesOfThreeBytesAsTheModelDoes) {
+TEST(UnicodeTest, EscapesSequencesOfThreeBytesAsTheTableDoes) {
   const KnownSequences known;
   std::string bytes(3, '\0');
   // The first and last bytes of all ranges of the encoding.

@@ -18,7 +18,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-TEST(SplitShellWordsTest, SplitsAsAShell) {
+TEST(SplitShellWordsTest, SplitsLikeAShell) {
   EXPECT_THAT(SplitShellWords("  a 'b c'  \"d\\\"e\" f\\ g ''"),
               ElementsAre("a", "b c", "d\"e", "f g", ""));
   EXPECT_THAT(SplitShellWords(""), IsEmpty());

@@ -103,7 +103,7 @@ TEST(TestToolTest, ARunOutlivesTheTool) {
   EXPECT_EQ(run.GetCommand()->GetDescription(), "Answers with the text it is given.");
 }
 
-TEST(PrintedTest, UsesAnotherFormatterParametersAndWidth) {
+TEST(PrintedTest, UsesAnotherFormatterAndItsParameters) {
   const CommandRun run =
       Testing::Run(MakePlugin(ReturnText), {"sample", "show", "--text", "one two three"});
   EXPECT_EQ(Printed(run), run.Output());

@@ -196,7 +196,7 @@ struct Refusal {
 
 class CatalogJsonRefusalTest : public testing::TestWithParam<Refusal> {};
 
-TEST_P(CatalogJsonRefusalTest, NamesThePlace) {
+TEST_P(CatalogJsonRefusalTest, IsReportedWithItsReason) {
   EXPECT_THAT([] { ReadJson(GetParam().text); },
               ThrowsMessage<KestrelException>(HasSubstr(GetParam().reason)));
 }

@@ -161,7 +161,7 @@ TEST(DescriptorPathsTest, TheScanRefusesWhatIsNotWellFormed) {
   EXPECT_FALSE(ScanDescriptor(std::string("<\0p\0/\0>\0", 8)).has_value());
 }
 
-TEST(DescriptorPathsTest, AFileThatCanNoLongerBeReadHasNoPaths) {
+TEST(DescriptorPathsTest, AFileThatCannotBeReadHasNoPaths) {
   const ScopedTempDir folder;
   for (const std::string& file :
        {folder.GetPath("missing.xml"), folder.Write("empty.xml", ""),

@@ -434,7 +434,7 @@ TEST_F(ReadTreeTest, AKindThatDoesNotExistIsAFault) {
   EXPECT_THAT(ReadFaults(), ElementsAre(Pair("sample get", "A kind does not exist")));
 }
 
-TEST_F(ReadTreeTest, AValueThatOnlyClaimsToBeAListIsAFault) {
+TEST_F(ReadTreeTest, AValueOfAnotherClassWithTheKindListIsAFault) {
   const auto record = MetaStruct::New("Row");
   record->SetField("Parts", std::make_shared<LyingValue>(MetaType::List));
   AddSample().outputSpec->SetRootObject(record);
@@ -486,7 +486,7 @@ TEST_F(ReadTreeTest, ANamespaceBelowItselfIsAFaultAndEndsTheWalk) {
   EXPECT_EQ("", tree.faults[0].plugin);
 }
 
-TEST_F(ReadTreeTest, ANodeThatOnlySaysThatItIsACommandIsAFault) {
+TEST_F(ReadTreeTest, ANodeOfAnotherClassWithTheTypeCommandIsAFault) {
   Root()->RegisterNamespaceNode(std::make_shared<FalseCommand>(), "false");
   EXPECT_THAT(ReadFaults(),
               ElementsAre(Pair("false", "The node has the type of a command but is none")));

@@ -173,7 +173,7 @@ TEST_F(CompleteTest, EnumeratedValuesComeWithTheirDescriptions) {
   EXPECT_THAT(RunForWords({"paint", "list", "-s", "5"}), ElementsAre("512"));
 }
 
-TEST_F(CompleteTest, BooleanValuesAreTrueAndFalse) {
+TEST_F(CompleteTest, BooleanValuesAreTrueAndFalseUntilAnotherWordIsTyped) {
   EXPECT_THAT(RunForWords({"paint", "list", "--wet", ""}), ElementsAre("true", "false"));
   EXPECT_THAT(RunForWords({"paint", "list", "--wet=y"}), ElementsAre("--wet=yes"));
 }

@@ -50,7 +50,7 @@ TEST_F(TrustedFileTest, DoesNotBelongToAnotherUser) {
   EXPECT_FALSE(IsTrustedFile(file_));
 }
 
-TEST_F(TrustedFileTest, IsInFoldersThatOnlyItsOwnerCanWrite) {
+TEST_F(TrustedFileTest, IsInFoldersThatOnlyItsOwnerCanWriteOrThatAreSticky) {
   for (const mode_t mode : {0777, 0775, 0757}) {
     chmod(folder_.GetPath().c_str(), mode);
     EXPECT_FALSE(IsTrustedFile(file_)) << mode;

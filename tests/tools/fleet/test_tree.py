@@ -102,7 +102,7 @@ class Gateways(FleetCase):
                            hosts=_FAR)
         self.assertEqual([every.hex()] * 3, [row["Value"] for row in result.rows], result.err)
 
-    def test_a_change_needs_two_connections(self) -> None:
+    def test_a_change_runs_through_gateways(self) -> None:
         result = self.call("--yes", "--batch=2", "--formatter=ndjson", "volume", "clear",
                            hosts=_FAR)
         self.assert_rows(result, "web3", "web4", "web5")
