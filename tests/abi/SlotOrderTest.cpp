@@ -36,8 +36,8 @@ static_assert(KESTREL_PLUGIN_ABI == KESTREL_VERSION_MAJOR,
               "a plug-in that needs another SOVERSION of the library is refused");
 
 /// Returns the place of a virtual operation in the table of its class. In the C++ ABI of gcc and
-/// clang, a pointer to a virtual operation contains the offset of this place in bytes, plus one.
-/// The odd number marks the operation as virtual.
+/// clang, a pointer to a virtual operation contains the offset of this place in bytes. Most
+/// machines add one, because an odd number marks the operation as virtual; the division drops it.
 template <typename Operation>
 std::ptrdiff_t SlotOf(Operation operation) {
   std::ptrdiff_t words[2];

@@ -11,7 +11,7 @@
 namespace Kestrel::CallSpec {
 namespace {
 
-// Declares the given input and output, and reports its destruction.
+// Declares the given input and output, and reports its own destruction.
 class FixedTargetSpec : public CallTargetSpec {
  public:
   FixedTargetSpec(std::shared_ptr<InputSpec> input, std::shared_ptr<OutputSpec> output,

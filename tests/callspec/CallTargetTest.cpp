@@ -14,7 +14,7 @@ namespace {
 
 using testing::ElementsAre;
 
-// Sets the number of given parameters as the result, and reports its destruction.
+// Adds the number of given parameters as an error message, and reports its own destruction.
 class CountingTarget : public CallTarget {
  public:
   explicit CountingTarget(bool& isGone) : isGone_(isGone) {}

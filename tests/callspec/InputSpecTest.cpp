@@ -228,7 +228,8 @@ TEST(InputSpecTest, ANullParameterIsRefused) {
 TEST(InputSpecTest, RefusesRandomAdditionsAsASimpleModelDoes) {
   Testing::Random random;
   SCOPED_TRACE(random.HowToRepeat());
-  // The rule: for each existing parameter in name order, first its name, then its short name.
+  // The length of the new name is checked first. Then the new parameter is compared with each
+  // existing one in name order: first the names, then the short names.
   const auto refusal = [](const std::vector<std::shared_ptr<ParameterSpec>>& existing,
                           const ParameterSpec& added) -> std::string {
     if (added.GetName().size() < 2) {

@@ -28,7 +28,7 @@ using testing::ThrowsMessage;
 
 using Values = std::vector<std::string>;
 
-// Declares one parameter of each type. Each is named after its type and has a short name.
+// Declares one parameter of each type, each with a short name.
 std::shared_ptr<InputSpec> SpecOfAllTypes() {
   const auto spec = InputSpec::New();
   const auto add = [&](const char* name, const char* shortName, ParameterType type) {

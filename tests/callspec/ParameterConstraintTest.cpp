@@ -348,7 +348,7 @@ TEST(ParameterConstraintTest, AMatchThatNeedsTooMuchMemoryCountsAsNoMatch) {
                           "expected regular expression ((a|b)*)"));
 }
 
-// A locale that classifies one more byte as a letter than the classic locale does.
+// Classifies characters as the classic locale does, but one more byte is a letter.
 class LetterLocale : public std::ctype<char> {
  public:
   LetterLocale() : std::ctype<char>(Table()) {}

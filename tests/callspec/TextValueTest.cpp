@@ -25,7 +25,7 @@ std::optional<std::int64_t> Read(const std::string& text) {
   return ReadInteger(text, number) ? std::optional(number) : std::nullopt;
 }
 
-// Implements the rule with `strtoll`. The program runs in the C locale.
+// Computes with `strtoll` what Read should return. The program runs in the C locale.
 std::optional<std::int64_t> ReadByStrtoll(const std::string& text) {
   char* end = nullptr;
   const long long number = std::strtoll(text.c_str(), &end, 10);

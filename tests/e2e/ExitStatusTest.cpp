@@ -23,7 +23,7 @@ using ::testing::StartsWith;
 
 const std::vector<std::string> kList = {"vexil", "command", "list"};
 
-// More output than any buffer on the way can take.
+// More output than any buffer between the tool and the reader can hold.
 const std::vector<std::string> kManyRows = {"try", "rows", "-c", "20000"};
 
 TEST(ExitStatusTest, AFailedCommandPrintsItsMessagesAndExitsWithStatus1) {

@@ -56,7 +56,8 @@ class LibraryModuleTest : public ::testing::TestWithParam<ModuleCase> {
  protected:
   LibraryModuleTest() {
     const fs::path library(KESTREL_LIBRARY);
-    // The loader looks for the name with the major version only.
+    // Copies the library under each of its names. The loader looks for the name with only the major
+    // version.
     for (const auto& entry : fs::directory_iterator(library.parent_path())) {
       if (entry.path().filename().string().rfind("libkestrel.so", 0) == 0) {
         fs::copy_file(library, Path(entry.path().filename().string()));

@@ -66,7 +66,8 @@ class Listener {
 
 class NetworkTest : public ::testing::Test {
  protected:
-  // Returns a document that refers to the network in each way in which a document can.
+  // Returns a document whose prolog refers to the network: in processing instructions, in the
+  // document type and in entities.
   std::string Document(const std::string& root) const {
     const std::string url = listener_.Url("http");
     return "<?xml version='1.0'?><?oasis-xml-catalog catalog='" + url + "/catalog'?>" +

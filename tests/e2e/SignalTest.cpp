@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Signals that the tool inherits, and signals that it gets while a child runs.
+// Settings of signals that the tool inherits, and signals that it receives while a child runs.
 
 #include <gmock/gmock.h>
 #include <signal.h>
@@ -57,7 +57,7 @@ bool IsSleeping(const std::string& process) {
   return false;
 }
 
-/// A folder with a descriptor whose command `sig run` runs `commandLine`.
+/// A terminal, and a folder for a descriptor whose command `sig run` runs a command line.
 class SignalTest : public ::testing::Test {
  protected:
   VexilRun RunOf(const std::string& commandLine) const {
@@ -71,9 +71,8 @@ class SignalTest : public ::testing::Test {
     return VexilRun({"--plugin=" + path, "sig", "run"});
   }
 
-  /// Returns the numbers of processes that the command prints before "ready". Waits for these
-  /// numbers and then until the program sleep runs below the first process, because a shell may
-  /// miss an earlier signal.
+  /// Returns the process numbers that the command prints before "ready". Waits until the first
+  /// process or one below it runs the program sleep, because a shell may miss an earlier signal.
   std::vector<std::string> WaitForProcesses() {
     std::istringstream shown(terminal_.ReadUntil("ready"));
     std::vector<std::string> processes;

@@ -15,7 +15,7 @@ namespace {
 
 using ::testing::StartsWith;
 
-// Returns a comment, a line of spaces, a line that loads a plug-in, a line that fails, and six
+// Returns a comment, a line of white space, a line that loads a plug-in, a line that fails, and six
 // lines that succeed.
 std::string MakeTenLines() {
   return "# ten lines\n"

@@ -44,7 +44,7 @@ void Bind(const std::string& source, const std::string& target) {
   Require(mount(source.c_str(), target.c_str(), nullptr, MS_BIND | MS_REC, nullptr) == 0, target);
 }
 
-// Adds the loader, the libraries and the shell of this machine.
+// Adds the loader, the libraries, the programs and the devices of this machine, and an empty /tmp.
 void AddSystem(const std::string& root) {
   Bind("/usr", root + "/usr");
   const unsigned long flags = MS_BIND | MS_REMOUNT | MS_RDONLY;

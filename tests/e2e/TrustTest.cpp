@@ -58,7 +58,7 @@ void MakePlugin(const std::string& path) {
   }
 }
 
-// Returns the dispatcher's message about a plug-in of a folder that is skipped.
+// Returns the dispatcher's message about a skipped plug-in of a folder.
 std::string Skipped(const std::string& path, const std::string& reason) {
   return "Error loading plugin " + path + " skipping.  Error was: " +
          (IsObject(path)
@@ -84,8 +84,8 @@ class TrustTest : public ::testing::Test {
   }
 };
 
-// How the tool is started: the users of the process, and the owner of the tool (root or
-// `kToolOwner`).
+// How the tool is started: the users of the process, and the owner (root or `kToolOwner`), the mode
+// and the group of the tool.
 struct Start {
   uid_t real = 0;
   uid_t effective = 0;
@@ -106,7 +106,8 @@ constexpr Start kUsersDiffer = {kCaller, 0};
 struct TrustCase {
   const char* name;
   Start start;
-  /// Changes a plug-in that belongs to root and is trusted. `file` is its path.
+  /// Changes a trusted plug-in or the folders above it, all of which belong to root. `file` is the
+  /// path of the plug-in.
   void (*change)(const std::string& file);
   /// Returns why the plug-in is skipped, or an empty string if it is loaded.
   std::string (*reason)(const std::string& file);
@@ -414,7 +415,7 @@ TEST_F(TrustTest, ASetUserIdToolRunsCallsThatNameNoFile) {
   EXPECT_EQ(result.status, 0);
 }
 
-// Prints the environment and the mask of a command of a descriptor.
+// Runs a command of a descriptor that prints its environment and its file mode mask.
 VexilResult PrintEnvironment(const std::function<void()>& prepare, uid_t user) {
   return ThrowAwayRoot([&prepare] {
            std::string text = kDescriptor;
@@ -553,7 +554,7 @@ TEST_F(TrustTest, AnObjectFindsLibrariesBesideIt) {
   }
 }
 
-// The first library stays in memory, and its descriptor is used again for the plug-in.
+// The first library stays in memory, and its file descriptor is used again for the plug-in.
 TEST_F(TrustTest, AnObjectIsLoadedAfterOneThatCannotBeUnloaded) {
   const std::string library = kFolder + "/a.so";
   const VexilResult result = ThrowAwayRoot([&library] {

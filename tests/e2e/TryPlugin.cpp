@@ -127,7 +127,7 @@ std::string Unlock(const Input& input) {
          "'";
 }
 
-// Opens a file and keeps the descriptor open. Later output of the tool must not go to that file.
+// Opens a file and does not close its file descriptor. Later output of the tool must not go to it.
 std::string Hold(const Input& input) {
   return open(input.GetParameter("text").c_str(), O_WRONLY) == -1 ? "refused" : "held";
 }

@@ -29,13 +29,14 @@ ROW = '<structure typeName="Row"><field name="Name"><string>{}</string></field>'
 SHAPE = '<list type="structure"><structure typeName="Row"><field name="Name"><string/></field>' \
         '<field name="Size"><int/></field></structure></list>'
 
-# The declaration makes the reader build a tree first.
+# The document type makes the reader build a tree first.
 TREE_PROLOG = '<?xml version="1.0"?>\n<!DOCTYPE output [<!ENTITY who "world">]>\n'
 
 
 def make_descriptor(campaign, count=40):
-    """Writes a descriptor whose commands print documents: one that is read without a tree, one that
-    is read through a tree because it has a declaration, a broken one, and a single string."""
+    """Writes a descriptor whose commands print documents: one that is read without a tree, the same
+    one after a delay, one that is read through a tree because it has a document type, a broken one,
+    and a single string."""
     def listing(text):
         rows = "".join(ROW.format(f"{text} &amp; {number}", number) for number in range(count))
         return f'<output><list type="structure">{rows}</list>'
@@ -69,7 +70,8 @@ def make_files(campaign):
 
 
 def command_lines(campaign):
-    """Returns the command lines of all campaigns, by name. The quick forms run the first five."""
+    """Returns the command lines in a fixed order. The campaigns memory and syscalls run all of
+    them, or the first five in their quick forms. Other campaigns run some of them."""
     make_files(campaign)
     documents = make_descriptor(campaign)
     host = ["--plugin", os.path.join(campaign.tree, "plugins/host/host.so")]

@@ -1,15 +1,16 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Loses output in every way, with each formatter in FORMATTERS.
+"""Loses output in several ways, with each formatter in FORMATTERS.
 
 Standard output is a file on a full file system, a device that is always full, a pipe whose reader
-closes it immediately or after some bytes, a closed descriptor, one opened for reading only, or a
-file with a size limit. The result is printed by each of these formatters, in sizes from nothing to
-a megabyte, by one command line or by a stream of three.
+closes it immediately or after some bytes, a closed file descriptor, one opened for reading only,
+or a file with a size limit. The result is printed by each of these formatters, in sizes from
+nothing to a megabyte, by one command line or by a stream of three.
 
-The status must not be 0, or a signal must have ended the tool, whenever a byte was lost. When
-nothing was lost, the output and the status must be those of an undisturbed run.
+The status must not be 0, or a signal must have ended the tool, whenever bytes were lost. Only
+the bytes that a pipe contains when its reader closes it may be lost unnoticed. When nothing was
+lost, the output and the status must be those of an undisturbed run.
 
 The full form runs all combinations, the quick form every seventh.
 """
@@ -33,8 +34,8 @@ PIPE_BYTES = 4096
 
 
 class Sink:
-    """An ordinary file. open() returns a descriptor, or None for a closed one; close() returns what
-    has arrived."""
+    """What standard output is; this class is an ordinary file. open() returns a file descriptor, or
+    None if standard output is to be closed. close() returns what has arrived."""
 
     name = "file"
     limit = None

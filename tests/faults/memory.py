@@ -3,9 +3,10 @@
 # SPDX-License-Identifier: Apache-2.0
 """Makes memory run out at each allocation of a run of the tool.
 
-Each command line runs once to count its allocations. Then it runs again for each allocation. In
-that run the allocation fails, alone or together with all later ones. The tool must print the same
-as before, or report an error: a message and a status that is not 0.
+Each command line runs once to count its allocations. Then it runs twice for each allocation,
+which fails alone in one run and together with all later ones in the other. The tool must print the
+same as before, or report the fault: by a message and a status that is not 0, or by a message in
+addition to the whole result.
 
 The full form tries every allocation of all command lines, the quick form every seventh allocation
 of five command lines.

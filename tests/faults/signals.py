@@ -89,7 +89,8 @@ def run(arguments, line, number=None, moment=None):
 
 
 def read_until(terminal, process, end):
-    """Answers prompts. Returns whether the process has ended."""
+    """Answers prompts until the time `end` or until the process ends. Returns whether it has
+    ended."""
     ended = os.pidfd_open(process)
     try:
         while (left := end - time.monotonic()) > 0:

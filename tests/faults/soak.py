@@ -5,8 +5,9 @@
 
 lines    One process reads command lines from its standard input: values, lists, messages, several
          formatters, commands that run a child. After a tenth of the lines and at the end, its
-         memory and its open file descriptors are compared; it may have grown by less than 1 MB,
-         and must have the same descriptors and no zombie.
+         memory and its open file descriptors are compared; the process must
+         have grown by less than 1 MB, and must have as many file descriptors as before and no
+         zombie.
 starts   The tool is started side by side, one process per job, and must print the same each time.
 
 The full form has 1,000,000 lines and 100,000 starts, the quick form 20,000 and 400.
@@ -22,8 +23,7 @@ import tool
 
 MAX_GROWTH_KB = 1024
 
-# Each line is one of these. The last one, which runs a child, is used only once in a thousand
-# lines.
+# Each line is one of these, except every thousandth one, which is CHILD_LINE and runs a child.
 LINES = (
     'try say --text "two words"',
     "try rows -c 5",
@@ -47,7 +47,8 @@ def line_at(number):
 
 
 class Measurement:
-    """The state of a process: memory in kB, open descriptors and zombies below it."""
+    """The state of a process: memory in kB, and the numbers of its open file descriptors and of its
+    child processes. A child process that exists between two lines is a zombie."""
 
     def __init__(self, process):
         with open(f"/proc/{process}/status", encoding="ascii") as status:
@@ -81,7 +82,8 @@ def feed(process, first, last):
 
 
 def soak_lines(campaign, count):
-    """Returns whether the tool needs no more memory or descriptors, and leaves no zombie."""
+    """Returns whether the tool needs little more memory at the end than after a tenth of the lines,
+    and as many file descriptors, and leaves no zombie."""
     plugins = ["--plugin", os.path.join(campaign.modules, "TryPlugin.so"),
                "--plugin", campaign.path("doc.xml")]
     started = time.monotonic()

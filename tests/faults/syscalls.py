@@ -11,8 +11,9 @@ with one fault that strace injects into the tool, but not into its child process
   storm      every second or third call of one kind, from the start of main, is interrupted (EINTR)
   transfer   every read and write transfers only a few bytes (ShortTransfers.cpp)
 
-The tool must print the same as before, or report an error: a message and a status that is not 0.
-Short transfers must not change anything.
+The tool must print the same as before, or report the fault: by a message and a status that is not
+0, or by a message in addition to the whole result. If the message cannot be written, the status is
+enough. Short transfers must not change anything.
 
 The full form tries every call of all command lines, the quick form some calls of five command
 lines.
@@ -79,8 +80,8 @@ def list_calls(campaign, line):
 
 def can_fail(kind, arguments, is_before_main):
     """Returns whether the call is made to fail. The dynamic loader does not check its first mmap,
-    so that call is left out. Calls that read or set the modes of a terminal are left out too,
-    because the tool ignores their failures: standard input need not be a terminal."""
+    so no mmap before main is. Nor is a call that reads or sets the terminal modes of standard
+    input, because the tool ignores its failure: standard input need not be a terminal."""
     return not (kind == "mmap" and is_before_main) and \
         not (kind == "ioctl" and re.match(r"0, .*\b(TCGETS|TCSETS)\b", arguments))
 

@@ -2,8 +2,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """Runs the tool of a build tree and classifies what it did under a fault.
 
-A campaign runs each command line without a fault first. Under a fault, the outcome is one of
-OUTCOMES; only those in GOOD pass.
+A campaign runs each command line without a fault first. classify() compares a run under a fault
+with that run and returns one of OUTCOMES. Only those in GOOD pass, unless a campaign has outcomes
+of its own.
 """
 
 import argparse
@@ -79,8 +80,8 @@ class Terminal:
             os.write(self.master, self.answers.pop(0))
 
     def answer_without_prompt(self, session):
-        """Types the next answer if the tool waits for it although it has printed no prompt, because
-        it could not. A slow tool does not wait: one of its processes runs."""
+        """Types the next answer if the tool waits for it without a prompt, because it was unable to
+        print one. A tool that is merely slow does not wait: one of its processes runs."""
         if self.answers and set(processes_of(session).values()) == {"S"}:
             self.answer()
 

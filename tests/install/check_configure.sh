@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# check_configure.sh SOURCE WORK: checks which libraries are linked under each build option.
+# check_configure.sh SOURCE WORK: checks the effects of build options, such as the linked libraries.
 # Compiles nothing, but reads the commands that the build would run.
 set -euo pipefail
 

@@ -3,7 +3,7 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # check_tarball.sh BUILD WORK: installs a build tree into the folder of an archive, runs the tool
-# where the archive is unpacked, and removes everything by the target "uninstall".
+# where the archive is unpacked, and removes everything with the script of the target "uninstall".
 set -euo pipefail
 
 build=$1 work=$2

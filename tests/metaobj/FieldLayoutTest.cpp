@@ -147,7 +147,7 @@ TEST(FieldLayoutTest, DiffersWhenTypeAndDocumentationAreExchanged) {
   EXPECT_EQ(other->TypeName(), "Other");
 }
 
-// The type and the name contribute 0 to the hash of the first layout, so it is that of the second.
+// The type and the name contribute 0 to the hash of `one`, so it equals the hash of `other`.
 TEST(FieldLayoutTest, DiffersFromARootOfEqualHash) {
   const LayoutRef nothing = FieldLayout::Root(TextOfHash(0));
   const LayoutRef one = nothing->With(FieldName(TextOfHash(~std::uint64_t{0})), "Other").layout;

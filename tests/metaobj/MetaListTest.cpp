@@ -421,7 +421,7 @@ TEST(MetaListTest, MakesRoomAhead) {
   const auto list = Numbers({1, 2, 3});
   list->Reserve(10);
   EXPECT_GE(list->GetObjects().capacity(), 10u);
-  list->EnsureCapacity(list->GetObjects().capacity() - 2);  // there is room for three less
+  list->EnsureCapacity(list->GetObjects().capacity() - 2);  // there is room for one less
   EXPECT_GE(list->GetObjects().capacity(), 11u);
   list->EnsureCapacity(100);
   EXPECT_GE(list->GetObjects().capacity(), 103u);

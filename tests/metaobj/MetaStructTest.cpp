@@ -171,7 +171,7 @@ TEST(MetaStructTest, AFieldIsMovedAndNeverCopied) {
 
 // The overloads of SetField.
 
-// Sets one field twice, once with each type of name, and returns both values.
+// Sets two fields, one named by a string and one by a literal, and returns both values.
 template <typename Value>
 std::vector<std::shared_ptr<MetaObject>> SetUnderBothForms(const Value& value) {
   const auto structure = MetaStruct::New("Rec");
@@ -833,7 +833,7 @@ TEST(MetaStructTest, DetectsAFalseKindInAField) {
 
 class MetaStructOfSizeTest : public testing::TestWithParam<int> {
  protected:
-  // Makes a structure with that many fields in addition to those that the tests set.
+  // Makes a structure with as many fields as the parameter says. The tests set further ones.
   static std::shared_ptr<MetaStruct> Filled(const std::string& documentation = "") {
     auto structure = MetaStruct::New("Rec");
     for (int field = 0; field < GetParam(); ++field) {

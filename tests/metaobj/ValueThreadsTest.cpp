@@ -37,8 +37,8 @@ using Structure = std::shared_ptr<MetaStruct>;
 
 constexpr int kThreads = 8;
 
-// Runs `work` in all threads at the same time, with the thread's number as the argument, and joins
-// them.
+// Runs `work` in `kThreads` threads at the same time, with the number of the thread as the
+// argument, and waits until all of them have ended.
 void RunInThreads(const std::function<void(int)>& work) {
   std::atomic<int> ready{0};
   std::vector<std::thread> threads;
@@ -56,7 +56,8 @@ void RunInThreads(const std::function<void(int)>& work) {
   }
 }
 
-// Shapes, each of which takes a different path through the library.
+// The functions below make structures of different shapes. Each shape takes another path through
+// the library.
 
 Structure MakeFlat(long seed) {
   const Structure flat = MetaStruct::New("Flat");
@@ -95,7 +96,7 @@ Structure MakeWide(long seed) { return MakeOfManyFields(20, seed); }
 // Makes a structure with more fields than a layout can have.
 Structure MakeTooWide(long seed) { return MakeOfManyFields(70, seed); }
 
-// Makes a structure with a name of a field that is too long for a layout.
+// Makes a structure with a field whose name is too long for a layout.
 Structure MakeLongNamed(long seed) {
   const Structure named = MetaStruct::New("Named");
   named->SetField("short", seed);

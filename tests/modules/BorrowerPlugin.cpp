@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Calls a function that another plug-in offers, and only when its command runs.
+// When its command runs, calls a function that another plug-in offers.
 
 #include <kestrel/autocli/PluginEntryPoint.h>
 

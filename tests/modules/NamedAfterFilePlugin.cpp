@@ -11,7 +11,7 @@
 
 namespace {
 
-// Returns the letters and digits of the file's name up to its last dot.
+// Returns the file's name up to its last dot, without the other dots.
 std::string FileName() {
   Dl_info info = {};
   dladdr(reinterpret_cast<void*>(&FileName), &info);

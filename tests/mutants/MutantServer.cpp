@@ -55,7 +55,7 @@ struct Request {
   std::exit(RUN_ALL_TESTS());
 }
 
-// Returns whether a thread runs or could run.
+// Returns whether a thread runs, could run or waits uninterruptibly.
 bool IsRunning(const std::filesystem::path& thread) {
   std::string line;
   if (!std::getline(std::ifstream(thread / "stat"), line)) {
@@ -65,7 +65,7 @@ bool IsRunning(const std::filesystem::path& thread) {
   return state == 'R' || state == 'D';
 }
 
-// Returns whether any thread of a process runs. The main thread may only wait for the others.
+// Returns whether any thread of a process runs, even if the main thread waits for the others.
 bool IsAnyThreadRunning(const std::filesystem::path& process) {
   std::error_code error;  // the process may end at any time
   const std::filesystem::directory_iterator threads(process / "task", error);

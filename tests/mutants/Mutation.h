@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // What scripts/mutate.py inserts into a copy of the sources. All mutants are in one program. The
-// variable KESTREL_MUTANTS names a file that all processes of a test map: it contains the number of
-// the active mutant, and a byte for each mutant that has been reached.
+// variable KESTREL_MUTANTS names a file that each process of a test maps into its memory. The file
+// contains the number of the active mutant, and a byte for each mutant: 1 if it has been reached.
 
 #pragma once
 

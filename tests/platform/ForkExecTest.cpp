@@ -40,7 +40,7 @@ int ExitStatusOf(const Started& started) {
   return WEXITSTATUS(status);
 }
 
-/// A file in a temporary folder, open for writing, with close-on-exec.
+/// A file that is open for reading and writing, with close-on-exec.
 class OpenFile {
  public:
   explicit OpenFile(const std::string& path)

@@ -9,7 +9,7 @@ emacs     the lines for Emacs find the schema, which accepts a descriptor and ma
 vim       the lines for Vim find the line and the column of a mistake
 settings  the settings for VS Code and the attributes of a root name files that are installed
 
-The exit status is 77 if the editor is not installed.
+The exit status is 77 if the editor, or jing for Vim, is not installed.
 """
 
 import argparse

@@ -8,8 +8,8 @@ the current grammars.
 
 DIR is the installed tree, whose schemas are checked.
 
-valid     all descriptors of this project, its guides and their tests are accepted, and so are the
-          documents that the formatters xml and value-xml print, and those of scripts
+valid     the installed descriptors, those in the guides and one of the tests are accepted, and so
+          are documents that the formatters xml and value-xml print, and one of a script
 refused   descriptors with mistakes are refused, except those in tests/data/schemas/accepted.txt
 places    jing refuses these descriptors at the places in tests/data/schemas/places.txt
 catalog   the catalog names every schema, and a validator finds them by these names
@@ -123,7 +123,7 @@ class Checker:
 
     def check_golden_outputs(self):
         documents = self.golden_outputs()
-        # Values that claim a wrong kind are printed as error messages, and some strings and
+        # Values that report a wrong kind are printed as error messages, and some strings and
         # stylesheets contain characters that no document can contain.
         lies = {name for name in documents if name.startswith("results-lies")}
         broken = {name for name, path in documents.items() if name not in lies and not is_xml(path)}

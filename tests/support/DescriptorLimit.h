@@ -7,12 +7,14 @@
 
 namespace Kestrel::Testing {
 
-/// Restores the limit of descriptors in its destructor.
+/// Restores the limit of file descriptors in its destructor. The default constructor does not
+/// change the limit.
 class DescriptorLimit {
  public:
   DescriptorLimit() { getrlimit(RLIMIT_NOFILE, &before_); }
 
-  /// While this object exists, no descriptor can be opened whose number is `limit` or greater.
+  /// While this object exists, no file descriptor can be opened whose number is `limit` or
+  /// greater.
   explicit DescriptorLimit(int limit) : DescriptorLimit() {
     rlimit limited = before_;
     limited.rlim_cur = static_cast<rlim_t>(limit);

@@ -64,7 +64,7 @@ class FormatterFixture : public ::testing::Test {
     formatter.Format(output, params, display, out);
   }
 
-  /// Prints a list of `count` structures to a stream that fails after 1000 bytes. Returns how many
+  /// Prints a list of `count` structures to a stream that fails after 1000 bytes. Returns how often
   /// values were asked for their text.
   static int PrintToAFullDisk(int count) {
     int asked = 0;
@@ -85,7 +85,7 @@ class FormatterFixture : public ::testing::Test {
     return asked;
   }
 
-  /// Prints a short output to a full disk, whose stream throws. Returns whether the exception
+  /// Prints a short output to a stream that throws after 10 bytes. Returns whether the exception
   /// reached the caller.
   static bool ThrowsOnAFullDisk() {
     LimitedBuffer buffer(10);

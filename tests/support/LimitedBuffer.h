@@ -10,8 +10,8 @@
 
 namespace Kestrel::Testing {
 
-/// Accepts a limited number of bytes and then fails, as a full disk does. Counts the refused
-/// writes.
+/// Accepts a limited number of bytes and then fails, as a full disk does. Counts the writes that
+/// it did not accept completely, and the flushes.
 class LimitedBuffer : public std::streambuf {
  public:
   explicit LimitedBuffer(std::size_t limit) : limit_(limit) {}

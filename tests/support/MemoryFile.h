@@ -14,7 +14,7 @@
 
 namespace Kestrel::Testing {
 
-/// A file in memory that can be passed on as a descriptor or opened by its path.
+/// A file in memory that can be passed on as a file descriptor or opened by its path.
 class MemoryFile {
  public:
   MemoryFile() : descriptor_(memfd_create("kestrel-test", MFD_CLOEXEC)) {
@@ -29,7 +29,7 @@ class MemoryFile {
   int GetDescriptor() const { return descriptor_; }
   std::string GetPath() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
 
-  /// Replaces the contents. The next read from the descriptor starts at the beginning.
+  /// Replaces the contents. The next read from the file descriptor starts at the beginning.
   void Write(std::string_view text) const {
     if (ftruncate(descriptor_, 0) != 0 || lseek(descriptor_, 0, SEEK_SET) != 0 ||
         write(descriptor_, text.data(), text.size()) != static_cast<ssize_t>(text.size()) ||

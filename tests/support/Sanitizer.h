@@ -5,8 +5,8 @@
 
 namespace Kestrel::Testing {
 
-/// Whether the address sanitizer is on. The sanitizer itself uses descriptors, /proc and memory, so
-/// tests can then neither restrict nor measure these.
+/// Whether the address sanitizer is on. The sanitizer itself uses file descriptors, /proc and
+/// memory, so tests can then neither restrict nor measure these.
 #ifdef __SANITIZE_ADDRESS__
 inline constexpr bool kIsSanitized = true;
 #else

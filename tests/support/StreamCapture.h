@@ -10,8 +10,8 @@
 
 namespace Kestrel::Testing {
 
-/// Captures everything that this process or a child writes to one descriptor, for as long as the
-/// object lives. Its constructor and destructor flush std::cout, std::cerr and the C streams.
+/// Captures everything that this process or a child writes to one file descriptor, for as long as
+/// the object lives. Its constructor and destructor flush std::cout, std::cerr and the C streams.
 class StreamCapture {
  public:
   /// `descriptor` is STDOUT_FILENO or STDERR_FILENO.
@@ -29,8 +29,8 @@ class StreamCapture {
   int original_;
 };
 
-/// Replaces standard input (descriptor 0, stdin and std::cin) by a string for as long as the object
-/// lives.
+/// Replaces standard input (file descriptor 0, stdin and std::cin) by a string for as long as the
+/// object lives.
 class ScopedInput {
  public:
   explicit ScopedInput(std::string_view text);

@@ -55,13 +55,14 @@ class VexilRun {
   /// Starts the tool with SIGPIPE ignored.
   VexilRun& IgnoringBrokenPipes();
 
-  /// Starts the tool with this descriptor closed.
+  /// Starts the tool with this file descriptor closed.
   VexilRun& WithoutDescriptor(int descriptor);
 
-  /// Runs the tool until it ends. After two minutes it kills the tool and fails the test.
+  /// Runs the tool until it ends. If that takes two minutes, kills the tool and fails the test.
   VexilResult Run() const;
 
-  /// Replaces this process, a child of the test, by the tool. The standard streams stay the same.
+  /// Replaces this process, a child of the test, by the tool. The standard streams are those of
+  /// this process, unless `WithOutputTo`, `WithoutReader` or `WithoutDescriptor` changes them.
   [[noreturn]] void Exec() const;
 
  private:

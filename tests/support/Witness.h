@@ -15,8 +15,8 @@ std::string Witness(const std::string& command);
 /// Returns the lines of the output, without an empty last one.
 std::vector<std::string> WitnessLines(const std::string& command);
 
-/// Returns the words of `text`, which spaces separate. With a limit, the last word is the rest of
-/// the text.
+/// Returns the words of `text`, which white space separates. With a limit, returns at most that
+/// many words, the last of which is the rest of the text.
 std::vector<std::string> WordsIn(const std::string& text, std::size_t limit = 0);
 
 }  // namespace Kestrel::Testing

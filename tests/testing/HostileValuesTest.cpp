@@ -89,7 +89,7 @@ TEST(ReplaceTest, RemovesEverySpellingOfTheParameter) {
   EXPECT_THAT(Replace({"a"}, *parameter, ""), ElementsAre("a", "--text", ""));
 }
 
-// Every value reaches the command unchanged, except those that the parser takes for something else.
+// Every value reaches the command, even "--help".
 TEST(HostileValuesTest, EachValueArrives) {
   std::set<std::string> arrived;
   const auto plugin = MakePlugin([&arrived](const std::string& text, CallSpec::Output& output) {

@@ -21,7 +21,7 @@
 
 namespace Kestrel::Testing {
 
-/// A command "sample show" that returns a structure "Sample" with the field "Text".
+/// A command "sample show" that declares a structure "Sample" with the field "Text" as its result.
 class SampleCommand : public AutoCli::Command {
  public:
   using Work = std::function<void(const std::string& text, CallSpec::Output& output)>;

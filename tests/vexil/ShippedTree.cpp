@@ -7,8 +7,8 @@
 
 namespace Kestrel::Testing {
 
-// Returns the descriptors of the source tree, with their paths in the build tree. Other files there
-// may be left from an earlier build.
+// The names of the descriptors come from the source tree, because other files in the build tree may
+// be left from an earlier build.
 std::vector<std::string> ListShippedPlugins() {
   std::vector<std::string> plugins = {KESTREL_HOST_PLUGIN, KESTREL_VEXIL_PLUGIN};
   for (const auto& entry :

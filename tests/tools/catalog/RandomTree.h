@@ -8,8 +8,9 @@
 
 namespace Kestrel::Catalog {
 
-/// Returns a tree that contains strings with all kinds of characters, every kind of parameter,
-/// constraint and value, the limits of integers, and empty lists. Its lists are sorted by path.
+/// Returns a random tree. It may contain strings with all kinds of characters, every kind of
+/// parameter, constraint and value, the limits of integers, and empty lists. Its namespaces,
+/// commands and faults are sorted by path.
 Tree MakeRandomTree(Testing::Random& random);
 
 /// Returns the tree with a change in one member of one structure, which may be a member that is

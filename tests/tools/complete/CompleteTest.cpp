@@ -95,7 +95,7 @@ std::shared_ptr<SampleCommand> MakePaintCommand() {
   return command;
 }
 
-// A tree with the commands "paint list" and "paint get" and the namespace "pencil".
+// A tree with the commands "paint list", "paint get" and "pencil get".
 class CompleteTest : public ::testing::Test {
  protected:
   CompleteTest() {

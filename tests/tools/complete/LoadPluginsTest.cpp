@@ -28,7 +28,7 @@ class LoadPluginsTest : public ::testing::Test {
     chmod(file_.c_str(), 0644);
   }
 
-  // Returns whether the option loads the plug-in with the command `name`.
+  // Returns whether the option `name` with this value loads the plug-in "echo".
   static bool IsLoadedBy(const std::string& name, const std::string& value) {
     AutoCli::Dispatcher dispatcher;
     Complete::LoadPlugins(dispatcher, {TypedOption{"--" + name, name, value, true}});

@@ -176,7 +176,7 @@ class Shell:
     def complete(self, line, tabs=1):
         """Types a line and the tab key; returns the resulting line and everything that was shown."""
         before, _, after = line.partition("|")
-        # ^B moves the cursor back; ^U and ^K erase the line around it.
+        # ^B moves the cursor back. Below, ^E and ^U erase the whole line.
         self.type(before + after + "\x02" * len(after))
         for _ in range(tabs):
             time.sleep(0.15 if self.name == "fish" else 0)

@@ -28,7 +28,7 @@ TEMPLATE = ("cat >'{input}'; : $if{{word,$val{{word}}}} '$if{{quoted,$val{{quote
             "$if{{ids, $list{{ids,':',false}}}}; printf '&lt;o>&lt;int>1&lt;/int>&lt;/o>'")
 STDIN = "w=$val{word}\nn=$list{names,';',true}$if{flag,\nflag}\n"
 
-# The parameters of the calls that are compared, each with hostile values.
+# The parameters of the calls that are compared, most of them with hostile values.
 CALLS = [
     [],
     ["--word", "plain"],

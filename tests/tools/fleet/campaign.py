@@ -10,14 +10,15 @@ The parts, all of them if none is named:
     commands   one command line after another on all hosts, until N commands have run on each host:
                each answer has the same bytes, and no process is left over
     rows       a list of N rows on each host, with different rows on each: all rows are printed, and
-               the memory is below three times the bytes received
+               the memory is below three times the bytes received, if these are at least 20 MB
     clush      a list on 16 hosts, in turns with clush, which runs the same command: the median of
-               the ratios of the times is at most 1.3
-    merge      64 results with 10,000 rows each are compared in less than three seconds
+               the ratios of the elapsed times is at most 1.3
+    merge      64 results with 10,000 rows each are compared in less than three seconds of
+               processor time
     connection prints what a connection with a real server costs this side
     scale      simulated hosts, with which this side needs no key exchange: reached directly with
                two fan-outs, and through gateways; the memory is below three times the bytes
-               received
+               received, if these are at least 20 MB
 
 Prints figures. The exit status is 1 if one of these claims is false, and 77 if no ssh server can be
 started.
@@ -109,7 +110,7 @@ class Campaign:
                 self.nodes(count), command]
 
     def commands(self) -> None:
-        """Every answer to a command must have the same bytes, whichever formatter is used."""
+        """All answers to one command with one formatter must have the same bytes."""
         hosts, wanted = self.options.hosts, self.options.commands
         kinds = [("ndjson", "volume", "list"), ("table", "volume", "list"),
                  ("csv", "volume", "show"), ("json-utf8", "volume", "show")]

@@ -25,8 +25,7 @@ HOSTS = 64 if CAMPAIGN else 8
 PROGRAM = STAGE / "bin" / "vexil-fleet"
 _MAX_SECONDS = 120
 
-# %s is replaced by further fields of the result. The commands print files, which differ between
-# hosts.
+# %s is replaced by further fields of the list. Most commands read or write files of their host.
 _DESCRIPTOR = """<?xml version="1.0"?>
 <descriptor>
   <version>1.0.0</version>

@@ -3,9 +3,9 @@
 """Hosts for tests: ssh servers on addresses of the loopback interface.
 
 Each server has its own mount and UTS namespaces. In them, it has its own host name, and its own
-plug-ins are mounted where the tool looks for plug-ins. Each server listens on a random port and
-accepts only keys. All files are in one temporary folder. To end the servers, the tests read their
-process numbers from their pid files.
+plug-ins are mounted where the tool looks for plug-ins. All servers listen on the same free port,
+each on an address of its own, and accept only keys. All files are in one temporary folder. To end
+the servers, the tests read their process numbers from their pid files.
 """
 
 import os

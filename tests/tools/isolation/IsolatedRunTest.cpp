@@ -78,7 +78,7 @@ void UseOneProcessor(int processor) {
   sched_setaffinity(0, sizeof(set), &set);
 }
 
-/// Keeps a processor busy with work that has a higher priority than a process with a nice value.
+/// Keeps a processor busy with work that has a higher priority than a thread that calls `UseRest`.
 class BusyProcessor {
  public:
   BusyProcessor()

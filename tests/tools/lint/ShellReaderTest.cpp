@@ -11,7 +11,9 @@
 namespace Kestrel::Lint {
 namespace {
 
-/// Returns the words of all commands. Each word is in brackets, and a bar separates two commands.
+/// Returns the words of all commands. Each word is in brackets, with a star if it is a pattern, and
+/// a bar separates two commands. Returns "unknown" for a line that the reader does not understand,
+/// and "wrong" for one with a syntax error.
 std::string Words(const std::string& line, Shell shell = Shell::Dash) {
   const ShellReading reading = ReadShellLine(line, shell);
   if (!reading.isUnderstood || !reading.isComplete) {

@@ -4,11 +4,11 @@
 // lint_campaign WORDS COUNT [SEED [TEMPLATE [VALUE]]]: compares what vexil-lint says about values
 // in templates with what dash and bash do.
 //
-// Inserts COUNT values into random templates and runs each command line in a scratch folder. The
-// two sides must agree on three questions: whether a command runs that the template does not
-// contain, whether there are more words than with a harmless value, and whether there are more
-// options. WORDS is a program that records its arguments. Prints each difference; the status is 1
-// if there was one.
+// Inserts COUNT values into random templates and runs each command line in a scratch folder.
+// vexil-lint and the shells must agree on three questions: whether a command runs that the template
+// does not contain, whether there are more words than with a harmless value, and whether there are
+// more options. WORDS is a program that records its arguments. Prints each difference; the status
+// is 1 if there was one.
 //
 // With TEMPLATE, inserts all values into this template, without a constraint. With VALUE, inserts
 // only this value, and prints what each shell does.
@@ -66,8 +66,8 @@ struct Observation {
   std::vector<std::string> all;
 };
 
-/// How a command line is run. Each line is also run with words that fail, because a shell runs a
-/// command after "||" only if the command before it fails.
+/// How a command line is run. A line with "||" is also run with a program `words` that fails,
+/// because a shell runs a command after "||" only if the command before it fails.
 struct Condition {
   std::string shell;
   bool doWordsFail = false;
@@ -79,7 +79,8 @@ struct Condition {
   }
 };
 
-/// Runs command lines in a folder that contains only what the line itself creates.
+/// Runs command lines in a folder that is empty at first. If there are patterns among the words of
+/// a line, creates files that match them, and runs the line again.
 class Laboratory {
  public:
   explicit Laboratory(const std::string& wordsProgram) {
@@ -329,7 +330,7 @@ bool IsAccepted(const ParameterSpec& parameter, const std::string& value) {
   return parameter.Validate({value}, output) && !output->HasError();
 }
 
-/// The effects of one value in the shells. There are none if the loader refuses the value.
+/// The effects that one value has in any of the shells, compared with a harmless value.
 struct Difference {
   bool runsCommand = false;
   bool addsWord = false;

@@ -3,12 +3,12 @@
 
 // kestrel_write_results SEED COUNT
 //
-// Writes random results and the output of each of the tool's formats for them, to be checked by
+// Writes random results and the output of the tool's formats for them, to be checked by
 // check_formats.py. The output consists of netstrings. For each result, these are:
 //
 // its seed, the number of parameters, the key and value of each parameter, the result and its
-// declared structure in the notation of EncodeValue, and for each format the output and the
-// messages.
+// declared structure in the notation of EncodeValue, for each format except pretty the output and
+// the messages, and the value that is read back from the output of value-xml.
 
 #include <cstdlib>
 #include <iostream>

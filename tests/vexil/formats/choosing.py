@@ -36,7 +36,7 @@ def resolve(shape, name):
 
 
 class Chosen:
-    """`rows` after sorting and limiting, the value at the root, and the columns."""
+    """The rows after sorting and limiting, their columns, and the mistakes in the parameters."""
 
     def __init__(self, root, shape, params):
         self.is_list = isinstance(root, List)

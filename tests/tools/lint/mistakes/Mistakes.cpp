@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Mistakes of authors of shared objects. There is a function for each mistake, and a shared object
-// whose entry point calls it.
+// Mistakes of authors of shared objects. For each function, there is a shared object whose entry
+// point calls it. Other mistakes have no function here: UndefinedFunction is called but never
+// defined, and some shared objects declare their entry point in a wrong way.
 
 #include <kestrel/kestrel.h>
 #include <unistd.h>
