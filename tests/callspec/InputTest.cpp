@@ -292,7 +292,7 @@ TEST(InputTest, ReturnsAnEmptyStringUnlessThereIsOneValue) {
   EXPECT_EQ(InputWith("number", {"1", "2"})->GetParameter("number"), "");
 }
 
-TEST(InputTest, OneEmptyStringServesTheWholeProcess) {
+TEST(InputTest, AbsentValuesAndContextsAreTheSameEmptyString) {
   const auto first = InputWith("text", {"a", "b"});
   const auto second = DeclaredInput();
   EXPECT_EQ(&first->GetParameter("text"), &second->GetParameter("number"));
@@ -334,7 +334,7 @@ TEST(InputTest, AppendsAllValues) {
   EXPECT_THAT(out, ElementsAre("before", "a", "", "b"));
 }
 
-TEST(InputTest, ListsNeedNeitherTypeNorSpec) {
+TEST(InputTest, ValuesAreReadAsAListWithoutASpecOrAListType) {
   const auto input = Input::New();
   input->AddParameter("any", Values{"1", "x", "yes"});
   Values texts;

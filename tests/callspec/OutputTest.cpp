@@ -113,7 +113,7 @@ TEST(OutputTest, ANullMessageIsTheEmptyMessage) {
   EXPECT_THAT(output->GetErrors(), ElementsAre("", ""));
 }
 
-TEST(OutputTest, ErrorsReferenceShowsLaterMessages) {
+TEST(OutputTest, TheReturnedErrorsIncludeLaterMessages) {
   const auto output = Output::New();
   const std::vector<std::string>& errors = output->GetErrors();
   output->AddErrorMessage("later");

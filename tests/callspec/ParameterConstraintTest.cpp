@@ -420,7 +420,7 @@ std::shared_ptr<ParameterConstraint> WithAllData(ParameterConstraintType type) {
   return constraint;
 }
 
-TEST(ParameterConstraintTest, SettersStoreWhatTheTypeNeverReads) {
+TEST(ParameterConstraintTest, StoresTheDataOfEveryTypeWhateverItsOwnTypeIs) {
   for (const auto type : {NoConstraint, IntRange, IntEnum, StringEnum, StringRegex}) {
     const auto constraint = WithAllData(type);
     EXPECT_EQ(BoundsOf(*constraint), Bounds(1, 2));

@@ -130,7 +130,7 @@ TEST(PluginTest, AStandardExceptionOfAPluginEndsTheToolWithItsText) {
   EXPECT_EQ(1, result.status);
 }
 
-TEST(PluginTest, ThrowingSomethingOtherThanAnExceptionEndsTheToolWithALine) {
+TEST(PluginTest, ThrowingSomethingOtherThanAnExceptionEndsTheToolWithAMessage) {
   const VexilResult result =
       VexilRun({"--plugin", TestPluginPath("ThrowingPluginOwnObject"), "vexil", "command", "list"})
           .Run();

@@ -759,7 +759,7 @@ TEST(MetaStructTest, ReportsOnlyTheFirstFieldOfAnotherType) {
   EXPECT_THAT(errors, ElementsAre("Type mismatch on field: a"));
 }
 
-TEST(MetaStructTest, ReportsEverythingInFieldOrder) {
+TEST(MetaStructTest, ReportsTheTypeNameThenTheCountThenTheFirstField) {
   Errors errors = {"earlier"};
   const auto other = MetaStruct::New("Other");
   other->SetField("a", "text");

@@ -96,7 +96,7 @@ TEST(SlabAllocatorTest, AllocatesSmallArraysInASlab) {
   }
 }
 
-TEST(SlabAllocatorTest, AllocatesLargeObjectsElsewhere) {
+TEST(SlabAllocatorTest, AllocatesWhatASlabCannotHold) {
   SlabAllocator<long> several;
   for (const std::size_t count : {std::size_t{0}, Slab::kMaxBlock / sizeof(long) + 1}) {
     long* const array = several.allocate(count);

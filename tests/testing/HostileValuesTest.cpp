@@ -53,7 +53,7 @@ TEST(HostileValuesTest, ReportsAValueThatRuns) {
               HasSubstr("the value runs as a command of the shell"));
 }
 
-TEST(HostileValuesTest, RunsNothingOfACommandThatChangesSomething) {
+TEST(HostileValuesTest, DoesNotRunACommandThatChangesSomething) {
   const ScopedTempDir folder;
   const std::string mark = folder.GetPath("mark");
   const std::string file =

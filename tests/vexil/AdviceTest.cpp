@@ -54,7 +54,7 @@ TEST(AdviceTest, TheSuggestedPathIsCompleteWhenAnOptionTookItsFirstWord) {
       VexilRun({"--debug", "vexil", "command", "list"}).Run().err);
 }
 
-TEST(AdviceTest, AWordAfterACommandGetsThePathOfTheCommand) {
+TEST(AdviceTest, TheCommandIsSuggestedForAWordAfterIt) {
   EXPECT_EQ(
       "Unable to find a namespace or command with the name 'all' on the command 'vexil "
       "command list'. Commands cannot have sub-commands or sub-namespaces.\n"
@@ -62,7 +62,7 @@ TEST(AdviceTest, AWordAfterACommandGetsThePathOfTheCommand) {
       VexilRun({"vexil", "command", "list", "all"}).Run().err);
 }
 
-TEST(AdviceTest, ALineOfAStreamGetsTheSamePaths) {
+TEST(AdviceTest, TheSamePathsAreSuggestedForALineOfAStream) {
   EXPECT_EQ(kSuggested, VexilRun({"--input=STDIN"}).WithInput("vexil comand list\n").Run().err);
   const ScopedTempDir folder;
   const std::string file = folder.Write("lines", "# a line\n\"vexil\" comand list\n");

@@ -244,7 +244,7 @@ class Failures(FleetCase):
         self.assertEqual(1, result.status)
         self.assert_no_processes()
 
-    def test_a_host_without_the_tool(self) -> None:
+    def test_a_host_without_the_tool_is_reported(self) -> None:
         self.tool.unlink()
         self.assert_others_answer(r"refused: .*not found.* \(status 127\)")
 
@@ -252,44 +252,44 @@ class Failures(FleetCase):
         (self.fleet["web2"].folder / "volume").write_text("ERROR:No disk", encoding="ascii")
         self.assert_others_answer(r"refused: No disk \(status 1\)")
 
-    def test_a_plugin_that_prints_rubbish(self) -> None:
+    def test_a_plugin_that_prints_rubbish_is_reported(self) -> None:
         (self.fleet["web2"].folder / "volume").write_text("rubbish", encoding="ascii")
         self.assert_others_answer(r"refused: .+ \(status 1\)")
 
-    def test_a_plugin_that_cannot_be_loaded(self) -> None:
+    def test_a_plugin_that_cannot_be_loaded_does_not_stop_the_command(self) -> None:
         broken = self.fleet["web2"].plugins / "broken.so"
         broken.write_text("rubbish", encoding="ascii")
         self.addCleanup(broken.unlink)
         result = self.call("--formatter=ndjson", "volume", "show")
         self.assertEqual(4, len(result.rows), result.err)
 
-    def test_a_tool_that_prints_rubbish(self) -> None:
+    def test_a_tool_that_prints_rubbish_is_reported(self) -> None:
         self.replace_tool("echo rubbish")
         self.assert_others_answer("invalid output: not JSON")
 
-    def test_a_tool_that_prints_another_shape(self) -> None:
+    def test_a_tool_that_prints_another_shape_is_reported(self) -> None:
         self.replace_tool("""echo '{"Name":"a","Size":"1"}'""")
         self.assert_others_answer("invalid output: Size is not of the kind int")
 
-    def test_a_result_without_its_end(self) -> None:
+    def test_a_result_without_its_end_is_reported(self) -> None:
         self.replace_tool("""printf '{"Name":"a","Size":1}'""")
         self.assert_others_answer("invalid output: the last line has no end")
 
-    def test_a_killed_tool(self) -> None:
+    def test_a_killed_tool_is_reported(self) -> None:
         self.replace_tool("""printf '{"Name":"a"'; kill -9 $$""")
         self.assert_others_answer(r"refused: ended by SIGKILL|refused: .*\(ended by SIGKILL\)")
 
-    def test_a_broken_connection(self) -> None:
+    def test_a_broken_connection_is_reported(self) -> None:
         # The parent of the shell that reads the script is the connection's process of sshd.
         self.replace_tool("""printf '{"Name":"a"'
             shell=$(ps -o ppid= $(ps -o ppid= $$)); kill -9 $(ps -o ppid= $shell)""")
         self.assert_others_answer("unreachable: the connection broke before .*")
 
-    def test_a_tool_that_hangs(self) -> None:
+    def test_a_tool_that_hangs_times_out(self) -> None:
         self.replace_tool("sleep 100")
         self.assert_others_answer("timed out: no result after [0-9]+ s", "-u", "6")
 
-    def test_no_host_answers(self) -> None:
+    def test_a_command_that_no_host_knows_is_reported(self) -> None:
         result = self.call("volume", "nope")
         self.assertEqual("", result.out)
         self.assertRegex(result.err, r"^web\[1-4\]: refused: No command has the path 'volume nope'")
@@ -308,7 +308,7 @@ class Connections(FleetCase):
         self.assertRegex(done.stderr.decode(), r"^web\[1-3\]: unreachable: .*ssh")
         self.assertEqual(2, done.returncode)
 
-    def test_an_unknown_host_key(self) -> None:
+    def test_an_unknown_host_key_is_reported(self) -> None:
         known = self.fleet.folder / "known_hosts"
         text = known.read_text(encoding="ascii")
         self.addCleanup(known.write_text, text, encoding="ascii")
@@ -318,7 +318,7 @@ class Connections(FleetCase):
         self.assertIn("web1: unreachable: No ED25519 host key is known for", result.err)
         self.assertEqual(1, result.status)
 
-    def test_a_host_that_is_down(self) -> None:
+    def test_a_host_that_is_down_is_reported(self) -> None:
         host = self.fleet["web3"]
         self.addCleanup(host.start)
         host.stop()
@@ -327,7 +327,7 @@ class Connections(FleetCase):
         self.assertEqual(["web1", "web2"], [row["Host"] for row in result.rows])
         self.assertRegex(result.err, "^web3: unreachable: ssh: connect to host .*refused")
 
-    def test_a_host_that_accepts_and_hangs(self) -> None:
+    def test_a_host_that_accepts_and_hangs_times_out(self) -> None:
         import socket  # pylint: disable=import-outside-toplevel
         with socket.socket() as silent:
             silent.bind(("127.0.0.1", 0))

@@ -148,7 +148,7 @@ TEST(IsolatedRunTest, MeasuresTheTimeOfEachLineSeparately) {
 }
 
 // The work takes longer than its limit, but only because it gets little processor time.
-TEST(IsolatedRunTest, WaitsForWorkThatGetsNoProcessorTime) {
+TEST(IsolatedRunTest, WaitsForWorkThatGetsLittleProcessorTime) {
   const BusyProcessor processor;
   const Outcome outcome = RunWork(kLongPatience, [&](const Send& send) {
     processor.UseRest();
@@ -161,7 +161,7 @@ TEST(IsolatedRunTest, WaitsForWorkThatGetsNoProcessorTime) {
   EXPECT_FALSE(outcome.isLate);
 }
 
-TEST(IsolatedRunTest, WaitsForAProcessOfTheWorkThatGetsNoProcessorTime) {
+TEST(IsolatedRunTest, WaitsForAProcessOfTheWorkThatGetsLittleProcessorTime) {
   const BusyProcessor processor;
   const Outcome outcome = RunWork(kLongPatience, [&](const Send& send) {
     if (fork() == 0) {

@@ -144,7 +144,7 @@ TEST(NdjsonFormatTest, NamesTheFieldThatIsNotUtf8) {
               ElementsAre("The field Labels is not valid UTF-8 (element 1, element 3)"));
 }
 
-TEST(NdjsonFormatTest, ShowsANameThatIsNotUtf8) {
+TEST(NdjsonFormatTest, EscapesANameThatIsNotUtf8InTheMessage) {
   EXPECT_THAT(ErrorsOf(kNdjsonFormat, MakeRow("a\xff\n\u202e", "x")),
               ElementsAre("The name of the field a\\xff\\u{0a}\\u{202e} is not valid UTF-8"));
 }
