@@ -20,7 +20,7 @@ TEST(HelpTest, ACommandPrintsItsPageAndExitsWithStatus0) {
   }
 }
 
-TEST(HelpTest, WhatAnExampleAlreadyContainsIsNotRepeated) {
+TEST(HelpTest, AnExampleHasItsPrefixAndItsColonOnce) {
   const VexilResult result = Try({"try", "say", "--help"}).Run();
   EXPECT_THAT(result.out, MatchesGolden("commandhelp/tool-say"));
   EXPECT_EQ("", result.err);

@@ -21,10 +21,11 @@ import termios
 import threading
 import time
 
-# same: as without the fault. reported: a message and a status that is not 0, or the whole result with
-# an additional message. partial: some of the result is missing, but the status is 0. silent: the
-# status or the messages differ from those without the fault, but no message was added; or the
-# terminal was left without an echo. crash: a signal ended the tool. hang: the tool did not end.
+# same: as without the fault. reported: a message and a status that is not 0, or the whole result
+# with an additional message. partial: the result is not complete or not the same, but the status is
+# 0. silent: the status or the messages differ from those without the fault, but no message was
+# added; or the terminal was left without an echo. crash: a signal ended the tool. hang: the tool
+# did not end.
 OUTCOMES = ("same", "reported", "partial", "silent", "crash", "hang")
 GOOD = ("same", "reported")
 

@@ -51,7 +51,7 @@ expect_not "$command" 'libkestrel_(zoluser|tessalibs|audit)\.a'
   fail "an unknown platform is accepted"
 expect "$(<"$work/wrong.output")" "KESTREL_PLATFORM must be standin or host, not 'other'"
 
-# fake_boost VERSION: creates a CMake package that claims to be this version of Boost.
+# fake_boost VERSION: creates a CMake package that reports this version of Boost.
 fake_boost() {
   mkdir -p "$work/boost-$1"
   cat >"$work/boost-$1/BoostConfig.cmake" <<END

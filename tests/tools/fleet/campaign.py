@@ -7,21 +7,21 @@
 
 The parts, all of them if none is named:
 
-    commands   one command line after another on all hosts, until N commands have run on each host:
-               each answer has the same bytes, and no process is left over
+    commands   one command line after another on all hosts, until N commands have run in total: the
+               answers to equal command lines have the same bytes, and no process is left over
     rows       a list of N rows on each host, with different rows on each: all rows are printed, and
                the memory is below three times the bytes received, if these are at least 20 MB
     clush      a list on 16 hosts, in turns with clush, which runs the same command: the median of
                the ratios of the elapsed times is at most 1.3
     merge      64 results with 10,000 rows each are compared in less than three seconds of
                processor time
-    connection prints what a connection with a real server costs this side
-    scale      simulated hosts, with which this side needs no key exchange: reached directly with
-               two fan-outs, and through gateways; the memory is below three times the bytes
-               received, if these are at least 20 MB
+    connection prints what a connection with a real server costs on the user's side
+    scale      simulated hosts, which need no key exchange: reached directly with two fan-outs, and
+               through gateways; the memory is below three times the bytes received, if these are at
+               least 20 MB
 
-Prints figures. The exit status is 1 if one of these claims is false, and 77 if no ssh server can be
-started.
+Prints figures. The exit status is 1 if one of these conditions is not met, and 77 if no ssh
+server can be started.
 """
 
 import argparse

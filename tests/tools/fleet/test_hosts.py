@@ -120,7 +120,7 @@ class EqualHosts(FleetCase):
 
 
 class Secrets(FleetCase):
-    """Secrets never appear among processes, on either side."""
+    """No process has a secret on its command line, unless the user typed it there."""
 
     count = 2
 
@@ -133,7 +133,7 @@ class Secrets(FleetCase):
         for words in (["--key=top-secret"], ["--key", "top-secret"], ["-k", "top-secret"]):
             result = self.call("--formatter=ndjson", "volume", "open", *words)
             self.assertEqual([b"top-secret".hex()] * 2, [row["Value"] for row in result.rows])
-            # Only this side's own command line, which the user typed, contains the secret.
+            # Only the command line of vexil-fleet, which the user typed, contains the secret.
             lines = [line for line in self.processes_seen().splitlines()
                      if "top-secret" in line and "bin/vexil-fleet" not in line]
             self.assertEqual([], lines)
