@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // The main function of the test programs of scripts/mutate.py. It forks for each request. So the
-// program need not be started again for each test, and no test sees the state that an earlier one
-// has left.
+// program need not be started again for each request, and no test sees the state that an earlier
+// request has left.
 //
 // A request is a line of standard input: the limits of processor time and of elapsed time, in
 // seconds, and the names of the tests, separated by colons. The answer is "passed", "failed" or

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What scripts/mutate.py inserts into a copy of the sources. All mutants are in one program. The
+// What scripts/mutate.py inserts into a copy of the sources. All mutants are in each program. The
 // variable KESTREL_MUTANTS names a file that each process of a test maps into its memory. The file
 // contains the number of the active mutant, and a byte for each mutant: 1 if it has been reached.
 
