@@ -21,7 +21,7 @@ using ::testing::Le;
 
 class HostHelpTest : public ::testing::TestWithParam<const char*> {
  protected:
-  // Replaces the spaces between the words of a path.
+  // Returns the path with `separator` between its words.
   static std::string Path(const char* path, const char* separator) {
     std::string joined;
     for (const std::string& word : WordsIn(path)) {

@@ -19,7 +19,7 @@
 #include "plugins/host/support/HostTool.h"
 #include "support/StreamCapture.h"
 
-// Properties of every command of the plug-in.
+// Properties of the commands of the plug-in. Most of these tests omit the namespace "service".
 namespace Kestrel::Testing {
 namespace {
 
@@ -43,12 +43,12 @@ void VisitNodes(const std::shared_ptr<NamespaceNode>& node,
   }
 }
 
-// The parameters that every command with a list of structures has.
+// The parameters that lists of structures share. Only lists with sizes have "human".
 const std::set<std::string> kCommonParameters = {"sort", "descending", "limit", "human"};
 
 const std::vector<std::string> kAreas = {"system", "storage", "network", "log", "package", "file"};
 
-// Maps the paths of all nodes of the plug-in, with spaces between their words, to the nodes.
+// Maps the paths of all nodes in these areas, with spaces between their words, to the nodes.
 std::map<std::string, std::shared_ptr<NamespaceNode>> GetNodes() {
   std::map<std::string, std::shared_ptr<NamespaceNode>> nodes;
   const auto root = GetDispatcher().GetRootNamespace();
@@ -145,13 +145,13 @@ TEST(HostPluginTest, EveryResultAndEveryFieldIsDocumented) {
   }
 }
 
-TEST(HostPluginTest, EveryParameterHasADescriptionWithoutLooseMarkers) {
+TEST(HostPluginTest, EveryParameterIsDescribedAndOnlyCommonOnesLackAShortName) {
   for (const auto& [path, command] : GetCommands()) {
     for (const auto& parameter : command->GetInputSpec()->GetParameters()) {
       const std::string text = parameter->GetDescription(true);
       EXPECT_THAT(text, Not(IsEmpty())) << path << " --" << parameter->GetName();
       EXPECT_THAT(text, Not(HasSubstr("%"))) << path << " --" << parameter->GetName();
-      // The parameters that every list has are the same in all lists and have no short names.
+      // The parameters that lists share have no short names.
       const bool isCommon = kCommonParameters.count(parameter->GetName()) == 1;
       EXPECT_EQ(parameter->GetShortName().size(), isCommon ? 0u : 1u)
           << path << " --" << parameter->GetName();
@@ -203,7 +203,7 @@ TEST(HostPluginTest, EveryExampleIsAValidCall) {
   EXPECT_TRUE(Passes(CheckExamples(GetTool())));
 }
 
-// Each of these commands has parameters that select what is listed and accept any string.
+// The first command accepts only names of modules; the second one accepts any string.
 TEST(HostPluginTest, TreatsHostileValuesAsData) {
   EXPECT_TRUE(Passes(RunHostileValues(GetTool(), "system module check")));
   EXPECT_TRUE(Passes(RunHostileValues(GetTool(), "system session list")));
@@ -264,7 +264,7 @@ TEST(HostPluginTest, HeadersOfTablesFitAScreenOf80Columns) {
   }
 }
 
-TEST(HostPluginTest, CommandsUseEveryKindOfParameterConstraintAndResult) {
+TEST(HostPluginTest, CommandsUseEveryKindOfParameterOfConstraintAndOfResult) {
   std::set<int> types;
   std::set<int> constraints;
   std::set<MetaType> results;

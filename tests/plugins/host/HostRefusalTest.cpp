@@ -8,7 +8,7 @@
 
 #include "plugins/support/CommandCall.h"
 
-// Values that a constraint rejects, so that the command does not run.
+// Calls with a missing or invalid parameter. Each is rejected with one message.
 namespace Kestrel::Testing {
 namespace {
 

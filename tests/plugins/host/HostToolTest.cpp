@@ -43,7 +43,7 @@ TEST(HostToolTest, PrintsAStructure) {
   EXPECT_EQ(result.status, 0);
 }
 
-TEST(HostToolTest, PrintsATableInAnotherForm) {
+TEST(HostToolTest, PrintsAListWithAnotherFormatter) {
   const VexilResult result =
       HostRun({"--formatter=simple", "system", "account", "list", "--name=root"}).Run();
   EXPECT_EQ(result.out,
@@ -87,7 +87,7 @@ TEST(HostToolTest, AnswersLinesOfAStream) {
   EXPECT_EQ(result.status, 0);
 }
 
-TEST(HostToolTest, WrapsTheLastColumnToTheScreen) {
+TEST(HostToolTest, PrintsTheHeaderOfProcessorsOnANarrowScreen) {
   const VexilResult result =
       HostRun({"--screen-width=70", "system", "cpu", "list", "--number=0"}).Run();
   EXPECT_EQ(result.status, 0);

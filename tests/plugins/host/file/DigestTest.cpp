@@ -25,7 +25,7 @@ struct Vector {
   const char* digits;
 };
 
-// The test vectors that RFC 4231 publishes.
+// Test vectors from RFC 4231.
 const Vector kKeyedVectors[] = {
     {"ShortKey224", "Jefe", "what do ya want for nothing?", "sha224",
      "a30e01098bc6dbbf45690f3a7e9e6d0f8bbea2a39e6148008fd05e44"},
@@ -44,7 +44,7 @@ const Vector kKeyedVectors[] = {
      "60e431591ee0b67f0d8a26aacbf5b77f8e0bc6213728c5140546040f0ee37f54"},
 };
 
-// The test vectors that were published with the algorithms.
+// Test vectors that were published with the algorithms.
 const Vector kPlainVectors[] = {
     {"Md5", "", "abc", "md5", "900150983cd24fb0d6963f7d28e17f72"},
     {"Sha1", "", "abc", "sha1", "a9993e364706816aba3e25717850c26c9cd0d89d"},

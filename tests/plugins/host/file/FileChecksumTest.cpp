@@ -15,7 +15,7 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// "file checksum".
+// The command "file checksum".
 namespace Kestrel::Testing {
 namespace {
 
@@ -28,7 +28,7 @@ constexpr char kCommand[] = "file checksum";
 
 class FileChecksumAlgorithmTest : public ::testing::TestWithParam<const char*> {};
 
-TEST_P(FileChecksumAlgorithmTest, AgreesWithTheToolOfItsName) {
+TEST_P(FileChecksumAlgorithmTest, AgreesWithTheProgramNamedAfterTheAlgorithm) {
   const ScopedTempDir folder;
   const std::string plain = folder.Write("plain", "text\n");
   const std::string odd = folder.Write("a$(b) &;'\"`\\<>|!^c*?[d]{e}~#", "");
@@ -48,7 +48,7 @@ TEST_P(FileChecksumAlgorithmTest, AgreesWithTheToolOfItsName) {
                                {"Algorithm", GetParam()}})));
 }
 
-TEST_P(FileChecksumAlgorithmTest, WithAKeyAgreesWithOpenssl) {
+TEST_P(FileChecksumAlgorithmTest, AgreesWithOpensslIfAKeyIsGiven) {
   const ScopedTempDir folder;
   const std::string first = folder.Write("first", "what do ya want for nothing?");
   const std::string second = folder.Write("second", "");
@@ -112,7 +112,7 @@ TEST(FileChecksumTest, ReportsEveryFileThatCannotBeRead) {
                           "Unable to read /nowhere\\x0a/at all: No such file or directory"));
 }
 
-TEST(FileChecksumTest, TheToolReportsTheFile) {
+TEST(FileChecksumTest, TheToolReportsAMissingFile) {
   const VexilResult result = HostRun({"file", "checksum", "--file", "it's gone"}).Run();
   EXPECT_EQ(result.out, "");
   EXPECT_EQ(result.err, "Errors: \nUnable to read it's gone: No such file or directory\n");
@@ -164,7 +164,7 @@ TEST(FileChecksumToolTest, ReadsTheKeyFromAPipe) {
   EXPECT_EQ(result.status, 0);
 }
 
-TEST(FileChecksumToolTest, ItsHelpWarnsOfAKeyOnTheCommandLine) {
+TEST(FileChecksumToolTest, HelpWarnsAboutSecretsOnTheCommandLine) {
   const VexilResult result = HostRun({"file", "checksum", "--help"}).Run();
   EXPECT_THAT(result.out, HasSubstr("WARNING: Providing secret values on the command line"));
 }

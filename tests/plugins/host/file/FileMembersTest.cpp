@@ -17,7 +17,7 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// "file members".
+// The command "file members".
 namespace Kestrel::Testing {
 namespace {
 
@@ -27,7 +27,8 @@ using ::testing::IsEmpty;
 
 constexpr char kCommand[] = "file members";
 
-// Sets the time zone of this process, which otherwise reads TZ only on demand.
+// Sets the time zone of this process. Without tzset, the C library might not notice the change of
+// TZ.
 class ScopedZone {
  public:
   explicit ScopedZone(const char* zone) : value_(std::in_place, "TZ", zone) { ::tzset(); }
@@ -81,7 +82,7 @@ TEST_F(FileMembersTest, ShowsEveryField) {
               ElementsAre("plain.conf"));
 }
 
-TEST_F(FileMembersTest, AWordReplacesTheMissingNamesOfUserAndGroup) {
+TEST_F(FileMembersTest, MissingNamesOfUserAndGroupAreShownAsNone) {
   Witness("cd '" + folder_.GetPath() + "' && tar -c --numeric-owner -f numbers.tar in/etc/link");
   EXPECT_THAT(OnlyFields(CallRows(kCommand, {{"archive", folder_.GetPath("numbers.tar")}}),
                          {"User", "Group"}),

@@ -58,7 +58,7 @@ TEST(RegularFileTest, OpensAPathOfAnyLength) {
   EXPECT_THAT(Opening(path + "/absent"), Fails(path + "/absent", "No such file or directory"));
 }
 
-TEST(RegularFileTest, RefusesWhatMayHaveNoEnd) {
+TEST(RegularFileTest, RefusesFilesThatAreNotRegular) {
   const ScopedTempDir folder;
   const std::string pipe = folder.GetPath("pipe");
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);

@@ -27,7 +27,7 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"FirstKibibyte", 1024, "1.0 KiB"}, Case{"Half", 1536, "1.5 KiB"},
         // A remainder of 0.05 or more is rounded up, a smaller one is rounded down.
         Case{"RoundedDown", 1024 + 51, "1.0 KiB"}, Case{"RoundedUp", 1024 + 52, "1.1 KiB"},
-        // 1023.95 KiB would be printed as 1024.0 KiB.
+        // 1023.95 KiB would be rounded to 1024.0 KiB, so it is printed in the next unit.
         Case{"LastKibibyte", 1048524, "1023.9 KiB"},
         Case{"CarriedToTheNextUnit", 1048525, "1.0 MiB"}, Case{"Gibibytes", 3L << 30, "3.0 GiB"},
         Case{"Tebibytes", 1L << 40, "1.0 TiB"}, Case{"Pebibytes", 1L << 50, "1.0 PiB"},

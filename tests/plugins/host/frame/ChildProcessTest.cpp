@@ -49,8 +49,9 @@ ProgramResult RunWithin(std::chrono::milliseconds limit, const std::string& scri
   return RunProgramWithin(limit, "/bin/sh", {"-c", script});
 }
 
-// Runs a script that does not end by itself. A busy machine may need more than `limit` to run its
-// first commands, so the limit is doubled until `hasBegun` returns true.
+// Runs a script that does not end by itself. A busy machine may need more than `limit` to run the
+// first commands of the script, so the limit is doubled until `hasBegun` returns true or the limit
+// reaches kLong.
 ProgramResult KillOnceBegun(std::chrono::milliseconds limit, const std::string& script,
                             const std::function<bool(const ProgramResult&)>& hasBegun) {
   ProgramResult result = RunWithin(limit, script);
@@ -62,7 +63,7 @@ ProgramResult KillOnceBegun(std::chrono::milliseconds limit, const std::string& 
 
 bool HasWritten(const ProgramResult& result) { return !result.errorOutput.empty(); }
 
-// Returns false for a process that has ended but has not been waited for.
+// Returns false also for a process that has ended but has not been waited for.
 bool IsRunning(pid_t process) {
   const auto status = ReadFile("/proc/" + std::to_string(process) + "/stat");
   return status && status->find(") Z") == std::string::npos;
@@ -131,7 +132,7 @@ TEST(RunProgramTest, RunsWithAnEmptyStandardInput) {
   EXPECT_EQ(RunScript("cat; echo end").output, "end\n");
 }
 
-TEST(RunProgramTest, PassesAnEnvironmentInWhichThisOneChangesOnlyTheZone) {
+TEST(RunProgramTest, PassesThePathAndTheZoneButNoLocaleAndNoOptions) {
   const ScopedEnvironment option("POSIXLY_CORRECT", "1");
   const ScopedEnvironment locale("LC_ALL", "de_DE.UTF-8");
   const ScopedEnvironment language("LANGUAGE", "de");
@@ -153,7 +154,7 @@ TEST(RunProgramTest, ReportsAProgramThatCannotBeStarted) {
       ThrowsMessage<KestrelException>("Unable to run /absent/tool: No such file or directory"));
 }
 
-TEST(RunProgramTest, LeavesNoDescriptorAndNoChild) {
+TEST(RunProgramTest, LeavesNoFileDescriptorAndNoChild) {
   const auto before = ListFolder("/proc/self/fd");
   RunScript("true");
   RunProgram("/usr/bin/yes", {}, [](std::string_view) { return false; });
@@ -226,7 +227,7 @@ TEST(RunProgramWithinTest, KillsWhatTheProgramStarted) {
   EXPECT_FALSE(IsRunning(child));
 }
 
-TEST(RunProgramWithinTest, DoesNotWaitForWhatTheProgramLeavesBehind) {
+TEST(RunProgramWithinTest, DoesNotWaitForAProcessThatTheProgramLeavesRunning) {
   const ScopedTempDir folder;
   const Clock::time_point start = Clock::now();
   const ProgramResult result =
@@ -261,7 +262,7 @@ TEST(RunProgramWithinTest, ReportsAProgramThatCannotBeStarted) {
       ThrowsMessage<KestrelException>("Unable to run /absent/tool: No such file or directory"));
 }
 
-TEST(RunProgramWithinTest, LeavesNoDescriptorAndNoChild) {
+TEST(RunProgramWithinTest, LeavesNoFileDescriptorAndNoChild) {
   const auto before = ListFolder("/proc/self/fd");
   RunWithin(kLong, "true");
   RunWithin(kShort, "sleep 60");

@@ -60,7 +60,7 @@ TEST(FileDescriptorTest, ReportsAFailedClose) {
   EXPECT_EQ(file.Close(), EBADF);
 }
 
-TEST(FileDescriptorTest, LosesItsOwnershipWhenMoved) {
+TEST(FileDescriptorTest, MovingTransfersTheOwnership) {
   FileDescriptor first = Open("/dev/null");
   const int number = first.Get();
   {

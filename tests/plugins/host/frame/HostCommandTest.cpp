@@ -24,7 +24,7 @@ using ::testing::Pair;
 using ::testing::SizeIs;
 using ::testing::UnorderedElementsAre;
 
-// A command that returns its number, or fails in one of three ways.
+// A command that returns 7, or fails in one of three ways.
 class SampleCommand final : public HostCommand {
  public:
   enum class Look { Table, Lines, Value, None };
@@ -129,7 +129,7 @@ TEST(HostCommandTest, AValueNeedsNoFields) {
   EXPECT_THAT(FormatOf(SampleCommand::Look::Value), UnorderedElementsAre(Pair("", "simple")));
 }
 
-TEST(HostCommandTest, DeclaresWhatItsClassDeclares) {
+TEST(HostCommandTest, DeclaresWhatTheConcreteClassDeclares) {
   SampleCommand command(SampleCommand::Look::None);
   EXPECT_EQ(command.GetDescription(), "Show a sample.");
   const auto parameters = command.GetInputSpec()->GetParameters();
@@ -138,12 +138,12 @@ TEST(HostCommandTest, DeclaresWhatItsClassDeclares) {
   EXPECT_EQ(command.GetOutputSpec()->GetDescription(), "A number.");
 }
 
-TEST(HostCommandTest, MayTakeNoParameter) {
+TEST(HostCommandTest, NeedNotDeclareAParameter) {
   PlainCommand command;
   EXPECT_THAT(command.GetInputSpecInternal()->GetParameters(), IsEmpty());
 }
 
-TEST(HostCommandTest, ReturnsWhatItsClassReturns) {
+TEST(HostCommandTest, ReturnsTheResultOfTheConcreteClass) {
   const auto output = ExecuteSample("");
   EXPECT_THAT(output->GetErrors(), IsEmpty());
   ASSERT_NE(output->GetRootObject(), nullptr);
@@ -156,7 +156,7 @@ TEST(HostCommandTest, AFailureIsAMessage) {
   EXPECT_THAT(ExecuteSample("foreign")->GetErrors(), SizeIs(1));
 }
 
-TEST(HostCommandTest, NeedsAnInput) {
+TEST(HostCommandTest, ReportsAMissingInput) {
   const auto root = AutoCli::RootNamespace::New(nullptr);
   const auto command = std::make_shared<PlainCommand>();
   root->RegisterNamespaceNode(command, "plain");
@@ -174,7 +174,7 @@ TEST(HostCommandTest, AddNamespaceDescribesANewOne) {
   EXPECT_EQ(root->GetNamespaceNode("area"), made);
 }
 
-TEST(HostCommandTest, AddNamespaceKeepsTheDescriptionOfAnotherPlugin) {
+TEST(HostCommandTest, AddNamespaceKeepsAnExistingDescription) {
   const auto root = AutoCli::RootNamespace::New(nullptr);
   const auto first = AddNamespace(root, "area", "What was there first.");
   EXPECT_EQ(AddNamespace(root, "area", "What came later."), first);

@@ -17,12 +17,13 @@
 
 namespace {
 
-// The number of reads that succeed before one fails; negative if none fails.
+// The number of reads that succeed before all others fail; negative if none fails.
 int readsUntilFailure = -1;
 
 }  // namespace
 
-// Replaces the function of the C library to make a read fail in the middle of a file.
+// Replaces the function of the C library, so that reads can fail at the start or in the middle of a
+// file.
 extern "C" ssize_t read(int file, void* buffer, size_t size) {
   if (readsUntilFailure == 0) {
     errno = EIO;
@@ -100,7 +101,7 @@ TEST(HostFileTest, ListsNamesInByteOrder) {
   EXPECT_THAT(ReadFolder(folder.GetPath()), Optional(ListFolder(folder.GetPath())));
 }
 
-TEST(HostFileTest, FollowsALinkOfAnyLength) {
+TEST(HostFileTest, ReadsALinkOfAnyLength) {
   const ScopedTempDir folder;
   for (const std::size_t length : {1, 255, 256, 257, 1000}) {
     const std::string target(length, 't');
@@ -118,13 +119,13 @@ TEST(HostFileTest, ReadsALineWithoutTheSpaceAroundIt) {
   EXPECT_EQ(ReadLine(folder.GetPath("absent")), "");
 }
 
-TEST(HostFileTest, AFolderWithAnEntryIsAccepted) {
+TEST(HostFileTest, RequireEntriesAcceptsAFolderWithAnEntry) {
   const ScopedTempDir folder;
   folder.Write("entry", "");
   RequireEntries(folder.GetPath());
 }
 
-TEST(HostFileTest, AnEmptyOrMissingFolderHasNoEntries) {
+TEST(HostFileTest, RequireEntriesRefusesAnEmptyOrMissingFolder) {
   const ScopedTempDir folder;
   const std::string start = "Unable to read " + folder.GetPath();
   EXPECT_THAT([&] { RequireEntries(folder.GetPath()); },

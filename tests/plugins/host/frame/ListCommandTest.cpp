@@ -176,7 +176,7 @@ TEST_F(ListCommandTest, RefusesDescendingAlone) {
               ElementsAre("--descending needs --sort with the name of a field."));
 }
 
-TEST_F(ListCommandTest, RefusesALimitThatIsNotACount) {
+TEST_F(ListCommandTest, RefusesALimitOutsideItsRange) {
   for (const char* const limit : {"-1", "0", "1000000001"}) {
     EXPECT_THAT(
         Errors({{"limit", limit}}),
@@ -196,7 +196,7 @@ TEST_F(ListCommandTest, ShowsSizesToPeopleOnlyWhenAsked) {
             "----  -----  ----------\n"
             "pear     10  2.0 KiB\n"
             "fig       9  100 B\n");
-  // A command serves many calls: the next call shows bytes again.
+  // One command object serves many calls, so the next call must show bytes again.
   EXPECT_EQ(Printed({{"limit", "2"}}),
             "Name  Shelf  Room Taken Bytes\n"
             "----  -----  ----------------\n"

@@ -41,7 +41,7 @@ std::string MessageOf() {
   }
 }
 
-TEST(LoadedLibraryTest, HasFunctionsAndObjects) {
+TEST(LoadedLibraryTest, FindsFunctionsAndObjects) {
   const Libc library;
   EXPECT_EQ(library.ffs(8), 4);
   EXPECT_TRUE(IN6_IS_ADDR_LOOPBACK(library.in6addr_loopback));

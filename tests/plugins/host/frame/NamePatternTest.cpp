@@ -19,7 +19,7 @@ struct PatternCase {
 
 class NamePatternTest : public ::testing::TestWithParam<PatternCase> {};
 
-TEST_P(NamePatternTest, Matches) {
+TEST_P(NamePatternTest, MatchesOrNot) {
   EXPECT_EQ(MatchesNamePattern(GetParam().name, GetParam().pattern), GetParam().matches);
 }
 

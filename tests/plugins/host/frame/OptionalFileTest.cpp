@@ -28,7 +28,7 @@ using Testing::PlainUser;
 using Testing::ScopedTempDir;
 using ::testing::ThrowsMessage;
 
-/// Uses up all file descriptors that this process may have.
+/// Prevents this process from opening files while an object of this class exists.
 class NoMoreFiles {
  public:
   NoMoreFiles() {

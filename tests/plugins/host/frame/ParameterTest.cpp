@@ -55,7 +55,7 @@ TEST(ParameterTest, IsOptionalAndPublicUnlessDeclaredOtherwise) {
   EXPECT_EQ(spec->GetConstraint(), nullptr);
 }
 
-TEST(ParameterTest, TakesEveryDeclarationInOneChain) {
+TEST(ParameterTest, CombinesDeclarationsInOneChain) {
   const auto spec = Declared(
       Parameter("item", CallSpec::String, "x").Short("s").Required().Secret().Matching("[a-z]+"));
   EXPECT_EQ(spec->GetShortName(), "s");

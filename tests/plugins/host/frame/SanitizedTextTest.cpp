@@ -75,8 +75,8 @@ TEST(SanitizedTextTest, EscapesEveryControlCharacterAndNoOtherAsciiByte) {
   }
 }
 
-// ValueDocumentTest checks the scripts of descriptors against the same file.
-TEST(SanitizedTextTest, EscapesTheNamesWithEveryByte) {
+// ValueDocumentTest checks the scripts of descriptors against the same golden file.
+TEST(SanitizedTextTest, EscapesNamesThatContainEveryByte) {
   std::string shown;
   for (const std::string& name : Testing::NamesWithEveryByte()) {
     shown += SanitizedText(name)->GetValue() + "\n";
@@ -98,7 +98,7 @@ TEST(SanitizedTextTest, SanitizesAListOfStrings) {
   EXPECT_THAT(SanitizedList({})->GetObjects(), IsEmpty());
 }
 
-TEST(SanitizedTextTest, FindsEachByteAtEachPlaceOfAText) {
+TEST(SanitizedTextTest, EscapesControlCharactersAtEachPlaceOfAString) {
   for (std::size_t length = 1; length <= 20; ++length) {
     for (std::size_t place = 0; place < length; ++place) {
       for (const int byte : {0x00, 0x01, 0x1f, 0x20, 0x7e, 0x7f}) {
@@ -113,7 +113,7 @@ TEST(SanitizedTextTest, FindsEachByteAtEachPlaceOfAText) {
   }
 }
 
-TEST(SanitizedTextTest, FindsAControlPairAtEachPlaceOfAText) {
+TEST(SanitizedTextTest, EscapesAControlPairAtEachPlaceOfAString) {
   for (std::size_t place = 0; place < 20; ++place) {
     const std::string before(place, 'x');
     EXPECT_EQ(SanitizedText(before + "\xc2\x9b" + "after")->GetValue(),
@@ -121,7 +121,7 @@ TEST(SanitizedTextTest, FindsAControlPairAtEachPlaceOfAText) {
   }
 }
 
-TEST(RepeatedTextTest, SharesWhatIsTheSameAsBefore) {
+TEST(RepeatedTextTest, SharesTheValueOfEqualStringsInARow) {
   RepeatedText texts;
   EXPECT_EQ(texts.Get("")->GetValue(), "");
   const auto first = texts.Get("a\n");

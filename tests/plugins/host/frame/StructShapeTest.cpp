@@ -160,7 +160,7 @@ TEST(StructShapeTest, AListOfAnotherShapeIsNotValid) {
   EXPECT_THAT(errors, Not(IsEmpty()));
 }
 
-// A share in hundredths of a percent, and the string that shows it.
+// A share in hundredths of a percent, and the values of its two fields.
 struct ShareCase {
   long hundredths;
   const char* text;

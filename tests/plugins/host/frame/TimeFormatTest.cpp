@@ -34,7 +34,7 @@ const TimestampCase kTimestamps[] = {
     {"SummerTime", "CET-1CEST,M3.5.0,M10.5.0/3", 1711846800, "2024-03-31 03:00:00"},
     {"FirstTwoOClock", "CET-1CEST,M3.5.0,M10.5.0/3", 1729987200, "2024-10-27 02:00:00"},
     {"SecondTwoOClock", "CET-1CEST,M3.5.0,M10.5.0/3", 1729990800, "2024-10-27 02:00:00"},
-    // Years that the system cannot convert.
+    // Times that the system cannot convert.
     {"LargestTime", "UTC0", std::numeric_limits<std::time_t>::max(), "unknown"},
     {"SmallestTime", "UTC0", std::numeric_limits<std::time_t>::min(), "unknown"},
 };

@@ -27,7 +27,7 @@ std::shared_ptr<Input> InputFor(CallSpec::ParameterType type,
   return input;
 }
 
-TEST(ValueFilterTest, WithoutAValueAcceptsEverything) {
+TEST(ValueFilterTest, AcceptsEverythingIfNoValueWasGiven) {
   const auto input = InputFor(CallSpec::StringList, {});
   const StringFilter filter(*input, "item");
   EXPECT_FALSE(filter.IsGiven());
@@ -65,7 +65,7 @@ TEST(ValueFilterTest, ComparesIntegersByValue) {
   EXPECT_TRUE(filter.AcceptsAnyOf({0, 7}));
 }
 
-TEST(ValueFilterTest, KnowsTheWordsForTrueAndFalse) {
+TEST(ValueFilterTest, KnowsEveryWordForTrueAndAListOfBothBooleans) {
   for (const char* const word : {"1", "y", "true", "True", "yes", "t", "T"}) {
     const auto input = InputFor(CallSpec::Bool, {word});
     EXPECT_TRUE(BoolFilter(*input, "item").Accepts(true)) << word;

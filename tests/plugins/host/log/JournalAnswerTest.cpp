@@ -52,8 +52,7 @@ LogFilter Lines(std::size_t count) {
 
 class JournalAnswerTest : public ::testing::Test {
  protected:
-  // Returns the entries in the output. No unit is requested, so systemctl is not asked whether the
-  // unit exists.
+  // Returns the entries in `answer`. No unit is requested, so systemctl is not needed.
   std::vector<LogLine> Read(const std::string& answer, std::size_t count = 1000) const {
     const MadeUpTool journalctl("journalctl", "cat '" + folder_.Write("answer", answer) + "'\n");
     return ReadJournal({}, Lines(count));
@@ -67,7 +66,7 @@ class JournalAnswerTest : public ::testing::Test {
   const ScopedTempDir folder_;
 };
 
-TEST_F(JournalAnswerTest, TruncatedAnywhereIsAnErrorAndNotAShorterList) {
+TEST_F(JournalAnswerTest, TruncatedWithinAnEntryIsAnErrorAndNotAShorterList) {
   const std::string first = Entry("one");
   const std::string whole = first + Sized("MESSAGE", "two\nlines") + "PRIORITY=3\n\n";
   // A single shell for all lengths would be faster, but each output must come from its own program.
@@ -220,7 +219,7 @@ TEST_F(JournalAnswerTest, MayComeWithMoreWarningsThanAPipeHolds) {
 
 class JournalQuestionTest : public ::testing::Test {
  protected:
-  // Returns the arguments that select lines, one per line.
+  // Returns the arguments that select entries, one per line.
   std::string Ask(const std::vector<std::string>& units, const LogFilter& filter) const {
     const MadeUpTool journalctl("journalctl", "printf '%s\\n' \"$@\" >'" +
                                                   folder_.GetPath("words") + "'\ncat '" +

@@ -75,7 +75,7 @@ TEST(JournalParserTest, WaitsForAValueOfAnyLength) {
   EXPECT_THAT(Parse(header + "text\n\n", 3), IsEmpty());
 }
 
-// A program that prints the entries and records its arguments.
+// `Script` returns a program that writes its arguments to a file, prints `output` and runs `more`.
 class JournalTest : public ::testing::Test {
  protected:
   std::string Script(const std::string& output, const std::string& more = "") const {
@@ -156,7 +156,7 @@ TEST_F(JournalTest, MustBeReadableCompletely) {
   constexpr char kRefusal[] =
       "Only root and members of the group systemd-journal may read the whole journal";
   {
-    // The programs are in a folder that other users may enter.
+    // The program is in a folder that other users may enter.
     const ScopedTempDir tools;
     const std::string tool = tools.Write(
         "journalctl",
@@ -174,13 +174,13 @@ TEST_F(JournalTest, MustBeReadableCompletely) {
   EXPECT_THAT([&] { ReadJournal({}, Filter(9)); }, ThrowsMessage<KestrelException>(kRefusal));
 }
 
-TEST_F(JournalTest, MayFailAfterItsFirstLines) {
+TEST_F(JournalTest, ReportsAFailureOfTheProgramAfterTheFirstLines) {
   const MadeUpTool journalctl("journalctl", Script(kExport, "echo 'Broken' >&2; exit 1\n"));
   EXPECT_THAT([&] { ReadJournal({}, Filter(9)); },
               ThrowsMessage<KestrelException>("journalctl failed: Broken"));
 }
 
-TEST_F(JournalTest, MayFailSilently) {
+TEST_F(JournalTest, ReportsASilentFailureOfTheProgram) {
   const MadeUpTool journalctl("journalctl", "exit 1\n");
   EXPECT_THAT([&] { ReadJournal({}, Filter(9)); },
               ThrowsMessage<KestrelException>("journalctl failed: exit status 1"));
@@ -190,7 +190,7 @@ TEST_F(JournalTest, MayFailSilently) {
 
 constexpr char kNoUnit[] = "Neither the journal nor systemctl knows the unit nosuch";
 
-TEST_F(JournalTest, HasUnitsThatWroteNothingLately) {
+TEST_F(JournalTest, KnowsUnitsWithoutAnEntryThatPassesTheFilter) {
   // There is no entry of the requested level, but there are others.
   const MadeUpTool journalctl("journalctl",
                               "case \"$*\" in *--priority*) ;; *) " + Script(kExport) + ";; esac");
@@ -199,7 +199,7 @@ TEST_F(JournalTest, HasUnitsThatWroteNothingLately) {
   EXPECT_THAT(Texts({"quiet"}, filter), IsEmpty());
 }
 
-TEST_F(JournalTest, HasUnitsThatSystemctlKnows) {
+TEST_F(JournalTest, KnowsUnitsThatSystemctlKnows) {
   const MadeUpTool journalctl("journalctl", "exit 0\n");
   for (const char* const state : {"loaded", "masked"}) {
     const MadeUpTool systemctl("systemctl", "printf '%s\\n' \"$@\" >'" + folder_.GetPath("words") +

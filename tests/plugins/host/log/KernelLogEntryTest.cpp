@@ -17,7 +17,8 @@
 #include "support/Sanitizer.h"
 #include "support/ScopedTempDir.h"
 
-// Kernel messages in every form. A pipe that preserves message boundaries replaces the device.
+// Kernel messages in many forms. In some tests, a pipe that preserves message boundaries replaces
+// the device.
 namespace Kestrel::Host {
 namespace {
 
@@ -76,7 +77,7 @@ TEST_F(KernelPipeTest, AMessageInAnUnknownFormIsAnErrorAndNotAShorterList) {
                                               ": a message is in an unknown form"));
 }
 
-TEST_F(KernelPipeTest, MessagesMayBeAsLongAsTheKernelAllows) {
+TEST_F(KernelPipeTest, AMessageMayHave4000Bytes) {
   const std::string text(4000, 't');  // fits into one message of such a pipe
   Write("6,1,10,-;" + text + "\n");
   Write("6,2,11,-;next\n");
@@ -180,7 +181,7 @@ TEST(KernelEntryFormTest, IsRejectedIfItEndsBeforeItsText) {
   }
 }
 
-TEST(KernelEntryFormTest, RejectsOtherNumbers) {
+TEST(KernelEntryFormTest, RejectsInvalidNumbers) {
   for (const char* const entry :
        {"6.5,1,1,-;x", "6 6,1,1,-;x", "0x6,1,1,-;x", ",1,1,-;x", "6,1,,-;x", "6,1,1s,-;x",
         "99999999999999999999,1,1,-;x", "6,1,99999999999999999999,-;x", "\n6,1,1,-;x"}) {

@@ -29,14 +29,14 @@ TEST(KernelMessageTest, IsParsed) {
   EXPECT_EQ(message->text, "systemd[1]: a; b");
 }
 
-TEST(KernelMessageTest, EndsBeforeThePropertiesOfItsDevice) {
+TEST(KernelMessageTest, OmitsThePropertiesOfItsDevice) {
   const auto message =
       ParseKernelMessage("4,1,0,-,caller=T1;usb 1-1: text\n SUBSYSTEM=usb\n DEVICE=c189:0\n");
   ASSERT_TRUE(message.has_value());
   EXPECT_EQ(message->text, "usb 1-1: text");
 }
 
-TEST(KernelMessageTest, IsDecoded) {
+TEST(KernelMessageTest, EscapesAreDecoded) {
   EXPECT_EQ(ParseKernelMessage("6,1,2,-;a\\x0ab \\x5cx \\xe9 \\xzz \\x1")->text,
             "a\nb \\x \xE9 \\xzz \\x1");
 }
@@ -56,7 +56,7 @@ TEST(KernelLogTest, HasWordsForFacilities) {
   EXPECT_STREQ(FacilityName(-1), "unknown");
 }
 
-TEST(KernelLogTest, IsReadToItsEndWithoutWaiting) {
+TEST(KernelLogTest, AnEmptyLogIsReadWithoutWaiting) {
   const ScopedTempDir folder;
   const std::string pipe = folder.GetPath("pipe");
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);

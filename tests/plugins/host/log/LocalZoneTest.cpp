@@ -73,7 +73,7 @@ TEST(LocalZoneTest, ConvertsAsDateDoes) {
   }
 }
 
-TEST(LocalZoneTest, EachObjectUsesTheZoneThatTheVariableNamesAtThatTime) {
+TEST(LocalZoneTest, EachObjectUsesTheZoneThatTheVariableNamesWhenItIsMade) {
   const ScopedEnvironment variable("TZ", "XYZ-5:30");
   EXPECT_EQ(LocalZone().ToText(1700000000), "2023-11-15 03:43:20");
   const ScopedEnvironment other("TZ", "UTC0");
@@ -96,11 +96,11 @@ TEST(LocalZoneTest, ReadsASkippedTimeWithTheOffsetBeforeTheJump) {
   EXPECT_EQ(zone.ToText(seconds), "2026-03-29 03:30:00");
 }
 
-TEST(LocalZoneTest, ConvertsTimesOfAnyOrder) {
+TEST(LocalZoneTest, ConvertsTimesInAnyOrder) {
   const ScopedEnvironment variable("TZ", "Europe/Berlin");
   const LocalZone zone;
   const std::int64_t start = WitnessSeconds("2026-10-24 12:00:00");
-  // Times before and after the end of summer time alternate.
+  // Alternates between times from the start and from the end of 24 hours in which summer time ends.
   for (std::int64_t distance = 0; distance < 86400; distance += 600) {
     for (const std::int64_t seconds : {start + distance, start + 86400 - distance}) {
       const std::time_t moment = seconds;

@@ -17,8 +17,8 @@
 #include "support/ScopedEnvironment.h"
 #include "support/ScopedTempDir.h"
 
-// Compares the selection of lines with that of a simple reader that reads a log from its start, and
-// checks the words that users can write.
+// Compares the selection of lines with that of a simple reader that reads a log from its start.
+// Also checks the forms of --since, and the levels that lines indicate.
 namespace Kestrel::Host {
 namespace {
 
@@ -124,7 +124,7 @@ INSTANTIATE_TEST_SUITE_P(Seeds, LogChoiceTest, ::testing::Range(1u, 13u));
 
 struct SinceCase {
   const char* text;
-  const char* time;  // in UTC; "none" if the word is invalid
+  const char* time;  // in UTC; "none" if `text` is invalid
 };
 
 // 2026-11-22 10:00:00 in UTC.
@@ -207,14 +207,14 @@ TEST(SinceWordTest, EachFormHasOneMeaning) {
   }
 }
 
-TEST(SinceWordTest, ANulDoesNotEndAForm) {
+TEST(SinceWordTest, RejectsANulAtTheEnd) {
   const LocalZone zone;
   EXPECT_EQ(ParseSince(std::string("today\0", 6), zone, kNow), std::nullopt);
   EXPECT_EQ(ParseSince(std::string("-2h\0", 4), zone, kNow), std::nullopt);
   EXPECT_EQ(ParseSince(std::string("2026-11-01\0", 11), zone, kNow), std::nullopt);
 }
 
-// Each unit is a multiple of the previous unit, whichever of its names is used.
+// Each unit has the same length under each of its names.
 TEST(SinceWordTest, UnitsHaveTheirLengths) {
   const LocalZone zone;
   const std::vector<std::vector<std::string>> names = {{"s", "sec", "second", "seconds"},
@@ -294,13 +294,13 @@ const LevelLine kLevelLines[] = {
     {"Err!", 3},
 };
 
-TEST(LogLevelLineTest, IsTheMostUrgentLevelInTheLine) {
+TEST(LogLevelLineTest, IsThePriorityOrTheMostUrgentLevelInTheLine) {
   for (const LevelLine& each : kLevelLines) {
     EXPECT_EQ(GuessLevel(each.line), each.level) << each.line;
   }
 }
 
-TEST(LogLevelLineTest, IsTheSameInEveryPlaceOfTheLine) {
+TEST(LogLevelLineTest, IsTheSameAtEveryPlaceOfTheLine) {
   for (const char* const word : {"error", "WARNING", "Debug"}) {
     const int level = GuessLevel(word);
     for (std::size_t distance = 0; distance < 70; ++distance) {

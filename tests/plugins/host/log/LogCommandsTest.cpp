@@ -216,7 +216,7 @@ TEST_F(LogFileListTest, ReportsThatNoLineHasATime) {
             "No line has a recognizable time, so lines cannot be selected by time");
 }
 
-// A log that contains the lines of several months. Only its end is read.
+// A log that is as long as one of several months. Only its end is read.
 TEST_F(LogFileListTest, ReadsTheEndOfALongLogImmediately) {
   const std::string path = folder_.GetPath("long");
   Witness(
@@ -241,7 +241,7 @@ std::string ExportedEntry(const std::string& fields) {
   return "__REALTIME_TIMESTAMP=1700000000123456\n" + fields + "\n";
 }
 
-TEST(LogJournalListTest, HasTheEntriesInTheOrderOfTime) {
+TEST(LogJournalListTest, ReversesTheOrderOfJournalctl) {
   const ScopedEnvironment zone("TZ", "UTC");
   const ScopedTempDir folder;
   const std::string output =
@@ -253,7 +253,7 @@ TEST(LogJournalListTest, HasTheEntriesInTheOrderOfTime) {
                           Line("2023-11-14 22:13:20", "3", "err", "new", "cron")));
 }
 
-TEST(LogJournalListTest, ReportsWhatTheJournalReports) {
+TEST(LogJournalListTest, ReportsWhatJournalctlReports) {
   const MadeUpTool journalctl("journalctl", "echo 'Broken journal' >&2; exit 1\n");
   EXPECT_EQ(Refused("log list", {}), "journalctl failed: Broken journal");
 }
@@ -265,7 +265,7 @@ TEST(LogJournalListTest, ReportsAnUnknownUnit) {
             "Neither the journal nor systemctl knows the unit nosuch");
 }
 
-TEST(LogJournalListTest, HasWhatJournalctlShows) {
+TEST(LogJournalListTest, HasTheTimesThatJournalctlShows) {
   const std::string show =
       "journalctl --quiet --no-pager --lines=20 --output=short-unix 2>/dev/null";
   const std::string seconds = " | grep -o '^[0-9]*' || true";
@@ -317,9 +317,9 @@ TEST(LogKernelListTest, HasTheMessagesThatDmesgHas) {
   EXPECT_EQ(agreement.command, agreement.witness);
 }
 
-// dmesg(1) can write the times in the same form. The times may differ slightly, because the two
-// programs read the clock at different moments.
-TEST(LogKernelListTest, HasTheTimesThatDmesgHas) {
+// Compares the time of the first message. The two times may differ slightly, because the programs
+// read the clock at different moments.
+TEST(LogKernelListTest, HasTheTimeOfTheFirstMessageThatDmesgHas) {
   if (!IsKernelLogReadable()) {
     GTEST_SKIP() << "The kernel's log may not be read here";
   }
@@ -349,7 +349,7 @@ TEST(LogKernelListTest, SelectsMessagesByCountTextTimeAndLevel) {
               Each(::testing::AnyOf("0", "1", "2", "3", "4", "5")));
 }
 
-TEST(LogKernelListTest, SaysWhoMayReadIt) {
+TEST(LogKernelListTest, ReportsThatAPlainUserMayNotReadIt) {
   const PlainUser user;
   if (IsKernelLogReadable()) {
     GTEST_SKIP() << "Everybody may read the kernel's log here";

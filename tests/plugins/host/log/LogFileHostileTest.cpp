@@ -23,7 +23,8 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// Logs that no proper program writes, and logs that change while they are read.
+// Logs that no proper program writes, logs that change while they are read, and files that are not
+// logs.
 namespace Kestrel::Host {
 namespace {
 
@@ -108,7 +109,7 @@ TEST_P(LogContentTest, IsSplitOnlyAtLineFeeds) {
   EXPECT_THAT(LinesIn(folder.Write("log", GetParam().content)), ElementsAreArray(GetParam().lines));
 }
 
-// The same content far from the end of the file, so that block boundaries can be anywhere in it.
+// The same content far from the end of the file, so that a block boundary may be in it.
 TEST_P(LogContentTest, IsTheSameBeforeALongLine) {
   const ScopedTempDir folder;
   for (const std::size_t length : {65530u, 65534u, 65535u, 65536u, 131070u}) {
@@ -126,9 +127,9 @@ TEST_P(LogContentTest, IsTheSameBeforeALongLine) {
 INSTANTIATE_TEST_SUITE_P(Contents, LogContentTest, ::testing::ValuesIn(kContents),
                          [](const auto& test) { return test.param.name; });
 
-TEST(LogFileSizeTest, EveryBlockBoundaryIsSeamless) {
+TEST(LogFileSizeTest, ALineFeedNearABlockBoundaryEndsALine) {
   const ScopedTempDir folder;
-  // A line feed at each distance from the boundary between the first two blocks.
+  // A line feed at several distances from a multiple of the block size.
   for (int distance = -3; distance <= 3; ++distance) {
     std::string text(std::size_t{3} << 16, 'y');
     const auto newline = static_cast<std::size_t>((2 << 16) + distance);
@@ -144,7 +145,8 @@ TEST(LogFileSizeTest, LinesOfAnyLengthAreThoseOfTac) {
   const ScopedTempDir folder;
   std::string text;
   unsigned seed = 7;
-  // Lines of zero bytes up to several blocks. They contain no NULs, which the shell would drop.
+  // Lines of all lengths, from empty ones to lines of several blocks. They contain no NULs, which
+  // the shell would drop.
   for (const unsigned bound : {3u, 90u, 5000u, 70000u, 200000u, 2u, 300u}) {
     for (int line = 0; line < 12; ++line) {
       seed = seed * 1664525u + 1013904223u;
@@ -155,7 +157,7 @@ TEST(LogFileSizeTest, LinesOfAnyLengthAreThoseOfTac) {
   EXPECT_TRUE(LinesIn(path) == Testing::WitnessLines("tac '" + path + "'"));
 }
 
-TEST(LogFileSizeTest, ALineMayHaveTheGreatestLength) {
+TEST(LogFileSizeTest, ALineMayHaveHalfTheGreatestLength) {
   const ScopedTempDir folder;
   const std::string path = folder.Write("log", "first\n");
   const auto size = static_cast<off_t>(LogFile::kMaxLineSize / 2);
@@ -246,7 +248,7 @@ TEST_F(LogRotationTest, ALineThatIsBeingWrittenIsALine) {
 
 // ---- files that cannot be logs
 
-TEST(LogPathTest, ALinkLeadsToItsFile) {
+TEST(LogPathTest, ALinkIsFollowed) {
   const ScopedTempDir folder;
   folder.Write("log", "a\n");
   const std::string link = folder.GetPath("link");

@@ -60,7 +60,7 @@ TEST(LogFileTest, KeepsEveryByte) {
   EXPECT_THAT(LinesOf("a\n" + odd + "\n"), ElementsAre(odd, "a"));
 }
 
-TEST(LogFileTest, JoinsLinesOverBlocks) {
+TEST(LogFileTest, JoinsLinesAcrossBlocks) {
   // Sizes around multiples of a block, where a line feed is the first or last byte.
   for (const std::size_t size : {65534u, 65535u, 65536u, 65537u, 131071u, 131072u, 131073u}) {
     const std::string a(size, 'a');
@@ -140,7 +140,7 @@ TEST(LogFileTest, ReportsAFileThatMayNotBeRead) {
               ThrowsMessage<KestrelException>("Unable to read " + path + ": Permission denied"));
 }
 
-TEST(LogFileTest, ReadsNoPipesDevicesAndFilesOfTheKernel) {
+TEST(LogFileTest, RefusesPipesDevicesAndFilesOfTheKernel) {
   const ScopedTempDir folder;
   const std::string pipe = folder.GetPath("pipe");
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);

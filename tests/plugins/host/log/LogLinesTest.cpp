@@ -114,7 +114,7 @@ TEST_F(LogLinesTest, WithoutATimeFollowTheLastLineThatHasOne) {
   EXPECT_THAT(Texts(log_, Since(kSecond + 1)),
               ElementsAre("2024-01-02 03:04:06 two error", " of two", "of two warning",
                           "2024-01-02 03:04:07 three", " of three"));
-  EXPECT_EQ(Texts(log_, Since(kSecond)).size(), 6u);  // the time of the first lines is unknown
+  EXPECT_EQ(Texts(log_, Since(kSecond)).size(), 6u);  // the time of the first line is unknown
   EXPECT_THAT(Texts(log_, Since(kSecond + 3)), IsEmpty());
 }
 

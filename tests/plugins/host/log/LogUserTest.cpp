@@ -98,7 +98,7 @@ TEST_F(LogUserTest, ALevelIsAWordInAnyCaseOrItsNumber) {
   }
 }
 
-// A line without a time belongs to the line before it, whichever lines are selected.
+// When lines are selected by time, a line without a time is treated like the line before it.
 TEST_F(LogUserTest, ATraceStaysWithItsLine) {
   const std::string content =
       "2024-01-01 00:00:00 old failure\n"
@@ -121,8 +121,8 @@ TEST_F(LogUserTest, ATraceStaysWithItsLine) {
               ElementsAre("  of the new one"));
 }
 
-// One line in the style of each program, all written at 10:00 UTC.
-TEST_F(LogUserTest, LogsOfAllProgramsAreUnderstoodInOneFile) {
+// One line in each of many styles, all written at 10:00 UTC.
+TEST_F(LogUserTest, LinesOfManyProgramsAreUnderstoodInOneFile) {
   const std::string content =
       "Nov 22 10:00:00 host sshd[1]: syslog\n"
       "2024-11-22T10:00:00.123456+00:00 host sshd[1]: syslog\n"

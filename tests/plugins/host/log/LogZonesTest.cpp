@@ -17,8 +17,8 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// Compares times in many zones with the output of date(1), around the days on which the offsets of
-// the zones change. Each call of date(1) converts many times.
+// Compares times in many zones with the output of date(1), mostly around changes of the zones'
+// offsets. Each call of date(1) converts a whole list of times.
 namespace Kestrel::Host {
 namespace {
 
@@ -30,7 +30,7 @@ using Repeated = LocalZone::Repeated;
 constexpr std::int64_t kHour = 3600;
 constexpr std::int64_t kDay = 24 * kHour;
 
-// A time zone, and a moment at which its offset changed.
+// A time zone and a moment. The offsets of most of these zones change at that moment.
 struct ZoneChange {
   const char* zone;
   const char* moment;
@@ -81,8 +81,8 @@ class ZoneChangeTest : public ::testing::TestWithParam<ZoneChange> {
   ZoneChangeTest() : zone_("TZ", std::string(GetParam().zone)) {
     const std::int64_t change =
         std::stoll(WitnessLines(std::string("date +%s -d '") + GetParam().moment + "'").front());
-    // Every ten minutes of the hours around the change, and a few times on the days before and
-    // after it.
+    // Every ten minutes of the hours around the moment, a few times days before and after it, and a
+    // few within a minute of it.
     for (std::int64_t distance = -4 * kHour; distance <= 4 * kHour; distance += 600) {
       moments_.push_back(change + distance);
     }
@@ -116,7 +116,7 @@ TEST_P(ZoneChangeTest, ClocksShowWhatDateShows) {
   EXPECT_EQ(shown, Dates("%F %T"));
 }
 
-TEST_P(ZoneChangeTest, ALocalTimeIsOneOfItsPossibleMoments) {
+TEST_P(ZoneChangeTest, ALocalTimeIsConvertedToOneOfItsPossibleMoments) {
   const LocalZone zone;
   for (const std::int64_t moment : moments_) {
     const CivilTime shown = zone.ToCivil(moment);
@@ -128,7 +128,7 @@ TEST_P(ZoneChangeTest, ALocalTimeIsOneOfItsPossibleMoments) {
   }
 }
 
-// A line with an offset or with seconds since the epoch is unambiguous, even in a repeated hour.
+// A line with an offset is unambiguous, even in a repeated hour.
 TEST_P(ZoneChangeTest, LinesWithAnOffsetAreReadExactly) {
   const LocalZone zone;
   LogTimeReader reader(zone);
@@ -198,7 +198,7 @@ TEST_P(ZoneChangeTest, YesterdayEndsWhereTodayBegins) {
 
 INSTANTIATE_TEST_SUITE_P(Zones, ZoneChangeTest, ::testing::ValuesIn(kChanges), NameOf);
 
-// Midnights that do not exist or occur twice.
+// Days on which the clocks change. Some of them have no midnight, or two.
 struct MidnightCase {
   const char* zone;
   const char* now;
@@ -280,8 +280,8 @@ TEST_P(LineYearTest, IsTheLatestThatIsPossible) {
 INSTANTIATE_TEST_SUITE_P(Lines, LineYearTest, ::testing::ValuesIn(kYears),
                          [](const auto& test) { return test.param.name; });
 
-// A year of lines, one for each day, keeps its order when read on the last day.
-TEST(LineYearSequenceTest, AWholeYearOfLinesIsInOrder) {
+// A log with one line for each of the last 361 days, read on the last of them.
+TEST(LineYearSequenceTest, EachLineGetsTheRightYear) {
   const ScopedEnvironment variable("TZ", "Europe/Berlin");
   lineYearNow = 1782900000;  // 2026-07-01
   const LocalZone zone;

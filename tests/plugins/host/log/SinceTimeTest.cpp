@@ -32,7 +32,7 @@ TEST(SinceTimeTest, MayBeAWord) {
 }
 
 TEST(SinceTimeTest, CountsDaysByTheClockOfTheZone) {
-  // In these two zones, it is already the next day.
+  // It is already the next day in Kiritimati, and still the previous day in Pago Pago.
   EXPECT_EQ(SinceIn("Pacific/Auckland", "today"), "2026-11-22 00:00:00");
   EXPECT_EQ(SinceIn("Pacific/Kiritimati", "today"), "2026-11-23 00:00:00");
   EXPECT_EQ(SinceIn("Pacific/Pago_Pago", "today"), "2026-11-21 00:00:00");
