@@ -137,7 +137,7 @@ const ConnectionFilterCase kConnectionFilters[] = {
 class ConnectionFilterTest : public ConnectionMachineTest,
                              public ::testing::WithParamInterface<ConnectionFilterCase> {};
 
-TEST_P(ConnectionFilterTest, ListsTheSockets) {
+TEST_P(ConnectionFilterTest, ListsTheSelectedSockets) {
   RunThere([] { EXPECT_EQ(Inodes(GetParam().parameters), GetParam().inodes); });
 }
 

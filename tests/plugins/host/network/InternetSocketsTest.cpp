@@ -35,7 +35,8 @@ using ::testing::IsEmpty;
 using Testing::Message;
 using ::testing::ThrowsMessage;
 
-// The attribute that only a socket has: a half-open connection has no shutdown state.
+// An attribute that a half-open connection lacks, because it is not yet a socket that can be shut
+// down.
 const std::string kOfSocket = Attribute(INET_DIAG_SHUTDOWN, std::string(1, '\0'));
 
 inet_diag_msg Fixed(unsigned char state, const std::string& local, unsigned short port) {
@@ -112,7 +113,7 @@ TEST(InternetDiagnosisTest, TheSendQueueOfAListenerIsEmpty) {
   EXPECT_EQ(socket.sendQueue, 0);
 }
 
-TEST(InternetDiagnosisTest, AnUnknownStateHasAName) {
+TEST(InternetDiagnosisTest, AnUnknownStateIsNamedUnknown) {
   EXPECT_EQ(OnlySocket(SocketMessage(Fixed(200, "::1", 1))).state, "unknown");
 }
 
@@ -151,7 +152,7 @@ const HalfOpenCase kHalfOpenCases[] = {
 INSTANTIATE_TEST_SUITE_P(Listeners, HalfOpenTest, ::testing::ValuesIn(kHalfOpenCases),
                          [](const auto& test) { return test.param.name; });
 
-TEST(InternetDiagnosisTest, ASocketThatHasReceivedAConnectionKeepsItsUser) {
+TEST(InternetDiagnosisTest, ASocketInTheHalfOpenStateKeepsItsUser) {
   inet_diag_msg fixed = Fixed(TCP_SYN_RECV, "192.0.2.1", 80);
   fixed.idiag_uid = 9;
   EXPECT_EQ(ParseInternetDiagnosis(ListenerMessage("0.0.0.0", 80, 7) + SocketMessage(fixed), "tcp")

@@ -57,7 +57,7 @@ class Random {
 constexpr std::uint16_t kTypes[] = {RTM_NEWLINK, RTM_NEWADDR, RTM_NEWROUTE, RTM_NEWNEIGH,
                                     SOCK_DIAG_BY_FAMILY};
 
-TEST(NetlinkHostileTest, RandomBytesAreNotEntries) {
+TEST(NetlinkHostileTest, RandomBytesYieldNoMoreEntriesThanHeadersFitIntoThem) {
   Random random(1);
   for (int answer = 0; answer < kAnswers; ++answer) {
     const std::string bytes = random.Text(random.Below(200));
@@ -89,7 +89,7 @@ TEST(NetlinkHostileTest, AttributesOfAnyContentDoNotRemoveTheEntry) {
   }
 }
 
-TEST(NetlinkHostileTest, AnAttributeThatClaimsToBeLongerEndsTheList) {
+TEST(NetlinkHostileTest, AnAttributeWithAWrongLengthEndsTheList) {
   for (const std::uint16_t claimed : {0, 1, 3, 9, 255, 65535}) {
     nlattr header = {};
     header.nla_len = claimed;
@@ -105,7 +105,7 @@ TEST(NetlinkHostileTest, AnAttributeThatClaimsToBeLongerEndsTheList) {
   }
 }
 
-TEST(NetlinkHostileTest, AMessageThatClaimsToBeLongerEndsTheAnswer) {
+TEST(NetlinkHostileTest, AMessageWithAWrongLengthEndsTheAnswer) {
   const std::string first = Message(RTM_NEWLINK, Bytes(ifinfomsg()));
   for (const std::uint32_t claimed : {0u, 1u, 15u, 1000u, 0xffffffffu}) {
     nlmsghdr header = {};

@@ -29,7 +29,8 @@
 #include "plugins/host/support/Rows.h"
 #include "support/Witness.h"
 
-// The commands in the namespace "network" except for connections, compared with ip and /sys.
+// The commands in the namespace "network" about interfaces, addresses, routes and neighbors,
+// compared with ip and /sys.
 namespace Kestrel::Testing {
 namespace {
 
@@ -62,7 +63,7 @@ std::string PrefixLength(bool isVersion6, const std::string& destination) {
 
 // ---- network interface list, get and network counter list
 
-// Removes the flags that only ip adds or omits.
+// Removes the flags that either only ip or only the command shows.
 std::vector<std::string> CommonFlags(std::vector<std::string> flags) {
   for (const char* name : {"NO-CARRIER", "M-DOWN", "RUNNING"}) {
     flags.erase(std::remove(flags.begin(), flags.end(), name), flags.end());
@@ -111,7 +112,7 @@ std::vector<Row> InterfaceDetailRows() {
     const auto record =
         Call("network interface get", {{"interface", interface.at("Name")}}).GetStruct();
     if (record == nullptr) {
-      continue;  // the interface no longer exists, so the next comparison will differ
+      continue;  // the interface no longer exists, so Compare tries again
     }
     Row row = ToRow(*record);
     for (const char* name : {"Received", "Transmitted", "Addresses"}) {
@@ -675,7 +676,7 @@ TEST(NetworkRouteListTest, RejectsUnknownTablesAndTypes) {
 }
 
 // ip reads these files only when it finds a number for which it has no name, so only such numbers
-// are named here.
+// have new names here.
 TEST(NetworkRouteListTest, UsesTheNamesOfTheAdministratorAsIpDoes) {
   IN_OWN_NETWORK([] {
     MakeNetwork();
@@ -819,7 +820,7 @@ TEST(NetworkRefusalTest, AKernelThatDoesNotRespondIsReported) {
   EXPECT_EQ(refusal, "");
 }
 
-TEST(NetworkRefusalTest, TheKernelsFoldersAreNotNeeded) {
+TEST(NetworkRefusalTest, TheFolderSysIsNotNeeded) {
   const std::string refusal = RunInNamespaces(CLONE_NEWNS, [] {
     const auto before = CallColumn("network interface list", "Name");
     ASSERT_EQ(::mount("none", "/sys", "tmpfs", 0, nullptr), 0);

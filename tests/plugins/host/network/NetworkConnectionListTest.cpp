@@ -219,7 +219,7 @@ std::vector<Row> SsInternetRows() {
   for (const std::string& line : WitnessLines("ss -H -O -n -t -u -a -e")) {
     const std::vector<std::string> words = WordsIn(line);
     const bool isListening = words.at(1) == "LISTEN";
-    // ss writes "*" for an unspecified address of either family.
+    // ss writes "*" for the unspecified address of a socket that accepts both families.
     const auto end = [](const std::string& text) {
       return text.rfind("*:", 0) == 0 ? "[::]" + text.substr(1) : text;
     };
@@ -325,7 +325,7 @@ std::vector<std::string> UsersOf(const std::string& state, const std::vector<Row
   return users;
 }
 
-// Opens sockets in every state that can be kept. The listening ones belong to another user.
+// Opens sockets of many kinds, in states that last. The listening ones belong to another user.
 class SocketsOfEveryKind {
  public:
   SocketsOfEveryKind() {

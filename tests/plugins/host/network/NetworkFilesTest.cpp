@@ -132,7 +132,7 @@ const PortCase kPortCases[] = {
 
 class PortFilterTest : public ::testing::TestWithParam<PortCase> {};
 
-TEST_P(PortFilterTest, ListsTheServices) {
+TEST_P(PortFilterTest, ListsTheSelectedServices) {
   const std::string refusal = RunWithEtc(kServices, [] {
     std::vector<std::string> services;
     for (const Row& row : CallRows(kPorts, GetParam().parameters)) {

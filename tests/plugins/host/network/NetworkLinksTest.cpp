@@ -146,13 +146,13 @@ TEST(NetworkLinksTest, OtherAndShortMessagesAreSkipped) {
               IsEmpty());
 }
 
-TEST(NetworkLinksTest, EveryFlagHasItsName) {
+TEST(NetworkLinksTest, FlagsAreNamedInTheOrderOfTheirBits) {
   EXPECT_THAT(LinkFlagNames(IFF_LOOPBACK | IFF_RUNNING | IFF_MULTICAST | (1U << 16)),
               ElementsAre("LOOPBACK", "RUNNING", "MULTICAST", "LOWER_UP"));
   EXPECT_THAT(LinkFlagNames(0), IsEmpty());
 }
 
-TEST(NetworkLinksTest, AnInterfaceThatWentAwayIsShownByNumber) {
+TEST(NetworkLinksTest, AnInterfaceThatNoLongerExistsIsShownByNumber) {
   const std::map<long, std::string> names = {{1, "lo"}};
   EXPECT_EQ(LinkName(names, 1), "lo");
   EXPECT_EQ(LinkName(names, 5), "#5");

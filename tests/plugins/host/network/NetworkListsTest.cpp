@@ -53,7 +53,8 @@ const ListCase kLists[] = {
 
 class NetworkListTest : public ::testing::TestWithParam<ListCase> {
  protected:
-  // Makes a network that has entries for every list and does not change by itself.
+  // Makes a network with interfaces, addresses, routes and neighbors, which does not change by
+  // itself.
   static void MakeEverything() {
     MakeNetwork();
     MakeAddresses();
@@ -124,12 +125,12 @@ TEST_P(NetworkListTest, SortsByEveryInteger) {
   });
 }
 
-TEST_P(NetworkListTest, ALimitKeepsTheFirstRows) {
+TEST_P(NetworkListTest, ALimitRestrictsTheNumberOfRows) {
   IN_OWN_NETWORK([] {
     MakeEverything();
     std::vector<Row> all = ToRows(CallWith({}).GetValue());
     all.resize(std::min<std::size_t>(all.size(), 2));
-    // The call itself changes the inode of a socket but not the other fields.
+    // Only the numbers of rows are compared, because each call has a socket with another inode.
     EXPECT_EQ(ToRows(CallWith({{"limit", "2"}}).GetValue()).size(), all.size());
   });
 }
@@ -216,8 +217,8 @@ struct MistakeCase {
 
 class NetworkMistakeTest : public ::testing::TestWithParam<MistakeCase> {};
 
-// The message is on standard error, without a prefix.
-TEST_P(NetworkMistakeTest, IsReportedPlainly) {
+// The message is on standard error, after the line "Errors: ".
+TEST_P(NetworkMistakeTest, IsReportedWithoutAPrefix) {
   std::vector<std::string> arguments = {"network"};
   arguments.insert(arguments.end(), GetParam().arguments.begin(), GetParam().arguments.end());
   const VexilResult result = HostRun(arguments).Run();
@@ -296,7 +297,7 @@ TEST_P(InterfaceFilterTest, TakesNamesAndPatterns) {
   });
 }
 
-// The kernel accepts every byte except "/" and white space in the name of an interface.
+// The kernel accepts nearly every byte except "/", ":" and white space in the name of an interface.
 TEST(InterfaceNameTest, ControlCharactersAreEscaped) {
   IN_OWN_NETWORK([] {
     Configure(

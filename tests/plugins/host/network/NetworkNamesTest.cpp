@@ -205,8 +205,8 @@ TEST_P(CutAnswerTest, HasNoEntryUnlessItIsComplete) {
   fixed.ifa_family = AF_INET;
   const std::string whole = Message(GetParam(), Bytes(fixed) + attributes);
   for (std::size_t size = 0; size <= whole.size(); ++size) {
-    const std::string part(whole, 0,
-                           size);  // a copy, so that a sanitizer detects a read beyond its end
+    // A copy, so that a sanitizer detects a read beyond its end.
+    const std::string part(whole, 0, size);
     const std::size_t found = ParseLinks(part).size() + ParseAddresses(part).size() +
                               ParseRoutes(part).size() + ParseNeighbors(part).size();
     EXPECT_EQ(found, size == whole.size() ? 1u : 0u) << size;

@@ -9,7 +9,7 @@
 #include "plugins/host/network/MadeUpNetwork.h"
 #include "plugins/host/support/HostCall.h"
 
-// One route of each type, created by ip.
+// Routes of many types, created by ip.
 namespace Kestrel::Testing {
 namespace {
 
@@ -142,7 +142,8 @@ TEST(RouteFilterTest, ChoosesARouteByAnyOfItsNextHops) {
   });
 }
 
-// An interface may be called "none", although the commands show the same word for no interface.
+// An interface may be called "none", although the commands show the same word if there is no
+// interface.
 TEST(RouteFilterTest, ARouteWithoutAnInterfaceDoesNotMatchAnInterfaceCalledNone) {
   IN_OWN_NETWORK([] {
     Configure(

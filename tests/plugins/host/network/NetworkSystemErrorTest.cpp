@@ -76,7 +76,7 @@ void RunWithRefusal(const std::function<void()>& body) {
 
 class RefusedFileTest : public ::testing::TestWithParam<std::tuple<Reader, int>> {};
 
-TEST_P(RefusedFileTest, IsAnError) {
+TEST_P(RefusedFileTest, IsAnErrorOnlyIfFilesAreRead) {
   const auto& [reader, error] = GetParam();
   RunWithRefusal([&reader = reader, error = error] {
     Forbid(SYS_openat, -1, static_cast<unsigned>(error));
@@ -99,7 +99,7 @@ INSTANTIATE_TEST_SUITE_P(Readers, RefusedFileTest,
 
 class RefusedNetlinkTest : public ::testing::TestWithParam<std::tuple<Reader, int>> {};
 
-TEST_P(RefusedNetlinkTest, IsAnError) {
+TEST_P(RefusedNetlinkTest, IsAnErrorOnlyIfTheCommandNeedsNetlink) {
   const auto& [reader, error] = GetParam();
   RunWithRefusal([&reader = reader, error = error] {
     Forbid(SYS_socket, AF_NETLINK, static_cast<unsigned>(error));
@@ -126,10 +126,10 @@ TEST(RefusedNetlinkAndFilesTest, IsAnError) {
   });
 }
 
-class FewDescriptorsTest : public ::testing::TestWithParam<Reader> {};
+class FewFileDescriptorsTest : public ::testing::TestWithParam<Reader> {};
 
-// Tries every number of free descriptors from zero to the number that the command needs.
-TEST_P(FewDescriptorsTest, TheCommandReturnsTheWholeResultOrAnError) {
+// Tries from zero to five free file descriptors. Five are enough for each command.
+TEST_P(FewFileDescriptorsTest, TheCommandReturnsTheWholeResultOrAnError) {
   RunWithRefusal([] {
     const int lowestFree = ::dup(0);
     ::close(lowestFree);
@@ -150,7 +150,7 @@ TEST_P(FewDescriptorsTest, TheCommandReturnsTheWholeResultOrAnError) {
   });
 }
 
-INSTANTIATE_TEST_SUITE_P(Readers, FewDescriptorsTest, ::testing::ValuesIn(kReaders),
+INSTANTIATE_TEST_SUITE_P(Readers, FewFileDescriptorsTest, ::testing::ValuesIn(kReaders),
                          [](const auto& row) { return std::string(row.param.name); });
 
 }  // namespace

@@ -124,7 +124,7 @@ TEST(NetworkToolTest, PrintsAnInterfaceWithStructuresWithinIt) {
   const std::string refusal = RunInOwnNetwork([] {
     MakeStillNetwork();
     Witness("ip address delete 2001:db8:1111:2222:3333:4444:5555:6666/64 dev inside");
-    // The index of the interface and the traffic of the kernel itself vary.
+    // The index of the interface and the kernel's own traffic vary.
     const std::string text =
         WithoutNumbers(Print("network interface get", {{"interface", "inside"}}, 80),
                        {"Index       : ", "Bytes  : ", "Dropped: ", "Errors : ", "Packets: "});

@@ -17,7 +17,7 @@ using ::testing::IsEmpty;
 using Testing::ScopedTempDir;
 using ::testing::ThrowsMessage;
 
-// Formats each setting as "kind 1 value", in brackets if it is not used.
+// Formats each setting as "kind position value", in brackets if it is not used.
 std::vector<std::string> Texts(const std::vector<ResolverSetting>& settings) {
   std::vector<std::string> texts;
   for (const ResolverSetting& setting : settings) {

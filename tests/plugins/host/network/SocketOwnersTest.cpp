@@ -146,7 +146,7 @@ TEST_F(SocketOwnersTest, AFileInsteadOfAFolderIsAnError) {
                                               ": Not a directory"));
 }
 
-// Tries every number of free descriptors. The result must be complete or an error.
+// Tries from zero to three free file descriptors. The result must be complete or an error.
 TEST_F(SocketOwnersTest, TooManyOpenFilesAreAnErrorAndNotAShorterList) {
   if (Testing::kIsSanitized) {
     GTEST_SKIP() << "the sanitizer needs descriptors of its own";

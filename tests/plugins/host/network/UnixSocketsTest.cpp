@@ -163,7 +163,8 @@ TEST(UnixSocketsTest, EveryShorterAnswerIsReadWithoutHarm) {
       1, SOCK_STREAM, TCP_LISTEN,
       Attribute(UNIX_DIAG_NAME, "/run/x") + Peer(2) + Attribute(UNIX_DIAG_RQLEN, "1"));
   for (std::size_t size = 0; size <= answer.size(); ++size) {
-    const std::string part(answer, 0, size);  // a copy, so that a sanitizer detects a read beyond
+    // A copy, so that a sanitizer detects a read beyond its end.
+    const std::string part(answer, 0, size);
     EXPECT_EQ(ParseUnixSockets(part).size(), size == answer.size() ? 1u : 0u) << size;
   }
 }

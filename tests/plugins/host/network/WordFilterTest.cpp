@@ -30,7 +30,7 @@ struct FoundCase {
 
 class WordSetTest : public ::testing::TestWithParam<FoundCase> {};
 
-TEST_P(WordSetTest, FindsTheWord) {
+TEST_P(WordSetTest, FindsTheWordOrNothing) {
   const auto found = Words().Find(GetParam().text);
   if (*GetParam().word == '\0') {
     EXPECT_EQ(found, std::nullopt);

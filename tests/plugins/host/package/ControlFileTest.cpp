@@ -38,7 +38,7 @@ TEST(ControlStanzaTest, ReturnsNothingForAnAbsentField) {
   EXPECT_EQ(stanza.Get("Version"), "");
   EXPECT_EQ(stanza.GetFirstLine("Version"), "");
   EXPECT_THAT(stanza.GetList("Version"), IsEmpty());
-  // A prefix of a name is not the name.
+  // Neither a prefix of a name nor a longer word is the name.
   EXPECT_EQ(stanza.Get("Pack"), "");
   EXPECT_EQ(stanza.Get("Packages"), "");
 }
@@ -108,7 +108,7 @@ TEST(ReadControlFileTest, CallsTheFunctionForEachStanza) {
   EXPECT_THAT(Names("\nPackage: a\n\n\n\nPackage: b\nVersion: 1\n\n"), ElementsAre("a", "b"));
 }
 
-TEST(ReadControlFileTest, RefusesATruncatedFileWhereverItEnds) {
+TEST(ReadControlFileTest, RefusesAFileThatEndsWithinAStanza) {
   const std::string whole = "Package: a\nVersion: 1\n\nPackage: b\nVersion: 2\n\n";
   const std::size_t boundary = whole.find("\n\n") + 2;
   for (std::size_t length = 1; length < whole.size(); ++length) {

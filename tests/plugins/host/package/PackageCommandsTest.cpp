@@ -182,7 +182,7 @@ TEST_F(PackageCommandsTest, ShowAnUnknownPackageByItsName) {
 }
 
 TEST_F(PackageCommandsTest, ShowTheProvidersOfAVirtualPackage) {
-  // Which awk is installed varies, but one of them is essential.
+  // Which packages provide awk varies, but at least one of them is always installed.
   std::string providers;
   for (const std::string& name :
        WitnessLines("dpkg-query -W -f '${db:Status-Status} ${Package} ${Provides}\\n' |"
@@ -209,8 +209,8 @@ TEST_F(PackageCommandsTest, ReportWhetherAPackageIsInstalled) {
 // ---- package files
 
 TEST_F(PackageCommandsTest, ListFiles) {
-  // A package whose list has an architecture in its name, one without, and one whose files are
-  // diverted.
+  // Among these are packages whose list has an architecture in its name, others without, and one
+  // whose files are diverted.
   for (const std::string name : {"coreutils", "libc6", "dash", "vim-runtime"}) {
     if (std::system(("dpkg-query -W " + name + " >/dev/null 2>&1").c_str()) == 0) {
       EXPECT_THAT(CallColumn("package files", "Path", {{"name", name}}),

@@ -133,7 +133,7 @@ TEST_F(PackageDatabaseTest, ReadsAnUpdateThatEndsWithALineFeed) {
   EXPECT_THAT(Read(), ElementsAre("a:amd64 1.0-1 installed", "b:amd64 2 half-installed"));
 }
 
-TEST_F(PackageDatabaseTest, IgnoresAnUpdateThatDpkgRemovesMeanwhile) {
+TEST_F(PackageDatabaseTest, IgnoresAnUpdateThatDpkgRemovesBeforeItIsRead) {
   Status(Entry("a"));
   folder_.MakeDirectory("updates");
   ASSERT_EQ(::symlink("removed", folder_.GetPath("updates/0000").c_str()), 0);
@@ -141,7 +141,7 @@ TEST_F(PackageDatabaseTest, IgnoresAnUpdateThatDpkgRemovesMeanwhile) {
   EXPECT_THAT(Read(), ElementsAre("a:amd64 1.0-1 installed", "b:amd64 1.0-1 installed"));
 }
 
-TEST_F(PackageDatabaseTest, ReadsAgainWhenDpkgReplacesTheStatusMeanwhile) {
+TEST_F(PackageDatabaseTest, ReadsAgainIfDpkgReplacesTheStatusWhileUpdatesAreRead) {
   Status(Entry("a"));
   folder_.MakeDirectory("updates");
   const std::string update = folder_.GetPath("updates/0000");
@@ -232,7 +232,7 @@ TEST_F(PackageDatabaseTest, RefusesWhatIsNotADatabase) {
   ExpectError("/status: a line is no field: hello");
 }
 
-TEST_F(PackageDatabaseTest, RefusesAnEntryWithoutAField) {
+TEST_F(PackageDatabaseTest, RefusesAnEntryWithoutARequiredField) {
   Status(Entry("a") + "Version: 1\n\n");
   ExpectError("/status: the entry of package '' has no field Package");
   Status("Package: a\nVersion: 1\n\n");
@@ -305,7 +305,7 @@ TEST_F(PackageDatabaseTest, NamesAProviderOnce) {
   EXPECT_THAT(PackageDatabase(folder_.GetPath()).FindProviders("w"), IsEmpty());
 }
 
-TEST_F(PackageDatabaseTest, ReturnsAPackageThatAnotherOneProvides) {
+TEST_F(PackageDatabaseTest, PrefersAPackageToAnotherThatProvidesItsName) {
   Status(Entry("a") + Entry("b", "install ok installed", "Provides: a\n"));
   EXPECT_EQ(PackageDatabase(folder_.GetPath()).Require("a").name, "a");
 }

@@ -173,7 +173,7 @@ TEST_F(PackageMachineTest, ShowsAPackageThatIsBroken) {
   });
 }
 
-TEST_F(PackageMachineTest, ChecksEveryState) {
+TEST_F(PackageMachineTest, ChecksWhetherAPackageIsInstalled) {
   RunThere([] {
     EXPECT_EQ(CallText("package check", {{"name", "odd"}}), "true");
     EXPECT_EQ(CallText("package check", {{"name", "left"}}), "false");
@@ -299,7 +299,7 @@ TEST_F(PackageMachineTest, ListsWhatIsUpgradable) {
   });
 }
 
-TEST_F(PackageMachineTest, DoesNotRunAptWithoutPackages) {
+TEST_F(PackageMachineTest, DoesNotRunAptIfNoPackageIsSelected) {
   Program("#!/bin/sh\nexit 3\n");
   RunThere([] {
     EXPECT_THAT(CallColumn("package upgradable list", "Name", {{"name", "nosuch"}}), IsEmpty());

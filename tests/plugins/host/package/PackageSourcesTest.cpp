@@ -136,7 +136,7 @@ struct MarkCase {
   bool isAutomatic;
 };
 
-TEST(MarkFileTest, OnlyOneValueMeansAutomatic) {
+TEST(MarkFileTest, OnlyTheValue1MeansAutomatic) {
   const MarkCase cases[] = {{"1", true},   {" 1 ", true},  {"0", false},    {"", false},
                             {"2", false},  {"yes", false}, {"true", false}, {"11", false},
                             {"01", false}, {"1 1", false}, {"-1", false}};
@@ -149,7 +149,7 @@ TEST(MarkFileTest, OnlyOneValueMeansAutomatic) {
   }
 }
 
-TEST(MarkFileTest, TruncatedAnywhereIsAnError) {
+TEST(MarkFileTest, TruncatedWithinAnEntryIsAnError) {
   const ScopedTempDir folder;
   const std::string one = "Package: sample\nArchitecture: amd64\nAuto-Installed: 1\n\n";
   const std::string whole = one + one;

@@ -241,8 +241,9 @@ TEST_P(RefusedStatusTest, IsRefusedInAnUpdate) {
 INSTANTIATE_TEST_SUITE_P(Files, RefusedStatusTest, ::testing::ValuesIn(kRefused),
                          [](const auto& test) { return test.param.name; });
 
-// A byte that was changed on the disk is either detected or part of a value; no entry is lost.
-TEST_F(StatusFileTest, ADamagedByteNeverMakesTheListShorter) {
+// A byte that was changed on the disk is either detected or part of a value. No entry is lost
+// unless the byte separates two entries.
+TEST_F(StatusFileTest, ADamagedByteWithinAnEntryNeverMakesTheListShorter) {
   const std::string whole =
       Entry("aa", "install ok installed", "Conffiles:\n /etc/a 0123\n") + Entry("bb");
   for (std::size_t position = 0; position < whole.size(); ++position) {
@@ -264,7 +265,7 @@ TEST_F(StatusFileTest, ADamagedByteNeverMakesTheListShorter) {
   }
 }
 
-TEST_F(StatusFileTest, AFileThatEndsEarlierIsRefusedOrHasWholeEntries) {
+TEST_F(StatusFileTest, AFileThatEndsWithinAnEntryIsRefused) {
   const std::string whole = Entry("aa") + Entry("bb") + Entry("cc");
   const std::size_t size = Entry("aa").size();
   for (std::size_t length = 1; length < whole.size(); ++length) {

@@ -191,7 +191,7 @@ TEST(VersionPropertyTest, TheOrderIsTotal) {
   }
 }
 
-TEST(VersionPropertyTest, VersionsAreSortedAsTheSystemSortsThem) {
+TEST(VersionPropertyTest, VersionsAreSortedAsTheProgramSortSortsThem) {
   std::vector<std::string> versions;
   std::string input;
   for (int count = 0; count < 60; ++count) {

@@ -29,7 +29,7 @@ class InitScriptsTest : public ::testing::Test {
  protected:
   InitScriptsTest() { files_.MakeDirectory("init.d"); }
 
-  // Adds a script that is called with one word.
+  // Adds a script, which is executable unless `mode` says otherwise.
   void Add(const std::string& name, const std::string& text, mode_t mode = 0755) const {
     const std::string path = files_.Write("init.d/" + name, "#!/bin/sh\n" + text + "\n");
     ASSERT_EQ(::chmod(path.c_str(), mode), 0);
@@ -94,7 +94,7 @@ TEST_F(InitScriptsTest, AreExecutableFiles) {
   EXPECT_THAT(Names(), ElementsAre("script"));
 }
 
-TEST_F(InitScriptsTest, DoNotIncludeFilesThatDpkgLeavesBehind) {
+TEST_F(InitScriptsTest, DoNotIncludeHiddenFilesAndFilesThatDpkgSetsAside) {
   Add("ssh.dpkg-old", "");
   Add("ssh.dpkg-dist", "");
   Add(".hidden", "");
@@ -128,7 +128,7 @@ TEST_F(InitScriptsTest, AreNotAskedWhenTheyDoNotKnowTheWord) {
   EXPECT_NE(::access(files_.GetPath("touched").c_str(), F_OK), 0);
 }
 
-TEST_F(InitScriptsTest, HaveNoStandardInput) {
+TEST_F(InitScriptsTest, HaveAnEmptyStandardInput) {
   EXPECT_EQ(StateOf("[ \"$1\" = status ] && [ -z \"$(cat)\" ]"), "running");
 }
 

@@ -15,8 +15,8 @@ namespace Kestrel::Testing {
 /// output that a test sets and record their arguments.
 ///
 /// The output depends on the word of the call, which is the first argument that is not an option.
-/// Calls of journalctl have no such argument; their word is "journal". If no output is set, the
-/// program fails as the real one does for an unknown word.
+/// Calls of journalctl have no such argument; their word is "journal". If neither output nor
+/// commands are set for a word, the program fails as the real one does for an unknown word.
 class MadeUpSystemd {
  public:
   MadeUpSystemd();

@@ -306,7 +306,7 @@ TEST_F(ScriptManagerTest, RefusesOtherUsersBeforeItDoesAnything) {
   EXPECT_NE(::access(Running().c_str(), F_OK), 0);
 }
 
-TEST_F(ScriptManagerTest, EnablesAServiceByItsProgram) {
+TEST_F(ScriptManagerTest, EnablesAServiceByRunningUpdateRcD) {
   const std::string tools = files_.MakeDirectory("tools");
   files_.MakeDirectory("rc2.d");
   Add("tools/update-rc.d", "/bin/echo \"$*\" >>'" + files_.GetPath("words") +
@@ -321,7 +321,7 @@ TEST_F(ScriptManagerTest, EnablesAServiceByItsProgram) {
   EXPECT_EQ(files_.Read("words"), "ssh enable\nssh disable\n");
 }
 
-TEST_F(ScriptManagerTest, ReportsThatTheProgramIsMissing) {
+TEST_F(ScriptManagerTest, ReportsThatUpdateRcDIsMissing) {
   const Testing::ScopedEnvironment path("PATH", files_.GetPath("nosuch"));
   EXPECT_THAT([this] { Manager().Change("enable", "ssh", kLimit); },
               ThrowsMessage<KestrelException>(

@@ -13,7 +13,7 @@
 #include "kestrel/KestrelException.h"
 #include "support/ScopedEnvironment.h"
 
-// The outputs are recorded from systemd 252 unless a comment says otherwise.
+// The outputs have the form of systemd 252 unless a comment says otherwise.
 namespace Kestrel::Host {
 namespace {
 

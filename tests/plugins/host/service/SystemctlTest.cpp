@@ -22,7 +22,7 @@ using ::testing::ThrowsMessage;
 
 using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kShort(200);
-// A limit that is shorter than the time for which the programs of these tests would run.
+// A limit that is shorter than the time for which the slow programs of these tests would run.
 constexpr std::chrono::seconds kSoon(20);
 
 ProgramResult Failed(const std::string& errorOutput, int status = 1) {

@@ -363,7 +363,7 @@ TEST_F(SystemdServiceTest, NeedNotMeasureItsMemory) {
   };
   EXPECT_EQ(memory("0"), 0);
   EXPECT_EQ(memory("8589934592"), 8589934592);
-  // The forms in which versions of systemd write that there is no such number.
+  // Values that mean that the memory is not measured, or that are invalid.
   EXPECT_EQ(memory("[not set]"), std::nullopt);
   EXPECT_EQ(memory("18446744073709551615"), std::nullopt);
   EXPECT_EQ(memory(""), std::nullopt);
