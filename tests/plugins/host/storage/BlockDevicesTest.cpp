@@ -161,7 +161,7 @@ TEST(BlockDevicesTest, AMissingListIsAnError) {
 struct TransportCase {
   const char* name;
   const char* disk;
-  const char* path;  // the target of the disk's link
+  const char* path;  // the folder that contains the disk, below /sys/devices
   const char* transport;
 };
 

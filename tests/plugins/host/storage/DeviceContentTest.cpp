@@ -36,7 +36,7 @@ std::optional<DeviceContent> Stored(const std::string& lines) {
   return ReadDeviceContent("nosuch", kNumber, folder.GetPath(), folder.GetPath());
 }
 
-TEST(DeviceContentTest, ReadsItFromTheDeviceManager) {
+TEST(DeviceContentTest, IsReadFromWhatTheDeviceManagerStored) {
   const auto content = Stored(
       "I:1\nE:ID_FS_TYPE=ext4\nE:ID_FS_LABEL=My_Disk\n"
       "E:ID_FS_LABEL_ENC=My\\x20Disk\\x5cx\\xg0\\x2\nE:ID_FS_UUID_ENC=12-34\n"
@@ -96,7 +96,7 @@ TEST(DeviceContentTest, AFileThatCannotBeReadIsAnError) {
               ThrowsMessage<KestrelException>("Unable to read " + path + ": Is a directory"));
 }
 
-TEST(DeviceContentTest, ADeviceThatCannotBeOpenedBecauseOfALimitIsAnError) {
+TEST(DeviceContentTest, TooManyOpenFilesAreAnError) {
   if (Testing::kIsSanitized) {
     GTEST_SKIP() << "the sanitizer needs descriptors of its own";
   }

@@ -49,7 +49,7 @@ TEST(FilesystemProbeTest, AnswersForEveryPathInOrder) {
   EXPECT_EQ(answers[3].usage.size, SizeOf("/"));
 }
 
-TEST(FilesystemProbeTest, NoPathsHaveNoAnswers) {
+TEST(FilesystemProbeTest, WithoutPathsThereAreNoAnswers) {
   EXPECT_THAT(ProbeFilesystems({}, kLong), IsEmpty());
 }
 
@@ -85,7 +85,7 @@ TEST(FilesystemProbeTest, AChildThatDiesAffectsOnlyItsOwnAnswer) {
   EXPECT_EQ(answers[3].error, EIO);
 }
 
-TEST(FilesystemProbeTest, WorksWithTheStandardDescriptorsClosed) {
+TEST(FilesystemProbeTest, WorksWithStandardInputAndOutputClosed) {
   EXPECT_EXIT(
       {
         for (const int standard : {STDIN_FILENO, STDOUT_FILENO}) {
@@ -98,7 +98,8 @@ TEST(FilesystemProbeTest, WorksWithTheStandardDescriptorsClosed) {
       ::testing::ExitedWithCode(7), "");
 }
 
-// Waits until the process has a child that has finished its preparations.
+// Waits until the process has a child with four open files, and returns the folder in /proc that
+// lists them. Returns an empty string if this takes too long.
 std::string WaitForChildDescriptors(pid_t process) {
   const std::string id = std::to_string(process);
   for (int attempt = 0; attempt < 1000; ++attempt) {

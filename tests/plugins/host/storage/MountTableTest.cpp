@@ -169,7 +169,7 @@ struct DamagedMount {
   const char* line;
 };
 
-// Lines with one invalid column.
+// Lines that are damaged in one way.
 const DamagedMount kDamagedMounts[] = {
     {"Empty", ""},
     {"Spaces", "     "},

@@ -305,7 +305,7 @@ TEST(StorageFilesystemListTest, AgreesWithDfInBytes) {
                                            {"Used Inodes", "Used Inodes"}});
 }
 
-TEST(StorageFilesystemListTest, ListsEachFileSystemWithASizeOnce) {
+TEST(StorageFilesystemListTest, ListsOnlyFileSystemsWithASizeOrAProblem) {
   const auto everything = CallRows("storage filesystem list", {{"all", ""}});
   const auto rows = CallRows("storage filesystem list");
   EXPECT_THAT(CallColumn("storage filesystem list", "Mount Point"), Contains("/"));
@@ -523,7 +523,7 @@ TEST(StorageDeviceListTest, ReportsThePropertiesOfTheDeviceManager) {
   }
 }
 
-TEST(StorageDeviceListTest, UnknownContentDiffersFromNoContent) {
+TEST(StorageDeviceListTest, ContentThatCannotBeReadIsUnknown) {
   const std::string refusal = RunInNamespaces(CLONE_NEWNS, [] {
     Mount("none", "/run", "tmpfs", 0);
     Mount("none", "/dev", "tmpfs", 0);

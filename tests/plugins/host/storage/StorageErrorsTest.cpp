@@ -93,7 +93,7 @@ const Reader kReaders[] = {
 INSTANTIATE_TEST_SUITE_P(Readers, StorageErrorsTest, ::testing::ValuesIn(kReaders),
                          [](const auto& reader) { return reader.param.name; });
 
-TEST(StorageErrorTest, AnAttributeOfADeviceIsNotLost) {
+TEST(StorageErrorTest, AnAttributeThatIsAFolderIsAnError) {
   const ScopedTempDir folder;
   folder.Write("block/sda/dev", "8:0\n");
   folder.MakeDirectory("block/sda/size");  // a folder cannot be read as a file
@@ -102,7 +102,7 @@ TEST(StorageErrorTest, AnAttributeOfADeviceIsNotLost) {
                                               ": Is a directory"));
 }
 
-TEST(StorageErrorTest, ADeviceWithAnUnreadableSizeIsNotLost) {
+TEST(StorageErrorTest, ADeviceWhoseSizeMayNotBeReadIsAnError) {
   const ScopedTempDir folder;
   ASSERT_EQ(::chmod(folder.GetPath().c_str(), 0755), 0);
   folder.Write("block/sda/dev", "8:0\n");

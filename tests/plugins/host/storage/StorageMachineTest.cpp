@@ -142,7 +142,7 @@ const ListCase kDeviceFilters[] = {
 class DeviceFilterTest : public StorageMachineTest,
                          public ::testing::WithParamInterface<ListCase> {};
 
-TEST_P(DeviceFilterTest, ListsTheDevices) {
+TEST_P(DeviceFilterTest, ListsTheSelectedDevices) {
   AddSampleDevices();
   RunThere([] { EXPECT_EQ(Devices(GetParam().parameters), GetParam().listed); });
 }
@@ -208,7 +208,7 @@ const ListCase kMountFilters[] = {
 class MountFilterTest : public StorageMachineTest,
                         public ::testing::WithParamInterface<ListCase> {};
 
-TEST_P(MountFilterTest, ListsTheMounts) {
+TEST_P(MountFilterTest, ListsTheSelectedMounts) {
   AddSampleMounts();
   RunThere([] { EXPECT_EQ(Mounts(GetParam().parameters), GetParam().listed); });
 }
@@ -234,7 +234,7 @@ TEST_F(StorageMachineTest, AMissingTableOfMountsIsReported) {
   });
 }
 
-TEST_F(StorageMachineTest, APathRelativeToTheRootIsAPathBelowIt) {
+TEST_F(StorageMachineTest, ARelativePathBeginsInTheCurrentFolder) {
   AddSampleMounts();
   RunThere([] {
     ASSERT_EQ(::chdir("/"), 0);
@@ -320,7 +320,7 @@ TEST_F(StorageMachineTest, TheRowOfAMissingFileSystemContainsTheReason) {
                 "/dev/sda1                0      0 %  No such file or directory  /gone/away\n");
 }
 
-TEST_F(StorageMachineTest, TheMountPointOfTheAutomounterIsNotQueried) {
+TEST_F(StorageMachineTest, TheMountPointOfTheAutomounterIsNotListed) {
   File("proc/self/mountinfo", "1 0 0:1 / /gone rw - autofs none rw\n");
   RunThere([] { EXPECT_THAT(CallRows("storage filesystem list", {{"all", ""}}), IsEmpty()); });
 }

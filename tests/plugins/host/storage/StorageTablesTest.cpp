@@ -11,7 +11,7 @@
 #include "plugins/host/support/HostCall.h"
 #include "plugins/host/support/MadeUpMachine.h"
 
-// The tables of the commands in the namespace "storage" in every order and at several widths.
+// The tables of the commands in the namespace "storage" in many orders and at several widths.
 namespace Kestrel::Testing {
 namespace {
 
@@ -51,7 +51,7 @@ struct OrderCase {
   const char* name;
   const char* command;
   const char* field;
-  std::vector<std::string> ascending;  // the first column of this list, after sorting
+  std::vector<std::string> ascending;  // the field KeyOf(command) of the sorted rows
 };
 
 const char* KeyOf(const std::string& command) {
@@ -124,8 +124,8 @@ struct FieldCase {
 class StorageUnsortableTest : public StorageTablesTest,
                               public ::testing::WithParamInterface<FieldCase> {};
 
-// Rows cannot be sorted by a field that is a list, or by a field that is not spelled as in the
-// header.
+// Rows cannot be sorted by a field that is a list, or by a name that is not exactly that of a
+// field.
 TEST_P(StorageUnsortableTest, IsAnErrorThatListsTheFields) {
   RunThere([] {
     const auto errors = CallErrors(GetParam().command, {{"sort", GetParam().field}});
@@ -218,7 +218,7 @@ TEST_F(StorageTablesTest, TheResultIsTheSameWithAndWithoutSizesForPeople) {
   });
 }
 
-TEST_F(StorageTablesTest, AListWithoutSizesHasNoSizesForPeople) {
+TEST_F(StorageTablesTest, AListWithoutSizesRefusesHuman) {
   RunThere([] {
     EXPECT_THAT(CallErrors("storage mount list", {{"human", ""}}), ElementsAre(HasSubstr("human")));
   });

@@ -21,7 +21,7 @@
 #include "support/StreamCapture.h"
 #include "support/Witness.h"
 
-// "storage usage list".
+// The command "storage usage list".
 namespace Kestrel::Testing {
 namespace {
 
@@ -180,7 +180,7 @@ TEST(StorageUsageListTest, RefusesWhatIsNotAFolder) {
               ElementsAre("Unable to read : No such file or directory"));
 }
 
-TEST_F(StorageUsageListLockedTest, ReportsEachLockedFolderAndListsNothing) {
+TEST_F(StorageUsageListLockedTest, ReportsEachLockedFolder) {
   const PlainUser user;
   EXPECT_THAT(CallErrors(kCommand, {{"directory", folder_.GetPath()}}),
               UnorderedElementsAre(FirstReport(), SecondReport()));

@@ -109,7 +109,7 @@ void MakeChain(const std::string& top, const std::string& name, int count) {
   ::close(folder);
 }
 
-// Deletes the folder with rm, because its paths are too long for the standard library.
+// Deletes what is in the folder with rm, because the paths are too long for the standard library.
 struct DeletedByRm {
   ScopedTempDir folder;
   ~DeletedByRm() { Witness("rm -r '" + folder.GetPath() + "'/*"); }
@@ -170,7 +170,7 @@ TEST(TreeUsageTest, MarksFoldersAndFiles) {
 struct DepthCase {
   const char* name;
   TreeOptions options;
-  std::vector<std::string> listed;  // below the top
+  std::vector<std::string> listed;  // the paths, without that of the top
 };
 
 class TreeUsageDepthTest : public ::testing::TestWithParam<DepthCase> {};
@@ -343,7 +343,7 @@ TEST(TreeUsageTest, ReportsFoldersThatDoNotFitIntoTheLimitOfOpenFiles) {
   EXPECT_FALSE(EntryAt(tree, folder.GetPath()).isComplete);
 }
 
-TEST(TreeUsageTest, WithoutTheTopThereIsNoAnswer) {
+TEST(TreeUsageTest, ATopThatCannotBeOpenedIsAnError) {
   const ScopedTempDir folder;
   const auto measure = [](const std::string& path) {
     return [path] { MeasureTree(path, kWholeTree); };

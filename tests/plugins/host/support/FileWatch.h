@@ -8,9 +8,9 @@
 
 namespace Kestrel::Testing {
 
-/// While a watch exists, it records which files and folders the plug-in opens, and can make one of
-/// these attempts fail. Only one watch may exist at a time. A watch does not see files that the C
-/// library itself opens.
+/// While a watch exists, it records which files and folders this program and its plug-ins try to
+/// open, and can make one of these attempts fail. Only one watch may exist at a time. A watch does
+/// not see files that the C library itself opens.
 class FileWatch {
  public:
   FileWatch();
@@ -20,13 +20,14 @@ class FileWatch {
   FileWatch& operator=(const FileWatch&) = delete;
   ~FileWatch();
 
-  /// Returns the paths that were opened, in byte order and each only once.
+  /// Returns the paths of these attempts, in byte order and each only once.
   std::vector<std::string> GetOpened() const;
 
   /// Returns whether the watch has made that attempt fail.
   bool HasFailed() const { return hasFailed_; }
 
-  /// Returns the error number if the call that opens `path` must fail, otherwise 0.
+  /// Records an attempt to open `path`. Returns the error number with which it must fail, otherwise
+  /// 0.
   int Note(const char* path);
 
  private:

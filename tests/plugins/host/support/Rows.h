@@ -18,7 +18,7 @@ std::vector<Row> OnlyFields(const std::vector<Row>& rows, const std::vector<std:
 std::vector<Row> Filter(const std::vector<Row>& rows,
                         const std::function<bool(const Row&)>& filter);
 
-/// Replaces control characters by \xHH, as the commands do.
+/// Replaces ASCII control characters by \xHH, as the commands do.
 std::string Shown(const std::string& text);
 
 /// Joins strings with ", ", as lists are printed.

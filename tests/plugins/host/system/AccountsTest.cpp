@@ -28,7 +28,7 @@ namespace {
 using Testing::ScopedTempDir;
 using ::testing::ThrowsMessage;
 
-// Numbers that no account has.
+// A number that no account and no group has.
 constexpr unsigned kUnknown = 3999999999u;
 
 TEST(AccountsTest, FindsAnAccountByName) {
@@ -103,8 +103,7 @@ TEST(AccountsTest, AnAccountWithoutAnEntryHasItsOwnGroupOnly) {
   EXPECT_EQ(ReadGroups(account), std::vector<std::string>{"3999999999"});
 }
 
-// A lookup in a file that cannot be read may still succeed if the answer is available elsewhere,
-// but no answer may be wrong.
+// Lookups in a file. If it cannot be read, they must fail, because any answer could be wrong.
 struct AccountQuestion {
   const char* name;
   const char* file;

@@ -43,7 +43,7 @@ class BusDevicesTest : public ::testing::Test {
     }
   }
 
-  // `deviceClass` contains the three numbers, with two digits each.
+  // `deviceClass` contains the class, the subclass and the protocol, with two digits each.
   void Usb(const std::string& address, const std::string& vendor, const std::string& product,
            const std::string& deviceClass) const {
     const std::string folder = "bus/usb/devices/" + address;
@@ -184,7 +184,7 @@ TEST_F(BusDevicesTest, ADeviceOnUsbMayNameItself) {
   EXPECT_EQ(devices[1].device, "Unlisted mouse");
   EXPECT_EQ(devices[2].vendor, "");
   EXPECT_EQ(devices[2].device, "");
-  EXPECT_EQ(devices[2].className, "");  // its interfaces have no class either
+  EXPECT_EQ(devices[2].className, "");  // it has no interface whose class could be used
 }
 
 TEST_F(BusDevicesTest, EachDriverOfTheInterfacesIsNamedOnce) {
@@ -252,7 +252,7 @@ TEST_F(BusDevicesTest, AnAttributeThatIsMissingIsAnError) {
                                               ": No such file or directory"));
 }
 
-TEST_F(BusDevicesTest, ADeviceThatWasRemovedIsSkipped) {
+TEST_F(BusDevicesTest, ADeviceIsSkippedOnlyIfItsNameIsGone) {
   Pci("0000:00:00.0", "0x1\n", "0x1\n", "0x0\n");
   // While the kernel removes a device, the target of its link may already be missing. The name of
   // the device still exists then. A device may be skipped only if its name is gone too.

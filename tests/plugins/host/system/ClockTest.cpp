@@ -41,7 +41,7 @@ const DisciplineCase kDisciplines[] = {
 
 class ClockDisciplineTest : public ::testing::TestWithParam<DisciplineCase> {};
 
-TEST_P(ClockDisciplineTest, AgreesWithTheKernel) {
+TEST_P(ClockDisciplineTest, IsTakenFromTheReportOfTheKernel) {
   struct timex report = {};
   report.status = GetParam().status;
   report.maxerror = 1234;
@@ -79,21 +79,21 @@ TEST_F(ZoneNameTest, ALinkMayBeRelative) {
   EXPECT_EQ(Read(), "Europe/Berlin");
 }
 
-TEST_F(ZoneNameTest, IsInAFileIfTheLinkLeadsElsewhere) {
+TEST_F(ZoneNameTest, IsReadFromTheFileTimezoneIfTheLinkNamesNoZone) {
   Link("/etc/zone-of-the-house");
   EXPECT_EQ(Read(), "unknown");
   etc_.Write("timezone", "Asia/Kolkata\n# more\n");
   EXPECT_EQ(Read(), "Asia/Kolkata");
 }
 
-TEST_F(ZoneNameTest, IsInAFileIfTheZoneIsACopy) {
+TEST_F(ZoneNameTest, IsReadFromTheFileTimezoneIfTheZoneIsACopy) {
   etc_.Write("localtime", "TZif2");
   EXPECT_EQ(Read(), "unknown");
   etc_.Write("timezone", "Asia/Tokyo");
   EXPECT_EQ(Read(), "Asia/Tokyo");
 }
 
-TEST_F(ZoneNameTest, AnEmptyFileHasNone) {
+TEST_F(ZoneNameTest, AnEmptyFileMeansUtc) {
   etc_.Write("timezone", "\n");
   EXPECT_EQ(Read(), "UTC");
 }

@@ -52,7 +52,7 @@ TEST(CpusTest, ReadsProcessorsAndTheirTopology) {
   EXPECT_THAT(cpus[2].siblings, IsEmpty());
 }
 
-TEST(CpusTest, WorksWithoutDevices) {
+TEST(CpusTest, WorksWithoutSys) {
   const ScopedTempDir proc;
   proc.Write("cpuinfo", kTwoProcessors);
   const auto cpus = ReadCpus(proc.GetPath(), "/nowhere");
@@ -91,7 +91,7 @@ TEST(CpusTest, ReportsThatThereIsNone) {
                                               "/sysless/devices/system/cpu and /nowhere/cpuinfo"));
 }
 
-// No kernel writes some of these sets. The call must still end, and use the valid parts.
+// Some of these sets come from no kernel. The call must still end, and use their valid parts.
 struct SetCase {
   const char* name;
   const char* present;

@@ -7,7 +7,7 @@
 
 namespace Kestrel::Testing {
 
-/// A machine on which each command below "system" has something to list: two processes, one
+/// A machine on which no list below "system" is empty, except that of timers: two processes, one
 /// processor, a module, kernel parameters, accounts, a session, crontabs and a device.
 class FullMachineTest : public MadeUpMachineTest {
  protected:

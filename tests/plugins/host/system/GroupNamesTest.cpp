@@ -38,8 +38,8 @@ class MadeUpGroupsTest : public Testing::MadeUpMachineTest {
     File("etc/nsswitch.conf", sources);
   }
 
-  // Looks up the names of the groups up to number 9 in several orders, and compares them with the
-  // results of single lookups.
+  // Looks up the names of the groups up to number 9, upwards and downwards, and compares them with
+  // the results of single lookups.
   static void ExpectNamesOfEachGroup() {
     GroupNames upwards;
     GroupNames downwards;
@@ -67,7 +67,7 @@ TEST_F(MadeUpGroupsTest, UsesTheNameOfTheFirstGroupOfANumber) {
   });
 }
 
-TEST_F(MadeUpGroupsTest, DamagedLinesAreReadLikeTheSystemDoes) {
+TEST_F(MadeUpGroupsTest, DamagedLinesAreReadAsTheSystemReadsThem) {
   Etc("one:x:1:\nbroken\n two:x:2:\n+:::\nthree:x: 3:\nfour:x:4a:\n+five:x:5:\n", kFilesOnly);
   RunThere([] { ExpectNamesOfEachGroup(); });
 }

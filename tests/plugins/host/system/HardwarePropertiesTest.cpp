@@ -33,7 +33,7 @@ using ::testing::SizeIs;
 using ::testing::ThrowsMessage;
 using Testing::WitnessLines;
 
-/// A sequence of numbers that is the same in each run.
+/// A sequence of numbers that depends only on the seed.
 class Numbers {
  public:
   explicit Numbers(unsigned seed) : state_(seed) {}
@@ -141,8 +141,8 @@ TEST_F(InstalledNamesTest, EveryVendorIsFound) {
   }
 }
 
-TEST_F(InstalledNamesTest, DevicesOfEveryVendorAreFound) {
-  // Checks every seventh device, given as "vendor device name" on a line.
+TEST_F(InstalledNamesTest, EverySeventhDeviceIsFound) {
+  // Each line contains the numbers of vendor and device without a space between them, and the name.
   const auto lines =
       WitnessLines(std::string("awk '/^[0-9a-f]/ { v = substr($0, 1, 4) } /^C / { exit } "
                                "/^\\t[0-9a-f]/ && ++n % 7 == 0 { print v substr($0, 2) }' ") +

@@ -95,7 +95,7 @@ TEST(KernelModulesTest, AgreesWithLsmodAboutThisMachine) {
   EXPECT_EQ(LinesOf(ReadModules("/proc")), LinesOfLsmod("lsmod"));
 }
 
-// A machine with simulated modules.
+// Runs lsmod with simulated modules: those in the file whose path follows.
 constexpr char kLsmodElsewhere[] = R"(unshare --mount sh -ec '
   modules=$(cat "$0")
   mount -t tmpfs none /sys
@@ -228,7 +228,7 @@ struct ModuleCase {
   std::vector<std::string> modules;
 };
 
-// In the format of LinesOf.
+// The modules are in the format of LinesOf.
 const ModuleCase kModuleLines[] = {
     {"NoUser", "loop 40960 0 - Live 0x0", {"loop 40960 0"}},
     {"OneUser", "a 1 1 b, Live 0x0", {"a 1 1 b"}},

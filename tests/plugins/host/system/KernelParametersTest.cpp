@@ -128,7 +128,7 @@ TEST_F(KernelParametersTest, ListsNothingBelowAnUnknownName) {
   EXPECT_THAT(ReadParameters(proc_.GetPath(), "nowhere"), IsEmpty());
 }
 
-TEST(HiddenKernelParametersTest, AreReported) {
+TEST(HiddenKernelParametersTest, AMissingOrEmptyFolderIsReported) {
   const ScopedTempDir proc;
   const auto read = [&proc] { ReadParameters(proc.GetPath(), ""); };
   const std::string message = "Unable to read " + proc.GetPath("sys") + ": ";

@@ -75,7 +75,7 @@ TEST(ProcessesTest, AcceptsAnyBytesInTheName) {
   }
 }
 
-TEST(ProcessesTest, AcceptsIncompleteData) {
+TEST(ProcessesTest, ReadsTruncatedDataWithoutHarm) {
   const std::string text = "42 (a (b) c)" + kNumbers;
   std::size_t accepted = 0;
   for (std::size_t size = 0; size <= text.size(); ++size) {

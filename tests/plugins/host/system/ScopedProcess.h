@@ -15,7 +15,8 @@
 
 namespace Kestrel::Testing {
 
-/// A child process that waits until it is killed.
+/// A child process that waits until it is killed. With `isZombie`, it has ended instead, but has
+/// not been waited for.
 class ScopedProcess {
  public:
   explicit ScopedProcess(const std::string& name, bool isZombie = false) {
@@ -51,14 +52,14 @@ class ScopedProcess {
     }
   }
 
-  /// Stops waiting after a while; the test then fails.
+  /// Stops waiting after 500 attempts, without failing the test.
   void WaitUntilItSleeps() const {
     for (int i = 0; i < 500 && Witness("ps -p " + GetId() + " -o s=") != "S\n"; ++i) {
       ::usleep(10000);
     }
   }
 
-  /// Returns the number of the signal that ends it.
+  /// Returns the number of the signal that ended it; 0 if it ended by itself.
   int WaitUntilItIsKilled() {
     int status = 0;
     EXPECT_EQ(::waitpid(id_, &status, 0), id_);

@@ -45,7 +45,7 @@ std::string LoginEntry(short type, const std::string& user, const std::string& l
   return std::string(reinterpret_cast<const char*>(&entry), sizeof(entry));
 }
 
-// Formats a time with C locale month names, as who prints it.
+// Formats a time as who prints it: "Nov 22 10:00".
 std::string MomentAsWho(std::time_t moment) {
   std::tm parts = {};
   ::localtime_r(&moment, &parts);
@@ -160,7 +160,7 @@ struct SessionCase {
   std::vector<std::string> sessions;
 };
 
-// In the format "USER TERMINAL HOST PROCESS START".
+// The sessions are in the format "USER TERMINAL HOST PROCESS START".
 const SessionCase kSessionFiles[] = {
     {"Complete",
      "USER=anna\nTTY=pts/0\nREMOTE_HOST=h\nCLASS=user\nLEADER=7\nREALTIME=1000000\n",

@@ -13,9 +13,9 @@
 #include "support/Sanitizer.h"
 #include "support/Witness.h"
 
-// The commands in the namespace "system" in the real tool: in every format, and in environments
-// that differ from a shell of root. These are runs without environment variables, with few files,
-// as an ordinary user, and with a /proc that hides processes.
+// The commands in the namespace "system" in the real tool: in several formats, and in environments
+// that differ from a shell of root. Some runs have no environment variables, another locale, few
+// open files, an ordinary user, or a /proc that hides processes.
 namespace Kestrel::Testing {
 namespace {
 
@@ -80,7 +80,7 @@ class SystemEnvironmentTest : public ::testing::TestWithParam<ToolCase> {
   }
 };
 
-TEST_P(SystemEnvironmentTest, AnswersInEveryFormat) {
+TEST_P(SystemEnvironmentTest, AnswersInSeveralFormats) {
   for (const std::string format : {"simple", "xml", "python", "json"}) {
     EXPECT_FALSE(HasFailed(OutcomeOf(kTool + "--formatter=" + format + " " + Words()))) << format;
   }
@@ -120,7 +120,7 @@ TEST_P(SystemEnvironmentTest, AnswersAPlainUser) {
   }
 }
 
-// For every limit of open files, the answer is complete or an error.
+// For limits of 3 to 15 open files, the answer is complete or an error.
 TEST_P(SystemEnvironmentTest, AnswersCompletelyOrNotAtAllWithFewFiles) {
   if (kIsSanitized) {
     GTEST_SKIP() << "the sanitizer opens files of its own";
@@ -219,7 +219,7 @@ TEST_F(HiddenProcessTest, UnreadableOnesAreAnError) {
             "Errors: \nUnable to read /proc/1/stat: Operation not permitted\nstatus 1\n");
 }
 
-TEST_F(HiddenProcessTest, RootSeesThemAll) {
+TEST_F(HiddenProcessTest, RootSeesTheFirstProcess) {
   const std::string outcome =
       OutcomeOf(MountedWith("invisible", kTool + "--formatter=json system process list --id 1"));
   EXPECT_THAT(outcome, AllOf(HasSubstr("\"Id\": 1"), Not(HasSubstr("status"))));

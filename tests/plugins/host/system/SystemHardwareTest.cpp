@@ -79,7 +79,7 @@ TEST(SystemClockGetTest, TheSecondsAgreeWithTheOffset) {
 }
 
 TEST(SystemClockGetTest, SynchronizationAgreesWithTheKernel) {
-  // Reads the bit STA_UNSYNC and the result TIME_ERROR without using the headers of this project.
+  // Reads the bit STA_UNSYNC and the result TIME_ERROR in Python, independently of the plug-in.
   const std::string kernel = FirstLine(
       "python3 -c 'import ctypes; b = ctypes.create_string_buffer(512); "
       "r = ctypes.CDLL(None).adjtimex(b); s = ctypes.c_int.from_buffer(b, 40).value; "
@@ -227,7 +227,7 @@ TEST(SystemDeviceListTest, TheNumbersOnUsbAgreeWithTheKernel) {
   EXPECT_EQ(lines, witness);
 }
 
-// A machine with simulated data. No list of names contains its numbers.
+// A machine with simulated data. No list of names contains the numbers of its devices.
 class SystemHardwareMachineTest : public MadeUpMachineTest {
  protected:
   void Pci(const std::string& address, const std::string& deviceClass, const std::string& driver) {
@@ -311,7 +311,7 @@ TEST_F(SystemHardwareMachineTest, ChoosesDevices) {
   });
 }
 
-TEST_F(SystemHardwareMachineTest, ShowsHostileNamesWithoutTheirControlCharacters) {
+TEST_F(SystemHardwareMachineTest, EscapesControlCharactersInNames) {
   Folder("sys/bus/pci/devices");
   Usb("1-1", "\x1b[31mred\n", "two\nlines\xff\n");
   RunThere([] {
@@ -410,7 +410,7 @@ TEST_F(SystemHardwareMachineTest, DamagedTimesOfProcessorsAreAnError) {
 
 // The real tool.
 
-TEST(SystemHardwareToolTest, TheTablesFitTheirScreens) {
+TEST(SystemHardwareToolTest, TheTableOfProcessorUsageHasAtMost80Columns) {
   for (const char* const width : {"--screen-width=80", "--screen-width=200"}) {
     const VexilResult result =
         HostRun({width, "system", "cpu", "usage", "list", "--interval=10"}).Run();

@@ -12,8 +12,8 @@
 #include "plugins/host/system/FullMachine.h"
 #include "support/Random.h"
 
-// Files with arbitrary content: each command returns a result of its declared shape or reports an
-// error, and its output never controls the terminal.
+// Files with arbitrary content: each command returns a result or reports an error, and no result
+// contains an escape character, a NUL or the byte FF.
 namespace Kestrel::Testing {
 namespace {
 

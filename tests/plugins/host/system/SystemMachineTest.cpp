@@ -430,7 +430,7 @@ const ProcessFilterCase kProcessFilters[] = {
 class ProcessFilterTest : public SystemMachineTest,
                           public ::testing::WithParamInterface<ProcessFilterCase> {};
 
-TEST_P(ProcessFilterTest, ListsTheProcesses) {
+TEST_P(ProcessFilterTest, ListsTheSelectedProcesses) {
   AddSampleProcesses();
   RunThere([] { EXPECT_EQ(Ids(GetParam().parameters), GetParam().ids); });
 }
@@ -552,7 +552,7 @@ TEST_F(ParameterMachineTest, ChangesAValue) {
   ExpectPrinted("system parameter get --name=vm.swappiness", "10\n");
 }
 
-TEST_F(ParameterMachineTest, ChangesAValueThatCannotBeRead) {
+TEST_F(ParameterMachineTest, ReportsThatAPlainUserMayNeitherChangeNorReadAValue) {
   File("proc/sys/vm/drop_caches", "");
   Mode("proc/sys/vm/drop_caches", 0200);
   RunThere([] {
@@ -585,7 +585,7 @@ TEST_F(ParameterMachineTest, ListsParametersInTheOrderThatTheUserWants) {
   });
 }
 
-TEST_F(ParameterMachineTest, NothingLeadsOutOfTheFolderOfParameters) {
+TEST_F(ParameterMachineTest, ReportsUnknownNamesAndGroupsOfParameters) {
   File("proc/secret", "x\n");
   RunThere([] {
     EXPECT_THAT(CallErrors("system parameter get", {{"name", "no.such"}}),
@@ -606,7 +606,7 @@ class AccountMachineTest : public SystemMachineTest {
  protected:
   AccountMachineTest() { File("etc/nsswitch.conf", "passwd: files\ngroup: files\n"); }
 
-  // Adds accounts from number 1000 on. The file of groups contains the groups of all of them.
+  // Adds accounts from number 1000 on, and a group with the number of each.
   void AddAccounts(long count, bool hasGroupEach) {
     std::string accounts;
     std::string groups;
@@ -719,7 +719,7 @@ TEST_F(UserMachineTest, ShowsStringsOfOthersSafely) {
   });
 }
 
-TEST_F(UserMachineTest, ListsTheGroupsOfAnAccountItsOwnFirst) {
+TEST_F(UserMachineTest, ListsTheGroupsOfAnAccountBeginningWithItsOwn) {
   RunThere([] {
     EXPECT_EQ(Groups("anna"), "anna, users, staff, odd\\x1b[2J");
     EXPECT_EQ(Groups("bob"), "users, staff");
@@ -744,7 +744,7 @@ TEST_F(UserMachineTest, NamesTheUsersOfProcesses) {
   });
 }
 
-// Formats the time of the boot.
+// The time at which the machine started, in several zones.
 
 struct ZoneCase {
   const char* name;
@@ -776,7 +776,7 @@ TEST_P(ZoneTest, TimesAreInTheZoneOfTheUser) {
 INSTANTIATE_TEST_SUITE_P(Zones, ZoneTest, ::testing::ValuesIn(kZones),
                          [](const auto& test) { return test.param.name; });
 
-// Averages and durations as they are formatted for people, and the integers for programs.
+// Load averages, formatted for people and as integers for programs.
 
 struct LoadCase {
   const char* name;
@@ -809,7 +809,7 @@ TEST_P(LoadTest, IsAStringAndAnInteger) {
 INSTANTIATE_TEST_SUITE_P(Loads, LoadTest, ::testing::ValuesIn(kLoads),
                          [](const auto& test) { return test.param.name; });
 
-// The processor share of a process that started with the machine, 187384.99 seconds ago.
+// The processor share of a process on a machine that started 187384.99 seconds ago.
 
 struct ShareCase {
   const char* name;

@@ -17,7 +17,8 @@
 #include "plugins/host/system/ScopedProcess.h"
 #include "support/Witness.h"
 
-// The command "system process signal". These tests signal only processes that they have started.
+// The command "system process signal". These tests signal only the test program itself and
+// processes that it has started.
 namespace Kestrel::Testing {
 namespace {
 
@@ -75,7 +76,7 @@ TEST(SystemProcessSignalTest, AStarInANameIsAnOrdinaryCharacter) {
   EXPECT_EQ(starred.WaitUntilItIsKilled(), SIGTERM);
 }
 
-TEST(SystemProcessSignalTest, SignalsAProcessOnceThoughItIsNamedTwice) {
+TEST(SystemProcessSignalTest, SignalsAProcessOnceEvenIfItIsNamedTwice) {
   const ScopedProcess process("kestrel-four");
   const std::string id = process.GetId();
   EXPECT_THAT(CallColumn(kPath, "Id", {{"id", id}, {"id", id}, {"signal", "CONT"}}),
@@ -231,7 +232,7 @@ TEST(SystemProcessSignalTest, ReportsAllMistakesOfACall) {
                           ::testing::StartsWith("All other processes depend on process 1 (")));
 }
 
-TEST(SystemProcessSignalTest, ItsOutputIsTheSameInEveryFormat) {
+TEST(SystemProcessSignalTest, PrintsTheNameAndTheNumberInSeveralFormats) {
   for (const std::string format : {"json", "xml", "python", "simple"}) {
     ScopedProcess process("kestrel-last");
     const VexilResult result = HostRun({"--formatter=" + format, "system", "process", "signal",

@@ -17,8 +17,9 @@
 #include "plugins/host/support/HostCall.h"
 #include "plugins/host/system/FullMachine.h"
 
-// Properties of all lists in the namespace "system": they have words for missing values, tables
-// that fit the screen, consistent parameters, sorting by value, and completion of values.
+// Properties of the lists in the namespace "system", except that of timers: they have words for
+// missing values, tables that fit the screen, consistent parameters, sorting by each scalar field,
+// and completion of values.
 namespace Kestrel::Testing {
 namespace {
 
@@ -129,7 +130,7 @@ TEST_P(SystemListTest, OnAWideScreenEachRowIsALine) {
   });
 }
 
-TEST_P(SystemListTest, ItsLastColumnIsWrapped) {
+TEST_P(SystemListTest, ItsLastColumnIsWrappedByDefault) {
   const auto parameters =
       FindCommand(GetParam().path)->GetDefaultOutputFormatParameters().GetParameters();
   const auto wraps = parameters.find("wrap-last");
@@ -137,7 +138,7 @@ TEST_P(SystemListTest, ItsLastColumnIsWrapped) {
   EXPECT_EQ(wraps->second, "true");
 }
 
-TEST_P(SystemListTest, SortsByEachOfItsFields) {
+TEST_P(SystemListTest, CanBeSortedByEachScalarFieldOnly) {
   RunThere([] {
     const auto rows = List().GetStructs();
     ASSERT_THAT(rows, Not(IsEmpty()));

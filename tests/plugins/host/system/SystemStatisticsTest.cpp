@@ -137,7 +137,7 @@ struct MemoryLineCase {
   long buffers;
 };
 
-// An additional line, and the resulting number of buffers.
+// An additional line, and the resulting size of the buffers in bytes.
 const MemoryLineCase kMemoryLines[] = {
     {"Usual", "Buffers:          12 kB", 12 * kKib},
     {"WithoutUnit", "Buffers: 12", 12 * kKib},
@@ -190,7 +190,7 @@ class StatisticsErrorTest : public ::testing::TestWithParam<StatisticsFile> {
   ScopedTempDir proc_;
 };
 
-TEST_P(StatisticsErrorTest, AFileWithoutThePermissionIsReported) {
+TEST_P(StatisticsErrorTest, AFileThatMayNotBeReadIsReported) {
   ::chmod(proc_.GetPath().c_str(), 0755);
   ASSERT_EQ(::chmod(proc_.Write(GetParam().file, "1 1\n").c_str(), 0), 0);
   const Testing::PlainUser user;
