@@ -34,7 +34,7 @@ if [[ $printed != "$expected" || -s errors ]]; then
   exit 1
 fi
 
-# Only the entry point is exported, so that names of plug-ins cannot clash.
+# Apart from weak symbols, only the entry point is exported, so that names of plug-ins cannot clash.
 names=$(nm --dynamic --defined-only --extern-only installed/lib/norvane/vexil/hello.so |
   awk '$2 != "W" && $2 != "V" && $2 != "u" { print $3 }')
 if [[ $names != AutoCli_RegisterNamespaces ]]; then

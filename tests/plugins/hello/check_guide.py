@@ -3,8 +3,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """check_guide.py GUIDE FOLDER: checks that the guide quotes the example plug-in completely.
 
-The blocks marked `cpp`, joined in order, must equal FOLDER/Hello.cpp byte for byte, and the blocks
-marked `cmake` must equal FOLDER/CMakeLists.txt. The lines of the licence are ignored.
+The blocks marked `cpp file=FOLDER/Hello.cpp`, joined in order, must equal that file byte for byte,
+and likewise the blocks marked `cmake file=FOLDER/CMakeLists.txt`. The licence at the top of the
+files is ignored.
 """
 
 import difflib

@@ -56,7 +56,7 @@ TEST(NetworkAddressCheckTest, AMachineThatDoesNotRespondIsAnError) {
               ElementsAre("fe80::1%eth0 does not respond to 3 requests"));
 }
 
-TEST(NetworkAddressCheckTest, ReportsASingleRequest) {
+TEST(NetworkAddressCheckTest, CountsASingleRequestInTheSingular) {
   const MadeUpTool ping("ping", "exit 1\n");
   EXPECT_THAT(CallErrors(kCheck, {{"address", "a"}, {"count", "1"}}),
               ElementsAre("a does not respond to 1 request"));

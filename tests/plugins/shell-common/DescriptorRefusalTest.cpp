@@ -6,7 +6,8 @@
 
 #include "plugins/support/CommandCall.h"
 
-// Values that a constraint of a shipped descriptor rejects, so that no script runs.
+// Calls with a missing or invalid parameter of a shipped descriptor, each rejected with one
+// message.
 namespace Kestrel::Testing {
 namespace {
 

@@ -40,7 +40,7 @@ VexilRun NetworkRun(std::vector<std::string> arguments) {
   return VexilRun(std::move(arguments));
 }
 
-TEST(DescriptorToolTest, HelpsWithACommandOnANarrowScreen) {
+TEST(DescriptorToolTest, PrintsAHelpPageOnANarrowScreen) {
   const VexilResult result =
       NetworkRun({"--screen-width=60", "network", "address", "check", "--help"}).Run();
   EXPECT_EQ(result.out,
@@ -76,7 +76,7 @@ TEST(DescriptorToolTest, ReportsWhatAScriptReports) {
   EXPECT_EQ(result.status, 1);
 }
 
-TEST(DescriptorToolTest, TakesASecretFromAFileOfCommands) {
+TEST(DescriptorToolTest, TakesASecretFromALineOfStandardInput) {
   const VexilResult result = DescriptorRun("password", {"--input=STDIN"})
                                  .WithInput("system password hash --password pw --salt ab\n")
                                  .Run();

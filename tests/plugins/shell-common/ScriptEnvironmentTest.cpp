@@ -17,7 +17,7 @@ namespace {
 
 using ::testing::HasSubstr;
 
-/// Runs a script, which prints the names in a folder, in the same way as the descriptors do.
+/// Runs a script in the same way as the descriptors do. The script prints the names in a folder.
 std::string RunScript() {
   const ScopedTempDir folder;
   folder.Write("names/caf\xc3\xa9", "x");

@@ -103,7 +103,7 @@ TEST(ValueDocumentTest, ReadsBackALongText) {
   EXPECT_EQ(ReadBackText("string", text + "."), text + ".");
 }
 
-TEST(ValueDocumentTest, RefusesAStringThatReadersReject) {
+TEST(ValueDocumentTest, RefusesAStringThatIsTooLongForReaders) {
   EXPECT_EQ(Witness("head -c 10000001 /dev/zero | tr '\\0' a | perl '" +
                     ScriptPath("value-document") + "' string 2>&1 >/dev/null || :"),
             "A string is longer than 10000000 bytes\n");

@@ -24,7 +24,7 @@ using Parameters = std::vector<std::pair<std::string, std::string>>;
 /// The fields of a structure as strings.
 using Row = std::map<std::string, std::string>;
 
-/// Returns the dispatcher with the plug-ins under test. Each test program defines it.
+/// Returns the dispatcher with the plug-ins under test. Each test program defines this function.
 AutoCli::Dispatcher& GetDispatcher();
 
 /// The result of a call.
@@ -38,7 +38,8 @@ struct CommandResult {
   std::shared_ptr<MetaObj::MetaStruct> GetStruct() const;
   /// Returns the value, or null if it is not a list.
   std::shared_ptr<MetaObj::MetaList> GetList() const;
-  /// Returns the structures in the list. Fails the test if the value is not a list.
+  /// Returns the structures in the list. Fails the test if there are errors, or if the value is not
+  /// a list of structures.
   std::vector<std::shared_ptr<MetaObj::MetaStruct>> GetStructs() const;
 };
 
@@ -48,7 +49,8 @@ CommandResult Call(const std::string& path, const Parameters& parameters = {});
 /// Returns the errors of a call. Fails the test if there is a value.
 std::vector<std::string> CallErrors(const std::string& path, const Parameters& parameters = {});
 
-// Each of the following functions calls a command, and fails the test if the call reports an error.
+// Each of the following four functions calls a command, and fails the test if the call reports an
+// error.
 
 /// Returns the value as a string.
 std::string CallText(const std::string& path, const Parameters& parameters = {});

@@ -32,7 +32,7 @@ void ExpectRefusal(const std::string& path, const std::string& message) {
   EXPECT_EQ(1, result.status);
 }
 
-/// Every kind of parameter and of constraint, and a nested result.
+/// Many kinds of parameters, every kind of constraint, and a nested result.
 constexpr const char* kDescriptor = R"(<p>
   <version>1.0.0</version>
   <namespaces><namespace path="sample"><description>Samples.</description></namespace></namespaces>

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Every command of this project must have a description in every format that can print a structure.
+// The descriptions of all commands of this project, in the formats json, xml, simple and python.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -193,7 +193,7 @@ TEST_F(DescribeAllTest, XmlAndJsonHaveTheSameContent) {
   }
 }
 
-TEST_F(DescribeAllTest, HasAPathAPluginADescriptionAndFields) {
+TEST_F(DescribeAllTest, HasAPathAPluginADescriptionAndAResultKind) {
   const std::vector<json> documents = ReadJsonDocuments(DescribeAll(*paths_, "--formatter json"));
   ASSERT_EQ(paths_->size(), documents.size());
   for (std::size_t index = 0; index < documents.size(); ++index) {
@@ -206,7 +206,7 @@ TEST_F(DescribeAllTest, HasAPathAPluginADescriptionAndFields) {
   }
 }
 
-TEST_F(DescribeAllTest, EveryCommandHasExamplesAndDocumentsItsResult) {
+TEST_F(DescribeAllTest, EveryCommandOfAPluginFileHasExamplesAndDocumentsItsResult) {
   std::size_t fields = 0;
   for (const json& document : ReadJsonDocuments(DescribeAll(*paths_, "--formatter json"))) {
     if (document.at("Plugin") == "built-in") {

@@ -70,7 +70,7 @@ TEST(PluginListTest, MakesPathsAbsolute) {
             rows.at(3).at("Path"));
 }
 
-TEST(PluginListTest, HasAFailedPluginWhoseCommandsCanBeCalled) {
+TEST(PluginListTest, ListsAFailedPluginWithTheCommandThatItRegistered) {
   const std::string failed = GetModulePath("ThrowingPluginKestrelException");
   const VexilResult result = RunWith({failed, GetModulePath("EchoPlugin")},
                                      {"--formatter", "json", "vexil", "plugin", "list"})

@@ -18,7 +18,7 @@ std::string GetModulePath(const std::string& name);
 /// dispatcher options.
 VexilRun RunWith(const std::vector<std::string>& plugins, std::vector<std::string> words);
 
-/// Returns the output of a run as in RunWith, as JSON. Fails the test if the run fails.
+/// Runs the tool as in RunWith, and returns its output as JSON. Fails the test if the run fails.
 nlohmann::json RunForJson(const std::vector<std::string>& plugins, std::vector<std::string> words);
 
 }  // namespace Kestrel::Testing
