@@ -25,8 +25,8 @@ namespace Kestrel::Vexil {
 namespace {
 
 // The message contains the path only up to the unknown word; the command line also has the words
-// after it. If an option took the first word of the path as its value, the words of the line do not
-// begin with those of the message. Then only the words of the message are known.
+// after it. If the path of the line does not begin with the words of the message, the message is
+// about another path, of which nothing else is known.
 Words CompletePath(const Words& known, const Words& typed) {
   // A word may contain a whole path.
   const Words path = SplitWords(JoinWords(typed, " "), " ");

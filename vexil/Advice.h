@@ -16,8 +16,8 @@ namespace Kestrel::Vexil {
 /// or made it throw.
 void PrintMessage(const std::string& message);
 
-/// Prints a line with the paths that the user may have meant, if there are any. `message` is the
-/// message about an unknown word of a path. `words` are the tokens of the command line.
+/// If `message` is about an unknown word of a path, prints a line with the paths that the user may
+/// have meant, if there are any. `words` are the tokens of the command line.
 void PrintSuggestions(const AutoCli::Dispatcher& dispatcher, const Words& words,
                       const std::string& message);
 

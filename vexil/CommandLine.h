@@ -27,11 +27,12 @@ struct CommandLine {
   std::vector<TypedOption> dispatcherOptions;
   Words path;
   std::vector<TypedOption> commandOptions;
-  /// The words at the end that belong to no option.
+  /// The first word after these options that is not a value, and all tokens after it, even options.
   Words extraWords;
 };
 
-/// Splits a line of a stream into its tokens, as the library's parser does.
+/// Splits a line of a stream into its tokens, as the library's parser does, except that comments,
+/// an empty last token, and quotes before the first token are not treated specially.
 Words SplitLine(const std::string& line);
 
 /// Splits the arguments after the tool's name as the library's parser does.

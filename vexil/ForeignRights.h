@@ -12,9 +12,10 @@
 
 namespace Kestrel::Vexil {
 
-/// Removes all variables from the environment but the language, the terminal and the time zone, and
-/// sets PATH to the folders of the system. Also sets the file mode creation mask so that others may
-/// not write the files that the tool creates.
+/// Removes all variables from the environment except those of the language, the terminal and the
+/// time zone whose values are short and plain, and sets PATH to the folders of the system. Also
+/// sets the file mode creation mask so that only the owner may write the files that the tool
+/// creates.
 void CleanEnvironment();
 
 /// Returns a message for each dispatcher option of `parser` that names files of the user.

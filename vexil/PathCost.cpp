@@ -36,7 +36,7 @@ class Alignment {
         names_(names),
         costs_((typed_.size() + 1) * (names.size() + 1), kFar) {}
 
-  /// Returns the total cost; `kFar` or more if the path is not similar.
+  /// Returns the total cost; `kFar` or more if the words cannot be aligned with the path.
   int Measure() {
     At(0, 0) = 0;
     for (std::size_t i = 0; i <= typed_.size(); ++i) {
@@ -81,8 +81,8 @@ class Alignment {
   std::vector<int> costs_;
 };
 
-// Returns the cost if the first `foreign` words do not belong to this path. If one word remains, it
-// must be the whole path.
+// Returns the cost if the first `foreign` words do not belong to this path. If only one word
+// remains after such words, it must be the whole path.
 int MeasureAfter(std::size_t foreign, const Words& typed, const Words& names) {
   const int cost = Alignment(typed, foreign, names).Measure();
   const bool isEnough = foreign == 0 || cost == 0 || typed.size() - foreign > 1;

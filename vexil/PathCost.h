@@ -13,7 +13,7 @@ namespace Kestrel::Vexil {
 ///
 /// Each typed word has to be similar to a name of the path, in the same order. Names may be
 /// missing, two adjacent names may be swapped, two may be written as one word, or one as two. Extra
-/// words are accepted before an otherwise matching path, and after the exact path of a command.
+/// words are accepted before the path, at most two, and after the exact path of a command.
 std::optional<int> PathCost(const Words& typed, const NodePath& path);
 
 }  // namespace Kestrel::Vexil

@@ -87,7 +87,7 @@ class LineFile {
 
   bool HasFailed() const { return std::ferror(file_) != 0; }
 
-  /// Reads a line without its line feed. Returns false at the end of the file.
+  /// Reads a line without its line feed. Returns false at the end of the file or if reading failed.
   bool ReadLine(std::string& line) {
     const ssize_t size = getline(&line_, &capacity_, file_);
     if (size < 0) {

@@ -21,16 +21,16 @@ class Session {
   /// `dispatcher` must exist as long as the session.
   explicit Session(AutoCli::CliDispatcher& dispatcher);
 
-  /// Does what CliDispatcher::HandleOptions does for the arguments of the process. A line that
-  /// chooses no formatter is printed as pretty if the environment requests that and standard output
-  /// is a terminal; see TerminalFormatter. Hints follow each line.
+  /// Does what CliDispatcher::HandleOptions does for the arguments of the process. If a line
+  /// chooses no formatter, the session chooses pretty for it if the environment requests that and
+  /// standard output is a terminal; see TerminalFormatter. Hints follow the output of each line.
   bool HandleArguments(int argc, const char* const* argv);
 
   /// The tokens of the last line that was handled, or that an exception has ended. They include the
-  /// option that the session adds when it chooses a formatter.
+  /// option that the session has added only if the result was printed as pretty because of it.
   const Words& GetWords() const { return words_; }
 
-  /// The command of the current line; null if the line names none.
+  /// The command of the current line; null if the line names none, or if no line is being handled.
   std::shared_ptr<AutoCli::CommandSpec> FindCommand() const;
 
   /// What that command declares as its result, or null.

@@ -42,7 +42,7 @@ class ToolFormats : public Formats::FormatsPlugin {
   ToolFormats(AutoCli::CliDispatcher& dispatcher, const Session& session);
   ~ToolFormats() override;
 
-  /// Returns the TerminalFormatter if the session has chosen pretty.
+  /// If the session has chosen pretty, returns a TerminalFormatter for that name.
   std::shared_ptr<AutoCli::Formatter> GetFormatter(const std::string& name) override;
 
  private:

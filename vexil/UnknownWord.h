@@ -11,9 +11,7 @@
 namespace Kestrel::Vexil {
 
 /// If `message` is about an unknown word of a path, returns the words of the path up to and
-/// including that word; otherwise nothing.
-///
-/// For a line that was read from a file, the message is the only source of these words.
+/// including that word; otherwise nothing. The message does not contain the words after it.
 std::optional<Words> ReadUnknownWord(const std::string& message);
 
 }  // namespace Kestrel::Vexil

@@ -30,7 +30,7 @@
 namespace {
 
 // Ends the tool if memory runs out where this cannot be caught: in the initialisers of a library,
-// and while an exception is thrown. Every other failure aborts.
+// and while an exception is thrown (there is no current one then). Any other exception aborts.
 [[noreturn]] void Terminate() {
   try {
     if (const std::exception_ptr failure = std::current_exception()) {
@@ -61,9 +61,9 @@ bool FlushOutput() {
   return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && std::cout.good();
 }
 
-// If a standard stream is closed, the next file to be opened gets its descriptor, and output for
-// the stream would go to that file. So a closed stream is opened in the wrong direction, and every
-// access to it fails.
+// If a standard stream is closed, the next file to be opened gets its file descriptor, and output
+// for the stream would go to that file. So a closed stream is opened in the wrong direction, and
+// every access to it fails.
 void OccupyStandardDescriptors() {
   for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (fcntl(descriptor, F_GETFD) == -1) {
@@ -136,7 +136,8 @@ int main(int argc, char** argv) {
     std::puts("vexil " KESTREL_VERSION_STRING);
     return EXIT_SUCCESS;
   }
-  // Outside of the try block, so that the plug-in that has the class of an exception stays loaded.
+  // Outside of the try block, so that the plug-in that defines the class of an exception stays
+  // loaded.
   std::optional<Tool> tool;
   try {
     HandleArguments(tool.emplace(), argc, argv);

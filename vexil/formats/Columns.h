@@ -18,7 +18,7 @@
 namespace Kestrel::Formats {
 
 /// The columns of a result: one for each field that is chosen. A nested structure has no column,
-/// but its fields have. Rows that are scalars have the single column `value`. There are no columns
+/// but its fields do. Rows that are scalars have the single column `value`. There are no columns
 /// for a structure without fields.
 class Columns {
  public:
@@ -35,8 +35,9 @@ class Columns {
   /// Returns the headers of all columns.
   std::vector<std::string> Headers() const;
 
-  /// Calls `use` with each value of `row`, one for each column. `column` is always the index of the
-  /// next column. Throws ValueFault if the row does not have the shape of the result.
+  /// Calls `use` with each value of `row`, one for each column. `column` is the index of the column
+  /// whose value is being read or used, also when an exception is thrown. Throws ValueFault if the
+  /// row does not have the shape of the result.
   template <typename Use>
   void ReadRow(const Value& row, std::size_t& column, const Use& use) {
     column = 0;
@@ -56,7 +57,7 @@ class Columns {
     std::size_t position;
   };
   struct Column {
-    const FieldReader::Fields* structure;  // that has the field, in the row
+    const FieldReader::Fields* structure;  // the one in the row that contains the field
     Field field;
   };
   /// The index of the structure and the name of a field.

@@ -6,13 +6,14 @@
 #include "vexil/formats/LinePrinter.h"
 
 // The format "csv" (RFC 4180): cells are separated by commas, lines end with CR LF. A cell is in
-// quotes if it contains a comma, a quote, CR or LF; quotes in it are doubled.
+// quotes if it contains a comma, a quote, CR or LF, or if it is empty and alone in its line; quotes
+// in it are doubled.
 
 namespace Kestrel::Formats {
 
 namespace {
 
-// Stops at bytes that require quotes.
+// Stops at bytes that require quotes, and at those that are not ASCII.
 struct Unquoted {
   template <typename Bytes>
   static constexpr auto Stops(Bytes bytes) {

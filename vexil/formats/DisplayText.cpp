@@ -18,7 +18,8 @@ namespace {
 constexpr char32_t kZeroWidthJoiner = 0x200d;
 constexpr char32_t kEmojiSelector = 0xfe0f;
 
-// Stops at bytes that are not printable ASCII characters.
+// Stops at bytes that are not printable ASCII characters. Bytes are signed, so those from 0x80 on
+// are below 0x20.
 struct PrintableAscii {
   template <typename Bytes>
   static constexpr auto Stops(Bytes bytes) {
@@ -68,7 +69,7 @@ Piece MakeEscape(std::string text, char32_t code) {
   return {std::move(text), {size, size}, code, true};
 }
 
-/// Takes a string apart from the front.
+/// Splits a string into pieces, beginning at its front.
 class PieceReader {
  public:
   explicit PieceReader(std::string_view text) : rest_(text) {}
@@ -194,7 +195,8 @@ class LineBreaker {
         !piece.isEscape && (piece.width.usual == 2 || (isAfterWide_ && piece.width.usual == 0));
   }
 
-  // A wide character for which no line has room is shown as its escape.
+  // Adds a piece for which no line has room. A wide character is shown as its escape; an escape is
+  // broken where a line is full.
   void AddInParts(const Piece& piece) {
     for (const char part : piece.isEscape ? piece.text : EscapeCharacter(piece.code)) {
       if (line_.width.max + 1 > maxWidth_) {
@@ -204,7 +206,8 @@ class LineBreaker {
     }
   }
 
-  /// Ends the line at the last break; what follows that begins the next line.
+  /// Ends the line at the last place where it may be broken, and begins the next line with the
+  /// rest.
   void BreakLine() {
     DisplayLine next;
     next.text = line_.text.substr(breakStart_.bytes);
@@ -230,7 +233,7 @@ class LineBreaker {
   bool marksEscapes_;
   std::vector<DisplayLine> lines_;
   DisplayLine line_;
-  Place wordEnd_;     // of the last character that is not a space
+  Place wordEnd_;     // the end of the last character that is not a space
   Place breakEnd_;    // where the line may be broken; its beginning if there is no such place
   Place breakStart_;  // where the next line then begins
   bool isAfterWide_ = false;

@@ -55,7 +55,7 @@ TextWidth MeasureText(std::string_view text);
 /// end of a line are dropped. There is at least one line.
 ///
 /// Hidden characters are shown as `\n`, `\r`, `\t`, `\xNN` or `\u{NNNN}`, bytes that are not UTF-8
-/// as `\xNN`. `marksEscapes` shows these in reverse.
+/// as `\xNN`. If `marksEscapes` is true, these are shown in reverse video.
 std::vector<DisplayLine> BreakText(std::string_view text, std::size_t maxWidth, bool marksEscapes);
 
 }  // namespace Kestrel::Formats

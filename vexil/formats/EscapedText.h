@@ -24,16 +24,17 @@ namespace Kestrel::Formats {
 //   template <typename Bytes> static constexpr auto Stops(Bytes bytes);
 //       True for a byte that is not simply copied, such as any from 0x80 on, which must be checked.
 //       Must consist of comparisons, `|` and `&`, because `bytes` is a byte or a vector of bytes.
-//       They are signed, so those from 0x80 on are negative; this makes comparing vectors faster.
+//       Bytes are signed, so those from 0x80 on are negative; this makes comparing vectors faster.
 //   static bool IsCopied(char32_t character);
 //       Whether a character that is not ASCII is copied.
 //   static void Replace(char32_t character, TextBuffer& out);
 //       Prints a character that is not copied. May throw ValueFault.
 
-/// The length up to which strings are put into room that was made for several values.
+/// The length up to which strings are copied without a check for room, because room was made for
+/// several values at once.
 inline constexpr std::size_t kMaxShort = 64;
 
-/// Sixteen bytes that are compared at once. gcc and clang generate vector instructions for it.
+/// Sixteen bytes that are compared at once. gcc and clang generate vector instructions for them.
 using ByteVector = signed char __attribute__((vector_size(16)));
 
 template <typename Rules>
@@ -172,8 +173,8 @@ std::size_t CountOrdinary(std::string_view text) {
   }
 }
 
-/// Returns the length of the character at the beginning of `text`, a stop, if `Rules` copies it;
-/// otherwise 0. Throws ValueFault if the text does not begin with valid UTF-8.
+/// Returns the length of the first character of `text` if `Rules` copies it, otherwise 0. The text
+/// must begin with a stop. Throws ValueFault if it does not begin with valid UTF-8.
 template <typename Rules>
 std::size_t MeasureCopied(std::string_view text) {
   if (static_cast<unsigned char>(text.front()) < 0x80) {
@@ -203,8 +204,7 @@ std::size_t CountCopied(std::string_view text) {
   return count;
 }
 
-/// Appends `text`, which contains a stop, as `Rules` prints it. Throws ValueFault if that is not
-/// possible.
+/// Appends `text` as `Rules` prints it. Throws ValueFault if that is not possible.
 template <typename Rules>
 void AppendEscaped(std::string_view text, TextBuffer& out) {
   while (true) {

@@ -16,7 +16,7 @@ namespace Kestrel::Formats {
 
 namespace {
 
-// Read in place, because each operation of FormatParameters would be looked up at every start.
+// The map is read directly: operations of FormatParameters would be looked up at every start.
 using Parameters = std::map<std::string, std::string>;
 
 // The keys that the formatters table, simple and xml know, except "fields".

@@ -26,7 +26,7 @@ inline constexpr std::array<FormatKey, 3> kCommonKeys = {
      {"sort", "The field to sort a list by. With '-' before it, the greatest value comes first"},
      {"limit", "The greatest number of elements of a list to print"}}};
 
-/// The parameter of the formats that have columns.
+/// The parameter of the formats csv and tsv.
 inline constexpr FormatKey kHeaderKey = {"header",
                                          "Omits the line with the names of the fields if 'false'"};
 
@@ -36,7 +36,7 @@ inline constexpr FormatKey kColorKey = {
 inline constexpr FormatKey kHumanKey = {"human",
                                         "Prints sizes with units, such as 1.5 KiB, if 'true'"};
 
-/// The parameters that one format has beyond the common ones. The rest is null.
+/// The parameters that one format has beyond the common ones. Unused elements are null.
 using OwnKeys = std::array<const FormatKey*, 2>;
 
 /// Whether escape sequences are printed.
@@ -65,7 +65,7 @@ struct FormatOptions {
 /// Reads the parameters for a format that has `ownKeys` and the common keys.
 ///
 /// Keys that only the formatters of the library know are ignored, because commands set them as
-/// defaults. A message is appended to `errors` for each other key and for each wrong value.
+/// defaults. A message is appended to `errors` for each unknown key and each wrong value.
 FormatOptions ReadFormatOptions(const AutoCli::FormatParameters& params, const OwnKeys& ownKeys,
                                 std::vector<std::string>& errors);
 

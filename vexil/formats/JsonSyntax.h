@@ -74,7 +74,7 @@ class JsonSyntax {
   void EndList(bool isEmpty, long level) { Close(isEmpty, level, ']'); }
 
  private:
-  /// Begins a field or element of what is at `level`.
+  /// Begins a field or element of the structure or list at `level`.
   void BeginItem(bool isFirst, long level) {
     if (!isFirst) {
       out_.Append(',');

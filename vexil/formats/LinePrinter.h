@@ -32,8 +32,8 @@ namespace Kestrel::Formats {
 ///       Stops, as described in EscapedText.h, at all bytes that are not simply copied. May stop at
 ///       others, if that takes fewer comparisons.
 ///   static void Text(std::string_view text, bool isAlone, TextBuffer& out);
-///       Prints the text of a cell. `isAlone` is true if there is only one column. Throws
-///       ValueFault if that is not possible.
+///       Prints the text of a cell. Throws ValueFault if that is not possible. `isAlone` is true if
+///       there is only one column.
 template <typename Syntax>
 class LinePrinter {
  public:
@@ -94,12 +94,13 @@ class LinePrinter {
     EndLine(place);
   }
 
-  // There is room for a whole line, unless a cell is long or special: the other cells and their
-  // separators are put to `place` without further checks.
+  // PrepareLine makes room for a whole line of short cells, which are written at `place`, with
+  // their separators, without further checks. A long or special cell is printed by OtherText, which
+  // then makes room again.
 
   char* PrepareLine() { return out_.Prepare(room_); }
 
-  /// Prints a cell and a separator to `place`, and returns where the next cell goes.
+  /// Prints a cell and a separator at `place`, and returns the place for the next cell.
   [[gnu::always_inline]] char* PrintCell(const MetaObj::MetaObject& value, std::size_t column,
                                          char* place) {
     switch (KindOf(value)) {
@@ -117,7 +118,7 @@ class LinePrinter {
     }
   }
 
-  /// Returns a list as JSON. The text is valid until the next list of the column.
+  /// Returns a list as JSON. The text is valid until the next list of the column is printed.
   [[gnu::noinline]] static std::string_view ListText(const MetaObj::MetaObject& value,
                                                      std::unique_ptr<ListPrinter>& list) {
     if (list == nullptr) {
@@ -142,7 +143,7 @@ class LinePrinter {
     return PrepareLine();
   }
 
-  /// Ends a line. A separator follows each cell, even the last one, so it is replaced.
+  /// Ends a line. A separator follows even the last cell; the end of the line replaces it.
   void EndLine(char* place) { out_.Commit(PutPiece(Syntax::kLineEnd, place - 1)); }
 
   [[gnu::noinline]] ResultFault Locate(const ValueFault& fault, std::size_t column,
@@ -157,7 +158,7 @@ class LinePrinter {
 
   const Selection& selection_;
   Columns columns_;
-  std::vector<std::unique_ptr<ListPrinter>> lists_;  // by column; null until one is printed
+  std::vector<std::unique_ptr<ListPrinter>> lists_;  // by column; null until a list is printed
   const std::size_t room_;                           // for a line
   TextBuffer& out_;
 };

@@ -11,7 +11,7 @@ namespace Kestrel::Formats {
 
 namespace {
 
-/// Returns the value of a variable of the environment; the empty string if it is missing.
+/// Returns the value of an environment variable; the empty string if it is null.
 std::string_view OrEmpty(const char* value) {
   return value == nullptr ? std::string_view() : value;
 }

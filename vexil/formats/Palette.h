@@ -22,8 +22,8 @@ class Palette {
   Palette(bool hasSequences, bool hasColors)
       : hasSequences_(hasSequences), hasColors_(hasSequences && hasColors) {}
 
-  /// Returns the palette for a call: there are sequences if standard output is a terminal that
-  /// understands them, unless `options` says otherwise. The environment variable NO_COLOR removes
+  /// Returns the palette for a call. Unless `options` says otherwise, there are sequences if the
+  /// result goes to a terminal that understands them, and the environment variable NO_COLOR removes
   /// the colours.
   static Palette For(const FormatOptions& options);
 

@@ -67,8 +67,8 @@ bool EndsWithAny(std::string_view name, const char (&words)[Count][Size]) {
                      [name](std::string_view word) { return EndsWith(name, word); });
 }
 
-/// Tenths of the unit of 1024 to the power of `exponent`, rounded to the nearest. Divides first, so
-/// that nothing overflows.
+/// Returns `bytes` in tenths of a unit, which is 1024 to the power of `exponent`, rounded to the
+/// nearest. Divides first, so that nothing overflows.
 std::uint64_t TenthsOf(std::uint64_t bytes, unsigned exponent) {
   const std::uint64_t unit = std::uint64_t{1} << 10 * exponent;
   return bytes / unit * 10 + (bytes % unit * 10 + unit / 2) / unit;

@@ -15,13 +15,14 @@ namespace Kestrel::Formats {
 /// if a value is not of the class of its kind, as the operations below do.
 bool IsNested(const MetaObj::MetaObject& value);
 
-/// Returns the text of a value that is not nested, in the field `name`. The elements of a list are
-/// separated by commas. `isHuman` adds units to sizes. The text is in `storage` or in the value.
+/// Returns the text of a value that is in the field `name` and is not nested. The elements of a
+/// list are separated by commas. `isHuman` adds units to sizes. The text is in `storage` or in the
+/// value.
 std::string_view CellText(const MetaObj::MetaObject& value, const std::string& name, bool isHuman,
                           std::string& storage);
 
-/// Returns how that text is printed. This depends on the kind of the value and, if the text is a
-/// word for a state, on how bad that state is.
+/// Returns how that text is printed. This depends on the kind of the value and, if the field is for
+/// a state and the text is a known word for one, on how bad that state is.
 Style CellStyle(const MetaObj::MetaObject& value, const std::string& name);
 
 /// Returns any value on one line, for nesting that is too deep for trees: {A: 1, B: [x, y]}.

@@ -31,7 +31,7 @@ struct Room {
 ///
 /// A field is a line with its name and its value. A structure, or a list of structures, follows the
 /// line with its name, indented; lists of structures are tables if there is room for all columns.
-/// All operations throw ValueFault if a value is not of the class of its kind.
+/// The operations on values throw ValueFault if a value is not of the class of its kind.
 class PrettyPrinter {
  public:
   PrettyPrinter(const Palette& palette, bool isHuman) : palette_(palette), isHuman_(isHuman) {}
@@ -48,7 +48,7 @@ class PrettyPrinter {
   /// Returns lines with that text.
   Block PrintText(std::string_view text, Style style, std::size_t width) const;
 
-  /// Returns the columns that a value takes if it is not broken.
+  /// Returns the columns that a value takes: on one line or, if it is nested, in its widest line.
   TextWidth Measure(const MetaObj::MetaObject& value, const std::string& name,
                     const Room& room) const;
 
@@ -60,7 +60,7 @@ class PrettyPrinter {
   bool isHuman_;
 };
 
-/// Appends `added` to `line`, after spaces up to the column `column`, which is not in the line yet.
+/// Appends `added` to `line`, after as many spaces as are needed for it to begin in `column`.
 void AppendAt(std::size_t column, const DisplayLine& added, DisplayLine& line);
 
 }  // namespace Kestrel::Formats

@@ -22,13 +22,13 @@ class PrettyTable {
   /// A table without columns.
   PrettyTable(const PrettyPrinter& printer, const Room& room) : printer_(printer), room_(room) {}
 
-  /// Adds a column for each field of structures with the fields of `shape`.
+  /// Adds a column for each field of `shape`, a structure with the fields of the rows.
   void AddAllColumns(const MetaObj::MetaStruct& shape);
 
   /// Adds a column for the field to which the names in `path` lead, unless there is one.
   void AddColumn(const FieldPath& path);
 
-  /// Adds the only column of rows that are scalars. The table then has no header.
+  /// Adds the only column of rows that are scalars, for which no header is printed.
   void AddScalarColumn();
 
   /// Chooses the widths of the columns for these rows. Returns false if there is no room for all

@@ -53,7 +53,7 @@ struct FieldChoice::Field {
 /// result must exist as long as this object, and must not change.
 class Selection {
  public:
-  /// Some of the elements of a list.
+  /// A sequence of rows.
   struct Rows {
     const Value* first;
     std::size_t count;
@@ -65,7 +65,7 @@ class Selection {
   /// Selects from `root`, which is not null. If nothing is known about the structures in an empty
   /// list, their shape is taken from what `declared` returns. Appends a message to `errors` for
   /// each field that does not exist or cannot be sorted by. Throws ValueFault if a value is not of
-  /// the class of its kind.
+  /// the class of its kind, and ResultFault if a row lacks the field to sort by.
   Selection(const Value& root, const DeclaredResult& declared, const FormatOptions& options,
             std::vector<std::string>& errors);
 

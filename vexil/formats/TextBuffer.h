@@ -47,10 +47,10 @@ class TextBuffer {
     return end_;
   }
 
-  /// Appends the bytes from the place that `Prepare` returned to `end`.
+  /// Appends the bytes between the place that `Prepare` returned and `end`.
   void Commit(char* end) { end_ = end; }
 
-  /// Removes the byte that was appended last. The last operation must have appended one.
+  /// Removes the last byte, which the last operation must have appended.
   void RemoveLast() { --end_; }
 
   /// Writes the output to `out` and flushes it. Stops as soon as the stream fails.
@@ -63,7 +63,7 @@ class TextBuffer {
   void Clear();
 
  private:
-  /// Frees a block of that many bytes.
+  /// Frees a block of `capacity` bytes.
   struct Free {
     std::size_t capacity;
 

@@ -22,8 +22,8 @@ inline constexpr char kUpperDigits[] = "0123456789ABCDEF";
 /// Returns `number` in hexadecimal, with zeros before it if it has fewer digits than `minDigits`.
 std::string Hex(char32_t number, std::size_t minDigits, const char* digits = kLowerDigits);
 
-/// Returns `text` for a message on one line: control characters and bytes that are not UTF-8 become
-/// `\xNN` or `\u{NNNN}`.
+/// Returns `text` for a message on one line: control and invisible characters become `\u{NNNN}`,
+/// bytes that are not UTF-8 become `\xNN`.
 std::string ShownText(std::string_view text);
 
 }  // namespace Kestrel::Formats

@@ -24,7 +24,8 @@
 
 namespace Kestrel::Formats {
 
-/// Room for a scalar and what surrounds it in any format, if it is no longer than kMaxShort.
+/// Room for a scalar of at most kMaxShort bytes, and for the quotes or tags around it in any
+/// format.
 inline constexpr std::size_t kMaxScalar = kMaxShort + 32;
 
 /// The position of a structure within the output.
@@ -46,8 +47,9 @@ struct StructPlace {
 ///   char* Bool(std::string_view before, bool value, char* place);
 ///   char* Int(std::string_view before, long value, char* place);
 ///   char* String(std::string_view before, const std::string& value, char* place);
-///       Put the value to `place`, where there is room for it and kMaxScalar bytes, and return its
-///       end. `String` may do so for a string of up to kMaxShort bytes, and otherwise returns null.
+///       Write `before` and the value at `place`, where there is room for `before` and kMaxScalar
+///       bytes, and return the end. `String` returns null for a string of more than kMaxShort
+///       bytes, and for any other that it does not write in this way.
 ///   void OtherString(std::string_view before, const std::string& value);
 ///       Appends a string for which `String` returned null.
 ///   void BeginStruct(std::string_view before, const MetaStruct& structure, bool isEmpty);
@@ -93,7 +95,7 @@ class ValuePrinter {
   /// That is possible if the declared list does not say what its elements are.
   bool HasMixedShapes() const { return hasMixedShapes_; }
 
-  /// Prints a value that is not a row. Throws ValueFault if that is not possible.
+  /// Prints a value that is not a row. Throws ValueFault or ResultFault if that is not possible.
   void PrintValue(const MetaObj::MetaObject& value) { PrintWhole(value, nullptr, {0, false}); }
 
  private:
@@ -108,7 +110,8 @@ class ValuePrinter {
     Plan* inside;  // for the structure in this field, or the elements of the list; null at first
   };
 
-  /// How to print the structures at one position of the result, which all have the same shape.
+  /// How to print the structures of one shape at one position of the result. If a list at this
+  /// position has structures of another shape, the plan is changed.
   struct Plan {
     const MetaObj::MetaStruct* shape;
     FieldReader reader;
@@ -166,8 +169,9 @@ class ValuePrinter {
     syntax_.OtherString(before, static_cast<const MetaObj::MetaString&>(value).GetValue());
   }
 
-  /// Puts a scalar to `place`, where there must be room, and returns its end. Returns null if it is
-  /// a string that `Syntax` does not put, or no scalar.
+  /// Writes `before` and a scalar at `place`, where there must be room, and returns the end.
+  /// Returns null for a string for which `Syntax::String` does, and for a value that is not a
+  /// scalar.
   [[gnu::always_inline]] char* PutScalar(std::string_view before, const MetaObj::MetaObject& value,
                                          char* place) {
     switch (KindOf(value)) {

@@ -16,8 +16,9 @@
 #include "vexil/formats/ValuePrinter.h"
 
 // The format "value-xml": the documents in which commands from descriptors return their results.
-// The tool reads such a document back as the value that was printed, with the same strings. XML 1.0
-// cannot represent some control characters, and its readers change line ends, so these are escaped.
+// The tool reads such a document back as the value that was printed, with the same strings. Line
+// ends that readers of XML would change are escaped; characters that XML 1.0 cannot represent are
+// rejected.
 
 namespace Kestrel::Formats {
 

@@ -16,8 +16,8 @@
 
 // The format "yaml": YAML 1.2 in block style. The fields of a structure and the elements of a list
 // are on separate lines, indented by two spaces for each level; elements begin with "- ". Empty
-// structures and lists are {} and []. A string is in double quotes unless every reader, including
-// readers of YAML 1.1, reads the same string without them.
+// structures and lists are {} and []. A string has no quotes only if every reader, including
+// readers of YAML 1.1, then reads the same string; otherwise it is in double quotes.
 
 namespace Kestrel::Formats {
 
@@ -28,8 +28,8 @@ constexpr std::size_t kIndentStep = 2;
 // A longer name must be written as "? name" on a line before the value.
 constexpr std::size_t kMaxSimpleKey = 1000;
 
-// Characters that YAML does not allow unescaped, and those that some readers treat as line ends or
-// discard.
+// For characters that are not ASCII: those that YAML does not allow unescaped, and those that some
+// readers treat as line ends or discard.
 constexpr bool IsEscaped(char32_t character) {
   return character < 0xa0 || character == 0x2028 || character == 0x2029 || character == 0xfeff ||
          character == 0xfffe || character == 0xffff;
@@ -53,7 +53,7 @@ inline ByteVector IsIn(ByteVector bytes, signed char first, signed char last) {
   return reinterpret_cast<ByteVector>(moved) > static_cast<signed char>(0x7e - last + first);
 }
 
-// Stops at all bytes that require quotes, and at some that do not: that takes fewer comparisons.
+// Stops at all bytes that require quotes, and at others, because this takes fewer comparisons.
 struct Ordinary {
   template <typename Bytes>
   static constexpr auto Stops(Bytes bytes) {
@@ -62,7 +62,7 @@ struct Ordinary {
   }
 };
 
-// Stops at bytes that require quotes.
+// Stops at bytes that require quotes, and at those that are not ASCII.
 struct Plain {
   template <typename Bytes>
   static constexpr auto Stops(Bytes bytes) {
