@@ -14,7 +14,7 @@ from .description import KEYS, NONE
 
 _WRONG_USE = 2
 _TYPES = {"string": "str", "int": "int", "bool": "bool", "flag": "bool"}
-# Options of the module itself.
+# The option that every module has.
 _TOOL = {"description": ["The name or the path of the tool on the host."], "type": "str",
          "default": "vexil"}
 
@@ -102,7 +102,7 @@ def option_of(parameter: Dict[str, Any]) -> Dict[str, Any]:
 def specification(values: Dict[str, Any]) -> Dict[str, Any]:
     options: Dict[str, Any] = {"tool": {"type": "str", "default": "vexil"}}
     for parameter in values["Parameters"]:
-        # Stated for every option, because Ansible suspects names such as `key` to be secrets.
+        # Stated for every option, because Ansible takes one with a name such as `key` for a secret.
         options[option_name(parameter["Name"])] = {**option_of(parameter),
                                                    "no_log": bool(parameter["Secret"])}
     return options

@@ -41,7 +41,7 @@ def complete(program: str, index: int, words: Sequence[str]) -> Candidates:
 
 def complete_option(program: str, option: Sequence[str], part: int,
                     path: Sequence[str]) -> Candidates:
-    """Completes an option: `part` is 0 for the option itself and 1 for its value."""
+    """Completes a word of an option. `part` is 0 for the option itself and 1 for its value."""
     if part == 1:
         return complete_value(program, option[0], option[1], path)
     name, is_joined, value = option[0].partition("=")

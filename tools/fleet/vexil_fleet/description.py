@@ -86,7 +86,7 @@ class Description:
         return bool(self._secrets)
 
     def secret_name(self, option: Option) -> Optional[str]:
-        """Returns the long name of the secret parameter that the option sets."""
+        """Returns the long name of the secret parameter that the option sets, if it sets one."""
         for name, short_name in self._secrets.items():
             if option.name and option.name in (name, short_name):
                 return name

@@ -53,7 +53,8 @@ def _by_key(elements: List[Any]) -> Dict[str, Any]:
 
 
 def show(value: Any) -> str:
-    """Returns a value on one line. Strings are without quotes if they are plain words."""
+    """Returns a value on one line. A string is in quotes if it is empty, has a space at its start
+    or end, or cannot be printed."""
     if value is ABSENT:
         return "absent"
     if isinstance(value, str) and value.isprintable() and value.strip() == value != "":
@@ -73,8 +74,8 @@ def show_difference(difference: Difference) -> str:
 class RowDifferences:
     """How the rows of one result differ from those of another one.
 
-    Rows that are equal on both sides are left out. The others are paired by the first field in
-    which no two rows of one side have the same value.
+    The caller leaves out rows that are equal on both sides. The others are paired by the first
+    field in which no two rows of one side have the same value; without one, none are paired.
     """
 
     def __init__(self, left: Sequence[Dict[str, Any]], right: Sequence[Dict[str, Any]],

@@ -262,7 +262,7 @@ def _by_lines(worker: type) -> type:
 
 
 def _default_topology() -> Optional[str]:
-    """Returns the file that clush would use."""
+    """Returns the file that clush, the program of ClusterShell, would use, if there is one."""
     for path in reversed(Task.TOPOLOGY_CONFIGS):
         if os.path.exists(path):
             return str(path)

@@ -141,7 +141,7 @@ def end_by_signal(number: int) -> None:
 
 def main(tool: Optional[str], plugin: str, arguments: Optional[Sequence[str]] = None,
          version: str = "") -> int:
-    """Runs the program. `tool` is the local vexil; with None, it is searched for."""
+    """Runs the program. `tool` is the path of the local vexil; None means to search in PATH."""
     # SIGTERM has the effect of Ctrl-C, so it ends the commands on the hosts as well.
     signal.signal(signal.SIGTERM, signal.default_int_handler)
     try:

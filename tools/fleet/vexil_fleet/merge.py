@@ -90,8 +90,8 @@ class Comparison:
 
     @property
     def is_near(self) -> bool:
-        """Whether at least half of the values are equal, so that the differences are easier to
-        read than the whole result."""
+        """Whether the differences are easier to read than the whole result: at least half of the
+        values are equal, or rows have only one field."""
         different = self._differences
         fields = max(1, len(self.group.rows.shape.fields))
         equal = self._common * fields + sum(max(0, fields - len(changes))

@@ -103,7 +103,7 @@ def all_declared() -> List[Declared]:
 
 
 def find(name: str) -> Optional[Declared]:
-    """Returns the option of that name, with its dashes."""
+    """Returns the option with that name, which includes its dashes; None if there is none."""
     return next((declared for declared in all_declared() if name in declared.names), None)
 
 
@@ -134,7 +134,7 @@ def split_options(arguments: Sequence[str]) -> List[Tuple[str, ...]]:
 
 
 def join_values(arguments: Sequence[str]) -> List[str]:
-    """Joins options with their values: argparse would read a value like -v as another option."""
+    """Joins options with their values, because argparse would read a value like -v as an option."""
     joined: List[str] = []
     options = split_options(arguments)
     for option in options:

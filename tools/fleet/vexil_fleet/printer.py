@@ -60,7 +60,7 @@ class Format:
         return self.formatter == _BY_LINES and self.sort is None and self.limit is None
 
 
-# Rows, and the short form of the hosts that they are from.
+# The short form of some hosts, and the rows that each of them has.
 Part = Tuple[str, Rows]
 # The same for some of the rows.
 Piece = Tuple[str, Chunk]

@@ -13,7 +13,7 @@ The lines that the script itself prints begin with a mark that is random in each
     MARK begin              anything before it, such as a greeting of the login shell, is ignored
     the description         only if it was requested
     MARK described STATUS
-    MARK held               the command needs a confirmation or its secrets, and does not run yet
+    MARK held               the command changes something or has secrets, and does not run yet
     the result
     MARK ended STATUS
 
@@ -41,7 +41,6 @@ vexil_begin() {{
   printf '\\n%s\\n' "{mark} begin"
 }}
 """
-# The case patterns are exact: within a JSON string, a quote has a backslash before it.
 _DESCRIBE = """
 vexil_describe() {{
   description=$(vexil --formatter ndjson --format-param {keys} \\
@@ -51,6 +50,7 @@ vexil_describe() {{
   [ "$status" -eq 0 ] || exit 0
 }}
 """
+# The case patterns match no text of a JSON string, in which a quote has a backslash before it.
 _HOLD = """
 vexil_hold() {{
   case $description in

@@ -78,7 +78,7 @@ def _store(texts: Iterable[bytes]) -> StoredLines:
 
 
 def read_rows(shape: Shape, body: StoredLines) -> Rows:
-    """Checks a result. Throws BadResult if anything about it is wrong."""
+    """Returns the rows of a result. Throws BadResult if anything about it is wrong."""
     body = _without_prompts(body)
     if not body.is_ended:
         raise BadResult("the last line has no end")
@@ -115,7 +115,7 @@ def _decode_all(body: StoredLines) -> Iterator[List[Row]]:
 
 
 def canonical(row: Row) -> str:
-    """Returns a string that is the same for equal rows only."""
+    """Returns a string that is the same for two rows if, and only if, they are equal."""
     return repr(_in_order(row))
 
 
@@ -167,7 +167,7 @@ class RowCheck:
         self._integers = [field.name for field in shape.fields if field.kind == "int"]
 
     def is_canonical(self, row: Row) -> bool:
-        """Whether the names of the fields are in order."""
+        """Whether the names of the fields are in order, and no field is nested."""
         return not self._nested and list(row) == self._names
 
     def check(self, rows: List[Row]) -> None:

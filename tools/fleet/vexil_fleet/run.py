@@ -4,7 +4,7 @@
 
 A command that only reports needs one connection to each host: the host itself checks the
 description before it runs the command. A second connection follows if the command changes something
-or needs a secret, and always with --strict, --batch and --stop-on-failure.
+or has a secret parameter, and always with --strict, --batch and --stop-on-failure.
 """
 
 import sys
@@ -24,7 +24,7 @@ from .words import Option
 
 
 class Stopped(Exception):
-    """The run ended before any host ran the command."""
+    """The run ended before the hosts that had only described the command ran it."""
 
 
 @dataclass(frozen=True)

@@ -1,6 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Reads each secret from the command line or at a prompt. No other command line contains it."""
+"""Reads each secret from the command line or at a prompt, and keeps it out of all other command
+lines."""
 
 import getpass
 import os

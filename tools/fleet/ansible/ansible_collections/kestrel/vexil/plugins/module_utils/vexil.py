@@ -17,7 +17,7 @@ _FALSE = ('false', 'no', 'n', 'f', '0', 'off')
 
 
 class VexilError(Exception):
-    """A mistake in a call, with a message for the user."""
+    """A mistake in a call, or a failure of the tool, with a message for the user."""
 
 
 class VexilCommand(object):
@@ -36,7 +36,7 @@ class VexilCommand(object):
         return {'Name': 'changes', 'Value': 'true'} in self.description['Meta Data']
 
     def check(self, values):
-        """Returns a message for each value that the command would refuse."""
+        """Returns a message for each mistake that can be found before the command runs."""
         problems = []
         declared = dict((each['Name'], each) for each in self.description['Parameters'])
         for name in sorted(set(values) - set(declared)):
@@ -112,7 +112,7 @@ def to_word(value):
 
 
 def check_values(parameter, value):
-    """Returns a message for each value of one parameter that the command would refuse."""
+    """Returns a message for each wrong value of one parameter."""
     name = parameter['Name']
     values = as_list(value)
     if len(values) != 1 and not parameter['Multiple']:
@@ -122,7 +122,7 @@ def check_values(parameter, value):
 
 
 def check_value(parameter, word):
-    """Returns what is wrong with a value, or None. The tool checks regular expressions."""
+    """Returns what is wrong with a value, or None. Only the tool checks regular expressions."""
     kind = parameter['Kind'].split('-')[0]
     if kind in ('bool', 'flag') and word.lower() not in _TRUE + _FALSE:
         return 'not a boolean: %s' % word
