@@ -125,17 +125,17 @@ struct Command {
 struct Namespace {
   std::string path;
   std::string description;
-  /// The plug-ins that declare the namespace or have a command below it, in byte order. Empty if
-  /// the namespace contains nothing and no descriptor declares it.
+  /// The descriptors that declare the namespace or one below it, and the plug-ins of the commands
+  /// below it, as far as these can be determined; in byte order.
   std::vector<std::string> plugins;
 };
 
-/// A node whose declaration failed; the catalog contains nothing else about it.
+/// A node that could not be read at this path.
 struct Fault {
   std::string path;
   /// As in `Command`.
   std::string plugin;
-  /// The message of the exception that the declaration threw.
+  /// The message of the exception that the declaration threw, or another reason.
   std::string text;
 };
 

@@ -202,7 +202,7 @@ class Writer {
   }
 };
 
-/// Thrown for a wrong value. Each function that it passes through puts a key or an index before
+/// Thrown for a wrong value. Each `ReadAt` that it passes through puts a key or an index before
 /// `place`.
 struct Mismatch {
   std::string place;

@@ -14,7 +14,7 @@ namespace Kestrel::Catalog {
 ///
 /// The JSON is UTF-8 with keys in byte order, a line for each key and element, two spaces for each
 /// level, and a final line feed. Structures become objects whose keys are the names of their
-/// members; enumerators become words (see CatalogWords.h). There are three more rules: the root
+/// members; kinds and types become words (see CatalogWords.h). There are three more rules: the root
 /// has a key "format" with the version number of the format; a constraint has only the members that
 /// are meaningful for its type; a result without a kind has no "kind".
 ///

@@ -22,8 +22,8 @@ using AutoCli::XmlPlugin;
 
 namespace {
 
-/// A root that returns itself for every path and never contains a name. So a descriptor registers
-/// all nodes directly in this root, and no parent needs to exist.
+/// A root that returns itself for every path and never has a child. So a descriptor registers all
+/// nodes directly in this root, and no parent needs to exist.
 class RecordingRoot : public Namespace {
  public:
   static std::shared_ptr<RecordingRoot> New() { return std::make_shared<RecordingRoot>(); }

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Only the tags on the third level matter:
+// Only the tags on the second and third level matter:
 //
 // <root> ... <namespaces> <namespace path="a.b"> ... <commands> <command path="a.b.c"> ...
 //

@@ -40,7 +40,7 @@ PluginKind KindOf(const std::string& path) {
 
 std::string FileOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 
-/// Returns the shared object that was loaded by that path, or null.
+/// Returns the shared object that was loaded from that path, or null.
 const link_map* FindLoaded(const std::string& path) {
   const ObjectHandle handle(dlopen(path.c_str(), RTLD_LAZY | RTLD_NOLOAD));
   link_map* object = nullptr;

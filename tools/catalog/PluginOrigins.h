@@ -20,7 +20,7 @@ namespace Kestrel::Catalog {
 enum class PluginKind { BuiltIn, SharedLibrary, Descriptor };
 
 struct Plugin {
-  /// The path it was loaded from; for a built-in plug-in, the path of the library or the program.
+  /// The path that it was loaded from; for a built-in plug-in, that of the library or the program.
   std::string path;
   /// The last component of the path; `kBuiltIn` for a built-in plug-in.
   std::string file;
@@ -60,8 +60,8 @@ class PluginOrigins {
   const Plugin* FindOwner(const std::type_info& type);
   const Plugin* FindOwner(const link_map* object);
   void AddPlugin(const std::string& name);
-  /// Returns a built-in plug-in. The first one is the library's; the program's follow, and the last
-  /// of them is returned for all commands of the program.
+  /// Returns the first built-in plug-in, which is that of the library, if `isOfLibrary`; otherwise
+  /// the last one, to which all commands of the program are attributed. Null if there is none.
   const Plugin* FindBuiltIn(bool isOfLibrary) const;
   void ReadDescriptors();
 

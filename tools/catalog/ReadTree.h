@@ -14,10 +14,10 @@ namespace Kestrel::Catalog {
 /// Returns everything that the tree of `dispatcher` declares at present. Walks the tree once from
 /// the root.
 ///
-/// Asks every command for its parameters and its result, but runs none. A fault of the tree is
-/// recorded if a command throws an exception, and for nodes that claim to be a command without
-/// being one, that are below themselves, or that have the path of another node. The result depends
-/// only on the tree, not on the order in which plug-ins were loaded.
+/// Asks every command for its parameters and its result, but runs none. A fault is recorded for
+/// each node that throws an exception, that has the type of a command but is not one, that is below
+/// itself, or that has the path of another node. The result depends only on the tree, not on the
+/// order in which plug-ins were loaded.
 Tree ReadTree(const AutoCli::Dispatcher& dispatcher);
 
 /// Returns what a command declares, with `path` as its path and without its plug-in.

@@ -36,8 +36,9 @@ struct Completion {
 };
 
 /// Returns the lines for the shell scripts: "WORD" or "WORD<tab>description" for each candidate,
-/// then ":" and the name of the directive. Omits repeated words, and words with control characters,
-/// which a line cannot contain; in descriptions, such characters become spaces.
+/// then ":" and the name of the directive, if there is one. Omits empty and repeated words, and
+/// words with control characters, which a line cannot contain; in descriptions, such characters
+/// become spaces.
 std::string WriteCompletion(const Completion& completion);
 
 }  // namespace Kestrel::Complete

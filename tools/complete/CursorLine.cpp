@@ -78,7 +78,7 @@ CursorLine ReadToolLine(const Words& words, std::size_t index) {
 
   Words all = before;
   if (line.option) {
-    // A word that ends in "=" is not an option without a value, so a value is added.
+    // The parser takes "--name=" for a word, not for an option, so a value is added.
     all.push_back(line.word == line.beforeValue ? line.word + "?" : line.word);
   }
   all.insert(all.end(), after.begin(), after.end());

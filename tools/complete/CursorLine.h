@@ -23,7 +23,7 @@ enum class Place {
   Path,
   /// After an option that follows the path.
   AfterPath,
-  /// After a word that belongs to no option.
+  /// After a word that belongs neither to the path nor to an option.
   Nowhere
 };
 
@@ -35,14 +35,16 @@ struct CursorLine {
   /// The start of the word before its value, such as "--sort="; empty if the whole word is the
   /// value.
   std::string beforeValue;
-  /// The name of the option whose value is the word, or the part of the word after `beforeValue`.
+  /// The name of the option whose value is being completed; nothing if there is none. The value is
+  /// the word without `beforeValue`.
   std::optional<std::string> option;
   /// Whether an option would take any word here as its value.
   bool followsOption = false;
   /// The words of the path before the cursor.
   Vexil::Words path;
-  /// The whole line without an unfinished option at the cursor. Includes the options after the
-  /// cursor, and the path of the command even if the cursor is before it.
+  /// The whole line; the word at the cursor is part of it only if it is or contains the value of an
+  /// option. Includes the options after the cursor, and the path of the command even if the cursor
+  /// is before it.
   Vexil::CommandLine given;
   /// The dispatcher options without the one at the cursor.
   std::vector<Vexil::TypedOption> settledOptions;

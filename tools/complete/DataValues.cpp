@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The child process writes each value followed by a NUL, and a marker at the end. Without the
-// marker, the result is incomplete and is ignored.
+// The child process writes each value followed by a NUL, and a full stop at the end. Without the
+// full stop, the result is incomplete and is ignored.
 
 #include "tools/complete/DataValues.h"
 
@@ -103,7 +103,7 @@ void AddField(const std::shared_ptr<MetaObject>& value, const std::string& field
   }
 }
 
-// Returns the field of a structure, or of each structure in a list.
+// Returns the values of the field in a structure, or in each structure of a list.
 std::string CollectField(const std::shared_ptr<MetaObject>& root, const std::string& field) {
   std::string text;
   if (root == nullptr || root->GetType() != MetaType::List) {
@@ -165,7 +165,7 @@ bool RunCommand(const Source& source, int descriptor) {
   }
 }
 
-// Returns false at the end, at the deadline and after an error.
+// Waits until there is data, or no more can come. Returns false at the deadline or after an error.
 bool WaitForData(int descriptor, Deadline deadline) {
   const auto left =
       std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());

@@ -55,7 +55,7 @@ std::optional<std::size_t> ReadIndex(std::string_view text, std::size_t count) {
 }
 
 // Connects the standard streams to /dev/null, because plug-ins may read from and write to them.
-// Returns a descriptor of the original standard output.
+// Returns a file descriptor of the original standard output.
 int TakeStandardOutput() {
   const int output = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
   const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);

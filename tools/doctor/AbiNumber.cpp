@@ -24,7 +24,7 @@ using Symbol = ElfW(Sym);
 
 constexpr std::string_view kName = "AutoCli_PluginAbi";
 
-/// The bytes of a shared object. Reading beyond the end of the file returns zero bytes.
+/// The bytes of a shared object. Bytes beyond the end of the file are read as 0.
 class ObjectFile {
  public:
   explicit ObjectFile(const std::string& path)

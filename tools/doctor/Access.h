@@ -18,7 +18,7 @@ struct Access {
 /// The access to a plug-in and to the folders above it.
 struct FileAccess {
   Access file;
-  std::vector<Access> folders;      ///< from the root folder to the one that contains the file
+  std::vector<Access> folders;      ///< of the real path, from the root on, then of the given path
   std::vector<std::string> faults;  ///< how a user other than root and the caller can replace it
 };
 

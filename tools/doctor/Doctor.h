@@ -29,13 +29,13 @@ struct Diagnosis {
 };
 
 struct DoctorResult {
-  std::vector<Diagnosis> plugins;       ///< in the order in which the tool loads them
-  std::vector<std::string> unreadable;  ///< a message for each argument that cannot be read
+  std::vector<Diagnosis> plugins;       ///< in the order of the arguments, then in that of the tool
+  std::vector<std::string> unreadable;  ///< a message for each file or folder that cannot be read
 };
 
 /// Examines the plug-ins in folders, or single files; without arguments, those that the tool loads
-/// by default. Every plug-in is loaded in a process of its own, after those that precede it and do
-/// not end the tool, and may take as long as `patience`.
+/// by default. Every plug-in is loaded in a process of its own. The plug-ins before it are loaded
+/// there first, except those that would end or block the tool. Each may take as long as `patience`.
 DoctorResult ExaminePlugins(const std::vector<std::string>& paths,
                             std::chrono::milliseconds patience);
 

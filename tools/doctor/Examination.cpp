@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The child sends one JSON value on each line. The keys are the names of the members of
-// Examination, "step" for what the child does next, and "own" for the first step of the examined
-// plug-in itself.
+// The child sends lines, each a JSON object with one key: the name of a member of Examination,
+// "step" for what the child does next, "own" before the first step with the examined plug-in
+// itself, or "end" after the last one.
 
 #include "tools/doctor/Examination.h"
 

@@ -37,6 +37,8 @@ class ExplainedCall {
 
   /// Returns the message `error` with "***" in place of each value of a secret.
   std::string HideSecretsIn(const std::string& error) const;
+
+  /// Returns any other text with "***" wherever it contains a value of a secret.
   std::string Mask(std::string text) const;
 
  private:

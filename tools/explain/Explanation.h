@@ -19,7 +19,7 @@ struct ExplainedParameter {
   bool isConstraintMet = true;
 };
 
-/// A parameter of a formatter.
+/// A formatter, which has no value, or a parameter of one.
 struct ExplainedFormat {
   std::string name;
   std::string value;
@@ -35,7 +35,7 @@ struct ShellTexts {
 /// What the tool would do with a command line. Values of secret parameters are "***" everywhere.
 struct Explanation {
   std::string path;
-  std::string plugin;               ///< the file that contains the command
+  std::string plugin;               ///< the file of the command, or "unknown"; empty without one
   std::vector<std::string> errors;  ///< the messages of the tool; empty for a valid line
   bool isHelp = false;              ///< the tool prints the help page instead
   std::vector<ExplainedParameter> parameters;

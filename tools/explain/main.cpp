@@ -87,7 +87,7 @@ int Run(std::vector<std::string> arguments, const Console& console) {
     console.Complain("no command line is given; see vexil-explain --help");
     return kCouldNotRun;
   }
-  // Static, so that the plug-in that has the class of an exception stays loaded.
+  // Static, so that the plug-in that defines the class of an exception stays loaded.
   static Kestrel::AutoCli::CliDispatcher dispatcher;
   dispatcher.RegisterPlugin(std::make_shared<Kestrel::Formats::FormatsPlugin>());
   dispatcher.AddDefaultDirectories();

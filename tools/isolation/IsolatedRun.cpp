@@ -62,8 +62,8 @@ void PrepareChild(pid_t parent) {
   setrlimit(RLIMIT_CORE, &noCore);
 }
 
-// Moves a descriptor out of the range of the standard streams, which the child replaces. An end of
-// the pipe is in that range if this process was started with a stream closed.
+// Moves a file descriptor out of the range of the standard streams, which the child replaces. An
+// end of the pipe is in that range if this process was started with a stream closed.
 void MoveAboveStreams(int& descriptor) {
   if (descriptor <= STDERR_FILENO) {
     const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
@@ -89,8 +89,8 @@ bool HasChildren() {
   return ended == 0;
 }
 
-// Kills all processes below this one: the children of a process that ends become children of this
-// one.
+// Kills all processes below this one. When one of them ends, its children become children of this
+// process, and are killed in the next round.
 void KillChildren() {
   for (int round = 0; round < kMaxRounds && HasChildren(); ++round) {
     for (const pid_t child : ListChildren(getpid())) {
@@ -155,7 +155,8 @@ std::optional<std::string> IsolatedRun::ReadLine(milliseconds patience) {
   }
 }
 
-// Waits for the child, which may continue to run after it has closed the pipe, or kills it.
+// Waits for the end of the child, which may continue to run after it has closed the pipe. Kills the
+// child if it is late.
 void IsolatedRun::WaitForEnd() {
   FairDeadline deadline(clock_, kMaxEnding);
   while (!isLate_) {

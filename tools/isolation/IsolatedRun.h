@@ -19,9 +19,9 @@ using Send = std::function<void(const std::string& line)>;
 
 /// Work that may crash, hang or start processes, in a child process.
 ///
-/// The child has no standard streams and writes no core dump. It ends with this process. When the
-/// run ends, all processes below this one are killed, including those that have left the child's
-/// process group, so this process must have no other children.
+/// The standard streams of the child are /dev/null, and it writes no core dump. It ends with this
+/// process. When the run ends, all processes below this one are killed, including those that have
+/// left the child's process group, so this process must have no other children.
 class IsolatedRun {
  public:
   /// Starts the work. Throws KestrelException if the process cannot be created.
@@ -35,7 +35,7 @@ class IsolatedRun {
   std::optional<std::string> ReadLine(std::chrono::milliseconds patience);
 
   /// Returns the time since the start, without that in which the child could not run because the
-  /// machine is busy; see `FairClock`.
+  /// machine was busy; see `FairClock`.
   std::chrono::milliseconds GetTime() { return clock_.Now(); }
 
   /// Whether the child did not end in time, and so was killed or will be killed.

@@ -25,11 +25,12 @@ namespace Kestrel::Lint {
 struct CommandParts {
   const Element* element = nullptr;
   std::string path;
-  /// The parameters that the loader accepts.
+  /// The parameters that the loader accepts, or would accept after the reported faults are
+  /// repaired.
   std::shared_ptr<CallSpec::InputSpec> input;
   /// Null when the loader refuses it.
   std::shared_ptr<CallSpec::OutputSpec> output;
-  /// The elements of the accepted parameters, by their names.
+  /// The elements of these parameters, by their names.
   std::map<std::string, const Element*> parameters;
 };
 
@@ -38,7 +39,7 @@ struct Host {
   AutoCli::Dispatcher& dispatcher;
   /// The formatters of shared objects, which are loaded in another process.
   std::set<std::string> formatters;
-  /// Each path of the tree, separated by full stops, and the file that declares it.
+  /// Each path of the tree, with full stops between its words, and the file that declares it.
   std::map<std::string, std::string> owners;
 };
 

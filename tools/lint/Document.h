@@ -56,7 +56,7 @@ struct Element {
   /// The same element in the tree of libxml2, for Kestrel's functions that take a node.
   _xmlNode* node = nullptr;
 
-  /// Returns the value of an attribute; empty when there is none, as the loader sees it.
+  /// Returns the value of an attribute as the loader sees it: a missing one is empty.
   const std::string& Get(std::string_view attribute) const;
   bool Has(std::string_view attribute) const;
   /// Returns the first child with this name, or null.

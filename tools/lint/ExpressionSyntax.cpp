@@ -3,8 +3,9 @@
 
 // The grammar:
 //
+//   expression   = ["^"] alternatives ["$"]
 //   alternatives = sequence {"|" sequence}
-//   sequence     = {item [("*" | "+" | "?" | "{" m ["," [n]] "}") ["?"]]}
+//   sequence     = {item {("*" | "+" | "?" | "{" m ["," [n]] "}") ["?"]}}
 //   item         = byte | "." | "\" escape | "[" class "]" | "(" ["?:"] alternatives ")"
 
 #include "tools/lint/ExpressionSyntax.h"

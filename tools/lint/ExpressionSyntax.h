@@ -25,8 +25,8 @@ struct ExpressionNode {
 };
 
 /// Reads an expression in the syntax of constraints. Returns nothing if the expression contains
-/// something that is not regular or not supported here: back-references, assertions, flags, or
-/// anchors inside it. Does not detect every syntax error.
+/// something that is not regular or not supported here, such as back-references, assertions, flags,
+/// or anchors inside it. Does not detect every syntax error.
 std::optional<ExpressionNode> ParseExpression(const std::string& text);
 
 /// Returns a node that matches exactly `text`.

@@ -31,7 +31,7 @@ class FileReport {
 
   /// Whether there is a finding about the element itself, suppressed or not.
   bool HasFinding(const Element& element) const { return reported_.count(&element) != 0; }
-  /// Whether nothing was found, not even a suppressed finding.
+  /// Whether there is no finding in any element, not even a suppressed one.
   bool IsEmpty() const { return places_.empty(); }
   /// Whether there is a finding of `rule` within `element`.
   bool HasFindingBelow(const char* rule, const Element& element) const;
@@ -51,7 +51,7 @@ class FileReport {
   std::vector<Place> places_;
 };
 
-/// Returns the advice for a misspelt word: `, write 'NAME'` with the nearest of `words`, or
+/// Returns the advice for a misspelt word: `write 'NAME'` with the nearest of `words`, or
 /// `otherwise` if none is near.
 std::string AdviseNearest(const std::string& word, const std::vector<std::string>& words,
                           const std::string& otherwise);

@@ -17,14 +17,14 @@ namespace Kestrel::Lint {
 
 /// What a value can do to the command line that it is inserted into.
 struct Verdict {
-  /// Each of these members contains a value that has the effect in its name, or nothing if no value
-  /// has that effect.
+  /// Each of the optional members contains a value that has the effect in its name, or nothing if
+  /// no value has that effect.
   std::optional<std::string> runsCommand;
   std::optional<std::string> addsWord;
   std::optional<std::string> addsOption;
   /// A value that loses its single quotes on the way but is otherwise unchanged.
   std::optional<std::string> losesQuotes;
-  /// A value that arrives altered in another way.
+  /// A value that arrives altered in another way, or that leaves the command line incomplete.
   std::optional<std::string> isAltered;
   /// Whether the line has parts that are not understood, so that the effect is unknown.
   bool isUnknown = false;
@@ -33,7 +33,7 @@ struct Verdict {
   std::string program;
 };
 
-/// Inserts values into a template as the loader does, and parses the result as a shell does. Runs
+/// Inserts values into a template as the library does, and parses the result as a shell does. Runs
 /// nothing.
 class Injection {
  public:
@@ -45,14 +45,15 @@ class Injection {
   /// Returns what one value of the parameter does while all other parameters have harmless values.
   Verdict JudgeValue(const std::string& name, const std::string& value) const;
 
-  /// Returns the command line for these values; nothing if the loader refuses them.
+  /// Returns the command line for these values; nothing if the library refuses them.
   std::optional<std::string> MakeLine(
       const std::map<std::string, std::vector<std::string>>& values) const;
 
  private:
   using Values = std::map<std::string, std::vector<std::string>>;
 
-  /// Returns the calls to try: each contains the values of all given parameters except `name`.
+  /// Returns the calls to try, both without `name`: one with all other parameters and, if these are
+  /// not all required, one with the required ones only.
   std::vector<Values> MakeCalls(const std::string& name) const;
   const CallSpec::ParameterSpec* Find(const std::string& name) const;
   void JudgeCall(const Values& call, const CallSpec::ParameterSpec& parameter,

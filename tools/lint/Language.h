@@ -25,12 +25,13 @@ class Language {
   static std::optional<Language> Of(const std::vector<std::string>& strings);
 
   bool IsEmpty() const;
-  /// Whether every string is in the language; false if it would take too long to determine that.
+  /// Whether every string without a NUL is in the language; false if it would take too long to
+  /// determine that.
   bool IsEverything() const;
   /// Whether a backtracking matcher may take exponential time, because a loop matches one string in
-  /// two ways.
+  /// two ways; false if it would take too long to determine that.
   bool IsExponential() const;
-  /// Returns a shortest string that is in both languages.
+  /// Returns a shortest string that is in both languages; nothing if none is found.
   std::optional<std::string> FindCommon(const Language& other) const;
 
  private:

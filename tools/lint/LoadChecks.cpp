@@ -66,7 +66,7 @@ xmlNode* FindOnly(const Element& parent, const char* child, FileReport& report) 
   return node;
 }
 
-/// Like FindOnly, but returns the content of the child.
+/// Like FindOnly, but returns the content of the child, or "twice" if it occurs twice.
 std::string GetOnlyContent(const Element& parent, const char* child, FileReport& report) {
   std::string content;
   const std::string text =
@@ -232,7 +232,7 @@ const Element& PlaceOf(const ParameterFault& fault, const Element& parameter) {
   return children.empty() ? parameter : *children.back();
 }
 
-/// Adds a parameter to `parts`, repaired if necessary.
+/// Reports the faults of a parameter, and adds it to `parts`, repaired if necessary and possible.
 void CheckParameter(const Element& element, CommandParts& parts, FileReport& report) {
   const OwnedNode copy(xmlCopyNode(element.node, 1));
   for (std::size_t i = 0; i <= std::size(kParameterFaults); ++i) {

@@ -155,7 +155,8 @@ class Finder {
     list_.markers.push_back({KindOf(word), name, begin, *end});
   }
 
-  /// Returns the byte after a marker whose name ends at `position`.
+  /// Returns the index of the byte after a marker whose name ends at `position`; nothing if it does
+  /// not have the form of a marker.
   std::optional<std::size_t> FindEnd(const std::string& word, std::size_t position) const {
     if (word == "val") {
       return position < text_.size() && text_[position] == '}' ? std::optional(position + 1)
@@ -208,7 +209,7 @@ class Finder {
       if (outer.kind != Marker::Kind::Conditional) {
         continue;
       }
-      // The loader inserts values before it looks for the end.
+      // The library inserts values before it looks for the end.
       for (const Marker& inner : list_.markers) {
         if (inner.kind == Marker::Kind::Value && inner.begin > outer.begin &&
             inner.end == outer.end) {

@@ -207,14 +207,14 @@ class CommandExaminer {
     }
   }
 
-  // Whether the command declares that it changes nothing. No other command runs here.
+  // Whether the command declares that it changes nothing. No other command is run.
   bool OnlyReports() const {
     const auto found = command_.GetMetaData().find("changes");
     return found != command_.GetMetaData().end() && found->second == "false";
   }
 
-  // Runs the example in a process of its own, for at most a second: it may wait for something that
-  // this machine does not have.
+  // Runs the example in a process of its own, for at most a second, because it may wait for
+  // something that this machine does not have.
   void RunApart(const std::string& arguments, const std::shared_ptr<CallSpec::Input>& input) {
     const pid_t id = fork();
     if (id == 0) {

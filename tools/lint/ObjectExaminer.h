@@ -29,7 +29,7 @@ class ObjectExaminer {
       : enter_(std::move(enter)), report_(std::move(report)) {}
 
   /// Loads the plug-ins `before`, then `file`, and examines what `file` adds. Returns the added
-  /// tree and formatters; faults go to `report` as they are found.
+  /// tree, and the formatters of all plug-ins; faults go to `report` as they are found.
   ObjectReport Run(const std::string& file, const std::vector<std::string>& before);
 
  private:
@@ -42,7 +42,7 @@ class ObjectExaminer {
   Report report_;
 };
 
-/// Returns the exported names in a shared object that look like a misspelt entry point.
+/// Returns the names in the bytes of a shared object that look like a misspelt entry point.
 std::vector<std::string> FindMisspeltEntryPoints(const std::string& file);
 
 }  // namespace Kestrel::Lint

@@ -20,8 +20,8 @@ struct ParameterFault {
   std::string advice;
 };
 
-/// Returns the mistakes in a parameter: names that cannot be typed, bad descriptions, and
-/// constraints that accept nothing or everything.
+/// Returns the mistakes in a parameter, such as a name that cannot be typed, a bad description, or
+/// a constraint that accepts nothing or everything.
 std::vector<ParameterFault> FindParameterFaults(const CallSpec::ParameterSpec& parameter);
 
 }  // namespace Kestrel::Lint

@@ -41,8 +41,8 @@ void ReportPath(const Element& element, const std::string& text, const Host& hos
   }
 }
 
-/// Registers what `add` adds to a plug-in of this file. If the loader refuses `element`, only the
-/// node of a namespace is added to the tree.
+/// Registers what `add` adds to a plug-in of this file. If the loader refuses `element`, adds an
+/// empty namespace to the tree if it is a namespace, otherwise nothing.
 template <typename Add>
 void Register(const Element& element, Add add, Host& host, FileReport& report) {
   const std::shared_ptr<XmlPlugin> plugin = XmlPlugin::New(report.GetFile());

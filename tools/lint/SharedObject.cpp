@@ -84,8 +84,8 @@ class Listener {
   ObjectReport& report_;
 };
 
-// Whether a fault that has been reported explains the exit status: the loader ends a process that
-// calls an undefined function, with the status 127.
+// Whether a fault that has been reported explains the exit status: if a process calls an undefined
+// function, the dynamic loader ends it with the status 127.
 bool IsExplained(int status, const ObjectReport& report) {
   const auto isSymbol = [](const ObjectFault& fault) { return fault.rule == "object-symbol"; };
   return WIFEXITED(status) && WEXITSTATUS(status) == 127 &&

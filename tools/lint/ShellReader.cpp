@@ -170,8 +170,8 @@ class Reader {
     return position_;
   }
 
-  /// Drops the commands that the shell does not run because of a mistake in their line or before
-  /// it.
+  /// Drops the commands that the shell does not run because of a mistake in their line or an
+  /// earlier one.
   void DropLinesNotRun() {
     if (!reading_.isComplete || !reading_.isUnderstood) {
       reading_.commands.resize(complete_);
@@ -600,7 +600,7 @@ class Reader {
   bool isPiped_ = false;
   bool isAfterCompound_ = false;        // no word can follow
   bool needsCommand_ = false;           // a command must follow, perhaps on the next line
-  std::vector<std::string_view> ends_;  // of the compound commands that are open
+  std::vector<std::string_view> ends_;  // the words that end the open compound commands
   std::size_t complete_ = 0;            // the number of commands in complete lines
 };
 

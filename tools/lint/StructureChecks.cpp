@@ -15,10 +15,10 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-/// What an element may contain. The parent is part of the key, because a name such as
-/// `description` is in several places.
+/// What an element may contain. The root may have any name. Every other element may contain the
+/// same wherever it is.
 struct Grammar {
-  std::string_view parent;  // "" for the root, "*" for any
+  std::string_view parent;  // "" for the root, "*" for any other element
   std::string_view name;    // "*" for any
   Words attributes;
   Words children;

@@ -24,7 +24,7 @@ namespace {
 
 constexpr std::size_t kMaxEnumerated = 200;
 
-// Complete attacks. "canary" stands for any command.
+// Values that may mislead a shell as they are. "canary" stands for any command.
 const std::vector<std::string>& GetAttempts() {
   static const std::vector<std::string> attempts = {"",
                                                     "canary",

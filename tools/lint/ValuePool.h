@@ -10,8 +10,8 @@
 
 namespace Kestrel::Lint {
 
-/// Returns the most dangerous values that a user may type for a parameter: for each way to mislead
-/// a shell, a shortest value that the constraint accepts.
+/// Returns values that a user may type for a parameter, and that may mislead a shell. The
+/// constraint accepts each of them.
 std::vector<std::string> MakeHostileValues(const CallSpec::ParameterSpec& parameter);
 
 }  // namespace Kestrel::Lint

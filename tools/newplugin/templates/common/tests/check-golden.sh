@@ -10,7 +10,7 @@ calls() {
   for parameters in "" "--sort=count --reverse" "--least=10 --capitals=yes" "--ready=no --ready=yes" \
     "--name=fig --name=plum --count=7" "--sort=colour"; do
     echo "=== $parameters"
-    # The parameters are words.
+    # Not quoted, because it contains several words.
     # shellcheck disable=SC2086
     "$vexil" --plugin "$plugin" --formatter "$format" @NAME@ list $parameters || echo "status $?"
   done
