@@ -78,7 +78,8 @@ bool IsHelpWanted(const CommandLine& line) {
       [](const TypedOption& option) { return option.name == "help" || option.name == "h"; });
 }
 
-// Checks the format parameters of a line against those that its command and formatter know.
+// Checks the format parameters of a line against those of its formatter, and the fields in them
+// against the result of its command.
 class ParameterCheck {
  public:
   ParameterCheck(const HintContext& context, Hints& hints)

@@ -106,7 +106,7 @@ class LineFile {
   std::size_t capacity_ = 0;
 };
 
-/// Whether reading one file is all that the dispatcher does for these options.
+/// Whether the dispatcher, after it has loaded plug-ins, only reads one input for these options.
 bool ReadsOneInput(const OptionParser& parser) {
   return parser.GetParseErrors().empty() && parser.GetDispatcherParameter("input").size() == 1 &&
          !parser.HasDispatcherParameter("h") && !parser.HasDispatcherParameter("help");

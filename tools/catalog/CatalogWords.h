@@ -12,8 +12,9 @@
 
 namespace Kestrel::Catalog {
 
-// The words for kinds, which are those of descriptors. `WordOf` throws KestrelException for a kind
-// that does not exist. The inverse functions return nothing for an unknown word.
+// The words for kinds, the same as in descriptors if they occur there. `WordOf` throws
+// KestrelException for a kind that does not exist. The inverse functions return nothing for an
+// unknown word.
 
 /// Returns "string", "int", "bool", "flag", "string-list", "int-list" or "bool-list".
 const char* WordOf(CallSpec::ParameterType kind);

@@ -16,7 +16,7 @@ namespace Kestrel::Catalog {
 ///
 /// Asks every command for its parameters and its result, but runs none. A fault is recorded for
 /// each node that throws an exception, that has the type of a command but is not one, that is below
-/// itself, or that has the path of another node. The result depends only on the tree, not on the
+/// itself, or that has the path of another node. The order of the result does not depend on the
 /// order in which plug-ins were loaded.
 Tree ReadTree(const AutoCli::Dispatcher& dispatcher);
 

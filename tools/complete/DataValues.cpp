@@ -152,7 +152,7 @@ bool RunCommand(const Source& source, int descriptor) {
 }
 
 [[noreturn]] void RunInChild(const Source& source, int descriptor) {
-  // The child gets its own process group, so that it can be killed with all processes that it
+  // The child gets its own process group, so that it can be killed with the processes that it
   // starts.
   setpgid(0, 0);
   prctl(PR_SET_PDEATHSIG, SIGKILL);

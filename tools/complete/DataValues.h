@@ -18,9 +18,9 @@ using Deadline = std::chrono::steady_clock::time_point;
 /// "network.interface.list Name".
 ///
 /// Runs the command in a child process, whose current folder is the root folder and whose PATH
-/// contains only absolute folders. At the deadline, the child is killed with all processes that it
-/// started. Returns no values in that case. Also returns none if the command fails or needs a
-/// parameter, or if its meta-data says that it changes something.
+/// contains only absolute folders. At the deadline, the child is killed with its process group, and
+/// no values are returned. Also returns none if the command fails or needs a parameter, or if its
+/// meta-data says that it changes something.
 std::vector<std::string> ReadDataValues(const AutoCli::Dispatcher& dispatcher,
                                         const std::string& source, Deadline deadline);
 

@@ -31,7 +31,7 @@ bool IsOneOf(const std::string& word, std::initializer_list<std::string_view> wo
   return std::find(words.begin(), words.end(), word) != words.end();
 }
 
-/// A word after which a command begins, and the word that ends the compound command.
+/// A word that begins a part of a compound command, and the word that ends the compound command.
 struct Keyword {
   std::string_view text;
   std::string_view end;

@@ -87,7 +87,8 @@ void PrettyTable::MeasureTitle(Column& column) const {
   column.slack = std::max(column.slack, width.max - width.usual);
 }
 
-/// Makes the widest columns narrower until all fit. Returns false if that is not possible.
+/// Makes the columns that exceed their share of the room narrower, so that all fit. Returns false
+/// if that is not possible.
 bool PrettyTable::Shrink() {
   std::size_t needed = kGap * (columns_.size() - 1);
   for (const Column& column : columns_) {
