@@ -38,7 +38,8 @@ std::string AskForOrList(const std::string& typed, const Names& names, const std
   return " " + lead + " " + JoinWords(names, ", ") + ".";
 }
 
-// Returns the last option with this name, because only its value is used.
+// Returns the last option with this name, or null. Of several widths, only the last one is used; a
+// second formatter is an error.
 const TypedOption* FindOption(const CommandLine& line, const std::string& name) {
   const auto found =
       std::find_if(line.dispatcherOptions.rbegin(), line.dispatcherOptions.rend(),
