@@ -11,8 +11,10 @@ Reports, one per line, every include that
 - leads from a folder to a later one, or to one on the same level,
 - is part of a cycle of headers,
 - is reserved for other folders (libxml2, the loader, the host's libraries, ...),
-- adds anything but the standard library to a public header,
-- adds a private header of the library to the tool, a plug-in or a program around the tool,
+- adds anything but a public or standard header to a public header (two headers of the test kit may
+  include their test framework),
+- adds a private header of the library to the tool, a plug-in or a companion program, unless the
+  exception is listed below,
 - adds a header for users to the library: kestrel.h, or Util.h in a source that does not define one
   of its functions,
 
@@ -98,10 +100,11 @@ FOR_USERS = {
     ],
 }
 
-# The exceptions to the rule that private headers of the library are for the library only: the tool,
-# which is installed with the library of its own version, reads rows of a result in place, splits and
-# writes strings, prints its messages and determines its rights in the same way as the library.
-# vexil-complete and vexil-doctor decide in the same way which files others can change.
+# The exceptions to the rule that private headers of the library are for the library only. The tool
+# and the companion programs are installed with the library of their own version. The tool reads
+# rows of a result in place, splits and writes strings, prints its messages and determines its
+# rights in the same way as the library. Companion programs print messages in the same way,
+# vexil-complete and vexil-doctor decide in the same way which files others can change, and
 # vexil-lint encodes characters in the same way.
 READS_PRIVATE = [
     ("tools/complete/TrustedFile.cpp", "autocli/plugins/TrustPolicy.h"),

@@ -230,7 +230,7 @@ class CheckLayersTest(unittest.TestCase):
                                               "#include <nlohmann/json.hpp>\n",
             }))
 
-    def test_lets_the_plugin_about_the_tool_alone_use_the_catalog(self):
+    def test_lets_the_plugin_about_the_tool_but_not_the_host_plugin_use_the_catalog(self):
         self.assertEqual(
             ['plugins/host/HostPlugin.cpp: includes "tools/catalog/Catalog.h": '
              'plugins/host may not use tools/catalog, which is above it'],

@@ -36,11 +36,12 @@ FAULTY_XR = re.compile(r".*referenced manual not found: Xr (\S+) (\d)")
 VARIABLE = re.compile(r'(?:getenv|environ\.get)\("(\w+)"\)')
 PASSED_ON = re.compile(r"kPassedOn\[\] = \{(.*?)\}", re.DOTALL)
 FILE_NAME = re.compile(r"\b[\w-]+\.(?:xml|cpp|json|txt)\b")
-# The folders and files of each program's own sources; every other program is in tools/ under its
-# last name.
+# The folders and files of a program's own sources. Those of every program that is not listed here
+# are in tools/NAME, where NAME is what follows "vexil-" in the name of the program.
 SOURCES = {"vexil": ["autocli", "callspec", "metaobj", "platform", "vexil", "plugins"],
            "vexil-explain": ["tools/explain", "vexil/PrettyRequest.cpp"]}
-# The key of a format parameter for one type, as a page writes it and as the tool completes it.
+# The type and the fields in the keys of format parameters that the tool completes. In their place,
+# a page writes "type" and "field".
 SAMPLE_TYPE, SAMPLE_FIELD = "VexilCommand", ("Command", "Description", "Namespace")
 
 

@@ -3,14 +3,14 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # check_packages.sh [--built FOLDER [--again FOLDER]]: builds the Debian packages twice, in two
-# folders and at two times, and checks that the results are equal. Then checks the reports of
-# lintian, blhc and hardening-check, the symbols and types that the library exports, and the
-# contents of the packages. Finally, installs, tests, upgrades, removes and purges the packages in a
-# throw-away root.
+# folders and with different settings. Then checks the reports of lintian, blhc and hardening-check,
+# the symbols and types that the library exports, and the contents of the packages, and installs,
+# tests, upgrades, removes and purges the packages in a throw-away root. Finally, checks that both
+# builds are equal.
 #
-# --built checks packages that build_packages.sh has built; --again is the second build of them, and
-# without it the builds are not compared. The throw-away root is an overlay of this machine's root;
-# nothing outside it changes. Needs root for that.
+# --built checks packages that build_packages.sh has built, instead of building them. --again names
+# the folder of their second build; without it, no builds are compared. The throw-away root is an
+# overlay of this machine's root; nothing outside it changes. Needs root for that.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."

@@ -2,7 +2,8 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# Checks the shell scripts of this project with shellcheck, and the syntax of its Perl programs.
+# Checks ./run, ./test, .ci/run and all files named *.sh or *.bash with shellcheck, and the syntax
+# of the Perl programs of the plug-ins.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."

@@ -6,7 +6,7 @@
     commands_page.py [--check] --tool TOOL --plugin-dir DIR PAGE
 
 The page is generated from the declarations of the commands. --check compares it with PAGE and
-prints the differences; the exit status is then 1.
+prints the differences; the exit status is 1 if there are any.
 """
 
 import argparse

@@ -57,7 +57,7 @@ class CommandsPageTest(unittest.TestCase):
         self.assertIn("**This command changes",
                       self.text(**{"Meta Data": [{"Name": "changes", "Value": "true"}]}))
 
-    def test_prints_examples_as_a_shell_would_take_them(self):
+    def test_prints_examples_as_a_block_of_shell_commands(self):
         text = self.text(Examples=[{"Description": "All", "Line": "hat list --all"}])
         self.assertIn("```sh\n# All\nvexil hat list --all\n```", text)
 

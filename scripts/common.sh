@@ -2,7 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # shellcheck shell=bash
-# Functions of ./run, ./test and .ci/run, which source this file in the project's root folder.
+# Functions of ./run, ./test, ./bench, .ci/run and the scripts in this folder, which source this
+# file in the project's root folder.
 
 say() { printf '%s\n' "$*" >&2; }
 
@@ -76,8 +77,9 @@ apt_install_with() {
 
 # Installs the given packages and their dependencies, if possible without changing any installed
 # package. If an installed library is older than the latest version of its headers, the headers are
-# installed from the release itself, without its updates. A package that fits nothing installed is
-# installed with the upgrades that it needs, after listing them. Nothing is ever removed.
+# installed from the release itself, without its updates. A package that cannot be installed in
+# either way is installed together with the upgrades that it needs, after these are listed. Nothing
+# is ever removed.
 apt_install() {
   local as_root=$1 release options package changes log added=() others=()
   shift

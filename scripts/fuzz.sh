@@ -8,11 +8,11 @@
 #
 # The targets (all if none are named) run one after the other, for SECONDS each, 60 by default. The
 # inputs that a run learns are kept in build/fuzz/learned for the next run; inputs that fail are
-# written to build/fuzz/found. The exit status is 1 if there are any.
+# written to build/fuzz/found. The exit status is 1 if a target has failed.
 #
 # "keep" replaces the folder "learned" of each target's seeds. It then contains a few small inputs,
-# 20 kB in all. Together they reach the edges that are known and that the other seeds do not reach,
-# except for edges that only longer inputs reach.
+# at most 20 kB in all. Together they reach the edges that are known and that the other seeds do not
+# reach, except for edges that only longer inputs reach.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."

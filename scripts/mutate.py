@@ -290,7 +290,7 @@ class Server:
         self._process.communicate()
 
     def process(self):
-        """Returns the number of the process."""
+        """Returns the process ID."""
         return self._process.pid
 
 
@@ -495,7 +495,8 @@ def run(options):
 # --- The report
 
 def load_equivalent():
-    """Returns the mutants that are listed as equivalent: keys of describe(), with the reasons."""
+    """Returns the mutants that are listed as equivalent: the line that describe() returns for each,
+    with its reason."""
     listed = {}
     reason = None
     with open(EQUIVALENT, encoding="utf-8") as file:
@@ -508,8 +509,8 @@ def load_equivalent():
 
 
 def describe(mutants):
-    """Returns the text by which each mutant is listed. It changes only if the line of the mutant
-    changes."""
+    """Returns, by the number of each mutant, the line that lists it. This line changes only if the
+    mutant's own line changes, or the number of equal mutants before it in the file."""
     counts = collections.Counter()
     texts = {}
     for mutant in mutants:

@@ -155,7 +155,7 @@ class Source:
         return f'#include "{header}"\n#line 1 "{self.path}"\n{text}'
 
     def keep(self, is_kept):
-        """Removes all other mutations. Returns whether there were any."""
+        """Removes the mutations for which `is_kept` is false. Returns whether there were any."""
         kept = [mutation for mutation in self.mutations if is_kept(mutation)]
         some = len(kept) != len(self.mutations)
         self.mutations = kept

@@ -25,7 +25,7 @@ class MutationsTest(unittest.TestCase):
         self.assertEqual(["  if (Mutation::IsActive(7) != static_cast<bool>(IsOpen(file))) {"],
                          self.mutated("  if (IsOpen(file)) {"))
 
-    def test_a_condition_that_declares_stays(self):
+    def test_a_condition_that_declares_a_variable_is_not_mutated(self):
         self.assertEqual([], self.kinds("  if (Node* const node = Find()) {"))
 
     def test_a_boundary_has_two_mutants(self):
@@ -34,7 +34,7 @@ class MutationsTest(unittest.TestCase):
         self.assertEqual(9, source.next)
         self.assertEqual(["  return a <Mutation::Less<7>()< b;"], self.mutated("  return a < b;"))
 
-    def test_arguments_of_templates_are_no_comparison(self):
+    def test_the_brackets_of_template_arguments_are_not_mutated(self):
         self.assertEqual([], self.kinds("std::vector<std::pair<A, B>> pairs_;"))
 
     def test_a_condition_gets_one_more_part(self):
@@ -59,14 +59,14 @@ class MutationsTest(unittest.TestCase):
         self.assertEqual(["void F() {", "  if (!Mutation::IsActive(7)) Send();", "}"],
                          self.mutated("void F() {", "  Send();", "}"))
 
-    def test_declarations_and_results_stay(self):
+    def test_declarations_and_returns_are_not_mutated(self):
         self.assertEqual([], self.kinds("int F() {", "  const int a = G();", "  Guard guard(a);",
                                         "  return a;", "}"))
 
-    def test_statements_that_only_save_time_stay(self):
+    def test_statements_that_only_save_time_are_not_mutated(self):
         self.assertEqual([], self.kinds("void F() {", "  names.reserve(count);", "}"))
 
-    def test_comments_strings_and_constants_stay(self):
+    def test_comments_strings_and_constants_are_not_mutated(self):
         self.assertEqual([], self.kinds("// a < b + 1", 'const char* const kText = "a < b + 1";',
                                         "constexpr int kCount = 5;", "#if A == 5", "#endif",
                                         'const char* const kRaw = R"(5 < 6', '7 == 8)";'))
