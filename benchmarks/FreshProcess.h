@@ -7,7 +7,8 @@
 
 namespace Kestrel::Benchmarks {
 
-/// The cost of a task: building an object, destroying it, and its memory.
+/// The cost of a task: the time for building and for destroying an object, and its memory. A task
+/// that does not measure a member leaves it at 0.
 struct Cost {
   double buildSeconds = 0;
   double destroySeconds = 0;

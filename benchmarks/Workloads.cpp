@@ -6,7 +6,8 @@
 //     kestrel_workloads WORKLOAD ROUNDS [FILE]
 //
 // `scripts/compare_benchmarks.py` counts the instructions of two runs with different numbers of
-// rounds. FILE is the descriptor that is read, see Descriptor.h.
+// rounds. The workloads with descriptors write one to FILE (see Descriptor.h) and read it from
+// there.
 
 #include <cstdlib>
 #include <fstream>

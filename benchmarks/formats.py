@@ -6,10 +6,10 @@
     formats.py KESTREL_BENCHMARKS [--rows N] [--seconds S]
 
 Prints, for each formatter, the bytes for a structure, the megabytes of output per second of
-processor time, and the nanoseconds for a structure. Beside them are the same figures for the
-fastest installed writer of that format: rapidjson, nlohmann-json, libyaml, pugixml and, for pretty,
-stream operators in the program, or Python's csv.writer. All of them write into a string. The
-workload is that of README.md, N structures (default 1000). The programs run in turn, five times,
+processor time, and the nanoseconds for a structure. Beside them are the last two figures for the
+fastest installed writer of that format: rapidjson, nlohmann-json, libyaml, pugixml or stream
+operators (for pretty), which are in the program, or Python's csv.writer. All of them write into a
+string. The workload is that of README.md, N structures (default 1000). All run in turn, five times,
 each for S seconds (default 0.2), and the fastest run of each is used.
 """
 

@@ -6,9 +6,9 @@
     growth.py RESULT.json...
 
 Reads files written by --benchmark_out. For every benchmark with at least two sizes it prints the
-range of sizes and the exponent of the power law through the median times, by least squares: 1.00 means
-that doubling the work doubles the time. If the work is not the size, but for example the number of
-bytes written, the benchmark reports it as the counter "work".
+smallest and the largest amount of work, and the exponent of the power law through the median times,
+by least squares: 1.00 means that doubling the work doubles the time. The work is the size, unless
+the benchmark reports another number, such as that of the bytes written, as the counter "work".
 """
 
 import json

@@ -11,8 +11,8 @@ ratios. Time is processor time of the process and its children, in user and syst
 selects the rows whose name contains it.
 
 The measurements run as root in network, mount and process namespaces of their own, with a small and
-a large amount of data: 10 and 20,000 routes, log lines, packages, accounts, mounts, files. The host
-does not change. Without root, or if a witness is not installed, the row is omitted and named at the end.
+a large amount of data, for example with 10 and with 20,000 routes. The host does not change.
+Without root, or if a witness is not installed, the row is omitted and named at the end.
 """
 
 import argparse

@@ -4,10 +4,10 @@
 // Input: the index of the word at the cursor, then the words of the line after the program's name,
 // one per line.
 //
-// Completes the line in a small tree, as one of vexil and as one of vexil-explain. Every candidate
-// begins with the typed part and is offered again when it has been typed completely, and the output
-// for the shells has the form that the scripts rely on. Suggestions and hints for the same line
-// must end too.
+// Completes the line in a small tree, both as a line of vexil and as a line of vexil-explain. Every
+// candidate begins with the typed part. It is offered again when it has been typed completely,
+// unless it ends with "=". The last line of the output is one of those that the shells' scripts
+// rely on. For the same line, each hint is one line, and there are at most three suggestions.
 
 #include "tools/complete/Complete.h"
 

@@ -19,7 +19,8 @@ AutoCli::FormatParameters TakeParameters(FuzzInput& input);
 ///   [ KIND      a list of i, b, s or {; its elements follow
 ///   }           ends the structure or list
 ///
-/// Returns null if the input does not begin with a value.
+/// Any other line is a string, like a line of s. Returns null if the first line is empty or begins
+/// with }.
 Value TakeValue(FuzzInput& input);
 
 }  // namespace Kestrel::Fuzz

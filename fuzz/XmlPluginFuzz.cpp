@@ -3,8 +3,9 @@
 
 // Input: a plug-in descriptor.
 //
-// Either the descriptor is refused with its path in the message, or everything that it declares can
-// be found in the tree, described, validated and inserted into templates. No command is run,
+// A descriptor that cannot be read is refused with its path in the message. If the nodes that it
+// declares can be registered, all of them are in the tree. Every command in the tree can be
+// described, its values can be validated, and its templates can be filled. No command is run,
 // because the input determines its command line.
 
 #include "kestrel/autocli/XmlPlugin.h"
