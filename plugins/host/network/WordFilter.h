@@ -44,7 +44,8 @@ class WordSet {
   std::string list_;
 };
 
-/// The words of a set that the user gave for a parameter. Accepts every word if the user gave none.
+/// The values that the user gave for a parameter, as words of a WordSet. Accepts every word if the
+/// user gave none.
 class WordFilter {
  public:
   /// Adds an error message to `output` for each value that is not in the set.

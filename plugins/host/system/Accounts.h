@@ -38,9 +38,9 @@ struct AccountEntry {
   std::string_view shell;
 };
 
-// If the system cannot read its files, it answers as if an account or a group did not exist. In
-// that case, the functions below that query the system throw KestrelException with the name of the
-// file.
+// A system that cannot read its files does not say so, but answers that the account or group does
+// not exist. The functions below that query the system detect this, and throw KestrelException with
+// the name of the file.
 
 /// Calls `use` for each account, in the order in which the system lists them. Some directory
 /// services do not list their accounts. `use` must not list accounts itself.

@@ -37,8 +37,8 @@ long HundredthsOrThrow(std::string_view text, const std::string& path) {
   return *hundredths;
 }
 
-// Returns the bytes of a line such as "MemFree:   512 kB", or `fallback` if there is no such line
-// or number.
+// Returns the number of bytes that a line such as "MemFree:   512 kB" states, or `fallback` if
+// there is no such line or number.
 long Figure(std::string_view text, std::string_view name, long fallback) {
   for (const std::string_view line : SplitLines(text)) {
     if (StartsWith(line, name) && line.size() > name.size() && line[name.size()] == ':') {

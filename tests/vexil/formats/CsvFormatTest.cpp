@@ -36,7 +36,7 @@ TEST(CsvFormatTest, DoesNotQuoteOtherControlCharacters) {
   }
 }
 
-TEST(CsvFormatTest, QuotesACellForACharacterAnywhereInIt) {
+TEST(CsvFormatTest, QuotesACellWithAQuoteAtAnyPosition) {
   for (std::size_t size = 1; size < 70; ++size) {
     for (std::size_t at = 0; at < size; ++at) {
       std::string text(size, 'x');
@@ -75,7 +75,7 @@ TEST(CsvFormatTest, PrintsALoneEmptyCellAsQuotes) {
   EXPECT_EQ(Csv(MakeRecord({{"A", ""}, {"B", ""}})), "A,B\r\n,\r\n");
 }
 
-TEST(CsvFormatTest, PrintsScalarsInTheColumnValue) {
+TEST(CsvFormatTest, PrintsScalarsInAColumnNamedValue) {
   EXPECT_EQ(Csv(MetaBool::New(true)), "value\r\ntrue\r\n");
   EXPECT_EQ(Csv(MetaInt::New(7)), "value\r\n7\r\n");
   EXPECT_EQ(Csv(MetaList::New(MetaType::Int)), "value\r\n");

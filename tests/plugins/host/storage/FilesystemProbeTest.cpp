@@ -115,8 +115,8 @@ std::string WaitForChildDescriptors(pid_t process) {
   return std::string();
 }
 
-// The kernel may keep a blocked child. A process that reads the tool's output to its end must not
-// have to wait for that child.
+// A child that is blocked in the kernel may remain after it is killed. A process that reads the
+// tool's output to its end must not have to wait for that child.
 TEST(FilesystemProbeTest, ASilentChildKeepsOnlyItsReportPipeOpen) {
   const Testing::ScopedEnvironment silent("KESTREL_SILENT_PATHS", "/proc");
   const pid_t process = ::fork();

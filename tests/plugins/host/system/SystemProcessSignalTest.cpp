@@ -179,7 +179,8 @@ TEST(SystemProcessSignalTest, SaysThatItChangesSomething) {
   EXPECT_EQ(command->GetMetaData().at("changes"), "true");
 }
 
-// How a process that received the signal ended, according to the kernel.
+// A signal as the user writes it, and the signal that must then end the process, according to the
+// kernel.
 struct EndCase {
   const char* text;
   int signal;
