@@ -12,14 +12,14 @@
 
 namespace Kestrel {
 
-/// The only exception class of the library: reports a mistake of a programmer or a plug-in, or a
-/// failure of the system, in one message.
+/// The only exception class of the library. Reports in one message what went wrong: usually a
+/// mistake of a programmer or a plug-in, or a failure of the system.
 ///
-/// It is thrown by value and caught by reference, also across the boundaries of shared objects.
+/// It is thrown by value and caught by reference, even across the boundaries of shared objects.
 class KESTREL_API KestrelException : public std::exception {
  public:
-  /// Copies or moves `message`, which may be anything that converts to a `std::string`. A null
-  /// `const char*` counts as the empty string.
+  /// Copies or moves `message`, which may be anything that a `std::string` can be constructed from.
+  /// A null `const char*` counts as the empty string.
   template <typename T,
             typename = std::enable_if_t<std::is_constructible<std::string, T&&>::value &&
                                         !std::is_base_of<KestrelException, std::decay_t<T>>::value>>
@@ -34,7 +34,8 @@ class KESTREL_API KestrelException : public std::exception {
   /// Defined in the library, so that the library, programs and plug-ins share one type.
   ~KestrelException() override;
 
-  /// The message as a NUL-terminated string, valid as long as this exception.
+  /// The message as a NUL-terminated string, valid until this exception is assigned to or
+  /// destroyed.
   const char* what() const noexcept override;
 
  private:

@@ -3,8 +3,8 @@
 
 #pragma once
 
-/// Includes the public headers of the library, for programs and plug-ins that use it. Only
-/// kestrel/Version.h is not among them.
+/// Includes the public headers of the library, for programs and plug-ins that use it, except
+/// kestrel/Version.h and the test kit in kestrel/testing.
 
 #include "kestrel/KestrelException.h"
 #include "kestrel/autocli/CliDispatcher.h"

@@ -16,8 +16,7 @@ class KESTREL_API CallTarget {
  public:
   virtual ~CallTarget();
 
-  /// Does the work: reads `input`, and sets the root value of `output` or adds error messages to
-  /// it.
+  /// Does the work: reads `input`, and sets the root value or adds error messages in `output`.
   virtual void Execute(const std::shared_ptr<Input>& input,
                        const std::shared_ptr<Output>& output) = 0;
 };

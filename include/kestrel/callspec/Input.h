@@ -32,17 +32,18 @@ class KESTREL_API Input {
   Input& operator=(const Input&) = delete;
   virtual ~Input();
 
-  /// Appends `value` to the values of the parameter `name`, without any check. A flag has one empty
-  /// value.
+  /// Appends `value` to the values of the parameter `name`, without any check. For a flag, pass
+  /// the empty string.
   void AddParameter(const std::string& name, const std::string& value);
   /// Appends each value in turn. An empty vector changes nothing: an absent parameter stays absent.
   void AddParameter(const std::string& name, const std::vector<std::string>& values);
 
-  /// Sets the declaration of the parameters, which is shared. Moves values given under a short name
-  /// to the long name, after the values given there. Throws KestrelException when `spec` is null.
+  /// Sets the declaration of the parameters, which is shared. Moves the values already added under
+  /// a short name to the long name, after those added there. Throws KestrelException when `spec` is
+  /// null.
   void SetInputSpec(std::shared_ptr<InputSpec> spec);
 
-  /// All values by parameter name. The reference is valid as long as this object.
+  /// All values by parameter name. The reference is valid as long as this object exists.
   const std::map<std::string, std::vector<std::string>>& GetParameters() const;
 
   /// Whether the parameter was given.
@@ -62,14 +63,15 @@ class KESTREL_API Input {
   /// The value of a parameter; the empty string unless exactly one value was given. The reference
   /// is valid until the parameters change.
   ///
-  /// Throws KestrelException when the parameter is not declared, is a flag, or can have several
-  /// values.
+  /// Throws KestrelException when `GetParameterType` does, and when the parameter is a flag or can
+  /// have several values.
   const std::string& GetParameter(const std::string& name) const;
   /// As above.
   const std::string& GetParameter(const char* name) const;
 
-  /// The value of a parameter as an integer, read as `ParameterSpec::GetInt` does; -1 when it is
-  /// absent or not an integer, so validate first. Throws as `GetParameter` does.
+  /// The value of a parameter as an integer, read as `ParameterSpec::GetInt` does; -1 unless
+  /// exactly one value was given and is an integer, so validate first. Throws as `GetParameter`
+  /// does.
   std::int64_t GetParameterInt(const std::string& name) const;
 
   /// Whether the value of a parameter is one of 1, yes, y, true, True, t and T. Throws as

@@ -41,7 +41,7 @@ class KESTREL_API InputSpec {
   void AddParameter(const std::shared_ptr<ParameterSpec>& spec);
 
   /// The parameters in ascending byte order of their names. The reference is valid as long as this
-  /// object and shows later additions.
+  /// object exists, and shows later additions.
   const std::vector<std::shared_ptr<ParameterSpec>>& GetParameters() const;
 
   /// Adds the name of a supported context; adding it again changes nothing.
@@ -52,14 +52,14 @@ class KESTREL_API InputSpec {
 
   /// Checks the input of a call against the declaration.
   ///
-  /// Appends a message to `output` for each problem: first unknown parameters and invalid values,
-  /// in the order of the given names, then missing required parameters, in the order of the
-  /// declared names. An input that contains "help" is valid whatever else it contains.
+  /// Appends a message to `output` for each problem: first the problems of the given parameters,
+  /// then the missing required parameters, each in ascending byte order of the names. An input that
+  /// contains "help" is valid whatever else it contains.
   ///
-  /// Returns false when a parameter is unknown, missing or has an invalid value. The wrong number
-  /// of values appends a message but leaves the result true, so a caller must look at the messages
-  /// too. Throws KestrelException when `input` is null, or when there is a message and `output` is
-  /// null.
+  /// Returns false when a parameter is unknown, a value is invalid or a required parameter is
+  /// missing. A wrong number of values appends a message but leaves the result true, so a caller
+  /// must look at the messages too. Throws KestrelException when `input` is null, or when there is
+  /// a message and `output` is null, and whatever the `Validate` of a constraint throws.
   bool Validate(const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) const;
 
  private:

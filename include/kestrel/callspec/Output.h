@@ -21,8 +21,8 @@ namespace Kestrel::CallSpec {
 
 /// The output of one call: its root value, its error messages, and its type.
 ///
-/// The caller makes it empty; the command fills it; then it is validated, printed and destroyed. No
-/// operation fails. An output belongs to one thread.
+/// The caller makes an empty output; the command fills it; then it is validated, printed and
+/// destroyed. No operation fails. An output belongs to one thread.
 class KESTREL_API Output {
   struct FactoryFlag {  // private, so only New can construct
     explicit FactoryFlag() = default;
@@ -74,7 +74,7 @@ class KESTREL_API Output {
   bool HasError() const;
 
   /// The messages in the order in which they were added. The reference is valid as long as this
-  /// object and shows later additions.
+  /// object exists, and shows later additions.
   const std::vector<std::string>& GetErrors() const;
 
   /// Sets the type of this output; any value is accepted.

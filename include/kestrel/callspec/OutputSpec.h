@@ -15,7 +15,7 @@ namespace Kestrel::CallSpec {
 
 /// The declared shape of a command's result: a sample value and a description.
 ///
-/// It is built once, when its command is registered, and only read afterwards. A result must have
+/// It is built by the code that declares a command, and only read afterwards. A result must have
 /// the same kind, fields and element kinds as the sample. The values and list elements of the
 /// sample do not matter.
 class KESTREL_API OutputSpec {
@@ -48,7 +48,7 @@ class KESTREL_API OutputSpec {
   void SetRootObject(const std::shared_ptr<MetaObj::MetaList>& root);
   /// As above; shares `root`.
   void SetRootObject(const std::shared_ptr<MetaObj::MetaStruct>& root);
-  /// Always throws, as for every null.
+  /// Always throws KestrelException, as for every null value.
   void SetRootObject(std::nullptr_t root);
 
   /// The sample value, null while none is set.
@@ -58,14 +58,15 @@ class KESTREL_API OutputSpec {
   void SetDescription(const std::string& description);
 
   /// The description, or "Documentation missing" while it is empty. The reference is valid as long
-  /// as this object.
+  /// as this object exists.
   const std::string& GetDescription() const;
 
-  /// Whether the root value of `output` has the declared shape.
+  /// Whether the root value of `output` has the declared shape; false when there is no sample or no
+  /// root value.
   ///
-  /// If not, one message per problem is appended to `errors` unless that is null. Messages may also
-  /// be appended when the result is true, for example if a structure has another type name. Throws
-  /// KestrelException when `output` is null.
+  /// If not, messages that describe the mismatch are appended to `errors` unless that is null.
+  /// Messages may also be appended when the result is true, for example if a structure has another
+  /// type name. Throws KestrelException when there is a sample and `output` is null.
   bool Validate(const std::shared_ptr<Output>& output, std::vector<std::string>* errors) const;
 
   /// What GetDescription returns for an empty description: "Documentation missing".

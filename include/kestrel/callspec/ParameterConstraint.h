@@ -27,7 +27,7 @@ enum ParameterConstraintType : std::int32_t {
 /// Restricts the values of one parameter further than its type does.
 ///
 /// It is built by the code that declares a command and not changed afterwards. The setters do not
-/// check the kind: data of another kind is stored and never read.
+/// check the kind: data of another kind is stored, but `Validate` and `ToString` ignore it.
 class KESTREL_API ParameterConstraint {
   struct FactoryFlag {  // private, so only New can construct
     explicit FactoryFlag() = default;
@@ -70,13 +70,13 @@ class KESTREL_API ParameterConstraint {
   void SetStringRegex(const std::string& regex);
 
   /// The allowed integers in the order in which they were added. The reference, like those that the
-  /// next three operations return, is valid as long as this object.
+  /// next three operations return, is valid as long as this object exists.
   const std::vector<std::int64_t>& GetIntEnum() const;
 
   /// The allowed strings in the order in which they were added.
   const std::vector<std::string>& GetStringEnum() const;
 
-  /// The descriptions of the allowed strings that have one, by string.
+  /// The descriptions, by allowed string. Strings without a description are absent.
   const std::map<std::string, std::string>& GetStringEnumWithDesc() const;
 
   /// The regular expression.
@@ -88,8 +88,9 @@ class KESTREL_API ParameterConstraint {
   /// Whether the constraint accepts `value`, which was given for the parameter `name`. Appends one
   /// message to `output` if not.
   ///
-  /// Throws KestrelException when there is a message and `output` is null, and a
-  /// `std::runtime_error` when the regular expression does not compile.
+  /// Throws KestrelException when there is a message and `output` is null, or when the part of the
+  /// library for regular expressions cannot be loaded. Throws a `std::runtime_error` when the
+  /// regular expression does not compile.
   bool Validate(const std::string& value, const std::string& name,
                 const std::shared_ptr<Output>& output) const;
 
@@ -111,7 +112,7 @@ class KESTREL_API ParameterConstraint {
   std::vector<std::string> strings_;
   std::string regex_;
   std::map<std::string, std::string> descriptions_;
-  // The values of a long list again, for fast lookup; empty while the list is short.
+  // A copy of the values of a long list, for fast lookup; empty while the list is short.
   std::set<std::int64_t> integerIndex_;
   std::set<std::string> stringIndex_;
   mutable std::shared_ptr<const CompiledRegex> compiledRegex_;

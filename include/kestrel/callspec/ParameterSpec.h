@@ -14,7 +14,8 @@
 
 namespace Kestrel::CallSpec {
 
-/// The type of a parameter. The numbers never change: a list type is its scalar type plus 4.
+/// The type of a parameter. The numbers never change; the number of a list type is that of its
+/// scalar type plus 4.
 enum ParameterType : std::int32_t {
   String = 0,      ///< Any string.
   Int = 1,         ///< An integer.
@@ -65,8 +66,8 @@ class KESTREL_API ParameterSpec {
   /// Whether every call needs this parameter.
   bool IsRequired() const;
 
-  /// Whether the value is secret: if a command line omits it, the user is prompted for it, and the
-  /// terminal does not show the input.
+  /// Whether the value is secret: if the parameter is given without a value, the user is prompted
+  /// for the value, and the terminal does not show the input.
   bool IsSecret() const;
 
   /// The constraint, null when there is none.
@@ -77,7 +78,7 @@ class KESTREL_API ParameterSpec {
   /// As above.
   void SetShortName(const char* shortName);
 
-  /// Sets the description. It may contain the markers %REGEX%, %ENUM% and %FULLENUM%; see
+  /// Sets the description. It may contain the placeholders %REGEX%, %ENUM% and %FULLENUM%; see
   /// `GetDescription`.
   void SetDescription(std::string description);
   /// As above.
@@ -92,15 +93,15 @@ class KESTREL_API ParameterSpec {
 
   /// Sets the constraint, which is shared. Null is ignored. Throws KestrelException unless the
   /// kinds match: `IntRange` and `IntEnum` need the type `Int` or `IntList`, `StringEnum` and
-  /// `StringRegex` the type `String` or `StringList`.
+  /// `StringRegex` the type `String` or `StringList`; `NoConstraint` matches no type.
   void SetConstraint(const std::shared_ptr<ParameterConstraint>& constraint);
 
-  /// Whether the parameter can have several values: whether its type is a list type.
+  /// Whether the parameter can have several values, that is, whether its type is a list type.
   bool AllowMultiple() const;
 
-  /// The description. If `substitute` is set and there is a constraint, the first marker of each
-  /// kind is replaced: %REGEX% and %ENUM% by the constraint's `ToString()`, %FULLENUM% by one line
-  /// for each allowed string that has a description.
+  /// The description. If `substitute` is set and there is a constraint, the first placeholder of
+  /// each kind is replaced: %REGEX% and %ENUM% by the constraint's `ToString()`, %FULLENUM% by one
+  /// line for each allowed string that has a description.
   std::string GetDescription(bool substitute) const;
 
   /// Reads a decimal integer: optional white space, an optional sign, then digits up to the end of

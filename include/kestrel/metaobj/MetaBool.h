@@ -30,7 +30,7 @@ class KESTREL_API MetaBool : public MetaObject {
   /// Makes the shared instances unless they exist already; returns true.
   static bool Init();
 
-  /// The result of the call of `Init()` when the library was loaded.
+  /// What `Init()` returned when the library was loaded.
   static bool _sInitialized;
 
  private:

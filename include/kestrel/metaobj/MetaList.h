@@ -17,9 +17,10 @@ class MetaStruct;
 
 /// A sequence of scalars of one kind, or of structures of one declared shape.
 ///
-/// Every element is checked when it is added, so a list is always well-formed. The element kind
-/// and the declared structure never change. There are no lists of lists. Elements are shared with
-/// their other owners. For use in several threads see MetaObject.
+/// Every element is checked when it is added, so a list is well-formed unless another owner changes
+/// an element later. The element kind and the declared structure never change. There are no lists
+/// of lists. Elements are shared with their other owners. For use in several threads, see
+/// MetaObject.
 class KESTREL_API MetaList : public MetaObject {
  public:
   /// @{
@@ -30,12 +31,12 @@ class KESTREL_API MetaList : public MetaObject {
   ~MetaList() override;
 
   /// Makes an empty list of integers, booleans or strings.
-  /// Throws KestrelException for the kinds Struct and List.
+  /// Throws KestrelException for every other kind.
   static std::shared_ptr<MetaList> New(MetaType elementKind);
 
   /// @{
   /// Makes an empty list of structures that have the shape of `structure`. The list shares and
-  /// locks `structure`. If it is null, the list accepts no element.
+  /// locks `structure`. If `structure` is null, the list accepts no element.
   /// Throws KestrelException for every kind except Struct.
   static std::shared_ptr<MetaList> New(MetaType elementKind,
                                        const std::shared_ptr<MetaStruct>& structure);
@@ -69,11 +70,12 @@ class KESTREL_API MetaList : public MetaObject {
   void Add(std::string&& value);
   void Add(const std::string& value);
   /// @}
-  /// Always throws, as for every null item.
+  /// Always throws KestrelException, as for every null item.
   void Add(std::nullptr_t item);
 
   /// @{
-  /// Appends each value in turn. If one fails, those before it stay in the list.
+  /// Appends each value in turn, as `Add` does. If adding one throws, those before it stay in the
+  /// list.
   void AddAll(const std::vector<bool>& values);
   void AddAll(const std::vector<long>& values);
   void AddAll(const std::vector<std::string>& values);
@@ -86,7 +88,7 @@ class KESTREL_API MetaList : public MetaObject {
   /// The declared structure; null for a list of scalars and for a list made without a structure.
   std::shared_ptr<MetaStruct> GetListStructure() const;
 
-  /// All elements. The reference is valid as long as this object and shows later changes.
+  /// All elements. The reference is valid as long as this object exists, and shows later changes.
   const std::vector<std::shared_ptr<MetaObject>>& GetObjects() const { return items_; }
 
   /// The number of elements.
@@ -109,13 +111,13 @@ class KESTREL_API MetaList : public MetaObject {
   /// Reserves memory for at least `n` elements in addition to those in the list.
   void EnsureCapacity(std::size_t n);
 
-  /// Whether `item` may be added. If not, one message per problem is appended to `errors` unless
-  /// that is null. Never throws for a mismatch.
+  /// Whether `item` may be added. If not, messages that describe the mismatch are appended to
+  /// `errors` unless that is null. Never throws for a mismatch.
   bool Validate(const std::shared_ptr<MetaObject>& item, std::vector<std::string>* errors) const;
 
   /// Whether `other` is a list of the same element kind and, for structures, of the same declared
-  /// shape. A list of structures without a declared structure matches every list of structures. The
-  /// elements do not matter. A null `other` does not match.
+  /// shape. Two lists of structures also match if either has no declared structure. The elements do
+  /// not matter. A null `other` does not match.
   bool IsSameStructure(const std::shared_ptr<MetaObject>& other,
                        std::vector<std::string>* errors) const override;
 

@@ -22,24 +22,23 @@ KESTREL_API const std::string& MetaTypeString(const MetaType& type);
 
 /// The base of all values: a kind, a comparison of shapes, and a conversion to a string.
 ///
-/// Values are made only by the static `New` operations of the five value classes and have shared
-/// owners. A scalar never changes; a structure or list is filled first and only read once it has
-/// been passed on. A value must not contain itself at any depth: comparing or printing it would
-/// never end.
+/// Values are made by the static `New` operations of the five value classes and may have several
+/// owners. A scalar never changes; a structure or list is filled first and, after it has been
+/// passed on, only read. A value must not contain itself at any depth: comparing or printing it
+/// would never end.
 ///
-/// Values may be built, read and destroyed in several threads at the same time, as long as no two
-/// threads use the same value while one of them changes it. Only `SetField`, `RemoveField`,
-/// `LockStructure`, `Add`, `AddAll`, `Delete`, `Reserve` and `EnsureCapacity` change a value.
-/// Several threads may make structures and lists from one definition, although that locks the
-/// definition.
+/// Values may be built, read and destroyed in several threads at the same time, as long as no
+/// thread uses a value while another changes it. Only `SetField`, `RemoveField`, `LockStructure`,
+/// `Add`, `AddAll`, `Delete`, `Reserve` and `EnsureCapacity` change a value. Several threads may
+/// make structures and lists from one definition, although that locks the definition.
 class KESTREL_API MetaObject {
  public:
-  /// Passed to the constructors of the value classes. Only these classes can make one, so values
-  /// are made only by their `New` operations.
+  /// Passed to the constructors of the five value classes. Only these classes can make a flag, so
+  /// their objects are made only by their `New` operations.
   class FactoryFlag;
 
   /// Whether `other` has the same shape as this value. For a scalar: whether both have the same
-  /// kind; the values are not compared. A mismatch does not throw: one message per problem is
+  /// kind; the values are not compared. A mismatch does not throw: messages that describe it are
   /// appended to `errors` unless that is null. A null `other` differs from a scalar, without a
   /// message.
   virtual bool IsSameStructure(const std::shared_ptr<MetaObject>& other,

@@ -35,7 +35,7 @@ class KESTREL_API MetaString : public MetaObject {
   /// are checked; if they need escaping, the rest is dropped.
   static std::shared_ptr<MetaString> NewUtf8WithEscapes(std::string&& value);
 
-  /// The value. The reference is valid as long as this object.
+  /// The value. The reference is valid as long as this object exists.
   const std::string& GetValue() const { return value_; }
 
   /// The value itself, neither quoted nor escaped.
@@ -44,7 +44,7 @@ class KESTREL_API MetaString : public MetaObject {
   /// Makes the shared instance unless it exists already; returns true.
   static bool Init();
 
-  /// The result of the call of `Init()` when the library was loaded.
+  /// What `Init()` returned when the library was loaded.
   static bool _sInitialized;
 
  private:

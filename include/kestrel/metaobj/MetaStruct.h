@@ -30,9 +30,9 @@ KESTREL_API bool IsValidFieldName(const std::string& name);
 /// A structure: a type name and named fields, each a value with optional documentation.
 ///
 /// Fields are in ascending byte order of their names, whatever the order in which they were set. A
-/// structure may be bound to a definition, another structure; it may then have only fields that the
-/// definition has. After a structure is locked, no field can be added or removed. Values
-/// are shared with their other owners. For use in several threads see MetaObject.
+/// structure may be bound to another structure, its definition; it may then have only fields that
+/// the definition has. After a structure is locked, no field can be added or removed. Values are
+/// shared with their other owners. For use in several threads, see MetaObject.
 ///
 /// A null `const char*` counts as the empty string.
 class KESTREL_API MetaStruct : public MetaObject {
@@ -102,11 +102,11 @@ class KESTREL_API MetaStruct : public MetaObject {
   void SetField(const std::string& name, const std::vector<long>& value);
   void SetField(const std::string& name, const std::vector<bool>& value);
   /// @}
-  /// Always throws, as for every null value.
+  /// Always throws KestrelException, as for every null value.
   void SetField(const std::string& name, std::nullptr_t value);
 
   /// @{
-  /// As above, with a NUL-terminated name.
+  /// Like the operations above, with a NUL-terminated name.
   void SetField(const char* name, const std::shared_ptr<MetaObject>& value);
   void SetField(const char* name, const std::shared_ptr<MetaStruct>& value);
   void SetField(const char* name, const std::shared_ptr<MetaList>& value);
@@ -124,14 +124,14 @@ class KESTREL_API MetaStruct : public MetaObject {
   void SetField(const char* name, const std::vector<long>& value);
   void SetField(const char* name, const std::vector<bool>& value);
   /// @}
-  /// Always throws, as for every null value.
+  /// Always throws KestrelException, as for every null value.
   void SetField(const char* name, std::nullptr_t value);
 
   /// The value of the field, null when there is no such field.
   std::shared_ptr<MetaObject> GetField(const std::string& name) const;
 
-  /// The same value without sharing it, which is faster. The structure owns it: the pointer is
-  /// valid until the field is set again or removed, and not longer than this object.
+  /// Like `GetField`, but faster, because the value is not shared. The pointer is valid until the
+  /// field is set again or removed, or this object is destroyed.
   const MetaObject* FindField(const std::string& name) const;
 
   /// Whether there is a field of that name.
@@ -153,7 +153,7 @@ class KESTREL_API MetaStruct : public MetaObject {
   /// Throws KestrelException when the structure is locked, whether or not it has the field.
   void RemoveField(const std::string& name);
 
-  /// The type name. The reference is valid as long as this object.
+  /// The type name. The reference is valid as long as this object exists.
   const std::string& GetTypeName() const;
 
   /// Locks the structure permanently: from now on no field can be added or removed. Values can
@@ -169,9 +169,10 @@ class KESTREL_API MetaStruct : public MetaObject {
   /// Whether this structure has the shape of its definition; true when there is none.
   bool MatchesStructureDefinition() const;
 
-  /// Whether `other` has the same number of fields, with the same names and values of the same
-  /// shapes. One message per problem is appended to `errors` unless that is null. Another type name
-  /// appends a message but is not a mismatch. A null `other` matches, with a message.
+  /// Whether `other` is a structure with the same number of fields, with the same names and values
+  /// of the same shapes. The comparison ends at the first field that is missing or differs.
+  /// Messages that describe the mismatch are appended to `errors` unless that is null. A different
+  /// type name appends a message but is not a mismatch. A null `other` matches, with a message.
   bool IsSameStructure(const std::shared_ptr<MetaObject>& other,
                        std::vector<std::string>* errors) const override;
 
@@ -217,7 +218,7 @@ class KESTREL_API MetaStruct : public MetaObject {
   std::atomic<bool> locked_{false};  // several threads may lock one definition
   bool hasOwnIndex_ = false;
   const FieldLayout* layout_;  // shared; has no fields when the structure has its own index
-  std::unique_ptr<Overflow> overflow_;  // null while all values are in the slots below
+  std::unique_ptr<Overflow> overflow_;  // if null, all values are in the slots below
   std::array<std::shared_ptr<MetaObject>, kInlineSlots> inline_;
   std::shared_ptr<MetaStruct> definition_;
 };
