@@ -18,9 +18,9 @@ namespace Kestrel::AutoCli {
 /// prints results, listings and help to standard output, and messages to standard error.
 ///
 /// A user's mistakes become messages, with one exception: if a word of the path names nothing,
-/// every operation that handles a command line throws KestrelException and prints nothing. The
-/// options before the path control the dispatcher itself: --help, --plugin-dir, --plugin,
-/// --formatter, --format-param, --screen-width and --input.
+/// every operation that handles a command line throws KestrelException instead. The options before
+/// the path control the dispatcher itself: --help, --plugin-dir, --plugin, --formatter,
+/// --format-param, --screen-width and --input.
 class KESTREL_API CliDispatcher : public Dispatcher {
  public:
   CliDispatcher();
@@ -37,12 +37,15 @@ class KESTREL_API CliDispatcher : public Dispatcher {
 
   /// Handles one parsed command line. Returns whether a command ran without any error message;
   /// false when the children of a namespace were listed. If the line requests the dispatcher's own
-  /// help, even in a stream, ends the process with `exit(1)`. `fromArgv` enables --input.
+  /// help, even in a stream, ends the process with `exit(1)`. `fromArgv` enables --input: the
+  /// result is then that of `ParseStreamInput`, or false if the input cannot be read.
   bool HandleOptions(OptionParser& parser, bool fromArgv);
 
-  /// Applies the dispatcher options of `parser`: loads plug-ins, sets the chosen formatter and its
-  /// parameters in `params`, and adds an error message to `output` for each mistake. Returns false
-  /// only if help was requested, which has then been printed.
+  /// Applies the dispatcher options of `parser`: sets the screen width, loads plug-ins, and sets
+  /// the chosen formatter and its parameters in `params`. Adds error messages to `output` for
+  /// unknown options and for mistakes in --formatter and --format-param; a plug-in that cannot be
+  /// loaded is reported on standard error. Returns false only if help was requested; then prints
+  /// the help and applies no option.
   bool HandleDispatcherOptions(OptionParser& parser, FormatParameters& params,
                                const std::shared_ptr<CallSpec::Output>& output);
 

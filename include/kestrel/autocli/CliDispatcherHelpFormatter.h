@@ -31,14 +31,14 @@ class KESTREL_API CliDispatcherHelpFormatter : public Formatter {
               DisplayContext& display, std::ostream& out) override;
 
   /// Sets `value` to the string in `field` of `structure` and returns true. If there is no such
-  /// field, or if `structure` is null, sets it to the name of the field in angle brackets and
-  /// returns false.
+  /// field, its value is not a string, or `structure` is null, sets `value` to the name of the
+  /// field in angle brackets and returns false.
   bool ExtractString(const std::string& field, std::shared_ptr<MetaObj::MetaStruct> structure,
                      std::string& value);
 
-  /// Prints a table to `out`: name and description of each node whose "Type" is `typeName`, in the
-  /// order of `nodes`. If `nodes` is null or has no structure type, prints an error message instead
-  /// and returns false.
+  /// Prints a heading and a table to `out`: name and description of each node whose "Type" is
+  /// `typeName`, in the order of `nodes`. If `nodes` is null or has no structure type, prints an
+  /// error message in place of the table and returns false.
   bool HandleList(const std::string& typeName, std::shared_ptr<MetaObj::MetaList> nodes,
                   DisplayContext& display, std::ostream& out);
 };

@@ -28,8 +28,8 @@ class KESTREL_API Command : public CommandSpec, public CallSpec::CallTarget {
   void Execute(const std::shared_ptr<CallSpec::Input>& input,
                const std::shared_ptr<CallSpec::Output>& output) override;
 
-  /// Does the command's work: sets the root object of `output` or adds error messages to it. Called
-  /// by `Execute` with the same arguments.
+  /// Does the command's work: sets the root object or adds error messages in `output`. Called by
+  /// `Execute` with the same arguments.
   virtual void ExecuteInternal(const std::shared_ptr<CallSpec::Input>& input,
                                const std::shared_ptr<CallSpec::Output>& output) = 0;
 

@@ -26,17 +26,17 @@ class KESTREL_API CommandInput : public CallSpec::Input {
   explicit CommandInput(FactoryFlag flag);
   ~CommandInput() override;
 
-  /// Sets the name of the dispatcher, as the user typed it.
+  /// Sets the name of the dispatcher, which help pages show.
   void SetDispatcher(const std::string& dispatcher);
 
-  /// The name of the dispatcher. The reference is valid as long as this object.
+  /// The name of the dispatcher. The reference is valid as long as this object exists.
   const std::string& GetDispatcher() const;
 
   /// Sets the path to a copy of `path`: the names of the namespaces below the root, then the name
   /// of the command.
   void SetCommandPath(const std::list<std::string>& path);
 
-  /// The path. The reference is valid as long as this object.
+  /// The path. The reference is valid as long as this object exists.
   const std::list<std::string>& GetCommandPath() const;
 
   /// The elements of the path, joined with a space.

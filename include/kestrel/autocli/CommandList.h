@@ -20,8 +20,8 @@ class KESTREL_API CommandList : public Command {
   };
 
  public:
-  /// Makes a command that lists the commands below `root`. It does not own `root` and must not run
-  /// after `root` has been destroyed.
+  /// Makes a command that lists the commands below `root`. The command does not own `root` and must
+  /// not run after `root` has been destroyed.
   static std::shared_ptr<CommandList> New(std::shared_ptr<Namespace> root);
 
   /// For `New` only; no other caller can make the flag.
@@ -39,8 +39,8 @@ class KESTREL_API CommandList : public Command {
   static std::shared_ptr<MetaObj::MetaStruct> GetOutputStructure();
 
   /// Sets the root object of `output` to the list of the commands that match all given filters. The
-  /// order is depth first, and the byte order of the names within a namespace. A filter is a string
-  /// that the namespace, name or description must contain; case matters.
+  /// order is depth first; within a namespace, it is the byte order of the names. A filter is a
+  /// string that the namespace, name or description must contain; case matters.
   void ExecuteInternal(const std::shared_ptr<CallSpec::Input>& input,
                        const std::shared_ptr<CallSpec::Output>& output) override;
 

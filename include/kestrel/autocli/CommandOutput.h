@@ -28,7 +28,7 @@ class KESTREL_API CommandOutput : public CallSpec::Output {
   /// Sets the formatted string.
   void SetFormattedString(const std::string& text);
 
-  /// The formatted string. The reference is valid as long as this object.
+  /// The formatted string. The reference is valid as long as this object exists.
   const std::string& GetFormattedString() const;
 
  private:

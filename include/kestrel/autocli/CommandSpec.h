@@ -29,8 +29,9 @@ class KESTREL_API CommandSpec : public CallSpec::CallTargetSpec, public Namespac
 
   /// The command's parameters and the parameter "help" ("h"). The first call requests the
   /// specification from the command and adds "help"; later calls return the same object. Throws
-  /// KestrelException when the command returns null or declares a "help" of its own. In the second
-  /// case, later calls do not throw; they return the specification as the command made it.
+  /// KestrelException when the command returns null, or declares a parameter "help" or a short name
+  /// "h" of its own. In the second case, later calls do not throw; they return the specification as
+  /// the command made it.
   std::shared_ptr<CallSpec::InputSpec> GetInputSpec() override;
 
   /// The command's declared result. The first call requests it from the command; later calls return
@@ -84,7 +85,7 @@ class KESTREL_API CommandSpec : public CallSpec::CallTargetSpec, public Namespac
   /// Overload for a C string; null counts as the empty string.
   void SetDefaultOutputFormatter(const char* name);
 
-  /// Sets one parameter of that formatter; a second value replaces the first.
+  /// Sets one parameter of the default formatter; a second value of a name replaces the first.
   void SetDefaultOutputParameter(std::string name, std::string value);
 
   /// Overload for C strings; null counts as the empty string.
@@ -99,11 +100,11 @@ class KESTREL_API CommandSpec : public CallSpec::CallTargetSpec, public Namespac
   void GenerateHelpOutput(const std::shared_ptr<CallSpec::Input>& input,
                           const std::shared_ptr<CallSpec::Output>& output);
 
-  /// Adds a metadata entry of the command's descriptor; a second value of a name replaces the
-  /// first.
+  /// Adds a meta-data entry, which describes the command for other programs; a second value of a
+  /// name replaces the first.
   void AddMetaData(const std::string& name, const std::string& value);
 
-  /// The metadata entries by name.
+  /// The meta-data entries by name.
   const std::map<std::string, std::string>& GetMetaData() const;
 
  protected:

@@ -96,18 +96,19 @@ class KESTREL_API Dispatcher {
 
   /// Finds the command as `GetCommand` does, passes its declaration to `input`, validates the
   /// parameters, and runs the command if they are valid. Problems become error messages of
-  /// `output`. Returns whether a command was found and `output` has no error. Throws
-  /// KestrelException when the command's declaration is broken.
+  /// `output`. Returns whether a command was found and `output` has no error. When the command's
+  /// declaration is broken, throws KestrelException or, for a regular expression that does not
+  /// compile, `std::runtime_error`.
   bool ExecuteCommand(std::shared_ptr<CommandInput> input, std::shared_ptr<CommandOutput> output);
 
   /// The default formatter and parameters of the command that `GetCommand` finds. If it finds none,
-  /// the result is empty, and its error messages are added to `output`.
+  /// the result is empty, and `output` has the error messages of `GetCommand`.
   FormatParameters GetDefaultOutputFormatParameters(std::shared_ptr<CommandInput> input,
                                                     std::shared_ptr<CommandOutput> output);
 
   /// Prints `output` to `out` with the formatter that `params` names; prints nothing when the name
   /// is empty. Returns false and adds an error message to `output` when there is no formatter of
-  /// that name or when it throws KestrelException.
+  /// that name or when the formatter throws KestrelException.
   bool FormatOutput(const std::shared_ptr<CallSpec::Output>& output, FormatParameters& params,
                     DisplayContext& display, std::ostream& out);
 
@@ -118,10 +119,11 @@ class KESTREL_API Dispatcher {
   std::map<std::string, std::shared_ptr<Plugin>> formatterOwners_;
   std::vector<std::shared_ptr<Plugin>> plugins_;
 
-  // Shared objects that are not listed but whose code commands in the tree may need.
+  // Shared objects that are not listed, but contain code that commands in the tree may need.
   std::vector<std::shared_ptr<Plugin>> retained_;
 
-  // Must be the last member: the tree is destroyed first, while the code of its commands is loaded.
+  // Must be the last member: the tree is destroyed first, while the code of its commands is still
+  // loaded.
   std::shared_ptr<RootNamespace> root_;
 };
 

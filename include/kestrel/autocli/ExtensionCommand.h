@@ -34,8 +34,8 @@ class KESTREL_API ExtensionCommand : public Command {
   ~ExtensionCommand() override;
 
   /// @{
-  /// Set the declared parameters and output, which the command shares with the caller. They are
-  /// read when the command is first asked for them; do not change them afterwards.
+  /// Set the declared parameters and output, which the command shares with the caller. Call these
+  /// before the command is used, and do not change the specifications afterwards.
   void SetInputSpec(const std::shared_ptr<CallSpec::InputSpec>& spec);
   void SetOutputSpec(const std::shared_ptr<CallSpec::OutputSpec>& spec);
   /// @}
@@ -55,8 +55,8 @@ class KESTREL_API ExtensionCommand : public Command {
   /// Errors become messages of `output`. If the output of the child process begins with lines that
   /// begin with "ERROR:", each of them becomes a message. There is a single message when nothing
   /// was printed, or when the printed value is invalid. When `SubstituteInput` refuses a value,
-  /// there is a single message too, and nothing is run. Throws KestrelException when the child
-  /// process cannot be run.
+  /// there is a single message too, and nothing is run. Throws KestrelException when a marker does
+  /// not fit the type of its parameter, and when the child process cannot be run.
   void ExecuteInternal(const std::shared_ptr<CallSpec::Input>& input,
                        const std::shared_ptr<CallSpec::Output>& output) override;
 
@@ -65,9 +65,9 @@ class KESTREL_API ExtensionCommand : public Command {
   ///
   /// In a command line, values are escaped for the shell unless the form of the marker says
   /// otherwise, and lose their NUL bytes, which a command line cannot contain. Throws
-  /// KestrelException when a marker does not fit the type of its parameter, and when a value
-  /// outside of quotes contains a "#" and, later, a newline: the "#" could begin a comment of the
-  /// shell, and the newline end it.
+  /// KestrelException when a marker does not fit the type of its parameter, and when values outside
+  /// of quotes in a command line contain a "#" and, later, a newline: the "#" could begin a comment
+  /// of the shell, and the newline could end it.
   std::string SubstituteInput(const std::shared_ptr<CallSpec::Input>& input, bool forStdin);
 
   /// Returns `value` with a backslash before every character for which `isBadChar` is true.

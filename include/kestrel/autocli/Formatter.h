@@ -38,7 +38,7 @@ class KESTREL_API Formatter {
   /// Returns the name. The reference is valid as long as the formatter exists.
   const std::string& GetName() const;
 
-  /// Returns a one-sentence description for users, empty if the derived class has set none.
+  /// Returns a short description for users, empty if the derived class has set none.
   const std::string& GetDescription() const;
 
   /// Returns the documented parameters, in the order in which they are listed for users.

@@ -15,7 +15,7 @@ struct FormatterParam {
   /// A description for users.
   std::string description;
 
-  /// True only for "fields:<TypeName>" of the table formatter. The library does not use it.
+  /// The library sets it only for "fields:<TypeName>" of the table formatter, and never reads it.
   bool flag = false;
 };
 

@@ -15,9 +15,10 @@ namespace Kestrel::AutoCli {
 /// The formatter "json". Prints any value as JSON, for scripts. It has no parameters.
 ///
 /// A structure becomes an object with its fields in byte order of their names, a list becomes an
-/// array. The line breaks are fixed; a document with a structure or list begins with an empty line.
-/// Strings are escaped byte by byte: a UTF-8 character of two bytes becomes two escapes. A reader
-/// restores the string by converting each code point to one byte. Field names are not escaped.
+/// array. The line breaks are fixed; a document whose root is a structure or list begins with an
+/// empty line. Strings are escaped byte by byte: a UTF-8 character of two bytes becomes two
+/// escapes. A reader restores the string by converting each code point to one byte. Field names are
+/// not escaped.
 ///
 /// For a value that cannot be printed, the output contains an error message on a line in its place
 /// and is not valid JSON. Nesting is limited by memory only.

@@ -85,7 +85,8 @@ class KESTREL_API NamespaceNode : public std::enable_shared_from_this<NamespaceN
 
   /// Follows the names in `path`, starting with a child of this node, and returns the last node;
   /// null for an empty `path`. Throws KestrelException at the first name that does not exist;
-  /// `path` then contains only the names after that one. Otherwise `path` is unchanged.
+  /// `path` then contains only the names after that one, or also that one if the name before it is
+  /// that of a command. Otherwise `path` is unchanged.
   virtual std::shared_ptr<NamespaceNode> ResolveNode(std::list<std::string>& path);
 
   /// Returns the child `name`, whatever its type. If there is none, registers a new namespace
@@ -102,7 +103,8 @@ class KESTREL_API NamespaceNode : public std::enable_shared_from_this<NamespaceN
   /// The parent; null when none was set, when it has been destroyed, and always for a root.
   virtual std::shared_ptr<NamespaceNode> GetParent() = 0;
 
-  /// The node's name; empty until it is registered. The reference is valid as long as the node.
+  /// The node's name; empty until it is registered. The reference is valid as long as the node
+  /// exists.
   const std::string& GetName() const;
 
   /// Sets the node's name; a parent still lists the node under its earlier name. Throws
@@ -117,7 +119,7 @@ class KESTREL_API NamespaceNode : public std::enable_shared_from_this<NamespaceN
   /// Overload for a C string; null counts as the empty string.
   void SetDescription(const char* description);
 
-  /// The description; empty until it is set. The reference is valid as long as the node.
+  /// The description; empty until it is set. The reference is valid as long as the node exists.
   const std::string& GetDescription() const;
 
  protected:

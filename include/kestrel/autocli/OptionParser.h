@@ -45,7 +45,8 @@ class KESTREL_API OptionParser {
   void ParseVector(std::vector<std::string> tokens);
 
   /// Splits `line` into tokens and parses them. Returns false after parsing, and true if there was
-  /// nothing to parse: the line is empty, consists of spaces and tabs, or is a comment.
+  /// nothing to parse, for example because the line is empty, consists of spaces and tabs, or is a
+  /// comment.
   ///
   /// Spaces and tabs separate tokens, except within double quotes, which are removed everywhere. An
   /// unbalanced quote extends to the end of the line. A line is a comment if its first character
@@ -62,13 +63,14 @@ class KESTREL_API OptionParser {
   /// effect.
   ///
   /// Words that belong to no option become a parse error. If a declaration is set, the user is
-  /// prompted for a secret parameter without a value; any other parameter that needs a value and
-  /// has none becomes a parse error.
+  /// prompted for a secret parameter that was given without a value; any other parameter that needs
+  /// a value and has none becomes a parse error. Throws KestrelException when reading the secret
+  /// fails.
   void ProcessCommandArguments();
 
   /// The command's parameters as (name, value) pairs in the order typed; calls
   /// ProcessCommandArguments first. Names have no dashes and are short or long, as typed. The
-  /// reference, like those that the operations below return, is valid as long as the parser.
+  /// reference, like those that the operations below return, is valid as long as the parser exists.
   const std::vector<std::pair<std::string, std::string>>& GetCommandParameters();
 
   /// The values of all command parameters with exactly this name, in the order typed; calls
@@ -88,7 +90,7 @@ class KESTREL_API OptionParser {
   /// Whether there is a dispatcher option with exactly this name.
   bool HasDispatcherParameter(const std::string& name) const;
 
-  /// The dispatcher name: the name of the program as it was called.
+  /// The dispatcher name: argv[0] of `ParseArgv`, or the name that the parser was made with.
   const std::string& GetDispatcher() const;
 
   /// The words of the path in the order typed: namespaces, then the command.
@@ -110,8 +112,9 @@ class KESTREL_API OptionParser {
   /// Reads one line from standard input while the terminal does not echo; returns it without its
   /// line end, or the empty string at the end of the input.
   ///
-  /// The modes of the terminal are restored in all cases, even before a signal ends or stops the
-  /// process. Input that is not a terminal is read the same way.
+  /// The modes of the terminal are restored in all cases, even before a signal that can be caught
+  /// ends or stops the process. Input that is not a terminal is read the same way. Throws
+  /// KestrelException when reading fails.
   std::string GetSilentString();
 
   /// Whether `token` is an option.
@@ -129,7 +132,7 @@ class KESTREL_API OptionParser {
 
   /// Pops the options and their values on top of the stack, up to the first word that is not the
   /// value of an option; returns them from left to right. Missing values are handled as
-  /// ProcessCommandArguments does.
+  /// in ProcessCommandArguments.
   ///
   /// The value of an option without "=" is the next token if that is a word, even if the option is
   /// a flag.

@@ -15,8 +15,10 @@ namespace Kestrel::AutoCli {
 
 /// Adds namespaces, commands and formatters to a dispatcher.
 ///
-/// A dispatcher calls `Initialize` once, then `RegisterNamespaces` once, then asks for the
-/// formatters. From then on it shares the ownership of the plug-in.
+/// `Initialize` is called once: by the dispatcher for a plug-in that it loads from a file,
+/// otherwise by the caller of `Dispatcher::RegisterPlugin`. The dispatcher then calls
+/// `RegisterNamespaces` once and asks for the formatters. From then on, it shares the ownership of
+/// the plug-in.
 class KESTREL_API Plugin {
  public:
   virtual ~Plugin();

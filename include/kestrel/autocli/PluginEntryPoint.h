@@ -30,9 +30,10 @@ __attribute__((used)) const unsigned AutoCli_PluginAbi = KESTREL_PLUGIN_ABI;
 /// The entry point of a shared-library plug-in. Every such plug-in defines it; the library does
 /// not.
 ///
-/// It is called once, after the plug-in was opened. It must add the plug-in's namespaces and
+/// It is called once, after the plug-in has been opened. It must add the plug-in's namespaces and
 /// commands below `root`, and must not keep `root` itself. When it throws KestrelException, the
-/// message is reported with the path of the plug-in, and what it registered before stays. A plug-in
-/// that includes this header exports its definition even if it is built with hidden visibility.
+/// plug-in fails to load, with that message and the path of the plug-in; what was registered before
+/// stays. The entry point is exported even from a plug-in that is built with hidden visibility, if
+/// its definition follows this declaration.
 extern "C" KESTREL_API void AutoCli_RegisterNamespaces(
     std::shared_ptr<Kestrel::AutoCli::Namespace> root);

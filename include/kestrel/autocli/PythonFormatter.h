@@ -16,10 +16,10 @@ namespace Kestrel::AutoCli {
 /// The formatter "python". Prints any value on one line, as an expression in the Python language
 /// that consists of dictionaries, lists, strings, integers and booleans. It has no parameters.
 ///
-/// In strings, only quotation marks and newlines are escaped. A string with a backslash therefore
-/// reads back as a different string or causes a syntax error. For output that it does not trust, a
-/// script should use `ast.literal_eval`, never `eval`, or read JSON instead. Field names are not
-/// escaped.
+/// In strings, only double quotes and newlines are escaped. A string with a backslash therefore may
+/// read back as a different string or cause a syntax error. A script should read output that it
+/// does not trust with `ast.literal_eval`, never with `eval`, or read JSON instead. Field names are
+/// not escaped.
 ///
 /// If the class of a value does not match its kind, the output contains an error message in its
 /// place. Nesting is limited by memory only.

@@ -17,8 +17,9 @@ class FileDescriptor;
 /// A plug-in in a shared object. It registers its namespaces and commands through the entry point
 /// that PluginEntryPoint.h declares, and has no formatters.
 ///
-/// The shared object stays loaded as long as this object exists. The registered commands run its
-/// code, so this object must outlive the tree that contains them.
+/// The shared object stays loaded as long as the SharedLibraryPlugin exists. The registered
+/// commands run code of the shared object, so the SharedLibraryPlugin must outlive the tree that
+/// contains them.
 class KESTREL_API SharedLibraryPlugin : public Plugin {
   struct FactoryFlag {  // private, so only New can construct
     explicit FactoryFlag() = default;
@@ -46,7 +47,7 @@ class KESTREL_API SharedLibraryPlugin : public Plugin {
   /// entry point; the file is closed then. Also throws it for:
   /// - a path with "/" that names something other than a regular file,
   /// - a path with "/" of a file that was cut short, because the loader would crash,
-  /// - a file that the process does not trust, if it checks that (see
+  /// - a path with "/" of a file that the process does not trust, if the process checks that (see
   ///   Dispatcher::AddDefaultDirectories),
   /// - a plug-in that was compiled with another KESTREL_PLUGIN_ABI; the message contains both
   ///   numbers.
@@ -78,8 +79,8 @@ class KESTREL_API SharedLibraryPlugin : public Plugin {
 
   std::string path_;
   bool isInDefaultFolder_ = false;
-  // The loader knows a checked file by a name in /proc that refers to this descriptor, so the
-  // descriptor stays open.
+  // The loader knows a checked file by a name in /proc that refers to this file descriptor, which
+  // therefore stays open.
   std::shared_ptr<const FileDescriptor> file_;
   LibraryHandle handle_;
   RegisterFunction registerFunction_ = nullptr;

@@ -22,9 +22,11 @@ namespace Kestrel::AutoCli {
 /// Parameters:
 /// - "fields:<TypeName>" or "fields" lists the fields to print. Names are not trimmed.
 /// - "header:<TypeName>" is the header of a structure; "<NONE>" omits it. If the header contains
-///   markers "%<Field>%", the last one and its repetitions are replaced by the text of that field;
-///   other markers stay.
+///   placeholders "%<Field>%", the last one and its repetitions are replaced by the text of that
+///   field; other placeholders stay.
 /// - "align-fields" = "true" pads all field names to the same length.
+/// - "printf:<TypeName>.<Field>" and "units:<TypeName>.<Field>" are described at
+///   AutoCli_FormatField.
 ///
 /// For a value that cannot be printed, the output contains an error message in its place. Nesting
 /// is limited by memory only.

@@ -21,11 +21,13 @@ namespace Kestrel::AutoCli {
 /// The first of these parameters that is present lists the columns: "fields:<TypeName>", "fields",
 /// "table-columns". Without any, there is a column for each field of the list's structure type, in
 /// byte order of the names. Names are trimmed. Three parameters switch parts of the layout:
-/// - "show-header" (or "table-header" if that is absent or empty) = "false" omits header and line.
+/// - "show-header" (or "table-header", if "show-header" is absent or empty) = "false" omits the
+///   header and the line.
 /// - "header-line" = "false" omits the line.
 /// - "wrap-last" = "true" wraps the last column to the width of the display.
 ///
-/// A byte takes one column of the display.
+/// "printf:<TypeName>.<Field>" and "units:<TypeName>.<Field>" are described at AutoCli_FormatField;
+/// they do not apply to a wrapped column. A byte takes one column of the display.
 class KESTREL_API TableFormatter : public Formatter {
  public:
   TableFormatter();

@@ -36,8 +36,8 @@ KESTREL_API bool AutoCli_IsValidName(const std::string& name);
 /// The format may contain literal text, "%%", "%m" and one conversion of the value (or several of
 /// the form "%1$d"): d, i, o, u, x, X or c for an integer or a boolean, s for a string. The result
 /// is cut to the combined length of the format and `value->ToString()`, plus 64 bytes. For any
-/// other format, the result is an error message without units. A structure or list is printed as an
-/// empty string.
+/// other format, the result is an error message without units. With a format, a structure or list
+/// is printed as an empty string.
 KESTREL_API std::string AutoCli_FormatField(const std::string& typeName,
                                             const std::string& fieldName,
                                             std::shared_ptr<MetaObj::MetaObject> value,

@@ -21,8 +21,8 @@ using xmlNode = struct _xmlNode;
 
 namespace Kestrel::AutoCli {
 
-/// A plug-in that is declared by an XML descriptor: namespaces, and commands that run shell command
-/// lines. It has no formatters.
+/// A plug-in that an XML descriptor declares. It adds namespaces, and commands that run shell
+/// command lines. It has no formatters.
 class KESTREL_API XmlPlugin : public Plugin {
   struct ConstructionKey {
     explicit ConstructionKey() = default;
@@ -49,8 +49,9 @@ class KESTREL_API XmlPlugin : public Plugin {
   /// Inserts the declared namespaces and commands below `root`. A top-level namespace that exists
   /// with the same description is shared.
   ///
-  /// Throws KestrelException when a path is taken; then nothing is inserted. Also throws it when a
-  /// parent does not exist or a name is invalid; then what was inserted before stays.
+  /// Throws KestrelException when a path is taken; then nothing is inserted. Also throws it when
+  /// the descriptor declares a path twice, a parent does not exist or a name is invalid; then what
+  /// was inserted before stays.
   void RegisterNamespaces(std::shared_ptr<Namespace> root) override;
 
   /// Returns false.
@@ -65,7 +66,7 @@ class KESTREL_API XmlPlugin : public Plugin {
   static std::list<std::string> SplitPath(const std::string& path);
 
   /// @{
-  /// Read an element of a descriptor and keep what it declares for `RegisterNamespaces`. Throw
+  /// Read an element of a descriptor and store what it declares for `RegisterNamespaces`. Throw
   /// KestrelException when the element is invalid.
   void AddNamespaces(const xmlNode* node);
   void AddNamespace(const xmlNode* node);

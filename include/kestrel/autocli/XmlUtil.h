@@ -16,16 +16,17 @@ using xmlNode = struct _xmlNode;
 
 namespace Kestrel::AutoCli {
 
-// Functions on the nodes of a libxml2 document, which the caller keeps. `node` must not be null.
+// Functions on the nodes of a libxml2 document, which the caller owns. `node` must not be null.
 //
 // Reading an attribute or building a value throws KestrelException when the references to entities
-// in it stand for more than 10 MB of text.
+// in that attribute or value stand for more than 10 MB of text.
 
 /// Returns the value of an attribute; empty when the node has no attribute of that name.
 KESTREL_API std::string XmlUtil_ExtractAttribute(const xmlNode* node, const std::string& name);
 
-/// Returns the content of the last child of `node` that is text, a CDATA section or a comment.
-/// White space is kept. Empty when there is no such child.
+/// Returns the content of the last child of `node` that has one: text, a CDATA section, a comment,
+/// a processing instruction or a reference to an entity. White space is kept. Empty when there is
+/// no such child.
 KESTREL_API std::string XmlUtil_GetContent(const xmlNode* node);
 
 /// Returns the content of the child named `tag`; empty when there is none. Throws KestrelException
@@ -46,13 +47,13 @@ KESTREL_API std::shared_ptr<MetaObj::MetaStruct> BuildMetaStruct(const xmlNode* 
 /// invalid.
 KESTREL_API std::shared_ptr<MetaObj::MetaList> BuildMetaList(const xmlNode* node);
 
-/// Reads a value document: the first value element in the root element is its value.
+/// Reads a value document: the first element in the root element describes its value.
 ///
-/// Returns null when the root contains no value element, and when `text` is not well-formed or
-/// longer than INT_MAX bytes. Throws KestrelException when the value cannot be built, when memory
-/// runs out, when an element has more than 10,000 attributes, and when the entities stand for more
-/// than 10 MB of text. Diagnostics of the parser go to the channel of libxml2, which is standard
-/// error by default.
+/// Returns null when the root contains only text, CDATA sections and comments, and when `text` is
+/// not well-formed or longer than INT_MAX bytes. Throws KestrelException when the value cannot be
+/// built, when memory runs out, when an element has more than 10,000 attributes, and when the
+/// entities stand for more than 10 MB of text. Diagnostics of the parser go to the channel of
+/// libxml2, which is standard error by default.
 KESTREL_API std::shared_ptr<MetaObj::MetaObject> XmlUtil_ParseXmlOutput(const std::string& text);
 
 }  // namespace Kestrel::AutoCli
