@@ -154,7 +154,8 @@ inline Verdict CheckHostileRun(const TestTool& tool, const Words& words, Canary&
 /// takes a value, and checks that the values are refused or treated as data.
 ///
 /// `words` are the parameters of a valid call. Without them, those of the command's first example
-/// are used. For a command that changes something, the script for the shell is made, but not run.
+/// are used. For a command that changes something, the script for the shell is made but not run,
+/// and no problems are reported.
 inline Verdict RunHostileValues(const TestTool& tool, const std::string& path, Words words = {}) {
   Verdict verdict;
   const auto commands = tool.GetCommands();

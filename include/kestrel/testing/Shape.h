@@ -34,7 +34,7 @@ inline void AddStructures(const std::shared_ptr<MetaObj::MetaObject>& value, Str
 }
 
 /// Checks that the format parameters `fields` and `fields:TYPE` of a command name only fields of
-/// its declared result. The formatters print nothing for other fields.
+/// its declared result. For other fields, the formatters print an error message.
 inline Verdict CheckFields(AutoCli::Command& command) {
   Verdict verdict;
   Structures structures;

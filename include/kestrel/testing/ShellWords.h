@@ -9,8 +9,9 @@
 
 namespace Kestrel::Testing {
 
-/// Splits text into words as a shell does: at spaces and line feeds outside quotes, without the
-/// quotes and the backslashes. Expansions are not performed.
+/// Splits text into words much as a shell does: at spaces and line feeds outside quotes, without
+/// the quotes. A backslash outside single quotes is removed and quotes the next byte. Expansions
+/// are not performed.
 inline std::vector<std::string> SplitShellWords(const std::string& text) {
   std::vector<std::string> words;
   bool isOpen = false;

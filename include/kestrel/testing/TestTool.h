@@ -40,7 +40,8 @@ using FormatPairs = std::vector<std::pair<std::string, std::string>>;
 class CommandRun {
  public:
   /// The bytes on standard output: the result in the format of the command, a help page, a list of
-  /// namespaces and commands, or the usage. The width is that of a pipe: unlimited.
+  /// namespaces and commands, or the usage. The width is unlimited, as on a pipe, except for a
+  /// list: it is fitted to the terminal of the test, if there is one.
   const std::string& Output() const { return printed_; }
 
   /// The messages on standard error, without the heading "Errors: ".
@@ -49,7 +50,8 @@ class CommandRun {
   /// The exit status: 0 or 1.
   int Status() const { return status_; }
 
-  /// The value that the command returned; null if there is none.
+  /// The value that the command returned, or the structure of a help page or of a list; null if
+  /// there is none.
   std::shared_ptr<MetaObj::MetaObject> Result() const { return output_->GetRootObject(); }
 
   /// The command that the line names; null if it names none.
@@ -58,7 +60,7 @@ class CommandRun {
   /// The whole output of the call.
   const std::shared_ptr<AutoCli::CommandOutput>& GetOutput() const { return output_; }
 
-  /// The dispatcher that ran the command; it exists as long as the run.
+  /// The dispatcher that ran the command; it exists as long as the run does.
   AutoCli::CliDispatcher& GetDispatcher() const { return *dispatcher_; }
 
   /// The formatter and the parameters that printed `Output`.
@@ -104,8 +106,8 @@ class CoutCapture {
 // NOLINTBEGIN(google-explicit-constructor)
 class TestTool {
  public:
-  /// Loads a file, a shared object or a descriptor. A path without "/" is searched for in the
-  /// folders of the system's loader, so write "./greet.so".
+  /// Loads the plug-in in a file: a shared object or a descriptor. A shared object whose path has
+  /// no "/" is searched for in the folders of the system's loader, so write "./greet.so".
   TestTool(const std::string& file) : TestTool({file}) {}
   /// As above.
   TestTool(const char* file) : TestTool({std::string(file)}) {}
@@ -124,7 +126,7 @@ class TestTool {
   }
   // NOLINTEND(google-explicit-constructor)
 
-  /// The dispatcher, which exists as long as the tool and its runs.
+  /// The dispatcher, which exists as long as the tool or one of its runs does.
   AutoCli::CliDispatcher& GetDispatcher() const { return *dispatcher_; }
 
   /// The commands of the plug-in under test, by path; the words of a path are separated by a space.
@@ -253,8 +255,8 @@ class TestTool {
 inline CommandRun Run(const TestTool& tool, const Words& words) { return tool.Run(words); }
 
 /// Returns the result of a run as another formatter prints it, with `parameters` in addition to
-/// those of the command, on a screen of `width` columns (0: unlimited). An empty name means the
-/// formatter of the run. Returns an empty string for a run without a result. Throws
+/// those of the run, on a screen of `width` columns (0: unlimited). An empty name means the
+/// formatter of the run. Returns an empty string if the status of the run is not 0. Throws
 /// KestrelException if there is no such formatter, or if it cannot print the result.
 inline std::string Printed(const CommandRun& run, const std::string& formatter = "",
                            const FormatPairs& parameters = {}, std::uint16_t width = 0) {
