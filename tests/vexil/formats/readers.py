@@ -73,6 +73,8 @@ def mixed(value):
 
 
 def has_shape(expected, value):
+    if type(expected) is not type(value):
+        return False
     if isinstance(expected, Struct):
         return (sorted(name for name, _ in expected.fields) ==
                 sorted(name for name, _ in value.fields) and
