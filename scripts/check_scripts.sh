@@ -7,9 +7,11 @@
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-find run test .ci/run . -path ./build -prune -o \
-  \( -path run -o -path test -o -path .ci/run -o -name '*.sh' -o -name '*.bash' \) -print0 |
-  sort -zu | xargs -0 shellcheck --external-sources
+find . -path ./build -prune -o -type f \
+  \( -path ./run -o -path ./test -o -path ./bench -o -path ./.ci/run -o \
+  -path './debian/tests/*' ! -name control -o -path ./debian/vexil-tools.install -o \
+  -name '*.sh' -o -name '*.bash' \) -print0 |
+  sort -z | xargs -0 shellcheck --external-sources
 shopt -s nullglob
 for program in plugins/shell-common/value-document plugins/*/*.pl; do
   perl -c "$program" 2>&1 | sed '/ syntax OK$/d'
