@@ -172,6 +172,13 @@ class FleetCase(unittest.TestCase):
     def set_fields(host: Host, fields: str) -> None:
         host.add_descriptor("volume", _DESCRIPTOR % fields)
 
+    @staticmethod
+    def declare_harmless(host: Host) -> None:
+        """Makes a host declare that `volume clear` changes nothing, so that it needs no
+        confirmation."""
+        host.add_descriptor("volume", (_DESCRIPTOR % "").replace(
+            '"changes">true<', '"changes">false<'))
+
     def command(self, *words: Union[str, bytes], hosts: Optional[str] = None) -> List[Any]:
         return [PROGRAM, "-o", f"-F{self.fleet.ssh_config}", "-w", hosts or self.all_hosts, *words]
 

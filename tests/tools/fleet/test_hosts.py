@@ -381,6 +381,33 @@ class Changes(FleetCase):
         self.assertEqual(2, result.status)
         self.assertEqual([], self.cleared())
 
+    def test_what_a_host_has_answered_is_printed_if_others_need_a_confirmation(self) -> None:
+        self.declare_harmless(self.fleet["web1"])
+        report = self.fleet.folder / "report"
+        result = self.call("--formatter=ndjson", "--report", str(report), "volume", "clear")
+        self.assertEqual([{"Host": "web1", "Value": True}], result.rows)
+        self.assertTrue(result.err.endswith(
+            "'volume clear' changes something, on 3 hosts: web[2-4]\n"
+            "Nobody can be asked: repeat the call with --yes.\n"
+            "web[2-4]: not started\n"), result.err)
+        self.assertEqual(1, result.status)
+        self.assertEqual(["web1"], self.cleared())
+        self.assertEqual(4, len(report.read_text(encoding="utf-8").splitlines()))
+
+    def test_a_failure_is_reported_if_others_need_a_confirmation(self) -> None:
+        self.declare_harmless(self.fleet["web1"])
+        (self.fleet["web1"].folder / "broken").touch()
+        result = self.call("volume", "clear")
+        self.assertIn("web1: refused: The disk is broken (status 1)\n", result.err)
+        self.assertEqual(2, result.status)
+
+    def test_what_a_host_has_answered_is_printed_if_others_cannot_print_it(self) -> None:
+        self.declare_harmless(self.fleet["web1"])
+        result = self.call("--yes", "--formatter=ndjson", "--sort=Nosuch", "volume", "clear")
+        self.assertIn("web[2-4]: not started\n", result.err)
+        self.assertEqual(2, result.status)
+        self.assertEqual(["web1"], self.cleared())
+
     def test_yes_confirms(self) -> None:
         result = self.call("--yes", "--formatter=ndjson", "volume", "clear")
         self.assertEqual(4, len(result.rows), result.err)

@@ -85,6 +85,17 @@ class OnTerminal(FleetCase):
             self.assertEqual(runs, '"Host":"web[1-3]"' in terminal.text)
             self.assertEqual(not runs, "No host has run the command." in terminal.text)
 
+    def test_results_are_printed_whatever_is_typed_at_the_question(self) -> None:
+        for typed, message in (("n\n", "The command has not run on web[2-3].\n"),
+                               ("\x03", "Interrupted. Done: web1\n")):
+            self.declare_harmless(self.fleet["web1"])
+            terminal = self.start("--formatter=ndjson", "volume", "clear")
+            terminal.read_until(r"on 2 hosts: web\[2-3\]\nRun it\? \[y/N\] ")
+            terminal.type(typed)
+            self.assertEqual(1, terminal.finish(), terminal.text)
+            self.assertTrue(terminal.text.endswith(
+                message + '{"Host":"web1","Value":true}\nweb[2-3]: not started\n'), terminal.text)
+
     def test_an_interrupt_at_the_question_runs_nothing(self) -> None:
         cleared = self.fleet["web1"].folder / "cleared"
         cleared.unlink(missing_ok=True)

@@ -16,7 +16,7 @@ from ClusterShell.NodeSet import NodeSet
 from .answers import Answer, Reader, Status
 from .contract import common_description, report_contract
 from .engine import Engine, Visit, Visits
-from .printer import Printer
+from .printer import BadFormat, Printer
 from .progress import Progress
 from .remote import Job
 from .secret_values import BadSecret, take_secrets
@@ -66,7 +66,7 @@ class Run:
         self._report_contract()
         held = self._held()
         if held and not self._engine.is_interrupted:
-            self._run_held(held)
+            self._try_held(held)
         return [self._finished(host) for host in self._hosts]
 
     def _held(self) -> List[Answer]:
@@ -104,6 +104,24 @@ class Run:
         if lines and self._request.strict:
             raise Stopped("No host has run the command.")
 
+    def _try_held(self, held: List[Answer]) -> None:
+        """Runs the command on hosts that have only described it. If that is impossible, what the
+        other hosts have answered is kept."""
+        try:
+            self._run_held(held)
+        except (BadFormat, Stopped) as error:
+            if not self._has_answers():
+                raise
+            print(error, file=sys.stderr)
+        except KeyboardInterrupt:
+            if not self._has_answers():
+                raise
+            self._engine.is_interrupted = True
+
+    def _has_answers(self) -> bool:
+        """Whether some host has run the command, or has failed."""
+        return len(self._held()) < len(self._hosts)
+
     def _run_held(self, held: List[Answer]) -> None:
         request = self._request
         hosts = NodeSet.fromlist(answer.host for answer in held)
@@ -129,7 +147,8 @@ class Run:
             raise Stopped("Nobody can be asked: repeat the call with --yes.")
         print("Run it? [y/N] ", end="", file=sys.stderr, flush=True)
         if sys.stdin.readline().strip().lower() not in ("y", "yes"):
-            raise Stopped("No host has run the command.")
+            raise Stopped(f"The command has not run on {hosts}." if self._has_answers()
+                          else "No host has run the command.")
 
     def _run_batches(self, job: Job, hosts: NodeSet) -> None:
         progress = Progress(len(hosts))
