@@ -114,6 +114,13 @@ class OnTerminal(FleetCase):
         self.assertEqual(1, terminal.text.count("Enter value"))
         self.assertIn(f'"Host":"web[1-3]","Value":"{b"s3same".hex()}"', terminal.text)
 
+    def test_the_end_of_input_at_the_prompt_for_a_secret_is_a_message(self) -> None:
+        terminal = self.start("volume", "open", "--key")
+        terminal.read_until("Enter value for 'key': ")
+        terminal.type("\x04")
+        self.assertEqual(2, terminal.finish(), terminal.text)
+        self.assertTrue(terminal.text.endswith("\nThere is no value of --key\n"), terminal.text)
+
     def test_a_long_run_shows_its_progress(self) -> None:
         for host in self.fleet.hosts.values():
             (host.folder / "hurry").unlink(missing_ok=True)

@@ -33,9 +33,13 @@ def take_secrets(options: Sequence[Option],
 
 def ask(name: str) -> str:
     """Asks for a secret as vexil does: without echo on a terminal; otherwise, a line of standard
-    input is read."""
+    input is read. Throws BadSecret if the input on a terminal ends."""
     if sys.stdin.isatty():
-        return getpass.getpass(f"Enter value for '{name}': ")
+        try:
+            return getpass.getpass(f"Enter value for '{name}': ")
+        except EOFError:
+            print(file=sys.stderr)  # the prompt has no line end yet
+            raise BadSecret(f"There is no value of --{name}") from None
     return os.fsdecode(sys.stdin.buffer.readline()).rstrip("\n")
 
 
