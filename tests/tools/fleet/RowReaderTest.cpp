@@ -79,6 +79,11 @@ TEST(RowReaderTest, RefusesRowsThatEndTooEarly) {
       ThrowsMessage<KestrelException>("The rows end too early"));
 }
 
+TEST(RowReaderTest, RefusesAShapeWithoutFields) {
+  EXPECT_THAT([] { ReadAll("{\"type\":\"T\",\"fields\":[]}\n{\"host\":\"h\",\"rows\":0}\n"); },
+              ThrowsMessage<KestrelException>("The shape of the rows has no fields"));
+}
+
 TEST(RowReaderTest, RefusesAnUnknownShape) {
   for (const char* shape :
        {"", "{}", "{\"type\":\"T\",\"fields\":[[\"a\",\"float\"]]}",

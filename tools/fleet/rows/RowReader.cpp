@@ -182,6 +182,9 @@ RowReader::RowReader(std::istream& stream) : stream_(stream) {
   } catch (const Json::exception& error) {
     throw KestrelException(std::string("Unable to read the shape of the rows: ") + error.what());
   }
+  if (shape_->structure.fields.empty()) {
+    throw KestrelException("The shape of the rows has no fields");
+  }
 }
 
 RowReader::~RowReader() = default;
@@ -203,7 +206,7 @@ std::shared_ptr<MetaList> RowReader::ReadRows() {
 
 void RowReader::ReadPart(const std::string& header, MetaList& rows) {
   const Json part = Json::parse(header);
-  const std::string& hostField = shape_->structure.fields.at(0).name;
+  const std::string& hostField = shape_->structure.fields.front().name;
   const auto count = part.at("rows").get<std::size_t>();
   for (std::size_t row = 0; row < count; ++row) {
     Json values = ReadLine(stream_);
