@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <string>
 
 namespace {
 
@@ -53,9 +54,12 @@ void WriteNumbers() {
   }
 }
 
+// Writes a line into every open file. KESTREL_TEST_NOISE is the line.
 [[maybe_unused]] void Scribble() {
+  const char* const noise = std::getenv("KESTREL_TEST_NOISE");
+  const std::string line = std::string(noise == nullptr ? "nonsense" : noise) + "\n";
   for (int descriptor = 3; descriptor < 20; ++descriptor) {
-    if (write(descriptor, "nonsense\n", 9) < 0) {
+    if (write(descriptor, line.data(), line.size()) < 0) {
       continue;
     }
   }

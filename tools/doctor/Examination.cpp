@@ -178,31 +178,51 @@ class Listener {
 
   // A message may be invalid, because this plug-in, or one before it, may have written to the pipe.
   void Take(const json& message) {
-    if (message.is_object() && message.size() == 1) {
-      Take(message.begin().key(), message.begin().value());
-    } else if (isOwn_ && !isDisturbed_) {
+    if (!Read(message) && isOwn_ && !isDisturbed_) {
       isDisturbed_ = true;
-      Fault(State::Faulty, "it writes to a descriptor that is not its own");
+      Fault(State::Faulty, "it writes to a file descriptor that is not its own");
     }
   }
 
-  void Take(const std::string& key, const json& value) {
+  // Returns whether the message is valid.
+  bool Read(const json& message) {
+    try {
+      return message.is_object() && message.size() == 1 &&
+             Read(message.begin().key(), message.begin().value());
+    } catch (const json::exception&) {  // the value is of another kind
+      return false;
+    }
+  }
+
+  bool Read(const std::string& key, const json& value) {
     if (key == "step") {
       step_ = value.get<std::string>();
     } else if (key == "own") {
       isOwn_ = true;
       start_ = run_.GetTime();
     } else if (key == "state") {
-      result_.state = std::max(result_.state, value.get<State>());
+      return ReadState(value);
     } else if (key == "reasons") {
       result_.reasons.push_back(value.get<std::string>());
     } else if (key == "commands") {
       result_.commands = value.get<Paths>();
     } else if (key == "milliseconds") {
-      result_.milliseconds = value.get<long>();
-    } else {
+      result_.milliseconds = value.get_ref<const json::number_integer_t&>();
+    } else if (key == "end") {
       isComplete_ = true;
+    } else {
+      return false;
     }
+    return true;
+  }
+
+  bool ReadState(const json& value) {
+    const auto number = value.get_ref<const json::number_unsigned_t&>();
+    if (number > static_cast<unsigned>(State::Hung)) {
+      return false;
+    }
+    result_.state = std::max(result_.state, static_cast<State>(number));
+    return true;
   }
 
   void Fault(State state, const std::string& reason) {

@@ -34,6 +34,16 @@ DESCRIPTOR = """<vexil-plugin>
 </vexil-plugin>
 """
 
+NOISE = "it writes to a file descriptor that is not its own"
+
+# Lines, most of which resemble a message of an examination. None of them is a message.
+NOISES = [
+    "nonsense", '"', "7", "null", "[]", "{}", '{"step":"a","own":true}', '{"noise":true}',
+    '{"step":1}', '{"state":7}', '{"state":-1}', '{"state":1e300}', '{"state":"loaded"}',
+    '{"state":4294967296}', '{"state":18446744073709551615}', '{"reasons":[]}',
+    '{"commands":"a"}', '{"commands":[1]}', '{"milliseconds":"a"}', '{"milliseconds":1e300}',
+]
+
 # The shared objects in the order in which they are loaded: the file, the module, the state, and a
 # part of the reason.
 OBJECTS = [
@@ -60,7 +70,7 @@ OBJECTS = [
      "{file}: compiled for plug-in ABI 4000000000, but this library has plug-in ABI 1"),
     ("l-duplicate.so", "EchoPlugin", "refused", "Error while trying to register the plugin {file}"),
     ("m-scribble.so", "ConstructorPluginScribble", "faulty",
-     "it writes to a descriptor that is not its own"),
+     NOISE),
     ("n-number.so", "NoAbiPlugin", "loaded", ""),
 ]
 
@@ -143,6 +153,17 @@ class Checker:
         self.expect(rows[os.path.join(plugins, "l-duplicate.so")]["Duplicate Paths"] ==
                     [{"File": os.path.join(plugins, "a-echo.so"), "Path": "echo say"}],
                     "the duplicate path")
+
+    def check_noise(self, folder):
+        """A plug-in that writes lines to the pipe must be listed with the reason, even if the lines
+        resemble messages."""
+        file = os.path.join(folder, "scribble.so")
+        self.copy("ConstructorPluginScribble", file)
+        for noise in NOISES:
+            status, rows = self.list(file, env={**os.environ, "KESTREL_TEST_NOISE": noise})
+            row = rows.get(file, {})
+            self.expect(status == 1 and row.get("State") == "faulty" and NOISE in row["Reason"],
+                        f"after {noise}: {status} {rows}")
 
     def expect_gone(self, processes):
         """The two processes whose numbers a plug-in has written to a file must have ended."""
@@ -262,6 +283,7 @@ def main():
         os.chmod(folder, 0o755)
         checker.check_mistakes(folder)
         checker.check_objects(folder)
+        checker.check_noise(folder)
         checker.check_interrupt(folder)
         checker.check_descriptors(folder)
         checker.check_access(folder)
