@@ -147,7 +147,7 @@ TEST(MetaStructTest, KeepsItsTypeNameInOnePlace) {
   EXPECT_EQ(name, "Rec");
 }
 
-TEST(MetaStructTest, AFieldHoldsAValueAndADocumentation) {
+TEST(MetaStructTest, AFieldHoldsAValueAndItsDocumentation) {
   const std::shared_ptr<MetaObject> value = MetaInt::New(100);
   const MetaStruct::Field field(value, "what it is");
   EXPECT_EQ(field.value, value);
@@ -207,19 +207,19 @@ TEST(MetaStructTest, StoresObjectsAsGiven) {
   ExpectStoredAsGiven(std::make_shared<LyingValue>(MetaType::Int));
 }
 
-TEST(MetaStructTest, MakesObjectsOfNumbers) {
+TEST(MetaStructTest, MakesObjectsFromNumbers) {
   ExpectKindAndText(5000000000L, MetaType::Int, "5000000000");
   ExpectKindAndText(-7, MetaType::Int, "-7");
   ExpectKindAndText(0, MetaType::Int, "0");
   ExpectKindAndText('c', MetaType::Int, "99");
 }
 
-TEST(MetaStructTest, MakesObjectsOfBooleans) {
+TEST(MetaStructTest, MakesObjectsFromBooleans) {
   ExpectKindAndText(true, MetaType::Bool, "true");
   ExpectKindAndText(false, MetaType::Bool, "false");
 }
 
-TEST(MetaStructTest, MakesObjectsOfStrings) {
+TEST(MetaStructTest, MakesObjectsFromStrings) {
   ExpectKindAndText(std::string("text"), MetaType::String, "text");
   const auto structure = MetaStruct::New("Rec");
   const std::string name = "by a string";
@@ -276,7 +276,7 @@ void ExpectList(const std::shared_ptr<MetaObject>& value, MetaType kind, const s
   EXPECT_EQ(value->ToString(), text);
 }
 
-TEST(MetaStructTest, MakesListsOfVectors) {
+TEST(MetaStructTest, MakesListsFromVectors) {
   const auto structure = MetaStruct::New("Rec");
   const std::string name = "n";
   const std::vector<std::string> strings = {"a", "b"};
@@ -302,7 +302,7 @@ TEST(MetaStructTest, MakesListsOfVectors) {
   ExpectList(structure->GetField("n"), MetaType::Int, "");
 }
 
-TEST(MetaStructTest, MakesABooleanOfAnElementOfABooleanVector) {
+TEST(MetaStructTest, MakesABooleanFromAnElementOfABooleanVector) {
   std::vector<bool> booleans = {true};
   const auto structure = MetaStruct::New("Rec");
   structure->SetField("n", booleans[0]);
@@ -316,7 +316,7 @@ TEST(MetaStructTest, KeepsADocumentationText) {
   EXPECT_EQ(structure->GetField("a")->ToString(), "1");
 }
 
-TEST(MetaStructTest, ReportsAnEmptyDocumentationAsMissing) {
+TEST(MetaStructTest, ReportsEmptyDocumentationAsMissing) {
   const auto structure = MetaStruct::New("Rec");
   structure->SetField("a", MetaInt::New(1), "");
   structure->SetField("b", 1);
@@ -398,8 +398,9 @@ TEST(MetaStructTest, RefusesANewFieldWhenLocked) {
   EXPECT_THAT(structure->GetFieldNames(), ElementsAre("a"));
 }
 
-// Structures that are built alike take a fast path, with the same checks.
-TEST(MetaStructTest, RefusesAFieldThatAStructureBuiltAlikeMayHave) {
+// If another structure with the same fields has gained a field before, the layout with that field
+// is known, and `SetField` uses it without a search. The checks must be the same.
+TEST(MetaStructTest, RefusesAFieldThatASimilarStructureHas) {
   const auto like = StructureOf({"a", "b"});
   const auto bound = MetaStruct::New(StructureOf({"a"}));
   bound->SetField("a", 1);

@@ -67,7 +67,7 @@ TEST(LanguageTest, ReportsExpressionsOnWhichTheLibraryGivesUp) {
   EXPECT_TRUE(Parse("((a+)+x)?a*x?y|a+z").IsExponential());
 }
 
-TEST(LanguageTest, DoesNotUnderstandWhatIsNotRegular) {
+TEST(LanguageTest, DoesNotUnderstandUnsupportedOrInvalidSyntax) {
   for (const char* expression : {"(a)\\1", "(?=a)b", "a\\b", "(?i)a", "a^b", "a++", "[[.a.]]", "(a",
                                  "[a", "a{2", "\\Qa\\E"}) {
     EXPECT_FALSE(Language::Parse(expression).has_value()) << expression;

@@ -264,8 +264,8 @@ std::string Outside(const Row& row, const Row& before, const Row& after,
 }
 
 // Returns the differences between the command and df, which runs before and after it.
-std::string DifferenceToDf(const std::string& arguments,
-                           const std::map<std::string, std::string>& fields) {
+std::string DifferencesFromDf(const std::string& arguments,
+                              const std::map<std::string, std::string>& fields) {
   const std::vector<Row> before = DfRows(arguments);
   const std::vector<Row> rows = CallRows("storage filesystem list", {{"all", ""}});
   const std::vector<Row> after = DfRows(arguments);
@@ -288,7 +288,7 @@ void ExpectAgreementWithDf(const std::string& arguments,
                            const std::map<std::string, std::string>& fields) {
   std::string difference;
   for (int attempt = 0; attempt < 20; ++attempt) {
-    difference = DifferenceToDf(arguments, fields);
+    difference = DifferencesFromDf(arguments, fields);
     if (difference.empty()) {
       return;
     }
@@ -347,7 +347,7 @@ TEST(StorageFilesystemListTest, AFurtherMountOfAFileSystemIsSkipped) {
   }
 }
 
-TEST(StorageFilesystemListTest, FiltersByTypeAndFilling) {
+TEST(StorageFilesystemListTest, FiltersByTypeAndUsage) {
   const std::string refusal = RunInNamespaces(CLONE_NEWNS, [] {
     const ScopedTempDir folder;
     const std::string path = folder.MakeDirectory("small");
