@@ -70,8 +70,9 @@ int CountCopies() {
   return copies;
 }
 
-// Bytes that are typed before the secret. The C library copies a line of this size through other
-// vector registers than a short one, and these keep the end of the line.
+// The number of bytes that are typed before the secret in the same line. To copy such a long line,
+// the C library uses vector registers that it does not use for a short one, and the end of the line
+// stays in them.
 constexpr std::size_t kBytesBefore = 2000;
 
 /// Replaces standard input by a long line that ends with the secret.

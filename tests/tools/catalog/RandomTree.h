@@ -13,8 +13,8 @@ namespace Kestrel::Catalog {
 /// commands and faults are sorted by path.
 Tree MakeRandomTree(Testing::Random& random);
 
-/// Returns the tree with a change in one member of one structure, which may be a member that is
-/// meaningless for the type of its constraint.
+/// Returns a copy of the tree in which one member of the tree or of one of its elements is
+/// different. In a constraint, this may be a member that has no meaning for its type.
 Tree MakeChangedTree(const Tree& tree, Testing::Random& random);
 
 }  // namespace Kestrel::Catalog

@@ -5,14 +5,16 @@
 
 WriteTrees.cpp and EncodeValue.h describe the notation.
 
-Booleans and integers have Python's types, a string is `bytes`, nothing is None.
+Booleans and integers have Python's types, a string is `bytes`, and a null value is None.
 """
 
 import collections
 
 KINDS = ["Int", "Bool", "String", "Struct", "List"]
 
-Lie = collections.namedtuple("Lie", "kind text")  # its class does not match `kind`, a name or None
+# A value whose class does not match its kind. `kind` is the name of the kind, or None if it is
+# unknown.
+Lie = collections.namedtuple("Lie", "kind text")
 Struct = collections.namedtuple("Struct", "type_name fields")  # `fields`: pairs in name order
 List = collections.namedtuple("List", "kind items shape")  # `shape`: a Shape or None
 Shape = collections.namedtuple("Shape", "type_name names")  # the declared structure of a list
@@ -92,7 +94,11 @@ class Reader:
 
 
 def read_cases(data, formatters):
-    """Yields the cases in the program's output; `formatters` lists the names in its order."""
+    """Yields the cases in the program's output.
+
+    `formatters` contains the names of the formatters, in the order in which the program writes
+    their results.
+    """
     reader = Reader(data)
     while not reader.at_end():
         name = reader.netstring().decode()
