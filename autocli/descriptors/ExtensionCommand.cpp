@@ -47,7 +47,7 @@ using Origin = MarkedText::Origin;
 /// Whether a "#" precedes a newline in `value`. The "#" may begin a comment of the shell, and the
 /// newline ends the comment even after a backslash: the shell would run the rest as another
 /// command.
-bool LeavesAComment(std::string_view value) {
+bool CanEndAComment(std::string_view value) {
   const std::size_t begin = value.find('#');
   return begin != std::string_view::npos && value.find('\n', begin) != std::string_view::npos;
 }
@@ -65,7 +65,7 @@ bool IsWordBegin(const MarkedText& line, std::size_t position) {
 }
 
 /// Whether bare values in a command line may begin a comment and end it.
-bool LeavesAComment(const MarkedText& line) {
+bool CanEndAComment(const MarkedText& line) {
   const std::string& bytes = line.Bytes();
   if (bytes.find('\n') == std::string::npos) {
     return false;
@@ -74,7 +74,7 @@ bool LeavesAComment(const MarkedText& line) {
   for (std::size_t i = bytes.find_first_of("#\n"); i != std::string::npos;
        i = bytes.find_first_of("#\n", i + 1)) {
     const Origin origin = line.OriginOf(i);
-    if (origin == Origin::ValueThatLeavesAComment) {
+    if (origin == Origin::ValueThatEndsItsComment) {
       return true;
     }
     const bool isNewline = bytes[i] == '\n';
@@ -206,7 +206,7 @@ class Substitution {
     if (watched_ != nullptr && *watched_ != name) {
       return Origin::Value;
     }
-    return LeavesAComment(value) ? Origin::ValueThatLeavesAComment : Origin::BareValue;
+    return CanEndAComment(value) ? Origin::ValueThatEndsItsComment : Origin::BareValue;
   }
 
   /// Like BareOrigin(), for several values: a comment that begins in one may end in another.
@@ -274,7 +274,7 @@ class Substitution {
     substitution.WatchOnly(name);
     TemplateText line = substitution.Apply(text, names);
     line.RemoveConditionals();
-    if (LeavesAComment(line.GetMarkedText())) {
+    if (CanEndAComment(line.GetMarkedText())) {
       throw RefusedValue("The value of the parameter '" + name +
                          "' is not passed to the shell: it contains a '#' and after it a newline");
     }
@@ -408,7 +408,7 @@ std::string ExtensionCommand::SubstituteInput(const std::shared_ptr<Input>& inpu
   }
   TemplateText substituted = Substitution(given, forStdin).Apply(text, names);
   substituted.RemoveConditionals();
-  if (!forStdin && LeavesAComment(substituted.GetMarkedText())) {
+  if (!forStdin && CanEndAComment(substituted.GetMarkedText())) {
     Refuse(given, text, names);
   }
   return substituted.GetText();

@@ -23,7 +23,7 @@ class MarkedText {
   /// Where a byte came from. A bare value is not in quotes, so the shell may interpret some of its
   /// bytes. If it also ends a comment that it began, the shell would run the rest of the value as
   /// another command.
-  enum class Origin : char { Template, Value, BareValue, ValueThatLeavesAComment };
+  enum class Origin : char { Template, Value, BareValue, ValueThatEndsItsComment };
 
   MarkedText() = default;
   explicit MarkedText(std::string_view text) { AppendTemplate(text); }
