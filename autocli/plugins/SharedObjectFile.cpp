@@ -55,8 +55,8 @@ bool IsForLoader(const unsigned char (&identity)[EI_NIDENT]) {
          std::all_of(identity + EI_PAD, identity + EI_NIDENT, [](auto byte) { return byte == 0; });
 }
 
-/// Whether the loader of this program accepts the header; does not check the machine. If not, the
-/// loader reports the reason.
+/// Whether the loader of this program accepts the header, apart from the machine, which is not
+/// checked here. When the loader refuses a header, it reports the reason itself.
 bool IsForLoader(const FileHeader& header) {
   return IsForLoader(header.e_ident) && header.e_version == EV_CURRENT && header.e_type == ET_DYN &&
          header.e_phentsize == sizeof(SegmentHeader);

@@ -26,8 +26,8 @@ inline bool IsTrustRequired(const ProcessRights& rights, bool isInDefaultFolder)
 /// Whether `mode` is that of a folder in which users can remove and rename only their own files.
 inline bool IsStickyFolder(mode_t mode) { return S_ISDIR(mode) && (mode & S_ISVTX) != 0; }
 
-/// Returns who other than the owner may write: the end of a sentence that begins with a path.
-/// Returns nothing if no one else may.
+/// Returns the end of a sentence that begins with a path and says who may write there besides the
+/// owner. Returns nothing if no one else may.
 inline std::optional<std::string> FindOtherWriters(mode_t mode) {
   if ((mode & S_IWOTH) != 0) {
     return "can be written by every user";

@@ -63,7 +63,8 @@ void MaskPart(std::string& text, const std::string& part) {
     return;
   }
   std::string masked;
-  masked.reserve(kMask.size() * text.size());  // growth would leave a copy of another secret
+  // Growth would leave a copy of the text in memory, with the secrets that are masked later.
+  masked.reserve(kMask.size() * text.size());
   std::size_t done = 0;
   for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, done)) {
     masked.append(text, done, at - done).append(kMask);

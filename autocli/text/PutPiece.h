@@ -33,8 +33,8 @@ struct Escaped {
 /// Up to this many bytes after a piece may be overwritten.
 inline constexpr std::size_t kPieceSlack = 32;
 
-/// Returns an upper bound of the bytes that a piece takes. The bounds of several pieces can be
-/// added without an overflow.
+/// Returns an upper bound of the bytes that a piece takes. A number of spaces that no memory has
+/// room for is cut, so that the bounds of several pieces can be added without an overflow.
 inline std::size_t MaxBytes(char /*byte*/) { return 1; }
 inline std::size_t MaxBytes(std::string_view text) { return text.size(); }
 inline std::size_t MaxBytes(Decimal /*number*/) { return Decimal::kMaxLength; }

@@ -37,7 +37,8 @@ class Language {
  private:
   struct State {
     ByteSet bytes;
-    std::map<std::size_t, int> next;  // the number of transitions to each state, at most 2
+    // How many transitions lead from here to each next state; 2 means two or more.
+    std::map<std::size_t, int> next;
     bool isFinal = false;
   };
   class Builder;

@@ -105,7 +105,8 @@ class Finder {
     }
   }
 
-  // "$val" alone is a shell variable, and so is "${val}".
+  // Without a bracket of a marker, the shell takes "$val" and "${val}" for its variables. Reports
+  // only "${name}" with the name of a parameter, because "$val{name}" was probably meant.
   void CheckBare(const std::string& word, std::size_t begin, bool isInBraces, std::size_t end) {
     const bool isClosed = isInBraces && end < text_.size() && text_[end] == '}';
     if (isClosed && IsParameter(word)) {

@@ -22,7 +22,8 @@ constexpr std::array<const ExactFormat*, 7> kFormats = {
 FormatsPlugin::FormatsPlugin(const CallFacts& facts) : name_("Formats") {
   formatters_.reserve(kFormats.size());
   for (const ExactFormat* format : kFormats) {
-    // make_shared would compare types with strcmp, which would be looked up at each start.
+    // make_shared would add a call of strcmp to the tool. With immediate binding, the dynamic
+    // linker looks up every called function of other libraries at each start.
     formatters_.push_back(std::shared_ptr<Formatter>(new ExactFormatter(*format, facts)));
   }
 }

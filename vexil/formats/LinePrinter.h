@@ -131,7 +131,8 @@ class LinePrinter {
   }
 
   [[gnu::always_inline]] char* Text(std::string_view text, char* place) {
-    // One comparison: for the empty text, the difference is the largest number.
+    // Whether the text has 1 to `kMaxShort` bytes, in one comparison: for the empty text, the
+    // subtraction wraps around to the largest number.
     const bool isShort = text.size() - 1 < kMaxShort;
     const bool isSimple = isShort && CopyOrdinary<typename Syntax::Ordinary>(text, place);
     return PutPiece(Syntax::kSeparator, isSimple ? place + text.size() : OtherText(text, place));

@@ -120,7 +120,8 @@ class LimitedParser {
       return;
     }
     for (int i = count - defaultCount; i < count; ++i) {
-      const xmlChar** const entry = attributes + 5 * i;  // two names, a namespace, begin and end
+      // Local name, prefix, namespace, begin and end of the value.
+      const xmlChar** const entry = attributes + 5 * i;
       defaultsSize_ += static_cast<std::size_t>(entry[4] - entry[3]);
     }
     if (defaultsSize_ > kMaxXmlExpansion) {
@@ -254,7 +255,8 @@ class Libxml2Parser final : public XmlParser {
 
 XmlDocument Libxml2Parser::ParseText(std::string_view text, const char* name) const {
   const XmlDiagnostics diagnostics;
-  // Reads from memory where possible, because diagnostics then quote more of the document.
+  // Reads from memory if no start tag can exceed the limit of attributes, because diagnostics then
+  // quote more of the document. Otherwise reads in pieces, so that each read can be checked.
   const bool isInMemory = HasFewAttributes(text);
   ParserContext parser = MakeParser(
       isInMemory ? xmlParserInputBufferCreateMem(text.data(), static_cast<int>(text.size()),

@@ -16,8 +16,8 @@
 namespace Kestrel::AutoCli {
 
 /// The formatter "simple". Prints any value as text, indented by three spaces per level. A
-/// structure becomes a header line and one line per field. In a list of structures or lists, each
-/// element follows an empty line; the elements of other lists are on one line, separated by commas.
+/// structure becomes a header line and one line per field. In a list of structures, each element
+/// follows an empty line; the elements of other lists are on one line, separated by commas.
 ///
 /// Parameters:
 /// - "fields:<TypeName>" or "fields" lists the fields to print. Names are not trimmed.
@@ -49,7 +49,7 @@ class KESTREL_API SimpleFormatter : public Formatter {
   void FormatStruct(std::shared_ptr<MetaObj::MetaStruct> structure, FormatParameters& params,
                     std::ostream& out, int level);
 
-  /// Prints a list: structures and lists one level deeper, other elements on the current line.
+  /// Prints a list: structures one level deeper, other elements on the current line.
   void FormatList(std::shared_ptr<MetaObj::MetaList> list, FormatParameters& params,
                   std::ostream& out, int level);
 };

@@ -38,9 +38,9 @@ class KESTREL_API XmlPlugin : public Plugin {
   ~XmlPlugin() override;
 
   /// Reads the descriptor. Throws KestrelException, with the path and the fault in the message,
-  /// when the descriptor cannot be parsed or is invalid, or when the process checks whether it
-  /// trusts the file and does not (see Dispatcher::AddDefaultDirectories). What was read before the
-  /// fault stays in the object. Nothing is fetched from a network.
+  /// when the descriptor cannot be parsed or is invalid, or when the file must be trusted but is
+  /// not (see Dispatcher::AddDefaultDirectories). What was read before the fault stays in the
+  /// object. Nothing is fetched from a network.
   void Initialize() override;
 
   /// Returns the path of the descriptor.

@@ -72,9 +72,9 @@ class KESTREL_API InputSpec {
   bool ValidateRequired(const Input& input, const std::shared_ptr<Output>& output) const;
 
   DeclaredParameters declared_;
-  // The same parameters as a list, which is made on the first request. Before that, adding a
-  // parameter moves no other parameter. Afterwards, adding one updates the list, because readers
-  // may keep a reference to it.
+  // The same parameters as a list. It is made on the first request, because inserting a parameter
+  // into a list moves those after it. Once the list exists, adding a parameter updates it, because
+  // callers may keep a reference to it.
   mutable std::vector<std::shared_ptr<ParameterSpec>> listed_;
   mutable bool isListed_;
   std::set<std::string> contexts_;

@@ -9,9 +9,9 @@
 
 namespace Kestrel::Host {
 
-/// An endpoint of a TCP or UDP connection.
+/// One end of a socket: the address and port of a TCP or UDP socket.
 struct SocketEndpoint {
-  std::string address;  ///< IPv4 or IPv6; empty for a Unix socket.
+  std::string address;  ///< IPv4 or IPv6; empty for a Unix socket, which has no address.
   long port = 0;
 
   /// Formats the endpoint as "127.0.0.1:80" or "[::1]:80"; the port 0 is "*". Empty without an
@@ -35,12 +35,12 @@ struct Socket {
   long inode = 0;      ///< 0 if no process has the socket open.
 };
 
-/// Returns a socket of a protocol ("tcp" or "udp") and an address family (4 or 6). Nothing else is
-/// known about it yet.
+/// Returns a socket with this protocol ("tcp" or "udp"), the type that belongs to it, and this
+/// address family (4 or 6). All other members have their default values.
 Socket NewInternetSocket(const std::string& protocol, long family);
 
-/// Returns the name of a state of the kernel for a protocol ("tcp" or "udp"); "unknown" if there is
-/// none.
+/// Returns the name of the state that the kernel reports as the number `state` for a socket of this
+/// protocol ("tcp" or "udp"); "unknown" if the number has no name.
 std::string InternetStateName(const std::string& protocol, unsigned state);
 
 /// Parses a table in the format of /proc/net/tcp for a protocol ("tcp" or "udp") and an address

@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // The database is the file "status" and, while dpkg works or after it was interrupted, numbered
-// files in the folder "updates", each with a newer entry. dpkg replaces "status" by a file with all
-// entries before it removes the updates, so an update may disappear while the database is read;
-// then it is in the new "status".
+// files in the folder "updates", each with a newer entry. dpkg removes the updates only after
+// it has replaced "status" by a file that contains all entries. So an update may disappear while
+// the database is read; its entry is then in the new "status".
 
 #include "plugins/host/package/PackageDatabase.h"
 
@@ -107,9 +107,10 @@ std::vector<std::string> UpdateFiles(const std::string& folder) {
   return paths;
 }
 
-// What distinguishes a file from the one that replaces it; nothing if there is no file.
+// What distinguishes a file from the one that replaces it.
 using FileIdentity = std::tuple<ino_t, time_t, long>;
 
+// Returns nothing if there is no readable status, for example because there is no file.
 std::optional<FileIdentity> Identify(const std::string& path) {
   struct stat status = {};
   if (::stat(path.c_str(), &status) != 0) {

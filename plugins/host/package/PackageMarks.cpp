@@ -47,7 +47,7 @@ bool PackageMarks::IsAutomatic(const Package& package) const {
   if (automatic_.count(Key(package.name, package.architecture)) != 0) {
     return true;
   }
-  // apt stores a package for all architectures under the native one.
+  // apt stores a package of the architecture "all" under the native architecture.
   return package.architecture == kAll && automatic_.count(Key(package.name, native_)) != 0;
 }
 

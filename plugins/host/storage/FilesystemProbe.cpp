@@ -52,8 +52,8 @@ FilesystemAnswer QueryFilesystem(const std::string& path) {
 }
 
 // Closes all file descriptors except `pipe`, whose number changes, and replaces the standard
-// streams by /dev/null. Otherwise, a child that is blocked in the kernel would keep pipes open that
-// other processes read until their ends.
+// streams by /dev/null. Otherwise, a child that is blocked in the kernel would keep inherited pipes
+// open, and processes that read these pipes to the end would wait for it.
 void CloseAllExcept(int& pipe) {
   constexpr int kKept = 3;
   pipe = ::fcntl(pipe, F_DUPFD, kKept);
@@ -80,8 +80,8 @@ void CloseAllExcept(int& pipe) {
   ::_exit(0);
 }
 
-// A child process that queries paths one after the other. The results from `current_` to before
-// `end_` are still awaited.
+// A child process that queries paths one after the other. It still has to report the results for
+// the paths from `current_` up to, but not including, `end_`.
 class Prober {
  public:
   Prober(const std::vector<std::string>& paths, std::size_t first)

@@ -51,8 +51,8 @@ void GroupNames::ReadAll() {
   std::vector<std::pair<gid_t, std::size_t>> sizes;
   text_.clear();
   ForEachGroup([&](gid_t id, std::string_view name) {
-    // The system lists the lines of /etc/group that begin with "+" or "-", but finds no such
-    // groups.
+    // Listing all groups also returns the lines of /etc/group that begin with "+" or "-". Looking
+    // up their numbers finds nothing.
     const bool isSpecial = !name.empty() && (name[0] == '+' || name[0] == '-');
     if (!isSpecial) {
       sizes.emplace_back(id, name.size());
