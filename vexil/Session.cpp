@@ -61,8 +61,8 @@ bool BeginsWithQuotedSpace(std::string_view line) {
   return begin.find('"') < begin.find_last_of(" \t") + 1;
 }
 
-/// A file of lines. It does not use a C++ stream, whose symbols would be looked up at each start of
-/// the tool.
+/// A file of lines. It does not use a C++ stream: with immediate binding, the dynamic linker would
+/// look up the symbols of the stream at each start of the tool.
 class LineFile {
  public:
   explicit LineFile(const std::string& name) : file_(std::fopen(name.c_str(), "r")) {}

@@ -16,7 +16,8 @@ namespace Kestrel::Formats {
 
 namespace {
 
-// The map is read directly: operations of FormatParameters would be looked up at every start.
+// The map is read directly: with immediate binding, the dynamic linker would look up the operations
+// of FormatParameters at each start.
 using Parameters = std::map<std::string, std::string>;
 
 // The keys that the formatters table, simple and xml know, except "fields".

@@ -70,7 +70,8 @@ class TextBuffer {
     void operator()(char* bytes) const { std::allocator<char>().deallocate(bytes, capacity); }
   };
 
-  /// The bytes of a block. Not an array, whose operators would be looked up at each start.
+  /// The bytes of a block. Not an array: with immediate binding, the dynamic linker would look up
+  /// the operators that allocate and release arrays at each start.
   using Bytes = std::unique_ptr<char, Free>;
 
   struct Block {
