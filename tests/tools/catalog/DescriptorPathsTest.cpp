@@ -96,7 +96,7 @@ std::string NameOf(const testing::TestParamInfo<Spelling>& info) { return info.p
 
 class PlainSpellingTest : public testing::TestWithParam<Spelling> {};
 
-TEST_P(PlainSpellingTest, IsScannedAndReadAlike) {
+TEST_P(PlainSpellingTest, ScansAndReadsTheSamePaths) {
   const std::optional<DescriptorPaths> scanned = ScanDescriptor(GetParam().text);
   ASSERT_TRUE(scanned.has_value());
   ExpectPlainPaths(*scanned);
