@@ -13,7 +13,7 @@ umask 022  # the modes of the files are in the packages
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # shellcheck source=scripts/common.sh
 source scripts/common.sh
-ensure_packages build package
+ensure_packages build test package
 
 mkdir -p "${1:-build/packages}"
 folder=$(realpath "${1:-build/packages}")

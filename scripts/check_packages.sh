@@ -2,46 +2,63 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# check_packages.sh [--built FOLDER [--again FOLDER]]: builds the Debian packages twice, in two
-# folders and with different settings. Then checks the reports of lintian, blhc and hardening-check,
-# the symbols and types that the library exports, and the contents of the packages, and installs,
-# tests, upgrades, removes and purges the packages in a throw-away root. Finally, checks that both
-# builds are equal.
+# check_packages.sh: builds the Debian packages and checks the reports of lintian, blhc and
+# hardening-check, the symbols and types that the library exports, and the contents of the packages.
+# Installs, tests, upgrades, removes and purges them in a throw-away root. Also builds them a second
+# time, in another folder and with different settings, and checks that the results are equal.
 #
-# --built checks packages that build_packages.sh has built, instead of building them. --again names
-# the folder of their second build; without it, no builds are compared. The throw-away root is an
-# overlay of this machine's root; nothing outside it changes. Needs root for that.
+#   --built FOLDER    only checks packages that build_packages.sh has built
+#
+# A compiler cache may serve the first build: .ci/run has compiled the same sources with the same
+# options for the tests. The second build compiles every source again.
+#
+# The throw-away root is an overlay of this machine's root; nothing outside it changes. Needs root for
+# that.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # shellcheck source=scripts/common.sh
 source scripts/common.sh
-ensure_packages build package
+ensure_packages build test package
 
 work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+second=''
+cleanup() {
+  if [[ -n $second ]]; then
+    kill -- "-$second" 2>/dev/null || true
+    wait "$second" || true
+  fi
+  rm -rf "$work"
+}
+trap cleanup EXIT
 multiarch=$(dpkg-architecture --query DEB_HOST_MULTIARCH)
-built='' again=''
-while [[ $# -gt 0 ]]; do
-  case $1 in
-    --built) built=$(realpath "$2") && shift 2 ;;
-    --again) again=$(realpath "$2") && shift 2 ;;
-    *) fail "Usage: check_packages.sh [--built FOLDER [--again FOLDER]]" ;;
-  esac
-done
 
 # package NAME: prints the path of the package.
 package() { echo "$built"/"$1"_*.deb; }
 
-build_twice() {
-  built=$PWD/build/packages again=$work/another/longer/place
-  scripts/build_packages.sh "$built"
-  mkdir -p "$again"
-  (
-    export TZ=Asia/Tokyo LC_ALL=C.UTF-8 DEB_BUILD_OPTIONS=nocheck  # the first build runs the tests
-    umask 027
-    scripts/build_packages.sh "$again"
-  )
+build_again() {
+  export TZ=Asia/Tokyo LC_ALL=C.UTF-8 CCACHE_DISABLE=1
+  export DEB_BUILD_OPTIONS=nocheck  # the first build runs the tests
+  unset CMAKE_CXX_COMPILER_LAUNCHER
+  umask 027
+  mkdir -p "$1"
+  scripts/build_packages.sh "$1"
+  ! grep -q 'ccache' "$1/log" || fail "A compiler cache served the second build."
+}
+
+# Starts the second build in the background, in a process group of its own.
+start_second_build() {
+  set -m
+  build_again "$again" >"$work/second" 2>&1 </dev/null &
+  second=$!
+  set +m
+}
+
+wait_for_second_build() {
+  local status=0
+  wait "$second" || status=$?
+  second=''
+  [[ $status -eq 0 ]] || fail "The second build fails: $(<"$work/second")"
 }
 
 check_reproducible() {
@@ -142,7 +159,7 @@ as_version() {
     sed -i -E "s/^(Version: ).*/\1$version/; s/((libkestrel1|vexil) \(>?= )[^)]*/\1$version/g" \
       "$work/raw/DEBIAN/control"
     [[ $name != vexil ]] || echo "$version" >"$work/raw/usr/lib/norvane/vexil/of-$version"
-    dpkg-deb --root-owner-group --build "$work/raw" "$folder/${name}_${version}.deb" >/dev/null
+    dpkg-deb --root-owner-group -Znone --build "$work/raw" "$folder/${name}_${version}.deb" >/dev/null
   done
 }
 
@@ -150,15 +167,31 @@ check_life() {
   as_version 0.9.0-1 "$work/earlier"
   as_version 1.0.1-1 "$work/later"
   mkdir "$work/overlay"
-  unshare --mount scripts/try_packages.sh "$work/earlier" "$built" "$work/later" "$work/overlay"
+  env -u CMAKE_CXX_COMPILER_LAUNCHER unshare --mount \
+    scripts/try_packages.sh "$work/earlier" "$built" "$work/later" "$work/overlay"
 }
 
-[[ $EUID -eq 0 ]] || fail "The packages are installed in a throw-away root, which needs root."
-[[ -n $built ]] || build_twice
-check_lintian
-check_build_log
-check_hardening
-scripts/check_abi.sh "$built"
-check_contents
-check_life
-[[ -z $again ]] || check_reproducible
+check_built() {
+  [[ $EUID -eq 0 ]] || fail "The packages are installed in a throw-away root, which needs root."
+  unshare --mount true || fail "The throw-away root needs a machine that may mount file systems."
+  check_lintian
+  check_build_log
+  check_hardening
+  scripts/check_abi.sh "$built"
+  check_contents
+  check_life
+}
+
+built=$PWD/build/packages
+again=$work/another/longer/place
+case ${1:-} in
+  '')
+    scripts/build_packages.sh "$built"
+    start_second_build
+    check_built
+    wait_for_second_build
+    check_reproducible
+    ;;
+  --built) built=$(realpath "$2") && check_built ;;
+  *) sed -n '5,/^set/{/^#/s/^# \{0,1\}//p}' "$0" ;;
+esac
