@@ -67,8 +67,8 @@ inline constexpr std::array<std::pair<const char*, const char*>, 2> kExplainOpti
      {"--shell-input", "Only print the standard input of the shell."}}};
 
 /// Parses the words of a line; the first one is the name of the tool or of vexil-explain. `index`
-/// is the index of the word at the cursor, from 1 to the number of words; the latter means that the
-/// cursor is after the last word.
+/// is the index of the word at the cursor, from 1 to the number of words. If it is the number of
+/// words, the cursor is after the last word.
 CursorLine ReadCursorLine(const Vexil::Words& words, std::size_t index);
 
 }  // namespace Kestrel::Complete
