@@ -167,14 +167,17 @@ bool RunCommand(const Source& source, int descriptor) {
 
 // Waits until there is data, or no more can come. Returns false at the deadline or after an error.
 bool WaitForData(int descriptor, Deadline deadline) {
-  const auto left =
-      std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-  if (left.count() <= 0) {
-    return false;
-  }
   pollfd request = {descriptor, POLLIN, 0};
-  const int result = poll(&request, 1, static_cast<int>(left.count()));
-  return result > 0 || (result < 0 && errno == EINTR);
+  int result = -1;
+  do {
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    if (left.count() <= 0) {
+      return false;
+    }
+    result = poll(&request, 1, static_cast<int>(left.count()));
+  } while (result < 0 && errno == EINTR);
+  return result > 0;
 }
 
 std::string ReadUntil(int descriptor, Deadline deadline) {

@@ -19,7 +19,8 @@ using Deadline = std::chrono::steady_clock::time_point;
 ///
 /// Runs the command in a child process, whose current folder is the root folder and whose PATH
 /// contains only absolute folders. At the deadline, the child is killed with its process group, and
-/// no values are returned. Also returns none if the command fails or needs a parameter, or if its
+/// no values are returned. A process that has left the group, such as a daemon that the command has
+/// started, is not killed. Also returns none if the command fails or needs a parameter, or if its
 /// meta-data says that it changes something.
 std::vector<std::string> ReadDataValues(const AutoCli::Dispatcher& dispatcher,
                                         const std::string& source, Deadline deadline);

@@ -5,9 +5,11 @@
 
 #include <gmock/gmock.h>
 #include <signal.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <memory>
@@ -68,6 +70,34 @@ std::shared_ptr<SampleCommand> MakeRowsCommand(SampleCommand::Work work) {
   command->work = std::move(work);
   return command;
 }
+
+// Sends SIGALRM to this process once, and counts it. Reads are restarted after it.
+class AlarmAfter {
+ public:
+  explicit AlarmAfter(milliseconds time) {
+    _count = 0;
+    struct sigaction action = {};
+    action.sa_handler = [](int) { _count = _count + 1; };
+    action.sa_flags = SA_RESTART;
+    sigaction(SIGALRM, &action, &before_);
+    const itimerval timer = {{0, 0}, {0, static_cast<suseconds_t>(time.count() * 1000)}};
+    setitimer(ITIMER_REAL, &timer, nullptr);
+  }
+  AlarmAfter(const AlarmAfter&) = delete;
+  AlarmAfter& operator=(const AlarmAfter&) = delete;
+  ~AlarmAfter() {
+    const itimerval none = {};
+    setitimer(ITIMER_REAL, &none, nullptr);
+    sigaction(SIGALRM, &before_, nullptr);
+  }
+
+  int GetCount() const { return _count; }
+
+ private:
+  static inline volatile std::sig_atomic_t _count = 0;
+
+  struct sigaction before_ = {};
+};
 
 // A tree with the command "row list", whose behaviour the test sets.
 class DataValuesTest : public ::testing::Test {
@@ -169,6 +199,20 @@ TEST_F(DataValuesTest, AreEmptyAtTheDeadlineAndTheProcessesAreKilled) {
   EXPECT_LT(steady_clock::now() - start, milliseconds(900));
   std::this_thread::sleep_for(milliseconds(1500));
   EXPECT_NE(0, access(file.c_str(), F_OK));
+}
+
+// A signal that has a handler interrupts the wait for data.
+TEST_F(DataValuesTest, AreEmptyAtTheDeadlineEvenAfterASignal) {
+  Register([](const auto&, const auto& output) {
+    std::this_thread::sleep_for(milliseconds(10000));
+    output->SetRootObject(MakeRows(1));
+  });
+  const AlarmAfter alarm(milliseconds(50));
+  const auto start = steady_clock::now();
+  EXPECT_THAT(Read("row.list Name", milliseconds(200)), IsEmpty());
+  EXPECT_GE(steady_clock::now() - start, milliseconds(200));
+  EXPECT_LT(steady_clock::now() - start, milliseconds(9000));
+  EXPECT_EQ(1, alarm.GetCount());
 }
 
 TEST_F(DataValuesTest, ComeFromACommandThatRunsNothingFromTheCurrentFolder) {
