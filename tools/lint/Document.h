@@ -111,7 +111,6 @@ class Document {
   friend class Scanner;
 
   void Parse();
-  void Link();
 
   const std::string text_;
   std::vector<std::size_t> lineStarts_;
