@@ -18,6 +18,7 @@
 #include <utility>
 
 #include "autocli/plugins/TrustPolicy.h"
+#include "autocli/text/SystemError.h"
 #include "kestrel/KestrelException.h"
 
 namespace Kestrel::AutoCli {
@@ -105,10 +106,12 @@ class PathWalk {
   }
 
   /// Returns the mode of what `descriptor` refers to. Throws KestrelException when it is not
-  /// trusted.
+  /// trusted, or when that cannot be determined.
   mode_t Check(const FileDescriptor& descriptor, const std::string& path) const {
     struct stat status = {};
-    fstat(descriptor.Get(), &status);
+    if (fstat(descriptor.Get(), &status) != 0) {
+      throw KestrelException(path + ": " + SystemErrorText(errno));
+    }
     if (const std::optional<std::string> reason = FindDistrust(status, owner_)) {
       throw KestrelException(path + " " + *reason);
     }

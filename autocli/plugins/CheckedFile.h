@@ -19,8 +19,8 @@ struct CheckedFile {
 /// by the policy in TrustPolicy.h. Each is opened only once, and the checks apply to what was
 /// opened.
 ///
-/// Throws KestrelException when something is not trusted, and when there is no /proc, without which
-/// the file cannot be opened through its file descriptor.
+/// Throws KestrelException when something is not trusted or cannot be examined, and when there is
+/// no /proc, without which the file cannot be opened through its file descriptor.
 CheckedFile OpenCheckedFile(const std::string& path);
 
 /// Whether this process checks a plug-in before it loads it.

@@ -7,7 +7,6 @@
 #include <libxml/tree.h>
 
 #include <algorithm>
-#include <climits>
 #include <utility>
 
 #include "tools/lint/Scanner.h"
@@ -153,8 +152,9 @@ Position Document::PositionOf(std::size_t offset) const {
 }
 
 void Document::Parse() {
-  if (text_.empty() || text_.size() > INT_MAX) {
-    problem_ = Problem{"not-well-formed", {}, "the file is empty", false};
+  if (text_.empty() || text_.size() > kMaxSize) {
+    const char* const what = text_.empty() ? "the file is empty" : "the file is too large";
+    problem_ = Problem{"not-well-formed", {}, what, false};
     return;
   }
   FirstDiagnostic diagnostic;

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <climits>
 #include <cstddef>
 #include <memory>
 #include <optional>
@@ -93,6 +94,9 @@ class Document {
     /// Whether the loader may still accept the file.
     bool mayLoad = false;
   };
+
+  /// The most bytes that can be parsed.
+  static constexpr std::size_t kMaxSize = INT_MAX;
 
   explicit Document(std::string text);
   Document(const Document&) = delete;

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstdint>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -38,6 +39,12 @@ bool HasSuffix(const std::string& file, const std::string& suffix) {
          file.compare(file.size() - suffix.size(), suffix.size(), suffix) == 0;
 }
 
+bool IsTooLarge(const std::string& descriptor) {
+  std::error_code error;
+  const std::uintmax_t size = std::filesystem::file_size(descriptor, error);
+  return !error && size > Document::kMaxSize;
+}
+
 // Returns why a file cannot be read; empty if it can. Pipes and devices are refused, because they
 // may have no end.
 std::string FindObstacle(const std::string& file) {
@@ -45,6 +52,9 @@ std::string FindObstacle(const std::string& file) {
   const auto type = std::filesystem::status(file, error).type();
   if (!error && type != std::filesystem::file_type::regular) {
     return "it is not a regular file";
+  }
+  if (!HasSuffix(file, ".so") && IsTooLarge(file)) {
+    return "it is larger than " + std::to_string(Document::kMaxSize) + " bytes";
   }
   return access(file.c_str(), R_OK) == 0 ? std::string() : std::strerror(errno);
 }

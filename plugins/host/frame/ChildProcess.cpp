@@ -275,20 +275,24 @@ bool ReadToTheEnd(Streams& streams) {
   return true;
 }
 
-// Reads until the program has ended and nothing is left to read, or until the time is up. Returns
-// whether the program has ended.
+// Reads until the program has ended and nothing is left to read, or until the time is up and the
+// program still runs. Returns whether it has ended. What it left in the pipes is read even after
+// that time.
 bool ReadWithin(std::chrono::milliseconds limit, Streams& streams, const RunningProgram& program) {
   using Clock = std::chrono::steady_clock;
   const Clock::time_point deadline = Clock::now() + limit;
-  do {
+  for (;;) {
+    const bool isTimeUp = Clock::now() >= deadline;
     const bool hasEnded = program.HasEnded();
+    if (isTimeUp && !hasEnded) {
+      return false;
+    }
     const int wait = streams.AreOpen() ? kSliceMilliseconds : kEndMilliseconds;
     const Streams::Reading reading = streams.ReadOnce(hasEnded ? 0 : wait);
     if (hasEnded && reading == Streams::Reading::Nothing) {
       return true;
     }
-  } while (Clock::now() < deadline);
-  return program.HasEnded();
+  }
 }
 
 OutputReader AppendTo(std::string& text) {

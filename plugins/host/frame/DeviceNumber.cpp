@@ -16,7 +16,9 @@ std::optional<dev_t> ParseDeviceNumber(std::string_view text) {
   if (numbers.size() != 2 || !major || !minor) {
     return std::nullopt;
   }
-  return makedev(static_cast<unsigned>(*major), static_cast<unsigned>(*minor));
+  const dev_t device = makedev(static_cast<unsigned>(*major), static_cast<unsigned>(*minor));
+  // A sign, a space, a leading zero or a number that was cut to 32 bits makes a difference.
+  return FormatDeviceNumber(device) == text ? std::optional<dev_t>(device) : std::nullopt;
 }
 
 std::string FormatDeviceNumber(dev_t device) {

@@ -12,7 +12,7 @@
 namespace Kestrel::Host {
 
 /// Parses a device number given as major and minor number, as in "8:1". Returns nothing for
-/// anything else.
+/// anything that FormatDeviceNumber does not return.
 std::optional<dev_t> ParseDeviceNumber(std::string_view text);
 
 /// Formats a device number as major and minor number, as in "8:1".

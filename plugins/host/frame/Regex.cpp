@@ -42,6 +42,18 @@ std::string Reason(int error) {
   return reinterpret_cast<const char*>(text);
 }
 
+/// Throws what the error number of a search means.
+[[noreturn]] void ThrowSearchError(const std::string& expression, int error) {
+  if (error == PCRE2_ERROR_NOMEMORY) {
+    throw std::bad_alloc();
+  }
+  const bool isLimit = error == PCRE2_ERROR_MATCHLIMIT || error == PCRE2_ERROR_DEPTHLIMIT ||
+                       error == PCRE2_ERROR_HEAPLIMIT;
+  throw KestrelException(
+      "The regular expression '" + expression + "' " +
+      (isLimit ? "takes too long to search for" : "cannot be searched for: " + Reason(error)));
+}
+
 }  // namespace
 
 void Regex::CodeDeleter::operator()(pcre2_real_code_8* code) const { pcre2_code_free(code); }
@@ -64,8 +76,7 @@ bool Regex::IsFoundIn(const std::string& text) const {
   }
   const int count = pcre2_match(code_.get(), Units(text), text.size(), 0, 0, data.get(), nullptr);
   if (count < 0 && count != PCRE2_ERROR_NOMATCH) {
-    throw KestrelException("The regular expression '" + expression_ +
-                           "' takes too long to search for");
+    ThrowSearchError(expression_, count);
   }
   return count >= 0;
 }

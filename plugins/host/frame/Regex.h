@@ -23,7 +23,8 @@ class Regex {
   Regex& operator=(const Regex&) = delete;
   ~Regex();
 
-  /// Throws KestrelException if the search backtracks too often.
+  /// Throws KestrelException with the reason if the search fails, for example because it backtracks
+  /// too often, and std::bad_alloc if memory runs out.
   bool IsFoundIn(const std::string& text) const;
 
  private:

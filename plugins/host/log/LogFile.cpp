@@ -86,9 +86,7 @@ std::optional<std::string_view> LogFile::PreviousLine() {
   for (;;) {
     const std::size_t newline = FindLastNewline(buffer_, unsearched);
     if (newline != std::string::npos) {
-      const std::size_t first = newline + 1;
-      const std::string_view line(buffer_.data() + first, std::exchange(end_, newline) - first);
-      return line;
+      return TakeLine(newline + 1, newline);
     }
     if (offset_ == 0) {
       break;
@@ -98,7 +96,19 @@ std::optional<std::string_view> LogFile::PreviousLine() {
   if (!std::exchange(hasFirstLine_, false)) {
     return std::nullopt;
   }
-  return std::string_view(buffer_.data(), std::exchange(end_, 0));
+  return TakeLine(0, 0);
+}
+
+// Returns the rest of the unreturned part from `first` on, and lets that part end at `end`.
+std::string_view LogFile::TakeLine(std::size_t first, std::size_t end) {
+  RequireLineSize(end_ - first);
+  return {buffer_.data() + first, std::exchange(end_, end) - first};
+}
+
+void LogFile::RequireLineSize(std::size_t size) const {
+  if (size > kMaxLineSize) {
+    Fail(path_, "A line is longer than " + std::to_string(kMaxLineSize >> 20) + " MiB");
+  }
 }
 
 void LogFile::Start() {
@@ -113,9 +123,7 @@ void LogFile::Start() {
 // Returns the number of bytes added at the start of the buffer. Blocks become larger while a line
 // extends over several of them, so that its bytes are moved only a few times.
 std::size_t LogFile::ReadBlockBefore() {
-  if (end_ > kMaxLineSize) {
-    Fail(path_, "A line is longer than " + std::to_string(kMaxLineSize >> 20) + " MiB");
-  }
+  RequireLineSize(end_);
   const auto size =
       static_cast<std::size_t>(std::min<std::uint64_t>(offset_, std::max(kBlockSize, end_)));
   buffer_.resize(end_);

@@ -32,6 +32,8 @@ class LogFile {
   std::optional<std::string_view> PreviousLine();
 
  private:
+  std::string_view TakeLine(std::size_t first, std::size_t end);
+  void RequireLineSize(std::size_t size) const;
   void Start();
   std::size_t ReadBlockBefore();
   void ReadAt(char* buffer, std::size_t size, std::uint64_t offset) const;

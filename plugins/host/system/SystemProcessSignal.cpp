@@ -34,7 +34,8 @@ const StructShape& Shape() {
           .Int("Signal Number", "The number of the signal.")
           .String("Outcome",
                   "\"sent\", or \"had ended\" if the process ended before the signal was sent.")
-          .String("Name", "The name of its program, at most 15 bytes.")
+          .String("Name",
+                  "The name of its program, at most 15 bytes; kernel threads may have longer ones.")
           .String("Command", "Its arguments, separated by spaces, or its name in brackets.");
   return shape;
 }

@@ -10,16 +10,19 @@
 #include <errno.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <string>
 
 #include "kestrel/KestrelException.h"
 #include "support/DescriptorLimit.h"
+#include "support/ForbiddenCalls.h"
 #include "support/MemoryFile.h"
 #include "support/Sanitizer.h"
 #include "support/ScopedTempDir.h"
@@ -127,16 +130,15 @@ TEST_F(CheckedFileTest, RefusesAFileOfAnotherUser) {
                 file_ + " belongs to user 4711, who is neither root nor the owner of this program");
 }
 
-/// Returns the reason why a file is refused in a root folder without /proc. Returns an empty string
-/// if the file is accepted.
-std::string ReasonWithoutProc(const std::string& folder, const std::string& path) {
+/// Returns the reason why a file is refused in a child process that has called `prepare`. Returns
+/// an empty string if the file is accepted.
+std::string ReasonAfter(const std::function<void()>& prepare, const std::string& path) {
   const MemoryFile reason;
   const pid_t child = fork();
   if (child == 0) {
     try {
-      if (chroot(folder.c_str()) == 0) {
-        OpenCheckedFile(path);
-      }
+      prepare();
+      OpenCheckedFile(path);
     } catch (const KestrelException& error) {
       reason.Write(error.what());
     }
@@ -150,11 +152,21 @@ TEST_F(CheckedFileTest, RefusesEveryFileWithoutProc) {
   if (geteuid() != 0) {
     GTEST_SKIP() << "Only root can change the root folder.";
   }
-  EXPECT_EQ(ReasonWithoutProc(Inner(), "/file"),
-            "it can be loaded safely only where /proc is mounted");
+  const auto leaveProc = [this] { ASSERT_EQ(chroot(Inner().c_str()), 0); };
+  EXPECT_EQ(ReasonAfter(leaveProc, "/file"), "it can be loaded safely only where /proc is mounted");
   ASSERT_EQ(chown(file_.c_str(), 1, 0), 0);
-  EXPECT_EQ(ReasonWithoutProc(Inner(), "/file"),
+  EXPECT_EQ(ReasonAfter(leaveProc, "/file"),
             "/file belongs to user 1, who is neither root nor the owner of this program");
+}
+
+TEST_F(CheckedFileTest, RefusesWhatItCannotExamine) {
+  const auto forbidFstat = [] {
+    const int lowest = dup(STDIN_FILENO);  // the number that the root folder will have
+    close(lowest);
+    Testing::Forbid(SYS_fstat, lowest, EIO);
+    Testing::Forbid(SYS_newfstatat, lowest, EIO);  // what some C libraries call instead
+  };
+  EXPECT_EQ(ReasonAfter(forbidFstat, file_), "/: Input/output error");
 }
 
 TEST_F(CheckedFileTest, RefersToTheFileThatItHasCheckedEvenIfThatIsMoved) {

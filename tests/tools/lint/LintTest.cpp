@@ -5,6 +5,8 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdint>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -115,6 +117,17 @@ TEST(LintTest, ExaminesTheOtherFilesWhenOneCannotBeRead) {
   ASSERT_THAT(result.unreadable, SizeIs(1));
   EXPECT_THAT(result.unreadable[0], HasSubstr("No such file or directory"));
   EXPECT_FALSE(result.findings.empty());
+  EXPECT_EQ(StatusOf(result), 2);
+}
+
+TEST(LintTest, ReadsNoDescriptorThatIsTooLarge) {
+  const ScopedTempDir folder;
+  const std::string file = folder.Write("a.xml", "<x/>");
+  std::filesystem::resize_file(file, std::uintmax_t{1} << 31);  // the file needs no space
+  const LintResult result = LintFiles({file}, {});
+  EXPECT_THAT(result.unreadable,
+              ElementsAre("cannot read " + file + ": it is larger than 2147483647 bytes"));
+  EXPECT_THAT(result.findings, IsEmpty());
   EXPECT_EQ(StatusOf(result), 2);
 }
 

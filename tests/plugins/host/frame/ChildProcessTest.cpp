@@ -19,6 +19,7 @@
 
 #include "kestrel/KestrelException.h"
 #include "plugins/host/frame/HostFile.h"
+#include "plugins/host/support/Namespaces.h"
 #include "plugins/shell-common/MadeUpTool.h"
 #include "support/ScopedEnvironment.h"
 #include "support/ScopedTempDir.h"
@@ -246,6 +247,24 @@ TEST(RunProgramWithinTest, ReadsAllThatAnEndedProgramWrote) {
     ASSERT_EQ(RunWithin(kLong, "head -c 60000 /dev/zero; head -c 5 /dev/zero >&2").output.size(),
               60000u);
   }
+}
+
+// The program stops the process that runs it until it has ended and the time is up. It makes the
+// pipe larger than what is read at once.
+TEST(RunProgramWithinTest, ReadsAllOfAProgramThatEndedUnnoticedBeforeTheTimeWasUp) {
+  const std::string script =
+      "kill -STOP $PPID\n"
+      "(while [ -e /proc/$$ ] && ! grep -q ') Z' /proc/$$/stat; do sleep 0.1; done\n"
+      " sleep 0.5; kill -CONT $PPID) >/dev/null 2>&1 &\n"
+      "exec python3 -c 'import fcntl, os\n"
+      "fcntl.fcntl(1, fcntl.F_SETPIPE_SZ, 1 << 20)\n"
+      "os.write(1, bytes(300000))'";
+  const auto run = [&script] {
+    const ProgramResult result = RunWithin(kShort, script);
+    EXPECT_EQ(result.output.size(), 300000u);
+    EXPECT_FALSE(result.isTimedOut);
+  };
+  EXPECT_EQ(Testing::RunInNamespaces(0, run), "");
 }
 
 TEST(RunProgramWithinTest, WorksWhenThisProcessIgnoresTheSignalsOfItsChildren) {

@@ -29,6 +29,22 @@ TEST(DeviceNumberTest, RejectsAnyOtherString) {
   }
 }
 
+TEST(DeviceNumberTest, HasNoSignsSpacesAndLeadingZeros) {
+  for (const char* const text : {"-1:2", "1:-2", "+8:1", "8:+1", "-0:1", "08:1", "8:01"}) {
+    EXPECT_EQ(ParseDeviceNumber(text), std::nullopt) << text;
+  }
+  for (const char* const text : {" 8:1", "8 :1", "8: 1", "8:1 ", "8:1\n"}) {
+    EXPECT_EQ(ParseDeviceNumber(text), std::nullopt) << text;
+  }
+}
+
+TEST(DeviceNumberTest, HasNumbersOfAtMost32Bits) {
+  EXPECT_THAT(ParseDeviceNumber("8:4294967295"), Optional(makedev(8, 4294967295u)));
+  for (const char* const text : {"4294967304:1", "8:4294967296", "8:4294967297"}) {
+    EXPECT_EQ(ParseDeviceNumber(text), std::nullopt) << text;
+  }
+}
+
 TEST(DeviceNumberTest, IsFormattedAsItIsParsed) {
   for (const char* const text : {"0:0", "8:1", "253:7", "4095:1048575"}) {
     EXPECT_EQ(FormatDeviceNumber(*ParseDeviceNumber(text)), text);

@@ -6,9 +6,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <new>
 #include <string>
 
 #include "kestrel/KestrelException.h"
+#include "support/MemoryLimit.h"
+#include "support/Sanitizer.h"
 
 namespace Kestrel::Host {
 namespace {
@@ -33,6 +36,24 @@ TEST(RegexTest, EndsASearchThatTakesTooLong) {
   EXPECT_THAT([&] { pattern.IsFoundIn(std::string(100, 'a') + "!"); },
               ThrowsMessage<KestrelException>(
                   "The regular expression '^(a+a+)+$' takes too long to search for"));
+}
+
+TEST(RegexTest, ReportsAnyOtherReasonWhyASearchEnds) {
+  const Regex pattern("((?2))((?1))");
+  EXPECT_THAT([&] { pattern.IsFoundIn("abc"); },
+              ThrowsMessage<KestrelException>(
+                  "The regular expression '((?2))((?1))' cannot be searched for: nested recursion "
+                  "at the same subject position"));
+}
+
+TEST(RegexTest, ReportsThatMemoryForASearchRanOut) {
+  if (Testing::kIsSanitized) {
+    GTEST_SKIP() << "the sanitizer needs too much memory for a limit";
+  }
+  const Regex pattern("^(a|b)*$");
+  const std::string text(1000000, 'a');
+  const Testing::MemoryLimit limit;
+  EXPECT_THROW(pattern.IsFoundIn(text), std::bad_alloc);
 }
 
 struct SearchCase {

@@ -160,12 +160,25 @@ TEST(LogFileSizeTest, LinesOfAnyLengthAreThoseOfTac) {
 TEST(LogFileSizeTest, ALineMayHaveHalfTheGreatestLength) {
   const ScopedTempDir folder;
   const std::string path = folder.Write("log", "first\n");
-  const auto size = static_cast<off_t>(LogFile::kMaxLineSize / 2);
-  ASSERT_EQ(::truncate(path.c_str(), size), 0);  // the new bytes are NULs without a line feed
+  // The new bytes are NULs without a line feed.
+  ASSERT_EQ(::truncate(path.c_str(), static_cast<off_t>(6 + LogFile::kMaxLineSize)), 0);
   const auto lines = LinesIn(path);
   ASSERT_EQ(lines.size(), 2u);
-  EXPECT_EQ(lines[0].size(), static_cast<std::size_t>(size) - 6);
+  EXPECT_EQ(lines[0].size(), LogFile::kMaxLineSize);
   EXPECT_EQ(lines[1], "first");
+}
+
+TEST(LogFileSizeTest, ALineOfOneByteMoreIsAnError) {
+  const ScopedTempDir folder;
+  for (const std::string before : {"", "\n", "first\n"}) {
+    const std::string path = folder.Write("log", before);
+    const std::size_t size = before.size() + LogFile::kMaxLineSize + 1;
+    ASSERT_EQ(::truncate(path.c_str(), static_cast<off_t>(size)), 0);
+    std::ofstream(path, std::ios::app) << "\nlast\n";
+    LogFile file(path);
+    EXPECT_EQ(file.PreviousLine(), "last");
+    EXPECT_THAT([&] { file.PreviousLine(); }, Unreadable(path, "A line is longer than 64 MiB"));
+  }
 }
 
 TEST(LogFileSizeTest, AHoleAfterTheLastLineIsALineOfNulBytes) {

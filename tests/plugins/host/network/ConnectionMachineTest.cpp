@@ -10,9 +10,9 @@
 #include <string>
 #include <vector>
 
-#include "plugins/host/support/ForbiddenCalls.h"
 #include "plugins/host/support/HostCall.h"
 #include "plugins/host/support/MadeUpMachine.h"
+#include "support/ForbiddenCalls.h"
 
 // The list of connections on a machine with simulated sockets.
 namespace Kestrel::Testing {

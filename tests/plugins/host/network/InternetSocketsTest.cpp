@@ -20,8 +20,8 @@
 #include <string>
 
 #include "plugins/host/network/NetlinkMessages.h"
-#include "plugins/host/support/ForbiddenCalls.h"
 #include "plugins/host/support/Namespaces.h"
+#include "support/ForbiddenCalls.h"
 #include "support/ScopedTempDir.h"
 
 namespace Kestrel::Host {

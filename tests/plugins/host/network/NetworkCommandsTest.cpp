@@ -22,11 +22,11 @@
 #include "plugins/host/network/MadeUpEtc.h"
 #include "plugins/host/network/MadeUpNetwork.h"
 #include "plugins/host/network/Netlink.h"
-#include "plugins/host/support/ForbiddenCalls.h"
 #include "plugins/host/support/HostCall.h"
 #include "plugins/host/support/JsonWitness.h"
 #include "plugins/host/support/Namespaces.h"
 #include "plugins/host/support/Rows.h"
+#include "support/ForbiddenCalls.h"
 #include "support/Witness.h"
 
 // The commands in the namespace "network" about interfaces, addresses, routes and neighbors,

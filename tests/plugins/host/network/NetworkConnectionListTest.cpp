@@ -21,11 +21,11 @@
 #include <cstring>
 #include <optional>
 
-#include "plugins/host/support/ForbiddenCalls.h"
 #include "plugins/host/support/HostCall.h"
 #include "plugins/host/support/Namespaces.h"
 #include "plugins/host/support/PlainUser.h"
 #include "plugins/host/support/Rows.h"
+#include "support/ForbiddenCalls.h"
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 

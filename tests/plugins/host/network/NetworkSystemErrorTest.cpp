@@ -13,9 +13,9 @@
 #include <string>
 #include <tuple>
 
-#include "plugins/host/support/ForbiddenCalls.h"
 #include "plugins/host/support/HostCall.h"
 #include "plugins/host/support/Namespaces.h"
+#include "support/ForbiddenCalls.h"
 #include "support/Sanitizer.h"
 
 // The commands in the namespace "network" when the system refuses access. The result must be

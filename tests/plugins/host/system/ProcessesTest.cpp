@@ -66,8 +66,8 @@ TEST(ProcessesTest, NumbersAtTheLimitsOf64BitsDoNotOverflow) {
 }
 
 TEST(ProcessesTest, AcceptsAnyBytesInTheName) {
-  for (const std::string name :
-       {"", " ", "a b", "(", ")", ") S 1 1", "a\nb", "((x))", "\xff\xfe"}) {
+  for (const std::string name : {"", " ", "a b", "(", ")", ") S 1 1", "a\nb", "((x))", "\xff\xfe",
+                                 "kworker/R-kvfree_rcu_reclaim"}) {
     const auto process = ParseProcess("42 (" + name + ")" + kNumbers);
     ASSERT_TRUE(process) << name;
     EXPECT_EQ(process->name, name);

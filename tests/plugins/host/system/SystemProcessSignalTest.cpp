@@ -168,15 +168,25 @@ TEST(SystemProcessSignalTest, PrintsWhatWasSignalled) {
   EXPECT_EQ(process.WaitUntilItIsKilled(), SIGTERM);
 }
 
+std::shared_ptr<AutoCli::Command> FindProcessCommand(const std::string& name) {
+  return std::dynamic_pointer_cast<AutoCli::Command>(GetDispatcher()
+                                                         .GetRootNamespace()
+                                                         ->GetNamespaceNode("system")
+                                                         ->GetNamespaceNode("process")
+                                                         ->GetNamespaceNode(name));
+}
+
 TEST(SystemProcessSignalTest, SaysThatItChangesSomething) {
-  const auto command =
-      std::dynamic_pointer_cast<AutoCli::Command>(GetDispatcher()
-                                                      .GetRootNamespace()
-                                                      ->GetNamespaceNode("system")
-                                                      ->GetNamespaceNode("process")
-                                                      ->GetNamespaceNode("signal"));
-  ASSERT_NE(command, nullptr);
-  EXPECT_EQ(command->GetMetaData().at("changes"), "true");
+  EXPECT_EQ(FindProcessCommand("signal")->GetMetaData().at("changes"), "true");
+}
+
+TEST(SystemProcessSignalTest, DescribesNamesAsTheListDoes) {
+  const auto describe = [](const std::string& command) {
+    const auto list = std::dynamic_pointer_cast<MetaObj::MetaList>(
+        FindProcessCommand(command)->GetOutputSpec()->GetRootObject());
+    return list->GetListStructure()->GetFieldDocumentation("Name");
+  };
+  EXPECT_EQ(describe("signal"), describe("list"));
 }
 
 // A signal as the user writes it, and the signal that must then end the process, according to the

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "plugins/host/support/ForbiddenCalls.h"
+#include "support/ForbiddenCalls.h"
 
 #include <gtest/gtest.h>
 #include <linux/filter.h>
