@@ -218,7 +218,12 @@ void MakeFolder(const std::string& path) { fs::create_directories(path); }
 
 void MakePipe(const std::string& path) { Require(mkfifo(path.c_str(), 0644) == 0, path); }
 
-void WriteFile(const std::string& path, const std::string& text) { std::ofstream(path) << text; }
+void WriteFile(const std::string& path, const std::string& text) {
+  std::ofstream file(path);
+  file << text;
+  file.close();
+  Require(file.good(), path);
+}
 
 void Move(const std::string& from, const std::string& to) { fs::rename(from, to); }
 

@@ -53,7 +53,7 @@ class ThrowAwayRoot {
   bool hasProc_ = true;
 };
 
-// Functions for a preparation. A failure ends the run, except in WriteFile, which ignores it.
+// Functions for a preparation. A failure ends the run.
 
 void Own(const std::string& path, uid_t user, gid_t group = 0);  // does not follow a link
 void SetMode(const std::string& path, mode_t mode);

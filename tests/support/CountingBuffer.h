@@ -26,6 +26,14 @@ class CountingBuffer : public std::streambuf {
     }
     return size;
   }
+
+  int_type overflow(int_type letter) override {
+    if (!traits_type::eq_int_type(letter, traits_type::eof())) {
+      const char byte = traits_type::to_char_type(letter);
+      xsputn(&byte, 1);
+    }
+    return traits_type::not_eof(letter);
+  }
 };
 
 }  // namespace Kestrel::Testing

@@ -19,7 +19,7 @@
 #include "plugins/host/support/HostTool.h"
 #include "support/StreamCapture.h"
 
-// Properties of the commands of the plug-in. Most of these tests omit the namespace "service".
+// Properties of the commands of the plug-in.
 namespace Kestrel::Testing {
 namespace {
 
@@ -46,7 +46,8 @@ void VisitNodes(const std::shared_ptr<NamespaceNode>& node,
 // The parameters that lists of structures share. Only lists with sizes have "human".
 const std::set<std::string> kCommonParameters = {"sort", "descending", "limit", "human"};
 
-const std::vector<std::string> kAreas = {"system", "storage", "network", "log", "package", "file"};
+const std::vector<std::string> kAreas = {"system",  "storage", "network", "log",
+                                         "package", "service", "file"};
 
 // Maps the paths of all nodes in these areas, with spaces between their words, to the nodes.
 std::map<std::string, std::shared_ptr<NamespaceNode>> GetNodes() {

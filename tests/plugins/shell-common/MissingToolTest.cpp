@@ -46,7 +46,6 @@ class MissingToolTest : public ::testing::TestWithParam<MissingTool> {
 };
 
 TEST_P(MissingToolTest, IsNamed) {
-  const ScopedEnvironment scripts("SYSTEMD_DIR", "/nosuch");
   const ScopedEnvironment path("PATH", tools_.GetPath());
   EXPECT_THAT(CallErrors(GetParam().command, GetParam().parameters),
               ElementsAre("This command needs the tool " + std::string(GetParam().tool) +

@@ -35,7 +35,6 @@ TEST(RowReaderTest, PutsTheHostOfEachPartIntoItsRows) {
                                    "{\"host\":\"web3\",\"rows\":0}\n"
                                    "{\"host\":\"web4\",\"rows\":1}\n"
                                    "{\"Name\":\"c\",\"Size\":0}\n");
-  std::istringstream same(kShape);
   EXPECT_THAT(rows, HasSubstr("web[1-2]"));
   EXPECT_THAT(rows, HasSubstr("9223372036854775807"));
   EXPECT_THAT(rows, HasSubstr("web4"));

@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -49,22 +50,21 @@ std::vector<std::string> RulesOf(const LintResult& result) {
   return rules;
 }
 
+// Returns the last part of the loader's message, up to the path of the file.
+std::string InnermostCause(const std::string& fault) {
+  std::size_t start = 0;
+  for (const std::string prefix : {"Error was ", "Error was: "}) {
+    const std::size_t at = fault.rfind(prefix);
+    start = at == std::string::npos ? start : std::max(start, at + prefix.size());
+  }
+  return fault.substr(start, fault.find('@', start) - start);
+}
+
 TEST(LintTest, QuotesWhatTheLoaderSaysAboutEveryBrokenDescriptor) {
   for (const Testing::BrokenDescriptor& broken : Testing::GetBrokenDescriptors()) {
     const std::string path = Testing::GetBrokenDescriptorFolder() + "/" + broken.name + ".xml";
     const LintResult result = LintFiles({path}, {});
-    std::string fault = broken.fault.substr(broken.fault.rfind("Error was ") + 1);
-    for (const char* prefix : {"Error was: ", "Error was "}) {
-      const std::size_t at = broken.fault.rfind(prefix);
-      fault = at == std::string::npos ? broken.fault
-                                      : broken.fault.substr(at + std::string(prefix).size());
-      if (at != std::string::npos) {
-        break;
-      }
-    }
-    const std::size_t at = fault.find('@');
-    fault = at == std::string::npos ? fault : fault.substr(0, at);
-    EXPECT_THAT(WriteText(result.findings), HasSubstr(fault)) << broken.name;
+    EXPECT_THAT(WriteText(result.findings), HasSubstr(InnermostCause(broken.fault))) << broken.name;
     EXPECT_EQ(StatusOf(result), 1) << broken.name;
   }
 }

@@ -104,9 +104,18 @@ class Checker:
             # The loader would search its own folders for names without a slash.
             done = self.run(*sorted(name for name in files if name.endswith(".so")), cwd=folder)
             self.expect(done.returncode == 0 and done.stdout == "", done)
-        # host.so declares a namespace that a descriptor uses.
-        done = self.run(*reversed(folders))
+        done = self.run(*folders)
         self.expect(done.returncode == 0 and done.stdout == "", done.stdout)
+
+    def check_order(self, folders):
+        files = [os.path.join(folder, name) for folder in folders
+                 for name in sorted(os.listdir(folder)) if name.endswith((".so", ".xml"))]
+        done = self.run(*files)
+        self.expect(done.returncode == 0 and done.stdout == "", done.stdout)
+        # host.so declares a namespace that a descriptor uses, so it must come first.
+        done = self.run("--format=json", *reversed(files))
+        rules = {finding["rule"] for finding in json.loads(done.stdout)["findings"]}
+        self.expect(done.returncode == 1 and rules == {"path-undeclared"}, f"reversed: {done}")
 
     def check_guides(self, pages, plugins, folder):
         examined = 0
@@ -132,8 +141,8 @@ def main():
     with tempfile.TemporaryDirectory() as folder:
         checker.check_statuses(folder)
         checker.check_guides(sys.argv[2], sys.argv[3:], folder)
-    for folder in sys.argv[3:]:
-        checker.check_clean([folder])
+    checker.check_clean(sys.argv[3:])
+    checker.check_order(sys.argv[3:])
     return 1 if checker.failures else 0
 
 

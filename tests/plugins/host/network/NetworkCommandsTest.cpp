@@ -476,14 +476,17 @@ TEST(NetworkAddressListTest, RejectsInvalidFamiliesScopesAndLengths) {
                           "from the set [4, 6]"));
   EXPECT_THAT(Call("network address list", {{"family", "ipv4"}}).GetErrors(),
               ElementsAre("Invalid data 'ipv4' for parameter family expected type Integer"));
-  RunWithEtc({}, [] {
+  EXPECT_THAT(Call("network address list", {{"prefix-length", "129"}}).GetErrors(),
+              ElementsAre("Invalid data constraint for parameter 'prefix-length'. Expected integer "
+                          "in the range 0-128"));
+  const std::string refusal = RunWithEtc({}, [] {
     EXPECT_THAT(Call("network address list", {{"scope", "world"}}).GetErrors(),
                 ElementsAre("There is no such scope: 'world'; --scope is a number or one of: "
                             "global, site, link, host, nowhere"));
   });
-  EXPECT_THAT(Call("network address list", {{"prefix-length", "129"}}).GetErrors(),
-              ElementsAre("Invalid data constraint for parameter 'prefix-length'. Expected integer "
-                          "in the range 0-128"));
+  if (!refusal.empty()) {
+    GTEST_SKIP() << refusal;
+  }
 }
 
 // ---- network route list

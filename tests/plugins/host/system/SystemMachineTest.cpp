@@ -552,6 +552,20 @@ TEST_F(ParameterMachineTest, ChangesAValue) {
   ExpectPrinted("system parameter get --name=vm.swappiness", "10\n");
 }
 
+TEST_F(ParameterMachineTest, ChangesAValueThatCannotBeRead) {
+  File("proc/sys/vm/drop_caches", "");
+  Mode("proc/sys/vm/drop_caches", 0222);
+  RunThere([this] {
+    {
+      const PlainUser user;
+      EXPECT_EQ(
+          CallStruct("system parameter set", {{"name", "vm.drop_caches"}, {"value", "3"}}),
+          (Row{{"Name", "vm.drop_caches"}, {"Before", "unreadable"}, {"After", "unreadable"}}));
+    }
+    EXPECT_EQ(Content("proc/sys/vm/drop_caches"), "3\n");
+  });
+}
+
 TEST_F(ParameterMachineTest, ReportsThatAPlainUserMayNeitherChangeNorReadAValue) {
   File("proc/sys/vm/drop_caches", "");
   Mode("proc/sys/vm/drop_caches", 0200);
@@ -585,8 +599,33 @@ TEST_F(ParameterMachineTest, ListsParametersInTheOrderThatTheUserWants) {
   });
 }
 
-TEST_F(ParameterMachineTest, ReportsUnknownNamesAndGroupsOfParameters) {
+TEST_F(ParameterMachineTest, NoNameLeadsOutOfTheFolderOfParameters) {
   File("proc/secret", "x\n");
+  RunThere([this] {
+    const auto refusal = ElementsAre(
+        "Invalid data constraint for parameter 'name'. Value does not match the expected regular "
+        "expression ([^./]+([./][^./]+)*)");
+    for (const char* const name : {"../secret", "vm/../../secret", "vm.//.//.secret", "//.secret",
+                                   "/proc/secret", "/secret", "..", ""}) {
+      EXPECT_THAT(CallErrors("system parameter get", {{"name", name}}), refusal) << name;
+      EXPECT_THAT(CallErrors("system parameter set", {{"name", name}, {"value", "1"}}), refusal)
+          << name;
+    }
+    EXPECT_EQ(Content("proc/secret"), "x\n");
+  });
+}
+
+TEST_F(ParameterMachineTest, ListsNothingThatALinkLeadsTo) {
+  File("proc/secret/inner", "x\n");
+  Link("proc/sys/vm/file", "../../secret/inner");
+  Link("proc/sys/vm/folder", "../../secret");
+  RunThere([] {
+    EXPECT_THAT(Names({{"under", "vm"}}), ElementsAre("vm.overcommit_ratio", "vm.swappiness"));
+    EXPECT_THAT(Names({{"under", "vm.folder.inner"}}), IsEmpty());
+  });
+}
+
+TEST_F(ParameterMachineTest, ReportsUnknownNamesAndGroupsOfParameters) {
   RunThere([] {
     EXPECT_THAT(CallErrors("system parameter get", {{"name", "no.such"}}),
                 ElementsAre("There is no parameter "
