@@ -69,15 +69,17 @@ class Listener {
  private:
   void Read(const json& value) {
     if (value.contains("enter")) {
-      step = value["enter"].get<std::string>();
+      step = value.at("enter").get<std::string>();
     } else if (value.contains("fault")) {
-      const json& fault = value["fault"];
-      report_.faults.push_back(
-          {fault[0].get<std::string>(), fault[1].get<std::string>(), fault[2].get<std::string>()});
-    } else if (value.contains("end")) {
+      const auto text = [&value](std::size_t i) {
+        return value.at("fault").at(i).get<std::string>();
+      };
+      report_.faults.push_back({text(0), text(1), text(2)});
+    } else {
+      const json& end = value.at("end");
+      report_.tree = Catalog::ReadJson(end.at("tree").get<std::string>());
+      report_.formatters = end.at("formatters").get<std::vector<std::string>>();
       isComplete = true;
-      report_.tree = Catalog::ReadJson(value["end"]["tree"].get<std::string>());
-      report_.formatters = value["end"]["formatters"].get<std::vector<std::string>>();
     }
   }
 

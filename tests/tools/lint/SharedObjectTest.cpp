@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "support/ScopedEnvironment.h"
 #include "support/ScopedTempDir.h"
 #include "support/TestPlugins.h"
 #include "tools/lint/FileReport.h"
@@ -57,10 +58,15 @@ TEST(SharedObjectTest, ReportsAFileThatIsNoSharedObject) {
 }
 
 TEST(SharedObjectTest, SurvivesWhatAPluginWritesIntoThePipe) {
-  const ObjectReport report = Examine("ConstructorPluginScribble");
-  ASSERT_THAT(report.faults, SizeIs(1));
-  EXPECT_EQ(report.faults[0].rule, "object-crash");
-  EXPECT_THAT(report.faults[0].what, HasSubstr("file descriptors that are not its own"));
+  for (const char* const noise :
+       {"nonsense", "7", "[]", "{}", R"({"enter":7})", R"({"fault":[]})", R"({"fault":["a","b"]})",
+        R"({"fault":{}})", R"({"end":{}})", R"({"end":{"tree":"{}"}})", R"({"end":[]})"}) {
+    const Testing::ScopedEnvironment environment("KESTREL_TEST_NOISE", noise);
+    const ObjectReport report = Examine("ConstructorPluginScribble");
+    ASSERT_THAT(report.faults, SizeIs(1)) << noise;
+    EXPECT_EQ(report.faults[0].rule, "object-crash");
+    EXPECT_THAT(report.faults[0].what, HasSubstr("file descriptors that are not its own"));
+  }
 }
 
 TEST(SharedObjectTest, LoadsThePrecedingPluginsFirst) {
