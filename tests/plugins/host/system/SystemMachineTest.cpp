@@ -552,6 +552,7 @@ TEST_F(ParameterMachineTest, ChangesAValue) {
   ExpectPrinted("system parameter get --name=vm.swappiness", "10\n");
 }
 
+// A plain user makes the change, because root can read every file.
 TEST_F(ParameterMachineTest, ChangesAValueThatCannotBeRead) {
   File("proc/sys/vm/drop_caches", "");
   Mode("proc/sys/vm/drop_caches", 0222);
