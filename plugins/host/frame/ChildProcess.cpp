@@ -27,8 +27,8 @@ namespace {
 constexpr int kFirstFreeDescriptor = 3;
 constexpr std::size_t kReadSize = std::size_t{64} << 10;
 constexpr int kSignalStatus = 128;
-// A reader with a time limit waits this long for output before it checks whether the program has
-// ended. Once the streams are closed, it checks at the shorter interval.
+// A reader with a time limit waits at most this long for output before it checks whether the
+// program has ended. Once the streams are closed, it checks at the shorter interval.
 constexpr int kSliceMilliseconds = 20;
 constexpr int kEndMilliseconds = 1;
 // A program that ends by itself prints far less.
@@ -112,8 +112,8 @@ Pipe OpenPipe(const std::string& path) {
 // Whether a signal reaches only the program or its whole process group.
 enum class Reach { Program, Group };
 
-// How a program is started: which streams it has, and that it neither blocks signals nor ignores
-// SIGPIPE, whatever this process does.
+// How a program is started: which streams and process group it has, and that it neither blocks
+// signals nor ignores SIGPIPE, whatever this process does.
 class SpawnPlan {
  public:
   SpawnPlan(int output, int errorOutput, Reach reach) {
@@ -157,7 +157,8 @@ class SpawnPlan {
   posix_spawnattr_t attributes_;
 };
 
-// A started program. The destructor kills it if it still runs, and waits for it.
+// A started program. Unless Wait was called, the destructor kills the program or its group, and
+// waits for the program.
 class RunningProgram {
  public:
   RunningProgram(pid_t process, Reach reach) : process_(process), reach_(reach) {}
@@ -222,9 +223,8 @@ class Streams {
 
   bool AreOpen() const { return output_.readEnd.IsOpen() || errorOutput_.readEnd.IsOpen(); }
 
-  // Waits until there is something to read, at most for `milliseconds`, and passes it on; -1 means
-  // without a limit. Reads both streams as they fill, so that the program never blocks on one of
-  // them.
+  // Waits at most `milliseconds` until there is something to read, and passes it on; -1 means no
+  // limit. Reads both streams as they fill, so that the program never blocks on one of them.
   Reading ReadOnce(int milliseconds) {
     // A closed pipe has a negative number, which poll ignores.
     pollfd events[] = {{output_.readEnd.Get(), POLLIN, 0}, {errorOutput_.readEnd.Get(), POLLIN, 0}};

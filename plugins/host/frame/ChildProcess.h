@@ -15,7 +15,7 @@ namespace Kestrel::Host {
 /// What a program wrote, and how it ended.
 struct ProgramResult {
   int status = 0;           ///< its exit status; if a signal ended it, 128 plus the signal's number
-  std::string output;       ///< standard output
+  std::string output;       ///< standard output, unless a reader received it
   std::string errorOutput;  ///< standard error
   bool isTimedOut = false;  ///< whether it took too long and was killed
 
@@ -33,9 +33,9 @@ std::optional<std::string> FindProgram(const std::string& name);
 /// end.
 ///
 /// No shell interprets the arguments. The program gets LC_ALL=C and only those variables of the
-/// environment that specify programs, the user's files and session, and the time zone, so that no
-/// other setting changes what it prints. Throws KestrelException with the system's text if the
-/// program cannot be started or its output cannot be read.
+/// environment that it may need to find other programs, the user's files, the time zone and the
+/// services it contacts, so that no other setting changes what it prints. Throws KestrelException
+/// with the system's text if the program cannot be started or its output cannot be read.
 ProgramResult RunProgram(const std::string& path, const std::vector<std::string>& arguments);
 
 /// Receives standard output piece by piece. Returns false if it needs no more.

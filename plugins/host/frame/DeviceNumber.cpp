@@ -17,7 +17,7 @@ std::optional<dev_t> ParseDeviceNumber(std::string_view text) {
     return std::nullopt;
   }
   const dev_t device = makedev(static_cast<unsigned>(*major), static_cast<unsigned>(*minor));
-  // A sign, a space, a leading zero or a number that was cut to 32 bits makes a difference.
+  // A sign, a space, a leading zero or a number of more than 32 bits makes the strings differ.
   return FormatDeviceNumber(device) == text ? std::optional<dev_t>(device) : std::nullopt;
 }
 

@@ -32,7 +32,8 @@ void HostCommand::ExecuteInternal(const std::shared_ptr<CallSpec::Input>& input,
     throw KestrelException("The command needs an input");
   }
   ChooseFormat(*input);
-  // A failure to get the result is not a defect of the program, so the message has no prefix.
+  // Execute puts "Error on command" before the message of an exception. A failure to get the result
+  // is not a defect of the program, so its message has no such prefix.
   try {
     Run(*input, *output);
   } catch (const KestrelException& error) {

@@ -22,10 +22,11 @@ namespace Kestrel::Host {
 /// The base class of the commands of this plug-in. It shortens the declarations of parameters,
 /// result and default format.
 ///
-/// The constructor of a concrete command declares what help and formatters need. The parameters and
-/// the shape of the result are declared when they are first requested, for example by a call, for
-/// help or for completion. A result is ignored once there is an error message, so `Run` need not
-/// set one then. An exception that leaves `Run` becomes an error message.
+/// The constructor of a concrete command sets its description, its examples and its default format.
+/// The parameters and the shape of the result are declared when they are first requested, for
+/// example by a call, for help or for completion. A result is ignored once there is an error
+/// message, so `Run` need not set one then. An exception that leaves `Run` becomes an error
+/// message.
 class HostCommand : public AutoCli::Command {
  public:
   ~HostCommand() override;

@@ -18,8 +18,8 @@ extern const char* const kSys;
 /// or read completely.
 std::optional<std::string> ReadFile(const std::string& path);
 
-/// Returns the content of a file that need not exist; nothing if it does not. Throws
-/// KestrelException with the path and the system's message if it exists and cannot be read.
+/// Returns the content of a file; nothing if the file does not exist. Throws KestrelException with
+/// the path and the system's message if it cannot be read for any other reason.
 std::optional<std::string> ReadExistingFile(const std::string& path);
 
 /// Returns the content of a file. Throws KestrelException with the path and the system's message if
@@ -61,8 +61,8 @@ std::optional<std::vector<std::string>> ListOptionalFolder(const std::string& pa
 /// KestrelException if that cannot be determined.
 bool Exists(const std::string& path);
 
-/// Throws KestrelException if the folder is missing, unreadable or empty. An empty folder of the
-/// kernel is not mounted; that must not be mistaken for a system with nothing to list.
+/// Throws KestrelException if the folder is missing, unreadable or empty. If a folder of the kernel
+/// is empty, nothing is mounted there; that must not be mistaken for a system with nothing to list.
 void RequireEntries(const std::string& folder);
 
 /// Returns the target of a symbolic link, or nothing if there is no readable link at `path`.

@@ -23,7 +23,7 @@ class ListCommand : public HostCommand {
   /// describes the list.
   ListCommand(const char* description, const StructShape& (*shape)(), const char* result);
 
-  /// Shows the rows as a table with those columns, a list separated by commas. With "human", the
+  /// Shows the rows as a table with these columns, a list separated by commas. With "human", the
   /// text of a size replaces its number of bytes in the table; the result contains both in any
   /// case.
   void ShowColumns(const char* columns, std::initializer_list<FormatParameter> parameters = {});

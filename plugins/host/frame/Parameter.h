@@ -12,12 +12,13 @@
 
 namespace Kestrel::Host {
 
-/// Declares a parameter. It is optional unless `Required` is called: `Parameter("user",
-/// CallSpec::String, "...").Short("u").AddTo(spec)`.
+/// Declares a parameter, as in `Parameter("user", CallSpec::String, "...").Short("u").AddTo(spec)`.
+/// The parameter is optional unless `Required` is called.
 class Parameter {
  public:
-  /// One of the words that a parameter accepts. In the description of the parameter, the marker
-  /// %FULLENUM% is replaced by a list of the words; words without a description are omitted.
+  /// One of the words that a parameter accepts. In the description of the parameter, the
+  /// placeholder %FULLENUM% is replaced by a list of the words; words without a description are
+  /// omitted.
   struct Word {
     const char* value;
     const char* description;

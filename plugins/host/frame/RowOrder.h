@@ -34,7 +34,7 @@ class RowOrder {
 
   /// Returns the rows in that order, up to the limit; returns `rows` itself if no order is
   /// requested and the limit is not exceeded. Strings are compared byte by byte, integers by value,
-  /// and false comes before true. Equal rows keep their order.
+  /// and false comes before true. Rows with equal values keep their order.
   std::shared_ptr<MetaObj::MetaList> Apply(const std::shared_ptr<MetaObj::MetaList>& rows) const;
 
  private:

@@ -30,8 +30,8 @@ std::vector<std::string_view> SplitWords(std::string_view text);
 /// Splits into lines. A final line feed does not start another line.
 std::vector<std::string_view> SplitLines(std::string_view text);
 
-/// Parses a decimal integer, which may have a minus sign and white space around it. Returns nothing
-/// for anything else, and for a number that does not fit into 64 bits.
+/// Parses a decimal integer, which may have a minus sign. White space around it is ignored. Returns
+/// nothing for anything else, and for a number that does not fit into 64 bits.
 std::optional<long> ParseNumber(std::string_view text);
 
 /// Parses a list such as "0-3,8", the form in which the kernel writes sets of processors. Skips

@@ -30,7 +30,7 @@ class ValueFilter {
     });
   }
 
-  /// Returns whether at least one of `values` is accepted.
+  /// Returns whether at least one of `values` is accepted; true if the user gave none.
   bool AcceptsAnyOf(const std::vector<Value>& values) const {
     return values_.empty() || std::any_of(values.begin(), values.end(),
                                           [this](const Value& value) { return Accepts(value); });
