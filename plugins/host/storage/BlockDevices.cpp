@@ -73,8 +73,8 @@ std::string ReadModel(const std::string& folder) {
   return model.empty() ? ReadAttribute(folder + "/device/name") : model;
 }
 
-// The transport that is indicated by the name of a folder on the path to the device, or by the
-// start of a disk's name.
+// A name that starts with `beginning`, then a digit, indicates the transport. It is the name of a
+// folder on the path to the device, or of the disk itself.
 struct TransportName {
   std::string_view beginning;
   std::string_view transport;

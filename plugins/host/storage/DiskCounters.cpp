@@ -17,7 +17,7 @@
 namespace Kestrel::Host {
 namespace {
 
-// The unit of the counters, regardless of the device's sector size.
+// The unit in which the kernel counts data, regardless of the device's sector size.
 constexpr long kSectorSize = 512;
 
 // MAJOR MINOR NAME and 11 numbers; newer kernels add four about discards and two about flushes.

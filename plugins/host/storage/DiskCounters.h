@@ -26,7 +26,7 @@ struct DiskCounters {
   long flushMilliseconds = 0;
   long inProgress = 0;          ///< Requests in progress.
   long busyMilliseconds = 0;    ///< The time during which there was at least one request.
-  long queuedMilliseconds = 0;  ///< That time, multiplied by the requests in progress.
+  long queuedMilliseconds = 0;  ///< That time, weighted by the number of requests in progress.
 
   /// Whether the device was never used.
   bool IsUnused() const;

@@ -197,7 +197,8 @@ class FilesystemProbe {
 
   void HandleReport(std::list<Prober>::iterator prober) {
     if (!prober->Receive(answers_)) {
-      // The child died at this path. Another one continues with the paths after it.
+      // The child died at this path. If no other child has taken over the paths after it, a new one
+      // does.
       answers_[prober->GetCurrent()].error = EIO;
       const std::size_t following = prober->GetCurrent() + 1;
       const bool isLast = prober->StopsAfterCurrent();

@@ -23,9 +23,9 @@ struct FilesystemAnswer {
 ///
 /// A file system on an unreachable server can block the query without limit, so child processes do
 /// the queries. If a child does not respond within a moment, another child continues with the next
-/// file system. Each result is awaited for at most `deadline`. These waits overlap, so the call
-/// takes at most `deadline` plus a moment for each file system that does not respond. Throws
-/// KestrelException if a child cannot be started.
+/// file system. The call waits at most `deadline` for each result. These waits overlap, so the call
+/// takes at most `deadline` plus a moment for each file system that is slow or does not respond.
+/// Throws KestrelException if a child cannot be started.
 std::vector<FilesystemAnswer> ProbeFilesystems(const std::vector<std::string>& paths,
                                                std::chrono::milliseconds deadline);
 

@@ -39,8 +39,8 @@ std::string Unescape(std::string_view text) {
   return plain;
 }
 
-// Removes the first option, "name" or "name=value". Commas within double quotes are part of the
-// value.
+// Removes and returns the first option, "name" or "name=value". Commas within double quotes are
+// part of the value.
 std::string_view TakeOption(std::string_view& options) {
   bool isQuoted = false;
   std::size_t end = 0;

@@ -29,8 +29,8 @@
 namespace Kestrel::Host {
 namespace {
 
-// Only this number of folders, the innermost ones, are open at a time. The folders above them are
-// closed, and opened again on the way back.
+// How many folders, the innermost ones, remain open. The folders above them are closed, and opened
+// again on the way back.
 constexpr std::size_t kMaxOpenFolders = 32;
 constexpr std::size_t kBufferSize = 1 << 16;
 constexpr int kFolderFlags = O_DIRECTORY | O_NONBLOCK | O_NOCTTY;
@@ -70,7 +70,7 @@ struct Level {
   FileIdentity identity;
   std::size_t parentPathSize = 0;
   std::vector<Subfolder> subfolders;  // those not yet entered
-  TreeEntry entry;                    // its path is set when the walk leaves the folder
+  TreeEntry entry;                    // without its path, which only the copy in the result has
   bool isReported = false;
 };
 

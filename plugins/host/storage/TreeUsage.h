@@ -44,9 +44,9 @@ struct TreeUsage {
 
 /// Measures the space used by the folder at `path` and everything below it. A file with several
 /// names is counted once, under the first name found. The walk needs neither a deep stack nor many
-/// open files, and paths may have any length. Whatever is removed during the walk is not counted.
-/// Throws KestrelException if `path` is not a folder that can be opened, or if a folder is moved
-/// during the walk so that the walk cannot return to its parent.
+/// open files, and paths may have any length. Whatever is removed before the walk reaches it is not
+/// counted. Throws KestrelException if `path` is not a folder that can be opened, or if a folder is
+/// moved during the walk so that the walk cannot return to its parent.
 TreeUsage MeasureTree(const std::string& path, const TreeOptions& options);
 
 }  // namespace Kestrel::Host

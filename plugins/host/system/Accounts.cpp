@@ -38,7 +38,7 @@ AccountEntry ToEntry(const passwd& entry) {
           entry.pw_dir,  *entry.pw_shell == '\0' ? kDefaultShell : entry.pw_shell};
 }
 
-// Throws if the last call of the name service failed. Only the error numbers below are failures:
+// Throws if the last call to the name service failed. Only the error numbers below are failures:
 // the service also sets others when there is no such name, or after the last entry.
 void RequireSuccess(const std::string& file) {
   const int error = errno;
@@ -55,7 +55,7 @@ void RequireAnswer(const std::string& file) {
   ReadExistingFile(kSourcesFile);  // throws if it is unreadable; the service then reports no error
 }
 
-// Calls a function of the name service. Sets `errno` to 0 before, because the function leaves it
+// Calls a function of the name service. Sets `errno` to 0 first, because the function leaves it
 // unchanged when it succeeds.
 template <typename Function, typename... Arguments>
 auto* Ask(Function function, Arguments... arguments) {
@@ -63,8 +63,8 @@ auto* Ask(Function function, Arguments... arguments) {
   return function(arguments...);
 }
 
-// Looks up a name. The service may try a second source after the first one failed and report that
-// the second one does not have the name, so a lookup without a result is repeated.
+// Looks up an account or a group. The service may try a second source after the first one failed
+// and report that the second one does not have it, so a lookup without a result is repeated.
 template <typename Function, typename Key>
 auto* Find(Function function, Key key) {
   auto* const entry = Ask(function, key);

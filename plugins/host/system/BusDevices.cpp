@@ -23,7 +23,7 @@ struct ClassName {
   const char* name;
 };
 
-// The classes that the standards define, for a machine without the files of names.
+// Names of standard classes, used if the file of names does not contain the class.
 constexpr ClassName kPciClasses[] = {{0x00, "Unclassified device"},
                                      {0x01, "Mass storage controller"},
                                      {0x02, "Network controller"},
@@ -71,7 +71,8 @@ std::uint8_t ClassByte(std::uint32_t classId) { return static_cast<std::uint8_t>
 std::uint8_t SubclassByte(std::uint32_t classId) { return static_cast<std::uint8_t>(classId >> 8); }
 
 // Returns the names below "bus/<bus>/devices"; none if the bus is missing but there are other
-// buses. Throws if there is no bus at all, because then nothing is mounted there.
+// buses. Throws if there is no bus at all, because then `sys` is not mounted, and if the bus exists
+// without that folder.
 std::vector<std::string> ListDevices(const std::string& sys, const std::string& bus) {
   const std::string folder = sys + "/bus/" + bus + "/devices";
   auto names = ListOptionalFolder(folder);
@@ -111,7 +112,8 @@ std::uint16_t ParseId(const std::string& path) {
 
 std::uint32_t ParseByte(const std::string& path) { return ParseHexadecimal(path) & 0xff; }
 
-// Returns the name of the driver: the link "driver" refers to a folder of that name.
+// Returns the name of the driver: the link "driver" refers to a folder of that name. Returns an
+// empty string if there is no driver.
 std::string ReadDriver(const std::string& folder) {
   const std::string link = folder + "/driver";
   const auto target = ReadLink(link);

@@ -30,10 +30,10 @@ ClockDiscipline ToDiscipline(int result, const struct timex& report);
 /// Queries the kernel. Throws KestrelException with the system's text if that fails.
 ClockDiscipline ReadDiscipline();
 
-/// Returns the name of the machine's time zone, such as "Europe/Berlin": the value of TZ, otherwise
-/// the target of "localtime" in the folder `etc`, otherwise the first line of "timezone" there. If
-/// there is none of them, it is "UTC"; if "localtime" exists but its zone has no name, it is
-/// "unknown".
+/// Returns the name of the machine's time zone, such as "Europe/Berlin": the value of TZ, or "UTC"
+/// if that is empty; without TZ, the target of "localtime" in the folder `etc`, otherwise the first
+/// line of "timezone" there. If none of them names a zone, the name is "unknown" if "localtime"
+/// exists, otherwise "UTC".
 std::string ReadZoneName(const std::string& etc);
 
 /// Returns the clock from which the kernel took the time, otherwise the first clock below

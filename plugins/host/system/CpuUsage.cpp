@@ -19,7 +19,7 @@ namespace {
 constexpr std::string_view kPrefix = "cpu";
 constexpr long double kWhole = 10000;  // hundredths of a percent
 
-// The columns of a line after the name. Kernels before 2.6.33 have fewer.
+// The columns of a line after the name. Kernels before 2.6.24 have fewer.
 constexpr long CpuTimes::*const kColumns[] = {
     &CpuTimes::user,          &CpuTimes::nice,      &CpuTimes::system,
     &CpuTimes::idle,          &CpuTimes::inputWait, &CpuTimes::interrupt,

@@ -57,7 +57,7 @@ bool Contains(const std::vector<long>& numbers, long number) {
   return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
 }
 
-// Parses a frequency such as "2596.146" to kHz; -1 for anything else.
+// Converts a frequency in MHz, such as "2596.146", to kHz. Returns -1 for anything else.
 long ParseMegahertz(const std::string& text) {
   if (text.empty()) {
     return -1;

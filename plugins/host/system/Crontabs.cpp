@@ -8,7 +8,7 @@
 //   minute hour day month weekday [user] command
 //   @word [user] command
 //
-// A column is * or a list of numbers and ranges such as 1,10-20, each optionally with a step as in
+// A column is a list, such as 1,10-20, of numbers, ranges and *, each optionally with a step as in
 // */5; months and days of the week may be names. The last line needs a line feed too.
 
 #include "plugins/host/system/Crontabs.h"

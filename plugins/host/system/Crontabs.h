@@ -18,7 +18,8 @@ constexpr std::size_t kCrontabColumns = 5;
 struct CrontabEntry {
   std::string user;      ///< Empty if a broken line does not name it.
   std::string schedule;  ///< As written: the columns separated by spaces, or a word such as @daily.
-  std::array<std::string, kCrontabColumns> columns;  ///< Empty for @reboot.
+  /// Empty for @reboot, and in a broken line from the first broken column on.
+  std::array<std::string, kCrontabColumns> columns;
   std::string command;                   ///< As written; the whole line if it is broken.
   std::string problem;                   ///< The error in the line; empty if there is none.
   std::string ignored;                   ///< Why cron ignores the file; empty if it reads it.
@@ -32,15 +33,15 @@ struct CrontabEntry {
 std::vector<CrontabEntry> ParseCrontab(std::string_view text, const std::string& file,
                                        const std::string& user);
 
-// The following functions read the crontabs below `root`, in the order of their file names. A file
-// or folder that does not exist has no entries. Each function throws KestrelException if a file or
-// folder cannot be read. Cron ignores a file that others could have written; its entries are
-// returned with the reason in `ignored`. The owner of `root` counts as root.
+// The following functions read the crontabs below `root`, those in one folder in the order of their
+// names. A file or folder that does not exist has no entries. Each function throws KestrelException
+// if a file or folder cannot be read. Cron ignores a file that others could have written; its
+// entries are returned with the reason in `ignored`. The owner of `root` counts as root.
 
 /// Reads the users' crontabs in /var/spool/cron/crontabs.
 std::vector<CrontabEntry> ReadUserCrontabs(const std::string& root);
 
-/// Reads /etc/crontab and the files in /etc/cron.d whose names cron accepts.
+/// Reads /etc/crontab, then the files in /etc/cron.d whose names cron accepts.
 std::vector<CrontabEntry> ReadSystemCrontabs(const std::string& root);
 
 }  // namespace Kestrel::Host

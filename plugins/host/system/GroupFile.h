@@ -17,14 +17,14 @@ struct GroupLine {
   std::string_view name;
 };
 
-/// Parses the content of /etc/group; the names point into it. Returns nothing if any line does not
-/// have the plain form, because the C library has rules of its own for damaged lines and for those
-/// that begin with + or -.
+/// Parses the content of /etc/group; the names point into it. Skips empty lines and comments.
+/// Returns nothing if any other line is not a plain group, because the C library has rules of its
+/// own for damaged lines and for those that begin with + or -.
 std::optional<std::vector<GroupLine>> ParseGroupFile(std::string_view text);
 
 /// What /etc/nsswitch.conf says about groups.
 struct GroupSources {
-  /// Whether a number means the first group in /etc/group that has it, if there is one.
+  /// Whether a number that occurs in /etc/group always means the first group there that has it.
   bool isFileFirst = false;
   /// Whether the system lists all groups. Directory services may not list theirs.
   bool isListComplete = false;

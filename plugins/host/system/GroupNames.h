@@ -19,8 +19,9 @@ namespace Kestrel::Host {
 /// Looks up names of groups. Reads the whole file /etc/group at the first use, so it is meant for
 /// many look-ups.
 ///
-/// Usually /etc/group alone has the answers. The name service is asked for all groups when a number
-/// is missing there, and for single groups if it may have more than it lists.
+/// Usually /etc/group alone has the answers. The name service is asked for all groups if a number
+/// is missing there or the file alone cannot be relied on, and for single groups if it may have
+/// more than it lists.
 class GroupNames {
  public:
   /// Returns the name of the group, or the number in digits if the group has no name. The view is

@@ -22,7 +22,7 @@ struct KernelModule {
 std::vector<KernelModule> ParseModules(std::string_view text);
 
 /// Returns the loaded modules, sorted by name; none if the kernel does not support modules. Throws
-/// KestrelException if /proc is not mounted or the file cannot be read.
+/// KestrelException if /proc is not mounted, or if the list cannot be read or is damaged.
 std::vector<KernelModule> ReadModules(const std::string& proc);
 
 /// Returns the folder with the modules of the running kernel.
@@ -30,8 +30,8 @@ std::string ModuleFolder();
 
 /// Returns true if a module is loaded or built into the kernel, and false if it only exists in
 /// `modules`, the folder with the modules of this kernel. In the name of the module, "-" and "_"
-/// are equivalent. Throws KestrelException if there is no such module, or if that folder is missing
-/// and the module may therefore exist.
+/// are equivalent. Throws KestrelException if there is no such module, or if that is unknown
+/// because the folder is missing.
 bool HasModule(const std::string& proc, const std::string& sys, const std::string& modules,
                const std::string& name);
 

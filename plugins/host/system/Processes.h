@@ -12,7 +12,7 @@
 
 namespace Kestrel::Host {
 
-/// The largest possible process number.
+/// No process has a greater number.
 constexpr long kMaxProcessId = 1 << 22;
 
 /// A process as described by the kernel. The process itself chooses the bytes of its name and
@@ -31,15 +31,16 @@ struct Process {
   long startTicks = 0;      ///< Time from the boot to its start, in ticks.
   long terminal = 0;        ///< The device number of its terminal; 0 if it has none.
   std::string name;         ///< At most 15 bytes, except for a kernel thread.
-  std::string command;      ///< The arguments, separated by spaces; empty for a kernel thread.
+  std::string command;      ///< The arguments, separated by spaces; empty if there are none.
 };
 
 /// Parses the content of a "stat" file. Returns nothing if it is damaged. The name is in
 /// parentheses and may contain any byte, including parentheses and line feeds.
 std::optional<Process> ParseProcess(std::string_view stat);
 
-/// Reads the process with that number in `proc`. Returns nothing if it ends before everything is
-/// read. Throws KestrelException if a file of a running process cannot be read or is damaged.
+/// Reads the process with that number in `proc`. Returns nothing if there is none, or if it ends
+/// before everything is read. Throws KestrelException if a file of a running process cannot be read
+/// or is damaged.
 std::optional<Process> ReadProcess(const std::string& proc, long id);
 
 /// Returns all processes in `proc`, in ascending order of their numbers. Skips those that end while
@@ -52,7 +53,7 @@ std::vector<Process> ReadProcesses(const std::string& proc);
 bool HidesProcesses(const std::string& proc);
 
 /// Returns the processor time that a process has used, in hundredths of a percent of the time since
-/// it started. More than 10000 if several of its threads ran at the same time.
+/// it started. May be more than 10000, because several of its threads can run at the same time.
 long ProcessorShare(long usedTicks, long elapsedTicks);
 
 /// Returns the name of a state, such as "sleeping" for the letter S; "unknown" for an unknown

@@ -28,9 +28,9 @@ std::vector<Session> ParseSessionRecords(std::string_view records);
 /// cannot be read.
 std::vector<Session> ReadSessionFolder(const std::string& path);
 
-/// Returns the sessions, the oldest first: those in the login entries below `root` whose process is
-/// alive or, without such a file, all in the session files. Empty if there is neither. Throws
-/// KestrelException if they exist but cannot be read.
+/// Returns the sessions, the oldest first: those in the file of login entries below `root` whose
+/// process is alive or, without that file, all in the folder of session files. Empty if there is
+/// neither. Throws KestrelException if they exist but cannot be read.
 std::vector<Session> ReadSessions(const std::string& root);
 
 }  // namespace Kestrel::Host
