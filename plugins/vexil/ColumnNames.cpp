@@ -32,7 +32,8 @@ std::string Trimmed(const std::string& name) {
              : name.substr(begin, name.find_last_not_of(kSpaces) - begin + 1);
 }
 
-/// Splits a list at its commas in the same way as the formatters.
+/// Splits a list at the same commas as the formatters. Like `table`, removes white space around
+/// names.
 std::vector<std::string> SplitNames(const std::string& list) {
   AutoCli::FormatParameters parameters;
   parameters.SetParameter("fields", list);

@@ -13,12 +13,11 @@
 
 namespace Kestrel::Vexil {
 
-/// Returns the shape of a command's description, which is itself the result of a command.
+/// Returns the shape of a command's description, the result of `vexil command describe`.
 const Host::StructShape& DescriptionShape();
 
 /// Returns what a command declares, as a structure of that shape. `plugin` is null if it is not
-/// known. An undeclared string becomes the word "none", because strings of a result are never
-/// empty.
+/// known. An optional string that is empty or not declared becomes the word "none".
 std::shared_ptr<MetaObj::MetaStruct> MakeDescription(const Catalog::Command& command,
                                                      const Catalog::Plugin* plugin);
 

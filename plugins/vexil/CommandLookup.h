@@ -14,7 +14,7 @@ namespace Kestrel::Vexil {
 /// The result of looking up a path that a user wrote: a command, or the reason why there is none.
 struct CommandLookup {
   std::shared_ptr<AutoCli::CommandSpec> command;
-  /// The words of the path up to the first unknown one, separated by spaces.
+  /// The words of the path before the first unknown one, separated by spaces.
   std::string path;
   /// A sentence that repeats the path as it was written; empty if there is a command.
   std::string reason;
