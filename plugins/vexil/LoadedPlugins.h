@@ -20,7 +20,7 @@ struct LoadedPlugin {
 
 /// Returns the plug-ins of a dispatcher in the order of loading; the library's own is the first.
 /// After these come plug-ins that failed after they had registered commands, and libraries that
-/// contain commands of a plug-in.
+/// contain the classes of a plug-in's commands.
 std::vector<LoadedPlugin> FindLoadedPlugins(const AutoCli::Dispatcher& dispatcher);
 
 }  // namespace Kestrel::Vexil

@@ -6,8 +6,9 @@
 // diagnosis here, differs from the tables, the result is that of the tables:
 //
 // - For a listening socket, the diagnosis reports in the send queue how many connections may wait.
-// - A half-open connection has no user in the diagnosis; in the tables it has the user of the
-//   listening socket. It is recognized by its lack of a shutdown state: it is not a socket yet.
+// - For a half-open connection, the diagnosis reports the user 0, and the tables report the user of
+//   the listening socket. Such a connection is recognized by its lack of a shutdown state: it is
+//   not a socket yet.
 // - Sockets that are bound, but neither listen nor connect, are only in the diagnosis, with a state
 //   of their own.
 

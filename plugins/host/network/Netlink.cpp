@@ -77,7 +77,7 @@ class NetlinkSocket {
 
 std::size_t Align(std::size_t size, std::size_t to) { return (size + to - 1) / to * to; }
 
-// What a datagram says about the progress of its dump.
+// What the datagrams received so far say about the progress of a dump.
 struct DumpProgress {
   bool isDone = false;
   bool isInterrupted = false;

@@ -73,7 +73,7 @@ class NetworkNeighborList final : public ListCommand {
     if (output.HasError()) {
       return;
     }
-    // An explicit --state also lists states that are omitted by default.
+    // Neighbors in a state given with --state are listed even if it is omitted by default.
     const bool isAll = input.IsFlagSet("all") || states.IsGiven();
     const auto links = LinkNames(ReadLinks());
     for (const NetworkNeighbor& neighbor : ReadNeighbors()) {

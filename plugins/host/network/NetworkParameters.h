@@ -15,7 +15,8 @@ void AddFamilyParameter(CallSpec::InputSpec& spec);
 /// Declares "interface", a list of names and patterns of interfaces.
 void AddInterfaceParameter(CallSpec::InputSpec& spec);
 
-/// The meta-data "complete:interface": the command and field that list the values.
+/// The value of the meta-data "complete:interface": a command that lists the interfaces, and the
+/// field that contains their names.
 extern const char* const kInterfaceCompletion;
 
 /// Returns `text`, or "none" if it is empty.

@@ -102,7 +102,7 @@ bool IsUsedServer(const ResolverSetting& setting) {
   return setting.kind == kServer && setting.isUsed;
 }
 
-// Whether the setting is an address at which systemd-resolved listens.
+// Whether the setting is a server that is used and has an address of systemd-resolved.
 bool IsResolved(const ResolverSetting& setting) {
   return IsUsedServer(setting) && (setting.value == "127.0.0.53" || setting.value == "127.0.0.54");
 }

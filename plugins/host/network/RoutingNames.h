@@ -60,14 +60,15 @@ struct RoutingNames {
   NumberTable scopes;
 };
 
-/// Returns the names that the kernel's headers define.
+/// Returns names for the numbers that the kernel's headers define.
 const RoutingNames& BuiltInRoutingNames();
 
-/// Reads the names in the files rt_tables, rt_protos and rt_scopes of the machine whose root folder
-/// is `root`. Each is read in the first folder that has it: /etc/iproute2, /usr/share/iproute2 or
-/// /usr/lib/iproute2. Its names are added to the built-in names and replace those of the same
-/// numbers. So do the names in all files such as rt_tables.d/NAME.conf in these folders. Throws
-/// KestrelException if a file or folder exists and cannot be read.
+/// Returns the built-in names and those in the files rt_tables, rt_protos and rt_scopes of the
+/// machine whose root folder is `root`. Each file is read in the first folder that has it:
+/// /etc/iproute2, /usr/share/iproute2 or /usr/lib/iproute2. Files such as rt_tables.d/NAME.conf are
+/// read in all these folders. If a number has several names, one from a NAME.conf takes precedence
+/// over one from another file, and that over a built-in name. Throws KestrelException if a file or
+/// folder exists and cannot be read.
 RoutingNames ReadRoutingNames(const std::string& root = std::string());
 
 }  // namespace Kestrel::Host

@@ -17,8 +17,8 @@ struct ServicePort {
   std::vector<std::string> aliases;
 };
 
-/// Parses a table in the format of services(5). Skips lines without a service, a port and a
-/// protocol.
+/// Parses a table in the format of services(5). Skips lines that lack a service, a valid port
+/// or a protocol.
 std::vector<ServicePort> ParseServicePorts(std::string_view text);
 
 /// Returns the services in /etc/services of the machine whose root folder is `root`. Throws

@@ -35,8 +35,9 @@ std::optional<long> SocketInode(std::string_view target) {
   return ReadDigits(target.substr(kPrefix.size(), target.size() - kPrefix.size() - 1));
 }
 
-// Handles a failure to read the files of another process. The process may have ended, or belong to
-// another user; throws for any other error.
+// Handles a failure, given by `errno`, to read the files of a process. Ignores a process that has
+// ended; marks the result as incomplete if this user may not read the process. Throws for any other
+// error.
 void AcceptRefusal(const std::string& path, SocketOwners& owners) {
   if (errno == EACCES || errno == EPERM) {
     owners.isComplete = false;

@@ -24,7 +24,7 @@ struct SocketOwners {
   bool isComplete = true;
 };
 
-/// Reads the open files of all processes. A process that may not be read makes the result
+/// Reads the open files of all processes. A process that this user may not read makes the result
 /// incomplete; one that ends before it is read is skipped. Throws KestrelException if reading fails
 /// for another reason.
 SocketOwners ReadSocketOwners(const std::string& procFolder);

@@ -44,7 +44,7 @@ Socket NewInternetSocket(const std::string& protocol, long family);
 std::string InternetStateName(const std::string& protocol, unsigned state);
 
 /// Parses a table in the format of /proc/net/tcp for a protocol ("tcp" or "udp") and an address
-/// family (4 or 6). Skips damaged lines.
+/// family (4 or 6). Skips the heading and damaged lines.
 std::vector<Socket> ParseInternetSockets(std::string_view table, const std::string& protocol,
                                          long family);
 
