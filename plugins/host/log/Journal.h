@@ -43,8 +43,8 @@ class JournalParser {
 /// empty, only the lines of these units are returned; a unit may contain `*`.
 ///
 /// Runs journalctl, found in PATH. Throws KestrelException if there is no journal, if this user may
-/// not read all of it, if journalctl fails, or if neither the journal nor systemctl knows one of
-/// the units.
+/// not read all of it, if journalctl fails, or if one of the units is known neither to the journal
+/// nor to systemctl.
 std::vector<LogLine> ReadJournal(const std::vector<std::string>& units, const LogFilter& filter);
 
 }  // namespace Kestrel::Host

@@ -18,7 +18,7 @@ namespace Kestrel::Host {
 namespace {
 
 constexpr int kLevels = 8;
-// The kernel limits a message to 8 KiB, and returns an error if the buffer is too small for it.
+// The kernel limits a message to 8 KiB, and returns an error if the reader's buffer is too small.
 constexpr std::size_t kMaxMessageSize = std::size_t{32} << 10;
 // More messages than any kernel buffer contains. Reading stops at this number, because messages may
 // be written as fast as they are read.

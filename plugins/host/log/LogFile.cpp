@@ -99,7 +99,7 @@ std::optional<std::string_view> LogFile::PreviousLine() {
   return TakeLine(0, 0);
 }
 
-// Returns the rest of the unreturned part from `first` on, and lets that part end at `end`.
+// Returns the unreturned part from `first` on. What precedes `end` remains unreturned.
 std::string_view LogFile::TakeLine(std::size_t first, std::size_t end) {
   RequireLineSize(end_ - first);
   return {buffer_.data() + first, std::exchange(end_, end) - first};

@@ -22,13 +22,15 @@ class LogFile {
   /// A longer line is an error: no log contains one, and it would have to be kept in memory.
   static constexpr std::size_t kMaxLineSize = std::size_t{64} << 20;
 
-  /// Throws KestrelException with the reason if the file cannot be opened or is not a regular file:
-  /// pipes and devices could block, and files in /proc and /sys have no known end to start from.
+  /// Throws KestrelException with the reason if the file cannot be opened, is not a regular file,
+  /// or is in /proc or /sys: pipes and devices could block, and a file that the kernel generates
+  /// has no known end to start from.
   explicit LogFile(const std::string& path);
 
-  /// Returns the line before the one returned last, without its line feed. Returns nothing once the
-  /// first line has been returned. The view is valid until the next call. Throws KestrelException
-  /// if the file cannot be read, has become shorter, or has a line longer than kMaxLineSize.
+  /// Returns the last line at first, then the line before the one returned last, without its line
+  /// feed. Returns nothing once the first line has been returned. The view is valid until the next
+  /// call. Throws KestrelException if the file cannot be read, has become shorter, or has a line
+  /// longer than kMaxLineSize.
   std::optional<std::string_view> PreviousLine();
 
  private:

@@ -138,9 +138,9 @@ auto FindTellingStarts(const Block& first, const Block& second,
       ...);
 }
 
-// Fast path: for most words, the first two letters show that they are not in kTellingWords. Returns
-// a byte for each of the 16 bytes; it is not 0 if a word of kTellingWords may begin there. Also
-// reads the byte before the 16 and the byte after them.
+// Fast path: the first two letters of most words show that the word is not in kTellingWords.
+// Returns a byte for each of the 16 bytes; it is not 0 if a word of kTellingWords may begin there.
+// Also reads the byte before the 16 and the byte after them.
 std::array<char, kBlockSize> FindCandidates(const char* bytes) {
   constexpr unsigned char kToLower = 'a' - 'A';
   const Block before = Load(bytes - 1);

@@ -13,7 +13,7 @@ namespace Kestrel::Host {
 constexpr int kInfoLevel = 6;
 constexpr int kLowestLevel = 7;
 
-/// Describes what `ParseLevel` accepts, for messages.
+/// Lists the main values that `ParseLevel` accepts, for messages.
 extern const char* const kLevelForms;
 
 /// Returns the word for a level from 0 to 7: emerg, alert, crit, err, warning, notice, info, debug.
@@ -32,9 +32,9 @@ struct LinePriority {
 };
 std::optional<LinePriority> ReadPriority(std::string_view line);
 
-/// Returns the level that a line of a file indicates: its priority, otherwise the most urgent level
-/// named by one of its words, otherwise kInfoLevel. This is a guess, because most log files do not
-/// store levels.
+/// Returns the level that a line of a file indicates: that of its priority, otherwise the most
+/// urgent one that a word of it indicates, otherwise kInfoLevel. This is a guess, because most log
+/// files do not store levels.
 int GuessLevel(std::string_view line);
 
 }  // namespace Kestrel::Host

@@ -23,7 +23,7 @@ std::int64_t BootMicroseconds();
 /// - both formats of syslog, as in "Nov 22 10:00:00" and "2026-11-22T10:00:00Z", with or without a
 ///   priority before them,
 /// - ISO 8601 and similar forms, including those in brackets, after a label such as `time=`, or
-///   after the word for a level,
+///   after a weekday or the word for a level,
 /// - the common log format, even further inside the line,
 /// - the output of date(1),
 /// - a letter for the level, then month, day and time, as in "E1122 10:00:00.123456",

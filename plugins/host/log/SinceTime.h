@@ -11,7 +11,7 @@
 
 namespace Kestrel::Host {
 
-/// Describes what `ParseSince` accepts, for messages and help.
+/// Lists examples of what `ParseSince` accepts, for messages.
 extern const char* const kSinceForms;
 
 /// Parses the time of the first line that the user wants to see, and returns it in seconds since

@@ -185,7 +185,7 @@ bool TakeDate(std::string_view& text, CivilTime& time) {
          TakeDigits<2>(text, time.month) && Take(text, separator) && TakeDigits<2>(text, time.day);
 }
 
-// Takes the space or the letter between date and time. A digit has to follow.
+// Takes the spaces or the letter between date and time. A digit has to follow.
 bool TakeClockStart(std::string_view& text) {
   return (Take(text, 'T') || Take(text, 't') || TakeSpaces(text)) && StartsWithDigit(text);
 }

@@ -22,7 +22,8 @@ namespace Kestrel::Host {
 namespace {
 
 constexpr std::string_view kSummary = "# Short-Description:";
-// The folders with the links that start services at boot, except in single-user mode.
+// The folders with links to the scripts that are started at boot. Omits rc1.d, which is for
+// single-user mode.
 constexpr const char* kStartFolders[] = {"/../rcS.d", "/../rc2.d", "/../rc3.d", "/../rc4.d",
                                          "/../rc5.d"};
 // The size of the prefix in "S01name".

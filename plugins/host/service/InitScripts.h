@@ -19,8 +19,8 @@ class InitScripts {
   /// How long a script may take to report the state of its service.
   static constexpr std::chrono::seconds kStatusLimit{5};
 
-  /// The parent of `folder` also contains the folders rc2.d and so on, whose links start the
-  /// scripts.
+  /// The parent of `folder` also contains the folders rc2.d and so on, whose links say which
+  /// scripts are started at boot.
   explicit InitScripts(std::string folder, std::chrono::milliseconds limit = kStatusLimit);
 
   /// Returns the services in byte order of their names. Runs each script that knows "status"; its

@@ -24,7 +24,7 @@ constexpr std::size_t kOffsetSize = sizeof("+0000") - 1;
 bool IsRemark(std::string_view line) { return StartsWith(line, "-- "); }
 
 // Converts "2026-11-22T10:00:00+0000 text" to "2026-11-22 10:00:00 text". Further lines of the same
-// entry begin with spaces.
+// entry begin with spaces and are returned unchanged.
 std::string WithPlainTime(std::string_view line) {
   if (line.size() < kClockEnd + kOffsetSize || line[10] != 'T' || line[kClockEnd - 3] != ':') {
     return std::string(line);

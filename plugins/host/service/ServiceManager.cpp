@@ -68,8 +68,8 @@ void RequireSuccess(const ProgramResult& result, const std::string& action, cons
   throw KestrelException("Unable to " + action + " the service " + Quote(name) + ": " + words);
 }
 
-// Runs a script to start or stop its service. Enabling and disabling it changes links, which is the
-// task of a separate program.
+// Runs the script of a service to start, stop or restart it. To enable or disable the service, runs
+// a separate program, which changes links.
 ProgramResult RunScript(const InitScripts& scripts, const std::string& action,
                         const std::string& name, std::chrono::seconds limit) {
   if (action != "enable" && action != "disable") {

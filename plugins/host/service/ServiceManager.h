@@ -27,8 +27,8 @@ struct ServiceChange {
 
 /// The manager of this machine's services: systemd if it runs, otherwise the init scripts.
 ///
-/// Names may end with ".service" or not. The operations throw KestrelException if the manager
-/// cannot be queried, or if there is no service with the given name.
+/// Names may, but need not, end with ".service". The operations throw KestrelException if the
+/// manager cannot be queried, or if the given name is not that of a service.
 class ServiceManager {
  public:
   explicit ServiceManager(ServicePlaces places = {});

@@ -74,7 +74,7 @@ class SystemTimerList final : public ListCommand {
     }
     const std::string output = Systemctl().Ask(
         {"list-timers", "--all", "--full", "--no-legend", "--no-pager", "--output=json"});
-    ::tzset();  // otherwise the first conversion in the program would fix the zone for all
+    ::tzset();  // otherwise only the first conversion in a program reads TZ
     for (const Timer& timer : ParseTimers(output)) {
       if (names.Accept(WithoutEnding(timer.unit))) {
         rows.Add(ToStruct(timer));
