@@ -15,7 +15,7 @@ struct ArchiveMember {
   std::string name;
   std::string kind;  ///< "file", "folder", "link", "hardlink", "pipe", "socket", "device".
   std::string mode;  ///< As in "-rw-r--r--".
-  std::string user;  ///< Empty if the archive has only the number.
+  std::string user;  ///< Empty if the archive does not contain the name.
   std::string group;
   long userId = 0;
   long groupId = 0;

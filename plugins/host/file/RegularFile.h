@@ -9,8 +9,9 @@
 
 namespace Kestrel::Host {
 
-/// Opens a regular file for reading; its path may have any length. Rejects everything else, such as
-/// a pipe, whose data may have no end. Throws KestrelException with the path and the reason.
+/// Opens a regular file for reading; its path may have any length. Throws KestrelException with the
+/// path and the reason if that fails, or if anything else is there, such as a pipe, whose data may
+/// have no end.
 FileDescriptor OpenRegularFile(const std::string& path);
 
 /// Throws KestrelException, saying that `path` cannot be read for this reason.

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // The order of versions. The epoch is compared as a number. The two other parts are split into
-// alternating pieces without digits and of digits, which are compared one by one. In a piece
+// pieces that alternately have no digits and only digits, and are compared one by one. In a piece
 // without digits, ~ sorts before everything, even the end, and letters sort before other
 // characters.
 

@@ -74,8 +74,8 @@ Package ToPackage(const ControlStanza& stanza) {
   Package package;
   package.name = RequireField(stanza, "Package");
   SetStatus(RequireField(stanza, "Status"), package);
-  // A removed package whose configuration remains has no version, and its architecture may be
-  // missing. The same is true before the files of a new package are unpacked.
+  // A removed package whose configuration remains may lack a version and an architecture. The same
+  // is true before the files of a new package are unpacked.
   const bool isHere = package.IsUnpacked() && package.state != kHalfInstalled;
   package.version = isHere ? RequireField(stanza, "Version") : stanza.GetFirstLine("Version");
   package.architecture =
@@ -110,7 +110,7 @@ std::vector<std::string> UpdateFiles(const std::string& folder) {
 // What distinguishes a file from the one that replaces it.
 using FileIdentity = std::tuple<ino_t, time_t, long>;
 
-// Returns nothing if there is no readable status, for example because there is no file.
+// Returns nothing if stat(2) fails, for example because there is no file.
 std::optional<FileIdentity> Identify(const std::string& path) {
   struct stat status = {};
   if (::stat(path.c_str(), &status) != 0) {

@@ -29,7 +29,7 @@ struct Package {
   bool isReinstallRequired = false;
   long sizeBytes = 0;  ///< 0 if it is not recorded
   std::string_view summary;
-  std::string_view provides;  ///< as in the package: separated by commas, some with a version
+  std::string_view provides;  ///< as declared: separated by commas, some with a version
   std::string_view stanza;    ///< the whole entry
 
   bool IsInstalled() const { return state == "installed"; }
@@ -52,12 +52,13 @@ class PackageDatabase {
   /// left but the wanted state.
   const std::vector<Package>& GetPackages() const { return packages_; }
 
-  /// Returns the architecture of dpkg itself; empty if dpkg is not among the packages.
+  /// Returns the architecture of dpkg itself; empty if dpkg is not unpacked.
   std::string_view GetNativeArchitecture() const;
 
   /// Returns the package with that name, or with that "name:architecture". If a name has several
-  /// architectures, prefers the unpacked one, then the native one. If there is none, throws
-  /// KestrelException with the name and, for a virtual package, the packages that provide it.
+  /// architectures, prefers the unpacked one, then the native one. If there is no such package,
+  /// throws KestrelException with the name and, for a virtual package, the packages that provide
+  /// it.
   const Package& Require(const std::string& name) const;
 
   /// Returns the names of the unpacked packages that provide `name`.

@@ -89,7 +89,8 @@ std::shared_ptr<MetaObj::MetaStruct> ToMaintainer(std::string_view text) {
   return result;
 }
 
-// Lines begin with a space; a line with only a full stop is an empty line.
+// Omits the first line, which is the summary. The others begin with a space; one with only a full
+// stop is an empty line.
 std::string LongDescription(std::string_view text) {
   std::string description;
   const std::vector<std::string_view> lines = SplitLines(text);

@@ -58,7 +58,7 @@ std::string LowerCase(std::string text) {
   return text;
 }
 
-// The states to list: installed packages unless the user specifies others.
+// The states of the packages to list: only "installed" unless the user specifies others.
 class StateFilter {
  public:
   StateFilter(const CallSpec::Input& input, CallSpec::Output& output) {

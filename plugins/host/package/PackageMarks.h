@@ -18,7 +18,7 @@ extern const char* const kAptFolder;
 class PackageMarks {
  public:
   /// Without a file of marks, as on a machine without apt, no package is marked. Throws
-  /// KestrelException if the file cannot be read, is incomplete or damaged.
+  /// KestrelException if the file cannot be read, is incomplete or is damaged.
   explicit PackageMarks(std::string_view nativeArchitecture,
                         const std::string& folder = kAptFolder);
 
