@@ -2,8 +2,8 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# check-address.sh [--count=N] [--family=4|6] <ADDRESS: prints how quickly a machine responds to
-# ping.
+# check-address.sh [--count=N] [--family=4|6]: prints how quickly a machine responds to ping. The
+# standard input contains the machine's name or address.
 here=${0%/*}
 # shellcheck source=plugins/shell-common/common.sh
 . "$here/common.sh"

@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# resolve-name.sh <NAME: lists the addresses of a name.
+# resolve-name.sh: lists the addresses of the name that its standard input contains.
 here=${0%/*}
 # shellcheck source=plugins/shell-common/common.sh
 . "$here/common.sh"

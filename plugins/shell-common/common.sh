@@ -17,8 +17,8 @@ export LC_ALL
 unset BASH_ENV CDPATH ENV GREP_COLORS GREP_OPTIONS GZIP POSIXLY_CORRECT TAR_OPTIONS
 unset AWKLIBPATH AWKPATH PERL5DB PERL5LIB PERL5OPT PERLIO PERLLIB PERL_UNICODE
 
-# fail MESSAGE: reports an error on one line and exits. Starts no program, because that program may
-# be the one that is missing.
+# fail MESSAGE: reports an error on one line and exits. Starts no other program, because the error
+# may be that programs are missing.
 fail() {
   # Reads the rest of the input, so that the program that writes it does not fail.
   [ -t 0 ] || while read -r _; do :; done
