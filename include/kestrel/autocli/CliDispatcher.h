@@ -37,8 +37,8 @@ class KESTREL_API CliDispatcher : public Dispatcher {
 
   /// Handles one parsed command line. Returns whether a command ran without any error message;
   /// false when the children of a namespace were listed. If the line requests the dispatcher's own
-  /// help, even in a stream, ends the process with `exit(1)`. `fromArgv` enables --input: the
-  /// result is then that of `ParseStreamInput`, or false if the input cannot be read.
+  /// help, even in a stream, ends the process with `exit(1)`. `fromArgv` enables --input, with
+  /// which the result is that of `ParseStreamInput`, or false if the input cannot be read.
   bool HandleOptions(OptionParser& parser, bool fromArgv);
 
   /// Applies the dispatcher options of `parser`: sets the screen width, loads plug-ins, and sets

@@ -53,10 +53,10 @@ class KESTREL_API ExtensionCommand : public Command {
   /// value sets nothing.
   ///
   /// Errors become messages of `output`. If the output of the child process begins with lines that
-  /// begin with "ERROR:", each of them becomes a message. There is a single message when nothing
-  /// was printed, or when the printed value is invalid. When `SubstituteInput` refuses a value,
-  /// there is a single message too, and nothing is run. Throws KestrelException when a marker does
-  /// not fit the type of its parameter, and when the child process cannot be run.
+  /// begin with "ERROR:", the rest of each of them becomes a message. There is a single message
+  /// when nothing was printed, or when the printed value is invalid. When `SubstituteInput` refuses
+  /// a value, there is a single message too, and nothing is run. Throws KestrelException when a
+  /// marker does not fit the type of its parameter, and when the child process cannot be run.
   void ExecuteInternal(const std::shared_ptr<CallSpec::Input>& input,
                        const std::shared_ptr<CallSpec::Output>& output) override;
 

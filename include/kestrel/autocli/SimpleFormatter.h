@@ -44,12 +44,14 @@ class KESTREL_API SimpleFormatter : public Formatter {
   void Format(std::shared_ptr<MetaObj::MetaObject> value, FormatParameters& params,
               std::ostream& out, int level);
 
-  /// Prints a structure. If a chosen field is missing, the output is an error message in place of
-  /// that field and those after it. This also applies to nested structures.
+  /// Prints a structure. If a chosen field is missing, the output contains an error message in
+  /// place of that field and those after it. This also applies to nested structures. Prints an
+  /// error message for null.
   void FormatStruct(std::shared_ptr<MetaObj::MetaStruct> structure, FormatParameters& params,
                     std::ostream& out, int level);
 
-  /// Prints a list: structures one level deeper, other elements on the current line.
+  /// Prints a list: structures one level deeper, other elements on the current line. Prints an
+  /// error message for null.
   void FormatList(std::shared_ptr<MetaObj::MetaList> list, FormatParameters& params,
                   std::ostream& out, int level);
 };

@@ -17,7 +17,7 @@
 
 namespace Kestrel::AutoCli {
 
-/// Called after each shell command with its final command line and its wait status.
+/// Called with the final command line and the wait status of each shell command that has ended.
 using CommandExecListener = void (*)(const std::string& commandLine, int status);
 
 /// Returns an extra argument for the shell that runs a command; empty for none.
@@ -34,10 +34,10 @@ KESTREL_API bool AutoCli_IsValidName(const std::string& name);
 /// and the value of that parameter follow. For a null `value`, the result is "NULL Object".
 ///
 /// The format may contain literal text, "%%", "%m" and one conversion of the value (or several of
-/// the form "%1$d"): d, i, o, u, x, X or c for an integer or a boolean, s for a string. The result
-/// is cut to the combined length of the format and `value->ToString()`, plus 64 bytes. For any
-/// other format, the result is an error message without units. With a format, a structure or list
-/// is printed as an empty string.
+/// the form "%1$d"): d, i, o, u, x, X or c for an integer or a boolean, s for a string. What it
+/// prints is cut to the combined length of the format and `value->ToString()`, plus 64 bytes. For
+/// any other format, the result is an error message without units. With a format, a structure or
+/// list is printed as an empty string.
 KESTREL_API std::string AutoCli_FormatField(const std::string& typeName,
                                             const std::string& fieldName,
                                             std::shared_ptr<MetaObj::MetaObject> value,

@@ -41,7 +41,8 @@ KESTREL_API xmlNode* XmlUtil_FindChildNode(const xmlNode* node, const std::strin
 /// Builds the value that a value element (`string`, `int`, `bool`, `structure` or `list`)
 /// describes. Throws KestrelException when `node` is not one of these or its content is invalid.
 KESTREL_API std::shared_ptr<MetaObj::MetaObject> XmlUtil_BuildMetaObject(const xmlNode* node);
-/// Builds the value of a `structure` element. Throws KestrelException when a field is invalid.
+/// Builds the value of a `structure` element. Throws KestrelException when its type name or a field
+/// is invalid.
 KESTREL_API std::shared_ptr<MetaObj::MetaStruct> BuildMetaStruct(const xmlNode* node);
 /// Builds the value of a `list` element. Throws KestrelException when its type or an element is
 /// invalid.
@@ -51,9 +52,9 @@ KESTREL_API std::shared_ptr<MetaObj::MetaList> BuildMetaList(const xmlNode* node
 ///
 /// Returns null when the root contains only text, CDATA sections and comments, and when `text` is
 /// not well-formed or longer than INT_MAX bytes. Throws KestrelException when the value cannot be
-/// built, when memory runs out, when an element has more than 10,000 attributes, and when the
-/// entities stand for more than 10 MB of text. Diagnostics of the parser go to the channel of
-/// libxml2, which is standard error by default.
+/// built, when memory runs out, when libxml2 is needed and cannot be loaded, when an element has
+/// more than 10,000 attributes, and when the entities stand for more than 10 MB of text.
+/// Diagnostics of the parser go to the channel of libxml2, which is standard error by default.
 KESTREL_API std::shared_ptr<MetaObj::MetaObject> XmlUtil_ParseXmlOutput(const std::string& text);
 
 }  // namespace Kestrel::AutoCli

@@ -25,7 +25,8 @@ inline bool Changes(const AutoCli::Command& command) {
 }
 
 /// Checks a command line without running the command. The verdict contains the messages of the
-/// tool. For a command of a descriptor whose script cannot be made, it also contains the reason.
+/// tool. If there are none and the command is one of a descriptor, its shell command is made, and
+/// the verdict contains the reason if that fails.
 inline Verdict Explain(const TestTool& tool, const Words& words) {
   Verdict verdict;
   try {
@@ -82,9 +83,9 @@ inline Verdict CheckExamples(const TestTool& tool) {
   return ForEachExample(tool, [&](const Words& words, bool) { return Explain(tool, words); });
 }
 
-/// Runs every example of the plug-in under test, a shared object or a descriptor, and checks that
-/// it succeeds with a result of the declared shape. Examples of commands that change something
-/// (meta-data `changes`) are checked without running them.
+/// Runs every example of the plug-in under test, and checks that it succeeds with a result of the
+/// declared shape. Examples of commands that change something (meta-data `changes`) are checked
+/// without running them.
 inline Verdict RunExamples(const TestTool& tool) {
   return ForEachExample(tool, [&](const Words& words, bool changes) {
     return changes ? Explain(tool, words) : CheckShape(tool.Run(words));

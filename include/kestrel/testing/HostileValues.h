@@ -102,7 +102,7 @@ inline std::vector<std::string> ListHostileValues(const std::string& canary) {
   return values;
 }
 
-/// Returns the words of a call in which `value` replaces all values of a parameter.
+/// Returns the words of a call with `value` as the only value of a parameter.
 inline Words Replace(const Words& words, const CallSpec::ParameterSpec& parameter,
                      const std::string& value) {
   const std::string name = "--" + parameter.GetName();
@@ -119,13 +119,14 @@ inline Words Replace(const Words& words, const CallSpec::ParameterSpec& paramete
   if (value.empty()) {
     replaced.insert(replaced.end(), {name, ""});
   } else {
-    replaced.push_back(name + "=" + value);  // a value that begins with "-" would be an option
+    replaced.push_back(name + "=" + value);  // as a separate word, "-x" would be an option
   }
   return replaced;
 }
 
 /// Runs a command line and returns its problems: the value ran in a shell, the result does not have
-/// the declared shape, or a formatter of the library cannot print it.
+/// the declared shape, or a formatter cannot print it. A refused value is not a problem. The table
+/// formatter is tried only if it is that of the command.
 inline Verdict CheckHostileRun(const TestTool& tool, const Words& words, Canary& canary) {
   Verdict verdict;
   const CommandRun run = tool.Run(words);
@@ -154,8 +155,8 @@ inline Verdict CheckHostileRun(const TestTool& tool, const Words& words, Canary&
 /// takes a value, and checks that the values are refused or treated as data.
 ///
 /// `words` are the parameters of a valid call. Without them, those of the command's first example
-/// are used. For a command that changes something, the script for the shell is made but not run,
-/// and no problems are reported.
+/// are used. A command that changes something is not run: each call is only checked by `Explain`,
+/// and its problems are not reported.
 inline Verdict RunHostileValues(const TestTool& tool, const std::string& path, Words words = {}) {
   Verdict verdict;
   const auto commands = tool.GetCommands();

@@ -59,8 +59,9 @@ inline Verdict CheckFields(AutoCli::Command& command) {
   return verdict;
 }
 
-/// Checks that a run succeeded, that its result has exactly the declared shape, type names
-/// included, and that the default format names only fields of the declared result.
+/// Checks that a run succeeded and, unless it printed help, that its result has exactly the
+/// declared shape, type names included, and that the default format names only fields of the
+/// declared result.
 inline Verdict CheckShape(const CommandRun& run) {
   Verdict verdict;
   for (const std::string& message : run.Messages()) {

@@ -39,9 +39,9 @@ using FormatPairs = std::vector<std::pair<std::string, std::string>>;
 /// What the tool did with a command line.
 class CommandRun {
  public:
-  /// The bytes on standard output: the result in the format of the command, a help page, a list of
-  /// namespaces and commands, or the usage. The width is unlimited, as on a pipe, except for a
-  /// list: it is fitted to the terminal of the test, if there is one.
+  /// The bytes on standard output: the formatted result, a help page, a list of namespaces and
+  /// commands, or the usage. The width is unlimited, as on a pipe, except for a list, which is
+  /// fitted to the terminal of the test, if there is one.
   const std::string& Output() const { return printed_; }
 
   /// The messages on standard error, without the heading "Errors: ".
@@ -54,7 +54,7 @@ class CommandRun {
   /// there is none.
   std::shared_ptr<MetaObj::MetaObject> Result() const { return output_->GetRootObject(); }
 
-  /// The command that the line names; null if it names none.
+  /// The command that the line names; null if it names none or requests the usage.
   const std::shared_ptr<AutoCli::Command>& GetCommand() const { return command_; }
 
   /// The whole output of the call.
@@ -101,8 +101,9 @@ class CoutCapture {
 /// The tool in this process, with plug-ins, for any number of command lines.
 ///
 /// The last plug-in is the one under test; the others are loaded before it, for example because it
-/// adds to their namespaces. The constructors throw KestrelException with the message of the loader
-/// if a plug-in cannot be loaded. They are implicit, so that every check accepts a plug-in too.
+/// adds to their namespaces. The constructors throw KestrelException, with the reason in the
+/// message, if a plug-in cannot be loaded or registered. They are implicit, so that every check
+/// accepts a plug-in too.
 // NOLINTBEGIN(google-explicit-constructor)
 class TestTool {
  public:
