@@ -21,9 +21,9 @@ class Expression {
 /// Compiles `text`, an expression in the Perl syntax of Boost.Regex. Throws the error of
 /// Boost.Regex if the expression is invalid.
 ///
-/// Boost.Regex is in a separate module of the library, which the first call loads. Loading it takes
-/// a third of the tool's start time, and few command lines need it. Throws KestrelException if the
-/// module cannot be loaded.
+/// With the shared library, Boost.Regex is in a separate module, which the first call loads.
+/// Loading it takes a third of the tool's start time, and few command lines need it. Throws
+/// KestrelException if the module cannot be loaded.
 std::unique_ptr<const Expression> CompileExpression(const std::string& text);
 
 }  // namespace Kestrel::CallSpec

@@ -21,14 +21,14 @@
 // layout's fields. A table contains each layout once. When a structure gains a field, a transition
 // from its layout usually leads to the next layout, so the other fields need not be compared.
 //
-// A layout is destroyed with the last structure or layout that uses it. A layout owns its
-// predecessors and has plain pointers to its successors; the destructor of a successor removes the
-// pointer to it.
+// A layout is destroyed with its last owner, usually a structure or another layout. A layout owns
+// its predecessors and has plain pointers to its successors; the destructor of a successor removes
+// the pointer to it.
 //
-// The number of layouts, the fields of a layout and the length of a name are bounded. A structure
-// that exceeds such a bound has its own index (a map from names to fields) and a layout without
-// fields. The transitions from and to a layout are bounded too; where there is none, the next
-// layout is looked up in the table.
+// The number of layouts in the table, the fields of a layout and the length of a name are bounded.
+// A structure that exceeds such a bound has its own index (a map from names to fields) and a layout
+// without fields, which is not in the table if the table was full. The transitions from and to a
+// layout are bounded too; where there is none, the next layout is looked up in the table.
 //
 // Several threads may use layouts. While the process has one thread, the functions take no lock,
 // and execute a locked instruction only to destroy a layout.

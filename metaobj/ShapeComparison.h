@@ -12,8 +12,8 @@
 namespace Kestrel::MetaObj {
 
 /// Whether `other` has the shape of `mine`, a structure or a list; implements `IsSameStructure`.
-/// Names and kinds are compared, never values. One message per problem is appended to `errors`
-/// unless that is null. The depth of the stack does not depend on the depth of the values.
+/// Names and kinds are compared, never values. Messages about the differences are appended to
+/// `errors` unless that is null. The depth of the stack does not depend on the depth of the values.
 bool IsSameShape(const MetaObject& mine, const std::shared_ptr<MetaObject>& other,
                  std::vector<std::string>* errors);
 

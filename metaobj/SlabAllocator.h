@@ -21,8 +21,8 @@
 // Memory is never returned to the system, not even at exit: values may outlive every static object.
 // Under the address sanitizer, or with KESTREL_PLAIN_BLOCKS, each block is a separate allocation,
 // so that the sanitizer or another checker detects uses of freed blocks. With
-// KESTREL_POISONED_SLABS, the slabs remain and free blocks are poisoned instead, so that a
-// sanitizer checks the code of the slabs, too.
+// KESTREL_POISONED_SLABS, blocks are cut from chunks all the same, and free blocks are poisoned, so
+// that the sanitizer checks this code, too.
 namespace Kestrel::MetaObj {
 
 /// Allocates blocks of up to 256 bytes.
