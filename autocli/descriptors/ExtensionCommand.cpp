@@ -105,7 +105,7 @@ struct RefusedValue : KestrelException {
   using KestrelException::KestrelException;
 };
 
-/// The values of a list parameter.
+/// All values of a parameter.
 class Items {
  public:
   Items(const Input& input, const std::string& name) { input.GetParameterList(name, values_); }

@@ -31,8 +31,7 @@ std::shared_ptr<NamespaceNode> FindRegistered(const std::shared_ptr<Namespace>& 
   return node;
 }
 
-/// Whether `registered` is used instead of `node`. It is the existing node of the same name, null
-/// if there is none.
+/// Whether `registered`, the existing node of the same name or null, is used instead of `node`.
 bool IsShared(const std::shared_ptr<NamespaceNode>& registered,
               const std::shared_ptr<NamespaceNode>& node) {
   return registered != nullptr && IsNamespace(registered) && IsNamespace(node) &&

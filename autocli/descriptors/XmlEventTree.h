@@ -22,7 +22,8 @@ namespace Kestrel::AutoCli {
 /// document and to no namespace. An attribute with an empty value has no text.
 class XmlEventTree final : private XmlEvents {
  public:
-  /// The largest size of a document, in bytes. The memory for the tree is a multiple of it.
+  /// The largest size of a document, in bytes. The memory for a tree is a multiple of the size of
+  /// its document.
   static constexpr std::size_t kMaxSize = 5000000;
 
   /// Returns null when the document is not ordinary (see `ScanXml`) or exceeds `kMaxSize`, and when

@@ -108,7 +108,7 @@ class Scanner {
   }
 
   bool Take(char c) {
-    const bool isNext = Next() == c;  // the end counts as a null byte, which no caller takes
+    const bool isNext = Next() == c;  // the end counts as a NUL byte, which no caller takes
     position_ += isNext ? 1 : 0;
     return isNext;
   }

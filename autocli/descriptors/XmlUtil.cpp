@@ -31,8 +31,9 @@ bool IsFieldElement(const xmlNode* node) {
   return node->type == XML_ELEMENT_NODE && IsNamed(node, "field");
 }
 
-/// Whether an attribute's value is a single text node, which can be read without a copy. A value
-/// that is empty, contains references to entities, or is a default from the document type is not.
+/// Whether an attribute's value is a single text node, which can be read without expanding it. A
+/// value that is empty, contains references to entities, or is only declared in the document type
+/// is not.
 bool IsOneText(const xmlAttr& attribute) {
   const xmlNode* value = attribute.type == XML_ATTRIBUTE_NODE ? attribute.children : nullptr;
   return value != nullptr && value->next == nullptr && value->type == XML_TEXT_NODE &&

@@ -62,7 +62,7 @@ class XmlValueBuilder {
   // so that their memory can be used again.
   std::vector<OpenElement> open_;
   std::size_t depth_ = 0;
-  std::optional<XmlValueTag> scalar_;  // an open string, int or bool within the innermost of them
+  std::optional<XmlValueTag> scalar_;  // an open string, int or bool inside `Innermost()`
   std::string content_;                // of the scalar
   std::shared_ptr<MetaObj::MetaObject> value_;
   int ignoredDepth_ = 0;  // the number of open elements that are ignored

@@ -15,7 +15,8 @@ namespace Kestrel::AutoCli {
 /// validation adds no error message to `output`.
 ///
 /// Returns whether `output` has no error message afterwards.
-/// Throws KestrelException when the command's declaration is broken.
+/// Throws KestrelException when the command's declaration is broken, and `std::runtime_error` when
+/// a regular expression in it does not compile.
 bool CallCommand(Command& command, const std::shared_ptr<CommandInput>& input,
                  const std::shared_ptr<CommandOutput>& output);
 

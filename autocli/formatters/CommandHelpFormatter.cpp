@@ -123,7 +123,7 @@ class HelpPage {
     ForEachStruct(list, [this](const MetaStruct& example) { WriteExample(example); });
   }
 
-  // The description may already end with " :", and the syntax begin with "# ".
+  // The description may already end with " :", and the syntax may already begin with "# ".
   void WriteExample(const MetaStruct& example) {
     std::string description = GetText(example, "Description");
     if (!EndsWith(description, kDescriptionEnd)) {

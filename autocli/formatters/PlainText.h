@@ -15,8 +15,8 @@ namespace Kestrel::AutoCli {
 /// Converts values to what their `ToString()` returns, without allocating memory for a scalar.
 class PlainText {
  public:
-  /// Returns the text of `value`. It is valid until the next call, while `value` and this object
-  /// exist.
+  /// Returns the text of `value`. It is valid until the next call, as long as `value` and this
+  /// object exist.
   std::string_view Of(const MetaObj::MetaObject& value) {
     if (!MetaObj::ValueAccess::IsScalarClass(value)) {
       text_ = value.ToString();

@@ -7,8 +7,9 @@
 // modifier   := "hh" | "h" | "l" | "ll" | "q" | "L" | "j" | "z" | "t"
 // letter     := "d" | "i" | "o" | "u" | "x" | "X" | "c" | "s" | "m"
 //
-// "s" has no modifier; "m" has neither a modifier nor "1$". The other conversions print the value.
-// A format has either at most one of them, without "1$", or any number of them, all with "1$".
+// "s" has no modifier; "m" has neither a modifier nor "1$". All conversions except "m" print the
+// value. A format has either at most one of these, without "1$", or any number of these, all with
+// "1$".
 //
 // Each conversion is printed separately, with the argument cast to the type that it reads. Because
 // the output is cut at a limit, width and precision are first reduced to what that limit can show:

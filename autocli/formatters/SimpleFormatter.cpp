@@ -77,7 +77,7 @@ struct StructPlan : std::enable_shared_from_this<StructPlan> {
 
   StructPlan(const MetaStruct& structure, const FormatParameters& params);
 
-  MetaObj::LayoutRef layout;  // none if the structure has none
+  MetaObj::LayoutRef layout;  // empty if the structure has its own index
   Header header;
   std::vector<Line> lines;
 };

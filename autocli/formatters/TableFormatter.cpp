@@ -67,8 +67,8 @@ class FieldPath {
 
   /// Returns the value at the end of the path, null if there is none. `first` is the value of the
   /// first name in `structure`, null if there is no such field. If a name other than the last one
-  /// is not found, the next one is looked up in the same structure, because scripts rely on it. If
-  /// it is found, but its value is not a structure, the result is null.
+  /// is not found, the next one is looked up in the same structure, because scripts rely on that.
+  /// If such a name is found, but its value is not a structure, the result is null.
   const std::shared_ptr<MetaObject>* Follow(const MetaStruct& structure,
                                             const std::shared_ptr<MetaObject>* first) {
     return rest_ == nullptr ? first : FollowRest(structure, first);
@@ -326,8 +326,8 @@ class Table {
     const FieldStyle* const style = FindStyle(column);
     const auto* const number = style == nullptr ? ViewAs<MetaInt>(&value) : nullptr;
     if (number != nullptr) {
-      // Formatted directly into the output. Digits are written byte by byte, and copying them
-      // immediately afterwards would be slow.
+      // Formatted directly into the output. Digits are written at most two at a time, and copying
+      // them immediately afterwards would be slow.
       return WriteNumber(column, Decimal{number->GetValue()});
     }
     const std::string_view text = MakeText(style, value);

@@ -26,7 +26,7 @@ namespace Kestrel::AutoCli {
 /// `level` is the depth of the value, structure or list concerned.
 ///
 ///   static bool IsOpened(const MetaObject* value);
-///       Whether the walk opens the value; may be true for a MetaStruct or a MetaList.
+///       Whether the walk opens the value; may be true only for a MetaStruct or a MetaList.
 ///   void PrintLeaf(const MetaObject* value, long level);
 ///       Prints a value that is not opened. `value` may be null.
 ///   Fields EnterStruct(const MetaStruct& structure, long level);

@@ -8,12 +8,12 @@
 namespace Kestrel::AutoCli {
 
 /// Passes SIGINT and SIGTERM on to a child process from `Start` to `Stop`. If this process has
-/// received one of them while the guard existed, the destructor ends this process by that signal.
+/// received one of them while this object existed, the destructor ends this process by that signal.
 ///
 /// The child shares the process group of this process, so that it may use the terminal, and the
 /// group may have members that have nothing to do with the child. So the signal goes to the child
 /// and to all processes below it. A signal that is ignored, or for which the program has a handler,
-/// is left alone. There must not be two guards at a time.
+/// is left alone. There must not be two such objects at a time.
 class SignalForwarding {
  public:
   SignalForwarding();

@@ -38,7 +38,7 @@ struct Decimal {
   long value;
 
  private:
-  static constexpr std::uint64_t kEightDigits = 100'000'000;  // the first number with more
+  static constexpr std::uint64_t kEightDigits = 100'000'000;  // the first number with nine digits
 
   // The first is 0 instead of 1, so that the number 0 has one digit.
   static constexpr std::array<std::uint64_t, 20> kPowersOfTen = []() {

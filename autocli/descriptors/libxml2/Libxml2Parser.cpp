@@ -59,9 +59,9 @@ class LimitedParser {
   LimitedParser(const LimitedParser&) = delete;
   LimitedParser& operator=(const LimitedParser&) = delete;
 
-  /// Checks the limits at each read, so that the parser stops even in the middle of a start tag
-  /// that exceeds one. Must be called unless all of the input is in the parser's buffer from the
-  /// beginning.
+  /// Checks the limit of attributes at each read, so that the parser stops even in the middle of a
+  /// start tag that exceeds it. Must be called unless all of the input is in the parser's buffer
+  /// from the beginning.
   void CheckEachRead() {
     xmlParserInputBuffer& buffer = *parser_->input->buf;
     read_ = std::exchange(buffer.readcallback, Read);

@@ -21,7 +21,8 @@ namespace Kestrel::AutoCli {
 constexpr int kMaxXmlAttributes = 10000;
 constexpr const char* kTooManyXmlAttributes = "An element has more than 10000 attributes";
 
-/// The limit, in bytes, of the text to which all references to entities in a document expand.
+/// The limit, in bytes, of the text to which all references to entities in a document expand; also
+/// of the default values of attributes that the parser inserts.
 constexpr std::size_t kMaxXmlExpansion = 10000000;
 constexpr const char* kTooMuchXmlExpansion = "The entities stand for more than 10 MB of text";
 
