@@ -50,8 +50,8 @@ class KESTREL_API XmlPlugin : public Plugin {
   /// with the same description is shared.
   ///
   /// Throws KestrelException when a path is taken; then nothing is inserted. Also throws it when
-  /// the descriptor declares a path twice, a parent does not exist or a name is invalid; then what
-  /// was inserted before stays.
+  /// the descriptor declares a path twice (except that of a shared namespace), a parent does not
+  /// exist or a name is invalid; then what was inserted before stays.
   void RegisterNamespaces(std::shared_ptr<Namespace> root) override;
 
   /// Returns false.
