@@ -502,7 +502,7 @@ TEST_F(TrustTest, WithoutProcTheOwnerOfTheToolIsNotKnown) {
 }
 
 // If a trusted file cannot be loaded, root sees the same message of the loader or of libxml2 as a
-// user.
+// user does.
 
 struct BrokenFile {
   const char* name;

@@ -53,7 +53,7 @@ class Sink:
 
 
 class FullDisk(Sink):
-    """A file system with a few free bytes."""
+    """A file system with `free` free bytes."""
 
     name = "full-disk"
 
@@ -92,8 +92,8 @@ class SizeLimit(Sink):
 
 
 class BrokenPipe(Sink):
-    """A pipe whose reader takes some bytes and closes it. The loss of bytes that are in the
-    pipe at that moment is not noticed."""
+    """A pipe whose reader takes at most `taken` bytes and then closes it. The loss of bytes that
+    are in the pipe at that moment is not noticed."""
 
     def __init__(self, taken):
         self.taken = taken

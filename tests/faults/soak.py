@@ -4,10 +4,9 @@
 """Runs the tool for a long time, and many times.
 
 lines    One process reads command lines from its standard input: values, lists, messages, several
-         formatters, commands that run a child. After a tenth of the lines and at the end, its
-         memory and its open file descriptors are compared; the process must
-         have grown by less than 1 MB, and must have as many file descriptors as before and no
-         zombie.
+         formatters, commands that run a child. At the end, its memory and its open file
+         descriptors are compared with those after a tenth of the lines: the process must have
+         grown by less than 1 MB, and must have as many file descriptors as then and no zombie.
 starts   The tool is started side by side, one process per job, and must print the same each time.
 
 The full form has 1,000,000 lines and 100,000 starts, the quick form 20,000 and 400.

@@ -79,9 +79,9 @@ def list_calls(campaign, line):
 
 
 def can_fail(kind, arguments, is_before_main):
-    """Returns whether the call is made to fail. The dynamic loader does not check its first mmap,
-    so no mmap before main is. Nor is a call that reads or sets the terminal modes of standard
-    input, because the tool ignores its failure: standard input need not be a terminal."""
+    """Returns whether the call is made to fail. An mmap before main is not, because the dynamic
+    loader does not check its first mmap. Nor is a call that reads or sets the terminal modes of
+    standard input, because the tool ignores its failure: standard input need not be a terminal."""
     return not (kind == "mmap" and is_before_main) and \
         not (kind == "ioctl" and re.match(r"0, .*\b(TCGETS|TCSETS)\b", arguments))
 

@@ -7,7 +7,7 @@
 
 emacs     the lines for Emacs find the schema, which accepts a descriptor and marks a mistake
 vim       the lines for Vim find the line and the column of a mistake
-settings  the settings for VS Code and the attributes of a root name files that are installed
+settings  the settings for VS Code and the attributes of a root element name installed files
 
 The exit status is 77 if the editor, or jing for Vim, is not installed.
 """

@@ -40,7 +40,7 @@ TEST(AdviceTest, PathsThatMayBeMeantFollowTheMessage) {
   EXPECT_EQ(1, result.status);
 }
 
-TEST(AdviceTest, APathThatIsOneArgumentIsReadAsWords) {
+TEST(AdviceTest, APathInOneArgumentIsSuggestedAsWords) {
   EXPECT_EQ(
       "Unable to find a command or namespace with the name 'vexil command list' in namespace \n"
       "Did you mean: vexil command list?\n",

@@ -94,7 +94,7 @@ TEST_F(SuggestionsTest, FindsTheNameOfACommandAnywhere) {
   EXPECT_THAT(Suggest("system set"), ElementsAre("system parameter set"));
 }
 
-TEST_F(SuggestionsTest, AcceptsThePunctuationAndCaseInWhichResultsPrintPaths) {
+TEST_F(SuggestionsTest, AcceptsOtherSeparatorsAndCapitals) {
   EXPECT_THAT(Suggest("storage.mount list"), ElementsAre("storage mount list"));
   EXPECT_THAT(Suggest("storage/mount/list"), ElementsAre("storage mount list"));
   EXPECT_THAT(Suggest("Storage Mount List"), ElementsAre("storage mount list"));

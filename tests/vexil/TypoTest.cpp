@@ -67,7 +67,7 @@ class TypoTest : public ::testing::Test {
                  [](const NodePath& path) { return path.isCommand; });
   }
 
-  // Returns the path with one edit, so that it is not the path of a node.
+  // Returns the path with one edit, after which no node has it.
   Words Mistype(const Words& path, Random& random) {
     while (true) {
       Words typed = path;

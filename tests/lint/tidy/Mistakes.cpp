@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// One mistake for each check of .clang-tidy. This file is never built: scripts/check_tidy.sh runs
-// clang-tidy on it and fails when a check reports nothing.
+// One mistake for each check of .clang-tidy, here or in Mistakes.h. This file is never built:
+// scripts/check_tidy.sh runs clang-tidy on it and fails when a check reports nothing.
 #include "Mistakes.h"
 
 #include <memory>

@@ -56,7 +56,7 @@ DescriptorPaths Load(const std::string& text) {
   return LoadDescriptorPaths(folder.Write("a.xml", text));
 }
 
-TEST(DescriptorPathsTest, TheReaderOfTheLibraryFindsEveryPathWhateverTheTreeLacks) {
+TEST(DescriptorPathsTest, TheReaderOfTheLibraryFindsPathsInUndeclaredNamespacesToo) {
   ExpectPlainPaths(Load(kPlain));
 }
 

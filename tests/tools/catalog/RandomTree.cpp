@@ -157,7 +157,7 @@ Namespace MakeNamespace(Random& random) {
 
 Fault MakeFault(Random& random) { return {MakeText(random), MakeText(random), MakeText(random)}; }
 
-/// Sorts the elements by path and removes those with equal paths.
+/// Sorts the elements by path. Of several with equal paths, keeps only the first.
 template <typename Element>
 std::vector<Element> InOrder(std::vector<Element> elements) {
   std::map<std::string, Element> byPath;
@@ -171,7 +171,7 @@ std::vector<Element> InOrder(std::vector<Element> elements) {
   return elements;
 }
 
-/// Every way to change one member of one structure in a tree.
+/// One change for each member of a tree and of its elements, except the types of constraints.
 class Changes {
  public:
   explicit Changes(Tree& tree) {

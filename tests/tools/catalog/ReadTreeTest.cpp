@@ -76,7 +76,7 @@ class FalseCommand : public AutoCli::Namespace {
   AutoCli::NodeType GetType() override { return AutoCli::NodeType::Command; }
 };
 
-/// A command whose declarations throw an exception that the test chooses.
+/// A command that calls functions of the test, which may throw, before it returns declarations.
 class BrokenCommand : public SampleCommand {
  public:
   std::function<void()> beforeInput = [] {};
@@ -118,7 +118,7 @@ class ReadTreeTest : public testing::Test {
     return command == nullptr ? Command() : *command;
   }
 
-  /// Returns the result of "sample get" if it declares `root`.
+  /// Adds "sample get" with the declared result `root`. Returns that result from the catalog.
   Result ReadResult(const std::shared_ptr<MetaObject>& root) {
     AddSample().outputSpec->SetRootObject(root);
     return ReadSample().result;
@@ -413,12 +413,12 @@ TEST_F(ReadTreeTest, ADeclarationThatThrowsIsAFaultAndTheOthersRemain) {
   EXPECT_EQ("built-in", tree.faults[0].plugin);
 }
 
-TEST_F(ReadTreeTest, AnyExceptionOfADeclarationIsAFault) {
+TEST_F(ReadTreeTest, AStandardExceptionOfADeclarationIsAFault) {
   AddBroken().beforeOutput = [] { throw std::runtime_error("no oil"); };
   EXPECT_THAT(ReadFaults(), ElementsAre(Pair("sample broken", "no oil")));
 }
 
-TEST_F(ReadTreeTest, AnExceptionOfAnotherClassIsAFault) {
+TEST_F(ReadTreeTest, AThrownIntegerIsAFault) {
   AddBroken().beforeOutput = [] { throw 7; };
   EXPECT_THAT(ReadFaults(),
               ElementsAre(Pair("sample broken", "An exception that is no std::exception")));

@@ -216,8 +216,8 @@ TEST_F(CompleteTest, VersionIsOfferedAsTheOnlyArgument) {
   EXPECT_THAT(RunForWords({"--formatter=xml", "--v"}), IsEmpty());
 }
 
-// The parser has no marker for the end of the options: "--" is a word like any other, and no node
-// has this name.
+// For the parser, no word ends the options: "--" is a word like any other, and no node has this
+// name.
 TEST_F(CompleteTest, TwoDashesAreAWord) {
   EXPECT_THAT(RunForWords({"--", ""}), IsEmpty());
   EXPECT_THAT(RunForWords({"--", "--f"}), IsEmpty());

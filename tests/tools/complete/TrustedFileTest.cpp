@@ -50,7 +50,7 @@ TEST_F(TrustedFileTest, DoesNotBelongToAnotherUser) {
   EXPECT_FALSE(IsTrustedFile(file_));
 }
 
-TEST_F(TrustedFileTest, IsInFoldersThatOnlyItsOwnerCanWriteOrThatAreSticky) {
+TEST_F(TrustedFileTest, IsInFoldersThatNobodyElseCanWriteOrThatAreSticky) {
   for (const mode_t mode : {0777, 0775, 0757}) {
     chmod(folder_.GetPath().c_str(), mode);
     EXPECT_FALSE(IsTrustedFile(file_)) << mode;
@@ -59,7 +59,7 @@ TEST_F(TrustedFileTest, IsInFoldersThatOnlyItsOwnerCanWriteOrThatAreSticky) {
   EXPECT_TRUE(IsTrustedFile(file_));
 }
 
-TEST_F(TrustedFileTest, IsTheTargetOfALink) {
+TEST_F(TrustedFileTest, ALinkIsTrustedIfItsTargetIs) {
   const std::string link = folder_.GetPath("link.so");
   ASSERT_EQ(0, symlink(file_.c_str(), link.c_str()));
   EXPECT_TRUE(IsTrustedFile(link));

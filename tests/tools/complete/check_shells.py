@@ -160,7 +160,8 @@ class Shell:
         os.write(self.terminal, text.encode())
 
     def read_until(self, pattern):
-        """Returns what the shell shows up to the pattern, without escape sequences."""
+        """Reads until the pattern is shown. Returns its match and all that was shown since the last
+        match, both without escape sequences."""
         end = time.monotonic() + SECONDS
         while True:
             shown = ESCAPES.sub(b"", self.text)
@@ -174,7 +175,8 @@ class Shell:
             self.text += os.read(self.terminal, 65536)
 
     def complete(self, line, tabs=1):
-        """Types a line and the tab key; returns the resulting line and everything that was shown."""
+        """Types a line, then the tab key `tabs` times; returns the line after that, with "|" at the
+        cursor, and everything that was shown."""
         before, _, after = line.partition("|")
         # ^B moves the cursor back. Below, ^E and ^U erase the whole line.
         self.type(before + after + "\x02" * len(after))

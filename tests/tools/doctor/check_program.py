@@ -36,7 +36,8 @@ DESCRIPTOR = """<vexil-plugin>
 
 NOISE = "it writes to a file descriptor that is not its own"
 
-# Lines, most of which resemble a message of an examination. None of them is a message.
+# Lines, most of which resemble a message of the process that examines a plug-in. None of them is a
+# message.
 NOISES = [
     "nonsense", '"', "7", "null", "[]", "{}", '{"step":"a","own":true}', '{"noise":true}',
     '{"step":1}', '{"state":7}', '{"state":-1}', '{"state":1e300}', '{"state":"loaded"}',
@@ -155,8 +156,8 @@ class Checker:
                     "the duplicate path")
 
     def check_noise(self, folder):
-        """A plug-in that writes lines to the pipe must be listed with the reason, even if the lines
-        resemble messages."""
+        """A plug-in that writes lines to the pipe for the messages of its process must be listed with
+        the reason, even if the lines resemble messages."""
         file = os.path.join(folder, "scribble.so")
         self.copy("ConstructorPluginScribble", file)
         for noise in NOISES:

@@ -6,7 +6,7 @@
     check_program.py PROGRAM TOOL PLUGIN
 
 PLUGIN is the shared object EchoPlugin. strace records the shell that the tool starts. The exit
-status is 77 if strace cannot trace here; everything else has been checked then.
+status is 77 if strace cannot trace here and nothing else fails.
 """
 
 import os

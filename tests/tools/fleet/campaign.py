@@ -20,8 +20,8 @@ The parts, all of them if none is named:
                through gateways; the memory is below three times the bytes received, if these are at
                least 20 MB
 
-Prints figures. The exit status is 1 if one of these conditions is not met, and 77 if no ssh
-server can be started.
+Prints figures. The exit status is 1 if one of these conditions is not met, and 77 if a part needs
+ssh servers and none can be started.
 """
 
 import argparse

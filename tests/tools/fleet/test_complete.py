@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Completion of command lines of vexil-fleet: its own options here, the rest by vexil-complete."""
+"""Completion of command lines of vexil-fleet: its own options, and what vexil-complete completes."""
 
 import os
 import shutil

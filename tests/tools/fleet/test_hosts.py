@@ -129,7 +129,7 @@ class Secrets(FleetCase):
         self.assertEqual([b"open '$X".hex()] * 2, [row["Value"] for row in result.rows])
         self.assertFalse("open '$X" in self.processes_seen())
 
-    def test_a_secret_on_the_line_is_taken_off_it(self) -> None:
+    def test_a_secret_that_the_user_typed_is_on_no_other_command_line(self) -> None:
         for words in (["--key=top-secret"], ["--key", "top-secret"], ["-k", "top-secret"]):
             result = self.call("--formatter=ndjson", "volume", "open", *words)
             self.assertEqual([b"top-secret".hex()] * 2, [row["Value"] for row in result.rows])
@@ -178,7 +178,7 @@ class Differences(FleetCase):
         self.assertEqual([("web[1,5-6]", 512), ("web[2-3]", 2), ("web4", 3)],
                          [(row["Host"], row["Size"]) for row in result.rows])
 
-    def test_another_command_is_reported_first(self) -> None:
+    def test_a_command_with_other_fields_is_reported(self) -> None:
         self._add_label("web2", "web5")
         result = self.call("--formatter=ndjson", "volume", "list")
         self.assertEqual(
@@ -401,7 +401,7 @@ class Changes(FleetCase):
         self.assertIn("web1: refused: The disk is broken (status 1)\n", result.err)
         self.assertEqual(2, result.status)
 
-    def test_what_a_host_has_answered_is_printed_if_others_cannot_print_it(self) -> None:
+    def test_only_harmless_commands_run_if_the_result_cannot_be_printed(self) -> None:
         self.declare_harmless(self.fleet["web1"])
         result = self.call("--yes", "--formatter=ndjson", "--sort=Nosuch", "volume", "clear")
         self.assertIn("web[2-4]: not started\n", result.err)

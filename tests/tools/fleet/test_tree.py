@@ -22,7 +22,7 @@ web[1-2]: web[3-5]
 
 
 class Gateways(FleetCase):
-    """Hosts that only gateways can reach. The gateways run ClusterShell."""
+    """Hosts that are reached through gateways. The gateways run ClusterShell."""
 
     count = 6
 
@@ -132,7 +132,7 @@ class Gateways(FleetCase):
                 for pid in pids:
                     os.kill(pid, signal.SIGKILL)
             _, err = process.communicate(timeout=60)
-        # A gateway sends what it has collected a few times a second, so a part may have arrived.
+        # A few times a second, a gateway sends what it has collected, so a part may have arrived.
         self.assertRegex(err.decode(), r"^(web\S+: unreachable: the connection (broke before "
                                        r"the result was complete|to its gateway broke)\n)+$")
         self.assertEqual(2, process.returncode)

@@ -94,7 +94,8 @@ class BusyProcessor {
     thread_.join();
   }
 
-  /// From now on, this thread gets only the processor time that other threads leave.
+  /// From now on, this thread shares the processor and has the lowest priority, so it gets little
+  /// processor time.
   void UseRest() const {
     UseOneProcessor(number_);
     setpriority(PRIO_PROCESS, 0, 19);

@@ -148,7 +148,7 @@ class Laboratory {
     Observation seen;
     const std::string errors = scratch_.Read("errors");
     // The value changed the name of a command if the shell did not find a command, if the name was
-    // empty, or if it was the name of a built-in command.
+    // empty, or if it was "[".
     seen.runsCommand = errors.find("not found") != std::string::npos ||
                        errors.find("Permission denied") != std::string::npos ||
                        errors.find("[: missing") != std::string::npos;
@@ -516,7 +516,8 @@ Result RunShare(int argc, char** argv, unsigned share, unsigned shares) {
 
 }  // namespace
 
-// Starts a process for each processor. Each process tries a share of the templates.
+// Uses one process for each processor, each of which tries a share of the templates, or only one
+// process for a given value.
 int main(int argc, char** argv) {
   if (argc < 3) {
     std::cerr << "lint_campaign WORDS COUNT [SEED [TEMPLATE [VALUE]]]\n";

@@ -67,7 +67,7 @@ TEST(NdjsonFormatTest, FindsASpecialByteAtEveryPositionOfAString) {
   }
 }
 
-TEST(NdjsonFormatTest, PrintsStringsOfEveryLength) {
+TEST(NdjsonFormatTest, PrintsShortAndLongStrings) {
   for (std::size_t size = 0; size < 9000; size = size * 5 / 4 + 1) {
     std::string text;
     for (std::size_t i = 0; i < size; ++i) {
@@ -98,8 +98,8 @@ TEST(NdjsonFormatTest, PrintsListsOfDifferentShapesInOneField) {
 }
 
 TEST(NdjsonFormatTest, PrintsRowsThatStoreTheirFieldsDifferently) {
-  // The row has more fields than a shared layout allows, and documentation that the declared
-  // structure lacks.
+  // The rows have more fields than a shared layout allows, and the second one has documentation
+  // that the declared structure lacks.
   const auto makeRow = [](bool isDocumented) {
     auto row = MetaStruct::New("Row");
     for (int i = 0; i < 70; ++i) {
@@ -121,7 +121,7 @@ TEST(NdjsonFormatTest, PrintsRowsThatStoreTheirFieldsDifferently) {
       "{\"Name\":\"a\",\"Size\":1}\n{\"Name\":\"b\",\"Size\":2}\n{\"Name\":\"c\",\"Size\":3}\n");
 }
 
-TEST(NdjsonFormatTest, PrintsAnyDepthOfNesting) {
+TEST(NdjsonFormatTest, PrintsVeryDeepNesting) {
   const std::string text = Ndjson(Testing::MakeNested(100000));
   EXPECT_EQ(text.substr(0, 26), "{\"a\":99999,\"child\":{\"a\":99");
   EXPECT_EQ(text.substr(text.size() - 4), "}}}\n");

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Properties of everything that the format pretty prints, tested with random results and widths.
+// Properties of all output of the format "pretty", tested with random results and widths.
 
 #include <wchar.h>
 
@@ -40,8 +40,8 @@ bool ActsOnText(char32_t code) {
          code == 0x200f || (code >= 0x2028 && code <= 0x202e) || (code >= 0x2066 && code <= 0x2069);
 }
 
-/// Returns the columns that a character fills by itself. The system may not know the newest
-/// characters.
+/// Returns the number of columns that a character fills by itself: that of the system, or ours if
+/// the system does not know the character.
 std::size_t ColumnsOf(char32_t code) {
   const int columns = wcwidth(static_cast<wchar_t>(code));
   return columns >= 0 ? static_cast<std::size_t>(columns)
@@ -49,7 +49,7 @@ std::size_t ColumnsOf(char32_t code) {
 }
 
 /// Returns the number of columns that a line fills, without the escape sequences that the format
-/// prints. Reports everything that must not be in the line.
+/// prints. At the first text that must not be in the line, fails the test and stops counting.
 std::size_t CheckLine(std::string_view line) {
   std::size_t columns = 0;
   while (!line.empty()) {

@@ -38,7 +38,7 @@ class RandomResult {
   std::shared_ptr<MetaObj::MetaList> MakeStructs(const std::shared_ptr<MetaObj::MetaStruct>& shape,
                                                  std::uint64_t maxCount);
 
-  /// Returns another value of the same shape.
+  /// Returns a random value of the same shape. A list of scalars is returned unchanged.
   std::shared_ptr<MetaObj::MetaObject> MakeLike(const std::shared_ptr<MetaObj::MetaObject>& value);
   std::shared_ptr<MetaObj::MetaStruct> MakeLike(const MetaObj::MetaStruct& structure);
 

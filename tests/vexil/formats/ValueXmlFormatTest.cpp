@@ -60,7 +60,7 @@ TEST(ValueXmlFormatTest, IsReadBackByTheTool) {
   ExpectReadBack(Testing::MakeNested(100));
 }
 
-TEST(ValueXmlFormatTest, RejectsDeeperNestingThanTheReader) {
+TEST(ValueXmlFormatTest, RejectsDeeperNestingThanTheReaderAccepts) {
   int deepest = 0;
   for (int depth = 100; depth < 140; ++depth) {
     const auto root = Testing::MakeNested(depth);
@@ -76,7 +76,7 @@ TEST(ValueXmlFormatTest, RejectsDeeperNestingThanTheReader) {
               ::testing::EndsWith("child is nested more deeply than a value document allows"));
 }
 
-TEST(ValueXmlFormatTest, RejectsLongerStringsThanTheReader) {
+TEST(ValueXmlFormatTest, RejectsLongerStringsThanTheReaderAccepts) {
   ExpectReadBack(MetaString::New(std::string(10000000, '<')));
   EXPECT_THAT(ErrorsOf(kValueXmlFormat, MakeRow("A", std::string(10000001, 'x'))),
               ElementsAre("The field A is longer than a value document allows"));

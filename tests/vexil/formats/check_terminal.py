@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Checks in a real terminal, tmux, what the format pretty prints.
+"""Checks the output of the format "pretty" in a real terminal, tmux.
 
     check_terminal.py VEXIL
 

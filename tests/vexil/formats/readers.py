@@ -54,7 +54,8 @@ def not_utf8_in_cells(chosen):
 
 
 def not_xml(chosen):
-    """Returns the first string with a character that XML does not allow, or the first empty name."""
+    """Returns why the values cannot be a value document: a string that is not UTF-8 or that XML does
+    not allow, an empty name, or elements of different shapes."""
     texts = [text for value in chosen.values() for text in texts_in(value)]
     names = [name for value in chosen.values() for name in names_in(value)]
     return (not_utf8(chosen) or [text for text in texts if FORBIDDEN.search(text.decode())][:1] or

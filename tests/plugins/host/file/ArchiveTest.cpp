@@ -214,7 +214,7 @@ class DamagedArchiveTest : public ::testing::TestWithParam<FormatCase> {};
 // reader does not need.
 constexpr std::size_t kUntestedEnd = 1600;
 
-// A truncated archive must not be read as a shorter list.
+// A truncated archive must not be read as a shorter list, unless a plain one ends after a member.
 TEST_P(DamagedArchiveTest, ATruncatedArchiveIsAnError) {
   const ScopedTempDir folder;
   for (const std::string name : {"in/a", "in/b"}) {
@@ -242,7 +242,7 @@ const FormatCase kDamagedFormats[] = {
 INSTANTIATE_TEST_SUITE_P(Formats, DamagedArchiveTest, ::testing::ValuesIn(kDamagedFormats),
                          [](const auto& row) { return row.param.name; });
 
-// It cannot be distinguished from a complete archive.
+// Such an archive cannot be distinguished from a complete one.
 TEST(ArchiveTest, ATarArchiveThatEndsRightAfterAMemberIsAShorterList) {
   const ScopedTempDir folder;
   folder.Write("in/a", "x");
