@@ -249,8 +249,8 @@ TEST(RunProgramWithinTest, ReadsAllThatAnEndedProgramWrote) {
   }
 }
 
-// The program stops the process that runs it until it has ended and the time is up. It makes the
-// pipe larger than what is read at once.
+// The program stops the process that runs it, which continues only after the program has ended and
+// the time is up. The program makes the pipe larger than what is read at once.
 TEST(RunProgramWithinTest, ReadsAllOfAProgramThatEndedUnnoticedBeforeTheTimeWasUp) {
   const std::string script =
       "kill -STOP $PPID\n"

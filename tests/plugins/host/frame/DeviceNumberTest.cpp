@@ -29,7 +29,7 @@ TEST(DeviceNumberTest, RejectsAnyOtherString) {
   }
 }
 
-TEST(DeviceNumberTest, HasNoSignsSpacesAndLeadingZeros) {
+TEST(DeviceNumberTest, HasNoSignsSpacesOrLeadingZeros) {
   for (const char* const text : {"-1:2", "1:-2", "+8:1", "8:+1", "-0:1", "08:1", "8:01"}) {
     EXPECT_EQ(ParseDeviceNumber(text), std::nullopt) << text;
   }

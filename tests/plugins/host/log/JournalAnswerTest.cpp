@@ -243,7 +243,7 @@ TEST_F(JournalQuestionTest, HasNoNumberOfLinesWhenAllAreWanted) {
   EXPECT_EQ(Ask({}, filter), "--since=@-1\n");
 }
 
-TEST_F(JournalQuestionTest, DoesNotPassThePatternBecauseTheOutputIsFilteredAfterwards) {
+TEST_F(JournalQuestionTest, HasNeitherThePatternNorTheNumberOfLinesIfAPatternIsGiven) {
   const Regex pattern("o");
   LogFilter filter = Lines(5);
   filter.match = &pattern;

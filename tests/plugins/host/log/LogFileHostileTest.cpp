@@ -145,7 +145,7 @@ TEST(LogFileSizeTest, LinesOfAnyLengthAreThoseOfTac) {
   const ScopedTempDir folder;
   std::string text;
   unsigned seed = 7;
-  // Lines of all lengths, from empty ones to lines of several blocks. They contain no NULs, which
+  // Lines of many lengths, from empty ones to lines of several blocks. They contain no NULs, which
   // the shell would drop.
   for (const unsigned bound : {3u, 90u, 5000u, 70000u, 200000u, 2u, 300u}) {
     for (int line = 0; line < 12; ++line) {
@@ -157,7 +157,7 @@ TEST(LogFileSizeTest, LinesOfAnyLengthAreThoseOfTac) {
   EXPECT_TRUE(LinesIn(path) == Testing::WitnessLines("tac '" + path + "'"));
 }
 
-TEST(LogFileSizeTest, ALineMayHaveHalfTheGreatestLength) {
+TEST(LogFileSizeTest, ALineMayHaveTheGreatestLength) {
   const ScopedTempDir folder;
   const std::string path = folder.Write("log", "first\n");
   // The new bytes are NULs without a line feed.

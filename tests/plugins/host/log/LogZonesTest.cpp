@@ -18,7 +18,7 @@
 #include "support/Witness.h"
 
 // Compares times in many zones with the output of date(1), mostly around changes of the zones'
-// offsets. Each call of date(1) converts a whole list of times.
+// offsets. A list of times is converted by a single call of date(1).
 namespace Kestrel::Host {
 namespace {
 
@@ -81,8 +81,8 @@ class ZoneChangeTest : public ::testing::TestWithParam<ZoneChange> {
   ZoneChangeTest() : zone_("TZ", std::string(GetParam().zone)) {
     const std::int64_t change =
         std::stoll(WitnessLines(std::string("date +%s -d '") + GetParam().moment + "'").front());
-    // Every ten minutes of the hours around the moment, a few times days before and after it, and a
-    // few within a minute of it.
+    // Every ten minutes of the hours around the moment, some moments days before and after it, and
+    // some within a minute of it.
     for (std::int64_t distance = -4 * kHour; distance <= 4 * kHour; distance += 600) {
       moments_.push_back(change + distance);
     }

@@ -159,7 +159,7 @@ std::vector<std::size_t> LengthsOfLines(const std::string& text) {
   return lengths;
 }
 
-// Makes the addresses, names and routes of an ordinary host.
+// Makes the interfaces, addresses, routes and neighbors of an ordinary host.
 void MakeOrdinaryHost() {
   Configure(
       "ip link set lo up;"
@@ -305,7 +305,7 @@ TEST_P(InterfaceFilterTest, TakesNamesAndPatterns) {
   });
 }
 
-// The kernel accepts nearly every byte except "/", ":" and white space in the name of an interface.
+// In the name of an interface, the kernel accepts every byte except NUL, "/", ":" and white space.
 TEST(InterfaceNameTest, ControlCharactersAreEscaped) {
   IN_OWN_NETWORK([] {
     Configure(

@@ -93,7 +93,7 @@ void MakeStillNetwork() {
       "ip address add 198.51.100.1 peer 198.51.100.2/32 dev bridge0");
 }
 
-// Replaces the number after each of the labels by "#".
+// Replaces the number after each of the labels with "#".
 std::string WithoutNumbers(std::string text, const std::vector<std::string>& labels) {
   for (const std::string& label : labels) {
     for (std::size_t at = text.find(label); at != std::string::npos; at = text.find(label, at)) {

@@ -172,7 +172,7 @@ TEST_F(PackageCommandsTest, ShowTheMaintainer) {
             FieldOfDpkg("dpkg", "Maintainer"));
 }
 
-TEST_F(PackageCommandsTest, ShowAnUnknownPackageByItsName) {
+TEST_F(PackageCommandsTest, ReportAnUnknownPackageByItsName) {
   for (const char* const command : {"package get", "package check", "package files"}) {
     EXPECT_THAT(CallErrors(command, {{"name", "no-such-package"}}),
                 ElementsAre("There is no package named 'no-such-package' on this machine"));
