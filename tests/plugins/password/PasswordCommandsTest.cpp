@@ -9,7 +9,7 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// The commands below "system password".
+// The command "system password hash".
 namespace Kestrel::Testing {
 namespace {
 

@@ -11,7 +11,8 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// The error message that a script prints if a program is missing.
+// The error messages of scripts if a program is missing or fails, or if there is no folder for
+// temporary files; and the removal of these files.
 namespace Kestrel::Testing {
 namespace {
 

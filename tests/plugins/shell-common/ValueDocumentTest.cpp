@@ -12,7 +12,8 @@
 #include "support/ScopedTempDir.h"
 #include "support/Witness.h"
 
-// The program that converts data to value documents. The library must read the same data back.
+// The program that converts data to value documents. The library must read the same data back,
+// except that bytes which a document cannot contain are escaped.
 namespace Kestrel::Testing {
 namespace {
 

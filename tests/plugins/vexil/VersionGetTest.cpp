@@ -37,7 +37,7 @@ TEST(VersionGetTest, CountsWhatIsLoaded) {
   EXPECT_EQ(RunForJson(plugins, {"vexil", "command", "list"}).size(), version.at("Commands"));
 }
 
-TEST(VersionGetTest, PrintsALineForEachFact) {
+TEST(VersionGetTest, PrintsTheVersionAndTheToolFirst) {
   const VexilResult result = RunWith({}, {"vexil", "version", "get"}).Run();
   EXPECT_THAT(result.out, testing::StartsWith("VexilVersion:\n"
                                               "   Version      : " KESTREL_VERSION_STRING "\n"

@@ -12,7 +12,7 @@
 namespace Kestrel::Testing {
 namespace {
 
-// The caller's PATH contains no other programs, so the script sets its own.
+// The caller's PATH contains no other programs, so the script sets a PATH of its own.
 constexpr char kProgram[] = R"sh(#!/bin/sh
 PATH=/usr/bin:/bin
 printf '%s\n' "$*" >>"$folder/calls"

@@ -162,7 +162,7 @@ TEST_F(SystemdManagerTest, ChangesTheServiceThatAnAliasStandsFor) {
 }
 
 // The unit ran without a file, and systemd forgot it when it stopped.
-TEST_F(SystemdManagerTest, StopsAServiceWithoutFile) {
+TEST_F(SystemdManagerTest, StopsAServiceWithoutAFile) {
   systemd_.Answer("show", ShownUnit("ssh.service", "active", "running", 7, "", "not-found"));
   systemd_.AnswerAfter("stop", ShownUnknown("ssh.service"));
   const ServiceChange change = Manager().Change("stop", "ssh", kLimit);

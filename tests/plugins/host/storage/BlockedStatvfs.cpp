@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Replaces statvfs by another function. For the paths in KESTREL_SILENT_PATHS it never returns, and
-// for the paths in KESTREL_DEADLY_PATHS it ends the process. For other paths it calls statvfs of
-// libc. Both variables contain lists of paths, separated by ":".
+// Replaces statvfs with another function. For the paths in KESTREL_SILENT_PATHS it never returns,
+// and for the paths in KESTREL_DEADLY_PATHS it ends the process. For other paths it calls statvfs
+// of libc. Both variables contain lists of paths, separated by ":".
 
 #include <dlfcn.h>
 #include <sys/statvfs.h>

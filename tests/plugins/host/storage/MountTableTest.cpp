@@ -87,7 +87,7 @@ TEST(MountTableTest, IsReadOnlyWhenTheMountOrTheFileSystemIs) {
   EXPECT_THAT(mounts[2].options, ElementsAre("rw", "noexec"));
 }
 
-TEST(MountTableTest, ReplacesDevRootByTheNameOfTheDevice) {
+TEST(MountTableTest, ReplacesDevRootWithTheNameOfTheDevice) {
   const Testing::ScopedTempDir folder;
   const std::string table = folder.Write("mountinfo",
                                          "1 0 8:1 / / rw - ext4 /dev/root rw\n"

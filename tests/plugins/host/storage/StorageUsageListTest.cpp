@@ -248,7 +248,7 @@ INSTANTIATE_TEST_SUITE_P(Names, StorageUsageListPathTest,
                                            "$(x)`y`", "new\nline", "*", "?[a]", "\\", "~", "#",
                                            "\xC3\xA4", "&<>"));
 
-TEST(StorageUsageListTest, TakesAPathOfAnyLength) {
+TEST(StorageUsageListTest, TakesAPathThatIsTooLongForASystemCall) {
   const ScopedTempDir folder;
   folder.Write("below/file", "x");
   std::string path = folder.GetPath();

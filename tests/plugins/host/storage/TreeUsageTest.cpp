@@ -62,7 +62,7 @@ TreeEntry EntryAt(const TreeUsage& tree, const std::string& path) {
   return {};
 }
 
-// Returns the lines that du prints for `path` with these options.
+// Returns the lines that du prints for `path` with these options, sorted.
 std::vector<std::string> DuLines(const std::string& options, const std::string& path) {
   std::vector<std::string> lines =
       Testing::WitnessLines("du --one-file-system " + options + " '" + path + "'");
@@ -79,7 +79,8 @@ std::vector<std::string> Lines(const TreeUsage& tree, long SpaceUsage::*figure, 
   return lines;
 }
 
-// Makes a folder in `folder` that an ordinary user may not read during the lifetime of this object.
+// Makes a folder in `folder`. Until this object is destroyed, the new folder has the mode `mode`,
+// which by default denies an ordinary user everything.
 class LockedFolder {
  public:
   LockedFolder(const ScopedTempDir& folder, const std::string& name, mode_t mode = 0)
@@ -109,7 +110,8 @@ void MakeChain(const std::string& top, const std::string& name, int count) {
   ::close(folder);
 }
 
-// Deletes what is in the folder with rm, because the paths are too long for the standard library.
+// A folder whose content is deleted with rm, because the paths are too long for the standard
+// library.
 struct DeletedByRm {
   ScopedTempDir folder;
   ~DeletedByRm() { Witness("rm -r '" + folder.GetPath() + "'/*"); }
@@ -132,7 +134,7 @@ TEST(TreeUsageTest, AddsUpDiskSizesAsDuDoes) {
             DuLines("--all --block-size=1024", folder.GetPath()));
 }
 
-TEST(TreeUsageTest, AddsUpLengthsAsDuDoes) {
+TEST(TreeUsageTest, AddsUpTheLengthsOfFilesAndFolders) {
   const ScopedTempDir folder;
   MakeSampleTree(folder);
   const TreeUsage tree = MeasureTree(folder.GetPath(), kWholeTree);
@@ -248,7 +250,7 @@ TEST(TreeUsageTest, FollowsALinkOnlyAtTheTop) {
               UnorderedElementsAre(link, link + "/file", link + "/up"));
 }
 
-TEST(TreeUsageTest, TakesEveryName) {
+TEST(TreeUsageTest, TakesOddNames) {
   const ScopedTempDir folder;
   const std::string top = folder.MakeDirectory("a $b`\"&<\n ;'*");
   for (const char* const name :

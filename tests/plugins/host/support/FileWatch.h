@@ -26,8 +26,8 @@ class FileWatch {
   /// Returns whether the watch has made that attempt fail.
   bool HasFailed() const { return hasFailed_; }
 
-  /// Records an attempt to open `path`. Returns the error number with which it must fail, otherwise
-  /// 0.
+  /// Records an attempt to open `path`. Returns the error number with which it must fail, or 0 if
+  /// it need not fail.
   int Note(const char* path);
 
  private:

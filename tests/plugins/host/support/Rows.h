@@ -11,14 +11,14 @@
 
 namespace Kestrel::Testing {
 
-/// Removes all other fields from the rows.
+/// Returns the rows without their other fields.
 std::vector<Row> OnlyFields(const std::vector<Row>& rows, const std::vector<std::string>& fields);
 
 /// Returns the rows that a filter accepts.
 std::vector<Row> Filter(const std::vector<Row>& rows,
                         const std::function<bool(const Row&)>& filter);
 
-/// Replaces ASCII control characters by \xHH, as the commands do.
+/// Replaces ASCII control characters with \xHH, as the commands do.
 std::string Shown(const std::string& text);
 
 /// Joins strings with ", ", as lists are printed.
@@ -34,7 +34,7 @@ struct Agreement {
 };
 /// Runs the witness before and after the command, and repeats this until both runs of the witness
 /// have the same result. Returns this result and that of the command. Fails the test if the results
-/// of the witness always differ.
+/// of the witness differ in each of 20 attempts.
 Agreement Compare(const std::function<std::vector<Row>()>& command,
                   const std::function<std::vector<Row>()>& witness);
 

@@ -127,7 +127,7 @@ class AccountErrorTest : public ::testing::TestWithParam<AccountQuestion> {
   }
 };
 
-TEST_P(AccountErrorTest, AFileWithoutThePermissionToReadItIsAnError) {
+TEST_P(AccountErrorTest, AFileThatMayNotBeReadIsAnError) {
   const ScopedTempDir folder;
   const std::string hidden = folder.Write("file", "");
   ASSERT_EQ(::chmod(hidden.c_str(), 0), 0);

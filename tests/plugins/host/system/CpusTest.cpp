@@ -91,12 +91,12 @@ TEST(CpusTest, ReportsThatThereIsNone) {
                                               "/sysless/devices/system/cpu and /nowhere/cpuinfo"));
 }
 
-// Some of these sets come from no kernel. The call must still end, and use their valid parts.
+// No kernel writes some of these sets. Even then, the call must end and use their valid parts.
 struct SetCase {
   const char* name;
   const char* present;
   const char* online;
-  std::vector<std::string> cpus;  // a number, with "+" if online
+  std::vector<std::string> cpus;  // each number, followed by "+" if online
 };
 
 const SetCase kSets[] = {
@@ -158,7 +158,7 @@ TEST(CpusTest, ATopologyThatIsNotANumberIsUnknown) {
   EXPECT_THAT(cpus[0].siblings, IsEmpty());
 }
 
-// If a file or folder about a processor exists, it must be readable.
+// If a file about a processor exists but cannot be read, that is an error.
 TEST(CpusTest, ReportsWhatCannotBeRead) {
   const std::string cpu = "sys/devices/system/cpu/cpu0";
   for (const std::string& hidden :

@@ -57,7 +57,7 @@ TEST(KernelModulesTest, ListsModulesByName) {
   EXPECT_THAT(names, ElementsAre("fixed", "kept", "loop", "snd_timer"));
 }
 
-// Returns a line for each module: name, size, references and its sorted users.
+// Returns a line for each module: its name, size, references and sorted users.
 std::vector<std::string> LinesOf(const std::vector<KernelModule>& modules) {
   std::vector<std::string> lines;
   for (const KernelModule& module : modules) {
@@ -133,7 +133,7 @@ TEST(KernelModulesTest, ListsNoneIfTheKernelHasNoModules) {
   EXPECT_THAT(ReadModules(proc.GetPath()), IsEmpty());
 }
 
-TEST(KernelModulesTest, ReportsAMissingProc) {
+TEST(KernelModulesTest, ReportsAnEmptyOrMissingProc) {
   const ScopedTempDir proc;
   EXPECT_THAT(
       [&proc] { ReadModules(proc.GetPath()); },

@@ -87,7 +87,7 @@ TEST(ProcessesTest, ReadsTruncatedDataWithoutHarm) {
   EXPECT_LT(accepted, text.size() / 2);
 }
 
-TEST(ProcessesTest, KnowsThreadsOfTheKernel) {
+TEST(ProcessesTest, RecognizesThreadsOfTheKernel) {
   const auto process = ParseProcess(
       "2 (kthreadd) S 0 0 0 0 -1 2129984 0 0 0 0 0 2 0 0 20 0 1 0 5 0 0 18446744073709551615\n");
   ASSERT_TRUE(process);

@@ -102,7 +102,7 @@ std::vector<std::string> UsersOf(const std::vector<Session>& sessions) {
   return users;
 }
 
-TEST(SessionsTest, ListsSessionsWhoseProcessIsAliveByTime) {
+TEST(SessionsTest, ListsByTimeTheSessionsWhoseProcessIsAlive) {
   const ScopedTempDir root;
   root.Write("run/utmp", LoginEntry(USER_PROCESS, "gone", "pts/0", "", kGone, 1) +
                              LoginEntry(USER_PROCESS, "late", "pts/1", "", ::getpid(), 3) +

@@ -107,8 +107,8 @@ TEST(SystemLoadGetTest, AgreesWithTheKernel) {
 }
 
 TEST(SystemLoadGetTest, AgreesWithUptime) {
-  // The kernel updates the load every five seconds, so a second attempt falls within one such
-  // interval.
+  // The kernel updates the load every five seconds, so at least one of four quick attempts falls
+  // within one such interval.
   for (int attempt = 0;; ++attempt) {
     const Structure structure = Call("system load get").GetStruct();
     const std::string own = TextOf(structure, "One Minute") + ", " +
@@ -224,8 +224,8 @@ TEST(SystemCpuListTest, AgreesWithTheKernelAboutTheFrequency) {
   }
   ASSERT_EQ(structures.size(), before.size());
   for (std::size_t i = 0; i < structures.size(); ++i) {
-    // If the frequency changed between the readings, it may be anywhere in the range of a
-    // processor.
+    // If the frequency changed between the readings, it may differ from both of them by up to 1
+    // GHz.
     ExpectBetween(NumberOf(structures[i], "Frequency Kilohertz"), std::stol(before[i]),
                   std::stol(after[i]), before[i] == after[i] ? 1 : 1000000, "Frequency");
     EXPECT_EQ(TextOf(structures[i], "Frequency"),
@@ -361,7 +361,7 @@ TEST(SystemProcessListTest, AgreesWithPsAboutAProcessThatDoesNotChange) {
                 started, 1, "Started");
 }
 
-// A process that uses a processor all the time.
+// The process uses a processor all the time.
 TEST(SystemProcessListTest, AgreesWithPsAboutTheShareOfAProcessor) {
   const std::string id = WitnessLine("sh -c 'while :; do :; done' >/dev/null & echo $!");
   ::sleep(1);
@@ -433,7 +433,7 @@ TEST(SystemProcessListTest, FiltersByNameAndRegularExpression) {
   EXPECT_THAT(ids({{"match", "^kestrel\\.odd$"}}), ElementsAre(process.GetId()));
   EXPECT_THAT(ids({{"match", "trel.o"}}), Contains(process.GetId()));
   EXPECT_THAT(ids({{"match", "^odd"}}), IsEmpty());
-  // The command line of the test itself contains the expression.
+  // The process has the command line of the test program, which contains the expression.
   EXPECT_THAT(ids({{"match", "kestrel_host_tests"}}), Not(Contains(process.GetId())));
   EXPECT_THAT(ids({{"match", "kestrel_host_tests"}, {"full", ""}}), Contains(process.GetId()));
   EXPECT_THAT(Call("system process list", {{"match", "(a"}}).GetErrors(),

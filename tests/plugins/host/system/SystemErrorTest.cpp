@@ -27,7 +27,7 @@ struct WatchedCommand {
   const char* name;
   const char* path;
   Parameters parameters;
-  const char* file;  // a file that it opens; proves that the watch works
+  const char* file;  // a file or folder that it opens; proves that the watch works
 };
 
 const WatchedCommand kCommands[] = {
@@ -66,7 +66,8 @@ class SystemErrorTest : public FullMachineTest,
     return watch.GetOpened();
   }
 
-  // A parameter that may not be read is marked in its row; every other failure is an error.
+  // The list of parameters marks a parameter that cannot be read in its row, unless resources are
+  // lacking. The test tries this with EACCES. Every other failure is an error.
   static bool IsShown(const std::string& file, int error) {
     return std::string(GetParam().path) == "system parameter list" && error == EACCES &&
            (file == "/proc/sys/vm/swappiness" || file == "/proc/sys/net/core/somaxconn");

@@ -100,7 +100,7 @@ TEST(SystemCpuUsageListTest, ListsTheProcessorsThatAreOnline) {
   EXPECT_EQ(CallColumn("system cpu usage list", "Cpu", {{"interval", "10"}}), expected);
 }
 
-TEST(SystemCpuUsageListTest, TheSharesOfAProcessorAreTheWhole) {
+TEST(SystemCpuUsageListTest, TheSharesOfAProcessorAddUpToTheWhole) {
   for (const Row& row : CallRows("system cpu usage list", {{"interval", "200"}})) {
     if (row.at("Busy Hundredths") == "-1") {
       continue;  // it came online between the samples

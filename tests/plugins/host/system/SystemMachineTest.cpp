@@ -646,7 +646,8 @@ class AccountMachineTest : public SystemMachineTest {
  protected:
   AccountMachineTest() { File("etc/nsswitch.conf", "passwd: files\ngroup: files\n"); }
 
-  // Adds accounts from number 1000 on, and a group with the number of each.
+  // Adds accounts from number 1000 on, and a group with the number of each. The group of an account
+  // is the one with its number if `hasGroupEach`, otherwise group 1000.
   void AddAccounts(long count, bool hasGroupEach) {
     std::string accounts;
     std::string groups;
