@@ -8,8 +8,8 @@
 #include "kestrel/autocli/Dispatcher.h"
 #include "vexil/Words.h"
 
-/// What the tool prints on standard error after the library's messages. Nothing here throws: advice
-/// that cannot be determined because a plug-in's declaration fails is omitted.
+/// What the tool prints on standard error after the library's messages. Suggestions and hints never
+/// throw: those that cannot be determined because a plug-in's declaration fails are omitted.
 namespace Kestrel::Vexil {
 
 /// Prints a line on standard error. Uses the C stream: a plug-in may have set a width on std::cerr

@@ -29,7 +29,8 @@ bool Contains(const Names& names, const std::string& name) {
   return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-// Returns " Did you mean ...?" if a name is similar, otherwise a list of all names.
+// Returns " Did you mean ...?" if a name is similar, otherwise a list of all names. Empty if there
+// are none.
 std::string AskForOrList(const std::string& typed, const Names& names, const std::string& lead) {
   const Names near = NearestNames(typed, names, kMaxNames);
   if (!near.empty() || names.empty()) {

@@ -27,14 +27,14 @@ struct HintContext {
 using Hints = std::vector<std::string>;
 
 /// Adds hints about options that are unknown on their side of the path, and about values that are
-/// not accepted.
+/// not accepted or not needed.
 void AddOptionHints(const HintContext& context, Hints& hints);
 
 /// Adds hints about the formatter, its parameters, and the width of the output.
 void AddFormatHints(const HintContext& context, Hints& hints);
 
 /// Returns `text` in single quotes. Replaces control characters, which could control the terminal,
-/// by '?'.
+/// with '?'.
 std::string Quote(std::string text);
 
 /// Returns " Did you mean 'A' or 'B'?" or, with the prefix "--", " Did you mean --A or --B?". Empty

@@ -15,7 +15,7 @@ namespace Kestrel::Vexil {
 /// and values that are nearly right, that are on the wrong side of the path, or that have no
 /// effect. Empty if there are none. A hint never contains the value of a secret.
 ///
-/// Throws the exceptions of the command's declaration.
+/// Throws the exceptions of a plug-in's declaration.
 std::vector<std::string> FindHints(const AutoCli::Dispatcher& dispatcher, const CommandLine& line);
 
 }  // namespace Kestrel::Vexil

@@ -106,7 +106,7 @@ class LineFile {
   std::size_t capacity_ = 0;
 };
 
-/// Whether the dispatcher, after it has loaded plug-ins, only reads one input for these options.
+/// Whether these options make the dispatcher load plug-ins and then do nothing but read one input.
 bool ReadsOneInput(const OptionParser& parser) {
   return parser.GetParseErrors().empty() && parser.GetDispatcherParameter("input").size() == 1 &&
          !parser.HasDispatcherParameter("h") && !parser.HasDispatcherParameter("help");

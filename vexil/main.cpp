@@ -81,7 +81,7 @@ void ResetSignals() {
   sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
-// Runs whenever the process exits: incomplete output must not look like success.
+// Runs whenever the process exits normally: incomplete output must not look like success.
 void CheckStandardOutput() {
   if (!FlushOutput()) {
     Kestrel::Vexil::PrintMessage("Unable to write to standard output");

@@ -19,7 +19,8 @@
 
 namespace Kestrel::Formats {
 
-// A format describes how it prints strings by a type with these members:
+// A format describes how it prints strings by a type with these members. A member that no function
+// uses for that type may be missing.
 //
 //   template <typename Bytes> static constexpr auto Stops(Bytes bytes);
 //       True for a byte that is not simply copied, such as any from 0x80 on, which must be checked.

@@ -34,7 +34,7 @@ class ExactFormatter : public AutoCli::Formatter {
   ~ExactFormatter() override;
 
   /// Sets the description and the parameters unless they are already set. The constructor does not
-  /// do this, because each start of the tool makes all formatters and uses at most one.
+  /// do this, because each start of the tool makes all formatters and rarely uses more than one.
   void Describe();
 
   void Format(const std::shared_ptr<CallSpec::Output>& output, AutoCli::FormatParameters& params,

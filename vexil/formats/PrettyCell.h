@@ -16,8 +16,8 @@ namespace Kestrel::Formats {
 bool IsNested(const MetaObj::MetaObject& value);
 
 /// Returns the text of a value that is in the field `name` and is not nested. The elements of a
-/// list are separated by commas. `isHuman` adds units to sizes. The text is in `storage` or in the
-/// value.
+/// list are separated by commas. `isHuman` adds units to sizes. The text is valid until `storage`
+/// or the value changes.
 std::string_view CellText(const MetaObj::MetaObject& value, const std::string& name, bool isHuman,
                           std::string& storage);
 

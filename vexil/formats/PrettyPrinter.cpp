@@ -21,7 +21,8 @@ using MetaObj::MetaType;
 
 namespace {
 
-// Anything nested more deeply is printed on one line, because no reader can follow so many levels.
+// Unless fields in it were chosen, anything nested more deeply is printed in the form of
+// `ShortText`, because no reader can follow so many levels.
 constexpr unsigned kMaxDepth = 24;
 
 constexpr std::size_t kIndent = 2;

@@ -30,8 +30,9 @@ struct Room {
 /// Prints values as indented trees for people. No line is wider than its room.
 ///
 /// A field is a line with its name and its value. A structure, or a list of structures, follows the
-/// line with its name, indented; lists of structures are tables if there is room for all columns.
-/// The operations on values throw ValueFault if a value is not of the class of its kind.
+/// line with its name, indented. A list of structures is a table if there is room for all columns,
+/// unless it is in the cell of a table. The operations on values throw ValueFault if a value is not
+/// of the class of its kind.
 class PrettyPrinter {
  public:
   PrettyPrinter(const Palette& palette, bool isHuman) : palette_(palette), isHuman_(isHuman) {}

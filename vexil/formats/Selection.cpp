@@ -90,7 +90,7 @@ void AddPath(FieldChoice& root, const FieldPath& path) {
   AddOthers(*choice);
 }
 
-/// Returns the value of a row to sort by, which is a scalar.
+/// Returns the value in a row to which `path` leads. Throws ResultFault if there is none.
 Value ValueAt(const Value& row, const FieldPath& path) {
   Value value = row;
   for (const std::string& name : path) {

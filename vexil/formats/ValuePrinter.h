@@ -319,7 +319,7 @@ class ValuePrinter {
     }
   }
 
-  /// Returns the location of the value that was printed last. `position` is that of the row, or 0.
+  /// Returns the location of the value that is being printed. `position` is that of the row, or 0.
   ValueLocation Locate(std::size_t position) const {
     ValueLocation location;
     if (position != 0) {

@@ -20,7 +20,7 @@ namespace Kestrel::Formats {
 using Value = std::shared_ptr<MetaObj::MetaObject>;
 
 /// Returns the kind of `value`, after checking that its class is the one for that kind. Throws
-/// ValueFault if it is not: a plug-in may have its own classes, which can claim any kind.
+/// ValueFault if it is not: a plug-in may have its own classes, which can return any kind.
 inline MetaObj::MetaType KindOf(const MetaObj::MetaObject& value) {
   if (!MetaObj::ValueAccess::IsValueClass(value)) {
     throw ValueFault{"has a value that is not of the class of its kind"};
