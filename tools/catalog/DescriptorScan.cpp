@@ -31,7 +31,7 @@ bool StartsWith(std::string_view text, std::string_view start) {
   return text.substr(0, start.size()) == start;
 }
 
-/// Replaces the full stops of a descriptor's path by spaces.
+/// Replaces the full stops of a descriptor's path with spaces.
 std::string JoinWords(std::string_view written) {
   std::string path;
   for (const std::string& word : AutoCli::XmlPlugin::SplitPath(std::string(written))) {

@@ -35,7 +35,8 @@ struct Plugin {
 /// their commands are then attributed to the plug-in that was loaded first.
 /// - A command from a descriptor has a class of the library. Its plug-in is the descriptor that
 /// declares its path. All descriptors are read again for this, but only once: when the plug-in of
-/// such a command is first requested. A descriptor that can no longer be read declares nothing.
+/// such a command, or the descriptors of a namespace, are first requested. A descriptor that can no
+/// longer be read declares nothing.
 ///
 /// Returned references and pointers are valid during the lifetime of the object.
 class PluginOrigins {

@@ -18,10 +18,11 @@ using Deadline = std::chrono::steady_clock::time_point;
 /// "network.interface.list Name".
 ///
 /// Runs the command in a child process, whose current folder is the root folder and whose PATH
-/// contains only absolute folders. At the deadline, the child is killed with its process group, and
-/// no values are returned. A process that has left the group, such as a daemon that the command has
-/// started, is not killed. Also returns none if the command fails or needs a parameter, or if its
-/// meta-data says that it changes something.
+/// contains only absolute folders. When the command has ended, or at the deadline, the process
+/// group of the child is killed. A process that has left the group, such as a daemon that the
+/// command has started, is not killed. Returns no values if the output is incomplete at the
+/// deadline, if the command fails or needs a parameter, or if its meta-data says that it changes
+/// something.
 std::vector<std::string> ReadDataValues(const AutoCli::Dispatcher& dispatcher,
                                         const std::string& source, Deadline deadline);
 

@@ -23,9 +23,9 @@ struct ValueContext {
   Deadline deadline;
 };
 
-/// Adds the values of a parameter of the command: those of its constraint, the words for booleans,
-/// or those from the source in the command's meta-data `complete:PARAMETER`. Adds none for a
-/// secret.
+/// Adds the values of a parameter of the command: the words for booleans, those that its constraint
+/// enumerates, and those from the source in the command's meta-data `complete:PARAMETER`. Adds none
+/// for a secret.
 void AddParameterValues(const ValueContext& context, const CallSpec::ParameterSpec& parameter,
                         Completion& completion);
 

@@ -144,7 +144,7 @@ class Doctor {
   }
 
   const milliseconds patience_;
-  std::map<std::string, std::string> owners_;  // the plug-in that has each path of a command
+  std::map<std::string, std::string> owners_;  // by the path of a command: its plug-in
   std::vector<std::string> before_;
   std::set<std::string> seen_;
 };

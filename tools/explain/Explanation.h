@@ -35,13 +35,14 @@ struct ShellTexts {
 /// What the tool would do with a command line. Values of secret parameters are "***" everywhere.
 struct Explanation {
   std::string path;
-  std::string plugin;               ///< the file of the command, or "unknown"; empty without one
+  std::string plugin;               ///< the command's file or "unknown"; empty without a command
   std::vector<std::string> errors;  ///< the messages of the tool; empty for a valid line
   bool isHelp = false;              ///< the tool prints the help page instead
   std::vector<ExplainedParameter> parameters;
   ExplainedFormat formatter;  ///< the name is empty if nothing is printed
   std::vector<ExplainedFormat> formatParameters;
-  /// Nothing for a native command, for help and for a line that is not valid.
+  /// Nothing for a native command, for help and for a line that is not valid, unless its only fault
+  /// is an unknown formatter.
   std::optional<ShellTexts> shell;
 };
 

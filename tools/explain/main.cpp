@@ -39,7 +39,8 @@ constexpr const char* kUsage =
     "All other options are those of vexil. The status is 0 if the arguments are valid, 1 if not,\n"
     "2 if they cannot be explained.\n";
 
-/// Removes the first argument if it is an option of this program. Returns it, or an empty string.
+/// Removes the first argument if it is an option that vexil does not have. Returns the option, or
+/// an empty string.
 std::string TakeOwnOption(std::vector<std::string>& arguments) {
   std::string option;
   if (!arguments.empty() && (arguments[0] == "--shell-text" || arguments[0] == "--shell-input")) {

@@ -125,7 +125,7 @@ milliseconds FairClock::Now() {
   const milliseconds used = std::clamp(processorTime - processorTime_, milliseconds(0), passed);
   const bool isReady = std::any_of(processes.begin(), processes.end(), IsReadyToRun);
   // If this process itself had to wait for a processor, it has not observed most of the time that
-  // has passed. So at most two steps of that time are counted.
+  // has passed. So at most two steps are counted, or the processor time if that is longer.
   counted_ += isReady ? used : std::max(used, std::min(passed, 2 * kStep));
   processorTime_ = processorTime;
   looked_ = now;

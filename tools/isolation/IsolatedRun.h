@@ -31,14 +31,15 @@ class IsolatedRun {
   ~IsolatedRun();
 
   /// Returns the next line of the child, or nothing after the last one. Also returns nothing if no
-  /// line is complete within `patience`; see `IsLate` and `GetTime`.
+  /// line is complete within `patience` (see `GetTime`) or a signal interrupts the run; `IsLate` is
+  /// then true.
   std::optional<std::string> ReadLine(std::chrono::milliseconds patience);
 
   /// Returns the time since the start, without that in which the child could not run because the
   /// machine was busy; see `FairClock`.
   std::chrono::milliseconds GetTime() { return clock_.Now(); }
 
-  /// Whether the child did not end in time, and so was killed or will be killed.
+  /// Whether the child did not end in time or was interrupted, and so was killed or will be killed.
   bool IsLate() const { return isLate_; }
 
   /// Kills the child if it is late or does not end within a second, then kills all processes that

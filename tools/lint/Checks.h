@@ -28,7 +28,7 @@ struct CommandParts {
   /// The parameters that the loader accepts, or would accept after the reported faults are
   /// repaired.
   std::shared_ptr<CallSpec::InputSpec> input;
-  /// Null when the loader refuses it.
+  /// Null if it is missing, or if the loader refuses it.
   std::shared_ptr<CallSpec::OutputSpec> output;
   /// The elements of these parameters, by their names.
   std::map<std::string, const Element*> parameters;

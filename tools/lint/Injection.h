@@ -42,7 +42,7 @@ class Injection {
   /// Returns what values of the parameter `name` can do.
   Verdict Judge(const std::string& name) const;
 
-  /// Returns what one value of the parameter does while all other parameters have harmless values.
+  /// Returns what one value of the parameter can do while all others are harmless or not given.
   Verdict JudgeValue(const std::string& name, const std::string& value) const;
 
   /// Returns the command line for these values; nothing if the library refuses them.
@@ -52,7 +52,7 @@ class Injection {
  private:
   using Values = std::map<std::string, std::vector<std::string>>;
 
-  /// Returns the calls to try, both without `name`: one with all other parameters and, if these are
+  /// Returns the calls to try, which lack `name`: one with all other parameters and, if these are
   /// not all required, one with the required ones only.
   std::vector<Values> MakeCalls(const std::string& name) const;
   const CallSpec::ParameterSpec* Find(const std::string& name) const;

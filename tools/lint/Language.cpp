@@ -145,8 +145,8 @@ class Language::Builder {
     return node.most ? Join(whole, BuildOptional(child, *node.most - node.least)) : whole;
   }
 
-  // Builds up to `count` repetitions from the inside out, as x(x(x)?)?, because x?x?x? would match
-  // a single x in three ways.
+  // Builds up to `count` repetitions from the inside out, as (x(x(x)?)?)?, because x?x?x? would
+  // match a single x in three ways.
   Fragment BuildOptional(const ExpressionNode& node, std::size_t count) {
     Fragment whole;
     for (std::size_t i = 0; i < count; ++i) {

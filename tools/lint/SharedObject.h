@@ -22,7 +22,7 @@ struct ObjectReport {
   std::vector<ObjectFault> faults;
   /// What the shared object adds to the tree; empty when it cannot be loaded.
   Catalog::Tree tree;
-  /// Those of all plug-ins, including the tool's own.
+  /// The formatters of all plug-ins, including the tool's own.
   std::vector<std::string> formatters;
 };
 

@@ -17,11 +17,11 @@ enum class Shell { Dash, Bash };
 struct ShellWord {
   /// Without quotes and backslashes. A byte 1 stands for what an expansion adds.
   std::string text;
-  /// Whether the shell replaces the word by the names of files.
+  /// Whether the shell replaces the word with the names of files.
   bool isPattern = false;
   /// Whether such a name may begin with "-".
   bool mayBeOption = false;
-  /// Whether the shell replaces the beginning of the word by a home folder.
+  /// Whether the shell replaces the beginning of the word with a home folder.
   bool isHome = false;
 };
 

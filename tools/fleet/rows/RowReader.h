@@ -19,7 +19,8 @@ namespace Kestrel::Fleet {
 ///                    COUNT rows, each an object with a member for each field but the first
 ///
 /// FIELD is an array: the name, the kind as `vexil command describe` names it, and for structures
-/// the type name and an array of fields. The first field of the shape is a string; it becomes HOST.
+/// the type name and an array of fields. The first field of the shape is a string, with the value
+/// HOST.
 ///
 /// The constructor and the operations throw KestrelException if a line has another form.
 class RowReader {

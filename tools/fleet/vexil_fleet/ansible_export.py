@@ -102,7 +102,8 @@ def option_of(parameter: Dict[str, Any]) -> Dict[str, Any]:
 def specification(values: Dict[str, Any]) -> Dict[str, Any]:
     options: Dict[str, Any] = {"tool": {"type": "str", "default": "vexil"}}
     for parameter in values["Parameters"]:
-        # Stated for every option, because Ansible takes one with a name such as `key` for a secret.
+        # Every option has `no_log`, because Ansible would otherwise take one with a name such as
+        # `key` for a secret.
         options[option_name(parameter["Name"])] = {**option_of(parameter),
                                                    "no_log": bool(parameter["Secret"])}
     return options

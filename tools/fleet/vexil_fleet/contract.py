@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
-"""Checks whether all hosts have the same command: the same parameters, result and meta-data."""
+"""Checks whether all hosts describe the command in the same way."""
 
 from collections import Counter
 from typing import Dict, List, Sequence

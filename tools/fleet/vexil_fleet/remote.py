@@ -11,10 +11,10 @@ the script ends the command.
 The lines that the script itself prints begin with a mark that is random in each run:
 
     MARK begin              anything before it, such as a greeting of the login shell, is ignored
-    the description         only if it was requested
+    the description
     MARK described STATUS
     MARK held               the command changes something or has secrets, and does not run yet
-    the result
+    the result              only if the command runs
     MARK ended STATUS
 
 The script prints a line feed before each mark, so a mark begins a line even if the output before it

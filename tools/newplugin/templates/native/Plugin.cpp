@@ -1,5 +1,5 @@
-// The plug-in @NAME@: a command that lists items. Replace the items by your data, and the
-// parameters by those that your data needs.
+// The plug-in @NAME@: a command that lists items. Replace the items with your data, and the
+// parameters with those that your data needs.
 
 #include <kestrel/autocli/PluginEntryPoint.h>
 #include <kestrel/kestrel.h>

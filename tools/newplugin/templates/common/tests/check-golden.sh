@@ -1,5 +1,5 @@
 #!/bin/sh
-# check-golden.sh VEXIL PLUGIN FORMAT FOLDER: compares what the commands print in a format with the
+# check-golden.sh VEXIL PLUGIN FORMAT FOLDER: compares what the command prints in a format with the
 # file FOLDER/FORMAT. With the variable REWRITE set, it writes the file instead.
 set -eu
 
