@@ -42,7 +42,7 @@ class CheckExamplesTest(unittest.TestCase):
         self.assert_corrects("```console\n$ vexil a\na\na\n```\n",
                              "```console\n$ vexil a\na\n```\n")
 
-    def test_starts_the_tool_with_its_plugins_as_run(self):
+    def test_run_starts_the_tool_with_its_plugins(self):
         self.assert_accepts("```console\n$ ./run a\n--plugin-dir /plugins a\n```\n")
 
     def test_expects_the_status_unless_it_is_0(self):

@@ -27,7 +27,7 @@ class CheckLayersTest(unittest.TestCase):
     def problems_of(self, files):
         return self.found(check_layers.problems, files)
 
-    def test_accepts_includes_of_the_own_folder_and_of_earlier_ones(self):
+    def test_accepts_includes_of_a_files_own_folder_and_of_earlier_ones(self):
         self.assertEqual([], self.problems_of({
             "include/kestrel/Export.h": "",
             "include/kestrel/metaobj/MetaInt.h": '#include <string>\n#include "kestrel/Export.h"\n',

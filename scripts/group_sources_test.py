@@ -27,7 +27,7 @@ class GroupSourcesTest(unittest.TestCase):
             with self.subTest(text):
                 self.assertTrue(self.separates(text, text))
 
-    def test_a_name_is_separated_from_its_other_meaning(self):
+    def test_sources_in_which_a_name_has_different_meanings_are_separated(self):
         taken = "using testing::StartsWith;\n"
         for text in ("using StartsWith = int;", "  return StartsWith(text, start);"):
             with self.subTest(text):

@@ -28,7 +28,7 @@ class MutationsTest(unittest.TestCase):
     def test_a_condition_that_declares_a_variable_is_not_mutated(self):
         self.assertEqual([], self.kinds("  if (Node* const node = Find()) {"))
 
-    def test_a_boundary_has_two_mutants(self):
+    def test_a_less_than_comparison_has_two_mutants(self):
         source = self.source("  return a < b;")
         self.assertEqual([7, 8], [mutant.number for mutant in source.mutants()])
         self.assertEqual(9, source.next)
