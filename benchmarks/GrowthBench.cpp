@@ -36,7 +36,7 @@ using MetaObj::MetaObject;
 using MetaObj::MetaStruct;
 using MetaObj::MetaType;
 
-// Reports the work of one round to growth.py: a number of fields, elements or bytes.
+// Reports the work of one round to growth.py: a number of fields, elements, levels or bytes.
 void SetWork(benchmark::State& state, std::size_t work) {
   state.counters["work"] = static_cast<double>(work);
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(work));

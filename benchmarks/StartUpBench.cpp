@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The processor time of whole processes: the tool, compared with programs that do less.
+// The processor time of whole processes: the tool, compared with other programs.
 
 #include <benchmark/benchmark.h>
 #include <fcntl.h>

@@ -68,8 +68,8 @@ BENCHMARK(BM_DescriptorsTake<RegisteredPlugins>)->RangeMultiplier(10)->Range(1, 
 BENCHMARK(BM_DescriptorsTake<Trees>)->RangeMultiplier(10)->Range(1, 1000);
 
 #ifdef KESTREL_HAS_CLI11
-/// Declares with CLI11 the commands of a hundred such descriptors, with the same parameters and
-/// constraints.
+/// Declares with CLI11 the commands of a hundred such descriptors, with the same parameters and,
+/// but for the regular expression, the same constraints.
 void BM_Cli11MakeDescriptorCommands(benchmark::State& state) {
   constexpr int kCommands = 1000;
   for (auto _ : state) {

@@ -5,8 +5,8 @@
 
     formats.py KESTREL_BENCHMARKS [--rows N] [--seconds S]
 
-Prints, for each formatter, the bytes for a structure, the megabytes of output per second of
-processor time, and the nanoseconds for a structure. Beside them are the last two figures for the
+Prints, for each formatter in FORMATS, the bytes for a structure, the megabytes of output per second
+of processor time, and the nanoseconds for a structure. Beside them are the last two figures for the
 fastest installed writer of that format: rapidjson, nlohmann-json, libyaml, pugixml or stream
 operators (for pretty), which are in the program, or Python's csv.writer. All of them write into a
 string. The workload is that of README.md, N structures (default 1000). All run in turn, five times,

@@ -79,7 +79,7 @@ def make_links(_folder, count):
 
 
 def cover(path, text):
-    """Replaces the content of the file `path` by `text` in this mount namespace."""
+    """Replaces the content of the file `path` with `text` in this mount namespace."""
     with tempfile.NamedTemporaryFile("w", delete=False, encoding="utf-8") as file:
         file.write(text)
     os.chmod(file.name, 0o644)

@@ -220,7 +220,7 @@ void ReplaceAll(std::string& text, std::string_view from, std::string_view to) {
 }
 
 // Returns the output of the formatter as a value document, in which the kinds have other names. No
-// string in the value matches the replaced words: "<" and the double quote are escaped in strings.
+// string in the value matches the replaced words: ">" and the double quote are escaped in strings.
 std::string ValueDocument(std::string text) {
   ReplaceAll(text, "boolean>", "bool>");
   ReplaceAll(text, "integer>", "int>");

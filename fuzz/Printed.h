@@ -24,7 +24,7 @@ std::string Print(AutoCli::Formatter& formatter, const Value& value,
 void RequireJsonReadsBack(const Value& value);
 
 /// Prints a value as xml and requires that the library reads the same value back.
-/// Skips a value with a string that XML cannot represent.
+/// Skips a value that a value document cannot contain unchanged, such as a list of lists.
 void RequireXmlReadsBack(const Value& value);
 
 }  // namespace Kestrel::Fuzz

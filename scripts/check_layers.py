@@ -129,7 +129,8 @@ READS_PRIVATE = [
     ("vexil/main.cpp", "autocli/text/TerminalText.h"),
 ]
 
-# Includes that only these folders of the library may use, by the start of the header's name.
+# Includes that only these folders may use, by the start of the header's name. Only the files of the
+# library are checked.
 RESERVED = {
     "kestrel/platform/TessaLibs.h": ["metaobj", "autocli/dispatch"],
     "kestrel/platform/Zoluser.h": ["autocli/process"],

@@ -2,8 +2,8 @@
 # SPDX-FileCopyrightText: 2026 The Kestrel authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# Checks ./run, ./test, .ci/run and all files named *.sh or *.bash with shellcheck, and the syntax
-# of the Perl programs of the plug-ins.
+# Checks ./run, ./test, ./bench, .ci/run, the scripts in debian and all files named *.sh or *.bash
+# with shellcheck, and the syntax of the Perl programs of the plug-ins.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."

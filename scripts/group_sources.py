@@ -5,10 +5,10 @@
 
     group_sources.py SOURCE...
 
-Prints a line for each source: the number of its group, a space, and the source. What a source
-defines at the beginning of a line, as functions, types and constants in unnamed namespaces are, or
-takes from another namespace is not mentioned by the other sources of its group, unless they take it
-too. The order of the sources determines the groups.
+Prints a line for each source: the number of its group, a space, and the source. No source mentions
+a name that another source of its group defines at the beginning of a line (as functions, types and
+constants in unnamed namespaces are) or takes from another namespace, unless it takes the name too.
+The order of the sources determines the groups.
 """
 
 import os

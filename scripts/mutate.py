@@ -431,8 +431,8 @@ class Worker:
         return outcome if is_reached else "unreached"
 
     def _clean_up(self):
-        """Ends what the tests of a mutant have left, and replaces servers that the mutant ended:
-        no later mutant may be killed by them."""
+        """Ends the processes that the tests of a mutant have left, and replaces servers that the
+        mutant ended, so that no later mutant counts as killed because of them."""
         kill_others({os.getpid(), *(server.process() for server in self.servers.values())})
         for program, server in self.servers.items():
             if not server.is_ready:

@@ -32,8 +32,8 @@ mount --bind --options ro "$PWD" "$work/root/mnt/source"
 
 inside() { chroot "$work/root" env LC_ALL=C.UTF-8 PATH=/usr/sbin:/usr/bin:/sbin:/bin "$@"; }
 
-# What the packages add to the root: paths of the overlay that this machine does not have, without
-# the database of dpkg, caches and logs.
+# What the packages add to the root or remove from it: paths that the overlay has and this machine
+# does not, or the reverse, without the database of dpkg, caches and logs.
 list_files() {
   (cd "$work/upper" && find . -mindepth 1 ! -path './var/lib/dpkg*' ! -path './var/cache*' \
     ! -path './var/log*' ! -path './mnt*' | sort | while IFS= read -r path; do

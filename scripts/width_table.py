@@ -13,7 +13,7 @@ import unicodedata
 # The values of WidthClass.
 ZERO, NARROW, WIDE, HIDDEN = range(4)
 
-# Characters that are neutral in the database, but take two columns on terminals.
+# Characters that are not wide in the database, but take two columns on terminals.
 ALSO_WIDE = [(0x3248, 0x324F), (0x4DC0, 0x4DFF)]
 # Vowels and final consonants of Korean syllables, which are drawn into the consonant before them.
 ALSO_ZERO = [(0x1160, 0x11FF), (0xD7B0, 0xD7FF)]
