@@ -27,7 +27,7 @@ class Session {
   bool HandleArguments(int argc, const char* const* argv);
 
   /// The tokens of the last line that was handled, or that an exception has ended. They include the
-  /// option that the session has added only if the result was printed as pretty because of it.
+  /// option that the session has added only if it decides how the command prints its result.
   const Words& GetWords() const { return words_; }
 
   /// The command of the current line; null if the line names none, or if no line is being handled.

@@ -19,7 +19,7 @@ const Element* FindByPath(const std::vector<Element>& elements, const std::strin
   return found != elements.end() && found->path == path ? &*found : nullptr;
 }
 
-// Lists the members of each structure in a single place, for all comparisons.
+// Lists the members of each struct in a single place, for all comparisons.
 auto Members(const ValueKind& kind) { return std::tie(kind.type, kind.isList); }
 auto Members(const Field& field) {
   return std::tie(field.path, field.kind, field.typeName, field.documentation);

@@ -90,7 +90,7 @@ struct Parameter {
   /// One character, or empty.
   std::string shortName;
   CallSpec::ParameterType kind = CallSpec::String;
-  /// The description in help pages, with the constraint's text instead of the markers.
+  /// The description in help pages, with the constraint in place of %ENUM%, %REGEX% and %FULLENUM%.
   std::string description;
   bool required = false;
   /// Whether the value must not be visible while it is typed.

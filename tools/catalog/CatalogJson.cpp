@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// For each structure, a `Form` lists the members once; a writer and a reader process that list. The
-// reader sets the members in the order of the list, so a later member may depend on an earlier one.
+// For each struct of Catalog.h, a `Form` lists the members once; a writer and a reader process that
+// list. The reader sets the members in the order of the list, so a later member may depend on an
+// earlier one.
 
 #include "tools/catalog/CatalogJson.h"
 

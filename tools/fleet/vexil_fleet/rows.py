@@ -43,7 +43,7 @@ class Rows:
     count: int
     _body: StoredLines = field(repr=False)
     identity: bytes  # is the same for equal rows in the same order, whatever their text is
-    is_plain: bool = True  # the names of the fields are in order, so equal rows are equal lines
+    is_plain: bool = True  # fields are in order and not nested, so equal rows are equal lines
 
     def chunks(self) -> Iterator[Chunk]:
         return self._body.chunks()
