@@ -32,7 +32,7 @@ tar -C "$folder" --exclude "${source##*/}/debian" --sort name --mtime "@$epoch" 
 
 cd "$source"
 sed -i "1s/(.*)/($version)/" debian/changelog
-# The options are words.
+# The options are separate words.
 # shellcheck disable=SC2086
 quietly "$folder/log" env -u CXX -u CC dpkg-buildpackage ${KESTREL_PACKAGE_OPTIONS---no-sign} \
   --jobs="$(nproc)"

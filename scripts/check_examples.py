@@ -7,9 +7,9 @@
                       [--link NAME=PATH]... [--catalog FILE] [--prefix DIR | --no-builds] PAGE...
 
 An example is a fenced block marked `console`. A line that begins with "$ " is a command, a line
-that begins with "> " continues it, and the lines after it are its output on both streams. Spaces at
-line ends are ignored. A line "..." matches any number of lines. If the command fails, the last line
-is "[exit status N]".
+that begins with "> " continues it, and the lines after these are its output on both streams. Spaces
+at line ends are ignored. A line "..." matches any number of lines. If the command fails, the last
+line is "[exit status N]".
 
 In a block, `vexil` starts TOOL without plug-ins, `./run` starts it with the plug-ins in DIR, and
 the name of a FILE starts that program. The commands of a page run in order, in one folder that is

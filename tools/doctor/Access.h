@@ -23,7 +23,7 @@ struct FileAccess {
 };
 
 /// Returns the access to the file that a path leads to and to the folders above it. All members are
-/// empty for a file that does not exist.
+/// empty for a file that cannot be reached.
 FileAccess ReadAccess(const std::string& file);
 
 }  // namespace Kestrel::Doctor

@@ -35,8 +35,8 @@ class FairClock {
   milliseconds processorTime_{0};
 };
 
-/// A point in time on a FairClock. It is also reached when a multiple of the time has passed on an
-/// ordinary clock, so that the wait ends on a machine that is busy forever.
+/// A point in time on a FairClock. It is also reached when a multiple of `patience` has passed on
+/// an ordinary clock, so that the wait ends on a machine that is busy forever.
 class FairDeadline {
  public:
   FairDeadline(FairClock& clock, std::chrono::milliseconds patience);

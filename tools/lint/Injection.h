@@ -18,7 +18,7 @@ namespace Kestrel::Lint {
 /// What a value can do to the command line that it is inserted into.
 struct Verdict {
   /// Each of the optional members contains a value that has the effect in its name, or nothing if
-  /// no value has that effect.
+  /// none was found.
   std::optional<std::string> runsCommand;
   std::optional<std::string> addsWord;
   std::optional<std::string> addsOption;

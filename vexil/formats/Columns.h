@@ -57,7 +57,7 @@ class Columns {
     std::size_t position;
   };
   struct Column {
-    const FieldReader::Fields* structure;  // the one in the row that contains the field
+    const FieldReader::Fields* structure;  // of the structure that contains the field
     Field field;
   };
   /// The index of the structure and the name of a field.
@@ -103,7 +103,7 @@ class Columns {
   std::vector<Column> columns_;
   std::map<Key, std::size_t> columnIndex_;
   std::vector<FieldReader> readers_;             // by index of the structure, made by the first row
-  std::vector<FieldReader::Fields> structures_;  // those in the row
+  std::vector<FieldReader::Fields> structures_;  // those in the present row
 };
 
 }  // namespace Kestrel::Formats

@@ -33,7 +33,7 @@ struct TextWidth {
   }
 };
 
-/// A line as it is written to a terminal. It may contain escape sequences of ours.
+/// A line as it is written to a terminal. It may contain our own escape sequences.
 struct DisplayLine {
   std::string text;
   TextWidth width;

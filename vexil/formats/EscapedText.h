@@ -189,7 +189,7 @@ std::size_t MeasureCopied(std::string_view text) {
 }
 
 /// Returns the number of bytes at the beginning of `text` that `Rules` copies.
-/// Throws ValueFault if the text up to there is not valid UTF-8.
+/// Throws ValueFault if invalid UTF-8 precedes the first character that is not copied.
 template <typename Rules>
 std::size_t CountCopied(std::string_view text) {
   std::size_t count = CountOrdinary<Rules>(text);

@@ -71,7 +71,7 @@ class PrettyResult {
     }
   }
 
-  /// Prints each row as a tree, with an empty line between them.
+  /// Prints each row as a tree, with an empty line between two trees.
   void PrintTrees() {
     const Selection::Rows& rows = selection_.GetRows();
     for (const Value& row : rows) {

@@ -39,7 +39,7 @@ class Progress:
         self._is_shown = True
 
     def finish_batch(self, visits: Visits) -> None:
-        """Adds these visits to the totals; the next visits are of other hosts."""
+        """Adds these visits to the totals; the next visits are to other hosts."""
         succeeded = sum(1 for visit in visits.values() if visit.has_succeeded)
         self._done += succeeded
         self._failed += len(visits) - succeeded
