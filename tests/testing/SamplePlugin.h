@@ -21,7 +21,8 @@
 
 namespace Kestrel::Testing {
 
-/// A command "sample show" that declares a structure "Sample" with the field "Text" as its result.
+/// A command "sample show". It declares a structure "Sample" with the field "Text" as its result,
+/// unless another one is set.
 class SampleCommand : public AutoCli::Command {
  public:
   using Work = std::function<void(const std::string& text, CallSpec::Output& output)>;
@@ -41,9 +42,11 @@ class SampleCommand : public AutoCli::Command {
 
   std::shared_ptr<CallSpec::OutputSpec> GetOutputSpecInternal() override {
     const auto spec = CallSpec::OutputSpec::New();
-    spec->SetRootObject(MakeResult("Sample", ""));
+    spec->SetRootObject(result_);
     return spec;
   }
+
+  void SetResult(const std::shared_ptr<MetaObj::MetaStruct>& result) { result_ = result; }
 
   void ExecuteInternal(const std::shared_ptr<CallSpec::Input>& input,
                        const std::shared_ptr<CallSpec::Output>& output) override {
@@ -59,6 +62,7 @@ class SampleCommand : public AutoCli::Command {
 
  private:
   Work work_;
+  std::shared_ptr<MetaObj::MetaStruct> result_ = MakeResult("Sample", "");
 };
 
 /// A plug-in object with one command at "sample show".

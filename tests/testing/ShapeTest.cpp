@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "kestrel/testing/GoogleTest.h"
 #include "testing/SamplePlugin.h"
@@ -15,16 +16,48 @@ namespace Kestrel::Testing {
 namespace {
 
 using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
 
 const Words kLine = {"sample", "show", "--text=x"};
 
 TEST(ShapeTest, AcceptsTheDeclaredResultAndAHelpPage) {
   const TestTool tool(MakePlugin(ReturnText, [](SampleCommand& command) {
     command.SetDefaultOutputParameter("fields:Sample", "Text");
-    command.SetDefaultOutputParameter("fields", "Text, Text");
+    command.SetDefaultOutputParameter("fields", "Text,Text");
   }));
   EXPECT_TRUE(Passes(CheckShape(tool.Run(kLine))));
   EXPECT_TRUE(Passes(CheckShape(tool.Run({"sample", "show", "--help"}))));
+}
+
+// Returns the problems with a list of fields, for a result with the field "Text" and the structure
+// "Inner", which has a field "Text" too.
+std::vector<std::string> ProblemsWithFields(const char* formatter, const char* fields) {
+  const auto makeResult = [] {
+    const auto result = SampleCommand::MakeResult("Sample", "");
+    result->SetField("Inner", SampleCommand::MakeResult("Part", ""));
+    return result;
+  };
+  const auto work = [=](const std::string&, CallSpec::Output& output) {
+    output.SetRootObject(makeResult());
+  };
+  const auto plugin = MakePlugin(work, [=](SampleCommand& command) {
+    command.SetDefaultOutputFormatter(formatter);
+    command.SetDefaultOutputParameter("fields:Sample", fields);
+    command.SetResult(makeResult());
+  });
+  return CheckShape(Testing::Run(plugin, kLine)).GetProblems();
+}
+
+TEST(ShapeTest, FindsTheFieldsThatTheFormatterFinds) {
+  EXPECT_THAT(ProblemsWithFields("simple", "Text,Inner"), IsEmpty());
+  EXPECT_THAT(ProblemsWithFields("table", " Text , Inner.Text"), IsEmpty());
+  for (const char* fields : {"Text, Inner", "Inner.Text", "Text,,Inner", "Text, ,Inner"}) {
+    EXPECT_THAT(ProblemsWithFields("simple", fields), SizeIs(1)) << fields;
+  }
+  for (const char* fields : {"Text,,Inner", "Text, ,Inner", "Text.Text", "Inner.Size", "."}) {
+    EXPECT_THAT(ProblemsWithFields("table", fields), SizeIs(1)) << fields;
+  }
 }
 
 TEST(ShapeTest, ReportsMessages) {

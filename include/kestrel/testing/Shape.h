@@ -4,6 +4,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <map>
 #include <memory>
 #include <string>
@@ -33,6 +34,28 @@ inline void AddStructures(const std::shared_ptr<MetaObj::MetaObject>& value, Str
   }
 }
 
+/// Whether a formatter finds a field by the name in a list of fields. The formatter `simple` takes
+/// the name as it is. For the others, spaces around it do not count, and it may be a path of names
+/// through nested structures, separated by ".".
+inline bool FindsField(const std::string& formatter, const MetaObj::MetaStruct& structure,
+                       std::string name) {
+  if (formatter == "simple") {
+    return structure.HasField(name);
+  }
+  constexpr const char* kSpaces = " \t\f\v\n\r";
+  name.erase(name.find_last_not_of(kSpaces) + 1);
+  name.erase(0, name.find_first_not_of(kSpaces));
+  const MetaObj::MetaStruct* current = &structure;
+  for (std::size_t end = name.find('.'); end != std::string::npos; end = name.find('.')) {
+    current = dynamic_cast<const MetaObj::MetaStruct*>(current->FindField(name.substr(0, end)));
+    if (current == nullptr) {
+      return false;
+    }
+    name.erase(0, end + 1);
+  }
+  return current->HasField(name);
+}
+
 /// Checks that the format parameters `fields` and `fields:TYPE` of a command name only fields of
 /// its declared result. For other fields, the formatters print an error message.
 inline Verdict CheckFields(AutoCli::Command& command) {
@@ -48,9 +71,9 @@ inline Verdict CheckFields(AutoCli::Command& command) {
       const bool isKnown =
           std::any_of(structures.begin(), structures.end(), [&, k = key](const auto& entry) {
             return (k == "fields" || k == "fields:" + entry.first) &&
-                   entry.second->HasField(field.substr(field.find_first_not_of(' ')));
+                   FindsField(format.GetFormatter(), *entry.second, field);
           });
-      if (!isKnown && !field.empty()) {
+      if (!isKnown) {
         verdict.Add("the format parameter " + key + " names the field '" + field +
                     "', which the declared result does not have");
       }
