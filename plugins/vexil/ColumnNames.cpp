@@ -5,6 +5,7 @@
 
 #include <kestrel/autocli/FormatParameters.h>
 
+#include <algorithm>
 #include <cstddef>
 
 namespace Kestrel::Vexil {
@@ -32,14 +33,13 @@ std::string Trimmed(const std::string& name) {
              : name.substr(begin, name.find_last_not_of(kSpaces) - begin + 1);
 }
 
-/// Splits a list at the same commas as the formatters. Like `table`, removes white space around
-/// names.
-std::vector<std::string> SplitNames(const std::string& list) {
+/// Splits a list in the same way as the formatter: `simple` keeps white space around names.
+std::vector<std::string> SplitNames(const std::string& list, const std::string& formatter) {
   AutoCli::FormatParameters parameters;
   parameters.SetParameter("fields", list);
   std::vector<std::string> names = parameters.GetParameterAsList("fields");
-  for (std::string& name : names) {
-    name = Trimmed(name);
+  if (formatter != "simple") {
+    std::transform(names.begin(), names.end(), names.begin(), Trimmed);
   }
   return names;
 }
@@ -72,7 +72,7 @@ std::vector<std::string> ColumnNames(const Command& command) {
   for (const std::string& key : KeysOf(command)) {
     const auto found = command.formatParameters.find(key);
     if (found != command.formatParameters.end()) {
-      return SplitNames(found->second);
+      return SplitNames(found->second, command.formatter);
     }
   }
   return OwnFields(command.result.fields);

@@ -212,6 +212,15 @@ TEST(CommandDescribeTest, ColumnsAreThoseOfTheFormatter) {
   EXPECT_EQ(json({"File", "Kind", "Commands", "Path"}), plugins["Columns"]);
 }
 
+TEST(CommandDescribeTest, OnlySimpleKeepsSpacesAroundTheNamesOfFields) {
+  const ScopedTempDir folder;
+  std::string descriptor = kDescriptor;
+  const std::string formatter = "<formatter>table</formatter>";
+  descriptor.replace(descriptor.find(formatter), formatter.size(), "<formatter>simple</formatter>");
+  const json description = DescribeAsJson("sample list", {folder.Write("sample.xml", descriptor)});
+  EXPECT_EQ(json({" Size.Bytes ", "Name"}), description["Columns"]);
+}
+
 TEST(CommandDescribeTest, TheMessageRepeatsAnUnknownPath) {
   ExpectRefusal("storag mount list",
                 "No command has the path 'storag mount list': 'storag' is unknown. To list the "
