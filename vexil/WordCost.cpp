@@ -76,8 +76,10 @@ std::optional<int> WordCost(std::string_view typed, std::string_view name) {
     return kPluralCost;
   }
   const std::optional<int> edits = GetEditCost(typedLower, nameLower);
-  const bool isAbbreviation = IsAbbreviationOf(typedLower, nameLower);
-  return edits || !isAbbreviation ? edits : kAbbreviationCost;
+  if (!IsAbbreviationOf(typedLower, nameLower)) {
+    return edits;
+  }
+  return edits ? std::min(*edits, kAbbreviationCost) : kAbbreviationCost;
 }
 
 std::vector<std::string> NearestNames(std::string_view typed, const std::vector<std::string>& names,

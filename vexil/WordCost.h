@@ -16,8 +16,7 @@ inline constexpr int kEditCost = 4;
 
 /// Returns how much a typed word differs from a name; nothing if they are not similar. The cost
 /// increases in this order: the same word, a different case, singular instead of plural or the
-/// reverse, one edit, a prefix of the name that needs more edits than are allowed, several edits. A
-/// short word allows fewer edits.
+/// reverse, one edit, a prefix of the name, several edits. A short word allows fewer edits.
 std::optional<int> WordCost(std::string_view typed, std::string_view name);
 
 /// Returns the names that are most similar to `typed`, all at the same cost, but at most `limit`.

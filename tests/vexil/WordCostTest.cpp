@@ -24,6 +24,8 @@ TEST(WordCostTest, GrowsFromTheSameWordToAnAbbreviation) {
   EXPECT_LT(WordCost("Mount", "mount"), WordCost("mounts", "mount"));
   EXPECT_LT(WordCost("mounts", "mount"), WordCost("mout", "mount"));
   EXPECT_LT(WordCost("mout", "mount"), WordCost("netw", "network"));
+  EXPECT_EQ(WordCost("netwo", "network"), WordCost("netw", "network"));
+  EXPECT_LT(WordCost("netwo", "network"), WordCost("nexwozk", "network"));
 }
 
 TEST(WordCostTest, KnowsSingularAndPlural) {
