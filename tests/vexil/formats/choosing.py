@@ -12,10 +12,6 @@ from values import List, Struct
 SCALARS = (bool, int, bytes)
 
 
-class Mistake(Exception):
-    """A parameter names a field that does not exist, or one by which rows cannot be sorted."""
-
-
 def field_of(structure, name):
     return dict(structure.fields)[name]
 

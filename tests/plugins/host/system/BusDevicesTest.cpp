@@ -274,7 +274,7 @@ TEST_F(BusDevicesTest, ADriverThatIsNotALinkIsAnError) {
 
 struct NumberCase {
   const char* name;
-  const char* text;
+  std::string text;
   long number;  // -1 if it is not understood
 };
 
@@ -292,7 +292,7 @@ const NumberCase kNumbers[] = {
     {"AWord", "maker\n", -1},
     {"Negative", "-1\n", -1},
     {"TwoNumbers", "0x1 0x2\n", -1},
-    {"NulBytes", "0x1\\0\n", -1},
+    {"ANulByte", std::string("0x1\0\n", 5), -1},
 };
 
 class BusNumberTest : public ::testing::TestWithParam<NumberCase> {};

@@ -138,7 +138,7 @@ TEST_P(SystemEnvironmentTest, AnswersCompletelyOrNotAtAllWithFewFiles) {
     }
   }
   EXPECT_GE(errors, 1u) << "nobody can answer without a file";
-  EXPECT_LT(errors, 13u) << "sixteen files are enough";
+  EXPECT_LT(errors, 13u) << "fifteen files are enough";
 }
 
 TEST_P(SystemEnvironmentTest, AFullDeviceIsAnError) {
