@@ -284,7 +284,7 @@ TEST(InputSpecTest, KnowsTheContextsThatWereAdded) {
   EXPECT_FALSE(spec->IsContextSupported("use"));
 }
 
-TEST(InputSpecTest, ASpecWithoutParametersAcceptsOnlyAnEmptyInput) {
+TEST(InputSpecTest, ASpecWithoutParametersAcceptsAnEmptyInputAndRefusesAnUnknownParameter) {
   ExpectValid(InputSpec::New(), {});
   ExpectInvalid(InputSpec::New(), {{"any", ""}}, "Unknown parameter : any");
 }

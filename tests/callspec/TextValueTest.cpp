@@ -170,7 +170,7 @@ TEST(TextValueTest, IntegersAgreeWithStrtollOnRandomStrings) {
   }
 }
 
-TEST(TextValueTest, EveryPrintedIntegerReadsBack) {
+TEST(TextValueTest, PrintedRandomIntegersReadBack) {
   Testing::Random random;
   SCOPED_TRACE(random.HowToRepeat());
   for (int rounds = Testing::Rounds(100000, 10000000); rounds > 0; --rounds) {

@@ -342,7 +342,7 @@ TEST(FieldLayoutTest, IsDestroyedWithItsLastStructure) {
   EXPECT_EQ(CountRoom(), room);
 }
 
-TEST(FieldLayoutTest, BeyondItsBoundsAStructureHasItsOwnIndex) {
+TEST(FieldLayoutTest, AStructureWithTooManyFieldsHasItsOwnIndex) {
   const std::size_t room = CountRoom();
   const auto structure = MetaStruct::New("Rec");
   for (std::size_t field = 0; field < FieldLayout::kMaxFields; ++field) {

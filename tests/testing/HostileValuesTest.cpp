@@ -80,7 +80,7 @@ TEST(HostileValuesTest, ReportsACommandThatDoesNotExist) {
               ElementsAre("the plug-in has no command 'vexil command list'"));
 }
 
-TEST(ReplaceTest, RemovesEverySpellingOfTheParameter) {
+TEST(ReplaceTest, ReplacesEverySpellingOfTheParameter) {
   const auto parameter = CallSpec::ParameterSpec::New("text", CallSpec::String);
   parameter->SetShortName("t");
   EXPECT_THAT(

@@ -54,7 +54,7 @@ TEST(XmlScannerTest, ReadsTheFirstAndTheLastCharacterOfEachRange) {
   }
 }
 
-TEST(XmlScannerTest, LeavesCharactersBetweenTheRangesToTheParser) {
+TEST(XmlScannerTest, LeavesCharactersOutsideTheRangesToTheParser) {
   for (const char32_t code : {0x1Fu, 0xD800u, 0xDFFFu, 0xFFFEu, 0xFFFFu, 0x110000u}) {
     EXPECT_FALSE(IsOrdinary(InElement(Encoded(code)))) << code;
     EXPECT_FALSE(IsOrdinary(InElement("&#" + std::to_string(code) + ";"))) << code;
@@ -79,7 +79,7 @@ TEST(XmlScannerTest, ReadsAPieceOfAtMostFiveMillionBytes) {
   EXPECT_FALSE(IsOrdinary(InElement("<!--" + most + "x-->")));
 }
 
-TEST(XmlScannerTest, ReadsDifferentNamesOfAtMostFourMillionBytes) {
+TEST(XmlScannerTest, ReadsDifferentNamesOfAtMostFourMillionBytesInTotal) {
   std::string document = "<o>";
   for (int i = 0; i < 400; ++i) {
     const std::string number = std::to_string(1000 + i);

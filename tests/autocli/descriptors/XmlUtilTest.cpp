@@ -491,7 +491,7 @@ INSTANTIATE_TEST_SUITE_P(
         ReadingCase{"NulByte", std::string("<o><string>a\0b</string></o>", 28), "null"}),
     NameOf);
 
-TEST(XmlUtilTest, ValuesOfADocumentAreNotLocked) {
+TEST(XmlUtilTest, OnlyTheDeclaredStructureOfAListInADocumentIsLocked) {
   const std::shared_ptr<MetaObject> value = XmlUtil_ParseXmlOutput(
       "<o><list type='structure'><structure typeName='D'><field name='A'><int>1</int></field>"
       "</structure></list></o>");

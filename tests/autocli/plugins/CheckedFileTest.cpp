@@ -88,7 +88,7 @@ TEST_F(CheckedFileTest, OpensARelativePathInTheWorkingFolder) {
   EXPECT_EQ(text, "text");
 }
 
-TEST_F(CheckedFileTest, FindsNoFileInAWorkingFolderThatIsDeleted) {
+TEST_F(CheckedFileTest, ARelativePathLeadsToAFolderIfTheWorkingFolderIsDeleted) {
   const fs::path before = fs::current_path();
   fs::current_path(Inner());
   fs::remove_all(Inner());

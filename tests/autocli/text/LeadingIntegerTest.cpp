@@ -45,7 +45,7 @@ TEST(LeadingIntegerTest, ReadsAllShortStringsAsAStreamDoes) {
   ExpectEqualOnAllTexts(text, "09-+ ax,.\n", 4);
 }
 
-TEST(LeadingIntegerTest, EveryKindOfWhiteSpaceMayLead) {
+TEST(LeadingIntegerTest, TreatsEachLeadingByteAsAStreamDoes) {
   for (int c = 0; c < 256; ++c) {
     const std::string text = std::string(1, static_cast<char>(c)) + "7";
     EXPECT_EQ(Read(text), ReadFromStream(text)) << c;

@@ -228,7 +228,7 @@ TEST_F(CommandSpecTest, ACommandsOwnParameterHelpThrowsOnceAndIsKept) {
   EXPECT_THAT(ParameterNames(*command_->GetInputSpec()), ElementsAre("help"));
 }
 
-TEST_F(CommandSpecTest, TwoCommandsThatShareASpecificationFail) {
+TEST_F(CommandSpecTest, TheSecondOfTwoCommandsThatShareASpecificationThrows) {
   SampleCommand other;
   other.inputSpec = command_->inputSpec;
   command_->GetInputSpec();

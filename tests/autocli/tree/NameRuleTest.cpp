@@ -39,7 +39,7 @@ void ExpectEqualOnAllTexts(const std::string& alphabet, std::size_t length) {
   }
 }
 
-TEST(NameRuleTest, EqualsTheExpressionOnAllShortStringsOfOneCharacterPerKind) {
+TEST(NameRuleTest, EqualsTheExpressionOnAllShortStringsOfSampleCharacters) {
   for (std::size_t length = 0; length <= 8; ++length) {
     ExpectEqualOnAllTexts("a1B-Z", length);
   }

@@ -172,7 +172,7 @@ long PeakMemory() {
   return usage.ru_maxrss;
 }
 
-TEST_P(FormatterStreamTest, NeedsNoMemoryForMoreRows) {
+TEST_P(FormatterStreamTest, NeedsLittleMemoryForManyRows) {
   if (Testing::kIsSanitized) {
     GTEST_SKIP() << "the sanitizer keeps freed memory";
   }
