@@ -516,6 +516,8 @@ TEST(ParameterSpecTest, TheFullMarkerIsEmptyWithoutDescribedStrings) {
   EXPECT_EQ(regex->GetDescription(true), "<>");
 }
 
+// The kinds of markers are replaced in the order %REGEX%, %ENUM%, %FULLENUM%. What replaces a
+// marker may contain further markers.
 TEST(ParameterSpecTest, AnInsertedMarkerOfALaterKindIsReplacedIfItIsTheFirst) {
   const auto regex = Spec(String);
   regex->SetConstraint(Regex("%ENUM%"));

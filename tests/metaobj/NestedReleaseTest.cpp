@@ -40,8 +40,8 @@ std::shared_ptr<MetaObject> Nested(std::shared_ptr<MetaObject> value, int levels
   return value;
 }
 
-// Values at a certain depth wait in a list for their release. Under the memory limit, the list
-// cannot grow to `kValues`.
+// Values beyond a certain depth wait in a vector for their release. Under the memory limit, the
+// vector cannot grow to `kValues`.
 TEST(NestedReleaseTest, ReleasesEachValueWhenMemoryRunsOut) {
   if (kIsSanitized) {
     GTEST_SKIP() << "the sanitizer needs much memory";

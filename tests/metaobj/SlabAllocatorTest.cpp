@@ -274,7 +274,8 @@ TEST_F(SlabAllocatorThreadTest, ReusesTheRestOfTheChunkOfAThreadThatHasEnded) {
   EXPECT_LT(chunks.size(), 20u);
 }
 
-// The destructor of a thread-local object runs after the memory of the thread went to the pool.
+// `late` is older than the thread's first block, so its destructor runs after the memory of the
+// thread went to the pool.
 TEST_F(SlabAllocatorThreadTest, ReusesWhatThreadLocalDestructorsFree) {
   struct Late {
     ~Late() {

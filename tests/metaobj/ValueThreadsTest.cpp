@@ -310,7 +310,8 @@ TEST(ValueThreadsTest, ValuesOutliveTheThreadThatBuiltThem) {
   }
 }
 
-// Thread-local objects are destroyed last, after the memory of the thread went to the pool.
+// `holder` is older than the thread's first value, so it is destroyed after the memory of the
+// thread went to the pool.
 TEST(ValueThreadsTest, AThreadLocalObjectMayHoldValues) {
   RunInThreads([](int number) {
     struct Holder {

@@ -19,8 +19,8 @@ namespace {
 
 [[maybe_unused]] void Exit() { std::exit(3); }
 
-// Starts a second process, which leaves the process group. Writes the numbers of both processes to
-// a file for the test.
+// Starts a second process, which leaves the process group. Writes the IDs of both processes to a
+// file for the test.
 void WriteNumbers() {
   std::FILE* const file = std::fopen(std::getenv("KESTREL_TEST_PROCESSES"), "w");
   const pid_t second = fork();
@@ -54,7 +54,7 @@ void WriteNumbers() {
   }
 }
 
-// Writes a line into every open file. KESTREL_TEST_NOISE is the line.
+// Writes the line in KESTREL_TEST_NOISE to each open file descriptor from 3 to 19.
 [[maybe_unused]] void Scribble() {
   const char* const noise = std::getenv("KESTREL_TEST_NOISE");
   const std::string line = std::string(noise == nullptr ? "nonsense" : noise) + "\n";

@@ -3,8 +3,8 @@
 
 // When preloaded into a program, makes the memory allocation with the number FAIL_AT fail. If
 // FAIL_FROM_THEN_ON is set, all later allocations fail too. If FAIL_COUNT_FILE is set, the program
-// writes the number of its allocations to that file when it ends normally. Child processes are not
-// affected.
+// writes the number of its allocations to that file when it ends normally. Programs that it
+// starts are not affected.
 //
 // If FAIL_AFTER_NAME_SERVICE is set, the C library reads /etc/nsswitch.conf before the count
 // starts. The reason is that glibc 2.36 uses a null pointer when memory runs out there, which no

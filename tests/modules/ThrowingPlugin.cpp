@@ -18,7 +18,7 @@ class Own {
   virtual ~Own() = default;
 };
 
-// Each plug-in built from this file uses one of the three.
+// Each plug-in built from this file uses one of these three functions.
 [[maybe_unused]] void KestrelException() {
   throw Kestrel::KestrelException("the plug-in has no fuel");
 }

@@ -11,7 +11,7 @@ namespace Kestrel::Testing {
 /// A descriptor that breaks a rule.
 struct BrokenDescriptor {
   std::string name;   ///< the name of the file, without its suffix
-  std::string fault;  ///< the error message; "@" stands for the path
+  std::string fault;  ///< the end of the error message; "@" stands for the path
 };
 
 /// Returns all files of the folder, grouped by fault.

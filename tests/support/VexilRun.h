@@ -21,12 +21,12 @@ struct VexilResult {
 
 /// A run of the tool that this build made.
 ///
-/// By default the tool is called "vexil", has an empty standard input, runs in the folder of the
-/// test and has the test's environment without OPR_USERNAME.
+/// By default the tool is called "vexil", has an empty standard input, runs in the working
+/// directory of the test and has the test's environment without OPR_USERNAME.
 ///
-/// The tool looks for plug-ins in the folders that were chosen when it was built. If they do not
-/// exist, the standard error of the tool begins with a line for each folder. `Run` requires exactly
-/// these lines at the beginning and removes them from the result.
+/// The tool looks for plug-ins in the folders that were chosen when it was built. For each of these
+/// that does not exist, it first writes a line to standard error. `Run` requires exactly these
+/// lines at the beginning and removes them from the result.
 class VexilRun {
  public:
   explicit VexilRun(std::vector<std::string> arguments = {});

@@ -87,7 +87,7 @@ class SamplePlugin : public AutoCli::Plugin {
   std::vector<std::shared_ptr<AutoCli::Formatter>> formatters_;
 };
 
-/// Returns a plug-in whose command does `work`. `prepare` may change its declaration.
+/// Returns a plug-in whose command does `work`. `prepare` may change the command's declaration.
 inline std::shared_ptr<AutoCli::Plugin> MakePlugin(
     SampleCommand::Work work, const std::function<void(SampleCommand&)>& prepare = nullptr) {
   const auto command = std::make_shared<SampleCommand>(std::move(work));

@@ -512,7 +512,7 @@ TEST(XmlPluginTest, RefusesAnInvalidParameter) {
             "Unable to parse Input Paramter pp. Invalid type int for secret, must be 'string'");
 }
 
-// As in the test for commands, each parameter also has all faults that come later in the order.
+// As in the test for commands, each parameter also has faults that come later in the order.
 TEST(XmlPluginTest, ChecksAParameterInAFixedOrder) {
   EXPECT_EQ(InputFaultOf("<parameter type='x' required='x' secret='x'/>"),
             "Unable to parse Input Parameter.  Missing required attribute: 'name'");

@@ -125,7 +125,8 @@ void Append(xmlAttr& attribute, xmlNode* node) {
 
 const xmlChar* AsXmlChars(const char* text) { return reinterpret_cast<const xmlChar*>(text); }
 
-// The parser never puts these kinds of nodes into an attribute, but a caller can.
+// The parser never puts a comment, a CDATA section or the text of an undeclared entity into an
+// attribute, but a caller can.
 TEST(XmlUtilTest, ExtractAttributeJoinsTheNodesOfACallersAttribute) {
   const Tree tree("<a one='1'/>");
   xmlAttr& attribute = *tree.GetRoot()->properties;

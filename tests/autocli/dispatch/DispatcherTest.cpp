@@ -200,7 +200,8 @@ TEST_F(DispatcherTest, AddPluginPassesOnAFailureToRegisterWithItsContext) {
   EXPECT_THAT(dispatcher_.GetPluginNames(), ElementsAre("Internal"));
 }
 
-// Plug-ins that fail, and whether their code stays loaded.
+// A plug-in that registers the command "early" in the namespace `command` and then fails, and what
+// the command returns.
 
 struct FailingPlugin {
   const char* name;

@@ -1,9 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// These tests are skipped unless their files are trusted. That is: the folder of temporary files
-// and the folders above it belong to root or to the owner of this program, those that other users
-// may write to are sticky, and the user who runs the tests is root or the owner of this program.
+// These tests are skipped unless their files are trusted. This requires that the folder of
+// temporary files and the folders above it belong to root or to the owner of this program, that
+// those to which other users may write are sticky, and that root or the owner of this program runs
+// the tests.
 
 #include "autocli/plugins/CheckedFile.h"
 

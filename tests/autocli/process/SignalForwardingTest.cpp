@@ -59,7 +59,7 @@ void RequireOrExit(bool holds) {
 }
 
 /// Starts a process that waits for a signal, with a process of the same kind below it. Returns the
-/// number of the first once both exist. When both have ended, a read from the read end of `ends`
+/// ID of the first once both exist. When both have ended, a read from the read end of `ends`
 /// returns the end of the file.
 pid_t StartTwo(int (&ends)[2]) {
   RequireOrExit(pipe(ends) == 0);
@@ -151,7 +151,7 @@ TEST_F(SignalForwardingTest, PassesNothingOnAfterStop) {
 TEST_F(SignalForwardingTest, ASignalLeavesTheErrorNumberAlone) {
   const int status = StatusOf([] {
     SignalForwarding forwarding;
-    forwarding.Start(1 << 30);  // no process has such a number, so each call for it fails
+    forwarding.Start(1 << 30);  // no process has such an ID, so each call for it fails
     errno = EDOM;
     raise(SIGTERM);
     RequireOrExit(errno == EDOM);

@@ -100,8 +100,8 @@ std::string Descriptor(const std::string& execute, const std::string& input) {
          execute + "</execute><stdin>" + input + "</stdin></command></commands></x>";
 }
 
-/// Calls the command, with the secret as the answer to its prompt. Returns what went to standard
-/// error.
+/// Calls the command and answers its prompt with the line of `TypeSecret`. Returns what went to
+/// standard error.
 std::string Call(const std::string& execute, const std::string& input) {
   const ScopedTempDir folder;
   const std::string path = folder.Write("sec.xml", Descriptor(execute, input));

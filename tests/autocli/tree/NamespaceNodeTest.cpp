@@ -476,7 +476,8 @@ TEST(NamespaceNodeModelTest, RandomTreesWalkAndResolveLikeAMap) {
     const std::shared_ptr<RootNamespace> root = RootNamespace::New(nullptr);
     Model model{{"", {}}};
     for (int step = 0; step < 200; ++step) {
-      // Follows a random path of at most four words; makes missing nodes or expects an exception.
+      // Resolves a random path of at most four words. Sometimes makes its missing nodes first,
+      // otherwise expects an exception if one is missing.
       const bool make = random.Below(3) != 0;
       std::string path;
       std::shared_ptr<NamespaceNode> node = root;

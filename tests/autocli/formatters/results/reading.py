@@ -62,7 +62,7 @@ def all_lack(pattern, texts):
 
 
 def plain(value, decode):
-    """Returns the value in Python's types; `decode` converts strings, names are UTF-8."""
+    """Returns the value in Python's types. `decode` converts strings; names must be UTF-8."""
     if isinstance(value, bytes):
         return decode(value)
     if isinstance(value, Struct):
