@@ -1091,17 +1091,17 @@ TEST(MetaStructTest, AcceptsLongNamesAndStrings) {
   EXPECT_THAT(structure->GetFieldNames(), ElementsAre("a", name, name + "x"));
 }
 
-// Makes structures nested directly, or through lists of structures.
-std::shared_ptr<MetaStruct> Nested(int depth, bool hasLists) {
+// Makes structures nested in a field of that name, directly or through lists of structures.
+std::shared_ptr<MetaStruct> Nested(int depth, bool hasLists, const std::string& name = "in") {
   auto structure = StructureOf({"leaf"});
   for (int level = 0; level < depth; ++level) {
     auto outer = MetaStruct::New("Rec");
     if (hasLists) {
       const auto list = MetaList::New(MetaType::Struct, structure);
       list->Add(structure);
-      outer->SetField("in", list);
+      outer->SetField(name, list);
     } else {
-      outer->SetField("in", structure);
+      outer->SetField(name, structure);
     }
     structure = std::move(outer);
   }
@@ -1171,6 +1171,14 @@ TEST(MetaStructTest, DestroysDeepNestingOnASmallStack) {
     RunOnASmallStack([&] { structure.reset(); });
     EXPECT_TRUE(watched.expired());
   }
+}
+
+// The name is too long for a layout, so each structure has its own index.
+TEST(MetaStructTest, DestroysDeepNestingUnderALongNameOnASmallStack) {
+  auto structure = Nested(kDeep, false, std::string(300, 'n'));
+  const std::weak_ptr<MetaStruct> watched = structure;
+  RunOnASmallStack([&] { structure.reset(); });
+  EXPECT_TRUE(watched.expired());
 }
 
 TEST(MetaStructTest, ComparesDeepNestingOnASmallStack) {
