@@ -20,14 +20,18 @@
 #include "kestrel/metaobj/MetaInt.h"
 #include "kestrel/metaobj/MetaList.h"
 #include "kestrel/metaobj/MetaString.h"
+#include "support/MemoryLimit.h"
 #include "support/Random.h"
 #include "support/SampleValues.h"
+#include "support/Sanitizer.h"
 
 namespace {
 
 using namespace Kestrel::MetaObj;  // NOLINT: the names under test
 using Kestrel::KestrelException;
+using Kestrel::Testing::kIsSanitized;
 using Kestrel::Testing::LyingValue;
+using Kestrel::Testing::MemoryLimit;
 using Kestrel::Testing::Random;
 using Kestrel::Testing::Rounds;
 using testing::ElementsAre;
@@ -580,6 +584,20 @@ TEST(MetaStructTest, RemovesItsLastFieldAndAcceptsNewOnes) {
   EXPECT_EQ(structure->ToString(), "{}");
   structure->SetField("b", 2);
   EXPECT_EQ(structure->ToString(), "{'b' => '2', }");
+}
+
+TEST(MetaStructTest, UsesTheMemoryOfARemovedFieldAgain) {
+  if (kIsSanitized) {
+    GTEST_SKIP() << "the sanitizer needs much memory";
+  }
+  const auto value = MetaInt::New(100);
+  const auto structure = StructureOf({"a", "b", "c", "d", "e", "f", "g", "h"});
+  const MemoryLimit limit;
+  for (int round = 0; round < 200000; ++round) {
+    structure->RemoveField("d");
+    structure->SetField("d", value);
+  }
+  EXPECT_EQ(structure->GetField("d"), value);
 }
 
 TEST(MetaStructTest, ReleasesARemovedValue) {
