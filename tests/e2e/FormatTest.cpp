@@ -176,6 +176,13 @@ TEST(FormatTest, AWidthOfZeroMeansTheWidthOfTheTerminal) {
   }
 }
 
+TEST(FormatTest, PrettyBreaksNothingIfTheWidthIsUnknown) {
+  const VexilResult result = TryRow({"--formatter=pretty"}).Run();
+  EXPECT_EQ("Number  Text\n     1  the text of a row\n", result.out);
+  EXPECT_EQ("", result.err);
+  EXPECT_EQ(0, result.status);
+}
+
 TEST(FormatTest, OutputThatAPluginWritesDirectlyKeepsItsPlace) {
   const VexilResult result = Try({"try", "write"}).Run();
   EXPECT_EQ("written by the plug-in\nand printed\nanswered\n", result.out);

@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
@@ -805,7 +806,8 @@ TEST_F(CliDispatcherTest, AStreamIsHandledLineByLine) {
 
 // A program that reads the output while the tool waits for its next line sees everything so far.
 TEST_F(CliDispatcherTest, EachLineOfAStreamFlushesItsOutput) {
-  for (const char* line : {"try\n", "try say\n", "try say --help\n"}) {
+  for (const char* line :
+       {"try\n", "try say\n", "try say --help\n", "--formatter=showing try say\n"}) {
     LimitedBuffer buffer(100000);
     std::istringstream in(line);
     std::streambuf* const before = std::cout.rdbuf(&buffer);
@@ -937,6 +939,16 @@ TEST_F(CliDispatcherTest, AFailedReadOfStandardInputIsAnErrorWhateverTheLastLine
   EXPECT_FALSE(handled.result);
   EXPECT_EQ("done\n", handled.out);
   EXPECT_EQ("Unable to read standard input\n", handled.err);
+}
+
+TEST_F(CliDispatcherTest, AnEarlierErrorOfStandardInputIsNotReported) {
+  const ScopedInput in("try say\n");
+  EXPECT_EQ(EOF, std::fputc('x', stdin));  // sets the error flag of the stream
+  EXPECT_NE(0, std::ferror(stdin));
+  const Handled handled = Handle({"--input", "STDIN"});
+  EXPECT_TRUE(handled.result);
+  EXPECT_EQ("done\n", handled.out);
+  EXPECT_EQ("", handled.err);
 }
 
 // Replaces the input of std::cin by one line and a second one that does not fit into memory.
