@@ -161,7 +161,8 @@ std::optional<TemplateText> ApplyInParts(
       continue;
     }
     apply(*part, name);
-    // Checked before the next parameter is inserted, because that could remove the opening.
+    // Checked here too: in the joined text, the next part could extend the name after the opening,
+    // and `Join` would not find it.
     if (HasOpening(part->GetMarkedText(), [&](std::string_view own) { return own == name; })) {
       return std::nullopt;
     }

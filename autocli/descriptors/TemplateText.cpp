@@ -81,8 +81,8 @@ std::size_t ReadFlag(const std::string& text, std::size_t position, bool& flag) 
 
 // There is a class for each kind of marker:
 //   - `Opening` returns the bytes that an occurrence begins with.
-//   - `LastOpeningEnd` returns a position; an opening that ends after it is never complete. The
-//     class for conditionals has none, because the last conditional is never looked for.
+//   - `LastOpeningEnd` returns the last position where the opening of a complete marker can end.
+//     The class for conditionals has none, because the last conditional is never looked for.
 //   - `Read` reads the rest of an occurrence, which begins at `position`. It returns false when the
 //     marker is not complete.
 //   - `kIsUnbounded` is true if `Read` searches the rest of the text for the end of the marker.

@@ -41,7 +41,7 @@ using MetaObj::MetaType;
 
 constexpr std::uint32_t kMaxScreenWidth = 9999;
 
-// Flushed, so that the output and the messages of several lines appear in order.
+// Flushed, because the caller may then write messages to standard error.
 void Print(std::string_view text) {
   WriteUnpadded(std::cout, text);
   std::cout.flush();

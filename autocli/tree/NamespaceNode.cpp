@@ -109,8 +109,8 @@ std::shared_ptr<NamespaceNode> NamespaceNode::ResolveNode(std::list<std::string>
 }
 
 std::shared_ptr<NamespaceNode> NamespaceNode::SubNamespace(const std::string& name) {
-  // Checked first, because GetNamespaceNode of a command throws. RegisterNamespaceNode throws too,
-  // but with the right message.
+  // If this node is a command, HasNamespaceNode returns false, and RegisterNamespaceNode throws
+  // with the right message. GetNamespaceNode would throw with another one.
   if (HasNamespaceNode(name)) {
     return GetNamespaceNode(name);
   }

@@ -68,7 +68,7 @@ const IntegerCase kIntegerCases[] = {
     {"Negative", "-5", -5},
     {"PlusSigned", "+5", 5},
     {"MinusOne", "-1", -1},
-    // Signs at the wrong place.
+    // Signs in the wrong place.
     {"TwoPluses", "++5", std::nullopt},
     {"TwoMinuses", "--5", std::nullopt},
     {"PlusMinus", "+-5", std::nullopt},

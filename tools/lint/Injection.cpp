@@ -240,13 +240,13 @@ void Injection::JudgeCall(const Values& call, const ParameterSpec& parameter,
 
 void Injection::Compare(const ParameterSpec& parameter, const std::string& value,
                         const ShellReading& plain, const ShellReading& hostile, Verdict& verdict) {
-  if (!plain.isUnderstood || !plain.isComplete) {
+  if (!plain.isUnderstood || !plain.isCorrect) {
     verdict.isUnknown = true;
     return;
   }
   FindProgram(plain, verdict);
   const auto note = [&value](std::optional<std::string>& which) { which = which.value_or(value); };
-  if (hostile.isUnderstood && !hostile.isComplete) {
+  if (hostile.isUnderstood && !hostile.isCorrect) {
     note(verdict.isAltered);
   }
   // The descriptor contains the values of an enumeration, so a command that one of them names is
@@ -270,7 +270,7 @@ void Injection::Compare(const ParameterSpec& parameter, const std::string& value
   if (addsOption && !isListed) {
     note(verdict.addsOption);
   }
-  if (!hostile.isUnderstood || !hostile.isComplete || Arrives(value, plain, hostile)) {
+  if (!hostile.isUnderstood || !hostile.isCorrect || Arrives(value, plain, hostile)) {
     return;
   }
   note(Arrives(WithoutQuotes(value), plain, hostile) ? verdict.losesQuotes : verdict.isAltered);

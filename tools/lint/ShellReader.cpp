@@ -153,7 +153,7 @@ class Reader {
     position_ = position;
     isNested_ = isNested;
     BeginCommand();
-    while (reading_.isComplete && reading_.isUnderstood) {
+    while (reading_.isCorrect && reading_.isUnderstood) {
       SkipSpaces();
       if (AtEnd()) {
         EndList(isNested_);
@@ -173,7 +173,7 @@ class Reader {
   /// Drops the commands that the shell does not run because of a mistake in their line or an
   /// earlier one.
   void DropLinesNotRun() {
-    if (!reading_.isComplete || !reading_.isUnderstood) {
+    if (!reading_.isCorrect || !reading_.isUnderstood) {
       reading_.commands.resize(complete_);
     }
   }
@@ -183,7 +183,7 @@ class Reader {
     return position_ + ahead < line_.size() ? line_[position_ + ahead] : '\0';
   }
 
-  void Fail(bool isWrong) { reading_.isComplete = reading_.isComplete && !isWrong; }
+  void Fail(bool isWrong) { reading_.isCorrect = reading_.isCorrect && !isWrong; }
   void GiveUp() { reading_.isUnderstood = false; }
 
   void BeginCommand() {
@@ -266,7 +266,7 @@ class Reader {
       }
       Fail(true);
     }
-    if (reading_.isComplete && reading_.isUnderstood) {
+    if (reading_.isCorrect && reading_.isUnderstood) {
       ReadNested(1);
     }
     needsCommand_ = false;
@@ -303,7 +303,7 @@ class Reader {
       position_ += Peek() == '\\' ? 2 : 1;
     }
     Fail(AtEnd() || Peek() == '#' || kOperators.find(Peek()) != std::string_view::npos);
-    if (reading_.isComplete) {
+    if (reading_.isCorrect) {
       ReadWord();
       hasAssignment_ = hasAssignment_ || !command_;  // a redirection alone is a command too
       needsCommand_ = false;
@@ -377,7 +377,7 @@ class Reader {
       return false;
     }
     Fail(needsCommand_ || ends_.empty() || ends_.back() != text);
-    if (reading_.isComplete) {
+    if (reading_.isCorrect) {
       ends_.pop_back();
     }
     isAfterCompound_ = true;
@@ -403,7 +403,7 @@ class Reader {
 
   RawWord ReadWord() {
     RawWord word;
-    while (!AtEnd() && reading_.isComplete && reading_.isUnderstood) {
+    while (!AtEnd() && reading_.isCorrect && reading_.isUnderstood) {
       const char c = Peek();
       if (c == ' ' || c == '\t' || kOperators.find(c) != std::string_view::npos) {
         break;
@@ -459,7 +459,7 @@ class Reader {
   void ReadDoubleQuotes(RawWord& word) {
     word.push_back({'\0', true});
     ++position_;
-    while (reading_.isComplete && reading_.isUnderstood) {
+    while (reading_.isCorrect && reading_.isUnderstood) {
       if (AtEnd()) {
         Fail(true);
       } else if (Peek() == '"') {
@@ -530,7 +530,8 @@ class Reader {
       ++position_;
     }
     word.push_back({'\1', true});
-    // For the expansion of braces, the second "$" of "$${" begins a variable.
+    // When bash expands braces, it takes the second "$" of "$${" for the beginning of a variable,
+    // so it leaves this brace alone, as if it were quoted.
     if (first == '$' && Peek() == '{' && shell_ == Shell::Bash) {
       word.push_back({'{', true});
       ++position_;
@@ -584,7 +585,7 @@ class Reader {
   void AddCommands(const ShellReading& inner) {
     reading_.commands.insert(reading_.commands.end(), inner.commands.begin(), inner.commands.end());
     reading_.isUnderstood = reading_.isUnderstood && inner.isUnderstood;
-    Fail(!inner.isComplete && shell_ == Shell::Dash);
+    Fail(!inner.isCorrect && shell_ == Shell::Dash);
   }
 
   const std::string_view line_;

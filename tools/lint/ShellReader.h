@@ -39,7 +39,7 @@ struct ShellReading {
   /// arithmetic, no `case`.
   bool isUnderstood = true;
   /// Whether the syntax is correct.
-  bool isComplete = true;
+  bool isCorrect = true;
 };
 
 ShellReading ReadShellLine(std::string_view line, Shell shell);

@@ -157,8 +157,9 @@ class AttributeExpansion {
 }  // namespace
 
 bool StopAtTooManyAttributes(xmlParserCtxt& parser) {
-  // The parser's arrays have five entries for an attribute and two for a namespace. They grow to
-  // twice their size, so a tag within the limit never needs more than this.
+  // `maxatts` is the size of an array with five entries for each attribute. It grows to twice its
+  // size, so a tag within the limit never makes it larger. `nsNr` is the number of entries in use,
+  // two for each namespace; its limit is only as generous.
   constexpr int kMaxEntries = 2 * 5 * kMaxXmlAttributes;
   constexpr int kMaxNamespaceEntries = 2 * 2 * kMaxXmlAttributes;
   const bool isTooLarge = parser.maxatts > kMaxEntries || parser.nsNr > kMaxNamespaceEntries;

@@ -24,7 +24,7 @@ class ValueFilter {
   }
 
   /// Returns whether all values that the user gave are in `values`; true if the user gave none.
-  bool IsOnlyOneOf(const std::vector<Value>& values) const {
+  bool AreAllIn(const std::vector<Value>& values) const {
     return std::all_of(values_.begin(), values_.end(), [&values](const Value& value) {
       return std::find(values.begin(), values.end(), value) != values.end();
     });

@@ -213,10 +213,10 @@ class NetworkRouteList final : public ListCommand {
       return;
     }
     names.links = LinkNames(ReadLinks());
-    RouteRows made(names);
+    RouteRows maker(names);
     for (const NetworkRoute& route : ReadRoutes()) {
       if (filter.Accepts(route)) {
-        rows.Add(made.Make(route));
+        rows.Add(maker.Make(route));
       }
     }
   }

@@ -71,8 +71,8 @@ std::uint8_t ClassByte(std::uint32_t classId) { return static_cast<std::uint8_t>
 std::uint8_t SubclassByte(std::uint32_t classId) { return static_cast<std::uint8_t>(classId >> 8); }
 
 // Returns the names below "bus/<bus>/devices"; none if the bus is missing but there are other
-// buses. Throws if there is no bus at all, because then `sys` is not mounted, and if the bus exists
-// without that folder.
+// buses. Throws if the bus exists without that folder, and if there is no bus at all, because then
+// `sys` is not mounted.
 std::vector<std::string> ListDevices(const std::string& sys, const std::string& bus) {
   const std::string folder = sys + "/bus/" + bus + "/devices";
   auto names = ListOptionalFolder(folder);

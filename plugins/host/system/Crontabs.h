@@ -36,7 +36,8 @@ std::vector<CrontabEntry> ParseCrontab(std::string_view text, const std::string&
 // The following functions read the crontabs below `root`, those in one folder in the order of their
 // names. A file or folder that does not exist has no entries. Each function throws KestrelException
 // if a file or folder cannot be read. Cron ignores a file that others could have written; its
-// entries are returned with the reason in `ignored`. The owner of `root` counts as root.
+// entries are returned with the reason in `ignored`. The owner of the
+// folder `root` is trusted as the superuser is.
 
 /// Reads the users' crontabs in /var/spool/cron/crontabs.
 std::vector<CrontabEntry> ReadUserCrontabs(const std::string& root);

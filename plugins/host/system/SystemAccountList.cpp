@@ -97,11 +97,11 @@ class SystemAccountList final : public ListCommand {
     const std::int64_t minimum =
         input.HasParameter("minimum-id") ? input.GetParameterInt("minimum-id") : 0;
     const bool isLoginOnly = input.IsFlagSet("login");
-    AccountRows made;
+    AccountRows maker;
     ForEachAccount([&](const AccountEntry& account) {
       if (names.Accepts(account.name) && account.id >= minimum &&
           (!isLoginOnly || IsLoginShell(account.shell))) {
-        rows.Add(made.ToStruct(account));
+        rows.Add(maker.ToStruct(account));
       }
     });
   }

@@ -88,7 +88,7 @@ class ProcessFilter {
 
   // Whether the processes of all other users are excluded.
   bool IsOnlyOf(uid_t user, const std::string& name) const {
-    return users_.IsGiven() && users_.IsOnlyOneOf({name, std::to_string(user)});
+    return users_.IsGiven() && users_.AreAllIn({name, std::to_string(user)});
   }
 
  private:

@@ -112,7 +112,9 @@ def value_problems(tree, path, parameter):
 
 
 def column_problems(tree, path, fields):
-    """Checks that columns are completed before the path: the first one, and one after a comma."""
+    """Checks that columns are completed in an option that precedes the path: the first column, and
+    one after a comma.
+    """
     own = [field["Path"] for field in fields if "." not in field["Path"]]
     for key in ("fields=", "fields=" + ",".join(own[:1]) + "," if own else "fields="):
         missing = set(own[1:]) - {word[len(key):]

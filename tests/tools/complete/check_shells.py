@@ -76,7 +76,7 @@ EXPLAIN_COMPLETIONS = [
      "--shell-text --plugin-dir PLUGINS storage mount "),
 ]
 
-# Options that the list after "vexil-explain --" shows, each on one line.
+# Options that the list after "vexil-explain --" shows, each at the start of exactly one line.
 EXPLAIN_OPTIONS = ["--formatter", "--plugin-dir", "--shell-input", "--shell-text", "--version"]
 
 # Whole lines of programs that treat "--" as the end of the options.

@@ -16,7 +16,7 @@ namespace {
 /// and "wrong" for one with a syntax error.
 std::string Words(const std::string& line, Shell shell = Shell::Dash) {
   const ShellReading reading = ReadShellLine(line, shell);
-  if (!reading.isUnderstood || !reading.isComplete) {
+  if (!reading.isUnderstood || !reading.isCorrect) {
     return reading.isUnderstood ? "wrong" : "unknown";
   }
   std::string text;
@@ -79,7 +79,7 @@ TEST(ShellReaderTest, ReadsKeywordsAtTheBeginningOfACommand) {
 // Returns the commands that run although there is a mistake in the line.
 std::vector<std::string> CommandsBeforeMistake(const std::string& line, Shell shell) {
   const ShellReading reading = ReadShellLine(line, shell);
-  EXPECT_FALSE(reading.isComplete && reading.isUnderstood) << line;
+  EXPECT_FALSE(reading.isCorrect && reading.isUnderstood) << line;
   std::vector<std::string> names;
   for (const ShellCommand& command : reading.commands) {
     names.push_back(command.words.front().text);

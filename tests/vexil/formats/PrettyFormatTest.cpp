@@ -164,7 +164,7 @@ TEST(PrettyFormatTest, SelectsFieldsAndSortsAndLimitsRows) {
             "  Size: 7\n");
 }
 
-TEST(PrettyFormatTest, IgnoresTheKeysOfOtherFormatters) {
+TEST(PrettyFormatTest, IgnoresTheKeysOfTheLibrarysFormatters) {
   EXPECT_EQ(Pretty(MakeDisk("a", 1), 0,
                    {{"fields:Disk", "Name"}, {"units:Disk.Size", "GB"}, {"wrap-last", "true"}}),
             "Name: a\nSize: 1\n");

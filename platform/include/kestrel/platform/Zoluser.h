@@ -7,8 +7,8 @@
 
 #include <cstddef>
 
-/// What this library uses of the host's library for user-space access to its kernel, under the
-/// host's names.
+/// The functions and types that Kestrel uses from the host's library for access to the host's
+/// kernel from user space. They have the host's names.
 
 extern "C" {
 

@@ -78,7 +78,9 @@ def is_same(left, right):
 
 
 class JsonReader:
-    """Python's json module, which reads each byte of a string as a code point."""
+    """Python's json module. It returns a character for each byte of a string, because the formatter
+    escapes strings byte by byte.
+    """
 
     formatter = "json"
     program = None

@@ -87,11 +87,11 @@ TEST(ValueFilterTest, TakesOneValueOfAParameterThatIsNotAList) {
 
 TEST(ValueFilterTest, KnowsWhetherOnlyCertainValuesWereGiven) {
   const StringFilter filter(*InputFor(CallSpec::StringList, {"a", "1"}), "item");
-  EXPECT_TRUE(filter.IsOnlyOneOf({"1", "a"}));
-  EXPECT_TRUE(filter.IsOnlyOneOf({"1", "a", "b"}));
-  EXPECT_FALSE(filter.IsOnlyOneOf({"a"}));
-  EXPECT_FALSE(filter.IsOnlyOneOf({}));
-  EXPECT_TRUE(StringFilter(*InputFor(CallSpec::StringList, {}), "item").IsOnlyOneOf({}));
+  EXPECT_TRUE(filter.AreAllIn({"1", "a"}));
+  EXPECT_TRUE(filter.AreAllIn({"1", "a", "b"}));
+  EXPECT_FALSE(filter.AreAllIn({"a"}));
+  EXPECT_FALSE(filter.AreAllIn({}));
+  EXPECT_TRUE(StringFilter(*InputFor(CallSpec::StringList, {}), "item").AreAllIn({}));
 }
 
 }  // namespace

@@ -20,7 +20,7 @@ using ::testing::ThrowsMessage;
 
 class PackageMarksTest : public ::testing::Test {
  protected:
-  void Marks(const std::string& text) { folder_.Write("extended_states", text); }
+  void WriteMarks(const std::string& text) { folder_.Write("extended_states", text); }
 
   bool IsAutomatic(const char* name, const char* architecture) const {
     Package package;
@@ -39,7 +39,7 @@ class PackageMarksTest : public ::testing::Test {
 };
 
 TEST_F(PackageMarksTest, KnowsWhatIsMarked) {
-  Marks(
+  WriteMarks(
       "Package: a\nArchitecture: amd64\nAuto-Installed: 1\n\n"
       "Package: b\nArchitecture: amd64\nAuto-Installed: 0\n\n"
       "Package: c\nArchitecture: amd64\n\n");
@@ -50,14 +50,14 @@ TEST_F(PackageMarksTest, KnowsWhatIsMarked) {
 }
 
 TEST_F(PackageMarksTest, DistinguishesArchitectures) {
-  Marks("Package: a\nArchitecture: i386\nAuto-Installed: 1\n\n");
+  WriteMarks("Package: a\nArchitecture: i386\nAuto-Installed: 1\n\n");
   EXPECT_TRUE(IsAutomatic("a", "i386"));
   EXPECT_FALSE(IsAutomatic("a", "amd64"));
   EXPECT_FALSE(IsAutomatic("a", "all"));
 }
 
 TEST_F(PackageMarksTest, FindsPackagesForAllArchitectures) {
-  Marks(
+  WriteMarks(
       "Package: a\nArchitecture: amd64\nAuto-Installed: 1\n\n"
       "Package: b\nArchitecture: all\nAuto-Installed: 1\n\n");
   EXPECT_TRUE(IsAutomatic("a", "all"));
@@ -67,17 +67,17 @@ TEST_F(PackageMarksTest, FindsPackagesForAllArchitectures) {
 
 TEST_F(PackageMarksTest, MarksNoneWithoutAFile) {
   EXPECT_FALSE(IsAutomatic("a", "amd64"));
-  Marks("");
+  WriteMarks("");
   EXPECT_FALSE(IsAutomatic("a", "amd64"));
 }
 
 TEST_F(PackageMarksTest, RefusesATruncatedFile) {
-  Marks("Package: a\nArchitecture: amd64\nAuto-Inst");
+  WriteMarks("Package: a\nArchitecture: amd64\nAuto-Inst");
   ExpectError("it ends in the middle of an entry");
 }
 
 TEST_F(PackageMarksTest, RefusesAnUnreadableFile) {
-  Marks("");
+  WriteMarks("");
   ::chmod(folder_.GetPath("extended_states").c_str(), 0);
   ::chmod(folder_.GetPath().c_str(), 0755);
   const PlainUser user;

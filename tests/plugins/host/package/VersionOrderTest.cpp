@@ -191,7 +191,7 @@ TEST(VersionPropertyTest, TheOrderIsTotal) {
   }
 }
 
-TEST(VersionPropertyTest, VersionsAreSortedAsTheProgramSortSortsThem) {
+TEST(VersionPropertyTest, VersionsHaveTheOrderOfSortV) {
   std::vector<std::string> versions;
   std::string input;
   for (int count = 0; count < 60; ++count) {

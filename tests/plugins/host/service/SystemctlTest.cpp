@@ -49,7 +49,7 @@ TEST(FailureWordsTest, AreTheWholeMessageOfTheProgram) {
             "details.");
 }
 
-TEST(FailureWordsTest, AreTheStatusWithoutAMessage) {
+TEST(FailureWordsTest, AreTheStatusIfThereIsNoMessage) {
   EXPECT_EQ(FailureWords(Failed("", 4)), "exit status 4");
   EXPECT_EQ(FailureWords(Failed(" \n", 137)), "exit status 137");
 }
