@@ -33,20 +33,13 @@ TEST(ShapeTest, AcceptsTheDeclaredResultAndAHelpPage) {
 // Returns the problems with a list of fields, for a result with the field "Text" and the structure
 // "Inner", which has a field "Text" too.
 std::vector<std::string> ProblemsWithFields(const char* formatter, const char* fields) {
-  const auto makeResult = [] {
-    const auto result = SampleCommand::MakeResult("Sample", "");
-    result->SetField("Inner", SampleCommand::MakeResult("Part", ""));
-    return result;
-  };
-  const auto work = [=](const std::string&, CallSpec::Output& output) {
-    output.SetRootObject(makeResult());
-  };
-  const auto plugin = MakePlugin(work, [=](SampleCommand& command) {
-    command.SetDefaultOutputFormatter(formatter);
-    command.SetDefaultOutputParameter("fields:Sample", fields);
-    command.SetResult(makeResult());
-  });
-  return CheckShape(Testing::Run(plugin, kLine)).GetProblems();
+  const auto result = SampleCommand::MakeResult("Sample", "");
+  result->SetField("Inner", SampleCommand::MakeResult("Part", ""));
+  SampleCommand command(ReturnText);
+  command.SetResult(result);
+  command.SetDefaultOutputFormatter(formatter);
+  command.SetDefaultOutputParameter("fields:Sample", fields);
+  return CheckFields(command).GetProblems();
 }
 
 TEST(ShapeTest, FindsTheFieldsThatTheFormatterFinds) {
