@@ -265,7 +265,7 @@ TEST(HostPluginTest, HeadersOfTablesFitAScreenOf80Columns) {
   }
 }
 
-TEST(HostPluginTest, CommandsUseEveryKindOfParameterOfConstraintAndOfResult) {
+TEST(HostPluginTest, CommandsUseAllKindsOfParametersConstraintsAndResults) {
   std::set<int> types;
   std::set<int> constraints;
   std::set<MetaType> results;

@@ -198,7 +198,7 @@ TEST(CommandDescribeTest, TheWordsOfAPathMayBeSeparatedInManyWays) {
   }
 }
 
-TEST(CommandDescribeTest, FieldsWithoutATypeNameSelectTheFields) {
+TEST(CommandDescribeTest, TheParameterFieldsNeedsNoTypeName) {
   const VexilResult result = RunWith({}, {"--format-param", "fields=Path,Plugin", "vexil",
                                           "command", "describe", "-p", "vexil.version.get"})
                                  .Run();
@@ -212,7 +212,7 @@ TEST(CommandDescribeTest, ColumnsAreThoseOfTheFormatter) {
   EXPECT_EQ(json({"File", "Kind", "Commands", "Path"}), plugins["Columns"]);
 }
 
-TEST(CommandDescribeTest, OnlySimpleKeepsSpacesAroundTheNamesOfFields) {
+TEST(CommandDescribeTest, SimpleKeepsSpacesAroundTheNamesOfFields) {
   const ScopedTempDir folder;
   std::string descriptor = kDescriptor;
   const std::string formatter = "<formatter>table</formatter>";

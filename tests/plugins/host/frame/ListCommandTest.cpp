@@ -156,7 +156,7 @@ TEST_F(ListCommandTest, LimitsTheListAfterSortingIt) {
   EXPECT_THAT(Names({{"limit", "5"}}), ElementsAre("pear", "fig", "Plum", ""));
 }
 
-TEST_F(ListCommandTest, RefusesAFieldThatItDoesNotHaveBeforeItMakesRows) {
+TEST_F(ListCommandTest, RefusesAnUnknownFieldBeforeMakingRows) {
   const auto refusal = ElementsAre(
       "There is no field 'name' to sort by. Sort by one of: Name, Open, Room Taken, Room Taken "
       "Bytes, Shelf.");

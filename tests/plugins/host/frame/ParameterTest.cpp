@@ -97,7 +97,7 @@ TEST(ParameterTest, AcceptsOneOfItsWords) {
   EXPECT_EQ(spec->GetDescription(true), "One of:\n    up: runs\n");
 }
 
-TEST(ParameterTest, AcceptsWhatTheWholeExpressionMatches) {
+TEST(ParameterTest, AcceptsOnlyValuesThatMatchCompletely) {
   const Parameter parameter = Parameter("item", CallSpec::String, "x").Matching("[a-z]+");
   EXPECT_THAT(ErrorsFor(parameter, "abc"), IsEmpty());
   for (const char* const value : {"", "abc1", "1abc", "ABC"}) {

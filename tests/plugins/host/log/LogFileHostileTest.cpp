@@ -303,7 +303,7 @@ TEST(LogPathTest, ASocketIsRefused) {
   EXPECT_THAT([&] { LinesIn(path); }, Unreadable(path, "Not a regular file"));
 }
 
-TEST(LogPathTest, AFolderIsRefusedWhereverItIs) {
+TEST(LogPathTest, AFolderIsRefusedHoweverItIsNamed) {
   const ScopedTempDir folder;
   const std::string path = folder.MakeDirectory("logs.d");
   EXPECT_THAT([&] { LinesIn(path); }, Unreadable(path, "Is a directory"));

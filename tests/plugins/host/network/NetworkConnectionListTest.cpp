@@ -591,7 +591,7 @@ TEST(NetworkConnectionListTest, FiltersChooseAmongTheSockets) {
   }
 }
 
-TEST(NetworkConnectionListTest, ReportsThatTheKernelsTablesAreMissingIfItNeedsThem) {
+TEST(NetworkConnectionListTest, MissingTablesOfTheKernelAreAnErrorOnlyIfNetlinkFails) {
   const std::string refusal = RunInNamespaces(CLONE_NEWNS, [] {
     Call(kCommand);  // loads the plug-in while /proc is mounted
     ASSERT_EQ(::mount("none", "/proc", "tmpfs", 0, nullptr), 0);

@@ -56,7 +56,7 @@ TEST_F(PackageMarksTest, DistinguishesArchitectures) {
   EXPECT_FALSE(IsAutomatic("a", "all"));
 }
 
-TEST_F(PackageMarksTest, FindsPackagesForAllArchitectures) {
+TEST_F(PackageMarksTest, FindsPackagesOfTheArchitectureAll) {
   WriteMarks(
       "Package: a\nArchitecture: amd64\nAuto-Installed: 1\n\n"
       "Package: b\nArchitecture: all\nAuto-Installed: 1\n\n");

@@ -98,7 +98,7 @@ TEST_F(SystemdManagerTest, DoesNotQueryInvalidNames) {
   EXPECT_THAT(systemd_.GetCalls(), IsEmpty());
 }
 
-TEST_F(SystemdManagerTest, AsksForAServiceMadeFromATemplate) {
+TEST_F(SystemdManagerTest, RefusesTheNameOfATemplate) {
   for (const char* const name : {"getty@", "getty@.service"}) {
     EXPECT_THAT([&] { Manager().Get(name); },
                 ThrowsMessage<KestrelException>(

@@ -58,7 +58,7 @@ TEST(FailureWordsTest, CannotControlTheTerminal) {
   EXPECT_EQ(FailureWords(Failed("\x1b[2Jgone\a \xff\n")), "\\x1b[2Jgone\\x07 \\xff");
 }
 
-TEST(FailureWordsTest, AreCutToTheLengthOfAMessage) {
+TEST(FailureWordsTest, AreCutTo1000BytesBeforeTheyAreEscaped) {
   EXPECT_EQ(FailureWords(Failed(std::string(5000, 'x'))), std::string(1000, 'x'));
   // The remaining byte of a truncated character is escaped.
   EXPECT_EQ(FailureWords(Failed(std::string(999, 'x') + "\xc3\xa9")),

@@ -49,7 +49,7 @@ TEST(DeviceContentTest, IsReadFromWhatTheDeviceManagerStored) {
   EXPECT_EQ(content->partitionUuid, "56-78");
 }
 
-TEST(DeviceContentTest, TheDeviceManagerMayReportThatThereIsNone) {
+TEST(DeviceContentTest, TheDeviceManagerMayReportThatThereIsNoContent) {
   const auto content = Stored("I:1\n");
   ASSERT_TRUE(content.has_value());
   EXPECT_EQ(content->filesystem, "");

@@ -69,7 +69,7 @@ TEST(DiskCountersTest, WhatANewerKernelCountsIsIgnored) {
   EXPECT_EQ(devices[0].flushMilliseconds, 17);
 }
 
-TEST(DiskCountersTest, ANumberOfBytesThatIsTooLargeIsTheGreatest) {
+TEST(DiskCountersTest, ANumberOfBytesBeyondALongBecomesTheLargestLong) {
   const auto devices = Read("8 0 sda 1 2 9223372036854775807 4 5 6 7 8 9 10 11\n");
   ASSERT_EQ(devices.size(), 1U);
   EXPECT_EQ(devices[0].reads.bytes, 9223372036854775807);

@@ -117,7 +117,7 @@ std::string WaitForChildDescriptors(pid_t process) {
 
 // A child that is blocked in the kernel may remain after it is killed. A process that reads the
 // tool's output to its end must not have to wait for that child.
-TEST(FilesystemProbeTest, ASilentChildKeepsOnlyItsReportPipeOpen) {
+TEST(FilesystemProbeTest, ASilentChildKeepsNoInheritedFileOpenExceptItsReportPipe) {
   const Testing::ScopedEnvironment silent("KESTREL_SILENT_PATHS", "/proc");
   const pid_t process = ::fork();
   if (process == 0) {

@@ -65,7 +65,7 @@ TEST(FilesystemUsageTest, CountsInodesInUse) {
   EXPECT_EQ(usage.GetUsedInodes(), 0u) << "more free than there are";
 }
 
-TEST(FilesystemUsageTest, NumbersBeyondALongBecomeTheLargestOne) {
+TEST(FilesystemUsageTest, NumbersBeyondALongBecomeTheLargestLong) {
   EXPECT_EQ(ToLong(0), 0);
   EXPECT_EQ(ToLong(kMaxLong), kMaxLong);
   EXPECT_EQ(ToLong(std::uint64_t(kMaxLong) + 1), kMaxLong);

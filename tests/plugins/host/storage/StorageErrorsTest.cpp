@@ -67,7 +67,7 @@ class StorageErrorsTest : public ::testing::TestWithParam<Reader> {
   std::string path_;
 };
 
-TEST_P(StorageErrorsTest, AnExhaustedLimitIsReported) {
+TEST_P(StorageErrorsTest, TooManyOpenFilesAreReported) {
   if (Testing::kIsSanitized) {
     GTEST_SKIP() << "the sanitizer needs descriptors of its own";
   }
@@ -113,7 +113,7 @@ TEST(StorageErrorTest, ADeviceWhoseSizeMayNotBeReadIsAnError) {
               ThrowsMessage<KestrelException>("Unable to read " + size + ": Permission denied"));
 }
 
-TEST(StorageErrorTest, FailingToStartAChildIsAnError) {
+TEST(StorageErrorTest, TooManyOpenFilesToStartAChildAreAnError) {
   if (Testing::kIsSanitized) {
     GTEST_SKIP() << "the sanitizer needs descriptors of its own";
   }

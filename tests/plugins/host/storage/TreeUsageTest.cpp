@@ -386,7 +386,7 @@ TEST(TreeUsageTest, StaysOnTheFileSystemOfTheTop) {
   });
 }
 
-TEST(TreeUsageTest, CrossesFileSystemsOnDemandAndCountsAFolderThatIsMountedTwiceOnlyOnce) {
+TEST(TreeUsageTest, CrossesFileSystemsOnDemandButCountsAFolderOnceEvenIfItIsMountedTwice) {
   RunWithMounts([](const std::string& path) {
     const TreeUsage tree = MeasureTree(path, {1, false, true});
     EXPECT_EQ(EntryAt(tree, path).usage.files, 5);
@@ -394,7 +394,7 @@ TEST(TreeUsageTest, CrossesFileSystemsOnDemandAndCountsAFolderThatIsMountedTwice
   });
 }
 
-TEST(SpaceUsageTest, ASumThatIsTooLargeIsTheGreatestNumber) {
+TEST(SpaceUsageTest, ASumBeyondALongBecomesTheLargestLong) {
   constexpr long kMax = 0x7FFFFFFFFFFFFFFF;
   SpaceUsage usage = {kMax - 1, kMax, 1};
   usage.Add({5, 5, 2});

@@ -210,7 +210,7 @@ TEST_F(BusDevicesTest, ABusWithoutDevicesHasNone) {
   EXPECT_THAT(ReadPci(), IsEmpty());
 }
 
-TEST_F(BusDevicesTest, AnUnmountedFolderIsAnError) {
+TEST_F(BusDevicesTest, NoBusAtAllAndABusWithoutItsFolderAreErrors) {
   const auto missing = ThrowsMessage<KestrelException>(
       "Unable to read " + sys_.GetPath("bus/usb/devices") + ": No such file or directory");
   EXPECT_THAT([this] { ReadUsb(); }, missing);

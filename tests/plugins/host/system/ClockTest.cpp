@@ -86,7 +86,7 @@ TEST_F(ZoneNameTest, IsReadFromTheFileTimezoneIfTheLinkNamesNoZone) {
   EXPECT_EQ(Read(), "Asia/Kolkata");
 }
 
-TEST_F(ZoneNameTest, IsReadFromTheFileTimezoneIfTheZoneIsACopy) {
+TEST_F(ZoneNameTest, IsReadFromTheFileTimezoneIfLocaltimeIsNotALink) {
   etc_.Write("localtime", "TZif2");
   EXPECT_EQ(Read(), "unknown");
   etc_.Write("timezone", "Asia/Tokyo");

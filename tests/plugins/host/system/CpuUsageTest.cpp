@@ -173,7 +173,7 @@ TEST(CpuUsageTest, EachProcessorIsComparedWithItself) {
   EXPECT_EQ(usages[2].busy, 0);
 }
 
-TEST(CpuUsageTest, AProcessorThatWasAddedBetweenTheSamplesIsUnknown) {
+TEST(CpuUsageTest, AProcessorThatWasAddedBetweenTheSamplesHasUnknownShares) {
   const auto usages =
       Compare("cpu 0 0 0 0\ncpu0 0 0 0 0\n", "cpu 1 0 0 0\ncpu0 1 0 0 0\ncpu7 5 5 5 5\n");
   ASSERT_EQ(usages.size(), 3u);

@@ -57,7 +57,7 @@ TEST_F(KernelParametersTest, ListsParametersByName) {
                           "vm.overcommit_memory", "vm.swappiness", "vmx.other"));
 }
 
-TEST_F(KernelParametersTest, ListsWholePartsOfANameOnly) {
+TEST_F(KernelParametersTest, APrefixMatchesOnlyWholePartsOfAName) {
   EXPECT_THAT(NamesUnder("vm"),
               ElementsAre("vm.drop_caches", "vm.overcommit_memory", "vm.swappiness"));
   EXPECT_THAT(NamesUnder("vm.swappiness"), ElementsAre("vm.swappiness"));

@@ -524,7 +524,7 @@ TEST(SystemProcessListTest, SurvivesProcessesThatVanishWhileTheyAreListed) {
   ::waitpid(storm, nullptr, 0);
 }
 
-TEST(SystemProcessListTest, PrintsATableThatFitsTheScreen) {
+TEST(SystemProcessListTest, PrintsATable) {
   const ScopedProcess process("still");
   process.WaitUntilItSleeps();
   const std::string text = Print("system process list", {{"id", process.GetId()}}, 80);
@@ -743,7 +743,7 @@ TEST(SystemSessionListTest, AgreesWithWho) {
       found, ::testing::UnorderedElementsAreArray(WitnessLines("who | awk '{print $1 \" \" $2}'")));
 }
 
-TEST(SystemSessionListTest, FiltersByUser) {
+TEST(SystemSessionListTest, ListsNoSessionOfAnUnknownUser) {
   EXPECT_THAT(Call("system session list", {{"user", "no such"}}).GetStructs(), IsEmpty());
 }
 
@@ -756,7 +756,7 @@ TEST(SystemModuleListTest, ListsWhatTheKernelLists) {
   }
 }
 
-TEST(SystemModuleCheckTest, FindsPartsOfTheKernel) {
+TEST(SystemModuleCheckTest, FindsModulesInSysAndReportsUnknownOnes) {
   const auto check = [](const std::string& name) {
     return Call("system module check", {{"name", name}}).output->GetRootObject()->ToString();
   };

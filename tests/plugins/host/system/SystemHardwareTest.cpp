@@ -336,7 +336,7 @@ TEST_F(SystemHardwareMachineTest, ABusThatTheKernelDoesNotHaveIsAnEmptyList) {
   RunThere([] { EXPECT_THAT(Addresses({}), IsEmpty()); });
 }
 
-TEST_F(SystemHardwareMachineTest, AProcessorWithoutTimeIsUnknown) {
+TEST_F(SystemHardwareMachineTest, TheUsageIsUnknownIfTheCountersDoNotChange) {
   File("proc/stat", "cpu  1 2 3 4 5 6 7 8 9 0\ncpu0 1 2 3 4 5 6 7 8 9 0\n");
   ExpectPrinted("system cpu usage list --interval 10",
                 "Cpu    Busy     User     Nice     System   Wait     Steal    Idle\n"

@@ -319,7 +319,7 @@ TEST_F(SystemMachineTest, SortsTheProcessorTimeByItsSeconds) {
   });
 }
 
-TEST_F(SystemMachineTest, ShowsWhenAProcessStartedInTheZoneOfTheUser) {
+TEST_F(SystemMachineTest, ShowsTheStartOfAProcessInTheZoneOfTheMachine) {
   AddSampleProcesses();
   RunThere([] {
     for (const auto& [zone, time] : {std::pair("UTC0", "2023-11-14 22:13:22"),
@@ -802,7 +802,7 @@ const ZoneCase kZones[] = {
 
 class ZoneTest : public SystemMachineTest, public ::testing::WithParamInterface<ZoneCase> {};
 
-TEST_P(ZoneTest, TimesAreInTheZoneOfTheUser) {
+TEST_P(ZoneTest, TimesAreInTheZoneOfTheMachine) {
   AddProcess({1, "init", "", 'S', 0, 0});
   File("run/systemd/sessions/1", "USER=anna\nCLASS=user\nLEADER=7\nREALTIME=1700000000999999\n");
   RunThere([] {

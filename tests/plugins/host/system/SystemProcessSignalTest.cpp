@@ -108,7 +108,7 @@ TEST(SystemProcessSignalTest, SignalsProcessesOfTheNamedUserOnly) {
   EXPECT_EQ(process.WaitUntilItIsKilled(), SIGTERM);
 }
 
-TEST(SystemProcessSignalTest, RefusesTheFirstProcessAndItself) {
+TEST(SystemProcessSignalTest, RefusesTheFirstProcessAndItselfUnlessForced) {
   const std::string init = WitnessLines("ps -p 1 -o comm=").at(0);
   EXPECT_THAT(
       CallErrors(kPath, {{"id", "1"}, {"signal", "CONT"}}),

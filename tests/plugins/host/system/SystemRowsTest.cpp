@@ -138,7 +138,7 @@ TEST_P(SystemListTest, ItsLastColumnIsWrappedByDefault) {
   EXPECT_EQ(wraps->second, "true");
 }
 
-TEST_P(SystemListTest, CanBeSortedByEachScalarFieldOnly) {
+TEST_P(SystemListTest, CanBeSortedByEachScalarFieldAndByNoOther) {
   RunThere([] {
     const auto rows = List().GetStructs();
     ASSERT_THAT(rows, Not(IsEmpty()));
@@ -161,7 +161,7 @@ TEST_P(SystemListTest, LimitsItsRows) {
   });
 }
 
-TEST_P(SystemListTest, AFieldThatItDoesNotHaveIsAnErrorWithTheFieldsThatItHas) {
+TEST_P(SystemListTest, AnUnknownFieldToSortByIsAnErrorThatListsTheFields) {
   RunThere([] {
     const auto errors = List({{"sort", "No Such Field"}}).GetErrors();
     ASSERT_THAT(errors, SizeIs(1));
