@@ -106,8 +106,8 @@ std::pair<std::string, std::string> SplitKey(const std::string& key) {
           point == std::string::npos ? "" : qualifier.substr(point + 1)};
 }
 
-// Returns a command line for a command without required parameters. It succeeds on any host, even
-// without a journal.
+// Returns a command line for a command without required parameters. "log list" reads a file,
+// because the host may have no journal.
 Words LineFor(const std::string& path) {
   return SplitShellWords(path == "log list" ? "log list --file=/etc/passwd" : path);
 }

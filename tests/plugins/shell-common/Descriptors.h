@@ -7,7 +7,7 @@
 
 namespace Kestrel::Testing {
 
-/// Returns the path in the build tree of a script of the shipped descriptors.
+/// Returns the path that a script of the shipped descriptors has in the build tree.
 std::string ScriptPath(const std::string& name);
 
 }  // namespace Kestrel::Testing

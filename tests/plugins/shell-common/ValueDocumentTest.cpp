@@ -85,7 +85,7 @@ INSTANTIATE_TEST_SUITE_P(
         TextCase{"Latin1", "caf\xE9 & <\xFF>", "caf\\xe9 & <\\xff>"}),
     [](const auto& each) { return std::string(each.param.name); });
 
-// SanitizedTextTest checks host.so against the same file.
+// SanitizedTextTest checks the native plug-in against the same golden file.
 TEST(ValueDocumentTest, EscapesExactlyWhatTheNativePluginEscapes) {
   std::string shown;
   for (const std::string& name : NamesWithEveryByte()) {

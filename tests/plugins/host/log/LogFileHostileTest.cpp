@@ -109,7 +109,7 @@ TEST_P(LogContentTest, IsSplitOnlyAtLineFeeds) {
   EXPECT_THAT(LinesIn(folder.Write("log", GetParam().content)), ElementsAreArray(GetParam().lines));
 }
 
-// The same content far from the end of the file, so that a block boundary may be in it.
+// Puts the same content far from the end of the file, so that a block boundary may be within it.
 TEST_P(LogContentTest, IsTheSameBeforeALongLine) {
   const ScopedTempDir folder;
   for (const std::size_t length : {65530u, 65534u, 65535u, 65536u, 131070u}) {

@@ -186,7 +186,7 @@ TEST(LogTimeReaderTest, LeavesATimeWithoutAnOffsetUnchanged) {
 }
 
 TEST(LogTimeReaderTest, ChoosesTheYearByTheClockOfTheZone) {
-  // It is 10:00 in UTC and 15:30 in Kolkata.
+  // It is 10:00 in UTC, 15:30 in Kolkata and 05:00 in New York.
   EXPECT_EQ(TimeIn("Asia/Kolkata", "Nov 22 15:30:00 a"), "2026-11-22 15:30:00");
   EXPECT_EQ(TimeIn("America/New_York", "Nov 22 06:00:01 a"), "2025-11-22 06:00:01");
 }

@@ -198,7 +198,7 @@ TEST_P(ZoneChangeTest, YesterdayEndsWhereTodayBegins) {
 
 INSTANTIATE_TEST_SUITE_P(Zones, ZoneChangeTest, ::testing::ValuesIn(kChanges), NameOf);
 
-// Days on which the clocks change. Some of them have no midnight, or two.
+// Days on which the clocks change. Two of them have no midnight, and one has two.
 struct MidnightCase {
   const char* zone;
   const char* now;

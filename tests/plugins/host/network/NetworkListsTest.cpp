@@ -54,8 +54,8 @@ const ListCase kLists[] = {
 
 class NetworkListTest : public ::testing::TestWithParam<ListCase> {
  protected:
-  // Makes a network with interfaces, addresses, routes, neighbors and sockets, which does not
-  // change by itself.
+  // Makes a network that does not change by itself: interfaces, addresses, routes, neighbors and
+  // sockets.
   static void MakeEverything() {
     MakeNetwork();
     MakeAddresses();

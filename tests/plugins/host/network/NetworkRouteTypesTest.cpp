@@ -124,7 +124,6 @@ const RouteCase kRoutes[] = {
 INSTANTIATE_TEST_SUITE_P(Kinds, RouteOfAKindTest, ::testing::ValuesIn(kRoutes),
                          [](const auto& row) { return std::string(row.param.name); });
 
-// A filter chooses a route by any of its next hops.
 TEST(RouteFilterTest, ChoosesARouteByAnyOfItsNextHops) {
   IN_OWN_NETWORK([] {
     MakeNetwork();

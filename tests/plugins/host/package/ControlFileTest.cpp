@@ -38,7 +38,7 @@ TEST(ControlStanzaTest, ReturnsNothingForAnAbsentField) {
   EXPECT_EQ(stanza.Get("Version"), "");
   EXPECT_EQ(stanza.GetFirstLine("Version"), "");
   EXPECT_THAT(stanza.GetList("Version"), IsEmpty());
-  // Neither a prefix of a name nor a longer word is the name.
+  // Neither a prefix of a field's name nor a longer word finds the field.
   EXPECT_EQ(stanza.Get("Pack"), "");
   EXPECT_EQ(stanza.Get("Packages"), "");
 }

@@ -209,8 +209,8 @@ TEST_F(PackageCommandsTest, ReportWhetherAPackageIsInstalled) {
 // ---- package files
 
 TEST_F(PackageCommandsTest, ListFiles) {
-  // Among these are packages whose list has an architecture in its name, others without, and one
-  // whose files are diverted.
+  // The list of files of some of these packages has an architecture in its name. One package has
+  // diverted files.
   for (const std::string name : {"coreutils", "libc6", "dash", "vim-runtime"}) {
     if (std::system(("dpkg-query -W " + name + " >/dev/null 2>&1").c_str()) == 0) {
       EXPECT_THAT(CallColumn("package files", "Path", {{"name", name}}),

@@ -168,7 +168,8 @@ TEST_P(ReadableStatusTest, IsReadAsByDpkg) {
   EXPECT_EQ(Read(), Ask());
 }
 
-// An update that is not yet merged replaces the entry in the status file, whatever that entry is.
+// Whatever an update that is not yet merged contains, it replaces the entries of the same packages
+// in the status file.
 TEST_P(ReadableStatusTest, IsReadAsByDpkgWithAnUpdate) {
   Status(Entry("zz") + Entry("a", "install ok unpacked"));
   folder_.Write("updates/0000", GetParam().text);
@@ -241,8 +242,8 @@ TEST_P(RefusedStatusTest, IsRefusedInAnUpdate) {
 INSTANTIATE_TEST_SUITE_P(Files, RefusedStatusTest, ::testing::ValuesIn(kRefused),
                          [](const auto& test) { return test.param.name; });
 
-// A byte that was changed on the disk is either detected or part of a value. No entry is lost
-// unless the byte separates two entries.
+// If a byte was changed on the disk, reading reports an error, or no entry is lost. The exception
+// is the empty line between two entries: a change of this line joins them.
 TEST_F(StatusFileTest, ADamagedByteWithinAnEntryNeverMakesTheListShorter) {
   const std::string whole =
       Entry("aa", "install ok installed", "Conffiles:\n /etc/a 0123\n") + Entry("bb");

@@ -37,7 +37,7 @@ using ::testing::ThrowsMessage;
 
 struct Reader {
   const char* name;
-  const char* file;  // a file that it reads; a folder if it ends with a slash
+  const char* file;  // what `read` reads: a file, or a folder if there is a slash at the end
   std::function<void(const std::string&)> read;
 };
 

@@ -26,7 +26,7 @@ TEST(StorageToolTest, ASilentFileSystemDoesNotHoldUpTheTool) {
                                       "filesystem", "list", "--timeout", "1"})
                                  .WithEnvironment("LD_PRELOAD", KESTREL_BLOCKED_STATVFS)
                                  .WithEnvironment("KESTREL_SILENT_PATHS", "/")
-                                 // The sanitizer requires its library to be the first one.
+                                 // Turns off the check that the sanitizer's library is first.
                                  .WithEnvironment("ASAN_OPTIONS", "verify_asan_link_order=0")
                                  .Run();
   EXPECT_THAT(result.out, HasSubstr("\nno answer  0 B       /\n"));

@@ -271,8 +271,8 @@ TEST(StorageUsageListTest, CountsOtherFileSystemsOnDemand) {
     EXPECT_THAT(Paths({{"directory", top}}), UnorderedElementsAre(top, top + "/own"));
     const Parameters all = {{"directory", top}, {"all-filesystems", ""}};
     EXPECT_THAT(Paths(all), ElementsAre(top, other, top + "/own"));
-    // If the user names a mount point, the tree begins there, so its file system is not another
-    // one.
+    // If the user names a mount point, the tree begins there, so the mounted file system is the
+    // tree's own.
     EXPECT_THAT(CallColumn(kCommand, "Size", {{"directory", other}}), ElementsAre("1.0 MiB"));
     ASSERT_EQ(::umount(other.c_str()), 0);
   });

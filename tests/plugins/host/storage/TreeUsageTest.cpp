@@ -172,7 +172,7 @@ TEST(TreeUsageTest, MarksFoldersAndFiles) {
 struct DepthCase {
   const char* name;
   TreeOptions options;
-  std::vector<std::string> listed;  // the paths, without that of the top
+  std::vector<std::string> listed;  // the rest of each path after that of the top
 };
 
 class TreeUsageDepthTest : public ::testing::TestWithParam<DepthCase> {};

@@ -14,8 +14,8 @@ namespace Kestrel::Testing {
 /// `body` and returns the reason.
 std::string RunInNamespaces(int namespaces, const std::function<void()>& body);
 
-/// Like RunInNamespaces, with a network namespace in which interfaces of the kinds veth and bridge
-/// can be created.
+/// Like RunInNamespaces with CLONE_NEWNET. If interfaces of the kinds veth and bridge cannot be
+/// created there, does not run `body` either, and returns the reason.
 std::string RunInOwnNetwork(const std::function<void()>& body);
 
 }  // namespace Kestrel::Testing

@@ -91,7 +91,8 @@ TEST(CpusTest, ReportsThatThereIsNone) {
                                               "/sysless/devices/system/cpu and /nowhere/cpuinfo"));
 }
 
-// No kernel writes some of these sets. Even then, the call must end and use their valid parts.
+// Sets in many forms, some of which no kernel writes. The call must end with each of them, and use
+// its valid parts.
 struct SetCase {
   const char* name;
   const char* present;

@@ -280,8 +280,8 @@ class IgnoredCrontabTest : public ::testing::Test {
     EXPECT_EQ(::lchown(root_.GetPath(path).c_str(), owner, static_cast<gid_t>(-1)), 0);
   }
 
-  // Returns why each file is ignored, or an empty string if it is not: first that of the user, then
-  // /etc/crontab, then that of the package.
+  // Returns for each file why it is ignored, or an empty string if it is not, in this order: the
+  // user's file, /etc/crontab, the package's file.
   std::vector<std::string> Ignored() const {
     std::vector<std::string> reasons;
     for (const auto read : {ReadUserCrontabs, ReadSystemCrontabs}) {

@@ -7,8 +7,8 @@
 
 namespace Kestrel::Testing {
 
-/// A machine on which no list below "system" is empty, except that of timers: two processes, one
-/// processor, a module, kernel parameters, accounts, a session, crontabs and a device.
+/// A machine with two processes, one processor, a module, kernel parameters, accounts, a session,
+/// crontabs and a device. Of the lists below "system", only that of timers is empty.
 class FullMachineTest : public MadeUpMachineTest {
  protected:
   FullMachineTest();

@@ -113,7 +113,7 @@ constexpr SourcesCase kSources[] = {
     {"FilesSecond", "group: sss files", false, false},
     {"Compat", "group: compat", false, false},
     {"ActionFirst", "group: [SUCCESS=return] files", false, false},
-    // There is no line that sets a source for groups, or more than one.
+    // No line sets a source for groups, or more than one line does.
     {"OtherDatabases", "gshadow: files\nnetgroup: files\ngroups: files\n", false, false},
     {"CommentedOut", "#group: files\n", false, false},
     {"Twice", "group: files\ngroup: sss\n", false, false},

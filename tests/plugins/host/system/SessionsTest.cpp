@@ -45,7 +45,7 @@ std::string LoginEntry(short type, const std::string& user, const std::string& l
   return std::string(reinterpret_cast<const char*>(&entry), sizeof(entry));
 }
 
-// Formats a time as who prints it: "Nov 22 10:00".
+// Formats a time in the format of who(1): "Nov 22 10:00".
 std::string MomentAsWho(std::time_t moment) {
   std::tm parts = {};
   ::localtime_r(&moment, &parts);

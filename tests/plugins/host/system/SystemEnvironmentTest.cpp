@@ -14,8 +14,8 @@
 #include "support/Witness.h"
 
 // The commands in the namespace "system" in the real tool: in several formats, and in environments
-// that differ from a shell of root. Some runs have no environment variables, another locale, few
-// open files, an ordinary user, or a /proc that hides processes.
+// that differ from a shell of root. Some runs have no environment variables, another locale, a
+// low limit of open files, an ordinary user, or a /proc that hides processes.
 namespace Kestrel::Testing {
 namespace {
 

@@ -66,8 +66,8 @@ class SystemErrorTest : public FullMachineTest,
     return watch.GetOpened();
   }
 
-  // The list of parameters marks a parameter that cannot be read in its row, unless resources are
-  // lacking. The test tries this with EACCES. Every other failure is an error.
+  // If a parameter cannot be read, its row in the list of parameters says so, unless the reason is
+  // a lack of resources. The test tries this with EACCES. Every other failure is an error.
   static bool IsShown(const std::string& file, int error) {
     return std::string(GetParam().path) == "system parameter list" && error == EACCES &&
            (file == "/proc/sys/vm/swappiness" || file == "/proc/sys/net/core/somaxconn");

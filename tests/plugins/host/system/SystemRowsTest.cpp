@@ -17,9 +17,9 @@
 #include "plugins/host/support/HostCall.h"
 #include "plugins/host/system/FullMachine.h"
 
-// Properties of the lists in the namespace "system", except that of timers: they have words for
-// missing values, tables that fit the screen, consistent parameters, sorting by each scalar field,
-// and completion of values.
+// Properties of the lists in the namespace "system" (except the list of timers): words for missing
+// values, tables that fit the screen, consistent parameters, sorting by each scalar field, and
+// completion of values.
 namespace Kestrel::Testing {
 namespace {
 
@@ -85,7 +85,7 @@ class SystemListTest : public FullMachineTest, public ::testing::WithParamInterf
     return Call(GetParam().path, parameters);
   }
 
-  // Returns the lines of the table on a screen of that width.
+  // Returns the lines of the table on a screen of `width` columns.
   static std::vector<std::string> TableLines(unsigned short width) {
     std::vector<std::string> lines(1);
     for (const char letter : Print(GetParam().path, GetParam().parameters, width)) {
