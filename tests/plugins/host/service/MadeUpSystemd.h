@@ -21,7 +21,7 @@ class MadeUpSystemd {
  public:
   MadeUpSystemd();
 
-  /// Sets the output for a word, and the exit status.
+  /// Sets what a call for a word prints on both streams, and its exit status.
   void Answer(const std::string& word, const std::string& output, int status = 0,
               const std::string& errorOutput = "") const;
 

@@ -130,8 +130,8 @@ class OwnSystemdTest : public ::testing::Test {
 
  private:
   // systemd needs a folder that indicates a running systemd, and a folder in which it may create
-  // control groups. Each instance needs its own folder for these, because another instance would
-  // end the services in a shared one.
+  // control groups. Each instance needs its own folder for control groups, because another instance
+  // would end the services in a shared one.
   static constexpr char kStart[] = R"sh(
 mount -t tmpfs none /run
 mkdir -p /run/systemd/system /run/user-files /run/home/.config/systemd

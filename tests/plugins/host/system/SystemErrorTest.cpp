@@ -14,7 +14,7 @@
 #include "plugins/host/system/FullMachine.h"
 
 // An error of the system must be an error of the command. It must never result in a shorter list,
-// or in a number instead of an existing name. Each file and folder that a command opens fails once.
+// or in a number instead of an existing name. In each call, one file or folder cannot be opened.
 namespace Kestrel::Testing {
 namespace {
 
