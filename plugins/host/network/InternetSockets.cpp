@@ -5,7 +5,8 @@
 // the time that it needs to write its tables below /proc/net. Where the answer, called the
 // diagnosis here, differs from the tables, the result is that of the tables:
 //
-// - For a listening socket, the diagnosis reports in the send queue how many connections may wait.
+// - For a listening socket, the diagnosis reports in the send queue how many connections may wait,
+//   and the tables report 0.
 // - For a half-open connection, the diagnosis reports the user 0, and the tables report the user of
 //   the listening socket. Such a connection is recognized by its lack of a shutdown state: it is
 //   not a socket yet.
@@ -35,7 +36,7 @@
 namespace Kestrel::Host {
 namespace {
 
-// The state of a half-open connection, which the headers of the C library lack.
+// The state of a half-open connection. The headers of the C library do not define its number.
 constexpr unsigned kNewSynReceived = 12;
 constexpr std::uint32_t kStatesOfTables = (2u << kNewSynReceived) - (1u << TCP_ESTABLISHED);
 

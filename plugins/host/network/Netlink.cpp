@@ -26,7 +26,7 @@ namespace {
 // Larger than any datagram of a dump.
 constexpr std::size_t kDatagramSize = 1 << 17;
 // The maximum number of attempts. Another attempt follows if the table changed during a dump. The
-// last attempt is used even if it was interrupted.
+// result of the last attempt is used in any case.
 constexpr int kMaxAttempts = 5;
 
 class NetlinkSocket {

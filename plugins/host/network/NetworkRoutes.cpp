@@ -37,8 +37,8 @@ constexpr NumberName kStates[] = {
     {NUD_FAILED, "failed"}, {NUD_NOARP, "noarp"},           {NUD_PERMANENT, "permanent"},
 };
 
-// RTA_GATEWAY has the address family of the route. RTA_VIA may have another one, which precedes the
-// address.
+// RTA_GATEWAY has the address family of the route. RTA_VIA begins with the family of its address,
+// which may be another one.
 std::string GatewayText(const NetlinkAttributes& attributes) {
   if (attributes.Has(RTA_GATEWAY)) {
     return FormatAddress(attributes.Get(RTA_GATEWAY));

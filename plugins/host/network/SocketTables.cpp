@@ -31,7 +31,7 @@ bool ReadNumber(std::string_view text, int base, Number& number) {
   return !text.empty() && result.ec == std::errc() && result.ptr == end;
 }
 
-// Removes the next word and one space after it.
+// Removes and returns the next word. Also removes the spaces before it and one space after it.
 std::string_view TakeWord(std::string_view& line) {
   line.remove_prefix(std::min(line.find_first_not_of(' '), line.size()));
   const std::string_view word = line.substr(0, line.find(' '));
@@ -39,7 +39,7 @@ std::string_view TakeWord(std::string_view& line) {
   return word;
 }
 
-// Removes the next line with its line feed.
+// Removes the next line with its line feed, and returns it without the line feed.
 std::string_view TakeLine(std::string_view& table) {
   const std::string_view line = table.substr(0, table.find('\n'));
   table.remove_prefix(std::min(line.size() + 1, table.size()));

@@ -164,7 +164,8 @@ void AppendParts(const std::string& folder, const BlockDevice& disk,
   }
 }
 
-// Some file systems have a device number of their own; their mounts name the device as source.
+// Some file systems have a device number of their own. The sources of their mounts name the device
+// nevertheless.
 bool IsMountedFrom(const Mount& mount, const BlockDevice& device) {
   return mount.device == device.number || mount.source == "/dev/" + device.name ||
          (!device.mappedName.empty() && mount.source == "/dev/mapper/" + device.mappedName);

@@ -258,7 +258,7 @@ class TreeWalk {
     ThrowMoved(error);
   }
 
-  // The walk has lost its way back.
+  // Throws because the walk cannot return to the current folder from a folder in it.
   [[noreturn]] void ThrowMoved(int error) const {
     errno = error;
     ThrowReadError(path_);

@@ -28,8 +28,9 @@ struct BusDevice {
 };
 
 /// Returns the devices in "bus/pci/devices" in `sys`, in the order of their addresses, with their
-/// names from `names`. There are none if the machine has no such bus. Throws KestrelException if
-/// the folder or an attribute of a device cannot be read or understood.
+/// names from `names`. There are none if the machine has no such bus. Skips a device that is
+/// removed while it is read. Throws KestrelException if the folder or an attribute of a device
+/// cannot be read or understood.
 std::vector<BusDevice> ReadPciDevices(const std::string& sys, const HardwareNames& names);
 
 /// Like ReadPciDevices, for "bus/usb/devices". If `names` lacks a name, the one reported by the

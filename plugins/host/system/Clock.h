@@ -30,15 +30,17 @@ ClockDiscipline ToDiscipline(int result, const struct timex& report);
 /// Queries the kernel. Throws KestrelException with the system's text if that fails.
 ClockDiscipline ReadDiscipline();
 
-/// Returns the name of the machine's time zone, such as "Europe/Berlin": the value of TZ, or "UTC"
-/// if that is empty; without TZ, the target of "localtime" in the folder `etc`, otherwise the first
-/// line of "timezone" there. If none of them names a zone, the name is "unknown" if "localtime"
-/// exists, otherwise "UTC".
+/// Returns the name of the machine's time zone, such as "Europe/Berlin": the value of TZ without a
+/// colon at its start, or "UTC" if that is empty; without TZ, the part after "/zoneinfo/" in the
+/// target of the link "localtime" in the folder `etc`, otherwise the first line of "timezone"
+/// there. If none of them names a zone, the name is "unknown" if "localtime" exists, otherwise
+/// "UTC".
 std::string ReadZoneName(const std::string& etc);
 
 /// Returns the clock from which the kernel took the time, otherwise the first clock below
-/// "class/rtc" in `sys`; nothing if the machine has none. `etc` contains the file "adjtime". Throws
-/// KestrelException if there is a clock that cannot be read.
+/// "class/rtc" in `sys`; nothing if the machine has none. The file "adjtime" in `etc` says whether
+/// the clock shows local time; without the file, it shows UTC. Throws KestrelException if the clock
+/// or the file cannot be read.
 std::optional<HardwareClock> ReadHardwareClock(const std::string& sys, const std::string& etc);
 
 /// Formats an offset from UTC, as in "+05:30"; with seconds if they are not 0.

@@ -74,7 +74,7 @@ std::string_view SkipBlanks(std::string_view text) {
   return first == std::string_view::npos ? std::string_view() : text.substr(first);
 }
 
-// Removes the first word from `text`, with the space after it, and returns it.
+// Removes the first word and the space after it from `text`, and returns the word.
 std::string_view TakeWord(std::string_view& text) {
   const std::size_t end = std::min(text.find_first_of(kBlanks), text.size());
   const std::string_view word = text.substr(0, end);
@@ -123,7 +123,8 @@ bool IsColumn(std::string_view text, const Column& column) {
                      [&column](std::string_view range) { return IsRange(range, column); });
 }
 
-// Takes the text within quotes or, without quotes, the text before the first of `ends`.
+// Removes the quoted string at the start of `text`, and returns what is within the quotes. If there
+// is none, removes and returns the text before the first of the characters `ends`.
 std::string_view TakeQuoted(std::string_view& text, std::string_view ends) {
   if (!text.empty() && (text.front() == '"' || text.front() == '\'')) {
     const std::size_t end = text.find(text.front(), 1);

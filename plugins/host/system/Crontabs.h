@@ -18,7 +18,8 @@ constexpr std::size_t kCrontabColumns = 5;
 struct CrontabEntry {
   std::string user;      ///< Empty if a broken line does not name it.
   std::string schedule;  ///< As written: the columns separated by spaces, or a word such as @daily.
-  /// Empty for @reboot, and in a broken line from the first broken column on.
+  /// Empty for @reboot and for an unknown word, and in a broken line from the first broken column
+  /// on.
   std::array<std::string, kCrontabColumns> columns;
   std::string command;                   ///< As written; the whole line if it is broken.
   std::string problem;                   ///< The error in the line; empty if there is none.
@@ -36,8 +37,8 @@ std::vector<CrontabEntry> ParseCrontab(std::string_view text, const std::string&
 // The following functions read the crontabs below `root`, those in one folder in the order of their
 // names. A file or folder that does not exist has no entries. Each function throws KestrelException
 // if a file or folder cannot be read. Cron ignores a file that others could have written; its
-// entries are returned with the reason in `ignored`. The owner of the
-// folder `root` is trusted as the superuser is.
+// entries are returned with the reason in `ignored`. The owner of the folder `root` counts as the
+// superuser.
 
 /// Reads the users' crontabs in /var/spool/cron/crontabs.
 std::vector<CrontabEntry> ReadUserCrontabs(const std::string& root);

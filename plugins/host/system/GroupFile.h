@@ -30,8 +30,9 @@ struct GroupSources {
   bool isListComplete = false;
 };
 
-/// Parses the content of /etc/nsswitch.conf. Both members are false if /etc/group is not the first
-/// source, or if the content has a form that is not understood.
+/// Parses the content of /etc/nsswitch.conf. Both members are false if there is not exactly one
+/// line about groups, if /etc/group is not the first source in that line, or if the line contains
+/// an action that could change the answer.
 GroupSources ParseGroupSources(std::string_view text);
 
 }  // namespace Kestrel::Host

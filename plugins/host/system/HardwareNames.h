@@ -13,8 +13,8 @@ namespace Kestrel::Host {
 /// The names of vendors, devices and classes in a file such as pci.ids or usb.ids.
 ///
 /// A line with a number of four hexadecimal digits is a vendor, and the lines below it that are
-/// indented by one tab are its devices. A line with "C" and two digits is a class, and such lines
-/// below it are its subclasses. Everything else is skipped.
+/// indented by one tab are its devices. A line with "C" and two digits is a class, and the lines
+/// below it that are indented by one tab are its subclasses. Everything else is skipped.
 class HardwareNames {
  public:
   /// Contains no names.

@@ -27,7 +27,8 @@ class SignalTarget {
   /// opened for another reason, such as too many open files.
   static std::optional<SignalTarget> Open(long process);
 
-  /// Sends the signal; 0 sends none and only checks. Returns 0 or the error number.
+  /// Sends the signal; the signal 0 sends nothing, and only checks whether a signal can be sent.
+  /// Returns 0 or the error number.
   int Send(int signal) const;
 
  private:

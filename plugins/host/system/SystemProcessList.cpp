@@ -182,7 +182,7 @@ class SystemProcessList final : public ListCommand {
  public:
   SystemProcessList() : ListCommand("List the processes.", Shape, "The processes.") {
     // Leaves room for users such as systemd-timesync and for the long names of kernel threads.
-    // Command lines are often wider than the screen.
+    // Omits command lines, which are often wider than the screen.
     ShowColumns("Id,User,CPU,Resident Bytes,Name", {{"wrap-last", "true"}});
     AddMetaData("complete:id", "system.process.list Id");
     AddMetaData("complete:name", "system.process.list Name");

@@ -99,7 +99,7 @@ Memory ReadMemory(const std::string& proc) {
   if (memory.total < 0 || memory.free < 0) {
     ThrowUnknownForm(path);
   }
-  // Kernels before 3.14 do not report the available memory.
+  // Kernels before 3.14 do not report the available memory. The free memory is used instead.
   memory.available = Figure(text, "MemAvailable", memory.free);
   memory.shared = Figure(text, "Shmem", 0);
   memory.buffers = Figure(text, "Buffers", 0);
