@@ -65,7 +65,8 @@ gather() {
   "$@" >"$work/data" 2>"$work/complaint" || fail "$(complaint "$1")"
 }
 
-# integer TEXT: prints an integer without leading spaces, plus sign or zeros.
+# integer TEXT: prints an integer without leading spaces or plus sign and, unless it is negative,
+# without leading zeros.
 integer() {
   printf '%s' "$1" | sed -E 's/^[[:space:]]*[+]?0*([0-9])/\1/'
 }

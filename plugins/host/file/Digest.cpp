@@ -55,7 +55,7 @@ const nettle_hash& FindHash(const std::string& algorithm) {
   return **hash;
 }
 
-// The state of a computation. It contains traces of the key, so the destructor erases it.
+// The state of a computation. It may contain traces of a key, so the destructor erases it.
 class DigestState {
  public:
   DigestState(const nettle_hash& hash, const std::string* key)

@@ -65,7 +65,8 @@ bool Exists(const std::string& path);
 /// is empty, nothing is mounted there; that must not be mistaken for a system with nothing to list.
 void RequireEntries(const std::string& folder);
 
-/// Returns the target of a symbolic link, or nothing if there is no readable link at `path`.
+/// Returns the target of a symbolic link. Returns nothing, with `errno` set, if there is no
+/// readable link at `path`.
 std::optional<std::string> ReadLink(const std::string& path);
 
 }  // namespace Kestrel::Host

@@ -42,7 +42,7 @@ std::string Reason(int error) {
   return reinterpret_cast<const char*>(text);
 }
 
-/// Throws what the error number of a search means.
+/// Throws the exception for the error number of a failed search.
 [[noreturn]] void ThrowSearchError(const std::string& expression, int error) {
   if (error == PCRE2_ERROR_NOMEMORY) {
     throw std::bad_alloc();

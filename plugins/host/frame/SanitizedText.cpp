@@ -27,8 +27,9 @@ void AppendEscaped(unsigned char byte, std::string& text) {
 
 constexpr std::uint64_t kOnes = 0x0101010101010101;
 
-// Whether one of the eight bytes is less than `bound`, which is at most 128. The borrow from such a
-// byte can make the next higher byte look smaller too, but never changes the result.
+// Whether one of the eight bytes is less than `bound`, which is at most 128. The subtraction for
+// such a byte borrows from the next higher byte, which may then look too small as well. That does
+// not change the result.
 bool HasLess(std::uint64_t bytes, std::uint64_t bound) {
   return ((bytes - kOnes * bound) & ~bytes & (kOnes << 7)) != 0;
 }

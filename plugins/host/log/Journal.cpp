@@ -139,7 +139,7 @@ bool IsInJournal(const std::string& unit) {
   return !AskJournal({unit}, filter).empty();
 }
 
-// Whether systemd, which systemctl asks, knows the unit. The unit may be one that it cannot load.
+// Whether systemctl reports that systemd knows the unit, even if systemd cannot load the unit.
 bool IsKnownToManager(const std::string& unit) {
   const auto systemctl = FindProgram("systemctl");
   if (!systemctl) {

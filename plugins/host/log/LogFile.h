@@ -27,10 +27,10 @@ class LogFile {
   /// has no known end to start from.
   explicit LogFile(const std::string& path);
 
-  /// Returns the last line at first, then the line before the one returned last, without its line
-  /// feed. Returns nothing once the first line has been returned. The view is valid until the next
-  /// call. Throws KestrelException if the file cannot be read, has become shorter, or has a line
-  /// longer than kMaxLineSize.
+  /// The first call returns the last line of the file, and each further call returns the line
+  /// before the one returned last, without the line feed. Returns nothing once the first line of
+  /// the file has been returned. The view is valid until the next call. Throws KestrelException if
+  /// the file cannot be read, has become shorter, or has a line longer than kMaxLineSize.
   std::optional<std::string_view> PreviousLine();
 
  private:

@@ -20,8 +20,8 @@ constexpr std::size_t kMaxFractionDigits = 6;
 constexpr std::string_view kDigits = "0123456789";
 // The number of bytes at the start of a line in which the common log format is searched for.
 constexpr std::size_t kMaxFieldsSize = 4096;
-// The clock of the machine that wrote a line may be this number of seconds ahead of this machine's
-// clock.
+// The clock of the machine that wrote a line may be up to this number of seconds ahead of this
+// machine's clock.
 constexpr std::int64_t kMaxAhead = 3600;
 // Two successive leap years are at most eight years apart.
 constexpr int kMaxYearsBack = 8;
@@ -209,7 +209,8 @@ std::int64_t LogTimeReader::ToSeconds(const WrittenTime& written) const {
                         : zone_.ToSeconds(written.time, LocalZone::Repeated::Later);
 }
 
-// The line may have been written after the clock was last read.
+// Returns true only after reading the clock again, because the line may have been written since the
+// clock was last read.
 bool LogTimeReader::IsInFuture(std::int64_t seconds) {
   if (seconds > now_ + kMaxAhead) {
     now_ = clock_();

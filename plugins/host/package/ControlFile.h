@@ -49,7 +49,7 @@ enum class LastStanza {
 ///
 /// If the last paragraph does not end as `last` says, the file is truncated: that is an error,
 /// because a shorter answer would look like a complete one. Throws KestrelException with the path
-/// for this error, for a line that is not a field, and for an exception of `use`.
+/// for this error, for a line that is not a field, and for a KestrelException of `use`.
 void ReadControlFile(const std::string& path, std::string_view text, LastStanza last,
                      const std::function<void(const ControlStanza&)>& use);
 

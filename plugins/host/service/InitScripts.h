@@ -23,9 +23,10 @@ class InitScripts {
   /// scripts are started at boot.
   explicit InitScripts(std::string folder, std::chrono::milliseconds limit = kStatusLimit);
 
-  /// Returns the services in byte order of their names. Runs each script that knows "status"; its
-  /// exit status has the meaning that the Linux Standard Base defines. Returns none if there is no
-  /// such folder. Throws KestrelException if the folder cannot be read.
+  /// Returns the services in byte order of their names. Runs each script that contains the word
+  /// "status" with that argument; its exit status has the meaning that the Linux Standard Base
+  /// defines. Returns none if there is no such folder. Throws KestrelException if the folder cannot
+  /// be read.
   std::vector<Service> Read() const;
 
   /// Returns a single service; nothing if there is no such script.
