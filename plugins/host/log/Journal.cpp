@@ -127,8 +127,8 @@ std::vector<LogLine> AskJournal(const std::vector<std::string>& units, const Log
   return lines;
 }
 
-// Throws if the journal is missing or only partly readable. In the export format, journalctl does
-// not report either; when asked for zero lines of text, it does.
+// Throws if the journal is missing or only partly readable. In the export format, journalctl
+// reports neither; when asked for zero lines of text, it reports both.
 void RequireWholeJournal() {
   RequireSuccess(RunProgram(RequireJournalctl(), {"--no-pager", "--lines=0"}));
 }

@@ -33,8 +33,8 @@ struct LinePriority {
 std::optional<LinePriority> ReadPriority(std::string_view line);
 
 /// Returns the level that a line of a file indicates: that of its priority, otherwise the most
-/// urgent one that a word of it indicates, otherwise kInfoLevel. This is a guess, because most log
-/// files do not store levels.
+/// urgent level that one of its words indicates, otherwise kInfoLevel. This is a guess, because
+/// most log files do not store levels.
 int GuessLevel(std::string_view line);
 
 }  // namespace Kestrel::Host

@@ -55,7 +55,8 @@ void ForEachLastLine(LogFile& file, const LogFilter& filter, LogTimeReader& time
                      const std::function<void(const FileLine& line)>& use);
 
 /// The number of successive lines with times that must be too old before the search ends. It
-/// exceeds what a machine writes while its clock is still wrong after the start.
+/// exceeds the number of lines that a machine writes while its clock is still wrong after the
+/// start.
 constexpr std::size_t kMaxOlderRun = 100000;
 
 }  // namespace Kestrel::Host

@@ -67,8 +67,9 @@ const RoutingNames& BuiltInRoutingNames();
 /// machine whose root folder is `root`. Each file is read in the first folder that has it:
 /// /etc/iproute2, /usr/share/iproute2 or /usr/lib/iproute2. Files such as rt_tables.d/NAME.conf are
 /// read in all these folders. If a number has several names, one from a NAME.conf takes precedence
-/// over one from another file, and that over a built-in name. Throws KestrelException if a file or
-/// folder exists and cannot be read.
+/// over one from rt_tables, rt_protos or rt_scopes, and that over a built-in name. Names from a
+/// NAME.conf in /etc/iproute2 take precedence over those from the other folders. Throws
+/// KestrelException if a file or folder exists and cannot be read.
 RoutingNames ReadRoutingNames(const std::string& root = std::string());
 
 }  // namespace Kestrel::Host

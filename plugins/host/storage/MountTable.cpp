@@ -52,8 +52,8 @@ std::string_view TakeOption(std::string_view& options) {
   return option;
 }
 
-// Returns the options of the mount followed by those of the file system. The mount is read-only if
-// either list says so.
+// Returns "ro" or "rw", then the other options of the mount and those of the file system. The mount
+// is read-only if either list says so.
 std::vector<std::string> MergeOptions(const std::string& ofMount, const std::string& ofFilesystem) {
   std::vector<std::string> merged = {"rw"};
   const auto append = [&merged](std::string_view options) {
@@ -98,7 +98,8 @@ std::optional<Mount> ParseMount(std::string_view line) {
   return mount;
 }
 
-// If the kernel itself mounted the root, the source is /dev/root, which does not exist.
+// If the kernel itself mounted the root, the source is /dev/root, which does not exist. Replaces it
+// by the path of the device, if `sysFolder` contains the device.
 void NameRootDevice(const std::string& sysFolder, Mount& mount) {
   if (mount.source != "/dev/root") {
     return;

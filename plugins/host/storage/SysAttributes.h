@@ -14,10 +14,12 @@ namespace Kestrel::Host {
 // it. Any other failure to read it throws KestrelException with its path, so that a limit of the
 // system is not mistaken for a machine without devices.
 
-/// Returns a file's line without white space at its ends; an empty string if it is missing.
+/// Returns the content of an attribute's file without white space at its ends; an empty string if
+/// the attribute is missing.
 std::string ReadAttribute(const std::string& path);
 
-/// Returns a file's number; nothing if it is missing or contains anything else.
+/// Returns the number in an attribute's file; nothing if the attribute is missing or is not a
+/// number.
 std::optional<long> ReadNumber(const std::string& path);
 
 /// Returns the names in a folder, in byte order; none if it is missing.

@@ -20,8 +20,8 @@ namespace Kestrel::Host {
 /// many look-ups.
 ///
 /// Usually /etc/group alone has the answers. The name service is asked for all groups if a number
-/// is missing there or the file alone cannot be relied on, and for single groups if it may have
-/// more than it lists.
+/// is missing there or the file alone cannot be relied on, and for single groups if the service may
+/// know more groups than it lists.
 class GroupNames {
  public:
   /// Returns the name of the group, or the number in digits if the group has no name. The view is
