@@ -150,7 +150,7 @@ TEST(InputSpecTest, AReturnedListShowsLaterAdditionsInTheirPlaces) {
                 "Found a duplicate paramater specification for parameter named 'nn'");
 }
 
-TEST(InputSpecTest, HelpIsInNameOrder) {
+TEST(InputSpecTest, AParameterNamedHelpIsInNameOrder) {
   EXPECT_THAT(Names(*SpecOf({Parameter("help"), Parameter("device"), Parameter("password")})),
               ElementsAre("device", "help", "password"));
 }

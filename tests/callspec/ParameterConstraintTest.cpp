@@ -55,8 +55,8 @@ std::shared_ptr<ParameterConstraint> Integers(const std::vector<std::int64_t>& v
   return constraint;
 }
 
-// Returns the messages for one value of the parameter "count". Expects that there are messages
-// exactly if the value is invalid.
+// Returns the messages for one value of the parameter "count". Expects that there are messages if,
+// and only if, the value is invalid.
 std::vector<std::string> Refusal(const std::shared_ptr<ParameterConstraint>& constraint,
                                  const std::string& value) {
   const auto output = Output::New();
@@ -166,7 +166,7 @@ TEST(ParameterConstraintTest, KeepsAllowedIntegersInTheOrderAdded) {
   EXPECT_THAT(constraint->GetIntEnum(), ElementsAre(3, -1, kMax, 2, kMin));
 }
 
-TEST(ParameterConstraintTest, ADuplicateIntegerThrowsWithoutItsValueAndChangesNothing) {
+TEST(ParameterConstraintTest, ADuplicateIntegerIsRefusedWithoutBeingNamed) {
   const auto constraint = Integers({1, 2});
   EXPECT_THAT(
       [&] { constraint->AddIntEnum(1); },
@@ -187,7 +187,7 @@ TEST(ParameterConstraintTest, AnEmptySetOfIntegersRefusesEveryInteger) {
                           "from the set []"));
 }
 
-TEST(ParameterConstraintTest, ADuplicateStringThrowsWithItsValueAndChangesNothing) {
+TEST(ParameterConstraintTest, ADuplicateStringIsRefusedAndNamed) {
   const auto constraint = ParameterConstraint::New(StringEnum);
   constraint->AddStringEnum("on");
   EXPECT_THAT([&] { constraint->AddStringEnum("on", "switches it on"); },

@@ -350,7 +350,7 @@ TEST(MetaListTest, RefusesVectorsOfAnotherKind) {
   EXPECT_EQ(list->GetCount(), 0u);
 }
 
-TEST(MetaListTest, ReallocatesNothingForAVectorThatHasRoom) {
+TEST(MetaListTest, ReallocatesNothingForAVectorThatFits) {
   const auto list = Numbers({1, 2, 3});
   list->EnsureCapacity(1000);
   const auto* const elements = list->GetObjects().data();
@@ -421,7 +421,7 @@ TEST(MetaListTest, MakesRoomAhead) {
   const auto list = Numbers({1, 2, 3});
   list->Reserve(10);
   EXPECT_GE(list->GetObjects().capacity(), 10u);
-  list->EnsureCapacity(list->GetObjects().capacity() - 2);  // there is room for one less
+  list->EnsureCapacity(list->GetObjects().capacity() - 2);  // one more than there is room for
   EXPECT_GE(list->GetObjects().capacity(), 11u);
   list->EnsureCapacity(100);
   EXPECT_GE(list->GetObjects().capacity(), 103u);
@@ -439,7 +439,7 @@ TEST(MetaListTest, RefusesRoomBeyondAllMemory) {
   EXPECT_EQ(list->ToString(), "1");
 }
 
-TEST(MetaListTest, StaysLinearOverManySmallVectors) {
+TEST(MetaListTest, ReallocatesRarelyForManySmallVectors) {
   const auto list = MetaList::New(MetaType::Int);
   std::size_t moves = 0;
   const void* elements = nullptr;

@@ -1109,7 +1109,8 @@ TEST(MetaStructTest, AcceptsLongNamesAndStrings) {
   EXPECT_THAT(structure->GetFieldNames(), ElementsAre("a", name, name + "x"));
 }
 
-// Makes structures nested in a field of that name, directly or through lists of structures.
+// Makes structures that are nested in fields with this name, directly or through lists of
+// structures.
 std::shared_ptr<MetaStruct> Nested(int depth, bool hasLists, const std::string& name = "in") {
   auto structure = StructureOf({"leaf"});
   for (int level = 0; level < depth; ++level) {

@@ -275,7 +275,7 @@ TEST_F(SlabAllocatorThreadTest, ReusesTheRestOfTheChunkOfAThreadThatHasEnded) {
 }
 
 // `late` is older than the thread's first block, so its destructor runs after the memory of the
-// thread went to the pool.
+// thread has gone to the pool that all threads share.
 TEST_F(SlabAllocatorThreadTest, ReusesWhatThreadLocalDestructorsFree) {
   struct Late {
     ~Late() {

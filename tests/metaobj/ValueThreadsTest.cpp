@@ -56,8 +56,8 @@ void RunInThreads(const std::function<void(int)>& work) {
   }
 }
 
-// The functions below make structures of different shapes. Each shape takes another path through
-// the library.
+// The functions below make structures. Each of these functions takes a different path through the
+// library.
 
 Structure MakeFlat(long seed) {
   const Structure flat = MetaStruct::New("Flat");
@@ -174,7 +174,7 @@ Structure Copy(const MetaStruct& original) {
   return copy;
 }
 
-TEST(ValueThreadsTest, EachThreadBuildsComparesCopiesAndDestroysItsOwn) {
+TEST(ValueThreadsTest, EachThreadBuildsComparesCopiesAndDestroysItsOwnValues) {
   constexpr int kRounds = 60;
   RunInThreads([](int number) {
     for (int round = 0; round < kRounds; ++round) {
@@ -210,7 +210,8 @@ TEST(ValueThreadsTest, AllThreadsReadTheSameValues) {
   });
 }
 
-// Making a structure or a list from a definition locks the definition. All threads may do so.
+// Making a structure or a list from a definition locks the definition. All threads may do
+// so at the same time.
 TEST(ValueThreadsTest, AllThreadsUseOneDefinition) {
   constexpr int kRounds = 50;
   for (int round = 0; round < kRounds; ++round) {
@@ -311,7 +312,7 @@ TEST(ValueThreadsTest, ValuesOutliveTheThreadThatBuiltThem) {
 }
 
 // `holder` is older than the thread's first value, so it is destroyed after the memory of the
-// thread went to the pool.
+// thread has gone to the pool that all threads share.
 TEST(ValueThreadsTest, AThreadLocalObjectMayHoldValues) {
   RunInThreads([](int number) {
     struct Holder {

@@ -65,7 +65,7 @@ const std::vector<BrokenDescriptor>& GetBrokenDescriptors() {
       {"nul-byte", kUnparsable},
       {"undeclared-entity", kUnparsable},
       {"attribute-twice", kUnparsable},
-      // Files that are not in the encoding that they declare.
+      // Files in an unknown encoding, or not in the declared one (UTF-8 by default).
       {"latin-1-without-a-declaration", kUnparsable},
       {"unknown-encoding", kUnparsable},
       {"utf-16-without-a-mark", kUnparsable},

@@ -14,10 +14,10 @@ struct BrokenDescriptor {
   std::string fault;  ///< the end of the error message; "@" stands for the path
 };
 
-/// Returns all files of the folder, grouped by fault.
+/// Returns all descriptors of the folder below, grouped by the part that has the fault.
 const std::vector<BrokenDescriptor>& GetBrokenDescriptors();
 
-/// Returns the folder that contains the files.
+/// Returns the folder that contains the files of these descriptors.
 std::string GetBrokenDescriptorFolder();
 
 }  // namespace Kestrel::Testing

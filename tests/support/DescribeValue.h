@@ -10,7 +10,8 @@
 
 namespace Kestrel::Testing {
 
-/// Describes a value completely on one line: kinds, type names, documentation and nested values.
+/// Describes a value: kinds, type names, documentation and nested values. Does not describe the
+/// declared structures of lists.
 ///
 /// Examples: `null`, `int 7`, `bool true`, `string 'a'`, `structure Disk {Name: string 'a', Size:
 /// int 7}`, `list of Int [int 1, int 2]`.

@@ -47,7 +47,8 @@ class FormatterFixture : public ::testing::Test {
     return FormatToText(formatter, root, parameters, width);
   }
 
-  /// Returns what the formatter writes for a value at a nesting level, if it supports that.
+  /// Returns what the formatter writes for a value at a nesting level. Not all formatters have the
+  /// overload of Format that this function calls.
   static std::string PrintAt(int level, const std::shared_ptr<MetaObject>& value) {
     Formatter formatter;
     std::ostringstream out;

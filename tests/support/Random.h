@@ -18,7 +18,7 @@ inline int Rounds(int ordinary, int full) {
   return std::getenv("KESTREL_CAMPAIGN") == nullptr ? ordinary : full;
 }
 
-/// A source of random values. Each run has another seed, unless KESTREL_SEED sets it.
+/// A source of random values. Each run has a different seed, unless KESTREL_SEED sets it.
 class Random {
  public:
   Random() : Random(ChooseSeed()) {}

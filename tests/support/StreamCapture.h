@@ -11,7 +11,7 @@
 namespace Kestrel::Testing {
 
 /// Captures everything that this process or a child writes to one file descriptor, for as long as
-/// the object lives. Its constructor and destructor flush std::cout, std::cerr and the C streams.
+/// the object lives. All its functions flush std::cout, std::cerr and the C streams.
 class StreamCapture {
  public:
   /// `descriptor` is STDOUT_FILENO or STDERR_FILENO.

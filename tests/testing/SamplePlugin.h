@@ -22,7 +22,7 @@
 namespace Kestrel::Testing {
 
 /// A command "sample show". It declares a structure "Sample" with the field "Text" as its result,
-/// unless another one is set.
+/// unless `SetResult` has set another one.
 class SampleCommand : public AutoCli::Command {
  public:
   using Work = std::function<void(const std::string& text, CallSpec::Output& output)>;

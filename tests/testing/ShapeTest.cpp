@@ -30,8 +30,8 @@ TEST(ShapeTest, AcceptsTheDeclaredResultAndAHelpPage) {
   EXPECT_TRUE(Passes(CheckShape(tool.Run({"sample", "show", "--help"}))));
 }
 
-// Returns the problems with a list of fields, for a result with the field "Text" and the structure
-// "Inner", which has a field "Text" too.
+// Returns the problems with a list of fields, for a result with the fields "Text" and "Inner". The
+// value of "Inner" is a structure that has a field "Text" too.
 std::vector<std::string> ProblemsWithFields(const char* formatter, const char* fields) {
   const auto result = SampleCommand::MakeResult("Sample", "");
   result->SetField("Inner", SampleCommand::MakeResult("Part", ""));

@@ -87,7 +87,7 @@ TEST(TestToolTest, ThrowsForAPluginThatCannotBeLoaded) {
       ThrowsMessage<KestrelException>(StartsWith("Unable to load plugin from /no/such.so")));
 }
 
-TEST(TestToolTest, KnowsTheCommandsOfTheLastPluginOnly) {
+TEST(TestToolTest, ListsOnlyTheCommandsOfThePluginUnderTest) {
   const TestTool echo(KESTREL_ECHO_PLUGIN);
   std::vector<std::string> paths;
   for (const auto& [path, command] : echo.GetCommands()) {

@@ -126,7 +126,7 @@ TEST_F(NamespaceNodeTest, RegisteringSetsTheNameAndTheParent) {
   EXPECT_EQ(node->GetPathString(' '), "network ip route");
 }
 
-TEST_F(NamespaceNodeTest, RegisteringASecondNodeUnderOneNameOfTheRootThrows) {
+TEST_F(NamespaceNodeTest, RegisteringASecondNodeWithTheSameNameInTheRootThrows) {
   const std::shared_ptr<Namespace> first = Namespace::New();
   root_->RegisterNamespaceNode(first, "fooBar");
   const std::shared_ptr<Namespace> second = Namespace::New();
@@ -467,7 +467,7 @@ void ExpectSameTree(const std::shared_ptr<NamespaceNode>& node, const std::strin
   EXPECT_EQ(node->GetPath(), Split(path));
 }
 
-TEST(NamespaceNodeModelTest, RandomTreesWalkAndResolveLikeAMap) {
+TEST(NamespaceNodeModelTest, RandomTreesHaveTheNodesAndPathsOfTheirModels) {
   Testing::Random random;
   SCOPED_TRACE(random.HowToRepeat());
   const std::vector<std::string> names = {"a", "b", "aB", "a1", "list", "zeta", "9x"};
