@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Tests what the real tool prints in addition to the library's messages, on pipes and on a
-// terminal.
+// Tests what the real tool prints in addition to the library's messages, on a terminal and into
+// files.
 
 #include <gmock/gmock.h>
 
@@ -74,7 +74,7 @@ TEST(AdviceTest, NothingFollowsWhenNothingIsSimilar) {
             VexilRun({"nosuch"}).Run().err);
 }
 
-TEST(AdviceTest, ThereAreNoHintsOnAPipe) {
+TEST(AdviceTest, ThereAreNoHintsWithoutATerminal) {
   EXPECT_EQ("Errors: \nUnknown parameter : comand-filter\n",
             VexilRun({"vexil", "command", "list", "--comand-filter=x"}).Run().err);
   EXPECT_EQ("", VexilRun({"--screen-width=x", "vexil", "command", "list"}).Run().err);

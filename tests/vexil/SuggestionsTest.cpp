@@ -130,7 +130,7 @@ TEST_F(SuggestionsTest, OffersNothingForMoreWordsThanAPathHas) {
   EXPECT_THAT(Suggest(line), IsEmpty());
 }
 
-TEST_F(SuggestionsTest, EndsInATreeThatContainsItself) {
+TEST_F(SuggestionsTest, TerminatesInATreeThatContainsItself) {
   if (kIsSanitized) {
     GTEST_SKIP() << "a tree that contains itself is never released";
   }

@@ -116,7 +116,7 @@ TEST_F(TerminalFormatterTest, LeavesHelpAndListingsAlone) {
   }
 }
 
-TEST_F(TerminalFormatterTest, LeavesPipesAlone) {
+TEST_F(TerminalFormatterTest, LeavesOutputToAFileAlone) {
   EXPECT_EQ(Run({"disk", "table"}).Run().out, "Size\n----\n4096  \n");
 }
 
@@ -137,7 +137,7 @@ TEST_F(TerminalFormatterTest, PassesParametersToPretty) {
               HasSubstr("Unknown format parameter: nosuch"));
 }
 
-TEST_F(TerminalFormatterTest, KnowsOnlyPretty) {
+TEST_F(TerminalFormatterTest, IgnoresARequestForAnotherFormatter) {
   VexilRun run = Run({"disk", "table"}, false);
   run.WithEnvironment("VEXIL_TERMINAL_FORMATTER", "json");
   EXPECT_EQ(OnTerminal(run), table_);

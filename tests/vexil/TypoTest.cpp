@@ -67,7 +67,7 @@ class TypoTest : public ::testing::Test {
                  [](const NodePath& path) { return path.isCommand; });
   }
 
-  // Returns the path with one edit, after which no node has it.
+  // Returns `path` with one random edit that makes it the path of no node.
   Words Mistype(const Words& path, Random& random) {
     while (true) {
       Words typed = path;

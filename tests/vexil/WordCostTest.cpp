@@ -18,7 +18,7 @@ using Vexil::kEditCost;
 using Vexil::NearestNames;
 using Vexil::WordCost;
 
-TEST(WordCostTest, GrowsFromTheSameWordToAnAbbreviation) {
+TEST(WordCostTest, GrowsFromTheSameWordToAWordWithTwoEdits) {
   EXPECT_EQ(0, WordCost("mount", "mount"));
   EXPECT_LT(0, WordCost("Mount", "mount"));
   EXPECT_LT(WordCost("Mount", "mount"), WordCost("mounts", "mount"));

@@ -21,7 +21,7 @@ TEST(CsvFormatTest, OmitsTheHeaderOnRequest) {
               ElementsAre("The value of header is neither true nor false: no"));
 }
 
-TEST(CsvFormatTest, QuotesCellsWithASeparatorOrAQuote) {
+TEST(CsvFormatTest, QuotesCellsWithACommaAQuoteOrALineBreak) {
   EXPECT_EQ(
       Csv(MakeTexts({"a,b", "say \"hi\"", "a\nb", "a\rb", " a ", "a\tb;c"}), {{"header", "false"}}),
       "\"a,b\"\r\n\"say \"\"hi\"\"\"\r\n\"a\nb\"\r\n\"a\rb\"\r\n a \r\na\tb;c\r\n");
@@ -47,7 +47,7 @@ TEST(CsvFormatTest, QuotesACellWithAQuoteAtAnyPosition) {
   }
 }
 
-TEST(CsvFormatTest, PrintsCellsOfEveryLengthInEveryColumn) {
+TEST(CsvFormatTest, PrintsCellsOfManyLengthsBesideOthers) {
   for (std::size_t size = 1; size < 150; ++size) {
     const std::string text(size, 'x');
     for (const std::string_view other : {"y", "\"", ""}) {
@@ -59,7 +59,7 @@ TEST(CsvFormatTest, PrintsCellsOfEveryLengthInEveryColumn) {
   }
 }
 
-TEST(CsvFormatTest, PrintsCellsOfEveryLengthAtAnyPlaceOfTheOutput) {
+TEST(CsvFormatTest, PrintsCellsOfManyLengthsThroughoutALongOutput) {
   std::vector<std::string> texts;
   std::string expected;
   for (std::size_t i = 0; i < 5000; ++i) {

@@ -8,7 +8,7 @@
 
 namespace Kestrel::Formats {
 
-/// Sets the locale of the thread to C.UTF-8, in which `wcwidth` knows all characters.
+/// Sets the locale of the thread to C.UTF-8, in which `wcwidth` knows more than ASCII.
 class Utf8Locale {
  public:
   Utf8Locale() : locale_(newlocale(LC_ALL_MASK, "C.UTF-8", nullptr)) {

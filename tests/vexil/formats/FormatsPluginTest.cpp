@@ -37,7 +37,7 @@ TEST(FormatsPluginTest, AddsNoCommands) {
   EXPECT_EQ(dispatcher.GetRootNamespace()->GetNamespaceNodes().size(), before);
 }
 
-TEST(FormatsPluginTest, DescribesEachFormatterThatIsAskedFor) {
+TEST(FormatsPluginTest, FindsAndDescribesEachOfItsFormatters) {
   FormatsPlugin plugin;
   for (const auto& formatter : plugin.GetFormatters()) {
     ASSERT_TRUE(plugin.HasFormatter(formatter->GetName()));
@@ -62,7 +62,8 @@ TEST(FormatsPluginTest, HasNoOtherFormatters) {
   EXPECT_EQ(plugin.GetFormatter(""), nullptr);
 }
 
-// Prints a disk with the parameter "fields", which the user or the command has set.
+// Prints a disk with the parameter "fields". If `isChosen` is true, the user has set it, otherwise
+// the command.
 std::string PrintName(const ExactFormat& format, bool isChosen) {
   AutoCli::FormatParameters params = Testing::MakeParameters({{"fields", "Name"}});
   AutoCli::DisplayContext display;

@@ -217,7 +217,7 @@ TEST(PrettyFormatTest, PrintsABoldHeader) {
   EXPECT_EQ(Colored(MakeList({MakeRow("A", "x\n")})), "\x1b[1mA\x1b[0m\nx\x1b[7m\\n\x1b[27m\n");
 }
 
-TEST(PrettyFormatTest, ColorsAPipeOnlyOnRequest) {
+TEST(PrettyFormatTest, WithoutATerminalColorsOnlyOnRequest) {
   const ScopedEnvironment noColor("NO_COLOR", "1");
   const ScopedEnvironment terminal("TERM", "dumb");
   EXPECT_THAT(Colored(MetaInt::New(1)), HasSubstr("\x1b[36m"));

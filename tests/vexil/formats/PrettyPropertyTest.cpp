@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Properties of all output of the format "pretty", tested with random results and widths.
+// Properties of all output of the format "pretty", tested with random results at several widths.
 
 #include <wchar.h>
 
@@ -40,8 +40,8 @@ bool ActsOnText(char32_t code) {
          code == 0x200f || (code >= 0x2028 && code <= 0x202e) || (code >= 0x2066 && code <= 0x2069);
 }
 
-/// Returns the number of columns that a character fills by itself: that of the system, or ours if
-/// the system does not know the character.
+/// Returns the number of columns that a character fills by itself, according to the system or, if
+/// the system does not know the character, to `WidthClassOf`.
 std::size_t ColumnsOf(char32_t code) {
   const int columns = wcwidth(static_cast<wchar_t>(code));
   return columns >= 0 ? static_cast<std::size_t>(columns)

@@ -65,7 +65,7 @@ TEST(YamlFormatTest, DoesNotQuotePlainStrings) {
   }
 }
 
-TEST(YamlFormatTest, DecidesWhetherToQuoteForEveryAsciiCharacterAtEveryPosition) {
+TEST(YamlFormatTest, DecidesWhetherToQuoteForEachPrintableCharacterAtSeveralPositions) {
   const std::string plain =
       " %()+-./0123456789@ABCDEFGHIJKLMNOPQRSTUVWXYZ_abcdefghijklmnopqrstuvwxyz";
   for (char character = ' '; character < '\x7f'; ++character) {

@@ -24,7 +24,7 @@ import values  # noqa: E402
 
 BATCH = 5000  # results in memory at a time
 MAX_PROBLEMS = 10
-MIN_READABLE_SHARE = 0.1  # Each reader must be able to read this share of the results.
+MIN_READABLE_SHARE = 0.1  # Each reader must be able to read at least this share.
 
 
 class Case:

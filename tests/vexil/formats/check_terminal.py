@@ -7,7 +7,7 @@
 
 For widths of 40, 80 and 200 columns, the tool prints lists and structures with wide characters,
 combining marks and emoji, directly to the terminal. The screen must then contain the lines that the
-tool prints for that width into a pipe, each on a line of its own, in bold where the header is. A
+tool prints for that width into a pipe, each on a line of its own, and the header in bold. A
 program in the terminal then asks for the position of the cursor before each cell of the last
 column. This position must be the same in all rows.
 """
