@@ -198,7 +198,8 @@ TEST(XmlValueReaderTest, RandomDocumentsLeadToEveryKindOfResult) {
   EXPECT_GT(exceptions, 100);
 }
 
-/// Expects the same reading of `text` after each change of one place.
+/// Expects the same reading of `text` after it is cut at any place, and after a byte is removed or
+/// a piece of XML is inserted at any place.
 void ExpectSameReadingOfDamaged(const std::string& text) {
   for (std::size_t i = 0; i < text.size() && !testing::Test::HasFailure(); ++i) {
     ExpectSameReading(text.substr(0, i));

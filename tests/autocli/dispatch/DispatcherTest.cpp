@@ -470,7 +470,7 @@ TEST_F(DispatcherTest, AMissingSubdirectoryForLibrariesIsNotReported) {
   EXPECT_EQ(err.GetText(), "Unable to open directory " + missing + " for plugin registration\n");
 }
 
-TEST_F(DispatcherTest, TheDefaultDirectoriesAreTheBuiltInOneAndTheOneForExtensions) {
+TEST_F(DispatcherTest, ReportsWhichDefaultDirectoriesAreMissing) {
   const bool haveBoth = access(KESTREL_PLUGIN_DIR, R_OK) == 0;
   const bool haveExt = access(KESTREL_PLUGIN_DIR "/ext", R_OK) == 0;
   std::string expected;

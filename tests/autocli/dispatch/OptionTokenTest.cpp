@@ -64,7 +64,7 @@ TEST(OptionTokenTest, ChecksEveryShortTokenAsTheExpressionsDo) {
   ExpectSameAnswers(MakeStrings("", "-=aZ1.\n", 6));
 }
 
-TEST(OptionTokenTest, ChecksEveryShortLongOptionAsTheExpressionsDo) {
+TEST(OptionTokenTest, ChecksEveryShortTextAfterTwoDashesAsTheExpressionsDo) {
   ExpectSameAnswers(MakeStrings("--", "-=aZ1.\n", 6));
 }
 

@@ -278,7 +278,7 @@ TEST_F(TableFormatterTest, AColumnThatIsRemovedDuringPrintingEndsTheTable) {
   int asked = 0;
   const std::weak_ptr<MetaStruct> weak = row;
   row->SetField("a", std::make_shared<ActingValue>([&asked, weak] {
-                  if (++asked == 5) {  // three measure; the fifth writes the second line
+                  if (++asked == 5) {  // calls 1 to 3 measure, call 5 writes line 2
                     weak.lock()->RemoveField("b");
                   }
                   return std::string("text");

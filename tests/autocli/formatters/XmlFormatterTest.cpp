@@ -318,7 +318,7 @@ TEST_F(XmlFormatterTest, SantizeStringLeavesAllOtherBytesUnchanged) {
   }
 }
 
-TEST_F(XmlFormatterTest, SantizeStringAcceptsStringsOfEveryLength) {
+TEST_F(XmlFormatterTest, SantizeStringReplacesACharacterAtEachPlace) {
   for (std::size_t size = 1; size < 40; ++size) {
     for (std::size_t at = 0; at < size; ++at) {
       const std::string before(at, 'a');

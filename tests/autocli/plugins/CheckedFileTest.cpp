@@ -107,7 +107,7 @@ TEST_F(CheckedFileTest, FollowsLinks) {
   }
 }
 
-TEST_F(CheckedFileTest, NamesWhatIsNotTrustedByAPathWithoutLinks) {
+TEST_F(CheckedFileTest, ReportsThePathWithoutLinksOfWhatIsNotTrusted) {
   fs::create_symlink("inner", folder_.GetPath("link"));
   SetMode(file_, 0664);
   fs::create_symlink(Inner(), folder_.GetPath("absolute"));
@@ -162,7 +162,7 @@ TEST_F(CheckedFileTest, RefusesEveryFileWithoutProc) {
 
 TEST_F(CheckedFileTest, RefusesWhatItCannotExamine) {
   const auto forbidFstat = [] {
-    const int lowest = dup(STDIN_FILENO);  // the number that the root folder will have
+    const int lowest = dup(STDIN_FILENO);  // the file descriptor that the root folder will get
     close(lowest);
     Testing::Forbid(SYS_fstat, lowest, EIO);
     Testing::Forbid(SYS_newfstatat, lowest, EIO);  // what some C libraries call instead

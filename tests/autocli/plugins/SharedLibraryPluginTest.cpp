@@ -263,7 +263,7 @@ TEST(SharedLibraryPluginTest, ALinkToASharedObjectIsLoaded) {
   EXPECT_TRUE(IsLoaded(path));
 }
 
-// Changes the working directory of this process as long as the object exists.
+// Makes `dir` the working directory of this process for as long as the object exists.
 class ScopedWorkingDirectory {
  public:
   explicit ScopedWorkingDirectory(const std::string& dir)

@@ -58,9 +58,9 @@ void RequireOrExit(bool holds) {
   }
 }
 
-/// Starts a process that waits for a signal, with a process of the same kind below it. Returns the
-/// ID of the first once both exist. When both have ended, a read from the read end of `ends`
-/// returns the end of the file.
+/// Starts a process that waits for a signal, and a child of that process that does the same.
+/// Returns the ID of the first once both exist. When both have ended, a read from the read end of
+/// `ends` returns the end of the file.
 pid_t StartTwo(int (&ends)[2]) {
   RequireOrExit(pipe(ends) == 0);
   const pid_t child = fork();

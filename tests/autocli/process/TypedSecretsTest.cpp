@@ -58,7 +58,7 @@ int CountCopies() {
                block[static_cast<std::size_t>(i) + same] == SecretByte(same)) {
           ++same;
         }
-        // The block itself is a copy while it is searched.
+        // `block` is part of the memory that is searched. Its own contents do not count.
         const unsigned long address = at + static_cast<unsigned long>(i);
         const auto own = reinterpret_cast<unsigned long>(block.data());
         copies +=

@@ -83,7 +83,7 @@ TEST(TextWriterTest, CopiesAndRepeatsEveryShortLength) {
   }
 }
 
-TEST(TextWriterTest, StringsOfEverySizeCrossTheEndOfTheBuffer) {
+TEST(TextWriterTest, StringsOfSeveralSizesCrossTheEndOfTheBuffer) {
   for (const std::size_t size : {1u, 7u, 32767u, 32768u, 32769u, 100000u}) {
     const std::string text(size, 'x');
     std::string expected;
@@ -110,7 +110,7 @@ TEST(TextWriterTest, AppendsPiecesInOrder) {
             std::string("a\0-9223372036854775808b&lt;c   7", 32) + std::string(100, ' '));
 }
 
-TEST(TextWriterTest, PiecesOfEverySizeCrossTheEndOfTheBuffer) {
+TEST(TextWriterTest, PiecesOfSeveralSizesCrossTheEndOfTheBuffer) {
   static constexpr EscapeTable kTable = EscapeTable().Set('<', "&lt;");
   for (std::size_t start = 32768 - 150; start <= 32768; ++start) {
     for (const std::size_t size : {0u, 1u, 31u, 32u, 33u, 70u}) {
@@ -158,7 +158,7 @@ TEST(TextWriterTest, EscapesMarkedBytesAndCopiesTheRest) {
   EXPECT_EQ(kTable.Measure("<\xff\xfe"), 4u + 7u + 1u);
 }
 
-TEST(TextWriterTest, EscapesAtEveryPlaceInStringsOfAnyLength) {
+TEST(TextWriterTest, EscapesAtEveryPlaceInShortStrings) {
   static constexpr EscapeTable kTable = EscapeTable().Set('<', "&lt;");
   for (std::size_t size = 1; size < 40; ++size) {
     for (std::size_t at = 0; at < size; ++at) {

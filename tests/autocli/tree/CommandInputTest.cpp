@@ -55,7 +55,7 @@ TEST(CommandInputTest, ALaterPathReplacesTheEarlierOne) {
   EXPECT_THAT(input->GetCommandPath(), IsEmpty());
 }
 
-TEST(CommandInputTest, TakesItsOwnPath) {
+TEST(CommandInputTest, AcceptsItsOwnPathAsTheArgument) {
   const auto input = CommandInput::New();
   input->SetCommandPath({"a", "b"});
   input->SetCommandPath(input->GetCommandPath());

@@ -117,7 +117,7 @@ TEST_F(CommandSpecTest, RefusesAChildWithoutLookingAtIt) {
           "cannot have sub-commands or sub-namespaces."));
 }
 
-TEST_F(CommandSpecTest, TheErrorOfResolvingNamesAWordThatIsLeftOver) {
+TEST_F(CommandSpecTest, AFailedResolutionReportsAWordThatIsLeftOver) {
   std::list<std::string> path{"network", "ip", "list", "extra"};
   EXPECT_THAT([&] { root_->ResolveNode(path); },
               ThrowsMessage<KestrelException>(
@@ -142,7 +142,7 @@ TEST_F(CommandSpecTest, ResolvingNoWordsThrows) {
                   "ip list'. Commands cannot have sub-commands or sub-namespaces."));
 }
 
-TEST_F(CommandSpecTest, TheErrorOfResolvingNamesAllWordsThatAreLeftOver) {
+TEST_F(CommandSpecTest, AFailedResolutionReportsAllWordsThatAreLeftOver) {
   std::list<std::string> path(100000, "word");
   std::string words = "word";
   for (std::size_t i = 1; i < path.size(); ++i) {

@@ -29,7 +29,7 @@ TEST(RootNamespaceTest, ReturnsAnOwnerOfItself) {
   EXPECT_EQ(root->GetThis(), root);
 }
 
-TEST(RootNamespaceTest, HasNoNameAndAnEmptyPath) {
+TEST(RootNamespaceTest, HasAnEmptyNameAndAnEmptyPath) {
   const std::shared_ptr<RootNamespace> root = RootNamespace::New(nullptr);
   EXPECT_EQ(root->GetName(), "");
   EXPECT_THAT(root->GetPath(), IsEmpty());

@@ -63,8 +63,9 @@ class ParserOfATag {
   xmlParserCtxt* const parser_;
 };
 
-// The parser's tables have five entries for an attribute and two for a namespace. They grow to
-// twice their size, so they may have twice the size that is needed.
+// There are five entries for an attribute and two for a namespace. The table of attributes grows to
+// twice its size, so it may have twice the size that is needed. The limit for namespaces is as
+// generous.
 TEST(XmlAttributeCountTest, StopsTheParserWhenItsTablesAreTooLarge) {
   ParserOfATag largest(100000, 40000);
   EXPECT_FALSE(largest.StopAtTooMany());

@@ -28,7 +28,7 @@ struct ResultGroup {
 /// Returns the names of the groups, in the order of `MakeResultGroups`.
 std::vector<std::string> ResultGroupNames();
 
-/// Makes groups of values that cover all kinds and shapes, edge cases first.
+/// Makes groups of values that cover all kinds and shapes, with many edge cases.
 std::vector<ResultGroup> MakeResultGroups();
 
 /// Returns the group with that name.
