@@ -367,7 +367,7 @@ TEST(ParameterSpecTest, AFlagTakesTheEmptyValueOnly) {
                 "accept any values. ");
 }
 
-TEST(ParameterSpecTest, EveryValueIsCheckedAfterAFailure) {
+TEST(ParameterSpecTest, TheValuesAfterAnInvalidOneAreCheckedToo) {
   ExpectInvalid(Spec(IntList), {"1", "x", "2", "y"},
                 "Invalid data 'x' for parameter given expected type Integer",
                 "Invalid data 'y' for parameter given expected type Integer");

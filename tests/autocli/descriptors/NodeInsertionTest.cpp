@@ -32,12 +32,12 @@ class NodeInsertionTest : public testing::Test {
   const std::shared_ptr<Namespace> registered_ = MakeNamespace("Disks");
 };
 
-TEST_F(NodeInsertionTest, UsesATopLevelNamespaceOfTheSameDescription) {
+TEST_F(NodeInsertionTest, UsesATopLevelNamespaceWithTheSameDescription) {
   InsertNode("disk", MakeNamespace("Disks"), root_);
   EXPECT_EQ(root_->GetNamespaceNode("disk"), registered_);
 }
 
-TEST_F(NodeInsertionTest, RefusesATopLevelNamespaceOfAnotherDescription) {
+TEST_F(NodeInsertionTest, RefusesATopLevelNamespaceWithAnotherDescription) {
   EXPECT_THROW(InsertNode("disk", MakeNamespace("Other"), root_), KestrelException);
   EXPECT_EQ(root_->GetNamespaceNode("disk"), registered_);
 }
@@ -60,7 +60,7 @@ TEST_F(NodeInsertionTest, InsertsBelowItsParent) {
   EXPECT_EQ(registered_->GetNamespaceNode("list"), command);
 }
 
-TEST_F(NodeInsertionTest, RefusesADeeperNamespaceEvenOfTheSameDescription) {
+TEST_F(NodeInsertionTest, RefusesADeeperNamespaceEvenWithTheSameDescription) {
   InsertNode("disk.cache", MakeNamespace("Caches"), root_);
   EXPECT_THROW(InsertNode("disk.cache", MakeNamespace("Caches"), root_), KestrelException);
 }

@@ -108,7 +108,7 @@ TEST(XmlEventTreeTest, EqualsTheParsersTreeForEachShippedDescriptor) {
   }
 }
 
-TEST(XmlEventTreeTest, HasEveryKindOfNodeOfADocument) {
+TEST(XmlEventTreeTest, HasEveryKindOfNodeOfAnOrdinaryDocument) {
   constexpr const char* kDocuments[] = {
       "<o/>",
       "<o a='1' b=\"\" c='&amp;&lt;&#65;' a2='x\ny'/>",

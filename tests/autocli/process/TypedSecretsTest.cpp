@@ -230,7 +230,7 @@ TEST(TypedSecretsTest, CoreDumpsAreDisabledOnceASecretIsExpected) {
   prctl(PR_SET_DUMPABLE, wasDumpable);
 }
 
-TEST(TypedSecretsTest, OnlyTypedValuesAreMasked) {
+TEST(TypedSecretsTest, MasksOnlyWhatIsAddedAfterASecretIsExpected) {
   EXPECT_EQ(TypedSecrets::Mask("a b a"), "a b a");
   const TypedSecrets secrets;
   TypedSecrets::Add("a");

@@ -36,7 +36,7 @@ int StatusOf(const std::string& commandLine) {
   return AutoCli_ShellCmd(commandLine, output, "");
 }
 
-/// Records the commands that run while the object exists.
+/// Records the calls of the listener for finished commands while the object exists.
 class Listening {
  public:
   Listening() {

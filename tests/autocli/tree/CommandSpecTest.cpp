@@ -220,7 +220,7 @@ TEST_F(CommandSpecTest, TheHelpParameterIsAnOptionalBoolWithAShortName) {
   EXPECT_FALSE(help.IsSecret());
 }
 
-TEST_F(CommandSpecTest, ACommandsOwnParameterHelpThrowsOnceAndIsKept) {
+TEST_F(CommandSpecTest, ACommandsOwnHelpParameterIsRefusedOnceAndThenKept) {
   command_->inputSpec->AddParameter(OptionalParameter("help", ParameterType::String));
   EXPECT_THAT([&] { command_->GetInputSpec(); },
               ThrowsMessage<KestrelException>(

@@ -73,7 +73,7 @@ std::string PrintName(const ExactFormat& format, bool isChosen) {
   return out.str();
 }
 
-TEST(ExactFormatterTest, IgnoresFieldsThatTheCommandChoseForPeople) {
+TEST(ExactFormatterTest, UsesTheFieldsThatTheCommandChoseOnlyForPretty) {
   EXPECT_EQ(PrintName(kNdjsonFormat, true), "{\"Name\":\"a\"}\n");
   EXPECT_EQ(PrintName(kNdjsonFormat, false), "{\"Name\":\"a\",\"Size\":1}\n");
   EXPECT_EQ(PrintName(kPrettyFormat, false), "Name: a\n");

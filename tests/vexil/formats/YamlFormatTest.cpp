@@ -56,7 +56,7 @@ TEST(YamlFormatTest, PrintsScalars) {
   EXPECT_EQ(YamlString(""), "\"\"\n");
 }
 
-TEST(YamlFormatTest, DoesNotQuotePlainStrings) {
+TEST(YamlFormatTest, QuotesAPlainStringOnlyIfItBeginsWithADigit) {
   for (const char* text : {"a", "archive", "/dev/sda1", "Kept for ten years", "x86_64", "a-b.c+d",
                            "Zoë", "日本", "ext4", "yesterday", "e3", "50%", "a(b)+c@d%e",
                            "a longer string (of 40 bytes) with a + b"}) {
