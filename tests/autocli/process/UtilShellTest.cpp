@@ -36,7 +36,7 @@ int StatusOf(const std::string& commandLine) {
   return AutoCli_ShellCmd(commandLine, output, "");
 }
 
-/// Records the calls of the listener for finished commands while the object exists.
+/// Records each shell command that finishes while the object exists, and its wait status.
 class Listening {
  public:
   Listening() {
