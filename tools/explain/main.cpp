@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <exception>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,7 @@
 
 namespace {
 
+using Kestrel::AutoCli::CliDispatcher;
 using Kestrel::Console::Console;
 using Kestrel::Explain::Explanation;
 
@@ -75,7 +77,8 @@ int PrintShell(const Explanation& explanation, bool isInput, const Console& cons
   return console.Print(text) ? EXIT_SUCCESS : kCouldNotRun;
 }
 
-int Run(std::vector<std::string> arguments, const Console& console) {
+int Run(std::vector<std::string> arguments, std::optional<CliDispatcher>& dispatcher,
+        const Console& console) {
   const std::string own = TakeOwnOption(arguments);
   if (IsHelpWanted(arguments)) {
     return console.Print(kUsage) ? EXIT_SUCCESS : kCouldNotRun;
@@ -88,11 +91,10 @@ int Run(std::vector<std::string> arguments, const Console& console) {
     console.Complain("no command line is given; see vexil-explain --help");
     return kCouldNotRun;
   }
-  // Static, so that the plug-in that defines the class of an exception stays loaded.
-  static Kestrel::AutoCli::CliDispatcher dispatcher;
-  dispatcher.RegisterPlugin(std::make_shared<Kestrel::Formats::FormatsPlugin>());
-  dispatcher.AddDefaultDirectories();
-  const Explanation explanation = Kestrel::Explain::ExplainLine(dispatcher, arguments);
+  dispatcher.emplace();
+  dispatcher->RegisterPlugin(std::make_shared<Kestrel::Formats::FormatsPlugin>());
+  dispatcher->AddDefaultDirectories();
+  const Explanation explanation = Kestrel::Explain::ExplainLine(*dispatcher, arguments);
   if (!own.empty()) {
     return PrintShell(explanation, own == "--shell-input", console);
   }
@@ -107,8 +109,11 @@ int Run(std::vector<std::string> arguments, const Console& console) {
 
 int main(int argc, char** argv) {
   const Console console("vexil-explain");
+  // Outside of the try block, so that the plug-in that defines the class of an exception stays
+  // loaded.
+  std::optional<CliDispatcher> dispatcher;
   try {
-    return Run({argv + 1, argv + argc}, console);
+    return Run({argv + 1, argv + argc}, dispatcher, console);
   } catch (const std::exception& error) {
     console.Complain(error.what());
   } catch (...) {
