@@ -12,6 +12,7 @@ results are checked.
 
 import argparse
 import os
+import shutil
 import subprocess
 import sys
 
@@ -62,6 +63,8 @@ def problems_of_messages(cases):
 
 def problems_of_reading(cases, counts):
     for name, reader in readers.READERS.items():
+        if name in readers.PROGRAMS and not shutil.which(name):
+            continue
         readable = [case for case in cases
                     if not case.printed[reader.format][1] and reader.can_read(case)]
         counts[name] = counts.get(name, 0) + len(readable)
@@ -94,6 +97,8 @@ def main():
         total += len(cases)
         problems += problems_of_messages(cases)
         problems += problems_of_reading(cases, counts)
+    for name in sorted(set(readers.PROGRAMS) - set(counts)):
+        print(f"{name} is not installed and reads nothing")
     for name, count in counts.items():
         print(f"{name} reads {count} of {total}")
         is_missing = readers.yaml is None and "yaml" in name.lower()
