@@ -15,6 +15,9 @@ using Vexil::Words;
 
 namespace {
 
+// The parser takes "--name=" for a word, not for an option, so a value is added.
+constexpr char kAnyValue = '?';
+
 bool BeginsWith(const std::string& text, const char* prefix) { return text.rfind(prefix, 0) == 0; }
 
 // Whether the last word is an option without its value.
@@ -41,7 +44,8 @@ const std::string& GetLastOption(const CommandLine& before) {
 void FindOption(const Words& before, const CommandLine& lineBefore, CursorLine& line) {
   line.followsOption = EndsWithOpenOption(before);
   const std::size_t end = line.word.find('=');
-  if (BeginsWith(line.word, "--") && end != std::string::npos) {
+  const bool hasEnd = BeginsWith(line.word, "--") && end != std::string::npos;
+  if (hasEnd && AutoCli::OptionParser().IsParameter(line.word.substr(0, end + 1) + kAnyValue)) {
     line.option = line.word.substr(2, end - 2);
     line.beforeValue = line.word.substr(0, end + 1);
   } else if (line.followsOption && !BeginsWith(line.word, "-")) {
@@ -78,8 +82,7 @@ CursorLine ReadToolLine(const Words& words, std::size_t index) {
 
   Words all = before;
   if (line.option) {
-    // The parser takes "--name=" for a word, not for an option, so a value is added.
-    all.push_back(line.word == line.beforeValue ? line.word + "?" : line.word);
+    all.push_back(line.word == line.beforeValue ? line.word + kAnyValue : line.word);
   }
   all.insert(all.end(), after.begin(), after.end());
   line.given = Vexil::SplitCommandLine(all);

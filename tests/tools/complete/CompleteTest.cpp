@@ -316,6 +316,14 @@ TEST_F(CompleteTest, FormattersOfTheToolKnowFieldsByTheirPaths) {
               ElementsAre("--format-param=header=true", "--format-param=header=false"));
 }
 
+TEST_F(CompleteTest, AWordWithADashThatIsNoOptionHasNoValues) {
+  for (const char* word : {"--form\x14ter=", "--form\x14ter=t", "--=", "--f=", "--=x", "--4x=y"}) {
+    EXPECT_THAT(RunForWords({word}), IsEmpty()) << word;
+    EXPECT_THAT(RunForWords({word}, {"paint", "list"}), IsEmpty()) << word;
+    EXPECT_THAT(RunForWords({"--formatter", "table", word}), IsEmpty()) << word;
+  }
+}
+
 TEST_F(CompleteTest, TheCursorMayBeAfterTheLastWord) {
   const Words words = {"vexil", "paint"};
   const Completion completion =
