@@ -6,7 +6,7 @@
 //
 // A formatter prints a value or adds messages, never both. JSON is valid, all lines of cells have
 // as many cells as the header, the tool reads value-xml back, yaml contains no control characters,
-// and no line of pretty is wider than the screen or contains control characters.
+// and no line of pretty is wider than the screen or acts on the terminal.
 
 #include <algorithm>
 #include <cstddef>
@@ -36,15 +36,22 @@ using AutoCli::Formatter;
 constexpr int kMaxWidth = 500;
 
 bool IsControl(char32_t code) {
-  return code < 0x20 || (code >= 0x7f && code < 0xa0) || (code >= 0x2028 && code <= 0x202e) ||
+  return (code < 0x20 && code != '\n') || (code >= 0x7f && code < 0xa0) || code == 0x2028 ||
+         code == 0x2029;
+}
+
+// Whether the character acts on a terminal: control characters, and those that change the direction
+// of the text.
+bool ActsOnTerminal(char32_t code) {
+  return IsControl(code) || (code >= 0x202a && code <= 0x202e) ||
          (code >= 0x2066 && code <= 0x2069);
 }
 
-// Whether the text is valid UTF-8 without control characters.
-bool IsHarmless(std::string_view text) {
+// Whether the text is valid UTF-8 without such characters.
+bool IsFreeOf(bool (*isSuch)(char32_t), std::string_view text) {
   while (!text.empty()) {
     const Formats::Character character = Formats::FirstCharacter(text);
-    if (character.size == 0 || (IsControl(character.code) && character.code != '\n')) {
+    if (character.size == 0 || isSuch(character.code)) {
       return false;
     }
     text.remove_prefix(character.size);
@@ -84,7 +91,7 @@ void RequireCells(const std::string& text, char separator) {
 }
 
 void RequireFits(const std::string& text, std::size_t width) {
-  Require(IsHarmless(text), "nothing acts on the terminal");
+  Require(IsFreeOf(ActsOnTerminal, text), "nothing acts on the terminal");
   ForEachLine(text, [width](const std::string& line) {
     Require(width == 0 || Formats::MeasureText(line).max <= width, "a line fits the screen");
   });
@@ -98,7 +105,7 @@ void RequireFormat(const std::string& name, const std::string& text, std::size_t
   } else if (name == "csv" || name == "tsv") {
     RequireCells(text, name == "csv" ? ',' : '\t');
   } else if (name == "yaml") {
-    Require(IsHarmless(text), "yaml contains no control characters");
+    Require(IsFreeOf(IsControl, text), "yaml contains no control characters");
   } else if (name == "value-xml") {
     Require(AutoCli::XmlUtil_ParseXmlOutput(text) != nullptr, "value-xml is read back");
   } else {
