@@ -175,7 +175,7 @@ void PoolEverythingAtThreadEnd() {
   }
 }
 
-// Requests all pages of a chunk from the system with one call: the chunk will soon be full, and a
+// Requests the pages of a chunk from the system with one call: the chunk will soon be full, and a
 // page fault for each page takes longer than filling the page with values. Where the system call
 // does not exist, pages are mapped one by one.
 void Populate([[maybe_unused]] char* chunk, [[maybe_unused]] std::size_t size) {

@@ -33,7 +33,8 @@ class XmlParser {
   ~XmlParser() = default;
 };
 
-/// Loads the module on the first call. Throws KestrelException if that fails.
+/// Returns the parser. In the shared library, the first call loads the module, and KestrelException
+/// is thrown if that fails.
 const XmlParser& GetXmlParser();
 
 }  // namespace Kestrel::AutoCli

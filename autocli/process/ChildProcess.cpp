@@ -116,7 +116,7 @@ class Child {
   }
 
  private:
-  SignalForwarding forwarding_;  // the first, so destroyed last: may end the process
+  SignalForwarding forwarding_;  // first, so destroyed last: its destructor may end the process
   pid_t pid_ = 0;
 };
 

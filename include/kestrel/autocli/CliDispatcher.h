@@ -35,10 +35,11 @@ class KESTREL_API CliDispatcher : public Dispatcher {
   /// --screen-width and the options for plug-ins apply to the following lines too.
   bool ParseStreamInput(std::istream& in);
 
-  /// Handles one parsed command line. Returns whether a command ran without any error message;
-  /// false when the children of a namespace were listed. If the line requests the dispatcher's own
-  /// help, even in a stream, ends the process with `exit(1)`. `fromArgv` enables --input, with
-  /// which the result is that of `ParseStreamInput`, or false if the input cannot be read.
+  /// Handles one parsed command line. Returns whether the line names a command and there was no
+  /// error message; false when the children of a namespace were listed. If the line requests the
+  /// dispatcher's own help, even in a stream, ends the process with `exit(1)`. `fromArgv` enables
+  /// --input, with which the result is that of `ParseStreamInput`, or false if the input cannot be
+  /// read or --input was given more than once.
   bool HandleOptions(OptionParser& parser, bool fromArgv);
 
   /// Applies the dispatcher options of `parser`: sets the screen width, loads plug-ins, and sets

@@ -54,11 +54,11 @@ class KESTREL_API NamespaceNode : public std::enable_shared_from_this<NamespaceN
   virtual NodeType GetType() = 0;
 
   /// The names of the nodes from the first below the root down to this node; empty for the root.
-  /// Throws KestrelException when this node or one above it has no parent.
+  /// Throws KestrelException when the chain of parents does not lead up to a root.
   virtual std::list<std::string> GetPath();
 
   /// The names of `GetPath`, joined with `separator`; empty for the root.
-  /// Throws KestrelException when this node or one above it has no parent.
+  /// Throws KestrelException when the chain of parents does not lead up to a root.
   virtual std::string GetPathString(char separator);
 
   /// Whether there is a child with exactly this name. Never throws.
@@ -94,7 +94,7 @@ class KESTREL_API NamespaceNode : public std::enable_shared_from_this<NamespaceN
   virtual std::shared_ptr<NamespaceNode> SubNamespace(const std::string& name);
 
   /// The dispatcher that owns the tree; the caller does not own it.
-  /// Throws KestrelException when this node or one above it has no parent.
+  /// Throws KestrelException when the chain of parents does not lead up to a root.
   virtual Dispatcher* GetDispatcher() = 0;
 
   /// Sets the parent, which this node does not own. A root throws KestrelException.

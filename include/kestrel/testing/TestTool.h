@@ -63,7 +63,8 @@ class CommandRun {
   /// The dispatcher that ran the command; it exists as long as the run does.
   AutoCli::CliDispatcher& GetDispatcher() const { return *dispatcher_; }
 
-  /// The formatter and the parameters that printed `Output`.
+  /// The formatter and the parameters for the result or the help page of a call that succeeded;
+  /// empty for every other command line.
   const AutoCli::FormatParameters& GetFormat() const { return format_; }
 
  private:
