@@ -37,9 +37,10 @@ class XmlEventTree final : private XmlEvents {
   const xmlNode* GetRoot() const { return root_; }
 
  private:
-  /// For a document of `size` bytes. The first block has room for the nodes of most documents,
-  /// because an allocator would return several blocks to the system after each descriptor. Only a
-  /// document with many short elements or attributes needs more blocks.
+  /// For a document of `size` bytes. The first block has room for the nodes of most documents. With
+  /// several blocks, the allocator would return memory to the system after each descriptor, only to
+  /// request it again for the next. Only a document with many short elements or attributes needs
+  /// more blocks.
   explicit XmlEventTree(std::size_t size) : memory_(12 * size) {}
 
   void StartElement(std::string_view name, const XmlAttributes& attributes) override;

@@ -102,7 +102,7 @@ class ValueWalk {
 
   void Continue(InList& inside) {
     const long elementLevel = inside.level + Printer::kElementStep;
-    // Once something was put on the stack, `inside` may have moved.
+    // Once something has been put on the stack, `inside` may have moved.
     for (const std::size_t depth = open_.size(); open_.size() == depth;) {
       const MetaObj::MetaObject* const value = PrintElements(inside);
       if (value == nullptr) {

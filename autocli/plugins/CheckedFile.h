@@ -11,7 +11,7 @@ namespace Kestrel::AutoCli {
 
 /// A file that has passed the checks.
 struct CheckedFile {
-  FileDescriptor descriptor;  ///< Refers to the file but cannot read it; none after an error.
+  FileDescriptor descriptor;  ///< Refers to the file, but not for reading; none after an error.
   int error = 0;              ///< Why `descriptor` is none, as an errno value.
 };
 

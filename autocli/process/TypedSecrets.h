@@ -10,12 +10,12 @@ namespace Kestrel::AutoCli {
 /// Overwrites the memory of a string, including the unused part after its end, and makes it empty.
 void Wipe(std::string& text);
 
-/// Holds the secrets that are typed at a prompt while an object of this class exists. If there is
-/// none, the functions do nothing. Several objects share the secrets until the last one is
-/// destroyed.
+/// Holds the secrets that are typed at a prompt while an object of this class exists. Without such
+/// an object, the functions have no effect. Several objects share the secrets until the last object
+/// is destroyed.
 ///
 /// From the first prompt on, the process writes no core dump. The last destructor wipes the secrets
-/// and restores the earlier settings.
+/// and restores the earlier settings for core dumps.
 class TypedSecrets {
  public:
   TypedSecrets();

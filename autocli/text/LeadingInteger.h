@@ -8,9 +8,9 @@
 
 namespace Kestrel::AutoCli {
 
-/// Reads the decimal integer at the beginning of `text`, which may follow white space and have a
-/// sign. Ignores what follows it. Returns false and leaves `value` unchanged if there is no integer
-/// or if it does not fit in 64 bits.
+/// Reads the decimal integer at the beginning of `text`. White space may precede the integer, and
+/// it may have a sign; what follows it is ignored. Returns false and leaves `value` unchanged if
+/// there is no integer or if it does not fit in 64 bits.
 bool ReadLeadingInteger(const std::string& text, std::int64_t& value);
 
 }  // namespace Kestrel::AutoCli

@@ -24,7 +24,7 @@ struct Spaces {
   std::size_t count;
 };
 
-/// A string in which the bytes are replaced as in the table.
+/// A string that is written with its bytes replaced according to `table`.
 struct Escaped {
   std::string_view text;
   const EscapeTable& table;

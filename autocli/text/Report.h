@@ -13,7 +13,7 @@
 namespace Kestrel::AutoCli {
 
 /// Writes `line` and a line end to standard error in one piece, so that the lines of several
-/// processes do not mix. On a terminal, control characters in it are visible.
+/// processes do not mix. On a terminal, the control characters of `line` are made visible.
 inline void Report(std::string line) {
   line += '\n';
   WriteUnpadded(std::cerr, MessageFor(STDERR_FILENO, std::move(line)));

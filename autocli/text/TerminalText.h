@@ -12,9 +12,9 @@
 namespace Kestrel::AutoCli {
 
 /// Returns `text` with each control character except newline and tab shown as \xHH, where HH is its
-/// code. The control characters are U+0000 to U+001F and U+007F to U+009F. Single bytes from 80 to
-/// 9F that are not part of a character are shown in the same way, because some terminals interpret
-/// them too.
+/// code. The control characters are U+0000 to U+001F and U+007F to U+009F. Single bytes from 0x80
+/// to 0x9F that are not part of a character are shown in the same way, because some terminals
+/// interpret them too.
 inline std::string WithVisibleControls(std::string_view text) {
   constexpr char kDigits[] = "0123456789ABCDEF";
   std::string shown;

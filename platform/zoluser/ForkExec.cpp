@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Starts a child with posix_spawn: the time does not depend on the size of the parent, and a
-// program that cannot be executed is reported as a status.
+// Starts a child with posix_spawn, because the time that it takes does not depend on the size of
+// the parent, and because it reports that a program cannot be executed.
 
 #include <fcntl.h>
 #include <spawn.h>

@@ -38,8 +38,8 @@ class KESTREL_API Input {
   /// Appends each value in turn. An empty vector changes nothing: an absent parameter stays absent.
   void AddParameter(const std::string& name, const std::vector<std::string>& values);
 
-  /// Sets the declaration of the parameters, which is shared. Moves the values already added under
-  /// a short name to the long name, after those added there. Throws KestrelException when `spec` is
+  /// Sets the declaration of the parameters, which is shared. Values that were added under a short
+  /// name are moved to the end of those under the long name. Throws KestrelException when `spec` is
   /// null.
   void SetInputSpec(std::shared_ptr<InputSpec> spec);
 

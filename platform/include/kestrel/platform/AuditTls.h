@@ -5,15 +5,15 @@
 
 #include <string>
 
-/// What this library uses of the host's audit library: audit parameters, which are named strings.
-/// They describe on whose behalf the process acts.
+/// The functions and the class that Kestrel uses from the host's audit library, for audit
+/// parameters: named strings that describe on whose behalf the process acts.
 namespace AuditTls {
 
 /// Sets the audit parameter `name`; an empty value means none.
 void SetAuditParam(const std::string& name, const std::string& value);
 
-/// Returns the audit parameter `name`, empty when it is not set. For tests: only the stand-in for
-/// the host's library has this function.
+/// Returns the audit parameter `name`, empty when it is not set. For tests: the host's library does
+/// not have this function, only the stand-in that platform/ has for that library.
 std::string GetAuditParam(const std::string& name);
 
 /// Sets an audit parameter; its destructor restores the earlier value.

@@ -5,7 +5,7 @@
 
 #include <sys/types.h>
 
-/// What this library uses of the host's base library, under the host's names.
+/// The functions that Kestrel uses from the host's base library. They have the host's names.
 
 extern "C" {
 

@@ -12,8 +12,8 @@
 
 extern "C" {
 
-/// The result of an operation: 0 is success. The stand-in for the host's library uses errno values
-/// for failures.
+/// The result of an operation: 0 is success. The stand-in that platform/ has for the host's library
+/// uses errno values for failures.
 typedef int ZoluserStatus;
 
 /// A file descriptor of the child, and the file descriptor of this process that it duplicates.
