@@ -20,7 +20,8 @@ namespace Kestrel::AutoCli {
 
 namespace {
 
-/// Prevents core dumps of this process and its children as long as the object exists.
+/// Prevents core dumps of this process as long as the object exists. Its children inherit only the
+/// limit, which prevents core files, but not core dumps that the system pipes to a program.
 class NoCoreDumps {
  public:
   NoCoreDumps() : wasDumpable_(prctl(PR_GET_DUMPABLE)) {
