@@ -29,6 +29,7 @@ import mmap
 import os
 import random
 import re
+import select
 import shutil
 import signal
 import subprocess
@@ -276,14 +277,22 @@ class Server:
         if not self.is_ready:
             return "failed", 0
         limit = math.ceil(1 + 3 * seconds)
+        elapsed_limit = 60 + 5 * limit
         try:
-            self._process.stdin.write(f"{limit} {60 + 5 * limit} {':'.join(tests)}\n")
+            self._resume()
+            self._process.stdin.write(f"{limit} {elapsed_limit} {':'.join(tests)}\n")
             self._process.stdin.flush()
+            if not select.select([self._process.stdout], [], [], elapsed_limit + 30)[0]:
+                self._resume()
             outcome, microseconds = self._process.stdout.readline().split()
         except (BrokenPipeError, ValueError):
             self.is_ready = False
             return "failed", 0
         return outcome, int(microseconds) / 1e6
+
+    def _resume(self):
+        """Lets the program go on if a mutant has stopped it: a mutant may signal every process."""
+        self._process.send_signal(signal.SIGCONT)
 
     def close(self):
         self._process.kill()
