@@ -20,16 +20,17 @@ namespace Kestrel::AutoCli {
 
 namespace {
 
-/// Prevents core dumps of this process as long as the object exists. Its children inherit only the
-/// limit, which prevents core files, but not core dumps that the system pipes to a program.
+/// Prevents core dumps of this process and of the children that it starts, as long as the object
+/// exists. The children inherit only the limit. It is one byte: at 0, the system would still pipe a
+/// core dump to a program if it is set up to do so.
 class NoCoreDumps {
  public:
   NoCoreDumps() : wasDumpable_(prctl(PR_GET_DUMPABLE)) {
     prctl(PR_SET_DUMPABLE, 0);
     hasLimit_ = getrlimit(RLIMIT_CORE, &limit_) == 0;
     if (hasLimit_) {
-      const rlimit none = {0, limit_.rlim_max};
-      setrlimit(RLIMIT_CORE, &none);
+      const rlimit least = {std::min<rlim_t>(1, limit_.rlim_max), limit_.rlim_max};
+      setrlimit(RLIMIT_CORE, &least);
     }
   }
   NoCoreDumps(const NoCoreDumps&) = delete;

@@ -210,6 +210,9 @@ TEST(TypedSecretsTest, CoreDumpsAreDisabledOnceASecretIsExpected) {
   rlimit original = {};
   getrlimit(RLIMIT_CORE, &original);
   const rlimit before = {std::min<rlim_t>(4096, original.rlim_max), original.rlim_max};
+  if (before.rlim_cur == 0) {
+    GTEST_SKIP() << "this process may not have core dumps";
+  }
   setrlimit(RLIMIT_CORE, &before);
   const int wasDumpable = prctl(PR_GET_DUMPABLE);
   prctl(PR_SET_DUMPABLE, 1);
@@ -219,7 +222,8 @@ TEST(TypedSecretsTest, CoreDumpsAreDisabledOnceASecretIsExpected) {
     TypedSecrets::Expect();
     rlimit within = {};
     getrlimit(RLIMIT_CORE, &within);
-    EXPECT_EQ(within.rlim_cur, 0u);
+    // At 0, the system would still pipe core dumps of child processes to a program.
+    EXPECT_EQ(within.rlim_cur, 1u);
     EXPECT_EQ(prctl(PR_GET_DUMPABLE), 0);
   }
   rlimit after = {};
