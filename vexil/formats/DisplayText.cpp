@@ -110,7 +110,8 @@ class PieceReader {
     if (piece.isEscape || piece.width.max > 0) {
       isAfterPictograph_ =
           !piece.isEscape && (IsPictograph(piece.code) || piece.code == kEmojiSelector);
-      isAfterNarrow_ = !piece.isEscape && piece.width.max == 1 && piece.code != kEmojiSelector;
+      // An escape ends with a narrow character.
+      isAfterNarrow_ = piece.isEscape || (piece.width.max == 1 && piece.code != kEmojiSelector);
     }
     return piece;
   }

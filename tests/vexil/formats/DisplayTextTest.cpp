@@ -62,6 +62,12 @@ TEST(MeasureTextTest, CountsColumns) {
   EXPECT_EQ(UsualWidth("\n\x1b\xff"), 10u);
 }
 
+TEST(MeasureTextTest, AnEmojiSelectorAfterAnEscapeMayTakeAColumn) {
+  const TextWidth width = MeasureText("\x80\ufe0f");
+  EXPECT_EQ(width.usual, 4u);
+  EXPECT_EQ(width.max, 5u);
+}
+
 TEST(MeasureTextTest, KnowsThatTerminalsDifferAboutJoinedEmoji) {
   const TextWidth family = MeasureText("\U0001f468\u200d\U0001f469\u200d\U0001f467");
   EXPECT_EQ(family.usual, 2u);
