@@ -134,8 +134,7 @@ void RequireCompletes(Words words, std::size_t index) {
     Require(candidate.word.compare(0, typed.size(), typed) == 0,
             "a candidate begins with what was typed");
     words[index] = candidate.word;
-    // The candidate could take the next word as its value, which gives the words after it another
-    // meaning.
+    // The candidate could take the next word as its value, so the words after it are left out.
     words.resize(index + 1);
     // After a candidate that ends with "=", values are offered instead.
     Require(candidate.word.back() == '=' || Offers(CompleteAt(words, index), candidate.word),
