@@ -117,7 +117,7 @@ class PieceReader {
   }
 
   std::string_view rest_;
-  bool isAfterNarrow_ = false;
+  bool isAfterNarrow_ = true;  // The string may follow a space.
   bool isAfterPictograph_ = false;
   bool isAfterJoiner_ = false;
 };

@@ -62,10 +62,13 @@ TEST(MeasureTextTest, CountsColumns) {
   EXPECT_EQ(UsualWidth("\n\x1b\xff"), 10u);
 }
 
-TEST(MeasureTextTest, AnEmojiSelectorAfterAnEscapeMayTakeAColumn) {
-  const TextWidth width = MeasureText("\x80\ufe0f");
-  EXPECT_EQ(width.usual, 4u);
-  EXPECT_EQ(width.max, 5u);
+TEST(MeasureTextTest, AnEmojiSelectorAfterANarrowCharacterMayTakeAColumn) {
+  const TextWidth afterEscape = MeasureText("\x80\ufe0f");
+  EXPECT_EQ(afterEscape.usual, 4u);
+  EXPECT_EQ(afterEscape.max, 5u);
+  const TextWidth atTheBeginning = MeasureText("\ufe0f");  // perhaps after a space
+  EXPECT_EQ(atTheBeginning.usual, 0u);
+  EXPECT_EQ(atTheBeginning.max, 1u);
 }
 
 TEST(MeasureTextTest, KnowsThatTerminalsDifferAboutJoinedEmoji) {
