@@ -134,10 +134,11 @@ void RequireCompletes(Words words, std::size_t index) {
     Require(candidate.word.compare(0, typed.size(), typed) == 0,
             "a candidate begins with what was typed");
     words[index] = candidate.word;
-    // The candidate could take the next word as its value, so the words after it are left out.
-    words.resize(index + 1);
-    // After a candidate that ends with "=", values are offered instead.
-    Require(candidate.word.back() == '=' || Offers(CompleteAt(words, index), candidate.word),
+    const Words withoutRest(words.begin(), words.begin() + static_cast<std::ptrdiff_t>(index) + 1);
+    // After a candidate that ends with "=", values are offered instead. A candidate could take the
+    // next word as its value, so it is enough that it is offered without the words after it.
+    Require(candidate.word.back() == '=' || Offers(CompleteAt(words, index), candidate.word) ||
+                Offers(CompleteAt(withoutRest, index), candidate.word),
             "a candidate that has been typed is offered");
   }
   const std::string text = WriteCompletion(completion);
