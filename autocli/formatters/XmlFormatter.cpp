@@ -35,8 +35,8 @@ constexpr EscapeTable kXmlEscapes = EscapeTable()
                                         .Set('"', "&quot;")
                                         .Set('\'', "&apos;");
 
-// Returns the value of the attribute "type". Result documents that commands write use other words
-// for the same kinds.
+// Returns the value of the attribute "type". In the value documents that commands print, the words
+// for integers and booleans are "int" and "bool".
 std::string_view ListTypeWord(MetaType kind) {
   switch (kind) {
     case MetaType::Bool:

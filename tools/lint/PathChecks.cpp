@@ -41,8 +41,8 @@ void ReportPath(const Element& element, const std::string& text, const Host& hos
   }
 }
 
-/// Registers what `add` adds to a plug-in of this file. If the loader refuses `element`, adds an
-/// empty namespace to the tree if it is a namespace, otherwise nothing.
+/// Registers what `add` adds to a plug-in of this file. If the loader refuses a namespace, an
+/// empty one takes its place in the tree; a command that it refuses is left out.
 template <typename Add>
 void Register(const Element& element, Add add, Host& host, FileReport& report) {
   const std::shared_ptr<XmlPlugin> plugin = XmlPlugin::New(report.GetFile());
@@ -80,7 +80,7 @@ void InsertNode(const std::string& path, const std::shared_ptr<AutoCli::Namespac
       parent->RegisterNamespaceNode(node, name);
       host.owners.emplace(path, file);
     }
-  } catch (const KestrelException&) {  // NOLINT(bugprone-empty-catch): reported for its plug-in
+  } catch (const KestrelException&) {  // NOLINT(bugprone-empty-catch): reported by the callers
   }
 }
 

@@ -15,8 +15,8 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-/// What an element may contain. The root may have any name. Every other element may contain the
-/// same wherever it is.
+/// What an element may contain. The root may have any name. What any other element may contain
+/// depends on its name only, not on its parent.
 struct Grammar {
   std::string_view parent;  // "" for the root, "*" for any other element
   std::string_view name;    // "*" for any
@@ -93,10 +93,10 @@ bool Contains(const Words& words, const std::string& word) {
 
 // Whether the loader reads `child`. In a constraint, it reads only the child that belongs to the
 // type of the constraint.
-bool IsReadBy(const Element& constraint, const std::string& child) {
-  const std::string& type = constraint.Get("type");
+bool LoaderReads(const Element& parent, const std::string& child) {
+  const std::string& type = parent.Get("type");
   const bool isEnum = type == "stringenum" || type == "intenum";
-  return constraint.name != "constraint" || (isEnum ? "enum" : type) == child;
+  return parent.name != "constraint" || (isEnum ? "enum" : type) == child;
 }
 
 void CheckAttributes(const Element& element, const Grammar& grammar, FileReport& report) {
@@ -117,7 +117,7 @@ void CheckChildren(const Element& element, const Grammar& grammar, FileReport& r
       report.Add("element-unknown", *child,
                  "the element '" + child->name + "' in '" + element.name + "' is ignored",
                  AdviseNearest(child->name, grammar.children, "remove it, or move it"));
-    } else if (isKnown && !IsReadBy(element, child->name) && !element.Get("type").empty()) {
+    } else if (isKnown && !LoaderReads(element, child->name) && !element.Get("type").empty()) {
       report.Add("element-unknown", *child,
                  "the element '" + child->name + "' is ignored in a constraint of type '" +
                      element.Get("type") + "'",

@@ -47,7 +47,7 @@ class KESTREL_API MetaObject {
   /// The value as a string.
   virtual std::string ToString() const = 0;
 
-  /// Defined here, so that destroying a scalar needs no call.
+  /// Defined here, so that the compiler can inline it into the destructors of scalars.
   virtual ~MetaObject() = default;
 
   /// The kind; it never changes.

@@ -34,9 +34,9 @@ inline void AddStructures(const std::shared_ptr<MetaObj::MetaObject>& value, Str
   }
 }
 
-/// Whether a formatter finds a field by the name in a list of fields. The formatter `simple` takes
-/// the name as it is. For the others, spaces around it do not count, and it may be a path of names
-/// through nested structures, separated by ".".
+/// Whether a formatter finds the field of `structure` that is called `name` in its format parameter
+/// `fields`. The formatter `simple` takes the name as it is. For the others, spaces around it do
+/// not count, and it may be a path of names through nested structures, separated by ".".
 inline bool FindsField(const std::string& formatter, const MetaObj::MetaStruct& structure,
                        std::string name) {
   if (formatter == "simple") {

@@ -35,9 +35,9 @@ bool HasLess(std::uint64_t bytes, std::uint64_t bound) {
 }
 
 // Returns a value other than 0 if one of the bytes is not printable ASCII. The subtraction sets the
-// highest bit of a byte below 0x20, the addition that of 0x7f, and in a higher byte it is already
-// set. Only such a byte can borrow from or carry into another one, so printable bytes alone never
-// set a bit.
+// highest bit of a byte below 0x20, and the addition sets it in 0x7f. In a higher byte, the bit is
+// already set. Only such a byte can borrow from or carry into another one, so printable bytes alone
+// never set a bit.
 std::uint64_t UnusualBits(std::uint64_t bytes) {
   return ((bytes - kOnes * 0x20) | (bytes + kOnes) | bytes) & (kOnes << 7);
 }

@@ -47,8 +47,7 @@ TEST(PasswordCommandsTest, ThePasswordIsInNoCommandLine) {
   Witness("cd '" + tools.GetPath() + "' && { echo '#!/bin/sh'; echo 'cat /proc/[0-9]*/cmdline >" +
           lines + " 2>/dev/null; exec /usr/bin/openssl \"$@\"'; } >openssl && chmod +x openssl");
   const ScopedEnvironment path("PATH", tools.GetPath() + ":/usr/bin:/bin");
-  // The password is written in two parts, so that a command line that contains a part of this file
-  // does not contain the password.
+  // One of the command lines may quote this file, so the password is not in the file in one piece.
   const std::string password = std::string("visible-") + "to-nobody";
   EXPECT_THAT(CallText("system password hash", {{"password", password}}), StartsWith("$6$"));
   const std::string seen = tools.Read("lines");

@@ -50,7 +50,8 @@ std::vector<std::string> RulesOf(const LintResult& result) {
   return rules;
 }
 
-// Returns the last part of the loader's message, up to the path of the file.
+// Returns the last part of an expected message of the loader, up to the "@" that stands for the
+// path of the file.
 std::string InnermostCause(const std::string& fault) {
   std::size_t start = 0;
   for (const std::string prefix : {"Error was ", "Error was: "}) {
@@ -138,7 +139,7 @@ TEST(LintTest, NotesDoNotChangeTheStatus) {
   EXPECT_EQ(StatusOf(result), 0);
 }
 
-TEST(LintTest, ExaminesTheTemplateOfAScript) {
+TEST(LintTest, ExaminesATemplateThatCallsAScript) {
   const ScopedTempDir folder;
   const std::string file = folder.Write(
       "a.xml",
@@ -152,7 +153,7 @@ TEST(LintTest, ExaminesTheTemplateOfAScript) {
               ElementsAre("script-relative", "unsafe-option", "unsafe-word"));
 }
 
-TEST(LintTest, SuppressesWhatACommentWithAReasonNames) {
+TEST(LintTest, SuppressesTheRulesInACommentThatStatesAReason) {
   const ScopedTempDir folder;
   const std::string file =
       folder.Write("a.xml", Descriptor(NamespaceAt("one"),

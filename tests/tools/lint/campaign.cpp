@@ -192,8 +192,8 @@ class Laboratory {
   }
 
   // Returns a name that the pattern matches, with `c` in place of each "*" and "?". If `c` is "-",
-  // it is used only at the start of the name, because "--" is not an option. In place of a "*", a
-  // letter follows it, because "-" alone is not an option either.
+  // the name should become an option. "-" and "--" are none, so "-" replaces only a "?" or "*" at
+  // the start, with a letter after it in place of a "*". A "p" replaces the others.
   static std::string Match(const std::string& pattern, char c) {
     std::string name;
     for (std::size_t i = 0; i < pattern.size(); ++i) {
@@ -459,8 +459,8 @@ class Campaign {
     return Look(condition, line.value_or(""));
   }
 
-  // Returns what was seen when the line ran. Several values of a template, such as "a'" and "a",
-  // may make the same line, so each line runs only once.
+  // Returns what was seen when the line ran. In single quotes, a value loses its own single quotes,
+  // so that "a'" and "a" make the same line; each line runs only once.
   const Observation& Look(const Condition& condition, const std::string& line) {
     const auto [found, isNew] = seen_.try_emplace({condition, line});
     if (isNew) {

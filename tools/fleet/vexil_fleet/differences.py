@@ -44,7 +44,8 @@ def _are_structures(left: Any, right: Any) -> bool:
 
 
 def _by_key(elements: List[Any]) -> Dict[str, Any]:
-    """Returns the elements by their names, or by their positions if they have none."""
+    """Returns the elements by the first of `_KEYS` that has a different value in each of them;
+    by their positions if there is none."""
     for key in _KEYS:
         names = [element.get(key) for element in elements if isinstance(element, dict)]
         if len(set(map(str, names))) == len(elements) and None not in names:

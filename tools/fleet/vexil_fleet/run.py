@@ -24,7 +24,7 @@ from .words import Option
 
 
 class Stopped(Exception):
-    """The run ended before the hosts that had only described the command ran it."""
+    """The run ended early: some hosts have described the command, but have not run it."""
 
 
 @dataclass(frozen=True)

@@ -120,7 +120,7 @@ TEST_P(LogChoiceTest, AgreesWithAReaderThatBeginsAtTheStart) {
 
 INSTANTIATE_TEST_SUITE_P(Seeds, LogChoiceTest, ::testing::Range(1u, 13u));
 
-// ---- words for the time of the first line
+// ---- the forms of --since
 
 struct SinceCase {
   const char* text;

@@ -57,7 +57,7 @@ class Random {
 constexpr std::uint16_t kTypes[] = {RTM_NEWLINK, RTM_NEWADDR, RTM_NEWROUTE, RTM_NEWNEIGH,
                                     SOCK_DIAG_BY_FAMILY};
 
-TEST(NetlinkHostileTest, RandomBytesYieldNoMoreEntriesThanHeadersFitIntoThem) {
+TEST(NetlinkHostileTest, RandomBytesYieldAtMostOneEntryPerHeaderThatFits) {
   Random random(1);
   for (int answer = 0; answer < kAnswers; ++answer) {
     const std::string bytes = random.Text(random.Below(200));
