@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A part contains all markers of one parameter and no marker of another. A template is cut in two
-// kinds of places: between two conditionals, and, outside of braces, after one of kSeparators. No
+// A part contains all markers of one parameter and no marker of another. A template is cut at two
+// kinds of places: between two conditionals; and after one of kSeparators that is not in braces. No
 // separator is a single quote or part of an opening such as "$val{". So a cut never divides a
-// marker or separates it from its single quotes.
+// marker, and never separates a "$val" from single quotes directly before and after it.
 //
 // Parameters may still depend on each other: a marker may have no end in its part, or what was
 // inserted may form a new marker together with its neighbours. In both cases the result contains an

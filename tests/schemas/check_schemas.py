@@ -8,8 +8,9 @@ the current grammars.
 
 DIR is the installed tree, whose schemas are checked.
 
-valid     the installed descriptors, those in the guides and one of the tests are accepted, and so
-          are documents that the formatters xml and value-xml print, and one of a script
+valid     accepted are the installed descriptors, those in the guides, a descriptor that tests
+          load, documents that the formatters xml and value-xml and a script print, and good value
+          documents; bad ones are refused
 refused   descriptors with mistakes are refused, except those in tests/data/schemas/accepted.txt
 places    jing refuses these descriptors at the places in tests/data/schemas/places.txt
 catalog   the catalog names every schema, and a validator finds them by these names

@@ -59,7 +59,7 @@ class KESTREL_API InputSpec {
   /// Returns false when a parameter is unknown, a value is invalid or a required parameter is
   /// missing. A wrong number of values appends a message but leaves the result true, so a caller
   /// must look at the messages too. Throws KestrelException when `input` is null, or when there is
-  /// a message and `output` is null, and whatever the `Validate` of a constraint throws.
+  /// a message and `output` is null. Exceptions of the `Validate` of a constraint pass through.
   bool Validate(const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) const;
 
  private:

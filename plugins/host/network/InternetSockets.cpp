@@ -59,7 +59,7 @@ Socket ToSocket(const inet_diag_msg& fixed, const std::string& protocol) {
   return socket;
 }
 
-// Returns the addresses that a listening socket can have to accept a connection to `address`, the
+// Returns the local addresses at which a listening socket accepts connections to `address`, the
 // most specific first.
 std::vector<std::string> AcceptingAddresses(long family, const std::string& address) {
   if (family == 4) {

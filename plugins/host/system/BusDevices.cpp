@@ -112,7 +112,7 @@ std::uint16_t ParseId(const std::string& path) {
 
 std::uint32_t ParseByte(const std::string& path) { return ParseHexadecimal(path) & 0xff; }
 
-// Returns the name of the driver: the link "driver" refers to a folder of that name. Returns an
+// Returns the name of the driver: that of the folder to which the link "driver" refers. Returns an
 // empty string if there is no driver.
 std::string ReadDriver(const std::string& folder) {
   const std::string link = folder + "/driver";

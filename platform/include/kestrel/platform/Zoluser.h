@@ -7,8 +7,8 @@
 
 #include <cstddef>
 
-/// The functions and types that Kestrel uses from the host's library for access to the host's
-/// kernel from user space. They have the host's names.
+/// The host has a library for user-space access to its kernel. This header declares what Kestrel
+/// uses of it, under the host's names.
 
 extern "C" {
 

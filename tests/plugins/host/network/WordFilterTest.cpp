@@ -48,13 +48,13 @@ constexpr FoundCase kFoundCases[] = {
     {"UnderscoresForHyphens", "FIN_WAIT_1", "fin-wait-1"},
     {"Number", "10", "listen"},
     {"Zero", "0", "none"},
-    {"NumberWithAZero", "010", ""},
+    {"NumberWithALeadingZero", "010", ""},
     {"UnknownNumber", "5", ""},
     {"UnknownWord", "listening", ""},
     {"StartOfAWord", "lis", ""},
     {"Nothing", "", ""},
     {"SpacesAround", " listen ", ""},
-    {"BytesThatAreNoAscii", "l\xc3\xb6sten", ""},
+    {"BytesThatAreNotAscii", "l\xc3\xb6sten", ""},
 };
 INSTANTIATE_TEST_SUITE_P(Texts, WordSetTest, ::testing::ValuesIn(kFoundCases),
                          [](const auto& row) { return std::string(row.param.name); });

@@ -66,8 +66,9 @@ class SystemErrorTest : public FullMachineTest,
     return watch.GetOpened();
   }
 
-  // If a parameter cannot be read, its row in the list of parameters says so, unless the reason is
-  // a lack of resources. The test tries this with EACCES. Every other failure is an error.
+  // Whether the failure is shown in a row of the list of parameters. The list does this for every
+  // failure to read a parameter, except for a lack of resources; of these, the test tries EACCES.
+  // In all other cases, the command fails.
   static bool IsShown(const std::string& file, int error) {
     return std::string(GetParam().path) == "system parameter list" && error == EACCES &&
            (file == "/proc/sys/vm/swappiness" || file == "/proc/sys/net/core/somaxconn");
