@@ -78,7 +78,7 @@ class CheckLayersTest(unittest.TestCase):
                     '#include "kestrel/autocli/PluginEntryPoint.h"\n',
             }))
 
-    def test_refuses_a_public_header_that_shows_no_folder(self):
+    def test_refuses_a_public_header_without_a_source_and_without_includes(self):
         self.assertEqual(
             ["include/kestrel/autocli/Stray.h: is in none of the folders of "
              "scripts/check_layers.py"],
@@ -143,7 +143,7 @@ class CheckLayersTest(unittest.TestCase):
                 "callspec/Input.cpp": "#  include <termios.h>\n",
             }))
 
-    def test_keeps_public_headers_to_the_standard_library(self):
+    def test_refuses_public_headers_that_include_private_or_foreign_headers(self):
         self.assertEqual(
             ["include/kestrel/callspec/Input.h: a public header includes boost/regex.hpp, "
              "which is not of the standard library",

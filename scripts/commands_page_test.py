@@ -40,7 +40,7 @@ class CommandsPageTest(unittest.TestCase):
         self.assertIn("Result: structure-list, The hats. Default format: table, with Size. "
                       "Plug-in: `hat.so`.", text)
 
-    def test_shows_required_secret_and_short_parameters(self):
+    def test_shows_the_short_name_of_a_parameter_and_that_it_is_required_and_secret(self):
         parameter = {"Name": "key", "Short Name": "k", "Required": True, "Secret": True,
                      "Kind": "string", "Description": "A|B."}
         self.assertIn("| **`--key`**, `-k` | string, secret | A\\|B. |",
