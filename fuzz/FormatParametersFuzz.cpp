@@ -4,8 +4,9 @@
 // Input: a list; the kind of a value (i, b or s) followed by the value; a printf format; units.
 // Each is on a line of its own.
 //
-// Joining the pieces of the list yields the list again. The formatted value has a bounded size and,
-// unless the format is refused, equals the output of the system's printf.
+// Joining the pieces of the list yields the list again, apart from an empty last piece. The
+// formatted value has a bounded size and equals the output of the system's printf, unless the
+// format is refused or cannot be compared (see `IsComparable`).
 
 #include "kestrel/autocli/FormatParameters.h"
 

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Kestrel authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Runs a fuzz target on files. Each argument is a file or a folder, which is searched with its
-// subfolders; hidden files are skipped. The exit status is 1 if a file cannot be read or if there
-// are no files.
+// Runs a fuzz target on files. Each argument is a file, or a folder that is searched with its
+// subfolders; hidden files in folders are skipped. The exit status is 1 if a file cannot be read or
+// if there are no files.
 
 #include <unistd.h>
 

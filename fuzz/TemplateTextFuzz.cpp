@@ -151,8 +151,8 @@ std::string Without(std::string value, char c) {
   return value;
 }
 
-// Returns the ways to write a value. On a command line it loses its NUL bytes, and either is
-// escaped or loses the quote that encloses it.
+// Returns the ways to write a value. On a command line, it loses its NUL bytes, and either is
+// escaped or loses all quotes of the kind that encloses it.
 std::vector<std::string> WaysToWrite(const std::string& value, std::string_view quotes,
                                      bool forStdin) {
   if (forStdin) {

@@ -17,7 +17,7 @@ AutoCli::FormatParameters TakeParameters(FuzzInput& input);
 ///   i NUMBER    b or B (false or true)    s TEXT
 ///   { TYPE      a structure; its fields follow: for each, a line with the name, then a value
 ///   [ KIND      a list of i, b, s or {; its elements follow
-///   }           ends the structure or list
+///   }           ends the structure or list, as an empty line in it does
 ///
 /// Any other line is a string, like a line of s. Returns null if the first line is empty or begins
 /// with }.

@@ -11,10 +11,11 @@ namespace Kestrel::Fuzz {
 /// Counts an allocation of the program's operator new.
 void CountAllocation(std::size_t size);
 
-/// Limits what the code between its construction and Check may use, in proportion to its input and
-/// its output. For that, the program's operator new counts bytes, including those of memory that is
-/// released later. The memory of libxml2 is not included. What a program makes once, such as a
-/// static object, must exist before the construction.
+/// Limits the memory and the processor time that the code between the construction of this object
+/// and `Check` may use, in proportion to the code's input and output. For the memory, the program's
+/// operator new counts bytes, including those of memory that is released later. The memory of
+/// libxml2 is not included. What a program makes once, such as a static object, must exist before
+/// the construction.
 class Usage {
  public:
   explicit Usage(std::size_t inputSize);

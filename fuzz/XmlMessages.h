@@ -29,7 +29,7 @@ class XmlMessages {
 
  private:
   __attribute__((format(printf, 2, 3))) static void Keep(void* messages, const char* format, ...) {
-    // A longer message quotes the input; the rest of it may be dropped.
+    // Only a message that quotes the input is longer; the rest of the message may be dropped.
     char buffer[512];
     va_list arguments;
     va_start(arguments, format);

@@ -84,12 +84,14 @@ Value ReadTree(const std::string& text) {
   }
 }
 
-// The text that the entities of a document stand for, which may be too long to be made.
+// The size of the text that the entities of a document stand for. The text itself may be too long
+// to be made.
 class EntityText {
  public:
   explicit EntityText(const xmlDoc& document) : document_(document) {}
 
-  // Returns the size of the text of all references below `first` and its siblings.
+  // Returns the size of the text of all references in `first`, its next siblings and the elements
+  // among them.
   double SizeBelow(const xmlNode* first) {
     double size = 0;
     for (const xmlNode* node = first; node != nullptr; node = node->next) {
