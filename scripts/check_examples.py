@@ -15,9 +15,9 @@ In a block, `vexil` starts TOOL without plug-ins, `./run` starts it with the plu
 the name of a FILE starts that program. The commands of a page run in order, in one folder that is
 empty except for a link to each PATH.
 
-A block marked `sh` runs too, whatever it prints. CMake and pkg-config find the library that is
-installed in the DIR of --prefix. With --no-builds, no such block runs. Programs for XML use the
-catalog FILE.
+A block marked `sh` runs too, and must succeed, whatever it prints. CMake and pkg-config find the
+library that is installed in the DIR of --prefix. With --no-builds, no such block runs. Programs for
+XML use the catalog FILE.
 
 Other marks of a block:
 

@@ -10,8 +10,8 @@ checked, or only those that are named ("vexil.1"):
 
 - mandoc and groff accept it; no line is wider than 80 columns; every page that it refers to exists;
 - its options are those of the program of that name;
-- its exit statuses are those of the commands in FILE: the page, the status and the command, with
-  tabs between them;
+- its exit statuses are those of the commands in FILE, in which each line has the page, the status
+  and the command, with tabs between them;
 - its environment variables are those that the sources of the program read;
 - its files exist; the formats and their parameters are those that the tool completes;
 - in EXAMPLES, each line that begins with "$ " runs, and prints the lines after it if there are any.

@@ -6,8 +6,8 @@
     check_oddities.py [ROOT]
 
 A page names a test as `SuiteTest.Name`. Each row of a table in deliberate-oddities.md must name a
-test; so must each row of the table of promises in security.md. Prints each missing test on a line.
-The exit status is 1 if there was one.
+test; so must each row of the table of promises in security.md. Prints a line for each test that is
+missing and for each row without a test. The exit status is 1 if there was one.
 """
 
 import glob

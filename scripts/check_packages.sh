@@ -10,10 +10,11 @@
 #   --built FOLDER    only checks packages that build_packages.sh has built
 #
 # Every source is compiled in both builds, unless the environment names a compiler cache, as .ci/run
-# does: then the cache serves both. In either case no package may contain the folder of its build.
+# does: then the cache serves both. In either case, no package may contain the path of its build
+# folder.
 #
-# The throw-away root is an overlay of this machine's root; nothing outside it changes. Needs root for
-# that.
+# The throw-away root is an overlay of this machine's root folder; nothing outside the overlay
+# changes. Making it needs the rights of root.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."

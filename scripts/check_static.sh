@@ -6,7 +6,7 @@
 # and the companion programs.
 #
 # Findings that are not mistakes are in scripts/cppcheck.txt, each with its reason. --analyzer also
-# compiles everything that is installed with gcc's -fanalyzer, which takes far longer than a build; a
+# has gcc's -fanalyzer check everything that is installed, which takes far longer than a build; a
 # source that takes longer than four minutes is left out. Up to gcc 12 it does not follow exceptions
 # and member initialisers, so its warnings about uninitialised values are off. It also assumes that
 # operator new can return a null pointer, that a vector can contain one after elements were added,

@@ -66,7 +66,8 @@ def count_of(field):
 
 
 def is_code(line):
-    """Whether a line of gcov contains code of the source. At a brace, objects are destroyed."""
+    """Whether a line of gcov contains code of the source. The code at a lone brace, which only
+    destroys objects, does not count."""
     return line[1] != "-" and line[3].strip(" };)") != ""
 
 

@@ -413,7 +413,7 @@ class Worker:
 
     def _passes_without(self, program, tests, seconds):
         """Returns whether tests pass without a mutant: on a busy machine, they may fail for lack of
-        time. If the mutant has ended the server, nothing can be tried."""
+        time. If the mutant has ended the server, nothing can be tried, and the result is true."""
         server = self.servers[program]
         if not server.is_ready:
             return True

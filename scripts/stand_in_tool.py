@@ -22,7 +22,7 @@ COMMAND = {
 
 def install(folder, commands, work=":"):
     """Writes a tool into `folder` that describes `commands`, by dotted path, and runs the shell
-    command `work` for every other line. Returns its path."""
+    command `work` for any other arguments. Returns the path of the tool."""
     tool = os.path.join(folder, "tool")
     rows = [dict(zip(("Namespace", "Command"), path.rsplit(".", 1))) for path in commands]
     files = {"": SCRIPT, ".list": json.dumps(rows), ".work": work + "\n"}

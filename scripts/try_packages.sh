@@ -3,7 +3,7 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # try_packages.sh EARLIER BUILT LATER WORK: tests the life cycle of the packages in an overlay of
-# this machine's root, mounted at WORK: installs those in EARLIER, upgrades to those in BUILT and
+# this machine's root, mounted below WORK: installs those in EARLIER, upgrades to those in BUILT and
 # runs the tests in debian/tests, upgrades to those in LATER, removes and purges them. Afterwards no
 # file of the packages may be left.
 #
