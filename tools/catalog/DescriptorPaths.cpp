@@ -77,7 +77,7 @@ DescriptorPaths ReadDescriptorPaths(const std::string& file) {
   try {
     return LoadDescriptorPaths(file);
   } catch (const KestrelException&) {
-    return {};  // The file has changed since it was loaded, so its declarations are unknown.
+    return {};  // Not a descriptor. If it has been loaded, the file has changed since then.
   }
 }
 

@@ -17,15 +17,15 @@ struct DescriptorPaths {
   std::vector<std::string> commands;
 };
 
-/// Reads the declarations of a descriptor that has been loaded. Returns no paths if the file is not
-/// a descriptor, or no longer one.
+/// Reads the declarations of a descriptor, whether or not it has been loaded. Returns no paths if
+/// the file is not a descriptor, or no longer one.
 DescriptorPaths ReadDescriptorPaths(const std::string& file);
 
 /// Reads the paths from the content of a descriptor without building any nodes, which is ten times
-/// as fast as loading it. Checks only a part of what makes XML well-formed. Returns nothing if this
-/// fails, or if there is one of these rare constructs, which only the library's reader can handle:
-/// a document type, an element or an attribute `path` with a prefix, a path with a reference, a tab
-/// or a line end, or an encoding other than UTF-8 or ASCII.
+/// as fast as loading it. Checks only a part of what makes XML well-formed. Returns nothing if that
+/// check fails, or if there is one of these rare constructs, which only the library's reader can
+/// handle: a document type, an element or an attribute `path` with a prefix, a path with a
+/// reference, a tab or a line end, or an encoding other than UTF-8 or ASCII.
 std::optional<DescriptorPaths> ScanDescriptor(std::string_view text);
 
 /// Reads the paths with the library's reader, as loading does. Throws KestrelException if the

@@ -67,7 +67,7 @@ std::string ProgramPath() {
   return std::filesystem::read_symlink("/proc/self/exe", error).string();
 }
 
-/// Returns the path of the object that contains the library. The object may be the program itself.
+/// Returns the path of an object. Null means the program.
 std::string PathOf(const link_map* object) {
   return object == nullptr || IsProgram(*object) ? ProgramPath() : object->l_name;
 }

@@ -228,8 +228,9 @@ void Document(const std::string& path, const std::string& documentation,
   }
 }
 
-/// Adds what the meta-data say about a command: in a descriptor, nothing else can describe the
-/// result or contain examples. What the command itself declares takes precedence.
+/// Adds the examples and the documentation of the result that are in the meta-data of a command,
+/// because a descriptor can contain them nowhere else. Documentation that the command itself
+/// declares takes precedence; examples are added to its own.
 void ApplyMetaData(Command& command) {
   for (const auto& [key, value] : command.metaData) {
     std::string name = key;

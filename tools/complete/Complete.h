@@ -11,7 +11,7 @@
 namespace Kestrel::Complete {
 
 /// Returns the possible completions of the word at the cursor, based on the tree that `dispatcher`
-/// has loaded. Omits the values that another command lists if that command has not ended at the
+/// has loaded. Omits the values that another command lists if its output is incomplete at the
 /// deadline. Throws the exceptions of a plug-in's declaration.
 Completion CompleteLine(const AutoCli::Dispatcher& dispatcher, const CursorLine& line,
                         Deadline deadline);

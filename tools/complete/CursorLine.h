@@ -38,7 +38,7 @@ struct CursorLine {
   /// The name of the option whose value is being completed; nothing if there is none. The value is
   /// the word without `beforeValue`.
   std::optional<std::string> option;
-  /// Whether an option would take any word here as its value.
+  /// Whether the word before this one is an option without a value.
   bool followsOption = false;
   /// The words of the path before the cursor.
   Vexil::Words path;

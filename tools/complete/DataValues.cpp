@@ -45,7 +45,7 @@ namespace {
 
 constexpr char kMark = '.';
 
-// More than a person can choose from. Limits a command that never stops writing.
+// More than a person can choose from. The values of a larger result are not offered.
 constexpr std::size_t kMaxBytes = 16 << 20;
 
 struct Source {

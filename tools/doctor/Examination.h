@@ -26,7 +26,7 @@ const char* WordOf(State state);
 struct Examination {
   State state = State::Loaded;
   std::vector<std::string> reasons;   ///< empty for a plug-in that works
-  std::vector<std::string> commands;  ///< the paths that it adds, their words separated by a space
+  std::vector<std::string> commands;  ///< the paths of those that it adds: "a b list"
   long milliseconds = 0;              ///< for loading it
 };
 

@@ -102,7 +102,7 @@ AutoCli::FormatParameters MakeFormat(const std::string& formatter) {
   AutoCli::FormatParameters format;
   format.SetFormatter(formatter.empty() ? "table" : formatter);
   if (format.GetFormatter() == "pretty") {
-    format.SetParameter("fields", kFields);  // formats for programs would ignore it
+    format.SetParameter("fields", kFields);  // would restrict formats for programs, too
   } else {
     format.SetParameter("fields:Plugin", kFields);
     format.SetParameter("wrap-last", "true");

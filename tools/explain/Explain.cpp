@@ -36,8 +36,9 @@ constexpr const char* kOfCommand = "default of the command";
 constexpr const char* kOfLine = "command line";
 constexpr const char* kOfEnvironment = "VEXIL_TERMINAL_FORMATTER";
 
-// Whether the user has chosen `pretty` for results on a terminal, in place of a default formatter
-// for people. The tool uses `pretty` for ordinary results only, not for help pages.
+// Whether the tool would use `pretty` in place of `formatter`, the default of a command: if the
+// user has chosen `pretty` for terminals, standard output is one, and `formatter` is for people.
+// The tool uses `pretty` for ordinary results only, not for help pages.
 bool IsPrettyWanted(const std::string& formatter) {
   return Vexil::IsPrettyRequested() && Vexil::YieldsToPretty(formatter) &&
          isatty(STDOUT_FILENO) == 1;

@@ -19,8 +19,8 @@ class ExplainedCall {
  public:
   ExplainedCall(AutoCli::CommandSpec& command, const Vexil::CommandLine& line);
 
-  /// Returns the messages of the tool about the line, without values of secrets: those of the
-  /// parser or, if there are none, those about the values. A secret without a value is treated as
+  /// Returns the messages of the parser about the line or, if there are none, those about its
+  /// values, with "***" in place of each value of a secret. A secret without a value is treated as
   /// valid.
   std::vector<std::string> Validate() const;
 

@@ -22,7 +22,7 @@ namespace Kestrel::Fleet {
 /// the type name and an array of fields. The first field of the shape is a string, with the value
 /// HOST.
 ///
-/// The constructor and the operations throw KestrelException if a line has another form.
+/// The constructor and `ReadRows` throw KestrelException if a line has another form.
 class RowReader {
  public:
   /// Reads the shape. `stream` must live as long as the reader.

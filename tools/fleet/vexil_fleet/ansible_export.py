@@ -70,8 +70,9 @@ def describe(tool: str, path: str) -> Dict[str, Any]:
 
 
 def option_name(parameter: str) -> str:
-    """Returns the name of the option for a parameter. Names of options have underscores; `tool` is
-    an option of the module itself."""
+    """Returns the name of the option for a parameter: in lower case, with an underscore in place of
+    whatever is neither a letter nor a digit. `tool` becomes `tool_`, because the module itself has
+    an option `tool`."""
     name = re.sub(r"[^a-z0-9]", "_", parameter.lower())
     return f"{name}_" if name == "tool" else name
 

@@ -75,8 +75,9 @@ def show_difference(difference: Difference) -> str:
 class RowDifferences:
     """How the rows of one result differ from those of another one.
 
-    The caller leaves out rows that are equal on both sides. The others are paired by the first
-    field in which no two rows of one side have the same value; without one, none are paired.
+    The caller leaves out rows that are equal on both sides. Each side of a single result has at
+    most one row, and these are paired. The rows of lists are paired by the first field in which no
+    two rows of one side have the same value; without such a field, none are paired.
     """
 
     def __init__(self, left: Sequence[Dict[str, Any]], right: Sequence[Dict[str, Any]],

@@ -153,7 +153,7 @@ def main(tool: Optional[str], plugin: str, arguments: Optional[Sequence[str]] = 
     except BrokenPipeError:
         end_by_signal(signal.SIGPIPE)
     except OSError as error:
-        # At the end, Python would try to write again, and print a traceback.
+        # Otherwise, Python would try to write again at its end, and print a traceback.
         os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
         print(f"Unable to write to standard output: {error.strerror}", file=sys.stderr)
     return NONE_ANSWERED

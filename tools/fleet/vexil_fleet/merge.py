@@ -54,7 +54,7 @@ class Lines:
         return len(self.counts) == self.rows.count
 
 
-# If more rows than this differ, results are compared only if at most half of the rows differ.
+# If more rows than this differ, plain results are compared only if at most half of the rows differ.
 _MAX_FEW = 20
 
 

@@ -153,7 +153,7 @@ class Reply:
             self.body = self._take_body()
 
     def _take_body(self) -> StoredLines:
-        """Returns the bytes before a mark. The line feed before the mark is from the script."""
+        """Returns the bytes before a mark, without the line feed that the script has added."""
         body, self.body = self.body, StoredLines()
         body.drop_last_byte()
         return body

@@ -25,7 +25,7 @@ _PROMPT = re.compile(rb"Enter value for '[^'\n]*': \n")
 # An escape of one half of a surrogate pair. Without the other half, it cannot be printed.
 _SURROGATE = re.compile(rb"\\u[dD][89a-fA-F]")
 
-# The name of the only field of results without fields.
+# The name of the only field in the rows of a result that has no fields itself.
 VALUE = "Value"
 
 

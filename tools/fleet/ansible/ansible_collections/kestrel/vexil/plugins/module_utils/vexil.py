@@ -67,7 +67,7 @@ class VexilCommand(object):
         return self._decode(output)
 
     def _words(self, values):
-        """Returns the words of the line, and the lines that the tool reads for its secrets."""
+        """Returns the words for the parameters, and the lines that the tool reads for secrets."""
         words, secrets = [], []
         for parameter in self.description['Parameters']:
             name, value = parameter['Name'], values.get(parameter['Name'])
@@ -138,7 +138,7 @@ def check_value(parameter, word):
 
 
 def run_module(module, path, values):
-    """Runs a command for a module, and ends the module."""
+    """Runs a command for a module, or only checks its values in check mode; ends the module."""
     try:
         command = VexilCommand(module, module.params['tool'], path)
         command.hide_secrets(values)
