@@ -12,7 +12,8 @@ selects the rows whose name contains it.
 
 The measurements run as root in network, mount and process namespaces of their own, with a small and
 a large amount of data, for example with 10 and with 20,000 routes. The host does not change.
-Without root, or if a witness is not installed, the row is omitted and named at the end.
+Without root, or if a witness is not installed, the row is omitted. Rows that are omitted or fail
+are named at the end.
 """
 
 import argparse
