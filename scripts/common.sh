@@ -31,7 +31,8 @@ package_purpose() {
     scripts/packages.txt
 }
 
-# Prints the prefix that runs a command as root, which is empty for root. Fails if there is none.
+# Prints the words to put before a command that needs the rights of root: nothing if the user is
+# root, otherwise sudo with its options. Fails if sudo cannot be used.
 root_prefix() {
   if [[ $EUID -eq 0 ]]; then
     return 0
@@ -143,7 +144,7 @@ quietly() {
 build_preset() {
   local preset=$1 tree=build/$1
   shift
-  # CMake refuses a build tree that was configured in a different folder.
+  # CMake refuses a build tree that was configured in a different folder, so it is emptied.
   if [[ -e $tree/CMakeCache.txt ]] &&
     ! grep -qxF "CMAKE_HOME_DIRECTORY:INTERNAL=$PWD" "$tree/CMakeCache.txt"; then
     find "$tree" -mindepth 1 -maxdepth 1 ! -name lock ! -name started -exec rm -rf {} +

@@ -7,8 +7,9 @@
 
 Prints a line for each source: the number of its group, a space, and the source. No source mentions
 a name that another source of its group defines at the beginning of a line (as functions, types and
-constants in unnamed namespaces are) or takes from another namespace, unless it takes the name too.
-The order of the sources determines the groups.
+constants in unnamed namespaces are). Neither does it mention a name that another one takes from a
+namespace by a using declaration, unless it takes the same name. The order of the sources determines
+the groups.
 """
 
 import os
