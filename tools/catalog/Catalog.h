@@ -39,8 +39,8 @@ struct ValueKind {
 
 /// One field of a declared result.
 struct Field {
-  /// The names of the fields from the root to this one, separated by full stops: "Usage.Free". In a
-  /// path, a list of structures is represented by its name alone.
+  /// The names of the fields from the root to this one, separated by full stops: "Usage.Free". A
+  /// list of structures contributes only its name, no index.
   std::string path;
   ValueKind kind;
   /// The name of the structure or, for a list, of its structures; empty for other kinds.

@@ -36,9 +36,10 @@ std::string OctalOf(mode_t mode) {
   return text;
 }
 
-// Returns who else can change a file or folder; nothing if no other user can. This check is
-// stricter than that of the loader for the folder that contains a plug-in: if the folder is sticky,
-// other users can still add plug-ins to it.
+// Returns why a user other than root and the current one can change a file or folder, as the end of
+// a sentence that begins with its path; nothing if no such user can. For the folder that contains a
+// plug-in, this check is stricter than that of the loader: if the folder is sticky, other users can
+// still add plug-ins to it.
 std::optional<std::string> FindFault(const struct stat& status, bool mayBeSticky) {
   if (status.st_uid != 0 && status.st_uid != geteuid()) {
     return "belongs to the user " + NameOf(status.st_uid);

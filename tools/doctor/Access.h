@@ -19,7 +19,7 @@ struct Access {
 struct FileAccess {
   Access file;
   std::vector<Access> folders;      ///< of the real path, from the root on, then of the given path
-  std::vector<std::string> faults;  ///< how a user other than root and the caller can replace it
+  std::vector<std::string> faults;  ///< how another user, except root, can replace it
 };
 
 /// Returns the access to the file that a path leads to and to the folders above it. All members are

@@ -30,8 +30,8 @@ struct Examination {
   long milliseconds = 0;              ///< for loading it
 };
 
-/// Loads the plug-in `file` in a child process, after those in `before`. The child is killed if one
-/// of them takes longer than `patience`.
+/// Examines the plug-in `file` in child processes, which load those in `before` first. A child is
+/// killed if one of the plug-ins takes longer than `patience`.
 Examination Examine(const std::string& file, const std::vector<std::string>& before,
                     std::chrono::milliseconds patience);
 

@@ -25,8 +25,8 @@ class FairClock {
   /// The interval at which the processes are looked at. `Now` must be called at least this often.
   static constexpr milliseconds kStep{100};
 
-  /// Returns the time measured since the construction. All of the time since the last look at the
-  /// processes is included.
+  /// Returns the time measured since the construction. Looks at the processes if the last look was
+  /// at least `kStep` ago; otherwise, all of the time since the last look is included.
   milliseconds Now();
 
  private:

@@ -14,7 +14,7 @@
 
 namespace Kestrel::Isolation {
 
-/// Sends a line, which contains no line feed, to the process that waits for it.
+/// Sends a line to the process that waits for it. The line must not contain a line feed.
 using Send = std::function<void(const std::string& line)>;
 
 /// Work that may crash, hang or start processes, in a child process.
