@@ -25,7 +25,7 @@ import tempfile
 from declared_commands import TIMEOUT_SECONDS, Tool, changes_something
 
 # Fields in which the empty string is a value and does not mean that the value is missing.
-MAY_BE_EMPTY = {"system.parameter.list": {"Value"}}
+MAY_BE_EMPTY = {"log.kernel.list": {"Text"}, "system.parameter.list": {"Value"}}
 
 # What the tool prints before it reads a secret.
 PROMPT = re.compile(r"\AEnter value for '[^']*': ?")
