@@ -68,7 +68,7 @@ class LineCompleter {
       return;
     }
     AddDispatcherOptions();
-    if (line_.isFirstExplained) {
+    if (line_.isFirstOfExplainedLine) {
       for (const auto& [option, description] : kExplainOptions) {
         completion_.Add(line_.word, option, description);
       }

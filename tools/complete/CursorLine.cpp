@@ -107,7 +107,7 @@ CursorLine ReadCursorLine(const Words& words, std::size_t index) {
   CursorLine line = ReadToolLine(toolWords, index - (hasOwnOption ? 1 : 0));
   line.isOnlyWord = line.isOnlyWord && !hasOwnOption;
   line.isExplained = true;
-  line.isFirstExplained = index == 1;
+  line.isFirstOfExplainedLine = index == 1;
   return line;
 }
 

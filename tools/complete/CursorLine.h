@@ -55,7 +55,7 @@ struct CursorLine {
   bool isExplained = false;
   /// Whether the word is the first argument of such a line. Only the first can be one of the two
   /// options.
-  bool isFirstExplained = false;
+  bool isFirstOfExplainedLine = false;
 
   /// Returns the part of the word that is a value.
   std::string GetValue() const { return word.substr(beforeValue.size()); }

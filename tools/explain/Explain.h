@@ -14,7 +14,8 @@ namespace Kestrel::Explain {
 /// Explains the arguments of the tool. Loads the plug-ins that they name and, as the tool does,
 /// reports on standard error those that cannot be loaded. Runs no command and prompts for nothing.
 ///
-/// Throws the exceptions of the command's declaration, and KestrelException for the option --input.
+/// Throws KestrelException when the option --input is given. Exceptions that the command throws
+/// while it declares its parameters or its result pass through.
 Explanation ExplainLine(AutoCli::CliDispatcher& dispatcher,
                         const std::vector<std::string>& arguments);
 

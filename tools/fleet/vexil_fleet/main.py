@@ -22,7 +22,7 @@ from .printer import DEFAULT_FORMATTER, BadFormat, Format, Printer
 from .run import Request, Run, Stopped
 from .words import read_options, split_path
 
-ALL_WELL, SOME_FAILED, NONE_ANSWERED = 0, 1, 2
+ALL_WELL, SOME_FAILED, NO_RESULT = 0, 1, 2
 
 
 class WrongUse(ValueError):
@@ -98,7 +98,7 @@ def write_report(report: Optional[TextIO], answers: Sequence[Answer]) -> None:
 def exit_status(answers: Sequence[Answer]) -> int:
     failed = sum(1 for answer in answers if answer.is_failure)
     if failed == len(answers):
-        return NONE_ANSWERED
+        return NO_RESULT
     return SOME_FAILED if failed else ALL_WELL
 
 
@@ -116,7 +116,7 @@ def carry_out(options: argparse.Namespace, tool: Optional[str], plugin: str) -> 
     is_printed = Output(printer, merges).print(answers)
     report_failures(answers)
     write_report(report, answers)
-    return exit_status(answers) if is_printed else NONE_ANSWERED
+    return exit_status(answers) if is_printed else NO_RESULT
 
 
 def run(tool: Optional[str], plugin: str, version: str, arguments: Sequence[str]) -> int:
@@ -130,7 +130,7 @@ def run(tool: Optional[str], plugin: str, version: str, arguments: Sequence[str]
         print(error, file=sys.stderr)
     except KeyboardInterrupt:
         print("Interrupted.", file=sys.stderr)
-    return NONE_ANSWERED
+    return NO_RESULT
 
 
 def end_by_signal(number: int) -> None:
@@ -156,4 +156,4 @@ def main(tool: Optional[str], plugin: str, arguments: Optional[Sequence[str]] = 
         # Otherwise, Python would try to write again at its end, and print a traceback.
         os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
         print(f"Unable to write to standard output: {error.strerror}", file=sys.stderr)
-    return NONE_ANSWERED
+    return NO_RESULT
